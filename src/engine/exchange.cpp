@@ -1,0 +1,201 @@
+// The exchange functions: what a host reads and writes between steps. They answer with a code of their own, 0 or -1, and
+// never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an unknown
+// name changes nothing.
+
+#include "engine/project.h"
+#include "input/names.h"
+#include "routing/node.h"
+#include "tarnvelde.h"
+
+static constexpr int32_t SUCCESS = 0;
+static constexpr int32_t FAILURE = -1;
+
+/// The node of a name if it is of a kind, or null.
+static const Node* findNode(const char* name, int32_t kind) {
+    const int32_t index = project_findObject(NODE, name);
+    if (index < 0 || static_cast<size_t>(index) >= Nodes.size()) {
+        return nullptr;
+    }
+    const Node& node = Nodes[static_cast<size_t>(index)];
+    return node.kind == kind ? &node : nullptr;
+}
+
+// --- project -------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_findObject(int32_t objectClass, const char* name) {
+    switch (objectClass) {
+        case 0: return project_findObject(SUBCATCH, name);
+        case 1: return project_findObject(NODE, name);
+        case 2: return project_findObject(LINK, name);
+        default: return FAILURE;
+    }
+}
+
+int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* qualityError) {
+    const bool isClosed = IsOpen && !IsStarted;
+    const struct {
+        double* out;
+        double error;
+    } figures[] = {{runoffError, RunoffError}, {flowError, FlowError}, {qualityError, QualityError}};
+    for (const auto& figure : figures) {
+        if (figure.out) {
+            *figure.out = isClosed ? figure.error : 0.0;
+        }
+    }
+    return SUCCESS;
+}
+
+// --- nodes ---------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_setSplittedValue(const char* name, double value) {
+    const Node* node = findNode(name, SPLITTER);
+    if (!node || value < 0.0) {
+        return FAILURE;
+    }
+    Splitter& splitter = Splitters[static_cast<size_t>(node->kindIndex)];
+    splitter.hostValue = splitter.mode == SPLIT_RATIO && value > 1.0 ? 1.0 : value;
+    splitter.useHostValue = 1;
+    return SUCCESS;
+}
+
+// --- answered with a failure until their objects can be reached -----------------------------------------------------
+
+int32_t tarnvelde_setExtInflow(const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setExtLoad(const char*, const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setPumpFlow(const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setReactorEmptyingValue(const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setWeirParams(const char*, int32_t, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSetting(const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSetting(const char*, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setTankDepth(const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setLinkFlow(const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getNodeType(const char*, int32_t*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getLinkType(const char*, int32_t*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_isInEvent(const char*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getDateTime(double*, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getRoutingStep(double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getParam(int32_t, const char*, int32_t, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setParam(int32_t, const char*, int32_t, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getResult(int32_t, const char*, int32_t, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmRainfall(const char*, const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmResult(const char*, int32_t, const char*, int32_t, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmObjCount(const char*, int32_t) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmObjID(const char*, int32_t, int32_t, char*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmObjIndex(const char*, int32_t, const char*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmCurrentSetting(const char*, const char*, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmParam(const char*, int32_t, const char*, int32_t, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmParam(const char*, int32_t, const char*, int32_t, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmNodeParam(const char*, int32_t, const char*, int32_t, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmNodeParam(const char*, int32_t, const char*, int32_t, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_getSwmmLinkParam(const char*, int32_t, const char*, int32_t, double*) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmLinkParam(const char*, int32_t, const char*, int32_t, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmNodeDepth(const char*, const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmLinkDepth(const char*, const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmLinkFlow(const char*, const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmExtInflow(const char*, const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmSetting(const char*, const char*, double) {
+    return FAILURE;
+}
+
+int32_t tarnvelde_setSwmmExtLoad(const char*, const char*, const char*, double) {
+    return FAILURE;
+}

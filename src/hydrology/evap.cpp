@@ -1,0 +1,40 @@
+// Evaporation: one constant rate, or one for each month. Negative rates pass, and act as they stand.
+
+#include "hydrology/evap.h"
+
+#include "engine/errors.h"
+#include "input/tokens.h"
+
+EvapRecord Evap;
+
+static const char* const EvapWords[] = {"CONSTANT", "MONTHLY", nullptr};
+
+int32_t evap_readLine() {
+    const int32_t kind = input_findKeyword(Tok[0], EvapWords);
+    if (kind < 0) {
+        return error_setName(ERR_KEYWORD, Tok[0]);
+    }
+    if (Evap.isSet) {
+        return error_setName(ERR_LINE, "");
+    }
+    const int32_t count = kind == EVAP_CONSTANT ? 1 : 12;
+    if (TokCount < count + 1) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    double rates[12];
+    for (int32_t k = 0; k < count; ++k) {
+        if (!input_getDouble(Tok[k + 1], &rates[k])) {
+            return error_setName(ERR_NUMBER, Tok[k + 1]);
+        }
+    }
+    Evap.kind = kind;
+    Evap.isSet = 1;
+    if (kind == EVAP_CONSTANT) {
+        Evap.constant = rates[0];
+    } else {
+        for (int32_t k = 0; k < 12; ++k) {
+            Evap.monthly[k] = rates[k];
+        }
+    }
+    return ERR_NONE;
+}

@@ -1,0 +1,19 @@
+#pragma once
+// Evaporation of the whole project.
+
+#include <cstdint>
+
+enum EvapKind : int32_t { EVAP_CONSTANT, EVAP_MONTHLY };
+
+struct EvapRecord {
+    int32_t kind;        ///< EvapKind
+    double constant;     ///< mm/day
+    double monthly[12];  ///< mm/day, January first
+    int32_t isSet;       ///< 1: a line was read
+    double rate;         ///< m/s, of the runoff step
+};
+
+extern EvapRecord Evap;
+
+/// A line of [EVAPORATION] in Tok. An error index, or 0.
+int32_t evap_readLine();

@@ -1,0 +1,42 @@
+#pragma once
+// Calendar time: a count of days, day 0 being 30 December 1899, with the time of day as its fraction.
+
+#include <cstdint>
+
+using DateTime = double;
+
+constexpr DateTime NO_DATE = -693594.0;  ///< no date: year 1, month 1, day 0
+
+/// Order of the parts of a written date: 0 year/month/day, 1 month/day/year, 2 day/month/year.
+extern int32_t DateFormat;
+
+struct CalendarDate {
+    int32_t year, month, day;
+};
+
+/// Midnight of a date, or NO_DATE for one that doesn't exist.
+DateTime datetime_encodeDate(int32_t year, int32_t month, int32_t day);
+
+/// The date of a time. What lies before year 1, and what is no finite number, is year 0, month 1, day 1.
+CalendarDate datetime_decodeDate(DateTime date);
+
+/// Seconds since midnight, rounded, 0 ... 86399: 23:59:59.7 doesn't run over into the next day.
+int32_t datetime_getSecondOfDay(DateTime date);
+
+constexpr int32_t TIME_TEXT_SIZE = 40;        ///< bytes that a written time of day takes at most
+constexpr int32_t DATE_TIME_TEXT_SIZE = 96;   ///< bytes that a written date and time take at most
+
+/// Writes hh:mm:ss.
+void datetime_formatTime(DateTime date, char* text);
+
+/// Writes yyyy/mm/dd hh:mm:ss; a year below 1000 is padded with blanks.
+void datetime_formatDateTime(DateTime date, char* text);
+
+/// Reads a date in the order of DateFormat, with any character between its parts. 1, or 0 and NO_DATE.
+int32_t datetime_parseDate(const char* text, DateTime* date);
+
+/// Reads decimal hours or hh:mm:ss into days. 1, or 0 and 0.0.
+int32_t datetime_parseTime(const char* text, double* days);
+
+/// `date`, rounded to its whole second, plus `seconds`, which keep their fraction.
+DateTime datetime_addSeconds(DateTime date, double seconds);

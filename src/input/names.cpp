@@ -1,0 +1,112 @@
+// Names of objects. IDs are unique within their class, without regard to the case of ASCII letters. A table of names is
+// an open hash table of row numbers over a list of entries; the texts live in the project's memory and are copied once,
+// so every record may keep a plain pointer to the ID as it was first written.
+
+#include "input/names.h"
+
+#include <cstring>
+#include <vector>
+
+#include "engine/arena.h"
+#include "engine/project.h"
+#include "input/tokens.h"
+
+struct NameEntry {
+    const char* key;
+    uint32_t hash;
+    int32_t index;
+};
+
+struct NameTable {
+    std::vector<NameEntry> entries;
+    std::vector<int32_t> slots;  ///< entry number, or -1; their count is a power of 2, at least twice the entries'
+};
+
+static NameTable NameTables[OBJECT_TYPE_COUNT];
+
+static uint32_t hashName(const char* name) {
+    uint32_t hash = 2166136261u;  // FNV-1a
+    for (; *name; ++name) {
+        hash = (hash ^ static_cast<unsigned char>(token_toUpper(*name))) * 16777619u;
+    }
+    return hash ^ (hash >> 15);
+}
+
+static bool isEqual(const char* a, const char* b) {
+    while (*a && token_toUpper(*a) == token_toUpper(*b)) {
+        ++a;
+        ++b;
+    }
+    return token_toUpper(*a) == token_toUpper(*b);
+}
+
+static size_t findSlot(const NameTable& table, const char* name, uint32_t hash) {
+    const size_t mask = table.slots.size() - 1;
+    size_t slot = hash & mask;
+    while (table.slots[slot] >= 0) {
+        const NameEntry& entry = table.entries[static_cast<size_t>(table.slots[slot])];
+        if (entry.hash == hash && isEqual(entry.key, name)) {
+            break;
+        }
+        slot = (slot + 1) & mask;
+    }
+    return slot;
+}
+
+static void growTable(NameTable& table) {
+    const size_t size = table.slots.empty() ? 64 : table.slots.size() * 2;
+    table.slots.assign(size, -1);
+    for (size_t k = 0; k < table.entries.size(); ++k) {
+        table.slots[findSlot(table, table.entries[k].key, table.entries[k].hash)] = static_cast<int32_t>(k);
+    }
+}
+
+static const NameEntry* findEntry(int32_t type, const char* id) {
+    const NameTable& table = NameTables[type];
+    if (!id || table.slots.empty()) {
+        return nullptr;
+    }
+    const int32_t entry = table.slots[findSlot(table, id, hashName(id))];
+    return entry < 0 ? nullptr : &table.entries[static_cast<size_t>(entry)];
+}
+
+void names_clear() {
+    for (NameTable& table : NameTables) {
+        table = NameTable{};
+    }
+}
+
+int32_t project_addObject(int32_t type, const char* id, int32_t index) {
+    NameTable& table = NameTables[type];
+    if (table.entries.size() * 2 >= table.slots.size()) {
+        growTable(table);
+    }
+    const uint32_t hash = hashName(id);
+    const size_t slot = findSlot(table, id, hash);
+    if (table.slots[slot] >= 0) {
+        return 0;
+    }
+    const char* key = pool_copy(id);
+    if (!key) {
+        return -1;
+    }
+    table.slots[slot] = static_cast<int32_t>(table.entries.size());
+    table.entries.push_back({key, hash, index});
+    return 1;
+}
+
+int32_t project_findObject(int32_t type, const char* id) {
+    const NameEntry* entry = findEntry(type, id);
+    return entry && *id ? entry->index : -1;
+}
+
+const char* project_findId(int32_t type, const char* id) {
+    const NameEntry* entry = findEntry(type, id);
+    return entry && *id ? entry->key : nullptr;
+}
+
+const char* pool_copy(const char* text) {
+    const size_t size = std::strlen(text) + 1;
+    char* copy = arena_allocateArray<char>(ProjectArena, static_cast<int64_t>(size));
+    return copy ? static_cast<const char*>(std::memcpy(copy, text, size)) : nullptr;
+}

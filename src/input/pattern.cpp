@@ -1,0 +1,49 @@
+// Patterns of dry-weather flow, of reactors and of decay. All are looked up by the hour of the day, whatever their type
+// says; the type only decides which objects may name them.
+
+#include "input/pattern.h"
+
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "input/tokens.h"
+
+std::vector<Pattern> Patterns;
+
+static const char* const PatternTypeWords[] = {"MONTHLY", "HOURLY", nullptr};
+
+int32_t pattern_read() {
+    if (TokCount < 2) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const int32_t index = project_findObject(PATTERN, Tok[0]);
+    if (index < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    Pattern& pattern = Patterns[static_cast<size_t>(index)];
+    int32_t k = 1;
+    if (!pattern.id) {
+        pattern.id = project_findId(PATTERN, Tok[0]);
+        const int32_t type = input_findKeyword(Tok[1], PatternTypeWords);
+        if (type < 0) {
+            return error_setName(ERR_KEYWORD, Tok[1]);
+        }
+        pattern.type = type;
+        k = 2;
+    }
+    for (; k < TokCount && pattern.count < PATTERN_SIZE; ++k) {
+        double factor;
+        if (!input_getDouble(Tok[k], &factor)) {
+            return error_setName(ERR_NUMBER, Tok[k]);
+        }
+        pattern.factors[pattern.count++] = factor;
+    }
+    return ERR_NONE;
+}
+
+double pattern_hourlyFactor(int32_t pattern, DateTime date) {
+    if (pattern < 0 || static_cast<size_t>(pattern) >= Patterns.size()) {
+        return 1.0;
+    }
+    return Patterns[static_cast<size_t>(pattern)].factors[datetime_getSecondOfDay(date) / 3600];
+}

@@ -1,0 +1,29 @@
+#pragma once
+// Text files read line by line, the same on every system.
+
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+/// An open text file. CR LF reads as LF, and a byte 0x1A ends the file; a lone CR stays.
+struct TextFile {
+    std::FILE* file;
+    std::vector<char> buffer;
+    size_t at;       ///< next byte of the buffer
+    size_t filled;   ///< bytes in the buffer
+    int64_t offset;  ///< place of the buffer's first byte in the file
+    bool isAtEnd;    ///< a read has met the end
+};
+
+/// Opens a file for reading; false if it can't be, which a directory can't.
+bool textfile_open(TextFile& text, const char* path);
+
+void textfile_close(TextFile& text);
+
+/// Reads up to the next line feed, it included, but at most `size` - 1 characters, and ends them with a zero.
+/// False if nothing was left. isAtEnd is true then, and also when the end cut the line short.
+bool textfile_getLine(TextFile& text, char* line, int32_t size);
+
+/// Place of the next character, and the way back to such a place.
+int64_t textfile_getPosition(const TextFile& text);
+void textfile_setPosition(TextFile& text, int64_t position);

@@ -1,0 +1,27 @@
+#pragma once
+// Files and their names on this operating system.
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+/// A file name in its parts. The folder keeps its separator at the end, the extension its point at the front.
+struct PathParts {
+    std::string drive;
+    std::string folder;
+    std::string base;
+    std::string extension;
+};
+
+/// Cuts a file name into its parts: "X:" in front is the drive, '/' and '\' both end a folder, and the extension begins
+/// at the last point of the last component.
+PathParts file_splitPath(const std::string& path);
+
+/// Opens for reading, bytes as they are; null also for a directory, which some systems would open.
+std::FILE* file_openForReading(const char* path);
+
+/// Moves a file to a place, which may lie beyond 2 GiB.
+void file_seek(std::FILE* file, int64_t position);
+
+/// Deletes a file; a missing one is no failure.
+bool file_delete(const char* path);

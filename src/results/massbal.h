@@ -1,0 +1,50 @@
+#pragma once
+// Mass balance of a run, and the statistics of its objects.
+
+/// Zeroes all totals and statistics for a new run, and takes the water stored at its start.
+void massbal_open();
+
+/// Adds a routing step: flooding, outflow and the statistics.
+void massbal_updateStep();
+
+/// Empties the statistics that are kept by pollutant. They stay in memory until the next start.
+void massbal_close();
+
+/// Totals of the runoff over the run, m3, closed for the report.
+struct RunoffBalance {
+    double totalArea;  ///< m2
+    double rainfall;
+    double initLidStorage;
+    double evap;
+    double infil;
+    double runoff;
+    double lidDrainage;
+    double finalStorage;  ///< on the surfaces and in LID units
+    double error;         ///< %
+};
+
+/// One pollutant on the land over the run, kg.
+struct WashoffBalance {
+    double initBuildup;
+    double surfaceBuildup;
+    double wetDeposition;
+    double infilLoss;
+    double bmpRemoval;
+    double lidRemoval;
+    double surfaceWashoff;
+    double lidDrainage;
+    double lidFinalStorage;
+    double remainingBuildup;
+    double error;  ///< %; what 0 / 0 gives where nothing came in
+};
+
+struct FlowTotalsRecord;
+struct QualTotalsRecord;
+
+RunoffBalance massbal_closeRunoff();
+WashoffBalance massbal_closeWashoff(int pollutant);
+
+/// The totals of the network with all that is stored at the end, and their continuity error, %. The running totals
+/// stay as they are, so a second report prints the same.
+FlowTotalsRecord massbal_closeFlow(double* error);
+QualTotalsRecord massbal_closeQuality(int pollutant, double* error);

@@ -1,0 +1,168 @@
+// The text report: continuity tables of land and network, then a summary of each class of object that the project has.
+// Column strings and widths are kept to the byte, trailing blanks included: programs read these tables.
+
+#include "results/report.h"
+
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "hydrology/landuse.h"
+#include "results/massbal.h"
+#include "results/tables.h"
+#include "routing/node.h"
+
+void report_writeBanner() {
+    report_print(ReportFile, "\n  TARNVELDE - VERSION 2.1");
+    report_print(ReportFile, "\n  -----------------------");
+    report_print(ReportFile, "\n");
+}
+
+void report_writeDescription() {
+    bool isWritten = false;
+    for (const std::string& line : Description) {
+        if (!line.empty()) {
+            report_writeLine(line.c_str());
+            isWritten = true;
+        }
+    }
+    if (isWritten) {
+        report_writeLine("");
+    }
+}
+
+// --- continuity ----------------------------------------------------------------------------------------------------
+
+static void writeRunoffRow(const char* name, double volume, double totalArea) {
+    const double depth = totalArea > 0.0 ? volume / totalArea * 1000.0 : 0.0;
+    report_print(ReportFile, "\n  %-26s %16.3f %16.3f ", name, volume, depth);
+}
+
+static void writeRunoffContinuity() {
+    const RunoffBalance b = massbal_closeRunoff();
+    static constexpr const char* HEAD = "\n  %-26s %16s %16s";
+    report_print(ReportFile, HEAD, "**************************", "Volume", "Depth");
+    report_print(ReportFile, HEAD, "Runoff Quantity Continuity", "m3", "mm");
+    report_print(ReportFile, HEAD, "**************************", "----------------", "----------------");
+    writeRunoffRow("Total Rainfall", b.rainfall, b.totalArea);
+    writeRunoffRow("Init. LID Storage", b.initLidStorage, b.totalArea);
+    writeRunoffRow("Evap. Loss", b.evap, b.totalArea);
+    writeRunoffRow("Infil. Loss", b.infil, b.totalArea);
+    writeRunoffRow("Surface Runoff", b.runoff, b.totalArea);
+    writeRunoffRow("LID Drainage", b.lidDrainage, b.totalArea);
+    writeRunoffRow("Final Storage", b.finalStorage, b.totalArea);
+    report_print(ReportFile, "\n  %-26s %16.3f", "Continuity Error (%)", b.error);
+}
+
+/// Head of a continuity table with a column for each pollutant.
+static void writePollutantHead(const char* title) {
+    report_writeLine("");
+    report_writeLine("**************************");
+    for (const Pollut& pollutant : Polluts) {
+        report_print(ReportFile, " %16s", pollutant.id);
+    }
+    report_print(ReportFile, "\n  %-26s", title);
+    for (size_t p = 0; p < Polluts.size(); ++p) {
+        report_print(ReportFile, " %16s", "kg");
+    }
+    report_writeLine("**************************");
+    for (size_t p = 0; p < Polluts.size(); ++p) {
+        report_print(ReportFile, " ----------------");
+    }
+}
+
+/// A row of a continuity table: one figure of each pollutant's balance.
+template <class Balance>
+static void writePollutantRow(const char* name, const std::vector<Balance>& balances, double Balance::* figure) {
+    report_print(ReportFile, "\n  %-26s", name);
+    for (const Balance& balance : balances) {
+        report_print(ReportFile, " %16.3f", balance.*figure);
+    }
+}
+
+static void writeWashoffContinuity() {
+    std::vector<WashoffBalance> b;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        b.push_back(massbal_closeWashoff(p));
+    }
+    writePollutantHead("Runoff Quality Continuity");
+    writePollutantRow("Init. Buildup", b, &WashoffBalance::initBuildup);
+    writePollutantRow("Surface Buildup", b, &WashoffBalance::surfaceBuildup);
+    writePollutantRow("Wet Deposition", b, &WashoffBalance::wetDeposition);
+    writePollutantRow("Infil. Loss", b, &WashoffBalance::infilLoss);
+    writePollutantRow("BMP Removal", b, &WashoffBalance::bmpRemoval);
+    writePollutantRow("LID Removal", b, &WashoffBalance::lidRemoval);
+    writePollutantRow("Surface Washoff", b, &WashoffBalance::surfaceWashoff);
+    writePollutantRow("LID Drainage", b, &WashoffBalance::lidDrainage);
+    writePollutantRow("LID Final Storage", b, &WashoffBalance::lidFinalStorage);
+    writePollutantRow("Remaining Buildup", b, &WashoffBalance::remainingBuildup);
+    writePollutantRow("Continuity Error (%)", b, &WashoffBalance::error);
+}
+
+static void writeFlowContinuity() {
+    double error;
+    const FlowTotalsRecord t = massbal_closeFlow(&error);
+    static constexpr const char* HEAD = "\n  %-26s %16s";
+    report_print(ReportFile, HEAD, "**************************", "Volume");
+    report_print(ReportFile, HEAD, "Flow Routing Continuity", "m3");
+    report_print(ReportFile, HEAD, "**************************", "----------------");
+    const struct {
+        const char* name;
+        double volume;
+    } rows[] = {{"Dry Weather Inflow", t.dryWeatherInflow}, {"Wet Weather Inflow", t.wetWeatherInflow},
+                {"External Inflow", t.externalInflow},      {"SWMM Inflow", t.swmmInflow},
+                {"VORN Inflow", t.vornInflow},              {"External Outflow", t.externalOutflow},
+                {"Flooding Loss", t.floodingLoss},          {"SWMM Outflow", t.swmmOutflow},
+                {"VORN Outflow", t.vornOutflow},            {"Evap. Loss", t.evapLoss},
+                {"Seepage Loss", t.seepageLoss},            {"Delayed Vol.", t.delayedVolume},
+                {"Init. Storage", t.initStorage},           {"Final Storage", t.finalStorage}};
+    for (const auto& row : rows) {
+        report_print(ReportFile, "\n  %-26s %16.3f ", row.name, row.volume);
+    }
+    report_print(ReportFile, "\n  %-26s %16.3f", "Continuity Error (%)", error);
+}
+
+struct QualityBalance : QualTotalsRecord {
+    double error;  ///< %
+};
+
+static void writeQualityContinuity() {
+    std::vector<QualityBalance> b(Polluts.size());
+    for (size_t p = 0; p < b.size(); ++p) {
+        static_cast<QualTotalsRecord&>(b[p]) = massbal_closeQuality(static_cast<int>(p), &b[p].error);
+    }
+    using Q = QualityBalance;
+    const auto writeRow = [&](const char* name, double QualTotalsRecord::* figure) {
+        writePollutantRow(name, b, static_cast<double Q::*>(figure));
+    };
+    writePollutantHead("Quality Routing Continuity");
+    writeRow("Dry Weather Inflow", &Q::dryWeatherInflow);
+    writeRow("Wet Weather Inflow", &Q::wetWeatherInflow);
+    writeRow("External Inflow", &Q::externalInflow);
+    writeRow("SWMM Inflow", &Q::swmmInflow);
+    writeRow("VORN Inflow", &Q::vornInflow);
+    writeRow("External Outflow", &Q::externalOutflow);
+    writeRow("Flooding Loss", &Q::floodingLoss);
+    writeRow("SWMM Outflow", &Q::swmmOutflow);
+    writeRow("VORN Outflow", &Q::vornOutflow);
+    writeRow("Seepage Loss", &Q::seepageLoss);
+    writeRow("Reacted Loss", &Q::reactedLoss);
+    writeRow("Delayed Mass", &Q::delayedMass);
+    writeRow("Init. Storage", &Q::initStorage);
+    writeRow("Final Storage", &Q::finalStorage);
+    writePollutantRow("Continuity Error (%)", b, &Q::error);
+}
+
+// --- all tables ----------------------------------------------------------------------------------------------------
+
+void report_writeTables() {
+    writeRunoffContinuity();
+    if (!Polluts.empty()) {
+        writeWashoffContinuity();
+    }
+    writeFlowContinuity();
+    if (!Polluts.empty()) {
+        writeQualityContinuity();
+    }
+    tables_writeNodes();
+    tables_writeOutfalls();
+    tables_writeLinks();
+}

@@ -1,0 +1,20 @@
+#pragma once
+// Results of each report period: when rows are made, and into which sink they go.
+
+/// Prepares buffers and the sink that SaveMode chooses; nothing while an error stands.
+void results_open();
+
+/// Adds the step to the means of the period.
+void results_accumulate();
+
+/// Writes the rows of a report time.
+void results_write();
+
+/// Closes the run in the sink.
+void results_end();
+
+/// Lets go of buffers and sinks. Kept are the results of the last SaveMode; others are deleted.
+void results_close();
+
+/// The same for a project that a new one replaces: nothing is completed, and nothing deleted.
+void results_abandon();

@@ -1,0 +1,6 @@
+#pragma once
+// Summary tables of the report, one function each. A table without objects is left out, its head too.
+
+void tables_writeNodes();
+void tables_writeOutfalls();
+void tables_writeLinks();

@@ -1,0 +1,93 @@
+// First-order decay, dc/dt = -f k c, with f the factor of a pattern at the hour of the step. This room also takes the
+// lines of [DECAY_COEFFICIENT] and hands them to the kind of object that they name.
+
+#include "routing/decay.h"
+
+#include <cmath>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "input/pattern.h"
+#include "input/tokens.h"
+#include "routing/pipe.h"
+
+const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
+
+static const char* const ClassWords[] = {"NODE", "LINK", "LID", nullptr};
+
+static constexpr double SECONDS_PER_DAY = 86400.0;
+
+Decay* decay_create() {
+    Decay* decays = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
+    if (decays && project_pollutantCount() > 0) {
+        decays[0].type = -1;
+        decays[0].pattern = -1;
+    }
+    return decays;
+}
+
+/// The items behind the object: pollutant, type, coefficient per day, pattern.
+static int32_t readItems(Decay* decays) {
+    const int32_t pollutant = project_findObject(POLLUT, Tok[2]);
+    if (pollutant < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    if (input_findKeyword(Tok[3], ReactionWords) != FIRST_ORDER) {
+        return error_setName(ERR_DECAY_TYPE, Tok[0]);
+    }
+    // Refused only if it is no number and negative as well, so a word passes as 0, and so does any negative number.
+    double perDay;
+    if (!input_getDouble(Tok[4], &perDay) && perDay < 0.0) {
+        return error_setName(ERR_NUMBER, Tok[4]);
+    }
+    int32_t pattern = -1;
+    if (*Tok[5]) {
+        pattern = project_findObject(PATTERN, Tok[5]);
+        if (pattern < 0) {
+            return error_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
+        }
+    }
+    decays[pollutant] = {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY};
+    return ERR_NONE;
+}
+
+static int32_t readNodeLine() {
+    const int32_t node = project_findObject(NODE, Tok[0]);
+    if (node < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+}
+
+static int32_t readLinkLine() {
+    const int32_t index = project_findObject(LINK, Tok[0]);
+    if (index < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const Link& link = Links[static_cast<size_t>(index)];
+    switch (link.kind) {
+        case PIPE: return readItems(Pipes[static_cast<size_t>(link.kindIndex)].decay);
+        default: return ERR_NONE;  // the other kinds hold no water, and their lines are dropped
+    }
+}
+
+int32_t decay_readLine() {
+    if (TokCount < 6) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    switch (input_findKeyword(Tok[1], ClassWords)) {
+        case 0: return readNodeLine();
+        case 1: return readLinkLine();
+        case 2: return ERR_NONE;
+        default: return error_setName(ERR_KEYWORD, Tok[1]);
+    }
+}
+
+double decay_getFactor(const Decay& decay, DateTime date, double seconds) {
+    if (decay.type != FIRST_ORDER) {
+        return 1.0;
+    }
+    return std::exp(-pattern_hourlyFactor(decay.pattern, date) * decay.k * seconds);
+}

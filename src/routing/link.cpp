@@ -1,0 +1,186 @@
+// Links of all kinds. The routing step asks here for what it does to every link: targets, settings, the roll from new to
+// old. In a large network nearly all links are pipes that stand still in nearly all steps, so those that changed, and
+// those that anything may close, are kept in two lists.
+
+#include "routing/link.h"
+
+#include <vector>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "input/tokens.h"
+#include "routing/connection.h"
+#include "routing/pipe.h"
+
+static std::vector<int32_t> EverChanging;   ///< links of all kinds but PIPE
+static std::vector<int32_t> ChangedPipes;   ///< pipes that fired, or that the host wrote to, since the last roll
+static std::vector<uint8_t> IsChanged;      ///< by link: stands in ChangedPipes
+static std::vector<int32_t> GuidedLinks;    ///< pumps, and links that a rule or the host has given a target
+static std::vector<uint8_t> IsGuided;       ///< by link: stands in GuidedLinks
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+int32_t link_readEnds(LinkEnds& ends) {
+    ends.id = project_findId(LINK, Tok[0]);
+    if (!ends.id) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    ends.fromNode = project_findObject(NODE, Tok[1]);
+    if (ends.fromNode < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+    }
+    ends.toNode = project_findObject(NODE, Tok[2]);
+    if (ends.toNode < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    return ERR_NONE;
+}
+
+int32_t link_readLag(int32_t place, int32_t& isLagged) {
+    isLagged = input_findKeyword(Tok[place], NoYesWords);
+    return isLagged < 0 ? error_setName(ERR_KEYWORD, Tok[place]) : ERR_NONE;
+}
+
+void link_setEnds(int32_t index, int32_t kind, int32_t kindIndex, const LinkEnds& ends, int32_t isLagged) {
+    Link& link = Links[static_cast<size_t>(index)];
+    link.id = ends.id;
+    link.kind = kind;
+    link.kindIndex = kindIndex;
+    link.fromNode = ends.fromNode;
+    link.toNode = ends.toNode;
+    link.isLagged = isLagged;
+}
+
+int32_t link_readParams(int32_t link, int32_t kind, int32_t kindIndex) {
+    switch (kind) {
+        case PIPE: return pipe_readParams(link, kindIndex, TokCount);
+        case CONNECTION: return connection_readParams(link, kindIndex, TokCount);
+        default: return ERR_NONE;
+    }
+}
+
+// --- validation and start ------------------------------------------------------------------------------------------
+
+void link_validate(int32_t link) {
+    switch (Links[static_cast<size_t>(link)].kind) {
+        case PIPE: pipe_validate(link); break;
+        default: break;
+    }
+}
+
+void link_initState(int32_t index) {
+    Link& link = Links[static_cast<size_t>(index)];
+    link.oldFlow = link.newFlow = 0.0;
+    link.setting = 1.0;
+    link.isHostSetting = 0;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        link.oldQual[p] = link.newQual[p] = 0.0;
+    }
+    switch (link.kind) {
+        case PIPE: pipe_initState(index); break;
+        case CONNECTION: connection_initState(index); break;
+        default: break;
+    }
+    // A weir, connection or conduit without a rule keeps this target for the whole run, and so its setting.
+    link.targetSetting = link.setting;
+}
+
+void link_endState(int32_t index) {
+    switch (Links[static_cast<size_t>(index)].kind) {
+        case PIPE: pipe_endState(index); break;
+        case CONNECTION: connection_endState(index); break;
+        default: break;
+    }
+}
+
+// --- the roll from new to old --------------------------------------------------------------------------------------
+
+void link_shiftHydState(int32_t index) {
+    Link& link = Links[static_cast<size_t>(index)];
+    link.oldFlow = link.newFlow;
+    switch (link.kind) {
+        case PIPE: pipe_shiftHydState(link.kindIndex); break;
+        case CONNECTION: connection_shiftHydState(index); break;
+        default: break;
+    }
+}
+
+void link_shiftQualState(int32_t index) {
+    Link& link = Links[static_cast<size_t>(index)];
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        link.oldQual[p] = link.newQual[p];
+    }
+    if (link.kind == PIPE) {
+        pipe_shiftQualState(link.kindIndex);
+    }
+}
+
+void link_openLists() {
+    EverChanging.clear();
+    ChangedPipes.clear();
+    GuidedLinks.clear();
+    IsChanged.assign(Links.size(), 0);
+    IsGuided.assign(Links.size(), 0);
+    ChangedPipes.reserve(Links.size());
+    for (size_t k = 0; k < Links.size(); ++k) {
+        if (Links[k].kind != PIPE) {
+            EverChanging.push_back(static_cast<int32_t>(k));
+        }
+        if (Links[k].kind == PUMP) {
+            link_noteTarget(static_cast<int32_t>(k));
+        }
+    }
+}
+
+void link_shiftAll() {
+    for (const int32_t link : EverChanging) {
+        link_shiftHydState(link);
+        link_shiftQualState(link);
+    }
+    for (const int32_t link : ChangedPipes) {
+        link_shiftHydState(link);
+        link_shiftQualState(link);
+        IsChanged[static_cast<size_t>(link)] = 0;
+    }
+    ChangedPipes.clear();
+}
+
+void link_noteChange(int32_t link) {
+    // Before the first start there are no lists, and the start puts every flow to 0.
+    if (static_cast<size_t>(link) < IsChanged.size() && !IsChanged[static_cast<size_t>(link)] &&
+        Links[static_cast<size_t>(link)].kind == PIPE) {
+        IsChanged[static_cast<size_t>(link)] = 1;
+        ChangedPipes.push_back(link);
+    }
+}
+
+// --- settings ------------------------------------------------------------------------------------------------------
+
+void link_noteTarget(int32_t link) {
+    if (static_cast<size_t>(link) < IsGuided.size() && !IsGuided[static_cast<size_t>(link)]) {
+        IsGuided[static_cast<size_t>(link)] = 1;
+        GuidedLinks.push_back(link);
+    }
+}
+
+void link_setTargets() {
+    for (const int32_t index : GuidedLinks) {
+        Link& link = Links[static_cast<size_t>(index)];
+        switch (link.kind) {
+            case PIPE:
+            case ORIFICE: link.targetSetting = 1.0; break;
+            default: break;  // a weir, connection or conduit stays where it was put
+        }
+    }
+}
+
+void link_applyTargets() {
+    for (const int32_t index : GuidedLinks) {
+        Link& link = Links[static_cast<size_t>(index)];
+        if (link.targetSetting != link.setting && !link.isHostSetting) {
+            link.setting = link.targetSetting;
+        }
+    }
+}

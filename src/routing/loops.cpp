@@ -1,0 +1,348 @@
+// Circles in the network. Water that could come back to where it was has no place in an order of visits, so the rules of
+// connection ask for a network without circles. network_checkCycles calls this room, and writes what it finds.
+//
+// Defined is a walk over all paths from the heads, the shorter ones first: a path that would step on one of its own
+// nodes ends the walk and names the link (or the node that is stepped on without a link), and the paths are counted. The
+// number of paths doubles with each splitter whose branches rejoin, so the walk itself isn't done here, only its outcome
+// is worked out.
+//
+//  - Without a circle the paths are counted node by node, behind all that flows into the node (Kahn's order).
+//  - With one, the walk stops at the path with the fewest nodes that closes; of several at the one that comes first by
+//    its head and then by the choice made at each node, for this is how paths follow each other in the queue. A path
+//    that closes is a lasso: a tail from a head to a node u, and a circle from u. In the first lasso
+//     - no shorter tail leads to u and no shorter circle runs through it, so tail and circle have but u in common;
+//     - u is the node of the circle that a breadth-first search from the heads discovers first. With another node of
+//       the circle in its place the tail would be shorter, or as long and earlier.
+//    So each strongly connected part (Tarjan 1972) is asked for the lasso at the node discovered first; that node is then
+//    taken out, and what still holds together without it is asked in turn, until all tails are too long. The search that
+//    finds the circle looks at nodes in the order of the queue as well, and the first that leads back is the right one.
+//
+// Edges here are the links that don't deliver a step late, in the order of the table, and behind them the nodes that the
+// node discharges into directly. No function calls itself: a chain of a million nodes is as deep as it is long.
+
+#include "routing/loops.h"
+
+#include <algorithm>
+#include <queue>
+#include <vector>
+
+#include "engine/project.h"
+#include "routing/network.h"
+
+constexpr int32_t NONE = -1;
+
+/// How a node is found from the heads and from the start of a circle, and what it hangs together with.
+struct Stop {
+    int32_t distance = NONE;      ///< edges from the nearest head; NONE if no head leads here
+    int32_t rank = NONE;          ///< place in the order of discovery
+    int32_t previous = NONE;      ///< node it was discovered from; NONE for a head
+    int32_t edge = NONE;          ///< position of the edge it was discovered over, among the edges of `previous`
+    int32_t openInflows = 0;      ///< edges from nodes that aren't counted yet
+    int32_t part = NONE;          ///< node discovered first of its strongly connected part; NONE if it has none
+    int32_t call = NONE;          ///< number of the visit while a part is divided; NONE before it
+    int32_t low = NONE;           ///< smallest number of a visit that leads here and can be got back to
+    int32_t circleStart = NONE;   ///< start of the circle that was last looked for here
+    int32_t circlePrevious = NONE;
+    int32_t circleEdge = NONE;
+    bool feedsItself = false;
+};
+
+/// A strongly connected part: a stretch of Search::members, under the rank of the node discovered first.
+struct Part {
+    int32_t rank;
+    int32_t begin;
+    int32_t end;
+
+    bool operator>(const Part& other) const { return rank > other.rank; }
+};
+
+/// The first lasso so far, as the node `base` of its tail and the edges taken from there to its last node.
+struct Lasso {
+    int32_t length = INT32_MAX;  ///< nodes
+    int32_t distance = NONE;     ///< edges of the tail
+    int32_t base = NONE;
+    std::vector<int32_t> edges;
+};
+
+struct Search {
+    std::vector<Stop> stops;         ///< by node
+    std::vector<int32_t> order;      ///< nodes as discovered from the heads
+    std::vector<int32_t> members;    ///< nodes of the parts
+    std::vector<int32_t> roots;      ///< nodes of the part that is being divided
+    std::vector<int32_t> trail;      ///< nodes from the root to the one that is visited
+    std::vector<int32_t> nextEdges;  ///< for each of them the edge to follow next
+    std::vector<int32_t> pending;    ///< nodes visited that are in no part yet
+    std::vector<int32_t> queue;      ///< nodes as discovered from the start of a circle
+    std::priority_queue<Part, std::vector<Part>, std::greater<Part>> parts;
+    Lasso best;
+    int64_t visits = 0;
+
+    Stop& at(int32_t node) { return stops[static_cast<size_t>(node)]; }
+};
+
+/// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
+static int32_t findEdge(Search& search, int32_t node, int32_t& position) {
+    const LinkList outgoing = network_getOutgoing(node);
+    ++search.visits;
+    for (; position < outgoing.count; ++position) {
+        const Link& link = Links[static_cast<size_t>(outgoing.first[position])];
+        if (!link.isLagged) {
+            return link.toNode;
+        }
+        ++search.visits;
+    }
+    int32_t targets[2] = {NONE, NONE};
+    const int32_t count = network_getDirectTargets(node, targets);
+    return position - outgoing.count < count ? targets[position - outgoing.count] : NONE;
+}
+
+// --- from the heads ------------------------------------------------------------------------------------------------
+
+static void discover(Search& search, int32_t node, int32_t previous, int32_t edge) {
+    Stop& stop = search.at(node);
+    stop.rank = static_cast<int32_t>(search.order.size());
+    stop.distance = previous < 0 ? 0 : search.at(previous).distance + 1;
+    stop.previous = previous;
+    stop.edge = edge;
+    search.order.push_back(node);
+}
+
+/// Breadth first, the heads in the order of the table: the way back over `previous` is the first of the shortest paths
+/// to a node, and of two nodes at the same distance the one with the smaller rank has the earlier path.
+static void discoverFromHeads(Search& search) {
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].isHead) {
+            discover(search, static_cast<int32_t>(k), NONE, NONE);
+        }
+    }
+    for (size_t next = 0; next < search.order.size(); ++next) {
+        const int32_t node = search.order[next];
+        int32_t to;
+        for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
+            ++search.at(to).openInflows;
+            search.at(node).feedsItself |= to == node;
+            if (search.at(to).rank < 0) {
+                discover(search, to, node, edge);
+            }
+        }
+    }
+}
+
+/// Number of all paths from the heads, at most the number of nodes. The nodes of a circle, and all behind them, keep
+/// open inflows and aren't counted; `counted` is the number of those that are.
+static int64_t countPaths(Search& search, size_t& counted) {
+    const int64_t limit = static_cast<int64_t>(Nodes.size());
+    std::vector<int64_t> paths(Nodes.size(), 0);  // that end at the node
+    std::vector<int32_t>& ready = search.queue;
+    for (const int32_t node : search.order) {
+        paths[static_cast<size_t>(node)] = Nodes[static_cast<size_t>(node)].isHead ? 1 : 0;
+        if (search.at(node).openInflows == 0) {
+            ready.push_back(node);
+        }
+    }
+    int64_t total = 0;
+    for (size_t next = 0; next < ready.size(); ++next) {
+        const int32_t node = ready[next];
+        const int64_t count = paths[static_cast<size_t>(node)];
+        total = std::min(limit, total + count);
+        int32_t to;
+        for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
+            int64_t& sum = paths[static_cast<size_t>(to)];
+            sum = std::min(limit, sum + count);
+            if (--search.at(to).openInflows == 0) {
+                ready.push_back(to);
+            }
+        }
+    }
+    counted = ready.size();
+    return total;
+}
+
+// --- strongly connected parts --------------------------------------------------------------------------------------
+
+/// Takes the nodes of a finished part off the list of pending ones, and queues the part if it holds a circle.
+static void closePart(Search& search, int32_t root, int32_t& place) {
+    const size_t begin = static_cast<size_t>(
+        std::find(search.pending.rbegin(), search.pending.rend(), root).base() - search.pending.begin() - 1);
+    int32_t rank = search.at(root).rank;
+    for (size_t k = begin; k < search.pending.size(); ++k) {
+        rank = std::min(rank, search.at(search.pending[k]).rank);
+    }
+    const bool hasCircle = search.pending.size() - begin > 1 || search.at(root).feedsItself;
+    const int32_t first = place;
+    for (size_t k = begin; k < search.pending.size(); ++k) {
+        search.at(search.pending[k]).part = hasCircle ? search.order[static_cast<size_t>(rank)] : NONE;
+        if (hasCircle) {
+            search.members[static_cast<size_t>(place++)] = search.pending[k];
+        }
+    }
+    if (hasCircle) {
+        search.parts.push({rank, first, place});
+    }
+    search.pending.resize(begin);
+}
+
+static void enter(Search& search, int32_t node, int32_t& calls) {
+    search.at(node).call = search.at(node).low = calls++;
+    search.trail.push_back(node);
+    search.nextEdges.push_back(0);
+    search.pending.push_back(node);
+}
+
+/// Divides the nodes members[begin, end), all marked with `part`, into what hangs together (Tarjan's algorithm, with its
+/// calls on a list). The new parts take the places of the old one.
+static void dividePart(Search& search, int32_t part, int32_t begin, int32_t end) {
+    search.roots.assign(search.members.begin() + begin, search.members.begin() + end);
+    for (const int32_t node : search.roots) {
+        search.at(node).call = NONE;
+    }
+    int32_t calls = 0;
+    int32_t place = begin;
+    for (const int32_t root : search.roots) {
+        if (search.at(root).part == part && search.at(root).call < 0) {
+            enter(search, root, calls);
+        }
+        while (!search.trail.empty()) {
+            const int32_t node = search.trail.back();
+            Stop& stop = search.at(node);
+            const int32_t to = findEdge(search, node, search.nextEdges.back());
+            ++search.nextEdges.back();
+            if (to >= 0) {
+                const Stop& target = search.at(to);
+                if (target.part == part && target.call < 0) {
+                    enter(search, to, calls);
+                } else if (target.part == part) {
+                    stop.low = std::min(stop.low, target.call);
+                }
+                continue;
+            }
+            search.trail.pop_back();
+            search.nextEdges.pop_back();
+            if (!search.trail.empty()) {
+                Stop& caller = search.at(search.trail.back());
+                caller.low = std::min(caller.low, stop.low);
+            }
+            if (stop.low == stop.call) {
+                closePart(search, node, place);
+            }
+        }
+    }
+}
+
+// --- the first lasso -----------------------------------------------------------------------------------------------
+
+/// Node that a shortest circle from `start` within its part comes back from, the first in the order of the queue; NONE
+/// if the circle has more than `limit` nodes. `length` gets the nodes of the circle.
+static int32_t findCircle(Search& search, int32_t start, int32_t limit, int32_t& length) {
+    search.queue.assign(1, start);
+    search.at(start).circleStart = start;
+    size_t levelEnd = 1;
+    length = 1;
+    for (size_t next = 0; next < search.queue.size() && length <= limit; ++next) {
+        const int32_t node = search.queue[next];
+        int32_t to;
+        for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
+            if (to == start) {
+                return node;
+            }
+            Stop& stop = search.at(to);
+            if (stop.part == start && stop.circleStart != start) {
+                stop.circleStart = start;
+                stop.circlePrevious = node;
+                stop.circleEdge = edge;
+                search.queue.push_back(to);
+            }
+        }
+        if (next + 1 == levelEnd) {
+            levelEnd = search.queue.size();
+            ++length;
+        }
+    }
+    return NONE;
+}
+
+/// Looks for the lasso whose circle starts at a node, and keeps it if it comes before the best so far. Nodes are tried
+/// in the order of discovery.
+static void tryLasso(Search& search, int32_t start) {
+    Lasso& best = search.best;
+    const int32_t distance = search.at(start).distance;
+    // With tails of one length the node discovered earlier has the earlier tail, so only a shorter circle counts.
+    const int32_t limit = best.length - distance - (distance == best.distance ? 1 : 0);
+    int32_t circleLength;
+    const int32_t last = findCircle(search, start, limit, circleLength);
+    if (last < 0) {
+        return;
+    }
+    const bool isShorter = distance + circleLength < best.length;
+    std::vector<int32_t> edges;
+    for (int32_t node = last; node != start; node = search.at(node).circlePrevious) {
+        edges.push_back(search.at(node).circleEdge);
+    }
+    // Two lassos of one length are compared from the level of the best one's base on: by the nodes there, and if they
+    // have this part of the tail in common, by the edges behind it.
+    int32_t base = start;
+    while (!isShorter && search.at(base).distance > search.at(best.base).distance) {
+        edges.push_back(search.at(base).edge);
+        base = search.at(base).previous;
+    }
+    std::reverse(edges.begin(), edges.end());
+    if (isShorter || search.at(base).rank < search.at(best.base).rank || (base == best.base && edges < best.edges)) {
+        best = {distance + circleLength, distance, base, std::move(edges)};
+    }
+}
+
+/// Name of what closes the lasso: of several edges that lead from its last node back into it the first.
+static const char* nameClosing(Search& search) {
+    std::vector<uint8_t> isOnPath(Nodes.size(), 0);
+    for (int32_t node = search.best.base; node >= 0; node = search.at(node).previous) {
+        isOnPath[static_cast<size_t>(node)] = 1;
+    }
+    int32_t last = search.best.base;
+    for (int32_t edge : search.best.edges) {
+        last = findEdge(search, last, edge);
+        isOnPath[static_cast<size_t>(last)] = 1;
+    }
+    int32_t position = 0;
+    int32_t to;
+    while ((to = findEdge(search, last, position)) >= 0 && !isOnPath[static_cast<size_t>(to)]) {
+        ++position;
+    }
+    const LinkList outgoing = network_getOutgoing(last);
+    return position < outgoing.count ? Links[static_cast<size_t>(outgoing.first[position])].id
+                                     : Nodes[static_cast<size_t>(to)].id;
+}
+
+static const char* findFirstLoop(Search& search) {
+    const int32_t undivided = static_cast<int32_t>(Nodes.size());  // no node has this number
+    for (const int32_t node : search.order) {
+        if (search.at(node).openInflows > 0) {
+            search.at(node).part = undivided;
+            search.members.push_back(node);
+        }
+    }
+    dividePart(search, undivided, 0, static_cast<int32_t>(search.members.size()));
+    while (!search.parts.empty()) {
+        const Part part = search.parts.top();
+        search.parts.pop();
+        const int32_t start = search.order[static_cast<size_t>(part.rank)];
+        if (search.at(start).distance >= search.best.length) {
+            break;
+        }
+        tryLasso(search, start);
+        search.at(start).part = NONE;
+        const auto begin = search.members.begin() + part.begin;
+        std::iter_swap(begin, std::find(begin, search.members.begin() + part.end, start));
+        dividePart(search, start, part.begin + 1, part.end);
+    }
+    return nameClosing(search);
+}
+
+LoopCheck loops_check() {
+    Search search;
+    search.stops.resize(Nodes.size());
+    discoverFromHeads(search);
+    size_t counted = 0;
+    const int64_t pathCount = countPaths(search, counted);
+    const char* loopName = counted < search.order.size() ? findFirstLoop(search) : nullptr;
+    return {loopName, pathCount, search.visits};
+}

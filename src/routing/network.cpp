@@ -1,0 +1,234 @@
+// The order of the network. A step visits each node once, behind all that flows into it, so the network must be free of
+// circles but for links that deliver a step late. Water goes over links, and besides from a reactor to the nodes that
+// take its surplus and its emptying, and from a LID monomer to the node of its drain.
+
+#include "routing/network.h"
+
+#include <algorithm>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "routing/loops.h"
+
+int32_t* SortedNodes = nullptr;
+int64_t NetworkVisitCount = 0;
+
+struct LinkIndex {
+    std::vector<int32_t> start;  ///< by node: where its links begin; one more at the end
+    std::vector<int32_t> links;
+};
+
+static LinkIndex Outgoing, Incoming;
+
+// --- links by node -------------------------------------------------------------------------------------------------
+
+static void indexLinks(LinkIndex& index, int32_t Link::* end) {
+    index.start.assign(Nodes.size() + 1, 0);
+    index.links.resize(Links.size());
+    for (const Link& link : Links) {
+        ++index.start[static_cast<size_t>(link.*end) + 1];
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        index.start[k + 1] += index.start[k];
+    }
+    std::vector<int32_t> next(index.start.begin(), index.start.end() - 1);
+    for (size_t k = 0; k < Links.size(); ++k) {
+        index.links[static_cast<size_t>(next[static_cast<size_t>(Links[k].*end)]++)] = static_cast<int32_t>(k);
+    }
+}
+
+static LinkList getLinks(const LinkIndex& index, int32_t node) {
+    const size_t n = static_cast<size_t>(node);
+    if (n + 1 >= index.start.size()) {
+        return {nullptr, 0};
+    }
+    return {index.links.data() + index.start[n], index.start[n + 1] - index.start[n]};
+}
+
+void network_indexLinks() {
+    indexLinks(Outgoing, &Link::fromNode);
+    indexLinks(Incoming, &Link::toNode);
+}
+
+LinkList network_getOutgoing(int32_t node) {
+    return getLinks(Outgoing, node);
+}
+
+LinkList network_getIncoming(int32_t node) {
+    return getLinks(Incoming, node);
+}
+
+void network_clear() {
+    Outgoing = {};
+    Incoming = {};
+    SortedNodes = nullptr;
+}
+
+// --- edges that are no links ---------------------------------------------------------------------------------------
+
+int32_t network_getDirectEdges(int32_t node, int32_t targets[2]) {
+    (void)node;
+    (void)targets;
+    return 0;
+}
+
+int32_t network_getDirectTargets(int32_t node, int32_t targets[2]) {
+    const int32_t count = network_getDirectEdges(node, targets);
+    return count == 2 && targets[0] == targets[1] ? 1 : count;
+}
+
+// --- rules of connection -------------------------------------------------------------------------------------------
+
+/// Marks the nodes that nothing flows into. Of the links that end at a node only the first in the table is looked at:
+/// behind a lagged first link others don't hold the node back.
+static void markHeads() {
+    std::vector<uint8_t> hasUpstream(Nodes.size(), 0);
+    int32_t targets[2];
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const int32_t count = network_getDirectTargets(static_cast<int32_t>(k), targets);
+        for (int32_t t = 0; t < count; ++t) {
+            hasUpstream[static_cast<size_t>(targets[t])] = 1;
+        }
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const LinkList incoming = network_getIncoming(static_cast<int32_t>(k));
+        const bool isHeld = incoming.count > 0 && !Links[static_cast<size_t>(incoming.first[0])].isLagged;
+        if (!hasUpstream[k] && !isHeld) {
+            Nodes[k].isHead = 1;
+        }
+    }
+}
+
+/// Row of a node by its name, as the rules below ask for it; the error if the name isn't known.
+static int32_t findByName(const Node& node) {
+    const int32_t index = project_findObject(NODE, node.id);
+    if (index < 0) {
+        report_writeError(ERR_UNDEFINED_OBJECT, node.id);
+    }
+    return index;
+}
+
+static void checkMissingOutlets() {
+    for (const Node& node : Nodes) {
+        if (node.kind == JUNCTION || node.kind == SPLITTER || node.kind == REACTOR || node.kind == LID_MONO) {
+            const int32_t index = findByName(node);
+            if (index < 0 || network_getOutgoing(index).count == 0) {
+                report_writeError(ERR_NO_OUTLET, node.id);
+            }
+        }
+    }
+}
+
+static void checkSurplusOutlets() {
+    for (const Node& node : Nodes) {
+        if (node.kind == JUNCTION || node.kind == REACTOR || node.kind == LID_MONO) {
+            const int32_t index = findByName(node);
+            for (int32_t k = 1; index >= 0 && k < network_getOutgoing(index).count; ++k) {
+                report_writeError(ERR_MULTIPLE_OUTLETS, node.id);
+            }
+        }
+    }
+}
+
+static void checkOutfallOutlets() {
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].kind == OUTFALL) {
+            for (int32_t count = network_getOutgoing(static_cast<int32_t>(k)).count; count > 0; --count) {
+                report_writeError(ERR_OUTFALL_OUTLET, Nodes[k].id);
+            }
+        }
+    }
+}
+
+static void checkTankOutlets() {
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].kind != TANK) {
+            continue;
+        }
+        for (const int32_t link : network_getOutgoing(static_cast<int32_t>(k))) {
+            const int32_t kind = Links[static_cast<size_t>(link)].kind;
+            if (kind != PUMP && kind != WEIR && kind != ORIFICE) {
+                report_writeError(ERR_TANK_LINK, Nodes[k].id);
+            }
+        }
+    }
+}
+
+void network_validate() {
+    markHeads();
+    checkMissingOutlets();
+    checkSurplusOutlets();
+    checkOutfallOutlets();
+    checkTankOutlets();
+    network_checkCycles();
+}
+
+void network_checkCycles() {
+    const LoopCheck check = loops_check();
+    NetworkVisitCount = check.visits;
+    if (check.loopName) {
+        report_writeError(ERR_CYCLIC_LOOP, check.loopName);
+    } else if (check.pathCount < static_cast<int64_t>(Nodes.size())) {
+        report_writeError(ERR_UNREACHED_NODES, "");
+    }
+}
+
+// --- order ---------------------------------------------------------------------------------------------------------
+
+static void countUpstream() {
+    for (Node& node : Nodes) {
+        node.upstreamCount = 0;
+        node.visitedCount = 0;
+    }
+    int32_t targets[2];
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const int32_t count = network_getDirectTargets(static_cast<int32_t>(k), targets);
+        for (int32_t t = 0; t < count; ++t) {
+            ++Nodes[static_cast<size_t>(targets[t])].upstreamCount;
+        }
+    }
+    for (const Link& link : Links) {
+        if (!link.isLagged) {
+            ++Nodes[static_cast<size_t>(link.toNode)].upstreamCount;
+        }
+    }
+}
+
+void network_sortNodes() {
+    countUpstream();
+    std::vector<uint8_t> isPlaced(Nodes.size(), 0);
+    size_t count = 0;
+    const auto place = [&](int32_t node) {
+        isPlaced[static_cast<size_t>(node)] = 1;
+        SortedNodes[count++] = node;
+    };
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].isHead) {
+            place(static_cast<int32_t>(k));
+        }
+    }
+    // The list of placed nodes is the queue as well: what stands behind `next` still waits for its turn.
+    for (size_t next = 0; next < count; ++next) {
+        const int32_t node = SortedNodes[next];
+        int32_t targets[2];
+        const int32_t targetCount = network_getDirectEdges(node, targets);
+        for (int32_t t = 0; t < targetCount; ++t) {
+            Node& target = Nodes[static_cast<size_t>(targets[t])];
+            // Equal, and not "at least" as for links below: a target that a lagged link pushed past its count is not
+            // released from here any more.
+            if (!isPlaced[static_cast<size_t>(targets[t])] && ++target.visitedCount == target.upstreamCount) {
+                place(targets[t]);
+            }
+        }
+        for (const int32_t link : network_getOutgoing(node)) {
+            const int32_t to = Links[static_cast<size_t>(link)].toNode;
+            Node& target = Nodes[static_cast<size_t>(to)];
+            // A lagged link counts here, though nobody waits for it, so it may release its target too early.
+            if (!isPlaced[static_cast<size_t>(to)] && ++target.visitedCount >= target.upstreamCount) {
+                place(to);
+            }
+        }
+    }
+}

@@ -1,0 +1,265 @@
+// Nodes of all kinds, and the kinds without storage. A junction passes on what it gets; an outfall takes water out of the
+// system; a splitter gives one part to its first link, by a threshold or a ratio, and the rest to the other. The split is
+// of water, and the load follows it: both links carry the concentration of the mix.
+
+#include "routing/node.h"
+
+#include <cstring>
+
+#include "engine/errors.h"
+#include "hydrology/inflows.h"
+#include "input/names.h"
+#include "input/table.h"
+#include "input/tokens.h"
+#include "routing/network.h"
+#include "routing/pipe.h"
+
+std::vector<Junction> Junctions;
+std::vector<Outfall> Outfalls;
+std::vector<Splitter> Splitters;
+
+static const char* const SplitterModeWords[] = {"FLOW", "RATIO", "FLOW_RATIO", nullptr};
+
+static Splitter& getSplitter(int32_t node) {
+    return Splitters[static_cast<size_t>(Nodes[static_cast<size_t>(node)].kindIndex)];
+}
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+void node_setRow(int32_t index, int32_t kind, int32_t kindIndex, const char* id) {
+    Node& node = Nodes[static_cast<size_t>(index)];
+    node.id = id;
+    node.kind = kind;
+    node.kindIndex = kindIndex;
+}
+
+/// Junctions and outfalls: the ID is all, and further words are free.
+static int32_t readPlainNode(int32_t node, int32_t kind, int32_t kindIndex) {
+    const char* id = project_findId(NODE, Tok[0]);
+    if (!id) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    node_setRow(node, kind, kindIndex, id);
+    return ERR_NONE;
+}
+
+static int32_t readSplitter(int32_t node, int32_t kindIndex) {
+    if (TokCount < 4) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const char* id = project_findId(NODE, Tok[0]);
+    if (!id) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t link = project_findObject(LINK, Tok[1]);
+    if (link < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+    }
+    const int32_t mode = input_findKeyword(Tok[2], SplitterModeWords);
+    if (mode < 0) {
+        return error_setName(ERR_KEYWORD, Tok[2]);
+    }
+    double value, ratio = 0.0;
+    if (!input_getNonNegative(Tok[3], &value)) {
+        return error_setName(ERR_NUMBER, Tok[3]);
+    }
+    if (mode == SPLIT_FLOW_RATIO) {
+        if (TokCount < 5) {
+            return error_setName(ERR_ITEMS, "");
+        }
+        // Only the form is tested: a negative ratio takes from the first link what exceeds the threshold.
+        if (!input_getDouble(Tok[4], &ratio)) {
+            return error_setName(ERR_NUMBER, Tok[4]);
+        }
+    }
+    node_setRow(node, SPLITTER, kindIndex, id);
+    Splitter& splitter = Splitters[static_cast<size_t>(kindIndex)];
+    splitter.link = link;
+    splitter.mode = mode;
+    splitter.value = mode == SPLIT_RATIO && value > 1.0 ? 1.0 : value;
+    splitter.ratio = ratio > 1.0 ? 1.0 : ratio;
+    return ERR_NONE;
+}
+
+int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
+    switch (kind) {
+        case JUNCTION:
+        case OUTFALL: return readPlainNode(node, kind, kindIndex);
+        case SPLITTER: return readSplitter(node, kindIndex);
+        default: return ERR_NONE;
+    }
+}
+
+/// The array of initial concentrations of a node that holds water, or null.
+static double* findInitialQuality(const Node& node) {
+    (void)node;
+    return nullptr;
+}
+
+int32_t node_readInitialQuality() {
+    if (TokCount < 4) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const int32_t node = project_findObject(NODE, Tok[0]);
+    if (node < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    double* initQual = findInitialQuality(Nodes[static_cast<size_t>(node)]);
+    if (!initQual) {
+        return ERR_NONE;  // a node without storage takes no line, whatever else it says
+    }
+    const int32_t pollutant = project_findObject(POLLUT, Tok[2]);
+    if (pollutant < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    // Looser than all other sections: refused only if it is no number and negative as well, so a word passes as 0.
+    double value;
+    if (!input_getDouble(Tok[3], &value) && value < 0.0) {
+        return error_setName(ERR_NUMBER, Tok[3]);
+    }
+    initQual[pollutant] = value;
+    return ERR_NONE;
+}
+
+// --- validation and start ------------------------------------------------------------------------------------------
+
+static void validateSplitter(int32_t index) {
+    const Splitter& splitter = getSplitter(index);
+    const Link& first = Links[static_cast<size_t>(splitter.link)];
+    if (first.fromNode != index) {
+        report_writeError(ERR_SPLITTER_LINK, first.id);
+    }
+    if (network_getOutgoing(index).count != 2) {
+        report_writeError(ERR_SPLITTER_LINK_COUNT, Nodes[static_cast<size_t>(index)].id);
+    }
+}
+
+void node_validate(int32_t index) {
+    switch (Nodes[static_cast<size_t>(index)].kind) {
+        case SPLITTER: validateSplitter(index); break;
+        default: break;
+    }
+}
+
+static void initSplitter(Splitter& splitter) {
+    splitter.useHostValue = 0;
+    splitter.hostValue = splitter.value;
+    splitter.oldFlow = splitter.newFlow = 0.0;
+}
+
+void node_initState(int32_t index) {
+    Node& node = Nodes[static_cast<size_t>(index)];
+    node.oldInflow = node.newInflow = 0.0;
+    node.oldLatFlow = node.newLatFlow = 0.0;
+    node.oldUpstreamFlow = node.newUpstreamFlow = 0.0;
+    // Only the series of the newest record is rewound. The cursors of the others stand at their end from the validation
+    // and read a line from the origin first; results of inflows that share a node show it.
+    if (node.extInflow && node.extInflow->series >= 0) {
+        table_reset(TimeSeries[static_cast<size_t>(node.extInflow->series)]);
+    }
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
+    }
+    switch (node.kind) {
+        case JUNCTION: Junctions[static_cast<size_t>(node.kindIndex)] = Junction{}; break;
+        case SPLITTER: initSplitter(getSplitter(index)); break;
+        default: break;
+    }
+}
+
+void node_endState(int32_t index) {
+    (void)index;
+}
+
+// --- the routing step ----------------------------------------------------------------------------------------------
+
+static void shiftKindState(const Node& node) {
+    switch (node.kind) {
+        case JUNCTION: {
+            Junction& junction = Junctions[static_cast<size_t>(node.kindIndex)];
+            junction.oldOutflow = junction.newOutflow;
+            break;
+        }
+        case SPLITTER: {
+            Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
+            splitter.oldFlow = splitter.newFlow;
+            break;
+        }
+        default: break;
+    }
+}
+
+static void shiftInflows(Node& node) {
+    node.oldInflow = node.newInflow;
+    node.oldLatFlow = node.newLatFlow;
+    node.oldUpstreamFlow = node.newUpstreamFlow;
+    node.newInflow = node.newLatFlow = node.newUpstreamFlow = 0.0;
+}
+
+void node_shiftState(int32_t index) {
+    Node& node = Nodes[static_cast<size_t>(index)];
+    shiftKindState(node);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        node.massInflow[p] = 0.0;
+        node.oldQual[p] = node.newQual[p];
+        node.newQual[p] = 0.0;
+    }
+    shiftInflows(node);
+}
+
+/// Adds what one link delivers to a node of the network itself.
+static void gatherLink(Node& node, const Link& link) {
+    if (link.kind == PIPE) {
+        const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+        const double time = link.isLagged ? OldRoutingTime - RoutingStep * 1000.0 : OldRoutingTime;
+        node.newUpstreamFlow += pipe_getFlow(link, pipe, time);
+        pipe_addLoads(link, pipe, time, node.massInflow);
+        return;
+    }
+    const double flow = link.isLagged ? link.oldFlow : link.newFlow;
+    const double* quality = link.isLagged ? link.oldQual : link.newQual;
+    node.newUpstreamFlow += flow;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        node.massInflow[p] += quality[p] * flow / 1000.0;
+    }
+}
+
+void node_gatherInflows(int32_t index) {
+    Node& node = Nodes[static_cast<size_t>(index)];
+    for (const int32_t link : network_getIncoming(index)) {
+        gatherLink(node, Links[static_cast<size_t>(link)]);
+    }
+}
+
+void node_mixInflow(int32_t index) {
+    Node& node = Nodes[static_cast<size_t>(index)];
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        node.newQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * 1000.0 : 0.0;
+    }
+}
+
+void node_split(int32_t index) {
+    Splitter& splitter = getSplitter(index);
+    const double inflow = Nodes[static_cast<size_t>(index)].newInflow;
+    const double value = splitter.useHostValue ? splitter.hostValue : splitter.value;
+    switch (splitter.mode) {
+        case SPLIT_FLOW:
+        case SPLIT_FLOW_RATIO:
+            splitter.newFlow = inflow >= value ? value + (inflow - value) * splitter.ratio : inflow;
+            break;
+        case SPLIT_RATIO: splitter.newFlow = value * inflow; break;
+        default: break;  // a mode that only a host can set: the split stands still
+    }
+}
+
+double node_getOfferedFlow(int32_t index, int32_t link) {
+    const Node& node = Nodes[static_cast<size_t>(index)];
+    switch (node.kind) {
+        case JUNCTION: return Junctions[static_cast<size_t>(node.kindIndex)].newOutflow;
+        case SPLITTER: {
+            const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
+            return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;
+        }
+        default: return 0.0;
+    }
+}

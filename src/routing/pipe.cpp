@@ -1,0 +1,258 @@
+// Pipes, routed by the Muskingum method (McCarthy 1938): the storage of a reach is S = K (X I + (1 - X) O). A pipe is a
+// cascade of such reaches, each a linear reservoir whose state is its storage, and it has a clock of its own:
+//
+//     waiting --(fireTime <= nextFireTime, or nothing summed)--> waiting   pipe_update sums what the node offers
+//     waiting --(fireTime >  nextFireTime)--------------------> firing    pipe_update, fire
+//     firing  -------------------------------------------------> waiting   nextFireTime moves on by one period
+//
+// At a firing the mean flow and the mean concentration of the period go through the cascade, and the result stands at
+// the outlet until the next one. What the node offers in the step of the firing is in no sum: the mean of the other
+// steps stands for it, and the continuity error of a network with pipes shows that water.
+
+#include "routing/pipe.h"
+
+#include <algorithm>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "input/tokens.h"
+#include "routing/link.h"
+#include "routing/node.h"
+
+std::vector<Pipe> Pipes;
+
+static Pipe& getPipe(int32_t link) {
+    return Pipes[static_cast<size_t>(Links[static_cast<size_t>(link)].kindIndex)];
+}
+
+// --- reading and validation ----------------------------------------------------------------------------------------
+
+int32_t pipe_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 8) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    LinkEnds ends;
+    int32_t isLagged;
+    if (const int32_t error = link_readEnds(ends)) {
+        return error;
+    }
+    if (const int32_t error = link_readLag(3, isLagged)) {
+        return error;
+    }
+    double values[4];
+    for (int32_t k = 0; k < 4; ++k) {
+        if (!input_getNonNegative(Tok[4 + k], &values[k])) {
+            return error_setName(ERR_NUMBER, Tok[4 + k]);
+        }
+    }
+    link_setEnds(link, PIPE, kindIndex, ends, isLagged);
+    Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
+    pipe.k = values[0];
+    pipe.n = project_truncate(values[1]);
+    pipe.x = values[2];
+    pipe.maxFlow = values[3];
+    return ERR_NONE;
+}
+
+void pipe_validate(int32_t index) {
+    const Link& link = Links[static_cast<size_t>(index)];
+    const Pipe& pipe = getPipe(index);
+    if (pipe.k < RoutingStep) {
+        report_writeError(ERR_PIPE_K, link.id);
+    }
+    if (pipe.n < 1) {
+        report_writeError(ERR_PIPE_N, link.id);
+    }
+    if (pipe.x > 0.5) {
+        report_writeError(ERR_PIPE_X, link.id);
+    }
+}
+
+// --- start and end of a run ----------------------------------------------------------------------------------------
+
+void pipe_initState(int32_t index) {
+    Pipe& pipe = getPipe(index);
+    pipe.stepLength = pipe.k;
+    pipe.nextFireTime = pipe.lastFireTime = NewRoutingTime;
+    pipe.oldInflow = pipe.newInflow = 0.0;
+    pipe.oldFlood = pipe.newFlood = 0.0;
+    // All arrays of a pipe stand together: a firing goes through them at once.
+    const int64_t reaches = pipe.n > 0 ? pipe.n : 0;
+    const int64_t pollutants = project_pollutantCount();
+    double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + 2 * reaches * pollutants);
+    if (!memory) {
+        pipe_endState(index);
+        report_writeError(ERR_MEMORY, "");
+        return;
+    }
+    pipe.reachCount = static_cast<int32_t>(reaches);
+    pipe.storage = memory;
+    pipe.sumMass = pipe.storage + reaches;
+    pipe.oldSegQual = pipe.sumMass + pollutants;
+    pipe.newSegQual = pipe.oldSegQual + reaches * pollutants;
+}
+
+void pipe_endState(int32_t index) {
+    Pipe& pipe = getPipe(index);
+    pipe.reachCount = 0;
+    pipe.storage = pipe.sumMass = pipe.oldSegQual = pipe.newSegQual = nullptr;
+}
+
+void pipe_openRun() {
+    for (Pipe& pipe : Pipes) {
+        pipe.sumVolume = 0.0;
+        pipe.sumCount = 0;
+    }
+}
+
+void pipe_shiftHydState(int32_t kindIndex) {
+    Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
+    pipe.oldInflow = pipe.newInflow;
+    pipe.oldFlood = pipe.newFlood;
+}
+
+void pipe_shiftQualState(int32_t kindIndex) {
+    const Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
+    std::copy_n(pipe.newSegQual, static_cast<int64_t>(pipe.reachCount) * project_pollutantCount(), pipe.oldSegQual);
+}
+
+// --- routing -------------------------------------------------------------------------------------------------------
+
+/// One pollutant through one reach, at inflow `in` and outflow `out`; `c` comes with the inflow and leaves with the
+/// outflow. Mixing of the inflow into the reach, then decay.
+static void routeQuality(const Pipe& pipe, int32_t p, int32_t reach, double in, double out, double decayFactor,
+                         double& c) {
+    const double dt = pipe.stepLength;
+    const double change = dt * (in - out);
+    const int32_t place = pipe_getPlace(pipe, p, reach);
+    const double storage = pipe.storage[reach];
+    double mixed = 0.0;
+    // The test adds a volume to a flow. It only has to tell a dry reach, and it has always been this sum. Divided is by
+    // the volume after the inflow, before the outflow.
+    const double divisor = dt * out + storage + change;
+    if (change + out != 0.0 && divisor != 0.0) {
+        mixed = (dt * in * c + storage * pipe.oldSegQual[place]) / divisor;
+    }
+    c = mixed * decayFactor;
+    pipe.newSegQual[place] = c;
+    QualTotals[p].reactedLoss += mixed * storage * (1.0 - decayFactor) / 1000.0;
+}
+
+/// Outflow of the last reach against the limit: what may not pass is flood.
+static void limitOutflow(Link& link, Pipe& pipe, double out) {
+    if (pipe.maxFlow > 0.0) {
+        const double cap = pipe.maxFlow * link.setting;
+        link.newFlow = out > cap ? cap : out;
+        pipe.newFlood = out > cap ? out - cap : 0.0;
+    } else {
+        link.newFlow = link.setting != 0.0 ? out : 0.0;
+        pipe.newFlood = link.setting != 0.0 ? 0.0 : out;
+    }
+}
+
+void pipe_route(int32_t index, double inflow, double* concentrations) {
+    Link& link = Links[static_cast<size_t>(index)];
+    Pipe& pipe = getPipe(index);
+    const int32_t pollutants = project_pollutantCount();
+    const DateTime date = project_getDate(NewRoutingTime);
+    const double dt = pipe.stepLength;
+    const double a = dt * 0.5;
+    const double b = pipe.k * pipe.x;
+    const double c = (1.0 - pipe.x) * pipe.k;
+    double flow = inflow;
+    const int32_t reaches = pipe_getReachCount(pipe);
+    for (int32_t i = 0; i < reaches; ++i) {
+        const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
+        for (int32_t p = 0; p < pollutants; ++p) {
+            const double factor = decay_getFactor(pipe.decay[p], date, dt);
+            routeQuality(pipe, p, i, flow, out, factor, concentrations[p]);
+        }
+        pipe.storage[i] += (flow - out) * dt;
+        flow = out;
+    }
+    pipe.newInflow = inflow;
+    limitOutflow(link, pipe, flow);
+    for (int32_t p = 0; p < pollutants; ++p) {
+        link.newQual[p] = concentrations[p];
+    }
+    link_noteChange(index);
+}
+
+/// Moves the clock of a pipe on by one period, but never past the end of the run.
+static void moveClock(Pipe& pipe) {
+    pipe.lastFireTime = pipe.nextFireTime;
+    const double next = pipe.stepLength * 1000.0 + pipe.lastFireTime;
+    pipe.nextFireTime = next > TotalDuration ? TotalDuration : next;
+}
+
+static void clearSums(Pipe& pipe) {
+    pipe.sumVolume = 0.0;
+    pipe.sumCount = 0;
+    std::fill_n(pipe.sumMass, project_pollutantCount(), 0.0);
+}
+
+/// One firing: the sums become the mean flow and the mean concentrations of the period and go through the reaches.
+static void fire(int32_t index, Pipe& pipe) {
+    moveClock(pipe);
+    link_shiftHydState(index);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        pipe.sumMass[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
+    }
+    pipe.sumVolume = pipe.sumVolume / pipe.sumCount / RoutingStep;
+    pipe_route(index, pipe.sumVolume, pipe.sumMass);
+    clearSums(pipe);
+}
+
+void pipe_update(int32_t index, int32_t nodeIndex, double fireTime) {
+    const Node& node = Nodes[static_cast<size_t>(nodeIndex)];
+    if (!node_offersFlow(node.kind)) {
+        return;
+    }
+    Pipe& pipe = getPipe(index);
+    if (fireTime > pipe.nextFireTime && pipe.sumCount != 0) {
+        fire(index, pipe);
+        return;
+    }
+    const double flow = node_getOfferedFlow(nodeIndex, index);
+    pipe.sumVolume += RoutingStep * flow;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        pipe.sumMass[p] += RoutingStep * flow * node.newQual[p] / 1000.0;
+    }
+    pipe.sumCount += 1;
+}
+
+// --- delivery ------------------------------------------------------------------------------------------------------
+
+static double limitToUnit(double weight) {
+    return weight < 0.0 ? 0.0 : weight > 1.0 ? 1.0 : weight;
+}
+
+double pipe_getFlow(const Link& link, const Pipe& pipe, double time) {
+    if (pipe.nextFireTime == pipe.lastFireTime) {
+        return 0.0;
+    }
+    // The present K counts here, which a host may have changed, and it is added for the flow alone: flow and load are
+    // weighted differently in the steps of a firing.
+    const double a = limitToUnit((time - pipe.lastFireTime + pipe.k * 1000.0) /
+                                 (pipe.nextFireTime - pipe.lastFireTime));
+    return (1.0 - a) * link.oldFlow + a * link.newFlow;
+}
+
+void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* loads) {
+    if (pipe.nextFireTime == pipe.lastFireTime) {
+        return;
+    }
+    const double a = limitToUnit((time - pipe.lastFireTime) / (pipe.nextFireTime - pipe.lastFireTime));
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        loads[p] += ((1.0 - a) * link.oldFlow * link.oldQual[p] + a * link.newFlow * link.newQual[p]) / 1000.0;
+    }
+}
+
+double pipe_getVolume(const Pipe& pipe) {
+    double volume = 0.0;
+    const int32_t reaches = pipe_getReachCount(pipe);
+    for (int32_t i = 0; i < reaches; ++i) {
+        volume += pipe.storage[i];
+    }
+    return volume;
+}
