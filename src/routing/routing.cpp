@@ -2,8 +2,14 @@
 // are visited once in the order of the network, each collects what its links deliver, works out its outflow and hands it
 // to its outgoing links, which work out at once what they will deliver. Pollutants go along in the same pass. A network
 // that keeps circles out gets by with one sweep, whose cost grows with its nodes and links alone.
+//
+// In a large network the order of the visits jumps through tables of many megabytes, and waiting for memory would be most
+// of the work. The order is known for the whole run, so the lists below say ahead of time what a visit will need, and the
+// step asks for it some visits before.
 
 #include "routing/routing.h"
+
+#include <vector>
 
 #include "engine/arena.h"
 #include "engine/errors.h"
@@ -16,6 +22,46 @@
 #include "routing/node.h"
 #include "routing/pipe.h"
 
+/// One visit of a step. The links that enter and leave the node stand in VisitLinks, one visit's behind the other's.
+struct Visit {
+    int32_t node;
+    int32_t incoming;  ///< count
+    int32_t outgoing;  ///< count
+};
+
+static std::vector<Visit> Visits;
+static std::vector<int32_t> VisitLinks;
+static std::vector<int32_t> VisitPipes;  ///< by place in VisitLinks: the row in the pipe table, -1 for other kinds
+
+// --- start and end -------------------------------------------------------------------------------------------------
+
+static void addVisitLinks(LinkList links) {
+    for (const int32_t link : links) {
+        const Link& record = Links[static_cast<size_t>(link)];
+        VisitLinks.push_back(link);
+        VisitPipes.push_back(record.kind == PIPE ? record.kindIndex : -1);
+    }
+}
+
+/// Lists the visits in the order of the nodes. A node that the order never reached is left out, and node 0 is visited
+/// in its place once more.
+static void listVisits() {
+    Visits.clear();
+    VisitLinks.clear();
+    VisitPipes.clear();
+    Visits.reserve(Nodes.size());
+    VisitLinks.reserve(2 * Links.size());
+    VisitPipes.reserve(2 * Links.size());
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const int32_t node = SortedNodes[k];
+        const LinkList incoming = network_getIncoming(node);
+        const LinkList outgoing = network_getOutgoing(node);
+        Visits.push_back({node, incoming.count, outgoing.count});
+        addVisitLinks(incoming);
+        addVisitLinks(outgoing);
+    }
+}
+
 int32_t routing_open() {
     pipe_openRun();
     link_openLists();
@@ -26,6 +72,7 @@ int32_t routing_open() {
         return ErrorCode;
     }
     network_sortNodes();
+    listVisits();
     return ErrorCode;
 }
 
@@ -37,6 +84,9 @@ void routing_close() {
         link_endState(static_cast<int32_t>(k));
     }
     SortedNodes = nullptr;
+    Visits = {};
+    VisitLinks = {};
+    VisitPipes = {};
     arena_release(RunArena);
 }
 
@@ -44,9 +94,67 @@ bool routing_isReady() {
     return SortedNodes != nullptr;
 }
 
+// --- memory ahead of the visits ------------------------------------------------------------------------------------
+
+#if defined(__GNUC__)
+static void fetch(const void* address) {
+    __builtin_prefetch(address, 1);
+}
+#else
+static void fetch(const void*) {}
+#endif
+
+/// A walk some visits ahead of the step.
+struct Scout {
+    size_t visit;
+    size_t link;  ///< place in VisitLinks
+};
+
+static constexpr size_t FAR = 12;  ///< visits ahead at which the records are asked for
+static constexpr size_t NEAR = 6;  ///< visits ahead at which the arrays are, to which the records point
+
+static void fetchRecords(Scout& scout) {
+    if (scout.visit >= Visits.size()) {
+        return;
+    }
+    const Visit& visit = Visits[scout.visit++];
+    fetch(&Nodes[static_cast<size_t>(visit.node)]);
+    const size_t end = scout.link + static_cast<size_t>(visit.incoming + visit.outgoing);
+    for (; scout.link < end; ++scout.link) {
+        fetch(&Links[static_cast<size_t>(VisitLinks[scout.link])]);
+        if (VisitPipes[scout.link] >= 0) {
+            fetch(&Pipes[static_cast<size_t>(VisitPipes[scout.link])]);
+        }
+    }
+}
+
+static void fetchArrays(Scout& scout) {
+    if (scout.visit >= Visits.size()) {
+        return;
+    }
+    const Visit& visit = Visits[scout.visit++];
+    fetch(Nodes[static_cast<size_t>(visit.node)].massInflow);
+    const size_t outgoing = scout.link + static_cast<size_t>(visit.incoming);
+    const size_t end = outgoing + static_cast<size_t>(visit.outgoing);
+    for (; scout.link < outgoing; ++scout.link) {
+        fetch(Links[static_cast<size_t>(VisitLinks[scout.link])].newQual);
+    }
+    for (; scout.link < end; ++scout.link) {
+        if (VisitPipes[scout.link] >= 0) {
+            const Pipe& pipe = Pipes[static_cast<size_t>(VisitPipes[scout.link])];
+            fetch(pipe.sumMass);
+            if (pipe.sumCount > 0) {
+                fetch(&pipe.storage);  // it may fire
+            }
+        }
+    }
+}
+
+// --- the step ------------------------------------------------------------------------------------------------------
+
 /// Hands what a node offers to its outgoing links; kinds that only a tank feeds are passed over.
-static void updateOutgoing(int32_t node, double fireTime) {
-    for (const int32_t link : network_getOutgoing(node)) {
+static void updateOutgoing(int32_t node, LinkList outgoing, double fireTime) {
+    for (const int32_t link : outgoing) {
         switch (Links[static_cast<size_t>(link)].kind) {
             case PIPE: pipe_update(link, node, fireTime); break;
             case CONNECTION: connection_update(link, node); break;
@@ -55,23 +163,41 @@ static void updateOutgoing(int32_t node, double fireTime) {
     }
 }
 
-static void visitNode(int32_t index, double fireTime) {
+static void visitNode(int32_t index, LinkList incoming, LinkList outgoing, double fireTime) {
     Node& node = Nodes[static_cast<size_t>(index)];
-    node_gatherInflows(index);
+    node_gatherInflows(index, incoming);
     node.newInflow = node.newLatFlow + node.newUpstreamFlow;
     switch (node.kind) {
         case JUNCTION:
-            Junctions[static_cast<size_t>(node.kindIndex)].newOutflow = node.newInflow;
             node_mixInflow(index);
-            updateOutgoing(index, fireTime);
+            updateOutgoing(index, outgoing, fireTime);
             break;
         case OUTFALL: node_mixInflow(index); break;
         case SPLITTER:
             node_split(index);
             node_mixInflow(index);
-            updateOutgoing(index, fireTime);
+            updateOutgoing(index, outgoing, fireTime);
             break;
         default: break;
+    }
+}
+
+static void visitNodes(double fireTime) {
+    Scout records{0, 0}, arrays{0, 0};
+    for (size_t k = 0; k < FAR; ++k) {
+        fetchRecords(records);
+    }
+    for (size_t k = 0; k < NEAR; ++k) {
+        fetchArrays(arrays);
+    }
+    const int32_t* links = VisitLinks.data();
+    for (const Visit& visit : Visits) {
+        fetchRecords(records);
+        fetchArrays(arrays);
+        const LinkList incoming{links, visit.incoming};
+        const LinkList outgoing{links + visit.incoming, visit.outgoing};
+        visitNode(visit.node, incoming, outgoing, fireTime);
+        links = outgoing.end();
     }
 }
 
@@ -94,8 +220,5 @@ void routing_step() {
     inflows_applyExternal(date);
     inflows_applyDryWeather(date);
 
-    // A node that the order never reached is left out, and node 0 is visited in its place once more.
-    for (int32_t k = 0; k < nodeCount; ++k) {
-        visitNode(SortedNodes[k], fireTime);
-    }
+    visitNodes(fireTime);
 }
