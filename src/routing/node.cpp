@@ -11,6 +11,7 @@
 #include "input/names.h"
 #include "input/table.h"
 #include "input/tokens.h"
+#include "routing/network.h"
 #include "routing/pipe.h"
 
 std::vector<Outfall> Outfalls;
@@ -216,10 +217,10 @@ static void gatherLink(Node& node, const Link& link) {
     }
 }
 
-void node_gatherInflows(int32_t index, LinkList incoming) {
+void node_gatherInflows(int32_t index, VisitLinkList incoming) {
     Node& node = Nodes[static_cast<size_t>(index)];
-    for (const int32_t link : incoming) {
-        gatherLink(node, Links[static_cast<size_t>(link)]);
+    for (const VisitLink& link : incoming) {
+        gatherLink(node, Links[static_cast<size_t>(link.link)]);
     }
 }
 

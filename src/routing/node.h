@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "engine/project.h"
-#include "routing/network.h"
+#include "routing/link.h"
 
 /// Takes water out of the system.
 struct Outfall {
@@ -52,7 +52,7 @@ void node_endState(int32_t node);
 void node_shiftState(int32_t node);
 
 /// Collects what the incoming links, in the order of the link table, deliver in this step.
-void node_gatherInflows(int32_t node, LinkList incoming);
+void node_gatherInflows(int32_t node, VisitLinkList incoming);
 
 /// Mixes all loads of the step into the inflow: newQual of a node without storage.
 void node_mixInflow(int32_t node);

@@ -118,7 +118,10 @@ void pipe_shiftHydState(int32_t kindIndex) {
 
 void pipe_shiftQualState(int32_t kindIndex) {
     const Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
-    std::copy_n(pipe.newSegQual, static_cast<int64_t>(pipe.reachCount) * project_pollutantCount(), pipe.oldSegQual);
+    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount();
+    for (int64_t k = 0; k < count; ++k) {
+        pipe.oldSegQual[k] = pipe.newSegQual[k];
+    }
 }
 
 // --- routing -------------------------------------------------------------------------------------------------------
@@ -214,12 +217,12 @@ static void fire(int32_t index, Pipe& pipe) {
     clearSums(pipe);
 }
 
-void pipe_update(int32_t index, int32_t nodeIndex, double fireTime) {
+void pipe_update(int32_t index, int32_t kindIndex, int32_t nodeIndex, double fireTime) {
     const Node& node = Nodes[static_cast<size_t>(nodeIndex)];
     if (!node_offersFlow(node.kind)) {
         return;
     }
-    Pipe& pipe = getPipe(index);
+    Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
     if (fireTime > pipe.nextFireTime && pipe.sumCount != 0) {
         fire(index, pipe);
         return;

@@ -56,8 +56,9 @@ void pipe_shiftQualState(int32_t kindIndex);
 /// Empties the sums of all pipes for a new run.
 void pipe_openRun();
 
-/// Takes in what the upstream node offers in this step, or fires. `fireTime` in ms since the start.
-void pipe_update(int32_t link, int32_t node, double fireTime);
+/// Takes in what the upstream node offers in this step, or fires. `kindIndex` is the pipe's row, `fireTime` in ms since
+/// the start.
+void pipe_update(int32_t link, int32_t kindIndex, int32_t node, double fireTime);
 
 /// Sends a mean flow (m3/s) with mean concentrations (mg/L, overwritten) of one period through the cascade.
 void pipe_route(int32_t link, double inflow, double* concentrations);

@@ -16,6 +16,7 @@
 #include "engine/project.h"
 #include "hydrology/inflows.h"
 #include "input/datetime.h"
+#include "platform/memory.h"
 #include "routing/connection.h"
 #include "routing/link.h"
 #include "routing/network.h"
@@ -30,16 +31,14 @@ struct Visit {
 };
 
 static std::vector<Visit> Visits;
-static std::vector<int32_t> VisitLinks;
-static std::vector<int32_t> VisitPipes;  ///< by place in VisitLinks: the row in the pipe table, -1 for other kinds
+static std::vector<VisitLink> VisitLinks;
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
 static void addVisitLinks(LinkList links) {
     for (const int32_t link : links) {
         const Link& record = Links[static_cast<size_t>(link)];
-        VisitLinks.push_back(link);
-        VisitPipes.push_back(record.kind == PIPE ? record.kindIndex : -1);
+        VisitLinks.push_back({link, record.kind, record.kindIndex});
     }
 }
 
@@ -48,10 +47,8 @@ static void addVisitLinks(LinkList links) {
 static void listVisits() {
     Visits.clear();
     VisitLinks.clear();
-    VisitPipes.clear();
     Visits.reserve(Nodes.size());
     VisitLinks.reserve(2 * Links.size());
-    VisitPipes.reserve(2 * Links.size());
     for (size_t k = 0; k < Nodes.size(); ++k) {
         const int32_t node = SortedNodes[k];
         const LinkList incoming = network_getIncoming(node);
@@ -86,7 +83,6 @@ void routing_close() {
     SortedNodes = nullptr;
     Visits = {};
     VisitLinks = {};
-    VisitPipes = {};
     arena_release(RunArena);
 }
 
@@ -96,14 +92,6 @@ bool routing_isReady() {
 
 // --- memory ahead of the visits ------------------------------------------------------------------------------------
 
-#if defined(__GNUC__)
-static void fetch(const void* address) {
-    __builtin_prefetch(address, 1);
-}
-#else
-static void fetch(const void*) {}
-#endif
-
 /// A walk some visits ahead of the step.
 struct Scout {
     size_t visit;
@@ -111,40 +99,53 @@ struct Scout {
 };
 
 static constexpr size_t FAR = 12;  ///< visits ahead at which the records are asked for
-static constexpr size_t NEAR = 6;  ///< visits ahead at which the arrays are, to which the records point
+static constexpr size_t NEAR = 5;  ///< visits ahead at which the arrays are, to which the records point
 
 static void fetchRecords(Scout& scout) {
     if (scout.visit >= Visits.size()) {
         return;
     }
     const Visit& visit = Visits[scout.visit++];
-    fetch(&Nodes[static_cast<size_t>(visit.node)]);
-    const size_t end = scout.link + static_cast<size_t>(visit.incoming + visit.outgoing);
+    memory_fetch(&Nodes[static_cast<size_t>(visit.node)]);
+    const size_t outgoing = scout.link + static_cast<size_t>(visit.incoming);
+    const size_t end = outgoing + static_cast<size_t>(visit.outgoing);
     for (; scout.link < end; ++scout.link) {
-        fetch(&Links[static_cast<size_t>(VisitLinks[scout.link])]);
-        if (VisitPipes[scout.link] >= 0) {
-            fetch(&Pipes[static_cast<size_t>(VisitPipes[scout.link])]);
+        const VisitLink& link = VisitLinks[scout.link];
+        if (scout.link < outgoing || link.kind != PIPE) {
+            memory_fetch(&Links[static_cast<size_t>(link.link)]);
+        }
+        if (link.kind == PIPE) {
+            memory_fetch(&Pipes[static_cast<size_t>(link.kindIndex)]);
         }
     }
 }
 
-static void fetchArrays(Scout& scout) {
+/// What a pipe needs to fire.
+static void fetchFiring(const VisitLink& link, const Pipe& pipe) {
+    memory_fetch(&pipe.storage);
+    memory_fetch(&pipe.maxFlow);
+    memory_fetch(&Links[static_cast<size_t>(link.link)]);
+    memory_fetch(&Links[static_cast<size_t>(link.link)].setting);
+}
+
+static void fetchArrays(Scout& scout, double fireTime) {
     if (scout.visit >= Visits.size()) {
         return;
     }
     const Visit& visit = Visits[scout.visit++];
-    fetch(Nodes[static_cast<size_t>(visit.node)].massInflow);
+    memory_fetch(Nodes[static_cast<size_t>(visit.node)].massInflow);
     const size_t outgoing = scout.link + static_cast<size_t>(visit.incoming);
     const size_t end = outgoing + static_cast<size_t>(visit.outgoing);
     for (; scout.link < outgoing; ++scout.link) {
-        fetch(Links[static_cast<size_t>(VisitLinks[scout.link])].newQual);
+        memory_fetch(Links[static_cast<size_t>(VisitLinks[scout.link].link)].newQual);
     }
     for (; scout.link < end; ++scout.link) {
-        if (VisitPipes[scout.link] >= 0) {
-            const Pipe& pipe = Pipes[static_cast<size_t>(VisitPipes[scout.link])];
-            fetch(pipe.sumMass);
-            if (pipe.sumCount > 0) {
-                fetch(&pipe.storage);  // it may fire
+        const VisitLink& link = VisitLinks[scout.link];
+        if (link.kind == PIPE) {
+            const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+            memory_fetch(pipe.sumMass);
+            if (fireTime > pipe.nextFireTime) {
+                fetchFiring(link, pipe);
             }
         }
     }
@@ -153,17 +154,17 @@ static void fetchArrays(Scout& scout) {
 // --- the step ------------------------------------------------------------------------------------------------------
 
 /// Hands what a node offers to its outgoing links; kinds that only a tank feeds are passed over.
-static void updateOutgoing(int32_t node, LinkList outgoing, double fireTime) {
-    for (const int32_t link : outgoing) {
-        switch (Links[static_cast<size_t>(link)].kind) {
-            case PIPE: pipe_update(link, node, fireTime); break;
-            case CONNECTION: connection_update(link, node); break;
+static void updateOutgoing(int32_t node, VisitLinkList outgoing, double fireTime) {
+    for (const VisitLink& link : outgoing) {
+        switch (link.kind) {
+            case PIPE: pipe_update(link.link, link.kindIndex, node, fireTime); break;
+            case CONNECTION: connection_update(link.link, node); break;
             default: break;
         }
     }
 }
 
-static void visitNode(int32_t index, LinkList incoming, LinkList outgoing, double fireTime) {
+static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgoing, double fireTime) {
     Node& node = Nodes[static_cast<size_t>(index)];
     node_gatherInflows(index, incoming);
     node.newInflow = node.newLatFlow + node.newUpstreamFlow;
@@ -188,14 +189,14 @@ static void visitNodes(double fireTime) {
         fetchRecords(records);
     }
     for (size_t k = 0; k < NEAR; ++k) {
-        fetchArrays(arrays);
+        fetchArrays(arrays, fireTime);
     }
-    const int32_t* links = VisitLinks.data();
+    const VisitLink* links = VisitLinks.data();
     for (const Visit& visit : Visits) {
         fetchRecords(records);
-        fetchArrays(arrays);
-        const LinkList incoming{links, visit.incoming};
-        const LinkList outgoing{links + visit.incoming, visit.outgoing};
+        fetchArrays(arrays, fireTime);
+        const VisitLinkList incoming{links, visit.incoming};
+        const VisitLinkList outgoing{links + visit.incoming, visit.outgoing};
         visitNode(visit.node, incoming, outgoing, fireTime);
         links = outgoing.end();
     }
