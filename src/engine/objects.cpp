@@ -5,6 +5,8 @@
 
 #include <initializer_list>
 
+#include "coupling/converter.h"
+#include "coupling/coupled.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -70,11 +72,14 @@ void project_createObjects() {
     createTable(Polluts, ObjectCount[POLLUT]);
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
+    createTable(Converters, ObjectCount[CONVERTER]);
     createNodes();
     createLinks();
+    coupled_createNodes();
 }
 
 void project_deleteObjects() {
+    coupled_deleteNodes();
     Nodes = {};
     Outfalls = {};
     Splitters = {};
@@ -84,6 +89,7 @@ void project_deleteObjects() {
     Polluts = {};
     table_deleteAll();
     Patterns = {};
+    Converters = {};
     network_clear();
     QualTotals = nullptr;
     arena_release(RunArena);

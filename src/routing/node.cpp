@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "coupling/coupled.h"
 #include "engine/errors.h"
 #include "hydrology/inflows.h"
 #include "input/names.h"
@@ -136,6 +137,8 @@ static void validateSplitter(int32_t index) {
 void node_validate(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
         case SPLITTER: validateSplitter(index); break;
+        case SWMM:
+        case VORN: coupled_validate(index); break;
         default: break;
     }
 }
@@ -161,12 +164,18 @@ void node_initState(int32_t index) {
     }
     switch (node.kind) {
         case SPLITTER: initSplitter(getSplitter(index)); break;
+        case SWMM:
+        case VORN: coupled_initState(index); break;
         default: break;
     }
 }
 
 void node_endState(int32_t index) {
-    (void)index;
+    switch (Nodes[static_cast<size_t>(index)].kind) {
+        case SWMM:
+        case VORN: coupled_endState(index); break;
+        default: break;
+    }
 }
 
 // --- the routing step ----------------------------------------------------------------------------------------------
@@ -197,7 +206,13 @@ void node_shiftState(int32_t index) {
         node.oldQual[p] = node.newQual[p];
         node.newQual[p] = 0.0;
     }
-    shiftInflows(node);
+    if (coupled_isKind(node.kind)) {
+        // The totals of such a node are not rolled: what runs in beside the links piles up in newLatFlow for the whole
+        // run, and nothing takes it out.
+        coupled_shiftInflows(node);
+    } else {
+        shiftInflows(node);
+    }
 }
 
 /// Adds what one link delivers to a node of the network itself.
@@ -219,6 +234,10 @@ static void gatherLink(Node& node, const Link& link) {
 
 void node_gatherInflows(int32_t index, VisitLinkList incoming) {
     Node& node = Nodes[static_cast<size_t>(index)];
+    if (coupled_isKind(node.kind)) {
+        coupled_gatherInflows(node, incoming);
+        return;
+    }
     for (const VisitLink& link : incoming) {
         gatherLink(node, Links[static_cast<size_t>(link.link)]);
     }

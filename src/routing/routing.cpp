@@ -11,6 +11,7 @@
 
 #include <vector>
 
+#include "coupling/coupled.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -60,6 +61,9 @@ static void listVisits() {
 }
 
 int32_t routing_open() {
+    if (!coupled_start()) {
+        return ErrorCode;
+    }
     pipe_openRun();
     link_openLists();
     inflows_openRun();
@@ -179,6 +183,8 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
             node_mixInflow(index);
             updateOutgoing(index, outgoing, fireTime);
             break;
+        case SWMM:
+        case VORN: coupled_stepNode(index); break;
         default: break;
     }
 }
