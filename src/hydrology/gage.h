@@ -8,9 +8,6 @@
 
 enum GageFormat : int32_t { RAIN_INTENSITY, RAIN_VOLUME };
 
-/// The date that stands for no date.
-constexpr DateTime NO_DATE = -693594.0;
-
 /// A spell of rain without a long gap in it.
 struct RainEvent {
     DateTime start;
