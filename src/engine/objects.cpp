@@ -6,7 +6,9 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
 #include "routing/connection.h"
@@ -57,6 +59,8 @@ void project_createObjects() {
     if (ErrorCode) {
         return;
     }
+    createTable(Gages, ObjectCount[GAGE]);
+    subcatch_createAll();
     createTable(Nodes, ObjectCount[NODE]);
     createTable(Junctions, NodeKindCount[JUNCTION]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
@@ -65,6 +69,7 @@ void project_createObjects() {
     createTable(Pipes, LinkKindCount[PIPE]);
     createTable(Connections, LinkKindCount[CONNECTION]);
     createTable(Polluts, ObjectCount[POLLUT]);
+    landuse_createAll();
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createNodes();
@@ -72,6 +77,8 @@ void project_createObjects() {
 }
 
 void project_deleteObjects() {
+    Gages = {};
+    subcatch_deleteAll();
     Nodes = {};
     Junctions = {};
     Outfalls = {};
@@ -80,6 +87,7 @@ void project_deleteObjects() {
     Pipes = {};
     Connections = {};
     Polluts = {};
+    Landuses = {};
     table_deleteAll();
     Patterns = {};
     network_clear();
