@@ -3,6 +3,8 @@
 
 #include "engine/objects.h"
 
+#include <initializer_list>
+
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -21,22 +23,25 @@ static void createTable(std::vector<Record>& table, int32_t count) {
     table.assign(static_cast<size_t>(count), Record{});
 }
 
-/// One array per pollutant, from the project's memory.
-static double* createPollutantArray() {
-    double* array = arena_allocateArray<double>(ProjectArena, project_pollutantCount());
-    if (!array) {
+/// Arrays of one number per pollutant, side by side, since a visit goes through all of them.
+static void createArrays(std::initializer_list<double**> arrays) {
+    const int64_t count = project_pollutantCount();
+    double* memory = arena_allocateArray<double>(ProjectArena, count * static_cast<int64_t>(arrays.size()));
+    if (!memory) {
         ErrorCode = ERR_MEMORY;
+        return;
     }
-    return array;
+    for (double** array : arrays) {
+        *array = memory;
+        memory += count;
+    }
 }
 
 static void createNodes() {
     for (Node& node : Nodes) {
         node.kind = -1;
         if (project_pollutantCount() > 0) {
-            node.massInflow = createPollutantArray();
-            node.oldQual = createPollutantArray();
-            node.newQual = createPollutantArray();
+            createArrays({&node.massInflow, &node.newQual, &node.oldQual});
         }
     }
 }
@@ -44,8 +49,7 @@ static void createNodes() {
 static void createLinks() {
     for (Link& link : Links) {
         link.kind = -1;
-        link.oldQual = createPollutantArray();
-        link.newQual = createPollutantArray();
+        createArrays({&link.newQual, &link.oldQual});
     }
     for (Pipe& pipe : Pipes) {
         pipe.decay = decay_create();
@@ -62,7 +66,6 @@ void project_createObjects() {
     createTable(Gages, ObjectCount[GAGE]);
     subcatch_createAll();
     createTable(Nodes, ObjectCount[NODE]);
-    createTable(Junctions, NodeKindCount[JUNCTION]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
     createTable(Links, ObjectCount[LINK]);
@@ -80,7 +83,6 @@ void project_deleteObjects() {
     Gages = {};
     subcatch_deleteAll();
     Nodes = {};
-    Junctions = {};
     Outfalls = {};
     Splitters = {};
     Links = {};

@@ -80,21 +80,28 @@ static void updateSubcatch(Subcatch& s, double dt) {
     }
 }
 
-/// Statistics of one link, and its flood into the totals.
 static void updateLink(Link& link, double dt) {
     link.statFlowVolume += dt * link.newFlow;
     keepMaximum(link.statMaxFlow, link.newFlow);
-    double flood;
-    switch (link.kind) {
-        case PIPE: flood = Pipes[static_cast<size_t>(link.kindIndex)].newFlood; break;
-        default: return;
-    }
+}
+
+/// What one link floods, into its statistics and the totals.
+static void updateFlood(Link& link, double flood, double dt) {
     FlowTotals.floodingLoss += dt * flood;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         QualTotals[p].floodingLoss += dt * flood * link.newQual[p] / 1000.0;
     }
     link.statFloodVolume += dt * flood;
     keepMaximum(link.statMaxFlood, flood);
+}
+
+static void updateFloods(double dt) {
+    for (Link& link : Links) {
+        switch (link.kind) {
+            case PIPE: updateFlood(link, Pipes[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
+            default: break;
+        }
+    }
 }
 
 static void updateOutfall(const Node& node, double dt) {
@@ -122,6 +129,9 @@ void massbal_updateStep() {
     }
     for (Link& link : Links) {
         updateLink(link, dt);
+    }
+    if (pipe_isAnyFlooding()) {
+        updateFloods(dt);
     }
     for (Node& node : Nodes) {
         updateNode(node, dt);
