@@ -179,8 +179,8 @@ void gage_advance(DateTime date) {
     for (size_t k = 0; k < Gages.size(); ++k) {
         Gage& gage = Gages[k];
         if (gage.isUsed) {
-            gage.rain = gage.coGage >= 0 ? getGage(gage.coGage).rain
-                                         : advanceGage(static_cast<int32_t>(k), date + ONE_SECOND);
+            gage.rain =
+                gage.coGage >= 0 ? getGage(gage.coGage).rain : advanceGage(static_cast<int32_t>(k), date + ONE_SECOND);
         }
     }
 }

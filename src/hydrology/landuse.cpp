@@ -19,8 +19,8 @@ std::vector<Landuse> Landuses;
 
 static constexpr double HECTARE = 0.0001;  ///< hectares in a square metre
 
-static const char* const WashoffWords[] = {"EXP",     "EMC",      "SURFACE",  "SOIL", "STORAGE",
-                                           "PAVEMENT", "DRAINMAT", "DRAIN", nullptr};
+static const char* const WashoffWords[] = {"EXP",      "EMC",      "SURFACE", "SOIL", "STORAGE",
+                                           "PAVEMENT", "DRAINMAT", "DRAIN",   nullptr};
 
 static Landuse& getLanduse(int32_t landuse) {
     return Landuses[static_cast<size_t>(landuse)];
@@ -91,7 +91,7 @@ int32_t landuse_readCoverage() {
     if (TokCount < 3) {
         return error_setName(ERR_ITEMS, "");
     }
-    int32_t subcatch, landuse;
+    int32_t subcatch = 0, landuse = 0;
     if (const int32_t error = findPair(SUBCATCH, LANDUSE, &subcatch, &landuse)) {
         return error;
     }
@@ -108,7 +108,7 @@ int32_t landuse_readBuildup() {
     if (TokCount < 4) {
         return error_setName(ERR_ITEMS, "");
     }
-    int32_t landuse, pollutant;
+    int32_t landuse = 0, pollutant = 0;
     if (const int32_t error = findPair(LANDUSE, POLLUT, &landuse, &pollutant)) {
         return error;
     }
@@ -154,7 +154,7 @@ int32_t landuse_readWashoff() {
     if (TokCount < 6) {
         return error_setName(ERR_ITEMS, "");
     }
-    int32_t landuse, pollutant;
+    int32_t landuse = 0, pollutant = 0;
     if (const int32_t error = findPair(LANDUSE, POLLUT, &landuse, &pollutant)) {
         return error;
     }
@@ -180,7 +180,7 @@ int32_t landuse_readLoading() {
     if (TokCount < 3) {
         return error_setName(ERR_ITEMS, "");
     }
-    int32_t subcatch, pollutant;
+    int32_t subcatch = 0, pollutant = 0;
     if (const int32_t error = findPair(SUBCATCH, POLLUT, &subcatch, &pollutant)) {
         return error;
     }
@@ -283,7 +283,8 @@ static double getPower(RatePower& rate, double exponent) {
     return rate.power;
 }
 
-/// Concentration (kg/m3) that a land use gives off at a runoff rate (m/s). Nothing there gives nothing, whatever the law.
+/// Concentration (kg/m3) that a land use gives off at a runoff rate (m/s). Nothing there gives nothing, whatever the
+/// law.
 static double getWashoff(const WashoffRule& rule, double buildup, double landArea, double rate, RatePower& power) {
     if (buildup == 0.0) {
         return 0.0;
@@ -309,8 +310,8 @@ void subcatch_washLand(int32_t index, double rate, double dt) {
         for (int32_t p = 0; p < project_pollutantCount(); ++p) {
             const WashoffRule& rule = getLanduse(l).washoff[p];
             double& buildup = share.buildup[p];
-            double mass = getWashoff(rule, buildup, landArea, rate, power) * dt * subcatch.thisRunoff * landArea /
-                          subcatch.area;
+            double mass =
+                getWashoff(rule, buildup, landArea, rate, power) * dt * subcatch.thisRunoff * landArea / subcatch.area;
             if (rule.usesBuildup) {
                 if (buildup > mass) {
                     buildup -= mass;

@@ -1,5 +1,5 @@
-// The runoff step: rain on subcatchments becomes runoff, and a load, at their outlets. The runoff clock runs ahead of the
-// routing clock, which interpolates between its last two instants:
+// The runoff step: rain on subcatchments becomes runoff, and a load, at their outlets. The runoff clock runs ahead of
+// the routing clock, which interpolates between its last two instants:
 //
 //     tarnvelde_step --(routing target beyond NewRunoffTime)--> runoff_advance --> OldRunoffTime, NewRunoffTime
 //
@@ -20,8 +20,8 @@
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
-/// Time (s) that a sheet of water of 0.1 m takes over a plane, by Manning's law. `time` is that of the subcatchment before;
-/// one that LID units cover wholly leaves it as it is.
+/// Time (s) that a sheet of water of 0.1 m takes over a plane, by Manning's law. `time` is that of the subcatchment
+/// before; one that LID units cover wholly leaves it as it is.
 static double getFlowTime(const Subcatch& subcatch, double time) {
     const double area = subcatch.area - subcatch.lidArea;
     if (area == 0.0) {

@@ -1,7 +1,7 @@
-// Subcatchments. Each is a plane of an impervious and a pervious part. Either part is a nonlinear reservoir: what exceeds
-// its depression storage flows off as a sheet by Manning's law (Chen and Shubinski 1971). Water seeps into the pervious
-// part by Horton's law (1940) on an equivalent time, so that a light rain uses up less of the curve than its duration
-// says. The runoff step calls stepWater; the routing step takes the runoff to the nodes.
+// Subcatchments. Each is a plane of an impervious and a pervious part. Either part is a nonlinear reservoir: what
+// exceeds its depression storage flows off as a sheet by Manning's law (Chen and Shubinski 1971). Water seeps into the
+// pervious part by Horton's law (1940) on an equivalent time, so that a light rain uses up less of the curve than its
+// duration says. The runoff step calls stepWater; the routing step takes the runoff to the nodes.
 
 #include "hydrology/subcatch.h"
 
@@ -37,7 +37,8 @@ static Subcatch& getSubcatch(int32_t subcatch) {
 
 // --- table ---------------------------------------------------------------------------------------------------------
 
-/// All arrays of a subcatchment that live as long as the project stand together: a runoff step goes through them at once.
+/// All arrays of a subcatchment that live as long as the project stand together: a runoff step goes through them at
+/// once.
 static void createArrays(Subcatch& subcatch) {
     const int64_t pollutants = project_pollutantCount();
     const int64_t landuses = ObjectCount[LANDUSE];
@@ -298,9 +299,9 @@ static void stepLand(Subcatch& s, double area, double dt, SlopeRoot& root) {
     const double perviousEvap = std::min(s.perviousDepth / dt + s.rain, Evap.rate);
     volumes.wetInflow = (s.imperviousDepth * f + s.perviousDepth * (1.0 - f)) * area + s.rain * area * dt;
     volumes.evap = ((1.0 - f) * perviousEvap + f * imperviousEvap) * area * dt;
-    const double infil = subcatch_infilRate(s.perviousDepth / dt + s.rain - perviousEvap, s.maxInfilVolume,
-                                            s.maxInfilRate, s.minInfilRate, s.infilDecay, s.infilRecovery,
-                                            &s.infilTime, &s.infilVolume, dt);
+    const double infil =
+        subcatch_infilRate(s.perviousDepth / dt + s.rain - perviousEvap, s.maxInfilVolume, s.maxInfilRate,
+                           s.minInfilRate, s.infilDecay, s.infilRecovery, &s.infilTime, &s.infilVolume, dt);
     volumes.infil = (1.0 - f) * infil * area * dt;
     // Either part drains over the whole width.
     s.imperviousRunoff = drainPlane(s.rain, imperviousEvap, 0.0, &s.imperviousDepth, s.imperviousStorage, dt, f * area,
@@ -343,8 +344,8 @@ static void addToNode(const Subcatch& s, Node& node, double f) {
     node.newLatFlow += flow;
     FlowTotals.wetWeatherInflow += RoutingStep * flow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double load = (1.0 - f) * s.lastRunoff * s.lastQuality[p] / 1000.0 +
-                            f * s.thisRunoff * s.thisQuality[p] / 1000.0;
+        const double load =
+            (1.0 - f) * s.lastRunoff * s.lastQuality[p] / 1000.0 + f * s.thisRunoff * s.thisQuality[p] / 1000.0;
         node.massInflow[p] += load;
         QualTotals[p].wetWeatherInflow += RoutingStep * load;
     }

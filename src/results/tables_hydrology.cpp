@@ -83,8 +83,7 @@ void tables_writeGageEvents() {
             char start[DATE_TIME_TEXT_SIZE], end[DATE_TIME_TEXT_SIZE];
             datetime_formatDateTime(event->start, start);
             datetime_formatDateTime(event->end, end);
-            report_print(ReportFile, "\n  %-16s %8d %-24s %-24s %16.3f", gage.name, ++number, start, end,
-                         event->total);
+            report_print(ReportFile, "\n  %-16s %8d %-24s %-24s %16.3f", gage.name, ++number, start, end, event->total);
         }
     }
 }

@@ -15,7 +15,8 @@
 #include "support/tempfolder.h"
 #include "tarnvelde.h"
 
-/// Lines of a time series. A line of three words has no date, which the project file asks for: it gets the day of the test.
+/// Lines of a time series. A line of three words has no date, which the project file asks for: it gets the day of the
+/// test.
 inline std::string datedSeries(const std::string& lines) {
     std::istringstream stream(lines);
     std::string line, text;
@@ -41,8 +42,8 @@ struct LandProject {
     std::string more;  ///< whole sections
 
     std::string text() const {
-        return "[GENERAL]\n" + times + general + "[RAINGAGES]\n" + gages + "[SUBCATCHS]\n" + subcatchs + "[OUTFALLS]\n" +
-               nodes + "[TIMESERIES]\n" + datedSeries(series) + more;
+        return "[GENERAL]\n" + times + general + "[RAINGAGES]\n" + gages + "[SUBCATCHS]\n" + subcatchs +
+               "[OUTFALLS]\n" + nodes + "[TIMESERIES]\n" + datedSeries(series) + more;
     }
 };
 

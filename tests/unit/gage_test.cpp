@@ -70,26 +70,26 @@ TEST_P(GageLineTest, IsRefused) {
     LandProject project;
     project.gages = std::string(GetParam().line) + "\n";
     const std::string line = GetParam().line;
-    EXPECT_TRUE(failsWith(project, 200,
-                          std::string("\n  \n  ERROR ") + GetParam().message + "at line 11 of [RAINGAGES] section:\n  " +
-                              line + "\n"));
+    EXPECT_TRUE(failsWith(
+        project, 200,
+        std::string("\n  \n  ERROR ") + GetParam().message + "at line 11 of [RAINGAGES] section:\n  " + line + "\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, GageLineTest,
-    ::testing::Values(BadLine{"G INTENSITY 0:05", "203: too few items "},
-                      BadLine{"G RAIN 0:05 T", "205: invalid keyword RAIN "},
-                      BadLine{"G RAIN 0 X", "205: invalid keyword RAIN "},
-                      BadLine{"G VOLUME five T", "213: invalid date/time five "},
-                      BadLine{"G VOLUME 0 T", "213: invalid date/time 0 "},
-                      BadLine{"G VOLUME 0:00:00 T", "213: invalid date/time 0:00:00 "},
-                      BadLine{"G VOLUME 0.0001 T", "213: invalid date/time 0.0001 "},  // 0.36 s
-                      BadLine{"G VOLUME -1 T", "213: invalid date/time -1 "},
-                      BadLine{"G VOLUME nan T", "213: invalid date/time nan "},
-                      BadLine{"G VOLUME inf T", "213: invalid date/time inf "},
-                      BadLine{"G VOLUME 596523.2356 T", "213: invalid date/time 596523.2356 "},  // 2147483648 s
-                      BadLine{"G VOLUME 0 X", "213: invalid date/time 0 "},
-                      BadLine{"G VOLUME 1 X", "209: undefined object X "}));
+INSTANTIATE_TEST_SUITE_P(All, GageLineTest,
+                         ::testing::Values(BadLine{"G INTENSITY 0:05", "203: too few items "},
+                                           BadLine{"G RAIN 0:05 T", "205: invalid keyword RAIN "},
+                                           BadLine{"G RAIN 0 X", "205: invalid keyword RAIN "},
+                                           BadLine{"G VOLUME five T", "213: invalid date/time five "},
+                                           BadLine{"G VOLUME 0 T", "213: invalid date/time 0 "},
+                                           BadLine{"G VOLUME 0:00:00 T", "213: invalid date/time 0:00:00 "},
+                                           BadLine{"G VOLUME 0.0001 T", "213: invalid date/time 0.0001 "},  // 0.36 s
+                                           BadLine{"G VOLUME -1 T", "213: invalid date/time -1 "},
+                                           BadLine{"G VOLUME nan T", "213: invalid date/time nan "},
+                                           BadLine{"G VOLUME inf T", "213: invalid date/time inf "},
+                                           BadLine{"G VOLUME 596523.2356 T",
+                                                   "213: invalid date/time 596523.2356 "},  // 2147483648 s
+                                           BadLine{"G VOLUME 0 X", "213: invalid date/time 0 "},
+                                           BadLine{"G VOLUME 1 X", "209: undefined object X "}));
 
 TEST_F(GageTest, QuotedIdIsUndefined) {
     LandProject project;
@@ -570,12 +570,13 @@ TEST_F(EventTest, TableListsThemByGage) {
     ASSERT_NE(begin, std::string::npos) << report;
     EXPECT_EQ(
         report.substr(begin),
-        "\n  \n  ******************\n  Gage Event Summary\n  ******************\n" + std::string(86, ' ') + "Rainfall"
-        "\n  Gage                  No. Start Date Time          End Date Time                          mm"
-        "\n  ---------------- -------- ------------------------ ------------------------ ----------------"
-        "\n  G                       1 2021/03/01 00:00:00      2021/03/01 00:00:00                 3.000"
-        "\n  G                       2 2021/03/01 00:40:00      2021/03/01 00:40:00                 4.500"
-        "\n  A_name_longer_than_16        1 2021/03/01 00:05:00      2021/03/01 00:05:00                 9.000");
+        "\n  \n  ******************\n  Gage Event Summary\n  ******************\n" + std::string(86, ' ') +
+            "Rainfall"
+            "\n  Gage                  No. Start Date Time          End Date Time                          mm"
+            "\n  ---------------- -------- ------------------------ ------------------------ ----------------"
+            "\n  G                       1 2021/03/01 00:00:00      2021/03/01 00:00:00                 3.000"
+            "\n  G                       2 2021/03/01 00:40:00      2021/03/01 00:40:00                 4.500"
+            "\n  A_name_longer_than_16        1 2021/03/01 00:05:00      2021/03/01 00:05:00                 9.000");
 }
 
 TEST_F(EventTest, TableWithoutEventsIsItsHead) {

@@ -66,8 +66,8 @@ TEST_F(SubcatchTest, OtherNumbersAreInfiniteAtMost) {
 
 /// The words of a good line, with one of them replaced.
 std::string makeLine(size_t place, const std::string& word) {
-    std::vector<std::string> words = {"S", "G",     "O",   "1", "100", "50", "1", "0.015",
-                                      "0.1", "1", "2", "50", "5",  "4", "3", "0"};
+    std::vector<std::string> words = {"S",   "G", "O", "1",  "100", "50", "1", "0.015",
+                                      "0.1", "1", "2", "50", "5",   "4",  "3", "0"};
     words[place] = word;
     std::string line;
     for (const std::string& w : words) {
@@ -112,7 +112,8 @@ TEST_F(SubcatchTest, GageIsTestedAheadOfTheOutlet) {
 
 TEST_F(SubcatchTest, UnknownOutletShowsTheSubcatchment) {
     LandProject project;
-    project.subcatchs = "\nsUb G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\nOther G Y 0 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
+    project.subcatchs =
+        "\nsUb G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\nOther G Y 0 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
     EXPECT_TRUE(failsWith(
         project, 200,
         "\n  \n  ERROR 501: ambiguous outlet ID name for Subcatchment Other at line 15 of [SUBCATCHS] section:"));
@@ -172,8 +173,8 @@ TEST(Infiltration, SumIsTheIntegralOfTheRate) {
     const int32_t n = 2000;
     const double h = 1800.0 / n;
     for (int32_t k = 0; k < n; ++k) {
-        integral += h / 6.0 *
-                    (horton.rateAt(k * h) + 4.0 * horton.rateAt((k + 0.5) * h) + horton.rateAt((k + 1.0) * h));
+        integral +=
+            h / 6.0 * (horton.rateAt(k * h) + 4.0 * horton.rateAt((k + 0.5) * h) + horton.rateAt((k + 1.0) * h));
     }
     EXPECT_NEAR(sum, integral, 1e-12);
 }
@@ -496,10 +497,10 @@ TEST_F(WaterTest, EitherPartDrainsOverTheWholeWidth) {
     const double avail = 0.02 / 300.0 + 12.0 * MM_PER_HOUR;
     const double infil = subcatch_infilRate(avail, 0.0, s->maxInfilRate, s->minInfilRate, s->infilDecay,
                                             s->infilRecovery, &time, &volume, 300.0);
-    const double q1 = subcatch_drainSurface(12.0 * MM_PER_HOUR, 0.0, 0.0, &impervious, 0.001, 300.0, 5000.0, 100.0,
-                                            0.01, 0.015);
-    const double q2 = subcatch_drainSurface(12.0 * MM_PER_HOUR, 0.0, infil, &pervious, 0.002, 300.0, 5000.0, 100.0,
-                                            0.01, 0.1);
+    const double q1 =
+        subcatch_drainSurface(12.0 * MM_PER_HOUR, 0.0, 0.0, &impervious, 0.001, 300.0, 5000.0, 100.0, 0.01, 0.015);
+    const double q2 =
+        subcatch_drainSurface(12.0 * MM_PER_HOUR, 0.0, infil, &pervious, 0.002, 300.0, 5000.0, 100.0, 0.01, 0.1);
     Evap.rate = 0.0;
     rainOn(12.0);
     EXPECT_DOUBLE_EQ(s->imperviousRunoff, q1);
