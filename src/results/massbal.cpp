@@ -23,8 +23,8 @@ static void openSubcatchStatistics() {
         if (!memory) {
             report_writeError(ERR_MEMORY, "");
         }
-        for (double** array : {&s.initBuildup, &s.surfaceBuildup, &s.wetDeposition, &s.infilLoss, &s.bmpRemoval,
-                               &s.surfaceWashoff}) {
+        for (double** array :
+             {&s.initBuildup, &s.surfaceBuildup, &s.wetDeposition, &s.infilLoss, &s.bmpRemoval, &s.surfaceWashoff}) {
             *array = memory;
             memory += memory ? project_pollutantCount() : 0;
         }
@@ -167,10 +167,11 @@ RunoffBalance massbal_closeRunoff() {
     }
     balance.finalStorage = surfaceStorage + lidStorage;
     const double in = balance.rainfall + balance.initLidStorage;
-    balance.error = in == 0.0 ? 0.0
-                              : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage -
-                                 surfaceStorage - lidStorage) /
-                                    in * 100.0;
+    balance.error =
+        in == 0.0
+            ? 0.0
+            : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage - surfaceStorage - lidStorage) /
+                  in * 100.0;
     RunoffError = balance.error;
     return balance;
 }
