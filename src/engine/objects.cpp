@@ -8,7 +8,9 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
 #include "routing/connection.h"
@@ -61,6 +63,8 @@ void project_createObjects() {
     if (ErrorCode) {
         return;
     }
+    createTable(Gages, ObjectCount[GAGE]);
+    subcatch_createAll();
     createTable(Nodes, ObjectCount[NODE]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
@@ -68,6 +72,7 @@ void project_createObjects() {
     createTable(Pipes, LinkKindCount[PIPE]);
     createTable(Connections, LinkKindCount[CONNECTION]);
     createTable(Polluts, ObjectCount[POLLUT]);
+    landuse_createAll();
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createNodes();
@@ -75,6 +80,8 @@ void project_createObjects() {
 }
 
 void project_deleteObjects() {
+    Gages = {};
+    subcatch_deleteAll();
     Nodes = {};
     Outfalls = {};
     Splitters = {};
@@ -82,6 +89,7 @@ void project_deleteObjects() {
     Pipes = {};
     Connections = {};
     Polluts = {};
+    Landuses = {};
     table_deleteAll();
     Patterns = {};
     network_clear();

@@ -9,10 +9,27 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
+
+static void openSubcatchStatistics() {
+    for (Subcatch& s : Subcatches) {
+        s.rainfall = s.evap = s.infil = s.runoff = s.peakRunoff = 0.0;
+        double* memory = arena_allocateArray<double>(ResultArena, 6 * static_cast<int64_t>(project_pollutantCount()));
+        if (!memory) {
+            report_writeError(ERR_MEMORY, "");
+        }
+        for (double** array :
+             {&s.initBuildup, &s.surfaceBuildup, &s.wetDeposition, &s.infilLoss, &s.bmpRemoval, &s.surfaceWashoff}) {
+            *array = memory;
+            memory += memory ? project_pollutantCount() : 0;
+        }
+    }
+}
 
 static void openNodeStatistics() {
     for (Node& node : Nodes) {
@@ -41,6 +58,7 @@ void massbal_open() {
     if (!QualTotals) {
         report_writeError(ERR_MEMORY, "");
     }
+    openSubcatchStatistics();
     openNodeStatistics();
     openLinkStatistics();
 }
@@ -49,6 +67,17 @@ void massbal_open() {
 
 static void keepMaximum(double& maximum, double value) {
     maximum = value > maximum ? value : maximum;
+}
+
+static void updateSubcatch(Subcatch& s, double dt) {
+    s.rainfall += dt * s.rain * 1000.0;
+    s.evap += dt * s.evapRate * 1000.0;
+    s.infil += dt * s.infilRate * 1000.0;
+    s.runoff += dt * s.thisRunoff / s.area * 1000.0;
+    keepMaximum(s.peakRunoff, s.thisRunoff);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
+    }
 }
 
 static void updateLink(Link& link, double dt) {
@@ -95,6 +124,9 @@ static void updateNode(Node& node, double dt) {
 
 void massbal_updateStep() {
     const double dt = RoutingStep;
+    for (Subcatch& subcatch : Subcatches) {
+        updateSubcatch(subcatch, dt);
+    }
     for (Link& link : Links) {
         updateLink(link, dt);
     }
@@ -109,6 +141,11 @@ void massbal_updateStep() {
 // --- close ---------------------------------------------------------------------------------------------------------
 
 void massbal_close() {
+    for (Subcatch& s : Subcatches) {
+        if (s.initBuildup) {
+            std::fill_n(s.initBuildup, 6 * project_pollutantCount(), 0.0);  // and the five behind it
+        }
+    }
     for (Outfall& outfall : Outfalls) {
         if (outfall.statLoad) {
             std::fill_n(outfall.statLoad, project_pollutantCount(), 0.0);
@@ -118,13 +155,51 @@ void massbal_close() {
 
 RunoffBalance massbal_closeRunoff() {
     RunoffBalance balance{};
+    double surfaceStorage = 0.0, lidStorage = 0.0;
+    for (const Subcatch& s : Subcatches) {
+        balance.totalArea += s.area;
+        balance.rainfall += s.area * s.rainfall / 1000.0;
+        balance.evap += s.area * s.evap / 1000.0;
+        balance.infil += s.area * s.infil / 1000.0;
+        balance.runoff += s.area * s.runoff / 1000.0;
+        surfaceStorage += ((1.0 - s.imperviousFraction) * s.perviousDepth + s.imperviousFraction * s.imperviousDepth) *
+                          (s.area - s.lidArea);
+    }
+    balance.finalStorage = surfaceStorage + lidStorage;
+    const double in = balance.rainfall + balance.initLidStorage;
+    balance.error =
+        in == 0.0
+            ? 0.0
+            : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage - surfaceStorage - lidStorage) /
+                  in * 100.0;
     RunoffError = balance.error;
     return balance;
 }
 
+/// Adds one pollutant of a subcatchment.
+static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
+    balance.remainingBuildup += s.pondedMass[p];
+    for (size_t l = 0; l < Landuses.size(); ++l) {
+        if (Landuses[l].washoff[p].usesBuildup) {
+            balance.remainingBuildup += s.landShares[l].buildup[p];
+        }
+    }
+    if (!s.initBuildup) {
+        return;  // never started
+    }
+    balance.initBuildup += s.initBuildup[p];
+    balance.surfaceBuildup += s.surfaceBuildup[p];
+    balance.wetDeposition += s.wetDeposition[p];
+    balance.infilLoss += s.infilLoss[p];
+    balance.bmpRemoval += s.bmpRemoval[p];
+    balance.surfaceWashoff += s.surfaceWashoff[p];
+}
+
 WashoffBalance massbal_closeWashoff(int pollutant) {
-    (void)pollutant;
     WashoffBalance balance{};
+    for (const Subcatch& s : Subcatches) {
+        addWashoff(balance, s, pollutant);
+    }
     const double in = balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition;
     const double out = balance.infilLoss + balance.bmpRemoval + balance.lidDrainage + balance.lidFinalStorage +
                        balance.lidRemoval + balance.surfaceWashoff + balance.remainingBuildup;

@@ -15,6 +15,7 @@
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/inflows.h"
+#include "hydrology/subcatch.h"
 #include "input/datetime.h"
 #include "platform/memory.h"
 #include "routing/connection.h"
@@ -217,6 +218,7 @@ void routing_step() {
     for (int32_t node = 0; node < nodeCount; ++node) {
         node_shiftState(node);
     }
+    subcatch_addRunoff(oldTime);
     const DateTime date = project_getDate(newTime);
     inflows_applyExternal(date);
     inflows_applyDryWeather(date);
