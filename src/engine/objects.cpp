@@ -9,10 +9,15 @@
 #include "hydrology/landuse.h"
 #include "input/pattern.h"
 #include "input/table.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/network.h"
 #include "routing/node.h"
+#include "routing/orifice.h"
 #include "routing/pipe.h"
+#include "routing/pump.h"
+#include "routing/tank.h"
+#include "routing/weir.h"
 
 template <class Record>
 static void createTable(std::vector<Record>& table, int32_t count) {
@@ -37,6 +42,13 @@ static void createNodes() {
             node.newQual = createPollutantArray();
         }
     }
+    for (Tank& tank : Tanks) {
+        tank.initQual = createPollutantArray();
+        tank.decay = decay_create();
+        if (!tank.decay) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
 }
 
 static void createLinks() {
@@ -51,6 +63,12 @@ static void createLinks() {
             ErrorCode = ERR_MEMORY;
         }
     }
+    for (Conduit& conduit : Conduits) {
+        conduit.decay = decay_create();
+        if (!conduit.decay) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
 }
 
 void project_createObjects() {
@@ -59,11 +77,16 @@ void project_createObjects() {
     }
     createTable(Nodes, ObjectCount[NODE]);
     createTable(Junctions, NodeKindCount[JUNCTION]);
+    createTable(Tanks, NodeKindCount[TANK]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
+    createTable(Pumps, LinkKindCount[PUMP]);
     createTable(Connections, LinkKindCount[CONNECTION]);
+    createTable(Conduits, LinkKindCount[CONDUIT]);
+    createTable(Weirs, LinkKindCount[WEIR]);
+    createTable(Orifices, LinkKindCount[ORIFICE]);
     createTable(Polluts, ObjectCount[POLLUT]);
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
@@ -74,11 +97,17 @@ void project_createObjects() {
 void project_deleteObjects() {
     Nodes = {};
     Junctions = {};
+    Tanks = {};
     Outfalls = {};
     Splitters = {};
     Links = {};
     Pipes = {};
+    Pumps = {};
     Connections = {};
+    Conduits = {};
+    conduit_clear();
+    Weirs = {};
+    Orifices = {};
     Polluts = {};
     table_deleteAll();
     Patterns = {};

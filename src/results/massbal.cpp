@@ -9,14 +9,19 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "routing/conduit.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/tank.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
 static void openNodeStatistics() {
     for (Node& node : Nodes) {
         node.statInflowVolume = node.statMaxInflow = 0.0;
+    }
+    for (Tank& tank : Tanks) {
+        tank.statMaxDepth = tank.statFloodVolume = 0.0;
     }
     for (Outfall& outfall : Outfalls) {
         outfall.statLoad = arena_allocateArray<double>(ResultArena, project_pollutantCount());
@@ -26,10 +31,28 @@ static void openNodeStatistics() {
     }
 }
 
+/// What the tanks hold at time zero.
+static void takeInitialStorage() {
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].kind != TANK) {
+            continue;
+        }
+        const Tank& tank = Tanks[static_cast<size_t>(Nodes[k].kindIndex)];
+        const double volume = tank_getVolume(static_cast<int32_t>(k), tank.initDepth);
+        FlowTotals.initStorage += volume;
+        for (int32_t p = 0; QualTotals && p < project_pollutantCount(); ++p) {
+            QualTotals[p].initStorage += volume * tank.initQual[p] / 1000.0;
+        }
+    }
+}
+
 static void openLinkStatistics() {
     for (Link& link : Links) {
         link.statFlowVolume = link.statMaxFlow = 0.0;
         link.statFloodVolume = link.statMaxFlood = 0.0;
+    }
+    for (Conduit& conduit : Conduits) {
+        conduit.statMaxDepth = conduit.statMaxVelocity = 0.0;
     }
 }
 
@@ -43,6 +66,7 @@ void massbal_open() {
     }
     openNodeStatistics();
     openLinkStatistics();
+    takeInitialStorage();
 }
 
 // --- each step -----------------------------------------------------------------------------------------------------
@@ -51,13 +75,26 @@ static void keepMaximum(double& maximum, double value) {
     maximum = value > maximum ? value : maximum;
 }
 
+/// Depth and velocity of a conduit. The flow is divided by the area that it left behind.
+static void updateConduit(int32_t index, const Link& link) {
+    Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    const double area = conduit_getArea(index, conduit.depth);
+    keepMaximum(conduit.statMaxDepth, conduit.depth);
+    keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
+}
+
 /// Statistics of one link, and its flood into the totals.
-static void updateLink(Link& link, double dt) {
+static void updateLink(int32_t index, double dt) {
+    Link& link = Links[static_cast<size_t>(index)];
     link.statFlowVolume += dt * link.newFlow;
     keepMaximum(link.statMaxFlow, link.newFlow);
     double flood;
     switch (link.kind) {
         case PIPE: flood = Pipes[static_cast<size_t>(link.kindIndex)].newFlood; break;
+        case CONDUIT:
+            flood = Conduits[static_cast<size_t>(link.kindIndex)].newFlood;
+            updateConduit(index, link);
+            break;
         default: return;
     }
     FlowTotals.floodingLoss += dt * flood;
@@ -78,9 +115,21 @@ static void updateOutfall(const Node& node, double dt) {
     }
 }
 
+static void updateTank(const Node& node, double dt) {
+    Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
+    FlowTotals.floodingLoss += dt * tank.newFlood;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
+    }
+    keepMaximum(tank.statMaxDepth, tank.newDepth);
+    tank.statFloodVolume += dt * tank.newFlood;
+}
+
 static void updateNode(Node& node, double dt) {
-    if (node.kind == OUTFALL) {
-        updateOutfall(node, dt);
+    switch (node.kind) {
+        case TANK: updateTank(node, dt); break;
+        case OUTFALL: updateOutfall(node, dt); break;
+        default: break;
     }
     node.statInflowVolume += node.newInflow * dt;
     keepMaximum(node.statMaxInflow, node.newInflow);
@@ -88,8 +137,8 @@ static void updateNode(Node& node, double dt) {
 
 void massbal_updateStep() {
     const double dt = RoutingStep;
-    for (Link& link : Links) {
-        updateLink(link, dt);
+    for (size_t k = 0; k < Links.size(); ++k) {
+        updateLink(static_cast<int32_t>(k), dt);
     }
     for (Node& node : Nodes) {
         updateNode(node, dt);
@@ -122,6 +171,24 @@ WashoffBalance massbal_closeWashoff(int pollutant) {
     return balance;
 }
 
+/// Water that stands in a conduit, m3; 0 for a link of another kind.
+static double getConduitVolume(size_t index) {
+    const Link& link = Links[index];
+    if (link.kind != CONDUIT) {
+        return 0.0;
+    }
+    const Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    return conduit_getArea(static_cast<int32_t>(index), conduit.depth) * conduit.length;
+}
+
+/// Water that stands in a tank, m3; 0 for a node of another kind.
+static double getTankVolume(size_t index) {
+    const Node& node = Nodes[index];
+    return node.kind == TANK ? tank_getVolume(static_cast<int32_t>(index),
+                                              Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
+                             : 0.0;
+}
+
 FlowTotalsRecord massbal_closeFlow(double* error) {
     FlowTotalsRecord totals = FlowTotals;
     for (const Link& link : Links) {
@@ -131,6 +198,12 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
                 totals.finalStorage += pipe.storage[i];
             }
         }
+    }
+    for (size_t k = 0; k < Links.size(); ++k) {
+        totals.finalStorage += getConduitVolume(k);
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        totals.finalStorage += getTankVolume(k);
     }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
@@ -152,6 +225,15 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
                 totals.finalStorage += pipe.storage[i] * pipe.newSegQual[pipe_getPlace(pipe, p, i)] / 1000.0;
             }
         }
+    }
+    for (size_t k = 0; k < Links.size(); ++k) {
+        if (Links[k].kind == CONDUIT) {
+            totals.finalStorage += getConduitVolume(k) * Links[k].newQual[p] / 1000.0;
+        }
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const double* quality = Nodes[k].kind == TANK ? Tanks[static_cast<size_t>(Nodes[k].kindIndex)].qual : nullptr;
+        totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;

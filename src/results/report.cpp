@@ -163,6 +163,8 @@ void report_writeTables() {
         writeQualityContinuity();
     }
     tables_writeNodes();
+    tables_writeTanks();
     tables_writeOutfalls();
     tables_writeLinks();
+    tables_writeConduits();
 }

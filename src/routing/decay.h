@@ -14,6 +14,8 @@ struct Decay {
     int32_t type;     ///< FIRST_ORDER decays, any other value doesn't
     int32_t pattern;  ///< factors of k by the hour, or -1
     double k;         ///< 1/s
+    double exponent;  ///< of the factor worked out last; 0 before the first
+    double factor;    ///< that factor
 };
 
 /// The decay records of an object, one per pollutant. Only the first is set to "none, no pattern"; the others stay
@@ -24,4 +26,4 @@ Decay* decay_create();
 int32_t decay_readLine();
 
 /// The share of a concentration that is left after `seconds` in the hour of `date`: 1 without decay.
-double decay_getFactor(const Decay& decay, DateTime date, double seconds);
+double decay_getFactor(Decay& decay, DateTime date, double seconds);

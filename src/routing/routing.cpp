@@ -10,11 +10,13 @@
 #include "engine/project.h"
 #include "hydrology/inflows.h"
 #include "input/datetime.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/link.h"
 #include "routing/network.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/tank.h"
 
 int32_t routing_open() {
     pipe_openRun();
@@ -50,6 +52,7 @@ static void updateOutgoing(int32_t node, double fireTime) {
         switch (Links[static_cast<size_t>(link)].kind) {
             case PIPE: pipe_update(link, node, fireTime); break;
             case CONNECTION: connection_update(link, node); break;
+            case CONDUIT: conduit_update(link, node); break;
             default: break;
         }
     }
@@ -65,6 +68,7 @@ static void visitNode(int32_t index, double fireTime) {
             node_mixInflow(index);
             updateOutgoing(index, fireTime);
             break;
+        case TANK: tank_update(index); break;
         case OUTFALL: node_mixInflow(index); break;
         case SPLITTER:
             node_split(index);
