@@ -3,6 +3,8 @@
 
 #include "engine/objects.h"
 
+#include <initializer_list>
+
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -24,26 +26,29 @@ static void createTable(std::vector<Record>& table, int32_t count) {
     table.assign(static_cast<size_t>(count), Record{});
 }
 
-/// One array per pollutant, from the project's memory.
-static double* createPollutantArray() {
-    double* array = arena_allocateArray<double>(ProjectArena, project_pollutantCount());
-    if (!array) {
+/// Arrays of one number per pollutant, side by side, since a visit goes through all of them.
+static void createArrays(std::initializer_list<double**> arrays) {
+    const int64_t count = project_pollutantCount();
+    double* memory = arena_allocateArray<double>(ProjectArena, count * static_cast<int64_t>(arrays.size()));
+    if (!memory) {
         ErrorCode = ERR_MEMORY;
+        return;
     }
-    return array;
+    for (double** array : arrays) {
+        *array = memory;
+        memory += count;
+    }
 }
 
 static void createNodes() {
     for (Node& node : Nodes) {
         node.kind = -1;
         if (project_pollutantCount() > 0) {
-            node.massInflow = createPollutantArray();
-            node.oldQual = createPollutantArray();
-            node.newQual = createPollutantArray();
+            createArrays({&node.massInflow, &node.newQual, &node.oldQual});
         }
     }
     for (Tank& tank : Tanks) {
-        tank.initQual = createPollutantArray();
+        createArrays({&tank.initQual});
         tank.decay = decay_create();
         if (!tank.decay) {
             ErrorCode = ERR_MEMORY;
@@ -54,8 +59,7 @@ static void createNodes() {
 static void createLinks() {
     for (Link& link : Links) {
         link.kind = -1;
-        link.oldQual = createPollutantArray();
-        link.newQual = createPollutantArray();
+        createArrays({&link.newQual, &link.oldQual});
     }
     for (Pipe& pipe : Pipes) {
         pipe.decay = decay_create();
@@ -76,7 +80,6 @@ void project_createObjects() {
         return;
     }
     createTable(Nodes, ObjectCount[NODE]);
-    createTable(Junctions, NodeKindCount[JUNCTION]);
     createTable(Tanks, NodeKindCount[TANK]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
@@ -96,7 +99,6 @@ void project_createObjects() {
 
 void project_deleteObjects() {
     Nodes = {};
-    Junctions = {};
     Tanks = {};
     Outfalls = {};
     Splitters = {};

@@ -75,34 +75,39 @@ static void keepMaximum(double& maximum, double value) {
     maximum = value > maximum ? value : maximum;
 }
 
-/// Depth and velocity of a conduit. The flow is divided by the area that it left behind.
-static void updateConduit(int32_t index, const Link& link) {
+/// Depth and velocity of a conduit; whether it floods. The flow is divided by the area that it left behind.
+static bool updateConduit(int32_t index) {
+    const Link& link = Links[static_cast<size_t>(index)];
     Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
     const double area = conduit_getArea(index, conduit.depth);
     keepMaximum(conduit.statMaxDepth, conduit.depth);
     keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
+    return conduit.newFlood != 0.0;
 }
 
-/// Statistics of one link, and its flood into the totals.
-static void updateLink(int32_t index, double dt) {
-    Link& link = Links[static_cast<size_t>(index)];
+static void updateLink(Link& link, double dt) {
     link.statFlowVolume += dt * link.newFlow;
     keepMaximum(link.statMaxFlow, link.newFlow);
-    double flood;
-    switch (link.kind) {
-        case PIPE: flood = Pipes[static_cast<size_t>(link.kindIndex)].newFlood; break;
-        case CONDUIT:
-            flood = Conduits[static_cast<size_t>(link.kindIndex)].newFlood;
-            updateConduit(index, link);
-            break;
-        default: return;
-    }
+}
+
+/// What one link floods, into its statistics and the totals.
+static void updateFlood(Link& link, double flood, double dt) {
     FlowTotals.floodingLoss += dt * flood;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         QualTotals[p].floodingLoss += dt * flood * link.newQual[p] / 1000.0;
     }
     link.statFloodVolume += dt * flood;
     keepMaximum(link.statMaxFlood, flood);
+}
+
+static void updateFloods(double dt) {
+    for (Link& link : Links) {
+        switch (link.kind) {
+            case PIPE: updateFlood(link, Pipes[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
+            case CONDUIT: updateFlood(link, Conduits[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
+            default: break;
+        }
+    }
 }
 
 static void updateOutfall(const Node& node, double dt) {
@@ -137,8 +142,15 @@ static void updateNode(Node& node, double dt) {
 
 void massbal_updateStep() {
     const double dt = RoutingStep;
+    bool isFlooding = pipe_isAnyFlooding();
     for (size_t k = 0; k < Links.size(); ++k) {
-        updateLink(static_cast<int32_t>(k), dt);
+        updateLink(Links[k], dt);
+        if (Links[k].kind == CONDUIT) {
+            isFlooding = updateConduit(static_cast<int32_t>(k)) || isFlooding;
+        }
+    }
+    if (isFlooding) {
+        updateFloods(dt);
     }
     for (Node& node : Nodes) {
         updateNode(node, dt);

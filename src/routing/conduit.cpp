@@ -176,6 +176,7 @@ void conduit_buildTables(int32_t link, int32_t kindIndex) {
     conduit.oldInflow = conduit.newInflow = 0.0;
     conduit.oldFlood = conduit.newFlood = 0.0;
     conduit.slopeRoot = std::pow(conduit.slope, 0.5);
+    conduit.hasDecay = decay_isAny(conduit.decay);
     conduit.risingTable = nullptr;
     const bool hasCurve = conduit.curve >= 0 && static_cast<size_t>(conduit.curve) < Curves.size();
     conduit.transect = hasCurve ? prepareTransect(conduit.curve) : nullptr;
@@ -349,7 +350,7 @@ void conduit_shiftHydState(int32_t kindIndex) {
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
 static void mixAndDecay(Link& link, Conduit& conduit, double stored, double inflow, const double* concentrations) {
-    const DateTime date = project_getDate(NewRoutingTime);
+    const DateTime date = conduit.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         double mixed = 0.0;
         if (inflow + stored > 0.0) {

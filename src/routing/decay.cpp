@@ -3,6 +3,7 @@
 
 #include "routing/decay.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/arena.h"
@@ -28,6 +29,11 @@ Decay* decay_create() {
         decays[0].pattern = -1;
     }
     return decays;
+}
+
+bool decay_isAny(const Decay* decays) {
+    return std::any_of(decays, decays + project_pollutantCount(),
+                       [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
 
 /// The items behind the object: pollutant, type, coefficient per day, pattern.

@@ -22,6 +22,9 @@ struct Decay {
 /// zero, which is no decay either.
 Decay* decay_create();
 
+/// Whether some pollutant of an object decays.
+bool decay_isAny(const Decay* decays);
+
 /// A line of [DECAY_COEFFICIENT] in Tok. An error index, or 0.
 int32_t decay_readLine();
 

@@ -15,7 +15,6 @@
 #include "routing/pipe.h"
 #include "routing/tank.h"
 
-std::vector<Junction> Junctions;
 std::vector<Outfall> Outfalls;
 std::vector<Splitter> Splitters;
 
@@ -166,7 +165,6 @@ void node_initState(int32_t index) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
     }
     switch (node.kind) {
-        case JUNCTION: Junctions[static_cast<size_t>(node.kindIndex)] = Junction{}; break;
         case TANK: tank_initState(index); break;
         case SPLITTER: initSplitter(getSplitter(index)); break;
         default: break;
@@ -184,11 +182,6 @@ void node_endState(int32_t index) {
 
 static void shiftKindState(const Node& node) {
     switch (node.kind) {
-        case JUNCTION: {
-            Junction& junction = Junctions[static_cast<size_t>(node.kindIndex)];
-            junction.oldOutflow = junction.newOutflow;
-            break;
-        }
         case TANK: tank_shiftState(node.kindIndex); break;
         case SPLITTER: {
             Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
@@ -234,10 +227,10 @@ static void gatherLink(Node& node, const Link& link) {
     }
 }
 
-void node_gatherInflows(int32_t index) {
+void node_gatherInflows(int32_t index, VisitLinkList incoming) {
     Node& node = Nodes[static_cast<size_t>(index)];
-    for (const int32_t link : network_getIncoming(index)) {
-        gatherLink(node, Links[static_cast<size_t>(link)]);
+    for (const VisitLink& link : incoming) {
+        gatherLink(node, Links[static_cast<size_t>(link.link)]);
     }
 }
 
@@ -265,7 +258,7 @@ void node_split(int32_t index) {
 double node_getOfferedFlow(int32_t index, int32_t link) {
     const Node& node = Nodes[static_cast<size_t>(index)];
     switch (node.kind) {
-        case JUNCTION: return Junctions[static_cast<size_t>(node.kindIndex)].newOutflow;
+        case JUNCTION: return node.newInflow;
         case SPLITTER: {
             const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;

@@ -75,6 +75,7 @@ void tank_initState(int32_t index) {
     Tank& tank = getTank(index);
     tank.oldDepth = tank.newDepth = tank.initDepth;
     tank.oldFlood = tank.newFlood = 0.0;
+    tank.hasDecay = decay_isAny(tank.decay);
     tank.qual = arena_allocateArray<double>(RunArena, project_pollutantCount());
     if (!tank.qual || !outlets_make(tank.outlets, index)) {
         tank_endState(index);
@@ -239,7 +240,7 @@ static double floodExcess(Tank& tank, double full, double volume) {
 /// The decayed mass is that of the water left behind the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
 static void decayStored(Tank& tank, Node& node, double volume) {
-    const DateTime date = project_getDate(NewRoutingTime);
+    const DateTime date = tank.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double left = decay_getFactor(tank.decay[p], date, RoutingStep);
         const double before = tank.qual[p];
