@@ -1,7 +1,7 @@
-// Conduits, routed as a single store that releases the normal flow of its depth (Manning): each step the inflow joins the
-// store, what exceeds the full section is flood, and the discharge follows from depth, section, slope and roughness.
-// Where the discharge of one step would exceed the whole store, the conduit empties without delivering anything: short
-// steep conduits at long steps lose their water so, and the continuity error shows it.
+// Conduits, routed as a single store that releases the normal flow of its depth (Manning): each step the inflow joins
+// the store, what exceeds the full section is flood, and the discharge follows from depth, section, slope and
+// roughness. Where the discharge of one step would exceed the whole store, the conduit empties without delivering
+// anything: short steep conduits at long steps lose their water so, and the continuity error shows it.
 //
 // Areas by depth of circles and transects are looked up in a table of 100 values; the wetted perimeter is worked out at
 // each step.
@@ -219,7 +219,8 @@ static const double* getTable(const Conduit& conduit) {
     }
 }
 
-/// Depth (m) of an area in the table, counted from 1. The last one is the full depth itself, whatever the division gives.
+/// Depth (m) of an area in the table, counted from 1. The last one is the full depth itself, whatever the division
+/// gives.
 static double getTableDepth(double fullDepth, int32_t i) {
     return i == GEOMETRY_COUNT ? fullDepth : i * fullDepth / 100.0;
 }

@@ -1,6 +1,6 @@
-// Orifices: outlets of tanks by Torricelli's law, Q = c A sqrt(2 g h). The setting is the open share of the height. While
-// the water stands below the upper edge of the opening, only the wetted part lets water through, at half its depth as
-// the head; above it the head is that over the middle of the opening.
+// Orifices: outlets of tanks by Torricelli's law, Q = c A sqrt(2 g h). The setting is the open share of the height.
+// While the water stands below the upper edge of the opening, only the wetted part lets water through, at half its
+// depth as the head; above it the head is that over the middle of the opening.
 
 #include "routing/orifice.h"
 

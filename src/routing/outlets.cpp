@@ -1,8 +1,8 @@
-// Outlets of a tank. A tank lets water go level by level, so orifices and weirs are sorted by the height of their crest.
-// The order of the levels is not simply rising: the first outlet of the project file stays in front, and what lies below
-// it is put directly behind it. Which outlet drains first when water is short depends on this order, so it is kept, with
-// all its odd cases. The levels of orifices stand for the whole run, those of weirs move with the settings; they are made
-// anew only when a crest has moved.
+// Outlets of a tank. A tank lets water go level by level, so orifices and weirs are sorted by the height of their
+// crest. The order of the levels is not simply rising: the first outlet of the project file stays in front, and what
+// lies below it is put directly behind it. Which outlet drains first when water is short depends on this order, so it
+// is kept, with all its odd cases. The levels of orifices stand for the whole run, those of weirs move with the
+// settings; they are made anew only when a crest has moved.
 
 #include "routing/outlets.h"
 
@@ -141,8 +141,8 @@ void outlets_makeLevels(LevelList& list) {
 int32_t outlets_findMembers(LevelList& list, double level) {
     const double* keys = list.keys;
     const int32_t* end = list.byKey + list.count;
-    const int32_t* first = std::partition_point(
-        list.byKey, list.byKey + list.count, [keys, level](int32_t k) { return keys[k] - level < -SAME_LEVEL; });
+    const int32_t* first = std::partition_point(list.byKey, list.byKey + list.count,
+                                                [keys, level](int32_t k) { return keys[k] - level < -SAME_LEVEL; });
     int32_t count = 0;
     for (const int32_t* at = first; at != end && keys[*at] - level <= SAME_LEVEL; ++at) {
         list.members[count++] = *at;

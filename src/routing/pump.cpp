@@ -114,8 +114,7 @@ static double getLineFlow(const std::vector<TableEntry>& points, double depth) {
         const TableEntry& a = points[k - 1];
         const TableEntry& b = points[k];
         if (b.x >= depth) {
-            return std::fabs(b.x - a.x) < 1.0e-20 ? (a.y + b.y) / 2.0
-                                                  : (depth - a.x) * (b.y - a.y) / (b.x - a.x) + a.y;
+            return std::fabs(b.x - a.x) < 1.0e-20 ? (a.y + b.y) / 2.0 : (depth - a.x) * (b.y - a.y) / (b.x - a.x) + a.y;
         }
     }
     return points.back().y;

@@ -5,12 +5,12 @@
 #include <vector>
 
 struct Pump {
-    int32_t curve;         ///< curve of type PUMP1 or PUMP2: m3/s by m of depth in the tank
-    double initSetting;    ///< 0 or 1
-    double startupDepth;   ///< m; 0 means no automatic start
-    double shutoffDepth;   ///< m; 0 means no automatic stop
-    int32_t useHostFlow;   ///< 1: hostFlow counts, and neither curve nor setting
-    double hostFlow;       ///< m3/s
+    int32_t curve;        ///< curve of type PUMP1 or PUMP2: m3/s by m of depth in the tank
+    double initSetting;   ///< 0 or 1
+    double startupDepth;  ///< m; 0 means no automatic start
+    double shutoffDepth;  ///< m; 0 means no automatic stop
+    int32_t useHostFlow;  ///< 1: hostFlow counts, and neither curve nor setting
+    double hostFlow;      ///< m3/s
 };
 
 extern std::vector<Pump> Pumps;

@@ -1,9 +1,9 @@
-// Tanks. A tank is a completely mixed reservoir by level (level-pool routing): in each step it first lets go of the water
-// that it held before the step, from the orifices over the weirs to the pumps, then loses as flood what exceeds its full
-// volume, and at last takes in the step's inflow and mixes it. So flood shows one step after the water came.
+// Tanks. A tank is a completely mixed reservoir by level (level-pool routing): in each step it first lets go of the
+// water that it held before the step, from the orifices over the weirs to the pumps, then loses as flood what exceeds
+// its full volume, and at last takes in the step's inflow and mixes it. So flood shows one step after the water came.
 //
-// The depth between these actions comes from the volume by the curve of area and depth, whose area is linear between the
-// points and begins at 0 at the bottom.
+// The depth between these actions comes from the volume by the curve of area and depth, whose area is linear between
+// the points and begins at 0 at the bottom.
 
 #include "routing/tank.h"
 

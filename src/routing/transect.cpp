@@ -2,18 +2,18 @@
 // meets the water line: an odd hit enters the water, an even one leaves it, and what lies between is one pool. Area and
 // wetted perimeter of the section are the sums over its pools.
 //
-// The crossing of two lines keeps its two formulas and its tolerances as they stand: whether a point that nearly touches
-// the water line counts as a hit depends on their last bits, and a hit more or less turns water into ground.
+// The crossing of two lines keeps its two formulas and its tolerances as they stand: whether a point that nearly
+// touches the water line counts as a hit depends on their last bits, and a hit more or less turns water into ground.
 
 #include "routing/transect.h"
 
 #include <cmath>
 
-static constexpr double WALL_TOP = 10000.0;         ///< m, elevation
-static constexpr double SAME_POINT = 1.0e-10;       ///< m, in each coordinate
-static constexpr double ON_SEGMENT = 1.0e-6;        ///< m, by which the way over a point may exceed the segment
-static constexpr double QUICK_MARGIN = 1.0e-3;      ///< m, far beyond ON_SEGMENT
-static constexpr double LARGEST_PLAIN = 1.0e6;      ///< m
+static constexpr double WALL_TOP = 10000.0;     ///< m, elevation
+static constexpr double SAME_POINT = 1.0e-10;   ///< m, in each coordinate
+static constexpr double ON_SEGMENT = 1.0e-6;    ///< m, by which the way over a point may exceed the segment
+static constexpr double QUICK_MARGIN = 1.0e-3;  ///< m, far beyond ON_SEGMENT
+static constexpr double LARGEST_PLAIN = 1.0e6;  ///< m
 
 static double getDistance(double x1, double y1, double x2, double y2) {
     const double dx = x2 - x1;

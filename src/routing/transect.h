@@ -20,17 +20,17 @@ struct TransectCorner {
 
 /// What a transect needs again at every depth, made once.
 struct Transect {
-    int32_t count;             ///< points of the bed
-    double fullDepth;          ///< m, from the lowest point up to the lower bank
-    double yMin;               ///< m
-    double xMin, xMax;         ///< m
-    bool isPlain;              ///< no number is so large that the quick look at a piece could err
-    TransectPoint* outline;    ///< the bed between two side walls: count + 2
-    double* lengths;           ///< m, pieces of the outline: count + 1
-    TransectPoint* turnings;   ///< points strictly above or strictly below both neighbours
+    int32_t count;            ///< points of the bed
+    double fullDepth;         ///< m, from the lowest point up to the lower bank
+    double yMin;              ///< m
+    double xMin, xMax;        ///< m
+    bool isPlain;             ///< no number is so large that the quick look at a piece could err
+    TransectPoint* outline;   ///< the bed between two side walls: count + 2
+    double* lengths;          ///< m, pieces of the outline: count + 1
+    TransectPoint* turnings;  ///< points strictly above or strictly below both neighbours
     int32_t turningCount;
-    TransectPoint* hits;       ///< scratch of a walk: where the bed meets the water line
-    TransectCorner* polygon;   ///< scratch of a walk
+    TransectPoint* hits;      ///< scratch of a walk: where the bed meets the water line
+    TransectCorner* polygon;  ///< scratch of a walk
 };
 
 /// Prepares the points of a curve. Null without memory; the memory is the arena's.

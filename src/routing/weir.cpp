@@ -65,7 +65,8 @@ double weir_getLevel(int32_t link) {
 double weir_getFlow(int32_t link, double depth) {
     const Weir& weir = getWeir(link);
     const double coefficient = weir.useHostParams ? weir.hostCoefficient : weir.coefficient;
-    // A host that gave the coefficient alone has the height at the full opening, and the setting has no effect any more.
+    // A host that gave the coefficient alone has the height at the full opening, and the setting has no effect any
+    // more.
     const double base = weir.useHostParams ? weir.hostHeight + weir.crest : weir_getLevel(link);
     if (base >= depth) {
         return 0.0;
