@@ -6,6 +6,9 @@
 #include "hydrology/gage.h"
 #include "input/names.h"
 #include "routing/node.h"
+#include "routing/pump.h"
+#include "routing/tank.h"
+#include "routing/weir.h"
 #include "tarnvelde.h"
 
 static constexpr int32_t SUCCESS = 0;
@@ -19,6 +22,16 @@ static const Node* findNode(const char* name, int32_t kind) {
     }
     const Node& node = Nodes[static_cast<size_t>(index)];
     return node.kind == kind ? &node : nullptr;
+}
+
+/// The link of a name if it is of a kind, or null.
+static const Link* findLink(const char* name, int32_t kind) {
+    const int32_t index = project_findObject(LINK, name);
+    if (index < 0 || static_cast<size_t>(index) >= Links.size()) {
+        return nullptr;
+    }
+    const Link& link = Links[static_cast<size_t>(index)];
+    return link.kind == kind ? &link : nullptr;
 }
 
 // --- project -------------------------------------------------------------------------------------------------------
@@ -59,6 +72,48 @@ int32_t tarnvelde_setSplittedValue(const char* name, double value) {
     return SUCCESS;
 }
 
+int32_t tarnvelde_setTankDepth(const char* name, double depth) {
+    const Node* node = findNode(name, TANK);
+    if (!node) {
+        return FAILURE;
+    }
+    Tanks[static_cast<size_t>(node->kindIndex)].newDepth = depth;
+    return SUCCESS;
+}
+
+// --- links ---------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_setPumpFlow(const char* name, double flow) {
+    const Link* link = findLink(name, PUMP);
+    if (!link) {
+        return FAILURE;
+    }
+    Pump& pump = Pumps[static_cast<size_t>(link->kindIndex)];
+    pump.hostFlow = flow;
+    pump.useHostFlow = 1;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
+    const Link* link = findLink(name, WEIR);
+    if (!link || value < 0.0) {
+        return FAILURE;
+    }
+    Weir& weir = Weirs[static_cast<size_t>(link->kindIndex)];
+    switch (which) {
+        case 0:
+            if (value == 0.0) {
+                return FAILURE;
+            }
+            weir.hostCoefficient = value;
+            break;
+        case 1: weir.hostHeight = value; break;
+        default: break;  // stores nothing, and yet switches the weir over to the host's values
+    }
+    weir.useHostParams = 1;
+    return SUCCESS;
+}
+
 // --- gages ---------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_isInEvent(const char* name) {
@@ -80,15 +135,7 @@ int32_t tarnvelde_setExtLoad(const char*, const char*, double) {
     return FAILURE;
 }
 
-int32_t tarnvelde_setPumpFlow(const char*, double) {
-    return FAILURE;
-}
-
 int32_t tarnvelde_setReactorEmptyingValue(const char*, double) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_setWeirParams(const char*, int32_t, double) {
     return FAILURE;
 }
 
@@ -97,10 +144,6 @@ int32_t tarnvelde_setSetting(const char*, double) {
 }
 
 int32_t tarnvelde_getSetting(const char*, double*) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_setTankDepth(const char*, double) {
     return FAILURE;
 }
 

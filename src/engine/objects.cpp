@@ -13,10 +13,15 @@
 #include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/network.h"
 #include "routing/node.h"
+#include "routing/orifice.h"
 #include "routing/pipe.h"
+#include "routing/pump.h"
+#include "routing/tank.h"
+#include "routing/weir.h"
 
 template <class Record>
 static void createTable(std::vector<Record>& table, int32_t count) {
@@ -44,6 +49,13 @@ static void createNodes() {
             createArrays({&node.massInflow, &node.newQual, &node.oldQual});
         }
     }
+    for (Tank& tank : Tanks) {
+        createArrays({&tank.initQual});
+        tank.decay = decay_create();
+        if (!tank.decay) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
 }
 
 static void createLinks() {
@@ -57,6 +69,12 @@ static void createLinks() {
             ErrorCode = ERR_MEMORY;
         }
     }
+    for (Conduit& conduit : Conduits) {
+        conduit.decay = decay_create();
+        if (!conduit.decay) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
 }
 
 void project_createObjects() {
@@ -66,11 +84,16 @@ void project_createObjects() {
     createTable(Gages, ObjectCount[GAGE]);
     subcatch_createAll();
     createTable(Nodes, ObjectCount[NODE]);
+    createTable(Tanks, NodeKindCount[TANK]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
+    createTable(Pumps, LinkKindCount[PUMP]);
     createTable(Connections, LinkKindCount[CONNECTION]);
+    createTable(Conduits, LinkKindCount[CONDUIT]);
+    createTable(Weirs, LinkKindCount[WEIR]);
+    createTable(Orifices, LinkKindCount[ORIFICE]);
     createTable(Polluts, ObjectCount[POLLUT]);
     landuse_createAll();
     table_createAll();
@@ -83,11 +106,17 @@ void project_deleteObjects() {
     Gages = {};
     subcatch_deleteAll();
     Nodes = {};
+    Tanks = {};
     Outfalls = {};
     Splitters = {};
     Links = {};
     Pipes = {};
+    Pumps = {};
     Connections = {};
+    Conduits = {};
+    conduit_clear();
+    Weirs = {};
+    Orifices = {};
     Polluts = {};
     Landuses = {};
     table_deleteAll();

@@ -11,8 +11,10 @@
 #include "engine/project.h"
 #include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
+#include "routing/conduit.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/tank.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -35,6 +37,9 @@ static void openNodeStatistics() {
     for (Node& node : Nodes) {
         node.statInflowVolume = node.statMaxInflow = 0.0;
     }
+    for (Tank& tank : Tanks) {
+        tank.statMaxDepth = tank.statFloodVolume = 0.0;
+    }
     for (Outfall& outfall : Outfalls) {
         outfall.statLoad = arena_allocateArray<double>(ResultArena, project_pollutantCount());
         if (!outfall.statLoad) {
@@ -43,10 +48,28 @@ static void openNodeStatistics() {
     }
 }
 
+/// What the tanks hold at time zero.
+static void takeInitialStorage() {
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].kind != TANK) {
+            continue;
+        }
+        const Tank& tank = Tanks[static_cast<size_t>(Nodes[k].kindIndex)];
+        const double volume = tank_getVolume(static_cast<int32_t>(k), tank.initDepth);
+        FlowTotals.initStorage += volume;
+        for (int32_t p = 0; QualTotals && p < project_pollutantCount(); ++p) {
+            QualTotals[p].initStorage += volume * tank.initQual[p] / 1000.0;
+        }
+    }
+}
+
 static void openLinkStatistics() {
     for (Link& link : Links) {
         link.statFlowVolume = link.statMaxFlow = 0.0;
         link.statFloodVolume = link.statMaxFlood = 0.0;
+    }
+    for (Conduit& conduit : Conduits) {
+        conduit.statMaxDepth = conduit.statMaxVelocity = 0.0;
     }
 }
 
@@ -61,6 +84,7 @@ void massbal_open() {
     openSubcatchStatistics();
     openNodeStatistics();
     openLinkStatistics();
+    takeInitialStorage();
 }
 
 // --- each step -----------------------------------------------------------------------------------------------------
@@ -78,6 +102,16 @@ static void updateSubcatch(Subcatch& s, double dt) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
     }
+}
+
+/// Depth and velocity of a conduit; whether it floods. The flow is divided by the area that it left behind.
+static bool updateConduit(int32_t index) {
+    const Link& link = Links[static_cast<size_t>(index)];
+    Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    const double area = conduit_getArea(index, conduit.depth);
+    keepMaximum(conduit.statMaxDepth, conduit.depth);
+    keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
+    return conduit.newFlood != 0.0;
 }
 
 static void updateLink(Link& link, double dt) {
@@ -99,6 +133,7 @@ static void updateFloods(double dt) {
     for (Link& link : Links) {
         switch (link.kind) {
             case PIPE: updateFlood(link, Pipes[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
+            case CONDUIT: updateFlood(link, Conduits[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
             default: break;
         }
     }
@@ -114,9 +149,21 @@ static void updateOutfall(const Node& node, double dt) {
     }
 }
 
+static void updateTank(const Node& node, double dt) {
+    Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
+    FlowTotals.floodingLoss += dt * tank.newFlood;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
+    }
+    keepMaximum(tank.statMaxDepth, tank.newDepth);
+    tank.statFloodVolume += dt * tank.newFlood;
+}
+
 static void updateNode(Node& node, double dt) {
-    if (node.kind == OUTFALL) {
-        updateOutfall(node, dt);
+    switch (node.kind) {
+        case TANK: updateTank(node, dt); break;
+        case OUTFALL: updateOutfall(node, dt); break;
+        default: break;
     }
     node.statInflowVolume += node.newInflow * dt;
     keepMaximum(node.statMaxInflow, node.newInflow);
@@ -127,10 +174,14 @@ void massbal_updateStep() {
     for (Subcatch& subcatch : Subcatches) {
         updateSubcatch(subcatch, dt);
     }
-    for (Link& link : Links) {
-        updateLink(link, dt);
+    bool isFlooding = pipe_isAnyFlooding();
+    for (size_t k = 0; k < Links.size(); ++k) {
+        updateLink(Links[k], dt);
+        if (Links[k].kind == CONDUIT) {
+            isFlooding = updateConduit(static_cast<int32_t>(k)) || isFlooding;
+        }
     }
-    if (pipe_isAnyFlooding()) {
+    if (isFlooding) {
         updateFloods(dt);
     }
     for (Node& node : Nodes) {
@@ -207,6 +258,24 @@ WashoffBalance massbal_closeWashoff(int pollutant) {
     return balance;
 }
 
+/// Water that stands in a conduit, m3; 0 for a link of another kind.
+static double getConduitVolume(size_t index) {
+    const Link& link = Links[index];
+    if (link.kind != CONDUIT) {
+        return 0.0;
+    }
+    const Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    return conduit_getArea(static_cast<int32_t>(index), conduit.depth) * conduit.length;
+}
+
+/// Water that stands in a tank, m3; 0 for a node of another kind.
+static double getTankVolume(size_t index) {
+    const Node& node = Nodes[index];
+    return node.kind == TANK ? tank_getVolume(static_cast<int32_t>(index),
+                                              Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
+                             : 0.0;
+}
+
 FlowTotalsRecord massbal_closeFlow(double* error) {
     FlowTotalsRecord totals = FlowTotals;
     for (const Link& link : Links) {
@@ -216,6 +285,12 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
                 totals.finalStorage += pipe.storage[i];
             }
         }
+    }
+    for (size_t k = 0; k < Links.size(); ++k) {
+        totals.finalStorage += getConduitVolume(k);
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        totals.finalStorage += getTankVolume(k);
     }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
@@ -237,6 +312,15 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
                 totals.finalStorage += pipe.storage[i] * pipe.newSegQual[pipe_getPlace(pipe, p, i)] / 1000.0;
             }
         }
+    }
+    for (size_t k = 0; k < Links.size(); ++k) {
+        if (Links[k].kind == CONDUIT) {
+            totals.finalStorage += getConduitVolume(k) * Links[k].newQual[p] / 1000.0;
+        }
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const double* quality = Nodes[k].kind == TANK ? Tanks[static_cast<size_t>(Nodes[k].kindIndex)].qual : nullptr;
+        totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;

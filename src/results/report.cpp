@@ -165,7 +165,9 @@ void report_writeTables() {
     tables_writeSubcatches();
     tables_writeWashoff();
     tables_writeNodes();
+    tables_writeTanks();
     tables_writeOutfalls();
     tables_writeLinks();
     tables_writeGageEvents();
+    tables_writeConduits();
 }

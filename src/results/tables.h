@@ -2,8 +2,10 @@
 // Summary tables of the report, one function each. A table without objects is left out, its head too.
 
 void tables_writeNodes();
+void tables_writeTanks();
 void tables_writeOutfalls();
 void tables_writeLinks();
 void tables_writeSubcatches();
 void tables_writeWashoff();
 void tables_writeGageEvents();
+void tables_writeConduits();

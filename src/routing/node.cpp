@@ -13,6 +13,7 @@
 #include "input/tokens.h"
 #include "routing/network.h"
 #include "routing/pipe.h"
+#include "routing/tank.h"
 
 std::vector<Outfall> Outfalls;
 std::vector<Splitter> Splitters;
@@ -84,6 +85,7 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
     switch (kind) {
         case JUNCTION:
         case OUTFALL: return readPlainNode(node, kind, kindIndex);
+        case TANK: return tank_readParams(node, kindIndex, TokCount);
         case SPLITTER: return readSplitter(node, kindIndex);
         default: return ERR_NONE;
     }
@@ -91,8 +93,10 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
 
 /// The array of initial concentrations of a node that holds water, or null.
 static double* findInitialQuality(const Node& node) {
-    (void)node;
-    return nullptr;
+    switch (node.kind) {
+        case TANK: return Tanks[static_cast<size_t>(node.kindIndex)].initQual;
+        default: return nullptr;
+    }
 }
 
 int32_t node_readInitialQuality() {
@@ -135,6 +139,7 @@ static void validateSplitter(int32_t index) {
 
 void node_validate(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
+        case TANK: tank_validate(index); break;
         case SPLITTER: validateSplitter(index); break;
         default: break;
     }
@@ -160,19 +165,24 @@ void node_initState(int32_t index) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
     }
     switch (node.kind) {
+        case TANK: tank_initState(index); break;
         case SPLITTER: initSplitter(getSplitter(index)); break;
         default: break;
     }
 }
 
 void node_endState(int32_t index) {
-    (void)index;
+    switch (Nodes[static_cast<size_t>(index)].kind) {
+        case TANK: tank_endState(index); break;
+        default: break;
+    }
 }
 
 // --- the routing step ----------------------------------------------------------------------------------------------
 
 static void shiftKindState(const Node& node) {
     switch (node.kind) {
+        case TANK: tank_shiftState(node.kindIndex); break;
         case SPLITTER: {
             Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             splitter.oldFlow = splitter.newFlow;

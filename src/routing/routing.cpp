@@ -18,11 +18,13 @@
 #include "hydrology/subcatch.h"
 #include "input/datetime.h"
 #include "platform/memory.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/link.h"
 #include "routing/network.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/tank.h"
 
 /// One visit of a step. The links that enter and leave the node stand in VisitLinks, one visit's behind the other's.
 struct Visit {
@@ -160,6 +162,7 @@ static void updateOutgoing(int32_t node, VisitLinkList outgoing, double fireTime
         switch (link.kind) {
             case PIPE: pipe_update(link.link, link.kindIndex, node, fireTime); break;
             case CONNECTION: connection_update(link.link, node); break;
+            case CONDUIT: conduit_update(link.link, node); break;
             default: break;
         }
     }
@@ -174,6 +177,7 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
             node_mixInflow(index);
             updateOutgoing(index, outgoing, fireTime);
             break;
+        case TANK: tank_update(index); break;
         case OUTFALL: node_mixInflow(index); break;
         case SPLITTER:
             node_split(index);
