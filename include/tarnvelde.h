@@ -1,10 +1,11 @@
 /* Tarnvelde: simulation of urban drainage and water quality.
  *
- * The public face of libtarnvelde: 47 functions, plain C, usable from C and C++. Nothing else of the library is visible.
+ * The public face of libtarnvelde: 47 functions, plain C, usable from C and C++. Nothing else is visible.
  *
- * One project per process. All state is process-wide and nothing is locked: call everything from one thread, and run two
- * simulations at the same time in two processes. The library calls nothing back, never exits, installs no handler and
- * changes neither the current folder nor the locale. It prints progress lines on standard output (see each function).
+ * One project per process. All state is process-wide and nothing is locked: call everything from one thread, and run
+ * two simulations at the same time in two processes. The library calls nothing back, never exits, installs no handler
+ * and changes neither the current folder nor the locale. It prints progress lines on standard output (see each
+ * function).
  *
  * A whole run in one call:
  *
@@ -23,18 +24,18 @@
  *     tarnvelde_end();
  *     tarnvelde_close();
  *
- * Results. The nine functions of the life cycle return a public code: 0, or the number of the last error, as it stands in
- * the message that the text report holds ("ERROR 209: ..." gives 209). Two codes stand apart: 200 says that the report
- * lists one or more errors of the project file; 301, 303, 305, 307 and 313 say that a file can't be used, which is told on
- * standard output and not in the report. The current error is sticky: only tarnvelde_open and tarnvelde_run clear it, and
- * a later error replaces an earlier one.
+ * Results. The nine functions of the life cycle return a public code: 0, or the number of the last error, as it stands
+ * in the message that the text report holds ("ERROR 209: ..." gives 209). Some codes stand apart: 200 says that the
+ * report lists one or more errors of the project file; 301, 303, 305, 307 and 313 say that a file can't be used, which
+ * is told on standard output and not in the report. The current error is sticky: only tarnvelde_open and tarnvelde_run
+ * clear it, and a later error replaces an earlier one.
  *
  * All other functions return 0 for success and -1 for failure where nothing else is said. They leave the current error
  * alone and write no message. Called when they can't work - before an open, after a close, with a null pointer, with an
  * empty or unknown ID - they return -1 and change nothing.
  *
- * IDs and file names are NUL-terminated bytes. IDs are compared without regard to the case of the letters a to z. Strings
- * given to the library may be released when the call returns.
+ * IDs and file names are NUL-terminated bytes. IDs are compared without regard to the case of the letters a to z.
+ * Strings given to the library may be released when the call returns.
  *
  * Units, where a parameter or result says nothing else: flow m3/s, volume m3, depth m, concentration mg/L, load kg/s.
  * Dates are days since 30 December 1899 with the time of day as the fraction.
@@ -45,15 +46,15 @@
 #include <stdint.h>
 
 #if defined(_WIN32)
-#  if defined(TARNVELDE_BUILDING)
-#    define TARNVELDE_API __declspec(dllexport)
-#  else
-#    define TARNVELDE_API __declspec(dllimport)
-#  endif
-#elif defined(__GNUC__)
-#  define TARNVELDE_API __attribute__((visibility("default")))
+#if defined(TARNVELDE_BUILDING)
+#define TARNVELDE_API __declspec(dllexport)
 #else
-#  define TARNVELDE_API
+#define TARNVELDE_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
+#define TARNVELDE_API __attribute__((visibility("default")))
+#else
+#define TARNVELDE_API
 #endif
 
 #ifdef __cplusplus
@@ -112,21 +113,21 @@ TARNVELDE_API int32_t tarnvelde_start(int32_t saveMode);
  * elapsedDays  receives the time since the start of the simulation in days, and exactly 0 once the end is reached: that
  *              is how the end is told. May be null.
  *
- * The last step is shortened so that it ends exactly at the end date. Returns 400, and stores nothing, without a started
- * run. Errors of a step come back as the result; the function doesn't refuse to step after one, but while an error is
- * current the clock stands still from the next runoff step on and the time stored never becomes 0. So leave the loop
- * at the first result other than 0.
+ * The last step is shortened so that it ends exactly at the end date. Returns 400, and stores nothing, without a
+ * started run. Errors of a step come back as the result; the function doesn't refuse to step after one, but while an
+ * error is current the clock stands still from the next runoff step on and the time stored never becomes 0. So leave
+ * the loop at the first result other than 0.
  */
 TARNVELDE_API int32_t tarnvelde_step(double* elapsedDays);
 
 /* Ends the run: writes the end of the binary results file, ends the coupled models, frees what the run needed.
  *
  * The project stays open. Without a started run it does nothing; without an open project it returns 400. Call
- * tarnvelde_report first: the statistics of coupled models are at hand only then.
+ * tarnvelde_report first: it reads the last state of the run, which is given back here.
  */
 TARNVELDE_API int32_t tarnvelde_end(void);
 
-/* Writes the summary of the run into the text report: continuity of water and pollutants, and a table per kind of object.
+/* Writes the summary of the run into the text report: continuity of water and pollutants, a table per kind of object.
  *
  * With an error current it does nothing and returns that error's code. Call it once per run, after the last step and
  * before tarnvelde_end; called a second time, or outside a run, it writes zeros for what is no longer there. Prints one
@@ -136,8 +137,8 @@ TARNVELDE_API int32_t tarnvelde_report(void);
 
 /* Closes the project: ends a run that is still started, closes all files, gives back all memory.
  *
- * Keeps the binary results file of save mode 1 and commits the database of save mode 2; such a file of another save mode
- * is deleted. Always returns 0, and is harmless when nothing is open.
+ * Keeps the binary results file of save mode 1 and commits the database of save mode 2; such a file of another save
+ * mode is deleted. Always returns 0, and is harmless when nothing is open.
  */
 TARNVELDE_API int32_t tarnvelde_close(void);
 
@@ -151,7 +152,7 @@ TARNVELDE_API int32_t tarnvelde_close(void);
  */
 TARNVELDE_API int32_t tarnvelde_initSwmmDll(const char* libraryPath, const char* tempFolder);
 
-/* The same for the library of treatment-plant nodes (codes 920 and 921). tarnvelde_run overwrites what is given here. */
+/* The same for the library of treatment-plant nodes (codes 920 and 921). tarnvelde_run overwrites the path. */
 TARNVELDE_API int32_t tarnvelde_initVornDll(const char* libraryPath, const char* tempFolder);
 
 /* ------------------------------------------------------------------------------------------------------------------
@@ -174,8 +175,8 @@ TARNVELDE_API int32_t tarnvelde_getNodeType(const char* node, int32_t* kind);
  */
 TARNVELDE_API int32_t tarnvelde_getLinkType(const char* link, int32_t* kind);
 
-/* Stores the start and the end date of the simulation. -1 if no project is open. After an open that failed it gives what
- * was read so far, 0 for a date that was not reached.
+/* Stores the start and the end date of the simulation. -1 if no project is open. After an open that failed it gives
+ * what was read so far, 0 for a date that was not reached.
  */
 TARNVELDE_API int32_t tarnvelde_getDateTime(double* startDate, double* endDate);
 
@@ -223,8 +224,8 @@ TARNVELDE_API int32_t tarnvelde_setSplittedValue(const char* splitter, double va
  */
 TARNVELDE_API int32_t tarnvelde_setPumpFlow(const char* pump, double flow);
 
-/* Sets the rate at which a reactor empties, m3/s. Whether it empties is up to the rules. -1 if the node is no reactor or
- * the value is negative.
+/* Sets the rate at which a reactor empties, m3/s. Whether it empties is up to the rules. -1 if the node is no reactor
+ * or the value is negative.
  */
 TARNVELDE_API int32_t tarnvelde_setReactorEmptyingValue(const char* reactor, double rate);
 
@@ -239,8 +240,8 @@ TARNVELDE_API int32_t tarnvelde_setReactorEmptyingValue(const char* reactor, dou
  */
 TARNVELDE_API int32_t tarnvelde_setWeirParams(const char* weir, int32_t selector, double value);
 
-/* Sets the setting of a link of any kind, 0 (closed) to 1 (open), and takes it out of the hands of the rules for the rest
- * of the run. It is in force at once. -1 for a value outside 0 to 1.
+/* Sets the setting of a link of any kind, 0 (closed) to 1 (open), and takes it out of the hands of the rules for the
+ * rest of the run. It is in force at once. -1 for a value outside 0 to 1.
  */
 TARNVELDE_API int32_t tarnvelde_setSetting(const char* link, double setting);
 
@@ -290,21 +291,22 @@ TARNVELDE_API int32_t tarnvelde_setLinkFlow(const char* link, double flow);
  *
  * What a host has to know:
  *   - Infiltration rates are in mm/s, not in the mm/h of the file.
- *   - Drying time: the value read is 1/days after the project was read, the reciprocal of what tarnvelde_setParam takes.
+ *   - Drying time: the value is 1/days after the project was read, the reciprocal of what tarnvelde_setParam takes.
  *   - K of a pipe: returns 0 and stores nothing.
  *   - Pumps: the value is stored, and the result is -1 all the same. Fill *value with a mark first to tell a success.
  */
 TARNVELDE_API int32_t tarnvelde_getParam(int32_t objectClass, const char* id, int32_t parameter, double* value);
 
-/* Changes a parameter of an object, numbers and units as in tarnvelde_getParam; the drying time is given in days. Modes,
- * shapes and N are truncated to integers. No value is checked. A changed parameter stays changed in later runs of the
- * open project. Those that only shape the state at the start - initial depth, initial setting - act at the next start.
+/* Changes a parameter of an object, numbers and units as in tarnvelde_getParam; the drying time is given in days.
+ * Modes, shapes and N are truncated to integers. No value is checked. A changed parameter stays changed in later runs
+ * of the open project. Those that only shape the state at the start - initial depth, initial setting - act at the next
+ * start.
  *
  * What a host has to know:
- *   - Links (classes 8 to 13) are accepted by a comparison that looks at the node with the link's index, not at the link:
- *     that node's kind (tarnvelde_getNodeType) must have the number of the link's kind (tarnvelde_getLinkType), or the
- *     result is -1 and nothing is stored. The row written is that of the link's own place in the table of the class
- *     wanted. A host that wants to change links arranges the order of its nodes for it.
+ *   - Links (classes 8 to 13) are accepted by a comparison that looks at the node with the link's index, not at the
+ *     link: that node's kind (tarnvelde_getNodeType) must have the number of the link's kind (tarnvelde_getLinkType),
+ *     or the result is -1 and nothing is stored. The row written is that of the link's own place in the table of the
+ *     class wanted. A host that wants to change links arranges the order of its nodes for it.
  *   - Pumps: once accepted, the value is stored, and the result is -1 all the same.
  *   - K of a pipe acts on the routing at once, and on the pipe's own period from the next start.
  */
@@ -336,12 +338,12 @@ TARNVELDE_API int32_t tarnvelde_setParam(int32_t objectClass, const char* id, in
 TARNVELDE_API int32_t tarnvelde_getResult(int32_t objectClass, const char* id, int32_t result, double* value);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * SWMM nodes. The first argument is the ID of a SWMM node of the project. Fifteen functions pass their other arguments on
- * to the engine of that node, and return what it returns: numbers of types, properties and parameters, and the units, are
- * that engine's. -1 if the node is unknown.
+ * SWMM nodes. The first argument is the ID of a SWMM node of the project. Fifteen functions pass their other arguments
+ * on to the engine of that node, and return what it returns: numbers of types, properties and parameters, and the
+ * units, are that engine's. -1 if the node is unknown.
  *
- * The kind of the node is not tested: give the ID of a true SWMM node. Another node reaches the engine that stands in its
- * place in the table of SWMM nodes, or -1 if there is none.
+ * The kind of the node is not tested: give the ID of a true SWMM node. Another node reaches the engine that stands in
+ * its place in the table of SWMM nodes, or -1 if there is none.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* Sets the rainfall of a gage of the SWMM model. */
@@ -354,8 +356,8 @@ TARNVELDE_API int32_t tarnvelde_getSwmmResult(const char* node, int32_t type, co
 /* The number of objects of a type in the SWMM model. */
 TARNVELDE_API int32_t tarnvelde_getSwmmObjCount(const char* node, int32_t type);
 
-/* Writes the ID of an object of the SWMM model. The engine writes it and knows nothing of the room at `id`: give at least
- * 1025 bytes.
+/* Writes the ID of an object of the SWMM model. The engine writes it and knows nothing of the room at `id`: give at
+ * least 1025 bytes.
  */
 TARNVELDE_API int32_t tarnvelde_getSwmmObjID(const char* node, int32_t type, int32_t index, char* id);
 

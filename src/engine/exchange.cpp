@@ -3,6 +3,7 @@
 // name changes nothing.
 
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "input/names.h"
 #include "routing/node.h"
 #include "tarnvelde.h"
@@ -58,6 +59,17 @@ int32_t tarnvelde_setSplittedValue(const char* name, double value) {
     return SUCCESS;
 }
 
+// --- gages ---------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_isInEvent(const char* name) {
+    const int32_t gage = project_findObject(GAGE, name);
+    if (gage < 0 || static_cast<size_t>(gage) >= Gages.size()) {
+        return FAILURE;
+    }
+    // A millisecond behind the clock: at the very end of an event it is over.
+    return gage_isInEvent(gage, project_getDate(NewRoutingTime));
+}
+
 // --- answered with a failure until their objects can be reached -----------------------------------------------------
 
 int32_t tarnvelde_setExtInflow(const char*, double) {
@@ -101,10 +113,6 @@ int32_t tarnvelde_getNodeType(const char*, int32_t*) {
 }
 
 int32_t tarnvelde_getLinkType(const char*, int32_t*) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_isInEvent(const char*) {
     return FAILURE;
 }
 

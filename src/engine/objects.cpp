@@ -3,10 +3,14 @@
 
 #include "engine/objects.h"
 
+#include <initializer_list>
+
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
 #include "routing/connection.h"
@@ -19,22 +23,25 @@ static void createTable(std::vector<Record>& table, int32_t count) {
     table.assign(static_cast<size_t>(count), Record{});
 }
 
-/// One array per pollutant, from the project's memory.
-static double* createPollutantArray() {
-    double* array = arena_allocateArray<double>(ProjectArena, project_pollutantCount());
-    if (!array) {
+/// Arrays of one number per pollutant, side by side, since a visit goes through all of them.
+static void createArrays(std::initializer_list<double**> arrays) {
+    const int64_t count = project_pollutantCount();
+    double* memory = arena_allocateArray<double>(ProjectArena, count * static_cast<int64_t>(arrays.size()));
+    if (!memory) {
         ErrorCode = ERR_MEMORY;
+        return;
     }
-    return array;
+    for (double** array : arrays) {
+        *array = memory;
+        memory += count;
+    }
 }
 
 static void createNodes() {
     for (Node& node : Nodes) {
         node.kind = -1;
         if (project_pollutantCount() > 0) {
-            node.massInflow = createPollutantArray();
-            node.oldQual = createPollutantArray();
-            node.newQual = createPollutantArray();
+            createArrays({&node.massInflow, &node.newQual, &node.oldQual});
         }
     }
 }
@@ -42,8 +49,7 @@ static void createNodes() {
 static void createLinks() {
     for (Link& link : Links) {
         link.kind = -1;
-        link.oldQual = createPollutantArray();
-        link.newQual = createPollutantArray();
+        createArrays({&link.newQual, &link.oldQual});
     }
     for (Pipe& pipe : Pipes) {
         pipe.decay = decay_create();
@@ -57,14 +63,16 @@ void project_createObjects() {
     if (ErrorCode) {
         return;
     }
+    createTable(Gages, ObjectCount[GAGE]);
+    subcatch_createAll();
     createTable(Nodes, ObjectCount[NODE]);
-    createTable(Junctions, NodeKindCount[JUNCTION]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
     createTable(Connections, LinkKindCount[CONNECTION]);
     createTable(Polluts, ObjectCount[POLLUT]);
+    landuse_createAll();
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createNodes();
@@ -72,14 +80,16 @@ void project_createObjects() {
 }
 
 void project_deleteObjects() {
+    Gages = {};
+    subcatch_deleteAll();
     Nodes = {};
-    Junctions = {};
     Outfalls = {};
     Splitters = {};
     Links = {};
     Pipes = {};
     Connections = {};
     Polluts = {};
+    Landuses = {};
     table_deleteAll();
     Patterns = {};
     network_clear();

@@ -36,46 +36,47 @@ extern int32_t LinkKindCount[LINK_KIND_COUNT];
 struct ExtInflow;
 struct DwfInflow;
 
-/// What every node has, whatever its kind. Arrays have one element per pollutant and are null without pollutants.
-struct Node {
+/// What every node has, whatever its kind. Arrays have one element per pollutant and are null without pollutants. The
+/// first line of memory holds what a visit of the node touches; what only the roll from step to step needs follows.
+struct alignas(64) Node {
+    int32_t kind;             ///< NodeKind; -1 until read
+    int32_t kindIndex;        ///< row in the table of the kind
+    double newInflow;         ///< m3/s, newLatFlow + newUpstreamFlow
+    double newUpstreamFlow;   ///< m3/s, arriving over links
+    double newLatFlow;        ///< m3/s: runoff, drains, external and dry-weather inflow, direct discharges
+    double* massInflow;       ///< kg/s, load of the step
+    double* newQual;          ///< mg/L
+    double statInflowVolume;  ///< m3, inflow of the run
+    double statMaxInflow;     ///< m3/s
+
+    double oldInflow;        ///< m3/s, newInflow of the previous step
+    double oldUpstreamFlow;  ///< m3/s
+    double oldLatFlow;       ///< m3/s
+    double* oldQual;         ///< mg/L
     const char* id;          ///< the ID as first seen; null until read
-    int32_t kind;            ///< NodeKind; -1 until read
-    int32_t kindIndex;       ///< row in the table of the kind
     ExtInflow* extInflow;    ///< head of the external inflows, the newest first
     DwfInflow* dwfInflow;    ///< head of the dry-weather inflows, the newest first
     int32_t isHead;          ///< 1: nothing upstream, so the order of the nodes starts here
-    int32_t upstreamCount;   ///< upstream objects that the order waits for
-    int32_t visitedCount;    ///< how many of those the order has met
-    double oldInflow;        ///< m3/s, newInflow of the previous step
-    double newInflow;        ///< m3/s, newLatFlow + newUpstreamFlow
-    double oldUpstreamFlow;  ///< m3/s
-    double newUpstreamFlow;  ///< m3/s, arriving over links
-    double oldLatFlow;       ///< m3/s
-    double newLatFlow;       ///< m3/s: runoff, drains, external and dry-weather inflow, direct discharges
-    double* massInflow;      ///< kg/s, load of the step
-    double* oldQual;         ///< mg/L
-    double* newQual;         ///< mg/L
-    double statInflowVolume; ///< m3, inflow of the run
-    double statMaxInflow;    ///< m3/s
 };
 
-/// What every link has, whatever its kind.
-struct Link {
+/// What every link has, whatever its kind; laid out like a node.
+struct alignas(64) Link {
+    int32_t kind;           ///< LinkKind; -1 until read
+    int32_t kindIndex;      ///< row in the table of the kind
+    int32_t toNode;         ///< node at the downstream end
+    int32_t isLagged;       ///< 1: delivers the previous step's values and may close a loop
+    double oldFlow;         ///< m3/s, newFlow of the previous step
+    double newFlow;         ///< m3/s, delivered at the downstream end
+    double* oldQual;        ///< mg/L, one per pollutant
+    double* newQual;        ///< mg/L, one per pollutant
+    double statFlowVolume;  ///< m3
+    double statMaxFlow;     ///< m3/s
+
     const char* id;          ///< the ID as first seen; null until read
-    int32_t kind;            ///< LinkKind; -1 until read
-    int32_t kindIndex;       ///< row in the table of the kind
     int32_t fromNode;        ///< node at the upstream end
-    int32_t toNode;          ///< node at the downstream end
-    int32_t isLagged;        ///< 1: delivers the previous step's values and may close a loop
     int32_t isHostSetting;   ///< 1: the host holds the setting, rules don't move it
-    double oldFlow;          ///< m3/s, newFlow of the previous step
-    double newFlow;          ///< m3/s, delivered at the downstream end
     double setting;          ///< 0 ... 1, the opening
     double targetSetting;    ///< 0 ... 1, the opening that rules and switches ask for
-    double* oldQual;         ///< mg/L, one per pollutant
-    double* newQual;         ///< mg/L, one per pollutant
-    double statFlowVolume;   ///< m3
-    double statMaxFlow;      ///< m3/s
     double statFloodVolume;  ///< m3
     double statMaxFlood;     ///< m3/s
 };

@@ -14,6 +14,7 @@
 #include "input/pattern.h"
 #include "input/table.h"
 #include "input/tokens.h"
+#include "platform/memory.h"
 
 static const char* const InflowKindWords[] = {"FLOW", "CONCEN", "MASS", nullptr};
 
@@ -291,7 +292,12 @@ static void applyDryWeather(Node& node, DateTime date) {
 }
 
 void inflows_applyDryWeather(DateTime date) {
-    for (const int32_t node : NodesWithDryWeather) {
-        applyDryWeather(Nodes[static_cast<size_t>(node)], date);
+    static constexpr size_t AHEAD = 8;
+    for (size_t k = 0; k < NodesWithDryWeather.size(); ++k) {
+        if (k + AHEAD < NodesWithDryWeather.size()) {
+            memory_fetch(&Nodes[static_cast<size_t>(NodesWithDryWeather[k + AHEAD])]);
+            memory_fetch(Nodes[static_cast<size_t>(NodesWithDryWeather[k + AHEAD / 2])].dwfInflow);
+        }
+        applyDryWeather(Nodes[static_cast<size_t>(NodesWithDryWeather[k])], date);
     }
 }

@@ -45,6 +45,9 @@ struct Landuse {
 extern std::vector<Pollut> Polluts;
 extern std::vector<Landuse> Landuses;
 
+/// Makes the table for the counted land uses with their rules.
+void landuse_createAll();
+
 /// A line of [POLLUTANTS] or [LANDUSES] in Tok, for the row `index`. An error index, or 0.
 int32_t pollut_readParams(int32_t index);
 int32_t landuse_readLine(int32_t index);

@@ -77,6 +77,10 @@ struct RunoffVolumesRecord {
 
 extern RunoffVolumesRecord RunoffVolumes;
 
+/// Makes the table for the counted subcatchments with their arrays, and empties it.
+void subcatch_createAll();
+void subcatch_deleteAll();
+
 /// A line of [SUBCATCHS] in Tok, for the row `subcatch`. An error index, or 0.
 int32_t subcatch_readLine(int32_t subcatch);
 

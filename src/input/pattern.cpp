@@ -41,9 +41,20 @@ int32_t pattern_read() {
     return ERR_NONE;
 }
 
+/// Hour of a date. All look-ups of a step ask for one date, so the last answer is kept.
+static int32_t getHour(DateTime date) {
+    static DateTime lastDate = NO_DATE;
+    static int32_t lastHour = 0;
+    if (date != lastDate) {
+        lastDate = date;
+        lastHour = datetime_getSecondOfDay(date) / 3600;
+    }
+    return lastHour;
+}
+
 double pattern_hourlyFactor(int32_t pattern, DateTime date) {
     if (pattern < 0 || static_cast<size_t>(pattern) >= Patterns.size()) {
         return 1.0;
     }
-    return Patterns[static_cast<size_t>(pattern)].factors[datetime_getSecondOfDay(date) / 3600];
+    return Patterns[static_cast<size_t>(pattern)].factors[getHour(date)];
 }

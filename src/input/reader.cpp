@@ -11,8 +11,10 @@
 #include "engine/objects.h"
 #include "engine/project.h"
 #include "hydrology/evap.h"
+#include "hydrology/gage.h"
 #include "hydrology/inflows.h"
 #include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
 #include "input/names.h"
 #include "input/options.h"
 #include "input/pattern.h"
@@ -167,7 +169,10 @@ static int32_t parseObject(int32_t type) {
         return error_setName(ERR_DUPLICATE_ID, Tok[0]);
     }
     switch (type) {
+        case GAGE: return gage_readLine(row);
+        case SUBCATCH: return subcatch_readLine(row);
         case POLLUT: return pollut_readParams(row);
+        case LANDUSE: return landuse_readLine(row);
         default: return ERR_NONE;
     }
 }
@@ -241,6 +246,10 @@ int32_t input_parseLine(int32_t number, const char* rawLine) {
         case SECTION_DWFS: return inflows_readDryWeather();
         case SECTION_DECAY_COEFFICIENT: return decay_readLine();
         case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality();
+        case SECTION_COVERAGES: return landuse_readCoverage();
+        case SECTION_BUILDUP: return landuse_readBuildup();
+        case SECTION_WASHOFF: return landuse_readWashoff();
+        case SECTION_LOADINGS: return landuse_readLoading();
         case SECTION_CURVES: return table_readCurve();
         case SECTION_TIMESERIES: return table_readSeries();
         case SECTION_PATTERNS: return pattern_read();

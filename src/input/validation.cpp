@@ -7,7 +7,9 @@
 
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "hydrology/inflows.h"
+#include "hydrology/subcatch.h"
 #include "input/datetime.h"
 #include "input/table.h"
 #include "results/massbal.h"
@@ -54,6 +56,8 @@ void project_validate() {
     if (RunoffStep < RoutingStep) {
         report_writeError(ERR_RUNOFF_STEP, "");
     }
+    subcatch_validateAll();
+    gage_validateAll();
     network_indexLinks();
     network_validate();
     for (size_t k = 0; k < Nodes.size(); ++k) {
@@ -82,6 +86,12 @@ int32_t project_initState() {
     OldRoutingTime = 0.0;
     massbal_open();
     resetInflowSeries();
+    for (size_t k = 0; k < Gages.size(); ++k) {
+        gage_initRain(static_cast<int32_t>(k));
+    }
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        subcatch_initState(static_cast<int32_t>(k));
+    }
     for (size_t k = 0; k < Nodes.size(); ++k) {
         node_initState(static_cast<int32_t>(k));
     }

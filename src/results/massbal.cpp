@@ -9,10 +9,27 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
+
+static void openSubcatchStatistics() {
+    for (Subcatch& s : Subcatches) {
+        s.rainfall = s.evap = s.infil = s.runoff = s.peakRunoff = 0.0;
+        double* memory = arena_allocateArray<double>(ResultArena, 6 * static_cast<int64_t>(project_pollutantCount()));
+        if (!memory) {
+            report_writeError(ERR_MEMORY, "");
+        }
+        for (double** array : {&s.initBuildup, &s.surfaceBuildup, &s.wetDeposition, &s.infilLoss, &s.bmpRemoval,
+                               &s.surfaceWashoff}) {
+            *array = memory;
+            memory += memory ? project_pollutantCount() : 0;
+        }
+    }
+}
 
 static void openNodeStatistics() {
     for (Node& node : Nodes) {
@@ -41,6 +58,7 @@ void massbal_open() {
     if (!QualTotals) {
         report_writeError(ERR_MEMORY, "");
     }
+    openSubcatchStatistics();
     openNodeStatistics();
     openLinkStatistics();
 }
@@ -51,21 +69,39 @@ static void keepMaximum(double& maximum, double value) {
     maximum = value > maximum ? value : maximum;
 }
 
-/// Statistics of one link, and its flood into the totals.
+static void updateSubcatch(Subcatch& s, double dt) {
+    s.rainfall += dt * s.rain * 1000.0;
+    s.evap += dt * s.evapRate * 1000.0;
+    s.infil += dt * s.infilRate * 1000.0;
+    s.runoff += dt * s.thisRunoff / s.area * 1000.0;
+    keepMaximum(s.peakRunoff, s.thisRunoff);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
+    }
+}
+
 static void updateLink(Link& link, double dt) {
     link.statFlowVolume += dt * link.newFlow;
     keepMaximum(link.statMaxFlow, link.newFlow);
-    double flood;
-    switch (link.kind) {
-        case PIPE: flood = Pipes[static_cast<size_t>(link.kindIndex)].newFlood; break;
-        default: return;
-    }
+}
+
+/// What one link floods, into its statistics and the totals.
+static void updateFlood(Link& link, double flood, double dt) {
     FlowTotals.floodingLoss += dt * flood;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         QualTotals[p].floodingLoss += dt * flood * link.newQual[p] / 1000.0;
     }
     link.statFloodVolume += dt * flood;
     keepMaximum(link.statMaxFlood, flood);
+}
+
+static void updateFloods(double dt) {
+    for (Link& link : Links) {
+        switch (link.kind) {
+            case PIPE: updateFlood(link, Pipes[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
+            default: break;
+        }
+    }
 }
 
 static void updateOutfall(const Node& node, double dt) {
@@ -88,8 +124,14 @@ static void updateNode(Node& node, double dt) {
 
 void massbal_updateStep() {
     const double dt = RoutingStep;
+    for (Subcatch& subcatch : Subcatches) {
+        updateSubcatch(subcatch, dt);
+    }
     for (Link& link : Links) {
         updateLink(link, dt);
+    }
+    if (pipe_isAnyFlooding()) {
+        updateFloods(dt);
     }
     for (Node& node : Nodes) {
         updateNode(node, dt);
@@ -99,6 +141,11 @@ void massbal_updateStep() {
 // --- close ---------------------------------------------------------------------------------------------------------
 
 void massbal_close() {
+    for (Subcatch& s : Subcatches) {
+        if (s.initBuildup) {
+            std::fill_n(s.initBuildup, 6 * project_pollutantCount(), 0.0);  // and the five behind it
+        }
+    }
     for (Outfall& outfall : Outfalls) {
         if (outfall.statLoad) {
             std::fill_n(outfall.statLoad, project_pollutantCount(), 0.0);
@@ -108,13 +155,50 @@ void massbal_close() {
 
 RunoffBalance massbal_closeRunoff() {
     RunoffBalance balance{};
+    double surfaceStorage = 0.0, lidStorage = 0.0;
+    for (const Subcatch& s : Subcatches) {
+        balance.totalArea += s.area;
+        balance.rainfall += s.area * s.rainfall / 1000.0;
+        balance.evap += s.area * s.evap / 1000.0;
+        balance.infil += s.area * s.infil / 1000.0;
+        balance.runoff += s.area * s.runoff / 1000.0;
+        surfaceStorage += ((1.0 - s.imperviousFraction) * s.perviousDepth + s.imperviousFraction * s.imperviousDepth) *
+                          (s.area - s.lidArea);
+    }
+    balance.finalStorage = surfaceStorage + lidStorage;
+    const double in = balance.rainfall + balance.initLidStorage;
+    balance.error = in == 0.0 ? 0.0
+                              : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage -
+                                 surfaceStorage - lidStorage) /
+                                    in * 100.0;
     RunoffError = balance.error;
     return balance;
 }
 
+/// Adds one pollutant of a subcatchment.
+static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
+    balance.remainingBuildup += s.pondedMass[p];
+    for (size_t l = 0; l < Landuses.size(); ++l) {
+        if (Landuses[l].washoff[p].usesBuildup) {
+            balance.remainingBuildup += s.landShares[l].buildup[p];
+        }
+    }
+    if (!s.initBuildup) {
+        return;  // never started
+    }
+    balance.initBuildup += s.initBuildup[p];
+    balance.surfaceBuildup += s.surfaceBuildup[p];
+    balance.wetDeposition += s.wetDeposition[p];
+    balance.infilLoss += s.infilLoss[p];
+    balance.bmpRemoval += s.bmpRemoval[p];
+    balance.surfaceWashoff += s.surfaceWashoff[p];
+}
+
 WashoffBalance massbal_closeWashoff(int pollutant) {
-    (void)pollutant;
     WashoffBalance balance{};
+    for (const Subcatch& s : Subcatches) {
+        addWashoff(balance, s, pollutant);
+    }
     const double in = balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition;
     const double out = balance.infilLoss + balance.bmpRemoval + balance.lidDrainage + balance.lidFinalStorage +
                        balance.lidRemoval + balance.surfaceWashoff + balance.remainingBuildup;

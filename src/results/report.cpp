@@ -162,7 +162,10 @@ void report_writeTables() {
     if (!Polluts.empty()) {
         writeQualityContinuity();
     }
+    tables_writeSubcatches();
+    tables_writeWashoff();
     tables_writeNodes();
     tables_writeOutfalls();
     tables_writeLinks();
+    tables_writeGageEvents();
 }

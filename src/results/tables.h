@@ -4,3 +4,6 @@
 void tables_writeNodes();
 void tables_writeOutfalls();
 void tables_writeLinks();
+void tables_writeSubcatches();
+void tables_writeWashoff();
+void tables_writeGageEvents();

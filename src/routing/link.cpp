@@ -11,6 +11,7 @@
 #include "engine/project.h"
 #include "input/names.h"
 #include "input/tokens.h"
+#include "platform/memory.h"
 #include "routing/connection.h"
 #include "routing/pipe.h"
 
@@ -134,12 +135,28 @@ void link_openLists() {
     }
 }
 
+/// Asks for the memory of two pipes that the roll comes to soon: of the farther one the record of the link, of the nearer
+/// one what that record points to.
+static void fetchChanged(int32_t farther, int32_t nearer) {
+    memory_fetch(&Links[static_cast<size_t>(farther)]);
+    const Link& link = Links[static_cast<size_t>(nearer)];
+    const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+    memory_fetch(&pipe.storage);
+    memory_fetch(&pipe.maxFlow);
+    memory_fetch(link.newQual);
+}
+
 void link_shiftAll() {
     for (const int32_t link : EverChanging) {
         link_shiftHydState(link);
         link_shiftQualState(link);
     }
-    for (const int32_t link : ChangedPipes) {
+    static constexpr size_t AHEAD = 8;
+    for (size_t k = 0; k < ChangedPipes.size(); ++k) {
+        if (k + AHEAD < ChangedPipes.size()) {
+            fetchChanged(ChangedPipes[k + AHEAD], ChangedPipes[k + AHEAD / 2]);
+        }
+        const int32_t link = ChangedPipes[k];
         link_shiftHydState(link);
         link_shiftQualState(link);
         IsChanged[static_cast<size_t>(link)] = 0;

@@ -3,6 +3,22 @@
 
 #include <cstdint>
 
+/// A link as the order of visits knows it: kind and row are those of the link table, at hand without a look there.
+struct VisitLink {
+    int32_t link;
+    int32_t kind;
+    int32_t kindIndex;
+};
+
+/// A run of such links, in the order of the link table.
+struct VisitLinkList {
+    const VisitLink* first;
+    int32_t count;
+
+    const VisitLink* begin() const { return first; }
+    const VisitLink* end() const { return first + count; }
+};
+
 /// Tokens 0 to 2 of a link's line: the link and its two nodes.
 struct LinkEnds {
     const char* id;

@@ -1,10 +1,10 @@
-// Circles in the network. Water that could come back to where it was has no place in an order of visits, so the rules of
-// connection ask for a network without circles. network_checkCycles calls this room, and writes what it finds.
+// Circles in the network. Water that could come back to where it was has no place in an order of visits, so the rules
+// of connection ask for a network without circles. network_checkCycles calls this room, and writes what it finds.
 //
 // Defined is a walk over all paths from the heads, the shorter ones first: a path that would step on one of its own
-// nodes ends the walk and names the link (or the node that is stepped on without a link), and the paths are counted. The
-// number of paths doubles with each splitter whose branches rejoin, so the walk itself isn't done here, only its outcome
-// is worked out.
+// nodes ends the walk and names the link (or the node that is stepped on without a link), and the paths are counted.
+// The number of paths doubles with each splitter whose branches rejoin, so the walk itself isn't done here, only its
+// outcome is worked out.
 //
 //  - Without a circle the paths are counted node by node, behind all that flows into the node (Kahn's order).
 //  - With one, the walk stops at the path with the fewest nodes that closes; of several at the one that comes first by
@@ -13,16 +13,18 @@
 //     - no shorter tail leads to u and no shorter circle runs through it, so tail and circle have but u in common;
 //     - u is the node of the circle that a breadth-first search from the heads discovers first. With another node of
 //       the circle in its place the tail would be shorter, or as long and earlier.
-//    So each strongly connected part (Tarjan 1972) is asked for the lasso at the node discovered first; that node is then
-//    taken out, and what still holds together without it is asked in turn, until all tails are too long. The search that
-//    finds the circle looks at nodes in the order of the queue as well, and the first that leads back is the right one.
+//    So each strongly connected part (Tarjan 1972) is asked for the lasso at the node discovered first; that node is
+//    then taken out, and what still holds together without it is asked in turn, until all tails are too long. The
+//    search that finds the circle looks at nodes in the order of the queue as well, and the first that leads back is
+//    the right one.
 //
-// Edges here are the links that don't deliver a step late, in the order of the table, and behind them the nodes that the
-// node discharges into directly. No function calls itself: a chain of a million nodes is as deep as it is long.
+// Edges here are the links that don't deliver a step late, in the order of the table, and behind them the nodes that
+// the node discharges into directly. No function calls itself: a chain of a million nodes is as deep as it is long.
 
 #include "routing/loops.h"
 
 #include <algorithm>
+#include <functional>
 #include <queue>
 #include <vector>
 
@@ -33,15 +35,15 @@ constexpr int32_t NONE = -1;
 
 /// How a node is found from the heads and from the start of a circle, and what it hangs together with.
 struct Stop {
-    int32_t distance = NONE;      ///< edges from the nearest head; NONE if no head leads here
-    int32_t rank = NONE;          ///< place in the order of discovery
-    int32_t previous = NONE;      ///< node it was discovered from; NONE for a head
-    int32_t edge = NONE;          ///< position of the edge it was discovered over, among the edges of `previous`
-    int32_t openInflows = 0;      ///< edges from nodes that aren't counted yet
-    int32_t part = NONE;          ///< node discovered first of its strongly connected part; NONE if it has none
-    int32_t call = NONE;          ///< number of the visit while a part is divided; NONE before it
-    int32_t low = NONE;           ///< smallest number of a visit that leads here and can be got back to
-    int32_t circleStart = NONE;   ///< start of the circle that was last looked for here
+    int32_t distance = NONE;     ///< edges from the nearest head; NONE if no head leads here
+    int32_t rank = NONE;         ///< place in the order of discovery
+    int32_t previous = NONE;     ///< node it was discovered from; NONE for a head
+    int32_t edge = NONE;         ///< position of the edge it was discovered over, among the edges of `previous`
+    int32_t openInflows = 0;     ///< edges from nodes that aren't counted yet
+    int32_t part = NONE;         ///< node discovered first of its strongly connected part; NONE if it has none
+    int32_t call = NONE;         ///< number of the visit while a part is divided; NONE before it
+    int32_t low = NONE;          ///< smallest number of a visit that leads here and can be got back to
+    int32_t circleStart = NONE;  ///< start of the circle that was last looked for here
     int32_t circlePrevious = NONE;
     int32_t circleEdge = NONE;
     bool feedsItself = false;
@@ -53,7 +55,9 @@ struct Part {
     int32_t begin;
     int32_t end;
 
-    bool operator>(const Part& other) const { return rank > other.rank; }
+    bool operator>(const Part& other) const {
+        return rank > other.rank;
+    }
 };
 
 /// The first lasso so far, as the node `base` of its tail and the edges taken from there to its last node.
@@ -77,7 +81,9 @@ struct Search {
     Lasso best;
     int64_t visits = 0;
 
-    Stop& at(int32_t node) { return stops[static_cast<size_t>(node)]; }
+    Stop& at(int32_t node) {
+        return stops[static_cast<size_t>(node)];
+    }
 };
 
 /// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
@@ -162,8 +168,8 @@ static int64_t countPaths(Search& search, size_t& counted) {
 
 /// Takes the nodes of a finished part off the list of pending ones, and queues the part if it holds a circle.
 static void closePart(Search& search, int32_t root, int32_t& place) {
-    const size_t begin = static_cast<size_t>(
-        std::find(search.pending.rbegin(), search.pending.rend(), root).base() - search.pending.begin() - 1);
+    const size_t begin = static_cast<size_t>(std::find(search.pending.rbegin(), search.pending.rend(), root).base() -
+                                             search.pending.begin() - 1);
     int32_t rank = search.at(root).rank;
     for (size_t k = begin; k < search.pending.size(); ++k) {
         rank = std::min(rank, search.at(search.pending[k]).rank);
@@ -189,8 +195,8 @@ static void enter(Search& search, int32_t node, int32_t& calls) {
     search.pending.push_back(node);
 }
 
-/// Divides the nodes members[begin, end), all marked with `part`, into what hangs together (Tarjan's algorithm, with its
-/// calls on a list). The new parts take the places of the old one.
+/// Divides the nodes members[begin, end), all marked with `part`, into what hangs together (Tarjan's algorithm, with
+/// its calls on a list). The new parts take the places of the old one.
 static void dividePart(Search& search, int32_t part, int32_t begin, int32_t end) {
     search.roots.assign(search.members.begin() + begin, search.members.begin() + end);
     for (const int32_t node : search.roots) {

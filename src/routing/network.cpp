@@ -177,32 +177,36 @@ void network_checkCycles() {
 
 // --- order ---------------------------------------------------------------------------------------------------------
 
-static void countUpstream() {
-    for (Node& node : Nodes) {
-        node.upstreamCount = 0;
-        node.visitedCount = 0;
-    }
+/// How many upstream objects a node waits for, and how many of them the order has met.
+struct ReleaseCount {
+    int32_t upstream;
+    int32_t visited;
+};
+
+static std::vector<ReleaseCount> countUpstream() {
+    std::vector<ReleaseCount> counts(Nodes.size(), ReleaseCount{});
     int32_t targets[2];
     for (size_t k = 0; k < Nodes.size(); ++k) {
         const int32_t count = network_getDirectTargets(static_cast<int32_t>(k), targets);
         for (int32_t t = 0; t < count; ++t) {
-            ++Nodes[static_cast<size_t>(targets[t])].upstreamCount;
+            ++counts[static_cast<size_t>(targets[t])].upstream;
         }
     }
     for (const Link& link : Links) {
         if (!link.isLagged) {
-            ++Nodes[static_cast<size_t>(link.toNode)].upstreamCount;
+            ++counts[static_cast<size_t>(link.toNode)].upstream;
         }
     }
+    return counts;
 }
 
 void network_sortNodes() {
-    countUpstream();
+    std::vector<ReleaseCount> counts = countUpstream();
     std::vector<uint8_t> isPlaced(Nodes.size(), 0);
-    size_t count = 0;
+    size_t placed = 0;
     const auto place = [&](int32_t node) {
         isPlaced[static_cast<size_t>(node)] = 1;
-        SortedNodes[count++] = node;
+        SortedNodes[placed++] = node;
     };
     for (size_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].isHead) {
@@ -210,23 +214,23 @@ void network_sortNodes() {
         }
     }
     // The list of placed nodes is the queue as well: what stands behind `next` still waits for its turn.
-    for (size_t next = 0; next < count; ++next) {
+    for (size_t next = 0; next < placed; ++next) {
         const int32_t node = SortedNodes[next];
         int32_t targets[2];
         const int32_t targetCount = network_getDirectEdges(node, targets);
         for (int32_t t = 0; t < targetCount; ++t) {
-            Node& target = Nodes[static_cast<size_t>(targets[t])];
             // Equal, and not "at least" as for links below: a target that a lagged link pushed past its count is not
             // released from here any more.
-            if (!isPlaced[static_cast<size_t>(targets[t])] && ++target.visitedCount == target.upstreamCount) {
+            ReleaseCount& count = counts[static_cast<size_t>(targets[t])];
+            if (!isPlaced[static_cast<size_t>(targets[t])] && ++count.visited == count.upstream) {
                 place(targets[t]);
             }
         }
         for (const int32_t link : network_getOutgoing(node)) {
-            const int32_t to = Links[static_cast<size_t>(link)].toNode;
-            Node& target = Nodes[static_cast<size_t>(to)];
             // A lagged link counts here, though nobody waits for it, so it may release its target too early.
-            if (!isPlaced[static_cast<size_t>(to)] && ++target.visitedCount >= target.upstreamCount) {
+            const int32_t to = Links[static_cast<size_t>(link)].toNode;
+            ReleaseCount& count = counts[static_cast<size_t>(to)];
+            if (!isPlaced[static_cast<size_t>(to)] && ++count.visited >= count.upstream) {
                 place(to);
             }
         }

@@ -14,7 +14,6 @@
 #include "routing/network.h"
 #include "routing/pipe.h"
 
-std::vector<Junction> Junctions;
 std::vector<Outfall> Outfalls;
 std::vector<Splitter> Splitters;
 
@@ -161,7 +160,6 @@ void node_initState(int32_t index) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
     }
     switch (node.kind) {
-        case JUNCTION: Junctions[static_cast<size_t>(node.kindIndex)] = Junction{}; break;
         case SPLITTER: initSplitter(getSplitter(index)); break;
         default: break;
     }
@@ -175,11 +173,6 @@ void node_endState(int32_t index) {
 
 static void shiftKindState(const Node& node) {
     switch (node.kind) {
-        case JUNCTION: {
-            Junction& junction = Junctions[static_cast<size_t>(node.kindIndex)];
-            junction.oldOutflow = junction.newOutflow;
-            break;
-        }
         case SPLITTER: {
             Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             splitter.oldFlow = splitter.newFlow;
@@ -224,10 +217,10 @@ static void gatherLink(Node& node, const Link& link) {
     }
 }
 
-void node_gatherInflows(int32_t index) {
+void node_gatherInflows(int32_t index, VisitLinkList incoming) {
     Node& node = Nodes[static_cast<size_t>(index)];
-    for (const int32_t link : network_getIncoming(index)) {
-        gatherLink(node, Links[static_cast<size_t>(link)]);
+    for (const VisitLink& link : incoming) {
+        gatherLink(node, Links[static_cast<size_t>(link.link)]);
     }
 }
 
@@ -255,7 +248,7 @@ void node_split(int32_t index) {
 double node_getOfferedFlow(int32_t index, int32_t link) {
     const Node& node = Nodes[static_cast<size_t>(index)];
     switch (node.kind) {
-        case JUNCTION: return Junctions[static_cast<size_t>(node.kindIndex)].newOutflow;
+        case JUNCTION: return node.newInflow;
         case SPLITTER: {
             const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;

@@ -1,16 +1,12 @@
 #pragma once
-// What all nodes share, and the three kinds without storage: junctions, outfalls and splitters.
+// What all nodes share, and the three kinds without storage: junctions, outfalls and splitters. A junction has no record
+// of its own: it adds its inflows and passes them on, so its outflow is the inflow of the node.
 
 #include <cstdint>
 #include <vector>
 
 #include "engine/project.h"
-
-/// Adds its inflows and passes them on.
-struct Junction {
-    double oldOutflow;  ///< m3/s
-    double newOutflow;  ///< m3/s, always the inflow of the node
-};
+#include "routing/link.h"
 
 /// Takes water out of the system.
 struct Outfall {
@@ -31,7 +27,6 @@ struct Splitter {
     double newFlow;        ///< m3/s
 };
 
-extern std::vector<Junction> Junctions;
 extern std::vector<Outfall> Outfalls;
 extern std::vector<Splitter> Splitters;
 
@@ -56,8 +51,8 @@ void node_endState(int32_t node);
 /// Rolls the state of a node from new to old at the start of a step and empties what the step will add up.
 void node_shiftState(int32_t node);
 
-/// Collects what the incoming links deliver in this step.
-void node_gatherInflows(int32_t node);
+/// Collects what the incoming links, in the order of the link table, deliver in this step.
+void node_gatherInflows(int32_t node, VisitLinkList incoming);
 
 /// Mixes all loads of the step into the inflow: newQual of a node without storage.
 void node_mixInflow(int32_t node);

@@ -21,6 +21,8 @@
 
 std::vector<Pipe> Pipes;
 
+static int32_t FloodingCount = 0;  ///< pipes whose newFlood isn't 0
+
 static Pipe& getPipe(int32_t link) {
     return Pipes[static_cast<size_t>(Links[static_cast<size_t>(link)].kindIndex)];
 }
@@ -86,10 +88,12 @@ void pipe_initState(int32_t index) {
         return;
     }
     pipe.reachCount = static_cast<int32_t>(reaches);
-    pipe.storage = memory;
-    pipe.sumMass = pipe.storage + reaches;
-    pipe.oldSegQual = pipe.sumMass + pollutants;
+    pipe.sumMass = memory;
+    pipe.storage = pipe.sumMass + pollutants;
+    pipe.oldSegQual = pipe.storage + reaches;
     pipe.newSegQual = pipe.oldSegQual + reaches * pollutants;
+    pipe.hasDecay = std::any_of(pipe.decay, pipe.decay + pollutants,
+                                [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
 
 void pipe_endState(int32_t index) {
@@ -99,6 +103,7 @@ void pipe_endState(int32_t index) {
 }
 
 void pipe_openRun() {
+    FloodingCount = 0;
     for (Pipe& pipe : Pipes) {
         pipe.sumVolume = 0.0;
         pipe.sumCount = 0;
@@ -113,7 +118,10 @@ void pipe_shiftHydState(int32_t kindIndex) {
 
 void pipe_shiftQualState(int32_t kindIndex) {
     const Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
-    std::copy_n(pipe.newSegQual, static_cast<int64_t>(pipe.reachCount) * project_pollutantCount(), pipe.oldSegQual);
+    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount();
+    for (int64_t k = 0; k < count; ++k) {
+        pipe.oldSegQual[k] = pipe.newSegQual[k];
+    }
 }
 
 // --- routing -------------------------------------------------------------------------------------------------------
@@ -138,8 +146,13 @@ static void routeQuality(const Pipe& pipe, int32_t p, int32_t reach, double in, 
     QualTotals[p].reactedLoss += mixed * storage * (1.0 - decayFactor) / 1000.0;
 }
 
+bool pipe_isAnyFlooding() {
+    return FloodingCount > 0;
+}
+
 /// Outflow of the last reach against the limit: what may not pass is flood.
 static void limitOutflow(Link& link, Pipe& pipe, double out) {
+    FloodingCount -= pipe.newFlood != 0.0 ? 1 : 0;
     if (pipe.maxFlow > 0.0) {
         const double cap = pipe.maxFlow * link.setting;
         link.newFlow = out > cap ? cap : out;
@@ -148,13 +161,14 @@ static void limitOutflow(Link& link, Pipe& pipe, double out) {
         link.newFlow = link.setting != 0.0 ? out : 0.0;
         pipe.newFlood = link.setting != 0.0 ? 0.0 : out;
     }
+    FloodingCount += pipe.newFlood != 0.0 ? 1 : 0;
 }
 
 void pipe_route(int32_t index, double inflow, double* concentrations) {
     Link& link = Links[static_cast<size_t>(index)];
     Pipe& pipe = getPipe(index);
     const int32_t pollutants = project_pollutantCount();
-    const DateTime date = project_getDate(NewRoutingTime);
+    const DateTime date = pipe.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
     const double dt = pipe.stepLength;
     const double a = dt * 0.5;
     const double b = pipe.k * pipe.x;
@@ -164,7 +178,7 @@ void pipe_route(int32_t index, double inflow, double* concentrations) {
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
         for (int32_t p = 0; p < pollutants; ++p) {
-            const double factor = decay_getFactor(pipe.decay[p], date, dt);
+            const double factor = pipe.hasDecay ? decay_getFactor(pipe.decay[p], date, dt) : 1.0;
             routeQuality(pipe, p, i, flow, out, factor, concentrations[p]);
         }
         pipe.storage[i] += (flow - out) * dt;
@@ -203,12 +217,12 @@ static void fire(int32_t index, Pipe& pipe) {
     clearSums(pipe);
 }
 
-void pipe_update(int32_t index, int32_t nodeIndex, double fireTime) {
+void pipe_update(int32_t index, int32_t kindIndex, int32_t nodeIndex, double fireTime) {
     const Node& node = Nodes[static_cast<size_t>(nodeIndex)];
     if (!node_offersFlow(node.kind)) {
         return;
     }
-    Pipe& pipe = getPipe(index);
+    Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
     if (fireTime > pipe.nextFireTime && pipe.sumCount != 0) {
         fire(index, pipe);
         return;
@@ -223,7 +237,18 @@ void pipe_update(int32_t index, int32_t nodeIndex, double fireTime) {
 
 // --- delivery ------------------------------------------------------------------------------------------------------
 
-static double limitToUnit(double weight) {
+/// part / whole, limited to 0 ... 1. The quotient of two numbers is below 1 exactly if the first is the smaller one, so
+/// most calls need no division.
+static double getWeight(double part, double whole) {
+    if (whole > 0.0) {
+        if (part >= whole) {
+            return 1.0;
+        }
+        if (part <= 0.0) {
+            return 0.0;
+        }
+    }
+    const double weight = part / whole;
     return weight < 0.0 ? 0.0 : weight > 1.0 ? 1.0 : weight;
 }
 
@@ -233,17 +258,17 @@ double pipe_getFlow(const Link& link, const Pipe& pipe, double time) {
     }
     // The present K counts here, which a host may have changed, and it is added for the flow alone: flow and load are
     // weighted differently in the steps of a firing.
-    const double a = limitToUnit((time - pipe.lastFireTime + pipe.k * 1000.0) /
-                                 (pipe.nextFireTime - pipe.lastFireTime));
+    const double a = getWeight(time - pipe.lastFireTime + pipe.k * 1000.0, pipe.nextFireTime - pipe.lastFireTime);
     return (1.0 - a) * link.oldFlow + a * link.newFlow;
 }
 
 void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* loads) {
-    if (pipe.nextFireTime == pipe.lastFireTime) {
+    const int32_t pollutants = project_pollutantCount();
+    if (pollutants == 0 || pipe.nextFireTime == pipe.lastFireTime) {
         return;
     }
-    const double a = limitToUnit((time - pipe.lastFireTime) / (pipe.nextFireTime - pipe.lastFireTime));
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    const double a = getWeight(time - pipe.lastFireTime, pipe.nextFireTime - pipe.lastFireTime);
+    for (int32_t p = 0; p < pollutants; ++p) {
         loads[p] += ((1.0 - a) * link.oldFlow * link.oldQual[p] + a * link.newFlow * link.newQual[p]) / 1000.0;
     }
 }

@@ -2,19 +2,63 @@
 // are visited once in the order of the network, each collects what its links deliver, works out its outflow and hands it
 // to its outgoing links, which work out at once what they will deliver. Pollutants go along in the same pass. A network
 // that keeps circles out gets by with one sweep, whose cost grows with its nodes and links alone.
+//
+// In a large network the order of the visits jumps through tables of many megabytes, and waiting for memory would be most
+// of the work. The order is known for the whole run, so the lists below say ahead of time what a visit will need, and the
+// step asks for it some visits before.
 
 #include "routing/routing.h"
+
+#include <vector>
 
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/inflows.h"
+#include "hydrology/subcatch.h"
 #include "input/datetime.h"
+#include "platform/memory.h"
 #include "routing/connection.h"
 #include "routing/link.h"
 #include "routing/network.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+
+/// One visit of a step. The links that enter and leave the node stand in VisitLinks, one visit's behind the other's.
+struct Visit {
+    int32_t node;
+    int32_t incoming;  ///< count
+    int32_t outgoing;  ///< count
+};
+
+static std::vector<Visit> Visits;
+static std::vector<VisitLink> VisitLinks;
+
+// --- start and end -------------------------------------------------------------------------------------------------
+
+static void addVisitLinks(LinkList links) {
+    for (const int32_t link : links) {
+        const Link& record = Links[static_cast<size_t>(link)];
+        VisitLinks.push_back({link, record.kind, record.kindIndex});
+    }
+}
+
+/// Lists the visits in the order of the nodes. A node that the order never reached is left out, and node 0 is visited
+/// in its place once more.
+static void listVisits() {
+    Visits.clear();
+    VisitLinks.clear();
+    Visits.reserve(Nodes.size());
+    VisitLinks.reserve(2 * Links.size());
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const int32_t node = SortedNodes[k];
+        const LinkList incoming = network_getIncoming(node);
+        const LinkList outgoing = network_getOutgoing(node);
+        Visits.push_back({node, incoming.count, outgoing.count});
+        addVisitLinks(incoming);
+        addVisitLinks(outgoing);
+    }
+}
 
 int32_t routing_open() {
     pipe_openRun();
@@ -26,6 +70,7 @@ int32_t routing_open() {
         return ErrorCode;
     }
     network_sortNodes();
+    listVisits();
     return ErrorCode;
 }
 
@@ -37,6 +82,8 @@ void routing_close() {
         link_endState(static_cast<int32_t>(k));
     }
     SortedNodes = nullptr;
+    Visits = {};
+    VisitLinks = {};
     arena_release(RunArena);
 }
 
@@ -44,34 +91,115 @@ bool routing_isReady() {
     return SortedNodes != nullptr;
 }
 
+// --- memory ahead of the visits ------------------------------------------------------------------------------------
+
+/// A walk some visits ahead of the step.
+struct Scout {
+    size_t visit;
+    size_t link;  ///< place in VisitLinks
+};
+
+static constexpr size_t FAR = 12;  ///< visits ahead at which the records are asked for
+static constexpr size_t NEAR = 5;  ///< visits ahead at which the arrays are, to which the records point
+
+static void fetchRecords(Scout& scout) {
+    if (scout.visit >= Visits.size()) {
+        return;
+    }
+    const Visit& visit = Visits[scout.visit++];
+    memory_fetch(&Nodes[static_cast<size_t>(visit.node)]);
+    const size_t outgoing = scout.link + static_cast<size_t>(visit.incoming);
+    const size_t end = outgoing + static_cast<size_t>(visit.outgoing);
+    for (; scout.link < end; ++scout.link) {
+        const VisitLink& link = VisitLinks[scout.link];
+        if (scout.link < outgoing || link.kind != PIPE) {
+            memory_fetch(&Links[static_cast<size_t>(link.link)]);
+        }
+        if (link.kind == PIPE) {
+            memory_fetch(&Pipes[static_cast<size_t>(link.kindIndex)]);
+        }
+    }
+}
+
+/// What a pipe needs to fire.
+static void fetchFiring(const VisitLink& link, const Pipe& pipe) {
+    memory_fetch(&pipe.storage);
+    memory_fetch(&pipe.maxFlow);
+    memory_fetch(&Links[static_cast<size_t>(link.link)]);
+    memory_fetch(&Links[static_cast<size_t>(link.link)].setting);
+}
+
+static void fetchArrays(Scout& scout, double fireTime) {
+    if (scout.visit >= Visits.size()) {
+        return;
+    }
+    const Visit& visit = Visits[scout.visit++];
+    memory_fetch(Nodes[static_cast<size_t>(visit.node)].massInflow);
+    const size_t outgoing = scout.link + static_cast<size_t>(visit.incoming);
+    const size_t end = outgoing + static_cast<size_t>(visit.outgoing);
+    for (; scout.link < outgoing; ++scout.link) {
+        memory_fetch(Links[static_cast<size_t>(VisitLinks[scout.link].link)].newQual);
+    }
+    for (; scout.link < end; ++scout.link) {
+        const VisitLink& link = VisitLinks[scout.link];
+        if (link.kind == PIPE) {
+            const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+            memory_fetch(pipe.sumMass);
+            if (fireTime > pipe.nextFireTime) {
+                fetchFiring(link, pipe);
+            }
+        }
+    }
+}
+
+// --- the step ------------------------------------------------------------------------------------------------------
+
 /// Hands what a node offers to its outgoing links; kinds that only a tank feeds are passed over.
-static void updateOutgoing(int32_t node, double fireTime) {
-    for (const int32_t link : network_getOutgoing(node)) {
-        switch (Links[static_cast<size_t>(link)].kind) {
-            case PIPE: pipe_update(link, node, fireTime); break;
-            case CONNECTION: connection_update(link, node); break;
+static void updateOutgoing(int32_t node, VisitLinkList outgoing, double fireTime) {
+    for (const VisitLink& link : outgoing) {
+        switch (link.kind) {
+            case PIPE: pipe_update(link.link, link.kindIndex, node, fireTime); break;
+            case CONNECTION: connection_update(link.link, node); break;
             default: break;
         }
     }
 }
 
-static void visitNode(int32_t index, double fireTime) {
+static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgoing, double fireTime) {
     Node& node = Nodes[static_cast<size_t>(index)];
-    node_gatherInflows(index);
+    node_gatherInflows(index, incoming);
     node.newInflow = node.newLatFlow + node.newUpstreamFlow;
     switch (node.kind) {
         case JUNCTION:
-            Junctions[static_cast<size_t>(node.kindIndex)].newOutflow = node.newInflow;
             node_mixInflow(index);
-            updateOutgoing(index, fireTime);
+            updateOutgoing(index, outgoing, fireTime);
             break;
         case OUTFALL: node_mixInflow(index); break;
         case SPLITTER:
             node_split(index);
             node_mixInflow(index);
-            updateOutgoing(index, fireTime);
+            updateOutgoing(index, outgoing, fireTime);
             break;
         default: break;
+    }
+}
+
+static void visitNodes(double fireTime) {
+    Scout records{0, 0}, arrays{0, 0};
+    for (size_t k = 0; k < FAR; ++k) {
+        fetchRecords(records);
+    }
+    for (size_t k = 0; k < NEAR; ++k) {
+        fetchArrays(arrays, fireTime);
+    }
+    const VisitLink* links = VisitLinks.data();
+    for (const Visit& visit : Visits) {
+        fetchRecords(records);
+        fetchArrays(arrays, fireTime);
+        const VisitLinkList incoming{links, visit.incoming};
+        const VisitLinkList outgoing{links + visit.incoming, visit.outgoing};
+        visitNode(visit.node, incoming, outgoing, fireTime);
+        links = outgoing.end();
     }
 }
 
@@ -90,12 +218,10 @@ void routing_step() {
     for (int32_t node = 0; node < nodeCount; ++node) {
         node_shiftState(node);
     }
+    subcatch_addRunoff(oldTime);
     const DateTime date = project_getDate(newTime);
     inflows_applyExternal(date);
     inflows_applyDryWeather(date);
 
-    // A node that the order never reached is left out, and node 0 is visited in its place once more.
-    for (int32_t k = 0; k < nodeCount; ++k) {
-        visitNode(SortedNodes[k], fireTime);
-    }
+    visitNodes(fireTime);
 }

@@ -1,0 +1,945 @@
+// The network as a graph: the rules of connection with their messages, circles, and the order of a step.
+//
+// Nothing is read from a file here: the tests fill the tables of nodes and links themselves.
+
+#include "routing/network.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <deque>
+#include <list>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "routing/loops.h"
+
+static void clearNetwork() {
+    Nodes.clear();
+    Links.clear();
+    std::fill(std::begin(ObjectCount), std::end(ObjectCount), 0);
+    std::fill(std::begin(NodeKindCount), std::end(NodeKindCount), 0);
+    std::fill(std::begin(LinkKindCount), std::end(LinkKindCount), 0);
+    names_clear();
+    network_clear();
+    arena_release(RunArena);
+    arena_release(ProjectArena);
+    ErrorCode = 0;
+}
+
+class NetworkTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        clearNetwork();
+        ReportFile = std::tmpfile();
+        ASSERT_NE(ReportFile, nullptr);
+    }
+
+    void TearDown() override {
+        std::fclose(ReportFile);
+        ReportFile = nullptr;
+        clearNetwork();
+    }
+};
+
+static int32_t addNode(const std::string& id, int32_t kind = JUNCTION) {
+    const int32_t index = ObjectCount[NODE]++;
+    project_addObject(NODE, id.c_str(), index);
+    Node node{};
+    node.id = project_findId(NODE, id.c_str());
+    node.kind = kind;
+    node.kindIndex = NodeKindCount[kind]++;
+    Nodes.push_back(node);
+    return index;
+}
+
+static int32_t addLink(const std::string& id, int32_t from, int32_t to, int32_t kind = PIPE) {
+    const int32_t index = ObjectCount[LINK]++;
+    project_addObject(LINK, id.c_str(), index);
+    Link link{};
+    link.id = project_findId(LINK, id.c_str());
+    link.kind = kind;
+    link.kindIndex = LinkKindCount[kind]++;
+    link.fromNode = from;
+    link.toNode = to;
+    Links.push_back(link);
+    return index;
+}
+
+static int32_t addLaggedLink(const std::string& id, int32_t from, int32_t to, int32_t kind = PIPE) {
+    const int32_t index = addLink(id, from, to, kind);
+    Links.back().isLagged = 1;
+    return index;
+}
+
+/// Nodes A, B, C ... of one kind.
+static void addNodes(int32_t count, int32_t kind = SWMM) {
+    for (int32_t k = 0; k < count; ++k) {
+        addNode(std::string(1, static_cast<char>('A' + k)), kind);
+    }
+}
+
+static std::string readReport() {
+    std::fflush(ReportFile);
+    std::rewind(ReportFile);
+    std::string text;
+    for (int c = std::fgetc(ReportFile); c != EOF; c = std::fgetc(ReportFile)) {
+        text += static_cast<char>(c);
+    }
+    return text;
+}
+
+/// What the report holds after a validation of the tables as they are.
+static std::string validate() {
+    network_indexLinks();
+    network_validate();
+    return readReport();
+}
+
+/// Bytes of the report for some messages: a line of two blanks ahead of each.
+static std::string report(const std::vector<std::string>& messages) {
+    std::string text;
+    for (const std::string& message : messages) {
+        text += "\n  \n  " + message;
+    }
+    return text;
+}
+
+static std::vector<int32_t> heads() {
+    std::vector<int32_t> indices;
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].isHead) {
+            indices.push_back(static_cast<int32_t>(k));
+        }
+    }
+    return indices;
+}
+
+static std::vector<int32_t> sort() {
+    arena_release(RunArena);
+    SortedNodes = arena_allocateArray<int32_t>(RunArena, static_cast<int64_t>(Nodes.size()));
+    network_sortNodes();
+    return {SortedNodes, SortedNodes + Nodes.size()};
+}
+
+static std::vector<int32_t> validateAndSort() {
+    network_indexLinks();
+    network_validate();
+    return sort();
+}
+
+static LoopCheck checkLoops() {
+    network_indexLinks();
+    network_validate();
+    return loops_check();
+}
+
+static const char* const TOO_FEW = "ERROR 135: cannot span enough nodes, it may be resulted from loop network.";
+
+static std::string cyclic(const std::string& name) {
+    return "ERROR 131: Object " + name + " form cyclic loops in the drainage system.";
+}
+
+using Indices = std::vector<int32_t>;
+
+// --- rules of connection -------------------------------------------------------------------------------------------
+
+TEST_F(NetworkTest, emptyNetworkPasses) {
+    EXPECT_EQ(validate(), "");
+    EXPECT_EQ(ErrorCode, 0);
+}
+
+TEST_F(NetworkTest, outfallAloneIsHeadAndWholeNetwork) {
+    addNode("OUT", OUTFALL);
+    EXPECT_EQ(validate(), "");
+    EXPECT_EQ(heads(), Indices({0}));
+    EXPECT_EQ(sort(), Indices({0}));
+}
+
+TEST_F(NetworkTest, tanksOutfallsAndCoupledNodesNeedNoLink) {
+    addNode("T", TANK);
+    addNode("O", OUTFALL);
+    addNode("S", SWMM);
+    addNode("V", VORN);
+    EXPECT_EQ(validate(), "");
+    EXPECT_EQ(ErrorCode, 0);
+}
+
+TEST_F(NetworkTest, junctionsAndSplittersNeedAnOutlet) {
+    addNode("Sp", SPLITTER);
+    addNode("Ju", JUNCTION);
+    addNode("Sp2", SPLITTER);
+    EXPECT_EQ(validate(),
+              report({"ERROR 137: Node Sp has no downstream link.", "ERROR 137: Node Ju has no downstream link.",
+                      "ERROR 137: Node Sp2 has no downstream link."}));
+    EXPECT_EQ(ErrorCode, ERR_NO_OUTLET);
+    EXPECT_EQ(error_getPublicCode(ErrorCode), 137);
+}
+
+TEST_F(NetworkTest, laggedLinkIsAnOutlet) {
+    addNode("J");
+    addNode("O", OUTFALL);
+    addLaggedLink("L", 0, 1);
+    EXPECT_EQ(validate(), "");
+}
+
+TEST_F(NetworkTest, eachSurplusOutletOfJunctionIsReported) {
+    addNode("J");
+    addNode("O", OUTFALL);
+    addLink("L1", 0, 1);
+    addLink("L2", 0, 1);
+    addLaggedLink("L3", 0, 1);
+    const std::string message = "ERROR 133: Node J has more than one outlet link.";
+    EXPECT_EQ(validate(), report({message, message}));
+    EXPECT_EQ(ErrorCode, ERR_MULTIPLE_OUTLETS);
+    EXPECT_EQ(error_getPublicCode(ErrorCode), 133);
+}
+
+TEST_F(NetworkTest, splittersTanksAndCoupledNodesMayHaveManyOutlets) {
+    addNode("O", OUTFALL);
+    const int32_t kinds[] = {SPLITTER, TANK, SWMM, VORN};
+    int32_t number = 0;
+    for (const int32_t kind : kinds) {
+        const int32_t node = addNode("N" + std::to_string(kind), kind);
+        for (int32_t k = 0; k < 3; ++k) {
+            addLink("L" + std::to_string(number++), node, 0, WEIR);
+        }
+    }
+    EXPECT_EQ(validate(), "");
+}
+
+TEST_F(NetworkTest, eachOutletOfOutfallIsReported) {
+    addNode("O", OUTFALL);
+    addNode("P", OUTFALL);
+    addLink("L1", 0, 1);
+    addLink("L2", 0, 1);
+    EXPECT_EQ(validate(),
+              report({"ERROR 139: Outfall O has one outlet link.", "ERROR 139: Outfall O has one outlet link."}));
+    EXPECT_EQ(ErrorCode, ERR_OUTFALL_OUTLET);
+    EXPECT_EQ(error_getPublicCode(ErrorCode), 139);
+}
+
+TEST_F(NetworkTest, tankTakesPumpsWeirsAndOrificesOnly) {
+    addNode("T", TANK);
+    addNode("O", OUTFALL);
+    const int32_t kinds[] = {PUMP, PIPE, WEIR, CONNECTION, ORIFICE, CONDUIT};
+    for (const int32_t kind : kinds) {
+        addLink("L" + std::to_string(kind), 0, 1, kind);
+    }
+    const std::string message = "ERROR 145: the link from Tank T is not pump, weir or orifice.";
+    EXPECT_EQ(validate(), report({message, message, message}));
+    EXPECT_EQ(ErrorCode, ERR_TANK_LINK);
+    EXPECT_EQ(error_getPublicCode(ErrorCode), 145);
+}
+
+// The look-up finds no row, so no link starts there, whatever the table of links holds.
+TEST_F(NetworkTest, nodeWithoutKnownNameIsReportedByEachRuleThatLooksItUp) {
+    addNode("J");
+    addNode("S", SPLITTER);
+    addNode("O", OUTFALL);
+    addLink("L1", 0, 2);
+    addLink("L2", 0, 2);
+    addLink("L3", 1, 2);
+    names_clear();
+    project_addObject(NODE, "O", 2);
+    EXPECT_EQ(validate(), report({"ERROR 209: undefined object J ", "ERROR 137: Node J has no downstream link.",
+                                  "ERROR 209: undefined object S ", "ERROR 137: Node S has no downstream link.",
+                                  "ERROR 209: undefined object J "}));
+    EXPECT_EQ(ErrorCode, ERR_UNDEFINED_OBJECT);
+}
+
+TEST_F(NetworkTest, rulesFollowEachOtherAndTheLastFailureIsTheCode) {
+    addNode("T", TANK);
+    addNode("O", OUTFALL);
+    addNode("J2");
+    addNode("J1");
+    addNode("S", SPLITTER);
+    addNode("R1", VORN);
+    addNode("R2", VORN);
+    addLink("L1", 0, 1, PIPE);
+    addLink("L2", 1, 2);
+    addLink("L3", 3, 1);
+    addLink("L4", 3, 1);
+    addLink("L5", 5, 6);
+    addLink("L6", 6, 5);
+    // From the heads T, J1 and S: T, T-O, T-O-J2, J1, two J1-O, two J1-O-J2, S: nine paths for seven nodes.
+    const std::vector<std::string> messages = {
+        "ERROR 137: Node J2 has no downstream link.", "ERROR 137: Node S has no downstream link.",
+        "ERROR 133: Node J1 has more than one outlet link.", "ERROR 139: Outfall O has one outlet link.",
+        "ERROR 145: the link from Tank T is not pump, weir or orifice."};
+    EXPECT_EQ(validate(), report(messages));
+    EXPECT_EQ(ErrorCode, ERR_TANK_LINK);
+}
+
+TEST_F(NetworkTest, circleIsTestedBehindTheRules) {
+    addNode("H");
+    addNode("O", OUTFALL);
+    addLink("L1", 0, 1);
+    addLink("L2", 1, 1);
+    EXPECT_EQ(validate(), report({"ERROR 139: Outfall O has one outlet link.", cyclic("L2")}));
+    EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
+}
+
+TEST_F(NetworkTest, passingLeavesAnEarlierFailure) {
+    addNode("O", OUTFALL);
+    ErrorCode = ERR_INPUT;
+    EXPECT_EQ(validate(), "");
+    EXPECT_EQ(ErrorCode, ERR_INPUT);
+}
+
+TEST_F(NetworkTest, percentInNameIsPlainText) {
+    addNode("%s%n");
+    EXPECT_EQ(validate(), report({"ERROR 137: Node %s%n has no downstream link."}));
+}
+
+// --- heads ---------------------------------------------------------------------------------------------------------
+
+TEST_F(NetworkTest, nodesWithoutInflowAreHeads) {
+    addNodes(3);
+    addLink("L1", 2, 1);
+    addLink("L2", 0, 1);
+    validate();
+    EXPECT_EQ(heads(), Indices({0, 2}));
+}
+
+TEST_F(NetworkTest, laggedInflowAloneMakesAHead) {
+    addNodes(2);
+    addLaggedLink("L", 0, 1);
+    EXPECT_EQ(validate(), "");
+    EXPECT_EQ(heads(), Indices({0, 1}));
+}
+
+TEST_F(NetworkTest, laggedFirstInflowMakesAHeadDespiteTheSecond) {
+    addNodes(2);
+    addLaggedLink("L1", 0, 1);
+    addLink("L2", 0, 1);
+    validate();
+    EXPECT_EQ(heads(), Indices({0, 1}));
+}
+
+TEST_F(NetworkTest, laggedSecondInflowMakesNoHead) {
+    addNodes(2);
+    addLink("L1", 0, 1);
+    addLaggedLink("L2", 0, 1);
+    validate();
+    EXPECT_EQ(heads(), Indices({0}));
+}
+
+TEST_F(NetworkTest, linkToItselfHoldsANodeBack) {
+    addNodes(1);
+    addLink("L", 0, 0);
+    EXPECT_EQ(validate(), report({TOO_FEW}));
+    EXPECT_EQ(heads(), Indices());
+}
+
+TEST_F(NetworkTest, headStaysHead) {
+    addNodes(2);
+    addLink("L", 0, 1);
+    Nodes[1].isHead = 1;
+    validate();
+    EXPECT_EQ(heads(), Indices({0, 1}));
+}
+
+// --- circles -------------------------------------------------------------------------------------------------------
+
+TEST_F(NetworkTest, recycleLinkMayCloseALoop) {
+    addNodes(2, JUNCTION);
+    addLink("AB", 0, 1);
+    addLaggedLink("BA", 1, 0);
+    EXPECT_EQ(validate(), "");
+    EXPECT_EQ(heads(), Indices({0}));
+}
+
+TEST_F(NetworkTest, loopWithoutHeadSpansTooFewNodes) {
+    addNodes(2, JUNCTION);
+    addLink("AB", 0, 1);
+    addLink("BA", 1, 0);
+    EXPECT_EQ(validate(), report({TOO_FEW}));
+    EXPECT_EQ(ErrorCode, ERR_UNREACHED_NODES);
+    EXPECT_EQ(error_getPublicCode(ErrorCode), 135);
+}
+
+// The tables hold two nodes in a second circle that no head reaches; behind the first message nothing is counted.
+TEST_F(NetworkTest, loopBehindAHeadNamesTheClosingLinkAndEndsTheTest) {
+    addNodes(5);
+    addLink("HA", 0, 1);
+    addLink("AB", 1, 2);
+    addLink("BA", 2, 1);
+    addLink("CD", 3, 4);
+    addLink("DC", 4, 3);
+    EXPECT_EQ(validate(), report({cyclic("BA")}));
+    EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
+    EXPECT_EQ(error_getPublicCode(ErrorCode), 131);
+}
+
+TEST_F(NetworkTest, linkToItselfIsALoopWhereAPathReachesIt) {
+    addNodes(2);
+    addLink("HA", 0, 1);
+    addLink("AA", 1, 1);
+    EXPECT_EQ(validate(), report({cyclic("AA")}));
+}
+
+TEST_F(NetworkTest, laggedLinkToItselfIsNoLoop) {
+    addNodes(2);
+    addLink("HA", 0, 1);
+    addLaggedLink("AA", 1, 1);
+    EXPECT_EQ(validate(), "");
+}
+
+TEST_F(NetworkTest, loopMayCloseAtTheHeadItself) {
+    addNodes(2);
+    addLaggedLink("lagged", 1, 0);
+    addLink("AB", 0, 1);
+    addLink("BA", 1, 0);
+    EXPECT_EQ(validate(), report({cyclic("BA")}));
+}
+
+TEST_F(NetworkTest, firstOfParallelClosingLinksIsNamed) {
+    addNodes(3);
+    addLink("HA", 0, 1);
+    addLaggedLink("BA0", 2, 1);
+    addLink("BA1", 2, 1);
+    addLink("BA2", 2, 1);
+    addLink("AB1", 1, 2);
+    addLink("AB2", 1, 2);
+    EXPECT_EQ(validate(), report({cyclic("BA1")}));
+}
+
+// Two circles, on the second the path has three nodes and on the first four.
+TEST_F(NetworkTest, pathWithFewestNodesIsMetFirst) {
+    addNodes(6);
+    addLink("AB", 0, 1);
+    addLink("BC", 1, 2);
+    addLink("CD", 2, 3);
+    addLink("DB", 3, 1);
+    addLink("AE", 0, 4);
+    addLink("EF", 4, 5);
+    addLink("FE", 5, 4);
+    EXPECT_EQ(validate(), report({cyclic("FE")}));
+}
+
+// A long tail with a short circle and a short tail with a long circle: both paths have four nodes.
+TEST_F(NetworkTest, ofPathsOfOneLengthTheEarlierOutletOfTheHeadIsMetFirst) {
+    for (const bool longTailFirst : {true, false}) {
+        clearNetwork();
+        addNodes(7);
+        addLink("toTail", 0, longTailFirst ? 1 : 4);
+        addLink("toCircle", 0, longTailFirst ? 4 : 1);
+        addLink("BC", 1, 2);
+        addLink("CD", 2, 3);
+        addLink("DD", 3, 3);
+        addLink("EF", 4, 5);
+        addLink("FG", 5, 6);
+        addLink("GE", 6, 4);
+        network_indexLinks();
+        network_validate();
+        EXPECT_STREQ(loops_check().loopName, longTailFirst ? "DD" : "GE");
+    }
+}
+
+TEST_F(NetworkTest, ofPathsOfOneLengthThatOfTheEarlierHeadIsMetFirst) {
+    addNodes(4);
+    addLink("DB", 3, 1);  // the later head, though its links stand first
+    addLink("BB", 1, 1);
+    addLink("AC", 0, 2);
+    addLink("CC", 2, 2);
+    EXPECT_EQ(validate(), report({cyclic("CC")}));
+}
+
+// From A over B both C and D close at once; C comes first by the link of B.
+TEST_F(NetworkTest, ofPathsWithACommonTailTheEarlierLinkDecides) {
+    addNodes(4);
+    addLink("AB", 0, 1);
+    addLink("BD", 1, 3);
+    addLink("BC", 1, 2);
+    addLink("CB", 2, 1);
+    addLink("DD", 3, 3);
+    EXPECT_EQ(validate(), report({cyclic("DD")}));
+}
+
+// The path A-B-C-D closes at B and at C; the circle from B is the one of the shorter tail, but DC stands first.
+TEST_F(NetworkTest, ofTwoClosingLinksOfOnePathTheEarlierIsNamed) {
+    addNodes(4);
+    addLink("DC", 3, 2);
+    addLink("DB", 3, 1);
+    addLink("AB", 0, 1);
+    addLink("BC", 1, 2);
+    addLink("CD", 2, 3);
+    EXPECT_EQ(validate(), report({cyclic("DC")}));
+}
+
+// --- numbers of paths ----------------------------------------------------------------------------------------------
+
+TEST_F(NetworkTest, nodeBehindTwoPumpsHasAPathForEach) {
+    addNode("T", TANK);
+    addNode("O", OUTFALL);
+    addNode("R1");
+    addNode("R2");
+    addLink("P1", 0, 1, PUMP);
+    addLink("P2", 0, 1, PUMP);
+    addLink("R12", 2, 3);
+    addLink("R21", 3, 2);
+    // T, T-O over P1, T-O over P2: one less than the nodes.
+    EXPECT_EQ(checkLoops().pathCount, 3);
+    EXPECT_EQ(readReport(), report({TOO_FEW}));
+}
+
+// S, two paths to X, two to O: as many as the nodes, though nothing leads to the circle of R1 and R2.
+TEST_F(NetworkTest, doublePathsHideUnreachedNodes) {
+    addNode("S", SPLITTER);
+    addNode("X");
+    addNode("O", OUTFALL);
+    addNode("R1");
+    addNode("R2");
+    addLink("SX1", 0, 1);
+    addLink("SX2", 0, 1);
+    addLink("XO", 1, 2);
+    addLink("R12", 3, 4);
+    addLink("R21", 4, 3);
+    EXPECT_EQ(validate(), "");
+}
+
+TEST_F(NetworkTest, pathsOneShortOfTheNodesFail) {
+    addNode("S", SPLITTER);
+    addNode("X");
+    addNode("O", OUTFALL);
+    addNode("R1");
+    addNode("R2");
+    addNode("R3");
+    addLink("SX1", 0, 1);
+    addLink("SX2", 0, 1);
+    addLink("XO", 1, 2);
+    addLink("R12", 3, 4);
+    addLink("R23", 4, 5);
+    addLink("R31", 5, 3);
+    EXPECT_EQ(validate(), report({TOO_FEW}));
+}
+
+// B is a head for its first inflow is lagged, and stands on the path from A as well.
+TEST_F(NetworkTest, headWithInflowHasAPathOfItsOwnToo) {
+    addNodes(6);
+    addLaggedLink("lagged", 0, 1);
+    addLink("AB", 0, 1);
+    for (int32_t k = 2; k < 6; ++k) {
+        addLink("R" + std::to_string(k), k, k < 5 ? k + 1 : 2);
+    }
+    EXPECT_EQ(checkLoops().pathCount, 3);  // A, B, A-B
+}
+
+TEST_F(NetworkTest, laggedLinkMakesNoPath) {
+    addNodes(4);
+    addLink("AB", 0, 1);
+    addLaggedLink("BA", 1, 0);
+    addLaggedLink("AB2", 0, 1);
+    addLink("CD", 2, 3);
+    addLink("DC", 3, 2);
+    EXPECT_EQ(heads(), Indices());
+    Nodes[0].isHead = 1;
+    network_indexLinks();
+    EXPECT_EQ(loops_check().pathCount, 2);
+}
+
+// --- against the walk itself ---------------------------------------------------------------------------------------
+
+struct Walk {
+    std::string loopName;
+    int64_t pathCount;
+};
+
+/// The walk over all paths as it is defined, the shorter ones first.
+static Walk walkAllPaths() {
+    std::deque<std::list<int32_t>> paths;
+    int64_t count = 0;
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].isHead) {
+            paths.push_back({static_cast<int32_t>(k)});
+            ++count;
+        }
+    }
+    for (; !paths.empty(); paths.pop_front()) {
+        const std::list<int32_t> path = paths.front();
+        const auto contains = [&](int32_t node) { return std::find(path.begin(), path.end(), node) != path.end(); };
+        const auto extend = [&](int32_t node) {
+            paths.push_back(path);
+            paths.back().push_back(node);
+            ++count;
+        };
+        for (const Link& link : Links) {
+            if (link.fromNode != path.back() || link.isLagged) {
+                continue;
+            }
+            if (contains(link.toNode)) {
+                return {link.id, count};
+            }
+            extend(link.toNode);
+        }
+        int32_t targets[2];
+        const int32_t targetCount = network_getDirectTargets(path.back(), targets);
+        for (int32_t t = 0; t < targetCount; ++t) {
+            if (contains(targets[t])) {
+                return {Nodes[static_cast<size_t>(targets[t])].id, count};
+            }
+            extend(targets[t]);
+        }
+    }
+    return {"", count};
+}
+
+/// The order of a step with lists that are searched from end to end.
+static std::vector<int32_t> sortWithLists(std::vector<int32_t>& upstreamCounts, std::vector<int32_t>& visitedCounts) {
+    std::vector<int32_t> sorted(Nodes.size(), 0);
+    upstreamCounts.assign(Nodes.size(), 0);
+    visitedCounts.assign(Nodes.size(), 0);
+    for (const Link& link : Links) {
+        upstreamCounts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
+    }
+    std::list<int32_t> visited, pending;
+    size_t k = 0;
+    const auto append = [&](int32_t node) {
+        visited.push_back(node);
+        pending.push_back(node);
+        sorted[k++] = node;
+    };
+    for (size_t n = 0; n < Nodes.size(); ++n) {
+        if (Nodes[n].isHead) {
+            append(static_cast<int32_t>(n));
+        }
+    }
+    while (!pending.empty()) {
+        for (const Link& link : Links) {
+            const int32_t to = link.toNode;
+            if (link.fromNode != pending.front() || std::find(visited.begin(), visited.end(), to) != visited.end() ||
+                std::find(pending.begin(), pending.end(), to) != pending.end()) {
+                continue;
+            }
+            if (++visitedCounts[static_cast<size_t>(to)] >= upstreamCounts[static_cast<size_t>(to)]) {
+                append(to);
+            }
+        }
+        pending.pop_front();
+    }
+    return sorted;
+}
+
+/// A small network without regard to kinds. Links prefer higher nodes, so that there are some circles and not too many.
+static void makeRandomNetwork(std::mt19937& random) {
+    const auto draw = [&](uint32_t count) { return static_cast<int32_t>(random() % count); };
+    clearNetwork();
+    const int32_t nodeCount = 1 + draw(9);
+    const int32_t linkCount = draw(static_cast<uint32_t>(nodeCount) * 2);
+    const int32_t backward = draw(4);
+    addNodes(nodeCount);
+    for (int32_t k = 0; k < linkCount; ++k) {
+        int32_t from = draw(static_cast<uint32_t>(nodeCount));
+        int32_t to = draw(static_cast<uint32_t>(nodeCount));
+        if (from > to && draw(4) > backward) {
+            std::swap(from, to);
+        }
+        if (from == to && draw(3) > 0) {
+            to = (to + 1) % nodeCount;
+        }
+        addLink("L" + std::to_string(k), from, to);
+        Links.back().isLagged = draw(8) == 0;
+    }
+    network_indexLinks();
+    if (draw(2) == 0) {
+        for (int32_t k = draw(3); k >= 0; --k) {
+            Nodes[static_cast<size_t>(draw(static_cast<uint32_t>(nodeCount)))].isHead = 1;
+        }
+    }
+}
+
+TEST_F(NetworkTest, smallNetworksPassAndFailAsInTheWalkOverAllPaths) {
+    std::mt19937 random(20240229);
+    int32_t loops = 0, tooFew = 0, passed = 0;
+    for (int32_t trial = 0; trial < 20000; ++trial) {
+        makeRandomNetwork(random);
+        network_validate();
+        const Walk walk = walkAllPaths();
+        const LoopCheck check = loops_check();
+        const int64_t nodeCount = static_cast<int64_t>(Nodes.size());
+        if (!walk.loopName.empty()) {
+            ASSERT_NE(check.loopName, nullptr) << "trial " << trial;
+            ASSERT_EQ(check.loopName, walk.loopName) << "trial " << trial;
+            ASSERT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
+            ++loops;
+        } else {
+            ASSERT_EQ(check.loopName, nullptr) << "trial " << trial;
+            ASSERT_EQ(check.pathCount, std::min(walk.pathCount, nodeCount)) << "trial " << trial;
+            ASSERT_EQ(ErrorCode, walk.pathCount < nodeCount ? ERR_UNREACHED_NODES : 0);
+            ++(walk.pathCount < nodeCount ? tooFew : passed);
+        }
+    }
+    EXPECT_GT(loops, 1000);
+    EXPECT_GT(tooFew, 1000);
+    EXPECT_GT(passed, 1000);
+}
+
+TEST_F(NetworkTest, smallNetworksAreSortedAsWithLists) {
+    std::mt19937 random(19960806);
+    for (int32_t trial = 0; trial < 20000; ++trial) {
+        makeRandomNetwork(random);
+        network_validate();
+        std::vector<int32_t> upstreamCounts, visitedCounts;
+        ASSERT_EQ(sort(), sortWithLists(upstreamCounts, visitedCounts)) << "trial " << trial;
+        for (size_t k = 0; k < Nodes.size(); ++k) {
+            ASSERT_EQ(Nodes[k].upstreamCount, upstreamCounts[k]) << "trial " << trial;
+            ASSERT_EQ(Nodes[k].visitedCount, visitedCounts[k]) << "trial " << trial;
+        }
+    }
+}
+
+// --- large networks ------------------------------------------------------------------------------------------------
+
+static int64_t size() {
+    return static_cast<int64_t>(Nodes.size() + Links.size());
+}
+
+/// Nodes without names, for networks where only circles are asked for.
+static void addNamelessNodes(int32_t count) {
+    Node node{};
+    node.kind = SWMM;
+    Nodes.resize(Nodes.size() + static_cast<size_t>(count), node);
+    ObjectCount[NODE] += count;
+    NodeKindCount[SWMM] += count;
+}
+
+static void addNamelessLink(int32_t from, int32_t to, const char* id = "inside") {
+    Link link{};
+    link.id = id;
+    link.fromNode = from;
+    link.toNode = to;
+    Links.push_back(link);
+    ++ObjectCount[LINK];
+    ++LinkKindCount[PIPE];
+}
+
+/// Sixty splitters whose two branches rejoin at the next one: 2^60 paths to the last node.
+TEST_F(NetworkTest, ladderOfRejoiningSplittersIsCountedWithoutWalking) {
+    addNode("S0", SPLITTER);
+    for (int32_t k = 1; k <= 60; ++k) {
+        const int32_t from = ObjectCount[NODE] - 1;
+        const std::string number = std::to_string(k);
+        addNode("A" + number);
+        addNode("B" + number);
+        addNode("S" + number, k < 60 ? SPLITTER : OUTFALL);
+        addLink("LA" + number, from, from + 1);
+        addLink("LB" + number, from, from + 2);
+        addLink("MA" + number, from + 1, from + 3);
+        addLink("MB" + number, from + 2, from + 3);
+    }
+    EXPECT_EQ(validate(), "");
+    EXPECT_LE(NetworkVisitCount, 3 * size());
+    EXPECT_EQ(loops_check().pathCount, 181);
+}
+
+TEST_F(NetworkTest, loopBehindALadderIsFoundWithoutWalking) {
+    addNamelessNodes(62);
+    for (int32_t k = 0; k < 60; ++k) {
+        addNamelessLink(k, k + 1);
+        addNamelessLink(k, k + 1);
+    }
+    addNamelessLink(60, 61);
+    addNamelessLink(61, 60, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 5 * size());
+}
+
+TEST_F(NetworkTest, chainOfAMillionNodesIsValidatedAndSortedNodeByNode) {
+    const int32_t count = 1000000;
+    Nodes.reserve(count);
+    Links.reserve(count);
+    addNode("0");
+    for (int32_t k = 1; k < count; ++k) {
+        addNode(std::to_string(k), k < count - 1 ? JUNCTION : OUTFALL);
+        addNamelessLink(k - 1, k);
+    }
+    EXPECT_EQ(validate(), "");
+    EXPECT_LE(NetworkVisitCount, 3 * size());
+    const std::vector<int32_t> sorted = sort();
+    for (int32_t k = 0; k < count; ++k) {
+        ASSERT_EQ(sorted[static_cast<size_t>(k)], k);
+    }
+}
+
+TEST_F(NetworkTest, smallLoopBehindAChainOfAMillionNodesIsFound) {
+    const int32_t count = 1000000;
+    addNamelessNodes(count);
+    for (int32_t k = 1; k < count; ++k) {
+        addNamelessLink(k - 1, k);
+    }
+    addNamelessLink(count - 1, count - 3, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 3 * size());
+}
+
+TEST_F(NetworkTest, chainOfAMillionNodesBackToItsStartIsFound) {
+    const int32_t count = 1000000;
+    addNamelessNodes(count);
+    for (int32_t k = 1; k < count; ++k) {
+        addNamelessLink(k - 1, k);
+    }
+    addNamelessLink(count - 1, 1, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+TEST_F(NetworkTest, ringOfTwoThousandNodesIsFoundAtTheCostOfItsLinks) {
+    addNamelessNodes(2001);
+    for (int32_t k = 0; k < 2000; ++k) {
+        addNamelessLink(k, (k + 1) % 2000, k == 999 ? "closing" : "inside");
+    }
+    addNamelessLink(2000, 1000);
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+/// A head at each node of a ring, so that a lasso of one length starts at each: the first head's is the one.
+TEST_F(NetworkTest, ringWithAHeadAtEachNodeIsFoundAtTheCostOfItsLinks) {
+    const int32_t ring = 2000;
+    addNamelessNodes(2 * ring);
+    for (int32_t k = 0; k < ring; ++k) {
+        addNamelessLink(ring + k, ring + (k + 1) % ring, k == ring - 1 ? "closing" : "inside");
+        // Heads at the even places of the ring in rising order, at the odd ones in falling order.
+        addNamelessLink(k, ring + (k % 2 == 0 ? k : ring - k));
+    }
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+/// A square of streets, each crossing draining to the next in both directions, and the last back to the first.
+TEST_F(NetworkTest, gridClosedByOneLinkIsFoundAtTheCostOfItsLinks) {
+    const int32_t side = 100;
+    addNamelessNodes(side * side + 1);
+    for (int32_t row = 0; row < side; ++row) {
+        for (int32_t column = 0; column < side; ++column) {
+            const int32_t node = row * side + column;
+            if (column + 1 < side) {
+                addNamelessLink(node, node + 1);
+            }
+            if (row + 1 < side) {
+                addNamelessLink(node, node + side);
+            }
+        }
+    }
+    addNamelessLink(side * side, 0);
+    addNamelessLink(side * side - 1, 0, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+/// Each node drains to all others, and a chain leads to the first one.
+TEST_F(NetworkTest, denseNetworkCostsAtMostItsSizeForEachNodeOnLoops) {
+    const int32_t dense = 200;
+    addNamelessNodes(dense + 50);
+    for (int32_t from = 0; from < dense; ++from) {
+        for (int32_t to = 0; to < dense; ++to) {
+            if (from != to) {
+                addNamelessLink(from, to, from == 1 && to == 0 ? "closing" : "inside");
+            }
+        }
+    }
+    for (int32_t k = 0; k < 50; ++k) {
+        addNamelessLink(dense + k, k < 49 ? dense + k + 1 : 0);
+    }
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, size() * dense);
+}
+
+// --- order ---------------------------------------------------------------------------------------------------------
+
+TEST_F(NetworkTest, headsComeByIndexAndTargetsByLink) {
+    addNodes(6);
+    addLink("L1", 5, 2);
+    addLink("L2", 1, 4);
+    addLink("L3", 1, 0);
+    addLink("L4", 4, 3);
+    EXPECT_EQ(validateAndSort(), Indices({1, 5, 4, 0, 2, 3}));
+}
+
+TEST_F(NetworkTest, nodeWaitsForTheLastOfItsInflows) {
+    addNodes(4);
+    addLink("AD", 0, 3);
+    addLink("AB", 0, 1);
+    addLink("BC", 1, 2);
+    addLink("CD", 2, 3);
+    EXPECT_EQ(validateAndSort(), Indices({0, 1, 2, 3}));
+    EXPECT_EQ(Nodes[3].upstreamCount, 2);
+    EXPECT_EQ(Nodes[3].visitedCount, 2);
+}
+
+TEST_F(NetworkTest, eachOfTwoParallelLinksIsWaitedFor) {
+    addNodes(3);
+    addLink("AC1", 0, 2);
+    addLink("AC2", 0, 2);
+    addLink("AB", 0, 1);
+    EXPECT_EQ(validateAndSort(), Indices({0, 2, 1}));
+    EXPECT_EQ(Nodes[2].upstreamCount, 2);
+}
+
+TEST_F(NetworkTest, laggedLinkIsNotWaitedForButReleasesItsTargetEarly) {
+    addNodes(4);
+    addLink("AB", 0, 1);
+    addLink("BC", 1, 2);
+    addLink("CD", 2, 3);
+    addLaggedLink("AD", 0, 3);
+    // D goes ahead of C, whose water it takes.
+    EXPECT_EQ(validateAndSort(), Indices({0, 1, 3, 2}));
+    EXPECT_EQ(Nodes[3].upstreamCount, 1);
+    EXPECT_EQ(Nodes[3].visitedCount, 1);
+}
+
+// With equality in place of "at least" the count would run past the mark and the node would be lost.
+TEST_F(NetworkTest, linkReleasesATargetThatNothingWaitsFor) {
+    addNodes(2);
+    addLaggedLink("AB", 0, 1);
+    Nodes[0].isHead = 1;
+    network_indexLinks();
+    EXPECT_EQ(sort(), Indices({0, 1}));
+    EXPECT_EQ(Nodes[1].upstreamCount, 0);
+    EXPECT_EQ(Nodes[1].visitedCount, 1);
+}
+
+TEST_F(NetworkTest, headWithInflowKeepsItsPlaceAtTheFront) {
+    addNodes(3);
+    addLaggedLink("BC0", 1, 2);
+    addLink("AB", 0, 1);
+    addLink("BC", 1, 2);
+    EXPECT_EQ(validateAndSort(), Indices({0, 2, 1}));
+    EXPECT_EQ(Nodes[2].upstreamCount, 1);
+    EXPECT_EQ(Nodes[2].visitedCount, 0);
+}
+
+TEST_F(NetworkTest, nodesNeverReleasedLeaveNodeZeroAtTheEnd) {
+    addNodes(5);
+    addLink("AB", 0, 1);
+    addLink("BA", 1, 0);
+    addLink("CD", 2, 3);
+    addLink("AD", 0, 3);
+    // A and B wait for each other, D for A; only C and E go.
+    EXPECT_EQ(validateAndSort(), Indices({2, 4, 0, 0, 0}));
+    EXPECT_EQ(Nodes[3].visitedCount, 1);
+}
+
+TEST_F(NetworkTest, sortingAgainGivesTheSameOrder) {
+    addNodes(4);
+    addLink("AD", 0, 3);
+    addLink("AB", 0, 1);
+    addLink("BC", 1, 2);
+    addLink("CD", 2, 3);
+    const std::vector<int32_t> first = validateAndSort();
+    EXPECT_EQ(sort(), first);
+}
