@@ -10,6 +10,8 @@
 #include "engine/project.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
@@ -68,6 +70,7 @@ void project_createObjects() {
     createTable(Nodes, ObjectCount[NODE]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
+    createTable(LidMonos, NodeKindCount[LID_MONO]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
     createTable(Connections, LinkKindCount[CONNECTION]);
@@ -75,6 +78,7 @@ void project_createObjects() {
     landuse_createAll();
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
+    lid_createTables();
     createNodes();
     createLinks();
 }
@@ -85,11 +89,13 @@ void project_deleteObjects() {
     Nodes = {};
     Outfalls = {};
     Splitters = {};
+    LidMonos = {};
     Links = {};
     Pipes = {};
     Connections = {};
     Polluts = {};
     Landuses = {};
+    lid_deleteTables();
     table_deleteAll();
     Patterns = {};
     network_clear();

@@ -64,6 +64,11 @@ void lid_createTables() {
     }
 }
 
+LidGroup* lid_findGroup(int32_t subcatch) {
+    const size_t k = static_cast<size_t>(subcatch);
+    return k < LidGroups.size() && LidGroups[k].firstUnit >= 0 ? &LidGroups[k] : nullptr;
+}
+
 void lid_deleteTables() {
     LidGroups = {};
     LidUnits = {};
@@ -438,9 +443,9 @@ void lid_validateAll() {
     for (size_t k = 0; k < Lids.size(); ++k) {
         lid_validateOne(static_cast<int32_t>(k));
     }
-    for (size_t k = 0; k < LidGroups.size() && k < Subcatches.size(); ++k) {
-        if (LidGroups[k].firstUnit >= 0) {
-            validateGroup(Subcatches[k], LidGroups[k]);
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        if (const LidGroup* group = lid_findGroup(static_cast<int32_t>(k))) {
+            validateGroup(Subcatches[k], *group);
         }
     }
 }

@@ -126,6 +126,9 @@ extern std::vector<LidUnit> LidUnits;    ///< of all subcatchments, in the order
 /// current error.
 void lid_createTables();
 
+/// The group of a subcatchment, or null if no unit stands on it.
+LidGroup* lid_findGroup(int32_t subcatch);
+
 /// Forgets groups, units and definitions.
 void lid_deleteTables();
 

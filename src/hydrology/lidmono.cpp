@@ -149,8 +149,8 @@ static void roll(double& last, double& current) {
     current = 0.0;
 }
 
-void lidmono_shiftState(int32_t node) {
-    LidMono& mono = getMono(node);
+void lidmono_shiftState(int32_t kindIndex) {
+    LidMono& mono = LidMonos[static_cast<size_t>(kindIndex)];
     roll(mono.lastSurfaceFlow, mono.thisSurfaceFlow);
     roll(mono.lastDrainFlow, mono.thisDrainFlow);
     mono.evapRate = mono.infilRate = 0.0;
@@ -232,6 +232,14 @@ void lidmono_step(int32_t index) {
         mono.rainDepth += dt * rain;
     }
     lid_addBalance();
+}
+
+int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets) {
+    if (static_cast<size_t>(kindIndex) >= LidMonos.size() || LidMonos[static_cast<size_t>(kindIndex)].drainNode < 0) {
+        return 0;
+    }
+    targets[0] = LidMonos[static_cast<size_t>(kindIndex)].drainNode;
+    return 1;
 }
 
 double lidmono_getOutflow(const LidMono& mono) {

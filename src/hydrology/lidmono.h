@@ -21,10 +21,13 @@ void lidmono_validate(int32_t node);
 void lidmono_init(int32_t node);
 
 /// New becomes old at the start of a routing step.
-void lidmono_shiftState(int32_t node);
+void lidmono_shiftState(int32_t kindIndex);
 
 /// One routing step, once the inflow of the node and its load are known. A node of another kind is left alone.
 void lidmono_step(int32_t node);
+
+/// The node of the drain, if it has one, into `targets`; gives their number.
+int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets);
 
 /// Flow to the outgoing link, m3/s: over the surface, past the unit, and the drain if that has no node of its own.
 double lidmono_getOutflow(const LidMono& mono);

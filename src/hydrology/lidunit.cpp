@@ -115,11 +115,14 @@ static void shiftUnit(LidUnit& unit) {
 }
 
 void lid_shiftGroup(int32_t subcatch) {
-    LidGroup& group = LidGroups[static_cast<size_t>(subcatch)];
-    group.lastSurfaceOutflow = group.thisSurfaceOutflow;
-    group.lastDrainFlow = group.thisDrainFlow;
-    group.thisSurfaceOutflow = group.thisDrainFlow = 0.0;
-    for (int32_t k = group.firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+    LidGroup* group = lid_findGroup(subcatch);
+    if (!group) {
+        return;
+    }
+    group->lastSurfaceOutflow = group->thisSurfaceOutflow;
+    group->lastDrainFlow = group->thisDrainFlow;
+    group->thisSurfaceOutflow = group->thisDrainFlow = 0.0;
+    for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
         shiftUnit(LidUnits[static_cast<size_t>(k)]);
     }
 }
@@ -152,14 +155,14 @@ static void stepUnit(const Subcatch& subcatch, LidUnit& unit, double flow, doubl
 }
 
 void lid_stepUnits(int32_t index, double dt) {
-    LidGroup& group = LidGroups[static_cast<size_t>(index)];
-    if (group.firstUnit < 0) {
+    LidGroup* group = lid_findGroup(index);
+    if (!group) {
         return;
     }
     const Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
     const double evap = subcatch.rain > 0.0 ? 0.0 : Evap.rate;  // nothing evaporates from a unit while it rains
     double flow = 0.0, surfaceSum = 0.0, drainSum = 0.0;
-    for (int32_t k = group.firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+    for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
         LidUnit& unit = LidUnits[static_cast<size_t>(k)];
         if (subcatch.area > subcatch.lidArea) {
             flow = (subcatch.imperviousRunoff + subcatch.perviousRunoff) * unit.fromImpervious;
@@ -171,14 +174,14 @@ void lid_stepUnits(int32_t index, double dt) {
         surfaceSum += unit.thisSurfaceFlow;
         drainSum += unit.thisDrainFlow;
     }
-    group.thisSurfaceOutflow = surfaceSum;
-    group.thisDrainFlow = drainSum;
+    group->thisSurfaceOutflow = surfaceSum;
+    group->thisDrainFlow = drainSum;
     RunoffVolumes.lidOutflow = surfaceSum * dt;
 }
 
 void lid_addSurfaceLoads(int32_t subcatch, double* runoffLoad) {
-    const LidGroup& group = LidGroups[static_cast<size_t>(subcatch)];
-    for (int32_t k = group.firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+    const LidGroup* group = lid_findGroup(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
         const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
         // Unit by unit: a later one also takes its share of what the ones before let go.
         for (int32_t p = 0; p < project_pollutantCount(); ++p) {
@@ -203,11 +206,12 @@ static void addDrain(const LidUnit& unit) {
 }
 
 void lid_addDrains() {
-    for (size_t i = 0; i < LidGroups.size(); ++i) {
-        if (!(Subcatches[i].area > 0.0) || !(Subcatches[i].lidArea > 0.0)) {
+    for (size_t i = 0; i < Subcatches.size() && !LidUnits.empty(); ++i) {
+        const LidGroup* group = lid_findGroup(static_cast<int32_t>(i));
+        if (!group || !(Subcatches[i].area > 0.0) || !(Subcatches[i].lidArea > 0.0)) {
             continue;
         }
-        for (int32_t k = LidGroups[i].firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+        for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
             if (LidUnits[static_cast<size_t>(k)].drainNode >= 0) {
                 addDrain(LidUnits[static_cast<size_t>(k)]);
             }

@@ -164,8 +164,12 @@ void report_writeTables() {
     }
     tables_writeSubcatches();
     tables_writeWashoff();
+    tables_writeLidUnits();
+    tables_writeLidUnitQuality();
     tables_writeNodes();
     tables_writeOutfalls();
+    tables_writeLidMonos();
+    tables_writeLidMonoQuality();
     tables_writeLinks();
     tables_writeGageEvents();
 }

@@ -6,4 +6,8 @@ void tables_writeOutfalls();
 void tables_writeLinks();
 void tables_writeSubcatches();
 void tables_writeWashoff();
+void tables_writeLidUnits();
+void tables_writeLidUnitQuality();
+void tables_writeLidMonos();
+void tables_writeLidMonoQuality();
 void tables_writeGageEvents();

@@ -8,6 +8,7 @@
 
 #include "engine/errors.h"
 #include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
 #include "input/names.h"
 #include "input/table.h"
 #include "input/tokens.h"
@@ -85,6 +86,7 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
         case JUNCTION:
         case OUTFALL: return readPlainNode(node, kind, kindIndex);
         case SPLITTER: return readSplitter(node, kindIndex);
+        case LID_MONO: return lidmono_readLine(node, kindIndex, TokCount);
         default: return ERR_NONE;
     }
 }
@@ -136,6 +138,7 @@ static void validateSplitter(int32_t index) {
 void node_validate(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
         case SPLITTER: validateSplitter(index); break;
+        case LID_MONO: lidmono_validate(index); break;
         default: break;
     }
 }
@@ -161,6 +164,7 @@ void node_initState(int32_t index) {
     }
     switch (node.kind) {
         case SPLITTER: initSplitter(getSplitter(index)); break;
+        case LID_MONO: lidmono_init(index); break;
         default: break;
     }
 }
@@ -178,6 +182,7 @@ static void shiftKindState(const Node& node) {
             splitter.oldFlow = splitter.newFlow;
             break;
         }
+        case LID_MONO: lidmono_shiftState(node.kindIndex); break;
         default: break;
     }
 }
@@ -253,6 +258,7 @@ double node_getOfferedFlow(int32_t index, int32_t link) {
             const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;
         }
+        case LID_MONO: return lidmono_getOutflow(LidMonos[static_cast<size_t>(node.kindIndex)]);
         default: return 0.0;
     }
 }
