@@ -248,6 +248,14 @@ double lidmono_getOutflow(const LidMono& mono) {
 
 // --- results -------------------------------------------------------------------------------------------------------
 
+double lidmono_getVolume(int32_t kindIndex) {
+    const LidMono& mono = LidMonos[static_cast<size_t>(kindIndex)];
+    const Lid& lid = Lids[static_cast<size_t>(mono.lid)];
+    // Of the soil the porosity stands for the depth, as in the concentrations below.
+    return mono.area * (mono.surfaceLevel * lid.surfaceVoid + mono.pavementLevel * lid.pavementVoid +
+                        mono.soilMoisture * lid.porosity + mono.storageLevel * lid.storageVoid);
+}
+
 /// Concentrations of a layer, mg/L, over its present volume (m3).
 static void setLayer(const double* lastMass, const double* thisMass, double volume, double f, float* row) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
