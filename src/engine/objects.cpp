@@ -10,6 +10,8 @@
 #include "engine/project.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
@@ -87,6 +89,7 @@ void project_createObjects() {
     createTable(Tanks, NodeKindCount[TANK]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
+    createTable(LidMonos, NodeKindCount[LID_MONO]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
     createTable(Pumps, LinkKindCount[PUMP]);
@@ -98,6 +101,7 @@ void project_createObjects() {
     landuse_createAll();
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
+    lid_createTables();
     createNodes();
     createLinks();
 }
@@ -109,6 +113,7 @@ void project_deleteObjects() {
     Tanks = {};
     Outfalls = {};
     Splitters = {};
+    LidMonos = {};
     Links = {};
     Pipes = {};
     Pumps = {};
@@ -119,6 +124,7 @@ void project_deleteObjects() {
     Orifices = {};
     Polluts = {};
     Landuses = {};
+    lid_deleteTables();
     table_deleteAll();
     Patterns = {};
     network_clear();

@@ -16,6 +16,7 @@
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
@@ -89,7 +90,6 @@ static void shiftState(Subcatch& subcatch) {
         subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p];
         subcatch.thisWashoffRate[p] = 0.0;
     }
-    // The LID units of the subcatchment shift here in the same way.
 }
 
 /// Concentrations of the runoff, from the loads of the step. A trickle carries none: its load is lost.
@@ -110,7 +110,7 @@ static void washSubcatch(int32_t index, double dt) {
     std::fill_n(subcatch.runoffLoad, project_pollutantCount(), 0.0);
     subcatch_washLand(index, subcatch.thisRunoff / subcatch.area, dt);
     subcatch_washRain(index, dt);
-    // The LID units of the subcatchment take their share of runoffLoad here and add their own, unit by unit.
+    lid_addSurfaceLoads(index, subcatch.runoffLoad);
     setQuality(subcatch, dt);
 }
 
@@ -138,8 +138,9 @@ void runoff_advance() {
     OldRunoffTime = NewRunoffTime;
     const double next = NewRunoffTime + RunoffStep * 1000.0;
     NewRunoffTime = next > TotalDuration ? TotalDuration : next;
-    for (Subcatch& subcatch : Subcatches) {
-        shiftState(subcatch);
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        shiftState(Subcatches[k]);
+        lid_shiftGroup(static_cast<int32_t>(k));
     }
     for (size_t k = 0; k < Subcatches.size(); ++k) {
         advanceSubcatch(static_cast<int32_t>(k), RunoffStep);

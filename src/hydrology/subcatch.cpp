@@ -13,6 +13,7 @@
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lidunit.h"
 #include "input/names.h"
 #include "input/tokens.h"
 
@@ -320,7 +321,9 @@ void subcatch_stepWater(int32_t index) {
     if (area > 0.0) {
         stepLand(s, area, dt, SlopeRoots[static_cast<size_t>(index)]);
     }
-    // With a lidArea above 0 the LID units of the subcatchment take their step here.
+    if (s.lidArea > 0.0) {
+        lid_stepUnits(index, dt);
+    }
     s.infilRate = RunoffVolumes.infil / dt / s.area;
     s.evapRate = RunoffVolumes.evap / dt / s.area;
     s.thisRunoff = (RunoffVolumes.surfaceOutflow - RunoffVolumes.lidRunon + RunoffVolumes.lidOutflow) / dt;

@@ -14,6 +14,7 @@
 #include "hydrology/gage.h"
 #include "hydrology/inflows.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lid.h"
 #include "hydrology/subcatch.h"
 #include "input/names.h"
 #include "input/options.h"
@@ -250,6 +251,8 @@ int32_t input_parseLine(int32_t number, const char* rawLine) {
         case SECTION_BUILDUP: return landuse_readBuildup();
         case SECTION_WASHOFF: return landuse_readWashoff();
         case SECTION_LOADINGS: return landuse_readLoading();
+        case SECTION_LIDS: return lid_readLine();
+        case SECTION_LID_GROUPS: return lid_readGroupLine();
         case SECTION_CURVES: return table_readCurve();
         case SECTION_TIMESERIES: return table_readSeries();
         case SECTION_PATTERNS: return pattern_read();

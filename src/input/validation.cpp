@@ -10,6 +10,8 @@
 #include "hydrology/gage.h"
 #include "hydrology/inflows.h"
 #include "hydrology/subcatch.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidunit.h"
 #include "input/datetime.h"
 #include "input/table.h"
 #include "results/massbal.h"
@@ -53,6 +55,7 @@ static void validateSeries() {
 void project_validate() {
     validateCurves();
     validateSeries();
+    lid_validateAll();
     if (RunoffStep < RoutingStep) {
         report_writeError(ERR_RUNOFF_STEP, "");
     }
@@ -85,6 +88,7 @@ int32_t project_initState() {
     OldRunoffTime = 0.0;
     OldRoutingTime = 0.0;
     massbal_open();
+    lid_initUnits();
     resetInflowSeries();
     for (size_t k = 0; k < Gages.size(); ++k) {
         gage_initRain(static_cast<int32_t>(k));

@@ -10,6 +10,8 @@
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
 #include "routing/conduit.h"
 #include "routing/node.h"
@@ -204,10 +206,22 @@ void massbal_close() {
     }
 }
 
+/// Water of the LID units of a subcatchment; `storage` adds up what they hold at the end, m3.
+static void addUnits(RunoffBalance& balance, double& storage, int32_t subcatch) {
+    const LidGroup* group = lid_findGroup(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+        const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+        balance.initLidStorage += unit.area * unit.initialDepth;
+        balance.lidDrainage += unit.area * unit.drainDepth;
+        storage += unit.area * unit.finalDepth;
+    }
+}
+
 RunoffBalance massbal_closeRunoff() {
     RunoffBalance balance{};
     double surfaceStorage = 0.0, lidStorage = 0.0;
-    for (const Subcatch& s : Subcatches) {
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        const Subcatch& s = Subcatches[k];
         balance.totalArea += s.area;
         balance.rainfall += s.area * s.rainfall / 1000.0;
         balance.evap += s.area * s.evap / 1000.0;
@@ -215,6 +229,7 @@ RunoffBalance massbal_closeRunoff() {
         balance.runoff += s.area * s.runoff / 1000.0;
         surfaceStorage += ((1.0 - s.imperviousFraction) * s.perviousDepth + s.imperviousFraction * s.imperviousDepth) *
                           (s.area - s.lidArea);
+        addUnits(balance, lidStorage, static_cast<int32_t>(k));
     }
     balance.finalStorage = surfaceStorage + lidStorage;
     const double in = balance.rainfall + balance.initLidStorage;
@@ -246,10 +261,27 @@ static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
     balance.surfaceWashoff += s.surfaceWashoff[p];
 }
 
+/// Adds one pollutant of the LID units of a subcatchment.
+static void addUnitLoads(WashoffBalance& balance, int32_t subcatch, int32_t p) {
+    const LidGroup* group = lid_findGroup(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+        const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+        if (!unit.rainLoad) {
+            continue;  // never started
+        }
+        balance.wetDeposition += unit.rainLoad[p];
+        balance.infilLoss += unit.exfilLoad[p];
+        balance.lidRemoval += unit.reactedLoad[p];
+        balance.lidDrainage += unit.drainOutLoad[p];
+        balance.lidFinalStorage += unit.finalLoad[p];
+    }
+}
+
 WashoffBalance massbal_closeWashoff(int pollutant) {
     WashoffBalance balance{};
-    for (const Subcatch& s : Subcatches) {
-        addWashoff(balance, s, pollutant);
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        addWashoff(balance, Subcatches[k], pollutant);
+        addUnitLoads(balance, static_cast<int32_t>(k), pollutant);
     }
     const double in = balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition;
     const double out = balance.infilLoss + balance.bmpRemoval + balance.lidDrainage + balance.lidFinalStorage +
@@ -276,6 +308,17 @@ static double getTankVolume(size_t index) {
                              : 0.0;
 }
 
+/// Water of the LID monomer nodes: rain, losses and storage are in no running total.
+static void addMonos(FlowTotalsRecord& totals) {
+    for (const LidMono& mono : LidMonos) {
+        totals.initStorage += mono.area * mono.initialDepth;
+        totals.wetWeatherInflow += mono.area * mono.rainDepth;
+        totals.evapLoss += mono.area * mono.evapDepth;
+        totals.seepageLoss += mono.area * mono.infilDepth;
+        totals.finalStorage += mono.area * mono.finalDepth;
+    }
+}
+
 FlowTotalsRecord massbal_closeFlow(double* error) {
     FlowTotalsRecord totals = FlowTotals;
     for (const Link& link : Links) {
@@ -292,6 +335,7 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
     for (size_t k = 0; k < Nodes.size(); ++k) {
         totals.finalStorage += getTankVolume(k);
     }
+    addMonos(totals);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
@@ -301,6 +345,18 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
                              in * 100.0;
     FlowError = *error;
     return totals;
+}
+
+static void addMonoLoads(QualTotalsRecord& totals, int32_t p) {
+    for (const LidMono& mono : LidMonos) {
+        if (!mono.rainLoad) {
+            continue;  // never started
+        }
+        totals.wetWeatherInflow += mono.rainLoad[p];
+        totals.seepageLoss += mono.exfilLoad[p];
+        totals.reactedLoss += mono.reactedLoad[p];
+        totals.finalStorage += mono.finalLoad[p];
+    }
 }
 
 QualTotalsRecord massbal_closeQuality(int p, double* error) {
@@ -322,6 +378,7 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         const double* quality = Nodes[k].kind == TANK ? Tanks[static_cast<size_t>(Nodes[k].kindIndex)].qual : nullptr;
         totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
+    addMonoLoads(totals, p);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0

@@ -164,9 +164,13 @@ void report_writeTables() {
     }
     tables_writeSubcatches();
     tables_writeWashoff();
+    tables_writeLidUnits();
+    tables_writeLidUnitQuality();
     tables_writeNodes();
     tables_writeTanks();
     tables_writeOutfalls();
+    tables_writeLidMonos();
+    tables_writeLidMonoQuality();
     tables_writeLinks();
     tables_writeGageEvents();
     tables_writeConduits();

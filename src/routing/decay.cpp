@@ -9,6 +9,7 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/lid.h"
 #include "input/names.h"
 #include "input/pattern.h"
 #include "input/tokens.h"
@@ -86,6 +87,11 @@ static int32_t readLinkLine() {
     }
 }
 
+static int32_t readLidLine() {
+    const int32_t lid = project_findObject(LID, Tok[0]);
+    return lid < 0 ? error_setName(ERR_UNDEFINED_OBJECT, Tok[0]) : lid_readDecayLine(lid, TokCount);
+}
+
 int32_t decay_readLine() {
     if (TokCount < 6) {
         return error_setName(ERR_ITEMS, "");
@@ -93,7 +99,7 @@ int32_t decay_readLine() {
     switch (input_findKeyword(Tok[1], ClassWords)) {
         case 0: return readNodeLine();
         case 1: return readLinkLine();
-        case 2: return ERR_NONE;
+        case 2: return readLidLine();
         default: return error_setName(ERR_KEYWORD, Tok[1]);
     }
 }

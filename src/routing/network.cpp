@@ -9,6 +9,7 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/lidmono.h"
 #include "input/names.h"
 #include "routing/loops.h"
 
@@ -69,9 +70,11 @@ void network_clear() {
 // --- edges that are no links ---------------------------------------------------------------------------------------
 
 int32_t network_getDirectEdges(int32_t node, int32_t targets[2]) {
-    (void)node;
-    (void)targets;
-    return 0;
+    const Node& record = Nodes[static_cast<size_t>(node)];
+    switch (record.kind) {
+        case LID_MONO: return lidmono_getDrainTarget(record.kindIndex, targets);
+        default: return 0;
+    }
 }
 
 int32_t network_getDirectTargets(int32_t node, int32_t targets[2]) {

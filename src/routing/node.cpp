@@ -8,6 +8,7 @@
 
 #include "engine/errors.h"
 #include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
 #include "input/names.h"
 #include "input/table.h"
 #include "input/tokens.h"
@@ -87,6 +88,7 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
         case OUTFALL: return readPlainNode(node, kind, kindIndex);
         case TANK: return tank_readParams(node, kindIndex, TokCount);
         case SPLITTER: return readSplitter(node, kindIndex);
+        case LID_MONO: return lidmono_readLine(node, kindIndex, TokCount);
         default: return ERR_NONE;
     }
 }
@@ -141,6 +143,7 @@ void node_validate(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
         case TANK: tank_validate(index); break;
         case SPLITTER: validateSplitter(index); break;
+        case LID_MONO: lidmono_validate(index); break;
         default: break;
     }
 }
@@ -167,6 +170,7 @@ void node_initState(int32_t index) {
     switch (node.kind) {
         case TANK: tank_initState(index); break;
         case SPLITTER: initSplitter(getSplitter(index)); break;
+        case LID_MONO: lidmono_init(index); break;
         default: break;
     }
 }
@@ -188,6 +192,7 @@ static void shiftKindState(const Node& node) {
             splitter.oldFlow = splitter.newFlow;
             break;
         }
+        case LID_MONO: lidmono_shiftState(node.kindIndex); break;
         default: break;
     }
 }
@@ -263,6 +268,7 @@ double node_getOfferedFlow(int32_t index, int32_t link) {
             const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;
         }
+        case LID_MONO: return lidmono_getOutflow(LidMonos[static_cast<size_t>(node.kindIndex)]);
         default: return 0.0;
     }
 }

@@ -15,6 +15,8 @@
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
+#include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
 #include "input/datetime.h"
 #include "platform/memory.h"
@@ -184,6 +186,10 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
             node_mixInflow(index);
             updateOutgoing(index, outgoing, fireTime);
             break;
+        case LID_MONO:
+            lidmono_step(index);
+            updateOutgoing(index, outgoing, fireTime);
+            break;
         default: break;
     }
 }
@@ -223,6 +229,7 @@ void routing_step() {
         node_shiftState(node);
     }
     subcatch_addRunoff(oldTime);
+    lid_addDrains();
     const DateTime date = project_getDate(newTime);
     inflows_applyExternal(date);
     inflows_applyDryWeather(date);
