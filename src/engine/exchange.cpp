@@ -5,6 +5,7 @@
 #include "engine/project.h"
 #include "input/names.h"
 #include "routing/node.h"
+#include "routing/reactor.h"
 #include "tarnvelde.h"
 
 static constexpr int32_t SUCCESS = 0;
@@ -58,6 +59,15 @@ int32_t tarnvelde_setSplittedValue(const char* name, double value) {
     return SUCCESS;
 }
 
+int32_t tarnvelde_setReactorEmptyingValue(const char* name, double value) {
+    const Node* node = findNode(name, REACTOR);
+    if (!node || value < 0.0) {
+        return FAILURE;
+    }
+    Reactors[static_cast<size_t>(node->kindIndex)].emptyingRate = value;
+    return SUCCESS;
+}
+
 // --- answered with a failure until their objects can be reached -----------------------------------------------------
 
 int32_t tarnvelde_setExtInflow(const char*, double) {
@@ -69,10 +79,6 @@ int32_t tarnvelde_setExtLoad(const char*, const char*, double) {
 }
 
 int32_t tarnvelde_setPumpFlow(const char*, double) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_setReactorEmptyingValue(const char*, double) {
     return FAILURE;
 }
 

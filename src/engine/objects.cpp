@@ -5,6 +5,7 @@
 
 #include <initializer_list>
 
+#include "controls/rule.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -15,6 +16,7 @@
 #include "routing/network.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
 
 template <class Record>
 static void createTable(std::vector<Record>& table, int32_t count) {
@@ -57,6 +59,14 @@ static void createLinks() {
     }
 }
 
+static void createReactors() {
+    for (Reactor& reactor : Reactors) {
+        if (!reactor_createArrays(reactor)) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
+}
+
 void project_createObjects() {
     if (ErrorCode) {
         return;
@@ -64,26 +74,31 @@ void project_createObjects() {
     createTable(Nodes, ObjectCount[NODE]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
+    createTable(Reactors, NodeKindCount[REACTOR]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
     createTable(Connections, LinkKindCount[CONNECTION]);
     createTable(Polluts, ObjectCount[POLLUT]);
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
+    rule_createAll();
     createNodes();
     createLinks();
+    createReactors();
 }
 
 void project_deleteObjects() {
     Nodes = {};
     Outfalls = {};
     Splitters = {};
+    Reactors = {};
     Links = {};
     Pipes = {};
     Connections = {};
     Polluts = {};
     table_deleteAll();
     Patterns = {};
+    rule_deleteAll();
     network_clear();
     QualTotals = nullptr;
     arena_release(RunArena);

@@ -11,6 +11,7 @@
 #include "engine/project.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -24,6 +25,7 @@ static void openNodeStatistics() {
             report_writeError(ERR_MEMORY, "");
         }
     }
+    reactor_openStatistics();
 }
 
 static void openLinkStatistics() {
@@ -91,6 +93,9 @@ static void updateNode(Node& node, double dt) {
     }
     node.statInflowVolume += node.newInflow * dt;
     keepMaximum(node.statMaxInflow, node.newInflow);
+    if (node.kind == REACTOR) {
+        reactor_updateStatistics(Reactors[static_cast<size_t>(node.kindIndex)], dt);
+    }
 }
 
 void massbal_updateStep() {
@@ -114,6 +119,7 @@ void massbal_close() {
             std::fill_n(outfall.statLoad, project_pollutantCount(), 0.0);
         }
     }
+    reactor_clearStatistics();
 }
 
 RunoffBalance massbal_closeRunoff() {
@@ -142,6 +148,12 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
             }
         }
     }
+    for (const Reactor& reactor : Reactors) {
+        totals.initStorage += reactor_getInitVolume(reactor);
+        totals.finalStorage += reactor.storedVolume;
+        totals.evapLoss += reactor.statEvap;
+        totals.seepageLoss += reactor.statInfil;
+    }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
@@ -162,6 +174,12 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
                 totals.finalStorage += pipe.storage[i] * pipe.newSegQual[pipe_getPlace(pipe, p, i)] / 1000.0;
             }
         }
+    }
+    for (const Reactor& reactor : Reactors) {
+        totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
+        totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
+        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
+        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
     }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;

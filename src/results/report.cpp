@@ -164,5 +164,6 @@ void report_writeTables() {
     }
     tables_writeNodes();
     tables_writeOutfalls();
+    tables_writeReactors();
     tables_writeLinks();
 }

@@ -3,4 +3,5 @@
 
 void tables_writeNodes();
 void tables_writeOutfalls();
+void tables_writeReactors();
 void tables_writeLinks();

@@ -11,6 +11,7 @@
 #include "engine/project.h"
 #include "input/names.h"
 #include "routing/loops.h"
+#include "routing/reactor.h"
 
 int32_t* SortedNodes = nullptr;
 int64_t NetworkVisitCount = 0;
@@ -69,9 +70,16 @@ void network_clear() {
 // --- edges that are no links ---------------------------------------------------------------------------------------
 
 int32_t network_getDirectEdges(int32_t node, int32_t targets[2]) {
-    (void)node;
-    (void)targets;
-    return 0;
+    const Node& record = Nodes[static_cast<size_t>(node)];
+    switch (record.kind) {
+        case REACTOR: {
+            const Reactor& reactor = Reactors[static_cast<size_t>(record.kindIndex)];
+            targets[0] = reactor.surpassNode;
+            targets[1] = reactor.emptyingNode;
+            return reactor.emptyingNode >= 0 ? 2 : 1;
+        }
+        default: return 0;
+    }
 }
 
 int32_t network_getDirectTargets(int32_t node, int32_t targets[2]) {

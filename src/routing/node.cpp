@@ -13,6 +13,7 @@
 #include "input/tokens.h"
 #include "routing/network.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
 
 std::vector<Outfall> Outfalls;
 std::vector<Splitter> Splitters;
@@ -85,14 +86,17 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
         case JUNCTION:
         case OUTFALL: return readPlainNode(node, kind, kindIndex);
         case SPLITTER: return readSplitter(node, kindIndex);
+        case REACTOR: return reactor_readParams(node, kindIndex, TokCount);
         default: return ERR_NONE;
     }
 }
 
 /// The array of initial concentrations of a node that holds water, or null.
 static double* findInitialQuality(const Node& node) {
-    (void)node;
-    return nullptr;
+    switch (node.kind) {
+        case REACTOR: return Reactors[static_cast<size_t>(node.kindIndex)].initQual;
+        default: return nullptr;
+    }
 }
 
 int32_t node_readInitialQuality() {
@@ -136,6 +140,7 @@ static void validateSplitter(int32_t index) {
 void node_validate(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
         case SPLITTER: validateSplitter(index); break;
+        case REACTOR: reactor_validate(index); break;
         default: break;
     }
 }
@@ -161,12 +166,16 @@ void node_initState(int32_t index) {
     }
     switch (node.kind) {
         case SPLITTER: initSplitter(getSplitter(index)); break;
+        case REACTOR: reactor_initState(index); break;
         default: break;
     }
 }
 
 void node_endState(int32_t index) {
-    (void)index;
+    switch (Nodes[static_cast<size_t>(index)].kind) {
+        case REACTOR: reactor_endState(index); break;
+        default: break;
+    }
 }
 
 // --- the routing step ----------------------------------------------------------------------------------------------
@@ -176,6 +185,11 @@ static void shiftKindState(const Node& node) {
         case SPLITTER: {
             Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             splitter.oldFlow = splitter.newFlow;
+            break;
+        }
+        case REACTOR: {
+            Reactor& reactor = Reactors[static_cast<size_t>(node.kindIndex)];
+            reactor.oldOutflow = reactor.newOutflow;
             break;
         }
         default: break;
@@ -253,6 +267,7 @@ double node_getOfferedFlow(int32_t index, int32_t link) {
             const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;
         }
+        case REACTOR: return Reactors[static_cast<size_t>(node.kindIndex)].newOutflow;
         default: return 0.0;
     }
 }
