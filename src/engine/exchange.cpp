@@ -7,6 +7,7 @@
 #include "input/names.h"
 #include "routing/node.h"
 #include "routing/pump.h"
+#include "routing/reactor.h"
 #include "routing/tank.h"
 #include "routing/weir.h"
 #include "tarnvelde.h"
@@ -125,6 +126,15 @@ int32_t tarnvelde_isInEvent(const char* name) {
     return gage_isInEvent(gage, project_getDate(NewRoutingTime));
 }
 
+int32_t tarnvelde_setReactorEmptyingValue(const char* name, double value) {
+    const Node* node = findNode(name, REACTOR);
+    if (!node || value < 0.0) {
+        return FAILURE;
+    }
+    Reactors[static_cast<size_t>(node->kindIndex)].emptyingRate = value;
+    return SUCCESS;
+}
+
 // --- answered with a failure until their objects can be reached -----------------------------------------------------
 
 int32_t tarnvelde_setExtInflow(const char*, double) {
@@ -132,10 +142,6 @@ int32_t tarnvelde_setExtInflow(const char*, double) {
 }
 
 int32_t tarnvelde_setExtLoad(const char*, const char*, double) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_setReactorEmptyingValue(const char*, double) {
     return FAILURE;
 }
 

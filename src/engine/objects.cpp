@@ -5,6 +5,7 @@
 
 #include <initializer_list>
 
+#include "controls/rule.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -22,6 +23,7 @@
 #include "routing/orifice.h"
 #include "routing/pipe.h"
 #include "routing/pump.h"
+#include "routing/reactor.h"
 #include "routing/tank.h"
 #include "routing/weir.h"
 
@@ -79,6 +81,14 @@ static void createLinks() {
     }
 }
 
+static void createReactors() {
+    for (Reactor& reactor : Reactors) {
+        if (!reactor_createArrays(reactor)) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
+}
+
 void project_createObjects() {
     if (ErrorCode) {
         return;
@@ -89,6 +99,7 @@ void project_createObjects() {
     createTable(Tanks, NodeKindCount[TANK]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
+    createTable(Reactors, NodeKindCount[REACTOR]);
     createTable(LidMonos, NodeKindCount[LID_MONO]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
@@ -102,8 +113,10 @@ void project_createObjects() {
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     lid_createTables();
+    rule_createAll();
     createNodes();
     createLinks();
+    createReactors();
 }
 
 void project_deleteObjects() {
@@ -113,6 +126,7 @@ void project_deleteObjects() {
     Tanks = {};
     Outfalls = {};
     Splitters = {};
+    Reactors = {};
     LidMonos = {};
     Links = {};
     Pipes = {};
@@ -127,6 +141,7 @@ void project_deleteObjects() {
     lid_deleteTables();
     table_deleteAll();
     Patterns = {};
+    rule_deleteAll();
     network_clear();
     QualTotals = nullptr;
     arena_release(RunArena);

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstring>
 
+#include "controls/rule.h"
 #include "engine/errors.h"
 #include "engine/objects.h"
 #include "engine/project.h"
@@ -25,6 +26,7 @@
 #include "routing/decay.h"
 #include "routing/link.h"
 #include "routing/node.h"
+#include "routing/reactor.h"
 
 TextFile InputFile;
 
@@ -194,8 +196,6 @@ static int32_t parseCoupledNode(int32_t kind) {
     return parseNode(kind);
 }
 
-static const char* const ClauseWords[] = {"RULE", "IF", "AND", "OR", "THEN", "ELSE", "PRIORITY", nullptr};
-
 static int32_t parseRule() {
     if (TokCount < 2) {
         return error_setName(ERR_ITEMS, "");
@@ -205,7 +205,7 @@ static int32_t parseRule() {
     if (clause < 0) {
         return error_setName(ERR_RULE_CLAUSE, Tok[0]);
     }
-    if (clause == 0) {
+    if (clause == CLAUSE_RULE) {
         if (running >= ObjectCount[RULE]) {
             return error_setName(ERR_DUPLICATE_ID, Tok[0]);
         }
@@ -215,7 +215,7 @@ static int32_t parseRule() {
         }
         ++running;
     }
-    return running > 0 ? ERR_NONE : error_setName(ERR_RULE_CLAUSE, "");
+    return running > 0 ? rule_readLine(running - 1, clause) : error_setName(ERR_RULE_CLAUSE, "");
 }
 
 static void storeDescription(const char* rawLine) {
@@ -245,6 +245,8 @@ int32_t input_parseLine(int32_t number, const char* rawLine) {
         case SECTION_EVAPORATION: return evap_readLine();
         case SECTION_INFLOWS: return inflows_readExternal();
         case SECTION_DWFS: return inflows_readDryWeather();
+        case SECTION_REACTORS_DECAY: return reactor_readDecay();
+        case SECTION_REACTORS_EMPTYING: return reactor_readEmptying();
         case SECTION_DECAY_COEFFICIENT: return decay_readLine();
         case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality();
         case SECTION_COVERAGES: return landuse_readCoverage();

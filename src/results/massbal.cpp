@@ -16,6 +16,7 @@
 #include "routing/conduit.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
 #include "routing/tank.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
@@ -48,6 +49,7 @@ static void openNodeStatistics() {
             report_writeError(ERR_MEMORY, "");
         }
     }
+    reactor_openStatistics();
 }
 
 /// What the tanks hold at time zero.
@@ -169,6 +171,9 @@ static void updateNode(Node& node, double dt) {
     }
     node.statInflowVolume += node.newInflow * dt;
     keepMaximum(node.statMaxInflow, node.newInflow);
+    if (node.kind == REACTOR) {
+        reactor_updateStatistics(Reactors[static_cast<size_t>(node.kindIndex)], dt);
+    }
 }
 
 void massbal_updateStep() {
@@ -204,6 +209,7 @@ void massbal_close() {
             std::fill_n(outfall.statLoad, project_pollutantCount(), 0.0);
         }
     }
+    reactor_clearStatistics();
 }
 
 /// Water of the LID units of a subcatchment; `storage` adds up what they hold at the end, m3.
@@ -336,6 +342,12 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
         totals.finalStorage += getTankVolume(k);
     }
     addMonos(totals);
+    for (const Reactor& reactor : Reactors) {
+        totals.initStorage += reactor_getInitVolume(reactor);
+        totals.finalStorage += reactor.storedVolume;
+        totals.evapLoss += reactor.statEvap;
+        totals.seepageLoss += reactor.statInfil;
+    }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
@@ -379,6 +391,12 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
     addMonoLoads(totals, p);
+    for (const Reactor& reactor : Reactors) {
+        totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
+        totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
+        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
+        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
+    }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0

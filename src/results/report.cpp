@@ -169,9 +169,10 @@ void report_writeTables() {
     tables_writeNodes();
     tables_writeTanks();
     tables_writeOutfalls();
+    tables_writeReactors();
     tables_writeLidMonos();
     tables_writeLidMonoQuality();
     tables_writeLinks();
-    tables_writeGageEvents();
     tables_writeConduits();
+    tables_writeGageEvents();
 }

@@ -12,6 +12,7 @@
 #include "hydrology/lidmono.h"
 #include "input/names.h"
 #include "routing/loops.h"
+#include "routing/reactor.h"
 
 int32_t* SortedNodes = nullptr;
 int64_t NetworkVisitCount = 0;
@@ -72,6 +73,12 @@ void network_clear() {
 int32_t network_getDirectEdges(int32_t node, int32_t targets[2]) {
     const Node& record = Nodes[static_cast<size_t>(node)];
     switch (record.kind) {
+        case REACTOR: {
+            const Reactor& reactor = Reactors[static_cast<size_t>(record.kindIndex)];
+            targets[0] = reactor.surpassNode;
+            targets[1] = reactor.emptyingNode;
+            return reactor.emptyingNode >= 0 ? 2 : 1;
+        }
         case LID_MONO: return lidmono_getDrainTarget(record.kindIndex, targets);
         default: return 0;
     }

@@ -14,6 +14,7 @@
 #include "input/tokens.h"
 #include "routing/network.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
 #include "routing/tank.h"
 
 std::vector<Outfall> Outfalls;
@@ -88,6 +89,7 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
         case OUTFALL: return readPlainNode(node, kind, kindIndex);
         case TANK: return tank_readParams(node, kindIndex, TokCount);
         case SPLITTER: return readSplitter(node, kindIndex);
+        case REACTOR: return reactor_readParams(node, kindIndex, TokCount);
         case LID_MONO: return lidmono_readLine(node, kindIndex, TokCount);
         default: return ERR_NONE;
     }
@@ -97,6 +99,7 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
 static double* findInitialQuality(const Node& node) {
     switch (node.kind) {
         case TANK: return Tanks[static_cast<size_t>(node.kindIndex)].initQual;
+        case REACTOR: return Reactors[static_cast<size_t>(node.kindIndex)].initQual;
         default: return nullptr;
     }
 }
@@ -143,6 +146,7 @@ void node_validate(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
         case TANK: tank_validate(index); break;
         case SPLITTER: validateSplitter(index); break;
+        case REACTOR: reactor_validate(index); break;
         case LID_MONO: lidmono_validate(index); break;
         default: break;
     }
@@ -170,6 +174,7 @@ void node_initState(int32_t index) {
     switch (node.kind) {
         case TANK: tank_initState(index); break;
         case SPLITTER: initSplitter(getSplitter(index)); break;
+        case REACTOR: reactor_initState(index); break;
         case LID_MONO: lidmono_init(index); break;
         default: break;
     }
@@ -178,6 +183,7 @@ void node_initState(int32_t index) {
 void node_endState(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
         case TANK: tank_endState(index); break;
+        case REACTOR: reactor_endState(index); break;
         default: break;
     }
 }
@@ -190,6 +196,11 @@ static void shiftKindState(const Node& node) {
         case SPLITTER: {
             Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             splitter.oldFlow = splitter.newFlow;
+            break;
+        }
+        case REACTOR: {
+            Reactor& reactor = Reactors[static_cast<size_t>(node.kindIndex)];
+            reactor.oldOutflow = reactor.newOutflow;
             break;
         }
         case LID_MONO: lidmono_shiftState(node.kindIndex); break;
@@ -268,6 +279,7 @@ double node_getOfferedFlow(int32_t index, int32_t link) {
             const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;
         }
+        case REACTOR: return Reactors[static_cast<size_t>(node.kindIndex)].newOutflow;
         case LID_MONO: return lidmono_getOutflow(LidMonos[static_cast<size_t>(node.kindIndex)]);
         default: return 0.0;
     }

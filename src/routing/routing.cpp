@@ -11,6 +11,7 @@
 
 #include <vector>
 
+#include "controls/rule.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -26,6 +27,7 @@
 #include "routing/network.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
 #include "routing/tank.h"
 
 /// One visit of a step. The links that enter and leave the node stand in VisitLinks, one visit's behind the other's.
@@ -68,6 +70,7 @@ int32_t routing_open() {
     pipe_openRun();
     link_openLists();
     inflows_openRun();
+    rule_openRun();
     SortedNodes = arena_allocateArray<int32_t>(RunArena, static_cast<int64_t>(Nodes.size()));
     if (!SortedNodes) {
         report_writeError(ERR_MEMORY, "");
@@ -186,6 +189,10 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
             node_mixInflow(index);
             updateOutgoing(index, outgoing, fireTime);
             break;
+        case REACTOR:
+            reactor_update(index);
+            updateOutgoing(index, outgoing, fireTime);
+            break;
         case LID_MONO:
             lidmono_step(index);
             updateOutgoing(index, outgoing, fireTime);
@@ -215,6 +222,7 @@ static void visitNodes(double fireTime) {
 
 void routing_step() {
     link_setTargets();
+    rule_evaluate();
     link_applyTargets();
 
     const double oldTime = NewRoutingTime;
