@@ -592,10 +592,10 @@ static Walk walkAllPaths() {
 }
 
 /// The order of a step with lists that are searched from end to end.
-static std::vector<int32_t> sortWithLists(std::vector<int32_t>& upstreamCounts, std::vector<int32_t>& visitedCounts) {
+static std::vector<int32_t> sortWithLists() {
     std::vector<int32_t> sorted(Nodes.size(), 0);
-    upstreamCounts.assign(Nodes.size(), 0);
-    visitedCounts.assign(Nodes.size(), 0);
+    std::vector<int32_t> upstreamCounts(Nodes.size(), 0);
+    std::vector<int32_t> visitedCounts(Nodes.size(), 0);
     for (const Link& link : Links) {
         upstreamCounts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
     }
@@ -686,12 +686,7 @@ TEST_F(NetworkTest, smallNetworksAreSortedAsWithLists) {
     for (int32_t trial = 0; trial < 20000; ++trial) {
         makeRandomNetwork(random);
         network_validate();
-        std::vector<int32_t> upstreamCounts, visitedCounts;
-        ASSERT_EQ(sort(), sortWithLists(upstreamCounts, visitedCounts)) << "trial " << trial;
-        for (size_t k = 0; k < Nodes.size(); ++k) {
-            ASSERT_EQ(Nodes[k].upstreamCount, upstreamCounts[k]) << "trial " << trial;
-            ASSERT_EQ(Nodes[k].visitedCount, visitedCounts[k]) << "trial " << trial;
-        }
+        ASSERT_EQ(sort(), sortWithLists()) << "trial " << trial;
     }
 }
 
@@ -877,8 +872,6 @@ TEST_F(NetworkTest, nodeWaitsForTheLastOfItsInflows) {
     addLink("BC", 1, 2);
     addLink("CD", 2, 3);
     EXPECT_EQ(validateAndSort(), Indices({0, 1, 2, 3}));
-    EXPECT_EQ(Nodes[3].upstreamCount, 2);
-    EXPECT_EQ(Nodes[3].visitedCount, 2);
 }
 
 TEST_F(NetworkTest, eachOfTwoParallelLinksIsWaitedFor) {
@@ -887,7 +880,6 @@ TEST_F(NetworkTest, eachOfTwoParallelLinksIsWaitedFor) {
     addLink("AC2", 0, 2);
     addLink("AB", 0, 1);
     EXPECT_EQ(validateAndSort(), Indices({0, 2, 1}));
-    EXPECT_EQ(Nodes[2].upstreamCount, 2);
 }
 
 TEST_F(NetworkTest, laggedLinkIsNotWaitedForButReleasesItsTargetEarly) {
@@ -898,8 +890,6 @@ TEST_F(NetworkTest, laggedLinkIsNotWaitedForButReleasesItsTargetEarly) {
     addLaggedLink("AD", 0, 3);
     // D goes ahead of C, whose water it takes.
     EXPECT_EQ(validateAndSort(), Indices({0, 1, 3, 2}));
-    EXPECT_EQ(Nodes[3].upstreamCount, 1);
-    EXPECT_EQ(Nodes[3].visitedCount, 1);
 }
 
 // With equality in place of "at least" the count would run past the mark and the node would be lost.
@@ -909,8 +899,6 @@ TEST_F(NetworkTest, linkReleasesATargetThatNothingWaitsFor) {
     Nodes[0].isHead = 1;
     network_indexLinks();
     EXPECT_EQ(sort(), Indices({0, 1}));
-    EXPECT_EQ(Nodes[1].upstreamCount, 0);
-    EXPECT_EQ(Nodes[1].visitedCount, 1);
 }
 
 TEST_F(NetworkTest, headWithInflowKeepsItsPlaceAtTheFront) {
@@ -919,8 +907,6 @@ TEST_F(NetworkTest, headWithInflowKeepsItsPlaceAtTheFront) {
     addLink("AB", 0, 1);
     addLink("BC", 1, 2);
     EXPECT_EQ(validateAndSort(), Indices({0, 2, 1}));
-    EXPECT_EQ(Nodes[2].upstreamCount, 1);
-    EXPECT_EQ(Nodes[2].visitedCount, 0);
 }
 
 TEST_F(NetworkTest, nodesNeverReleasedLeaveNodeZeroAtTheEnd) {
@@ -931,7 +917,6 @@ TEST_F(NetworkTest, nodesNeverReleasedLeaveNodeZeroAtTheEnd) {
     addLink("AD", 0, 3);
     // A and B wait for each other, D for A; only C and E go.
     EXPECT_EQ(validateAndSort(), Indices({2, 4, 0, 0, 0}));
-    EXPECT_EQ(Nodes[3].visitedCount, 1);
 }
 
 TEST_F(NetworkTest, sortingAgainGivesTheSameOrder) {
