@@ -120,9 +120,11 @@ static void createTable(int32_t index) {
     Statement += index == SYSTEM_TABLE ? "Period INT" : "Name TEXT,Period INT";
     appendFixedColumns(table.columns);
     appendQualityColumns(table.qualityBlocks);
-    Statement += ");";
+    Statement += ')';
     replaceHyphens();
-    const bool hasMoreStatements = sql_countEnds(Statement.c_str()) > 2;
+    // Looked for ahead of the last semicolon, which an opened comment or literal could hide.
+    const bool hasMoreStatements = sql_countEnds(Statement.c_str() + creation) > 0;
+    Statement += ';';
     if (hasMoreStatements || (table.qualityBlocks > 0 && !arePollutantsColumns())) {
         refuse(Statement.c_str() + creation, hasMoreStatements);
     } else {
