@@ -176,6 +176,7 @@ static int32_t startRun(int32_t saveMode) {
     SaveMode = saveMode;
     ReportTime = ReportStep * 1000.0;
     IsStarted = 1;  // whatever happens below, so that the end lets go of it
+    results_releaseBuffers();
     project_initState();
     project_limitRunoffStep();
     runoff_open();
