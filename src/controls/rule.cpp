@@ -12,10 +12,13 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "input/datetime.h"
+#include "routing/conduit.h"
 #include "routing/link.h"
 #include "routing/node.h"
 #include "routing/reactor.h"
+#include "routing/tank.h"
 
 /// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins
 /// each step with the cells of the largest step so far, empty, and fills them from its head; further cells are put in
@@ -104,30 +107,11 @@ void rule_openRun() {
 
 // --- premises ------------------------------------------------------------------------------------------------------
 
-/// Depth of the water in a tank, m.
-static double getTankDepth(int32_t tank) {
-    (void)tank;
-    return NO_VALUE;
-}
-
-/// Depth of the water in a conduit, m.
-static double getConduitDepth(int32_t conduit) {
-    (void)conduit;
-    return NO_VALUE;
-}
-
-/// 1 within a rain event of a gage.
-static double getEventState(int32_t gage, DateTime date) {
-    (void)gage;
-    (void)date;
-    return NO_VALUE;
-}
-
 static double getDepth(const RuleOperand& operand) {
     if (operand.node >= 0 && operand.tank >= 0) {
-        return getTankDepth(operand.tank);
+        return Tanks[static_cast<size_t>(operand.tank)].newDepth;
     }
-    return operand.link >= 0 && operand.conduit >= 0 ? getConduitDepth(operand.conduit) : NO_VALUE;
+    return operand.link >= 0 && operand.conduit >= 0 ? Conduits[static_cast<size_t>(operand.conduit)].depth : NO_VALUE;
 }
 
 /// How full a reactor is. A plug-flow reactor has no volume, and what 0 / 0 gives is unequal to all values.
@@ -144,7 +128,7 @@ double rule_operandValue(const RuleOperand& operand) {
         case ATTRIBUTE_STATUS:
             return operand.link >= 0 && operand.pump >= 0 ? Links[static_cast<size_t>(operand.link)].setting : NO_VALUE;
         case ATTRIBUTE_EVENT:
-            return operand.gage >= 0 ? getEventState(operand.gage, project_getDate(NewRoutingTime)) : NO_VALUE;
+            return operand.gage >= 0 ? gage_isInEvent(operand.gage, project_getDate(NewRoutingTime)) : NO_VALUE;
         case ATTRIBUTE_FILL: return operand.reactor >= 0 ? getFill(operand.reactor) : NO_VALUE;
         default: return NO_VALUE;
     }

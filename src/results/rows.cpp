@@ -4,12 +4,17 @@
 
 #include "results/rows.h"
 
-#include <algorithm>
-
+#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/node.h"
+#include "routing/orifice.h"
 #include "routing/pipe.h"
+#include "routing/pump.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
+#include "routing/weir.h"
 
 // "Outfow" is how the column is called; readers of the database ask for it by this name.
 const RowTable RowTables[RESULT_TABLE_COUNT] = {
@@ -103,9 +108,9 @@ void node_getResults(int32_t index, double f, float* row) {
             fillQuality(f, node.oldQual, node.newQual, row + 2);
             break;
         case SPLITTER: fillSplitter(node, f, row); break;
-        case TANK: std::fill_n(row, rows_getLength(TANK_TABLE), 0.0f); break;
-        case REACTOR: std::fill_n(row, rows_getLength(REACTOR_TABLE), 0.0f); break;
-        case LID_MONO: std::fill_n(row, rows_getLength(LID_MONO_TABLE), 0.0f); break;
+        case TANK: tank_getResults(index, f, row); break;
+        case REACTOR: reactor_getResults(index, f, row); break;
+        case LID_MONO: lidmono_getResults(index, f, row); break;
         default: break;
     }
 }
@@ -131,13 +136,10 @@ void link_getResults(int32_t index, double f, float* row) {
     switch (link.kind) {
         case PIPE: fillPipe(link, f, row); break;
         case CONNECTION: fillConnection(link, f, row); break;
-        case PUMP:
-        case WEIR:
-        case ORIFICE:
-            row[0] = mix(f, link.oldFlow, link.newFlow);
-            fillQuality(f, link.oldQual, link.newQual, row + 1);
-            break;
-        case CONDUIT: std::fill_n(row, rows_getLength(CONDUIT_TABLE), 0.0f); break;
+        case PUMP: pump_getResults(index, f, row); break;
+        case WEIR: weir_getResults(index, f, row); break;
+        case ORIFICE: orifice_getResults(index, f, row); break;
+        case CONDUIT: conduit_getResults(index, f, row); break;
         default: break;
     }
 }

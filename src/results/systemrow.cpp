@@ -5,10 +5,14 @@
 
 #include "hydrology/gage.h"
 #include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
 #include "input/table.h"
 #include "results/rows.h"
+#include "routing/conduit.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
 
 namespace {
 
@@ -122,20 +126,36 @@ void fillDryWeatherFlow(DateTime date, float* row) {
 // --- network -------------------------------------------------------------------------------------------------------
 
 /// Flood and storage of a node that stores water.
-void addNode(const Node& node, double f, float* row) {
+void addNode(int32_t index, double f, float* row) {
+    const Node& node = Nodes[static_cast<size_t>(index)];
     switch (node.kind) {
+        case TANK: {
+            const Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
+            add(row[FLOOD], mix(f, tank.oldFlood, tank.newFlood));
+            add(row[STORAGE], tank_getVolume(index, mix(f, tank.oldDepth, tank.newDepth)));
+            break;
+        }
+        case REACTOR: add(row[STORAGE], Reactors[static_cast<size_t>(node.kindIndex)].storedVolume); break;
+        case LID_MONO: add(row[STORAGE], lidmono_getVolume(node.kindIndex)); break;
         case OUTFALL: add(row[OUTFLOW], mix(f, node.oldInflow, node.newInflow)); break;
         default: break;
     }
 }
 
 /// Flood and storage of a link.
-void addLink(const Link& link, double f, float* row) {
+void addLink(int32_t index, double f, float* row) {
+    const Link& link = Links[static_cast<size_t>(index)];
     switch (link.kind) {
         case PIPE: {
             const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
             add(row[FLOOD], mix(f, pipe.oldFlood, pipe.newFlood));
             add(row[STORAGE], pipe_getVolume(pipe));
+            break;
+        }
+        case CONDUIT: {
+            const Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+            add(row[FLOOD], mix(f, conduit.oldFlood, conduit.newFlood));
+            add(row[STORAGE], conduit_getArea(index, conduit.depth) * conduit.length);
             break;
         }
         default: break;
@@ -152,10 +172,10 @@ void rows_fillSystem(DateTime date, double networkFactor, double landFactor, flo
     }
     fillDirectInflow(date, row);
     fillDryWeatherFlow(date, row);
-    for (const Node& node : Nodes) {
-        addNode(node, networkFactor, row);
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        addNode(static_cast<int32_t>(k), networkFactor, row);
     }
-    for (const Link& link : Links) {
-        addLink(link, networkFactor, row);
+    for (size_t k = 0; k < Links.size(); ++k) {
+        addLink(static_cast<int32_t>(k), networkFactor, row);
     }
 }

@@ -9,35 +9,18 @@
 #include "hydrology/subcatch.h"
 #include "input/datetime.h"
 #include "results/tables.h"
-
-/// The title of a table between two lines of asterisks of its own length.
-static void writeTitle(const char* title) {
-    const std::string stars(std::string(title).size(), '*');
-    report_writeLine("");
-    report_writeLine(stars.c_str());
-    report_writeLine(title);
-    report_writeLine(stars.c_str());
-}
-
-/// Groups of 16 dashes, joined by single blanks.
-static void writeDashes(size_t groups) {
-    std::string line(16, '-');
-    for (size_t k = 1; k < groups; ++k) {
-        line += " ----------------";
-    }
-    report_writeLine(line.c_str());
-}
+#include "results/tablewriter.h"
 
 void tables_writeSubcatches() {
     if (Subcatches.empty()) {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s %16s %16s %16s";
-    writeTitle("Subcatchment Runoff Summary");
+    table_writeTitle("Subcatchment Runoff Summary");
     report_print(ReportFile, HEAD, "", "Area", "Rainfall", "Evap.", "Infil.", "Runoff", "Runoff", "Peak Runoff",
                  "Runoff Coef.");
     report_print(ReportFile, HEAD, "Subcatchment", "hm2", "mm", "mm", "mm", "mm", "m3", "m3/s", "");
-    writeDashes(9);
+    table_writeDashes(9);
     for (const Subcatch& s : Subcatches) {
         const double coefficient = s.rainfall == 0.0 ? 0.0 : s.runoff / s.rainfall;
         report_print(ReportFile, "\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", s.name,
@@ -50,7 +33,7 @@ void tables_writeWashoff() {
     if (Subcatches.empty() || Polluts.empty()) {
         return;
     }
-    writeTitle("Subcatchment Washoff Summary");
+    table_writeTitle("Subcatchment Washoff Summary");
     report_print(ReportFile, "\n  %-16s", "");
     for (const Pollut& pollutant : Polluts) {
         report_print(ReportFile, " %16s", pollutant.id);
@@ -59,7 +42,7 @@ void tables_writeWashoff() {
     for (size_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16s", "kg");
     }
-    writeDashes(1 + Polluts.size());
+    table_writeDashes(1 + Polluts.size());
     for (const Subcatch& s : Subcatches) {
         report_print(ReportFile, "\n  %-16s", s.name);
         for (size_t p = 0; p < Polluts.size(); ++p) {
@@ -73,7 +56,7 @@ void tables_writeGageEvents() {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %8s %-24s %-24s %16s";
-    writeTitle("Gage Event Summary");
+    table_writeTitle("Gage Event Summary");
     report_print(ReportFile, HEAD, "", "", "", "", "Rainfall");
     report_print(ReportFile, HEAD, "Gage", "No.", "Start Date Time", "End Date Time", "mm");
     report_writeLine("---------------- -------- ------------------------ ------------------------ ----------------");

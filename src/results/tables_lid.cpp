@@ -9,27 +9,10 @@
 #include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
 #include "results/tables.h"
+#include "results/tablewriter.h"
 
 static constexpr const char* WATER_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s %16s";
 static constexpr const char* QUALITY_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s";
-
-/// The title of a table between two lines of asterisks of its own length.
-static void writeTitle(const char* title) {
-    const std::string stars(std::string(title).size(), '*');
-    report_writeLine("");
-    report_writeLine(stars.c_str());
-    report_writeLine(title);
-    report_writeLine(stars.c_str());
-}
-
-/// Groups of 16 dashes, joined by single blanks.
-static void writeDashes(size_t groups) {
-    std::string line(16, '-');
-    for (size_t k = 1; k < groups; ++k) {
-        line += " ----------------";
-    }
-    report_writeLine(line.c_str());
-}
 
 /// Calls `write` with the name of the place and the unit, for each unit of each subcatchment.
 template <class Write>
@@ -72,11 +55,11 @@ void tables_writeLidUnits() {
     if (Lids.empty()) {
         return;
     }
-    writeTitle("Subcatchment LID Performance Summary");
+    table_writeTitle("Subcatchment LID Performance Summary");
     report_print(ReportFile, WATER_HEAD, "", " ", "Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
                  "Init. Storage", "Final Storage");
     report_print(ReportFile, WATER_HEAD, "Subcatchment", "LID Process", "mm", "mm", "mm", "mm", "mm", "mm", "mm");
-    writeDashes(9);
+    table_writeDashes(9);
     forEachUnit([](const char* name, const LidUnit& unit) { writeWaterRow(name, unit, 1000.0); });
 }
 
@@ -84,11 +67,11 @@ void tables_writeLidUnitQuality() {
     if (Lids.empty() || Polluts.empty()) {
         return;
     }
-    writeTitle("Subcatchment LID Water Quality Summary");
+    table_writeTitle("Subcatchment LID Water Quality Summary");
     report_print(ReportFile, QUALITY_HEAD, "", " ", "Inflow", "Infil.", "Surface Outflow", "Drain Outflow", "Removed",
                  "Final Storage");
     report_print(ReportFile, QUALITY_HEAD, "Subcatchment", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
-    writeDashes(8);
+    table_writeDashes(8);
     for (size_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, "\n  *%s*", Polluts[p].id);
         forEachUnit([p](const char* name, const LidUnit& unit) { writeQualityRow(name, unit, p); });
@@ -99,11 +82,11 @@ void tables_writeLidMonos() {
     if (Lids.empty() || LidMonos.empty()) {
         return;
     }
-    writeTitle("LID Monomer Performance Summary");
+    table_writeTitle("LID Monomer Performance Summary");
     report_print(ReportFile, WATER_HEAD, "", " ", "Tot. Inflow", "Evap.", "Infil.", "Surface Outflow",
                  "Drain Outflow", "Init. Storage", "Final Storage");
     report_print(ReportFile, WATER_HEAD, "Node", "LID Process", "m3", "m3", "m3", "m3", "m3", "m3", "m3");
-    writeDashes(9);
+    table_writeDashes(9);
     forEachMono([](const char* name, const LidMono& mono) { writeWaterRow(name, mono, mono.area); });
 }
 
@@ -111,11 +94,11 @@ void tables_writeLidMonoQuality() {
     if (Lids.empty() || LidMonos.empty() || Polluts.empty()) {
         return;
     }
-    writeTitle("LID Monomer Water Quality Summary");
+    table_writeTitle("LID Monomer Water Quality Summary");
     report_print(ReportFile, QUALITY_HEAD, "", " ", "Tot. Inflow", "Infil.", "Surface Outflow", "Drain Outflow",
                  "Reacted", "Final Storage");
     report_print(ReportFile, QUALITY_HEAD, "Node", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
-    writeDashes(8);
+    table_writeDashes(8);
     for (size_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, "\n  *%s*", Polluts[p].id);
         forEachMono([p](const char* name, const LidMono& mono) { writeQualityRow(name, mono, p); });

@@ -6,32 +6,15 @@
 #include "engine/project.h"
 #include "hydrology/landuse.h"
 #include "results/tables.h"
+#include "results/tablewriter.h"
 #include "routing/reactor.h"
-
-/// The title of a table between two lines of asterisks of its own length.
-static void writeTitle(const char* title) {
-    const std::string stars(std::string(title).size(), '*');
-    report_writeLine("");
-    report_writeLine(stars.c_str());
-    report_writeLine(title);
-    report_writeLine(stars.c_str());
-}
-
-/// Groups of 16 dashes, joined by single blanks.
-static void writeDashes(size_t groups) {
-    std::string line(16, '-');
-    for (size_t k = 1; k < groups; ++k) {
-        line += " ----------------";
-    }
-    report_writeLine(line.c_str());
-}
 
 static void writeQuantity() {
     static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s";
-    writeTitle("Reactor Quantity Summary");
+    table_writeTitle("Reactor Quantity Summary");
     report_print(ReportFile, HEAD, "", "Surpass", "Evap.", "Infil.", "Emptying", "Outflow");
     report_print(ReportFile, HEAD, "Reactor", "m3", "m3", "m3", "m3", "m3");
-    writeDashes(6);
+    table_writeDashes(6);
     for (const Node& node : Nodes) {
         if (node.kind == REACTOR) {
             const Reactor& reactor = Reactors[static_cast<size_t>(node.kindIndex)];
@@ -56,9 +39,8 @@ static void writeBlock(const char* title, double* Reactor::*loads) {
     }
 }
 
-/// Written in a project without pollutants as well, with the names of the reactors alone.
 static void writeQuality() {
-    writeTitle("Reactor Quality Summary");
+    table_writeTitle("Reactor Quality Summary");
     report_print(ReportFile, "\n  %-16s", "");
     for (const Pollut& pollutant : Polluts) {
         report_print(ReportFile, " %16s", pollutant.id);
@@ -67,7 +49,7 @@ static void writeQuality() {
     for (size_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16s", "kg");
     }
-    writeDashes(1 + Polluts.size());
+    table_writeDashes(1 + Polluts.size());
     writeBlock("*Surpassing*", &Reactor::statSurpassLoad);
     writeBlock("*Infiltration*", &Reactor::statInfilLoad);
     writeBlock("*Emptying*", &Reactor::statEmptyingLoad);
@@ -80,5 +62,7 @@ void tables_writeReactors() {
         return;
     }
     writeQuantity();
-    writeQuality();
+    if (!Polluts.empty()) {
+        writeQuality();
+    }
 }
