@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "coupling/swmm.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -217,6 +218,9 @@ static int32_t applyToReactor(const Action& action) {
 static void applyToSwmm(const Action& action) {
     if (!action.swmmLink) {
         return;  // the line named the node under another type, and no link inside it
+    }
+    if (swmm_isLink(action.swmm, action.swmmLink) >= 0) {
+        swmm_setSetting(action.swmm, action.swmmLink, action.value, RoutingStep);
     }
 }
 

@@ -6,6 +6,8 @@
 #include <initializer_list>
 
 #include "controls/rule.h"
+#include "coupling/converter.h"
+#include "coupling/coupled.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -112,14 +114,17 @@ void project_createObjects() {
     landuse_createAll();
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
+    createTable(Converters, ObjectCount[CONVERTER]);
     lid_createTables();
     rule_createAll();
     createNodes();
     createLinks();
     createReactors();
+    coupled_createNodes();
 }
 
 void project_deleteObjects() {
+    coupled_deleteNodes();
     Gages = {};
     subcatch_deleteAll();
     Nodes = {};
@@ -142,6 +147,7 @@ void project_deleteObjects() {
     table_deleteAll();
     Patterns = {};
     rule_deleteAll();
+    Converters = {};
     network_clear();
     QualTotals = nullptr;
     arena_release(RunArena);

@@ -170,8 +170,8 @@ extern std::vector<HostInflow> HostLoads;
 /// One request of the host for an object inside a SWMM node.
 struct SwmmRequest {
     int32_t node;
-    const char* object;
-    const char* pollutant;  ///< loads only
+    std::string object;
+    std::string pollutant;  ///< loads only
     double value;
 };
 extern std::vector<SwmmRequest> SwmmInflowRequests;

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "coupling/coupled.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "hydrology/evap.h"
@@ -339,10 +340,13 @@ double subcatch_getWeight(double time) {
     return weight > 1.0 ? 1.0 : weight;
 }
 
-static void addToNode(const Subcatch& s, Node& node, double f) {
+static void addToNode(int32_t index, double f) {
+    const Subcatch& s = getSubcatch(index);
+    Node& node = Nodes[static_cast<size_t>(s.outNode)];
     const double flow = s.area == 0.0 ? 0.0 : f * s.thisRunoff + (1.0 - f) * s.lastRunoff;
     if (node.kind == SWMM) {
-        return;  // the outside model takes the runoff itself
+        coupled_takeRunoff(s.outNode, index, flow);  // the outside model takes the water, and no load
+        return;
     }
     node.newLatFlow += flow;
     FlowTotals.wetWeatherInflow += RoutingStep * flow;
@@ -359,9 +363,9 @@ void subcatch_addRunoff(double time) {
         return;
     }
     const double f = subcatch_getWeight(time);
-    for (const Subcatch& subcatch : Subcatches) {
-        if (subcatch.outNode >= 0) {
-            addToNode(subcatch, Nodes[static_cast<size_t>(subcatch.outNode)], f);
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        if (Subcatches[k].outNode >= 0) {
+            addToNode(static_cast<int32_t>(k), f);
         }
     }
 }

@@ -8,6 +8,8 @@
 #include <cstring>
 
 #include "controls/rule.h"
+#include "coupling/converter.h"
+#include "coupling/coupled.h"
 #include "engine/errors.h"
 #include "engine/objects.h"
 #include "engine/project.h"
@@ -183,17 +185,18 @@ static int32_t parseObject(int32_t type) {
 /// A definition of a coupled node, or one of the exchange records of the node defined last.
 static int32_t parseCoupledNode(int32_t kind) {
     if (input_findKeyword(Tok[0], kind == SWMM ? SwmmRecordWords : VornRecordWords) >= 0) {
-        if (Running.nodes[kind] == 0) {
-            return error_setName(ERR_LINE, "");
-        }
-        return ERR_NONE;
+        // A definition with an error counts as well: its records go with it, and meet no error of their own.
+        const int32_t row = Running.nodes[kind] - 1;
+        return row < 0 ? error_setName(ERR_LINE, "") : coupled_readParams(kind, -1, row, TokCount);
     }
-    // A name that was a node before was not counted as a definition, so no row waits for it.
+    // A name that was a node before was not counted as a definition, so no row waits for it. Neither does one if the
+    // first pass took the word for something else. No row is used up then.
     const int32_t known = project_findObject(NODE, Tok[0]);
-    if (known >= 0 && known != Running.objects[NODE]) {
+    const bool isRowFree = Running.nodes[kind] < NodeKindCount[kind] && Running.objects[NODE] < ObjectCount[NODE];
+    if (!isRowFree || (known >= 0 && known != Running.objects[NODE])) {
         return error_setName(ERR_DUPLICATE_ID, Tok[0]);
     }
-    return parseNode(kind);
+    return coupled_readParams(kind, Running.objects[NODE]++, Running.nodes[kind]++, TokCount);
 }
 
 static int32_t parseRule() {
@@ -258,6 +261,7 @@ int32_t input_parseLine(int32_t number, const char* rawLine) {
         case SECTION_CURVES: return table_readCurve();
         case SECTION_TIMESERIES: return table_readSeries();
         case SECTION_PATTERNS: return pattern_read();
+        case SECTION_CONVERTERS: return converter_readParams(TokCount);
         default: return ERR_NONE;
     }
 }

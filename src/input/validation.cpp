@@ -5,6 +5,7 @@
 
 #include <cstdio>
 
+#include "coupling/converter.h"
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/gage.h"
@@ -69,6 +70,9 @@ void project_validate() {
     }
     for (size_t k = 0; k < Links.size(); ++k) {
         link_validate(static_cast<int32_t>(k));
+    }
+    for (size_t k = 0; k < Converters.size(); ++k) {
+        converter_validate(static_cast<int32_t>(k));
     }
 }
 

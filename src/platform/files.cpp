@@ -4,6 +4,20 @@
 
 #include <sys/stat.h>
 
+#include <cerrno>
+
+#if defined(_WIN32)
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <windows.h>
+#else
+#include <fcntl.h>
+#include <unistd.h>
+#endif
+
+static constexpr size_t COPY_BLOCK = 4096;  ///< bytes
+
 PathParts file_splitPath(const std::string& path) {
     PathParts parts;
     size_t start = 0;
@@ -41,4 +55,87 @@ void file_seek(std::FILE* file, int64_t position) {
 
 bool file_delete(const char* path) {
     return std::remove(path) == 0;
+}
+
+bool file_exists(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0;
+}
+
+#if defined(_WIN32)
+
+std::string file_getProgramPath() {
+    std::string path(MAX_PATH, '\0');
+    for (;;) {
+        const DWORD length = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        if (length < path.size()) {
+            path.resize(length);
+            return path;
+        }
+        path.resize(path.size() * 2);
+    }
+}
+
+/// Makes a file that wasn't there before.
+static std::FILE* makeFile(const char* path) {
+    int descriptor = -1;
+    if (_sopen_s(&descriptor, path, _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY, _SH_DENYNO, _S_IREAD | _S_IWRITE) != 0) {
+        return nullptr;
+    }
+    return _fdopen(descriptor, "wb");
+}
+
+#else
+
+std::string file_getProgramPath() {
+    std::string path(256, '\0');
+    for (;;) {
+        const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+        if (length < static_cast<ssize_t>(path.size())) {
+            path.resize(length < 0 ? 0 : static_cast<size_t>(length));
+            return path;
+        }
+        path.resize(path.size() * 2);
+    }
+}
+
+/// Makes a file that wasn't there before.
+static std::FILE* makeFile(const char* path) {
+    const int descriptor = open(path, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    return descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+}
+
+#endif
+
+static bool copyBytes(std::FILE* from, std::FILE* to) {
+    char block[COPY_BLOCK];
+    size_t count;
+    while ((count = std::fread(block, 1, sizeof block, from)) > 0) {
+        if (std::fwrite(block, 1, count, to) != count) {
+            return false;
+        }
+    }
+    return !std::ferror(from);
+}
+
+CopyResult file_copy(const std::string& source, const std::string& target) {
+    std::FILE* from = file_openForReading(source.c_str());
+    if (!from) {
+        return COPY_FAILED;
+    }
+    errno = 0;
+    std::FILE* to = makeFile(target.c_str());
+    if (!to) {
+        const bool isThere = errno == EEXIST;
+        std::fclose(from);
+        return isThere ? COPY_EXISTS : COPY_FAILED;
+    }
+    bool isComplete = copyBytes(from, to);
+    isComplete = std::fclose(to) == 0 && isComplete;
+    std::fclose(from);
+    if (!isComplete) {
+        file_delete(target.c_str());
+        return COPY_FAILED;
+    }
+    return COPY_DONE;
 }

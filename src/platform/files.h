@@ -25,3 +25,18 @@ void file_seek(std::FILE* file, int64_t position);
 
 /// Deletes a file; a missing one is no failure.
 bool file_delete(const char* path);
+
+/// Whether something of this name is there, a file or a folder.
+bool file_exists(const std::string& path);
+
+/// The file of the program that this process runs; empty if the system doesn't tell.
+std::string file_getProgramPath();
+
+enum CopyResult : int32_t {
+    COPY_DONE,
+    COPY_EXISTS,  ///< there is a file of the new name; it was left alone
+    COPY_FAILED   ///< nothing is left of the copy
+};
+
+/// Copies a file byte for byte to a new one, which nobody but the user may read.
+CopyResult file_copy(const std::string& source, const std::string& target);

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 
+#include "coupling/swmm.h"
 #include "hydrology/gage.h"
 #include "hydrology/inflows.h"
 #include "hydrology/lidmono.h"
@@ -129,6 +130,7 @@ void fillDryWeatherFlow(DateTime date, float* row) {
 void addNode(int32_t index, double f, float* row) {
     const Node& node = Nodes[static_cast<size_t>(index)];
     switch (node.kind) {
+        case SWMM: swmm_addFlows(node.kindIndex, row[SWMM_INFLOW], row[SWMM_OUTFLOW]); break;
         case TANK: {
             const Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
             add(row[FLOOD], mix(f, tank.oldFlood, tank.newFlood));

@@ -6,6 +6,7 @@
 
 #include <cstring>
 
+#include "coupling/coupled.h"
 #include "engine/errors.h"
 #include "hydrology/inflows.h"
 #include "hydrology/lidmono.h"
@@ -148,6 +149,8 @@ void node_validate(int32_t index) {
         case SPLITTER: validateSplitter(index); break;
         case REACTOR: reactor_validate(index); break;
         case LID_MONO: lidmono_validate(index); break;
+        case SWMM:
+        case VORN: coupled_validate(index); break;
         default: break;
     }
 }
@@ -176,6 +179,8 @@ void node_initState(int32_t index) {
         case SPLITTER: initSplitter(getSplitter(index)); break;
         case REACTOR: reactor_initState(index); break;
         case LID_MONO: lidmono_init(index); break;
+        case SWMM:
+        case VORN: coupled_initState(index); break;
         default: break;
     }
 }
@@ -184,6 +189,8 @@ void node_endState(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
         case TANK: tank_endState(index); break;
         case REACTOR: reactor_endState(index); break;
+        case SWMM:
+        case VORN: coupled_endState(index); break;
         default: break;
     }
 }
@@ -223,7 +230,13 @@ void node_shiftState(int32_t index) {
         node.oldQual[p] = node.newQual[p];
         node.newQual[p] = 0.0;
     }
-    shiftInflows(node);
+    if (coupled_isKind(node.kind)) {
+        // The totals of such a node are not rolled: what runs in beside the links piles up in newLatFlow for the whole
+        // run, and nothing takes it out.
+        coupled_shiftInflows(node);
+    } else {
+        shiftInflows(node);
+    }
 }
 
 /// Adds what one link delivers to a node of the network itself.
@@ -245,6 +258,10 @@ static void gatherLink(Node& node, const Link& link) {
 
 void node_gatherInflows(int32_t index, VisitLinkList incoming) {
     Node& node = Nodes[static_cast<size_t>(index)];
+    if (coupled_isKind(node.kind)) {
+        coupled_gatherInflows(node, incoming);
+        return;
+    }
     for (const VisitLink& link : incoming) {
         gatherLink(node, Links[static_cast<size_t>(link.link)]);
     }

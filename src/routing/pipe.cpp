@@ -191,8 +191,7 @@ void pipe_route(int32_t index, double inflow, double* concentrations) {
     link_noteChange(index);
 }
 
-/// Moves the clock of a pipe on by one period, but never past the end of the run.
-static void moveClock(Pipe& pipe) {
+void pipe_moveClock(Pipe& pipe) {
     pipe.lastFireTime = pipe.nextFireTime;
     const double next = pipe.stepLength * 1000.0 + pipe.lastFireTime;
     pipe.nextFireTime = next > TotalDuration ? TotalDuration : next;
@@ -206,7 +205,7 @@ static void clearSums(Pipe& pipe) {
 
 /// One firing: the sums become the mean flow and the mean concentrations of the period and go through the reaches.
 static void fire(int32_t index, Pipe& pipe) {
-    moveClock(pipe);
+    pipe_moveClock(pipe);
     link_shiftHydState(index);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         pipe.sumMass[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;

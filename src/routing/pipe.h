@@ -60,6 +60,9 @@ void pipe_openRun();
 /// the start.
 void pipe_update(int32_t link, int32_t kindIndex, int32_t node, double fireTime);
 
+/// Moves the clock of a pipe on by one period, but never past the end of the run.
+void pipe_moveClock(Pipe& pipe);
+
 /// Sends a mean flow (m3/s) with mean concentrations (mg/L, overwritten) of one period through the cascade.
 void pipe_route(int32_t link, double inflow, double* concentrations);
 

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "controls/rule.h"
+#include "coupling/coupled.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -67,6 +68,9 @@ static void listVisits() {
 }
 
 int32_t routing_open() {
+    if (!coupled_start()) {
+        return ErrorCode;
+    }
     pipe_openRun();
     link_openLists();
     inflows_openRun();
@@ -197,6 +201,8 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
             lidmono_step(index);
             updateOutgoing(index, outgoing, fireTime);
             break;
+        case SWMM:
+        case VORN: coupled_stepNode(index); break;
         default: break;
     }
 }

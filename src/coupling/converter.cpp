@@ -1,0 +1,157 @@
+// Converters. A treatment-plant model takes six wastewater constituents and gives the nineteen components of the
+// Activated Sludge Model No. 2d (Henze et al. 1999); a converter says, contribution by contribution, how a constituent is
+// made from the pollutants of the network, or how a pollutant is made from components.
+
+#include "coupling/converter.h"
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "input/tokens.h"
+
+std::vector<Converter> Converters;
+
+static const char* const TypeWords[] = {"VORN_INFLUENT", "VORN_EFFLUENT", nullptr};
+static const char* const ConstituentWords[] = {"COD", "NH4", "NO3", "TP", "TSS", "ALK", nullptr};
+static const char* const ComponentWords[] = {"S_O2",  "S_F",   "S_A",  "S_I",   "S_NH4", "S_N2",  "S_NO3",
+                                             "S_PO4", "S_ALK", "X_I",  "X_S",   "X_H",   "X_PAO", "X_PP",
+                                             "X_PHA", "X_AUT", "X_TSS", "X_MeOH", "X_MeP", nullptr};
+static const char* const SourceWords[] = {"POLLUTANT", "CONSTANT", nullptr};
+static const char* const OperationWords[] = {"ADD", "SUBTRACT", nullptr};
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+/// Reads a number that is refused only if text is left behind it and it is negative as well: "-1" is a number here, and
+/// so is a word, which counts as 0.
+static int32_t readNumber(const char* token, double& value) {
+    const bool isWhole = input_getDouble(token, &value) != 0;
+    return !isWhole && value < 0.0 ? error_setName(ERR_NUMBER, token) : ERR_NONE;
+}
+
+/// Index of a keyword, or of a pollutant where the line names one at this place.
+static int32_t readIndex(const char* token, const char* const* words, int32_t& index) {
+    index = words ? input_findKeyword(token, words) : project_findObject(POLLUT, token);
+    return index < 0 ? error_setName(words ? ERR_KEYWORD : ERR_UNDEFINED_OBJECT, token) : ERR_NONE;
+}
+
+/// Tokens 1 to 4.
+static int32_t readContribution(int32_t type, ConverterPoint& point) {
+    const bool isInfluent = type == VORN_INFLUENT;
+    if (const int32_t error = readIndex(Tok[1], isInfluent ? ConstituentWords : nullptr, point.target)) {
+        return error;
+    }
+    if (const int32_t error = readIndex(Tok[2], SourceWords, point.sourceKind)) {
+        return error;
+    }
+    point.sourceIndex = -1;
+    const int32_t error = point.sourceKind == SOURCE_POLLUTANT
+                              ? readIndex(Tok[3], isInfluent ? nullptr : ComponentWords, point.sourceIndex)
+                              : readNumber(Tok[3], point.constant);
+    return error ? error : readNumber(Tok[4], point.factor);
+}
+
+static int32_t readPoint(Converter& converter, int32_t tokenCount) {
+    ConverterPoint read{};
+    if (const int32_t error = readContribution(converter.type, read)) {
+        return error;
+    }
+    ConverterPoint* point = arena_allocateArray<ConverterPoint>(ProjectArena, 1);
+    if (!point) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    *point = read;
+    if (tokenCount >= 6) {
+        if (const int32_t error = readIndex(Tok[5], OperationWords, point->operation)) {
+            return error;
+        }
+    }
+    (converter.lastPoint ? converter.lastPoint->next : converter.points) = point;
+    converter.lastPoint = point;
+    return ERR_NONE;
+}
+
+int32_t converter_readParams(int32_t tokenCount) {
+    if (tokenCount < 2) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    // The type words come first, so a pollutant of such a name can't be a target.
+    const int32_t type = input_findKeyword(Tok[1], TypeWords);
+    if (type < 0 && tokenCount < 5) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const int32_t index = project_findObject(CONVERTER, Tok[0]);
+    if (index < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    Converter& converter = Converters[static_cast<size_t>(index)];
+    if (type >= 0) {
+        converter.type = type;
+    } else if (const int32_t error = readPoint(converter, tokenCount)) {
+        return error;
+    }
+    converter.name = project_findId(CONVERTER, Tok[0]);
+    return ERR_NONE;
+}
+
+// --- validation ----------------------------------------------------------------------------------------------------
+
+static bool hasTarget(const Converter& converter, int32_t target) {
+    const ConverterPoint* point = converter.points;
+    while (point && point->target != target) {
+        point = point->next;
+    }
+    return point != nullptr;
+}
+
+void converter_validate(int32_t index) {
+    const Converter& converter = Converters[static_cast<size_t>(index)];
+    if (converter.type == VORN_INFLUENT) {
+        for (int32_t target = 0; target < CONSTITUENT_COUNT; ++target) {
+            if (!hasTarget(converter, target)) {
+                report_writeError(ERR_CONVERTER_INFLUENT, converter.name);
+            }
+        }
+        return;
+    }
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        if (!hasTarget(converter, p)) {
+            report_writeError(ERR_CONVERTER_EFFLUENT, converter.name);
+            return;
+        }
+    }
+}
+
+// --- conversion ----------------------------------------------------------------------------------------------------
+
+bool converter_isInfluentPoint(const ConverterPoint& point) {
+    return point.target >= 0 && point.target < CONSTITUENT_COUNT &&
+           (point.sourceKind == SOURCE_CONSTANT ||
+            (point.sourceIndex >= 0 && point.sourceIndex < project_pollutantCount()));
+}
+
+bool converter_isEffluentPoint(const ConverterPoint& point) {
+    return point.target >= 0 && point.target < project_pollutantCount();
+}
+
+void converter_addAmount(const ConverterPoint& point, double amount, double& total) {
+    if (point.operation == OPERATION_ADD) {
+        total += amount;  // a negative amount may leave a negative total
+        return;
+    }
+    total -= amount;
+    if (total < 0.0) {
+        total = 0.0;
+    }
+}
+
+void converter_applyInfluent(int32_t index, double flow, const double* loads, double* constituents) {
+    for (const ConverterPoint* point = Converters[static_cast<size_t>(index)].points; point; point = point->next) {
+        if (!converter_isInfluentPoint(*point)) {
+            continue;
+        }
+        const double amount = point->sourceKind == SOURCE_POLLUTANT ? loads[point->sourceIndex] * point->factor * 1000.0
+                                                                    : flow * point->constant * point->factor;
+        converter_addAmount(*point, amount, constituents[point->target]);
+    }
+}

@@ -1,0 +1,154 @@
+// Private copies of engines, and records of exchange. An engine keeps the state of its model in static data, so a process
+// can run many of them only if each has a file of its own: the library is copied under a fresh name and the copy is
+// loaded. The copies are deleted at the close of the project.
+
+#include "coupling/outside.h"
+
+#include <algorithm>
+
+#include "coupling/guid.h"
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "platform/files.h"
+
+// --- library -------------------------------------------------------------------------------------------------------
+
+/// What stands up to the last separator, with it. Nothing is added: of a folder given without a separator at its end the
+/// last part is lost.
+static std::string cutToFolder(const std::string& path) {
+    return path.substr(0, path.find_last_of("/\\") + 1);
+}
+
+/// The file of the library, or an empty text after the message that it is missing.
+static std::string findLibrary(const OutsideLibrary& library, const std::string& folder) {
+    const std::string file = folder + library.fileName;
+    if (file_exists(file)) {
+        return file;
+    }
+    const std::string native = folder + library.nativeName;
+    if (*library.nativeName && file_exists(native)) {
+        return native;
+    }
+    report_writeError(library.missingError, file.c_str());
+    return {};
+}
+
+/// Copies the library to a name that no file has yet, and keeps the name. Two nodes, and two processes that share the
+/// folder, never get one file.
+static bool copyLibrary(OutsideNode& outside, const std::string& source, const std::string& folder) {
+    char guid[GUID_SIZE];
+    CopyResult result;
+    do {
+        swmm_makeGuid(guid);
+        outside.libraryCopy = folder + guid + ".dll";
+        result = file_copy(source, outside.libraryCopy);
+    } while (result == COPY_EXISTS);
+    if (result == COPY_FAILED) {
+        outside.libraryCopy.clear();
+    }
+    return result == COPY_DONE;
+}
+
+void outside_loadLibrary(OutsideNode& outside, const OutsideLibrary& library, const std::string& path,
+                         const std::string& tempFolder) {
+    const std::string folder = cutToFolder(file_exists(path) ? path : file_getProgramPath());
+    const std::string source = findLibrary(library, folder);
+    if (source.empty()) {
+        return;
+    }
+    if (!tempFolder.empty() && !file_exists(tempFolder)) {
+        report_writeError(library.folderError, tempFolder.c_str());
+        return;
+    }
+    if (copyLibrary(outside, source, tempFolder.empty() ? folder : tempFolder)) {
+        outside.library = library_load(outside.libraryCopy.c_str());
+    } else if (library.copyError) {
+        report_writeError(library.copyError, "");
+    }
+}
+
+void outside_releaseLibrary(OutsideNode& outside) {
+    if (outside.library) {
+        library_release(outside.library);
+        outside.library = nullptr;
+    }
+    if (!outside.libraryCopy.empty()) {
+        file_delete(outside.libraryCopy.c_str());
+        outside.libraryCopy.clear();
+    }
+}
+
+bool outside_findModel(const OutsideNode& outside, std::string& path) {
+    std::string found = outside.inpFile;
+    if (!file_exists(found)) {
+        found = InputFolder + outside.inpFile;
+        if (!file_exists(found)) {
+            return false;
+        }
+    }
+    const PathParts parts = file_splitPath(found);
+    path = parts.drive + parts.folder + parts.base;
+    return true;
+}
+
+// --- records -------------------------------------------------------------------------------------------------------
+
+CoupledFlow* outside_addRecord(CoupledList& list, const char* objectId, int32_t index, int32_t converter) {
+    CoupledFlow* record = arena_allocateArray<CoupledFlow>(ProjectArena, 1);
+    const char* id = record ? pool_copy(objectId) : nullptr;
+    if (!id) {
+        return nullptr;
+    }
+    record->objectId = id;
+    record->index = index;
+    record->converter = converter;
+    (list.tail ? list.tail->next : list.head) = record;
+    list.tail = record;
+    return record;
+}
+
+bool outside_openRecords(CoupledList& list, int32_t count) {
+    list.byIndex.clear();
+    for (CoupledFlow* record = list.head; record; record = record->next) {
+        double* arrays = arena_allocateArray<double>(RunArena, 3 * static_cast<int64_t>(count));
+        if (!arrays) {
+            return false;
+        }
+        record->oldLoad = arrays;
+        record->newLoad = arrays + count;
+        record->sumLoad = arrays + 2 * static_cast<int64_t>(count);
+        record->oldFlow = record->newFlow = record->sumFlow = 0.0;
+        record->sumCount = 0;
+        list.byIndex.push_back(record);
+    }
+    std::stable_sort(list.byIndex.begin(), list.byIndex.end(),
+                     [](const CoupledFlow* a, const CoupledFlow* b) { return a->index < b->index; });
+    return true;
+}
+
+void outside_closeRecords(CoupledList& list) {
+    list.byIndex.clear();
+    for (CoupledFlow* record = list.head; record; record = record->next) {
+        record->oldLoad = record->newLoad = record->sumLoad = nullptr;
+    }
+}
+
+CoupledRange outside_findRecords(const CoupledList& list, int32_t index) {
+    CoupledFlow* const* first = list.byIndex.data();
+    CoupledFlow* const* last = first + list.byIndex.size();
+    first = std::partition_point(first, last, [=](const CoupledFlow* record) { return record->index < index; });
+    return {first, std::partition_point(first, last, [=](const CoupledFlow* record) { return record->index == index; })};
+}
+
+void outside_rollRecords(const CoupledList& list, int32_t count) {
+    for (CoupledFlow* record = list.head; record; record = record->next) {
+        record->oldFlow = record->newFlow;
+        record->newFlow = 0.0;
+        for (int32_t p = 0; p < count; ++p) {
+            record->oldLoad[p] = record->newLoad[p];
+            record->newLoad[p] = 0.0;
+        }
+    }
+}

@@ -1,0 +1,98 @@
+#pragma once
+// What all nodes have in common whose inside is a model of its own, run by an outside engine: the private copy of the
+// engine's library, and the records of what passes between the network and the objects of that model.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/library.h"
+
+/// What passes at one object of an outside model: from a link or a subcatchment into it, or out of it into a link. The
+/// loads into a treatment plant are by constituent in g/s, all others by pollutant in kg/s.
+struct CoupledFlow {
+    const char* objectId;  ///< name of the object inside the outside model
+    int32_t index;         ///< link; or the subcatchment that an INFLOW line named: only the number is kept
+    int32_t converter;     ///< treatment plants: how pollutants become constituents, or components pollutants
+    CoupledFlow* next;     ///< next record of the list, in file order
+    double oldFlow;        ///< m3/s, at the start of the step
+    double newFlow;        ///< m3/s, at its end
+    double* oldLoad;       ///< the arrays live as long as the run
+    double* newLoad;
+    double* sumLoad;   ///< loads added up since a receiving pipe was last fed
+    double sumFlow;    ///< m3/s, flows added up likewise
+    int32_t sumCount;  ///< values in sumFlow
+};
+
+/// Records in file order, and the same in the order of their indices, for a run.
+struct CoupledList {
+    CoupledFlow* head;
+    CoupledFlow* tail;
+    std::vector<CoupledFlow*> byIndex;  ///< equal indices stay in file order
+};
+
+/// A run of records of one index, in file order.
+struct CoupledRange {
+    CoupledFlow* const* first;
+    CoupledFlow* const* last;
+
+    CoupledFlow* const* begin() const { return first; }
+    CoupledFlow* const* end() const { return last; }
+};
+
+/// The part that SWMM nodes and treatment-plant nodes share.
+struct OutsideNode {
+    const char* inpFile;   ///< path as given; from the validation on the full path that the engine reads
+    int32_t saveResults;   ///< 1: the engine is to save results of its own
+    double oldTime;        ///< ms since the start, the engine's clock before its latest step
+    double newTime;        ///< ms since the start, after it
+    CoupledList inflows;   ///< what the network gives to the model
+    CoupledList outflows;  ///< what the model gives to the network
+    LibraryHandle library;
+    int32_t isOpen;           ///< 1: the engine was asked to open the model, well or not, and is to close it
+    int32_t isStarted;        ///< 1: the engine was asked to start, well or not, and is to end
+    std::string libraryCopy;  ///< path of the private copy; empty while there is none
+};
+
+/// A kind of engine: the names of its library, and what is said when it can't be had.
+struct OutsideLibrary {
+    const char* fileName;
+    const char* nativeName;  ///< taken where a file of the first name isn't there; may be empty
+    int32_t missingError;
+    int32_t folderError;
+    int32_t copyError;  ///< ERR_NONE: a failed copy is passed over, and the missing engine shows in the validation
+};
+
+/// Copies a library to a name of its own and loads the copy. `path` is the library's folder, with its separator, or a
+/// file in it; where it doesn't exist the folder of the running program counts. The copy goes to `tempFolder`, again with
+/// its separator, or beside the library if that is empty. Writes what is wrong to the report.
+void outside_loadLibrary(OutsideNode& outside, const OutsideLibrary& library, const std::string& path,
+                         const std::string& tempFolder);
+
+/// Lets go of the library and deletes the copy.
+void outside_releaseLibrary(OutsideNode& outside);
+
+/// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
+/// of the project. False if there is neither.
+bool outside_findModel(const OutsideNode& outside, std::string& path);
+
+/// Appends a record. Null without memory.
+CoupledFlow* outside_addRecord(CoupledList& list, const char* objectId, int32_t index, int32_t converter);
+
+/// Puts the records of a list to time zero, with arrays of `count` numbers. False without memory.
+bool outside_openRecords(CoupledList& list, int32_t count);
+
+/// Forgets the arrays of a run.
+void outside_closeRecords(CoupledList& list);
+
+/// The records of an index; none before the start of a run.
+CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
+
+/// New becomes old, and the new values of all records become 0.
+void outside_rollRecords(const CoupledList& list, int32_t count);
+
+/// Weight of the new state at the time `time` between `before` and `after`; 0 if those are equal. It isn't limited: the
+/// clock of an engine may lie outside the step, and goes back to 0 once its run is over.
+inline double outside_getWeight(double time, double before, double after) {
+    return after == before ? 0.0 : (time - before) / (after - before);
+}

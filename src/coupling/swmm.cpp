@@ -1,0 +1,364 @@
+// SWMM nodes. The routing step brings the engine up to the routing clock, as often as the engine's own step asks for:
+//
+//     behind --(newTime <= NewRoutingTime)--> requests, inflows, settings, engine step, outflows --> behind or ahead
+//     ahead  --(newTime >  NewRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
+//
+// Water and load of the network go in as external inflows, interpolated at the engine's clock; what comes out goes into
+// the links that the records name. Once the engine's run is over it reports an elapsed time of 0, and is asked again in
+// every routing step.
+
+#include "coupling/swmm.h"
+
+#include "coupling/feed.h"
+#include "engine/errors.h"
+#include "hydrology/landuse.h"
+#include "input/names.h"
+#include "input/sections.h"
+#include "input/tokens.h"
+#include "routing/node.h"
+
+std::vector<SwmmNode> SwmmNodes;
+
+static constexpr OutsideLibrary Library = {"swmm5ex.dll", LIBRARY_NATIVE_NAME("swmm5ex"), ERR_SWMM_LIBRARY_MISSING,
+                                           ERR_SWMM_TEMP_FOLDER, ERR_NONE};
+static constexpr OutsideTotals Totals = {&FlowTotalsRecord::swmmInflow, &FlowTotalsRecord::swmmOutflow,
+                                         &QualTotalsRecord::swmmInflow, &QualTotalsRecord::swmmOutflow};
+
+// Numbers by which the engine knows what is asked for.
+static constexpr int NODE_OBJECT = 1;
+static constexpr int TOTAL_INFLOW = 4;
+static constexpr int FIRST_POLLUTANT = 6;
+static constexpr int SI_UNITS = 1;
+
+static SwmmNode& getSwmm(int32_t row) {
+    return SwmmNodes[static_cast<size_t>(row)];
+}
+
+static int32_t getRow(int32_t node) {
+    return Nodes[static_cast<size_t>(node)].kindIndex;
+}
+
+// --- library -------------------------------------------------------------------------------------------------------
+
+/// The first function that isn't there ends the look-up: those behind it are not taken either.
+static void findEntries(SwmmNode& swmm) {
+    bool isFound = true;
+#define SWMM_ENTRY(name, result, arguments, standIn) \
+    isFound = isFound && entry_find(swmm.outside.library, #name, swmm.entries.name);
+#include "coupling/swmmentries.def"
+#undef SWMM_ENTRY
+}
+
+void swmm_loadLibrary(int32_t row) {
+    SwmmNode& swmm = getSwmm(row);
+    outside_loadLibrary(swmm.outside, Library, SwmmDllPath, SwmmTempDir);
+    findEntries(swmm);
+}
+
+void swmm_closeNode(int32_t row) {
+    SwmmNode& swmm = getSwmm(row);
+    if (swmm.outside.isOpen) {
+        swmm.outside.isOpen = 0;
+        swmm.entries.swmm_close();
+    }
+    swmm.entries = SwmmEntries{};
+    outside_releaseLibrary(swmm.outside);
+}
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+static int32_t readDefinition(int32_t node, int32_t row) {
+    const char* id = project_findId(NODE, Tok[0]);
+    if (!id) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t saveResults = input_findKeyword(Tok[2], NoYesWords);
+    if (saveResults < 0) {
+        return error_setName(ERR_KEYWORD, Tok[2]);
+    }
+    const char* inpFile = pool_copy(Tok[1]);
+    if (!inpFile) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    node_setRow(node, SWMM, row, id);
+    OutsideNode& outside = getSwmm(row).outside;
+    outside.inpFile = inpFile;
+    outside.saveResults = saveResults;
+    return ERR_NONE;
+}
+
+/// A record takes a link; what flows in may come from a subcatchment as well, and a link of the name wins.
+static int32_t readRecord(int32_t row, bool isInflow) {
+    int32_t index = project_findObject(LINK, Tok[2]);
+    if (index < 0 && isInflow) {
+        index = project_findObject(SUBCATCH, Tok[2]);
+    }
+    if (index < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    OutsideNode& outside = getSwmm(row).outside;
+    if (!outside_addRecord(isInflow ? outside.inflows : outside.outflows, Tok[1], index, -1)) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    return ERR_NONE;
+}
+
+int32_t swmm_readParams(int32_t node, int32_t row, int32_t tokenCount) {
+    if (tokenCount < 3) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    switch (input_findKeyword(Tok[0], SwmmRecordWords)) {
+        case 0: return readRecord(row, true);
+        case 1: return readRecord(row, false);
+        default: return readDefinition(node, row);
+    }
+}
+
+// --- validation ----------------------------------------------------------------------------------------------------
+
+/// Fills the three paths of the model, the extensions of which are fixed. False, after its message, if there is no such
+/// file or another node has it.
+static bool setPaths(int32_t row, const char* id) {
+    SwmmNode& swmm = getSwmm(row);
+    std::string path;
+    if (!outside_findModel(swmm.outside, path)) {
+        report_writeError(ERR_SWMM_INPUT_MISSING, id);
+        return false;
+    }
+    const std::string inpFile = path + ".inp";
+    for (int32_t other = 0; other < row; ++other) {
+        if (inpFile == getSwmm(other).outside.inpFile) {
+            report_writeError(ERR_SWMM_INPUT_DUPLICATE, id);
+            return false;
+        }
+    }
+    swmm.outside.inpFile = pool_copy(inpFile.c_str());
+    swmm.rptFile = pool_copy((path + ".rpt").c_str());
+    swmm.outFile = pool_copy((path + ".out").c_str());
+    if (!swmm.outside.inpFile || !swmm.rptFile || !swmm.outFile) {
+        swmm.outside.inpFile = swmm.rptFile = swmm.outFile = "";
+        report_writeError(ERR_MEMORY, "");
+        return false;
+    }
+    return true;
+}
+
+/// The dates of the model must be those of the project, to the last bit.
+static void validateDates(const SwmmNode& swmm, const char* id) {
+    double start = 0.0, end = 0.0;
+    if (swmm.entries.swmm_getStartAndEndTime(&start, &end) != 0) {
+        report_writeError(ERR_SWMM_DATES, id);
+    }
+    if (start != StartDateTime) {
+        report_writeError(ERR_SWMM_START_DATE, id);
+    }
+    if (end != EndDateTime) {
+        report_writeError(ERR_SWMM_END_DATE, id);
+    }
+}
+
+static void validateRecords(const SwmmNode& swmm, const char* id) {
+    for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
+        if (swmm.entries.swmm_isNode(record->objectId) < 0) {
+            report_writeError(ERR_SWMM_NODE, record->objectId);
+        }
+    }
+    for (const CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
+        if (swmm.entries.swmm_isNode(record->objectId) < 0) {
+            report_writeError(ERR_SWMM_NODE, record->objectId);
+        }
+        const int32_t kind = Links[static_cast<size_t>(record->index)].kind;
+        if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
+            report_writeError(ERR_SWMM_OUTFLOW_LINK, id);
+        }
+    }
+}
+
+static void validatePollutants(const SwmmNode& swmm) {
+    for (const Pollut& pollutant : Polluts) {
+        int index = 0;
+        if (swmm.entries.swmm_isPollut(pollutant.id, &index) < 0) {
+            report_writeError(ERR_SWMM_POLLUTANT, pollutant.id);
+        }
+    }
+}
+
+void swmm_validate(int32_t node) {
+    const char* id = Nodes[static_cast<size_t>(node)].id;
+    SwmmNode& swmm = getSwmm(getRow(node));
+    if (!setPaths(getRow(node), id)) {
+        return;
+    }
+    swmm.outside.isOpen = 1;  // whatever the engine says: it is asked to close in any case
+    if (swmm.entries.swmm_open(swmm.outside.inpFile, swmm.rptFile, swmm.outFile) != 0) {
+        report_writeError(ERR_SWMM_INPUT_OPEN, id);
+    }
+    validateDates(swmm, id);
+    if (swmm.entries.swmm_getUnitSystem() != SI_UNITS) {
+        report_writeError(ERR_SWMM_UNITS, id);
+    }
+    validateRecords(swmm, id);
+    validatePollutants(swmm);
+}
+
+// --- start and end of a run ----------------------------------------------------------------------------------------
+
+void swmm_initState(int32_t node) {
+    OutsideNode& outside = getSwmm(getRow(node)).outside;
+    const int32_t pollutants = project_pollutantCount();
+    const bool isDone = outside_openRecords(outside.inflows, pollutants) &&
+                        outside_openRecords(outside.outflows, pollutants) && feed_open();
+    if (!isDone) {
+        report_writeError(ERR_MEMORY, "");
+    }
+}
+
+bool swmm_startNode(int32_t node) {
+    SwmmNode& swmm = getSwmm(getRow(node));
+    swmm.outside.isStarted = 1;
+    swmm.outside.oldTime = swmm.outside.newTime = 0.0;
+    if (swmm.entries.swmm_start(swmm.outside.saveResults) != 0) {
+        report_writeError(ERR_SWMM_START, Nodes[static_cast<size_t>(node)].id);
+        return false;
+    }
+    return true;
+}
+
+void swmm_endNode(int32_t node) {
+    SwmmNode& swmm = getSwmm(getRow(node));
+    if (swmm.outside.isStarted) {
+        swmm.outside.isStarted = 0;
+        swmm.entries.swmm_end();
+    }
+    outside_closeRecords(swmm.outside.inflows);
+    outside_closeRecords(swmm.outside.outflows);
+    feed_close();
+}
+
+// --- what comes in -------------------------------------------------------------------------------------------------
+
+void swmm_shiftInflows(int32_t row) {
+    outside_rollRecords(getSwmm(row).outside.inflows, project_pollutantCount());
+}
+
+void swmm_takeInflow(int32_t row, int32_t link, double flow, const double* loads) {
+    const CoupledRange records = outside_findRecords(getSwmm(row).outside.inflows, link);
+    if (records.begin() == records.end()) {
+        return;  // no record: the water is lost here
+    }
+    CoupledFlow& record = **records.begin();
+    record.newFlow += flow;
+    feed_countDelivery(Totals, flow, loads);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        record.newLoad[p] = loads[p];  // set, not added: of two links with one number only the last load goes on
+    }
+}
+
+void swmm_takeRunoff(int32_t row, int32_t subcatch, double flow) {
+    // Only numbers are compared, so a record made for the link of this number takes the runoff as well.
+    const CoupledRange records = outside_findRecords(getSwmm(row).outside.inflows, subcatch);
+    if (records.begin() != records.end()) {
+        (*records.begin())->newFlow = flow;
+    }
+}
+
+// --- the engine's step ---------------------------------------------------------------------------------------------
+
+/// Inflows and loads that the host has asked for; they are given again in each step of the engine. A record of the same
+/// object overrides them.
+static void passRequests(int32_t node, const SwmmEntries& entries) {
+    for (const SwmmRequest& request : SwmmInflowRequests) {
+        if (request.node == node) {
+            entries.swmm_setExtInflow(request.object.c_str(), request.value);
+        }
+    }
+    for (const SwmmRequest& request : SwmmLoadRequests) {
+        if (request.node == node) {
+            entries.swmm_setExtPollutLoad(request.object.c_str(), request.pollutant.c_str(), request.value);
+        }
+    }
+}
+
+static void passInflows(const SwmmNode& swmm) {
+    const double f = outside_getWeight(swmm.outside.newTime, OldRoutingTime, NewRoutingTime);
+    for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
+        swmm.entries.swmm_setExtInflow(record->objectId, (1.0 - f) * record->oldFlow + f * record->newFlow);
+        for (size_t p = 0; p < Polluts.size(); ++p) {
+            swmm.entries.swmm_setExtPollutLoad(record->objectId, Polluts[p].id,
+                                               f * record->newLoad[p] + (1.0 - f) * record->oldLoad[p]);
+        }
+    }
+}
+
+static void passSettings(int32_t node, const SwmmEntries& entries) {
+    for (const SwmmRequest& request : SwmmSettingRequests) {
+        if (request.node == node) {
+            entries.swmm_setSetting(request.object.c_str(), request.value, entries.swmm_getRoutingStep());
+        }
+    }
+}
+
+/// What the engine doesn't store is 0; so is the load of a pollutant that the model doesn't know.
+static void takeOutflows(const SwmmNode& swmm) {
+    outside_rollRecords(swmm.outside.outflows, project_pollutantCount());
+    for (CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
+        swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, TOTAL_INFLOW, &record->newFlow);
+        for (size_t p = 0; p < Polluts.size(); ++p) {
+            int index = 0;
+            if (swmm.entries.swmm_isPollut(Polluts[p].id, &index) >= 0) {
+                double concentration = 0.0;
+                swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, index + FIRST_POLLUTANT, &concentration);
+                record->newLoad[p] = record->newFlow * concentration / 1000.0;
+            }
+        }
+    }
+}
+
+/// One step of the engine; gives the elapsed time in days, 0 when its run is over.
+static double stepEngine(int32_t node, SwmmNode& swmm) {
+    passRequests(node, swmm.entries);
+    passInflows(swmm);
+    passSettings(node, swmm.entries);
+    double elapsed = 0.0;
+    swmm.entries.swmm_step(&elapsed);
+    takeOutflows(swmm);
+    swmm.outside.oldTime = swmm.outside.newTime;
+    swmm.outside.newTime = elapsed * 86400000.0;
+    return elapsed;
+}
+
+void swmm_stepNode(int32_t node) {
+    SwmmNode& swmm = getSwmm(getRow(node));
+    if (!(swmm.outside.newTime > NewRoutingTime)) {
+        double elapsed;
+        do {
+            elapsed = stepEngine(node, swmm);
+        } while (elapsed != 0.0 && swmm.outside.newTime <= NewRoutingTime);
+    }
+    // Requests for other nodes go too, used or not: a host asks anew for each step, one SWMM node at a time.
+    SwmmInflowRequests.clear();
+    SwmmSettingRequests.clear();
+    SwmmLoadRequests.clear();
+    feed_updateLinks(node, swmm.outside, Totals);
+}
+
+// --- for other rooms -----------------------------------------------------------------------------------------------
+
+void swmm_addFlows(int32_t row, float& inflow, float& outflow) {
+    const OutsideNode& outside = getSwmm(row).outside;
+    const double g = outside_getWeight(outside.newTime, OldRoutingTime, NewRoutingTime);
+    for (const CoupledFlow* record = outside.inflows.head; record; record = record->next) {
+        inflow += static_cast<float>((1.0 - g) * record->oldFlow + g * record->newFlow);
+    }
+    for (const CoupledFlow* record = outside.outflows.head; record; record = record->next) {
+        outflow += static_cast<float>(record->newFlow);
+    }
+}
+
+int32_t swmm_isLink(int32_t row, const char* link) {
+    return getSwmm(row).entries.swmm_isLink(link);
+}
+
+void swmm_setSetting(int32_t row, const char* link, double setting, double stepLength) {
+    getSwmm(row).entries.swmm_setSetting(link, setting, stepLength);
+}

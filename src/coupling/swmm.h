@@ -1,0 +1,68 @@
+#pragma once
+// SWMM nodes: a separate SWMM 5 model inside a node of the network, run by an outside engine.
+
+#include <cstdint>
+#include <vector>
+
+#include "coupling/entries.h"
+#include "coupling/outside.h"
+#include "engine/project.h"
+
+/// The functions of one private copy of the engine.
+struct SwmmEntries {
+#define SWMM_ENTRY(name, result, arguments, standIn) result(*name) arguments = StandIn<result arguments, standIn>::call;
+#include "coupling/swmmentries.def"
+#undef SWMM_ENTRY
+};
+
+struct SwmmNode {
+    OutsideNode outside;
+    SwmmEntries entries;
+    const char* rptFile;  ///< full path of the engine's report
+    const char* outFile;  ///< full path of the engine's results
+};
+
+extern std::vector<SwmmNode> SwmmNodes;
+
+/// Makes the node's own copy of the library and looks up its functions.
+void swmm_loadLibrary(int32_t row);
+
+/// Closes the model, lets go of the library and deletes the copy.
+void swmm_closeNode(int32_t row);
+
+/// A line of [SWMM_INPS] in Tok: the definition of node `node` in row `row`, or a record of the node in row `row`. An
+/// error index, or 0.
+int32_t swmm_readParams(int32_t node, int32_t row, int32_t tokenCount);
+
+/// Opens the model and compares it with the project; writes what is wrong to the report.
+void swmm_validate(int32_t node);
+
+/// Puts the records to time zero.
+void swmm_initState(int32_t node);
+
+/// Starts the engine. False if it can't be started.
+bool swmm_startNode(int32_t node);
+
+/// Ends the engine, if it was started, and forgets what the run allocated.
+void swmm_endNode(int32_t node);
+
+/// Rolls the records of what flows in from new to old.
+void swmm_shiftInflows(int32_t row);
+
+/// Takes what a link delivers: a flow, m3/s, with its loads, kg/s.
+void swmm_takeInflow(int32_t row, int32_t link, double flow, const double* loads);
+
+/// Takes the runoff of a subcatchment, m3/s; it is in no total of the network.
+void swmm_takeRunoff(int32_t row, int32_t subcatch, double flow);
+
+/// Brings the engine up to the routing clock and hands what comes out of the model to the outgoing links.
+void swmm_stepNode(int32_t node);
+
+/// Flows at the moment, m3/s, added to sums in single: into the models at the engine's clock, and out of them.
+void swmm_addFlows(int32_t row, float& inflow, float& outflow);
+
+/// Index of a link inside the model of a row, negative if there is none.
+int32_t swmm_isLink(int32_t row, const char* link);
+
+/// Sets a link inside the model of a row, for steps of `stepLength` seconds.
+void swmm_setSetting(int32_t row, const char* link, double setting, double stepLength);

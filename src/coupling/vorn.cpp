@@ -1,0 +1,301 @@
+// Treatment-plant nodes, built like SWMM nodes and stepped in the same way:
+//
+//     behind --(newTime <= NewRoutingTime)--> influents, engine step, effluents --> behind or ahead
+//     ahead  --(newTime >  NewRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
+//
+// What differs: the plant speaks of units and of quantities of its own, and converters stand between those and the
+// pollutants of the network.
+
+#include "coupling/vorn.h"
+
+#include "coupling/converter.h"
+#include "coupling/feed.h"
+#include "engine/errors.h"
+#include "input/names.h"
+#include "input/sections.h"
+#include "input/tokens.h"
+#include "routing/node.h"
+
+std::vector<VornNode> VornNodes;
+
+static constexpr OutsideLibrary Library = {"vorn.dll", LIBRARY_NATIVE_NAME("vorn"), ERR_VORN_LIBRARY_MISSING,
+                                           ERR_VORN_TEMP_FOLDER, ERR_FILE_COPY};
+static constexpr OutsideTotals Totals = {&FlowTotalsRecord::vornInflow, &FlowTotalsRecord::vornOutflow,
+                                         &QualTotalsRecord::vornInflow, &QualTotalsRecord::vornOutflow};
+
+// Numbers by which the engine knows what is asked for.
+static constexpr int INFLUENT_UNIT = 0;
+static constexpr int EFFLUENT_UNIT = 1;
+static constexpr int UNSTEADY_SOLUTION = 1;
+static constexpr int FLOW_INDEX = 0;  ///< constituents and components follow from 1 on
+
+static VornNode& getVorn(int32_t row) {
+    return VornNodes[static_cast<size_t>(row)];
+}
+
+static int32_t getRow(int32_t node) {
+    return Nodes[static_cast<size_t>(node)].kindIndex;
+}
+
+// --- library -------------------------------------------------------------------------------------------------------
+
+/// The first function that isn't there ends the look-up: those behind it are not taken either.
+static void findEntries(VornNode& vorn) {
+    bool isFound = true;
+#define VORN_ENTRY(name, result, arguments, standIn) \
+    isFound = isFound && entry_find(vorn.outside.library, #name, vorn.entries.name);
+#include "coupling/vornentries.def"
+#undef VORN_ENTRY
+}
+
+void vorn_loadLibrary(int32_t row) {
+    VornNode& vorn = getVorn(row);
+    outside_loadLibrary(vorn.outside, Library, VornDllPath, VornTempDir);
+    findEntries(vorn);
+}
+
+void vorn_closeNode(int32_t row) {
+    VornNode& vorn = getVorn(row);
+    if (vorn.outside.isOpen) {
+        vorn.outside.isOpen = 0;
+        vorn.entries.vorn_close();
+    }
+    vorn.entries = VornEntries{};
+    outside_releaseLibrary(vorn.outside);
+}
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+static int32_t readDefinition(int32_t node, int32_t row) {
+    const char* id = project_findId(NODE, Tok[0]);
+    if (!id) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t saveResults = input_findKeyword(Tok[2], NoYesWords);
+    if (saveResults < 0) {
+        return error_setName(ERR_KEYWORD, Tok[2]);
+    }
+    const char* inpFile = pool_copy(Tok[1]);
+    if (!inpFile) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    node_setRow(node, VORN, row, id);
+    OutsideNode& outside = getVorn(row).outside;
+    outside.inpFile = inpFile;
+    outside.saveResults = saveResults;
+    return ERR_NONE;
+}
+
+static int32_t readRecord(int32_t row, bool isInflow) {
+    const int32_t link = project_findObject(LINK, Tok[2]);
+    if (link < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    const int32_t converter = project_findObject(CONVERTER, Tok[3]);
+    if (converter < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+    }
+    OutsideNode& outside = getVorn(row).outside;
+    if (!outside_addRecord(isInflow ? outside.inflows : outside.outflows, Tok[1], link, converter)) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    return ERR_NONE;
+}
+
+int32_t vorn_readParams(int32_t node, int32_t row, int32_t tokenCount) {
+    const int32_t word = tokenCount > 0 ? input_findKeyword(Tok[0], VornRecordWords) : -1;
+    if (tokenCount < (word < 0 ? 3 : 4)) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    return word < 0 ? readDefinition(node, row) : readRecord(row, word == 0);
+}
+
+// --- validation ----------------------------------------------------------------------------------------------------
+
+/// Fills the path of the model, whose extension is fixed. False, after its message, if there is no such file or another
+/// node has it. A missing file is told by the message of SWMM nodes; reports have always shown that one.
+static bool setPath(int32_t row, const char* id) {
+    OutsideNode& outside = getVorn(row).outside;
+    std::string path;
+    if (!outside_findModel(outside, path)) {
+        report_writeError(ERR_SWMM_INPUT_MISSING, id);
+        return false;
+    }
+    path += ".sti";
+    for (int32_t other = 0; other < row; ++other) {
+        if (path == getVorn(other).outside.inpFile) {
+            report_writeError(ERR_VORN_INPUT_DUPLICATE, id);
+            return false;
+        }
+    }
+    const char* inpFile = pool_copy(path.c_str());
+    if (!inpFile) {
+        report_writeError(ERR_MEMORY, "");
+        return false;
+    }
+    outside.inpFile = inpFile;
+    return true;
+}
+
+/// The dates of the model must be those of the project, to the last bit.
+static void validateDates(const VornNode& vorn, const char* id) {
+    double start = 0.0, end = 0.0;
+    if (vorn.entries.vorn_getStartAndEndTime(&start, &end) != 0) {
+        report_writeError(ERR_VORN_DATES, id);
+    }
+    if (start != StartDateTime) {
+        report_writeError(ERR_VORN_START_DATE, id);
+    }
+    if (end != EndDateTime) {
+        report_writeError(ERR_VORN_END_DATE, id);
+    }
+}
+
+static void validateRecords(const VornNode& vorn, const char* id) {
+    for (const CoupledFlow* record = vorn.outside.inflows.head; record; record = record->next) {
+        if (vorn.entries.vorn_getUnitType(record->objectId) != INFLUENT_UNIT) {
+            report_writeError(ERR_VORN_INFLUENT, record->objectId);
+        }
+    }
+    for (const CoupledFlow* record = vorn.outside.outflows.head; record; record = record->next) {
+        if (vorn.entries.vorn_getUnitType(record->objectId) != EFFLUENT_UNIT) {
+            report_writeError(ERR_VORN_EFFLUENT, record->objectId);
+        }
+        const int32_t kind = Links[static_cast<size_t>(record->index)].kind;
+        if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
+            report_writeError(ERR_SWMM_OUTFLOW_LINK, id);
+        }
+    }
+}
+
+void vorn_validate(int32_t node) {
+    const char* id = Nodes[static_cast<size_t>(node)].id;
+    VornNode& vorn = getVorn(getRow(node));
+    if (!setPath(getRow(node), id)) {
+        return;
+    }
+    vorn.outside.isOpen = 1;  // whatever the engine says: it is asked to close in any case
+    if (vorn.entries.vorn_open(vorn.outside.inpFile) != 0) {
+        report_writeError(ERR_VORN_INPUT_OPEN, id);
+    }
+    validateDates(vorn, id);
+    if (vorn.entries.vorn_getSolutionType() != UNSTEADY_SOLUTION) {
+        report_writeError(ERR_VORN_SOLUTION, id);
+    }
+    validateRecords(vorn, id);
+}
+
+// --- start and end of a run ----------------------------------------------------------------------------------------
+
+void vorn_initState(int32_t node) {
+    OutsideNode& outside = getVorn(getRow(node)).outside;
+    const bool isDone = outside_openRecords(outside.inflows, CONSTITUENT_COUNT) &&
+                        outside_openRecords(outside.outflows, project_pollutantCount()) && feed_open();
+    if (!isDone) {
+        report_writeError(ERR_MEMORY, "");
+    }
+}
+
+bool vorn_startNode(int32_t node) {
+    VornNode& vorn = getVorn(getRow(node));
+    vorn.outside.isStarted = 1;
+    vorn.outside.oldTime = vorn.outside.newTime = 0.0;
+    if (vorn.entries.vorn_start(vorn.outside.saveResults) != 0) {
+        report_writeError(ERR_VORN_START, Nodes[static_cast<size_t>(node)].id);
+        return false;
+    }
+    return true;
+}
+
+void vorn_endNode(int32_t node) {
+    VornNode& vorn = getVorn(getRow(node));
+    if (vorn.outside.isStarted) {
+        vorn.outside.isStarted = 0;
+        vorn.entries.vorn_end();
+    }
+    outside_closeRecords(vorn.outside.inflows);
+    outside_closeRecords(vorn.outside.outflows);
+    feed_close();
+}
+
+// --- what comes in -------------------------------------------------------------------------------------------------
+
+void vorn_shiftInflows(int32_t row) {
+    outside_rollRecords(getVorn(row).outside.inflows, CONSTITUENT_COUNT);
+}
+
+void vorn_takeInflow(int32_t row, int32_t link, double flow, const double* loads) {
+    // Every record of the link takes the whole flow, so two of them double it, in the plant and in the totals.
+    for (CoupledFlow* record : outside_findRecords(getVorn(row).outside.inflows, link)) {
+        record->newFlow += flow;
+        feed_countDelivery(Totals, flow, loads);
+        converter_applyInfluent(record->converter, flow, loads, record->newLoad);
+    }
+}
+
+// --- the engine's step ---------------------------------------------------------------------------------------------
+
+/// The constituents that are sent are those of the converter of the first record, for all records: what only another
+/// converter fills doesn't reach the plant.
+static void passInfluents(const VornNode& vorn) {
+    const CoupledFlow* head = vorn.outside.inflows.head;
+    const double f = outside_getWeight(vorn.outside.newTime, OldRoutingTime, NewRoutingTime);
+    for (const CoupledFlow* record = head; record; record = record->next) {
+        vorn.entries.vorn_setExtInflow(record->objectId, FLOW_INDEX,
+                                       (1.0 - f) * record->oldFlow + f * record->newFlow);
+        const ConverterPoint* point = Converters[static_cast<size_t>(head->converter)].points;
+        for (; point; point = point->next) {
+            if (converter_isInfluentPoint(*point)) {
+                const int32_t target = point->target;
+                vorn.entries.vorn_setExtInflow(record->objectId, target + 1,
+                                               f * record->newLoad[target] + (1.0 - f) * record->oldLoad[target]);
+            }
+        }
+    }
+}
+
+/// Loads of the pollutants in what leaves a unit. The factor of a point has no effect on this side.
+static void convertEffluent(const VornNode& vorn, const CoupledFlow& record) {
+    const ConverterPoint* point = Converters[static_cast<size_t>(record.converter)].points;
+    for (; point; point = point->next) {
+        if (!converter_isEffluentPoint(*point)) {
+            continue;
+        }
+        double concentration = point->constant;
+        if (point->sourceKind == SOURCE_POLLUTANT) {
+            concentration = 0.0;
+            vorn.entries.vorn_getExtOutflow(record.objectId, point->sourceIndex + 1, &concentration);
+        }
+        converter_addAmount(*point, concentration * record.newFlow / 1000.0, record.newLoad[point->target]);
+    }
+}
+
+static void takeEffluents(const VornNode& vorn) {
+    outside_rollRecords(vorn.outside.outflows, project_pollutantCount());
+    for (CoupledFlow* record = vorn.outside.outflows.head; record; record = record->next) {
+        vorn.entries.vorn_getExtOutflow(record->objectId, FLOW_INDEX, &record->newFlow);
+        convertEffluent(vorn, *record);
+    }
+}
+
+/// One step of the engine; gives the elapsed time in days, 0 when its run is over.
+static double stepEngine(VornNode& vorn) {
+    passInfluents(vorn);
+    double elapsed = 0.0;
+    vorn.entries.vorn_step(&elapsed);
+    takeEffluents(vorn);
+    vorn.outside.oldTime = vorn.outside.newTime;
+    vorn.outside.newTime = elapsed * 86400000.0;
+    return elapsed;
+}
+
+void vorn_stepNode(int32_t node) {
+    VornNode& vorn = getVorn(getRow(node));
+    if (!(vorn.outside.newTime > NewRoutingTime)) {
+        double elapsed;
+        do {
+            elapsed = stepEngine(vorn);
+        } while (elapsed != 0.0 && vorn.outside.newTime <= NewRoutingTime);
+    }
+    feed_updateLinks(node, vorn.outside, Totals);
+}

@@ -1,0 +1,54 @@
+#pragma once
+// Treatment-plant nodes: a separate plant model inside a node of the network, run by an outside engine.
+
+#include <cstdint>
+#include <vector>
+
+#include "coupling/entries.h"
+#include "coupling/outside.h"
+#include "engine/project.h"
+
+/// The functions of one private copy of the engine.
+struct VornEntries {
+#define VORN_ENTRY(name, result, arguments, standIn) result(*name) arguments = StandIn<result arguments, standIn>::call;
+#include "coupling/vornentries.def"
+#undef VORN_ENTRY
+};
+
+struct VornNode {
+    OutsideNode outside;
+    VornEntries entries;
+};
+
+extern std::vector<VornNode> VornNodes;
+
+/// Makes the node's own copy of the library and looks up its functions.
+void vorn_loadLibrary(int32_t row);
+
+/// Closes the model, lets go of the library and deletes the copy.
+void vorn_closeNode(int32_t row);
+
+/// A line of [VORN_INPS] in Tok: the definition of node `node` in row `row`, or a record of the node in row `row`. An
+/// error index, or 0.
+int32_t vorn_readParams(int32_t node, int32_t row, int32_t tokenCount);
+
+/// Opens the model and compares it with the project; writes what is wrong to the report.
+void vorn_validate(int32_t node);
+
+/// Puts the records to time zero.
+void vorn_initState(int32_t node);
+
+/// Starts the engine. False if it can't be started.
+bool vorn_startNode(int32_t node);
+
+/// Ends the engine, if it was started, and forgets what the run allocated.
+void vorn_endNode(int32_t node);
+
+/// Rolls the records of what flows in from new to old.
+void vorn_shiftInflows(int32_t row);
+
+/// Takes what a link delivers: a flow, m3/s, with its loads, kg/s.
+void vorn_takeInflow(int32_t row, int32_t link, double flow, const double* loads);
+
+/// Brings the engine up to the routing clock and hands what comes out of the plant to the outgoing links.
+void vorn_stepNode(int32_t node);

@@ -1,0 +1,7 @@
+#pragma once
+// The clock of the machine, for names that must differ and for nothing else: no result depends on it.
+
+#include <cstdint>
+
+/// Microseconds of the current second of a clock that counts finely.
+uint32_t clock_getMicroseconds();
