@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "engine/arena.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/link.h"
 #include "routing/pipe.h"
@@ -115,13 +116,6 @@ static void feedConnection(int32_t index, const CoupledFlow& record, double f, c
 
 // --- conduits ------------------------------------------------------------------------------------------------------
 
-/// Sends a flow (m3/s) with its concentrations (mg/L) through the store of a conduit.
-static void routeConduit(int32_t link, double flow, const double* concentrations) {
-    (void)link;
-    (void)flow;
-    (void)concentrations;
-}
-
 /// The record is the first of the node, whichever names the conduit.
 static void feedConduit(int32_t link, const CoupledFlow& first, const OutsideTotals& totals) {
     countOutflow(totals, first);
@@ -130,7 +124,7 @@ static void feedConduit(int32_t link, const CoupledFlow& first, const OutsideTot
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         Scratch[p] = first.newFlow != 0.0 ? first.newLoad[p] / first.newFlow * 1000.0 : 0.0;
     }
-    routeConduit(link, first.newFlow, Scratch);
+    conduit_route(link, first.newFlow, Scratch);
 }
 
 // --- all links of a node -------------------------------------------------------------------------------------------

@@ -2,33 +2,64 @@
 // never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an unknown
 // name changes nothing.
 
+#include "engine/exchange.h"
+
+#include "engine/guard.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
+#include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
 #include "input/names.h"
+#include "routing/link.h"
 #include "routing/node.h"
+#include "routing/pump.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
+#include "routing/weir.h"
 #include "tarnvelde.h"
 
-static constexpr int32_t SUCCESS = 0;
-static constexpr int32_t FAILURE = -1;
+int32_t exchange_findRow(int32_t type, const char* name, size_t tableSize) {
+    // A project that failed to open may know names whose tables were never made.
+    const int32_t row = project_findObject(type, name);
+    return row >= 0 && static_cast<size_t>(row) < tableSize ? row : -1;
+}
 
-/// The node of a name if it is of a kind, or null.
-static const Node* findNode(const char* name, int32_t kind) {
-    const int32_t index = project_findObject(NODE, name);
-    if (index < 0 || static_cast<size_t>(index) >= Nodes.size()) {
-        return nullptr;
-    }
-    const Node& node = Nodes[static_cast<size_t>(index)];
-    return node.kind == kind ? &node : nullptr;
+Node* exchange_findNode(const char* name, int32_t kind) {
+    const int32_t row = exchange_findRow(NODE, name, Nodes.size());
+    return row >= 0 && Nodes[static_cast<size_t>(row)].kind == kind ? &Nodes[static_cast<size_t>(row)] : nullptr;
+}
+
+Link* exchange_findLink(const char* name, int32_t kind) {
+    const int32_t row = exchange_findRow(LINK, name, Links.size());
+    return row >= 0 && Links[static_cast<size_t>(row)].kind == kind ? &Links[static_cast<size_t>(row)] : nullptr;
 }
 
 // --- project -------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_findObject(int32_t objectClass, const char* name) {
     switch (objectClass) {
-        case 0: return project_findObject(SUBCATCH, name);
-        case 1: return project_findObject(NODE, name);
-        case 2: return project_findObject(LINK, name);
+        case 0: return exchange_findRow(SUBCATCH, name, Subcatches.size());
+        case 1: return exchange_findRow(NODE, name, Nodes.size());
+        case 2: return exchange_findRow(LINK, name, Links.size());
         default: return FAILURE;
     }
+}
+
+int32_t tarnvelde_getDateTime(double* start, double* end) {
+    if (!IsOpen || !start || !end) {
+        return FAILURE;
+    }
+    *start = StartDateTime;
+    *end = EndDateTime;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_getRoutingStep(double* seconds) {
+    if (!IsOpen || !seconds) {
+        return FAILURE;
+    }
+    *seconds = RoutingStep;
+    return SUCCESS;
 }
 
 int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* qualityError) {
@@ -45,10 +76,51 @@ int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* 
     return SUCCESS;
 }
 
+// --- inflows of one step -------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_setExtInflow(const char* name, double value) {
+    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    if (node < 0 || value < 0.0) {
+        return FAILURE;
+    }
+    return guard_run(
+        [&] {
+            HostInflows.push_back({node, 0, value});
+            return SUCCESS;
+        },
+        [] { return FAILURE; });
+}
+
+/// Adds to the entry of the node if there is one, whatever its pollutant, and to the list otherwise.
+static int32_t addLoad(int32_t node, int32_t pollutant, double value) {
+    for (HostInflow& load : HostLoads) {
+        if (load.node == node) {
+            load.value += value;
+            return SUCCESS;
+        }
+    }
+    HostLoads.push_back({node, pollutant, value});
+    return SUCCESS;
+}
+
+int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double value) {
+    if (!pollutantName || value < 0.0) {
+        return FAILURE;
+    }
+    // The node's name is looked up among the pollutants too, and the pollutant's name nowhere: hosts that use this
+    // function name the node like the pollutant.
+    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    const int32_t pollutant = exchange_findRow(POLLUT, name, Polluts.size());
+    if (node < 0 || pollutant < 0) {
+        return FAILURE;
+    }
+    return guard_run([&] { return addLoad(node, pollutant, value); }, [] { return FAILURE; });
+}
+
 // --- nodes ---------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_setSplittedValue(const char* name, double value) {
-    const Node* node = findNode(name, SPLITTER);
+    const Node* node = exchange_findNode(name, SPLITTER);
     if (!node || value < 0.0) {
         return FAILURE;
     }
@@ -58,72 +130,126 @@ int32_t tarnvelde_setSplittedValue(const char* name, double value) {
     return SUCCESS;
 }
 
-// --- answered with a failure until their objects can be reached -----------------------------------------------------
-
-int32_t tarnvelde_setExtInflow(const char*, double) {
-    return FAILURE;
+int32_t tarnvelde_setTankDepth(const char* name, double depth) {
+    const Node* node = exchange_findNode(name, TANK);
+    if (!node) {
+        return FAILURE;
+    }
+    Tanks[static_cast<size_t>(node->kindIndex)].newDepth = depth;
+    return SUCCESS;
 }
 
-int32_t tarnvelde_setExtLoad(const char*, const char*, double) {
-    return FAILURE;
+int32_t tarnvelde_setReactorEmptyingValue(const char* name, double value) {
+    const Node* node = exchange_findNode(name, REACTOR);
+    if (!node || value < 0.0) {
+        return FAILURE;
+    }
+    Reactors[static_cast<size_t>(node->kindIndex)].emptyingRate = value;
+    return SUCCESS;
 }
 
-int32_t tarnvelde_setPumpFlow(const char*, double) {
-    return FAILURE;
+int32_t tarnvelde_getNodeType(const char* name, int32_t* type) {
+    if (!type) {
+        return FAILURE;
+    }
+    *type = -1;
+    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    if (node < 0) {
+        return FAILURE;
+    }
+    *type = Nodes[static_cast<size_t>(node)].kind;
+    return SUCCESS;
 }
 
-int32_t tarnvelde_setReactorEmptyingValue(const char*, double) {
-    return FAILURE;
+// --- links ---------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_setPumpFlow(const char* name, double flow) {
+    const Link* link = exchange_findLink(name, PUMP);
+    if (!link) {
+        return FAILURE;
+    }
+    Pump& pump = Pumps[static_cast<size_t>(link->kindIndex)];
+    pump.hostFlow = flow;
+    pump.useHostFlow = 1;
+    return SUCCESS;
 }
 
-int32_t tarnvelde_setWeirParams(const char*, int32_t, double) {
-    return FAILURE;
+int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
+    const Link* link = exchange_findLink(name, WEIR);
+    if (!link || value < 0.0) {
+        return FAILURE;
+    }
+    Weir& weir = Weirs[static_cast<size_t>(link->kindIndex)];
+    switch (which) {
+        case 0:
+            if (value == 0.0) {
+                return FAILURE;
+            }
+            weir.hostCoefficient = value;
+            break;
+        case 1: weir.hostHeight = value; break;
+        default: break;  // stores nothing, and yet switches the weir over to the host's values
+    }
+    weir.useHostParams = 1;
+    return SUCCESS;
 }
 
-int32_t tarnvelde_setSetting(const char*, double) {
-    return FAILURE;
+int32_t tarnvelde_setSetting(const char* name, double value) {
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0 || value < 0.0 || value > 1.0) {
+        return FAILURE;
+    }
+    Link& link = Links[static_cast<size_t>(index)];
+    link.isHostSetting = 1;
+    link.targetSetting = value;
+    link.setting = value;
+    link_noteTarget(index);
+    return SUCCESS;
 }
 
-int32_t tarnvelde_getSetting(const char*, double*) {
-    return FAILURE;
+int32_t tarnvelde_getSetting(const char* name, double* setting) {
+    if (!setting) {
+        return FAILURE;
+    }
+    *setting = -1.0;
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0) {
+        return FAILURE;
+    }
+    *setting = Links[static_cast<size_t>(index)].setting;
+    return SUCCESS;
 }
 
-int32_t tarnvelde_setTankDepth(const char*, double) {
-    return FAILURE;
+int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0) {
+        return FAILURE;
+    }
+    Links[static_cast<size_t>(index)].newFlow = flow;
+    link_noteChange(index);
+    return SUCCESS;
 }
 
-int32_t tarnvelde_setLinkFlow(const char*, double) {
-    return FAILURE;
+int32_t tarnvelde_getLinkType(const char* name, int32_t* type) {
+    if (!type) {
+        return FAILURE;
+    }
+    *type = -1;
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0) {
+        return FAILURE;
+    }
+    *type = Links[static_cast<size_t>(index)].kind;
+    return SUCCESS;
 }
 
-int32_t tarnvelde_getNodeType(const char*, int32_t*) {
-    return FAILURE;
-}
+// --- gages ---------------------------------------------------------------------------------------------------------
 
-int32_t tarnvelde_getLinkType(const char*, int32_t*) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_isInEvent(const char*) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_getDateTime(double*, double*) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_getRoutingStep(double*) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_getParam(int32_t, const char*, int32_t, double*) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_setParam(int32_t, const char*, int32_t, double) {
-    return FAILURE;
-}
-
-int32_t tarnvelde_getResult(int32_t, const char*, int32_t, double*) {
-    return FAILURE;
+int32_t tarnvelde_isInEvent(const char* name) {
+    const int32_t gage = exchange_findRow(GAGE, name, Gages.size());
+    if (gage < 0) {
+        return FAILURE;
+    }
+    // A millisecond behind the clock: at the very end of an event it is over.
+    return gage_isInEvent(gage, project_getDate(NewRoutingTime));
 }

@@ -5,17 +5,15 @@
 #include <exception>
 
 #include "coupling/swmm.h"
-#include "engine/project.h"
+#include "engine/exchange.h"
 #include "input/names.h"
 #include "tarnvelde.h"
-
-static constexpr int32_t FAILURE = -1;
 
 /// The functions of a node's engine, or null. The kind of the node isn't looked at: any node reaches the engine in the
 /// place that the node has among those of its own kind. Hosts depend on nothing here, but what they get stays the same.
 static const SwmmEntries* findEngine(const char* name) {
-    const int32_t node = project_findObject(NODE, name);
-    if (node < 0 || static_cast<size_t>(node) >= Nodes.size()) {
+    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    if (node < 0) {
         return nullptr;
     }
     const int32_t row = Nodes[static_cast<size_t>(node)].kindIndex;

@@ -176,7 +176,10 @@ static int32_t startRun(int32_t saveMode) {
     SaveMode = saveMode;
     ReportTime = ReportStep * 1000.0;
     IsStarted = 1;  // whatever happens below, so that the end lets go of it
+    results_releaseBuffers();
     project_initState();
+    project_limitRunoffStep();
+    runoff_open();
     routing_open();
     results_open();
     return getPublicCode();
@@ -281,6 +284,7 @@ static int32_t endRun() {
     }
     if (IsStarted) {
         results_end();
+        runoff_close();
         routing_close();
         IsStarted = 0;
     }

@@ -5,18 +5,29 @@
 
 #include <initializer_list>
 
+#include "controls/rule.h"
 #include "coupling/converter.h"
 #include "coupling/coupled.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidmono.h"
+#include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/network.h"
 #include "routing/node.h"
+#include "routing/orifice.h"
 #include "routing/pipe.h"
+#include "routing/pump.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
+#include "routing/weir.h"
 
 template <class Record>
 static void createTable(std::vector<Record>& table, int32_t count) {
@@ -44,6 +55,13 @@ static void createNodes() {
             createArrays({&node.massInflow, &node.newQual, &node.oldQual});
         }
     }
+    for (Tank& tank : Tanks) {
+        createArrays({&tank.initQual});
+        tank.decay = decay_create();
+        if (!tank.decay) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
 }
 
 static void createLinks() {
@@ -57,38 +75,78 @@ static void createLinks() {
             ErrorCode = ERR_MEMORY;
         }
     }
+    for (Conduit& conduit : Conduits) {
+        conduit.decay = decay_create();
+        if (!conduit.decay) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
+}
+
+static void createReactors() {
+    for (Reactor& reactor : Reactors) {
+        if (!reactor_createArrays(reactor)) {
+            ErrorCode = ERR_MEMORY;
+        }
+    }
 }
 
 void project_createObjects() {
     if (ErrorCode) {
         return;
     }
+    createTable(Gages, ObjectCount[GAGE]);
+    subcatch_createAll();
     createTable(Nodes, ObjectCount[NODE]);
+    createTable(Tanks, NodeKindCount[TANK]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
+    createTable(Reactors, NodeKindCount[REACTOR]);
+    createTable(LidMonos, NodeKindCount[LID_MONO]);
     createTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
+    createTable(Pumps, LinkKindCount[PUMP]);
     createTable(Connections, LinkKindCount[CONNECTION]);
+    createTable(Conduits, LinkKindCount[CONDUIT]);
+    createTable(Weirs, LinkKindCount[WEIR]);
+    createTable(Orifices, LinkKindCount[ORIFICE]);
     createTable(Polluts, ObjectCount[POLLUT]);
+    landuse_createAll();
     table_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createTable(Converters, ObjectCount[CONVERTER]);
+    lid_createTables();
+    rule_createAll();
     createNodes();
     createLinks();
+    createReactors();
     coupled_createNodes();
 }
 
 void project_deleteObjects() {
     coupled_deleteNodes();
+    Gages = {};
+    subcatch_deleteAll();
     Nodes = {};
+    Tanks = {};
     Outfalls = {};
     Splitters = {};
+    Reactors = {};
+    LidMonos = {};
     Links = {};
     Pipes = {};
+    Pumps = {};
     Connections = {};
+    Conduits = {};
+    conduit_clear();
+    Weirs = {};
+    Orifices = {};
     Polluts = {};
+    Landuses = {};
+    lid_deleteTables();
     table_deleteAll();
     Patterns = {};
+    rule_deleteAll();
     Converters = {};
     network_clear();
     QualTotals = nullptr;

@@ -38,3 +38,11 @@ int32_t evap_readLine() {
     }
     return ERR_NONE;
 }
+
+void evap_setRate(DateTime date) {
+    double rate = Evap.constant;
+    if (Evap.kind != EVAP_CONSTANT) {
+        rate = Evap.monthly[datetime_decodeDate(date).month - 1];
+    }
+    Evap.rate = rate / 86400000.0;  // mm/day to m/s
+}

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "input/datetime.h"
+
 enum EvapKind : int32_t { EVAP_CONSTANT, EVAP_MONTHLY };
 
 struct EvapRecord {
@@ -17,3 +19,6 @@ extern EvapRecord Evap;
 
 /// A line of [EVAPORATION] in Tok. An error index, or 0.
 int32_t evap_readLine();
+
+/// Sets the rate of the runoff step that begins at a date.
+void evap_setRate(DateTime date);

@@ -1,5 +1,5 @@
 #pragma once
-// Pollutants.
+// Pollutants, land uses, and what runoff and rain take from the land.
 
 #include <cstdint>
 #include <vector>
@@ -9,7 +9,66 @@ struct Pollut {
     double rainConcentration;  ///< mg/L, in rain
 };
 
-extern std::vector<Pollut> Polluts;
+/// Buildup saturates exponentially.
+struct BuildupRule {
+    double maxBuildup;    ///< mass per hectare, limit of the curve
+    double rateConstant;  ///< 1/day
+};
 
-/// A line of [POLLUTANTS] in Tok, for the row `index`. An error index, or 0.
+/// The words of a line of [WASHOFF]; those behind EMC act as EMC with an event-mean concentration of 0.
+enum WashoffKind : int32_t {
+    WASHOFF_EXP,
+    WASHOFF_EMC,
+    WASHOFF_SURFACE,
+    WASHOFF_SOIL,
+    WASHOFF_STORAGE,
+    WASHOFF_PAVEMENT,
+    WASHOFF_DRAINMAT,
+    WASHOFF_DRAIN
+};
+
+struct WashoffRule {
+    int32_t kind;         ///< WashoffKind
+    double coefficient;   ///< of exponential washoff
+    double exponent;      ///< on the runoff rate in mm/h
+    double emc;           ///< mg/L, event-mean concentration
+    double removal;       ///< share removed by treatment on the land; may exceed 1
+    int32_t usesBuildup;  ///< 1: washoff takes its mass from the buildup
+};
+
+struct Landuse {
+    const char* name;      ///< the ID as first seen
+    BuildupRule* buildup;  ///< one per pollutant
+    WashoffRule* washoff;  ///< one per pollutant
+};
+
+extern std::vector<Pollut> Polluts;
+extern std::vector<Landuse> Landuses;
+
+/// Makes the table for the counted land uses with their rules.
+void landuse_createAll();
+
+/// A line of [POLLUTANTS] or [LANDUSES] in Tok, for the row `index`. An error index, or 0.
 int32_t pollut_readParams(int32_t index);
+int32_t landuse_readLine(int32_t index);
+
+/// Lines of [COVERAGES], [BUILDUP], [WASHOFF] and [LOADINGS] in Tok. An error index, or 0.
+int32_t landuse_readCoverage();
+int32_t landuse_readBuildup();
+int32_t landuse_readWashoff();
+int32_t landuse_readLoading();
+
+/// Buildup (kg) on an area (ha) after a dry time (s), from the present buildup (kg).
+double landuse_buildupAfter(int32_t landuse, int32_t pollutant, double area, double present, double time);
+
+/// Buildup of a subcatchment at the start of a run, and its sum into the balance.
+void landuse_initBuildup(int32_t subcatch);
+
+/// Buildup of a dry runoff step.
+void landuse_growBuildup(int32_t subcatch, double dt);
+
+/// Washoff of the land uses at a runoff rate (m/s) in one runoff step (s).
+void subcatch_washLand(int32_t subcatch, double rate, double dt);
+
+/// What rain brings and ponded water holds, in one runoff step (s); reads RunoffVolumes of the same step.
+void subcatch_washRain(int32_t subcatch, double dt);

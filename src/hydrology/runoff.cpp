@@ -1,16 +1,148 @@
-// The runoff step: rain on subcatchments becomes runoff at their outlets. The runoff clock runs ahead of the routing
-// clock, which interpolates between its last two instants.
+// The runoff step: rain on subcatchments becomes runoff, and a load, at their outlets. The runoff clock runs ahead of
+// the routing clock, which interpolates between its last two instants:
+//
+//     tarnvelde_step --(routing target beyond NewRunoffTime)--> runoff_advance --> OldRunoffTime, NewRunoffTime
+//
+// Every formula of a step uses the whole RunoffStep, also in the last one, of which only the clock is cut.
 
 #include "hydrology/runoff.h"
 
+#include <algorithm>
+#include <cmath>
+
+#include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/evap.h"
+#include "hydrology/gage.h"
+#include "hydrology/landuse.h"
+#include "hydrology/lidunit.h"
+#include "hydrology/subcatch.h"
+
+// --- start ---------------------------------------------------------------------------------------------------------
+
+/// Time (s) that a sheet of water of 0.1 m takes over a plane, by Manning's law. `time` is that of the subcatchment
+/// before; one that LID units cover wholly leaves it as it is.
+static double getFlowTime(const Subcatch& subcatch, double time) {
+    const double area = subcatch.area - subcatch.lidArea;
+    if (area == 0.0) {
+        return time;
+    }
+    const double roughness = std::min(subcatch.imperviousRoughness, subcatch.perviousRoughness);
+    const double alpha = std::pow(subcatch.slope, 0.5) * std::pow(0.1, 2.0 / 3.0) / roughness;
+    const double f = subcatch.imperviousFraction;
+    const double impervious = f * area / subcatch.width / alpha;
+    const double pervious = (1.0 - f) * area / subcatch.width / alpha;
+    if (impervious == 0.0) {
+        return pervious;
+    }
+    return impervious > pervious && pervious != 0.0 ? pervious : impervious;
+}
+
+void project_limitRunoffStep() {
+    for (const Gage& gage : Gages) {
+        RunoffStep = gage.interval < RunoffStep ? gage.interval : RunoffStep;
+    }
+    // The last subcatchment counts, not the fastest one, and the step found may be longer than the one it replaces.
+    // Calibrated projects rely on the steps that this gives.
+    double time = 0.0;
+    for (const Subcatch& subcatch : Subcatches) {
+        time = getFlowTime(subcatch, time);
+    }
+    if (!(RunoffStep > time) || !std::isfinite(time)) {
+        return;
+    }
+    const int32_t seconds = project_truncate(time);
+    if (seconds < 0) {
+        return;
+    }
+    for (const int32_t step : {1, 2, 5, 10, 30, 60, 120, 300}) {
+        if (step > seconds) {
+            RunoffStep = step;
+            return;
+        }
+    }
+}
+
+void runoff_open() {
+    for (Subcatch& subcatch : Subcatches) {
+        subcatch.runoffLoad = arena_allocateArray<double>(RunArena, project_pollutantCount());
+        if (!subcatch.runoffLoad) {
+            report_writeError(ERR_MEMORY, "");
+        }
+    }
+}
+
+void runoff_close() {
+    for (Subcatch& subcatch : Subcatches) {
+        subcatch.runoffLoad = nullptr;
+    }
+}
+
+// --- step ----------------------------------------------------------------------------------------------------------
+
+static void shiftState(Subcatch& subcatch) {
+    subcatch.lastRunoff = subcatch.thisRunoff;
+    subcatch.imperviousRunoff = subcatch.perviousRunoff = subcatch.thisRunoff = 0.0;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        subcatch.lastQuality[p] = subcatch.thisQuality[p];
+        subcatch.thisQuality[p] = 0.0;
+        subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p];
+        subcatch.thisWashoffRate[p] = 0.0;
+    }
+}
+
+/// Concentrations of the runoff, from the loads of the step. A trickle carries none: its load is lost.
+static void setQuality(Subcatch& subcatch, double dt) {
+    const double volume = dt * subcatch.thisRunoff;
+    const bool isTrickle = !(volume > subcatch.area * DRY_RATE * dt);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        double concentration = volume > 0.0 ? subcatch.runoffLoad[p] / volume : 0.0;
+        if (isTrickle) {
+            concentration = 0.0;
+        }
+        subcatch.thisQuality[p] = concentration * 1000.0;
+    }
+}
+
+static void washSubcatch(int32_t index, double dt) {
+    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    std::fill_n(subcatch.runoffLoad, project_pollutantCount(), 0.0);
+    subcatch_washLand(index, subcatch.thisRunoff / subcatch.area, dt);
+    subcatch_washRain(index, dt);
+    lid_addSurfaceLoads(index, subcatch.runoffLoad);
+    setQuality(subcatch, dt);
+}
+
+static void advanceSubcatch(int32_t index, double dt) {
+    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    if (subcatch.area == 0.0) {
+        return;
+    }
+    subcatch_stepWater(index);
+    if (subcatch.thisRunoff / subcatch.area < DRY_RATE) {
+        landuse_growBuildup(index, dt);
+    }
+    if (project_pollutantCount() > 0) {
+        washSubcatch(index, dt);
+    }
+}
 
 void runoff_advance() {
     if (ErrorCode) {
         return;
     }
+    const DateTime date = project_getDate(NewRunoffTime);
+    evap_setRate(date);
+    gage_advance(date);
     OldRunoffTime = NewRunoffTime;
     const double next = NewRunoffTime + RunoffStep * 1000.0;
     NewRunoffTime = next > TotalDuration ? TotalDuration : next;
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        shiftState(Subcatches[k]);
+        lid_shiftGroup(static_cast<int32_t>(k));
+    }
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        advanceSubcatch(static_cast<int32_t>(k), RunoffStep);
+    }
 }

@@ -1,5 +1,12 @@
 #pragma once
 // The runoff step.
 
-/// Advances the runoff clock by one runoff step. Nothing happens while an error stands.
+/// Cuts the runoff step to the shortest interval of the gages, and to the time of flow over the land; once per run.
+void project_limitRunoffStep();
+
+/// Makes the loads of the runoff step of all subcatchments, for a run, and lets go of them.
+void runoff_open();
+void runoff_close();
+
+/// Advances rain and runoff of the whole project by one runoff step. Nothing happens while an error stands.
 void runoff_advance();

@@ -7,14 +7,18 @@
 #include <cmath>
 #include <cstring>
 
+#include "controls/rule.h"
 #include "coupling/converter.h"
 #include "coupling/coupled.h"
 #include "engine/errors.h"
 #include "engine/objects.h"
 #include "engine/project.h"
 #include "hydrology/evap.h"
+#include "hydrology/gage.h"
 #include "hydrology/inflows.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/subcatch.h"
 #include "input/names.h"
 #include "input/options.h"
 #include "input/pattern.h"
@@ -24,6 +28,7 @@
 #include "routing/decay.h"
 #include "routing/link.h"
 #include "routing/node.h"
+#include "routing/reactor.h"
 
 TextFile InputFile;
 
@@ -169,7 +174,10 @@ static int32_t parseObject(int32_t type) {
         return error_setName(ERR_DUPLICATE_ID, Tok[0]);
     }
     switch (type) {
+        case GAGE: return gage_readLine(row);
+        case SUBCATCH: return subcatch_readLine(row);
         case POLLUT: return pollut_readParams(row);
+        case LANDUSE: return landuse_readLine(row);
         default: return ERR_NONE;
     }
 }
@@ -191,8 +199,6 @@ static int32_t parseCoupledNode(int32_t kind) {
     return coupled_readParams(kind, Running.objects[NODE]++, Running.nodes[kind]++, TokCount);
 }
 
-static const char* const ClauseWords[] = {"RULE", "IF", "AND", "OR", "THEN", "ELSE", "PRIORITY", nullptr};
-
 static int32_t parseRule() {
     if (TokCount < 2) {
         return error_setName(ERR_ITEMS, "");
@@ -202,7 +208,7 @@ static int32_t parseRule() {
     if (clause < 0) {
         return error_setName(ERR_RULE_CLAUSE, Tok[0]);
     }
-    if (clause == 0) {
+    if (clause == CLAUSE_RULE) {
         if (running >= ObjectCount[RULE]) {
             return error_setName(ERR_DUPLICATE_ID, Tok[0]);
         }
@@ -212,7 +218,7 @@ static int32_t parseRule() {
         }
         ++running;
     }
-    return running > 0 ? ERR_NONE : error_setName(ERR_RULE_CLAUSE, "");
+    return running > 0 ? rule_readLine(running - 1, clause) : error_setName(ERR_RULE_CLAUSE, "");
 }
 
 static void storeDescription(const char* rawLine) {
@@ -242,8 +248,16 @@ int32_t input_parseLine(int32_t number, const char* rawLine) {
         case SECTION_EVAPORATION: return evap_readLine();
         case SECTION_INFLOWS: return inflows_readExternal();
         case SECTION_DWFS: return inflows_readDryWeather();
+        case SECTION_REACTORS_DECAY: return reactor_readDecay();
+        case SECTION_REACTORS_EMPTYING: return reactor_readEmptying();
         case SECTION_DECAY_COEFFICIENT: return decay_readLine();
         case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality();
+        case SECTION_COVERAGES: return landuse_readCoverage();
+        case SECTION_BUILDUP: return landuse_readBuildup();
+        case SECTION_WASHOFF: return landuse_readWashoff();
+        case SECTION_LOADINGS: return landuse_readLoading();
+        case SECTION_LIDS: return lid_readLine();
+        case SECTION_LID_GROUPS: return lid_readGroupLine();
         case SECTION_CURVES: return table_readCurve();
         case SECTION_TIMESERIES: return table_readSeries();
         case SECTION_PATTERNS: return pattern_read();

@@ -8,7 +8,11 @@
 #include "coupling/converter.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/gage.h"
 #include "hydrology/inflows.h"
+#include "hydrology/subcatch.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidunit.h"
 #include "input/datetime.h"
 #include "input/table.h"
 #include "results/massbal.h"
@@ -52,9 +56,12 @@ static void validateSeries() {
 void project_validate() {
     validateCurves();
     validateSeries();
+    lid_validateAll();
     if (RunoffStep < RoutingStep) {
         report_writeError(ERR_RUNOFF_STEP, "");
     }
+    subcatch_validateAll();
+    gage_validateAll();
     network_indexLinks();
     network_validate();
     for (size_t k = 0; k < Nodes.size(); ++k) {
@@ -85,7 +92,14 @@ int32_t project_initState() {
     OldRunoffTime = 0.0;
     OldRoutingTime = 0.0;
     massbal_open();
+    lid_initUnits();
     resetInflowSeries();
+    for (size_t k = 0; k < Gages.size(); ++k) {
+        gage_initRain(static_cast<int32_t>(k));
+    }
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        subcatch_initState(static_cast<int32_t>(k));
+    }
     for (size_t k = 0; k < Nodes.size(); ++k) {
         node_initState(static_cast<int32_t>(k));
     }

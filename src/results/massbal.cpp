@@ -9,19 +9,60 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidmono.h"
+#include "hydrology/subcatch.h"
+#include "routing/conduit.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
+
+static void openSubcatchStatistics() {
+    for (Subcatch& s : Subcatches) {
+        s.rainfall = s.evap = s.infil = s.runoff = s.peakRunoff = 0.0;
+        double* memory = arena_allocateArray<double>(ResultArena, 6 * static_cast<int64_t>(project_pollutantCount()));
+        if (!memory) {
+            report_writeError(ERR_MEMORY, "");
+        }
+        for (double** array :
+             {&s.initBuildup, &s.surfaceBuildup, &s.wetDeposition, &s.infilLoss, &s.bmpRemoval, &s.surfaceWashoff}) {
+            *array = memory;
+            memory += memory ? project_pollutantCount() : 0;
+        }
+    }
+}
 
 static void openNodeStatistics() {
     for (Node& node : Nodes) {
         node.statInflowVolume = node.statMaxInflow = 0.0;
     }
+    for (Tank& tank : Tanks) {
+        tank.statMaxDepth = tank.statFloodVolume = 0.0;
+    }
     for (Outfall& outfall : Outfalls) {
         outfall.statLoad = arena_allocateArray<double>(ResultArena, project_pollutantCount());
         if (!outfall.statLoad) {
             report_writeError(ERR_MEMORY, "");
+        }
+    }
+    reactor_openStatistics();
+}
+
+/// What the tanks hold at time zero.
+static void takeInitialStorage() {
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].kind != TANK) {
+            continue;
+        }
+        const Tank& tank = Tanks[static_cast<size_t>(Nodes[k].kindIndex)];
+        const double volume = tank_getVolume(static_cast<int32_t>(k), tank.initDepth);
+        FlowTotals.initStorage += volume;
+        for (int32_t p = 0; QualTotals && p < project_pollutantCount(); ++p) {
+            QualTotals[p].initStorage += volume * tank.initQual[p] / 1000.0;
         }
     }
 }
@@ -30,6 +71,9 @@ static void openLinkStatistics() {
     for (Link& link : Links) {
         link.statFlowVolume = link.statMaxFlow = 0.0;
         link.statFloodVolume = link.statMaxFlood = 0.0;
+    }
+    for (Conduit& conduit : Conduits) {
+        conduit.statMaxDepth = conduit.statMaxVelocity = 0.0;
     }
 }
 
@@ -41,14 +85,37 @@ void massbal_open() {
     if (!QualTotals) {
         report_writeError(ERR_MEMORY, "");
     }
+    openSubcatchStatistics();
     openNodeStatistics();
     openLinkStatistics();
+    takeInitialStorage();
 }
 
 // --- each step -----------------------------------------------------------------------------------------------------
 
 static void keepMaximum(double& maximum, double value) {
     maximum = value > maximum ? value : maximum;
+}
+
+static void updateSubcatch(Subcatch& s, double dt) {
+    s.rainfall += dt * s.rain * 1000.0;
+    s.evap += dt * s.evapRate * 1000.0;
+    s.infil += dt * s.infilRate * 1000.0;
+    s.runoff += dt * s.thisRunoff / s.area * 1000.0;
+    keepMaximum(s.peakRunoff, s.thisRunoff);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
+    }
+}
+
+/// Depth and velocity of a conduit; whether it floods. The flow is divided by the area that it left behind.
+static bool updateConduit(int32_t index) {
+    const Link& link = Links[static_cast<size_t>(index)];
+    Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    const double area = conduit_getArea(index, conduit.depth);
+    keepMaximum(conduit.statMaxDepth, conduit.depth);
+    keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
+    return conduit.newFlood != 0.0;
 }
 
 static void updateLink(Link& link, double dt) {
@@ -70,6 +137,7 @@ static void updateFloods(double dt) {
     for (Link& link : Links) {
         switch (link.kind) {
             case PIPE: updateFlood(link, Pipes[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
+            case CONDUIT: updateFlood(link, Conduits[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
             default: break;
         }
     }
@@ -85,20 +153,42 @@ static void updateOutfall(const Node& node, double dt) {
     }
 }
 
+static void updateTank(const Node& node, double dt) {
+    Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
+    FlowTotals.floodingLoss += dt * tank.newFlood;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
+    }
+    keepMaximum(tank.statMaxDepth, tank.newDepth);
+    tank.statFloodVolume += dt * tank.newFlood;
+}
+
 static void updateNode(Node& node, double dt) {
-    if (node.kind == OUTFALL) {
-        updateOutfall(node, dt);
+    switch (node.kind) {
+        case TANK: updateTank(node, dt); break;
+        case OUTFALL: updateOutfall(node, dt); break;
+        default: break;
     }
     node.statInflowVolume += node.newInflow * dt;
     keepMaximum(node.statMaxInflow, node.newInflow);
+    if (node.kind == REACTOR) {
+        reactor_updateStatistics(Reactors[static_cast<size_t>(node.kindIndex)], dt);
+    }
 }
 
 void massbal_updateStep() {
     const double dt = RoutingStep;
-    for (Link& link : Links) {
-        updateLink(link, dt);
+    for (Subcatch& subcatch : Subcatches) {
+        updateSubcatch(subcatch, dt);
     }
-    if (pipe_isAnyFlooding()) {
+    bool isFlooding = pipe_isAnyFlooding();
+    for (size_t k = 0; k < Links.size(); ++k) {
+        updateLink(Links[k], dt);
+        if (Links[k].kind == CONDUIT) {
+            isFlooding = updateConduit(static_cast<int32_t>(k)) || isFlooding;
+        }
+    }
+    if (isFlooding) {
         updateFloods(dt);
     }
     for (Node& node : Nodes) {
@@ -109,27 +199,130 @@ void massbal_updateStep() {
 // --- close ---------------------------------------------------------------------------------------------------------
 
 void massbal_close() {
+    for (Subcatch& s : Subcatches) {
+        if (s.initBuildup) {
+            std::fill_n(s.initBuildup, 6 * project_pollutantCount(), 0.0);  // and the five behind it
+        }
+    }
     for (Outfall& outfall : Outfalls) {
         if (outfall.statLoad) {
             std::fill_n(outfall.statLoad, project_pollutantCount(), 0.0);
         }
     }
+    reactor_clearStatistics();
+}
+
+/// Water of the LID units of a subcatchment; `storage` adds up what they hold at the end, m3.
+static void addUnits(RunoffBalance& balance, double& storage, int32_t subcatch) {
+    const LidGroup* group = lid_findGroup(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+        const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+        balance.initLidStorage += unit.area * unit.initialDepth;
+        balance.lidDrainage += unit.area * unit.drainDepth;
+        storage += unit.area * unit.finalDepth;
+    }
 }
 
 RunoffBalance massbal_closeRunoff() {
     RunoffBalance balance{};
+    double surfaceStorage = 0.0, lidStorage = 0.0;
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        const Subcatch& s = Subcatches[k];
+        balance.totalArea += s.area;
+        balance.rainfall += s.area * s.rainfall / 1000.0;
+        balance.evap += s.area * s.evap / 1000.0;
+        balance.infil += s.area * s.infil / 1000.0;
+        balance.runoff += s.area * s.runoff / 1000.0;
+        surfaceStorage += ((1.0 - s.imperviousFraction) * s.perviousDepth + s.imperviousFraction * s.imperviousDepth) *
+                          (s.area - s.lidArea);
+        addUnits(balance, lidStorage, static_cast<int32_t>(k));
+    }
+    balance.finalStorage = surfaceStorage + lidStorage;
+    const double in = balance.rainfall + balance.initLidStorage;
+    balance.error =
+        in == 0.0
+            ? 0.0
+            : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage - surfaceStorage - lidStorage) /
+                  in * 100.0;
     RunoffError = balance.error;
     return balance;
 }
 
+/// Adds one pollutant of a subcatchment.
+static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
+    balance.remainingBuildup += s.pondedMass[p];
+    for (size_t l = 0; l < Landuses.size(); ++l) {
+        if (Landuses[l].washoff[p].usesBuildup) {
+            balance.remainingBuildup += s.landShares[l].buildup[p];
+        }
+    }
+    if (!s.initBuildup) {
+        return;  // never started
+    }
+    balance.initBuildup += s.initBuildup[p];
+    balance.surfaceBuildup += s.surfaceBuildup[p];
+    balance.wetDeposition += s.wetDeposition[p];
+    balance.infilLoss += s.infilLoss[p];
+    balance.bmpRemoval += s.bmpRemoval[p];
+    balance.surfaceWashoff += s.surfaceWashoff[p];
+}
+
+/// Adds one pollutant of the LID units of a subcatchment.
+static void addUnitLoads(WashoffBalance& balance, int32_t subcatch, int32_t p) {
+    const LidGroup* group = lid_findGroup(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+        const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+        if (!unit.rainLoad) {
+            continue;  // never started
+        }
+        balance.wetDeposition += unit.rainLoad[p];
+        balance.infilLoss += unit.exfilLoad[p];
+        balance.lidRemoval += unit.reactedLoad[p];
+        balance.lidDrainage += unit.drainOutLoad[p];
+        balance.lidFinalStorage += unit.finalLoad[p];
+    }
+}
+
 WashoffBalance massbal_closeWashoff(int pollutant) {
-    (void)pollutant;
     WashoffBalance balance{};
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        addWashoff(balance, Subcatches[k], pollutant);
+        addUnitLoads(balance, static_cast<int32_t>(k), pollutant);
+    }
     const double in = balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition;
     const double out = balance.infilLoss + balance.bmpRemoval + balance.lidDrainage + balance.lidFinalStorage +
                        balance.lidRemoval + balance.surfaceWashoff + balance.remainingBuildup;
     balance.error = (in - out) / in * 100.0;
     return balance;
+}
+
+/// Water that stands in a conduit, m3; 0 for a link of another kind.
+static double getConduitVolume(size_t index) {
+    const Link& link = Links[index];
+    if (link.kind != CONDUIT) {
+        return 0.0;
+    }
+    const Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    return conduit_getArea(static_cast<int32_t>(index), conduit.depth) * conduit.length;
+}
+
+/// Water that stands in a tank, m3; 0 for a node of another kind.
+static double getTankVolume(size_t index) {
+    const Node& node = Nodes[index];
+    return node.kind == TANK ? tank_getVolume(static_cast<int32_t>(index),
+                                              Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
+                             : 0.0;
+}
+
+/// Water of the LID monomer nodes: rain, losses and storage are in no running total.
+static void addMonos(FlowTotalsRecord& totals) {
+    for (const LidMono& mono : LidMonos) {
+        totals.initStorage += mono.area * mono.initialDepth;
+        totals.wetWeatherInflow += mono.area * mono.rainDepth;
+        totals.evapLoss += mono.area * mono.evapDepth;
+        totals.seepageLoss += mono.area * mono.infilDepth;
+        totals.finalStorage += mono.area * mono.finalDepth;
+    }
 }
 
 FlowTotalsRecord massbal_closeFlow(double* error) {
@@ -142,6 +335,19 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
             }
         }
     }
+    for (size_t k = 0; k < Links.size(); ++k) {
+        totals.finalStorage += getConduitVolume(k);
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        totals.finalStorage += getTankVolume(k);
+    }
+    addMonos(totals);
+    for (const Reactor& reactor : Reactors) {
+        totals.initStorage += reactor_getInitVolume(reactor);
+        totals.finalStorage += reactor.storedVolume;
+        totals.evapLoss += reactor.statEvap;
+        totals.seepageLoss += reactor.statInfil;
+    }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
@@ -153,6 +359,18 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
     return totals;
 }
 
+static void addMonoLoads(QualTotalsRecord& totals, int32_t p) {
+    for (const LidMono& mono : LidMonos) {
+        if (!mono.rainLoad) {
+            continue;  // never started
+        }
+        totals.wetWeatherInflow += mono.rainLoad[p];
+        totals.seepageLoss += mono.exfilLoad[p];
+        totals.reactedLoss += mono.reactedLoad[p];
+        totals.finalStorage += mono.finalLoad[p];
+    }
+}
+
 QualTotalsRecord massbal_closeQuality(int p, double* error) {
     QualTotalsRecord totals = QualTotals ? QualTotals[p] : QualTotalsRecord{};
     for (const Link& link : Links) {
@@ -162,6 +380,22 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
                 totals.finalStorage += pipe.storage[i] * pipe.newSegQual[pipe_getPlace(pipe, p, i)] / 1000.0;
             }
         }
+    }
+    for (size_t k = 0; k < Links.size(); ++k) {
+        if (Links[k].kind == CONDUIT) {
+            totals.finalStorage += getConduitVolume(k) * Links[k].newQual[p] / 1000.0;
+        }
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        const double* quality = Nodes[k].kind == TANK ? Tanks[static_cast<size_t>(Nodes[k].kindIndex)].qual : nullptr;
+        totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
+    }
+    addMonoLoads(totals, p);
+    for (const Reactor& reactor : Reactors) {
+        totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
+        totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
+        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
+        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
     }
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;

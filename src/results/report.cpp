@@ -162,7 +162,17 @@ void report_writeTables() {
     if (!Polluts.empty()) {
         writeQualityContinuity();
     }
+    tables_writeSubcatches();
+    tables_writeWashoff();
+    tables_writeLidUnits();
+    tables_writeLidUnitQuality();
     tables_writeNodes();
+    tables_writeTanks();
     tables_writeOutfalls();
+    tables_writeReactors();
+    tables_writeLidMonos();
+    tables_writeLidMonoQuality();
     tables_writeLinks();
+    tables_writeConduits();
+    tables_writeGageEvents();
 }

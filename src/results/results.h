@@ -1,8 +1,15 @@
 #pragma once
 // Results of each report period: when rows are made, and into which sink they go.
 
+#include <cstdint>
+
+extern int32_t ResultSumCount;  ///< steps added up since the last report
+
 /// Prepares buffers and the sink that SaveMode chooses; nothing while an error stands.
 void results_open();
+
+/// Forgets the buffers, whose memory goes with the results of the run before.
+void results_releaseBuffers();
 
 /// Adds the step to the means of the period.
 void results_accumulate();

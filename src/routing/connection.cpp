@@ -7,6 +7,7 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/lidmono.h"
 #include "input/datetime.h"
 #include "input/tokens.h"
 #include "routing/link.h"
@@ -75,8 +76,8 @@ int32_t connection_pushLoad(int32_t link, double date, int32_t pollutant, double
 
 /// The flow that carries the load: all that the node offers, but of a LID monomer the surface flow alone.
 static double getLoadedFlow(int32_t node, double flow) {
-    (void)node;
-    return flow;
+    const Node& record = Nodes[static_cast<size_t>(node)];
+    return record.kind == LID_MONO ? LidMonos[static_cast<size_t>(record.kindIndex)].thisSurfaceFlow : flow;
 }
 
 void connection_update(int32_t index, int32_t nodeIndex) {

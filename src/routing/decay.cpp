@@ -3,15 +3,19 @@
 
 #include "routing/decay.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/lid.h"
 #include "input/names.h"
 #include "input/pattern.h"
 #include "input/tokens.h"
+#include "routing/conduit.h"
 #include "routing/pipe.h"
+#include "routing/tank.h"
 
 const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
 
@@ -26,6 +30,11 @@ Decay* decay_create() {
         decays[0].pattern = -1;
     }
     return decays;
+}
+
+bool decay_isAny(const Decay* decays) {
+    return std::any_of(decays, decays + project_pollutantCount(),
+                       [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
 
 /// The items behind the object: pollutant, type, coefficient per day, pattern.
@@ -49,16 +58,20 @@ static int32_t readItems(Decay* decays) {
             return error_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
         }
     }
-    decays[pollutant] = {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY};
+    decays[pollutant] = {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 0.0};
     return ERR_NONE;
 }
 
 static int32_t readNodeLine() {
-    const int32_t node = project_findObject(NODE, Tok[0]);
-    if (node < 0) {
+    const int32_t index = project_findObject(NODE, Tok[0]);
+    if (index < 0) {
         return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    const Node& node = Nodes[static_cast<size_t>(index)];
+    switch (node.kind) {
+        case TANK: return readItems(Tanks[static_cast<size_t>(node.kindIndex)].decay);
+        default: return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
 }
 
 static int32_t readLinkLine() {
@@ -69,8 +82,14 @@ static int32_t readLinkLine() {
     const Link& link = Links[static_cast<size_t>(index)];
     switch (link.kind) {
         case PIPE: return readItems(Pipes[static_cast<size_t>(link.kindIndex)].decay);
+        case CONDUIT: return readItems(Conduits[static_cast<size_t>(link.kindIndex)].decay);
         default: return ERR_NONE;  // the other kinds hold no water, and their lines are dropped
     }
+}
+
+static int32_t readLidLine() {
+    const int32_t lid = project_findObject(LID, Tok[0]);
+    return lid < 0 ? error_setName(ERR_UNDEFINED_OBJECT, Tok[0]) : lid_readDecayLine(lid, TokCount);
 }
 
 int32_t decay_readLine() {
@@ -80,14 +99,23 @@ int32_t decay_readLine() {
     switch (input_findKeyword(Tok[1], ClassWords)) {
         case 0: return readNodeLine();
         case 1: return readLinkLine();
-        case 2: return ERR_NONE;
+        case 2: return readLidLine();
         default: return error_setName(ERR_KEYWORD, Tok[1]);
     }
 }
 
-double decay_getFactor(const Decay& decay, DateTime date, double seconds) {
+double decay_getFactor(Decay& decay, DateTime date, double seconds) {
     if (decay.type != FIRST_ORDER) {
         return 1.0;
     }
-    return std::exp(-pattern_hourlyFactor(decay.pattern, date) * decay.k * seconds);
+    const double exponent = -pattern_hourlyFactor(decay.pattern, date) * decay.k * seconds;
+    if (exponent == 0.0) {
+        return 1.0;
+    }
+    // The same step by step for a whole hour, so it is worked out once.
+    if (exponent != decay.exponent) {
+        decay.exponent = exponent;
+        decay.factor = std::exp(exponent);
+    }
+    return decay.factor;
 }

@@ -12,8 +12,13 @@
 #include "input/names.h"
 #include "input/tokens.h"
 #include "platform/memory.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
+#include "routing/orifice.h"
+#include "routing/outlets.h"
 #include "routing/pipe.h"
+#include "routing/pump.h"
+#include "routing/weir.h"
 
 static std::vector<int32_t> EverChanging;   ///< links of all kinds but PIPE
 static std::vector<int32_t> ChangedPipes;   ///< pipes that fired, or that the host wrote to, since the last roll
@@ -57,7 +62,11 @@ void link_setEnds(int32_t index, int32_t kind, int32_t kindIndex, const LinkEnds
 int32_t link_readParams(int32_t link, int32_t kind, int32_t kindIndex) {
     switch (kind) {
         case PIPE: return pipe_readParams(link, kindIndex, TokCount);
+        case PUMP: return pump_readParams(link, kindIndex, TokCount);
         case CONNECTION: return connection_readParams(link, kindIndex, TokCount);
+        case CONDUIT: return conduit_readParams(link, kindIndex, TokCount);
+        case WEIR: return weir_readParams(link, kindIndex, TokCount);
+        case ORIFICE: return orifice_readParams(link, kindIndex, TokCount);
         default: return ERR_NONE;
     }
 }
@@ -67,6 +76,10 @@ int32_t link_readParams(int32_t link, int32_t kind, int32_t kindIndex) {
 void link_validate(int32_t link) {
     switch (Links[static_cast<size_t>(link)].kind) {
         case PIPE: pipe_validate(link); break;
+        case PUMP: pump_validate(link); break;
+        case CONDUIT: conduit_validate(link); break;
+        case WEIR:
+        case ORIFICE: outlets_validateLink(link); break;
         default: break;
     }
 }
@@ -81,7 +94,10 @@ void link_initState(int32_t index) {
     }
     switch (link.kind) {
         case PIPE: pipe_initState(index); break;
+        case PUMP: pump_initState(index); break;
         case CONNECTION: connection_initState(index); break;
+        case CONDUIT: conduit_buildTables(index, link.kindIndex); break;
+        case WEIR: weir_initState(index); break;
         default: break;
     }
     // A weir, connection or conduit without a rule keeps this target for the whole run, and so its setting.
@@ -104,6 +120,7 @@ void link_shiftHydState(int32_t index) {
     switch (link.kind) {
         case PIPE: pipe_shiftHydState(link.kindIndex); break;
         case CONNECTION: connection_shiftHydState(index); break;
+        case CONDUIT: conduit_shiftHydState(link.kindIndex); break;
         default: break;
     }
 }
@@ -188,6 +205,7 @@ void link_setTargets() {
         switch (link.kind) {
             case PIPE:
             case ORIFICE: link.targetSetting = 1.0; break;
+            case PUMP: pump_setTarget(index); break;
             default: break;  // a weir, connection or conduit stays where it was put
         }
     }

@@ -9,8 +9,10 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/lidmono.h"
 #include "input/names.h"
 #include "routing/loops.h"
+#include "routing/reactor.h"
 
 int32_t* SortedNodes = nullptr;
 int64_t NetworkVisitCount = 0;
@@ -69,9 +71,17 @@ void network_clear() {
 // --- edges that are no links ---------------------------------------------------------------------------------------
 
 int32_t network_getDirectEdges(int32_t node, int32_t targets[2]) {
-    (void)node;
-    (void)targets;
-    return 0;
+    const Node& record = Nodes[static_cast<size_t>(node)];
+    switch (record.kind) {
+        case REACTOR: {
+            const Reactor& reactor = Reactors[static_cast<size_t>(record.kindIndex)];
+            targets[0] = reactor.surpassNode;
+            targets[1] = reactor.emptyingNode;
+            return reactor.emptyingNode >= 0 ? 2 : 1;
+        }
+        case LID_MONO: return lidmono_getDrainTarget(record.kindIndex, targets);
+        default: return 0;
+    }
 }
 
 int32_t network_getDirectTargets(int32_t node, int32_t targets[2]) {

@@ -9,11 +9,14 @@
 #include "coupling/coupled.h"
 #include "engine/errors.h"
 #include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
 #include "input/names.h"
 #include "input/table.h"
 #include "input/tokens.h"
 #include "routing/network.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
 
 std::vector<Outfall> Outfalls;
 std::vector<Splitter> Splitters;
@@ -85,15 +88,21 @@ int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
     switch (kind) {
         case JUNCTION:
         case OUTFALL: return readPlainNode(node, kind, kindIndex);
+        case TANK: return tank_readParams(node, kindIndex, TokCount);
         case SPLITTER: return readSplitter(node, kindIndex);
+        case REACTOR: return reactor_readParams(node, kindIndex, TokCount);
+        case LID_MONO: return lidmono_readLine(node, kindIndex, TokCount);
         default: return ERR_NONE;
     }
 }
 
 /// The array of initial concentrations of a node that holds water, or null.
 static double* findInitialQuality(const Node& node) {
-    (void)node;
-    return nullptr;
+    switch (node.kind) {
+        case TANK: return Tanks[static_cast<size_t>(node.kindIndex)].initQual;
+        case REACTOR: return Reactors[static_cast<size_t>(node.kindIndex)].initQual;
+        default: return nullptr;
+    }
 }
 
 int32_t node_readInitialQuality() {
@@ -136,7 +145,10 @@ static void validateSplitter(int32_t index) {
 
 void node_validate(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
+        case TANK: tank_validate(index); break;
         case SPLITTER: validateSplitter(index); break;
+        case REACTOR: reactor_validate(index); break;
+        case LID_MONO: lidmono_validate(index); break;
         case SWMM:
         case VORN: coupled_validate(index); break;
         default: break;
@@ -163,7 +175,10 @@ void node_initState(int32_t index) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
     }
     switch (node.kind) {
+        case TANK: tank_initState(index); break;
         case SPLITTER: initSplitter(getSplitter(index)); break;
+        case REACTOR: reactor_initState(index); break;
+        case LID_MONO: lidmono_init(index); break;
         case SWMM:
         case VORN: coupled_initState(index); break;
         default: break;
@@ -172,6 +187,8 @@ void node_initState(int32_t index) {
 
 void node_endState(int32_t index) {
     switch (Nodes[static_cast<size_t>(index)].kind) {
+        case TANK: tank_endState(index); break;
+        case REACTOR: reactor_endState(index); break;
         case SWMM:
         case VORN: coupled_endState(index); break;
         default: break;
@@ -182,11 +199,18 @@ void node_endState(int32_t index) {
 
 static void shiftKindState(const Node& node) {
     switch (node.kind) {
+        case TANK: tank_shiftState(node.kindIndex); break;
         case SPLITTER: {
             Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             splitter.oldFlow = splitter.newFlow;
             break;
         }
+        case REACTOR: {
+            Reactor& reactor = Reactors[static_cast<size_t>(node.kindIndex)];
+            reactor.oldOutflow = reactor.newOutflow;
+            break;
+        }
+        case LID_MONO: lidmono_shiftState(node.kindIndex); break;
         default: break;
     }
 }
@@ -272,6 +296,8 @@ double node_getOfferedFlow(int32_t index, int32_t link) {
             const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
             return splitter.link == link ? splitter.newFlow : node.newInflow - splitter.newFlow;
         }
+        case REACTOR: return Reactors[static_cast<size_t>(node.kindIndex)].newOutflow;
+        case LID_MONO: return lidmono_getOutflow(LidMonos[static_cast<size_t>(node.kindIndex)]);
         default: return 0.0;
     }
 }

@@ -92,8 +92,7 @@ void pipe_initState(int32_t index) {
     pipe.storage = pipe.sumMass + pollutants;
     pipe.oldSegQual = pipe.storage + reaches;
     pipe.newSegQual = pipe.oldSegQual + reaches * pollutants;
-    pipe.hasDecay = std::any_of(pipe.decay, pipe.decay + pollutants,
-                                [](const Decay& decay) { return decay.type == FIRST_ORDER; });
+    pipe.hasDecay = decay_isAny(pipe.decay);
 }
 
 void pipe_endState(int32_t index) {

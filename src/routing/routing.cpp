@@ -11,18 +11,25 @@
 
 #include <vector>
 
+#include "controls/rule.h"
 #include "coupling/coupled.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
+#include "hydrology/lidunit.h"
+#include "hydrology/subcatch.h"
 #include "input/datetime.h"
 #include "platform/memory.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/link.h"
 #include "routing/network.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
 
 /// One visit of a step. The links that enter and leave the node stand in VisitLinks, one visit's behind the other's.
 struct Visit {
@@ -67,6 +74,7 @@ int32_t routing_open() {
     pipe_openRun();
     link_openLists();
     inflows_openRun();
+    rule_openRun();
     SortedNodes = arena_allocateArray<int32_t>(RunArena, static_cast<int64_t>(Nodes.size()));
     if (!SortedNodes) {
         report_writeError(ERR_MEMORY, "");
@@ -163,6 +171,7 @@ static void updateOutgoing(int32_t node, VisitLinkList outgoing, double fireTime
         switch (link.kind) {
             case PIPE: pipe_update(link.link, link.kindIndex, node, fireTime); break;
             case CONNECTION: connection_update(link.link, node); break;
+            case CONDUIT: conduit_update(link.link, node); break;
             default: break;
         }
     }
@@ -177,10 +186,19 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
             node_mixInflow(index);
             updateOutgoing(index, outgoing, fireTime);
             break;
+        case TANK: tank_update(index); break;
         case OUTFALL: node_mixInflow(index); break;
         case SPLITTER:
             node_split(index);
             node_mixInflow(index);
+            updateOutgoing(index, outgoing, fireTime);
+            break;
+        case REACTOR:
+            reactor_update(index);
+            updateOutgoing(index, outgoing, fireTime);
+            break;
+        case LID_MONO:
+            lidmono_step(index);
             updateOutgoing(index, outgoing, fireTime);
             break;
         case SWMM:
@@ -210,6 +228,7 @@ static void visitNodes(double fireTime) {
 
 void routing_step() {
     link_setTargets();
+    rule_evaluate();
     link_applyTargets();
 
     const double oldTime = NewRoutingTime;
@@ -223,6 +242,8 @@ void routing_step() {
     for (int32_t node = 0; node < nodeCount; ++node) {
         node_shiftState(node);
     }
+    subcatch_addRunoff(oldTime);
+    lid_addDrains();
     const DateTime date = project_getDate(newTime);
     inflows_applyExternal(date);
     inflows_applyDryWeather(date);

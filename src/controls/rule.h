@@ -1,0 +1,123 @@
+#pragma once
+// Control rules: premises on the state of the network, and actions on its settings.
+
+#include <cstdint>
+#include <vector>
+
+/// Words that a clause, one line of a rule, begins with.
+enum ClauseWord : int32_t { CLAUSE_RULE, CLAUSE_IF, CLAUSE_AND, CLAUSE_OR, CLAUSE_THEN, CLAUSE_ELSE, CLAUSE_PRIORITY };
+
+extern const char* const ClauseWords[];
+
+enum RuleAttribute : int32_t {
+    ATTRIBUTE_DEPTH,
+    ATTRIBUTE_INFLOW,
+    ATTRIBUTE_FLOW,
+    ATTRIBUTE_STATUS,
+    ATTRIBUTE_SETTING,
+    ATTRIBUTE_EVENT,
+    ATTRIBUTE_EMPTYING,
+    ATTRIBUTE_FILL,
+    ATTRIBUTE_VALUE
+};
+
+enum RuleRelation : int32_t {
+    RELATION_EQUAL,
+    RELATION_UNEQUAL,
+    RELATION_LESS,
+    RELATION_AT_MOST,
+    RELATION_GREATER,
+    RELATION_AT_LEAST
+};
+
+enum RuleLogic : int32_t { LOGIC_AND = 2, LOGIC_OR = 3 };
+
+/// No value: a premise with it is false. Whoever writes this number into a condition gets just that.
+constexpr double NO_VALUE = -1.0e10;
+
+/// An object and one of its attributes. All fields are -1 when not used; `node` and `link` are rows of the common
+/// tables, the others but for `gage` and `attribute` rows of the table of the kind.
+struct RuleOperand {
+    int32_t node;
+    int32_t junction;
+    int32_t tank;
+    int32_t outfall;
+    int32_t link;
+    int32_t pipe;
+    int32_t pump;
+    int32_t weir;
+    int32_t orifice;
+    int32_t gage;
+    int32_t reactor;
+    int32_t splitter;
+    int32_t lidMono;
+    int32_t conduit;
+    int32_t connection;
+    int32_t attribute;  ///< RuleAttribute
+};
+
+/// A comparison of two operands, or of one with a value.
+struct Premise {
+    int32_t logic;  ///< RuleLogic; the first one of a rule counts as AND
+    RuleOperand left;
+    RuleOperand right;
+    int32_t relation;  ///< RuleRelation
+    double value;      ///< NO_VALUE if `right` is compared with
+    Premise* next;
+};
+
+/// A new value for an object. A name can be that of a link and of a node: both are kept then, and the link gets it.
+struct Action {
+    int32_t rule;
+    int32_t link;  ///< -1 if the name is no link; so the fields of its kinds
+    int32_t pipe;
+    int32_t pump;
+    int32_t weir;
+    int32_t orifice;
+    int32_t node;  ///< -1 if the name is no node; so the fields of its kinds
+    int32_t splitter;
+    int32_t reactor;
+    int32_t swmm;
+    const char* swmmLink;  ///< ID of a link inside a SWMM node; null in the actions of all other types
+    int32_t attribute;     ///< RuleAttribute
+    double value;          ///< setting, status, split value or flag
+    int32_t target;        ///< number of what it acts on, the same for all actions on that; set at the start of a run
+    Action* next;
+};
+
+struct Rule {
+    const char* name;   ///< the ID as first seen; null until read
+    double priority;    ///< the higher one wins
+    Premise* premises;  ///< in the order of the lines
+    Premise* lastPremise;
+    Action* thenActions;  ///< the last line first
+    Action* elseActions;  ///< the last line first
+};
+
+extern std::vector<Rule> Rules;
+
+extern int32_t ClauseState;  ///< the ClauseWord that was read last
+
+/// Makes the table for the counted rules, and empties it.
+void rule_createAll();
+void rule_deleteAll();
+
+/// Reads one clause of a rule in Tok. An error index, or 0.
+int32_t rule_readLine(int32_t rule, int32_t clause);
+int32_t rule_readPremise(int32_t rule, int32_t logic, int32_t tokenCount);
+int32_t rule_readAction(int32_t rule, int32_t tokenCount);
+
+/// Reads an object and its attribute from the token `place` on, which moves on to the attribute. An error index, or 0.
+int32_t rule_readOperand(int32_t& place, RuleOperand& operand);
+
+/// Finds out which actions share a target; writes it to the report if memory is short.
+void rule_openRun();
+
+/// Evaluates all rules on the state of the step before, and applies the actions that win. The number of changes.
+int32_t rule_evaluate();
+
+/// 1 if the premise holds.
+int32_t rule_testPremise(const Premise& premise);
+
+/// The present value of an operand, or NO_VALUE.
+double rule_operandValue(const RuleOperand& operand);

@@ -1,0 +1,430 @@
+// Reading of control rules. The reader of the project file hands over [CONTROL_RULES] clause by clause; the last clause
+// word decides which may follow:
+//
+//     any state --RULE--> RULE --IF--> IF --THEN--> THEN --ELSE--> ELSE          rule_readLine
+//     IF          --AND, OR--> IF                                                rule_readPremise
+//     THEN, ELSE  --AND-----> as it was                                          rule_readAction
+//     THEN, ELSE  --PRIORITY--> PRIORITY, behind which only RULE may come        readPriority
+//
+// The state moves before the rest of the line is read, so that one bad line spoils none of those behind it.
+
+#include <cstring>
+
+#include "controls/rule.h"
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "input/tokens.h"
+
+std::vector<Rule> Rules;
+int32_t ClauseState = CLAUSE_PRIORITY;
+
+enum RuleObject : int32_t {
+    OBJECT_JUNCTION,
+    OBJECT_TANK,
+    OBJECT_OUTFALL,
+    OBJECT_PIPE,
+    OBJECT_PUMP,
+    OBJECT_WEIR,
+    OBJECT_ORIFICE,
+    OBJECT_GAGE,
+    OBJECT_REACTOR,
+    OBJECT_SPLITTER,
+    OBJECT_LID_MONO,
+    OBJECT_CONDUIT,
+    OBJECT_CONNECTION,
+    OBJECT_SWMM
+};
+
+const char* const ClauseWords[] = {"RULE", "IF", "AND", "OR", "THEN", "ELSE", "PRIORITY", nullptr};
+
+static const char* const ObjectWords[] = {"JUNCTION", "TANK",    "OUTFALL",    "PIPE",    "PUMP",
+                                          "WEIR",     "ORIFICE", "GAGE",       "REACTOR", "SPLITTER",
+                                          "LID_MONO", "CONDUIT", "CONNECTION", "SWMM",    nullptr};
+static const char* const AttributeWords[] = {"DEPTH", "INFLOW",   "FLOW", "STATUS", "SETTING",
+                                             "EVENT", "EMPTYING", "FILL", "VALUE",  nullptr};
+static const char* const RelationWords[] = {"=", "<>", "<", "<=", ">", ">=", nullptr};
+static const char* const PumpStatusWords[] = {"OFF", "ON", nullptr};
+static const char* const PipeStatusWords[] = {"CLOSED", "OPEN", nullptr};
+static const char* const EventWords[] = {"OUT", "IN", nullptr};
+
+/// How a type of object is looked up in a condition, and which attributes it has there.
+struct ConditionObject {
+    int32_t type;                 ///< NODE, LINK or GAGE; -1 for what has no name
+    int32_t kind;                 ///< NodeKind or LinkKind
+    int32_t RuleOperand::*field;  ///< where its row in the table of the kind goes
+    uint32_t attributes;          ///< a bit for each RuleAttribute
+};
+
+static constexpr uint32_t bit(int32_t attribute) {
+    return 1u << attribute;
+}
+
+/// By RuleObject.
+static const ConditionObject ConditionObjects[] = {
+    {NODE, JUNCTION, &RuleOperand::junction, bit(ATTRIBUTE_INFLOW)},
+    {NODE, TANK, &RuleOperand::tank, bit(ATTRIBUTE_DEPTH) | bit(ATTRIBUTE_INFLOW)},
+    {NODE, OUTFALL, &RuleOperand::outfall, bit(ATTRIBUTE_INFLOW)},
+    {LINK, PIPE, &RuleOperand::pipe, bit(ATTRIBUTE_FLOW)},
+    {LINK, PUMP, &RuleOperand::pump, bit(ATTRIBUTE_FLOW) | bit(ATTRIBUTE_STATUS)},
+    {LINK, WEIR, &RuleOperand::weir, bit(ATTRIBUTE_FLOW)},
+    {LINK, ORIFICE, &RuleOperand::orifice, bit(ATTRIBUTE_FLOW)},
+    {GAGE, -1, &RuleOperand::gage, bit(ATTRIBUTE_EVENT)},
+    {NODE, REACTOR, &RuleOperand::reactor, bit(ATTRIBUTE_INFLOW) | bit(ATTRIBUTE_FILL)},
+    {NODE, SPLITTER, &RuleOperand::splitter, bit(ATTRIBUTE_INFLOW)},
+    {NODE, LID_MONO, &RuleOperand::lidMono, bit(ATTRIBUTE_INFLOW)},
+    {LINK, CONDUIT, &RuleOperand::conduit, bit(ATTRIBUTE_DEPTH) | bit(ATTRIBUTE_FLOW)},
+    {LINK, CONNECTION, &RuleOperand::connection, bit(ATTRIBUTE_FLOW)},
+    {-1, -1, nullptr, ~0u}};
+
+/// An attribute that an action may set, and the words of its value; null for a number.
+struct ActionAttribute {
+    int32_t object;  ///< RuleObject
+    int32_t attribute;
+    const char* const* words;
+};
+
+static const ActionAttribute ActionAttributes[] = {
+    {OBJECT_PIPE, ATTRIBUTE_STATUS, PipeStatusWords}, {OBJECT_PIPE, ATTRIBUTE_SETTING, nullptr},
+    {OBJECT_PUMP, ATTRIBUTE_STATUS, PumpStatusWords}, {OBJECT_PUMP, ATTRIBUTE_SETTING, nullptr},
+    {OBJECT_WEIR, ATTRIBUTE_SETTING, nullptr},        {OBJECT_ORIFICE, ATTRIBUTE_SETTING, nullptr},
+    {OBJECT_SPLITTER, ATTRIBUTE_VALUE, nullptr},      {OBJECT_REACTOR, ATTRIBUTE_EMPTYING, NoYesWords},
+    {OBJECT_SWMM, ATTRIBUTE_SETTING, nullptr}};
+
+// --- table ---------------------------------------------------------------------------------------------------------
+
+void rule_createAll() {
+    Rules.assign(static_cast<size_t>(ObjectCount[RULE]), Rule{});
+    ClauseState = CLAUSE_PRIORITY;
+}
+
+// --- tokens --------------------------------------------------------------------------------------------------------
+
+static int32_t refuseClause() {
+    return error_setName(ERR_RULE_CLAUSE, "");
+}
+
+static int32_t refuseKeyword(int32_t place) {
+    return error_setName(ERR_KEYWORD, Tok[place]);
+}
+
+/// Reads one of some words as its number in their list. An error index, or 0.
+static int32_t readWord(int32_t place, const char* const* words, double& value) {
+    const int32_t word = input_findKeyword(Tok[place], words);
+    value = word;
+    return word < 0 ? refuseKeyword(place) : ERR_NONE;
+}
+
+static int32_t readNumber(int32_t place, double& value) {
+    return input_getDouble(Tok[place], &value) ? ERR_NONE : error_setName(ERR_NUMBER, Tok[place]);
+}
+
+/// Whether a clause word stands behind what has been read: two clauses on one line.
+static bool isClauseWord(int32_t place, int32_t tokenCount) {
+    return place < tokenCount && input_findKeyword(Tok[place], ClauseWords) >= 0;
+}
+
+/// Relations are matched as exact text.
+static int32_t findRelation(const char* text) {
+    for (int32_t k = 0; RelationWords[k]; ++k) {
+        if (std::strcmp(text, RelationWords[k]) == 0) {
+            return k;
+        }
+    }
+    return -1;
+}
+
+// --- conditions ----------------------------------------------------------------------------------------------------
+
+/// Finds an object of a condition by name. False if there is none, or none of that kind so far.
+static bool findObject(const ConditionObject& object, const char* name, RuleOperand& operand) {
+    const int32_t index = project_findObject(object.type, name);
+    if (index < 0) {
+        return false;
+    }
+    if (object.type == GAGE) {
+        operand.gage = index;
+        return true;
+    }
+    const bool isNode = object.type == NODE;
+    const size_t row = static_cast<size_t>(index);
+    if ((isNode ? Nodes[row].kind : Links[row].kind) != object.kind) {
+        return false;
+    }
+    (isNode ? operand.node : operand.link) = index;
+    operand.*object.field = isNode ? Nodes[row].kindIndex : Links[row].kindIndex;
+    return true;
+}
+
+int32_t rule_readOperand(int32_t& place, RuleOperand& operand) {
+    operand = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    const int32_t type = input_findKeyword(Tok[place], ObjectWords);
+    if (type < 0) {
+        return refuseKeyword(place);
+    }
+    const ConditionObject& object = ConditionObjects[type];
+    int32_t at = place + 1;
+    if (object.type >= 0) {
+        if (at >= TokCount) {
+            return error_setName(ERR_ITEMS, "");
+        }
+        if (!findObject(object, Tok[at], operand)) {
+            return error_setName(ERR_UNDEFINED_OBJECT, Tok[at]);
+        }
+        ++at;
+    }
+    if (at >= TokCount) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    operand.attribute = input_findKeyword(Tok[at], AttributeWords);
+    if (operand.attribute < 0 || !(object.attributes & bit(operand.attribute))) {
+        return refuseKeyword(at);
+    }
+    place = at;
+    return ERR_NONE;
+}
+
+/// The right side of a condition: an object of the same attribute, or a value in the words of the left attribute.
+static int32_t readRightSide(int32_t& place, int32_t tokenCount, Premise& premise) {
+    premise.value = NO_VALUE;
+    premise.right = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    const int32_t attribute = premise.left.attribute;
+    if (input_findKeyword(Tok[place], ObjectWords) >= 0 && place + 3 >= tokenCount) {
+        if (const int32_t error = rule_readOperand(place, premise.right)) {
+            return error;
+        }
+        return premise.right.attribute != attribute ? error_setName(ERR_RULE_ATTRIBUTE, "") : ERR_NONE;
+    }
+    int32_t error;
+    switch (attribute) {
+        case ATTRIBUTE_STATUS: error = readWord(place, PumpStatusWords, premise.value); break;
+        case ATTRIBUTE_EVENT: error = readWord(place, EventWords, premise.value); break;
+        default: error = readNumber(place, premise.value); break;
+    }
+    ++place;
+    return error;
+}
+
+static void appendPremise(Rule& rule, Premise* premise) {
+    (rule.lastPremise ? rule.lastPremise->next : rule.premises) = premise;
+    rule.lastPremise = premise;
+}
+
+int32_t rule_readPremise(int32_t rule, int32_t logic, int32_t tokenCount) {
+    if (tokenCount < 5) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    Premise premise{};
+    premise.logic = logic;
+    int32_t place = 1;
+    if (const int32_t error = rule_readOperand(place, premise.left)) {
+        return error;
+    }
+    premise.relation = findRelation(Tok[place + 1]);
+    if (premise.relation < 0) {
+        return refuseKeyword(place + 1);
+    }
+    place += 2;
+    if (place >= tokenCount) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    if (const int32_t error = readRightSide(place, tokenCount, premise)) {
+        return error;
+    }
+    if (isClauseWord(place, tokenCount)) {
+        return refuseClause();
+    }
+    auto* kept = arena_allocateArray<Premise>(ProjectArena, 1);
+    if (!kept) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    *kept = premise;
+    appendPremise(Rules[static_cast<size_t>(rule)], kept);
+    return ERR_NONE;
+}
+
+// --- actions -------------------------------------------------------------------------------------------------------
+
+static void setLinkTarget(Action& action, int32_t index) {
+    const Link& link = Links[static_cast<size_t>(index)];
+    action.link = index;
+    switch (link.kind) {
+        case PIPE: action.pipe = link.kindIndex; break;
+        case PUMP: action.pump = link.kindIndex; break;
+        case WEIR: action.weir = link.kindIndex; break;
+        case ORIFICE: action.orifice = link.kindIndex; break;
+        default: break;
+    }
+}
+
+static void setNodeTarget(Action& action, int32_t index) {
+    const Node& node = Nodes[static_cast<size_t>(index)];
+    action.node = index;
+    switch (node.kind) {
+        case SPLITTER: action.splitter = node.kindIndex; break;
+        case REACTOR: action.reactor = node.kindIndex; break;
+        case SWMM: action.swmm = node.kindIndex; break;
+        default: break;
+    }
+}
+
+/// Looks a name up as link and as node, whatever type the line gives it. False if it is neither.
+static bool findTargets(Action& action, const char* name) {
+    action.link = action.pipe = action.pump = action.weir = action.orifice = -1;
+    action.node = action.splitter = action.reactor = action.swmm = -1;
+    const int32_t link = project_findObject(LINK, name);
+    const int32_t node = project_findObject(NODE, name);
+    if (link >= 0) {
+        setLinkTarget(action, link);
+    }
+    if (node >= 0) {
+        setNodeTarget(action, node);
+    }
+    return link >= 0 || node >= 0;
+}
+
+static bool isActionObject(int32_t object) {
+    for (const ActionAttribute& allowed : ActionAttributes) {
+        if (allowed.object == object) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Attribute and value of an action on an object of the network.
+static int32_t readActionValue(int32_t object, Action& action) {
+    action.attribute = input_findKeyword(Tok[3], AttributeWords);
+    for (const ActionAttribute& allowed : ActionAttributes) {
+        if (allowed.object == object && allowed.attribute == action.attribute) {
+            return allowed.words ? readWord(5, allowed.words, action.value) : readNumber(5, action.value);
+        }
+    }
+    return refuseKeyword(3);
+}
+
+/// Link, attribute and value of an action inside a SWMM node.
+static int32_t readSwmmValue(int32_t tokenCount, Action& action) {
+    action.attribute = input_findKeyword(Tok[4], AttributeWords);
+    if (action.attribute != ATTRIBUTE_SETTING) {
+        return refuseKeyword(4);
+    }
+    if (tokenCount < 7) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    return readNumber(6, action.value);
+}
+
+/// Settings are limited to 0 ... 1 and split values to 0 and more. What is no number counts as 0.
+static void limitValue(Action& action) {
+    if (action.attribute == ATTRIBUTE_SETTING || action.attribute == ATTRIBUTE_VALUE) {
+        action.value = action.value > 0.0 ? action.value : 0.0;
+    }
+    if (action.attribute == ATTRIBUTE_SETTING) {
+        action.value = action.value < 1.0 ? action.value : 1.0;
+    }
+}
+
+/// Keeps an action ahead of those read before it: of two lines of a rule on one target the later one is met first.
+static int32_t keepAction(Rule& rule, const Action& action, const char* swmmLink) {
+    auto* kept = arena_allocateArray<Action>(ProjectArena, 1);
+    if (!kept) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    *kept = action;
+    if (swmmLink) {
+        kept->swmmLink = pool_copy(swmmLink);
+        if (!kept->swmmLink) {
+            return error_setName(ERR_MEMORY, "");
+        }
+    }
+    Action*& head = ClauseState == CLAUSE_THEN ? rule.thenActions : rule.elseActions;
+    kept->next = head;
+    head = kept;
+    return ERR_NONE;
+}
+
+int32_t rule_readAction(int32_t rule, int32_t tokenCount) {
+    if (tokenCount < 6) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const int32_t object = input_findKeyword(Tok[1], ObjectWords);
+    if (!isActionObject(object)) {
+        return refuseKeyword(1);
+    }
+    Action action{};
+    action.rule = rule;
+    if (!findTargets(action, Tok[2])) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    const bool isSwmm = object == OBJECT_SWMM;
+    if (const int32_t error = isSwmm ? readSwmmValue(tokenCount, action) : readActionValue(object, action)) {
+        return error;
+    }
+    if (isClauseWord(6, tokenCount)) {
+        return refuseClause();
+    }
+    limitValue(action);
+    return keepAction(Rules[static_cast<size_t>(rule)], action, isSwmm ? Tok[3] : nullptr);
+}
+
+// --- clauses -------------------------------------------------------------------------------------------------------
+
+static int32_t readRule(Rule& rule) {
+    if (!rule.name) {
+        rule.name = project_findId(RULE, Tok[1]);
+    }
+    ClauseState = CLAUSE_RULE;
+    return TokCount > 2 ? refuseClause() : ERR_NONE;
+}
+
+/// AND continues the list that the rule is in. Among conditions the premise is put in twice, as AND and as OR. The
+/// second one is tested only when the first has failed, and then fails as well; the lists of rules have always looked
+/// like this.
+static int32_t readAnd(int32_t rule) {
+    if (ClauseState != CLAUSE_IF) {
+        return rule_readAction(rule, TokCount);
+    }
+    rule_readPremise(rule, LOGIC_AND, TokCount);
+    return rule_readPremise(rule, LOGIC_OR, TokCount);
+}
+
+static int32_t readPriority(Rule& rule) {
+    ClauseState = CLAUSE_PRIORITY;
+    double priority;
+    if (const int32_t error = readNumber(1, priority)) {
+        return error;
+    }
+    rule.priority = priority;
+    return TokCount > 2 ? refuseClause() : ERR_NONE;
+}
+
+/// Whether a clause may stand behind the one read last.
+static bool isInSequence(int32_t clause) {
+    const bool isInActions = ClauseState == CLAUSE_THEN || ClauseState == CLAUSE_ELSE;
+    switch (clause) {
+        case CLAUSE_RULE: return true;
+        case CLAUSE_IF: return ClauseState == CLAUSE_RULE;
+        case CLAUSE_AND: return ClauseState == CLAUSE_IF || isInActions;
+        case CLAUSE_OR:
+        case CLAUSE_THEN: return ClauseState == CLAUSE_IF;
+        case CLAUSE_ELSE: return ClauseState == CLAUSE_THEN;
+        case CLAUSE_PRIORITY: return isInActions;
+        default: return false;
+    }
+}
+
+int32_t rule_readLine(int32_t rule, int32_t clause) {
+    if (!isInSequence(clause)) {
+        return refuseClause();
+    }
+    switch (clause) {
+        case CLAUSE_RULE: return readRule(Rules[static_cast<size_t>(rule)]);
+        case CLAUSE_IF: ClauseState = CLAUSE_IF; return rule_readPremise(rule, LOGIC_AND, TokCount);
+        case CLAUSE_AND: return readAnd(rule);
+        case CLAUSE_OR: return rule_readPremise(rule, LOGIC_OR, TokCount);
+        case CLAUSE_PRIORITY: return readPriority(Rules[static_cast<size_t>(rule)]);
+        default: ClauseState = clause; return rule_readAction(rule, TokCount);
+    }
+}

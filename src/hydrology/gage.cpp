@@ -1,0 +1,280 @@
+// Rain gages. Each entry of a gage's series stands for one recording interval, and between such periods it rains
+// nothing: a hyetograph of blocks, as tipping buckets and design storms give it. The runoff step walks forward through
+// the entries. The rain events, which control rules and hosts ask for, are found once per run from the whole series.
+
+#include "hydrology/gage.h"
+
+#include <cmath>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/names.h"
+#include "input/table.h"
+#include "input/tokens.h"
+
+std::vector<Gage> Gages;
+
+static constexpr double ONE_SECOND = 1.1574074e-05;  ///< days; so many digits and no more, since rain starts by it
+
+static const char* const FormatWords[] = {"INTENSITY", "VOLUME", nullptr};
+
+static Gage& getGage(int32_t gage) {
+    return Gages[static_cast<size_t>(gage)];
+}
+
+// --- reading and validation ----------------------------------------------------------------------------------------
+
+/// Whole seconds of a recording interval; false for what is no time, no time above 0, or beyond 32 bits.
+static bool readInterval(const char* text, int32_t* interval) {
+    double days;
+    if (!datetime_parseTime(text, &days)) {
+        return false;
+    }
+    const double seconds = std::floor(days * 86400.0 + 0.5);
+    if (!(seconds > 0.0 && seconds <= 2147483647.0)) {
+        return false;
+    }
+    *interval = project_truncate(seconds);
+    return true;
+}
+
+int32_t gage_readLine(int32_t index) {
+    if (TokCount < 4) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const char* name = project_findId(GAGE, Tok[0]);
+    if (!name) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t format = input_findKeyword(Tok[1], FormatWords);
+    if (format < 0) {
+        return error_setName(ERR_KEYWORD, Tok[1]);
+    }
+    int32_t interval;
+    if (!readInterval(Tok[2], &interval)) {
+        return error_setName(ERR_DATE_TIME, Tok[2]);
+    }
+    const int32_t series = project_findObject(TSERIES, Tok[3]);
+    if (series < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+    }
+    Gage& gage = getGage(index);
+    gage.name = name;
+    gage.format = format;
+    gage.interval = interval;
+    gage.series = series;
+    gage.coGage = -1;
+    gage.isUsed = 0;
+    return ERR_NONE;
+}
+
+void gage_validateAll() {
+    // The first gage in use of each series: its followers take their rain from it.
+    std::vector<int32_t> firstOfSeries(TimeSeries.size(), -1);
+    for (size_t k = 0; k < Gages.size(); ++k) {
+        Gage& gage = Gages[k];
+        if (!gage.isUsed) {
+            continue;
+        }
+        const size_t series = static_cast<size_t>(gage.series);
+        if (TimeSeries[series].isUsedByInflow) {
+            report_writeError(ERR_GAGE_SERIES_SHARED, gage.name);
+        }
+        if (firstOfSeries[series] < 0) {
+            firstOfSeries[series] = static_cast<int32_t>(k);
+            continue;
+        }
+        gage.coGage = firstOfSeries[series];
+        if (getGage(gage.coGage).format != gage.format) {
+            report_writeError(ERR_GAGE_FORMAT, gage.name);
+        }
+    }
+}
+
+// --- rain ----------------------------------------------------------------------------------------------------------
+
+/// A value of the series as a rate, m/s.
+static double convertRain(const Gage& gage, double value) {
+    if (gage.format == RAIN_INTENSITY) {
+        return value / 3600000.0;
+    }
+    return value / gage.interval * 3600.0 / 3600000.0;
+}
+
+int32_t gage_nextRain(int32_t index) {
+    Gage& gage = getGage(index);
+    gage.nextRain = 0.0;
+    if (gage.series < 0) {
+        return 0;
+    }
+    Table& series = TimeSeries[static_cast<size_t>(gage.series)];
+    double value;
+    while (table_getNextEntry(series, &gage.nextDate, &value)) {
+        value = convertRain(gage, value);
+        if (value != 0.0) {
+            gage.nextRain = value;
+            return 1;
+        }
+        // An entry of 0 doesn't end a dry time: for the gage it isn't there.
+    }
+    return 0;
+}
+
+static void takeNextRain(int32_t index) {
+    if (!gage_nextRain(index)) {
+        getGage(index).nextDate = NO_DATE;
+    }
+}
+
+void gage_initRain(int32_t index) {
+    gage_findEvents(index);
+    Gage& gage = getGage(index);
+    gage.startDate = gage.endDate = gage.nextDate = NO_DATE;
+    gage.rain = gage.nextRain = gage.reportRain = 0.0;
+    if (gage.series < 0) {
+        return;
+    }
+    double value = 0.0;
+    if (!table_getFirstEntry(TimeSeries[static_cast<size_t>(gage.series)], &gage.startDate, &value)) {
+        gage.startDate = NO_DATE;
+        return;
+    }
+    // The first entry is a period whatever its value; a zero there holds back what comes within its interval.
+    gage.rain = convertRain(gage, value);
+    gage.endDate = datetime_addSeconds(gage.startDate, gage.interval);
+    if (!(gage.startDate > StartDateTime)) {
+        takeNextRain(index);
+    } else {
+        gage.nextRain = gage.rain;
+        gage.endDate = gage.nextDate = gage.startDate;
+        gage.startDate = StartDateTime;
+        gage.rain = 0.0;
+    }
+}
+
+/// Brings one gage to a time; gives its rain there.
+static double advanceGage(int32_t index, DateTime time) {
+    Gage& gage = getGage(index);
+    if (gage.startDate == NO_DATE) {
+        return 0.0;
+    }
+    while (!(gage.startDate > time)) {
+        if (time < gage.endDate) {
+            return gage.rain;
+        }
+        if (gage.nextDate == NO_DATE || gage.nextDate > time) {
+            break;
+        }
+        // Entries closer than the interval overlap: the next one begins late, and its own end stays where it is.
+        gage.startDate = gage.nextDate;
+        gage.endDate = datetime_addSeconds(gage.nextDate, gage.interval);
+        gage.rain = gage.nextRain;
+        takeNextRain(index);
+    }
+    return 0.0;
+}
+
+void gage_advance(DateTime date) {
+    for (size_t k = 0; k < Gages.size(); ++k) {
+        Gage& gage = Gages[k];
+        if (gage.isUsed) {
+            gage.rain =
+                gage.coGage >= 0 ? getGage(gage.coGage).rain : advanceGage(static_cast<int32_t>(k), date + ONE_SECOND);
+        }
+    }
+}
+
+void gage_setReportRain(DateTime date) {
+    const DateTime time = date + ONE_SECOND;
+    for (Gage& gage : Gages) {
+        if (gage.coGage >= 0) {
+            gage.reportRain = getGage(gage.coGage).reportRain;
+        } else if (gage.endDate > time) {
+            gage.reportRain = gage.rain;
+        } else if (gage.nextDate > time) {
+            gage.reportRain = 0.0;
+        } else {
+            gage.reportRain = gage.nextRain;
+        }
+    }
+}
+
+// --- events --------------------------------------------------------------------------------------------------------
+
+/// Appends an event if it is large enough. False without memory for it.
+static bool addEvent(Gage& gage, DateTime start, DateTime end, double total) {
+    if (!(total > EventMinValue)) {
+        return true;
+    }
+    RainEvent* event = arena_allocateArray<RainEvent>(ProjectArena, 1);
+    if (!event) {
+        return false;
+    }
+    *event = {start, end, total, nullptr};
+    (gage.lastEvent ? gage.lastEvent->next : gage.events) = event;
+    gage.lastEvent = event;
+    return true;
+}
+
+/// The last date at which a series can have a value other than 0. A single entry leaves no last date of its own.
+static DateTime getSeriesEnd(const Table& series) {
+    return series.x1 > series.xLast ? series.x1 : series.xLast;
+}
+
+void gage_findEvents(int32_t index) {
+    if (index < 0 || getGage(index).series < 0) {
+        return;
+    }
+    Gage& gage = getGage(index);
+    Table& series = TimeSeries[static_cast<size_t>(gage.series)];
+    table_reset(series);
+    const DateTime seriesEnd = getSeriesEnd(series);
+    const double interval = gage.interval;
+    double total = 0.0, dry = 0.0;
+    DateTime date = StartDateTime, first = StartDateTime;
+    while (date < EndDateTime) {
+        // The series is read here as a line from entry to entry, so that gaps in it count as ramps of rain.
+        double depth = table_lookup(series, date);
+        if (gage.format == RAIN_INTENSITY) {
+            depth = interval * depth / 3600.0;
+        }
+        if (total == 0.0) {
+            if (depth != 0.0) {
+                first = date;
+                total = depth;
+                dry = 0.0;
+            }
+        } else if (depth != 0.0) {
+            total += depth;
+            dry = 0.0;
+        } else if (dry < EventInterval) {
+            dry += interval;
+        } else {
+            dry = 0.0;
+            // The last wet sample only where the gap is a multiple of the interval.
+            if (!addEvent(gage, first, datetime_addSeconds(date, -EventInterval - interval), total)) {
+                return;
+            }
+            total = 0.0;
+        }
+        if (total == 0.0 && date > seriesEnd) {
+            break;  // nothing but zeros from here on, however long the simulation goes on
+        }
+        const DateTime next = datetime_addSeconds(date, interval);
+        if (!(next > date)) {
+            break;  // so far ahead that an interval no longer moves the date
+        }
+        date = next;
+    }
+    addEvent(gage, first, datetime_addSeconds(date, -dry), total);
+}
+
+int32_t gage_isInEvent(int32_t index, DateTime date) {
+    for (const RainEvent* event = getGage(index).events; event; event = event->next) {
+        if (event->start <= date && date <= event->end) {
+            return 1;
+        }
+    }
+    return 0;
+}

@@ -1,0 +1,61 @@
+#pragma once
+// Rain gages: a time series as a stepwise rain rate, and the rain events in it.
+
+#include <cstdint>
+#include <vector>
+
+#include "input/datetime.h"
+
+enum GageFormat : int32_t { RAIN_INTENSITY, RAIN_VOLUME };
+
+/// A spell of rain without a long gap in it.
+struct RainEvent {
+    DateTime start;
+    DateTime end;
+    double total;  ///< mm
+    RainEvent* next;
+};
+
+/// Each entry of the series stands for one recording interval; between such periods it rains nothing.
+struct Gage {
+    const char* name;      ///< the ID as first seen; null until read
+    int32_t format;        ///< GageFormat: series values in mm/h, or in mm per interval
+    int32_t interval;      ///< s, recording interval
+    int32_t series;        ///< time series
+    RainEvent* events;     ///< in order of time
+    DateTime startDate;    ///< start of the present rain period, or NO_DATE
+    DateTime endDate;      ///< its end
+    DateTime nextDate;     ///< start of the next period with rain, or NO_DATE
+    double rain;           ///< m/s, of the present period
+    double nextRain;       ///< m/s, of the next period
+    double reportRain;     ///< m/s, shown in results at a saving time
+    int32_t coGage;        ///< an earlier gage on the same series, or -1
+    int32_t isUsed;        ///< 1: a subcatchment or a LID monomer node takes its rain from here
+    RainEvent* lastEvent;  ///< end of the list of events
+};
+
+extern std::vector<Gage> Gages;
+
+/// A line of [RAINGAGES] in Tok, for the row `gage`. An error index, or 0.
+int32_t gage_readLine(int32_t gage);
+
+/// Tests the gages in use, and links those that share a series; writes what is wrong to the report.
+void gage_validateAll();
+
+/// Puts a gage to the start of a run, and adds the events of its series.
+void gage_initRain(int32_t gage);
+
+/// Adds the events of the whole simulation period to the list of a gage.
+void gage_findEvents(int32_t gage);
+
+/// Moves on to the next entry with rain. 1 if there is one, 0 at the end of the series.
+int32_t gage_nextRain(int32_t gage);
+
+/// Brings every gage in use to a date.
+void gage_advance(DateTime date);
+
+/// Fills reportRain of every gage; called before each writing of results.
+void gage_setReportRain(DateTime date);
+
+/// 1 within a rain event of the gage, both ends included.
+int32_t gage_isInEvent(int32_t gage, DateTime date);

@@ -1,0 +1,451 @@
+// Definitions of LID controls: what the project file says of their layers, and what is made of it before a run. The
+// reader and the validation call this room; the water in the layers is worked out in the rooms lidunit and lidrates.
+
+#include "hydrology/lid.h"
+
+#include <cmath>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "hydrology/subcatch.h"
+#include "input/names.h"
+#include "input/tokens.h"
+#include "routing/decay.h"
+
+std::vector<Lid> Lids;
+std::vector<LidGroup> LidGroups;
+std::vector<LidUnit> LidUnits;
+
+static const char* const TypeWords[] = {"BC", "RG", "GR", "IT", "PP", "RB", "VS", nullptr};
+
+enum Layer : int32_t { LAYER_SURFACE, LAYER_SOIL, LAYER_STORAGE, LAYER_PAVEMENT, LAYER_DRAINMAT, LAYER_DRAIN };
+
+static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT", "DRAINMAT", "DRAIN", nullptr};
+
+static constexpr double MM_PER_M = 1000.0;
+static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
+static constexpr double SECONDS_PER_HOUR = 3600.0;
+static constexpr double SECONDS_PER_DAY = 86400.0;
+
+// --- tables --------------------------------------------------------------------------------------------------------
+
+/// The five arrays of rules of a definition, from one piece of memory.
+static bool createRules(Lid& lid, int64_t count) {
+    DecayRule* rules = arena_allocateArray<DecayRule>(ProjectArena, 5 * count);
+    if (!rules) {
+        return false;
+    }
+    for (int64_t k = 0; k < 5 * count; ++k) {
+        rules[k] = {-1, 0.0, -1, 0.0, 1.0};
+    }
+    lid.surfaceDecay = rules;
+    lid.pavementDecay = rules + count;
+    lid.soilDecay = rules + 2 * count;
+    lid.storageDecay = rules + 3 * count;
+    lid.matDecay = rules + 4 * count;
+    return true;
+}
+
+void lid_createTables() {
+    LidGroup empty{};
+    empty.firstUnit = empty.lastUnit = -1;
+    LidGroups.assign(static_cast<size_t>(ObjectCount[SUBCATCH]), empty);
+    LidUnits.clear();
+    Lid plain{};
+    plain.type = -1;
+    plain.surfaceVoid = 1.0;
+    Lids.assign(static_cast<size_t>(ObjectCount[LID]), plain);
+    for (Lid& lid : Lids) {
+        if (!createRules(lid, project_pollutantCount())) {
+            ErrorCode = ERR_MEMORY;
+            return;
+        }
+    }
+}
+
+LidGroup* lid_findGroup(int32_t subcatch) {
+    const size_t k = static_cast<size_t>(subcatch);
+    return k < LidGroups.size() && LidGroups[k].firstUnit >= 0 ? &LidGroups[k] : nullptr;
+}
+
+void lid_deleteTables() {
+    LidGroups = {};
+    LidUnits = {};
+    Lids = {};
+}
+
+// --- definitions ---------------------------------------------------------------------------------------------------
+
+/// Reads `count` numbers that must not be negative, from token 2 on.
+static int32_t readNumbers(double* values, int32_t count) {
+    for (int32_t k = 0; k < count; ++k) {
+        if (!input_getNonNegative(Tok[2 + k], &values[k])) {
+            return error_setName(ERR_NUMBER, Tok[2 + k]);
+        }
+    }
+    return ERR_NONE;
+}
+
+static int32_t readSurface(Lid& lid) {
+    double depth, fraction, rest[3];
+    if (!input_getNonNegative(Tok[2], &depth)) {
+        return error_setName(ERR_NUMBER, Tok[2]);
+    }
+    if (!input_getNonNegative(Tok[3], &fraction) || !(fraction < 1.0)) {
+        return error_setName(ERR_NUMBER, Tok[3]);
+    }
+    for (int32_t k = 0; k < 3; ++k) {
+        if (!input_getNonNegative(Tok[4 + k], &rest[k])) {
+            return error_setName(ERR_NUMBER, Tok[4 + k]);
+        }
+    }
+    lid.surfaceDepth = depth / MM_PER_M;
+    lid.surfaceVoid = depth == 0.0 ? 1.0 : 1.0 - fraction;
+    lid.surfaceRoughness = rest[0];
+    lid.surfaceSlope = rest[1] / 100.0;
+    lid.sideSlope = rest[2];
+    return ERR_NONE;
+}
+
+static int32_t readSoil(Lid& lid) {
+    double v[6];
+    if (const int32_t error = readNumbers(v, 6)) {
+        return error;
+    }
+    lid.soilDepth = v[0] / MM_PER_M;
+    lid.porosity = v[1];
+    lid.fieldCapacity = v[2];
+    lid.wiltingPoint = v[3];
+    lid.soilRate = v[4] / MM_PER_HOUR;
+    lid.soilSlope = v[5];
+    return ERR_NONE;
+}
+
+/// Storage and pavement: thickness, void ratio (voids per solids, kept as voids per whole), rate.
+static int32_t readPorousLayer(double& depth, double& voidFraction, double& rate) {
+    double v[3];
+    if (const int32_t error = readNumbers(v, 3)) {
+        return error;
+    }
+    depth = v[0] / MM_PER_M;
+    voidFraction = v[1] / (v[1] + 1.0);
+    rate = v[2] / MM_PER_HOUR;
+    return ERR_NONE;
+}
+
+static int32_t readMat(Lid& lid) {
+    double v[3];
+    if (const int32_t error = readNumbers(v, 3)) {
+        return error;
+    }
+    lid.matDepth = v[0] / MM_PER_M;
+    lid.matVoid = v[1];
+    lid.matRoughness = v[2];
+    return ERR_NONE;
+}
+
+static int32_t readDrain(Lid& lid) {
+    double v[4] = {};
+    if (const int32_t error = readNumbers(v, TokCount > 5 ? 4 : 3)) {
+        return error;
+    }
+    lid.drainCoefficient = v[0];
+    lid.drainExponent = v[1];
+    lid.drainOffset = v[2] / MM_PER_M;
+    lid.drainDelay = v[3] * SECONDS_PER_HOUR;
+    return ERR_NONE;
+}
+
+static int32_t readLayer(Lid& lid, int32_t layer) {
+    static constexpr int32_t TOKENS_NEEDED[] = {7, 8, 5, 5, 5, 5};
+    if (layer == LAYER_DRAINMAT && lid.type != LID_GR) {
+        return ERR_NONE;  // only a roof has a mat, and it must be known as a roof by now; nothing else is looked at
+    }
+    if (TokCount < TOKENS_NEEDED[layer]) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    switch (layer) {
+        case LAYER_SURFACE: return readSurface(lid);
+        case LAYER_SOIL: return readSoil(lid);
+        case LAYER_STORAGE: return readPorousLayer(lid.storageDepth, lid.storageVoid, lid.storageRate);
+        case LAYER_PAVEMENT: return readPorousLayer(lid.pavementDepth, lid.pavementVoid, lid.pavementRate);
+        case LAYER_DRAINMAT: return readMat(lid);
+        default: return readDrain(lid);
+    }
+}
+
+int32_t lid_readLine() {
+    if (TokCount < 2) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const int32_t index = project_findObject(LID, Tok[0]);
+    if (index < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    Lid& lid = Lids[static_cast<size_t>(index)];
+    lid.name = project_findId(LID, Tok[0]);
+    const int32_t type = input_findKeyword(Tok[1], TypeWords);
+    if (type >= 0) {
+        // A later type line changes the type alone: a mat read for a roof stays and still fills the storage at the start.
+        lid.type = type;
+        return ERR_NONE;
+    }
+    const int32_t layer = input_findKeyword(Tok[1], LayerWords);
+    return layer < 0 ? error_setName(ERR_KEYWORD, Tok[1]) : readLayer(lid, layer);
+}
+
+/// The rules of a layer; null for the drain, which holds no water.
+static DecayRule* getRules(const Lid& lid, int32_t layer) {
+    switch (layer) {
+        case LAYER_SURFACE: return lid.surfaceDecay;
+        case LAYER_SOIL: return lid.soilDecay;
+        case LAYER_STORAGE: return lid.storageDecay;
+        case LAYER_PAVEMENT: return lid.pavementDecay;
+        case LAYER_DRAINMAT: return lid.matDecay;
+        default: return nullptr;
+    }
+}
+
+int32_t lid_readDecayLine(int32_t index, int32_t tokenCount) {
+    if (tokenCount < 7) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const int32_t pollutant = project_findObject(POLLUT, Tok[2]);
+    if (pollutant < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    const int32_t kind = input_findKeyword(Tok[3], ReactionWords);
+    if (kind < 0) {
+        return error_setName(ERR_KEYWORD, Tok[3]);
+    }
+    if (kind != FIRST_ORDER) {
+        return error_setName(ERR_DECAY_TYPE, Tok[0]);
+    }
+    // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
+    double perDay;
+    if (!input_getDouble(Tok[4], &perDay) && perDay < 0.0) {
+        return error_setName(ERR_NUMBER, Tok[4]);
+    }
+    int32_t pattern = -1;
+    if (*Tok[5]) {
+        pattern = project_findObject(PATTERN, Tok[5]);
+        if (pattern < 0) {
+            return error_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
+        }
+    }
+    const int32_t layer = input_findKeyword(Tok[6], LayerWords);
+    if (layer < 0) {
+        return error_setName(ERR_KEYWORD, Tok[6]);
+    }
+    if (DecayRule* rules = getRules(Lids[static_cast<size_t>(index)], layer)) {
+        rules[pollutant] = {FIRST_ORDER, perDay / SECONDS_PER_DAY, pattern, 0.0, 1.0};
+    }
+    return ERR_NONE;
+}
+
+// --- units ---------------------------------------------------------------------------------------------------------
+
+/// The twelve arrays of masses and loads, from one piece of memory.
+static bool createUnitArrays(LidUnit& unit) {
+    const int64_t count = project_pollutantCount();
+    double* memory = arena_allocateArray<double>(ProjectArena, 12 * count);
+    if (!memory) {
+        return false;
+    }
+    double** const arrays[] = {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass,
+                               &unit.lastStorageMass, &unit.thisSurfaceMass,  &unit.thisPavementMass,
+                               &unit.thisSoilMass,    &unit.thisStorageMass,  &unit.lastSurfaceLoad,
+                               &unit.thisSurfaceLoad, &unit.lastDrainLoad,    &unit.thisDrainLoad};
+    for (double** array : arrays) {
+        *array = memory;
+        memory += count;
+    }
+    return true;
+}
+
+int32_t lid_addUnit(int32_t subcatch, int32_t lid, double area, double width, double saturation, double share,
+                    int32_t drainNode) {
+    LidUnit unit{};
+    unit.lid = lid;
+    unit.gage = -1;
+    unit.area = area;
+    unit.fullWidth = width;
+    unit.initialSaturation = saturation / 100.0;
+    unit.fromImpervious = share / 100.0;
+    unit.drainNode = drainNode;
+    unit.next = -1;
+    if (!createUnitArrays(unit)) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    const int32_t index = static_cast<int32_t>(LidUnits.size());
+    LidUnits.push_back(unit);
+    LidGroup& group = LidGroups[static_cast<size_t>(subcatch)];
+    if (group.firstUnit < 0) {
+        group.firstUnit = index;
+    } else {
+        LidUnits[static_cast<size_t>(group.lastUnit)].next = index;
+    }
+    group.lastUnit = index;
+    return ERR_NONE;
+}
+
+int32_t lid_readGroupLine() {
+    if (TokCount < 6) {
+        return error_setName(ERR_ITEMS, "");
+    }
+    const int32_t subcatch = project_findObject(SUBCATCH, Tok[0]);
+    if (subcatch < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t lid = project_findObject(LID, Tok[1]);
+    if (lid < 0) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+    }
+    double values[4];
+    for (int32_t k = 0; k < 4; ++k) {
+        const bool isNumber = input_getDouble(Tok[2 + k], &values[k]) != 0;
+        if (!isNumber || !(k == 0 ? values[k] > 0.0 : values[k] >= 0.0)) {
+            return error_setName(ERR_NUMBER, Tok[2 + k]);
+        }
+    }
+    int32_t drainNode = -1;
+    if (TokCount > 6) {
+        drainNode = project_findObject(NODE, Tok[6]);
+        if (drainNode < 0) {
+            return error_setName(ERR_UNDEFINED_OBJECT, Tok[6]);
+        }
+    }
+    return lid_addUnit(subcatch, lid, values[0], values[1], values[2], values[3], drainNode);
+}
+
+// --- validation ----------------------------------------------------------------------------------------------------
+
+/// An invalid parameter: the ID, and a phrase that tells where to look.
+static void writeParameterError(const Lid& lid, const char* phrase) {
+    report_writeError(ERR_LID_PARAMETER, (std::string(lid.name) + phrase).c_str());
+}
+
+static bool hasRequiredLayers(const Lid& lid) {
+    switch (lid.type) {
+        case LID_BC:
+        case LID_RG: return lid.soilDepth > 0.0;
+        case LID_GR: return lid.matDepth > 0.0 && lid.soilDepth > 0.0;
+        case LID_IT: return lid.storageDepth > 0.0;
+        case LID_PP: return lid.pavementDepth > 0.0;
+        default: return true;
+    }
+}
+
+static void checkPavement(const Lid& lid) {
+    const bool isGood = lid.pavementDepth > 0.0 && lid.pavementRate > 0.0 && lid.pavementVoid > 0.0;
+    if (lid.type == LID_PP && (!isGood || lid.pavementVoid > 1.0)) {
+        writeParameterError(lid, " - check pavement layer parameters");
+    }
+}
+
+static void checkSoil(const Lid& lid) {
+    if (lid.soilDepth > 0.0 &&
+        (!(lid.porosity > 0.0) || !(lid.porosity > lid.fieldCapacity) || !(lid.fieldCapacity > lid.wiltingPoint) ||
+         !(lid.soilRate > 0.0) || lid.soilSlope < 0.0)) {
+        writeParameterError(lid, " - check soil layer parameters");
+    }
+}
+
+static void checkStorage(Lid& lid) {
+    if (!(lid.storageDepth > 0.0)) {
+        lid.storageVoid = 1.0;
+        lid.drainOffset = 0.0;
+    } else if (!(lid.storageVoid > 0.0) || lid.storageVoid > 1.0) {
+        writeParameterError(lid, " - check storage layer parameters");
+    }
+}
+
+static void setSurfaceAlpha(Lid& lid) {
+    if (lid.type != LID_VS) {
+        lid.surfaceAlpha =
+            lid.surfaceRoughness > 0.0 ? std::sqrt(lid.surfaceSlope) * (1.0 / lid.surfaceRoughness) : 0.0;
+    } else if (!(lid.surfaceRoughness * lid.surfaceSlope > 0.0) || lid.surfaceDepth == 0.0) {
+        writeParameterError(lid, " - check swale surface parameters");
+    } else {
+        lid.surfaceAlpha = std::sqrt(lid.surfaceSlope) / lid.surfaceRoughness;
+    }
+}
+
+/// The mat of a green roof stands in for its storage. A line for a storage of its own has been tested above and even
+/// moved the drain, and is replaced here.
+static void putMatInStorage(Lid& lid) {
+    lid.storageDepth = lid.matDepth;
+    lid.storageVoid = lid.matVoid;
+    lid.storageRate = 0.0;
+    if (project_pollutantCount() > 0) {
+        // Only the first pollutant follows the mat's rules; the others keep those of the storage, whether they have
+        // any or not. Users have set up their roofs for that.
+        lid.storageDecay[0] = lid.matDecay[0];
+    }
+}
+
+void lid_validateOne(int32_t index) {
+    Lid& lid = Lids[static_cast<size_t>(index)];
+    if (lid.type < 0) {
+        report_writeError(ERR_LID_TYPE, lid.name);
+        return;
+    }
+    if (!hasRequiredLayers(lid)) {
+        report_writeError(ERR_LID_LAYER, lid.name);
+        return;
+    }
+    checkPavement(lid);
+    checkSoil(lid);
+    checkStorage(lid);
+    setSurfaceAlpha(lid);
+    // A mat has no slope of its own: it lies on the roof as the surface does.
+    lid.matAlpha = lid.matRoughness > 0.0 ? std::sqrt(lid.surfaceSlope) * (1.0 / lid.matRoughness) : 0.0;
+    if (lid.type == LID_RB) {
+        lid.storageVoid = 1.0;
+        lid.storageRate = 0.0;
+    }
+    if (lid.type == LID_GR) {
+        putMatInStorage(lid);
+    }
+}
+
+static void validateGroup(Subcatch& subcatch, const LidGroup& group) {
+    double sumArea = 0.0, sumShare = 0.0;
+    for (int32_t k = group.firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+        LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+        const Lid& lid = Lids[static_cast<size_t>(unit.lid)];
+        sumArea += unit.area;
+        sumShare += unit.fromImpervious;
+        if (lid.type == LID_VS && !(unit.fullWidth > 0.0)) {
+            writeParameterError(lid, " - invalid swale width");
+        }
+        if (unit.drainNode == -1) {
+            unit.drainNode = subcatch.outNode;
+        }
+        if (unit.initialSaturation > 1.0) {
+            unit.initialSaturation = 1.0;
+        }
+    }
+    if (sumArea > subcatch.area * 1.001) {
+        report_writeError(ERR_LID_AREA, subcatch.name);
+    }
+    if (sumShare > 1.001) {
+        report_writeError(ERR_LID_CAPTURE_AREA, subcatch.name);
+    }
+    if (sumArea > subcatch.area * 0.999) {
+        sumArea = subcatch.area;
+    }
+    subcatch.lidArea = sumArea;
+}
+
+void lid_validateAll() {
+    for (size_t k = 0; k < Lids.size(); ++k) {
+        lid_validateOne(static_cast<int32_t>(k));
+    }
+    for (size_t k = 0; k < Subcatches.size(); ++k) {
+        if (const LidGroup* group = lid_findGroup(static_cast<int32_t>(k))) {
+            validateGroup(Subcatches[k], *group);
+        }
+    }
+}

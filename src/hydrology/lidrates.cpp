@@ -1,0 +1,518 @@
+// Water in the layers of a LID unit: one rate function per type. A unit is a stack of surface, pavement, soil and storage,
+// each a bucket; the fluxes between them are the potential ones of their laws, cut to what the layer above holds and the
+// layer below can take. The solver calls them with the unit in LidStep. Surface outflow by Manning over a wide berm,
+// percolation by a conductivity that falls exponentially with the moisture deficit, the underdrain as a power of its head.
+
+#include <algorithm>
+#include <cmath>
+
+#include "hydrology/lidunit.h"
+
+static constexpr double MANNING_EXPONENT = 1.6666666666666667;
+static constexpr double HYDRAULIC_RADIUS_EXPONENT = 0.6666666666666666;
+static constexpr double MIN_HEAD = 1e-10;          ///< m
+static constexpr double MM_PER_M = 1000.0;
+static constexpr double MM_PER_HOUR = 3600000.0;   ///< mm/h in one m/s
+static constexpr double MIN_SWALE_WIDTH = 0.5;     ///< m
+
+/// Rate of change of a level from the net flow into its layer. A mat without voids takes nothing.
+static double getLevelRate(double flow, double voidFraction) {
+    return voidFraction == 0.0 ? 0.0 : flow / voidFraction;
+}
+
+static double getNonNegative(double value) {
+    return std::max(0.0, value);
+}
+
+// --- fluxes that several types share -------------------------------------------------------------------------------
+
+/// Evaporation from the top down, each layer with what the ones above left of the potential rate. While water infiltrates
+/// the lower layers don't evaporate.
+static void setEvaporation(double soilAvailable, double pavementAvailable) {
+    LidStepRecord& s = LidStep;
+    s.surfaceEvap = getNonNegative(std::min(s.evap, s.surfaceVolume / s.dt));
+    double rest = getNonNegative(s.evap - s.surfaceEvap);
+    if (s.surfaceInfil > 0.0) {
+        s.pavementEvap = s.soilEvap = s.storageEvap = 0.0;
+        return;
+    }
+    s.pavementEvap = std::min(rest, pavementAvailable / s.dt);
+    rest = getNonNegative(rest - s.pavementEvap);
+    s.soilEvap = std::min(rest, soilAvailable / s.dt);
+    rest = getNonNegative(rest - s.soilEvap);
+    s.storageEvap = std::min(rest, s.storageVolume / s.dt);
+}
+
+double lid_surfaceOutflowRate(double level) {
+    const double head = level - LidStep.lid->surfaceDepth;
+    if (head < 0.0) {
+        return 0.0;
+    }
+    const double flow = std::pow(head, MANNING_EXPONENT) * LidStep.lid->surfaceAlpha * LidStep.unit->fullWidth /
+                        LidStep.unit->area;
+    return std::min(flow, head / LidStep.dt);
+}
+
+static double getSoilPercolation(double moisture) {
+    const Lid& lid = *LidStep.lid;
+    const double rate = moisture > lid.fieldCapacity
+                            ? lid.soilRate * std::exp(-(lid.porosity - moisture) * lid.soilSlope)
+                            : 0.0;
+    const double limit =
+        getNonNegative((moisture - lid.fieldCapacity) * lid.soilDepth) / LidStep.dt - LidStep.soilEvap;
+    return getNonNegative(std::min(rate, limit));
+}
+
+/// Head on the drain above the floor of the storage: each layer adds to it once the one below is full. With soil and
+/// pavement both there the surface never presses on the drain, nor does that of a trench, which has neither.
+static double getDrainHead(double level, double moisture, double pavement, double surface) {
+    const Lid& lid = *LidStep.lid;
+    double head = level;
+    if (level < lid.storageDepth) {
+        return head;
+    }
+    if (lid.soilDepth > 0.0) {
+        if (!(moisture > lid.fieldCapacity)) {
+            return head;
+        }
+        head += (moisture - lid.fieldCapacity) / (lid.porosity - lid.fieldCapacity) * lid.soilDepth;
+        if (moisture < lid.porosity) {
+            return head;
+        }
+        if (lid.pavementDepth > 0.0) {
+            return head + pavement;
+        }
+    } else {
+        if (!(lid.pavementDepth > 0.0)) {
+            return head;
+        }
+        head += pavement;
+        if (pavement < lid.pavementDepth) {
+            return head;
+        }
+    }
+    return head + surface;
+}
+
+double lid_drainRate(double level, double moisture, double pavement, double surface) {
+    const Lid& lid = *LidStep.lid;
+    const double head = getDrainHead(level, moisture, pavement, surface) - lid.drainOffset;
+    if (!(head > MIN_HEAD)) {
+        return 0.0;
+    }
+    return std::pow(head * MM_PER_M, lid.drainExponent) * lid.drainCoefficient / MM_PER_HOUR;
+}
+
+/// Cuts a drain flow to the water above the drain, behind seepage and evaporation; what arrives counts in a full storage.
+static void limitDrain(double level, double arriving, double exfil, double& drain) {
+    const Lid& lid = *LidStep.lid;
+    double available = -exfil - LidStep.storageEvap;
+    if (!(level < lid.storageDepth)) {
+        available += arriving;
+    }
+    if (!(level < lid.drainOffset)) {
+        available += (level - lid.drainOffset) * lid.storageVoid / LidStep.dt;
+    }
+    drain = std::min(drain, getNonNegative(available));
+}
+
+static void limitInfiltration(double limit) {
+    LidStep.surfaceInfil = std::min(LidStep.surfaceInfil, limit);
+}
+
+/// Free room in the soil, as a rate over the step.
+static double getSoilRoom(double moisture) {
+    return (LidStep.lid->porosity - moisture) * LidStep.lid->soilDepth / LidStep.dt;
+}
+
+/// Free room in the storage, likewise.
+static double getStorageRoom(double level) {
+    return (LidStep.lid->storageDepth - level) * LidStep.lid->storageVoid / LidStep.dt;
+}
+
+static double getSurfaceBalance() {
+    return LidStep.inflow - LidStep.surfaceEvap - LidStep.surfaceInfil - LidStep.surfaceOutflow;
+}
+
+/// The last lines of all types with a ponding surface but the pavement.
+static void setSurface(const double* state, double* rates) {
+    LidStep.surfaceOutflow = lid_surfaceOutflowRate(state[STATE_SURFACE]);
+    rates[STATE_SURFACE] = getLevelRate(getSurfaceBalance(), LidStep.lid->surfaceVoid);
+}
+
+static bool isFull(const double* state) {
+    return !(state[STATE_SOIL] < LidStep.lid->porosity) && !(state[STATE_STORAGE] < LidStep.lid->storageDepth);
+}
+
+/// Volumes and evaporation of surface, soil and storage. A saturated soil shuts the storage off from the air.
+static void setSoilColumn(const double* state) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
+    s.soilVolume = state[STATE_SOIL] * lid.soilDepth;
+    s.storageVolume = state[STATE_STORAGE] * lid.storageVoid;
+    setEvaporation(s.soilVolume - lid.soilDepth * lid.wiltingPoint, 0.0);
+    if (!(state[STATE_SOIL] < lid.porosity)) {
+        s.storageEvap = 0.0;
+    }
+}
+
+// --- bio-retention cell and rain garden ----------------------------------------------------------------------------
+
+/// Without a storage the soil drains straight into the ground, as fast as that takes it.
+static void skipStorage(double moisture) {
+    LidStepRecord& s = LidStep;
+    s.storageEvap = 0.0;
+    s.soilPerc = std::min(s.soilPerc, s.storageExfil);
+    s.storageExfil = s.soilPerc;
+    limitInfiltration(getSoilRoom(moisture) + s.soilPerc + s.soilEvap);
+}
+
+static void limitBioCell(double moisture, double level) {
+    LidStepRecord& s = LidStep;
+    s.storageExfil =
+        getNonNegative(std::min(s.storageExfil, s.storageVolume / s.dt + s.soilPerc - s.storageEvap));
+    if (s.storageDrain > 0.0) {
+        limitDrain(level, s.soilPerc, s.storageExfil, s.storageDrain);
+    }
+    s.soilPerc =
+        std::min(s.soilPerc, getStorageRoom(level) + s.storageDrain + s.storageExfil + s.storageEvap);
+    limitInfiltration(getSoilRoom(moisture) + s.soilPerc + s.soilEvap);
+}
+
+/// Full layers pass on what the slowest of them lets through; seepage goes before the drain.
+static void limitFullBioCell() {
+    LidStepRecord& s = LidStep;
+    double through = s.storageDrain + s.storageExfil;
+    if (s.soilPerc < through) {
+        through = s.soilPerc;
+        if (!(s.soilPerc > s.storageExfil)) {
+            s.storageDrain = 0.0;
+            s.storageExfil = s.soilPerc;
+        } else {
+            s.storageDrain = s.soilPerc - s.storageExfil;
+        }
+    }
+    s.soilPerc = through;
+    limitInfiltration(through);
+}
+
+void lid_ratesBioCell(const double* state, double* rates) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    const double moisture = state[STATE_SOIL];
+    const double level = state[STATE_STORAGE];
+    setSoilColumn(state);
+    s.soilPerc = getSoilPercolation(moisture);
+    s.storageExfil = lid.storageRate;
+    s.storageDrain =
+        lid.drainCoefficient > 0.0 ? lid_drainRate(level, moisture, 0.0, state[STATE_SURFACE]) : 0.0;
+    if (lid.storageDepth == 0.0) {
+        skipStorage(moisture);
+    }
+    if (isFull(state)) {
+        limitFullBioCell();
+    } else {
+        limitBioCell(moisture, level);
+    }
+    rates[STATE_SOIL] = (s.surfaceInfil - s.soilEvap - s.soilPerc) / lid.soilDepth;
+    rates[STATE_STORAGE] =
+        lid.storageDepth == 0.0
+            ? 0.0
+            : getLevelRate(s.soilPerc - s.storageEvap - s.storageExfil - s.storageDrain, lid.storageVoid);
+    rates[STATE_PAVEMENT] = 0.0;
+    setSurface(state, rates);
+}
+
+// --- green roof ----------------------------------------------------------------------------------------------------
+
+/// Flow off the mat: Manning over its depth, or all that the soil gives where the mat has no roughness.
+static double getMatFlow(double level) {
+    const Lid& lid = *LidStep.lid;
+    if (!(lid.matAlpha > 0.0)) {
+        return LidStep.soilPerc;
+    }
+    return std::pow(level, MANNING_EXPONENT) * lid.matAlpha * LidStep.unit->fullWidth / LidStep.unit->area *
+           lid.matVoid;
+}
+
+void lid_ratesGreenRoof(const double* state, double* rates) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    const double moisture = state[STATE_SOIL];
+    const double level = state[STATE_STORAGE];
+    setSoilColumn(state);
+    s.soilPerc = getSoilPercolation(moisture);
+    s.storageExfil = 0.0;
+    double drain = getMatFlow(level);
+    if (!isFull(state)) {
+        double available = s.storageVolume / s.dt - s.storageEvap;
+        if (!(level < lid.storageDepth)) {
+            available += s.soilPerc;
+        }
+        drain = std::min(drain, getNonNegative(available));
+        s.soilPerc = std::min(s.soilPerc, getStorageRoom(level) + drain + s.storageEvap);
+        limitInfiltration(getSoilRoom(moisture) + s.soilPerc + s.soilEvap);
+    } else {
+        s.soilPerc = std::min(s.soilPerc, drain);
+        drain = s.soilPerc;
+        limitInfiltration(s.soilPerc);
+    }
+    s.storageDrain = drain;
+    rates[STATE_SOIL] = (s.surfaceInfil - s.soilEvap - s.soilPerc) / lid.soilDepth;
+    rates[STATE_STORAGE] = getLevelRate(s.soilPerc - s.storageEvap - drain, lid.storageVoid);
+    rates[STATE_PAVEMENT] = 0.0;
+    setSurface(state, rates);
+}
+
+// --- infiltration trench -------------------------------------------------------------------------------------------
+
+void lid_ratesTrench(const double* state, double* rates) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    const double level = state[STATE_STORAGE];
+    s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
+    s.storageVolume = level * lid.storageVoid;
+    setEvaporation(0.0, 0.0);
+    if (state[STATE_SURFACE] > 0.0) {
+        s.storageEvap = 0.0;
+    }
+    const double arriving = s.surfaceVolume / s.dt + s.inflow;
+    s.storageExfil = lid.storageRate;
+    s.storageDrain = lid.drainCoefficient > 0.0 ? lid_drainRate(level, 0.0, 0.0, state[STATE_SURFACE]) : 0.0;
+    s.storageExfil =
+        getNonNegative(std::min(s.storageExfil, arriving - s.storageEvap + s.storageVolume / s.dt));
+    if (s.storageDrain > 0.0) {
+        limitDrain(level, arriving, s.storageExfil, s.storageDrain);
+    }
+    s.storageInflow =
+        std::min(arriving, getStorageRoom(level) + s.storageExfil + s.storageEvap + s.storageDrain);
+    s.surfaceInfil = s.storageInflow;
+    rates[STATE_SOIL] = 0.0;
+    rates[STATE_STORAGE] =
+        getLevelRate(s.storageInflow - s.storageEvap - s.storageExfil - s.storageDrain, lid.storageVoid);
+    rates[STATE_PAVEMENT] = 0.0;
+    setSurface(state, rates);
+}
+
+// --- permeable pavement --------------------------------------------------------------------------------------------
+
+/// Fluxes of a pavement while its layers limit one another.
+struct PavementFlow {
+    double exfil;     ///< m/s
+    double drain;     ///< m/s
+    double soilPerc;  ///< m/s, of a stack without soil that of the pavement
+    double perc;      ///< m/s, out of the pavement
+};
+
+/// All layers above the ground full, without soil: the pavement passes what storage and evaporation let go.
+static void limitFullStack(PavementFlow& f) {
+    double through = f.drain + LidStep.storageEvap + f.exfil;
+    if (!(f.perc > through)) {
+        f.exfil = std::min(f.exfil, f.perc);
+        f.drain = f.perc - f.exfil;
+        through = f.perc;
+    } else {
+        f.perc = through;
+    }
+    f.soilPerc = through;
+    limitInfiltration(through);
+}
+
+/// The same with a soil in between.
+static void limitFullSoilStack(PavementFlow& f) {
+    const double outflow = f.drain + f.exfil;
+    double through = outflow;
+    if (outflow > f.soilPerc) {
+        through = f.soilPerc;
+    } else if (!(f.perc > outflow)) {
+        through = f.perc;
+    }
+    if (!(through > f.exfil)) {
+        f.exfil = through;
+        f.drain = 0.0;
+    } else {
+        f.drain = through - f.exfil;
+    }
+    f.perc = f.soilPerc = through;
+    limitInfiltration(through);
+}
+
+/// Soil and storage full below a pavement that is not.
+static void limitFullBase(PavementFlow& f) {
+    const double outflow = f.drain + f.exfil;
+    if (!(f.soilPerc > outflow)) {
+        f.exfil = std::min(f.exfil, f.soilPerc);
+        f.drain = f.soilPerc - f.exfil;
+    } else {
+        f.soilPerc = outflow;
+    }
+}
+
+/// Pavement and soil full above a storage that is not.
+static void limitFullTop(PavementFlow& f) {
+    const double through = f.soilPerc < f.perc ? f.soilPerc : f.perc;
+    f.perc = f.soilPerc = through;
+    limitInfiltration(through);
+}
+
+/// Any other state: each layer is limited by what is below it, from the bottom upward.
+static void limitFromBelow(const double* state, PavementFlow& f) {
+    const LidStepRecord& s = LidStep;
+    const double level = state[STATE_STORAGE];
+    f.exfil = std::min(f.exfil, getNonNegative(f.soilPerc - s.storageEvap + s.storageVolume / s.dt));
+    if (f.drain > 0.0) {
+        limitDrain(level, f.soilPerc, f.exfil, f.drain);
+    }
+    double room = getNonNegative(getStorageRoom(level) + s.storageEvap + f.drain + f.exfil);
+    if (s.lid->soilDepth > 0.0) {
+        f.soilPerc = std::min(f.soilPerc, room);
+        room = getSoilRoom(state[STATE_SOIL]) + f.soilPerc;
+    }
+    f.perc = std::min(f.perc, room);
+}
+
+/// What the pavement itself has room for.
+static void limitByPavement(double level, const PavementFlow& f) {
+    const Lid& lid = *LidStep.lid;
+    limitInfiltration((lid.pavementDepth - level) * lid.pavementVoid / LidStep.dt + f.perc + LidStep.pavementEvap);
+}
+
+static void limitPavement(const double* state, PavementFlow& f) {
+    const Lid& lid = *LidStep.lid;
+    const bool hasSoil = lid.soilDepth > 0.0;
+    const bool isStorageFull = !(state[STATE_STORAGE] < lid.storageDepth);
+    const bool isPavementFull = !(state[STATE_PAVEMENT] < lid.pavementDepth);
+    const bool isSoilFull = !(state[STATE_SOIL] < lid.porosity);
+    if (!hasSoil && isStorageFull && isPavementFull) {
+        limitFullStack(f);
+    } else if (hasSoil && isStorageFull && isPavementFull && isSoilFull) {
+        limitFullSoilStack(f);
+    } else if (hasSoil && isStorageFull && isSoilFull) {
+        limitFullBase(f);
+        limitByPavement(state[STATE_PAVEMENT], f);
+    } else if (hasSoil && isPavementFull && isSoilFull) {
+        limitFullTop(f);
+    } else {
+        limitFromBelow(state, f);
+        limitByPavement(state[STATE_PAVEMENT], f);
+    }
+}
+
+static void setPavementColumn(const double* state) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
+    s.pavementVolume = state[STATE_PAVEMENT] * lid.pavementVoid;
+    s.soilVolume = state[STATE_SOIL] * lid.soilDepth;
+    s.storageVolume = state[STATE_STORAGE] * lid.storageVoid;
+    setEvaporation(s.soilVolume - lid.soilDepth * lid.wiltingPoint, s.pavementVolume);
+    const bool isSoilFull = lid.soilDepth > 0.0 && !(state[STATE_SOIL] < lid.porosity);
+    if (!(state[STATE_PAVEMENT] < lid.pavementDepth) || isSoilFull) {
+        s.storageEvap = 0.0;
+    }
+}
+
+static void setPavementRates(const double* state, const PavementFlow& f, double* rates) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    s.surfaceOutflow = lid_surfaceOutflowRate(state[STATE_SURFACE]);
+    // Not over the void of the surface, as all other types have it: a pavement's surface has been meant to be bare.
+    rates[STATE_SURFACE] = getSurfaceBalance();
+    rates[STATE_PAVEMENT] = getLevelRate(s.surfaceInfil - s.pavementEvap - f.perc, lid.pavementVoid);
+    if (lid.soilDepth > 0.0) {
+        s.soilPerc = f.soilPerc;
+        rates[STATE_SOIL] = (f.perc - s.soilEvap - f.soilPerc) / lid.soilDepth;
+        rates[STATE_STORAGE] = getLevelRate(f.soilPerc - s.storageEvap - f.exfil - f.drain, lid.storageVoid);
+    } else {
+        s.soilPerc = 0.0;
+        rates[STATE_SOIL] = 0.0;
+        rates[STATE_STORAGE] = getLevelRate(f.perc - s.storageEvap - f.exfil - f.drain, lid.storageVoid);
+    }
+}
+
+void lid_ratesPavement(const double* state, double* rates) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    // The surface has no infiltration yet at this moment, so the lower layers evaporate even while water comes in.
+    setPavementColumn(state);
+    s.surfaceInfil = std::min(lid.pavementRate, s.surfaceVolume / s.dt + s.inflow);
+    PavementFlow f;
+    f.perc =
+        std::min(lid.pavementRate, getNonNegative(s.pavementVolume / s.dt + s.surfaceInfil - s.pavementEvap));
+    f.soilPerc = lid.soilDepth > 0.0 ? getSoilPercolation(state[STATE_SOIL]) : f.perc;
+    f.exfil = lid.storageRate;
+    f.drain = lid.drainCoefficient > 0.0 ? lid_drainRate(state[STATE_STORAGE], state[STATE_SOIL],
+                                                         state[STATE_PAVEMENT], state[STATE_SURFACE])
+                                         : 0.0;
+    limitPavement(state, f);
+    s.storageExfil = f.exfil;
+    s.storageDrain = f.drain;
+    s.pavementPerc = f.perc;
+    setPavementRates(state, f, rates);
+}
+
+// --- rain barrel ---------------------------------------------------------------------------------------------------
+
+void lid_ratesBarrel(const double* state, double* rates) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    const double level = state[STATE_STORAGE];
+    s.storageVolume = level;
+    s.storageDrain = 0.0;
+    if (lid.drainDelay == 0.0 || !(s.unit->dryTime < lid.drainDelay)) {
+        if (level > lid.drainOffset) {
+            s.storageDrain = std::min(lid_drainRate(level, 0.0, 0.0, 0.0), (level - lid.drainOffset) / s.dt);
+        }
+    }
+    s.storageInflow = std::min(s.inflow, (lid.storageDepth - level) / s.dt + s.storageDrain);
+    s.surfaceInfil = s.storageInflow;
+    s.surfaceOutflow = s.inflow - s.storageInflow;
+    // What spills also raises a level that nobody reads; results have always shown it as the surface of a barrel.
+    rates[STATE_SURFACE] = s.surfaceOutflow;
+    rates[STATE_SOIL] = 0.0;
+    rates[STATE_STORAGE] = s.storageInflow - s.storageDrain;
+    rates[STATE_PAVEMENT] = 0.0;
+}
+
+// --- vegetative swale ----------------------------------------------------------------------------------------------
+
+void lid_ratesSwale(const double* state, double* rates) {
+    LidStepRecord& s = LidStep;
+    const Lid& lid = *s.lid;
+    const double area = s.unit->area;
+    const double full = lid.surfaceDepth;
+    const double depth = std::min(state[STATE_SURFACE], full);
+    const double width = std::max(s.unit->fullWidth, MIN_SWALE_WIDTH);
+    double slope = lid.sideSlope;
+    double bottom = width - 2.0 * slope * full;
+    if (bottom < MIN_SWALE_WIDTH) {
+        bottom = MIN_SWALE_WIDTH;
+        slope = (width - MIN_SWALE_WIDTH) * 0.5 / full;
+    }
+    const double section = (slope * depth + bottom) * depth * lid.surfaceVoid;  // m2
+    const double surfaceArea = (2.0 * slope * depth + bottom) * (area / width);
+    const double volume = section * (area / width);
+
+    const double in = s.inflow * area;  // m3/s, as the four below
+    const double evap = std::min(s.evap * surfaceArea, volume / s.dt);
+    const double infil = s.surfaceInfil * surfaceArea;
+    double out = 0.0;
+    if (depth > MIN_HEAD && section >= MIN_HEAD) {
+        const double radius = section / (std::sqrt(slope * slope + 1.0) * 2.0 * depth + bottom);
+        out = std::pow(radius, HYDRAULIC_RADIUS_EXPONENT) * section * lid.surfaceAlpha;
+    }
+    double net = in - evap - infil - out;
+    if (depth == full && net > 0.0) {
+        out += net;
+        net = 0.0;
+    }
+    s.surfaceEvap = evap / area;
+    s.storageExfil = infil / area;
+    s.surfaceOutflow = out / area;
+    s.surfaceVolume = volume / area;
+    rates[STATE_SURFACE] = getLevelRate(net / surfaceArea, lid.surfaceVoid);
+    rates[STATE_SOIL] = 0.0;
+    rates[STATE_STORAGE] = 0.0;
+    rates[STATE_PAVEMENT] = 0.0;
+}

@@ -1,0 +1,20 @@
+#pragma once
+// The results database: one SQLite file beside the project file, one transaction per run.
+
+#include <cstdint>
+
+struct sqlite3;
+
+extern sqlite3* DbHandle;  ///< null while none is open
+
+/// Opens the database and makes its tables anew. Without a database the functions below do nothing.
+void database_open();
+
+/// Inserts a row; `name` is that of the object, empty for the system.
+void database_writeRow(int32_t table, const char* name, int32_t period, const float* row, int32_t length);
+
+/// Completes the transaction and closes the database, or takes all back and deletes the file.
+void database_close(bool isKept);
+
+/// Closes the database; what the run has written is taken back.
+void database_abandon();

@@ -1,0 +1,145 @@
+// Rows of results. A quantity that is kept in an old and a new state is interpolated linearly between them; the factor
+// is never limited, so a report time outside the last step extrapolates. Values are single precision: a row is for
+// plotting and comparing, balances are kept elsewhere.
+
+#include "results/rows.h"
+
+#include "hydrology/lidmono.h"
+#include "hydrology/subcatch.h"
+#include "routing/conduit.h"
+#include "routing/connection.h"
+#include "routing/node.h"
+#include "routing/orifice.h"
+#include "routing/pipe.h"
+#include "routing/pump.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
+#include "routing/weir.h"
+
+// "Outfow" is how the column is called; readers of the database ask for it by this name.
+const RowTable RowTables[RESULT_TABLE_COUNT] = {
+    {"System", "Rainfall,Evap,Infil,Runoff,TotInflow,DirInflow,DWF,Flood,SWMMIn,Outflow,SWMMOut,Storage", SYSTEM_LENGTH,
+     0, -1, -1},
+    {"Subcatchment", "Rainfall,Evap,Infil,Runoff", 4, 1, SUBCATCH, -1},
+    {"Junction", "TotInflow,LatInflow", 2, 1, NODE, JUNCTION},
+    {"Tank", "Depth,Vol,TotInflow,LatInflow,Flood", 5, 1, NODE, TANK},
+    {"Outfall", "TotInflow,LatInflow", 2, 1, NODE, OUTFALL},
+    {"Splitter", "TotInflow,LatInflow,Outflow1,Outflow2", 4, 1, NODE, SPLITTER},
+    {"Reactor", "Vol,TotInflow,LatInflow,Outflow,Surpass,Evap,Infil,Empty", 8, 1, NODE, REACTOR},
+    {"LID_Mono",
+     "TotInflow,LatInflow,Rainfall,Evap,Surflow,Exfil,Drain,SurDepth,SoilMoist,StorDepth,PaveDepth", 11, 4, NODE,
+     LID_MONO},
+    {"Pipe", "Vol,Inflow,Outfow,Flood", 4, 1, LINK, PIPE},
+    {"Pump", "Flow", 1, 1, LINK, PUMP},
+    {"Connection", "Inflow,Outflow", 2, 1, LINK, CONNECTION},
+    {"Conduit", "Depth,Vol,Velocity,Inflow,Outflow,Flood", 6, 1, LINK, CONDUIT},
+    {"Weir", "Flow", 1, 1, LINK, WEIR},
+    {"Orifice", "Flow", 1, 1, LINK, ORIFICE},
+};
+
+// --- tables --------------------------------------------------------------------------------------------------------
+
+int32_t rows_getLength(int32_t table) {
+    return RowTables[table].columnCount + RowTables[table].qualityBlocks * project_pollutantCount();
+}
+
+int32_t rows_getObjectCount(int32_t table) {
+    const RowTable& t = RowTables[table];
+    switch (t.objectType) {
+        case SUBCATCH: return ObjectCount[SUBCATCH];
+        case NODE: return NodeKindCount[t.kind];
+        case LINK: return LinkKindCount[t.kind];
+        default: return 0;
+    }
+}
+
+const char* rows_getName(int32_t table, int32_t object) {
+    const size_t index = static_cast<size_t>(object);
+    const char* name = nullptr;
+    switch (RowTables[table].objectType) {
+        case SUBCATCH: name = Subcatches[index].name; break;
+        case NODE: name = Nodes[index].id; break;
+        case LINK: name = Links[index].id; break;
+        default: break;
+    }
+    return name ? name : "";
+}
+
+void rows_fill(int32_t table, int32_t object, double f, float* row) {
+    switch (RowTables[table].objectType) {
+        case SUBCATCH: subcatch_getResults(object, f, row); break;
+        case NODE: node_getResults(object, f, row); break;
+        case LINK: link_getResults(object, f, row); break;
+        default: break;
+    }
+}
+
+// --- nodes and links -----------------------------------------------------------------------------------------------
+
+static float mix(double f, double older, double newer) {
+    return static_cast<float>((1.0 - f) * older + f * newer);
+}
+
+static void fillQuality(double f, const double* older, const double* newer, float* row) {
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        row[p] = mix(f, older[p], newer[p]);
+    }
+}
+
+static void fillInflows(const Node& node, double f, float* row) {
+    row[0] = mix(f, node.oldInflow, node.newInflow);
+    row[1] = mix(f, node.oldLatFlow, node.newLatFlow);
+}
+
+static void fillSplitter(const Node& node, double f, float* row) {
+    const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
+    fillInflows(node, f, row);
+    row[2] = mix(f, splitter.oldFlow, splitter.newFlow);
+    row[3] = row[0] - row[2];  // of the rounded values, so that the row adds up as it stands
+    fillQuality(f, node.oldQual, node.newQual, row + 4);
+}
+
+void node_getResults(int32_t index, double f, float* row) {
+    const Node& node = Nodes[static_cast<size_t>(index)];
+    switch (node.kind) {
+        case JUNCTION:
+        case OUTFALL:
+            fillInflows(node, f, row);
+            fillQuality(f, node.oldQual, node.newQual, row + 2);
+            break;
+        case SPLITTER: fillSplitter(node, f, row); break;
+        case TANK: tank_getResults(index, f, row); break;
+        case REACTOR: reactor_getResults(index, f, row); break;
+        case LID_MONO: lidmono_getResults(index, f, row); break;
+        default: break;
+    }
+}
+
+static void fillPipe(const Link& link, double f, float* row) {
+    const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+    row[0] = static_cast<float>(pipe_getVolume(pipe));
+    row[1] = mix(f, pipe.oldInflow, pipe.newInflow);
+    row[2] = mix(f, link.oldFlow, link.newFlow);
+    row[3] = mix(f, pipe.oldFlood, pipe.newFlood);
+    fillQuality(f, link.oldQual, link.newQual, row + 4);
+}
+
+static void fillConnection(const Link& link, double f, float* row) {
+    const Connection& connection = Connections[static_cast<size_t>(link.kindIndex)];
+    row[0] = mix(f, connection.oldInflow, connection.newInflow);
+    row[1] = mix(f, link.oldFlow, link.newFlow);
+    fillQuality(f, link.oldQual, link.newQual, row + 2);
+}
+
+void link_getResults(int32_t index, double f, float* row) {
+    const Link& link = Links[static_cast<size_t>(index)];
+    switch (link.kind) {
+        case PIPE: fillPipe(link, f, row); break;
+        case CONNECTION: fillConnection(link, f, row); break;
+        case PUMP: pump_getResults(index, f, row); break;
+        case WEIR: weir_getResults(index, f, row); break;
+        case ORIFICE: orifice_getResults(index, f, row); break;
+        case CONDUIT: conduit_getResults(index, f, row); break;
+        default: break;
+    }
+}

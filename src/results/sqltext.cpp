@@ -1,0 +1,175 @@
+// Texts of SQL. Names of objects stand in the statements of the results database as the project file has them, without
+// any escape. That makes odd names fail, which is known and kept, but it must never make them act: the functions here
+// tell what SQLite would take a text for, by its own rules for words, literals and comments.
+
+#include "results/sqltext.h"
+
+#include <bit>
+#include <cstdio>
+#include <cstring>
+
+// --- numbers -------------------------------------------------------------------------------------------------------
+
+static constexpr int32_t MANTISSA_BITS = 23;
+static constexpr uint64_t DECIMALS = 1000000;
+
+/// Adds an integer count of millionths as a decimal number.
+static void appendMillionths(std::string& text, bool isNegative, uint64_t millionths) {
+    char digits[32];
+    char* at = digits + sizeof digits;
+    for (int32_t k = 0; k < 6; ++k) {
+        *--at = static_cast<char>('0' + millionths % 10);
+        millionths /= 10;
+    }
+    *--at = '.';
+    do {
+        *--at = static_cast<char>('0' + millionths % 10);
+        millionths /= 10;
+    } while (millionths > 0);
+    if (isNegative) {
+        *--at = '-';
+    }
+    text.append(at, static_cast<size_t>(digits + sizeof digits - at));
+}
+
+void sql_appendNumber(std::string& text, float value) {
+    const uint32_t bits = std::bit_cast<uint32_t>(value);
+    const bool isNegative = (bits >> 31) != 0;
+    const int32_t exponent = static_cast<int32_t>((bits >> MANTISSA_BITS) & 0xFF);
+    const uint32_t fraction = bits & ((1u << MANTISSA_BITS) - 1);
+    // A single is mantissa x 2^shift with 24 bits of mantissa, so its millionths fit into 44 bits before the shift.
+    const uint64_t mantissa = exponent > 0 ? fraction | (1u << MANTISSA_BITS) : fraction;
+    const int32_t shift = (exponent > 0 ? exponent : 1) - 127 - MANTISSA_BITS;
+    if (exponent == 0xFF || shift > 16) {
+        char number[64];
+        std::snprintf(number, sizeof number, "%f", static_cast<double>(value));
+        text += number;
+        return;
+    }
+    const uint64_t scaled = mantissa * DECIMALS;
+    if (shift >= 0) {
+        appendMillionths(text, isNegative, scaled << shift);
+        return;
+    }
+    const int32_t cut = -shift;
+    if (cut > 45) {
+        appendMillionths(text, isNegative, 0);  // below half of a millionth
+        return;
+    }
+    const uint64_t rest = scaled & ((uint64_t{1} << cut) - 1);
+    const uint64_t half = uint64_t{1} << (cut - 1);
+    uint64_t millionths = scaled >> cut;
+    if (rest > half || (rest == half && (millionths & 1) != 0)) {
+        ++millionths;
+    }
+    appendMillionths(text, isNegative, millionths);
+}
+
+// --- names ---------------------------------------------------------------------------------------------------------
+
+bool sql_isLiteral(const char* name) {
+    for (const char* at = std::strchr(name, '\''); at; at = std::strchr(at, '\'')) {
+        if (at[1] != '\'') {
+            return false;
+        }
+        at += 2;
+    }
+    return true;
+}
+
+bool sql_isColumn(const char* name) {
+    return !std::strpbrk(name, "'\"`()[]{},") && !std::strstr(name, "/*") && !std::strstr(name, "*/") &&
+           !std::strstr(name, "--");
+}
+
+// --- statements ----------------------------------------------------------------------------------------------------
+
+/// Whether SQLite takes a byte as part of a word.
+static bool isWordByte(unsigned char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
+           c >= 0x80;
+}
+
+static bool isSpace(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// End of a text between marks; a doubled mark inside stands for itself.
+static const char* skipQuoted(const char* at) {
+    const char mark = *at++;
+    while (*at) {
+        if (*at++ == mark) {
+            if (*at != mark) {
+                return at;
+            }
+            ++at;
+        }
+    }
+    return at;
+}
+
+/// End of a variable such as "$name::part(suffix)", whose suffix may hold anything but blanks.
+static const char* skipVariable(const char* at) {
+    bool hasName = false;
+    for (++at; *at; ++at) {
+        if (isWordByte(static_cast<unsigned char>(*at))) {
+            hasName = true;
+        } else if (*at == '(' && hasName) {
+            do {
+                ++at;
+            } while (*at && !isSpace(*at) && *at != ')');
+            return *at == ')' ? at + 1 : at;
+        } else if (*at == ':' && at[1] == ':') {
+            ++at;
+        } else {
+            break;
+        }
+    }
+    return at;
+}
+
+/// End of what begins with two marks of a comment and goes on to `end`, or to the end of the text.
+static const char* skipComment(const char* at, const char* end) {
+    const char* found = std::strstr(at + 2, end);
+    return found ? found + std::strlen(end) : at + std::strlen(at);
+}
+
+static const char* skipWord(const char* at) {
+    while (isWordByte(static_cast<unsigned char>(*at))) {
+        ++at;
+    }
+    return at;
+}
+
+/// End of the token that begins here.
+static const char* skipToken(const char* at) {
+    switch (*at) {
+        case '\'':
+        case '"':
+        case '`': return skipQuoted(at);
+        case '[': {
+            const char* end = std::strchr(at, ']');
+            return end ? end + 1 : at + std::strlen(at);
+        }
+        case '$':
+        case '@':
+        case '#':
+        case ':': return skipVariable(at);
+        case '-': return at[1] == '-' ? skipComment(at, "\n") : at + 1;
+        case '/': return at[1] == '*' && at[2] ? skipComment(at, "*/") : at + 1;
+        default: break;
+    }
+    static constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";  // a blank, where a token begins
+    if (std::strncmp(at, BYTE_ORDER_MARK, 3) == 0) {
+        return at + 3;
+    }
+    return isWordByte(static_cast<unsigned char>(*at)) ? skipWord(at) : at + 1;
+}
+
+int32_t sql_countEnds(const char* text) {
+    int32_t count = 0;
+    for (const char* at = text; *at; at = skipToken(at)) {
+        count += *at == ';' ? 1 : 0;
+    }
+    return count;
+}

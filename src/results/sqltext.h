@@ -1,0 +1,18 @@
+#pragma once
+// Texts of SQL: numbers as they are written there, and what a name may do to the statement that it stands in.
+
+#include <cstdint>
+#include <string>
+
+/// Adds a value with six decimals, exactly as printf's %f would.
+void sql_appendNumber(std::string& text, float value);
+
+/// Whether a name between two apostrophes is one whole literal: each apostrophe in it belongs to an adjacent pair.
+bool sql_isLiteral(const char* name);
+
+/// Whether a name can be nothing but a word, or several, in the list of columns of a table: it opens no literal, no
+/// bracket, no comment and no further column.
+bool sql_isColumn(const char* name);
+
+/// How many semicolons end a statement in a text, those in literals, quoted names, variables and comments left out.
+int32_t sql_countEnds(const char* text);

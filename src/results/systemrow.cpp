@@ -1,0 +1,183 @@
+// The row of the whole system: rain and losses over the land, what enters and leaves the network, and what it stores.
+// Each object's share is rounded to single and added in single, in the order of the tables.
+
+#include <algorithm>
+
+#include "coupling/swmm.h"
+#include "hydrology/gage.h"
+#include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
+#include "hydrology/subcatch.h"
+#include "input/table.h"
+#include "results/rows.h"
+#include "routing/conduit.h"
+#include "routing/pipe.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
+
+namespace {
+
+enum SystemColumn : int32_t {
+    RAINFALL,
+    EVAPORATION,
+    INFILTRATION,
+    RUNOFF,
+    TOTAL_INFLOW,
+    DIRECT_INFLOW,
+    DRY_WEATHER_FLOW,
+    FLOOD,
+    SWMM_INFLOW,
+    OUTFLOW,
+    SWMM_OUTFLOW,
+    STORAGE
+};
+
+void add(float& sum, double value) {
+    sum += static_cast<float>(value);
+}
+
+double mix(double f, double older, double newer) {
+    return (1.0 - f) * older + f * newer;
+}
+
+// --- land ----------------------------------------------------------------------------------------------------------
+
+/// Mean of a rate over the land, from its sum weighted with the areas.
+float getMean(float sum, float area, double unit) {
+    return static_cast<float>(static_cast<double>(sum) / static_cast<double>(area) * unit);
+}
+
+void fillLand(double f, float* row) {
+    float area = 0.0f, rain = 0.0f, evap = 0.0f, infil = 0.0f, runoff = 0.0f;
+    for (const Subcatch& s : Subcatches) {
+        add(area, s.area);
+        if (s.gage >= 0) {
+            add(rain, s.area * Gages[static_cast<size_t>(s.gage)].reportRain);
+        }
+        add(evap, s.area * s.evapRate);
+        add(infil, s.area * s.infilRate);
+        add(runoff, mix(f, s.lastRunoff, s.thisRunoff));
+    }
+    if (area > 0.0f) {
+        row[RAINFALL] = getMean(rain, area, 3600000.0);
+        row[EVAPORATION] = getMean(evap, area, 86400000.0);
+        row[INFILTRATION] = getMean(infil, area, 3600000.0);
+        row[RUNOFF] = runoff;
+    }
+}
+
+// --- inflows -------------------------------------------------------------------------------------------------------
+
+/// Looks up a series and puts its cursor back: a look at results must not move what the simulation reads next.
+double lookUpSeries(Table& table, DateTime date) {
+    const double x1 = table.x1, y1 = table.y1, x2 = table.x2, y2 = table.y2;
+    const double lastDate = table.lastDate;
+    const int32_t thisEntry = table.thisEntry;
+    const int64_t position = table.file.file ? textfile_getPosition(table.file) : 0;
+    const bool isAtEnd = table.file.isAtEnd;
+    const double value = table_lookup(table, date);
+    table.x1 = x1;
+    table.y1 = y1;
+    table.x2 = x2;
+    table.y2 = y2;
+    table.lastDate = lastDate;
+    table.thisEntry = thisEntry;
+    if (table.file.file) {
+        textfile_setPosition(table.file, position);
+        table.file.isAtEnd = isAtEnd;
+    }
+    return value;
+}
+
+/// The external flow of a node, m3/s: its first flow record alone.
+double getExternalFlow(const Node& node, DateTime date) {
+    const ExtInflow* record = node.extInflow;
+    while (record && record->kind != INFLOW_FLOW) {
+        record = record->next;
+    }
+    if (!record) {
+        return 0.0;
+    }
+    if (record->series < 0) {
+        return record->baseline;
+    }
+    return lookUpSeries(TimeSeries[static_cast<size_t>(record->series)], date) * record->scale + record->baseline;
+}
+
+/// What the host has asked for shows only in a call that didn't route: a step that routes has used it up.
+void fillDirectInflow(DateTime date, float* row) {
+    std::stable_sort(HostInflows.begin(), HostInflows.end(),
+                     [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
+    size_t host = 0;
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        add(row[DIRECT_INFLOW], getExternalFlow(Nodes[k], date));
+        while (host < HostInflows.size() && HostInflows[host].node <= static_cast<int32_t>(k)) {
+            add(row[DIRECT_INFLOW], HostInflows[host++].value);
+        }
+    }
+}
+
+void fillDryWeatherFlow(DateTime date, float* row) {
+    for (const Node& node : Nodes) {
+        const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1);
+        add(row[DRY_WEATHER_FLOW], record ? inflows_dryWeatherValue(*record, date) : 0.0);
+    }
+}
+
+// --- network -------------------------------------------------------------------------------------------------------
+
+/// Flood and storage of a node that stores water.
+void addNode(int32_t index, double f, float* row) {
+    const Node& node = Nodes[static_cast<size_t>(index)];
+    switch (node.kind) {
+        case SWMM: swmm_addFlows(node.kindIndex, row[SWMM_INFLOW], row[SWMM_OUTFLOW]); break;
+        case TANK: {
+            const Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
+            add(row[FLOOD], mix(f, tank.oldFlood, tank.newFlood));
+            add(row[STORAGE], tank_getVolume(index, mix(f, tank.oldDepth, tank.newDepth)));
+            break;
+        }
+        case REACTOR: add(row[STORAGE], Reactors[static_cast<size_t>(node.kindIndex)].storedVolume); break;
+        case LID_MONO: add(row[STORAGE], lidmono_getVolume(node.kindIndex)); break;
+        case OUTFALL: add(row[OUTFLOW], mix(f, node.oldInflow, node.newInflow)); break;
+        default: break;
+    }
+}
+
+/// Flood and storage of a link.
+void addLink(int32_t index, double f, float* row) {
+    const Link& link = Links[static_cast<size_t>(index)];
+    switch (link.kind) {
+        case PIPE: {
+            const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+            add(row[FLOOD], mix(f, pipe.oldFlood, pipe.newFlood));
+            add(row[STORAGE], pipe_getVolume(pipe));
+            break;
+        }
+        case CONDUIT: {
+            const Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+            add(row[FLOOD], mix(f, conduit.oldFlood, conduit.newFlood));
+            add(row[STORAGE], conduit_getArea(index, conduit.depth) * conduit.length);
+            break;
+        }
+        default: break;
+    }
+}
+
+}  // namespace
+
+void rows_fillSystem(DateTime date, double networkFactor, double landFactor, float* row) {
+    std::fill_n(row, SYSTEM_LENGTH, 0.0f);
+    fillLand(landFactor, row);
+    for (const Node& node : Nodes) {
+        add(row[TOTAL_INFLOW], mix(networkFactor, node.oldInflow, node.newInflow));
+    }
+    fillDirectInflow(date, row);
+    fillDryWeatherFlow(date, row);
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        addNode(static_cast<int32_t>(k), networkFactor, row);
+    }
+    for (size_t k = 0; k < Links.size(); ++k) {
+        addLink(static_cast<int32_t>(k), networkFactor, row);
+    }
+}

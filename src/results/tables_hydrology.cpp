@@ -1,0 +1,72 @@
+// Summary tables of subcatchments and rain gages.
+
+#include <string>
+
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "hydrology/gage.h"
+#include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
+#include "input/datetime.h"
+#include "results/tables.h"
+#include "results/tablewriter.h"
+
+void tables_writeSubcatches() {
+    if (Subcatches.empty()) {
+        return;
+    }
+    static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s %16s %16s %16s";
+    table_writeTitle("Subcatchment Runoff Summary");
+    report_print(ReportFile, HEAD, "", "Area", "Rainfall", "Evap.", "Infil.", "Runoff", "Runoff", "Peak Runoff",
+                 "Runoff Coef.");
+    report_print(ReportFile, HEAD, "Subcatchment", "hm2", "mm", "mm", "mm", "mm", "m3", "m3/s", "");
+    table_writeDashes(9);
+    for (const Subcatch& s : Subcatches) {
+        const double coefficient = s.rainfall == 0.0 ? 0.0 : s.runoff / s.rainfall;
+        report_print(ReportFile, "\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", s.name,
+                     s.area / 10000.0, s.rainfall, s.evap, s.infil, s.runoff, s.area * s.runoff / 1000.0, s.peakRunoff,
+                     coefficient);
+    }
+}
+
+void tables_writeWashoff() {
+    if (Subcatches.empty() || Polluts.empty()) {
+        return;
+    }
+    table_writeTitle("Subcatchment Washoff Summary");
+    report_print(ReportFile, "\n  %-16s", "");
+    for (const Pollut& pollutant : Polluts) {
+        report_print(ReportFile, " %16s", pollutant.id);
+    }
+    report_print(ReportFile, "\n  %-16s", "Subcatchment");
+    for (size_t p = 0; p < Polluts.size(); ++p) {
+        report_print(ReportFile, " %16s", "kg");
+    }
+    table_writeDashes(1 + Polluts.size());
+    for (const Subcatch& s : Subcatches) {
+        report_print(ReportFile, "\n  %-16s", s.name);
+        for (size_t p = 0; p < Polluts.size(); ++p) {
+            report_print(ReportFile, " %16.3f", s.surfaceWashoff ? s.surfaceWashoff[p] : 0.0);
+        }
+    }
+}
+
+void tables_writeGageEvents() {
+    if (Gages.empty()) {
+        return;
+    }
+    static constexpr const char* HEAD = "\n  %-16s %8s %-24s %-24s %16s";
+    table_writeTitle("Gage Event Summary");
+    report_print(ReportFile, HEAD, "", "", "", "", "Rainfall");
+    report_print(ReportFile, HEAD, "Gage", "No.", "Start Date Time", "End Date Time", "mm");
+    report_writeLine("---------------- -------- ------------------------ ------------------------ ----------------");
+    for (const Gage& gage : Gages) {
+        int32_t number = 0;
+        for (const RainEvent* event = gage.events; event; event = event->next) {
+            char start[DATE_TIME_TEXT_SIZE], end[DATE_TIME_TEXT_SIZE];
+            datetime_formatDateTime(event->start, start);
+            datetime_formatDateTime(event->end, end);
+            report_print(ReportFile, "\n  %-16s %8d %-24s %-24s %16.3f", gage.name, ++number, start, end, event->total);
+        }
+    }
+}

@@ -1,0 +1,106 @@
+// Summary tables of LID units on subcatchments and of LID monomer nodes.
+
+#include <string>
+
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidmono.h"
+#include "hydrology/subcatch.h"
+#include "results/tables.h"
+#include "results/tablewriter.h"
+
+static constexpr const char* WATER_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s %16s";
+static constexpr const char* QUALITY_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s";
+
+/// Calls `write` with the name of the place and the unit, for each unit of each subcatchment.
+template <class Write>
+static void forEachUnit(Write write) {
+    for (size_t i = 0; i < Subcatches.size(); ++i) {
+        const LidGroup* group = lid_findGroup(static_cast<int32_t>(i));
+        for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
+            write(Subcatches[i].name, LidUnits[static_cast<size_t>(k)]);
+        }
+    }
+}
+
+/// The same for each LID monomer node, in the order of the nodes.
+template <class Write>
+static void forEachMono(Write write) {
+    for (const Node& node : Nodes) {
+        if (node.kind == LID_MONO) {
+            write(node.id, LidMonos[static_cast<size_t>(node.kindIndex)]);
+        }
+    }
+}
+
+/// Water balance of a unit: its depths (m) times `factor`.
+static void writeWaterRow(const char* place, const LidUnit& unit, double factor) {
+    report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place,
+                 Lids[static_cast<size_t>(unit.lid)].name, unit.inflowDepth * factor, unit.evapDepth * factor,
+                 unit.infilDepth * factor, unit.surfaceOutDepth * factor, unit.drainDepth * factor,
+                 unit.initialDepth * factor, unit.finalDepth * factor);
+}
+
+/// Balance of one pollutant in a unit, kg.
+static void writeQualityRow(const char* place, const LidUnit& unit, size_t p) {
+    const auto get = [p](const double* loads) { return loads ? loads[p] : 0.0; };
+    report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place,
+                 Lids[static_cast<size_t>(unit.lid)].name, get(unit.inflowLoad), get(unit.exfilLoad),
+                 get(unit.surfaceOutLoad), get(unit.drainOutLoad), get(unit.reactedLoad), get(unit.finalLoad));
+}
+
+void tables_writeLidUnits() {
+    if (Lids.empty()) {
+        return;
+    }
+    table_writeTitle("Subcatchment LID Performance Summary");
+    report_print(ReportFile, WATER_HEAD, "", " ", "Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
+                 "Init. Storage", "Final Storage");
+    report_print(ReportFile, WATER_HEAD, "Subcatchment", "LID Process", "mm", "mm", "mm", "mm", "mm", "mm", "mm");
+    table_writeDashes(9);
+    forEachUnit([](const char* name, const LidUnit& unit) { writeWaterRow(name, unit, 1000.0); });
+}
+
+void tables_writeLidUnitQuality() {
+    if (Lids.empty() || Polluts.empty()) {
+        return;
+    }
+    table_writeTitle("Subcatchment LID Water Quality Summary");
+    report_print(ReportFile, QUALITY_HEAD, "", " ", "Inflow", "Infil.", "Surface Outflow", "Drain Outflow", "Removed",
+                 "Final Storage");
+    report_print(ReportFile, QUALITY_HEAD, "Subcatchment", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
+    table_writeDashes(8);
+    for (size_t p = 0; p < Polluts.size(); ++p) {
+        report_print(ReportFile, "\n  *%s*", Polluts[p].id);
+        forEachUnit([p](const char* name, const LidUnit& unit) { writeQualityRow(name, unit, p); });
+    }
+}
+
+void tables_writeLidMonos() {
+    if (Lids.empty() || LidMonos.empty()) {
+        return;
+    }
+    table_writeTitle("LID Monomer Performance Summary");
+    report_print(ReportFile, WATER_HEAD, "", " ", "Tot. Inflow", "Evap.", "Infil.", "Surface Outflow",
+                 "Drain Outflow", "Init. Storage", "Final Storage");
+    report_print(ReportFile, WATER_HEAD, "Node", "LID Process", "m3", "m3", "m3", "m3", "m3", "m3", "m3");
+    table_writeDashes(9);
+    forEachMono([](const char* name, const LidMono& mono) { writeWaterRow(name, mono, mono.area); });
+}
+
+void tables_writeLidMonoQuality() {
+    if (Lids.empty() || LidMonos.empty() || Polluts.empty()) {
+        return;
+    }
+    table_writeTitle("LID Monomer Water Quality Summary");
+    report_print(ReportFile, QUALITY_HEAD, "", " ", "Tot. Inflow", "Infil.", "Surface Outflow", "Drain Outflow",
+                 "Reacted", "Final Storage");
+    report_print(ReportFile, QUALITY_HEAD, "Node", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
+    table_writeDashes(8);
+    for (size_t p = 0; p < Polluts.size(); ++p) {
+        report_print(ReportFile, "\n  *%s*", Polluts[p].id);
+        forEachMono([p](const char* name, const LidMono& mono) { writeQualityRow(name, mono, p); });
+    }
+}

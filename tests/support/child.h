@@ -1,0 +1,30 @@
+#pragma once
+// A part of a test in a process of its own, which may be killed or lack something that the others have.
+
+#include <signal.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+
+#include "support/process.h"
+
+/// Runs `work` in a child; its result is the exit status. A child that a signal ends gives 128 + signal.
+template <class Work>
+int process_fork(Work&& work) {
+    std::fflush(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+        const int status = work();
+        std::fflush(nullptr);
+        _exit(status);
+    }
+    return process_wait(child);
+}
+
+/// From now on no file of this process grows beyond a size: what a full disk does, without one.
+inline void process_limitFileSize(size_t bytes) {
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{bytes, bytes};
+    setrlimit(RLIMIT_FSIZE, &limit);
+}

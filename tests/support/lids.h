@@ -1,0 +1,41 @@
+#pragma once
+// A small project with LID controls: one subcatchment of 10000 m2 that drains to an outfall under steady rain.
+
+#include <algorithm>
+#include <string>
+
+#include "support/project.h"
+
+struct LidProject {
+    std::string general = getGeneral(60);
+    std::string options;  ///< further lines of [GENERAL]
+    std::string evaporation;
+    std::string pollutants = "P 10\nQ 0\n";
+    std::string patterns = "FLAT HOURLY 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n";
+    std::string outfalls = "OUT\nDRAIN\n";
+    std::string nodes;  ///< further sections of nodes and links
+    std::string lids;
+    std::string groups;
+    std::string decay;
+    std::string rain = "RAIN 2021/03/01 0:00 36 1:00 0 2:00 0\n";  ///< mm/h
+
+    std::string text() const {
+        return general + options + "[EVAPORATION]\n" + evaporation + "[POLLUTANTS]\n" + pollutants +
+               "[RAINGAGES]\nG INTENSITY 1:00 RAIN\n[OUTFALLS]\n" + outfalls + nodes +
+               "[SUBCATCHS]\nS G OUT 1 100 50 1 0.01 0.1 1 2 30 3 4 7 0\n[PATTERNS]\n" + patterns + "[LIDS]\n" + lids +
+               "[LID_GROUPS]\n" + groups + "[DECAY_COEFFICIENT]\n" + decay + "[TIMESERIES]\n" + rain;
+    }
+};
+
+/// Number of the line of a text that begins at a place.
+inline long getLineNumber(const std::string& text, size_t place) {
+    return 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), '\n');
+}
+
+/// What the report shows of a wrong line: the message, its place, and the line. The line stands once in the text.
+inline std::string getLineError(const std::string& text, const std::string& message, const std::string& section,
+                                const std::string& line) {
+    const long number = getLineNumber(text, text.rfind(line + "\n"));
+    const std::string gap = message.back() == '.' ? "" : " ";
+    return "\n  \n  " + message + gap + "at line " + std::to_string(number) + " of " + section + " section:\n  " + line + "\n";
+}

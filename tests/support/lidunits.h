@@ -1,0 +1,141 @@
+#pragma once
+// One LID unit on a definition of its own, outside any project: for tests of its water and its pollutants.
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "engine/project.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidunit.h"
+#include "input/pattern.h"
+#include "routing/decay.h"
+
+struct States {
+    double surface, soil, storage, pavement;
+};
+
+class UnitTest : public ::testing::Test {
+protected:
+    Lid lid{};
+    LidUnit unit{};
+    std::vector<double> load;
+    double rates[LID_STATE_COUNT] = {};
+
+    // Outputs of the last step, m/s.
+    double evapRate = 0.0, infilRate = 0.0, drainRate = 0.0, outflow = 0.0;
+
+    void SetUp() override {
+        lid.surfaceVoid = 1.0;
+        lid.storageVoid = 1.0;
+        unit.area = 100.0;
+        unit.gage = unit.drainNode = unit.next = -1;
+        setPollutants(0);
+    }
+
+    void TearDown() override {
+        ObjectCount[POLLUT] = 0;
+        Patterns.clear();
+        StartDateTime = NewRunoffTime = 0.0;
+    }
+
+    void setPollutants(int32_t count) {
+        ObjectCount[POLLUT] = count;
+        const size_t size = static_cast<size_t>(count);
+        rules.assign(5 * size, DecayRule{-1, 0.0, -1, 0.0, 1.0});
+        values.assign(19 * size, 0.0);
+        load.assign(size, 0.0);
+        DecayRule* rule = rules.data();
+        for (DecayRule** array :
+             {&lid.surfaceDecay, &lid.pavementDecay, &lid.soilDecay, &lid.storageDecay, &lid.matDecay}) {
+            *array = rule;
+            rule += count;
+        }
+        double* value = values.data();
+        for (double** array :
+             {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass, &unit.lastStorageMass,
+              &unit.thisSurfaceMass, &unit.thisPavementMass, &unit.thisSoilMass, &unit.thisStorageMass,
+              &unit.lastSurfaceLoad, &unit.thisSurfaceLoad, &unit.lastDrainLoad, &unit.thisDrainLoad, &unit.rainLoad,
+              &unit.inflowLoad, &unit.exfilLoad, &unit.surfaceOutLoad, &unit.drainOutLoad, &unit.finalLoad,
+              &unit.reactedLoad}) {
+            *array = value;
+            value += count;
+        }
+    }
+
+    void setSoil(double depth, double porosity, double fieldCapacity, double wiltingPoint, double rate, double slope) {
+        lid.soilDepth = depth;
+        lid.porosity = porosity;
+        lid.fieldCapacity = fieldCapacity;
+        lid.wiltingPoint = wiltingPoint;
+        lid.soilRate = rate;
+        lid.soilSlope = slope;
+    }
+
+    void setStorage(double depth, double voidFraction, double rate) {
+        lid.storageDepth = depth;
+        lid.storageVoid = voidFraction;
+        lid.storageRate = rate;
+    }
+
+    void setDrain(double coefficient, double exponent, double offset) {
+        lid.drainCoefficient = coefficient;
+        lid.drainExponent = exponent;
+        lid.drainOffset = offset;
+    }
+
+    void setLevels(const States& x) {
+        unit.surfaceLevel = x.surface;
+        unit.soilMoisture = x.soil;
+        unit.storageLevel = x.storage;
+        unit.pavementLevel = x.pavement;
+    }
+
+    /// Puts a step into LidStep, for a call of a rate function by itself.
+    void begin(double dt, double inflow, double evap = 0.0, double surfaceInfil = 0.0) {
+        LidStep = LidStepRecord{};
+        LidStep.unit = &unit;
+        LidStep.lid = &lid;
+        LidStep.load = load.data();
+        LidStep.dt = dt;
+        LidStep.inflow = inflow;
+        LidStep.evap = evap;
+        LidStep.surfaceInfil = surfaceInfil;
+    }
+
+    void call(void (*function)(const double*, double*), const States& x) {
+        const double state[] = {x.surface, x.soil, x.storage, x.pavement};
+        function(state, rates);
+    }
+
+    /// One step of the unit, with its water balance.
+    void step(double dt, double inflow, double evap = 0.0) {
+        outflow = lid_solveUnit(unit, lid, inflow, evap, dt, &evapRate, &infilRate, &drainRate, load.data());
+        lid_addBalance();
+    }
+
+    /// New becomes old for all masses and loads.
+    void shift() {
+        for (size_t p = 0; p < load.size(); ++p) {
+            for (auto [last, now] :
+                 {std::pair{unit.lastSurfaceMass, unit.thisSurfaceMass},
+                  std::pair{unit.lastPavementMass, unit.thisPavementMass},
+                  std::pair{unit.lastSoilMass, unit.thisSoilMass},
+                  std::pair{unit.lastStorageMass, unit.thisStorageMass}}) {
+                last[p] = now[p];
+                now[p] = 0.0;
+            }
+            unit.thisSurfaceLoad[p] = unit.thisDrainLoad[p] = 0.0;
+        }
+    }
+
+    /// Water in the four layers, m.
+    double getStored() const {
+        return unit.surfaceLevel * lid.surfaceVoid + unit.soilMoisture * lid.soilDepth +
+               unit.storageLevel * lid.storageVoid + unit.pavementLevel * lid.pavementVoid;
+    }
+
+private:
+    std::vector<DecayRule> rules;
+    std::vector<double> values;
+};

@@ -1,0 +1,564 @@
+// LID definitions and units: their lines with all that may be wrong in them, and the validation.
+
+#include "hydrology/lid.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "hydrology/subcatch.h"
+#include "routing/decay.h"
+#include "support/lids.h"
+
+namespace {
+
+constexpr double TINY = 1e-15;
+
+// --- good lines ----------------------------------------------------------------------------------------------------
+
+/// Opens a project with the lines; the project stays open while the object lives.
+struct OpenLids {
+    ProjectFile file;
+    int32_t code;
+
+    explicit OpenLids(const LidProject& project) : file(project.text()), code(file.open()) {}
+};
+
+LidProject withLids(const std::string& lids) {
+    LidProject project;
+    project.lids = lids;
+    return project;
+}
+
+TEST(LidLine, TypesAreKnownByTheirWordsInAnyCase) {
+    const OpenLids open(withLids("A BC\nB rg\nC GR\nD It\nE PP\nF RB\nH VS\n"));
+    ASSERT_EQ(Lids.size(), 7U);
+    for (int32_t k = 0; k < 7; ++k) {
+        EXPECT_EQ(Lids[static_cast<size_t>(k)].type, k);
+    }
+}
+
+TEST(LidLine, ItemsBehindATypeAreFree) {
+    const OpenLids open(withLids("A RB what ever -7\n"));
+    EXPECT_EQ(open.code, 0);
+}
+
+TEST(LidLine, UnsetLayersAreEmptyAndTheSurfaceIsAllVoid) {
+    const OpenLids open(withLids("A RB\n"));
+    EXPECT_EQ(Lids[0].surfaceVoid, 1.0);
+    EXPECT_EQ(Lids[0].surfaceDepth, 0.0);
+    EXPECT_EQ(Lids[0].soilDepth, 0.0);
+    EXPECT_EQ(Lids[0].drainCoefficient, 0.0);
+    for (int32_t p = 0; p < 2; ++p) {
+        EXPECT_EQ(Lids[0].surfaceDecay[p].kind, -1);
+        EXPECT_EQ(Lids[0].pavementDecay[p].kind, -1);
+        EXPECT_EQ(Lids[0].soilDecay[p].kind, -1);
+        EXPECT_EQ(Lids[0].storageDecay[p].kind, -1);
+        EXPECT_EQ(Lids[0].matDecay[p].kind, -1);
+    }
+}
+
+TEST(LidLine, NameIsTheFirstSpelling) {
+    const OpenLids open(withLids("Basin RB\nBASIN STORAGE 1000 0 0\n"));
+    ASSERT_EQ(Lids.size(), 1U);
+    EXPECT_STREQ(Lids[0].name, "Basin");
+}
+
+TEST(LidLine, Surface) {
+    const OpenLids open(withLids("A RB\nA SURFACE 150 0.2 0.3 4 5\n"));
+    EXPECT_NEAR(Lids[0].surfaceDepth, 0.15, TINY);
+    EXPECT_NEAR(Lids[0].surfaceVoid, 0.8, TINY);
+    EXPECT_EQ(Lids[0].surfaceRoughness, 0.3);
+    EXPECT_NEAR(Lids[0].surfaceSlope, 0.04, TINY);
+    EXPECT_EQ(Lids[0].sideSlope, 5.0);
+}
+
+TEST(LidLine, SurfaceWithoutDepthIsAllVoid) {
+    const OpenLids open(withLids("A RB\nA SURFACE 0 0.2 0.3 4 5\n"));
+    EXPECT_EQ(Lids[0].surfaceVoid, 1.0);
+}
+
+TEST(LidLine, Soil) {
+    const OpenLids open(withLids("A RB\nA SOIL 300 0.5 0.2 0.1 36 10\n"));
+    EXPECT_NEAR(Lids[0].soilDepth, 0.3, TINY);
+    EXPECT_EQ(Lids[0].porosity, 0.5);
+    EXPECT_EQ(Lids[0].fieldCapacity, 0.2);
+    EXPECT_EQ(Lids[0].wiltingPoint, 0.1);
+    EXPECT_NEAR(Lids[0].soilRate, 1e-5, 1e-20);
+    EXPECT_EQ(Lids[0].soilSlope, 10.0);
+}
+
+TEST(LidLine, StorageAndPavementTakeVoidsPerSolids) {
+    const OpenLids open(withLids("A PP\nA STORAGE 400 1 7.2\nA PAVEMENT 100 0.25 360\n"));
+    EXPECT_NEAR(Lids[0].storageDepth, 0.4, TINY);
+    EXPECT_EQ(Lids[0].storageVoid, 0.5);
+    EXPECT_NEAR(Lids[0].storageRate, 2e-6, 1e-20);
+    EXPECT_NEAR(Lids[0].pavementDepth, 0.1, TINY);
+    EXPECT_EQ(Lids[0].pavementVoid, 0.2);
+    EXPECT_NEAR(Lids[0].pavementRate, 1e-4, 1e-18);
+}
+
+TEST(LidLine, DrainWithAndWithoutDelay) {
+    const OpenLids open(withLids("A RB\nA DRAIN 2 0.5 50 6\nB RB\nB DRAIN 3 0.4 20\nC RB\nC DRAIN 1 1 1 \"\"\n"));
+    ASSERT_EQ(open.code, 0);
+    EXPECT_EQ(Lids[0].drainCoefficient, 2.0);
+    EXPECT_EQ(Lids[0].drainExponent, 0.5);
+    EXPECT_EQ(Lids[0].drainDelay, 21600.0);
+    EXPECT_EQ(Lids[1].drainDelay, 0.0);
+    EXPECT_EQ(Lids[2].drainDelay, 0.0) << "an empty word is the number 0";
+}
+
+TEST(LidLine, MatIsReadOnlyBehindItsType) {
+    const OpenLids open(
+        withLids("A DRAINMAT 25 0.5 0.1\nA RB\nB GR\nB DRAINMAT 25 0.5 0.1\nB SOIL 100 0.5 0.2 0.1 36 10\n"));
+    ASSERT_EQ(open.code, 0);
+    EXPECT_EQ(Lids[0].matDepth, 0.0);
+    EXPECT_NEAR(Lids[1].matDepth, 0.025, TINY);
+    EXPECT_EQ(Lids[1].matVoid, 0.5);
+    EXPECT_EQ(Lids[1].matRoughness, 0.1);
+}
+
+TEST(LidLine, MatOfNoRoofIsNotEvenTested) {
+    const OpenLids open(withLids("A DRAINMAT\nA DRAINMAT x y z\nA RB\n"));
+    EXPECT_EQ(open.code, 0);
+}
+
+TEST(LidLine, LayerAheadOfTheTypeIsRead) {
+    const OpenLids open(withLids("A STORAGE 400 1 7.2\nA IT\n"));
+    ASSERT_EQ(open.code, 0);
+    EXPECT_NEAR(Lids[0].storageDepth, 0.4, TINY);
+}
+
+TEST(LidLine, LaterTypeUndoesNothing) {
+    const OpenLids open(withLids("A GR\nA DRAINMAT 25 0.5 0.1\nA RB\n"));
+    EXPECT_EQ(Lids[0].type, LID_RB);
+    EXPECT_NEAR(Lids[0].matDepth, 0.025, TINY);
+}
+
+TEST(LidLine, NotANumberIsNotNegative) {
+    const OpenLids open(withLids("A RB\nA DRAIN nan inf 0\n"));
+    EXPECT_EQ(open.code, 0);
+}
+
+TEST(GroupLine, UnitsStandInTheOrderOfTheirLines) {
+    LidProject project = withLids("A RB\nB RB\n");
+    project.groups = "S A 100 2 50 25\nS B 200 3 150 0 DRAIN\nS A 100 2 50 25\n";
+    const OpenLids open(project);
+    ASSERT_EQ(open.code, 0);
+    ASSERT_EQ(LidUnits.size(), 3U);
+    EXPECT_EQ(LidGroups[0].firstUnit, 0);
+    EXPECT_EQ(LidUnits[0].next, 1);
+    EXPECT_EQ(LidUnits[1].next, 2);
+    EXPECT_EQ(LidUnits[2].next, -1);
+    EXPECT_EQ(LidUnits[0].area, 100.0);
+    EXPECT_EQ(LidUnits[0].fullWidth, 2.0);
+    EXPECT_EQ(LidUnits[0].initialSaturation, 0.5);
+    EXPECT_EQ(LidUnits[0].fromImpervious, 0.25);
+    EXPECT_EQ(LidUnits[1].lid, 1);
+    EXPECT_EQ(LidUnits[1].drainNode, 1);
+    EXPECT_NE(LidUnits[0].thisDrainLoad, LidUnits[2].thisDrainLoad) << "two units of one kind share nothing";
+}
+
+TEST(GroupLine, WithoutPollutantsIsRead) {
+    LidProject project = withLids("A RB\n");
+    project.groups = "S A 100 2 50 25\n";
+    project.pollutants = "";
+    const OpenLids open(project);
+    EXPECT_EQ(open.code, 0);
+}
+
+TEST(GroupLine, LostMemoryIsTold) {
+    LidProject project = withLids("A RB\n");
+    project.groups = "S A 100 2 50 25\n";
+    const std::string text = project.text();
+    // The arrays of the unit are the last request of the reading.
+    std::string report;
+    bool isTold = false;
+    for (int64_t count = 1; count < 200 && !isTold; ++count) {
+        ProjectFile file(text);
+        arena_failAfter(count);
+        file.open();
+        arena_failAfter(0);
+        tarnvelde_close();
+        report = file.getReport();
+        isTold = report.find(getLineError(text, "ERROR 101: memory allocation error.", "[LID_GROUPS]",
+                                          "S A 100 2 50 25")) != std::string::npos;
+    }
+    EXPECT_TRUE(isTold);
+}
+
+struct DecayLayer {
+    const char* word;
+    DecayRule* Lid::* rules;
+};
+
+class DecayLineLayers : public ::testing::TestWithParam<DecayLayer> {};
+
+TEST_P(DecayLineLayers, TakesTheRule) {
+    LidProject project = withLids("A RB\n");
+    project.decay = std::string("A LID Q FIRST 864 FLAT ") + GetParam().word + "\n";
+    const OpenLids open(project);
+    ASSERT_EQ(open.code, 0);
+    const DecayRule* rules = Lids[0].*GetParam().rules;
+    EXPECT_EQ(rules[0].kind, -1);
+    EXPECT_EQ(rules[1].kind, FIRST_ORDER);
+    EXPECT_NEAR(rules[1].rate, 0.01, TINY);
+    EXPECT_EQ(rules[1].pattern, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DecayLineLayers,
+                         ::testing::Values(DecayLayer{"SURFACE", &Lid::surfaceDecay},
+                                           DecayLayer{"soil", &Lid::soilDecay},
+                                           DecayLayer{"STORAGE", &Lid::storageDecay},
+                                           DecayLayer{"PAVEMENT", &Lid::pavementDecay},
+                                           DecayLayer{"DRAINMAT", &Lid::matDecay}));
+
+TEST(DecayLine, OfADrainStoresNothing) {
+    LidProject project = withLids("A RB\n");
+    project.decay = "A LID P FIRST 864 \"\" DRAIN\n";
+    const OpenLids open(project);
+    EXPECT_EQ(open.code, 0);
+    for (const DecayRule* rules : {Lids[0].surfaceDecay, Lids[0].soilDecay, Lids[0].storageDecay,
+                                   Lids[0].pavementDecay, Lids[0].matDecay}) {
+        EXPECT_EQ(rules[0].kind, -1);
+    }
+}
+
+TEST(DecayLine, NegativeAndWordlyRatesPass) {
+    LidProject project = withLids("A RB\n");
+    project.decay = "A LID P FIRST -864 \"\" SOIL\nA LID Q FIRST word \"\" SOIL\n";
+    const OpenLids open(project);
+    ASSERT_EQ(open.code, 0);
+    EXPECT_NEAR(Lids[0].soilDecay[0].rate, -0.01, TINY);
+    EXPECT_EQ(Lids[0].soilDecay[1].rate, 0.0);
+    EXPECT_EQ(Lids[0].soilDecay[1].pattern, -1);
+}
+
+// --- bad lines -----------------------------------------------------------------------------------------------------
+
+struct BadLine {
+    const char* line;
+    const char* message;
+};
+
+const char* const TOO_FEW = "ERROR 203: too few items";
+
+class BadDefinition : public ::testing::TestWithParam<BadLine> {};
+
+TEST_P(BadDefinition, IsTold) {
+    const std::string text = withLids(std::string("A GR\n") + GetParam().line + "\n").text();
+    const OpenResult result = openProject(text);
+    EXPECT_EQ(result.code, 200);
+    EXPECT_EQ(result.report, getLineError(text, GetParam().message, "[LIDS]", GetParam().line));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadDefinition,
+    ::testing::Values(
+        BadLine{"B", TOO_FEW}, BadLine{"A MAT 1 2 3", "ERROR 205: invalid keyword MAT"},
+        BadLine{"A BCC", "ERROR 205: invalid keyword BCC"}, BadLine{"A SURFACE 1 0 1 1", TOO_FEW},
+        BadLine{"A SURFACE x 0 1 1 1", "ERROR 211: invalid number x"},
+        BadLine{"A SURFACE -1 0 1 1 1", "ERROR 211: invalid number -1"},
+        BadLine{"A SURFACE 0 1 1 1 1", "ERROR 211: invalid number 1"},
+        BadLine{"A SURFACE 9 nan 1 1 1", "ERROR 211: invalid number nan"},
+        BadLine{"A SURFACE 9 -0.1 1 1 1", "ERROR 211: invalid number -0.1"},
+        BadLine{"A SURFACE 9 0 -2 -3 -4", "ERROR 211: invalid number -2"},
+        BadLine{"A SURFACE 9 0 2 -3 -4", "ERROR 211: invalid number -3"},
+        BadLine{"A SURFACE 9 0 2 3 -4", "ERROR 211: invalid number -4"},
+        BadLine{"A SOIL 1 2 3 4 5", TOO_FEW}, BadLine{"A SOIL -1 2 3 4 5 6", "ERROR 211: invalid number -1"},
+        BadLine{"A SOIL 1 2 3 4 5 -6", "ERROR 211: invalid number -6"}, BadLine{"A STORAGE 1 2", TOO_FEW},
+        BadLine{"A STORAGE 1 2 3x", "ERROR 211: invalid number 3x"}, BadLine{"A PAVEMENT 1 2", TOO_FEW},
+        BadLine{"A PAVEMENT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAINMAT 1 2", TOO_FEW},
+        BadLine{"A DRAINMAT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAIN 1 2", TOO_FEW},
+        BadLine{"A DRAIN 1 -2 3", "ERROR 211: invalid number -2"},
+        BadLine{"A DRAIN 1 2 3 -4", "ERROR 211: invalid number -4"}));
+
+TEST(BadDefinitionName, KnownToNobodyIsTold) {
+    // The first pass takes the word with its quotes, the second one without.
+    const std::string text = withLids("\"A B\" RB\n").text();
+    EXPECT_EQ(openProject(text).report,
+              getLineError(text, "ERROR 209: undefined object A B", "[LIDS]", "\"A B\" RB"));
+}
+
+class BadGroup : public ::testing::TestWithParam<BadLine> {};
+
+TEST_P(BadGroup, IsTold) {
+    LidProject project = withLids("A RB\n");
+    project.groups = std::string(GetParam().line) + "\n";
+    const std::string text = project.text();
+    const OpenResult result = openProject(text);
+    EXPECT_EQ(result.code, 200);
+    EXPECT_EQ(result.report, getLineError(text, GetParam().message, "[LID_GROUPS]", GetParam().line));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadGroup,
+    ::testing::Values(BadLine{"S A 1 1 1", TOO_FEW}, BadLine{"X A 1 1 1 1", "ERROR 209: undefined object X"},
+                      BadLine{"S X 1 1 1 1", "ERROR 209: undefined object X"},
+                      BadLine{"X Y 0 1 1 1", "ERROR 209: undefined object X"},
+                      BadLine{"S A 0 1 1 1", "ERROR 211: invalid number 0"},
+                      BadLine{"S A nan 1 1 1", "ERROR 211: invalid number nan"},
+                      BadLine{"S A 1 -1 1 1", "ERROR 211: invalid number -1"},
+                      BadLine{"S A 1 nan 1 1", "ERROR 211: invalid number nan"},
+                      BadLine{"S A 1 1 1x 1", "ERROR 211: invalid number 1x"},
+                      BadLine{"S A 1 1 1 -1", "ERROR 211: invalid number -1"},
+                      BadLine{"S A 1 1 1 1 X", "ERROR 209: undefined object X"},
+                      BadLine{"S A 1 1 1 1 *", "ERROR 209: undefined object *"},
+                      BadLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object "}));
+
+class BadDecay : public ::testing::TestWithParam<BadLine> {};
+
+TEST_P(BadDecay, IsTold) {
+    LidProject project = withLids("A RB\n");
+    project.decay = std::string(GetParam().line) + "\n";
+    const std::string text = project.text();
+    const OpenResult result = openProject(text);
+    EXPECT_EQ(result.code, 200);
+    EXPECT_EQ(result.report, getLineError(text, GetParam().message, "[DECAY_COEFFICIENT]", GetParam().line));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadDecay,
+    ::testing::Values(BadLine{"A LID P FIRST 1", TOO_FEW}, BadLine{"A LID P FIRST 1 FLAT", TOO_FEW},
+                      BadLine{"X LID P FIRST 1 FLAT", "ERROR 209: undefined object X"},
+                      BadLine{"A LID X FIRST 1 FLAT SOIL", "ERROR 209: undefined object X"},
+                      BadLine{"A LID P LAST 1 FLAT SOIL", "ERROR 205: invalid keyword LAST"},
+                      BadLine{"A LID P ZERO 1 FLAT SOIL", "ERROR 800: not FIRST decay type for object A"},
+                      BadLine{"A LID P CONST_RATIO x X X", "ERROR 800: not FIRST decay type for object A"},
+                      BadLine{"A LID P CONST_CONCEN 1 \"\" SOIL", "ERROR 800: not FIRST decay type for object A"},
+                      BadLine{"A LID P FIRST -1x FLAT SOIL", "ERROR 211: invalid number -1x"},
+                      BadLine{"A LID P FIRST 1 X SOIL", "ERROR 209: undefined object X"},
+                      BadLine{"A LID P FIRST 1 FLAT ROOF", "ERROR 205: invalid keyword ROOF"},
+                      BadLine{"A LID X FIRST 1 FLAT DRAIN", "ERROR 209: undefined object X"}));
+
+// --- validation of definitions -------------------------------------------------------------------------------------
+
+/// One good definition of each type, for tests that spoil one thing.
+const char* const GOOD[] = {
+    "A BC\nA SOIL 300 0.5 0.2 0.1 36 10\nA SURFACE 100 0 0.1 1 0\n",
+    "A RG\nA SOIL 300 0.5 0.2 0.1 36 10\n",
+    "A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\n",
+    "A IT\nA STORAGE 400 1 7.2\n",
+    "A PP\nA PAVEMENT 100 0.25 360\n",
+    "A RB\n",
+    "A VS\nA SURFACE 100 0 0.1 1 2\n",
+};
+
+std::string getOpenReport(const std::string& lids) {
+    return openProject(withLids(lids).text()).report;
+}
+
+std::string getError(const std::string& message) {
+    return "\n  \n  " + message;
+}
+
+TEST(Validation, GoodDefinitionsOfAllTypesPass) {
+    for (const char* lids : GOOD) {
+        EXPECT_EQ(openProject(withLids(lids).text()).code, 0) << lids;
+    }
+}
+
+TEST(Validation, MissingTypeIsTold) {
+    const OpenResult result = openProject(withLids("A STORAGE 0 -0 0\n").text());
+    EXPECT_EQ(result.code, 700);
+    EXPECT_EQ(result.report, getError("ERROR 700: no type specified for LID A."));
+}
+
+class MissingLayer : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(MissingLayer, IsTold) {
+    const OpenResult result = openProject(withLids(GetParam()).text());
+    EXPECT_EQ(result.code, 701);
+    EXPECT_EQ(result.report, getError("ERROR 701: missing layer for LID A."));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, MissingLayer,
+                         ::testing::Values("A BC\n", "A RG\nA STORAGE 400 1 7.2\n", "A GR\nA DRAINMAT 25 0.5 0.1\n",
+                                           "A GR\nA SOIL 300 0.5 0.2 0.1 36 10\n", "A IT\n",
+                                           "A PP\nA STORAGE 400 1 7.2\n", "A PP\nA PAVEMENT 0 1 1\n",
+                                           // nothing behind a missing layer is tested
+                                           "A BC\nA STORAGE 400 0 0\n"));
+
+struct BadParameter {
+    const char* lids;
+    const char* phrase;
+};
+
+class BadParameters : public ::testing::TestWithParam<BadParameter> {};
+
+TEST_P(BadParameters, AreTold) {
+    const OpenResult result = openProject(withLids(GetParam().lids).text());
+    EXPECT_EQ(result.code, 703);
+    EXPECT_EQ(result.report,
+              getError(std::string("ERROR 703: invalid parameter value for LID A - ") + GetParam().phrase + "."));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, BadParameters,
+    ::testing::Values(BadParameter{"A PP\nA PAVEMENT 100 0 360\n", "check pavement layer parameters"},
+                      BadParameter{"A PP\nA PAVEMENT 100 0.25 0\n", "check pavement layer parameters"},
+                      BadParameter{"A RB\nA SOIL 300 0 0.2 0.1 36 10\n", "check soil layer parameters"},
+                      BadParameter{"A RB\nA SOIL 300 0.2 0.2 0.1 36 10\n", "check soil layer parameters"},
+                      BadParameter{"A RB\nA SOIL 300 0.5 0.1 0.1 36 10\n", "check soil layer parameters"},
+                      BadParameter{"A RB\nA SOIL 300 0.5 0.2 0.1 0 10\n", "check soil layer parameters"},
+                      BadParameter{"A RB\nA STORAGE 400 0 0\n", "check storage layer parameters"},
+                      BadParameter{"A RB\nA STORAGE 400 inf 0\n", "check storage layer parameters"},
+                      BadParameter{"A VS\nA SURFACE 100 0 0 1 2\n", "check swale surface parameters"},
+                      BadParameter{"A VS\nA SURFACE 100 0 0.1 0 2\n", "check swale surface parameters"},
+                      BadParameter{"A VS\nA SURFACE 0 0 0.1 1 2\n", "check swale surface parameters"},
+                      // the storage line of a roof is tested before the mat takes its place
+                      BadParameter{"A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\nA STORAGE 9 0 0\n",
+                                   "check storage layer parameters"}));
+
+TEST(Validation, PhrasesStandOnceEachAndInOrder) {
+    const std::string report = getOpenReport("A PP\nA PAVEMENT 100 0 0\nA SOIL 300 0 0.2 0.1 0 10\nA STORAGE 400 0 0\n");
+    const std::string head = "ERROR 703: invalid parameter value for LID A - check ";
+    EXPECT_EQ(report, getError(head + "pavement layer parameters.") + getError(head + "soil layer parameters.") +
+                          getError(head + "storage layer parameters."));
+}
+
+TEST(Validation, SoilOfNoDepthIsNotTested) {
+    EXPECT_EQ(getOpenReport("A RB\nA SOIL 0 0 0 0 0 0\n"), "");
+}
+
+TEST(Validation, AlphaOfASurfaceIsThatOfManning) {
+    const OpenLids open(withLids("A RB\nA SURFACE 100 0 0.25 4 0\nB RB\nB SURFACE 100 0 0 4 0\nC VS\n"
+                                 "C SURFACE 100 0 0.5 9 0\n"));
+    ASSERT_EQ(open.code, 0);
+    EXPECT_NEAR(Lids[0].surfaceAlpha, 0.2 / 0.25, TINY);
+    EXPECT_EQ(Lids[1].surfaceAlpha, 0.0);
+    EXPECT_NEAR(Lids[2].surfaceAlpha, 0.3 / 0.5, TINY);
+}
+
+TEST(Validation, MatLiesOnTheSlopeOfTheSurface) {
+    const OpenLids open(
+        withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\nA SURFACE 0 0 0.5 4 0\n"));
+    EXPECT_NEAR(Lids[0].matAlpha, 0.2 / 0.1, 1e-14);
+}
+
+TEST(Validation, MatWithoutRoughnessHasNoAlpha) {
+    const OpenLids open(
+        withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0\nA SURFACE 0 0 0.5 4 0\n"));
+    EXPECT_EQ(Lids[0].matAlpha, 0.0);
+}
+
+TEST(Validation, StorageWithoutThicknessIsAllVoidAndLetsTheDrainLieOnTheFloor) {
+    const OpenLids open(withLids("A BC\nA SOIL 300 0.5 0.2 0.1 36 10\nA STORAGE 0 0.5 36\nA DRAIN 1 0.5 50\n"));
+    ASSERT_EQ(open.code, 0);
+    EXPECT_EQ(Lids[0].storageVoid, 1.0);
+    EXPECT_EQ(Lids[0].drainOffset, 0.0);
+    EXPECT_NEAR(Lids[0].storageRate, 1e-5, 1e-20);
+}
+
+TEST(Validation, BarrelIsAllVoidAndTight) {
+    const OpenLids open(withLids("A RB\nA STORAGE 1000 0.5 36\n"));
+    EXPECT_EQ(Lids[0].storageVoid, 1.0);
+    EXPECT_EQ(Lids[0].storageRate, 0.0);
+    EXPECT_EQ(Lids[0].storageDepth, 1.0);
+}
+
+TEST(Validation, MatStandsInForTheStorageOfARoof) {
+    LidProject project =
+        withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.4 0.1\nA STORAGE 400 1 36\nA DRAIN 1 1 5\n");
+    project.decay = "A LID P FIRST 1 \"\" DRAINMAT\nA LID Q FIRST 2 \"\" DRAINMAT\n";
+    const OpenLids open(project);
+    ASSERT_EQ(open.code, 0);
+    EXPECT_EQ(Lids[0].storageDepth, Lids[0].matDepth);
+    EXPECT_EQ(Lids[0].storageVoid, 0.4);
+    EXPECT_EQ(Lids[0].storageRate, 0.0);
+    EXPECT_EQ(Lids[0].drainOffset, 0.005) << "the storage line has a thickness, so the drain keeps its height";
+    EXPECT_EQ(Lids[0].storageDecay[0].kind, FIRST_ORDER);
+    EXPECT_EQ(Lids[0].storageDecay[0].rate, 1.0 / 86400.0);
+    EXPECT_EQ(Lids[0].storageDecay[1].kind, -1) << "only the first pollutant follows the mat";
+}
+
+TEST(Validation, RoofWithoutAStorageLineLetsTheDrainLieOnTheFloor) {
+    const OpenLids open(withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.4 0.1\nA DRAIN 1 1 5\n"));
+    EXPECT_EQ(Lids[0].drainOffset, 0.0);
+}
+
+TEST(Validation, MatWithoutARuleWipesTheFirstOfTheStorage) {
+    LidProject project = withLids(GOOD[LID_GR]);
+    project.decay = "A LID P FIRST 1 \"\" STORAGE\nA LID Q FIRST 2 \"\" STORAGE\n";
+    const OpenLids open(project);
+    EXPECT_EQ(Lids[0].storageDecay[0].kind, -1);
+    EXPECT_EQ(Lids[0].storageDecay[1].kind, FIRST_ORDER);
+}
+
+TEST(Validation, RoofWithoutPollutantsPasses) {
+    LidProject project = withLids(GOOD[LID_GR]);
+    project.pollutants = "";
+    EXPECT_EQ(openProject(project.text()).code, 0);
+}
+
+TEST(Validation, VoidOfAMatIsNotTested) {
+    EXPECT_EQ(getOpenReport("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0 0.1\n"), "");
+    EXPECT_EQ(getOpenReport("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 9 0.1\n"), "");
+}
+
+// --- validation of units -------------------------------------------------------------------------------------------
+
+TEST(UnitValidation, AreaIsSummedAndAFullCoverIsMadeExact) {
+    const std::vector<std::pair<std::string, double>> cases = {{"S A 400 1 0 0\nS A 600 1 0 0\n", 1000.0},
+                                                               {"S A 9990 1 0 0\n", 9990.0},
+                                                               {"S A 9991 1 0 0\n", 10000.0},
+                                                               {"S A 10009 1 0 0\n", 10000.0}};
+    for (const auto& [groups, lidArea] : cases) {
+        LidProject project = withLids("A RB\n");
+        project.groups = groups;
+        const OpenLids open(project);
+        ASSERT_EQ(open.code, 0) << groups;
+        EXPECT_EQ(Subcatches[0].lidArea, lidArea) << groups;
+    }
+}
+
+TEST(UnitValidation, UnitsWithoutANodeDrainToTheOutletAndSaturationIsLimited) {
+    LidProject project = withLids("A RB\n");
+    project.groups = "S A 1 1 150 0\nS A 1 1 0 0 DRAIN\n";
+    const OpenLids open(project);
+    EXPECT_EQ(LidUnits[0].drainNode, 0);
+    EXPECT_EQ(LidUnits[0].initialSaturation, 1.0);
+    EXPECT_EQ(LidUnits[1].drainNode, 1);
+}
+
+TEST(UnitValidation, ErrorsGoUnitByUnitThenAreaThenShare) {
+    LidProject project = withLids(GOOD[LID_VS]);
+    project.groups = "S A 9000 0 0 60\nS A 9000 0 0 60\n";
+    const OpenResult result = openProject(project.text());
+    const std::string width = getError("ERROR 703: invalid parameter value for LID A - invalid swale width.");
+    EXPECT_EQ(result.report, width + width +
+                                 getError("ERROR 705: LID area exceeds total area for Subcatchment S.") +
+                                 getError("ERROR 707: LID capture area exceeds total area for Subcatchment S."));
+    EXPECT_EQ(result.code, 707);
+}
+
+TEST(UnitValidation, AreaMayExceedByAThousandth) {
+    LidProject project = withLids("A RB\n");
+    project.groups = "S A 10010 1 0 0\n";
+    EXPECT_EQ(openProject(project.text()).code, 10010.0 > 10000.0 * 1.001 ? 705 : 0);
+    project.groups = "S A 10010.1 1 0 0\n";
+    EXPECT_EQ(openProject(project.text()).code, 705);
+}
+
+TEST(UnitValidation, SharesMaySumToAThousandthMore) {
+    LidProject project = withLids("A RB\n");
+    project.groups = "S A 1 1 0 100.1\n";
+    EXPECT_EQ(openProject(project.text()).code, 0);
+    project.groups = "S A 1 1 0 100.2\n";
+    EXPECT_EQ(openProject(project.text()).code, 707);
+}
+
+TEST(UnitValidation, ComesBeforeTheTimeSteps) {
+    LidProject project = withLids("A BC\n");
+    project.options = "RUNOFF_STEP 0:00:30\n";
+    EXPECT_EQ(openProject(project.text()).report,
+              getError("ERROR 701: missing layer for LID A.") +
+                  getError("ERROR 179: runoff time step is less than routing time step."));
+}
+
+}  // namespace
