@@ -76,6 +76,7 @@ if stage "Build release with gcc" build release; then
     stage "Tests of the release build" run_tests release
     stage "Examples" run_examples
 fi
+stage "Platform sources for Windows" scripts/check-windows.sh
 if stage "Build with clang and the sanitizers" build sanitize; then
     stage "Tests with the sanitizers" run_tests sanitize
     if compgen -G 'build/sanitize/fuzz_*' >/dev/null; then
