@@ -4,7 +4,9 @@
 
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
+#include "engine/arena.h"
 #include "support/engines.h"
+#include "support/lines.h"
 
 /// A junction with a connection C to node S, and a connection D from there to an outfall.
 static const std::string Frame =
@@ -124,4 +126,52 @@ TEST(VornLines, BehindAWrongDefinitionGoWithIt) {
 TEST(CoupledLines, OfBothKindsHaveRunningNodesOfTheirOwn) {
     const std::string report = readSections("[SWMM_INPS]\nS m.inp NO\n[VORN_INPS]\nINFLUENT I C CV\n");
     EXPECT_NE(report.find("ERROR 217: invalid input line "), std::string::npos) << report;
+}
+
+// --- memory --------------------------------------------------------------------------------------------------------
+
+TEST(CoupledMemory, ThatIsMissingRefusesTheLine) {
+    CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp NO\n[VORN_INPS]\nV m.sti NO\n");
+    p.model("m.inp", getPassingModel(4)).model("m.sti", getPassingPlant(4));
+    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    const auto readSwmm = [] { return swmm_readParams(tarnvelde_findObject(1, "S"), 0, TokCount); };
+    const auto readVorn = [] { return vorn_readParams(tarnvelde_findObject(1, "V"), 0, TokCount); };
+    for (int request = 1; request <= 2; ++request) {  // the record, and its text
+        arena_failAfter(request);
+        expectLineError("INFLOW IN C", readSwmm, ERR_MEMORY, "");
+        arena_failAfter(request);
+        expectLineError("EFFLUENT E D CV", readVorn, ERR_MEMORY, "");
+    }
+    arena_failAfter(1);
+    expectLineError("S other.inp YES", readSwmm, ERR_MEMORY, "");
+    arena_failAfter(1);
+    expectLineError("V other.sti YES", readVorn, ERR_MEMORY, "");
+    EXPECT_EQ(SwmmNodes[0].outside.inflows.head, nullptr);
+    EXPECT_EQ(VornNodes[0].outside.outflows.head, nullptr);
+    EXPECT_EQ(SwmmNodes[0].outside.saveResults, 0);
+}
+
+TEST(CoupledMemory, ThatIsMissingAtAnyPlaceIsToldAndLeavesNothing) {
+    const std::string text =
+        "[POLLUTANTS]\nA 0\n" + Frame +
+        "CE VORN_EFFLUENT\nCE A CONSTANT 1 1\n[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\nOUTFLOW OUT D\n"
+        "[VORN_INPS]\nV m.sti NO\nINFLUENT I D CV\nEFFLUENT E C CE\n";
+    for (int request = 1; request < 120; ++request) {
+        for (const bool atStart : {false, true}) {
+            CoupledProject p(text);
+            p.model("m.inp", getPassingModel(4, "substances A\n")).model("m.sti", getPassingPlant(4));
+            arena_failAfter(atStart ? 0 : request);
+            int32_t code = p.open();
+            arena_failAfter(atStart ? request : 0);
+            code = code != 0 ? code : tarnvelde_start(0);
+            arena_failAfter(0);
+            EXPECT_TRUE(code == 0 || code == 101 || code == 200) << request << ": " << code;
+            double elapsed;
+            tarnvelde_step(&elapsed);
+            tarnvelde_step(&elapsed);
+            tarnvelde_end();
+            tarnvelde_close();
+            EXPECT_TRUE(p.getCopies().empty());
+        }
+    }
 }
