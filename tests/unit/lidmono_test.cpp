@@ -28,7 +28,9 @@ protected:
     std::string links = "[CONNECTIONS]\nC M OUT NO 0\n";
     std::unique_ptr<ProjectFile> file;
 
-    void SetUp() override { project.lids = "IT IT\nIT STORAGE 500 1 0\n"; }
+    void SetUp() override {
+        project.lids = "IT IT\nIT STORAGE 500 1 0\n";
+    }
 
     std::string getText() {
         LidProject whole = project;
@@ -46,8 +48,12 @@ protected:
         ASSERT_EQ(tarnvelde_start(0), 0);
     }
 
-    static LidMono& unit() { return LidMonos[0]; }
-    static Node& node() { return Nodes[static_cast<size_t>(findMono())]; }
+    static LidMono& unit() {
+        return LidMonos[0];
+    }
+    static Node& node() {
+        return Nodes[static_cast<size_t>(findMono())];
+    }
 
     static int32_t findMono() {
         for (size_t k = 0; k < Nodes.size(); ++k) {
@@ -116,27 +122,26 @@ TEST_P(BadMono, IsTold) {
     EXPECT_EQ(result.report.substr(0, expected.size()), expected);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, BadMono,
-    ::testing::Values(BadLine{"M IT * 100 0 0", "ERROR 203: too few items"},
-                      BadLine{"M X X 0 0 0 0", "ERROR 209: undefined object X"},
-                      BadLine{"M IT X 0 0 0 0", "ERROR 209: undefined object X"},
-                      BadLine{"M IT ** 1 0 0 0", "ERROR 209: undefined object **"},
-                      BadLine{"M IT * 0 0 0 0", "ERROR 211: invalid number 0"},
-                      BadLine{"M IT * nan 0 0 0", "ERROR 211: invalid number nan"},
-                      BadLine{"M IT * 1 -2 0 0", "ERROR 211: invalid number -2"},
-                      BadLine{"M IT * 1 0 x 0", "ERROR 211: invalid number x"},
-                      BadLine{"M IT * 1 0 0 -3", "ERROR 211: invalid number -3"},
-                      BadLine{"M IT * 1 0 0 0 X", "ERROR 209: undefined object X"},
-                      BadLine{"M IT * 1 0 0 0 *", "ERROR 209: undefined object *"},
-                      BadLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object "}));
+INSTANTIATE_TEST_SUITE_P(All, BadMono,
+                         ::testing::Values(BadLine{"M IT * 100 0 0", "ERROR 203: too few items"},
+                                           BadLine{"M X X 0 0 0 0", "ERROR 209: undefined object X"},
+                                           BadLine{"M IT X 0 0 0 0", "ERROR 209: undefined object X"},
+                                           BadLine{"M IT ** 1 0 0 0", "ERROR 209: undefined object **"},
+                                           BadLine{"M IT * 0 0 0 0", "ERROR 211: invalid number 0"},
+                                           BadLine{"M IT * nan 0 0 0", "ERROR 211: invalid number nan"},
+                                           BadLine{"M IT * 1 -2 0 0", "ERROR 211: invalid number -2"},
+                                           BadLine{"M IT * 1 0 x 0", "ERROR 211: invalid number x"},
+                                           BadLine{"M IT * 1 0 0 -3", "ERROR 211: invalid number -3"},
+                                           BadLine{"M IT * 1 0 0 0 X", "ERROR 209: undefined object X"},
+                                           BadLine{"M IT * 1 0 0 0 *", "ERROR 209: undefined object *"},
+                                           BadLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object "}));
 
 TEST_F(MonoTest, UnknownNameIsTold) {
     // The first pass knows the name with its quotes.
     mono = "\"M\" IT * 100 0 0 100\n";
     const std::string text = getText();
-    const std::string expected = getLineError(text, "ERROR 209: undefined object M", "[LID_MONOS]",
-                                              "\"M\" IT * 100 0 0 100");
+    const std::string expected =
+        getLineError(text, "ERROR 209: undefined object M", "[LID_MONOS]", "\"M\" IT * 100 0 0 100");
     EXPECT_NE(openProject(text).report.find(expected), std::string::npos);
 }
 
@@ -163,8 +168,9 @@ TEST_F(MonoTest, StartsAtItsSaturationAndWet) {
 
 TEST_F(MonoTest, MatVoidComesFromTheDefinitionAtTheNodesOwnPlace) {
     // M1 is the second of its kind, so the second definition gives the void.
-    project.lids = "GR GR\nGR SOIL 100 0.5 0.2 0.1 36 10\nGR DRAINMAT 50 0.4 0.1\nX GR\nX SOIL 100 0.5 0.2 0.1 36 10\n"
-                   "X DRAINMAT 50 0.9 0.1\n";
+    project.lids =
+        "GR GR\nGR SOIL 100 0.5 0.2 0.1 36 10\nGR DRAINMAT 50 0.4 0.1\nX GR\nX SOIL 100 0.5 0.2 0.1 36 10\n"
+        "X DRAINMAT 50 0.9 0.1\n";
     mono = "M GR * 100 0 50 100\nM1 GR * 100 0 50 100\nM2 GR * 100 0 50 100\n";
     links += "D M1 OUT NO 0\nE M2 OUT NO 0\n";
     start();
@@ -368,8 +374,8 @@ TEST_F(MonoTest, WaterOfTheNetworkIsKept) {
     const double rain = unit().area * unit().rainDepth, init = unit().area * unit().initialDepth;
     const double in = FlowTotals.externalInflow + rain + init;
     const double lost = unit().area * (unit().infilDepth + unit().evapDepth);
-    EXPECT_NEAR(in + FlowTotals.wetWeatherInflow,
-                FlowTotals.externalOutflow + FlowTotals.delayedVolume + lost + stored, 1e-9);
+    EXPECT_NEAR(in + FlowTotals.wetWeatherInflow, FlowTotals.externalOutflow + FlowTotals.delayedVolume + lost + stored,
+                1e-9);
     EXPECT_GT(rain, 0.0);
 }
 
@@ -392,8 +398,9 @@ TEST_F(MonoTest, SecondRunEqualsTheFirst) {
 // --- results -------------------------------------------------------------------------------------------------------
 
 TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
-    project.lids = "PP PP\nPP SURFACE 50 0.5 0.1 1 0\nPP PAVEMENT 100 0.25 360\nPP SOIL 500 0.5 0.2 0.1 36 10\n"
-                   "PP STORAGE 400 1 0\n";
+    project.lids =
+        "PP PP\nPP SURFACE 50 0.5 0.1 1 0\nPP PAVEMENT 100 0.25 360\nPP SOIL 500 0.5 0.2 0.1 36 10\n"
+        "PP STORAGE 400 1 0\n";
     mono = "M PP G 100 0 0 100\n";
     start();
     Gages[0].reportRain = 1e-6;
@@ -419,11 +426,25 @@ TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
     u.thisPavementMass[1] = 16.0;
     float row[11 + 8];
     lidmono_getResults(findMono(), 0.25, row);
-    const double expected[] = {1.25, 3.5, 3.6, 6.0, 7.25, 9.0, 10.5, 0.1, 0.4, 0.2, 0.0,
-                               0.0, (0.75 * 1.0 + 0.25 * 2.0) / (0.5 * 0.1 * 100.0) * 1000.0,
-                               0.0, 0.25 * 4.0 / (0.5 * 0.4 * 100.0) * 1000.0,  // porosity, and not the depth
-                               0.0, 0.25 * 8.0 / (0.5 * 0.2 * 100.0) * 1000.0,
-                               0.0, 0.0};  // an empty layer has no concentration
+    const double expected[] = {1.25,
+                               3.5,
+                               3.6,
+                               6.0,
+                               7.25,
+                               9.0,
+                               10.5,
+                               0.1,
+                               0.4,
+                               0.2,
+                               0.0,
+                               0.0,
+                               (0.75 * 1.0 + 0.25 * 2.0) / (0.5 * 0.1 * 100.0) * 1000.0,
+                               0.0,
+                               0.25 * 4.0 / (0.5 * 0.4 * 100.0) * 1000.0,  // porosity, and not the depth
+                               0.0,
+                               0.25 * 8.0 / (0.5 * 0.2 * 100.0) * 1000.0,
+                               0.0,
+                               0.0};  // an empty layer has no concentration
     for (size_t k = 0; k < 19; ++k) {
         EXPECT_FLOAT_EQ(row[k], static_cast<float>(expected[k])) << k;
     }
@@ -461,46 +482,51 @@ TEST_F(MonoTest, ReportTablesOfUnitsAndNodes) {
     ASSERT_EQ(stepToEnd(), 0);
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string report = file->getReport();
-    const std::string dashes7 = "\n  ---------------- ---------------- ---------------- ---------------- ---------------- "
-                                "---------------- ---------------- ---------------- ----------------";
+    const std::string dashes7 =
+        "\n  ---------------- ---------------- ---------------- ---------------- ---------------- "
+        "---------------- ---------------- ---------------- ----------------";
     const std::string dashes6 = dashes7.substr(0, dashes7.size() - 17);
-    EXPECT_EQ(getTable(report, "Subcatchment LID Performance Summary"),
-              "\n  Subcatchment LID Performance Summary\n  ************************************"
-              "\n                                              Inflow            Evap.           Infil.  Surface Outflow"
-              "    Drain Outflow    Init. Storage    Final Storage"
-              "\n  Subcatchment     LID Process                    mm               mm               mm               mm"
-              "               mm               mm               mm" +
-                  dashes7 +
-                  "\n  S                IT                          0.000            0.000            0.000            0.000"
-                  "            0.000           50.000           50.000");
-    EXPECT_EQ(getTable(report, "Subcatchment LID Water Quality Summary"),
-              "\n  Subcatchment LID Water Quality Summary\n  **************************************"
-              "\n                                              Inflow           Infil.  Surface Outflow    Drain Outflow"
-              "          Removed    Final Storage"
-              "\n  Subcatchment     LID Process                    kg               kg               kg               kg"
-              "               kg               kg" +
-                  dashes6 + "\n  *P*" +
-                  "\n  S                IT                          0.000            0.000            0.000            0.000"
-                  "            0.000            0.000");
+    EXPECT_EQ(
+        getTable(report, "Subcatchment LID Performance Summary"),
+        "\n  Subcatchment LID Performance Summary\n  ************************************"
+        "\n                                              Inflow            Evap.           Infil.  Surface Outflow"
+        "    Drain Outflow    Init. Storage    Final Storage"
+        "\n  Subcatchment     LID Process                    mm               mm               mm               mm"
+        "               mm               mm               mm" +
+            dashes7 +
+            "\n  S                IT                          0.000            0.000            0.000            0.000"
+            "            0.000           50.000           50.000");
+    EXPECT_EQ(
+        getTable(report, "Subcatchment LID Water Quality Summary"),
+        "\n  Subcatchment LID Water Quality Summary\n  **************************************"
+        "\n                                              Inflow           Infil.  Surface Outflow    Drain Outflow"
+        "          Removed    Final Storage"
+        "\n  Subcatchment     LID Process                    kg               kg               kg               kg"
+        "               kg               kg" +
+            dashes6 + "\n  *P*" +
+            "\n  S                IT                          0.000            0.000            0.000            0.000"
+            "            0.000            0.000");
     // Five steps of 0.6 m3; the final storage is that before the last. The first load meets a dry storage and is lost.
-    EXPECT_EQ(getTable(report, "LID Monomer Performance Summary"),
-              "\n  LID Monomer Performance Summary\n  *******************************"
-              "\n                                         Tot. Inflow            Evap.           Infil.  Surface Outflow"
-              "    Drain Outflow    Init. Storage    Final Storage"
-              "\n  Node             LID Process                    m3               m3               m3               m3"
-              "               m3               m3               m3" +
-                  dashes7 +
-                  "\n  M                IT                          3.000            0.000            0.000            0.000"
-                  "            0.000            0.000            2.400");
-    EXPECT_EQ(getTable(report, "LID Monomer Water Quality Summary"),
-              "\n  LID Monomer Water Quality Summary\n  *********************************"
-              "\n                                         Tot. Inflow           Infil.  Surface Outflow    Drain Outflow"
-              "          Reacted    Final Storage"
-              "\n  Node             LID Process                    kg               kg               kg               kg"
-              "               kg               kg" +
-                  dashes6 + "\n  *P*" +
-                  "\n  M                IT                          1.500            0.000            0.000            0.000"
-                  "            0.000            1.200");
+    EXPECT_EQ(
+        getTable(report, "LID Monomer Performance Summary"),
+        "\n  LID Monomer Performance Summary\n  *******************************"
+        "\n                                         Tot. Inflow            Evap.           Infil.  Surface Outflow"
+        "    Drain Outflow    Init. Storage    Final Storage"
+        "\n  Node             LID Process                    m3               m3               m3               m3"
+        "               m3               m3               m3" +
+            dashes7 +
+            "\n  M                IT                          3.000            0.000            0.000            0.000"
+            "            0.000            0.000            2.400");
+    EXPECT_EQ(
+        getTable(report, "LID Monomer Water Quality Summary"),
+        "\n  LID Monomer Water Quality Summary\n  *********************************"
+        "\n                                         Tot. Inflow           Infil.  Surface Outflow    Drain Outflow"
+        "          Reacted    Final Storage"
+        "\n  Node             LID Process                    kg               kg               kg               kg"
+        "               kg               kg" +
+            dashes6 + "\n  *P*" +
+            "\n  M                IT                          1.500            0.000            0.000            0.000"
+            "            0.000            1.200");
 }
 
 TEST_F(MonoTest, TablesAppearByWhatTheProjectHas) {

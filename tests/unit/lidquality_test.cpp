@@ -240,7 +240,8 @@ TEST_F(QualityTest, TrenchHasNoSoil) {
 }
 
 TEST_F(QualityTest, SteadyColumnKeepsItsMass) {
-    // Each layer at 100 mg/L, and 100 mg/L coming with the water that passes: nothing changes, and all that comes leaves.
+    // Each layer at 100 mg/L, and 100 mg/L coming with the water that passes: nothing changes, and all that comes
+    // leaves.
     lid.type = LID_BC;
     setLevels({0.1, 0.4, 0.2, 0.0});
     unit.lastSurfaceMass[0] = 1.0;
