@@ -6,6 +6,8 @@
 // Exit status: 0 on success, 1 when the engine reports an error, 2 on wrong usage.
 
 #include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
 #include <string>
 
 #include "check.h"
@@ -34,8 +36,7 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output");
 }
 
-int main(int argumentCount, char** arguments) {
-    console_openStreams();
+static int runCommand(int argumentCount, char** arguments) {
     CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
     app.require_subcommand(1);
@@ -54,4 +55,14 @@ int main(int argumentCount, char** arguments) {
         return app.exit(error) == 0 ? EXIT_DONE : EXIT_WRONG_USAGE;
     }
     return check->parsed() ? check_execute(checkedModel) : run_execute(request);
+}
+
+int main(int argumentCount, char** arguments) {
+    console_openStreams();
+    try {
+        return runCommand(argumentCount, arguments);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tarnvelde: %s\n", error.what());
+        return EXIT_ENGINE_ERROR;
+    }
 }

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <string>
 
@@ -24,7 +25,7 @@ static std::string formatTimeLeft(double seconds) {
     if (!(seconds < 360000.0)) {
         return "more than 100 h left";
     }
-    const int whole = static_cast<int>(seconds + 0.5);
+    const int whole = static_cast<int>(std::lround(seconds));
     char text[32];
     if (whole >= 3600) {
         std::snprintf(text, sizeof text, "%d:%02d:%02d left", whole / 3600, whole / 60 % 60, whole % 60);

@@ -57,7 +57,7 @@ static bool isAmbiguous(const ProjectFiles& files, const std::string& results) {
            files_isSame(files.report, results);
 }
 
-int run_execute(RunRequest request) {
+int run_execute(const RunRequest& request) {
     const ProjectFiles files{request.model,
                              request.report.empty() ? files_replaceExtension(request.model, ".rpt") : request.report,
                              request.results.empty() ? files_replaceExtension(request.model, ".bin") : request.results};

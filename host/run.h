@@ -13,4 +13,4 @@ struct RunRequest {
 };
 
 /// Runs the simulation; the exit status.
-int run_execute(RunRequest request);
+int run_execute(const RunRequest& request);

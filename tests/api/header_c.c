@@ -1,5 +1,7 @@
 /* The header serves a C compiler as it is, first in its file and twice. */
 #include "tarnvelde.h"
+
+/* again */
 #include "tarnvelde.h"
 
 int32_t header_callFromC(void);

@@ -22,9 +22,7 @@ struct TempFolder {
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
-    std::string file(const std::string& name) const {
-        return (path / name).string();
-    }
+    std::string file(const std::string& name) const { return (path / name).string(); }
 
     std::string write(const std::string& name, const std::string& text) const {
         std::ofstream(path / name, std::ios::binary) << text;
