@@ -387,7 +387,9 @@ protected:
     LidProject project;
     std::unique_ptr<ProjectFile> file;
 
-    void SetUp() override { project.lids = "RB RB\nRB STORAGE 1000 1 0\nRB DRAIN 36 1 0 6\n"; }
+    void SetUp() override {
+        project.lids = "RB RB\nRB STORAGE 1000 1 0\nRB DRAIN 36 1 0 6\n";
+    }
 
     void start() {
         file = std::make_unique<ProjectFile>(project.text());
@@ -396,7 +398,9 @@ protected:
         RunoffVolumes = RunoffVolumesRecord{};
     }
 
-    static Subcatch& subcatch() { return Subcatches[0]; }
+    static Subcatch& subcatch() {
+        return Subcatches[0];
+    }
 };
 
 TEST_F(Group, UnitsStartAtTheirSaturation) {
@@ -672,9 +676,9 @@ RunOutcome runStarted(ProjectFile& file) {
     EXPECT_EQ(stepToEnd(), 0);
     RunOutcome outcome;
     for (const LidUnit& unit : LidUnits) {
-        outcome.states.insert(outcome.states.end(),
-                              {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel, unit.pavementLevel,
-                               unit.inflowDepth, unit.drainDepth, unit.finalLoad[0], unit.reactedLoad[0], unit.dryTime});
+        outcome.states.insert(outcome.states.end(), {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel,
+                                                     unit.pavementLevel, unit.inflowDepth, unit.drainDepth,
+                                                     unit.finalLoad[0], unit.reactedLoad[0], unit.dryTime});
     }
     EXPECT_EQ(tarnvelde_report(), 0);
     outcome.report = file.getReport();
