@@ -172,7 +172,7 @@ static int32_t scanParts(const char* text, int32_t namePlace, int32_t parts[3]) 
             ++count;
         }
         if (k == namePlace) {
-            char name[4];
+            char name[4] = {};
             if (!scanName(text, name)) {
                 return count;
             }

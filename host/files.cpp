@@ -1,0 +1,53 @@
+// Names of the files of a run: defaults beside the model, and a look at names that would cost the user a file.
+
+#include "files.h"
+
+#include <stdlib.h>
+
+#include <filesystem>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+std::string files_replaceExtension(const std::string& model, const char* extension) {
+    return fs::path(model).replace_extension(extension).string();
+}
+
+std::string files_findLongName(const ProjectFiles& files) {
+    for (const std::string& name : {files.model, files.report, files.results}) {
+        if (name.size() > LONGEST_NAME) {
+            return name;
+        }
+    }
+    return {};
+}
+
+bool files_isSame(const std::string& first, const std::string& second) {
+    std::error_code error;
+    if (first == second || fs::equivalent(first, second, error)) {
+        return true;
+    }
+    error.clear();
+    const fs::path firstPath = fs::weakly_canonical(first, error);
+    return !error && firstPath == fs::weakly_canonical(second, error);
+}
+
+bool files_exists(const std::string& name) {
+    std::error_code error;
+    return fs::exists(name, error);
+}
+
+std::string files_makeTemporaryFolder() {
+    std::error_code error;
+    fs::path base = fs::temp_directory_path(error);
+    if (error) {
+        base = "/tmp";
+    }
+    std::string folder = (base / "tarnvelde-XXXXXX").string();
+    return mkdtemp(folder.data()) ? folder : std::string();
+}
+
+void files_removeFolder(const std::string& folder) {
+    std::error_code error;
+    fs::remove_all(folder, error);
+}

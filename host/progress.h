@@ -1,0 +1,20 @@
+#pragma once
+// A bar on standard error that shows how far a run is and how long it will take. Nothing is drawn where standard error
+// is no terminal.
+
+#include <chrono>
+
+struct Progress {
+    bool isShown;
+    double totalDays;  ///< d, length of the simulation
+    std::chrono::steady_clock::time_point begin;
+    std::chrono::steady_clock::time_point lastDrawing;
+};
+
+Progress progress_begin(double totalDays);
+
+/// The simulation has reached `days` since its start. Draws now and then, not at every call.
+void progress_update(Progress& progress, double days);
+
+/// Takes the bar away, so that what is printed next has the line for itself.
+void progress_end(Progress& progress);

@@ -1,0 +1,94 @@
+// A whole simulation. Where the engine's own run does all that is asked for, it is left to it, progress lines included.
+// Otherwise the host takes the engine through the same calls itself, in silence, with a bar on standard error.
+
+#include "run.h"
+
+#include <cstdint>
+#include <cstdio>
+
+#include "console.h"
+#include "files.h"
+#include "messages.h"
+#include "progress.h"
+#include "status.h"
+#include "tarnvelde.h"
+
+static constexpr int32_t SAVE_TO_FILE = 1;
+static constexpr int32_t SAVE_TO_DATABASE = 2;
+static constexpr int32_t CODE_SAME_NAMES = 301;
+
+/// Steps the started run to its end; the first code other than 0 ends it early.
+static int32_t stepToEnd() {
+    double startDate = 0.0;
+    double endDate = 0.0;
+    tarnvelde_getDateTime(&startDate, &endDate);
+    Progress progress = progress_begin(endDate - startDate);
+    int32_t code = 0;
+    double days = 0.0;
+    do {
+        code = tarnvelde_step(&days);
+        progress_update(progress, days);
+    } while (code == 0 && days > 0.0);
+    progress_end(progress);
+    return code;
+}
+
+static int32_t stepProject(const ProjectFiles& files, int32_t saveMode) {
+    int32_t code = tarnvelde_open(files.model.c_str(), files.report.c_str(), files.results.c_str());
+    if (code == 0) {
+        code = tarnvelde_start(saveMode);
+        if (code == 0) {
+            code = stepToEnd();
+        }
+        tarnvelde_report();
+        const int32_t endCode = tarnvelde_end();
+        code = code != 0 ? code : endCode;
+    }
+    tarnvelde_close();
+    // The close itself always gives 0, though its commit of the database may have failed. The error is sticky, and a
+    // report, which writes nothing on a closed project, hands it out.
+    const int32_t closeCode = tarnvelde_report();
+    return code != 0 ? code : closeCode;
+}
+
+/// Whether any two of the files of a run are one; `results` is where its results go.
+static bool isAmbiguous(const ProjectFiles& files, const std::string& results) {
+    return files_isSame(files.model, files.report) || files_isSame(files.model, results) ||
+           files_isSame(files.report, results);
+}
+
+int run_execute(const RunRequest& request) {
+    const ProjectFiles files{request.model,
+                             request.report.empty() ? files_replaceExtension(request.model, ".rpt") : request.report,
+                             request.results.empty() ? files_replaceExtension(request.model, ".bin") : request.results};
+    const std::string results = request.toDatabase ? files_replaceExtension(request.model, ".db") : files.results;
+    if (const std::string name = files_findLongName(files); !name.empty()) {
+        std::fprintf(stderr, "tarnvelde: a file name of more than %zu bytes: %s\n", LONGEST_NAME, name.c_str());
+        return EXIT_WRONG_USAGE;
+    }
+    if (isAmbiguous(files, results)) {
+        messages_show(CODE_SAME_NAMES, files, false);
+        return EXIT_ENGINE_ERROR;
+    }
+    int32_t code = 0;
+    if (request.isQuiet || request.toDatabase) {
+        const int saved = console_silence();
+        code = stepProject(files, request.toDatabase ? SAVE_TO_DATABASE : SAVE_TO_FILE);
+        console_restore(saved);
+    } else {
+        code = tarnvelde_run(files.model.c_str(), files.report.c_str(), files.results.c_str());
+        std::printf("\n");  // the engine's last line has no end
+        std::fflush(stdout);
+    }
+    if (code != 0) {
+        messages_show(code, files, false);
+        return EXIT_ENGINE_ERROR;
+    }
+    if (!request.isQuiet) {
+        std::printf("  Report:  %s\n", files.report.c_str());
+        if (files_exists(results)) {
+            std::printf("  Results: %s\n", results.c_str());
+        }
+    }
+    return EXIT_DONE;
+}

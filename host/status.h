@@ -1,0 +1,8 @@
+#pragma once
+// The exit statuses of the program.
+
+enum ExitStatus : int {
+    EXIT_DONE = 0,
+    EXIT_ENGINE_ERROR = 1,  ///< the engine reported an error
+    EXIT_WRONG_USAGE = 2,
+};

@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# The formatter on every source, and the linter on the sources that changed.
+# scripts/check-style.sh [BASE]: what differs from the commit BASE is what changed. Without one, BASE is where this branch
+# left origin/main; on origin/main itself, and without one, the last ten commits count. Needs build/sanitize.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+status=0
+
+mapfile -t sources < <(git ls-files --cached --others --exclude-standard -- '*.cpp' '*.h' '*.c' | sort)
+if ! clang-format-14 --dry-run --Werror "${sources[@]}"; then
+    echo "Not in the house format. To mend it: clang-format-14 -i FILE..." >&2
+    status=1
+fi
+
+base=${1:-}
+if [ -z "$base" ]; then
+    base=$(git merge-base HEAD origin/main 2>/dev/null || true)
+    if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; then
+        base=$(git rev-list --max-count=11 HEAD | tail -n 1)
+        # A history shorter than that: everything is new.
+        [ "$(git rev-list --count HEAD)" -gt 10 ] || base=$(git hash-object -t tree /dev/null)
+    fi
+fi
+# A header is linted through the source of the same name.
+mapfile -t changed < <({ git diff --name-only --diff-filter=d "$base" -- '*.cpp' '*.h'
+                         git ls-files --others --exclude-standard -- '*.cpp' '*.h'; } |
+    sed 's/\.h$/.cpp/' | sort -u | while read -r file; do [ ! -f "$file" ] || echo "$file"; done)
+if [ ${#changed[@]} -gt 0 ]; then
+    echo "clang-tidy on ${#changed[@]} sources"
+    if ! printf '%s\n' "${changed[@]}" |
+        xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/sanitize --quiet --warnings-as-errors='*' 2>/dev/null; then
+        status=1
+    fi
+fi
+exit $status

@@ -1,0 +1,31 @@
+#!/usr/bin/env bash
+# Runs an example: scripts/run-example.sh [NAME], NAME being a folder of examples/ (interceptor if none is given).
+# Installs what is missing, builds the program, runs it, and shows its report. Results stay in build/examples/NAME.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+name=${1:-interceptor}
+model=$root/examples/$name/$name.inp
+if [ ! -f "$model" ]; then
+    echo "There is no example $name. Examples:" >&2
+    for folder in "$root"/examples/*/; do
+        [ ! -f "$folder/$(basename "$folder").inp" ] || echo "  $(basename "$folder")" >&2
+    done
+    exit 2
+fi
+
+"$root/scripts/install.sh"
+cd "$root"
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+echo "Building into build/release ..."
+if ! { cmake --preset release && cmake --build --preset release --target tarnvelde_host; } >"$log" 2>&1; then
+    cat "$log" >&2
+    exit 1
+fi
+
+out=build/examples/$name
+mkdir -p "$out"
+build/release/tarnvelde run "examples/$name/$name.inp" --report "$out/$name.rpt" --results "$out/$name.bin"
+echo
+cat "$out/$name.rpt"
+echo

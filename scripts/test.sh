@@ -1,0 +1,90 @@
+#!/usr/bin/env bash
+# Everything that must pass before a change lands: both builds with all tests, the examples as a newcomer starts them,
+# half a minute of fuzzing, the formatter and the linter. Starts from a bare Debian 12. The last line counts the tests of
+# both builds.
+set -uo pipefail
+cd "$(dirname "$0")/.."
+passed=0
+failed=0
+broken=0 # stages that aren't counted as tests
+
+# stage TEXT COMMAND...: runs a stage, says what it does and how long it took.
+stage() {
+    local text=$1 start=$SECONDS
+    shift
+    printf '\n== %s\n' "$text"
+    if "$@"; then
+        printf '== %s: done in %d s\n' "$text" $((SECONDS - start))
+    else
+        printf '== %s: FAILED after %d s\n' "$text" $((SECONDS - start))
+        broken=$((broken + 1))
+        return 1
+    fi
+}
+
+build() { cmake --preset "$1" >/dev/null && cmake --build --preset "$1"; }
+
+# run_tests PRESET: ctest, its counts added up.
+run_tests() {
+    local log status total bad
+    log=$(mktemp)
+    ctest --preset "$1" -j "$(nproc)" 2>&1 | tee "$log"
+    status=${PIPESTATUS[0]}
+    read -r bad total < <(sed -n 's/.*tests passed, \([0-9]*\) tests failed out of \([0-9]*\).*/\1 \2/p' "$log" | tail -n 1)
+    rm -f "$log"
+    failed=$((failed + ${bad:-0}))
+    passed=$((passed + ${total:-0} - ${bad:-0}))
+    return "$status"
+}
+
+run_examples() {
+    local model name status=0
+    for model in examples/*/*.inp; do
+        name=$(basename "$(dirname "$model")")
+        [ "$(basename "$model")" = "$name.inp" ] || continue
+        if scripts/run-example.sh "$name" >/dev/null && grep -q 'Flow Routing Continuity' "build/examples/$name/$name.rpt"; then
+            echo "example $name: runs"
+        else
+            echo "example $name: FAILED"
+            status=1
+        fi
+    done
+    return $status
+}
+
+# Half a minute for all fuzzers together. What they find stays in build/sanitize.
+run_fuzzers() {
+    local fuzzers=(build/sanitize/fuzz_*) fuzzer name corpus options status=0 folder
+    folder=$(mktemp -d) # a fuzzer leaves without clearing up
+    for fuzzer in "${fuzzers[@]}"; do
+        corpus=build/sanitize/corpus/$(basename "$fuzzer")
+        mkdir -p "$corpus"
+        name=${fuzzer##*/fuzz_}
+        options=(-max_total_time=$((30 / ${#fuzzers[@]})) -timeout=20 -rss_limit_mb=0 -verbosity=0 -print_final_stats=1)
+        [ ! -f "tests/fuzz/$name.dict" ] || options+=(-dict="tests/fuzz/$name.dict")
+        [ ! -d "tests/fuzz/$name" ] || cp -n tests/fuzz/"$name"/* "$corpus"
+        TMPDIR=$folder ASAN_OPTIONS=allocator_may_return_null=1 \
+            "$fuzzer" "${options[@]}" -artifact_prefix=build/sanitize/ "$corpus" 2>&1 | tail -n 40
+        [ "${PIPESTATUS[0]}" -eq 0 ] || status=1
+    done
+    rm -rf "$folder"
+    return $status
+}
+
+stage "Install what is missing" scripts/install.sh || { echo "0 passed, 0 failed"; exit 1; }
+if stage "Build release with gcc" build release; then
+    stage "Tests of the release build" run_tests release
+    stage "Examples" run_examples
+fi
+if stage "Build with clang and the sanitizers" build sanitize; then
+    stage "Tests with the sanitizers" run_tests sanitize
+    if compgen -G 'build/sanitize/fuzz_*' >/dev/null; then
+        stage "Fuzzing" run_fuzzers
+    fi
+    stage "Formatter and linter" scripts/check-style.sh
+fi
+
+printf '\n'
+[ "$broken" -eq 0 ] || echo "$broken stages failed, see above"
+echo "$passed passed, $failed failed"
+[ "$broken" -eq 0 ] && [ "$failed" -eq 0 ]

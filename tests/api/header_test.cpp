@@ -1,0 +1,11 @@
+// The header, seen from C.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+extern "C" int32_t header_callFromC();
+
+TEST(Header, ServesC) {
+    EXPECT_EQ(header_callFromC(), 0);
+}

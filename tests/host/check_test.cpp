@@ -1,0 +1,85 @@
+// `tarnvelde check`: errors with their places, and nothing left behind.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "program.h"
+
+using testing::HasSubstr;
+
+static size_t countFiles(const std::filesystem::path& folder) {
+    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
+TEST(HostCheck, GoodProjectGivesZero) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    const ProcessResult result = runProgram({"check", model});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, model + ": no errors\n");
+    EXPECT_EQ(result.err, "");
+}
+
+TEST(HostCheck, EachErrorIsShownWithItsPlace) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", BAD_PROJECT);
+    const ProcessResult result = runProgram({"check", model});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err,
+              "ERROR 209: undefined object NOWHERE at line 6 of [PIPES] section:\n"
+              "  P1 J1 NOWHERE NO 300 1 0.2 0\n"
+              "ERROR 203: too few items at line 7 of [PIPES] section:\n"
+              "  ERROR J1 O1\n"
+              "ERROR 211: invalid number 3OO at line 8 of [PIPES] section:\n"
+              "  P3 J1 O1 NO 3OO 1 0.2 0\n"
+              "tarnvelde: " +
+                  model + ": the engine ended with code 200\n");
+}
+
+TEST(HostCheck, ErrorsOfTheWholeNetworkAreShown) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"check", folder.write("model.inp",
+                                                                   "[GENERAL]\n"
+                                                                   "END_DATE 2024/01/02\n"
+                                                                   "[JUNCTIONS]\n"
+                                                                   "ALONE\n")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 137: Node ALONE has no downstream link.\n"));
+    EXPECT_THAT(result.err, HasSubstr("code 137\n"));
+}
+
+TEST(HostCheck, LineOfGeneralIsShownWithoutALineFeedOfItsOwn) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"check", folder.write("model.inp",
+                                                                   "[GENERAL]\n"
+                                                                   "STRAT_DATE 2024/01/02\n"
+                                                                   "ROUTING_STEP never\n")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 205: invalid keyword STRAT_DATE at line 2 of [GENERAL] section:\n"
+                                      "  STRAT_DATE\n"
+                                      "ERROR 213: invalid date/time never at line 3 of [GENERAL] section:\n"
+                                      "  ROUTING_STEP\n"));
+}
+
+TEST(HostCheck, MissingModelIsError303) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"check", folder.file("nothing.inp")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 303: cannot open the project file"));
+}
+
+struct HostCheckLeaves : testing::TestWithParam<const char*> {};
+
+TEST_P(HostCheckLeaves, NoFileBehind) {
+    TempFolder folder;
+    std::filesystem::create_directory(folder.path / "temporary");
+    const std::string model = folder.write("model.inp", GetParam());
+    process_run({"env", "TMPDIR=" + folder.file("temporary"), TARNVELDE_PROGRAM, "check", model});
+    EXPECT_EQ(countFiles(folder.path / "temporary"), 0u);
+    EXPECT_EQ(countFiles(folder.path), 2u);
+}
+
+INSTANTIATE_TEST_SUITE_P(HostCheck, HostCheckLeaves, testing::Values(GOOD_PROJECT, BAD_PROJECT));

@@ -1,0 +1,148 @@
+// `tarnvelde run`: files, output, exit status.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "program.h"
+
+using testing::HasSubstr;
+using testing::Not;
+
+TEST(HostRun, WritesTheReportBesideTheModel) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", GOOD_PROJECT)});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.err, "");
+    EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("Flow Routing Continuity"));
+}
+
+TEST(HostRun, ShowsTheProgressOfTheEngine) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", GOOD_PROJECT)});
+    EXPECT_THAT(result.out, HasSubstr("\n  Retrieving project data"));
+    EXPECT_THAT(result.out, HasSubstr("\n  Simulating day: 0     hour:  0"));
+    EXPECT_THAT(result.out, HasSubstr("\n  Simulation complete           "));
+    EXPECT_THAT(result.out, HasSubstr("\n  Writing output report"));
+}
+
+TEST(HostRun, WritesTheReportWhereItIsWanted) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", GOOD_PROJECT), "--report",
+                                             folder.file("wanted.txt"), "--results", folder.file("wanted.out")});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder.file("wanted.txt")));
+    EXPECT_FALSE(std::filesystem::exists(folder.file("model.rpt")));
+    EXPECT_FALSE(std::filesystem::exists(folder.file("model.bin")));
+}
+
+TEST(HostRun, QuietPrintsNothing) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", GOOD_PROJECT), "--quiet"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "");
+}
+
+TEST(HostRun, QuietRunReportsTheSame) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    ASSERT_EQ(runProgram({"run", model, "--report", folder.file("loud.rpt")}).status, 0);
+    ASSERT_EQ(runProgram({"run", model, "--report", folder.file("quiet.rpt"), "--quiet"}).status, 0);
+    EXPECT_EQ(readFile(folder.file("quiet.rpt")), readFile(folder.file("loud.rpt")));
+}
+
+TEST(HostRun, DatabaseRunKeepsTheEngineSilent) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", GOOD_PROJECT), "--database"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, Not(HasSubstr("Retrieving")));
+    EXPECT_EQ(result.err, "");
+    EXPECT_FALSE(std::filesystem::exists(folder.file("model.bin")));
+}
+
+struct HostRunErrors : testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(HostRunErrors, AreShownWithTheirCodes) {
+    TempFolder folder;
+    std::vector<std::string> arguments{"run", folder.write("model.inp", BAD_PROJECT)};
+    arguments.insert(arguments.end(), GetParam().begin(), GetParam().end());
+    const ProcessResult result = runProgram(arguments);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err,
+              "ERROR 209: undefined object NOWHERE at line 6 of [PIPES] section:\n"
+              "ERROR 203: too few items at line 7 of [PIPES] section:\n"
+              "ERROR 211: invalid number 3OO at line 8 of [PIPES] section:\n"
+              "tarnvelde: " +
+                  folder.file("model.inp") + ": the engine ended with code 200\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(HostRun, HostRunErrors,
+                         testing::Values(std::vector<std::string>{}, std::vector<std::string>{"--quiet"},
+                                         std::vector<std::string>{"--database"}));
+
+TEST(HostRun, MissingModelIsError303) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.file("nothing.inp")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 303: cannot open the project file " + folder.file("nothing.inp") + "\n"));
+}
+
+TEST(HostRun, OldReportIsNotTakenForThatOfAMissingModel) {
+    TempFolder folder;
+    folder.write("nothing.rpt", "\n  \n  ERROR 209: undefined object OLD at line 1 of [PIPES] section:\n  OLD");
+    const ProcessResult result = runProgram({"run", folder.file("nothing.inp"), "--quiet"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, Not(HasSubstr("OLD")));
+}
+
+TEST(HostRun, FolderAsModelIsError303) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.path.string(), "--report", folder.file("r"), "--quiet"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 303"));
+}
+
+TEST(HostRun, UnwritableReportIsError305) {
+    TempFolder folder;
+    const std::string report = folder.file("no/such/folder.rpt");
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", GOOD_PROJECT), "--report", report});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 305: cannot open the report file " + report + "\n"));
+}
+
+struct HostRunSameFile : testing::TestWithParam<const char*> {};
+
+TEST_P(HostRunSameFile, IsError301AndSparesTheModel) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    std::filesystem::create_symlink(model, folder.file("link.rpt"));
+    const ProcessResult result = runProgram({"run", model, "--report", folder.path.string() + GetParam()});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 301: model, report and results must be three different files\n"));
+    EXPECT_EQ(readFile(model), GOOD_PROJECT);
+}
+
+INSTANTIATE_TEST_SUITE_P(HostRun, HostRunSameFile,
+                         testing::Values("/model.inp", "/./model.inp", "/link.rpt", "/model.bin", "/./model.bin"));
+
+TEST(HostRun, ControlCharactersOfAModelDoNotReachTheTerminal) {
+    TempFolder folder;
+    const ProcessResult result =
+        runProgram({"check", folder.write("model.inp", "[PIPES]\nP1 \033[2J J1 NO 300 1 0.2 0\n")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.err.find('\033'), std::string::npos);
+    EXPECT_THAT(result.err, HasSubstr("?[2J"));
+}
+
+TEST(HostRun, WorksWithItsStandardStreamsClosed) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    ASSERT_EQ(runProgram({"run", model, "--quiet", "--report", folder.file("quiet.rpt")}).status, 0);
+    const ProcessResult result = process_run({"sh", "-c", "\"$0\" run \"$1\" <&- >&- 2>&-", TARNVELDE_PROGRAM, model});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(readFile(model), GOOD_PROJECT);
+    EXPECT_EQ(readFile(folder.file("model.rpt")), readFile(folder.file("quiet.rpt")));
+}

@@ -1,0 +1,71 @@
+#include "input/names.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "engine/arena.h"
+#include "engine/project.h"
+
+struct Names : testing::Test {
+    void TearDown() override {
+        names_clear();
+        arena_release(ProjectArena);
+    }
+};
+
+TEST_F(Names, FindsAnIdWhateverItsCase) {
+    EXPECT_EQ(project_addObject(NODE, "Abc", 3), 1);
+    EXPECT_EQ(project_findObject(NODE, "aBC"), 3);
+    EXPECT_STREQ(project_findId(NODE, "ABC"), "Abc");
+}
+
+TEST_F(Names, RefusesASecondIdOfAClass) {
+    EXPECT_EQ(project_addObject(NODE, "A", 0), 1);
+    EXPECT_EQ(project_addObject(NODE, "a", 1), 0);
+    EXPECT_EQ(project_addObject(LINK, "a", 1), 1);
+    EXPECT_EQ(project_findObject(NODE, "A"), 0);
+    EXPECT_EQ(project_findObject(LINK, "A"), 1);
+}
+
+TEST_F(Names, FindsNothingForNullEmptyAndUnknown) {
+    EXPECT_EQ(project_findObject(NODE, "x"), -1);
+    project_addObject(NODE, "A", 0);
+    EXPECT_EQ(project_findObject(NODE, nullptr), -1);
+    EXPECT_EQ(project_findObject(NODE, ""), -1);
+    EXPECT_EQ(project_findObject(NODE, "AB"), -1);
+    EXPECT_EQ(project_findId(NODE, nullptr), nullptr);
+    EXPECT_EQ(project_findId(NODE, ""), nullptr);
+}
+
+TEST_F(Names, TakesTheEmptyIdOnce) {
+    EXPECT_EQ(project_addObject(RULE, "", 0), 1);
+    EXPECT_EQ(project_addObject(RULE, "", 1), 0);
+}
+
+TEST_F(Names, ComparesBytesPastAsciiAsTheyAre) {
+    EXPECT_EQ(project_addObject(NODE, "\xE9", 0), 1);
+    EXPECT_EQ(project_addObject(NODE, "\xC9", 1), 1);  // another letter in no code page that the engine knows
+    EXPECT_EQ(project_findObject(NODE, "\xC9"), 1);
+}
+
+TEST_F(Names, KeepsManyNamesApart) {
+    for (int k = 0; k < 100000; ++k) {
+        ASSERT_EQ(project_addObject(NODE, ("N" + std::to_string(k)).c_str(), k), 1);
+    }
+    for (int k = 0; k < 100000; ++k) {
+        ASSERT_EQ(project_findObject(NODE, ("n" + std::to_string(k)).c_str()), k);
+    }
+}
+
+TEST_F(Names, CopiesTextsLongerThanABlock) {
+    const std::string text(500000, 'x');
+    EXPECT_EQ(pool_copy(text.c_str()), text);
+}
+
+TEST_F(Names, TellsThatMemoryIsShort) {
+    arena_failAfter(1);
+    EXPECT_EQ(project_addObject(NODE, "A", 0), -1);
+    EXPECT_EQ(project_findObject(NODE, "A"), -1);
+    arena_failAfter(0);
+}

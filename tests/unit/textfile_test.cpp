@@ -1,0 +1,106 @@
+#include "input/textfile.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/tempfolder.h"
+
+/// All lines of a file as pieces of at most `size` - 1 characters.
+static std::vector<std::string> readLines(const std::string& content, int32_t size = 1024) {
+    const TempFolder folder;
+    TextFile text{};
+    EXPECT_TRUE(textfile_open(text, folder.write("t", content).c_str()));
+    std::vector<std::string> lines;
+    std::vector<char> line(static_cast<size_t>(size));
+    while (textfile_getLine(text, line.data(), size)) {
+        lines.emplace_back(line.data());
+    }
+    EXPECT_TRUE(text.isAtEnd);
+    textfile_close(text);
+    return lines;
+}
+
+using Lines = std::vector<std::string>;
+
+TEST(TextFile, KeepsTheLineFeedOfALine) {
+    EXPECT_EQ(readLines("a\nb"), (Lines{"a\n", "b"}));
+    EXPECT_EQ(readLines(""), Lines{});
+    EXPECT_EQ(readLines("\n\n"), (Lines{"\n", "\n"}));
+}
+
+TEST(TextFile, ReadsCarriageReturnLineFeedAsLineFeed) {
+    EXPECT_EQ(readLines("a\r\nb\rc\r\n"), (Lines{"a\n", "b\rc\n"}));
+    EXPECT_EQ(readLines("a\r"), Lines{"a\r"});
+}
+
+TEST(TextFile, EndsAtByte1A) {
+    EXPECT_EQ(readLines("a\nb\x1A" "c\nd"), (Lines{"a\n", "b"}));
+}
+
+TEST(TextFile, CutsALongLineIntoPieces) {
+    EXPECT_EQ(readLines("abcdefg\nh", 4), (Lines{"abc", "def", "g\n", "h"}));
+    EXPECT_EQ(readLines(std::string(1023, 'x') + "\n"), (Lines{std::string(1023, 'x'), "\n"}));
+}
+
+TEST(TextFile, ReadsCarriageReturnAcrossItsBuffer) {
+    const std::string filler(65535, '\n');  // the buffer holds 65536 bytes
+    const Lines lines = readLines(filler + "\r\nx");
+    ASSERT_EQ(lines.size(), 65537u);
+    EXPECT_EQ(lines[65535], "\n");
+    EXPECT_EQ(lines[65536], "x");
+}
+
+TEST(TextFile, TellsTheEndOnlyWhenAReadHasMetIt) {
+    const TempFolder folder;
+    TextFile text{};
+    ASSERT_TRUE(textfile_open(text, folder.write("t", "ab\ncd").c_str()));
+    char line[8];
+    ASSERT_TRUE(textfile_getLine(text, line, 8));
+    EXPECT_FALSE(text.isAtEnd);
+    ASSERT_TRUE(textfile_getLine(text, line, 3));  // a full piece: the end isn't known yet
+    EXPECT_STREQ(line, "cd");
+    EXPECT_FALSE(text.isAtEnd);
+    EXPECT_FALSE(textfile_getLine(text, line, 8));
+    EXPECT_TRUE(text.isAtEnd);
+    textfile_setPosition(text, 0);
+    EXPECT_FALSE(text.isAtEnd);
+    ASSERT_TRUE(textfile_getLine(text, line, 8));
+    EXPECT_STREQ(line, "ab\n");
+    textfile_close(text);
+}
+
+TEST(TextFile, GoesBackToAPlaceFarBehindItsBuffer) {
+    const TempFolder folder;
+    std::string content;
+    for (int k = 0; k < 30000; ++k) {
+        content += std::to_string(100000 + k) + "\n";
+    }
+    TextFile text{};
+    ASSERT_TRUE(textfile_open(text, folder.write("t", content).c_str()));
+    char line[16];
+    ASSERT_TRUE(textfile_getLine(text, line, 16));
+    const int64_t place = textfile_getPosition(text);
+    EXPECT_EQ(place, 7);
+    while (textfile_getLine(text, line, 16)) {
+    }
+    textfile_setPosition(text, place);
+    ASSERT_TRUE(textfile_getLine(text, line, 16));
+    EXPECT_STREQ(line, "100001\n");
+    textfile_close(text);
+}
+
+TEST(TextFile, RefusesFoldersAndMissingFiles) {
+    const TempFolder folder;
+    TextFile text{};
+    EXPECT_FALSE(textfile_open(text, folder.path.c_str()));
+    EXPECT_FALSE(textfile_open(text, folder.file("none").c_str()));
+    EXPECT_FALSE(textfile_open(text, ""));
+}
+
+TEST(TextFile, EndsALineForItsReaderAtANulByte) {
+    const Lines lines = readLines(std::string("ab\0cd\nef", 8));
+    EXPECT_EQ(lines, (Lines{"ab", "ef"}));
+}

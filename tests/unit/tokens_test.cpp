@@ -1,0 +1,134 @@
+#include "input/tokens.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+static std::vector<std::string> split(const std::string& line) {
+    static char buffer[4096];
+    std::strcpy(buffer, line.c_str());
+    const int32_t count = input_splitTokens(buffer);
+    EXPECT_EQ(count, TokCount);
+    return {Tok, Tok + count};
+}
+
+using Words = std::vector<std::string>;
+
+TEST(SplitTokens, SeparatesAtBlanksTabsAndLineEnds) {
+    EXPECT_EQ(split("  a\tb \r c\n"), (Words{"a", "b", "c"}));
+    EXPECT_EQ(split(""), Words{});
+    EXPECT_EQ(split(" \t\r\n"), Words{});
+}
+
+TEST(SplitTokens, KeepsBlanksBetweenQuotes) {
+    EXPECT_EQ(split("a \"b c\" d"), (Words{"a", "b c", "d"}));
+    EXPECT_EQ(split("a \"\" d"), (Words{"a", "", "d"}));
+    EXPECT_EQ(split("\"a\"b"), (Words{"a", "b"}));
+    EXPECT_EQ(split("a\"b c\""), (Words{"a\"b", "c\""}));
+}
+
+TEST(SplitTokens, LetsAnOpenQuoteRunToTheEndOfTheLine) {
+    EXPECT_EQ(split("a \"b c d\n"), (Words{"a", "b c d"}));
+    EXPECT_EQ(split("\""), Words{""});
+}
+
+TEST(SplitTokens, CutsTheLineAtTwoSlashesAlsoInQuotes) {
+    EXPECT_EQ(split("a b//c d"), (Words{"a", "b"}));
+    EXPECT_EQ(split("a \"http://b\" c"), (Words{"a", "http:"}));
+    EXPECT_EQ(split("// all"), Words{});
+    EXPECT_EQ(split("a / b"), (Words{"a", "/", "b"}));
+}
+
+TEST(SplitTokens, DropsWhatFollowsTheFortiethWord) {
+    std::string line;
+    for (int k = 0; k < 50; ++k) {
+        line += std::to_string(k) + " ";
+    }
+    const Words words = split(line);
+    ASSERT_EQ(words.size(), 40u);
+    EXPECT_EQ(words.back(), "39");
+}
+
+TEST(SplitTokens, ClearsTheWordsOfTheLineBefore) {
+    split("a b c");
+    split("a");
+    EXPECT_EQ(Tok[1], nullptr);
+}
+
+TEST(MatchKeyword, IgnoresTheCaseOfLettersOnly) {
+    EXPECT_TRUE(input_matchKeyword("Yes", "YES"));
+    EXPECT_TRUE(input_matchKeyword("FLOW_ratio", "FLOW_RATIO"));
+    EXPECT_FALSE(input_matchKeyword("FLOW", "FLOW_RATIO"));
+    EXPECT_FALSE(input_matchKeyword("FLOW_RATIO", "FLOW"));
+    EXPECT_FALSE(input_matchKeyword("{", "["));
+}
+
+TEST(MatchKeyword, NeverMatchesAnEmptyKeyword) {
+    EXPECT_FALSE(input_matchKeyword("", ""));
+    EXPECT_FALSE(input_matchKeyword("a", ""));
+    EXPECT_FALSE(input_matchKeyword("", "a"));
+}
+
+TEST(MatchKeyword, SkipsLeadingBlanksButComparesWholeLengths) {
+    EXPECT_FALSE(input_matchKeyword(" YES", "YES"));
+    EXPECT_TRUE(input_matchKeyword(" YES", " YES"));
+    EXPECT_FALSE(input_matchKeyword(" YE", "YES"));
+    EXPECT_TRUE(input_matchKeyword("  ", "  "));
+}
+
+TEST(FindKeyword, GivesTheFirstMatch) {
+    EXPECT_EQ(input_findKeyword("no", NoYesWords), 0);
+    EXPECT_EQ(input_findKeyword("YES", NoYesWords), 1);
+    EXPECT_EQ(input_findKeyword("Y", NoYesWords), -1);
+}
+
+static double number(const char* text) {
+    double value = -7.0;
+    EXPECT_TRUE(input_getDouble(text, &value)) << text;
+    return value;
+}
+
+TEST(GetDouble, ReadsWhatTheStandardConversionReads) {
+    EXPECT_EQ(number("1.5"), 1.5);
+    EXPECT_EQ(number("+1.5"), 1.5);
+    EXPECT_EQ(number("-.5e-3"), -0.5e-3);
+    EXPECT_EQ(number("1e3"), 1000.0);
+    EXPECT_EQ(number("0x1F"), 31.0);
+    EXPECT_EQ(number("1e999"), HUGE_VAL);
+    EXPECT_EQ(number("INF"), HUGE_VAL);
+    EXPECT_EQ(number("-infinity"), -HUGE_VAL);
+    EXPECT_TRUE(std::isnan(number("nan")));
+    EXPECT_TRUE(std::isnan(number("nan(12)")));
+    EXPECT_EQ(number(" 2"), 2.0);
+    EXPECT_EQ(number("5e-324"), 5e-324);
+    EXPECT_EQ(number("1e-400"), 0.0);
+}
+
+TEST(GetDouble, RefusesTextBehindTheNumberAndStoresTheNumber) {
+    double value = -7.0;
+    EXPECT_FALSE(input_getDouble("12a", &value));
+    EXPECT_EQ(value, 12.0);
+    EXPECT_FALSE(input_getDouble("abc", &value));
+    EXPECT_EQ(value, 0.0);
+    EXPECT_FALSE(input_getDouble("1,5", &value));
+    EXPECT_EQ(value, 1.0);
+}
+
+TEST(GetDouble, LetsABytePastAsciiBehindTheNumberThrough) {
+    EXPECT_EQ(number("12\xA0"), 12.0);
+    EXPECT_EQ(number("12\xC2\xA0xyz"), 12.0);
+    EXPECT_EQ(number("\xE9"), 0.0);
+    EXPECT_EQ(number(""), 0.0);
+}
+
+TEST(GetNonNegative, RefusesOnlyWhatIsBelowZero) {
+    double value;
+    EXPECT_TRUE(input_getNonNegative("0", &value));
+    EXPECT_TRUE(input_getNonNegative("nan", &value));
+    EXPECT_TRUE(input_getNonNegative("inf", &value));
+    EXPECT_FALSE(input_getNonNegative("-1e-9", &value));
+    EXPECT_FALSE(input_getNonNegative("1x", &value));
+}
