@@ -367,6 +367,17 @@ TEST(TankPumps, ShareByTheirFlowsAtTheDepthThatIsLeft) {
     EXPECT_NEAR(getLink("B").newFlow, 200.0 / DT / 2.0, 1e-12);
 }
 
+TEST(TankPumps, LoseWhatTheyTookIfNoneWouldRunAtTheDepthThatIsLeft) {
+    // At 2 m the pump takes 1 m3/s, but at the 1.4 m that are left its curve gives nothing: the water is gone, and the
+    // pump has delivered none of it.
+    Model model(getProject("9 2", "[CURVES]\nP1 PUMP2 1.5 0 9 1\n[PUMPS]\nA T OUT P1 NO ON 0 0\n"));
+    model.step();
+    EXPECT_EQ(getLink("A").newFlow, 0.0);
+    EXPECT_NEAR(getTank("T").newDepth, 1.4, 1e-12);
+    tarnvelde_report();
+    EXPECT_NEAR(FlowError / 100.0 * FlowTotals.initStorage, 60.0, 1e-9);
+}
+
 TEST(TankPumps, TakeMoreThanThereIsWithAFullDepthOf0) {
     Model model(getProject("0 0", PUMPS));
     model.step();
