@@ -56,7 +56,6 @@ static void writeBlock(const char* title, double* Reactor::*loads) {
     }
 }
 
-/// Written in a project without pollutants as well, with the names of the reactors alone.
 static void writeQuality() {
     writeTitle("Reactor Quality Summary");
     report_print(ReportFile, "\n  %-16s", "");
@@ -80,5 +79,7 @@ void tables_writeReactors() {
         return;
     }
     writeQuantity();
-    writeQuality();
+    if (!Polluts.empty()) {
+        writeQuality();
+    }
 }
