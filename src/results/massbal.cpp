@@ -325,6 +325,26 @@ static void addMonos(FlowTotalsRecord& totals) {
     }
 }
 
+/// Water of the reactors: storage and losses are in no running total.
+static void addReactors(FlowTotalsRecord& totals) {
+    for (const Reactor& reactor : Reactors) {
+        totals.initStorage += reactor_getInitVolume(reactor);
+        totals.finalStorage += reactor.storedVolume;
+        totals.evapLoss += reactor.statEvap;
+        totals.seepageLoss += reactor.statInfil;
+    }
+}
+
+/// The same of one pollutant. What is missing before a start or behind a report counts as 0.
+static void addReactorLoads(QualTotalsRecord& totals, int32_t p) {
+    for (const Reactor& reactor : Reactors) {
+        totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
+        totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
+        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
+        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
+    }
+}
+
 FlowTotalsRecord massbal_closeFlow(double* error) {
     FlowTotalsRecord totals = FlowTotals;
     for (const Link& link : Links) {
@@ -342,12 +362,7 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
         totals.finalStorage += getTankVolume(k);
     }
     addMonos(totals);
-    for (const Reactor& reactor : Reactors) {
-        totals.initStorage += reactor_getInitVolume(reactor);
-        totals.finalStorage += reactor.storedVolume;
-        totals.evapLoss += reactor.statEvap;
-        totals.seepageLoss += reactor.statInfil;
-    }
+    addReactors(totals);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
@@ -391,12 +406,7 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
     addMonoLoads(totals, p);
-    for (const Reactor& reactor : Reactors) {
-        totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
-        totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
-        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
-        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
-    }
+    addReactorLoads(totals, p);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
