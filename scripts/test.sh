@@ -54,16 +54,20 @@ run_examples() {
 
 # Half a minute for all fuzzers together. What they find stays in build/sanitize.
 run_fuzzers() {
-    local fuzzers=(build/sanitize/fuzz_*) fuzzer corpus status=0
+    local fuzzers=(build/sanitize/fuzz_*) fuzzer name corpus options status=0 folder
+    folder=$(mktemp -d) # a fuzzer leaves without clearing up
     for fuzzer in "${fuzzers[@]}"; do
         corpus=build/sanitize/corpus/$(basename "$fuzzer")
         mkdir -p "$corpus"
-        local seeds=tests/fuzz/${fuzzer##*/fuzz_}
-        [ -d "$seeds" ] || seeds=
-        "$fuzzer" -max_total_time=$((30 / ${#fuzzers[@]} + 1)) -timeout=10 -verbosity=0 -print_final_stats=1 \
-            -artifact_prefix="build/sanitize/" "$corpus" ${seeds:+"$seeds"} 2>&1 | tail -n 25
+        name=${fuzzer##*/fuzz_}
+        options=(-max_total_time=$((30 / ${#fuzzers[@]})) -timeout=20 -rss_limit_mb=0 -verbosity=0 -print_final_stats=1)
+        [ ! -f "tests/fuzz/$name.dict" ] || options+=(-dict="tests/fuzz/$name.dict")
+        [ ! -d "tests/fuzz/$name" ] || cp -n tests/fuzz/"$name"/* "$corpus"
+        TMPDIR=$folder ASAN_OPTIONS=allocator_may_return_null=1 \
+            "$fuzzer" "${options[@]}" -artifact_prefix=build/sanitize/ "$corpus" 2>&1 | tail -n 40
         [ "${PIPESTATUS[0]}" -eq 0 ] || status=1
     done
+    rm -rf "$folder"
     return $status
 }
 

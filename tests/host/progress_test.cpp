@@ -12,7 +12,6 @@
 #include "program.h"
 
 using testing::HasSubstr;
-using testing::Not;
 
 /// What `tarnvelde run MODEL OPTION` writes on a terminal that is its standard error.
 static std::string runOnTerminal(const std::string& model, const char* option) {

@@ -9,9 +9,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <deque>
+#include <initializer_list>
 #include <list>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/arena.h"
@@ -59,7 +61,7 @@ static int32_t addNode(const std::string& id, int32_t kind = JUNCTION) {
     return index;
 }
 
-static int32_t addLink(const std::string& id, int32_t from, int32_t to, int32_t kind = PIPE) {
+static void addLink(const std::string& id, int32_t from, int32_t to, int32_t kind = PIPE) {
     const int32_t index = ObjectCount[LINK]++;
     project_addObject(LINK, id.c_str(), index);
     Link link{};
@@ -69,19 +71,28 @@ static int32_t addLink(const std::string& id, int32_t from, int32_t to, int32_t 
     link.fromNode = from;
     link.toNode = to;
     Links.push_back(link);
-    return index;
 }
 
-static int32_t addLaggedLink(const std::string& id, int32_t from, int32_t to, int32_t kind = PIPE) {
-    const int32_t index = addLink(id, from, to, kind);
-    Links.back().isLagged = 1;
-    return index;
+/// Nodes A, B, C ... of these kinds.
+static void addNodes(std::initializer_list<int32_t> kinds) {
+    for (const int32_t kind : kinds) {
+        addNode(std::string(1, static_cast<char>('A' + ObjectCount[NODE])), kind);
+    }
 }
 
-/// Nodes A, B, C ... of one kind.
-static void addNodes(int32_t count, int32_t kind = SWMM) {
+/// Nodes A, B, C ... of a kind that may have any number of outlets.
+static void addNodes(int32_t count) {
     for (int32_t k = 0; k < count; ++k) {
-        addNode(std::string(1, static_cast<char>('A' + k)), kind);
+        addNodes({SWMM});
+    }
+}
+
+/// Links between nodes of one letter: "AB2" leads from A to B, and with a "~" in front does so a step late.
+static void connect(std::initializer_list<const char*> links) {
+    for (const std::string id : links) {
+        const size_t first = id[0] == '~' ? 1 : 0;
+        addLink(id, id[first] - 'A', id[first + 1] - 'A');
+        Links.back().isLagged = first == 1;
     }
 }
 
@@ -129,14 +140,12 @@ static std::vector<int32_t> sort() {
 }
 
 static std::vector<int32_t> validateAndSort() {
-    network_indexLinks();
-    network_validate();
+    validate();
     return sort();
 }
 
 static LoopCheck checkLoops() {
-    network_indexLinks();
-    network_validate();
+    validate();
     return loops_check();
 }
 
@@ -163,76 +172,59 @@ TEST_F(NetworkTest, outfallAloneIsHeadAndWholeNetwork) {
 }
 
 TEST_F(NetworkTest, tanksOutfallsAndCoupledNodesNeedNoLink) {
-    addNode("T", TANK);
-    addNode("O", OUTFALL);
-    addNode("S", SWMM);
-    addNode("V", VORN);
+    addNodes({TANK, OUTFALL, SWMM, VORN});
     EXPECT_EQ(validate(), "");
     EXPECT_EQ(ErrorCode, 0);
 }
 
 TEST_F(NetworkTest, junctionsAndSplittersNeedAnOutlet) {
-    addNode("Sp", SPLITTER);
-    addNode("Ju", JUNCTION);
-    addNode("Sp2", SPLITTER);
+    addNodes({SPLITTER, JUNCTION, SPLITTER});
     EXPECT_EQ(validate(),
-              report({"ERROR 137: Node Sp has no downstream link.", "ERROR 137: Node Ju has no downstream link.",
-                      "ERROR 137: Node Sp2 has no downstream link."}));
+              report({"ERROR 137: Node A has no downstream link.", "ERROR 137: Node B has no downstream link.",
+                      "ERROR 137: Node C has no downstream link."}));
     EXPECT_EQ(ErrorCode, ERR_NO_OUTLET);
     EXPECT_EQ(error_getPublicCode(ErrorCode), 137);
 }
 
 TEST_F(NetworkTest, laggedLinkIsAnOutlet) {
-    addNode("J");
-    addNode("O", OUTFALL);
-    addLaggedLink("L", 0, 1);
+    addNodes({JUNCTION, OUTFALL});
+    connect({"~AB"});
     EXPECT_EQ(validate(), "");
 }
 
 TEST_F(NetworkTest, eachSurplusOutletOfJunctionIsReported) {
-    addNode("J");
-    addNode("O", OUTFALL);
-    addLink("L1", 0, 1);
-    addLink("L2", 0, 1);
-    addLaggedLink("L3", 0, 1);
-    const std::string message = "ERROR 133: Node J has more than one outlet link.";
+    addNodes({JUNCTION, OUTFALL});
+    connect({"AB1", "AB2", "~AB"});
+    const std::string message = "ERROR 133: Node A has more than one outlet link.";
     EXPECT_EQ(validate(), report({message, message}));
     EXPECT_EQ(ErrorCode, ERR_MULTIPLE_OUTLETS);
     EXPECT_EQ(error_getPublicCode(ErrorCode), 133);
 }
 
 TEST_F(NetworkTest, splittersTanksAndCoupledNodesMayHaveManyOutlets) {
-    addNode("O", OUTFALL);
-    const int32_t kinds[] = {SPLITTER, TANK, SWMM, VORN};
-    int32_t number = 0;
-    for (const int32_t kind : kinds) {
-        const int32_t node = addNode("N" + std::to_string(kind), kind);
-        for (int32_t k = 0; k < 3; ++k) {
-            addLink("L" + std::to_string(number++), node, 0, WEIR);
-        }
+    addNodes({SPLITTER, TANK, SWMM, VORN, OUTFALL});
+    for (int32_t k = 0; k < 12; ++k) {
+        addLink("L" + std::to_string(k), k % 4, 4, WEIR);
     }
     EXPECT_EQ(validate(), "");
 }
 
 TEST_F(NetworkTest, eachOutletOfOutfallIsReported) {
-    addNode("O", OUTFALL);
-    addNode("P", OUTFALL);
-    addLink("L1", 0, 1);
-    addLink("L2", 0, 1);
-    EXPECT_EQ(validate(),
-              report({"ERROR 139: Outfall O has one outlet link.", "ERROR 139: Outfall O has one outlet link."}));
+    addNodes({OUTFALL, OUTFALL});
+    connect({"AB1", "AB2"});
+    const std::string message = "ERROR 139: Outfall A has one outlet link.";
+    EXPECT_EQ(validate(), report({message, message}));
     EXPECT_EQ(ErrorCode, ERR_OUTFALL_OUTLET);
     EXPECT_EQ(error_getPublicCode(ErrorCode), 139);
 }
 
 TEST_F(NetworkTest, tankTakesPumpsWeirsAndOrificesOnly) {
-    addNode("T", TANK);
-    addNode("O", OUTFALL);
+    addNodes({TANK, OUTFALL});
     const int32_t kinds[] = {PUMP, PIPE, WEIR, CONNECTION, ORIFICE, CONDUIT};
     for (const int32_t kind : kinds) {
         addLink("L" + std::to_string(kind), 0, 1, kind);
     }
-    const std::string message = "ERROR 145: the link from Tank T is not pump, weir or orifice.";
+    const std::string message = "ERROR 145: the link from Tank A is not pump, weir or orifice.";
     EXPECT_EQ(validate(), report({message, message, message}));
     EXPECT_EQ(ErrorCode, ERR_TANK_LINK);
     EXPECT_EQ(error_getPublicCode(ErrorCode), 145);
@@ -240,49 +232,30 @@ TEST_F(NetworkTest, tankTakesPumpsWeirsAndOrificesOnly) {
 
 // The look-up finds no row, so no link starts there, whatever the table of links holds.
 TEST_F(NetworkTest, nodeWithoutKnownNameIsReportedByEachRuleThatLooksItUp) {
-    addNode("J");
-    addNode("S", SPLITTER);
-    addNode("O", OUTFALL);
-    addLink("L1", 0, 2);
-    addLink("L2", 0, 2);
-    addLink("L3", 1, 2);
+    addNodes({JUNCTION, SPLITTER, OUTFALL});
+    connect({"AC1", "AC2", "BC"});
     names_clear();
-    project_addObject(NODE, "O", 2);
-    EXPECT_EQ(validate(), report({"ERROR 209: undefined object J ", "ERROR 137: Node J has no downstream link.",
-                                  "ERROR 209: undefined object S ", "ERROR 137: Node S has no downstream link.",
-                                  "ERROR 209: undefined object J "}));
+    EXPECT_EQ(validate(), report({"ERROR 209: undefined object A ", "ERROR 137: Node A has no downstream link.",
+                                  "ERROR 209: undefined object B ", "ERROR 137: Node B has no downstream link.",
+                                  "ERROR 209: undefined object A "}));
     EXPECT_EQ(ErrorCode, ERR_UNDEFINED_OBJECT);
 }
 
 TEST_F(NetworkTest, rulesFollowEachOtherAndTheLastFailureIsTheCode) {
-    addNode("T", TANK);
-    addNode("O", OUTFALL);
-    addNode("J2");
-    addNode("J1");
-    addNode("S", SPLITTER);
-    addNode("R1", VORN);
-    addNode("R2", VORN);
-    addLink("L1", 0, 1, PIPE);
-    addLink("L2", 1, 2);
-    addLink("L3", 3, 1);
-    addLink("L4", 3, 1);
-    addLink("L5", 5, 6);
-    addLink("L6", 6, 5);
-    // From the heads T, J1 and S: T, T-O, T-O-J2, J1, two J1-O, two J1-O-J2, S: nine paths for seven nodes.
-    const std::vector<std::string> messages = {
-        "ERROR 137: Node J2 has no downstream link.", "ERROR 137: Node S has no downstream link.",
-        "ERROR 133: Node J1 has more than one outlet link.", "ERROR 139: Outfall O has one outlet link.",
-        "ERROR 145: the link from Tank T is not pump, weir or orifice."};
-    EXPECT_EQ(validate(), report(messages));
+    addNodes({TANK, OUTFALL, JUNCTION, JUNCTION, SPLITTER, VORN, VORN});
+    connect({"AB", "BC", "DB1", "DB2", "FG", "GF"});
+    // From the heads A, D and E: A, AB, ABC, D, two DB, two DBC, E: nine paths for seven nodes.
+    EXPECT_EQ(validate(),
+              report({"ERROR 137: Node C has no downstream link.", "ERROR 137: Node E has no downstream link.",
+                      "ERROR 133: Node D has more than one outlet link.", "ERROR 139: Outfall B has one outlet link.",
+                      "ERROR 145: the link from Tank A is not pump, weir or orifice."}));
     EXPECT_EQ(ErrorCode, ERR_TANK_LINK);
 }
 
 TEST_F(NetworkTest, circleIsTestedBehindTheRules) {
-    addNode("H");
-    addNode("O", OUTFALL);
-    addLink("L1", 0, 1);
-    addLink("L2", 1, 1);
-    EXPECT_EQ(validate(), report({"ERROR 139: Outfall O has one outlet link.", cyclic("L2")}));
+    addNodes({JUNCTION, OUTFALL});
+    connect({"AB", "BB"});
+    EXPECT_EQ(validate(), report({"ERROR 139: Outfall B has one outlet link.", cyclic("BB")}));
     EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
 }
 
@@ -302,45 +275,42 @@ TEST_F(NetworkTest, percentInNameIsPlainText) {
 
 TEST_F(NetworkTest, nodesWithoutInflowAreHeads) {
     addNodes(3);
-    addLink("L1", 2, 1);
-    addLink("L2", 0, 1);
+    connect({"CB", "AB"});
     validate();
     EXPECT_EQ(heads(), Indices({0, 2}));
 }
 
 TEST_F(NetworkTest, laggedInflowAloneMakesAHead) {
     addNodes(2);
-    addLaggedLink("L", 0, 1);
+    connect({"~AB"});
     EXPECT_EQ(validate(), "");
     EXPECT_EQ(heads(), Indices({0, 1}));
 }
 
 TEST_F(NetworkTest, laggedFirstInflowMakesAHeadDespiteTheSecond) {
     addNodes(2);
-    addLaggedLink("L1", 0, 1);
-    addLink("L2", 0, 1);
+    connect({"~AB", "AB"});
     validate();
     EXPECT_EQ(heads(), Indices({0, 1}));
 }
 
 TEST_F(NetworkTest, laggedSecondInflowMakesNoHead) {
     addNodes(2);
-    addLink("L1", 0, 1);
-    addLaggedLink("L2", 0, 1);
+    connect({"AB", "~AB"});
     validate();
     EXPECT_EQ(heads(), Indices({0}));
 }
 
 TEST_F(NetworkTest, linkToItselfHoldsANodeBack) {
     addNodes(1);
-    addLink("L", 0, 0);
+    connect({"AA"});
     EXPECT_EQ(validate(), report({TOO_FEW}));
     EXPECT_EQ(heads(), Indices());
 }
 
 TEST_F(NetworkTest, headStaysHead) {
     addNodes(2);
-    addLink("L", 0, 1);
+    connect({"AB"});
     Nodes[1].isHead = 1;
     validate();
     EXPECT_EQ(heads(), Indices({0, 1}));
@@ -349,211 +319,132 @@ TEST_F(NetworkTest, headStaysHead) {
 // --- circles -------------------------------------------------------------------------------------------------------
 
 TEST_F(NetworkTest, recycleLinkMayCloseALoop) {
-    addNodes(2, JUNCTION);
-    addLink("AB", 0, 1);
-    addLaggedLink("BA", 1, 0);
+    addNodes({JUNCTION, JUNCTION});
+    connect({"AB", "~BA"});
     EXPECT_EQ(validate(), "");
     EXPECT_EQ(heads(), Indices({0}));
 }
 
 TEST_F(NetworkTest, loopWithoutHeadSpansTooFewNodes) {
-    addNodes(2, JUNCTION);
-    addLink("AB", 0, 1);
-    addLink("BA", 1, 0);
+    addNodes({JUNCTION, JUNCTION});
+    connect({"AB", "BA"});
     EXPECT_EQ(validate(), report({TOO_FEW}));
     EXPECT_EQ(ErrorCode, ERR_UNREACHED_NODES);
     EXPECT_EQ(error_getPublicCode(ErrorCode), 135);
 }
 
-// The tables hold two nodes in a second circle that no head reaches; behind the first message nothing is counted.
+// Nothing leads to D and E, but behind the first message nothing is counted.
 TEST_F(NetworkTest, loopBehindAHeadNamesTheClosingLinkAndEndsTheTest) {
     addNodes(5);
-    addLink("HA", 0, 1);
-    addLink("AB", 1, 2);
-    addLink("BA", 2, 1);
-    addLink("CD", 3, 4);
-    addLink("DC", 4, 3);
-    EXPECT_EQ(validate(), report({cyclic("BA")}));
+    connect({"AB", "BC", "CB", "DE", "ED"});
+    EXPECT_EQ(validate(), report({cyclic("CB")}));
     EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
     EXPECT_EQ(error_getPublicCode(ErrorCode), 131);
 }
 
 TEST_F(NetworkTest, linkToItselfIsALoopWhereAPathReachesIt) {
     addNodes(2);
-    addLink("HA", 0, 1);
-    addLink("AA", 1, 1);
-    EXPECT_EQ(validate(), report({cyclic("AA")}));
+    connect({"AB", "BB"});
+    EXPECT_EQ(validate(), report({cyclic("BB")}));
 }
 
 TEST_F(NetworkTest, laggedLinkToItselfIsNoLoop) {
     addNodes(2);
-    addLink("HA", 0, 1);
-    addLaggedLink("AA", 1, 1);
+    connect({"AB", "~BB"});
     EXPECT_EQ(validate(), "");
 }
 
 TEST_F(NetworkTest, loopMayCloseAtTheHeadItself) {
     addNodes(2);
-    addLaggedLink("lagged", 1, 0);
-    addLink("AB", 0, 1);
-    addLink("BA", 1, 0);
+    connect({"~BA", "AB", "BA"});
     EXPECT_EQ(validate(), report({cyclic("BA")}));
 }
 
 TEST_F(NetworkTest, firstOfParallelClosingLinksIsNamed) {
     addNodes(3);
-    addLink("HA", 0, 1);
-    addLaggedLink("BA0", 2, 1);
-    addLink("BA1", 2, 1);
-    addLink("BA2", 2, 1);
-    addLink("AB1", 1, 2);
-    addLink("AB2", 1, 2);
-    EXPECT_EQ(validate(), report({cyclic("BA1")}));
+    connect({"AB", "~CB", "CB1", "CB2", "BC1", "BC2"});
+    EXPECT_EQ(validate(), report({cyclic("CB1")}));
 }
 
 // Two circles, on the second the path has three nodes and on the first four.
 TEST_F(NetworkTest, pathWithFewestNodesIsMetFirst) {
     addNodes(6);
-    addLink("AB", 0, 1);
-    addLink("BC", 1, 2);
-    addLink("CD", 2, 3);
-    addLink("DB", 3, 1);
-    addLink("AE", 0, 4);
-    addLink("EF", 4, 5);
-    addLink("FE", 5, 4);
+    connect({"AB", "BC", "CD", "DB", "AE", "EF", "FE"});
     EXPECT_EQ(validate(), report({cyclic("FE")}));
 }
 
 // A long tail with a short circle and a short tail with a long circle: both paths have four nodes.
 TEST_F(NetworkTest, ofPathsOfOneLengthTheEarlierOutletOfTheHeadIsMetFirst) {
-    for (const bool longTailFirst : {true, false}) {
-        clearNetwork();
-        addNodes(7);
-        addLink("toTail", 0, longTailFirst ? 1 : 4);
-        addLink("toCircle", 0, longTailFirst ? 4 : 1);
-        addLink("BC", 1, 2);
-        addLink("CD", 2, 3);
-        addLink("DD", 3, 3);
-        addLink("EF", 4, 5);
-        addLink("FG", 5, 6);
-        addLink("GE", 6, 4);
-        network_indexLinks();
-        network_validate();
-        EXPECT_STREQ(loops_check().loopName, longTailFirst ? "DD" : "GE");
-    }
+    addNodes(7);
+    connect({"AB", "AE", "BC", "CD", "DD", "EF", "FG", "GE"});
+    EXPECT_STREQ(checkLoops().loopName, "DD");
+    std::swap(Links[0], Links[1]);
+    EXPECT_STREQ(checkLoops().loopName, "GE");
 }
 
 TEST_F(NetworkTest, ofPathsOfOneLengthThatOfTheEarlierHeadIsMetFirst) {
     addNodes(4);
-    addLink("DB", 3, 1);  // the later head, though its links stand first
-    addLink("BB", 1, 1);
-    addLink("AC", 0, 2);
-    addLink("CC", 2, 2);
+    connect({"DB", "BB", "AC", "CC"});  // the links of the later head stand first
     EXPECT_EQ(validate(), report({cyclic("CC")}));
 }
 
-// From A over B both C and D close at once; C comes first by the link of B.
+// Behind the tail AB both C and D close, and B leads to D first.
 TEST_F(NetworkTest, ofPathsWithACommonTailTheEarlierLinkDecides) {
     addNodes(4);
-    addLink("AB", 0, 1);
-    addLink("BD", 1, 3);
-    addLink("BC", 1, 2);
-    addLink("CB", 2, 1);
-    addLink("DD", 3, 3);
+    connect({"AB", "BD", "BC", "CB", "DD"});
     EXPECT_EQ(validate(), report({cyclic("DD")}));
 }
 
-// The path A-B-C-D closes at B and at C; the circle from B is the one of the shorter tail, but DC stands first.
+// The path ABCD closes at B and at C. The circle from B has the shorter tail, but DC stands first.
 TEST_F(NetworkTest, ofTwoClosingLinksOfOnePathTheEarlierIsNamed) {
     addNodes(4);
-    addLink("DC", 3, 2);
-    addLink("DB", 3, 1);
-    addLink("AB", 0, 1);
-    addLink("BC", 1, 2);
-    addLink("CD", 2, 3);
+    connect({"DC", "DB", "AB", "BC", "CD"});
     EXPECT_EQ(validate(), report({cyclic("DC")}));
 }
 
 // --- numbers of paths ----------------------------------------------------------------------------------------------
 
 TEST_F(NetworkTest, nodeBehindTwoPumpsHasAPathForEach) {
-    addNode("T", TANK);
-    addNode("O", OUTFALL);
-    addNode("R1");
-    addNode("R2");
+    addNodes({TANK, OUTFALL, VORN, VORN});
     addLink("P1", 0, 1, PUMP);
     addLink("P2", 0, 1, PUMP);
-    addLink("R12", 2, 3);
-    addLink("R21", 3, 2);
-    // T, T-O over P1, T-O over P2: one less than the nodes.
+    connect({"CD", "DC"});
+    // A, AB over P1, AB over P2: one less than the nodes.
     EXPECT_EQ(checkLoops().pathCount, 3);
     EXPECT_EQ(readReport(), report({TOO_FEW}));
 }
 
-// S, two paths to X, two to O: as many as the nodes, though nothing leads to the circle of R1 and R2.
+// A, two paths to B, two to C: as many as the nodes, though nothing leads to the circle of D and E.
 TEST_F(NetworkTest, doublePathsHideUnreachedNodes) {
-    addNode("S", SPLITTER);
-    addNode("X");
-    addNode("O", OUTFALL);
-    addNode("R1");
-    addNode("R2");
-    addLink("SX1", 0, 1);
-    addLink("SX2", 0, 1);
-    addLink("XO", 1, 2);
-    addLink("R12", 3, 4);
-    addLink("R21", 4, 3);
+    addNodes({SPLITTER, JUNCTION, OUTFALL, JUNCTION, JUNCTION});
+    connect({"AB1", "AB2", "BC", "DE", "ED"});
     EXPECT_EQ(validate(), "");
 }
 
 TEST_F(NetworkTest, pathsOneShortOfTheNodesFail) {
-    addNode("S", SPLITTER);
-    addNode("X");
-    addNode("O", OUTFALL);
-    addNode("R1");
-    addNode("R2");
-    addNode("R3");
-    addLink("SX1", 0, 1);
-    addLink("SX2", 0, 1);
-    addLink("XO", 1, 2);
-    addLink("R12", 3, 4);
-    addLink("R23", 4, 5);
-    addLink("R31", 5, 3);
+    addNodes({SPLITTER, JUNCTION, OUTFALL, JUNCTION, JUNCTION, JUNCTION});
+    connect({"AB1", "AB2", "BC", "DE", "EF", "FD"});
     EXPECT_EQ(validate(), report({TOO_FEW}));
 }
 
 // B is a head for its first inflow is lagged, and stands on the path from A as well.
 TEST_F(NetworkTest, headWithInflowHasAPathOfItsOwnToo) {
     addNodes(6);
-    addLaggedLink("lagged", 0, 1);
-    addLink("AB", 0, 1);
-    for (int32_t k = 2; k < 6; ++k) {
-        addLink("R" + std::to_string(k), k, k < 5 ? k + 1 : 2);
-    }
-    EXPECT_EQ(checkLoops().pathCount, 3);  // A, B, A-B
+    connect({"~AB", "AB", "CD", "DE", "EF", "FC"});
+    EXPECT_EQ(checkLoops().pathCount, 3);  // A, B, AB
 }
 
 TEST_F(NetworkTest, laggedLinkMakesNoPath) {
-    addNodes(4);
-    addLink("AB", 0, 1);
-    addLaggedLink("BA", 1, 0);
-    addLaggedLink("AB2", 0, 1);
-    addLink("CD", 2, 3);
-    addLink("DC", 3, 2);
-    EXPECT_EQ(heads(), Indices());
-    Nodes[0].isHead = 1;
-    network_indexLinks();
-    EXPECT_EQ(loops_check().pathCount, 2);
+    addNodes(5);
+    connect({"AB", "~AB", "CD", "DE", "EC"});
+    EXPECT_EQ(checkLoops().pathCount, 2);  // A, AB
 }
 
 // --- against the walk itself ---------------------------------------------------------------------------------------
 
-struct Walk {
-    std::string loopName;
-    int64_t pathCount;
-};
-
-/// The walk over all paths as it is defined, the shorter ones first.
-static Walk walkAllPaths() {
+/// The walk over all paths as it is defined, the shorter ones first: the name it ends with, or none, and the number of
+/// paths.
+static std::pair<std::string, int64_t> walkAllPaths() {
     std::deque<std::list<int32_t>> paths;
     int64_t count = 0;
     for (size_t k = 0; k < Nodes.size(); ++k) {
@@ -661,19 +552,19 @@ TEST_F(NetworkTest, smallNetworksPassAndFailAsInTheWalkOverAllPaths) {
     for (int32_t trial = 0; trial < 20000; ++trial) {
         makeRandomNetwork(random);
         network_validate();
-        const Walk walk = walkAllPaths();
+        const auto [loopName, pathCount] = walkAllPaths();
         const LoopCheck check = loops_check();
         const int64_t nodeCount = static_cast<int64_t>(Nodes.size());
-        if (!walk.loopName.empty()) {
+        if (!loopName.empty()) {
             ASSERT_NE(check.loopName, nullptr) << "trial " << trial;
-            ASSERT_EQ(check.loopName, walk.loopName) << "trial " << trial;
+            ASSERT_EQ(check.loopName, loopName) << "trial " << trial;
             ASSERT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
             ++loops;
         } else {
             ASSERT_EQ(check.loopName, nullptr) << "trial " << trial;
-            ASSERT_EQ(check.pathCount, std::min(walk.pathCount, nodeCount)) << "trial " << trial;
-            ASSERT_EQ(ErrorCode, walk.pathCount < nodeCount ? ERR_UNREACHED_NODES : 0);
-            ++(walk.pathCount < nodeCount ? tooFew : passed);
+            ASSERT_EQ(check.pathCount, std::min(pathCount, nodeCount)) << "trial " << trial;
+            ASSERT_EQ(ErrorCode, pathCount < nodeCount ? ERR_UNREACHED_NODES : 0);
+            ++(pathCount < nodeCount ? tooFew : passed);
         }
     }
     EXPECT_GT(loops, 1000);
@@ -715,23 +606,26 @@ static void addNamelessLink(int32_t from, int32_t to, const char* id = "inside")
     ++LinkKindCount[PIPE];
 }
 
-/// Sixty splitters whose two branches rejoin at the next one: 2^60 paths to the last node.
+/// Splitters whose two branches rejoin at the next one: 2^60 paths to the last node, and more than 64 bits can number.
 TEST_F(NetworkTest, ladderOfRejoiningSplittersIsCountedWithoutWalking) {
-    addNode("S0", SPLITTER);
-    for (int32_t k = 1; k <= 60; ++k) {
-        const int32_t from = ObjectCount[NODE] - 1;
-        const std::string number = std::to_string(k);
-        addNode("A" + number);
-        addNode("B" + number);
-        addNode("S" + number, k < 60 ? SPLITTER : OUTFALL);
-        addLink("LA" + number, from, from + 1);
-        addLink("LB" + number, from, from + 2);
-        addLink("MA" + number, from + 1, from + 3);
-        addLink("MB" + number, from + 2, from + 3);
+    for (const int32_t rungs : {60, 150}) {
+        clearNetwork();
+        addNode("S0", SPLITTER);
+        for (int32_t k = 1; k <= rungs; ++k) {
+            const int32_t from = ObjectCount[NODE] - 1;
+            const std::string number = std::to_string(k);
+            addNode("A" + number);
+            addNode("B" + number);
+            addNode("S" + number, k < rungs ? SPLITTER : OUTFALL);
+            addLink("LA" + number, from, from + 1);
+            addLink("LB" + number, from, from + 2);
+            addLink("MA" + number, from + 1, from + 3);
+            addLink("MB" + number, from + 2, from + 3);
+        }
+        EXPECT_EQ(validate(), "");
+        EXPECT_LE(NetworkVisitCount, 3 * size());
+        EXPECT_EQ(loops_check().pathCount, 3 * rungs + 1);
     }
-    EXPECT_EQ(validate(), "");
-    EXPECT_LE(NetworkVisitCount, 3 * size());
-    EXPECT_EQ(loops_check().pathCount, 181);
 }
 
 TEST_F(NetworkTest, loopBehindALadderIsFoundWithoutWalking) {
@@ -858,36 +752,25 @@ TEST_F(NetworkTest, denseNetworkCostsAtMostItsSizeForEachNodeOnLoops) {
 
 TEST_F(NetworkTest, headsComeByIndexAndTargetsByLink) {
     addNodes(6);
-    addLink("L1", 5, 2);
-    addLink("L2", 1, 4);
-    addLink("L3", 1, 0);
-    addLink("L4", 4, 3);
+    connect({"FC", "BE", "BA", "ED"});
     EXPECT_EQ(validateAndSort(), Indices({1, 5, 4, 0, 2, 3}));
 }
 
 TEST_F(NetworkTest, nodeWaitsForTheLastOfItsInflows) {
     addNodes(4);
-    addLink("AD", 0, 3);
-    addLink("AB", 0, 1);
-    addLink("BC", 1, 2);
-    addLink("CD", 2, 3);
+    connect({"AD", "AB", "BC", "CD"});
     EXPECT_EQ(validateAndSort(), Indices({0, 1, 2, 3}));
 }
 
 TEST_F(NetworkTest, eachOfTwoParallelLinksIsWaitedFor) {
     addNodes(3);
-    addLink("AC1", 0, 2);
-    addLink("AC2", 0, 2);
-    addLink("AB", 0, 1);
+    connect({"AC1", "AC2", "AB"});
     EXPECT_EQ(validateAndSort(), Indices({0, 2, 1}));
 }
 
 TEST_F(NetworkTest, laggedLinkIsNotWaitedForButReleasesItsTargetEarly) {
     addNodes(4);
-    addLink("AB", 0, 1);
-    addLink("BC", 1, 2);
-    addLink("CD", 2, 3);
-    addLaggedLink("AD", 0, 3);
+    connect({"AB", "BC", "CD", "~AD"});
     // D goes ahead of C, whose water it takes.
     EXPECT_EQ(validateAndSort(), Indices({0, 1, 3, 2}));
 }
@@ -895,7 +778,7 @@ TEST_F(NetworkTest, laggedLinkIsNotWaitedForButReleasesItsTargetEarly) {
 // With equality in place of "at least" the count would run past the mark and the node would be lost.
 TEST_F(NetworkTest, linkReleasesATargetThatNothingWaitsFor) {
     addNodes(2);
-    addLaggedLink("AB", 0, 1);
+    connect({"~AB"});
     Nodes[0].isHead = 1;
     network_indexLinks();
     EXPECT_EQ(sort(), Indices({0, 1}));
@@ -903,28 +786,20 @@ TEST_F(NetworkTest, linkReleasesATargetThatNothingWaitsFor) {
 
 TEST_F(NetworkTest, headWithInflowKeepsItsPlaceAtTheFront) {
     addNodes(3);
-    addLaggedLink("BC0", 1, 2);
-    addLink("AB", 0, 1);
-    addLink("BC", 1, 2);
+    connect({"~BC", "AB", "BC"});
     EXPECT_EQ(validateAndSort(), Indices({0, 2, 1}));
 }
 
 TEST_F(NetworkTest, nodesNeverReleasedLeaveNodeZeroAtTheEnd) {
     addNodes(5);
-    addLink("AB", 0, 1);
-    addLink("BA", 1, 0);
-    addLink("CD", 2, 3);
-    addLink("AD", 0, 3);
+    connect({"AB", "BA", "CD", "AD"});
     // A and B wait for each other, D for A; only C and E go.
     EXPECT_EQ(validateAndSort(), Indices({2, 4, 0, 0, 0}));
 }
 
 TEST_F(NetworkTest, sortingAgainGivesTheSameOrder) {
     addNodes(4);
-    addLink("AD", 0, 3);
-    addLink("AB", 0, 1);
-    addLink("BC", 1, 2);
-    addLink("CD", 2, 3);
+    connect({"AD", "AB", "BC", "CD"});
     const std::vector<int32_t> first = validateAndSort();
     EXPECT_EQ(sort(), first);
 }

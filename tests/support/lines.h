@@ -1,0 +1,27 @@
+#pragma once
+// Hands single lines of a project file to their parsers.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "engine/errors.h"
+#include "input/tokens.h"
+
+/// The result of a section's parser for a line.
+template <class Parser>
+int32_t parseLine(const std::string& line, Parser parser) {
+    static char buffer[8192];
+    std::strcpy(buffer, line.c_str());
+    input_splitTokens(buffer);
+    ErrorObjectName = "untouched";
+    return parser();
+}
+
+/// Expects an error and the text that its message will show.
+template <class Parser>
+void expectLineError(const std::string& line, Parser parser, int32_t error, const std::string& name) {
+    EXPECT_EQ(parseLine(line, parser), error) << line;
+    EXPECT_EQ(ErrorObjectName, name) << line;
+}

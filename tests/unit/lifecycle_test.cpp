@@ -1,0 +1,423 @@
+// The lifecycle: codes, states, console lines, and what each call leaves behind.
+
+#include <gtest/gtest.h>
+#include <locale.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "input/reader.h"
+#include "support/project.h"
+
+static const std::string NETWORK = "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\n";
+static const std::string PROJECT = getGeneral(10) + NETWORK;
+static const std::string NOT_OPEN = "\n  \n  ERROR 400: project not open or last run not ended.";
+
+/// Standard output of a piece of work.
+template <class Work>
+static std::string catchConsole(Work work) {
+    testing::internal::CaptureStdout();
+    work();
+    return testing::internal::GetCapturedStdout();
+}
+
+// --- opening -------------------------------------------------------------------------------------------------------
+
+TEST(Opening, RefusesTwoEqualNames) {
+    ProjectFile project(PROJECT);
+    const char* a = project.input.c_str();
+    const char* b = project.report.c_str();
+    for (const auto& [input, report, results] : {std::tuple{a, a, b}, {a, b, a}, {a, b, b}, {"", b, ""}}) {
+        int32_t code = 0;
+        EXPECT_EQ(catchConsole([&, i = input, r = report, s = results] { code = tarnvelde_open(i, r, s); }),
+                  "\n    Cannot use duplicate file names.");
+        EXPECT_EQ(code, 301);
+        EXPECT_EQ(IsOpen, 0);
+        EXPECT_FALSE(std::filesystem::exists(project.report));
+    }
+}
+
+TEST(Opening, ComparesNamesInTheirCaseAndCutTo259Bytes) {
+    ProjectFile project(PROJECT);
+    const std::string lower = project.folder.file("m.RPT"), upper = project.folder.file("M.RPT");
+    EXPECT_EQ(tarnvelde_open(project.input.c_str(), lower.c_str(), upper.c_str()), 0);
+    tarnvelde_close();
+    const std::string stem(300, 'x');
+    EXPECT_EQ(tarnvelde_open(project.input.c_str(), (stem + "a").c_str(), (stem + "b").c_str()), 301);
+}
+
+TEST(Opening, TellsThatTheInputFileIsMissing) {
+    ProjectFile project(PROJECT);
+    const std::string name = project.folder.file("no%s%d.inp");
+    int32_t code = 0;
+    EXPECT_EQ(catchConsole([&] { code = tarnvelde_open(name.c_str(), project.report.c_str(), "r"); }),
+              "\n    Cannot open input file " + name);
+    EXPECT_EQ(code, 303);
+    EXPECT_EQ(IsOpen, 0);
+    EXPECT_FALSE(std::filesystem::exists(project.report));
+    EXPECT_EQ(tarnvelde_open(project.folder.path.c_str(), project.report.c_str(), "r"), 303);  // a folder
+    EXPECT_EQ(tarnvelde_open(nullptr, project.report.c_str(), "r"), 303);
+    EXPECT_EQ(tarnvelde_close(), 0);
+}
+
+TEST(Opening, TellsThatTheReportCantBeWritten) {
+    ProjectFile project(PROJECT);
+    const std::string name = project.folder.file("none/m.rpt");
+    int32_t code = 0;
+    EXPECT_EQ(catchConsole([&] { code = tarnvelde_open(project.input.c_str(), name.c_str(), "r"); }),
+              "\n    Cannot open report file ");
+    EXPECT_EQ(code, 305);
+    EXPECT_EQ(IsOpen, 0);
+    EXPECT_NE(InputFile.file, nullptr);  // left for the close
+    tarnvelde_close();
+    EXPECT_EQ(InputFile.file, nullptr);
+}
+
+TEST(Opening, SaysThatItReads) {
+    ProjectFile project(PROJECT);
+    EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.open(), 0); }), "\n  Retrieving project data");
+    EXPECT_EQ(IsOpen, 1);
+    EXPECT_EQ(IsStarted, 0);
+    tarnvelde_close();
+    EXPECT_EQ(readFile(project.report), BANNER);
+}
+
+TEST(Opening, PutsTheDatabaseBesideTheInput) {
+    ProjectFile project(PROJECT);
+    project.open();
+    EXPECT_EQ(DbFileName, project.folder.file("model.db"));
+    EXPECT_EQ(InputFolder, project.folder.path.string() + "/");
+}
+
+TEST(Opening, WithErrorsLeavesTheProjectToTheClose) {
+    ProjectFile project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
+    EXPECT_EQ(project.open(), 200);
+    EXPECT_EQ(IsOpen, 1);
+    EXPECT_EQ(tarnvelde_start(0), 200);
+    EXPECT_EQ(IsStarted, 0);
+    EXPECT_EQ(tarnvelde_findObject(1, "A"), 0);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(IsOpen, 0);
+    EXPECT_EQ(tarnvelde_findObject(1, "A"), -1);
+    EXPECT_EQ(ProjectArena.taken, 0u);
+}
+
+TEST(Opening, ForgetsTheErrorAndTheCountsOfTheProjectBefore) {
+    ProjectFile bad(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
+    EXPECT_EQ(bad.open(), 200);
+    tarnvelde_close();
+    EXPECT_EQ(tarnvelde_open("/no/such/file", bad.report.c_str(), "r"), 303);
+    EXPECT_EQ(ObjectCount[NODE], 0);
+    EXPECT_EQ(TotalDuration, 0.0);
+    ProjectFile good(PROJECT);
+    EXPECT_EQ(good.open(), 0);
+    EXPECT_EQ(ErrorCode, 0);
+}
+
+TEST(Opening, LetsGoOfAProjectThatIsStillOpen) {
+    ProjectFile first(PROJECT), second(PROJECT);
+    EXPECT_EQ(first.open(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    double elapsed;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    HostInflows.push_back({0, 0, 1.0});
+    EXPECT_EQ(second.open(), 0);
+    EXPECT_EQ(IsStarted, 0);
+    EXPECT_TRUE(HostInflows.empty());
+    EXPECT_EQ(readFile(first.report), BANNER);
+    EXPECT_EQ(first.run(), 0);
+}
+
+// --- states --------------------------------------------------------------------------------------------------------
+
+TEST(States, AreAskedForByStartStepAndEnd) {
+    EXPECT_EQ(tarnvelde_close(), 0);
+    ErrorCode = 0;
+    double elapsed = 5.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 400);
+    EXPECT_EQ(elapsed, 5.0);
+    EXPECT_EQ(tarnvelde_end(), 400);
+    EXPECT_EQ(tarnvelde_start(0), 400);
+    EXPECT_EQ(ErrorCode, ERR_NOT_OPEN);
+    EXPECT_EQ(tarnvelde_report(), 400);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(tarnvelde_close(), 0);
+}
+
+TEST(States, OneRefusedCallSticks) {
+    ProjectFile project(PROJECT);
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(tarnvelde_start(0), 400);
+    EXPECT_EQ(IsStarted, 1);
+    EXPECT_EQ(catchConsole([] { EXPECT_EQ(tarnvelde_report(), 400); }), "");  // prints nothing from here on
+    EXPECT_EQ(tarnvelde_end(), 400);
+    EXPECT_EQ(IsStarted, 0);
+    EXPECT_EQ(tarnvelde_start(0), 400);
+    tarnvelde_close();
+    EXPECT_EQ(project.getReport(), NOT_OPEN);
+}
+
+TEST(States, AStepBeforeTheStartIsRefused) {
+    ProjectFile project(PROJECT);
+    EXPECT_EQ(project.open(), 0);
+    double elapsed = 5.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 400);
+    EXPECT_EQ(elapsed, 5.0);
+    tarnvelde_close();
+    EXPECT_EQ(project.getReport(), NOT_OPEN);
+}
+
+TEST(States, AnEndWithoutAStartDoesNothing) {
+    ProjectFile project(PROJECT);
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_end(), 0);
+    EXPECT_EQ(IsOpen, 1);
+}
+
+// --- steps ---------------------------------------------------------------------------------------------------------
+
+TEST(Steps, EndExactlyWithTheRun) {
+    ProjectFile project(getGeneral(10) + "[GENERAL]\nROUTING_STEP 0:04:00\n" + NETWORK);
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    double elapsed = -1.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(elapsed, 240000.0 / 86400000.0);
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(elapsed, 480000.0 / 86400000.0);
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(elapsed, 0.0);
+    EXPECT_EQ(NewRoutingTime, TotalDuration);
+    const double inflow = FlowTotals.dryWeatherInflow;
+    EXPECT_EQ(inflow, 3 * 240.0 * 0.25);  // the cut step counts in full
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(elapsed, 0.0);
+    EXPECT_EQ(FlowTotals.dryWeatherInflow, inflow);
+    EXPECT_EQ(tarnvelde_step(nullptr), 0);
+}
+
+TEST(Steps, FreezeWithAnErrorWhenTheNextRunoffIsDue) {
+    ProjectFile project(PROJECT);  // runoff steps of 5 minutes
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    double elapsed;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(tarnvelde_start(0), 400);
+    for (int minute = 2; minute <= 10; ++minute) {
+        EXPECT_EQ(tarnvelde_step(&elapsed), 400);
+        EXPECT_EQ(NewRoutingTime, std::min(minute, 5) * 60000.0);
+        EXPECT_EQ(elapsed, std::min(minute, 5) / 1440.0);
+    }
+}
+
+TEST(Steps, OfManySecondsAreTakenInDouble) {
+    // 600 hours are 2.16e9 ms, more than 32 bits hold.
+    ProjectFile project("[GENERAL]\nEND_DATE 2020/04/01\nROUTING_STEP 600\nRUNOFF_STEP 600\nREPORT_STEP 600\n" + NETWORK);
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(ReportTime, 2.16e9);
+    double elapsed;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(elapsed, 25.0);
+}
+
+TEST(Steps, LoseASecondWhereTheDatesFallShort) {
+    ProjectFile project(getGeneral(10) + NETWORK);
+    EXPECT_EQ(project.open(), 0);
+    const double end = 44256.0 + 600.0 / 86400.0;
+    EXPECT_EQ(TotalDuration, (end - 44256.0) * 86400.0 < 600.0 ? 599000.0 : 600000.0);
+}
+
+// --- report, end, close --------------------------------------------------------------------------------------------
+
+TEST(Reporting, SaysSoAlsoWithoutAProject) {
+    tarnvelde_close();
+    ErrorCode = 0;
+    EXPECT_EQ(catchConsole([] { EXPECT_EQ(tarnvelde_report(), 0); }), "\n  Writing output report");
+}
+
+TEST(Reporting, WorksBeforeAStartTwiceAndBehindTheEnd) {
+    ProjectFile project(PROJECT + "[POLLUTANTS]\nX 0\n");
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_report(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(stepToEnd(), 0);
+    EXPECT_EQ(tarnvelde_report(), 0);
+    EXPECT_EQ(tarnvelde_report(), 0);
+    EXPECT_EQ(tarnvelde_end(), 0);
+    EXPECT_EQ(tarnvelde_report(), 0);
+    tarnvelde_close();
+    const std::string report = project.getReport();
+    size_t tables = 0;
+    for (size_t at = 0; (at = report.find("Flow Routing Continuity", at)) != std::string::npos; ++at) {
+        ++tables;
+    }
+    EXPECT_EQ(tables, 4u);
+}
+
+TEST(Reporting, GivesTheErrorsOnceTheRunHasEnded) {
+    ProjectFile project(getGeneral(30) + "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0\n[DWFS]\nA FLOW 0.25 \"\"\n");
+    double runoff = 7.0, flow = 7.0, quality = 7.0;
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_getMassBalErr(&runoff, &flow, &quality), 0);
+    EXPECT_EQ(flow, 0.0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(stepToEnd(), 0);
+    EXPECT_EQ(tarnvelde_report(), 0);
+    EXPECT_EQ(tarnvelde_getMassBalErr(&runoff, &flow, &quality), 0);
+    EXPECT_EQ(flow, 0.0);  // still started
+    EXPECT_EQ(tarnvelde_end(), 0);
+    EXPECT_EQ(tarnvelde_getMassBalErr(nullptr, &flow, nullptr), 0);
+    EXPECT_GT(flow, 0.0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(tarnvelde_end(), 0);
+    EXPECT_EQ(tarnvelde_getMassBalErr(&runoff, &flow, &quality), 0);
+    EXPECT_EQ(flow, 0.0);  // a start without a report
+}
+
+TEST(Running, ShowsItsProgress) {
+    ProjectFile project("[GENERAL]\nEND_TIME 2:00\nROUTING_STEP 0:30\nRUNOFF_STEP 0:30\nREPORT_STEP 0:30\n" + NETWORK);
+    int32_t code = -1;
+    const std::string console = catchConsole([&] { code = project.run(); });
+    EXPECT_EQ(code, 0);
+    const std::string back(14, '\b');
+    EXPECT_EQ(console, "\n  Retrieving project data\n  Simulating day: 0     hour:  0" + back + "0     hour: 1 " +
+                           "\n  Simulation complete           \n  Writing output report");
+    EXPECT_EQ(IsOpen, 0);
+}
+
+TEST(Running, GivesTheCodeOfAProjectWithErrors) {
+    ProjectFile project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
+    EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.run(), 200); }), "\n  Retrieving project data");
+    EXPECT_EQ(IsOpen, 0);
+    EXPECT_EQ(ProjectArena.taken, 0u);
+}
+
+TEST(Running, FailsWhenThePipesNeedMoreMemoryThanThereIs) {
+    ProjectFile project(getGeneral(10) + "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 2147483647 0 0\n[POLLUTANTS]\nX 0\nY 0\nZ 0\n");
+    int32_t code = 0;
+    const std::string console = catchConsole([&] { code = project.run(); });
+    EXPECT_EQ(code, 101);
+    EXPECT_EQ(console, "\n  Retrieving project data");  // no run, and no report
+    EXPECT_EQ(project.getReport(), "\n  \n  ERROR 101: memory allocation error.");
+}
+
+TEST(Locale, OfTheHostDoesntChangeNumbers) {
+    ProjectFile project(getGeneral(10) + NETWORK + "[POLLUTANTS]\nX 1.5\n");
+    project.run();
+    const std::string plain = project.getReport();
+    const std::string old = setlocale(LC_ALL, nullptr);
+    const char* names[] = {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "nl_NL.UTF-8"};
+    for (const char* name : names) {
+        if (setlocale(LC_ALL, name)) {
+            EXPECT_EQ(project.run(), 0);
+            EXPECT_EQ(project.getReport(), plain);
+            EXPECT_STREQ(setlocale(LC_ALL, nullptr), name);
+        }
+    }
+    setlocale(LC_ALL, old.c_str());
+}
+
+/// A row of a continuity table: 26 characters for its name, a blank, and 16 for the figure.
+static std::string alignRow(std::string name, std::string figure) {
+    name.resize(26, ' ');
+    figure.erase(0, figure.find_first_not_of(' '));
+    return "\n  " + name + " " + std::string(16 - figure.size(), ' ') + figure;
+}
+
+TEST(Reporting, WritesTheTablesOfASmallProject) {
+    // 10 steps of 60 s at 0.25 m3/s with 8 mg/L, without delay. The end of the run falls one second short of 10 minutes
+    // or not, as the dates round; then the flow of the last step is booked as delayed.
+    ProjectFile project(getGeneral(10) + NETWORK + "[DWFS]\nA X 8 \"\"\n[POLLUTANTS]\nX 0\n");
+    ASSERT_EQ(project.run(), 0);
+    const bool isShort = (44256.0 + 600.0 / 86400.0 - 44256.0) * 86400.0 < 600.0;
+    const std::string out = isShort ? "135.000" : "150.000", late = isShort ? " 15.000" : "  0.000";
+    const std::string load = isShort ? "1.080" : "1.200", lateLoad = isShort ? "0.120" : "0.000";
+    const std::string stars = "\n  **************************", dashes = " ----------------";
+    std::string expected = stars + "           Volume            Depth\n  Runoff Quantity Continuity               m3               mm" + stars +
+                           dashes + dashes;
+    for (const char* row : {"Total Rainfall   ", "Init. LID Storage", "Evap. Loss       ", "Infil. Loss      ", "Surface Runoff   ",
+                            "LID Drainage     ", "Final Storage    "}) {
+        expected += "\n  " + std::string(row) + "                     0.000            0.000 ";
+    }
+    expected += "\n  Continuity Error (%)                  0.000\n  ";
+    expected += stars + "                X\n  Runoff Quality Continuity                kg" + stars + dashes;
+    for (const char* row : {"Init. Buildup    ", "Surface Buildup  ", "Wet Deposition   ", "Infil. Loss      ", "BMP Removal      ",
+                            "LID Removal      ", "Surface Washoff  ", "LID Drainage     ", "LID Final Storage", "Remaining Buildup"}) {
+        expected += "\n  " + std::string(row) + "                     0.000";
+    }
+    const double zero = NewRoutingTime * 0.0;
+    char ratio[32];
+    std::snprintf(ratio, sizeof ratio, "%16.3f", zero / zero);  // as the machine gives it
+    expected += std::string("\n  Continuity Error (%)       ") + ratio;
+    expected += stars + "           Volume\n  Flow Routing Continuity                  m3" + stars + dashes;
+    const auto flow = [&](const char* row, const std::string& value) { expected += alignRow(row, value) + " "; };
+    flow("Dry Weather Inflow", "150.000");
+    flow("Wet Weather Inflow", "  0.000");
+    flow("External Inflow   ", "  0.000");
+    flow("SWMM Inflow       ", "  0.000");
+    flow("VORN Inflow       ", "  0.000");
+    flow("External Outflow  ", out);
+    flow("Flooding Loss     ", "  0.000");
+    flow("SWMM Outflow      ", "  0.000");
+    flow("VORN Outflow      ", "  0.000");
+    flow("Evap. Loss        ", "  0.000");
+    flow("Seepage Loss      ", "  0.000");
+    flow("Delayed Vol.      ", late);
+    flow("Init. Storage     ", "  0.000");
+    flow("Final Storage     ", "  0.000");
+    expected += "\n  Continuity Error (%)                  0.000\n  ";
+    expected += stars + "                X\n  Quality Routing Continuity               kg" + stars + dashes;
+    const auto quality = [&](const char* row, const std::string& value) { expected += alignRow(row, value); };
+    quality("Dry Weather Inflow", "1.200");
+    quality("Wet Weather Inflow", "0.000");
+    quality("External Inflow   ", "0.000");
+    quality("SWMM Inflow       ", "0.000");
+    quality("VORN Inflow       ", "0.000");
+    quality("External Outflow  ", load);
+    quality("Flooding Loss     ", "0.000");
+    quality("SWMM Outflow      ", "0.000");
+    quality("VORN Outflow      ", "0.000");
+    quality("Seepage Loss      ", "0.000");
+    quality("Reacted Loss      ", "0.000");
+    quality("Delayed Mass      ", lateLoad);
+    quality("Init. Storage     ", "0.000");
+    quality("Final Storage     ", "0.000");
+    const size_t head = expected.size();
+    std::string report = project.getReport();
+    ASSERT_GT(report.size(), head);
+    EXPECT_EQ(report.substr(0, head), expected);
+    const std::string rest = report.substr(head);
+    const size_t line = rest.find('\n', 1);
+    EXPECT_EQ(rest.substr(0, 25), "\n  Continuity Error (%)  ");
+    EXPECT_EQ(rest.substr(rest.find("0.000", 25), 5), "0.000");
+    const std::string total = isShort ? "135.000" : "150.000";
+    EXPECT_EQ(rest.substr(line),
+              "\n  \n  *******************\n  Node Inflow Summary\n  *******************"
+              "\n                                              Inflow      Max. Inflow"
+              "\n  Node             Type                           m3             m3/s"
+              "\n  ---------------- ---------------- ---------------- ----------------"
+              "\n  A                JUNCTION                  150.000            0.250"
+              "\n  OUT              OUTFALL                   " + total + "            0.250"
+              "\n  \n  ***********************\n  Outfall Loading Summary\n  ***********************"
+              "\n                                  X"
+              "\n  Outfall                        kg"
+              "\n  ---------------- ----------------"
+              "\n  OUT                         " + load +
+              "\n  \n  *****************\n  Link Flow Summary\n  *****************"
+              "\n                                                Flow        Max. Flow            Flood       Max. Flood"
+              "\n  Link             Type                           m3             m3/s               m3             m3/s"
+              "\n  ---------------- ---------------- ---------------- ---------------- ---------------- ----------------"
+              "\n  C                CONNECTION                " + total + "            0.250            0.000            0.000");
+}
+
+TEST(Reporting, PushesARowForALongName) {
+    const std::string name(40, 'N');
+    ProjectFile project(getGeneral(10) + "[OUTFALLS]\n" + name + "\n");
+    ASSERT_EQ(project.run(), 0);
+    EXPECT_NE(project.getReport().find("\n  " + name + " OUTFALL                     0.000            0.000"), std::string::npos);
+}

@@ -1,0 +1,224 @@
+// Whole runs: what holds in every network, and how two runs that should be the same compare.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <regex>
+
+#include "engine/arena.h"
+#include "engine/project.h"
+#include "routing/connection.h"
+#include "routing/node.h"
+#include "routing/pipe.h"
+#include "support/generate.h"
+#include "support/project.h"
+
+static constexpr double DT = 60.0;  ///< s
+
+/// Runs a project to its end and gives the report.
+static std::string runProject(const std::string& text) {
+    ProjectFile project(text);
+    EXPECT_EQ(project.run(), 0);
+    return project.getReport();
+}
+
+// --- balance -------------------------------------------------------------------------------------------------------
+
+/// Water that stands in the delay of a connection: each entry is the flow of one step.
+static double getQueuedVolume(const Connection& connection, double date) {
+    double volume = 0.0;
+    const DelayQueue& queue = connection.flowQueue;
+    for (int64_t k = queue.first; k < queue.end; ++k) {
+        const DelayEntry& entry = queue.entries[k & (queue.capacity - 1)];
+        volume += entry.date > date ? entry.value * DT : 0.0;
+    }
+    return volume;
+}
+
+/// The network with pipes in the place of its connections.
+static std::string makePipesOnly(std::string text) {
+    text = std::regex_replace(text, std::regex("\\[CONNECTIONS\\]"), "[PIPES]");
+    return std::regex_replace(text, std::regex("(\nL[0-9]+ [^ \n]+ [^ \n]+ NO) [0-9]+(?=\n)"), "$1 120 1 0.1 0");
+}
+
+/// Water offered to pipes in the step just done by nodes whose pipe fired in it: it is in no sum.
+static double getDroppedVolume() {
+    double dropped = 0.0;
+    for (size_t k = 0; k < Links.size(); ++k) {
+        const Pipe& pipe = Pipes[static_cast<size_t>(Links[k].kindIndex)];
+        dropped += pipe.sumCount == 0 ? DT * node_getOfferedFlow(Links[k].fromNode, static_cast<int32_t>(k)) : 0.0;
+    }
+    return dropped;
+}
+
+TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
+    // At the nodes nothing is lost in any step: what comes in from outside and from pipes is offered to pipes or leaves.
+    // In the pipes nothing is lost in any firing: mean inflow less mean outflow, for one period, is stored. What a run
+    // misses lies between the two ways of counting: the steps that fire, and periods that a sum doesn't fill.
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        ProjectFile project(getGeneral(180) + makePipesOnly(generateNetwork(seed, 30, 0)));
+        ASSERT_EQ(project.open(), 0) << project.getReport();
+        ASSERT_EQ(tarnvelde_start(0), 0);
+        std::vector<double> taken(Pipes.size()), routedIn(Pipes.size()), routedOut(Pipes.size());
+        double dropped = 0.0, gathered = 0.0, elapsed = 1.0;
+        while (elapsed > 0.0) {
+            ASSERT_EQ(tarnvelde_step(&elapsed), 0);
+            dropped += getDroppedVolume();
+            for (const Node& node : Nodes) {
+                gathered += DT * node.newUpstreamFlow;
+            }
+            for (size_t k = 0; k < Links.size(); ++k) {
+                const size_t row = static_cast<size_t>(Links[k].kindIndex);
+                const Pipe& pipe = Pipes[row];
+                if (pipe.sumCount == 0) {
+                    routedIn[row] += pipe.newInflow * pipe.stepLength;
+                    routedOut[row] += (Links[k].newFlow + pipe.newFlood) * pipe.stepLength;
+                } else {
+                    taken[row] += DT * node_getOfferedFlow(Links[k].fromNode, static_cast<int32_t>(k));
+                }
+            }
+        }
+        // Each firing balances: what went in less what went out is in the reaches.
+        double stored = 0.0;
+        for (size_t row = 0; row < Pipes.size(); ++row) {
+            EXPECT_NEAR(routedIn[row] - routedOut[row], pipe_getVolume(Pipes[row]), 1e-6) << seed;
+            stored += pipe_getVolume(Pipes[row]);
+        }
+        EXPECT_GT(dropped, 0.0);
+        EXPECT_GT(stored, 0.0);
+        double offered = dropped;
+        for (const double volume : taken) {
+            offered += volume;
+        }
+        const double in = FlowTotals.externalInflow + FlowTotals.dryWeatherInflow;
+        EXPECT_NEAR(in + gathered, offered + FlowTotals.externalOutflow, 1e-9 * offered) << seed;
+    }
+}
+
+TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
+    // Delays of whole steps, so that every entry is read at its own date.
+    for (unsigned seed = 1; seed <= 10; ++seed) {
+        std::mt19937 random(seed);
+        std::string junctions, connections, dwfs;
+        const int nodes = 20;
+        for (int k = 0; k < nodes; ++k) {
+            const std::string id = std::to_string(k);
+            const int to = k + 1 + static_cast<int>(random() % 3);
+            junctions += "N" + id + "\n";
+            connections += "L" + id + " N" + id + " " + (to < nodes ? "N" + std::to_string(to) : "OUT") + " NO " +
+                           std::to_string(60 * (random() % 6)) + "\n";
+            dwfs += "N" + id + " FLOW 0.0" + std::to_string(1 + random() % 9) + " \"\"\nN" + id + " X 50 \"\"\n";
+        }
+        ProjectFile project(getGeneral(60) + "[JUNCTIONS]\n" + junctions + "[OUTFALLS]\nOUT\n[CONNECTIONS]\n" + connections +
+                            "[POLLUTANTS]\nX 0\n[DWFS]\n" + dwfs);
+        ASSERT_EQ(project.open(), 0);
+        ASSERT_EQ(tarnvelde_start(0), 0);
+        double elapsed = 0.0;
+        for (int k = 0; k < 40; ++k) {
+            ASSERT_EQ(tarnvelde_step(&elapsed), 0);
+        }
+        double queued = 0.0;
+        for (const Connection& connection : Connections) {
+            queued += getQueuedVolume(connection, project_getDate(NewRoutingTime));
+        }
+        const double in = FlowTotals.dryWeatherInflow;
+        EXPECT_NEAR(in, FlowTotals.externalOutflow + queued + FlowTotals.delayedVolume, 1e-4 * in) << seed;
+        EXPECT_NEAR(QualTotals[0].dryWeatherInflow, in * 0.05, 1e-9 * in);
+    }
+}
+
+TEST(WaterBalance, IsInTheReport) {
+    // One connection without delay: all that comes in goes out, but for a last step that the end of the run cuts.
+    ProjectFile project("[GENERAL]\nEND_DATE 2020/01/02\nROUTING_STEP 0:01:00\nREPORT_STEP 1:00:00\n[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n"
+                        "[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\nA X 8 \"\"\n[POLLUTANTS]\nX 0\n");
+    ASSERT_EQ(project.run(), 0);
+    const std::string report = project.getReport();
+    EXPECT_NE(report.find("\n  Dry Weather Inflow                21600.000 "), std::string::npos) << report;
+    EXPECT_NE(report.find("\n  External Outflow                  21600.000 "), std::string::npos);
+    EXPECT_NE(report.find("\n  External Outflow                    172.800"), std::string::npos);
+    EXPECT_NE(report.find("\n  Continuity Error (%)                  0.000\n"), std::string::npos);
+}
+
+// --- runs that should be the same ----------------------------------------------------------------------------------
+
+TEST(Runs, AreTheSameByStepsAndAtOnce) {
+    const std::string text = getGeneral(180) + generateNetwork(5, 30, 2);
+    const std::string whole = runProject(text);
+    ProjectFile project(text);
+    ASSERT_EQ(project.open(), 0);
+    ASSERT_EQ(tarnvelde_start(1), 0);
+    EXPECT_EQ(stepToEnd(), 0);
+    EXPECT_EQ(tarnvelde_report(), 0);
+    EXPECT_EQ(tarnvelde_end(), 0);
+    tarnvelde_close();
+    EXPECT_EQ(project.getReport(), whole);
+}
+
+TEST(Runs, AreTheSameASecondTime) {
+    const std::string text = getGeneral(180) + generateNetwork(6, 30, 2);
+    const std::string first = runProject(text);
+    ProjectFile project(text);
+    ASSERT_EQ(project.open(), 0);
+    for (int run = 0; run < 3; ++run) {
+        ASSERT_EQ(tarnvelde_start(0), 0);
+        EXPECT_EQ(stepToEnd(), 0);
+        if (run == 1) {
+            EXPECT_EQ(tarnvelde_report(), 0);
+        }
+        EXPECT_EQ(tarnvelde_end(), 0);
+    }
+    tarnvelde_close();
+    EXPECT_EQ(project.getReport(), first);
+}
+
+TEST(Runs, DontDependOnTheReportStep) {
+    const std::string network = generateNetwork(7, 30, 2);
+    EXPECT_EQ(runProject(getGeneral(180) + network), runProject(getGeneral(180) + "[GENERAL]\nREPORT_STEP 0:17:00\nREPORT_AVERAGE NO\n" + network));
+}
+
+TEST(Runs, DontDependOnNamesAndLayout) {
+    const std::string general = getGeneral(120);
+    const std::string plain = runProject(general + generateNetwork(8, 25, 1));
+    std::string spaced = general + generateNetwork(8, 25, 1);
+    spaced = std::regex_replace(spaced, std::regex(" "), "\t  ");
+    spaced = std::regex_replace(spaced, std::regex("\n"), "  // comment\r\n\r\n/ comment\r\n");
+    EXPECT_EQ(runProject(spaced), plain);
+    const auto getNumbers = [](const std::string& report) {
+        std::string numbers;
+        const std::regex number("-?[0-9]+\\.[0-9]{3}");
+        for (std::sregex_iterator at(report.begin(), report.end(), number), end; at != end; ++at) {
+            numbers += at->str() + "\n";
+        }
+        return numbers;
+    };
+    EXPECT_EQ(getNumbers(runProject(general + generateNetwork(8, 25, 1, "z")) ), getNumbers(plain));
+}
+
+TEST(Runs, DontDependOnTheOrderOfSectionsWithDefinitionsFirst) {
+    const std::string general = getGeneral(120);
+    const std::string network = generateNetwork(9, 25, 1);
+    const std::string plain = runProject(general + network);
+    // Pollutants, patterns and series ahead of the network.
+    const size_t patterns = network.find("[PATTERNS]");
+    EXPECT_EQ(runProject(network.substr(patterns) + network.substr(0, patterns) + general), plain);
+}
+
+TEST(Runs, LeaveMemoryAsItWas) {
+    const std::string text = getGeneral(30) + generateNetwork(10, 20, 1);
+    for (int k = 0; k < 50; ++k) {
+        ProjectFile project(text);
+        ASSERT_EQ(project.open(), 0);
+        if (k % 2 == 0) {
+            ASSERT_EQ(tarnvelde_start(0), 0);
+        }
+        if (k % 3 == 0) {
+            tarnvelde_end();
+        }
+        tarnvelde_close();
+        EXPECT_EQ(ProjectArena.taken, 0u);
+        EXPECT_EQ(ResultArena.taken, 0u);
+        EXPECT_EQ(RunArena.taken, 0u);
+        EXPECT_TRUE(Nodes.empty());
+    }
+}
