@@ -1,5 +1,5 @@
-// Draws results with gnuplot. Data, script and picture stand in a folder of our own; no text of the user becomes part of
-// a command: names stand in the script as literals only, and the picture is copied to its place by ourselves.
+// Draws results with gnuplot. Data, script and picture stand in a folder of our own; no text of the user becomes part
+// of a command: names stand in the script as literals only, and the picture is copied to its place by ourselves.
 
 #include "plot.h"
 
@@ -184,8 +184,8 @@ int draw(const PlotRequest& request, const std::string& folder) {
         return EXIT_ENGINE_ERROR;
     }
     std::error_code error;
-    std::filesystem::copy_file(folder + "/plot.svg", request.output,
-                               std::filesystem::copy_options::overwrite_existing, error);
+    std::filesystem::copy_file(folder + "/plot.svg", request.output, std::filesystem::copy_options::overwrite_existing,
+                               error);
     if (error) {
         throw ResultError("cannot write " + request.output + ": " + error.message());
     }

@@ -22,9 +22,7 @@ struct Cursor {
     uint64_t length;  ///< bytes of the file
     uint64_t place;
 
-    [[noreturn]] void fail(const std::string& what) const {
-        throw ResultError(file.name + ' ' + what);
-    }
+    [[noreturn]] void fail(const std::string& what) const { throw ResultError(file.name + ' ' + what); }
     void read(void* target, uint64_t size) {
         if (size > length - place) {
             fail("is truncated");
@@ -44,12 +42,8 @@ struct Cursor {
         }
         return value;
     }
-    int32_t readInteger() {
-        return static_cast<int32_t>(static_cast<uint32_t>(readUnsigned(4)));
-    }
-    double readDouble() {
-        return std::bit_cast<double>(readUnsigned(8));
-    }
+    int32_t readInteger() { return static_cast<int32_t>(static_cast<uint32_t>(readUnsigned(4))); }
+    double readDouble() { return std::bit_cast<double>(readUnsigned(8)); }
 };
 
 float getFloat(const unsigned char* bytes) {
@@ -139,8 +133,8 @@ void readClosing(Cursor& cursor, ResultFile& file, const uint64_t (&sections)[4]
             cursor.fail("is damaged: its sections are not where the closing block says");
         }
     }
-    if (periods < 0 || cursor.length - CLOSING_LENGTH - file.resultsOffset !=
-                           static_cast<uint64_t>(periods) * file.recordLength) {
+    if (periods < 0 ||
+        cursor.length - CLOSING_LENGTH - file.resultsOffset != static_cast<uint64_t>(periods) * file.recordLength) {
         cursor.fail("is truncated or damaged: its length doesn't fit the number of reports");
     }
     file.periods = periods;

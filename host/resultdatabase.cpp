@@ -21,9 +21,7 @@ struct Query {
             fail();
         }
     }
-    ~Query() {
-        sqlite3_finalize(statement);
-    }
+    ~Query() { sqlite3_finalize(statement); }
     Query(const Query&) = delete;
     Query& operator=(const Query&) = delete;
 
@@ -46,9 +44,7 @@ struct Query {
         return type == SQLITE_FLOAT || type == SQLITE_INTEGER ? sqlite3_column_double(statement, column)
                                                               : std::numeric_limits<double>::quiet_NaN();
     }
-    int64_t getInteger(int column) const {
-        return sqlite3_column_int64(statement, column);
-    }
+    int64_t getInteger(int column) const { return sqlite3_column_int64(statement, column); }
 };
 
 std::string quoteName(const std::string& name) {

@@ -35,31 +35,58 @@ struct FixedTable {
 const std::vector<FixedTable>& getFixedTables() {
     static const std::vector<FixedTable> tables = {
         {"System",
-         {{"Rainfall", "mm/h"}, {"Evap", "mm/d"}, {"Infil", "mm/h"}, {"Runoff", "m3/s"}, {"TotInflow", "m3/s"},
-          {"DirInflow", "m3/s"}, {"DWF", "m3/s"}, {"Flood", "m3/s"}, {"SWMMIn", "m3/s"}, {"Outflow", "m3/s"},
-          {"SWMMOut", "m3/s"}, {"Storage", "m3"}},
+         {{"Rainfall", "mm/h"},
+          {"Evap", "mm/d"},
+          {"Infil", "mm/h"},
+          {"Runoff", "m3/s"},
+          {"TotInflow", "m3/s"},
+          {"DirInflow", "m3/s"},
+          {"DWF", "m3/s"},
+          {"Flood", "m3/s"},
+          {"SWMMIn", "m3/s"},
+          {"Outflow", "m3/s"},
+          {"SWMMOut", "m3/s"},
+          {"Storage", "m3"}},
          {}},
         {"Subcatchment", {{"Rainfall", "mm/h"}, {"Evap", "mm/d"}, {"Infil", "mm/h"}, {"Runoff", "m3/s"}}, {""}},
         {"Junction", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}}, {""}},
         {"Tank",
-         {{"Depth", "m"}, {"Vol", "m3"}, {"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Flood", "m3/s"}}, {""}},
+         {{"Depth", "m"}, {"Vol", "m3"}, {"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Flood", "m3/s"}},
+         {""}},
         {"Outfall", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}}, {""}},
-        {"Splitter",
-         {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Outflow1", "m3/s"}, {"Outflow2", "m3/s"}}, {""}},
+        {"Splitter", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Outflow1", "m3/s"}, {"Outflow2", "m3/s"}}, {""}},
         {"Reactor",
-         {{"Vol", "m3"}, {"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Outflow", "m3/s"}, {"Surpass", "m3/s"},
-          {"Evap", "mm/d"}, {"Infil", "mm/h"}, {"Empty", "m3/s"}},
+         {{"Vol", "m3"},
+          {"TotInflow", "m3/s"},
+          {"LatInflow", "m3/s"},
+          {"Outflow", "m3/s"},
+          {"Surpass", "m3/s"},
+          {"Evap", "mm/d"},
+          {"Infil", "mm/h"},
+          {"Empty", "m3/s"}},
          {""}},
         {"LID_Mono",
-         {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Rainfall", "mm/h"}, {"Evap", "mm/d"}, {"Surflow", "m3/s"},
-          {"Exfil", "mm/h"}, {"Drain", "m3/s"}, {"SurDepth", "m"}, {"SoilMoist", ""}, {"StorDepth", "m"},
+         {{"TotInflow", "m3/s"},
+          {"LatInflow", "m3/s"},
+          {"Rainfall", "mm/h"},
+          {"Evap", "mm/d"},
+          {"Surflow", "m3/s"},
+          {"Exfil", "mm/h"},
+          {"Drain", "m3/s"},
+          {"SurDepth", "m"},
+          {"SoilMoist", ""},
+          {"StorDepth", "m"},
           {"PaveDepth", "m"}},
          {"Sur_", "Soil_", "Stor_", "Pave_"}},
         {"Pipe", {{"Vol", "m3"}, {"Inflow", "m3/s"}, {"Outfow", "m3/s"}, {"Flood", "m3/s"}}, {""}},
         {"Pump", {{"Flow", "m3/s"}}, {""}},
         {"Connection", {{"Inflow", "m3/s"}, {"Outflow", "m3/s"}}, {""}},
         {"Conduit",
-         {{"Depth", "m"}, {"Vol", "m3"}, {"Velocity", "m/s"}, {"Inflow", "m3/s"}, {"Outflow", "m3/s"},
+         {{"Depth", "m"},
+          {"Vol", "m3"},
+          {"Velocity", "m/s"},
+          {"Inflow", "m3/s"},
+          {"Outflow", "m3/s"},
           {"Flood", "m3/s"}},
          {""}},
         {"Weir", {{"Flow", "m3/s"}}, {""}},
@@ -78,9 +105,8 @@ bool isSameColumn(const std::string& a, const std::string& b) {
 
 /// IDs differ by more than the case of their ASCII letters.
 bool isSameName(const std::string& a, const std::string& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        return x == y || (x != '-' && y != '-' && toLower(x) == toLower(y));
-    });
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return x == y || (x != '-' && y != '-' && toLower(x) == toLower(y)); });
 }
 
 }  // namespace
@@ -255,10 +281,10 @@ static size_t getCharacterLength(const std::string& text, size_t at) {
 }
 
 std::string result_toUtf8(const std::string& text) {
-    static constexpr uint16_t WINDOWS_1252[32] = {
-        0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-        0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-        0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+    static constexpr uint16_t WINDOWS_1252[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                                  0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                                  0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                                  0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
     std::string result;
     for (size_t at = 0; at < text.size();) {
         if (const size_t length = getCharacterLength(text, at)) {

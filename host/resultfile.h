@@ -32,10 +32,10 @@ struct ResultFile {
     std::string name;
     std::FILE* binary = nullptr;  ///< the one or the other
     sqlite3* database = nullptr;
-    uint64_t resultsOffset = 0;   ///< binary file: place of the first record
-    uint64_t recordLength = 0;    ///< binary file: bytes
-    double startDate = 0.0;       ///< days since 30 December 1899
-    int32_t reportStep = 0;       ///< s
+    uint64_t resultsOffset = 0;  ///< binary file: place of the first record
+    uint64_t recordLength = 0;   ///< binary file: bytes
+    double startDate = 0.0;      ///< days since 30 December 1899
+    int32_t reportStep = 0;      ///< s
     int32_t periods = 0;
     std::vector<ResultTable> tables;  ///< those with objects, in the order of the file
 

@@ -184,9 +184,8 @@ void showSummaryRow(const ResultTable& table, size_t object, size_t column, cons
 }
 
 bool isChosen(const std::vector<ResultChoice>& chosen, size_t table, size_t object) {
-    return std::any_of(chosen.begin(), chosen.end(), [&](const ResultChoice& choice) {
-        return choice.table == table && choice.object == object;
-    });
+    return std::any_of(chosen.begin(), chosen.end(),
+                       [&](const ResultChoice& choice) { return choice.table == table && choice.object == object; });
 }
 
 void showSummary(const ResultFile& file, const ResultsRequest& request) {

@@ -169,15 +169,17 @@ TEST_F(Results, RainHangsFromTheTopOfASubcatchment) {
     const std::string text =
         "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 1:30\nROUTING_STEP 0:01:00\n"
         "REPORT_STEP 0:05:00\n[RAINGAGES]\nG1 INTENSITY 0:10 R1\n[SUBCATCHS]\nS1 G1 J1 5 50 200 0.5 0.015 0.1 1 3 50 5 "
-        "4 7 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 J1 O1 NO 60\n[TIMESERIES]\nR1 2021/03/01 0:10 5 0:20 "
+        "4 7 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 J1 O1 NO 60\n[TIMESERIES]\nR1 2021/03/01 0:10 5 "
+        "0:20 "
         "20 0:30 0\n";
     ASSERT_EQ(runProgram({"run", folder.write("rain.inp", text), "--quiet"}).status, 0);
     const std::string picture = folder.file("rain.svg");
-    ASSERT_EQ(runProgram({"plot", folder.file("rain.bin"), "--object", "S1", "--column", "Runoff", "-o", picture}).status,
-              0);
+    ASSERT_EQ(
+        runProgram({"plot", folder.file("rain.bin"), "--object", "S1", "--column", "Runoff", "-o", picture}).status, 0);
     EXPECT_THAT(readFile(picture), HasSubstr("Rainfall (mm/h)"));
-    ASSERT_EQ(runProgram({"plot", folder.file("rain.bin"), "--object", "J1", "--column", "TotInflow", "-o", picture}).status,
-              0);
+    ASSERT_EQ(
+        runProgram({"plot", folder.file("rain.bin"), "--object", "J1", "--column", "TotInflow", "-o", picture}).status,
+        0);
     EXPECT_THAT(readFile(picture), Not(HasSubstr("Rainfall")));
 }
 
@@ -191,10 +193,12 @@ TEST_F(Results, APlotThatCannotBeDrawnSaysWhy) {
 }
 
 TEST(ResultsUsage, WrongUsageGivesTwo) {
-    for (const std::vector<std::string>& arguments :
-         {std::vector<std::string>{"results"}, {"results", "a.bin", "--column", "Flow"},
-          {"results", "a.bin", "--object", "P1", "--csv", "--json"}, {"results", "a.bin", "--json"}, {"plot", "a.bin"},
-          {"plot", "a.bin", "--object", "P1", "--column", "Flow"}}) {
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"results"},
+                                                      {"results", "a.bin", "--column", "Flow"},
+                                                      {"results", "a.bin", "--object", "P1", "--csv", "--json"},
+                                                      {"results", "a.bin", "--json"},
+                                                      {"plot", "a.bin"},
+                                                      {"plot", "a.bin", "--object", "P1", "--column", "Flow"}}) {
         const ProcessResult result = runProgram(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_NE(result.err, "");

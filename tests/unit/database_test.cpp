@@ -68,8 +68,7 @@ TEST(Database, HoldsTheRowsOfARun) {
     EXPECT_EQ(ask(db, "select * from Outfall"),
               "O1|1|0.0|0.0|0.0\nO1|2|0.0|0.0|0.0\nO1|3|0.5|0.0|4.0\nO1|4|0.5|0.0|4.0\n");
     EXPECT_EQ(ask(db, "select * from Connection where Period > 2"), "C1|3|0.5|0.5|4.0\nC1|4|0.5|0.5|4.0\n");
-    EXPECT_EQ(ask(db, "select * from System where Period = 3"),
-              "3|0.0|0.0|0.0|0.0|1.0|0.5|0.0|0.0|0.0|0.5|0.0|0.0\n");
+    EXPECT_EQ(ask(db, "select * from System where Period = 3"), "3|0.0|0.0|0.0|0.0|1.0|0.5|0.0|0.0|0.0|0.5|0.0|0.0\n");
     EXPECT_EQ(ask(db, "select count(*) from System"), "4\n");
 }
 
@@ -79,21 +78,20 @@ TEST(Database, TablesAreMadeByTheseTexts) {
     // The names of the columns are what readers rely on, that of the pipe's outflow included.
     const char* const expected[][2] = {
         {"System",
-         "Period INT,Rainfall FLOAT,Evap FLOAT,Infil FLOAT,Runoff FLOAT,TotInflow FLOAT,DirInflow FLOAT,DWF FLOAT,Flood "
+         "Period INT,Rainfall FLOAT,Evap FLOAT,Infil FLOAT,Runoff FLOAT,TotInflow FLOAT,DirInflow FLOAT,DWF "
+         "FLOAT,Flood "
          "FLOAT,SWMMIn FLOAT,Outflow FLOAT,SWMMOut FLOAT,Storage FLOAT"},
-        {"Subcatchment",
-         "Name TEXT,Period INT,Rainfall FLOAT,Evap FLOAT,Infil FLOAT,Runoff FLOAT,A_B FLOAT"},
+        {"Subcatchment", "Name TEXT,Period INT,Rainfall FLOAT,Evap FLOAT,Infil FLOAT,Runoff FLOAT,A_B FLOAT"},
         {"Junction", "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,A_B FLOAT"},
-        {"Tank",
-         "Name TEXT,Period INT,Depth FLOAT,Vol FLOAT,TotInflow FLOAT,LatInflow FLOAT,Flood FLOAT,A_B FLOAT"},
+        {"Tank", "Name TEXT,Period INT,Depth FLOAT,Vol FLOAT,TotInflow FLOAT,LatInflow FLOAT,Flood FLOAT,A_B FLOAT"},
         {"Outfall", "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,A_B FLOAT"},
-        {"Splitter",
-         "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,Outflow1 FLOAT,Outflow2 FLOAT,A_B FLOAT"},
+        {"Splitter", "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,Outflow1 FLOAT,Outflow2 FLOAT,A_B FLOAT"},
         {"Reactor",
          "Name TEXT,Period INT,Vol FLOAT,TotInflow FLOAT,LatInflow FLOAT,Outflow FLOAT,Surpass FLOAT,Evap FLOAT,Infil "
          "FLOAT,Empty FLOAT,A_B FLOAT"},
         {"LID_Mono",
-         "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,Rainfall FLOAT,Evap FLOAT,Surflow FLOAT,Exfil FLOAT,Drain "
+         "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,Rainfall FLOAT,Evap FLOAT,Surflow FLOAT,Exfil "
+         "FLOAT,Drain "
          "FLOAT,SurDepth FLOAT,SoilMoist FLOAT,StorDepth FLOAT,PaveDepth FLOAT,Sur_A_B FLOAT,Soil_A_B FLOAT,Stor_A_B "
          "FLOAT,Pave_A_B FLOAT"},
         {"Pipe", "Name TEXT,Period INT,Vol FLOAT,Inflow FLOAT,Outfow FLOAT,Flood FLOAT,A_B FLOAT"},
@@ -134,13 +132,13 @@ TEST(Database, PeriodIsInTheEndTheNumberOfReports) {
 TEST(Database, HyphensOfPollutantsBecomeLowLines) {
     ProjectFile project(getDelayedProject(ONE_REPORT, "NH4--N-"));
     EXPECT_EQ(runToDatabase(project), 0);
-    EXPECT_EQ(ask(getDatabase(project), "select name from pragma_table_info('Pump')"),
-              "Name\nPeriod\nFlow\nNH4__N_\n");
+    EXPECT_EQ(ask(getDatabase(project), "select name from pragma_table_info('Pump')"), "Name\nPeriod\nFlow\nNH4__N_\n");
 }
 
 TEST(Database, ANegativeStartDateLeavesGeneralInfoEmpty) {
-    ProjectFile project("[GENERAL]\nSTART_DATE 1899/12/01\nEND_DATE 1899/12/01\nEND_TIME 0:04:00\nROUTING_STEP 0:01:00\n"
-                        "REPORT_STEP 0:01:00\n[OUTFALLS]\nO1\n");
+    ProjectFile project(
+        "[GENERAL]\nSTART_DATE 1899/12/01\nEND_DATE 1899/12/01\nEND_TIME 0:04:00\nROUTING_STEP 0:01:00\n"
+        "REPORT_STEP 0:01:00\n[OUTFALLS]\nO1\n");
     project.open();
     EXPECT_EQ(tarnvelde_start(2), 315);
     EXPECT_EQ(IsStarted, 1);
@@ -164,14 +162,16 @@ TEST(Database, IsMadeAnewByEachRun) {
 // --- names ---------------------------------------------------------------------------------------------------------
 
 TEST(Database, NamesBecomeUtf8) {
-    ProjectFile project(getDelayedProject(ONE_REPORT, "A", "Stra\xDF"
-                                                   "e"));
+    ProjectFile project(getDelayedProject(ONE_REPORT, "A",
+                                          "Stra\xDF"
+                                          "e"));
     EXPECT_EQ(runToDatabase(project), 0);
     EXPECT_EQ(ask(getDatabase(project), "select Name from Junction where Period = 1"),
               "Stra\xC3\x9F"
               "e\n");
-    ProjectFile other(getDelayedProject(ONE_REPORT, "A", "Stra\xC3\x9F"
-                                                 "e"));
+    ProjectFile other(getDelayedProject(ONE_REPORT, "A",
+                                        "Stra\xC3\x9F"
+                                        "e"));
     EXPECT_EQ(runToDatabase(other), 0);
     EXPECT_EQ(ask(getDatabase(other), "select Name from Junction where Period = 1"),
               "Stra\xC3\x9F"

@@ -37,8 +37,8 @@ ResultFile runToFile(ProjectFile& project) {
 }  // namespace
 
 TEST(Results, SampledRowsInterpolateWithinTheStep) {
-    // Steps of 60 s and reports of 90 s: the first report lies in the middle of the second step, the second at the end of
-    // the third, the delivery begins in the third. A sample at 270 s is never due.
+    // Steps of 60 s and reports of 90 s: the first report lies in the middle of the second step, the second at the end
+    // of the third, the delivery begins in the third. A sample at 270 s is never due.
     ProjectFile project(getDelayedProject("REPORT_STEP 0:01:30\nREPORT_AVERAGE NO\n"));
     const ResultFile file = runToFile(project);
     ASSERT_EQ(file.getCount(), 2);

@@ -272,7 +272,8 @@ TEST_F(Rows, SystemCountsTheDryWeatherFlowOfEachNode) {
 TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
     TempFolder folder;
     folder.write("series.dat", "2021/03/01 0:00 1\n2021/03/01 1:00 3\n2021/03/01 2:00 5\n");
-    ProjectFile project(getGeneral(60) + "[OUTFALLS]\nO1\nO2\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\nO2 FLOW FLOW 10 T2 2\n"
+    ProjectFile project(getGeneral(60) +
+                        "[OUTFALLS]\nO1\nO2\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\nO2 FLOW FLOW 10 T2 2\n"
                         "[TIMESERIES]\nT1 2021/03/01 0:00 1 1:00 3 2:00 5\nT2 FILE " +
                         folder.file("series.dat") + "\n");
     ASSERT_EQ(project.open(), 0);
