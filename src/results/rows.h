@@ -1,6 +1,6 @@
 #pragma once
-// Rows of results: which tables there are, which columns each of them has, and how a row is filled from the state of the
-// model. Both sinks write the same rows.
+// Rows of results: which tables there are, which columns each of them has, and how a row is filled from the state of
+// the model. Both sinks write the same rows.
 
 #include <cstdint>
 
@@ -50,7 +50,8 @@ int32_t rows_getObjectCount(int32_t table);
 /// ID of an object of a table, by its index in its class.
 const char* rows_getName(int32_t table, int32_t object);
 
-/// Fills the row of an object; `f` weighs the newer of two states. Every value is worked out in double and rounded once.
+/// Fills the row of an object; `f` weighs the newer of two states. Every value is worked out in double and rounded
+/// once.
 void rows_fill(int32_t table, int32_t object, double f, float* row);
 void node_getResults(int32_t node, double f, float* row);
 void link_getResults(int32_t link, double f, float* row);
