@@ -309,9 +309,9 @@ static double getConduitVolume(size_t index) {
 /// Water that stands in a tank, m3; 0 for a node of another kind.
 static double getTankVolume(size_t index) {
     const Node& node = Nodes[index];
-    return node.kind == TANK ? tank_getVolume(static_cast<int32_t>(index),
-                                              Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
-                             : 0.0;
+    return node.kind == TANK
+               ? tank_getVolume(static_cast<int32_t>(index), Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
+               : 0.0;
 }
 
 /// Water of the LID monomer nodes: rain, losses and storage are in no running total.
