@@ -143,9 +143,7 @@ protected:
         rule_createAll();
     }
 
-    void TearDown() override {
-        clearProject();
-    }
+    void TearDown() override { clearProject(); }
 
     /// Begins the run and evaluates once.
     static int32_t evaluate() {
