@@ -1,0 +1,272 @@
+// Converters: lines of [CONVERTERS], what they must hold, and the amounts that they make.
+
+#include "coupling/converter.h"
+
+#include <gtest/gtest.h>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "hydrology/landuse.h"
+#include "input/names.h"
+#include "support/lines.h"
+#include "support/project.h"
+
+/// Two converters, C and D, and two pollutants, TSS and COD.
+struct ConverterLines : testing::Test {
+    void SetUp() override {
+        tarnvelde_close();
+        names_clear();
+        Converters.assign(2, Converter{});
+        ObjectCount[CONVERTER] = ObjectCount[POLLUT] = 2;
+        project_addObject(CONVERTER, "C", 0);
+        project_addObject(CONVERTER, "D", 1);
+        project_addObject(POLLUT, "TSS", 0);
+        project_addObject(POLLUT, "COD", 1);
+    }
+    void TearDown() override {
+        names_clear();
+        Converters = {};
+        ObjectCount[CONVERTER] = ObjectCount[POLLUT] = 0;
+        arena_release(ProjectArena);
+    }
+
+    static int32_t read() { return converter_readParams(TokCount); }
+    static void expectGood(const std::string& line) { EXPECT_EQ(parseLine(line, read), 0) << line; }
+    static void expectError(const std::string& line, int32_t error, const std::string& name) {
+        expectLineError(line, read, error, name);
+    }
+    static int count(int32_t index = 0) {
+        int number = 0;
+        for (const ConverterPoint* point = Converters[static_cast<size_t>(index)].points; point; point = point->next) {
+            ++number;
+        }
+        return number;
+    }
+};
+
+TEST_F(ConverterLines, TypeLinesTakeTheTypeInAnyCase) {
+    expectGood("c vorn_EFFLUENT and more words");
+    EXPECT_EQ(Converters[0].type, VORN_EFFLUENT);
+    EXPECT_STREQ(Converters[0].name, "C");
+    expectGood("C VORN_INFLUENT");
+    EXPECT_EQ(Converters[0].type, VORN_INFLUENT);
+}
+
+TEST_F(ConverterLines, WithoutATypeLineAreInfluent) {
+    expectGood("C ALK POLLUTANT TSS 0.5");
+    EXPECT_EQ(Converters[0].type, VORN_INFLUENT);
+    EXPECT_EQ(Converters[0].points->target, 5);
+    EXPECT_STREQ(Converters[0].name, "C");  // a point line names the converter as well
+}
+
+TEST_F(ConverterLines, InfluentPoints) {
+    const char* words[] = {"COD", "nh4", "NO3", "Tp", "TSS", "ALK"};
+    for (int k = 0; k < 6; ++k) {
+        expectGood(std::string("C ") + words[k] + " pollutant cod 0.25");
+    }
+    int target = 0;
+    for (const ConverterPoint* point = Converters[0].points; point; point = point->next, ++target) {
+        EXPECT_EQ(point->target, target);
+        EXPECT_EQ(point->sourceKind, SOURCE_POLLUTANT);
+        EXPECT_EQ(point->sourceIndex, 1);
+        EXPECT_EQ(point->factor, 0.25);
+        EXPECT_EQ(point->operation, OPERATION_ADD);
+    }
+    EXPECT_EQ(target, 6);
+    expectGood("C COD CONSTANT 12.5 2 SUBTRACT ignored");
+    EXPECT_EQ(Converters[0].lastPoint->sourceKind, SOURCE_CONSTANT);
+    EXPECT_EQ(Converters[0].lastPoint->sourceIndex, -1);
+    EXPECT_EQ(Converters[0].lastPoint->constant, 12.5);
+    EXPECT_EQ(Converters[0].lastPoint->operation, OPERATION_SUBTRACT);
+}
+
+TEST_F(ConverterLines, EffluentPointsKnowAllComponents) {
+    expectGood("C VORN_EFFLUENT");
+    const char* words[] = {"S_O2", "S_F", "S_A", "S_I", "S_NH4", "S_N2", "S_NO3", "S_PO4", "S_ALK", "X_I",
+                           "X_S", "X_H", "X_PAO", "X_PP", "X_PHA", "X_AUT", "X_TSS", "x_meoh", "X_MeP"};
+    for (const char* word : words) {
+        expectGood(std::string("C TSS POLLUTANT ") + word + " 1");
+    }
+    int component = 0;
+    for (const ConverterPoint* point = Converters[0].points; point; point = point->next, ++component) {
+        EXPECT_EQ(point->sourceIndex, component);
+        EXPECT_EQ(point->target, 0);
+    }
+    EXPECT_EQ(component, 19);
+}
+
+TEST_F(ConverterLines, TheTypeAtTheLineDecides) {
+    expectGood("C COD POLLUTANT TSS 1");
+    expectGood("C VORN_EFFLUENT");
+    expectGood("C COD POLLUTANT X_I 1");
+    EXPECT_EQ(Converters[0].points->target, 0);      // the constituent
+    EXPECT_EQ(Converters[0].lastPoint->target, 1);   // the pollutant
+    expectError("C NH4 POLLUTANT X_I 1", ERR_UNDEFINED_OBJECT, "NH4");
+}
+
+TEST_F(ConverterLines, ErrorsFromLeftToRight) {
+    expectError("C", ERR_ITEMS, "");
+    expectError("X VORN_INFLUENT", ERR_UNDEFINED_OBJECT, "X");
+    expectError("X COD POLLUTANT TSS", ERR_ITEMS, "");  // the count comes before the name
+    expectError("X COD POLLUTANT TSS 1", ERR_UNDEFINED_OBJECT, "X");
+    expectError("C CODX what nothing -1x", ERR_KEYWORD, "CODX");
+    expectError("C COD what nothing -1x", ERR_KEYWORD, "what");
+    expectError("C COD POLLUTANT nothing -1x", ERR_UNDEFINED_OBJECT, "nothing");
+    expectError("C COD CONSTANT -2y -1x", ERR_NUMBER, "-2y");
+    expectError("C COD CONSTANT 2 -1x MULTIPLY", ERR_NUMBER, "-1x");
+    expectError("C COD CONSTANT 2 1 MULTIPLY", ERR_KEYWORD, "MULTIPLY");
+    EXPECT_EQ(count(), 0);
+    EXPECT_EQ(Converters[0].name, nullptr);
+    expectGood("D VORN_EFFLUENT");
+    expectError("D ALK what nothing -1x", ERR_UNDEFINED_OBJECT, "ALK");
+    expectError("D TSS what nothing -1x", ERR_KEYWORD, "what");
+    expectError("D TSS POLLUTANT nothing -1x", ERR_KEYWORD, "nothing");
+    expectError("D TSS CONSTANT -1e2z -1x", ERR_NUMBER, "-1e2z");
+    EXPECT_EQ(count(1), 0);
+}
+
+TEST_F(ConverterLines, NumbersAreRefusedOnlyIfNegativeWithTextBehind) {
+    const struct {
+        const char* word;
+        double value;
+    } words[] = {{"-1", -1.0}, {"word", 0.0}, {"-x", 0.0}, {"3x", 3.0}, {"1e2", 100.0}};
+    for (const auto& word : words) {
+        expectGood(std::string("C COD CONSTANT ") + word.word + " " + word.word);
+        EXPECT_EQ(Converters[0].lastPoint->constant, word.value) << word.word;
+        EXPECT_EQ(Converters[0].lastPoint->factor, word.value) << word.word;
+    }
+    expectGood("C COD CONSTANT inf nan");
+    expectGood("C COD CONSTANT -1\xa0 1");  // a byte above 127 behind a number has always been let through
+    EXPECT_EQ(Converters[0].lastPoint->constant, -1.0);
+}
+
+TEST_F(ConverterLines, APollutantOfATypeWordIsNoTarget) {
+    ObjectCount[POLLUT] = 3;
+    project_addObject(POLLUT, "VORN_INFLUENT", 2);
+    expectGood("C VORN_EFFLUENT");
+    expectGood("C VORN_INFLUENT CONSTANT 1 1");
+    EXPECT_EQ(Converters[0].type, VORN_INFLUENT);
+    EXPECT_EQ(count(), 0);
+}
+
+TEST_F(ConverterLines, WithoutMemoryAreTheMemoryError) {
+    arena_failAfter(1);
+    expectError("C COD CONSTANT 1 1 MULTIPLY", ERR_MEMORY, "");
+    arena_failAfter(0);
+    EXPECT_EQ(count(), 0);
+}
+
+// --- validation ----------------------------------------------------------------------------------------------------
+
+static const std::string Network = "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nN A OUT NO 0\n";
+
+static std::string repeatMessage(const std::string& message, int times) {
+    std::string text = "\n  ";
+    for (int k = 0; k < times; ++k) {
+        text += (k ? "\n  \n  " : "\n  ") + message;
+    }
+    return text;
+}
+
+TEST(ConverterValidation, TellsEachMissingConstituent) {
+    const std::string message =
+        "ERROR 910: Converter Full of VORN influent type has no enough constituent conversion point.";
+    const OpenResult none = openProject(getGeneral(2) + Network + "[CONVERTERS]\nFull VORN_INFLUENT\n");
+    EXPECT_EQ(none.code, 910);
+    EXPECT_EQ(none.report, repeatMessage(message, 6));
+    const OpenResult some = openProject(getGeneral(2) + Network +
+                                        "[CONVERTERS]\nFull COD CONSTANT 1 1\nfull ALK CONSTANT 1 1\n"
+                                        "Full ALK CONSTANT 1 1\nFULL TP CONSTANT 1 1\n");
+    EXPECT_EQ(some.report, repeatMessage(message, 3));
+}
+
+TEST(ConverterValidation, TellsTheFirstMissingPollutantOnly) {
+    const std::string message =
+        "ERROR 911: Converter E of VORN effluent type has no enough constituent conversion point.";
+    const std::string pollutants = "[POLLUTANTS]\nA 0\nB 0\nC 0\n[CONVERTERS]\nE VORN_EFFLUENT\n";
+    const OpenResult none = openProject(getGeneral(2) + Network + pollutants);
+    EXPECT_EQ(none.code, 911);
+    EXPECT_EQ(none.report, repeatMessage(message, 1));
+    EXPECT_EQ(openProject(getGeneral(2) + Network + pollutants + "E A CONSTANT 0 0\nE C CONSTANT 0 0\n").code, 911);
+    EXPECT_EQ(openProject(getGeneral(2) + Network + pollutants + "E A CONSTANT 0 0\nE C CONSTANT 0 0\nE B CONSTANT 0 0\n").code, 0);
+}
+
+TEST(ConverterValidation, AnEffluentWithoutPollutantsIsComplete) {
+    EXPECT_EQ(openProject(getGeneral(2) + Network + "[CONVERTERS]\nE VORN_EFFLUENT\n").code, 0);
+}
+
+TEST(ConverterValidation, GoesOnWithTheNextConverter) {
+    const OpenResult result = openProject(getGeneral(2) + Network +
+                                          "[POLLUTANTS]\nA 0\n[CONVERTERS]\nE VORN_EFFLUENT\nF VORN_EFFLUENT\n");
+    EXPECT_NE(result.report.find("Converter E of"), std::string::npos);
+    EXPECT_NE(result.report.find("Converter F of"), std::string::npos);
+}
+
+// --- amounts -------------------------------------------------------------------------------------------------------
+
+static ConverterPoint makePoint(int32_t target, int32_t sourceKind, int32_t sourceIndex, double constant, double factor,
+                                int32_t operation = OPERATION_ADD) {
+    return {target, sourceKind, sourceIndex, constant, factor, operation, nullptr};
+}
+
+struct ConverterAmounts : testing::Test {
+    std::vector<ConverterPoint> points;
+    double constituents[CONSTITUENT_COUNT] = {};
+
+    void SetUp() override { ObjectCount[POLLUT] = 2; }
+    void TearDown() override {
+        ObjectCount[POLLUT] = 0;
+        Converters = {};
+    }
+
+    void apply(double flow, double firstLoad, double secondLoad) {
+        for (size_t k = 0; k + 1 < points.size(); ++k) {
+            points[k].next = &points[k + 1];
+        }
+        Converters.assign(1, Converter{});
+        Converters[0].points = points.data();
+        const double loads[] = {firstLoad, secondLoad};
+        converter_applyInfluent(0, flow, loads, constituents);
+    }
+};
+
+TEST_F(ConverterAmounts, OfPollutantsAreLoadsInGrams) {
+    points = {makePoint(0, SOURCE_POLLUTANT, 0, 0.0, 0.5), makePoint(0, SOURCE_POLLUTANT, 1, 0.0, 2.0),
+              makePoint(3, SOURCE_POLLUTANT, 1, 0.0, -1.0)};
+    apply(7.0, 0.25, 0.125);
+    EXPECT_EQ(constituents[0], 0.25 * 0.5 * 1000.0 + 0.125 * 2.0 * 1000.0);
+    EXPECT_EQ(constituents[3], -125.0);  // nothing holds an addition above 0
+}
+
+TEST_F(ConverterAmounts, OfConstantsGoWithTheFlow) {
+    points = {makePoint(4, SOURCE_CONSTANT, -1, 20.0, 0.75)};
+    apply(0.5, 0.0, 0.0);
+    EXPECT_EQ(constituents[4], 0.5 * 20.0 * 0.75);
+    apply(0.0, 0.0, 0.0);
+    EXPECT_EQ(constituents[4], 0.5 * 20.0 * 0.75);
+}
+
+TEST_F(ConverterAmounts, TakenOffLeaveNothingBelowZero) {
+    points = {makePoint(1, SOURCE_CONSTANT, -1, 10.0, 1.0), makePoint(1, SOURCE_CONSTANT, -1, 4.0, 1.0, OPERATION_SUBTRACT),
+              makePoint(1, SOURCE_CONSTANT, -1, 9.0, 1.0, OPERATION_SUBTRACT), makePoint(1, SOURCE_CONSTANT, -1, 2.0, 1.0),
+              makePoint(2, SOURCE_POLLUTANT, 0, 0.0, 1.0, OPERATION_SUBTRACT)};
+    apply(1.0, 0.5, 0.0);
+    EXPECT_EQ(constituents[1], 2.0);  // 10, 6, 0, 2
+    EXPECT_EQ(constituents[2], 0.0);
+}
+
+TEST_F(ConverterAmounts, PassOverPointsThatMeanSomethingElse) {
+    points = {makePoint(6, SOURCE_CONSTANT, -1, 1.0, 1.0), makePoint(-1, SOURCE_CONSTANT, -1, 1.0, 1.0),
+              makePoint(0, SOURCE_POLLUTANT, 2, 1.0, 1.0), makePoint(0, SOURCE_POLLUTANT, -1, 1.0, 1.0)};
+    for (const ConverterPoint& point : points) {
+        EXPECT_FALSE(converter_isInfluentPoint(point));
+    }
+    apply(1.0, 1.0, 1.0);
+    for (const double constituent : constituents) {
+        EXPECT_EQ(constituent, 0.0);
+    }
+    EXPECT_TRUE(converter_isEffluentPoint(makePoint(1, SOURCE_POLLUTANT, 18, 0.0, 1.0)));
+    EXPECT_FALSE(converter_isEffluentPoint(makePoint(2, SOURCE_POLLUTANT, 18, 0.0, 1.0)));
+    EXPECT_FALSE(converter_isEffluentPoint(makePoint(-1, SOURCE_CONSTANT, -1, 0.0, 1.0)));
+}

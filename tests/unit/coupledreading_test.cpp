@@ -1,0 +1,126 @@
+// Lines of [SWMM_INPS] and [VORN_INPS]: every message, and to which node a record goes.
+
+#include <gtest/gtest.h>
+
+#include "coupling/swmm.h"
+#include "coupling/vorn.h"
+#include "support/engines.h"
+
+/// A junction with a connection C to node S, and a connection D from there to an outfall.
+static const std::string Frame =
+    "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC J S NO 0\nD S OUT NO 0\n"
+    "[CONVERTERS]\nCV VORN_INFLUENT\nCV COD CONSTANT 0 0\nCV NH4 CONSTANT 0 0\nCV NO3 CONSTANT 0 0\n"
+    "CV TP CONSTANT 0 0\nCV TSS CONSTANT 0 0\nCV ALK CONSTANT 0 0\n";
+
+/// The messages of a project with these sections, with the place of each.
+static std::string readSections(const std::string& sections) {
+    CoupledProject p(Frame + sections);
+    p.model("m.inp", getPassingModel(4)).model("m.sti", getPassingPlant(4));
+    p.open();
+    tarnvelde_close();
+    return p.project.getReport();
+}
+
+static void expectMessage(const std::string& sections, const std::string& message, const std::string& line) {
+    const std::string report = readSections(sections);
+    EXPECT_NE(report.find("\n  \n  " + message + "at line "), std::string::npos) << sections << report;
+    EXPECT_NE(report.find(":\n  " + line + "\n"), std::string::npos) << sections << report;
+}
+
+static void expectGood(const std::string& sections) {
+    EXPECT_EQ(readSections(sections), "") << sections;
+}
+
+TEST(SwmmLines, Good) {
+    expectGood("[SWMM_INPS]\nS m.inp no further words\ninflow IN C x\nOutflow OUT D\n");
+}
+
+TEST(SwmmLines, Definitions) {
+    expectMessage("[SWMM_INPS]\nS m.inp\n", "ERROR 203: too few items ", "S m.inp");
+    expectMessage("[SWMM_INPS]\nS m.inp MAYBE\n", "ERROR 205: invalid keyword MAYBE ", "S m.inp MAYBE");
+    // A name in quotes is registered with its first quote.
+    expectMessage("[SWMM_INPS]\n\"T\" m.inp NO\nS m.inp NO\n", "ERROR 209: undefined object T ", "\"T\" m.inp NO");
+}
+
+TEST(SwmmLines, Records) {
+    const std::string definition = "[SWMM_INPS]\nS m.inp NO\n";
+    expectMessage(definition + "INFLOW IN\n", "ERROR 203: too few items ", "INFLOW IN");
+    expectMessage(definition + "OUTFLOW OUT\n", "ERROR 203: too few items ", "OUTFLOW OUT");
+    expectMessage(definition + "INFLOW IN X\n", "ERROR 209: undefined object X ", "INFLOW IN X");
+    expectMessage(definition + "OUTFLOW OUT X\n", "ERROR 209: undefined object X ", "OUTFLOW OUT X");
+}
+
+TEST(SwmmLines, RecordsBeforeADefinition) {
+    expectMessage("[SWMM_INPS]\nINFLOW\nS m.inp NO\n", "ERROR 217: invalid input line ", "INFLOW");
+    expectMessage("[SWMM_INPS]\nOUTFLOW OUT D\nS m.inp NO\n", "ERROR 217: invalid input line ", "OUTFLOW OUT D");
+}
+
+TEST(SwmmLines, BehindAWrongDefinitionGoWithIt) {
+    const std::string report = readSections("[SWMM_INPS]\nS m.inp\nINFLOW IN C\n");
+    EXPECT_EQ(report.find("ERROR 217"), std::string::npos) << report;
+}
+
+TEST(SwmmLines, BehindADefinitionOfAKnownNodeGoToTheNodeBefore) {
+    const std::string report = readSections("[SWMM_INPS]\nS m.inp NO\nJ m.inp NO\nOUTFLOW OUT D\n");
+    EXPECT_NE(report.find("ERROR 207: duplicate ID name J "), std::string::npos) << report;
+    EXPECT_EQ(report.find("ERROR 217"), std::string::npos) << report;
+    const std::string first = readSections("[SWMM_INPS]\nJ m.inp NO\nOUTFLOW OUT D\nS m.inp NO\n");
+    EXPECT_NE(first.find("ERROR 207: duplicate ID name J "), std::string::npos) << first;
+    EXPECT_NE(first.find("ERROR 217: invalid input line "), std::string::npos) << first;  // no node was begun yet
+}
+
+TEST(SwmmLines, WithWordsHiddenByQuotesNeverLeaveTheTable) {
+    // The first pass takes the quoted words for the names of two nodes, the second for records.
+    readSections("[SWMM_INPS]\n\"INFLOW\" a b\n\"OUTFLOW\" a b\nS m.inp NO\n");
+    // Here the first pass finds no definition at all, and the second finds one.
+    const std::string report = readSections("[SWMM_INPS]\nS m.inp NO\n[GRAPH]\n\"[SWMM_INPS]\"\nT m.inp NO\nOUTFLOW OUT D\n");
+    EXPECT_NE(report.find("ERROR 207: duplicate ID name T "), std::string::npos) << report;
+}
+
+TEST(SwmmLines, AreKept) {
+    CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp YES\nOUTFLOW OUT D\nINFLOW IN C\nOUTFLOW IN D\nINFLOW OUT C\n");
+    p.model("m.inp", getPassingModel(4));
+    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(SwmmNodes.size(), 1u);
+    const OutsideNode& outside = SwmmNodes[0].outside;
+    EXPECT_EQ(outside.saveResults, 1);
+    const CoupledFlow* in = outside.inflows.head;
+    EXPECT_STREQ(in->objectId, "IN");
+    EXPECT_EQ(in->index, tarnvelde_findObject(2, "C"));
+    EXPECT_STREQ(in->next->objectId, "OUT");
+    EXPECT_EQ(in->next->next, nullptr);
+    const CoupledFlow* out = outside.outflows.head;
+    EXPECT_STREQ(out->objectId, "OUT");
+    EXPECT_EQ(out->index, tarnvelde_findObject(2, "D"));
+    EXPECT_STREQ(out->next->objectId, "IN");
+}
+
+TEST(VornLines, Good) {
+    expectGood("[VORN_INPS]\nS m.sti Yes\nINFLUENT I C CV\neffluent E D CV more\n");
+}
+
+TEST(VornLines, Definitions) {
+    expectMessage("[VORN_INPS]\nS m.sti\n", "ERROR 203: too few items ", "S m.sti");
+    expectMessage("[VORN_INPS]\nS m.sti ON\n", "ERROR 205: invalid keyword ON ", "S m.sti ON");
+    expectMessage("[VORN_INPS]\n\"S\" m.sti NO\n", "ERROR 209: undefined object S ", "\"S\" m.sti NO");
+}
+
+TEST(VornLines, Records) {
+    const std::string definition = "[VORN_INPS]\nS m.sti NO\n";
+    for (const std::string& word : {std::string("INFLUENT"), std::string("EFFLUENT")}) {
+        expectMessage(definition + word + " I C\n", "ERROR 203: too few items ", word + " I C");
+        expectMessage(definition + word + " I X Y\n", "ERROR 209: undefined object X ", word + " I X Y");
+        expectMessage(definition + word + " I C Y\n", "ERROR 209: undefined object Y ", word + " I C Y");
+        expectMessage("[VORN_INPS]\n" + word + "\nS m.sti NO\n", "ERROR 217: invalid input line ", word);
+    }
+}
+
+TEST(VornLines, BehindAWrongDefinitionGoWithIt) {
+    const std::string report = readSections("[VORN_INPS]\nS m.sti ON\nINFLUENT I C CV\n");
+    EXPECT_EQ(report.find("ERROR 217"), std::string::npos) << report;
+}
+
+TEST(CoupledLines, OfBothKindsHaveRunningNodesOfTheirOwn) {
+    const std::string report = readSections("[SWMM_INPS]\nS m.inp NO\n[VORN_INPS]\nINFLUENT I C CV\n");
+    EXPECT_NE(report.find("ERROR 217: invalid input line "), std::string::npos) << report;
+}

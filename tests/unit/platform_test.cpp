@@ -1,0 +1,125 @@
+// Copies of files, and shared libraries.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "platform/clock.h"
+#include "platform/files.h"
+#include "platform/library.h"
+#include "support/tempfolder.h"
+
+namespace fs = std::filesystem;
+
+static const std::string EngineFile = std::string(TARNVELDE_ENGINE_FOLDER) + "libvorn.so";
+
+TEST(FileCopy, CopiesEveryByte) {
+    TempFolder folder;
+    std::string bytes;
+    for (int k = 0; k < 3 * 4096 + 17; ++k) {
+        bytes += static_cast<char>(k * 7);
+    }
+    for (const size_t size : {size_t{0}, size_t{1}, size_t{4096}, size_t{8192}, bytes.size()}) {
+        folder.write("from", bytes.substr(0, size));
+        EXPECT_EQ(file_copy(folder.file("from"), folder.file("to")), COPY_DONE);
+        EXPECT_EQ(readFile(folder.file("to")), bytes.substr(0, size));
+        fs::remove(folder.file("to"));
+    }
+}
+
+TEST(FileCopy, LeavesAFileOfThatNameAlone) {
+    TempFolder folder;
+    folder.write("from", "new");
+    folder.write("to", "old");
+    EXPECT_EQ(file_copy(folder.file("from"), folder.file("to")), COPY_EXISTS);
+    EXPECT_EQ(readFile(folder.file("to")), "old");
+    fs::create_symlink(folder.file("nowhere"), folder.file("link"));
+    EXPECT_EQ(file_copy(folder.file("from"), folder.file("link")), COPY_EXISTS);
+}
+
+TEST(FileCopy, FailsWithoutASourceOrAFolder) {
+    TempFolder folder;
+    folder.write("from", "bytes");
+    EXPECT_EQ(file_copy(folder.file("missing"), folder.file("to")), COPY_FAILED);
+    EXPECT_EQ(file_copy(folder.path.string(), folder.file("to")), COPY_FAILED);
+    EXPECT_EQ(file_copy(folder.file("from"), folder.file("no/folder/to")), COPY_FAILED);
+    EXPECT_FALSE(fs::exists(folder.file("to")));
+}
+
+TEST(FileCopy, IsForTheUserAlone) {
+    TempFolder folder;
+    folder.write("from", "bytes");
+    ASSERT_EQ(file_copy(folder.file("from"), folder.file("to")), COPY_DONE);
+    const fs::perms others = fs::perms::group_all | fs::perms::others_all;
+    EXPECT_EQ(fs::status(folder.file("to")).permissions() & others, fs::perms::none);
+}
+
+TEST(FileExists, SeesFilesAndFolders) {
+    TempFolder folder;
+    EXPECT_TRUE(file_exists(folder.path.string()));
+    EXPECT_TRUE(file_exists(folder.write("file", "")));
+    EXPECT_FALSE(file_exists(folder.file("missing")));
+    EXPECT_FALSE(file_exists(""));
+}
+
+TEST(ProgramPath, IsTheRunningProgram) {
+    EXPECT_EQ(file_getProgramPath(), fs::read_symlink("/proc/self/exe").string());
+}
+
+TEST(Clock, CountsMicrosecondsOfASecond) {
+    const uint32_t first = clock_getMicroseconds();
+    EXPECT_LT(first, 1000000u);
+    while (clock_getMicroseconds() == first) {
+    }
+}
+
+TEST(Library, GivesItsFunctions) {
+    LibraryHandle library = library_load(EngineFile.c_str());
+    ASSERT_NE(library, nullptr);
+    EXPECT_NE(library_findEntry(library, "vorn_open"), nullptr);
+    EXPECT_EQ(library_findEntry(library, "vorn_nothing"), nullptr);
+    library_release(library);
+}
+
+TEST(Library, IsNullIfItCantBeLoaded) {
+    TempFolder folder;
+    EXPECT_EQ(library_load(folder.file("missing").c_str()), nullptr);
+    EXPECT_EQ(library_load(folder.write("text", "no library").c_str()), nullptr);
+    EXPECT_EQ(library_load(folder.write("empty", "").c_str()), nullptr);
+    EXPECT_EQ(library_load(folder.path.string().c_str()), nullptr);
+    EXPECT_EQ(library_findEntry(nullptr, "vorn_open"), nullptr);
+}
+
+TEST(Library, OfABareNameIsTheFileInTheCurrentFolder) {
+    TempFolder folder;
+    fs::copy_file(EngineFile, folder.file("bare.dll"));
+    const fs::path before = fs::current_path();
+    fs::current_path(folder.path);
+    LibraryHandle library = library_load("bare.dll");
+    LibraryHandle system = library_load("libm.so.6");  // the system has it, the folder hasn't
+    fs::current_path(before);
+    EXPECT_NE(library, nullptr);
+    EXPECT_EQ(system, nullptr);
+    library_release(library);
+}
+
+TEST(Library, TwoCopiesHoldStatesOfTheirOwn) {
+    TempFolder folder;
+    fs::copy_file(EngineFile, folder.file("a.dll"));
+    fs::copy_file(EngineFile, folder.file("b.dll"));
+    folder.write("a.sti", "influent I\n");
+    folder.write("b.sti", "effluent I\n");
+    LibraryHandle a = library_load(folder.file("a.dll").c_str());
+    LibraryHandle b = library_load(folder.file("b.dll").c_str());
+    ASSERT_TRUE(a && b);
+    const auto find = [](LibraryHandle library, const char* name) {
+        return reinterpret_cast<int (*)(const char*)>(library_findEntry(library, name));
+    };
+    EXPECT_EQ(find(a, "vorn_open")(folder.file("a.sti").c_str()), 0);
+    EXPECT_EQ(find(b, "vorn_open")(folder.file("b.sti").c_str()), 0);
+    EXPECT_EQ(find(a, "vorn_getUnitType")("I"), 0);
+    EXPECT_EQ(find(b, "vorn_getUnitType")("I"), 1);
+    library_release(a);
+    library_release(b);
+}
