@@ -224,7 +224,7 @@ Found findResult(int32_t object, const char* name, int32_t code) {
 }  // namespace
 
 int32_t tarnvelde_getResult(int32_t object, const char* name, int32_t code, double* value) {
-    if (!value) {
+    if (!value || code < 0) {
         return FAILURE;
     }
     const Found found = findResult(object, name, code);

@@ -142,6 +142,7 @@ void link_openLists() {
     IsChanged.assign(Links.size(), 0);
     IsGuided.assign(Links.size(), 0);
     ChangedPipes.reserve(Links.size());
+    GuidedLinks.reserve(Links.size());  // hosts add to it between steps, where nothing may fail
     for (size_t k = 0; k < Links.size(); ++k) {
         if (Links[k].kind != PIPE) {
             EverChanging.push_back(static_cast<int32_t>(k));
