@@ -366,9 +366,8 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
-                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow -
-                          totals.vornOutflow - totals.evapLoss - totals.seepageLoss - totals.delayedVolume -
-                          totals.finalStorage) /
+                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
+                          totals.evapLoss - totals.seepageLoss - totals.delayedVolume - totals.finalStorage) /
                              in * 100.0;
     FlowError = *error;
     return totals;
@@ -410,9 +409,8 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
-                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow -
-                          totals.vornOutflow - totals.reactedLoss - totals.seepageLoss - totals.finalStorage -
-                          totals.delayedMass) /
+                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
+                          totals.reactedLoss - totals.seepageLoss - totals.finalStorage - totals.delayedMass) /
                              in * 100.0;
     // The figure held keeps its sign, so a negative one gives way to any later error.
     const double size = *error < 0.0 ? -*error : *error;

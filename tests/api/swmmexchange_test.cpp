@@ -11,7 +11,8 @@ using Strings = std::vector<std::string>;
 
 /// A SWMM node S, and a junction J that stands first among its kind as S does.
 static const std::string Project =
-    "[JUNCTIONS]\nJ\nK\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J S NO 0\nE K S NO 0\nD S O NO 0\n[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\n"
+    "[JUNCTIONS]\nJ\nK\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J S NO 0\nE K S NO 0\nD S O NO 0\n[SWMM_INPS]\nS m.inp "
+    "NO\nINFLOW IN C\n"
     "OUTFLOW OUT D\n";
 
 static const std::string Model = "gage G IN 3600\n";

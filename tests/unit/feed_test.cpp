@@ -14,14 +14,15 @@
 #include "support/model.h"
 
 static constexpr double DT = COUPLED_STEP;
-static constexpr double FLOW = 0.25;                       ///< m3/s, of the spring
-static constexpr double QUALITY = 8.0;                     ///< mg/L
-static constexpr double LOAD = FLOW * QUALITY / 1000.0;    ///< kg/s
+static constexpr double FLOW = 0.25;                     ///< m3/s, of the spring
+static constexpr double QUALITY = 8.0;                   ///< mg/L
+static constexpr double LOAD = FLOW * QUALITY / 1000.0;  ///< kg/s
 
 /// A model with a spring at OUT, and node S whose outflows are `records`; links S to O as given.
 struct Spring : CoupledProject {
     Spring(const std::string& links, const std::string& records, int steps = 8, const std::string& step = "675")
-        : CoupledProject("[POLLUTANTS]\nA 0\n[OUTFALLS]\nO\n" + links + "\n[SWMM_INPS]\nS m.inp NO\n" + records, steps) {
+        : CoupledProject("[POLLUTANTS]\nA 0\n[OUTFALLS]\nO\n" + links + "\n[SWMM_INPS]\nS m.inp NO\n" + records,
+                         steps) {
         model("m.inp", getPeriod(steps) + "step " + step + "\nsubstances A\nnode OUT\nnode IDLE\nspring OUT " +
                            showNumber(FLOW) + " " + showNumber(QUALITY) + "\n");
         start();
@@ -40,8 +41,8 @@ static Pipe& getPipe(const char* name) {
 TEST(FeedPipe, FiresByTheClockOfTheEngine) {
     Spring p("[PIPES]\nX S O NO 1350 1 0 0", "OUTFLOW OUT X\n");
     const Pipe& pipe = getPipe("X");
-    // The engine is one step ahead, so its earlier clock stands at the end of the first step: behind 0, and the pipe fires
-    // with the flow of this step alone, whose load is dropped.
+    // The engine is one step ahead, so its earlier clock stands at the end of the first step: behind 0, and the pipe
+    // fires with the flow of this step alone, whose load is dropped.
     p.step();
     EXPECT_EQ(p.outside().oldTime, 675000.0);
     EXPECT_EQ(pipe.newInflow, FLOW);
@@ -184,8 +185,8 @@ TEST(FeedConnection, WeighsBeyondTheEngineOnceItIsOver) {
 TEST(FeedConnection, OfTwoRecordsGetsTwoEntriesOfOneDate) {
     Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW IDLE X\nOUTFLOW OUT X\n", 8);
     p.step();
-    EXPECT_EQ(Connections[0].newInflow, FLOW);     // the record in hand
-    EXPECT_EQ(getLink("X").newFlow, 0.0);          // reading at their date gives the first entry
+    EXPECT_EQ(Connections[0].newInflow, FLOW);  // the record in hand
+    EXPECT_EQ(getLink("X").newFlow, 0.0);       // reading at their date gives the first entry
     EXPECT_EQ(Connections[0].flowQueue.end - Connections[0].flowQueue.first, 2);
 }
 
@@ -244,8 +245,10 @@ TEST(FeedLinks, OfOtherNodesAreNeverFed) {
 }
 
 TEST(FeedLinks, WithoutPollutantsTakeWaterAlone) {
-    CoupledProject p("[OUTFALLS]\nO\n" + Channel + "[CONNECTIONS]\nY S O NO 0\n[PIPES]\nZ S O NO 1350 1 0 0\n"
-                     "[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT X\nOUTFLOW OUT Y\nOUTFLOW OUT Z\n", 4);
+    CoupledProject p("[OUTFALLS]\nO\n" + Channel +
+                         "[CONNECTIONS]\nY S O NO 0\n[PIPES]\nZ S O NO 1350 1 0 0\n"
+                         "[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT X\nOUTFLOW OUT Y\nOUTFLOW OUT Z\n",
+                     4);
     p.model("m.inp", getPassingModel(4, "spring OUT 0.5\n"));
     p.start();
     p.step(4);

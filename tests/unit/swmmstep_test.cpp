@@ -71,8 +71,8 @@ TEST(SwmmCalls, OfAWholeRunWithEqualSteps) {
     EXPECT_EQ(p.takeCalls(), engineStep(2.0, 0, 2.0));
     setFlow(4.0);
     p.step();
-    // Its clock is at 0 again, two steps behind the old routing clock: (1 - -2) * 2 + -2 * 4. A model that is over takes
-    // nothing in, and its results stand.
+    // Its clock is at 0 again, two steps behind the old routing clock: (1 - -2) * 2 + -2 * 4. A model that is over
+    // takes nothing in, and its results stand.
     EXPECT_EQ(p.takeCalls(), engineStep(3.0 * 2.0 - 2.0 * 4.0, 0, 2.0));
     ASSERT_EQ(tarnvelde_end(), 0);
     EXPECT_EQ(p.takeCalls("m swmm_end").size(), 1u);
@@ -164,8 +164,10 @@ TEST(SwmmCalls, PassLoadsOfAllPollutantsInTheirOrder) {
 }
 
 TEST(SwmmCalls, OfTwoNodesFollowTheOrderOfTheNetwork) {
-    CoupledProject p("[OUTFALLS]\nO\n[CONNECTIONS]\nC T S NO 0\nD S O NO 0\n"
-                     "[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\nOUTFLOW OUT D\nT n.inp NO\nOUTFLOW OUT C\n", 4);
+    CoupledProject p(
+        "[OUTFALLS]\nO\n[CONNECTIONS]\nC T S NO 0\nD S O NO 0\n"
+        "[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\nOUTFLOW OUT D\nT n.inp NO\nOUTFLOW OUT C\n",
+        4);
     p.model("m.inp", getPassingModel(4)).model("n.inp", getPassingModel(4, "spring OUT 0.25\n"));
     ASSERT_EQ(p.open(), 0) << p.project.getReport();
     p.takeCalls();
@@ -306,9 +308,10 @@ TEST(SwmmInflows, OfTheNodeItselfPileUp) {
 }
 
 TEST(SwmmInflows, OfAPipeThatHasNotFiredAreNothing) {
-    CoupledProject p("[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nC J S NO 1350 1 0 0\n[DWFS]\n"
-                     "J FLOW 1 \"\"\nJ A 8 \"\"\n[SWMM_INPS]\nS m.inp YES\nINFLOW IN C\n",
-                     6);
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nC J S NO 1350 1 0 0\n[DWFS]\n"
+        "J FLOW 1 \"\"\nJ A 8 \"\"\n[SWMM_INPS]\nS m.inp YES\nINFLOW IN C\n",
+        6);
     p.model("m.inp", getPassingModel(6, "substances A\n"));
     p.start();
     p.step();
@@ -401,7 +404,8 @@ TEST(SwmmRequests, OfAnotherNodesIndexAreNeverUsed) {
 // --- rules ---------------------------------------------------------------------------------------------------------
 
 TEST(SwmmRules, ActInEveryStepBeforeTheHostsSetting) {
-    CoupledProject p(Through + "[CONTROL_RULES]\nRULE R1\nIF JUNCTION J INFLOW >= 0\nTHEN SWMM S R SETTING = 0.25\n", 4);
+    CoupledProject p(Through + "[CONTROL_RULES]\nRULE R1\nIF JUNCTION J INFLOW >= 0\nTHEN SWMM S R SETTING = 0.25\n",
+                     4);
     p.model("m.inp", getPassingModel(4));
     p.start();
     p.takeCalls();

@@ -111,7 +111,8 @@ TEST(VornCalls, WithoutAnInfluentStepThePlantOnly) {
 
 TEST(VornCalls, ThatAreRefusedGiveNothing) {
     CoupledProject p(Through + Converters2, 4);
-    p.model("m.sti", getPassingPlant(4, "refuse vorn_step 4\nrefuse vorn_getExtOutflow 4\nrefuse vorn_setExtInflow 4\n"));
+    p.model("m.sti",
+            getPassingPlant(4, "refuse vorn_step 4\nrefuse vorn_getExtOutflow 4\nrefuse vorn_setExtInflow 4\n"));
     p.start();
     p.takeCalls();
     p.step();
@@ -154,11 +155,13 @@ TEST(VornInflows, TwoInfluentsOfOneLinkEachTakeTheWholeFlow) {
 }
 
 TEST(VornInflows, AllInfluentsSendThePointsOfTheFirstConverter) {
-    CoupledProject p(Through +
-                         "[VORN_INPS]\nINFLUENT K E2 CJ\n[JUNCTIONS]\nL\n[CONNECTIONS]\nE2 L P NO 0\n[DWFS]\nL FLOW 0.25 \"\"\n" +
-                         Converters2 + "CJ ALK CONSTANT 8 1\nCJ COD CONSTANT 0 0\nCJ NH4 CONSTANT 0 0\n"
-                         "CJ NO3 CONSTANT 16 1\nCJ TP CONSTANT 0 0\nCJ TSS CONSTANT 0 0\nCI COD CONSTANT 0 0\n",
-                     4);
+    CoupledProject p(
+        Through +
+            "[VORN_INPS]\nINFLUENT K E2 CJ\n[JUNCTIONS]\nL\n[CONNECTIONS]\nE2 L P NO 0\n[DWFS]\nL FLOW 0.25 \"\"\n" +
+            Converters2 +
+            "CJ ALK CONSTANT 8 1\nCJ COD CONSTANT 0 0\nCJ NH4 CONSTANT 0 0\n"
+            "CJ NO3 CONSTANT 16 1\nCJ TP CONSTANT 0 0\nCJ TSS CONSTANT 0 0\nCI COD CONSTANT 0 0\n",
+        4);
     p.model("m.sti", getPassingPlant(4, "influent K\n"));
     p.start();
     p.takeCalls();
@@ -173,12 +176,13 @@ TEST(VornInflows, AllInfluentsSendThePointsOfTheFirstConverter) {
 TEST(VornInflows, PointsOfTheOtherTypeAreUsedAsTheyStandOrPassedOver) {
     // Two pollutants: the effluent points' targets 0 and 1 are COD and NH4 here, and component 1 the second pollutant;
     // component 18 is no pollutant at all.
-    CoupledProject p("[POLLUTANTS]\nA 0\nB 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n"
-                     "[DWFS]\nJ FLOW 0.5 \"\"\nJ B 64 \"\"\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CE\nEFFLUENT E D CI\n"
-                     "[CONVERTERS]\nCE VORN_EFFLUENT\nCE A POLLUTANT S_F 1\nCE B POLLUTANT X_MeP 1\nCE B CONSTANT 2 1\n"
-                     "CI COD POLLUTANT B 1\nCI NH4 CONSTANT 6 1\nCI NO3 CONSTANT 1 1\nCI TP CONSTANT 1 1\n"
-                     "CI TSS CONSTANT 1 1\nCI ALK CONSTANT 1 1\n",
-                     4);
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\nB 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n"
+        "[DWFS]\nJ FLOW 0.5 \"\"\nJ B 64 \"\"\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CE\nEFFLUENT E D CI\n"
+        "[CONVERTERS]\nCE VORN_EFFLUENT\nCE A POLLUTANT S_F 1\nCE B POLLUTANT X_MeP 1\nCE B CONSTANT 2 1\n"
+        "CI COD POLLUTANT B 1\nCI NH4 CONSTANT 6 1\nCI NO3 CONSTANT 1 1\nCI TP CONSTANT 1 1\n"
+        "CI TSS CONSTANT 1 1\nCI ALK CONSTANT 1 1\n",
+        4);
     p.model("m.sti", getPassingPlant(4));
     p.start();
     p.takeCalls();
@@ -195,10 +199,11 @@ TEST(VornInflows, PointsOfTheOtherTypeAreUsedAsTheyStandOrPassedOver) {
 }
 
 TEST(VornInflows, OfAPipeThatHasNotFiredApplyEveryPointToNothing) {
-    CoupledProject p("[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nC J P NO 1350 1 0 0\n[CONNECTIONS]\n"
-                     "D P O NO 0\n[DWFS]\nJ FLOW 0.5 \"\"\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\nEFFLUENT E D CE\n" +
-                         Converters2,
-                     4);
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nC J P NO 1350 1 0 0\n[CONNECTIONS]\n"
+        "D P O NO 0\n[DWFS]\nJ FLOW 0.5 \"\"\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\nEFFLUENT E D CE\n" +
+            Converters2,
+        4);
     p.model("m.sti", getPassingPlant(4));
     p.start();
     p.step();
@@ -223,14 +228,15 @@ TEST(VornInflows, RunoffStaysInTheNode) {
 TEST(VornBooks, AgreeWithTheTotalsOfTheNetwork) {
     static constexpr int STEPS = 10;
     // One pollutant that goes through the plant as COD, and comes back as the parts of it that are COD.
-    CoupledProject p("[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n"
-                     "[DWFS]\nJ FLOW 0.5 H\nJ A 64 \"\"\n[PATTERNS]\nH HOURLY 1 0.5 2\n"
-                     "[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\nEFFLUENT E D CE\n[CONVERTERS]\nCI COD POLLUTANT A 1\n"
-                     "CI NH4 CONSTANT 0 0\nCI NO3 CONSTANT 0 0\nCI TP CONSTANT 0 0\nCI TSS CONSTANT 0 0\n"
-                     "CI ALK CONSTANT 0 0\nCE VORN_EFFLUENT\nCE A POLLUTANT S_F 1\nCE A POLLUTANT S_A 1\n"
-                     "CE A POLLUTANT S_I 1\nCE A POLLUTANT X_I 1\nCE A POLLUTANT X_S 1\nCE A POLLUTANT X_H 1\n"
-                     "CE A POLLUTANT X_PAO 1\nCE A POLLUTANT X_PHA 1\nCE A POLLUTANT X_AUT 1\n",
-                     STEPS);
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n"
+        "[DWFS]\nJ FLOW 0.5 H\nJ A 64 \"\"\n[PATTERNS]\nH HOURLY 1 0.5 2\n"
+        "[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\nEFFLUENT E D CE\n[CONVERTERS]\nCI COD POLLUTANT A 1\n"
+        "CI NH4 CONSTANT 0 0\nCI NO3 CONSTANT 0 0\nCI TP CONSTANT 0 0\nCI TSS CONSTANT 0 0\n"
+        "CI ALK CONSTANT 0 0\nCE VORN_EFFLUENT\nCE A POLLUTANT S_F 1\nCE A POLLUTANT S_A 1\n"
+        "CE A POLLUTANT S_I 1\nCE A POLLUTANT X_I 1\nCE A POLLUTANT X_S 1\nCE A POLLUTANT X_H 1\n"
+        "CE A POLLUTANT X_PAO 1\nCE A POLLUTANT X_PHA 1\nCE A POLLUTANT X_AUT 1\n",
+        STEPS);
     p.model("m.sti", getPeriod(STEPS) + "step 675\ninfluent I\neffluent E\nbasin 5400\n");
     p.start();
     p.step(STEPS);
