@@ -62,6 +62,199 @@ extern "C" {
 #endif
 
 /* ------------------------------------------------------------------------------------------------------------------
+ * Numbers with names. The functions take and store plain int32_t; the names are for the host's source.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/* What the functions of the exchange, behind the life cycle, return. */
+enum { TARNVELDE_SUCCESS = 0, TARNVELDE_FAILURE = -1 };
+
+/* Save modes of tarnvelde_start. */
+enum TarnveldeSaveMode { TARNVELDE_SAVE_NOTHING = 0, TARNVELDE_SAVE_BINARY = 1, TARNVELDE_SAVE_DATABASE = 2 };
+
+/* Classes of tarnvelde_findObject. */
+enum TarnveldeClass { TARNVELDE_CLASS_SUBCATCHMENT = 0, TARNVELDE_CLASS_NODE = 1, TARNVELDE_CLASS_LINK = 2 };
+
+/* What tarnvelde_getNodeType stores. */
+enum TarnveldeNodeKind {
+    TARNVELDE_NODE_UNKNOWN = -1,
+    TARNVELDE_NODE_JUNCTION = 0,
+    TARNVELDE_NODE_TANK = 1,
+    TARNVELDE_NODE_OUTFALL = 2,
+    TARNVELDE_NODE_SPLITTER = 3,
+    TARNVELDE_NODE_SWMM = 4,
+    TARNVELDE_NODE_REACTOR = 5,
+    TARNVELDE_NODE_LID_MONOMER = 6,
+    TARNVELDE_NODE_VORN = 7
+};
+
+/* What tarnvelde_getLinkType stores. */
+enum TarnveldeLinkKind {
+    TARNVELDE_LINK_UNKNOWN = -1,
+    TARNVELDE_LINK_PIPE = 0,
+    TARNVELDE_LINK_PUMP = 1,
+    TARNVELDE_LINK_CONNECTION = 2,
+    TARNVELDE_LINK_CONDUIT = 3,
+    TARNVELDE_LINK_WEIR = 4,
+    TARNVELDE_LINK_ORIFICE = 5
+};
+
+/* First argument of tarnvelde_getParam, tarnvelde_setParam and tarnvelde_getResult. */
+enum TarnveldeObject {
+    TARNVELDE_SUBCATCHMENT = 1,
+    TARNVELDE_JUNCTION = 2,
+    TARNVELDE_TANK = 3,
+    TARNVELDE_OUTFALL = 4,
+    TARNVELDE_SPLITTER = 5,
+    TARNVELDE_REACTOR = 6,
+    TARNVELDE_LID_MONOMER = 7,
+    TARNVELDE_PIPE = 8,
+    TARNVELDE_PUMP = 9,
+    TARNVELDE_CONNECTION = 10,
+    TARNVELDE_CONDUIT = 11,
+    TARNVELDE_WEIR = 12,
+    TARNVELDE_ORIFICE = 13
+};
+
+/* Parameters; tarnvelde_getParam tells what there is to know of some of them. */
+enum TarnveldeParam {
+    TARNVELDE_PARAM_SUBCATCHMENT_AREA = 0,                 /* ha */
+    TARNVELDE_PARAM_SUBCATCHMENT_WIDTH = 1,                /* m */
+    TARNVELDE_PARAM_SUBCATCHMENT_IMPERVIOUS = 2,           /* % */
+    TARNVELDE_PARAM_SUBCATCHMENT_SLOPE = 3,                /* % */
+    TARNVELDE_PARAM_SUBCATCHMENT_IMPERVIOUS_ROUGHNESS = 4, /* s/m^(1/3), Manning's n */
+    TARNVELDE_PARAM_SUBCATCHMENT_PERVIOUS_ROUGHNESS = 5,   /* s/m^(1/3), Manning's n */
+    TARNVELDE_PARAM_SUBCATCHMENT_IMPERVIOUS_STORAGE = 6,   /* mm */
+    TARNVELDE_PARAM_SUBCATCHMENT_PERVIOUS_STORAGE = 7,     /* mm */
+    TARNVELDE_PARAM_SUBCATCHMENT_MAX_INFILTRATION = 8,     /* mm/s, not mm/h */
+    TARNVELDE_PARAM_SUBCATCHMENT_MIN_INFILTRATION = 9,     /* mm/s, not mm/h */
+    TARNVELDE_PARAM_SUBCATCHMENT_INFILTRATION_DECAY = 10,  /* 1/h */
+    TARNVELDE_PARAM_SUBCATCHMENT_DRYING_TIME = 11,         /* set: days; get: 1/days */
+    TARNVELDE_PARAM_SUBCATCHMENT_MAX_INFILTRATED = 12,     /* mm */
+
+    TARNVELDE_PARAM_TANK_FULL_DEPTH = 0,    /* m */
+    TARNVELDE_PARAM_TANK_INITIAL_DEPTH = 1, /* m, acts at the next start */
+
+    TARNVELDE_PARAM_SPLITTER_MODE = 0,  /* 0 FLOW, 1 RATIO, 2 FLOW_RATIO */
+    TARNVELDE_PARAM_SPLITTER_VALUE = 1, /* m3/s; in mode RATIO a share, 0 ... 1 */
+    TARNVELDE_PARAM_SPLITTER_RATIO = 2, /* share, 0 ... 1 */
+
+    TARNVELDE_PARAM_PIPE_K = 0,        /* s; can be set, not read */
+    TARNVELDE_PARAM_PIPE_N = 1,        /* number of reaches */
+    TARNVELDE_PARAM_PIPE_X = 2,        /* 0 ... 0.5 */
+    TARNVELDE_PARAM_PIPE_MAX_FLOW = 3, /* m3/s, 0 for no limit */
+
+    TARNVELDE_PARAM_PUMP_INITIAL_SETTING = 0, /* 0 or 1, acts at the next start */
+    TARNVELDE_PARAM_PUMP_STARTUP_DEPTH = 1,   /* m */
+    TARNVELDE_PARAM_PUMP_SHUTOFF_DEPTH = 2,   /* m */
+
+    TARNVELDE_PARAM_CONNECTION_DELAY = 0, /* s */
+
+    TARNVELDE_PARAM_CONDUIT_SHAPE = 0,  /* 0 CIRCULAR, 1 RECTANGULAR, 2 IRREGULAR */
+    TARNVELDE_PARAM_CONDUIT_HEIGHT = 1, /* m */
+    TARNVELDE_PARAM_CONDUIT_WIDTH = 2,  /* m */
+
+    TARNVELDE_PARAM_WEIR_SHAPE = 0,       /* 0 RECTANGULAR, 1 TRIANGULAR */
+    TARNVELDE_PARAM_WEIR_COEFFICIENT = 1, /* m^(1/2)/s */
+    TARNVELDE_PARAM_WEIR_LENGTH = 2,      /* m */
+    TARNVELDE_PARAM_WEIR_CREST = 3,       /* m */
+    TARNVELDE_PARAM_WEIR_OPENING = 4,     /* m */
+
+    TARNVELDE_PARAM_ORIFICE_SHAPE = 0,       /* 0 CIRCULAR, 1 RECTANGULAR */
+    TARNVELDE_PARAM_ORIFICE_HEIGHT = 1,      /* m */
+    TARNVELDE_PARAM_ORIFICE_WIDTH = 2,       /* m */
+    TARNVELDE_PARAM_ORIFICE_COEFFICIENT = 3, /* - */
+    TARNVELDE_PARAM_ORIFICE_CREST = 4        /* m */
+};
+
+/* Selectors of tarnvelde_setWeirParams. */
+enum TarnveldeWeirSelector {
+    TARNVELDE_WEIR_SELECT_COEFFICIENT = 0, /* m^(1/2)/s */
+    TARNVELDE_WEIR_SELECT_HEIGHT = 1       /* m, of the sill above the crest */
+};
+
+/* Results. The last one of an object is the first of its concentrations, mg/L: add the index of the pollutant. Those
+ * and the results of a subcatchment return 0; all others are stored and return -1.
+ */
+enum TarnveldeResult {
+    TARNVELDE_RESULT_SUBCATCHMENT_RAIN = 0,         /* mm/h */
+    TARNVELDE_RESULT_SUBCATCHMENT_EVAPORATION = 1,  /* mm/day */
+    TARNVELDE_RESULT_SUBCATCHMENT_INFILTRATION = 2, /* mm/h */
+    TARNVELDE_RESULT_SUBCATCHMENT_RUNOFF = 3,       /* m3/s */
+    TARNVELDE_RESULT_SUBCATCHMENT_QUALITY = 4,      /* mg/L */
+
+    TARNVELDE_RESULT_JUNCTION_INFLOW = 0,         /* m3/s */
+    TARNVELDE_RESULT_JUNCTION_LATERAL_INFLOW = 1, /* m3/s */
+    TARNVELDE_RESULT_JUNCTION_QUALITY = 2,        /* mg/L */
+
+    TARNVELDE_RESULT_OUTFALL_INFLOW = 0,         /* m3/s */
+    TARNVELDE_RESULT_OUTFALL_LATERAL_INFLOW = 1, /* m3/s */
+    TARNVELDE_RESULT_OUTFALL_QUALITY = 2,        /* mg/L */
+
+    TARNVELDE_RESULT_TANK_DEPTH = 0,          /* m */
+    TARNVELDE_RESULT_TANK_VOLUME = 1,         /* m3 */
+    TARNVELDE_RESULT_TANK_INFLOW = 2,         /* m3/s */
+    TARNVELDE_RESULT_TANK_LATERAL_INFLOW = 3, /* m3/s */
+    TARNVELDE_RESULT_TANK_FLOODING = 4,       /* m3/s */
+    TARNVELDE_RESULT_TANK_QUALITY = 5,        /* mg/L, of the water released */
+
+    TARNVELDE_RESULT_SPLITTER_INFLOW = 0,         /* m3/s */
+    TARNVELDE_RESULT_SPLITTER_LATERAL_INFLOW = 1, /* m3/s */
+    TARNVELDE_RESULT_SPLITTER_FIRST_FLOW = 2,     /* m3/s */
+    TARNVELDE_RESULT_SPLITTER_OTHER_FLOW = 3,     /* m3/s */
+    TARNVELDE_RESULT_SPLITTER_QUALITY = 4,        /* mg/L */
+
+    TARNVELDE_RESULT_REACTOR_VOLUME = 0,         /* m3, stored */
+    TARNVELDE_RESULT_REACTOR_INFLOW = 1,         /* m3/s */
+    TARNVELDE_RESULT_REACTOR_LATERAL_INFLOW = 2, /* m3/s */
+    TARNVELDE_RESULT_REACTOR_OUTFLOW = 3,        /* m3/s */
+    TARNVELDE_RESULT_REACTOR_SURPLUS = 4,        /* m3/s */
+    TARNVELDE_RESULT_REACTOR_EVAPORATION = 5,    /* mm/day, not m3/s */
+    TARNVELDE_RESULT_REACTOR_INFILTRATION = 6,   /* mm/h, not m3/s */
+    TARNVELDE_RESULT_REACTOR_EMPTYING = 7,       /* m3/s */
+    TARNVELDE_RESULT_REACTOR_QUALITY = 8,        /* mg/L */
+
+    TARNVELDE_RESULT_LID_MONOMER_INFLOW = 0,           /* m3/s */
+    TARNVELDE_RESULT_LID_MONOMER_LATERAL_INFLOW = 1,   /* m3/s */
+    TARNVELDE_RESULT_LID_MONOMER_RAIN = 2,             /* mm/h */
+    TARNVELDE_RESULT_LID_MONOMER_EVAPORATION = 3,      /* mm/day */
+    TARNVELDE_RESULT_LID_MONOMER_SURFACE_FLOW = 4,     /* m3/s */
+    TARNVELDE_RESULT_LID_MONOMER_EXFILTRATION = 5,     /* mm/h */
+    TARNVELDE_RESULT_LID_MONOMER_DRAIN_FLOW = 6,       /* m3/s */
+    TARNVELDE_RESULT_LID_MONOMER_SURFACE_DEPTH = 7,    /* m */
+    TARNVELDE_RESULT_LID_MONOMER_SOIL_MOISTURE = 8,    /* share of the soil's volume */
+    TARNVELDE_RESULT_LID_MONOMER_STORAGE_DEPTH = 9,    /* m */
+    TARNVELDE_RESULT_LID_MONOMER_PAVEMENT_DEPTH = 10,  /* m */
+    TARNVELDE_RESULT_LID_MONOMER_SURFACE_QUALITY = 11, /* mg/L */
+
+    TARNVELDE_RESULT_PIPE_VOLUME = 0,   /* m3 */
+    TARNVELDE_RESULT_PIPE_INFLOW = 1,   /* m3/s */
+    TARNVELDE_RESULT_PIPE_FLOW = 2,     /* m3/s */
+    TARNVELDE_RESULT_PIPE_FLOODING = 3, /* m3/s */
+    TARNVELDE_RESULT_PIPE_QUALITY = 4,  /* mg/L */
+
+    TARNVELDE_RESULT_CONNECTION_INFLOW = 0,  /* m3/s */
+    TARNVELDE_RESULT_CONNECTION_FLOW = 1,    /* m3/s */
+    TARNVELDE_RESULT_CONNECTION_QUALITY = 2, /* mg/L */
+
+    TARNVELDE_RESULT_CONDUIT_DEPTH = 0,     /* m */
+    TARNVELDE_RESULT_CONDUIT_VOLUME = 1,    /* m3 */
+    TARNVELDE_RESULT_CONDUIT_IS_MOVING = 2, /* 1.0 or 0.0 */
+    TARNVELDE_RESULT_CONDUIT_INFLOW = 3,    /* m3/s */
+    TARNVELDE_RESULT_CONDUIT_FLOW = 4,      /* m3/s */
+    TARNVELDE_RESULT_CONDUIT_FLOODING = 5,  /* m3/s */
+    TARNVELDE_RESULT_CONDUIT_QUALITY = 6,   /* mg/L */
+
+    TARNVELDE_RESULT_PUMP_FLOW = 0,    /* m3/s */
+    TARNVELDE_RESULT_PUMP_QUALITY = 1, /* mg/L */
+
+    TARNVELDE_RESULT_WEIR_FLOW = 0,    /* m3/s */
+    TARNVELDE_RESULT_WEIR_QUALITY = 1, /* mg/L */
+
+    TARNVELDE_RESULT_ORIFICE_FLOW = 0,   /* m3/s */
+    TARNVELDE_RESULT_ORIFICE_QUALITY = 1 /* mg/L */
+};
+
+/* ------------------------------------------------------------------------------------------------------------------
  * Life cycle: nine functions. They return the public code of the current error, 0 if there is none.
  *
  *     Closed --tarnvelde_open--> Open --tarnvelde_start--> Started --tarnvelde_end--> Open --tarnvelde_close--> Closed

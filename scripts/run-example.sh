@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs an example: scripts/run-example.sh [NAME], NAME being a folder of examples/ (interceptor if none is given).
+# Runs an example: scripts/run-example.sh [NAME], NAME being a folder of examples/ (first-storm if none is given).
 # Installs what is missing, builds the program and the engines that coupled models need, runs a copy of the example in
 # build/examples/NAME, and shows its report. Results stay there.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
-name=${1:-interceptor}
+name=${1:-first-storm}
 model=$root/examples/$name/$name.inp
 if [ ! -f "$model" ]; then
     echo "There is no example $name. Examples:" >&2

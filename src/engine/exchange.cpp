@@ -1,10 +1,11 @@
-// The exchange functions: what a host reads and writes between steps. They answer with a code of their own, 0 or -1, and
-// never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an unknown
-// name changes nothing.
+// The exchange functions: what a host reads and writes between steps. They answer with a code of their own, 0 or -1,
+// and never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an
+// unknown name changes nothing.
 
 #include "engine/exchange.h"
 
-#include "engine/guard.h"
+#include <exception>
+
 #include "engine/project.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
@@ -78,17 +79,22 @@ int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* 
 
 // --- inflows of one step -------------------------------------------------------------------------------------------
 
+/// Appends to a list. Without memory the call fails and leaves the current error alone.
+static int32_t append(std::vector<HostInflow>& list, const HostInflow& entry) {
+    try {
+        list.push_back(entry);
+        return SUCCESS;
+    } catch (const std::exception&) {
+        return FAILURE;
+    }
+}
+
 int32_t tarnvelde_setExtInflow(const char* name, double value) {
     const int32_t node = exchange_findRow(NODE, name, Nodes.size());
     if (node < 0 || value < 0.0) {
         return FAILURE;
     }
-    return guard_run(
-        [&] {
-            HostInflows.push_back({node, 0, value});
-            return SUCCESS;
-        },
-        [] { return FAILURE; });
+    return append(HostInflows, {node, 0, value});
 }
 
 /// Adds to the entry of the node if there is one, whatever its pollutant, and to the list otherwise.
@@ -99,8 +105,7 @@ static int32_t addLoad(int32_t node, int32_t pollutant, double value) {
             return SUCCESS;
         }
     }
-    HostLoads.push_back({node, pollutant, value});
-    return SUCCESS;
+    return append(HostLoads, {node, pollutant, value});
 }
 
 int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double value) {
@@ -114,7 +119,7 @@ int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double
     if (node < 0 || pollutant < 0) {
         return FAILURE;
     }
-    return guard_run([&] { return addLoad(node, pollutant, value); }, [] { return FAILURE; });
+    return addLoad(node, pollutant, value);
 }
 
 // --- nodes ---------------------------------------------------------------------------------------------------------
@@ -202,7 +207,9 @@ int32_t tarnvelde_setSetting(const char* name, double value) {
     Link& link = Links[static_cast<size_t>(index)];
     link.isHostSetting = 1;
     link.targetSetting = value;
-    link.setting = value;
+    if (link.setting != value) {  // a zero keeps its sign
+        link.setting = value;
+    }
     link_noteTarget(index);
     return SUCCESS;
 }

@@ -1,5 +1,6 @@
 // Results, read by number between steps: the values as they stand after the step, not interpolated. Only a subcatchment
-// and the concentrations answer with success; of the other values a host must read what is stored and pass over the code.
+// and the concentrations answer with success; of the other values a host must read what is stored and pass over the
+// code.
 
 #include <optional>
 
@@ -224,7 +225,7 @@ Found findResult(int32_t object, const char* name, int32_t code) {
 }  // namespace
 
 int32_t tarnvelde_getResult(int32_t object, const char* name, int32_t code, double* value) {
-    if (!value) {
+    if (!value || code < 0) {
         return FAILURE;
     }
     const Found found = findResult(object, name, code);

@@ -187,7 +187,8 @@ int32_t lid_readLine() {
     lid.name = project_findId(LID, Tok[0]);
     const int32_t type = input_findKeyword(Tok[1], TypeWords);
     if (type >= 0) {
-        // A later type line changes the type alone: a mat read for a roof stays and still fills the storage at the start.
+        // A later type line changes the type alone: a mat read for a roof stays and still fills the storage at the
+        // start.
         lid.type = type;
         return ERR_NONE;
     }

@@ -1,6 +1,6 @@
-// LID monomers. A share of what reaches the node runs through the unit, the rest passes around it and leaves by the same
-// link; the underdrain may have a node of its own. The step is that of the routing, with a state apart from all units on
-// subcatchments.
+// LID monomers. A share of what reaches the node runs through the unit, the rest passes around it and leaves by the
+// same link; the underdrain may have a node of its own. The step is that of the routing, with a state apart from all
+// units on subcatchments.
 
 #include "hydrology/lidmono.h"
 
@@ -89,7 +89,8 @@ void lidmono_validate(int32_t node) {
 // --- start of a run ------------------------------------------------------------------------------------------------
 
 /// The void of the mat is taken from the definition whose place in its table is the node's place among its kind, which
-/// may be another control's. Only the initial storage in the report depends on it, and users compare that with older runs.
+/// may be another control's. Only the initial storage in the report depends on it, and users compare that with older
+/// runs.
 static double getMatVoid(int32_t kindIndex) {
     return static_cast<size_t>(kindIndex) < Lids.size() ? Lids[static_cast<size_t>(kindIndex)].matVoid : 0.0;
 }
@@ -287,8 +288,8 @@ void lidmono_getResults(int32_t index, double f, float* row) {
     }
     const int32_t count = project_pollutantCount();
     setLayer(mono.lastSurfaceMass, mono.thisSurfaceMass, lid.surfaceVoid * mono.surfaceLevel * mono.area, f, row);
-    // Of the soil the volume is porosity times moisture here, not moisture times depth, which is its water: results have
-    // always shown its concentrations so.
+    // Of the soil the volume is porosity times moisture here, not moisture times depth, which is its water: results
+    // have always shown its concentrations so.
     setLayer(mono.lastSoilMass, mono.thisSoilMass, lid.porosity * mono.soilMoisture * mono.area, f, row + count);
     setLayer(mono.lastStorageMass, mono.thisStorageMass, lid.storageVoid * mono.storageLevel * mono.area, f,
              row + 2 * count);

@@ -1,7 +1,7 @@
 // Pollutants in the layers of a LID unit. Each layer is well mixed; a pollutant goes down with the water, at the
-// concentration of the start of the step, and what stays reacts. A layer with next to no water can't hold any pollutant:
-// what arrives passes through it within the step. Called by the solver, with the fluxes in LidStep and the unit still at
-// its state before the step.
+// concentration of the start of the step, and what stays reacts. A layer with next to no water can't hold any
+// pollutant: what arrives passes through it within the step. Called by the solver, with the fluxes in LidStep and the
+// unit still at its state before the step.
 
 #include <algorithm>
 #include <cmath>
@@ -26,8 +26,7 @@ double decay_apply(DecayRule& rule, double c) {
         return c;
     }
     // The hour is that of the runoff clock, for a node in the network too.
-    const double factor =
-        rule.pattern < 0 ? 1.0 : pattern_hourlyFactor(rule.pattern, project_getDate(NewRunoffTime));
+    const double factor = rule.pattern < 0 ? 1.0 : pattern_hourlyFactor(rule.pattern, project_getDate(NewRunoffTime));
     const double k = factor * rule.rate;
     switch (rule.kind) {
         case CONST_CONCEN: return std::min(k, c);
@@ -86,8 +85,8 @@ static double finishSurface(int32_t p, double volume, double infilRate, DecayRul
     const LidStepRecord& s = LidStep;
     LidUnit& unit = *s.unit;
     const double c = getConcentration(volume, unit.lastSurfaceMass[p]);
-    const double mass = s.dt * s.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(infilRate, c) -
-                        getCarriedMass(s.surfaceOutflow, c);
+    const double mass =
+        s.dt * s.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(infilRate, c) - getCarriedMass(s.surfaceOutflow, c);
     const double left = react(p, rules, getMixed(mass, volume), volume);
     unit.thisSurfaceMass[p] = left * volume / 1000.0;
     unit.surfaceOutLoad[p] += getCarriedMass(s.surfaceOutflow, left);
@@ -95,8 +94,8 @@ static double finishSurface(int32_t p, double volume, double infilRate, DecayRul
     return left;
 }
 
-/// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry the
-/// concentration after the reaction.
+/// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry
+/// the concentration after the reaction.
 static void finishWetStorage(int32_t p, double volume, double in, DecayRule* rules) {
     const LidStepRecord& s = LidStep;
     LidUnit& unit = *s.unit;

@@ -1,7 +1,8 @@
-// Water in the layers of a LID unit: one rate function per type. A unit is a stack of surface, pavement, soil and storage,
-// each a bucket; the fluxes between them are the potential ones of their laws, cut to what the layer above holds and the
-// layer below can take. The solver calls them with the unit in LidStep. Surface outflow by Manning over a wide berm,
-// percolation by a conductivity that falls exponentially with the moisture deficit, the underdrain as a power of its head.
+// Water in the layers of a LID unit: one rate function per type. A unit is a stack of surface, pavement, soil and
+// storage, each a bucket; the fluxes between them are the potential ones of their laws, cut to what the layer above
+// holds and the layer below can take. The solver calls them with the unit in LidStep. Surface outflow by Manning over a
+// wide berm, percolation by a conductivity that falls exponentially with the moisture deficit, the underdrain as a
+// power of its head.
 
 #include <algorithm>
 #include <cmath>
@@ -10,10 +11,10 @@
 
 static constexpr double MANNING_EXPONENT = 1.6666666666666667;
 static constexpr double HYDRAULIC_RADIUS_EXPONENT = 0.6666666666666666;
-static constexpr double MIN_HEAD = 1e-10;          ///< m
+static constexpr double MIN_HEAD = 1e-10;  ///< m
 static constexpr double MM_PER_M = 1000.0;
-static constexpr double MM_PER_HOUR = 3600000.0;   ///< mm/h in one m/s
-static constexpr double MIN_SWALE_WIDTH = 0.5;     ///< m
+static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
+static constexpr double MIN_SWALE_WIDTH = 0.5;    ///< m
 
 /// Rate of change of a level from the net flow into its layer. A mat without voids takes nothing.
 static double getLevelRate(double flow, double voidFraction) {
@@ -26,8 +27,8 @@ static double getNonNegative(double value) {
 
 // --- fluxes that several types share -------------------------------------------------------------------------------
 
-/// Evaporation from the top down, each layer with what the ones above left of the potential rate. While water infiltrates
-/// the lower layers don't evaporate.
+/// Evaporation from the top down, each layer with what the ones above left of the potential rate. While water
+/// infiltrates the lower layers don't evaporate.
 static void setEvaporation(double soilAvailable, double pavementAvailable) {
     LidStepRecord& s = LidStep;
     s.surfaceEvap = getNonNegative(std::min(s.evap, s.surfaceVolume / s.dt));
@@ -48,18 +49,16 @@ double lid_surfaceOutflowRate(double level) {
     if (head < 0.0) {
         return 0.0;
     }
-    const double flow = std::pow(head, MANNING_EXPONENT) * LidStep.lid->surfaceAlpha * LidStep.unit->fullWidth /
-                        LidStep.unit->area;
+    const double flow =
+        std::pow(head, MANNING_EXPONENT) * LidStep.lid->surfaceAlpha * LidStep.unit->fullWidth / LidStep.unit->area;
     return std::min(flow, head / LidStep.dt);
 }
 
 static double getSoilPercolation(double moisture) {
     const Lid& lid = *LidStep.lid;
-    const double rate = moisture > lid.fieldCapacity
-                            ? lid.soilRate * std::exp(-(lid.porosity - moisture) * lid.soilSlope)
-                            : 0.0;
-    const double limit =
-        getNonNegative((moisture - lid.fieldCapacity) * lid.soilDepth) / LidStep.dt - LidStep.soilEvap;
+    const double rate =
+        moisture > lid.fieldCapacity ? lid.soilRate * std::exp(-(lid.porosity - moisture) * lid.soilSlope) : 0.0;
+    const double limit = getNonNegative((moisture - lid.fieldCapacity) * lid.soilDepth) / LidStep.dt - LidStep.soilEvap;
     return getNonNegative(std::min(rate, limit));
 }
 
@@ -103,7 +102,8 @@ double lid_drainRate(double level, double moisture, double pavement, double surf
     return std::pow(head * MM_PER_M, lid.drainExponent) * lid.drainCoefficient / MM_PER_HOUR;
 }
 
-/// Cuts a drain flow to the water above the drain, behind seepage and evaporation; what arrives counts in a full storage.
+/// Cuts a drain flow to the water above the drain, behind seepage and evaporation; what arrives counts in a full
+/// storage.
 static void limitDrain(double level, double arriving, double exfil, double& drain) {
     const Lid& lid = *LidStep.lid;
     double available = -exfil - LidStep.storageEvap;
@@ -170,13 +170,11 @@ static void skipStorage(double moisture) {
 
 static void limitBioCell(double moisture, double level) {
     LidStepRecord& s = LidStep;
-    s.storageExfil =
-        getNonNegative(std::min(s.storageExfil, s.storageVolume / s.dt + s.soilPerc - s.storageEvap));
+    s.storageExfil = getNonNegative(std::min(s.storageExfil, s.storageVolume / s.dt + s.soilPerc - s.storageEvap));
     if (s.storageDrain > 0.0) {
         limitDrain(level, s.soilPerc, s.storageExfil, s.storageDrain);
     }
-    s.soilPerc =
-        std::min(s.soilPerc, getStorageRoom(level) + s.storageDrain + s.storageExfil + s.storageEvap);
+    s.soilPerc = std::min(s.soilPerc, getStorageRoom(level) + s.storageDrain + s.storageExfil + s.storageEvap);
     limitInfiltration(getSoilRoom(moisture) + s.soilPerc + s.soilEvap);
 }
 
@@ -205,8 +203,7 @@ void lid_ratesBioCell(const double* state, double* rates) {
     setSoilColumn(state);
     s.soilPerc = getSoilPercolation(moisture);
     s.storageExfil = lid.storageRate;
-    s.storageDrain =
-        lid.drainCoefficient > 0.0 ? lid_drainRate(level, moisture, 0.0, state[STATE_SURFACE]) : 0.0;
+    s.storageDrain = lid.drainCoefficient > 0.0 ? lid_drainRate(level, moisture, 0.0, state[STATE_SURFACE]) : 0.0;
     if (lid.storageDepth == 0.0) {
         skipStorage(moisture);
     }
@@ -280,13 +277,11 @@ void lid_ratesTrench(const double* state, double* rates) {
     const double arriving = s.surfaceVolume / s.dt + s.inflow;
     s.storageExfil = lid.storageRate;
     s.storageDrain = lid.drainCoefficient > 0.0 ? lid_drainRate(level, 0.0, 0.0, state[STATE_SURFACE]) : 0.0;
-    s.storageExfil =
-        getNonNegative(std::min(s.storageExfil, arriving - s.storageEvap + s.storageVolume / s.dt));
+    s.storageExfil = getNonNegative(std::min(s.storageExfil, arriving - s.storageEvap + s.storageVolume / s.dt));
     if (s.storageDrain > 0.0) {
         limitDrain(level, arriving, s.storageExfil, s.storageDrain);
     }
-    s.storageInflow =
-        std::min(arriving, getStorageRoom(level) + s.storageExfil + s.storageEvap + s.storageDrain);
+    s.storageInflow = std::min(arriving, getStorageRoom(level) + s.storageExfil + s.storageEvap + s.storageDrain);
     s.surfaceInfil = s.storageInflow;
     rates[STATE_SOIL] = 0.0;
     rates[STATE_STORAGE] =
@@ -438,13 +433,12 @@ void lid_ratesPavement(const double* state, double* rates) {
     setPavementColumn(state);
     s.surfaceInfil = std::min(lid.pavementRate, s.surfaceVolume / s.dt + s.inflow);
     PavementFlow f;
-    f.perc =
-        std::min(lid.pavementRate, getNonNegative(s.pavementVolume / s.dt + s.surfaceInfil - s.pavementEvap));
+    f.perc = std::min(lid.pavementRate, getNonNegative(s.pavementVolume / s.dt + s.surfaceInfil - s.pavementEvap));
     f.soilPerc = lid.soilDepth > 0.0 ? getSoilPercolation(state[STATE_SOIL]) : f.perc;
     f.exfil = lid.storageRate;
-    f.drain = lid.drainCoefficient > 0.0 ? lid_drainRate(state[STATE_STORAGE], state[STATE_SOIL],
-                                                         state[STATE_PAVEMENT], state[STATE_SURFACE])
-                                         : 0.0;
+    f.drain = lid.drainCoefficient > 0.0
+                  ? lid_drainRate(state[STATE_STORAGE], state[STATE_SOIL], state[STATE_PAVEMENT], state[STATE_SURFACE])
+                  : 0.0;
     limitPavement(state, f);
     s.storageExfil = f.exfil;
     s.storageDrain = f.drain;

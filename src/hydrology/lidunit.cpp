@@ -1,6 +1,6 @@
-// LID units over a step. On subcatchments they are called by the runoff step, as nodes by the routing step; both share the
-// solver and not their state. The solver is one explicit Euler step of the four states, but for the swale, whose channel
-// wants the trapezoidal rule by fixed-point passes.
+// LID units over a step. On subcatchments they are called by the runoff step, as nodes by the routing step; both share
+// the solver and not their state. The solver is one explicit Euler step of the four states, but for the swale, whose
+// channel wants the trapezoidal rule by fixed-point passes.
 
 #include "hydrology/lidunit.h"
 
@@ -18,7 +18,7 @@ LidStepRecord LidStep;
 
 static double* LoadScratch = nullptr;  ///< kg/s, one per pollutant; as long as the results of a run
 
-static constexpr double UNLIMITED = 1e10;       ///< m
+static constexpr double UNLIMITED = 1e10;  ///< m
 static constexpr int32_t MAX_PASSES = 19;
 static constexpr double PASS_TOLERANCE = 0.00328;  ///< m, and the same figure for the moisture
 
@@ -131,8 +131,8 @@ void lid_shiftGroup(int32_t subcatch) {
 static void setLoads(const Subcatch& subcatch, LidUnit& unit, double dt) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double concentration = Polluts[static_cast<size_t>(p)].rainConcentration;
-        LoadScratch[p] = unit.area * subcatch.rain * concentration / 1000.0 +
-                         subcatch.lastWashoffRate[p] * unit.fromImpervious;
+        LoadScratch[p] =
+            unit.area * subcatch.rain * concentration / 1000.0 + subcatch.lastWashoffRate[p] * unit.fromImpervious;
         unit.rainLoad[p] += dt * subcatch.rain * unit.area * concentration / 1000.0;
     }
 }
@@ -221,8 +221,8 @@ void lid_addDrains() {
 
 // --- the solver ----------------------------------------------------------------------------------------------------
 
-/// Upper limit of the infiltration of the surface: what comes in, what the next layer conducts, and what room it has. The
-/// water that stands on the surface has no part in it.
+/// Upper limit of the infiltration of the surface: what comes in, what the next layer conducts, and what room it has.
+/// The water that stands on the surface has no part in it.
 static double getInfiltrationLimit() {
     const LidStepRecord& s = LidStep;
     const Lid& lid = *s.lid;
@@ -230,8 +230,7 @@ static double getInfiltrationLimit() {
         return 0.0;
     }
     if (lid.soilRate > 0.0) {
-        return std::min(std::min(lid.soilRate, s.inflow),
-                        (lid.porosity - s.unit->soilMoisture) * lid.soilDepth / s.dt);
+        return std::min(std::min(lid.soilRate, s.inflow), (lid.porosity - s.unit->soilMoisture) * lid.soilDepth / s.dt);
     }
     if (lid.storageRate > 0.0) {
         return std::min(std::min(lid.storageRate, s.inflow),
@@ -263,7 +262,7 @@ static StateLimits getLimits(const Lid& lid) {
     limits.min[STATE_SOIL] = lid.soilDepth > 0.0 ? lid.wiltingPoint : 0.0;
     limits.max[STATE_SOIL] = lid.soilDepth > 0.0 ? lid.porosity : UNLIMITED;
     limits.min[STATE_STORAGE] = 0.0;
-    limits.max[STATE_STORAGE] = lid.type == LID_GR          ? lid.matDepth
+    limits.max[STATE_STORAGE] = lid.type == LID_GR       ? lid.matDepth
                                 : lid.storageDepth > 0.0 ? lid.storageDepth
                                                          : UNLIMITED;
     limits.min[STATE_PAVEMENT] = 0.0;
@@ -283,8 +282,8 @@ static void computeRates(const double* state, double* rates) {
     }
 }
 
-/// Advances `state` by one step. `rates` are the old rates at first, and those of the last call afterwards, which belong
-/// to the state before the last update.
+/// Advances `state` by one step. `rates` are the old rates at first, and those of the last call afterwards, which
+/// belong to the state before the last update.
 static void integrate(double* state, double* rates) {
     const StateLimits limits = getLimits(*LidStep.lid);
     const double weight = LidStep.lid->type == LID_VS ? 0.5 : 0.0;  // of the old rates

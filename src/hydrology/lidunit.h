@@ -38,7 +38,8 @@ extern LidStepRecord LidStep;
 /// Puts all units of subcatchments to the start of a run.
 void lid_initUnits();
 
-/// The seven arrays of the quality balance of a unit, zeroed; they live from a start to the next. A failure is reported.
+/// The seven arrays of the quality balance of a unit, zeroed; they live from a start to the next. A failure is
+/// reported.
 void lid_allocBalance(LidUnit& unit);
 
 /// Lets go of the seven arrays.

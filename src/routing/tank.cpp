@@ -250,7 +250,8 @@ static void decayStored(Tank& tank, Node& node, double volume) {
     }
 }
 
-/// Shares the flow of all pumps out in the ratio of what each would deliver at the depth that is left.
+/// Shares the flow of all pumps out in the ratio of what each would deliver at the depth that is left. If none would
+/// deliver any more there, none gets a flow, and the water that they took is lost.
 static void sharePumps(Tank& tank, double flow) {
     PumpList& pumps = tank.outlets.pumps;
     const double sum = sumPumps(pumps);

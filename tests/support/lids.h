@@ -37,5 +37,6 @@ inline std::string getLineError(const std::string& text, const std::string& mess
                                 const std::string& line) {
     const long number = getLineNumber(text, text.rfind(line + "\n"));
     const std::string gap = message.back() == '.' ? "" : " ";
-    return "\n  \n  " + message + gap + "at line " + std::to_string(number) + " of " + section + " section:\n  " + line + "\n";
+    return "\n  \n  " + message + gap + "at line " + std::to_string(number) + " of " + section + " section:\n  " +
+           line + "\n";
 }

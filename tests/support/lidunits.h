@@ -52,12 +52,11 @@ protected:
             rule += count;
         }
         double* value = values.data();
-        for (double** array :
-             {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass, &unit.lastStorageMass,
-              &unit.thisSurfaceMass, &unit.thisPavementMass, &unit.thisSoilMass, &unit.thisStorageMass,
-              &unit.lastSurfaceLoad, &unit.thisSurfaceLoad, &unit.lastDrainLoad, &unit.thisDrainLoad, &unit.rainLoad,
-              &unit.inflowLoad, &unit.exfilLoad, &unit.surfaceOutLoad, &unit.drainOutLoad, &unit.finalLoad,
-              &unit.reactedLoad}) {
+        for (double** array : {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass, &unit.lastStorageMass,
+                               &unit.thisSurfaceMass, &unit.thisPavementMass, &unit.thisSoilMass, &unit.thisStorageMass,
+                               &unit.lastSurfaceLoad, &unit.thisSurfaceLoad, &unit.lastDrainLoad, &unit.thisDrainLoad,
+                               &unit.rainLoad, &unit.inflowLoad, &unit.exfilLoad, &unit.surfaceOutLoad,
+                               &unit.drainOutLoad, &unit.finalLoad, &unit.reactedLoad}) {
             *array = value;
             value += count;
         }
@@ -117,11 +116,10 @@ protected:
     /// New becomes old for all masses and loads.
     void shift() {
         for (size_t p = 0; p < load.size(); ++p) {
-            for (auto [last, now] :
-                 {std::pair{unit.lastSurfaceMass, unit.thisSurfaceMass},
-                  std::pair{unit.lastPavementMass, unit.thisPavementMass},
-                  std::pair{unit.lastSoilMass, unit.thisSoilMass},
-                  std::pair{unit.lastStorageMass, unit.thisStorageMass}}) {
+            for (auto [last, now] : {std::pair{unit.lastSurfaceMass, unit.thisSurfaceMass},
+                                     std::pair{unit.lastPavementMass, unit.thisPavementMass},
+                                     std::pair{unit.lastSoilMass, unit.thisSoilMass},
+                                     std::pair{unit.lastStorageMass, unit.thisStorageMass}}) {
                 last[p] = now[p];
                 now[p] = 0.0;
             }

@@ -10,7 +10,7 @@
 #include "engine/errors.h"
 #include "input/table.h"
 #include "routing/transect.h"
-#include "support/model.h"
+#include "support/storagemodel.h"
 
 static const double PI = std::acos(-1.0);
 
@@ -40,7 +40,7 @@ static double getCircleArea(double D, double y) {
 // ----------------------------------------------------------------------------------------------------------
 
 TEST(ConduitSection, OfACircleIsTheSegmentAtTheHundredths) {
-    Model model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
+    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
     EXPECT_EQ(getConduit("C").fullDepth, 1.5);
     for (int i = 1; i <= 100; ++i) {
         const double y = 1.5 * i / 100.0;
@@ -50,7 +50,7 @@ TEST(ConduitSection, OfACircleIsTheSegmentAtTheHundredths) {
 }
 
 TEST(ConduitSection, IsLinearBetweenTheHundredths) {
-    Model model(getProject("NO 100 0.5 0.013 CIRCULAR 2"));
+    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 2"));
     const double* table = getConduit("C").areaTable;
     EXPECT_NEAR(getArea(0.01), table[0] / 2.0, 1e-15);
     EXPECT_NEAR(getArea(1.01), (table[49] + table[50]) / 2.0, 1e-15);
@@ -59,7 +59,7 @@ TEST(ConduitSection, IsLinearBetweenTheHundredths) {
 
 TEST(ConduitSection, EndsWithTheFullDepth) {
     for (const double D : {0.3, 0.7, 1.1, 1.329, 2.3}) {
-        Model model(getProject("NO 100 0.5 0.013 CIRCULAR " + std::to_string(D)));
+        StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR " + std::to_string(D)));
         const Conduit& conduit = getConduit("C");
         EXPECT_NEAR(getArea(conduit.fullDepth), conduit.areaTable[99], 1e-12) << D;
         EXPECT_EQ(getArea(std::nextafter(conduit.fullDepth, 10.0)), 0.0) << D;
@@ -69,7 +69,7 @@ TEST(ConduitSection, EndsWithTheFullDepth) {
 }
 
 TEST(ConduitSection, OfARectangleStopsAtItsHeight) {
-    Model model(getProject("NO 100 0.5 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 100 0.5 0.013 RECTANGULAR 1.5 2"));
     EXPECT_EQ(getConduit("C").areaTable, nullptr);
     EXPECT_EQ(getArea(0.5), 1.0);
     EXPECT_EQ(getArea(1.5), 3.0);
@@ -77,7 +77,7 @@ TEST(ConduitSection, OfARectangleStopsAtItsHeight) {
 }
 
 TEST(ConduitSection, OfATransectIsTabledInItsCurve) {
-    Model model(getProject("NO 100 0.5 0.013 IRREGULAR X") + BED);
+    StorageModel model(getProject("NO 100 0.5 0.013 IRREGULAR X") + BED);
     EXPECT_EQ(getConduit("C").fullDepth, 2.0);
     for (int i = 1; i <= 100; ++i) {
         EXPECT_NEAR(Curves[0].geometry[i - 1], 4.0 * 0.02 * i, 1e-9);
@@ -86,12 +86,12 @@ TEST(ConduitSection, OfATransectIsTabledInItsCurve) {
 }
 
 TEST(ConduitSection, MayUseACurveOfAnyType) {
-    Model model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TANK 0 2 1 0 2 2\n");
+    StorageModel model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TANK 0 2 1 0 2 2\n");
     EXPECT_NEAR(getArea(1.0), 0.5, 1e-9);
 }
 
 TEST(ConduitSection, OfATransectWithItsLowestPointAtABankIsEmpty) {
-    Model model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TRANSECT 0 1 2 3 4 4\n");
+    StorageModel model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TRANSECT 0 1 2 3 4 4\n");
     EXPECT_EQ(getConduit("C").fullDepth, 0.0);
     for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(Curves[0].geometry[i], 0.0);
@@ -106,8 +106,8 @@ TEST(ConduitSection, OfATransectWithItsLowestPointAtABankIsEmpty) {
 
 TEST(ConduitDepth, IsTheInverseOfTheArea) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        Model model(getProject(std::string("NO 80 0.5 0.013 ") + shape) +
-                    "[CURVES]\nX TRANSECT 0 3 1 1 2 2 3 0 6 2.5\n");
+        StorageModel model(getProject(std::string("NO 80 0.5 0.013 ") + shape) +
+                           "[CURVES]\nX TRANSECT 0 3 1 1 2 2 3 0 6 2.5\n");
         const double full = getConduit("C").fullDepth;
         std::mt19937 random(3);
         std::uniform_real_distribution<double> unit(0.0, 1.0);
@@ -122,7 +122,7 @@ TEST(ConduitDepth, IsTheInverseOfTheArea) {
 TEST(ConduitDepth, OfAFullConduitIsTheFullDepth) {
     for (const double D : {0.3, 0.7, 1.1, 1.329, 2.3}) {
         for (const double length : {13.0, 77.7, 226.6399}) {
-            Model model(getProject("NO " + std::to_string(length) + " 0.5 0.013 CIRCULAR " + std::to_string(D)));
+            StorageModel model(getProject("NO " + std::to_string(length) + " 0.5 0.013 CIRCULAR " + std::to_string(D)));
             const double full = getConduit("C").fullDepth;
             EXPECT_EQ(getDepth(getArea(full) * getConduit("C").length), full);
         }
@@ -130,26 +130,26 @@ TEST(ConduitDepth, OfAFullConduitIsTheFullDepth) {
 }
 
 TEST(ConduitDepth, OfAFullRectangleIsItsHeight) {
-    Model model(getProject("NO 77.7 0.5 0.013 RECTANGULAR 0.7 1.1"));
+    StorageModel model(getProject("NO 77.7 0.5 0.013 RECTANGULAR 0.7 1.1"));
     EXPECT_EQ(getDepth(getArea(0.7) * 77.7), 0.7);
     EXPECT_EQ(getDepth(1e6), 0.7);
 }
 
 TEST(ConduitDepth, OfNothingAndLessIs0) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        Model model(getProject(std::string("NO 80 0.5 0.013 ") + shape) + BED);
+        StorageModel model(getProject(std::string("NO 80 0.5 0.013 ") + shape) + BED);
         EXPECT_EQ(getDepth(0.0), 0.0);
         EXPECT_EQ(getDepth(-5.0), 0.0);
     }
 }
 
 TEST(ConduitDepth, OfMoreThanACircleHoldsIs0) {
-    Model model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
+    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
     EXPECT_EQ(getDepth(getArea(1.5) * 101.0), 0.0);
 }
 
 TEST(ConduitDepth, IsTheSameBySearchAndByWalk) {
-    Model model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
+    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
     Conduit& conduit = getConduit("C");
     ASSERT_EQ(conduit.risingTable, conduit.areaTable);
     for (int k = 0; k <= 1000; ++k) {
@@ -176,26 +176,26 @@ static double getManning(double area, double perimeter, double slope, double n) 
 }
 
 TEST(ConduitFlow, OfAFullCircleIsManningOverThePerimeter) {
-    Model model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
+    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
     const double expected = getManning(PI * 1.5 * 1.5 / 4.0, PI * 1.5, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(1.5, 0.0), expected, 1e-7 * expected);
 }
 
 TEST(ConduitFlow, OfAHalfFullCircleIsHalfThatOfTheFullOne) {
-    Model model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
+    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
     const double expected = getManning(PI * 1.5 * 1.5 / 4.0, PI * 1.5, 0.002, 0.013) / 2.0;
     EXPECT_NEAR(routeFrom(0.75, 0.0), expected, 1e-7 * expected);
 }
 
 TEST(ConduitFlow, OfAThreeQuarterCircleHasItsOwnArc) {
-    Model model(getProject("NO 5000 0.2 0.013 CIRCULAR 2"));
+    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 2"));
     const double arc = 2.0 * (PI - std::acos(0.5));  // the chord stands half a radius above the middle
     const double expected = getManning(getCircleArea(2.0, 1.5), arc, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(1.5, 0.0), expected, 1e-7 * expected);
 }
 
 TEST(ConduitFlow, OfARectangleHasNoRoofBelowItsHeight) {
-    Model model(getProject("NO 5000 0.2 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 5000 0.2 0.013 RECTANGULAR 1.5 2"));
     const double half = getManning(1.5, 3.5, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(0.75, 0.0), half, 1e-12 * half);
     const double full = getManning(3.0, 7.0, 0.002, 0.013);
@@ -203,13 +203,13 @@ TEST(ConduitFlow, OfARectangleHasNoRoofBelowItsHeight) {
 }
 
 TEST(ConduitFlow, OfATransectIsThatOfItsPolygon) {
-    Model model(getProject("NO 5000 0.2 0.013 IRREGULAR X") + BED);
+    StorageModel model(getProject("NO 5000 0.2 0.013 IRREGULAR X") + BED);
     const double expected = getManning(4.0 * 1.2, 4.0 + 2.4, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(1.2, 0.0), expected, 1e-8 * expected);
 }
 
 TEST(ConduitFlow, IsNothingFromADryConduit) {
-    Model model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5", 0.0));
+    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5", 0.0));
     model.step();
     EXPECT_EQ(getLink("C").newFlow, 0.0);
     EXPECT_EQ(getConduit("C").depth, 0.0);
@@ -217,7 +217,7 @@ TEST(ConduitFlow, IsNothingFromADryConduit) {
 
 TEST(ConduitFlow, SettlesAtTheInflow) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        Model model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
+        StorageModel model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
         model.step(500);
         EXPECT_NEAR(getLink("C").newFlow, 0.5, 1e-6) << shape;
         EXPECT_EQ(getConduit("C").newInflow, 0.5) << shape;
@@ -225,7 +225,7 @@ TEST(ConduitFlow, SettlesAtTheInflow) {
 }
 
 TEST(ConduitFlow, LeavesTheBalanceOfTheStore) {
-    Model model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     double before = 0.0;
     for (int k = 0; k < 50; ++k) {
         model.step();
@@ -236,7 +236,7 @@ TEST(ConduitFlow, LeavesTheBalanceOfTheStore) {
 }
 
 TEST(ConduitFlow, FloodsWhatTheFullSectionCannotHold) {
-    Model model(getProject("NO 100 0.01 0.02 RECTANGULAR 1 1", 5.0));
+    StorageModel model(getProject("NO 100 0.01 0.02 RECTANGULAR 1 1", 5.0));
     // 300 m3 come in a step, 100 m3 fit, and at the full section Manning takes less than that.
     model.step();
     EXPECT_NEAR(getConduit("C").newFlood, 200.0 / 60.0, 1e-12);
@@ -248,7 +248,7 @@ TEST(ConduitFlow, FloodsWhatTheFullSectionCannotHold) {
 }
 
 TEST(ConduitFlow, EmptiesASteepConduitWithoutDelivering) {
-    Model model(getProject("NO 10 20 0.01 RECTANGULAR 1 1", 0.05) + "[POLLUTANTS]\nA 0\n");
+    StorageModel model(getProject("NO 10 20 0.01 RECTANGULAR 1 1", 0.05) + "[POLLUTANTS]\nA 0\n");
     // 3 m3 stand 0.3 m high in 10 m; their normal flow would take far more in a minute.
     model.step();
     EXPECT_GT(60.0 * getManning(0.3, 1.6, 0.2, 0.01), 3.0);
@@ -263,7 +263,7 @@ TEST(ConduitFlow, EmptiesASteepConduitWithoutDelivering) {
 
 TEST(ConduitFlow, IsEmptiedByANegativeInflow) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        Model model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
+        StorageModel model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
         model.step(5);
         EXPECT_GT(getConduit("C").depth, 0.0);
         EXPECT_EQ(routeFrom(getConduit("C").depth, -100.0), 0.0) << shape;
@@ -272,14 +272,14 @@ TEST(ConduitFlow, IsEmptiedByANegativeInflow) {
 }
 
 TEST(ConduitFlow, TakesNoNoteOfTheSetting) {
-    Model model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     getLink("C").setting = getLink("C").targetSetting = 0.0;
     model.step(300);
     EXPECT_NEAR(getLink("C").newFlow, 0.5, 1e-4);
 }
 
 TEST(ConduitFlow, IsNotMovedByAFlowThatAHostWrites) {
-    Model model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     model.step(5);
     const double depth = getConduit("C").depth;
     getLink("C").newFlow = 99.0;
@@ -289,7 +289,7 @@ TEST(ConduitFlow, IsNotMovedByAFlowThatAHostWrites) {
 }
 
 TEST(ConduitFlow, StartsDryAtEachStart) {
-    Model model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     model.step(20);
     const double depth = getConduit("C").depth;
     tarnvelde_end();
@@ -304,7 +304,7 @@ TEST(ConduitFlow, StartsDryAtEachStart) {
 // -----------------------------------------------------------------------------------------------------------
 
 TEST(ConduitQuality, MixesTheInflowIntoTheStore) {
-    Model model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
+    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
     getConduit("C").depth = 0.5;  // 100 m3
     getLink("C").oldQual[0] = 10.0;
     const double inflow = 40.0;
@@ -313,15 +313,15 @@ TEST(ConduitQuality, MixesTheInflowIntoTheStore) {
 }
 
 TEST(ConduitQuality, Is0WithoutWater) {
-    Model model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2", 0.0) + "[POLLUTANTS]\nA 0\n");
+    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2", 0.0) + "[POLLUTANTS]\nA 0\n");
     model.step();
     EXPECT_EQ(getLink("C").newQual[0], 0.0);
 }
 
 TEST(ConduitQuality, DecaysByTheHourAndBooksTheLoss) {
-    Model model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") +
-                "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n"
-                "[DECAY_COEFFICIENT]\nC LINK B FIRST 864 P\n");
+    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") +
+                       "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n"
+                       "[DECAY_COEFFICIENT]\nC LINK B FIRST 864 P\n");
     getConduit("C").depth = 0.5;
     getLink("C").oldQual[0] = getLink("C").oldQual[1] = 10.0;
     const double inflow[] = {40.0, 40.0};
@@ -365,7 +365,7 @@ static std::string getChain(unsigned seed) {
 
 TEST(ConduitBalance, ClosesInGeneratedChains) {
     for (const unsigned seed : {1u, 2u, 3u}) {
-        Model model(getChain(seed));
+        StorageModel model(getChain(seed));
         EXPECT_EQ(stepToEnd(), 0);
         tarnvelde_report();
         EXPECT_NEAR(FlowError, 0.0, 1e-9) << seed;
@@ -375,7 +375,7 @@ TEST(ConduitBalance, ClosesInGeneratedChains) {
 }
 
 TEST(ConduitBalance, KeepsTheMaximaOfARun) {
-    Model model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     double maxDepth = 0.0, maxVelocity = 0.0;
     for (int k = 0; k < 30; ++k) {
         model.step();
@@ -410,7 +410,7 @@ TEST(ConduitReport, HasATableOfItsOwn) {
 }
 
 TEST(ConduitRow, MixesOldAndNewButForDepthAndVolume) {
-    Model model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
+    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
     Conduit& conduit = getConduit("C");
     conduit.depth = 0.5;
     conduit.oldInflow = 1.0;
@@ -437,7 +437,7 @@ TEST(ConduitRow, MixesOldAndNewButForDepthAndVolume) {
 // --------------------------------------------------------------------------------------------------------------
 
 TEST(ConduitLine, FillsTheRow) {
-    Model model(getProject("yes 120 0.5 0.013 rectangular 1.5 2 more"));
+    StorageModel model(getProject("yes 120 0.5 0.013 rectangular 1.5 2 more"));
     EXPECT_EQ(getLink("C").kind, CONDUIT);
     EXPECT_EQ(getLink("C").isLagged, 1);
     const Conduit& conduit = getConduit("C");
@@ -479,19 +479,19 @@ TEST(ConduitLine, IsRefusedAtTheFirstWrongWord) {
 TEST(ConduitLine, IsLengthenedSilently) {
     const std::string line = "NO 5 0.5 0.013 CIRCULAR 1\n[GENERAL]\nCONDUIT_LENGTHENING ";
     {
-        Model model(getProject(line + "10"));
+        StorageModel model(getProject(line + "10"));
         EXPECT_EQ(getConduit("C").length, 10.0);
     }
     {
-        Model model(getProject(line + "4"));
+        StorageModel model(getProject(line + "4"));
         EXPECT_EQ(getConduit("C").length, 5.0);
     }
     EXPECT_EQ(openProject(getProject(line + "10")).report, "");
 }
 
 TEST(ConduitDecayLine, FillsItsRecord) {
-    Model model(getProject("NO 100 0.2 0.013 CIRCULAR 1") +
-                "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 1\n[DECAY_COEFFICIENT]\nC LINK B FIRST 86.4 P\n");
+    StorageModel model(getProject("NO 100 0.2 0.013 CIRCULAR 1") +
+                       "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 1\n[DECAY_COEFFICIENT]\nC LINK B FIRST 86.4 P\n");
     const Decay* decay = getConduit("C").decay;
     EXPECT_EQ(decay[0].type, -1);
     EXPECT_EQ(decay[1].type, FIRST_ORDER);
@@ -526,7 +526,7 @@ TEST(ConduitDecayLine, IsRefusedAtTheFirstWrongWord) {
 // -------------------------------------------------------------------------------------------
 
 TEST(ConduitHost, MayLeaveItWithoutASection) {
-    Model model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     model.step(5);
     for (const int32_t shape : {static_cast<int32_t>(IRREGULAR_CONDUIT), 3, -1}) {
         getConduit("C").shape = shape;
@@ -543,7 +543,7 @@ TEST(ConduitHost, MayLeaveItWithoutASection) {
 }
 
 TEST(ConduitHost, ChangesSizesAtOnceWhereAFormulaUsesThem) {
-    Model model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
+    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
     getConduit("C").height = 3.0;
     EXPECT_EQ(getConduit("C").fullDepth, 1.5);
     const double arc = 3.0 * std::acos(0.0);  // the table is that of 1.5 m, the arc that of 3 m, half full
@@ -556,7 +556,7 @@ TEST(ConduitHost, ChangesSizesAtOnceWhereAFormulaUsesThem) {
 }
 
 TEST(ConduitHost, MayTurnAShapeIntoAnother) {
-    Model model(getProject("NO 800 0.2 0.013 IRREGULAR X") + BED);
+    StorageModel model(getProject("NO 800 0.2 0.013 IRREGULAR X") + BED);
     getConduit("C").shape = CIRCULAR_CONDUIT;
     model.step();
     tarnvelde_end();

@@ -194,7 +194,7 @@ TEST(GroupLine, LostMemoryIsTold) {
 
 struct DecayLayer {
     const char* word;
-    DecayRule* Lid::* rules;
+    DecayRule* Lid::*rules;
 };
 
 class DecayLineLayers : public ::testing::TestWithParam<DecayLayer> {};
@@ -223,8 +223,8 @@ TEST(DecayLine, OfADrainStoresNothing) {
     project.decay = "A LID P FIRST 864 \"\" DRAIN\n";
     const OpenLids open(project);
     EXPECT_EQ(open.code, 0);
-    for (const DecayRule* rules : {Lids[0].surfaceDecay, Lids[0].soilDecay, Lids[0].storageDecay,
-                                   Lids[0].pavementDecay, Lids[0].matDecay}) {
+    for (const DecayRule* rules :
+         {Lids[0].surfaceDecay, Lids[0].soilDecay, Lids[0].storageDecay, Lids[0].pavementDecay, Lids[0].matDecay}) {
         EXPECT_EQ(rules[0].kind, -1);
     }
 }
@@ -259,30 +259,29 @@ TEST_P(BadDefinition, IsTold) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, BadDefinition,
-    ::testing::Values(
-        BadLine{"B", TOO_FEW}, BadLine{"A MAT 1 2 3", "ERROR 205: invalid keyword MAT"},
-        BadLine{"A BCC", "ERROR 205: invalid keyword BCC"}, BadLine{"A SURFACE 1 0 1 1", TOO_FEW},
-        BadLine{"A SURFACE x 0 1 1 1", "ERROR 211: invalid number x"},
-        BadLine{"A SURFACE -1 0 1 1 1", "ERROR 211: invalid number -1"},
-        BadLine{"A SURFACE 0 1 1 1 1", "ERROR 211: invalid number 1"},
-        BadLine{"A SURFACE 9 nan 1 1 1", "ERROR 211: invalid number nan"},
-        BadLine{"A SURFACE 9 -0.1 1 1 1", "ERROR 211: invalid number -0.1"},
-        BadLine{"A SURFACE 9 0 -2 -3 -4", "ERROR 211: invalid number -2"},
-        BadLine{"A SURFACE 9 0 2 -3 -4", "ERROR 211: invalid number -3"},
-        BadLine{"A SURFACE 9 0 2 3 -4", "ERROR 211: invalid number -4"},
-        BadLine{"A SOIL 1 2 3 4 5", TOO_FEW}, BadLine{"A SOIL -1 2 3 4 5 6", "ERROR 211: invalid number -1"},
-        BadLine{"A SOIL 1 2 3 4 5 -6", "ERROR 211: invalid number -6"}, BadLine{"A STORAGE 1 2", TOO_FEW},
-        BadLine{"A STORAGE 1 2 3x", "ERROR 211: invalid number 3x"}, BadLine{"A PAVEMENT 1 2", TOO_FEW},
-        BadLine{"A PAVEMENT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAINMAT 1 2", TOO_FEW},
-        BadLine{"A DRAINMAT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAIN 1 2", TOO_FEW},
-        BadLine{"A DRAIN 1 -2 3", "ERROR 211: invalid number -2"},
-        BadLine{"A DRAIN 1 2 3 -4", "ERROR 211: invalid number -4"}));
+    ::testing::Values(BadLine{"B", TOO_FEW}, BadLine{"A MAT 1 2 3", "ERROR 205: invalid keyword MAT"},
+                      BadLine{"A BCC", "ERROR 205: invalid keyword BCC"}, BadLine{"A SURFACE 1 0 1 1", TOO_FEW},
+                      BadLine{"A SURFACE x 0 1 1 1", "ERROR 211: invalid number x"},
+                      BadLine{"A SURFACE -1 0 1 1 1", "ERROR 211: invalid number -1"},
+                      BadLine{"A SURFACE 0 1 1 1 1", "ERROR 211: invalid number 1"},
+                      BadLine{"A SURFACE 9 nan 1 1 1", "ERROR 211: invalid number nan"},
+                      BadLine{"A SURFACE 9 -0.1 1 1 1", "ERROR 211: invalid number -0.1"},
+                      BadLine{"A SURFACE 9 0 -2 -3 -4", "ERROR 211: invalid number -2"},
+                      BadLine{"A SURFACE 9 0 2 -3 -4", "ERROR 211: invalid number -3"},
+                      BadLine{"A SURFACE 9 0 2 3 -4", "ERROR 211: invalid number -4"},
+                      BadLine{"A SOIL 1 2 3 4 5", TOO_FEW},
+                      BadLine{"A SOIL -1 2 3 4 5 6", "ERROR 211: invalid number -1"},
+                      BadLine{"A SOIL 1 2 3 4 5 -6", "ERROR 211: invalid number -6"}, BadLine{"A STORAGE 1 2", TOO_FEW},
+                      BadLine{"A STORAGE 1 2 3x", "ERROR 211: invalid number 3x"}, BadLine{"A PAVEMENT 1 2", TOO_FEW},
+                      BadLine{"A PAVEMENT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAINMAT 1 2", TOO_FEW},
+                      BadLine{"A DRAINMAT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAIN 1 2", TOO_FEW},
+                      BadLine{"A DRAIN 1 -2 3", "ERROR 211: invalid number -2"},
+                      BadLine{"A DRAIN 1 2 3 -4", "ERROR 211: invalid number -4"}));
 
 TEST(BadDefinitionName, KnownToNobodyIsTold) {
     // The first pass takes the word with its quotes, the second one without.
     const std::string text = withLids("\"A B\" RB\n").text();
-    EXPECT_EQ(openProject(text).report,
-              getLineError(text, "ERROR 209: undefined object A B", "[LIDS]", "\"A B\" RB"));
+    EXPECT_EQ(openProject(text).report, getLineError(text, "ERROR 209: undefined object A B", "[LIDS]", "\"A B\" RB"));
 }
 
 class BadGroup : public ::testing::TestWithParam<BadLine> {};
@@ -296,20 +295,20 @@ TEST_P(BadGroup, IsTold) {
     EXPECT_EQ(result.report, getLineError(text, GetParam().message, "[LID_GROUPS]", GetParam().line));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    All, BadGroup,
-    ::testing::Values(BadLine{"S A 1 1 1", TOO_FEW}, BadLine{"X A 1 1 1 1", "ERROR 209: undefined object X"},
-                      BadLine{"S X 1 1 1 1", "ERROR 209: undefined object X"},
-                      BadLine{"X Y 0 1 1 1", "ERROR 209: undefined object X"},
-                      BadLine{"S A 0 1 1 1", "ERROR 211: invalid number 0"},
-                      BadLine{"S A nan 1 1 1", "ERROR 211: invalid number nan"},
-                      BadLine{"S A 1 -1 1 1", "ERROR 211: invalid number -1"},
-                      BadLine{"S A 1 nan 1 1", "ERROR 211: invalid number nan"},
-                      BadLine{"S A 1 1 1x 1", "ERROR 211: invalid number 1x"},
-                      BadLine{"S A 1 1 1 -1", "ERROR 211: invalid number -1"},
-                      BadLine{"S A 1 1 1 1 X", "ERROR 209: undefined object X"},
-                      BadLine{"S A 1 1 1 1 *", "ERROR 209: undefined object *"},
-                      BadLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object "}));
+INSTANTIATE_TEST_SUITE_P(All, BadGroup,
+                         ::testing::Values(BadLine{"S A 1 1 1", TOO_FEW},
+                                           BadLine{"X A 1 1 1 1", "ERROR 209: undefined object X"},
+                                           BadLine{"S X 1 1 1 1", "ERROR 209: undefined object X"},
+                                           BadLine{"X Y 0 1 1 1", "ERROR 209: undefined object X"},
+                                           BadLine{"S A 0 1 1 1", "ERROR 211: invalid number 0"},
+                                           BadLine{"S A nan 1 1 1", "ERROR 211: invalid number nan"},
+                                           BadLine{"S A 1 -1 1 1", "ERROR 211: invalid number -1"},
+                                           BadLine{"S A 1 nan 1 1", "ERROR 211: invalid number nan"},
+                                           BadLine{"S A 1 1 1x 1", "ERROR 211: invalid number 1x"},
+                                           BadLine{"S A 1 1 1 -1", "ERROR 211: invalid number -1"},
+                                           BadLine{"S A 1 1 1 1 X", "ERROR 209: undefined object X"},
+                                           BadLine{"S A 1 1 1 1 *", "ERROR 209: undefined object *"},
+                                           BadLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object "}));
 
 class BadDecay : public ::testing::TestWithParam<BadLine> {};
 
@@ -416,7 +415,8 @@ INSTANTIATE_TEST_SUITE_P(
                                    "check storage layer parameters"}));
 
 TEST(Validation, PhrasesStandOnceEachAndInOrder) {
-    const std::string report = getOpenReport("A PP\nA PAVEMENT 100 0 0\nA SOIL 300 0 0.2 0.1 0 10\nA STORAGE 400 0 0\n");
+    const std::string report =
+        getOpenReport("A PP\nA PAVEMENT 100 0 0\nA SOIL 300 0 0.2 0.1 0 10\nA STORAGE 400 0 0\n");
     const std::string head = "ERROR 703: invalid parameter value for LID A - check ";
     EXPECT_EQ(report, getError(head + "pavement layer parameters.") + getError(head + "soil layer parameters.") +
                           getError(head + "storage layer parameters."));
@@ -427,8 +427,9 @@ TEST(Validation, SoilOfNoDepthIsNotTested) {
 }
 
 TEST(Validation, AlphaOfASurfaceIsThatOfManning) {
-    const OpenLids open(withLids("A RB\nA SURFACE 100 0 0.25 4 0\nB RB\nB SURFACE 100 0 0 4 0\nC VS\n"
-                                 "C SURFACE 100 0 0.5 9 0\n"));
+    const OpenLids open(
+        withLids("A RB\nA SURFACE 100 0 0.25 4 0\nB RB\nB SURFACE 100 0 0 4 0\nC VS\n"
+                 "C SURFACE 100 0 0.5 9 0\n"));
     ASSERT_EQ(open.code, 0);
     EXPECT_NEAR(Lids[0].surfaceAlpha, 0.2 / 0.25, TINY);
     EXPECT_EQ(Lids[1].surfaceAlpha, 0.0);
@@ -436,14 +437,12 @@ TEST(Validation, AlphaOfASurfaceIsThatOfManning) {
 }
 
 TEST(Validation, MatLiesOnTheSlopeOfTheSurface) {
-    const OpenLids open(
-        withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\nA SURFACE 0 0 0.5 4 0\n"));
+    const OpenLids open(withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\nA SURFACE 0 0 0.5 4 0\n"));
     EXPECT_NEAR(Lids[0].matAlpha, 0.2 / 0.1, 1e-14);
 }
 
 TEST(Validation, MatWithoutRoughnessHasNoAlpha) {
-    const OpenLids open(
-        withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0\nA SURFACE 0 0 0.5 4 0\n"));
+    const OpenLids open(withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0\nA SURFACE 0 0 0.5 4 0\n"));
     EXPECT_EQ(Lids[0].matAlpha, 0.0);
 }
 
@@ -531,8 +530,7 @@ TEST(UnitValidation, ErrorsGoUnitByUnitThenAreaThenShare) {
     project.groups = "S A 9000 0 0 60\nS A 9000 0 0 60\n";
     const OpenResult result = openProject(project.text());
     const std::string width = getError("ERROR 703: invalid parameter value for LID A - invalid swale width.");
-    EXPECT_EQ(result.report, width + width +
-                                 getError("ERROR 705: LID area exceeds total area for Subcatchment S.") +
+    EXPECT_EQ(result.report, width + width + getError("ERROR 705: LID area exceeds total area for Subcatchment S.") +
                                  getError("ERROR 707: LID capture area exceeds total area for Subcatchment S."));
     EXPECT_EQ(result.code, 707);
 }

@@ -672,9 +672,9 @@ RunOutcome runStarted(ProjectFile& file) {
     EXPECT_EQ(stepToEnd(), 0);
     RunOutcome outcome;
     for (const LidUnit& unit : LidUnits) {
-        outcome.states.insert(outcome.states.end(),
-                              {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel, unit.pavementLevel,
-                               unit.inflowDepth, unit.drainDepth, unit.finalLoad[0], unit.reactedLoad[0], unit.dryTime});
+        outcome.states.insert(outcome.states.end(), {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel,
+                                                     unit.pavementLevel, unit.inflowDepth, unit.drainDepth,
+                                                     unit.finalLoad[0], unit.reactedLoad[0], unit.dryTime});
     }
     EXPECT_EQ(tarnvelde_report(), 0);
     outcome.report = file.getReport();

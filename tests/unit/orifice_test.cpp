@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "engine/errors.h"
-#include "support/model.h"
+#include "support/storagemodel.h"
 
 static constexpr double G2 = 19.62;
 
@@ -21,7 +21,7 @@ struct OrificeLaw : testing::Test {
 };
 
 TEST_F(OrificeLaw, IsTorricelliOverTheMiddleOfASubmergedRectangle) {
-    Model model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
+    StorageModel model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
     for (const double h : {0.95, 1.5, 4.0}) {
         const double expected = 0.62 * (0.4 * 0.3) * std::sqrt(G2 * (h - 0.5 - 0.2));
         EXPECT_NEAR(getFlow(h), expected, 1e-12) << h;
@@ -29,7 +29,7 @@ TEST_F(OrificeLaw, IsTorricelliOverTheMiddleOfASubmergedRectangle) {
 }
 
 TEST_F(OrificeLaw, LetsOnlyTheWettedPartOfARectangleRun) {
-    Model model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
+    StorageModel model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
     for (const double h : {0.55, 0.7, 0.9}) {
         const double d = h - 0.5;
         EXPECT_NEAR(getFlow(h), 0.62 * (d * 0.3) * std::sqrt(G2 * d / 2.0), 1e-12) << h;
@@ -52,7 +52,7 @@ static double integrateSegment(double D, double y) {
 }
 
 TEST_F(OrificeLaw, TakesTheSegmentOfAPartlyFilledCircle) {
-    Model model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
     for (const double d : {0.05, 0.2, 0.3, 0.39}) {
         const double expected = 0.65 * integrateSegment(0.4, d) * std::sqrt(G2 * d / 2.0);
         EXPECT_NEAR(getFlow(1.0 + d), expected, 1e-8 * expected) << d;
@@ -60,7 +60,7 @@ TEST_F(OrificeLaw, TakesTheSegmentOfAPartlyFilledCircle) {
 }
 
 TEST_F(OrificeLaw, TakesTheWholeCircleUnderWater) {
-    Model model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
     for (const double h : {1.41, 2.0, 4.5}) {
         const double expected = 0.65 * std::acos(-1.0) * 0.04 * std::sqrt(G2 * (h - 1.0 - 0.2));
         EXPECT_NEAR(getFlow(h), expected, 1e-8 * expected) << h;
@@ -68,27 +68,27 @@ TEST_F(OrificeLaw, TakesTheWholeCircleUnderWater) {
 }
 
 TEST_F(OrificeLaw, OpensTheShareOfItsSetting) {
-    Model model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
     getLink("O").setting = 0.25;  // a segment of 0.1 m, under water
     const double expected = 0.65 * integrateSegment(0.4, 0.1) * std::sqrt(G2 * (0.8 - 0.05));
     EXPECT_NEAR(getFlow(1.8), expected, 1e-8 * expected);
 }
 
 TEST_F(OrificeLaw, GivesNothingWithASettingOf0) {
-    Model model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
     getLink("O").setting = 0.0;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
 
 TEST_F(OrificeLaw, GivesNothingAtAndBelowTheCrest) {
-    Model model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
+    StorageModel model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
     EXPECT_EQ(getFlow(0.5), 0.0);
     EXPECT_EQ(getFlow(0.2), 0.0);
     EXPECT_GT(getFlow(std::nextafter(0.5, 1.0)), 0.0);
 }
 
 TEST_F(OrificeLaw, KeepsItsRoundedConstantsAndTheOrderOfItsFactors) {
-    Model model(getProject("NO CIRCULAR 1 0 0.7"));
+    StorageModel model(getProject("NO CIRCULAR 1 0 0.7"));
     const double D = 0.7, d = 0.2;
     const double t = std::acos((D - 2.0 * d) / D);
     const double area =
@@ -100,13 +100,13 @@ TEST_F(OrificeLaw, KeepsItsRoundedConstantsAndTheOrderOfItsFactors) {
 }
 
 TEST_F(OrificeLaw, GivesNothingWithAShapeThatIsNone) {
-    Model model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
     Orifices[0].shape = 2;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
 
 TEST(OrificeLine, FillsTheRow) {
-    Model model(getProject("YES rectangular 0.62 0.5 0.4 0.3 more words"));
+    StorageModel model(getProject("YES rectangular 0.62 0.5 0.4 0.3 more words"));
     EXPECT_EQ(getLink("O").kind, ORIFICE);
     EXPECT_EQ(getLink("O").isLagged, 1);
     const Orifice& orifice = Orifices[0];
@@ -118,17 +118,15 @@ TEST(OrificeLine, FillsTheRow) {
 }
 
 TEST(OrificeLine, IgnoresTheWidthOfACircle) {
-    Model model(getProject("NO CIRCULAR 0.62 0.5 0.4 x"));
+    StorageModel model(getProject("NO CIRCULAR 0.62 0.5 0.4 x"));
     EXPECT_EQ(Orifices[0].width, 0.0);
 }
 
-struct BadLine {
-    const char* line;
-    const char* message;
-};
-
 TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
-    const BadLine cases[] = {
+    const struct {
+        const char* line;
+        const char* message;
+    } cases[] = {
         {"O T OUT NO CIRCULAR x 0.5", "ERROR 203: too few items "},
         {"O T1 OUT NO CIRCULAR x 0.5 0.4", "ERROR 209: undefined object T1 "},
         {"O T OUT1 NO CIRCULAR x 0.5 0.4", "ERROR 209: undefined object OUT1 "},
@@ -148,7 +146,7 @@ TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
         {"O T OUT NO RECTANGULAR 0.6 1 0.4 nan", "ERROR 211: invalid number nan "},
         {"O T OUT NO RECTANGULAR 0.6 1 0.4 w", "ERROR 211: invalid number w "},
     };
-    for (const BadLine& bad : cases) {
+    for (const auto& bad : cases) {
         const OpenResult result = openProject(getGeneral(10) + "[TANKS]\nT B 5 2\n[OUTFALLS]\nOUT\n[ORIFICES]\n" +
                                               bad.line + "\n" + getBasin("B", 100.0));
         EXPECT_TRUE(holdsLineError(result, bad.message, "[ORIFICES]", bad.line));
@@ -156,7 +154,7 @@ TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
 }
 
 TEST(OrificeLine, MayHoldNumbersThatAreNone) {
-    Model model(getProject("NO CIRCULAR nan nan nan"));
+    StorageModel model(getProject("NO CIRCULAR nan nan nan"));
     EXPECT_EQ(orifice_getFlow(findLink("O"), 2.0), 0.0);  // nothing lies above a crest that is no number
 }
 
@@ -168,7 +166,7 @@ TEST(OrificeCheck, WantsATankUpstream) {
 }
 
 TEST(OrificeRow, MixesOldAndNew) {
-    Model model(getProject("NO CIRCULAR 0.65 1 0.4") + "[POLLUTANTS]\nA 0\nB 0\n");
+    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4") + "[POLLUTANTS]\nA 0\nB 0\n");
     Link& link = getLink("O");
     link.oldFlow = 1.0;
     link.newFlow = 2.0;

@@ -57,6 +57,8 @@ TEST(Levels, EndTheWalkAtWhatIsNoNumber) {
     EXPECT_EQ(getLevels({std::nan(""), 2.0, 1.0})[1], 1.0);
 }
 
+namespace {
+
 /// A list of weirs with given keys, without a tank around it.
 struct KeyList {
     std::vector<double> keys, newKeys, levels, volumes, flows;
@@ -91,6 +93,8 @@ struct KeyList {
         return {members.begin(), members.begin() + count};
     }
 };
+
+}  // namespace
 
 TEST(Members, AreTheOutletsOfALevelInLinkOrder) {
     KeyList keys({2.0, 1.0, 2.0, 3.0, 1.0});

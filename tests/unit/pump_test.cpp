@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "engine/errors.h"
-#include "support/model.h"
+#include "support/storagemodel.h"
 
 static constexpr const char* CURVES =
     "[CURVES]\nL PUMP1 1 0.1 2 0.3 4 0.2\nS PUMP2 1 0.1 2 0.3 4 0.2\nN PUMP1 1 -0.5\n"
@@ -22,7 +22,7 @@ static double getFlow(double depth) {
 }
 
 TEST(PumpCurve, IsALineWithLevelEnds) {
-    Model model(getProject("L NO ON 0 0"));
+    StorageModel model(getProject("L NO ON 0 0"));
     EXPECT_EQ(getFlow(0.0), 0.1);
     EXPECT_EQ(getFlow(1.0), 0.1);
     EXPECT_NEAR(getFlow(1.5), 0.2, 1e-15);
@@ -32,7 +32,7 @@ TEST(PumpCurve, IsALineWithLevelEnds) {
 }
 
 TEST(PumpCurve, HasStepsThatEndBeforeTheirDepth) {
-    Model model(getProject("S NO ON 0 0"));
+    StorageModel model(getProject("S NO ON 0 0"));
     EXPECT_EQ(getFlow(0.0), 0.1);
     EXPECT_EQ(getFlow(1.0), 0.3);  // at a point's depth the next one holds
     EXPECT_EQ(getFlow(1.99), 0.3);
@@ -42,12 +42,12 @@ TEST(PumpCurve, HasStepsThatEndBeforeTheirDepth) {
 }
 
 TEST(PumpCurve, NeverPumpsBack) {
-    Model model(getProject("N NO ON 0 0"));
+    StorageModel model(getProject("N NO ON 0 0"));
     EXPECT_EQ(getFlow(2.0), 0.0);
 }
 
 TEST(PumpCurve, IsScaledByTheSetting) {
-    Model model(getProject("L NO ON 0 0"));
+    StorageModel model(getProject("L NO ON 0 0"));
     getLink("P").setting = 0.5;
     EXPECT_EQ(getFlow(1.0), 0.05);
     getLink("P").setting = 0.0;
@@ -55,7 +55,7 @@ TEST(PumpCurve, IsScaledByTheSetting) {
 }
 
 TEST(PumpCurve, GivesNothingAtANodeThatIsNoTank) {
-    Model model(getProject("L NO ON 0 0"));
+    StorageModel model(getProject("L NO ON 0 0"));
     getLink("P").fromNode = findNode("OUT");
     EXPECT_EQ(pump_getFlow(findLink("P")), 0.0);
     pump_setTarget(findLink("P"));
@@ -73,31 +73,31 @@ static double getTarget(double setting, double depth) {
 }
 
 TEST(PumpSwitch, StopsStrictlyBelowTheShutoffDepth) {
-    Model model(getProject("L NO ON 3 1"));
+    StorageModel model(getProject("L NO ON 3 1"));
     EXPECT_EQ(getTarget(1.0, 1.0), 1.0);
     EXPECT_EQ(getTarget(1.0, 0.99), 0.0);
     EXPECT_EQ(getTarget(0.5, 0.99), 0.0);
 }
 
 TEST(PumpSwitch, StartsStrictlyAboveTheStartupDepth) {
-    Model model(getProject("L NO OFF 3 1"));
+    StorageModel model(getProject("L NO OFF 3 1"));
     EXPECT_EQ(getTarget(0.0, 3.0), 0.0);
     EXPECT_EQ(getTarget(0.0, 3.01), 1.0);
     EXPECT_EQ(getTarget(0.5, 3.01), 0.5);  // it runs already
 }
 
 TEST(PumpSwitch, NeverStopsWithoutAShutoffDepth) {
-    Model model(getProject("L NO ON 3 0"));
+    StorageModel model(getProject("L NO ON 3 0"));
     EXPECT_EQ(getTarget(1.0, 0.0), 1.0);
 }
 
 TEST(PumpSwitch, NeverStartsWithoutAStartupDepth) {
-    Model model(getProject("L NO OFF 0 1"));
+    StorageModel model(getProject("L NO OFF 0 1"));
     EXPECT_EQ(getTarget(0.0, 5.0), 0.0);
 }
 
 TEST(PumpSwitch, ActsAtTheBeginningOfAStep) {
-    Model model(getProject("L NO OFF 1.5 1"));
+    StorageModel model(getProject("L NO OFF 1.5 1"));
     model.step();
     EXPECT_EQ(getLink("P").setting, 1.0);
     EXPECT_GT(getLink("P").newFlow, 0.0);
@@ -108,7 +108,7 @@ TEST(PumpSwitch, ActsAtTheBeginningOfAStep) {
 }
 
 TEST(PumpSwitch, StandsStillWhileTheHostHoldsTheSetting) {
-    Model model(getProject("L NO ON 3 2.5"));
+    StorageModel model(getProject("L NO ON 3 2.5"));
     getLink("P").isHostSetting = 1;
     model.step();
     EXPECT_EQ(getLink("P").targetSetting, 0.0);
@@ -119,7 +119,7 @@ TEST(PumpSwitch, StandsStillWhileTheHostHoldsTheSetting) {
 // --------------------------------------------------------------------------------------------------------------
 
 TEST(PumpHost, DrivesThePumpWhateverItsSetting) {
-    Model model(getProject("L NO OFF 3 2.5"));
+    StorageModel model(getProject("L NO OFF 3 2.5"));
     EXPECT_EQ(tarnvelde_setPumpFlow("p", 0.7), 0);
     model.step();
     EXPECT_EQ(getLink("P").setting, 0.0);
@@ -127,7 +127,7 @@ TEST(PumpHost, DrivesThePumpWhateverItsSetting) {
 }
 
 TEST(PumpHost, GetsNothingForANegativeFlow) {
-    Model model(getProject("L NO ON 0 0"));
+    StorageModel model(getProject("L NO ON 0 0"));
     EXPECT_EQ(tarnvelde_setPumpFlow("P", -0.7), 0);
     model.step();
     EXPECT_EQ(getLink("P").newFlow, 0.0);
@@ -135,14 +135,14 @@ TEST(PumpHost, GetsNothingForANegativeFlow) {
 }
 
 TEST(PumpHost, IsRefusedForWhatIsNoPump) {
-    Model model(getProject("L NO ON 0 0") + "[WEIRS]\nW T OUT NO TRIANGULAR 1 1 4 0\n");
+    StorageModel model(getProject("L NO ON 0 0") + "[WEIRS]\nW T OUT NO TRIANGULAR 1 1 4 0\n");
     EXPECT_EQ(tarnvelde_setPumpFlow("W", 0.7), -1);
     EXPECT_EQ(tarnvelde_setPumpFlow("T", 0.7), -1);
     EXPECT_EQ(tarnvelde_setPumpFlow(nullptr, 0.7), -1);
 }
 
 TEST(PumpHost, IsForgottenAtTheNextStart) {
-    Model model(getProject("L NO ON 0 0"));
+    StorageModel model(getProject("L NO ON 0 0"));
     tarnvelde_setPumpFlow("P", 0.7);
     tarnvelde_end();
     tarnvelde_start(0);
@@ -154,7 +154,7 @@ TEST(PumpHost, IsForgottenAtTheNextStart) {
 // --------------------------------------------------------------------------------------------------------------
 
 TEST(PumpLine, FillsTheRow) {
-    Model model(getProject("s YES off 2.5 0.5 more"));
+    StorageModel model(getProject("s YES off 2.5 0.5 more"));
     EXPECT_EQ(getLink("P").kind, PUMP);
     EXPECT_EQ(getLink("P").isLagged, 1);
     EXPECT_EQ(Pumps[0].curve, project_findObject(CURVE, "S"));
@@ -219,7 +219,7 @@ TEST(PumpCheck, WritesAllItsMessagesInOrder) {
 }
 
 TEST(PumpRow, MixesOldAndNew) {
-    Model model(getProject("L NO ON 0 0") + "[POLLUTANTS]\nA 0\n");
+    StorageModel model(getProject("L NO ON 0 0") + "[POLLUTANTS]\nA 0\n");
     Link& link = getLink("P");
     link.oldFlow = 1.0;
     link.newFlow = 2.0;

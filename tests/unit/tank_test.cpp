@@ -12,7 +12,7 @@
 #include "routing/orifice.h"
 #include "routing/pump.h"
 #include "routing/weir.h"
-#include "support/model.h"
+#include "support/storagemodel.h"
 
 static constexpr double DT = 60.0;  ///< s, the routing step of all projects here
 
@@ -38,7 +38,7 @@ static std::string getSlot(const char* id, double crest) {
 // ---------------------------------------------------------------------------------------------------
 
 TEST(TankLine, FillsTheRow) {
-    Model model(getProject("5 2", NEVER));
+    StorageModel model(getProject("5 2", NEVER));
     EXPECT_EQ(getNode("T").kind, TANK);
     EXPECT_EQ(getTank("T").curve, 0);
     EXPECT_EQ(getTank("T").maxDepth, 5.0);
@@ -71,7 +71,7 @@ TEST(TankCheck, WantsACurveOfATank) {
 }
 
 TEST(TankQualityLine, GivesTheConcentrationAtTheStart) {
-    Model model(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\nB 0\n[INITIAL_CONCENTRATION]\nT any B 7.5\n");
+    StorageModel model(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\nB 0\n[INITIAL_CONCENTRATION]\nT any B 7.5\n");
     EXPECT_EQ(getTank("T").qual[0], 0.0);
     EXPECT_EQ(getTank("T").qual[1], 7.5);
     EXPECT_EQ(getNode("T").newQual[1], 7.5);
@@ -104,7 +104,7 @@ TEST(TankDecayLine, IsRefusedAtTheFirstWrongWord) {
 }
 
 TEST(TankDecayLine, WithoutAPatternHasNone) {
-    Model model(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\nT NODE A FIRST 8.64 \"\"\n");
+    StorageModel model(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\nT NODE A FIRST 8.64 \"\"\n");
     EXPECT_EQ(getTank("T").decay[0].type, FIRST_ORDER);
     EXPECT_EQ(getTank("T").decay[0].pattern, -1);
     EXPECT_NEAR(getTank("T").decay[0].k, 0.0001, 1e-18);
@@ -118,7 +118,7 @@ static double getVolume(double depth) {
 }
 
 TEST(TankVolume, IsLinearInABasinWithUprightWalls) {
-    Model model(getProject("5 2", NEVER));
+    StorageModel model(getProject("5 2", NEVER));
     EXPECT_EQ(getVolume(0.0), 0.0);
     EXPECT_NEAR(getVolume(0.25), 25.0, 1e-12);
     EXPECT_NEAR(getVolume(100.0), 10000.0, 1e-9);
@@ -126,7 +126,7 @@ TEST(TankVolume, IsLinearInABasinWithUprightWalls) {
 }
 
 TEST(TankVolume, BeginsWithAnAreaThatGrowsFrom0) {
-    Model model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     EXPECT_NEAR(getVolume(1.0), 40.0 / 2.0, 1e-12);
     EXPECT_NEAR(getVolume(2.0), 80.0, 1e-12);
     EXPECT_NEAR(getVolume(3.0), 80.0 + (80.0 + 100.0) / 2.0, 1e-12);
@@ -135,20 +135,20 @@ TEST(TankVolume, BeginsWithAnAreaThatGrowsFrom0) {
 }
 
 TEST(TankVolume, GoesUpStraightAboveASinglePoint) {
-    Model model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80\n"));
+    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80\n"));
     EXPECT_NEAR(getVolume(1.0), 20.0, 1e-12);
     EXPECT_NEAR(getVolume(5.0), 80.0 + 3.0 * 80.0, 1e-12);
 }
 
 TEST(TankVolume, OfANegativeDepthIsThatOfThePositiveOne) {
-    Model model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     EXPECT_EQ(getVolume(-1.5), getVolume(1.5));
-    Model upright(getProject("5 2", NEVER));
+    StorageModel upright(getProject("5 2", NEVER));
     EXPECT_EQ(getVolume(-1.5), 0.0);
 }
 
 TEST(TankVolume, Is0WithoutACurve) {
-    Model model(getProject("5 2", NEVER));
+    StorageModel model(getProject("5 2", NEVER));
     for (const int32_t curve : {-1, 1, 1000}) {
         getTank("T").curve = curve;
         EXPECT_EQ(getVolume(2.0), 0.0);
@@ -159,7 +159,7 @@ TEST(TankVolume, Is0WithoutACurve) {
 }
 
 TEST(TankVolume, StopsAtAPointThatDoesNotRise) {
-    Model model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     Curves[0].entries = {{2.0, 80.0}, {1.5, 500.0}, {3.0, 90.0}};
     EXPECT_NEAR(getVolume(1.9), 80.0 * (1.9 / 2.0) * 1.9 / 2.0, 1e-12);
     Curves[0].entries = {{2.0, 80.0}, {2.0, 500.0}, {3.0, 500.0}};
@@ -180,7 +180,7 @@ TEST(TankVolume, AndDepthAreInversesOfOneAnother) {
                     std::to_string(1.0 + 500.0 * unit(random)) + "\n";
             x += 0.05 + unit(random);
         }
-        Model model(getProject("5 2", NEVER, text));
+        StorageModel model(getProject("5 2", NEVER, text));
         // A bit above the last point too, as long as the walls don't meet there.
         const double end = Curves[0].entries.back().x * 1.001;
         for (int k = 0; k < 200; ++k) {
@@ -196,7 +196,7 @@ TEST(TankVolume, AndDepthAreInversesOfOneAnother) {
 // --------------------------------------------------------------------------------------------------
 
 TEST(TankOutlets, LetGoByTheirLaw) {
-    Model model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 0.5)));
+    StorageModel model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 0.5)));
     model.step();
     const double flow = getSlotFlow(2.0, 0.55);
     EXPECT_NEAR(getLink("A").newFlow, flow, 1e-12);
@@ -204,7 +204,7 @@ TEST(TankOutlets, LetGoByTheirLaw) {
 }
 
 TEST(TankOutlets, AboveTheWaterLetNothingGo) {
-    Model model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 2.5) + getSlot("B", 2.5)));
+    StorageModel model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 2.5) + getSlot("B", 2.5)));
     getLink("A").newFlow = getLink("B").newFlow = 9.0;
     model.step();
     EXPECT_EQ(getLink("A").newFlow, 0.0);
@@ -214,7 +214,8 @@ TEST(TankOutlets, AboveTheWaterLetNothingGo) {
 
 TEST(TankOutlets, OfOneLevelShareTheWaterAboveIt) {
     // 10 m3 stand above the level, far less than the two would take in a minute.
-    Model model(getProject("5 0.6", "[ORIFICES]\n" + getSlot("A", 0.5) + "B T OUT NO RECTANGULAR 0.2 0.5 0.1 30\n"));
+    StorageModel model(
+        getProject("5 0.6", "[ORIFICES]\n" + getSlot("A", 0.5) + "B T OUT NO RECTANGULAR 0.2 0.5 0.1 30\n"));
     model.step();
     EXPECT_NEAR(getLink("A").newFlow + getLink("B").newFlow, 10.0 / DT, 1e-12);
     EXPECT_NEAR(getLink("B").newFlow / getLink("A").newFlow, 6.0, 1e-12);
@@ -225,7 +226,7 @@ TEST(TankOutlets, AreTreatedInTheOrderOfTheFile) {
     const std::string high = getSlot("H", 2.0), low = getSlot("L", 1.0);
     double flows[2][2];
     for (int k = 0; k < 2; ++k) {
-        Model model(getProject("5 2.5", "[ORIFICES]\n" + (k == 0 ? high + low : low + high)));
+        StorageModel model(getProject("5 2.5", "[ORIFICES]\n" + (k == 0 ? high + low : low + high)));
         model.step();
         flows[k][0] = getLink("H").newFlow;
         flows[k][1] = getLink("L").newFlow;
@@ -238,7 +239,8 @@ TEST(TankOutlets, AreTreatedInTheOrderOfTheFile) {
 }
 
 TEST(TankOutlets, LetOrificesGoAheadOfWeirs) {
-    Model model(getProject("5 2.5", "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 2 1.5 0\n[ORIFICES]\n" + getSlot("A", 1.0)));
+    StorageModel model(
+        getProject("5 2.5", "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 2 1.5 0\n[ORIFICES]\n" + getSlot("A", 1.0)));
     model.step();
     const double orifice = getSlotFlow(2.5, 1.05);
     EXPECT_NEAR(getLink("A").newFlow, orifice, 1e-12);
@@ -248,7 +250,7 @@ TEST(TankOutlets, LetOrificesGoAheadOfWeirs) {
 TEST(TankOutlets, ReleaseTwiceFromALevelThatStandsTwice) {
     // Behind the first level two equal lower ones are two entries: each time both let go, and the second flow stands.
     const std::string slots = getSlot("H", 4.0) + getSlot("A", 1.0) + getSlot("B", 1.0);
-    Model model(getProject("5 2", "[ORIFICES]\n" + slots));
+    StorageModel model(getProject("5 2", "[ORIFICES]\n" + slots));
     model.step();
     const double first = getSlotFlow(2.0, 1.05);
     const double depth = 2.0 - 2.0 * DT * first / 100.0;
@@ -262,9 +264,9 @@ TEST(TankOutlets, ReleaseTwiceFromALevelThatStandsTwice) {
 }
 
 TEST(TankOutlets, OfTwoLevelsWithinTheToleranceLetGoTwice) {
-    Model model(getProject("5 2",
-                           "[ORIFICES]\nA T OUT NO RECTANGULAR 0.1 1 0.1 10\n"
-                           "B T OUT NO RECTANGULAR 0.1 1.00000000005 0.1 10\n"));
+    StorageModel model(getProject("5 2",
+                                  "[ORIFICES]\nA T OUT NO RECTANGULAR 0.1 1 0.1 10\n"
+                                  "B T OUT NO RECTANGULAR 0.1 1.00000000005 0.1 10\n"));
     model.step();
     const double depth = 2.0 - 2.0 * DT * getSlotFlow(2.0, 1.05) / 100.0;
     EXPECT_NEAR(getLink("A").newFlow, getSlotFlow(depth, 1.05), 1e-9);
@@ -273,7 +275,7 @@ TEST(TankOutlets, OfTwoLevelsWithinTheToleranceLetGoTwice) {
 
 TEST(TankOutlets, FollowTheLevelsOfWeirsAsTheirSettingsMove) {
     const std::string weirs = "[WEIRS]\nA T OUT NO RECTANGULAR 0.1 1 1 1\nB T OUT NO RECTANGULAR 0.1 1 1.5 0\n";
-    Model model(getProject("9 2", weirs));
+    StorageModel model(getProject("9 2", weirs));
     model.step();
     const double first = 0.1;  // a head of 1 m
     EXPECT_NEAR(getLink("A").newFlow, first, 1e-12);
@@ -286,7 +288,8 @@ TEST(TankOutlets, FollowTheLevelsOfWeirsAsTheirSettingsMove) {
 }
 
 TEST(TankOutlets, SurviveALevelThatIsNoNumber) {
-    Model model(getProject("5 2", "[WEIRS]\nA T OUT NO RECTANGULAR 0.1 1 nan 1\nB T OUT NO RECTANGULAR 0.1 1 1 1\n"));
+    StorageModel model(
+        getProject("5 2", "[WEIRS]\nA T OUT NO RECTANGULAR 0.1 1 nan 1\nB T OUT NO RECTANGULAR 0.1 1 1 1\n"));
     model.step();
     EXPECT_EQ(getLink("A").newFlow, 0.0);
     EXPECT_NEAR(getLink("B").newFlow, 0.1, 1e-12);
@@ -294,7 +297,7 @@ TEST(TankOutlets, SurviveALevelThatIsNoNumber) {
 
 TEST(TankOutlets, GainWaterOverACrestThatTheHostHasLowered) {
     // The level stays at 3 m, the crest comes down to 1 m: the water above the level is negative, and so is the flow.
-    Model model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 1 1 1 2\n"));
+    StorageModel model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 1 1 1 2\n"));
     getLink("W").setting = getLink("W").targetSetting = 0.0;
     tarnvelde_setWeirParams("W", 1, 0.0);
     model.step();
@@ -303,7 +306,7 @@ TEST(TankOutlets, GainWaterOverACrestThatTheHostHasLowered) {
 }
 
 TEST(TankOutlets, HaveNothingToDoWithoutACurve) {
-    Model model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 1.0)));
+    StorageModel model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 1.0)));
     getTank("T").curve = -1;
     model.step();
     EXPECT_EQ(getLink("A").newFlow, 0.0);
@@ -313,7 +316,7 @@ TEST(TankOutlets, HaveNothingToDoWithoutACurve) {
 // --- the trace
 // ---------------------------------------------------------------------------------------------------------
 
-static std::string captureSteps(Model& model, int count) {
+static std::string captureSteps(StorageModel& model, int count) {
     testing::internal::CaptureStdout();
     model.step(count);
     std::fflush(stdout);
@@ -321,13 +324,14 @@ static std::string captureSteps(Model& model, int count) {
 }
 
 TEST(TankTrace, PrintsTheFlowOfEachRunningOrificeInLinkOrder) {
-    Model model(getProject("5 0.6", "[ORIFICES]\n" + getSlot("A", 0.5) + "B T OUT NO RECTANGULAR 0.2 0.5 0.1 30\n"));
+    StorageModel model(
+        getProject("5 0.6", "[ORIFICES]\n" + getSlot("A", 0.5) + "B T OUT NO RECTANGULAR 0.2 0.5 0.1 30\n"));
     EXPECT_EQ(captureSteps(model, 1), "0.023810\n0.142857\n");  // a seventh and six of 10 m3 in 60 s
     EXPECT_EQ(captureSteps(model, 1), "");                      // drained to the level
 }
 
 TEST(TankTrace, IsSilentForWeirs) {
-    Model model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 1 1 0\n"));
+    StorageModel model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 1 1 0\n"));
     EXPECT_EQ(captureSteps(model, 2), "");
 }
 
@@ -339,7 +343,7 @@ static const char* const PUMPS =
     "[PUMPS]\nA T OUT P1 NO ON 0 0\nB T OUT P2 NO ON 0 0\n";
 
 TEST(TankPumps, DeliverByTheirCurves) {
-    Model model(getProject("9 8", PUMPS));
+    StorageModel model(getProject("9 8", PUMPS));
     model.step();
     EXPECT_EQ(getLink("A").newFlow, 1.0);
     EXPECT_EQ(getLink("B").newFlow, 3.0);
@@ -347,7 +351,7 @@ TEST(TankPumps, DeliverByTheirCurves) {
 }
 
 TEST(TankPumps, ShareWhatTheTankHolds) {
-    Model model(getProject("9 1.2", PUMPS));  // 120 m3, and 240 m3 are wanted in a step
+    StorageModel model(getProject("9 1.2", PUMPS));  // 120 m3, and 240 m3 are wanted in a step
     model.step();
     EXPECT_NEAR(getLink("A").newFlow, 0.5, 1e-12);
     EXPECT_NEAR(getLink("B").newFlow, 1.5, 1e-12);
@@ -359,16 +363,27 @@ TEST(TankPumps, ShareWhatTheTankHolds) {
 
 TEST(TankPumps, ShareByTheirFlowsAtTheDepthThatIsLeft) {
     // At 2 m the pumps want 1 and 3 m3/s, at the bottom 1 and 1; at the end the tank is empty.
-    Model model(getProject("9 2",
-                           "[CURVES]\nP1 PUMP1 0 1\nP2 PUMP1 0 1 2 3\n[PUMPS]\nA T OUT P1 NO ON 0 0\n"
-                           "B T OUT P2 NO ON 0 0\n"));
+    StorageModel model(getProject("9 2",
+                                  "[CURVES]\nP1 PUMP1 0 1\nP2 PUMP1 0 1 2 3\n[PUMPS]\nA T OUT P1 NO ON 0 0\n"
+                                  "B T OUT P2 NO ON 0 0\n"));
     model.step();
     EXPECT_NEAR(getLink("A").newFlow, 200.0 / DT / 2.0, 1e-12);
     EXPECT_NEAR(getLink("B").newFlow, 200.0 / DT / 2.0, 1e-12);
 }
 
+TEST(TankPumps, LoseWhatTheyTookIfNoneWouldRunAtTheDepthThatIsLeft) {
+    // At 2 m the pump takes 1 m3/s, but at the 1.4 m that are left its curve gives nothing: the water is gone, and the
+    // pump has delivered none of it.
+    StorageModel model(getProject("9 2", "[CURVES]\nP1 PUMP2 1.5 0 9 1\n[PUMPS]\nA T OUT P1 NO ON 0 0\n"));
+    model.step();
+    EXPECT_EQ(getLink("A").newFlow, 0.0);
+    EXPECT_NEAR(getTank("T").newDepth, 1.4, 1e-12);
+    tarnvelde_report();
+    EXPECT_NEAR(FlowError / 100.0 * FlowTotals.initStorage, 60.0, 1e-9);
+}
+
 TEST(TankPumps, TakeMoreThanThereIsWithAFullDepthOf0) {
-    Model model(getProject("0 0", PUMPS));
+    StorageModel model(getProject("0 0", PUMPS));
     model.step();
     // Nothing limits the pumps: 240 m3 leave a tank without any.
     EXPECT_EQ(getLink("A").newFlow, 1.0);
@@ -381,7 +396,7 @@ TEST(TankPumps, TakeMoreThanThereIsWithAFullDepthOf0) {
 // -------------------------------------------------------------------------------------------------------------
 
 TEST(TankFlood, TakesTheExcessOverTheFullVolume) {
-    Model model(getProject("5 6", NEVER));
+    StorageModel model(getProject("5 6", NEVER));
     model.step();
     EXPECT_NEAR(getTank("T").newFlood, 100.0 / DT, 1e-12);
     EXPECT_NEAR(getTank("T").newDepth, 5.0, 1e-12);
@@ -393,7 +408,7 @@ TEST(TankFlood, TakesTheExcessOverTheFullVolume) {
 }
 
 TEST(TankFlood, ShowsOneStepAfterTheWaterCame) {
-    Model model(getProject("5 5", NEVER) + "[DWFS]\nT FLOW 0.5 \"\"\n");
+    StorageModel model(getProject("5 5", NEVER) + "[DWFS]\nT FLOW 0.5 \"\"\n");
     model.step();
     EXPECT_EQ(getTank("T").newFlood, 0.0);
     EXPECT_NEAR(getTank("T").newDepth, 5.3, 1e-12);  // above full until the next step
@@ -403,7 +418,7 @@ TEST(TankFlood, ShowsOneStepAfterTheWaterCame) {
 }
 
 TEST(TankFlood, ComesOfADepthThatTheHostSets) {
-    Model model(getProject("5 2", NEVER));
+    StorageModel model(getProject("5 2", NEVER));
     EXPECT_EQ(tarnvelde_setTankDepth("t", 5.6), 0);
     EXPECT_EQ(getTank("T").newDepth, 5.6);
     model.step();
@@ -412,7 +427,7 @@ TEST(TankFlood, ComesOfADepthThatTheHostSets) {
 
 TEST(TankFlood, LosesASmallExcessWithoutAWord) {
     // 0.003 m3 are 0.00005 m3/s: cut off, and in no total.
-    Model model(getProject("5 5.00003", NEVER));
+    StorageModel model(getProject("5 5.00003", NEVER));
     model.step();
     EXPECT_EQ(getTank("T").newFlood, 0.0);
     EXPECT_NEAR(getTank("T").newDepth, 5.0, 1e-12);
@@ -422,28 +437,28 @@ TEST(TankFlood, LosesASmallExcessWithoutAWord) {
 }
 
 TEST(TankFlood, TakesAllFromATankWithAFullDepthOf0) {
-    Model model(getProject("0 2", NEVER));
+    StorageModel model(getProject("0 2", NEVER));
     model.step();
     EXPECT_NEAR(getTank("T").newFlood, 200.0 / DT, 1e-12);
     EXPECT_EQ(getTank("T").newDepth, 0.0);
 }
 
 TEST(TankFlood, LeavesAVolumeBelowTheFullOneAlone) {
-    Model model(getProject("5 4.999", NEVER));
+    StorageModel model(getProject("5 4.999", NEVER));
     model.step();
     EXPECT_EQ(getTank("T").newFlood, 0.0);
     EXPECT_NEAR(getTank("T").newDepth, 4.999, 1e-12);
 }
 
 TEST(TankHostDepth, IsRefusedForWhatIsNoTank) {
-    Model model(getProject("5 2", NEVER));
+    StorageModel model(getProject("5 2", NEVER));
     EXPECT_EQ(tarnvelde_setTankDepth("OUT", 1.0), -1);
     EXPECT_EQ(tarnvelde_setTankDepth("NEVER", 1.0), -1);
     EXPECT_EQ(tarnvelde_setTankDepth(nullptr, 1.0), -1);
 }
 
 TEST(TankHostDepth, MayBeNegative) {
-    Model model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     tarnvelde_setTankDepth("T", -1.0);
     model.step();
     EXPECT_NEAR(getTank("T").newDepth, 1.0, 1e-12);  // the volume has no sign
@@ -455,7 +470,7 @@ TEST(TankHostDepth, MayBeNegative) {
 static const char* const QUALITY = "[POLLUTANTS]\nA 0\n[INITIAL_CONCENTRATION]\nT x A 50\n";
 
 TEST(TankQuality, MixesTheInflowBehindTheRelease) {
-    Model model(getProject("9 2", NEVER) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\nT A 200 \"\"\n");
+    StorageModel model(getProject("9 2", NEVER) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\nT A 200 \"\"\n");
     model.step();
     EXPECT_NEAR(getTank("T").qual[0], (200.0 * 50.0 + 30.0 * 200.0) / 230.0, 1e-12);
     EXPECT_EQ(getNode("T").newQual[0], 50.0);  // what left was the water from before the inflow
@@ -463,13 +478,13 @@ TEST(TankQuality, MixesTheInflowBehindTheRelease) {
 }
 
 TEST(TankQuality, Is0WithoutWaterAndInflow) {
-    Model model(getProject("9 0", NEVER) + QUALITY);
+    StorageModel model(getProject("9 0", NEVER) + QUALITY);
     model.step();
     EXPECT_EQ(getTank("T").qual[0], 0.0);
 }
 
 TEST(TankQuality, OfAnOutletThatLetsNothingGoIs0) {
-    Model model(getProject("9 2", std::string(NEVER) + "[ORIFICES]\n" + getSlot("O", 3.0)) + QUALITY);
+    StorageModel model(getProject("9 2", std::string(NEVER) + "[ORIFICES]\n" + getSlot("O", 3.0)) + QUALITY);
     model.step();
     EXPECT_EQ(getLink("NEVER").newQual[0], 0.0);
     EXPECT_EQ(getLink("O").newQual[0], 0.0);
@@ -479,7 +494,7 @@ TEST(TankQuality, LeavesOrificesAndWeirsAheadOfTheDecayAndPumpsBehindIt) {
     const std::string outlets = "[ORIFICES]\n" + getSlot("O", 0.5) +
                                 "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 1 0.5 0\n[PUMPS]\nP T OUT P1 NO ON 0 0\n"
                                 "[CURVES]\nP1 PUMP1 0 0.5\n";
-    Model model(getProject("9 2", outlets) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
+    StorageModel model(getProject("9 2", outlets) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
     model.step();
     const double left = std::exp(-0.01 * DT);
     EXPECT_EQ(getLink("O").newQual[0], 50.0);
@@ -495,14 +510,14 @@ TEST(TankQuality, LeavesOrificesAndWeirsAheadOfTheDecayAndPumpsBehindIt) {
 }
 
 TEST(TankQuality, DecaysByThePatternOfTheHour) {
-    Model model(getProject("9 2", NEVER) + QUALITY +
-                "[PATTERNS]\nH HOURLY 3 1\n[DECAY_COEFFICIENT]\nT NODE A FIRST 864 h\n");
+    StorageModel model(getProject("9 2", NEVER) + QUALITY +
+                       "[PATTERNS]\nH HOURLY 3 1\n[DECAY_COEFFICIENT]\nT NODE A FIRST 864 h\n");
     model.step();
     EXPECT_NEAR(getTank("T").qual[0], 50.0 * std::exp(-3.0 * 0.01 * DT), 1e-12);
 }
 
 TEST(TankQuality, FloodsWithTheConcentrationBehindTheDecay) {
-    Model model(getProject("5 6", NEVER) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
+    StorageModel model(getProject("5 6", NEVER) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
     model.step();
     EXPECT_NEAR(QualTotals[0].floodingLoss, 100.0 * 50.0 * std::exp(-0.01 * DT) / 1000.0, 1e-12);
 }
@@ -511,7 +526,7 @@ TEST(TankQuality, FloodsWithTheConcentrationBehindTheDecay) {
 // --------------------------------------------------------------------------------------------------------------
 
 TEST(TankRun, BeginsEachTimeAsTheFirst) {
-    Model model(getProject("9 2", "[ORIFICES]\n" + getSlot("O", 0.5)) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\n");
+    StorageModel model(getProject("9 2", "[ORIFICES]\n" + getSlot("O", 0.5)) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\n");
     model.step(10);
     const double depth = getTank("T").newDepth, quality = getTank("T").qual[0];
     tarnvelde_end();
@@ -526,7 +541,7 @@ TEST(TankRun, BeginsEachTimeAsTheFirst) {
 }
 
 TEST(TankRun, MayBeReportedBehindItsEnd) {
-    Model model(getProject("9 2", NEVER) + QUALITY);
+    StorageModel model(getProject("9 2", NEVER) + QUALITY);
     model.step(3);
     tarnvelde_end();
     EXPECT_EQ(tarnvelde_report(), 0);
@@ -540,9 +555,9 @@ TEST(TankRun, EmptiesThroughASharpWeirAsTheDifferentialEquationSays) {
     double errors[2];
     for (int k = 0; k < 2; ++k) {
         const std::string step = k == 0 ? "0:01:00" : "0:00:30";
-        Model model(getGeneral(60) + "ROUTING_STEP " + step +
-                    "\n[TANKS]\nT B 5 1\n[OUTFALLS]\nOUT\n[WEIRS]\nW T OUT NO RECTANGULAR 0.2 1 0 0\n" +
-                    getBasin("B", 100.0));
+        StorageModel model(getGeneral(60) + "ROUTING_STEP " + step +
+                           "\n[TANKS]\nT B 5 1\n[OUTFALLS]\nOUT\n[WEIRS]\nW T OUT NO RECTANGULAR 0.2 1 0 0\n" +
+                           getBasin("B", 100.0));
         model.step(k == 0 ? 30 : 60);
         const double root = 1.0 + 0.002 * 1800.0 / 2.0;
         errors[k] = getTank("T").newDepth - 1.0 / (root * root);
@@ -555,6 +570,8 @@ TEST(TankRun, EmptiesThroughASharpWeirAsTheDifferentialEquationSays) {
 static std::string draw(std::mt19937& random, double low, double high) {
     return std::to_string(std::uniform_real_distribution<double>(low, high)(random));
 }
+
+namespace {
 
 /// Sections of one tank of a cascade. The crests rise or stay in the order of the file: lower ones that stand twice
 /// would lose water.
@@ -580,6 +597,8 @@ struct CascadeText {
     }
 };
 
+}  // namespace
+
 /// A cascade of tanks with random curves and outlets; with decay it has no pumps.
 static std::string getCascade(unsigned seed, bool hasDecay) {
     std::mt19937 random(seed);
@@ -596,7 +615,7 @@ TEST(TankBalance, ClosesInGeneratedCascades) {
     for (const bool hasDecay : {false, true}) {
         for (const unsigned seed : {1u, 2u, 3u}) {
             testing::internal::CaptureStdout();  // the trace
-            Model model(getCascade(seed, hasDecay));
+            StorageModel model(getCascade(seed, hasDecay));
             EXPECT_EQ(stepToEnd(), 0);
             tarnvelde_report();
             std::fflush(stdout);
@@ -627,7 +646,7 @@ TEST(TankReport, HasATableOfItsOwn) {
 }
 
 TEST(TankRow, MixesOldAndNew) {
-    Model model(getProject("5 2", NEVER) + QUALITY);
+    StorageModel model(getProject("5 2", NEVER) + QUALITY);
     Tank& tank = getTank("T");
     tank.oldDepth = 1.0;
     tank.newDepth = 2.0;

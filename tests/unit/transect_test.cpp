@@ -7,6 +7,8 @@
 #include <random>
 #include <vector>
 
+namespace {
+
 struct TransectTest : testing::Test {
     Arena arena{};
     std::vector<TableEntry> points;
@@ -24,12 +26,18 @@ struct TransectTest : testing::Test {
     double getPerimeter(double depth) const { return transect_getPerimeter(*transect, depth); }
 };
 
+}  // namespace
+
+namespace {
+
 /// Wetted section of a bed by pieces: each piece of the bed is cut at the water line by itself, and the water above it
 /// is a triangle or a trapezoid.
 struct Wetted {
     double area = 0.0;
     double perimeter = 0.0;
 };
+
+}  // namespace
 
 static Wetted clipByPieces(const std::vector<TableEntry>& bed, double water) {
     Wetted wetted;

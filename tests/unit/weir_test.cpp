@@ -5,7 +5,7 @@
 #include <cmath>
 
 #include "engine/errors.h"
-#include "support/model.h"
+#include "support/storagemodel.h"
 
 /// A tank with the weir W, whose line goes on behind the two nodes as given.
 static std::string getProject(const std::string& rest) {
@@ -18,7 +18,7 @@ static double getFlow(double depth) {
 }
 
 TEST(WeirLaw, IsPoleniOverARectangularCrest) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
     for (const double h : {1.3, 1.7, 3.0}) {
         const double head = h - 1.2;
         EXPECT_NEAR(getFlow(h), 1.8 * 2.5 * head * std::sqrt(head), 1e-12) << h;
@@ -26,7 +26,7 @@ TEST(WeirLaw, IsPoleniOverARectangularCrest) {
 }
 
 TEST(WeirLaw, LeavesTheLengthOutOfATriangle) {
-    Model model(getProject("NO TRIANGULAR 1.4 2.5 1.2 0.3"));
+    StorageModel model(getProject("NO TRIANGULAR 1.4 2.5 1.2 0.3"));
     for (const double h : {1.3, 1.7, 3.0}) {
         const double head = h - 1.2;
         EXPECT_NEAR(getFlow(h), 1.4 * head * head * std::sqrt(head), 1e-12) << h;
@@ -34,14 +34,14 @@ TEST(WeirLaw, LeavesTheLengthOutOfATriangle) {
 }
 
 TEST(WeirLaw, GivesNothingAtTheCrest) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
     EXPECT_EQ(getFlow(1.2), 0.0);
     EXPECT_EQ(getFlow(1.0), 0.0);
     EXPECT_GT(getFlow(std::nextafter(1.2, 2.0)), 0.0);
 }
 
 TEST(WeirLaw, LiftsTheCrestAsTheSettingFalls) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     getLink("W").setting = 0.0;
     EXPECT_EQ(getFlow(1.75), 0.0);
     EXPECT_EQ(weir_getLevel(findLink("W")), 1.75);
@@ -51,14 +51,14 @@ TEST(WeirLaw, LiftsTheCrestAsTheSettingFalls) {
 }
 
 TEST(WeirLaw, StandsAtItsCrestWithoutARule) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     model.step(3);
     EXPECT_EQ(getLink("W").setting, 1.0);
     EXPECT_EQ(getLink("W").targetSetting, 1.0);
 }
 
 TEST(WeirLaw, GivesNothingWithAShapeThatIsNone) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
     Weirs[0].shape = 2;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
@@ -67,14 +67,14 @@ TEST(WeirLaw, GivesNothingWithAShapeThatIsNone) {
 // --------------------------------------------------------------------------------------------------------------
 
 TEST(WeirHost, MayGiveCoefficientAndHeight) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 0, 2.0), 0);
     EXPECT_EQ(tarnvelde_setWeirParams("w", 1, 0.0), 0);
     EXPECT_NEAR(getFlow(2.25), 2.0 * 2.5, 1e-12);
 }
 
 TEST(WeirHost, MovesTheCrestToTheFullOpeningWithTheCoefficientAlone) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 0, 1.8), 0);
     EXPECT_EQ(getFlow(1.75), 0.0);
     EXPECT_NEAR(getFlow(2.75), 1.8 * 2.5, 1e-12);
@@ -83,7 +83,7 @@ TEST(WeirHost, MovesTheCrestToTheFullOpeningWithTheCoefficientAlone) {
 }
 
 TEST(WeirHost, SwitchesTheWeirOverWithAnySelector) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 7, 3.0), 0);
     EXPECT_EQ(Weirs[0].useHostParams, 1);
     EXPECT_EQ(Weirs[0].hostCoefficient, 1.8);
@@ -91,7 +91,7 @@ TEST(WeirHost, SwitchesTheWeirOverWithAnySelector) {
 }
 
 TEST(WeirHost, IsRefused) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 0, 0.0), -1);
     EXPECT_EQ(tarnvelde_setWeirParams("W", 1, -0.1), -1);
     EXPECT_EQ(tarnvelde_setWeirParams("W", 5, -0.1), -1);
@@ -101,7 +101,7 @@ TEST(WeirHost, IsRefused) {
 }
 
 TEST(WeirHost, IsForgottenAtTheNextStart) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 0, 2.0);
     tarnvelde_setWeirParams("W", 1, 0.1);
     tarnvelde_end();
@@ -112,13 +112,13 @@ TEST(WeirHost, IsForgottenAtTheNextStart) {
 }
 
 TEST(WeirHost, ChangesTheFlowButNotTheLevel) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 1, 0.2);
     EXPECT_EQ(weir_getLevel(findLink("W")), 1.25);
 }
 
 TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 7, 0.0);
     Weirs[0].coefficient = 1.0;
     Weirs[0].opening = 0.1;
@@ -129,7 +129,7 @@ TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
 // --------------------------------------------------------------------------------------------------------------
 
 TEST(WeirLine, FillsTheRow) {
-    Model model(getProject("yes Triangular 1.8 2.5 1.2 0 // note"));
+    StorageModel model(getProject("yes Triangular 1.8 2.5 1.2 0 // note"));
     EXPECT_EQ(getLink("W").kind, WEIR);
     EXPECT_EQ(getLink("W").isLagged, 1);
     EXPECT_EQ(Weirs[0].shape, TRIANGULAR_WEIR);
@@ -171,7 +171,7 @@ TEST(WeirCheck, WantsATankUpstream) {
 }
 
 TEST(WeirRow, MixesOldAndNew) {
-    Model model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5") + "[POLLUTANTS]\nA 0\n");
+    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5") + "[POLLUTANTS]\nA 0\n");
     Link& link = getLink("W");
     link.oldFlow = 1.0;
     link.newFlow = 2.0;

@@ -12,16 +12,16 @@
 #include "support/project.h"
 
 /// Opens a project that must be good and starts it without results; ends and closes it.
-struct Model {
+struct StorageModel {
     ProjectFile file;
 
-    explicit Model(const std::string& text) : file(text) {
+    explicit StorageModel(const std::string& text) : file(text) {
         EXPECT_EQ(file.open(), 0);
         EXPECT_EQ(tarnvelde_start(0), 0);
     }
-    ~Model() { tarnvelde_end(); }
-    Model(const Model&) = delete;
-    Model& operator=(const Model&) = delete;
+    ~StorageModel() { tarnvelde_end(); }
+    StorageModel(const StorageModel&) = delete;
+    StorageModel& operator=(const StorageModel&) = delete;
 
     int32_t step(int count = 1) {
         int32_t code = 0;

@@ -1,0 +1,111 @@
+// Steps of tanks and conduits: what an outlet of a tank costs, by the number of outlets, and what a conduit costs, by
+// its section and by the points of its transect. Times are those of a whole step through the public functions.
+
+#include <benchmark/benchmark.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <fstream>
+#include <string>
+
+#include "tarnvelde.h"
+
+static const char* const GENERAL =
+    "[GENERAL]\nSTART_DATE 2021/01/01\nEND_DATE 2120/01/01\nROUTING_STEP 0:00:10\nRUNOFF_STEP 24:00:00\n"
+    "REPORT_STEP 24:00:00\n[OUTFALLS]\nOUT\n";
+
+/// Opens and starts a project; false if it isn't good.
+static bool startProject(const std::string& text) {
+    const std::string name = "/tmp/tarnvelde-bench-" + std::to_string(getpid());
+    std::ofstream(name + ".inp", std::ios::binary) << text;
+    const int32_t code = tarnvelde_open((name + ".inp").c_str(), (name + ".rpt").c_str(), (name + ".bin").c_str());
+    unlink((name + ".inp").c_str());
+    unlink((name + ".rpt").c_str());
+    return code == 0 && tarnvelde_start(0) == 0;
+}
+
+/// Steps a project as long as the state wants; `objects` of them count per step.
+static void runSteps(benchmark::State& state, const std::string& text, double objects) {
+    if (!startProject(text)) {
+        state.SkipWithError("the project isn't good");
+        return;
+    }
+    double elapsed = 0.0;
+    for (int k = 0; k < 1000; ++k) {
+        tarnvelde_step(&elapsed);  // up to the steady state
+    }
+    for (auto step : state) {
+        tarnvelde_step(&elapsed);
+    }
+    tarnvelde_end();
+    tarnvelde_close();
+    state.counters["per_object"] =
+        benchmark::Counter(objects, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+/// One tank whose weirs stand at different levels, all below the water.
+static void tankLevels(benchmark::State& state) {
+    const int64_t count = state.range(0);
+    std::string text = std::string(GENERAL) + "[TANKS]\nT B 50 10\n[WEIRS]\n";
+    for (int64_t k = 0; k < count; ++k) {
+        const double crest = 5.0 * static_cast<double>(k) / static_cast<double>(count);
+        text += "W" + std::to_string(k) + " T OUT NO RECTANGULAR 0.0001 1 " + std::to_string(crest) + " 0\n";
+    }
+    text += "[CURVES]\nB TANK 0 1e6 20 1e6\n[DWFS]\nT FLOW 0.01 \"\"\n";
+    runSteps(state, text, static_cast<double>(count));
+}
+BENCHMARK(tankLevels)->Arg(1)->Arg(10)->Arg(100)->Arg(1000);
+
+/// Many tanks with two weirs and a pump each.
+static void tankCascade(benchmark::State& state) {
+    const int64_t count = state.range(0);
+    std::string tanks = "[TANKS]\n", weirs = "[WEIRS]\n", pumps = "[PUMPS]\n";
+    for (int64_t k = 0; k < count; ++k) {
+        const std::string n = std::to_string(k);
+        const std::string next = k + 1 < count ? "T" + std::to_string(k + 1) : "OUT";
+        tanks += "T" + n + " B 5 1\n";
+        weirs += "A" + n + " T" + n + " " + next + " NO RECTANGULAR 1.8 1 2 0.5\nB" + n + " T" + n + " " + next +
+                 " NO TRIANGULAR 1.4 1 3 0\n";
+        pumps += "P" + n + " T" + n + " " + next + " C NO ON 1 0.2\n";
+    }
+    runSteps(state,
+             GENERAL + tanks + weirs + pumps +
+                 "[CURVES]\nB TANK 0.5 50 1 200 5 220\nC PUMP1 0.2 0.01 2 0.1\n[DWFS]\nT0 FLOW 0.2 \"\"\n",
+             static_cast<double>(count));
+}
+BENCHMARK(tankCascade)->Arg(100)->Arg(10000);
+
+/// A chain of conduits of one section.
+static std::string makeChain(int64_t count, const std::string& section) {
+    std::string nodes = "[JUNCTIONS]\n", conduits = "[CONDUITS]\n";
+    for (int64_t k = 0; k < count; ++k) {
+        const std::string n = std::to_string(k);
+        nodes += "J" + n + "\n";
+        conduits += "C" + n + " J" + n + " " + (k + 1 < count ? "J" + std::to_string(k + 1) : "OUT") +
+                    " NO 200 0.2 0.013 " + section + "\n";
+    }
+    return GENERAL + nodes + conduits + "[DWFS]\nJ0 FLOW 0.3 \"\"\n";
+}
+
+static void conduitCircular(benchmark::State& state) {
+    runSteps(state, makeChain(state.range(0), "CIRCULAR 1"), static_cast<double>(state.range(0)));
+}
+BENCHMARK(conduitCircular)->Arg(1000);
+
+static void conduitRectangular(benchmark::State& state) {
+    runSteps(state, makeChain(state.range(0), "RECTANGULAR 1 1"), static_cast<double>(state.range(0)));
+}
+BENCHMARK(conduitRectangular)->Arg(1000);
+
+/// Conduits on a transect of so many points.
+static void conduitIrregular(benchmark::State& state) {
+    const int64_t points = state.range(0);
+    std::string text = makeChain(100, "IRREGULAR X") + "[CURVES]\n";
+    for (int64_t k = 0; k < points; ++k) {
+        const double x = 10.0 * static_cast<double>(k) / static_cast<double>(points - 1) - 5.0;
+        text += std::string("X ") + (k == 0 ? "TRANSECT " : "") + std::to_string(x) + " " +
+                std::to_string(0.1 * x * x + 0.02 * std::sin(40.0 * x)) + "\n";
+    }
+    runSteps(state, text, 100.0);
+}
+BENCHMARK(conduitIrregular)->Arg(10)->Arg(100)->Arg(1000);

@@ -1,0 +1,380 @@
+// Pollutants in LID units: layer by layer with and without water, decay, and the differences between the types.
+
+#include <algorithm>
+#include <cmath>
+
+#include "input/datetime.h"
+#include "support/lidunits.h"
+
+namespace {
+
+// Masses in kg, volumes in m3, areas in m2; a concentration of 1 mg/L is 1e-3 kg/m3.
+
+class QualityTest : public UnitTest {
+protected:
+    void SetUp() override {
+        UnitTest::SetUp();
+        setPollutants(1);
+        setSoil(0.5, 0.5, 0.2, 0.1, 1e-5, 10.0);
+        setStorage(0.4, 0.5, 0.0);
+    }
+
+    /// A step of 100 s with 1 kg/s into 100 m2.
+    void beginStep(int32_t type) {
+        lid.type = type;
+        load[0] = 1.0;
+        begin(100.0, 1e-3);
+    }
+};
+
+// --- decay ---------------------------------------------------------------------------------------------------------
+
+TEST_F(QualityTest, NoRuleLeavesTheConcentration) {
+    DecayRule rule{-1, 5.0, -1, 0.0, 1.0};
+    begin(100.0, 0.0);
+    EXPECT_EQ(decay_apply(rule, 7.0), 7.0);
+}
+
+TEST_F(QualityTest, ConstantConcentrationIsAnUpperLimit) {
+    DecayRule rule{CONST_CONCEN, 5.0, -1, 0.0, 1.0};
+    EXPECT_EQ(decay_apply(rule, 7.0), 5.0);
+    EXPECT_EQ(decay_apply(rule, 3.0), 3.0);
+}
+
+TEST_F(QualityTest, ConstantRatioIsTakenOff) {
+    DecayRule rule{CONST_RATIO, 0.25, -1, 0.0, 1.0};
+    EXPECT_EQ(decay_apply(rule, 8.0), 6.0);
+    rule.rate = 1.5;
+    EXPECT_EQ(decay_apply(rule, 8.0), 0.0);
+}
+
+TEST_F(QualityTest, ZeroOrderTakesAnAmountDownToNothing) {
+    DecayRule rule{ZERO_ORDER, 0.03125, -1, 0.0, 1.0};
+    begin(64.0, 0.0);
+    EXPECT_EQ(decay_apply(rule, 8.0), 6.0);
+    EXPECT_EQ(decay_apply(rule, 2.0), 0.0);
+    EXPECT_EQ(decay_apply(rule, 1.0), 0.0);
+}
+
+TEST_F(QualityTest, FirstOrderIsExponential) {
+    DecayRule rule{FIRST_ORDER, 0.01, -1, 0.0, 1.0};
+    begin(100.0, 0.0);
+    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-1.0), 1e-14);
+    EXPECT_NEAR(decay_apply(rule, 4.0), 4.0 * std::exp(-1.0), 1e-14) << "the same again, from what is kept";
+    begin(200.0, 0.0);
+    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-2.0), 1e-14);
+}
+
+TEST_F(QualityTest, NegativeRateMakesMassesGrow) {
+    DecayRule rule{FIRST_ORDER, -0.01, -1, 0.0, 1.0};
+    begin(100.0, 0.0);
+    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(1.0), 1e-13);
+}
+
+TEST_F(QualityTest, PatternIsAskedAtTheEndOfTheRunoffStep) {
+    Pattern pattern{};
+    pattern.factors[1] = 2.0;
+    pattern.factors[2] = 3.0;
+    Patterns.assign(1, pattern);
+    StartDateTime = datetime_encodeDate(2021, 3, 1) + 1.0 / 24.0;
+    DecayRule rule{FIRST_ORDER, 0.01, 0, 0.0, 1.0};
+    begin(100.0, 0.0);
+    NewRunoffTime = 3599.0 * 1000.0;
+    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-2.0), 1e-14);
+    NewRunoffTime = 3600.0 * 1000.0;
+    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-3.0), 1e-14) << "a full hour counts to the next";
+}
+
+// --- dry layers ----------------------------------------------------------------------------------------------------
+
+TEST_F(QualityTest, DryLayersPassTheLoadToSeepageAndDrain) {
+    beginStep(LID_BC);
+    LidStep.surfaceInfil = 0.0;  // not even moving water is asked for
+    LidStep.storageExfil = 3e-5;
+    LidStep.storageDrain = 1e-5;
+    lid_moveQuality();
+    EXPECT_EQ(unit.inflowLoad[0], 100.0);
+    EXPECT_NEAR(unit.drainOutLoad[0], 25.0, 1e-12);
+    EXPECT_NEAR(unit.thisDrainLoad[0], 0.25, 1e-14);
+    EXPECT_NEAR(unit.exfilLoad[0], 75.0, 1e-12);
+    EXPECT_EQ(unit.thisSurfaceLoad[0], 0.0);
+    EXPECT_EQ(unit.finalLoad[0], 0.0);
+}
+
+TEST_F(QualityTest, DryStorageWithoutOutflowLosesTheLoad) {
+    beginStep(LID_BC);
+    lid_moveQuality();
+    EXPECT_EQ(unit.inflowLoad[0], 100.0);
+    EXPECT_EQ(unit.drainOutLoad[0] + unit.exfilLoad[0] + unit.surfaceOutLoad[0] + unit.finalLoad[0], 0.0);
+    EXPECT_EQ(unit.thisDrainLoad[0], 0.0);
+}
+
+TEST_F(QualityTest, DryMatGivesAllToItsDrainEvenWithoutFlow) {
+    beginStep(LID_GR);
+    lid_moveQuality();
+    EXPECT_EQ(unit.drainOutLoad[0], 100.0);
+    EXPECT_EQ(unit.thisDrainLoad[0], 1.0);
+}
+
+TEST_F(QualityTest, LayerOfExactlyTheLimitIsDry) {
+    unit.area = 1.0;
+    setLevels({0.01, 0.0, 0.0, 0.0});
+    unit.lastSurfaceMass[0] = 5.0;
+    beginStep(LID_IT);
+    LidStep.storageExfil = 1e-5;
+    lid_moveQuality();
+    EXPECT_EQ(unit.exfilLoad[0], 100.0) << "what arrives; what stood there is gone";
+    EXPECT_EQ(unit.thisSurfaceMass[0], 0.0);
+}
+
+// --- wet layers ----------------------------------------------------------------------------------------------------
+
+TEST_F(QualityTest, SurfaceMixesAndPassesWhatStoodThere) {
+    lid.surfaceVoid = 0.5;
+    setLevels({0.2, 0.0, 0.0, 0.0});  // 10 m3
+    unit.lastSurfaceMass[0] = 2.0;    // 200 mg/L
+    beginStep(LID_IT);
+    LidStep.surfaceInfil = 1e-4;    // 1 m3 in the step
+    LidStep.surfaceOutflow = 2e-4;  // 2 m3
+    LidStep.storageExfil = 1.0;
+    lid_moveQuality();
+    EXPECT_NEAR(unit.exfilLoad[0], 0.2, 1e-14) << "to the dry storage";
+    const double left = 2.0 + 100.0 - 0.2 - 0.4;
+    EXPECT_NEAR(unit.thisSurfaceMass[0], left, 1e-12);
+    EXPECT_NEAR(unit.surfaceOutLoad[0], 2.0 * left / 10.0, 1e-12) << "at the concentration behind the mixing";
+    EXPECT_NEAR(unit.thisSurfaceLoad[0], 0.02 * left / 10.0, 1e-13);
+    EXPECT_NEAR(unit.finalLoad[0], left, 1e-12);
+}
+
+TEST_F(QualityTest, SoilHoldsWhatThePercolationLeaves) {
+    setLevels({0.0, 0.4, 0.0, 0.0});  // 20 m3
+    unit.lastSoilMass[0] = 4.0;
+    beginStep(LID_BC);
+    LidStep.soilPerc = 1e-4;  // 1 m3
+    LidStep.storageDrain = 1e-4;
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisSoilMass[0], 100.0 + 4.0 - 0.2, 1e-12);
+    EXPECT_NEAR(unit.drainOutLoad[0], 0.2, 1e-14);
+}
+
+TEST_F(QualityTest, StorageGivesSeepageAndDrainTheirShares) {
+    setLevels({0.0, 0.0, 0.2, 0.0});  // 10 m3
+    unit.lastStorageMass[0] = 3.0;
+    beginStep(LID_BC);
+    LidStep.storageExfil = 1e-4;  // 1 m3
+    LidStep.storageDrain = 2e-4;  // 2 m3
+    lid_moveQuality();
+    const double left = 3.0 + 100.0 - 0.3 - 0.6;
+    EXPECT_NEAR(unit.thisStorageMass[0], left, 1e-12);
+    EXPECT_NEAR(unit.exfilLoad[0], left / 10.0, 1e-12);
+    EXPECT_NEAR(unit.drainOutLoad[0], 2.0 * left / 10.0, 1e-12);
+    EXPECT_NEAR(unit.thisDrainLoad[0], 0.02 * left / 10.0, 1e-13);
+}
+
+TEST_F(QualityTest, MoreWaterOutThanInLeavesNoNegativeMass) {
+    setLevels({0.0, 0.0, 0.2, 0.0});
+    unit.lastStorageMass[0] = 3.0;
+    beginStep(LID_BC);
+    load[0] = 0.0;
+    LidStep.storageDrain = 2e-3;  // 20 m3 of the 10 there
+    lid_moveQuality();
+    EXPECT_EQ(unit.thisStorageMass[0], 0.0);
+    EXPECT_EQ(unit.drainOutLoad[0], 0.0);
+}
+
+TEST_F(QualityTest, LayersReactByTheirOwnRules) {
+    lid.pavementDepth = 0.1;
+    lid.pavementVoid = 0.5;
+    setLevels({0.1, 0.4, 0.2, 0.1});
+    unit.lastSurfaceMass[0] = 1.0;
+    unit.lastPavementMass[0] = 2.0;
+    unit.lastSoilMass[0] = 3.0;
+    unit.lastStorageMass[0] = 4.0;
+    lid.surfaceDecay[0] = {FIRST_ORDER, 0.01, -1, 0.0, 1.0};
+    lid.pavementDecay[0] = {FIRST_ORDER, 0.02, -1, 0.0, 1.0};
+    lid.soilDecay[0] = {FIRST_ORDER, 0.03, -1, 0.0, 1.0};
+    lid.storageDecay[0] = {FIRST_ORDER, 0.04, -1, 0.0, 1.0};
+    beginStep(LID_PP);
+    load[0] = 0.0;
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisSurfaceMass[0], 1.0 * std::exp(-1.0), 1e-14);
+    EXPECT_NEAR(unit.thisPavementMass[0], 2.0 * std::exp(-2.0), 1e-14);
+    EXPECT_NEAR(unit.thisSoilMass[0], 3.0 * std::exp(-3.0), 1e-14);
+    EXPECT_NEAR(unit.thisStorageMass[0], 4.0 * std::exp(-4.0), 1e-14);
+    const double left = std::exp(-1.0) + 2.0 * std::exp(-2.0) + 3.0 * std::exp(-3.0) + 4.0 * std::exp(-4.0);
+    EXPECT_NEAR(unit.reactedLoad[0], 10.0 - left, 1e-13);
+    EXPECT_NEAR(unit.finalLoad[0], left, 1e-13);
+}
+
+TEST_F(QualityTest, PavementPassesToItsSoil) {
+    lid.pavementDepth = 0.1;
+    lid.pavementVoid = 0.5;
+    setLevels({0.0, 0.4, 0.0, 0.1});  // 5 m3 in the pavement, 20 in the soil
+    unit.lastPavementMass[0] = 2.0;
+    beginStep(LID_PP);
+    LidStep.pavementPerc = 1e-4;  // 1 m3
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisPavementMass[0], 102.0 - 0.4, 1e-12);
+    EXPECT_NEAR(unit.thisSoilMass[0], 0.4, 1e-14);
+}
+
+TEST_F(QualityTest, PavementWithoutSoilPassesToItsStorage) {
+    setSoil(0.0, 0.0, 0.0, 0.0, 0.0, 0.0);
+    lid.pavementDepth = 0.1;
+    lid.pavementVoid = 0.5;
+    setLevels({0.0, 0.0, 0.2, 0.1});
+    unit.lastPavementMass[0] = 2.0;
+    beginStep(LID_PP);
+    LidStep.pavementPerc = 1e-4;
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisStorageMass[0], 0.4, 1e-14);
+    EXPECT_EQ(unit.thisSoilMass[0], 0.0);
+}
+
+TEST_F(QualityTest, TrenchHasNoSoil) {
+    setLevels({0.0, 0.4, 0.2, 0.0});
+    beginStep(LID_IT);
+    lid_moveQuality();
+    EXPECT_EQ(unit.thisSoilMass[0], 0.0);
+    EXPECT_NEAR(unit.thisStorageMass[0], 100.0, 1e-12);
+}
+
+TEST_F(QualityTest, SteadyColumnKeepsItsMass) {
+    // Each layer at 100 mg/L, and 100 mg/L coming with the water that passes: nothing changes, and all that comes
+    // leaves.
+    lid.type = LID_BC;
+    setLevels({0.1, 0.4, 0.2, 0.0});
+    unit.lastSurfaceMass[0] = 1.0;
+    unit.lastSoilMass[0] = 2.0;
+    unit.lastStorageMass[0] = 1.0;
+    load[0] = 1e-4 * 100.0 * 0.1;
+    begin(100.0, 1e-4);
+    LidStep.surfaceInfil = 6e-5;
+    LidStep.surfaceOutflow = 4e-5;
+    LidStep.soilPerc = 6e-5;
+    LidStep.storageExfil = 2e-5;
+    LidStep.storageDrain = 4e-5;
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisSurfaceMass[0], 1.0, 1e-14);
+    EXPECT_NEAR(unit.thisSoilMass[0], 2.0, 1e-14);
+    EXPECT_NEAR(unit.thisStorageMass[0], 1.0, 1e-14);
+    EXPECT_NEAR(unit.surfaceOutLoad[0] + unit.exfilLoad[0] + unit.drainOutLoad[0], unit.inflowLoad[0], 1e-14);
+}
+
+TEST_F(QualityTest, OutflowIsBookedAtTheConcentrationBehindTheStep) {
+    // The mass leaves at the old concentration and is booked at the new one: the balance is off by the difference.
+    setLevels({0.0, 0.0, 0.2, 0.0});  // 10 m3, clean
+    beginStep(LID_BC);
+    LidStep.storageDrain = 1e-4;  // 1 m3
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisStorageMass[0], 100.0, 1e-12);
+    EXPECT_NEAR(unit.finalLoad[0] + unit.drainOutLoad[0] - unit.inflowLoad[0], 100.0 / 10.0, 1e-12);
+}
+
+TEST_F(QualityTest, PollutantsDoNotMix) {
+    setPollutants(2);
+    setLevels({0.0, 0.0, 0.2, 0.0});
+    unit.lastStorageMass[0] = 3.0;
+    unit.lastStorageMass[1] = 5.0;
+    lid.storageDecay[1] = {FIRST_ORDER, 0.01, -1, 0.0, 1.0};
+    lid.type = LID_BC;
+    begin(100.0, 0.0);
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisStorageMass[0], 3.0, 1e-14);
+    EXPECT_NEAR(unit.thisStorageMass[1], 5.0 * std::exp(-1.0), 1e-14);
+}
+
+TEST_F(QualityTest, WithoutPollutantsNothingIsTouched) {
+    setPollutants(0);
+    lid.type = LID_BC;
+    begin(100.0, 0.0);
+    lid_moveQuality();
+    SUCCEED();
+}
+
+// --- barrel --------------------------------------------------------------------------------------------------------
+
+TEST_F(QualityTest, BarrelTakesItsShareAndSpillsTheRest) {
+    setStorage(1.0, 1.0, 0.0);
+    setLevels({0.0, 0.0, 0.5, 0.0});  // 50 m3
+    unit.lastStorageMass[0] = 5.0;
+    beginStep(LID_RB);
+    LidStep.storageInflow = 2.5e-4;
+    LidStep.surfaceOutflow = 7.5e-4;
+    LidStep.storageDrain = 1e-4;  // 1 m3
+    lid_moveQuality();
+    EXPECT_NEAR(unit.surfaceOutLoad[0], 75.0, 1e-12);
+    EXPECT_NEAR(unit.thisSurfaceLoad[0], 0.75, 1e-14);
+    const double left = 5.0 + 25.0 - 0.1;
+    EXPECT_NEAR(unit.thisStorageMass[0], left, 1e-12);
+    EXPECT_NEAR(unit.drainOutLoad[0], left / 50.0, 1e-13);
+    EXPECT_EQ(unit.thisSurfaceMass[0], 0.0);
+}
+
+TEST_F(QualityTest, EmptyBarrelPassesTheLoadToItsDrain) {
+    beginStep(LID_RB);
+    LidStep.storageInflow = 1e-3;
+    lid_moveQuality();
+    EXPECT_NEAR(unit.drainOutLoad[0], 100.0, 1e-12);
+    EXPECT_NEAR(unit.thisDrainLoad[0], 1.0, 1e-14);
+    EXPECT_EQ(unit.thisStorageMass[0], 0.0);
+}
+
+TEST_F(QualityTest, BarrelLosesTheLoadOfATrickle) {
+    lid.type = LID_RB;
+    load[0] = 1.0;
+    begin(100.0, 1e-6);  // 0.01 m3 in the step, no more than the limit
+    LidStep.storageInflow = 5e-7;
+    LidStep.surfaceOutflow = 5e-7;
+    lid_moveQuality();
+    EXPECT_EQ(unit.surfaceOutLoad[0] + unit.drainOutLoad[0] + unit.thisSurfaceLoad[0], 0.0);
+    EXPECT_NEAR(unit.thisDrainLoad[0], 0.5, 1e-14) << "the drain of an empty barrel is handed on all the same";
+}
+
+TEST_F(QualityTest, BarrelWithoutInflowHasNoLoads) {
+    lid.type = LID_RB;
+    load[0] = 1.0;
+    begin(100.0, 0.0);
+    lid_moveQuality();
+    EXPECT_EQ(unit.thisDrainLoad[0], 0.0);
+    EXPECT_EQ(unit.thisSurfaceLoad[0], 0.0);
+}
+
+// --- swale ---------------------------------------------------------------------------------------------------------
+
+TEST_F(QualityTest, SwaleSeepsFromItsSurface) {
+    lid.surfaceVoid = 0.5;
+    setLevels({0.2, 0.0, 0.0, 0.0});  // 10 m3, by level and void, not by the shape of the channel
+    unit.lastSurfaceMass[0] = 2.0;
+    beginStep(LID_VS);
+    LidStep.storageExfil = 1e-4;
+    LidStep.surfaceOutflow = 2e-4;
+    lid_moveQuality();
+    const double left = 102.0 - 0.2 - 0.4;
+    EXPECT_NEAR(unit.thisSurfaceMass[0], left, 1e-12);
+    EXPECT_NEAR(unit.exfilLoad[0], left / 10.0, 1e-12);
+    EXPECT_NEAR(unit.surfaceOutLoad[0], 2.0 * left / 10.0, 1e-12);
+    EXPECT_NEAR(unit.finalLoad[0], left, 1e-12);
+}
+
+TEST_F(QualityTest, DrySwaleLosesTheLoad) {
+    beginStep(LID_VS);
+    LidStep.storageExfil = 1e-4;
+    LidStep.surfaceOutflow = 2e-4;
+    lid_moveQuality();
+    EXPECT_EQ(unit.inflowLoad[0], 100.0);
+    EXPECT_EQ(unit.exfilLoad[0] + unit.surfaceOutLoad[0] + unit.finalLoad[0] + unit.thisSurfaceLoad[0], 0.0);
+}
+
+TEST_F(QualityTest, SwaleReactsByTheRuleOfItsSurface) {
+    setLevels({0.2, 0.0, 0.0, 0.0});
+    unit.lastSurfaceMass[0] = 2.0;
+    lid.surfaceDecay[0] = {FIRST_ORDER, 0.01, -1, 0.0, 1.0};
+    beginStep(LID_VS);
+    load[0] = 0.0;
+    lid_moveQuality();
+    EXPECT_NEAR(unit.thisSurfaceMass[0], 2.0 * std::exp(-1.0), 1e-14);
+    EXPECT_NEAR(unit.reactedLoad[0], 2.0 - 2.0 * std::exp(-1.0), 1e-14);
+}
+
+}  // namespace
