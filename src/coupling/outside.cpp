@@ -23,11 +23,11 @@ static std::string cutToFolder(const std::string& path) {
 
 /// The file of the library, or an empty text after the message that it is missing.
 static std::string findLibrary(const OutsideLibrary& library, const std::string& folder) {
-    const std::string file = folder + library.fileName;
+    std::string file = folder + library.fileName;
     if (file_exists(file)) {
         return file;
     }
-    const std::string native = folder + library.nativeName;
+    std::string native = folder + library.nativeName;
     if (*library.nativeName && file_exists(native)) {
         return native;
     }
