@@ -2,6 +2,8 @@
 //
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database] [--quiet]
 //     tarnvelde check MODEL.inp
+//     tarnvelde results FILE [--object O [--column C]] [--summary] [--csv | --json]
+//     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
 //
 // Exit status: 0 on success, 1 when the engine reports an error, 2 on wrong usage.
 
@@ -12,6 +14,8 @@
 
 #include "check.h"
 #include "console.h"
+#include "plot.h"
+#include "results.h"
 #include "run.h"
 #include "status.h"
 
@@ -36,6 +40,33 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output");
 }
 
+static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
+    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    CLI::Option* object = command.add_option("--object", request.object, "Show the series of this object, by its ID");
+    object->check(refuseEmpty);
+    command.add_option("--column", request.column, "This column alone")->check(refuseEmpty)->needs(object);
+    CLI::Option* summary =
+        command.add_flag("--summary", request.isSummary, "Minimum, mean, maximum and time of maximum per column");
+    CLI::Option* csv = command.add_flag_callback(
+        "--csv", [&request] { request.form = SeriesForm::CSV; }, "Values divided by commas");
+    CLI::Option* json = command.add_flag_callback(
+        "--json", [&request] { request.form = SeriesForm::JSON; }, "Series as JSON");
+    csv->excludes(json);
+    json->excludes(summary)->needs(object);
+}
+
+static void addPlotOptions(CLI::App& command, PlotRequest& request) {
+    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("--object", request.objects, "Draw a line for this object; may be given several times")
+        ->required()
+        ->allow_extra_args(false);
+    command.add_option("--column", request.column, "What the lines show")->required()->check(refuseEmpty);
+    command.add_option("-o,--output", request.output, "The picture, in the form SVG")
+        ->type_name("FILE")
+        ->required()
+        ->check(refuseEmpty);
+}
+
 static int runCommand(int argumentCount, char** arguments) {
     CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
@@ -49,10 +80,23 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* check = app.add_subcommand("check", "Read and validate a project; tell each error with its place");
     addModel(*check, checkedModel);
 
+    ResultsRequest resultsRequest{};
+    CLI::App* results = app.add_subcommand("results", "Show what a file of results holds");
+    addResultsOptions(*results, resultsRequest);
+    PlotRequest plotRequest{};
+    CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
+    addPlotOptions(*plot, plotRequest);
+
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? EXIT_DONE : EXIT_WRONG_USAGE;
+    }
+    if (results->parsed()) {
+        return results_execute(resultsRequest);
+    }
+    if (plot->parsed()) {
+        return plot_execute(plotRequest);
     }
     return check->parsed() ? check_execute(checkedModel) : run_execute(request);
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The formatter on every source, and the linter on the sources that changed.
 # scripts/check-style.sh [BASE]: what differs from the commit BASE is what changed. Without one, BASE is where this branch
-# left origin/main; on origin/main itself, and without one, the last ten commits count. Needs build/sanitize.
+# left origin/main; on origin/main itself, and without one, the last commit counts. Needs build/sanitize.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 status=0
@@ -16,9 +16,7 @@ base=${1:-}
 if [ -z "$base" ]; then
     base=$(git merge-base HEAD origin/main 2>/dev/null || true)
     if [ -z "$base" ] || [ "$base" = "$(git rev-parse HEAD)" ]; then
-        base=$(git rev-list --max-count=11 HEAD | tail -n 1)
-        # A history shorter than that: everything is new.
-        [ "$(git rev-list --count HEAD)" -gt 10 ] || base=$(git hash-object -t tree /dev/null)
+        base=$(git rev-parse --quiet --verify HEAD~1 || git hash-object -t tree /dev/null)
     fi
 fi
 # A header is linted through the source of the same name.

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Runs an example: scripts/run-example.sh [NAME], NAME being a folder of examples/ (first-storm if none is given).
-# Installs what is missing, builds the program, runs it, and shows its report; an example that is a host program is built
-# against an installed package and run itself. Results stay in build/examples/NAME.
+# Installs what is missing, builds the program and the engines that coupled models need, runs a copy of the example in
+# build/examples/NAME, and shows its report. Results stay there. An example that is a host program itself is built against
+# an installed package, and run.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 name=${1:-first-storm}
@@ -21,7 +22,8 @@ cd "$root"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 echo "Building into build/release ..."
-if ! { cmake --preset release && cmake --build --preset release --target tarnvelde tarnvelde_host; } >"$log" 2>&1; then
+targets=(tarnvelde tarnvelde_host engine_swmm5ex engine_vorn)
+if ! { cmake --preset release && cmake --build --preset release --target "${targets[@]}"; } >"$log" 2>&1; then
     cat "$log" >&2
     exit 1
 fi
@@ -34,7 +36,8 @@ if [ ! -f "$model" ]; then # a host program, which uses the installed package
     PKG_CONFIG_PATH=$(dirname "$pc") make -C "examples/$name" OUT="$root/$out"
     exit
 fi
-build/release/tarnvelde run "examples/$name/$name.inp" --report "$out/$name.rpt" --results "$out/$name.bin"
+cp -R "examples/$name/." "$out"
+build/release/tarnvelde run "$out/$name.inp"
 echo
 cat "$out/$name.rpt"
 echo

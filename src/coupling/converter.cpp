@@ -1,6 +1,6 @@
 // Converters. A treatment-plant model takes six wastewater constituents and gives the nineteen components of the
-// Activated Sludge Model No. 2d (Henze et al. 1999); a converter says, contribution by contribution, how a constituent is
-// made from the pollutants of the network, or how a pollutant is made from components.
+// Activated Sludge Model No. 2d (Henze et al. 1999); a converter says, contribution by contribution, how a constituent
+// is made from the pollutants of the network, or how a pollutant is made from components.
 
 #include "coupling/converter.h"
 
@@ -14,8 +14,8 @@ std::vector<Converter> Converters;
 
 static const char* const TypeWords[] = {"VORN_INFLUENT", "VORN_EFFLUENT", nullptr};
 static const char* const ConstituentWords[] = {"COD", "NH4", "NO3", "TP", "TSS", "ALK", nullptr};
-static const char* const ComponentWords[] = {"S_O2",  "S_F",   "S_A",  "S_I",   "S_NH4", "S_N2",  "S_NO3",
-                                             "S_PO4", "S_ALK", "X_I",  "X_S",   "X_H",   "X_PAO", "X_PP",
+static const char* const ComponentWords[] = {"S_O2",  "S_F",   "S_A",   "S_I",    "S_NH4", "S_N2",  "S_NO3",
+                                             "S_PO4", "S_ALK", "X_I",   "X_S",    "X_H",   "X_PAO", "X_PP",
                                              "X_PHA", "X_AUT", "X_TSS", "X_MeOH", "X_MeP", nullptr};
 static const char* const SourceWords[] = {"POLLUTANT", "CONSTANT", nullptr};
 static const char* const OperationWords[] = {"ADD", "SUBTRACT", nullptr};

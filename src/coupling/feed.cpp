@@ -1,7 +1,7 @@
 // From an outside model into the network. An engine steps by its own clock, so what it gives stands between two states,
 // and each kind of link takes it in its own way: a pipe sums over its period and fires by the engine's clock, a
-// connection queues the flow interpolated at the routing clock, a conduit takes the newest state as it is. Links without
-// a record get nothing.
+// connection queues the flow interpolated at the routing clock, a conduit takes the newest state as it is. Links
+// without a record get nothing.
 
 #include "coupling/feed.h"
 
@@ -48,8 +48,8 @@ static void countOutflow(const OutsideTotals& totals, const CoupledFlow& record)
 
 // --- pipes ---------------------------------------------------------------------------------------------------------
 
-/// One firing with the mean of the period. The flow of the firing step is in the mean, its load is not: a pipe that fires
-/// in every step carries no mass at all.
+/// One firing with the mean of the period. The flow of the firing step is in the mean, its load is not: a pipe that
+/// fires in every step carries no mass at all.
 static void firePipe(int32_t link, Pipe& pipe, CoupledFlow& record) {
     link_shiftHydState(link);
     link_shiftQualState(link);

@@ -8,10 +8,10 @@
 
 /// Totals of the network that a kind of outside model adds to.
 struct OutsideTotals {
-    double FlowTotalsRecord::* inflow;       ///< m3, out of the model into the network
-    double FlowTotalsRecord::* outflow;      ///< m3, given to the model
-    double QualTotalsRecord::* inflowMass;   ///< kg
-    double QualTotalsRecord::* outflowMass;  ///< kg
+    double FlowTotalsRecord::*inflow;       ///< m3, out of the model into the network
+    double FlowTotalsRecord::*outflow;      ///< m3, given to the model
+    double QualTotalsRecord::*inflowMass;   ///< kg
+    double QualTotalsRecord::*outflowMass;  ///< kg
 };
 
 /// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.

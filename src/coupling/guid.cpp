@@ -1,6 +1,6 @@
-// Texts in the form of a GUID, 8-4-4-4-12 hexadecimal digits, which name the private copies of an engine's library. They
-// only have to differ in one folder at one time; whoever makes a copy takes the next text where a file of the name is
-// there already. The generator is one of our own, so a host's random numbers are left alone.
+// Texts in the form of a GUID, 8-4-4-4-12 hexadecimal digits, which name the private copies of an engine's library.
+// They only have to differ in one folder at one time; whoever makes a copy takes the next text where a file of the name
+// is there already. The generator is one of our own, so a host's random numbers are left alone.
 
 #include "coupling/guid.h"
 

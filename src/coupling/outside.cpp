@@ -1,6 +1,6 @@
-// Private copies of engines, and records of exchange. An engine keeps the state of its model in static data, so a process
-// can run many of them only if each has a file of its own: the library is copied under a fresh name and the copy is
-// loaded. The copies are deleted at the close of the project.
+// Private copies of engines, and records of exchange. An engine keeps the state of its model in static data, so a
+// process can run many of them only if each has a file of its own: the library is copied under a fresh name and the
+// copy is loaded. The copies are deleted at the close of the project.
 
 #include "coupling/outside.h"
 
@@ -15,8 +15,8 @@
 
 // --- library -------------------------------------------------------------------------------------------------------
 
-/// What stands up to the last separator, with it. Nothing is added: of a folder given without a separator at its end the
-/// last part is lost.
+/// What stands up to the last separator, with it. Nothing is added: of a folder given without a separator at its end
+/// the last part is lost.
 static std::string cutToFolder(const std::string& path) {
     return path.substr(0, path.find_last_of("/\\") + 1);
 }
@@ -139,7 +139,8 @@ CoupledRange outside_findRecords(const CoupledList& list, int32_t index) {
     CoupledFlow* const* first = list.byIndex.data();
     CoupledFlow* const* last = first + list.byIndex.size();
     first = std::partition_point(first, last, [=](const CoupledFlow* record) { return record->index < index; });
-    return {first, std::partition_point(first, last, [=](const CoupledFlow* record) { return record->index == index; })};
+    return {first,
+            std::partition_point(first, last, [=](const CoupledFlow* record) { return record->index == index; })};
 }
 
 void outside_rollRecords(const CoupledList& list, int32_t count) {

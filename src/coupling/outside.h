@@ -64,8 +64,8 @@ struct OutsideLibrary {
 };
 
 /// Copies a library to a name of its own and loads the copy. `path` is the library's folder, with its separator, or a
-/// file in it; where it doesn't exist the folder of the running program counts. The copy goes to `tempFolder`, again with
-/// its separator, or beside the library if that is empty. Writes what is wrong to the report.
+/// file in it; where it doesn't exist the folder of the running program counts. The copy goes to `tempFolder`, again
+/// with its separator, or beside the library if that is empty. Writes what is wrong to the report.
 void outside_loadLibrary(OutsideNode& outside, const OutsideLibrary& library, const std::string& path,
                          const std::string& tempFolder);
 

@@ -241,8 +241,7 @@ static void passInfluents(const VornNode& vorn) {
     const CoupledFlow* head = vorn.outside.inflows.head;
     const double f = outside_getWeight(vorn.outside.newTime, OldRoutingTime, NewRoutingTime);
     for (const CoupledFlow* record = head; record; record = record->next) {
-        vorn.entries.vorn_setExtInflow(record->objectId, FLOW_INDEX,
-                                       (1.0 - f) * record->oldFlow + f * record->newFlow);
+        vorn.entries.vorn_setExtInflow(record->objectId, FLOW_INDEX, (1.0 - f) * record->oldFlow + f * record->newFlow);
         const ConverterPoint* point = Converters[static_cast<size_t>(head->converter)].points;
         for (; point; point = point->next) {
             if (converter_isInfluentPoint(*point)) {

@@ -1,6 +1,6 @@
-// The exchange functions: what a host reads and writes between steps. They answer with a code of their own, 0 or -1, and
-// never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an unknown
-// name changes nothing.
+// The exchange functions: what a host reads and writes between steps. They answer with a code of their own, 0 or -1,
+// and never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an
+// unknown name changes nothing.
 
 #include "engine/exchange.h"
 

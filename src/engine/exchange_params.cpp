@@ -238,9 +238,9 @@ bool isLinkCode(int32_t object) {
     return object >= OBJECT_CODE_PIPE && object <= OBJECT_CODE_ORIFICE;
 }
 
-/// For a value to be written, the kind is looked up at the link's number in the table of nodes: the call works only where
-/// a node of the right number stands there, and then writes the link's row in the table of the wanted kind, whatever the
-/// link is. Hosts have settled on the projects in which that does what they want.
+/// For a value to be written, the kind is looked up at the link's number in the table of nodes: the call works only
+/// where a node of the right number stands there, and then writes the link's row in the table of the wanted kind,
+/// whatever the link is. Hosts have settled on the projects in which that does what they want.
 Parameter findWrittenLinkParameter(int32_t kind, const char* name, int32_t code) {
     const int32_t link = exchange_findRow(LINK, name, Links.size());
     if (link < 0 || static_cast<size_t>(link) >= Nodes.size() || Nodes[static_cast<size_t>(link)].kind != kind) {
@@ -291,9 +291,8 @@ int32_t tarnvelde_setParam(int32_t object, const char* name, int32_t code, doubl
         writeSubcatch(Subcatches[static_cast<size_t>(row)], code, value);
         return SUCCESS;
     }
-    const Parameter parameter = isLinkCode(object)
-                                    ? findWrittenLinkParameter(object - OBJECT_CODE_PIPE, name, code)
-                                    : findNodeParameter(object, name, code);
+    const Parameter parameter = isLinkCode(object) ? findWrittenLinkParameter(object - OBJECT_CODE_PIPE, name, code)
+                                                   : findNodeParameter(object, name, code);
     if (!exists(parameter)) {
         return FAILURE;
     }

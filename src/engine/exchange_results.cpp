@@ -1,5 +1,6 @@
 // Results, read by number between steps: the values as they stand after the step, not interpolated. Only a subcatchment
-// and the concentrations answer with success; of the other values a host must read what is stored and pass over the code.
+// and the concentrations answer with success; of the other values a host must read what is stored and pass over the
+// code.
 
 #include <optional>
 

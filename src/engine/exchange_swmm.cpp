@@ -1,5 +1,5 @@
-// Exchange with the models inside SWMM nodes. Fifteen functions go straight through to the engine of a node, whatever it
-// makes of what it gets; three queue a request that reaches the engine in the routing step. Nothing here touches the
+// Exchange with the models inside SWMM nodes. Fifteen functions go straight through to the engine of a node, whatever
+// it makes of what it gets; three queue a request that reaches the engine in the routing step. Nothing here touches the
 // current error.
 
 #include <exception>

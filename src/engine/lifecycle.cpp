@@ -310,7 +310,8 @@ int32_t tarnvelde_close() {
 
 // --- the whole run -------------------------------------------------------------------------------------------------
 
-/// Writes day and hour over those written before. Both are cut from plain doubles, so rounding may show an hour too low.
+/// Writes day and hour over those written before. Both are cut from plain doubles, so rounding may show an hour too
+/// low.
 static void showProgress(double elapsedDays) {
     console_write("\b\b\b\b\b\b\b\b\b\b\b\b\b\b");
     char text[64];

@@ -1,6 +1,6 @@
 #pragma once
-// The one project of the process: enumerations, counters, the common records of nodes and links, options, clocks and the
-// totals that many rooms add to. The record of a kind stands in the room of that kind.
+// The one project of the process: enumerations, counters, the common records of nodes and links, options, clocks and
+// the totals that many rooms add to. The record of a kind stands in the room of that kind.
 
 #include <cstdint>
 #include <string>
@@ -130,7 +130,7 @@ extern double FlowError;     ///< %
 extern double QualityError;  ///< %
 
 // Names and options.
-extern std::string InputFileName;    ///< cut to 259 bytes, as are the next two
+extern std::string InputFileName;  ///< cut to 259 bytes, as are the next two
 extern std::string ReportFileName;
 extern std::string ResultsFileName;
 extern std::string InputFolder;      ///< drive and folder of the input file, with the separator at its end
@@ -145,10 +145,10 @@ extern double StartDateTime, EndDateTime;              ///< days
 extern int32_t RunoffStep, RoutingStep, ReportStep;    ///< s
 extern double StartDryDays;                            ///< days
 extern int32_t ReportAverage;                          ///< 1: node and link results are means over the report step
-extern int32_t LidMonoRainfall;                        ///< 1: rain falls on LID monomer nodes without a gage of their own
-extern double EventInterval;                           ///< s, gap between rain events
-extern double EventMinValue;                           ///< mm, smallest rain that makes an event
-extern double ConduitLengthening;                      ///< m, smallest length of a conduit
+extern int32_t LidMonoRainfall;    ///< 1: rain falls on LID monomer nodes without a gage of their own
+extern double EventInterval;       ///< s, gap between rain events
+extern double EventMinValue;       ///< mm, smallest rain that makes an event
+extern double ConduitLengthening;  ///< m, smallest length of a conduit
 
 // State and clocks of the run, milliseconds since the start.
 extern int32_t IsOpen, IsStarted, SaveMode;

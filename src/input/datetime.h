@@ -23,8 +23,8 @@ CalendarDate datetime_decodeDate(DateTime date);
 /// Seconds since midnight, rounded, 0 ... 86399: 23:59:59.7 doesn't run over into the next day.
 int32_t datetime_getSecondOfDay(DateTime date);
 
-constexpr int32_t TIME_TEXT_SIZE = 40;        ///< bytes that a written time of day takes at most
-constexpr int32_t DATE_TIME_TEXT_SIZE = 96;   ///< bytes that a written date and time take at most
+constexpr int32_t TIME_TEXT_SIZE = 40;       ///< bytes that a written time of day takes at most
+constexpr int32_t DATE_TIME_TEXT_SIZE = 96;  ///< bytes that a written date and time take at most
 
 /// Writes hh:mm:ss.
 void datetime_formatTime(DateTime date, char* text);

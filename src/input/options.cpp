@@ -29,10 +29,10 @@ enum OptionKey : int32_t {
     RTC_STEP
 };
 
-static const char* const OptionWords[] = {"START_DATE",  "START_TIME",     "END_DATE",        "END_TIME",
-                                          "RUNOFF_STEP", "ROUTING_STEP",   "REPORT_STEP",     "START_DRY_DAYS",
-                                          "REPORT_AVERAGE", "LID_MONO_RAINFALL", "EVENT_RAIN", "EVENT_INTERVAL",
-                                          "EVENT_MIN_VALUE", "CONDUIT_LENGTHENING", "RTC_ON", "RTC_STEP", nullptr};
+static const char* const OptionWords[] = {
+    "START_DATE",      "START_TIME",          "END_DATE",       "END_TIME",          "RUNOFF_STEP", "ROUTING_STEP",
+    "REPORT_STEP",     "START_DRY_DAYS",      "REPORT_AVERAGE", "LID_MONO_RAINFALL", "EVENT_RAIN",  "EVENT_INTERVAL",
+    "EVENT_MIN_VALUE", "CONDUIT_LENGTHENING", "RTC_ON",         "RTC_STEP",          nullptr};
 
 void options_setDefaults() {
     StartDate = EndDate = datetime_encodeDate(2020, 1, 1);

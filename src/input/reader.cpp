@@ -81,7 +81,8 @@ int32_t input_countLine(int32_t number, const char* word) {
     const Section& section = Sections[number];
     switch (section.countRule) {
         case COUNT_OBJECT: return addName(section.type, word);
-        case COUNT_NEW_OBJECT: return project_findObject(section.type, word) < 0 ? addName(section.type, word) : ERR_NONE;
+        case COUNT_NEW_OBJECT:
+            return project_findObject(section.type, word) < 0 ? addName(section.type, word) : ERR_NONE;
         case COUNT_NODE: ++NodeKindCount[section.type]; return addName(NODE, word);
         case COUNT_LINK: ++LinkKindCount[section.type]; return addName(LINK, word);
         case COUNT_RULE: ObjectCount[RULE] += input_matchKeyword(word, "RULE"); return ERR_NONE;
@@ -146,8 +147,8 @@ void input_countObjects() {
 
 // --- second pass ---------------------------------------------------------------------------------------------------
 
-/// Takes the next row of a table. False if the first pass counted fewer: it takes words raw and this pass unquotes them,
-/// so the counts can differ.
+/// Takes the next row of a table. False if the first pass counted fewer: it takes words raw and this pass unquotes
+/// them, so the counts can differ.
 static bool takeRow(int32_t& running, int32_t count, int32_t& row) {
     row = running++;
     return row < count;

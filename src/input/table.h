@@ -18,21 +18,21 @@ struct TableEntry {
 };
 
 struct Table {
-    const char* id;           ///< the ID as first seen; null until the first line is read
-    int32_t curveType;        ///< CurveType; -1 for a series
-    int32_t isUsedByInflow;   ///< 1: an external inflow uses this series
-    double dxMin;             ///< smallest step of x; 1e10 with one entry
-    double lastDate;          ///< days, the date in force while lines are read
-    double xLast, yLast;      ///< the last entry; 0 with one entry
-    double x1, y1;            ///< the entry before the cursor
-    double x2, y2;            ///< the entry behind it
-    double* geometry;         ///< areas of a transect, GEOMETRY_COUNT; null for all other tables
+    const char* id;          ///< the ID as first seen; null until the first line is read
+    int32_t curveType;       ///< CurveType; -1 for a series
+    int32_t isUsedByInflow;  ///< 1: an external inflow uses this series
+    double dxMin;            ///< smallest step of x; 1e10 with one entry
+    double lastDate;         ///< days, the date in force while lines are read
+    double xLast, yLast;     ///< the last entry; 0 with one entry
+    double x1, y1;           ///< the entry before the cursor
+    double x2, y2;           ///< the entry behind it
+    double* geometry;        ///< areas of a transect, GEOMETRY_COUNT; null for all other tables
     std::vector<TableEntry> entries;
-    int32_t thisEntry;        ///< entry read last; -1 before the first
-    std::string fileName;     ///< external file of a series
-    int32_t fileState;        ///< 2: the entries are in that file; otherwise 0
+    int32_t thisEntry;     ///< entry read last; -1 before the first
+    std::string fileName;  ///< external file of a series
+    int32_t fileState;     ///< 2: the entries are in that file; otherwise 0
     TextFile file;
-    int64_t endPosition;      ///< place in that file where the validation stopped
+    int64_t endPosition;  ///< place in that file where the validation stopped
 };
 
 extern std::vector<Table> Curves;

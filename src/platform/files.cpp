@@ -79,7 +79,8 @@ std::string file_getProgramPath() {
 /// Makes a file that wasn't there before.
 static std::FILE* makeFile(const char* path) {
     int descriptor = -1;
-    if (_sopen_s(&descriptor, path, _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY, _SH_DENYNO, _S_IREAD | _S_IWRITE) != 0) {
+    if (_sopen_s(&descriptor, path, _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY, _SH_DENYNO, _S_IREAD | _S_IWRITE) !=
+        0) {
         return nullptr;
     }
     return _fdopen(descriptor, "wb");

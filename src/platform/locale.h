@@ -3,7 +3,8 @@
 
 #include <locale.h>
 
-/// While one lives, this thread reads and writes numbers in the C locale; the host's own setting comes back with its end.
+/// While one lives, this thread reads and writes numbers in the C locale; the host's own setting comes back with its
+/// end.
 struct NumberLocale {
 #if defined(_WIN32)
     NumberLocale();

@@ -6,10 +6,10 @@
 #include <cstdint>
 
 /// Characters of the bytes 0x80 to 0x9F; those that the code page leaves open stand for themselves.
-static constexpr uint16_t WINDOWS_1252[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D,
-    0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A,
-    0x0153, 0x009D, 0x017E, 0x0178};
+static constexpr uint16_t WINDOWS_1252[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                              0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                              0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                              0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
 
 static bool isContinuation(unsigned char byte) {
     return (byte & 0xC0) == 0x80;
@@ -25,13 +25,13 @@ static int32_t getSequenceLength(const unsigned char* s) {
         return isContinuation(s[1]) ? 2 : 0;
     }
     if (s[0] >= 0xE0 && s[0] <= 0xEF) {
-        const bool isSecondValid = isContinuation(s[1]) && !(s[0] == 0xE0 && s[1] < 0xA0) &&
-                                   !(s[0] == 0xED && s[1] >= 0xA0);
+        const bool isSecondValid =
+            isContinuation(s[1]) && !(s[0] == 0xE0 && s[1] < 0xA0) && !(s[0] == 0xED && s[1] >= 0xA0);
         return isSecondValid && isContinuation(s[2]) ? 3 : 0;
     }
     if (s[0] >= 0xF0 && s[0] <= 0xF4) {
-        const bool isSecondValid = isContinuation(s[1]) && !(s[0] == 0xF0 && s[1] < 0x90) &&
-                                   !(s[0] == 0xF4 && s[1] >= 0x90);
+        const bool isSecondValid =
+            isContinuation(s[1]) && !(s[0] == 0xF0 && s[1] < 0x90) && !(s[0] == 0xF4 && s[1] >= 0x90);
         return isSecondValid && isContinuation(s[2]) && isContinuation(s[3]) ? 4 : 0;
     }
     return 0;

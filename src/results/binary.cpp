@@ -1,5 +1,5 @@
-// The binary results file: head, names, codes of the columns, dates, one record of fixed length per report, and a closing
-// block at the very end from which a reader finds the sections. The layout is told in the manual.
+// The binary results file: head, names, codes of the columns, dates, one record of fixed length per report, and a
+// closing block at the very end from which a reader finds the sections. The layout is told in the manual.
 //
 // Writes that fail, as on a full disk, are noticed at two places only, behind the head and behind the closing block: at
 // each of them the buffer is written out, and one failure since the last test makes one error. The run goes on.
@@ -24,8 +24,8 @@ static constexpr size_t BUFFER_SIZE = size_t{1} << 20;
 
 static char Buffer[BUFFER_SIZE];
 static size_t BufferFilled = 0;
-static uint64_t Written = 0;      ///< bytes that have left the buffer
-static bool HasFailed = false;    ///< some write since the last test
+static uint64_t Written = 0;    ///< bytes that have left the buffer
+static bool HasFailed = false;  ///< some write since the last test
 
 /// Where the sections begin. Of a place beyond 4 GiB the low 32 bits are stored, so such a file has no valid directory.
 static uint32_t NamesOffset, CodesOffset, DateOffset, ResultsOffset;

@@ -26,8 +26,8 @@ sqlite3* DbHandle = nullptr;
 
 static constexpr int32_t FORMAT_VERSION = 21000;
 
-static bool IsStopped = false;   ///< the transaction is lost, and nothing more may be written
-static std::string Statement;    ///< the text in hand
+static bool IsStopped = false;  ///< the transaction is lost, and nothing more may be written
+static std::string Statement;   ///< the text in hand
 
 // --- statements ----------------------------------------------------------------------------------------------------
 
@@ -135,8 +135,9 @@ static void createTable(int32_t index) {
 static void createGeneralInfo() {
     char values[512];
     std::snprintf(values, sizeof values, "%d,%f,%d", FORMAT_VERSION, StartDateTime, ReportStep);
-    Statement = "drop table if exists GeneralInfo; create table if not exists GeneralInfo (Version INT,"
-                "StartDateTime DOUBLE,ReportStep INT);insert into GeneralInfo values (";
+    Statement =
+        "drop table if exists GeneralInfo; create table if not exists GeneralInfo (Version INT,"
+        "StartDateTime DOUBLE,ReportStep INT);insert into GeneralInfo values (";
     Statement += values;
     Statement += ");";
     replaceHyphens();

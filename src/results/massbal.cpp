@@ -309,9 +309,9 @@ static double getConduitVolume(size_t index) {
 /// Water that stands in a tank, m3; 0 for a node of another kind.
 static double getTankVolume(size_t index) {
     const Node& node = Nodes[index];
-    return node.kind == TANK ? tank_getVolume(static_cast<int32_t>(index),
-                                              Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
-                             : 0.0;
+    return node.kind == TANK
+               ? tank_getVolume(static_cast<int32_t>(index), Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
+               : 0.0;
 }
 
 /// Water of the LID monomer nodes: rain, losses and storage are in no running total.
@@ -322,6 +322,26 @@ static void addMonos(FlowTotalsRecord& totals) {
         totals.evapLoss += mono.area * mono.evapDepth;
         totals.seepageLoss += mono.area * mono.infilDepth;
         totals.finalStorage += mono.area * mono.finalDepth;
+    }
+}
+
+/// Water of the reactors: storage and losses are in no running total.
+static void addReactors(FlowTotalsRecord& totals) {
+    for (const Reactor& reactor : Reactors) {
+        totals.initStorage += reactor_getInitVolume(reactor);
+        totals.finalStorage += reactor.storedVolume;
+        totals.evapLoss += reactor.statEvap;
+        totals.seepageLoss += reactor.statInfil;
+    }
+}
+
+/// The same of one pollutant. What is missing before a start or behind a report counts as 0.
+static void addReactorLoads(QualTotalsRecord& totals, int32_t p) {
+    for (const Reactor& reactor : Reactors) {
+        totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
+        totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
+        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
+        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
     }
 }
 
@@ -342,18 +362,12 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
         totals.finalStorage += getTankVolume(k);
     }
     addMonos(totals);
-    for (const Reactor& reactor : Reactors) {
-        totals.initStorage += reactor_getInitVolume(reactor);
-        totals.finalStorage += reactor.storedVolume;
-        totals.evapLoss += reactor.statEvap;
-        totals.seepageLoss += reactor.statInfil;
-    }
+    addReactors(totals);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
-                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow -
-                          totals.vornOutflow - totals.evapLoss - totals.seepageLoss - totals.delayedVolume -
-                          totals.finalStorage) /
+                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
+                          totals.evapLoss - totals.seepageLoss - totals.delayedVolume - totals.finalStorage) /
                              in * 100.0;
     FlowError = *error;
     return totals;
@@ -391,18 +405,12 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
     addMonoLoads(totals, p);
-    for (const Reactor& reactor : Reactors) {
-        totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
-        totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
-        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
-        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
-    }
+    addReactorLoads(totals, p);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
-                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow -
-                          totals.vornOutflow - totals.reactedLoss - totals.seepageLoss - totals.finalStorage -
-                          totals.delayedMass) /
+                       : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
+                          totals.reactedLoss - totals.seepageLoss - totals.finalStorage - totals.delayedMass) /
                              in * 100.0;
     // The figure held keeps its sign, so a negative one gives way to any later error.
     const double size = *error < 0.0 ? -*error : *error;

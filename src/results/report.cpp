@@ -71,7 +71,7 @@ static void writePollutantHead(const char* title) {
 
 /// A row of a continuity table: one figure of each pollutant's balance.
 template <class Balance>
-static void writePollutantRow(const char* name, const std::vector<Balance>& balances, double Balance::* figure) {
+static void writePollutantRow(const char* name, const std::vector<Balance>& balances, double Balance::*figure) {
     report_print(ReportFile, "\n  %-26s", name);
     for (const Balance& balance : balances) {
         report_print(ReportFile, " %16.3f", balance.*figure);
@@ -107,13 +107,20 @@ static void writeFlowContinuity() {
     const struct {
         const char* name;
         double volume;
-    } rows[] = {{"Dry Weather Inflow", t.dryWeatherInflow}, {"Wet Weather Inflow", t.wetWeatherInflow},
-                {"External Inflow", t.externalInflow},      {"SWMM Inflow", t.swmmInflow},
-                {"VORN Inflow", t.vornInflow},              {"External Outflow", t.externalOutflow},
-                {"Flooding Loss", t.floodingLoss},          {"SWMM Outflow", t.swmmOutflow},
-                {"VORN Outflow", t.vornOutflow},            {"Evap. Loss", t.evapLoss},
-                {"Seepage Loss", t.seepageLoss},            {"Delayed Vol.", t.delayedVolume},
-                {"Init. Storage", t.initStorage},           {"Final Storage", t.finalStorage}};
+    } rows[] = {{"Dry Weather Inflow", t.dryWeatherInflow},
+                {"Wet Weather Inflow", t.wetWeatherInflow},
+                {"External Inflow", t.externalInflow},
+                {"SWMM Inflow", t.swmmInflow},
+                {"VORN Inflow", t.vornInflow},
+                {"External Outflow", t.externalOutflow},
+                {"Flooding Loss", t.floodingLoss},
+                {"SWMM Outflow", t.swmmOutflow},
+                {"VORN Outflow", t.vornOutflow},
+                {"Evap. Loss", t.evapLoss},
+                {"Seepage Loss", t.seepageLoss},
+                {"Delayed Vol.", t.delayedVolume},
+                {"Init. Storage", t.initStorage},
+                {"Final Storage", t.finalStorage}};
     for (const auto& row : rows) {
         report_print(ReportFile, "\n  %-26s %16.3f ", row.name, row.volume);
     }
@@ -130,7 +137,7 @@ static void writeQualityContinuity() {
         static_cast<QualTotalsRecord&>(b[p]) = massbal_closeQuality(static_cast<int>(p), &b[p].error);
     }
     using Q = QualityBalance;
-    const auto writeRow = [&](const char* name, double QualTotalsRecord::* figure) {
+    const auto writeRow = [&](const char* name, double QualTotalsRecord::*figure) {
         writePollutantRow(name, b, static_cast<double Q::*>(figure));
     };
     writePollutantHead("Quality Routing Continuity");

@@ -1,9 +1,9 @@
-// Results of each report period: the buffers of the rows, the means of a period, and the sink that they go to. Called by
-// the clock of a run:
+// Results of each report period: the buffers of the rows, the means of a period, and the sink that they go to. Called
+// by the clock of a run:
 //
 //     results_open, then for each step: results_accumulate before the report time, with means; at or behind it
-//     results_write, with results_accumulate ahead of it for a step that ends at the report time, and behind it for a step
-//     that crosses it; then results_end and, with the project, results_close.
+//     results_write, with results_accumulate ahead of it for a step that ends at the report time, and behind it for a
+//     step that crosses it; then results_end and, with the project, results_close.
 //
 // Rows of the system and of subcatchments are those of the report time itself, also with means.
 
@@ -133,6 +133,7 @@ void results_accumulate() {
         }
         float* sums = buffer.sums;
         for (int32_t k = 0; k < buffer.count; ++k) {
+            rows_fetchAhead(RowTables[table].objectType, buffer.objects, buffer.count, k);
             rows_fill(table, buffer.objects[k], 1.0, buffer.row);
             for (int32_t c = 0; c < buffer.length; ++c) {
                 sums[c] += buffer.row[c];
@@ -154,11 +155,11 @@ static void clearSums() {
 
 // --- write ---------------------------------------------------------------------------------------------------------
 
-static void writeRow(int32_t table, const char* name, const float* row, int32_t length) {
+static void writeRow(int32_t table, int32_t object, const float* row, int32_t length) {
     if (SaveMode == SAVE_TO_FILE) {
         binary_writeRow(row, length);
     } else {
-        database_writeRow(table, name, Period, row, length);
+        database_writeRow(table, rows_getName(table, object), Period, row, length);
     }
 }
 
@@ -170,8 +171,9 @@ static void writeRows(int32_t table, double f) {
     }
     for (int32_t k = 0; k < buffer.count; ++k) {
         const int32_t object = buffer.objects[k];
+        rows_fetchAhead(RowTables[table].objectType, buffer.objects, buffer.count, k);
         rows_fill(table, object, f, buffer.row);
-        writeRow(table, rows_getName(table, object), buffer.row, buffer.length);
+        writeRow(table, object, buffer.row, buffer.length);
     }
 }
 
@@ -187,7 +189,7 @@ static void writeMeans(int32_t table) {
         for (int32_t c = 0; c < buffer.length; ++c) {
             buffer.row[c] = sums[c] / count;
         }
-        writeRow(table, rows_getName(table, buffer.objects[k]), buffer.row, buffer.length);
+        writeRow(table, buffer.objects[k], buffer.row, buffer.length);
         sums += buffer.length;
     }
 }
@@ -208,7 +210,7 @@ static void writeReport(DateTime date) {
     }
     float system[SYSTEM_LENGTH];
     rows_fillSystem(date, networkFactor, landFactor, system);
-    writeRow(SYSTEM_TABLE, "", system, SYSTEM_LENGTH);
+    writeRow(SYSTEM_TABLE, 0, system, SYSTEM_LENGTH);
     writeRows(SUBCATCH_TABLE, landFactor);
     for (int32_t table = JUNCTION_TABLE; table < RESULT_TABLE_COUNT; ++table) {
         if (ReportAverage) {

@@ -6,6 +6,7 @@
 
 #include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
+#include "platform/memory.h"
 #include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/node.h"
@@ -26,9 +27,8 @@ const RowTable RowTables[RESULT_TABLE_COUNT] = {
     {"Outfall", "TotInflow,LatInflow", 2, 1, NODE, OUTFALL},
     {"Splitter", "TotInflow,LatInflow,Outflow1,Outflow2", 4, 1, NODE, SPLITTER},
     {"Reactor", "Vol,TotInflow,LatInflow,Outflow,Surpass,Evap,Infil,Empty", 8, 1, NODE, REACTOR},
-    {"LID_Mono",
-     "TotInflow,LatInflow,Rainfall,Evap,Surflow,Exfil,Drain,SurDepth,SoilMoist,StorDepth,PaveDepth", 11, 4, NODE,
-     LID_MONO},
+    {"LID_Mono", "TotInflow,LatInflow,Rainfall,Evap,Surflow,Exfil,Drain,SurDepth,SoilMoist,StorDepth,PaveDepth", 11, 4,
+     NODE, LID_MONO},
     {"Pipe", "Vol,Inflow,Outfow,Flood", 4, 1, LINK, PIPE},
     {"Pump", "Flow", 1, 1, LINK, PUMP},
     {"Connection", "Inflow,Outflow", 2, 1, LINK, CONNECTION},
@@ -71,6 +71,56 @@ void rows_fill(int32_t table, int32_t object, double f, float* row) {
         case NODE: node_getResults(object, f, row); break;
         case LINK: link_getResults(object, f, row); break;
         default: break;
+    }
+}
+
+// --- memory ahead of the rows ---------------------------------------------------------------------------------------
+
+static constexpr int32_t FAR = 24;     ///< places ahead at which the records are asked for
+static constexpr int32_t MIDDLE = 16;  ///< what they point to
+static constexpr int32_t NEAR = 8;     ///< what that points to
+
+static void fetchRecord(const void* record, size_t size) {
+    for (size_t offset = 0; offset < size; offset += 64) {
+        memory_fetch(static_cast<const char*>(record) + offset);
+    }
+}
+
+static void fetchLink(const Link& link) {
+    memory_fetch(link.newQual);
+    memory_fetch(link.oldQual);
+    if (link.kind == PIPE) {
+        fetchRecord(&Pipes[static_cast<size_t>(link.kindIndex)], sizeof(Pipe));
+    }
+}
+
+void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
+    const auto getIndex = [&](int32_t place) { return static_cast<size_t>(objects ? objects[place] : place); };
+    if (k + NEAR >= count || (objectType != NODE && objectType != LINK)) {
+        return;
+    }
+    const bool isFarThere = k + FAR < count;
+    const bool isMiddleThere = k + MIDDLE < count;
+    if (objectType == NODE) {
+        if (isFarThere) {
+            fetchRecord(&Nodes[getIndex(k + FAR)], sizeof(Node));
+        }
+        if (isMiddleThere) {
+            const Node& node = Nodes[getIndex(k + MIDDLE)];
+            memory_fetch(node.newQual);
+            memory_fetch(node.oldQual);
+        }
+        return;
+    }
+    if (isFarThere) {
+        fetchRecord(&Links[getIndex(k + FAR)], sizeof(Link));
+    }
+    if (isMiddleThere) {
+        fetchLink(Links[getIndex(k + MIDDLE)]);
+    }
+    const Link& link = Links[getIndex(k + NEAR)];
+    if (link.kind == PIPE) {
+        memory_fetch(Pipes[static_cast<size_t>(link.kindIndex)].storage);
     }
 }
 

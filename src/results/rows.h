@@ -1,6 +1,6 @@
 #pragma once
-// Rows of results: which tables there are, which columns each of them has, and how a row is filled from the state of the
-// model. Both sinks write the same rows.
+// Rows of results: which tables there are, which columns each of them has, and how a row is filled from the state of
+// the model. Both sinks write the same rows.
 
 #include <cstdint>
 
@@ -50,10 +50,15 @@ int32_t rows_getObjectCount(int32_t table);
 /// ID of an object of a table, by its index in its class.
 const char* rows_getName(int32_t table, int32_t object);
 
-/// Fills the row of an object; `f` weighs the newer of two states. Every value is worked out in double and rounded once.
+/// Fills the row of an object; `f` weighs the newer of two states. Every value is worked out in double and rounded
+/// once.
 void rows_fill(int32_t table, int32_t object, double f, float* row);
 void node_getResults(int32_t node, double f, float* row);
 void link_getResults(int32_t link, double f, float* row);
+
+/// Asks for the memory of rows that will be filled soon: behind place `k` in a list of nodes or links (a null
+/// list is the whole table). Walks over large tables wait for memory otherwise.
+void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, int32_t k);
 
 /// Fills the row of the system at a date. The factors weigh the newer state of the network and of the land.
 void rows_fillSystem(DateTime date, double networkFactor, double landFactor, float* row);

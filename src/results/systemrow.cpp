@@ -104,23 +104,21 @@ double getExternalFlow(const Node& node, DateTime date) {
     return lookUpSeries(TimeSeries[static_cast<size_t>(record->series)], date) * record->scale + record->baseline;
 }
 
-/// What the host has asked for shows only in a call that didn't route: a step that routes has used it up.
-void fillDirectInflow(DateTime date, float* row) {
-    std::stable_sort(HostInflows.begin(), HostInflows.end(),
-                     [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
-    size_t host = 0;
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        add(row[DIRECT_INFLOW], getExternalFlow(Nodes[k], date));
-        while (host < HostInflows.size() && HostInflows[host].node <= static_cast<int32_t>(k)) {
-            add(row[DIRECT_INFLOW], HostInflows[host++].value);
-        }
+/// What the host asks a node for, from its place in the sorted list on; moves the place. It shows only in a call that
+/// didn't route: a step that routes has used it up.
+void addHostFlows(int32_t node, size_t& place, float* row) {
+    while (place < HostInflows.size() && HostInflows[place].node <= node) {
+        add(row[DIRECT_INFLOW], HostInflows[place++].value);
     }
 }
 
-void fillDryWeatherFlow(DateTime date, float* row) {
-    for (const Node& node : Nodes) {
-        const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1);
-        add(row[DRY_WEATHER_FLOW], record ? inflows_dryWeatherValue(*record, date) : 0.0);
+void addInflows(const Node& node, double f, DateTime date, float* row) {
+    add(row[TOTAL_INFLOW], mix(f, node.oldInflow, node.newInflow));
+    if (node.extInflow) {
+        add(row[DIRECT_INFLOW], getExternalFlow(node, date));
+    }
+    if (const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1)) {
+        add(row[DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, date));
     }
 }
 
@@ -169,15 +167,19 @@ void addLink(int32_t index, double f, float* row) {
 void rows_fillSystem(DateTime date, double networkFactor, double landFactor, float* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0f);
     fillLand(landFactor, row);
-    for (const Node& node : Nodes) {
-        add(row[TOTAL_INFLOW], mix(networkFactor, node.oldInflow, node.newInflow));
+    std::stable_sort(HostInflows.begin(), HostInflows.end(),
+                     [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
+    size_t hostPlace = 0;
+    const auto nodeCount = static_cast<int32_t>(Nodes.size());
+    for (int32_t k = 0; k < nodeCount; ++k) {
+        const Node& node = Nodes[static_cast<size_t>(k)];
+        addInflows(node, networkFactor, date, row);
+        addHostFlows(k, hostPlace, row);
+        addNode(k, networkFactor, row);
     }
-    fillDirectInflow(date, row);
-    fillDryWeatherFlow(date, row);
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        addNode(static_cast<int32_t>(k), networkFactor, row);
-    }
-    for (size_t k = 0; k < Links.size(); ++k) {
-        addLink(static_cast<int32_t>(k), networkFactor, row);
+    const auto linkCount = static_cast<int32_t>(Links.size());
+    for (int32_t k = 0; k < linkCount; ++k) {
+        rows_fetchAhead(LINK, nullptr, linkCount, k);
+        addLink(k, networkFactor, row);
     }
 }

@@ -83,8 +83,8 @@ void tables_writeLidMonos() {
         return;
     }
     table_writeTitle("LID Monomer Performance Summary");
-    report_print(ReportFile, WATER_HEAD, "", " ", "Tot. Inflow", "Evap.", "Infil.", "Surface Outflow",
-                 "Drain Outflow", "Init. Storage", "Final Storage");
+    report_print(ReportFile, WATER_HEAD, "", " ", "Tot. Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
+                 "Init. Storage", "Final Storage");
     report_print(ReportFile, WATER_HEAD, "Node", "LID Process", "m3", "m3", "m3", "m3", "m3", "m3", "m3");
     table_writeDashes(9);
     forEachMono([](const char* name, const LidMono& mono) { writeWaterRow(name, mono, mono.area); });

@@ -1,5 +1,5 @@
-// Pure delay, used by connections and plug-flow reactors: what goes in leaves unchanged a fixed time later. Readings fall
-// between the dates of the entries and are interpolated; a delay line that has run dry delivers nothing.
+// Pure delay, used by connections and plug-flow reactors: what goes in leaves unchanged a fixed time later. Readings
+// fall between the dates of the entries and are interpolated; a delay line that has run dry delivers nothing.
 
 #include "routing/delayqueue.h"
 

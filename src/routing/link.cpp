@@ -1,6 +1,6 @@
-// Links of all kinds. The routing step asks here for what it does to every link: targets, settings, the roll from new to
-// old. In a large network nearly all links are pipes that stand still in nearly all steps, so those that changed, and
-// those that anything may close, are kept in two lists.
+// Links of all kinds. The routing step asks here for what it does to every link: targets, settings, the roll from new
+// to old. In a large network nearly all links are pipes that stand still in nearly all steps, so those that changed,
+// and those that anything may close, are kept in two lists.
 
 #include "routing/link.h"
 
@@ -20,11 +20,11 @@
 #include "routing/pump.h"
 #include "routing/weir.h"
 
-static std::vector<int32_t> EverChanging;   ///< links of all kinds but PIPE
-static std::vector<int32_t> ChangedPipes;   ///< pipes that fired, or that the host wrote to, since the last roll
-static std::vector<uint8_t> IsChanged;      ///< by link: stands in ChangedPipes
-static std::vector<int32_t> GuidedLinks;    ///< pumps, and links that a rule or the host has given a target
-static std::vector<uint8_t> IsGuided;       ///< by link: stands in GuidedLinks
+static std::vector<int32_t> EverChanging;  ///< links of all kinds but PIPE
+static std::vector<int32_t> ChangedPipes;  ///< pipes that fired, or that the host wrote to, since the last roll
+static std::vector<uint8_t> IsChanged;     ///< by link: stands in ChangedPipes
+static std::vector<int32_t> GuidedLinks;   ///< pumps, and links that a rule or the host has given a target
+static std::vector<uint8_t> IsGuided;      ///< by link: stands in GuidedLinks
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
@@ -153,8 +153,8 @@ void link_openLists() {
     }
 }
 
-/// Asks for the memory of two pipes that the roll comes to soon: of the farther one the record of the link, of the nearer
-/// one what that record points to.
+/// Asks for the memory of two pipes that the roll comes to soon: of the farther one the record of the link, of the
+/// nearer one what that record points to.
 static void fetchChanged(int32_t farther, int32_t nearer) {
     memory_fetch(&Links[static_cast<size_t>(farther)]);
     const Link& link = Links[static_cast<size_t>(nearer)];

@@ -13,10 +13,10 @@
 //     - no shorter tail leads to u and no shorter circle runs through it, so tail and circle have but u in common;
 //     - u is the node of the circle that a breadth-first search from the heads discovers first. With another node of
 //       the circle in its place the tail would be shorter, or as long and earlier.
-//    So each strongly connected part (Tarjan 1972) is asked for the lasso at the node discovered first; that node is
-//    then taken out, and what still holds together without it is asked in turn, until all tails are too long. The
-//    search that finds the circle looks at nodes in the order of the queue as well, and the first that leads back is
-//    the right one.
+//    So the nodes of the strongly connected parts (Tarjan 1972) are asked for their lassos in the order of discovery,
+//    and each is taken out behind its turn, until all tails are too long. When the search of a part has cost as much as
+//    dividing it anew, that is done: often nothing holds together any more without the nodes taken out. The search that
+//    finds a circle looks at nodes in the order of the queue as well, and the first that leads back is the right one.
 //
 // Edges here are the links that don't deliver a step late, in the order of the table, and behind them the nodes that
 // the node discharges into directly. No function calls itself: a chain of a million nodes is as deep as it is long.
@@ -24,8 +24,7 @@
 #include "routing/loops.h"
 
 #include <algorithm>
-#include <functional>
-#include <queue>
+#include <utility>
 #include <vector>
 
 #include "engine/project.h"
@@ -40,7 +39,7 @@ struct Stop {
     int32_t previous = NONE;     ///< node it was discovered from; NONE for a head
     int32_t edge = NONE;         ///< position of the edge it was discovered over, among the edges of `previous`
     int32_t openInflows = 0;     ///< edges from nodes that aren't counted yet
-    int32_t part = NONE;         ///< node discovered first of its strongly connected part; NONE if it has none
+    int32_t part = NONE;         ///< strongly connected part that it is a node of; NONE if it is on no circle
     int32_t call = NONE;         ///< number of the visit while a part is divided; NONE before it
     int32_t low = NONE;          ///< smallest number of a visit that leads here and can be got back to
     int32_t circleStart = NONE;  ///< start of the circle that was last looked for here
@@ -49,15 +48,12 @@ struct Stop {
     bool feedsItself = false;
 };
 
-/// A strongly connected part: a stretch of Search::members, under the rank of the node discovered first.
+/// A strongly connected part with at least one circle, of which nodes may have been taken out since it was made.
 struct Part {
-    int32_t rank;
-    int32_t begin;
-    int32_t end;
-
-    bool operator>(const Part& other) const {
-        return rank > other.rank;
-    }
+    size_t begin;  ///< its nodes are a stretch of Search::members
+    size_t end;
+    int64_t cost;   ///< edges to look at to divide it
+    int64_t spent;  ///< edges looked at in search of circles since it was made
 };
 
 /// The first lasso so far, as the node `base` of its tail and the edges taken from there to its last node.
@@ -77,13 +73,11 @@ struct Search {
     std::vector<int32_t> nextEdges;  ///< for each of them the edge to follow next
     std::vector<int32_t> pending;    ///< nodes visited that are in no part yet
     std::vector<int32_t> queue;      ///< nodes as discovered from the start of a circle
-    std::priority_queue<Part, std::vector<Part>, std::greater<Part>> parts;
+    std::vector<Part> parts;         ///< old ones too
     Lasso best;
     int64_t visits = 0;
 
-    Stop& at(int32_t node) {
-        return stops[static_cast<size_t>(node)];
-    }
+    Stop& at(int32_t node) { return stops[static_cast<size_t>(node)]; }
 };
 
 /// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
@@ -166,26 +160,24 @@ static int64_t countPaths(Search& search, size_t& counted) {
 
 // --- strongly connected parts --------------------------------------------------------------------------------------
 
-/// Takes the nodes of a finished part off the list of pending ones, and queues the part if it holds a circle.
-static void closePart(Search& search, int32_t root, int32_t& place) {
-    const size_t begin = static_cast<size_t>(std::find(search.pending.rbegin(), search.pending.rend(), root).base() -
-                                             search.pending.begin() - 1);
-    int32_t rank = search.at(root).rank;
-    for (size_t k = begin; k < search.pending.size(); ++k) {
-        rank = std::min(rank, search.at(search.pending[k]).rank);
-    }
-    const bool hasCircle = search.pending.size() - begin > 1 || search.at(root).feedsItself;
-    const int32_t first = place;
-    for (size_t k = begin; k < search.pending.size(); ++k) {
-        search.at(search.pending[k]).part = hasCircle ? search.order[static_cast<size_t>(rank)] : NONE;
+/// Takes the nodes of a finished part off the list of pending ones, and keeps the part if it holds a circle.
+static void closePart(Search& search, int32_t root, size_t& place) {
+    Part part = {place, place, 0, 0};
+    const bool hasCircle = search.pending.back() != root || search.at(root).feedsItself;
+    int32_t node;
+    do {
+        node = search.pending.back();
+        search.pending.pop_back();
+        search.at(node).part = hasCircle ? static_cast<int32_t>(search.parts.size()) : NONE;
         if (hasCircle) {
-            search.members[static_cast<size_t>(place++)] = search.pending[k];
+            search.members[part.end++] = node;
+            part.cost += 1 + network_getOutgoing(node).count;
         }
-    }
+    } while (node != root);
     if (hasCircle) {
-        search.parts.push({rank, first, place});
+        place = part.end;
+        search.parts.push_back(part);
     }
-    search.pending.resize(begin);
 }
 
 static void enter(Search& search, int32_t node, int32_t& calls) {
@@ -195,15 +187,17 @@ static void enter(Search& search, int32_t node, int32_t& calls) {
     search.pending.push_back(node);
 }
 
-/// Divides the nodes members[begin, end), all marked with `part`, into what hangs together (Tarjan's algorithm, with
-/// its calls on a list). The new parts take the places of the old one.
-static void dividePart(Search& search, int32_t part, int32_t begin, int32_t end) {
-    search.roots.assign(search.members.begin() + begin, search.members.begin() + end);
-    for (const int32_t node : search.roots) {
-        search.at(node).call = NONE;
+/// Divides what is left of a part into what hangs together (Tarjan's algorithm, with its calls on a list). The new
+/// parts take the places of the old one.
+static void dividePart(Search& search, int32_t part) {
+    size_t place = search.parts[static_cast<size_t>(part)].begin;
+    const size_t end = search.parts[static_cast<size_t>(part)].end;
+    search.roots.clear();
+    for (size_t k = place; k < end; ++k) {
+        search.at(search.members[k]).call = NONE;
+        search.roots.push_back(search.members[k]);
     }
     int32_t calls = 0;
-    int32_t place = begin;
     for (const int32_t root : search.roots) {
         if (search.at(root).part == part && search.at(root).call < 0) {
             enter(search, root, calls);
@@ -240,6 +234,7 @@ static void dividePart(Search& search, int32_t part, int32_t begin, int32_t end)
 /// Node that a shortest circle from `start` within its part comes back from, the first in the order of the queue; NONE
 /// if the circle has more than `limit` nodes. `length` gets the nodes of the circle.
 static int32_t findCircle(Search& search, int32_t start, int32_t limit, int32_t& length) {
+    const int32_t part = search.at(start).part;
     search.queue.assign(1, start);
     search.at(start).circleStart = start;
     size_t levelEnd = 1;
@@ -252,7 +247,7 @@ static int32_t findCircle(Search& search, int32_t start, int32_t limit, int32_t&
                 return node;
             }
             Stop& stop = search.at(to);
-            if (stop.part == start && stop.circleStart != start) {
+            if (stop.part == part && stop.circleStart != start) {
                 stop.circleStart = start;
                 stop.circlePrevious = node;
                 stop.circleEdge = edge;
@@ -319,26 +314,30 @@ static const char* nameClosing(Search& search) {
 }
 
 static const char* findFirstLoop(Search& search) {
-    const int32_t undivided = static_cast<int32_t>(Nodes.size());  // no node has this number
     for (const int32_t node : search.order) {
         if (search.at(node).openInflows > 0) {
-            search.at(node).part = undivided;
+            search.at(node).part = 0;
             search.members.push_back(node);
         }
     }
-    dividePart(search, undivided, 0, static_cast<int32_t>(search.members.size()));
-    while (!search.parts.empty()) {
-        const Part part = search.parts.top();
-        search.parts.pop();
-        const int32_t start = search.order[static_cast<size_t>(part.rank)];
+    search.parts.push_back({0, search.members.size(), 0, 0});
+    dividePart(search, 0);
+    for (const int32_t start : search.order) {
         if (search.at(start).distance >= search.best.length) {
             break;
         }
+        const int32_t part = search.at(start).part;
+        if (part < 0) {
+            continue;
+        }
+        const int64_t visits = search.visits;
         tryLasso(search, start);
         search.at(start).part = NONE;
-        const auto begin = search.members.begin() + part.begin;
-        std::iter_swap(begin, std::find(begin, search.members.begin() + part.end, start));
-        dividePart(search, start, part.begin + 1, part.end);
+        Part& searched = search.parts[static_cast<size_t>(part)];
+        searched.spent += search.visits - visits;
+        if (searched.spent >= searched.cost) {
+            dividePart(search, part);
+        }
     }
     return nameClosing(search);
 }

@@ -26,7 +26,7 @@ static LinkIndex Outgoing, Incoming;
 
 // --- links by node -------------------------------------------------------------------------------------------------
 
-static void indexLinks(LinkIndex& index, int32_t Link::* end) {
+static void indexLinks(LinkIndex& index, int32_t Link::*end) {
     index.start.assign(Nodes.size() + 1, 0);
     index.links.resize(Links.size());
     for (const Link& link : Links) {

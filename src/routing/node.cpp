@@ -1,6 +1,6 @@
-// Nodes of all kinds, and the kinds without storage. A junction passes on what it gets; an outfall takes water out of the
-// system; a splitter gives one part to its first link, by a threshold or a ratio, and the rest to the other. The split is
-// of water, and the load follows it: both links carry the concentration of the mix.
+// Nodes of all kinds, and the kinds without storage. A junction passes on what it gets; an outfall takes water out of
+// the system; a splitter gives one part to its first link, by a threshold or a ratio, and the rest to the other. The
+// split is of water, and the load follows it: both links carry the concentration of the mix.
 
 #include "routing/node.h"
 

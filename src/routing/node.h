@@ -1,6 +1,6 @@
 #pragma once
-// What all nodes share, and the three kinds without storage: junctions, outfalls and splitters. A junction has no record
-// of its own: it adds its inflows and passes them on, so its outflow is the inflow of the node.
+// What all nodes share, and the three kinds without storage: junctions, outfalls and splitters. A junction has no
+// record of its own: it adds its inflows and passes them on, so its outflow is the inflow of the node.
 
 #include <cstdint>
 #include <vector>

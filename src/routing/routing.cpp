@@ -1,11 +1,11 @@
-// The routing step. There is no hydraulic solution over the network as a whole: water moves strictly downstream, the nodes
-// are visited once in the order of the network, each collects what its links deliver, works out its outflow and hands it
-// to its outgoing links, which work out at once what they will deliver. Pollutants go along in the same pass. A network
-// that keeps circles out gets by with one sweep, whose cost grows with its nodes and links alone.
+// The routing step. There is no hydraulic solution over the network as a whole: water moves strictly downstream, the
+// nodes are visited once in the order of the network, each collects what its links deliver, works out its outflow and
+// hands it to its outgoing links, which work out at once what they will deliver. Pollutants go along in the same pass.
+// A network that keeps circles out gets by with one sweep, whose cost grows with its nodes and links alone.
 //
-// In a large network the order of the visits jumps through tables of many megabytes, and waiting for memory would be most
-// of the work. The order is known for the whole run, so the lists below say ahead of time what a visit will need, and the
-// step asks for it some visits before.
+// In a large network the order of the visits jumps through tables of many megabytes, and waiting for memory would be
+// most of the work. The order is known for the whole run, so the lists below say ahead of time what a visit will need,
+// and the step asks for it some visits before.
 
 #include "routing/routing.h"
 

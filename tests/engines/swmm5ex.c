@@ -1,6 +1,6 @@
-/* A test engine for SWMM nodes: junctions joined by reaches, each reach a linear reservoir that is fully mixed. It stands
- * for no real model; it keeps water and mass to the last drop and writes each call into a log. README.md tells the
- * model file and the log.
+/* A test engine for SWMM nodes: junctions joined by reaches, each reach a linear reservoir that is fully mixed. It
+ * stands for no real model; it keeps water and mass to the last drop and writes each call into a log. README.md tells
+ * the model file and the log.
  */
 #include "engine.h"
 
@@ -20,13 +20,13 @@ typedef struct {
     double startVolume, volume;      /* m3, of a reach */
     double flow;                     /* m3/s, out of a reach in the latest step */
     double startQual[MAX_SUBSTANCES];
-    double mass[MAX_SUBSTANCES];   /* kg, of a reach */
-    double springFlow;             /* m3/s, of a node */
+    double mass[MAX_SUBSTANCES]; /* kg, of a reach */
+    double springFlow;           /* m3/s, of a node */
     double springQual[MAX_SUBSTANCES];
-    double extFlow;                /* m3/s, for the next step */
+    double extFlow;                 /* m3/s, for the next step */
     double extLoad[MAX_SUBSTANCES]; /* kg/s, for the next step */
-    double inflow;                 /* m3/s, of a node in the latest step */
-    double load[MAX_SUBSTANCES];   /* kg/s */
+    double inflow;                  /* m3/s, of a node in the latest step */
+    double load[MAX_SUBSTANCES];    /* kg/s */
 } Object;
 
 static Object Objects[TYPE_COUNT][MAX_OBJECTS];

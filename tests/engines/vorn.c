@@ -1,6 +1,6 @@
 /* A test engine for treatment plants: all influents run into one basin, a linear reservoir that is fully mixed; each
- * effluent takes a share of what leaves it, and the rest is wasted. It stands for no real plant; it keeps water and mass to
- * the last drop and writes each call into a log. README.md tells the model file and the log.
+ * effluent takes a share of what leaves it, and the rest is wasted. It stands for no real plant; it keeps water and
+ * mass to the last drop and writes each call into a log. README.md tells the model file and the log.
  */
 #include "engine.h"
 
@@ -11,7 +11,7 @@ enum { COD, NH4, NO3, TP, TSS, ALK };
 typedef struct {
     char name[NAME_SIZE];
     int type;
-    double share;                       /* of an effluent */
+    double share;                         /* of an effluent */
     double values[1 + CONSTITUENT_COUNT]; /* of an influent: m3/s, then g/s, until set anew */
 } Unit;
 
@@ -20,16 +20,17 @@ static const struct {
     int constituent;
     double part;
 } Components[COMPONENT_COUNT] = {
-    {COD, 0.0},  {COD, 0.12}, {COD, 0.08}, {COD, 0.1},  {NH4, 1.0}, {NO3, 0.0}, {NO3, 1.0}, {TP, 0.7},  {ALK, 1.0}, {COD, 0.2},
-    {COD, 0.35}, {COD, 0.1},  {COD, 0.03}, {TP, 0.3},   {COD, 0.01}, {COD, 0.01}, {TSS, 1.0}, {TSS, 0.0}, {TSS, 0.0},
+    {COD, 0.0},  {COD, 0.12}, {COD, 0.08}, {COD, 0.1},  {NH4, 1.0}, {NO3, 0.0},  {NO3, 1.0},
+    {TP, 0.7},   {ALK, 1.0},  {COD, 0.2},  {COD, 0.35}, {COD, 0.1}, {COD, 0.03}, {TP, 0.3},
+    {COD, 0.01}, {COD, 0.01}, {TSS, 1.0},  {TSS, 0.0},  {TSS, 0.0},
 };
 
 static Unit Units[MAX_UNITS];
 static int UnitCount;
 static int IsUnsteady;
 static double Constant, StartVolume, StartQual[CONSTITUENT_COUNT];
-static double Volume, Mass[CONSTITUENT_COUNT];                   /* m3, g */
-static double Outflow, Concentrations[CONSTITUENT_COUNT];        /* m3/s, g/m3, of what leaves the basin */
+static double Volume, Mass[CONSTITUENT_COUNT];            /* m3, g */
+static double Outflow, Concentrations[CONSTITUENT_COUNT]; /* m3/s, g/m3, of what leaves the basin */
 static double WaterIn, WaterOut, MassIn[CONSTITUENT_COUNT], MassOut[CONSTITUENT_COUNT];
 
 static Unit* findUnit(const char* name) {

@@ -21,7 +21,8 @@ inline std::string generateNetwork(unsigned seed, int nodes, int pollutants, con
             pipes += ends + std::to_string(60 * (1 + pick(5))) + " " + std::to_string(1 + pick(3)) + " 0." +
                      std::to_string(pick(5)) + (pick(4) == 0 ? " 0.05" : " 0") + "\n";
             if (pollutants > 0 && pick(2) == 0) {
-                decays += id + " LINK " + name("Q", pick(pollutants)) + " FIRST " + std::to_string(pick(20)) + " \"\"\n";
+                decays +=
+                    id + " LINK " + name("Q", pick(pollutants)) + " FIRST " + std::to_string(pick(20)) + " \"\"\n";
             }
         } else {
             connections += ends + std::to_string(pick(600)) + "\n";
@@ -52,8 +53,9 @@ inline std::string generateNetwork(unsigned seed, int nodes, int pollutants, con
     for (int p = 0; p < pollutants; ++p) {
         quality += name("Q", p) + " 0\n";
     }
-    return "[JUNCTIONS]\n" + junctions + "[OUTFALLS]\n" + name("OUT", 0) + "\n" + name("OUT", 1) + "\n[SPLITTERS]\n" + splitters +
-           "[PIPES]\n" + pipes + "[CONNECTIONS]\n" + connections + "[POLLUTANTS]\n" + quality + "[DECAY_COEFFICIENT]\n" + decays +
-           "[INFLOWS]\n" + inflows + "[DWFS]\n" + dwfs + "[PATTERNS]\n" + name("H", 0) + " HOURLY 1 1.5 0.7 1.2\n[TIMESERIES]\n" +
-           name("S", 0) + " 2021/02/28 0:00 0 12:00 0 2021/03/01 0:00 0 0:30 40 1:00 10 2:00 90 3:00 0\n";
+    return "[JUNCTIONS]\n" + junctions + "[OUTFALLS]\n" + name("OUT", 0) + "\n" + name("OUT", 1) + "\n[SPLITTERS]\n" +
+           splitters + "[PIPES]\n" + pipes + "[CONNECTIONS]\n" + connections + "[POLLUTANTS]\n" + quality +
+           "[DECAY_COEFFICIENT]\n" + decays + "[INFLOWS]\n" + inflows + "[DWFS]\n" + dwfs + "[PATTERNS]\n" +
+           name("H", 0) + " HOURLY 1 1.5 0.7 1.2\n[TIMESERIES]\n" + name("S", 0) +
+           " 2021/02/28 0:00 0 12:00 0 2021/03/01 0:00 0 0:30 40 1:00 10 2:00 90 3:00 0\n";
 }

@@ -49,13 +49,9 @@ struct LandProject {
 
 class LandTest : public ::testing::Test {
 protected:
-    void TearDown() override {
-        tarnvelde_close();
-    }
+    void TearDown() override { tarnvelde_close(); }
 
-    int32_t open(const LandProject& project) {
-        return openText(project.text());
-    }
+    int32_t open(const LandProject& project) { return openText(project.text()); }
 
     int32_t openText(const std::string& text) {
         const std::string input = folder.write("model.inp", text);

@@ -8,13 +8,13 @@
 
 #include "support/project.h"
 
-/// Four steps of one minute. J1 takes in 0.5 m3/s and 0.002 kg/s, that is 4 mg/L, of a pollutant (names hold no blank); C1 delays it by two
-/// minutes, so O1 gets nothing in steps 1 and 2, and 0.5 m3/s with 4 mg/L in steps 3 and 4.
+/// Four steps of one minute. J1 takes in 0.5 m3/s and 0.002 kg/s, that is 4 mg/L, of a pollutant (names hold no blank);
+/// C1 delays it by two minutes, so O1 gets nothing in steps 1 and 2, and 0.5 m3/s with 4 mg/L in steps 3 and 4.
 inline std::string getDelayedProject(const std::string& options = "REPORT_STEP 0:01:00\nREPORT_AVERAGE NO\n",
                                      const std::string& pollutant = "A-B", const std::string& junction = "J1") {
     return getGeneral(4) + options + "[JUNCTIONS]\n" + junction + "\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 " + junction +
-           " O1 NO 120\n[POLLUTANTS]\n" + pollutant + " 0\n[INFLOWS]\n" + junction + " FLOW FLOW 0.5 \"\" 1\n" + junction +
-           " MASS " + pollutant + " 0.002 \"\" 1\n";
+           " O1 NO 120\n[POLLUTANTS]\n" + pollutant + " 0\n[INFLOWS]\n" + junction + " FLOW FLOW 0.5 \"\" 1\n" +
+           junction + " MASS " + pollutant + " 0.002 \"\" 1\n";
 }
 
 /// The same without a pollutant.

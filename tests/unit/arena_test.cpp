@@ -29,7 +29,8 @@ TEST_F(ArenaTest, GivesSomethingForNothing) {
 TEST_F(ArenaTest, RefusesMoreThanTheMachineHas) {
     EXPECT_EQ(arena_allocateArray<double>(arena, INT64_MAX), nullptr);
     EXPECT_EQ(arena_allocateArray<double>(arena, int64_t{1} << 50), nullptr);
-    EXPECT_EQ(arena_allocateArray<double>(arena, int64_t{1} << 40), nullptr);  // 8 TiB, which an address space could hold
+    EXPECT_EQ(arena_allocateArray<double>(arena, int64_t{1} << 40),
+              nullptr);  // 8 TiB, which an address space could hold
     EXPECT_NE(arena_allocate(arena, 8), nullptr);
 }
 

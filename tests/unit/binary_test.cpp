@@ -26,10 +26,10 @@ TEST(Binary, FileIsAsLaidOutToTheByte) {
 
     FileImage image;
     image.addIntegers({MAGIC_NUMBER, 21000});
-    image.addInteger(0);                        // subcatchments
-    image.addIntegers({1, 0, 1, 0, 0, 0});      // junctions, tanks, outfalls, splitters, reactors, LID monomers
-    image.addIntegers({0, 0, 1, 0, 0, 0});      // pipes, pumps, connections, conduits, weirs, orifices
-    image.addInteger(1);                        // pollutants
+    image.addInteger(0);                    // subcatchments
+    image.addIntegers({1, 0, 1, 0, 0, 0});  // junctions, tanks, outfalls, splitters, reactors, LID monomers
+    image.addIntegers({0, 0, 1, 0, 0, 0});  // pipes, pumps, connections, conduits, weirs, orifices
+    image.addInteger(1);                    // pollutants
     ASSERT_EQ(image.bytes.size(), 64u);
     for (const char* name : {"J1", "O1", "C1", "A-B"}) {
         image.addName(name);
@@ -51,7 +51,7 @@ TEST(Binary, FileIsAsLaidOutToTheByte) {
         image.addDouble(start + (60.0 * period + 0.001) / 86400.0);  // a millisecond late
         image.addFloats({0, 0, 0, 0});                               // no land
         image.addFloats({0.5f + out, 0.5f, 0, 0, 0, out, 0, 0});
-        image.addFloats({0.5f, 0.5f, 4.0f});   // J1
+        image.addFloats({0.5f, 0.5f, 4.0f});    // J1
         image.addFloats({out, 0, outQuality});  // O1
         image.addFloats({0.5f, out, outQuality});
     }
@@ -88,11 +88,13 @@ TEST(Binary, WithoutPollutantsBlocksHaveTheirFixedColumns) {
 }
 
 TEST(Binary, NamesStandInTheBytesOfTheProjectFile) {
-    ProjectFile project(getDelayedProject("", "A", "Stra\xDF"
-                                                   "e'x'"));
+    ProjectFile project(getDelayedProject("", "A",
+                                          "Stra\xDF"
+                                          "e'x'"));
     FileImage name;
-    name.addName("Stra\xDF"
-                 "e'x'");
+    name.addName(
+        "Stra\xDF"
+        "e'x'");
     EXPECT_EQ(runToFile(project).substr(64, name.bytes.size()), name.bytes);
 }
 

@@ -83,8 +83,8 @@ TEST_F(ConverterLines, InfluentPoints) {
 
 TEST_F(ConverterLines, EffluentPointsKnowAllComponents) {
     expectGood("C VORN_EFFLUENT");
-    const char* words[] = {"S_O2", "S_F", "S_A", "S_I", "S_NH4", "S_N2", "S_NO3", "S_PO4", "S_ALK", "X_I",
-                           "X_S", "X_H", "X_PAO", "X_PP", "X_PHA", "X_AUT", "X_TSS", "x_meoh", "X_MeP"};
+    const char* words[] = {"S_O2", "S_F", "S_A",   "S_I",  "S_NH4", "S_N2",  "S_NO3", "S_PO4",  "S_ALK", "X_I",
+                           "X_S",  "X_H", "X_PAO", "X_PP", "X_PHA", "X_AUT", "X_TSS", "x_meoh", "X_MeP"};
     for (const char* word : words) {
         expectGood(std::string("C TSS POLLUTANT ") + word + " 1");
     }
@@ -100,8 +100,8 @@ TEST_F(ConverterLines, TheTypeAtTheLineDecides) {
     expectGood("C COD POLLUTANT TSS 1");
     expectGood("C VORN_EFFLUENT");
     expectGood("C COD POLLUTANT X_I 1");
-    EXPECT_EQ(Converters[0].points->target, 0);      // the constituent
-    EXPECT_EQ(Converters[0].lastPoint->target, 1);   // the pollutant
+    EXPECT_EQ(Converters[0].points->target, 0);     // the constituent
+    EXPECT_EQ(Converters[0].lastPoint->target, 1);  // the pollutant
     expectError("C NH4 POLLUTANT X_I 1", ERR_UNDEFINED_OBJECT, "NH4");
 }
 
@@ -189,7 +189,10 @@ TEST(ConverterValidation, TellsTheFirstMissingPollutantOnly) {
     EXPECT_EQ(none.code, 911);
     EXPECT_EQ(none.report, repeatMessage(message, 1));
     EXPECT_EQ(openProject(getGeneral(2) + Network + pollutants + "E A CONSTANT 0 0\nE C CONSTANT 0 0\n").code, 911);
-    EXPECT_EQ(openProject(getGeneral(2) + Network + pollutants + "E A CONSTANT 0 0\nE C CONSTANT 0 0\nE B CONSTANT 0 0\n").code, 0);
+    EXPECT_EQ(
+        openProject(getGeneral(2) + Network + pollutants + "E A CONSTANT 0 0\nE C CONSTANT 0 0\nE B CONSTANT 0 0\n")
+            .code,
+        0);
 }
 
 TEST(ConverterValidation, AnEffluentWithoutPollutantsIsComplete) {
@@ -197,8 +200,8 @@ TEST(ConverterValidation, AnEffluentWithoutPollutantsIsComplete) {
 }
 
 TEST(ConverterValidation, GoesOnWithTheNextConverter) {
-    const OpenResult result = openProject(getGeneral(2) + Network +
-                                          "[POLLUTANTS]\nA 0\n[CONVERTERS]\nE VORN_EFFLUENT\nF VORN_EFFLUENT\n");
+    const OpenResult result =
+        openProject(getGeneral(2) + Network + "[POLLUTANTS]\nA 0\n[CONVERTERS]\nE VORN_EFFLUENT\nF VORN_EFFLUENT\n");
     EXPECT_NE(result.report.find("Converter E of"), std::string::npos);
     EXPECT_NE(result.report.find("Converter F of"), std::string::npos);
 }
@@ -248,9 +251,10 @@ TEST_F(ConverterAmounts, OfConstantsGoWithTheFlow) {
 }
 
 TEST_F(ConverterAmounts, TakenOffLeaveNothingBelowZero) {
-    points = {makePoint(1, SOURCE_CONSTANT, -1, 10.0, 1.0), makePoint(1, SOURCE_CONSTANT, -1, 4.0, 1.0, OPERATION_SUBTRACT),
-              makePoint(1, SOURCE_CONSTANT, -1, 9.0, 1.0, OPERATION_SUBTRACT), makePoint(1, SOURCE_CONSTANT, -1, 2.0, 1.0),
-              makePoint(2, SOURCE_POLLUTANT, 0, 0.0, 1.0, OPERATION_SUBTRACT)};
+    points = {
+        makePoint(1, SOURCE_CONSTANT, -1, 10.0, 1.0), makePoint(1, SOURCE_CONSTANT, -1, 4.0, 1.0, OPERATION_SUBTRACT),
+        makePoint(1, SOURCE_CONSTANT, -1, 9.0, 1.0, OPERATION_SUBTRACT), makePoint(1, SOURCE_CONSTANT, -1, 2.0, 1.0),
+        makePoint(2, SOURCE_POLLUTANT, 0, 0.0, 1.0, OPERATION_SUBTRACT)};
     apply(1.0, 0.5, 0.0);
     EXPECT_EQ(constituents[1], 2.0);  // 10, 6, 0, 2
     EXPECT_EQ(constituents[2], 0.0);

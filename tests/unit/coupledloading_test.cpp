@@ -1,5 +1,5 @@
-// Private copies of engines: where the library is looked for, what is said when it can't be had, and that no copy outlives
-// its project.
+// Private copies of engines: where the library is looked for, what is said when it can't be had, and that no copy
+// outlives its project.
 
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -172,7 +172,8 @@ TEST(LibraryPath, OfAFolderWithoutSeparatorLosesItsLastPart) {
     fs::copy_file(Engines + "libswmm5ex.so", p.folder + "engines/libswmm5ex.so");
     tarnvelde_initSwmmDll((p.folder + "engines").c_str(), p.copies.c_str());
     EXPECT_EQ(p.open(), 243);
-    EXPECT_EQ(p.getErrors(), std::vector<std::string>{"ERROR 243: swmm dll \"" + p.folder + "swmm5ex.dll\" does not exist."});
+    EXPECT_EQ(p.getErrors(),
+              std::vector<std::string>{"ERROR 243: swmm dll \"" + p.folder + "swmm5ex.dll\" does not exist."});
 }
 
 TEST(LibraryPath, MissingOrEmptyIsTheFolderOfTheProgram) {
@@ -238,9 +239,10 @@ TEST(LibraryMessages, EachNodeTellsItsMissingLibrary) {
     tarnvelde_initSwmmDll(folder.c_str(), p.copies.c_str());
     tarnvelde_initVornDll(folder.c_str(), p.copies.c_str());
     EXPECT_EQ(p.open(), 920);  // the last of them; the lines of the file are not read any more
-    EXPECT_EQ(p.getErrors(), (std::vector<std::string>{"ERROR 243: swmm dll \"" + folder + "swmm5ex.dll\" does not exist.",
-                                                       "ERROR 243: swmm dll \"" + folder + "swmm5ex.dll\" does not exist.",
-                                                       "ERROR 920: vorn dll \"" + folder + "vorn.dll\" does not exist."}));
+    EXPECT_EQ(p.getErrors(),
+              (std::vector<std::string>{"ERROR 243: swmm dll \"" + folder + "swmm5ex.dll\" does not exist.",
+                                        "ERROR 243: swmm dll \"" + folder + "swmm5ex.dll\" does not exist.",
+                                        "ERROR 920: vorn dll \"" + folder + "vorn.dll\" does not exist."}));
     EXPECT_TRUE(p.takeCalls().empty());
 }
 
@@ -274,7 +276,8 @@ TEST(LibraryMessages, NothingIsLoadedAfterAnErrorOfTheFirstPass) {
     addModels(p);
     tarnvelde_initSwmmDll(TARNVELDE_ENGINE_FOLDER, "nowhere/");
     EXPECT_EQ(p.open(), 200);
-    EXPECT_EQ(p.getErrors(), std::vector<std::string>{"ERROR 207: duplicate ID name O at line 16 of [OUTFALLS] section:"});
+    EXPECT_EQ(p.getErrors(),
+              std::vector<std::string>{"ERROR 207: duplicate ID name O at line 16 of [OUTFALLS] section:"});
     EXPECT_TRUE(p.getCopies().empty());
 }
 
@@ -301,7 +304,8 @@ static const std::vector<std::string> SilentVorn = {
     "ERROR 929: cannot find vorn effluent E."};
 
 static const std::string SwmmWithRecords =
-    "[OUTFALLS]\nO\n[CONNECTIONS]\nC A O NO 0\n[POLLUTANTS]\nTSS 0\n[SWMM_INPS]\nA a.inp NO\nINFLOW IN C\nOUTFLOW OUT C\n";
+    "[OUTFALLS]\nO\n[CONNECTIONS]\nC A O NO 0\n[POLLUTANTS]\nTSS 0\n[SWMM_INPS]\nA a.inp NO\nINFLOW IN C\nOUTFLOW OUT "
+    "C\n";
 static const std::string VornWithRecords =
     "[OUTFALLS]\nO\n[CONNECTIONS]\nC P O NO 0\n[VORN_INPS]\nP p.sti NO\nINFLUENT I C CV\nEFFLUENT E C CE\n"
     "[CONVERTERS]\nCE VORN_EFFLUENT\nCV COD CONSTANT 0 0\nCV NH4 CONSTANT 0 0\nCV NO3 CONSTANT 0 0\n"
@@ -348,8 +352,8 @@ static const std::vector<std::string> VornNames = {
 
 TEST(MissingFunction, EndsTheLookUpAndIsStoodInForWithAllBehindIt) {
     ASSERT_EQ(SwmmNames.size(), 35u);
-    // What each check calls, by its place in the order of the look-ups: the check fails if that function, or one before it,
-    // isn't there.
+    // What each check calls, by its place in the order of the look-ups: the check fails if that function, or one before
+    // it, isn't there.
     const size_t places[] = {1, 19, 19, 19, 21, 16, 16, 18};
     for (size_t missing = 0; missing < SwmmNames.size(); ++missing) {
         CoupledProject p(SwmmWithRecords);

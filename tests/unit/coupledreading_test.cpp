@@ -73,7 +73,8 @@ TEST(SwmmLines, WithWordsHiddenByQuotesNeverLeaveTheTable) {
     // The first pass takes the quoted words for the names of two nodes, the second for records.
     readSections("[SWMM_INPS]\n\"INFLOW\" a b\n\"OUTFLOW\" a b\nS m.inp NO\n");
     // Here the first pass finds no definition at all, and the second finds one.
-    const std::string report = readSections("[SWMM_INPS]\nS m.inp NO\n[GRAPH]\n\"[SWMM_INPS]\"\nT m.inp NO\nOUTFLOW OUT D\n");
+    const std::string report =
+        readSections("[SWMM_INPS]\nS m.inp NO\n[GRAPH]\n\"[SWMM_INPS]\"\nT m.inp NO\nOUTFLOW OUT D\n");
     EXPECT_NE(report.find("ERROR 207: duplicate ID name T "), std::string::npos) << report;
 }
 

@@ -17,8 +17,8 @@ static std::string makeSwmm(const std::string& path, const std::string& records 
 }
 
 static std::string makeVorn(const std::string& path, const std::string& records = "") {
-    return "[OUTFALLS]\nO\n[CONNECTIONS]\nC P O NO 0\n[CONVERTERS]\nCE VORN_EFFLUENT\n[VORN_INPS]\nP " + path + " NO\n" +
-           records;
+    return "[OUTFALLS]\nO\n[CONNECTIONS]\nC P O NO 0\n[CONVERTERS]\nCE VORN_EFFLUENT\n[VORN_INPS]\nP " + path +
+           " NO\n" + records;
 }
 
 /// The messages of a project whose models are those of m.inp and m.sti.
@@ -154,8 +154,8 @@ TEST(SwmmValidation, IsDoneThoughTheNetworkIsWrong) {
     p.model("m.inp", getPassingModel(4));
     p.open();
     tarnvelde_close();
-    EXPECT_EQ(p.takeCalls(), (Strings{"m swmm_open \"m.inp\" \"m.rpt\" \"m.out\" = 0",
-                                      "m swmm_getStartAndEndTime = 0", "m swmm_getUnitSystem = 1", "m swmm_close = 0"}));
+    EXPECT_EQ(p.takeCalls(), (Strings{"m swmm_open \"m.inp\" \"m.rpt\" \"m.out\" = 0", "m swmm_getStartAndEndTime = 0",
+                                      "m swmm_getUnitSystem = 1", "m swmm_close = 0"}));
 }
 
 TEST(SwmmValidation, AModelThatDidNotOpenIsClosedAllTheSame) {
@@ -172,9 +172,10 @@ TEST(SwmmValidation, TheCallsInTheirOrder) {
     CoupledProject p(makeSwmm("m.inp", "OUTFLOW OUT C\nINFLOW IN C\n") + "[POLLUTANTS]\nTSS 0\nCOD 0\n");
     p.model("m.inp", getPassingModel(4, "substances COD TSS\n"));
     ASSERT_EQ(p.open(), 0);
-    EXPECT_EQ(p.takeCalls(), (Strings{"m swmm_open \"m.inp\" \"m.rpt\" \"m.out\" = 0", "m swmm_getStartAndEndTime = 0",
-                                      "m swmm_getUnitSystem = 1", "m swmm_isNode \"IN\" = 0", "m swmm_isNode \"OUT\" = 1",
-                                      "m swmm_isPollut \"TSS\" = 0 : 1", "m swmm_isPollut \"COD\" = 0 : 0"}));
+    EXPECT_EQ(p.takeCalls(),
+              (Strings{"m swmm_open \"m.inp\" \"m.rpt\" \"m.out\" = 0", "m swmm_getStartAndEndTime = 0",
+                       "m swmm_getUnitSystem = 1", "m swmm_isNode \"IN\" = 0", "m swmm_isNode \"OUT\" = 1",
+                       "m swmm_isPollut \"TSS\" = 0 : 1", "m swmm_isPollut \"COD\" = 0 : 0"}));
 }
 
 TEST(VornValidation, EachAnswerIsTold) {
@@ -190,8 +191,9 @@ TEST(VornValidation, EachAnswerIsTold) {
 }
 
 TEST(VornValidation, UnitsMustBeOfTheirType) {
-    EXPECT_EQ(getErrors(makeVorn("m.sti", "INFLUENT E C CE\nINFLUENT X C CE\nEFFLUENT I C CE\nEFFLUENT X C CE\n"
-                                          "INFLUENT I C CE\nEFFLUENT E C CE\n"),
+    EXPECT_EQ(getErrors(makeVorn("m.sti",
+                                 "INFLUENT E C CE\nINFLUENT X C CE\nEFFLUENT I C CE\nEFFLUENT X C CE\n"
+                                 "INFLUENT I C CE\nEFFLUENT E C CE\n"),
                         getPassingPlant(4), 929),
               (Strings{"ERROR 928: cannot find vorn influent E.", "ERROR 928: cannot find vorn influent X.",
                        "ERROR 929: cannot find vorn effluent I.", "ERROR 929: cannot find vorn effluent X."}));

@@ -40,8 +40,16 @@ TEST(EncodeDate, CountsDaysFrom30December1899) {
 }
 
 TEST(EncodeDate, RefusesWhatIsNoDate) {
-    for (const auto& [y, m, d] : {std::tuple{0, 1, 1}, {10000, 1, 1}, {2020, 0, 1}, {2020, 13, 1}, {2020, 1, 0},
-                                  {2020, 1, 32}, {2020, 2, 30}, {2021, 2, 29}, {1900, 2, 29}, {2020, 4, 31}}) {
+    for (const auto& [y, m, d] : {std::tuple{0, 1, 1},
+                                  {10000, 1, 1},
+                                  {2020, 0, 1},
+                                  {2020, 13, 1},
+                                  {2020, 1, 0},
+                                  {2020, 1, 32},
+                                  {2020, 2, 30},
+                                  {2021, 2, 29},
+                                  {1900, 2, 29},
+                                  {2020, 4, 31}}) {
         EXPECT_EQ(datetime_encodeDate(y, m, d), NO_DATE) << y << '/' << m << '/' << d;
     }
     EXPECT_NE(datetime_encodeDate(2000, 2, 29), NO_DATE);
@@ -112,15 +120,17 @@ TEST(AddSeconds, RoundsTheDateButNotTheSeconds) {
 TEST(ParseDate, TakesYearMonthDayWithAnySeparators) {
     const double day = datetime_encodeDate(2020, 1, 5);
     EXPECT_EQ(day, 43835.0);
-    for (const char* text : {"2020/01/05", "2020-1-5", "2020-JAN-05", "2020/jan/5", "2020.1-5", "2020/1/5abc", "2020-Jan-5"}) {
+    for (const char* text :
+         {"2020/01/05", "2020-1-5", "2020-JAN-05", "2020/jan/5", "2020.1-5", "2020/1/5abc", "2020-Jan-5"}) {
         EXPECT_EQ(parseDate(text), day) << text;
     }
     EXPECT_EQ(parseDate("2020/2/29"), datetime_encodeDate(2020, 2, 29));
 }
 
 TEST(ParseDate, RefusesWhatIsNoDate) {
-    for (const char* text : {"", "2020.1.5", "20200105", "2020/02/30", "1900/2/29", "2020/", "2020/1", "2020/1/", "2020-XYZ-5",
-                             "2020-JANUARY-5", "-", "/", "a/b/c", "2020/-1/5", "99999999999/1/1", "12:30"}) {
+    for (const char* text :
+         {"", "2020.1.5", "20200105", "2020/02/30", "1900/2/29", "2020/", "2020/1", "2020/1/", "2020-XYZ-5",
+          "2020-JANUARY-5", "-", "/", "a/b/c", "2020/-1/5", "99999999999/1/1", "12:30"}) {
         EXPECT_EQ(parseDate(text), NO_DATE) << text;
     }
 }

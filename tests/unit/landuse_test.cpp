@@ -164,15 +164,11 @@ TEST_F(LanduseTest, LandUsesWithoutPollutantsRun) {
 
 class BuildupTest : public LanduseTest {
 protected:
-    void SetUp() override {
-        ASSERT_EQ(openWith("[BUILDUP]\nRoof A 12 0.4\n"), 0);
-    }
+    void SetUp() override { ASSERT_EQ(openWith("[BUILDUP]\nRoof A 12 0.4\n"), 0); }
 
     static constexpr double DAY = 86400.0;
 
-    static double curve(double days) {
-        return 12.0 * (1.0 - std::exp(-0.4 * days));
-    }
+    static double curve(double days) { return 12.0 * (1.0 - std::exp(-0.4 * days)); }
 };
 
 TEST_F(BuildupTest, FollowsItsCurve) {
@@ -296,9 +292,7 @@ protected:
         *buildup = 20.0;
     }
 
-    void wash() {
-        subcatch_washLand(0, RATE, STEP);
-    }
+    void wash() { subcatch_washLand(0, RATE, STEP); }
 
     Subcatch* s;
     WashoffRule* rule;

@@ -28,9 +28,7 @@ protected:
     std::string links = "[CONNECTIONS]\nC M OUT NO 0\n";
     std::unique_ptr<ProjectFile> file;
 
-    void SetUp() override {
-        project.lids = "IT IT\nIT STORAGE 500 1 0\n";
-    }
+    void SetUp() override { project.lids = "IT IT\nIT STORAGE 500 1 0\n"; }
 
     std::string getText() {
         LidProject whole = project;
@@ -48,12 +46,8 @@ protected:
         ASSERT_EQ(tarnvelde_start(0), 0);
     }
 
-    static LidMono& unit() {
-        return LidMonos[0];
-    }
-    static Node& node() {
-        return Nodes[static_cast<size_t>(findMono())];
-    }
+    static LidMono& unit() { return LidMonos[0]; }
+    static Node& node() { return Nodes[static_cast<size_t>(findMono())]; }
 
     static int32_t findMono() {
         for (size_t k = 0; k < Nodes.size(); ++k) {

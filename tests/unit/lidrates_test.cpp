@@ -105,9 +105,7 @@ protected:
         setStorage(0.4, 0.5, 2e-5);
     }
 
-    double getPercolation(double moisture) const {
-        return 1e-4 * std::exp(-10.0 * (0.5 - moisture));
-    }
+    double getPercolation(double moisture) const { return 1e-4 * std::exp(-10.0 * (0.5 - moisture)); }
 };
 
 TEST_F(BioCell, PassesWaterDownThroughLayersWithRoom) {
@@ -291,9 +289,7 @@ protected:
         unit.fullWidth = 10.0;
     }
 
-    double getPercolation(double moisture) const {
-        return 1e-4 * std::exp(-10.0 * (0.5 - moisture));
-    }
+    double getPercolation(double moisture) const { return 1e-4 * std::exp(-10.0 * (0.5 - moisture)); }
 };
 
 TEST_F(GreenRoof, MatWithoutRoughnessPassesWhatTheSoilGives) {
@@ -438,13 +434,9 @@ protected:
         setStorage(0.4, 0.5, 2e-5);
     }
 
-    void addSoil() {
-        setSoil(0.3, 0.5, 0.2, 0.1, 1e-4, 10.0);
-    }
+    void addSoil() { setSoil(0.3, 0.5, 0.2, 0.1, 1e-4, 10.0); }
 
-    double getPercolation(double moisture) const {
-        return 1e-4 * std::exp(-10.0 * (0.5 - moisture));
-    }
+    double getPercolation(double moisture) const { return 1e-4 * std::exp(-10.0 * (0.5 - moisture)); }
 };
 
 TEST_F(Pavement, PassesWaterDownWithoutSoil) {

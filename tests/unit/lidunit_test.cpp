@@ -387,9 +387,7 @@ protected:
     LidProject project;
     std::unique_ptr<ProjectFile> file;
 
-    void SetUp() override {
-        project.lids = "RB RB\nRB STORAGE 1000 1 0\nRB DRAIN 36 1 0 6\n";
-    }
+    void SetUp() override { project.lids = "RB RB\nRB STORAGE 1000 1 0\nRB DRAIN 36 1 0 6\n"; }
 
     void start() {
         file = std::make_unique<ProjectFile>(project.text());
@@ -398,9 +396,7 @@ protected:
         RunoffVolumes = RunoffVolumesRecord{};
     }
 
-    static Subcatch& subcatch() {
-        return Subcatches[0];
-    }
+    static Subcatch& subcatch() { return Subcatches[0]; }
 };
 
 TEST_F(Group, UnitsStartAtTheirSaturation) {

@@ -12,7 +12,8 @@
 #include "input/reader.h"
 #include "support/project.h"
 
-static const std::string NETWORK = "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\n";
+static const std::string NETWORK =
+    "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\n";
 static const std::string PROJECT = getGeneral(10) + NETWORK;
 static const std::string NOT_OPEN = "\n  \n  ERROR 400: project not open or last run not ended.";
 
@@ -218,7 +219,8 @@ TEST(Steps, FreezeWithAnErrorWhenTheNextRunoffIsDue) {
 
 TEST(Steps, OfManySecondsAreTakenInDouble) {
     // 600 hours are 2.16e9 ms, more than 32 bits hold.
-    ProjectFile project("[GENERAL]\nEND_DATE 2020/04/01\nROUTING_STEP 600\nRUNOFF_STEP 600\nREPORT_STEP 600\n" + NETWORK);
+    ProjectFile project("[GENERAL]\nEND_DATE 2020/04/01\nROUTING_STEP 600\nRUNOFF_STEP 600\nREPORT_STEP 600\n" +
+                        NETWORK);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(ReportTime, 2.16e9);
@@ -262,7 +264,8 @@ TEST(Reporting, WorksBeforeAStartTwiceAndBehindTheEnd) {
 }
 
 TEST(Reporting, GivesTheErrorsOnceTheRunHasEnded) {
-    ProjectFile project(getGeneral(30) + "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0\n[DWFS]\nA FLOW 0.25 \"\"\n");
+    ProjectFile project(getGeneral(30) +
+                        "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0\n[DWFS]\nA FLOW 0.25 \"\"\n");
     double runoff = 7.0, flow = 7.0, quality = 7.0;
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_getMassBalErr(&runoff, &flow, &quality), 0);
@@ -300,7 +303,9 @@ TEST(Running, GivesTheCodeOfAProjectWithErrors) {
 }
 
 TEST(Running, FailsWhenThePipesNeedMoreMemoryThanThereIs) {
-    ProjectFile project(getGeneral(10) + "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 2147483647 0 0\n[POLLUTANTS]\nX 0\nY 0\nZ 0\n");
+    ProjectFile project(
+        getGeneral(10) +
+        "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 2147483647 0 0\n[POLLUTANTS]\nX 0\nY 0\nZ 0\n");
     int32_t code = 0;
     const std::string console = catchConsole([&] { code = project.run(); });
     EXPECT_EQ(code, 101);
@@ -340,16 +345,18 @@ TEST(Reporting, WritesTheTablesOfASmallProject) {
     const std::string out = isShort ? "135.000" : "150.000", late = isShort ? " 15.000" : "  0.000";
     const std::string load = isShort ? "1.080" : "1.200", lateLoad = isShort ? "0.120" : "0.000";
     const std::string stars = "\n  **************************", dashes = " ----------------";
-    std::string expected = stars + "           Volume            Depth\n  Runoff Quantity Continuity               m3               mm" + stars +
-                           dashes + dashes;
-    for (const char* row : {"Total Rainfall   ", "Init. LID Storage", "Evap. Loss       ", "Infil. Loss      ", "Surface Runoff   ",
-                            "LID Drainage     ", "Final Storage    "}) {
+    std::string expected =
+        stars + "           Volume            Depth\n  Runoff Quantity Continuity               m3               mm" +
+        stars + dashes + dashes;
+    for (const char* row : {"Total Rainfall   ", "Init. LID Storage", "Evap. Loss       ", "Infil. Loss      ",
+                            "Surface Runoff   ", "LID Drainage     ", "Final Storage    "}) {
         expected += "\n  " + std::string(row) + "                     0.000            0.000 ";
     }
     expected += "\n  Continuity Error (%)                  0.000\n  ";
     expected += stars + "                X\n  Runoff Quality Continuity                kg" + stars + dashes;
-    for (const char* row : {"Init. Buildup    ", "Surface Buildup  ", "Wet Deposition   ", "Infil. Loss      ", "BMP Removal      ",
-                            "LID Removal      ", "Surface Washoff  ", "LID Drainage     ", "LID Final Storage", "Remaining Buildup"}) {
+    for (const char* row :
+         {"Init. Buildup    ", "Surface Buildup  ", "Wet Deposition   ", "Infil. Loss      ", "BMP Removal      ",
+          "LID Removal      ", "Surface Washoff  ", "LID Drainage     ", "LID Final Storage", "Remaining Buildup"}) {
         expected += "\n  " + std::string(row) + "                     0.000";
     }
     const double zero = NewRoutingTime * 0.0;
@@ -398,28 +405,34 @@ TEST(Reporting, WritesTheTablesOfASmallProject) {
     EXPECT_EQ(rest.substr(0, 25), "\n  Continuity Error (%)  ");
     EXPECT_EQ(rest.substr(rest.find("0.000", 25), 5), "0.000");
     const std::string total = isShort ? "135.000" : "150.000";
-    EXPECT_EQ(rest.substr(line),
-              "\n  \n  *******************\n  Node Inflow Summary\n  *******************"
-              "\n                                              Inflow      Max. Inflow"
-              "\n  Node             Type                           m3             m3/s"
-              "\n  ---------------- ---------------- ---------------- ----------------"
-              "\n  A                JUNCTION                  150.000            0.250"
-              "\n  OUT              OUTFALL                   " + total + "            0.250"
-              "\n  \n  ***********************\n  Outfall Loading Summary\n  ***********************"
-              "\n                                  X"
-              "\n  Outfall                        kg"
-              "\n  ---------------- ----------------"
-              "\n  OUT                         " + load +
-              "\n  \n  *****************\n  Link Flow Summary\n  *****************"
-              "\n                                                Flow        Max. Flow            Flood       Max. Flood"
-              "\n  Link             Type                           m3             m3/s               m3             m3/s"
-              "\n  ---------------- ---------------- ---------------- ---------------- ---------------- ----------------"
-              "\n  C                CONNECTION                " + total + "            0.250            0.000            0.000");
+    EXPECT_EQ(
+        rest.substr(line),
+        "\n  \n  *******************\n  Node Inflow Summary\n  *******************"
+        "\n                                              Inflow      Max. Inflow"
+        "\n  Node             Type                           m3             m3/s"
+        "\n  ---------------- ---------------- ---------------- ----------------"
+        "\n  A                JUNCTION                  150.000            0.250"
+        "\n  OUT              OUTFALL                   " +
+            total +
+            "            0.250"
+            "\n  \n  ***********************\n  Outfall Loading Summary\n  ***********************"
+            "\n                                  X"
+            "\n  Outfall                        kg"
+            "\n  ---------------- ----------------"
+            "\n  OUT                         " +
+            load +
+            "\n  \n  *****************\n  Link Flow Summary\n  *****************"
+            "\n                                                Flow        Max. Flow            Flood       Max. Flood"
+            "\n  Link             Type                           m3             m3/s               m3             m3/s"
+            "\n  ---------------- ---------------- ---------------- ---------------- ---------------- ----------------"
+            "\n  C                CONNECTION                " +
+            total + "            0.250            0.000            0.000");
 }
 
 TEST(Reporting, PushesARowForALongName) {
     const std::string name(40, 'N');
     ProjectFile project(getGeneral(10) + "[OUTFALLS]\n" + name + "\n");
     ASSERT_EQ(project.run(), 0);
-    EXPECT_NE(project.getReport().find("\n  " + name + " OUTFALL                     0.000            0.000"), std::string::npos);
+    EXPECT_NE(project.getReport().find("\n  " + name + " OUTFALL                     0.000            0.000"),
+              std::string::npos);
 }

@@ -729,6 +729,20 @@ TEST_F(NetworkTest, gridClosedByOneLinkIsFoundAtTheCostOfItsLinks) {
     EXPECT_LE(check.visits, 6 * size());
 }
 
+/// A chain with a link from each node to any other: all hang together, and many nodes have to be asked for a circle.
+TEST_F(NetworkTest, tangledNetworkIsNotDividedAnewForEachNode) {
+    const int32_t count = 20000;
+    std::mt19937 random(5);
+    addNamelessNodes(count);
+    for (int32_t k = 1; k < count; ++k) {
+        addNamelessLink(k - 1, k);
+        addNamelessLink(k, 1 + static_cast<int32_t>(random() % (count - 1)));
+    }
+    const LoopCheck check = checkLoops();
+    EXPECT_NE(check.loopName, nullptr);
+    EXPECT_LE(check.visits, 100 * size());
+}
+
 /// Each node drains to all others, and a chain leads to the first one.
 TEST_F(NetworkTest, denseNetworkCostsAtMostItsSizeForEachNodeOnLoops) {
     const int32_t dense = 200;

@@ -30,7 +30,8 @@ static std::string getErrors(const std::string& section, int32_t code = 200) {
     return result.report;
 }
 
-static std::string lineError(const std::string& message, int line, const std::string& section, const std::string& text) {
+static std::string lineError(const std::string& message, int line, const std::string& section,
+                             const std::string& text) {
     return "\n  \n  " + message + "at line " + std::to_string(line) + " of " + section + " section:\n  " + text;
 }
 
@@ -80,8 +81,8 @@ TEST(FirstPass, TellsAnUnknownHeaderAndEveryLineBehindIt) {
     const OpenResult result = openProject("[NONE] x\na b\n// comment\n\n /c\nlast\n" + getGeneral(10) + NETWORK);
     EXPECT_EQ(result.code, 200);
     const std::string message = "\n  \n  ERROR 205: invalid keyword  at line ";
-    EXPECT_EQ(result.report, message + "1 of input file:\n  [NONE] x\n" + message + "2 of input file:\n  a b\n" + message +
-                                 "6 of input file:\n  last\n");
+    EXPECT_EQ(result.report, message + "1 of input file:\n  [NONE] x\n" + message + "2 of input file:\n  a b\n" +
+                                 message + "6 of input file:\n  last\n");
 }
 
 TEST(FirstPass, ShowsTheNameOfTheErrorBeforeForAnUnknownHeader) {
@@ -201,8 +202,9 @@ TEST(Duration, NeedsAnEndBehindTheStart) {
 TEST(Duration, IsTestedBehindTheReportStep) {
     const OpenResult result = openProject("[GENERAL]\nREPORT_STEP 0:00:04\n" + NETWORK);
     EXPECT_EQ(result.code, 171);
-    EXPECT_EQ(result.report, "\n  \n  ERROR 173: reporting time step or duration is less than routing time step."
-                             "\n  \n  ERROR 171: simulation start date comes after ending date.");
+    EXPECT_EQ(result.report,
+              "\n  \n  ERROR 173: reporting time step or duration is less than routing time step."
+              "\n  \n  ERROR 171: simulation start date comes after ending date.");
 }
 
 TEST(Duration, NeedsAReportStepThatIsNotShorterThanTheRoutingStep) {
@@ -222,7 +224,8 @@ TEST(Duration, IsTheFloorOfAProduct) {
 }
 
 TEST(Duration, KeepsTheLastOfSeveralValues) {
-    ProjectFile project(getGeneral(10) + NETWORK + "[GENERAL]\nROUTING_STEP 0:00:30\n[RTC]\n[GENERAL]\nROUTING_STEP 0:00:20\n");
+    ProjectFile project(getGeneral(10) + NETWORK +
+                        "[GENERAL]\nROUTING_STEP 0:00:30\n[RTC]\n[GENERAL]\nROUTING_STEP 0:00:20\n");
     ASSERT_EQ(project.open(), 0);
     EXPECT_EQ(RoutingStep, 20);
 }
@@ -245,10 +248,11 @@ TEST(SplitterLines, AreRefused) {
 }
 
 TEST(SplitterLines, LimitRatios) {
-    ProjectFile project(getGeneral(10) + NETWORK +
-                        "[SPLITTERS]\nB P2 RATIO 1.5 x\nC P3 FLOW_RATIO 5 2\nD P4 flow_ratio 5 -1\nE P5 FLOW 7 x\n[PIPES]\nP2 B OUT NO "
-                        "60 1 0 0\nP3 C OUT NO 60 1 0 0\nP4 D OUT NO 60 1 0 0\nP5 E OUT NO 60 1 0 0\nQ2 B OUT NO 60 1 0 0\nQ3 C OUT NO "
-                        "60 1 0 0\nQ4 D OUT NO 60 1 0 0\nQ5 E OUT NO 60 1 0 0\n");
+    ProjectFile project(
+        getGeneral(10) + NETWORK +
+        "[SPLITTERS]\nB P2 RATIO 1.5 x\nC P3 FLOW_RATIO 5 2\nD P4 flow_ratio 5 -1\nE P5 FLOW 7 x\n[PIPES]\nP2 B OUT NO "
+        "60 1 0 0\nP3 C OUT NO 60 1 0 0\nP4 D OUT NO 60 1 0 0\nP5 E OUT NO 60 1 0 0\nQ2 B OUT NO 60 1 0 0\nQ3 C OUT NO "
+        "60 1 0 0\nQ4 D OUT NO 60 1 0 0\nQ5 E OUT NO 60 1 0 0\n");
     ASSERT_EQ(project.open(), 0) << project.getReport();
     EXPECT_EQ(Splitters[0].value, 1.0);
     EXPECT_EQ(Splitters[1].value, 5.0);
@@ -275,15 +279,17 @@ TEST(PipeLines, TruncateTheNumberOfReaches) {
     EXPECT_EQ(Pipes[0].maxFlow, 0.5);
     EXPECT_EQ(Links[0].isLagged, 1);
     tarnvelde_close();
-    EXPECT_EQ(openProject(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT NO 60 nan 0.2 0\n").report,
-              "\n  \n  ERROR 503: muskingum N value of Pipe P1 must be larger than zero.");
+    EXPECT_EQ(
+        openProject(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT NO 60 nan 0.2 0\n").report,
+        "\n  \n  ERROR 503: muskingum N value of Pipe P1 must be larger than zero.");
 }
 
 TEST(PipeValues, AreValidatedTogether) {
     const std::string text = "[JUNCTIONS]\nB\n[PIPES]\nP2 B OUT NO 59 0 0.6 0\n";
-    EXPECT_EQ(getErrors(text, 505), "\n  \n  ERROR181: mustkingum K value of Pipe P2 is less than routing time step."
-                                    "\n  \n  ERROR 503: muskingum N value of Pipe P2 must be larger than zero."
-                                    "\n  \n  ERROR 505: muskingum X value of Pipe P2 must be in the range of 0.0 and 0.5.");
+    EXPECT_EQ(getErrors(text, 505),
+              "\n  \n  ERROR181: mustkingum K value of Pipe P2 is less than routing time step."
+              "\n  \n  ERROR 503: muskingum N value of Pipe P2 must be larger than zero."
+              "\n  \n  ERROR 505: muskingum X value of Pipe P2 must be in the range of 0.0 and 0.5.");
     EXPECT_EQ(getErrors("[JUNCTIONS]\nB\n[PIPES]\nP2 B OUT NO 60 1 0.5 0\n", 0), "");
 }
 
@@ -341,7 +347,8 @@ TEST(DecayLines, AreRefused) {
 }
 
 TEST(DecayLines, TakeWordsAsZeroAndNegativeNumbersAsTheyAre) {
-    ProjectFile project(getGeneral(10) + NETWORK + "[DECAY_COEFFICIENT]\nP1 LINK TSS first word H\nP1 link COD FIRST -8.64 \"\"\n");
+    ProjectFile project(getGeneral(10) + NETWORK +
+                        "[DECAY_COEFFICIENT]\nP1 LINK TSS first word H\nP1 link COD FIRST -8.64 \"\"\n");
     ASSERT_EQ(project.open(), 0);
     const Decay* decay = Pipes[0].decay;
     EXPECT_EQ(decay[1].type, FIRST_ORDER);
@@ -365,8 +372,10 @@ TEST(DecayLines, AreDroppedForLinksWithoutWater) {
 }
 
 TEST(DecayLines, AreDroppedAheadOfTheirPipe) {
-    ProjectFile project("[POLLUTANTS]\nCOD 0\n[DECAY_COEFFICIENT]\nP1 LINK COD FIRST 1 \"\"\n[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\n"
-                        "P1 A OUT NO 60 1 0 0\n" + getGeneral(5));
+    ProjectFile project(
+        "[POLLUTANTS]\nCOD 0\n[DECAY_COEFFICIENT]\nP1 LINK COD FIRST 1 \"\"\n[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\n"
+        "P1 A OUT NO 60 1 0 0\n" +
+        getGeneral(5));
     ASSERT_EQ(project.open(), 0);
     EXPECT_EQ(Pipes[0].decay[0].type, -1);
 }
@@ -430,7 +439,8 @@ TEST(HostileFiles, AreAnsweredWithACode) {
 }
 
 TEST(HostileFiles, MayHoldANulByteInALine) {
-    const std::string text = getGeneral(10) + "[JUNCTIONS]\n" + std::string("A\0 hidden\n", 10) + "[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0\n";
+    const std::string text = getGeneral(10) + "[JUNCTIONS]\n" + std::string("A\0 hidden\n", 10) +
+                             "[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0\n";
     EXPECT_EQ(openProject(text).code, 0);
 }
 

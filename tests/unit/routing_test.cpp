@@ -51,7 +51,8 @@ static std::string onePipe(const std::string& values) {
 // --- the clock of a pipe -------------------------------------------------------------------------------------------
 
 TEST(PipeClock, FiresFirstInTheSecondStepWithTheFirstStepsFlow) {
-    Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 3 0:02 50 0:03 7 0:04 7\n");
+    Model m(onePipe("180 1 0 0") +
+            "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 3 0:02 50 0:03 7 0:04 7\n");
     m.step();
     EXPECT_EQ(m.node("OUT").newInflow, 0.0);
     EXPECT_NEAR(m.pipe("P").sumVolume, DT * 3.0, DT * 48.0 * MILLISECOND);
@@ -106,7 +107,8 @@ TEST(Muskingum, ReachesASteadyStateOfKTimesInflow) {
 
 TEST(Muskingum, EmptiesAReservoirGeometrically) {
     // With x = 0 and inflow 0, out = S / (1.5 K), so each firing leaves a third.
-    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 9 0:02 0 0:03 0\n");
+    Model m(onePipe("60 1 0 0") +
+            "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 9 0:02 0 0:03 0\n");
     m.step(2);
     double storage = m.pipe("P").storage[0];
     EXPECT_NEAR(storage, 9.0 * 60.0 - 60.0 * (9.0 * 30.0 / 90.0), 60.0 * 9.0 * MILLISECOND);
@@ -180,7 +182,9 @@ TEST(PipeLimit, LetsANegativeOutflowPass) {
 static const std::string TWO_POLLUTANTS = "[POLLUTANTS]\nX 0\nY 0\n";
 
 TEST(PipeQuality, PassesAConstantConcentrationUnchanged) {
-    Model m(onePipe("120 3 0.2 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n", 600);
+    Model m(onePipe("120 3 0.2 0") + TWO_POLLUTANTS +
+                "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n",
+            600);
     m.step(590);
     EXPECT_NEAR(m.link("P").newQual[0], 30.0, 1e-9);
     EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-9);
@@ -188,7 +192,8 @@ TEST(PipeQuality, PassesAConstantConcentrationUnchanged) {
 }
 
 TEST(PipeQuality, DecaysByTheFirstOrderInEachPeriod) {
-    Model m(onePipe("120 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
+    Model m(onePipe("120 1 0 0") + TWO_POLLUTANTS +
+            "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
             "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
     m.step(2);  // the reach was empty: all its water came in now, and decays for one period
     EXPECT_NEAR(m.link("P").newQual[0], 30.0 * std::exp(-0.001 * 120.0), 1e-12);
@@ -231,8 +236,8 @@ TEST(PipeDelivery, WeighsFlowAndLoadDifferently) {
 }
 
 TEST(PipeDelivery, IsThatOfAStepBeforeOverALaggedLink) {
-    const std::string text = "[JUNCTIONS]\nA\nB\n[OUTFALLS]\nOUT\n[PIPES]\nP A B YES 180 1 0 0\nQ B OUT NO 60 1 0 0\n" + TWO_POLLUTANTS +
-                             "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n";
+    const std::string text = "[JUNCTIONS]\nA\nB\n[OUTFALLS]\nOUT\n[PIPES]\nP A B YES 180 1 0 0\nQ B OUT NO 60 1 0 0\n" +
+                             TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n";
     Model m(text);
     m.step(5);
     const Link& link = m.link("P");
@@ -281,8 +286,9 @@ static std::string oneConnection(const std::string& delay) {
     return A_TO_OUT + "[CONNECTIONS]\nC A OUT NO " + delay + "\n";
 }
 
-static const std::string PULSE = "[INFLOWS]\nA FLOW FLOW 0 S 1\nA CONCEN X 20 \"\" 1\n[POLLUTANTS]\nX 0\n"
-                                 "[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 0 0:02 6 0:03 0 0:04 0\n";
+static const std::string PULSE =
+    "[INFLOWS]\nA FLOW FLOW 0 S 1\nA CONCEN X 20 \"\" 1\n[POLLUTANTS]\nX 0\n"
+    "[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 0 0:02 6 0:03 0 0:04 0\n";
 
 TEST(ConnectionDelay, OfZeroPassesAtOnce) {
     Model m(oneConnection("0") + PULSE);
@@ -324,7 +330,9 @@ TEST(ConnectionDelay, PastTheEndIsBookedAndNeverQueued) {
 
 TEST(ConnectionDelay, RollsItsInflowByAnOutfallOfItsNumber) {
     // Node 0 is the outfall and link 0 the first connection: only this one rolls.
-    const std::string text = "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\nB\n[CONNECTIONS]\nC A B NO 0\nD B OUT NO 0\n[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n";
+    const std::string text =
+        "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\nB\n[CONNECTIONS]\nC A B NO 0\nD B OUT NO 0\n[INFLOWS]\nA FLOW FLOW 2 \"\" "
+        "1\n";
     Model m(text);
     m.step(3);
     EXPECT_EQ(Connections[0].newInflow, 2.0);
@@ -337,7 +345,8 @@ TEST(ConnectionDelay, RollsItsInflowByAnOutfallOfItsNumber) {
 
 /// Flow to the first of a splitter's two links for an inflow.
 static double split(const std::string& rule, double inflow) {
-    Model m("[SPLITTERS]\nS C1 " + rule + "\n[OUTFALLS]\nO1\nO2\n[CONNECTIONS]\nC1 S O1 NO 0\nC2 S O2 NO 0\n[INFLOWS]\nS FLOW FLOW " +
+    Model m("[SPLITTERS]\nS C1 " + rule +
+            "\n[OUTFALLS]\nO1\nO2\n[CONNECTIONS]\nC1 S O1 NO 0\nC2 S O2 NO 0\n[INFLOWS]\nS FLOW FLOW " +
             std::to_string(inflow) + " \"\" 1\nS CONCEN X 10 \"\" 1\n[POLLUTANTS]\nX 0\n");
     m.step();
     EXPECT_DOUBLE_EQ(m.node("O1").newInflow + m.node("O2").newInflow, inflow);
@@ -368,8 +377,9 @@ TEST(Splitting, ByFlowAndRatioSharesTheExcess) {
     EXPECT_DOUBLE_EQ(split("FLOW_RATIO 3 -0.5", 7.0), 1.0);
 }
 
-static const std::string SPLIT_BY_RATIO = "[SPLITTERS]\nS C1 RATIO 0.25\n[OUTFALLS]\nO1\nO2\n[CONNECTIONS]\nC1 S O1 NO 0\nC2 S O2 NO 0\n"
-                                          "[JUNCTIONS]\nJ\n[PIPES]\nP J S NO 60 1 0 0\n[INFLOWS]\nS FLOW FLOW 4 \"\" 1\n";
+static const std::string SPLIT_BY_RATIO =
+    "[SPLITTERS]\nS C1 RATIO 0.25\n[OUTFALLS]\nO1\nO2\n[CONNECTIONS]\nC1 S O1 NO 0\nC2 S O2 NO 0\n"
+    "[JUNCTIONS]\nJ\n[PIPES]\nP J S NO 60 1 0 0\n[INFLOWS]\nS FLOW FLOW 4 \"\" 1\n";
 
 TEST(Splitting, TakesTheHostsValueForTheRestOfTheRun) {
     Model m(SPLIT_BY_RATIO);
@@ -403,8 +413,10 @@ TEST(Splitting, StandsStillInAnUnknownMode) {
 
 TEST(LaggedLink, DeliversWhatItCarriedAStepBefore) {
     // A sends half of its water back to itself over B, one step late: 1, 1.5, 1.75, ...
-    Model m("[JUNCTIONS]\nA\n[SPLITTERS]\nB R RATIO 0.5\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A B NO 0\nR B A YES 0\nD B OUT NO 0\n"
-            "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
+    Model m(
+        "[JUNCTIONS]\nA\n[SPLITTERS]\nB R RATIO 0.5\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A B NO 0\nR B A YES 0\nD B OUT "
+        "NO 0\n"
+        "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
     double inflow = 0.0;
     for (int step = 1; step <= 8; ++step) {
         m.step();
@@ -417,8 +429,10 @@ TEST(NodeOrder, VisitsNodeZeroInThePlaceOfANodeThatIsNeverReached) {
     // C and D run in a circle that no head leads into. The splitter's two ways to B give the walk over all paths the
     // number that it asks for, so the project passes, and B, which is node 0, is visited in the two open places: it
     // gathers all over again.
-    Model m("[JUNCTIONS]\nB\nC\nD\n[SPLITTERS]\nS K RATIO 0.5\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nK S B NO 0\nL S B NO 0\nM B OUT NO 0\n"
-            "N C D NO 0\nO D C NO 0\n[INFLOWS]\nS FLOW FLOW 4 \"\" 1\nC FLOW FLOW 9 \"\" 1\n");
+    Model m(
+        "[JUNCTIONS]\nB\nC\nD\n[SPLITTERS]\nS K RATIO 0.5\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nK S B NO 0\nL S B NO 0\nM B "
+        "OUT NO 0\n"
+        "N C D NO 0\nO D C NO 0\n[INFLOWS]\nS FLOW FLOW 4 \"\" 1\nC FLOW FLOW 9 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("B").newInflow, 3.0 * 4.0);
     EXPECT_EQ(m.node("OUT").newInflow, 4.0);  // visited between the first time and the others
@@ -451,7 +465,8 @@ TEST(ExternalInflow, OfAFlowOverwritesTheNewestRecordWhateverItIs) {
 }
 
 TEST(ExternalInflow, MayHoldTwoFlowRecordsOfWhichTheNewerCounts) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA CONCEN X 7 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
+    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS +
+            "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA CONCEN X 7 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 5.0);
     EXPECT_EQ(m.node("A").massInflow[0], 0.0);
@@ -460,9 +475,11 @@ TEST(ExternalInflow, MayHoldTwoFlowRecordsOfWhichTheNewerCounts) {
 }
 
 TEST(ExternalInflow, OfAMassAlwaysAddsARecord) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA MASS X 2 \"\" 1\nA MASS X 3 \"\" 1\nA CONCEN X 7 \"\" 1\n");
+    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS +
+            "[INFLOWS]\nA MASS X 2 \"\" 1\nA MASS X 3 \"\" 1\nA CONCEN X 7 \"\" 1\n");
     m.step();
-    EXPECT_EQ(m.node("A").massInflow[0], 2.0);  // the concentration overwrote the newer mass, and without flow is no load
+    EXPECT_EQ(m.node("A").massInflow[0],
+              2.0);  // the concentration overwrote the newer mass, and without flow is no load
 }
 
 TEST(ExternalInflow, OfAConcentrationNeedsAFlowRecord) {
@@ -501,8 +518,9 @@ TEST(ExternalInflow, MayTakeWaterAway) {
 
 TEST(ExternalInflow, BehindTheNewestRecordBeginsOnALineFromTheOrigin) {
     const double day = 44256.0;  // 1 March 2021
-    const std::string text = "[INFLOWS]\nA FLOW FLOW 0 S 1\nA CONCEN X 0 T 1\n[POLLUTANTS]\nX 0\n[TIMESERIES]\n"
-                             "S 2021/03/01 0:00 0 1:00 60 2:00 0\nT 2021/03/01 0:00 0 2:00 0\n";
+    const std::string text =
+        "[INFLOWS]\nA FLOW FLOW 0 S 1\nA CONCEN X 0 T 1\n[POLLUTANTS]\nX 0\n[TIMESERIES]\n"
+        "S 2021/03/01 0:00 0 1:00 60 2:00 0\nT 2021/03/01 0:00 0 2:00 0\n";
     Model m(onePipe("60 1 0 0") + text);
     m.step(30);
     const double t = day + 30.0 / 1440.0;
@@ -514,7 +532,9 @@ TEST(DryWeather, FollowsThePatternOfTheHour) {
     for (int h = 0; h < 24; ++h) {
         pattern += " " + std::to_string(h + 1);
     }
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + pattern + "\n[DWFS]\nA X 100 H\nA FLOW 0.5 H\nA Y 50 \"\"\nA X 200 H\n", 180);
+    Model m(
+        onePipe("60 1 0 0") + TWO_POLLUTANTS + pattern + "\n[DWFS]\nA X 100 H\nA FLOW 0.5 H\nA Y 50 \"\"\nA X 200 H\n",
+        180);
     m.step(59);
     EXPECT_EQ(m.node("A").newLatFlow, 0.5);
     m.step();  // 1:00 and a millisecond
@@ -533,8 +553,10 @@ TEST(DryWeather, WithoutAFlowBringsNoLoad) {
 }
 
 TEST(Mixing, WeighsByFlow) {
-    Model m("[JUNCTIONS]\nA\nB\nC\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nK A C NO 0\nL B C NO 0\nM C OUT NO 0\n[POLLUTANTS]\nX 0\n"
-            "[DWFS]\nA FLOW 1 \"\"\nA X 40 \"\"\nB FLOW 3 \"\"\nB X 8 \"\"\n");
+    Model m(
+        "[JUNCTIONS]\nA\nB\nC\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nK A C NO 0\nL B C NO 0\nM C OUT NO 0\n[POLLUTANTS]\nX "
+        "0\n"
+        "[DWFS]\nA FLOW 1 \"\"\nA X 40 \"\"\nB FLOW 3 \"\"\nB X 8 \"\"\n");
     m.step();
     EXPECT_NEAR(m.node("C").newQual[0], (40.0 + 3.0 * 8.0) / 4.0, 1e-12);
     EXPECT_NEAR(m.node("OUT").newQual[0], 16.0, 1e-12);

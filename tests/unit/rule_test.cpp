@@ -143,9 +143,7 @@ protected:
         rule_createAll();
     }
 
-    void TearDown() override {
-        clearProject();
-    }
+    void TearDown() override { clearProject(); }
 
     /// Begins the run and evaluates once.
     static int32_t evaluate() {
@@ -826,6 +824,7 @@ TEST_F(RuleTest, UnchangedValuesAreNoChanges) {
 }
 
 TEST_F(RuleTest, PipeOpensAgainInTheStepInWhichNoRuleHoldsIt) {
+    linkOf("PU").kind = WEIR;  // a pump would be switched by the depth of its tank
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND WEIR W SETTING = 0.25"});
     evaluate();
     link_applyTargets();

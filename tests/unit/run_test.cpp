@@ -53,9 +53,10 @@ static double getDroppedVolume() {
 }
 
 TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
-    // At the nodes nothing is lost in any step: what comes in from outside and from pipes is offered to pipes or leaves.
-    // In the pipes nothing is lost in any firing: mean inflow less mean outflow, for one period, is stored. What a run
-    // misses lies between the two ways of counting: the steps that fire, and periods that a sum doesn't fill.
+    // At the nodes nothing is lost in any step: what comes in from outside and from pipes is offered to pipes or
+    // leaves. In the pipes nothing is lost in any firing: mean inflow less mean outflow, for one period, is stored.
+    // What a run misses lies between the two ways of counting: the steps that fire, and periods that a sum doesn't
+    // fill.
     for (unsigned seed = 1; seed <= 20; ++seed) {
         ProjectFile project(getGeneral(180) + makePipesOnly(generateNetwork(seed, 30, 0)));
         ASSERT_EQ(project.open(), 0) << project.getReport();
@@ -110,8 +111,8 @@ TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
                            std::to_string(60 * (random() % 6)) + "\n";
             dwfs += "N" + id + " FLOW 0.0" + std::to_string(1 + random() % 9) + " \"\"\nN" + id + " X 50 \"\"\n";
         }
-        ProjectFile project(getGeneral(60) + "[JUNCTIONS]\n" + junctions + "[OUTFALLS]\nOUT\n[CONNECTIONS]\n" + connections +
-                            "[POLLUTANTS]\nX 0\n[DWFS]\n" + dwfs);
+        ProjectFile project(getGeneral(60) + "[JUNCTIONS]\n" + junctions + "[OUTFALLS]\nOUT\n[CONNECTIONS]\n" +
+                            connections + "[POLLUTANTS]\nX 0\n[DWFS]\n" + dwfs);
         ASSERT_EQ(project.open(), 0);
         ASSERT_EQ(tarnvelde_start(0), 0);
         double elapsed = 0.0;
@@ -130,8 +131,9 @@ TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
 
 TEST(WaterBalance, IsInTheReport) {
     // One connection without delay: all that comes in goes out, but for a last step that the end of the run cuts.
-    ProjectFile project("[GENERAL]\nEND_DATE 2020/01/02\nROUTING_STEP 0:01:00\nREPORT_STEP 1:00:00\n[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n"
-                        "[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\nA X 8 \"\"\n[POLLUTANTS]\nX 0\n");
+    ProjectFile project(
+        "[GENERAL]\nEND_DATE 2020/01/02\nROUTING_STEP 0:01:00\nREPORT_STEP 1:00:00\n[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n"
+        "[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\nA X 8 \"\"\n[POLLUTANTS]\nX 0\n");
     ASSERT_EQ(project.run(), 0);
     const std::string report = project.getReport();
     EXPECT_NE(report.find("\n  Dry Weather Inflow                21600.000 "), std::string::npos) << report;
@@ -174,7 +176,8 @@ TEST(Runs, AreTheSameASecondTime) {
 
 TEST(Runs, DontDependOnTheReportStep) {
     const std::string network = generateNetwork(7, 30, 2);
-    EXPECT_EQ(runProject(getGeneral(180) + network), runProject(getGeneral(180) + "[GENERAL]\nREPORT_STEP 0:17:00\nREPORT_AVERAGE NO\n" + network));
+    EXPECT_EQ(runProject(getGeneral(180) + network),
+              runProject(getGeneral(180) + "[GENERAL]\nREPORT_STEP 0:17:00\nREPORT_AVERAGE NO\n" + network));
 }
 
 TEST(Runs, DontDependOnNamesAndLayout) {
@@ -192,7 +195,7 @@ TEST(Runs, DontDependOnNamesAndLayout) {
         }
         return numbers;
     };
-    EXPECT_EQ(getNumbers(runProject(general + generateNetwork(8, 25, 1, "z")) ), getNumbers(plain));
+    EXPECT_EQ(getNumbers(runProject(general + generateNetwork(8, 25, 1, "z"))), getNumbers(plain));
 }
 
 TEST(Runs, DontDependOnTheOrderOfSectionsWithDefinitionsFirst) {

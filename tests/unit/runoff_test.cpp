@@ -446,6 +446,31 @@ TEST_F(RunoffTest, BuildupBalancesToRoundingWhereNothingElseWashes) {
     EXPECT_NEAR(balance.error, 0.0, 1e-6);
 }
 
+TEST_F(RunoffTest, EvaporationTakesItsShareOfTheMassOutOfTheBalance) {
+    // Rain at 10 mg/L that stands and evaporates in part; nothing flows off, and the ground is sealed.
+    LandProject project;
+    project.subcatchs = "S G O 1 1 100 1 0.015 0.1 1000 1000 50 5 4 3 0\n";
+    project.series = "T 0:00 12\n";
+    project.general = "ROUTING_STEP 0:05\n";
+    project.more = "[EVAPORATION]\nCONSTANT 28.8\n[POLLUTANTS]\nA 10\n";  // 0.1 mm in a step
+    ASSERT_EQ(start(project), 0);
+    ASSERT_EQ(RunoffStep, 300);
+    double depth = 0.0, mass = 0.0, lost = 0.0;
+    for (int32_t k = 0; k < 5; ++k) {
+        ASSERT_EQ(tarnvelde_step(nullptr), 0);
+        const double wet = depth + (k == 0 ? 1.0 : 0.0);  // mm
+        const double held = mass + (k == 0 ? 0.1 : 0.0);  // kg: 1 mm on a hectare at 10 mg/L
+        depth = wet - 0.1;
+        mass = held * depth / wet;
+        lost += held - mass;
+        EXPECT_NEAR(Subcatches[0].pondedMass[0], mass, 1e-12);
+    }
+    const WashoffBalance balance = massbal_closeWashoff(0);
+    EXPECT_NEAR(balance.wetDeposition - balance.remainingBuildup, lost, 1e-12);
+    EXPECT_NEAR(balance.error, lost / 0.1 * 100.0, 1e-8);
+    EXPECT_NEAR(massbal_closeRunoff().error, 0.0, 1e-10) << "the water is all there";
+}
+
 TEST_F(RunoffTest, StatisticsCountByTheRoutingStep) {
     ASSERT_EQ(start(LandProject{}), 0);
     Subcatch& s = Subcatches[0];

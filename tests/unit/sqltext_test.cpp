@@ -84,7 +84,8 @@ TEST(SqlName, IsAColumnIfItOpensNothing) {
     for (const char* name : {"TSS", "NH4_N", "a b", "1st", "select", "\xE9", "a;b"}) {
         EXPECT_TRUE(sql_isColumn(name)) << name;
     }
-    for (const char* name : {"a'b", "a\"b", "a`b", "a(b", "a)b", "[a", "a]", "a,b", "a/*b", "a*/b", "a--b", "{a", "a}"}) {
+    for (const char* name :
+         {"a'b", "a\"b", "a`b", "a(b", "a)b", "[a", "a]", "a,b", "a/*b", "a*/b", "a--b", "{a", "a}"}) {
         EXPECT_FALSE(sql_isColumn(name)) << name;
     }
 }
@@ -121,14 +122,13 @@ struct SqlGuard : testing::Test {
         sqlite3_open(":memory:", &db);
         sqlite3_exec(db, "create table T (Name TEXT,Period INT,A FLOAT)", nullptr, nullptr, nullptr);
     }
-    void TearDown() override {
-        sqlite3_close(db);
-    }
+    void TearDown() override { sqlite3_close(db); }
 
     std::string makeName() {
-        static constexpr const char* PIECES[] = {"'",  "'",  "''", "\"", "`",  "[", "]", "(",  ")",  ";",  ";", ",",
-                                                 "--", "/*", "*/", "$",  "@",  "#", ":", "::", "a",  "x",  "1", " ",
-                                                 "\n", "\xEF\xBB\xBF", "||", "select 1", "?", "0x", ".", "e+", "-", "/"};
+        static constexpr const char* PIECES[] = {
+            "'",  "'",        "''", "\"", "`", "[",  "]",  "(", ")", ";", ";", ",",  "--",
+            "/*", "*/",       "$",  "@",  "#", ":",  "::", "a", "x", "1", " ", "\n", "\xEF\xBB\xBF",
+            "||", "select 1", "?",  "0x", ".", "e+", "-",  "/"};
         std::string name;
         const size_t count = 1 + random() % 12;
         for (size_t k = 0; k < count; ++k) {

@@ -145,12 +145,8 @@ struct Horton {
     double rate(double available, double dt, double maxVolume = 0.0) {
         return subcatch_infilRate(available, maxVolume, f0, fmin, decay, recovery, &time, &volume, dt);
     }
-    double rateAt(double t) const {
-        return fmin + (f0 - fmin) * std::exp(-decay * t);
-    }
-    double sumTo(double t) const {
-        return fmin * t + (f0 - fmin) / decay * (1.0 - std::exp(-decay * t));
-    }
+    double rateAt(double t) const { return fmin + (f0 - fmin) * std::exp(-decay * t); }
+    double sumTo(double t) const { return fmin * t + (f0 - fmin) / decay * (1.0 - std::exp(-decay * t)); }
 };
 
 TEST(Infiltration, SumIsHortonsClosedForm) {
@@ -273,12 +269,8 @@ struct Surface {
     double drain(double rain, double evap, double infil, double dt) {
         return subcatch_drainSurface(rain, evap, infil, &depth, storage, dt, area, width, slope, roughness);
     }
-    double alpha() const {
-        return std::sqrt(slope) * width / area / roughness;
-    }
-    double flowAt(double d) const {
-        return d > storage ? alpha() * std::pow(d - storage, 5.0 / 3.0) * area : 0.0;
-    }
+    double alpha() const { return std::sqrt(slope) * width / area / roughness; }
+    double flowAt(double d) const { return d > storage ? alpha() * std::pow(d - storage, 5.0 / 3.0) * area : 0.0; }
 };
 
 TEST(Surface, DriesOutWhereLossesTakeAll) {

@@ -37,7 +37,9 @@ TEST(TextFile, ReadsCarriageReturnLineFeedAsLineFeed) {
 }
 
 TEST(TextFile, EndsAtByte1A) {
-    EXPECT_EQ(readLines("a\nb\x1A" "c\nd"), (Lines{"a\n", "b"}));
+    EXPECT_EQ(readLines("a\nb\x1A"
+                        "c\nd"),
+              (Lines{"a\n", "b"}));
 }
 
 TEST(TextFile, CutsALongLineIntoPieces) {

@@ -1,0 +1,154 @@
+// Networks of N junctions and N pipes with P pollutants, through the public interface alone: opening the project file,
+// starting a run, routing steps, and the ratio of such a step to its bare arithmetic. `object` in the counters is a
+// junction with its pipe. Everything is timed in processor time, which other programs on the machine disturb least.
+
+#include <benchmark/benchmark.h>
+#include <stdlib.h>
+
+#include <ctime>
+#include <filesystem>
+#include <string>
+
+#include "bound.h"
+#include "network.h"
+#include "tarnvelde.h"
+
+namespace {
+
+constexpr int32_t OUTFALL_CLASS = 4;
+constexpr int32_t INFLOW_RESULT = 0;
+
+/// Steps after which the periods of all pipes are through.
+constexpr int32_t ROUND = 60;
+
+/// A project file in a folder of its own.
+struct Project {
+    std::string folder;
+    int64_t size;  ///< bytes
+};
+
+Project makeProject(const BenchNetwork& network, int32_t pollutants) {
+    Project project{(std::filesystem::temp_directory_path() / "tarnvelde-bench-XXXXXX").string(), 0};
+    if (mkdtemp(project.folder.data())) {
+        project.size = bench_writeNetwork(network, pollutants, project.folder + "/network.inp");
+    }
+    return project;
+}
+
+bool openProject(const Project& project) {
+    const std::string base = project.folder + "/network";
+    return tarnvelde_open((base + ".inp").c_str(), (base + ".rpt").c_str(), (base + ".bin").c_str()) == 0;
+}
+
+void closeProject(const Project& project) {
+    tarnvelde_end();
+    tarnvelde_close();
+    std::filesystem::remove_all(project.folder);
+}
+
+benchmark::Counter perObject(double times, int64_t objects) {
+    return benchmark::Counter(times * static_cast<double>(objects) * 1e-9,
+                              benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void openNetwork(benchmark::State& state) {
+    const Project project = makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)));
+    for (auto _ : state) {
+        if (!openProject(project)) {
+            state.SkipWithError("the project doesn't open");
+            break;
+        }
+        state.PauseTiming();
+        tarnvelde_close();
+        state.ResumeTiming();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * project.size);
+    state.counters["ns/object"] = perObject(static_cast<double>(state.iterations()), state.range(0));
+    closeProject(project);
+}
+
+void startNetwork(benchmark::State& state) {
+    const Project project = makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)));
+    if (!openProject(project)) {
+        state.SkipWithError("the project doesn't open");
+    }
+    for (auto _ : state) {
+        tarnvelde_start(0);
+        state.PauseTiming();
+        tarnvelde_end();
+        state.ResumeTiming();
+    }
+    state.counters["ns/object"] = perObject(static_cast<double>(state.iterations()), state.range(0));
+    closeProject(project);
+}
+
+/// Iterations are whole rounds, so that each holds as many firings as the next.
+void stepNetwork(benchmark::State& state) {
+    const Project project = makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)));
+    if (!openProject(project) || tarnvelde_start(0)) {
+        state.SkipWithError("the project doesn't start");
+    }
+    double elapsed = 0.0;
+    for (auto _ : state) {
+        for (int32_t k = 0; k < ROUND; ++k) {
+            tarnvelde_step(&elapsed);
+        }
+    }
+    state.counters["ns/object/step"] = perObject(static_cast<double>(state.iterations()) * ROUND, state.range(0));
+    closeProject(project);
+}
+
+double getProcessorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// Rounds of the library and of the bare arithmetic by turns. Both meet the same noise, and the ratio is steadier than
+/// the times. At the end both must have arrived at the same flow.
+void ratioNetwork(benchmark::State& state) {
+    const BenchNetwork network = bench_makeNetwork(state.range(0));
+    const int32_t pollutants = static_cast<int32_t>(state.range(1));
+    const Project project = makeProject(network, pollutants);
+    if (!openProject(project) || tarnvelde_start(0)) {
+        state.SkipWithError("the project doesn't start");
+    }
+    Bound bound = bound_create(network, pollutants, bench_getDuration());
+    double elapsed = 0.0, libraryTime = 0.0, boundTime = 0.0;
+    for (auto _ : state) {
+        const double begin = getProcessorTime();
+        for (int32_t k = 0; k < ROUND; ++k) {
+            tarnvelde_step(&elapsed);
+        }
+        const double middle = getProcessorTime();
+        for (int32_t k = 0; k < ROUND; ++k) {
+            bound_step(bound);
+        }
+        const double end = getProcessorTime();
+        libraryTime += middle - begin;
+        boundTime += end - middle;
+        state.SetIterationTime(middle - begin);
+    }
+    double inflow = -1.0;
+    tarnvelde_getResult(OUTFALL_CLASS, "OUT", INFLOW_RESULT, &inflow);
+    if (inflow != bound.inflow.back()) {
+        state.SkipWithError("the library and the bare arithmetic differ");
+    }
+    const double steps = static_cast<double>(state.iterations()) * ROUND * static_cast<double>(state.range(0));
+    state.counters["library ns"] = libraryTime / steps * 1e9;
+    state.counters["bound ns"] = boundTime / steps * 1e9;
+    state.counters["ratio"] = libraryTime / boundTime;
+    closeProject(project);
+}
+
+void setSizes(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgsProduct({{1000, 10000, 100000, 1000000}, {0, 1, 4}})->ArgNames({"N", "P"});
+    benchmark->Unit(benchmark::kMillisecond);
+}
+
+BENCHMARK(openNetwork)->Apply(setSizes);
+BENCHMARK(startNetwork)->Apply(setSizes);
+BENCHMARK(stepNetwork)->Apply(setSizes);
+BENCHMARK(ratioNetwork)->Apply(setSizes)->UseManualTime();
+
+}  // namespace

@@ -1,0 +1,183 @@
+// Reads the results database. Names of tables are ours, names of columns and objects come from the file: the former are
+// quoted as names, the latter are bound as values.
+
+#include <sqlite3.h>
+
+#include <cmath>
+#include <limits>
+#include <unordered_map>
+
+#include "resultfile.h"
+
+namespace {
+
+/// A prepared query and its end.
+struct Query {
+    const ResultFile& file;
+    sqlite3_stmt* statement = nullptr;
+
+    Query(const ResultFile& resultFile, const std::string& sql) : file(resultFile) {
+        if (sqlite3_prepare_v2(file.database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
+            fail();
+        }
+    }
+    ~Query() { sqlite3_finalize(statement); }
+    Query(const Query&) = delete;
+    Query& operator=(const Query&) = delete;
+
+    [[noreturn]] void fail() const {
+        throw ResultError(file.name + " can't be read: " + sqlite3_errmsg(file.database));
+    }
+    bool next() {
+        const int result = sqlite3_step(statement);
+        if (result != SQLITE_ROW && result != SQLITE_DONE) {
+            fail();
+        }
+        return result == SQLITE_ROW;
+    }
+    std::string getText(int column) const {
+        const unsigned char* text = sqlite3_column_text(statement, column);
+        return text ? reinterpret_cast<const char*>(text) : "";
+    }
+    double getNumber(int column) const {
+        const int type = sqlite3_column_type(statement, column);
+        return type == SQLITE_FLOAT || type == SQLITE_INTEGER ? sqlite3_column_double(statement, column)
+                                                              : std::numeric_limits<double>::quiet_NaN();
+    }
+    int64_t getInteger(int column) const { return sqlite3_column_int64(statement, column); }
+};
+
+std::string quoteName(const std::string& name) {
+    std::string quoted = "\"";
+    for (const char c : name) {
+        quoted += c;
+        if (c == '"') {
+            quoted += c;
+        }
+    }
+    return quoted + '"';
+}
+
+bool hasTable(const ResultFile& file, const std::string& name) {
+    Query query(file, "select 1 from sqlite_master where type = 'table' and name = '" + name + "'");
+    return query.next();
+}
+
+void readGeneralInfo(ResultFile& file) {
+    if (!hasTable(file, "GeneralInfo") || !hasTable(file, "System")) {
+        throw ResultError(file.name + " is no database of results");
+    }
+    Query info(file, "select Version, StartDateTime, ReportStep from GeneralInfo");
+    if (!info.next()) {
+        throw ResultError(file.name + " doesn't tell the start of its run, as of one before the year 1900");
+    }
+    if (info.getInteger(0) != RESULT_VERSION) {
+        throw ResultError(file.name + " is of another version");
+    }
+    file.startDate = info.getNumber(1);
+    file.reportStep = static_cast<int32_t>(info.getInteger(2));
+    if (!std::isfinite(file.startDate) || file.reportStep <= 0) {
+        throw ResultError(file.name + " is damaged: it has no start or no report step");
+    }
+    Query periods(file, "select count(*), max(Period) from System");
+    periods.next();
+    const int64_t last = periods.getInteger(1);
+    if (last < 0 || last > std::numeric_limits<int32_t>::max()) {
+        throw ResultError(file.name + " is damaged: it has no number of reports");
+    }
+    file.periods = static_cast<int32_t>(last);
+}
+
+/// Reads columns and objects of a table; a table may be missing.
+void readTable(ResultFile& file, ResultTable& table) {
+    if (!hasTable(file, table.name)) {
+        return;
+    }
+    table.columns.clear();
+    bool hasPeriod = false;
+    bool hasName = false;
+    Query columns(file, "select name from pragma_table_info('" + table.name + "')");
+    while (columns.next()) {
+        const std::string name = columns.getText(0);
+        if (name == "Name") {
+            hasName = true;
+        } else if (name == "Period") {
+            hasPeriod = true;
+        } else {
+            table.columns.push_back({name, result_getUnit(table.name, name)});
+        }
+    }
+    const bool isSystem = table.name == "System";
+    if (!hasPeriod || hasName == isSystem || table.columns.empty()) {
+        throw ResultError(file.name + " is damaged: the table " + table.name + " lacks a column");
+    }
+    if (isSystem) {
+        table.objects = {"System"};
+        return;
+    }
+    Query objects(file, "select Name from " + table.name + " group by Name order by min(rowid)");
+    while (objects.next()) {
+        table.objects.push_back(objects.getText(0));
+    }
+}
+
+double getDate(const ResultFile& file, int64_t period) {
+    return file.startDate + static_cast<double>(period) * file.reportStep / 86400.0;
+}
+
+}  // namespace
+
+void result_openDatabase(ResultFile& file) {
+    if (sqlite3_open_v2(file.name.c_str(), &file.database, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
+        throw ResultError("cannot open " + file.name);
+    }
+    sqlite3_busy_timeout(file.database, 2000);
+    readGeneralInfo(file);
+    for (ResultTable& table : result_listTables({})) {
+        readTable(file, table);
+        if (!table.objects.empty()) {
+            file.tables.push_back(table);
+        }
+    }
+}
+
+ResultSeries result_readDatabaseSeries(const ResultFile& file, const ResultChoice& choice) {
+    const ResultTable& table = file.tables[choice.table];
+    const bool isSystem = table.name == "System";
+    Query query(file, "select Period, " + quoteName(table.columns[choice.column].name) + " from " + table.name +
+                          (isSystem ? "" : " where Name = ?1") + " order by Period");
+    if (!isSystem) {
+        const std::string& name = table.objects[choice.object];
+        sqlite3_bind_text(query.statement, 1, name.c_str(), static_cast<int>(name.size()), SQLITE_TRANSIENT);
+    }
+    ResultSeries series;
+    while (query.next()) {
+        series.dates.push_back(getDate(file, query.getInteger(0)));
+        series.values.push_back(query.getNumber(1));
+    }
+    return series;
+}
+
+void result_summarizeDatabase(const ResultFile& file, size_t index, std::vector<ResultSummary>& summaries) {
+    const ResultTable& table = file.tables[index];
+    std::unordered_map<std::string, size_t> places;
+    for (size_t k = 0; k < table.objects.size(); ++k) {
+        places.emplace(table.objects[k], k);
+    }
+    const bool isSystem = table.name == "System";
+    std::string sql = std::string("select Period, ") + (isSystem ? "'System'" : "Name");
+    for (const ResultColumn& column : table.columns) {
+        sql += ", " + quoteName(column.name);
+    }
+    Query query(file, sql + " from " + table.name + " order by Period");
+    while (query.next()) {
+        const auto place = places.find(query.getText(1));
+        if (place == places.end()) {
+            continue;
+        }
+        for (size_t k = 0; k < table.columns.size(); ++k) {
+            result_addValue(summaries[place->second * table.columns.size() + k],
+                            query.getNumber(static_cast<int>(k) + 2), getDate(file, query.getInteger(0)));
+        }
+    }
+}

@@ -1,0 +1,306 @@
+// What both readers of results share: the tables and their columns, the look for an object, summaries and dates.
+
+#include "resultfile.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cmath>
+#include <cstring>
+
+ResultFile::~ResultFile() {
+    if (binary) {
+        std::fclose(binary);
+    }
+    sqlite3_close(database);
+}
+
+// --- tables --------------------------------------------------------------------------------------------------------
+
+namespace {
+
+struct FixedColumn {
+    const char* name;
+    const char* unit;
+};
+
+struct FixedTable {
+    const char* name;
+    std::vector<FixedColumn> columns;
+    std::vector<const char*> layers;  ///< prefixes of the pollutants' columns
+};
+
+const std::vector<FixedTable>& getFixedTables() {
+    static const std::vector<FixedTable> tables = {
+        {"System",
+         {{"Rainfall", "mm/h"},
+          {"Evap", "mm/d"},
+          {"Infil", "mm/h"},
+          {"Runoff", "m3/s"},
+          {"TotInflow", "m3/s"},
+          {"DirInflow", "m3/s"},
+          {"DWF", "m3/s"},
+          {"Flood", "m3/s"},
+          {"SWMMIn", "m3/s"},
+          {"Outflow", "m3/s"},
+          {"SWMMOut", "m3/s"},
+          {"Storage", "m3"}},
+         {}},
+        {"Subcatchment", {{"Rainfall", "mm/h"}, {"Evap", "mm/d"}, {"Infil", "mm/h"}, {"Runoff", "m3/s"}}, {""}},
+        {"Junction", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}}, {""}},
+        {"Tank",
+         {{"Depth", "m"}, {"Vol", "m3"}, {"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Flood", "m3/s"}},
+         {""}},
+        {"Outfall", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}}, {""}},
+        {"Splitter", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Outflow1", "m3/s"}, {"Outflow2", "m3/s"}}, {""}},
+        {"Reactor",
+         {{"Vol", "m3"},
+          {"TotInflow", "m3/s"},
+          {"LatInflow", "m3/s"},
+          {"Outflow", "m3/s"},
+          {"Surpass", "m3/s"},
+          {"Evap", "mm/d"},
+          {"Infil", "mm/h"},
+          {"Empty", "m3/s"}},
+         {""}},
+        {"LID_Mono",
+         {{"TotInflow", "m3/s"},
+          {"LatInflow", "m3/s"},
+          {"Rainfall", "mm/h"},
+          {"Evap", "mm/d"},
+          {"Surflow", "m3/s"},
+          {"Exfil", "mm/h"},
+          {"Drain", "m3/s"},
+          {"SurDepth", "m"},
+          {"SoilMoist", ""},
+          {"StorDepth", "m"},
+          {"PaveDepth", "m"}},
+         {"Sur_", "Soil_", "Stor_", "Pave_"}},
+        {"Pipe", {{"Vol", "m3"}, {"Inflow", "m3/s"}, {"Outfow", "m3/s"}, {"Flood", "m3/s"}}, {""}},
+        {"Pump", {{"Flow", "m3/s"}}, {""}},
+        {"Connection", {{"Inflow", "m3/s"}, {"Outflow", "m3/s"}}, {""}},
+        {"Conduit",
+         {{"Depth", "m"},
+          {"Vol", "m3"},
+          {"Velocity", "m/s"},
+          {"Inflow", "m3/s"},
+          {"Outflow", "m3/s"},
+          {"Flood", "m3/s"}},
+         {""}},
+        {"Weir", {{"Flow", "m3/s"}}, {""}},
+        {"Orifice", {{"Flow", "m3/s"}}, {""}}};
+    return tables;
+}
+
+char toLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c == '-' ? '_' : c;
+}
+
+/// Columns of pollutants stand in the database with low lines for hyphens.
+bool isSameColumn(const std::string& a, const std::string& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return toLower(x) == toLower(y); });
+}
+
+/// IDs differ by more than the case of their ASCII letters.
+bool isSameName(const std::string& a, const std::string& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return x == y || (x != '-' && y != '-' && toLower(x) == toLower(y)); });
+}
+
+}  // namespace
+
+std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollutants) {
+    std::vector<ResultTable> tables;
+    for (const FixedTable& fixed : getFixedTables()) {
+        ResultTable table{fixed.name, {}, {}, 0};
+        for (const FixedColumn& column : fixed.columns) {
+            table.columns.push_back({column.name, column.unit});
+        }
+        for (const char* layer : fixed.layers) {
+            for (const std::string& pollutant : pollutants) {
+                table.columns.push_back({layer + pollutant, "mg/L"});
+            }
+        }
+        tables.push_back(table);
+    }
+    return tables;
+}
+
+std::string result_getUnit(const std::string& tableName, const std::string& columnName) {
+    for (const FixedTable& table : getFixedTables()) {
+        for (const FixedColumn& column : table.columns) {
+            if (tableName == table.name && columnName == column.name) {
+                return column.unit;
+            }
+        }
+    }
+    return "mg/L";
+}
+
+// --- look for an object --------------------------------------------------------------------------------------------
+
+std::vector<ResultChoice> result_findObject(const ResultFile& file, const std::string& object) {
+    std::vector<ResultChoice> choices;
+    for (size_t t = 0; t < file.tables.size(); ++t) {
+        const ResultTable& table = file.tables[t];
+        std::string name = object;
+        const std::string prefix = table.name + ':';
+        if (object.size() > prefix.size() && isSameName(object.substr(0, prefix.size()), prefix)) {
+            name = object.substr(prefix.size());
+        }
+        for (size_t k = 0; k < table.objects.size(); ++k) {
+            if (isSameName(table.objects[k], name) || isSameName(table.objects[k], object)) {
+                choices.push_back({t, k, 0});
+            }
+        }
+    }
+    if (choices.empty()) {
+        throw ResultError("no object " + object + " in " + file.name);
+    }
+    return choices;
+}
+
+ResultChoice result_findColumn(const ResultFile& file, const std::string& object, const std::string& column) {
+    std::vector<ResultChoice> found;
+    std::string known;
+    for (const ResultChoice& choice : result_findObject(file, object)) {
+        const std::vector<ResultColumn>& columns = file.tables[choice.table].columns;
+        for (size_t k = 0; k < columns.size(); ++k) {
+            known += (known.empty() ? "" : ", ") + columns[k].name;
+            if (isSameColumn(columns[k].name, column)) {
+                found.push_back({choice.table, choice.object, k});
+            }
+        }
+    }
+    if (found.empty()) {
+        throw ResultError("no column " + column + " of " + object + "; there are " + known);
+    }
+    if (found.size() > 1) {
+        std::string names;
+        for (const ResultChoice& choice : found) {
+            const ResultTable& table = file.tables[choice.table];
+            names += (names.empty() ? "" : " or ") + table.name + ':' + table.objects[choice.object];
+        }
+        throw ResultError("more than one object is called " + object + ": ask for " + names);
+    }
+    return found.front();
+}
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+void result_open(ResultFile& file, const std::string& name) {
+    file.name = name;
+    file.binary = std::fopen(name.c_str(), "rb");
+    if (!file.binary) {
+        throw ResultError("cannot open " + name + ": " + std::strerror(errno));
+    }
+    static constexpr char DATABASE_MARK[] = "SQLite format 3";
+    char head[sizeof DATABASE_MARK] = "";
+    const size_t read = std::fread(head, 1, sizeof head, file.binary);
+    if (read == sizeof head && std::memcmp(head, DATABASE_MARK, sizeof head) == 0) {
+        std::fclose(file.binary);
+        file.binary = nullptr;
+        result_openDatabase(file);
+    } else {
+        result_openBinary(file);
+    }
+}
+
+ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choice) {
+    return file.database ? result_readDatabaseSeries(file, choice) : result_readBinarySeries(file, choice);
+}
+
+void result_addValue(ResultSummary& summary, double value, double date) {
+    if (!std::isfinite(value)) {
+        return;
+    }
+    summary.minimum = summary.count == 0 || value < summary.minimum ? value : summary.minimum;
+    if (summary.count == 0 || value > summary.maximum) {
+        summary.maximum = value;
+        summary.maximumDate = date;
+    }
+    summary.mean += value;
+    ++summary.count;
+}
+
+std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table) {
+    const ResultTable& t = file.tables[table];
+    std::vector<ResultSummary> summaries(t.objects.size() * t.columns.size(), ResultSummary{});
+    if (file.database) {
+        result_summarizeDatabase(file, table, summaries);
+    } else {
+        result_summarizeBinary(file, table, summaries);
+    }
+    for (ResultSummary& summary : summaries) {
+        summary.mean = summary.count > 0 ? summary.mean / static_cast<double>(summary.count) : 0.0;
+    }
+    return summaries;
+}
+
+// --- texts ---------------------------------------------------------------------------------------------------------
+
+std::string result_formatDate(double date) {
+    using namespace std::chrono;
+    constexpr double LIMIT = 2.9e6;  // days; beyond lie years that no calendar here can hold
+    if (!(std::fabs(date) < LIMIT)) {
+        return "no date";
+    }
+    const auto second = static_cast<int64_t>(std::floor(date * 86400.0 + 0.5));
+    const int64_t day = second >= 0 ? second / 86400 : -((86399 - second) / 86400);
+    const int64_t ofDay = second - day * 86400;
+    const year_month_day calendar{sys_days{1899y / December / 30} + days{day}};
+    char text[64];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02u %02d:%02d:%02d", static_cast<int>(calendar.year()),
+                  static_cast<unsigned>(calendar.month()), static_cast<unsigned>(calendar.day()),
+                  static_cast<int>(ofDay / 3600), static_cast<int>(ofDay / 60 % 60), static_cast<int>(ofDay % 60));
+    return text;
+}
+
+/// Bytes of a valid UTF-8 character at a place, or 0.
+static size_t getCharacterLength(const std::string& text, size_t at) {
+    const auto byte = [&](size_t k) { return at + k < text.size() ? static_cast<unsigned char>(text[at + k]) : 0u; };
+    const auto isNext = [&](size_t k) { return (byte(k) & 0xC0u) == 0x80u; };
+    const unsigned first = byte(0);
+    if (first < 0x80) {
+        return 1;
+    }
+    if (first >= 0xC2 && first <= 0xDF) {
+        return isNext(1) ? 2 : 0;
+    }
+    if (first >= 0xE0 && first <= 0xEF) {
+        const bool isValid = !(first == 0xE0 && byte(1) < 0xA0) && !(first == 0xED && byte(1) >= 0xA0);
+        return isValid && isNext(1) && isNext(2) ? 3 : 0;
+    }
+    if (first >= 0xF0 && first <= 0xF4) {
+        const bool isValid = !(first == 0xF0 && byte(1) < 0x90) && !(first == 0xF4 && byte(1) >= 0x90);
+        return isValid && isNext(1) && isNext(2) && isNext(3) ? 4 : 0;
+    }
+    return 0;
+}
+
+std::string result_toUtf8(const std::string& text) {
+    static constexpr uint16_t WINDOWS_1252[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
+                                                  0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
+                                                  0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
+                                                  0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
+    std::string result;
+    for (size_t at = 0; at < text.size();) {
+        if (const size_t length = getCharacterLength(text, at)) {
+            result.append(text, at, length);
+            at += length;
+            continue;
+        }
+        const auto byte = static_cast<unsigned char>(text[at++]);
+        const unsigned character = byte < 0xA0 ? WINDOWS_1252[byte - 0x80] : byte;
+        if (character >= 0x800) {
+            result += static_cast<char>(0xE0 | (character >> 12));
+            result += static_cast<char>(0x80 | ((character >> 6) & 0x3F));
+        } else {
+            result += static_cast<char>(0xC0 | (character >> 6));
+        }
+        result += static_cast<char>(0x80 | (character & 0x3F));
+    }
+    return result;
+}

@@ -1,0 +1,455 @@
+#include "results/database.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+
+#include <set>
+
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "results/results.h"
+#include "results/rows.h"
+#include "support/child.h"
+#include "support/results.h"
+
+namespace {
+
+/// The only report is after three minutes. The first error freezes the clock of a run at its next runoff step.
+constexpr const char* ONE_REPORT = "REPORT_STEP 0:03:00\nREPORT_AVERAGE NO\n";
+
+std::string getDatabase(const ProjectFile& project) {
+    return project.folder.file("model.db");
+}
+
+/// What the sqlite3 program answers, rows in lines and columns divided by bars.
+std::string ask(const std::string& database, const std::string& sql) {
+    const ProcessResult result = process_run({"sqlite3", database, sql});
+    EXPECT_EQ(result.status, 0) << sql << '\n' << result.err;
+    return result.out;
+}
+
+/// Runs a project into its database; the code of the last step.
+int32_t runToDatabase(ProjectFile& project) {
+    EXPECT_EQ(project.open(), 0);
+    int32_t code = tarnvelde_start(2);
+    double elapsed = 1.0;
+    for (int k = 0; k < 10 && elapsed > 0.0; ++k) {
+        code = tarnvelde_step(&elapsed);
+    }
+    tarnvelde_report();
+    tarnvelde_end();
+    tarnvelde_close();
+    return code;
+}
+
+std::string getMessage(const std::string& text) {
+    return "\n  \n  ERROR 315: Database SQL error: " + text + ".";
+}
+
+int countMessages(const std::string& report) {
+    int count = 0;
+    for (size_t at = report.find("ERROR 315"); at != std::string::npos; at = report.find("ERROR 315", at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+}  // namespace
+
+// --- what a run leaves ---------------------------------------------------------------------------------------------
+
+TEST(Database, HoldsTheRowsOfARun) {
+    ProjectFile project(getDelayedProject());
+    EXPECT_EQ(runToDatabase(project), 0);
+    const std::string db = getDatabase(project);
+    EXPECT_EQ(ask(db, "select * from GeneralInfo"), "21000|44256.0|60\n");
+    EXPECT_EQ(ask(db, "select * from Junction"),
+              "J1|1|0.5|0.5|4.0\nJ1|2|0.5|0.5|4.0\nJ1|3|0.5|0.5|4.0\nJ1|4|0.5|0.5|4.0\n");
+    EXPECT_EQ(ask(db, "select * from Outfall"),
+              "O1|1|0.0|0.0|0.0\nO1|2|0.0|0.0|0.0\nO1|3|0.5|0.0|4.0\nO1|4|0.5|0.0|4.0\n");
+    EXPECT_EQ(ask(db, "select * from Connection where Period > 2"), "C1|3|0.5|0.5|4.0\nC1|4|0.5|0.5|4.0\n");
+    EXPECT_EQ(ask(db, "select * from System where Period = 3"), "3|0.0|0.0|0.0|0.0|1.0|0.5|0.0|0.0|0.0|0.5|0.0|0.0\n");
+    EXPECT_EQ(ask(db, "select count(*) from System"), "4\n");
+}
+
+TEST(Database, TablesAreMadeByTheseTexts) {
+    ProjectFile project(getDelayedProject());
+    runToDatabase(project);
+    // The names of the columns are what readers rely on, that of the pipe's outflow included.
+    const char* const expected[][2] = {
+        {"System",
+         "Period INT,Rainfall FLOAT,Evap FLOAT,Infil FLOAT,Runoff FLOAT,TotInflow FLOAT,DirInflow FLOAT,DWF "
+         "FLOAT,Flood "
+         "FLOAT,SWMMIn FLOAT,Outflow FLOAT,SWMMOut FLOAT,Storage FLOAT"},
+        {"Subcatchment", "Name TEXT,Period INT,Rainfall FLOAT,Evap FLOAT,Infil FLOAT,Runoff FLOAT,A_B FLOAT"},
+        {"Junction", "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,A_B FLOAT"},
+        {"Tank", "Name TEXT,Period INT,Depth FLOAT,Vol FLOAT,TotInflow FLOAT,LatInflow FLOAT,Flood FLOAT,A_B FLOAT"},
+        {"Outfall", "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,A_B FLOAT"},
+        {"Splitter", "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,Outflow1 FLOAT,Outflow2 FLOAT,A_B FLOAT"},
+        {"Reactor",
+         "Name TEXT,Period INT,Vol FLOAT,TotInflow FLOAT,LatInflow FLOAT,Outflow FLOAT,Surpass FLOAT,Evap FLOAT,Infil "
+         "FLOAT,Empty FLOAT,A_B FLOAT"},
+        {"LID_Mono",
+         "Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT,Rainfall FLOAT,Evap FLOAT,Surflow FLOAT,Exfil "
+         "FLOAT,Drain "
+         "FLOAT,SurDepth FLOAT,SoilMoist FLOAT,StorDepth FLOAT,PaveDepth FLOAT,Sur_A_B FLOAT,Soil_A_B FLOAT,Stor_A_B "
+         "FLOAT,Pave_A_B FLOAT"},
+        {"Pipe", "Name TEXT,Period INT,Vol FLOAT,Inflow FLOAT,Outfow FLOAT,Flood FLOAT,A_B FLOAT"},
+        {"Pump", "Name TEXT,Period INT,Flow FLOAT,A_B FLOAT"},
+        {"Connection", "Name TEXT,Period INT,Inflow FLOAT,Outflow FLOAT,A_B FLOAT"},
+        {"Conduit",
+         "Name TEXT,Period INT,Depth FLOAT,Vol FLOAT,Velocity FLOAT,Inflow FLOAT,Outflow FLOAT,Flood FLOAT,A_B FLOAT"},
+        {"Weir", "Name TEXT,Period INT,Flow FLOAT,A_B FLOAT"},
+        {"Orifice", "Name TEXT,Period INT,Flow FLOAT,A_B FLOAT"}};
+    std::string all = "CREATE TABLE GeneralInfo (Version INT,StartDateTime DOUBLE,ReportStep INT)\n";
+    for (const auto& table : expected) {
+        all += std::string("CREATE TABLE ") + table[0] + " (" + table[1] + ")\n";
+    }
+    EXPECT_EQ(ask(getDatabase(project), "select sql from sqlite_master order by rowid"), all);
+}
+
+TEST(Database, WithoutPollutantsTablesHaveTheirFixedColumns) {
+    ProjectFile project(getPlainProject());
+    EXPECT_EQ(runToDatabase(project), 0);
+    EXPECT_EQ(ask(getDatabase(project), "select sql from sqlite_master where name = 'Junction'"),
+              "CREATE TABLE Junction (Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT)\n");
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from pragma_table_info('LID_Mono')"), "13\n");
+    EXPECT_EQ(ask(getDatabase(project), "select * from Connection where Period = 3"), "C1|3|0.5|0.5\n");
+}
+
+TEST(Database, WithoutAReportTablesAreEmpty) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 1:00:00\n"));
+    EXPECT_EQ(runToDatabase(project), 0);
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "0\n");
+}
+
+TEST(Database, PeriodIsInTheEndTheNumberOfReports) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:00\n"));
+    runToDatabase(project);
+    EXPECT_EQ(ask(getDatabase(project), "select max(Period) from System"), "2\n");
+}
+
+TEST(Database, HyphensOfPollutantsBecomeLowLines) {
+    ProjectFile project(getDelayedProject(ONE_REPORT, "NH4--N-"));
+    EXPECT_EQ(runToDatabase(project), 0);
+    EXPECT_EQ(ask(getDatabase(project), "select name from pragma_table_info('Pump')"), "Name\nPeriod\nFlow\nNH4__N_\n");
+}
+
+TEST(Database, ANegativeStartDateLeavesGeneralInfoEmpty) {
+    ProjectFile project(
+        "[GENERAL]\nSTART_DATE 1899/12/01\nEND_DATE 1899/12/01\nEND_TIME 0:04:00\nROUTING_STEP 0:01:00\n"
+        "REPORT_STEP 0:01:00\n[OUTFALLS]\nO1\n");
+    project.open();
+    EXPECT_EQ(tarnvelde_start(2), 315);
+    EXPECT_EQ(IsStarted, 1);
+    tarnvelde_end();
+    tarnvelde_close();
+    EXPECT_EQ(countMessages(project.getReport()), 1);
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from GeneralInfo"), "0\n");
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "0\n");
+}
+
+TEST(Database, IsMadeAnewByEachRun) {
+    ProjectFile project(getDelayedProject());
+    runToDatabase(project);
+    const std::string rows = ask(getDatabase(project), "select * from Connection");
+    ask(getDatabase(project), "create table Mine (A); insert into Mine values (7)");
+    EXPECT_EQ(runToDatabase(project), 0);
+    EXPECT_EQ(ask(getDatabase(project), "select * from Connection"), rows);
+    EXPECT_EQ(ask(getDatabase(project), "select * from Mine"), "7\n");  // not of ours, so it stays
+}
+
+// --- names ---------------------------------------------------------------------------------------------------------
+
+TEST(Database, NamesBecomeUtf8) {
+    ProjectFile project(getDelayedProject(ONE_REPORT, "A",
+                                          "Stra\xDF"
+                                          "e"));
+    EXPECT_EQ(runToDatabase(project), 0);
+    EXPECT_EQ(ask(getDatabase(project), "select Name from Junction where Period = 1"),
+              "Stra\xC3\x9F"
+              "e\n");
+    ProjectFile other(getDelayedProject(ONE_REPORT, "A",
+                                        "Stra\xC3\x9F"
+                                        "e"));
+    EXPECT_EQ(runToDatabase(other), 0);
+    EXPECT_EQ(ask(getDatabase(other), "select Name from Junction where Period = 1"),
+              "Stra\xC3\x9F"
+              "e\n");
+}
+
+TEST(Database, AnApostropheFailsItsOwnRowsAlone) {
+    ProjectFile project(getDelayedProject(ONE_REPORT, "A", "O'Brien"));
+    EXPECT_EQ(runToDatabase(project), 315);
+    EXPECT_EQ(project.getReport(), getMessage("near \"Brien\": syntax error"));
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from Junction"), "0\n");
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from Connection"), "1\n");
+}
+
+TEST(Database, ADoubledApostropheStandsForOne) {
+    ProjectFile project(getDelayedProject(ONE_REPORT, "A", "O''Brien"));
+    EXPECT_EQ(runToDatabase(project), 0);
+    EXPECT_EQ(ask(getDatabase(project), "select Name from Junction"), "O'Brien\n");
+}
+
+TEST(Database, ANameCannotAct) {
+    TempFolder elsewhere;
+    const std::string victim = elsewhere.file("victim.db");
+    ask(victim, "create table T (A); insert into T values (1)");
+    const std::string manyStatements = "near \";\": syntax error";
+    const std::string oneStatement = "near \"'\": syntax error";
+    const struct {
+        std::string name;
+        std::string message;
+    } attacks[] = {
+        {"x',1,1,1,1);attach'" + victim + "'as[v];", manyStatements},
+        {"x',1,1,1,1);drop/**/table/**/System;select'", manyStatements},
+        {"x',1,1,1,1);delete/**/from[System];/*", manyStatements},
+        {"x',1,1,1,1);COMMIT;BEGIN;/*", manyStatements},
+        {"x',9,9,9,9)/*", oneStatement},
+        {"x',9,9,9,9),('forged", oneStatement},
+        {"x'||(select/**/max(Period)from(System))||'", oneStatement},
+        {"x'||(with/**/recursive/**/c(n)as(select+1/**/union/**/all/**/select(n+1)from(c))select(max(n))from(c))||'",
+         oneStatement},
+        {"x'||writefile('" + elsewhere.file("written") + "','x')||'", "no such function: writefile"},
+        {"x'||load_extension('/none')||'", oneStatement},
+        {"x'", "unrecognized token: \"'"},
+        {"'", "unrecognized token: \"'"},
+    };
+    for (const auto& attack : attacks) {
+        const std::string& name = attack.name;
+        ProjectFile project(getDelayedProject(ONE_REPORT, "A", name));
+        EXPECT_EQ(runToDatabase(project), 315) << name;
+        const std::string report = project.getReport();
+        EXPECT_EQ(countMessages(report), 1) << name << report;
+        EXPECT_NE(report.find("ERROR 315: Database SQL error: " + attack.message), std::string::npos) << name << report;
+        const std::string db = getDatabase(project);
+        EXPECT_EQ(ask(db, "select count(*) from Junction"), "0\n") << name;
+        EXPECT_EQ(ask(db, "select count(*) from System"), "1\n") << name;
+        EXPECT_EQ(ask(db, "select Name, Period from Connection"), "C1|1\n") << name;
+        EXPECT_EQ(ask(db, "select count(*) from sqlite_master"), "15\n") << name;
+    }
+    EXPECT_EQ(ask(victim, "select * from T; select count(*) from sqlite_master"), "1\n1\n");
+    std::set<std::string> files;
+    for (const auto& entry : std::filesystem::directory_iterator(elsewhere.path)) {
+        files.insert(entry.path().filename().string());
+    }
+    EXPECT_EQ(files, std::set<std::string>{"victim.db"});
+}
+
+TEST(Database, APollutantCannotAct) {
+    const std::string semicolon = "near \";\": syntax error";
+    const struct {
+        std::string name;
+        std::string message;
+    } attacks[] = {
+        {"x/**/FLOAT);drop/**/table/**/System;create/**/table[y](z", semicolon},
+        {"x/**/FLOAT);drop/**/table/**/System/*", semicolon},
+        {"x;drop", semicolon},
+        {"x,y", "near \"'\": syntax error"},
+        {"a[x]", "near \"'\": syntax error"},
+        {"a'b", "unrecognized token: \"'b FLOAT);\""},
+        {"x)as/**/select/**/1/*", "near \"as\": syntax error"},
+    };
+    for (const auto& attack : attacks) {
+        ProjectFile project(getDelayedProject(ONE_REPORT, attack.name));
+        project.open();
+        EXPECT_EQ(tarnvelde_start(2), 315) << attack.name;
+        tarnvelde_end();
+        tarnvelde_close();
+        const std::string report = project.getReport();
+        EXPECT_EQ(countMessages(report), 13) << attack.name << report;
+        EXPECT_NE(report.find("ERROR 315: Database SQL error: " + attack.message), std::string::npos)
+            << attack.name << report;
+        EXPECT_EQ(ask(getDatabase(project), "select name from sqlite_master order by name"), "GeneralInfo\nSystem\n")
+            << attack.name;
+    }
+}
+
+TEST(Database, AClashOfColumnsLosesTheTablesAndTheirRows) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE NO\n", "inflow"));
+    project.open();
+    EXPECT_EQ(tarnvelde_start(2), 315);
+    const int32_t code = ErrorCode;
+    ErrorCode = ERR_NONE;  // as a host that steps on would have it, were its clock not frozen by the error
+    stepToEnd();
+    EXPECT_EQ(ErrorCode, code);
+    tarnvelde_end();
+    tarnvelde_close();
+    const std::string report = project.getReport();
+    const std::string clash = getMessage("duplicate column name: inflow");
+    EXPECT_EQ(report.substr(0, 3 * clash.size()), clash + clash + clash);  // Pipe, Connection, Conduit
+    EXPECT_NE(report.find(getMessage("no such table: Connection")), std::string::npos);
+    EXPECT_EQ(ask(getDatabase(project), "select name from sqlite_master where name in ('Pipe','Connection','Pump')"),
+              "Pump\n");
+}
+
+// --- failures ------------------------------------------------------------------------------------------------------
+
+TEST(Database, APeriodWithoutAStepFailsItsRows) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE YES\n"));
+    project.open();
+    tarnvelde_start(2);
+    double elapsed = 0.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    results_write();
+    EXPECT_EQ(ErrorCode, ERR_DATABASE_SQL);
+    tarnvelde_end();
+    tarnvelde_close();
+    const std::string report = project.getReport();
+    EXPECT_EQ(countMessages(report), 3);
+    EXPECT_NE(report.find("Database SQL error: no such column: "), std::string::npos);
+    EXPECT_NE(report.find("nan."), std::string::npos);
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "2\n");
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from Junction"), "1\n");
+}
+
+TEST(Database, AFileThatCannotBeOpenedLeavesAllOut) {
+    ProjectFile project(getDelayedProject());
+    std::filesystem::create_directory(getDatabase(project));
+    EXPECT_EQ(project.open(), 0);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(tarnvelde_start(2), 313);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n    Cannot open database file ");
+    EXPECT_EQ(DbHandle, nullptr);
+    double elapsed = 0.0;
+    tarnvelde_step(&elapsed);
+    tarnvelde_end();
+    tarnvelde_close();
+    EXPECT_EQ(project.getReport(), "");
+    EXPECT_TRUE(std::filesystem::is_directory(getDatabase(project)));
+}
+
+TEST(Database, AFileOfAnotherKindFailsStatementByStatement) {
+    ProjectFile project(getDelayedProject());
+    const std::string text(5000, 'x');
+    project.folder.write("model.db", text);
+    project.open();
+    EXPECT_EQ(tarnvelde_start(2), 315);
+    tarnvelde_end();
+    tarnvelde_close();
+    const std::string message = getMessage("file is not a database");
+    std::string all;
+    for (int k = 0; k < 15; ++k) {
+        all += message;
+    }
+    EXPECT_EQ(project.getReport(), all);
+    EXPECT_EQ(readFile(getDatabase(project)), text);
+}
+
+TEST(Database, ALockedFileFailsAtTheCommit) {
+    ProjectFile project(getDelayedProject());
+    runToDatabase(project);
+    const std::string rows = ask(getDatabase(project), "select * from Connection");
+    project.open();
+    EXPECT_EQ(tarnvelde_start(2), 0);
+    stepToEnd();
+    tarnvelde_end();
+    sqlite3* reader = nullptr;
+    ASSERT_EQ(sqlite3_open(getDatabase(project).c_str(), &reader), SQLITE_OK);
+    sqlite3_exec(reader, "begin; select * from System", nullptr, nullptr, nullptr);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(ErrorCode, ERR_DATABASE_SQL);  // the report is closed already
+    EXPECT_EQ(project.getReport(), "");
+    sqlite3_close(reader);
+    EXPECT_EQ(ask(getDatabase(project), "select * from Connection"), rows);
+}
+
+TEST(Database, AKilledRunLeavesTheOldResultsWhole) {
+    ProjectFile project(getDelayedProject());
+    runToDatabase(project);
+    const std::string rows = ask(getDatabase(project), "select * from Connection");
+    const int status = process_fork([&] {
+        project.open();
+        tarnvelde_start(2);
+        double elapsed = 0.0;
+        tarnvelde_step(&elapsed);
+        for (int k = 0; k < 20000; ++k) {
+            results_write();  // far more than SQLite keeps in memory
+        }
+        return raise(SIGKILL);
+    });
+    EXPECT_EQ(status, 128 + SIGKILL);
+    EXPECT_EQ(ask(getDatabase(project), "pragma integrity_check"), "ok\n");
+    EXPECT_EQ(ask(getDatabase(project), "select * from Connection"), rows);
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "4\n");
+}
+
+TEST(Database, AFullDiskLeavesTheOldResultsWhole) {
+    ProjectFile project(getDelayedProject());
+    runToDatabase(project);
+    const std::string rows = ask(getDatabase(project), "select * from Connection");
+    for (const int reports : {10, 20000}) {  // the disk is full at the commit, or in the midst
+        const int status = process_fork([&] {
+            project.open();
+            tarnvelde_start(2);
+            double elapsed = 0.0;
+            tarnvelde_step(&elapsed);
+            process_limitFileSize(20000);
+            for (int k = 0; k < reports; ++k) {
+                results_write();
+            }
+            tarnvelde_end();
+            tarnvelde_close();
+            return ErrorCode == ERR_DATABASE_SQL ? 0 : 1;
+        });
+        EXPECT_EQ(status, 0);
+        EXPECT_LE(countMessages(project.getReport()), 1);  // one error, then silence
+        EXPECT_EQ(ask(getDatabase(project), "pragma integrity_check"), "ok\n");
+        EXPECT_EQ(ask(getDatabase(project), "select * from Connection"), rows);
+    }
+}
+
+// --- several runs --------------------------------------------------------------------------------------------------
+
+TEST(Database, ASecondStartTakesTheFirstRunBack) {
+    ProjectFile project(getDelayedProject());
+    project.open();
+    tarnvelde_start(2);
+    stepToEnd();
+    tarnvelde_end();
+    EXPECT_EQ(tarnvelde_start(2), 0);
+    double elapsed = 0.0;
+    tarnvelde_step(&elapsed);
+    tarnvelde_end();
+    tarnvelde_close();
+    EXPECT_EQ(ask(getDatabase(project), "select Period from System"), "1\n");
+}
+
+TEST(Database, ALaterRunWithoutItDeletesTheFile) {
+    ProjectFile project(getDelayedProject());
+    project.open();
+    tarnvelde_start(2);
+    stepToEnd();
+    tarnvelde_end();
+    tarnvelde_start(1);
+    stepToEnd();
+    tarnvelde_end();
+    tarnvelde_close();
+    EXPECT_FALSE(std::filesystem::exists(getDatabase(project)));
+    EXPECT_TRUE(std::filesystem::exists(project.results));
+}
+
+TEST(Database, AProjectThatTakesThePlaceOfAnotherTakesItsRowsBack) {
+    ProjectFile project(getDelayedProject());
+    runToDatabase(project);
+    project.open();
+    tarnvelde_start(2);
+    ProjectFile other(getDelayedProject());
+    other.open();
+    EXPECT_EQ(DbHandle, nullptr);
+    tarnvelde_close();
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "4\n");
+}
+
+TEST(Database, AFailedRunIsCommittedAtTheClose) {
+    ProjectFile project(getDelayedProject());
+    project.open();
+    tarnvelde_start(2);
+    double elapsed = 0.0;
+    tarnvelde_step(&elapsed);
+    EXPECT_EQ(tarnvelde_start(2), 400);
+    tarnvelde_end();
+    tarnvelde_close();
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "1\n");
+}

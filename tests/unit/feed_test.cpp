@@ -1,0 +1,258 @@
+// How what leaves an outside model gets into pipes, connections and conduits.
+
+#include "coupling/feed.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "coupling/swmm.h"
+#include "engine/project.h"
+#include "routing/connection.h"
+#include "routing/pipe.h"
+#include "support/engines.h"
+#include "support/model.h"
+
+static constexpr double DT = COUPLED_STEP;
+static constexpr double FLOW = 0.25;                     ///< m3/s, of the spring
+static constexpr double QUALITY = 8.0;                   ///< mg/L
+static constexpr double LOAD = FLOW * QUALITY / 1000.0;  ///< kg/s
+
+/// A model with a spring at OUT, and node S whose outflows are `records`; links S to O as given.
+struct Spring : CoupledProject {
+    Spring(const std::string& links, const std::string& records, int steps = 8, const std::string& step = "675")
+        : CoupledProject("[POLLUTANTS]\nA 0\n[OUTFALLS]\nO\n" + links + "\n[SWMM_INPS]\nS m.inp NO\n" + records,
+                         steps) {
+        model("m.inp", getPeriod(steps) + "step " + step + "\nsubstances A\nnode OUT\nnode IDLE\nspring OUT " +
+                           showNumber(FLOW) + " " + showNumber(QUALITY) + "\n");
+        start();
+    }
+
+    static OutsideNode& outside() { return SwmmNodes[0].outside; }
+    static CoupledFlow& record() { return *SwmmNodes[0].outside.outflows.head; }
+};
+
+static Pipe& getPipe(const char* name) {
+    return Pipes.at(static_cast<size_t>(getLink(name).kindIndex));
+}
+
+// --- pipes ---------------------------------------------------------------------------------------------------------
+
+TEST(FeedPipe, FiresByTheClockOfTheEngine) {
+    Spring p("[PIPES]\nX S O NO 1350 1 0 0", "OUTFLOW OUT X\n");
+    const Pipe& pipe = getPipe("X");
+    // The engine is one step ahead, so its earlier clock stands at the end of the first step: behind 0, and the pipe
+    // fires with the flow of this step alone, whose load is dropped.
+    p.step();
+    EXPECT_EQ(p.outside().oldTime, 675000.0);
+    EXPECT_EQ(pipe.newInflow, FLOW);
+    EXPECT_EQ(pipe.lastFireTime, 0.0);
+    EXPECT_EQ(pipe.nextFireTime, 1350000.0);
+    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    const double k = 1350.0, a = k / 2.0;
+    const double firstOut = FLOW * a / (k + a);
+    EXPECT_NEAR(getLink("X").newFlow, firstOut, 1e-12);
+    // Exactly at the time of firing it doesn't fire.
+    p.step();
+    EXPECT_EQ(p.record().sumFlow, FLOW);
+    EXPECT_EQ(p.record().sumCount, 1);
+    EXPECT_NEAR(p.record().sumLoad[0], LOAD, 1e-15);
+    EXPECT_EQ(pipe.lastFireTime, 0.0);
+    // Two flows and one load: half the concentration goes in, to mix with what stands in the reach.
+    p.step();
+    EXPECT_EQ(pipe.newInflow, FLOW);
+    EXPECT_EQ(pipe.lastFireTime, 1350000.0);
+    EXPECT_EQ(pipe.nextFireTime, 2700000.0);
+    const double stored = (FLOW - firstOut) * k;
+    EXPECT_NEAR(getLink("X").newQual[0], k * FLOW * QUALITY / 2.0 / (stored + k * FLOW), 1e-12);
+    EXPECT_EQ(p.record().sumFlow, 0.0);
+    EXPECT_EQ(p.record().sumCount, 0);
+    EXPECT_EQ(p.record().sumLoad[0], 0.0);
+}
+
+TEST(FeedPipe, CountsEachStep) {
+    Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\n");
+    for (int k = 1; k <= 7; ++k) {
+        p.step();
+        EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW * k);
+        EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD * k, 1e-12);
+    }
+}
+
+TEST(FeedPipe, OfOneRoutingStepCarriesNoMass) {
+    Spring p("[PIPES]\nX S O NO 675 2 0.1 0", "OUTFLOW OUT X\n");
+    for (int k = 0; k < 7; ++k) {
+        p.step();
+        EXPECT_EQ(getPipe("X").newInflow, FLOW);
+        EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    }
+}
+
+/// A pipe of 2700 s, and the totals of a kind of node.
+static constexpr OutsideTotals Totals = {&FlowTotalsRecord::vornInflow, &FlowTotalsRecord::vornOutflow,
+                                         &QualTotalsRecord::vornInflow, &QualTotalsRecord::vornOutflow};
+
+TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
+    Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\n", 8);  // 5400 s
+    Pipe& pipe = getPipe("X");
+    const int32_t node = findNode("S");
+    p.outside().oldTime = TotalDuration + 1.0;
+    p.record().newFlow = FLOW;
+    const double last[] = {0.0, 2700000.0, 5400000.0};
+    const double next[] = {2700000.0, 5400000.0, 5400000.0};
+    for (int k = 0; k < 3; ++k) {
+        feed_updateLinks(node, p.outside(), Totals);
+        EXPECT_EQ(pipe.lastFireTime, last[k]);
+        EXPECT_EQ(pipe.nextFireTime, next[k]);
+    }
+    EXPECT_GT(getLink("X").newFlow, 0.0);
+    EXPECT_EQ(pipe_getFlow(getLink("X"), pipe, 5000000.0), 0.0);
+    EXPECT_EQ(FlowTotals.vornInflow, 3 * DT * FLOW);
+}
+
+TEST(FeedPipe, WithoutFlowGetsConcentrationZero) {
+    Spring p("[PIPES]\nX S O NO 1350 1 0 0", "OUTFLOW IDLE X\n");
+    p.step(5);
+    EXPECT_EQ(getPipe("X").newInflow, 0.0);
+    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+}
+
+TEST(FeedPipe, OfTwoRecordsIsServedTwiceByTheFirst) {
+    Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\nOUTFLOW IDLE X\n");
+    p.step();  // fires with the first call, and sums with the second
+    EXPECT_EQ(FlowTotals.swmmInflow, 2 * DT * FLOW);
+    EXPECT_EQ(getPipe("X").newInflow, FLOW);
+    EXPECT_EQ(p.record().sumCount, 1);
+    EXPECT_EQ(p.record().next->sumCount, 0);
+    p.step();
+    EXPECT_EQ(p.record().sumCount, 3);
+}
+
+// --- connections ---------------------------------------------------------------------------------------------------
+
+TEST(FeedConnection, TakesTheFlowAtTheRoutingClock) {
+    Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\n", 8, "1350");
+    // Half way through the first step of the engine, from nothing to the spring.
+    p.step();
+    EXPECT_EQ(getLink("X").newFlow, FLOW / 2.0);
+    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);  // the flow that stood before
+    EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD / 2.0, 1e-15);
+    // At its end: the engine has made a second step, and the first state counts.
+    p.step();
+    EXPECT_EQ(getLink("X").newFlow, FLOW);
+    EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW / 2.0);
+    p.step();
+    EXPECT_EQ(FlowTotals.swmmInflow, DT * (FLOW / 2.0 + FLOW));
+    EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD * 2.5, 1e-12);
+}
+
+TEST(FeedConnection, DeliversBehindItsDelay) {
+    Spring p("[CONNECTIONS]\nX S O NO 1350", "OUTFLOW OUT X\n", 8);
+    p.step(2);
+    EXPECT_EQ(getLink("X").newFlow, 0.0);
+    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    EXPECT_GT(Connections[0].newInflow, 0.0);
+    // Entries lie on the dates that are read.
+    p.step();
+    EXPECT_EQ(getLink("X").newFlow, FLOW);
+    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+}
+
+TEST(FeedConnection, WhatLeavesTooLateIsDelayed) {
+    Spring p("[CONNECTIONS]\nX S O NO 4050", "OUTFLOW OUT X\n", 8);  // six steps: those of step 1 and 2 leave in time
+    p.step(8);
+    EXPECT_EQ(FlowTotals.delayedVolume, 6 * DT * FLOW);
+    EXPECT_NEAR(QualTotals[0].delayedMass, 6 * DT * LOAD, 1e-12);
+    EXPECT_NEAR(QualTotals[0].swmmInflow, 8 * DT * LOAD, 1e-12);
+}
+
+TEST(FeedConnection, WeighsBeyondTheEngineOnceItIsOver) {
+    Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\n", 8);
+    p.outside().oldTime = 1350000.0;
+    p.outside().newTime = 0.0;
+    NewRoutingTime = 2025000.0;
+    p.record().oldFlow = 4.0;
+    p.record().newFlow = 1.0;
+    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    // f = (2025 - 1350) / (0 - 1350) = -0.5
+    EXPECT_EQ(Connections[0].newInflow, -0.5 * 1.0 + 1.5 * 4.0);
+    p.outside().oldTime = p.outside().newTime = 0.0;
+    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    EXPECT_EQ(Connections[0].newInflow, 4.0);  // equal clocks: the old state
+}
+
+TEST(FeedConnection, OfTwoRecordsGetsTwoEntriesOfOneDate) {
+    Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW IDLE X\nOUTFLOW OUT X\n", 8);
+    p.step();
+    EXPECT_EQ(Connections[0].newInflow, FLOW);  // the record in hand
+    EXPECT_EQ(getLink("X").newFlow, 0.0);       // reading at their date gives the first entry
+    EXPECT_EQ(Connections[0].flowQueue.end - Connections[0].flowQueue.first, 2);
+}
+
+// --- conduits ------------------------------------------------------------------------------------------------------
+
+static const std::string Channel = "[CONDUITS]\nX S O NO 100 0.5 0.02 RECTANGULAR 3 2\n";
+
+TEST(FeedConduit, TakesFlowAndConcentrations) {
+    Spring p(Channel, "OUTFLOW OUT X\n");
+    p.step();
+    EXPECT_EQ(getConduit("X").newInflow, FLOW);
+    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+    EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW);
+    EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD, 1e-15);
+    p.step();
+    EXPECT_EQ(getConduit("X").oldInflow, FLOW);
+    EXPECT_NEAR(getLink("X").oldQual[0], QUALITY, 1e-12);
+}
+
+TEST(FeedConduit, TakesTheFirstRecordOfTheNode) {
+    Spring p(Channel + "[CONNECTIONS]\nY S O NO 0", "OUTFLOW OUT Y\nOUTFLOW IDLE X\n");
+    p.step();
+    EXPECT_EQ(getConduit("X").newInflow, FLOW);  // of the record for Y
+    Spring q(Channel + "[CONNECTIONS]\nY S O NO 0", "OUTFLOW IDLE Y\nOUTFLOW OUT X\n");
+    q.step();
+    EXPECT_EQ(getConduit("X").newInflow, 0.0);
+    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+}
+
+TEST(FeedConduit, OfTwoRecordsTakesTwoVolumes) {
+    Spring p(Channel, "OUTFLOW OUT X\nOUTFLOW OUT X\n");
+    p.step();
+    EXPECT_EQ(FlowTotals.swmmInflow, 2 * DT * FLOW);
+    EXPECT_EQ(getConduit("X").oldInflow, FLOW);
+    EXPECT_EQ(getConduit("X").newInflow, FLOW);
+}
+
+// --- records and links ---------------------------------------------------------------------------------------------
+
+TEST(FeedLinks, WithoutARecordGetNothing) {
+    Spring p(Channel + "[CONNECTIONS]\nY S O NO 0\n[PIPES]\nZ S O NO 1350 1 0 0", "");
+    p.step(6);
+    EXPECT_EQ(getConduit("X").newInflow, 0.0);
+    EXPECT_EQ(Connections[0].newInflow, 0.0);
+    EXPECT_EQ(getPipe("Z").newInflow, 0.0);
+    EXPECT_EQ(getPipe("Z").nextFireTime, 0.0);
+    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
+}
+
+TEST(FeedLinks, OfOtherNodesAreNeverFed) {
+    Spring p("[JUNCTIONS]\nJ\n[PIPES]\nX J O NO 1350 1 0 0\n", "OUTFLOW OUT X\n");
+    p.step(6);
+    EXPECT_EQ(getPipe("X").newInflow, 0.0);
+    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
+    EXPECT_EQ(p.record().newFlow, FLOW);
+}
+
+TEST(FeedLinks, WithoutPollutantsTakeWaterAlone) {
+    CoupledProject p("[OUTFALLS]\nO\n" + Channel +
+                         "[CONNECTIONS]\nY S O NO 0\n[PIPES]\nZ S O NO 1350 1 0 0\n"
+                         "[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT X\nOUTFLOW OUT Y\nOUTFLOW OUT Z\n",
+                     4);
+    p.model("m.inp", getPassingModel(4, "spring OUT 0.5\n"));
+    p.start();
+    p.step(4);
+    EXPECT_EQ(getPipe("Z").newInflow, 0.5);
+    EXPECT_EQ(getConduit("X").newInflow, 0.5);
+    EXPECT_EQ(getLink("Y").newFlow, 0.5);
+}

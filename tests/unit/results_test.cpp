@@ -1,0 +1,251 @@
+#include "results/results.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "results/binary.h"
+#include "support/results.h"
+
+namespace {
+
+/// A binary results file of the small project, by its columns.
+struct ResultFile {
+    std::string bytes;
+    size_t record;
+
+    explicit ResultFile(const std::string& name) : bytes(readFile(name)), record(8 + 4 * (12 + 3 + 3 + 3)) {}
+
+    int32_t getCount() const { return getClosing(bytes, 4); }
+    float getValue(int32_t period, size_t place) const {
+        const size_t start = static_cast<size_t>(getClosing(bytes, 3));
+        return getFloat(bytes, start + static_cast<size_t>(period - 1) * record + 8 + 4 * place);
+    }
+    float getSystem(int32_t period, size_t column) const { return getValue(period, column); }
+    float getOutfall(int32_t period, size_t column) const { return getValue(period, 12 + 3 + column); }
+    float getConnection(int32_t period, size_t column) const { return getValue(period, 12 + 6 + column); }
+};
+
+ResultFile runToFile(ProjectFile& project) {
+    EXPECT_EQ(project.run(), 0);
+    return ResultFile(project.results);
+}
+
+}  // namespace
+
+TEST(Results, SampledRowsInterpolateWithinTheStep) {
+    // Steps of 60 s and reports of 90 s: the first report lies in the middle of the second step, the second at the end
+    // of the third, the delivery begins in the third. A sample at 270 s is never due.
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:30\nREPORT_AVERAGE NO\n"));
+    const ResultFile file = runToFile(project);
+    ASSERT_EQ(file.getCount(), 2);
+    EXPECT_EQ(file.getConnection(1, 1), 0.0f);
+    EXPECT_EQ(file.getConnection(2, 1), 0.5f);
+}
+
+TEST(Results, ASampleBetweenTwoStatesIsTheirWeightedMean) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:30\nREPORT_AVERAGE NO\n"));
+    const ResultFile file = runToFile(project);  // 150 s is in the middle of the third step
+    ASSERT_EQ(file.getCount(), 1);
+    // The old inflow of a connection is only rolled if the node of the same number is an outfall, which node 0 isn't.
+    EXPECT_EQ(file.getConnection(1, 0), 0.25f);
+    EXPECT_EQ(file.getConnection(1, 1), 0.25f);
+    EXPECT_EQ(file.getOutfall(1, 0), 0.25f);
+    EXPECT_EQ(file.getOutfall(1, 2), 2.0f);
+    EXPECT_EQ(file.getSystem(1, 4), 0.75f);
+    EXPECT_EQ(file.getSystem(1, 9), 0.25f);
+}
+
+TEST(Results, MeansCoverTheStepsOfThePeriod) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    const ResultFile file = runToFile(project);
+    ASSERT_EQ(file.getCount(), 1);
+    EXPECT_EQ(file.getConnection(1, 0), 1.5f / 3.0f);
+    EXPECT_EQ(file.getConnection(1, 1), 0.5f / 3.0f);
+    EXPECT_EQ(file.getOutfall(1, 2), 4.0f / 3.0f);
+    EXPECT_EQ(file.getSystem(1, 9), 0.5f);  // the system is that of the report time
+}
+
+TEST(Results, AStepThatCrossesTheReportTimeCountsToTheNextPeriod) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:30\nREPORT_AVERAGE YES\n"));
+    const ResultFile file = runToFile(project);
+    ASSERT_EQ(file.getCount(), 2);
+    EXPECT_EQ(file.getConnection(1, 1), 0.0f);   // step 1 alone
+    EXPECT_EQ(file.getConnection(2, 1), 0.25f);  // steps 2 and 3
+}
+
+TEST(Results, MeansAreTheDefault) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\n"));
+    EXPECT_EQ(runToFile(project).getConnection(1, 1), 0.5f / 3.0f);
+}
+
+TEST(Results, APeriodWithoutAStepIsNoNumber) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE YES\n"));
+    project.open();
+    tarnvelde_start(1);
+    double elapsed = 0.0;
+    tarnvelde_step(&elapsed);
+    tarnvelde_step(&elapsed);
+    EXPECT_EQ(ResultSumCount, 0);
+    results_write();
+    tarnvelde_end();
+    tarnvelde_close();
+    const ResultFile file(project.results);
+    ASSERT_EQ(file.getCount(), 2);
+    EXPECT_EQ(file.getConnection(1, 0), 0.5f);
+    EXPECT_TRUE(std::isnan(file.getConnection(2, 0)));
+    EXPECT_EQ(file.getSystem(2, 4), 0.5f);
+}
+
+TEST(Results, CallsBehindTheEndStillAccumulateAndWrite) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    project.open();
+    tarnvelde_start(1);
+    EXPECT_EQ(stepToEnd(), 0);
+    EXPECT_EQ(ResultSumCount, 1);
+    double elapsed = 1.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(elapsed, 0.0);
+    EXPECT_EQ(ResultSumCount, 2);
+    ReportTime = NewRoutingTime;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(ResultSumCount, 0);
+    tarnvelde_end();
+    tarnvelde_close();
+    const ResultFile file(project.results);
+    ASSERT_EQ(file.getCount(), 2);
+    EXPECT_EQ(file.getConnection(2, 1), 0.5f);
+}
+
+TEST(Results, ReportTimeMovesOnByOneStepAtATime) {
+    ProjectFile project(getDelayedProject());
+    project.open();
+    tarnvelde_start(1);
+    ReportTime = -180000.0;  // far behind
+    double elapsed = 0.0;
+    tarnvelde_step(&elapsed);
+    EXPECT_EQ(ReportTime, -120000.0);
+    tarnvelde_close();
+}
+
+TEST(Results, WithoutASaveModeTheReportTimeStands) {
+    ProjectFile project(getDelayedProject());
+    project.open();
+    tarnvelde_start(0);
+    stepToEnd();
+    EXPECT_EQ(ReportTime, 60000.0);
+    EXPECT_EQ(ResultSumCount, 0);
+    tarnvelde_close();
+}
+
+TEST(Results, AnUnknownSaveModeKeepsTheReportTimeGoing) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE YES\n"));
+    project.open();
+    tarnvelde_start(3);
+    double elapsed = 0.0;
+    tarnvelde_step(&elapsed);
+    EXPECT_EQ(ReportTime, 120000.0);
+    EXPECT_EQ(ResultSumCount, 0);
+    tarnvelde_close();
+}
+
+TEST(Results, SavingDoesNotChangeTheRun) {
+    const std::string series = "[TIMESERIES]\nT1 2021/03/01 0:00 0.1 0:01 0.7 0:02 0.2 0:10 0.9\n";
+    const std::string inflow = "[INFLOWS]\nO1 FLOW FLOW 0 T1 1\n";
+    std::string reports[3];
+    for (const int32_t mode : {0, 1, 2}) {
+        ProjectFile project(getDelayedProject("REPORT_STEP 0:01:17\nREPORT_AVERAGE NO\n") + inflow + series);
+        project.open();
+        tarnvelde_start(mode);
+        EXPECT_EQ(stepToEnd(), 0);
+        tarnvelde_report();
+        tarnvelde_end();
+        tarnvelde_close();
+        reports[mode] = project.getReport();
+    }
+    EXPECT_NE(reports[0], "");
+    EXPECT_EQ(reports[1], reports[0]);
+    EXPECT_EQ(reports[2], reports[0]);
+}
+
+// --- memory --------------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Starts a run without results, then opens results with the request number `count` failing. The errors reported.
+int countMemoryErrors(ProjectFile& project, int64_t count) {
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 0);
+    SaveMode = 1;
+    arena_failAfter(count);
+    results_open();
+    arena_failAfter(0);
+    results_accumulate();
+    results_write();
+    results_end();
+    const int32_t code = ErrorCode;
+    tarnvelde_close();
+    const std::string report = project.getReport();
+    const std::string message = "\n  \n  ERROR 101: memory allocation error.";
+    EXPECT_EQ(report.size() % message.size(), 0u);
+    EXPECT_EQ(code, report.empty() ? ERR_NONE : ERR_MEMORY);
+    return static_cast<int>(report.size() / message.size());
+}
+
+}  // namespace
+
+TEST(Results, ABufferWithoutMemoryGivesOneErrorAndLeavesItsRowsOut) {
+    // 13 rows, and lists of objects and sums of the three kinds that the project has.
+    constexpr int64_t REQUESTS = 13 + 2 * 3;
+    for (const char* mode : {"YES", "NO"}) {
+        const std::string options = std::string("REPORT_STEP 0:01:00\nREPORT_AVERAGE ") + mode + '\n';
+        ProjectFile whole(getDelayedProject(options));
+        EXPECT_EQ(countMemoryErrors(whole, REQUESTS + 1), 0);
+        const size_t wholeSize = readFile(whole.results).size();
+        for (int64_t count = 1; count <= REQUESTS; ++count) {
+            ProjectFile project(getDelayedProject(options));
+            EXPECT_EQ(countMemoryErrors(project, count), 1) << count;
+            const size_t size = readFile(project.results).size();
+            EXPECT_TRUE(size == wholeSize || size == wholeSize - 12) << count;
+        }
+    }
+}
+
+TEST(Results, AnErrorOfTheStartLeavesTheOldFileAlone) {
+    ProjectFile project(getDelayedProject());
+    project.folder.write("model.bin", "old");
+    project.open();
+    arena_failAfter(1);  // an array of the start
+    EXPECT_EQ(tarnvelde_start(1), 101);
+    arena_failAfter(0);
+    double elapsed = 0.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 101);
+    tarnvelde_end();
+    tarnvelde_close();
+    EXPECT_EQ(readFile(project.results), "old");
+}
+
+TEST(Results, AreGivenBackByTheClose) {
+    ProjectFile project(getDelayedProject());
+    project.open();
+    tarnvelde_start(1);
+    EXPECT_GT(ResultArena.taken, 0u);
+    EXPECT_NE(BinFile, nullptr);
+    tarnvelde_close();
+    EXPECT_EQ(ResultArena.taken, 0u);
+    EXPECT_EQ(BinFile, nullptr);
+}
+
+TEST(Results, ASecondStartTakesNoMoreMemory) {
+    ProjectFile project(getDelayedProject());
+    project.open();
+    tarnvelde_start(1);
+    const size_t taken = ResultArena.taken;
+    tarnvelde_end();
+    tarnvelde_start(1);
+    EXPECT_EQ(ResultArena.taken, taken);
+    tarnvelde_close();
+}

@@ -1,0 +1,299 @@
+#include "results/rows.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+
+#include "hydrology/gage.h"
+#include "hydrology/inflows.h"
+#include "hydrology/subcatch.h"
+#include "input/table.h"
+#include "routing/connection.h"
+#include "routing/node.h"
+#include "routing/pipe.h"
+#include "support/project.h"
+
+namespace {
+
+/// Tables filled by hand, with two pollutants.
+struct Rows : testing::Test {
+    double older[2] = {1.0, 10.0};
+    double newer[2] = {3.0, 30.0};
+    float row[32];
+
+    void SetUp() override {
+        tarnvelde_close();
+        ObjectCount[POLLUT] = 2;
+        std::fill_n(row, 32, -1.0f);
+    }
+    void TearDown() override {
+        Nodes.clear();
+        Links.clear();
+        Splitters.clear();
+        Pipes.clear();
+        Connections.clear();
+        Subcatches.clear();
+        Gages.clear();
+        HostInflows.clear();
+        ObjectCount[POLLUT] = 0;
+    }
+
+    Node& addNode(int32_t kind, int32_t kindIndex = 0) {
+        Node node{};
+        node.kind = kind;
+        node.kindIndex = kindIndex;
+        node.oldInflow = 2.0;
+        node.newInflow = 4.0;
+        node.oldLatFlow = 0.5;
+        node.newLatFlow = 1.5;
+        node.oldQual = older;
+        node.newQual = newer;
+        Nodes.push_back(node);
+        return Nodes.back();
+    }
+    Link& addLink(int32_t kind, int32_t kindIndex = 0) {
+        Link link{};
+        link.kind = kind;
+        link.kindIndex = kindIndex;
+        link.oldFlow = 6.0;
+        link.newFlow = 7.0;
+        link.oldQual = older;
+        link.newQual = newer;
+        Links.push_back(link);
+        return Links.back();
+    }
+    void expectRow(std::initializer_list<float> values) const {
+        size_t k = 0;
+        for (const float value : values) {
+            EXPECT_EQ(row[k], value) << "column " << k;
+            ++k;
+        }
+        EXPECT_EQ(row[k], -1.0f) << "written behind the row";
+    }
+};
+
+}  // namespace
+
+TEST_F(Rows, LengthsGrowWithThePollutants) {
+    const int32_t fixed[] = {12, 4, 2, 5, 2, 4, 8, 11, 4, 1, 2, 6, 1, 1};
+    const int32_t blocks[] = {0, 1, 1, 1, 1, 1, 1, 4, 1, 1, 1, 1, 1, 1};
+    for (const int32_t pollutants : {0, 1, 3}) {
+        ObjectCount[POLLUT] = pollutants;
+        for (int32_t table = 0; table < RESULT_TABLE_COUNT; ++table) {
+            EXPECT_EQ(rows_getLength(table), fixed[table] + blocks[table] * pollutants) << RowTables[table].name;
+        }
+    }
+}
+
+TEST_F(Rows, JunctionAndOutfallInterpolate) {
+    addNode(JUNCTION);
+    addNode(OUTFALL);
+    for (int32_t node = 0; node < 2; ++node) {
+        std::fill_n(row, 32, -1.0f);
+        node_getResults(node, 0.25, row);
+        expectRow({2.5f, 0.75f, 1.5f, 15.0f});
+    }
+}
+
+TEST_F(Rows, SplitterTakesItsSecondOutflowFromTheRoundedValues) {
+    Splitters.resize(1);
+    Splitters[0].oldFlow = 0.1;
+    Splitters[0].newFlow = 0.1;
+    addNode(SPLITTER).newInflow = 0.7;
+    Nodes[0].oldInflow = 0.7;
+    node_getResults(0, 1.0, row);
+    expectRow({0.7f, 1.5f, 0.1f, 0.7f - 0.1f, 3.0f, 30.0f});
+    EXPECT_NE(row[3], 0.6f);
+}
+
+TEST_F(Rows, PipeSumsItsReachesInDouble) {
+    // 16777216 + 1 + 1 is lost in single precision at the first addition.
+    double storage[3] = {16777216.0, 1.0, 1.0};
+    Pipes.resize(1);
+    Pipes[0].n = Pipes[0].reachCount = 3;
+    Pipes[0].storage = storage;
+    Pipes[0].oldInflow = 1.0;
+    Pipes[0].newInflow = 2.0;
+    Pipes[0].oldFlood = 0.0;
+    Pipes[0].newFlood = 8.0;
+    addLink(PIPE);
+    link_getResults(0, 0.5, row);
+    expectRow({16777218.0f, 1.5f, 6.5f, 4.0f, 2.0f, 20.0f});
+}
+
+TEST_F(Rows, ConnectionShowsBothEnds) {
+    Connections.resize(1);
+    Connections[0].oldInflow = 1.0;
+    Connections[0].newInflow = 2.0;
+    addLink(CONNECTION);
+    link_getResults(0, 0.5, row);
+    expectRow({1.5f, 6.5f, 2.0f, 20.0f});
+}
+
+TEST_F(Rows, RegulatorsShowTheirFlow) {
+    for (const int32_t kind : {PUMP, WEIR, ORIFICE}) {
+        Links.clear();
+        addLink(kind);
+        std::fill_n(row, 32, -1.0f);
+        link_getResults(0, 0.5, row);
+        expectRow({6.5f, 2.0f, 20.0f});
+    }
+}
+
+TEST_F(Rows, AFactorBeyondTheStepExtrapolates) {
+    addNode(JUNCTION);
+    node_getResults(0, 1.5, row);
+    expectRow({5.0f, 2.0f, 4.0f, 40.0f});
+}
+
+TEST_F(Rows, AnInfiniteOldValueSpoilsTheRowEvenWithoutWeight) {
+    addNode(JUNCTION).oldInflow = std::numeric_limits<double>::infinity();
+    node_getResults(0, 1.0, row);
+    EXPECT_TRUE(std::isnan(row[0]));
+    EXPECT_EQ(row[1], 1.5f);
+}
+
+TEST_F(Rows, SubcatchmentShowsRatesAsDepthsPerTime) {
+    Gages.resize(1);
+    Gages[0].reportRain = 10.0 / 3600000.0;
+    Subcatch s{};
+    s.gage = 0;
+    s.area = 1.0e4;
+    s.evapRate = 2.0 / 86400000.0;
+    s.infilRate = 5.0 / 3600000.0;
+    s.lastRunoff = 0.2;
+    s.thisRunoff = 0.4;
+    s.lastQuality = older;
+    s.thisQuality = newer;
+    Subcatches.push_back(s);
+    ObjectCount[SUBCATCH] = 1;
+    rows_fill(SUBCATCH_TABLE, 0, 0.5, row);
+    ObjectCount[SUBCATCH] = 0;
+    EXPECT_FLOAT_EQ(row[0], 10.0f);
+    EXPECT_FLOAT_EQ(row[1], 2.0f);
+    EXPECT_FLOAT_EQ(row[2], 5.0f);
+    EXPECT_FLOAT_EQ(row[3], 0.3f);
+    EXPECT_EQ(row[4], 2.0f);
+    EXPECT_EQ(row[5], 20.0f);
+}
+
+TEST_F(Rows, ADrySubcatchmentKeepsItsConcentrations) {
+    Subcatch s{};
+    s.gage = -1;
+    s.area = 1.0e4;
+    s.lastQuality = older;
+    s.thisQuality = newer;
+    s.thisRunoff = 0.99 * 7.056e-6;
+    Subcatches.assign(2, s);
+    Subcatches[1].thisRunoff = -1.0;  // an extrapolation may go below 0
+    for (int32_t k = 0; k < 2; ++k) {
+        rows_fill(SUBCATCH_TABLE, k, 1.0, row);
+        EXPECT_EQ(row[0], 0.0f);
+        EXPECT_EQ(row[3], 0.0f);
+        EXPECT_EQ(row[4], 3.0f);
+    }
+}
+
+// --- the system ----------------------------------------------------------------------------------------------------
+
+TEST_F(Rows, SystemWithoutLandHasNoRain) {
+    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    expectRow({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+}
+
+TEST_F(Rows, SystemTakesMeansOverTheLand) {
+    Gages.resize(1);
+    Gages[0].reportRain = 10.0 / 3600000.0;
+    Subcatch s{};
+    s.gage = 0;
+    s.area = 1.0e4;
+    s.evapRate = 2.0 / 86400000.0;
+    s.infilRate = 4.0 / 3600000.0;
+    s.lastRunoff = 1.0;
+    s.thisRunoff = 3.0;
+    Subcatches.assign(2, s);
+    Subcatches[1].gage = -1;
+    Subcatches[1].area = 3.0e4;
+    Subcatches[1].evapRate = 0.0;
+    rows_fillSystem(44256.0, 1.0, 0.5, row);
+    EXPECT_FLOAT_EQ(row[0], 2.5f);  // a quarter of the land has the rain
+    EXPECT_FLOAT_EQ(row[1], 0.5f);
+    EXPECT_FLOAT_EQ(row[2], 4.0f);
+    EXPECT_EQ(row[3], 4.0f);
+}
+
+TEST_F(Rows, SystemWithoutAreaHasNoRunoff) {
+    Subcatch s{};
+    s.gage = -1;
+    s.thisRunoff = 3.0;
+    Subcatches.assign(1, s);
+    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    for (int32_t k = 0; k < 4; ++k) {
+        EXPECT_EQ(row[k], 0.0f);
+    }
+}
+
+TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
+    // Each term is rounded and added in single: 1 is lost beside 2^24, twice.
+    addNode(JUNCTION).newInflow = 16777216.0;
+    addNode(OUTFALL).newInflow = 1.0;
+    addNode(SWMM).newInflow = 1.0;
+    double storage[1] = {5.0};
+    Pipes.resize(1);
+    Pipes[0].n = Pipes[0].reachCount = 1;
+    Pipes[0].storage = storage;
+    Pipes[0].newFlood = 0.25;
+    addLink(PIPE);
+    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
+}
+
+TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
+    ExtInflow second{INFLOW_FLOW, -1, 100.0, -1, 1.0, nullptr};
+    ExtInflow flow{INFLOW_FLOW, -1, 0.25, -1, 1.0, &second};
+    ExtInflow mass{INFLOW_MASS, 0, 7.0, -1, 1.0, &flow};
+    addNode(JUNCTION).extInflow = &mass;
+    addNode(JUNCTION);
+    HostInflows = {{1, 0, 4.0}, {0, 0, 2.0}};
+    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    EXPECT_EQ(row[5], 6.25f);
+}
+
+TEST_F(Rows, SystemCountsTheDryWeatherFlowOfEachNode) {
+    DwfInflow flow{-1, -1, 0.5, nullptr};
+    DwfInflow quality{0, -1, 200.0, &flow};
+    addNode(JUNCTION).dwfInflow = &quality;
+    addNode(JUNCTION).dwfInflow = &flow;
+    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    EXPECT_EQ(row[6], 1.0f);
+}
+
+TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
+    TempFolder folder;
+    folder.write("series.dat", "2021/03/01 0:00 1\n2021/03/01 1:00 3\n2021/03/01 2:00 5\n");
+    ProjectFile project(getGeneral(60) +
+                        "[OUTFALLS]\nO1\nO2\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\nO2 FLOW FLOW 10 T2 2\n"
+                        "[TIMESERIES]\nT1 2021/03/01 0:00 1 1:00 3 2:00 5\nT2 FILE " +
+                        folder.file("series.dat") + "\n");
+    ASSERT_EQ(project.open(), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    double elapsed = 0.0;
+    for (int k = 0; k < 30; ++k) {
+        ASSERT_EQ(tarnvelde_step(&elapsed), 0);
+    }
+    const Table before[2] = {TimeSeries[0], TimeSeries[1]};
+    const int64_t position = textfile_getPosition(TimeSeries[1].file);
+    rows_fillSystem(StartDateTime + 1.5 / 24.0, 1.0, 1.0, row);
+    EXPECT_FLOAT_EQ(row[5], 4.0f + 10.0f + 2.0f * 4.0f);
+    for (int k = 0; k < 2; ++k) {
+        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].x1, before[k].x1);
+        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].y1, before[k].y1);
+        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].x2, before[k].x2);
+        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].y2, before[k].y2);
+        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].lastDate, before[k].lastDate);
+        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].thisEntry, before[k].thisEntry);
+    }
+    EXPECT_EQ(textfile_getPosition(TimeSeries[1].file), position);
+    tarnvelde_close();
+}

@@ -1,0 +1,144 @@
+// Control rules in whole projects: messages with their places, what later sections mean for rules, and rules at work
+// from step to step.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+
+#include "controls/rule.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "routing/node.h"
+#include "support/project.h"
+
+/// Water of 0.5 m3/s runs from J through the splitter SP, which sends a quarter of it to A and the rest to B.
+static std::string getNetwork(int steps) {
+    return getGeneral(steps) +
+           "[JUNCTIONS]\nJ\n[OUTFALLS]\nA\nB\n[SPLITTERS]\nSP CA RATIO 0.25\n[CONNECTIONS]\nC J SP NO 0\nCA SP A NO 0\n"
+           "CB SP B NO 0\n[INFLOWS]\nJ FLOW FLOW 0.5 \"\" 1\n";
+}
+
+static const std::string RulesSection = "[CONTROL_RULES]\n";
+
+/// A message about a clause; `clause` counts the lines of the section from 1, behind the network.
+static std::string lineError(const std::string& message, int clause, const std::string& text) {
+    const std::string before = getNetwork(5) + RulesSection;
+    const auto line = std::count(before.begin(), before.end(), '\n') + clause;
+    return "\n  \n  ERROR " + message + "at line " + std::to_string(line) + " of [CONTROL_RULES] section:\n  " + text;
+}
+
+static Node& nodeOf(const char* name) {
+    return Nodes[static_cast<size_t>(tarnvelde_findObject(1, name))];
+}
+
+static void stepOnce() {
+    double elapsed;
+    ASSERT_EQ(tarnvelde_step(&elapsed), 0);
+}
+
+TEST(RulesInAFile, MessagesHaveTheirPlaceAndReadingGoesOn) {
+    const OpenResult result = openProject(getNetwork(5) + RulesSection +
+                                          "RULE R\n"
+                                          "IF JUNCTION J INFLOW > much\n"
+                                          "AND JUNCTION J INFLOW > CONNECTION C FLOW\n"
+                                          "AND JUNCTION J\n"
+                                          "THEN SPLITTER X VALUE = 1\n"
+                                          "AND SPLITTER SP WIDTH = 1\n"
+                                          "IF JUNCTION J INFLOW > 1\n"
+                                          "ELSE SPLITTER SP VALUE = 1\n");
+    EXPECT_EQ(result.code, 200);
+    EXPECT_EQ(
+        result.report,
+        lineError("211: invalid number much ", 2, "IF JUNCTION J INFLOW > much\n") +
+            lineError("219: mismatched control rule attribute ", 3, "AND JUNCTION J INFLOW > CONNECTION C FLOW\n") +
+            lineError("203: too few items ", 4, "AND JUNCTION J\n") +
+            lineError("209: undefined object X ", 5, "THEN SPLITTER X VALUE = 1\n") +
+            lineError("205: invalid keyword WIDTH ", 6, "AND SPLITTER SP WIDTH = 1\n") +
+            lineError("215: control rule clause invalid or out of sequence ", 7, "IF JUNCTION J INFLOW > 1\n"));
+}
+
+TEST(RulesInAFile, UnknownClauseIsRefusedBeforeAndBehindTheFirstRule) {
+    const OpenResult result = openProject(getNetwork(5) + RulesSection + "WHEN x\nRULE R\nWHEN x\n");
+    const std::string message = "215: control rule clause invalid or out of sequence ";
+    EXPECT_EQ(result.report, lineError(message, 1, "WHEN x\n") + lineError(message, 3, "WHEN x\n"));
+}
+
+TEST(RulesInAFile, ClausesBehindADuplicateRuleGoToTheLastGoodOne) {
+    ProjectFile project(
+        getNetwork(5) + RulesSection +
+        "RULE R\nIF JUNCTION J INFLOW > 1\nRULE r\nOR JUNCTION J INFLOW > 2\nTHEN SPLITTER SP VALUE = 1\n");
+    EXPECT_EQ(project.open(), 200);
+    ASSERT_NE(Rules[0].premises, nullptr);
+    EXPECT_NE(Rules[0].premises->next, nullptr);
+    EXPECT_NE(Rules[0].thenActions, nullptr);
+    EXPECT_EQ(Rules[1].name, nullptr);
+    tarnvelde_close();
+    EXPECT_EQ(project.getReport(), lineError("207: duplicate ID name r ", 3, "RULE r\n"));
+}
+
+TEST(RulesInAFile, ConditionAheadOfItsObjectIsRefusedAndAnActionIsNot) {
+    const std::string head = getGeneral(5), network = getNetwork(5).substr(head.size());
+    const OpenResult condition = openProject(head + "[CONTROL_RULES]\nRULE R\nIF JUNCTION J INFLOW > 1\n" + network);
+    EXPECT_NE(condition.report.find("ERROR 209: undefined object J at line 10 of [CONTROL_RULES] section:"),
+              std::string::npos)
+        << condition.report;
+    const OpenResult action =
+        openProject(head + "[CONTROL_RULES]\nRULE R\nIF SWMM FLOW > 1\nTHEN PIPE C SETTING = 1\n" +
+                    "AND SPLITTER SP VALUE = 1\n" + network);
+    EXPECT_EQ(action.code, 0) << action.report;
+}
+
+TEST(RulesInAFile, NextProjectBeginsWithoutRulesOfTheLast) {
+    EXPECT_EQ(openProject(getNetwork(5) + RulesSection + "RULE R\nIF JUNCTION J INFLOW > 1\n").code, 0);
+    EXPECT_TRUE(Rules.empty());
+    EXPECT_EQ(openProject(getNetwork(5) + RulesSection + "RULE R\nAND JUNCTION J INFLOW > 1\n").report,
+              lineError("215: control rule clause invalid or out of sequence ", 2, "AND JUNCTION J INFLOW > 1\n"));
+}
+
+TEST(RulesInARun, ConditionsSeeTheStepBefore) {
+    ProjectFile project(getNetwork(5) + RulesSection +
+                        "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
+    ASSERT_EQ(project.open(), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    stepOnce();  // the inflow before the first step is 0
+    EXPECT_EQ(nodeOf("A").newInflow, 0.125);
+    EXPECT_EQ(nodeOf("B").newInflow, 0.375);
+    stepOnce();
+    EXPECT_EQ(nodeOf("A").newInflow, 0.5);
+    EXPECT_EQ(nodeOf("B").newInflow, 0.0);
+}
+
+TEST(RulesInARun, SplitValueSurvivesIntoASecondRun) {
+    ProjectFile project(getNetwork(5) + RulesSection +
+                        "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
+    ASSERT_EQ(project.open(), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(stepToEnd(), 0);
+    tarnvelde_end();
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    stepOnce();
+    EXPECT_EQ(nodeOf("A").newInflow, 0.5);
+}
+
+TEST(RulesInARun, ValueOfTheHostHidesThatOfTheRule) {
+    ProjectFile project(getNetwork(5) + RulesSection +
+                        "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
+    ASSERT_EQ(project.open(), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    ASSERT_EQ(tarnvelde_setSplittedValue("SP", 0.5), 0);
+    stepOnce();
+    stepOnce();
+    EXPECT_EQ(nodeOf("SP").newInflow, 0.5);
+    EXPECT_EQ(nodeOf("A").newInflow, 0.25);
+}
+
+TEST(RulesInARun, RatioMayExceedOne) {
+    ProjectFile project(getNetwork(5) + RulesSection +
+                        "RULE R\nIF JUNCTION J INFLOW = 0\nTHEN SPLITTER SP VALUE = 3\n");
+    ASSERT_EQ(project.open(), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    stepOnce();
+    EXPECT_EQ(nodeOf("A").newInflow, 1.5);
+    EXPECT_EQ(nodeOf("B").newInflow, -1.0);
+}

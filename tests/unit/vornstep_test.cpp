@@ -1,0 +1,266 @@
+// Treatment-plant nodes in a run: the calls of their engines, one by one, and the totals that they add to.
+
+#include <gtest/gtest.h>
+
+#include "coupling/converter.h"
+#include "coupling/vorn.h"
+#include "engine/project.h"
+#include "hydrology/inflows.h"
+#include "support/engines.h"
+#include "support/model.h"
+
+using Strings = std::vector<std::string>;
+
+static constexpr double DT = COUPLED_STEP;
+
+/// Dry weather at J runs over C into plant P, and what leaves the plant runs over D to an outfall, both without delay.
+static const std::string Through =
+    "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n"
+    "[DWFS]\nJ FLOW 0.5 \"\"\nJ A 64 \"\"\n"
+    "[VORN_INPS]\nP m.sti YES\nINFLUENT I C CI\nEFFLUENT E D CE\n";
+
+/// COD from the pollutant, the others from constants; the effluent's pollutant from two components and a constant.
+static const std::string Converters2 =
+    "[CONVERTERS]\nCI COD POLLUTANT A 2\nCI NH4 CONSTANT 4 0.5\nCI NO3 CONSTANT 0 0\nCI TP CONSTANT 0 0\n"
+    "CI TSS CONSTANT 0 0\nCI ALK CONSTANT 0 0\nCE VORN_EFFLUENT\nCE A POLLUTANT S_F 99\nCE A POLLUTANT S_NH4 0\n"
+    "CE A CONSTANT 3 7\n";
+
+static std::string inCall(const std::string& unit, int index, double value) {
+    return "m vorn_setExtInflow \"" + unit + "\" " + std::to_string(index) + " " + showNumber(value) + " = 0";
+}
+
+static double readValue(const std::string& call) {
+    return std::stod(call.substr(call.find(" : ") + 3));
+}
+
+/// The value that an inflow call passes.
+static double readPassed(const std::string& call) {
+    const size_t end = call.rfind(" = ");
+    return std::stod(call.substr(call.rfind(' ', end - 1)));
+}
+
+TEST(VornCalls, OfAWholeRunWithEqualSteps) {
+    CoupledProject p(Through + Converters2, 3);
+    p.model("m.sti", getPassingPlant(3));
+    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    p.takeCalls();
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(p.takeCalls(), Strings{"m vorn_start 1 = 0"});
+    p.step();
+    const Strings calls = p.takeCalls();
+    ASSERT_EQ(calls.size(), 2u * 11u);
+    // The old state, at the start of the step: flow, then the points of the converter in their order.
+    EXPECT_EQ(Strings(calls.begin(), calls.begin() + 7),
+              (Strings{inCall("I", 0, 0), inCall("I", 1, 0), inCall("I", 2, 0), inCall("I", 3, 0), inCall("I", 4, 0),
+                       inCall("I", 5, 0), inCall("I", 6, 0)}));
+    EXPECT_EQ(calls[7], "m vorn_step = 0 : " + showNumber(COUPLED_STEP_DAYS));
+    EXPECT_EQ(calls[8], "m vorn_getExtOutflow \"E\" 0 = 0 : 0");
+    EXPECT_EQ(calls[9], "m vorn_getExtOutflow \"E\" 2 = 0 : 0");  // S_F
+    EXPECT_EQ(calls[10], "m vorn_getExtOutflow \"E\" 5 = 0 : 0");
+    // The new state, at its end: 0.5 m3/s, with 64 mg/L twice as COD and 4 mg/L half as NH4, in g/s.
+    EXPECT_EQ(calls[11], inCall("I", 0, 0.5));
+    EXPECT_NEAR(readPassed(calls[12]), 0.5 * 64.0 * 2.0, 1e-12);
+    EXPECT_EQ(calls[13], inCall("I", 2, 0.5 * 4.0 * 0.5));
+    EXPECT_EQ(calls[18], "m vorn_step = 0 : " + showNumber(2 * COUPLED_STEP_DAYS));
+    EXPECT_EQ(calls[19], "m vorn_getExtOutflow \"E\" 0 = 0 : 0.5");
+    EXPECT_NEAR(readValue(calls[20]), 128.0 * 0.12, 1e-12);
+    EXPECT_NEAR(readValue(calls[21]), 2.0, 1e-12);
+    // The factors of the effluent's points have no effect.
+    EXPECT_NEAR(VornNodes[0].outside.outflows.head->newLoad[0], (128.0 * 0.12 + 2.0 + 3.0) * 0.5 / 1000.0, 1e-15);
+    p.step();
+    EXPECT_EQ(p.takeCalls("m vorn_step"), Strings{"m vorn_step = 0 : 0"});  // over: the third step was the last
+    p.step();
+    EXPECT_EQ(p.takeCalls("m vorn_step"), Strings{"m vorn_step = 0 : 0"});
+    ASSERT_EQ(tarnvelde_end(), 0);
+    EXPECT_EQ(p.takeCalls("m vorn_end").size(), 1u);
+    tarnvelde_close();
+    EXPECT_EQ(p.takeCalls(), Strings{"m vorn_close = 0"});
+}
+
+TEST(VornCalls, WithCoarserAndFinerSteps) {
+    CoupledProject p(Through + Converters2, 6);
+    p.model("m.sti", getPassingPlant(6, "step 1687.5\n"));
+    p.start();
+    std::vector<size_t> counts;
+    for (int k = 0; k < 6; ++k) {
+        p.step();
+        counts.push_back(p.takeCalls("m vorn_step").size());
+    }
+    // Up to 2.5, 5 and 6 steps; the third call ends the plant, which is then asked in each routing step.
+    EXPECT_EQ(counts, (std::vector<size_t>{1, 0, 1, 0, 1, 1}));
+    CoupledProject q(Through + Converters2, 6);
+    q.model("m.sti", getPassingPlant(6, "step 225\n"));
+    q.start();
+    q.takeCalls();
+    q.step();
+    EXPECT_EQ(q.takeCalls("m vorn_step").size(), 4u);  // 225, 450, 675: there it steps once more
+    q.step();
+    EXPECT_EQ(q.takeCalls("m vorn_step").size(), 3u);
+}
+
+TEST(VornCalls, WithoutAnInfluentStepThePlantOnly) {
+    CoupledProject p("[OUTFALLS]\nO\n[VORN_INPS]\nP m.sti NO\n", 4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    p.takeCalls();
+    p.step(2);
+    EXPECT_EQ(p.takeCalls(), (Strings{"m vorn_step = 0 : " + showNumber(COUPLED_STEP_DAYS),
+                                      "m vorn_step = 0 : " + showNumber(2 * COUPLED_STEP_DAYS),
+                                      "m vorn_step = 0 : " + showNumber(3 * COUPLED_STEP_DAYS)}));
+}
+
+TEST(VornCalls, ThatAreRefusedGiveNothing) {
+    CoupledProject p(Through + Converters2, 4);
+    p.model("m.sti",
+            getPassingPlant(4, "refuse vorn_step 4\nrefuse vorn_getExtOutflow 4\nrefuse vorn_setExtInflow 4\n"));
+    p.start();
+    p.takeCalls();
+    p.step();
+    EXPECT_EQ(p.takeCalls().size(), 11u);
+    EXPECT_EQ(VornNodes[0].outside.outflows.head->newFlow, 0.0);
+    EXPECT_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 0.0);
+}
+
+TEST(VornStart, AFailureStopsTheStart) {
+    CoupledProject p("[OUTFALLS]\nO\n[VORN_INPS]\nP m.sti NO\nQ n.sti NO\n[SWMM_INPS]\nS s.inp NO\n", 4);
+    p.model("m.sti", getPassingPlant(4, "refuse vorn_start 3\n")).model("n.sti", getPassingPlant(4));
+    p.model("s.inp", getPassingModel(4));
+    ASSERT_EQ(p.open(), 0);
+    p.takeCalls();
+    EXPECT_EQ(tarnvelde_start(0), 932);
+    EXPECT_EQ(p.takeCalls(), Strings{"m vorn_start 0 = 3"});
+    EXPECT_EQ(p.getErrors(), Strings{"ERROR 932: cannot start vorn simulation for vorn node P."});
+    const Strings calls = p.takeCalls();
+    ASSERT_EQ(calls.size(), 4u);
+    EXPECT_EQ(calls[0].rfind("m vorn_end", 0), 0u);
+    EXPECT_EQ(calls[1], "s swmm_close = 0");  // all SWMM nodes come first
+    EXPECT_EQ(calls[2], "m vorn_close = 0");
+    EXPECT_EQ(calls[3], "n vorn_close = 0");
+    EXPECT_TRUE(p.getCopies().empty());
+}
+
+// --- influents -----------------------------------------------------------------------------------------------------
+
+TEST(VornInflows, TwoInfluentsOfOneLinkEachTakeTheWholeFlow) {
+    CoupledProject p(Through + "[VORN_INPS]\nINFLUENT I C CI\n" + Converters2, 4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    p.step();
+    EXPECT_EQ(FlowTotals.vornOutflow, 2 * DT * 0.5);
+    EXPECT_NEAR(QualTotals[0].vornOutflow, 2 * DT * 0.032, 1e-12);
+    for (const CoupledFlow* record = VornNodes[0].outside.inflows.head; record; record = record->next) {
+        EXPECT_EQ(record->newFlow, 0.5);
+        EXPECT_NEAR(record->newLoad[0], 64.0, 1e-12);
+    }
+}
+
+TEST(VornInflows, AllInfluentsSendThePointsOfTheFirstConverter) {
+    CoupledProject p(
+        Through +
+            "[VORN_INPS]\nINFLUENT K E2 CJ\n[JUNCTIONS]\nL\n[CONNECTIONS]\nE2 L P NO 0\n[DWFS]\nL FLOW 0.25 \"\"\n" +
+            Converters2 +
+            "CJ ALK CONSTANT 8 1\nCJ COD CONSTANT 0 0\nCJ NH4 CONSTANT 0 0\n"
+            "CJ NO3 CONSTANT 16 1\nCJ TP CONSTANT 0 0\nCJ TSS CONSTANT 0 0\nCI COD CONSTANT 0 0\n",
+        4);
+    p.model("m.sti", getPassingPlant(4, "influent K\n"));
+    p.start();
+    p.takeCalls();
+    p.step();
+    const Strings calls = p.takeCalls("m vorn_setExtInflow \"K\"");
+    const Strings expected = {inCall("K", 0, 0.25), inCall("K", 1, 0), inCall("K", 2, 0),   inCall("K", 3, 4.0),
+                              inCall("K", 4, 0),    inCall("K", 5, 0), inCall("K", 6, 2.0), inCall("K", 1, 0)};
+    ASSERT_EQ(calls.size(), 16u);
+    EXPECT_EQ(Strings(calls.begin() + 8, calls.end()), expected);  // COD twice, as the first converter has it
+}
+
+TEST(VornInflows, PointsOfTheOtherTypeAreUsedAsTheyStandOrPassedOver) {
+    // Two pollutants: the effluent points' targets 0 and 1 are COD and NH4 here, and component 1 the second pollutant;
+    // component 18 is no pollutant at all.
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\nB 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n"
+        "[DWFS]\nJ FLOW 0.5 \"\"\nJ B 64 \"\"\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CE\nEFFLUENT E D CI\n"
+        "[CONVERTERS]\nCE VORN_EFFLUENT\nCE A POLLUTANT S_F 1\nCE B POLLUTANT X_MeP 1\nCE B CONSTANT 2 1\n"
+        "CI COD POLLUTANT B 1\nCI NH4 CONSTANT 6 1\nCI NO3 CONSTANT 1 1\nCI TP CONSTANT 1 1\n"
+        "CI TSS CONSTANT 1 1\nCI ALK CONSTANT 1 1\n",
+        4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    p.takeCalls();
+    p.step();
+    const Strings calls = p.takeCalls();
+    ASSERT_EQ(calls.size(), 2u * 6u);
+    EXPECT_EQ(calls[6], inCall("I", 0, 0.5));
+    EXPECT_NEAR(readPassed(calls[7]), 0.5 * 64.0, 1e-12);
+    EXPECT_EQ(calls[8], inCall("I", 2, 0.5 * 2.0 * 1.0));
+    EXPECT_EQ(calls[10], "m vorn_getExtOutflow \"E\" 0 = 0 : 0.5");
+    EXPECT_EQ(calls[11].rfind("m vorn_getExtOutflow \"E\" 2 = 0 : ", 0), 0u);  // pollutant 1 as component 1
+    EXPECT_NEAR(VornNodes[0].outside.outflows.head->newLoad[0], 64.0 * 0.12 * 0.5 / 1000.0, 1e-15);
+    EXPECT_EQ(VornNodes[0].outside.outflows.head->newLoad[1], 6.0 * 0.5 / 1000.0);  // constituent 1 as pollutant 1
+}
+
+TEST(VornInflows, OfAPipeThatHasNotFiredApplyEveryPointToNothing) {
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nC J P NO 1350 1 0 0\n[CONNECTIONS]\n"
+        "D P O NO 0\n[DWFS]\nJ FLOW 0.5 \"\"\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\nEFFLUENT E D CE\n" +
+            Converters2,
+        4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    p.step();
+    for (int c = 0; c < CONSTITUENT_COUNT; ++c) {
+        EXPECT_EQ(VornNodes[0].outside.inflows.head->newLoad[c], 0.0);
+    }
+    EXPECT_EQ(FlowTotals.vornOutflow, 0.0);
+}
+
+TEST(VornInflows, RunoffStaysInTheNode) {
+    CoupledProject p(Through + Converters2, 4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    getNode("P").newLatFlow += 0.25;  // as runoff, or an inflow of the node, would
+    p.step(2);
+    EXPECT_EQ(getNode("P").newLatFlow, 0.25);
+    EXPECT_EQ(VornNodes[0].outside.inflows.head->newFlow, 0.5);
+}
+
+// --- books ---------------------------------------------------------------------------------------------------------
+
+TEST(VornBooks, AgreeWithTheTotalsOfTheNetwork) {
+    static constexpr int STEPS = 10;
+    // One pollutant that goes through the plant as COD, and comes back as the parts of it that are COD.
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n"
+        "[DWFS]\nJ FLOW 0.5 H\nJ A 64 \"\"\n[PATTERNS]\nH HOURLY 1 0.5 2\n"
+        "[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\nEFFLUENT E D CE\n[CONVERTERS]\nCI COD POLLUTANT A 1\n"
+        "CI NH4 CONSTANT 0 0\nCI NO3 CONSTANT 0 0\nCI TP CONSTANT 0 0\nCI TSS CONSTANT 0 0\n"
+        "CI ALK CONSTANT 0 0\nCE VORN_EFFLUENT\nCE A POLLUTANT S_F 1\nCE A POLLUTANT S_A 1\n"
+        "CE A POLLUTANT S_I 1\nCE A POLLUTANT X_I 1\nCE A POLLUTANT X_S 1\nCE A POLLUTANT X_H 1\n"
+        "CE A POLLUTANT X_PAO 1\nCE A POLLUTANT X_PHA 1\nCE A POLLUTANT X_AUT 1\n",
+        STEPS);
+    p.model("m.sti", getPeriod(STEPS) + "step 675\ninfluent I\neffluent E\nbasin 5400\n");
+    p.start();
+    p.step(STEPS);
+    const CoupledFlow& in = *VornNodes[0].outside.inflows.head;
+    const double lastFlow = in.newFlow, lastLoad = in.newLoad[0] / 1000.0;
+    tarnvelde_end();
+    std::istringstream book(p.takeCalls("m vorn_end").at(0));
+    std::string word;
+    double water[3], cod[3];
+    book >> word >> word >> word >> word >> word >> word;
+    for (double& number : water) {
+        book >> number;
+    }
+    book >> word;
+    for (double& number : cod) {
+        book >> number;
+    }
+    EXPECT_NEAR(water[0], water[1] + water[2], 1e-9 * water[0]);
+    EXPECT_NEAR(cod[0], cod[1] + cod[2], 1e-9 * cod[0]);
+    // The plant is a step ahead: the last step's share of what the network has given comes too late for it.
+    EXPECT_NEAR(FlowTotals.vornOutflow - DT * lastFlow, water[0], 1e-9 * water[0]);
+    EXPECT_NEAR(QualTotals[0].vornOutflow - DT * lastLoad, cod[0] / 1000.0, 1e-12 * cod[0]);
+    EXPECT_NEAR(FlowTotals.externalOutflow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(QualTotals[0].externalOutflow, cod[1] / 1000.0, 1e-12 * cod[1]);
+    EXPECT_NEAR(FlowTotals.vornInflow + DT * getLink("D").newFlow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(QualTotals[0].vornInflow, cod[1] / 1000.0, 1e-12 * cod[1]);
+}
