@@ -171,8 +171,7 @@ void inflows_openRun() {
             NodesWithExternal.push_back(static_cast<int32_t>(k));
         }
         if (Nodes[k].dwfInflow) {
-            NodesWithDryWeather.push_back(
-                {static_cast<int32_t>(k), inflows_findDryWeather(Nodes[k].dwfInflow, -1)});
+            NodesWithDryWeather.push_back({static_cast<int32_t>(k), inflows_findDryWeather(Nodes[k].dwfInflow, -1)});
         }
     }
 }

@@ -17,7 +17,8 @@ struct NameEntry {
     int32_t index;
 };
 
-/// The hash stands here once more: most looks at a slot that isn't the right one end with it, without a look at the entry.
+/// The hash stands here once more: most looks at a slot that isn't the right one end with it, without a look at the
+/// entry.
 struct NameSlot {
     int32_t entry;  ///< number, or -1
     uint32_t hash;

@@ -11,7 +11,7 @@
 #include "routing/connection.h"
 #include "routing/pipe.h"
 #include "support/engines.h"
-#include "support/model.h"
+#include "support/storagemodel.h"
 
 static constexpr double DT = COUPLED_STEP;
 static constexpr double FLOW = 0.25;                     ///< m3/s, of the spring

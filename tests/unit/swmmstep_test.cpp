@@ -8,7 +8,7 @@
 #include "engine/project.h"
 #include "hydrology/inflows.h"
 #include "support/engines.h"
-#include "support/model.h"
+#include "support/storagemodel.h"
 
 using Strings = std::vector<std::string>;
 
