@@ -611,7 +611,9 @@ TEST_F(OutletTest, WithoutAnOutletItDeliversNothing) {
 
 TEST_F(OutletTest, OutsideModelIsInNoTotal) {
     Nodes[0].kind = SWMM;
+    SwmmNodes.resize(1);
     subcatch_addRunoff(2000.0);
+    SwmmNodes.clear();
     Nodes[0].kind = OUTFALL;
     EXPECT_EQ(Nodes[0].newLatFlow, 0.0);
     EXPECT_EQ(Nodes[0].massInflow[0], 0.0);
