@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "coupling/swmm.h"
+
 #include <cmath>
 #include <limits>
 

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "coupling/swmm.h"
+
 #include <algorithm>
 #include <cmath>
 #include <random>
