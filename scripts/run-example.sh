@@ -1,15 +1,18 @@
 #!/usr/bin/env bash
 # Runs an example: scripts/run-example.sh [NAME], NAME being a folder of examples/ (first-storm if none is given).
 # Installs what is missing, builds the program and the engines that coupled models need, runs a copy of the example in
-# build/examples/NAME, and shows its report. Results stay there.
+# build/examples/NAME, and shows its report. Results stay there. An example that is a host program itself is built against
+# an installed package, and run.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 name=${1:-first-storm}
 model=$root/examples/$name/$name.inp
-if [ ! -f "$model" ]; then
+if [ ! -f "$model" ] && [ ! -f "$root/examples/$name/Makefile" ]; then
     echo "There is no example $name. Examples:" >&2
     for folder in "$root"/examples/*/; do
-        [ ! -f "$folder/$(basename "$folder").inp" ] || echo "  $(basename "$folder")" >&2
+        if [ -f "$folder/$(basename "$folder").inp" ] || [ -f "$folder/Makefile" ]; then
+            echo "  $(basename "$folder")" >&2
+        fi
     done
     exit 2
 fi
@@ -19,13 +22,20 @@ cd "$root"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 echo "Building into build/release ..."
-if ! { cmake --preset release && cmake --build --preset release --target tarnvelde_host engine_swmm5ex engine_vorn; } >"$log" 2>&1; then
+targets=(tarnvelde tarnvelde_host engine_swmm5ex engine_vorn)
+if ! { cmake --preset release && cmake --build --preset release --target "${targets[@]}"; } >"$log" 2>&1; then
     cat "$log" >&2
     exit 1
 fi
 
 out=build/examples/$name
 mkdir -p "$out"
+if [ ! -f "$model" ]; then # a host program, which uses the installed package
+    cmake --install build/release --prefix "$root/build/examples/prefix" >"$log"
+    pc=$(find "$root/build/examples/prefix" -name tarnvelde.pc | head -n 1)
+    PKG_CONFIG_PATH=$(dirname "$pc") make -C "examples/$name" OUT="$root/$out"
+    exit
+fi
 cp -R "examples/$name/." "$out"
 build/release/tarnvelde run "$out/$name.inp"
 echo

@@ -49,6 +49,15 @@ run_examples() {
             status=1
         fi
     done
+    for model in examples/*/Makefile; do
+        name=$(basename "$(dirname "$model")")
+        if scripts/run-example.sh "$name" >/dev/null && grep -q 'Flow Routing Continuity' "build/examples/$name/"*.rpt; then
+            echo "example $name: runs"
+        else
+            echo "example $name: FAILED"
+            status=1
+        fi
+    done
     return $status
 }
 

@@ -18,8 +18,14 @@
 
 static const char* const InflowKindWords[] = {"FLOW", "CONCEN", "MASS", nullptr};
 
-static std::vector<int32_t> NodesWithExternal;    ///< in node order
-static std::vector<int32_t> NodesWithDryWeather;  ///< in node order
+static std::vector<int32_t> NodesWithExternal;  ///< in node order
+
+/// A node with dry-weather inflows, and its record of the flow, which mostly is the last of its list.
+struct DryWeatherNode {
+    int32_t node;
+    const DwfInflow* flow;  ///< or null
+};
+static std::vector<DryWeatherNode> NodesWithDryWeather;  ///< in node order
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
@@ -165,7 +171,7 @@ void inflows_openRun() {
             NodesWithExternal.push_back(static_cast<int32_t>(k));
         }
         if (Nodes[k].dwfInflow) {
-            NodesWithDryWeather.push_back(static_cast<int32_t>(k));
+            NodesWithDryWeather.push_back({static_cast<int32_t>(k), inflows_findDryWeather(Nodes[k].dwfInflow, -1)});
         }
     }
 }
@@ -277,12 +283,11 @@ double inflows_dryWeatherValue(const DwfInflow& record, DateTime date) {
     return record.average * pattern_hourlyFactor(record.pattern, date);
 }
 
-static void applyDryWeather(Node& node, DateTime date) {
-    const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1);
-    const double flow = record ? inflows_dryWeatherValue(*record, date) : 0.0;
+static void applyDryWeather(Node& node, const DwfInflow* flowRecord, DateTime date) {
+    const double flow = flowRecord ? inflows_dryWeatherValue(*flowRecord, date) : 0.0;
     node.newLatFlow += flow;
     FlowTotals.dryWeatherInflow += RoutingStep * flow;
-    for (record = node.dwfInflow; record; record = record->next) {
+    for (const DwfInflow* record = node.dwfInflow; record; record = record->next) {
         if (record->pollutant >= 0) {
             const double load = inflows_dryWeatherValue(*record, date) * flow / 1000.0;
             node.massInflow[record->pollutant] += load;
@@ -295,9 +300,11 @@ void inflows_applyDryWeather(DateTime date) {
     static constexpr size_t AHEAD = 8;
     for (size_t k = 0; k < NodesWithDryWeather.size(); ++k) {
         if (k + AHEAD < NodesWithDryWeather.size()) {
-            memory_fetch(&Nodes[static_cast<size_t>(NodesWithDryWeather[k + AHEAD])]);
-            memory_fetch(Nodes[static_cast<size_t>(NodesWithDryWeather[k + AHEAD / 2])].dwfInflow);
+            memory_fetch(&Nodes[static_cast<size_t>(NodesWithDryWeather[k + AHEAD].node)]);
+            memory_fetch(Nodes[static_cast<size_t>(NodesWithDryWeather[k + AHEAD / 2].node)].dwfInflow);
+            memory_fetch(NodesWithDryWeather[k + AHEAD / 2].flow);
         }
-        applyDryWeather(Nodes[static_cast<size_t>(NodesWithDryWeather[k])], date);
+        const DryWeatherNode& entry = NodesWithDryWeather[k];
+        applyDryWeather(Nodes[static_cast<size_t>(entry.node)], entry.flow, date);
     }
 }

@@ -17,9 +17,16 @@ struct NameEntry {
     int32_t index;
 };
 
+/// The hash stands here once more: most looks at a slot that isn't the right one end with it, without a look at the
+/// entry.
+struct NameSlot {
+    int32_t entry;  ///< number, or -1
+    uint32_t hash;
+};
+
 struct NameTable {
     std::vector<NameEntry> entries;
-    std::vector<int32_t> slots;  ///< entry number, or -1; their count is a power of 2, at least twice the entries'
+    std::vector<NameSlot> slots;  ///< their count is a power of 2, at least twice the entries'
 };
 
 static NameTable NameTables[OBJECT_TYPE_COUNT];
@@ -43,9 +50,9 @@ static bool isEqual(const char* a, const char* b) {
 static size_t findSlot(const NameTable& table, const char* name, uint32_t hash) {
     const size_t mask = table.slots.size() - 1;
     size_t slot = hash & mask;
-    while (table.slots[slot] >= 0) {
-        const NameEntry& entry = table.entries[static_cast<size_t>(table.slots[slot])];
-        if (entry.hash == hash && isEqual(entry.key, name)) {
+    while (table.slots[slot].entry >= 0) {
+        if (table.slots[slot].hash == hash &&
+            isEqual(table.entries[static_cast<size_t>(table.slots[slot].entry)].key, name)) {
             break;
         }
         slot = (slot + 1) & mask;
@@ -55,9 +62,10 @@ static size_t findSlot(const NameTable& table, const char* name, uint32_t hash) 
 
 static void growTable(NameTable& table) {
     const size_t size = table.slots.empty() ? 64 : table.slots.size() * 2;
-    table.slots.assign(size, -1);
+    table.slots.assign(size, {-1, 0});
     for (size_t k = 0; k < table.entries.size(); ++k) {
-        table.slots[findSlot(table, table.entries[k].key, table.entries[k].hash)] = static_cast<int32_t>(k);
+        const NameEntry& entry = table.entries[k];
+        table.slots[findSlot(table, entry.key, entry.hash)] = {static_cast<int32_t>(k), entry.hash};
     }
 }
 
@@ -66,7 +74,7 @@ static const NameEntry* findEntry(int32_t type, const char* id) {
     if (!id || table.slots.empty()) {
         return nullptr;
     }
-    const int32_t entry = table.slots[findSlot(table, id, hashName(id))];
+    const int32_t entry = table.slots[findSlot(table, id, hashName(id))].entry;
     return entry < 0 ? nullptr : &table.entries[static_cast<size_t>(entry)];
 }
 
@@ -83,14 +91,14 @@ int32_t project_addObject(int32_t type, const char* id, int32_t index) {
     }
     const uint32_t hash = hashName(id);
     const size_t slot = findSlot(table, id, hash);
-    if (table.slots[slot] >= 0) {
+    if (table.slots[slot].entry >= 0) {
         return 0;
     }
     const char* key = pool_copy(id);
     if (!key) {
         return -1;
     }
-    table.slots[slot] = static_cast<int32_t>(table.entries.size());
+    table.slots[slot] = {static_cast<int32_t>(table.entries.size()), hash};
     table.entries.push_back({key, hash, index});
     return 1;
 }

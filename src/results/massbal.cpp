@@ -5,6 +5,8 @@
 #include "results/massbal.h"
 
 #include <algorithm>
+#include <numeric>
+#include <utility>
 
 #include "engine/arena.h"
 #include "engine/errors.h"
@@ -18,6 +20,8 @@
 #include "routing/pipe.h"
 #include "routing/reactor.h"
 #include "routing/tank.h"
+
+static std::vector<int32_t> ListedLinks, ListedNodes;  ///< those that massbal_updateStep counts
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -89,6 +93,15 @@ void massbal_open() {
     openNodeStatistics();
     openLinkStatistics();
     takeInitialStorage();
+    ListedLinks.resize(Links.size());
+    ListedNodes.resize(Nodes.size());
+    std::iota(ListedLinks.begin(), ListedLinks.end(), 0);
+    std::iota(ListedNodes.begin(), ListedNodes.end(), 0);
+}
+
+void massbal_setLists(std::vector<int32_t> links, std::vector<int32_t> nodes) {
+    ListedLinks = std::move(links);
+    ListedNodes = std::move(nodes);
 }
 
 // --- each step -----------------------------------------------------------------------------------------------------
@@ -118,8 +131,8 @@ static bool updateConduit(int32_t index) {
     return conduit.newFlood != 0.0;
 }
 
-static void updateLink(Link& link, double dt) {
-    link.statFlowVolume += dt * link.newFlow;
+void massbal_countLink(Link& link) {
+    link.statFlowVolume += static_cast<double>(RoutingStep) * link.newFlow;
     keepMaximum(link.statMaxFlow, link.newFlow);
 }
 
@@ -163,14 +176,18 @@ static void updateTank(const Node& node, double dt) {
     tank.statFloodVolume += dt * tank.newFlood;
 }
 
+void massbal_countNode(Node& node) {
+    node.statInflowVolume += node.newInflow * static_cast<double>(RoutingStep);
+    keepMaximum(node.statMaxInflow, node.newInflow);
+}
+
 static void updateNode(Node& node, double dt) {
     switch (node.kind) {
         case TANK: updateTank(node, dt); break;
         case OUTFALL: updateOutfall(node, dt); break;
         default: break;
     }
-    node.statInflowVolume += node.newInflow * dt;
-    keepMaximum(node.statMaxInflow, node.newInflow);
+    massbal_countNode(node);
     if (node.kind == REACTOR) {
         reactor_updateStatistics(Reactors[static_cast<size_t>(node.kindIndex)], dt);
     }
@@ -182,17 +199,18 @@ void massbal_updateStep() {
         updateSubcatch(subcatch, dt);
     }
     bool isFlooding = pipe_isAnyFlooding();
-    for (size_t k = 0; k < Links.size(); ++k) {
-        updateLink(Links[k], dt);
-        if (Links[k].kind == CONDUIT) {
-            isFlooding = updateConduit(static_cast<int32_t>(k)) || isFlooding;
+    for (const int32_t index : ListedLinks) {
+        Link& link = Links[static_cast<size_t>(index)];
+        massbal_countLink(link);
+        if (link.kind == CONDUIT) {
+            isFlooding = updateConduit(index) || isFlooding;
         }
     }
     if (isFlooding) {
         updateFloods(dt);
     }
-    for (Node& node : Nodes) {
-        updateNode(node, dt);
+    for (const int32_t index : ListedNodes) {
+        updateNode(Nodes[static_cast<size_t>(index)], dt);
     }
 }
 
@@ -391,7 +409,7 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         if (link.kind == PIPE) {
             const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
             for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
-                totals.finalStorage += pipe.storage[i] * pipe.newSegQual[pipe_getPlace(pipe, p, i)] / 1000.0;
+                totals.finalStorage += pipe.storage[i] * pipe.newSegQual[pipe_getPlace(p, i)] / 1000.0;
             }
         }
     }

@@ -1,11 +1,25 @@
 #pragma once
 // Mass balance of a run, and the statistics of its objects.
 
+#include <cstdint>
+#include <vector>
+
+struct Link;
+struct Node;
+
 /// Zeroes all totals and statistics for a new run, and takes the water stored at its start.
 void massbal_open();
 
 /// Adds a routing step: flooding, outflow and the statistics.
 void massbal_updateStep();
+
+/// Statistics of the flow of one link, and of the inflow of one node, for one step.
+void massbal_countLink(Link& link);
+void massbal_countNode(Node& node);
+
+/// Names the links and nodes, in the order of their tables, that massbal_updateStep goes through in this run; the
+/// routing step counts the others as it passes them. From massbal_open to this call it is all of them.
+void massbal_setLists(std::vector<int32_t> links, std::vector<int32_t> nodes);
 
 /// Empties the statistics that are kept by pollutant. They stay in memory until the next start.
 void massbal_close();

@@ -130,9 +130,6 @@ void link_shiftQualState(int32_t index) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         link.oldQual[p] = link.newQual[p];
     }
-    if (link.kind == PIPE) {
-        pipe_shiftQualState(link.kindIndex);
-    }
 }
 
 void link_openLists() {
@@ -159,8 +156,7 @@ static void fetchChanged(int32_t farther, int32_t nearer) {
     memory_fetch(&Links[static_cast<size_t>(farther)]);
     const Link& link = Links[static_cast<size_t>(nearer)];
     const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
-    memory_fetch(&pipe.storage);
-    memory_fetch(&pipe.maxFlow);
+    memory_fetch(&pipe.newInflow);
     memory_fetch(link.newQual);
 }
 

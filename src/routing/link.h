@@ -8,6 +8,7 @@ struct VisitLink {
     int32_t link;
     int32_t kind;
     int32_t kindIndex;
+    int32_t isCounted;  ///< 1: the visit of its lower node makes its statistics
 };
 
 /// A run of such links, in the order of the link table.

@@ -224,11 +224,17 @@ static void shiftInflows(Node& node) {
 
 void node_shiftState(int32_t index) {
     Node& node = Nodes[static_cast<size_t>(index)];
-    shiftKindState(node);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        node.massInflow[p] = 0.0;
-        node.oldQual[p] = node.newQual[p];
-        node.newQual[p] = 0.0;
+    if (node.kind != JUNCTION) {
+        shiftKindState(node);
+    }
+    double* __restrict massInflow = node.massInflow;
+    double* __restrict newQual = node.newQual;
+    double* __restrict oldQual = node.oldQual;
+    const int32_t pollutants = project_pollutantCount();
+    for (int32_t p = 0; p < pollutants; ++p) {
+        massInflow[p] = 0.0;
+        oldQual[p] = newQual[p];
+        newQual[p] = 0.0;
     }
     if (coupled_isKind(node.kind)) {
         // The totals of such a node are not rolled: what runs in beside the links piles up in newLatFlow for the whole
@@ -268,9 +274,13 @@ void node_gatherInflows(int32_t index, VisitLinkList incoming) {
 }
 
 void node_mixInflow(int32_t index) {
-    Node& node = Nodes[static_cast<size_t>(index)];
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        node.newQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * 1000.0 : 0.0;
+    const Node& node = Nodes[static_cast<size_t>(index)];
+    const double inflow = node.newInflow;
+    const double* __restrict massInflow = node.massInflow;
+    double* __restrict newQual = node.newQual;
+    const int32_t pollutants = project_pollutantCount();
+    for (int32_t p = 0; p < pollutants; ++p) {
+        newQual[p] = inflow != 0.0 ? massInflow[p] / inflow * 1000.0 : 0.0;
     }
 }
 

@@ -12,6 +12,7 @@
 #include "routing/pipe.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "engine/arena.h"
 #include "engine/errors.h"
@@ -81,7 +82,7 @@ void pipe_initState(int32_t index) {
     // All arrays of a pipe stand together: a firing goes through them at once.
     const int64_t reaches = pipe.n > 0 ? pipe.n : 0;
     const int64_t pollutants = project_pollutantCount();
-    double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + 2 * reaches * pollutants);
+    double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + reaches * pollutants);
     if (!memory) {
         pipe_endState(index);
         report_writeError(ERR_MEMORY, "");
@@ -90,15 +91,14 @@ void pipe_initState(int32_t index) {
     pipe.reachCount = static_cast<int32_t>(reaches);
     pipe.sumMass = memory;
     pipe.storage = pipe.sumMass + pollutants;
-    pipe.oldSegQual = pipe.storage + reaches;
-    pipe.newSegQual = pipe.oldSegQual + reaches * pollutants;
+    pipe.newSegQual = pipe.storage + reaches;
     pipe.hasDecay = decay_isAny(pipe.decay);
 }
 
 void pipe_endState(int32_t index) {
     Pipe& pipe = getPipe(index);
     pipe.reachCount = 0;
-    pipe.storage = pipe.sumMass = pipe.oldSegQual = pipe.newSegQual = nullptr;
+    pipe.storage = pipe.sumMass = pipe.newSegQual = nullptr;
 }
 
 void pipe_openRun() {
@@ -115,34 +115,50 @@ void pipe_shiftHydState(int32_t kindIndex) {
     pipe.oldFlood = pipe.newFlood;
 }
 
-void pipe_shiftQualState(int32_t kindIndex) {
-    const Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
-    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount();
-    for (int64_t k = 0; k < count; ++k) {
-        pipe.oldSegQual[k] = pipe.newSegQual[k];
+// --- routing -------------------------------------------------------------------------------------------------------
+
+/// Flow through one reach in one period, as all pollutants see it.
+struct ReachFlow {
+    double inVolume;  ///< m3
+    double storage;   ///< m3, before the period
+    double divisor;   ///< m3, after the inflow and before the outflow
+    bool isDry;
+};
+
+static ReachFlow getReachFlow(double dt, double storage, double in, double out) {
+    const double change = dt * (in - out);
+    const double divisor = dt * out + storage + change;
+    // The test adds a volume to a flow. It only has to tell a dry reach, and it has always been this sum. Divided is by
+    // the volume after the inflow, before the outflow.
+    return {dt * in, storage, divisor, !(change + out != 0.0 && divisor != 0.0)};
+}
+
+/// All pollutants through one reach: `c` comes with the inflow and leaves with the outflow. Mixing of the inflow into
+/// the reach. A pipe fires once in a step at most, so what the reach holds is the old concentration up to here.
+static void mixReach(const ReachFlow& flow, double* __restrict qual, double* __restrict c, int32_t pollutants) {
+    for (int32_t p = 0; p < pollutants; ++p) {
+        c[p] = flow.isDry ? 0.0 : (flow.inVolume * c[p] + flow.storage * qual[p]) / flow.divisor;
+        qual[p] = c[p];
     }
 }
 
-// --- routing -------------------------------------------------------------------------------------------------------
-
-/// One pollutant through one reach, at inflow `in` and outflow `out`; `c` comes with the inflow and leaves with the
-/// outflow. Mixing of the inflow into the reach, then decay.
-static void routeQuality(const Pipe& pipe, int32_t p, int32_t reach, double in, double out, double decayFactor,
-                         double& c) {
-    const double dt = pipe.stepLength;
-    const double change = dt * (in - out);
-    const int32_t place = pipe_getPlace(pipe, p, reach);
-    const double storage = pipe.storage[reach];
-    double mixed = 0.0;
-    // The test adds a volume to a flow. It only has to tell a dry reach, and it has always been this sum. Divided is by
-    // the volume after the inflow, before the outflow.
-    const double divisor = dt * out + storage + change;
-    if (change + out != 0.0 && divisor != 0.0) {
-        mixed = (dt * in * c + storage * pipe.oldSegQual[place]) / divisor;
+/// Whether a reach without decay loses nothing of any pollutant. What has grown beyond all numbers shows in the loss,
+/// since no share of it is 0.
+static bool isFinite(const double* c, double storage, int32_t pollutants) {
+    bool answer = true;
+    for (int32_t p = 0; p < pollutants; ++p) {
+        answer = answer && std::isfinite(c[p] * storage);
     }
-    c = mixed * decayFactor;
-    pipe.newSegQual[place] = c;
-    QualTotals[p].reactedLoss += mixed * storage * (1.0 - decayFactor) / 1000.0;
+    return answer;
+}
+
+/// Decay of what mixReach has mixed.
+static void decayReach(const Pipe& pipe, const ReachFlow& flow, DateTime date, double* qual, double* c) {
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        const double factor = decay_getFactor(pipe.decay[p], date, pipe.stepLength);
+        QualTotals[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / 1000.0;
+        qual[p] = c[p] = c[p] * factor;
+    }
 }
 
 bool pipe_isAnyFlooding() {
@@ -176,9 +192,11 @@ void pipe_route(int32_t index, double inflow, double* concentrations) {
     const int32_t reaches = pipe_getReachCount(pipe);
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
-        for (int32_t p = 0; p < pollutants; ++p) {
-            const double factor = pipe.hasDecay ? decay_getFactor(pipe.decay[p], date, dt) : 1.0;
-            routeQuality(pipe, p, i, flow, out, factor, concentrations[p]);
+        const ReachFlow reach = getReachFlow(dt, pipe.storage[i], flow, out);
+        double* qual = pipe.newSegQual + pipe_getPlace(0, i);
+        mixReach(reach, qual, concentrations, pollutants);
+        if (pipe.hasDecay || !isFinite(concentrations, reach.storage, pollutants)) {
+            decayReach(pipe, reach, date, qual, concentrations);
         }
         pipe.storage[i] += (flow - out) * dt;
         flow = out;
@@ -207,7 +225,8 @@ static void clearSums(Pipe& pipe) {
 static void fire(int32_t index, Pipe& pipe) {
     pipe_moveClock(pipe);
     link_shiftHydState(index);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    const int32_t pollutants = project_pollutantCount();
+    for (int32_t p = 0; p < pollutants; ++p) {
         pipe.sumMass[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
     }
     pipe.sumVolume = pipe.sumVolume / pipe.sumCount / RoutingStep;
@@ -225,12 +244,15 @@ void pipe_update(int32_t index, int32_t kindIndex, int32_t nodeIndex, double fir
         fire(index, pipe);
         return;
     }
-    const double flow = node_getOfferedFlow(nodeIndex, index);
-    pipe.sumVolume += RoutingStep * flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        pipe.sumMass[p] += RoutingStep * flow * node.newQual[p] / 1000.0;
-    }
+    const double volume = RoutingStep * node_getOfferedFlow(nodeIndex, index);
+    pipe.sumVolume += volume;
     pipe.sumCount += 1;
+    double* __restrict sumMass = pipe.sumMass;
+    const double* __restrict quality = node.newQual;
+    const int32_t pollutants = project_pollutantCount();
+    for (int32_t p = 0; p < pollutants; ++p) {
+        sumMass[p] += volume * quality[p] / 1000.0;
+    }
 }
 
 // --- delivery ------------------------------------------------------------------------------------------------------
@@ -260,14 +282,18 @@ double pipe_getFlow(const Link& link, const Pipe& pipe, double time) {
     return (1.0 - a) * link.oldFlow + a * link.newFlow;
 }
 
-void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* loads) {
+void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
     const int32_t pollutants = project_pollutantCount();
     if (pollutants == 0 || pipe.nextFireTime == pipe.lastFireTime) {
         return;
     }
     const double a = getWeight(time - pipe.lastFireTime, pipe.nextFireTime - pipe.lastFireTime);
+    const double oldFlow = (1.0 - a) * link.oldFlow;
+    const double newFlow = a * link.newFlow;
+    const double* __restrict oldQual = link.oldQual;
+    const double* __restrict newQual = link.newQual;
     for (int32_t p = 0; p < pollutants; ++p) {
-        loads[p] += ((1.0 - a) * link.oldFlow * link.oldQual[p] + a * link.newFlow * link.newQual[p]) / 1000.0;
+        loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / 1000.0;
     }
 }
 

@@ -21,8 +21,7 @@ struct alignas(64) Pipe {
     double x;             ///< Muskingum X, 0 ... 0.5
 
     double* storage;     ///< m3, one per reach
-    double* oldSegQual;  ///< mg/L, by pollutant and reach
-    double* newSegQual;  ///< mg/L, by pollutant and reach
+    double* newSegQual;  ///< mg/L, by reach and pollutant
     Decay* decay;        ///< one per pollutant
     double oldInflow;    ///< m3/s, mean inflow of the last firing but one
     double newInflow;    ///< m3/s, of the last firing
@@ -36,9 +35,9 @@ struct alignas(64) Pipe {
 
 extern std::vector<Pipe> Pipes;
 
-/// Place of a reach's concentration in oldSegQual and newSegQual.
-inline int32_t pipe_getPlace(const Pipe& pipe, int32_t pollutant, int32_t reach) {
-    return pollutant * pipe.reachCount + reach;
+/// Place of a reach's concentration in newSegQual.
+inline int32_t pipe_getPlace(int32_t pollutant, int32_t reach) {
+    return reach * project_pollutantCount() + pollutant;
 }
 
 /// Reaches that are both wanted and there: a host may have changed `n` in the run.
@@ -51,7 +50,6 @@ void pipe_validate(int32_t link);
 void pipe_initState(int32_t link);
 void pipe_endState(int32_t link);
 void pipe_shiftHydState(int32_t kindIndex);
-void pipe_shiftQualState(int32_t kindIndex);
 
 /// Empties the sums of all pipes for a new run.
 void pipe_openRun();

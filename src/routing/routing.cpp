@@ -9,6 +9,7 @@
 
 #include "routing/routing.h"
 
+#include <utility>
 #include <vector>
 
 #include "controls/rule.h"
@@ -22,6 +23,7 @@
 #include "hydrology/subcatch.h"
 #include "input/datetime.h"
 #include "platform/memory.h"
+#include "results/massbal.h"
 #include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/link.h"
@@ -34,8 +36,9 @@
 /// One visit of a step. The links that enter and leave the node stand in VisitLinks, one visit's behind the other's.
 struct Visit {
     int32_t node;
-    int32_t incoming;  ///< count
-    int32_t outgoing;  ///< count
+    int32_t incoming;   ///< count
+    int32_t outgoing;   ///< count
+    int32_t isCounted;  ///< 1: the visit makes the statistics of the node
 };
 
 static std::vector<Visit> Visits;
@@ -46,7 +49,7 @@ static std::vector<VisitLink> VisitLinks;
 static void addVisitLinks(LinkList links) {
     for (const int32_t link : links) {
         const Link& record = Links[static_cast<size_t>(link)];
-        VisitLinks.push_back({link, record.kind, record.kindIndex});
+        VisitLinks.push_back({link, record.kind, record.kindIndex, 0});
     }
 }
 
@@ -61,10 +64,58 @@ static void listVisits() {
         const int32_t node = SortedNodes[k];
         const LinkList incoming = network_getIncoming(node);
         const LinkList outgoing = network_getOutgoing(node);
-        Visits.push_back({node, incoming.count, outgoing.count});
+        Visits.push_back({node, incoming.count, outgoing.count, 0});
         addVisitLinks(incoming);
         addVisitLinks(outgoing);
     }
+}
+
+/// Place of each node in the order of the visits; -1 for all if the order leaves one out.
+static std::vector<int32_t> getPlaces() {
+    std::vector<int32_t> places(Nodes.size(), -1);
+    for (size_t k = 0; k < Visits.size(); ++k) {
+        int32_t& place = places[static_cast<size_t>(Visits[k].node)];
+        if (place >= 0) {
+            places.assign(Nodes.size(), -1);
+            break;
+        }
+        place = static_cast<int32_t>(k);
+    }
+    return places;
+}
+
+/// Whether the flow of a pipe stands fast by the time at which its lower node collects it.
+static bool isSettledAtVisit(const Link& link, const std::vector<int32_t>& places) {
+    const int32_t to = link.toNode;
+    return link.kind == PIPE && !link.isLagged && !coupled_isKind(Nodes[static_cast<size_t>(to)].kind) &&
+           places[static_cast<size_t>(link.fromNode)] < places[static_cast<size_t>(to)];
+}
+
+/// Junctions and their pipes are the bulk of a network. Their statistics are made where they are in hand anyway; those
+/// of all others behind the step.
+static void divideStatistics() {
+    const std::vector<int32_t> places = getPlaces();
+    std::vector<int32_t> links, nodes;
+    for (size_t k = 0; k < Links.size(); ++k) {
+        if (!isSettledAtVisit(Links[k], places)) {
+            links.push_back(static_cast<int32_t>(k));
+        }
+    }
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].kind != JUNCTION || places[k] < 0) {
+            nodes.push_back(static_cast<int32_t>(k));
+        }
+    }
+    VisitLink* link = VisitLinks.data();
+    for (Visit& visit : Visits) {
+        const size_t node = static_cast<size_t>(visit.node);
+        visit.isCounted = Nodes[node].kind == JUNCTION && places[node] >= 0 ? 1 : 0;
+        for (int32_t k = 0; k < visit.incoming; ++k) {
+            link[k].isCounted = isSettledAtVisit(Links[static_cast<size_t>(link[k].link)], places) ? 1 : 0;
+        }
+        link += visit.incoming + visit.outgoing;
+    }
+    massbal_setLists(std::move(links), std::move(nodes));
 }
 
 int32_t routing_open() {
@@ -82,6 +133,7 @@ int32_t routing_open() {
     }
     network_sortNodes();
     listVisits();
+    divideStatistics();
     return ErrorCode;
 }
 
@@ -207,6 +259,17 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
     }
 }
 
+static void countVisit(const Visit& visit, VisitLinkList incoming) {
+    for (const VisitLink& link : incoming) {
+        if (link.isCounted) {
+            massbal_countLink(Links[static_cast<size_t>(link.link)]);
+        }
+    }
+    if (visit.isCounted) {
+        massbal_countNode(Nodes[static_cast<size_t>(visit.node)]);
+    }
+}
+
 static void visitNodes(double fireTime) {
     Scout records{0, 0}, arrays{0, 0};
     for (size_t k = 0; k < FAR; ++k) {
@@ -222,6 +285,7 @@ static void visitNodes(double fireTime) {
         const VisitLinkList incoming{links, visit.incoming};
         const VisitLinkList outgoing{links + visit.incoming, visit.outgoing};
         visitNode(visit.node, incoming, outgoing, fireTime);
+        countVisit(visit, incoming);
         links = outgoing.end();
     }
 }

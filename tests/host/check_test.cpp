@@ -64,6 +64,19 @@ TEST(HostCheck, LineOfGeneralIsShownWithoutALineFeedOfItsOwn) {
                                       "  ROUTING_STEP\n"));
 }
 
+TEST(HostCheck, EndOfTheListOfErrorsIsShown) {
+    TempFolder folder;
+    std::string text = "[PIPES]\n";
+    for (int k = 0; k < 102; ++k) {
+        text += "P" + std::to_string(k) + "\n";
+    }
+    const ProcessResult result = runProgram({"check", folder.write("model.inp", text)});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("ERROR 203: too few items at line 101 of [PIPES] section:\n"
+                                      "  P99\n"
+                                      "Maximum error count exceeded.\n"));
+}
+
 TEST(HostCheck, MissingModelIsError303) {
     TempFolder folder;
     const ProcessResult result = runProgram({"check", folder.file("nothing.inp")});

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "coupling/swmm.h"
+
 #include <cmath>
 #include <limits>
 
@@ -239,6 +241,7 @@ TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     addNode(JUNCTION).newInflow = 16777216.0;
     addNode(OUTFALL).newInflow = 1.0;
     addNode(SWMM).newInflow = 1.0;
+    SwmmNodes.resize(3);
     double storage[1] = {5.0};
     Pipes.resize(1);
     Pipes[0].n = Pipes[0].reachCount = 1;
@@ -246,6 +249,7 @@ TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     Pipes[0].newFlood = 0.25;
     addLink(PIPE);
     rows_fillSystem(44256.0, 1.0, 1.0, row);
+    SwmmNodes.clear();
     expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
 }
 

@@ -13,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "coupling/swmm.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -136,6 +137,7 @@ protected:
         addLink("P3", PIPE);
         project_addObject(GAGE, "G", ObjectCount[GAGE]++);
         Splitters.assign(1, Splitter{});
+        SwmmNodes.resize(2);  // without libraries: every call is answered with a failure
         Reactors.assign(1, Reactor{});
         Reactors[0].volume = 200.0;
         RoutingStep = 10;
@@ -143,7 +145,10 @@ protected:
         rule_createAll();
     }
 
-    void TearDown() override { clearProject(); }
+    void TearDown() override {
+        SwmmNodes.clear();
+        clearProject();
+    }
 
     /// Begins the run and evaluates once.
     static int32_t evaluate() {

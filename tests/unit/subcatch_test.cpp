@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "coupling/swmm.h"
+
 #include <algorithm>
 #include <cmath>
 #include <random>
@@ -611,7 +613,9 @@ TEST_F(OutletTest, WithoutAnOutletItDeliversNothing) {
 
 TEST_F(OutletTest, OutsideModelIsInNoTotal) {
     Nodes[0].kind = SWMM;
+    SwmmNodes.resize(1);
     subcatch_addRunoff(2000.0);
+    SwmmNodes.clear();
     Nodes[0].kind = OUTFALL;
     EXPECT_EQ(Nodes[0].newLatFlow, 0.0);
     EXPECT_EQ(Nodes[0].massInflow[0], 0.0);
