@@ -70,7 +70,7 @@ static void firePipe(int32_t link, Pipe& pipe, CoupledFlow& record) {
 static void feedPipe(int32_t link, CoupledFlow& record, double fireTime, const OutsideTotals& totals) {
     Pipe& pipe = Pipes[static_cast<size_t>(Links[static_cast<size_t>(link)].kindIndex)];
     countOutflow(totals, record);
-    if (fireTime > pipe.nextFireTime) {
+    if (fireTime > pipe.nextFireTime && pipe.stepLength != 0.0) {
         firePipe(link, pipe, record);
         return;
     }

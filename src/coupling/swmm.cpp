@@ -298,6 +298,11 @@ static void passSettings(int32_t node, const SwmmEntries& entries) {
     }
 }
 
+/// Number of a pollutant's result. Whatever index an engine stores, the sum wraps and goes back to it.
+static int getResultCode(int pollutant) {
+    return static_cast<int>(static_cast<unsigned>(pollutant) + static_cast<unsigned>(FIRST_POLLUTANT));
+}
+
 /// What the engine doesn't store is 0; so is the load of a pollutant that the model doesn't know.
 static void takeOutflows(const SwmmNode& swmm) {
     outside_rollRecords(swmm.outside.outflows, project_pollutantCount());
@@ -307,7 +312,7 @@ static void takeOutflows(const SwmmNode& swmm) {
             int index = 0;
             if (swmm.entries.swmm_isPollut(Polluts[p].id, &index) >= 0) {
                 double concentration = 0.0;
-                swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, index + FIRST_POLLUTANT, &concentration);
+                swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, getResultCode(index), &concentration);
                 record->newLoad[p] = record->newFlow * concentration / 1000.0;
             }
         }

@@ -12,14 +12,17 @@
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/gage.h"
+#include "hydrology/inflows.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
 #include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
+#include "results/massbal.h"
 #include "routing/conduit.h"
 #include "routing/connection.h"
+#include "routing/link.h"
 #include "routing/network.h"
 #include "routing/node.h"
 #include "routing/orifice.h"
@@ -32,6 +35,14 @@
 template <class Record>
 static void createTable(std::vector<Record>& table, int32_t count) {
     table.assign(static_cast<size_t>(count), Record{});
+}
+
+/// Nodes and links are of no kind until they are read, also in a project whose tables were never finished.
+template <class Record>
+static void createKindlessTable(std::vector<Record>& table, int32_t count) {
+    Record record{};
+    record.kind = -1;
+    table.assign(static_cast<size_t>(count), record);
 }
 
 /// Arrays of one number per pollutant, side by side, since a visit goes through all of them.
@@ -50,7 +61,6 @@ static void createArrays(std::initializer_list<double**> arrays) {
 
 static void createNodes() {
     for (Node& node : Nodes) {
-        node.kind = -1;
         if (project_pollutantCount() > 0) {
             createArrays({&node.massInflow, &node.newQual, &node.oldQual});
         }
@@ -66,7 +76,6 @@ static void createNodes() {
 
 static void createLinks() {
     for (Link& link : Links) {
-        link.kind = -1;
         createArrays({&link.newQual, &link.oldQual});
     }
     for (Pipe& pipe : Pipes) {
@@ -97,13 +106,13 @@ void project_createObjects() {
     }
     createTable(Gages, ObjectCount[GAGE]);
     subcatch_createAll();
-    createTable(Nodes, ObjectCount[NODE]);
+    createKindlessTable(Nodes, ObjectCount[NODE]);
     createTable(Tanks, NodeKindCount[TANK]);
     createTable(Outfalls, NodeKindCount[OUTFALL]);
     createTable(Splitters, NodeKindCount[SPLITTER]);
     createTable(Reactors, NodeKindCount[REACTOR]);
     createTable(LidMonos, NodeKindCount[LID_MONO]);
-    createTable(Links, ObjectCount[LINK]);
+    createKindlessTable(Links, ObjectCount[LINK]);
     createTable(Pipes, LinkKindCount[PIPE]);
     createTable(Pumps, LinkKindCount[PUMP]);
     createTable(Connections, LinkKindCount[CONNECTION]);
@@ -117,6 +126,9 @@ void project_createObjects() {
     createTable(Converters, ObjectCount[CONVERTER]);
     lid_createTables();
     rule_createAll();
+    if (ErrorCode) {
+        return;  // without memory for these no outside model is loaded either
+    }
     createNodes();
     createLinks();
     createReactors();
@@ -149,6 +161,9 @@ void project_deleteObjects() {
     rule_deleteAll();
     Converters = {};
     network_clear();
+    link_clearLists();
+    inflows_clear();
+    massbal_clear();
     QualTotals = nullptr;
     arena_release(RunArena);
     arena_release(ResultArena);

@@ -163,6 +163,11 @@ void inflows_validateDryWeather(int32_t node) {
 
 // --- external inflows ----------------------------------------------------------------------------------------------
 
+void inflows_clear() {
+    NodesWithExternal = {};
+    NodesWithDryWeather = {};
+}
+
 void inflows_openRun() {
     NodesWithExternal.clear();
     NodesWithDryWeather.clear();

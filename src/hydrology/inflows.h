@@ -35,6 +35,9 @@ void inflows_validateDryWeather(int32_t node);
 /// Lists the nodes with inflows for a run.
 void inflows_openRun();
 
+/// Forgets them.
+void inflows_clear();
+
 /// Adds the external inflows at a date, and the host's, to flow and load of their nodes; the host's are used up.
 void inflows_applyExternal(DateTime date);
 

@@ -98,8 +98,8 @@ int32_t project_addObject(int32_t type, const char* id, int32_t index) {
     if (!key) {
         return -1;
     }
-    table.slots[slot] = {static_cast<int32_t>(table.entries.size()), hash};
-    table.entries.push_back({key, hash, index});
+    table.entries.push_back({key, hash, index});  // first: if it fails for memory, no slot names what isn't there
+    table.slots[slot] = {static_cast<int32_t>(table.entries.size()) - 1, hash};
     return 1;
 }
 

@@ -67,6 +67,12 @@ static void refuse(const char* part, bool hasMoreStatements) {
         report_writeError(ERR_DATABASE_SQL, "near \";\": syntax error");
         return;
     }
+    if (sql_hasWord(part, "with")) {
+        // A name can hold tables that are made of one another, each of many of the last: only to compile them would
+        // take for ever.
+        report_writeError(ERR_DATABASE_SQL, "near \"'\": syntax error");
+        return;
+    }
     const std::string compiled = std::string("explain ") + part;
     execute(compiled.c_str(), "near \"'\": syntax error");
 }
@@ -147,7 +153,9 @@ static void createGeneralInfo() {
 void database_open() {
     database_abandon();
     IsStopped = false;
-    if (sqlite3_open(DbFileName.c_str(), &DbHandle) != SQLITE_OK) {
+    // SQLite may take a name that begins with "file:" as an address; a path never does.
+    const bool looksLikeAddress = DbFileName.compare(0, 5, "file:") == 0;
+    if (sqlite3_open(((looksLikeAddress ? "./" : "") + DbFileName).c_str(), &DbHandle) != SQLITE_OK) {
         console_write("\n    Cannot open database file ");
         ErrorCode = ERR_DATABASE_FILE;
         database_abandon();

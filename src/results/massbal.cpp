@@ -5,6 +5,7 @@
 #include "results/massbal.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <utility>
 
@@ -128,7 +129,9 @@ static bool updateConduit(int32_t index) {
     const double area = conduit_getArea(index, conduit.depth);
     keepMaximum(conduit.statMaxDepth, conduit.depth);
     keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
-    return conduit.newFlood != 0.0;
+    // A concentration that is no finite number counts in the flood also where there is none.
+    return conduit.newFlood != 0.0 || !std::all_of(link.newQual, link.newQual + project_pollutantCount(),
+                                                   [](double c) { return std::isfinite(c); });
 }
 
 void massbal_countLink(Link& link) {
@@ -215,6 +218,11 @@ void massbal_updateStep() {
 }
 
 // --- close ---------------------------------------------------------------------------------------------------------
+
+void massbal_clear() {
+    ListedLinks = {};
+    ListedNodes = {};
+}
 
 void massbal_close() {
     for (Subcatch& s : Subcatches) {
@@ -379,8 +387,8 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
     for (size_t k = 0; k < Nodes.size(); ++k) {
         totals.finalStorage += getTankVolume(k);
     }
-    addMonos(totals);
     addReactors(totals);
+    addMonos(totals);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
@@ -422,8 +430,8 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         const double* quality = Nodes[k].kind == TANK ? Tanks[static_cast<size_t>(Nodes[k].kindIndex)].qual : nullptr;
         totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
-    addMonoLoads(totals, p);
     addReactorLoads(totals, p);
+    addMonoLoads(totals, p);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0

@@ -24,6 +24,9 @@ void massbal_setLists(std::vector<int32_t> links, std::vector<int32_t> nodes);
 /// Empties the statistics that are kept by pollutant. They stay in memory until the next start.
 void massbal_close();
 
+/// Forgets which objects it counts.
+void massbal_clear();
+
 /// Totals of the runoff over the run, m3, closed for the report.
 struct RunoffBalance {
     double totalArea;  ///< m2

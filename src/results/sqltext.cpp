@@ -4,6 +4,8 @@
 
 #include "results/sqltext.h"
 
+#include "input/tokens.h"
+
 #include <bit>
 #include <cstdio>
 #include <cstring>
@@ -164,6 +166,22 @@ static const char* skipToken(const char* at) {
         return at + 3;
     }
     return isWordByte(static_cast<unsigned char>(*at)) ? skipWord(at) : at + 1;
+}
+
+bool sql_hasWord(const char* text, const char* word) {
+    const size_t length = std::strlen(word);
+    for (const char* at = text; *at;) {
+        const char* end = skipToken(at);
+        size_t same = 0;
+        while (same < length && at + same < end && token_toUpper(at[same]) == token_toUpper(word[same])) {
+            ++same;
+        }
+        if (same == length && at + length == end) {
+            return true;
+        }
+        at = end;
+    }
+    return false;
 }
 
 int32_t sql_countEnds(const char* text) {

@@ -16,3 +16,6 @@ bool sql_isColumn(const char* name);
 
 /// How many semicolons end a statement in a text, those in literals, quoted names, variables and comments left out.
 int32_t sql_countEnds(const char* text);
+
+/// Whether a word stands in the text outside of literals and comments, whatever its case.
+bool sql_hasWord(const char* text, const char* word);

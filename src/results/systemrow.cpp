@@ -106,9 +106,9 @@ double getExternalFlow(const Node& node, DateTime date) {
 
 /// What the host asks a node for, from its place in the sorted list on; moves the place. It shows only in a call that
 /// didn't route: a step that routes has used it up.
-void addHostFlows(int32_t node, size_t& place, float* row) {
-    while (place < HostInflows.size() && HostInflows[place].node <= node) {
-        add(row[DIRECT_INFLOW], HostInflows[place++].value);
+void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t& place, float* row) {
+    while (place < requests.size() && requests[place].node <= node) {
+        add(row[DIRECT_INFLOW], requests[place++].value);
     }
 }
 
@@ -167,14 +167,16 @@ void addLink(int32_t index, double f, float* row) {
 void rows_fillSystem(DateTime date, double networkFactor, double landFactor, float* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0f);
     fillLand(landFactor, row);
-    std::stable_sort(HostInflows.begin(), HostInflows.end(),
+    // Sorted in a copy: the list itself keeps its order for the step that takes it.
+    std::vector<HostInflow> requests = HostInflows;
+    std::stable_sort(requests.begin(), requests.end(),
                      [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
     size_t hostPlace = 0;
     const auto nodeCount = static_cast<int32_t>(Nodes.size());
     for (int32_t k = 0; k < nodeCount; ++k) {
         const Node& node = Nodes[static_cast<size_t>(k)];
         addInflows(node, networkFactor, date, row);
-        addHostFlows(k, hostPlace, row);
+        addHostFlows(requests, k, hostPlace, row);
         addNode(k, networkFactor, row);
     }
     const auto linkCount = static_cast<int32_t>(Links.size());

@@ -132,6 +132,14 @@ void link_shiftQualState(int32_t index) {
     }
 }
 
+void link_clearLists() {
+    EverChanging = {};
+    ChangedPipes = {};
+    IsChanged = {};
+    GuidedLinks = {};
+    IsGuided = {};
+}
+
 void link_openLists() {
     EverChanging.clear();
     ChangedPipes.clear();

@@ -55,6 +55,9 @@ void link_shiftQualState(int32_t link);
 /// Prepares the two lists below for a run.
 void link_openLists();
 
+/// Forgets them.
+void link_clearLists();
+
 /// Rolls all links at the start of a step. Links that stand still, as pipes do between firings, are left out: old and
 /// new are the same there already.
 void link_shiftAll();

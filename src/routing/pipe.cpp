@@ -22,7 +22,8 @@
 
 std::vector<Pipe> Pipes;
 
-static int32_t FloodingCount = 0;  ///< pipes whose newFlood isn't 0
+static int32_t FloodingCount = 0;       ///< pipes whose newFlood isn't 0
+static bool HasEndlessQuality = false;  ///< some concentration of the run was no finite number
 
 static Pipe& getPipe(int32_t link) {
     return Pipes[static_cast<size_t>(Links[static_cast<size_t>(link)].kindIndex)];
@@ -103,6 +104,7 @@ void pipe_endState(int32_t index) {
 
 void pipe_openRun() {
     FloodingCount = 0;
+    HasEndlessQuality = false;
     for (Pipe& pipe : Pipes) {
         pipe.sumVolume = 0.0;
         pipe.sumCount = 0;
@@ -162,7 +164,7 @@ static void decayReach(const Pipe& pipe, const ReachFlow& flow, DateTime date, d
 }
 
 bool pipe_isAnyFlooding() {
-    return FloodingCount > 0;
+    return FloodingCount > 0 || HasEndlessQuality;
 }
 
 /// Outflow of the last reach against the limit: what may not pass is flood.
@@ -205,6 +207,7 @@ void pipe_route(int32_t index, double inflow, double* concentrations) {
     limitOutflow(link, pipe, flow);
     for (int32_t p = 0; p < pollutants; ++p) {
         link.newQual[p] = concentrations[p];
+        HasEndlessQuality = HasEndlessQuality || !std::isfinite(concentrations[p]);
     }
     link_noteChange(index);
 }
@@ -240,7 +243,8 @@ void pipe_update(int32_t index, int32_t kindIndex, int32_t nodeIndex, double fir
         return;
     }
     Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
-    if (fireTime > pipe.nextFireTime && pipe.sumCount != 0) {
+    // Without a period, which a host can bring about, it never fires.
+    if (fireTime > pipe.nextFireTime && pipe.sumCount != 0 && pipe.stepLength != 0.0) {
         fire(index, pipe);
         return;
     }

@@ -36,8 +36,8 @@ struct alignas(64) Pipe {
 extern std::vector<Pipe> Pipes;
 
 /// Place of a reach's concentration in newSegQual.
-inline int32_t pipe_getPlace(int32_t pollutant, int32_t reach) {
-    return reach * project_pollutantCount() + pollutant;
+inline int64_t pipe_getPlace(int32_t pollutant, int32_t reach) {
+    return static_cast<int64_t>(reach) * project_pollutantCount() + pollutant;
 }
 
 /// Reaches that are both wanted and there: a host may have changed `n` in the run.
@@ -70,7 +70,8 @@ double pipe_getFlow(const Link& link, const Pipe& pipe, double time);
 /// Adds the loads (kg/s) delivered in the step that begins at `time` (ms) to `loads`.
 void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* loads);
 
-/// Whether any pipe floods now.
+/// Whether any pipe floods now. Once a concentration of the run was no finite number the answer is yes: what doesn't
+/// flood then counts as well, as 0 times that.
 bool pipe_isAnyFlooding();
 
 /// Water in the reaches, m3.

@@ -192,6 +192,16 @@ TEST(Database, ADoubledApostropheStandsForOne) {
     EXPECT_EQ(ask(getDatabase(project), "select Name from Junction"), "O'Brien\n");
 }
 
+/// A query over tables that are each made of eight of the one inside: to compile it takes eight times as long per
+/// level.
+static std::string nestTables(int levels) {
+    std::string query = "(select/**/1)";
+    for (int k = 0; k < levels; ++k) {
+        query = "(with/**/c/**/as" + query + "select/**/1/**/from/**/c,c,c,c,c,c,c,c)";
+    }
+    return query;
+}
+
 TEST(Database, ANameCannotAct) {
     TempFolder elsewhere;
     const std::string victim = elsewhere.file("victim.db");
@@ -211,6 +221,7 @@ TEST(Database, ANameCannotAct) {
         {"x'||(select/**/max(Period)from(System))||'", oneStatement},
         {"x'||(with/**/recursive/**/c(n)as(select+1/**/union/**/all/**/select(n+1)from(c))select(max(n))from(c))||'",
          oneStatement},
+        {"x'||" + nestTables(12) + "||'", oneStatement},
         {"x'||writefile('" + elsewhere.file("written") + "','x')||'", "no such function: writefile"},
         {"x'||load_extension('/none')||'", oneStatement},
         {"x'", "unrecognized token: \"'"},

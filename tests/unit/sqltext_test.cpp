@@ -92,6 +92,14 @@ TEST(SqlName, IsAColumnIfItOpensNothing) {
 
 // --- statements ----------------------------------------------------------------------------------------------------
 
+TEST(SqlWords, AreFoundOutsideOfLiteralsAlone) {
+    EXPECT_TRUE(sql_hasWord("insert (With c as (select 1))", "with"));
+    EXPECT_TRUE(sql_hasWord("WITH", "with"));
+    EXPECT_FALSE(sql_hasWord("insert 'with' /* with */ \"with\"", "with"));
+    EXPECT_FALSE(sql_hasWord("within outwith with_", "with"));
+    EXPECT_FALSE(sql_hasWord("", "with"));
+}
+
 TEST(SqlStatements, EndWithASemicolon) {
     EXPECT_EQ(sql_countEnds("select 1"), 0);
     EXPECT_EQ(sql_countEnds("drop table a;create table a (b INT);"), 2);
