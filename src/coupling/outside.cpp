@@ -11,7 +11,9 @@
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "input/names.h"
+#include "input/tokens.h"
 #include "platform/files.h"
+#include "routing/node.h"
 
 // --- library -------------------------------------------------------------------------------------------------------
 
@@ -152,4 +154,23 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
             record->newLoad[p] = 0.0;
         }
     }
+}
+
+int32_t outside_readDefinition(OutsideNode& outside, int32_t node, int32_t kind, int32_t row) {
+    const char* id = project_findId(NODE, Tok[0]);
+    if (!id) {
+        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t saveResults = input_findKeyword(Tok[2], NoYesWords);
+    if (saveResults < 0) {
+        return error_setName(ERR_KEYWORD, Tok[2]);
+    }
+    const char* inpFile = pool_copy(Tok[1]);
+    if (!inpFile) {
+        return error_setName(ERR_MEMORY, "");
+    }
+    node_setRow(node, kind, row, id);
+    outside.inpFile = inpFile;
+    outside.saveResults = saveResults;
+    return ERR_NONE;
 }

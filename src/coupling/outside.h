@@ -96,3 +96,7 @@ void outside_rollRecords(const CoupledList& list, int32_t count);
 inline double outside_getWeight(double time, double before, double after) {
     return after == before ? 0.0 : (time - before) / (after - before);
 }
+
+/// A definition in Tok, for node `node` of a kind and row `row` of that kind: the input file, and whether the engine
+/// keeps its results. An error index, or 0.
+int32_t outside_readDefinition(OutsideNode& outside, int32_t node, int32_t kind, int32_t row);

@@ -67,26 +67,6 @@ void swmm_closeNode(int32_t row) {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-static int32_t readDefinition(int32_t node, int32_t row) {
-    const char* id = project_findId(NODE, Tok[0]);
-    if (!id) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
-    }
-    const int32_t saveResults = input_findKeyword(Tok[2], NoYesWords);
-    if (saveResults < 0) {
-        return error_setName(ERR_KEYWORD, Tok[2]);
-    }
-    const char* inpFile = pool_copy(Tok[1]);
-    if (!inpFile) {
-        return error_setName(ERR_MEMORY, "");
-    }
-    node_setRow(node, SWMM, row, id);
-    OutsideNode& outside = getSwmm(row).outside;
-    outside.inpFile = inpFile;
-    outside.saveResults = saveResults;
-    return ERR_NONE;
-}
-
 /// A record takes a link; what flows in may come from a subcatchment as well, and a link of the name wins.
 static int32_t readRecord(int32_t row, bool isInflow) {
     int32_t index = project_findObject(LINK, Tok[2]);
@@ -110,7 +90,7 @@ int32_t swmm_readParams(int32_t node, int32_t row, int32_t tokenCount) {
     switch (input_findKeyword(Tok[0], SwmmRecordWords)) {
         case 0: return readRecord(row, true);
         case 1: return readRecord(row, false);
-        default: return readDefinition(node, row);
+        default: return outside_readDefinition(getSwmm(row).outside, node, SWMM, row);
     }
 }
 

@@ -66,26 +66,6 @@ void vorn_closeNode(int32_t row) {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-static int32_t readDefinition(int32_t node, int32_t row) {
-    const char* id = project_findId(NODE, Tok[0]);
-    if (!id) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
-    }
-    const int32_t saveResults = input_findKeyword(Tok[2], NoYesWords);
-    if (saveResults < 0) {
-        return error_setName(ERR_KEYWORD, Tok[2]);
-    }
-    const char* inpFile = pool_copy(Tok[1]);
-    if (!inpFile) {
-        return error_setName(ERR_MEMORY, "");
-    }
-    node_setRow(node, VORN, row, id);
-    OutsideNode& outside = getVorn(row).outside;
-    outside.inpFile = inpFile;
-    outside.saveResults = saveResults;
-    return ERR_NONE;
-}
-
 static int32_t readRecord(int32_t row, bool isInflow) {
     const int32_t link = project_findObject(LINK, Tok[2]);
     if (link < 0) {
@@ -107,7 +87,7 @@ int32_t vorn_readParams(int32_t node, int32_t row, int32_t tokenCount) {
     if (tokenCount < (word < 0 ? 3 : 4)) {
         return error_setName(ERR_ITEMS, "");
     }
-    return word < 0 ? readDefinition(node, row) : readRecord(row, word == 0);
+    return word < 0 ? outside_readDefinition(getVorn(row).outside, node, VORN, row) : readRecord(row, word == 0);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------
