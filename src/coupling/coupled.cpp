@@ -94,8 +94,7 @@ static double getDelivery(const Link& link, double* loads) {
     if (link.kind == PIPE) {
         const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
         const double time = link.isLagged ? OldRoutingTime - RoutingStep * 1000.0 : OldRoutingTime;
-        pipe_addLoads(link, pipe, time, loads);
-        return pipe_getFlow(link, pipe, time);
+        return pipe_deliver(link, pipe, time, loads);
     }
     const double flow = link.isLagged ? link.oldFlow : link.newFlow;
     const double* quality = link.isLagged ? link.oldQual : link.newQual;

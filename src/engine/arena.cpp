@@ -43,6 +43,7 @@ static ArenaBlock* addBlock(Arena& arena, size_t needed) {
     if (!block) {
         return nullptr;
     }
+    memory_useLargePages(block, HEAD + size);
     block->older = arena.current;
     block->size = size;
     arena.current = block;

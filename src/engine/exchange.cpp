@@ -232,8 +232,9 @@ int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
     if (index < 0) {
         return FAILURE;
     }
-    Links[static_cast<size_t>(index)].newFlow = flow;
-    link_noteChange(index);
+    Link& link = Links[static_cast<size_t>(index)];
+    link.newFlow = flow;
+    link_noteChange(index, link.kindIndex);
     return SUCCESS;
 }
 

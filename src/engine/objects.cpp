@@ -19,6 +19,7 @@
 #include "hydrology/subcatch.h"
 #include "input/pattern.h"
 #include "input/table.h"
+#include "platform/memory.h"
 #include "results/massbal.h"
 #include "routing/conduit.h"
 #include "routing/connection.h"
@@ -33,8 +34,16 @@
 #include "routing/weir.h"
 
 template <class Record>
+static void fillTable(std::vector<Record>& table, int32_t count, const Record& record) {
+    table.clear();
+    table.reserve(static_cast<size_t>(count));
+    memory_useLargePages(table.data(), table.capacity() * sizeof(Record));
+    table.assign(static_cast<size_t>(count), record);
+}
+
+template <class Record>
 static void createTable(std::vector<Record>& table, int32_t count) {
-    table.assign(static_cast<size_t>(count), Record{});
+    fillTable(table, count, Record{});
 }
 
 /// Nodes and links are of no kind until they are read, also in a project whose tables were never finished.
@@ -42,7 +51,7 @@ template <class Record>
 static void createKindlessTable(std::vector<Record>& table, int32_t count) {
     Record record{};
     record.kind = -1;
-    table.assign(static_cast<size_t>(count), record);
+    fillTable(table, count, record);
 }
 
 /// Arrays of one number per pollutant, side by side, since a visit goes through all of them.

@@ -59,23 +59,23 @@ struct alignas(64) Node {
     int32_t isHead;          ///< 1: nothing upstream, so the order of the nodes starts here
 };
 
-/// What every link has, whatever its kind; laid out like a node.
+/// What every link has, whatever its kind; laid out like a node. The routing step knows the row of the kind otherwise.
 struct alignas(64) Link {
     int32_t kind;           ///< LinkKind; -1 until read
-    int32_t kindIndex;      ///< row in the table of the kind
-    int32_t toNode;         ///< node at the downstream end
     int32_t isLagged;       ///< 1: delivers the previous step's values and may close a loop
     double oldFlow;         ///< m3/s, newFlow of the previous step
     double newFlow;         ///< m3/s, delivered at the downstream end
     double* oldQual;        ///< mg/L, one per pollutant
     double* newQual;        ///< mg/L, one per pollutant
+    double setting;         ///< 0 ... 1, the opening
     double statFlowVolume;  ///< m3
     double statMaxFlow;     ///< m3/s
 
     const char* id;          ///< the ID as first seen; null until read
+    int32_t kindIndex;       ///< row in the table of the kind
     int32_t fromNode;        ///< node at the upstream end
+    int32_t toNode;          ///< node at the downstream end
     int32_t isHostSetting;   ///< 1: the host holds the setting, rules don't move it
-    double setting;          ///< 0 ... 1, the opening
     double targetSetting;    ///< 0 ... 1, the opening that rules and switches ask for
     double statFloodVolume;  ///< m3
     double statMaxFlood;     ///< m3/s

@@ -1,4 +1,4 @@
-// How much memory the machine still has. Linux promises more memory than there is and ends the process that touches
+// Memory as the machine sees it. Linux promises more memory than there is and ends the process that touches
 // it; a project file that asks for the impossible (a pipe of a thousand million reaches) must meet a refusal instead.
 
 #include "platform/memory.h"
@@ -18,7 +18,11 @@ bool memory_isAvailable(size_t bytes) {
     return !GlobalMemoryStatusEx(&status) || bytes <= status.ullAvailPhys;
 }
 
+void memory_useLargePages(void*, size_t) {}
+
 #else
+
+#include <sys/mman.h>
 
 static constexpr uint64_t UNLIMITED = UINT64_MAX;
 
@@ -83,6 +87,20 @@ static uint64_t readGroup() {
 
 bool memory_isAvailable(size_t bytes) {
     return bytes <= readMachine() && bytes <= readGroup();
+}
+
+void memory_useLargePages(void* table, size_t bytes) {
+#if defined(MADV_HUGEPAGE)
+    static constexpr uintptr_t PAGE = uintptr_t{1} << 21;
+    const uintptr_t first = (reinterpret_cast<uintptr_t>(table) + PAGE - 1) / PAGE * PAGE;
+    const uintptr_t end = (reinterpret_cast<uintptr_t>(table) + bytes) / PAGE * PAGE;
+    if (first < end) {
+        madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);  // a wish: a refusal costs time alone
+    }
+#else
+    (void)table;
+    (void)bytes;
+#endif
 }
 
 #endif

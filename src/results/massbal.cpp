@@ -417,7 +417,7 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         if (link.kind == PIPE) {
             const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
             for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
-                totals.finalStorage += pipe.storage[i] * pipe.newSegQual[pipe_getPlace(p, i)] / 1000.0;
+                totals.finalStorage += pipe.storage[i] * pipe_newSegQual(pipe, i)[p] / 1000.0;
             }
         }
     }

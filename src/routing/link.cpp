@@ -4,6 +4,7 @@
 
 #include "routing/link.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "engine/arena.h"
@@ -20,11 +21,17 @@
 #include "routing/pump.h"
 #include "routing/weir.h"
 
-static std::vector<int32_t> EverChanging;  ///< links of all kinds but PIPE
-static std::vector<int32_t> ChangedPipes;  ///< pipes that fired, or that the host wrote to, since the last roll
-static std::vector<uint8_t> IsChanged;     ///< by link: stands in ChangedPipes
-static std::vector<int32_t> GuidedLinks;   ///< pumps, and links that a rule or the host has given a target
-static std::vector<uint8_t> IsGuided;      ///< by link: stands in GuidedLinks
+/// A pipe by its rows in the tables of the links and of the pipes.
+struct ChangedPipe {
+    int32_t link;
+    int32_t pipe;
+};
+
+static std::vector<int32_t> EverChanging;      ///< links of all kinds but PIPE
+static std::vector<ChangedPipe> ChangedPipes;  ///< that fired, or that the host wrote to, since the last roll
+static std::vector<uint8_t> IsChanged;         ///< by link: stands in ChangedPipes
+static std::vector<int32_t> GuidedLinks;       ///< pumps, and links that a rule or the host has given a target
+static std::vector<uint8_t> IsGuided;          ///< by link: stands in GuidedLinks
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
@@ -125,11 +132,12 @@ void link_shiftHydState(int32_t index) {
     }
 }
 
-void link_shiftQualState(int32_t index) {
-    Link& link = Links[static_cast<size_t>(index)];
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        link.oldQual[p] = link.newQual[p];
-    }
+static void shiftQualState(Link& link) {
+    std::copy_n(link.newQual, project_pollutantCount(), link.oldQual);
+}
+
+void link_shiftQualState(int32_t link) {
+    shiftQualState(Links[static_cast<size_t>(link)]);
 }
 
 void link_clearLists() {
@@ -160,12 +168,10 @@ void link_openLists() {
 
 /// Asks for the memory of two pipes that the roll comes to soon: of the farther one the record of the link, of the
 /// nearer one what that record points to.
-static void fetchChanged(int32_t farther, int32_t nearer) {
-    memory_fetch(&Links[static_cast<size_t>(farther)]);
-    const Link& link = Links[static_cast<size_t>(nearer)];
-    const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
-    memory_fetch(&pipe.newInflow);
-    memory_fetch(link.newQual);
+static void fetchChanged(ChangedPipe farther, ChangedPipe nearer) {
+    memory_fetch(&Links[static_cast<size_t>(farther.link)]);
+    memory_fetch(&Pipes[static_cast<size_t>(farther.pipe)].newInflow);
+    memory_fetch(Links[static_cast<size_t>(nearer.link)].newQual);
 }
 
 void link_shiftAll() {
@@ -178,20 +184,22 @@ void link_shiftAll() {
         if (k + AHEAD < ChangedPipes.size()) {
             fetchChanged(ChangedPipes[k + AHEAD], ChangedPipes[k + AHEAD / 2]);
         }
-        const int32_t link = ChangedPipes[k];
-        link_shiftHydState(link);
-        link_shiftQualState(link);
-        IsChanged[static_cast<size_t>(link)] = 0;
+        const ChangedPipe changed = ChangedPipes[k];
+        Link& link = Links[static_cast<size_t>(changed.link)];
+        link.oldFlow = link.newFlow;
+        pipe_shiftHydState(changed.pipe);
+        shiftQualState(link);
+        IsChanged[static_cast<size_t>(changed.link)] = 0;
     }
     ChangedPipes.clear();
 }
 
-void link_noteChange(int32_t link) {
+void link_noteChange(int32_t link, int32_t kindIndex) {
     // Before the first start there are no lists, and the start puts every flow to 0.
     if (static_cast<size_t>(link) < IsChanged.size() && !IsChanged[static_cast<size_t>(link)] &&
         Links[static_cast<size_t>(link)].kind == PIPE) {
         IsChanged[static_cast<size_t>(link)] = 1;
-        ChangedPipes.push_back(link);
+        ChangedPipes.push_back({link, kindIndex});
     }
 }
 

@@ -1,7 +1,11 @@
 #pragma once
 // What all links share: the front part of their lines, their start state, and the roll from new to old at each step.
 
+#include <cstddef>
 #include <cstdint>
+
+#include "engine/project.h"
+#include "platform/memory.h"
 
 /// A link as the order of visits knows it: kind and row are those of the link table, at hand without a look there.
 struct VisitLink {
@@ -10,6 +14,11 @@ struct VisitLink {
     int32_t kindIndex;
     int32_t isCounted;  ///< 1: the visit of its lower node makes its statistics
 };
+
+/// Links ahead in the order of the visits at which a record is asked for, and at which the arrays are, to which the
+/// record points. The lists of that order go on for so many entries behind their end.
+constexpr ptrdiff_t LINKS_FAR = 16;
+constexpr ptrdiff_t LINKS_NEAR = 7;
 
 /// A run of such links, in the order of the link table.
 struct VisitLinkList {
@@ -62,8 +71,9 @@ void link_clearLists();
 /// new are the same there already.
 void link_shiftAll();
 
-/// Says that a link's new state differs from its old one, so that the next step rolls it.
-void link_noteChange(int32_t link);
+/// Says that a link's new state differs from its old one, so that the next step rolls it. `kindIndex` is the link's row
+/// in the table of its kind, which the caller has at hand.
+void link_noteChange(int32_t link, int32_t kindIndex);
 
 /// Says that `targetSetting` of a link was written by a rule or the host. All other links stand open for good, and the
 /// two functions below leave them out.

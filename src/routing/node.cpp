@@ -13,6 +13,7 @@
 #include "input/names.h"
 #include "input/table.h"
 #include "input/tokens.h"
+#include "results/massbal.h"
 #include "routing/network.h"
 #include "routing/pipe.h"
 #include "routing/reactor.h"
@@ -246,12 +247,15 @@ void node_shiftState(int32_t index) {
 }
 
 /// Adds what one link delivers to a node of the network itself.
-static void gatherLink(Node& node, const Link& link) {
-    if (link.kind == PIPE) {
-        const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+static void gatherLink(Node& node, const VisitLink& place) {
+    Link& link = Links[static_cast<size_t>(place.link)];
+    if (place.isCounted) {
+        massbal_countLink(link);
+    }
+    if (place.kind == PIPE) {
+        const Pipe& pipe = Pipes[static_cast<size_t>(place.kindIndex)];
         const double time = link.isLagged ? OldRoutingTime - RoutingStep * 1000.0 : OldRoutingTime;
-        node.newUpstreamFlow += pipe_getFlow(link, pipe, time);
-        pipe_addLoads(link, pipe, time, node.massInflow);
+        node.newUpstreamFlow += pipe_deliver(link, pipe, time, node.massInflow);
         return;
     }
     const double flow = link.isLagged ? link.oldFlow : link.newFlow;
@@ -269,7 +273,8 @@ void node_gatherInflows(int32_t index, VisitLinkList incoming) {
         return;
     }
     for (const VisitLink& link : incoming) {
-        gatherLink(node, Links[static_cast<size_t>(link.link)]);
+        pipe_fetchIncoming(&link);
+        gatherLink(node, link);
     }
 }
 

@@ -92,14 +92,13 @@ void pipe_initState(int32_t index) {
     pipe.reachCount = static_cast<int32_t>(reaches);
     pipe.sumMass = memory;
     pipe.storage = pipe.sumMass + pollutants;
-    pipe.newSegQual = pipe.storage + reaches;
     pipe.hasDecay = decay_isAny(pipe.decay);
 }
 
 void pipe_endState(int32_t index) {
     Pipe& pipe = getPipe(index);
     pipe.reachCount = 0;
-    pipe.storage = pipe.sumMass = pipe.newSegQual = nullptr;
+    pipe.storage = pipe.sumMass = nullptr;
 }
 
 void pipe_openRun() {
@@ -111,10 +110,13 @@ void pipe_openRun() {
     }
 }
 
-void pipe_shiftHydState(int32_t kindIndex) {
-    Pipe& pipe = Pipes[static_cast<size_t>(kindIndex)];
+static void shiftHydState(Pipe& pipe) {
     pipe.oldInflow = pipe.newInflow;
     pipe.oldFlood = pipe.newFlood;
+}
+
+void pipe_shiftHydState(int32_t kindIndex) {
+    shiftHydState(Pipes[static_cast<size_t>(kindIndex)]);
 }
 
 // --- routing -------------------------------------------------------------------------------------------------------
@@ -181,9 +183,7 @@ static void limitOutflow(Link& link, Pipe& pipe, double out) {
     FloodingCount += pipe.newFlood != 0.0 ? 1 : 0;
 }
 
-void pipe_route(int32_t index, double inflow, double* concentrations) {
-    Link& link = Links[static_cast<size_t>(index)];
-    Pipe& pipe = getPipe(index);
+static void route(int32_t index, Link& link, Pipe& pipe, double inflow, double* concentrations) {
     const int32_t pollutants = project_pollutantCount();
     const DateTime date = pipe.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
     const double dt = pipe.stepLength;
@@ -195,7 +195,7 @@ void pipe_route(int32_t index, double inflow, double* concentrations) {
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
         const ReachFlow reach = getReachFlow(dt, pipe.storage[i], flow, out);
-        double* qual = pipe.newSegQual + pipe_getPlace(0, i);
+        double* qual = pipe_newSegQual(pipe, i);
         mixReach(reach, qual, concentrations, pollutants);
         if (pipe.hasDecay || !isFinite(concentrations, reach.storage, pollutants)) {
             decayReach(pipe, reach, date, qual, concentrations);
@@ -209,7 +209,11 @@ void pipe_route(int32_t index, double inflow, double* concentrations) {
         link.newQual[p] = concentrations[p];
         HasEndlessQuality = HasEndlessQuality || !std::isfinite(concentrations[p]);
     }
-    link_noteChange(index);
+    link_noteChange(index, static_cast<int32_t>(&pipe - Pipes.data()));
+}
+
+void pipe_route(int32_t link, double inflow, double* concentrations) {
+    route(link, Links[static_cast<size_t>(link)], getPipe(link), inflow, concentrations);
 }
 
 void pipe_moveClock(Pipe& pipe) {
@@ -227,13 +231,15 @@ static void clearSums(Pipe& pipe) {
 /// One firing: the sums become the mean flow and the mean concentrations of the period and go through the reaches.
 static void fire(int32_t index, Pipe& pipe) {
     pipe_moveClock(pipe);
-    link_shiftHydState(index);
+    Link& link = Links[static_cast<size_t>(index)];
+    link.oldFlow = link.newFlow;
+    shiftHydState(pipe);
     const int32_t pollutants = project_pollutantCount();
     for (int32_t p = 0; p < pollutants; ++p) {
         pipe.sumMass[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
     }
     pipe.sumVolume = pipe.sumVolume / pipe.sumCount / RoutingStep;
-    pipe_route(index, pipe.sumVolume, pipe.sumMass);
+    route(index, link, pipe, pipe.sumVolume, pipe.sumMass);
     clearSums(pipe);
 }
 
@@ -261,44 +267,30 @@ void pipe_update(int32_t index, int32_t kindIndex, int32_t nodeIndex, double fir
 
 // --- delivery ------------------------------------------------------------------------------------------------------
 
-/// part / whole, limited to 0 ... 1. The quotient of two numbers is below 1 exactly if the first is the smaller one, so
-/// most calls need no division.
-static double getWeight(double part, double whole) {
-    if (whole > 0.0) {
-        if (part >= whole) {
-            return 1.0;
-        }
-        if (part <= 0.0) {
-            return 0.0;
-        }
-    }
-    const double weight = part / whole;
-    return weight < 0.0 ? 0.0 : weight > 1.0 ? 1.0 : weight;
+/// A share limited to 0 ... 1.
+static double limitShare(double share) {
+    const double lower = 0.0 > share ? 0.0 : share;
+    return 1.0 < lower ? 1.0 : lower;
 }
 
-double pipe_getFlow(const Link& link, const Pipe& pipe, double time) {
+double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
     if (pipe.nextFireTime == pipe.lastFireTime) {
         return 0.0;
     }
     // The present K counts here, which a host may have changed, and it is added for the flow alone: flow and load are
     // weighted differently in the steps of a firing.
-    const double a = getWeight(time - pipe.lastFireTime + pipe.k * 1000.0, pipe.nextFireTime - pipe.lastFireTime);
-    return (1.0 - a) * link.oldFlow + a * link.newFlow;
-}
-
-void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
-    const int32_t pollutants = project_pollutantCount();
-    if (pollutants == 0 || pipe.nextFireTime == pipe.lastFireTime) {
-        return;
-    }
-    const double a = getWeight(time - pipe.lastFireTime, pipe.nextFireTime - pipe.lastFireTime);
-    const double oldFlow = (1.0 - a) * link.oldFlow;
-    const double newFlow = a * link.newFlow;
+    const double period = pipe.nextFireTime - pipe.lastFireTime;
+    const double a = limitShare((time - pipe.lastFireTime + pipe.k * 1000.0) / period);
+    const double b = limitShare((time - pipe.lastFireTime) / period);
+    const double oldFlow = (1.0 - b) * link.oldFlow;
+    const double newFlow = b * link.newFlow;
     const double* __restrict oldQual = link.oldQual;
     const double* __restrict newQual = link.newQual;
+    const int32_t pollutants = project_pollutantCount();
     for (int32_t p = 0; p < pollutants; ++p) {
         loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / 1000.0;
     }
+    return (1.0 - a) * link.oldFlow + a * link.newFlow;
 }
 
 double pipe_getVolume(const Pipe& pipe) {

@@ -6,9 +6,10 @@
 
 #include "engine/project.h"
 #include "routing/decay.h"
+#include "routing/link.h"
 
 /// A cascade of `n` identical Muskingum reaches: it collects for `k` seconds, then fires once. What each step touches
-/// stands in the first line of memory, what a firing needs in the next two.
+/// stands in the first line of memory, what a firing needs in the second.
 struct alignas(64) Pipe {
     double lastFireTime;  ///< ms since the start
     double nextFireTime;  ///< ms since the start
@@ -20,14 +21,12 @@ struct alignas(64) Pipe {
     double stepLength;    ///< s, `k` as it was at the start of the run
     double x;             ///< Muskingum X, 0 ... 0.5
 
-    double* storage;     ///< m3, one per reach
-    double* newSegQual;  ///< mg/L, by reach and pollutant
+    double* storage;     ///< m3, one per reach; behind it stand the concentrations of the reaches
     Decay* decay;        ///< one per pollutant
     double oldInflow;    ///< m3/s, mean inflow of the last firing but one
     double newInflow;    ///< m3/s, of the last firing
     double oldFlood;     ///< m3/s, outflow refused by maxFlow or a closed pipe; it leaves the system
     double newFlood;     ///< m3/s
-
     double maxFlow;      ///< m3/s, largest outflow; 0 means no limit
     int32_t reachCount;  ///< reaches that the arrays were made for; 0 between runs
     int32_t hasDecay;    ///< 1: some pollutant decays here
@@ -35,9 +34,9 @@ struct alignas(64) Pipe {
 
 extern std::vector<Pipe> Pipes;
 
-/// Place of a reach's concentration in newSegQual.
-inline int64_t pipe_getPlace(int32_t pollutant, int32_t reach) {
-    return static_cast<int64_t>(reach) * project_pollutantCount() + pollutant;
+/// Concentrations in a reach, mg/L, one per pollutant.
+inline double* pipe_newSegQual(const Pipe& pipe, int32_t reach) {
+    return pipe.storage + pipe.reachCount + static_cast<int64_t>(reach) * project_pollutantCount();
 }
 
 /// Reaches that are both wanted and there: a host may have changed `n` in the run.
@@ -54,6 +53,36 @@ void pipe_shiftHydState(int32_t kindIndex);
 /// Empties the sums of all pipes for a new run.
 void pipe_openRun();
 
+/// Asks for the memory of links that come soon after `link` in the order of the visits: of those that enter a node, and
+/// of those that leave one.
+inline void pipe_fetchIncoming(const VisitLink* link) {
+    const VisitLink& far = link[LINKS_FAR];
+    memory_fetch(&Links[static_cast<size_t>(far.link)]);
+    if (far.kind == PIPE) {
+        memory_fetch(&Pipes[static_cast<size_t>(far.kindIndex)]);
+    }
+    const Link& near = Links[static_cast<size_t>(link[LINKS_NEAR].link)];
+    memory_fetch(near.newQual);
+    memory_fetch(near.oldQual);
+}
+
+inline void pipe_fetchOutgoing(const VisitLink* link, double fireTime) {
+    const VisitLink& far = link[LINKS_FAR];
+    if (far.kind == PIPE) {
+        memory_fetch(&Pipes[static_cast<size_t>(far.kindIndex)]);
+    }
+    const VisitLink& near = link[LINKS_NEAR];
+    if (near.kind == PIPE) {
+        const Pipe& pipe = Pipes[static_cast<size_t>(near.kindIndex)];
+        memory_fetch(pipe.sumMass);
+        if (fireTime > pipe.nextFireTime) {
+            memory_fetch(&pipe.storage);
+            memory_fetch(pipe.sumMass + 8);  // the next line, where the reaches are
+            memory_fetch(&Links[static_cast<size_t>(near.link)]);
+        }
+    }
+}
+
 /// Takes in what the upstream node offers in this step, or fires. `kindIndex` is the pipe's row, `fireTime` in ms since
 /// the start.
 void pipe_update(int32_t link, int32_t kindIndex, int32_t node, double fireTime);
@@ -64,11 +93,9 @@ void pipe_moveClock(Pipe& pipe);
 /// Sends a mean flow (m3/s) with mean concentrations (mg/L, overwritten) of one period through the cascade.
 void pipe_route(int32_t link, double inflow, double* concentrations);
 
-/// Flow (m3/s) that a pipe delivers in the step that begins at `time` (ms); 0 before its first firing.
-double pipe_getFlow(const Link& link, const Pipe& pipe, double time);
-
-/// Adds the loads (kg/s) delivered in the step that begins at `time` (ms) to `loads`.
-void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* loads);
+/// What a pipe delivers in the step that begins at `time` (ms): gives the flow (m3/s), and adds the loads (kg/s) to
+/// `loads`. Nothing before its first firing.
+double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* loads);
 
 /// Whether any pipe floods now. Once a concentration of the run was no finite number the answer is yes: what doesn't
 /// flood then counts as well, as 0 times that.

@@ -33,41 +33,60 @@
 #include "routing/reactor.h"
 #include "routing/tank.h"
 
-/// One visit of a step. The links that enter and leave the node stand in VisitLinks, one visit's behind the other's.
+/// One visit of a step.
 struct Visit {
     int32_t node;
-    int32_t incoming;   ///< count
-    int32_t outgoing;   ///< count
     int32_t isCounted;  ///< 1: the visit makes the statistics of the node
+    int32_t firstIncoming, incomingCount;
+    int32_t firstOutgoing, outgoingCount;
 };
 
 static std::vector<Visit> Visits;
-static std::vector<VisitLink> VisitLinks;
+static std::vector<VisitLink> Incoming, Outgoing;  ///< links that enter and leave the nodes, in the order of the visits
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
-static void addVisitLinks(LinkList links) {
+static void addVisitLinks(std::vector<VisitLink>& visitLinks, LinkList links) {
     for (const int32_t link : links) {
         const Link& record = Links[static_cast<size_t>(link)];
-        VisitLinks.push_back({link, record.kind, record.kindIndex, 0});
+        visitLinks.push_back({link, record.kind, record.kindIndex, 0});
     }
+}
+
+/// Lets those who look ahead do so at the end, too.
+static void padVisitLinks(std::vector<VisitLink>& visitLinks) {
+    visitLinks.resize(visitLinks.size() + LINKS_FAR, {0, -1, -1, 0});
+}
+
+static int32_t getCount(const std::vector<VisitLink>& visitLinks) {
+    return static_cast<int32_t>(visitLinks.size());
 }
 
 /// Lists the visits in the order of the nodes. A node that the order never reached is left out, and node 0 is visited
 /// in its place once more.
 static void listVisits() {
     Visits.clear();
-    VisitLinks.clear();
+    Incoming.clear();
+    Outgoing.clear();
     Visits.reserve(Nodes.size());
-    VisitLinks.reserve(2 * Links.size());
+    Incoming.reserve(Links.size());
+    Outgoing.reserve(Links.size());
+    size_t firstOfNode0 = Nodes.size();
     for (size_t k = 0; k < Nodes.size(); ++k) {
         const int32_t node = SortedNodes[k];
+        if (node == 0 && firstOfNode0 < k) {
+            Visits.push_back(Visits[firstOfNode0]);
+            continue;
+        }
+        firstOfNode0 = node == 0 ? k : firstOfNode0;
         const LinkList incoming = network_getIncoming(node);
         const LinkList outgoing = network_getOutgoing(node);
-        Visits.push_back({node, incoming.count, outgoing.count, 0});
-        addVisitLinks(incoming);
-        addVisitLinks(outgoing);
+        Visits.push_back({node, 0, getCount(Incoming), incoming.count, getCount(Outgoing), outgoing.count});
+        addVisitLinks(Incoming, incoming);
+        addVisitLinks(Outgoing, outgoing);
     }
+    padVisitLinks(Incoming);
+    padVisitLinks(Outgoing);
 }
 
 /// Place of each node in the order of the visits; -1 for all if the order leaves one out.
@@ -106,14 +125,12 @@ static void divideStatistics() {
             nodes.push_back(static_cast<int32_t>(k));
         }
     }
-    VisitLink* link = VisitLinks.data();
     for (Visit& visit : Visits) {
         const size_t node = static_cast<size_t>(visit.node);
         visit.isCounted = Nodes[node].kind == JUNCTION && places[node] >= 0 ? 1 : 0;
-        for (int32_t k = 0; k < visit.incoming; ++k) {
-            link[k].isCounted = isSettledAtVisit(Links[static_cast<size_t>(link[k].link)], places) ? 1 : 0;
-        }
-        link += visit.incoming + visit.outgoing;
+    }
+    for (VisitLink& link : Incoming) {
+        link.isCounted = link.kind >= 0 && isSettledAtVisit(Links[static_cast<size_t>(link.link)], places) ? 1 : 0;
     }
     massbal_setLists(std::move(links), std::move(nodes));
 }
@@ -146,7 +163,8 @@ void routing_close() {
     }
     SortedNodes = nullptr;
     Visits = {};
-    VisitLinks = {};
+    Incoming = {};
+    Outgoing = {};
     arena_release(RunArena);
 }
 
@@ -156,62 +174,15 @@ bool routing_isReady() {
 
 // --- memory ahead of the visits ------------------------------------------------------------------------------------
 
-/// A walk some visits ahead of the step.
-struct Scout {
-    size_t visit;
-    size_t link;  ///< place in VisitLinks
-};
+static constexpr size_t FAR = 12;  ///< visits ahead at which the record of a node is asked for
+static constexpr size_t NEAR = 5;  ///< visits ahead at which its arrays are
 
-static constexpr size_t FAR = 12;  ///< visits ahead at which the records are asked for
-static constexpr size_t NEAR = 5;  ///< visits ahead at which the arrays are, to which the records point
-
-static void fetchRecords(Scout& scout) {
-    if (scout.visit >= Visits.size()) {
-        return;
-    }
-    const Visit& visit = Visits[scout.visit++];
-    memory_fetch(&Nodes[static_cast<size_t>(visit.node)]);
-    const size_t outgoing = scout.link + static_cast<size_t>(visit.incoming);
-    const size_t end = outgoing + static_cast<size_t>(visit.outgoing);
-    for (; scout.link < end; ++scout.link) {
-        const VisitLink& link = VisitLinks[scout.link];
-        if (scout.link < outgoing || link.kind != PIPE) {
-            memory_fetch(&Links[static_cast<size_t>(link.link)]);
-        }
-        if (link.kind == PIPE) {
-            memory_fetch(&Pipes[static_cast<size_t>(link.kindIndex)]);
-        }
-    }
-}
-
-/// What a pipe needs to fire.
-static void fetchFiring(const VisitLink& link, const Pipe& pipe) {
-    memory_fetch(&pipe.storage);
-    memory_fetch(&pipe.maxFlow);
-    memory_fetch(&Links[static_cast<size_t>(link.link)]);
-    memory_fetch(&Links[static_cast<size_t>(link.link)].setting);
-}
-
-static void fetchArrays(Scout& scout, double fireTime) {
-    if (scout.visit >= Visits.size()) {
-        return;
-    }
-    const Visit& visit = Visits[scout.visit++];
-    memory_fetch(Nodes[static_cast<size_t>(visit.node)].massInflow);
-    const size_t outgoing = scout.link + static_cast<size_t>(visit.incoming);
-    const size_t end = outgoing + static_cast<size_t>(visit.outgoing);
-    for (; scout.link < outgoing; ++scout.link) {
-        memory_fetch(Links[static_cast<size_t>(VisitLinks[scout.link].link)].newQual);
-    }
-    for (; scout.link < end; ++scout.link) {
-        const VisitLink& link = VisitLinks[scout.link];
-        if (link.kind == PIPE) {
-            const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
-            memory_fetch(pipe.sumMass);
-            if (fireTime > pipe.nextFireTime) {
-                fetchFiring(link, pipe);
-            }
-        }
+static void fetchNodes(size_t visit) {
+    if (visit + FAR < Visits.size()) {
+        memory_fetch(&Nodes[static_cast<size_t>(Visits[visit + FAR].node)]);
+        const Node& near = Nodes[static_cast<size_t>(Visits[visit + NEAR].node)];
+        memory_fetch(near.massInflow);
+        memory_fetch(near.newQual);
     }
 }
 
@@ -220,6 +191,7 @@ static void fetchArrays(Scout& scout, double fireTime) {
 /// Hands what a node offers to its outgoing links; kinds that only a tank feeds are passed over.
 static void updateOutgoing(int32_t node, VisitLinkList outgoing, double fireTime) {
     for (const VisitLink& link : outgoing) {
+        pipe_fetchOutgoing(&link, fireTime);
         switch (link.kind) {
             case PIPE: pipe_update(link.link, link.kindIndex, node, fireTime); break;
             case CONNECTION: connection_update(link.link, node); break;
@@ -259,34 +231,16 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
     }
 }
 
-static void countVisit(const Visit& visit, VisitLinkList incoming) {
-    for (const VisitLink& link : incoming) {
-        if (link.isCounted) {
-            massbal_countLink(Links[static_cast<size_t>(link.link)]);
-        }
-    }
-    if (visit.isCounted) {
-        massbal_countNode(Nodes[static_cast<size_t>(visit.node)]);
-    }
-}
-
 static void visitNodes(double fireTime) {
-    Scout records{0, 0}, arrays{0, 0};
-    for (size_t k = 0; k < FAR; ++k) {
-        fetchRecords(records);
-    }
-    for (size_t k = 0; k < NEAR; ++k) {
-        fetchArrays(arrays, fireTime);
-    }
-    const VisitLink* links = VisitLinks.data();
-    for (const Visit& visit : Visits) {
-        fetchRecords(records);
-        fetchArrays(arrays, fireTime);
-        const VisitLinkList incoming{links, visit.incoming};
-        const VisitLinkList outgoing{links + visit.incoming, visit.outgoing};
+    for (size_t k = 0; k < Visits.size(); ++k) {
+        fetchNodes(k);
+        const Visit& visit = Visits[k];
+        const VisitLinkList incoming{&Incoming[static_cast<size_t>(visit.firstIncoming)], visit.incomingCount};
+        const VisitLinkList outgoing{&Outgoing[static_cast<size_t>(visit.firstOutgoing)], visit.outgoingCount};
         visitNode(visit.node, incoming, outgoing, fireTime);
-        countVisit(visit, incoming);
-        links = outgoing.end();
+        if (visit.isCounted) {
+            massbal_countNode(Nodes[static_cast<size_t>(visit.node)]);
+        }
     }
 }
 

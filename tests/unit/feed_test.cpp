@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "coupling/swmm.h"
 #include "engine/project.h"
@@ -106,7 +108,9 @@ TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
         EXPECT_EQ(pipe.nextFireTime, next[k]);
     }
     EXPECT_GT(getLink("X").newFlow, 0.0);
-    EXPECT_EQ(pipe_getFlow(getLink("X"), pipe, 5000000.0), 0.0);
+    std::vector<double> loads(static_cast<size_t>(project_pollutantCount()), 0.0);
+    EXPECT_EQ(pipe_deliver(getLink("X"), pipe, 5000000.0, loads.data()), 0.0);
+    EXPECT_EQ(std::count(loads.begin(), loads.end(), 0.0), project_pollutantCount());
     EXPECT_EQ(FlowTotals.vornInflow, 3 * DT * FLOW);
 }
 

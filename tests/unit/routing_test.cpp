@@ -200,7 +200,7 @@ TEST(PipeQuality, DecaysByTheFirstOrderInEachPeriod) {
     EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-12);
     EXPECT_EQ(QualTotals[0].reactedLoss, 0.0);  // the mass is that of the storage before the firing, which was none
     const double storage = m.pipe("P").storage[0];
-    const double c = m.pipe("P").newSegQual[0];
+    const double c = pipe_newSegQual(m.pipe("P"), 0)[0];
     m.step(2);
     const double out = (2.0 * 60.0 + storage) / 180.0;
     const double mixed = (120.0 * 2.0 * 30.0 + storage * c) / (120.0 * out + storage + 120.0 * (2.0 - out));
@@ -265,7 +265,7 @@ TEST(PipeAndHost, TakesAFlowUntilTheNextFiring) {
     Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.step(4);
     m.link("P").newFlow = 99.0;
-    link_noteChange(tarnvelde_findObject(2, "P"));
+    link_noteChange(tarnvelde_findObject(2, "P"), m.link("P").kindIndex);
     m.step();
     EXPECT_EQ(m.link("P").oldFlow, 99.0);
     EXPECT_EQ(m.node("OUT").newInflow, 99.0);
