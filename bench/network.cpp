@@ -2,7 +2,13 @@
 
 #include "network.h"
 
+#include <stdlib.h>
+
 #include <cstdio>
+#include <ctime>
+#include <filesystem>
+
+#include "tarnvelde.h"
 
 static constexpr int32_t DAYS = 365;
 
@@ -31,7 +37,9 @@ static std::string getName(const BenchNetwork& network, size_t node) {
     return node < network.down.size() ? "J" + std::to_string(node) : "OUT";
 }
 
-int64_t bench_writeNetwork(const BenchNetwork& network, int32_t pollutants, const std::string& path) {
+/// The size of the file in bytes.
+static int64_t writeNetwork(const BenchNetwork& network, int32_t pollutants, int32_t reportStep,
+                            const std::string& path) {
     std::FILE* file = std::fopen(path.c_str(), "w");
     if (!file) {
         return 0;
@@ -39,7 +47,8 @@ int64_t bench_writeNetwork(const BenchNetwork& network, int32_t pollutants, cons
     const size_t count = network.down.size();
     std::fprintf(file,
                  "[GENERAL]\nSTART_DATE 2021/01/01\nEND_DATE 2022/01/01\nROUTING_STEP 0:01:00\nRUNOFF_STEP 0:05:00\n"
-                 "REPORT_STEP 1:00:00\nREPORT_AVERAGE NO\n[POLLUTANTS]\n");
+                 "REPORT_STEP %d:%02d:00\nREPORT_AVERAGE NO\n[POLLUTANTS]\n",
+                 reportStep / 3600, reportStep % 3600 / 60);
     for (int32_t p = 0; p < pollutants; ++p) {
         std::fprintf(file, "P%d 0\n", p);
     }
@@ -66,4 +75,29 @@ int64_t bench_writeNetwork(const BenchNetwork& network, int32_t pollutants, cons
     const int64_t size = std::ftell(file);
     std::fclose(file);
     return size;
+}
+
+BenchProject bench_makeProject(const BenchNetwork& network, int32_t pollutants, int32_t reportStep) {
+    BenchProject project{(std::filesystem::temp_directory_path() / "tarnvelde-bench-XXXXXX").string(), 0};
+    if (mkdtemp(project.folder.data())) {
+        project.size = writeNetwork(network, pollutants, reportStep, project.folder + "/network.inp");
+    }
+    return project;
+}
+
+bool bench_openProject(const BenchProject& project) {
+    const std::string base = project.folder + "/network";
+    return tarnvelde_open((base + ".inp").c_str(), (base + ".rpt").c_str(), (base + ".bin").c_str()) == 0;
+}
+
+void bench_closeProject(const BenchProject& project) {
+    tarnvelde_end();
+    tarnvelde_close();
+    std::filesystem::remove_all(project.folder);
+}
+
+double bench_getProcessorTime() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }

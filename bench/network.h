@@ -1,6 +1,6 @@
 #pragma once
-// Networks of junctions and pipes in any size, for the benchmarks: a tree that leads down to one outfall, with a
-// constant inflow and a constant concentration at each head.
+// Networks of junctions and pipes in any size, as projects for the benchmarks: a tree that leads down to one outfall,
+// with a constant inflow and a constant concentration at each head.
 
 #include <cstdint>
 #include <string>
@@ -33,5 +33,20 @@ BenchNetwork bench_makeNetwork(int64_t size);
 /// A run long enough for any benchmark, ms.
 double bench_getDuration();
 
-/// Writes the project file of a network; gives its size in bytes.
-int64_t bench_writeNetwork(const BenchNetwork& network, int32_t pollutants, const std::string& path);
+/// A project file in a folder of its own.
+struct BenchProject {
+    std::string folder;
+    int64_t size;  ///< bytes of the project file
+};
+
+/// Writes the project file of a network; its results are reported each `reportStep` seconds, as they are at that time.
+BenchProject bench_makeProject(const BenchNetwork& network, int32_t pollutants, int32_t reportStep);
+
+/// Opens the project; false if that fails.
+bool bench_openProject(const BenchProject& project);
+
+/// Ends and closes the project and deletes its folder.
+void bench_closeProject(const BenchProject& project);
+
+/// Processor time of the process, s.
+double bench_getProcessorTime();

@@ -3,11 +3,6 @@
 // junction with its pipe. Everything is timed in processor time, which other programs on the machine disturb least.
 
 #include <benchmark/benchmark.h>
-#include <stdlib.h>
-
-#include <ctime>
-#include <filesystem>
-#include <string>
 
 #include "bound.h"
 #include "network.h"
@@ -18,33 +13,10 @@ namespace {
 constexpr int32_t OUTFALL_CLASS = 4;
 constexpr int32_t INFLOW_RESULT = 0;
 
+constexpr int32_t HOUR = 3600;  ///< s, report step
+
 /// Steps after which the periods of all pipes are through.
 constexpr int32_t ROUND = 60;
-
-/// A project file in a folder of its own.
-struct Project {
-    std::string folder;
-    int64_t size;  ///< bytes
-};
-
-Project makeProject(const BenchNetwork& network, int32_t pollutants) {
-    Project project{(std::filesystem::temp_directory_path() / "tarnvelde-bench-XXXXXX").string(), 0};
-    if (mkdtemp(project.folder.data())) {
-        project.size = bench_writeNetwork(network, pollutants, project.folder + "/network.inp");
-    }
-    return project;
-}
-
-bool openProject(const Project& project) {
-    const std::string base = project.folder + "/network";
-    return tarnvelde_open((base + ".inp").c_str(), (base + ".rpt").c_str(), (base + ".bin").c_str()) == 0;
-}
-
-void closeProject(const Project& project) {
-    tarnvelde_end();
-    tarnvelde_close();
-    std::filesystem::remove_all(project.folder);
-}
 
 benchmark::Counter perObject(double times, int64_t objects) {
     return benchmark::Counter(times * static_cast<double>(objects) * 1e-9,
@@ -52,9 +24,10 @@ benchmark::Counter perObject(double times, int64_t objects) {
 }
 
 void openNetwork(benchmark::State& state) {
-    const Project project = makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)));
+    const BenchProject project =
+        bench_makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)), HOUR);
     for (auto _ : state) {
-        if (!openProject(project)) {
+        if (!bench_openProject(project)) {
             state.SkipWithError("the project doesn't open");
             break;
         }
@@ -64,12 +37,13 @@ void openNetwork(benchmark::State& state) {
     }
     state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * project.size);
     state.counters["ns/object"] = perObject(static_cast<double>(state.iterations()), state.range(0));
-    closeProject(project);
+    bench_closeProject(project);
 }
 
 void startNetwork(benchmark::State& state) {
-    const Project project = makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)));
-    if (!openProject(project)) {
+    const BenchProject project =
+        bench_makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)), HOUR);
+    if (!bench_openProject(project)) {
         state.SkipWithError("the project doesn't open");
     }
     for (auto _ : state) {
@@ -79,13 +53,14 @@ void startNetwork(benchmark::State& state) {
         state.ResumeTiming();
     }
     state.counters["ns/object"] = perObject(static_cast<double>(state.iterations()), state.range(0));
-    closeProject(project);
+    bench_closeProject(project);
 }
 
 /// Iterations are whole rounds, so that each holds as many firings as the next.
 void stepNetwork(benchmark::State& state) {
-    const Project project = makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)));
-    if (!openProject(project) || tarnvelde_start(0)) {
+    const BenchProject project =
+        bench_makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)), HOUR);
+    if (!bench_openProject(project) || tarnvelde_start(0)) {
         state.SkipWithError("the project doesn't start");
     }
     double elapsed = 0.0;
@@ -95,13 +70,7 @@ void stepNetwork(benchmark::State& state) {
         }
     }
     state.counters["ns/object/step"] = perObject(static_cast<double>(state.iterations()) * ROUND, state.range(0));
-    closeProject(project);
-}
-
-double getProcessorTime() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+    bench_closeProject(project);
 }
 
 /// Rounds of the library and of the bare arithmetic by turns. Both meet the same noise, and the ratio is steadier than
@@ -109,22 +78,22 @@ double getProcessorTime() {
 void ratioNetwork(benchmark::State& state) {
     const BenchNetwork network = bench_makeNetwork(state.range(0));
     const int32_t pollutants = static_cast<int32_t>(state.range(1));
-    const Project project = makeProject(network, pollutants);
-    if (!openProject(project) || tarnvelde_start(0)) {
+    const BenchProject project = bench_makeProject(network, pollutants, HOUR);
+    if (!bench_openProject(project) || tarnvelde_start(0)) {
         state.SkipWithError("the project doesn't start");
     }
     Bound bound = bound_create(network, pollutants, bench_getDuration());
     double elapsed = 0.0, libraryTime = 0.0, boundTime = 0.0;
     for (auto _ : state) {
-        const double begin = getProcessorTime();
+        const double begin = bench_getProcessorTime();
         for (int32_t k = 0; k < ROUND; ++k) {
             tarnvelde_step(&elapsed);
         }
-        const double middle = getProcessorTime();
+        const double middle = bench_getProcessorTime();
         for (int32_t k = 0; k < ROUND; ++k) {
             bound_step(bound);
         }
-        const double end = getProcessorTime();
+        const double end = bench_getProcessorTime();
         libraryTime += middle - begin;
         boundTime += end - middle;
         state.SetIterationTime(middle - begin);
@@ -138,7 +107,7 @@ void ratioNetwork(benchmark::State& state) {
     state.counters["library ns"] = libraryTime / steps * 1e9;
     state.counters["bound ns"] = boundTime / steps * 1e9;
     state.counters["ratio"] = libraryTime / boundTime;
-    closeProject(project);
+    bench_closeProject(project);
 }
 
 void setSizes(benchmark::internal::Benchmark* benchmark) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "coupling/feed.h"
 #include "coupling/guid.h"
 #include "engine/arena.h"
 #include "engine/errors.h"
@@ -24,16 +25,16 @@ static std::string cutToFolder(const std::string& path) {
 }
 
 /// The file of the library, or an empty text after the message that it is missing.
-static std::string findLibrary(const OutsideLibrary& library, const std::string& folder) {
-    std::string file = folder + library.fileName;
+static std::string findLibrary(const OutsideKind& kind, const std::string& folder) {
+    std::string file = folder + kind.fileName;
     if (file_exists(file)) {
         return file;
     }
-    std::string native = folder + library.nativeName;
-    if (*library.nativeName && file_exists(native)) {
+    std::string native = folder + kind.nativeName;
+    if (*kind.nativeName && file_exists(native)) {
         return native;
     }
-    report_writeError(library.missingError, file.c_str());
+    report_writeError(kind.missingError, file.c_str());
     return {};
 }
 
@@ -53,25 +54,29 @@ static bool copyLibrary(OutsideNode& outside, const std::string& source, const s
     return result == COPY_DONE;
 }
 
-void outside_loadLibrary(OutsideNode& outside, const OutsideLibrary& library, const std::string& path,
+void outside_loadLibrary(OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder) {
     const std::string folder = cutToFolder(file_exists(path) ? path : file_getProgramPath());
-    const std::string source = findLibrary(library, folder);
+    const std::string source = findLibrary(kind, folder);
     if (source.empty()) {
         return;
     }
     if (!tempFolder.empty() && !file_exists(tempFolder)) {
-        report_writeError(library.folderError, tempFolder.c_str());
+        report_writeError(kind.folderError, tempFolder.c_str());
         return;
     }
     if (copyLibrary(outside, source, tempFolder.empty() ? folder : tempFolder)) {
         outside.library = library_load(outside.libraryCopy.c_str());
-    } else if (library.copyError) {
-        report_writeError(library.copyError, "");
+    } else if (kind.copyError) {
+        report_writeError(kind.copyError, "");
     }
 }
 
-void outside_releaseLibrary(OutsideNode& outside) {
+void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
+    if (outside.isOpen) {
+        outside.isOpen = 0;
+        calls.close();
+    }
     if (outside.library) {
         library_release(outside.library);
         outside.library = nullptr;
@@ -97,21 +102,22 @@ bool outside_findModel(const OutsideNode& outside, std::string& path) {
 
 // --- records -------------------------------------------------------------------------------------------------------
 
-CoupledFlow* outside_addRecord(CoupledList& list, const char* objectId, int32_t index, int32_t converter) {
+int32_t outside_addRecord(CoupledList& list, int32_t index, int32_t converter) {
     CoupledFlow* record = arena_allocateArray<CoupledFlow>(ProjectArena, 1);
-    const char* id = record ? pool_copy(objectId) : nullptr;
+    const char* id = record ? pool_copy(Tok[1]) : nullptr;
     if (!id) {
-        return nullptr;
+        return error_setName(ERR_MEMORY, "");
     }
     record->objectId = id;
     record->index = index;
     record->converter = converter;
     (list.tail ? list.tail->next : list.head) = record;
     list.tail = record;
-    return record;
+    return ERR_NONE;
 }
 
-bool outside_openRecords(CoupledList& list, int32_t count) {
+/// False without memory.
+static bool openRecords(CoupledList& list, int32_t count) {
     list.byIndex.clear();
     for (CoupledFlow* record = list.head; record; record = record->next) {
         double* arrays = arena_allocateArray<double>(RunArena, 3 * static_cast<int64_t>(count));
@@ -130,7 +136,7 @@ bool outside_openRecords(CoupledList& list, int32_t count) {
     return true;
 }
 
-void outside_closeRecords(CoupledList& list) {
+static void closeRecords(CoupledList& list) {
     list.byIndex.clear();
     for (CoupledFlow* record = list.head; record; record = record->next) {
         record->oldLoad = record->newLoad = record->sumLoad = nullptr;
@@ -156,6 +162,8 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
     }
 }
 
+// --- the life of a node --------------------------------------------------------------------------------------------
+
 int32_t outside_readDefinition(OutsideNode& outside, int32_t node, int32_t kind, int32_t row) {
     const char* id = project_findId(NODE, Tok[0]);
     if (!id) {
@@ -173,4 +181,52 @@ int32_t outside_readDefinition(OutsideNode& outside, int32_t node, int32_t kind,
     outside.inpFile = inpFile;
     outside.saveResults = saveResults;
     return ERR_NONE;
+}
+
+void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, const char* id) {
+    double start = 0.0, end = 0.0;
+    if (calls.getStartAndEndTime(&start, &end) != 0) {
+        report_writeError(kind.datesError, id);
+    }
+    if (start != StartDateTime) {
+        report_writeError(kind.startDateError, id);
+    }
+    if (end != EndDateTime) {
+        report_writeError(kind.endDateError, id);
+    }
+}
+
+void outside_validateOutflow(const CoupledFlow& outflow, const char* id) {
+    const int32_t kind = Links[static_cast<size_t>(outflow.index)].kind;
+    if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
+        report_writeError(ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well; reports have always shown that
+    }
+}
+
+void outside_initState(OutsideNode& outside, int32_t inflowCount) {
+    const bool isDone = openRecords(outside.inflows, inflowCount) &&
+                        openRecords(outside.outflows, project_pollutantCount()) && feed_open();
+    if (!isDone) {
+        report_writeError(ERR_MEMORY, "");
+    }
+}
+
+bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind, const char* id) {
+    outside.isStarted = 1;  // whatever the engine says: it is asked to end in any case
+    outside.oldTime = outside.newTime = 0.0;
+    if (calls.start(outside.saveResults) != 0) {
+        report_writeError(kind.startError, id);
+        return false;
+    }
+    return true;
+}
+
+void outside_end(OutsideNode& outside, const OutsideCalls& calls) {
+    if (outside.isStarted) {
+        outside.isStarted = 0;
+        calls.end();
+    }
+    closeRecords(outside.inflows);
+    closeRecords(outside.outflows);
+    feed_close();
 }

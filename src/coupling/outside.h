@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "engine/project.h"
 #include "platform/library.h"
 
 /// What passes at one object of an outside model: from a link or a subcatchment into it, or out of it into a link. The
@@ -54,36 +55,74 @@ struct OutsideNode {
     std::string libraryCopy;  ///< path of the private copy; empty while there is none
 };
 
-/// A kind of engine: the names of its library, and what is said when it can't be had.
-struct OutsideLibrary {
+/// A kind of engine: the names of its library, and what is said when something is wrong with it.
+struct OutsideKind {
     const char* fileName;
     const char* nativeName;  ///< taken where a file of the first name isn't there; may be empty
     int32_t missingError;
     int32_t folderError;
     int32_t copyError;  ///< ERR_NONE: a failed copy is passed over, and the missing engine shows in the validation
+    int32_t datesError, startDateError, endDateError;
+    int32_t startError;
+};
+
+/// The calls that bring any engine through its life; 0 is success.
+struct OutsideCalls {
+    int (*getStartAndEndTime)(double* start, double* end);
+    int (*start)(int saveFlag);
+    int (*step)(double* elapsedDays);
+    int (*end)();
+    int (*close)();
 };
 
 /// Copies a library to a name of its own and loads the copy. `path` is the library's folder, with its separator, or a
 /// file in it; where it doesn't exist the folder of the running program counts. The copy goes to `tempFolder`, again
 /// with its separator, or beside the library if that is empty. Writes what is wrong to the report.
-void outside_loadLibrary(OutsideNode& outside, const OutsideLibrary& library, const std::string& path,
+void outside_loadLibrary(OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder);
 
-/// Lets go of the library and deletes the copy.
-void outside_releaseLibrary(OutsideNode& outside);
+/// Closes the model, lets go of the library and deletes the copy.
+void outside_close(OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
 /// of the project. False if there is neither.
 bool outside_findModel(const OutsideNode& outside, std::string& path);
 
-/// Appends a record. Null without memory.
-CoupledFlow* outside_addRecord(CoupledList& list, const char* objectId, int32_t index, int32_t converter);
+/// Appends a record for the object that token 1 names. An error index, or 0.
+int32_t outside_addRecord(CoupledList& list, int32_t index, int32_t converter);
 
-/// Puts the records of a list to time zero, with arrays of `count` numbers. False without memory.
-bool outside_openRecords(CoupledList& list, int32_t count);
+/// Compares the dates of the model with those of the project, to the last bit; writes what is wrong to the report.
+void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, const char* id);
 
-/// Forgets the arrays of a run.
-void outside_closeRecords(CoupledList& list);
+/// Tests whether the link of an outflow can take it; writes what is wrong to the report.
+void outside_validateOutflow(const CoupledFlow& outflow, const char* id);
+
+/// Puts the records to time zero, those of the inflows with arrays of `inflowCount` loads.
+void outside_initState(OutsideNode& outside, int32_t inflowCount);
+
+/// Starts the engine. False, after its message, if that fails.
+bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind, const char* id);
+
+/// Ends the engine, if it was started, and forgets what the run allocated.
+void outside_end(OutsideNode& outside, const OutsideCalls& calls);
+
+/// Steps the engine until it has passed the routing clock, or once if its run is over, when it tells an elapsed time of
+/// 0. `give` passes what goes into the model ahead of each step, `take` fetches what comes out of it.
+template <class Give, class Take>
+void outside_advance(OutsideNode& outside, const OutsideCalls& calls, Give give, Take take) {
+    if (outside.newTime > NewRoutingTime) {
+        return;
+    }
+    double elapsed;
+    do {
+        give();
+        elapsed = 0.0;
+        calls.step(&elapsed);
+        take();
+        outside.oldTime = outside.newTime;
+        outside.newTime = elapsed * 86400000.0;
+    } while (elapsed != 0.0 && outside.newTime <= NewRoutingTime);
+}
 
 /// The records of an index; none before the start of a run.
 CoupledRange outside_findRecords(const CoupledList& list, int32_t index);

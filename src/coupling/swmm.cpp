@@ -19,8 +19,15 @@
 
 std::vector<SwmmNode> SwmmNodes;
 
-static constexpr OutsideLibrary Library = {"swmm5ex.dll", LIBRARY_NATIVE_NAME("swmm5ex"), ERR_SWMM_LIBRARY_MISSING,
-                                           ERR_SWMM_TEMP_FOLDER, ERR_NONE};
+static constexpr OutsideKind Kind = {"swmm5ex.dll",
+                                     LIBRARY_NATIVE_NAME("swmm5ex"),
+                                     ERR_SWMM_LIBRARY_MISSING,
+                                     ERR_SWMM_TEMP_FOLDER,
+                                     ERR_NONE,
+                                     ERR_SWMM_DATES,
+                                     ERR_SWMM_START_DATE,
+                                     ERR_SWMM_END_DATE,
+                                     ERR_SWMM_START};
 static constexpr OutsideTotals Totals = {&FlowTotalsRecord::swmmInflow, &FlowTotalsRecord::swmmOutflow,
                                          &QualTotalsRecord::swmmInflow, &QualTotalsRecord::swmmOutflow};
 
@@ -49,20 +56,21 @@ static void findEntries(SwmmNode& swmm) {
 #undef SWMM_ENTRY
 }
 
+static OutsideCalls getCalls(const SwmmEntries& entries) {
+    return {entries.swmm_getStartAndEndTime, entries.swmm_start, entries.swmm_step, entries.swmm_end,
+            entries.swmm_close};
+}
+
 void swmm_loadLibrary(int32_t row) {
     SwmmNode& swmm = getSwmm(row);
-    outside_loadLibrary(swmm.outside, Library, SwmmDllPath, SwmmTempDir);
+    outside_loadLibrary(swmm.outside, Kind, SwmmDllPath, SwmmTempDir);
     findEntries(swmm);
 }
 
 void swmm_closeNode(int32_t row) {
     SwmmNode& swmm = getSwmm(row);
-    if (swmm.outside.isOpen) {
-        swmm.outside.isOpen = 0;
-        swmm.entries.swmm_close();
-    }
+    outside_close(swmm.outside, getCalls(swmm.entries));
     swmm.entries = SwmmEntries{};
-    outside_releaseLibrary(swmm.outside);
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -77,10 +85,7 @@ static int32_t readRecord(int32_t row, bool isInflow) {
         return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
     }
     OutsideNode& outside = getSwmm(row).outside;
-    if (!outside_addRecord(isInflow ? outside.inflows : outside.outflows, Tok[1], index, -1)) {
-        return error_setName(ERR_MEMORY, "");
-    }
-    return ERR_NONE;
+    return outside_addRecord(isInflow ? outside.inflows : outside.outflows, index, -1);
 }
 
 int32_t swmm_readParams(int32_t node, int32_t row, int32_t tokenCount) {
@@ -123,20 +128,6 @@ static bool setPaths(int32_t row, const char* id) {
     return true;
 }
 
-/// The dates of the model must be those of the project, to the last bit.
-static void validateDates(const SwmmNode& swmm, const char* id) {
-    double start = 0.0, end = 0.0;
-    if (swmm.entries.swmm_getStartAndEndTime(&start, &end) != 0) {
-        report_writeError(ERR_SWMM_DATES, id);
-    }
-    if (start != StartDateTime) {
-        report_writeError(ERR_SWMM_START_DATE, id);
-    }
-    if (end != EndDateTime) {
-        report_writeError(ERR_SWMM_END_DATE, id);
-    }
-}
-
 static void validateRecords(const SwmmNode& swmm, const char* id) {
     for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
         if (swmm.entries.swmm_isNode(record->objectId) < 0) {
@@ -147,10 +138,7 @@ static void validateRecords(const SwmmNode& swmm, const char* id) {
         if (swmm.entries.swmm_isNode(record->objectId) < 0) {
             report_writeError(ERR_SWMM_NODE, record->objectId);
         }
-        const int32_t kind = Links[static_cast<size_t>(record->index)].kind;
-        if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
-            report_writeError(ERR_SWMM_OUTFLOW_LINK, id);
-        }
+        outside_validateOutflow(*record, id);
     }
 }
 
@@ -173,7 +161,7 @@ void swmm_validate(int32_t node) {
     if (swmm.entries.swmm_open(swmm.outside.inpFile, swmm.rptFile, swmm.outFile) != 0) {
         report_writeError(ERR_SWMM_INPUT_OPEN, id);
     }
-    validateDates(swmm, id);
+    outside_validateDates(getCalls(swmm.entries), Kind, id);
     if (swmm.entries.swmm_getUnitSystem() != SI_UNITS) {
         report_writeError(ERR_SWMM_UNITS, id);
     }
@@ -184,35 +172,17 @@ void swmm_validate(int32_t node) {
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
 void swmm_initState(int32_t node) {
-    OutsideNode& outside = getSwmm(getRow(node)).outside;
-    const int32_t pollutants = project_pollutantCount();
-    const bool isDone = outside_openRecords(outside.inflows, pollutants) &&
-                        outside_openRecords(outside.outflows, pollutants) && feed_open();
-    if (!isDone) {
-        report_writeError(ERR_MEMORY, "");
-    }
+    outside_initState(getSwmm(getRow(node)).outside, project_pollutantCount());
 }
 
 bool swmm_startNode(int32_t node) {
     SwmmNode& swmm = getSwmm(getRow(node));
-    swmm.outside.isStarted = 1;
-    swmm.outside.oldTime = swmm.outside.newTime = 0.0;
-    if (swmm.entries.swmm_start(swmm.outside.saveResults) != 0) {
-        report_writeError(ERR_SWMM_START, Nodes[static_cast<size_t>(node)].id);
-        return false;
-    }
-    return true;
+    return outside_start(swmm.outside, getCalls(swmm.entries), Kind, Nodes[static_cast<size_t>(node)].id);
 }
 
 void swmm_endNode(int32_t node) {
     SwmmNode& swmm = getSwmm(getRow(node));
-    if (swmm.outside.isStarted) {
-        swmm.outside.isStarted = 0;
-        swmm.entries.swmm_end();
-    }
-    outside_closeRecords(swmm.outside.inflows);
-    outside_closeRecords(swmm.outside.outflows);
-    feed_close();
+    outside_end(swmm.outside, getCalls(swmm.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
@@ -299,27 +269,14 @@ static void takeOutflows(const SwmmNode& swmm) {
     }
 }
 
-/// One step of the engine; gives the elapsed time in days, 0 when its run is over.
-static double stepEngine(int32_t node, SwmmNode& swmm) {
-    passRequests(node, swmm.entries);
-    passInflows(swmm);
-    passSettings(node, swmm.entries);
-    double elapsed = 0.0;
-    swmm.entries.swmm_step(&elapsed);
-    takeOutflows(swmm);
-    swmm.outside.oldTime = swmm.outside.newTime;
-    swmm.outside.newTime = elapsed * 86400000.0;
-    return elapsed;
-}
-
 void swmm_stepNode(int32_t node) {
     SwmmNode& swmm = getSwmm(getRow(node));
-    if (!(swmm.outside.newTime > NewRoutingTime)) {
-        double elapsed;
-        do {
-            elapsed = stepEngine(node, swmm);
-        } while (elapsed != 0.0 && swmm.outside.newTime <= NewRoutingTime);
-    }
+    const auto give = [&] {
+        passRequests(node, swmm.entries);
+        passInflows(swmm);
+        passSettings(node, swmm.entries);
+    };
+    outside_advance(swmm.outside, getCalls(swmm.entries), give, [&] { takeOutflows(swmm); });
     // Requests for other nodes go too, used or not: a host asks anew for each step, one SWMM node at a time.
     SwmmInflowRequests.clear();
     SwmmSettingRequests.clear();

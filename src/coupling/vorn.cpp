@@ -18,8 +18,9 @@
 
 std::vector<VornNode> VornNodes;
 
-static constexpr OutsideLibrary Library = {"vorn.dll", LIBRARY_NATIVE_NAME("vorn"), ERR_VORN_LIBRARY_MISSING,
-                                           ERR_VORN_TEMP_FOLDER, ERR_FILE_COPY};
+static constexpr OutsideKind Kind = {
+    "vorn.dll",     LIBRARY_NATIVE_NAME("vorn"), ERR_VORN_LIBRARY_MISSING, ERR_VORN_TEMP_FOLDER, ERR_FILE_COPY,
+    ERR_VORN_DATES, ERR_VORN_START_DATE,         ERR_VORN_END_DATE,        ERR_VORN_START};
 static constexpr OutsideTotals Totals = {&FlowTotalsRecord::vornInflow, &FlowTotalsRecord::vornOutflow,
                                          &QualTotalsRecord::vornInflow, &QualTotalsRecord::vornOutflow};
 
@@ -48,20 +49,21 @@ static void findEntries(VornNode& vorn) {
 #undef VORN_ENTRY
 }
 
+static OutsideCalls getCalls(const VornEntries& entries) {
+    return {entries.vorn_getStartAndEndTime, entries.vorn_start, entries.vorn_step, entries.vorn_end,
+            entries.vorn_close};
+}
+
 void vorn_loadLibrary(int32_t row) {
     VornNode& vorn = getVorn(row);
-    outside_loadLibrary(vorn.outside, Library, VornDllPath, VornTempDir);
+    outside_loadLibrary(vorn.outside, Kind, VornDllPath, VornTempDir);
     findEntries(vorn);
 }
 
 void vorn_closeNode(int32_t row) {
     VornNode& vorn = getVorn(row);
-    if (vorn.outside.isOpen) {
-        vorn.outside.isOpen = 0;
-        vorn.entries.vorn_close();
-    }
+    outside_close(vorn.outside, getCalls(vorn.entries));
     vorn.entries = VornEntries{};
-    outside_releaseLibrary(vorn.outside);
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -76,10 +78,7 @@ static int32_t readRecord(int32_t row, bool isInflow) {
         return error_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
     }
     OutsideNode& outside = getVorn(row).outside;
-    if (!outside_addRecord(isInflow ? outside.inflows : outside.outflows, Tok[1], link, converter)) {
-        return error_setName(ERR_MEMORY, "");
-    }
-    return ERR_NONE;
+    return outside_addRecord(isInflow ? outside.inflows : outside.outflows, link, converter);
 }
 
 int32_t vorn_readParams(int32_t node, int32_t row, int32_t tokenCount) {
@@ -117,20 +116,6 @@ static bool setPath(int32_t row, const char* id) {
     return true;
 }
 
-/// The dates of the model must be those of the project, to the last bit.
-static void validateDates(const VornNode& vorn, const char* id) {
-    double start = 0.0, end = 0.0;
-    if (vorn.entries.vorn_getStartAndEndTime(&start, &end) != 0) {
-        report_writeError(ERR_VORN_DATES, id);
-    }
-    if (start != StartDateTime) {
-        report_writeError(ERR_VORN_START_DATE, id);
-    }
-    if (end != EndDateTime) {
-        report_writeError(ERR_VORN_END_DATE, id);
-    }
-}
-
 static void validateRecords(const VornNode& vorn, const char* id) {
     for (const CoupledFlow* record = vorn.outside.inflows.head; record; record = record->next) {
         if (vorn.entries.vorn_getUnitType(record->objectId) != INFLUENT_UNIT) {
@@ -141,10 +126,7 @@ static void validateRecords(const VornNode& vorn, const char* id) {
         if (vorn.entries.vorn_getUnitType(record->objectId) != EFFLUENT_UNIT) {
             report_writeError(ERR_VORN_EFFLUENT, record->objectId);
         }
-        const int32_t kind = Links[static_cast<size_t>(record->index)].kind;
-        if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
-            report_writeError(ERR_SWMM_OUTFLOW_LINK, id);
-        }
+        outside_validateOutflow(*record, id);
     }
 }
 
@@ -158,7 +140,7 @@ void vorn_validate(int32_t node) {
     if (vorn.entries.vorn_open(vorn.outside.inpFile) != 0) {
         report_writeError(ERR_VORN_INPUT_OPEN, id);
     }
-    validateDates(vorn, id);
+    outside_validateDates(getCalls(vorn.entries), Kind, id);
     if (vorn.entries.vorn_getSolutionType() != UNSTEADY_SOLUTION) {
         report_writeError(ERR_VORN_SOLUTION, id);
     }
@@ -168,34 +150,17 @@ void vorn_validate(int32_t node) {
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
 void vorn_initState(int32_t node) {
-    OutsideNode& outside = getVorn(getRow(node)).outside;
-    const bool isDone = outside_openRecords(outside.inflows, CONSTITUENT_COUNT) &&
-                        outside_openRecords(outside.outflows, project_pollutantCount()) && feed_open();
-    if (!isDone) {
-        report_writeError(ERR_MEMORY, "");
-    }
+    outside_initState(getVorn(getRow(node)).outside, CONSTITUENT_COUNT);
 }
 
 bool vorn_startNode(int32_t node) {
     VornNode& vorn = getVorn(getRow(node));
-    vorn.outside.isStarted = 1;
-    vorn.outside.oldTime = vorn.outside.newTime = 0.0;
-    if (vorn.entries.vorn_start(vorn.outside.saveResults) != 0) {
-        report_writeError(ERR_VORN_START, Nodes[static_cast<size_t>(node)].id);
-        return false;
-    }
-    return true;
+    return outside_start(vorn.outside, getCalls(vorn.entries), Kind, Nodes[static_cast<size_t>(node)].id);
 }
 
 void vorn_endNode(int32_t node) {
     VornNode& vorn = getVorn(getRow(node));
-    if (vorn.outside.isStarted) {
-        vorn.outside.isStarted = 0;
-        vorn.entries.vorn_end();
-    }
-    outside_closeRecords(vorn.outside.inflows);
-    outside_closeRecords(vorn.outside.outflows);
-    feed_close();
+    outside_end(vorn.outside, getCalls(vorn.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
@@ -257,24 +222,9 @@ static void takeEffluents(const VornNode& vorn) {
     }
 }
 
-/// One step of the engine; gives the elapsed time in days, 0 when its run is over.
-static double stepEngine(VornNode& vorn) {
-    passInfluents(vorn);
-    double elapsed = 0.0;
-    vorn.entries.vorn_step(&elapsed);
-    takeEffluents(vorn);
-    vorn.outside.oldTime = vorn.outside.newTime;
-    vorn.outside.newTime = elapsed * 86400000.0;
-    return elapsed;
-}
-
 void vorn_stepNode(int32_t node) {
     VornNode& vorn = getVorn(getRow(node));
-    if (!(vorn.outside.newTime > NewRoutingTime)) {
-        double elapsed;
-        do {
-            elapsed = stepEngine(vorn);
-        } while (elapsed != 0.0 && vorn.outside.newTime <= NewRoutingTime);
-    }
+    outside_advance(
+        vorn.outside, getCalls(vorn.entries), [&] { passInfluents(vorn); }, [&] { takeEffluents(vorn); });
     feed_updateLinks(node, vorn.outside, Totals);
 }
