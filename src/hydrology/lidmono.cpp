@@ -114,12 +114,9 @@ static void initLevels(LidMono& mono, int32_t kindIndex) {
     mono.initialDepth = mono.finalDepth = depth;
 }
 
-static void allocArrays(LidMono& mono) {
+/// The twelve arrays of masses and loads side by side, or none.
+static void setArrays(LidMono& mono, double* memory) {
     const int64_t count = project_pollutantCount();
-    double* memory = arena_allocateArray<double>(ResultArena, 12 * count);
-    if (!memory) {
-        report_writeError(ERR_MEMORY, "");
-    }
     double** const arrays[] = {&mono.lastSurfaceMass, &mono.lastPavementMass, &mono.lastSoilMass,
                                &mono.lastStorageMass, &mono.thisSurfaceMass,  &mono.thisPavementMass,
                                &mono.thisSoilMass,    &mono.thisStorageMass,  &mono.lastSurfaceLoad,
@@ -127,6 +124,21 @@ static void allocArrays(LidMono& mono) {
     for (double** array : arrays) {
         *array = memory;
         memory += memory ? count : 0;
+    }
+}
+
+static void allocArrays(LidMono& mono) {
+    double* memory = arena_allocateArray<double>(ResultArena, 12 * static_cast<int64_t>(project_pollutantCount()));
+    if (!memory) {
+        report_writeError(ERR_MEMORY, "");
+    }
+    setArrays(mono, memory);
+}
+
+void lidmono_forgetArrays() {
+    for (LidMono& mono : LidMonos) {
+        lid_freeBalance(mono);
+        setArrays(mono, nullptr);
     }
 }
 

@@ -17,6 +17,9 @@ int32_t lidmono_readLine(int32_t node, int32_t kindIndex, int32_t tokenCount);
 /// Limits saturation and share, and marks the gage.
 void lidmono_validate(int32_t node);
 
+/// Lets go of the arrays of all nodes when the memory of the results of a run goes.
+void lidmono_forgetArrays();
+
 /// Puts a node to time zero.
 void lidmono_init(int32_t node);
 

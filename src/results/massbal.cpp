@@ -84,6 +84,7 @@ static void openLinkStatistics() {
 
 void massbal_open() {
     arena_release(ResultArena);
+    lidmono_forgetArrays();  // made anew only behind much else that may run out of memory
     FlowTotals = FlowTotalsRecord{};
     RunoffError = FlowError = QualityError = 0.0;
     QualTotals = arena_allocateArray<QualTotalsRecord>(ResultArena, project_pollutantCount());

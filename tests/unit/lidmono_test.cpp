@@ -13,6 +13,7 @@
 #include "engine/project.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
+#include "results/massbal.h"
 #include "routing/network.h"
 #include "routing/node.h"
 #include "support/lids.h"
@@ -305,6 +306,19 @@ TEST_F(MonoTest, ShiftMakesNewOld) {
     EXPECT_EQ(unit().lastDrainLoad[1], 6.0);
     EXPECT_EQ(unit().thisSurfaceFlow + unit().thisDrainFlow + unit().evapRate + unit().infilRate, 0.0);
     EXPECT_EQ(unit().thisSoilMass[1] + unit().thisSurfaceLoad[1] + unit().thisDrainLoad[1], 0.0);
+}
+
+TEST_F(MonoTest, LetsGoOfItsArraysWhenTheMemoryOfTheResultsGoes) {
+    start();
+    ASSERT_NE(unit().thisSoilMass, nullptr);
+    massbal_open();  // the first part of a second start, the rest of which may fail
+    EXPECT_EQ(unit().lastSurfaceMass, nullptr);
+    EXPECT_EQ(unit().thisDrainLoad, nullptr);
+    EXPECT_EQ(unit().rainLoad, nullptr);
+    double error = 0.0;
+    EXPECT_EQ(massbal_closeQuality(0, &error).finalStorage, 0.0);
+    node_initState(findMono());
+    EXPECT_NE(unit().thisDrainLoad, nullptr);
 }
 
 TEST_F(MonoTest, NodeOfAnotherKindIsLeftAlone) {
