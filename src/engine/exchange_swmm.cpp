@@ -57,34 +57,43 @@ int32_t tarnvelde_getSwmmCurrentSetting(const char* node, const char* link, doub
     return engine && isText(link) && setting ? engine->swmm_getCurrentSetting(link, setting) : FAILURE;
 }
 
-int32_t tarnvelde_getSwmmParam(const char* node, int32_t type, const char* id, int32_t parameter, double* value) {
+using ParamGetter = int (*SwmmEntries::*)(int type, const char* id, int code, double* value);
+using ParamSetter = int (*SwmmEntries::*)(int type, const char* id, int code, double value);
+
+/// Parameters of objects, of nodes and of links are asked for in one way, and so are they set.
+static int32_t getParam(const char* node, ParamGetter entry, int32_t type, const char* id, int32_t code,
+                        double* value) {
     const SwmmEntries* engine = findEngine(node);
-    return engine && isText(id) && value ? engine->swmm_getParam(type, id, parameter, value) : FAILURE;
+    return engine && isText(id) && value ? (engine->*entry)(type, id, code, value) : FAILURE;
+}
+
+static int32_t setParam(const char* node, ParamSetter entry, int32_t type, const char* id, int32_t code, double value) {
+    const SwmmEntries* engine = findEngine(node);
+    return engine && isText(id) ? (engine->*entry)(type, id, code, value) : FAILURE;
+}
+
+int32_t tarnvelde_getSwmmParam(const char* node, int32_t type, const char* id, int32_t parameter, double* value) {
+    return getParam(node, &SwmmEntries::swmm_getParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmParam(const char* node, int32_t type, const char* id, int32_t parameter, double value) {
-    const SwmmEntries* engine = findEngine(node);
-    return engine && isText(id) ? engine->swmm_setParam(type, id, parameter, value) : FAILURE;
+    return setParam(node, &SwmmEntries::swmm_setParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_getSwmmNodeParam(const char* node, int32_t type, const char* id, int32_t parameter, double* value) {
-    const SwmmEntries* engine = findEngine(node);
-    return engine && isText(id) && value ? engine->swmm_getNodeParam(type, id, parameter, value) : FAILURE;
+    return getParam(node, &SwmmEntries::swmm_getNodeParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmNodeParam(const char* node, int32_t type, const char* id, int32_t parameter, double value) {
-    const SwmmEntries* engine = findEngine(node);
-    return engine && isText(id) ? engine->swmm_setNodeParam(type, id, parameter, value) : FAILURE;
+    return setParam(node, &SwmmEntries::swmm_setNodeParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_getSwmmLinkParam(const char* node, int32_t type, const char* id, int32_t parameter, double* value) {
-    const SwmmEntries* engine = findEngine(node);
-    return engine && isText(id) && value ? engine->swmm_getLinkParam(type, id, parameter, value) : FAILURE;
+    return getParam(node, &SwmmEntries::swmm_getLinkParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmLinkParam(const char* node, int32_t type, const char* id, int32_t parameter, double value) {
-    const SwmmEntries* engine = findEngine(node);
-    return engine && isText(id) ? engine->swmm_setLinkParam(type, id, parameter, value) : FAILURE;
+    return setParam(node, &SwmmEntries::swmm_setLinkParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmNodeDepth(const char* node, const char* id, double depth) {

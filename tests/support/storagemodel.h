@@ -5,6 +5,7 @@
 
 #include <string>
 
+#include "engine/arena.h"
 #include "engine/project.h"
 #include "input/names.h"
 #include "routing/conduit.h"
@@ -75,4 +76,23 @@ inline testing::AssertionResult holdsLineError(const OpenResult& result, const s
         }
     }
     return testing::AssertionFailure() << line << "\ncode " << result.code << ", report: " << result.report;
+}
+
+/// Starts a project again and again, each time with another request for memory refused. The start says so, and what
+/// follows is safe.
+inline void expectStartsWithoutMemory(const std::string& text) {
+    bool hasFailed = false;
+    for (int64_t k = 1; k < 40; ++k) {
+        ProjectFile project(text);
+        ASSERT_EQ(project.open(), 0);
+        arena_failAfter(k);
+        const int32_t code = tarnvelde_start(0);
+        arena_failAfter(0);
+        EXPECT_TRUE(code == 0 || code == 101) << code;
+        hasFailed = hasFailed || code == 101;
+        double elapsed;
+        tarnvelde_step(&elapsed);
+        tarnvelde_end();
+    }
+    EXPECT_TRUE(hasFailed);
 }

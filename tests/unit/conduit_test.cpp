@@ -6,7 +6,6 @@
 #include <random>
 #include <vector>
 
-#include "engine/arena.h"
 #include "engine/errors.h"
 #include "input/table.h"
 #include "routing/transect.h"
@@ -569,19 +568,5 @@ TEST(ConduitHost, MayTurnAShapeIntoAnother) {
 }
 
 TEST(ConduitMemory, IsMissedAtTheStart) {
-    const std::string text = getProject("NO 800 0.2 0.013 IRREGULAR X") + BED;
-    bool hasFailed = false;
-    for (int64_t k = 1; k < 40; ++k) {
-        ProjectFile project(text);
-        ASSERT_EQ(project.open(), 0);
-        arena_failAfter(k);
-        const int32_t code = tarnvelde_start(0);
-        arena_failAfter(0);
-        EXPECT_TRUE(code == 0 || code == 101) << code;
-        hasFailed = hasFailed || code == 101;
-        double elapsed;
-        tarnvelde_step(&elapsed);
-        tarnvelde_end();
-    }
-    EXPECT_TRUE(hasFailed);
+    expectStartsWithoutMemory(getProject("NO 800 0.2 0.013 IRREGULAR X") + BED);
 }
