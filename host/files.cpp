@@ -10,7 +10,9 @@
 namespace fs = std::filesystem;
 
 std::string files_replaceExtension(const std::string& model, const char* extension) {
-    return fs::path(model).replace_extension(extension).string();
+    const size_t name = model.find_last_of("/\\") + 1;
+    const size_t point = model.find_last_of('.');
+    return model.substr(0, point == std::string::npos || point < name ? model.size() : point) + extension;
 }
 
 std::string files_findLongName(const ProjectFiles& files) {
@@ -30,6 +32,11 @@ bool files_isSame(const std::string& first, const std::string& second) {
     error.clear();
     const fs::path firstPath = fs::weakly_canonical(first, error);
     return !error && firstPath == fs::weakly_canonical(second, error);
+}
+
+bool files_isRegular(const std::string& name) {
+    std::error_code error;
+    return fs::is_regular_file(name, error);
 }
 
 bool files_exists(const std::string& name) {

@@ -16,6 +16,9 @@ struct ProjectFiles {
 /// `model` with another extension, which begins with a point.
 std::string files_replaceExtension(const std::string& model, const char* extension);
 
+/// Whether there is a file of the name, and no folder, device or pipe.
+bool files_isRegular(const std::string& name);
+
 /// The first name that is longer than the engine's buffers, or an empty text.
 std::string files_findLongName(const ProjectFiles& files);
 

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <fstream>
+#include <string>
 
 #include "console.h"
 #include "files.h"
@@ -57,6 +59,21 @@ static bool isAmbiguous(const ProjectFiles& files, const std::string& results) {
            files_isSame(files.report, results);
 }
 
+/// Whether the report has its table of flows. The engine tells nothing of a report that a full disk cuts. What is no
+/// file, as a terminal, can't be read again and passes.
+static bool isComplete(const std::string& report) {
+    if (!files_isRegular(report)) {
+        return true;
+    }
+    std::ifstream file(report);
+    for (std::string line; file && std::getline(file, line);) {
+        if (line.find("Flow Routing Continuity") != std::string::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
 int run_execute(const RunRequest& request) {
     const ProjectFiles files{request.model,
                              request.report.empty() ? files_replaceExtension(request.model, ".rpt") : request.report,
@@ -82,6 +99,10 @@ int run_execute(const RunRequest& request) {
     }
     if (code != 0) {
         messages_show(code, files, false);
+        return EXIT_ENGINE_ERROR;
+    }
+    if (!isComplete(files.report)) {
+        std::fprintf(stderr, "tarnvelde: the report can't be written: %s\n", files.report.c_str());
         return EXIT_ENGINE_ERROR;
     }
     if (!request.isQuiet) {

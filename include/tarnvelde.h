@@ -308,8 +308,8 @@ TARNVELDE_API int32_t tarnvelde_start(int32_t saveMode);
  *
  * The last step is shortened so that it ends exactly at the end date. Returns 400, and stores nothing, without a
  * started run. Errors of a step come back as the result; the function doesn't refuse to step after one, but while an
- * error is current the clock stands still from the next runoff step on and the time stored never becomes 0. So leave
- * the loop at the first result other than 0.
+ * error is current the clock stands still from the next runoff step on and the time stored never becomes 0,
+ * unless it stands at 0. So leave the loop at the first result other than 0.
  */
 TARNVELDE_API int32_t tarnvelde_step(double* elapsedDays);
 

@@ -50,16 +50,21 @@ static std::string getText(const char* text) {
     return text ? text : "";
 }
 
+static int32_t setPaths(std::string& library, std::string& folder, const char* libraryPath, const char* tempFolder) {
+    const auto store = [&] {
+        library = getText(libraryPath);
+        folder = getText(tempFolder);
+        return 0;
+    };
+    return guard_run(store, getPublicCode);
+}
+
 int32_t tarnvelde_initSwmmDll(const char* libraryPath, const char* tempFolder) {
-    SwmmDllPath = getText(libraryPath);
-    SwmmTempDir = getText(tempFolder);
-    return 0;
+    return setPaths(SwmmDllPath, SwmmTempDir, libraryPath, tempFolder);
 }
 
 int32_t tarnvelde_initVornDll(const char* libraryPath, const char* tempFolder) {
-    VornDllPath = getText(libraryPath);
-    VornTempDir = getText(tempFolder);
-    return 0;
+    return setPaths(VornDllPath, VornTempDir, libraryPath, tempFolder);
 }
 
 // --- opening -------------------------------------------------------------------------------------------------------
@@ -296,8 +301,7 @@ int32_t tarnvelde_end() {
     return guard_run(endRun, getPublicCode);
 }
 
-int32_t tarnvelde_close() {
-    const NumberLocale locale;
+static int32_t closeProject() {
     if (IsOpen) {
         releaseProject();
     }
@@ -306,6 +310,11 @@ int32_t tarnvelde_close() {
     project_clearHostLists();
     IsOpen = IsStarted = 0;
     return 0;
+}
+
+int32_t tarnvelde_close() {
+    const NumberLocale locale;
+    return guard_run(closeProject, [] { return 0; });
 }
 
 // --- the whole run -------------------------------------------------------------------------------------------------

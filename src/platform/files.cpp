@@ -39,7 +39,7 @@ PathParts file_splitPath(const std::string& path) {
 
 std::FILE* file_openForReading(const char* path) {
     struct stat status;
-    if (stat(path, &status) != 0 || (status.st_mode & S_IFMT) == S_IFDIR) {
+    if (stat(path, &status) != 0 || (status.st_mode & S_IFMT) != S_IFREG) {
         return nullptr;
     }
     return std::fopen(path, "rb");

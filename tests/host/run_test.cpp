@@ -7,6 +7,7 @@
 #include <string>
 
 #include "program.h"
+#include "support/child.h"
 
 using testing::HasSubstr;
 using testing::Not;
@@ -34,8 +35,31 @@ TEST(HostRun, WritesTheReportWhereItIsWanted) {
                                              folder.file("wanted.txt"), "--results", folder.file("wanted.out")});
     EXPECT_EQ(result.status, 0);
     EXPECT_TRUE(std::filesystem::exists(folder.file("wanted.txt")));
+    EXPECT_TRUE(std::filesystem::exists(folder.file("wanted.out")));
+    EXPECT_THAT(result.out, HasSubstr("\n  Report:  " + folder.file("wanted.txt") +
+                                      "\n  Results: " + folder.file("wanted.out") + "\n"));
     EXPECT_FALSE(std::filesystem::exists(folder.file("model.rpt")));
     EXPECT_FALSE(std::filesystem::exists(folder.file("model.bin")));
+}
+
+TEST(HostRun, TellsThatTheReportIsCut) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    const int status = process_fork([&] {
+        process_limitFileSize(256);
+        const ProcessResult result = runProgram({"run", model, "--results", "/dev/null", "--quiet"});
+        return result.status == 1 && result.err.find("tarnvelde: the report can't be written: ") == 0 ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
+}
+
+TEST(HostRun, FindsTheFilesOfAModelThatIsAllExtension) {
+    TempFolder folder;
+    const ProcessResult result =
+        runProgram({"run", folder.write(".inp", GOOD_PROJECT), "--database", "--report", folder.file("r.txt")});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(std::filesystem::exists(folder.file(".db")));
+    EXPECT_THAT(result.out, HasSubstr("  Results: " + folder.file(".db") + "\n"));
 }
 
 TEST(HostRun, QuietPrintsNothing) {

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "platform/library.h"
 #include "platform/memory.h"
 #include "support/tempfolder.h"
+#include "tarnvelde.h"
 
 namespace fs = std::filesystem;
 
@@ -56,6 +58,18 @@ TEST(FileCopy, IsForTheUserAlone) {
     ASSERT_EQ(file_copy(folder.file("from"), folder.file("to")), COPY_DONE);
     const fs::perms others = fs::perms::group_all | fs::perms::others_all;
     EXPECT_EQ(fs::status(folder.file("to")).permissions() & others, fs::perms::none);
+}
+
+TEST(FileForReading, IsAFileAndNothingElse) {
+    TempFolder folder;
+    std::FILE* file = file_openForReading(folder.write("file", "text").c_str());
+    ASSERT_NE(file, nullptr);
+    std::fclose(file);
+    EXPECT_EQ(file_openForReading(folder.path.c_str()), nullptr);
+    EXPECT_EQ(file_openForReading(folder.file("missing").c_str()), nullptr);
+    EXPECT_EQ(file_openForReading("/dev/zero"), nullptr) << "a device without an end";
+    EXPECT_EQ(tarnvelde_open("/dev/zero", folder.file("r").c_str(), folder.file("b").c_str()), 303);
+    tarnvelde_close();
 }
 
 TEST(FileExists, SeesFilesAndFolders) {
