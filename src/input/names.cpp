@@ -113,6 +113,17 @@ const char* project_findId(int32_t type, const char* id) {
     return entry && *id ? entry->key : nullptr;
 }
 
+double names_getMeanWalk(int32_t type) {
+    const NameTable& table = NameTables[type];
+    const size_t mask = table.slots.size() - 1;
+    double sum = 0.0;
+    for (const NameEntry& entry : table.entries) {
+        const size_t walk = (findSlot(table, entry.key, entry.hash) - (entry.hash & mask)) & mask;
+        sum += static_cast<double>(walk + 1);
+    }
+    return table.entries.empty() ? 0.0 : sum / static_cast<double>(table.entries.size());
+}
+
 const char* pool_copy(const char* text) {
     const size_t size = std::strlen(text) + 1;
     char* copy = arena_allocateArray<char>(ProjectArena, static_cast<int64_t>(size));

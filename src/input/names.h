@@ -15,5 +15,9 @@ int32_t project_findObject(int32_t type, const char* id);
 /// The ID as it was first seen, valid as long as the project; null if unknown.
 const char* project_findId(int32_t type, const char* id);
 
+/// For tests: slots of the table of a class that the look-up of one of its names goes through, in the mean; 0 without
+/// names.
+double names_getMeanWalk(int32_t type);
+
 /// A copy of a text that lives as long as the project; null without memory.
 const char* pool_copy(const char* text);

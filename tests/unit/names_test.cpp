@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 
 #include "engine/arena.h"
@@ -55,6 +56,25 @@ TEST_F(Names, KeepsManyNamesApart) {
     }
     for (int k = 0; k < 100000; ++k) {
         ASSERT_EQ(project_findObject(NODE, ("n" + std::to_string(k)).c_str()), k);
+    }
+}
+
+/// Adds names with a number in them and gives the mean walk to one of them.
+static double walkTo(const char* format, int count) {
+    names_clear();
+    for (int k = 0; k < count; ++k) {
+        char name[32];
+        std::snprintf(name, sizeof name, format, k);
+        EXPECT_EQ(project_addObject(NODE, name, k), 1);
+    }
+    return names_getMeanWalk(NODE);
+}
+
+TEST_F(Names, AreFoundAtTheSameCostAmongAMillion) {
+    // Half filled at most, a table with linear probing asks for 1.5 looks in the mean.
+    for (const char* format : {"J%d", "%d", "NODE_%07d", "%d-upper-manhole"}) {
+        EXPECT_LT(walkTo(format, 1000), 1.7) << format;
+        EXPECT_LT(walkTo(format, 1000000), 1.7) << format;
     }
 }
 
