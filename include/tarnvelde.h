@@ -594,7 +594,8 @@ TARNVELDE_API int32_t tarnvelde_setSwmmLinkDepth(const char* node, const char* i
 TARNVELDE_API int32_t tarnvelde_setSwmmLinkFlow(const char* node, const char* id, double flow);
 
 /* Queues an external inflow at a node of the SWMM model; it reaches the engine when the next routing step comes to the
- * SWMM node. -1 for a negative value or a node that the SWMM model doesn't have.
+ * SWMM node, and is lost if that step comes to another SWMM node before, or if the engine's clock is ahead. -1 for a
+ * negative value or a node that the SWMM model doesn't have.
  */
 TARNVELDE_API int32_t tarnvelde_setSwmmExtInflow(const char* node, const char* id, double flow);
 

@@ -83,7 +83,12 @@ static std::FILE* makeFile(const char* path) {
         0) {
         return nullptr;
     }
-    return _fdopen(descriptor, "wb");
+    std::FILE* file = _fdopen(descriptor, "wb");
+    if (!file) {  // no memory
+        _close(descriptor);
+        file_delete(path);
+    }
+    return file;
 }
 
 #else
@@ -103,7 +108,12 @@ std::string file_getProgramPath() {
 /// Makes a file that wasn't there before.
 static std::FILE* makeFile(const char* path) {
     const int descriptor = open(path, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
-    return descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+    std::FILE* file = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+    if (descriptor >= 0 && !file) {  // no memory
+        close(descriptor);
+        file_delete(path);
+    }
+    return file;
 }
 
 #endif

@@ -220,7 +220,7 @@ static void countSources(const Object* node, double step) {
 /* All that a node gets goes into its reach, and on to the next node; without a reach it leaves the model. */
 static void passOn(Object* node, int index, double step) {
     Object* reach = NULL;
-    double out, available;
+    double constant, out, available;
     int k, s;
     for (k = 0; k < Counts[LINK]; ++k) {
         reach = Objects[LINK][k].node == index ? &Objects[LINK][k] : reach;
@@ -233,7 +233,8 @@ static void passOn(Object* node, int index, double step) {
         return;
     }
     available = reach->volume + node->inflow * step;
-    out = drainReservoir(&reach->volume, node->inflow, reach->constant / reach->setting, step);
+    constant = reach->setting > 0.0 ? reach->constant / reach->setting : HUGE_VAL;
+    out = drainReservoir(&reach->volume, node->inflow, constant, step);
     reach->flow = out / step;
     Objects[NODE][reach->to].inflow += reach->flow;
     for (s = 0; s < SubstanceCount; ++s) {
