@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -80,16 +81,33 @@ struct CoupledProject {
         }
     }
 
-    /// Messages of the report, one by one, without the blank lines before them. Closes the project.
+    /// A line of the project file, with its end. The first one is number 1.
+    std::string getLine(int number) const {
+        std::ifstream file(project.input);
+        std::string line;
+        for (int k = 0; k < number; ++k) {
+            std::getline(file, line);
+        }
+        return line + "\n";
+    }
+
+    /// Messages of the report, one by one, without the blank lines before them. The report must hold nothing else but
+    /// the line of the project behind a message that names one. Closes the project.
     std::vector<std::string> getErrors() {
         tarnvelde_close();
+        const std::string report = project.getReport();
         std::vector<std::string> errors;
-        std::istringstream lines(project.getReport());
+        std::string whole;
+        std::istringstream lines(report);
         for (std::string line; std::getline(lines, line);) {
             if (line.find("ERROR") != std::string::npos) {
                 errors.push_back(line.substr(2));
+                whole += "\n  \n  " + errors.back();
+                const size_t place = line.rfind("at line ");
+                whole += place == std::string::npos ? "" : "\n  " + getLine(std::stoi(line.substr(place + 8)));
             }
         }
+        EXPECT_EQ(report, whole);
         return errors;
     }
 

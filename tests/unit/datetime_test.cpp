@@ -137,6 +137,7 @@ TEST(ParseDate, RefusesWhatIsNoDate) {
 
 TEST(ParseDate, KeepsTheLowerHalfOfALongNumber) {
     EXPECT_EQ(parseDate("4294969316/1/5"), datetime_encodeDate(2020, 1, 5));  // 2^32 + 2020
+    EXPECT_EQ(parseDate("9223372036854775808/1/5"), NO_DATE);                 // 2^63, more than 64 bits hold
 }
 
 TEST(ParseDate, KnowsTheOtherTwoOrders) {
@@ -156,6 +157,7 @@ TEST(ParseTime, TakesAPlainNumberAsHours) {
     EXPECT_EQ(parseTime("100"), 100.0 / 24.0);
     EXPECT_EQ(parseTime(""), 0.0);
     EXPECT_EQ(parseTime("0x10"), 16.0 / 24.0);
+    EXPECT_EQ(parseTime("1.5\xA0"), 1.5 / 24.0);
 }
 
 TEST(ParseTime, TakesHoursMinutesSeconds) {
@@ -163,6 +165,8 @@ TEST(ParseTime, TakesHoursMinutesSeconds) {
     EXPECT_EQ(parseTime("0:00:07"), 7.0 / 86400.0);
     EXPECT_EQ(parseTime("36:00:00"), 1.5);
     EXPECT_EQ(parseTime("1:2:3xyz"), 3723.0 / 86400.0);
+    EXPECT_EQ(parseTime("2147483647:59:59"), (2147483647.0 * 3600.0 + 3599.0) / 86400.0);
+    EXPECT_EQ(parseTime("4294967297:30"), 1.5 / 24.0);  // 2^32 + 1 hours
 }
 
 TEST(ParseTime, IgnoresWhatFollowsTheHours) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <locale.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +13,7 @@
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "input/reader.h"
+#include "support/child.h"
 #include "support/process.h"
 #include "support/project.h"
 #include "support/tempfolder.h"
@@ -81,6 +83,31 @@ TEST(Opening, TellsThatTheReportCantBeWritten) {
     EXPECT_EQ(InputFile.file, nullptr);
 }
 
+TEST(Opening, TellsThatAFileMayNotBeRead) {
+    ProjectFile project(PROJECT);
+    const std::string closed = project.folder.write("closed.inp", PROJECT);
+    std::filesystem::permissions(closed, std::filesystem::perms::none);
+    std::filesystem::permissions(project.input, std::filesystem::perms(0644));
+    std::filesystem::permissions(project.folder.path, std::filesystem::perms(0711));
+    const int status = process_fork([&] {
+        if (getuid() == 0 && setuid(65534) != 0) {
+            return 1;
+        }
+        // The file beside it is open to everybody, so only the file itself can be the reason.
+        if (tarnvelde_open(project.input.c_str(), "/dev/null", "r") != 0) {
+            return 2;
+        }
+        return tarnvelde_open(closed.c_str(), "/dev/null", "r") == 303 ? 0 : 3;
+    });
+    EXPECT_EQ(status, 0);
+}
+
+TEST(Opening, TellsThatTheReportIsAFolder) {
+    ProjectFile project(PROJECT);
+    EXPECT_EQ(tarnvelde_open(project.input.c_str(), project.folder.path.c_str(), "r"), 305);
+    EXPECT_EQ(IsOpen, 0);
+}
+
 TEST(Opening, SaysThatItReads) {
     ProjectFile project(PROJECT);
     EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.open(), 0); }), "\n  Retrieving project data");
@@ -95,6 +122,14 @@ TEST(Opening, PutsTheDatabaseBesideTheInput) {
     project.open();
     EXPECT_EQ(DbFileName, project.folder.file("model.db"));
     EXPECT_EQ(InputFolder, project.folder.path.string() + "/");
+}
+
+TEST(Opening, NamesTheDatabaseAfterTheWholeInput) {
+    const TempFolder folder;
+    const std::string stem(300, 'x');  // more than a name may have, so it is cut before it is looked for
+    EXPECT_EQ(tarnvelde_open(folder.file(stem + ".inp").c_str(), folder.file("r").c_str(), "b"), 303);
+    EXPECT_EQ(DbFileName, folder.file(stem + ".db"));
+    EXPECT_EQ(InputFileName, folder.file(stem).substr(0, 259));
 }
 
 TEST(Opening, WithErrorsLeavesTheProjectToTheClose) {
@@ -120,6 +155,43 @@ TEST(Opening, ForgetsTheErrorAndTheCountsOfTheProjectBefore) {
     ProjectFile good(PROJECT);
     EXPECT_EQ(good.open(), 0);
     EXPECT_EQ(ErrorCode, 0);
+}
+
+TEST(Opening, ForgetsKindsAndEndOfTheProjectBefore) {
+    ProjectFile project(PROJECT);
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(NodeKindCount[OUTFALL], 1);
+    EXPECT_EQ(LinkKindCount[CONNECTION], 1);
+    EXPECT_EQ(EndDateTime, 44256.0 + 600.0 / 86400.0);
+    tarnvelde_close();
+    EXPECT_EQ(tarnvelde_open("/no/such/file", project.report.c_str(), "r"), 303);
+    for (const int32_t count : NodeKindCount) {
+        EXPECT_EQ(count, 0);
+    }
+    for (const int32_t count : LinkKindCount) {
+        EXPECT_EQ(count, 0);
+    }
+    EXPECT_EQ(EndDateTime, 0.0);
+}
+
+TEST(Opening, MakesNoArraysOfNodesWithoutPollutants) {
+    ProjectFile project(PROJECT);
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(Nodes.at(0).massInflow, nullptr);
+    EXPECT_EQ(Nodes.at(0).oldQual, nullptr);
+    EXPECT_EQ(Nodes.at(0).newQual, nullptr);
+    EXPECT_NE(Links.at(0).oldQual, nullptr);
+    EXPECT_NE(Links.at(0).newQual, nullptr);
+}
+
+TEST(Opening, TakesALoneOutfall) {
+    ProjectFile project(getGeneral(10) + "[OUTFALLS]\nOUT\n");
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(Nodes.size(), 1u);
+    EXPECT_TRUE(Links.empty());
+    EXPECT_GT(ProjectArena.taken, 0u);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(ProjectArena.taken, 0u);
 }
 
 TEST(Opening, LetsGoOfAProjectThatIsStillOpen) {
@@ -221,6 +293,20 @@ TEST(Steps, FreezeWithAnErrorWhenTheNextRunoffIsDue) {
     }
 }
 
+TEST(Steps, StandStillAfterAStartWithoutMemory) {
+    ProjectFile project(getGeneral(10) +
+                        "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 2147483647 0 0\n[POLLUTANTS]\nX 0\n"
+                        "Y 0\nZ 0\n");
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_start(0), 101);
+    for (int k = 0; k < 2; ++k) {
+        double elapsed = -1.0;
+        EXPECT_EQ(tarnvelde_step(&elapsed), 101);
+        EXPECT_EQ(elapsed, 0.0);
+        EXPECT_EQ(NewRoutingTime, 0.0);
+    }
+}
+
 TEST(Steps, OfManySecondsAreTakenInDouble) {
     // 600 hours are 2.16e9 ms, more than 32 bits hold.
     ProjectFile project("[GENERAL]\nEND_DATE 2020/04/01\nROUTING_STEP 600\nRUNOFF_STEP 600\nREPORT_STEP 600\n" +
@@ -304,6 +390,20 @@ TEST(Running, GivesTheCodeOfAProjectWithErrors) {
     EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.run(), 200); }), "\n  Retrieving project data");
     EXPECT_EQ(IsOpen, 0);
     EXPECT_EQ(ProjectArena.taken, 0u);
+}
+
+TEST(Running, ForgetsThePlaceOfThePlantsEngineOnly) {
+    ProjectFile project(PROJECT);
+    tarnvelde_initVornDll("/x/", "/y/");
+    tarnvelde_initSwmmDll("/s/", "/t/");
+    EXPECT_EQ(VornDllPath, "/x/");
+    EXPECT_EQ(VornTempDir, "/y/");
+    EXPECT_EQ(project.run(), 0);
+    EXPECT_EQ(VornDllPath, "");
+    EXPECT_EQ(VornTempDir, "");
+    EXPECT_EQ(SwmmDllPath, "/s/");
+    EXPECT_EQ(SwmmTempDir, "/t/");
+    tarnvelde_initSwmmDll("", "");
 }
 
 TEST(Running, FailsWhenThePipesNeedMoreMemoryThanThereIs) {

@@ -72,6 +72,21 @@ TEST(FileForReading, IsAFileAndNothingElse) {
     tarnvelde_close();
 }
 
+/// The parts of a file name, one behind the other.
+static std::string splitPath(const char* path) {
+    const PathParts parts = file_splitPath(path);
+    return parts.drive + "|" + parts.folder + "|" + parts.base + "|" + parts.extension;
+}
+
+TEST(FileName, HasADriveAFolderABaseAndAnExtension) {
+    EXPECT_EQ(splitPath("C:a\\b/m.x.inp"), "C:|a\\b/|m.x|.inp");
+    EXPECT_EQ(splitPath("/m.inp"), "|/|m|.inp");
+    EXPECT_EQ(splitPath("C:m"), "C:||m|");
+    EXPECT_EQ(splitPath(".inp"), "|||.inp");
+    EXPECT_EQ(splitPath("a.b/m"), "|a.b/|m|");
+    EXPECT_EQ(splitPath(""), "|||");
+}
+
 TEST(FileExists, SeesFilesAndFolders) {
     TempFolder folder;
     EXPECT_TRUE(file_exists(folder.path.string()));

@@ -5,15 +5,21 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
+#include <string>
+#include <tuple>
 
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
 #include "hydrology/evap.h"
 #include "hydrology/inflows.h"
+#include "input/datetime.h"
 #include "input/names.h"
+#include "input/pattern.h"
 #include "input/sections.h"
 #include "input/table.h"
+#include "input/validation.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
 #include "support/project.h"
@@ -45,6 +51,14 @@ static void expectRefused(const std::string& section, const std::string& line, c
 // --- sections ------------------------------------------------------------------------------------------------------
 
 TEST(Sections, HaveTheirNumbersAndNames) {
+    std::istringstream names(
+        "[DESCRIPTION] [GENERAL] [RAINGAGES] [EVAPORATION] [SUBCATCHS] [JUNCTIONS] [TANKS] [OUTFALLS] "
+        "[SPLITTERS] [INFLOWS] [DWFS] [PIPES] [PUMPS] [CONNECTIONS] [CONDUITS] [WEIRS] [ORIFICES] "
+        "[CONTROL_RULES] [SWMM_INPS] [REACTORS] [REACTORS_DECAY] [REACTORS_EMPTYING] [POLLUTANTS] "
+        "[DECAY_COEFFICIENT] [INITIAL_CONCENTRATION] [LANDUSES] [COVERAGES] [BUILDUP] [WASHOFF] [LOADINGS] "
+        "[LIDS] [LID_GROUPS] [LID_MONOS] [VORN_INPS] [CURVES] [TIMESERIES] [PATTERNS] [CONVERTERS] [RTC] "
+        "[GA_OBJECTIVES] [GA_CONSTRAINS] [GA_PARAMETERS] [GA_VARIABLES] [LABELS] [ELEMENTS] [EDGES] [GRAPH] "
+        "[MAP] [LEGEND]");
     EXPECT_EQ(SECTION_COUNT, 49);
     EXPECT_EQ(section_find("[description]"), 0);
     EXPECT_EQ(section_find("[GENERAL]"), 1);
@@ -53,7 +67,10 @@ TEST(Sections, HaveTheirNumbersAndNames) {
     EXPECT_EQ(section_find("[PIPE]"), -1);
     EXPECT_EQ(section_find("PIPES"), -1);
     for (int32_t k = 0; k < SECTION_COUNT; ++k) {
-        EXPECT_EQ(section_find(Sections[k].name), k);
+        std::string name;
+        names >> name;
+        EXPECT_EQ(Sections[k].name, name);
+        EXPECT_EQ(section_find(name.c_str()), k);
     }
 }
 
@@ -150,6 +167,55 @@ TEST(SecondPass, StopsAtTheHundredAndFirstError) {
     EXPECT_EQ(getErrors(text), expected + "\n  \n  Maximum error count exceeded.");
 }
 
+TEST(SecondPass, TellsAnUnknownHeaderBehindAHundredErrors) {
+    std::string text = "[DWFS]\n";
+    std::string expected;
+    for (int k = 1; k <= 100; ++k) {
+        text += "X FLOW 1 \"\"\n";
+        expected += lineError("ERROR 209: undefined object X ", LINES_BEFORE + 1 + k, "[DWFS]", "X FLOW 1 \"\"\n");
+    }
+    EXPECT_EQ(getErrors(text + "\"[NONE]\" x\n"), expected + lineError("ERROR 205: invalid keyword [NONE] ",
+                                                                       LINES_BEFORE + 102, "[DWFS]", "\"[NONE]\" x\n"));
+}
+
+TEST(SecondPass, ReadsLongLinesInPieces) {
+    // The first piece ends with the 1023rd character: 1020 blanks and three more.
+    const std::string blanks(1020, ' ');
+    EXPECT_EQ(getErrors("[DWFS]\n" + blanks + "X FLOW 1 H\n"),
+              lineError("ERROR 203: too few items ", LINES_BEFORE + 2, "[DWFS]", blanks + "X F") +
+                  lineError("ERROR 203: too few items ", LINES_BEFORE + 3, "[DWFS]", "LOW 1 H\n"));
+    // Two characters of the comment are left for the second piece, and no mark stands before them.
+    EXPECT_EQ(getErrors("[CONNECTIONS]\n// " + std::string(1022, 'c') + "\n"),
+              lineError("ERROR 203: too few items ", LINES_BEFORE + 3, "[CONNECTIONS]", "cc\n"));
+}
+
+TEST(SecondPass, TakesASemicolonAsData) {
+    ProjectFile project(getGeneral(10) + NETWORK + "[OUTFALLS]\n;;Name\n");
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_findObject(1, ";;Name"), 2);  // behind A and OUT
+}
+
+TEST(SecondPass, MissesALineThatQuotesHidFromTheFirst) {
+    // In quotes the slash is a name for the first pass and a comment for the second.
+    EXPECT_EQ(getErrors("[JUNCTIONS]\n\"/x\"\n"), "\n  \n  ERROR 217: invalid input line ");
+}
+
+TEST(SecondPass, PutsTheLinesOfOneNameTogether) {
+    ProjectFile project(getGeneral(10) +
+                        "[OUTFALLS]\nOUT\n[CURVES]\nC TANK 0 1\nc 1 2 2 3\n[TIMESERIES]\nT 0 1 1 2\nt 2 3 3 4\n"
+                        "[PATTERNS]\nP HOURLY 1 2\nP 3\n");
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(ObjectCount[CURVE], 1);
+    EXPECT_EQ(ObjectCount[TSERIES], 1);
+    EXPECT_EQ(ObjectCount[PATTERN], 1);
+    ASSERT_EQ(Curves.size(), 1u);
+    ASSERT_EQ(TimeSeries.size(), 1u);
+    ASSERT_EQ(Patterns.size(), 1u);
+    EXPECT_EQ(Curves[0].entries.size(), 3u);
+    EXPECT_EQ(TimeSeries[0].entries.size(), 4u);
+    EXPECT_EQ(Patterns[0].count, 3);
+}
+
 TEST(SecondPass, LosesAnIdInQuotes) {
     EXPECT_EQ(getErrors("[JUNCTIONS]\n\"B C\"\n"),
               lineError("ERROR 209: undefined object B C ", LINES_BEFORE + 2, "[JUNCTIONS]", "\"B C\"\n"));
@@ -228,6 +294,68 @@ TEST(Duration, KeepsTheLastOfSeveralValues) {
                         "[GENERAL]\nROUTING_STEP 0:00:30\n[RTC]\n[GENERAL]\nROUTING_STEP 0:00:20\n");
     ASSERT_EQ(project.open(), 0);
     EXPECT_EQ(RoutingStep, 20);
+}
+
+// --- validation ----------------------------------------------------------------------------------------------------
+
+TEST(Validation, TellsWhereASeriesIsOutOfSequence) {
+    EXPECT_EQ(getErrors("[TIMESERIES]\nT 2020/01/02 4:00 1 2020/01/02 3:04:05 2\n", 163),
+              "\n  \n  ERROR 163: Time Series T has its data out of sequence. at 2020/01/02 03:04:05.");
+}
+
+TEST(Validation, WritesThePlaceInTheFormOfDates) {
+    ProjectFile project(getGeneral(10) + NETWORK + "[TIMESERIES]\nT 2020/01/02 4:00 1 2020/01/02 3:04:05 2\n");
+    EXPECT_EQ(project.open(), 163);
+    for (const int32_t format : {1, 2}) {
+        DateFormat = format;
+        project_validate();
+    }
+    DateFormat = 0;
+    tarnvelde_close();
+    const std::string message = "\n  \n  ERROR 163: Time Series T has its data out of sequence. at ";
+    EXPECT_EQ(project.getReport(),
+              message + "2020/01/02 03:04:05." + message + "01/02/2020 03:04:05." + message + "02/ 1/2020 03:04:05.");
+}
+
+TEST(Validation, TellsACurveOutOfSequence) {
+    EXPECT_EQ(getErrors("[CURVES]\nC TANK 1 1 1 2\n", 161),
+              "\n  \n  ERROR 161: Curve C has invalid or out of sequence data.");
+}
+
+TEST(Validation, TellsASeriesWithoutItsFile) {
+    EXPECT_EQ(getErrors("[TIMESERIES]\nT FILE none.dat\n", 361),
+              "\n  \n  ERROR 361: could not open external file used for Time Series T.");
+}
+
+TEST(Validation, TellsASeriesFileThatBeginsWithWords) {
+    ProjectFile project(getGeneral(10) + NETWORK + "[TIMESERIES]\nT FILE head.dat\n");
+    project.folder.write("head.dat", "head\n");
+    EXPECT_EQ(project.open(), 363);
+    tarnvelde_close();
+    EXPECT_EQ(project.getReport(), "\n  \n  ERROR 363: invalid data in external file used for Time Series T.");
+}
+
+TEST(Validation, TellsSplittersWithoutTheirTwoLinks) {
+    const std::string count = "\n  \n  ERROR 157: there must be 2 links connected to Splitter B.";
+    EXPECT_EQ(getErrors("[SPLITTERS]\nB P1 FLOW 1\n[CONNECTIONS]\nD B OUT NO 0\n", 157),
+              "\n  \n  ERROR 155: the from node of Link P1 is not a splitter." + count);
+    const std::string two = "[SPLITTERS]\nB D FLOW 1\n[CONNECTIONS]\nD B OUT NO 0\nE B OUT NO 0\n";
+    EXPECT_EQ(getErrors(two, 0), "");
+    EXPECT_EQ(getErrors(two + "F B A YES 0\n", 157), count);  // a lagged link counts too
+}
+
+TEST(Validation, TellsARunoffStepShorterThanTheRoutingStep) {
+    EXPECT_EQ(getErrors("[GENERAL]\nRUNOFF_STEP 0:00:59\n", 179),
+              "\n  \n  ERROR 179: runoff time step is less than routing time step.");
+    EXPECT_EQ(getErrors("[GENERAL]\nRUNOFF_STEP 0:01:00\n", 0), "");
+}
+
+TEST(Validation, TellsPipesThatCantBeRouted) {
+    const std::string node = "[JUNCTIONS]\nB\n[PIPES]\n";
+    EXPECT_EQ(getErrors(node + "P2 B OUT NO 59 2 0.2 0\n", 181),
+              "\n  \n  ERROR181: mustkingum K value of Pipe P2 is less than routing time step.");
+    EXPECT_EQ(getErrors(node + "P2 B OUT NO 60 0 0.2 0\n", 503),
+              "\n  \n  ERROR 503: muskingum N value of Pipe P2 must be larger than zero.");
 }
 
 // --- lines of single sections --------------------------------------------------------------------------------------
@@ -416,6 +544,12 @@ TEST(RuleLines, InQuotesWereNeverCounted) {
     expectRefused("[CONTROL_RULES]", "\"RULE\" R", "ERROR 207: duplicate ID name RULE ");
 }
 
+TEST(RuleLines, CompareTheSameAttribute) {
+    EXPECT_EQ(getErrors("[CONTROL_RULES]\nRULE R\nIF JUNCTION A INFLOW > PIPE P1 FLOW\n"),
+              lineError("ERROR 219: mismatched control rule attribute ", LINES_BEFORE + 3, "[CONTROL_RULES]",
+                        "IF JUNCTION A INFLOW > PIPE P1 FLOW\n"));
+}
+
 TEST(CoupledRecords, NeedANodeFirst) {
     expectRefused("[SWMM_INPS]", "INFLOW", "ERROR 217: invalid input line ");
     expectRefused("[SWMM_INPS]", "outflow a b", "ERROR 217: invalid input line ");
@@ -473,5 +607,33 @@ TEST(HostileFiles, GetAMemoryErrorWhereverMemoryFails) {
         }
         tarnvelde_close();
         arena_failAfter(0);
+        if (opened == 200) {
+            EXPECT_EQ(project.getReport().rfind("\n  \n  ERROR 101: memory allocation error.at line ", 0), 0u) << k;
+        }
     }
+}
+
+TEST(HostileFiles, TellTheLineWhoseNameFoundNoMemory) {
+    const std::tuple<int, const char*, const char*> names[] = {{2, "[JUNCTIONS]", "A\n"},
+                                                               {4, "[OUTFALLS]", "OUT\n"},
+                                                               {6, "[PIPES]", "P1 A OUT NO 60 2 0.2 0\n"},
+                                                               {8, "[POLLUTANTS]", "COD 0\n"},
+                                                               {9, "[POLLUTANTS]", "TSS 1.5\n"},
+                                                               {11, "[PATTERNS]", "H HOURLY 1 2\n"},
+                                                               {13, "[TIMESERIES]", "S 0 1 1 2\n"}};
+    int64_t request = 0;
+    for (const auto& [line, section, text] : names) {
+        arena_failAfter(++request);
+        EXPECT_EQ(getErrors(""), lineError("ERROR 101: memory allocation error.", 7 + line, section, text));
+    }
+    arena_failAfter(0);
+}
+
+TEST(HostileFiles, GetABareMemoryErrorForTheirTables) {
+    // Behind the requests for the seven names: at least those for two nodes, a link, and what a pipe decays.
+    for (const int64_t request : {8, 9, 10, 11}) {
+        arena_failAfter(request);
+        EXPECT_EQ(getErrors("", 101), "") << request;
+    }
+    arena_failAfter(0);
 }

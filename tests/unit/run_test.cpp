@@ -4,7 +4,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <regex>
+#include <string>
 
 #include "engine/arena.h"
 #include "engine/project.h"
@@ -15,6 +19,15 @@
 #include "support/project.h"
 
 static constexpr double DT = 60.0;  ///< s
+
+/// The address sanitizer keeps freed memory for a while, to catch who still uses it; for leaks it looks by itself.
+#if defined(__SANITIZE_ADDRESS__)
+static constexpr bool IS_FREED_MEMORY_KEPT = true;
+#elif defined(__has_feature)
+static constexpr bool IS_FREED_MEMORY_KEPT = __has_feature(address_sanitizer);
+#else
+static constexpr bool IS_FREED_MEMORY_KEPT = false;
+#endif
 
 /// Runs a project to its end and gives the report.
 static std::string runProject(const std::string& text) {
@@ -223,5 +236,49 @@ TEST(Runs, LeaveMemoryAsItWas) {
         EXPECT_EQ(ResultArena.taken, 0u);
         EXPECT_EQ(RunArena.taken, 0u);
         EXPECT_TRUE(Nodes.empty());
+    }
+}
+
+/// Open files of this process, the look itself among them.
+static ptrdiff_t countOpenFiles() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+}
+
+/// Memory of this process that the machine holds, in kB.
+static long getResidentMemory() {
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);) {
+        if (line.rfind("VmRSS:", 0) == 0) {
+            return std::stol(line.substr(6));
+        }
+    }
+    return -1;
+}
+
+TEST(Runs, LeaveTheProcessAsItWas) {
+    const int32_t cycles = 2000;
+    ProjectFile project(getGeneral(30) + generateNetwork(10, 20, 1));
+    ptrdiff_t files = 0;
+    long memory = 0;
+    int32_t failures = 0;
+    testing::internal::CaptureStdout();
+    for (int32_t k = 0; k < cycles; ++k) {
+        if (k == cycles / 10) {  // what is taken once and kept has been taken by now
+            files = countOpenFiles();
+            memory = getResidentMemory();
+        }
+        failures += project.run() != 0;
+        // Some file systems wait for the disk when a file is emptied and written anew.
+        std::filesystem::remove(project.report);
+        std::filesystem::remove(project.results);
+    }
+    const ptrdiff_t filesAtEnd = countOpenFiles();
+    const long memoryAtEnd = getResidentMemory();
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(filesAtEnd, files);
+    ASSERT_GT(memory, 0);
+    if (!IS_FREED_MEMORY_KEPT) {
+        EXPECT_LT(memoryAtEnd, memory + 1024);  // a leak of 1 kB in each cycle would make 1800 kB
     }
 }
