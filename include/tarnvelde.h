@@ -32,7 +32,8 @@
  *
  * All other functions return 0 for success and -1 for failure where nothing else is said. They leave the current error
  * alone and write no message. Called when they can't work - before an open, after a close, with a null pointer, with an
- * empty or unknown ID - they return -1 and change nothing.
+ * empty or unknown ID - they return -1 and change nothing, except that tarnvelde_getSetting, tarnvelde_getNodeType and
+ * tarnvelde_getLinkType store -1.
  *
  * IDs and file names are NUL-terminated bytes. IDs are compared without regard to the case of the letters a to z.
  * Strings given to the library may be released when the call returns.
@@ -384,13 +385,15 @@ TARNVELDE_API int32_t tarnvelde_isInEvent(const char* gage);
 /* Stores the continuity errors of runoff, flow routing and quality routing, in per cent. Always returns 0.
  *
  * Only an open project without a started run has them, so the time to ask is between tarnvelde_end and tarnvelde_close,
- * after a tarnvelde_report. At any other time zeros are stored. The quality error is that of the pollutant with the
- * largest error. A null pointer is skipped.
+ * after a tarnvelde_report. At any other time zeros are stored. Of the pollutants,
+ * in their order, each whose error has an absolute value above the figure held so far replaces it; the figure keeps its
+ * sign, so behind a negative one any later error counts. A null pointer is skipped.
  */
 TARNVELDE_API int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* qualityError);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * Acting on the run. A value given here is taken up by the next step, and begins anew with the next start.
+ * Acting on the run. A value given here is taken up by the next step, and begins anew with the next start
+ * (the rate of setReactorEmptyingValue stays).
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* Adds an inflow to a node for one routing step, in m3/s, over what the project file says.
@@ -505,7 +508,8 @@ TARNVELDE_API int32_t tarnvelde_getParam(int32_t objectClass, const char* id, in
  */
 TARNVELDE_API int32_t tarnvelde_setParam(int32_t objectClass, const char* id, int32_t parameter, double value);
 
-/* Stores a result of the latest step. p is the index of a pollutant, counted from 0; n is the number of pollutants.
+/* Stores a result of the latest step; of a subcatchment, of the latest runoff step, which may lie ahead of it. p is the
+ * index of a pollutant, counted from 0; n is the number of pollutants.
  *
  *     subcatchment   0 rain, mm/h; 1 evaporation, mm/day; 2 infiltration, mm/h; 3 runoff, m3/s; 4 + p runoff, mg/L
  *     junction       0 inflow; 1 lateral inflow; 2 + p concentration

@@ -76,7 +76,9 @@ int main(int argc, char** argv) {
     }
     tarnvelde_end();
     tarnvelde_close(); /* only now is the report complete */
-    if (code > 0) {
+    if (code == 301 || code == 303 || code == 305) {
+        fprintf(stderr, "Error %d: model or report can't be opened, or have one name\n", (int)code);
+    } else if (code > 0) {
         fprintf(stderr, "Error %d, see %s\n", (int)code, argv[2]);
     }
     return code == 0 ? 0 : 1;

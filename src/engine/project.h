@@ -145,10 +145,10 @@ extern double StartDateTime, EndDateTime;              ///< days
 extern int32_t RunoffStep, RoutingStep, ReportStep;    ///< s
 extern double StartDryDays;                            ///< days
 extern int32_t ReportAverage;                          ///< 1: node and link results are means over the report step
-extern int32_t LidMonoRainfall;    ///< 1: rain of their gages falls on LID monomer nodes
-extern double EventInterval;       ///< s, gap between rain events
-extern double EventMinValue;       ///< mm, smallest rain that makes an event
-extern double ConduitLengthening;  ///< m, smallest length of a conduit
+extern int32_t LidMonoRainfall;                        ///< 1: rain of their gages falls on LID monomer nodes
+extern double EventInterval;                           ///< s, gap between rain events
+extern double EventMinValue;                           ///< mm, smallest rain that makes an event
+extern double ConduitLengthening;                      ///< m, smallest length of a conduit
 
 // State and clocks of the run, milliseconds since the start.
 extern int32_t IsOpen, IsStarted, SaveMode;

@@ -31,7 +31,10 @@ public:
         if (dice < 8) {
             callLifeCycle(dice);
         } else if (dice < 48) {
-            tarnvelde_step(pick(10) ? &number : nullptr);
+            // A refused call of the life cycle blocks all steps, until a project is opened anew.
+            if (tarnvelde_step(pick(10) ? &number : nullptr) != 0 && pick(2)) {
+                restart(project.project);
+            }
         } else {
             calls[static_cast<size_t>(pick(static_cast<int>(calls.size())))]();
         }

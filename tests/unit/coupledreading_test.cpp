@@ -98,6 +98,28 @@ TEST(SwmmLines, AreKept) {
     EXPECT_STREQ(out->next->objectId, "IN");
 }
 
+/// Subcatchments A, C and B; their numbers are those of no link of their names.
+static const std::string Land =
+    "[RAINGAGES]\nG INTENSITY 1:00 T\n[TIMESERIES]\nT 2021/03/01 0:00 36\n[SUBCATCHS]\n"
+    "A G J 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\nC G J 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n"
+    "B G J 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
+
+TEST(SwmmLines, InflowsComeFromLinksAndElseFromSubcatchments) {
+    CoupledProject p(Frame + Land + "[SWMM_INPS]\nS m.inp NO\nINFLOW IN B\nINFLOW IN C\n");
+    p.model("m.inp", getPassingModel(4));
+    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    const int32_t link = tarnvelde_findObject(2, "C");
+    ASSERT_NE(tarnvelde_findObject(0, "C"), link);
+    const CoupledFlow* in = SwmmNodes[0].outside.inflows.head;
+    EXPECT_EQ(in->index, tarnvelde_findObject(0, "B"));
+    EXPECT_EQ(in->index, 2);
+    EXPECT_EQ(in->next->index, link);
+}
+
+TEST(SwmmLines, OutflowsGoToLinksOnly) {
+    expectMessage(Land + "[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT B\n", "ERROR 209: undefined object B ", "OUTFLOW OUT B");
+}
+
 TEST(VornLines, Good) {
     expectGood("[VORN_INPS]\nS m.sti Yes\nINFLUENT I C CV\neffluent E D CV more\n");
 }

@@ -149,6 +149,18 @@ TEST(SwmmValidation, ObjectsAndPollutants) {
                        "ERROR 241: Pollutant TSS does not exist in swmm input file."}));
 }
 
+TEST(SwmmValidation, TellsTheObjectOfARecordBeforeItsLink) {
+    EXPECT_EQ(getErrors("[TANKS]\nT TC 5 2\n[OUTFALLS]\nO\n[PUMPS]\nU T O PC NO ON 0 0\n"
+                        "[CURVES]\nTC TANK 0 100 10 100\nPC PUMP1 100 1\n"
+                        "[SWMM_INPS]\nA m.inp NO\nOUTFLOW none U\nOUTFLOW OUT U\nOUTFLOW gone U\n",
+                        getPassingModel(4), 151),
+              (Strings{"ERROR 237: cannot find swmm node none.",
+                       "ERROR 151: the outflow link of SWMM node A can not be a pump, weir or orifice.",
+                       "ERROR 151: the outflow link of SWMM node A can not be a pump, weir or orifice.",
+                       "ERROR 237: cannot find swmm node gone.",
+                       "ERROR 151: the outflow link of SWMM node A can not be a pump, weir or orifice."}));
+}
+
 TEST(SwmmValidation, IsDoneThoughTheNetworkIsWrong) {
     CoupledProject p(makeSwmm("m.inp") + "[JUNCTIONS]\nJ\n");
     p.model("m.inp", getPassingModel(4));
@@ -207,6 +219,16 @@ TEST(VornValidation, TheCallsInTheirOrder) {
     EXPECT_EQ(p.takeCalls(),
               (Strings{"m vorn_open \"m.sti\" = 0", "m vorn_getStartAndEndTime = 0", "m vorn_getSolutionType = 1",
                        "m vorn_getUnitType \"I\" = 0", "m vorn_getUnitType \"E\" = 1", "m vorn_close = 0"}));
+}
+
+TEST(VornValidation, APlantThatDidNotOpenIsClosedAllTheSame) {
+    CoupledProject p(makeVorn("m.sti"));
+    p.model("m.sti", getPassingPlant(4, "refuse vorn_open 7\n"));
+    EXPECT_EQ(p.open(), 924);
+    EXPECT_EQ(VornNodes[0].outside.isOpen, 1);
+    p.takeCalls();
+    tarnvelde_close();
+    EXPECT_EQ(p.takeCalls(), Strings{"m vorn_close = 0"});
 }
 
 // --- links of the records ------------------------------------------------------------------------------------------

@@ -253,6 +253,42 @@ TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
 }
 
+TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStand) {
+    CoupledFlow in{}, secondIn{}, out{}, secondOut{};
+    in.oldFlow = 1.0;
+    in.newFlow = 3.0;
+    out.oldFlow = 7.0;
+    out.newFlow = 5.0;
+    addNode(SWMM);
+    SwmmNodes.resize(1);
+    OutsideNode& outside = SwmmNodes[0].outside;
+    outside.inflows.head = &in;
+    outside.outflows.head = &out;
+    OldRoutingTime = 0.0;
+    NewRoutingTime = 675000.0;
+    const auto expectFlows = [&](float inflow, float outflow) {
+        rows_fillSystem(44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
+        EXPECT_EQ(row[8], inflow);
+        EXPECT_EQ(row[10], outflow);
+    };
+    outside.newTime = 337500.0;
+    expectFlows(2.0f, 5.0f);
+    outside.newTime = 0.0;
+    expectFlows(1.0f, 5.0f);
+    outside.newTime = 1350000.0;
+    expectFlows(5.0f, 5.0f);  // a step ahead: as much more again
+    secondIn.newFlow = 8.0;
+    secondOut.newFlow = 0.25;
+    in.next = &secondIn;
+    out.next = &secondOut;
+    outside.newTime = 337500.0;
+    expectFlows(2.0f + 4.0f, 5.25f);
+    OldRoutingTime = NewRoutingTime;
+    expectFlows(1.0f, 5.25f);  // equal clocks: the old state
+    OldRoutingTime = NewRoutingTime = 0.0;
+    SwmmNodes.clear();
+}
+
 TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
     ExtInflow second{INFLOW_FLOW, -1, 100.0, -1, 1.0, nullptr};
     ExtInflow flow{INFLOW_FLOW, -1, 0.25, -1, 1.0, &second};

@@ -7,6 +7,7 @@
 #include "coupling/swmm.h"
 #include "engine/project.h"
 #include "hydrology/inflows.h"
+#include "hydrology/subcatch.h"
 #include "support/engines.h"
 #include "support/storagemodel.h"
 
@@ -296,6 +297,51 @@ TEST(SwmmInflows, RunoffIsSetAndInNoTotal) {
     EXPECT_EQ(Nodes[static_cast<size_t>(node)].newLatFlow, 0.0);
 }
 
+TEST(SwmmInflows, RunoffReachesTheEngine) {
+    // A sealed hectare under 36 mm/h.
+    CoupledProject p(
+        "[RAINGAGES]\nG INTENSITY 1:00 T\n[TIMESERIES]\nT 2021/03/01 0:00 36\n[OUTFALLS]\nO\n"
+        "[SUBCATCHS]\nB G S 1 100 100 1 0.015 0.1 0.01 0.01 50 5 4 3 0\n[SWMM_INPS]\nS m.inp NO\nINFLOW IN B\n",
+        4);
+    p.model("m.inp", getPassingModel(4));
+    p.start();
+    p.takeCalls();
+    const Subcatch& b = Subcatches[0];
+    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    double flows[3];
+    for (double& flow : flows) {
+        p.step();
+        const double f = subcatch_getWeight(OldRoutingTime);
+        EXPECT_EQ(record.newFlow, f * b.thisRunoff + (1.0 - f) * b.lastRunoff);
+        EXPECT_EQ(getNode("S").newLatFlow, 0.0);
+        flow = record.newFlow;
+    }
+    EXPECT_GT(flows[0], 0.05);  // of the 0.1 m3/s that fall
+    EXPECT_LT(flows[2], 0.1);
+    EXPECT_EQ(FlowTotals.wetWeatherInflow, 0.0);
+    EXPECT_EQ(FlowTotals.swmmOutflow, 0.0);
+    // The engine is one step ahead, exactly at the new routing clock.
+    EXPECT_EQ(p.takeCalls("m swmm_setExtInflow"), (Strings{inflowCall("IN", 0.0), inflowCall("IN", flows[0]),
+                                                           inflowCall("IN", flows[1]), inflowCall("IN", flows[2])}));
+}
+
+TEST(SwmmInflows, OfALaggedLinkAreThoseOfTheStepBefore) {
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J S YES 0\n"
+        "[DWFS]\nJ FLOW 0.5 \"\"\nJ A 8 \"\"\n[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\n",
+        4);
+    p.model("m.inp", getPassingModel(4, "substances A\n"));
+    p.start();
+    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    for (int k = 0; k < 3; ++k) {
+        p.step();
+        EXPECT_EQ(record.newFlow, k > 0 ? 0.5 : 0.0);
+        EXPECT_NEAR(record.newLoad[0], k > 0 ? 0.5 * 8.0 / 1000.0 : 0.0, 1e-15);
+        EXPECT_EQ(FlowTotals.swmmOutflow, k * 0.5 * COUPLED_STEP);
+        EXPECT_NEAR(QualTotals[0].swmmOutflow, k * 0.004 * COUPLED_STEP, 1e-12);
+    }
+}
+
 TEST(SwmmInflows, OfTheNodeItselfPileUp) {
     CoupledProject p(Through + "[DWFS]\nS FLOW 0.125 \"\"\n", 4);
     p.model("m.inp", getPassingModel(4));
@@ -320,6 +366,25 @@ TEST(SwmmInflows, OfAPipeThatHasNotFiredAreNothing) {
     p.step(4);
     EXPECT_GT(FlowTotals.swmmOutflow, 0.0);
     EXPECT_GT(QualTotals[0].swmmOutflow, 0.0);
+}
+
+TEST(SwmmInflows, OfTwoPipesHaveLoadsOfTheirOwn) {
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\nJ2\n[OUTFALLS]\nO\n[PIPES]\nC J S NO 675 1 0 0\nC2 J2 S NO 675 1 0 0\n"
+        "[DWFS]\nJ FLOW 1 \"\"\nJ A 8 \"\"\nJ2 FLOW 1 \"\"\nJ2 A 16 \"\"\n"
+        "[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\nINFLOW OUT C2\n",
+        8);
+    p.model("m.inp", getPassingModel(8, "substances A\n"));
+    p.start();
+    const CoupledFlow& first = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& second = *first.next;
+    for (int k = 0; k < 8; ++k) {
+        p.step();
+        EXPECT_NEAR(first.newLoad[0], 0.008 * first.newFlow, 1e-15);
+        EXPECT_NEAR(second.newLoad[0], 0.016 * second.newFlow, 1e-15);
+        EXPECT_EQ(first.newFlow, second.newFlow);
+    }
+    EXPECT_GT(first.newFlow, 0.9);  // full by now
 }
 
 // --- requests of the host ------------------------------------------------------------------------------------------
@@ -419,6 +484,20 @@ TEST(SwmmRules, ActInEveryStepBeforeTheHostsSetting) {
     p.step();
     calls = p.takeCalls();
     EXPECT_EQ(calls[1], "m swmm_setSetting \"R\" 0.25 675 = 0");
+}
+
+TEST(SwmmRules, OnALinkThatTheModelDoesNotKnowDoNothing) {
+    CoupledProject p(
+        Through + "[CONTROL_RULES]\nRULE R1\nIF JUNCTION J INFLOW >= 0\nTHEN SWMM S nobody SETTING = 0.5\n", 4);
+    p.model("m.inp", getPassingModel(4));
+    p.start();
+    p.takeCalls();
+    p.step();
+    const Strings calls = p.takeCalls();
+    EXPECT_EQ(calls.at(0), "m swmm_isLink \"nobody\" = -1");
+    for (const std::string& call : calls) {
+        EXPECT_EQ(call.find("swmm_setSetting"), std::string::npos) << call;
+    }
 }
 
 // --- books ---------------------------------------------------------------------------------------------------------

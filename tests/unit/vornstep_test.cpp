@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include "coupling/converter.h"
+#include "coupling/swmm.h"
 #include "coupling/vorn.h"
 #include "engine/project.h"
 #include "hydrology/inflows.h"
+#include "hydrology/subcatch.h"
 #include "support/engines.h"
 #include "support/storagemodel.h"
 
@@ -223,6 +225,96 @@ TEST(VornInflows, RunoffStaysInTheNode) {
     EXPECT_EQ(VornNodes[0].outside.inflows.head->newFlow, 0.5);
 }
 
+TEST(VornInflows, RunoffOfALandStaysInTheNodeAndIsWetWeather) {
+    CoupledProject p(
+        "[RAINGAGES]\nG INTENSITY 1:00 T\n[TIMESERIES]\nT 2021/03/01 0:00 36\n"
+        "[SUBCATCHS]\nB G P 1 100 100 1 0.015 0.1 0.01 0.01 50 5 4 3 0\n" +
+            Through + Converters2,
+        3);
+    p.model("m.sti", getPassingPlant(3));
+    p.start();
+    const Subcatch& b = Subcatches[0];
+    double sum = 0.0;
+    for (int k = 0; k < 3; ++k) {
+        p.step();
+        const double f = subcatch_getWeight(OldRoutingTime);
+        sum += f * b.thisRunoff + (1.0 - f) * b.lastRunoff;
+        EXPECT_DOUBLE_EQ(getNode("P").newLatFlow, sum);  // what comes in piles up
+        EXPECT_DOUBLE_EQ(FlowTotals.wetWeatherInflow, DT * sum);
+    }
+    EXPECT_GT(sum, 0.15);                                        // of 0.1 m3/s that fall, three times
+    EXPECT_EQ(VornNodes[0].outside.inflows.head->newFlow, 0.5);  // of the link of the same number
+    EXPECT_EQ(FlowTotals.vornOutflow, 3 * DT * 0.5);
+}
+
+// --- states --------------------------------------------------------------------------------------------------------
+
+TEST(VornStates, OfAllConstituentsRoll) {
+    CoupledProject p(Through +
+                         "[CONVERTERS]\nCI COD POLLUTANT A 2\nCI NH4 CONSTANT 4 0.5\nCI NO3 CONSTANT 6 1\n"
+                         "CI TP CONSTANT 2 1\nCI TSS CONSTANT 10 1\nCI ALK CONSTANT 5 1\n"
+                         "CE VORN_EFFLUENT\nCE A CONSTANT 3 1\n",
+                     4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    const CoupledFlow& record = *VornNodes[0].outside.inflows.head;
+    const double amounts[CONSTITUENT_COUNT] = {64.0, 1.0, 3.0, 1.0, 5.0, 2.5};  // g/s, of 0.5 m3/s
+    for (int step = 1; step <= 3; ++step) {
+        p.step();
+        for (int c = 0; c < CONSTITUENT_COUNT; ++c) {
+            EXPECT_NEAR(record.newLoad[c], amounts[c], 1e-12) << "step " << step << ", constituent " << c;
+            EXPECT_NEAR(record.oldLoad[c], step > 1 ? amounts[c] : 0.0, 1e-12)
+                << "step " << step << ", constituent " << c;
+        }
+    }
+}
+
+/// What runs through a plant of 0.5 m3/s is made of constants.
+static const std::string Constants =
+    "[CONVERTERS]\nCI COD CONSTANT 0 0\nCI NH4 CONSTANT 0 0\nCI NO3 CONSTANT 0 0\nCI TP CONSTANT 0 0\n"
+    "CI TSS CONSTANT 0 0\nCI ALK CONSTANT 0 0\nCE VORN_EFFLUENT\n";
+
+TEST(VornStates, OfAllPollutantsRoll) {
+    CoupledProject p("[POLLUTANTS]\nB 0\n" + Through + Constants + "CE A CONSTANT 3 1\nCE B CONSTANT 5 1\n", 4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    const CoupledFlow& record = *VornNodes[0].outside.outflows.head;
+    for (int step = 1; step <= 3; ++step) {
+        p.step();
+        EXPECT_DOUBLE_EQ(record.newLoad[0], 5.0 * 0.5 / 1000.0) << "step " << step;  // B
+        EXPECT_DOUBLE_EQ(record.newLoad[1], 3.0 * 0.5 / 1000.0) << "step " << step;  // A
+    }
+}
+
+// --- effluents -----------------------------------------------------------------------------------------------------
+
+TEST(VornOutflows, EachTakesItsOwnConverter) {
+    CoupledProject p(Through + "EFFLUENT E D2 CF\n[CONNECTIONS]\nD2 P O NO 0\n" + Constants +
+                         "CE A CONSTANT 3 1\nCF VORN_EFFLUENT\nCF A CONSTANT 5 1\n",
+                     4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    p.step();
+    const CoupledFlow& record = *VornNodes[0].outside.outflows.head;
+    EXPECT_EQ(record.newFlow, 0.5);
+    EXPECT_EQ(record.next->newFlow, 0.5);
+    EXPECT_DOUBLE_EQ(record.newLoad[0], 0.0015);
+    EXPECT_DOUBLE_EQ(record.next->newLoad[0], 0.0025);
+}
+
+TEST(VornOutflows, ThatAreSubtractedLeaveNothingNegative) {
+    CoupledProject p(Through + Constants + "CE A CONSTANT 3 1\nCE A CONSTANT 5 1 SUBTRACT\nCE A CONSTANT 2 1\n", 4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    p.step();
+    EXPECT_DOUBLE_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 2.0 * 0.5 / 1000.0);
+    CoupledProject q(Through + Constants + "CE A CONSTANT 5 1\nCE A CONSTANT 3 1 SUBTRACT\nCE A CONSTANT 2 1\n", 4);
+    q.model("m.sti", getPassingPlant(4));
+    q.start();
+    q.step();
+    EXPECT_DOUBLE_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 4.0 * 0.5 / 1000.0);
+}
+
 // --- books ---------------------------------------------------------------------------------------------------------
 
 TEST(VornBooks, AgreeWithTheTotalsOfTheNetwork) {
@@ -263,4 +355,52 @@ TEST(VornBooks, AgreeWithTheTotalsOfTheNetwork) {
     EXPECT_NEAR(QualTotals[0].externalOutflow, cod[1] / 1000.0, 1e-12 * cod[1]);
     EXPECT_NEAR(FlowTotals.vornInflow + DT * getLink("D").newFlow, water[1], 1e-9 * water[1]);
     EXPECT_NEAR(QualTotals[0].vornInflow, cod[1] / 1000.0, 1e-12 * cod[1]);
+}
+
+/// The figure of a row of a table of the report, as it stands there.
+static std::string readFigure(const std::string& report, const std::string& table, const std::string& row) {
+    const std::string begin = "\n  " + row + " ";
+    const size_t at = report.find(begin, report.find(table));
+    if (at == std::string::npos) {
+        return "none";
+    }
+    std::istringstream words(report.substr(at + begin.size()));
+    std::string figure;
+    words >> figure;
+    return figure;
+}
+
+TEST(CoupledReport, HoldsTheVolumesAndTheMassesOfBothKinds) {
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J P NO 0\n"
+        "[CONDUITS]\nX S O NO 5000 0.001 0.02 RECTANGULAR 3 2\n[DWFS]\nJ FLOW 0.5 \"\"\nJ A 64 \"\"\n"
+        "[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT X\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\n[CONVERTERS]\n"
+        "CI COD POLLUTANT A 1\nCI NH4 CONSTANT 0 0\nCI NO3 CONSTANT 0 0\nCI TP CONSTANT 0 0\n"
+        "CI TSS CONSTANT 0 0\nCI ALK CONSTANT 0 0\n",
+        8);
+    p.model("m.inp", getPassingModel(8, "substances A\nspring OUT 0.25 8\n")).model("m.sti", getPassingPlant(8));
+    p.start();
+    p.step(8);
+    ASSERT_EQ(tarnvelde_report(), 0);
+    const double flowError = FlowError, qualityError = QualityError;
+    tarnvelde_end();
+    tarnvelde_close();
+    const std::string report = p.project.getReport();
+    // Eight steps of 675 s with 0.5 and 0.25 m3/s, and with 64 and 8 g/m3 in them.
+    const std::string flow = "Flow Routing Continuity", quality = "Quality Routing Continuity";
+    EXPECT_EQ(readFigure(report, flow, "Dry Weather Inflow"), "2700.000");
+    EXPECT_EQ(readFigure(report, flow, "SWMM Inflow"), "1350.000");
+    EXPECT_EQ(readFigure(report, flow, "VORN Outflow"), "2700.000");
+    EXPECT_EQ(readFigure(report, quality, "Dry Weather Inflow"), "172.800");
+    EXPECT_EQ(readFigure(report, quality, "SWMM Inflow"), "10.800");
+    EXPECT_EQ(readFigure(report, quality, "VORN Outflow"), "172.800");
+    // The rest is what the conduit holds and has given to the outfall.
+    const auto readRest = [&](const std::string& table) {
+        const double left = std::stod(readFigure(report, table, "External Outflow"));
+        EXPECT_GT(left, 0.0);
+        return left + std::stod(readFigure(report, table, "Final Storage"));
+    };
+    const double water = 2700.0 + 1350.0, mass = 172.8 + 10.8;
+    EXPECT_NEAR(flowError, (water - 2700.0 - readRest(flow)) / water * 100.0, 1e-4);
+    EXPECT_NEAR(qualityError, (mass - 172.8 - readRest(quality)) / mass * 100.0, 1e-3);
 }
