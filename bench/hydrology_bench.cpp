@@ -67,7 +67,7 @@ void stepLand(benchmark::State& state, Weather weather) {
     for (int k = 0; k < 60; ++k) {
         tarnvelde_step(&elapsed);
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         tarnvelde_step(&elapsed);
     }
     state.counters["subcatchment-step"] = benchmark::Counter(static_cast<double>(state.iterations() * state.range(0)),

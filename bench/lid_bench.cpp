@@ -65,7 +65,7 @@ void stepProject(benchmark::State& state, bool withUnits) {
         state.SkipWithError("the generated project doesn't run");
     } else {
         double elapsed = 0.0;
-        for (auto _ : state) {
+        for ([[maybe_unused]] auto _ : state) {
             tarnvelde_step(&elapsed);
         }
         state.counters["per_unit"] = benchmark::Counter(

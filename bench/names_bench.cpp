@@ -31,7 +31,7 @@ void callByName(benchmark::State& state, char letter, Call call) {
         state.SkipWithError("the project doesn't open");
     }
     const std::vector<std::string> names = getNames(letter, state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (const std::string& name : names) {
             if (call(name.c_str()) < 0) {
                 state.SkipWithError("a name isn't found");

@@ -26,7 +26,7 @@ benchmark::Counter perObject(double times, int64_t objects) {
 void openNetwork(benchmark::State& state) {
     const BenchProject project =
         bench_makeProject(bench_makeNetwork(state.range(0)), static_cast<int32_t>(state.range(1)), HOUR);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         if (!bench_openProject(project)) {
             state.SkipWithError("the project doesn't open");
             break;
@@ -46,7 +46,7 @@ void startNetwork(benchmark::State& state) {
     if (!bench_openProject(project)) {
         state.SkipWithError("the project doesn't open");
     }
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         tarnvelde_start(0);
         state.PauseTiming();
         tarnvelde_end();
@@ -64,7 +64,7 @@ void stepNetwork(benchmark::State& state) {
         state.SkipWithError("the project doesn't start");
     }
     double elapsed = 0.0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         for (int32_t k = 0; k < ROUND; ++k) {
             tarnvelde_step(&elapsed);
         }
@@ -84,7 +84,7 @@ void ratioNetwork(benchmark::State& state) {
     }
     Bound bound = bound_create(network, pollutants, bench_getDuration());
     double elapsed = 0.0, libraryTime = 0.0, boundTime = 0.0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const double begin = bench_getProcessorTime();
         for (int32_t k = 0; k < ROUND; ++k) {
             tarnvelde_step(&elapsed);

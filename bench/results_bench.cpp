@@ -130,7 +130,7 @@ void saveToFile(benchmark::State& state) {
         state.SkipWithError("the project doesn't open");
     }
     double saving = 0.0, bare = 0.0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const double idle = timeRun(TO_NOTHING);
         const double saved = timeRun(TO_FILE);
         bare += timeWrites(project, sizes);
@@ -145,7 +145,7 @@ void saveToDatabase(benchmark::State& state) {
     const Sizes sizes = getSizes(state);
     const BenchProject project = makeProject(state);
     double saving = 0.0, bare = 0.0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const double idle = timeProject(project, TO_NOTHING);
         const double saved = timeProject(project, TO_DATABASE);
         bare += timeStatements(project, sizes);

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 #include "tarnvelde.h"
@@ -34,7 +35,7 @@ static void runSteps(benchmark::State& state, const std::string& text, double ob
     for (int k = 0; k < 1000; ++k) {
         tarnvelde_step(&elapsed);  // up to the steady state
     }
-    for (auto step : state) {
+    for ([[maybe_unused]] auto step : state) {
         tarnvelde_step(&elapsed);
     }
     tarnvelde_end();
@@ -59,17 +60,19 @@ BENCHMARK(tankLevels)->Arg(1)->Arg(10)->Arg(100)->Arg(1000);
 /// Many tanks with two weirs and a pump each.
 static void tankCascade(benchmark::State& state) {
     const int64_t count = state.range(0);
-    std::string tanks = "[TANKS]\n", weirs = "[WEIRS]\n", pumps = "[PUMPS]\n";
+    std::ostringstream tanks, weirs, pumps;
+    tanks << "[TANKS]\n";
+    weirs << "[WEIRS]\n";
+    pumps << "[PUMPS]\n";
     for (int64_t k = 0; k < count; ++k) {
-        const std::string n = std::to_string(k);
         const std::string next = k + 1 < count ? "T" + std::to_string(k + 1) : "OUT";
-        tanks += "T" + n + " B 5 1\n";
-        weirs += "A" + n + " T" + n + " " + next + " NO RECTANGULAR 1.8 1 2 0.5\nB" + n + " T" + n + " " + next +
-                 " NO TRIANGULAR 1.4 1 3 0\n";
-        pumps += "P" + n + " T" + n + " " + next + " C NO ON 1 0.2\n";
+        tanks << 'T' << k << " B 5 1\n";
+        weirs << 'A' << k << " T" << k << ' ' << next << " NO RECTANGULAR 1.8 1 2 0.5\n";
+        weirs << 'B' << k << " T" << k << ' ' << next << " NO TRIANGULAR 1.4 1 3 0\n";
+        pumps << 'P' << k << " T" << k << ' ' << next << " C NO ON 1 0.2\n";
     }
     runSteps(state,
-             GENERAL + tanks + weirs + pumps +
+             GENERAL + tanks.str() + weirs.str() + pumps.str() +
                  "[CURVES]\nB TANK 0.5 50 1 200 5 220\nC PUMP1 0.2 0.01 2 0.1\n[DWFS]\nT0 FLOW 0.2 \"\"\n",
              static_cast<double>(count));
 }
@@ -77,14 +80,15 @@ BENCHMARK(tankCascade)->Arg(100)->Arg(10000);
 
 /// A chain of conduits of one section.
 static std::string makeChain(int64_t count, const std::string& section) {
-    std::string nodes = "[JUNCTIONS]\n", conduits = "[CONDUITS]\n";
+    std::ostringstream nodes, conduits;
+    nodes << "[JUNCTIONS]\n";
+    conduits << "[CONDUITS]\n";
     for (int64_t k = 0; k < count; ++k) {
-        const std::string n = std::to_string(k);
-        nodes += "J" + n + "\n";
-        conduits += "C" + n + " J" + n + " " + (k + 1 < count ? "J" + std::to_string(k + 1) : "OUT") +
-                    " NO 200 0.2 0.013 " + section + "\n";
+        const std::string next = k + 1 < count ? "J" + std::to_string(k + 1) : "OUT";
+        nodes << 'J' << k << '\n';
+        conduits << 'C' << k << " J" << k << ' ' << next << " NO 200 0.2 0.013 " << section << '\n';
     }
-    return GENERAL + nodes + conduits + "[DWFS]\nJ0 FLOW 0.3 \"\"\n";
+    return GENERAL + nodes.str() + conduits.str() + "[DWFS]\nJ0 FLOW 0.3 \"\"\n";
 }
 
 static void conduitCircular(benchmark::State& state) {
