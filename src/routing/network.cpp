@@ -229,8 +229,8 @@ void network_sortNodes() {
         int32_t targets[2];
         const int32_t targetCount = network_getDirectEdges(node, targets);
         for (int32_t t = 0; t < targetCount; ++t) {
-            // Equal, and not "at least" as for links below: a target that a lagged link pushed past its count is not
-            // released from here any more.
+            // A reactor that empties to its surpass node counts it twice here, though the node waits for it once, so it
+            // may release the node too early.
             ReleaseCount& count = counts[static_cast<size_t>(targets[t])];
             if (!isPlaced[static_cast<size_t>(targets[t])] && ++count.visited == count.upstream) {
                 place(targets[t]);

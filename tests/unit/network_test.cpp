@@ -19,12 +19,16 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/lidmono.h"
 #include "input/names.h"
 #include "routing/loops.h"
+#include "routing/reactor.h"
 
 static void clearNetwork() {
     Nodes.clear();
     Links.clear();
+    Reactors.clear();
+    LidMonos.clear();
     std::fill(std::begin(ObjectCount), std::end(ObjectCount), 0);
     std::fill(std::begin(NodeKindCount), std::end(NodeKindCount), 0);
     std::fill(std::begin(LinkKindCount), std::end(LinkKindCount), 0);
@@ -85,6 +89,24 @@ static void addNodes(int32_t count) {
     for (int32_t k = 0; k < count; ++k) {
         addNodes({SWMM});
     }
+}
+
+/// Makes a node a reactor; without an emptying node `emptying` is -1.
+static void makeReactor(int32_t node, int32_t surpass, int32_t emptying) {
+    Nodes[static_cast<size_t>(node)].kind = REACTOR;
+    Nodes[static_cast<size_t>(node)].kindIndex = static_cast<int32_t>(Reactors.size());
+    Reactor reactor{};
+    reactor.surpassNode = surpass;
+    reactor.emptyingNode = emptying;
+    Reactors.push_back(reactor);
+}
+
+static void makeLidMono(int32_t node, int32_t drain) {
+    Nodes[static_cast<size_t>(node)].kind = LID_MONO;
+    Nodes[static_cast<size_t>(node)].kindIndex = static_cast<int32_t>(LidMonos.size());
+    LidMono mono{};
+    mono.drainNode = drain;
+    LidMonos.push_back(mono);
 }
 
 /// Links between nodes of one letter: "AB2" leads from A to B, and with a "~" in front does so a step late.
@@ -490,6 +512,17 @@ static std::vector<int32_t> sortWithLists() {
     for (const Link& link : Links) {
         upstreamCounts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
     }
+    for (const Reactor& reactor : Reactors) {
+        ++upstreamCounts[static_cast<size_t>(reactor.surpassNode)];
+        if (reactor.emptyingNode >= 0 && reactor.emptyingNode != reactor.surpassNode) {
+            ++upstreamCounts[static_cast<size_t>(reactor.emptyingNode)];
+        }
+    }
+    for (const LidMono& mono : LidMonos) {
+        if (mono.drainNode >= 0) {
+            ++upstreamCounts[static_cast<size_t>(mono.drainNode)];
+        }
+    }
     std::list<int32_t> visited, pending;
     size_t k = 0;
     const auto append = [&](int32_t node) {
@@ -497,16 +530,33 @@ static std::vector<int32_t> sortWithLists() {
         pending.push_back(node);
         sorted[k++] = node;
     };
+    const auto isListed = [&](int32_t node) {
+        return std::find(visited.begin(), visited.end(), node) != visited.end() ||
+               std::find(pending.begin(), pending.end(), node) != pending.end();
+    };
+    const auto meetDirectTarget = [&](int32_t to) {
+        if (to >= 0 && !isListed(to) &&
+            ++visitedCounts[static_cast<size_t>(to)] == upstreamCounts[static_cast<size_t>(to)]) {
+            append(to);
+        }
+    };
     for (size_t n = 0; n < Nodes.size(); ++n) {
         if (Nodes[n].isHead) {
             append(static_cast<int32_t>(n));
         }
     }
     while (!pending.empty()) {
+        const Node& node = Nodes[static_cast<size_t>(pending.front())];
+        if (node.kind == REACTOR) {
+            meetDirectTarget(Reactors[static_cast<size_t>(node.kindIndex)].surpassNode);
+            meetDirectTarget(Reactors[static_cast<size_t>(node.kindIndex)].emptyingNode);
+        }
+        if (node.kind == LID_MONO) {
+            meetDirectTarget(LidMonos[static_cast<size_t>(node.kindIndex)].drainNode);
+        }
         for (const Link& link : Links) {
             const int32_t to = link.toNode;
-            if (link.fromNode != pending.front() || std::find(visited.begin(), visited.end(), to) != visited.end() ||
-                std::find(pending.begin(), pending.end(), to) != pending.end()) {
+            if (link.fromNode != pending.front() || isListed(to)) {
                 continue;
             }
             if (++visitedCounts[static_cast<size_t>(to)] >= upstreamCounts[static_cast<size_t>(to)]) {
@@ -518,7 +568,8 @@ static std::vector<int32_t> sortWithLists() {
     return sorted;
 }
 
-/// A small network without regard to kinds. Links prefer higher nodes, so that there are some circles and not too many.
+/// A small network without regard to the rules of kinds; some nodes discharge to others directly. Links prefer higher
+/// nodes, so that there are some circles and not too many.
 static void makeRandomNetwork(std::mt19937& random) {
     const auto draw = [&](uint32_t count) { return static_cast<int32_t>(random() % count); };
     clearNetwork();
@@ -538,6 +589,18 @@ static void makeRandomNetwork(std::mt19937& random) {
         addLink("L" + std::to_string(k), from, to);
         Links.back().isLagged = draw(8) == 0;
     }
+    const auto drawDownstream = [&](int32_t node) {
+        const int32_t ahead = nodeCount - 1 - node;
+        return ahead > 0 && draw(8) > 0 ? node + 1 + draw(static_cast<uint32_t>(ahead))
+                                        : draw(static_cast<uint32_t>(nodeCount));
+    };
+    for (int32_t node = draw(2) == 0 ? 0 : nodeCount; node < nodeCount; ++node) {
+        switch (draw(6)) {
+            case 0: makeReactor(node, drawDownstream(node), draw(3) == 0 ? -1 : drawDownstream(node)); break;
+            case 1: makeLidMono(node, draw(3) == 0 ? -1 : drawDownstream(node)); break;
+            default: break;
+        }
+    }
     network_indexLinks();
     if (draw(2) == 0) {
         for (int32_t k = draw(3); k >= 0; --k) {
@@ -552,6 +615,8 @@ TEST_F(NetworkTest, smallNetworksPassAndFailAsInTheWalkOverAllPaths) {
     for (int32_t trial = 0; trial < 20000; ++trial) {
         makeRandomNetwork(random);
         network_validate();
+        ErrorCode = 0;  // the rules of kinds are not asked for
+        network_checkCycles();
         const auto [loopName, pathCount] = walkAllPaths();
         const LoopCheck check = loops_check();
         const int64_t nodeCount = static_cast<int64_t>(Nodes.size());
@@ -809,6 +874,30 @@ TEST_F(NetworkTest, nodesNeverReleasedLeaveNodeZeroAtTheEnd) {
     connect({"AB", "BA", "CD", "AD"});
     // A and B wait for each other, D for A; only C and E go.
     EXPECT_EQ(validateAndSort(), Indices({2, 4, 0, 0, 0}));
+}
+
+TEST_F(NetworkTest, directTargetsComeAheadOfLinksSurpassFirst) {
+    addNodes(5);
+    connect({"AB"});
+    makeReactor(0, 4, 3);
+    makeLidMono(4, 2);
+    EXPECT_EQ(validateAndSort(), Indices({0, 4, 3, 1, 2}));
+}
+
+TEST_F(NetworkTest, nodeWaitsForWhatDischargesToItDirectly) {
+    addNodes(4);
+    connect({"AB", "BC"});
+    makeReactor(2, 3, -1);
+    makeLidMono(0, 3);
+    EXPECT_EQ(validateAndSort(), Indices({0, 1, 2, 3}));
+}
+
+TEST_F(NetworkTest, reactorThatEmptiesToItsSurpassNodeReleasesItTooEarly) {
+    addNodes(3);
+    connect({"AB", "BC"});
+    makeReactor(0, 2, 2);
+    // C waits for the reactor and for the link from B, and has the reactor twice.
+    EXPECT_EQ(validateAndSort(), Indices({0, 2, 1}));
 }
 
 TEST_F(NetworkTest, sortingAgainGivesTheSameOrder) {

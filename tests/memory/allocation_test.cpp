@@ -1,0 +1,129 @@
+// Memory that isn't there: each request of a run for memory is refused once. The call ends with the code of the memory
+// error, nothing is left behind, and the next run is as good as any.
+//
+// These tests are a program of their own, since they take the place of operator new.
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+#include <string>
+
+#include "engine/errors.h"
+#include "support/allkinds.h"
+#include "support/generate.h"
+
+static int64_t RequestsLeft = -1;  ///< requests until one is refused; negative: none is
+static bool IsRefused = false;
+
+static void countRequest() {
+    if (RequestsLeft < 0) {
+        return;
+    }
+    if (RequestsLeft == 0) {
+        IsRefused = true;
+        RequestsLeft = -1;
+        throw std::bad_alloc();
+    }
+    --RequestsLeft;
+}
+
+void* operator new(size_t size) {
+    countRequest();
+    void* memory = std::malloc(size > 0 ? size : 1);
+    return memory ? memory : throw std::bad_alloc();
+}
+
+void* operator new(size_t size, std::align_val_t alignment) {
+    countRequest();
+    const size_t step = static_cast<size_t>(alignment);
+    void* memory = std::aligned_alloc(step, (size + step - 1) / step * step);
+    return memory ? memory : throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+void operator delete(void* memory, size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+
+/// What a run leaves behind.
+struct Outcome {
+    int32_t code = 0;
+    bool isRefused = false;
+    std::string report, results;
+};
+
+/// A run step by step, of which the request for memory of this number is refused; -1 lets all pass.
+template <class Project>
+static Outcome run(const ProjectFile& project, Project& model, int64_t request) {
+    Outcome outcome;
+    const auto note = [&](int32_t code) { outcome.code = outcome.code == 0 ? code : outcome.code; };
+    IsRefused = false;
+    RequestsLeft = request;
+    note(model.open());
+    if (outcome.code == 0) {
+        note(tarnvelde_start(1));
+        double elapsed = 1.0;
+        while (outcome.code == 0 && elapsed > 0.0) {
+            note(tarnvelde_step(&elapsed));
+        }
+        note(tarnvelde_end());
+        note(tarnvelde_report());
+    }
+    tarnvelde_close();
+    RequestsLeft = -1;
+    outcome.isRefused = IsRefused;
+    outcome.report = readFile(project.report);
+    outcome.results = readFile(project.results);
+    return outcome;
+}
+
+/// Refuses one request after the other, every `stride`-th from `first` on, and runs in between as if nothing had
+/// happened.
+template <class Project>
+static void refuseEach(const ProjectFile& project, Project& model, int64_t first, int64_t stride) {
+    const Outcome good = run(project, model, -1);
+    ASSERT_EQ(good.code, 0) << good.report;
+    int64_t request = first;
+    for (;; request += stride) {
+        const Outcome outcome = run(project, model, request);
+        if (!outcome.isRefused) {
+            break;
+        }
+        if (outcome.code == 0) {  // a sort does without the memory that it would like
+            ASSERT_EQ(outcome.report, good.report) << "request " << request;
+            ASSERT_EQ(outcome.results, good.results) << "request " << request;
+            continue;
+        }
+        ASSERT_EQ(outcome.code, 101) << "request " << request << "\n" << outcome.report;
+        if (request % 16 == 0) {
+            const Outcome next = run(project, model, -1);
+            ASSERT_EQ(next.code, 0) << "behind request " << request;
+            ASSERT_EQ(next.report, good.report) << "behind request " << request;
+            ASSERT_EQ(next.results, good.results) << "behind request " << request;
+        }
+    }
+    EXPECT_GT(request, 20);
+}
+
+TEST(RefusedMemory, EndsACallWithItsCodeAndLeavesNothing) {
+    ProjectFile project(getGeneral(20) + generateNetwork(5, 12, 2));
+    refuseEach(project, project, 0, 1);
+}
+
+TEST(RefusedMemory, OfAProjectWithEveryKindOfObjectDoesToo) {
+    AllKinds model;
+    refuseEach(model.project, model, 0, 1);
+}
