@@ -26,6 +26,7 @@ static constexpr size_t LARGEST_BLOCK = size_t{1} << 25;
 static constexpr size_t HEAD = (sizeof(ArenaBlock) + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
 
 static int64_t RequestsUntilFailure = 0;
+static size_t Promised = 0;  ///< bytes of the blocks of all arenas, touched or not
 
 static bool isMadeToFail() {
     return RequestsUntilFailure > 0 && --RequestsUntilFailure == 0;
@@ -36,7 +37,7 @@ static ArenaBlock* addBlock(Arena& arena, size_t needed) {
     size = size > LARGEST_BLOCK ? LARGEST_BLOCK : size;
     size = size < needed ? needed : size;
     // Small blocks are never worth a look at the machine's memory; a large one is.
-    if (size > LARGEST_BLOCK / 8 && !memory_isAvailable(size + HEAD)) {
+    if (size > LARGEST_BLOCK / 8 && !memory_isAvailable(size + HEAD, Promised)) {
         return nullptr;
     }
     auto* block = static_cast<ArenaBlock*>(std::calloc(1, HEAD + size));
@@ -44,6 +45,7 @@ static ArenaBlock* addBlock(Arena& arena, size_t needed) {
         return nullptr;
     }
     memory_useLargePages(block, HEAD + size);
+    Promised += HEAD + size;
     block->older = arena.current;
     block->size = size;
     arena.current = block;
@@ -71,6 +73,7 @@ void* arena_allocate(Arena& arena, size_t bytes) {
 void arena_release(Arena& arena) {
     for (ArenaBlock* block = arena.current; block;) {
         ArenaBlock* older = block->older;
+        Promised -= HEAD + block->size;
         std::free(block);
         block = older;
     }

@@ -99,6 +99,7 @@ static void abandonProject() {
 
 static void clearState() {
     RunoffError = FlowError = QualityError = 0.0;
+    FlowTotals = FlowTotalsRecord{};
     DateFormat = 0;
     ErrorCode = ERR_NONE;
     IsOpen = IsStarted = 0;

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <new>
 
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -20,6 +21,15 @@ static constexpr size_t FILE_NAME_SIZE = 259;
 static constexpr int32_t IN_FILE = 2;
 
 static const char* const CurveTypeWords[] = {"TANK", "PUMP1", "PUMP2", "TRANSECT", nullptr};
+
+/// A point that there is no memory for is left out without a word; the others of its line stay.
+static void appendEntry(Table& curve, const TableEntry& entry) {
+    try {
+        curve.entries.push_back(entry);
+    } catch (const std::bad_alloc&) {
+        return;
+    }
+}
 
 static Table makeTable() {
     Table table{};
@@ -74,7 +84,7 @@ int32_t table_readCurve() {
         if (!input_getDouble(Tok[k + 1], &entry.y)) {
             return error_setName(ERR_NUMBER, Tok[k + 1]);
         }
-        curve.entries.push_back(entry);
+        appendEntry(curve, entry);
     }
     return ERR_NONE;
 }

@@ -12,7 +12,7 @@
 #if defined(_WIN32)
 #include <windows.h>
 
-bool memory_isAvailable(size_t bytes) {
+bool memory_isAvailable(size_t bytes, size_t) {
     MEMORYSTATUSEX status{};
     status.dwLength = sizeof status;
     return !GlobalMemoryStatusEx(&status) || bytes <= status.ullAvailPhys;
@@ -23,6 +23,7 @@ void memory_useLargePages(void*, size_t) {}
 #else
 
 #include <sys/mman.h>
+#include <unistd.h>
 
 static constexpr uint64_t UNLIMITED = UINT64_MAX;
 
@@ -85,8 +86,22 @@ static uint64_t readGroup() {
     return left;
 }
 
-bool memory_isAvailable(size_t bytes) {
-    return bytes <= readMachine() && bytes <= readGroup();
+/// Bytes of this process that the machine really holds.
+static uint64_t readResident() {
+    uint64_t pages = 0;
+    if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+        if (std::fscanf(file, "%*u %" SCNu64, &pages) != 1) {
+            pages = 0;
+        }
+        std::fclose(file);
+    }
+    return pages * static_cast<uint64_t>(sysconf(_SC_PAGESIZE));
+}
+
+bool memory_isAvailable(size_t bytes, size_t promised) {
+    const uint64_t resident = readResident();
+    const uint64_t needed = bytes + (promised > resident ? promised - resident : 0);
+    return needed <= readMachine() && needed <= readGroup();
 }
 
 void memory_useLargePages(void* table, size_t bytes) {

@@ -67,9 +67,9 @@ static void refuse(const char* part, bool hasMoreStatements) {
         report_writeError(ERR_DATABASE_SQL, "near \";\": syntax error");
         return;
     }
-    if (sql_hasWord(part, "with")) {
-        // A name can hold tables that are made of one another, each of many of the last: only to compile them would
-        // take for ever.
+    // A name can hold tables, or words for a value, that are made of one another, each of many of the last: only to
+    // compile them would take for ever.
+    if (sql_hasWord(part, "with") || sql_countWords(part, "select") > 2) {
         report_writeError(ERR_DATABASE_SQL, "near \"'\": syntax error");
         return;
     }

@@ -80,7 +80,9 @@ bool sql_isLiteral(const char* name) {
 }
 
 bool sql_isColumn(const char* name) {
-    return !std::strpbrk(name, "'\"`()[]{},") && !std::strstr(name, "/*") && !std::strstr(name, "*/") &&
+    // "unique on conflict rollback" would let one row undo all others, and free the way to the old tables.
+    const bool isClause = sql_hasWord(name, "on") && sql_hasWord(name, "conflict");
+    return !isClause && !std::strpbrk(name, "'\"`()[]{},") && !std::strstr(name, "/*") && !std::strstr(name, "*/") &&
            !std::strstr(name, "--");
 }
 
@@ -168,20 +170,23 @@ static const char* skipToken(const char* at) {
     return isWordByte(static_cast<unsigned char>(*at)) ? skipWord(at) : at + 1;
 }
 
-bool sql_hasWord(const char* text, const char* word) {
+int32_t sql_countWords(const char* text, const char* word) {
     const size_t length = std::strlen(word);
+    int32_t count = 0;
     for (const char* at = text; *at;) {
         const char* end = skipToken(at);
         size_t same = 0;
         while (same < length && at + same < end && token_toUpper(at[same]) == token_toUpper(word[same])) {
             ++same;
         }
-        if (same == length && at + length == end) {
-            return true;
-        }
+        count += same == length && at + length == end ? 1 : 0;
         at = end;
     }
-    return false;
+    return count;
+}
+
+bool sql_hasWord(const char* text, const char* word) {
+    return sql_countWords(text, word) > 0;
 }
 
 int32_t sql_countEnds(const char* text) {

@@ -203,6 +203,10 @@ void link_noteChange(int32_t link, int32_t kindIndex) {
     }
 }
 
+bool link_isChanged(int32_t link) {
+    return IsChanged[static_cast<size_t>(link)] != 0;
+}
+
 // --- settings ------------------------------------------------------------------------------------------------------
 
 void link_noteTarget(int32_t link) {

@@ -75,6 +75,9 @@ void link_shiftAll();
 /// in the table of its kind, which the caller has at hand.
 void link_noteChange(int32_t link, int32_t kindIndex);
 
+/// Whether that was said since the last roll.
+bool link_isChanged(int32_t link);
+
 /// Says that `targetSetting` of a link was written by a rule or the host. All other links stand open for good, and the
 /// two functions below leave them out.
 void link_noteTarget(int32_t link);

@@ -5,6 +5,8 @@
 #include "routing/network.h"
 
 #include <algorithm>
+#include <new>
+#include <optional>
 
 #include "engine/arena.h"
 #include "engine/errors.h"
@@ -175,8 +177,22 @@ void network_validate() {
     network_checkCycles();
 }
 
+/// The search, which the checks behind it survive if there is no memory for it.
+static std::optional<LoopCheck> checkLoops() {
+    try {
+        return loops_check();
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
 void network_checkCycles() {
-    const LoopCheck check = loops_check();
+    const std::optional<LoopCheck> search = checkLoops();
+    if (!search) {
+        report_writeError(ERR_MEMORY, "");
+        return;
+    }
+    const LoopCheck& check = *search;
     NetworkVisitCount = check.visits;
     if (check.loopName) {
         report_writeError(ERR_CYCLIC_LOOP, check.loopName);

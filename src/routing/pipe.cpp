@@ -74,6 +74,12 @@ void pipe_validate(int32_t index) {
 
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
+/// Whether a step may see more than one firing. A host can shorten the period below the routing step, and the order of
+/// the nodes may come back to the first of them.
+static bool canFireAgain(const Pipe& pipe) {
+    return pipe.stepLength < RoutingStep;
+}
+
 void pipe_initState(int32_t index) {
     Pipe& pipe = getPipe(index);
     pipe.stepLength = pipe.k;
@@ -83,7 +89,8 @@ void pipe_initState(int32_t index) {
     // All arrays of a pipe stand together: a firing goes through them at once.
     const int64_t reaches = pipe.n > 0 ? pipe.n : 0;
     const int64_t pollutants = project_pollutantCount();
-    double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + reaches * pollutants);
+    const int64_t copies = canFireAgain(pipe) ? 2 : 1;
+    double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + copies * reaches * pollutants);
     if (!memory) {
         pipe_endState(index);
         report_writeError(ERR_MEMORY, "");
@@ -138,7 +145,7 @@ static ReachFlow getReachFlow(double dt, double storage, double in, double out) 
 }
 
 /// All pollutants through one reach: `c` comes with the inflow and leaves with the outflow. Mixing of the inflow into
-/// the reach. A pipe fires once in a step at most, so what the reach holds is the old concentration up to here.
+/// the reach, whose `qual` is the old concentration up to here.
 static void mixReach(const ReachFlow& flow, double* __restrict qual, double* __restrict c, int32_t pollutants) {
     for (int32_t p = 0; p < pollutants; ++p) {
         c[p] = flow.isDry ? 0.0 : (flow.inVolume * c[p] + flow.storage * qual[p]) / flow.divisor;
@@ -228,6 +235,18 @@ static void clearSums(Pipe& pipe) {
     std::fill_n(pipe.sumMass, project_pollutantCount(), 0.0);
 }
 
+/// All firings of a step mix with what the reaches held ahead of the first one.
+static void restoreStepStart(const Pipe& pipe, bool isFirst) {
+    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount();
+    double* qual = pipe_newSegQual(pipe, 0);
+    double* atStart = qual + count;
+    if (isFirst) {
+        std::copy_n(qual, count, atStart);
+    } else {
+        std::copy_n(atStart, count, qual);
+    }
+}
+
 /// One firing: the sums become the mean flow and the mean concentrations of the period and go through the reaches.
 static void fire(int32_t index, Pipe& pipe) {
     pipe_moveClock(pipe);
@@ -239,6 +258,9 @@ static void fire(int32_t index, Pipe& pipe) {
         pipe.sumMass[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
     }
     pipe.sumVolume = pipe.sumVolume / pipe.sumCount / RoutingStep;
+    if (canFireAgain(pipe)) {
+        restoreStepStart(pipe, !link_isChanged(index));
+    }
     route(index, link, pipe, pipe.sumVolume, pipe.sumMass);
     clearSums(pipe);
 }
