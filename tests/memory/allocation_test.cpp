@@ -30,32 +30,75 @@ static void countRequest() {
     --RequestsLeft;
 }
 
-void* operator new(size_t size) {
+static void* request(size_t size) {
     countRequest();
     void* memory = std::malloc(size > 0 ? size : 1);
     return memory ? memory : throw std::bad_alloc();
 }
 
-void* operator new(size_t size, std::align_val_t alignment) {
+static void* request(size_t size, std::align_val_t alignment) {
     countRequest();
     const size_t step = static_cast<size_t>(alignment);
     void* memory = std::aligned_alloc(step, (size + step - 1) / step * step);
     return memory ? memory : throw std::bad_alloc();
 }
 
+static void* requestOrNull(size_t size) noexcept {
+    try {
+        return request(size);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
+}
+
+// Every form that is in use, so that none of them meets the release of another's memory.
+void* operator new(size_t size) {
+    return request(size);
+}
+void* operator new[](size_t size) {
+    return request(size);
+}
+void* operator new(size_t size, std::align_val_t alignment) {
+    return request(size, alignment);
+}
+void* operator new[](size_t size, std::align_val_t alignment) {
+    return request(size, alignment);
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return requestOrNull(size);
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+    return requestOrNull(size);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
-
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
 void operator delete(void* memory, size_t) noexcept {
     std::free(memory);
 }
-
+void operator delete[](void* memory, size_t) noexcept {
+    std::free(memory);
+}
 void operator delete(void* memory, std::align_val_t) noexcept {
     std::free(memory);
 }
-
+void operator delete[](void* memory, std::align_val_t) noexcept {
+    std::free(memory);
+}
 void operator delete(void* memory, size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, size_t, std::align_val_t) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, const std::nothrow_t&) noexcept {
     std::free(memory);
 }
 

@@ -15,7 +15,7 @@ inline std::string generateNetwork(unsigned seed, int nodes, int pollutants, con
     const auto target = [&](int k) { return k < nodes ? name("N", k) : name("OUT", k % 2); };
     int links = 0;
     const auto addLink = [&](int from, int to) {
-        const std::string id = name("L", links++);
+        std::string id = name("L", links++);
         const std::string ends = id + " " + name("N", from) + " " + target(to) + " NO ";
         if (pick(3) > 0) {
             pipes += ends + std::to_string(60 * (1 + pick(5))) + " " + std::to_string(1 + pick(3)) + " 0." +
