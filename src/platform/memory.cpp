@@ -107,10 +107,10 @@ bool memory_isAvailable(size_t bytes, size_t promised) {
 void memory_useLargePages(void* table, size_t bytes) {
 #if defined(MADV_HUGEPAGE)
     static constexpr uintptr_t PAGE = uintptr_t{1} << 21;
-    const uintptr_t first = (reinterpret_cast<uintptr_t>(table) + PAGE - 1) / PAGE * PAGE;
-    const uintptr_t end = (reinterpret_cast<uintptr_t>(table) + bytes) / PAGE * PAGE;
-    if (first < end) {
-        madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);  // a wish: a refusal costs time alone
+    const size_t before = (PAGE - reinterpret_cast<uintptr_t>(table) % PAGE) % PAGE;  // up to the first whole page
+    if (bytes >= before + PAGE) {
+        // A wish: a refusal costs time alone.
+        madvise(static_cast<char*>(table) + before, (bytes - before) / PAGE * PAGE, MADV_HUGEPAGE);
     }
 #else
     (void)table;
