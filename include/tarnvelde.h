@@ -268,8 +268,8 @@ enum TarnveldeResult {
  * resultsFile  the binary results file; it is emptied.
  *
  * Only the first 259 bytes of a name are used. The three names must differ, byte for byte, or the result is 301.
- * A project that is still open is closed first. Prints the progress of the run on standard output, with backspaces
- * behind the first line. Whatever happens, the project is closed on return.
+ * A project that is still open is abandoned, as tarnvelde_open does it. Prints the progress of the run on standard
+ * output, with backspaces behind the first line. Whatever happens, the project is closed on return.
  *
  * The path of the treatment-plant library given by tarnvelde_initVornDll is replaced by the default: a host with a path
  * of its own steps the model itself. What tarnvelde_initSwmmDll gave is kept.
@@ -283,7 +283,13 @@ TARNVELDE_API int32_t tarnvelde_run(const char* inputFile, const char* reportFil
  *
  * After any error of the project the project counts as open all the same, so that tarnvelde_close gives everything
  * back and the report ends up on the disk; tarnvelde_start then returns the same code and does nothing. With a code of
- * 301, 303 or 305 the project is not open. A project that is still open is closed first, without a word.
+ * 301, 303 or 305 the project is not open.
+ *
+ * A project that is still open is abandoned first, without a word: coupled models are ended, its memory is given back
+ * and its files are closed as they stand. Nothing is completed, committed or deleted. The binary results file of a run
+ * that was not ended has no closing block, so nobody can read it. All that the run has put into the database is lost,
+ * also if it was ended, since only tarnvelde_close commits; the database is then as it was before tarnvelde_start. So
+ * call tarnvelde_end and tarnvelde_close before the next open.
  */
 TARNVELDE_API int32_t tarnvelde_open(const char* inputFile, const char* reportFile, const char* resultsFile);
 
@@ -324,8 +330,10 @@ TARNVELDE_API int32_t tarnvelde_end(void);
 /* Writes the summary of the run into the text report: continuity of water and pollutants, a table per kind of object.
  *
  * With an error current it does nothing and returns that error's code. Call it once per run, after the last step and
- * before tarnvelde_end; called a second time, or outside a run, it writes zeros for what is no longer there. Prints one
- * line on standard output. The three continuity errors of tarnvelde_getMassBalErr are computed here.
+ * before tarnvelde_end. The first call empties what is kept by pollutant of subcatchments, outfalls and reactors, so a
+ * second one writes zeros there, and with reactors also without what seeped away and reacted in them: Seepage Loss,
+ * Reacted Loss and the error of Quality Routing Continuity change. Outside a run it writes zeros for what is no longer
+ * there. Prints one line on standard output. The three continuity errors of tarnvelde_getMassBalErr are computed here.
  */
 TARNVELDE_API int32_t tarnvelde_report(void);
 

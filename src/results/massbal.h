@@ -62,6 +62,7 @@ RunoffBalance massbal_closeRunoff();
 WashoffBalance massbal_closeWashoff(int pollutant);
 
 /// The totals of the network with all that is stored at the end, and their continuity error, %. The running totals
-/// stay as they are, so a second report prints the same.
+/// stay as they are, so a second report prints the same; only the loads that seeped away and reacted in reactors are 0
+/// behind massbal_close, so with reactors the quality totals of a second report, and their error, differ.
 FlowTotalsRecord massbal_closeFlow(double* error);
 QualTotalsRecord massbal_closeQuality(int pollutant, double* error);

@@ -25,7 +25,11 @@ inline std::string datedSeries(const std::string& lines) {
         std::string id, time, value, rest;
         words >> id >> time >> value;
         const bool isShort = !(words >> rest) && time.find(':') != std::string::npos;
-        text += (isShort ? id + " 2021/03/01 " + time + " " + value : line) + "\n";
+        if (isShort) {
+            line = id;
+            line.append(" 2021/03/01 ").append(time).append(" ").append(value);
+        }
+        text.append(line).append("\n");
     }
     return text;
 }
