@@ -305,7 +305,7 @@ double table_lookup(Table& t, double x) {
 
 // --- inverse -------------------------------------------------------------------------------------------------------
 
-/// Behind the last entry the last slope of the area goes on.
+/// Behind the last entry the last slope of the area goes on. What is no number ends at the last entry.
 static double extrapolateInverse(const Table& table, double excess) {
     const TableEntry& last = table.entries.back();
     double dx = 0.0, dy = 0.0;
@@ -315,7 +315,8 @@ static double extrapolateInverse(const Table& table, double excess) {
         dy = last.y - before.y;
     }
     if (dx == 0.0 || dy == 0.0) {
-        return last.y > 0.0 ? last.x + excess / last.y : last.x;
+        const double x = last.y > 0.0 ? last.x + excess / last.y : last.x;
+        return std::isnan(x) ? last.x : x;
     }
     const double slope = dy / dx;
     const double e = (std::sqrt(last.y * last.y + excess * 2.0 * slope) - last.y) / slope;

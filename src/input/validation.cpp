@@ -90,6 +90,7 @@ static void resetInflowSeries() {
 
 int32_t project_initState() {
     OldRunoffTime = 0.0;
+    Evap.rate = 0.0;
     OldRoutingTime = 0.0;
     massbal_open();
     lid_initUnits();
