@@ -81,13 +81,24 @@ TEST(SqlName, IsALiteralIfItsApostrophesArePairs) {
 }
 
 TEST(SqlName, IsAColumnIfItOpensNothing) {
-    for (const char* name : {"TSS", "NH4_N", "a b", "1st", "select", "\xE9", "a;b"}) {
+    for (const char* name : {"TSS", "NH4_N", "1st", "select", "\xE9", "a;b", "!~"}) {
         EXPECT_TRUE(sql_isColumn(name)) << name;
     }
     for (const char* name :
          {"a'b", "a\"b", "a`b", "a(b", "a)b", "[a", "a]", "a,b", "a/*b", "a*/b", "a--b", "{a", "a}"}) {
         EXPECT_FALSE(sql_isColumn(name)) << name;
     }
+}
+
+TEST(SqlName, IsNoColumnWithABlankOrAControlByte) {
+    // Some of these divide words, behind which a constraint could stand.
+    for (int byte = 1; byte <= 0x20; ++byte) {
+        EXPECT_FALSE(sql_isColumn((std::string("a") + static_cast<char>(byte) + 'b').c_str())) << byte;
+    }
+    EXPECT_FALSE(
+        sql_isColumn("a\x7F"
+                     "b"));
+    EXPECT_FALSE(sql_isColumn("x\fINT\fUNIQUE\fON\fCONFLICT\fROLLBACK\fCONSTRAINT"));
 }
 
 // --- statements ----------------------------------------------------------------------------------------------------
