@@ -336,13 +336,13 @@ private:
 TEST(Binary, PlacesBehindFourGigabytesAreStoredByTheirLow32Bits) {
     // 66 objects with names of 64 MiB put all sections behind the names beyond 4 GiB.
     constexpr size_t COUNT = 33, NAME = size_t{1} << 26;
-    std::string text = getGeneral(1) + "[OUTFALLS]\nO\n[JUNCTIONS]\n", links = "[CONNECTIONS]\n";
+    std::string junctions = "[JUNCTIONS]\n", links = "[CONNECTIONS]\n";
     for (size_t k = 0; k < COUNT; ++k) {
         const std::string number = std::to_string(k);
-        text += 'J' + number + '\n';
-        links += 'C' + number + " J" + number + " O NO 0\n";
+        junctions.append("J").append(number).append("\n");
+        links.append("C").append(number).append(" J").append(number).append(" O NO 0\n");
     }
-    ProjectFile project(text + links);
+    ProjectFile project(getGeneral(1) + "[OUTFALLS]\nO\n" + junctions + links);
     EndlessFile file(project.results);
     ASSERT_EQ(project.open(), 0);
     const std::string name(NAME, 'x');

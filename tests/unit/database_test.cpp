@@ -180,11 +180,12 @@ static std::string nestTables(int levels) {
 
 /// A query that uses the result of the one inside four times: to compile it takes four times as long per level.
 static std::string nestResults(int levels, const std::string& select) {
-    std::string query = "(1)";
+    std::string begin, end;
     for (int k = 0; k < levels; ++k) {
-        query = "(" + select + query + "a/**/where/**/a+a+a)";
+        begin.append("(").append(select);
+        end += "a/**/where/**/a+a+a)";
     }
-    return query;
+    return begin + "(1)" + end;
 }
 
 TEST(Database, ANameCannotAct) {
@@ -275,8 +276,9 @@ constexpr const char* QUALITY_TABLES[] = {"Subcatchment", "Junction", "Tank",   
 /// The texts and the rows of all these tables.
 std::string getQualityTables(const ProjectFile& project) {
     std::string sql;
-    for (const std::string table : QUALITY_TABLES) {
-        sql += "select sql from sqlite_master where name = '" + table + "'; select * from " + table + ";";
+    for (const char* table : QUALITY_TABLES) {
+        sql.append("select sql from sqlite_master where name = '").append(table).append("';");
+        sql.append("select * from ").append(table).append(";");
     }
     return ask(getDatabase(project), sql);
 }
