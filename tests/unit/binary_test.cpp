@@ -1,6 +1,13 @@
 #include "results/binary.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <thread>
 
 #include "engine/errors.h"
 #include "engine/project.h"
@@ -269,4 +276,99 @@ TEST(Binary, RecordsLargerThanTheBufferStayWhole) {
             ASSERT_EQ(getFloat(file, results + report * record + 8 + 48 + 8 * k), static_cast<float>(k));
         }
     }
+}
+
+namespace {
+
+/// A pipe in the place of a results file: it counts what is written and keeps the end of it, without room on a disk.
+struct EndlessFile {
+    int handle;
+    uint64_t length = 0;
+    std::string tail;  ///< the last bytes, a closing block at least
+    std::atomic<bool> isClosed = false;
+    std::thread reader;
+
+    explicit EndlessFile(const std::string& name) {
+        mkfifo(name.c_str(), 0600);
+        handle = open(name.c_str(), O_RDONLY | O_NONBLOCK);
+        fcntl(handle, F_SETPIPE_SZ, 1 << 20);
+        reader = std::thread([this] { read(); });
+    }
+    ~EndlessFile() {
+        finish();
+        close(handle);
+    }
+    EndlessFile(const EndlessFile&) = delete;
+    EndlessFile& operator=(const EndlessFile&) = delete;
+
+    /// Reads what is left once the writer has closed it.
+    void finish() {
+        isClosed = true;
+        if (reader.joinable()) {
+            reader.join();
+        }
+    }
+
+private:
+    void read() {
+        std::string buffer(size_t{1} << 20, '\0');
+        for (;;) {
+            const bool wasClosed = isClosed;
+            const ssize_t count = ::read(handle, buffer.data(), buffer.size());
+            if (count > 0) {
+                const auto size = static_cast<size_t>(count);
+                length += size;
+                tail = size < 28 ? tail + buffer.substr(0, size) : buffer.substr(size - 28, 28);
+            } else if (wasClosed) {
+                return;
+            } else if (count == 0) {
+                usleep(100);  // nobody writes yet
+            } else {
+                pollfd wait{handle, POLLIN, 0};
+                poll(&wait, 1, 10);
+            }
+        }
+    }
+};
+
+}  // namespace
+
+TEST(Binary, PlacesBehindFourGigabytesAreStoredByTheirLow32Bits) {
+    // 66 objects with names of 64 MiB put all sections behind the names beyond 4 GiB.
+    constexpr size_t COUNT = 33, NAME = size_t{1} << 26;
+    std::string junctions = "[JUNCTIONS]\n", links = "[CONNECTIONS]\n";
+    for (size_t k = 0; k < COUNT; ++k) {
+        const std::string number = std::to_string(k);
+        junctions.append("J").append(number).append("\n");
+        links.append("C").append(number).append(" J").append(number).append(" O NO 0\n");
+    }
+    ProjectFile project(getGeneral(1) + "[OUTFALLS]\nO\n" + junctions + links);
+    EndlessFile file(project.results);
+    ASSERT_EQ(project.open(), 0);
+    const std::string name(NAME, 'x');
+    for (Node& node : Nodes) {
+        node.id = node.kind == JUNCTION ? name.c_str() : node.id;
+    }
+    for (Link& link : Links) {
+        link.id = name.c_str();
+    }
+    EXPECT_EQ(tarnvelde_start(1), 0);
+    EXPECT_EQ(stepToEnd(), 0);
+    EXPECT_EQ(tarnvelde_end(), 0);
+    tarnvelde_close();
+    file.finish();
+
+    const uint64_t codes = 64 + 2 * COUNT * (4 + NAME + 1) + (4 + 2);  // the outfall's name is short
+    const uint64_t dates = codes + 4 * (14 + 12 + 4 + 2 + 5 + 2 + 4 + 8 + 11 + 4 + 1 + 2 + 6 + 1 + 1);
+    const uint64_t records = dates + 12;
+    ASSERT_GT(codes, uint64_t{1} << 32);
+    EXPECT_EQ(file.length, records + 28);
+    const auto getPlace = [&](size_t k) { return static_cast<uint32_t>(getClosing(file.tail, k)); };
+    EXPECT_EQ(getPlace(0), 64u);
+    EXPECT_EQ(getPlace(1), static_cast<uint32_t>(codes));
+    EXPECT_EQ(getPlace(2), static_cast<uint32_t>(dates));
+    EXPECT_EQ(getPlace(3), static_cast<uint32_t>(records));
+    EXPECT_EQ(getPlace(4), 0u);  // the run is over before the first report
+    EXPECT_EQ(getPlace(5), 0u);
+    EXPECT_EQ(getPlace(6), static_cast<uint32_t>(MAGIC_NUMBER));
 }

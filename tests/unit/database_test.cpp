@@ -10,37 +10,13 @@
 #include "results/results.h"
 #include "results/rows.h"
 #include "support/child.h"
+#include "support/database.h"
 #include "support/results.h"
 
 namespace {
 
 /// The only report is after three minutes. The first error freezes the clock of a run at its next runoff step.
 constexpr const char* ONE_REPORT = "REPORT_STEP 0:03:00\nREPORT_AVERAGE NO\n";
-
-std::string getDatabase(const ProjectFile& project) {
-    return project.folder.file("model.db");
-}
-
-/// What the sqlite3 program answers, rows in lines and columns divided by bars.
-std::string ask(const std::string& database, const std::string& sql) {
-    const ProcessResult result = process_run({"sqlite3", database, sql});
-    EXPECT_EQ(result.status, 0) << sql << '\n' << result.err;
-    return result.out;
-}
-
-/// Runs a project into its database; the code of the last step.
-int32_t runToDatabase(ProjectFile& project) {
-    EXPECT_EQ(project.open(), 0);
-    int32_t code = tarnvelde_start(2);
-    double elapsed = 1.0;
-    for (int k = 0; k < 10 && elapsed > 0.0; ++k) {
-        code = tarnvelde_step(&elapsed);
-    }
-    tarnvelde_report();
-    tarnvelde_end();
-    tarnvelde_close();
-    return code;
-}
 
 std::string getMessage(const std::string& text) {
     return "\n  \n  ERROR 315: Database SQL error: " + text + ".";
@@ -202,6 +178,16 @@ static std::string nestTables(int levels) {
     return query;
 }
 
+/// A query that uses the result of the one inside four times: to compile it takes four times as long per level.
+static std::string nestResults(int levels, const std::string& select) {
+    std::string begin, end;
+    for (int k = 0; k < levels; ++k) {
+        begin.append("(").append(select);
+        end += "a/**/where/**/a+a+a)";
+    }
+    return begin + "(1)" + end;
+}
+
 TEST(Database, ANameCannotAct) {
     TempFolder elsewhere;
     const std::string victim = elsewhere.file("victim.db");
@@ -222,6 +208,9 @@ TEST(Database, ANameCannotAct) {
         {"x'||(with/**/recursive/**/c(n)as(select+1/**/union/**/all/**/select(n+1)from(c))select(max(n))from(c))||'",
          oneStatement},
         {"x'||" + nestTables(12) + "||'", oneStatement},
+        {"x'||" + nestResults(14, "select") + "||'", oneStatement},
+        {"x'||" + nestResults(14, "SeLeCt") + "||'", oneStatement},
+        {"x'||" + nestResults(30, "select") + "||'", oneStatement},  // more than SQLite's parser may take
         {"x'||writefile('" + elsewhere.file("written") + "','x')||'", "no such function: writefile"},
         {"x'||load_extension('/none')||'", oneStatement},
         {"x'", "unrecognized token: \"'"},
@@ -274,6 +263,88 @@ TEST(Database, APollutantCannotAct) {
             << attack.name << report;
         EXPECT_EQ(ask(getDatabase(project), "select name from sqlite_master order by name"), "GeneralInfo\nSystem\n")
             << attack.name;
+    }
+}
+
+namespace {
+
+/// Tables with a column per pollutant.
+constexpr const char* QUALITY_TABLES[] = {"Subcatchment", "Junction", "Tank",   "Outfall", "Splitter",
+                                          "Reactor",      "LID_Mono", "Pipe",   "Pump",    "Connection",
+                                          "Conduit",      "Weir",     "Orifice"};
+
+/// The texts and the rows of all these tables.
+std::string getQualityTables(const ProjectFile& project) {
+    std::string sql;
+    for (const char* table : QUALITY_TABLES) {
+        sql.append("select sql from sqlite_master where name = '").append(table).append("';");
+        sql.append("select * from ").append(table).append(";");
+    }
+    return ask(getDatabase(project), sql);
+}
+
+/// A run that is good, then one whose pollutant is refused. The tables that this one can't make anew stay as they are.
+void expectOldTablesStay(const std::string& pollutant) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE NO\n", "A"));
+    EXPECT_EQ(runToDatabase(project), 0);
+    const std::string before = getQualityTables(project);
+    EXPECT_NE(before.find("J1|4|0.5|0.5|4.0\n"), std::string::npos) << before;
+    project.folder.write("model.inp", getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE NO\n", pollutant));
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(tarnvelde_start(2), 315);
+    tarnvelde_end();
+    tarnvelde_close();
+    std::string messages;
+    for (size_t k = 0; k < std::size(QUALITY_TABLES); ++k) {
+        messages += getMessage("near \"'\": syntax error");
+    }
+    EXPECT_EQ(project.getReport(), messages);
+    const std::string db = getDatabase(project);
+    EXPECT_EQ(getQualityTables(project), before);
+    EXPECT_EQ(ask(db, "select count(*), max(A) from Junction"), "4|4.0\n");
+    EXPECT_EQ(ask(db, "select count(*) from System"), "0\n");
+    EXPECT_EQ(ask(db, "select * from GeneralInfo"), "21000|44256.0|120\n");
+}
+
+}  // namespace
+
+TEST(Database, ARefusedTableLeavesThatOfTheRunBefore) {
+    expectOldTablesStay("x,y");
+}
+
+TEST(Database, APollutantCannotMakeARowEndTheTransaction) {
+    // SQLite takes a form feed for a blank, so these would be constraints of the column. A row that meets one would
+    // take the run back, and all later rows would go into the tables of the run before.
+    for (const std::string action : {"ROLLBACK", "REPLACE"}) {
+        SCOPED_TRACE(action);
+        expectOldTablesStay("x\fINT\fUNIQUE\fON\fCONFLICT\f" + action + "\fCONSTRAINT");
+    }
+}
+
+TEST(Database, PollutantsWhoseColumnsMeetLoseTheirTables) {
+    const struct {
+        const char* pollutant;
+        const char* more;    ///< further pollutants
+        const char* column;  ///< that stands twice
+        int failures;
+        const char* left;
+    } cases[] = {
+        {"A-B", "A_B 0\n", "A_B", 13, "GeneralInfo\nSystem\n"},
+        // The columns of the layers have a prefix, which keeps them apart.
+        {"name", "", "name", 12, "GeneralInfo\nLID_Mono\nSystem\n"},
+        {"PERIOD", "", "PERIOD", 12, "GeneralInfo\nLID_Mono\nSystem\n"},
+    };
+    for (const auto& clash : cases) {
+        SCOPED_TRACE(clash.pollutant);
+        ProjectFile project(getDelayedProject(ONE_REPORT, clash.pollutant) + "[POLLUTANTS]\n" + clash.more);
+        EXPECT_EQ(project.open(), 0);
+        EXPECT_EQ(tarnvelde_start(2), 315);
+        tarnvelde_end();
+        tarnvelde_close();
+        const std::string report = project.getReport();
+        EXPECT_EQ(countMessages(report), clash.failures) << report;
+        EXPECT_EQ(report.find(getMessage(std::string("duplicate column name: ") + clash.column)), 0u) << report;
+        EXPECT_EQ(ask(getDatabase(project), "select name from sqlite_master order by name"), clash.left);
     }
 }
 

@@ -7,6 +7,7 @@
 #include "engine/arena.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/subcatch.h"
 #include "results/binary.h"
 #include "support/results.h"
 
@@ -120,6 +121,50 @@ TEST(Results, CallsBehindTheEndStillAccumulateAndWrite) {
     EXPECT_EQ(file.getConnection(2, 1), 0.5f);
 }
 
+TEST(Results, AStepThatAnErrorFreezesStillSavesTheStateThatItFinds) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    project.open();
+    EXPECT_EQ(tarnvelde_start(1), 0);
+    EXPECT_EQ(RunoffStep, 1);  // without land, so that the next step needs runoff again
+    double elapsed = 0.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    EXPECT_EQ(ResultSumCount, 1);
+    EXPECT_EQ(tarnvelde_start(1), 400);
+    EXPECT_EQ(tarnvelde_step(&elapsed), 400);
+    EXPECT_EQ(NewRoutingTime, 60000.0);
+    EXPECT_EQ(ResultSumCount, 2);
+    EXPECT_EQ(ReportTime, 180000.0);
+    ReportTime = 60000.0;  // now due: the state counts a third time and is written
+    EXPECT_EQ(tarnvelde_step(&elapsed), 400);
+    EXPECT_EQ(NewRoutingTime, 60000.0);
+    EXPECT_EQ(ResultSumCount, 0);
+    EXPECT_EQ(ReportTime, 240000.0);
+    EXPECT_EQ(tarnvelde_end(), 400);
+    tarnvelde_close();
+    const ResultFile file(project.results);
+    EXPECT_EQ(file.getCount(), 1);
+    EXPECT_EQ(getClosing(file.bytes, 5), 400);
+    EXPECT_EQ(file.getConnection(1, 0), 0.5f);  // three times the same state
+    EXPECT_EQ(file.getSystem(1, 4), 0.5f);
+}
+
+TEST(Results, AStartForgetsTheStepsBehindTheLastReportOfTheRunBefore) {
+    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    project.open();
+    EXPECT_EQ(tarnvelde_start(1), 0);
+    EXPECT_EQ(stepToEnd(), 0);
+    EXPECT_EQ(ResultSumCount, 1);  // the fourth step
+    tarnvelde_end();
+    const std::string first = readFile(project.results);
+    EXPECT_EQ(tarnvelde_start(1), 0);
+    EXPECT_EQ(ResultSumCount, 0);
+    EXPECT_EQ(stepToEnd(), 0);
+    tarnvelde_end();
+    tarnvelde_close();
+    EXPECT_EQ(readFile(project.results), first);
+    EXPECT_EQ(getClosing(first, 4), 1);
+}
+
 TEST(Results, ReportTimeMovesOnByOneStepAtATime) {
     ProjectFile project(getDelayedProject());
     project.open();
@@ -169,6 +214,64 @@ TEST(Results, SavingDoesNotChangeTheRun) {
     EXPECT_NE(reports[0], "");
     EXPECT_EQ(reports[1], reports[0]);
     EXPECT_EQ(reports[2], reports[0]);
+}
+
+// --- land and its own clock -----------------------------------------------------------------------------------------
+
+namespace {
+
+/// Land whose runoff goes from 1 to 2 m3/s between two ends of a runoff step, and nothing else but an outfall.
+struct LandRun {
+    ProjectFile project;
+
+    explicit LandRun(const std::string& average)
+        : project(getGeneral(10) + "REPORT_AVERAGE " + average +
+                  "\n[RAINGAGES]\nG INTENSITY 1:00 R\n[TIMESERIES]\nR 2021/03/01 0:00 0 1:00 0 2:00 0\n"
+                  "[SUBCATCHS]\nS G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n[OUTFALLS]\nO\n") {
+        EXPECT_EQ(project.open(), 0);
+        EXPECT_EQ(tarnvelde_start(1), 0);
+        Subcatches.at(0).lastRunoff = 1.0;
+        Subcatches.at(0).thisRunoff = 2.0;
+    }
+
+    /// Writes one report with these clocks and expects this runoff of the land and of the system.
+    void expectRunoff(float runoff) {
+        results_write();
+        tarnvelde_end();
+        tarnvelde_close();
+        const std::string file = readFile(project.results);
+        const size_t record = static_cast<size_t>(getClosing(file, 3)) + 8;
+        EXPECT_FLOAT_EQ(getFloat(file, record + 4 * 3), runoff) << "Runoff of the system";
+        EXPECT_FLOAT_EQ(getFloat(file, record + 4 * (12 + 3)), runoff) << "Runoff of the subcatchment";
+    }
+};
+
+}  // namespace
+
+TEST(Results, LandIsTakenBetweenTheEndsOfItsOwnStep) {
+    for (const char* average : {"YES", "NO"}) {
+        SCOPED_TRACE(average);
+        LandRun run(average);
+        OldRoutingTime = 0.0;
+        NewRoutingTime = 60000.0;
+        OldRunoffTime = 0.0;
+        NewRunoffTime = 300000.0;
+        ReportTime = 60000.0;
+        run.expectRunoff(1.0f + 60.0f / 300.0f);  // not 2, as by the clock of the network
+    }
+}
+
+TEST(Results, LandIsExtrapolatedOutsideOfItsStep) {
+    for (const char* average : {"YES", "NO"}) {
+        SCOPED_TRACE(average);
+        LandRun run(average);
+        OldRoutingTime = 0.0;
+        NewRoutingTime = 60000.0;
+        OldRunoffTime = 60000.0;
+        NewRunoffTime = 120000.0;
+        ReportTime = 30000.0;
+        run.expectRunoff(1.0f - 30.0f / 60.0f);
+    }
 }
 
 // --- memory --------------------------------------------------------------------------------------------------------

@@ -9,11 +9,16 @@
 
 #include "hydrology/gage.h"
 #include "hydrology/inflows.h"
+#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
+#include "input/pattern.h"
 #include "input/table.h"
+#include "routing/conduit.h"
 #include "routing/connection.h"
 #include "routing/node.h"
 #include "routing/pipe.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
 #include "support/project.h"
 
 namespace {
@@ -33,6 +38,13 @@ struct Rows : testing::Test {
         Nodes.clear();
         Links.clear();
         Splitters.clear();
+        Tanks.clear();
+        Reactors.clear();
+        LidMonos.clear();
+        Lids.clear();
+        Curves.clear();
+        Patterns.clear();
+        Conduits.clear();
         Pipes.clear();
         Connections.clear();
         Subcatches.clear();
@@ -64,6 +76,58 @@ struct Rows : testing::Test {
         link.newQual = newer;
         Links.push_back(link);
         return Links.back();
+    }
+    /// A tank of 100 m2 at all depths.
+    void addTank(double oldDepth, double newDepth, double oldFlood, double newFlood) {
+        Curves.resize(1);
+        Curves[0].curveType = TANK_CURVE;
+        Curves[0].entries = {{0.0, 100.0}, {20.0, 100.0}};
+        Tank tank{};
+        tank.curve = 0;
+        tank.oldDepth = oldDepth;
+        tank.newDepth = newDepth;
+        tank.oldFlood = oldFlood;
+        tank.newFlood = newFlood;
+        Tanks.assign(1, tank);
+        addNode(TANK);
+    }
+    void addReactor(double volume) {
+        Reactor reactor{};
+        reactor.storedVolume = volume;
+        Reactors.assign(1, reactor);
+        addNode(REACTOR);
+    }
+
+    /// 100 m2 with water in all four layers: level times void, and for the soil moisture times porosity.
+    static constexpr float LID_VOLUME = 100.0f * (0.1f * 0.5f + 0.2f * 0.25f + 0.4f * 0.5f + 0.2f * 0.5f);
+    void addLid() {
+        Lid lid{};
+        lid.surfaceVoid = lid.porosity = lid.storageVoid = 0.5;
+        lid.pavementVoid = 0.25;
+        lid.soilDepth = 7.0;  // has no part in it
+        Lids.assign(1, lid);
+        LidMono mono{};
+        mono.area = 100.0;
+        mono.surfaceLevel = 0.1;
+        mono.pavementLevel = 0.2;
+        mono.soilMoisture = 0.4;
+        mono.storageLevel = 0.2;
+        LidMonos.assign(1, mono);
+        addNode(LID_MONO);
+    }
+
+    /// A rectangle 2 m wide and 3 m high, 100 m long.
+    void addConduit(double depth, double oldFlood, double newFlood) {
+        Conduit conduit{};
+        conduit.shape = RECTANGULAR_CONDUIT;
+        conduit.width = 2.0;
+        conduit.height = conduit.fullDepth = 3.0;
+        conduit.length = 100.0;
+        conduit.depth = depth;
+        conduit.oldFlood = oldFlood;
+        conduit.newFlood = newFlood;
+        Conduits.assign(1, conduit);
+        addLink(CONDUIT);
     }
     void expectRow(std::initializer_list<float> values) const {
         size_t k = 0;
@@ -253,6 +317,58 @@ TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
 }
 
+TEST_F(Rows, SystemCountsTheFloodOfATank) {
+    addTank(1.0, 3.0, 0.0, 4.0);
+    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    EXPECT_EQ(row[7], 2.0f);
+    rows_fillSystem(44256.0, 0.25, 1.0, row);
+    EXPECT_EQ(row[7], 1.0f);
+}
+
+TEST_F(Rows, SystemCountsTheFloodOfAConduit) {
+    addConduit(0.5, 4.0, 0.0);
+    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    EXPECT_EQ(row[7], 2.0f);
+    rows_fillSystem(44256.0, 0.25, 1.0, row);
+    EXPECT_EQ(row[7], 3.0f);
+}
+
+TEST_F(Rows, SystemCountsTheWaterOfATankAtItsDepthBetweenTheStates) {
+    addTank(1.0, 3.0, 0.0, 0.0);
+    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    EXPECT_FLOAT_EQ(row[11], 100.0f * 2.0f);
+    rows_fillSystem(44256.0, 0.25, 1.0, row);
+    EXPECT_FLOAT_EQ(row[11], 100.0f * 1.5f);
+}
+
+TEST_F(Rows, SystemCountsTheWaterOfAReactor) {
+    addReactor(50.0);
+    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    EXPECT_EQ(row[11], 50.0f);
+}
+
+TEST_F(Rows, SystemCountsTheWaterInAllLayersOfALid) {
+    addLid();
+    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    EXPECT_FLOAT_EQ(row[11], LID_VOLUME);
+}
+
+TEST_F(Rows, SystemCountsTheWaterOfAConduit) {
+    addConduit(0.5, 0.0, 0.0);
+    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    EXPECT_FLOAT_EQ(row[11], 2.0f * 0.5f * 100.0f);
+}
+
+TEST_F(Rows, SystemAddsUpStoresOfAllKinds) {
+    addTank(1.0, 3.0, 0.0, 4.0);
+    addReactor(50.0);
+    addLid();
+    addConduit(0.5, 4.0, 0.0);
+    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    EXPECT_FLOAT_EQ(row[7], 2.0f + 2.0f);
+    EXPECT_FLOAT_EQ(row[11], 200.0f + 50.0f + LID_VOLUME + 100.0f);
+}
+
 TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStand) {
     CoupledFlow in{}, secondIn{}, out{}, secondOut{};
     in.oldFlow = 1.0;
@@ -309,6 +425,22 @@ TEST_F(Rows, SystemCountsTheDryWeatherFlowOfEachNode) {
     EXPECT_EQ(row[6], 1.0f);
 }
 
+TEST_F(Rows, SystemTakesTheDryWeatherFlowAtTheHourOfTheReport) {
+    Pattern pattern{};
+    pattern.type = PATTERN_HOURLY;
+    pattern.count = 2;
+    pattern.factors[0] = 1.0;
+    pattern.factors[1] = 3.0;
+    Patterns.assign(1, pattern);
+    DwfInflow flow{-1, 0, 0.5, nullptr};
+    addNode(JUNCTION).dwfInflow = &flow;
+    const DateTime start = 44256.0;
+    rows_fillSystem(start + 0.001 / 86400.0, 1.0, 1.0, row);
+    EXPECT_EQ(row[6], 0.5f * 1.0f);
+    rows_fillSystem(start + 3600.001 / 86400.0, 1.0, 1.0, row);
+    EXPECT_EQ(row[6], 0.5f * 3.0f);
+}
+
 TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
     TempFolder folder;
     folder.write("series.dat", "2021/03/01 0:00 1\n2021/03/01 1:00 3\n2021/03/01 2:00 5\n");
@@ -335,5 +467,26 @@ TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
         EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].thisEntry, before[k].thisEntry);
     }
     EXPECT_EQ(textfile_getPosition(TimeSeries[1].file), position);
+    tarnvelde_close();
+}
+
+TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
+    TempFolder folder;
+    folder.write("series.dat", "2021/03/01 0:00 1\n2021/03/01 0:10 3\n");
+    ProjectFile project(getGeneral(60) + "[OUTFALLS]\nO1\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\n[TIMESERIES]\nT1 FILE " +
+                        folder.file("series.dat") + "\n");
+    ASSERT_EQ(project.open(), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    double x, y;
+    Table& series = TimeSeries[0];
+    ASSERT_TRUE(table_getFirstEntry(series, &x, &y));
+    while (table_getNextEntry(series, &x, &y)) {
+    }
+    ASSERT_TRUE(series.file.isAtEnd);
+    const int64_t position = textfile_getPosition(series.file);
+    rows_fillSystem(StartDateTime + 5.0 / 1440.0, 1.0, 1.0, row);  // goes back to the first entry
+    EXPECT_FLOAT_EQ(row[5], 2.0f);
+    EXPECT_TRUE(series.file.isAtEnd);
+    EXPECT_EQ(textfile_getPosition(series.file), position);
     tarnvelde_close();
 }

@@ -81,13 +81,20 @@ TEST(SqlName, IsALiteralIfItsApostrophesArePairs) {
 }
 
 TEST(SqlName, IsAColumnIfItOpensNothing) {
-    for (const char* name : {"TSS", "NH4_N", "a b", "1st", "select", "\xE9", "a;b"}) {
+    for (const char* name : {"TSS", "NH4_N", "a b", "1st", "select", "\xE9", "a;b", "!~", "conflict", "on"}) {
         EXPECT_TRUE(sql_isColumn(name)) << name;
     }
     for (const char* name :
          {"a'b", "a\"b", "a`b", "a(b", "a)b", "[a", "a]", "a,b", "a/*b", "a*/b", "a--b", "{a", "a}"}) {
         EXPECT_FALSE(sql_isColumn(name)) << name;
     }
+}
+
+TEST(SqlName, IsNoColumnIfItTellsWhatToDoWithRowsThatClash) {
+    // SQLite takes a form feed for a blank, too.
+    EXPECT_FALSE(sql_isColumn("x\fINT\fUNIQUE\fON\fCONFLICT\fROLLBACK\fCONSTRAINT"));
+    EXPECT_FALSE(sql_isColumn("x primary key on conflict replace"));
+    EXPECT_TRUE(sql_isColumn("x unique"));
 }
 
 // --- statements ----------------------------------------------------------------------------------------------------
