@@ -105,6 +105,7 @@ TEST(SqlWords, AreFoundOutsideOfLiteralsAlone) {
     EXPECT_FALSE(sql_hasWord("insert 'with' /* with */ \"with\"", "with"));
     EXPECT_FALSE(sql_hasWord("within outwith with_", "with"));
     EXPECT_FALSE(sql_hasWord("", "with"));
+    EXPECT_EQ(sql_countWords("select (Select 'select') from selects", "select"), 2);
 }
 
 TEST(SqlStatements, EndWithASemicolon) {
