@@ -84,9 +84,10 @@ static const std::string PlantConverters =
 TEST(VornClock, BetweenTwoStatesTakesFlowAndConstituentsInProportion) {
     // m3/s; COD from twice 64 mg/L; NH4 from half of 4 mg/L, in g/s.
     const double perFlow[] = {1.0, 128.0, 2.0};
+    const std::string project =
+        Source + "[CONNECTIONS]\nC J P NO 0\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\n" + PlantConverters;
     for (int index = 0; index < 3; ++index) {
-        CoupledProject p(
-            Source + "[CONNECTIONS]\nC J P NO 0\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\n" + PlantConverters, 6);
+        CoupledProject p(project, 6);
         p.model("m.sti", getPassingPlant(6, "step 506.25\n"));
         runFlows(p);
         const std::string call = "m vorn_setExtInflow \"I\" " + std::to_string(index) + " ";

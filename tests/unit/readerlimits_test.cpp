@@ -7,6 +7,7 @@
 #include <string>
 
 #include "engine/project.h"
+#include "routing/reactor.h"
 #include "support/child.h"
 #include "support/readererrors.h"
 #include "support/sanitizer.h"
@@ -58,6 +59,25 @@ TEST(PipeLines, TakeANumberOfReachesThatNoIntegerHoldsAsTooLow) {
                   "\n  \n  ERROR 503: muskingum N value of Pipe P2 must be larger than zero.")
             << number;
     }
+}
+
+TEST(ConcentrationLines, RefuseANumberOnlyIfItIsNegativeWithTextBehind) {
+    const std::string reactor =
+        "[REACTORS]\nR CSTR OUT FLOW_CAPACITY 864 100 50 50\n[CONNECTIONS]\nC R OUT NO 0\n[INITIAL_CONCENTRATION]\n";
+    const struct {
+        const char* word;
+        double value;
+    } words[] = {{"12.5", 12.5}, {"word", 0.0}, {"3x", 3.0}, {"-1", -1.0}, {"-x", 0.0}};
+    for (const auto& word : words) {
+        ProjectFile project(getGeneral(10) + NETWORK + reactor + "R any TSS 7\nR any TSS " + word.word + "\n");
+        EXPECT_EQ(project.open(), 0) << project.getReport();
+        EXPECT_EQ(Reactors.at(0).initQual[0], 0.0) << word.word;
+        EXPECT_EQ(Reactors.at(0).initQual[1], word.value) << word.word;
+    }
+    EXPECT_EQ(getErrors(reactor + "R any TSS -1x\n"), lineError("ERROR 211: invalid number -1x ", LINES_BEFORE + 6,
+                                                                "[INITIAL_CONCENTRATION]", "R any TSS -1x\n"));
+    EXPECT_EQ(getErrors(reactor + "R any ZINC -1x\n"), lineError("ERROR 209: undefined object ZINC ", LINES_BEFORE + 6,
+                                                                 "[INITIAL_CONCENTRATION]", "R any ZINC -1x\n"));
 }
 
 // --- long lines ----------------------------------------------------------------------------------------------------
