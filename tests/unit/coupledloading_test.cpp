@@ -143,7 +143,7 @@ TEST(LibraryCopy, TakesTheNextNameWhereAFileIsThere) {
     while ((clock_getMicroseconds() + SECOND - first) % SECOND >= TAKEN / 2) {
     }
     outside_loadLibrary(outside, Kind, Engines, folder.path.string() + "/");
-    EXPECT_NE(outside.library, nullptr);
+    ASSERT_NE(outside.library, nullptr);
     const std::string name = fs::path(outside.libraryCopy).filename().string();
     EXPECT_EQ(taken.count(name), 0u) << name;
     EXPECT_EQ(readFile(folder.file(name)), readFile(Engines + "libvorn.so"));
