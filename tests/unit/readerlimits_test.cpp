@@ -69,8 +69,9 @@ TEST(ConcentrationLines, RefuseANumberOnlyIfItIsNegativeWithTextBehind) {
         double value;
     } words[] = {{"12.5", 12.5}, {"word", 0.0}, {"3x", 3.0}, {"-1", -1.0}, {"-x", 0.0}};
     for (const auto& word : words) {
-        const std::string lines = std::string("R any TSS 7\nR any TSS ") + word.word + "\n";
-        ProjectFile project(getGeneral(10) + NETWORK + reactor + lines);
+        std::string text = getGeneral(10);
+        text.append(NETWORK).append(reactor).append("R any TSS 7\nR any TSS ").append(word.word).append("\n");
+        ProjectFile project(text);
         EXPECT_EQ(project.open(), 0) << project.getReport();
         EXPECT_EQ(Reactors.at(0).initQual[0], 0.0) << word.word;
         EXPECT_EQ(Reactors.at(0).initQual[1], word.value) << word.word;
