@@ -94,6 +94,26 @@ private:
                 break;
             default: restart(file); break;
         }
+        if (pick(20) == 0) {
+            moveEngines();
+        }
+    }
+
+    /// Where the engines are looked for from the next open call on. Mostly they are there: else a project of outside
+    /// models is never opened again.
+    void moveEngines() {
+        const std::string file = std::string(TARNVELDE_ENGINE_FOLDER) + "libvorn.so";
+        const std::string longPath(4000, 'p');
+        const char* const paths[] = {nullptr, "", "/nowhere/at/all/", ".", "%s%n", file.c_str(), longPath.c_str()};
+        const char* const folders[] = {nullptr, "", "/nowhere/at/all/", "%s%n", longPath.c_str()};
+        const bool isBad = pick(4) == 0;
+        const char* path = isBad && pick(2) ? paths[pick(7)] : TARNVELDE_ENGINE_FOLDER;
+        const char* folder = isBad ? folders[pick(5)] : project.copies.c_str();
+        if (pick(2)) {
+            tarnvelde_initSwmmDll(path, folder);
+        } else {
+            tarnvelde_initVornDll(path, folder);
+        }
     }
 
     /// Else most calls would meet a closed project.

@@ -28,3 +28,17 @@ inline void process_limitFileSize(size_t bytes) {
     const rlimit limit{bytes, bytes};
     setrlimit(RLIMIT_FSIZE, &limit);
 }
+
+/// From now on this process takes no more memory from the system than so much on top of what it has. A process of the
+/// address sanitizer can't be held so: its shadow alone is larger.
+inline void process_limitMemory(size_t bytes) {
+    size_t pages = 0;
+    if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+        const int count = std::fscanf(file, "%zu", &pages);
+        std::fclose(file);
+        pages = count == 1 ? pages : 0;
+    }
+    const size_t size = pages * static_cast<size_t>(sysconf(_SC_PAGESIZE)) + bytes;
+    const rlimit limit{size, size};
+    setrlimit(RLIMIT_AS, &limit);
+}

@@ -250,6 +250,19 @@ TEST_F(ConverterAmounts, OfConstantsGoWithTheFlow) {
     EXPECT_EQ(constituents[4], 0.5 * 20.0 * 0.75);
 }
 
+TEST_F(ConverterAmounts, AreMultipliedFromLeftToRight) {
+    // Factors whose products differ in the last bit if taken in another order.
+    const double load = 0.1, factor = 0.1, flow = 0.1, constant = 0.1, share = 0.3;
+    ASSERT_NE(load * factor * 1000.0, load * (factor * 1000.0));
+    ASSERT_NE(load * factor * 1000.0, load * 1000.0 * factor);
+    ASSERT_NE(flow * constant * share, flow * (constant * share));
+    ASSERT_NE(flow * constant * share, flow * share * constant);
+    points = {makePoint(0, SOURCE_POLLUTANT, 0, 0.0, factor), makePoint(1, SOURCE_CONSTANT, -1, constant, share)};
+    apply(flow, load, 0.0);
+    EXPECT_EQ(constituents[0], load * factor * 1000.0);
+    EXPECT_EQ(constituents[1], flow * constant * share);
+}
+
 TEST_F(ConverterAmounts, TakenOffLeaveNothingBelowZero) {
     points = {
         makePoint(1, SOURCE_CONSTANT, -1, 10.0, 1.0), makePoint(1, SOURCE_CONSTANT, -1, 4.0, 1.0, OPERATION_SUBTRACT),

@@ -6,11 +6,18 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <regex>
+#include <set>
 
+#include "coupling/guid.h"
+#include "coupling/outside.h"
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
+#include "platform/clock.h"
 #include "platform/files.h"
+#include "platform/library.h"
+#include "support/child.h"
 #include "support/engines.h"
 
 namespace fs = std::filesystem;
@@ -83,6 +90,67 @@ TEST(LibraryCopy, GoesIfItCantBeLoaded) {
     EXPECT_EQ(VornNodes[0].outside.library, nullptr);
     tarnvelde_close();
     EXPECT_TRUE(p.getCopies().empty());
+}
+
+TEST(LibraryCopy, IsInNoMemoryBehindTheClose) {
+    CoupledProject p(Nodes3);
+    addModels(p);
+    std::vector<std::string> names;
+    const auto countMapped = [&] {
+        const std::string maps = readFile("/proc/self/maps");
+        return std::count_if(names.begin(), names.end(),
+                             [&](const std::string& name) { return maps.find(name) != std::string::npos; });
+    };
+    p.start();
+    names = p.getCopies();
+    EXPECT_EQ(countMapped(), 3);
+    tarnvelde_close();
+    EXPECT_EQ(countMapped(), 0);
+}
+
+TEST(LibraryCopy, ThatFindsNoRoomLeavesNothing) {
+    // A plant tells it; the silence of a SWMM node ends in the checks, the last of which is that of the units.
+    const std::pair<std::string, int32_t> projects[] = {{OneVorn, 601}, {OneSwmm, 183}};
+    for (const auto& [text, code] : projects) {
+        CoupledProject p(text);
+        addModels(p);
+        const int status = process_fork([&, expected = code] {
+            process_limitFileSize(8192);
+            const bool isTold = p.open() == expected;
+            const bool isClear = p.getCopies().empty();
+            tarnvelde_close();
+            return isTold && isClear ? 0 : 1;
+        });
+        EXPECT_EQ(status, 0) << code;
+        EXPECT_TRUE(p.getCopies().empty()) << code;
+    }
+}
+
+TEST(LibraryCopy, TakesTheNextNameWhereAFileIsThere) {
+    // All names of some milliseconds of the clock are taken; the copy is asked for in their midst.
+    static constexpr uint32_t TAKEN = 4000, SECOND = 1000000;
+    TempFolder folder;
+    const uint32_t first = (clock_getMicroseconds() + SECOND / 2) % SECOND;
+    std::set<std::string> taken;
+    for (uint32_t k = 0; k < TAKEN; ++k) {
+        char guid[GUID_SIZE];
+        guid_write((first + k) % SECOND, guid);
+        taken.insert(std::string(guid) + ".dll");
+        folder.write(std::string(guid) + ".dll", "taken");
+    }
+    static constexpr OutsideKind Kind = {"vorn.dll", "libvorn.so", 0, 0, 0, 0, 0, 0, 0};
+    OutsideNode outside{};
+    while ((clock_getMicroseconds() + SECOND - first) % SECOND >= TAKEN / 2) {
+    }
+    outside_loadLibrary(outside, Kind, Engines, folder.path.string() + "/");
+    ASSERT_NE(outside.library, nullptr);
+    const std::string name = fs::path(outside.libraryCopy).filename().string();
+    EXPECT_EQ(taken.count(name), 0u) << name;
+    EXPECT_EQ(readFile(folder.file(name)), readFile(Engines + "libvorn.so"));
+    for (const std::string& other : taken) {
+        ASSERT_EQ(readFile(folder.file(other)), "taken");
+    }
+    library_release(outside.library);
 }
 
 TEST(LibraryCopy, OfAKilledRunStaysUnderItsName) {
@@ -190,6 +258,24 @@ TEST(LibraryPath, MissingOrEmptyIsTheFolderOfTheProgram) {
                       std::vector<std::string>{"ERROR 920: vorn dll \"" + folder + "vorn.dll\" does not exist."});
         }
     }
+}
+
+TEST(LibraryPath, OfAPlantIsForgottenByAWholeRun) {
+    // Such a run looks beside the program, whatever the host has told; so far only the place of a plant's engine.
+    const std::string program = file_getProgramPath();
+    const std::string folder = program.substr(0, program.rfind('/') + 1);
+    const bool isBeside = fs::exists(folder + "vorn.dll") || fs::exists(folder + "libvorn.so");
+    CoupledProject p(OneVorn);
+    addModels(p);
+    fs::create_directory(p.folder + "engines");
+    p.project.folder.write("engines/vorn.dll", "no library");
+    tarnvelde_initVornDll((p.folder + "engines/").c_str(), "nowhere/");
+    EXPECT_EQ(p.project.run(), isBeside ? 0 : 920) << p.project.getReport();
+
+    CoupledProject q(OneSwmm);
+    addModels(q);
+    EXPECT_EQ(q.project.run(), 0) << q.project.getReport();
+    EXPECT_TRUE(q.getCopies().empty());
 }
 
 TEST(LibraryPath, WithoutAFolderIsTheCurrentOne) {
@@ -393,15 +479,18 @@ TEST(MissingFunction, OfAPlant) {
     }
 }
 
-TEST(MissingFunction, OfTheStepEndsTheRunOfTheEngineAtOnce) {
-    // All checks pass with the functions in front of the settings; none of the forwarded ones is needed for a run.
+TEST(MissingFunction, BehindThoseOfARunLeavesTheRunAlone) {
+    // A run needs none of the functions from the count of objects on, which only pass on what a host asks for. They
+    // are stood in for: the host's calls fail, and store nothing.
     CoupledProject p(OneSwmm);
     addModels(p);
     fs::create_directory(p.folder + "engines");
     writeWithout(Engines + "libswmm5ex.so", p.folder + "engines/swmm5ex.dll", "swmm_getObjCount");
     tarnvelde_initSwmmDll((p.folder + "engines/").c_str(), p.copies.c_str());
     p.start();
+    p.takeCalls();
     p.step(4);
+    EXPECT_EQ(p.takeCalls("a swmm_step").size(), 5u);  // two in the first step, then one
     char text[1025] = "untouched";
     EXPECT_EQ(tarnvelde_getSwmmObjCount("A", 1), -1);
     EXPECT_EQ(tarnvelde_getSwmmObjID("A", 1, 0, text), -1);

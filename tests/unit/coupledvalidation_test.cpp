@@ -56,6 +56,20 @@ TEST(ModelPath, AsGivenComesFirst) {
     EXPECT_STREQ(SwmmNodes[0].rptFile, "here.rpt");
 }
 
+TEST(ModelPath, FromTheRootIsTriedBehindTheFolderOfTheProjectToo) {
+    const std::string path = "/no-such-folder-at-the-root/m";
+    CoupledProject p(makeSwmm(path + ".inp"));
+    fs::create_directory(p.folder + path.substr(0, path.rfind('/')));
+    p.model(path.substr(1) + ".inp", getPassingModel(4));
+    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    EXPECT_EQ(SwmmNodes[0].outside.inpFile, p.folder + path + ".inp");
+    CoupledProject q(makeVorn(path + ".sti"));
+    fs::create_directory(q.folder + path.substr(0, path.rfind('/')));
+    q.model(path.substr(1) + ".sti", getPassingPlant(4));
+    ASSERT_EQ(q.open(), 0) << q.project.getReport();
+    EXPECT_EQ(VornNodes[0].outside.inpFile, q.folder + path + ".sti");
+}
+
 TEST(ModelPath, LosesItsExtension) {
     CoupledProject p(makeSwmm("city.v2.txt"));
     p.model("city.v2.txt", "only there").model("city.v2.inp", getPassingModel(4));

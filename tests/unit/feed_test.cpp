@@ -194,6 +194,88 @@ TEST(FeedConnection, OfTwoRecordsGetsTwoEntriesOfOneDate) {
     EXPECT_EQ(Connections[0].flowQueue.end - Connections[0].flowQueue.first, 2);
 }
 
+TEST(FeedConnection, TakesLoadsBetweenTwoStates) {
+    Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\n", 8);
+    p.outside().oldTime = 1800000.0;
+    p.outside().newTime = 2700000.0;
+    NewRoutingTime = 2025000.0;  // a quarter of the way
+    p.record().oldFlow = 4.0;
+    p.record().newFlow = 1.0;
+    p.record().oldLoad[0] = 0.5;
+    p.record().newLoad[0] = 0.25;
+    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    const double flow = 0.25 * 1.0 + 0.75 * 4.0, load = 0.25 * 0.25 + 0.75 * 0.5;
+    EXPECT_EQ(getLink("X").newFlow, flow);
+    EXPECT_EQ(getLink("X").newQual[0], load / flow * 1000.0);
+    EXPECT_EQ(QualTotals[0].vornInflow, DT * load);
+}
+
+TEST(FeedConnection, CountsTheFlowThatAHostHasSet) {
+    Spring p("[CONNECTIONS]\nX S O NO 1350", "OUTFLOW OUT X\n", 8);
+    p.step();
+    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
+    ASSERT_EQ(tarnvelde_setLinkFlow("X", 3.0), 0);
+    p.step();
+    EXPECT_EQ(FlowTotals.swmmInflow, DT * 3.0);  // as it stood before; the delay then gives its own again
+    EXPECT_EQ(getLink("X").newFlow, 0.0);
+    EXPECT_NEAR(QualTotals[0].swmmInflow, 2 * DT * LOAD, 1e-15);  // of what has entered, not of what leaves
+}
+
+TEST(FeedConnection, OfTwoRecordsCountsTheFlowThatTheFirstHasMade) {
+    Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\nOUTFLOW OUT X\n", 8);
+    p.step();
+    EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW);  // 0 before the first, its flow before the second
+    EXPECT_NEAR(QualTotals[0].swmmInflow, 2 * DT * LOAD, 1e-15);
+    EXPECT_EQ(Connections[0].loadQueue[0].end - Connections[0].loadQueue[0].first, 2);
+    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+}
+
+TEST(FeedConnection, OfTwoRecordsDelaysBoth) {
+    Spring p("[CONNECTIONS]\nX S O NO 6000", "OUTFLOW OUT X\nOUTFLOW OUT X\n", 8);
+    p.step();
+    EXPECT_EQ(FlowTotals.delayedVolume, 2 * DT * FLOW);
+    EXPECT_NEAR(QualTotals[0].delayedMass, 2 * DT * LOAD, 1e-15);
+}
+
+// --- concentrations without flow -----------------------------------------------------------------------------------
+
+TEST(FeedPipe, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
+    Spring p("[PIPES]\nX S O NO 1350 1 0 0", "OUTFLOW OUT X\n");
+    p.step(3);
+    const double quality = getLink("X").newQual[0];
+    ASSERT_GT(quality, 0.0);
+    p.outside().oldTime = getPipe("X").nextFireTime + 1.0;
+    p.record().newFlow = p.record().sumFlow = 0.0;
+    p.record().sumLoad[0] = 0.5;  // load without water: of no concentration
+    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    EXPECT_EQ(getPipe("X").newInflow, 0.0);
+    EXPECT_GT(getLink("X").newFlow, 0.0);  // water is stored
+    EXPECT_NEAR(getLink("X").newQual[0], quality, 1e-12);
+}
+
+TEST(FeedConnection, WithoutFlowHasConcentrationZero) {
+    Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\n");
+    p.outside().oldTime = p.outside().newTime = 0.0;
+    p.record().oldFlow = 0.0;
+    p.record().oldLoad[0] = 0.5;
+    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    EXPECT_EQ(getLink("X").newFlow, 0.0);
+    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    EXPECT_EQ(QualTotals[0].vornInflow, DT * 0.5);
+}
+
+TEST(FeedConduit, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
+    Spring p("[CONDUITS]\nX S O NO 5000 0.001 0.02 RECTANGULAR 3 2\n", "OUTFLOW OUT X\n");
+    p.step(6);
+    const double quality = getLink("X").newQual[0];
+    ASSERT_GT(quality, 0.0);
+    p.record().newFlow = 0.0;
+    p.record().newLoad[0] = 0.5;
+    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    EXPECT_EQ(getConduit("X").newInflow, 0.0);
+    EXPECT_NEAR(getLink("X").newQual[0], quality, 1e-9);
+}
+
 // --- conduits ------------------------------------------------------------------------------------------------------
 
 static const std::string Channel = "[CONDUITS]\nX S O NO 100 0.5 0.02 RECTANGULAR 3 2\n";

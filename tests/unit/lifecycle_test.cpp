@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -383,6 +384,45 @@ TEST(Running, ShowsItsProgress) {
     EXPECT_EQ(console, "\n  Retrieving project data\n  Simulating day: 0     hour:  0" + back + "0     hour: 1 " +
                            "\n  Simulation complete           \n  Writing output report");
     EXPECT_EQ(IsOpen, 0);
+}
+
+/// The progress lines of a run of `hours` hourly steps: day and hour are cut from the elapsed days as a double holds
+/// them, so an hour that falls just short of its number shows the one before, and a repeated hour is no mistake.
+static std::string getProgress(int hours) {
+    std::string lines;
+    int last = 0;
+    for (int k = 1; k < hours; ++k) {
+        const double days = k / 24.0;
+        if (static_cast<int>(days * 24.0) > last) {
+            last = static_cast<int>(days * 24.0);
+            char text[32];
+            std::snprintf(text, sizeof text, "%-5d hour: %-2d", static_cast<int>(days),
+                          static_cast<int>((days - std::floor(days)) * 24.0));
+            lines += std::string(14, '\b') + text;
+        }
+    }
+    return lines;
+}
+
+TEST(Running, CutsDayAndHourOfItsProgress) {
+    ProjectFile project(
+        "[GENERAL]\nSTART_DATE 2020/01/01\nEND_DATE 2020/01/03\nROUTING_STEP 1:00\nRUNOFF_STEP 1:00\n"
+        "REPORT_STEP 1:00\n" +
+        NETWORK);
+    int32_t code = -1;
+    const std::string console = catchConsole([&] { code = project.run(); });
+    EXPECT_EQ(code, 0) << project.getReport();
+    EXPECT_EQ(console, "\n  Retrieving project data\n  Simulating day: 0     hour:  0" + getProgress(48) +
+                           "\n  Simulation complete           \n  Writing output report");
+    // 26/24, 29/24 and the like are no binary fractions: what they have behind the day times 24 is just short of 2, 5.
+    std::string second;
+    for (const char* hour : {"0 ", "1 ", "1 ", "3 ", "4 ", "4 ", "6 "}) {
+        second += std::string(14, '\b') + "1     hour: " + hour;
+    }
+    const std::string lastOfTheFirst = "0     hour: 23";
+    const size_t at = console.find(lastOfTheFirst);
+    ASSERT_NE(at, std::string::npos);
+    EXPECT_EQ(console.substr(at + lastOfTheFirst.size(), second.size()), second);
 }
 
 TEST(Running, GivesTheCodeOfAProjectWithErrors) {

@@ -1,5 +1,6 @@
 // Copies of files, and shared libraries.
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include "platform/files.h"
 #include "platform/library.h"
 #include "platform/memory.h"
+#include "support/child.h"
 #include "support/tempfolder.h"
 #include "tarnvelde.h"
 
@@ -49,6 +51,17 @@ TEST(FileCopy, FailsWithoutASourceOrAFolder) {
     EXPECT_EQ(file_copy(folder.file("missing"), folder.file("to")), COPY_FAILED);
     EXPECT_EQ(file_copy(folder.path.string(), folder.file("to")), COPY_FAILED);
     EXPECT_EQ(file_copy(folder.file("from"), folder.file("no/folder/to")), COPY_FAILED);
+    EXPECT_FALSE(fs::exists(folder.file("to")));
+}
+
+TEST(FileCopy, ThatFindsNoRoomLeavesNothing) {
+    TempFolder folder;
+    folder.write("from", std::string(20000, 'x'));
+    const int status = process_fork([&] {
+        process_limitFileSize(8192);  // two blocks, and part of the file
+        return file_copy(folder.file("from"), folder.file("to")) == COPY_FAILED ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
     EXPECT_FALSE(fs::exists(folder.file("to")));
 }
 
@@ -112,6 +125,26 @@ TEST(Library, GivesItsFunctions) {
     EXPECT_NE(library_findEntry(library, "vorn_open"), nullptr);
     EXPECT_EQ(library_findEntry(library, "vorn_nothing"), nullptr);
     library_release(library);
+}
+
+TEST(Library, ShowsItsFunctionsToNobodyElse) {
+    LibraryHandle library = library_load(EngineFile.c_str());
+    ASSERT_NE(library, nullptr);
+    EXPECT_EQ(dlsym(RTLD_DEFAULT, "vorn_open"), nullptr);
+    library_release(library);
+}
+
+TEST(Library, ThatIsReleasedIsGone) {
+    TempFolder folder;
+    fs::copy_file(EngineFile, folder.file("once.dll"));
+    const auto isMapped = [&] {
+        return readFile("/proc/self/maps").find(folder.file("once.dll")) != std::string::npos;
+    };
+    LibraryHandle library = library_load(folder.file("once.dll").c_str());
+    ASSERT_NE(library, nullptr);
+    EXPECT_TRUE(isMapped());
+    library_release(library);
+    EXPECT_FALSE(isMapped());
 }
 
 TEST(Library, IsNullIfItCantBeLoaded) {

@@ -17,17 +17,9 @@
 #include "routing/pipe.h"
 #include "support/generate.h"
 #include "support/project.h"
+#include "support/sanitizer.h"
 
 static constexpr double DT = 60.0;  ///< s
-
-/// The address sanitizer keeps freed memory for a while, to catch who still uses it; for leaks it looks by itself.
-#if defined(__SANITIZE_ADDRESS__)
-static constexpr bool IS_FREED_MEMORY_KEPT = true;
-#elif defined(__has_feature)
-static constexpr bool IS_FREED_MEMORY_KEPT = __has_feature(address_sanitizer);
-#else
-static constexpr bool IS_FREED_MEMORY_KEPT = false;
-#endif
 
 /// Runs a project to its end and gives the report.
 static std::string runProject(const std::string& text) {

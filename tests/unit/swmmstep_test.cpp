@@ -2,12 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "coupling/swmm.h"
 #include "engine/project.h"
-#include "hydrology/inflows.h"
 #include "hydrology/subcatch.h"
+#include "support/coupledflow.h"
 #include "support/engines.h"
 #include "support/storagemodel.h"
 
@@ -17,15 +18,6 @@ using Strings = std::vector<std::string>;
 static const std::string Through =
     "[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[CONNECTIONS]\nC J S NO 0\nD S O NO 0\n[DWFS]\nJ FLOW 0 \"\"\n"
     "[SWMM_INPS]\nS m.inp YES\nINFLOW IN C\nOUTFLOW OUT D\n";
-
-/// Sets the dry weather flow of J, m3/s, for the steps to come.
-static void setFlow(double flow) {
-    for (DwfInflow* record = getNode("J").dwfInflow; record; record = record->next) {
-        if (record->pollutant < 0) {
-            record->average = flow;
-        }
-    }
-}
 
 static std::string inflowCall(const std::string& id, double flow) {
     return "m swmm_setExtInflow \"" + id + "\" " + showNumber(flow) + " = 0";
@@ -251,6 +243,22 @@ TEST(SwmmStart, ASecondRunIsTheFirstOnceMore) {
     EXPECT_TRUE(p.takeCalls().empty());
 }
 
+TEST(SwmmStart, AnEngineThatIsNotStartedAgainIsNotEndedAgain) {
+    CoupledProject p(ThreeNodes);
+    for (const std::string name : {"a", "b", "c"}) {
+        p.model(name + ".inp", getPassingModel(4));
+    }
+    p.start();
+    p.step();
+    ASSERT_EQ(tarnvelde_end(), 0);
+    p.takeCalls();
+    SwmmNodes[1].entries.swmm_start = [](int) { return 5; };
+    EXPECT_EQ(tarnvelde_start(0), 239);
+    tarnvelde_close();
+    const Strings ends = p.takeCalls("c swmm_end");
+    EXPECT_TRUE(ends.empty()) << "its run of before was ended already";
+}
+
 // --- what comes in -------------------------------------------------------------------------------------------------
 
 TEST(SwmmInflows, FlowsOfEqualNumbersAddUpAndLoadsDoNot) {
@@ -437,6 +445,27 @@ TEST(SwmmRequests, ForANodeThatIsAheadOrLaterAreDropped) {
         EXPECT_EQ(call.find("setExtInflow"), std::string::npos) << call;
     }
     EXPECT_TRUE(SwmmInflowRequests.empty());
+}
+
+TEST(SwmmRequests, ArePassedByPlantsUntouched) {
+    // The plant lies upstream of the SWMM node and has its turn first.
+    CoupledProject p(
+        "[OUTFALLS]\nO\n[CONNECTIONS]\nC P S NO 0\nD S O NO 0\n[VORN_INPS]\nP m.sti NO\n"
+        "[SWMM_INPS]\nS m.inp NO\n",
+        4);
+    p.model("m.inp", getPassingModel(4, "substances A\n")).model("m.sti", getPassingPlant(4));
+    p.start();
+    ASSERT_EQ(tarnvelde_setSwmmExtInflow("S", "OUT", 1.0), 0);
+    ASSERT_EQ(tarnvelde_setSwmmExtLoad("S", "OUT", "A", 0.25), 0);
+    ASSERT_EQ(tarnvelde_setSwmmSetting("S", "R", 0.5), 0);
+    p.takeCalls();
+    p.step();
+    const Strings calls = p.takeCalls();
+    EXPECT_EQ(calls.front().rfind("m vorn_step", 0), 0u) << calls.front();
+    for (const char* call : {"m swmm_setExtInflow \"OUT\" 1 = 0", "m swmm_setExtPollutLoad \"OUT\" \"A\" 0.25 = 0",
+                             "m swmm_setSetting \"R\" 0.5 675 = 0"}) {
+        EXPECT_EQ(std::count(calls.begin(), calls.end(), call), 2) << call;  // in both steps of the engine
+    }
 }
 
 TEST(SwmmRequests, WaitForTheFirstStepAndGoAtTheClose) {

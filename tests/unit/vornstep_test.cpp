@@ -8,6 +8,7 @@
 #include "engine/project.h"
 #include "hydrology/inflows.h"
 #include "hydrology/subcatch.h"
+#include "support/coupledflow.h"
 #include "support/engines.h"
 #include "support/storagemodel.h"
 
@@ -313,6 +314,21 @@ TEST(VornOutflows, ThatAreSubtractedLeaveNothingNegative) {
     q.start();
     q.step();
     EXPECT_DOUBLE_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 4.0 * 0.5 / 1000.0);
+}
+
+TEST(VornOutflows, AreMultipliedAndThenDivided) {
+    const double concentration = 0.013, flow = 0.1;  // mg/L, m3/s: another order differs in the last bit
+    ASSERT_NE(concentration * flow / 1000.0, concentration / 1000.0 * flow);
+    ASSERT_NE(concentration * flow / 1000.0, concentration * (flow / 1000.0));
+    ASSERT_NE(concentration * flow / 1000.0, concentration * flow * 0.001);
+    CoupledProject p(Through + Constants + "CE A CONSTANT 0.013 1\n", 4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    setFlow(flow);
+    p.step();
+    const CoupledFlow& record = *VornNodes[0].outside.outflows.head;
+    EXPECT_EQ(record.newFlow, flow);
+    EXPECT_EQ(record.newLoad[0], concentration * flow / 1000.0);
 }
 
 // --- books ---------------------------------------------------------------------------------------------------------

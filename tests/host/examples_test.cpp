@@ -1,0 +1,147 @@
+// What the text beside an example says of its results is what the program gives.
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <regex>
+#include <sstream>
+#include <string>
+
+#include "program.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The example with the interceptor: its text, and the report of a run in a folder of its own.
+class Interceptor : public testing::Test {
+protected:
+    TempFolder folder;
+    std::string text;
+    std::string report;
+
+    void SetUp() override {
+        const fs::path example = fs::path(TARNVELDE_SOURCE_DIR) / "examples" / "interceptor";
+        fs::copy(example, folder.path, fs::copy_options::recursive);
+        text = std::regex_replace(readFile(example / "README.md"), std::regex("\\s+"), " ");
+        run();
+    }
+
+    void run() {
+        const ProcessResult result = runProgram({"run", folder.file("interceptor.inp"), "--quiet"});
+        ASSERT_EQ(result.status, 0) << result.err;
+        report = readFile(folder.file("interceptor.rpt"));
+    }
+
+    /// The figure between two pieces of the text, as it stands there.
+    std::string quote(const std::string& before, const std::string& behind) const {
+        const size_t at = text.find(before);
+        const size_t from = at == std::string::npos ? at : at + before.size();
+        const size_t to = from == std::string::npos ? from : text.find(behind, from);
+        if (to == std::string::npos) {
+            ADD_FAILURE() << "the text no longer says \"" << before << "..." << behind << '"';
+            return {};
+        }
+        return text.substr(from, to - from);
+    }
+
+    /// Expects that a figure of the text is a value, rounded to the places that the text gives.
+    void expectQuoted(const std::string& before, const std::string& behind, double value) const {
+        const std::string figure = quote(before, behind);
+        const size_t point = figure.find('.');
+        char rounded[64];
+        std::snprintf(rounded, sizeof rounded, "%.*f",
+                      point == std::string::npos ? 0 : static_cast<int>(figure.size() - point - 1), value);
+        EXPECT_EQ(figure, rounded) << before << "..." << behind;
+    }
+
+    /// A figure of a table of the report: the number of this place behind the name of the row.
+    double read(const std::string& table, const std::string& row, int place) const {
+        const size_t begin = report.find("\n  " + row + " ", report.find("\n  " + table));
+        if (begin == std::string::npos) {
+            ADD_FAILURE() << "no row " << row << " in " << table;
+            return 0.0;
+        }
+        std::istringstream words(report.substr(begin + 3 + row.size(), report.find('\n', begin + 1) - begin));
+        std::string word;
+        for (int k = 0; k <= place; ++k) {
+            words >> word;
+        }
+        return std::stod(word);
+    }
+
+    /// Behind its name the row of a node or link has its kind.
+    double readNode(const std::string& node, int place) const { return read("Node Inflow Summary", node, place); }
+    double readLink(const std::string& link, int place) const { return read("Link Flow Summary", link, place); }
+    double readFlow(const std::string& row) const { return read("Flow Routing Continuity", row, 0); }
+    double readQuality(const std::string& row, int place) const {
+        return read("Quality Routing Continuity", row, place);
+    }
+
+    /// Rows of a table of nodes or links: those between its line of dashes and the blank line that ends it.
+    std::ptrdiff_t countRows(const std::string& table) const {
+        const size_t begin = report.find("\n  ----", report.find("\n  " + table));
+        const std::string rows = report.substr(begin + 1, report.find("\n  \n", begin) - begin - 1);
+        return std::count(rows.begin(), rows.end(), '\n');  // one ahead of each row
+    }
+};
+
+constexpr int VOLUME = 1, LARGEST_FLOW = 2, FLOOD_VOLUME = 3;
+
+}  // namespace
+
+TEST_F(Interceptor, HasAsManyNodesAndLinksAsItsTextSays) {
+    EXPECT_EQ(quote("sewer of ", " nodes"), std::to_string(countRows("Node Inflow Summary")));
+    EXPECT_EQ(quote("nodes and ", " links"), std::to_string(countRows("Link Flow Summary")));
+}
+
+TEST_F(Interceptor, SplitsAsItsTextSays) {
+    expectQuoted("`CSO_OX` sees up to ", " m3/s", readNode("CSO_OX", LARGEST_FLOW));
+    expectQuoted("and passes on ", ": `OXT`", readLink("OXT", LARGEST_FLOW));
+    expectQuoted("the remaining ", " m3/s go over to `OF_OX`", readNode("OF_OX", LARGEST_FLOW));
+    expectQuoted("what is above: of ", " m3/s it passes", readNode("CSO_LI", LARGEST_FLOW));
+    expectQuoted("m3/s it passes on ", " and spills", readLink("LIT", LARGEST_FLOW));
+    expectQuoted("and spills ", ". The works", readNode("OF_LI", LARGEST_FLOW));
+    expectQuoted("no more than its ", " m3/s through `INLET`", readLink("INLET", LARGEST_FLOW));
+    const double siphon = readLink("BARREL_A", VOLUME) + readLink("BARREL_B", VOLUME);
+    expectQuoted("`BARREL_A` carries ", " % of the siphon", readLink("BARREL_A", VOLUME) / siphon * 100.0);
+    expectQuoted("and `BARREL_B` ", " %. `RETURN`", readLink("BARREL_B", VOLUME) / siphon * 100.0);
+}
+
+TEST_F(Interceptor, FloodsAndSpillsAsItsTextSays) {
+    expectQuoted("`LI5_LI6` is held at its ", " m3/s for", readLink("LI5_LI6", LARGEST_FLOW));
+    expectQuoted("an hour and a half; ", " m3 of flood", readLink("LI5_LI6", FLOOD_VOLUME));
+    expectQuoted("spill alone holds ", " t of COD", read("Outfall Loading Summary", "OF_OX", 0) / 1000.0);
+}
+
+TEST_F(Interceptor, MissesTheWaterThatItsTextSays) {
+    const double in = readFlow("Dry Weather Inflow") + readFlow("External Inflow");
+    const double out =
+        readFlow("External Outflow") + readFlow("Flooding Loss") + readFlow("Delayed Vol.") + readFlow("Final Storage");
+    expectQuoted("*Flow Routing Continuity* ends with ", " %", readFlow("Continuity Error (%)"));
+    expectQuoted(" %: of ", " m3 that came in", in);
+    expectQuoted("that came in, ", " m3 are in no line", in - out);
+    EXPECT_NEAR(readFlow("Continuity Error (%)"), (in - out) / in * 100.0, 0.0005);
+}
+
+TEST_F(Interceptor, MissesTheMassThatItsTextSays) {
+    expectQuoted("*Quality Routing Continuity* ends with ", " and", readQuality("Continuity Error (%)", 0));
+    expectQuoted("Continuity* ends with 2.1 and ", " %", readQuality("Continuity Error (%)", 1));
+    expectQuoted("stands in *Reacted Loss* (", " kg of COD", readQuality("Reacted Loss", 0));
+    expectQuoted("kg of COD, ", " kg of TSS", readQuality("Reacted Loss", 1));
+}
+
+TEST_F(Interceptor, MissesLessWithoutDecayAsItsTextSays) {
+    std::string model = readFile(folder.file("interceptor.inp"));
+    const size_t begin = model.find("\n[DECAY_COEFFICIENT]") + 1;
+    ASSERT_NE(begin, 0u);
+    model.erase(begin, model.find("\n[", begin) + 1 - begin);
+    folder.write("interceptor.inp", model);
+    run();
+    EXPECT_EQ(readQuality("Reacted Loss", 0), 0.0);
+    for (const int pollutant : {0, 1}) {
+        expectQuoted("both errors fall to ", " %", readQuality("Continuity Error (%)", pollutant));
+    }
+}

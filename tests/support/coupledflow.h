@@ -1,0 +1,14 @@
+#pragma once
+// What a test sends into an outside model.
+
+#include "hydrology/inflows.h"
+#include "support/storagemodel.h"
+
+/// Sets the dry weather flow of J, m3/s, for the steps to come.
+inline void setFlow(double flow) {
+    for (DwfInflow* record = getNode("J").dwfInflow; record; record = record->next) {
+        if (record->pollutant < 0) {
+            record->average = flow;
+        }
+    }
+}

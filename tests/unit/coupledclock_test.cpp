@@ -1,0 +1,263 @@
+// Clocks of outside engines between those of the network: what is passed at the times in between, when an engine has
+// enough, what a second run begins with, and nodes that are visited more than once in a step.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "coupling/converter.h"
+#include "coupling/feed.h"
+#include "coupling/swmm.h"
+#include "coupling/vorn.h"
+#include "engine/project.h"
+#include "routing/connection.h"
+#include "support/coupledflow.h"
+#include "support/engines.h"
+#include "support/storagemodel.h"
+
+using Strings = std::vector<std::string>;
+
+static constexpr double DT = COUPLED_STEP;
+
+// --- what goes in between two states -------------------------------------------------------------------------------
+
+/// The numbers that calls of an entry pass, those that begin so.
+static std::vector<double> takePassed(CoupledProject& p, const std::string& beginning) {
+    std::vector<double> numbers;
+    for (const std::string& call : p.takeCalls(beginning)) {
+        numbers.push_back(std::stod(call.substr(beginning.size())));
+    }
+    return numbers;
+}
+
+static void expectNear(const std::vector<double>& numbers, const std::vector<double>& expected,
+                       const std::string& what) {
+    ASSERT_EQ(numbers.size(), expected.size()) << what;
+    for (size_t k = 0; k < numbers.size(); ++k) {
+        EXPECT_NEAR(numbers[k], expected[k], 1e-12) << what << ", call " << k;
+    }
+}
+
+/// Flows of three routing steps, and what an engine meets whose own step is three quarters of theirs. Its clock stands
+/// at 0, 0.75 | 1.5 | 2.25, 3 routing steps when it is asked; at 3 exactly, it steps once more.
+static const std::vector<double> NetworkFlows = {1.0, 3.0, 7.0};
+static const std::vector<double> EngineFlows = {0.0, 0.75 * 1.0, 0.5 * 1.0 + 0.5 * 3.0, 0.75 * 3.0 + 0.25 * 7.0, 7.0};
+
+static std::vector<double> scale(const std::vector<double>& numbers, double factor) {
+    std::vector<double> scaled;
+    for (const double number : numbers) {
+        scaled.push_back(number * factor);
+    }
+    return scaled;
+}
+
+static void runFlows(CoupledProject& p) {
+    p.start();
+    for (const double flow : NetworkFlows) {
+        setFlow(flow);
+        p.step();
+    }
+}
+
+static const std::string Source =
+    "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[DWFS]\nJ FLOW 0 \"\"\nJ A 64 \"\"\n";
+
+TEST(SwmmClock, BetweenTwoStatesTakesFlowAndLoadInProportion) {
+    for (const bool isLoad : {false, true}) {
+        CoupledProject p(Source + "[CONNECTIONS]\nC J S NO 0\n[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\n", 6);
+        p.model("m.inp", getPassingModel(6, "step 506.25\nsubstances A\n"));
+        runFlows(p);
+        if (isLoad) {
+            expectNear(takePassed(p, "m swmm_setExtPollutLoad \"IN\" \"A\" "), scale(EngineFlows, 0.064), "kg/s");
+        } else {
+            expectNear(takePassed(p, "m swmm_setExtInflow \"IN\" "), EngineFlows, "m3/s");
+        }
+    }
+}
+
+static const std::string PlantConverters =
+    "[CONVERTERS]\nCI COD POLLUTANT A 2\nCI NH4 CONSTANT 4 0.5\nCI NO3 CONSTANT 0 0\nCI TP CONSTANT 0 0\n"
+    "CI TSS CONSTANT 0 0\nCI ALK CONSTANT 0 0\nCE VORN_EFFLUENT\nCE A CONSTANT 3 1\n";
+
+TEST(VornClock, BetweenTwoStatesTakesFlowAndConstituentsInProportion) {
+    // m3/s; COD from twice 64 mg/L; NH4 from half of 4 mg/L, in g/s.
+    const double perFlow[] = {1.0, 128.0, 2.0};
+    const std::string project =
+        Source + "[CONNECTIONS]\nC J P NO 0\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\n" + PlantConverters;
+    for (int index = 0; index < 3; ++index) {
+        CoupledProject p(project, 6);
+        p.model("m.sti", getPassingPlant(6, "step 506.25\n"));
+        runFlows(p);
+        const std::string call = "m vorn_setExtInflow \"I\" " + std::to_string(index) + " ";
+        expectNear(takePassed(p, call), scale(EngineFlows, perFlow[index]), call);
+    }
+}
+
+// --- what comes out between two states -----------------------------------------------------------------------------
+
+TEST(VornClock, BetweenTwoStatesGivesFlowAndLoadInProportion) {
+    CoupledProject p(Source +
+                         "[CONNECTIONS]\nC J P NO 0\nD P O NO 0\n[VORN_INPS]\nP m.sti NO\nINFLUENT I C CI\n"
+                         "EFFLUENT E D CE\n" +
+                         PlantConverters,
+                     8);
+    p.model("m.sti", getPassingPlant(8, "step 1350\n"));
+    p.start();
+    setFlow(0.5);
+    // The plant steps at 0, with nothing, and at 2 routing steps, with all; what it then has stands at 4.
+    const double flows[] = {0.0, 0.0, 0.25, 0.5};
+    for (const double flow : flows) {
+        p.step();
+        EXPECT_EQ(getLink("D").newFlow, flow);
+        EXPECT_NEAR(getLink("D").newQual[0], flow > 0.0 ? 3.0 : 0.0, 1e-12);
+    }
+    EXPECT_EQ(FlowTotals.vornInflow, DT * 0.25);  // the flow of the step before
+    EXPECT_NEAR(QualTotals[0].vornInflow, DT * 0.003 * 0.75, 1e-15);
+    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
+    EXPECT_EQ(QualTotals[0].swmmInflow, 0.0);
+}
+
+TEST(SwmmOutflows, AreMultipliedAndThenDivided) {
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[OUTFALLS]\nO\n[CONNECTIONS]\nD S O NO 0\n[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT D\n", 4);
+    p.model("m.inp", getPassingModel(4, "substances A\nspring OUT 0.7 5.3\n"));
+    p.start();
+    p.step();
+    const double flow = 0.7, concentration = flow * 5.3 / 1000.0 / flow * 1000.0;  // as the engine gives it
+    ASSERT_NE(flow * concentration / 1000.0, flow * (concentration / 1000.0));
+    EXPECT_EQ(SwmmNodes[0].outside.outflows.head->newLoad[0], flow * concentration / 1000.0);
+}
+
+// --- elapsed times -------------------------------------------------------------------------------------------------
+
+static std::vector<double> Elapsed;  ///< days that the engine of these tests tells, call by call
+static size_t StepCalls;
+
+static const OutsideCalls Calls = {nullptr, nullptr,
+                                   [](double* elapsed) {
+                                       *elapsed = Elapsed.at(StepCalls++);
+                                       return 0;
+                                   },
+                                   nullptr, nullptr};
+
+/// Steps an engine up to a routing clock, ms; the number of its steps.
+static size_t advance(OutsideNode& outside, double routingTime, const std::vector<double>& elapsed) {
+    const double before = NewRoutingTime;
+    NewRoutingTime = routingTime;
+    Elapsed = elapsed;
+    StepCalls = 0;
+    outside_advance(
+        outside, Calls, [] {}, [] {});
+    NewRoutingTime = before;
+    return StepCalls;
+}
+
+TEST(EngineClock, ThatIsNoNumberEndsTheRepetition) {
+    OutsideNode outside{};
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_EQ(advance(outside, 675000.0, {COUPLED_STEP_DAYS / 2.0, nan, 1.0}), 2u);
+    EXPECT_EQ(outside.oldTime, 337500.0);
+    EXPECT_TRUE(std::isnan(outside.newTime));
+    // It isn't ahead either, so it is asked once more in the next step.
+    EXPECT_EQ(advance(outside, 1350000.0, {nan, 1.0}), 1u);
+    EXPECT_TRUE(std::isnan(outside.oldTime));
+}
+
+TEST(EngineClock, IsTheProductOfDaysAndTheMillisecondsOfADay) {
+    // Times of whole seconds where two products would round otherwise than one.
+    int count = 0;
+    for (int seconds = 1; seconds <= 86400; ++seconds) {
+        const double elapsed = seconds / 86400.0;
+        if (elapsed * 86400000.0 == elapsed * 86400.0 * 1000.0) {
+            continue;
+        }
+        ++count;
+        OutsideNode outside{};
+        EXPECT_EQ(advance(outside, 0.0, {elapsed}), 1u);
+        ASSERT_EQ(outside.newTime, elapsed * 86400000.0) << seconds << " s";
+    }
+    EXPECT_GT(count, 0);
+}
+
+// --- a second run --------------------------------------------------------------------------------------------------
+
+TEST(CoupledRecords, BeginASecondRunWithNothing) {
+    CoupledProject p(Source +
+                         "[CONNECTIONS]\nC J S NO 0\n[PIPES]\nX S O NO 2700 1 0 0\n"
+                         "[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\nOUTFLOW OUT X\n",
+                     4);
+    p.model("m.inp", getPassingModel(4, "substances A\n"));
+    p.start();
+    setFlow(0.5);
+    p.step(4);
+    const CoupledFlow& in = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& out = *SwmmNodes[0].outside.outflows.head;
+    EXPECT_EQ(in.newFlow, 0.5);
+    EXPECT_GT(out.sumFlow, 0.0);
+    EXPECT_GT(out.sumCount, 0);
+    ASSERT_EQ(tarnvelde_end(), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    for (const CoupledFlow* record : {&in, &out}) {
+        EXPECT_EQ(record->oldFlow, 0.0);
+        EXPECT_EQ(record->newFlow, 0.0);
+        EXPECT_EQ(record->sumFlow, 0.0);
+        EXPECT_EQ(record->sumCount, 0);
+        EXPECT_EQ(record->oldLoad[0], 0.0);
+        EXPECT_EQ(record->newLoad[0], 0.0);
+        EXPECT_EQ(record->sumLoad[0], 0.0);
+    }
+    EXPECT_EQ(SwmmNodes[0].outside.oldTime, 0.0);
+    EXPECT_EQ(SwmmNodes[0].outside.newTime, 0.0);
+}
+
+// --- nodes that are visited again ----------------------------------------------------------------------------------
+
+/// A circle of C and D that no head leads into. The two ways to S give the walk over all paths the number of nodes that
+/// it asks for, so the project passes, and S, which is node 0, is visited in the two open places again.
+static const std::string Circle =
+    "[JUNCTIONS]\nC\nD\n[SPLITTERS]\nJ K RATIO 0.5\n[OUTFALLS]\nO\n[CONNECTIONS]\nK J S NO 0\nL J S NO 0\nM S O NO 0\n"
+    "N C D NO 0\nQ D C NO 0\n[POLLUTANTS]\nA 0\n[DWFS]\nJ FLOW 4 \"\"\nJ A 8 \"\"\n";
+
+TEST(NodeOrder, VisitsASwmmNodeInThePlaceOfNodesThatAreNeverReached) {
+    CoupledProject p("[SWMM_INPS]\nS m.inp NO\nINFLOW IN K\nOUTFLOW OUT M\n" + Circle, 4);
+    p.model("m.inp", getPassingModel(4, "substances A\nspring OUT 0.25\n"));
+    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(findNode("S"), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    ASSERT_EQ(tarnvelde_setSwmmExtInflow("S", "OUT", 1.0), 0);
+    p.takeCalls();
+    p.step();
+    // Three times the 2 m3/s of K are added up; its load is set three times.
+    const CoupledFlow& in = *SwmmNodes[0].outside.inflows.head;
+    EXPECT_EQ(in.newFlow, 3.0 * 2.0);
+    EXPECT_NEAR(in.newLoad[0], 2.0 * 8.0 / 1000.0, 1e-15);
+    EXPECT_EQ(FlowTotals.swmmOutflow, DT * 2.0 * 3.0);
+    EXPECT_NEAR(QualTotals[0].swmmOutflow, DT * 0.016 * 3.0, 1e-12);
+    // The engine is ahead after the first visit, with the inflow as it was then, and meets the request in that alone.
+    const Strings calls = p.takeCalls("m swmm_setExtInflow");
+    EXPECT_EQ(calls, (Strings{"m swmm_setExtInflow \"OUT\" 1 = 0", "m swmm_setExtInflow \"IN\" 0 = 0",
+                              "m swmm_setExtInflow \"OUT\" 1 = 0", "m swmm_setExtInflow \"IN\" 2 = 0"}));
+    // What leaves is queued in each visit, and counted as the flow that stood before it: 0, then 1.25 twice.
+    EXPECT_EQ(Connections[2].flowQueue.end - Connections[2].flowQueue.first, 3);
+    EXPECT_EQ(getLink("M").newFlow, 1.25);
+    EXPECT_EQ(FlowTotals.swmmInflow, DT * 1.25 * 2.0);
+}
+
+TEST(NodeOrder, VisitsAPlantInThePlaceOfNodesThatAreNeverReached) {
+    CoupledProject p("[VORN_INPS]\nS m.sti NO\nINFLUENT I K CI\nEFFLUENT E M CE\n" + Circle + PlantConverters, 4);
+    p.model("m.sti", getPassingPlant(4));
+    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(findNode("S"), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    p.takeCalls();
+    p.step();
+    // Here the constituents add up as the flow does: COD from twice 8 mg/L.
+    const CoupledFlow& in = *VornNodes[0].outside.inflows.head;
+    EXPECT_EQ(in.newFlow, 3.0 * 2.0);
+    EXPECT_NEAR(in.newLoad[0], 3.0 * 2.0 * 16.0, 1e-12);
+    EXPECT_EQ(FlowTotals.vornOutflow, DT * 2.0 * 3.0);
+    EXPECT_EQ(p.takeCalls("m vorn_step").size(), 2u);
+    EXPECT_EQ(Connections[2].flowQueue.end - Connections[2].flowQueue.first, 3);
+}
