@@ -6,14 +6,7 @@
 #include <cstdint>
 
 #include "platform/memory.h"
-
-#if defined(__SANITIZE_ADDRESS__)
-static constexpr bool IS_MEMORY_SHADOWED = true;
-#elif defined(__has_feature)
-static constexpr bool IS_MEMORY_SHADOWED = __has_feature(address_sanitizer);
-#else
-static constexpr bool IS_MEMORY_SHADOWED = false;
-#endif
+#include "support/sanitizer.h"
 
 struct ArenaTest : testing::Test {
     Arena arena{};
@@ -46,7 +39,7 @@ TEST_F(ArenaTest, RefusesMoreThanTheMachineHas) {
 
 // Two requests of which each would fit: the first isn't touched, so the machine doesn't miss it yet.
 TEST_F(ArenaTest, RefusesWhatWouldFitOnlyBesideUntouchedMemory) {
-    if (IS_MEMORY_SHADOWED) {
+    if (IS_FREED_MEMORY_KEPT) {
         GTEST_SKIP() << "the shadow of so much memory would be real";
     }
     size_t available = size_t{1} << 20;
