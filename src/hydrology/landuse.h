@@ -15,7 +15,8 @@ struct BuildupRule {
     double rateConstant;  ///< 1/day
 };
 
-/// The words of a line of [WASHOFF]; those behind EMC act as EMC with an event-mean concentration of 0.
+/// The words of a line of [WASHOFF]; those behind EMC act as EMC with the concentration of an older EMC line, 0 without
+/// one.
 enum WashoffKind : int32_t {
     WASHOFF_EXP,
     WASHOFF_EMC,

@@ -258,6 +258,19 @@ TEST_F(DryTest, BuildupNeverFallsInTheRun) {
     EXPECT_EQ(Subcatches[0].landShares[0].buildup[0], 50.0);
 }
 
+TEST_F(DryTest, NegativeShareRisesToItsNegativeLimit) {
+    project.series = "T 0:00 0\n";
+    ASSERT_EQ(startWith("[COVERAGES]\nS Roof -10\n[BUILDUP]\nRoof A 12 0.4\n[LOADINGS]\nS A 50\n"
+                        "[WASHOFF]\nRoof A EXP 1 1 0\n"),
+              0);
+    stepToEnd();
+    // A tenth of a hectare, taken off: 50 kg/ha at the start, 12 kg/ha from the first dry step on.
+    const Subcatch& s = Subcatches[0];
+    EXPECT_NEAR(s.initBuildup[0], -0.1 * 50.0, 1e-12);
+    EXPECT_NEAR(s.landShares[0].buildup[0], -0.1 * 12.0, 1e-12);
+    EXPECT_NEAR(s.surfaceBuildup[0], -0.1 * 12.0 + 0.1 * 50.0, 1e-12) << "the rise counts as built up";
+}
+
 TEST_F(DryTest, LandUseWithoutAShareStaysEmpty) {
     project.general = "START_DRY_DAYS 5\n";
     ASSERT_EQ(startWith("[BUILDUP]\nRoof B 12 0.4\n[WASHOFF]\nRoof B EMC 10 NO 0\n"), 0);
@@ -372,6 +385,32 @@ TEST_F(WashLandTest, OtherKindsActAsEventMeanWithoutAConcentration) {
     }
 }
 
+TEST_F(WashLandTest, OtherKindsGiveOffAConcentrationThatTheyKept) {
+    for (int32_t kind = WASHOFF_SURFACE; kind <= WASHOFF_DRAIN; ++kind) {
+        *rule = {kind, 9.0, 1.0, 50.0, 0.0, 1};
+        *buildup = 20.0;
+        s->runoffLoad[0] = 0.0;
+        wash();
+        const double mass = 0.05 * RATE * s->area * STEP;  // 0.3 kg; the coefficient and exponent count for nothing
+        EXPECT_NEAR(s->runoffLoad[0], mass, 1e-14) << "kind " << kind;
+        EXPECT_NEAR(*buildup, 20.0 - mass, 1e-12) << "kind " << kind;
+    }
+}
+
+TEST_F(LanduseTest, OtherKindBehindAnEventMeanLineWashesOffAtItsConcentration) {
+    // B, which clean rain doesn't bring.
+    ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n[LOADINGS]\nS B 20\n"
+                        "[WASHOFF]\nRoof B EMC 50 YES 0\nRoof B SOIL 0 0 0\n"),
+              0);
+    Subcatch& s = Subcatches[0];
+    s.imperviousDepth = 0.02;  // runs off
+    runoff_advance();
+    ASSERT_GT(s.thisRunoff, 0.0);
+    EXPECT_NEAR(s.thisQuality[1], 50.0, 1e-10);
+    EXPECT_NEAR(s.landShares[0].buildup[1], 20.0 - 0.05 * s.thisRunoff * RunoffStep, 1e-12)
+        << "and takes it from there";
+}
+
 TEST_F(WashLandTest, TrickleWashesNothing) {
     *rule = {WASHOFF_EMC, 0.0, 0.0, 50.0, 0.0, 1};
     subcatch_washLand(0, 7.0e-10, STEP);
@@ -464,12 +503,26 @@ TEST_F(WashRainTest, TreatmentTakesItsShareOfWhatLeaves) {
     EXPECT_NEAR(s->runoffLoad[0], 0.8 * 0.15, 1e-14);
 }
 
+TEST_F(WashRainTest, TreatmentIsThatOfThePollutant) {
+    Polluts[1].rainConcentration = 10.0;
+    Landuses[0].washoff[0].removal = 0.0;
+    Landuses[0].washoff[1].removal = 0.5;
+    RunoffVolumes.surfaceOutflow = 25.0;  // half the water, with half of 0.3 kg each
+    subcatch_washRain(0, STEP);
+    EXPECT_NEAR(s->runoffLoad[0], 0.15, 1e-14);
+    EXPECT_EQ(s->bmpRemoval[0], 0.0);
+    EXPECT_NEAR(s->runoffLoad[1], 0.5 * 0.15, 1e-14);
+    EXPECT_NEAR(s->bmpRemoval[1], 0.5 * 0.15, 1e-14);
+}
+
 TEST_F(WashRainTest, WithoutWaterThePondedMassIsDropped) {
     RunoffVolumes.wetInflow = 0.0;
     s->rain = 0.0;
     s->pondedMass[0] = 5.0;
+    s->pondedMass[1] = 3.0;
     subcatch_washRain(0, STEP);
     EXPECT_EQ(s->pondedMass[0], 0.0);
+    EXPECT_EQ(s->pondedMass[1], 0.0) << "of each pollutant";
     EXPECT_EQ(s->wetDeposition[0], 0.0);
     EXPECT_EQ(s->infilLoss[0], 0.0);
     EXPECT_EQ(s->runoffLoad[0], 0.0);

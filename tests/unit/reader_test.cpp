@@ -505,6 +505,11 @@ TEST(EvaporationLines, MayBeGoodOnce) {
     EXPECT_EQ(Evap.constant, -1.0);
 }
 
+TEST(EvaporationLines, AreTestedForTheirWordBeforeTheyAreASecondOne) {
+    EXPECT_EQ(getErrors("[EVAPORATION]\nCONSTANT 1\nDAILY 2\n"),
+              lineError("ERROR 205: invalid keyword DAILY ", LINES_BEFORE + 3, "[EVAPORATION]", "DAILY 2\n"));
+}
+
 TEST(RuleLines, NeedARuleFirst) {
     expectRefused("[CONTROL_RULES]", "IF", "ERROR 203: too few items ");
     expectRefused("[CONTROL_RULES]", "IF NODE A", "ERROR 215: control rule clause invalid or out of sequence ");

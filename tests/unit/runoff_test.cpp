@@ -206,6 +206,9 @@ TEST_F(RunoffTest, EvaporationIsSetByTheStep) {
     EXPECT_EQ(Evap.rate, 0.0) << "before the first step";
     runoff_advance();
     EXPECT_DOUBLE_EQ(Evap.rate, 1e-7);
+    tarnvelde_end();
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(Evap.rate, 0.0) << "before the first step of a second run";
 }
 
 TEST_F(RunoffTest, MonthIsThatOfTheStartOfTheStep) {
@@ -277,20 +280,27 @@ LandProject makeTown() {
     return project;
 }
 
+/// What a run has made of the town, to be compared to the last bit.
+std::vector<double> getFigures() {
+    std::vector<double> figures;
+    for (const Subcatch& s : Subcatches) {
+        figures.insert(figures.end(),
+                       {s.rainfall, s.evap, s.infil, s.runoff, s.peakRunoff, s.lastRunoff, s.thisRunoff});
+        for (int32_t p = 0; p < 2; ++p) {
+            figures.insert(figures.end(), {s.initBuildup[p], s.surfaceBuildup[p], s.wetDeposition[p], s.infilLoss[p],
+                                           s.bmpRemoval[p], s.surfaceWashoff[p], s.pondedMass[p],
+                                           s.landShares[0].buildup[p], s.landShares[1].buildup[p]});
+        }
+    }
+    return figures;
+}
+
 TEST_F(RunoffTest, SecondRunGivesTheSame) {
     ASSERT_EQ(start(makeTown()), 0);
     std::vector<double> first, second;
     for (std::vector<double>* figures : {&first, &second}) {
         stepToEnd();
-        for (const Subcatch& s : Subcatches) {
-            figures->insert(figures->end(),
-                            {s.rainfall, s.evap, s.infil, s.runoff, s.peakRunoff, s.lastRunoff, s.thisRunoff});
-            for (int32_t p = 0; p < 2; ++p) {
-                figures->insert(figures->end(), {s.initBuildup[p], s.surfaceBuildup[p], s.wetDeposition[p],
-                                                 s.infilLoss[p], s.bmpRemoval[p], s.surfaceWashoff[p], s.pondedMass[p],
-                                                 s.landShares[0].buildup[p], s.landShares[1].buildup[p]});
-            }
-        }
+        *figures = getFigures();
         tarnvelde_end();
         if (figures == &first) {
             EXPECT_EQ(Subcatches[0].runoffLoad, nullptr) << "let go of with the run";
@@ -300,6 +310,25 @@ TEST_F(RunoffTest, SecondRunGivesTheSame) {
     EXPECT_EQ(first, second);
     EXPECT_GT(first[3], 0.0);
     EXPECT_GT(first[7 + 5], 0.0);
+}
+
+TEST_F(RunoffTest, SeriesInAFileGivesTheSameInEachRun) {
+    LandProject project = makeTown();
+    ASSERT_EQ(start(project), 0);
+    stepToEnd();
+    const std::vector<double> inMemory = getFigures();
+    tarnvelde_close();
+    folder.write("rain.dat",
+                 "2021/03/01 0:30 6\n2021/03/01 0:35 24\n2021/03/01 0:40 60\n2021/03/01 0:45 30\n2021/03/01 0:50 6\n"
+                 "2021/03/01 3:00 12\n");
+    project.series = "T FILE rain.dat\n";
+    ASSERT_EQ(open(project), 0) << readReport();
+    for (int32_t run = 1; run <= 2; ++run) {
+        ASSERT_EQ(tarnvelde_start(0), 0);
+        stepToEnd();  // reads the file to its end
+        EXPECT_EQ(getFigures(), inMemory) << "run " << run;
+        tarnvelde_end();
+    }
 }
 
 TEST_F(RunoffTest, NothingIsAllocatedInAStep) {
