@@ -381,6 +381,7 @@ TEST(Database, AKilledRunLeavesTheOldResultsWhole) {
         return raise(SIGKILL);
     });
     EXPECT_EQ(status, 128 + SIGKILL);
+    EXPECT_TRUE(std::filesystem::exists(getDatabase(project) + "-journal")) << "the run has died before it wrote";
     EXPECT_EQ(ask(getDatabase(project), "pragma integrity_check"), "ok\n");
     EXPECT_EQ(ask(getDatabase(project), "select * from Connection"), rows);
     EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "4\n");
