@@ -7,7 +7,7 @@
 //     tarnvelde --version
 //     tarnvelde [COMMAND] --help
 //
-// Exit status: 0 on success, 1 when the engine reports an error or a file of results can't be read, 2 on wrong usage.
+// Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -74,8 +74,7 @@ static int runCommand(int argumentCount, char** arguments) {
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
     app.require_subcommand(1);
     app.footer(
-        "Exit status: 0 on success, 1 when the engine reports an error or a file of results can't be read, 2 on wrong "
-        "usage.");
+        "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage.");
 
     RunRequest request{};
     CLI::App* run = app.add_subcommand("run", "Run a simulation");

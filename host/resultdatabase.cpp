@@ -140,8 +140,7 @@ double getDate(const ResultFile& file, int64_t period) {
 }  // namespace
 
 void result_openDatabase(ResultFile& file) {
-    // A run that was killed leaves a journal, by which the first who may write gives back the results of the run
-    // before.
+    // A run that was killed leaves a journal. By it, the first who may write puts the results of the run before back.
     int code = openAndTry(file, SQLITE_OPEN_READONLY);
     const bool isUnfinished = code == SQLITE_READONLY_ROLLBACK;
     if (isUnfinished) {

@@ -53,9 +53,8 @@ static int32_t stepProject(const ProjectFiles& files, int32_t saveMode) {
     return code != 0 ? code : closeCode;
 }
 
-/// Where the results of a run go. An open compares the name of the binary file with the others in every case. A run
-/// into the database makes no binary file, so the name of the database takes its place there and stands in nobody's
-/// way.
+/// Where the results of a run go. An open compares the name of the binary file with the others even where none is made:
+/// for a run into the database it gets the name of the database, which no other file of the run may have anyway.
 static std::string nameResults(const RunRequest& request) {
     if (request.toDatabase) {
         return files_replaceExtension(request.model, ".db");
