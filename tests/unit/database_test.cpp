@@ -197,7 +197,7 @@ TEST(Database, ADoubledApostropheStandsForOne) {
 static std::string nestTables(int levels) {
     std::string query = "(select/**/1)";
     for (int k = 0; k < levels; ++k) {
-        query = "(with/**/c/**/as" + query + "select/**/1/**/from/**/c,c,c,c,c,c,c,c)";
+        query.insert(0, "(with/**/c/**/as").append("select/**/1/**/from/**/c,c,c,c,c,c,c,c)");
     }
     return query;
 }
