@@ -4,8 +4,10 @@
 //     tarnvelde check MODEL.inp
 //     tarnvelde results FILE [--object O [--column C]] [--summary] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
+//     tarnvelde --version
+//     tarnvelde [COMMAND] --help
 //
-// Exit status: 0 on success, 1 when the engine reports an error, 2 on wrong usage.
+// Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -71,7 +73,8 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
     app.require_subcommand(1);
-    app.footer("Exit status: 0 on success, 1 when the engine reports an error, 2 on wrong usage.");
+    app.footer(
+        "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage.");
 
     RunRequest request{};
     CLI::App* run = app.add_subcommand("run", "Run a simulation");

@@ -21,7 +21,7 @@ Progress progress_begin(double totalDays) {
     return Progress{isatty(STDERR_FILENO) != 0 && totalDays > 0.0, totalDays, now, now - BETWEEN_DRAWINGS};
 }
 
-static std::string formatTimeLeft(double seconds) {
+std::string progress_formatTimeLeft(double seconds) {
     if (!(seconds < 360000.0)) {
         return "more than 100 h left";
     }
@@ -52,7 +52,7 @@ void progress_update(Progress& progress, double days) {
     std::string timeLeft;
     if (spent >= FIRST_GUESS && share > 0.0) {
         const double seconds = std::chrono::duration<double>(spent).count();
-        timeLeft = "   " + formatTimeLeft(seconds * (1.0 - share) / share);
+        timeLeft = "   " + progress_formatTimeLeft(seconds * (1.0 - share) / share);
     }
     std::fprintf(stderr, "%s  [%s] %3d %%   day %.1f of %.1f%s", CLEAR_LINE, bar.c_str(),
                  static_cast<int>(share * 100.0), days, progress.totalDays, timeLeft.c_str());

@@ -3,6 +3,7 @@
 // is no terminal.
 
 #include <chrono>
+#include <string>
 
 struct Progress {
     bool isShown;
@@ -18,3 +19,8 @@ void progress_update(Progress& progress, double days);
 
 /// Takes the bar away, so that what is printed next has the line for itself.
 void progress_end(Progress& progress);
+
+// --- part of the bar -----------------------------------------------------------------------------------------------
+
+/// "1:30 left", "2:05:00 left", to the nearest second, or "more than 100 h left".
+std::string progress_formatTimeLeft(double seconds);

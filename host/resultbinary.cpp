@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "resultfile.h"
@@ -160,8 +161,8 @@ double getDate(const unsigned char* bytes) {
 
 void result_openBinary(ResultFile& file) {
     struct stat status;
-    if (fstat(fileno(file.binary), &status) != 0 || (status.st_mode & S_IFMT) != S_IFREG) {
-        throw ResultError(file.name + " is no file of results");
+    if (fstat(fileno(file.binary), &status) != 0) {
+        throw ResultError(file.name + " can't be read");
     }
     Cursor cursor{file, static_cast<uint64_t>(status.st_size), 0};
     if (cursor.length < 4 || cursor.readInteger() != MAGIC_NUMBER) {
@@ -181,6 +182,9 @@ void result_openBinary(ResultFile& file) {
     sections[2] = cursor.place;
     file.startDate = cursor.readDouble();
     file.reportStep = cursor.readInteger();
+    if (!std::isfinite(file.startDate) || file.reportStep <= 0) {
+        cursor.fail("is damaged: it has no start or no report step");
+    }
     sections[3] = file.resultsOffset = cursor.place;
     uint64_t values = 0;
     for (ResultTable& table : file.tables) {

@@ -58,6 +58,18 @@ std::string quoteName(const std::string& name) {
     return quoted + '"';
 }
 
+/// Opens the database in place of one that is open, and reads its schema; the extended code of SQLite.
+int openAndTry(ResultFile& file, int access) {
+    sqlite3_close(file.database);
+    file.database = nullptr;
+    if (sqlite3_open_v2(file.name.c_str(), &file.database, access, nullptr) != SQLITE_OK) {
+        throw ResultError("cannot open " + file.name);
+    }
+    sqlite3_busy_timeout(file.database, 2000);
+    sqlite3_exec(file.database, "select 1 from sqlite_master", nullptr, nullptr, nullptr);
+    return sqlite3_extended_errcode(file.database);
+}
+
 bool hasTable(const ResultFile& file, const std::string& name) {
     Query query(file, "select 1 from sqlite_master where type = 'table' and name = '" + name + "'");
     return query.next();
@@ -128,10 +140,17 @@ double getDate(const ResultFile& file, int64_t period) {
 }  // namespace
 
 void result_openDatabase(ResultFile& file) {
-    if (sqlite3_open_v2(file.name.c_str(), &file.database, SQLITE_OPEN_READONLY, nullptr) != SQLITE_OK) {
-        throw ResultError("cannot open " + file.name);
+    // A run that was killed leaves a journal. By it, the first who may write puts the results of the run before back.
+    int code = openAndTry(file, SQLITE_OPEN_READONLY);
+    const bool isUnfinished = code == SQLITE_READONLY_ROLLBACK;
+    if (isUnfinished) {
+        code = openAndTry(file, SQLITE_OPEN_READWRITE);
     }
-    sqlite3_busy_timeout(file.database, 2000);
+    if (code != SQLITE_OK) {
+        throw ResultError(file.name + " can't be read: " +
+                          (isUnfinished ? "an unfinished run must be rolled back first, which failed: " : "") +
+                          sqlite3_errmsg(file.database));
+    }
     readGeneralInfo(file);
     for (ResultTable& table : result_listTables({})) {
         readTable(file, table);

@@ -10,6 +10,8 @@
 #include <cmath>
 #include <cstring>
 
+#include "files.h"
+
 ResultFile::~ResultFile() {
     if (binary) {
         std::fclose(binary);
@@ -192,6 +194,9 @@ ResultChoice result_findColumn(const ResultFile& file, const std::string& object
 
 void result_open(ResultFile& file, const std::string& name) {
     file.name = name;
+    if (files_exists(name) && !files_isRegular(name)) {
+        throw ResultError(name + " is no file of results");  // opening a pipe would wait for a writer
+    }
     file.binary = std::fopen(name.c_str(), "rb");
     if (!file.binary) {
         throw ResultError("cannot open " + name + ": " + std::strerror(errno));

@@ -53,10 +53,19 @@ static int32_t stepProject(const ProjectFiles& files, int32_t saveMode) {
     return code != 0 ? code : closeCode;
 }
 
-/// Whether any two of the files of a run are one; `results` is where its results go.
-static bool isAmbiguous(const ProjectFiles& files, const std::string& results) {
-    return files_isSame(files.model, files.report) || files_isSame(files.model, results) ||
-           files_isSame(files.report, results);
+/// Where the results of a run go. An open compares the name of the binary file with the others even where none is made:
+/// for a run into the database it gets the name of the database, which no other file of the run may have anyway.
+static std::string nameResults(const RunRequest& request) {
+    if (request.toDatabase) {
+        return files_replaceExtension(request.model, ".db");
+    }
+    return request.results.empty() ? files_replaceExtension(request.model, ".bin") : request.results;
+}
+
+/// Whether any two of the files of a run are one.
+static bool isAmbiguous(const ProjectFiles& files) {
+    return files_isSame(files.model, files.report) || files_isSame(files.model, files.results) ||
+           files_isSame(files.report, files.results);
 }
 
 /// Whether the report has its table of flows. The engine tells nothing of a report that a full disk cuts. What is no
@@ -77,13 +86,12 @@ static bool isComplete(const std::string& report) {
 int run_execute(const RunRequest& request) {
     const ProjectFiles files{request.model,
                              request.report.empty() ? files_replaceExtension(request.model, ".rpt") : request.report,
-                             request.results.empty() ? files_replaceExtension(request.model, ".bin") : request.results};
-    const std::string results = request.toDatabase ? files_replaceExtension(request.model, ".db") : files.results;
+                             nameResults(request)};
     if (const std::string name = files_findLongName(files); !name.empty()) {
         std::fprintf(stderr, "tarnvelde: a file name of more than %zu bytes: %s\n", LONGEST_NAME, name.c_str());
         return EXIT_WRONG_USAGE;
     }
-    if (isAmbiguous(files, results)) {
+    if (isAmbiguous(files)) {
         messages_show(CODE_SAME_NAMES, files, false);
         return EXIT_ENGINE_ERROR;
     }
@@ -107,8 +115,8 @@ int run_execute(const RunRequest& request) {
     }
     if (!request.isQuiet) {
         std::printf("  Report:  %s\n", files.report.c_str());
-        if (files_exists(results)) {
-            std::printf("  Results: %s\n", results.c_str());
+        if (files_exists(files.results)) {
+            std::printf("  Results: %s\n", files.results.c_str());
         }
     }
     return EXIT_DONE;

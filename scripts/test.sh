@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Everything that must pass before a change lands: both builds with all tests, the examples as a newcomer starts them,
-# half a minute of fuzzing, the formatter and the linter. Starts from a bare Debian 12. The last line counts the tests of
-# both builds.
+# the same results from both builds, half a minute of fuzzing, the formatter and the linter. Starts from a bare Debian 12.
+# The last line counts the tests of both builds.
 set -uo pipefail
 cd "$(dirname "$0")/.."
 passed=0
@@ -61,6 +61,27 @@ run_examples() {
     return $status
 }
 
+# Results and report must be the same bits with gcc and with clang, optimised or not.
+compare_builds() {
+    local folder name preset status=0
+    folder=$(mktemp -d)
+    for name in interceptor green-street wetland-control; do
+        for preset in release sanitize; do
+            mkdir -p "$folder/$preset"
+            cp -R "examples/$name" "$folder/$preset/$name"
+            "build/$preset/tarnvelde" run "$folder/$preset/$name/$name.inp" --quiet || status=1
+        done
+        if cmp "$folder"/{release,sanitize}/"$name/$name.bin" && cmp "$folder"/{release,sanitize}/"$name/$name.rpt"; then
+            echo "example $name: the same bits"
+        else
+            echo "example $name: FAILED"
+            status=1
+        fi
+    done
+    rm -rf "$folder"
+    return $status
+}
+
 # Half a minute for all fuzzers together. What they find stays in build/sanitize.
 run_fuzzers() {
     local fuzzers=(build/sanitize/fuzz_*) fuzzer name corpus options status=0 folder
@@ -88,6 +109,7 @@ fi
 stage "Platform sources for Windows" scripts/check-windows.sh
 if stage "Build with clang and the sanitizers" build sanitize; then
     stage "Tests with the sanitizers" run_tests sanitize
+    stage "The same bits from both builds" compare_builds
     if compgen -G 'build/sanitize/fuzz_*' >/dev/null; then
         stage "Fuzzing" run_fuzzers
     fi

@@ -9,10 +9,6 @@
 
 using testing::HasSubstr;
 
-static size_t countFiles(const std::filesystem::path& folder) {
-    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
-}
-
 TEST(HostCheck, GoodProjectGivesZero) {
     TempFolder folder;
     const std::string model = folder.write("model.inp", GOOD_PROJECT);

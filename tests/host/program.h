@@ -12,6 +12,16 @@ inline ProcessResult runProgram(std::vector<std::string> arguments) {
     return process_run(arguments);
 }
 
+/// Runs it for some seconds at most; one that is still there then gives 124.
+inline ProcessResult runProgramWithin(int seconds, std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"timeout", std::to_string(seconds), TARNVELDE_PROGRAM});
+    return process_run(arguments);
+}
+
+inline size_t countFiles(const std::filesystem::path& folder) {
+    return static_cast<size_t>(std::distance(std::filesystem::directory_iterator(folder), {}));
+}
+
 /// Two hours of a constant inflow through one pipe.
 inline constexpr const char* GOOD_PROJECT =
     "[GENERAL]\n"

@@ -2,11 +2,15 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <cmath>
+#include <cstring>
+#include <limits>
+
 #include "host/program.h"
-#include "support/fileimage.h"
+#include "support/child.h"
 #include "support/tempfolder.h"
 
-using testing::EndsWith;
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -18,6 +22,15 @@ constexpr const char* MODEL =
     "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 0:04:30\nROUTING_STEP 0:01:00\n"
     "REPORT_STEP 0:01:00\nREPORT_AVERAGE NO\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO'1\n[CONNECTIONS]\nC1 J1 O'1 NO 120\n"
     "J1 J1 O'1 NO 0\n[POLLUTANTS]\nNH4-N 0\n[INFLOWS]\nJ1 FLOW FLOW 0.5 \"\" 1\nJ1 MASS NH4-N 0.002 \"\" 1\n";
+
+template <class Number>
+std::string getBytes(Number number) {
+    std::string bytes(sizeof number, '\0');
+    std::memcpy(bytes.data(), &number, sizeof number);
+    return bytes;
+}
+
+constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
 
 /// The model without the second link, run into both kinds of file.
 struct Results : testing::Test {
@@ -34,6 +47,37 @@ struct Results : testing::Test {
         database = folder.file("model.db");
         ASSERT_EQ(runProgram({"run", model, "--quiet"}).status, 0);
         ASSERT_EQ(runProgram({"run", model, "--quiet", "--database"}).status, 0);
+    }
+
+    /// Another run of the model, with one text of it replaced, into the same database. It dies on the way.
+    void killDatabaseRun(const std::string& text, const std::string& replacement) const {
+        std::string changed = readFile(model);
+        changed.replace(changed.find(text), text.size(), replacement);
+        folder.write("model.inp", changed);
+        // Once the file grows, the run writes over it, which it may only do with a journal on the disk.
+        const std::string script =
+            "\"$0\" run \"$1\" --database --quiet & run=$!\n"
+            "while [ $(stat -c %s \"$2\") -le $3 ]; do kill -0 $run || exit 1; sleep 0.02; done\n"
+            "kill -KILL $run\nwait $run\n";
+        const std::string length = std::to_string(std::filesystem::file_size(database));
+        const ProcessResult result =
+            process_run({"timeout", "60", "sh", "-c", script, TARNVELDE_PROGRAM, model, database, length});
+        ASSERT_EQ(result.status, 128 + SIGKILL) << result.err;
+        ASSERT_TRUE(std::filesystem::exists(database + "-journal"));
+    }
+
+    /// The binary file with `bytes` in place of those at `place`.
+    std::string patch(size_t place, const std::string& bytes) const {
+        std::string patched = readFile(binary);
+        patched.replace(place, bytes.size(), bytes);
+        return folder.write("patched.bin", patched);
+    }
+
+    /// Place of C1's outflow in the binary file. Each of the four records ahead of the closing block of 28 bytes is a
+    /// date of 8 bytes and values of 4: 12 of the system, three each of J1, O_1 and C1, whose second one it is.
+    size_t getOutflowPlace(size_t report) const {
+        constexpr size_t RECORD = 8 + 4 * (12 + 3 * 3);
+        return readFile(binary).size() - 28 - (4 - report) * RECORD + 8 + 4 * (12 + 3 + 3 + 1);
     }
 
     static void expectFailure(const std::vector<std::string>& arguments, const std::string& message) {
@@ -106,6 +150,59 @@ TEST_F(Results, AnUnknownObjectOrColumnIsTold) {
                   "no column Depth of C1; there are Inflow, Outflow, NH4-N");
 }
 
+TEST_F(Results, AnApostropheIsAskedForAsTheFileHasIt) {
+    std::string text = readFile(model);
+    for (size_t at = text.find("J1"); at != std::string::npos; at = text.find("J1", at)) {
+        text.replace(at, 2, "J''1");  // two in the project are one in the database
+    }
+    const std::string named = folder.write("named.inp", text);
+    ASSERT_EQ(runProgram({"run", named, "--quiet"}).status, 0);
+    ASSERT_EQ(runProgram({"run", named, "--quiet", "--database"}).status, 0);
+    const std::string series = "Date,LatInflow (m3/s)\n2021-03-01 00:01:00,0.5\n";
+    const auto ask = [&](const char* file, const char* object) {
+        return runProgram({"results", folder.file(file), "--object", object, "--column", "LatInflow", "--csv"});
+    };
+    EXPECT_THAT(ask("named.bin", "J''1").out, StartsWith(series));
+    EXPECT_THAT(ask("named.db", "J'1").out, StartsWith(series));
+    EXPECT_EQ(ask("named.db", "J''1").status, 1);
+    EXPECT_THAT(runProgram({"results", folder.file("named.db"), "--summary", "--csv"}).out,
+                HasSubstr("\nJunction,J'1,LatInflow (m3/s),0.5,0.5,0.5,2021-03-01 00:01:00\n"));
+}
+
+TEST_F(Results, AValueThatIsNoNumberIsAnEmptyFieldAndNull) {
+    ASSERT_EQ(process_run({"sqlite3", database, "update Connection set Outflow = null where Period = 3"}).status, 0);
+    for (const std::string& file : {patch(getOutflowPlace(2), getBytes(NOT_A_NUMBER)), database}) {
+        const std::vector<std::string> choice{"results", file, "--object", "C1", "--column", "Outflow"};
+        std::vector<std::string> csv = choice, json = choice, summary = choice;
+        csv.push_back("--csv");
+        json.push_back("--json");
+        EXPECT_THAT(runProgram(csv).out, HasSubstr("00:02:00,0\n2021-03-01 00:03:00,\n2021-03-01 00:04:00,0.5\n"))
+            << file;
+        EXPECT_THAT(runProgram(json).out, HasSubstr("\"values\": [0, 0, null, 0.5]")) << file;
+        // Of 0, 0 and 0.5 the mean is a sixth, in as many digits as a single-precision number needs; the last is the
+        // highest.
+        EXPECT_THAT(runProgram({"results", file, "--summary", "--csv"}).out,
+                    HasSubstr("\nConnection,C1,Outflow (m3/s),0,0.16666667,0.5,2021-03-01 00:04:00\n"))
+            << file;
+    }
+}
+
+TEST_F(Results, AColumnWithoutNumbersIsSummedUpAsDashes) {
+    std::string patched = readFile(binary);
+    for (size_t report = 0; report < 4; ++report) {
+        patched.replace(getOutflowPlace(report), 4, getBytes(NOT_A_NUMBER));
+    }
+    ASSERT_EQ(process_run({"sqlite3", database, "update Connection set Outflow = null"}).status, 0);
+    for (const std::string& file : {folder.write("patched.bin", patched), database}) {
+        const ProcessResult csv = runProgram({"results", file, "--summary", "--csv"});
+        EXPECT_THAT(csv.out, HasSubstr("\nConnection,C1,Outflow (m3/s),-,-,-,-\n")) << file;
+        EXPECT_THAT(csv.out, HasSubstr("\nConnection,C1,Inflow (m3/s),0.5,0.5,0.5,2021-03-01 00:01:00\n")) << file;
+        EXPECT_THAT(runProgram({"results", file, "--summary"}).out,
+                    ContainsRegex("\nConnection +C1 +Outflow \\(m3/s\\) +- +- +-  -\n"))
+            << file;
+    }
+}
+
 TEST_F(Results, ANameOfTwoObjectsWantsItsTable) {
     folder.write("two.inp", MODEL);
     ASSERT_EQ(runProgram({"run", folder.file("two.inp"), "--quiet"}).status, 1);  // a junction has one outlet
@@ -152,6 +249,84 @@ TEST_F(Results, ForeignFilesAreRefused) {
     expectFailure({"results", folder.file("broken.db")}, "broken.db");
 }
 
+TEST_F(Results, AStartOrAReportStepThatCannotBeIsDamage) {
+    // The start, 1 March 2021, is day 44256 from 30 December 1899 on; the report step of 60 s stands behind it.
+    const std::string start = getBytes(44256.0);
+    const size_t place = readFile(binary).find(start + getBytes(int32_t{60}));
+    ASSERT_NE(place, std::string::npos);
+    for (const double date : {std::nan(""), HUGE_VAL, -HUGE_VAL}) {
+        expectFailure({"results", patch(place, getBytes(date))}, "patched.bin is damaged");
+    }
+    for (const int32_t step : {-60, 0}) {
+        expectFailure({"results", patch(place + 8, getBytes(step))}, "patched.bin is damaged");
+    }
+    EXPECT_EQ(runProgram({"results", patch(place, start)}).status, 0);
+    for (const char* change : {"ReportStep = -60", "ReportStep = 0", "StartDateTime = null"}) {
+        const std::string copy = folder.write("patched.db", readFile(database));
+        ASSERT_EQ(process_run({"sqlite3", copy, std::string("update GeneralInfo set ") + change}).status, 0);
+        expectFailure({"results", copy}, "patched.db is damaged");
+    }
+}
+
+TEST_F(Results, EachDamagedByteOfADatabaseIsRefusedOrHarmless) {
+    const std::string whole = readFile(database);
+    for (size_t place = 0; place < whole.size(); place += place < 120 ? 3 : 499) {
+        std::string damaged = whole;
+        damaged[place] = damaged[place] == '\xFF' ? '\x7F' : '\xFF';
+        const ProcessResult result = runProgramWithin(20, {"results", folder.write("bad.db", damaged), "--summary"});
+        ASSERT_TRUE(result.status == 0 || result.status == 1) << place << ' ' << result.status;
+        ASSERT_EQ(result.status == 1, !result.err.empty()) << place << ' ' << result.err;
+    }
+}
+
+TEST_F(Results, ADatabaseWithABrokenPageIsRefused) {
+    const std::string whole = readFile(database);
+    // The kind of a page stands in its first byte, of the first page behind the head of the file. 255 is none.
+    std::string damaged = whole;
+    damaged[100] = '\xFF';
+    expectFailure({"results", folder.write("bad.db", damaged)}, "bad.db can't be read: ");
+    const size_t page = 256 * static_cast<size_t>(static_cast<unsigned char>(whole[16])) +
+                        static_cast<size_t>(static_cast<unsigned char>(whole[17]));
+    damaged = whole;
+    for (size_t place = page; place < damaged.size(); place += page) {
+        damaged[place] = '\xFF';
+    }
+    expectFailure({"results", folder.write("bad.db", damaged)}, "bad.db can't be read: ");
+}
+
+TEST_F(Results, APipeIsRefusedAtOnce) {
+    const std::string pipe = folder.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"results", pipe},
+          {"plot", pipe, "--object", "J1", "--column", "TotInflow", "-o", folder.file("out.svg")}}) {
+        const ProcessResult result = runProgramWithin(10, arguments);
+        EXPECT_EQ(result.status, 1) << "124 is a wait for a writer";
+        EXPECT_THAT(result.err, HasSubstr("pipe is no file of results"));
+    }
+}
+
+TEST_F(Results, AKilledRunLeavesTheOldOnesToRead) {
+    ASSERT_NO_FATAL_FAILURE(killDatabaseRun("END_DATE 2021/03/01", "END_DATE 2031/03/01"));
+    const ProcessResult result = runProgram({"results", database});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_THAT(result.out, HasSubstr(": 4 reports of 60 s from 2021-03-01 00:00:00 on\n"));
+    EXPECT_FALSE(std::filesystem::exists(database + "-journal"));
+}
+
+TEST_F(Results, AKilledRunThatCannotBeTakenBackIsTold) {
+    ASSERT_NO_FATAL_FAILURE(killDatabaseRun("END_DATE 2021/03/01", "END_DATE 2031/03/01"));
+    const int status = process_fork([&] {
+        process_limitFileSize(512);  // no page fits, the message does
+        const ProcessResult result = runProgram({"results", database});
+        const bool isTold = result.err.find("an unfinished run must be rolled back first") != std::string::npos;
+        return result.status == 1 && isTold ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
+    const ProcessResult result = runProgram({"results", database});  // with room on the disk nothing is lost
+    EXPECT_THAT(result.out, HasSubstr(": 4 reports of 60 s from 2021-03-01 00:00:00 on\n")) << result.err;
+}
+
 TEST_F(Results, APlotIsAPicture) {
     for (const std::string& file : {binary, database}) {
         const std::string picture = folder.file("it's.svg");
@@ -168,6 +343,35 @@ TEST_F(Results, APlotIsAPicture) {
     }
 }
 
+/// Upper and lower edge of a bar, in the units of the picture from its top on.
+struct Bar {
+    double top;
+    double bottom;
+};
+
+/// The bars of rain in a picture, without the sample of one in the legend, which comes first.
+static std::vector<Bar> readBars(const std::string& svg) {
+    static const std::string POINTS = "points = '";
+    std::vector<Bar> bars;
+    const size_t begin = svg.find("<title>Rainfall");
+    for (size_t at = svg.find("<polygon", begin); at != std::string::npos; at = svg.find("<polygon", at + 1)) {
+        const size_t first = svg.find(POINTS, at) + POINTS.size();
+        std::istringstream points(svg.substr(first, svg.find('\'', first) - first));
+        Bar bar{HUGE_VAL, 0.0};
+        double x, y;
+        char comma;
+        while (points >> x >> comma >> y) {
+            bar.top = std::min(bar.top, y);
+            bar.bottom = std::max(bar.bottom, y);
+        }
+        bars.push_back(bar);
+    }
+    if (!bars.empty()) {
+        bars.erase(bars.begin());
+    }
+    return bars;
+}
+
 TEST_F(Results, RainHangsFromTheTopOfASubcatchment) {
     const std::string text =
         "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 1:30\nROUTING_STEP 0:01:00\n"
@@ -180,6 +384,15 @@ TEST_F(Results, RainHangsFromTheTopOfASubcatchment) {
     ASSERT_EQ(
         runProgram({"plot", folder.file("rain.bin"), "--object", "S1", "--column", "Runoff", "-o", picture}).status, 0);
     EXPECT_THAT(readFile(picture), HasSubstr("Rainfall (mm/h)"));
+    // Two bars of 5 and two of 20 mm/h. Downward is positive in the picture.
+    const std::vector<Bar> bars = readBars(readFile(picture));
+    ASSERT_EQ(bars.size(), 4u);
+    for (const Bar& bar : bars) {
+        EXPECT_DOUBLE_EQ(bar.top, bars[0].top) << "the bars don't hang from one line";
+    }
+    EXPECT_NEAR(bars[1].bottom - bars[1].top, bars[0].bottom - bars[0].top, 0.05);
+    EXPECT_NEAR(bars[2].bottom - bars[2].top, 4.0 * (bars[0].bottom - bars[0].top), 0.1);
+    EXPECT_NEAR(bars[3].bottom - bars[3].top, 4.0 * (bars[0].bottom - bars[0].top), 0.1);
     ASSERT_EQ(
         runProgram({"plot", folder.file("rain.bin"), "--object", "J1", "--column", "TotInflow", "-o", picture}).status,
         0);
@@ -195,103 +408,27 @@ TEST_F(Results, APlotThatCannotBeDrawnSaysWhy) {
     EXPECT_FALSE(std::filesystem::exists(picture));
 }
 
-namespace {
-
-/// A binary file beyond 4 GiB that takes next to no room on the disk: all its values are 0 but for the last one of each
-/// record, the concentration of the last pollutant in the pavement of the last of 1000 LID monomers.
-struct GreatFile {
-    static constexpr int64_t POLLUTANTS = 1000, OBJECTS = 1000, REPORTS = 300;
-    static constexpr uint64_t RECORD = 8 + 4 * (12 + OBJECTS * (11 + 4 * POLLUTANTS));
-    static_assert(RECORD * REPORTS > uint64_t{1} << 32);
-
-    TempFolder folder;
-    std::string name = folder.file("great.bin");
-
-    /// False if the file system can't hold such a file.
-    bool make() const {
-        FileImage head;
-        addNames(head);
-        const auto codes = static_cast<int64_t>(head.bytes.size());
-        addCodes(head);
-        head.addDouble(START);
-        head.addInteger(3600);
-        const uint64_t records = head.bytes.size(), end = records + RECORD * REPORTS;
-        FileImage closing;
-        closing.addIntegers({64, codes, static_cast<int64_t>(records) - 12, static_cast<int64_t>(records), REPORTS, 0});
-        closing.addInteger(MAGIC_NUMBER);
-        folder.write("great.bin", head.bytes);
-        std::error_code failure;
-        std::filesystem::resize_file(name, end, failure);
-        if (failure) {
-            return false;
-        }
-        std::fstream file(name, std::ios::binary | std::ios::in | std::ios::out);
-        for (int64_t k = 0; k < REPORTS; ++k) {
-            const uint64_t record = records + static_cast<uint64_t>(k) * RECORD;
-            FileImage date, value;
-            date.addDouble(START + static_cast<double>(k + 1) / 24.0);
-            value.addFloats({static_cast<float>(k)});
-            file.seekp(static_cast<std::streamoff>(record)).write(date.bytes.data(), 8);
-            file.seekp(static_cast<std::streamoff>(record + RECORD - 4)).write(value.bytes.data(), 4);
-        }
-        file.seekp(static_cast<std::streamoff>(end)).write(closing.bytes.data(), 28);
-        file.close();
-        struct stat status;
-        return file && stat(name.c_str(), &status) == 0 && static_cast<uint64_t>(status.st_size) == end + 28;
-    }
-
-private:
-    static constexpr int64_t MAGIC_NUMBER = 516114522;
-    static constexpr double START = 44256.0;  ///< 1 March 2021
-
-    static void addNames(FileImage& head) {
-        head.addIntegers({MAGIC_NUMBER, 21000, 0, 0, 0, 0, 0, 0, OBJECTS, 0, 0, 0, 0, 0, 0, POLLUTANTS});
-        for (int64_t k = 1; k <= OBJECTS; ++k) {
-            head.addName("M" + std::to_string(k));
-        }
-        for (int64_t k = 1; k <= POLLUTANTS; ++k) {
-            head.addName("P" + std::to_string(k));
-        }
-    }
-    static void addCodes(FileImage& head) {
-        head.addCodes(12);
-        for (const int64_t fixed : {4, 2, 5, 2, 4, 8}) {
-            head.addCodes(fixed + POLLUTANTS);
-        }
-        head.addCodes(11 + 4 * POLLUTANTS);
-        for (const int64_t fixed : {4, 1, 2, 6, 1, 1}) {
-            head.addCodes(fixed + POLLUTANTS);
-        }
-    }
-};
-
-}  // namespace
-
-TEST(ResultsBeyondFourGigabytes, AreFoundInEachRecord) {
-    const GreatFile great;
-    if (!great.make()) {
-        GTEST_SKIP() << "no file of this size can be made here";
-    }
-    const ProcessResult list = runProgram({"results", great.name});
-    EXPECT_EQ(list.status, 0) << list.err;
-    EXPECT_THAT(list.out, HasSubstr(": 300 reports of 3600 s from 2021-03-01 00:00:00 on\n"));
+TEST_F(Results, APlotWithoutGnuplotNamesItsPackage) {
+    const std::string picture = folder.file("out.svg");
     const ProcessResult result =
-        runProgram({"results", great.name, "--object", "M1000", "--column", "Pave_P1000", "--csv"});
-    EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(result.out, StartsWith("Date,Pave_P1000 (mg/L)\n2021-03-01 01:00:00,0\n2021-03-01 02:00:00,1\n"));
-    EXPECT_THAT(result.out, HasSubstr("\n2021-03-06 18:00:00,137\n"));  // behind 2 GiB
-    EXPECT_THAT(result.out, EndsWith("\n2021-03-13 12:00:00,299\n"));   // behind 4 GiB
+        process_run({"env", "PATH=" + folder.file("nowhere"), "TMPDIR=" + folder.path.string(), TARNVELDE_PROGRAM,
+                     "plot", binary, "--object", "J1", "--column", "TotInflow", "-o", picture});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("gnuplot-nox"));
+    EXPECT_EQ(countFiles(folder.path), 4u);  // model, report and results, but neither a picture nor what it is made of
 }
 
-TEST(ResultsBeyondFourGigabytes, AreRefusedWhenCut) {
-    const GreatFile great;
-    if (!great.make()) {
-        GTEST_SKIP() << "no file of this size can be made here";
+TEST_F(Results, APlotOfNoReportSaysSo) {
+    std::string text = readFile(model);
+    text.replace(text.find("REPORT_STEP 0:01:00"), std::string("REPORT_STEP 0:01:00").size(), "REPORT_STEP 1:00:00");
+    const std::string brief = folder.write("brief.inp", text);
+    ASSERT_EQ(runProgram({"run", brief, "--quiet"}).status, 0);
+    ASSERT_EQ(runProgram({"run", brief, "--quiet", "--database"}).status, 0);
+    for (const std::string& file : {folder.file("brief.bin"), folder.file("brief.db")}) {
+        EXPECT_THAT(runProgram({"results", file}).out, HasSubstr(": 0 reports of 3600 s ")) << file;
+        expectFailure({"plot", file, "--object", "J1", "--column", "TotInflow", "-o", folder.file("out.svg")},
+                      "holds no report");
     }
-    std::filesystem::resize_file(great.name, std::filesystem::file_size(great.name) - (uint64_t{1} << 32));
-    const ProcessResult result = runProgram({"results", great.name});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.err, HasSubstr("is truncated"));
 }
 
 TEST(ResultsUsage, WrongUsageGivesTwo) {

@@ -88,6 +88,49 @@ TEST(HostRun, DatabaseRunKeepsTheEngineSilent) {
     EXPECT_FALSE(std::filesystem::exists(folder.file("model.bin")));
 }
 
+TEST(HostRun, ADatabaseRunDoesNotMindTheNameOfTheBinaryFile) {
+    for (const char* option : {"--report", "--results"}) {
+        TempFolder folder;
+        const std::string model = folder.write("model.inp", GOOD_PROJECT);
+        // The report takes the name that a binary file would have by default, or the binary file is told the report's.
+        const std::string report = folder.file(option == std::string("--report") ? "model.bin" : "model.rpt");
+        const ProcessResult result = runProgram({"run", model, "--database", option, report});
+        EXPECT_EQ(result.status, 0) << option;
+        EXPECT_EQ(result.out, "  Report:  " + report + "\n  Results: " + folder.file("model.db") + "\n");
+        EXPECT_EQ(result.err, "") << option;
+        EXPECT_THAT(readFile(report), HasSubstr("Flow Routing Continuity")) << option;
+        EXPECT_TRUE(readFile(folder.file("model.db")).starts_with("SQLite format 3")) << option;
+        EXPECT_EQ(countFiles(folder.path), 3u) << option << ": there is more than model, report and database";
+    }
+}
+
+TEST(HostRun, AReportInPlaceOfTheDatabaseIsError301) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    const std::string database = folder.write("model.db", "results of a run before");
+    for (const std::string& report : {database, folder.file("./model.db")}) {
+        const ProcessResult result = runProgram({"run", model, "--database", "--report", report});
+        EXPECT_EQ(result.status, 1) << report;
+        EXPECT_THAT(result.err, HasSubstr("ERROR 301: ")) << report;
+        EXPECT_EQ(readFile(database), "results of a run before");
+    }
+}
+
+TEST(HostRun, AStepThatFailsEndsTheRun) {
+    TempFolder folder;
+    // The name A'1 breaks the row of its node in the first report, at half the time. The engine's clock stands still
+    // from then on, so a loop that doesn't heed the code never ends.
+    const std::string model = folder.write("model.inp",
+                                           "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 0:10\n"
+                                           "ROUTING_STEP 0:01:00\nREPORT_STEP 0:05:00\n[JUNCTIONS]\nA'1\n"
+                                           "[OUTFALLS]\nOUT\n[PIPES]\nP1 A'1 OUT NO 60 2 0.2 0\n");
+    const ProcessResult result = runProgramWithin(20, {"run", model, "--database"});
+    EXPECT_EQ(result.status, 1) << "124 is a run without an end";
+    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.err, "ERROR 315: Database SQL error: near \"1\": syntax error.\ntarnvelde: " + model +
+                              ": the engine ended with code 315\n");
+}
+
 struct HostRunErrors : testing::TestWithParam<std::vector<std::string>> {};
 
 TEST_P(HostRunErrors, AreShownWithTheirCodes) {

@@ -173,7 +173,7 @@ TEST(Database, ADoubledApostropheStandsForOne) {
 static std::string nestTables(int levels) {
     std::string query = "(select/**/1)";
     for (int k = 0; k < levels; ++k) {
-        query = "(with/**/c/**/as" + query + "select/**/1/**/from/**/c,c,c,c,c,c,c,c)";
+        query.insert(0, "(with/**/c/**/as").append("select/**/1/**/from/**/c,c,c,c,c,c,c,c)");
     }
     return query;
 }
@@ -452,6 +452,7 @@ TEST(Database, AKilledRunLeavesTheOldResultsWhole) {
         return raise(SIGKILL);
     });
     EXPECT_EQ(status, 128 + SIGKILL);
+    EXPECT_TRUE(std::filesystem::exists(getDatabase(project) + "-journal")) << "the run has died before it wrote";
     EXPECT_EQ(ask(getDatabase(project), "pragma integrity_check"), "ok\n");
     EXPECT_EQ(ask(getDatabase(project), "select * from Connection"), rows);
     EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "4\n");
