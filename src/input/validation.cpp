@@ -8,6 +8,7 @@
 #include "coupling/converter.h"
 #include "engine/errors.h"
 #include "engine/project.h"
+#include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/inflows.h"
 #include "hydrology/lid.h"
