@@ -486,6 +486,34 @@ TEST(SwmmRules, ActInEveryStepBeforeTheHostsSetting) {
     EXPECT_EQ(calls[1], "m swmm_setSetting \"R\" 0.25 675 = 0");
 }
 
+TEST(SwmmRules, SetNewTargetsLastMetFirstAndKnownOnesAsTheyAreMet) {
+    // A rule puts its lines forward from the last to the first: R2, R1. Targets of which the evaluation has more than
+    // ever before stand ahead of all others, the latest in front; the others stand in the order of their meeting.
+    CoupledProject p(Through +
+                         "[CONTROL_RULES]\nRULE X\nIF JUNCTION J INFLOW >= 0\nTHEN SWMM S R1 SETTING = 0.25\n"
+                         "AND SWMM S R2 SETTING = 0.5\nRULE Y\nIF JUNCTION J INFLOW > 0\n"
+                         "THEN SWMM S R SETTING = 0.75\n",
+                     5);
+    p.model("m.inp", getPassingModel(5, "node X\nnode Y\nnode Z\nreach R1 X Y 0\nreach R2 Y Z 0\n"));
+    p.start();
+    p.takeCalls();
+    const std::string r1 = "m swmm_setSetting \"R1\" 0.25 675 = 0", r2 = "m swmm_setSetting \"R2\" 0.5 675 = 0",
+                      r = "m swmm_setSetting \"R\" 0.75 675 = 0";
+    const std::string setting = "m swmm_setSetting";
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r1, r2})) << "two new targets";
+    setFlow(1.0);
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r2, r1})) << "both known";
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r, r2, r1})) << "one new behind two known";
+    setFlow(0.0);
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r2, r1, r})) << "three known";
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r2, r1})) << "two of three";
+}
+
 TEST(SwmmRules, OnALinkThatTheModelDoesNotKnowDoNothing) {
     CoupledProject p(
         Through + "[CONTROL_RULES]\nRULE R1\nIF JUNCTION J INFLOW >= 0\nTHEN SWMM S nobody SETTING = 0.5\n", 4);
