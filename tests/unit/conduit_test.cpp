@@ -351,8 +351,9 @@ static std::string getChain(unsigned seed) {
         inflows += node + " FLOW " + std::to_string(0.2 * unit(random)) + " \"\"\n";
         inflows += node + " A " + std::to_string(100.0 * unit(random)) + " \"\"\n";
         const std::string id = "C" + std::to_string(k);
-        conduits += id + " " + node + " " + next + " NO " + std::to_string(400.0 + 600.0 * unit(random)) + " " +
-                    std::to_string(0.05 + 0.1 * unit(random)) + " 0.015 ";
+        conduits.append(id).append(" ").append(node).append(" ").append(next).append(" NO ");
+        conduits += std::to_string(400.0 + 600.0 * unit(random)) + " ";
+        conduits += std::to_string(0.05 + 0.1 * unit(random)) + " 0.015 ";
         switch (k % 3) {
             case 0: conduits += "CIRCULAR " + std::to_string(0.6 + unit(random)) + "\n"; break;
             case 1: conduits += "RECTANGULAR 0.8 " + std::to_string(1.0 + unit(random)) + "\n"; break;

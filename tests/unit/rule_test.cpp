@@ -327,7 +327,8 @@ TEST_F(RuleTest, EachTypeOfConditionTakesItsAttributesOnly) {
         for (const std::string attribute :
              {"DEPTH", "INFLOW", "FLOW", "STATUS", "SETTING", "EVENT", "EMPTYING", "FILL", "VALUE", "COLOUR"}) {
             const std::string value = attribute == "STATUS" ? "ON" : attribute == "EVENT" ? "IN" : "1";
-            const std::string line = std::string("IF ") + type.object + " " + attribute + " = " + value;
+            std::string line = "IF ";
+            line.append(type.object).append(" ").append(attribute).append(" = ").append(value);
             if (std::count(type.allowed.begin(), type.allowed.end(), attribute)) {
                 rule_deleteAll();
                 readAll({"RULE R", line});
