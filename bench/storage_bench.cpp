@@ -2,47 +2,18 @@
 // its section and by the points of its transect. Times are those of a whole step through the public functions.
 
 #include <benchmark/benchmark.h>
-#include <unistd.h>
 
 #include <cmath>
-#include <fstream>
 #include <sstream>
 #include <string>
 
-#include "tarnvelde.h"
+#include "stepping.h"
+
+static constexpr int SETTLING = 1000;  ///< steps up to the steady state
 
 static const char* const GENERAL =
     "[GENERAL]\nSTART_DATE 2021/01/01\nEND_DATE 2120/01/01\nROUTING_STEP 0:00:10\nRUNOFF_STEP 24:00:00\n"
     "REPORT_STEP 24:00:00\n[OUTFALLS]\nOUT\n";
-
-/// Opens and starts a project; false if it isn't good.
-static bool startProject(const std::string& text) {
-    const std::string name = "/tmp/tarnvelde-bench-" + std::to_string(getpid());
-    std::ofstream(name + ".inp", std::ios::binary) << text;
-    const int32_t code = tarnvelde_open((name + ".inp").c_str(), (name + ".rpt").c_str(), (name + ".bin").c_str());
-    unlink((name + ".inp").c_str());
-    unlink((name + ".rpt").c_str());
-    return code == 0 && tarnvelde_start(0) == 0;
-}
-
-/// Steps a project as long as the state wants; `objects` of them count per step.
-static void runSteps(benchmark::State& state, const std::string& text, double objects) {
-    if (!startProject(text)) {
-        state.SkipWithError("the project isn't good");
-        return;
-    }
-    double elapsed = 0.0;
-    for (int k = 0; k < 1000; ++k) {
-        tarnvelde_step(&elapsed);  // up to the steady state
-    }
-    for ([[maybe_unused]] auto step : state) {
-        tarnvelde_step(&elapsed);
-    }
-    tarnvelde_end();
-    tarnvelde_close();
-    state.counters["per_object"] =
-        benchmark::Counter(objects, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
-}
 
 /// One tank whose weirs stand at different levels, all below the water.
 static void tankLevels(benchmark::State& state) {
@@ -53,7 +24,7 @@ static void tankLevels(benchmark::State& state) {
         text += "W" + std::to_string(k) + " T OUT NO RECTANGULAR 0.0001 1 " + std::to_string(crest) + " 0\n";
     }
     text += "[CURVES]\nB TANK 0 1e6 20 1e6\n[DWFS]\nT FLOW 0.01 \"\"\n";
-    runSteps(state, text, static_cast<double>(count));
+    bench_runSteps(state, text, static_cast<double>(count), SETTLING);
 }
 BENCHMARK(tankLevels)->Arg(1)->Arg(10)->Arg(100)->Arg(1000);
 
@@ -71,10 +42,10 @@ static void tankCascade(benchmark::State& state) {
         weirs << 'B' << k << " T" << k << ' ' << next << " NO TRIANGULAR 1.4 1 3 0\n";
         pumps << 'P' << k << " T" << k << ' ' << next << " C NO ON 1 0.2\n";
     }
-    runSteps(state,
-             GENERAL + tanks.str() + weirs.str() + pumps.str() +
-                 "[CURVES]\nB TANK 0.5 50 1 200 5 220\nC PUMP1 0.2 0.01 2 0.1\n[DWFS]\nT0 FLOW 0.2 \"\"\n",
-             static_cast<double>(count));
+    bench_runSteps(state,
+                   GENERAL + tanks.str() + weirs.str() + pumps.str() +
+                       "[CURVES]\nB TANK 0.5 50 1 200 5 220\nC PUMP1 0.2 0.01 2 0.1\n[DWFS]\nT0 FLOW 0.2 \"\"\n",
+                   static_cast<double>(count), SETTLING);
 }
 BENCHMARK(tankCascade)->Arg(100)->Arg(10000);
 
@@ -92,12 +63,12 @@ static std::string makeChain(int64_t count, const std::string& section) {
 }
 
 static void conduitCircular(benchmark::State& state) {
-    runSteps(state, makeChain(state.range(0), "CIRCULAR 1"), static_cast<double>(state.range(0)));
+    bench_runSteps(state, makeChain(state.range(0), "CIRCULAR 1"), static_cast<double>(state.range(0)), SETTLING);
 }
 BENCHMARK(conduitCircular)->Arg(1000);
 
 static void conduitRectangular(benchmark::State& state) {
-    runSteps(state, makeChain(state.range(0), "RECTANGULAR 1 1"), static_cast<double>(state.range(0)));
+    bench_runSteps(state, makeChain(state.range(0), "RECTANGULAR 1 1"), static_cast<double>(state.range(0)), SETTLING);
 }
 BENCHMARK(conduitRectangular)->Arg(1000);
 
@@ -110,6 +81,6 @@ static void conduitIrregular(benchmark::State& state) {
         text += std::string("X ") + (k == 0 ? "TRANSECT " : "") + std::to_string(x) + " " +
                 std::to_string(0.1 * x * x + 0.02 * std::sin(40.0 * x)) + "\n";
     }
-    runSteps(state, text, 100.0);
+    bench_runSteps(state, text, 100.0, SETTLING);
 }
 BENCHMARK(conduitIrregular)->Arg(10)->Arg(100)->Arg(1000);

@@ -247,17 +247,19 @@ TEST(ConduitFlow, FloodsWhatTheFullSectionCannotHold) {
 }
 
 TEST(ConduitFlow, EmptiesASteepConduitWithoutDelivering) {
-    StorageModel model(getProject("NO 10 20 0.01 RECTANGULAR 1 1", 0.05) + "[POLLUTANTS]\nA 0\n");
+    StorageModel model(getProject("NO 10 20 0.01 RECTANGULAR 1 1", 0.05) + "J A 100 \"\"\n[POLLUTANTS]\nA 0\n");
     // 3 m3 stand 0.3 m high in 10 m; their normal flow would take far more in a minute.
     model.step();
     EXPECT_GT(60.0 * getManning(0.3, 1.6, 0.2, 0.01), 3.0);
     EXPECT_EQ(getLink("C").newFlow, 0.0);
     EXPECT_EQ(getConduit("C").depth, 0.0);
     EXPECT_EQ(getConduit("C").newFlood, 0.0);
-    // That water is in no total: after n steps all of it is missing.
+    // That water and what it carries are in no total: after n steps all of it is missing.
     model.step(9);
     tarnvelde_report();
     EXPECT_NEAR(FlowError, 100.0, 1e-9);
+    EXPECT_NEAR(QualityError, 100.0, 1e-9);
+    EXPECT_EQ(QualTotals[0].reactedLoss, 0.0);
 }
 
 TEST(ConduitFlow, IsEmptiedByANegativeInflow) {
@@ -349,8 +351,9 @@ static std::string getChain(unsigned seed) {
         inflows += node + " FLOW " + std::to_string(0.2 * unit(random)) + " \"\"\n";
         inflows += node + " A " + std::to_string(100.0 * unit(random)) + " \"\"\n";
         const std::string id = "C" + std::to_string(k);
-        conduits += id + " " + node + " " + next + " NO " + std::to_string(400.0 + 600.0 * unit(random)) + " " +
-                    std::to_string(0.05 + 0.1 * unit(random)) + " 0.015 ";
+        conduits.append(id).append(" ").append(node).append(" ").append(next).append(" NO ");
+        conduits += std::to_string(400.0 + 600.0 * unit(random)) + " ";
+        conduits += std::to_string(0.05 + 0.1 * unit(random)) + " 0.015 ";
         switch (k % 3) {
             case 0: conduits += "CIRCULAR " + std::to_string(0.6 + unit(random)) + "\n"; break;
             case 1: conduits += "RECTANGULAR 0.8 " + std::to_string(1.0 + unit(random)) + "\n"; break;

@@ -665,6 +665,17 @@ TEST_F(ReactorTest, InfiltrationTakesNoMoreThanIsThere) {
     EXPECT_NEAR(reactor().statInfilLoad[0], 20.0 * 50.0 / 1000.0, 1e-12);
 }
 
+TEST_F(ReactorTest, InfiltrationOfExactlyTheStoreDriesIt) {
+    ProjectText text = withLosses("3600000", "0");  // 1 m/s
+    text.reactor = "R CSTR SUR FLOW_CAPACITY 864000 100 1 60";
+    start(text);  // 60 m3 on 1 m2
+    update(0.0);
+    EXPECT_EQ(reactor().storedVolume, 0.0);
+    EXPECT_EQ(reactor().qual[0], 0.0) << "a dry store has no concentration";
+    EXPECT_DOUBLE_EQ(reactor().infilFlow, 3600000.0);
+    EXPECT_NEAR(reactor().statInfilLoad[0], 20.0 * 60.0 / 1000.0, 1e-12);
+}
+
 TEST_F(ReactorTest, InfiltrationGetsWhatEvaporationLeaves) {
     start(withLosses("600000", "1440000"));
     update(0.0);

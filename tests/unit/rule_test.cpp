@@ -19,15 +19,19 @@
 #include "engine/project.h"
 #include "input/names.h"
 #include "input/tokens.h"
+#include "routing/conduit.h"
 #include "routing/link.h"
 #include "routing/node.h"
 #include "routing/reactor.h"
+#include "routing/tank.h"
 
 static void clearProject() {
     Nodes.clear();
     Links.clear();
     Splitters.clear();
     Reactors.clear();
+    Tanks.clear();
+    Conduits.clear();
     std::fill(std::begin(ObjectCount), std::end(ObjectCount), 0);
     std::fill(std::begin(NodeKindCount), std::end(NodeKindCount), 0);
     std::fill(std::begin(LinkKindCount), std::end(LinkKindCount), 0);
@@ -138,6 +142,8 @@ protected:
         project_addObject(GAGE, "G", ObjectCount[GAGE]++);
         Splitters.assign(1, Splitter{});
         SwmmNodes.resize(2);  // without libraries: every call is answered with a failure
+        Tanks.resize(1);
+        Conduits.resize(1);
         Reactors.assign(1, Reactor{});
         Reactors[0].volume = 200.0;
         RoutingStep = 10;
@@ -321,7 +327,8 @@ TEST_F(RuleTest, EachTypeOfConditionTakesItsAttributesOnly) {
         for (const std::string attribute :
              {"DEPTH", "INFLOW", "FLOW", "STATUS", "SETTING", "EVENT", "EMPTYING", "FILL", "VALUE", "COLOUR"}) {
             const std::string value = attribute == "STATUS" ? "ON" : attribute == "EVENT" ? "IN" : "1";
-            const std::string line = std::string("IF ") + type.object + " " + attribute + " = " + value;
+            std::string line = "IF ";
+            line.append(type.object).append(" ").append(attribute).append(" = ").append(value);
             if (std::count(type.allowed.begin(), type.allowed.end(), attribute)) {
                 rule_deleteAll();
                 readAll({"RULE R", line});
@@ -643,6 +650,16 @@ TEST_F(RuleTest, InflowIsThatOfTheNode) {
     nodeOf("LM").newInflow = 0.75;
     nodeOf("LM").oldInflow = 0.5;
     EXPECT_EQ(valueOf("LID_MONO LM INFLOW"), 0.75);
+}
+
+TEST_F(RuleTest, DepthIsThatOfTheTankOrOfTheConduit) {
+    Tanks[0].oldDepth = 0.5;
+    Tanks[0].newDepth = 0.75;
+    Conduits[0].depth = 0.25;
+    EXPECT_EQ(valueOf("TANK T DEPTH"), 0.75);
+    EXPECT_EQ(valueOf("CONDUIT CD DEPTH"), 0.25);
+    EXPECT_TRUE(isTrue({"IF CONDUIT CD DEPTH < TANK T DEPTH"}));
+    EXPECT_FALSE(isTrue({"IF TANK T DEPTH <= 0.5"}));
 }
 
 TEST_F(RuleTest, FlowIsThatOfTheLink) {

@@ -515,6 +515,37 @@ TEST(SwmmRules, ActInEveryStepBeforeTheHostsSetting) {
     EXPECT_EQ(calls[1], "m swmm_setSetting \"R\" 0.25 675 = 0");
 }
 
+TEST(SwmmRules, CallInTheOrderOfTheCellsOfTheirTargets) {
+    // A rule puts its lines forward from the last to the first: R2, R1. The list keeps the cells of the largest step so
+    // far and fills them from its head, in the order in which targets are met; each further target goes in front.
+    CoupledProject p(Through +
+                         "[CONTROL_RULES]\nRULE X\nIF JUNCTION J INFLOW >= 0\nTHEN SWMM S R1 SETTING = 0.25\n"
+                         "AND SWMM S R2 SETTING = 0.5\nRULE Y\nIF JUNCTION J INFLOW > 0\n"
+                         "THEN SWMM S R SETTING = 0.75\n",
+                     6);
+    p.model("m.inp", getPassingModel(6, "node X\nnode Y\nnode Z\nreach R1 X Y 0\nreach R2 Y Z 0\n"));
+    p.start();
+    p.takeCalls();
+    const std::string r1 = "m swmm_setSetting \"R1\" 0.25 675 = 0", r2 = "m swmm_setSetting \"R2\" 0.5 675 = 0",
+                      r = "m swmm_setSetting \"R\" 0.75 675 = 0";
+    const std::string setting = "m swmm_setSetting";
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r1, r2})) << "two new targets";
+    setFlow(1.0);
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r2, r1})) << "both known";
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r, r2, r1})) << "one new behind two known";
+    setFlow(0.0);
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r2, r1, r})) << "three known";
+    setFlow(1.0);
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r2, r1})) << "two of three";
+    p.step();
+    EXPECT_EQ(p.takeCalls(setting), (Strings{r2, r1, r})) << "the third cell was kept";
+}
+
 TEST(SwmmRules, OnALinkThatTheModelDoesNotKnowDoNothing) {
     CoupledProject p(
         Through + "[CONTROL_RULES]\nRULE R1\nIF JUNCTION J INFLOW >= 0\nTHEN SWMM S nobody SETTING = 0.5\n", 4);

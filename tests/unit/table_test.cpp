@@ -374,3 +374,8 @@ TEST_F(Tables, TheInverseStopsWhereANarrowingStoreHasNoMoreRoom) {
     EXPECT_DOUBLE_EQ(table_inverseLookup(cone, 10.0), 2.0);
     EXPECT_EQ(table_inverseLookup(cone, 11.0), 1.0);  // no root: the end of the curve, and never a NaN
 }
+
+TEST_F(Tables, TheInverseOfNoNumberIsTheEndOfTheCurve) {
+    EXPECT_EQ(table_inverseLookup(makeCurve({{0, 100}, {9, 100}}), std::nan("")), 9.0);
+    EXPECT_EQ(table_inverseLookup(makeCurve({{1, 100}}), std::nan("")), 1.0);
+}

@@ -23,6 +23,9 @@ static std::string getProject(const std::string& depths, const std::string& more
 
 static const char* const NEVER = "[WEIRS]\nNEVER T OUT NO TRIANGULAR 1 1 1000 0\n";
 
+/// Stored water of 50 mg/L.
+static const char* const QUALITY = "[POLLUTANTS]\nA 0\n[INITIAL_CONCENTRATION]\nT x A 50\n";
+
 /// Torricelli for a low slot of 1 m2 under water, coefficient 0.1, its middle at `middle`.
 static double getSlotFlow(double depth, double middle) {
     return 0.1 * 10.0 * 0.1 * std::sqrt(19.62 * (depth - middle));
@@ -246,10 +249,12 @@ TEST(TankOutlets, LetOrificesGoAheadOfWeirs) {
     EXPECT_NEAR(getLink("W").newFlow, 0.2 * std::pow(2.5 - DT * orifice / 100.0 - 1.5, 1.5), 1e-12);
 }
 
+/// Behind the first level, which is dry, two equal lower ones are two entries of the list.
+static const std::string DOUBLE_LEVEL = "[ORIFICES]\n" + getSlot("H", 4.0) + getSlot("A", 1.0) + getSlot("B", 1.0);
+
 TEST(TankOutlets, ReleaseTwiceFromALevelThatStandsTwice) {
-    // Behind the first level two equal lower ones are two entries: each time both let go, and the second flow stands.
-    const std::string slots = getSlot("H", 4.0) + getSlot("A", 1.0) + getSlot("B", 1.0);
-    StorageModel model(getProject("5 2", "[ORIFICES]\n" + slots));
+    // Each time both let go, and the second flow stands.
+    StorageModel model(getProject("5 2", DOUBLE_LEVEL) + QUALITY);
     model.step();
     const double first = getSlotFlow(2.0, 1.05);
     const double depth = 2.0 - 2.0 * DT * first / 100.0;
@@ -257,9 +262,10 @@ TEST(TankOutlets, ReleaseTwiceFromALevelThatStandsTwice) {
     EXPECT_NEAR(getLink("A").newFlow, second, 1e-12);
     EXPECT_NEAR(getLink("B").newFlow, second, 1e-12);
     EXPECT_NEAR(getTank("T").newDepth, depth - 2.0 * DT * second / 100.0, 1e-12);
-    // What the first treatment let go reaches nobody.
+    // What the first treatment let go reaches nobody: neither its water nor what that carries.
     tarnvelde_report();
-    EXPECT_NEAR(FlowError / 100.0 * FlowTotals.initStorage, 2.0 * DT * first, 1e-9);
+    EXPECT_NEAR(FlowError / 100.0 * 200.0, 2.0 * DT * first, 1e-9);
+    EXPECT_NEAR(QualityError / 100.0 * 200.0, 2.0 * DT * first, 1e-9);
 }
 
 TEST(TankOutlets, OfTwoLevelsWithinTheToleranceLetGoTwice) {
@@ -322,11 +328,23 @@ static std::string captureSteps(StorageModel& model, int count) {
     return testing::internal::GetCapturedStdout();
 }
 
+static std::string showTrace(double flow) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%f\n", flow);
+    return text;
+}
+
 TEST(TankTrace, PrintsTheFlowOfEachRunningOrificeInLinkOrder) {
     StorageModel model(
         getProject("5 0.6", "[ORIFICES]\n" + getSlot("A", 0.5) + "B T OUT NO RECTANGULAR 0.2 0.5 0.1 30\n"));
     EXPECT_EQ(captureSteps(model, 1), "0.023810\n0.142857\n");  // a seventh and six of 10 m3 in 60 s
     EXPECT_EQ(captureSteps(model, 1), "");                      // drained to the level
+}
+
+TEST(TankTrace, PrintsBothReleasesOfALevelThatStandsTwice) {
+    StorageModel model(getProject("5 2", DOUBLE_LEVEL));
+    const double first = getSlotFlow(2.0, 1.05), second = getSlotFlow(2.0 - 2.0 * DT * first / 100.0, 1.05);
+    EXPECT_EQ(captureSteps(model, 1), showTrace(first) + showTrace(first) + showTrace(second) + showTrace(second));
 }
 
 TEST(TankTrace, IsSilentForWeirs) {
@@ -371,14 +389,15 @@ TEST(TankPumps, ShareByTheirFlowsAtTheDepthThatIsLeft) {
 }
 
 TEST(TankPumps, LoseWhatTheyTookIfNoneWouldRunAtTheDepthThatIsLeft) {
-    // At 2 m the pump takes 1 m3/s, but at the 1.4 m that are left its curve gives nothing: the water is gone, and the
-    // pump has delivered none of it.
-    StorageModel model(getProject("9 2", "[CURVES]\nP1 PUMP2 1.5 0 9 1\n[PUMPS]\nA T OUT P1 NO ON 0 0\n"));
+    // At 2 m the pump takes 1 m3/s, but at the 1.4 m that are left its curve gives nothing: the water is gone with all
+    // that it carries, and the pump has delivered none of it.
+    StorageModel model(getProject("9 2", "[CURVES]\nP1 PUMP2 1.5 0 9 1\n[PUMPS]\nA T OUT P1 NO ON 0 0\n") + QUALITY);
     model.step();
     EXPECT_EQ(getLink("A").newFlow, 0.0);
     EXPECT_NEAR(getTank("T").newDepth, 1.4, 1e-12);
     tarnvelde_report();
-    EXPECT_NEAR(FlowError / 100.0 * FlowTotals.initStorage, 60.0, 1e-9);
+    EXPECT_NEAR(FlowError / 100.0 * 200.0, 60.0, 1e-9);
+    EXPECT_NEAR(QualityError / 100.0 * 200.0, 60.0, 1e-9);
 }
 
 TEST(TankPumps, TakeMoreThanThereIsWithAFullDepthOf0) {
@@ -425,14 +444,16 @@ TEST(TankFlood, ComesOfADepthThatTheHostSets) {
 }
 
 TEST(TankFlood, LosesASmallExcessWithoutAWord) {
-    // 0.003 m3 are 0.00005 m3/s: cut off, and in no total.
-    StorageModel model(getProject("5 5.00003", NEVER));
+    // 0.003 m3 are 0.00005 m3/s: cut off, and in no total; neither is what they carry.
+    StorageModel model(getProject("5 5.00003", NEVER) + QUALITY);
     model.step();
     EXPECT_EQ(getTank("T").newFlood, 0.0);
     EXPECT_NEAR(getTank("T").newDepth, 5.0, 1e-12);
     tarnvelde_report();
     EXPECT_EQ(FlowTotals.floodingLoss, 0.0);
-    EXPECT_NEAR(FlowError / 100.0 * FlowTotals.initStorage, 0.003, 1e-9);
+    EXPECT_EQ(QualTotals[0].floodingLoss, 0.0);
+    EXPECT_NEAR(FlowError / 100.0 * 500.003, 0.003, 1e-9);
+    EXPECT_NEAR(QualityError / 100.0 * 500.003, 0.003, 1e-9);
 }
 
 TEST(TankFlood, TakesAllFromATankWithAFullDepthOf0) {
@@ -465,8 +486,6 @@ TEST(TankHostDepth, MayBeNegative) {
 
 // --- quality
 // -----------------------------------------------------------------------------------------------------------
-
-static const char* const QUALITY = "[POLLUTANTS]\nA 0\n[INITIAL_CONCENTRATION]\nT x A 50\n";
 
 TEST(TankQuality, MixesTheInflowBehindTheRelease) {
     StorageModel model(getProject("9 2", NEVER) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\nT A 200 \"\"\n");

@@ -1,0 +1,42 @@
+// Decay in tanks and conduits by the hour of the day: a step decays by the hour in which it ends.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "support/storagemodel.h"
+
+static constexpr double DT = 1800.0;  ///< s, the routing step: the second one ends at the full hour
+
+/// Water of 50 mg/L, and 8.64 per day, that is 0.0001 per second, times 3 in the first hour and times 1 in the second.
+static std::string getProject(const std::string& network) {
+    return getGeneral(240) + "ROUTING_STEP 0:30:00\nRUNOFF_STEP 1:00:00\nREPORT_STEP 1:00:00\n[OUTFALLS]\nOUT\n" +
+           "[POLLUTANTS]\nA 0\n[PATTERNS]\nH HOURLY 3 1\n" + network;
+}
+
+static const double FirstHour = std::exp(-3.0 * 0.0001 * DT), SecondHour = std::exp(-1.0 * 0.0001 * DT);
+
+TEST(Decay, InATankIsThatOfTheHourAtTheEndOfTheStep) {
+    StorageModel model(getProject("[TANKS]\nT B 9 2\n[WEIRS]\nNEVER T OUT NO TRIANGULAR 1 1 1000 0\n" +
+                                  getBasin("B", 100.0) +
+                                  "[INITIAL_CONCENTRATION]\nT x A 50\n[DECAY_COEFFICIENT]\nT NODE A FIRST 8.64 H\n"));
+    model.step();
+    EXPECT_NEAR(getNode("T").newQual[0], 50.0 * FirstHour, 1e-12);
+    model.step();
+    EXPECT_NEAR(getNode("T").newQual[0], 50.0 * FirstHour * SecondHour, 1e-12);
+}
+
+TEST(Decay, InAConduitIsThatOfTheHourAtTheEndOfTheStep) {
+    StorageModel model(
+        getProject("[JUNCTIONS]\nJ\n[CONDUITS]\nC J OUT NO 100000 0.0001 1 RECTANGULAR 2 10\n"
+                   "[DWFS]\nJ FLOW 1 \"\"\nJ A 50 \"\"\n"
+                   "[DECAY_COEFFICIENT]\nC LINK A FIRST 8.64 H\n"));
+    model.step();
+    const double first = 50.0 * FirstHour;
+    EXPECT_NEAR(getLink("C").newQual[0], first, 1e-12);
+    // The water of the second step meets what the first one left.
+    const double inflow = 1.0 * DT, stored = DT * (1.0 - getLink("C").newFlow);
+    EXPECT_GT(stored, 0.99 * inflow);  // so wide and flat a bed hardly moves it
+    model.step();
+    EXPECT_NEAR(getLink("C").newQual[0], (stored * first + inflow * 50.0) / (stored + inflow) * SecondHour, 1e-9);
+}
