@@ -100,8 +100,8 @@ Found findReactorResult(const Node& node, int32_t code) {
     }
 }
 
-/// Concentration of a mass (kg, of one pollutant) in a volume, mg/L; 0 in no volume. Masses that a run made and its end
-/// took away count as 0.
+/// Concentration of a mass (kg, of one pollutant) in a volume, mg/L; 0 in no volume. Before a first start there are no
+/// masses: they count as 0.
 double getConcentration(const double* masses, int32_t p, double volume) {
     return volume > 0.0 && masses ? masses[p] / volume * 1000.0 : 0.0;
 }

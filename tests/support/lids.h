@@ -12,6 +12,7 @@ struct LidProject {
     std::string evaporation;
     std::string pollutants = "P 10\nQ 0\n";
     std::string patterns = "FLAT HOURLY 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n";
+    std::string gages = "G INTENSITY 1:00 RAIN\n";
     std::string outfalls = "OUT\nDRAIN\n";
     std::string nodes;  ///< further sections of nodes and links
     std::string lids;
@@ -20,8 +21,8 @@ struct LidProject {
     std::string rain = "RAIN 2021/03/01 0:00 36 1:00 0 2:00 0\n";  ///< mm/h
 
     std::string text() const {
-        return general + options + "[EVAPORATION]\n" + evaporation + "[POLLUTANTS]\n" + pollutants +
-               "[RAINGAGES]\nG INTENSITY 1:00 RAIN\n[OUTFALLS]\n" + outfalls + nodes +
+        return general + options + "[EVAPORATION]\n" + evaporation + "[POLLUTANTS]\n" + pollutants + "[RAINGAGES]\n" +
+               gages + "[OUTFALLS]\n" + outfalls + nodes +
                "[SUBCATCHS]\nS G OUT 1 100 50 1 0.01 0.1 1 2 30 3 4 7 0\n[PATTERNS]\n" + patterns + "[LIDS]\n" + lids +
                "[LID_GROUPS]\n" + groups + "[DECAY_COEFFICIENT]\n" + decay + "[TIMESERIES]\n" + rain;
     }

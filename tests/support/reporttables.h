@@ -36,6 +36,16 @@ inline std::vector<std::string> getRows(const std::string& report, const std::st
     return rows;
 }
 
+/// The rows of the last tables with some titles, one table behind the other.
+inline std::vector<std::string> getAllRows(const std::string& report, const std::vector<std::string>& titles) {
+    std::vector<std::string> rows;
+    for (const std::string& title : titles) {
+        const std::vector<std::string> more = getRows(report, title);
+        rows.insert(rows.end(), more.begin(), more.end());
+    }
+    return rows;
+}
+
 /// What stands behind the name of a row, with one blank between its words.
 inline std::string getRow(const std::string& report, const std::string& title, const std::string& name) {
     for (const std::string& row : getRows(report, title)) {

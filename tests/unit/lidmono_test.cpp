@@ -1,71 +1,20 @@
-// LID monomer nodes: their lines, their start, a routing step, where their water goes, results and report tables.
+// LID monomer nodes: their lines, their start, a routing step, and where their water goes.
 
 #include "hydrology/lidmono.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <string>
 #include <vector>
 
 #include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "results/massbal.h"
 #include "routing/network.h"
-#include "routing/node.h"
-#include "support/lids.h"
+#include "support/lidmonos.h"
 
 namespace {
-
-/// One node M (a trench of 100 m2) with a connection to the outfall OUT, and an inflow of its own.
-class MonoTest : public ::testing::Test {
-protected:
-    LidProject project;
-    std::string mono = "M IT * 100 0 0 100\n";
-    std::string inflows = "M FLOW FLOW 0.01 \"\" 0\nM CONCEN P 50 \"\" 0\n";
-    std::string links = "[CONNECTIONS]\nC M OUT NO 0\n";
-    std::unique_ptr<ProjectFile> file;
-
-    void SetUp() override { project.lids = "IT IT\nIT STORAGE 500 1 0\n"; }
-
-    std::string getText() {
-        LidProject whole = project;
-        whole.nodes = "[LID_MONOS]\n" + mono + links + "[INFLOWS]\n" + inflows;
-        return whole.text();
-    }
-
-    int32_t open() {
-        file = std::make_unique<ProjectFile>(getText());
-        return file->open();
-    }
-
-    void start() {
-        ASSERT_EQ(open(), 0) << file->getReport();
-        ASSERT_EQ(tarnvelde_start(0), 0);
-    }
-
-    static LidMono& unit() { return LidMonos[0]; }
-    static Node& node() { return Nodes[static_cast<size_t>(findMono())]; }
-
-    static int32_t findMono() {
-        for (size_t k = 0; k < Nodes.size(); ++k) {
-            if (Nodes[k].kind == LID_MONO) {
-                return static_cast<int32_t>(k);
-            }
-        }
-        return -1;
-    }
-
-    /// The node's inflow as the pass would have it, and one step of the unit.
-    static void stepWith(double flow, double load) {
-        node().newInflow = flow;
-        node().massInflow[0] = load;
-        lidmono_step(findMono());
-    }
-};
 
 // --- lines ---------------------------------------------------------------------------------------------------------
 
@@ -94,6 +43,22 @@ TEST_F(MonoTest, SharesAreLimitedAndTheGageIsMarked) {
     EXPECT_EQ(unit().initialSaturation, 1.0);
     EXPECT_EQ(unit().fromImpervious, 1.0);
     EXPECT_EQ(Gages[0].isUsed, 1);
+}
+
+TEST_F(MonoTest, GageOfANodeAloneIsNotTiedToAnotherOfItsSeries) {
+    // Only the gages of subcatchments are tied to each other by their series, and only they must agree in their format:
+    // a node marks its gage when that is done.
+    project.gages = "G INTENSITY 1:00 RAIN\nH VOLUME 1:00 RAIN\n";
+    project.options = "LID_MONO_RAINFALL YES\n";
+    mono = "M IT H 100 0 0 100\n";
+    start();
+    EXPECT_EQ(Gages[1].isUsed, 1);
+    EXPECT_EQ(Gages[1].coGage, -1);
+    double elapsed = 0.0;
+    ASSERT_EQ(tarnvelde_step(&elapsed), 0);
+    double rain = -1.0;
+    tarnvelde_getResult(TARNVELDE_LID_MONOMER, "M", 2, &rain);
+    EXPECT_NEAR(rain, 36.0, 1e-12) << "36 mm in an interval of an hour";
 }
 
 TEST_F(MonoTest, NotANumberIsNotNegative) {
@@ -129,7 +94,10 @@ INSTANTIATE_TEST_SUITE_P(All, BadMono,
                                            BadLine{"M IT * 1 0 0 -3", "ERROR 211: invalid number -3"},
                                            BadLine{"M IT * 1 0 0 0 X", "ERROR 209: undefined object X"},
                                            BadLine{"M IT * 1 0 0 0 *", "ERROR 209: undefined object *"},
-                                           BadLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object "}));
+                                           BadLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object "},
+                                           // of several faults the first counts, with the drain node last
+                                           BadLine{"M IT X 0 0 0 0 Y", "ERROR 209: undefined object X"},
+                                           BadLine{"M IT * 1 0 0 -3 X", "ERROR 211: invalid number -3"}));
 
 TEST_F(MonoTest, UnknownNameIsTold) {
     // The first pass knows the name with its quotes.
@@ -195,6 +163,28 @@ TEST_F(MonoTest, WithoutAShareTheUnitSeesNothing) {
     EXPECT_EQ(unit().inflowDepth, 0.0);
     EXPECT_EQ(unit().thisSurfaceFlow, 0.04);
     EXPECT_NEAR(node().newQual[0], 200.0, 1e-11);
+}
+
+TEST_F(MonoTest, WithoutAShareTheUnitSeesItsRainAlone) {
+    mono = "M IT G 100 0 0 0\n";
+    start();
+    LidMonoRainfall = 1;
+    Gages[0].rain = 1e-5;
+    stepWith(0.04, 0.008);
+    EXPECT_NEAR(unit().inflowDepth, 60.0 * 1e-5, 1e-18);
+    EXPECT_NEAR(unit().inflowLoad[0], 60.0 * 100.0 * 1e-5 * 10.0 / 1000.0, 1e-18) << "of rain with 10 mg/L";
+    EXPECT_EQ(unit().thisSurfaceFlow, 0.04);
+    EXPECT_NEAR(node().newQual[0], 200.0, 1e-11);
+}
+
+TEST_F(MonoTest, VisitedTwiceItRunsTwice) {
+    start();
+    stepWith(0.01, 0.0);
+    stepWith(0.01, 0.0);
+    const double depth = 2.0 * 60.0 * 0.01 / 100.0;
+    EXPECT_NEAR(unit().inflowDepth, depth, 1e-16);
+    EXPECT_NEAR(unit().storageLevel, depth / 0.5, 1e-16);
+    EXPECT_EQ(unit().dryTime, 2.0 * 60.0);
 }
 
 TEST_F(MonoTest, WithoutOutflowTheConcentrationIsNone) {
@@ -385,181 +375,6 @@ TEST_F(MonoTest, WaterOfTheNetworkIsKept) {
     EXPECT_NEAR(in + FlowTotals.wetWeatherInflow, FlowTotals.externalOutflow + FlowTotals.delayedVolume + lost + stored,
                 1e-9);
     EXPECT_GT(rain, 0.0);
-}
-
-TEST_F(MonoTest, SecondRunEqualsTheFirst) {
-    project.lids = "IT IT\nIT STORAGE 500 1 18\nIT DRAIN 3 0.5 50\n";
-    project.decay = "IT LID P FIRST 5 FLAT STORAGE\n";
-    mono = "M IT G 100 0 50 70 DRAIN\n";
-    ASSERT_EQ(open(), 0);
-    std::vector<std::vector<double>> runs;
-    for (int32_t run = 0; run < 2; ++run) {
-        ASSERT_EQ(tarnvelde_start(0), 0);
-        ASSERT_EQ(stepToEnd(), 0);
-        runs.push_back({unit().storageLevel, unit().thisStorageMass[0], unit().finalLoad[0], unit().dryTime,
-                        unit().drainDepth, unit().thisSurfaceFlow, FlowTotals.externalOutflow});
-        ASSERT_EQ(tarnvelde_end(), 0);
-    }
-    EXPECT_EQ(runs[0], runs[1]);
-}
-
-// --- results -------------------------------------------------------------------------------------------------------
-
-TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
-    project.lids =
-        "PP PP\nPP SURFACE 50 0.5 0.1 1 0\nPP PAVEMENT 100 0.25 360\nPP SOIL 500 0.5 0.2 0.1 36 10\n"
-        "PP STORAGE 400 1 0\n";
-    mono = "M PP G 100 0 0 100\n";
-    start();
-    Gages[0].reportRain = 1e-6;
-    node().oldInflow = 1.0;
-    node().newInflow = 2.0;
-    node().oldLatFlow = 3.0;
-    node().newLatFlow = 5.0;
-    LidMono& u = unit();
-    u.evapRate = 6.0;
-    u.lastSurfaceFlow = 7.0;
-    u.thisSurfaceFlow = 8.0;
-    u.infilRate = 9.0;
-    u.lastDrainFlow = 10.0;
-    u.thisDrainFlow = 12.0;
-    u.surfaceLevel = 0.1;
-    u.soilMoisture = 0.4;
-    u.storageLevel = 0.2;
-    u.pavementLevel = 0.0;
-    u.lastSurfaceMass[1] = 1.0;
-    u.thisSurfaceMass[1] = 2.0;
-    u.thisSoilMass[1] = 4.0;
-    u.thisStorageMass[1] = 8.0;
-    u.thisPavementMass[1] = 16.0;
-    float row[11 + 8];
-    lidmono_getResults(findMono(), 0.25, row);
-    const double expected[] = {1.25,
-                               3.5,
-                               3.6,
-                               6.0,
-                               7.25,
-                               9.0,
-                               10.5,
-                               0.1,
-                               0.4,
-                               0.2,
-                               0.0,
-                               0.0,
-                               (0.75 * 1.0 + 0.25 * 2.0) / (0.5 * 0.1 * 100.0) * 1000.0,
-                               0.0,
-                               0.25 * 4.0 / (0.5 * 0.4 * 100.0) * 1000.0,  // porosity, and not the depth
-                               0.0,
-                               0.25 * 8.0 / (0.5 * 0.2 * 100.0) * 1000.0,
-                               0.0,
-                               0.0};  // an empty layer has no concentration
-    for (size_t k = 0; k < 19; ++k) {
-        EXPECT_FLOAT_EQ(row[k], static_cast<float>(expected[k])) << k;
-    }
-    EXPECT_NEAR(lidmono_getVolume(0), 100.0 * (0.1 * 0.5 + 0.4 * 0.5 + 0.2 * 0.5), 1e-12);
-}
-
-TEST_F(MonoTest, RowBeforeAStartIsEmpty) {
-    ASSERT_EQ(open(), 0);
-    float row[11 + 8];
-    lidmono_getResults(findMono(), 1.0, row);
-    for (const float value : row) {
-        EXPECT_EQ(value, 0.0F);
-    }
-}
-
-// --- report --------------------------------------------------------------------------------------------------------
-
-std::string getTable(const std::string& report, const std::string& title) {
-    const size_t begin = report.find("\n  " + title + "\n");
-    if (begin == std::string::npos) {
-        return "no table";
-    }
-    const size_t end = report.find("\n  \n", begin);
-    return report.substr(begin, end == std::string::npos ? end : end - begin);
-}
-
-TEST_F(MonoTest, ReportTablesOfUnitsAndNodes) {
-    project.general = getGeneral(5);
-    project.pollutants = "P 0\n";
-    project.rain = "RAIN 2021/03/01 0:00 0 2:00 0\n";
-    inflows = "M FLOW FLOW 0.01 \"\" 0\nM CONCEN P 500 \"\" 0\n";
-    mono = "M IT * 100 0 0 100\n";
-    project.groups = "S IT 50 0 20 0\n";
-    start();
-    ASSERT_EQ(stepToEnd(), 0);
-    ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = file->getReport();
-    const std::string dashes7 =
-        "\n  ---------------- ---------------- ---------------- ---------------- ---------------- "
-        "---------------- ---------------- ---------------- ----------------";
-    const std::string dashes6 = dashes7.substr(0, dashes7.size() - 17);
-    EXPECT_EQ(
-        getTable(report, "Subcatchment LID Performance Summary"),
-        "\n  Subcatchment LID Performance Summary\n  ************************************"
-        "\n                                              Inflow            Evap.           Infil.  Surface Outflow"
-        "    Drain Outflow    Init. Storage    Final Storage"
-        "\n  Subcatchment     LID Process                    mm               mm               mm               mm"
-        "               mm               mm               mm" +
-            dashes7 +
-            "\n  S                IT                          0.000            0.000            0.000            0.000"
-            "            0.000           50.000           50.000");
-    EXPECT_EQ(
-        getTable(report, "Subcatchment LID Water Quality Summary"),
-        "\n  Subcatchment LID Water Quality Summary\n  **************************************"
-        "\n                                              Inflow           Infil.  Surface Outflow    Drain Outflow"
-        "          Removed    Final Storage"
-        "\n  Subcatchment     LID Process                    kg               kg               kg               kg"
-        "               kg               kg" +
-            dashes6 + "\n  *P*" +
-            "\n  S                IT                          0.000            0.000            0.000            0.000"
-            "            0.000            0.000");
-    // Five steps of 0.6 m3; the final storage is that before the last. The first load meets a dry storage and is lost.
-    EXPECT_EQ(
-        getTable(report, "LID Monomer Performance Summary"),
-        "\n  LID Monomer Performance Summary\n  *******************************"
-        "\n                                         Tot. Inflow            Evap.           Infil.  Surface Outflow"
-        "    Drain Outflow    Init. Storage    Final Storage"
-        "\n  Node             LID Process                    m3               m3               m3               m3"
-        "               m3               m3               m3" +
-            dashes7 +
-            "\n  M                IT                          3.000            0.000            0.000            0.000"
-            "            0.000            0.000            2.400");
-    EXPECT_EQ(
-        getTable(report, "LID Monomer Water Quality Summary"),
-        "\n  LID Monomer Water Quality Summary\n  *********************************"
-        "\n                                         Tot. Inflow           Infil.  Surface Outflow    Drain Outflow"
-        "          Reacted    Final Storage"
-        "\n  Node             LID Process                    kg               kg               kg               kg"
-        "               kg               kg" +
-            dashes6 + "\n  *P*" +
-            "\n  M                IT                          1.500            0.000            0.000            0.000"
-            "            0.000            1.200");
-}
-
-TEST_F(MonoTest, TablesAppearByWhatTheProjectHas) {
-    mono = links = inflows = "";
-    project.groups = "";
-    start();
-    ASSERT_EQ(stepToEnd(), 0);
-    ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = file->getReport();
-    EXPECT_NE(getTable(report, "Subcatchment LID Performance Summary"), "no table") << "heads stand without rows";
-    EXPECT_NE(getTable(report, "Subcatchment LID Water Quality Summary").find("\n  *Q*"), std::string::npos);
-    EXPECT_EQ(getTable(report, "LID Monomer Performance Summary"), "no table");
-    EXPECT_EQ(getTable(report, "LID Monomer Water Quality Summary"), "no table");
-}
-
-TEST_F(MonoTest, QualityTablesWantPollutants) {
-    project.pollutants = "";
-    inflows = "";
-    start();
-    ASSERT_EQ(stepToEnd(), 0);
-    ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = file->getReport();
-    EXPECT_EQ(getTable(report, "Subcatchment LID Water Quality Summary"), "no table");
-    EXPECT_EQ(getTable(report, "LID Monomer Water Quality Summary"), "no table");
-    EXPECT_NE(getTable(report, "LID Monomer Performance Summary"), "no table");
 }
 
 }  // namespace

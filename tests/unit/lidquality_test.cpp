@@ -127,6 +127,18 @@ TEST_F(QualityTest, LayerOfExactlyTheLimitIsDry) {
     EXPECT_EQ(unit.thisSurfaceMass[0], 0.0);
 }
 
+TEST_F(QualityTest, StorageOfExactlyTheLimitIsDry) {
+    unit.area = 1.0;
+    setStorage(0.4, 1.0, 0.0);
+    setLevels({0.0, 0.0, 0.01, 0.0});
+    unit.lastStorageMass[0] = 5.0;
+    beginStep(LID_IT);
+    LidStep.storageExfil = 1e-5;
+    lid_moveQuality();
+    EXPECT_EQ(unit.exfilLoad[0], 100.0) << "what arrives; what stood there is gone";
+    EXPECT_EQ(unit.thisStorageMass[0], 0.0);
+}
+
 // --- wet layers ----------------------------------------------------------------------------------------------------
 
 TEST_F(QualityTest, SurfaceMixesAndPassesWhatStoodThere) {
@@ -317,6 +329,18 @@ TEST_F(QualityTest, EmptyBarrelPassesTheLoadToItsDrain) {
     lid_moveQuality();
     EXPECT_NEAR(unit.drainOutLoad[0], 100.0, 1e-12);
     EXPECT_NEAR(unit.thisDrainLoad[0], 1.0, 1e-14);
+    EXPECT_EQ(unit.thisStorageMass[0], 0.0);
+}
+
+TEST_F(QualityTest, BarrelOfExactlyTheLimitIsEmpty) {
+    unit.area = 1.0;
+    setStorage(0.4, 1.0, 0.0);
+    setLevels({0.0, 0.0, 0.01, 0.0});
+    unit.lastStorageMass[0] = 5.0;
+    beginStep(LID_RB);
+    LidStep.storageInflow = 1e-3;  // all that comes
+    lid_moveQuality();
+    EXPECT_NEAR(unit.drainOutLoad[0], 100.0, 1e-12) << "what arrives; what stood there is gone";
     EXPECT_EQ(unit.thisStorageMass[0], 0.0);
 }
 

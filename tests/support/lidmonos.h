@@ -1,0 +1,59 @@
+#pragma once
+// A project with a LID control that stands in the network as a node, whose sections a test changes as it needs them.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "engine/project.h"
+#include "hydrology/lidmono.h"
+#include "routing/node.h"
+#include "support/lids.h"
+
+/// One node M (a trench of 100 m2) with a connection to the outfall OUT, and an inflow of its own.
+class MonoTest : public ::testing::Test {
+protected:
+    LidProject project;
+    std::string mono = "M IT * 100 0 0 100\n";
+    std::string inflows = "M FLOW FLOW 0.01 \"\" 0\nM CONCEN P 50 \"\" 0\n";
+    std::string links = "[CONNECTIONS]\nC M OUT NO 0\n";
+    std::unique_ptr<ProjectFile> file;
+
+    void SetUp() override { project.lids = "IT IT\nIT STORAGE 500 1 0\n"; }
+
+    std::string getText() {
+        LidProject whole = project;
+        whole.nodes = "[LID_MONOS]\n" + mono + links + "[INFLOWS]\n" + inflows;
+        return whole.text();
+    }
+
+    int32_t open() {
+        file = std::make_unique<ProjectFile>(getText());
+        return file->open();
+    }
+
+    void start() {
+        ASSERT_EQ(open(), 0) << file->getReport();
+        ASSERT_EQ(tarnvelde_start(0), 0);
+    }
+
+    static LidMono& unit() { return LidMonos[0]; }
+    static Node& node() { return Nodes[static_cast<size_t>(findMono())]; }
+
+    static int32_t findMono() {
+        for (size_t k = 0; k < Nodes.size(); ++k) {
+            if (Nodes[k].kind == LID_MONO) {
+                return static_cast<int32_t>(k);
+            }
+        }
+        return -1;
+    }
+
+    /// The node's inflow as the pass would have it, and one step of the unit.
+    static void stepWith(double flow, double load) {
+        node().newInflow = flow;
+        node().massInflow[0] = load;
+        lidmono_step(findMono());
+    }
+};
