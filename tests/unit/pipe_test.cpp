@@ -134,8 +134,8 @@ static constexpr double FIRST_LOAD = FIRST_OUT * 30.0 / 1000.0;  // kg/s
 static const std::string THIRTY_MILLIGRAMS = TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n";
 
 TEST(PipeDelivery, WeighsFlowAndLoadDifferently) {
-    // The load goes from the old to the new value over the period, as the time of delivery does; the flow takes that
-    // time plus K, and so the new value at once.
+    // In the step of a firing the load counts new by the share of the period that had passed ahead of the step; the
+    // flow takes that time plus K, and so the new value at once. Behind that step old and new are equal.
     Model m(onePipe("180 1 0 0") + THIRTY_MILLIGRAMS);
     m.step(2);  // the period lasts from minute 0 to 3, and the step begins at minute 1
     EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, FIRST_OUT);
@@ -170,6 +170,17 @@ TEST(PipeDelivery, WeighsTheFlowByThePresentK) {
     const double out = (2.0 * 90.0 + 180.0 * (2.0 - FIRST_OUT)) / (60.0 + 90.0);
     EXPECT_DOUBLE_EQ(m.link("P").newFlow, out);
     EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, 2.0 / 3.0 * FIRST_OUT + 1.0 / 3.0 * out);
+}
+
+TEST(PipeDelivery, CountsTheNewLoadOfAFiringThatComesLate) {
+    // K of two steps: step 3 should fire and finds nothing summed. Step 4 fires, and begins when half of the new period
+    // has passed.
+    Model m(onePipe("120 1 0 0") + THIRTY_MILLIGRAMS);
+    m.step(4);
+    const double first = 2.0 * 60.0 / 180.0;
+    const double second = (2.0 * 60.0 + 120.0 * (2.0 - first)) / 180.0;
+    EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, second);
+    EXPECT_NEAR(m.node("OUT").massInflow[0], (0.5 * first + 0.5 * second) * 30.0 / 1000.0, 1e-15);
 }
 
 TEST(PipeDelivery, WeighsTheFlowWhereKIsNoMultipleOfTheStep) {
