@@ -419,7 +419,8 @@ TARNVELDE_API int32_t tarnvelde_setExtInflow(const char* node, double flow);
 TARNVELDE_API int32_t tarnvelde_setExtLoad(const char* node, const char* pollutant, double load);
 
 /* Sets the splitting value of a splitter for the rest of the run: m3/s, or in mode RATIO a share, where more than 1
- * counts as 1. From then on rules no longer act on it. -1 if the node is no splitter or the value is negative.
+ * counts as 1. From then on rules no longer act on it: what they write is hidden for this run, and counts from the next
+ * start on. -1 if the node is no splitter or the value is negative.
  */
 TARNVELDE_API int32_t tarnvelde_setSplittedValue(const char* splitter, double value);
 

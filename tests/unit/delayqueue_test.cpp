@@ -46,13 +46,19 @@ TEST_F(DelayQueues, KeepTheEntryJustBeforeTheDate) {
     EXPECT_EQ(delayQueue_getValue(queue, 5.0), 0.0);  // gone by now
 }
 
-TEST_F(DelayQueues, TakeTheMeanOfEntriesAtOneDate) {
+TEST_F(DelayQueues, WalkOverTwoEntriesAtOneDate) {
     push(10.0, 5.0);
     push(12.0, 4.0);
     push(12.0, 8.0);
     push(14.0, 6.0);
     EXPECT_EQ(delayQueue_getValue(queue, 12.0), 4.0);  // the walk stops at the first of the two
-    EXPECT_EQ(delayQueue_getValue(queue, 13.0), 7.0);
+    EXPECT_EQ(delayQueue_getValue(queue, 13.0), 7.0);  // and then goes on from the second
+}
+
+TEST_F(DelayQueues, TakeTheMeanOfEntriesCloserThanAnyClockTells) {
+    push(0.0, 4.0);
+    push(5e-21, 8.0);
+    EXPECT_EQ(delayQueue_getValue(queue, 2e-21), (4.0 + 8.0) / 2.0);  // on the line between them it would be 5.6
 }
 
 TEST_F(DelayQueues, ReadTheFirstOfTwoEntriesAtTheHeadsDate) {

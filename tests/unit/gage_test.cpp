@@ -305,6 +305,13 @@ TEST_F(GageTest, SeriesOfAnInflowIsRefused) {
         failsWith(project, 159, "\n  \n  ERROR 159: time series for Rain Gage G is also used by another object."));
 }
 
+TEST_F(GageTest, SeriesOfAnInflowIsRefusedThoughALaterLineLetsItGo) {
+    LandProject project;
+    project.more = "[INFLOWS]\nO FLOW FLOW 0 T 1\nO FLOW FLOW 1 \"\" 1\n";  // the second overwrites the first
+    EXPECT_TRUE(
+        failsWith(project, 159, "\n  \n  ERROR 159: time series for Rain Gage G is also used by another object."));
+}
+
 TEST_F(GageTest, UnusedGageMayShareTheSeriesOfAnInflow) {
     LandProject project;
     project.gages += "U INTENSITY 0:05 Q\n";

@@ -17,6 +17,7 @@
 #include "support/child.h"
 #include "support/process.h"
 #include "support/project.h"
+#include "support/storagemodel.h"
 #include "support/tempfolder.h"
 
 static const std::string NETWORK =
@@ -272,6 +273,13 @@ TEST(Steps, EndExactlyWithTheRun) {
     EXPECT_EQ(NewRoutingTime, TotalDuration);
     const double inflow = FlowTotals.dryWeatherInflow;
     EXPECT_EQ(inflow, 3 * 240.0 * 0.25);  // the cut step counts in full
+    EXPECT_EQ(getNode("A").statInflowVolume, 3 * 240.0 * 0.25);
+    // A connection works with the end of the full step, which lies behind the end of the run: what enters is late, and
+    // what would leave is no longer due.
+    EXPECT_EQ(FlowTotals.delayedVolume, 240.0 * 0.25);
+    EXPECT_EQ(getLink("C").newFlow, 0.0);
+    EXPECT_EQ(getLink("C").statFlowVolume, 2 * 240.0 * 0.25);
+    EXPECT_EQ(getNode("OUT").statInflowVolume, 2 * 240.0 * 0.25);
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
     EXPECT_EQ(elapsed, 0.0);
     EXPECT_EQ(FlowTotals.dryWeatherInflow, inflow);

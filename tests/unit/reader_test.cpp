@@ -414,6 +414,7 @@ TEST(PollutantLines, AreRefused) {
 TEST(InflowLines, AreRefused) {
     expectRefused("[INFLOWS]", "A FLOW FLOW 1", "ERROR 203: too few items ");
     expectRefused("[INFLOWS]", "X FLOW FLOW 1 \"\" 1", "ERROR 209: undefined object X ");
+    expectRefused("[INFLOWS]", "X FLOWS FLOW x NONE", "ERROR 209: undefined object X ");
     expectRefused("[INFLOWS]", "A FLOWS FLOW 1 \"\" 1", "ERROR 205: invalid keyword FLOWS ");
     expectRefused("[INFLOWS]", "A FLOW flow 1 \"\" 1", "ERROR 205: invalid keyword flow ");
     expectRefused("[INFLOWS]", "A CONCEN FLOW 1 \"\" 1", "ERROR 209: undefined object FLOW ");
@@ -428,6 +429,7 @@ TEST(DryWeatherLines, AreRefused) {
     expectRefused("[DWFS]", "A FLOW 1", "ERROR 203: too few items ");
     expectRefused("[DWFS]", "X FLOW 1 H", "ERROR 209: undefined object X ");
     expectRefused("[DWFS]", "A flow 1 H", "ERROR 209: undefined object flow ");
+    expectRefused("[DWFS]", "A \"\" 1 \"\"", "ERROR 209: undefined object  ");
     expectRefused("[DWFS]", "A FLOW x H", "ERROR 211: invalid number x ");
     expectRefused("[DWFS]", "A FLOW 1 NONE", "ERROR 209: undefined object NONE ");
 }
@@ -446,6 +448,9 @@ TEST(DecayLines, AreRefused) {
     expectRefused("[DECAY_COEFFICIENT]", "p1 LINK COD ZERO 1 \"\"", "ERROR 800: not FIRST decay type for object p1 ");
     expectRefused("[DECAY_COEFFICIENT]", "P1 LINK COD THIRD 1 \"\"", "ERROR 800: not FIRST decay type for object P1 ");
     expectRefused("[DECAY_COEFFICIENT]", "P1 LINK COD FIRST -1x \"\"", "ERROR 211: invalid number -1x ");
+    expectRefused("[DECAY_COEFFICIENT]", "P1 LINK X ZERO -1x NONE", "ERROR 209: undefined object X ");
+    expectRefused("[DECAY_COEFFICIENT]", "P1 LINK COD ZERO -1x NONE", "ERROR 800: not FIRST decay type for object P1 ");
+    expectRefused("[DECAY_COEFFICIENT]", "P1 LINK COD FIRST -1x NONE", "ERROR 211: invalid number -1x ");
     expectRefused("[DECAY_COEFFICIENT]", "P1 LINK COD FIRST 1 NONE", "ERROR 209: undefined object NONE ");
     expectRefused("[DECAY_COEFFICIENT]", "A NODE COD FIRST 1 \"\"", "ERROR 209: undefined object A ");
 }

@@ -845,19 +845,25 @@ TEST_F(RuleTest, UnchangedValuesAreNoChanges) {
     EXPECT_EQ(rule_evaluate(), 0);
 }
 
-TEST_F(RuleTest, PipeOpensAgainInTheStepInWhichNoRuleHoldsIt) {
+TEST_F(RuleTest, PipesAndOrificesOpenAgainInTheStepInWhichNoRuleHoldsThem) {
     linkOf("PU").kind = WEIR;  // a pump would be switched by the depth of its tank
-    readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND WEIR W SETTING = 0.25"});
+    readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND WEIR W SETTING = 0.25",
+             "AND ORIFICE OR SETTING = 0.25", "AND PIPE CN SETTING = 0.25", "AND PIPE CD SETTING = 0.25"});
     evaluate();
     link_applyTargets();
-    EXPECT_EQ(linkOf("P").setting, 0.25);
-    EXPECT_EQ(linkOf("W").setting, 0.25);
+    for (const char* link : {"P", "W", "OR", "CN", "CD"}) {
+        EXPECT_EQ(linkOf(link).setting, 0.25) << link;
+    }
     nodeOf("J").newInflow = 1.0;
     link_setTargets();
     EXPECT_EQ(rule_evaluate(), 0);
     link_applyTargets();
-    EXPECT_EQ(linkOf("P").setting, 1.0);
-    EXPECT_EQ(linkOf("W").setting, 0.25);
+    for (const char* link : {"P", "OR"}) {
+        EXPECT_EQ(linkOf(link).setting, 1.0) << link;
+    }
+    for (const char* link : {"W", "CN", "CD"}) {
+        EXPECT_EQ(linkOf(link).setting, 0.25) << link;  // they stay where they were put
+    }
 }
 
 TEST_F(RuleTest, LinkHeldByTheHostGetsATargetButNoSetting) {

@@ -501,21 +501,26 @@ TEST_F(RunoffTest, EvaporationTakesItsShareOfTheMassOutOfTheBalance) {
 }
 
 TEST_F(RunoffTest, StatisticsCountByTheRoutingStep) {
-    ASSERT_EQ(start(LandProject{}), 0);
+    LandProject project;
+    project.more = "[POLLUTANTS]\nA 0\n";
+    ASSERT_EQ(start(project), 0);
     Subcatch& s = Subcatches[0];
     s.rain = 1e-6;
     s.evapRate = 2e-6;
     s.infilRate = 3e-6;
     s.thisRunoff = 0.05;
+    s.thisQuality[0] = 8.0;
     massbal_updateStep();
     EXPECT_DOUBLE_EQ(s.rainfall, 0.06);
     EXPECT_DOUBLE_EQ(s.evap, 0.12);
     EXPECT_DOUBLE_EQ(s.infil, 0.18);
     EXPECT_DOUBLE_EQ(s.runoff, 0.3);
     EXPECT_EQ(s.peakRunoff, 0.05);
+    EXPECT_DOUBLE_EQ(s.surfaceWashoff[0], 8.0 / 1000.0 * 0.05 * 60.0);
     s.thisRunoff = 0.02;
     massbal_updateStep();
     EXPECT_EQ(s.peakRunoff, 0.05);
+    EXPECT_DOUBLE_EQ(s.surfaceWashoff[0], 8.0 / 1000.0 * (0.05 + 0.02) * 60.0);
 }
 
 // --- tables of the report ------------------------------------------------------------------------------------------

@@ -148,6 +148,36 @@ TEST(Statistics, OfFlowsThatAHostStoresAreThoseBehindTheStep) {
     });
 }
 
+/// A pipe C from a junction into a node M of another kind, and a pipe D from there into a junction.
+static std::string getPipesAt(const std::string& coupled) {
+    return "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\nK\n[OUTFALLS]\nO\n[PIPES]\nC J M NO 1350 1 0 0\nD M K NO 1350 1 0 0\n"
+           "[CONNECTIONS]\nE K O NO 0\n[DWFS]\nJ FLOW 1 \"\"\nJ A 8 \"\"\n" +
+           coupled;
+}
+
+static void comparePipesAt(CoupledProject& project, int steps, const std::string& what) {
+    ASSERT_EQ(project.open(), 0) << project.project.getReport();
+    compareBooks(steps, what);
+    for (const char* pipe : {"C", "D"}) {
+        EXPECT_GT(Links[static_cast<size_t>(tarnvelde_findObject(2, pipe))].statFlowVolume, 0.0) << what << ' ' << pipe;
+    }
+}
+
+TEST(Statistics, OfPipesIntoAndOutOfAnOutsideModelAreThoseOfTheStateBehindEachStep) {
+    constexpr int steps = 12;
+    CoupledProject sewer(getPipesAt("[SWMM_INPS]\nM m.inp YES\nINFLOW IN C\nOUTFLOW OUT D\n"), steps);
+    sewer.model("m.inp", getPassingModel(steps, "substances A\n"));
+    comparePipesAt(sewer, steps, "sewer model");
+    tarnvelde_close();
+    CoupledProject plant(getPipesAt("[VORN_INPS]\nM m.sti YES\nINFLUENT I C CI\nEFFLUENT E D CE\n"
+                                    "[CONVERTERS]\nCI COD POLLUTANT A 1\nCI NH4 CONSTANT 0 0\nCI NO3 CONSTANT 0 0\n"
+                                    "CI TP CONSTANT 0 0\nCI TSS CONSTANT 0 0\nCI ALK CONSTANT 0 0\n"
+                                    "CE VORN_EFFLUENT\nCE A POLLUTANT S_F 1\n"),
+                         steps);
+    plant.model("m.sti", getPassingPlant(steps));
+    comparePipesAt(plant, steps, "plant model");
+}
+
 TEST(Statistics, OfEveryKindOfObjectAreThoseOfTheStateBehindEachStep) {
     AllKinds project;
     ASSERT_EQ(project.open(), 0) << project.project.getReport();

@@ -376,6 +376,26 @@ TEST(SwmmInflows, OfAPipeThatHasNotFiredAreNothing) {
     EXPECT_GT(QualTotals[0].swmmOutflow, 0.0);
 }
 
+TEST(SwmmInflows, OfALaggedPipeAreThoseOfAStepBefore) {
+    // A pipe of three steps, N = 1 and X = 0 delivers out = (q K / 2 + S) / (1.5 K). It fires in steps 2 and 4; in the
+    // latter the clock stands a step before the new period, so that with K two thirds of its flow count and nothing of
+    // its load.
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nC J S YES 2025 1 0 0\n[DWFS]\n"
+        "J FLOW 2 \"\"\nJ A 30 \"\"\n[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\n",
+        6);
+    p.model("m.inp", getPassingModel(6, "substances A\n"));
+    p.start();
+    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    const double first = 2.0 / 3.0, second = (2.0 / 2.0 + (2.0 - first)) / 1.5;
+    p.step(2);
+    EXPECT_DOUBLE_EQ(record.newFlow, first);
+    EXPECT_EQ(record.newLoad[0], 0.0);
+    p.step(2);
+    EXPECT_DOUBLE_EQ(record.newFlow, 1.0 / 3.0 * first + 2.0 / 3.0 * second);
+    EXPECT_NEAR(record.newLoad[0], first * 30.0 / 1000.0, 1e-15);
+}
+
 TEST(SwmmInflows, OfTwoPipesHaveLoadsOfTheirOwn) {
     CoupledProject p(
         "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\nJ2\n[OUTFALLS]\nO\n[PIPES]\nC J S NO 675 1 0 0\nC2 J2 S NO 675 1 0 0\n"

@@ -1,0 +1,230 @@
+// Quality in pipes, what they deliver to nodes of all kinds, and values that a host sets.
+
+#include "routing/pipe.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "support/routingmodel.h"
+#include "tarnvelde.h"
+
+// --- quality in pipes ----------------------------------------------------------------------------------------------
+
+TEST(PipeQuality, PassesAConstantConcentrationUnchanged) {
+    Model m(onePipe("120 3 0.2 0") + TWO_POLLUTANTS +
+                "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n",
+            600);
+    m.step(590);
+    EXPECT_NEAR(m.link("P").newQual[0], 30.0, 1e-9);
+    EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-9);
+    EXPECT_NEAR(m.node("OUT").newQual[0], 30.0, 1e-6);
+}
+
+TEST(PipeQuality, DecaysByTheFirstOrderInEachPeriod) {
+    Model m(onePipe("120 1 0 0") + TWO_POLLUTANTS +
+            "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
+            "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
+    m.step(2);  // the reach was empty: all its water came in now, and decays for one period
+    const double first = 30.0 * std::exp(-0.001 * 120.0);
+    EXPECT_NEAR(m.link("P").newQual[0], first, 1e-12);
+    EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 0)[0], first, 1e-12);  // the reach holds what has decayed
+    EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-12);
+    EXPECT_EQ(QualTotals[0].reactedLoss, 0.0);  // the mass is that of the storage before the firing, which was none
+    const double storage = m.pipe("P").storage[0];
+    m.step(2);
+    const double out = (2.0 * 60.0 + storage) / 180.0;
+    const double mixed = (120.0 * 2.0 * 30.0 + storage * first) / (120.0 * out + storage + 120.0 * (2.0 - out));
+    EXPECT_NEAR(m.link("P").newQual[0], mixed * std::exp(-0.12), 1e-12);
+    EXPECT_NEAR(QualTotals[0].reactedLoss, mixed * storage * (1.0 - std::exp(-0.12)) / 1000.0, 1e-12);
+}
+
+TEST(PipeQuality, DecaysInEachReachForAPeriod) {
+    Model m(onePipe("120 2 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n" +
+            "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
+    m.step(2);  // through two empty reaches at once, 120 s at 0.001 per second in each
+    EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 0)[0], 30.0 * std::exp(-0.12), 1e-12);
+    EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 1)[0], 30.0 * std::exp(-0.24), 1e-12);
+    EXPECT_NEAR(m.link("P").newQual[0], 30.0 * std::exp(-0.24), 1e-12);
+}
+
+TEST(PipeQuality, DecaysByThePatternAtTheHour) {
+    std::string pattern = "[PATTERNS]\nH MONTHLY 3 5\n";  // of monthly type, and still by the hour
+    Model m(onePipe("120 1 0 0") + TWO_POLLUTANTS + pattern + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
+            "[DECAY_COEFFICIENT]\nP LINK Y FIRST 86.4 H\n");
+    m.step(2);
+    EXPECT_NEAR(m.link("P").newQual[1], 7.0 * std::exp(-3.0 * 0.001 * 120.0), 1e-12);
+}
+
+TEST(PipeQuality, IsZeroInADryReach) {
+    Model m(onePipe("60 2 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA MASS X 1 \"\" 1\n");
+    m.step(8);
+    EXPECT_EQ(m.link("P").newQual[0], 0.0);
+    EXPECT_EQ(m.node("A").newQual[0], 0.0);  // a load without water
+}
+
+TEST(PipeQuality, IsTheMeanOfThePeriodByFlow) {
+    // Between the firings in steps 2 and 5 the pipe sums steps 3 and 4: 1 m3/s at 10 mg/L and 3 m3/s at 30 mg/L. The
+    // reach holds no water yet, so its concentration is that of the mean. The junction bears the name of the pollutant:
+    // a host's load is given by it.
+    Model m("[JUNCTIONS]\nX\n[OUTFALLS]\nOUT\n[POLLUTANTS]\nX 0\n[PIPES]\nP X OUT NO 240 1 0 0\n");
+    m.step(2);
+    ASSERT_EQ(tarnvelde_setExtInflow("X", 1.0), 0);
+    ASSERT_EQ(tarnvelde_setExtLoad("X", "X", 0.01), 0);
+    m.step();
+    ASSERT_EQ(tarnvelde_setExtInflow("X", 3.0), 0);
+    ASSERT_EQ(tarnvelde_setExtLoad("X", "X", 0.09), 0);
+    m.step(2);
+    EXPECT_DOUBLE_EQ(m.pipe("P").newInflow, (1.0 + 3.0) / 2.0);
+    EXPECT_NEAR(m.link("P").newQual[0], (0.01 + 0.09) / (1.0 + 3.0) * 1000.0, 1e-12);
+}
+
+// --- numbers beyond all bounds -------------------------------------------------------------------------------------
+
+/// 2 m3/s with a load of X that makes a concentration beyond the largest number, and a small load of Y.
+static const std::string ENDLESS_LOAD =
+    TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA MASS X 1e308 \"\" 1\nA MASS Y 0.01 \"\" 1\n";
+
+/// No share of an endless concentration is 0, not even that of a flood or a decay that isn't there: 0 * inf is no
+/// number. The other pollutant and the water know nothing of it.
+static void expectEndlessLosses(Model& m, const char* link) {
+    EXPECT_TRUE(std::isinf(m.link(link).newQual[0]));
+    EXPECT_TRUE(std::isnan(QualTotals[0].reactedLoss));
+    EXPECT_TRUE(std::isnan(QualTotals[0].floodingLoss));
+    EXPECT_EQ(QualTotals[1].reactedLoss, 0.0);
+    EXPECT_EQ(QualTotals[1].floodingLoss, 0.0);
+    EXPECT_EQ(FlowTotals.floodingLoss, 0.0);
+}
+
+TEST(EndlessConcentration, InAPipeShowsInItsLosses) {
+    Model m(onePipe("60 1 0 0") + ENDLESS_LOAD);
+    m.step();
+    EXPECT_EQ(QualTotals[0].floodingLoss, 0.0);  // none has come into the pipe yet
+    for (int step = 2; step <= 4; ++step) {
+        SCOPED_TRACE(step);
+        m.step();
+        expectEndlessLosses(m, "P");
+    }
+}
+
+TEST(EndlessConcentration, InAConduitShowsInItsLosses) {
+    Model m(A_TO_OUT + "[CONDUITS]\nC A OUT NO 100 0.001 0.013 RECTANGULAR 5 3\n" + ENDLESS_LOAD);
+    m.step();
+    expectEndlessLosses(m, "C");
+}
+
+TEST(EndlessConcentration, ComesFromGrowthBeyondAllBounds) {
+    // -1e9 per day: the factor exp(1e9 * 60 / 86400) is beyond the largest number. The reach was empty, so what reacted
+    // in it is 0 times that.
+    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[DECAY_COEFFICIENT]\nP LINK X FIRST -1e9 \"\"\n" +
+            "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n");
+    m.step(2);
+    expectEndlessLosses(m, "P");
+    EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-12);
+}
+
+// --- delivery ------------------------------------------------------------------------------------------------------
+
+// A pipe of K = 180 s, N = 1 and X = 0 that 2 m3/s of 30 mg/L run into delivers out = (q K / 2 + S) / (1.5 K) of the
+// mean q of its period. It fires in step 2, with an empty reach, and in step 4, with what is left of the first period.
+static constexpr double FIRST_OUT = 2.0 * 90.0 / 270.0;
+static constexpr double SECOND_OUT = (2.0 * 90.0 + 180.0 * (2.0 - FIRST_OUT)) / 270.0;
+static constexpr double FIRST_LOAD = FIRST_OUT * 30.0 / 1000.0;  // kg/s
+
+static const std::string THIRTY_MILLIGRAMS = TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n";
+
+TEST(PipeDelivery, WeighsFlowAndLoadDifferently) {
+    // In the step of a firing the load counts new by the share of the period that had passed ahead of the step; the
+    // flow takes that time plus K, and so the new value at once. Behind that step old and new are equal.
+    Model m(onePipe("180 1 0 0") + THIRTY_MILLIGRAMS);
+    m.step(2);  // the period lasts from minute 0 to 3, and the step begins at minute 1
+    EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, FIRST_OUT);
+    EXPECT_NEAR(m.node("OUT").massInflow[0], 1.0 / 3.0 * FIRST_LOAD, 1e-15);
+    m.step(2);  // from minute 3 to 6, and the step begins at minute 3
+    EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, SECOND_OUT);
+    EXPECT_NEAR(m.node("OUT").massInflow[0], FIRST_LOAD, 1e-15);
+    EXPECT_NEAR(m.node("OUT").newQual[0], FIRST_LOAD / SECOND_OUT * 1000.0, 1e-12);  // too low in this one step
+    m.step();
+    EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, SECOND_OUT);
+    EXPECT_NEAR(m.node("OUT").newQual[0], 30.0, 1e-12);
+}
+
+TEST(PipeDelivery, IsThatOfAStepBeforeOverALaggedLink) {
+    Model m("[JUNCTIONS]\nA\nB\n[OUTFALLS]\nOUT\n[PIPES]\nP A B YES 180 1 0 0\nQ B OUT NO 60 1 0 0\n" +
+            THIRTY_MILLIGRAMS);
+    m.step(2);  // read at minute 0 of the period from 0 to 3
+    EXPECT_DOUBLE_EQ(m.node("B").newInflow, FIRST_OUT);
+    EXPECT_EQ(m.node("B").massInflow[0], 0.0);
+    m.step(2);  // read at minute 2, ahead of the period from 3 to 6: with K two thirds of it
+    EXPECT_DOUBLE_EQ(m.node("B").newInflow, 1.0 / 3.0 * FIRST_OUT + 2.0 / 3.0 * SECOND_OUT);
+    EXPECT_NEAR(m.node("B").massInflow[0], FIRST_LOAD, 1e-15);
+}
+
+TEST(PipeDelivery, WeighsTheFlowByThePresentK) {
+    // A host shortens K to 60 s ahead of the firing in step 4. Its period stays 180 s, so the outflow is
+    // (q 90 + S) / (60 + 90); and at the beginning of the new period its flow counts by 60 s of 180 s.
+    Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
+    m.step(3);
+    ASSERT_EQ(tarnvelde_setParam(TARNVELDE_PIPE, "P", 0, 60.0), 0);
+    m.step();
+    const double out = (2.0 * 90.0 + 180.0 * (2.0 - FIRST_OUT)) / (60.0 + 90.0);
+    EXPECT_DOUBLE_EQ(m.link("P").newFlow, out);
+    EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, 2.0 / 3.0 * FIRST_OUT + 1.0 / 3.0 * out);
+}
+
+TEST(PipeDelivery, CountsTheNewLoadOfAFiringThatComesLate) {
+    // K of two steps: step 3 should fire and finds nothing summed. Step 4 fires, and begins when half of the new period
+    // has passed.
+    Model m(onePipe("120 1 0 0") + THIRTY_MILLIGRAMS);
+    m.step(4);
+    const double first = 2.0 * 60.0 / 180.0;
+    const double second = (2.0 * 60.0 + 120.0 * (2.0 - first)) / 180.0;
+    EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, second);
+    EXPECT_NEAR(m.node("OUT").massInflow[0], (0.5 * first + 0.5 * second) * 30.0 / 1000.0, 1e-15);
+}
+
+TEST(PipeDelivery, WeighsTheFlowWhereKIsNoMultipleOfTheStep) {
+    // K = 210 s: the first period ends half a minute before step 4 does. In that step the new flow counts from its
+    // beginning on, half a minute ahead of the new period: by 1 - 30 / 210.
+    Model m(onePipe("210 1 0 0") + THIRTY_MILLIGRAMS);
+    m.step(4);
+    const double first = 2.0 * 105.0 / 315.0;
+    const double second = (2.0 * 105.0 + 210.0 * (2.0 - first)) / 315.0;
+    EXPECT_DOUBLE_EQ(m.link("P").newFlow, second);
+    EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, 1.0 / 7.0 * first + 6.0 / 7.0 * second);
+    EXPECT_NEAR(m.node("OUT").massInflow[0], first * 30.0 / 1000.0, 1e-15);
+}
+
+// --- values set by a host ------------------------------------------------------------------------------------------
+
+TEST(PipeAndHost, RunOverTheReachesThatThereAre) {
+    Model m(onePipe("60 2 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n");
+    m.pipe("P").n = 1000000;
+    m.step(6);
+    m.pipe("P").n = 0;  // no reach: what enters leaves
+    m.step(2);
+    EXPECT_EQ(m.link("P").newFlow, 2.0);
+    EXPECT_NEAR(m.link("P").newQual[0], 30.0, 1e-12);
+    m.pipe("P").n = -5;
+    m.step(6);
+    EXPECT_EQ(pipe_getVolume(m.pipe("P")), 0.0);
+}
+
+TEST(PipeAndHost, TakesAFlowUntilTheNextFiring) {
+    Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
+    m.step(4);
+    m.link("P").newFlow = 99.0;
+    link_noteChange(tarnvelde_findObject(2, "P"), m.link("P").kindIndex);
+    m.step();
+    EXPECT_EQ(m.link("P").oldFlow, 99.0);
+    EXPECT_EQ(m.node("OUT").newInflow, 99.0);
+    m.step(2);
+    EXPECT_NE(m.link("P").newFlow, 99.0);
+}
+
+TEST(PipeAndHost, NeverFireWithoutAPeriod) {
+    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
+    m.pipe("P").stepLength = 0.0;
+    m.step(10);
+    EXPECT_EQ(m.node("OUT").newInflow, 0.0);
+}
