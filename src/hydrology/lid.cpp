@@ -19,7 +19,7 @@ std::vector<LidUnit> LidUnits;
 
 static const char* const TypeWords[] = {"BC", "RG", "GR", "IT", "PP", "RB", "VS", nullptr};
 
-enum Layer : int32_t { LAYER_SURFACE, LAYER_SOIL, LAYER_STORAGE, LAYER_PAVEMENT, LAYER_DRAINMAT, LAYER_DRAIN };
+enum LidLayer : int32_t { LAYER_SURFACE, LAYER_SOIL, LAYER_STORAGE, LAYER_PAVEMENT, LAYER_DRAINMAT, LAYER_DRAIN };
 
 static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT", "DRAINMAT", "DRAIN", nullptr};
 

@@ -59,12 +59,12 @@ TEST_F(GageTest, IntervalIsRoundedToWholeSeconds) {
     EXPECT_EQ(Gages[0].interval, 2);
 }
 
-struct BadLine {
+struct BadGageLine {
     const char* line;
     const char* message;
 };
 
-class GageLineTest : public LandTest, public ::testing::WithParamInterface<BadLine> {};
+class GageLineTest : public LandTest, public ::testing::WithParamInterface<BadGageLine> {};
 
 TEST_P(GageLineTest, IsRefused) {
     LandProject project;
@@ -75,21 +75,21 @@ TEST_P(GageLineTest, IsRefused) {
         std::string("\n  \n  ERROR ") + GetParam().message + "at line 11 of [RAINGAGES] section:\n  " + line + "\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, GageLineTest,
-                         ::testing::Values(BadLine{"G INTENSITY 0:05", "203: too few items "},
-                                           BadLine{"G RAIN 0:05 T", "205: invalid keyword RAIN "},
-                                           BadLine{"G RAIN 0 X", "205: invalid keyword RAIN "},
-                                           BadLine{"G VOLUME five T", "213: invalid date/time five "},
-                                           BadLine{"G VOLUME 0 T", "213: invalid date/time 0 "},
-                                           BadLine{"G VOLUME 0:00:00 T", "213: invalid date/time 0:00:00 "},
-                                           BadLine{"G VOLUME 0.0001 T", "213: invalid date/time 0.0001 "},  // 0.36 s
-                                           BadLine{"G VOLUME -1 T", "213: invalid date/time -1 "},
-                                           BadLine{"G VOLUME nan T", "213: invalid date/time nan "},
-                                           BadLine{"G VOLUME inf T", "213: invalid date/time inf "},
-                                           BadLine{"G VOLUME 596523.2356 T",
-                                                   "213: invalid date/time 596523.2356 "},  // 2147483648 s
-                                           BadLine{"G VOLUME 0 X", "213: invalid date/time 0 "},
-                                           BadLine{"G VOLUME 1 X", "209: undefined object X "}));
+INSTANTIATE_TEST_SUITE_P(
+    All, GageLineTest,
+    ::testing::Values(BadGageLine{"G INTENSITY 0:05", "203: too few items "},
+                      BadGageLine{"G RAIN 0:05 T", "205: invalid keyword RAIN "},
+                      BadGageLine{"G RAIN 0 X", "205: invalid keyword RAIN "},
+                      BadGageLine{"G VOLUME five T", "213: invalid date/time five "},
+                      BadGageLine{"G VOLUME 0 T", "213: invalid date/time 0 "},
+                      BadGageLine{"G VOLUME 0:00:00 T", "213: invalid date/time 0:00:00 "},
+                      BadGageLine{"G VOLUME 0.0001 T", "213: invalid date/time 0.0001 "},  // 0.36 s
+                      BadGageLine{"G VOLUME -1 T", "213: invalid date/time -1 "},
+                      BadGageLine{"G VOLUME nan T", "213: invalid date/time nan "},
+                      BadGageLine{"G VOLUME inf T", "213: invalid date/time inf "},
+                      BadGageLine{"G VOLUME 596523.2356 T", "213: invalid date/time 596523.2356 "},  // 2147483648 s
+                      BadGageLine{"G VOLUME 0 X", "213: invalid date/time 0 "},
+                      BadGageLine{"G VOLUME 1 X", "209: undefined object X "}));
 
 TEST_F(GageTest, QuotedIdIsUndefined) {
     LandProject project;

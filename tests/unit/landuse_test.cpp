@@ -110,16 +110,16 @@ TEST_F(LanduseTest, LaterWordsOfWashoffAreInTheirOrder) {
     EXPECT_EQ(Landuses[0].washoff[1].kind, 7);
 }
 
-struct BadLine {
+struct BadLandLine {
     const char* section;
     const char* line;
     const char* message;
 };
 
-class LanduseLineTest : public LandTest, public ::testing::WithParamInterface<BadLine> {};
+class LanduseLineTest : public LandTest, public ::testing::WithParamInterface<BadLandLine> {};
 
 TEST_P(LanduseLineTest, IsRefused) {
-    const BadLine& bad = GetParam();
+    const BadLandLine& bad = GetParam();
     LandProject project = makeProject();
     project.more += std::string(bad.section) + "\n" + bad.line + "\n";
     EXPECT_TRUE(failsWith(project, 200,
@@ -127,31 +127,32 @@ TEST_P(LanduseLineTest, IsRefused) {
                               " section:\n  " + bad.line + "\n"));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, LanduseLineTest,
-                         ::testing::Values(BadLine{"[COVERAGES]", "S Roof", "203: too few items "},
-                                           BadLine{"[COVERAGES]", "X Y z", "209: undefined object X "},
-                                           BadLine{"[COVERAGES]", "S Y z", "209: undefined object Y "},
-                                           BadLine{"[COVERAGES]", "S Roof z", "211: invalid number z "},
-                                           BadLine{"[BUILDUP]", "Roof A 1", "203: too few items "},
-                                           BadLine{"[BUILDUP]", "X A 1 1", "209: undefined object X "},
-                                           BadLine{"[BUILDUP]", "Roof S 1 1", "209: undefined object S "},
-                                           BadLine{"[BUILDUP]", "Roof A -1 x", "211: invalid number -1 "},
-                                           BadLine{"[BUILDUP]", "Roof A 1 -0.5", "211: invalid number -0.5 "},
-                                           BadLine{"[WASHOFF]", "Roof A SOIL 1 1", "203: too few items "},
-                                           BadLine{"[WASHOFF]", "X A EXP 1 1 1", "209: undefined object X "},
-                                           BadLine{"[WASHOFF]", "Roof X EXP 1 1 1", "209: undefined object X "},
-                                           BadLine{"[WASHOFF]", "Roof A LINEAR 1 1 1", "205: invalid keyword LINEAR "},
-                                           BadLine{"[WASHOFF]", "Roof A EXP -1 1 1", "211: invalid number -1 "},
-                                           BadLine{"[WASHOFF]", "Roof A EXP 1 x 1", "211: invalid number x "},
-                                           BadLine{"[WASHOFF]", "Roof A EXP 1 1 -2", "211: invalid number -2 "},
-                                           BadLine{"[WASHOFF]", "Roof A EMC -1 MAYBE -2", "211: invalid number -1 "},
-                                           BadLine{"[WASHOFF]", "Roof A EMC 1 MAYBE -2", "205: invalid keyword MAYBE "},
-                                           BadLine{"[WASHOFF]", "Roof A EMC 1 YES -2", "211: invalid number -2 "},
-                                           BadLine{"[LOADINGS]", "S A", "203: too few items "},
-                                           BadLine{"[LOADINGS]", "X A 1", "209: undefined object X "},
-                                           BadLine{"[LOADINGS]", "S X 1", "209: undefined object X "},
-                                           BadLine{"[LOADINGS]", "S A -1", "211: invalid number -1 "},
-                                           BadLine{"[LANDUSES]", "\"a b\"", "209: undefined object a b "}));
+INSTANTIATE_TEST_SUITE_P(
+    All, LanduseLineTest,
+    ::testing::Values(BadLandLine{"[COVERAGES]", "S Roof", "203: too few items "},
+                      BadLandLine{"[COVERAGES]", "X Y z", "209: undefined object X "},
+                      BadLandLine{"[COVERAGES]", "S Y z", "209: undefined object Y "},
+                      BadLandLine{"[COVERAGES]", "S Roof z", "211: invalid number z "},
+                      BadLandLine{"[BUILDUP]", "Roof A 1", "203: too few items "},
+                      BadLandLine{"[BUILDUP]", "X A 1 1", "209: undefined object X "},
+                      BadLandLine{"[BUILDUP]", "Roof S 1 1", "209: undefined object S "},
+                      BadLandLine{"[BUILDUP]", "Roof A -1 x", "211: invalid number -1 "},
+                      BadLandLine{"[BUILDUP]", "Roof A 1 -0.5", "211: invalid number -0.5 "},
+                      BadLandLine{"[WASHOFF]", "Roof A SOIL 1 1", "203: too few items "},
+                      BadLandLine{"[WASHOFF]", "X A EXP 1 1 1", "209: undefined object X "},
+                      BadLandLine{"[WASHOFF]", "Roof X EXP 1 1 1", "209: undefined object X "},
+                      BadLandLine{"[WASHOFF]", "Roof A LINEAR 1 1 1", "205: invalid keyword LINEAR "},
+                      BadLandLine{"[WASHOFF]", "Roof A EXP -1 1 1", "211: invalid number -1 "},
+                      BadLandLine{"[WASHOFF]", "Roof A EXP 1 x 1", "211: invalid number x "},
+                      BadLandLine{"[WASHOFF]", "Roof A EXP 1 1 -2", "211: invalid number -2 "},
+                      BadLandLine{"[WASHOFF]", "Roof A EMC -1 MAYBE -2", "211: invalid number -1 "},
+                      BadLandLine{"[WASHOFF]", "Roof A EMC 1 MAYBE -2", "205: invalid keyword MAYBE "},
+                      BadLandLine{"[WASHOFF]", "Roof A EMC 1 YES -2", "211: invalid number -2 "},
+                      BadLandLine{"[LOADINGS]", "S A", "203: too few items "},
+                      BadLandLine{"[LOADINGS]", "X A 1", "209: undefined object X "},
+                      BadLandLine{"[LOADINGS]", "S X 1", "209: undefined object X "},
+                      BadLandLine{"[LOADINGS]", "S A -1", "211: invalid number -1 "},
+                      BadLandLine{"[LANDUSES]", "\"a b\"", "209: undefined object a b "}));
 
 TEST_F(LanduseTest, LandUsesWithoutPollutantsRun) {
     project.more = "[LANDUSES]\nRoof\n[COVERAGES]\nS Roof 100\n";

@@ -241,14 +241,14 @@ TEST(DecayLine, NegativeAndWordlyRatesPass) {
 
 // --- bad lines -----------------------------------------------------------------------------------------------------
 
-struct BadLine {
+struct BadLidLine {
     const char* line;
     const char* message;
 };
 
 const char* const TOO_FEW = "ERROR 203: too few items";
 
-class BadDefinition : public ::testing::TestWithParam<BadLine> {};
+class BadDefinition : public ::testing::TestWithParam<BadLidLine> {};
 
 TEST_P(BadDefinition, IsTold) {
     const std::string text = withLids(std::string("A GR\n") + GetParam().line + "\n").text();
@@ -259,24 +259,24 @@ TEST_P(BadDefinition, IsTold) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, BadDefinition,
-    ::testing::Values(BadLine{"B", TOO_FEW}, BadLine{"A MAT 1 2 3", "ERROR 205: invalid keyword MAT"},
-                      BadLine{"A BCC", "ERROR 205: invalid keyword BCC"}, BadLine{"A SURFACE 1 0 1 1", TOO_FEW},
-                      BadLine{"A SURFACE x 0 1 1 1", "ERROR 211: invalid number x"},
-                      BadLine{"A SURFACE -1 0 1 1 1", "ERROR 211: invalid number -1"},
-                      BadLine{"A SURFACE 0 1 1 1 1", "ERROR 211: invalid number 1"},
-                      BadLine{"A SURFACE 9 nan 1 1 1", "ERROR 211: invalid number nan"},
-                      BadLine{"A SURFACE 9 -0.1 1 1 1", "ERROR 211: invalid number -0.1"},
-                      BadLine{"A SURFACE 9 0 -2 -3 -4", "ERROR 211: invalid number -2"},
-                      BadLine{"A SURFACE 9 0 2 -3 -4", "ERROR 211: invalid number -3"},
-                      BadLine{"A SURFACE 9 0 2 3 -4", "ERROR 211: invalid number -4"},
-                      BadLine{"A SOIL 1 2 3 4 5", TOO_FEW},
-                      BadLine{"A SOIL -1 2 3 4 5 6", "ERROR 211: invalid number -1"},
-                      BadLine{"A SOIL 1 2 3 4 5 -6", "ERROR 211: invalid number -6"}, BadLine{"A STORAGE 1 2", TOO_FEW},
-                      BadLine{"A STORAGE 1 2 3x", "ERROR 211: invalid number 3x"}, BadLine{"A PAVEMENT 1 2", TOO_FEW},
-                      BadLine{"A PAVEMENT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAINMAT 1 2", TOO_FEW},
-                      BadLine{"A DRAINMAT 1 -2 3", "ERROR 211: invalid number -2"}, BadLine{"A DRAIN 1 2", TOO_FEW},
-                      BadLine{"A DRAIN 1 -2 3", "ERROR 211: invalid number -2"},
-                      BadLine{"A DRAIN 1 2 3 -4", "ERROR 211: invalid number -4"}));
+    ::testing::Values(
+        BadLidLine{"B", TOO_FEW}, BadLidLine{"A MAT 1 2 3", "ERROR 205: invalid keyword MAT"},
+        BadLidLine{"A BCC", "ERROR 205: invalid keyword BCC"}, BadLidLine{"A SURFACE 1 0 1 1", TOO_FEW},
+        BadLidLine{"A SURFACE x 0 1 1 1", "ERROR 211: invalid number x"},
+        BadLidLine{"A SURFACE -1 0 1 1 1", "ERROR 211: invalid number -1"},
+        BadLidLine{"A SURFACE 0 1 1 1 1", "ERROR 211: invalid number 1"},
+        BadLidLine{"A SURFACE 9 nan 1 1 1", "ERROR 211: invalid number nan"},
+        BadLidLine{"A SURFACE 9 -0.1 1 1 1", "ERROR 211: invalid number -0.1"},
+        BadLidLine{"A SURFACE 9 0 -2 -3 -4", "ERROR 211: invalid number -2"},
+        BadLidLine{"A SURFACE 9 0 2 -3 -4", "ERROR 211: invalid number -3"},
+        BadLidLine{"A SURFACE 9 0 2 3 -4", "ERROR 211: invalid number -4"}, BadLidLine{"A SOIL 1 2 3 4 5", TOO_FEW},
+        BadLidLine{"A SOIL -1 2 3 4 5 6", "ERROR 211: invalid number -1"},
+        BadLidLine{"A SOIL 1 2 3 4 5 -6", "ERROR 211: invalid number -6"}, BadLidLine{"A STORAGE 1 2", TOO_FEW},
+        BadLidLine{"A STORAGE 1 2 3x", "ERROR 211: invalid number 3x"}, BadLidLine{"A PAVEMENT 1 2", TOO_FEW},
+        BadLidLine{"A PAVEMENT 1 -2 3", "ERROR 211: invalid number -2"}, BadLidLine{"A DRAINMAT 1 2", TOO_FEW},
+        BadLidLine{"A DRAINMAT 1 -2 3", "ERROR 211: invalid number -2"}, BadLidLine{"A DRAIN 1 2", TOO_FEW},
+        BadLidLine{"A DRAIN 1 -2 3", "ERROR 211: invalid number -2"},
+        BadLidLine{"A DRAIN 1 2 3 -4", "ERROR 211: invalid number -4"}));
 
 TEST(BadDefinitionName, KnownToNobodyIsTold) {
     // The first pass takes the word with its quotes, the second one without.
@@ -284,7 +284,7 @@ TEST(BadDefinitionName, KnownToNobodyIsTold) {
     EXPECT_EQ(openProject(text).report, getLineError(text, "ERROR 209: undefined object A B", "[LIDS]", "\"A B\" RB"));
 }
 
-class BadGroup : public ::testing::TestWithParam<BadLine> {};
+class BadGroup : public ::testing::TestWithParam<BadLidLine> {};
 
 TEST_P(BadGroup, IsTold) {
     LidProject project = withLids("A RB\n");
@@ -296,25 +296,25 @@ TEST_P(BadGroup, IsTold) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, BadGroup,
-                         ::testing::Values(BadLine{"S A 1 1 1", TOO_FEW},
-                                           BadLine{"X A 1 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLine{"S X 1 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLine{"X Y 0 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLine{"S A 0 1 1 1", "ERROR 211: invalid number 0"},
-                                           BadLine{"S A nan 1 1 1", "ERROR 211: invalid number nan"},
-                                           BadLine{"S A 1 -1 1 1", "ERROR 211: invalid number -1"},
-                                           BadLine{"S A 1 nan 1 1", "ERROR 211: invalid number nan"},
-                                           BadLine{"S A 1 1 1x 1", "ERROR 211: invalid number 1x"},
-                                           BadLine{"S A 1 1 1 -1", "ERROR 211: invalid number -1"},
-                                           BadLine{"S A 1 1 1 1 X", "ERROR 209: undefined object X"},
-                                           BadLine{"S A 1 1 1 1 *", "ERROR 209: undefined object *"},
-                                           BadLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object "},
+                         ::testing::Values(BadLidLine{"S A 1 1 1", TOO_FEW},
+                                           BadLidLine{"X A 1 1 1 1", "ERROR 209: undefined object X"},
+                                           BadLidLine{"S X 1 1 1 1", "ERROR 209: undefined object X"},
+                                           BadLidLine{"X Y 0 1 1 1", "ERROR 209: undefined object X"},
+                                           BadLidLine{"S A 0 1 1 1", "ERROR 211: invalid number 0"},
+                                           BadLidLine{"S A nan 1 1 1", "ERROR 211: invalid number nan"},
+                                           BadLidLine{"S A 1 -1 1 1", "ERROR 211: invalid number -1"},
+                                           BadLidLine{"S A 1 nan 1 1", "ERROR 211: invalid number nan"},
+                                           BadLidLine{"S A 1 1 1x 1", "ERROR 211: invalid number 1x"},
+                                           BadLidLine{"S A 1 1 1 -1", "ERROR 211: invalid number -1"},
+                                           BadLidLine{"S A 1 1 1 1 X", "ERROR 209: undefined object X"},
+                                           BadLidLine{"S A 1 1 1 1 *", "ERROR 209: undefined object *"},
+                                           BadLidLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object "},
                                            // of several faults the first counts, with the drain node last
-                                           BadLine{"S X 0 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLine{"S A 0 -1 1 1", "ERROR 211: invalid number 0"},
-                                           BadLine{"S A 1 1 1 -1 X", "ERROR 211: invalid number -1"}));
+                                           BadLidLine{"S X 0 1 1 1", "ERROR 209: undefined object X"},
+                                           BadLidLine{"S A 0 -1 1 1", "ERROR 211: invalid number 0"},
+                                           BadLidLine{"S A 1 1 1 -1 X", "ERROR 211: invalid number -1"}));
 
-class BadDecay : public ::testing::TestWithParam<BadLine> {};
+class BadDecay : public ::testing::TestWithParam<BadLidLine> {};
 
 TEST_P(BadDecay, IsTold) {
     LidProject project = withLids("A RB\n");
@@ -327,22 +327,22 @@ TEST_P(BadDecay, IsTold) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, BadDecay,
-    ::testing::Values(BadLine{"A LID P FIRST 1", TOO_FEW}, BadLine{"A LID P FIRST 1 FLAT", TOO_FEW},
-                      BadLine{"X LID P FIRST 1 FLAT", "ERROR 209: undefined object X"},
-                      BadLine{"A LID X FIRST 1 FLAT SOIL", "ERROR 209: undefined object X"},
-                      BadLine{"A LID P LAST 1 FLAT SOIL", "ERROR 205: invalid keyword LAST"},
-                      BadLine{"A LID P ZERO 1 FLAT SOIL", "ERROR 800: not FIRST decay type for object A"},
-                      BadLine{"A LID P CONST_RATIO x X X", "ERROR 800: not FIRST decay type for object A"},
-                      BadLine{"A LID P CONST_CONCEN 1 \"\" SOIL", "ERROR 800: not FIRST decay type for object A"},
-                      BadLine{"A LID P FIRST -1x FLAT SOIL", "ERROR 211: invalid number -1x"},
-                      BadLine{"A LID P FIRST 1 X SOIL", "ERROR 209: undefined object X"},
-                      BadLine{"A LID P FIRST 1 FLAT ROOF", "ERROR 205: invalid keyword ROOF"},
-                      BadLine{"A LID X FIRST 1 FLAT DRAIN", "ERROR 209: undefined object X"},
+    ::testing::Values(BadLidLine{"A LID P FIRST 1", TOO_FEW}, BadLidLine{"A LID P FIRST 1 FLAT", TOO_FEW},
+                      BadLidLine{"X LID P FIRST 1 FLAT", "ERROR 209: undefined object X"},
+                      BadLidLine{"A LID X FIRST 1 FLAT SOIL", "ERROR 209: undefined object X"},
+                      BadLidLine{"A LID P LAST 1 FLAT SOIL", "ERROR 205: invalid keyword LAST"},
+                      BadLidLine{"A LID P ZERO 1 FLAT SOIL", "ERROR 800: not FIRST decay type for object A"},
+                      BadLidLine{"A LID P CONST_RATIO x X X", "ERROR 800: not FIRST decay type for object A"},
+                      BadLidLine{"A LID P CONST_CONCEN 1 \"\" SOIL", "ERROR 800: not FIRST decay type for object A"},
+                      BadLidLine{"A LID P FIRST -1x FLAT SOIL", "ERROR 211: invalid number -1x"},
+                      BadLidLine{"A LID P FIRST 1 X SOIL", "ERROR 209: undefined object X"},
+                      BadLidLine{"A LID P FIRST 1 FLAT ROOF", "ERROR 205: invalid keyword ROOF"},
+                      BadLidLine{"A LID X FIRST 1 FLAT DRAIN", "ERROR 209: undefined object X"},
                       // of several faults the first counts: pollutant, decay word, number, pattern, layer
-                      BadLine{"A LID X LAST 1 FLAT SOIL", "ERROR 209: undefined object X"},
-                      BadLine{"A LID P LAST -1x X ROOF", "ERROR 205: invalid keyword LAST"},
-                      BadLine{"A LID P FIRST -1x X ROOF", "ERROR 211: invalid number -1x"},
-                      BadLine{"A LID P FIRST 1 X ROOF", "ERROR 209: undefined object X"}));
+                      BadLidLine{"A LID X LAST 1 FLAT SOIL", "ERROR 209: undefined object X"},
+                      BadLidLine{"A LID P LAST -1x X ROOF", "ERROR 205: invalid keyword LAST"},
+                      BadLidLine{"A LID P FIRST -1x X ROOF", "ERROR 211: invalid number -1x"},
+                      BadLidLine{"A LID P FIRST 1 X ROOF", "ERROR 209: undefined object X"}));
 
 // --- validation of definitions -------------------------------------------------------------------------------------
 

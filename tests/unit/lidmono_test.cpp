@@ -66,12 +66,12 @@ TEST_F(MonoTest, NotANumberIsNotNegative) {
     EXPECT_EQ(open(), 0);
 }
 
-struct BadLine {
+struct BadMonoLine {
     const char* line;
     const char* message;
 };
 
-class BadMono : public MonoTest, public ::testing::WithParamInterface<BadLine> {};
+class BadMono : public MonoTest, public ::testing::WithParamInterface<BadMonoLine> {};
 
 TEST_P(BadMono, IsTold) {
     mono = std::string(GetParam().line) + "\n";
@@ -83,21 +83,21 @@ TEST_P(BadMono, IsTold) {
 }
 
 INSTANTIATE_TEST_SUITE_P(All, BadMono,
-                         ::testing::Values(BadLine{"M IT * 100 0 0", "ERROR 203: too few items"},
-                                           BadLine{"M X X 0 0 0 0", "ERROR 209: undefined object X"},
-                                           BadLine{"M IT X 0 0 0 0", "ERROR 209: undefined object X"},
-                                           BadLine{"M IT ** 1 0 0 0", "ERROR 209: undefined object **"},
-                                           BadLine{"M IT * 0 0 0 0", "ERROR 211: invalid number 0"},
-                                           BadLine{"M IT * nan 0 0 0", "ERROR 211: invalid number nan"},
-                                           BadLine{"M IT * 1 -2 0 0", "ERROR 211: invalid number -2"},
-                                           BadLine{"M IT * 1 0 x 0", "ERROR 211: invalid number x"},
-                                           BadLine{"M IT * 1 0 0 -3", "ERROR 211: invalid number -3"},
-                                           BadLine{"M IT * 1 0 0 0 X", "ERROR 209: undefined object X"},
-                                           BadLine{"M IT * 1 0 0 0 *", "ERROR 209: undefined object *"},
-                                           BadLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object "},
+                         ::testing::Values(BadMonoLine{"M IT * 100 0 0", "ERROR 203: too few items"},
+                                           BadMonoLine{"M X X 0 0 0 0", "ERROR 209: undefined object X"},
+                                           BadMonoLine{"M IT X 0 0 0 0", "ERROR 209: undefined object X"},
+                                           BadMonoLine{"M IT ** 1 0 0 0", "ERROR 209: undefined object **"},
+                                           BadMonoLine{"M IT * 0 0 0 0", "ERROR 211: invalid number 0"},
+                                           BadMonoLine{"M IT * nan 0 0 0", "ERROR 211: invalid number nan"},
+                                           BadMonoLine{"M IT * 1 -2 0 0", "ERROR 211: invalid number -2"},
+                                           BadMonoLine{"M IT * 1 0 x 0", "ERROR 211: invalid number x"},
+                                           BadMonoLine{"M IT * 1 0 0 -3", "ERROR 211: invalid number -3"},
+                                           BadMonoLine{"M IT * 1 0 0 0 X", "ERROR 209: undefined object X"},
+                                           BadMonoLine{"M IT * 1 0 0 0 *", "ERROR 209: undefined object *"},
+                                           BadMonoLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object "},
                                            // of several faults the first counts, with the drain node last
-                                           BadLine{"M IT X 0 0 0 0 Y", "ERROR 209: undefined object X"},
-                                           BadLine{"M IT * 1 0 0 -3 X", "ERROR 211: invalid number -3"}));
+                                           BadMonoLine{"M IT X 0 0 0 0 Y", "ERROR 209: undefined object X"},
+                                           BadMonoLine{"M IT * 1 0 0 -3 X", "ERROR 211: invalid number -3"}));
 
 TEST_F(MonoTest, UnknownNameIsTold) {
     // The first pass knows the name with its quotes.

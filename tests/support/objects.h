@@ -1,0 +1,63 @@
+#pragma once
+// Tables of nodes and links that a test fills itself, without a project file.
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <string>
+
+#include "engine/arena.h"
+#include "engine/errors.h"
+#include "engine/project.h"
+#include "hydrology/lidmono.h"
+#include "input/names.h"
+#include "routing/conduit.h"
+#include "routing/link.h"
+#include "routing/network.h"
+#include "routing/node.h"
+#include "routing/reactor.h"
+#include "routing/tank.h"
+
+inline void clearObjects() {
+    Nodes.clear();
+    Links.clear();
+    Splitters.clear();
+    Reactors.clear();
+    LidMonos.clear();
+    Tanks.clear();
+    Conduits.clear();
+    std::fill(std::begin(ObjectCount), std::end(ObjectCount), 0);
+    std::fill(std::begin(NodeKindCount), std::end(NodeKindCount), 0);
+    std::fill(std::begin(LinkKindCount), std::end(LinkKindCount), 0);
+    names_clear();
+    network_clear();
+    arena_release(RunArena);
+    arena_release(ProjectArena);
+    ErrorCode = 0;
+    ErrorObjectName.clear();
+}
+
+/// Registers a node and adds its record; a kind of -1 is that of a refused line.
+inline int32_t addNode(const std::string& id, int32_t kind = JUNCTION) {
+    const int32_t index = ObjectCount[NODE]++;
+    project_addObject(NODE, id.c_str(), index);
+    Node node{};
+    node.id = project_findId(NODE, id.c_str());
+    node.kind = kind;
+    node.kindIndex = kind < 0 ? 0 : NodeKindCount[kind]++;
+    Nodes.push_back(node);
+    return index;
+}
+
+/// Registers an open link and adds its record; a kind of -1 is that of a refused line.
+inline int32_t addLink(const std::string& id, int32_t kind) {
+    const int32_t index = ObjectCount[LINK]++;
+    project_addObject(LINK, id.c_str(), index);
+    Link link{};
+    link.id = project_findId(LINK, id.c_str());
+    link.kind = kind;
+    link.kindIndex = kind < 0 ? 0 : LinkKindCount[kind]++;
+    link.setting = link.targetSetting = 1.0;
+    Links.push_back(link);
+    return index;
+}

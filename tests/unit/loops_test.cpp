@@ -1,0 +1,382 @@
+// The network as a graph: random networks against the walk over all paths, and large ones at what they may cost.
+//
+// Nothing is read from a file here: the tests fill the tables of nodes and links themselves.
+
+#include "routing/loops.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <list>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/network.h"
+
+// --- against the walk itself ---------------------------------------------------------------------------------------
+
+/// The walk over all paths as it is defined, the shorter ones first: the name it ends with, or none, and the number of
+/// paths.
+static std::pair<std::string, int64_t> walkAllPaths() {
+    std::deque<std::list<int32_t>> paths;
+    int64_t count = 0;
+    for (size_t k = 0; k < Nodes.size(); ++k) {
+        if (Nodes[k].isHead) {
+            paths.push_back({static_cast<int32_t>(k)});
+            ++count;
+        }
+    }
+    for (; !paths.empty(); paths.pop_front()) {
+        const std::list<int32_t> path = paths.front();
+        const auto contains = [&](int32_t node) { return std::find(path.begin(), path.end(), node) != path.end(); };
+        const auto extend = [&](int32_t node) {
+            paths.push_back(path);
+            paths.back().push_back(node);
+            ++count;
+        };
+        for (const Link& link : Links) {
+            if (link.fromNode != path.back() || link.isLagged) {
+                continue;
+            }
+            if (contains(link.toNode)) {
+                return {link.id, count};
+            }
+            extend(link.toNode);
+        }
+        int32_t targets[2];
+        const int32_t targetCount = network_getDirectTargets(path.back(), targets);
+        for (int32_t t = 0; t < targetCount; ++t) {
+            if (contains(targets[t])) {
+                return {Nodes[static_cast<size_t>(targets[t])].id, count};
+            }
+            extend(targets[t]);
+        }
+    }
+    return {"", count};
+}
+
+/// The order of a step with lists that are searched from end to end.
+static std::vector<int32_t> sortWithLists() {
+    std::vector<int32_t> sorted(Nodes.size(), 0);
+    std::vector<int32_t> upstreamCounts(Nodes.size(), 0);
+    std::vector<int32_t> visitedCounts(Nodes.size(), 0);
+    for (const Link& link : Links) {
+        upstreamCounts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
+    }
+    for (const Reactor& reactor : Reactors) {
+        ++upstreamCounts[static_cast<size_t>(reactor.surpassNode)];
+        if (reactor.emptyingNode >= 0 && reactor.emptyingNode != reactor.surpassNode) {
+            ++upstreamCounts[static_cast<size_t>(reactor.emptyingNode)];
+        }
+    }
+    for (const LidMono& mono : LidMonos) {
+        if (mono.drainNode >= 0) {
+            ++upstreamCounts[static_cast<size_t>(mono.drainNode)];
+        }
+    }
+    std::list<int32_t> visited, pending;
+    size_t k = 0;
+    const auto append = [&](int32_t node) {
+        visited.push_back(node);
+        pending.push_back(node);
+        sorted[k++] = node;
+    };
+    const auto isListed = [&](int32_t node) {
+        return std::find(visited.begin(), visited.end(), node) != visited.end() ||
+               std::find(pending.begin(), pending.end(), node) != pending.end();
+    };
+    const auto meetDirectTarget = [&](int32_t to) {
+        if (to >= 0 && !isListed(to) &&
+            ++visitedCounts[static_cast<size_t>(to)] == upstreamCounts[static_cast<size_t>(to)]) {
+            append(to);
+        }
+    };
+    for (size_t n = 0; n < Nodes.size(); ++n) {
+        if (Nodes[n].isHead) {
+            append(static_cast<int32_t>(n));
+        }
+    }
+    while (!pending.empty()) {
+        const Node& node = Nodes[static_cast<size_t>(pending.front())];
+        if (node.kind == REACTOR) {
+            meetDirectTarget(Reactors[static_cast<size_t>(node.kindIndex)].surpassNode);
+            meetDirectTarget(Reactors[static_cast<size_t>(node.kindIndex)].emptyingNode);
+        }
+        if (node.kind == LID_MONO) {
+            meetDirectTarget(LidMonos[static_cast<size_t>(node.kindIndex)].drainNode);
+        }
+        for (const Link& link : Links) {
+            const int32_t to = link.toNode;
+            if (link.fromNode != pending.front() || isListed(to)) {
+                continue;
+            }
+            if (++visitedCounts[static_cast<size_t>(to)] >= upstreamCounts[static_cast<size_t>(to)]) {
+                append(to);
+            }
+        }
+        pending.pop_front();
+    }
+    return sorted;
+}
+
+/// A small network without regard to the rules of kinds; some nodes discharge to others directly. Links prefer higher
+/// nodes, so that there are some circles and not too many.
+static void makeRandomNetwork(std::mt19937& random) {
+    const auto draw = [&](uint32_t count) { return static_cast<int32_t>(random() % count); };
+    clearObjects();
+    const int32_t nodeCount = 1 + draw(9);
+    const int32_t linkCount = draw(static_cast<uint32_t>(nodeCount) * 2);
+    const int32_t backward = draw(4);
+    addNodes(nodeCount);
+    for (int32_t k = 0; k < linkCount; ++k) {
+        int32_t from = draw(static_cast<uint32_t>(nodeCount));
+        int32_t to = draw(static_cast<uint32_t>(nodeCount));
+        if (from > to && draw(4) > backward) {
+            std::swap(from, to);
+        }
+        if (from == to && draw(3) > 0) {
+            to = (to + 1) % nodeCount;
+        }
+        addLink("L" + std::to_string(k), from, to);
+        Links.back().isLagged = draw(8) == 0;
+    }
+    const auto drawDownstream = [&](int32_t node) {
+        const int32_t ahead = nodeCount - 1 - node;
+        return ahead > 0 && draw(8) > 0 ? node + 1 + draw(static_cast<uint32_t>(ahead))
+                                        : draw(static_cast<uint32_t>(nodeCount));
+    };
+    for (int32_t node = draw(2) == 0 ? 0 : nodeCount; node < nodeCount; ++node) {
+        switch (draw(6)) {
+            case 0: makeReactor(node, drawDownstream(node), draw(3) == 0 ? -1 : drawDownstream(node)); break;
+            case 1: makeLidMono(node, draw(3) == 0 ? -1 : drawDownstream(node)); break;
+            default: break;
+        }
+    }
+    network_indexLinks();
+    if (draw(2) == 0) {
+        for (int32_t k = draw(3); k >= 0; --k) {
+            Nodes[static_cast<size_t>(draw(static_cast<uint32_t>(nodeCount)))].isHead = 1;
+        }
+    }
+}
+
+TEST_F(NetworkTest, smallNetworksPassAndFailAsInTheWalkOverAllPaths) {
+    std::mt19937 random(20240229);
+    int32_t loops = 0, tooFew = 0, passed = 0;
+    for (int32_t trial = 0; trial < 20000; ++trial) {
+        makeRandomNetwork(random);
+        network_validate();
+        ErrorCode = 0;  // the rules of kinds are not asked for
+        network_checkCycles();
+        const auto [loopName, pathCount] = walkAllPaths();
+        const LoopCheck check = loops_check();
+        const int64_t nodeCount = static_cast<int64_t>(Nodes.size());
+        if (!loopName.empty()) {
+            ASSERT_NE(check.loopName, nullptr) << "trial " << trial;
+            ASSERT_EQ(check.loopName, loopName) << "trial " << trial;
+            ASSERT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
+            ++loops;
+        } else {
+            ASSERT_EQ(check.loopName, nullptr) << "trial " << trial;
+            ASSERT_EQ(check.pathCount, std::min(pathCount, nodeCount)) << "trial " << trial;
+            ASSERT_EQ(ErrorCode, pathCount < nodeCount ? ERR_UNREACHED_NODES : 0);
+            ++(pathCount < nodeCount ? tooFew : passed);
+        }
+    }
+    EXPECT_GT(loops, 1000);
+    EXPECT_GT(tooFew, 1000);
+    EXPECT_GT(passed, 1000);
+}
+
+TEST_F(NetworkTest, smallNetworksAreSortedAsWithLists) {
+    std::mt19937 random(19960806);
+    for (int32_t trial = 0; trial < 20000; ++trial) {
+        makeRandomNetwork(random);
+        network_validate();
+        ASSERT_EQ(sort(), sortWithLists()) << "trial " << trial;
+    }
+}
+
+// --- large networks ------------------------------------------------------------------------------------------------
+
+static int64_t size() {
+    return static_cast<int64_t>(Nodes.size() + Links.size());
+}
+
+/// Nodes without names, for networks where only circles are asked for.
+static void addNamelessNodes(int32_t count) {
+    Node node{};
+    node.kind = SWMM;
+    Nodes.resize(Nodes.size() + static_cast<size_t>(count), node);
+    ObjectCount[NODE] += count;
+    NodeKindCount[SWMM] += count;
+}
+
+static void addNamelessLink(int32_t from, int32_t to, const char* id = "inside") {
+    Link link{};
+    link.id = id;
+    link.fromNode = from;
+    link.toNode = to;
+    Links.push_back(link);
+    ++ObjectCount[LINK];
+    ++LinkKindCount[PIPE];
+}
+
+/// Splitters whose two branches rejoin at the next one: 2^60 paths to the last node, and more than 64 bits can number.
+TEST_F(NetworkTest, ladderOfRejoiningSplittersIsCountedWithoutWalking) {
+    for (const int32_t rungs : {60, 150}) {
+        clearObjects();
+        addNode("S0", SPLITTER);
+        for (int32_t k = 1; k <= rungs; ++k) {
+            const int32_t from = ObjectCount[NODE] - 1;
+            const std::string number = std::to_string(k);
+            addNode("A" + number);
+            addNode("B" + number);
+            addNode("S" + number, k < rungs ? SPLITTER : OUTFALL);
+            addLink("LA" + number, from, from + 1);
+            addLink("LB" + number, from, from + 2);
+            addLink("MA" + number, from + 1, from + 3);
+            addLink("MB" + number, from + 2, from + 3);
+        }
+        EXPECT_EQ(validate(), "");
+        EXPECT_LE(NetworkVisitCount, 3 * size());
+        EXPECT_EQ(loops_check().pathCount, 3 * rungs + 1);
+    }
+}
+
+TEST_F(NetworkTest, loopBehindALadderIsFoundWithoutWalking) {
+    addNamelessNodes(62);
+    for (int32_t k = 0; k < 60; ++k) {
+        addNamelessLink(k, k + 1);
+        addNamelessLink(k, k + 1);
+    }
+    addNamelessLink(60, 61);
+    addNamelessLink(61, 60, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 5 * size());
+}
+
+TEST_F(NetworkTest, chainOfAMillionNodesIsValidatedAndSortedNodeByNode) {
+    const int32_t count = 1000000;
+    Nodes.reserve(count);
+    Links.reserve(count);
+    addNode("0");
+    for (int32_t k = 1; k < count; ++k) {
+        addNode(std::to_string(k), k < count - 1 ? JUNCTION : OUTFALL);
+        addNamelessLink(k - 1, k);
+    }
+    EXPECT_EQ(validate(), "");
+    EXPECT_LE(NetworkVisitCount, 3 * size());
+    const std::vector<int32_t> sorted = sort();
+    for (int32_t k = 0; k < count; ++k) {
+        ASSERT_EQ(sorted[static_cast<size_t>(k)], k);
+    }
+}
+
+TEST_F(NetworkTest, smallLoopBehindAChainOfAMillionNodesIsFound) {
+    const int32_t count = 1000000;
+    addNamelessNodes(count);
+    for (int32_t k = 1; k < count; ++k) {
+        addNamelessLink(k - 1, k);
+    }
+    addNamelessLink(count - 1, count - 3, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 3 * size());
+}
+
+TEST_F(NetworkTest, chainOfAMillionNodesBackToItsStartIsFound) {
+    const int32_t count = 1000000;
+    addNamelessNodes(count);
+    for (int32_t k = 1; k < count; ++k) {
+        addNamelessLink(k - 1, k);
+    }
+    addNamelessLink(count - 1, 1, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+TEST_F(NetworkTest, ringOfTwoThousandNodesIsFoundAtTheCostOfItsLinks) {
+    addNamelessNodes(2001);
+    for (int32_t k = 0; k < 2000; ++k) {
+        addNamelessLink(k, (k + 1) % 2000, k == 999 ? "closing" : "inside");
+    }
+    addNamelessLink(2000, 1000);
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+/// A head at each node of a ring, so that a lasso of one length starts at each: the first head's is the one.
+TEST_F(NetworkTest, ringWithAHeadAtEachNodeIsFoundAtTheCostOfItsLinks) {
+    const int32_t ring = 2000;
+    addNamelessNodes(2 * ring);
+    for (int32_t k = 0; k < ring; ++k) {
+        addNamelessLink(ring + k, ring + (k + 1) % ring, k == ring - 1 ? "closing" : "inside");
+        // Heads at the even places of the ring in rising order, at the odd ones in falling order.
+        addNamelessLink(k, ring + (k % 2 == 0 ? k : ring - k));
+    }
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+/// A square of streets, each crossing draining to the next in both directions, and the last back to the first.
+TEST_F(NetworkTest, gridClosedByOneLinkIsFoundAtTheCostOfItsLinks) {
+    const int32_t side = 100;
+    addNamelessNodes(side * side + 1);
+    for (int32_t row = 0; row < side; ++row) {
+        for (int32_t column = 0; column < side; ++column) {
+            const int32_t node = row * side + column;
+            if (column + 1 < side) {
+                addNamelessLink(node, node + 1);
+            }
+            if (row + 1 < side) {
+                addNamelessLink(node, node + side);
+            }
+        }
+    }
+    addNamelessLink(side * side, 0);
+    addNamelessLink(side * side - 1, 0, "closing");
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, 6 * size());
+}
+
+/// A chain with a link from each node to any other: all hang together, and many nodes have to be asked for a circle.
+TEST_F(NetworkTest, tangledNetworkIsNotDividedAnewForEachNode) {
+    const int32_t count = 20000;
+    std::mt19937 random(5);
+    addNamelessNodes(count);
+    for (int32_t k = 1; k < count; ++k) {
+        addNamelessLink(k - 1, k);
+        addNamelessLink(k, 1 + static_cast<int32_t>(random() % (count - 1)));
+    }
+    const LoopCheck check = checkLoops();
+    EXPECT_NE(check.loopName, nullptr);
+    EXPECT_LE(check.visits, 100 * size());
+}
+
+/// Each node drains to all others, and a chain leads to the first one.
+TEST_F(NetworkTest, denseNetworkCostsAtMostItsSizeForEachNodeOnLoops) {
+    const int32_t dense = 200;
+    addNamelessNodes(dense + 50);
+    for (int32_t from = 0; from < dense; ++from) {
+        for (int32_t to = 0; to < dense; ++to) {
+            if (from != to) {
+                addNamelessLink(from, to, from == 1 && to == 0 ? "closing" : "inside");
+            }
+        }
+    }
+    for (int32_t k = 0; k < 50; ++k) {
+        addNamelessLink(dense + k, k < 49 ? dense + k + 1 : 0);
+    }
+    const LoopCheck check = checkLoops();
+    EXPECT_STREQ(check.loopName, "closing");
+    EXPECT_LE(check.visits, size() * dense);
+}
