@@ -263,8 +263,8 @@ TEST(Binary, RecordsLargerThanTheBufferStayWhole) {
     for (int k = 0; k < COUNT; ++k) {
         const std::string number = std::to_string(k);
         text += 'J' + number + '\n';
-        links += 'C' + number + " J" + number + " O NO 0\n";
-        inflows += 'J' + number + " FLOW FLOW " + number + " \"\" 1\n";
+        links.append("C").append(number).append(" J").append(number).append(" O NO 0\n");
+        inflows.append("J").append(number).append(" FLOW FLOW ").append(number).append(" \"\" 1\n");
     }
     ProjectFile project(text + "[OUTFALLS]\nO\n" + links + inflows);
     const std::string file = runToFile(project);

@@ -202,7 +202,8 @@ TEST(Results, SavingDoesNotChangeTheRun) {
     const std::string inflow = "[INFLOWS]\nO1 FLOW FLOW 0 T1 1\n";
     std::string reports[3];
     for (const int32_t mode : {0, 1, 2}) {
-        ProjectFile project(getDelayedProject("REPORT_STEP 0:01:17\nREPORT_AVERAGE NO\n") + inflow + series);
+        ProjectFile project(
+            getDelayedProject("REPORT_STEP 0:01:17\nREPORT_AVERAGE NO\n").append(inflow).append(series));
         project.open();
         tarnvelde_start(mode);
         EXPECT_EQ(stepToEnd(), 0);

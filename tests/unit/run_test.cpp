@@ -111,13 +111,17 @@ TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
         for (int k = 0; k < nodes; ++k) {
             const std::string id = std::to_string(k);
             const int to = k + 1 + static_cast<int>(random() % 3);
-            junctions += "N" + id + "\n";
-            connections += "L" + id + " N" + id + " " + (to < nodes ? "N" + std::to_string(to) : "OUT") + " NO " +
-                           std::to_string(60 * (random() % 6)) + "\n";
-            dwfs += "N" + id + " FLOW 0.0" + std::to_string(1 + random() % 9) + " \"\"\nN" + id + " X 50 \"\"\n";
+            const std::string target = to < nodes ? "N" + std::to_string(to) : "OUT";
+            const std::string delay = std::to_string(60 * (random() % 6));
+            junctions.append("N").append(id).append("\n");
+            connections.append("L").append(id).append(" N").append(id).append(" ").append(target);
+            connections.append(" NO ").append(delay).append("\n");
+            dwfs.append("N").append(id).append(" FLOW 0.0").append(std::to_string(1 + random() % 9));
+            dwfs.append(" \"\"\nN").append(id).append(" X 50 \"\"\n");
         }
-        ProjectFile project(getGeneral(60) + "[JUNCTIONS]\n" + junctions + "[OUTFALLS]\nOUT\n[CONNECTIONS]\n" +
-                            connections + "[POLLUTANTS]\nX 0\n[DWFS]\n" + dwfs);
+        std::string text = getGeneral(60);
+        text.append("[JUNCTIONS]\n").append(junctions).append("[OUTFALLS]\nOUT\n[CONNECTIONS]\n").append(connections);
+        ProjectFile project(text.append("[POLLUTANTS]\nX 0\n[DWFS]\n").append(dwfs));
         ASSERT_EQ(project.open(), 0);
         ASSERT_EQ(tarnvelde_start(0), 0);
         double elapsed = 0.0;
