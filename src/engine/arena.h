@@ -25,10 +25,11 @@ void* arena_allocate(Arena& arena, size_t bytes);
 template <class T>
 T* arena_allocateArray(Arena& arena, int64_t count) {
     static_assert(std::is_trivially_destructible_v<T> && alignof(T) <= 16);
-    if (count > 0 && static_cast<uint64_t>(count) > SIZE_MAX / 2 / sizeof(T)) {
+    constexpr size_t size = sizeof(T);  // NOLINT(bugprone-sizeof-expression): T may well be a pointer
+    if (count > 0 && static_cast<uint64_t>(count) > SIZE_MAX / 2 / size) {
         return nullptr;
     }
-    return static_cast<T*>(arena_allocate(arena, count > 0 ? static_cast<size_t>(count) * sizeof(T) : 0));
+    return static_cast<T*>(arena_allocate(arena, count > 0 ? static_cast<size_t>(count) * size : 0));
 }
 
 /// Gives all memory of the arena back to the system. Every pointer into it is dead.
