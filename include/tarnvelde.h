@@ -313,10 +313,11 @@ TARNVELDE_API int32_t tarnvelde_start(int32_t saveMode);
  * elapsedDays  receives the time since the start of the simulation in days, and exactly 0 once the end is reached: that
  *              is how the end is told. May be null.
  *
- * The last step is shortened so that it ends exactly at the end date. Returns 400, and stores nothing, without a
- * started run. Errors of a step come back as the result; the function doesn't refuse to step after one, but while an
- * error is current the clock stands still from the next runoff step on and the time stored never becomes 0,
- * unless it stands at 0. So leave the loop at the first result other than 0.
+ * The last step is shortened so that it ends exactly at the end of the duration, which may lie a second ahead of the
+ * end date where that is no whole second to the last bit. Returns 400, and stores nothing, without a started run.
+ * Errors of a step come back as the result; the function doesn't refuse to step after one, but while an error is
+ * current the clock stands still from the next runoff step on and the time stored never becomes 0, unless it stands at
+ * 0. So leave the loop at the first result other than 0.
  */
 TARNVELDE_API int32_t tarnvelde_step(double* elapsedDays);
 
@@ -346,15 +347,17 @@ TARNVELDE_API int32_t tarnvelde_close(void);
 
 /* Tells where the library of SWMM nodes is, and where the private copy of it that each such node runs may be put.
  *
- * libraryPath  a folder with its separator at the end, or a file in that folder; only the folder counts.
- * tempFolder   a folder that may be written to, with its separator at the end.
+ * libraryPath  a folder with its separator at the end, or a file in that folder; only the folder counts. If it is
+ *              empty, or no library is there, the folder of the running program counts.
+ * tempFolder   a folder that may be written to, with its separator at the end. If it is empty, the copies are put
+ *              beside the library.
  *
  * Call it before tarnvelde_open or tarnvelde_run, if the project has SWMM nodes. Nothing is checked here: a path that
  * leads nowhere makes the open fail (codes 243 and 247). Null counts as empty. Always returns 0.
  */
 TARNVELDE_API int32_t tarnvelde_initSwmmDll(const char* libraryPath, const char* tempFolder);
 
-/* The same for the library of treatment-plant nodes (codes 920 and 921). tarnvelde_run overwrites the path. */
+/* The same for the library of treatment-plant nodes (codes 920 and 921). tarnvelde_run empties both texts. */
 TARNVELDE_API int32_t tarnvelde_initVornDll(const char* libraryPath, const char* tempFolder);
 
 /* ------------------------------------------------------------------------------------------------------------------
@@ -377,8 +380,8 @@ TARNVELDE_API int32_t tarnvelde_getNodeType(const char* node, int32_t* kind);
  */
 TARNVELDE_API int32_t tarnvelde_getLinkType(const char* link, int32_t* kind);
 
-/* Stores the start and the end date of the simulation. -1 if no project is open. After an open that failed it gives
- * what was read so far, 0 for a date that was not reached.
+/* Stores the start and the end date of the simulation. -1 if no project is open. The dates are put
+ * together behind the last line: if reading failed, the start is 43831.0 (1 January 2020) and the end 0.
  */
 TARNVELDE_API int32_t tarnvelde_getDateTime(double* startDate, double* endDate);
 
@@ -425,7 +428,7 @@ TARNVELDE_API int32_t tarnvelde_setExtLoad(const char* node, const char* polluta
 TARNVELDE_API int32_t tarnvelde_setSplittedValue(const char* splitter, double value);
 
 /* Sets the flow of a pump for the rest of the run, m3/s. Curve, switching depths, rules and setting no longer matter;
- * the water in the tank still does. -1 if the link is no pump.
+ * the water in the tank still does, unless its full depth or full volume is 0. -1 if the link is no pump.
  */
 TARNVELDE_API int32_t tarnvelde_setPumpFlow(const char* pump, double flow);
 
@@ -439,14 +442,18 @@ TARNVELDE_API int32_t tarnvelde_setReactorEmptyingValue(const char* reactor, dou
  * selector  0: the discharge coefficient; a value of 0 is refused. 1: the height of the sill above the crest, m.
  *           Any other selector stores nothing and still counts as accepted.
  *
- * Every accepted call makes coefficient and height those of the host, and the setting of the weir loses its effect. The
- * height starts as the full opening: a host that sets the coefficient alone thus raises the sill to the top, and has to
- * give the height too. -1 if the link is no weir or the value is negative.
+ * Every accepted call makes coefficient and height those of the host, and the flow no longer depends on the setting of
+ * the weir. The height starts as the full opening: a host that sets the coefficient alone thus raises the sill to the
+ * top, and has to give the height too. The setting still places the level at which the tank treats the weir: a sill
+ * that stands below the water while that level stands above it gives a negative flow, and the tank gains water. So set
+ * the setting to 1 as well. -1 if the link is no weir or the value is negative.
  */
 TARNVELDE_API int32_t tarnvelde_setWeirParams(const char* weir, int32_t selector, double value);
 
 /* Sets the setting of a link of any kind, 0 (closed) to 1 (open), and takes it out of the hands of the rules for the
- * rest of the run. It is in force at once. -1 for a value outside 0 to 1.
+ * rest of the run. tarnvelde_getSetting shows it at once, and the next step obeys it, but for these: a pipe obeys at
+ * its next firing, up to K later, and without a largest flow only 0 matters to it; connections and conduits ignore it.
+ * -1 for a value outside 0 to 1.
  */
 TARNVELDE_API int32_t tarnvelde_setSetting(const char* link, double setting);
 
@@ -459,7 +466,9 @@ TARNVELDE_API int32_t tarnvelde_getSetting(const char* link, double* setting);
 TARNVELDE_API int32_t tarnvelde_setTankDepth(const char* tank, double depth);
 
 /* Sets the present flow of a link of any kind, m3/s; no limit is applied. It holds until the link works out its flow
- * the next time.
+ * the next time, which most links do in the next step, before the node below takes it. It gets there from a pipe
+ * between two firings and from a lagged link; elsewhere rules see it, and results that are interpolated. To add water,
+ * use tarnvelde_setExtInflow.
  */
 TARNVELDE_API int32_t tarnvelde_setLinkFlow(const char* link, double flow);
 
@@ -504,8 +513,13 @@ TARNVELDE_API int32_t tarnvelde_getParam(int32_t objectClass, const char* id, in
 
 /* Changes a parameter of an object, numbers and units as in tarnvelde_getParam; the drying time is given in days.
  * Modes, shapes and N are truncated to integers. No value is checked. A changed parameter stays changed in later runs
- * of the open project. Those that only shape the state at the start - initial depth, initial setting - act at the next
- * start.
+ * of the open project. tarnvelde_getParam shows it at once, but some act at the next start only:
+ *   - the initial depth of a tank and the initial setting of a pump,
+ *   - N of a pipe, where it is more than the reaches that the run began with,
+ *   - of a conduit the full depth and the table of areas that shape and height make; the wetted perimeter and the
+ *     areas of a rectangle follow at once,
+ *   - coefficient and opening of a weir that the host has taken over by tarnvelde_setWeirParams.
+ * The parameters of the last subcatchment may shorten the runoff step at the next start.
  *
  * What a host has to know:
  *   - Links (classes 8 to 13) are accepted by a comparison that looks at the node with the link's index, not at the
@@ -517,8 +531,9 @@ TARNVELDE_API int32_t tarnvelde_getParam(int32_t objectClass, const char* id, in
  */
 TARNVELDE_API int32_t tarnvelde_setParam(int32_t objectClass, const char* id, int32_t parameter, double value);
 
-/* Stores a result of the latest step; of a subcatchment, of the latest runoff step, which may lie ahead of it. p is the
- * index of a pollutant, counted from 0; n is the number of pollutants.
+/* Stores a result of the latest step; of a subcatchment, of the latest runoff step, which may lie ahead of it; of a
+ * pipe, of its latest firing, with the mean of that period as its inflow. p is the index of a pollutant, counted from
+ * 0; n is the number of pollutants.
  *
  *     subcatchment   0 rain, mm/h; 1 evaporation, mm/day; 2 infiltration, mm/h; 3 runoff, m3/s; 4 + p runoff, mg/L
  *     junction       0 inflow; 1 lateral inflow; 2 + p concentration

@@ -4,6 +4,8 @@
 
 #include "coupling/coupled.h"
 
+#include <algorithm>
+
 #include "coupling/feed.h"
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
@@ -94,6 +96,10 @@ static double getDelivery(const Link& link, double* loads) {
     if (link.kind == PIPE) {
         const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
         const double time = link.isLagged ? OldRoutingTime - RoutingStep * 1000.0 : OldRoutingTime;
+        if (pipe.nextFireTime != pipe.lastFireTime) {
+            // A load is added there, and kept as it is here: what is added to -0.0 keeps its sign.
+            std::fill_n(loads, project_pollutantCount(), -0.0);
+        }
         return pipe_deliver(link, pipe, time, loads);
     }
     const double flow = link.isLagged ? link.oldFlow : link.newFlow;

@@ -132,6 +132,22 @@ TEST_F(StepLengthTest, ShortestIntervalOfAnyGageLimitsIt) {
     EXPECT_EQ(ErrorCode, 0);
 }
 
+TEST_F(StepLengthTest, EachStartLimitsTheStepAnewFromTheLastOne) {
+    tarnvelde_close();
+    // The sheet takes 0.5 x 10000 m2 / 100 m / (sqrt(0.02) / 0.01 x 0.1^(2/3) m/s) = 16.4 s, a tenth at 1000 m.
+    project.subcatchs = "S G O 1 100 50 2 0.01 0.1 1 3 50 6 4 5 30\n";
+    ASSERT_EQ(start(project), 0);
+    EXPECT_EQ(RunoffStep, 30);
+    tarnvelde_end();
+    ASSERT_EQ(tarnvelde_setParam(1, "S", 1, 1000.0), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(RunoffStep, 2) << "the first above a whole second";
+    tarnvelde_end();
+    ASSERT_EQ(tarnvelde_setParam(1, "S", 1, 100.0), 0);
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    EXPECT_EQ(RunoffStep, 2) << "a step that is short enough is not made longer";
+}
+
 // --- clock and order -----------------------------------------------------------------------------------------------
 
 class RunoffTest : public LandTest {};
