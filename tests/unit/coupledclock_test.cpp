@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <vector>
 
 #include "coupling/converter.h"
@@ -132,18 +133,19 @@ TEST(SwmmOutflows, AreMultipliedAndThenDivided) {
 
 // --- elapsed times -------------------------------------------------------------------------------------------------
 
-static std::vector<double> Elapsed;  ///< days that the engine of these tests tells, call by call
+static std::vector<std::optional<double>> Elapsed;  ///< days that the engine of these tests stores, call by call
 static size_t StepCalls;
 
 static const OutsideCalls Calls = {nullptr, nullptr,
                                    [](double* elapsed) {
-                                       *elapsed = Elapsed.at(StepCalls++);
+                                       const std::optional<double> days = Elapsed.at(StepCalls++);
+                                       *elapsed = days.value_or(*elapsed);
                                        return 0;
                                    },
                                    nullptr, nullptr};
 
 /// Steps an engine up to a routing clock, ms; the number of its steps.
-static size_t advance(OutsideNode& outside, double routingTime, const std::vector<double>& elapsed) {
+static size_t advance(OutsideNode& outside, double routingTime, const std::vector<std::optional<double>>& elapsed) {
     const double before = NewRoutingTime;
     NewRoutingTime = routingTime;
     Elapsed = elapsed;
@@ -165,6 +167,13 @@ TEST(EngineClock, ThatIsNoNumberEndsTheRepetition) {
     EXPECT_TRUE(std::isnan(outside.oldTime));
 }
 
+TEST(EngineClock, ThatIsNotStoredIsZeroAndNotThatOfTheCallBefore) {
+    OutsideNode outside{};
+    EXPECT_EQ(advance(outside, 675000.0, {COUPLED_STEP_DAYS / 2.0, std::nullopt, 1.0}), 2u);
+    EXPECT_EQ(outside.oldTime, 337500.0);
+    EXPECT_EQ(outside.newTime, 0.0);
+}
+
 TEST(EngineClock, IsTheProductOfDaysAndTheMillisecondsOfADay) {
     // Times of whole seconds where two products would round otherwise than one.
     int count = 0;
@@ -179,6 +188,47 @@ TEST(EngineClock, IsTheProductOfDaysAndTheMillisecondsOfADay) {
         ASSERT_EQ(outside.newTime, elapsed * 86400000.0) << seconds << " s";
     }
     EXPECT_GT(count, 0);
+}
+
+/// Steps of an engine of 60 s in each routing step of 60 s, from the first on. Its clock is a rounded product, which
+/// may lie a bit beside the whole milliseconds of the routing clock.
+static std::vector<size_t> countStepsOfAMinute(int routingSteps) {
+    std::vector<size_t> counts;
+    double engineTime = 0.0;  // ms
+    int engineSteps = 0;
+    for (int k = 1; k <= routingSteps; ++k) {
+        const int before = engineSteps;
+        while (engineTime <= k * 60000.0) {
+            ++engineSteps;
+            engineTime = engineSteps * 60.0 / 86400.0 * 86400000.0;
+        }
+        counts.push_back(static_cast<size_t>(engineSteps - before));
+    }
+    return counts;
+}
+
+TEST(EngineClock, MeetsTheRoutingClockToTheLastBit) {
+    static constexpr int STEPS = 230;
+    const std::vector<size_t> expected = countStepsOfAMinute(STEPS);
+    // At the routing clock exactly, the engine steps once more. Where rounding puts it behind that clock it waits.
+    ASSERT_EQ(expected[0], 2u);
+    ASSERT_GT(55 * 60.0 / 86400.0 * 86400000.0, 3300000.0);
+    ASSERT_EQ(expected[55 - 1], 0u);
+    ASSERT_EQ(expected[56 - 1], 2u);
+    // Where rounding does so twice in a row, the first step of the engine in the second of them is enough.
+    ASSERT_GT(197 * 60.0 / 86400.0 * 86400000.0, 11820000.0);
+    ASSERT_GT(198 * 60.0 / 86400.0 * 86400000.0, 11880000.0);
+    ASSERT_EQ(expected[197 - 1], 0u);
+    ASSERT_EQ(expected[198 - 1], 1u);
+    CoupledProject p(getGeneral(240) + "[OUTFALLS]\nO\n[SWMM_INPS]\nS m.inp NO\n");
+    p.model("m.inp", "period 44256 0 44256 14400\nstep 60\n");
+    p.start();
+    ASSERT_EQ(RoutingStep, 60);
+    p.takeCalls();
+    for (int k = 1; k <= STEPS; ++k) {
+        p.step();
+        EXPECT_EQ(p.takeCalls("m swmm_step").size(), expected[static_cast<size_t>(k - 1)]) << "routing step " << k;
+    }
 }
 
 // --- a second run --------------------------------------------------------------------------------------------------

@@ -101,6 +101,22 @@ TEST(VornCalls, WithCoarserAndFinerSteps) {
     EXPECT_EQ(q.takeCalls("m vorn_step").size(), 3u);
 }
 
+TEST(VornCalls, AskEachEffluentForAllOfItsPointsBeforeTheNext) {
+    CoupledProject p(Through + "EFFLUENT F D2 CE\n[CONNECTIONS]\nD2 P O NO 0\n" + Converters2, 4);
+    p.model("m.sti", getPassingPlant(4, "effluent F\n"));
+    p.start();
+    p.takeCalls();
+    p.step();
+    const Strings calls = p.takeCalls("m vorn_getExtOutflow");
+    // Flow, S_F and S_NH4 of either one, in both steps of the engine.
+    const Strings expected = {"\"E\" 0", "\"E\" 2", "\"E\" 5", "\"F\" 0", "\"F\" 2", "\"F\" 5"};
+    ASSERT_EQ(calls.size(), 2u * expected.size());
+    for (size_t k = 0; k < calls.size(); ++k) {
+        const std::string beginning = "m vorn_getExtOutflow " + expected[k % expected.size()] + " = 0";
+        EXPECT_EQ(calls[k].substr(0, beginning.size()), beginning) << "call " << k;
+    }
+}
+
 TEST(VornCalls, WithoutAnInfluentStepThePlantOnly) {
     CoupledProject p("[OUTFALLS]\nO\n[VORN_INPS]\nP m.sti NO\n", 4);
     p.model("m.sti", getPassingPlant(4));
@@ -301,6 +317,23 @@ TEST(VornOutflows, EachTakesItsOwnConverter) {
     EXPECT_EQ(record.next->newFlow, 0.5);
     EXPECT_DOUBLE_EQ(record.newLoad[0], 0.0015);
     EXPECT_DOUBLE_EQ(record.next->newLoad[0], 0.0025);
+}
+
+TEST(VornOutflows, ThatThePlantDoesNotStoreAreNothing) {
+    CoupledProject p(Through + Constants + "CE A POLLUTANT S_F 1\nCE A POLLUTANT S_NH4 1\n", 4);
+    p.model("m.sti", getPassingPlant(4));
+    p.start();
+    VornNodes[0].entries.vorn_getExtOutflow = [](const char*, int index, double* value) {
+        switch (index) {
+            case 0: *value = 0.5; return 0;
+            case 2: *value = 8.0; return 0;  // S_F
+            default: return -1;
+        }
+    };
+    p.step();
+    // The concentration of S_F doesn't stay for S_NH4.
+    EXPECT_EQ(VornNodes[0].outside.outflows.head->newFlow, 0.5);
+    EXPECT_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 8.0 * 0.5 / 1000.0);
 }
 
 TEST(VornOutflows, ThatAreSubtractedLeaveNothingNegative) {
