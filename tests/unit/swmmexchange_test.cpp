@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
 #include "coupling/swmm.h"
 #include "engine/project.h"
+#include "routing/link.h"
 #include "support/engines.h"
 
 using Strings = std::vector<std::string>;
@@ -69,6 +71,27 @@ TEST(SwmmRequests, ForSettingsEachAskForTheRoutingStep) {
         expected.push_back("m swmm_step = 0 : " + showNumber(engineStep * COUPLED_STEP_DAYS));
     }
     EXPECT_EQ(p.takeCalls(), expected);
+}
+
+// --- loads ---------------------------------------------------------------------------------------------------------
+
+TEST(SwmmInflows, KeepTheSignOfALoadOfAPipeThatIsZero) {
+    CoupledProject p(
+        "[POLLUTANTS]\nA 0\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J S NO 6750 1 0.2 0\n"
+        "[SWMM_INPS]\nS m.inp NO\nINFLOW IN P\n",
+        20);
+    p.model("m.inp", getPassingModel(20, "substances A\n"));
+    p.start();
+    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    p.step();
+    EXPECT_FALSE(std::signbit(record.newLoad[0])) << "no firing yet, no load";
+    p.step();  // the first firing
+    Link& link = Links[0];
+    link.oldFlow = link.newFlow = -0.5;
+    p.step();
+    EXPECT_EQ(record.newFlow, -0.5);
+    EXPECT_EQ(record.newLoad[0], 0.0);
+    EXPECT_TRUE(std::signbit(record.newLoad[0]));
 }
 
 // --- requests for another node -------------------------------------------------------------------------------------
