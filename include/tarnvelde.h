@@ -196,7 +196,7 @@ enum TarnveldeResult {
     TARNVELDE_RESULT_TANK_INFLOW = 2,         /* m3/s */
     TARNVELDE_RESULT_TANK_LATERAL_INFLOW = 3, /* m3/s */
     TARNVELDE_RESULT_TANK_FLOODING = 4,       /* m3/s */
-    TARNVELDE_RESULT_TANK_QUALITY = 5,        /* mg/L, of the water released */
+    TARNVELDE_RESULT_TANK_QUALITY = 5,        /* mg/L, behind the decay, ahead of the mixing */
 
     TARNVELDE_RESULT_SPLITTER_INFLOW = 0,         /* m3/s */
     TARNVELDE_RESULT_SPLITTER_LATERAL_INFLOW = 1, /* m3/s */
