@@ -102,7 +102,8 @@ std::string makeScript(const PlotRequest& request, const std::vector<Line>& line
         "set output 'plot.svg'\n"
         "set xdata time\nset timefmt '%s'\nset format x \"%Y-%m-%d\\n%H:%M\"\n"
         "set xlabel 'Date' noenhanced\nset grid\nset key outside bottom center horizontal noenhanced\n"
-        "set border 3\nset tics nomirror\nset datafile missing 'nan'\n";
+        "set border 3\nset tics nomirror\nset datafile missing 'nan'\n"
+        "set rmargin 9\n";  // room for half of the last date, and for the axis of the rain
     script += "set ylabel " + quoteLiteral(getLabel(request, lines)) + " noenhanced\n";
     if (rain) {
         // Bars take the upper part of the picture: the axis goes downward, to three times the highest bar.

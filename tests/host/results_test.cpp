@@ -343,6 +343,26 @@ TEST_F(Results, APlotIsAPicture) {
     }
 }
 
+TEST_F(Results, APlotShowsItsDatesWhole) {
+    const std::string picture = folder.file("out.svg");
+    ASSERT_EQ(runProgram({"plot", binary, "--object", "J1", "--column", "TotInflow", "-o", picture}).status, 0);
+    const std::string svg = readFile(picture);
+    constexpr double WIDTH = 960.0, HALF_DATE = 35.0;  // of ten figures 12 units high
+    int dates = 0;
+    for (size_t at = svg.find("text-anchor=\"middle\""); at != std::string::npos;
+         at = svg.find("text-anchor", at + 1)) {
+        static const std::string PLACE = "translate(";
+        const double x = std::stod(svg.substr(svg.rfind(PLACE, at) + PLACE.size()));
+        const bool isDate = svg.substr(at, svg.find("</text>", at) - at).find("2021-03-01") != std::string::npos;
+        if (isDate) {
+            EXPECT_GE(x, HALF_DATE);
+            EXPECT_LE(x, WIDTH - HALF_DATE);
+            ++dates;
+        }
+    }
+    EXPECT_GT(dates, 1);
+}
+
 /// Upper and lower edge of a bar, in the units of the picture from its top on.
 struct Bar {
     double top;
