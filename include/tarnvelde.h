@@ -380,8 +380,8 @@ TARNVELDE_API int32_t tarnvelde_getNodeType(const char* node, int32_t* kind);
  */
 TARNVELDE_API int32_t tarnvelde_getLinkType(const char* link, int32_t* kind);
 
-/* Stores the start and the end date of the simulation. -1 if no project is open. The dates are put
- * together behind the last line: if reading failed, the start is 43831.0 (1 January 2020) and the end 0.
+/* Stores the start and the end date of the simulation. -1 if no project is open. The dates are put together behind the
+ * last line of the project: if reading failed, the start is 43831.0 (1 January 2020) and the end 0.
  */
 TARNVELDE_API int32_t tarnvelde_getDateTime(double* startDate, double* endDate);
 
