@@ -10,16 +10,16 @@
 #include <cstring>
 
 #include "coupling/swmm.h"
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/gage.h"
-#include "input/datetime.h"
-#include "routing/conduit.h"
-#include "routing/link.h"
-#include "routing/node.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
+#include "links/conduit.h"
+#include "links/link.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
+#include "text/datetime.h"
 
 /// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins
 /// each step with the cells of the largest step so far, empty, and fills them from its head; further cells are put in
@@ -44,7 +44,7 @@ void rule_deleteAll() {
 // --- targets -------------------------------------------------------------------------------------------------------
 
 static bool isSwmmNode(int32_t node) {
-    return Nodes[static_cast<size_t>(node)].kind == SWMM;
+    return Nodes[node].kind == SWMM;
 }
 
 /// Order of two texts, a missing one before all others.
@@ -110,24 +110,23 @@ void rule_openRun() {
 
 static double getDepth(const RuleOperand& operand) {
     if (operand.node >= 0 && operand.tank >= 0) {
-        return Tanks[static_cast<size_t>(operand.tank)].newDepth;
+        return Tanks[operand.tank].newDepth;
     }
-    return operand.link >= 0 && operand.conduit >= 0 ? Conduits[static_cast<size_t>(operand.conduit)].depth : NO_VALUE;
+    return operand.link >= 0 && operand.conduit >= 0 ? Conduits[operand.conduit].depth : NO_VALUE;
 }
 
 /// How full a reactor is. A plug-flow reactor has no volume, and what 0 / 0 gives is unequal to all values.
 static double getFill(int32_t index) {
-    const Reactor& reactor = Reactors[static_cast<size_t>(index)];
+    const Reactor& reactor = Reactors[index];
     return reactor.storedVolume / reactor.volume;
 }
 
 double rule_operandValue(const RuleOperand& operand) {
     switch (operand.attribute) {
         case ATTRIBUTE_DEPTH: return getDepth(operand);
-        case ATTRIBUTE_INFLOW: return operand.node >= 0 ? Nodes[static_cast<size_t>(operand.node)].newInflow : NO_VALUE;
-        case ATTRIBUTE_FLOW: return operand.link >= 0 ? Links[static_cast<size_t>(operand.link)].newFlow : NO_VALUE;
-        case ATTRIBUTE_STATUS:
-            return operand.link >= 0 && operand.pump >= 0 ? Links[static_cast<size_t>(operand.link)].setting : NO_VALUE;
+        case ATTRIBUTE_INFLOW: return operand.node >= 0 ? Nodes[operand.node].newInflow : NO_VALUE;
+        case ATTRIBUTE_FLOW: return operand.link >= 0 ? Links[operand.link].newFlow : NO_VALUE;
+        case ATTRIBUTE_STATUS: return operand.link >= 0 && operand.pump >= 0 ? Links[operand.link].setting : NO_VALUE;
         case ATTRIBUTE_EVENT:
             return operand.gage >= 0 ? gage_isInEvent(operand.gage, project_getDate(NewRoutingTime)) : NO_VALUE;
         case ATTRIBUTE_FILL: return operand.reactor >= 0 ? getFill(operand.reactor) : NO_VALUE;
@@ -170,7 +169,7 @@ static bool isFulfilled(const Rule& rule) {
 // --- actions -------------------------------------------------------------------------------------------------------
 
 static double getPriority(const Action& action) {
-    return Rules[static_cast<size_t>(action.rule)].priority;
+    return Rules[action.rule].priority;
 }
 
 /// Puts an action forward: it takes a free target, or one that an action of lower priority holds.
@@ -185,7 +184,7 @@ static void choose(Action& action) {
 }
 
 static int32_t applyToLink(const Action& action) {
-    Link& link = Links[static_cast<size_t>(action.link)];
+    Link& link = Links[action.link];
     if (link.targetSetting == action.value) {
         return 0;
     }
@@ -197,7 +196,7 @@ static int32_t applyToLink(const Action& action) {
 /// Sets the value that the project gave the splitter: one set by the host goes on to hide it, and it stays for a second
 /// run.
 static int32_t applyToSplitter(const Action& action) {
-    Splitter& splitter = Splitters[static_cast<size_t>(action.splitter)];
+    Splitter& splitter = Splitters[action.splitter];
     if (action.value < 0.0 || action.value == splitter.value) {
         return 0;
     }
@@ -206,7 +205,7 @@ static int32_t applyToSplitter(const Action& action) {
 }
 
 static int32_t applyToReactor(const Action& action) {
-    Reactor& reactor = Reactors[static_cast<size_t>(action.reactor)];
+    Reactor& reactor = Reactors[action.reactor];
     if (action.value == reactor.isEmptying) {
         return 0;
     }

@@ -2,7 +2,8 @@
 // Control rules: premises on the state of the network, and actions on its settings.
 
 #include <cstdint>
-#include <vector>
+
+#include "model/table.h"
 
 /// Words that a clause, one line of a rule, begins with.
 enum ClauseWord : int32_t { CLAUSE_RULE, CLAUSE_IF, CLAUSE_AND, CLAUSE_OR, CLAUSE_THEN, CLAUSE_ELSE, CLAUSE_PRIORITY };
@@ -94,7 +95,7 @@ struct Rule {
     Action* elseActions;  ///< the last line first
 };
 
-extern std::vector<Rule> Rules;
+extern Table<Rule> Rules;
 
 extern int32_t ClauseState;  ///< the ClauseWord that was read last
 

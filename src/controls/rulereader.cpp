@@ -11,13 +11,13 @@
 #include <cstring>
 
 #include "controls/rule.h"
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/names.h"
-#include "input/tokens.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "text/tokens.h"
 
-std::vector<Rule> Rules;
+Table<Rule> Rules;
 int32_t ClauseState = CLAUSE_PRIORITY;
 
 enum RuleObject : int32_t {
@@ -95,34 +95,34 @@ static const ActionAttribute ActionAttributes[] = {
 // --- table ---------------------------------------------------------------------------------------------------------
 
 void rule_createAll() {
-    Rules.assign(static_cast<size_t>(ObjectCount[RULE]), Rule{});
+    Rules.fill(ObjectCount[RULE], Rule{});
     ClauseState = CLAUSE_PRIORITY;
 }
 
 // --- tokens --------------------------------------------------------------------------------------------------------
 
 static int32_t refuseClause() {
-    return error_setName(ERR_RULE_CLAUSE, "");
+    return errors_setName(ERR_RULE_CLAUSE, "");
 }
 
 static int32_t refuseKeyword(int32_t place) {
-    return error_setName(ERR_KEYWORD, Tok[place]);
+    return errors_setName(ERR_KEYWORD, Tok[place]);
 }
 
 /// Reads one of some words as its number in their list. An error index, or 0.
 static int32_t readWord(int32_t place, const char* const* words, double& value) {
-    const int32_t word = input_findKeyword(Tok[place], words);
+    const int32_t word = tokens_findKeyword(Tok[place], words);
     value = word;
     return word < 0 ? refuseKeyword(place) : ERR_NONE;
 }
 
 static int32_t readNumber(int32_t place, double& value) {
-    return input_getDouble(Tok[place], &value) ? ERR_NONE : error_setName(ERR_NUMBER, Tok[place]);
+    return tokens_getDouble(Tok[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, Tok[place]);
 }
 
 /// Whether a clause word stands behind what has been read: two clauses on one line.
 static bool isClauseWord(int32_t place, int32_t tokenCount) {
-    return place < tokenCount && input_findKeyword(Tok[place], ClauseWords) >= 0;
+    return place < tokenCount && tokens_findKeyword(Tok[place], ClauseWords) >= 0;
 }
 
 /// Relations are matched as exact text.
@@ -139,7 +139,7 @@ static int32_t findRelation(const char* text) {
 
 /// Finds an object of a condition by name. False if there is none, or none of that kind so far.
 static bool findObject(const ConditionObject& object, const char* name, RuleOperand& operand) {
-    const int32_t index = project_findObject(object.type, name);
+    const int32_t index = names_find(object.type, name);
     if (index < 0) {
         return false;
     }
@@ -148,7 +148,7 @@ static bool findObject(const ConditionObject& object, const char* name, RuleOper
         return true;
     }
     const bool isNode = object.type == NODE;
-    const size_t row = static_cast<size_t>(index);
+    const int32_t row = index;
     if ((isNode ? Nodes[row].kind : Links[row].kind) != object.kind) {
         return false;
     }
@@ -159,7 +159,7 @@ static bool findObject(const ConditionObject& object, const char* name, RuleOper
 
 int32_t rule_readOperand(int32_t& place, RuleOperand& operand) {
     operand = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
-    const int32_t type = input_findKeyword(Tok[place], ObjectWords);
+    const int32_t type = tokens_findKeyword(Tok[place], ObjectWords);
     if (type < 0) {
         return refuseKeyword(place);
     }
@@ -167,17 +167,17 @@ int32_t rule_readOperand(int32_t& place, RuleOperand& operand) {
     int32_t at = place + 1;
     if (object.type >= 0) {
         if (at >= TokCount) {
-            return error_setName(ERR_ITEMS, "");
+            return errors_setName(ERR_ITEMS, "");
         }
         if (!findObject(object, Tok[at], operand)) {
-            return error_setName(ERR_UNDEFINED_OBJECT, Tok[at]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[at]);
         }
         ++at;
     }
     if (at >= TokCount) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    operand.attribute = input_findKeyword(Tok[at], AttributeWords);
+    operand.attribute = tokens_findKeyword(Tok[at], AttributeWords);
     if (operand.attribute < 0 || !(object.attributes & bit(operand.attribute))) {
         return refuseKeyword(at);
     }
@@ -190,11 +190,11 @@ static int32_t readRightSide(int32_t& place, int32_t tokenCount, Premise& premis
     premise.value = NO_VALUE;
     premise.right = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const int32_t attribute = premise.left.attribute;
-    if (input_findKeyword(Tok[place], ObjectWords) >= 0 && place + 3 >= tokenCount) {
+    if (tokens_findKeyword(Tok[place], ObjectWords) >= 0 && place + 3 >= tokenCount) {
         if (const int32_t error = rule_readOperand(place, premise.right)) {
             return error;
         }
-        return premise.right.attribute != attribute ? error_setName(ERR_RULE_ATTRIBUTE, "") : ERR_NONE;
+        return premise.right.attribute != attribute ? errors_setName(ERR_RULE_ATTRIBUTE, "") : ERR_NONE;
     }
     int32_t error;
     switch (attribute) {
@@ -213,7 +213,7 @@ static void appendPremise(Rule& rule, Premise* premise) {
 
 int32_t rule_readPremise(int32_t rule, int32_t logic, int32_t tokenCount) {
     if (tokenCount < 5) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     Premise premise{};
     premise.logic = logic;
@@ -227,7 +227,7 @@ int32_t rule_readPremise(int32_t rule, int32_t logic, int32_t tokenCount) {
     }
     place += 2;
     if (place >= tokenCount) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     if (const int32_t error = readRightSide(place, tokenCount, premise)) {
         return error;
@@ -237,17 +237,17 @@ int32_t rule_readPremise(int32_t rule, int32_t logic, int32_t tokenCount) {
     }
     auto* kept = arena_allocateArray<Premise>(ProjectArena, 1);
     if (!kept) {
-        return error_setName(ERR_MEMORY, "");
+        return errors_setName(ERR_MEMORY, "");
     }
     *kept = premise;
-    appendPremise(Rules[static_cast<size_t>(rule)], kept);
+    appendPremise(Rules[rule], kept);
     return ERR_NONE;
 }
 
 // --- actions -------------------------------------------------------------------------------------------------------
 
 static void setLinkTarget(Action& action, int32_t index) {
-    const Link& link = Links[static_cast<size_t>(index)];
+    const Link& link = Links[index];
     action.link = index;
     switch (link.kind) {
         case PIPE: action.pipe = link.kindIndex; break;
@@ -259,7 +259,7 @@ static void setLinkTarget(Action& action, int32_t index) {
 }
 
 static void setNodeTarget(Action& action, int32_t index) {
-    const Node& node = Nodes[static_cast<size_t>(index)];
+    const Node& node = Nodes[index];
     action.node = index;
     switch (node.kind) {
         case SPLITTER: action.splitter = node.kindIndex; break;
@@ -273,8 +273,8 @@ static void setNodeTarget(Action& action, int32_t index) {
 static bool findTargets(Action& action, const char* name) {
     action.link = action.pipe = action.pump = action.weir = action.orifice = -1;
     action.node = action.splitter = action.reactor = action.swmm = -1;
-    const int32_t link = project_findObject(LINK, name);
-    const int32_t node = project_findObject(NODE, name);
+    const int32_t link = names_find(LINK, name);
+    const int32_t node = names_find(NODE, name);
     if (link >= 0) {
         setLinkTarget(action, link);
     }
@@ -295,7 +295,7 @@ static bool isActionObject(int32_t object) {
 
 /// Attribute and value of an action on an object of the network.
 static int32_t readActionValue(int32_t object, Action& action) {
-    action.attribute = input_findKeyword(Tok[3], AttributeWords);
+    action.attribute = tokens_findKeyword(Tok[3], AttributeWords);
     for (const ActionAttribute& allowed : ActionAttributes) {
         if (allowed.object == object && allowed.attribute == action.attribute) {
             return allowed.words ? readWord(5, allowed.words, action.value) : readNumber(5, action.value);
@@ -306,12 +306,12 @@ static int32_t readActionValue(int32_t object, Action& action) {
 
 /// Link, attribute and value of an action inside a SWMM node.
 static int32_t readSwmmValue(int32_t tokenCount, Action& action) {
-    action.attribute = input_findKeyword(Tok[4], AttributeWords);
+    action.attribute = tokens_findKeyword(Tok[4], AttributeWords);
     if (action.attribute != ATTRIBUTE_SETTING) {
         return refuseKeyword(4);
     }
     if (tokenCount < 7) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     return readNumber(6, action.value);
 }
@@ -330,13 +330,13 @@ static void limitValue(Action& action) {
 static int32_t keepAction(Rule& rule, const Action& action, const char* swmmLink) {
     auto* kept = arena_allocateArray<Action>(ProjectArena, 1);
     if (!kept) {
-        return error_setName(ERR_MEMORY, "");
+        return errors_setName(ERR_MEMORY, "");
     }
     *kept = action;
     if (swmmLink) {
-        kept->swmmLink = pool_copy(swmmLink);
+        kept->swmmLink = names_copyText(swmmLink);
         if (!kept->swmmLink) {
-            return error_setName(ERR_MEMORY, "");
+            return errors_setName(ERR_MEMORY, "");
         }
     }
     Action*& head = ClauseState == CLAUSE_THEN ? rule.thenActions : rule.elseActions;
@@ -347,16 +347,16 @@ static int32_t keepAction(Rule& rule, const Action& action, const char* swmmLink
 
 int32_t rule_readAction(int32_t rule, int32_t tokenCount) {
     if (tokenCount < 6) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t object = input_findKeyword(Tok[1], ObjectWords);
+    const int32_t object = tokens_findKeyword(Tok[1], ObjectWords);
     if (!isActionObject(object)) {
         return refuseKeyword(1);
     }
     Action action{};
     action.rule = rule;
     if (!findTargets(action, Tok[2])) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
     }
     const bool isSwmm = object == OBJECT_SWMM;
     if (const int32_t error = isSwmm ? readSwmmValue(tokenCount, action) : readActionValue(object, action)) {
@@ -366,14 +366,14 @@ int32_t rule_readAction(int32_t rule, int32_t tokenCount) {
         return refuseClause();
     }
     limitValue(action);
-    return keepAction(Rules[static_cast<size_t>(rule)], action, isSwmm ? Tok[3] : nullptr);
+    return keepAction(Rules[rule], action, isSwmm ? Tok[3] : nullptr);
 }
 
 // --- clauses -------------------------------------------------------------------------------------------------------
 
 static int32_t readRule(Rule& rule) {
     if (!rule.name) {
-        rule.name = project_findId(RULE, Tok[1]);
+        rule.name = names_findId(RULE, Tok[1]);
     }
     ClauseState = CLAUSE_RULE;
     return TokCount > 2 ? refuseClause() : ERR_NONE;
@@ -420,11 +420,11 @@ int32_t rule_readLine(int32_t rule, int32_t clause) {
         return refuseClause();
     }
     switch (clause) {
-        case CLAUSE_RULE: return readRule(Rules[static_cast<size_t>(rule)]);
+        case CLAUSE_RULE: return readRule(Rules[rule]);
         case CLAUSE_IF: ClauseState = CLAUSE_IF; return rule_readPremise(rule, LOGIC_AND, TokCount);
         case CLAUSE_AND: return readAnd(rule);
         case CLAUSE_OR: return rule_readPremise(rule, LOGIC_OR, TokCount);
-        case CLAUSE_PRIORITY: return readPriority(Rules[static_cast<size_t>(rule)]);
+        case CLAUSE_PRIORITY: return readPriority(Rules[rule]);
         default: ClauseState = clause; return rule_readAction(rule, TokCount);
     }
 }

@@ -4,13 +4,13 @@
 
 #include "coupling/converter.h"
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/names.h"
-#include "input/tokens.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "text/tokens.h"
 
-std::vector<Converter> Converters;
+Table<Converter> Converters;
 
 static const char* const TypeWords[] = {"VORN_INFLUENT", "VORN_EFFLUENT", nullptr};
 static const char* const ConstituentWords[] = {"COD", "NH4", "NO3", "TP", "TSS", "ALK", nullptr};
@@ -25,14 +25,14 @@ static const char* const OperationWords[] = {"ADD", "SUBTRACT", nullptr};
 /// Reads a number that is refused only if text is left behind it and it is negative as well: "-1" is a number here, and
 /// so is a word, which counts as 0.
 static int32_t readNumber(const char* token, double& value) {
-    const bool isWhole = input_getDouble(token, &value) != 0;
-    return !isWhole && value < 0.0 ? error_setName(ERR_NUMBER, token) : ERR_NONE;
+    const bool isWhole = tokens_getDouble(token, &value) != 0;
+    return !isWhole && value < 0.0 ? errors_setName(ERR_NUMBER, token) : ERR_NONE;
 }
 
 /// Index of a keyword, or of a pollutant where the line names one at this place.
 static int32_t readIndex(const char* token, const char* const* words, int32_t& index) {
-    index = words ? input_findKeyword(token, words) : project_findObject(POLLUT, token);
-    return index < 0 ? error_setName(words ? ERR_KEYWORD : ERR_UNDEFINED_OBJECT, token) : ERR_NONE;
+    index = words ? tokens_findKeyword(token, words) : names_find(POLLUT, token);
+    return index < 0 ? errors_setName(words ? ERR_KEYWORD : ERR_UNDEFINED_OBJECT, token) : ERR_NONE;
 }
 
 /// Tokens 1 to 4.
@@ -58,7 +58,7 @@ static int32_t readPoint(Converter& converter, int32_t tokenCount) {
     }
     ConverterPoint* point = arena_allocateArray<ConverterPoint>(ProjectArena, 1);
     if (!point) {
-        return error_setName(ERR_MEMORY, "");
+        return errors_setName(ERR_MEMORY, "");
     }
     *point = read;
     if (tokenCount >= 6) {
@@ -73,24 +73,24 @@ static int32_t readPoint(Converter& converter, int32_t tokenCount) {
 
 int32_t converter_readParams(int32_t tokenCount) {
     if (tokenCount < 2) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     // The type words come first, so a pollutant of such a name can't be a target.
-    const int32_t type = input_findKeyword(Tok[1], TypeWords);
+    const int32_t type = tokens_findKeyword(Tok[1], TypeWords);
     if (type < 0 && tokenCount < 5) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = project_findObject(CONVERTER, Tok[0]);
+    const int32_t index = names_find(CONVERTER, Tok[0]);
     if (index < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    Converter& converter = Converters[static_cast<size_t>(index)];
+    Converter& converter = Converters[index];
     if (type >= 0) {
         converter.type = type;
     } else if (const int32_t error = readPoint(converter, tokenCount)) {
         return error;
     }
-    converter.name = project_findId(CONVERTER, Tok[0]);
+    converter.name = names_findId(CONVERTER, Tok[0]);
     return ERR_NONE;
 }
 
@@ -105,7 +105,7 @@ static bool hasTarget(const Converter& converter, int32_t target) {
 }
 
 void converter_validate(int32_t index) {
-    const Converter& converter = Converters[static_cast<size_t>(index)];
+    const Converter& converter = Converters[index];
     if (converter.type == VORN_INFLUENT) {
         for (int32_t target = 0; target < CONSTITUENT_COUNT; ++target) {
             if (!hasTarget(converter, target)) {
@@ -146,7 +146,7 @@ void converter_addAmount(const ConverterPoint& point, double amount, double& tot
 }
 
 void converter_applyInfluent(int32_t index, double flow, const double* loads, double* constituents) {
-    for (const ConverterPoint* point = Converters[static_cast<size_t>(index)].points; point; point = point->next) {
+    for (const ConverterPoint* point = Converters[index].points; point; point = point->next) {
         if (!converter_isInfluentPoint(*point)) {
             continue;
         }

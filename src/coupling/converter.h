@@ -2,7 +2,8 @@
 // Converters between the pollutants of the network and the quantities of a treatment-plant model.
 
 #include <cstdint>
-#include <vector>
+
+#include "model/table.h"
 
 /// Wastewater constituents that a plant takes in: COD, NH4, NO3, TP, TSS, ALK.
 constexpr int32_t CONSTITUENT_COUNT = 6;
@@ -29,7 +30,7 @@ struct Converter {
     ConverterPoint* lastPoint;
 };
 
-extern std::vector<Converter> Converters;
+extern Table<Converter> Converters;
 
 /// A line of [CONVERTERS] in Tok. An error index, or 0.
 int32_t converter_readParams(int32_t tokenCount);

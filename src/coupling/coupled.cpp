@@ -9,14 +9,14 @@
 #include "coupling/feed.h"
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
-#include "routing/node.h"
-#include "routing/pipe.h"
+#include "links/pipe.h"
+#include "nodes/node.h"
 
 void coupled_createNodes() {
     SwmmNodes.clear();
-    SwmmNodes.resize(static_cast<size_t>(NodeKindCount[SWMM]));
+    SwmmNodes.resize(NodeKindCount[SWMM]);
     VornNodes.clear();
-    VornNodes.resize(static_cast<size_t>(NodeKindCount[VORN]));
+    VornNodes.resize(NodeKindCount[VORN]);
     for (int32_t row = 0; row < NodeKindCount[SWMM]; ++row) {
         swmm_loadLibrary(row);
     }
@@ -26,12 +26,12 @@ void coupled_createNodes() {
 }
 
 void coupled_deleteNodes() {
-    for (size_t row = 0; row < SwmmNodes.size(); ++row) {
-        swmm_closeNode(static_cast<int32_t>(row));
+    for (int32_t row = 0; row < SwmmNodes.size(); ++row) {
+        swmm_closeNode(row);
     }
     SwmmNodes = {};
-    for (size_t row = 0; row < VornNodes.size(); ++row) {
-        vorn_closeNode(static_cast<int32_t>(row));
+    for (int32_t row = 0; row < VornNodes.size(); ++row) {
+        vorn_closeNode(row);
     }
     VornNodes = {};
 }
@@ -41,7 +41,7 @@ int32_t coupled_readParams(int32_t kind, int32_t node, int32_t row, int32_t toke
 }
 
 void coupled_validate(int32_t node) {
-    switch (Nodes[static_cast<size_t>(node)].kind) {
+    switch (Nodes[node].kind) {
         case SWMM: swmm_validate(node); break;
         case VORN: vorn_validate(node); break;
         default: break;
@@ -49,7 +49,7 @@ void coupled_validate(int32_t node) {
 }
 
 void coupled_initState(int32_t node) {
-    switch (Nodes[static_cast<size_t>(node)].kind) {
+    switch (Nodes[node].kind) {
         case SWMM: swmm_initState(node); break;
         case VORN: vorn_initState(node); break;
         default: break;
@@ -57,7 +57,7 @@ void coupled_initState(int32_t node) {
 }
 
 static bool startNode(int32_t node) {
-    switch (Nodes[static_cast<size_t>(node)].kind) {
+    switch (Nodes[node].kind) {
         case SWMM: return swmm_startNode(node);
         case VORN: return vorn_startNode(node);
         default: return true;
@@ -65,8 +65,8 @@ static bool startNode(int32_t node) {
 }
 
 bool coupled_start() {
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        if (!startNode(static_cast<int32_t>(k))) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        if (!startNode(k)) {
             return false;
         }
     }
@@ -74,7 +74,7 @@ bool coupled_start() {
 }
 
 void coupled_endState(int32_t node) {
-    switch (Nodes[static_cast<size_t>(node)].kind) {
+    switch (Nodes[node].kind) {
         case SWMM: swmm_endNode(node); break;
         case VORN: vorn_endNode(node); break;
         default: break;
@@ -94,7 +94,7 @@ void coupled_shiftInflows(const Node& node) {
 /// What one link delivers in this step: its flow, m3/s, and its loads, kg/s. A pipe that hasn't fired yet delivers 0.
 static double getDelivery(const Link& link, double* loads) {
     if (link.kind == PIPE) {
-        const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+        const Pipe& pipe = Pipes[link.kindIndex];
         const double time = link.isLagged ? OldRoutingTime - RoutingStep * 1000.0 : OldRoutingTime;
         if (pipe.nextFireTime != pipe.lastFireTime) {
             // A load is added there, and kept as it is here: what is added to -0.0 keeps its sign.
@@ -113,7 +113,7 @@ static double getDelivery(const Link& link, double* loads) {
 void coupled_gatherInflows(const Node& node, VisitLinkList incoming) {
     for (const VisitLink& link : incoming) {
         double* loads = feed_getLoads();
-        const double flow = getDelivery(Links[static_cast<size_t>(link.link)], loads);
+        const double flow = getDelivery(Links[link.link], loads);
         if (node.kind == SWMM) {
             swmm_takeInflow(node.kindIndex, link.link, flow, loads);
         } else {
@@ -123,11 +123,11 @@ void coupled_gatherInflows(const Node& node, VisitLinkList incoming) {
 }
 
 void coupled_takeRunoff(int32_t node, int32_t subcatch, double flow) {
-    swmm_takeRunoff(Nodes[static_cast<size_t>(node)].kindIndex, subcatch, flow);
+    swmm_takeRunoff(Nodes[node].kindIndex, subcatch, flow);
 }
 
 void coupled_stepNode(int32_t node) {
-    if (Nodes[static_cast<size_t>(node)].kind == SWMM) {
+    if (Nodes[node].kind == SWMM) {
         swmm_stepNode(node);
     } else {
         vorn_stepNode(node);

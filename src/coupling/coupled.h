@@ -3,8 +3,8 @@
 
 #include <cstdint>
 
-#include "engine/project.h"
-#include "routing/link.h"
+#include "links/link.h"
+#include "model/project.h"
 
 /// Whether a node of this kind has an outside model inside.
 inline bool coupled_isKind(int32_t kind) {

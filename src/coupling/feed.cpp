@@ -7,11 +7,11 @@
 
 #include <algorithm>
 
-#include "engine/arena.h"
-#include "routing/conduit.h"
-#include "routing/connection.h"
-#include "routing/link.h"
-#include "routing/pipe.h"
+#include "links/conduit.h"
+#include "links/connection.h"
+#include "links/link.h"
+#include "links/pipe.h"
+#include "model/arena.h"
 
 static double* Scratch = nullptr;  ///< one number per pollutant: loads, kg/s, or concentrations, mg/L
 
@@ -68,7 +68,7 @@ static void firePipe(int32_t link, Pipe& pipe, CoupledFlow& record) {
 /// `fireTime` is the engine's clock before its latest step. Once that has passed the end of the run both clocks of the
 /// pipe stand there, equal, and the pipe delivers nothing any more.
 static void feedPipe(int32_t link, CoupledFlow& record, double fireTime, const OutsideTotals& totals) {
-    Pipe& pipe = Pipes[static_cast<size_t>(Links[static_cast<size_t>(link)].kindIndex)];
+    Pipe& pipe = Pipes[Links[link].kindIndex];
     countOutflow(totals, record);
     if (fireTime > pipe.nextFireTime && pipe.stepLength != 0.0) {
         firePipe(link, pipe, record);
@@ -86,8 +86,8 @@ static void feedPipe(int32_t link, CoupledFlow& record, double fireTime, const O
 /// The water counted is what the link delivered before, the mass what enters now: water that stands in the delay shows
 /// in the continuity error.
 static void feedConnection(int32_t index, const CoupledFlow& record, double f, const OutsideTotals& totals) {
-    Link& link = Links[static_cast<size_t>(index)];
-    Connection& connection = Connections[static_cast<size_t>(link.kindIndex)];
+    Link& link = Links[index];
+    Connection& connection = Connections[link.kindIndex];
     const double flow = f * record.newFlow + (1.0 - f) * record.oldFlow;
     const double exitTime = connection.delay * 1000.0 + NewRoutingTime;
     const bool leavesInTime = TotalDuration >= exitTime;
@@ -100,7 +100,7 @@ static void feedConnection(int32_t index, const CoupledFlow& record, double f, c
         FlowTotals.delayedVolume += RoutingStep * flow;
     }
     connection.newInflow = flow;
-    link.newFlow = delayQueue_getValue(connection.flowQueue, date);
+    link.newFlow = delayqueue_getValue(connection.flowQueue, date);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double load = f * record.newLoad[p] + (1.0 - f) * record.oldLoad[p];
         QualTotals[p].*totals.inflowMass += RoutingStep * load;
@@ -109,7 +109,7 @@ static void feedConnection(int32_t index, const CoupledFlow& record, double f, c
         } else {
             QualTotals[p].delayedMass += RoutingStep * load;
         }
-        const double value = delayQueue_getValue(connection.loadQueue[p], date);
+        const double value = delayqueue_getValue(connection.loadQueue[p], date);
         link.newQual[p] = link.newFlow != 0.0 ? value / link.newFlow * 1000.0 : 0.0;
     }
 }
@@ -132,7 +132,7 @@ static void feedConduit(int32_t link, const CoupledFlow& first, const OutsideTot
 void feed_updateLinks(int32_t node, const OutsideNode& outside, const OutsideTotals& totals) {
     const double f = outside_getWeight(NewRoutingTime, outside.oldTime, outside.newTime);
     for (const CoupledFlow* record = outside.outflows.head; record; record = record->next) {
-        const Link& link = Links[static_cast<size_t>(record->index)];
+        const Link& link = Links[record->index];
         if (link.fromNode != node) {
             continue;  // a record that names a foreign link feeds nothing
         }

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "coupling/outside.h"
-#include "engine/project.h"
+#include "model/project.h"
 
 /// Totals of the network that a kind of outside model adds to.
 struct OutsideTotals {

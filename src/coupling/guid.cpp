@@ -35,6 +35,6 @@ void guid_write(uint32_t seed, char* buffer) {
     *at = 0;
 }
 
-void swmm_makeGuid(char* buffer) {
+void guid_make(char* buffer) {
     guid_write(clock_getMicroseconds(), buffer);
 }

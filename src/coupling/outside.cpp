@@ -8,13 +8,13 @@
 
 #include "coupling/feed.h"
 #include "coupling/guid.h"
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/names.h"
-#include "input/tokens.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/node.h"
 #include "platform/files.h"
-#include "routing/node.h"
+#include "text/tokens.h"
 
 // --- library -------------------------------------------------------------------------------------------------------
 
@@ -27,11 +27,11 @@ static std::string cutToFolder(const std::string& path) {
 /// The file of the library, or an empty text after the message that it is missing.
 static std::string findLibrary(const OutsideKind& kind, const std::string& folder) {
     std::string file = folder + kind.fileName;
-    if (file_exists(file)) {
+    if (files_exists(file)) {
         return file;
     }
     std::string native = folder + kind.nativeName;
-    if (*kind.nativeName && file_exists(native)) {
+    if (*kind.nativeName && files_exists(native)) {
         return native;
     }
     report_writeError(kind.missingError, file.c_str());
@@ -44,9 +44,9 @@ static bool copyLibrary(OutsideNode& outside, const std::string& source, const s
     char guid[GUID_SIZE];
     CopyResult result;
     do {
-        swmm_makeGuid(guid);
+        guid_make(guid);
         outside.libraryCopy = folder + guid + ".dll";
-        result = file_copy(source, outside.libraryCopy);
+        result = files_copy(source, outside.libraryCopy);
     } while (result == COPY_EXISTS);
     if (result == COPY_FAILED) {
         outside.libraryCopy.clear();
@@ -56,12 +56,12 @@ static bool copyLibrary(OutsideNode& outside, const std::string& source, const s
 
 void outside_loadLibrary(OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder) {
-    const std::string folder = cutToFolder(file_exists(path) ? path : file_getProgramPath());
+    const std::string folder = cutToFolder(files_exists(path) ? path : files_getProgramPath());
     const std::string source = findLibrary(kind, folder);
     if (source.empty()) {
         return;
     }
-    if (!tempFolder.empty() && !file_exists(tempFolder)) {
+    if (!tempFolder.empty() && !files_exists(tempFolder)) {
         report_writeError(kind.folderError, tempFolder.c_str());
         return;
     }
@@ -82,20 +82,20 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
         outside.library = nullptr;
     }
     if (!outside.libraryCopy.empty()) {
-        file_delete(outside.libraryCopy.c_str());
+        files_delete(outside.libraryCopy.c_str());
         outside.libraryCopy.clear();
     }
 }
 
 bool outside_findModel(const OutsideNode& outside, std::string& path) {
     std::string found = outside.inpFile;
-    if (!file_exists(found)) {
+    if (!files_exists(found)) {
         found = InputFolder + outside.inpFile;
-        if (!file_exists(found)) {
+        if (!files_exists(found)) {
             return false;
         }
     }
-    const PathParts parts = file_splitPath(found);
+    const PathParts parts = files_splitPath(found);
     path = parts.drive + parts.folder + parts.base;
     return true;
 }
@@ -104,9 +104,9 @@ bool outside_findModel(const OutsideNode& outside, std::string& path) {
 
 int32_t outside_addRecord(CoupledList& list, int32_t index, int32_t converter) {
     CoupledFlow* record = arena_allocateArray<CoupledFlow>(ProjectArena, 1);
-    const char* id = record ? pool_copy(Tok[1]) : nullptr;
+    const char* id = record ? names_copyText(Tok[1]) : nullptr;
     if (!id) {
-        return error_setName(ERR_MEMORY, "");
+        return errors_setName(ERR_MEMORY, "");
     }
     record->objectId = id;
     record->index = index;
@@ -165,17 +165,17 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
 // --- the life of a node --------------------------------------------------------------------------------------------
 
 int32_t outside_readDefinition(OutsideNode& outside, int32_t node, int32_t kind, int32_t row) {
-    const char* id = project_findId(NODE, Tok[0]);
+    const char* id = names_findId(NODE, Tok[0]);
     if (!id) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    const int32_t saveResults = input_findKeyword(Tok[2], NoYesWords);
+    const int32_t saveResults = tokens_findKeyword(Tok[2], NoYesWords);
     if (saveResults < 0) {
-        return error_setName(ERR_KEYWORD, Tok[2]);
+        return errors_setName(ERR_KEYWORD, Tok[2]);
     }
-    const char* inpFile = pool_copy(Tok[1]);
+    const char* inpFile = names_copyText(Tok[1]);
     if (!inpFile) {
-        return error_setName(ERR_MEMORY, "");
+        return errors_setName(ERR_MEMORY, "");
     }
     node_setRow(node, kind, row, id);
     outside.inpFile = inpFile;
@@ -197,7 +197,7 @@ void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, c
 }
 
 void outside_validateOutflow(const CoupledFlow& outflow, const char* id) {
-    const int32_t kind = Links[static_cast<size_t>(outflow.index)].kind;
+    const int32_t kind = Links[outflow.index].kind;
     if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
         report_writeError(ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well; reports have always shown that
     }

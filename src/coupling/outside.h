@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/project.h"
+#include "model/project.h"
 #include "platform/library.h"
 
 /// What passes at one object of an outside model: from a link or a subcatchment into it, or out of it into a link. The

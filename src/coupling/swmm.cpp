@@ -10,14 +10,14 @@
 #include "coupling/swmm.h"
 
 #include "coupling/feed.h"
-#include "engine/errors.h"
 #include "hydrology/landuse.h"
-#include "input/names.h"
-#include "input/sections.h"
-#include "input/tokens.h"
-#include "routing/node.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "nodes/node.h"
+#include "project/sections.h"
+#include "text/tokens.h"
 
-std::vector<SwmmNode> SwmmNodes;
+Table<SwmmNode> SwmmNodes;
 
 static constexpr OutsideKind Kind = {"swmm5ex.dll",
                                      LIBRARY_NATIVE_NAME("swmm5ex"),
@@ -38,11 +38,11 @@ static constexpr int FIRST_POLLUTANT = 6;
 static constexpr int SI_UNITS = 1;
 
 static SwmmNode& getSwmm(int32_t row) {
-    return SwmmNodes[static_cast<size_t>(row)];
+    return SwmmNodes[row];
 }
 
 static int32_t getRow(int32_t node) {
-    return Nodes[static_cast<size_t>(node)].kindIndex;
+    return Nodes[node].kindIndex;
 }
 
 // --- library -------------------------------------------------------------------------------------------------------
@@ -77,12 +77,12 @@ void swmm_closeNode(int32_t row) {
 
 /// A record takes a link; what flows in may come from a subcatchment as well, and a link of the name wins.
 static int32_t readRecord(int32_t row, bool isInflow) {
-    int32_t index = project_findObject(LINK, Tok[2]);
+    int32_t index = names_find(LINK, Tok[2]);
     if (index < 0 && isInflow) {
-        index = project_findObject(SUBCATCH, Tok[2]);
+        index = names_find(SUBCATCH, Tok[2]);
     }
     if (index < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
     }
     OutsideNode& outside = getSwmm(row).outside;
     return outside_addRecord(isInflow ? outside.inflows : outside.outflows, index, -1);
@@ -90,9 +90,9 @@ static int32_t readRecord(int32_t row, bool isInflow) {
 
 int32_t swmm_readParams(int32_t node, int32_t row, int32_t tokenCount) {
     if (tokenCount < 3) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    switch (input_findKeyword(Tok[0], SwmmRecordWords)) {
+    switch (tokens_findKeyword(Tok[0], SwmmRecordWords)) {
         case 0: return readRecord(row, true);
         case 1: return readRecord(row, false);
         default: return outside_readDefinition(getSwmm(row).outside, node, SWMM, row);
@@ -117,9 +117,9 @@ static bool setPaths(int32_t row, const char* id) {
             return false;
         }
     }
-    swmm.outside.inpFile = pool_copy(inpFile.c_str());
-    swmm.rptFile = pool_copy((path + ".rpt").c_str());
-    swmm.outFile = pool_copy((path + ".out").c_str());
+    swmm.outside.inpFile = names_copyText(inpFile.c_str());
+    swmm.rptFile = names_copyText((path + ".rpt").c_str());
+    swmm.outFile = names_copyText((path + ".out").c_str());
     if (!swmm.outside.inpFile || !swmm.rptFile || !swmm.outFile) {
         swmm.outside.inpFile = swmm.rptFile = swmm.outFile = "";
         report_writeError(ERR_MEMORY, "");
@@ -152,7 +152,7 @@ static void validatePollutants(const SwmmNode& swmm) {
 }
 
 void swmm_validate(int32_t node) {
-    const char* id = Nodes[static_cast<size_t>(node)].id;
+    const char* id = Nodes[node].id;
     SwmmNode& swmm = getSwmm(getRow(node));
     if (!setPaths(getRow(node), id)) {
         return;
@@ -177,7 +177,7 @@ void swmm_initState(int32_t node) {
 
 bool swmm_startNode(int32_t node) {
     SwmmNode& swmm = getSwmm(getRow(node));
-    return outside_start(swmm.outside, getCalls(swmm.entries), Kind, Nodes[static_cast<size_t>(node)].id);
+    return outside_start(swmm.outside, getCalls(swmm.entries), Kind, Nodes[node].id);
 }
 
 void swmm_endNode(int32_t node) {
@@ -233,7 +233,7 @@ static void passInflows(const SwmmNode& swmm) {
     const double f = outside_getWeight(swmm.outside.newTime, OldRoutingTime, NewRoutingTime);
     for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
         swmm.entries.swmm_setExtInflow(record->objectId, (1.0 - f) * record->oldFlow + f * record->newFlow);
-        for (size_t p = 0; p < Polluts.size(); ++p) {
+        for (int32_t p = 0; p < Polluts.size(); ++p) {
             swmm.entries.swmm_setExtPollutLoad(record->objectId, Polluts[p].id,
                                                f * record->newLoad[p] + (1.0 - f) * record->oldLoad[p]);
         }
@@ -258,7 +258,7 @@ static void takeOutflows(const SwmmNode& swmm) {
     outside_rollRecords(swmm.outside.outflows, project_pollutantCount());
     for (CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
         swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, TOTAL_INFLOW, &record->newFlow);
-        for (size_t p = 0; p < Polluts.size(); ++p) {
+        for (int32_t p = 0; p < Polluts.size(); ++p) {
             int index = 0;
             if (swmm.entries.swmm_isPollut(Polluts[p].id, &index) >= 0) {
                 double concentration = 0.0;

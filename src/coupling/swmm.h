@@ -2,11 +2,11 @@
 // SWMM nodes: a separate SWMM 5 model inside a node of the network, run by an outside engine.
 
 #include <cstdint>
-#include <vector>
 
 #include "coupling/entries.h"
 #include "coupling/outside.h"
-#include "engine/project.h"
+#include "model/project.h"
+#include "model/table.h"
 
 /// The functions of one private copy of the engine.
 struct SwmmEntries {
@@ -22,7 +22,7 @@ struct SwmmNode {
     const char* outFile;  ///< full path of the engine's results
 };
 
-extern std::vector<SwmmNode> SwmmNodes;
+extern Table<SwmmNode> SwmmNodes;
 
 /// Makes the node's own copy of the library and looks up its functions.
 void swmm_loadLibrary(int32_t row);

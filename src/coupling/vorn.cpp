@@ -10,13 +10,13 @@
 
 #include "coupling/converter.h"
 #include "coupling/feed.h"
-#include "engine/errors.h"
-#include "input/names.h"
-#include "input/sections.h"
-#include "input/tokens.h"
-#include "routing/node.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "nodes/node.h"
+#include "project/sections.h"
+#include "text/tokens.h"
 
-std::vector<VornNode> VornNodes;
+Table<VornNode> VornNodes;
 
 static constexpr OutsideKind Kind = {
     "vorn.dll",     LIBRARY_NATIVE_NAME("vorn"), ERR_VORN_LIBRARY_MISSING, ERR_VORN_TEMP_FOLDER, ERR_FILE_COPY,
@@ -31,11 +31,11 @@ static constexpr int UNSTEADY_SOLUTION = 1;
 static constexpr int FLOW_INDEX = 0;  ///< constituents and components follow from 1 on
 
 static VornNode& getVorn(int32_t row) {
-    return VornNodes[static_cast<size_t>(row)];
+    return VornNodes[row];
 }
 
 static int32_t getRow(int32_t node) {
-    return Nodes[static_cast<size_t>(node)].kindIndex;
+    return Nodes[node].kindIndex;
 }
 
 // --- library -------------------------------------------------------------------------------------------------------
@@ -69,22 +69,22 @@ void vorn_closeNode(int32_t row) {
 // --- reading -------------------------------------------------------------------------------------------------------
 
 static int32_t readRecord(int32_t row, bool isInflow) {
-    const int32_t link = project_findObject(LINK, Tok[2]);
+    const int32_t link = names_find(LINK, Tok[2]);
     if (link < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
     }
-    const int32_t converter = project_findObject(CONVERTER, Tok[3]);
+    const int32_t converter = names_find(CONVERTER, Tok[3]);
     if (converter < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
     }
     OutsideNode& outside = getVorn(row).outside;
     return outside_addRecord(isInflow ? outside.inflows : outside.outflows, link, converter);
 }
 
 int32_t vorn_readParams(int32_t node, int32_t row, int32_t tokenCount) {
-    const int32_t word = tokenCount > 0 ? input_findKeyword(Tok[0], VornRecordWords) : -1;
+    const int32_t word = tokenCount > 0 ? tokens_findKeyword(Tok[0], VornRecordWords) : -1;
     if (tokenCount < (word < 0 ? 3 : 4)) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     return word < 0 ? outside_readDefinition(getVorn(row).outside, node, VORN, row) : readRecord(row, word == 0);
 }
@@ -107,7 +107,7 @@ static bool setPath(int32_t row, const char* id) {
             return false;
         }
     }
-    const char* inpFile = pool_copy(path.c_str());
+    const char* inpFile = names_copyText(path.c_str());
     if (!inpFile) {
         report_writeError(ERR_MEMORY, "");
         return false;
@@ -131,7 +131,7 @@ static void validateRecords(const VornNode& vorn, const char* id) {
 }
 
 void vorn_validate(int32_t node) {
-    const char* id = Nodes[static_cast<size_t>(node)].id;
+    const char* id = Nodes[node].id;
     VornNode& vorn = getVorn(getRow(node));
     if (!setPath(getRow(node), id)) {
         return;
@@ -155,7 +155,7 @@ void vorn_initState(int32_t node) {
 
 bool vorn_startNode(int32_t node) {
     VornNode& vorn = getVorn(getRow(node));
-    return outside_start(vorn.outside, getCalls(vorn.entries), Kind, Nodes[static_cast<size_t>(node)].id);
+    return outside_start(vorn.outside, getCalls(vorn.entries), Kind, Nodes[node].id);
 }
 
 void vorn_endNode(int32_t node) {
@@ -187,7 +187,7 @@ static void passInfluents(const VornNode& vorn) {
     const double f = outside_getWeight(vorn.outside.newTime, OldRoutingTime, NewRoutingTime);
     for (const CoupledFlow* record = head; record; record = record->next) {
         vorn.entries.vorn_setExtInflow(record->objectId, FLOW_INDEX, (1.0 - f) * record->oldFlow + f * record->newFlow);
-        const ConverterPoint* point = Converters[static_cast<size_t>(head->converter)].points;
+        const ConverterPoint* point = Converters[head->converter].points;
         for (; point; point = point->next) {
             if (converter_isInfluentPoint(*point)) {
                 const int32_t target = point->target;
@@ -200,7 +200,7 @@ static void passInfluents(const VornNode& vorn) {
 
 /// Loads of the pollutants in what leaves a unit. The factor of a point has no effect on this side.
 static void convertEffluent(const VornNode& vorn, const CoupledFlow& record) {
-    const ConverterPoint* point = Converters[static_cast<size_t>(record.converter)].points;
+    const ConverterPoint* point = Converters[record.converter].points;
     for (; point; point = point->next) {
         if (!converter_isEffluentPoint(*point)) {
             continue;

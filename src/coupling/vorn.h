@@ -2,11 +2,11 @@
 // Treatment-plant nodes: a separate plant model inside a node of the network, run by an outside engine.
 
 #include <cstdint>
-#include <vector>
 
 #include "coupling/entries.h"
 #include "coupling/outside.h"
-#include "engine/project.h"
+#include "model/project.h"
+#include "model/table.h"
 
 /// The functions of one private copy of the engine.
 struct VornEntries {
@@ -20,7 +20,7 @@ struct VornNode {
     VornEntries entries;
 };
 
-extern std::vector<VornNode> VornNodes;
+extern Table<VornNode> VornNodes;
 
 /// Makes the node's own copy of the library and looks up its functions.
 void vorn_loadLibrary(int32_t row);

@@ -2,29 +2,29 @@
 
 #include "hydrology/evap.h"
 
-#include "engine/errors.h"
-#include "input/tokens.h"
+#include "model/errors.h"
+#include "text/tokens.h"
 
 EvapRecord Evap;
 
 static const char* const EvapWords[] = {"CONSTANT", "MONTHLY", nullptr};
 
 int32_t evap_readLine() {
-    const int32_t kind = input_findKeyword(Tok[0], EvapWords);
+    const int32_t kind = tokens_findKeyword(Tok[0], EvapWords);
     if (kind < 0) {
-        return error_setName(ERR_KEYWORD, Tok[0]);
+        return errors_setName(ERR_KEYWORD, Tok[0]);
     }
     if (Evap.isSet) {
-        return error_setName(ERR_LINE, "");
+        return errors_setName(ERR_LINE, "");
     }
     const int32_t count = kind == EVAP_CONSTANT ? 1 : 12;
     if (TokCount < count + 1) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     double rates[12];
     for (int32_t k = 0; k < count; ++k) {
-        if (!input_getDouble(Tok[k + 1], &rates[k])) {
-            return error_setName(ERR_NUMBER, Tok[k + 1]);
+        if (!tokens_getDouble(Tok[k + 1], &rates[k])) {
+            return errors_setName(ERR_NUMBER, Tok[k + 1]);
         }
     }
     Evap.kind = kind;

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "input/datetime.h"
+#include "text/datetime.h"
 
 enum EvapKind : int32_t { EVAP_CONSTANT, EVAP_MONTHLY };
 

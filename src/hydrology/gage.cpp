@@ -6,21 +6,21 @@
 
 #include <cmath>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/names.h"
-#include "input/table.h"
-#include "input/tokens.h"
+#include "model/arena.h"
+#include "model/curve.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "text/tokens.h"
 
-std::vector<Gage> Gages;
+Table<Gage> Gages;
 
 static constexpr double ONE_SECOND = 1.1574074e-05;  ///< days; so many digits and no more, since rain starts by it
 
 static const char* const FormatWords[] = {"INTENSITY", "VOLUME", nullptr};
 
 static Gage& getGage(int32_t gage) {
-    return Gages[static_cast<size_t>(gage)];
+    return Gages[gage];
 }
 
 // --- reading and validation ----------------------------------------------------------------------------------------
@@ -41,23 +41,23 @@ static bool readInterval(const char* text, int32_t* interval) {
 
 int32_t gage_readLine(int32_t index) {
     if (TokCount < 4) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const char* name = project_findId(GAGE, Tok[0]);
+    const char* name = names_findId(GAGE, Tok[0]);
     if (!name) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    const int32_t format = input_findKeyword(Tok[1], FormatWords);
+    const int32_t format = tokens_findKeyword(Tok[1], FormatWords);
     if (format < 0) {
-        return error_setName(ERR_KEYWORD, Tok[1]);
+        return errors_setName(ERR_KEYWORD, Tok[1]);
     }
     int32_t interval;
     if (!readInterval(Tok[2], &interval)) {
-        return error_setName(ERR_DATE_TIME, Tok[2]);
+        return errors_setName(ERR_DATE_TIME, Tok[2]);
     }
-    const int32_t series = project_findObject(TSERIES, Tok[3]);
+    const int32_t series = names_find(TSERIES, Tok[3]);
     if (series < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
     }
     Gage& gage = getGage(index);
     gage.name = name;
@@ -71,18 +71,18 @@ int32_t gage_readLine(int32_t index) {
 
 void gage_validateAll() {
     // The first gage in use of each series: its followers take their rain from it.
-    std::vector<int32_t> firstOfSeries(TimeSeries.size(), -1);
-    for (size_t k = 0; k < Gages.size(); ++k) {
+    Table<int32_t> firstOfSeries = table_make(TimeSeries.size(), -1);
+    for (int32_t k = 0; k < Gages.size(); ++k) {
         Gage& gage = Gages[k];
         if (!gage.isUsed) {
             continue;
         }
-        const size_t series = static_cast<size_t>(gage.series);
+        const int32_t series = gage.series;
         if (TimeSeries[series].isUsedByInflow) {
             report_writeError(ERR_GAGE_SERIES_SHARED, gage.name);
         }
         if (firstOfSeries[series] < 0) {
-            firstOfSeries[series] = static_cast<int32_t>(k);
+            firstOfSeries[series] = k;
             continue;
         }
         gage.coGage = firstOfSeries[series];
@@ -108,9 +108,9 @@ int32_t gage_nextRain(int32_t index) {
     if (gage.series < 0) {
         return 0;
     }
-    Table& series = TimeSeries[static_cast<size_t>(gage.series)];
+    Curve& series = TimeSeries[gage.series];
     double value;
-    while (table_getNextEntry(series, &gage.nextDate, &value)) {
+    while (curve_getNextEntry(series, &gage.nextDate, &value)) {
         value = convertRain(gage, value);
         if (value != 0.0) {
             gage.nextRain = value;
@@ -136,7 +136,7 @@ void gage_initRain(int32_t index) {
         return;
     }
     double value = 0.0;
-    if (!table_getFirstEntry(TimeSeries[static_cast<size_t>(gage.series)], &gage.startDate, &value)) {
+    if (!curve_getFirstEntry(TimeSeries[gage.series], &gage.startDate, &value)) {
         gage.startDate = NO_DATE;
         return;
     }
@@ -176,11 +176,10 @@ static double advanceGage(int32_t index, DateTime time) {
 }
 
 void gage_advance(DateTime date) {
-    for (size_t k = 0; k < Gages.size(); ++k) {
+    for (int32_t k = 0; k < Gages.size(); ++k) {
         Gage& gage = Gages[k];
         if (gage.isUsed) {
-            gage.rain =
-                gage.coGage >= 0 ? getGage(gage.coGage).rain : advanceGage(static_cast<int32_t>(k), date + ONE_SECOND);
+            gage.rain = gage.coGage >= 0 ? getGage(gage.coGage).rain : advanceGage(k, date + ONE_SECOND);
         }
     }
 }
@@ -218,7 +217,7 @@ static bool addEvent(Gage& gage, DateTime start, DateTime end, double total) {
 }
 
 /// The last date at which a series can have a value other than 0. A single entry leaves no last date of its own.
-static DateTime getSeriesEnd(const Table& series) {
+static DateTime getSeriesEnd(const Curve& series) {
     return series.x1 > series.xLast ? series.x1 : series.xLast;
 }
 
@@ -227,15 +226,15 @@ void gage_findEvents(int32_t index) {
         return;
     }
     Gage& gage = getGage(index);
-    Table& series = TimeSeries[static_cast<size_t>(gage.series)];
-    table_reset(series);
+    Curve& series = TimeSeries[gage.series];
+    curve_reset(series);
     const DateTime seriesEnd = getSeriesEnd(series);
     const double interval = gage.interval;
     double total = 0.0, dry = 0.0;
     DateTime date = StartDateTime, first = StartDateTime;
     while (date < EndDateTime) {
         // The series is read here as a line from entry to entry, so that gaps in it count as ramps of rain.
-        double depth = table_lookup(series, date);
+        double depth = curve_lookup(series, date);
         if (gage.format == RAIN_INTENSITY) {
             depth = interval * depth / 3600.0;
         }

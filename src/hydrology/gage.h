@@ -2,9 +2,9 @@
 // Rain gages: a time series as a stepwise rain rate, and the rain events in it.
 
 #include <cstdint>
-#include <vector>
 
-#include "input/datetime.h"
+#include "model/table.h"
+#include "text/datetime.h"
 
 enum GageFormat : int32_t { RAIN_INTENSITY, RAIN_VOLUME };
 
@@ -34,7 +34,7 @@ struct Gage {
     RainEvent* lastEvent;  ///< end of the list of events
 };
 
-extern std::vector<Gage> Gages;
+extern Table<Gage> Gages;
 
 /// A line of [RAINGAGES] in Tok, for the row `gage`. An error index, or 0.
 int32_t gage_readLine(int32_t gage);

@@ -7,15 +7,15 @@
 
 #include <cmath>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/subcatch.h"
-#include "input/names.h"
-#include "input/tokens.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "text/tokens.h"
 
-std::vector<Pollut> Polluts;
-std::vector<Landuse> Landuses;
+Table<Pollut> Polluts;
+Table<Landuse> Landuses;
 
 static constexpr double HECTARE = 0.0001;  ///< hectares in a square metre
 
@@ -23,11 +23,11 @@ static const char* const WashoffWords[] = {"EXP",      "EMC",      "SURFACE", "S
                                            "PAVEMENT", "DRAINMAT", "DRAIN",   nullptr};
 
 static Landuse& getLanduse(int32_t landuse) {
-    return Landuses[static_cast<size_t>(landuse)];
+    return Landuses[landuse];
 }
 
 void landuse_createAll() {
-    Landuses.assign(static_cast<size_t>(ObjectCount[LANDUSE]), Landuse{});
+    Landuses.fill(ObjectCount[LANDUSE], Landuse{});
     for (Landuse& landuse : Landuses) {
         landuse.buildup = arena_allocateArray<BuildupRule>(ProjectArena, project_pollutantCount());
         landuse.washoff = arena_allocateArray<WashoffRule>(ProjectArena, project_pollutantCount());
@@ -39,29 +39,29 @@ void landuse_createAll() {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-int32_t pollut_readParams(int32_t index) {
+int32_t pollut_readLine(int32_t index) {
     if (TokCount < 2) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const char* id = project_findId(POLLUT, Tok[0]);
+    const char* id = names_findId(POLLUT, Tok[0]);
     if (!id) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
     double concentration;
-    if (!input_getNonNegative(Tok[1], &concentration)) {
-        return error_setName(ERR_NUMBER, Tok[1]);
+    if (!tokens_getNonNegative(Tok[1], &concentration)) {
+        return errors_setName(ERR_NUMBER, Tok[1]);
     }
-    Polluts[static_cast<size_t>(index)] = {id, concentration};
+    Polluts[index] = {id, concentration};
     return ERR_NONE;
 }
 
 int32_t landuse_readLine(int32_t index) {
     if (TokCount < 1) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const char* name = project_findId(LANDUSE, Tok[0]);
+    const char* name = names_findId(LANDUSE, Tok[0]);
     if (!name) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
     getLanduse(index).name = name;
     return ERR_NONE;
@@ -69,19 +69,19 @@ int32_t landuse_readLine(int32_t index) {
 
 /// Finds the two objects that a line begins with.
 static int32_t findPair(int32_t firstType, int32_t secondType, int32_t* first, int32_t* second) {
-    *first = project_findObject(firstType, Tok[0]);
+    *first = names_find(firstType, Tok[0]);
     if (*first < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    *second = project_findObject(secondType, Tok[1]);
-    return *second < 0 ? error_setName(ERR_UNDEFINED_OBJECT, Tok[1]) : ERR_NONE;
+    *second = names_find(secondType, Tok[1]);
+    return *second < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]) : ERR_NONE;
 }
 
 /// Reads numbers that must not be below 0, from a token on.
 static int32_t readNumbers(int32_t token, int32_t count, double* values) {
     for (int32_t k = 0; k < count; ++k) {
-        if (!input_getNonNegative(Tok[token + k], &values[k])) {
-            return error_setName(ERR_NUMBER, Tok[token + k]);
+        if (!tokens_getNonNegative(Tok[token + k], &values[k])) {
+            return errors_setName(ERR_NUMBER, Tok[token + k]);
         }
     }
     return ERR_NONE;
@@ -89,7 +89,7 @@ static int32_t readNumbers(int32_t token, int32_t count, double* values) {
 
 int32_t landuse_readCoverage() {
     if (TokCount < 3) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     int32_t subcatch = 0, landuse = 0;
     if (const int32_t error = findPair(SUBCATCH, LANDUSE, &subcatch, &landuse)) {
@@ -97,16 +97,16 @@ int32_t landuse_readCoverage() {
     }
     // Negative shares pass: a land use can be taken off another one.
     double percent;
-    if (!input_getDouble(Tok[2], &percent)) {
-        return error_setName(ERR_NUMBER, Tok[2]);
+    if (!tokens_getDouble(Tok[2], &percent)) {
+        return errors_setName(ERR_NUMBER, Tok[2]);
     }
-    Subcatches[static_cast<size_t>(subcatch)].landShares[landuse].fraction = percent / 100.0;
+    Subcatches[subcatch].landShares[landuse].fraction = percent / 100.0;
     return ERR_NONE;
 }
 
 int32_t landuse_readBuildup() {
     if (TokCount < 4) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
     if (const int32_t error = findPair(LANDUSE, POLLUT, &landuse, &pollutant)) {
@@ -137,9 +137,9 @@ static int32_t readEventMean(WashoffRule& rule) {
     if (const int32_t error = readNumbers(3, 1, &emc)) {
         return error;
     }
-    const int32_t usesBuildup = input_findKeyword(Tok[4], NoYesWords);
+    const int32_t usesBuildup = tokens_findKeyword(Tok[4], NoYesWords);
     if (usesBuildup < 0) {
-        return error_setName(ERR_KEYWORD, Tok[4]);
+        return errors_setName(ERR_KEYWORD, Tok[4]);
     }
     if (const int32_t error = readNumbers(5, 1, &removal)) {
         return error;
@@ -152,15 +152,15 @@ static int32_t readEventMean(WashoffRule& rule) {
 
 int32_t landuse_readWashoff() {
     if (TokCount < 6) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
     if (const int32_t error = findPair(LANDUSE, POLLUT, &landuse, &pollutant)) {
         return error;
     }
-    const int32_t kind = input_findKeyword(Tok[2], WashoffWords);
+    const int32_t kind = tokens_findKeyword(Tok[2], WashoffWords);
     if (kind < 0) {
-        return error_setName(ERR_KEYWORD, Tok[2]);
+        return errors_setName(ERR_KEYWORD, Tok[2]);
     }
     // A line overwrites only what it reads; the rest stays from an older line of the same pair.
     WashoffRule& rule = getLanduse(landuse).washoff[pollutant];
@@ -178,7 +178,7 @@ int32_t landuse_readWashoff() {
 
 int32_t landuse_readLoading() {
     if (TokCount < 3) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     int32_t subcatch = 0, pollutant = 0;
     if (const int32_t error = findPair(SUBCATCH, POLLUT, &subcatch, &pollutant)) {
@@ -188,7 +188,7 @@ int32_t landuse_readLoading() {
     if (const int32_t error = readNumbers(2, 1, &load)) {
         return error;
     }
-    Subcatches[static_cast<size_t>(subcatch)].initialLoad[pollutant] = load;
+    Subcatches[subcatch].initialLoad[pollutant] = load;
     return ERR_NONE;
 }
 
@@ -231,7 +231,7 @@ double landuse_buildupAfter(int32_t landuse, int32_t pollutant, double area, dou
 }
 
 void landuse_initBuildup(int32_t index) {
-    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    Subcatch& subcatch = Subcatches[index];
     for (int32_t l = 0; l < ObjectCount[LANDUSE]; ++l) {
         LandShare& share = subcatch.landShares[l];
         const double area = subcatch.area * share.fraction * HECTARE;
@@ -247,7 +247,7 @@ void landuse_initBuildup(int32_t index) {
 }
 
 void landuse_growBuildup(int32_t index, double dt) {
-    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    Subcatch& subcatch = Subcatches[index];
     for (int32_t l = 0; l < ObjectCount[LANDUSE]; ++l) {
         LandShare& share = subcatch.landShares[l];
         if (share.fraction == 0.0) {
@@ -295,11 +295,11 @@ static double getWashoff(const WashoffRule& rule, double buildup, double landAre
     return rule.emc / 1000.0;
 }
 
-void subcatch_washLand(int32_t index, double rate, double dt) {
+void landuse_washLand(int32_t index, double rate, double dt) {
     if (rate < DRY_RATE) {
         return;
     }
-    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    Subcatch& subcatch = Subcatches[index];
     RatePower power = {rate * 3600000.0, 0.0, 1.0};
     for (int32_t l = 0; l < ObjectCount[LANDUSE]; ++l) {
         LandShare& share = subcatch.landShares[l];
@@ -344,8 +344,8 @@ static double getRemoval(const Subcatch& subcatch, int32_t pollutant) {
     return removal;
 }
 
-void subcatch_washRain(int32_t index, double dt) {
-    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+void landuse_washRain(int32_t index, double dt) {
+    Subcatch& subcatch = Subcatches[index];
     if (subcatch.area == subcatch.lidArea) {
         return;
     }
@@ -353,8 +353,7 @@ void subcatch_washRain(int32_t index, double dt) {
     const double area = subcatch.area - subcatch.lidArea;
     const double f = subcatch.imperviousFraction;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double deposition =
-            Polluts[static_cast<size_t>(p)].rainConcentration / 1000.0 * area * subcatch.rain * dt;
+        const double deposition = Polluts[p].rainConcentration / 1000.0 * area * subcatch.rain * dt;
         subcatch.wetDeposition[p] += deposition;
         if (volumes.wetInflow == 0.0) {
             subcatch.pondedMass[p] = 0.0;

@@ -2,7 +2,8 @@
 // Pollutants, land uses, and what runoff and rain take from the land.
 
 #include <cstdint>
-#include <vector>
+
+#include "model/table.h"
 
 struct Pollut {
     const char* id;            ///< the ID as first seen
@@ -43,14 +44,14 @@ struct Landuse {
     WashoffRule* washoff;  ///< one per pollutant
 };
 
-extern std::vector<Pollut> Polluts;
-extern std::vector<Landuse> Landuses;
+extern Table<Pollut> Polluts;
+extern Table<Landuse> Landuses;
 
 /// Makes the table for the counted land uses with their rules.
 void landuse_createAll();
 
 /// A line of [POLLUTANTS] or [LANDUSES] in Tok, for the row `index`. An error index, or 0.
-int32_t pollut_readParams(int32_t index);
+int32_t pollut_readLine(int32_t index);
 int32_t landuse_readLine(int32_t index);
 
 /// Lines of [COVERAGES], [BUILDUP], [WASHOFF] and [LOADINGS] in Tok. An error index, or 0.
@@ -69,7 +70,7 @@ void landuse_initBuildup(int32_t subcatch);
 void landuse_growBuildup(int32_t subcatch, double dt);
 
 /// Washoff of the land uses at a runoff rate (m/s) in one runoff step (s).
-void subcatch_washLand(int32_t subcatch, double rate, double dt);
+void landuse_washLand(int32_t subcatch, double rate, double dt);
 
 /// What rain brings and ponded water holds, in one runoff step (s); reads RunoffVolumes of the same step.
-void subcatch_washRain(int32_t subcatch, double dt);
+void landuse_washRain(int32_t subcatch, double dt);

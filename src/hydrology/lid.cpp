@@ -5,17 +5,17 @@
 
 #include <cmath>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/subcatch.h"
-#include "input/names.h"
-#include "input/tokens.h"
-#include "routing/decay.h"
+#include "model/arena.h"
+#include "model/decay.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "text/tokens.h"
 
-std::vector<Lid> Lids;
-std::vector<LidGroup> LidGroups;
-std::vector<LidUnit> LidUnits;
+Table<Lid> Lids;
+Table<LidGroup> LidGroups;
+Table<LidUnit> LidUnits;
 
 static const char* const TypeWords[] = {"BC", "RG", "GR", "IT", "PP", "RB", "VS", nullptr};
 
@@ -50,12 +50,12 @@ static bool createRules(Lid& lid, int64_t count) {
 void lid_createTables() {
     LidGroup empty{};
     empty.firstUnit = empty.lastUnit = -1;
-    LidGroups.assign(static_cast<size_t>(ObjectCount[SUBCATCH]), empty);
+    LidGroups.fill(ObjectCount[SUBCATCH], empty);
     LidUnits.clear();
     Lid plain{};
     plain.type = -1;
     plain.surfaceVoid = 1.0;
-    Lids.assign(static_cast<size_t>(ObjectCount[LID]), plain);
+    Lids.fill(ObjectCount[LID], plain);
     for (Lid& lid : Lids) {
         if (!createRules(lid, project_pollutantCount())) {
             ErrorCode = ERR_MEMORY;
@@ -65,8 +65,8 @@ void lid_createTables() {
 }
 
 LidGroup* lid_findGroup(int32_t subcatch) {
-    const size_t k = static_cast<size_t>(subcatch);
-    return k < LidGroups.size() && LidGroups[k].firstUnit >= 0 ? &LidGroups[k] : nullptr;
+    LidGroup* group = LidGroups.find(subcatch);
+    return group && group->firstUnit >= 0 ? group : nullptr;
 }
 
 void lid_deleteTables() {
@@ -80,8 +80,8 @@ void lid_deleteTables() {
 /// Reads `count` numbers that must not be negative, from token 2 on.
 static int32_t readNumbers(double* values, int32_t count) {
     for (int32_t k = 0; k < count; ++k) {
-        if (!input_getNonNegative(Tok[2 + k], &values[k])) {
-            return error_setName(ERR_NUMBER, Tok[2 + k]);
+        if (!tokens_getNonNegative(Tok[2 + k], &values[k])) {
+            return errors_setName(ERR_NUMBER, Tok[2 + k]);
         }
     }
     return ERR_NONE;
@@ -89,15 +89,15 @@ static int32_t readNumbers(double* values, int32_t count) {
 
 static int32_t readSurface(Lid& lid) {
     double depth, fraction, rest[3];
-    if (!input_getNonNegative(Tok[2], &depth)) {
-        return error_setName(ERR_NUMBER, Tok[2]);
+    if (!tokens_getNonNegative(Tok[2], &depth)) {
+        return errors_setName(ERR_NUMBER, Tok[2]);
     }
-    if (!input_getNonNegative(Tok[3], &fraction) || !(fraction < 1.0)) {
-        return error_setName(ERR_NUMBER, Tok[3]);
+    if (!tokens_getNonNegative(Tok[3], &fraction) || !(fraction < 1.0)) {
+        return errors_setName(ERR_NUMBER, Tok[3]);
     }
     for (int32_t k = 0; k < 3; ++k) {
-        if (!input_getNonNegative(Tok[4 + k], &rest[k])) {
-            return error_setName(ERR_NUMBER, Tok[4 + k]);
+        if (!tokens_getNonNegative(Tok[4 + k], &rest[k])) {
+            return errors_setName(ERR_NUMBER, Tok[4 + k]);
         }
     }
     lid.surfaceDepth = depth / MM_PER_M;
@@ -163,7 +163,7 @@ static int32_t readLayer(Lid& lid, int32_t layer) {
         return ERR_NONE;  // only a roof has a mat, and it must be known as a roof by now; nothing else is looked at
     }
     if (TokCount < TOKENS_NEEDED[layer]) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
     switch (layer) {
         case LAYER_SURFACE: return readSurface(lid);
@@ -177,23 +177,23 @@ static int32_t readLayer(Lid& lid, int32_t layer) {
 
 int32_t lid_readLine() {
     if (TokCount < 2) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = project_findObject(LID, Tok[0]);
+    const int32_t index = names_find(LID, Tok[0]);
     if (index < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    Lid& lid = Lids[static_cast<size_t>(index)];
-    lid.name = project_findId(LID, Tok[0]);
-    const int32_t type = input_findKeyword(Tok[1], TypeWords);
+    Lid& lid = Lids[index];
+    lid.name = names_findId(LID, Tok[0]);
+    const int32_t type = tokens_findKeyword(Tok[1], TypeWords);
     if (type >= 0) {
         // A later type line changes the type alone: a mat read for a roof stays and still fills the storage at the
         // start.
         lid.type = type;
         return ERR_NONE;
     }
-    const int32_t layer = input_findKeyword(Tok[1], LayerWords);
-    return layer < 0 ? error_setName(ERR_KEYWORD, Tok[1]) : readLayer(lid, layer);
+    const int32_t layer = tokens_findKeyword(Tok[1], LayerWords);
+    return layer < 0 ? errors_setName(ERR_KEYWORD, Tok[1]) : readLayer(lid, layer);
 }
 
 /// The rules of a layer; null for the drain, which holds no water.
@@ -210,36 +210,36 @@ static DecayRule* getRules(const Lid& lid, int32_t layer) {
 
 int32_t lid_readDecayLine(int32_t index, int32_t tokenCount) {
     if (tokenCount < 7) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t pollutant = project_findObject(POLLUT, Tok[2]);
+    const int32_t pollutant = names_find(POLLUT, Tok[2]);
     if (pollutant < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
     }
-    const int32_t kind = input_findKeyword(Tok[3], ReactionWords);
+    const int32_t kind = tokens_findKeyword(Tok[3], ReactionWords);
     if (kind < 0) {
-        return error_setName(ERR_KEYWORD, Tok[3]);
+        return errors_setName(ERR_KEYWORD, Tok[3]);
     }
     if (kind != FIRST_ORDER) {
-        return error_setName(ERR_DECAY_TYPE, Tok[0]);
+        return errors_setName(ERR_DECAY_TYPE, Tok[0]);
     }
     // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
     double perDay;
-    if (!input_getDouble(Tok[4], &perDay) && perDay < 0.0) {
-        return error_setName(ERR_NUMBER, Tok[4]);
+    if (!tokens_getDouble(Tok[4], &perDay) && perDay < 0.0) {
+        return errors_setName(ERR_NUMBER, Tok[4]);
     }
     int32_t pattern = -1;
     if (*Tok[5]) {
-        pattern = project_findObject(PATTERN, Tok[5]);
+        pattern = names_find(PATTERN, Tok[5]);
         if (pattern < 0) {
-            return error_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
         }
     }
-    const int32_t layer = input_findKeyword(Tok[6], LayerWords);
+    const int32_t layer = tokens_findKeyword(Tok[6], LayerWords);
     if (layer < 0) {
-        return error_setName(ERR_KEYWORD, Tok[6]);
+        return errors_setName(ERR_KEYWORD, Tok[6]);
     }
-    if (DecayRule* rules = getRules(Lids[static_cast<size_t>(index)], layer)) {
+    if (DecayRule* rules = getRules(Lids[index], layer)) {
         rules[pollutant] = {FIRST_ORDER, perDay / SECONDS_PER_DAY, pattern, 0.0, 1.0};
     }
     return ERR_NONE;
@@ -277,15 +277,15 @@ int32_t lid_addUnit(int32_t subcatch, int32_t lid, double area, double width, do
     unit.drainNode = drainNode;
     unit.next = -1;
     if (!createUnitArrays(unit)) {
-        return error_setName(ERR_MEMORY, "");
+        return errors_setName(ERR_MEMORY, "");
     }
-    const int32_t index = static_cast<int32_t>(LidUnits.size());
+    const int32_t index = LidUnits.size();
     LidUnits.push_back(unit);
-    LidGroup& group = LidGroups[static_cast<size_t>(subcatch)];
+    LidGroup& group = LidGroups[subcatch];
     if (group.firstUnit < 0) {
         group.firstUnit = index;
     } else {
-        LidUnits[static_cast<size_t>(group.lastUnit)].next = index;
+        LidUnits[group.lastUnit].next = index;
     }
     group.lastUnit = index;
     return ERR_NONE;
@@ -293,28 +293,28 @@ int32_t lid_addUnit(int32_t subcatch, int32_t lid, double area, double width, do
 
 int32_t lid_readGroupLine() {
     if (TokCount < 6) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t subcatch = project_findObject(SUBCATCH, Tok[0]);
+    const int32_t subcatch = names_find(SUBCATCH, Tok[0]);
     if (subcatch < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    const int32_t lid = project_findObject(LID, Tok[1]);
+    const int32_t lid = names_find(LID, Tok[1]);
     if (lid < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
     }
     double values[4];
     for (int32_t k = 0; k < 4; ++k) {
-        const bool isNumber = input_getDouble(Tok[2 + k], &values[k]) != 0;
+        const bool isNumber = tokens_getDouble(Tok[2 + k], &values[k]) != 0;
         if (!isNumber || !(k == 0 ? values[k] > 0.0 : values[k] >= 0.0)) {
-            return error_setName(ERR_NUMBER, Tok[2 + k]);
+            return errors_setName(ERR_NUMBER, Tok[2 + k]);
         }
     }
     int32_t drainNode = -1;
     if (TokCount > 6) {
-        drainNode = project_findObject(NODE, Tok[6]);
+        drainNode = names_find(NODE, Tok[6]);
         if (drainNode < 0) {
-            return error_setName(ERR_UNDEFINED_OBJECT, Tok[6]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[6]);
         }
     }
     return lid_addUnit(subcatch, lid, values[0], values[1], values[2], values[3], drainNode);
@@ -387,7 +387,7 @@ static void putMatInStorage(Lid& lid) {
 }
 
 void lid_validateOne(int32_t index) {
-    Lid& lid = Lids[static_cast<size_t>(index)];
+    Lid& lid = Lids[index];
     if (lid.type < 0) {
         report_writeError(ERR_LID_TYPE, lid.name);
         return;
@@ -413,9 +413,9 @@ void lid_validateOne(int32_t index) {
 
 static void validateGroup(Subcatch& subcatch, const LidGroup& group) {
     double sumArea = 0.0, sumShare = 0.0;
-    for (int32_t k = group.firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-        LidUnit& unit = LidUnits[static_cast<size_t>(k)];
-        const Lid& lid = Lids[static_cast<size_t>(unit.lid)];
+    for (int32_t k = group.firstUnit; k >= 0; k = LidUnits[k].next) {
+        LidUnit& unit = LidUnits[k];
+        const Lid& lid = Lids[unit.lid];
         sumArea += unit.area;
         sumShare += unit.fromImpervious;
         if (lid.type == LID_VS && !(unit.fullWidth > 0.0)) {
@@ -441,11 +441,11 @@ static void validateGroup(Subcatch& subcatch, const LidGroup& group) {
 }
 
 void lid_validateAll() {
-    for (size_t k = 0; k < Lids.size(); ++k) {
-        lid_validateOne(static_cast<int32_t>(k));
+    for (int32_t k = 0; k < Lids.size(); ++k) {
+        lid_validateOne(k);
     }
-    for (size_t k = 0; k < Subcatches.size(); ++k) {
-        if (const LidGroup* group = lid_findGroup(static_cast<int32_t>(k))) {
+    for (int32_t k = 0; k < Subcatches.size(); ++k) {
+        if (const LidGroup* group = lid_findGroup(k)) {
             validateGroup(Subcatches[k], *group);
         }
     }

@@ -2,7 +2,8 @@
 // Low-impact development: definitions of controls as stacks of layers, and the units that stand on subcatchments.
 
 #include <cstdint>
-#include <vector>
+
+#include "model/table.h"
 
 /// Types of control: bio-retention cell, rain garden, green roof, infiltration trench, permeable pavement, rain barrel,
 /// vegetative swale.
@@ -118,9 +119,9 @@ struct LidGroup {
     int32_t lastUnit;           ///< unit
 };
 
-extern std::vector<Lid> Lids;
-extern std::vector<LidGroup> LidGroups;  ///< one per subcatchment
-extern std::vector<LidUnit> LidUnits;    ///< of all subcatchments, in the order of their lines
+extern Table<Lid> Lids;
+extern Table<LidGroup> LidGroups;  ///< one per subcatchment
+extern Table<LidUnit> LidUnits;    ///< of all subcatchments, in the order of their lines
 
 /// Makes the table of definitions at their defaults, and a group without units for each subcatchment. A failure is the
 /// current error.

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/project.h"
 #include "hydrology/lidunit.h"
-#include "input/pattern.h"
-#include "routing/decay.h"
+#include "model/decay.h"
+#include "model/pattern.h"
+#include "model/project.h"
 
 static constexpr double MIN_VOLUME = 0.01;  ///< m3, below which a layer counts as dry
 

@@ -7,12 +7,12 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/evap.h"
 #include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
 
 LidStepRecord LidStep;
 
@@ -52,7 +52,7 @@ double* lid_getLoadScratch() {
 /// Levels at the initial saturation. The mat of a roof is its storage, and its water counts twice: users compare the
 /// initial storage of their roofs with older runs.
 static void initLevels(LidUnit& unit) {
-    const Lid& lid = Lids[static_cast<size_t>(unit.lid)];
+    const Lid& lid = Lids[unit.lid];
     unit.surfaceLevel = unit.pavementLevel = unit.soilMoisture = unit.storageLevel = 0.0;
     double depth = 0.0;
     if (lid.soilDepth > 0.0) {
@@ -122,15 +122,15 @@ void lid_shiftGroup(int32_t subcatch) {
     group->lastSurfaceOutflow = group->thisSurfaceOutflow;
     group->lastDrainFlow = group->thisDrainFlow;
     group->thisSurfaceOutflow = group->thisDrainFlow = 0.0;
-    for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-        shiftUnit(LidUnits[static_cast<size_t>(k)]);
+    for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[k].next) {
+        shiftUnit(LidUnits[k]);
     }
 }
 
 /// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before.
 static void setLoads(const Subcatch& subcatch, LidUnit& unit, double dt) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double concentration = Polluts[static_cast<size_t>(p)].rainConcentration;
+        const double concentration = Polluts[p].rainConcentration;
         LoadScratch[p] =
             unit.area * subcatch.rain * concentration / 1000.0 + subcatch.lastWashoffRate[p] * unit.fromImpervious;
         unit.rainLoad[p] += dt * subcatch.rain * unit.area * concentration / 1000.0;
@@ -143,8 +143,8 @@ static void stepUnit(const Subcatch& subcatch, LidUnit& unit, double flow, doubl
     RunoffVolumes.lidRunon += area * runon * dt;
     setLoads(subcatch, unit, dt);
     double evapRate, infilRate, drainRate;
-    const double outflow = lid_solveUnit(unit, Lids[static_cast<size_t>(unit.lid)], runon + subcatch.rain, evap, dt,
-                                         &evapRate, &infilRate, &drainRate, LoadScratch);
+    const double outflow = lid_solveUnit(unit, Lids[unit.lid], runon + subcatch.rain, evap, dt, &evapRate, &infilRate,
+                                         &drainRate, LoadScratch);
     unit.thisSurfaceFlow = outflow * area;
     unit.thisDrainFlow = drainRate * area;
     RunoffVolumes.evap += evapRate * dt * area;
@@ -159,11 +159,11 @@ void lid_stepUnits(int32_t index, double dt) {
     if (!group) {
         return;
     }
-    const Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    const Subcatch& subcatch = Subcatches[index];
     const double evap = subcatch.rain > 0.0 ? 0.0 : Evap.rate;  // nothing evaporates from a unit while it rains
     double flow = 0.0, surfaceSum = 0.0, drainSum = 0.0;
-    for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-        LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+    for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[k].next) {
+        LidUnit& unit = LidUnits[k];
         if (subcatch.area > subcatch.lidArea) {
             flow = (subcatch.imperviousRunoff + subcatch.perviousRunoff) * unit.fromImpervious;
         }
@@ -181,8 +181,8 @@ void lid_stepUnits(int32_t index, double dt) {
 
 void lid_addSurfaceLoads(int32_t subcatch, double* runoffLoad) {
     const LidGroup* group = lid_findGroup(subcatch);
-    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-        const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[k].next) {
+        const LidUnit& unit = LidUnits[k];
         // Unit by unit: a later one also takes its share of what the ones before let go.
         for (int32_t p = 0; p < project_pollutantCount(); ++p) {
             runoffLoad[p] = (1.0 - unit.fromImpervious) * runoffLoad[p];
@@ -196,7 +196,7 @@ void lid_addSurfaceLoads(int32_t subcatch, double* runoffLoad) {
 /// Of the two runoff steps around a routing step only the newer one counts for a drain. The kind of the node doesn't
 /// matter.
 static void addDrain(const LidUnit& unit) {
-    Node& node = Nodes[static_cast<size_t>(unit.drainNode)];
+    Node& node = Nodes[unit.drainNode];
     node.newLatFlow += unit.thisDrainFlow;
     FlowTotals.wetWeatherInflow += RoutingStep * unit.thisDrainFlow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
@@ -206,14 +206,14 @@ static void addDrain(const LidUnit& unit) {
 }
 
 void lid_addDrains() {
-    for (size_t i = 0; i < Subcatches.size() && !LidUnits.empty(); ++i) {
-        const LidGroup* group = lid_findGroup(static_cast<int32_t>(i));
+    for (int32_t i = 0; i < Subcatches.size() && !LidUnits.empty(); ++i) {
+        const LidGroup* group = lid_findGroup(i);
         if (!group || !(Subcatches[i].area > 0.0) || !(Subcatches[i].lidArea > 0.0)) {
             continue;
         }
-        for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-            if (LidUnits[static_cast<size_t>(k)].drainNode >= 0) {
-                addDrain(LidUnits[static_cast<size_t>(k)]);
+        for (int32_t k = group->firstUnit; k >= 0; k = LidUnits[k].next) {
+            if (LidUnits[k].drainNode >= 0) {
+                addDrain(LidUnits[k]);
             }
         }
     }

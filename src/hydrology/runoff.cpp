@@ -10,14 +10,14 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -39,7 +39,7 @@ static double getFlowTime(const Subcatch& subcatch, double time) {
     return impervious > pervious && pervious != 0.0 ? pervious : impervious;
 }
 
-void project_limitRunoffStep() {
+void runoff_limitStep() {
     for (const Gage& gage : Gages) {
         RunoffStep = gage.interval < RunoffStep ? gage.interval : RunoffStep;
     }
@@ -106,16 +106,16 @@ static void setQuality(Subcatch& subcatch, double dt) {
 }
 
 static void washSubcatch(int32_t index, double dt) {
-    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    Subcatch& subcatch = Subcatches[index];
     std::fill_n(subcatch.runoffLoad, project_pollutantCount(), 0.0);
-    subcatch_washLand(index, subcatch.thisRunoff / subcatch.area, dt);
-    subcatch_washRain(index, dt);
+    landuse_washLand(index, subcatch.thisRunoff / subcatch.area, dt);
+    landuse_washRain(index, dt);
     lid_addSurfaceLoads(index, subcatch.runoffLoad);
     setQuality(subcatch, dt);
 }
 
 static void advanceSubcatch(int32_t index, double dt) {
-    Subcatch& subcatch = Subcatches[static_cast<size_t>(index)];
+    Subcatch& subcatch = Subcatches[index];
     if (subcatch.area == 0.0) {
         return;
     }
@@ -138,11 +138,11 @@ void runoff_advance() {
     OldRunoffTime = NewRunoffTime;
     const double next = NewRunoffTime + RunoffStep * 1000.0;
     NewRunoffTime = next > TotalDuration ? TotalDuration : next;
-    for (size_t k = 0; k < Subcatches.size(); ++k) {
+    for (int32_t k = 0; k < Subcatches.size(); ++k) {
         shiftState(Subcatches[k]);
-        lid_shiftGroup(static_cast<int32_t>(k));
+        lid_shiftGroup(k);
     }
-    for (size_t k = 0; k < Subcatches.size(); ++k) {
-        advanceSubcatch(static_cast<int32_t>(k), RunoffStep);
+    for (int32_t k = 0; k < Subcatches.size(); ++k) {
+        advanceSubcatch(k, RunoffStep);
     }
 }

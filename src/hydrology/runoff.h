@@ -2,7 +2,7 @@
 // The runoff step.
 
 /// Cuts the runoff step to the shortest interval of the gages, and to the time of flow over the land; once per run.
-void project_limitRunoffStep();
+void runoff_limitStep();
 
 /// Makes the loads of the runoff step of all subcatchments, for a run, and lets go of them.
 void runoff_open();

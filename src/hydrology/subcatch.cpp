@@ -9,16 +9,16 @@
 #include <cmath>
 
 #include "coupling/coupled.h"
-#include "engine/arena.h"
-#include "engine/errors.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lidunit.h"
-#include "input/names.h"
-#include "input/tokens.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "text/tokens.h"
 
-std::vector<Subcatch> Subcatches;
+Table<Subcatch> Subcatches;
 RunoffVolumesRecord RunoffVolumes;
 
 static constexpr double MANNING_EXPONENT = 1.6666666666666667;
@@ -31,10 +31,10 @@ struct SlopeRoot {
     double root;
 };
 
-static std::vector<SlopeRoot> SlopeRoots;
+static Table<SlopeRoot> SlopeRoots;
 
 static Subcatch& getSubcatch(int32_t subcatch) {
-    return Subcatches[static_cast<size_t>(subcatch)];
+    return Subcatches[subcatch];
 }
 
 // --- table ---------------------------------------------------------------------------------------------------------
@@ -62,9 +62,9 @@ static void createArrays(Subcatch& subcatch) {
 }
 
 void subcatch_createAll() {
-    const size_t count = static_cast<size_t>(ObjectCount[SUBCATCH]);
-    Subcatches.assign(count, Subcatch{});
-    SlopeRoots.assign(count, SlopeRoot{});
+    const int32_t count = ObjectCount[SUBCATCH];
+    Subcatches.fill(count, Subcatch{});
+    SlopeRoots.fill(count, SlopeRoot{});
     for (Subcatch& subcatch : Subcatches) {
         createArrays(subcatch);
     }
@@ -79,7 +79,7 @@ void subcatch_deleteAll() {
 
 /// Reads a number that must be above 0, or may be 0 as well. NaN is neither.
 static bool readNumber(int32_t token, bool mayBeZero, double* value) {
-    return input_getDouble(Tok[token], value) && (*value > 0.0 || (mayBeZero && *value == 0.0));
+    return tokens_getDouble(Tok[token], value) && (*value > 0.0 || (mayBeZero && *value == 0.0));
 }
 
 /// A percentage as a share; 100 and more is the whole.
@@ -91,24 +91,24 @@ int32_t subcatch_readLine(int32_t index) {
     static constexpr int32_t FIRST = 3, COUNT = 16;
     static constexpr int32_t IMPERVIOUS = 5, MAX_VOLUME = 15;  ///< only these two may be 0
     if (TokCount < COUNT) {
-        return error_setName(ERR_ITEMS, "");
+        return errors_setName(ERR_ITEMS, "");
     }
-    const char* name = project_findId(SUBCATCH, Tok[0]);
+    const char* name = names_findId(SUBCATCH, Tok[0]);
     if (!name) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
     }
-    const int32_t gage = project_findObject(GAGE, Tok[1]);
+    const int32_t gage = names_find(GAGE, Tok[1]);
     if (gage < 0) {
-        return error_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
     }
-    const int32_t outNode = project_findObject(NODE, Tok[2]);
+    const int32_t outNode = names_find(NODE, Tok[2]);
     if (outNode < 0) {
-        return error_setName(ERR_SUBCATCH_OUTLET, name);
+        return errors_setName(ERR_SUBCATCH_OUTLET, name);
     }
     double v[COUNT];
     for (int32_t k = FIRST; k < COUNT; ++k) {
         if (!readNumber(k, k == IMPERVIOUS || k == MAX_VOLUME, &v[k])) {
-            return error_setName(ERR_NUMBER, Tok[k]);
+            return errors_setName(ERR_NUMBER, Tok[k]);
         }
     }
     Subcatch& subcatch = getSubcatch(index);
@@ -139,7 +139,7 @@ void subcatch_validateAll() {
             report_writeError(ERR_INFILTRATION_RATES, subcatch.name);
         }
         if (subcatch.gage >= 0) {
-            Gages[static_cast<size_t>(subcatch.gage)].isUsed = 1;
+            Gages[subcatch.gage].isUsed = 1;
         }
     }
 }
@@ -317,10 +317,10 @@ void subcatch_stepWater(int32_t index) {
     Subcatch& s = getSubcatch(index);
     const double dt = RunoffStep;
     RunoffVolumes = RunoffVolumesRecord{};
-    s.rain = s.gage >= 0 ? Gages[static_cast<size_t>(s.gage)].rain : 0.0;
+    s.rain = s.gage >= 0 ? Gages[s.gage].rain : 0.0;
     const double area = s.area - s.lidArea;
     if (area > 0.0) {
-        stepLand(s, area, dt, SlopeRoots[static_cast<size_t>(index)]);
+        stepLand(s, area, dt, SlopeRoots[index]);
     }
     if (s.lidArea > 0.0) {
         lid_stepUnits(index, dt);
@@ -342,7 +342,7 @@ double subcatch_getWeight(double time) {
 
 static void addToNode(int32_t index, double f) {
     const Subcatch& s = getSubcatch(index);
-    Node& node = Nodes[static_cast<size_t>(s.outNode)];
+    Node& node = Nodes[s.outNode];
     const double flow = s.area == 0.0 ? 0.0 : f * s.thisRunoff + (1.0 - f) * s.lastRunoff;
     if (node.kind == SWMM) {
         coupled_takeRunoff(s.outNode, index, flow);  // the outside model takes the water, and no load
@@ -363,9 +363,9 @@ void subcatch_addRunoff(double time) {
         return;
     }
     const double f = subcatch_getWeight(time);
-    for (size_t k = 0; k < Subcatches.size(); ++k) {
+    for (int32_t k = 0; k < Subcatches.size(); ++k) {
         if (Subcatches[k].outNode >= 0) {
-            addToNode(static_cast<int32_t>(k), f);
+            addToNode(k, f);
         }
     }
 }
@@ -374,7 +374,7 @@ void subcatch_addRunoff(double time) {
 
 void subcatch_getResults(int32_t index, double f, float* row) {
     const Subcatch& s = getSubcatch(index);
-    const double rain = s.gage >= 0 ? Gages[static_cast<size_t>(s.gage)].reportRain * 3600000.0 : 0.0;
+    const double rain = s.gage >= 0 ? Gages[s.gage].reportRain * 3600000.0 : 0.0;
     double runoff = (1.0 - f) * s.lastRunoff + f * s.thisRunoff;
     if (runoff < s.area * DRY_RATE) {
         runoff = 0.0;

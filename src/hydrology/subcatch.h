@@ -2,9 +2,9 @@
 // Subcatchments: planes of an impervious and a pervious part, each drained as a nonlinear reservoir.
 
 #include <cstdint>
-#include <vector>
 
-#include "engine/project.h"
+#include "model/project.h"
+#include "model/table.h"
 
 /// What one land use holds on a subcatchment.
 struct LandShare {
@@ -62,7 +62,7 @@ struct Subcatch {
     double* surfaceWashoff;      ///< kg
 };
 
-extern std::vector<Subcatch> Subcatches;
+extern Table<Subcatch> Subcatches;
 
 /// Water of one subcatchment in one runoff step, m3. One record serves all, one after the other.
 struct RunoffVolumesRecord {

@@ -18,7 +18,7 @@
 
 static constexpr size_t COPY_BLOCK = 4096;  ///< bytes
 
-PathParts file_splitPath(const std::string& path) {
+PathParts files_splitPath(const std::string& path) {
     PathParts parts;
     size_t start = 0;
     const bool hasLetter = path.size() >= 2 && path[1] == ':' &&
@@ -37,7 +37,7 @@ PathParts file_splitPath(const std::string& path) {
     return parts;
 }
 
-std::FILE* file_openForReading(const char* path) {
+std::FILE* files_openForReading(const char* path) {
     struct stat status;
     if (stat(path, &status) != 0 || (status.st_mode & S_IFMT) != S_IFREG) {
         return nullptr;
@@ -45,7 +45,7 @@ std::FILE* file_openForReading(const char* path) {
     return std::fopen(path, "rb");
 }
 
-void file_seek(std::FILE* file, int64_t position) {
+void files_seek(std::FILE* file, int64_t position) {
 #if defined(_WIN32)
     _fseeki64(file, position, SEEK_SET);
 #else
@@ -53,18 +53,18 @@ void file_seek(std::FILE* file, int64_t position) {
 #endif
 }
 
-bool file_delete(const char* path) {
+bool files_delete(const char* path) {
     return std::remove(path) == 0;
 }
 
-bool file_exists(const std::string& path) {
+bool files_exists(const std::string& path) {
     struct stat status;
     return stat(path.c_str(), &status) == 0;
 }
 
 #if defined(_WIN32)
 
-std::string file_getProgramPath() {
+std::string files_getProgramPath() {
     std::string path(MAX_PATH, '\0');
     for (;;) {
         const DWORD length = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
@@ -86,14 +86,14 @@ static std::FILE* makeFile(const char* path) {
     std::FILE* file = _fdopen(descriptor, "wb");
     if (!file) {  // no memory
         _close(descriptor);
-        file_delete(path);
+        files_delete(path);
     }
     return file;
 }
 
 #else
 
-std::string file_getProgramPath() {
+std::string files_getProgramPath() {
     std::string path(256, '\0');
     for (;;) {
         const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
@@ -111,7 +111,7 @@ static std::FILE* makeFile(const char* path) {
     std::FILE* file = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
     if (descriptor >= 0 && !file) {  // no memory
         close(descriptor);
-        file_delete(path);
+        files_delete(path);
     }
     return file;
 }
@@ -129,8 +129,8 @@ static bool copyBytes(std::FILE* from, std::FILE* to) {
     return !std::ferror(from);
 }
 
-CopyResult file_copy(const std::string& source, const std::string& target) {
-    std::FILE* from = file_openForReading(source.c_str());
+CopyResult files_copy(const std::string& source, const std::string& target) {
+    std::FILE* from = files_openForReading(source.c_str());
     if (!from) {
         return COPY_FAILED;
     }
@@ -145,7 +145,7 @@ CopyResult file_copy(const std::string& source, const std::string& target) {
     isComplete = std::fclose(to) == 0 && isComplete;
     std::fclose(from);
     if (!isComplete) {
-        file_delete(target.c_str());
+        files_delete(target.c_str());
         return COPY_FAILED;
     }
     return COPY_DONE;

@@ -15,22 +15,22 @@ struct PathParts {
 
 /// Cuts a file name into its parts: "X:" in front is the drive, '/' and '\' both end a folder, and the extension begins
 /// at the last point of the last component.
-PathParts file_splitPath(const std::string& path);
+PathParts files_splitPath(const std::string& path);
 
 /// Opens for reading, bytes as they are; null also for a directory, which some systems would open.
-std::FILE* file_openForReading(const char* path);
+std::FILE* files_openForReading(const char* path);
 
 /// Moves a file to a place, which may lie beyond 2 GiB.
-void file_seek(std::FILE* file, int64_t position);
+void files_seek(std::FILE* file, int64_t position);
 
 /// Deletes a file; a missing one is no failure.
-bool file_delete(const char* path);
+bool files_delete(const char* path);
 
 /// Whether something of this name is there, a file or a folder.
-bool file_exists(const std::string& path);
+bool files_exists(const std::string& path);
 
 /// The file of the program that this process runs; empty if the system doesn't tell.
-std::string file_getProgramPath();
+std::string files_getProgramPath();
 
 enum CopyResult : int32_t {
     COPY_DONE,
@@ -39,4 +39,4 @@ enum CopyResult : int32_t {
 };
 
 /// Copies a file byte for byte to a new one, which nobody but the user may read.
-CopyResult file_copy(const std::string& source, const std::string& target);
+CopyResult files_copy(const std::string& source, const std::string& target);

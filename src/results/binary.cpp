@@ -9,10 +9,10 @@
 #include <bit>
 #include <cstring>
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "platform/files.h"
 #include "results/rows.h"
 
@@ -106,14 +106,14 @@ static void writeNames() {
         writeName(subcatch.name ? subcatch.name : "");
     }
     for (int32_t table = JUNCTION_TABLE; table <= LID_MONO_TABLE; ++table) {
-        for (size_t k = 0; k < Nodes.size() && rows_getObjectCount(table) > 0; ++k) {
+        for (int32_t k = 0; k < Nodes.size() && rows_getObjectCount(table) > 0; ++k) {
             if (Nodes[k].kind == RowTables[table].kind) {
                 writeName(Nodes[k].id);
             }
         }
     }
     for (int32_t table = PIPE_TABLE; table <= ORIFICE_TABLE; ++table) {
-        for (size_t k = 0; k < Links.size() && rows_getObjectCount(table) > 0; ++k) {
+        for (int32_t k = 0; k < Links.size() && rows_getObjectCount(table) > 0; ++k) {
             if (Links[k].kind == RowTables[table].kind) {
                 writeName(Links[k].id);
             }
@@ -193,7 +193,7 @@ void binary_end(int32_t reportCount) {
     writeInteger(DateOffset);
     writeInteger(ResultsOffset);
     writeCount(reportCount);
-    writeCount(error_getPublicCode(ErrorCode));
+    writeCount(errors_getPublicCode(ErrorCode));
     writeInteger(MAGIC_NUMBER);
     testWrites();
 }
@@ -206,6 +206,6 @@ void binary_close(bool isKept) {
     std::fclose(BinFile);
     BinFile = nullptr;
     if (!isKept) {
-        file_delete(ResultsFileName.c_str());
+        files_delete(ResultsFileName.c_str());
     }
 }

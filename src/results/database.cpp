@@ -14,11 +14,11 @@
 #include <cstring>
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "platform/encoding.h"
 #include "platform/files.h"
-#include "platform/text.h"
 #include "results/rows.h"
 #include "results/sqltext.h"
 
@@ -69,7 +69,7 @@ static void refuse(const char* part, bool hasMoreStatements) {
     }
     // A name can hold tables, or words for a value, that are made of one another, each of many of the last: only to
     // compile them would take for ever.
-    if (sql_hasWord(part, "with") || sql_countWords(part, "select") > 2) {
+    if (sqltext_hasWord(part, "with") || sqltext_countWords(part, "select") > 2) {
         report_writeError(ERR_DATABASE_SQL, "near \"'\": syntax error");
         return;
     }
@@ -114,7 +114,7 @@ static bool arePollutantsColumns() {
     return std::all_of(Polluts.begin(), Polluts.end(), [](const Pollut& pollutant) {
         std::string name = pollutant.id;
         std::replace(name.begin(), name.end(), '-', '_');
-        return sql_isColumn(name.c_str());
+        return sqltext_isColumn(name.c_str());
     });
 }
 
@@ -129,7 +129,7 @@ static void createTable(int32_t index) {
     Statement += ')';
     replaceHyphens();
     // Looked for ahead of the last semicolon, which an opened comment or literal could hide.
-    const bool hasMoreStatements = sql_countEnds(Statement.c_str() + creation) > 0;
+    const bool hasMoreStatements = sqltext_countEnds(Statement.c_str() + creation) > 0;
     Statement += ';';
     if (hasMoreStatements || (table.qualityBlocks > 0 && !arePollutantsColumns())) {
         refuse(Statement.c_str() + creation, hasMoreStatements);
@@ -179,7 +179,7 @@ void database_writeRow(int32_t table, const char* name, int32_t period, const fl
     Statement += " values (";
     if (table != SYSTEM_TABLE) {
         Statement += '\'';
-        text_appendUtf8(Statement, name);
+        encoding_appendUtf8(Statement, name);
         Statement += "',";
     }
     char number[16];
@@ -187,13 +187,13 @@ void database_writeRow(int32_t table, const char* name, int32_t period, const fl
     Statement += number;
     for (int32_t k = 0; k < length; ++k) {
         Statement += ',';
-        sql_appendNumber(Statement, row[k]);
+        sqltext_appendNumber(Statement, row[k]);
     }
     Statement += ')';
-    if (sql_isLiteral(name)) {
+    if (sqltext_isLiteral(name)) {
         execute(Statement.c_str());
     } else {
-        refuse(Statement.c_str(), sql_countEnds(Statement.c_str()) > 0);
+        refuse(Statement.c_str(), sqltext_countEnds(Statement.c_str()) > 0);
     }
 }
 
@@ -216,6 +216,6 @@ void database_close(bool isKept) {
     }
     database_abandon();
     if (!isKept) {
-        file_delete(DbFileName.c_str());
+        files_delete(DbFileName.c_str());
     }
 }

@@ -9,20 +9,20 @@
 #include <numeric>
 #include <utility>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
-#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
-#include "routing/conduit.h"
-#include "routing/node.h"
-#include "routing/pipe.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
+#include "links/conduit.h"
+#include "links/pipe.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/lidmono.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
 
-static std::vector<int32_t> ListedLinks, ListedNodes;  ///< those that massbal_updateStep counts
+static Table<int32_t> ListedLinks, ListedNodes;  ///< those that massbal_updateStep counts
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -59,12 +59,12 @@ static void openNodeStatistics() {
 
 /// What the tanks hold at time zero.
 static void takeInitialStorage() {
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].kind != TANK) {
             continue;
         }
-        const Tank& tank = Tanks[static_cast<size_t>(Nodes[k].kindIndex)];
-        const double volume = tank_getVolume(static_cast<int32_t>(k), tank.initDepth);
+        const Tank& tank = Tanks[Nodes[k].kindIndex];
+        const double volume = tank_getVolume(k, tank.initDepth);
         FlowTotals.initStorage += volume;
         for (int32_t p = 0; QualTotals && p < project_pollutantCount(); ++p) {
             QualTotals[p].initStorage += volume * tank.initQual[p] / 1000.0;
@@ -101,7 +101,7 @@ void massbal_open() {
     std::iota(ListedNodes.begin(), ListedNodes.end(), 0);
 }
 
-void massbal_setLists(std::vector<int32_t> links, std::vector<int32_t> nodes) {
+void massbal_setLists(Table<int32_t> links, Table<int32_t> nodes) {
     ListedLinks = std::move(links);
     ListedNodes = std::move(nodes);
 }
@@ -125,8 +125,8 @@ static void updateSubcatch(Subcatch& s, double dt) {
 
 /// Depth and velocity of a conduit; whether it floods. The flow is divided by the area that it left behind.
 static bool updateConduit(int32_t index) {
-    const Link& link = Links[static_cast<size_t>(index)];
-    Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    const Link& link = Links[index];
+    Conduit& conduit = Conduits[link.kindIndex];
     const double area = conduit_getArea(index, conduit.depth);
     keepMaximum(conduit.statMaxDepth, conduit.depth);
     keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
@@ -153,8 +153,8 @@ static void updateFlood(Link& link, double flood, double dt) {
 static void updateFloods(double dt) {
     for (Link& link : Links) {
         switch (link.kind) {
-            case PIPE: updateFlood(link, Pipes[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
-            case CONDUIT: updateFlood(link, Conduits[static_cast<size_t>(link.kindIndex)].newFlood, dt); break;
+            case PIPE: updateFlood(link, Pipes[link.kindIndex].newFlood, dt); break;
+            case CONDUIT: updateFlood(link, Conduits[link.kindIndex].newFlood, dt); break;
             default: break;
         }
     }
@@ -162,7 +162,7 @@ static void updateFloods(double dt) {
 
 static void updateOutfall(const Node& node, double dt) {
     FlowTotals.externalOutflow += dt * node.newInflow;
-    double* loads = Outfalls[static_cast<size_t>(node.kindIndex)].statLoad;
+    double* loads = Outfalls[node.kindIndex].statLoad;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double load = node.newInflow * node.newQual[p] / 1000.0;
         QualTotals[p].externalOutflow += dt * load;
@@ -171,7 +171,7 @@ static void updateOutfall(const Node& node, double dt) {
 }
 
 static void updateTank(const Node& node, double dt) {
-    Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
+    Tank& tank = Tanks[node.kindIndex];
     FlowTotals.floodingLoss += dt * tank.newFlood;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
@@ -193,7 +193,7 @@ static void updateNode(Node& node, double dt) {
     }
     massbal_countNode(node);
     if (node.kind == REACTOR) {
-        reactor_updateStatistics(Reactors[static_cast<size_t>(node.kindIndex)], dt);
+        reactor_updateStatistics(Reactors[node.kindIndex], dt);
     }
 }
 
@@ -204,7 +204,7 @@ void massbal_updateStep() {
     }
     bool isFlooding = pipe_isAnyFlooding();
     for (const int32_t index : ListedLinks) {
-        Link& link = Links[static_cast<size_t>(index)];
+        Link& link = Links[index];
         massbal_countLink(link);
         if (link.kind == CONDUIT) {
             isFlooding = updateConduit(index) || isFlooding;
@@ -214,7 +214,7 @@ void massbal_updateStep() {
         updateFloods(dt);
     }
     for (const int32_t index : ListedNodes) {
-        updateNode(Nodes[static_cast<size_t>(index)], dt);
+        updateNode(Nodes[index], dt);
     }
 }
 
@@ -242,8 +242,8 @@ void massbal_close() {
 /// Water of the LID units of a subcatchment; `storage` adds up what they hold at the end, m3.
 static void addUnits(RunoffBalance& balance, double& storage, int32_t subcatch) {
     const LidGroup* group = lid_findGroup(subcatch);
-    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-        const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[k].next) {
+        const LidUnit& unit = LidUnits[k];
         balance.initLidStorage += unit.area * unit.initialDepth;
         balance.lidDrainage += unit.area * unit.drainDepth;
         storage += unit.area * unit.finalDepth;
@@ -253,7 +253,7 @@ static void addUnits(RunoffBalance& balance, double& storage, int32_t subcatch) 
 RunoffBalance massbal_closeRunoff() {
     RunoffBalance balance{};
     double surfaceStorage = 0.0, lidStorage = 0.0;
-    for (size_t k = 0; k < Subcatches.size(); ++k) {
+    for (int32_t k = 0; k < Subcatches.size(); ++k) {
         const Subcatch& s = Subcatches[k];
         balance.totalArea += s.area;
         balance.rainfall += s.area * s.rainfall / 1000.0;
@@ -262,7 +262,7 @@ RunoffBalance massbal_closeRunoff() {
         balance.runoff += s.area * s.runoff / 1000.0;
         surfaceStorage += ((1.0 - s.imperviousFraction) * s.perviousDepth + s.imperviousFraction * s.imperviousDepth) *
                           (s.area - s.lidArea);
-        addUnits(balance, lidStorage, static_cast<int32_t>(k));
+        addUnits(balance, lidStorage, k);
     }
     balance.finalStorage = surfaceStorage + lidStorage;
     const double in = balance.rainfall + balance.initLidStorage;
@@ -278,7 +278,7 @@ RunoffBalance massbal_closeRunoff() {
 /// Adds one pollutant of a subcatchment.
 static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
     balance.remainingBuildup += s.pondedMass[p];
-    for (size_t l = 0; l < Landuses.size(); ++l) {
+    for (int32_t l = 0; l < Landuses.size(); ++l) {
         if (Landuses[l].washoff[p].usesBuildup) {
             balance.remainingBuildup += s.landShares[l].buildup[p];
         }
@@ -297,8 +297,8 @@ static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
 /// Adds one pollutant of the LID units of a subcatchment.
 static void addUnitLoads(WashoffBalance& balance, int32_t subcatch, int32_t p) {
     const LidGroup* group = lid_findGroup(subcatch);
-    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-        const LidUnit& unit = LidUnits[static_cast<size_t>(k)];
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[k].next) {
+        const LidUnit& unit = LidUnits[k];
         if (!unit.rainLoad) {
             continue;  // never started
         }
@@ -312,9 +312,9 @@ static void addUnitLoads(WashoffBalance& balance, int32_t subcatch, int32_t p) {
 
 WashoffBalance massbal_closeWashoff(int pollutant) {
     WashoffBalance balance{};
-    for (size_t k = 0; k < Subcatches.size(); ++k) {
+    for (int32_t k = 0; k < Subcatches.size(); ++k) {
         addWashoff(balance, Subcatches[k], pollutant);
-        addUnitLoads(balance, static_cast<int32_t>(k), pollutant);
+        addUnitLoads(balance, k, pollutant);
     }
     const double in = balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition;
     const double out = balance.infilLoss + balance.bmpRemoval + balance.lidDrainage + balance.lidFinalStorage +
@@ -324,21 +324,19 @@ WashoffBalance massbal_closeWashoff(int pollutant) {
 }
 
 /// Water that stands in a conduit, m3; 0 for a link of another kind.
-static double getConduitVolume(size_t index) {
+static double getConduitVolume(int32_t index) {
     const Link& link = Links[index];
     if (link.kind != CONDUIT) {
         return 0.0;
     }
-    const Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+    const Conduit& conduit = Conduits[link.kindIndex];
     return conduit_getArea(static_cast<int32_t>(index), conduit.depth) * conduit.length;
 }
 
 /// Water that stands in a tank, m3; 0 for a node of another kind.
-static double getTankVolume(size_t index) {
+static double getTankVolume(int32_t index) {
     const Node& node = Nodes[index];
-    return node.kind == TANK
-               ? tank_getVolume(static_cast<int32_t>(index), Tanks[static_cast<size_t>(node.kindIndex)].newDepth)
-               : 0.0;
+    return node.kind == TANK ? tank_getVolume(static_cast<int32_t>(index), Tanks[node.kindIndex].newDepth) : 0.0;
 }
 
 /// Water of the LID monomer nodes: rain, losses and storage are in no running total.
@@ -376,16 +374,16 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
     FlowTotalsRecord totals = FlowTotals;
     for (const Link& link : Links) {
         if (link.kind == PIPE) {
-            const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+            const Pipe& pipe = Pipes[link.kindIndex];
             for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
                 totals.finalStorage += pipe.storage[i];
             }
         }
     }
-    for (size_t k = 0; k < Links.size(); ++k) {
+    for (int32_t k = 0; k < Links.size(); ++k) {
         totals.finalStorage += getConduitVolume(k);
     }
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         totals.finalStorage += getTankVolume(k);
     }
     addReactors(totals);
@@ -416,19 +414,19 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
     QualTotalsRecord totals = QualTotals ? QualTotals[p] : QualTotalsRecord{};
     for (const Link& link : Links) {
         if (link.kind == PIPE) {
-            const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+            const Pipe& pipe = Pipes[link.kindIndex];
             for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
                 totals.finalStorage += pipe.storage[i] * pipe_newSegQual(pipe, i)[p] / 1000.0;
             }
         }
     }
-    for (size_t k = 0; k < Links.size(); ++k) {
+    for (int32_t k = 0; k < Links.size(); ++k) {
         if (Links[k].kind == CONDUIT) {
             totals.finalStorage += getConduitVolume(k) * Links[k].newQual[p] / 1000.0;
         }
     }
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        const double* quality = Nodes[k].kind == TANK ? Tanks[static_cast<size_t>(Nodes[k].kindIndex)].qual : nullptr;
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        const double* quality = Nodes[k].kind == TANK ? Tanks[Nodes[k].kindIndex].qual : nullptr;
         totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
     }
     addReactorLoads(totals, p);

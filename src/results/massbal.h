@@ -2,7 +2,7 @@
 // Mass balance of a run, and the statistics of its objects.
 
 #include <cstdint>
-#include <vector>
+#include "model/table.h"
 
 struct Link;
 struct Node;
@@ -19,7 +19,7 @@ void massbal_countNode(Node& node);
 
 /// Names the links and nodes, in the order of their tables, that massbal_updateStep goes through in this run; the
 /// routing step counts the others as it passes them. From massbal_open to this call it is all of them.
-void massbal_setLists(std::vector<int32_t> links, std::vector<int32_t> nodes);
+void massbal_setLists(Table<int32_t> links, Table<int32_t> nodes);
 
 /// Empties the statistics that are kept by pollutant. They stay in memory until the next start.
 void massbal_close();

@@ -3,12 +3,12 @@
 
 #include "results/report.h"
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/node.h"
 #include "results/massbal.h"
 #include "results/tables.h"
-#include "routing/node.h"
 
 void report_writeBanner() {
     report_print(ReportFile, "\n  TARNVELDE - VERSION 2.1");
@@ -60,18 +60,18 @@ static void writePollutantHead(const char* title) {
         report_print(ReportFile, " %16s", pollutant.id);
     }
     report_print(ReportFile, "\n  %-26s", title);
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16s", "kg");
     }
     report_writeLine("**************************");
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " ----------------");
     }
 }
 
 /// A row of a continuity table: one figure of each pollutant's balance.
 template <class Balance>
-static void writePollutantRow(const char* name, const std::vector<Balance>& balances, double Balance::*figure) {
+static void writePollutantRow(const char* name, const Table<Balance>& balances, double Balance::*figure) {
     report_print(ReportFile, "\n  %-26s", name);
     for (const Balance& balance : balances) {
         report_print(ReportFile, " %16.3f", balance.*figure);
@@ -79,7 +79,7 @@ static void writePollutantRow(const char* name, const std::vector<Balance>& bala
 }
 
 static void writeWashoffContinuity() {
-    std::vector<WashoffBalance> b;
+    Table<WashoffBalance> b;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         b.push_back(massbal_closeWashoff(p));
     }
@@ -132,9 +132,9 @@ struct QualityBalance : QualTotalsRecord {
 };
 
 static void writeQualityContinuity() {
-    std::vector<QualityBalance> b(Polluts.size());
-    for (size_t p = 0; p < b.size(); ++p) {
-        static_cast<QualTotalsRecord&>(b[p]) = massbal_closeQuality(static_cast<int>(p), &b[p].error);
+    Table<QualityBalance> b = table_make(Polluts.size(), QualityBalance{});
+    for (int32_t p = 0; p < b.size(); ++p) {
+        static_cast<QualTotalsRecord&>(b[p]) = massbal_closeQuality(p, &b[p].error);
     }
     using Q = QualityBalance;
     const auto writeRow = [&](const char* name, double QualTotalsRecord::*figure) {

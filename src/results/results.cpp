@@ -11,10 +11,10 @@
 
 #include <algorithm>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/gage.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "results/binary.h"
 #include "results/database.h"
 #include "results/rows.h"
@@ -58,15 +58,15 @@ static void listObjects(int32_t table) {
     }
     int32_t filled = 0;
     if (t.objectType == NODE) {
-        for (size_t k = 0; k < Nodes.size() && filled < buffer.count; ++k) {
+        for (int32_t k = 0; k < Nodes.size() && filled < buffer.count; ++k) {
             if (Nodes[k].kind == t.kind) {
-                buffer.objects[filled++] = static_cast<int32_t>(k);
+                buffer.objects[filled++] = k;
             }
         }
     } else if (t.objectType == LINK) {
-        for (size_t k = 0; k < Links.size() && filled < buffer.count; ++k) {
+        for (int32_t k = 0; k < Links.size() && filled < buffer.count; ++k) {
             if (Links[k].kind == t.kind) {
-                buffer.objects[filled++] = static_cast<int32_t>(k);
+                buffer.objects[filled++] = k;
             }
         }
     } else {

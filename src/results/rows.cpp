@@ -4,18 +4,18 @@
 
 #include "results/rows.h"
 
-#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
+#include "links/conduit.h"
+#include "links/connection.h"
+#include "links/orifice.h"
+#include "links/pipe.h"
+#include "links/pump.h"
+#include "links/weir.h"
+#include "nodes/lidmono.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
 #include "platform/memory.h"
-#include "routing/conduit.h"
-#include "routing/connection.h"
-#include "routing/node.h"
-#include "routing/orifice.h"
-#include "routing/pipe.h"
-#include "routing/pump.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
-#include "routing/weir.h"
 
 // "Outfow" is how the column is called; readers of the database ask for it by this name.
 const RowTable RowTables[RESULT_TABLE_COUNT] = {
@@ -54,7 +54,7 @@ int32_t rows_getObjectCount(int32_t table) {
 }
 
 const char* rows_getName(int32_t table, int32_t object) {
-    const size_t index = static_cast<size_t>(object);
+    const int32_t index = object;
     const char* name = nullptr;
     switch (RowTables[table].objectType) {
         case SUBCATCH: name = Subcatches[index].name; break;
@@ -90,12 +90,12 @@ static void fetchLink(const Link& link) {
     memory_fetch(link.newQual);
     memory_fetch(link.oldQual);
     if (link.kind == PIPE) {
-        fetchRecord(&Pipes[static_cast<size_t>(link.kindIndex)], sizeof(Pipe));
+        fetchRecord(&Pipes[link.kindIndex], sizeof(Pipe));
     }
 }
 
 void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
-    const auto getIndex = [&](int32_t place) { return static_cast<size_t>(objects ? objects[place] : place); };
+    const auto getIndex = [&](int32_t place) { return objects ? objects[place] : place; };
     if (k + NEAR >= count || (objectType != NODE && objectType != LINK)) {
         return;
     }
@@ -120,7 +120,7 @@ void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, 
     }
     const Link& link = Links[getIndex(k + NEAR)];
     if (link.kind == PIPE) {
-        memory_fetch(Pipes[static_cast<size_t>(link.kindIndex)].storage);
+        memory_fetch(Pipes[link.kindIndex].storage);
     }
 }
 
@@ -142,7 +142,7 @@ static void fillInflows(const Node& node, double f, float* row) {
 }
 
 static void fillSplitter(const Node& node, double f, float* row) {
-    const Splitter& splitter = Splitters[static_cast<size_t>(node.kindIndex)];
+    const Splitter& splitter = Splitters[node.kindIndex];
     fillInflows(node, f, row);
     row[2] = mix(f, splitter.oldFlow, splitter.newFlow);
     row[3] = row[0] - row[2];  // of the rounded values, so that the row adds up as it stands
@@ -150,7 +150,7 @@ static void fillSplitter(const Node& node, double f, float* row) {
 }
 
 void node_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[static_cast<size_t>(index)];
+    const Node& node = Nodes[index];
     switch (node.kind) {
         case JUNCTION:
         case OUTFALL:
@@ -166,7 +166,7 @@ void node_getResults(int32_t index, double f, float* row) {
 }
 
 static void fillPipe(const Link& link, double f, float* row) {
-    const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+    const Pipe& pipe = Pipes[link.kindIndex];
     row[0] = static_cast<float>(pipe_getVolume(pipe));
     row[1] = mix(f, pipe.oldInflow, pipe.newInflow);
     row[2] = mix(f, link.oldFlow, link.newFlow);
@@ -175,14 +175,14 @@ static void fillPipe(const Link& link, double f, float* row) {
 }
 
 static void fillConnection(const Link& link, double f, float* row) {
-    const Connection& connection = Connections[static_cast<size_t>(link.kindIndex)];
+    const Connection& connection = Connections[link.kindIndex];
     row[0] = mix(f, connection.oldInflow, connection.newInflow);
     row[1] = mix(f, link.oldFlow, link.newFlow);
     fillQuality(f, link.oldQual, link.newQual, row + 2);
 }
 
 void link_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[static_cast<size_t>(index)];
+    const Link& link = Links[index];
     switch (link.kind) {
         case PIPE: fillPipe(link, f, row); break;
         case CONNECTION: fillConnection(link, f, row); break;

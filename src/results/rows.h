@@ -4,8 +4,8 @@
 
 #include <cstdint>
 
-#include "engine/project.h"
-#include "input/datetime.h"
+#include "model/project.h"
+#include "text/datetime.h"
 
 /// Tables of results in the order in which they are written. The kinds of node and link without a table have no row.
 enum ResultTable : int32_t {

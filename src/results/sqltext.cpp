@@ -4,7 +4,7 @@
 
 #include "results/sqltext.h"
 
-#include "input/tokens.h"
+#include "text/tokens.h"
 
 #include <bit>
 #include <cstdio>
@@ -34,7 +34,7 @@ static void appendMillionths(std::string& text, bool isNegative, uint64_t millio
     text.append(at, static_cast<size_t>(digits + sizeof digits - at));
 }
 
-void sql_appendNumber(std::string& text, float value) {
+void sqltext_appendNumber(std::string& text, float value) {
     const uint32_t bits = std::bit_cast<uint32_t>(value);
     const bool isNegative = (bits >> 31) != 0;
     const int32_t exponent = static_cast<int32_t>((bits >> MANTISSA_BITS) & 0xFF);
@@ -69,7 +69,7 @@ void sql_appendNumber(std::string& text, float value) {
 
 // --- names ---------------------------------------------------------------------------------------------------------
 
-bool sql_isLiteral(const char* name) {
+bool sqltext_isLiteral(const char* name) {
     for (const char* at = std::strchr(name, '\''); at; at = std::strchr(at, '\'')) {
         if (at[1] != '\'') {
             return false;
@@ -79,9 +79,9 @@ bool sql_isLiteral(const char* name) {
     return true;
 }
 
-bool sql_isColumn(const char* name) {
+bool sqltext_isColumn(const char* name) {
     // "unique on conflict rollback" would let one row undo all others, and free the way to the old tables.
-    const bool isClause = sql_hasWord(name, "on") && sql_hasWord(name, "conflict");
+    const bool isClause = sqltext_hasWord(name, "on") && sqltext_hasWord(name, "conflict");
     return !isClause && !std::strpbrk(name, "'\"`()[]{},") && !std::strstr(name, "/*") && !std::strstr(name, "*/") &&
            !std::strstr(name, "--");
 }
@@ -170,13 +170,13 @@ static const char* skipToken(const char* at) {
     return isWordByte(static_cast<unsigned char>(*at)) ? skipWord(at) : at + 1;
 }
 
-int32_t sql_countWords(const char* text, const char* word) {
+int32_t sqltext_countWords(const char* text, const char* word) {
     const size_t length = std::strlen(word);
     int32_t count = 0;
     for (const char* at = text; *at;) {
         const char* end = skipToken(at);
         size_t same = 0;
-        while (same < length && at + same < end && token_toUpper(at[same]) == token_toUpper(word[same])) {
+        while (same < length && at + same < end && tokens_toUpper(at[same]) == tokens_toUpper(word[same])) {
             ++same;
         }
         count += same == length && at + length == end ? 1 : 0;
@@ -185,11 +185,11 @@ int32_t sql_countWords(const char* text, const char* word) {
     return count;
 }
 
-bool sql_hasWord(const char* text, const char* word) {
-    return sql_countWords(text, word) > 0;
+bool sqltext_hasWord(const char* text, const char* word) {
+    return sqltext_countWords(text, word) > 0;
 }
 
-int32_t sql_countEnds(const char* text) {
+int32_t sqltext_countEnds(const char* text) {
     int32_t count = 0;
     for (const char* at = text; *at; at = skipToken(at)) {
         count += *at == ';' ? 1 : 0;

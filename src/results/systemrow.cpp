@@ -5,15 +5,15 @@
 
 #include "coupling/swmm.h"
 #include "hydrology/gage.h"
-#include "hydrology/inflows.h"
-#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
-#include "input/table.h"
+#include "links/conduit.h"
+#include "links/pipe.h"
+#include "model/curve.h"
+#include "nodes/inflows.h"
+#include "nodes/lidmono.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
 #include "results/rows.h"
-#include "routing/conduit.h"
-#include "routing/pipe.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
 
 namespace {
 
@@ -52,7 +52,7 @@ void fillLand(double f, float* row) {
     for (const Subcatch& s : Subcatches) {
         add(area, s.area);
         if (s.gage >= 0) {
-            add(rain, s.area * Gages[static_cast<size_t>(s.gage)].reportRain);
+            add(rain, s.area * Gages[s.gage].reportRain);
         }
         add(evap, s.area * s.evapRate);
         add(infil, s.area * s.infilRate);
@@ -69,13 +69,13 @@ void fillLand(double f, float* row) {
 // --- inflows -------------------------------------------------------------------------------------------------------
 
 /// Looks up a series and puts its cursor back: a look at results must not move what the simulation reads next.
-double lookUpSeries(Table& table, DateTime date) {
+double lookUpSeries(Curve& table, DateTime date) {
     const double x1 = table.x1, y1 = table.y1, x2 = table.x2, y2 = table.y2;
     const double lastDate = table.lastDate;
     const int32_t thisEntry = table.thisEntry;
     const int64_t position = table.file.file ? textfile_getPosition(table.file) : 0;
     const bool isAtEnd = table.file.isAtEnd;
-    const double value = table_lookup(table, date);
+    const double value = curve_lookup(table, date);
     table.x1 = x1;
     table.y1 = y1;
     table.x2 = x2;
@@ -101,7 +101,7 @@ double getExternalFlow(const Node& node, DateTime date) {
     if (record->series < 0) {
         return record->baseline;
     }
-    return lookUpSeries(TimeSeries[static_cast<size_t>(record->series)], date) * record->scale + record->baseline;
+    return lookUpSeries(TimeSeries[record->series], date) * record->scale + record->baseline;
 }
 
 /// What the host asks a node for, from its place in the sorted list on; moves the place. It shows only in a call that
@@ -126,16 +126,16 @@ void addInflows(const Node& node, double f, DateTime date, float* row) {
 
 /// Flood and storage of a node that stores water.
 void addNode(int32_t index, double f, float* row) {
-    const Node& node = Nodes[static_cast<size_t>(index)];
+    const Node& node = Nodes[index];
     switch (node.kind) {
         case SWMM: swmm_addFlows(node.kindIndex, row[SWMM_INFLOW], row[SWMM_OUTFLOW]); break;
         case TANK: {
-            const Tank& tank = Tanks[static_cast<size_t>(node.kindIndex)];
+            const Tank& tank = Tanks[node.kindIndex];
             add(row[FLOOD], mix(f, tank.oldFlood, tank.newFlood));
             add(row[STORAGE], tank_getVolume(index, mix(f, tank.oldDepth, tank.newDepth)));
             break;
         }
-        case REACTOR: add(row[STORAGE], Reactors[static_cast<size_t>(node.kindIndex)].storedVolume); break;
+        case REACTOR: add(row[STORAGE], Reactors[node.kindIndex].storedVolume); break;
         case LID_MONO: add(row[STORAGE], lidmono_getVolume(node.kindIndex)); break;
         case OUTFALL: add(row[OUTFLOW], mix(f, node.oldInflow, node.newInflow)); break;
         default: break;
@@ -144,16 +144,16 @@ void addNode(int32_t index, double f, float* row) {
 
 /// Flood and storage of a link.
 void addLink(int32_t index, double f, float* row) {
-    const Link& link = Links[static_cast<size_t>(index)];
+    const Link& link = Links[index];
     switch (link.kind) {
         case PIPE: {
-            const Pipe& pipe = Pipes[static_cast<size_t>(link.kindIndex)];
+            const Pipe& pipe = Pipes[link.kindIndex];
             add(row[FLOOD], mix(f, pipe.oldFlood, pipe.newFlood));
             add(row[STORAGE], pipe_getVolume(pipe));
             break;
         }
         case CONDUIT: {
-            const Conduit& conduit = Conduits[static_cast<size_t>(link.kindIndex)];
+            const Conduit& conduit = Conduits[link.kindIndex];
             add(row[FLOOD], mix(f, conduit.oldFlood, conduit.newFlood));
             add(row[STORAGE], conduit_getArea(index, conduit.depth) * conduit.length);
             break;
@@ -172,14 +172,14 @@ void rows_fillSystem(DateTime date, double networkFactor, double landFactor, flo
     std::stable_sort(requests.begin(), requests.end(),
                      [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
     size_t hostPlace = 0;
-    const auto nodeCount = static_cast<int32_t>(Nodes.size());
+    const auto nodeCount = Nodes.size();
     for (int32_t k = 0; k < nodeCount; ++k) {
-        const Node& node = Nodes[static_cast<size_t>(k)];
+        const Node& node = Nodes[k];
         addInflows(node, networkFactor, date, row);
         addHostFlows(requests, k, hostPlace, row);
         addNode(k, networkFactor, row);
     }
-    const auto linkCount = static_cast<int32_t>(Links.size());
+    const auto linkCount = Links.size();
     for (int32_t k = 0; k < linkCount; ++k) {
         rows_fetchAhead(LINK, nullptr, linkCount, k);
         addLink(k, networkFactor, row);

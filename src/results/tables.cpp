@@ -2,11 +2,11 @@
 
 #include "results/tables.h"
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/node.h"
 #include "results/tablewriter.h"
-#include "routing/node.h"
 
 static const char* const NodeKindWords[] = {"JUNCTION", "TANK",    "OUTFALL",  "SPLITTER",
                                             "SWMM",     "REACTOR", "LID_MONO", "VORN"};
@@ -17,10 +17,10 @@ void tables_writeNodes() {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %-16s %16s %16s";
-    table_writeTitle("Node Inflow Summary");
+    tablewriter_writeTitle("Node Inflow Summary");
     report_print(ReportFile, HEAD, "", "", "Inflow", "Max. Inflow");
     report_print(ReportFile, HEAD, "Node", "Type", "m3", "m3/s");
-    table_writeDashes(4);
+    tablewriter_writeDashes(4);
     for (const Node& node : Nodes) {
         if (node.kind < 0 || node.kind == SWMM || node.kind == VORN) {
             continue;  // an outside model reports for itself
@@ -34,11 +34,11 @@ void tables_writeOutfalls() {
     if (Outfalls.empty() || Polluts.empty()) {
         return;
     }
-    table_writeTitle("Outfall Loading Summary");
-    table_writePollutantHead("Outfall");
+    tablewriter_writeTitle("Outfall Loading Summary");
+    tablewriter_writePollutantHead("Outfall");
     for (const Node& node : Nodes) {
         if (node.kind == OUTFALL) {
-            table_writePollutantRow(node.id, Outfalls[static_cast<size_t>(node.kindIndex)].statLoad);
+            tablewriter_writePollutantRow(node.id, Outfalls[node.kindIndex].statLoad);
         }
     }
 }
@@ -48,10 +48,10 @@ void tables_writeLinks() {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %-16s %16s %16s %16s %16s";
-    table_writeTitle("Link Flow Summary");
+    tablewriter_writeTitle("Link Flow Summary");
     report_print(ReportFile, HEAD, "", "", "Flow", "Max. Flow", "Flood", "Max. Flood");
     report_print(ReportFile, HEAD, "Link", "Type", "m3", "m3/s", "m3", "m3/s");
-    table_writeDashes(6);
+    tablewriter_writeDashes(6);
     for (const Link& link : Links) {
         if (link.kind >= 0) {
             report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f", link.id, LinkKindWords[link.kind],

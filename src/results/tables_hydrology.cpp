@@ -2,25 +2,25 @@
 
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
-#include "input/datetime.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
+#include "text/datetime.h"
 
 void tables_writeSubcatches() {
     if (Subcatches.empty()) {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s %16s %16s %16s";
-    table_writeTitle("Subcatchment Runoff Summary");
+    tablewriter_writeTitle("Subcatchment Runoff Summary");
     report_print(ReportFile, HEAD, "", "Area", "Rainfall", "Evap.", "Infil.", "Runoff", "Runoff", "Peak Runoff",
                  "Runoff Coef.");
     report_print(ReportFile, HEAD, "Subcatchment", "hm2", "mm", "mm", "mm", "mm", "m3", "m3/s", "");
-    table_writeDashes(9);
+    tablewriter_writeDashes(9);
     for (const Subcatch& s : Subcatches) {
         const double coefficient = s.rainfall == 0.0 ? 0.0 : s.runoff / s.rainfall;
         report_print(ReportFile, "\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", s.name,
@@ -33,19 +33,19 @@ void tables_writeWashoff() {
     if (Subcatches.empty() || Polluts.empty()) {
         return;
     }
-    table_writeTitle("Subcatchment Washoff Summary");
+    tablewriter_writeTitle("Subcatchment Washoff Summary");
     report_print(ReportFile, "\n  %-16s", "");
     for (const Pollut& pollutant : Polluts) {
         report_print(ReportFile, " %16s", pollutant.id);
     }
     report_print(ReportFile, "\n  %-16s", "Subcatchment");
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16s", "kg");
     }
-    table_writeDashes(1 + Polluts.size());
+    tablewriter_writeDashes(1 + Polluts.size());
     for (const Subcatch& s : Subcatches) {
         report_print(ReportFile, "\n  %-16s", s.name);
-        for (size_t p = 0; p < Polluts.size(); ++p) {
+        for (int32_t p = 0; p < Polluts.size(); ++p) {
             report_print(ReportFile, " %16.3f", s.surfaceWashoff ? s.surfaceWashoff[p] : 0.0);
         }
     }
@@ -56,7 +56,7 @@ void tables_writeGageEvents() {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %8s %-24s %-24s %16s";
-    table_writeTitle("Gage Event Summary");
+    tablewriter_writeTitle("Gage Event Summary");
     report_print(ReportFile, HEAD, "", "", "", "", "Rainfall");
     report_print(ReportFile, HEAD, "Gage", "No.", "Start Date Time", "End Date Time", "mm");
     report_writeLine("---------------- -------- ------------------------ ------------------------ ----------------");

@@ -2,12 +2,12 @@
 
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
-#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/lidmono.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
 
@@ -17,10 +17,10 @@ static constexpr const char* QUALITY_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s
 /// Calls `write` with the name of the place and the unit, for each unit of each subcatchment.
 template <class Write>
 static void forEachUnit(Write write) {
-    for (size_t i = 0; i < Subcatches.size(); ++i) {
-        const LidGroup* group = lid_findGroup(static_cast<int32_t>(i));
-        for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[static_cast<size_t>(k)].next) {
-            write(Subcatches[i].name, LidUnits[static_cast<size_t>(k)]);
+    for (int32_t i = 0; i < Subcatches.size(); ++i) {
+        const LidGroup* group = lid_findGroup(i);
+        for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[k].next) {
+            write(Subcatches[i].name, LidUnits[k]);
         }
     }
 }
@@ -30,7 +30,7 @@ template <class Write>
 static void forEachMono(Write write) {
     for (const Node& node : Nodes) {
         if (node.kind == LID_MONO) {
-            write(node.id, LidMonos[static_cast<size_t>(node.kindIndex)]);
+            write(node.id, LidMonos[node.kindIndex]);
         }
     }
 }
@@ -38,28 +38,28 @@ static void forEachMono(Write write) {
 /// Water balance of a unit: its depths (m) times `factor`.
 static void writeWaterRow(const char* place, const LidUnit& unit, double factor) {
     report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place,
-                 Lids[static_cast<size_t>(unit.lid)].name, unit.inflowDepth * factor, unit.evapDepth * factor,
-                 unit.infilDepth * factor, unit.surfaceOutDepth * factor, unit.drainDepth * factor,
-                 unit.initialDepth * factor, unit.finalDepth * factor);
+                 Lids[unit.lid].name, unit.inflowDepth * factor, unit.evapDepth * factor, unit.infilDepth * factor,
+                 unit.surfaceOutDepth * factor, unit.drainDepth * factor, unit.initialDepth * factor,
+                 unit.finalDepth * factor);
 }
 
 /// Balance of one pollutant in a unit, kg.
-static void writeQualityRow(const char* place, const LidUnit& unit, size_t p) {
+static void writeQualityRow(const char* place, const LidUnit& unit, int32_t p) {
     const auto get = [p](const double* loads) { return loads ? loads[p] : 0.0; };
-    report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place,
-                 Lids[static_cast<size_t>(unit.lid)].name, get(unit.inflowLoad), get(unit.exfilLoad),
-                 get(unit.surfaceOutLoad), get(unit.drainOutLoad), get(unit.reactedLoad), get(unit.finalLoad));
+    report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place, Lids[unit.lid].name,
+                 get(unit.inflowLoad), get(unit.exfilLoad), get(unit.surfaceOutLoad), get(unit.drainOutLoad),
+                 get(unit.reactedLoad), get(unit.finalLoad));
 }
 
 void tables_writeLidUnits() {
     if (Lids.empty()) {
         return;
     }
-    table_writeTitle("Subcatchment LID Performance Summary");
+    tablewriter_writeTitle("Subcatchment LID Performance Summary");
     report_print(ReportFile, WATER_HEAD, "", " ", "Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
                  "Init. Storage", "Final Storage");
     report_print(ReportFile, WATER_HEAD, "Subcatchment", "LID Process", "mm", "mm", "mm", "mm", "mm", "mm", "mm");
-    table_writeDashes(9);
+    tablewriter_writeDashes(9);
     forEachUnit([](const char* name, const LidUnit& unit) { writeWaterRow(name, unit, 1000.0); });
 }
 
@@ -67,12 +67,12 @@ void tables_writeLidUnitQuality() {
     if (Lids.empty() || Polluts.empty()) {
         return;
     }
-    table_writeTitle("Subcatchment LID Water Quality Summary");
+    tablewriter_writeTitle("Subcatchment LID Water Quality Summary");
     report_print(ReportFile, QUALITY_HEAD, "", " ", "Inflow", "Infil.", "Surface Outflow", "Drain Outflow", "Removed",
                  "Final Storage");
     report_print(ReportFile, QUALITY_HEAD, "Subcatchment", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
-    table_writeDashes(8);
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    tablewriter_writeDashes(8);
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, "\n  *%s*", Polluts[p].id);
         forEachUnit([p](const char* name, const LidUnit& unit) { writeQualityRow(name, unit, p); });
     }
@@ -82,11 +82,11 @@ void tables_writeLidMonos() {
     if (Lids.empty() || LidMonos.empty()) {
         return;
     }
-    table_writeTitle("LID Monomer Performance Summary");
+    tablewriter_writeTitle("LID Monomer Performance Summary");
     report_print(ReportFile, WATER_HEAD, "", " ", "Tot. Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
                  "Init. Storage", "Final Storage");
     report_print(ReportFile, WATER_HEAD, "Node", "LID Process", "m3", "m3", "m3", "m3", "m3", "m3", "m3");
-    table_writeDashes(9);
+    tablewriter_writeDashes(9);
     forEachMono([](const char* name, const LidMono& mono) { writeWaterRow(name, mono, mono.area); });
 }
 
@@ -94,12 +94,12 @@ void tables_writeLidMonoQuality() {
     if (Lids.empty() || LidMonos.empty() || Polluts.empty()) {
         return;
     }
-    table_writeTitle("LID Monomer Water Quality Summary");
+    tablewriter_writeTitle("LID Monomer Water Quality Summary");
     report_print(ReportFile, QUALITY_HEAD, "", " ", "Tot. Inflow", "Infil.", "Surface Outflow", "Drain Outflow",
                  "Reacted", "Final Storage");
     report_print(ReportFile, QUALITY_HEAD, "Node", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
-    table_writeDashes(8);
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    tablewriter_writeDashes(8);
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, "\n  *%s*", Polluts[p].id);
         forEachMono([p](const char* name, const LidMono& mono) { writeQualityRow(name, mono, p); });
     }

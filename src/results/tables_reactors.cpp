@@ -2,22 +2,22 @@
 
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/reactor.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
-#include "routing/reactor.h"
 
 static void writeQuantity() {
     static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s";
-    table_writeTitle("Reactor Quantity Summary");
+    tablewriter_writeTitle("Reactor Quantity Summary");
     report_print(ReportFile, HEAD, "", "Surpass", "Evap.", "Infil.", "Emptying", "Outflow");
     report_print(ReportFile, HEAD, "Reactor", "m3", "m3", "m3", "m3", "m3");
-    table_writeDashes(6);
+    tablewriter_writeDashes(6);
     for (const Node& node : Nodes) {
         if (node.kind == REACTOR) {
-            const Reactor& reactor = Reactors[static_cast<size_t>(node.kindIndex)];
+            const Reactor& reactor = Reactors[node.kindIndex];
             report_print(ReportFile, "\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f", node.id, reactor.statSurpass,
                          reactor.statEvap, reactor.statInfil, reactor.statEmptying, reactor.statOutflow);
         }
@@ -30,9 +30,9 @@ static void writeBlock(const char* title, double* Reactor::*loads) {
     report_print(ReportFile, "\n  %s", title);
     for (const Node& node : Nodes) {
         if (node.kind == REACTOR) {
-            const double* values = Reactors[static_cast<size_t>(node.kindIndex)].*loads;
+            const double* values = Reactors[node.kindIndex].*loads;
             report_print(ReportFile, "\n  %-16s", node.id);
-            for (size_t p = 0; p < Polluts.size(); ++p) {
+            for (int32_t p = 0; p < Polluts.size(); ++p) {
                 report_print(ReportFile, " %16.3f", values ? values[p] : 0.0);
             }
         }
@@ -40,16 +40,16 @@ static void writeBlock(const char* title, double* Reactor::*loads) {
 }
 
 static void writeQuality() {
-    table_writeTitle("Reactor Quality Summary");
+    tablewriter_writeTitle("Reactor Quality Summary");
     report_print(ReportFile, "\n  %-16s", "");
     for (const Pollut& pollutant : Polluts) {
         report_print(ReportFile, " %16s", pollutant.id);
     }
     report_print(ReportFile, "\n  %-16s", "Reactor");
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16s", "kg");
     }
-    table_writeDashes(1 + Polluts.size());
+    tablewriter_writeDashes(1 + Polluts.size());
     writeBlock("*Surpassing*", &Reactor::statSurpassLoad);
     writeBlock("*Infiltration*", &Reactor::statInfilLoad);
     writeBlock("*Emptying*", &Reactor::statEmptyingLoad);

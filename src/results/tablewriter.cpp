@@ -5,10 +5,10 @@
 
 #include <string>
 
-#include "engine/errors.h"
 #include "hydrology/landuse.h"
+#include "model/errors.h"
 
-void table_writeTitle(const char* title) {
+void tablewriter_writeTitle(const char* title) {
     const std::string stars(std::string(title).size(), '*');
     report_writeLine("");
     report_writeLine(stars.c_str());
@@ -16,29 +16,29 @@ void table_writeTitle(const char* title) {
     report_writeLine(stars.c_str());
 }
 
-void table_writeDashes(size_t groups) {
+void tablewriter_writeDashes(int32_t groups) {
     std::string line(16, '-');
-    for (size_t k = 1; k < groups; ++k) {
+    for (int32_t k = 1; k < groups; ++k) {
         line += " ----------------";
     }
     report_writeLine(line.c_str());
 }
 
-void table_writePollutantHead(const char* object) {
+void tablewriter_writePollutantHead(const char* object) {
     report_print(ReportFile, "\n  %-16s", "");
     for (const Pollut& pollutant : Polluts) {
         report_print(ReportFile, " %16s", pollutant.id);
     }
     report_print(ReportFile, "\n  %-16s", object);
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16s", "kg");
     }
-    table_writeDashes(1 + Polluts.size());
+    tablewriter_writeDashes(1 + Polluts.size());
 }
 
-void table_writePollutantRow(const char* name, const double* values) {
+void tablewriter_writePollutantRow(const char* name, const double* values) {
     report_print(ReportFile, "\n  %-16s", name);
-    for (size_t p = 0; p < Polluts.size(); ++p) {
+    for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16.3f", values ? values[p] : 0.0);
     }
 }

@@ -25,9 +25,8 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
-#include "engine/project.h"
+#include "model/project.h"
 #include "routing/network.h"
 
 constexpr int32_t NONE = -1;
@@ -50,8 +49,8 @@ struct Stop {
 
 /// A strongly connected part with at least one circle, of which nodes may have been taken out since it was made.
 struct Part {
-    size_t begin;  ///< its nodes are a stretch of Search::members
-    size_t end;
+    int32_t begin;  ///< its nodes are a stretch of Search::members
+    int32_t end;
     int64_t cost;   ///< edges to look at to divide it
     int64_t spent;  ///< edges looked at in search of circles since it was made
 };
@@ -61,23 +60,23 @@ struct Lasso {
     int32_t length = INT32_MAX;  ///< nodes
     int32_t distance = NONE;     ///< edges of the tail
     int32_t base = NONE;
-    std::vector<int32_t> edges;
+    Table<int32_t> edges;
 };
 
 struct Search {
-    std::vector<Stop> stops;         ///< by node
-    std::vector<int32_t> order;      ///< nodes as discovered from the heads
-    std::vector<int32_t> members;    ///< nodes of the parts
-    std::vector<int32_t> roots;      ///< nodes of the part that is being divided
-    std::vector<int32_t> trail;      ///< nodes from the root to the one that is visited
-    std::vector<int32_t> nextEdges;  ///< for each of them the edge to follow next
-    std::vector<int32_t> pending;    ///< nodes visited that are in no part yet
-    std::vector<int32_t> queue;      ///< nodes as discovered from the start of a circle
-    std::vector<Part> parts;         ///< old ones too
+    Table<Stop> stops;         ///< by node
+    Table<int32_t> order;      ///< nodes as discovered from the heads
+    Table<int32_t> members;    ///< nodes of the parts
+    Table<int32_t> roots;      ///< nodes of the part that is being divided
+    Table<int32_t> trail;      ///< nodes from the root to the one that is visited
+    Table<int32_t> nextEdges;  ///< for each of them the edge to follow next
+    Table<int32_t> pending;    ///< nodes visited that are in no part yet
+    Table<int32_t> queue;      ///< nodes as discovered from the start of a circle
+    Table<Part> parts;         ///< old ones too
     Lasso best;
     int64_t visits = 0;
 
-    Stop& at(int32_t node) { return stops[static_cast<size_t>(node)]; }
+    Stop& at(int32_t node) { return stops[node]; }
 };
 
 /// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
@@ -85,7 +84,7 @@ static int32_t findEdge(Search& search, int32_t node, int32_t& position) {
     const LinkList outgoing = network_getOutgoing(node);
     ++search.visits;
     for (; position < outgoing.count; ++position) {
-        const Link& link = Links[static_cast<size_t>(outgoing.first[position])];
+        const Link& link = Links[outgoing.first[position]];
         if (!link.isLagged) {
             return link.toNode;
         }
@@ -100,7 +99,7 @@ static int32_t findEdge(Search& search, int32_t node, int32_t& position) {
 
 static void discover(Search& search, int32_t node, int32_t previous, int32_t edge) {
     Stop& stop = search.at(node);
-    stop.rank = static_cast<int32_t>(search.order.size());
+    stop.rank = search.order.size();
     stop.distance = previous < 0 ? 0 : search.at(previous).distance + 1;
     stop.previous = previous;
     stop.edge = edge;
@@ -110,12 +109,12 @@ static void discover(Search& search, int32_t node, int32_t previous, int32_t edg
 /// Breadth first, the heads in the order of the table: the way back over `previous` is the first of the shortest paths
 /// to a node, and of two nodes at the same distance the one with the smaller rank has the earlier path.
 static void discoverFromHeads(Search& search) {
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].isHead) {
-            discover(search, static_cast<int32_t>(k), NONE, NONE);
+            discover(search, k, NONE, NONE);
         }
     }
-    for (size_t next = 0; next < search.order.size(); ++next) {
+    for (int32_t next = 0; next < search.order.size(); ++next) {
         const int32_t node = search.order[next];
         int32_t to;
         for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
@@ -130,24 +129,24 @@ static void discoverFromHeads(Search& search) {
 
 /// Number of all paths from the heads, at most the number of nodes. The nodes of a circle, and all behind them, keep
 /// open inflows and aren't counted; `counted` is the number of those that are.
-static int64_t countPaths(Search& search, size_t& counted) {
+static int64_t countPaths(Search& search, int32_t& counted) {
     const int64_t limit = static_cast<int64_t>(Nodes.size());
-    std::vector<int64_t> paths(Nodes.size(), 0);  // that end at the node
-    std::vector<int32_t>& ready = search.queue;
+    Table<int64_t> paths = table_make(Nodes.size(), int64_t{0});  // that end at the node
+    Table<int32_t>& ready = search.queue;
     for (const int32_t node : search.order) {
-        paths[static_cast<size_t>(node)] = Nodes[static_cast<size_t>(node)].isHead ? 1 : 0;
+        paths[node] = Nodes[node].isHead ? 1 : 0;
         if (search.at(node).openInflows == 0) {
             ready.push_back(node);
         }
     }
     int64_t total = 0;
-    for (size_t next = 0; next < ready.size(); ++next) {
+    for (int32_t next = 0; next < ready.size(); ++next) {
         const int32_t node = ready[next];
-        const int64_t count = paths[static_cast<size_t>(node)];
+        const int64_t count = paths[node];
         total = std::min(limit, total + count);
         int32_t to;
         for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
-            int64_t& sum = paths[static_cast<size_t>(to)];
+            int64_t& sum = paths[to];
             sum = std::min(limit, sum + count);
             if (--search.at(to).openInflows == 0) {
                 ready.push_back(to);
@@ -161,14 +160,14 @@ static int64_t countPaths(Search& search, size_t& counted) {
 // --- strongly connected parts --------------------------------------------------------------------------------------
 
 /// Takes the nodes of a finished part off the list of pending ones, and keeps the part if it holds a circle.
-static void closePart(Search& search, int32_t root, size_t& place) {
+static void closePart(Search& search, int32_t root, int32_t& place) {
     Part part = {place, place, 0, 0};
     const bool hasCircle = search.pending.back() != root || search.at(root).feedsItself;
     int32_t node;
     do {
         node = search.pending.back();
         search.pending.pop_back();
-        search.at(node).part = hasCircle ? static_cast<int32_t>(search.parts.size()) : NONE;
+        search.at(node).part = hasCircle ? search.parts.size() : NONE;
         if (hasCircle) {
             search.members[part.end++] = node;
             part.cost += 1 + network_getOutgoing(node).count;
@@ -190,10 +189,10 @@ static void enter(Search& search, int32_t node, int32_t& calls) {
 /// Divides what is left of a part into what hangs together (Tarjan's algorithm, with its calls on a list). The new
 /// parts take the places of the old one.
 static void dividePart(Search& search, int32_t part) {
-    size_t place = search.parts[static_cast<size_t>(part)].begin;
-    const size_t end = search.parts[static_cast<size_t>(part)].end;
+    int32_t place = search.parts[part].begin;
+    const int32_t end = search.parts[part].end;
     search.roots.clear();
-    for (size_t k = place; k < end; ++k) {
+    for (int32_t k = place; k < end; ++k) {
         search.at(search.members[k]).call = NONE;
         search.roots.push_back(search.members[k]);
     }
@@ -235,11 +234,11 @@ static void dividePart(Search& search, int32_t part) {
 /// if the circle has more than `limit` nodes. `length` gets the nodes of the circle.
 static int32_t findCircle(Search& search, int32_t start, int32_t limit, int32_t& length) {
     const int32_t part = search.at(start).part;
-    search.queue.assign(1, start);
+    search.queue.fill(1, start);
     search.at(start).circleStart = start;
-    size_t levelEnd = 1;
+    int32_t levelEnd = 1;
     length = 1;
-    for (size_t next = 0; next < search.queue.size() && length <= limit; ++next) {
+    for (int32_t next = 0; next < search.queue.size() && length <= limit; ++next) {
         const int32_t node = search.queue[next];
         int32_t to;
         for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
@@ -275,7 +274,7 @@ static void tryLasso(Search& search, int32_t start) {
         return;
     }
     const bool isShorter = distance + circleLength < best.length;
-    std::vector<int32_t> edges;
+    Table<int32_t> edges;
     for (int32_t node = last; node != start; node = search.at(node).circlePrevious) {
         edges.push_back(search.at(node).circleEdge);
     }
@@ -287,30 +286,30 @@ static void tryLasso(Search& search, int32_t start) {
         base = search.at(base).previous;
     }
     std::reverse(edges.begin(), edges.end());
-    if (isShorter || search.at(base).rank < search.at(best.base).rank || (base == best.base && edges < best.edges)) {
+    if (isShorter || search.at(base).rank < search.at(best.base).rank ||
+        (base == best.base && edges.rows < best.edges.rows)) {
         best = {distance + circleLength, distance, base, std::move(edges)};
     }
 }
 
 /// Name of what closes the lasso: of several edges that lead from its last node back into it the first.
 static const char* nameClosing(Search& search) {
-    std::vector<uint8_t> isOnPath(Nodes.size(), 0);
+    Table<uint8_t> isOnPath = table_make(Nodes.size(), uint8_t{0});
     for (int32_t node = search.best.base; node >= 0; node = search.at(node).previous) {
-        isOnPath[static_cast<size_t>(node)] = 1;
+        isOnPath[node] = 1;
     }
     int32_t last = search.best.base;
     for (int32_t edge : search.best.edges) {
         last = findEdge(search, last, edge);
-        isOnPath[static_cast<size_t>(last)] = 1;
+        isOnPath[last] = 1;
     }
     int32_t position = 0;
     int32_t to;
-    while ((to = findEdge(search, last, position)) >= 0 && !isOnPath[static_cast<size_t>(to)]) {
+    while ((to = findEdge(search, last, position)) >= 0 && !isOnPath[to]) {
         ++position;
     }
     const LinkList outgoing = network_getOutgoing(last);
-    return position < outgoing.count ? Links[static_cast<size_t>(outgoing.first[position])].id
-                                     : Nodes[static_cast<size_t>(to)].id;
+    return position < outgoing.count ? Links[outgoing.first[position]].id : Nodes[to].id;
 }
 
 static const char* findFirstLoop(Search& search) {
@@ -333,7 +332,7 @@ static const char* findFirstLoop(Search& search) {
         const int64_t visits = search.visits;
         tryLasso(search, start);
         search.at(start).part = NONE;
-        Part& searched = search.parts[static_cast<size_t>(part)];
+        Part& searched = search.parts[part];
         searched.spent += search.visits - visits;
         if (searched.spent >= searched.cost) {
             dividePart(search, part);
@@ -346,7 +345,7 @@ LoopCheck loops_check() {
     Search search;
     search.stops.resize(Nodes.size());
     discoverFromHeads(search);
-    size_t counted = 0;
+    int32_t counted = 0;
     const int64_t pathCount = countPaths(search, counted);
     const char* loopName = counted < search.order.size() ? findFirstLoop(search) : nullptr;
     return {loopName, pathCount, search.visits};

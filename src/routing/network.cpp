@@ -8,20 +8,20 @@
 #include <new>
 #include <optional>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "hydrology/lidmono.h"
-#include "input/names.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/lidmono.h"
+#include "nodes/reactor.h"
 #include "routing/loops.h"
-#include "routing/reactor.h"
 
 int32_t* SortedNodes = nullptr;
 int64_t NetworkVisitCount = 0;
 
 struct LinkIndex {
-    std::vector<int32_t> start;  ///< by node: where its links begin; one more at the end
-    std::vector<int32_t> links;
+    Table<int32_t> start;  ///< by node: where its links begin; one more at the end
+    Table<int32_t> links;
 };
 
 static LinkIndex Outgoing, Incoming;
@@ -29,26 +29,25 @@ static LinkIndex Outgoing, Incoming;
 // --- links by node -------------------------------------------------------------------------------------------------
 
 static void indexLinks(LinkIndex& index, int32_t Link::*end) {
-    index.start.assign(Nodes.size() + 1, 0);
+    index.start.fill(Nodes.size() + 1, 0);
     index.links.resize(Links.size());
     for (const Link& link : Links) {
         ++index.start[static_cast<size_t>(link.*end) + 1];
     }
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         index.start[k + 1] += index.start[k];
     }
-    std::vector<int32_t> next(index.start.begin(), index.start.end() - 1);
-    for (size_t k = 0; k < Links.size(); ++k) {
-        index.links[static_cast<size_t>(next[static_cast<size_t>(Links[k].*end)]++)] = static_cast<int32_t>(k);
+    Table<int32_t> next = index.start;
+    for (int32_t k = 0; k < Links.size(); ++k) {
+        index.links[next[Links[k].*end]++] = k;
     }
 }
 
 static LinkList getLinks(const LinkIndex& index, int32_t node) {
-    const size_t n = static_cast<size_t>(node);
-    if (n + 1 >= index.start.size()) {
+    if (node + 1 >= index.start.size()) {
         return {nullptr, 0};
     }
-    return {index.links.data() + index.start[n], index.start[n + 1] - index.start[n]};
+    return {index.links.data() + index.start[node], index.start[node + 1] - index.start[node]};
 }
 
 void network_indexLinks() {
@@ -73,10 +72,10 @@ void network_clear() {
 // --- edges that are no links ---------------------------------------------------------------------------------------
 
 int32_t network_getDirectEdges(int32_t node, int32_t targets[2]) {
-    const Node& record = Nodes[static_cast<size_t>(node)];
+    const Node& record = Nodes[node];
     switch (record.kind) {
         case REACTOR: {
-            const Reactor& reactor = Reactors[static_cast<size_t>(record.kindIndex)];
+            const Reactor& reactor = Reactors[record.kindIndex];
             targets[0] = reactor.surpassNode;
             targets[1] = reactor.emptyingNode;
             return reactor.emptyingNode >= 0 ? 2 : 1;
@@ -96,17 +95,17 @@ int32_t network_getDirectTargets(int32_t node, int32_t targets[2]) {
 /// Marks the nodes that nothing flows into. Of the links that end at a node only the first in the table is looked at:
 /// behind a lagged first link others don't hold the node back.
 static void markHeads() {
-    std::vector<uint8_t> hasUpstream(Nodes.size(), 0);
+    Table<uint8_t> hasUpstream = table_make(Nodes.size(), uint8_t{0});
     int32_t targets[2];
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        const int32_t count = network_getDirectTargets(static_cast<int32_t>(k), targets);
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        const int32_t count = network_getDirectTargets(k, targets);
         for (int32_t t = 0; t < count; ++t) {
-            hasUpstream[static_cast<size_t>(targets[t])] = 1;
+            hasUpstream[targets[t]] = 1;
         }
     }
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        const LinkList incoming = network_getIncoming(static_cast<int32_t>(k));
-        const bool isHeld = incoming.count > 0 && !Links[static_cast<size_t>(incoming.first[0])].isLagged;
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        const LinkList incoming = network_getIncoming(k);
+        const bool isHeld = incoming.count > 0 && !Links[incoming.first[0]].isLagged;
         if (!hasUpstream[k] && !isHeld) {
             Nodes[k].isHead = 1;
         }
@@ -115,7 +114,7 @@ static void markHeads() {
 
 /// Row of a node by its name, as the rules below ask for it; the error if the name isn't known.
 static int32_t findByName(const Node& node) {
-    const int32_t index = project_findObject(NODE, node.id);
+    const int32_t index = names_find(NODE, node.id);
     if (index < 0) {
         report_writeError(ERR_UNDEFINED_OBJECT, node.id);
     }
@@ -145,9 +144,9 @@ static void checkSurplusOutlets() {
 }
 
 static void checkOutfallOutlets() {
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].kind == OUTFALL) {
-            for (int32_t count = network_getOutgoing(static_cast<int32_t>(k)).count; count > 0; --count) {
+            for (int32_t count = network_getOutgoing(k).count; count > 0; --count) {
                 report_writeError(ERR_OUTFALL_OUTLET, Nodes[k].id);
             }
         }
@@ -155,12 +154,12 @@ static void checkOutfallOutlets() {
 }
 
 static void checkTankOutlets() {
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].kind != TANK) {
             continue;
         }
-        for (const int32_t link : network_getOutgoing(static_cast<int32_t>(k))) {
-            const int32_t kind = Links[static_cast<size_t>(link)].kind;
+        for (const int32_t link : network_getOutgoing(k)) {
+            const int32_t kind = Links[link].kind;
             if (kind != PUMP && kind != WEIR && kind != ORIFICE) {
                 report_writeError(ERR_TANK_LINK, Nodes[k].id);
             }
@@ -209,54 +208,54 @@ struct ReleaseCount {
     int32_t visited;
 };
 
-static std::vector<ReleaseCount> countUpstream() {
-    std::vector<ReleaseCount> counts(Nodes.size(), ReleaseCount{});
+static Table<ReleaseCount> countUpstream() {
+    Table<ReleaseCount> counts = table_make(Nodes.size(), ReleaseCount{});
     int32_t targets[2];
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        const int32_t count = network_getDirectTargets(static_cast<int32_t>(k), targets);
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        const int32_t count = network_getDirectTargets(k, targets);
         for (int32_t t = 0; t < count; ++t) {
-            ++counts[static_cast<size_t>(targets[t])].upstream;
+            ++counts[targets[t]].upstream;
         }
     }
     for (const Link& link : Links) {
         if (!link.isLagged) {
-            ++counts[static_cast<size_t>(link.toNode)].upstream;
+            ++counts[link.toNode].upstream;
         }
     }
     return counts;
 }
 
 void network_sortNodes() {
-    std::vector<ReleaseCount> counts = countUpstream();
-    std::vector<uint8_t> isPlaced(Nodes.size(), 0);
-    size_t placed = 0;
+    Table<ReleaseCount> counts = countUpstream();
+    Table<uint8_t> isPlaced = table_make(Nodes.size(), uint8_t{0});
+    int32_t placed = 0;
     const auto place = [&](int32_t node) {
-        isPlaced[static_cast<size_t>(node)] = 1;
+        isPlaced[node] = 1;
         SortedNodes[placed++] = node;
     };
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].isHead) {
-            place(static_cast<int32_t>(k));
+            place(k);
         }
     }
     // The list of placed nodes is the queue as well: what stands behind `next` still waits for its turn.
-    for (size_t next = 0; next < placed; ++next) {
+    for (int32_t next = 0; next < placed; ++next) {
         const int32_t node = SortedNodes[next];
         int32_t targets[2];
         const int32_t targetCount = network_getDirectEdges(node, targets);
         for (int32_t t = 0; t < targetCount; ++t) {
             // A reactor that empties to its surpass node counts it twice here, though the node waits for it once, so it
             // may release the node too early.
-            ReleaseCount& count = counts[static_cast<size_t>(targets[t])];
-            if (!isPlaced[static_cast<size_t>(targets[t])] && ++count.visited == count.upstream) {
+            ReleaseCount& count = counts[targets[t]];
+            if (!isPlaced[targets[t]] && ++count.visited == count.upstream) {
                 place(targets[t]);
             }
         }
         for (const int32_t link : network_getOutgoing(node)) {
             // A lagged link counts here, though nobody waits for it, so it may release its target too early.
-            const int32_t to = Links[static_cast<size_t>(link)].toNode;
-            ReleaseCount& count = counts[static_cast<size_t>(to)];
-            if (!isPlaced[static_cast<size_t>(to)] && ++count.visited >= count.upstream) {
+            const int32_t to = Links[link].toNode;
+            ReleaseCount& count = counts[to];
+            if (!isPlaced[to] && ++count.visited >= count.upstream) {
                 place(to);
             }
         }

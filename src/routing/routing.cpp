@@ -10,28 +10,27 @@
 #include "routing/routing.h"
 
 #include <utility>
-#include <vector>
 
 #include "controls/rule.h"
 #include "coupling/coupled.h"
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "hydrology/inflows.h"
-#include "hydrology/lidmono.h"
 #include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
-#include "input/datetime.h"
+#include "links/conduit.h"
+#include "links/connection.h"
+#include "links/link.h"
+#include "links/pipe.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/inflows.h"
+#include "nodes/lidmono.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
 #include "platform/memory.h"
 #include "results/massbal.h"
-#include "routing/conduit.h"
-#include "routing/connection.h"
-#include "routing/link.h"
 #include "routing/network.h"
-#include "routing/node.h"
-#include "routing/pipe.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
+#include "text/datetime.h"
 
 /// One visit of a step.
 struct Visit {
@@ -41,24 +40,24 @@ struct Visit {
     int32_t firstOutgoing, outgoingCount;
 };
 
-static std::vector<Visit> Visits;
-static std::vector<VisitLink> Incoming, Outgoing;  ///< links that enter and leave the nodes, in the order of the visits
+static Table<Visit> Visits;
+static Table<VisitLink> Incoming, Outgoing;  ///< links that enter and leave the nodes, in the order of the visits
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
-static void addVisitLinks(std::vector<VisitLink>& visitLinks, LinkList links) {
+static void addVisitLinks(Table<VisitLink>& visitLinks, LinkList links) {
     for (const int32_t link : links) {
-        const Link& record = Links[static_cast<size_t>(link)];
+        const Link& record = Links[link];
         visitLinks.push_back({link, record.kind, record.kindIndex, 0});
     }
 }
 
 /// Lets those who look ahead do so at the end, too.
-static void padVisitLinks(std::vector<VisitLink>& visitLinks) {
-    visitLinks.resize(visitLinks.size() + LINKS_FAR, {0, -1, -1, 0});
+static void padVisitLinks(Table<VisitLink>& visitLinks) {
+    visitLinks.rows.insert(visitLinks.rows.end(), LINKS_FAR, VisitLink{0, -1, -1, 0});
 }
 
-static int32_t getCount(const std::vector<VisitLink>& visitLinks) {
+static int32_t getCount(const Table<VisitLink>& visitLinks) {
     return static_cast<int32_t>(visitLinks.size());
 }
 
@@ -71,8 +70,8 @@ static void listVisits() {
     Visits.reserve(Nodes.size());
     Incoming.reserve(Links.size());
     Outgoing.reserve(Links.size());
-    size_t firstOfNode0 = Nodes.size();
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    int32_t firstOfNode0 = Nodes.size();
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         const int32_t node = SortedNodes[k];
         if (node == 0 && firstOfNode0 < k) {
             Visits.push_back(Visits[firstOfNode0]);
@@ -90,47 +89,46 @@ static void listVisits() {
 }
 
 /// Place of each node in the order of the visits; -1 for all if the order leaves one out.
-static std::vector<int32_t> getPlaces() {
-    std::vector<int32_t> places(Nodes.size(), -1);
-    for (size_t k = 0; k < Visits.size(); ++k) {
-        int32_t& place = places[static_cast<size_t>(Visits[k].node)];
+static Table<int32_t> getPlaces() {
+    Table<int32_t> places = table_make(Nodes.size(), -1);
+    for (int32_t k = 0; k < Visits.size(); ++k) {
+        int32_t& place = places[Visits[k].node];
         if (place >= 0) {
-            places.assign(Nodes.size(), -1);
+            places.fill(Nodes.size(), -1);
             break;
         }
-        place = static_cast<int32_t>(k);
+        place = k;
     }
     return places;
 }
 
 /// Whether the flow of a pipe stands fast by the time at which its lower node collects it.
-static bool isSettledAtVisit(const Link& link, const std::vector<int32_t>& places) {
+static bool isSettledAtVisit(const Link& link, const Table<int32_t>& places) {
     const int32_t to = link.toNode;
-    return link.kind == PIPE && !link.isLagged && !coupled_isKind(Nodes[static_cast<size_t>(to)].kind) &&
-           places[static_cast<size_t>(link.fromNode)] < places[static_cast<size_t>(to)];
+    return link.kind == PIPE && !link.isLagged && !coupled_isKind(Nodes[to].kind) && places[link.fromNode] < places[to];
 }
 
 /// Junctions and their pipes are the bulk of a network. Their statistics are made where they are in hand anyway; those
 /// of all others behind the step.
 static void divideStatistics() {
-    const std::vector<int32_t> places = getPlaces();
-    std::vector<int32_t> links, nodes;
-    for (size_t k = 0; k < Links.size(); ++k) {
+    const Table<int32_t> places = getPlaces();
+    Table<int32_t> links, nodes;
+    for (int32_t k = 0; k < Links.size(); ++k) {
         if (!isSettledAtVisit(Links[k], places)) {
-            links.push_back(static_cast<int32_t>(k));
+            links.push_back(k);
         }
     }
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].kind != JUNCTION || places[k] < 0) {
-            nodes.push_back(static_cast<int32_t>(k));
+            nodes.push_back(k);
         }
     }
     for (Visit& visit : Visits) {
-        const size_t node = static_cast<size_t>(visit.node);
+        const int32_t node = visit.node;
         visit.isCounted = Nodes[node].kind == JUNCTION && places[node] >= 0 ? 1 : 0;
     }
     for (VisitLink& link : Incoming) {
-        link.isCounted = link.kind >= 0 && isSettledAtVisit(Links[static_cast<size_t>(link.link)], places) ? 1 : 0;
+        link.isCounted = link.kind >= 0 && isSettledAtVisit(Links[link.link], places) ? 1 : 0;
     }
     massbal_setLists(std::move(links), std::move(nodes));
 }
@@ -155,11 +153,11 @@ int32_t routing_open() {
 }
 
 void routing_close() {
-    for (size_t k = 0; k < Nodes.size(); ++k) {
-        node_endState(static_cast<int32_t>(k));
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        node_endState(k);
     }
-    for (size_t k = 0; k < Links.size(); ++k) {
-        link_endState(static_cast<int32_t>(k));
+    for (int32_t k = 0; k < Links.size(); ++k) {
+        link_endState(k);
     }
     SortedNodes = nullptr;
     Visits = {};
@@ -174,13 +172,13 @@ bool routing_isReady() {
 
 // --- memory ahead of the visits ------------------------------------------------------------------------------------
 
-static constexpr size_t FAR = 12;  ///< visits ahead at which the record of a node is asked for
-static constexpr size_t NEAR = 5;  ///< visits ahead at which its arrays are
+static constexpr int32_t FAR = 12;  ///< visits ahead at which the record of a node is asked for
+static constexpr int32_t NEAR = 5;  ///< visits ahead at which its arrays are
 
-static void fetchNodes(size_t visit) {
+static void fetchNodes(int32_t visit) {
     if (visit + FAR < Visits.size()) {
-        memory_fetch(&Nodes[static_cast<size_t>(Visits[visit + FAR].node)]);
-        const Node& near = Nodes[static_cast<size_t>(Visits[visit + NEAR].node)];
+        memory_fetch(&Nodes[Visits[visit + FAR].node]);
+        const Node& near = Nodes[Visits[visit + NEAR].node];
         memory_fetch(near.massInflow);
         memory_fetch(near.newQual);
     }
@@ -202,7 +200,7 @@ static void updateOutgoing(int32_t node, VisitLinkList outgoing, double fireTime
 }
 
 static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgoing, double fireTime) {
-    Node& node = Nodes[static_cast<size_t>(index)];
+    Node& node = Nodes[index];
     node_gatherInflows(index, incoming);
     node.newInflow = node.newLatFlow + node.newUpstreamFlow;
     switch (node.kind) {
@@ -232,14 +230,14 @@ static void visitNode(int32_t index, VisitLinkList incoming, VisitLinkList outgo
 }
 
 static void visitNodes(double fireTime) {
-    for (size_t k = 0; k < Visits.size(); ++k) {
+    for (int32_t k = 0; k < Visits.size(); ++k) {
         fetchNodes(k);
         const Visit& visit = Visits[k];
-        const VisitLinkList incoming{&Incoming[static_cast<size_t>(visit.firstIncoming)], visit.incomingCount};
-        const VisitLinkList outgoing{&Outgoing[static_cast<size_t>(visit.firstOutgoing)], visit.outgoingCount};
+        const VisitLinkList incoming{&Incoming[visit.firstIncoming], visit.incomingCount};
+        const VisitLinkList outgoing{&Outgoing[visit.firstOutgoing], visit.outgoingCount};
         visitNode(visit.node, incoming, outgoing, fireTime);
         if (visit.isCounted) {
-            massbal_countNode(Nodes[static_cast<size_t>(visit.node)]);
+            massbal_countNode(Nodes[visit.node]);
         }
     }
 }
@@ -256,7 +254,7 @@ void routing_step() {
     NewRoutingTime = newTime;
     OldRoutingTime = oldTime;
 
-    const int32_t nodeCount = static_cast<int32_t>(Nodes.size());
+    const int32_t nodeCount = Nodes.size();
     for (int32_t node = 0; node < nodeCount; ++node) {
         node_shiftState(node);
     }

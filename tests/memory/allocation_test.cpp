@@ -10,8 +10,8 @@
 #include <new>
 #include <string>
 
-#include "engine/errors.h"
-#include "input/table.h"
+#include "model/curve.h"
+#include "model/errors.h"
 #include "support/allkinds.h"
 #include "support/generate.h"
 
@@ -118,7 +118,7 @@ static Outcome run(const ProjectFile& project, Project& model, int64_t request) 
     IsRefused = false;
     RequestsLeft = request;
     note(model.open());
-    for (const Table& curve : Curves) {
+    for (const Curve& curve : Curves) {
         outcome.entries += curve.entries.size();
     }
     if (outcome.code == 0) {

@@ -1,7 +1,7 @@
 #pragma once
 // What a test sends into an outside model.
 
-#include "hydrology/inflows.h"
+#include "nodes/inflows.h"
 #include "support/storagemodel.h"
 
 /// Sets the dry weather flow of J, m3/s, for the steps to come.

@@ -7,11 +7,11 @@
 #include <sstream>
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "support/tempfolder.h"
 #include "tarnvelde.h"
 

@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
-#include "engine/project.h"
-#include "hydrology/lidmono.h"
-#include "routing/node.h"
+#include "model/project.h"
+#include "nodes/lidmono.h"
+#include "nodes/node.h"
 #include "support/lids.h"
 
 /// One node M (a trench of 100 m2) with a connection to the outfall OUT, and an inflow of its own.
@@ -39,12 +39,12 @@ protected:
     }
 
     static LidMono& unit() { return LidMonos[0]; }
-    static Node& node() { return Nodes[static_cast<size_t>(findMono())]; }
+    static Node& node() { return Nodes[findMono()]; }
 
     static int32_t findMono() {
-        for (size_t k = 0; k < Nodes.size(); ++k) {
+        for (int32_t k = 0; k < Nodes.size(); ++k) {
             if (Nodes[k].kind == LID_MONO) {
-                return static_cast<int32_t>(k);
+                return k;
             }
         }
         return -1;

@@ -5,11 +5,11 @@
 
 #include <vector>
 
-#include "engine/project.h"
 #include "hydrology/lid.h"
 #include "hydrology/lidunit.h"
-#include "input/pattern.h"
-#include "routing/decay.h"
+#include "model/decay.h"
+#include "model/pattern.h"
+#include "model/project.h"
 
 struct States {
     double surface, soil, storage, pavement;

@@ -6,15 +6,15 @@
 #include <cstring>
 #include <string>
 
-#include "engine/errors.h"
-#include "input/tokens.h"
+#include "model/errors.h"
+#include "text/tokens.h"
 
 /// The result of a section's parser for a line.
 template <class Parser>
 int32_t parseLine(const std::string& line, Parser parser) {
     static char buffer[8192];
     std::strcpy(buffer, line.c_str());
-    input_splitTokens(buffer);
+    tokens_split(buffer);
     ErrorObjectName = "untouched";
     return parser();
 }

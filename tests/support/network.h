@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "engine/arena.h"
-#include "engine/project.h"
-#include "hydrology/lidmono.h"
+#include "model/arena.h"
+#include "model/project.h"
+#include "nodes/lidmono.h"
+#include "nodes/reactor.h"
 #include "routing/loops.h"
 #include "routing/network.h"
-#include "routing/reactor.h"
 #include "support/objects.h"
 
 class NetworkTest : public ::testing::Test {
@@ -53,8 +53,8 @@ inline void addNodes(int32_t count) {
 
 /// Makes a node a reactor; without an emptying node `emptying` is -1.
 inline void makeReactor(int32_t node, int32_t surpass, int32_t emptying) {
-    Nodes[static_cast<size_t>(node)].kind = REACTOR;
-    Nodes[static_cast<size_t>(node)].kindIndex = static_cast<int32_t>(Reactors.size());
+    Nodes[node].kind = REACTOR;
+    Nodes[node].kindIndex = Reactors.size();
     Reactor reactor{};
     reactor.surpassNode = surpass;
     reactor.emptyingNode = emptying;
@@ -62,8 +62,8 @@ inline void makeReactor(int32_t node, int32_t surpass, int32_t emptying) {
 }
 
 inline void makeLidMono(int32_t node, int32_t drain) {
-    Nodes[static_cast<size_t>(node)].kind = LID_MONO;
-    Nodes[static_cast<size_t>(node)].kindIndex = static_cast<int32_t>(LidMonos.size());
+    Nodes[node].kind = LID_MONO;
+    Nodes[node].kindIndex = LidMonos.size();
     LidMono mono{};
     mono.drainNode = drain;
     LidMonos.push_back(mono);
@@ -106,9 +106,9 @@ inline std::string report(const std::vector<std::string>& messages) {
 
 inline std::vector<int32_t> heads() {
     std::vector<int32_t> indices;
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].isHead) {
-            indices.push_back(static_cast<int32_t>(k));
+            indices.push_back(k);
         }
     }
     return indices;

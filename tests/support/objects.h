@@ -6,17 +6,17 @@
 #include <iterator>
 #include <string>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "hydrology/lidmono.h"
-#include "input/names.h"
-#include "routing/conduit.h"
-#include "routing/link.h"
+#include "links/conduit.h"
+#include "links/link.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/lidmono.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
 #include "routing/network.h"
-#include "routing/node.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
 
 inline void clearObjects() {
     Nodes.clear();
@@ -40,9 +40,9 @@ inline void clearObjects() {
 /// Registers a node and adds its record; a kind of -1 is that of a refused line.
 inline int32_t addNode(const std::string& id, int32_t kind = JUNCTION) {
     const int32_t index = ObjectCount[NODE]++;
-    project_addObject(NODE, id.c_str(), index);
+    names_add(NODE, id.c_str(), index);
     Node node{};
-    node.id = project_findId(NODE, id.c_str());
+    node.id = names_findId(NODE, id.c_str());
     node.kind = kind;
     node.kindIndex = kind < 0 ? 0 : NodeKindCount[kind]++;
     Nodes.push_back(node);
@@ -52,9 +52,9 @@ inline int32_t addNode(const std::string& id, int32_t kind = JUNCTION) {
 /// Registers an open link and adds its record; a kind of -1 is that of a refused line.
 inline int32_t addLink(const std::string& id, int32_t kind) {
     const int32_t index = ObjectCount[LINK]++;
-    project_addObject(LINK, id.c_str(), index);
+    names_add(LINK, id.c_str(), index);
     Link link{};
-    link.id = project_findId(LINK, id.c_str());
+    link.id = names_findId(LINK, id.c_str());
     link.kind = kind;
     link.kindIndex = kind < 0 ? 0 : LinkKindCount[kind]++;
     link.setting = link.targetSetting = 1.0;

@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "routing/node.h"
-#include "routing/reactor.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
 #include "support/project.h"
 #include "support/tempfolder.h"
 #include "tarnvelde.h"
@@ -91,7 +91,7 @@ protected:
         EXPECT_NE(report().find("\n  ERROR " + message), std::string::npos) << "wanted " << message << report();
     }
 
-    static Node& node(const char* name) { return Nodes[static_cast<size_t>(tarnvelde_findObject(1, name))]; }
+    static Node& node(const char* name) { return Nodes[tarnvelde_findObject(1, name)]; }
 
     static Reactor& reactor() { return Reactors[0]; }
 

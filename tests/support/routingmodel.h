@@ -5,9 +5,9 @@
 
 #include <string>
 
-#include "engine/project.h"
-#include "routing/node.h"
-#include "routing/pipe.h"
+#include "links/pipe.h"
+#include "model/project.h"
+#include "nodes/node.h"
 #include "support/project.h"
 
 constexpr double DT = 60.0;  ///< s, the routing step of getGeneral
@@ -31,9 +31,9 @@ struct Model {
         }
     }
 
-    static const Node& node(const char* name) { return Nodes[static_cast<size_t>(tarnvelde_findObject(1, name))]; }
-    static Link& link(const char* name) { return Links[static_cast<size_t>(tarnvelde_findObject(2, name))]; }
-    static Pipe& pipe(const char* name) { return Pipes[static_cast<size_t>(link(name).kindIndex)]; }
+    static const Node& node(const char* name) { return Nodes[tarnvelde_findObject(1, name)]; }
+    static Link& link(const char* name) { return Links[tarnvelde_findObject(2, name)]; }
+    static Pipe& pipe(const char* name) { return Pipes[link(name).kindIndex]; }
 };
 
 inline const std::string A_TO_OUT = "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n";

@@ -8,30 +8,30 @@
 
 #include "controls/rule.h"
 #include "coupling/swmm.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/tokens.h"
-#include "routing/conduit.h"
-#include "routing/link.h"
-#include "routing/node.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
+#include "links/conduit.h"
+#include "links/link.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
 #include "support/objects.h"
+#include "text/tokens.h"
 
 inline Node& nodeOf(const std::string& id) {
-    return Nodes[static_cast<size_t>(project_findObject(NODE, id.c_str()))];
+    return Nodes[names_find(NODE, id.c_str())];
 }
 
 inline Link& linkOf(const std::string& id) {
-    return Links[static_cast<size_t>(project_findObject(LINK, id.c_str()))];
+    return Links[names_find(LINK, id.c_str())];
 }
 
 inline Reactor& reactorOf(const std::string& id) {
-    return Reactors[static_cast<size_t>(nodeOf(id).kindIndex)];
+    return Reactors[nodeOf(id).kindIndex];
 }
 
 inline Splitter& splitterOf(const std::string& id) {
-    return Splitters[static_cast<size_t>(nodeOf(id).kindIndex)];
+    return Splitters[nodeOf(id).kindIndex];
 }
 
 /// Reads one clause into the last rule; a RULE line makes a new one.
@@ -39,13 +39,13 @@ inline int32_t read(const std::string& text) {
     static std::string line;
     line = text;
     ErrorObjectName = "?";
-    input_splitTokens(line.data());
-    const int32_t clause = input_findKeyword(Tok[0], ClauseWords);
+    tokens_split(line.data());
+    const int32_t clause = tokens_findKeyword(Tok[0], ClauseWords);
     if (clause == CLAUSE_RULE) {
-        project_addObject(RULE, Tok[1], static_cast<int32_t>(Rules.size()));
+        names_add(RULE, Tok[1], Rules.size());
         Rules.push_back(Rule{});
     }
-    return rule_readLine(static_cast<int32_t>(Rules.size()) - 1, clause);
+    return rule_readLine(Rules.size() - 1, clause);
 }
 
 /// Reads clauses that must all be good.
@@ -92,12 +92,12 @@ protected:
         addLink("OR", ORIFICE);
         addLink("P2", PIPE);
         addLink("P3", PIPE);
-        project_addObject(GAGE, "G", ObjectCount[GAGE]++);
-        Splitters.assign(1, Splitter{});
+        names_add(GAGE, "G", ObjectCount[GAGE]++);
+        Splitters.fill(1, Splitter{});
         SwmmNodes.resize(2);  // without libraries: every call is answered with a failure
         Tanks.resize(1);
         Conduits.resize(1);
-        Reactors.assign(1, Reactor{});
+        Reactors.fill(1, Reactor{});
         Reactors[0].volume = 200.0;
         RoutingStep = 10;
         NewRoutingTime = 0.0;

@@ -5,11 +5,11 @@
 
 #include <string>
 
-#include "engine/arena.h"
-#include "engine/project.h"
-#include "input/names.h"
-#include "routing/conduit.h"
-#include "routing/tank.h"
+#include "links/conduit.h"
+#include "model/arena.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/tank.h"
 #include "support/project.h"
 
 /// Opens a project that must be good and starts it without results; ends and closes it.
@@ -35,27 +35,27 @@ struct StorageModel {
 };
 
 inline int32_t findNode(const char* name) {
-    return project_findObject(NODE, name);
+    return names_find(NODE, name);
 }
 
 inline int32_t findLink(const char* name) {
-    return project_findObject(LINK, name);
+    return names_find(LINK, name);
 }
 
 inline Node& getNode(const char* name) {
-    return Nodes.at(static_cast<size_t>(findNode(name)));
+    return Nodes.at((findNode(name)));
 }
 
 inline Link& getLink(const char* name) {
-    return Links.at(static_cast<size_t>(findLink(name)));
+    return Links.at((findLink(name)));
 }
 
 inline Tank& getTank(const char* name) {
-    return Tanks.at(static_cast<size_t>(getNode(name).kindIndex));
+    return Tanks.at((getNode(name).kindIndex));
 }
 
 inline Conduit& getConduit(const char* name) {
-    return Conduits.at(static_cast<size_t>(getLink(name).kindIndex));
+    return Conduits.at((getLink(name).kindIndex));
 }
 
 /// A curve of a basin with upright walls: the same area (m2) at all depths.

@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "engine/project.h"
-#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
-#include "input/names.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/lidmono.h"
 #include "support/allkinds.h"
 #include "support/database.h"
 #include "support/results.h"
@@ -78,7 +78,7 @@ double mixRunoff(double last, double now) {
 }
 
 double getSubcatchValue(const char* id, int32_t column) {
-    const Subcatch& s = Subcatches.at(static_cast<size_t>(project_findObject(SUBCATCH, id)));
+    const Subcatch& s = Subcatches.at((names_find(SUBCATCH, id)));
     switch (column) {
         case 0: return getRain();
         case 1:

@@ -1,4 +1,4 @@
-#include "engine/arena.h"
+#include "model/arena.h"
 
 #include <gtest/gtest.h>
 

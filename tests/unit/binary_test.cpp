@@ -9,11 +9,11 @@
 #include <atomic>
 #include <thread>
 
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/datetime.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "support/child.h"
 #include "support/results.h"
+#include "text/datetime.h"
 
 static constexpr int32_t MAGIC_NUMBER = 516114522;
 

@@ -1,4 +1,4 @@
-#include "routing/conduit.h"
+#include "links/conduit.h"
 
 #include <gtest/gtest.h>
 
@@ -6,9 +6,9 @@
 #include <random>
 #include <vector>
 
-#include "engine/errors.h"
-#include "input/table.h"
-#include "routing/transect.h"
+#include "links/transect.h"
+#include "model/curve.h"
+#include "model/errors.h"
 #include "support/storagemodel.h"
 
 static const double PI = std::acos(-1.0);

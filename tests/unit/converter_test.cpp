@@ -4,11 +4,11 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/landuse.h"
-#include "input/names.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
 #include "support/lines.h"
 #include "support/project.h"
 
@@ -17,12 +17,12 @@ struct ConverterLines : testing::Test {
     void SetUp() override {
         tarnvelde_close();
         names_clear();
-        Converters.assign(2, Converter{});
+        Converters.fill(2, Converter{});
         ObjectCount[CONVERTER] = ObjectCount[POLLUT] = 2;
-        project_addObject(CONVERTER, "C", 0);
-        project_addObject(CONVERTER, "D", 1);
-        project_addObject(POLLUT, "TSS", 0);
-        project_addObject(POLLUT, "COD", 1);
+        names_add(CONVERTER, "C", 0);
+        names_add(CONVERTER, "D", 1);
+        names_add(POLLUT, "TSS", 0);
+        names_add(POLLUT, "COD", 1);
     }
     void TearDown() override {
         names_clear();
@@ -38,7 +38,7 @@ struct ConverterLines : testing::Test {
     }
     static int count(int32_t index = 0) {
         int number = 0;
-        for (const ConverterPoint* point = Converters[static_cast<size_t>(index)].points; point; point = point->next) {
+        for (const ConverterPoint* point = Converters[index].points; point; point = point->next) {
             ++number;
         }
         return number;
@@ -143,7 +143,7 @@ TEST_F(ConverterLines, NumbersAreRefusedOnlyIfNegativeWithTextBehind) {
 
 TEST_F(ConverterLines, APollutantOfATypeWordIsNoTarget) {
     ObjectCount[POLLUT] = 3;
-    project_addObject(POLLUT, "VORN_INFLUENT", 2);
+    names_add(POLLUT, "VORN_INFLUENT", 2);
     expectGood("C VORN_EFFLUENT");
     expectGood("C VORN_INFLUENT CONSTANT 1 1");
     EXPECT_EQ(Converters[0].type, VORN_INFLUENT);
@@ -227,7 +227,7 @@ struct ConverterAmounts : testing::Test {
         for (size_t k = 0; k + 1 < points.size(); ++k) {
             points[k].next = &points[k + 1];
         }
-        Converters.assign(1, Converter{});
+        Converters.fill(1, Converter{});
         Converters[0].points = points.data();
         const double loads[] = {firstLoad, secondLoad};
         converter_applyInfluent(0, flow, loads, constituents);

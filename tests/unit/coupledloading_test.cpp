@@ -245,7 +245,7 @@ TEST(LibraryPath, OfAFolderWithoutSeparatorLosesItsLastPart) {
 }
 
 TEST(LibraryPath, MissingOrEmptyIsTheFolderOfTheProgram) {
-    const std::string program = file_getProgramPath();
+    const std::string program = files_getProgramPath();
     const std::string folder = program.substr(0, program.rfind('/') + 1);
     for (const std::string& path : {std::string(), std::string("/no/such/folder/")}) {
         CoupledProject p(OneVorn);
@@ -262,7 +262,7 @@ TEST(LibraryPath, MissingOrEmptyIsTheFolderOfTheProgram) {
 
 TEST(LibraryPath, OfAPlantIsForgottenByAWholeRun) {
     // Such a run looks beside the program, whatever the host has told; so far only the place of a plant's engine.
-    const std::string program = file_getProgramPath();
+    const std::string program = files_getProgramPath();
     const std::string folder = program.substr(0, program.rfind('/') + 1);
     const bool isBeside = fs::exists(folder + "vorn.dll") || fs::exists(folder + "libvorn.so");
     CoupledProject p(OneVorn);

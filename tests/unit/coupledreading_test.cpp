@@ -4,7 +4,7 @@
 
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
-#include "engine/arena.h"
+#include "model/arena.h"
 #include "support/engines.h"
 #include "support/lines.h"
 
@@ -84,7 +84,7 @@ TEST(SwmmLines, AreKept) {
     CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp YES\nOUTFLOW OUT D\nINFLOW IN C\nOUTFLOW IN D\nINFLOW OUT C\n");
     p.model("m.inp", getPassingModel(4));
     ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    ASSERT_EQ(SwmmNodes.size(), 1u);
+    ASSERT_EQ(SwmmNodes.size(), 1);
     const OutsideNode& outside = SwmmNodes[0].outside;
     EXPECT_EQ(outside.saveResults, 1);
     const CoupledFlow* in = outside.inflows.head;

@@ -4,7 +4,7 @@
 
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
-#include "engine/project.h"
+#include "model/project.h"
 #include "support/engines.h"
 
 namespace fs = std::filesystem;

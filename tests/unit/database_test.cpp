@@ -5,8 +5,8 @@
 
 #include <set>
 
-#include "engine/errors.h"
-#include "engine/project.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "results/results.h"
 #include "results/rows.h"
 #include "support/child.h"

@@ -1,4 +1,4 @@
-#include "input/datetime.h"
+#include "text/datetime.h"
 
 #include <gtest/gtest.h>
 

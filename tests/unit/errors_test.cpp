@@ -1,4 +1,4 @@
-#include "engine/errors.h"
+#include "model/errors.h"
 
 #include <gtest/gtest.h>
 
@@ -128,20 +128,20 @@ TEST(Errors, PrintTheirPublicCode) {
     EXPECT_EQ(ERROR_COUNT, 93);
     const std::regex number("\n  ERROR ?([0-9]+): .*");
     for (int32_t k = 1; k < ERROR_COUNT; ++k) {
-        std::string message = error_getMessage(k);
+        std::string message = errors_getMessage(k);
         std::smatch match;
         ASSERT_TRUE(std::regex_match(message, match, number)) << k;
-        EXPECT_EQ(std::stoi(match[1]), error_getPublicCode(k));
+        EXPECT_EQ(std::stoi(match[1]), errors_getPublicCode(k));
     }
-    EXPECT_STREQ(error_getMessage(0), "");
-    EXPECT_EQ(error_getPublicCode(0), 0);
+    EXPECT_STREQ(errors_getMessage(0), "");
+    EXPECT_EQ(errors_getPublicCode(0), 0);
 }
 
 TEST(Errors, AreTheWholeTableToTheByte) {
     ASSERT_EQ(std::size(EXPECTED_ERRORS), static_cast<size_t>(ERROR_COUNT));
     for (int32_t k = 1; k < ERROR_COUNT; ++k) {
-        EXPECT_EQ(error_getPublicCode(k), EXPECTED_ERRORS[k].publicCode) << k;
-        EXPECT_EQ(error_getMessage(k), std::string("\n  ") + EXPECTED_ERRORS[k].message);
+        EXPECT_EQ(errors_getPublicCode(k), EXPECTED_ERRORS[k].publicCode) << k;
+        EXPECT_EQ(errors_getMessage(k), std::string("\n  ") + EXPECTED_ERRORS[k].message);
     }
 }
 
@@ -153,13 +153,13 @@ TEST(Errors, StandAtTheirPlaces) {
     EXPECT_EQ(ERR_NOT_OPEN, 57);
     EXPECT_EQ(ERR_CONVERTER_INFLUENT, 78);
     EXPECT_EQ(ERR_VORN_START, 92);
-    EXPECT_STREQ(error_getMessage(24), "\n  ERROR181: mustkingum K value of Pipe %s is less than routing time step.");
+    EXPECT_STREQ(errors_getMessage(24), "\n  ERROR181: mustkingum K value of Pipe %s is less than routing time step.");
 }
 
 TEST(Errors, AreEmptyOutsideTheTable) {
     for (const int32_t index : {-1, 93, INT32_MAX, INT32_MIN}) {
-        EXPECT_STREQ(error_getMessage(index), "");
-        EXPECT_EQ(error_getPublicCode(index), 0);
+        EXPECT_STREQ(errors_getMessage(index), "");
+        EXPECT_EQ(errors_getPublicCode(index), 0);
     }
 }
 

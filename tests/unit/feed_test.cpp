@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "coupling/swmm.h"
-#include "engine/project.h"
-#include "routing/connection.h"
-#include "routing/pipe.h"
+#include "links/connection.h"
+#include "links/pipe.h"
+#include "model/project.h"
 #include "support/engines.h"
 #include "support/storagemodel.h"
 
@@ -35,7 +35,7 @@ struct Spring : CoupledProject {
 };
 
 static Pipe& getPipe(const char* name) {
-    return Pipes.at(static_cast<size_t>(getLink(name).kindIndex));
+    return Pipes.at((getLink(name).kindIndex));
 }
 
 // --- pipes ---------------------------------------------------------------------------------------------------------

@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <vector>
 
-#include "engine/arena.h"
-#include "input/datetime.h"
-#include "input/table.h"
+#include "model/arena.h"
+#include "model/curve.h"
 #include "support/land.h"
+#include "text/datetime.h"
 
 namespace {
 

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "hydrology/gage.h"
-#include "input/datetime.h"
-#include "routing/node.h"
+#include "nodes/node.h"
 #include "support/land.h"
+#include "text/datetime.h"
 
 namespace {
 

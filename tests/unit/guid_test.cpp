@@ -70,7 +70,7 @@ TEST(Guid, LeavesTheRandomNumbersOfTheHostAlone) {
     std::srand(7);
     EXPECT_EQ(std::rand(), first);
     char text[GUID_SIZE];
-    swmm_makeGuid(text);
+    guid_make(text);
     EXPECT_EQ(std::rand(), second);
     EXPECT_EQ(std::string(text).size(), static_cast<size_t>(GUID_SIZE - 1));
 }

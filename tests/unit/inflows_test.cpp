@@ -1,6 +1,6 @@
 // Inflows of nodes from outside, and how they mix.
 
-#include "hydrology/inflows.h"
+#include "nodes/inflows.h"
 
 #include <gtest/gtest.h>
 

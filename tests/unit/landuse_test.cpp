@@ -306,7 +306,7 @@ protected:
         *buildup = 20.0;
     }
 
-    void wash() { subcatch_washLand(0, RATE, STEP); }
+    void wash() { landuse_washLand(0, RATE, STEP); }
 
     Subcatch* s;
     WashoffRule* rule;
@@ -414,9 +414,9 @@ TEST_F(LanduseTest, OtherKindBehindAnEventMeanLineWashesOffAtItsConcentration) {
 
 TEST_F(WashLandTest, TrickleWashesNothing) {
     *rule = {WASHOFF_EMC, 0.0, 0.0, 50.0, 0.0, 1};
-    subcatch_washLand(0, 7.0e-10, STEP);
+    landuse_washLand(0, 7.0e-10, STEP);
     EXPECT_EQ(s->runoffLoad[0], 0.0);
-    subcatch_washLand(0, 7.056e-10, STEP);
+    landuse_washLand(0, 7.056e-10, STEP);
     EXPECT_GT(s->runoffLoad[0], 0.0) << "at the limit it does";
 }
 
@@ -464,7 +464,7 @@ TEST_F(WashRainTest, MassDividesAsTheWaterDoes) {
     RunoffVolumes.surfaceOutflow = 15.0;
     s->imperviousDepth = 0.001;
     s->perviousDepth = 0.004;  // 25 m3 in all
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     const double c = (0.3 + 0.2) / 50.0;
     EXPECT_NEAR(s->wetDeposition[0], 0.3, 1e-14);
     EXPECT_NEAR(s->infilLoss[0], 10.0 * c, 1e-14);
@@ -477,12 +477,12 @@ TEST_F(WashRainTest, MassDividesAsTheWaterDoes) {
 TEST_F(WashRainTest, NoMoreThanTheMassLeaves) {
     RunoffVolumes.infil = 80.0;
     RunoffVolumes.surfaceOutflow = 80.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_NEAR(s->infilLoss[0], 0.3, 1e-14);
     EXPECT_EQ(s->runoffLoad[0], 0.0);
     RunoffVolumes.infil = 20.0;
     s->infilLoss[0] = 0.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_NEAR(s->infilLoss[0], 20.0 / 50.0 * 0.3, 1e-14);
     EXPECT_NEAR(s->runoffLoad[0], 30.0 / 50.0 * 0.3, 1e-14);
 }
@@ -490,7 +490,7 @@ TEST_F(WashRainTest, NoMoreThanTheMassLeaves) {
 TEST_F(WashRainTest, InfiltrationOfLidUnitsIsNotItsOwn) {
     RunoffVolumes.infil = 10.0;
     RunoffVolumes.lidInfil = 4.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_NEAR(s->infilLoss[0], 6.0 / 50.0 * 0.3, 1e-14);
 }
 
@@ -499,7 +499,7 @@ TEST_F(WashRainTest, TreatmentTakesItsShareOfWhatLeaves) {
     Landuses[1].washoff[0].removal = 0.5;
     s->landShares[1].fraction = -0.6;  // a negative share lowers it
     RunoffVolumes.surfaceOutflow = 25.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_NEAR(s->bmpRemoval[0], 0.2 * 0.15, 1e-14);
     EXPECT_NEAR(s->runoffLoad[0], 0.8 * 0.15, 1e-14);
 }
@@ -509,7 +509,7 @@ TEST_F(WashRainTest, TreatmentIsThatOfThePollutant) {
     Landuses[0].washoff[0].removal = 0.0;
     Landuses[0].washoff[1].removal = 0.5;
     RunoffVolumes.surfaceOutflow = 25.0;  // half the water, with half of 0.3 kg each
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_NEAR(s->runoffLoad[0], 0.15, 1e-14);
     EXPECT_EQ(s->bmpRemoval[0], 0.0);
     EXPECT_NEAR(s->runoffLoad[1], 0.5 * 0.15, 1e-14);
@@ -521,7 +521,7 @@ TEST_F(WashRainTest, WithoutWaterThePondedMassIsDropped) {
     s->rain = 0.0;
     s->pondedMass[0] = 5.0;
     s->pondedMass[1] = 3.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_EQ(s->pondedMass[0], 0.0);
     EXPECT_EQ(s->pondedMass[1], 0.0) << "of each pollutant";
     EXPECT_EQ(s->wetDeposition[0], 0.0);
@@ -531,14 +531,14 @@ TEST_F(WashRainTest, WithoutWaterThePondedMassIsDropped) {
 
 TEST_F(WashRainTest, WithoutWaterTheDepositionIsStillBooked) {
     RunoffVolumes.wetInflow = 0.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_NEAR(s->wetDeposition[0], 0.3, 1e-14);
 }
 
 TEST_F(WashRainTest, WhollyCoveredByLidUnitsNothingHappens) {
     s->lidArea = s->area;
     s->pondedMass[0] = 5.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_EQ(s->pondedMass[0], 5.0);
     EXPECT_EQ(s->wetDeposition[0], 0.0);
 }
@@ -546,13 +546,13 @@ TEST_F(WashRainTest, WhollyCoveredByLidUnitsNothingHappens) {
 TEST_F(WashRainTest, AreaSetBelowItsLidUnitsLowersTheDeposition) {
     s->lidArea = 3.0 * s->area;
     RunoffVolumes.wetInflow = 0.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_NEAR(s->wetDeposition[0], -0.6, 1e-14);
 }
 
 TEST_F(WashRainTest, OtherPollutantsAreCleanRain) {
     RunoffVolumes.surfaceOutflow = 25.0;
-    subcatch_washRain(0, STEP);
+    landuse_washRain(0, STEP);
     EXPECT_EQ(s->wetDeposition[1], 0.0);
     EXPECT_EQ(s->runoffLoad[1], 0.0);
 }

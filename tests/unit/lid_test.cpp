@@ -8,11 +8,11 @@
 #include <limits>
 #include <vector>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/subcatch.h"
-#include "routing/decay.h"
+#include "model/arena.h"
+#include "model/decay.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "support/lids.h"
 
 namespace {
@@ -37,9 +37,9 @@ LidProject withLids(const std::string& lids) {
 
 TEST(LidLine, TypesAreKnownByTheirWordsInAnyCase) {
     const OpenLids open(withLids("A BC\nB rg\nC GR\nD It\nE PP\nF RB\nH VS\n"));
-    ASSERT_EQ(Lids.size(), 7U);
+    ASSERT_EQ(Lids.size(), 7);
     for (int32_t k = 0; k < 7; ++k) {
-        EXPECT_EQ(Lids[static_cast<size_t>(k)].type, k);
+        EXPECT_EQ(Lids[k].type, k);
     }
 }
 
@@ -65,7 +65,7 @@ TEST(LidLine, UnsetLayersAreEmptyAndTheSurfaceIsAllVoid) {
 
 TEST(LidLine, NameIsTheFirstSpelling) {
     const OpenLids open(withLids("Basin RB\nBASIN STORAGE 1000 0 0\n"));
-    ASSERT_EQ(Lids.size(), 1U);
+    ASSERT_EQ(Lids.size(), 1);
     EXPECT_STREQ(Lids[0].name, "Basin");
 }
 
@@ -150,7 +150,7 @@ TEST(GroupLine, UnitsStandInTheOrderOfTheirLines) {
     project.groups = "S A 100 2 50 25\nS B 200 3 150 0 DRAIN\nS A 100 2 50 25\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    ASSERT_EQ(LidUnits.size(), 3U);
+    ASSERT_EQ(LidUnits.size(), 3);
     EXPECT_EQ(LidGroups[0].firstUnit, 0);
     EXPECT_EQ(LidUnits[0].next, 1);
     EXPECT_EQ(LidUnits[1].next, 2);

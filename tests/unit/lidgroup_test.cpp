@@ -9,15 +9,15 @@
 #include <string>
 #include <vector>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/evap.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
 #include "hydrology/lidunit.h"
 #include "hydrology/runoff.h"
 #include "hydrology/subcatch.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "support/lids.h"
 #include "support/reporttables.h"
 
@@ -366,7 +366,7 @@ TEST(LidRun, EveryUnitIsAtWork) {
     ASSERT_EQ(file.open(), 0);
     runStarted(file);
     for (const LidUnit& unit : LidUnits) {
-        const char* name = Lids[static_cast<size_t>(unit.lid)].name;
+        const char* name = Lids[unit.lid].name;
         EXPECT_GT(unit.inflowDepth, 0.0) << name;
         EXPECT_GT(unit.surfaceOutDepth + unit.drainDepth + unit.infilDepth, 0.0) << name;
         EXPECT_GT(unit.inflowLoad[0], 0.0) << name;

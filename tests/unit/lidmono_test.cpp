@@ -1,15 +1,15 @@
 // LID monomer nodes: their lines, their start, a routing step, and where their water goes.
 
-#include "hydrology/lidmono.h"
+#include "nodes/lidmono.h"
 
 #include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
 
-#include "engine/errors.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
+#include "model/errors.h"
 #include "results/massbal.h"
 #include "routing/network.h"
 #include "support/lidmonos.h"
@@ -261,8 +261,8 @@ TEST_F(MonoTest, DrainWithANodeGoesThere) {
     unit().lastStorageMass[0] = 5.0;
     const int32_t target = unit().drainNode;
     stepWith(0.02, 0.004);
-    EXPECT_NEAR(Nodes[static_cast<size_t>(target)].newLatFlow, 1e-3, 1e-17);
-    EXPECT_EQ(Nodes[static_cast<size_t>(target)].massInflow[0], unit().thisDrainLoad[0]);
+    EXPECT_NEAR(Nodes[target].newLatFlow, 1e-3, 1e-17);
+    EXPECT_EQ(Nodes[target].massInflow[0], unit().thisDrainLoad[0]);
     EXPECT_GT(unit().thisDrainLoad[0], 0.0);
     EXPECT_NEAR(node_getOfferedFlow(findMono(), 0), 0.01, 1e-16);
     EXPECT_EQ(FlowTotals.wetWeatherInflow, 0.0) << "water of the network is in no inflow again";
@@ -274,7 +274,7 @@ TEST_F(MonoTest, DrainThatEmptiesTheStorageLosesItsLoad) {
     start();
     unit().lastStorageMass[0] = 5.0;
     stepWith(0.0, 0.0);
-    const Node& target = Nodes[static_cast<size_t>(unit().drainNode)];
+    const Node& target = Nodes[unit().drainNode];
     ASSERT_EQ(unit().storageLevel, 0.0);
     EXPECT_NEAR(target.newLatFlow, 0.25 * 0.5 * 100.0 / 60.0, 1e-13);
     EXPECT_EQ(target.massInflow[0], 0.0);

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "input/datetime.h"
 #include "support/lidunits.h"
+#include "text/datetime.h"
 
 namespace {
 
@@ -75,7 +75,7 @@ TEST_F(QualityTest, PatternIsAskedAtTheEndOfTheRunoffStep) {
     Pattern pattern{};
     pattern.factors[1] = 2.0;
     pattern.factors[2] = 3.0;
-    Patterns.assign(1, pattern);
+    Patterns.fill(1, pattern);
     StartDateTime = datetime_encodeDate(2021, 3, 1) + 1.0 / 24.0;
     DecayRule rule{FIRST_ORDER, 0.01, 0, 0.0, 1.0};
     begin(100.0, 0.0);

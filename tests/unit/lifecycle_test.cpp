@@ -10,10 +10,10 @@
 #include <cstdlib>
 #include <filesystem>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/reader.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "project/reader.h"
 #include "support/child.h"
 #include "support/process.h"
 #include "support/project.h"
@@ -189,7 +189,7 @@ TEST(Opening, MakesNoArraysOfNodesWithoutPollutants) {
 TEST(Opening, TakesALoneOutfall) {
     ProjectFile project(getGeneral(10) + "[OUTFALLS]\nOUT\n");
     EXPECT_EQ(project.open(), 0);
-    EXPECT_EQ(Nodes.size(), 1u);
+    EXPECT_EQ(Nodes.size(), 1);
     EXPECT_TRUE(Links.empty());
     EXPECT_GT(ProjectArena.taken, 0u);
     EXPECT_EQ(tarnvelde_close(), 0);

@@ -23,9 +23,9 @@
 static std::pair<std::string, int64_t> walkAllPaths() {
     std::deque<std::list<int32_t>> paths;
     int64_t count = 0;
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].isHead) {
-            paths.push_back({static_cast<int32_t>(k)});
+            paths.push_back({k});
             ++count;
         }
     }
@@ -50,7 +50,7 @@ static std::pair<std::string, int64_t> walkAllPaths() {
         const int32_t targetCount = network_getDirectTargets(path.back(), targets);
         for (int32_t t = 0; t < targetCount; ++t) {
             if (contains(targets[t])) {
-                return {Nodes[static_cast<size_t>(targets[t])].id, count};
+                return {Nodes[targets[t]].id, count};
             }
             extend(targets[t]);
         }
@@ -60,9 +60,9 @@ static std::pair<std::string, int64_t> walkAllPaths() {
 
 /// The order of a step with lists that are searched from end to end.
 static std::vector<int32_t> sortWithLists() {
-    std::vector<int32_t> sorted(Nodes.size(), 0);
-    std::vector<int32_t> upstreamCounts(Nodes.size(), 0);
-    std::vector<int32_t> visitedCounts(Nodes.size(), 0);
+    std::vector<int32_t> sorted(Nodes.rows.size(), 0);
+    std::vector<int32_t> upstreamCounts(Nodes.rows.size(), 0);
+    std::vector<int32_t> visitedCounts(Nodes.rows.size(), 0);
     for (const Link& link : Links) {
         upstreamCounts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
     }
@@ -94,19 +94,19 @@ static std::vector<int32_t> sortWithLists() {
             append(to);
         }
     };
-    for (size_t n = 0; n < Nodes.size(); ++n) {
+    for (int32_t n = 0; n < Nodes.size(); ++n) {
         if (Nodes[n].isHead) {
-            append(static_cast<int32_t>(n));
+            append(n);
         }
     }
     while (!pending.empty()) {
-        const Node& node = Nodes[static_cast<size_t>(pending.front())];
+        const Node& node = Nodes[pending.front()];
         if (node.kind == REACTOR) {
-            meetDirectTarget(Reactors[static_cast<size_t>(node.kindIndex)].surpassNode);
-            meetDirectTarget(Reactors[static_cast<size_t>(node.kindIndex)].emptyingNode);
+            meetDirectTarget(Reactors[node.kindIndex].surpassNode);
+            meetDirectTarget(Reactors[node.kindIndex].emptyingNode);
         }
         if (node.kind == LID_MONO) {
-            meetDirectTarget(LidMonos[static_cast<size_t>(node.kindIndex)].drainNode);
+            meetDirectTarget(LidMonos[node.kindIndex].drainNode);
         }
         for (const Link& link : Links) {
             const int32_t to = link.toNode;
@@ -158,7 +158,7 @@ static void makeRandomNetwork(std::mt19937& random) {
     network_indexLinks();
     if (draw(2) == 0) {
         for (int32_t k = draw(3); k >= 0; --k) {
-            Nodes[static_cast<size_t>(draw(static_cast<uint32_t>(nodeCount)))].isHead = 1;
+            Nodes[draw(static_cast<uint32_t>(nodeCount))].isHead = 1;
         }
     }
 }
@@ -210,7 +210,7 @@ static int64_t size() {
 static void addNamelessNodes(int32_t count) {
     Node node{};
     node.kind = SWMM;
-    Nodes.resize(Nodes.size() + static_cast<size_t>(count), node);
+    Nodes.rows.resize(Nodes.rows.size() + static_cast<size_t>(count), node);
     ObjectCount[NODE] += count;
     NodeKindCount[SWMM] += count;
 }

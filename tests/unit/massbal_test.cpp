@@ -7,8 +7,8 @@
 #include <string>
 
 #include "hydrology/lid.h"
-#include "hydrology/lidmono.h"
-#include "routing/reactor.h"
+#include "nodes/lidmono.h"
+#include "nodes/reactor.h"
 #include "support/lids.h"
 #include "support/reporttables.h"
 #include "support/storagemodel.h"

@@ -1,12 +1,12 @@
-#include "input/names.h"
+#include "model/names.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdio>
 #include <string>
 
-#include "engine/arena.h"
-#include "engine/project.h"
+#include "model/arena.h"
+#include "model/project.h"
 
 struct Names : testing::Test {
     void TearDown() override {
@@ -16,46 +16,46 @@ struct Names : testing::Test {
 };
 
 TEST_F(Names, FindsAnIdWhateverItsCase) {
-    EXPECT_EQ(project_addObject(NODE, "Abc", 3), 1);
-    EXPECT_EQ(project_findObject(NODE, "aBC"), 3);
-    EXPECT_STREQ(project_findId(NODE, "ABC"), "Abc");
+    EXPECT_EQ(names_add(NODE, "Abc", 3), 1);
+    EXPECT_EQ(names_find(NODE, "aBC"), 3);
+    EXPECT_STREQ(names_findId(NODE, "ABC"), "Abc");
 }
 
 TEST_F(Names, RefusesASecondIdOfAClass) {
-    EXPECT_EQ(project_addObject(NODE, "A", 0), 1);
-    EXPECT_EQ(project_addObject(NODE, "a", 1), 0);
-    EXPECT_EQ(project_addObject(LINK, "a", 1), 1);
-    EXPECT_EQ(project_findObject(NODE, "A"), 0);
-    EXPECT_EQ(project_findObject(LINK, "A"), 1);
+    EXPECT_EQ(names_add(NODE, "A", 0), 1);
+    EXPECT_EQ(names_add(NODE, "a", 1), 0);
+    EXPECT_EQ(names_add(LINK, "a", 1), 1);
+    EXPECT_EQ(names_find(NODE, "A"), 0);
+    EXPECT_EQ(names_find(LINK, "A"), 1);
 }
 
 TEST_F(Names, FindsNothingForNullEmptyAndUnknown) {
-    EXPECT_EQ(project_findObject(NODE, "x"), -1);
-    project_addObject(NODE, "A", 0);
-    EXPECT_EQ(project_findObject(NODE, nullptr), -1);
-    EXPECT_EQ(project_findObject(NODE, ""), -1);
-    EXPECT_EQ(project_findObject(NODE, "AB"), -1);
-    EXPECT_EQ(project_findId(NODE, nullptr), nullptr);
-    EXPECT_EQ(project_findId(NODE, ""), nullptr);
+    EXPECT_EQ(names_find(NODE, "x"), -1);
+    names_add(NODE, "A", 0);
+    EXPECT_EQ(names_find(NODE, nullptr), -1);
+    EXPECT_EQ(names_find(NODE, ""), -1);
+    EXPECT_EQ(names_find(NODE, "AB"), -1);
+    EXPECT_EQ(names_findId(NODE, nullptr), nullptr);
+    EXPECT_EQ(names_findId(NODE, ""), nullptr);
 }
 
 TEST_F(Names, TakesTheEmptyIdOnce) {
-    EXPECT_EQ(project_addObject(RULE, "", 0), 1);
-    EXPECT_EQ(project_addObject(RULE, "", 1), 0);
+    EXPECT_EQ(names_add(RULE, "", 0), 1);
+    EXPECT_EQ(names_add(RULE, "", 1), 0);
 }
 
 TEST_F(Names, ComparesBytesPastAsciiAsTheyAre) {
-    EXPECT_EQ(project_addObject(NODE, "\xE9", 0), 1);
-    EXPECT_EQ(project_addObject(NODE, "\xC9", 1), 1);  // another letter in no code page that the engine knows
-    EXPECT_EQ(project_findObject(NODE, "\xC9"), 1);
+    EXPECT_EQ(names_add(NODE, "\xE9", 0), 1);
+    EXPECT_EQ(names_add(NODE, "\xC9", 1), 1);  // another letter in no code page that the engine knows
+    EXPECT_EQ(names_find(NODE, "\xC9"), 1);
 }
 
 TEST_F(Names, KeepsManyNamesApart) {
     for (int k = 0; k < 100000; ++k) {
-        ASSERT_EQ(project_addObject(NODE, ("N" + std::to_string(k)).c_str(), k), 1);
+        ASSERT_EQ(names_add(NODE, ("N" + std::to_string(k)).c_str(), k), 1);
     }
     for (int k = 0; k < 100000; ++k) {
-        ASSERT_EQ(project_findObject(NODE, ("n" + std::to_string(k)).c_str()), k);
+        ASSERT_EQ(names_find(NODE, ("n" + std::to_string(k)).c_str()), k);
     }
 }
 
@@ -65,7 +65,7 @@ static double walkTo(const char* format, int count) {
     for (int k = 0; k < count; ++k) {
         char name[32];
         std::snprintf(name, sizeof name, format, k);
-        EXPECT_EQ(project_addObject(NODE, name, k), 1);
+        EXPECT_EQ(names_add(NODE, name, k), 1);
     }
     return names_getMeanWalk(NODE);
 }
@@ -80,12 +80,12 @@ TEST_F(Names, AreFoundAtTheSameCostAmongAMillion) {
 
 TEST_F(Names, CopiesTextsLongerThanABlock) {
     const std::string text(500000, 'x');
-    EXPECT_EQ(pool_copy(text.c_str()), text);
+    EXPECT_EQ(names_copyText(text.c_str()), text);
 }
 
 TEST_F(Names, TellsThatMemoryIsShort) {
     arena_failAfter(1);
-    EXPECT_EQ(project_addObject(NODE, "A", 0), -1);
-    EXPECT_EQ(project_findObject(NODE, "A"), -1);
+    EXPECT_EQ(names_add(NODE, "A", 0), -1);
+    EXPECT_EQ(names_find(NODE, "A"), -1);
     arena_failAfter(0);
 }

@@ -37,7 +37,7 @@ TEST_F(NetworkTest, junctionsAndSplittersNeedAnOutlet) {
               report({"ERROR 137: Node A has no downstream link.", "ERROR 137: Node B has no downstream link.",
                       "ERROR 137: Node C has no downstream link."}));
     EXPECT_EQ(ErrorCode, ERR_NO_OUTLET);
-    EXPECT_EQ(error_getPublicCode(ErrorCode), 137);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 137);
 }
 
 TEST_F(NetworkTest, laggedLinkIsAnOutlet) {
@@ -52,7 +52,7 @@ TEST_F(NetworkTest, eachSurplusOutletOfJunctionIsReported) {
     const std::string message = "ERROR 133: Node A has more than one outlet link.";
     EXPECT_EQ(validate(), report({message, message}));
     EXPECT_EQ(ErrorCode, ERR_MULTIPLE_OUTLETS);
-    EXPECT_EQ(error_getPublicCode(ErrorCode), 133);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 133);
 }
 
 TEST_F(NetworkTest, splittersTanksAndCoupledNodesMayHaveManyOutlets) {
@@ -69,7 +69,7 @@ TEST_F(NetworkTest, eachOutletOfOutfallIsReported) {
     const std::string message = "ERROR 139: Outfall A has one outlet link.";
     EXPECT_EQ(validate(), report({message, message}));
     EXPECT_EQ(ErrorCode, ERR_OUTFALL_OUTLET);
-    EXPECT_EQ(error_getPublicCode(ErrorCode), 139);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 139);
 }
 
 TEST_F(NetworkTest, tankTakesPumpsWeirsAndOrificesOnly) {
@@ -81,7 +81,7 @@ TEST_F(NetworkTest, tankTakesPumpsWeirsAndOrificesOnly) {
     const std::string message = "ERROR 145: the link from Tank A is not pump, weir or orifice.";
     EXPECT_EQ(validate(), report({message, message, message}));
     EXPECT_EQ(ErrorCode, ERR_TANK_LINK);
-    EXPECT_EQ(error_getPublicCode(ErrorCode), 145);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 145);
 }
 
 // The look-up finds no row, so no link starts there, whatever the table of links holds.
@@ -184,7 +184,7 @@ TEST_F(NetworkTest, loopWithoutHeadSpansTooFewNodes) {
     connect({"AB", "BA"});
     EXPECT_EQ(validate(), report({TOO_FEW}));
     EXPECT_EQ(ErrorCode, ERR_UNREACHED_NODES);
-    EXPECT_EQ(error_getPublicCode(ErrorCode), 135);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 135);
 }
 
 // Nothing leads to D and E, but behind the first message nothing is counted.
@@ -193,7 +193,7 @@ TEST_F(NetworkTest, loopBehindAHeadNamesTheClosingLinkAndEndsTheTest) {
     connect({"AB", "BC", "CB", "DE", "ED"});
     EXPECT_EQ(validate(), report({cyclic("CB")}));
     EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
-    EXPECT_EQ(error_getPublicCode(ErrorCode), 131);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 131);
 }
 
 TEST_F(NetworkTest, linkToItselfIsALoopWhereAPathReachesIt) {

@@ -1,11 +1,11 @@
-#include "routing/orifice.h"
+#include "links/orifice.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>
 
-#include "engine/errors.h"
+#include "model/errors.h"
 #include "support/storagemodel.h"
 
 static constexpr double G2 = 19.62;

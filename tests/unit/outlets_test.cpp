@@ -1,11 +1,11 @@
-#include "routing/outlets.h"
+#include "nodes/outlets.h"
 
 #include <gmock/gmock.h>
 
 #include <cmath>
 #include <vector>
 
-#include "engine/project.h"
+#include "model/project.h"
 
 using testing::ElementsAre;
 

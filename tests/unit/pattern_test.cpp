@@ -1,19 +1,19 @@
-#include "input/pattern.h"
+#include "model/pattern.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/names.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
 #include "support/lines.h"
 
 struct PatternLines : testing::Test {
     void SetUp() override {
         names_clear();
-        project_addObject(PATTERN, "P", 0);
-        Patterns.assign(1, Pattern{});
+        names_add(PATTERN, "P", 0);
+        Patterns.fill(1, Pattern{});
     }
     void TearDown() override {
         Patterns.clear();

@@ -1,6 +1,6 @@
 // Quality in pipes, what they deliver to nodes of all kinds, and values that a host sets.
 
-#include "routing/pipe.h"
+#include "links/pipe.h"
 
 #include <gtest/gtest.h>
 

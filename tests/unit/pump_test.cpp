@@ -1,10 +1,10 @@
-#include "routing/pump.h"
+#include "links/pump.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "engine/errors.h"
+#include "model/errors.h"
 #include "support/storagemodel.h"
 
 static constexpr const char* CURVES =
@@ -157,7 +157,7 @@ TEST(PumpLine, FillsTheRow) {
     StorageModel model(getProject("s YES off 2.5 0.5 more"));
     EXPECT_EQ(getLink("P").kind, PUMP);
     EXPECT_EQ(getLink("P").isLagged, 1);
-    EXPECT_EQ(Pumps[0].curve, project_findObject(CURVE, "S"));
+    EXPECT_EQ(Pumps[0].curve, names_find(CURVE, "S"));
     EXPECT_EQ(Pumps[0].initSetting, 0.0);
     EXPECT_EQ(Pumps[0].startupDepth, 2.5);
     EXPECT_EQ(Pumps[0].shutoffDepth, 0.5);

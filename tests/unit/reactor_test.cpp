@@ -1,15 +1,15 @@
 // Treatment reactors: the reaction laws against closed forms, and each stage of a stirred tank's step: surplus, mixing,
 // overflow, evaporation, infiltration, emptying.
 
-#include "routing/reactor.h"
+#include "nodes/reactor.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>
 
-#include "input/pattern.h"
-#include "routing/decay.h"
+#include "model/decay.h"
+#include "model/pattern.h"
 #include "routing/routing.h"
 #include "support/reactors.h"
 
@@ -53,7 +53,7 @@ TEST(ReactionTest, PatternIsAskedByTheHourWhateverItsTypeSays) {
     months.type = PATTERN_MONTHLY;
     months.factors[0] = 1.0;
     months.factors[13] = 3.0;
-    Patterns.assign(1, months);
+    Patterns.fill(1, months);
     EXPECT_EQ(react(ZERO_ORDER, 0.1, 20.0, 10.0, 0, 45000.0), 19.0);
     EXPECT_EQ(react(ZERO_ORDER, 0.1, 20.0, 10.0, 0, 45000.0 + 13.5 / 24.0), 17.0);
     Patterns.clear();

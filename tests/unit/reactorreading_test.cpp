@@ -4,10 +4,10 @@
 
 #include <string>
 
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "input/pattern.h"
-#include "routing/decay.h"
+#include "model/decay.h"
+#include "model/errors.h"
+#include "model/pattern.h"
+#include "model/project.h"
 #include "routing/network.h"
 #include "support/reactors.h"
 

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "results/massbal.h"
 #include "routing/routing.h"
 #include "support/reactors.h"

@@ -1,6 +1,6 @@
 // The reader as a whole: what a project file leaves in the report, byte for byte, and the public code.
 
-#include "input/reader.h"
+#include "project/reader.h"
 
 #include <gtest/gtest.h>
 
@@ -9,20 +9,20 @@
 #include <string>
 #include <tuple>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/evap.h"
-#include "hydrology/inflows.h"
-#include "input/datetime.h"
-#include "input/names.h"
-#include "input/pattern.h"
-#include "input/sections.h"
-#include "input/table.h"
-#include "input/validation.h"
-#include "routing/node.h"
-#include "routing/pipe.h"
+#include "links/pipe.h"
+#include "model/arena.h"
+#include "model/curve.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/pattern.h"
+#include "model/project.h"
+#include "nodes/inflows.h"
+#include "nodes/node.h"
+#include "project/sections.h"
+#include "project/validation.h"
 #include "support/readererrors.h"
+#include "text/datetime.h"
 
 // --- sections ------------------------------------------------------------------------------------------------------
 
@@ -36,17 +36,17 @@ TEST(Sections, HaveTheirNumbersAndNames) {
         "[GA_OBJECTIVES] [GA_CONSTRAINS] [GA_PARAMETERS] [GA_VARIABLES] [LABELS] [ELEMENTS] [EDGES] [GRAPH] "
         "[MAP] [LEGEND]");
     EXPECT_EQ(SECTION_COUNT, 49);
-    EXPECT_EQ(section_find("[description]"), 0);
-    EXPECT_EQ(section_find("[GENERAL]"), 1);
-    EXPECT_EQ(section_find("[Pipes]"), 11);
-    EXPECT_EQ(section_find("[LEGEND]"), 48);
-    EXPECT_EQ(section_find("[PIPE]"), -1);
-    EXPECT_EQ(section_find("PIPES"), -1);
+    EXPECT_EQ(sections_find("[description]"), 0);
+    EXPECT_EQ(sections_find("[GENERAL]"), 1);
+    EXPECT_EQ(sections_find("[Pipes]"), 11);
+    EXPECT_EQ(sections_find("[LEGEND]"), 48);
+    EXPECT_EQ(sections_find("[PIPE]"), -1);
+    EXPECT_EQ(sections_find("PIPES"), -1);
     for (int32_t k = 0; k < SECTION_COUNT; ++k) {
         std::string name;
         names >> name;
         EXPECT_EQ(Sections[k].name, name);
-        EXPECT_EQ(section_find(name.c_str()), k);
+        EXPECT_EQ(sections_find(name.c_str()), k);
     }
 }
 
@@ -184,9 +184,9 @@ TEST(SecondPass, PutsTheLinesOfOneNameTogether) {
     EXPECT_EQ(ObjectCount[CURVE], 1);
     EXPECT_EQ(ObjectCount[TSERIES], 1);
     EXPECT_EQ(ObjectCount[PATTERN], 1);
-    ASSERT_EQ(Curves.size(), 1u);
-    ASSERT_EQ(TimeSeries.size(), 1u);
-    ASSERT_EQ(Patterns.size(), 1u);
+    ASSERT_EQ(Curves.size(), 1);
+    ASSERT_EQ(TimeSeries.size(), 1);
+    ASSERT_EQ(Patterns.size(), 1);
     EXPECT_EQ(Curves[0].entries.size(), 3u);
     EXPECT_EQ(TimeSeries[0].entries.size(), 4u);
     EXPECT_EQ(Patterns[0].count, 3);
@@ -284,7 +284,7 @@ TEST(Validation, WritesThePlaceInTheFormOfDates) {
     EXPECT_EQ(project.open(), 163);
     for (const int32_t format : {1, 2}) {
         DateFormat = format;
-        project_validate();
+        validation_run();
     }
     DateFormat = 0;
     tarnvelde_close();

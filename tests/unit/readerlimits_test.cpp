@@ -6,8 +6,8 @@
 #include <fstream>
 #include <string>
 
-#include "engine/project.h"
-#include "routing/reactor.h"
+#include "model/project.h"
+#include "nodes/reactor.h"
 #include "support/child.h"
 #include "support/readererrors.h"
 #include "support/sanitizer.h"

@@ -10,8 +10,8 @@
 
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
-#include "hydrology/lidmono.h"
-#include "routing/node.h"
+#include "nodes/lidmono.h"
+#include "nodes/node.h"
 #include "support/allkinds.h"
 #include "support/land.h"
 #include "support/lids.h"
@@ -187,7 +187,7 @@ TEST(NetworkReport, ANegativeFigureBelowTheLastDigitKeepsItsSign) {
 TEST(NetworkReport, NodesHaveTheirKindAndOutsideModelsNoRow) {
     AllKinds project;
     project.start();
-    for (size_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
         Nodes[k].statInflowVolume = static_cast<double>(k + 1);
         Nodes[k].statMaxInflow = static_cast<double>(k + 1) / 8.0;
     }
@@ -205,7 +205,7 @@ TEST(NetworkReport, NodesHaveTheirKindAndOutsideModelsNoRow) {
 TEST(NetworkReport, LinksHaveTheirKindFlowAndFlood) {
     AllKinds project;
     project.start();
-    for (size_t k = 0; k < Links.size(); ++k) {
+    for (int32_t k = 0; k < Links.size(); ++k) {
         const double value = static_cast<double>(k + 1);
         Links[k].statFlowVolume = value;
         Links[k].statMaxFlow = 2.0 * value;

@@ -4,10 +4,10 @@
 
 #include <cmath>
 
-#include "engine/arena.h"
-#include "engine/errors.h"
-#include "engine/project.h"
 #include "hydrology/subcatch.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/project.h"
 #include "results/binary.h"
 #include "support/results.h"
 

@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "hydrology/inflows.h"
-#include "routing/connection.h"
+#include "links/connection.h"
+#include "nodes/inflows.h"
 #include "routing/network.h"
 #include "support/routingmodel.h"
 
@@ -306,7 +306,7 @@ TEST(Splitting, StandsStillInAnUnknownMode) {
     Model m(SPLIT_BY_RATIO);
     m.step();
     Splitters[0].mode = 7;
-    Nodes[static_cast<size_t>(tarnvelde_findObject(1, "S"))].extInflow->baseline = 8.0;
+    Nodes[tarnvelde_findObject(1, "S")].extInflow->baseline = 8.0;
     m.step();
     EXPECT_DOUBLE_EQ(m.node("O1").newInflow, 1.0);
     EXPECT_DOUBLE_EQ(m.node("O2").newInflow, 7.0);

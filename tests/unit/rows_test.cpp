@@ -8,17 +8,17 @@
 #include <limits>
 
 #include "hydrology/gage.h"
-#include "hydrology/inflows.h"
-#include "hydrology/lidmono.h"
 #include "hydrology/subcatch.h"
-#include "input/pattern.h"
-#include "input/table.h"
-#include "routing/conduit.h"
-#include "routing/connection.h"
-#include "routing/node.h"
-#include "routing/pipe.h"
-#include "routing/reactor.h"
-#include "routing/tank.h"
+#include "links/conduit.h"
+#include "links/connection.h"
+#include "links/pipe.h"
+#include "model/curve.h"
+#include "model/pattern.h"
+#include "nodes/inflows.h"
+#include "nodes/lidmono.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
 #include "support/project.h"
 
 namespace {
@@ -88,13 +88,13 @@ struct Rows : testing::Test {
         tank.newDepth = newDepth;
         tank.oldFlood = oldFlood;
         tank.newFlood = newFlood;
-        Tanks.assign(1, tank);
+        Tanks.fill(1, tank);
         addNode(TANK);
     }
     void addReactor(double volume) {
         Reactor reactor{};
         reactor.storedVolume = volume;
-        Reactors.assign(1, reactor);
+        Reactors.fill(1, reactor);
         addNode(REACTOR);
     }
 
@@ -105,14 +105,14 @@ struct Rows : testing::Test {
         lid.surfaceVoid = lid.porosity = lid.storageVoid = 0.5;
         lid.pavementVoid = 0.25;
         lid.soilDepth = 7.0;  // has no part in it
-        Lids.assign(1, lid);
+        Lids.fill(1, lid);
         LidMono mono{};
         mono.area = 100.0;
         mono.surfaceLevel = 0.1;
         mono.pavementLevel = 0.2;
         mono.soilMoisture = 0.4;
         mono.storageLevel = 0.2;
-        LidMonos.assign(1, mono);
+        LidMonos.fill(1, mono);
         addNode(LID_MONO);
     }
 
@@ -126,7 +126,7 @@ struct Rows : testing::Test {
         conduit.depth = depth;
         conduit.oldFlood = oldFlood;
         conduit.newFlood = newFlood;
-        Conduits.assign(1, conduit);
+        Conduits.fill(1, conduit);
         addLink(CONDUIT);
     }
     void expectRow(std::initializer_list<float> values) const {
@@ -251,7 +251,7 @@ TEST_F(Rows, ADrySubcatchmentKeepsItsConcentrations) {
     s.lastQuality = older;
     s.thisQuality = newer;
     s.thisRunoff = 0.99 * 7.056e-6;
-    Subcatches.assign(2, s);
+    Subcatches.fill(2, s);
     Subcatches[1].thisRunoff = -1.0;  // an extrapolation may go below 0
     for (int32_t k = 0; k < 2; ++k) {
         rows_fill(SUBCATCH_TABLE, k, 1.0, row);
@@ -278,7 +278,7 @@ TEST_F(Rows, SystemTakesMeansOverTheLand) {
     s.infilRate = 4.0 / 3600000.0;
     s.lastRunoff = 1.0;
     s.thisRunoff = 3.0;
-    Subcatches.assign(2, s);
+    Subcatches.fill(2, s);
     Subcatches[1].gage = -1;
     Subcatches[1].area = 3.0e4;
     Subcatches[1].evapRate = 0.0;
@@ -293,7 +293,7 @@ TEST_F(Rows, SystemWithoutAreaHasNoRunoff) {
     Subcatch s{};
     s.gage = -1;
     s.thisRunoff = 3.0;
-    Subcatches.assign(1, s);
+    Subcatches.fill(1, s);
     rows_fillSystem(44256.0, 1.0, 1.0, row);
     for (int32_t k = 0; k < 4; ++k) {
         EXPECT_EQ(row[k], 0.0f);
@@ -431,7 +431,7 @@ TEST_F(Rows, SystemTakesTheDryWeatherFlowAtTheHourOfTheReport) {
     pattern.count = 2;
     pattern.factors[0] = 1.0;
     pattern.factors[1] = 3.0;
-    Patterns.assign(1, pattern);
+    Patterns.fill(1, pattern);
     DwfInflow flow{-1, 0, 0.5, nullptr};
     addNode(JUNCTION).dwfInflow = &flow;
     const DateTime start = 44256.0;
@@ -454,17 +454,17 @@ TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
     for (int k = 0; k < 30; ++k) {
         ASSERT_EQ(tarnvelde_step(&elapsed), 0);
     }
-    const Table before[2] = {TimeSeries[0], TimeSeries[1]};
+    const Curve before[2] = {TimeSeries[0], TimeSeries[1]};
     const int64_t position = textfile_getPosition(TimeSeries[1].file);
     rows_fillSystem(StartDateTime + 1.5 / 24.0, 1.0, 1.0, row);
     EXPECT_FLOAT_EQ(row[5], 4.0f + 10.0f + 2.0f * 4.0f);
     for (int k = 0; k < 2; ++k) {
-        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].x1, before[k].x1);
-        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].y1, before[k].y1);
-        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].x2, before[k].x2);
-        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].y2, before[k].y2);
-        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].lastDate, before[k].lastDate);
-        EXPECT_EQ(TimeSeries[static_cast<size_t>(k)].thisEntry, before[k].thisEntry);
+        EXPECT_EQ(TimeSeries[k].x1, before[k].x1);
+        EXPECT_EQ(TimeSeries[k].y1, before[k].y1);
+        EXPECT_EQ(TimeSeries[k].x2, before[k].x2);
+        EXPECT_EQ(TimeSeries[k].y2, before[k].y2);
+        EXPECT_EQ(TimeSeries[k].lastDate, before[k].lastDate);
+        EXPECT_EQ(TimeSeries[k].thisEntry, before[k].thisEntry);
     }
     EXPECT_EQ(textfile_getPosition(TimeSeries[1].file), position);
     tarnvelde_close();
@@ -478,9 +478,9 @@ TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     double x, y;
-    Table& series = TimeSeries[0];
-    ASSERT_TRUE(table_getFirstEntry(series, &x, &y));
-    while (table_getNextEntry(series, &x, &y)) {
+    Curve& series = TimeSeries[0];
+    ASSERT_TRUE(curve_getFirstEntry(series, &x, &y));
+    while (curve_getNextEntry(series, &x, &y)) {
     }
     ASSERT_TRUE(series.file.isAtEnd);
     const int64_t position = textfile_getPosition(series.file);

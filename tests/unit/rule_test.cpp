@@ -11,14 +11,14 @@
 #include <string>
 #include <vector>
 
-#include "engine/arena.h"
+#include "model/arena.h"
 #include "support/rules.h"
 
 // --- values of operands --------------------------------------------------------------------------------------------
 
 static double valueOf(const std::string& operand) {
     std::string line = operand;
-    input_splitTokens(line.data());
+    tokens_split(line.data());
     RuleOperand read{};
     int32_t place = 0;
     EXPECT_EQ(rule_readOperand(place, read), ERR_NONE) << operand;

@@ -7,9 +7,9 @@
 #include <string>
 
 #include "controls/rule.h"
-#include "engine/errors.h"
-#include "engine/project.h"
-#include "routing/node.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/node.h"
 #include "support/project.h"
 
 /// Water of 0.5 m3/s runs from J through the splitter SP, which sends a quarter of it to A and the rest to B.
@@ -29,7 +29,7 @@ static std::string lineError(const std::string& message, int clause, const std::
 }
 
 static Node& nodeOf(const char* name) {
-    return Nodes[static_cast<size_t>(tarnvelde_findObject(1, name))];
+    return Nodes[tarnvelde_findObject(1, name)];
 }
 
 static void stepOnce() {

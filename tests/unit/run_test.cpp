@@ -10,11 +10,11 @@
 #include <regex>
 #include <string>
 
-#include "engine/arena.h"
-#include "engine/project.h"
-#include "routing/connection.h"
-#include "routing/node.h"
-#include "routing/pipe.h"
+#include "links/connection.h"
+#include "links/pipe.h"
+#include "model/arena.h"
+#include "model/project.h"
+#include "nodes/node.h"
 #include "support/generate.h"
 #include "support/project.h"
 #include "support/sanitizer.h"
@@ -50,9 +50,9 @@ static std::string makePipesOnly(std::string text) {
 /// Water offered to pipes in the step just done by nodes whose pipe fired in it: it is in no sum.
 static double getDroppedVolume() {
     double dropped = 0.0;
-    for (size_t k = 0; k < Links.size(); ++k) {
-        const Pipe& pipe = Pipes[static_cast<size_t>(Links[k].kindIndex)];
-        dropped += pipe.sumCount == 0 ? DT * node_getOfferedFlow(Links[k].fromNode, static_cast<int32_t>(k)) : 0.0;
+    for (int32_t k = 0; k < Links.size(); ++k) {
+        const Pipe& pipe = Pipes[Links[k].kindIndex];
+        dropped += pipe.sumCount == 0 ? DT * node_getOfferedFlow(Links[k].fromNode, k) : 0.0;
     }
     return dropped;
 }
@@ -66,7 +66,7 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
         ProjectFile project(getGeneral(180) + makePipesOnly(generateNetwork(seed, 30, 0)));
         ASSERT_EQ(project.open(), 0) << project.getReport();
         ASSERT_EQ(tarnvelde_start(0), 0);
-        std::vector<double> taken(Pipes.size()), routedIn(Pipes.size()), routedOut(Pipes.size());
+        Table<double> taken = table_make(Pipes.size(), 0.0), routedIn = taken, routedOut = taken;
         double dropped = 0.0, gathered = 0.0, elapsed = 1.0;
         while (elapsed > 0.0) {
             ASSERT_EQ(tarnvelde_step(&elapsed), 0);
@@ -74,20 +74,20 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
             for (const Node& node : Nodes) {
                 gathered += DT * node.newUpstreamFlow;
             }
-            for (size_t k = 0; k < Links.size(); ++k) {
+            for (int32_t k = 0; k < Links.size(); ++k) {
                 const size_t row = static_cast<size_t>(Links[k].kindIndex);
                 const Pipe& pipe = Pipes[row];
                 if (pipe.sumCount == 0) {
                     routedIn[row] += pipe.newInflow * pipe.stepLength;
                     routedOut[row] += (Links[k].newFlow + pipe.newFlood) * pipe.stepLength;
                 } else {
-                    taken[row] += DT * node_getOfferedFlow(Links[k].fromNode, static_cast<int32_t>(k));
+                    taken[row] += DT * node_getOfferedFlow(Links[k].fromNode, k);
                 }
             }
         }
         // Each firing balances: what went in less what went out is in the reaches.
         double stored = 0.0;
-        for (size_t row = 0; row < Pipes.size(); ++row) {
+        for (int32_t row = 0; row < Pipes.size(); ++row) {
             EXPECT_NEAR(routedIn[row] - routedOut[row], pipe_getVolume(Pipes[row]), 1e-6) << seed;
             stored += pipe_getVolume(Pipes[row]);
         }

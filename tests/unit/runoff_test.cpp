@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/arena.h"
 #include "hydrology/evap.h"
+#include "model/arena.h"
 #include "results/massbal.h"
 #include "support/land.h"
 
@@ -30,7 +30,7 @@ protected:
     }
 
     static int32_t limit() {
-        project_limitRunoffStep();
+        runoff_limitStep();
         return RunoffStep;
     }
 
@@ -462,7 +462,7 @@ TEST_F(RunoffTest, WashoffBalanceSumsTheLand) {
             washoff += s.surfaceWashoff[p];
             left += s.pondedMass[p];
             for (int32_t l = 0; l < 2; ++l) {
-                left += Landuses[static_cast<size_t>(l)].washoff[p].usesBuildup ? s.landShares[l].buildup[p] : 0.0;
+                left += Landuses[l].washoff[p].usesBuildup ? s.landShares[l].buildup[p] : 0.0;
             }
         }
         EXPECT_DOUBLE_EQ(balance.initBuildup, init);

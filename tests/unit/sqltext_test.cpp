@@ -13,7 +13,7 @@
 
 static std::string getNumber(float value) {
     std::string text;
-    sql_appendNumber(text, value);
+    sqltext_appendNumber(text, value);
     return text;
 }
 
@@ -68,63 +68,63 @@ TEST(SqlNumber, IsWhatPrintfGives) {
 // --- names ---------------------------------------------------------------------------------------------------------
 
 TEST(SqlName, IsALiteralIfItsApostrophesArePairs) {
-    EXPECT_TRUE(sql_isLiteral("P1"));
-    EXPECT_TRUE(sql_isLiteral(""));
-    EXPECT_TRUE(sql_isLiteral("O''Brien"));
-    EXPECT_TRUE(sql_isLiteral("''"));
-    EXPECT_TRUE(sql_isLiteral("a''''b"));
-    EXPECT_TRUE(sql_isLiteral("a;--/*\"b"));
-    EXPECT_FALSE(sql_isLiteral("O'Brien"));
-    EXPECT_FALSE(sql_isLiteral("'"));
-    EXPECT_FALSE(sql_isLiteral("a'''b"));
-    EXPECT_FALSE(sql_isLiteral("'a'"));
+    EXPECT_TRUE(sqltext_isLiteral("P1"));
+    EXPECT_TRUE(sqltext_isLiteral(""));
+    EXPECT_TRUE(sqltext_isLiteral("O''Brien"));
+    EXPECT_TRUE(sqltext_isLiteral("''"));
+    EXPECT_TRUE(sqltext_isLiteral("a''''b"));
+    EXPECT_TRUE(sqltext_isLiteral("a;--/*\"b"));
+    EXPECT_FALSE(sqltext_isLiteral("O'Brien"));
+    EXPECT_FALSE(sqltext_isLiteral("'"));
+    EXPECT_FALSE(sqltext_isLiteral("a'''b"));
+    EXPECT_FALSE(sqltext_isLiteral("'a'"));
 }
 
 TEST(SqlName, IsAColumnIfItOpensNothing) {
     for (const char* name : {"TSS", "NH4_N", "a b", "1st", "select", "\xE9", "a;b", "!~", "conflict", "on"}) {
-        EXPECT_TRUE(sql_isColumn(name)) << name;
+        EXPECT_TRUE(sqltext_isColumn(name)) << name;
     }
     for (const char* name :
          {"a'b", "a\"b", "a`b", "a(b", "a)b", "[a", "a]", "a,b", "a/*b", "a*/b", "a--b", "{a", "a}"}) {
-        EXPECT_FALSE(sql_isColumn(name)) << name;
+        EXPECT_FALSE(sqltext_isColumn(name)) << name;
     }
 }
 
 TEST(SqlName, IsNoColumnIfItTellsWhatToDoWithRowsThatClash) {
     // SQLite takes a form feed for a blank, too.
-    EXPECT_FALSE(sql_isColumn("x\fINT\fUNIQUE\fON\fCONFLICT\fROLLBACK\fCONSTRAINT"));
-    EXPECT_FALSE(sql_isColumn("x primary key on conflict replace"));
-    EXPECT_TRUE(sql_isColumn("x unique"));
+    EXPECT_FALSE(sqltext_isColumn("x\fINT\fUNIQUE\fON\fCONFLICT\fROLLBACK\fCONSTRAINT"));
+    EXPECT_FALSE(sqltext_isColumn("x primary key on conflict replace"));
+    EXPECT_TRUE(sqltext_isColumn("x unique"));
 }
 
 // --- statements ----------------------------------------------------------------------------------------------------
 
 TEST(SqlWords, AreFoundOutsideOfLiteralsAlone) {
-    EXPECT_TRUE(sql_hasWord("insert (With c as (select 1))", "with"));
-    EXPECT_TRUE(sql_hasWord("WITH", "with"));
-    EXPECT_FALSE(sql_hasWord("insert 'with' /* with */ \"with\"", "with"));
-    EXPECT_FALSE(sql_hasWord("within outwith with_", "with"));
-    EXPECT_FALSE(sql_hasWord("", "with"));
-    EXPECT_EQ(sql_countWords("select (Select 'select') from selects", "select"), 2);
+    EXPECT_TRUE(sqltext_hasWord("insert (With c as (select 1))", "with"));
+    EXPECT_TRUE(sqltext_hasWord("WITH", "with"));
+    EXPECT_FALSE(sqltext_hasWord("insert 'with' /* with */ \"with\"", "with"));
+    EXPECT_FALSE(sqltext_hasWord("within outwith with_", "with"));
+    EXPECT_FALSE(sqltext_hasWord("", "with"));
+    EXPECT_EQ(sqltext_countWords("select (Select 'select') from selects", "select"), 2);
 }
 
 TEST(SqlStatements, EndWithASemicolon) {
-    EXPECT_EQ(sql_countEnds("select 1"), 0);
-    EXPECT_EQ(sql_countEnds("drop table a;create table a (b INT);"), 2);
+    EXPECT_EQ(sqltext_countEnds("select 1"), 0);
+    EXPECT_EQ(sqltext_countEnds("drop table a;create table a (b INT);"), 2);
 }
 
 TEST(SqlStatements, DontEndWithinOtherTokens) {
-    EXPECT_EQ(sql_countEnds("select ';' || 'it''s;'"), 0);
-    EXPECT_EQ(sql_countEnds("select \";\"\";\", `;`, [;]"), 0);
-    EXPECT_EQ(sql_countEnds("select 1 /* ; */ -- ;\n + 1;"), 1);
-    EXPECT_EQ(sql_countEnds("select $a(;) + @b(';) + #1::c(;)"), 0);
+    EXPECT_EQ(sqltext_countEnds("select ';' || 'it''s;'"), 0);
+    EXPECT_EQ(sqltext_countEnds("select \";\"\";\", `;`, [;]"), 0);
+    EXPECT_EQ(sqltext_countEnds("select 1 /* ; */ -- ;\n + 1;"), 1);
+    EXPECT_EQ(sqltext_countEnds("select $a(;) + @b(';) + #1::c(;)"), 0);
 }
 
 TEST(SqlStatements, EndAgainBehindOtherTokens) {
-    EXPECT_EQ(sql_countEnds("select a$b(';'); select ':' ;"), 2);
-    EXPECT_EQ(sql_countEnds("select 1 /*/ ; */ ;"), 1);
-    EXPECT_EQ(sql_countEnds("select $(;)"), 1);  // a variable without a name has no suffix
-    EXPECT_EQ(sql_countEnds("select '' ; ''"), 1);
+    EXPECT_EQ(sqltext_countEnds("select a$b(';'); select ':' ;"), 2);
+    EXPECT_EQ(sqltext_countEnds("select 1 /*/ ; */ ;"), 1);
+    EXPECT_EQ(sqltext_countEnds("select $(;)"), 1);  // a variable without a name has no suffix
+    EXPECT_EQ(sqltext_countEnds("select '' ; ''"), 1);
 }
 
 namespace {
@@ -169,7 +169,7 @@ TEST_F(SqlGuard, NoTextWithoutASemicolonHoldsASecondStatement) {
     int compiled = 0;
     for (int k = 0; k < 300000; ++k) {
         const std::string text = "explain insert into T values ('" + makeName() + "',1,0.5)";
-        if (sql_countEnds(text.c_str()) == 0) {
+        if (sqltext_countEnds(text.c_str()) == 0) {
             ASSERT_TRUE(isSingle(text)) << text;
             ++compiled;
         }
@@ -180,7 +180,7 @@ TEST_F(SqlGuard, NoTextWithoutASemicolonHoldsASecondStatement) {
 TEST_F(SqlGuard, ALiteralNameGivesItsOwnRowAndNothingElse) {
     for (int k = 0; k < 20000; ++k) {
         const std::string name = makeName();
-        if (!sql_isLiteral(name.c_str())) {
+        if (!sqltext_isLiteral(name.c_str())) {
             continue;
         }
         const std::string text = "insert into T values ('" + name + "',1,0.5)";
@@ -195,7 +195,7 @@ TEST_F(SqlGuard, AColumnNameMakesNoSecondStatement) {
     for (int k = 0; k < 300000; ++k) {
         const std::string name = makeName();
         const std::string text = "explain create table if not exists U (Name TEXT," + name + " FLOAT)";
-        if (sql_countEnds(text.c_str()) == 0) {
+        if (sqltext_countEnds(text.c_str()) == 0) {
             ASSERT_TRUE(isSingle(text + ';')) << text;
         }
     }

@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "engine/project.h"
+#include "links/conduit.h"
+#include "links/pipe.h"
+#include "model/project.h"
+#include "nodes/tank.h"
 #include "results/massbal.h"
-#include "routing/conduit.h"
 #include "routing/network.h"
-#include "routing/pipe.h"
-#include "routing/tank.h"
 #include "support/allkinds.h"
 #include "support/generate.h"
 
@@ -27,21 +27,21 @@ struct NodeBook {
 
 /// What the statistics and totals of a run should hold, added up from the state behind each step.
 struct Books {
-    std::vector<NodeBook> nodes{Nodes.size()};
-    std::vector<LinkBook> links{Links.size()};
+    Table<NodeBook> nodes = table_make(Nodes.size(), NodeBook{});
+    Table<LinkBook> links = table_make(Links.size(), LinkBook{});
     double flood = 0.0, outflow = 0.0;
 
     static double getFlood(const Link& link) {
         switch (link.kind) {
-            case PIPE: return Pipes[static_cast<size_t>(link.kindIndex)].newFlood;
-            case CONDUIT: return Conduits[static_cast<size_t>(link.kindIndex)].newFlood;
+            case PIPE: return Pipes[link.kindIndex].newFlood;
+            case CONDUIT: return Conduits[link.kindIndex].newFlood;
             default: return 0.0;
         }
     }
 
     void add() {
         const double dt = RoutingStep;
-        for (size_t k = 0; k < Links.size(); ++k) {
+        for (int32_t k = 0; k < Links.size(); ++k) {
             const double overflow = getFlood(Links[k]);
             links[k].flowVolume += dt * Links[k].newFlow;
             links[k].maxFlow = std::max(links[k].maxFlow, Links[k].newFlow);
@@ -49,20 +49,20 @@ struct Books {
             links[k].maxFlood = std::max(links[k].maxFlood, overflow);
             flood += dt * overflow;
         }
-        for (size_t k = 0; k < Nodes.size(); ++k) {
+        for (int32_t k = 0; k < Nodes.size(); ++k) {
             nodes[k].inflowVolume += dt * Nodes[k].newInflow;
             nodes[k].maxInflow = std::max(nodes[k].maxInflow, Nodes[k].newInflow);
-            flood += Nodes[k].kind == TANK ? dt * Tanks[static_cast<size_t>(Nodes[k].kindIndex)].newFlood : 0.0;
+            flood += Nodes[k].kind == TANK ? dt * Tanks[Nodes[k].kindIndex].newFlood : 0.0;
             outflow += Nodes[k].kind == OUTFALL ? dt * Nodes[k].newInflow : 0.0;
         }
     }
 
     void compare(const std::string& what) const {
-        for (size_t k = 0; k < Nodes.size(); ++k) {
+        for (int32_t k = 0; k < Nodes.size(); ++k) {
             ASSERT_EQ(Nodes[k].statInflowVolume, nodes[k].inflowVolume) << what << ", node " << Nodes[k].id;
             ASSERT_EQ(Nodes[k].statMaxInflow, nodes[k].maxInflow) << what << ", node " << Nodes[k].id;
         }
-        for (size_t k = 0; k < Links.size(); ++k) {
+        for (int32_t k = 0; k < Links.size(); ++k) {
             ASSERT_EQ(Links[k].statFlowVolume, links[k].flowVolume) << what << ", link " << Links[k].id;
             ASSERT_EQ(Links[k].statMaxFlow, links[k].maxFlow) << what << ", link " << Links[k].id;
             ASSERT_EQ(Links[k].statFloodVolume, links[k].floodVolume) << what << ", link " << Links[k].id;
@@ -107,7 +107,7 @@ static std::string lagSomeLinks(std::string text, std::mt19937& random) {
 
 static int countUnvisited() {
     int count = 0;
-    for (size_t k = 1; k < Nodes.size(); ++k) {
+    for (int32_t k = 1; k < Nodes.size(); ++k) {
         count += SortedNodes[k] == 0 ? 1 : 0;
     }
     return count;
@@ -131,8 +131,8 @@ TEST(Statistics, OfANetworkWithACircleOffTheWayCountAStepOnce) {
                         "[INFLOWS]\nS FLOW FLOW 4 \"\" 1\nC FLOW FLOW 9 \"\" 1\n");
     ASSERT_EQ(project.open(), 0) << project.getReport();
     compareBooks(120, "circle");
-    EXPECT_GT(Nodes[static_cast<size_t>(tarnvelde_findObject(1, "B"))].statInflowVolume, 0.0);
-    EXPECT_GT(Links[static_cast<size_t>(tarnvelde_findObject(2, "M"))].statFloodVolume, 0.0);
+    EXPECT_GT(Nodes[tarnvelde_findObject(1, "B")].statInflowVolume, 0.0);
+    EXPECT_GT(Links[tarnvelde_findObject(2, "M")].statFloodVolume, 0.0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     EXPECT_GT(countUnvisited(), 0);
     tarnvelde_end();
@@ -143,7 +143,7 @@ TEST(Statistics, OfFlowsThatAHostStoresAreThoseBehindTheStep) {
     ASSERT_EQ(project.open(), 0) << project.getReport();
     std::mt19937 random(3);
     compareBooks(120, "flows of a host", [&] {
-        const Link& link = Links[random() % Links.size()];
+        const Link& link = Links[random() % Links.rows.size()];
         tarnvelde_setLinkFlow(link.id, static_cast<double>(random() % 100) / 100.0);
     });
 }
@@ -159,7 +159,7 @@ static void comparePipesAt(CoupledProject& project, int steps, const std::string
     ASSERT_EQ(project.open(), 0) << project.project.getReport();
     compareBooks(steps, what);
     for (const char* pipe : {"C", "D"}) {
-        EXPECT_GT(Links[static_cast<size_t>(tarnvelde_findObject(2, pipe))].statFlowVolume, 0.0) << what << ' ' << pipe;
+        EXPECT_GT(Links[tarnvelde_findObject(2, pipe)].statFlowVolume, 0.0) << what << ' ' << pipe;
     }
 }
 
@@ -186,5 +186,5 @@ TEST(Statistics, OfEveryKindOfObjectAreThoseOfTheStateBehindEachStep) {
             tarnvelde_setExtInflow(node, 0.2);
         }
     });
-    EXPECT_GT(Nodes[static_cast<size_t>(tarnvelde_findObject(1, "T"))].statInflowVolume, 0.0);
+    EXPECT_GT(Nodes[tarnvelde_findObject(1, "T")].statInflowVolume, 0.0);
 }

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "coupling/swmm.h"
-#include "engine/project.h"
-#include "routing/link.h"
+#include "links/link.h"
+#include "model/project.h"
 #include "support/engines.h"
 
 using Strings = std::vector<std::string>;

@@ -6,8 +6,8 @@
 #include <cmath>
 
 #include "coupling/swmm.h"
-#include "engine/project.h"
 #include "hydrology/subcatch.h"
+#include "model/project.h"
 #include "support/coupledflow.h"
 #include "support/engines.h"
 #include "support/storagemodel.h"
@@ -302,7 +302,7 @@ TEST(SwmmInflows, RunoffIsSetAndInNoTotal) {
     swmm_takeRunoff(0, 5, 9.0);   // nobody's
     EXPECT_EQ(SwmmNodes[0].outside.inflows.head->newFlow, 0.25);
     EXPECT_EQ(FlowTotals.swmmOutflow, 0.0);
-    EXPECT_EQ(Nodes[static_cast<size_t>(node)].newLatFlow, 0.0);
+    EXPECT_EQ(Nodes[node].newLatFlow, 0.0);
 }
 
 TEST(SwmmInflows, RunoffReachesTheEngine) {

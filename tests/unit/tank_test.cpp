@@ -1,4 +1,4 @@
-#include "routing/tank.h"
+#include "nodes/tank.h"
 
 #include <gtest/gtest.h>
 
@@ -6,11 +6,11 @@
 #include <random>
 #include <vector>
 
-#include "engine/errors.h"
-#include "input/table.h"
-#include "routing/orifice.h"
-#include "routing/pump.h"
-#include "routing/weir.h"
+#include "links/orifice.h"
+#include "links/pump.h"
+#include "links/weir.h"
+#include "model/curve.h"
+#include "model/errors.h"
 #include "support/storagemodel.h"
 
 static constexpr double DT = 60.0;  ///< s, the routing step of all projects here
@@ -188,8 +188,8 @@ TEST(TankVolume, AndDepthAreInversesOfOneAnother) {
         for (int k = 0; k < 200; ++k) {
             const double depth = end * unit(random);
             const double volume = getVolume(depth);
-            EXPECT_NEAR(getVolume(table_inverseLookup(Curves[0], volume)), volume, 1e-9 * volume) << text << depth;
-            EXPECT_NEAR(table_inverseLookup(Curves[0], volume), depth, 1e-6) << text;
+            EXPECT_NEAR(getVolume(curve_inverseLookup(Curves[0], volume)), volume, 1e-9 * volume) << text << depth;
+            EXPECT_NEAR(curve_inverseLookup(Curves[0], volume), depth, 1e-6) << text;
         }
     }
 }

@@ -1,10 +1,10 @@
-#include "platform/text.h"
+#include "platform/encoding.h"
 
 #include <gtest/gtest.h>
 
 static std::string toUtf8(const char* text) {
     std::string result = "=";
-    text_appendUtf8(result, text);
+    encoding_appendUtf8(result, text);
     return result;
 }
 

@@ -1,4 +1,4 @@
-#include "input/textfile.h"
+#include "text/textfile.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "input/tokens.h"
+#include "text/tokens.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 static std::vector<std::string> split(const std::string& line) {
     static char buffer[4096];
     std::strcpy(buffer, line.c_str());
-    const int32_t count = input_splitTokens(buffer);
+    const int32_t count = tokens_split(buffer);
     EXPECT_EQ(count, TokCount);
     return {Tok, Tok + count};
 }
@@ -59,35 +59,35 @@ TEST(SplitTokens, ClearsTheWordsOfTheLineBefore) {
 }
 
 TEST(MatchKeyword, IgnoresTheCaseOfLettersOnly) {
-    EXPECT_TRUE(input_matchKeyword("Yes", "YES"));
-    EXPECT_TRUE(input_matchKeyword("FLOW_ratio", "FLOW_RATIO"));
-    EXPECT_FALSE(input_matchKeyword("FLOW", "FLOW_RATIO"));
-    EXPECT_FALSE(input_matchKeyword("FLOW_RATIO", "FLOW"));
-    EXPECT_FALSE(input_matchKeyword("{", "["));
+    EXPECT_TRUE(tokens_matchKeyword("Yes", "YES"));
+    EXPECT_TRUE(tokens_matchKeyword("FLOW_ratio", "FLOW_RATIO"));
+    EXPECT_FALSE(tokens_matchKeyword("FLOW", "FLOW_RATIO"));
+    EXPECT_FALSE(tokens_matchKeyword("FLOW_RATIO", "FLOW"));
+    EXPECT_FALSE(tokens_matchKeyword("{", "["));
 }
 
 TEST(MatchKeyword, NeverMatchesAnEmptyKeyword) {
-    EXPECT_FALSE(input_matchKeyword("", ""));
-    EXPECT_FALSE(input_matchKeyword("a", ""));
-    EXPECT_FALSE(input_matchKeyword("", "a"));
+    EXPECT_FALSE(tokens_matchKeyword("", ""));
+    EXPECT_FALSE(tokens_matchKeyword("a", ""));
+    EXPECT_FALSE(tokens_matchKeyword("", "a"));
 }
 
 TEST(MatchKeyword, SkipsLeadingBlanksButComparesWholeLengths) {
-    EXPECT_FALSE(input_matchKeyword(" YES", "YES"));
-    EXPECT_TRUE(input_matchKeyword(" YES", " YES"));
-    EXPECT_FALSE(input_matchKeyword(" YE", "YES"));
-    EXPECT_TRUE(input_matchKeyword("  ", "  "));
+    EXPECT_FALSE(tokens_matchKeyword(" YES", "YES"));
+    EXPECT_TRUE(tokens_matchKeyword(" YES", " YES"));
+    EXPECT_FALSE(tokens_matchKeyword(" YE", "YES"));
+    EXPECT_TRUE(tokens_matchKeyword("  ", "  "));
 }
 
 TEST(FindKeyword, GivesTheFirstMatch) {
-    EXPECT_EQ(input_findKeyword("no", NoYesWords), 0);
-    EXPECT_EQ(input_findKeyword("YES", NoYesWords), 1);
-    EXPECT_EQ(input_findKeyword("Y", NoYesWords), -1);
+    EXPECT_EQ(tokens_findKeyword("no", NoYesWords), 0);
+    EXPECT_EQ(tokens_findKeyword("YES", NoYesWords), 1);
+    EXPECT_EQ(tokens_findKeyword("Y", NoYesWords), -1);
 }
 
 static double number(const char* text) {
     double value = -7.0;
-    EXPECT_TRUE(input_getDouble(text, &value)) << text;
+    EXPECT_TRUE(tokens_getDouble(text, &value)) << text;
     return value;
 }
 
@@ -109,11 +109,11 @@ TEST(GetDouble, ReadsWhatTheStandardConversionReads) {
 
 TEST(GetDouble, RefusesTextBehindTheNumberAndStoresTheNumber) {
     double value = -7.0;
-    EXPECT_FALSE(input_getDouble("12a", &value));
+    EXPECT_FALSE(tokens_getDouble("12a", &value));
     EXPECT_EQ(value, 12.0);
-    EXPECT_FALSE(input_getDouble("abc", &value));
+    EXPECT_FALSE(tokens_getDouble("abc", &value));
     EXPECT_EQ(value, 0.0);
-    EXPECT_FALSE(input_getDouble("1,5", &value));
+    EXPECT_FALSE(tokens_getDouble("1,5", &value));
     EXPECT_EQ(value, 1.0);
 }
 
@@ -126,9 +126,9 @@ TEST(GetDouble, LetsABytePastAsciiBehindTheNumberThrough) {
 
 TEST(GetNonNegative, RefusesOnlyWhatIsBelowZero) {
     double value;
-    EXPECT_TRUE(input_getNonNegative("0", &value));
-    EXPECT_TRUE(input_getNonNegative("nan", &value));
-    EXPECT_TRUE(input_getNonNegative("inf", &value));
-    EXPECT_FALSE(input_getNonNegative("-1e-9", &value));
-    EXPECT_FALSE(input_getNonNegative("1x", &value));
+    EXPECT_TRUE(tokens_getNonNegative("0", &value));
+    EXPECT_TRUE(tokens_getNonNegative("nan", &value));
+    EXPECT_TRUE(tokens_getNonNegative("inf", &value));
+    EXPECT_FALSE(tokens_getNonNegative("-1e-9", &value));
+    EXPECT_FALSE(tokens_getNonNegative("1x", &value));
 }

@@ -1,4 +1,4 @@
-#include "routing/transect.h"
+#include "links/transect.h"
 
 #include <gtest/gtest.h>
 
@@ -11,12 +11,12 @@ namespace {
 
 struct TransectTest : testing::Test {
     Arena arena{};
-    std::vector<TableEntry> points;
+    std::vector<CurvePoint> points;
     const Transect* transect = nullptr;
 
     ~TransectTest() override { arena_release(arena); }
 
-    void make(const std::vector<TableEntry>& bed) {
+    void make(const std::vector<CurvePoint>& bed) {
         arena_release(arena);
         points = bed;
         transect = transect_make(arena, points.data(), static_cast<int32_t>(points.size()));
@@ -39,15 +39,15 @@ struct Wetted {
 
 }  // namespace
 
-static Wetted clipByPieces(const std::vector<TableEntry>& bed, double water) {
+static Wetted clipByPieces(const std::vector<CurvePoint>& bed, double water) {
     Wetted wetted;
     for (size_t k = 1; k < bed.size(); ++k) {
-        TableEntry a = bed[k - 1], b = bed[k];
+        CurvePoint a = bed[k - 1], b = bed[k];
         if (a.y >= water && b.y >= water) {
             continue;
         }
         const double share = a.y == b.y ? 0.0 : (water - a.y) / (b.y - a.y);
-        const TableEntry cut = {a.x + share * (b.x - a.x), water};
+        const CurvePoint cut = {a.x + share * (b.x - a.x), water};
         if (a.y > water) {
             a = cut;
         } else if (b.y > water) {
@@ -59,9 +59,9 @@ static Wetted clipByPieces(const std::vector<TableEntry>& bed, double water) {
     return wetted;
 }
 
-static double getLowest(const std::vector<TableEntry>& bed) {
+static double getLowest(const std::vector<CurvePoint>& bed) {
     double lowest = bed[0].y;
-    for (const TableEntry& point : bed) {
+    for (const CurvePoint& point : bed) {
         lowest = std::min(lowest, point.y);
     }
     return lowest;
@@ -110,10 +110,10 @@ TEST_F(TransectTest, AgreesWithPiecewiseClippingOnRandomBeds) {
     std::mt19937 random(7);
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     for (int bedNumber = 0; bedNumber < 300; ++bedNumber) {
-        std::vector<TableEntry> bed = {{-2.0 + 4.0 * unit(random), 6.0 + unit(random)}};
+        std::vector<CurvePoint> bed = {{-2.0 + 4.0 * unit(random), 6.0 + unit(random)}};
         const int count = 3 + static_cast<int>(20.0 * unit(random));
         for (int k = 0; k < count; ++k) {
-            const TableEntry last = bed.back();
+            const CurvePoint last = bed.back();
             const double kind = unit(random);
             const bool isWall = bed.size() > 1 && bed[bed.size() - 2].x == last.x;
             if (kind < 0.2 && !isWall) {
@@ -137,7 +137,7 @@ TEST_F(TransectTest, AgreesWithPiecewiseClippingOnRandomBeds) {
 }
 
 TEST_F(TransectTest, AgreesWithPiecewiseClippingOfDenseBeds) {
-    std::vector<TableEntry> bed;
+    std::vector<CurvePoint> bed;
     for (int k = 0; k <= 400; ++k) {
         const double x = k * 0.05;
         bed.push_back({x, 3.0 + 0.03 * (x - 10.0) * (x - 10.0) + std::sin(3.0 * x)});
@@ -225,7 +225,7 @@ TEST_F(TransectTest, IsTheSameWithTheQuickLookAndWithoutIt) {
     std::mt19937 random(11);
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     for (int bedNumber = 0; bedNumber < 200; ++bedNumber) {
-        std::vector<TableEntry> bed;
+        std::vector<CurvePoint> bed;
         double x = 0.0;
         for (int k = 0; k < 12; ++k) {
             // Heights on a grid, so that the water line often meets points, shelves and nearly flat pieces.
@@ -246,7 +246,7 @@ TEST_F(TransectTest, IsTheSameWithTheQuickLookAndWithoutIt) {
 }
 
 TEST_F(TransectTest, NeedsMemory) {
-    const TableEntry bed[] = {{0, 1}, {1, 0}, {2, 1}};
+    const CurvePoint bed[] = {{0, 1}, {1, 0}, {2, 1}};
     for (int64_t k = 1; k <= 4; ++k) {
         arena_failAfter(k);
         EXPECT_EQ(transect_make(arena, bed, 3), nullptr);

@@ -1,10 +1,10 @@
-#include "routing/weir.h"
+#include "links/weir.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "engine/errors.h"
+#include "model/errors.h"
 #include "support/storagemodel.h"
 
 /// A tank with the weir W, whose line goes on behind the two nodes as given.

@@ -1,0 +1,263 @@
+// The exchange functions: what a host reads and writes between steps. They answer with a code of their own, 0 or -1,
+// and never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an
+// unknown name changes nothing.
+
+#include "api/exchange.h"
+
+#include <exception>
+
+#include "hydrology/gage.h"
+#include "hydrology/landuse.h"
+#include "hydrology/subcatch.h"
+#include "links/link.h"
+#include "links/pump.h"
+#include "links/weir.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "nodes/tank.h"
+#include "tarnvelde.h"
+
+int32_t exchange_findRow(int32_t type, const char* name, int32_t tableSize) {
+    // A project that failed to open may know names whose tables were never made.
+    const int32_t row = names_find(type, name);
+    return row >= 0 && row < tableSize ? row : -1;
+}
+
+Node* exchange_findNode(const char* name, int32_t kind) {
+    const int32_t row = exchange_findRow(NODE, name, Nodes.size());
+    return row >= 0 && Nodes[row].kind == kind ? &Nodes[row] : nullptr;
+}
+
+Link* exchange_findLink(const char* name, int32_t kind) {
+    const int32_t row = exchange_findRow(LINK, name, Links.size());
+    return row >= 0 && Links[row].kind == kind ? &Links[row] : nullptr;
+}
+
+// --- project -------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_findObject(int32_t objectClass, const char* name) {
+    switch (objectClass) {
+        case 0: return exchange_findRow(SUBCATCH, name, Subcatches.size());
+        case 1: return exchange_findRow(NODE, name, Nodes.size());
+        case 2: return exchange_findRow(LINK, name, Links.size());
+        default: return FAILURE;
+    }
+}
+
+int32_t tarnvelde_getDateTime(double* start, double* end) {
+    if (!IsOpen || !start || !end) {
+        return FAILURE;
+    }
+    *start = StartDateTime;
+    *end = EndDateTime;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_getRoutingStep(double* seconds) {
+    if (!IsOpen || !seconds) {
+        return FAILURE;
+    }
+    *seconds = RoutingStep;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* qualityError) {
+    const bool isClosed = IsOpen && !IsStarted;
+    const struct {
+        double* out;
+        double error;
+    } figures[] = {{runoffError, RunoffError}, {flowError, FlowError}, {qualityError, QualityError}};
+    for (const auto& figure : figures) {
+        if (figure.out) {
+            *figure.out = isClosed ? figure.error : 0.0;
+        }
+    }
+    return SUCCESS;
+}
+
+// --- inflows of one step -------------------------------------------------------------------------------------------
+
+/// Appends to a list. Without memory the call fails and leaves the current error alone.
+static int32_t append(std::vector<HostInflow>& list, const HostInflow& entry) {
+    try {
+        list.push_back(entry);
+        return SUCCESS;
+    } catch (const std::exception&) {
+        return FAILURE;
+    }
+}
+
+int32_t tarnvelde_setExtInflow(const char* name, double value) {
+    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    if (node < 0 || value < 0.0) {
+        return FAILURE;
+    }
+    return append(HostInflows, {node, 0, value});
+}
+
+/// Adds to the entry of the node if there is one, whatever its pollutant, and to the list otherwise.
+static int32_t addLoad(int32_t node, int32_t pollutant, double value) {
+    for (HostInflow& load : HostLoads) {
+        if (load.node == node) {
+            load.value += value;
+            return SUCCESS;
+        }
+    }
+    return append(HostLoads, {node, pollutant, value});
+}
+
+int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double value) {
+    if (!pollutantName || value < 0.0) {
+        return FAILURE;
+    }
+    // The node's name is looked up among the pollutants too, and the pollutant's name nowhere: hosts that use this
+    // function name the node like the pollutant.
+    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    const int32_t pollutant = exchange_findRow(POLLUT, name, Polluts.size());
+    if (node < 0 || pollutant < 0) {
+        return FAILURE;
+    }
+    return addLoad(node, pollutant, value);
+}
+
+// --- nodes ---------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_setSplittedValue(const char* name, double value) {
+    const Node* node = exchange_findNode(name, SPLITTER);
+    if (!node || value < 0.0) {
+        return FAILURE;
+    }
+    Splitter& splitter = Splitters[node->kindIndex];
+    splitter.hostValue = splitter.mode == SPLIT_RATIO && value > 1.0 ? 1.0 : value;
+    splitter.useHostValue = 1;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_setTankDepth(const char* name, double depth) {
+    const Node* node = exchange_findNode(name, TANK);
+    if (!node) {
+        return FAILURE;
+    }
+    Tanks[node->kindIndex].newDepth = depth;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_setReactorEmptyingValue(const char* name, double value) {
+    const Node* node = exchange_findNode(name, REACTOR);
+    if (!node || value < 0.0) {
+        return FAILURE;
+    }
+    Reactors[node->kindIndex].emptyingRate = value;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_getNodeType(const char* name, int32_t* type) {
+    if (!type) {
+        return FAILURE;
+    }
+    *type = -1;
+    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    if (node < 0) {
+        return FAILURE;
+    }
+    *type = Nodes[node].kind;
+    return SUCCESS;
+}
+
+// --- links ---------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_setPumpFlow(const char* name, double flow) {
+    const Link* link = exchange_findLink(name, PUMP);
+    if (!link) {
+        return FAILURE;
+    }
+    Pump& pump = Pumps[link->kindIndex];
+    pump.hostFlow = flow;
+    pump.useHostFlow = 1;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
+    const Link* link = exchange_findLink(name, WEIR);
+    if (!link || value < 0.0) {
+        return FAILURE;
+    }
+    Weir& weir = Weirs[link->kindIndex];
+    switch (which) {
+        case 0:
+            if (value == 0.0) {
+                return FAILURE;
+            }
+            weir.hostCoefficient = value;
+            break;
+        case 1: weir.hostHeight = value; break;
+        default: break;  // stores nothing, and yet switches the weir over to the host's values
+    }
+    weir.useHostParams = 1;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_setSetting(const char* name, double value) {
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0 || value < 0.0 || value > 1.0) {
+        return FAILURE;
+    }
+    Link& link = Links[index];
+    link.isHostSetting = 1;
+    link.targetSetting = value;
+    if (link.setting != value) {  // a zero keeps its sign
+        link.setting = value;
+    }
+    link_noteTarget(index);
+    return SUCCESS;
+}
+
+int32_t tarnvelde_getSetting(const char* name, double* setting) {
+    if (!setting) {
+        return FAILURE;
+    }
+    *setting = -1.0;
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0) {
+        return FAILURE;
+    }
+    *setting = Links[index].setting;
+    return SUCCESS;
+}
+
+int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0) {
+        return FAILURE;
+    }
+    Link& link = Links[index];
+    link.newFlow = flow;
+    link_noteChange(index, link.kindIndex);
+    return SUCCESS;
+}
+
+int32_t tarnvelde_getLinkType(const char* name, int32_t* type) {
+    if (!type) {
+        return FAILURE;
+    }
+    *type = -1;
+    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    if (index < 0) {
+        return FAILURE;
+    }
+    *type = Links[index].kind;
+    return SUCCESS;
+}
+
+// --- gages ---------------------------------------------------------------------------------------------------------
+
+int32_t tarnvelde_isInEvent(const char* name) {
+    const int32_t gage = exchange_findRow(GAGE, name, Gages.size());
+    if (gage < 0) {
+        return FAILURE;
+    }
+    // A millisecond behind the clock: at the very end of an event it is over.
+    return gage_isInEvent(gage, project_getDate(NewRoutingTime));
+}

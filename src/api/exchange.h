@@ -1,0 +1,35 @@
+#pragma once
+// What the exchange functions share: their codes, and names to rows.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "model/project.h"
+
+constexpr int32_t SUCCESS = 0;
+constexpr int32_t FAILURE = -1;
+
+/// Row of a name in the table of its class, -1 if there is none: for a null, empty or unknown name, and while the table
+/// of the class doesn't exist.
+int32_t exchange_findRow(int32_t type, const char* name, int32_t tableSize);
+
+/// The node or link of a name if it is of a kind, or null.
+Node* exchange_findNode(const char* name, int32_t kind);
+Link* exchange_findLink(const char* name, int32_t kind);
+
+/// Object codes of parameters and results.
+enum ExchangeObject : int32_t {
+    OBJECT_CODE_SUBCATCH = 1,
+    OBJECT_CODE_JUNCTION,
+    OBJECT_CODE_TANK,
+    OBJECT_CODE_OUTFALL,
+    OBJECT_CODE_SPLITTER,
+    OBJECT_CODE_REACTOR,
+    OBJECT_CODE_LID_MONO,
+    OBJECT_CODE_PIPE,
+    OBJECT_CODE_PUMP,
+    OBJECT_CODE_CONNECTION,
+    OBJECT_CODE_CONDUIT,
+    OBJECT_CODE_WEIR,
+    OBJECT_CODE_ORIFICE
+};

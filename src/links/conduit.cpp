@@ -1,0 +1,422 @@
+// Conduits, routed as a single store that releases the normal flow of its depth (Manning): each step the inflow joins
+// the store, what exceeds the full section is flood, and the discharge follows from depth, section, slope and
+// roughness. Where the discharge of one step would exceed the whole store, the conduit empties without delivering
+// anything: short steep conduits at long steps lose their water so, and the continuity error shows it.
+//
+// Areas by depth of circles and transects are looked up in a table of 100 values; the wetted perimeter is worked out at
+// each step.
+
+#include "links/conduit.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "links/link.h"
+#include "links/transect.h"
+#include "model/arena.h"
+#include "model/curve.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/node.h"
+#include "routing/rowvalues.h"
+#include "text/tokens.h"
+
+Table<Conduit> Conduits;
+
+static Table<const Transect*> Transects;  ///< by curve, null where no conduit uses it
+
+static const char* const ConduitShapeWords[] = {"CIRCULAR", "RECTANGULAR", "IRREGULAR", nullptr};
+
+// Constants as rounded as they have always been; more digits would change every flow.
+static constexpr double PI = 3.14159265;
+static constexpr double TWO_PI = 6.2831853;
+
+static Conduit& getConduit(int32_t link) {
+    return Conduits[Links[link].kindIndex];
+}
+
+// --- reading and validation ----------------------------------------------------------------------------------------
+
+static int32_t readPositive(int32_t place, double& value) {
+    if (!tokens_getDouble(Tok[place], &value) || !(value > 0.0)) {
+        return errors_setName(ERR_NUMBER, Tok[place]);
+    }
+    return ERR_NONE;
+}
+
+/// The items from the shape on. An error index, or 0.
+static int32_t readSection(Conduit& conduit, int32_t tokenCount) {
+    conduit.curve = -1;
+    conduit.height = conduit.width = 0.0;
+    conduit.shape = tokens_findKeyword(Tok[7], ConduitShapeWords);
+    if (conduit.shape < 0) {
+        return errors_setName(ERR_KEYWORD, Tok[7]);
+    }
+    if (conduit.shape == IRREGULAR_CONDUIT) {
+        // A curve of any type will do: its points are taken as stations and elevations.
+        conduit.curve = names_find(CURVE, Tok[8]);
+        return conduit.curve < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, Tok[8]) : ERR_NONE;
+    }
+    if (const int32_t error = readPositive(8, conduit.height)) {
+        return error;
+    }
+    if (conduit.shape != RECTANGULAR_CONDUIT) {
+        return ERR_NONE;
+    }
+    return tokenCount < 10 ? errors_setName(ERR_ITEMS, "") : readPositive(9, conduit.width);
+}
+
+int32_t conduit_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 9) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    LinkEnds ends;
+    int32_t isLagged;
+    if (const int32_t error = link_readEnds(ends)) {
+        return error;
+    }
+    if (const int32_t error = link_readLag(3, isLagged)) {
+        return error;
+    }
+    Conduit& row = Conduits[kindIndex];
+    Conduit conduit = row;
+    double slopePercent;
+    double* const values[] = {&conduit.length, &slopePercent, &conduit.roughness};
+    for (int32_t k = 0; k < 3; ++k) {
+        if (const int32_t error = readPositive(4 + k, *values[k])) {
+            return error;
+        }
+    }
+    conduit.slope = slopePercent / 100.0;
+    if (const int32_t error = readSection(conduit, tokenCount)) {
+        return error;
+    }
+    link_setEnds(link, CONDUIT, kindIndex, ends, isLagged);
+    row = conduit;
+    return ERR_NONE;
+}
+
+void conduit_validate(int32_t link) {
+    Conduit& conduit = getConduit(link);
+    // A very short conduit would empty within one step.
+    if (conduit.length < ConduitLengthening) {
+        conduit.length = ConduitLengthening;
+    }
+}
+
+// --- tables by depth -----------------------------------------------------------------------------------------------
+
+/// Area (m2) of a circle of diameter D (m) below the depth y (m).
+static double getSegmentArea(double D, double y) {
+    const double whole = D * D * PI * 0.25;
+    if (y > D) {
+        return whole;
+    }
+    if (y <= D / 2.0) {
+        const double t = std::acos((D - 2.0 * y) / D);
+        return 2.0 * t * whole / TWO_PI - std::sin(t) * (D / 2.0 - y) * D * 0.5;
+    }
+    const double t = std::acos((2.0 * y - D) / D);
+    return std::sin(t) * (y - D / 2.0) * D * 0.5 + (TWO_PI - 2.0 * t) * whole / TWO_PI;
+}
+
+/// Wetted perimeter (m) of a circle of diameter D (m) below the depth y (m).
+static double getArcLength(double D, double y) {
+    if (y > D) {
+        return D * PI;
+    }
+    if (y <= D / 2.0) {
+        const double t = std::acos((D - 2.0 * y) / D);
+        return 2.0 * t * (D * PI) / TWO_PI;
+    }
+    const double t = std::acos((2.0 * y - D) / D);
+    return (TWO_PI - 2.0 * t) * (D * PI) / TWO_PI;
+}
+
+/// The prepared points of a curve, made at the first need and kept as long as the project; null without memory.
+static const Transect* prepareTransect(int32_t curve) {
+    Transects.resize(Curves.size());
+    if (!Transects[curve]) {
+        const std::vector<CurvePoint>& points = Curves[curve].entries;
+        Transects[curve] = transect_make(ProjectArena, points.data(), static_cast<int32_t>(points.size()));
+    }
+    return Transects[curve];
+}
+
+void conduit_clear() {
+    Transects = {};
+}
+
+/// An area table of a curve or a conduit, from the project's memory.
+static double* allocateTable(double*& table) {
+    if (!table) {
+        table = arena_allocateArray<double>(ProjectArena, GEOMETRY_COUNT);
+    }
+    return table;
+}
+
+/// Fills the table that the shape needs. Null without memory.
+static const double* fillTable(Conduit& conduit) {
+    const bool isCircle = conduit.shape == CIRCULAR_CONDUIT;
+    double* table = allocateTable(isCircle ? conduit.areaTable : Curves[conduit.curve].geometry);
+    const double full = conduit.fullDepth;
+    for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
+        const double y = i * full / 100.0;
+        table[i - 1] = isCircle ? getSegmentArea(full, y) : transect_getArea(*conduit.transect, y);
+    }
+    return table;
+}
+
+void conduit_buildTables(int32_t link, int32_t kindIndex) {
+    (void)link;
+    Conduit& conduit = Conduits[kindIndex];
+    conduit.depth = 0.0;
+    conduit.oldInflow = conduit.newInflow = 0.0;
+    conduit.oldFlood = conduit.newFlood = 0.0;
+    conduit.slopeRoot = std::pow(conduit.slope, 0.5);
+    conduit.hasDecay = decay_isAny(conduit.decay);
+    conduit.risingTable = nullptr;
+    const bool hasCurve = conduit.curve >= 0 && Curves.holds(conduit.curve);
+    conduit.transect = hasCurve ? prepareTransect(conduit.curve) : nullptr;
+    const double* table = nullptr;
+    switch (conduit.shape) {
+        case CIRCULAR_CONDUIT:
+            conduit.fullDepth = conduit.height;
+            table = fillTable(conduit);
+            break;
+        case RECTANGULAR_CONDUIT: conduit.fullDepth = conduit.height; return;
+        case IRREGULAR_CONDUIT:
+            conduit.fullDepth = conduit.transect ? conduit.transect->fullDepth : 0.0;
+            if (!hasCurve) {
+                return;
+            }
+            table = conduit.transect ? fillTable(conduit) : nullptr;
+            break;
+        default: conduit.fullDepth = 0.0; return;  // a shape that only a host can set: a section without points
+    }
+    if (!table) {
+        report_writeError(ERR_MEMORY, "");
+        return;
+    }
+    const double* end = table + GEOMETRY_COUNT;
+    const auto falls = [](double a, double b) { return !(a <= b); };
+    conduit.risingTable = std::adjacent_find(table, end, falls) == end ? table : nullptr;
+}
+
+// --- area and depth ------------------------------------------------------------------------------------------------
+
+/// Areas of the section by depth; null for one that has no table.
+static const double* getTable(const Conduit& conduit) {
+    switch (conduit.shape) {
+        case CIRCULAR_CONDUIT: return conduit.areaTable;
+        case IRREGULAR_CONDUIT:
+            return conduit.curve >= 0 && Curves.holds(conduit.curve) ? Curves[conduit.curve].geometry : nullptr;
+        default: return nullptr;
+    }
+}
+
+/// Depth (m) of an area in the table, counted from 1. The last one is the full depth itself, whatever the division
+/// gives.
+static double getTableDepth(double fullDepth, int32_t i) {
+    return i == GEOMETRY_COUNT ? fullDepth : i * fullDepth / 100.0;
+}
+
+/// The interval (0 ... 99) of the table that a depth falls into: the first whose upper end reaches it. -1 above all.
+static int32_t findInterval(double fullDepth, double y) {
+    int32_t i = 0;
+    if (fullDepth > 0.0 && std::isfinite(fullDepth)) {
+        if (y > fullDepth) {
+            return -1;
+        }
+        // The depths rise evenly: the interval is the one guessed, or the next.
+        i = std::clamp(project_truncate(y / fullDepth * 100.0), 0, GEOMETRY_COUNT - 1);
+        while (i > 0 && getTableDepth(fullDepth, i) >= y) {
+            --i;
+        }
+    }
+    while (i < GEOMETRY_COUNT && !(getTableDepth(fullDepth, i + 1) >= y)) {
+        ++i;
+    }
+    return i < GEOMETRY_COUNT ? i : -1;
+}
+
+/// The interval (0 ... 99) of the table that an area falls into, or -1.
+static int32_t findAreaInterval(const Conduit& conduit, const double* table, double area) {
+    const double* end = table + GEOMETRY_COUNT;
+    const double* found = table == conduit.risingTable
+                              ? std::lower_bound(table, end, area)
+                              : std::find_if(table, end, [area](double entry) { return entry >= area; });
+    return found != end ? static_cast<int32_t>(found - table) : -1;
+}
+
+/// The value at x on the line between two points; their mean if they stand at the same x.
+static double interpolate(double x, double x1, double x2, double y1, double y2) {
+    if (std::fabs(x2 - x1) < 1.0e-20) {
+        return (y1 + y2) / 2.0;
+    }
+    return (x - x1) * (y2 - y1) / (x2 - x1) + y1;
+}
+
+static double getTabledArea(const Conduit& conduit, double y) {
+    const double* table = getTable(conduit);
+    if (!table || !(y > 0.0)) {
+        return 0.0;
+    }
+    const int32_t i = findInterval(conduit.fullDepth, y);
+    if (i < 0) {
+        return 0.0;
+    }
+    const double lower = i > 0 ? getTableDepth(conduit.fullDepth, i) : 0.0;
+    const double upper = getTableDepth(conduit.fullDepth, i + 1);
+    return interpolate(y, lower, upper, i > 0 ? table[i - 1] : 0.0, table[i]);
+}
+
+static double getArea(const Conduit& conduit, double y) {
+    if (conduit.shape == RECTANGULAR_CONDUIT) {
+        const double area = conduit.width * y;
+        const double whole = conduit.width * conduit.height;
+        return area > whole ? whole : area;
+    }
+    return getTabledArea(conduit, y);
+}
+
+static double getTabledDepth(const Conduit& conduit, double volume, double fullVolume) {
+    const double area = volume / conduit.length;
+    const double* table = getTable(conduit);
+    if (!table || !(area > 0.0)) {
+        return 0.0;
+    }
+    if (volume == fullVolume) {
+        return conduit.fullDepth;
+    }
+    const int32_t i = findAreaInterval(conduit, table, area);
+    if (i < 0) {
+        // By rounding a store that isn't over full can have an area above the last one.
+        return volume <= fullVolume ? conduit.fullDepth : 0.0;
+    }
+    const double lower = i > 0 ? getTableDepth(conduit.fullDepth, i) : 0.0;
+    const double upper = getTableDepth(conduit.fullDepth, i + 1);
+    const double depth = interpolate(area, i > 0 ? table[i - 1] : 0.0, table[i], lower, upper);
+    return depth > conduit.fullDepth ? conduit.fullDepth : depth;
+}
+
+static double getDepth(const Conduit& conduit, double volume, double fullVolume) {
+    if (volume < 0.0) {
+        return 0.0;
+    }
+    if (conduit.shape == RECTANGULAR_CONDUIT) {
+        const double area = volume / conduit.length;
+        // Full is full whatever the quotient rounds to, so that the roof counts as wetted.
+        const bool isFull = volume == fullVolume || area > conduit.height * conduit.width;
+        return isFull ? conduit.height : area / conduit.width;
+    }
+    return getTabledDepth(conduit, volume, fullVolume);
+}
+
+static double getFullVolume(const Conduit& conduit) {
+    return getArea(conduit, conduit.fullDepth) * conduit.length;
+}
+
+double conduit_getArea(int32_t link, double depth) {
+    return getArea(getConduit(link), depth);
+}
+
+double conduit_getDepth(int32_t link, double volume) {
+    const Conduit& conduit = getConduit(link);
+    return getDepth(conduit, volume, getFullVolume(conduit));
+}
+
+/// Wetted perimeter (m) at a depth (m).
+static double getPerimeter(const Conduit& conduit, double y) {
+    switch (conduit.shape) {
+        case CIRCULAR_CONDUIT: return getArcLength(conduit.height, y);
+        case RECTANGULAR_CONDUIT:
+            return y >= conduit.height ? 2.0 * (conduit.width + conduit.height) : conduit.width + 2.0 * y;
+        case IRREGULAR_CONDUIT: return conduit.transect ? transect_getPerimeter(*conduit.transect, y) : 0.0;
+        default: return 0.0;
+    }
+}
+
+// --- the routing step ----------------------------------------------------------------------------------------------
+
+void conduit_shiftHydState(int32_t kindIndex) {
+    Conduit& conduit = Conduits[kindIndex];
+    conduit.oldInflow = conduit.newInflow;
+    conduit.oldFlood = conduit.newFlood;
+}
+
+/// Mixes the inflow of the step (m3) into the store and lets the mix decay.
+static void mixAndDecay(Link& link, Conduit& conduit, double stored, double inflow, const double* concentrations) {
+    const DateTime date = conduit.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        double mixed = 0.0;
+        if (inflow + stored > 0.0) {
+            mixed = (stored * link.oldQual[p] + inflow * concentrations[p]) / (inflow + stored);
+        }
+        const double left = decay_getFactor(conduit.decay[p], date, RoutingStep);
+        link.newQual[p] = mixed * left;
+        QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / 1000.0;
+    }
+}
+
+/// Normal flow (m3/s) at a depth (m), by Manning.
+static double getNormalFlow(const Conduit& conduit, double depth) {
+    const double perimeter = getPerimeter(conduit, depth);
+    if (perimeter == 0.0) {
+        return 0.0;
+    }
+    const double area = getArea(conduit, depth);
+    return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
+}
+
+void conduit_route(int32_t index, double inflow, const double* concentrations) {
+    Link& link = Links[index];
+    Conduit& conduit = getConduit(index);
+    const double dt = RoutingStep;
+    const double stored = getArea(conduit, conduit.depth) * conduit.length;
+    const double fullVolume = getFullVolume(conduit);
+    mixAndDecay(link, conduit, stored, dt * inflow, concentrations);
+    conduit.newInflow = inflow;
+    double volume = stored + dt * inflow;
+    conduit.newFlood = 0.0;
+    if (volume > fullVolume) {
+        conduit.newFlood = (volume - fullVolume) / dt;
+        volume = fullVolume;
+    }
+    double flow = getNormalFlow(conduit, getDepth(conduit, volume, fullVolume));
+    if (dt * flow > volume) {
+        // More than the store holds: it runs dry and delivers nothing. The water, and the mass in it, is in no total.
+        flow = 0.0;
+        volume = 0.0;
+    } else {
+        volume -= dt * flow;
+    }
+    conduit.depth = getDepth(conduit, volume, fullVolume);
+    link.newFlow = flow;
+}
+
+void conduit_update(int32_t index, int32_t nodeIndex) {
+    const Node& node = Nodes[nodeIndex];
+    if (!node_offersFlow(node.kind)) {
+        return;
+    }
+    link_shiftHydState(index);
+    conduit_route(index, node_getOfferedFlow(nodeIndex, index), node.newQual);
+}
+
+// --- results -------------------------------------------------------------------------------------------------------
+
+void conduit_getResults(int32_t index, double f, float* row) {
+    const Link& link = Links[index];
+    const Conduit& conduit = getConduit(index);
+    const double area = getArea(conduit, conduit.depth);
+    const double outflow = rowvalues_mix(f, link.oldFlow, link.newFlow);
+    row[0] = static_cast<float>(conduit.depth);
+    row[1] = static_cast<float>(area * conduit.length);
+    row[2] = static_cast<float>(area > 0.0 ? outflow / area : 0.0);
+    row[3] = rowvalues_interpolate(f, conduit.oldInflow, conduit.newInflow);
+    row[4] = static_cast<float>(outflow);
+    row[5] = rowvalues_interpolate(f, conduit.oldFlood, conduit.newFlood);
+    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 6);
+}

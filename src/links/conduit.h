@@ -1,0 +1,62 @@
+#pragma once
+// A conduit: an open channel or a closed pipe with a cross-section, routed as one store.
+
+#include <cstdint>
+
+#include "model/decay.h"
+#include "model/table.h"
+
+enum ConduitShape : int32_t { CIRCULAR_CONDUIT, RECTANGULAR_CONDUIT, IRREGULAR_CONDUIT };
+
+struct Transect;
+
+struct Conduit {
+    double length;              ///< m
+    double slope;               ///< m/m
+    double roughness;           ///< s/m^(1/3), Manning's n
+    int32_t shape;              ///< ConduitShape
+    int32_t curve;              ///< curve of the transect, or -1
+    double height;              ///< m, diameter or height; 0 for a transect
+    double width;               ///< m, of a rectangle
+    Decay* decay;               ///< one per pollutant
+    int32_t hasDecay;           ///< 1: some pollutant decays here
+    double* areaTable;          ///< m2 of a circle at the depths (i + 1) / 100 of fullDepth; null for other shapes
+    const Transect* transect;   ///< the curve's points, prepared; null without a curve
+    const double* risingTable;  ///< the area table, if its areas never fall
+    double fullDepth;           ///< m
+    double slopeRoot;           ///< square root of the slope
+    double depth;               ///< m, now
+    double oldInflow;           ///< m3/s
+    double newInflow;           ///< m3/s
+    double oldFlood;            ///< m3/s, what the full conduit couldn't hold; it leaves the system
+    double newFlood;            ///< m3/s
+    double statMaxDepth;        ///< m
+    double statMaxVelocity;     ///< m/s
+};
+
+extern Table<Conduit> Conduits;
+
+int32_t conduit_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+void conduit_validate(int32_t link);
+void conduit_shiftHydState(int32_t kindIndex);
+
+/// Empties a conduit for a run, and makes its full depth and its areas by depth.
+void conduit_buildTables(int32_t link, int32_t kindIndex);
+
+/// Forgets what was prepared of the curves.
+void conduit_clear();
+
+/// Filled area (m2) at a depth (m).
+double conduit_getArea(int32_t link, double depth);
+
+/// Depth (m) at a volume (m3).
+double conduit_getDepth(int32_t link, double volume);
+
+/// Takes in what its upstream node offers, and delivers what leaves at this step.
+void conduit_update(int32_t link, int32_t node);
+
+/// Sends a flow (m3/s) with its concentrations (mg/L) through the store.
+void conduit_route(int32_t link, double inflow, const double* concentrations);
+
+/// Row of results: depth, volume, velocity, inflow, outflow, flood, then concentrations.
+void conduit_getResults(int32_t link, double f, float* row);

@@ -1,0 +1,74 @@
+// Pure delay, used by connections and plug-flow reactors: what goes in leaves unchanged a fixed time later. Readings
+// fall between the dates of the entries and are interpolated; a delay line that has run dry delivers nothing.
+
+#include "links/delayqueue.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "model/arena.h"
+
+static constexpr int32_t FIRST_CAPACITY = 8;
+
+static DelayEntry& getEntry(const DelayQueue& queue, int64_t number) {
+    return queue.entries[number & (queue.capacity - 1)];
+}
+
+static bool grow(DelayQueue& queue) {
+    if (queue.capacity > INT32_MAX / 2) {
+        return false;
+    }
+    const int32_t capacity = queue.capacity ? queue.capacity * 2 : FIRST_CAPACITY;
+    auto* entries = arena_allocateArray<DelayEntry>(RunArena, capacity);
+    if (!entries) {
+        return false;
+    }
+    for (int64_t k = queue.first; k < queue.end; ++k) {
+        entries[k & (capacity - 1)] = getEntry(queue, k);
+    }
+    queue.entries = entries;
+    queue.capacity = capacity;
+    return true;
+}
+
+int32_t delayqueue_push(DelayQueue& queue, DateTime date, double value) {
+    if (queue.end - queue.first == queue.capacity && !grow(queue)) {
+        return 0;
+    }
+    getEntry(queue, queue.end++) = {date, value};
+    return 1;
+}
+
+static double interpolate(const DelayEntry& a, const DelayEntry& b, DateTime date) {
+    if (std::fabs(b.date - a.date) < 1.0e-20) {
+        return (a.value + b.value) * 0.5;
+    }
+    return a.value + (b.value - a.value) * (date - a.date) / (b.date - a.date);
+}
+
+double delayqueue_getValue(DelayQueue& queue, DateTime date) {
+    if (queue.first == queue.end) {
+        return 0.0;
+    }
+    DelayEntry before = getEntry(queue, queue.first);
+    if (before.date > date) {
+        return 0.0;
+    }
+    if (before.date == date) {
+        return before.value;
+    }
+    // A host may have shifted the delay, so dates can be equal or out of order: then the removal below takes entries
+    // that this walk still stands on. Their values stay readable in the ring until the next push.
+    const int64_t end = queue.end;
+    for (int64_t k = queue.first + 1; k < end; ++k) {
+        const DelayEntry behind = getEntry(queue, k);
+        if (behind.date >= date) {
+            return interpolate(before, behind, date);
+        }
+        while (queue.first < end && getEntry(queue, queue.first).date <= before.date) {
+            ++queue.first;
+        }
+        before = behind;
+    }
+    return 0.0;
+}

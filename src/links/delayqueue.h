@@ -1,0 +1,26 @@
+#pragma once
+// A pure delay: values with the dates at which they leave, read by interpolation.
+
+#include <cstdint>
+
+#include "text/datetime.h"
+
+struct DelayEntry {
+    DateTime date;
+    double value;  ///< a flow, m3/s, or a load, kg/s
+};
+
+/// A ring buffer of entries in the order of their arrival. Its memory lives as long as the run.
+struct DelayQueue {
+    DelayEntry* entries;  ///< null while nothing was ever queued
+    int32_t capacity;     ///< a power of 2, or 0
+    int64_t first;        ///< running number of the head
+    int64_t end;          ///< running number behind the tail
+};
+
+/// Appends an entry. 1, or 0 without memory: the value is lost then.
+int32_t delayqueue_push(DelayQueue& queue, DateTime date, double value);
+
+/// The value at a date, and 0 before the first entry and behind the last. Entries that the date has passed are dropped,
+/// but for the one just before it.
+double delayqueue_getValue(DelayQueue& queue, DateTime date);

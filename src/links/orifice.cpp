@@ -1,0 +1,122 @@
+// Orifices: outlets of tanks by Torricelli's law, Q = c A sqrt(2 g h). The setting is the open share of the height.
+// While the water stands below the upper edge of the opening, only the wetted part lets water through, at half its
+// depth as the head; above it the head is that over the middle of the opening.
+
+#include "links/orifice.h"
+
+#include <cmath>
+
+#include "links/link.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "routing/rowvalues.h"
+#include "text/tokens.h"
+
+Table<Orifice> Orifices;
+
+static const char* const OrificeShapeWords[] = {"CIRCULAR", "RECTANGULAR", nullptr};
+
+// Constants as rounded as they have always been; more digits would change every flow.
+static constexpr double PI = 3.14159265;
+static constexpr double TWO_PI = 6.2831853;
+static constexpr double TWO_G = 19.62;  ///< m/s2
+
+static Orifice& getOrifice(int32_t link) {
+    return Orifices[Links[link].kindIndex];
+}
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+/// The numbers of a line behind the shape. An error index, or 0.
+static int32_t readSizes(Orifice& orifice, int32_t tokenCount) {
+    if (!tokens_getNonNegative(Tok[5], &orifice.coefficient) || orifice.coefficient == 0.0) {
+        return errors_setName(ERR_NUMBER, Tok[5]);
+    }
+    if (!tokens_getNonNegative(Tok[6], &orifice.crest)) {
+        return errors_setName(ERR_NUMBER, Tok[6]);
+    }
+    if (!tokens_getNonNegative(Tok[7], &orifice.height)) {
+        return errors_setName(ERR_NUMBER, Tok[7]);
+    }
+    if (orifice.height == 0.0) {
+        return errors_setName(ERR_NUMBER, Tok[5]);  // shows the coefficient, also when the height is at fault
+    }
+    if (orifice.shape == RECTANGULAR_ORIFICE) {
+        if (tokenCount < 9) {
+            return errors_setName(ERR_ITEMS, "");
+        }
+        if (!tokens_getDouble(Tok[8], &orifice.width) || !(orifice.width > 0.0)) {
+            return errors_setName(ERR_NUMBER, Tok[8]);
+        }
+    }
+    return ERR_NONE;
+}
+
+int32_t orifice_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 8) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    LinkEnds ends;
+    int32_t isLagged;
+    if (const int32_t error = link_readEnds(ends)) {
+        return error;
+    }
+    if (const int32_t error = link_readLag(3, isLagged)) {
+        return error;
+    }
+    Orifice orifice{};
+    orifice.shape = tokens_findKeyword(Tok[4], OrificeShapeWords);
+    if (orifice.shape < 0) {
+        return errors_setName(ERR_KEYWORD, Tok[4]);
+    }
+    if (const int32_t error = readSizes(orifice, tokenCount)) {
+        return error;
+    }
+    link_setEnds(link, ORIFICE, kindIndex, ends, isLagged);
+    Orifices[kindIndex] = orifice;
+    return ERR_NONE;
+}
+
+// --- flow ----------------------------------------------------------------------------------------------------------
+
+/// Area (m2) of a circle of diameter D (m) below the depth y (m). The order of the factors is that of this law alone:
+/// conduits multiply in another one, and their areas differ in the last bits.
+static double getSegmentArea(double D, double y) {
+    if (y > D) {
+        return D * D * PI * 0.25;
+    }
+    if (y <= D / 2.0) {
+        const double t = std::acos((D - 2.0 * y) / D);
+        return 2.0 * t * (D * D) * PI * 0.25 / TWO_PI - std::sin(t) * (D / 2.0 - y) * D * 0.5;
+    }
+    const double t = std::acos((2.0 * y - D) / D);
+    return std::sin(t) * (y - D / 2.0) * D * 0.5 + (TWO_PI - 2.0 * t) * (D * D) * PI * 0.25 / TWO_PI;
+}
+
+double orifice_getFlow(int32_t link, double depth) {
+    const Orifice& orifice = getOrifice(link);
+    if (!(depth > orifice.crest)) {
+        return 0.0;
+    }
+    const double d = depth - orifice.crest;
+    const double a = orifice.height * Links[link].setting;
+    const bool isFree = depth <= a + orifice.crest;
+    const double head = isFree ? d / 2.0 : d - a / 2.0;
+    const double y = isFree ? d : a;
+    if (!(head > 0.0)) {
+        return 0.0;
+    }
+    double area = 0.0;
+    switch (orifice.shape) {
+        case CIRCULAR_ORIFICE: area = getSegmentArea(orifice.height, y); break;
+        case RECTANGULAR_ORIFICE: area = y * orifice.width; break;
+        default: break;  // a shape that only a host can set
+    }
+    return std::sqrt(head * TWO_G) * area * orifice.coefficient;
+}
+
+void orifice_getResults(int32_t index, double f, float* row) {
+    const Link& link = Links[index];
+    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
+    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
+}

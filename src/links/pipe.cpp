@@ -1,0 +1,325 @@
+// Pipes, routed by the Muskingum method (McCarthy 1938): the storage of a reach is S = K (X I + (1 - X) O). A pipe is a
+// cascade of such reaches, each a linear reservoir whose state is its storage, and it has a clock of its own:
+//
+//     waiting --(fireTime <= nextFireTime, or nothing summed)--> waiting   pipe_update sums what the node offers
+//     waiting --(fireTime >  nextFireTime)--------------------> firing    pipe_update, fire
+//     firing  -------------------------------------------------> waiting   nextFireTime moves on by one period
+//
+// At a firing the mean flow and the mean concentration of the period go through the cascade, and the result stands at
+// the outlet until the next one. What the node offers in the step of the firing is in no sum: the mean of the other
+// steps stands for it, and the continuity error of a network with pipes shows that water.
+
+#include "links/pipe.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "links/link.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "nodes/node.h"
+#include "text/tokens.h"
+
+Table<Pipe> Pipes;
+
+static int32_t FloodingCount = 0;       ///< pipes whose newFlood isn't 0
+static bool HasEndlessQuality = false;  ///< some concentration of the run was no finite number
+
+static Pipe& getPipe(int32_t link) {
+    return Pipes[Links[link].kindIndex];
+}
+
+// --- reading and validation ----------------------------------------------------------------------------------------
+
+int32_t pipe_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 8) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    LinkEnds ends;
+    int32_t isLagged;
+    if (const int32_t error = link_readEnds(ends)) {
+        return error;
+    }
+    if (const int32_t error = link_readLag(3, isLagged)) {
+        return error;
+    }
+    double values[4];
+    for (int32_t k = 0; k < 4; ++k) {
+        if (!tokens_getNonNegative(Tok[4 + k], &values[k])) {
+            return errors_setName(ERR_NUMBER, Tok[4 + k]);
+        }
+    }
+    link_setEnds(link, PIPE, kindIndex, ends, isLagged);
+    Pipe& pipe = Pipes[kindIndex];
+    pipe.k = values[0];
+    pipe.n = project_truncate(values[1]);
+    pipe.x = values[2];
+    pipe.maxFlow = values[3];
+    return ERR_NONE;
+}
+
+void pipe_validate(int32_t index) {
+    const Link& link = Links[index];
+    const Pipe& pipe = getPipe(index);
+    if (pipe.k < RoutingStep) {
+        report_writeError(ERR_PIPE_K, link.id);
+    }
+    if (pipe.n < 1) {
+        report_writeError(ERR_PIPE_N, link.id);
+    }
+    if (pipe.x > 0.5) {
+        report_writeError(ERR_PIPE_X, link.id);
+    }
+}
+
+// --- start and end of a run ----------------------------------------------------------------------------------------
+
+/// Whether a step may see more than one firing. A host can shorten the period below the routing step, and the order of
+/// the nodes may come back to the first of them.
+static bool canFireAgain(const Pipe& pipe) {
+    return pipe.stepLength < RoutingStep;
+}
+
+void pipe_initState(int32_t index) {
+    Pipe& pipe = getPipe(index);
+    pipe.stepLength = pipe.k;
+    pipe.nextFireTime = pipe.lastFireTime = NewRoutingTime;
+    pipe.oldInflow = pipe.newInflow = 0.0;
+    pipe.oldFlood = pipe.newFlood = 0.0;
+    // All arrays of a pipe stand together: a firing goes through them at once.
+    const int64_t reaches = pipe.n > 0 ? pipe.n : 0;
+    const int64_t pollutants = project_pollutantCount();
+    const int64_t copies = canFireAgain(pipe) ? 2 : 1;
+    double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + copies * reaches * pollutants);
+    if (!memory) {
+        pipe_endState(index);
+        report_writeError(ERR_MEMORY, "");
+        return;
+    }
+    pipe.reachCount = static_cast<int32_t>(reaches);
+    pipe.sumMass = memory;
+    pipe.storage = pipe.sumMass + pollutants;
+    pipe.hasDecay = decay_isAny(pipe.decay);
+}
+
+void pipe_endState(int32_t index) {
+    Pipe& pipe = getPipe(index);
+    pipe.reachCount = 0;
+    pipe.storage = pipe.sumMass = nullptr;
+}
+
+void pipe_openRun() {
+    FloodingCount = 0;
+    HasEndlessQuality = false;
+    for (Pipe& pipe : Pipes) {
+        pipe.sumVolume = 0.0;
+        pipe.sumCount = 0;
+    }
+}
+
+static void shiftHydState(Pipe& pipe) {
+    pipe.oldInflow = pipe.newInflow;
+    pipe.oldFlood = pipe.newFlood;
+}
+
+void pipe_shiftHydState(int32_t kindIndex) {
+    shiftHydState(Pipes[kindIndex]);
+}
+
+// --- routing -------------------------------------------------------------------------------------------------------
+
+/// Flow through one reach in one period, as all pollutants see it.
+struct ReachFlow {
+    double inVolume;  ///< m3
+    double storage;   ///< m3, before the period
+    double divisor;   ///< m3, after the inflow and before the outflow
+    bool isDry;
+};
+
+static ReachFlow getReachFlow(double dt, double storage, double in, double out) {
+    const double change = dt * (in - out);
+    const double divisor = dt * out + storage + change;
+    // The test adds a volume to a flow. It only has to tell a dry reach, and it has always been this sum. Divided is by
+    // the volume after the inflow, before the outflow.
+    return {dt * in, storage, divisor, !(change + out != 0.0 && divisor != 0.0)};
+}
+
+/// All pollutants through one reach: `c` comes with the inflow and leaves with the outflow. Mixing of the inflow into
+/// the reach, whose `qual` is the old concentration up to here.
+static void mixReach(const ReachFlow& flow, double* __restrict qual, double* __restrict c, int32_t pollutants) {
+    for (int32_t p = 0; p < pollutants; ++p) {
+        c[p] = flow.isDry ? 0.0 : (flow.inVolume * c[p] + flow.storage * qual[p]) / flow.divisor;
+        qual[p] = c[p];
+    }
+}
+
+/// Whether a reach without decay loses nothing of any pollutant. What has grown beyond all numbers shows in the loss,
+/// since no share of it is 0.
+static bool isFinite(const double* c, double storage, int32_t pollutants) {
+    bool answer = true;
+    for (int32_t p = 0; p < pollutants; ++p) {
+        answer = answer && std::isfinite(c[p] * storage);
+    }
+    return answer;
+}
+
+/// Decay of what mixReach has mixed.
+static void decayReach(const Pipe& pipe, const ReachFlow& flow, DateTime date, double* qual, double* c) {
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        const double factor = decay_getFactor(pipe.decay[p], date, pipe.stepLength);
+        QualTotals[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / 1000.0;
+        qual[p] = c[p] = c[p] * factor;
+    }
+}
+
+bool pipe_isAnyFlooding() {
+    return FloodingCount > 0 || HasEndlessQuality;
+}
+
+/// Outflow of the last reach against the limit: what may not pass is flood.
+static void limitOutflow(Link& link, Pipe& pipe, double out) {
+    FloodingCount -= pipe.newFlood != 0.0 ? 1 : 0;
+    if (pipe.maxFlow > 0.0) {
+        const double cap = pipe.maxFlow * link.setting;
+        link.newFlow = out > cap ? cap : out;
+        pipe.newFlood = out > cap ? out - cap : 0.0;
+    } else {
+        link.newFlow = link.setting != 0.0 ? out : 0.0;
+        pipe.newFlood = link.setting != 0.0 ? 0.0 : out;
+    }
+    FloodingCount += pipe.newFlood != 0.0 ? 1 : 0;
+}
+
+static void route(int32_t index, Link& link, Pipe& pipe, double inflow, double* concentrations) {
+    const int32_t pollutants = project_pollutantCount();
+    const DateTime date = pipe.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    const double dt = pipe.stepLength;
+    const double a = dt * 0.5;
+    const double b = pipe.k * pipe.x;
+    const double c = (1.0 - pipe.x) * pipe.k;
+    double flow = inflow;
+    const int32_t reaches = pipe_getReachCount(pipe);
+    for (int32_t i = 0; i < reaches; ++i) {
+        const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
+        const ReachFlow reach = getReachFlow(dt, pipe.storage[i], flow, out);
+        double* qual = pipe_newSegQual(pipe, i);
+        mixReach(reach, qual, concentrations, pollutants);
+        if (pipe.hasDecay || !isFinite(concentrations, reach.storage, pollutants)) {
+            decayReach(pipe, reach, date, qual, concentrations);
+        }
+        pipe.storage[i] += (flow - out) * dt;
+        flow = out;
+    }
+    pipe.newInflow = inflow;
+    limitOutflow(link, pipe, flow);
+    for (int32_t p = 0; p < pollutants; ++p) {
+        link.newQual[p] = concentrations[p];
+        HasEndlessQuality = HasEndlessQuality || !std::isfinite(concentrations[p]);
+    }
+    link_noteChange(index, static_cast<int32_t>(&pipe - Pipes.data()));
+}
+
+void pipe_route(int32_t link, double inflow, double* concentrations) {
+    route(link, Links[link], getPipe(link), inflow, concentrations);
+}
+
+void pipe_moveClock(Pipe& pipe) {
+    pipe.lastFireTime = pipe.nextFireTime;
+    const double next = pipe.stepLength * 1000.0 + pipe.lastFireTime;
+    pipe.nextFireTime = next > TotalDuration ? TotalDuration : next;
+}
+
+static void clearSums(Pipe& pipe) {
+    pipe.sumVolume = 0.0;
+    pipe.sumCount = 0;
+    std::fill_n(pipe.sumMass, project_pollutantCount(), 0.0);
+}
+
+/// All firings of a step mix with what the reaches held ahead of the first one.
+static void restoreStepStart(const Pipe& pipe, bool isFirst) {
+    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount();
+    double* qual = pipe_newSegQual(pipe, 0);
+    double* atStart = qual + count;
+    if (isFirst) {
+        std::copy_n(qual, count, atStart);
+    } else {
+        std::copy_n(atStart, count, qual);
+    }
+}
+
+/// One firing: the sums become the mean flow and the mean concentrations of the period and go through the reaches.
+static void fire(int32_t index, Pipe& pipe) {
+    pipe_moveClock(pipe);
+    Link& link = Links[index];
+    link.oldFlow = link.newFlow;
+    shiftHydState(pipe);
+    const int32_t pollutants = project_pollutantCount();
+    for (int32_t p = 0; p < pollutants; ++p) {
+        pipe.sumMass[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
+    }
+    pipe.sumVolume = pipe.sumVolume / pipe.sumCount / RoutingStep;
+    if (canFireAgain(pipe)) {
+        restoreStepStart(pipe, !link_isChanged(index));
+    }
+    route(index, link, pipe, pipe.sumVolume, pipe.sumMass);
+    clearSums(pipe);
+}
+
+void pipe_update(int32_t index, int32_t kindIndex, int32_t nodeIndex, double fireTime) {
+    const Node& node = Nodes[nodeIndex];
+    if (!node_offersFlow(node.kind)) {
+        return;
+    }
+    Pipe& pipe = Pipes[kindIndex];
+    // Without a period, which a host can bring about, it never fires.
+    if (fireTime > pipe.nextFireTime && pipe.sumCount != 0 && pipe.stepLength != 0.0) {
+        fire(index, pipe);
+        return;
+    }
+    const double volume = RoutingStep * node_getOfferedFlow(nodeIndex, index);
+    pipe.sumVolume += volume;
+    pipe.sumCount += 1;
+    double* __restrict sumMass = pipe.sumMass;
+    const double* __restrict quality = node.newQual;
+    const int32_t pollutants = project_pollutantCount();
+    for (int32_t p = 0; p < pollutants; ++p) {
+        sumMass[p] += volume * quality[p] / 1000.0;
+    }
+}
+
+// --- delivery ------------------------------------------------------------------------------------------------------
+
+/// A share limited to 0 ... 1.
+static double limitShare(double share) {
+    const double lower = 0.0 > share ? 0.0 : share;
+    return 1.0 < lower ? 1.0 : lower;
+}
+
+double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
+    if (pipe.nextFireTime == pipe.lastFireTime) {
+        return 0.0;
+    }
+    // The present K counts here, which a host may have changed, and it is added for the flow alone: flow and load are
+    // weighted differently in the steps of a firing.
+    const double period = pipe.nextFireTime - pipe.lastFireTime;
+    const double a = limitShare((time - pipe.lastFireTime + pipe.k * 1000.0) / period);
+    const double b = limitShare((time - pipe.lastFireTime) / period);
+    const double oldFlow = (1.0 - b) * link.oldFlow;
+    const double newFlow = b * link.newFlow;
+    const double* __restrict oldQual = link.oldQual;
+    const double* __restrict newQual = link.newQual;
+    const int32_t pollutants = project_pollutantCount();
+    for (int32_t p = 0; p < pollutants; ++p) {
+        loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / 1000.0;
+    }
+    return (1.0 - a) * link.oldFlow + a * link.newFlow;
+}
+
+double pipe_getVolume(const Pipe& pipe) {
+    double volume = 0.0;
+    const int32_t reaches = pipe_getReachCount(pipe);
+    for (int32_t i = 0; i < reaches; ++i) {
+        volume += pipe.storage[i];
+    }
+    return volume;
+}

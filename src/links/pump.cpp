@@ -1,0 +1,162 @@
+// Pumps: outlets of tanks. A pump delivers by a curve of the depth in its tank, a line through points (PUMP1) or steps
+// (PUMP2), times its setting. It switches itself: on above the start-up depth, off below the shut-off depth. The tank
+// limits the sum of its pumps to the water that it holds and shares it out.
+
+#include "links/pump.h"
+
+#include <cmath>
+
+#include "links/link.h"
+#include "model/curve.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/tank.h"
+#include "routing/rowvalues.h"
+#include "text/tokens.h"
+
+Table<Pump> Pumps;
+
+static const char* const OffOnWords[] = {"OFF", "ON", nullptr};
+
+static Pump& getPump(int32_t link) {
+    return Pumps[Links[link].kindIndex];
+}
+
+/// The tank that a pump draws from, or null.
+static const Tank* findTank(int32_t link) {
+    const Node* node = Nodes.find(Links[link].fromNode);
+    return node && node->kind == TANK ? &Tanks[node->kindIndex] : nullptr;
+}
+
+// --- reading, validation and start ---------------------------------------------------------------------------------
+
+int32_t pump_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 8) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    LinkEnds ends;
+    if (const int32_t error = link_readEnds(ends)) {
+        return error;
+    }
+    Pump pump{};
+    pump.curve = names_find(CURVE, Tok[3]);
+    if (pump.curve < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+    }
+    int32_t isLagged;
+    if (const int32_t error = link_readLag(4, isLagged)) {
+        return error;
+    }
+    const int32_t status = tokens_findKeyword(Tok[5], OffOnWords);
+    if (status < 0) {
+        return errors_setName(ERR_KEYWORD, Tok[5]);
+    }
+    pump.initSetting = status;
+    if (!tokens_getNonNegative(Tok[6], &pump.startupDepth)) {
+        return errors_setName(ERR_NUMBER, Tok[6]);
+    }
+    if (!tokens_getNonNegative(Tok[7], &pump.shutoffDepth)) {
+        return errors_setName(ERR_NUMBER, Tok[7]);
+    }
+    link_setEnds(link, PUMP, kindIndex, ends, isLagged);
+    Pumps[kindIndex] = pump;
+    return ERR_NONE;
+}
+
+void pump_validate(int32_t index) {
+    const Link& link = Links[index];
+    const Pump& pump = getPump(index);
+    if (!findTank(index)) {
+        report_writeError(ERR_PUMP_NOT_AT_TANK, link.id);
+    }
+    if (pump.startupDepth > 0.0 && !(pump.startupDepth > pump.shutoffDepth)) {
+        report_writeError(ERR_PUMP_DEPTHS, link.id);
+    }
+    const int32_t type = Curves[pump.curve].curveType;
+    if (type != PUMP1_CURVE && type != PUMP2_CURVE) {
+        report_writeError(ERR_PUMP_CURVE, link.id);
+    }
+}
+
+void pump_initState(int32_t link) {
+    Pump& pump = getPump(link);
+    Links[link].setting = pump.initSetting;
+    pump.useHostFlow = 0;
+    pump.hostFlow = 0.0;
+}
+
+// --- switching and flow --------------------------------------------------------------------------------------------
+
+void pump_setTarget(int32_t index) {
+    Link& link = Links[index];
+    link.targetSetting = link.setting;
+    const Tank* tank = findTank(index);
+    if (!tank) {
+        return;
+    }
+    const Pump& pump = getPump(index);
+    if (pump.shutoffDepth > 0.0 && link.setting > 0.0 && tank->newDepth < pump.shutoffDepth) {
+        link.targetSetting = 0.0;
+    }
+    if (pump.startupDepth > 0.0 && link.setting == 0.0 && tank->newDepth > pump.startupDepth) {
+        link.targetSetting = 1.0;
+    }
+}
+
+/// A line through the points; level in front of the first and behind the last.
+static double getLineFlow(const std::vector<CurvePoint>& points, double depth) {
+    if (points[0].x >= depth) {
+        return points[0].y;
+    }
+    for (size_t k = 1; k < points.size(); ++k) {
+        const CurvePoint& a = points[k - 1];
+        const CurvePoint& b = points[k];
+        if (b.x >= depth) {
+            return std::fabs(b.x - a.x) < 1.0e-20 ? (a.y + b.y) / 2.0 : (depth - a.x) * (b.y - a.y) / (b.x - a.x) + a.y;
+        }
+    }
+    return points.back().y;
+}
+
+/// Steps: the flow of a point holds up to its depth, and at that depth the one of the next point already does.
+static double getStepFlow(const std::vector<CurvePoint>& points, double depth) {
+    for (const CurvePoint& point : points) {
+        if (point.x > depth) {
+            return point.y;
+        }
+    }
+    return points.back().y;
+}
+
+double pump_getFlow(int32_t index) {
+    const Tank* tank = findTank(index);
+    if (!tank) {
+        return 0.0;
+    }
+    const Link& link = Links[index];
+    const Pump& pump = getPump(index);
+    if (pump.useHostFlow) {
+        return pump.hostFlow;  // neither a setting of 0 nor a switch stops a pump that the host drives
+    }
+    if (link.setting == 0.0) {
+        return 0.0;
+    }
+    const Curve& curve = Curves[pump.curve];
+    if (curve.entries.empty()) {
+        return 0.0;
+    }
+    double flow = 0.0;
+    switch (curve.curveType) {
+        case PUMP1_CURVE: flow = getLineFlow(curve.entries, tank->newDepth); break;
+        case PUMP2_CURVE: flow = getStepFlow(curve.entries, tank->newDepth); break;
+        default: break;
+    }
+    return (flow < 0.0 ? 0.0 : flow) * link.setting;
+}
+
+void pump_getResults(int32_t index, double f, float* row) {
+    const Link& link = Links[index];
+    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
+    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
+}

@@ -1,0 +1,85 @@
+// Weirs: outlets of tanks by the overfall law (Poleni): Q = c L h^1.5 over a rectangular crest, Q = c h^2.5 through a
+// triangular notch, h being the head over the crest. The setting of a weir is the share of its opening that is lowered:
+// at 1 the crest stands at `crest`, at 0 it is lifted by the whole opening.
+
+#include "links/weir.h"
+
+#include <cmath>
+
+#include "links/link.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "routing/rowvalues.h"
+#include "text/tokens.h"
+
+Table<Weir> Weirs;
+
+static const char* const WeirShapeWords[] = {"RECTANGULAR", "TRIANGULAR", nullptr};
+
+static Weir& getWeir(int32_t link) {
+    return Weirs[Links[link].kindIndex];
+}
+
+int32_t weir_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 9) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    LinkEnds ends;
+    int32_t isLagged;
+    if (const int32_t error = link_readEnds(ends)) {
+        return error;
+    }
+    if (const int32_t error = link_readLag(3, isLagged)) {
+        return error;
+    }
+    Weir weir{};
+    weir.shape = tokens_findKeyword(Tok[4], WeirShapeWords);
+    if (weir.shape < 0) {
+        return errors_setName(ERR_KEYWORD, Tok[4]);
+    }
+    double* const values[] = {&weir.coefficient, &weir.length, &weir.crest, &weir.opening};
+    for (int32_t k = 0; k < 4; ++k) {
+        // A triangular weir needs a length too, though its flow doesn't depend on it.
+        const bool mayBeZero = k >= 2;
+        if (!tokens_getNonNegative(Tok[5 + k], values[k]) || (!mayBeZero && *values[k] == 0.0)) {
+            return errors_setName(ERR_NUMBER, Tok[5 + k]);
+        }
+    }
+    link_setEnds(link, WEIR, kindIndex, ends, isLagged);
+    Weirs[kindIndex] = weir;
+    return ERR_NONE;
+}
+
+void weir_initState(int32_t link) {
+    Weir& weir = getWeir(link);
+    weir.useHostParams = 0;
+    weir.hostHeight = weir.opening;
+    weir.hostCoefficient = weir.coefficient;
+}
+
+double weir_getLevel(int32_t link) {
+    const Weir& weir = getWeir(link);
+    return (1.0 - Links[link].setting) * weir.opening + weir.crest;
+}
+
+double weir_getFlow(int32_t link, double depth) {
+    const Weir& weir = getWeir(link);
+    const double coefficient = weir.useHostParams ? weir.hostCoefficient : weir.coefficient;
+    // A host that gave the coefficient alone has the height at the full opening, and the setting has no effect any
+    // more.
+    const double base = weir.useHostParams ? weir.hostHeight + weir.crest : weir_getLevel(link);
+    if (base >= depth) {
+        return 0.0;
+    }
+    switch (weir.shape) {
+        case RECTANGULAR_WEIR: return std::pow(depth - base, 1.5) * coefficient * weir.length;
+        case TRIANGULAR_WEIR: return std::pow(depth - base, 2.5) * coefficient;
+        default: return 0.0;  // a shape that only a host can set
+    }
+}
+
+void weir_getResults(int32_t index, double f, float* row) {
+    const Link& link = Links[index];
+    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
+    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
+}

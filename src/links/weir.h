@@ -1,0 +1,34 @@
+#pragma once
+// A weir: an outlet of a tank whose crest the setting lifts.
+
+#include <cstdint>
+
+#include "model/table.h"
+
+enum WeirShape : int32_t { RECTANGULAR_WEIR, TRIANGULAR_WEIR };
+
+struct Weir {
+    int32_t shape;           ///< WeirShape
+    int32_t useHostParams;   ///< 1: hostCoefficient and hostHeight count
+    double coefficient;      ///< m^0.5/s, discharge coefficient
+    double length;           ///< m, of the crest; without effect on a triangular weir
+    double crest;            ///< m above the bottom of the tank
+    double opening;          ///< m, the range by which the setting moves the crest
+    double hostCoefficient;  ///< as coefficient
+    double hostHeight;       ///< m above `crest`
+};
+
+extern Table<Weir> Weirs;
+
+int32_t weir_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+void weir_initState(int32_t link);
+
+/// The height (m) that sorts a weir among the outlets of its tank: the crest as setting and parameters place it. What
+/// the host overrides doesn't count here.
+double weir_getLevel(int32_t link);
+
+/// Flow (m3/s) at a depth (m) in the tank.
+double weir_getFlow(int32_t link, double depth);
+
+/// Row of results: flow, then concentrations.
+void weir_getResults(int32_t link, double f, float* row);

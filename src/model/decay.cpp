@@ -1,0 +1,121 @@
+// First-order decay, dc/dt = -f k c, with f the factor of a pattern at the hour of the step. This room also takes the
+// lines of [DECAY_COEFFICIENT] and hands them to the kind of object that they name.
+
+#include "model/decay.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "hydrology/lid.h"
+#include "links/conduit.h"
+#include "links/pipe.h"
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/pattern.h"
+#include "model/project.h"
+#include "nodes/tank.h"
+#include "text/tokens.h"
+
+const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
+
+static const char* const ClassWords[] = {"NODE", "LINK", "LID", nullptr};
+
+static constexpr double SECONDS_PER_DAY = 86400.0;
+
+Decay* decay_create() {
+    Decay* decays = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
+    if (decays && project_pollutantCount() > 0) {
+        decays[0].type = -1;
+        decays[0].pattern = -1;
+    }
+    return decays;
+}
+
+bool decay_isAny(const Decay* decays) {
+    return std::any_of(decays, decays + project_pollutantCount(),
+                       [](const Decay& decay) { return decay.type == FIRST_ORDER; });
+}
+
+/// The items behind the object: pollutant, type, coefficient per day, pattern.
+static int32_t readItems(Decay* decays) {
+    const int32_t pollutant = names_find(POLLUT, Tok[2]);
+    if (pollutant < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    if (tokens_findKeyword(Tok[3], ReactionWords) != FIRST_ORDER) {
+        return errors_setName(ERR_DECAY_TYPE, Tok[0]);
+    }
+    // Refused only if it is no number and negative as well, so a word passes as 0, and so does any negative number.
+    double perDay;
+    if (!tokens_getDouble(Tok[4], &perDay) && perDay < 0.0) {
+        return errors_setName(ERR_NUMBER, Tok[4]);
+    }
+    int32_t pattern = -1;
+    if (*Tok[5]) {
+        pattern = names_find(PATTERN, Tok[5]);
+        if (pattern < 0) {
+            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
+        }
+    }
+    decays[pollutant] = {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 0.0};
+    return ERR_NONE;
+}
+
+static int32_t readNodeLine() {
+    const int32_t index = names_find(NODE, Tok[0]);
+    if (index < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const Node& node = Nodes[index];
+    switch (node.kind) {
+        case TANK: return readItems(Tanks[node.kindIndex].decay);
+        default: return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+}
+
+static int32_t readLinkLine() {
+    const int32_t index = names_find(LINK, Tok[0]);
+    if (index < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const Link& link = Links[index];
+    switch (link.kind) {
+        case PIPE: return readItems(Pipes[link.kindIndex].decay);
+        case CONDUIT: return readItems(Conduits[link.kindIndex].decay);
+        default: return ERR_NONE;  // the other kinds hold no water, and their lines are dropped
+    }
+}
+
+static int32_t readLidLine() {
+    const int32_t lid = names_find(LID, Tok[0]);
+    return lid < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]) : lid_readDecayLine(lid, TokCount);
+}
+
+int32_t decay_readLine() {
+    if (TokCount < 6) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    switch (tokens_findKeyword(Tok[1], ClassWords)) {
+        case 0: return readNodeLine();
+        case 1: return readLinkLine();
+        case 2: return readLidLine();
+        default: return errors_setName(ERR_KEYWORD, Tok[1]);
+    }
+}
+
+double decay_getFactor(Decay& decay, DateTime date, double seconds) {
+    if (decay.type != FIRST_ORDER) {
+        return 1.0;
+    }
+    const double exponent = -pattern_hourlyFactor(decay.pattern, date) * decay.k * seconds;
+    if (exponent == 0.0) {
+        return 1.0;
+    }
+    // The same step by step for a whole hour, so it is worked out once.
+    if (exponent != decay.exponent) {
+        decay.exponent = exponent;
+        decay.factor = std::exp(exponent);
+    }
+    return decay.factor;
+}

@@ -1,0 +1,60 @@
+// Patterns of dry-weather flow, of reactors and of decay. All are looked up by the hour of the day, whatever their type
+// says; the type only decides which objects may name them.
+
+#include "model/pattern.h"
+
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "text/tokens.h"
+
+Table<Pattern> Patterns;
+
+static const char* const PatternTypeWords[] = {"MONTHLY", "HOURLY", nullptr};
+
+int32_t pattern_read() {
+    if (TokCount < 2) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    const int32_t index = names_find(PATTERN, Tok[0]);
+    if (index < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    Pattern& pattern = Patterns[index];
+    int32_t k = 1;
+    if (!pattern.id) {
+        pattern.id = names_findId(PATTERN, Tok[0]);
+        const int32_t type = tokens_findKeyword(Tok[1], PatternTypeWords);
+        if (type < 0) {
+            return errors_setName(ERR_KEYWORD, Tok[1]);
+        }
+        pattern.type = type;
+        k = 2;
+    }
+    for (; k < TokCount && pattern.count < PATTERN_SIZE; ++k) {
+        double factor;
+        if (!tokens_getDouble(Tok[k], &factor)) {
+            return errors_setName(ERR_NUMBER, Tok[k]);
+        }
+        pattern.factors[pattern.count++] = factor;
+    }
+    return ERR_NONE;
+}
+
+/// Hour of a date. All look-ups of a step ask for one date, so the last answer is kept.
+static int32_t getHour(DateTime date) {
+    static DateTime lastDate = NO_DATE;
+    static int32_t lastHour = 0;
+    if (date != lastDate) {
+        lastDate = date;
+        lastHour = datetime_getSecondOfDay(date) / 3600;
+    }
+    return lastHour;
+}
+
+double pattern_hourlyFactor(int32_t pattern, DateTime date) {
+    if (pattern < 0 || !Patterns.holds(pattern)) {
+        return 1.0;
+    }
+    return Patterns[pattern].factors[getHour(date)];
+}

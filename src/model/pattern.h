@@ -1,0 +1,27 @@
+#pragma once
+// Patterns: up to 24 factors, looked up by the hour of the day.
+
+#include <cstdint>
+
+#include "model/table.h"
+#include "text/datetime.h"
+
+enum PatternType : int32_t { PATTERN_MONTHLY, PATTERN_HOURLY };
+
+constexpr int32_t PATTERN_SIZE = 24;
+
+struct Pattern {
+    const char* id;                ///< the ID as first seen; null until the first line is read
+    int32_t type;                  ///< PatternType; serves the checks of users only
+    int32_t count;                 ///< factors read
+    double factors[PATTERN_SIZE];  ///< 0 where none was read
+};
+
+extern Table<Pattern> Patterns;
+
+/// A line of [PATTERNS] in Tok. An error index, or 0.
+int32_t pattern_read();
+
+/// The factor at the hour of a date, for every type of pattern: one of monthly type is looked up by the hour too.
+/// 1.0 for an index outside the table.
+double pattern_hourlyFactor(int32_t pattern, DateTime date);

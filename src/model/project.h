@@ -1,0 +1,199 @@
+#pragma once
+// The one project of the process: enumerations, counters, the common records of nodes and links, options, clocks and
+// the totals that many rooms add to. The record of a kind stands in the room of that kind.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "model/table.h"
+
+/// Classes of object. The numbers index ObjectCount and the tables of names.
+enum ObjectType : int32_t {
+    GAGE,
+    SUBCATCH,
+    NODE,
+    LINK,
+    POLLUT,
+    LANDUSE,
+    LID,
+    RULE,
+    CURVE,
+    TSERIES,
+    PATTERN,
+    CONVERTER,
+    OBJECT_TYPE_COUNT
+};
+
+/// Kinds of node; hosts see these numbers.
+enum NodeKind : int32_t { JUNCTION, TANK, OUTFALL, SPLITTER, SWMM, REACTOR, LID_MONO, VORN, NODE_KIND_COUNT };
+
+/// Kinds of link; hosts see these numbers.
+enum LinkKind : int32_t { PIPE, PUMP, CONNECTION, CONDUIT, WEIR, ORIFICE, LINK_KIND_COUNT };
+
+extern int32_t ObjectCount[OBJECT_TYPE_COUNT];
+extern int32_t NodeKindCount[NODE_KIND_COUNT];
+extern int32_t LinkKindCount[LINK_KIND_COUNT];
+
+struct ExtInflow;
+struct DwfInflow;
+
+/// What every node has, whatever its kind. Arrays have one element per pollutant and are null without pollutants. The
+/// first line of memory holds what a visit of the node touches; what only the roll from step to step needs follows.
+struct alignas(64) Node {
+    int32_t kind;             ///< NodeKind; -1 until read
+    int32_t kindIndex;        ///< row in the table of the kind
+    double newInflow;         ///< m3/s, newLatFlow + newUpstreamFlow
+    double newUpstreamFlow;   ///< m3/s, arriving over links
+    double newLatFlow;        ///< m3/s: runoff, drains, external and dry-weather inflow, direct discharges
+    double* massInflow;       ///< kg/s, load of the step
+    double* newQual;          ///< mg/L
+    double statInflowVolume;  ///< m3, inflow of the run
+    double statMaxInflow;     ///< m3/s
+
+    double oldInflow;        ///< m3/s, newInflow of the previous step
+    double oldUpstreamFlow;  ///< m3/s
+    double oldLatFlow;       ///< m3/s
+    double* oldQual;         ///< mg/L
+    const char* id;          ///< the ID as first seen; null until read
+    ExtInflow* extInflow;    ///< head of the external inflows, the newest first
+    DwfInflow* dwfInflow;    ///< head of the dry-weather inflows, the newest first
+    int32_t isHead;          ///< 1: nothing upstream, so the order of the nodes starts here
+};
+
+/// What every link has, whatever its kind; laid out like a node. The routing step knows the row of the kind otherwise.
+struct alignas(64) Link {
+    int32_t kind;           ///< LinkKind; -1 until read
+    int32_t isLagged;       ///< 1: delivers the previous step's values and may close a loop
+    double oldFlow;         ///< m3/s, newFlow of the previous step
+    double newFlow;         ///< m3/s, delivered at the downstream end
+    double* oldQual;        ///< mg/L, one per pollutant
+    double* newQual;        ///< mg/L, one per pollutant
+    double setting;         ///< 0 ... 1, the opening
+    double statFlowVolume;  ///< m3
+    double statMaxFlow;     ///< m3/s
+
+    const char* id;          ///< the ID as first seen; null until read
+    int32_t kindIndex;       ///< row in the table of the kind
+    int32_t fromNode;        ///< node at the upstream end
+    int32_t toNode;          ///< node at the downstream end
+    int32_t isHostSetting;   ///< 1: the host holds the setting, rules don't move it
+    double targetSetting;    ///< 0 ... 1, the opening that rules and switches ask for
+    double statFloodVolume;  ///< m3
+    double statMaxFlood;     ///< m3/s
+};
+
+extern Table<Node> Nodes;
+extern Table<Link> Links;
+
+/// Water of the whole network over the run, m3.
+struct FlowTotalsRecord {
+    double externalInflow;
+    double dryWeatherInflow;
+    double wetWeatherInflow;
+    double swmmInflow;  ///< out of SWMM nodes into the network
+    double vornInflow;  ///< out of treatment-plant nodes into the network
+    double floodingLoss;
+    double externalOutflow;
+    double swmmOutflow;  ///< given to SWMM nodes
+    double vornOutflow;  ///< given to treatment-plant nodes
+    double evapLoss;
+    double seepageLoss;
+    double reserved;
+    double delayedVolume;
+    double initStorage;
+    double finalStorage;
+};
+
+/// One pollutant in the whole network over the run, kg.
+struct QualTotalsRecord {
+    double externalInflow;
+    double dryWeatherInflow;
+    double wetWeatherInflow;
+    double swmmInflow;
+    double vornInflow;
+    double floodingLoss;
+    double externalOutflow;
+    double swmmOutflow;
+    double vornOutflow;
+    double reserved;
+    double seepageLoss;
+    double reactedLoss;
+    double delayedMass;
+    double initStorage;
+    double finalStorage;
+};
+
+extern FlowTotalsRecord FlowTotals;
+extern QualTotalsRecord* QualTotals;  ///< one per pollutant; null before the first start
+
+extern double RunoffError;   ///< %, set by the last report
+extern double FlowError;     ///< %
+extern double QualityError;  ///< %
+
+// Names and options.
+extern std::string InputFileName;  ///< cut to 259 bytes, as are the next two
+extern std::string ReportFileName;
+extern std::string ResultsFileName;
+extern std::string InputFolder;      ///< drive and folder of the input file, with the separator at its end
+extern std::string DbFileName;       ///< database, beside the input file
+extern std::string Description[10];  ///< lines of the report's head; an empty one is unused
+
+extern std::string SwmmDllPath, SwmmTempDir;  ///< library of SWMM nodes, and folder for its private copies
+extern std::string VornDllPath, VornTempDir;  ///< the same of treatment-plant nodes
+
+extern double StartDate, StartTime, EndDate, EndTime;  ///< days
+extern double StartDateTime, EndDateTime;              ///< days
+extern int32_t RunoffStep, RoutingStep, ReportStep;    ///< s
+extern double StartDryDays;                            ///< days
+extern int32_t ReportAverage;                          ///< 1: node and link results are means over the report step
+extern int32_t LidMonoRainfall;                        ///< 1: rain of their gages falls on LID monomer nodes
+extern double EventInterval;                           ///< s, gap between rain events
+extern double EventMinValue;                           ///< mm, smallest rain that makes an event
+extern double ConduitLengthening;                      ///< m, smallest length of a conduit
+
+// State and clocks of the run, milliseconds since the start.
+extern int32_t IsOpen, IsStarted, SaveMode;
+extern double OldRunoffTime, NewRunoffTime;
+extern double OldRoutingTime, NewRoutingTime;
+extern double ReportTime;
+extern double TotalDuration;
+extern double ElapsedDays;  ///< days
+
+/// One-shot flows (m3/s) and loads (kg/s) from the host, for the coming routing step; in the order of the calls.
+struct HostInflow {
+    int32_t node;
+    int32_t pollutant;
+    double value;
+};
+extern std::vector<HostInflow> HostInflows;
+extern std::vector<HostInflow> HostLoads;
+
+/// One request of the host for an object inside a SWMM node.
+struct SwmmRequest {
+    int32_t node;
+    std::string object;
+    std::string pollutant;  ///< loads only
+    double value;
+};
+extern std::vector<SwmmRequest> SwmmInflowRequests;
+extern std::vector<SwmmRequest> SwmmSettingRequests;
+extern std::vector<SwmmRequest> SwmmLoadRequests;
+
+/// Below this rate, m/s, there is no rain and no runoff.
+constexpr double DRY_RATE = 7.056e-10;
+
+/// The integer part of a number. NaN and what 32 bits can't hold give -2147483648.
+inline int32_t project_truncate(double value) {
+    return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int32_t>(value) : INT32_MIN;
+}
+
+/// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
+double project_getDate(double clock);
+
+inline int32_t project_pollutantCount() {
+    return ObjectCount[POLLUT];
+}
+
+/// Empties the five lists that a host has filled.
+void project_clearHostLists();

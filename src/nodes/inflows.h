@@ -1,0 +1,51 @@
+#pragma once
+// Direct inflows of a node: external ones, dry-weather flow, and what the host pushes in for one step.
+
+#include <cstdint>
+
+#include "text/datetime.h"
+
+enum InflowKind : int32_t { INFLOW_FLOW, INFLOW_CONCEN, INFLOW_MASS };
+
+/// A constant plus a scaled time series.
+struct ExtInflow {
+    int32_t kind;       ///< InflowKind
+    int32_t pollutant;  ///< -1 for a flow
+    double baseline;    ///< m3/s, mg/L or kg/s, by kind
+    int32_t series;     ///< time series, or -1
+    double scale;       ///< factor on the series
+    ExtInflow* next;
+};
+
+/// A mean value with an hourly pattern.
+struct DwfInflow {
+    int32_t pollutant;  ///< -1 for the flow
+    int32_t pattern;    ///< or -1
+    double average;     ///< m3/s, or mg/L for a pollutant
+    DwfInflow* next;
+};
+
+/// A line of [INFLOWS] or [DWFS] in Tok. An error index, or 0.
+int32_t inflows_readExternal();
+int32_t inflows_readDryWeather();
+
+/// Tests the patterns of a node's dry-weather inflows; writes what is wrong to the report.
+void inflows_validateDryWeather(int32_t node);
+
+/// Lists the nodes with inflows for a run.
+void inflows_openRun();
+
+/// Forgets them.
+void inflows_clear();
+
+/// Adds the external inflows at a date, and the host's, to flow and load of their nodes; the host's are used up.
+void inflows_applyExternal(DateTime date);
+
+/// Adds the dry-weather inflows at a date to flow and load of their nodes.
+void inflows_applyDryWeather(DateTime date);
+
+/// Value of a dry-weather record at a date: m3/s or mg/L.
+double inflows_dryWeatherValue(const DwfInflow& record, DateTime date);
+
+/// The first record of a list with this pollutant (-1: the flow), or null.
+const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant);

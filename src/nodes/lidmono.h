@@ -1,0 +1,42 @@
+#pragma once
+// LID monomers: a LID unit that stands in the network as a node.
+
+#include <cstdint>
+
+#include "hydrology/lid.h"
+#include "model/table.h"
+
+/// The record of a unit, with all its fields. `fromImpervious` is the share of the node's inflow that goes through it.
+using LidMono = LidUnit;
+
+extern Table<LidMono> LidMonos;
+
+/// A line of [LID_MONOS] in Tok, for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
+int32_t lidmono_readLine(int32_t node, int32_t kindIndex, int32_t tokenCount);
+
+/// Limits saturation and share, and marks the gage.
+void lidmono_validate(int32_t node);
+
+/// Lets go of the arrays of all nodes when the memory of the results of a run goes.
+void lidmono_forgetArrays();
+
+/// Puts a node to time zero.
+void lidmono_init(int32_t node);
+
+/// New becomes old at the start of a routing step.
+void lidmono_shiftState(int32_t kindIndex);
+
+/// One routing step, once the inflow of the node and its load are known. A node of another kind is left alone.
+void lidmono_step(int32_t node);
+
+/// The node of the drain, if it has one, into `targets`; gives their number.
+int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets);
+
+/// Flow to the outgoing link, m3/s: over the surface, past the unit, and the drain if that has no node of its own.
+double lidmono_getOutflow(const LidMono& mono);
+
+/// Water of a node as the results of the whole system count it, m3.
+double lidmono_getVolume(int32_t kindIndex);
+
+/// A row of results: 11 values, then surface, soil, storage and pavement by pollutant. `f` weighs the newer state.
+void lidmono_getResults(int32_t node, double f, float* row);

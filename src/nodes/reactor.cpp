@@ -1,0 +1,550 @@
+// Treatment reactors: basins, filters and wetlands. A CSTR is one completely mixed store that passes water on once it
+// is full, loses some to air and ground, and can be emptied by a rule; a PFR lets water and load through unmixed after
+// a fixed time. Both take in what their capacity allows and send the rest to a surplus node. The reaction law of each
+// pollutant is of zero or first order (Levenspiel, Chemical Reaction Engineering), or a plain removal. The routing step
+// calls reactor_update at the reactor's turn. Surplus and emptying are no links: they are added at once to lateral
+// inflow and load of their nodes, which the order of the network places behind the reactor. A node that was visited
+// before has had its turn, and loses them at its next roll.
+
+#include "nodes/reactor.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "model/arena.h"
+#include "model/decay.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/pattern.h"
+#include "model/project.h"
+#include "nodes/node.h"
+#include "text/tokens.h"
+
+Table<Reactor> Reactors;
+
+static const char* const ReactorTypeWords[] = {"CSTR", "PFR", nullptr};
+static const char* const CapacityTypeWords[] = {"FLOW_CAPACITY", "SURFACE_LOADING", nullptr};
+
+static constexpr double SECONDS_PER_HOUR = 3600.0;
+static constexpr double SECONDS_PER_DAY = 86400.0;
+static constexpr double MM_PER_HOUR = 3.6e6;  ///< mm/h in 1 m/s
+static constexpr double MM_PER_DAY = 8.64e7;  ///< mm/day in 1 m/s
+
+static Reactor& getReactor(int32_t node) {
+    return Reactors[Nodes[node].kindIndex];
+}
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+bool reactor_createArrays(Reactor& reactor) {
+    const int64_t count = project_pollutantCount();
+    reactor.emptyingNode = -1;
+    reactor.evapPattern = -1;
+    reactor.reactionType = arena_allocateArray<int32_t>(ProjectArena, count);
+    reactor.reactionCoeff = arena_allocateArray<double>(ProjectArena, count);
+    reactor.reactionPattern = arena_allocateArray<int32_t>(ProjectArena, count);
+    reactor.initQual = arena_allocateArray<double>(ProjectArena, count);
+    if (!reactor.reactionType || !reactor.reactionCoeff || !reactor.reactionPattern || !reactor.initQual) {
+        return false;
+    }
+    std::fill_n(reactor.reactionType, count, -1);
+    std::fill_n(reactor.reactionPattern, count, -1);
+    return true;
+}
+
+/// Reads a number that isn't negative at token `place`. An error index, or 0.
+static int32_t readNumber(int32_t place, double& value) {
+    return tokens_getNonNegative(Tok[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, Tok[place]);
+}
+
+/// Reads a pattern at token `place`, which may be empty. An error index, or 0.
+static int32_t readPattern(int32_t place, int32_t& pattern) {
+    pattern = -1;
+    if (*Tok[place]) {
+        pattern = names_find(PATTERN, Tok[place]);
+        if (pattern < 0) {
+            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[place]);
+        }
+    }
+    return ERR_NONE;
+}
+
+/// Tokens 1 to 4: type, surplus node, and the capacity per day.
+static int32_t readCapacity(Reactor& values) {
+    values.type = tokens_findKeyword(Tok[1], ReactorTypeWords);
+    if (values.type < 0) {
+        return errors_setName(ERR_KEYWORD, Tok[1]);
+    }
+    values.surpassNode = names_find(NODE, Tok[2]);
+    if (values.surpassNode < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    }
+    values.capacityType = tokens_findKeyword(Tok[3], CapacityTypeWords);
+    if (values.capacityType < 0) {
+        return errors_setName(ERR_KEYWORD, Tok[3]);
+    }
+    double perDay;
+    if (const int32_t error = readNumber(4, perDay)) {
+        return error;
+    }
+    (values.capacityType == SURFACE_LOADING ? values.surfaceLoading : values.flowCapacity) = perDay / SECONDS_PER_DAY;
+    return ERR_NONE;
+}
+
+/// Tokens 5 to 7: size, area, and how full a CSTR is at the start.
+static int32_t readSize(Reactor& values, int32_t tokenCount) {
+    double size;
+    if (const int32_t error = readNumber(5, size)) {
+        return error;
+    }
+    if (values.type == CSTR && size == 0.0) {
+        return errors_setName(ERR_NUMBER, Tok[5]);
+    }
+    (values.type == PFR ? values.retentionTime : values.volume) = values.type == PFR ? size * SECONDS_PER_HOUR : size;
+    if (const int32_t error = readNumber(6, values.area)) {
+        return error;
+    }
+    if (values.type == PFR) {
+        return ERR_NONE;
+    }
+    if (tokenCount < 8) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    double percent;
+    if (const int32_t error = readNumber(7, percent)) {
+        return error;
+    }
+    values.initFraction = (percent > 100.0 ? 100.0 : percent) / 100.0;
+    return ERR_NONE;
+}
+
+int32_t reactor_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 7) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    const char* id = names_findId(NODE, Tok[0]);
+    if (!id) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    Reactor& reactor = Reactors[kindIndex];
+    Reactor values = reactor;
+    if (const int32_t error = readCapacity(values)) {
+        return error;
+    }
+    if (const int32_t error = readSize(values, tokenCount)) {
+        return error;
+    }
+    node_setRow(node, REACTOR, kindIndex, id);
+    reactor = values;
+    return ERR_NONE;
+}
+
+/// The reactor that token 0 names; null if it is none, or if its own line hasn't been read (well).
+static Reactor* findReactor() {
+    const int32_t node = names_find(NODE, Tok[0]);
+    return node >= 0 && Nodes[node].kind == REACTOR ? &getReactor(node) : nullptr;
+}
+
+int32_t reactor_readDecay() {
+    if (TokCount < 5) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    Reactor* reactor = findReactor();
+    if (!reactor) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t pollutant = names_find(POLLUT, Tok[1]);
+    if (pollutant < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+    }
+    const int32_t type = tokens_findKeyword(Tok[2], ReactionWords);
+    if (type < 0) {
+        return errors_setName(ERR_KEYWORD, Tok[2]);
+    }
+    double value;
+    if (const int32_t error = readNumber(3, value)) {
+        return error;
+    }
+    int32_t pattern;
+    if (const int32_t error = readPattern(4, pattern)) {
+        return error;
+    }
+    const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
+    reactor->reactionType[pollutant] = type;
+    reactor->reactionCoeff[pollutant] = isRate ? value / SECONDS_PER_DAY : value;
+    reactor->reactionPattern[pollutant] = pattern;
+    return ERR_NONE;
+}
+
+int32_t reactor_readEmptying() {
+    if (TokCount < 6) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    Reactor* reactor = findReactor();
+    if (!reactor) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t node = names_find(NODE, Tok[1]);
+    if (node < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+    }
+    double rates[3];
+    for (int32_t k = 0; k < 3; ++k) {
+        if (const int32_t error = readNumber(2 + k, rates[k])) {
+            return error;
+        }
+    }
+    int32_t pattern;
+    if (const int32_t error = readPattern(5, pattern)) {
+        return error;
+    }
+    reactor->emptyingNode = node;
+    reactor->emptyingRate = rates[0] / SECONDS_PER_HOUR;
+    reactor->infilRate = rates[1] / MM_PER_HOUR;
+    reactor->evapRate = rates[2] / MM_PER_DAY;
+    reactor->evapPattern = pattern;
+    return ERR_NONE;
+}
+
+// --- validation, start and end of a run ----------------------------------------------------------------------------
+
+void reactor_validate(int32_t index) {
+    const char* id = Nodes[index].id;
+    const Reactor& reactor = getReactor(index);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        const int32_t type = reactor.reactionType[p];
+        if (reactor.type == CSTR && (type == CONST_CONCEN || type == CONST_RATIO)) {
+            report_writeError(ERR_REACTOR_TYPE, id);
+        }
+        if (reactor.reactionPattern[p] >= 0) {
+            const Pattern& pattern = Patterns[reactor.reactionPattern[p]];
+            if (pattern.type != PATTERN_MONTHLY) {
+                report_writeError(ERR_REACTOR_PATTERN, pattern.id);
+            }
+        }
+    }
+    for (const int32_t target : {reactor.surpassNode, reactor.emptyingNode}) {
+        if (target >= 0 && Nodes[target].kind == SWMM) {
+            report_writeError(ERR_REACTOR_TARGET_SWMM, id);
+        }
+    }
+}
+
+double reactor_getInitVolume(const Reactor& reactor) {
+    return reactor.initFraction * reactor.volume;
+}
+
+void reactor_initState(int32_t index) {
+    Reactor& reactor = getReactor(index);
+    reactor.isEmptying = 0;
+    reactor.storedVolume = reactor_getInitVolume(reactor);
+    reactor.oldOutflow = reactor.newOutflow = 0.0;
+    reactor.surpassFlow = reactor.emptyingFlow = 0.0;
+    reactor.evapFlow = reactor.infilFlow = 0.0;
+    reactor.flowQueue = DelayQueue{};
+    const int64_t count = project_pollutantCount();
+    double* memory = arena_allocateArray<double>(RunArena, 2 * count);
+    reactor.loadQueue = arena_allocateArray<DelayQueue>(RunArena, count);
+    if (!memory || !reactor.loadQueue) {
+        reactor_endState(index);
+        report_writeError(ERR_MEMORY, "");
+        return;
+    }
+    reactor.qual = memory;
+    reactor.inletQual = memory + count;
+    std::copy_n(reactor.initQual, count, reactor.qual);
+}
+
+void reactor_endState(int32_t index) {
+    Reactor& reactor = getReactor(index);
+    reactor.flowQueue = DelayQueue{};
+    reactor.loadQueue = nullptr;
+    reactor.qual = reactor.inletQual = nullptr;
+}
+
+// --- reaction ------------------------------------------------------------------------------------------------------
+
+double reactor_react(const Reactor& reactor, int32_t p, double c, double seconds, DateTime date) {
+    const double k = reactor.reactionCoeff[p] * pattern_hourlyFactor(reactor.reactionPattern[p], date);
+    switch (reactor.reactionType[p]) {
+        case CONST_CONCEN: return k < c ? k : c;
+        case CONST_RATIO: return (1.0 - (k < 1.0 ? k : 1.0)) * c;
+        case ZERO_ORDER: {
+            const double left = c - k * seconds;
+            return left > 0.0 ? left : 0.0;
+        }
+        case FIRST_ORDER: return c * std::exp(-k * seconds);
+        default: return c;
+    }
+}
+
+// --- inlet ---------------------------------------------------------------------------------------------------------
+
+static void setInletQuality(const Node& node, Reactor& reactor) {
+    // Taken before the surplus is sent: a reactor may be its own surplus node.
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        reactor.inletQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * 1000.0 : 0.0;
+    }
+}
+
+/// Flow (m3/s) that the reactor takes in of an inflow; sets surpassFlow. An inflow of exactly the capacity counts as
+/// one above it.
+static double limitInflow(Reactor& reactor, double inflow) {
+    const double dt = RoutingStep;
+    const double capacity =
+        reactor.capacityType == SURFACE_LOADING ? reactor.area * reactor.surfaceLoading : reactor.flowCapacity;
+    reactor.surpassFlow = 0.0;
+    if (capacity > inflow) {
+        return inflow;
+    }
+    if (reactor.type == PFR) {
+        reactor.surpassFlow = inflow - capacity;
+        return capacity;
+    }
+    // A stirred tank first fills up, whatever its capacity: that limits what runs through a full one.
+    const double excess = dt * inflow + reactor.storedVolume - reactor.volume;
+    if (excess > dt * capacity) {
+        reactor.surpassFlow = (excess - dt * capacity) / dt;
+        return (reactor.volume - reactor.storedVolume) / dt + capacity;
+    }
+    return inflow;
+}
+
+/// Adds a flow, with the concentrations of `qual`, to what a node gets from the side in this step.
+static void discharge(int32_t target, double flow, const double* qual, double* statLoad) {
+    const double dt = RoutingStep;
+    Node& node = Nodes[target];
+    node.newLatFlow += flow;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        const double load = flow * qual[p] / 1000.0;
+        node.massInflow[p] += load;
+        statLoad[p] += load * dt;
+    }
+}
+
+// --- plug flow -----------------------------------------------------------------------------------------------------
+
+/// Reaction of one pollutant in the flow taken in: the concentration that leaves after `seconds`.
+static double reactInflow(Reactor& reactor, int32_t p, double flow, double seconds, DateTime date) {
+    const double dt = RoutingStep;
+    const double c = reactor_react(reactor, p, reactor.inletQual[p], seconds, date);
+    reactor.statReactedLoad[p] += (reactor.inletQual[p] - c) * flow / 1000.0 * dt;
+    return c;
+}
+
+/// A plug-flow reactor without retention: the water leaves in the step in which it comes.
+static void passThrough(Node& node, Reactor& reactor, double flow, DateTime date) {
+    const double dt = RoutingStep;
+    reactor.newOutflow = flow;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        if (flow == 0.0) {
+            node.newQual[p] = 0.0;
+            continue;
+        }
+        const double c = reactInflow(reactor, p, flow, 0.0, date);
+        node.newQual[p] = c;
+        reactor.statOutflowLoad[p] += flow * c / 1000.0 * dt;
+    }
+}
+
+/// A plug-flow reactor: what comes in is treated at once, for the time that it will be under way, and queued. What
+/// would leave after the end of the run is counted as delayed instead.
+static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date) {
+    const double dt = RoutingStep;
+    const double exitTime = reactor.retentionTime * 1000.0 + NewRoutingTime;
+    const bool leavesInTime = exitTime <= TotalDuration;
+    const DateTime exitDate = leavesInTime ? project_getDate(exitTime) : 0.0;
+    if (leavesInTime) {
+        delayqueue_push(reactor.flowQueue, exitDate, flow);
+    } else {
+        FlowTotals.delayedVolume += dt * flow;
+    }
+    reactor.newOutflow = delayqueue_getValue(reactor.flowQueue, date);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        const double c = flow != 0.0 ? reactInflow(reactor, p, flow, reactor.retentionTime, date) : 0.0;
+        const double load = c * flow / 1000.0;
+        if (leavesInTime) {
+            delayqueue_push(reactor.loadQueue[p], exitDate, load);
+        } else {
+            QualTotals[p].delayedMass += dt * load;
+        }
+        const double value = delayqueue_getValue(reactor.loadQueue[p], date);
+        node.newQual[p] = reactor.newOutflow != 0.0 ? value * 1000.0 / reactor.newOutflow : 0.0;
+        reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / 1000.0 * dt;
+    }
+}
+
+// --- stirred tank --------------------------------------------------------------------------------------------------
+
+/// Mixes `inflowVolume` into the store and lets the mix react for one step.
+static void mixAndReact(Reactor& reactor, double inflowVolume, DateTime date) {
+    const double dt = RoutingStep;
+    const double stored = reactor.storedVolume;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        double& qual = reactor.qual[p];
+        if (!(inflowVolume + stored > 0.0)) {
+            qual = 0.0;
+            continue;
+        }
+        qual = (inflowVolume * reactor.inletQual[p] + stored * qual) / (inflowVolume + stored);
+        const double c = reactor_react(reactor, p, qual, dt, date);
+        reactor.statReactedLoad[p] += (qual - c) * (inflowVolume + stored) / 1000.0;
+        qual = c;
+    }
+}
+
+/// What is above the full volume goes to the outlet.
+static void overflow(Node& node, Reactor& reactor, double inflowVolume) {
+    const double dt = RoutingStep;
+    const double volume = inflowVolume + reactor.storedVolume;
+    const bool isFull = volume > reactor.volume;
+    reactor.storedVolume = isFull ? reactor.volume : volume;
+    reactor.newOutflow = isFull ? (volume - reactor.volume) / dt : 0.0;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        node.newQual[p] = isFull ? reactor.qual[p] : 0.0;
+        reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / 1000.0 * dt;
+    }
+}
+
+/// Evaporation leaves its load behind, unless it takes the last of the water: then the load is lost to the ground.
+static void evaporate(Reactor& reactor, double evap) {
+    const double dt = RoutingStep;
+    const double stored = reactor.storedVolume;
+    const double loss = dt * evap;
+    const bool isDry = loss >= stored;
+    reactor.evapFlow = isDry ? stored / dt : evap;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        double& qual = reactor.qual[p];
+        if (isDry) {
+            reactor.statInfilLoad[p] += qual * stored / 1000.0;
+            qual = 0.0;
+        } else {
+            qual = stored * qual / (stored - loss);
+        }
+    }
+    reactor.storedVolume = isDry ? 0.0 : stored - loss;
+}
+
+static void infiltrate(Reactor& reactor, double infil) {
+    const double dt = RoutingStep;
+    const double most = reactor.storedVolume / dt;
+    const bool isDry = infil >= most;
+    reactor.infilFlow = isDry ? most : infil;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        reactor.statInfilLoad[p] += reactor.qual[p] * reactor.infilFlow / 1000.0 * dt;
+        if (isDry) {
+            reactor.qual[p] = 0.0;
+        }
+    }
+    reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * infil;
+}
+
+/// Turns the losses of the step into depths per time, as they are reported.
+static void setLossRates(Reactor& reactor) {
+    reactor.infilFlow = reactor.area != 0.0 ? reactor.infilFlow / reactor.area * MM_PER_HOUR : 0.0;
+    reactor.evapFlow = reactor.area != 0.0 ? reactor.evapFlow / reactor.area * MM_PER_DAY : 0.0;
+}
+
+/// Sends stored water to the emptying node while a rule wants it. Without such a node no water may leave, whatever a
+/// rule says and whatever rate the host has set.
+static void emptyStore(Reactor& reactor) {
+    const double dt = RoutingStep;
+    reactor.emptyingFlow = 0.0;
+    if (reactor.emptyingNode < 0) {
+        return;
+    }
+    bool isDry = false;
+    if (reactor.isEmptying != 0) {
+        isDry = dt * reactor.emptyingRate > reactor.storedVolume;
+        reactor.emptyingFlow = isDry ? reactor.storedVolume / dt : reactor.emptyingRate;
+        reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * reactor.emptyingRate;
+    }
+    discharge(reactor.emptyingNode, reactor.emptyingFlow, reactor.qual, reactor.statEmptyingLoad);
+    if (isDry) {
+        std::fill_n(reactor.qual, project_pollutantCount(), 0.0);
+    }
+}
+
+// --- the step ------------------------------------------------------------------------------------------------------
+
+void reactor_update(int32_t index) {
+    Node& node = Nodes[index];
+    Reactor& reactor = getReactor(index);
+    const double dt = RoutingStep;
+    const DateTime date = project_getDate(NewRoutingTime);
+    const double infil = reactor.area * reactor.infilRate;
+    const double evap = pattern_hourlyFactor(reactor.evapPattern, date) * reactor.evapRate * reactor.area;
+
+    setInletQuality(node, reactor);
+    const double flow = limitInflow(reactor, node.newInflow);
+    discharge(reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
+    if (reactor.type == PFR) {
+        if (reactor.retentionTime == 0.0) {
+            passThrough(node, reactor, flow, date);
+        } else {
+            passPlug(node, reactor, flow, date);
+        }
+        return;
+    }
+    const double inflowVolume = dt * flow;
+    mixAndReact(reactor, inflowVolume, date);
+    overflow(node, reactor, inflowVolume);
+    evaporate(reactor, evap);
+    infiltrate(reactor, infil);
+    setLossRates(reactor);
+    emptyStore(reactor);
+}
+
+// --- statistics and results ----------------------------------------------------------------------------------------
+
+void reactor_openStatistics() {
+    const int64_t count = project_pollutantCount();
+    for (Reactor& reactor : Reactors) {
+        reactor.statSurpass = reactor.statEmptying = reactor.statOutflow = 0.0;
+        reactor.statEvap = reactor.statInfil = 0.0;
+        double* memory = arena_allocateArray<double>(ResultArena, 5 * count);
+        if (!memory) {
+            report_writeError(ERR_MEMORY, "");
+        }
+        for (double** array : {&reactor.statSurpassLoad, &reactor.statEmptyingLoad, &reactor.statInfilLoad,
+                               &reactor.statReactedLoad, &reactor.statOutflowLoad}) {
+            *array = memory;
+            memory = memory ? memory + count : nullptr;
+        }
+    }
+}
+
+void reactor_updateStatistics(Reactor& reactor, double dt) {
+    reactor.statSurpass += dt * reactor.surpassFlow;
+    reactor.statEmptying += dt * reactor.emptyingFlow;
+    reactor.statEvap += dt * reactor.evapFlow / MM_PER_DAY * reactor.area;
+    reactor.statInfil += dt * reactor.infilFlow / MM_PER_HOUR * reactor.area;
+    reactor.statOutflow += dt * reactor.newOutflow;
+}
+
+void reactor_clearStatistics() {
+    for (Reactor& reactor : Reactors) {
+        if (reactor.statSurpassLoad) {
+            std::fill_n(reactor.statSurpassLoad, 5 * static_cast<int64_t>(project_pollutantCount()), 0.0);
+        }
+    }
+}
+
+void reactor_getResults(int32_t index, double f, float* row) {
+    const Node& node = Nodes[index];
+    const Reactor& reactor = getReactor(index);
+    const double values[] = {reactor.storedVolume,
+                             (1.0 - f) * node.oldInflow + f * node.newInflow,
+                             (1.0 - f) * node.oldLatFlow + f * node.newLatFlow,
+                             (1.0 - f) * reactor.oldOutflow + f * reactor.newOutflow,
+                             reactor.surpassFlow,
+                             reactor.evapFlow,
+                             reactor.infilFlow,
+                             reactor.emptyingFlow};
+    for (const double value : values) {
+        *row++ = static_cast<float>(value);
+    }
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        *row++ = static_cast<float>((1.0 - f) * node.oldQual[p] + f * node.newQual[p]);
+    }
+}

@@ -1,0 +1,91 @@
+#pragma once
+// A treatment unit in the network: a stirred tank or a plug-flow reactor, with a reaction law per pollutant.
+
+#include <cstdint>
+
+#include "links/delayqueue.h"
+#include "model/table.h"
+#include "text/datetime.h"
+
+enum ReactorType : int32_t { CSTR, PFR };
+
+enum CapacityType : int32_t { FLOW_CAPACITY, SURFACE_LOADING };
+
+/// Arrays have one element per pollutant. Parameters live as long as the project, the state as long as the run, and the
+/// statistics from a start to the next.
+struct Reactor {
+    int32_t type;              ///< ReactorType
+    int32_t capacityType;      ///< CapacityType
+    int32_t* reactionType;     ///< ReactionType; -1 means no reaction
+    int32_t surpassNode;       ///< node that gets what the capacity doesn't let in
+    int32_t emptyingNode;      ///< node that the store is emptied to, or -1
+    double surfaceLoading;     ///< m/s
+    double flowCapacity;       ///< m3/s
+    double area;               ///< m2
+    double retentionTime;      ///< s, PFR
+    double volume;             ///< m3, CSTR: above it the store overflows to the outlet
+    double initFraction;       ///< 0 ... 1, CSTR: share of `volume` filled at the start
+    double* reactionCoeff;     ///< mg/L, a ratio, mg/L per second or 1/s, by reactionType
+    int32_t* reactionPattern;  ///< factors of reactionCoeff by the hour, or -1
+    double emptyingRate;       ///< m3/s
+    double infilRate;          ///< m/s
+    double evapRate;           ///< m/s
+    int32_t evapPattern;       ///< factors of evapRate by the hour, or -1
+    double* initQual;          ///< mg/L
+    double evapFlow;           ///< m3/s during a step, mm/day behind it
+    double infilFlow;          ///< m3/s during a step, mm/h behind it
+    int32_t isEmptying;        ///< not 0: a rule has started the emptying
+    double emptyingFlow;       ///< m3/s
+    double surpassFlow;        ///< m3/s
+    double oldOutflow;         ///< m3/s, to the outgoing link
+    double newOutflow;         ///< m3/s
+    double storedVolume;       ///< m3, CSTR
+    double* qual;              ///< mg/L, of the stored water, CSTR
+    double* inletQual;         ///< mg/L, of the inflow; scratch of one step
+    DelayQueue flowQueue;      ///< m3/s, PFR
+    DelayQueue* loadQueue;     ///< kg/s, PFR
+    double statSurpass;        ///< m3
+    double statEmptying;       ///< m3
+    double statEvap;           ///< m3
+    double statInfil;          ///< m3
+    double statOutflow;        ///< m3
+    double* statSurpassLoad;   ///< kg
+    double* statEmptyingLoad;  ///< kg
+    double* statInfilLoad;     ///< kg
+    double* statReactedLoad;   ///< kg
+    double* statOutflowLoad;   ///< kg
+};
+
+extern Table<Reactor> Reactors;
+
+/// Makes the arrays of parameters: no reaction, no pattern. False without memory.
+bool reactor_createArrays(Reactor& reactor);
+
+/// A line of [REACTORS], [REACTORS_DECAY] or [REACTORS_EMPTYING] in Tok. An error index, or 0.
+int32_t reactor_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount);
+int32_t reactor_readDecay();
+int32_t reactor_readEmptying();
+
+void reactor_validate(int32_t node);
+void reactor_initState(int32_t node);
+void reactor_endState(int32_t node);
+
+/// Water in store at the start of a run, m3.
+double reactor_getInitVolume(const Reactor& reactor);
+
+/// Takes in the inflow of the node in this step, treats it, and sends surplus and emptying to their nodes. Sets
+/// newOutflow and the node's newQual, which the outgoing link takes.
+void reactor_update(int32_t node);
+
+/// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction.
+double reactor_react(const Reactor& reactor, int32_t pollutant, double concentration, double seconds, DateTime date);
+
+/// Statistics: made and zeroed for a run, added to behind each step of `dt` seconds, and emptied by pollutant.
+void reactor_openStatistics();
+void reactor_updateStatistics(Reactor& reactor, double dt);
+void reactor_clearStatistics();
+
+/// Fills a result row: stored volume, inflow, lateral inflow, outflow, surplus, evaporation, infiltration, emptying,
+/// and the concentrations. Flows are m3/s but for evaporation (mm/day) and infiltration (mm/h). `f` weighs old against
+/// new.
+void reactor_getResults(int32_t node, double f, float* row);

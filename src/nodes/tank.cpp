@@ -1,0 +1,305 @@
+// Tanks. A tank is a completely mixed reservoir by level (level-pool routing): in each step it first lets go of the
+// water that it held before the step, from the orifices over the weirs to the pumps, then loses as flood what exceeds
+// its full volume, and at last takes in the step's inflow and mixes it. So flood shows one step after the water came.
+//
+// The depth between these actions comes from the volume by the curve of area and depth, whose area is linear between
+// the points and begins at 0 at the bottom.
+
+#include "nodes/tank.h"
+
+#include <cmath>
+
+#include "links/orifice.h"
+#include "links/pump.h"
+#include "links/weir.h"
+#include "model/arena.h"
+#include "model/curve.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "nodes/node.h"
+#include "routing/rowvalues.h"
+#include "text/tokens.h"
+
+Table<Tank> Tanks;
+
+static constexpr double SMALLEST_FLOOD = 0.0001;  ///< m3/s, below it the excess is lost without a word
+
+static Tank& getTank(int32_t node) {
+    return Tanks[Nodes[node].kindIndex];
+}
+
+// --- reading, validation and start ---------------------------------------------------------------------------------
+
+int32_t tank_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount) {
+    if (tokenCount < 4) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    const char* id = names_findId(NODE, Tok[0]);
+    if (!id) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+    }
+    const int32_t curve = names_find(CURVE, Tok[1]);
+    if (curve < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+    }
+    double depths[2];
+    for (int32_t k = 0; k < 2; ++k) {
+        if (!tokens_getNonNegative(Tok[2 + k], &depths[k])) {
+            return errors_setName(ERR_NUMBER, Tok[2 + k]);
+        }
+    }
+    node_setRow(node, TANK, kindIndex, id);
+    Tank& tank = Tanks[kindIndex];
+    tank.curve = curve;
+    tank.maxDepth = depths[0];
+    tank.initDepth = depths[1];  // may exceed the full depth; the excess floods in the first step
+    return ERR_NONE;
+}
+
+/// The curve of a tank, or null if it has none.
+static const Curve* findCurve(const Tank& tank) {
+    return Curves.find(tank.curve);
+}
+
+void tank_validate(int32_t node) {
+    const Curve* curve = findCurve(getTank(node));
+    if (!curve || curve->curveType != TANK_CURVE) {
+        report_writeError(ERR_TANK_CURVE, Nodes[node].id);
+    }
+}
+
+void tank_initState(int32_t index) {
+    Node& node = Nodes[index];
+    Tank& tank = getTank(index);
+    tank.oldDepth = tank.newDepth = tank.initDepth;
+    tank.oldFlood = tank.newFlood = 0.0;
+    tank.hasDecay = decay_isAny(tank.decay);
+    tank.qual = arena_allocateArray<double>(RunArena, project_pollutantCount());
+    if (!tank.qual || !outlets_make(tank.outlets, index)) {
+        tank_endState(index);
+        report_writeError(ERR_MEMORY, "");
+        return;
+    }
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        tank.qual[p] = node.newQual[p] = tank.initQual[p];
+    }
+}
+
+void tank_endState(int32_t node) {
+    Tank& tank = getTank(node);
+    tank.qual = nullptr;
+    tank.outlets = Outlets{};
+}
+
+void tank_shiftState(int32_t kindIndex) {
+    Tank& tank = Tanks[kindIndex];
+    tank.oldDepth = tank.newDepth;
+    tank.oldFlood = tank.newFlood;
+}
+
+// --- volume and depth ----------------------------------------------------------------------------------------------
+
+/// Area (m2) at a depth between two points.
+static double interpolateArea(const CurvePoint& a, const CurvePoint& b, double depth) {
+    if (std::fabs(b.x - a.x) < 1.0e-20) {
+        return (a.y + b.y) / 2.0;
+    }
+    return (depth - a.x) * (b.y - a.y) / (b.x - a.x) + a.y;
+}
+
+static double getVolume(const Curve* curve, double d) {
+    if (d == 0.0 || !curve || curve->entries.empty()) {
+        return 0.0;
+    }
+    const std::vector<CurvePoint>& points = curve->entries;
+    const CurvePoint& first = points[0];
+    if (d <= first.x) {
+        // A negative depth, which only a host can set, gives the positive volume of this square.
+        const double slope = first.x == 0.0 ? 0.0 : first.y / first.x;
+        return slope * (d * d) / 2.0;
+    }
+    double volume = first.y * first.x / 2.0;
+    for (size_t k = 1; k < points.size(); ++k) {
+        const CurvePoint& a = points[k - 1];
+        const CurvePoint& b = points[k];
+        if (b.x >= d) {
+            return b.x - a.x > 0.0 ? volume + (interpolateArea(a, b, d) + a.y) * (d - a.x) / 2.0 : volume;
+        }
+        volume += (b.y + a.y) * (b.x - a.x) / 2.0;
+    }
+    // Above the last point the walls go on with their last slope.
+    const CurvePoint& last = points.back();
+    double slope = 0.0;
+    if (points.size() > 1) {
+        const CurvePoint& before = points[points.size() - 2];
+        slope = last.x - before.x > 0.0 ? (last.y - before.y) / (last.x - before.x) : 0.0;
+    }
+    const double e = d - last.x;
+    return volume + last.y * e + slope * (e * e) / 2.0;
+}
+
+static double getDepth(const Curve* curve, double volume) {
+    return curve ? curve_inverseLookup(*curve, volume) : 0.0;
+}
+
+double tank_getVolume(int32_t node, double depth) {
+    return getVolume(findCurve(getTank(node)), depth);
+}
+
+// --- the routing step ----------------------------------------------------------------------------------------------
+
+/// Sets what a link takes out of its tank: a flow with the concentrations of the water stored, or nothing at all.
+static void setOutflow(int32_t index, double flow, const double* quality) {
+    Link& link = Links[index];
+    link.newFlow = flow;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        link.newQual[p] = quality ? quality[p] : 0.0;
+    }
+}
+
+/// The outlets of one level: their laws at the present depth, limited to the water above the level, and shared out in
+/// the ratio of the laws. Nothing keeps the limit from being negative: with a weir whose crest a host has lowered below
+/// its level the tank gains water.
+static void releaseLevel(Tank& tank, const Curve* curve, LevelList& list, int32_t level) {
+    const double depth = tank.newDepth;
+    const int32_t count = outlets_findMembers(list, list.levels[level]);
+    double sum = 0.0;
+    for (int32_t k = 0; k < count; ++k) {
+        const int32_t link = list.links[list.members[k]];
+        list.flows[k] = list.kind == WEIR ? weir_getFlow(link, depth) : orifice_getFlow(link, depth);
+        sum += list.flows[k];
+    }
+    if (!(sum > 0.0)) {
+        for (int32_t k = 0; k < count; ++k) {
+            setOutflow(list.links[list.members[k]], 0.0, nullptr);
+        }
+        return;
+    }
+    const double dt = RoutingStep;
+    const double volume = getVolume(curve, depth);
+    const double limit = (volume - list.volumes[level]) / dt;
+    const double flow = sum < limit ? sum : limit;
+    tank.newDepth = getDepth(curve, volume - dt * flow);
+    for (int32_t k = 0; k < count; ++k) {
+        const int32_t link = list.links[list.members[k]];
+        setOutflow(link, list.flows[k] * flow / sum, tank.qual);
+        if (list.kind == ORIFICE) {
+            // A trace that hosts have learnt to read: the flow of each orifice that runs, at each step.
+            report_print(stdout, "%f\n", Links[link].newFlow);
+        }
+    }
+}
+
+static void releaseByLevel(Tank& tank, const Curve* curve, LevelList& list) {
+    if (outlets_updateKeys(list)) {
+        outlets_makeLevels(list);
+        for (int32_t k = 0; k < list.levelCount; ++k) {
+            list.volumes[k] = getVolume(curve, list.levels[k]);
+        }
+    }
+    for (int32_t k = 0; k < list.levelCount; ++k) {
+        releaseLevel(tank, curve, list, k);
+    }
+}
+
+/// Flow of all pumps at the present depth, m3/s.
+static double sumPumps(PumpList& pumps) {
+    double sum = 0.0;
+    for (int32_t k = 0; k < pumps.count; ++k) {
+        pumps.flows[k] = pump_getFlow(pumps.links[k]);
+        sum += pumps.flows[k];
+    }
+    return sum;
+}
+
+/// What the pumps may take together, m3/s: no more than the tank holds, unless it has no volume by its full depth.
+static double limitPumps(const Tank& tank, const Curve* curve, double full, double wanted) {
+    double flow = wanted;
+    if (full > 0.0) {
+        const double held = getVolume(curve, tank.newDepth) / RoutingStep;
+        flow = held < flow ? held : flow;
+    }
+    return flow < 0.0 ? 0.0 : flow;
+}
+
+/// Takes what exceeds the full volume out of the system; gives the volume that is left, m3.
+static double floodExcess(Tank& tank, double full, double volume) {
+    tank.newFlood = 0.0;
+    if (!(volume >= full)) {
+        return volume;
+    }
+    tank.newFlood = (volume - full) / RoutingStep;
+    if (tank.newFlood < SMALLEST_FLOOD) {
+        tank.newFlood = 0.0;  // the small excess is cut off all the same, and is in no total
+    }
+    return full;
+}
+
+/// The decayed mass is that of the water left behind the pumps and the flood, though these take away the concentration
+/// after the decay: what decays in their water is in no total.
+static void decayStored(Tank& tank, Node& node, double volume) {
+    const DateTime date = tank.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        const double left = decay_getFactor(tank.decay[p], date, RoutingStep);
+        const double before = tank.qual[p];
+        tank.qual[p] = before * left;
+        node.newQual[p] = tank.qual[p];
+        QualTotals[p].reactedLoss += before * volume * (1.0 - left) / 1000.0;
+    }
+}
+
+/// Shares the flow of all pumps out in the ratio of what each would deliver at the depth that is left. If none would
+/// deliver any more there, none gets a flow, and the water that they took is lost.
+static void sharePumps(Tank& tank, double flow) {
+    PumpList& pumps = tank.outlets.pumps;
+    const double sum = sumPumps(pumps);
+    for (int32_t k = 0; k < pumps.count; ++k) {
+        if (sum > 0.0) {
+            setOutflow(pumps.links[k], pumps.flows[k] * flow / sum, tank.qual);
+        } else {
+            setOutflow(pumps.links[k], 0.0, nullptr);
+        }
+    }
+}
+
+static void mixInflow(Tank& tank, const Node& node, const Curve* curve) {
+    const double dt = RoutingStep;
+    const double volume = getVolume(curve, tank.newDepth);
+    const double inflow = dt * node.newInflow;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / 1000.0;
+        tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * 1000.0 : 0.0;
+    }
+    tank.newDepth = getDepth(curve, volume + inflow);
+}
+
+void tank_update(int32_t index) {
+    Node& node = Nodes[index];
+    Tank& tank = getTank(index);
+    const Curve* curve = findCurve(tank);
+    const double full = getVolume(curve, tank.maxDepth);
+    tank.newDepth = tank.oldDepth;
+    releaseByLevel(tank, curve, tank.outlets.orifices);
+    releaseByLevel(tank, curve, tank.outlets.weirs);
+    const double pumped = limitPumps(tank, curve, full, sumPumps(tank.outlets.pumps));
+    const double volume = floodExcess(tank, full, getVolume(curve, tank.newDepth) - RoutingStep * pumped);
+    tank.newDepth = getDepth(curve, volume);
+    decayStored(tank, node, volume);
+    sharePumps(tank, pumped);
+    mixInflow(tank, node, curve);
+}
+
+// --- results -------------------------------------------------------------------------------------------------------
+
+void tank_getResults(int32_t index, double f, float* row) {
+    const Node& node = Nodes[index];
+    const Tank& tank = getTank(index);
+    const double depth = rowvalues_mix(f, tank.oldDepth, tank.newDepth);
+    row[0] = static_cast<float>(depth);
+    row[1] = static_cast<float>(tank_getVolume(index, depth));
+    row[2] = rowvalues_interpolate(f, node.oldInflow, node.newInflow);
+    row[3] = rowvalues_interpolate(f, node.oldLatFlow, node.newLatFlow);
+    row[4] = rowvalues_interpolate(f, tank.oldFlood, tank.newFlood);
+    rowvalues_writeQuality(f, node.oldQual, node.newQual, project_pollutantCount(), row + 5);
+}

@@ -1,0 +1,356 @@
+// The reader of the project file. It goes through the file twice: the first pass counts the objects and learns their
+// names, so that all tables can be made at their exact sizes and a line may name what comes later; the second one fills
+// the tables. Both tell every wrong line with its place and go on, so that one reading shows all that is wrong.
+
+#include "project/reader.h"
+
+#include <cmath>
+#include <cstring>
+
+#include "controls/rule.h"
+#include "coupling/converter.h"
+#include "coupling/coupled.h"
+#include "hydrology/evap.h"
+#include "hydrology/gage.h"
+#include "hydrology/landuse.h"
+#include "hydrology/lid.h"
+#include "hydrology/subcatch.h"
+#include "links/link.h"
+#include "model/curve.h"
+#include "model/decay.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/pattern.h"
+#include "model/project.h"
+#include "nodes/inflows.h"
+#include "nodes/node.h"
+#include "nodes/reactor.h"
+#include "project/objects.h"
+#include "project/options.h"
+#include "project/sections.h"
+#include "text/tokens.h"
+
+TextFile InputFile;
+
+static constexpr int32_t MAX_ERRORS = 100;
+
+/// Running indices of the second pass, by class of object, kind of node and kind of link.
+struct RunningIndices {
+    int32_t objects[OBJECT_TYPE_COUNT];
+    int32_t nodes[NODE_KIND_COUNT];
+    int32_t links[LINK_KIND_COUNT];
+};
+
+static RunningIndices Running;
+
+/// Tells a wrong line: message, place, and the line as it stands.
+static void writeLineError(int32_t error, int32_t section, long lineNumber, const char* line) {
+    if (!ReportFile) {
+        return;
+    }
+    report_writeError(error, ErrorObjectName.c_str());
+    if (section < 0) {
+        report_print(ReportFile, "at line %ld of input file:", lineNumber);
+    } else {
+        report_print(ReportFile, "at line %ld of %s section:", lineNumber, Sections[section].name);
+    }
+    report_writeLine(line);
+}
+
+// --- first pass ----------------------------------------------------------------------------------------------------
+
+/// Makes a name known; the error if it was known before. The counters grow all the same.
+static int32_t addName(int32_t type, const char* word) {
+    switch (names_add(type, word, ObjectCount[type]++)) {
+        case 1: return ERR_NONE;
+        case 0: return errors_setName(ERR_DUPLICATE_ID, word);
+        default: return errors_setName(ERR_MEMORY, "");
+    }
+}
+
+static int32_t countCoupledNode(int32_t kind, const char* word) {
+    const char* const* records = kind == SWMM ? SwmmRecordWords : VornRecordWords;
+    if (tokens_findKeyword(word, records) >= 0 || names_find(NODE, word) >= 0) {
+        return ERR_NONE;
+    }
+    ++NodeKindCount[kind];
+    return addName(NODE, word);
+}
+
+int32_t reader_countLine(int32_t number, const char* word) {
+    const Section& section = Sections[number];
+    switch (section.countRule) {
+        case COUNT_OBJECT: return addName(section.type, word);
+        case COUNT_NEW_OBJECT: return names_find(section.type, word) < 0 ? addName(section.type, word) : ERR_NONE;
+        case COUNT_NODE: ++NodeKindCount[section.type]; return addName(NODE, word);
+        case COUNT_LINK: ++LinkKindCount[section.type]; return addName(LINK, word);
+        case COUNT_RULE: ObjectCount[RULE] += tokens_matchKeyword(word, "RULE"); return ERR_NONE;
+        case COUNT_COUPLED_NODE: return countCoupledNode(section.type, word);
+        default: return ERR_NONE;
+    }
+}
+
+/// Copies the first word of a line as it stands, quotes and all. False if there is none.
+static bool copyFirstWord(const char* line, char* word) {
+    line += std::strspn(line, " \t\n\r");
+    const size_t length = std::strcspn(line, " \t\n\r");
+    std::memcpy(word, line, length);
+    word[length] = 0;
+    return length > 0;
+}
+
+/// One line of the first pass; gives the error to be told. `section` moves with the headers. `pending` is the error of
+/// the line before: behind an unknown header every data line repeats it, until a good header comes.
+static int32_t countNextLine(char* line, int32_t& section, int32_t& pending) {
+    char word[LINE_SIZE];
+    if (!copyFirstWord(line, word) || word[0] == '/') {
+        return ERR_NONE;
+    }
+    if (word[0] == '[') {
+        section = sections_find(word);
+        if (section >= 0) {
+            return ERR_NONE;
+        }
+        pending = ERR_KEYWORD;
+    } else if (section == SECTION_GENERAL) {
+        // The line itself is cut up here, so its echo shows the first word only.
+        pending = tokens_split(line) < 2 ? ERR_NONE : options_read(Tok[0], Tok[1]);
+    } else if (section >= 0) {
+        pending = reader_countLine(section, word);
+    }
+    return pending;
+}
+
+void reader_countObjects() {
+    if (ErrorCode) {
+        return;
+    }
+    ErrorObjectName.clear();
+    std::memset(ObjectCount, 0, sizeof ObjectCount);
+    std::memset(NodeKindCount, 0, sizeof NodeKindCount);
+    std::memset(LinkKindCount, 0, sizeof LinkKindCount);
+    int32_t section = -1, pending = ERR_NONE, errorCount = 0;
+    long lineNumber = 0;
+    char line[LINE_SIZE];
+    while (errorCount < MAX_ERRORS && textfile_getLine(InputFile, line, LINE_SIZE)) {
+        ++lineNumber;
+        if (const int32_t error = countNextLine(line, section, pending)) {
+            writeLineError(error, section, lineNumber, line);
+            ++errorCount;
+        }
+    }
+    if (errorCount > 0) {
+        ErrorCode = ERR_INPUT;
+    }
+}
+
+// --- second pass ---------------------------------------------------------------------------------------------------
+
+/// Takes the next row of a table. False if the first pass counted fewer: it takes words raw and this pass unquotes
+/// them, so the counts can differ.
+static bool takeRow(int32_t& running, int32_t count, int32_t& row) {
+    row = running++;
+    return row < count;
+}
+
+static int32_t parseNode(int32_t kind) {
+    int32_t node, row;
+    const bool isNodeFree = takeRow(Running.objects[NODE], ObjectCount[NODE], node);
+    const bool isRowFree = takeRow(Running.nodes[kind], NodeKindCount[kind], row);
+    return isNodeFree && isRowFree ? node_readParams(node, kind, row) : errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+}
+
+static int32_t parseLink(int32_t kind) {
+    int32_t link, row;
+    const bool isLinkFree = takeRow(Running.objects[LINK], ObjectCount[LINK], link);
+    const bool isRowFree = takeRow(Running.links[kind], LinkKindCount[kind], row);
+    return isLinkFree && isRowFree ? link_readParams(link, kind, row) : errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+}
+
+/// Sections with one line for each object that is neither node nor link.
+static int32_t parseObject(int32_t type) {
+    int32_t row;
+    if (!takeRow(Running.objects[type], ObjectCount[type], row)) {
+        return errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+    }
+    switch (type) {
+        case GAGE: return gage_readLine(row);
+        case SUBCATCH: return subcatch_readLine(row);
+        case POLLUT: return pollut_readLine(row);
+        case LANDUSE: return landuse_readLine(row);
+        default: return ERR_NONE;
+    }
+}
+
+/// A definition of a coupled node, or one of the exchange records of the node defined last.
+static int32_t parseCoupledNode(int32_t kind) {
+    if (tokens_findKeyword(Tok[0], kind == SWMM ? SwmmRecordWords : VornRecordWords) >= 0) {
+        // A definition with an error counts as well: its records go with it, and meet no error of their own.
+        const int32_t row = Running.nodes[kind] - 1;
+        return row < 0 ? errors_setName(ERR_LINE, "") : coupled_readParams(kind, -1, row, TokCount);
+    }
+    // A name that was a node before was not counted as a definition, so no row waits for it. Neither does one if the
+    // first pass took the word for something else. No row is used up then.
+    const int32_t known = names_find(NODE, Tok[0]);
+    const bool isRowFree = Running.nodes[kind] < NodeKindCount[kind] && Running.objects[NODE] < ObjectCount[NODE];
+    if (!isRowFree || (known >= 0 && known != Running.objects[NODE])) {
+        return errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+    }
+    return coupled_readParams(kind, Running.objects[NODE]++, Running.nodes[kind]++, TokCount);
+}
+
+static int32_t parseRule() {
+    if (TokCount < 2) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    const int32_t clause = tokens_findKeyword(Tok[0], ClauseWords);
+    int32_t& running = Running.objects[RULE];
+    if (clause < 0) {
+        return errors_setName(ERR_RULE_CLAUSE, Tok[0]);
+    }
+    if (clause == CLAUSE_RULE) {
+        if (running >= ObjectCount[RULE]) {
+            return errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+        }
+        // A rule of a known name is refused whole; the clauses behind it go to the last good rule.
+        if (names_add(RULE, Tok[1], running) != 1) {
+            return errors_setName(ERR_DUPLICATE_ID, Tok[1]);
+        }
+        ++running;
+    }
+    return running > 0 ? rule_readLine(running - 1, clause) : errors_setName(ERR_RULE_CLAUSE, "");
+}
+
+static void storeDescription(const char* rawLine) {
+    for (std::string& description : Description) {
+        if (description.empty()) {
+            description = rawLine;
+            if (description.back() == '\n') {
+                description.back() = ' ';
+            }
+            return;
+        }
+    }
+}
+
+int32_t reader_parseLine(int32_t number, const char* rawLine) {
+    const Section& section = Sections[number];
+    switch (section.countRule) {
+        case COUNT_NODE: return parseNode(section.type);
+        case COUNT_LINK: return parseLink(section.type);
+        case COUNT_OBJECT: return parseObject(section.type);
+        case COUNT_COUPLED_NODE: return parseCoupledNode(section.type);
+        case COUNT_RULE: return parseRule();
+        default: break;
+    }
+    switch (number) {
+        case SECTION_DESCRIPTION: storeDescription(rawLine); return ERR_NONE;
+        case SECTION_EVAPORATION: return evap_readLine();
+        case SECTION_INFLOWS: return inflows_readExternal();
+        case SECTION_DWFS: return inflows_readDryWeather();
+        case SECTION_REACTORS_DECAY: return reactor_readDecay();
+        case SECTION_REACTORS_EMPTYING: return reactor_readEmptying();
+        case SECTION_DECAY_COEFFICIENT: return decay_readLine();
+        case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality();
+        case SECTION_COVERAGES: return landuse_readCoverage();
+        case SECTION_BUILDUP: return landuse_readBuildup();
+        case SECTION_WASHOFF: return landuse_readWashoff();
+        case SECTION_LOADINGS: return landuse_readLoading();
+        case SECTION_LIDS: return lid_readLine();
+        case SECTION_LID_GROUPS: return lid_readGroupLine();
+        case SECTION_CURVES: return curve_readCurve();
+        case SECTION_TIMESERIES: return curve_readSeries();
+        case SECTION_PATTERNS: return pattern_read();
+        case SECTION_CONVERTERS: return converter_readParams(TokCount);
+        default: return ERR_NONE;
+    }
+}
+
+/// Whether every table is filled as it was counted. Rules may be fewer: a rule refused is no row that anybody names.
+static bool areTablesFilled() {
+    bool isFilled = std::memcmp(Running.nodes, NodeKindCount, sizeof NodeKindCount) == 0 &&
+                    std::memcmp(Running.links, LinkKindCount, sizeof LinkKindCount) == 0;
+    for (const int32_t type : {GAGE, SUBCATCH, NODE, LINK, POLLUT, LANDUSE}) {
+        isFilled = isFilled && Running.objects[type] == ObjectCount[type];
+    }
+    return isFilled;
+}
+
+/// Reads all lines; gives the number of errors.
+static int32_t readLines() {
+    int32_t section = SECTION_DESCRIPTION;  // text before the first header describes the project
+    int32_t errorCount = 0;
+    long lineNumber = 0;
+    char line[LINE_SIZE], words[LINE_SIZE];
+    while (textfile_getLine(InputFile, line, LINE_SIZE)) {
+        ++lineNumber;
+        std::strcpy(words, line);
+        if (tokens_split(words) == 0 || Tok[0][0] == '/') {
+            continue;
+        }
+        if (Tok[0][0] == '[') {
+            const int32_t found = sections_find(Tok[0]);
+            if (found < 0) {
+                // Only quotes hide an unknown header from the first pass.
+                writeLineError(errors_setName(ERR_KEYWORD, Tok[0]), section, lineNumber, line);
+                return errorCount + 1;
+            }
+            section = found;
+            continue;
+        }
+        const int32_t error = reader_parseLine(section, line);
+        if (error && ++errorCount > MAX_ERRORS) {
+            report_writeLine("\n  Maximum error count exceeded.");
+            break;
+        }
+        if (error) {
+            writeLineError(error, section, lineNumber, line);
+        }
+    }
+    return errorCount;
+}
+
+void reader_readData() {
+    if (ErrorCode) {
+        return;
+    }
+    Running = RunningIndices{};
+    for (Curve& series : TimeSeries) {
+        series.lastDate = StartDate + StartTime;
+    }
+    textfile_setPosition(InputFile, 0);
+    const int32_t errorCount = readLines();
+    if (errorCount > 0) {
+        ErrorCode = ERR_INPUT;
+    } else if (!areTablesFilled()) {
+        report_writeError(ERR_LINE, "");
+        ErrorCode = ERR_INPUT;
+    }
+}
+
+// --- the whole -----------------------------------------------------------------------------------------------------
+
+static void setDuration() {
+    StartDateTime = StartDate + StartTime;
+    EndDateTime = EndDate + EndTime;
+    if (ReportStep < RoutingStep) {
+        report_writeError(ERR_REPORT_STEP, "");
+    }
+    if (StartDateTime >= EndDateTime) {
+        report_writeError(ERR_START_AFTER_END, "");
+        return;
+    }
+    // The floor of the product as it is: where the difference of two dates falls just short of a whole second, that
+    // second is lost.
+    TotalDuration = std::floor((EndDateTime - StartDateTime) * 86400.0) * 1000.0;
+}
+
+void reader_readProject() {
+    names_clear();
+    reader_countObjects();
+    objects_create();
+    reader_readData();
+    if (!ErrorCode) {
+        setDuration();
+    }
+}

@@ -1,0 +1,112 @@
+// Validation and start state: each goes over all classes of object in the order in which the later ones build on the
+// earlier ones. A second start of one project begins exactly like the first.
+
+#include "project/validation.h"
+
+#include <cstdio>
+
+#include "coupling/converter.h"
+#include "hydrology/evap.h"
+#include "hydrology/gage.h"
+#include "hydrology/lid.h"
+#include "hydrology/lidunit.h"
+#include "hydrology/subcatch.h"
+#include "links/link.h"
+#include "model/curve.h"
+#include "model/errors.h"
+#include "model/project.h"
+#include "nodes/inflows.h"
+#include "nodes/node.h"
+#include "results/massbal.h"
+#include "routing/network.h"
+#include "text/datetime.h"
+
+static void validateCurves() {
+    for (Curve& curve : Curves) {
+        if (const int32_t error = curve_validate(curve)) {
+            report_writeError(error, curve.id);
+        }
+    }
+}
+
+/// Writes the date of the entry that is out of order. The month of the last form stands without a zero in front.
+static void writePlace(DateTime date) {
+    const CalendarDate d = datetime_decodeDate(date);
+    char day[DATE_TIME_TEXT_SIZE], time[TIME_TEXT_SIZE];
+    switch (DateFormat) {
+        case 1: std::snprintf(day, sizeof day, "%02d/%02d/%04d", d.month, d.day, d.year); break;
+        case 2: std::snprintf(day, sizeof day, "%02d/%2d/%4d", d.day, d.month, d.year); break;
+        default: std::snprintf(day, sizeof day, "%4d/%02d/%02d", d.year, d.month, d.day); break;
+    }
+    datetime_formatTime(date, time);
+    report_print(ReportFile, " at %s %s.", day, time);
+}
+
+static void validateSeries() {
+    for (Curve& series : TimeSeries) {
+        const int32_t error = curve_validate(series);
+        if (error == ERR_CURVE_SEQUENCE) {
+            report_writeError(ERR_SERIES_SEQUENCE, series.id);
+            writePlace(series.x2);
+        } else if (error) {
+            report_writeError(error, series.id);
+        }
+    }
+}
+
+void validation_run() {
+    validateCurves();
+    validateSeries();
+    lid_validateAll();
+    if (RunoffStep < RoutingStep) {
+        report_writeError(ERR_RUNOFF_STEP, "");
+    }
+    subcatch_validateAll();
+    gage_validateAll();
+    network_indexLinks();
+    network_validate();
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        node_validate(k);
+        inflows_validateDryWeather(k);
+    }
+    for (int32_t k = 0; k < Links.size(); ++k) {
+        link_validate(k);
+    }
+    for (int32_t k = 0; k < Converters.size(); ++k) {
+        converter_validate(k);
+    }
+}
+
+/// The cursors of all inflow series stand as the validation left them, at the end of their entries. The walk of the
+/// nodes then rewinds those of the newest records only.
+static void resetInflowSeries() {
+    for (const Node& node : Nodes) {
+        for (const ExtInflow* record = node.extInflow; record; record = record->next) {
+            if (record->series >= 0) {
+                curve_resetToEnd(TimeSeries[record->series]);
+            }
+        }
+    }
+}
+
+int32_t startstate_set() {
+    OldRunoffTime = 0.0;
+    Evap.rate = 0.0;
+    OldRoutingTime = 0.0;
+    massbal_open();
+    lid_initUnits();
+    resetInflowSeries();
+    for (int32_t k = 0; k < Gages.size(); ++k) {
+        gage_initRain(k);
+    }
+    for (int32_t k = 0; k < Subcatches.size(); ++k) {
+        subcatch_initState(k);
+    }
+    for (int32_t k = 0; k < Nodes.size(); ++k) {
+        node_initState(k);
+    }
+    for (int32_t k = 0; k < Links.size(); ++k) {
+        link_initState(k);
+    }
+    return ErrorCode;
+}

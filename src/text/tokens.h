@@ -1,0 +1,34 @@
+#pragma once
+// The words of an input line, and what counts as a keyword and as a number.
+
+#include <cstdint>
+
+constexpr int32_t LINE_SIZE = 1024;  ///< bytes of a line buffer, with the zero at its end
+constexpr int32_t MAX_TOKENS = 40;
+
+extern const char* Tok[MAX_TOKENS];  ///< the words of the line in hand
+extern int32_t TokCount;
+
+/// Keywords "NO" and "YES": 0 and 1.
+extern const char* const NoYesWords[];
+
+/// An upper-case letter for one of a to z, any other byte as it is.
+inline char tokens_toUpper(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+/// 1 if the texts are the same but for the case of letters and for leading blanks of equal number; an empty keyword
+/// matches nothing.
+int32_t tokens_matchKeyword(const char* text, const char* keyword);
+
+/// Index of the first keyword of a table ended by a null pointer that matches, or -1.
+int32_t tokens_findKeyword(const char* text, const char* const* keywords);
+
+/// Cuts a line into words, in place: fills Tok and TokCount, and gives the count.
+int32_t tokens_split(char* line);
+
+/// Reads a number, with a point whatever the locale. 1 if the text is one; `value` is stored in any case.
+int32_t tokens_getDouble(const char* text, double* value);
+
+/// Reads a number that must not be below 0.
+int32_t tokens_getNonNegative(const char* text, double* value);
