@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// Words that a clause, one line of a rule, begins with.
 enum ClauseWord : int32_t { CLAUSE_RULE, CLAUSE_IF, CLAUSE_AND, CLAUSE_OR, CLAUSE_THEN, CLAUSE_ELSE, CLAUSE_PRIORITY };
@@ -103,13 +104,13 @@ extern int32_t ClauseState;  ///< the ClauseWord that was read last
 void rule_createAll();
 void rule_deleteAll();
 
-/// Reads one clause of a rule in Tok. An error index, or 0.
-int32_t rule_readLine(int32_t rule, int32_t clause);
-int32_t rule_readPremise(int32_t rule, int32_t logic, int32_t tokenCount);
-int32_t rule_readAction(int32_t rule, int32_t tokenCount);
+/// Reads one clause of a rule. An error index, or 0.
+int32_t rule_readLine(const Tokens& tokens, int32_t rule, int32_t clause);
+int32_t rule_readPremise(const Tokens& tokens, int32_t rule, int32_t logic);
+int32_t rule_readAction(const Tokens& tokens, int32_t rule);
 
 /// Reads an object and its attribute from the token `place` on, which moves on to the attribute. An error index, or 0.
-int32_t rule_readOperand(int32_t& place, RuleOperand& operand);
+int32_t rule_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand);
 
 /// Finds out which actions share a target; writes it to the report if memory is short.
 void rule_openRun();

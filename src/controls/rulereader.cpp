@@ -105,24 +105,24 @@ static int32_t refuseClause() {
     return errors_setName(ERR_RULE_CLAUSE, "");
 }
 
-static int32_t refuseKeyword(int32_t place) {
-    return errors_setName(ERR_KEYWORD, Tok[place]);
+static int32_t refuseKeyword(const Tokens& tokens, int32_t place) {
+    return errors_setName(ERR_KEYWORD, tokens[place]);
 }
 
 /// Reads one of some words as its number in their list. An error index, or 0.
-static int32_t readWord(int32_t place, const char* const* words, double& value) {
-    const int32_t word = tokens_findKeyword(Tok[place], words);
+static int32_t readWord(const Tokens& tokens, int32_t place, const char* const* words, double& value) {
+    const int32_t word = tokens_findKeyword(tokens[place], words);
     value = word;
-    return word < 0 ? refuseKeyword(place) : ERR_NONE;
+    return word < 0 ? refuseKeyword(tokens, place) : ERR_NONE;
 }
 
-static int32_t readNumber(int32_t place, double& value) {
-    return tokens_getDouble(Tok[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, Tok[place]);
+static int32_t readNumber(const Tokens& tokens, int32_t place, double& value) {
+    return tokens_getDouble(tokens[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, tokens[place]);
 }
 
 /// Whether a clause word stands behind what has been read: two clauses on one line.
-static bool isClauseWord(int32_t place, int32_t tokenCount) {
-    return place < tokenCount && tokens_findKeyword(Tok[place], ClauseWords) >= 0;
+static bool isClauseWord(const Tokens& tokens, int32_t place) {
+    return place < tokens.count && tokens_findKeyword(tokens[place], ClauseWords) >= 0;
 }
 
 /// Relations are matched as exact text.
@@ -157,50 +157,50 @@ static bool findObject(const ConditionObject& object, const char* name, RuleOper
     return true;
 }
 
-int32_t rule_readOperand(int32_t& place, RuleOperand& operand) {
+int32_t rule_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand) {
     operand = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
-    const int32_t type = tokens_findKeyword(Tok[place], ObjectWords);
+    const int32_t type = tokens_findKeyword(tokens[place], ObjectWords);
     if (type < 0) {
-        return refuseKeyword(place);
+        return refuseKeyword(tokens, place);
     }
     const ConditionObject& object = ConditionObjects[type];
     int32_t at = place + 1;
     if (object.type >= 0) {
-        if (at >= TokCount) {
+        if (at >= tokens.count) {
             return errors_setName(ERR_ITEMS, "");
         }
-        if (!findObject(object, Tok[at], operand)) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[at]);
+        if (!findObject(object, tokens[at], operand)) {
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[at]);
         }
         ++at;
     }
-    if (at >= TokCount) {
+    if (at >= tokens.count) {
         return errors_setName(ERR_ITEMS, "");
     }
-    operand.attribute = tokens_findKeyword(Tok[at], AttributeWords);
+    operand.attribute = tokens_findKeyword(tokens[at], AttributeWords);
     if (operand.attribute < 0 || !(object.attributes & bit(operand.attribute))) {
-        return refuseKeyword(at);
+        return refuseKeyword(tokens, at);
     }
     place = at;
     return ERR_NONE;
 }
 
 /// The right side of a condition: an object of the same attribute, or a value in the words of the left attribute.
-static int32_t readRightSide(int32_t& place, int32_t tokenCount, Premise& premise) {
+static int32_t readRightSide(const Tokens& tokens, int32_t& place, Premise& premise) {
     premise.value = NO_VALUE;
     premise.right = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const int32_t attribute = premise.left.attribute;
-    if (tokens_findKeyword(Tok[place], ObjectWords) >= 0 && place + 3 >= tokenCount) {
-        if (const int32_t error = rule_readOperand(place, premise.right)) {
+    if (tokens_findKeyword(tokens[place], ObjectWords) >= 0 && place + 3 >= tokens.count) {
+        if (const int32_t error = rule_readOperand(tokens, place, premise.right)) {
             return error;
         }
         return premise.right.attribute != attribute ? errors_setName(ERR_RULE_ATTRIBUTE, "") : ERR_NONE;
     }
     int32_t error;
     switch (attribute) {
-        case ATTRIBUTE_STATUS: error = readWord(place, PumpStatusWords, premise.value); break;
-        case ATTRIBUTE_EVENT: error = readWord(place, EventWords, premise.value); break;
-        default: error = readNumber(place, premise.value); break;
+        case ATTRIBUTE_STATUS: error = readWord(tokens, place, PumpStatusWords, premise.value); break;
+        case ATTRIBUTE_EVENT: error = readWord(tokens, place, EventWords, premise.value); break;
+        default: error = readNumber(tokens, place, premise.value); break;
     }
     ++place;
     return error;
@@ -211,28 +211,28 @@ static void appendPremise(Rule& rule, Premise* premise) {
     rule.lastPremise = premise;
 }
 
-int32_t rule_readPremise(int32_t rule, int32_t logic, int32_t tokenCount) {
-    if (tokenCount < 5) {
+int32_t rule_readPremise(const Tokens& tokens, int32_t rule, int32_t logic) {
+    if (tokens.count < 5) {
         return errors_setName(ERR_ITEMS, "");
     }
     Premise premise{};
     premise.logic = logic;
     int32_t place = 1;
-    if (const int32_t error = rule_readOperand(place, premise.left)) {
+    if (const int32_t error = rule_readOperand(tokens, place, premise.left)) {
         return error;
     }
-    premise.relation = findRelation(Tok[place + 1]);
+    premise.relation = findRelation(tokens[place + 1]);
     if (premise.relation < 0) {
-        return refuseKeyword(place + 1);
+        return refuseKeyword(tokens, place + 1);
     }
     place += 2;
-    if (place >= tokenCount) {
+    if (place >= tokens.count) {
         return errors_setName(ERR_ITEMS, "");
     }
-    if (const int32_t error = readRightSide(place, tokenCount, premise)) {
+    if (const int32_t error = readRightSide(tokens, place, premise)) {
         return error;
     }
-    if (isClauseWord(place, tokenCount)) {
+    if (isClauseWord(tokens, place)) {
         return refuseClause();
     }
     auto* kept = arena_allocateArray<Premise>(ProjectArena, 1);
@@ -294,26 +294,27 @@ static bool isActionObject(int32_t object) {
 }
 
 /// Attribute and value of an action on an object of the network.
-static int32_t readActionValue(int32_t object, Action& action) {
-    action.attribute = tokens_findKeyword(Tok[3], AttributeWords);
+static int32_t readActionValue(const Tokens& tokens, int32_t object, Action& action) {
+    action.attribute = tokens_findKeyword(tokens[3], AttributeWords);
     for (const ActionAttribute& allowed : ActionAttributes) {
         if (allowed.object == object && allowed.attribute == action.attribute) {
-            return allowed.words ? readWord(5, allowed.words, action.value) : readNumber(5, action.value);
+            return allowed.words ? readWord(tokens, 5, allowed.words, action.value)
+                                 : readNumber(tokens, 5, action.value);
         }
     }
-    return refuseKeyword(3);
+    return refuseKeyword(tokens, 3);
 }
 
 /// Link, attribute and value of an action inside a SWMM node.
-static int32_t readSwmmValue(int32_t tokenCount, Action& action) {
-    action.attribute = tokens_findKeyword(Tok[4], AttributeWords);
+static int32_t readSwmmValue(const Tokens& tokens, Action& action) {
+    action.attribute = tokens_findKeyword(tokens[4], AttributeWords);
     if (action.attribute != ATTRIBUTE_SETTING) {
-        return refuseKeyword(4);
+        return refuseKeyword(tokens, 4);
     }
-    if (tokenCount < 7) {
+    if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
-    return readNumber(6, action.value);
+    return readNumber(tokens, 6, action.value);
 }
 
 /// Settings are limited to 0 ... 1 and split values to 0 and more. What is no number counts as 0.
@@ -345,59 +346,60 @@ static int32_t keepAction(Rule& rule, const Action& action, const char* swmmLink
     return ERR_NONE;
 }
 
-int32_t rule_readAction(int32_t rule, int32_t tokenCount) {
-    if (tokenCount < 6) {
+int32_t rule_readAction(const Tokens& tokens, int32_t rule) {
+    if (tokens.count < 6) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t object = tokens_findKeyword(Tok[1], ObjectWords);
+    const int32_t object = tokens_findKeyword(tokens[1], ObjectWords);
     if (!isActionObject(object)) {
-        return refuseKeyword(1);
+        return refuseKeyword(tokens, 1);
     }
     Action action{};
     action.rule = rule;
-    if (!findTargets(action, Tok[2])) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+    if (!findTargets(action, tokens[2])) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     const bool isSwmm = object == OBJECT_SWMM;
-    if (const int32_t error = isSwmm ? readSwmmValue(tokenCount, action) : readActionValue(object, action)) {
+    if (const int32_t error =
+            isSwmm ? readSwmmValue(tokens, action) : readActionValue(tokens, object, action)) {
         return error;
     }
-    if (isClauseWord(6, tokenCount)) {
+    if (isClauseWord(tokens, 6)) {
         return refuseClause();
     }
     limitValue(action);
-    return keepAction(Rules[rule], action, isSwmm ? Tok[3] : nullptr);
+    return keepAction(Rules[rule], action, isSwmm ? tokens[3] : nullptr);
 }
 
 // --- clauses -------------------------------------------------------------------------------------------------------
 
-static int32_t readRule(Rule& rule) {
+static int32_t readRule(const Tokens& tokens, Rule& rule) {
     if (!rule.name) {
-        rule.name = names_findId(RULE, Tok[1]);
+        rule.name = names_findId(RULE, tokens[1]);
     }
     ClauseState = CLAUSE_RULE;
-    return TokCount > 2 ? refuseClause() : ERR_NONE;
+    return tokens.count > 2 ? refuseClause() : ERR_NONE;
 }
 
 /// AND continues the list that the rule is in. Among conditions the premise is put in twice, as AND and as OR. The
 /// second one is tested only when the first has failed, and then fails as well; the lists of rules have always looked
 /// like this.
-static int32_t readAnd(int32_t rule) {
+static int32_t readAnd(const Tokens& tokens, int32_t rule) {
     if (ClauseState != CLAUSE_IF) {
-        return rule_readAction(rule, TokCount);
+        return rule_readAction(tokens, rule);
     }
-    rule_readPremise(rule, LOGIC_AND, TokCount);
-    return rule_readPremise(rule, LOGIC_OR, TokCount);
+    rule_readPremise(tokens, rule, LOGIC_AND);
+    return rule_readPremise(tokens, rule, LOGIC_OR);
 }
 
-static int32_t readPriority(Rule& rule) {
+static int32_t readPriority(const Tokens& tokens, Rule& rule) {
     ClauseState = CLAUSE_PRIORITY;
     double priority;
-    if (const int32_t error = readNumber(1, priority)) {
+    if (const int32_t error = readNumber(tokens, 1, priority)) {
         return error;
     }
     rule.priority = priority;
-    return TokCount > 2 ? refuseClause() : ERR_NONE;
+    return tokens.count > 2 ? refuseClause() : ERR_NONE;
 }
 
 /// Whether a clause may stand behind the one read last.
@@ -415,16 +417,16 @@ static bool isInSequence(int32_t clause) {
     }
 }
 
-int32_t rule_readLine(int32_t rule, int32_t clause) {
+int32_t rule_readLine(const Tokens& tokens, int32_t rule, int32_t clause) {
     if (!isInSequence(clause)) {
         return refuseClause();
     }
     switch (clause) {
-        case CLAUSE_RULE: return readRule(Rules[rule]);
-        case CLAUSE_IF: ClauseState = CLAUSE_IF; return rule_readPremise(rule, LOGIC_AND, TokCount);
-        case CLAUSE_AND: return readAnd(rule);
-        case CLAUSE_OR: return rule_readPremise(rule, LOGIC_OR, TokCount);
-        case CLAUSE_PRIORITY: return readPriority(Rules[rule]);
-        default: ClauseState = clause; return rule_readAction(rule, TokCount);
+        case CLAUSE_RULE: return readRule(tokens, Rules[rule]);
+        case CLAUSE_IF: ClauseState = CLAUSE_IF; return rule_readPremise(tokens, rule, LOGIC_AND);
+        case CLAUSE_AND: return readAnd(tokens, rule);
+        case CLAUSE_OR: return rule_readPremise(tokens, rule, LOGIC_OR);
+        case CLAUSE_PRIORITY: return readPriority(tokens, Rules[rule]);
+        default: ClauseState = clause; return rule_readAction(tokens, rule);
     }
 }

@@ -36,24 +36,24 @@ static int32_t readIndex(const char* token, const char* const* words, int32_t& i
 }
 
 /// Tokens 1 to 4.
-static int32_t readContribution(int32_t type, ConverterPoint& point) {
+static int32_t readContribution(const Tokens& tokens, int32_t type, ConverterPoint& point) {
     const bool isInfluent = type == VORN_INFLUENT;
-    if (const int32_t error = readIndex(Tok[1], isInfluent ? ConstituentWords : nullptr, point.target)) {
+    if (const int32_t error = readIndex(tokens[1], isInfluent ? ConstituentWords : nullptr, point.target)) {
         return error;
     }
-    if (const int32_t error = readIndex(Tok[2], SourceWords, point.sourceKind)) {
+    if (const int32_t error = readIndex(tokens[2], SourceWords, point.sourceKind)) {
         return error;
     }
     point.sourceIndex = -1;
     const int32_t error = point.sourceKind == SOURCE_POLLUTANT
-                              ? readIndex(Tok[3], isInfluent ? nullptr : ComponentWords, point.sourceIndex)
-                              : readNumber(Tok[3], point.constant);
-    return error ? error : readNumber(Tok[4], point.factor);
+                              ? readIndex(tokens[3], isInfluent ? nullptr : ComponentWords, point.sourceIndex)
+                              : readNumber(tokens[3], point.constant);
+    return error ? error : readNumber(tokens[4], point.factor);
 }
 
-static int32_t readPoint(Converter& converter, int32_t tokenCount) {
+static int32_t readPoint(const Tokens& tokens, Converter& converter) {
     ConverterPoint read{};
-    if (const int32_t error = readContribution(converter.type, read)) {
+    if (const int32_t error = readContribution(tokens, converter.type, read)) {
         return error;
     }
     ConverterPoint* point = arena_allocateArray<ConverterPoint>(ProjectArena, 1);
@@ -61,8 +61,8 @@ static int32_t readPoint(Converter& converter, int32_t tokenCount) {
         return errors_setName(ERR_MEMORY, "");
     }
     *point = read;
-    if (tokenCount >= 6) {
-        if (const int32_t error = readIndex(Tok[5], OperationWords, point->operation)) {
+    if (tokens.count >= 6) {
+        if (const int32_t error = readIndex(tokens[5], OperationWords, point->operation)) {
             return error;
         }
     }
@@ -71,26 +71,26 @@ static int32_t readPoint(Converter& converter, int32_t tokenCount) {
     return ERR_NONE;
 }
 
-int32_t converter_readParams(int32_t tokenCount) {
-    if (tokenCount < 2) {
+int32_t converter_readParams(const Tokens& tokens) {
+    if (tokens.count < 2) {
         return errors_setName(ERR_ITEMS, "");
     }
     // The type words come first, so a pollutant of such a name can't be a target.
-    const int32_t type = tokens_findKeyword(Tok[1], TypeWords);
-    if (type < 0 && tokenCount < 5) {
+    const int32_t type = tokens_findKeyword(tokens[1], TypeWords);
+    if (type < 0 && tokens.count < 5) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = names_find(CONVERTER, Tok[0]);
+    const int32_t index = names_find(CONVERTER, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     Converter& converter = Converters[index];
     if (type >= 0) {
         converter.type = type;
-    } else if (const int32_t error = readPoint(converter, tokenCount)) {
+    } else if (const int32_t error = readPoint(tokens, converter)) {
         return error;
     }
-    converter.name = names_findId(CONVERTER, Tok[0]);
+    converter.name = names_findId(CONVERTER, tokens[0]);
     return ERR_NONE;
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// Wastewater constituents that a plant takes in: COD, NH4, NO3, TP, TSS, ALK.
 constexpr int32_t CONSTITUENT_COUNT = 6;
@@ -32,8 +33,8 @@ struct Converter {
 
 extern Table<Converter> Converters;
 
-/// A line of [CONVERTERS] in Tok. An error index, or 0.
-int32_t converter_readParams(int32_t tokenCount);
+/// A line of [CONVERTERS]. An error index, or 0.
+int32_t converter_readParams(const Tokens& tokens);
 
 /// Tests that everything has a contribution; writes what is missing to the report.
 void converter_validate(int32_t converter);

@@ -36,8 +36,9 @@ void coupled_deleteNodes() {
     VornNodes = {};
 }
 
-int32_t coupled_readParams(int32_t kind, int32_t node, int32_t row, int32_t tokenCount) {
-    return kind == SWMM ? swmm_readParams(node, row, tokenCount) : vorn_readParams(node, row, tokenCount);
+int32_t coupled_readParams(const Tokens& tokens, int32_t kind, int32_t node, int32_t row) {
+    return kind == SWMM ? swmm_readParams(tokens, node, row)
+                        : vorn_readParams(tokens, node, row);
 }
 
 void coupled_validate(int32_t node) {

@@ -5,6 +5,7 @@
 
 #include "links/link.h"
 #include "model/project.h"
+#include "text/tokens.h"
 
 /// Whether a node of this kind has an outside model inside.
 inline bool coupled_isKind(int32_t kind) {
@@ -18,7 +19,7 @@ void coupled_createNodes();
 void coupled_deleteNodes();
 
 /// A line of the section of a kind. An error index, or 0.
-int32_t coupled_readParams(int32_t kind, int32_t node, int32_t row, int32_t tokenCount);
+int32_t coupled_readParams(const Tokens& tokens, int32_t kind, int32_t node, int32_t row);
 
 /// Tests a node when all is read; writes what is wrong to the report.
 void coupled_validate(int32_t node);

@@ -102,9 +102,9 @@ bool outside_findModel(const OutsideNode& outside, std::string& path) {
 
 // --- records -------------------------------------------------------------------------------------------------------
 
-int32_t outside_addRecord(CoupledList& list, int32_t index, int32_t converter) {
+int32_t outside_addRecord(const Tokens& tokens, CoupledList& list, int32_t index, int32_t converter) {
     CoupledFlow* record = arena_allocateArray<CoupledFlow>(ProjectArena, 1);
-    const char* id = record ? names_copyText(Tok[1]) : nullptr;
+    const char* id = record ? names_copyText(tokens[1]) : nullptr;
     if (!id) {
         return errors_setName(ERR_MEMORY, "");
     }
@@ -164,16 +164,16 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
 
 // --- the life of a node --------------------------------------------------------------------------------------------
 
-int32_t outside_readDefinition(OutsideNode& outside, int32_t node, int32_t kind, int32_t row) {
-    const char* id = names_findId(NODE, Tok[0]);
+int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind, int32_t row) {
+    const char* id = names_findId(NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t saveResults = tokens_findKeyword(Tok[2], NoYesWords);
+    const int32_t saveResults = tokens_findKeyword(tokens[2], NoYesWords);
     if (saveResults < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[2]);
+        return errors_setName(ERR_KEYWORD, tokens[2]);
     }
-    const char* inpFile = names_copyText(Tok[1]);
+    const char* inpFile = names_copyText(tokens[1]);
     if (!inpFile) {
         return errors_setName(ERR_MEMORY, "");
     }

@@ -8,6 +8,7 @@
 
 #include "model/project.h"
 #include "platform/library.h"
+#include "text/tokens.h"
 
 /// What passes at one object of an outside model: from a link or a subcatchment into it, or out of it into a link. The
 /// loads into a treatment plant are by constituent in g/s, all others by pollutant in kg/s.
@@ -89,7 +90,7 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls);
 bool outside_findModel(const OutsideNode& outside, std::string& path);
 
 /// Appends a record for the object that token 1 names. An error index, or 0.
-int32_t outside_addRecord(CoupledList& list, int32_t index, int32_t converter);
+int32_t outside_addRecord(const Tokens& tokens, CoupledList& list, int32_t index, int32_t converter);
 
 /// Compares the dates of the model with those of the project, to the last bit; writes what is wrong to the report.
 void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, const char* id);
@@ -136,6 +137,6 @@ inline double outside_getWeight(double time, double before, double after) {
     return after == before ? 0.0 : (time - before) / (after - before);
 }
 
-/// A definition in Tok, for node `node` of a kind and row `row` of that kind: the input file, and whether the engine
+/// A definition, for node `node` of a kind and row `row` of that kind: the input file, and whether the engine
 /// keeps its results. An error index, or 0.
-int32_t outside_readDefinition(OutsideNode& outside, int32_t node, int32_t kind, int32_t row);
+int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind, int32_t row);

@@ -76,26 +76,26 @@ void swmm_closeNode(int32_t row) {
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// A record takes a link; what flows in may come from a subcatchment as well, and a link of the name wins.
-static int32_t readRecord(int32_t row, bool isInflow) {
-    int32_t index = names_find(LINK, Tok[2]);
+static int32_t readRecord(const Tokens& tokens, int32_t row, bool isInflow) {
+    int32_t index = names_find(LINK, tokens[2]);
     if (index < 0 && isInflow) {
-        index = names_find(SUBCATCH, Tok[2]);
+        index = names_find(SUBCATCH, tokens[2]);
     }
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     OutsideNode& outside = getSwmm(row).outside;
-    return outside_addRecord(isInflow ? outside.inflows : outside.outflows, index, -1);
+    return outside_addRecord(tokens, isInflow ? outside.inflows : outside.outflows, index, -1);
 }
 
-int32_t swmm_readParams(int32_t node, int32_t row, int32_t tokenCount) {
-    if (tokenCount < 3) {
+int32_t swmm_readParams(const Tokens& tokens, int32_t node, int32_t row) {
+    if (tokens.count < 3) {
         return errors_setName(ERR_ITEMS, "");
     }
-    switch (tokens_findKeyword(Tok[0], SwmmRecordWords)) {
-        case 0: return readRecord(row, true);
-        case 1: return readRecord(row, false);
-        default: return outside_readDefinition(getSwmm(row).outside, node, SWMM, row);
+    switch (tokens_findKeyword(tokens[0], SwmmRecordWords)) {
+        case 0: return readRecord(tokens, row, true);
+        case 1: return readRecord(tokens, row, false);
+        default: return outside_readDefinition(tokens, getSwmm(row).outside, node, SWMM, row);
     }
 }
 

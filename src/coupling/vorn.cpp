@@ -68,25 +68,26 @@ void vorn_closeNode(int32_t row) {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-static int32_t readRecord(int32_t row, bool isInflow) {
-    const int32_t link = names_find(LINK, Tok[2]);
+static int32_t readRecord(const Tokens& tokens, int32_t row, bool isInflow) {
+    const int32_t link = names_find(LINK, tokens[2]);
     if (link < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    const int32_t converter = names_find(CONVERTER, Tok[3]);
+    const int32_t converter = names_find(CONVERTER, tokens[3]);
     if (converter < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[3]);
     }
     OutsideNode& outside = getVorn(row).outside;
-    return outside_addRecord(isInflow ? outside.inflows : outside.outflows, link, converter);
+    return outside_addRecord(tokens, isInflow ? outside.inflows : outside.outflows, link, converter);
 }
 
-int32_t vorn_readParams(int32_t node, int32_t row, int32_t tokenCount) {
-    const int32_t word = tokenCount > 0 ? tokens_findKeyword(Tok[0], VornRecordWords) : -1;
-    if (tokenCount < (word < 0 ? 3 : 4)) {
+int32_t vorn_readParams(const Tokens& tokens, int32_t node, int32_t row) {
+    const int32_t word = tokens.count > 0 ? tokens_findKeyword(tokens[0], VornRecordWords) : -1;
+    if (tokens.count < (word < 0 ? 3 : 4)) {
         return errors_setName(ERR_ITEMS, "");
     }
-    return word < 0 ? outside_readDefinition(getVorn(row).outside, node, VORN, row) : readRecord(row, word == 0);
+    return word < 0 ? outside_readDefinition(tokens, getVorn(row).outside, node, VORN, row)
+                    : readRecord(tokens, row, word == 0);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------

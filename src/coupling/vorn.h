@@ -7,6 +7,7 @@
 #include "coupling/outside.h"
 #include "model/project.h"
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// The functions of one private copy of the engine.
 struct VornEntries {
@@ -28,9 +29,9 @@ void vorn_loadLibrary(int32_t row);
 /// Closes the model, lets go of the library and deletes the copy.
 void vorn_closeNode(int32_t row);
 
-/// A line of [VORN_INPS] in Tok: the definition of node `node` in row `row`, or a record of the node in row `row`. An
+/// A line of [VORN_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An
 /// error index, or 0.
-int32_t vorn_readParams(int32_t node, int32_t row, int32_t tokenCount);
+int32_t vorn_readParams(const Tokens& tokens, int32_t node, int32_t row);
 
 /// Opens the model and compares it with the project; writes what is wrong to the report.
 void vorn_validate(int32_t node);

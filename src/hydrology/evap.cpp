@@ -9,22 +9,22 @@ EvapRecord Evap;
 
 static const char* const EvapWords[] = {"CONSTANT", "MONTHLY", nullptr};
 
-int32_t evap_readLine() {
-    const int32_t kind = tokens_findKeyword(Tok[0], EvapWords);
+int32_t evap_readLine(const Tokens& tokens) {
+    const int32_t kind = tokens_findKeyword(tokens[0], EvapWords);
     if (kind < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[0]);
+        return errors_setName(ERR_KEYWORD, tokens[0]);
     }
     if (Evap.isSet) {
         return errors_setName(ERR_LINE, "");
     }
     const int32_t count = kind == EVAP_CONSTANT ? 1 : 12;
-    if (TokCount < count + 1) {
+    if (tokens.count < count + 1) {
         return errors_setName(ERR_ITEMS, "");
     }
     double rates[12];
     for (int32_t k = 0; k < count; ++k) {
-        if (!tokens_getDouble(Tok[k + 1], &rates[k])) {
-            return errors_setName(ERR_NUMBER, Tok[k + 1]);
+        if (!tokens_getDouble(tokens[k + 1], &rates[k])) {
+            return errors_setName(ERR_NUMBER, tokens[k + 1]);
         }
     }
     Evap.kind = kind;

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "text/datetime.h"
+#include "text/tokens.h"
 
 enum EvapKind : int32_t { EVAP_CONSTANT, EVAP_MONTHLY };
 
@@ -17,8 +18,8 @@ struct EvapRecord {
 
 extern EvapRecord Evap;
 
-/// A line of [EVAPORATION] in Tok. An error index, or 0.
-int32_t evap_readLine();
+/// A line of [EVAPORATION]. An error index, or 0.
+int32_t evap_readLine(const Tokens& tokens);
 
 /// Sets the rate of the runoff step that begins at a date.
 void evap_setRate(DateTime date);

@@ -39,25 +39,25 @@ static bool readInterval(const char* text, int32_t* interval) {
     return true;
 }
 
-int32_t gage_readLine(int32_t index) {
-    if (TokCount < 4) {
+int32_t gage_readLine(const Tokens& tokens, int32_t index) {
+    if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* name = names_findId(GAGE, Tok[0]);
+    const char* name = names_findId(GAGE, tokens[0]);
     if (!name) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t format = tokens_findKeyword(Tok[1], FormatWords);
+    const int32_t format = tokens_findKeyword(tokens[1], FormatWords);
     if (format < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[1]);
+        return errors_setName(ERR_KEYWORD, tokens[1]);
     }
     int32_t interval;
-    if (!readInterval(Tok[2], &interval)) {
-        return errors_setName(ERR_DATE_TIME, Tok[2]);
+    if (!readInterval(tokens[2], &interval)) {
+        return errors_setName(ERR_DATE_TIME, tokens[2]);
     }
-    const int32_t series = names_find(TSERIES, Tok[3]);
+    const int32_t series = names_find(TSERIES, tokens[3]);
     if (series < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[3]);
     }
     Gage& gage = getGage(index);
     gage.name = name;

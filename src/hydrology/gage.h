@@ -5,6 +5,7 @@
 
 #include "model/table.h"
 #include "text/datetime.h"
+#include "text/tokens.h"
 
 enum GageFormat : int32_t { RAIN_INTENSITY, RAIN_VOLUME };
 
@@ -36,8 +37,8 @@ struct Gage {
 
 extern Table<Gage> Gages;
 
-/// A line of [RAINGAGES] in Tok, for the row `gage`. An error index, or 0.
-int32_t gage_readLine(int32_t gage);
+/// A line of [RAINGAGES], for the row `gage`. An error index, or 0.
+int32_t gage_readLine(const Tokens& tokens, int32_t gage);
 
 /// Tests the gages in use, and links those that share a series; writes what is wrong to the report.
 void gage_validateAll();

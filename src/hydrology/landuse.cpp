@@ -39,90 +39,90 @@ void landuse_createAll() {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-int32_t pollut_readLine(int32_t index) {
-    if (TokCount < 2) {
+int32_t pollut_readLine(const Tokens& tokens, int32_t index) {
+    if (tokens.count < 2) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* id = names_findId(POLLUT, Tok[0]);
+    const char* id = names_findId(POLLUT, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     double concentration;
-    if (!tokens_getNonNegative(Tok[1], &concentration)) {
-        return errors_setName(ERR_NUMBER, Tok[1]);
+    if (!tokens_getNonNegative(tokens[1], &concentration)) {
+        return errors_setName(ERR_NUMBER, tokens[1]);
     }
     Polluts[index] = {id, concentration};
     return ERR_NONE;
 }
 
-int32_t landuse_readLine(int32_t index) {
-    if (TokCount < 1) {
+int32_t landuse_readLine(const Tokens& tokens, int32_t index) {
+    if (tokens.count < 1) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* name = names_findId(LANDUSE, Tok[0]);
+    const char* name = names_findId(LANDUSE, tokens[0]);
     if (!name) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     getLanduse(index).name = name;
     return ERR_NONE;
 }
 
 /// Finds the two objects that a line begins with.
-static int32_t findPair(int32_t firstType, int32_t secondType, int32_t* first, int32_t* second) {
-    *first = names_find(firstType, Tok[0]);
+static int32_t findPair(const Tokens& tokens, int32_t firstType, int32_t secondType, int32_t* first, int32_t* second) {
+    *first = names_find(firstType, tokens[0]);
     if (*first < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    *second = names_find(secondType, Tok[1]);
-    return *second < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]) : ERR_NONE;
+    *second = names_find(secondType, tokens[1]);
+    return *second < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
 }
 
 /// Reads numbers that must not be below 0, from a token on.
-static int32_t readNumbers(int32_t token, int32_t count, double* values) {
+static int32_t readNumbers(const Tokens& tokens, int32_t token, int32_t count, double* values) {
     for (int32_t k = 0; k < count; ++k) {
-        if (!tokens_getNonNegative(Tok[token + k], &values[k])) {
-            return errors_setName(ERR_NUMBER, Tok[token + k]);
+        if (!tokens_getNonNegative(tokens[token + k], &values[k])) {
+            return errors_setName(ERR_NUMBER, tokens[token + k]);
         }
     }
     return ERR_NONE;
 }
 
-int32_t landuse_readCoverage() {
-    if (TokCount < 3) {
+int32_t landuse_readCoverage(const Tokens& tokens) {
+    if (tokens.count < 3) {
         return errors_setName(ERR_ITEMS, "");
     }
     int32_t subcatch = 0, landuse = 0;
-    if (const int32_t error = findPair(SUBCATCH, LANDUSE, &subcatch, &landuse)) {
+    if (const int32_t error = findPair(tokens, SUBCATCH, LANDUSE, &subcatch, &landuse)) {
         return error;
     }
     // Negative shares pass: a land use can be taken off another one.
     double percent;
-    if (!tokens_getDouble(Tok[2], &percent)) {
-        return errors_setName(ERR_NUMBER, Tok[2]);
+    if (!tokens_getDouble(tokens[2], &percent)) {
+        return errors_setName(ERR_NUMBER, tokens[2]);
     }
     Subcatches[subcatch].landShares[landuse].fraction = percent / 100.0;
     return ERR_NONE;
 }
 
-int32_t landuse_readBuildup() {
-    if (TokCount < 4) {
+int32_t landuse_readBuildup(const Tokens& tokens) {
+    if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
-    if (const int32_t error = findPair(LANDUSE, POLLUT, &landuse, &pollutant)) {
+    if (const int32_t error = findPair(tokens, LANDUSE, POLLUT, &landuse, &pollutant)) {
         return error;
     }
     double values[2];
-    if (const int32_t error = readNumbers(2, 2, values)) {
+    if (const int32_t error = readNumbers(tokens, 2, 2, values)) {
         return error;
     }
     getLanduse(landuse).buildup[pollutant] = {values[0], values[1]};
     return ERR_NONE;
 }
 
-static int32_t readExponential(WashoffRule& rule) {
+static int32_t readExponential(const Tokens& tokens, WashoffRule& rule) {
     double values[3];
-    if (const int32_t error = readNumbers(3, 3, values)) {
+    if (const int32_t error = readNumbers(tokens, 3, 3, values)) {
         return error;
     }
     rule.coefficient = values[0];
@@ -132,16 +132,16 @@ static int32_t readExponential(WashoffRule& rule) {
     return ERR_NONE;
 }
 
-static int32_t readEventMean(WashoffRule& rule) {
+static int32_t readEventMean(const Tokens& tokens, WashoffRule& rule) {
     double emc, removal;
-    if (const int32_t error = readNumbers(3, 1, &emc)) {
+    if (const int32_t error = readNumbers(tokens, 3, 1, &emc)) {
         return error;
     }
-    const int32_t usesBuildup = tokens_findKeyword(Tok[4], NoYesWords);
+    const int32_t usesBuildup = tokens_findKeyword(tokens[4], NoYesWords);
     if (usesBuildup < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[4]);
+        return errors_setName(ERR_KEYWORD, tokens[4]);
     }
-    if (const int32_t error = readNumbers(5, 1, &removal)) {
+    if (const int32_t error = readNumbers(tokens, 5, 1, &removal)) {
         return error;
     }
     rule.emc = emc;
@@ -150,24 +150,24 @@ static int32_t readEventMean(WashoffRule& rule) {
     return ERR_NONE;
 }
 
-int32_t landuse_readWashoff() {
-    if (TokCount < 6) {
+int32_t landuse_readWashoff(const Tokens& tokens) {
+    if (tokens.count < 6) {
         return errors_setName(ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
-    if (const int32_t error = findPair(LANDUSE, POLLUT, &landuse, &pollutant)) {
+    if (const int32_t error = findPair(tokens, LANDUSE, POLLUT, &landuse, &pollutant)) {
         return error;
     }
-    const int32_t kind = tokens_findKeyword(Tok[2], WashoffWords);
+    const int32_t kind = tokens_findKeyword(tokens[2], WashoffWords);
     if (kind < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[2]);
+        return errors_setName(ERR_KEYWORD, tokens[2]);
     }
     // A line overwrites only what it reads; the rest stays from an older line of the same pair.
     WashoffRule& rule = getLanduse(landuse).washoff[pollutant];
     int32_t error = ERR_NONE;
     switch (kind) {
-        case WASHOFF_EXP: error = readExponential(rule); break;
-        case WASHOFF_EMC: error = readEventMean(rule); break;
+        case WASHOFF_EXP: error = readExponential(tokens, rule); break;
+        case WASHOFF_EMC: error = readEventMean(tokens, rule); break;
         default: break;
     }
     if (!error) {
@@ -176,16 +176,16 @@ int32_t landuse_readWashoff() {
     return error;
 }
 
-int32_t landuse_readLoading() {
-    if (TokCount < 3) {
+int32_t landuse_readLoading(const Tokens& tokens) {
+    if (tokens.count < 3) {
         return errors_setName(ERR_ITEMS, "");
     }
     int32_t subcatch = 0, pollutant = 0;
-    if (const int32_t error = findPair(SUBCATCH, POLLUT, &subcatch, &pollutant)) {
+    if (const int32_t error = findPair(tokens, SUBCATCH, POLLUT, &subcatch, &pollutant)) {
         return error;
     }
     double load;
-    if (const int32_t error = readNumbers(2, 1, &load)) {
+    if (const int32_t error = readNumbers(tokens, 2, 1, &load)) {
         return error;
     }
     Subcatches[subcatch].initialLoad[pollutant] = load;

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/table.h"
+#include "text/tokens.h"
 
 struct Pollut {
     const char* id;            ///< the ID as first seen
@@ -50,15 +51,15 @@ extern Table<Landuse> Landuses;
 /// Makes the table for the counted land uses with their rules.
 void landuse_createAll();
 
-/// A line of [POLLUTANTS] or [LANDUSES] in Tok, for the row `index`. An error index, or 0.
-int32_t pollut_readLine(int32_t index);
-int32_t landuse_readLine(int32_t index);
+/// A line of [POLLUTANTS] or [LANDUSES], for the row `index`. An error index, or 0.
+int32_t pollut_readLine(const Tokens& tokens, int32_t index);
+int32_t landuse_readLine(const Tokens& tokens, int32_t index);
 
-/// Lines of [COVERAGES], [BUILDUP], [WASHOFF] and [LOADINGS] in Tok. An error index, or 0.
-int32_t landuse_readCoverage();
-int32_t landuse_readBuildup();
-int32_t landuse_readWashoff();
-int32_t landuse_readLoading();
+/// Lines of [COVERAGES], [BUILDUP], [WASHOFF] and [LOADINGS]. An error index, or 0.
+int32_t landuse_readCoverage(const Tokens& tokens);
+int32_t landuse_readBuildup(const Tokens& tokens);
+int32_t landuse_readWashoff(const Tokens& tokens);
+int32_t landuse_readLoading(const Tokens& tokens);
 
 /// Buildup (kg) on an area (ha) after a dry time (s), from the present buildup (kg).
 double landuse_buildupAfter(int32_t landuse, int32_t pollutant, double area, double present, double time);

@@ -78,26 +78,26 @@ void lid_deleteTables() {
 // --- definitions ---------------------------------------------------------------------------------------------------
 
 /// Reads `count` numbers that must not be negative, from token 2 on.
-static int32_t readNumbers(double* values, int32_t count) {
+static int32_t readNumbers(const Tokens& tokens, double* values, int32_t count) {
     for (int32_t k = 0; k < count; ++k) {
-        if (!tokens_getNonNegative(Tok[2 + k], &values[k])) {
-            return errors_setName(ERR_NUMBER, Tok[2 + k]);
+        if (!tokens_getNonNegative(tokens[2 + k], &values[k])) {
+            return errors_setName(ERR_NUMBER, tokens[2 + k]);
         }
     }
     return ERR_NONE;
 }
 
-static int32_t readSurface(Lid& lid) {
+static int32_t readSurface(const Tokens& tokens, Lid& lid) {
     double depth, fraction, rest[3];
-    if (!tokens_getNonNegative(Tok[2], &depth)) {
-        return errors_setName(ERR_NUMBER, Tok[2]);
+    if (!tokens_getNonNegative(tokens[2], &depth)) {
+        return errors_setName(ERR_NUMBER, tokens[2]);
     }
-    if (!tokens_getNonNegative(Tok[3], &fraction) || !(fraction < 1.0)) {
-        return errors_setName(ERR_NUMBER, Tok[3]);
+    if (!tokens_getNonNegative(tokens[3], &fraction) || !(fraction < 1.0)) {
+        return errors_setName(ERR_NUMBER, tokens[3]);
     }
     for (int32_t k = 0; k < 3; ++k) {
-        if (!tokens_getNonNegative(Tok[4 + k], &rest[k])) {
-            return errors_setName(ERR_NUMBER, Tok[4 + k]);
+        if (!tokens_getNonNegative(tokens[4 + k], &rest[k])) {
+            return errors_setName(ERR_NUMBER, tokens[4 + k]);
         }
     }
     lid.surfaceDepth = depth / MM_PER_M;
@@ -108,9 +108,9 @@ static int32_t readSurface(Lid& lid) {
     return ERR_NONE;
 }
 
-static int32_t readSoil(Lid& lid) {
+static int32_t readSoil(const Tokens& tokens, Lid& lid) {
     double v[6];
-    if (const int32_t error = readNumbers(v, 6)) {
+    if (const int32_t error = readNumbers(tokens, v, 6)) {
         return error;
     }
     lid.soilDepth = v[0] / MM_PER_M;
@@ -123,9 +123,9 @@ static int32_t readSoil(Lid& lid) {
 }
 
 /// Storage and pavement: thickness, void ratio (voids per solids, kept as voids per whole), rate.
-static int32_t readPorousLayer(double& depth, double& voidFraction, double& rate) {
+static int32_t readPorousLayer(const Tokens& tokens, double& depth, double& voidFraction, double& rate) {
     double v[3];
-    if (const int32_t error = readNumbers(v, 3)) {
+    if (const int32_t error = readNumbers(tokens, v, 3)) {
         return error;
     }
     depth = v[0] / MM_PER_M;
@@ -134,9 +134,9 @@ static int32_t readPorousLayer(double& depth, double& voidFraction, double& rate
     return ERR_NONE;
 }
 
-static int32_t readMat(Lid& lid) {
+static int32_t readMat(const Tokens& tokens, Lid& lid) {
     double v[3];
-    if (const int32_t error = readNumbers(v, 3)) {
+    if (const int32_t error = readNumbers(tokens, v, 3)) {
         return error;
     }
     lid.matDepth = v[0] / MM_PER_M;
@@ -145,9 +145,9 @@ static int32_t readMat(Lid& lid) {
     return ERR_NONE;
 }
 
-static int32_t readDrain(Lid& lid) {
+static int32_t readDrain(const Tokens& tokens, Lid& lid) {
     double v[4] = {};
-    if (const int32_t error = readNumbers(v, TokCount > 5 ? 4 : 3)) {
+    if (const int32_t error = readNumbers(tokens, v, tokens.count > 5 ? 4 : 3)) {
         return error;
     }
     lid.drainCoefficient = v[0];
@@ -157,43 +157,43 @@ static int32_t readDrain(Lid& lid) {
     return ERR_NONE;
 }
 
-static int32_t readLayer(Lid& lid, int32_t layer) {
+static int32_t readLayer(const Tokens& tokens, Lid& lid, int32_t layer) {
     static constexpr int32_t TOKENS_NEEDED[] = {7, 8, 5, 5, 5, 5};
     if (layer == LAYER_DRAINMAT && lid.type != LID_GR) {
         return ERR_NONE;  // only a roof has a mat, and it must be known as a roof by now; nothing else is looked at
     }
-    if (TokCount < TOKENS_NEEDED[layer]) {
+    if (tokens.count < TOKENS_NEEDED[layer]) {
         return errors_setName(ERR_ITEMS, "");
     }
     switch (layer) {
-        case LAYER_SURFACE: return readSurface(lid);
-        case LAYER_SOIL: return readSoil(lid);
-        case LAYER_STORAGE: return readPorousLayer(lid.storageDepth, lid.storageVoid, lid.storageRate);
-        case LAYER_PAVEMENT: return readPorousLayer(lid.pavementDepth, lid.pavementVoid, lid.pavementRate);
-        case LAYER_DRAINMAT: return readMat(lid);
-        default: return readDrain(lid);
+        case LAYER_SURFACE: return readSurface(tokens, lid);
+        case LAYER_SOIL: return readSoil(tokens, lid);
+        case LAYER_STORAGE: return readPorousLayer(tokens, lid.storageDepth, lid.storageVoid, lid.storageRate);
+        case LAYER_PAVEMENT: return readPorousLayer(tokens, lid.pavementDepth, lid.pavementVoid, lid.pavementRate);
+        case LAYER_DRAINMAT: return readMat(tokens, lid);
+        default: return readDrain(tokens, lid);
     }
 }
 
-int32_t lid_readLine() {
-    if (TokCount < 2) {
+int32_t lid_readLine(const Tokens& tokens) {
+    if (tokens.count < 2) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = names_find(LID, Tok[0]);
+    const int32_t index = names_find(LID, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     Lid& lid = Lids[index];
-    lid.name = names_findId(LID, Tok[0]);
-    const int32_t type = tokens_findKeyword(Tok[1], TypeWords);
+    lid.name = names_findId(LID, tokens[0]);
+    const int32_t type = tokens_findKeyword(tokens[1], TypeWords);
     if (type >= 0) {
         // A later type line changes the type alone: a mat read for a roof stays and still fills the storage at the
         // start.
         lid.type = type;
         return ERR_NONE;
     }
-    const int32_t layer = tokens_findKeyword(Tok[1], LayerWords);
-    return layer < 0 ? errors_setName(ERR_KEYWORD, Tok[1]) : readLayer(lid, layer);
+    const int32_t layer = tokens_findKeyword(tokens[1], LayerWords);
+    return layer < 0 ? errors_setName(ERR_KEYWORD, tokens[1]) : readLayer(tokens, lid, layer);
 }
 
 /// The rules of a layer; null for the drain, which holds no water.
@@ -208,36 +208,36 @@ static DecayRule* getRules(const Lid& lid, int32_t layer) {
     }
 }
 
-int32_t lid_readDecayLine(int32_t index, int32_t tokenCount) {
-    if (tokenCount < 7) {
+int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
+    if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t pollutant = names_find(POLLUT, Tok[2]);
+    const int32_t pollutant = names_find(POLLUT, tokens[2]);
     if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    const int32_t kind = tokens_findKeyword(Tok[3], ReactionWords);
+    const int32_t kind = tokens_findKeyword(tokens[3], ReactionWords);
     if (kind < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[3]);
+        return errors_setName(ERR_KEYWORD, tokens[3]);
     }
     if (kind != FIRST_ORDER) {
-        return errors_setName(ERR_DECAY_TYPE, Tok[0]);
+        return errors_setName(ERR_DECAY_TYPE, tokens[0]);
     }
     // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
     double perDay;
-    if (!tokens_getDouble(Tok[4], &perDay) && perDay < 0.0) {
-        return errors_setName(ERR_NUMBER, Tok[4]);
+    if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
+        return errors_setName(ERR_NUMBER, tokens[4]);
     }
     int32_t pattern = -1;
-    if (*Tok[5]) {
-        pattern = names_find(PATTERN, Tok[5]);
+    if (*tokens[5]) {
+        pattern = names_find(PATTERN, tokens[5]);
         if (pattern < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[5]);
         }
     }
-    const int32_t layer = tokens_findKeyword(Tok[6], LayerWords);
+    const int32_t layer = tokens_findKeyword(tokens[6], LayerWords);
     if (layer < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[6]);
+        return errors_setName(ERR_KEYWORD, tokens[6]);
     }
     if (DecayRule* rules = getRules(Lids[index], layer)) {
         rules[pollutant] = {FIRST_ORDER, perDay / SECONDS_PER_DAY, pattern, 0.0, 1.0};
@@ -291,30 +291,30 @@ int32_t lid_addUnit(int32_t subcatch, int32_t lid, double area, double width, do
     return ERR_NONE;
 }
 
-int32_t lid_readGroupLine() {
-    if (TokCount < 6) {
+int32_t lid_readGroupLine(const Tokens& tokens) {
+    if (tokens.count < 6) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t subcatch = names_find(SUBCATCH, Tok[0]);
+    const int32_t subcatch = names_find(SUBCATCH, tokens[0]);
     if (subcatch < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t lid = names_find(LID, Tok[1]);
+    const int32_t lid = names_find(LID, tokens[1]);
     if (lid < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     double values[4];
     for (int32_t k = 0; k < 4; ++k) {
-        const bool isNumber = tokens_getDouble(Tok[2 + k], &values[k]) != 0;
+        const bool isNumber = tokens_getDouble(tokens[2 + k], &values[k]) != 0;
         if (!isNumber || !(k == 0 ? values[k] > 0.0 : values[k] >= 0.0)) {
-            return errors_setName(ERR_NUMBER, Tok[2 + k]);
+            return errors_setName(ERR_NUMBER, tokens[2 + k]);
         }
     }
     int32_t drainNode = -1;
-    if (TokCount > 6) {
-        drainNode = names_find(NODE, Tok[6]);
+    if (tokens.count > 6) {
+        drainNode = names_find(NODE, tokens[6]);
         if (drainNode < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[6]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[6]);
         }
     }
     return lid_addUnit(subcatch, lid, values[0], values[1], values[2], values[3], drainNode);

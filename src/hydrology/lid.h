@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// Types of control: bio-retention cell, rain garden, green roof, infiltration trench, permeable pavement, rain barrel,
 /// vegetative swale.
@@ -133,12 +134,12 @@ LidGroup* lid_findGroup(int32_t subcatch);
 /// Forgets groups, units and definitions.
 void lid_deleteTables();
 
-/// A line of [LIDS] or [LID_GROUPS] in Tok. An error index, or 0.
-int32_t lid_readLine();
-int32_t lid_readGroupLine();
+/// A line of [LIDS] or [LID_GROUPS]. An error index, or 0.
+int32_t lid_readLine(const Tokens& tokens);
+int32_t lid_readGroupLine(const Tokens& tokens);
 
 /// The items of a line of [DECAY_COEFFICIENT] for a definition, from token 2 on. An error index, or 0.
-int32_t lid_readDecayLine(int32_t lid, int32_t tokenCount);
+int32_t lid_readDecayLine(const Tokens& tokens, int32_t lid);
 
 /// Adds a unit at the end of a subcatchment's group: area in m2, width in m, initial saturation and share in %. An
 /// error index, or 0.

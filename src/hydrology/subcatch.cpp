@@ -78,8 +78,8 @@ void subcatch_deleteAll() {
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// Reads a number that must be above 0, or may be 0 as well. NaN is neither.
-static bool readNumber(int32_t token, bool mayBeZero, double* value) {
-    return tokens_getDouble(Tok[token], value) && (*value > 0.0 || (mayBeZero && *value == 0.0));
+static bool readNumber(const Tokens& tokens, int32_t token, bool mayBeZero, double* value) {
+    return tokens_getDouble(tokens[token], value) && (*value > 0.0 || (mayBeZero && *value == 0.0));
 }
 
 /// A percentage as a share; 100 and more is the whole.
@@ -87,28 +87,28 @@ static double getShare(double percent) {
     return percent >= 100.0 ? 1.0 : percent / 100.0;
 }
 
-int32_t subcatch_readLine(int32_t index) {
+int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
     static constexpr int32_t FIRST = 3, COUNT = 16;
     static constexpr int32_t IMPERVIOUS = 5, MAX_VOLUME = 15;  ///< only these two may be 0
-    if (TokCount < COUNT) {
+    if (tokens.count < COUNT) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* name = names_findId(SUBCATCH, Tok[0]);
+    const char* name = names_findId(SUBCATCH, tokens[0]);
     if (!name) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t gage = names_find(GAGE, Tok[1]);
+    const int32_t gage = names_find(GAGE, tokens[1]);
     if (gage < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    const int32_t outNode = names_find(NODE, Tok[2]);
+    const int32_t outNode = names_find(NODE, tokens[2]);
     if (outNode < 0) {
         return errors_setName(ERR_SUBCATCH_OUTLET, name);
     }
     double v[COUNT];
     for (int32_t k = FIRST; k < COUNT; ++k) {
-        if (!readNumber(k, k == IMPERVIOUS || k == MAX_VOLUME, &v[k])) {
-            return errors_setName(ERR_NUMBER, Tok[k]);
+        if (!readNumber(tokens, k, k == IMPERVIOUS || k == MAX_VOLUME, &v[k])) {
+            return errors_setName(ERR_NUMBER, tokens[k]);
         }
     }
     Subcatch& subcatch = getSubcatch(index);

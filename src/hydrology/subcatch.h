@@ -5,6 +5,7 @@
 
 #include "model/project.h"
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// What one land use holds on a subcatchment.
 struct LandShare {
@@ -81,8 +82,8 @@ extern RunoffVolumesRecord RunoffVolumes;
 void subcatch_createAll();
 void subcatch_deleteAll();
 
-/// A line of [SUBCATCHS] in Tok, for the row `subcatch`. An error index, or 0.
-int32_t subcatch_readLine(int32_t subcatch);
+/// A line of [SUBCATCHS], for the row `subcatch`. An error index, or 0.
+int32_t subcatch_readLine(const Tokens& tokens, int32_t subcatch);
 
 /// Tests all subcatchments and marks their gages; writes what is wrong to the report.
 void subcatch_validateAll();

@@ -38,45 +38,45 @@ static Conduit& getConduit(int32_t link) {
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
-static int32_t readPositive(int32_t place, double& value) {
-    if (!tokens_getDouble(Tok[place], &value) || !(value > 0.0)) {
-        return errors_setName(ERR_NUMBER, Tok[place]);
+static int32_t readPositive(const Tokens& tokens, int32_t place, double& value) {
+    if (!tokens_getDouble(tokens[place], &value) || !(value > 0.0)) {
+        return errors_setName(ERR_NUMBER, tokens[place]);
     }
     return ERR_NONE;
 }
 
 /// The items from the shape on. An error index, or 0.
-static int32_t readSection(Conduit& conduit, int32_t tokenCount) {
+static int32_t readSection(const Tokens& tokens, Conduit& conduit) {
     conduit.curve = -1;
     conduit.height = conduit.width = 0.0;
-    conduit.shape = tokens_findKeyword(Tok[7], ConduitShapeWords);
+    conduit.shape = tokens_findKeyword(tokens[7], ConduitShapeWords);
     if (conduit.shape < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[7]);
+        return errors_setName(ERR_KEYWORD, tokens[7]);
     }
     if (conduit.shape == IRREGULAR_CONDUIT) {
         // A curve of any type will do: its points are taken as stations and elevations.
-        conduit.curve = names_find(CURVE, Tok[8]);
-        return conduit.curve < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, Tok[8]) : ERR_NONE;
+        conduit.curve = names_find(CURVE, tokens[8]);
+        return conduit.curve < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[8]) : ERR_NONE;
     }
-    if (const int32_t error = readPositive(8, conduit.height)) {
+    if (const int32_t error = readPositive(tokens, 8, conduit.height)) {
         return error;
     }
     if (conduit.shape != RECTANGULAR_CONDUIT) {
         return ERR_NONE;
     }
-    return tokenCount < 10 ? errors_setName(ERR_ITEMS, "") : readPositive(9, conduit.width);
+    return tokens.count < 10 ? errors_setName(ERR_ITEMS, "") : readPositive(tokens, 9, conduit.width);
 }
 
-int32_t conduit_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 9) {
+int32_t conduit_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    if (tokens.count < 9) {
         return errors_setName(ERR_ITEMS, "");
     }
     LinkEnds ends;
     int32_t isLagged;
-    if (const int32_t error = link_readEnds(ends)) {
+    if (const int32_t error = link_readEnds(tokens, ends)) {
         return error;
     }
-    if (const int32_t error = link_readLag(3, isLagged)) {
+    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
         return error;
     }
     Conduit& row = Conduits[kindIndex];
@@ -84,12 +84,12 @@ int32_t conduit_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) 
     double slopePercent;
     double* const values[] = {&conduit.length, &slopePercent, &conduit.roughness};
     for (int32_t k = 0; k < 3; ++k) {
-        if (const int32_t error = readPositive(4 + k, *values[k])) {
+        if (const int32_t error = readPositive(tokens, 4 + k, *values[k])) {
             return error;
         }
     }
     conduit.slope = slopePercent / 100.0;
-    if (const int32_t error = readSection(conduit, tokenCount)) {
+    if (const int32_t error = readSection(tokens, conduit)) {
         return error;
     }
     link_setEnds(link, CONDUIT, kindIndex, ends, isLagged);

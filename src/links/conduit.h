@@ -5,6 +5,7 @@
 
 #include "model/decay.h"
 #include "model/table.h"
+#include "text/tokens.h"
 
 enum ConduitShape : int32_t { CIRCULAR_CONDUIT, RECTANGULAR_CONDUIT, IRREGULAR_CONDUIT };
 
@@ -36,7 +37,7 @@ struct Conduit {
 
 extern Table<Conduit> Conduits;
 
-int32_t conduit_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+int32_t conduit_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
 void conduit_validate(int32_t link);
 void conduit_shiftHydState(int32_t kindIndex);
 

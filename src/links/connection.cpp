@@ -19,21 +19,21 @@ static Connection& getConnection(int32_t link) {
     return Connections[Links[link].kindIndex];
 }
 
-int32_t connection_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 5) {
+int32_t connection_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    if (tokens.count < 5) {
         return errors_setName(ERR_ITEMS, "");
     }
     LinkEnds ends;
     int32_t isLagged;
-    if (const int32_t error = link_readEnds(ends)) {
+    if (const int32_t error = link_readEnds(tokens, ends)) {
         return error;
     }
-    if (const int32_t error = link_readLag(3, isLagged)) {
+    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
         return error;
     }
     double delay;
-    if (!tokens_getNonNegative(Tok[4], &delay)) {
-        return errors_setName(ERR_NUMBER, Tok[3]);  // shows the word before the delay; users of reports know it so
+    if (!tokens_getNonNegative(tokens[4], &delay)) {
+        return errors_setName(ERR_NUMBER, tokens[3]);  // shows the word before the delay; users of reports know it so
     }
     link_setEnds(link, CONNECTION, kindIndex, ends, isLagged);
     Connections[kindIndex].delay = delay;

@@ -5,6 +5,7 @@
 
 #include "links/delayqueue.h"
 #include "model/table.h"
+#include "text/tokens.h"
 
 struct Connection {
     double delay;           ///< s
@@ -16,7 +17,7 @@ struct Connection {
 
 extern Table<Connection> Connections;
 
-int32_t connection_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+int32_t connection_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
 void connection_initState(int32_t link);
 void connection_endState(int32_t link);
 void connection_shiftHydState(int32_t link);

@@ -34,25 +34,25 @@ static Table<uint8_t> IsGuided;          ///< by link: stands in GuidedLinks
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-int32_t link_readEnds(LinkEnds& ends) {
-    ends.id = names_findId(LINK, Tok[0]);
+int32_t link_readEnds(const Tokens& tokens, LinkEnds& ends) {
+    ends.id = names_findId(LINK, tokens[0]);
     if (!ends.id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    ends.fromNode = names_find(NODE, Tok[1]);
+    ends.fromNode = names_find(NODE, tokens[1]);
     if (ends.fromNode < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    ends.toNode = names_find(NODE, Tok[2]);
+    ends.toNode = names_find(NODE, tokens[2]);
     if (ends.toNode < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     return ERR_NONE;
 }
 
-int32_t link_readLag(int32_t place, int32_t& isLagged) {
-    isLagged = tokens_findKeyword(Tok[place], NoYesWords);
-    return isLagged < 0 ? errors_setName(ERR_KEYWORD, Tok[place]) : ERR_NONE;
+int32_t link_readLag(const Tokens& tokens, int32_t place, int32_t& isLagged) {
+    isLagged = tokens_findKeyword(tokens[place], NoYesWords);
+    return isLagged < 0 ? errors_setName(ERR_KEYWORD, tokens[place]) : ERR_NONE;
 }
 
 void link_setEnds(int32_t index, int32_t kind, int32_t kindIndex, const LinkEnds& ends, int32_t isLagged) {
@@ -65,14 +65,14 @@ void link_setEnds(int32_t index, int32_t kind, int32_t kindIndex, const LinkEnds
     link.isLagged = isLagged;
 }
 
-int32_t link_readParams(int32_t link, int32_t kind, int32_t kindIndex) {
+int32_t link_readParams(const Tokens& tokens, int32_t link, int32_t kind, int32_t kindIndex) {
     switch (kind) {
-        case PIPE: return pipe_readParams(link, kindIndex, TokCount);
-        case PUMP: return pump_readParams(link, kindIndex, TokCount);
-        case CONNECTION: return connection_readParams(link, kindIndex, TokCount);
-        case CONDUIT: return conduit_readParams(link, kindIndex, TokCount);
-        case WEIR: return weir_readParams(link, kindIndex, TokCount);
-        case ORIFICE: return orifice_readParams(link, kindIndex, TokCount);
+        case PIPE: return pipe_readParams(tokens, link, kindIndex);
+        case PUMP: return pump_readParams(tokens, link, kindIndex);
+        case CONNECTION: return connection_readParams(tokens, link, kindIndex);
+        case CONDUIT: return conduit_readParams(tokens, link, kindIndex);
+        case WEIR: return weir_readParams(tokens, link, kindIndex);
+        case ORIFICE: return orifice_readParams(tokens, link, kindIndex);
         default: return ERR_NONE;
     }
 }

@@ -6,6 +6,7 @@
 
 #include "model/project.h"
 #include "platform/memory.h"
+#include "text/tokens.h"
 
 /// A link as the order of visits knows it: kind and row are those of the link table, at hand without a look there.
 struct VisitLink {
@@ -37,16 +38,16 @@ struct LinkEnds {
 };
 
 /// Reads tokens 0 to 2. An error index, or 0.
-int32_t link_readEnds(LinkEnds& ends);
+int32_t link_readEnds(const Tokens& tokens, LinkEnds& ends);
 
 /// Reads NO or YES at token `place`. An error index, or 0.
-int32_t link_readLag(int32_t place, int32_t& isLagged);
+int32_t link_readLag(const Tokens& tokens, int32_t place, int32_t& isLagged);
 
 /// Fills the common row of a link, once its whole line has proved good.
 void link_setEnds(int32_t link, int32_t kind, int32_t kindIndex, const LinkEnds& ends, int32_t isLagged);
 
-/// A line of a link section in Tok, for the row `link` and the row `kindIndex` of its kind. An error index, or 0.
-int32_t link_readParams(int32_t link, int32_t kind, int32_t kindIndex);
+/// A line of a link section, for the row `link` and the row `kindIndex` of its kind. An error index, or 0.
+int32_t link_readParams(const Tokens& tokens, int32_t link, int32_t kind, int32_t kindIndex);
 
 /// Tests a link when all is read; writes what is wrong to the report.
 void link_validate(int32_t link);

@@ -28,48 +28,48 @@ static Orifice& getOrifice(int32_t link) {
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// The numbers of a line behind the shape. An error index, or 0.
-static int32_t readSizes(Orifice& orifice, int32_t tokenCount) {
-    if (!tokens_getNonNegative(Tok[5], &orifice.coefficient) || orifice.coefficient == 0.0) {
-        return errors_setName(ERR_NUMBER, Tok[5]);
+static int32_t readSizes(const Tokens& tokens, Orifice& orifice) {
+    if (!tokens_getNonNegative(tokens[5], &orifice.coefficient) || orifice.coefficient == 0.0) {
+        return errors_setName(ERR_NUMBER, tokens[5]);
     }
-    if (!tokens_getNonNegative(Tok[6], &orifice.crest)) {
-        return errors_setName(ERR_NUMBER, Tok[6]);
+    if (!tokens_getNonNegative(tokens[6], &orifice.crest)) {
+        return errors_setName(ERR_NUMBER, tokens[6]);
     }
-    if (!tokens_getNonNegative(Tok[7], &orifice.height)) {
-        return errors_setName(ERR_NUMBER, Tok[7]);
+    if (!tokens_getNonNegative(tokens[7], &orifice.height)) {
+        return errors_setName(ERR_NUMBER, tokens[7]);
     }
     if (orifice.height == 0.0) {
-        return errors_setName(ERR_NUMBER, Tok[5]);  // shows the coefficient, also when the height is at fault
+        return errors_setName(ERR_NUMBER, tokens[5]);  // shows the coefficient, also when the height is at fault
     }
     if (orifice.shape == RECTANGULAR_ORIFICE) {
-        if (tokenCount < 9) {
+        if (tokens.count < 9) {
             return errors_setName(ERR_ITEMS, "");
         }
-        if (!tokens_getDouble(Tok[8], &orifice.width) || !(orifice.width > 0.0)) {
-            return errors_setName(ERR_NUMBER, Tok[8]);
+        if (!tokens_getDouble(tokens[8], &orifice.width) || !(orifice.width > 0.0)) {
+            return errors_setName(ERR_NUMBER, tokens[8]);
         }
     }
     return ERR_NONE;
 }
 
-int32_t orifice_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 8) {
+int32_t orifice_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    if (tokens.count < 8) {
         return errors_setName(ERR_ITEMS, "");
     }
     LinkEnds ends;
     int32_t isLagged;
-    if (const int32_t error = link_readEnds(ends)) {
+    if (const int32_t error = link_readEnds(tokens, ends)) {
         return error;
     }
-    if (const int32_t error = link_readLag(3, isLagged)) {
+    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
         return error;
     }
     Orifice orifice{};
-    orifice.shape = tokens_findKeyword(Tok[4], OrificeShapeWords);
+    orifice.shape = tokens_findKeyword(tokens[4], OrificeShapeWords);
     if (orifice.shape < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[4]);
+        return errors_setName(ERR_KEYWORD, tokens[4]);
     }
-    if (const int32_t error = readSizes(orifice, tokenCount)) {
+    if (const int32_t error = readSizes(tokens, orifice)) {
         return error;
     }
     link_setEnds(link, ORIFICE, kindIndex, ends, isLagged);

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/table.h"
+#include "text/tokens.h"
 
 enum OrificeShape : int32_t { CIRCULAR_ORIFICE, RECTANGULAR_ORIFICE };
 
@@ -17,7 +18,7 @@ struct Orifice {
 
 extern Table<Orifice> Orifices;
 
-int32_t orifice_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+int32_t orifice_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
 
 /// Flow (m3/s) at a depth (m) in the tank.
 double orifice_getFlow(int32_t link, double depth);

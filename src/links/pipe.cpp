@@ -31,22 +31,22 @@ static Pipe& getPipe(int32_t link) {
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
-int32_t pipe_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 8) {
+int32_t pipe_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    if (tokens.count < 8) {
         return errors_setName(ERR_ITEMS, "");
     }
     LinkEnds ends;
     int32_t isLagged;
-    if (const int32_t error = link_readEnds(ends)) {
+    if (const int32_t error = link_readEnds(tokens, ends)) {
         return error;
     }
-    if (const int32_t error = link_readLag(3, isLagged)) {
+    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
         return error;
     }
     double values[4];
     for (int32_t k = 0; k < 4; ++k) {
-        if (!tokens_getNonNegative(Tok[4 + k], &values[k])) {
-            return errors_setName(ERR_NUMBER, Tok[4 + k]);
+        if (!tokens_getNonNegative(tokens[4 + k], &values[k])) {
+            return errors_setName(ERR_NUMBER, tokens[4 + k]);
         }
     }
     link_setEnds(link, PIPE, kindIndex, ends, isLagged);

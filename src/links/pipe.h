@@ -7,6 +7,7 @@
 #include "model/decay.h"
 #include "model/project.h"
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// A cascade of `n` identical Muskingum reaches: it collects for `k` seconds, then fires once. What each step touches
 /// stands in the first line of memory, what a firing needs in the second.
@@ -44,7 +45,7 @@ inline int32_t pipe_getReachCount(const Pipe& pipe) {
     return pipe.n < pipe.reachCount ? pipe.n : pipe.reachCount;
 }
 
-int32_t pipe_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+int32_t pipe_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
 void pipe_validate(int32_t link);
 void pipe_initState(int32_t link);
 void pipe_endState(int32_t link);

@@ -31,33 +31,33 @@ static const Tank* findTank(int32_t link) {
 
 // --- reading, validation and start ---------------------------------------------------------------------------------
 
-int32_t pump_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 8) {
+int32_t pump_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    if (tokens.count < 8) {
         return errors_setName(ERR_ITEMS, "");
     }
     LinkEnds ends;
-    if (const int32_t error = link_readEnds(ends)) {
+    if (const int32_t error = link_readEnds(tokens, ends)) {
         return error;
     }
     Pump pump{};
-    pump.curve = names_find(CURVE, Tok[3]);
+    pump.curve = names_find(CURVE, tokens[3]);
     if (pump.curve < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[3]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[3]);
     }
     int32_t isLagged;
-    if (const int32_t error = link_readLag(4, isLagged)) {
+    if (const int32_t error = link_readLag(tokens, 4, isLagged)) {
         return error;
     }
-    const int32_t status = tokens_findKeyword(Tok[5], OffOnWords);
+    const int32_t status = tokens_findKeyword(tokens[5], OffOnWords);
     if (status < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[5]);
+        return errors_setName(ERR_KEYWORD, tokens[5]);
     }
     pump.initSetting = status;
-    if (!tokens_getNonNegative(Tok[6], &pump.startupDepth)) {
-        return errors_setName(ERR_NUMBER, Tok[6]);
+    if (!tokens_getNonNegative(tokens[6], &pump.startupDepth)) {
+        return errors_setName(ERR_NUMBER, tokens[6]);
     }
-    if (!tokens_getNonNegative(Tok[7], &pump.shutoffDepth)) {
-        return errors_setName(ERR_NUMBER, Tok[7]);
+    if (!tokens_getNonNegative(tokens[7], &pump.shutoffDepth)) {
+        return errors_setName(ERR_NUMBER, tokens[7]);
     }
     link_setEnds(link, PUMP, kindIndex, ends, isLagged);
     Pumps[kindIndex] = pump;

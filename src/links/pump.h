@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/table.h"
+#include "text/tokens.h"
 
 struct Pump {
     int32_t curve;        ///< curve of type PUMP1 or PUMP2: m3/s by m of depth in the tank
@@ -16,7 +17,7 @@ struct Pump {
 
 extern Table<Pump> Pumps;
 
-int32_t pump_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+int32_t pump_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
 void pump_validate(int32_t link);
 void pump_initState(int32_t link);
 

@@ -20,29 +20,29 @@ static Weir& getWeir(int32_t link) {
     return Weirs[Links[link].kindIndex];
 }
 
-int32_t weir_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 9) {
+int32_t weir_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    if (tokens.count < 9) {
         return errors_setName(ERR_ITEMS, "");
     }
     LinkEnds ends;
     int32_t isLagged;
-    if (const int32_t error = link_readEnds(ends)) {
+    if (const int32_t error = link_readEnds(tokens, ends)) {
         return error;
     }
-    if (const int32_t error = link_readLag(3, isLagged)) {
+    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
         return error;
     }
     Weir weir{};
-    weir.shape = tokens_findKeyword(Tok[4], WeirShapeWords);
+    weir.shape = tokens_findKeyword(tokens[4], WeirShapeWords);
     if (weir.shape < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[4]);
+        return errors_setName(ERR_KEYWORD, tokens[4]);
     }
     double* const values[] = {&weir.coefficient, &weir.length, &weir.crest, &weir.opening};
     for (int32_t k = 0; k < 4; ++k) {
         // A triangular weir needs a length too, though its flow doesn't depend on it.
         const bool mayBeZero = k >= 2;
-        if (!tokens_getNonNegative(Tok[5 + k], values[k]) || (!mayBeZero && *values[k] == 0.0)) {
-            return errors_setName(ERR_NUMBER, Tok[5 + k]);
+        if (!tokens_getNonNegative(tokens[5 + k], values[k]) || (!mayBeZero && *values[k] == 0.0)) {
+            return errors_setName(ERR_NUMBER, tokens[5 + k]);
         }
     }
     link_setEnds(link, WEIR, kindIndex, ends, isLagged);

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/table.h"
+#include "text/tokens.h"
 
 enum WeirShape : int32_t { RECTANGULAR_WEIR, TRIANGULAR_WEIR };
 
@@ -20,7 +21,7 @@ struct Weir {
 
 extern Table<Weir> Weirs;
 
-int32_t weir_readParams(int32_t link, int32_t kindIndex, int32_t tokenCount);
+int32_t weir_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
 void weir_initState(int32_t link);
 
 /// The height (m) that sorts a weir among the outlets of its tank: the crest as setting and parameters place it. What

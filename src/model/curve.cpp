@@ -54,35 +54,35 @@ void curve_deleteAll() {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-int32_t curve_readCurve() {
-    if (TokCount < 3) {
+int32_t curve_readCurve(const Tokens& tokens) {
+    if (tokens.count < 3) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = names_find(CURVE, Tok[0]);
+    const int32_t index = names_find(CURVE, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     Curve& curve = Curves[index];
     int32_t k = 1;
     if (!curve.id) {
-        curve.id = names_findId(CURVE, Tok[0]);
-        const int32_t type = tokens_findKeyword(Tok[1], CurveTypeWords);
+        curve.id = names_findId(CURVE, tokens[0]);
+        const int32_t type = tokens_findKeyword(tokens[1], CurveTypeWords);
         if (type < 0) {
-            return errors_setName(ERR_KEYWORD, Tok[1]);
+            return errors_setName(ERR_KEYWORD, tokens[1]);
         }
         curve.curveType = type;
         k = 2;
     }
-    for (; k < TokCount; k += 2) {
-        if (k + 1 == TokCount) {
+    for (; k < tokens.count; k += 2) {
+        if (k + 1 == tokens.count) {
             return errors_setName(ERR_ITEMS, "");
         }
         CurvePoint entry;
-        if (!tokens_getDouble(Tok[k], &entry.x)) {
-            return errors_setName(ERR_NUMBER, Tok[k]);
+        if (!tokens_getDouble(tokens[k], &entry.x)) {
+            return errors_setName(ERR_NUMBER, tokens[k]);
         }
-        if (!tokens_getDouble(Tok[k + 1], &entry.y)) {
-            return errors_setName(ERR_NUMBER, Tok[k + 1]);
+        if (!tokens_getDouble(tokens[k + 1], &entry.y)) {
+            return errors_setName(ERR_NUMBER, tokens[k + 1]);
         }
         appendEntry(curve, entry);
     }
@@ -91,28 +91,28 @@ int32_t curve_readCurve() {
 
 /// Reads date, time and value by turns; a date may be left out, and the one before it then holds. What is cut off by
 /// the end of the line is lost without a message.
-static int32_t readSeriesEntries(Curve& series) {
+static int32_t readSeriesEntries(const Tokens& tokens, Curve& series) {
     int32_t k = 1;
-    while (k < TokCount) {
+    while (k < tokens.count) {
         DateTime date;
         // A word that is no date is tried as a time, so a date that doesn't exist is a number of hours.
-        if (datetime_parseDate(Tok[k], &date)) {
+        if (datetime_parseDate(tokens[k], &date)) {
             series.lastDate = date;
             ++k;
         }
-        if (k >= TokCount) {
+        if (k >= tokens.count) {
             break;
         }
         double time;
-        if (!datetime_parseTime(Tok[k], &time)) {
-            return errors_setName(ERR_NUMBER, Tok[k]);
+        if (!datetime_parseTime(tokens[k], &time)) {
+            return errors_setName(ERR_NUMBER, tokens[k]);
         }
-        if (++k >= TokCount) {
+        if (++k >= tokens.count) {
             break;
         }
         double value;
-        if (!tokens_getDouble(Tok[k], &value)) {
-            return errors_setName(ERR_NUMBER, Tok[k]);
+        if (!tokens_getDouble(tokens[k], &value)) {
+            return errors_setName(ERR_NUMBER, tokens[k]);
         }
         ++k;
         series.entries.push_back({time + series.lastDate, value});
@@ -120,28 +120,28 @@ static int32_t readSeriesEntries(Curve& series) {
     return ERR_NONE;
 }
 
-int32_t curve_readSeries() {
-    if (TokCount < 3) {
+int32_t curve_readSeries(const Tokens& tokens) {
+    if (tokens.count < 3) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = names_find(TSERIES, Tok[0]);
+    const int32_t index = names_find(TSERIES, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     Curve& series = TimeSeries[index];
     if (!series.id) {
-        series.id = names_findId(TSERIES, Tok[0]);
+        series.id = names_findId(TSERIES, tokens[0]);
     }
     // Only the word in capitals names a file: "file" is read as a time, and refused.
-    if (std::strcmp(Tok[1], "FILE") == 0) {
-        series.fileName = std::string(Tok[2]).substr(0, FILE_NAME_SIZE);
+    if (std::strcmp(tokens[1], "FILE") == 0) {
+        series.fileName = std::string(tokens[2]).substr(0, FILE_NAME_SIZE);
         series.fileState = IN_FILE;
         return ERR_NONE;
     }
-    if (TokCount < 4) {
+    if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
-    return readSeriesEntries(series);
+    return readSeriesEntries(tokens, series);
 }
 
 // --- entries -------------------------------------------------------------------------------------------------------

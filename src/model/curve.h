@@ -7,6 +7,7 @@
 
 #include "model/table.h"
 #include "text/textfile.h"
+#include "text/tokens.h"
 
 enum CurveType : int32_t { TANK_CURVE, PUMP1_CURVE, PUMP2_CURVE, TRANSECT_CURVE };
 
@@ -43,9 +44,9 @@ extern Table<Curve> TimeSeries;
 void curve_createAll();
 void curve_deleteAll();
 
-/// A line of [CURVES] or [TIMESERIES] in Tok. An error index, or 0.
-int32_t curve_readCurve();
-int32_t curve_readSeries();
+/// A line of [CURVES] or [TIMESERIES]. An error index, or 0.
+int32_t curve_readCurve(const Tokens& tokens);
+int32_t curve_readSeries(const Tokens& tokens);
 
 /// Opens the file of a series and tests the order of x. 0, ERR_SERIES_FILE_OPEN, ERR_SERIES_FILE_DATA, or
 /// ERR_CURVE_SEQUENCE with the x of the bad entry in x2.

@@ -38,69 +38,69 @@ bool decay_isAny(const Decay* decays) {
 }
 
 /// The items behind the object: pollutant, type, coefficient per day, pattern.
-static int32_t readItems(Decay* decays) {
-    const int32_t pollutant = names_find(POLLUT, Tok[2]);
+static int32_t readItems(const Tokens& tokens, Decay* decays) {
+    const int32_t pollutant = names_find(POLLUT, tokens[2]);
     if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    if (tokens_findKeyword(Tok[3], ReactionWords) != FIRST_ORDER) {
-        return errors_setName(ERR_DECAY_TYPE, Tok[0]);
+    if (tokens_findKeyword(tokens[3], ReactionWords) != FIRST_ORDER) {
+        return errors_setName(ERR_DECAY_TYPE, tokens[0]);
     }
     // Refused only if it is no number and negative as well, so a word passes as 0, and so does any negative number.
     double perDay;
-    if (!tokens_getDouble(Tok[4], &perDay) && perDay < 0.0) {
-        return errors_setName(ERR_NUMBER, Tok[4]);
+    if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
+        return errors_setName(ERR_NUMBER, tokens[4]);
     }
     int32_t pattern = -1;
-    if (*Tok[5]) {
-        pattern = names_find(PATTERN, Tok[5]);
+    if (*tokens[5]) {
+        pattern = names_find(PATTERN, tokens[5]);
         if (pattern < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[5]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[5]);
         }
     }
     decays[pollutant] = {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 0.0};
     return ERR_NONE;
 }
 
-static int32_t readNodeLine() {
-    const int32_t index = names_find(NODE, Tok[0]);
+static int32_t readNodeLine(const Tokens& tokens) {
+    const int32_t index = names_find(NODE, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     const Node& node = Nodes[index];
     switch (node.kind) {
-        case TANK: return readItems(Tanks[node.kindIndex].decay);
-        default: return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        case TANK: return readItems(tokens, Tanks[node.kindIndex].decay);
+        default: return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
 }
 
-static int32_t readLinkLine() {
-    const int32_t index = names_find(LINK, Tok[0]);
+static int32_t readLinkLine(const Tokens& tokens) {
+    const int32_t index = names_find(LINK, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     const Link& link = Links[index];
     switch (link.kind) {
-        case PIPE: return readItems(Pipes[link.kindIndex].decay);
-        case CONDUIT: return readItems(Conduits[link.kindIndex].decay);
+        case PIPE: return readItems(tokens, Pipes[link.kindIndex].decay);
+        case CONDUIT: return readItems(tokens, Conduits[link.kindIndex].decay);
         default: return ERR_NONE;  // the other kinds hold no water, and their lines are dropped
     }
 }
 
-static int32_t readLidLine() {
-    const int32_t lid = names_find(LID, Tok[0]);
-    return lid < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]) : lid_readDecayLine(lid, TokCount);
+static int32_t readLidLine(const Tokens& tokens) {
+    const int32_t lid = names_find(LID, tokens[0]);
+    return lid < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]) : lid_readDecayLine(tokens, lid);
 }
 
-int32_t decay_readLine() {
-    if (TokCount < 6) {
+int32_t decay_readLine(const Tokens& tokens) {
+    if (tokens.count < 6) {
         return errors_setName(ERR_ITEMS, "");
     }
-    switch (tokens_findKeyword(Tok[1], ClassWords)) {
-        case 0: return readNodeLine();
-        case 1: return readLinkLine();
-        case 2: return readLidLine();
-        default: return errors_setName(ERR_KEYWORD, Tok[1]);
+    switch (tokens_findKeyword(tokens[1], ClassWords)) {
+        case 0: return readNodeLine(tokens);
+        case 1: return readLinkLine(tokens);
+        case 2: return readLidLine(tokens);
+        default: return errors_setName(ERR_KEYWORD, tokens[1]);
     }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "text/datetime.h"
+#include "text/tokens.h"
 
 /// Words of reactions: CONST_CONCEN, CONST_RATIO, ZERO, FIRST.
 extern const char* const ReactionWords[];
@@ -25,8 +26,8 @@ Decay* decay_create();
 /// Whether some pollutant of an object decays.
 bool decay_isAny(const Decay* decays);
 
-/// A line of [DECAY_COEFFICIENT] in Tok. An error index, or 0.
-int32_t decay_readLine();
+/// A line of [DECAY_COEFFICIENT]. An error index, or 0.
+int32_t decay_readLine(const Tokens& tokens);
 
 /// The share of a concentration that is left after `seconds` in the hour of `date`: 1 without decay.
 double decay_getFactor(Decay& decay, DateTime date, double seconds);

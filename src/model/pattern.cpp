@@ -12,29 +12,29 @@ Table<Pattern> Patterns;
 
 static const char* const PatternTypeWords[] = {"MONTHLY", "HOURLY", nullptr};
 
-int32_t pattern_read() {
-    if (TokCount < 2) {
+int32_t pattern_read(const Tokens& tokens) {
+    if (tokens.count < 2) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = names_find(PATTERN, Tok[0]);
+    const int32_t index = names_find(PATTERN, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     Pattern& pattern = Patterns[index];
     int32_t k = 1;
     if (!pattern.id) {
-        pattern.id = names_findId(PATTERN, Tok[0]);
-        const int32_t type = tokens_findKeyword(Tok[1], PatternTypeWords);
+        pattern.id = names_findId(PATTERN, tokens[0]);
+        const int32_t type = tokens_findKeyword(tokens[1], PatternTypeWords);
         if (type < 0) {
-            return errors_setName(ERR_KEYWORD, Tok[1]);
+            return errors_setName(ERR_KEYWORD, tokens[1]);
         }
         pattern.type = type;
         k = 2;
     }
-    for (; k < TokCount && pattern.count < PATTERN_SIZE; ++k) {
+    for (; k < tokens.count && pattern.count < PATTERN_SIZE; ++k) {
         double factor;
-        if (!tokens_getDouble(Tok[k], &factor)) {
-            return errors_setName(ERR_NUMBER, Tok[k]);
+        if (!tokens_getDouble(tokens[k], &factor)) {
+            return errors_setName(ERR_NUMBER, tokens[k]);
         }
         pattern.factors[pattern.count++] = factor;
     }

@@ -5,6 +5,7 @@
 
 #include "model/table.h"
 #include "text/datetime.h"
+#include "text/tokens.h"
 
 enum PatternType : int32_t { PATTERN_MONTHLY, PATTERN_HOURLY };
 
@@ -19,8 +20,8 @@ struct Pattern {
 
 extern Table<Pattern> Patterns;
 
-/// A line of [PATTERNS] in Tok. An error index, or 0.
-int32_t pattern_read();
+/// A line of [PATTERNS]. An error index, or 0.
+int32_t pattern_read(const Tokens& tokens);
 
 /// The factor at the hour of a date, for every type of pattern: one of monthly type is looked up by the hour too.
 /// 1.0 for an index outside the table.

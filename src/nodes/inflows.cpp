@@ -74,64 +74,64 @@ static int32_t storeExternal(Node& node, const ExtInflow& values) {
     return ERR_NONE;
 }
 
-int32_t inflows_readExternal() {
-    if (TokCount < 5) {
+int32_t inflows_readExternal(const Tokens& tokens) {
+    if (tokens.count < 5) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t node = names_find(NODE, Tok[0]);
+    const int32_t node = names_find(NODE, tokens[0]);
     if (node < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     ExtInflow record{};
-    record.kind = tokens_findKeyword(Tok[1], InflowKindWords);
+    record.kind = tokens_findKeyword(tokens[1], InflowKindWords);
     if (record.kind < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[1]);
+        return errors_setName(ERR_KEYWORD, tokens[1]);
     }
     record.pollutant = -1;
     if (record.kind != INFLOW_FLOW) {
-        record.pollutant = names_find(POLLUT, Tok[2]);
+        record.pollutant = names_find(POLLUT, tokens[2]);
         if (record.pollutant < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
         }
-    } else if (std::strcmp(Tok[2], "FLOW") != 0) {
-        return errors_setName(ERR_KEYWORD, Tok[2]);
+    } else if (std::strcmp(tokens[2], "FLOW") != 0) {
+        return errors_setName(ERR_KEYWORD, tokens[2]);
     }
-    if (!tokens_getDouble(Tok[3], &record.baseline)) {
-        return errors_setName(ERR_NUMBER, Tok[3]);
+    if (!tokens_getDouble(tokens[3], &record.baseline)) {
+        return errors_setName(ERR_NUMBER, tokens[3]);
     }
-    if (const int32_t error = findOptional(TSERIES, Tok[4], record.series)) {
+    if (const int32_t error = findOptional(TSERIES, tokens[4], record.series)) {
         return error;
     }
-    if (TokCount < 6) {
+    if (tokens.count < 6) {
         return errors_setName(ERR_ITEMS, "");
     }
-    if (!tokens_getDouble(Tok[5], &record.scale)) {
-        return errors_setName(ERR_NUMBER, Tok[5]);
+    if (!tokens_getDouble(tokens[5], &record.scale)) {
+        return errors_setName(ERR_NUMBER, tokens[5]);
     }
     return storeExternal(Nodes[node], record);
 }
 
-int32_t inflows_readDryWeather() {
-    if (TokCount < 4) {
+int32_t inflows_readDryWeather(const Tokens& tokens) {
+    if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t index = names_find(NODE, Tok[0]);
+    const int32_t index = names_find(NODE, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     int32_t pollutant = -1;
-    if (std::strcmp(Tok[1], "FLOW") != 0) {
-        pollutant = names_find(POLLUT, Tok[1]);
+    if (std::strcmp(tokens[1], "FLOW") != 0) {
+        pollutant = names_find(POLLUT, tokens[1]);
         if (pollutant < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
         }
     }
     double average;
-    if (!tokens_getDouble(Tok[2], &average)) {
-        return errors_setName(ERR_NUMBER, Tok[2]);
+    if (!tokens_getDouble(tokens[2], &average)) {
+        return errors_setName(ERR_NUMBER, tokens[2]);
     }
     int32_t pattern;
-    if (const int32_t error = findOptional(PATTERN, Tok[3], pattern)) {
+    if (const int32_t error = findOptional(PATTERN, tokens[3], pattern)) {
         return error;
     }
     Node& node = Nodes[index];

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "text/datetime.h"
+#include "text/tokens.h"
 
 enum InflowKind : int32_t { INFLOW_FLOW, INFLOW_CONCEN, INFLOW_MASS };
 
@@ -25,9 +26,9 @@ struct DwfInflow {
     DwfInflow* next;
 };
 
-/// A line of [INFLOWS] or [DWFS] in Tok. An error index, or 0.
-int32_t inflows_readExternal();
-int32_t inflows_readDryWeather();
+/// A line of [INFLOWS] or [DWFS]. An error index, or 0.
+int32_t inflows_readExternal(const Tokens& tokens);
+int32_t inflows_readDryWeather(const Tokens& tokens);
 
 /// Tests the patterns of a node's dry-weather inflows; writes what is wrong to the report.
 void inflows_validateDryWeather(int32_t node);

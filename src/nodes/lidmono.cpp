@@ -30,34 +30,34 @@ static LidMono& getMono(int32_t node) {
 // --- reading and validation ----------------------------------------------------------------------------------------
 
 /// The gage, or none: a node that no rain falls on needs none, but must say so.
-static int32_t readGage(int32_t& gage) {
-    gage = names_find(GAGE, Tok[2]);
-    if (gage < 0 && (LidMonoRainfall || std::strcmp(Tok[2], "*") != 0)) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+static int32_t readGage(const Tokens& tokens, int32_t& gage) {
+    gage = names_find(GAGE, tokens[2]);
+    if (gage < 0 && (LidMonoRainfall || std::strcmp(tokens[2], "*") != 0)) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     return ERR_NONE;
 }
 
-int32_t lidmono_readLine(int32_t node, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 7) {
+int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+    if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, Tok[0]);
+    const char* id = names_findId(NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     LidMono mono{};
-    mono.lid = names_find(LID, Tok[1]);
+    mono.lid = names_find(LID, tokens[1]);
     if (mono.lid < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    if (const int32_t error = readGage(mono.gage)) {
+    if (const int32_t error = readGage(tokens, mono.gage)) {
         return error;
     }
     double values[4];
     for (int32_t k = 0; k < 4; ++k) {
-        if (!tokens_getNonNegative(Tok[3 + k], &values[k]) || (k == 0 && !(values[k] > 0.0))) {
-            return errors_setName(ERR_NUMBER, Tok[3 + k]);
+        if (!tokens_getNonNegative(tokens[3 + k], &values[k]) || (k == 0 && !(values[k] > 0.0))) {
+            return errors_setName(ERR_NUMBER, tokens[3 + k]);
         }
     }
     mono.area = values[0];
@@ -65,10 +65,10 @@ int32_t lidmono_readLine(int32_t node, int32_t kindIndex, int32_t tokenCount) {
     mono.initialSaturation = values[2] / 100.0;
     mono.fromImpervious = values[3] / 100.0;
     mono.drainNode = -1;
-    if (tokenCount > 7) {
-        mono.drainNode = names_find(NODE, Tok[7]);
+    if (tokens.count > 7) {
+        mono.drainNode = names_find(NODE, tokens[7]);
         if (mono.drainNode < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[7]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[7]);
         }
     }
     mono.next = -1;

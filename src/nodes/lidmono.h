@@ -5,14 +5,15 @@
 
 #include "hydrology/lid.h"
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// The record of a unit, with all its fields. `fromImpervious` is the share of the node's inflow that goes through it.
 using LidMono = LidUnit;
 
 extern Table<LidMono> LidMonos;
 
-/// A line of [LID_MONOS] in Tok, for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
-int32_t lidmono_readLine(int32_t node, int32_t kindIndex, int32_t tokenCount);
+/// A line of [LID_MONOS], for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
+int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
 
 /// Limits saturation and share, and marks the gage.
 void lidmono_validate(int32_t node);

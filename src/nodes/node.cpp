@@ -38,42 +38,42 @@ void node_setRow(int32_t index, int32_t kind, int32_t kindIndex, const char* id)
 }
 
 /// Junctions and outfalls: the ID is all, and further words are free.
-static int32_t readPlainNode(int32_t node, int32_t kind, int32_t kindIndex) {
-    const char* id = names_findId(NODE, Tok[0]);
+static int32_t readPlainNode(const Tokens& tokens, int32_t node, int32_t kind, int32_t kindIndex) {
+    const char* id = names_findId(NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     node_setRow(node, kind, kindIndex, id);
     return ERR_NONE;
 }
 
-static int32_t readSplitter(int32_t node, int32_t kindIndex) {
-    if (TokCount < 4) {
+static int32_t readSplitter(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+    if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, Tok[0]);
+    const char* id = names_findId(NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t link = names_find(LINK, Tok[1]);
+    const int32_t link = names_find(LINK, tokens[1]);
     if (link < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    const int32_t mode = tokens_findKeyword(Tok[2], SplitterModeWords);
+    const int32_t mode = tokens_findKeyword(tokens[2], SplitterModeWords);
     if (mode < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[2]);
+        return errors_setName(ERR_KEYWORD, tokens[2]);
     }
     double value, ratio = 0.0;
-    if (!tokens_getNonNegative(Tok[3], &value)) {
-        return errors_setName(ERR_NUMBER, Tok[3]);
+    if (!tokens_getNonNegative(tokens[3], &value)) {
+        return errors_setName(ERR_NUMBER, tokens[3]);
     }
     if (mode == SPLIT_FLOW_RATIO) {
-        if (TokCount < 5) {
+        if (tokens.count < 5) {
             return errors_setName(ERR_ITEMS, "");
         }
         // Only the form is tested: a negative ratio takes from the first link what exceeds the threshold.
-        if (!tokens_getDouble(Tok[4], &ratio)) {
-            return errors_setName(ERR_NUMBER, Tok[4]);
+        if (!tokens_getDouble(tokens[4], &ratio)) {
+            return errors_setName(ERR_NUMBER, tokens[4]);
         }
     }
     node_setRow(node, SPLITTER, kindIndex, id);
@@ -85,14 +85,14 @@ static int32_t readSplitter(int32_t node, int32_t kindIndex) {
     return ERR_NONE;
 }
 
-int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex) {
+int32_t node_readParams(const Tokens& tokens, int32_t node, int32_t kind, int32_t kindIndex) {
     switch (kind) {
         case JUNCTION:
-        case OUTFALL: return readPlainNode(node, kind, kindIndex);
-        case TANK: return tank_readParams(node, kindIndex, TokCount);
-        case SPLITTER: return readSplitter(node, kindIndex);
-        case REACTOR: return reactor_readParams(node, kindIndex, TokCount);
-        case LID_MONO: return lidmono_readLine(node, kindIndex, TokCount);
+        case OUTFALL: return readPlainNode(tokens, node, kind, kindIndex);
+        case TANK: return tank_readParams(tokens, node, kindIndex);
+        case SPLITTER: return readSplitter(tokens, node, kindIndex);
+        case REACTOR: return reactor_readParams(tokens, node, kindIndex);
+        case LID_MONO: return lidmono_readLine(tokens, node, kindIndex);
         default: return ERR_NONE;
     }
 }
@@ -106,26 +106,26 @@ static double* findInitialQuality(const Node& node) {
     }
 }
 
-int32_t node_readInitialQuality() {
-    if (TokCount < 4) {
+int32_t node_readInitialQuality(const Tokens& tokens) {
+    if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t node = names_find(NODE, Tok[0]);
+    const int32_t node = names_find(NODE, tokens[0]);
     if (node < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     double* initQual = findInitialQuality(Nodes[node]);
     if (!initQual) {
         return ERR_NONE;  // a node without storage takes no line, whatever else it says
     }
-    const int32_t pollutant = names_find(POLLUT, Tok[2]);
+    const int32_t pollutant = names_find(POLLUT, tokens[2]);
     if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     // Looser than all other sections: refused only if it is no number and negative as well, so a word passes as 0.
     double value;
-    if (!tokens_getDouble(Tok[3], &value) && value < 0.0) {
-        return errors_setName(ERR_NUMBER, Tok[3]);
+    if (!tokens_getDouble(tokens[3], &value) && value < 0.0) {
+        return errors_setName(ERR_NUMBER, tokens[3]);
     }
     initQual[pollutant] = value;
     return ERR_NONE;

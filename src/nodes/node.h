@@ -7,6 +7,7 @@
 #include "links/link.h"
 #include "model/project.h"
 #include "model/table.h"
+#include "text/tokens.h"
 
 /// Takes water out of the system.
 struct Outfall {
@@ -30,14 +31,14 @@ struct Splitter {
 extern Table<Outfall> Outfalls;
 extern Table<Splitter> Splitters;
 
-/// A line of a node section in Tok, for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
-int32_t node_readParams(int32_t node, int32_t kind, int32_t kindIndex);
+/// A line of a node section, for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
+int32_t node_readParams(const Tokens& tokens, int32_t node, int32_t kind, int32_t kindIndex);
 
 /// Fills the common row of a node, once its whole line has proved good.
 void node_setRow(int32_t node, int32_t kind, int32_t kindIndex, const char* id);
 
-/// A line of [INITIAL_CONCENTRATION] in Tok. An error index, or 0.
-int32_t node_readInitialQuality();
+/// A line of [INITIAL_CONCENTRATION]. An error index, or 0.
+int32_t node_readInitialQuality(const Tokens& tokens);
 
 /// Tests a node when all is read; writes what is wrong to the report.
 void node_validate(int32_t node);

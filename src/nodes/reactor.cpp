@@ -53,38 +53,38 @@ bool reactor_createArrays(Reactor& reactor) {
 }
 
 /// Reads a number that isn't negative at token `place`. An error index, or 0.
-static int32_t readNumber(int32_t place, double& value) {
-    return tokens_getNonNegative(Tok[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, Tok[place]);
+static int32_t readNumber(const Tokens& tokens, int32_t place, double& value) {
+    return tokens_getNonNegative(tokens[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, tokens[place]);
 }
 
 /// Reads a pattern at token `place`, which may be empty. An error index, or 0.
-static int32_t readPattern(int32_t place, int32_t& pattern) {
+static int32_t readPattern(const Tokens& tokens, int32_t place, int32_t& pattern) {
     pattern = -1;
-    if (*Tok[place]) {
-        pattern = names_find(PATTERN, Tok[place]);
+    if (*tokens[place]) {
+        pattern = names_find(PATTERN, tokens[place]);
         if (pattern < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, Tok[place]);
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[place]);
         }
     }
     return ERR_NONE;
 }
 
 /// Tokens 1 to 4: type, surplus node, and the capacity per day.
-static int32_t readCapacity(Reactor& values) {
-    values.type = tokens_findKeyword(Tok[1], ReactorTypeWords);
+static int32_t readCapacity(const Tokens& tokens, Reactor& values) {
+    values.type = tokens_findKeyword(tokens[1], ReactorTypeWords);
     if (values.type < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[1]);
+        return errors_setName(ERR_KEYWORD, tokens[1]);
     }
-    values.surpassNode = names_find(NODE, Tok[2]);
+    values.surpassNode = names_find(NODE, tokens[2]);
     if (values.surpassNode < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[2]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    values.capacityType = tokens_findKeyword(Tok[3], CapacityTypeWords);
+    values.capacityType = tokens_findKeyword(tokens[3], CapacityTypeWords);
     if (values.capacityType < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[3]);
+        return errors_setName(ERR_KEYWORD, tokens[3]);
     }
     double perDay;
-    if (const int32_t error = readNumber(4, perDay)) {
+    if (const int32_t error = readNumber(tokens, 4, perDay)) {
         return error;
     }
     (values.capacityType == SURFACE_LOADING ? values.surfaceLoading : values.flowCapacity) = perDay / SECONDS_PER_DAY;
@@ -92,46 +92,46 @@ static int32_t readCapacity(Reactor& values) {
 }
 
 /// Tokens 5 to 7: size, area, and how full a CSTR is at the start.
-static int32_t readSize(Reactor& values, int32_t tokenCount) {
+static int32_t readSize(const Tokens& tokens, Reactor& values) {
     double size;
-    if (const int32_t error = readNumber(5, size)) {
+    if (const int32_t error = readNumber(tokens, 5, size)) {
         return error;
     }
     if (values.type == CSTR && size == 0.0) {
-        return errors_setName(ERR_NUMBER, Tok[5]);
+        return errors_setName(ERR_NUMBER, tokens[5]);
     }
     (values.type == PFR ? values.retentionTime : values.volume) = values.type == PFR ? size * SECONDS_PER_HOUR : size;
-    if (const int32_t error = readNumber(6, values.area)) {
+    if (const int32_t error = readNumber(tokens, 6, values.area)) {
         return error;
     }
     if (values.type == PFR) {
         return ERR_NONE;
     }
-    if (tokenCount < 8) {
+    if (tokens.count < 8) {
         return errors_setName(ERR_ITEMS, "");
     }
     double percent;
-    if (const int32_t error = readNumber(7, percent)) {
+    if (const int32_t error = readNumber(tokens, 7, percent)) {
         return error;
     }
     values.initFraction = (percent > 100.0 ? 100.0 : percent) / 100.0;
     return ERR_NONE;
 }
 
-int32_t reactor_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 7) {
+int32_t reactor_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+    if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, Tok[0]);
+    const char* id = names_findId(NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     Reactor& reactor = Reactors[kindIndex];
     Reactor values = reactor;
-    if (const int32_t error = readCapacity(values)) {
+    if (const int32_t error = readCapacity(tokens, values)) {
         return error;
     }
-    if (const int32_t error = readSize(values, tokenCount)) {
+    if (const int32_t error = readSize(tokens, values)) {
         return error;
     }
     node_setRow(node, REACTOR, kindIndex, id);
@@ -140,33 +140,33 @@ int32_t reactor_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount) 
 }
 
 /// The reactor that token 0 names; null if it is none, or if its own line hasn't been read (well).
-static Reactor* findReactor() {
-    const int32_t node = names_find(NODE, Tok[0]);
+static Reactor* findReactor(const Tokens& tokens) {
+    const int32_t node = names_find(NODE, tokens[0]);
     return node >= 0 && Nodes[node].kind == REACTOR ? &getReactor(node) : nullptr;
 }
 
-int32_t reactor_readDecay() {
-    if (TokCount < 5) {
+int32_t reactor_readDecay(const Tokens& tokens) {
+    if (tokens.count < 5) {
         return errors_setName(ERR_ITEMS, "");
     }
-    Reactor* reactor = findReactor();
+    Reactor* reactor = findReactor(tokens);
     if (!reactor) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t pollutant = names_find(POLLUT, Tok[1]);
+    const int32_t pollutant = names_find(POLLUT, tokens[1]);
     if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    const int32_t type = tokens_findKeyword(Tok[2], ReactionWords);
+    const int32_t type = tokens_findKeyword(tokens[2], ReactionWords);
     if (type < 0) {
-        return errors_setName(ERR_KEYWORD, Tok[2]);
+        return errors_setName(ERR_KEYWORD, tokens[2]);
     }
     double value;
-    if (const int32_t error = readNumber(3, value)) {
+    if (const int32_t error = readNumber(tokens, 3, value)) {
         return error;
     }
     int32_t pattern;
-    if (const int32_t error = readPattern(4, pattern)) {
+    if (const int32_t error = readPattern(tokens, 4, pattern)) {
         return error;
     }
     const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
@@ -176,26 +176,26 @@ int32_t reactor_readDecay() {
     return ERR_NONE;
 }
 
-int32_t reactor_readEmptying() {
-    if (TokCount < 6) {
+int32_t reactor_readEmptying(const Tokens& tokens) {
+    if (tokens.count < 6) {
         return errors_setName(ERR_ITEMS, "");
     }
-    Reactor* reactor = findReactor();
+    Reactor* reactor = findReactor(tokens);
     if (!reactor) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t node = names_find(NODE, Tok[1]);
+    const int32_t node = names_find(NODE, tokens[1]);
     if (node < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     double rates[3];
     for (int32_t k = 0; k < 3; ++k) {
-        if (const int32_t error = readNumber(2 + k, rates[k])) {
+        if (const int32_t error = readNumber(tokens, 2 + k, rates[k])) {
             return error;
         }
     }
     int32_t pattern;
-    if (const int32_t error = readPattern(5, pattern)) {
+    if (const int32_t error = readPattern(tokens, 5, pattern)) {
         return error;
     }
     reactor->emptyingNode = node;

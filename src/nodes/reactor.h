@@ -6,6 +6,7 @@
 #include "links/delayqueue.h"
 #include "model/table.h"
 #include "text/datetime.h"
+#include "text/tokens.h"
 
 enum ReactorType : int32_t { CSTR, PFR };
 
@@ -61,10 +62,10 @@ extern Table<Reactor> Reactors;
 /// Makes the arrays of parameters: no reaction, no pattern. False without memory.
 bool reactor_createArrays(Reactor& reactor);
 
-/// A line of [REACTORS], [REACTORS_DECAY] or [REACTORS_EMPTYING] in Tok. An error index, or 0.
-int32_t reactor_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount);
-int32_t reactor_readDecay();
-int32_t reactor_readEmptying();
+/// A line of [REACTORS], [REACTORS_DECAY] or [REACTORS_EMPTYING]. An error index, or 0.
+int32_t reactor_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex);
+int32_t reactor_readDecay(const Tokens& tokens);
+int32_t reactor_readEmptying(const Tokens& tokens);
 
 void reactor_validate(int32_t node);
 void reactor_initState(int32_t node);

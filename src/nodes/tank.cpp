@@ -31,22 +31,22 @@ static Tank& getTank(int32_t node) {
 
 // --- reading, validation and start ---------------------------------------------------------------------------------
 
-int32_t tank_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount) {
-    if (tokenCount < 4) {
+int32_t tank_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+    if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, Tok[0]);
+    const char* id = names_findId(NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[0]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t curve = names_find(CURVE, Tok[1]);
+    const int32_t curve = names_find(CURVE, tokens[1]);
     if (curve < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, Tok[1]);
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     double depths[2];
     for (int32_t k = 0; k < 2; ++k) {
-        if (!tokens_getNonNegative(Tok[2 + k], &depths[k])) {
-            return errors_setName(ERR_NUMBER, Tok[2 + k]);
+        if (!tokens_getNonNegative(tokens[2 + k], &depths[k])) {
+            return errors_setName(ERR_NUMBER, tokens[2 + k]);
         }
     }
     node_setRow(node, TANK, kindIndex, id);

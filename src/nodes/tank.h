@@ -6,6 +6,7 @@
 #include "model/decay.h"
 #include "model/table.h"
 #include "nodes/outlets.h"
+#include "text/tokens.h"
 
 struct Tank {
     int32_t curve;           ///< curve of type TANK: surface area, m2, by depth, m
@@ -26,7 +27,7 @@ struct Tank {
 
 extern Table<Tank> Tanks;
 
-int32_t tank_readParams(int32_t node, int32_t kindIndex, int32_t tokenCount);
+int32_t tank_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex);
 void tank_validate(int32_t node);
 void tank_initState(int32_t node);
 void tank_endState(int32_t node);

@@ -114,7 +114,8 @@ static int32_t countNextLine(char* line, int32_t& section, int32_t& pending) {
         pending = ERR_KEYWORD;
     } else if (section == SECTION_GENERAL) {
         // The line itself is cut up here, so its echo shows the first word only.
-        pending = tokens_split(line) < 2 ? ERR_NONE : options_read(Tok[0], Tok[1]);
+        const Tokens tokens = tokens_split(line);
+        pending = tokens.count < 2 ? ERR_NONE : options_read(tokens[0], tokens[1]);
     } else if (section >= 0) {
         pending = reader_countLine(section, word);
     }
@@ -153,72 +154,74 @@ static bool takeRow(int32_t& running, int32_t count, int32_t& row) {
     return row < count;
 }
 
-static int32_t parseNode(int32_t kind) {
+static int32_t parseNode(const Tokens& tokens, int32_t kind) {
     int32_t node, row;
     const bool isNodeFree = takeRow(Running.objects[NODE], ObjectCount[NODE], node);
     const bool isRowFree = takeRow(Running.nodes[kind], NodeKindCount[kind], row);
-    return isNodeFree && isRowFree ? node_readParams(node, kind, row) : errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+    return isNodeFree && isRowFree ? node_readParams(tokens, node, kind, row)
+                                   : errors_setName(ERR_DUPLICATE_ID, tokens[0]);
 }
 
-static int32_t parseLink(int32_t kind) {
+static int32_t parseLink(const Tokens& tokens, int32_t kind) {
     int32_t link, row;
     const bool isLinkFree = takeRow(Running.objects[LINK], ObjectCount[LINK], link);
     const bool isRowFree = takeRow(Running.links[kind], LinkKindCount[kind], row);
-    return isLinkFree && isRowFree ? link_readParams(link, kind, row) : errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+    return isLinkFree && isRowFree ? link_readParams(tokens, link, kind, row)
+                                   : errors_setName(ERR_DUPLICATE_ID, tokens[0]);
 }
 
 /// Sections with one line for each object that is neither node nor link.
-static int32_t parseObject(int32_t type) {
+static int32_t parseObject(const Tokens& tokens, int32_t type) {
     int32_t row;
     if (!takeRow(Running.objects[type], ObjectCount[type], row)) {
-        return errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+        return errors_setName(ERR_DUPLICATE_ID, tokens[0]);
     }
     switch (type) {
-        case GAGE: return gage_readLine(row);
-        case SUBCATCH: return subcatch_readLine(row);
-        case POLLUT: return pollut_readLine(row);
-        case LANDUSE: return landuse_readLine(row);
+        case GAGE: return gage_readLine(tokens, row);
+        case SUBCATCH: return subcatch_readLine(tokens, row);
+        case POLLUT: return pollut_readLine(tokens, row);
+        case LANDUSE: return landuse_readLine(tokens, row);
         default: return ERR_NONE;
     }
 }
 
 /// A definition of a coupled node, or one of the exchange records of the node defined last.
-static int32_t parseCoupledNode(int32_t kind) {
-    if (tokens_findKeyword(Tok[0], kind == SWMM ? SwmmRecordWords : VornRecordWords) >= 0) {
+static int32_t parseCoupledNode(const Tokens& tokens, int32_t kind) {
+    if (tokens_findKeyword(tokens[0], kind == SWMM ? SwmmRecordWords : VornRecordWords) >= 0) {
         // A definition with an error counts as well: its records go with it, and meet no error of their own.
         const int32_t row = Running.nodes[kind] - 1;
-        return row < 0 ? errors_setName(ERR_LINE, "") : coupled_readParams(kind, -1, row, TokCount);
+        return row < 0 ? errors_setName(ERR_LINE, "") : coupled_readParams(tokens, kind, -1, row);
     }
     // A name that was a node before was not counted as a definition, so no row waits for it. Neither does one if the
     // first pass took the word for something else. No row is used up then.
-    const int32_t known = names_find(NODE, Tok[0]);
+    const int32_t known = names_find(NODE, tokens[0]);
     const bool isRowFree = Running.nodes[kind] < NodeKindCount[kind] && Running.objects[NODE] < ObjectCount[NODE];
     if (!isRowFree || (known >= 0 && known != Running.objects[NODE])) {
-        return errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+        return errors_setName(ERR_DUPLICATE_ID, tokens[0]);
     }
-    return coupled_readParams(kind, Running.objects[NODE]++, Running.nodes[kind]++, TokCount);
+    return coupled_readParams(tokens, kind, Running.objects[NODE]++, Running.nodes[kind]++);
 }
 
-static int32_t parseRule() {
-    if (TokCount < 2) {
+static int32_t parseRule(const Tokens& tokens) {
+    if (tokens.count < 2) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t clause = tokens_findKeyword(Tok[0], ClauseWords);
+    const int32_t clause = tokens_findKeyword(tokens[0], ClauseWords);
     int32_t& running = Running.objects[RULE];
     if (clause < 0) {
-        return errors_setName(ERR_RULE_CLAUSE, Tok[0]);
+        return errors_setName(ERR_RULE_CLAUSE, tokens[0]);
     }
     if (clause == CLAUSE_RULE) {
         if (running >= ObjectCount[RULE]) {
-            return errors_setName(ERR_DUPLICATE_ID, Tok[0]);
+            return errors_setName(ERR_DUPLICATE_ID, tokens[0]);
         }
         // A rule of a known name is refused whole; the clauses behind it go to the last good rule.
-        if (names_add(RULE, Tok[1], running) != 1) {
-            return errors_setName(ERR_DUPLICATE_ID, Tok[1]);
+        if (names_add(RULE, tokens[1], running) != 1) {
+            return errors_setName(ERR_DUPLICATE_ID, tokens[1]);
         }
         ++running;
     }
-    return running > 0 ? rule_readLine(running - 1, clause) : errors_setName(ERR_RULE_CLAUSE, "");
+    return running > 0 ? rule_readLine(tokens, running - 1, clause) : errors_setName(ERR_RULE_CLAUSE, "");
 }
 
 static void storeDescription(const char* rawLine) {
@@ -233,35 +236,35 @@ static void storeDescription(const char* rawLine) {
     }
 }
 
-int32_t reader_parseLine(int32_t number, const char* rawLine) {
+int32_t reader_parseLine(const Tokens& tokens, int32_t number, const char* rawLine) {
     const Section& section = Sections[number];
     switch (section.countRule) {
-        case COUNT_NODE: return parseNode(section.type);
-        case COUNT_LINK: return parseLink(section.type);
-        case COUNT_OBJECT: return parseObject(section.type);
-        case COUNT_COUPLED_NODE: return parseCoupledNode(section.type);
-        case COUNT_RULE: return parseRule();
+        case COUNT_NODE: return parseNode(tokens, section.type);
+        case COUNT_LINK: return parseLink(tokens, section.type);
+        case COUNT_OBJECT: return parseObject(tokens, section.type);
+        case COUNT_COUPLED_NODE: return parseCoupledNode(tokens, section.type);
+        case COUNT_RULE: return parseRule(tokens);
         default: break;
     }
     switch (number) {
         case SECTION_DESCRIPTION: storeDescription(rawLine); return ERR_NONE;
-        case SECTION_EVAPORATION: return evap_readLine();
-        case SECTION_INFLOWS: return inflows_readExternal();
-        case SECTION_DWFS: return inflows_readDryWeather();
-        case SECTION_REACTORS_DECAY: return reactor_readDecay();
-        case SECTION_REACTORS_EMPTYING: return reactor_readEmptying();
-        case SECTION_DECAY_COEFFICIENT: return decay_readLine();
-        case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality();
-        case SECTION_COVERAGES: return landuse_readCoverage();
-        case SECTION_BUILDUP: return landuse_readBuildup();
-        case SECTION_WASHOFF: return landuse_readWashoff();
-        case SECTION_LOADINGS: return landuse_readLoading();
-        case SECTION_LIDS: return lid_readLine();
-        case SECTION_LID_GROUPS: return lid_readGroupLine();
-        case SECTION_CURVES: return curve_readCurve();
-        case SECTION_TIMESERIES: return curve_readSeries();
-        case SECTION_PATTERNS: return pattern_read();
-        case SECTION_CONVERTERS: return converter_readParams(TokCount);
+        case SECTION_EVAPORATION: return evap_readLine(tokens);
+        case SECTION_INFLOWS: return inflows_readExternal(tokens);
+        case SECTION_DWFS: return inflows_readDryWeather(tokens);
+        case SECTION_REACTORS_DECAY: return reactor_readDecay(tokens);
+        case SECTION_REACTORS_EMPTYING: return reactor_readEmptying(tokens);
+        case SECTION_DECAY_COEFFICIENT: return decay_readLine(tokens);
+        case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality(tokens);
+        case SECTION_COVERAGES: return landuse_readCoverage(tokens);
+        case SECTION_BUILDUP: return landuse_readBuildup(tokens);
+        case SECTION_WASHOFF: return landuse_readWashoff(tokens);
+        case SECTION_LOADINGS: return landuse_readLoading(tokens);
+        case SECTION_LIDS: return lid_readLine(tokens);
+        case SECTION_LID_GROUPS: return lid_readGroupLine(tokens);
+        case SECTION_CURVES: return curve_readCurve(tokens);
+        case SECTION_TIMESERIES: return curve_readSeries(tokens);
+        case SECTION_PATTERNS: return pattern_read(tokens);
+        case SECTION_CONVERTERS: return converter_readParams(tokens);
         default: return ERR_NONE;
     }
 }
@@ -285,20 +288,21 @@ static int32_t readLines() {
     while (textfile_getLine(InputFile, line, LINE_SIZE)) {
         ++lineNumber;
         std::strcpy(words, line);
-        if (tokens_split(words) == 0 || Tok[0][0] == '/') {
+        const Tokens tokens = tokens_split(words);
+        if (tokens.count == 0 || tokens[0][0] == '/') {
             continue;
         }
-        if (Tok[0][0] == '[') {
-            const int32_t found = sections_find(Tok[0]);
+        if (tokens[0][0] == '[') {
+            const int32_t found = sections_find(tokens[0]);
             if (found < 0) {
                 // Only quotes hide an unknown header from the first pass.
-                writeLineError(errors_setName(ERR_KEYWORD, Tok[0]), section, lineNumber, line);
+                writeLineError(errors_setName(ERR_KEYWORD, tokens[0]), section, lineNumber, line);
                 return errorCount + 1;
             }
             section = found;
             continue;
         }
-        const int32_t error = reader_parseLine(section, line);
+        const int32_t error = reader_parseLine(tokens, section, line);
         if (error && ++errorCount > MAX_ERRORS) {
             report_writeLine("\n  Maximum error count exceeded.");
             break;

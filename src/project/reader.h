@@ -2,6 +2,7 @@
 // The project file: sections of lines, read twice.
 
 #include "text/textfile.h"
+#include "text/tokens.h"
 
 extern TextFile InputFile;  ///< open from the opening of the project to its close
 
@@ -17,5 +18,5 @@ void reader_readData();
 /// Takes the first word of a line of a section in the first pass. An error index, or 0.
 int32_t reader_countLine(int32_t section, const char* word);
 
-/// Takes the line in Tok, which stands as `rawLine` in the file, in the second pass. An error index, or 0.
-int32_t reader_parseLine(int32_t section, const char* rawLine);
+/// Takes the line, which stands as `rawLine` in the file, in the second pass. An error index, or 0.
+int32_t reader_parseLine(const Tokens& tokens, int32_t section, const char* rawLine);

@@ -8,9 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 
-const char* Tok[MAX_TOKENS];
-int32_t TokCount = 0;
-
 const char* const NoYesWords[] = {"NO", "YES", nullptr};
 
 static const char* skipBlanks(const char* text) {
@@ -47,21 +44,20 @@ static bool isSeparator(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
-int32_t tokens_split(char* line) {
-    std::memset(Tok, 0, sizeof Tok);
-    TokCount = 0;
+Tokens tokens_split(char* line) {
+    Tokens tokens{};
     if (char* comment = std::strstr(line, "//")) {
         *comment = 0;
     }
     char* at = line;
-    while (*at && TokCount < MAX_TOKENS) {
+    while (*at && tokens.count < MAX_TOKENS) {
         if (isSeparator(*at)) {
             ++at;
             continue;
         }
         const bool isQuoted = *at == '"';
         at += isQuoted ? 1 : 0;
-        Tok[TokCount++] = at;
+        tokens.words[tokens.count++] = at;
         while (*at && !(isQuoted ? *at == '"' || *at == '\n' : isSeparator(*at))) {
             ++at;
         }
@@ -69,7 +65,7 @@ int32_t tokens_split(char* line) {
             *at++ = 0;
         }
     }
-    return TokCount;
+    return tokens;
 }
 
 int32_t tokens_getDouble(const char* text, double* value) {

@@ -6,8 +6,13 @@
 constexpr int32_t LINE_SIZE = 1024;  ///< bytes of a line buffer, with the zero at its end
 constexpr int32_t MAX_TOKENS = 40;
 
-extern const char* Tok[MAX_TOKENS];  ///< the words of the line in hand
-extern int32_t TokCount;
+/// The words of one line. They stand in the line's own buffer; those that it doesn't have are null.
+struct Tokens {
+    const char* words[MAX_TOKENS];
+    int32_t count;
+
+    const char* operator[](int32_t place) const { return words[place]; }
+};
 
 /// Keywords "NO" and "YES": 0 and 1.
 extern const char* const NoYesWords[];
@@ -24,8 +29,8 @@ int32_t tokens_matchKeyword(const char* text, const char* keyword);
 /// Index of the first keyword of a table ended by a null pointer that matches, or -1.
 int32_t tokens_findKeyword(const char* text, const char* const* keywords);
 
-/// Cuts a line into words, in place: fills Tok and TokCount, and gives the count.
-int32_t tokens_split(char* line);
+/// Cuts a line into words, in place.
+Tokens tokens_split(char* line);
 
 /// Reads a number, with a point whatever the locale. 1 if the text is one; `value` is stored in any case.
 int32_t tokens_getDouble(const char* text, double* value);

@@ -9,14 +9,16 @@
 #include "model/errors.h"
 #include "text/tokens.h"
 
+inline Tokens TestTokens;  ///< the words of the line in hand
+
 /// The result of a section's parser for a line.
 template <class Parser>
 int32_t parseLine(const std::string& line, Parser parser) {
     static char buffer[8192];
     std::strcpy(buffer, line.c_str());
-    tokens_split(buffer);
+    TestTokens = tokens_split(buffer);
     ErrorObjectName = "untouched";
-    return parser();
+    return parser(TestTokens);
 }
 
 /// Expects an error and the text that its message will show.

@@ -15,6 +15,7 @@
 #include "nodes/node.h"
 #include "nodes/reactor.h"
 #include "nodes/tank.h"
+#include "support/lines.h"
 #include "support/objects.h"
 #include "text/tokens.h"
 
@@ -39,13 +40,13 @@ inline int32_t read(const std::string& text) {
     static std::string line;
     line = text;
     ErrorObjectName = "?";
-    tokens_split(line.data());
-    const int32_t clause = tokens_findKeyword(Tok[0], ClauseWords);
+    TestTokens = tokens_split(line.data());
+    const int32_t clause = tokens_findKeyword(TestTokens[0], ClauseWords);
     if (clause == CLAUSE_RULE) {
-        names_add(RULE, Tok[1], Rules.size());
+        names_add(RULE, TestTokens[1], Rules.size());
         Rules.push_back(Rule{});
     }
-    return rule_readLine(Rules.size() - 1, clause);
+    return rule_readLine(TestTokens, Rules.size() - 1, clause);
 }
 
 /// Reads clauses that must all be good.

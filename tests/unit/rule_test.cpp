@@ -18,10 +18,10 @@
 
 static double valueOf(const std::string& operand) {
     std::string line = operand;
-    tokens_split(line.data());
+    TestTokens = tokens_split(line.data());
     RuleOperand read{};
     int32_t place = 0;
-    EXPECT_EQ(rule_readOperand(place, read), ERR_NONE) << operand;
+    EXPECT_EQ(rule_readOperand(TestTokens, place, read), ERR_NONE) << operand;
     return rule_operandValue(read);
 }
 
