@@ -12,8 +12,8 @@
 #include "links/connection.h"
 #include "links/pipe.h"
 #include "nodes/lidmono.h"
-#include "nodes/node.h"
 #include "nodes/reactor.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "tarnvelde.h"
 
@@ -65,7 +65,7 @@ Found findTankResult(const Node& node, int32_t code) {
     const Tank& tank = Tanks[node.kindIndex];
     switch (code) {
         case 0: return tell(tank.newDepth);
-        case 1: return tell(tank_getVolume(static_cast<int32_t>(&node - Nodes.data()), tank.newDepth));
+        case 1: return tell(tank_getVolume(tank, tank.newDepth));
         case 2: return tell(node.newInflow);
         case 3: return tell(node.newLatFlow);
         case 4: return tell(tank.newFlood);
@@ -175,7 +175,7 @@ Found findConnectionResult(const Link& link, int32_t code) {
 
 Found findConduitResult(const Link& link, int32_t code) {
     const Conduit& conduit = Conduits[link.kindIndex];
-    const double area = conduit_getArea(static_cast<int32_t>(&link - Links.data()), conduit.depth);
+    const double area = conduit_getArea(conduit, conduit.depth);
     switch (code) {
         case 0: return tell(conduit.depth);
         case 1: return tell(area * conduit.length);

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "coupling/coupled.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
@@ -16,6 +15,8 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/statistics.h"
+#include "routing/nodekinds.h"
 #include "text/tokens.h"
 
 Table<Subcatch> Subcatches;
@@ -344,9 +345,8 @@ static void addToNode(int32_t index, double f) {
     const Subcatch& s = getSubcatch(index);
     Node& node = Nodes[s.outNode];
     const double flow = s.area == 0.0 ? 0.0 : f * s.thisRunoff + (1.0 - f) * s.lastRunoff;
-    if (node.kind == SWMM) {
-        coupled_takeRunoff(s.outNode, index, flow);  // the outside model takes the water, and no load
-        return;
+    if (nodekinds_takeRunoff(node, index, flow)) {
+        return;  // an outside model took the water, and no load
     }
     node.newLatFlow += flow;
     FlowTotals.wetWeatherInflow += RoutingStep * flow;
@@ -367,6 +367,19 @@ void subcatch_addRunoff(double time) {
         if (Subcatches[k].outNode >= 0) {
             addToNode(k, f);
         }
+    }
+}
+
+// --- statistics ----------------------------------------------------------------------------------------------------
+
+void subcatch_countStep(Subcatch& s, double dt) {
+    s.rainfall += dt * s.rain * 1000.0;
+    s.evap += dt * s.evapRate * 1000.0;
+    s.infil += dt * s.infilRate * 1000.0;
+    s.runoff += dt * s.thisRunoff / s.area * 1000.0;
+    statistics_keepMaximum(s.peakRunoff, s.thisRunoff);
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
     }
 }
 

@@ -26,8 +26,9 @@ Decay* decay_create();
 /// Whether some pollutant of an object decays.
 bool decay_isAny(const Decay* decays);
 
-/// A line of [DECAY_COEFFICIENT]. An error index, or 0.
-int32_t decay_readLine(const Tokens& tokens);
+/// The items of a line of [DECAY_COEFFICIENT] behind the object: pollutant, type, coefficient per day, pattern. An
+/// error index, or 0.
+[[nodiscard]] int32_t decay_readItems(const Tokens& tokens, Decay* decays);
 
 /// The share of a concentration that is left after `seconds` in the hour of `date`: 1 without decay.
 double decay_getFactor(Decay& decay, DateTime date, double seconds);

@@ -12,8 +12,9 @@
 #include "links/pump.h"
 #include "links/weir.h"
 #include "nodes/lidmono.h"
-#include "nodes/node.h"
+#include "nodes/outfall.h"
 #include "nodes/reactor.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "platform/memory.h"
 

@@ -132,7 +132,7 @@ void addNode(int32_t index, double f, float* row) {
         case TANK: {
             const Tank& tank = Tanks[node.kindIndex];
             add(row[FLOOD], mix(f, tank.oldFlood, tank.newFlood));
-            add(row[STORAGE], tank_getVolume(index, mix(f, tank.oldDepth, tank.newDepth)));
+            add(row[STORAGE], tank_getVolume(tank, mix(f, tank.oldDepth, tank.newDepth)));
             break;
         }
         case REACTOR: add(row[STORAGE], Reactors[node.kindIndex].storedVolume); break;
@@ -155,7 +155,7 @@ void addLink(int32_t index, double f, float* row) {
         case CONDUIT: {
             const Conduit& conduit = Conduits[link.kindIndex];
             add(row[FLOOD], mix(f, conduit.oldFlood, conduit.newFlood));
-            add(row[STORAGE], conduit_getArea(index, conduit.depth) * conduit.length);
+            add(row[STORAGE], conduit_getVolume(conduit));
             break;
         }
         default: break;

@@ -17,7 +17,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 struct OrificeLaw : testing::Test {
-    static double getFlow(double depth) { return orifice_getFlow(findLink("O"), depth); }
+    static double getFlow(double depth) { return orifice_getFlow(getLink("O"), Orifices[0], depth); }
 };
 
 TEST_F(OrificeLaw, IsTorricelliOverTheMiddleOfASubmergedRectangle) {
@@ -155,7 +155,7 @@ TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
 
 TEST(OrificeLine, MayHoldNumbersThatAreNone) {
     StorageModel model(getProject("NO CIRCULAR nan nan nan"));
-    EXPECT_EQ(orifice_getFlow(findLink("O"), 2.0), 0.0);  // nothing lies above a crest that is no number
+    EXPECT_EQ(orifice_getFlow(getLink("O"), Orifices[0], 2.0), 0.0);  // nothing lies above a crest that is no number
 }
 
 TEST(OrificeCheck, WantsATankUpstream) {

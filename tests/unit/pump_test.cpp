@@ -1,4 +1,5 @@
 #include "links/pump.h"
+#include "routing/linkkinds.h"
 
 #include <gtest/gtest.h>
 
@@ -17,8 +18,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    getTank("T").newDepth = depth;
-    return pump_getFlow(findLink("P"));
+    return pump_getFlow(getLink("P"), Pumps[0], depth);
 }
 
 TEST(PumpCurve, IsALineWithLevelEnds) {
@@ -54,11 +54,10 @@ TEST(PumpCurve, IsScaledByTheSetting) {
     EXPECT_EQ(getFlow(1.0), 0.0);
 }
 
-TEST(PumpCurve, GivesNothingAtANodeThatIsNoTank) {
-    StorageModel model(getProject("L NO ON 0 0"));
+TEST(PumpSwitch, RestsAtANodeThatIsNoTank) {
+    StorageModel model(getProject("L NO ON 0 3"));
     getLink("P").fromNode = findNode("OUT");
-    EXPECT_EQ(pump_getFlow(findLink("P")), 0.0);
-    pump_setTarget(findLink("P"));
+    linkkinds_setTargets();
     EXPECT_EQ(getLink("P").targetSetting, 1.0);
 }
 
@@ -68,7 +67,7 @@ TEST(PumpCurve, GivesNothingAtANodeThatIsNoTank) {
 static double getTarget(double setting, double depth) {
     getLink("P").setting = setting;
     getTank("T").newDepth = depth;
-    pump_setTarget(findLink("P"));
+    linkkinds_setTargets();
     return getLink("P").targetSetting;
 }
 

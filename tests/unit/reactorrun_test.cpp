@@ -70,12 +70,11 @@ TEST_F(ReactorTest, PlugFlowWithoutRetentionOnlyTakesOut) {
     text.pollutants = "A 0\nB 0\nC 0\nD 0\n";
     text.decay = "R A CONST_CONCEN 5 \"\"\nR B CONST_RATIO 0.25 \"\"\nR C ZERO 1e9 \"\"\nR D FIRST 1e9 \"\"";
     start(text);
-    const int32_t index = tarnvelde_findObject(1, "R");
     node("R").newInflow = 2.0;
     for (int32_t p = 0; p < 4; ++p) {
         node("R").massInflow[p] = 2.0 * 20.0 / 1000.0;
     }
-    reactor_update(index);
+    reactor_update(node("R"), reactor());
     const double expected[] = {5.0, 15.0, 20.0, 20.0};
     for (int32_t p = 0; p < 4; ++p) {
         EXPECT_DOUBLE_EQ(node("R").newQual[p], expected[p]);

@@ -1,4 +1,5 @@
 #include "results/rows.h"
+#include "nodes/splitter.h"
 
 #include <gtest/gtest.h>
 

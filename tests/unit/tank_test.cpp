@@ -116,7 +116,7 @@ TEST(TankDecayLine, WithoutAPatternHasNone) {
 // ------------------------------------------------------------------------------------------------------------
 
 static double getVolume(double depth) {
-    return tank_getVolume(findNode("T"), depth);
+    return tank_getVolume(::getTank("T"), depth);
 }
 
 TEST(TankVolume, IsLinearInABasinWithUprightWalls) {

@@ -14,7 +14,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    return weir_getFlow(findLink("W"), depth);
+    return weir_getFlow(getLink("W"), Weirs[0], depth);
 }
 
 TEST(WeirLaw, IsPoleniOverARectangularCrest) {
@@ -44,9 +44,9 @@ TEST(WeirLaw, LiftsTheCrestAsTheSettingFalls) {
     StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     getLink("W").setting = 0.0;
     EXPECT_EQ(getFlow(1.75), 0.0);
-    EXPECT_EQ(weir_getLevel(findLink("W")), 1.75);
+    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.75);
     getLink("W").setting = 0.5;
-    EXPECT_EQ(weir_getLevel(findLink("W")), 1.5);
+    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.5);
     EXPECT_NEAR(getFlow(2.5), 1.8 * 2.5, 1e-12);  // a head of 1 m
 }
 
@@ -114,7 +114,7 @@ TEST(WeirHost, IsForgottenAtTheNextStart) {
 TEST(WeirHost, ChangesTheFlowButNotTheLevel) {
     StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 1, 0.2);
-    EXPECT_EQ(weir_getLevel(findLink("W")), 1.25);
+    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.25);
 }
 
 TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
