@@ -107,6 +107,3 @@ double subcatch_getWeight(double time);
 
 /// Adds the runoff of all subcatchments to their nodes, in the routing step that begins at `time` (ms).
 void subcatch_addRunoff(double time);
-
-/// A row of results: rain, evaporation, infiltration, runoff, then concentrations. `f` weighs the newer state.
-void subcatch_getResults(int32_t subcatch, double f, float* row);

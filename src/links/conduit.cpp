@@ -19,7 +19,6 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "nodes/node.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Conduit> Conduits;
@@ -403,20 +402,4 @@ void conduit_update(int32_t index, int32_t nodeIndex) {
     }
     link_shiftHydState(index);
     conduit_route(index, node_getOfferedFlow(nodeIndex, index), node.newQual);
-}
-
-// --- results -------------------------------------------------------------------------------------------------------
-
-void conduit_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    const Conduit& conduit = getConduit(index);
-    const double area = getArea(conduit, conduit.depth);
-    const double outflow = rowvalues_mix(f, link.oldFlow, link.newFlow);
-    row[0] = static_cast<float>(conduit.depth);
-    row[1] = static_cast<float>(area * conduit.length);
-    row[2] = static_cast<float>(area > 0.0 ? outflow / area : 0.0);
-    row[3] = rowvalues_interpolate(f, conduit.oldInflow, conduit.newInflow);
-    row[4] = static_cast<float>(outflow);
-    row[5] = rowvalues_interpolate(f, conduit.oldFlood, conduit.newFlood);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 6);
 }

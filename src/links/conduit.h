@@ -58,6 +58,3 @@ void conduit_update(int32_t link, int32_t node);
 
 /// Sends a flow (m3/s) with its concentrations (mg/L) through the store.
 void conduit_route(int32_t link, double inflow, const double* concentrations);
-
-/// Row of results: depth, volume, velocity, inflow, outflow, flood, then concentrations.
-void conduit_getResults(int32_t link, double f, float* row);

@@ -9,7 +9,6 @@
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Orifice> Orifices;
@@ -113,10 +112,4 @@ double orifice_getFlow(int32_t link, double depth) {
         default: break;  // a shape that only a host can set
     }
     return std::sqrt(head * TWO_G) * area * orifice.coefficient;
-}
-
-void orifice_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

@@ -22,6 +22,3 @@ int32_t orifice_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex
 
 /// Flow (m3/s) at a depth (m) in the tank.
 double orifice_getFlow(int32_t link, double depth);
-
-/// Row of results: flow, then concentrations.
-void orifice_getResults(int32_t link, double f, float* row);

@@ -12,7 +12,6 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "nodes/tank.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Pump> Pumps;
@@ -153,10 +152,4 @@ double pump_getFlow(int32_t index) {
         default: break;
     }
     return (flow < 0.0 ? 0.0 : flow) * link.setting;
-}
-
-void pump_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

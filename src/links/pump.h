@@ -26,6 +26,3 @@ void pump_setTarget(int32_t link);
 
 /// Flow (m3/s) at the present depth of the tank. 0 for a pump at any other node.
 double pump_getFlow(int32_t link);
-
-/// Row of results: flow, then concentrations.
-void pump_getResults(int32_t link, double f, float* row);

@@ -30,6 +30,3 @@ double weir_getLevel(int32_t link);
 
 /// Flow (m3/s) at a depth (m) in the tank.
 double weir_getFlow(int32_t link, double depth);
-
-/// Row of results: flow, then concentrations.
-void weir_getResults(int32_t link, double f, float* row);

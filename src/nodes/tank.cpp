@@ -18,7 +18,6 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "nodes/node.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Tank> Tanks;
@@ -288,18 +287,4 @@ void tank_update(int32_t index) {
     decayStored(tank, node, volume);
     sharePumps(tank, pumped);
     mixInflow(tank, node, curve);
-}
-
-// --- results -------------------------------------------------------------------------------------------------------
-
-void tank_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
-    const Tank& tank = getTank(index);
-    const double depth = rowvalues_mix(f, tank.oldDepth, tank.newDepth);
-    row[0] = static_cast<float>(depth);
-    row[1] = static_cast<float>(tank_getVolume(index, depth));
-    row[2] = rowvalues_interpolate(f, node.oldInflow, node.newInflow);
-    row[3] = rowvalues_interpolate(f, node.oldLatFlow, node.newLatFlow);
-    row[4] = rowvalues_interpolate(f, tank.oldFlood, tank.newFlood);
-    rowvalues_writeQuality(f, node.oldQual, node.newQual, project_pollutantCount(), row + 5);
 }

@@ -39,6 +39,3 @@ void tank_update(int32_t node);
 
 /// Volume (m3) at a depth (m). 0 without a curve.
 double tank_getVolume(int32_t node, double depth);
-
-/// Row of results: depth, volume, inflow, lateral inflow, flood, then concentrations.
-void tank_getResults(int32_t node, double f, float* row);
