@@ -382,21 +382,3 @@ void subcatch_countStep(Subcatch& s, double dt) {
         s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
     }
 }
-
-// --- results -------------------------------------------------------------------------------------------------------
-
-void subcatch_getResults(int32_t index, double f, float* row) {
-    const Subcatch& s = getSubcatch(index);
-    const double rain = s.gage >= 0 ? Gages[s.gage].reportRain * 3600000.0 : 0.0;
-    double runoff = (1.0 - f) * s.lastRunoff + f * s.thisRunoff;
-    if (runoff < s.area * DRY_RATE) {
-        runoff = 0.0;
-    }
-    row[0] = static_cast<float>(rain);
-    row[1] = static_cast<float>(s.evapRate * 86400000.0);
-    row[2] = static_cast<float>(s.infilRate * 3600000.0);
-    row[3] = static_cast<float>(runoff);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        row[4 + p] = static_cast<float>((1.0 - f) * s.lastQuality[p] + f * s.thisQuality[p]);
-    }
-}

@@ -110,6 +110,3 @@ void subcatch_addRunoff(double time);
 
 /// Adds a step of `dt` seconds to the statistics.
 void subcatch_countStep(Subcatch& subcatch, double dt);
-
-/// A row of results: rain, evaporation, infiltration, runoff, then concentrations. `f` weighs the newer state.
-void subcatch_getResults(int32_t subcatch, double f, float* row);

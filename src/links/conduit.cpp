@@ -18,7 +18,6 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
-#include "model/rowvalues.h"
 #include "model/statistics.h"
 #include "text/tokens.h"
 
@@ -392,20 +391,4 @@ void conduit_countStep(const Link& link, Conduit& conduit) {
     const double area = getArea(conduit, conduit.depth);
     statistics_keepMaximum(conduit.statMaxDepth, conduit.depth);
     statistics_keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
-}
-
-// --- results -------------------------------------------------------------------------------------------------------
-
-void conduit_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    const Conduit& conduit = Conduits[link.kindIndex];
-    const double area = getArea(conduit, conduit.depth);
-    const double outflow = rowvalues_mix(f, link.oldFlow, link.newFlow);
-    row[0] = static_cast<float>(conduit.depth);
-    row[1] = static_cast<float>(area * conduit.length);
-    row[2] = static_cast<float>(area > 0.0 ? outflow / area : 0.0);
-    row[3] = rowvalues_interpolate(f, conduit.oldInflow, conduit.newInflow);
-    row[4] = static_cast<float>(outflow);
-    row[5] = rowvalues_interpolate(f, conduit.oldFlood, conduit.newFlood);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 6);
 }

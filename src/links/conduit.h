@@ -69,6 +69,3 @@ void conduit_route(Link& link, Conduit& conduit, double inflow, const double* co
 
 /// Adds the depth and the velocity of a step to the statistics. The flow is divided by the area that it left behind.
 void conduit_countStep(const Link& link, Conduit& conduit);
-
-/// Row of results: depth, volume, velocity, inflow, outflow, flood, then concentrations.
-void conduit_getResults(int32_t link, double f, float* row);

@@ -9,7 +9,6 @@
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "model/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Orifice> Orifices;
@@ -101,10 +100,4 @@ double orifice_getFlow(const Link& link, const Orifice& orifice, double depth) {
         default: break;  // a shape that only a host can set
     }
     return std::sqrt(head * TWO_G) * area * orifice.coefficient;
-}
-
-void orifice_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

@@ -22,6 +22,3 @@ extern Table<Orifice> Orifices;
 
 /// Flow (m3/s) at a depth (m) in the tank.
 double orifice_getFlow(const Link& link, const Orifice& orifice, double depth);
-
-/// Row of results: flow, then concentrations.
-void orifice_getResults(int32_t link, double f, float* row);

@@ -11,7 +11,6 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
-#include "model/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Pump> Pumps;
@@ -126,10 +125,4 @@ double pump_getFlow(const Link& link, const Pump& pump, double depth) {
         default: break;
     }
     return (flow < 0.0 ? 0.0 : flow) * link.setting;
-}
-
-void pump_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

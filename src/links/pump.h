@@ -29,6 +29,3 @@ double pump_getTarget(const Link& link, const Pump& pump, double depth);
 
 /// Flow (m3/s) at a depth (m) of the tank.
 double pump_getFlow(const Link& link, const Pump& pump, double depth);
-
-/// Row of results: flow, then concentrations.
-void pump_getResults(int32_t link, double f, float* row);

@@ -9,7 +9,6 @@
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "model/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Weir> Weirs;
@@ -62,10 +61,4 @@ double weir_getFlow(const Link& link, const Weir& weir, double depth) {
         case TRIANGULAR_WEIR: return std::pow(depth - base, 2.5) * coefficient;
         default: return 0.0;  // a shape that only a host can set
     }
-}
-
-void weir_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

@@ -31,6 +31,3 @@ double weir_getLevel(const Link& link, const Weir& weir);
 
 /// Flow (m3/s) at a depth (m) in the tank.
 double weir_getFlow(const Link& link, const Weir& weir, double depth);
-
-/// Row of results: flow, then concentrations.
-void weir_getResults(int32_t link, double f, float* row);

@@ -264,47 +264,7 @@ double lidmono_getOutflow(const LidMono& mono) {
 double lidmono_getVolume(int32_t kindIndex) {
     const LidMono& mono = LidMonos[kindIndex];
     const Lid& lid = Lids[mono.lid];
-    // Of the soil the porosity stands for the depth, as in the concentrations below.
+    // Of the soil the porosity stands for the depth, as in the concentrations of the rows of results.
     return mono.area * (mono.surfaceLevel * lid.surfaceVoid + mono.pavementLevel * lid.pavementVoid +
                         mono.soilMoisture * lid.porosity + mono.storageLevel * lid.storageVoid);
-}
-
-/// Concentrations of a layer, mg/L, over its present volume (m3).
-static void setLayer(const double* lastMass, const double* thisMass, double volume, double f, float* row) {
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double last = lastMass ? lastMass[p] : 0.0;
-        const double now = thisMass ? thisMass[p] : 0.0;
-        row[p] = volume == 0.0 ? 0.0F : static_cast<float>(((1.0 - f) * last + f * now) / volume * 1000.0);
-    }
-}
-
-void lidmono_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
-    const LidMono& mono = getMono(index);
-    const Lid& lid = Lids[mono.lid];
-    const double u = 1.0 - f;
-    const double rain = mono.gage >= 0 ? Gages[mono.gage].reportRain * MM_PER_HOUR : 0.0;
-    const double values[] = {u * node.oldInflow + f * node.newInflow,
-                             u * node.oldLatFlow + f * node.newLatFlow,
-                             rain,
-                             mono.evapRate,
-                             u * mono.lastSurfaceFlow + f * mono.thisSurfaceFlow,
-                             mono.infilRate,
-                             u * mono.lastDrainFlow + f * mono.thisDrainFlow,
-                             mono.surfaceLevel,
-                             mono.soilMoisture,
-                             mono.storageLevel,
-                             mono.pavementLevel};
-    for (const double value : values) {
-        *row++ = static_cast<float>(value);
-    }
-    const int32_t count = project_pollutantCount();
-    setLayer(mono.lastSurfaceMass, mono.thisSurfaceMass, lid.surfaceVoid * mono.surfaceLevel * mono.area, f, row);
-    // Of the soil the volume is porosity times moisture here, not moisture times depth, which is its water: results
-    // have always shown its concentrations so.
-    setLayer(mono.lastSoilMass, mono.thisSoilMass, lid.porosity * mono.soilMoisture * mono.area, f, row + count);
-    setLayer(mono.lastStorageMass, mono.thisStorageMass, lid.storageVoid * mono.storageLevel * mono.area, f,
-             row + 2 * count);
-    setLayer(mono.lastPavementMass, mono.thisPavementMass, lid.pavementVoid * mono.pavementLevel * mono.area, f,
-             row + 3 * count);
 }

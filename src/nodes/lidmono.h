@@ -38,6 +38,3 @@ double lidmono_getOutflow(const LidMono& mono);
 
 /// Water of a node as the results of the whole system count it, m3.
 double lidmono_getVolume(int32_t kindIndex);
-
-/// A row of results: 11 values, then surface, soil, storage and pavement by pollutant. `f` weighs the newer state.
-void lidmono_getResults(int32_t node, double f, float* row);

@@ -525,22 +525,3 @@ void reactor_clearStatistics() {
         }
     }
 }
-
-void reactor_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
-    const Reactor& reactor = Reactors[node.kindIndex];
-    const double values[] = {reactor.storedVolume,
-                             (1.0 - f) * node.oldInflow + f * node.newInflow,
-                             (1.0 - f) * node.oldLatFlow + f * node.newLatFlow,
-                             (1.0 - f) * reactor.oldOutflow + f * reactor.newOutflow,
-                             reactor.surpassFlow,
-                             reactor.evapFlow,
-                             reactor.infilFlow,
-                             reactor.emptyingFlow};
-    for (const double value : values) {
-        *row++ = static_cast<float>(value);
-    }
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        *row++ = static_cast<float>((1.0 - f) * node.oldQual[p] + f * node.newQual[p]);
-    }
-}

@@ -88,8 +88,3 @@ double reactor_react(const Reactor& reactor, int32_t pollutant, double concentra
 void reactor_openStatistics();
 void reactor_countStep(Reactor& reactor);
 void reactor_clearStatistics();
-
-/// Fills a result row: stored volume, inflow, lateral inflow, outflow, surplus, evaporation, infiltration, emptying,
-/// and the concentrations. Flows are m3/s but for evaporation (mm/day) and infiltration (mm/h). `f` weighs old against
-/// new.
-void reactor_getResults(int32_t node, double f, float* row);

@@ -15,7 +15,6 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
-#include "model/rowvalues.h"
 #include "model/statistics.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
@@ -289,18 +288,4 @@ void tank_countStep(const Node& node, Tank& tank) {
     }
     statistics_keepMaximum(tank.statMaxDepth, tank.newDepth);
     tank.statFloodVolume += dt * tank.newFlood;
-}
-
-// --- results -------------------------------------------------------------------------------------------------------
-
-void tank_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
-    const Tank& tank = Tanks[node.kindIndex];
-    const double depth = rowvalues_mix(f, tank.oldDepth, tank.newDepth);
-    row[0] = static_cast<float>(depth);
-    row[1] = static_cast<float>(tank_getVolume(tank, depth));
-    row[2] = rowvalues_interpolate(f, node.oldInflow, node.newInflow);
-    row[3] = rowvalues_interpolate(f, node.oldLatFlow, node.newLatFlow);
-    row[4] = rowvalues_interpolate(f, tank.oldFlood, tank.newFlood);
-    rowvalues_writeQuality(f, node.oldQual, node.newQual, project_pollutantCount(), row + 5);
 }

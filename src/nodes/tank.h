@@ -46,6 +46,3 @@ double tank_getVolume(const Tank& tank, double depth);
 
 /// Adds the depth and the flood of a step to the statistics and the totals.
 void tank_countStep(const Node& node, Tank& tank);
-
-/// Row of results: depth, volume, inflow, lateral inflow, flood, then concentrations.
-void tank_getResults(int32_t node, double f, float* row);

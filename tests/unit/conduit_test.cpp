@@ -9,6 +9,7 @@
 #include "links/transect.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 static const double PI = std::acos(-1.0);
@@ -425,13 +426,13 @@ TEST(ConduitRow, MixesOldAndNewButForDepthAndVolume) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[7];
-    conduit_getResults(findLink("C"), 0.25, row);
+    rows_fill(CONDUIT_TABLE, findLink("C"), 0.25, row);
     const float expected[] = {0.5f, 100.0f, 3.0f, 1.25f, 3.0f, 3.0f, 7.0f};
     for (int k = 0; k < 7; ++k) {
         EXPECT_EQ(row[k], expected[k]) << k;
     }
     conduit.depth = 0.0;
-    conduit_getResults(findLink("C"), 0.25, row);
+    rows_fill(CONDUIT_TABLE, findLink("C"), 0.25, row);
     EXPECT_EQ(row[2], 0.0f);  // no velocity without an area
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 static constexpr double G2 = 19.62;
@@ -175,7 +176,7 @@ TEST(OrificeRow, MixesOldAndNew) {
     link.oldQual[1] = 0.0;
     link.newQual[1] = 1.0;
     float row[3];
-    orifice_getResults(findLink("O"), 0.25, row);
+    rows_fill(ORIFICE_TABLE, findLink("O"), 0.25, row);
     EXPECT_EQ(row[0], 1.25f);
     EXPECT_EQ(row[1], 7.0f);
     EXPECT_EQ(row[2], 0.25f);

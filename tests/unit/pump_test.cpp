@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 static constexpr const char* CURVES =
@@ -225,7 +226,7 @@ TEST(PumpRow, MixesOldAndNew) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    pump_getResults(findLink("P"), 0.5, row);
+    rows_fill(PUMP_TABLE, findLink("P"), 0.5, row);
     EXPECT_EQ(row[0], 1.5f);
     EXPECT_EQ(row[1], 6.0f);
 }

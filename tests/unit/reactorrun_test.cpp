@@ -10,6 +10,7 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "results/massbal.h"
+#include "results/rows.h"
 #include "routing/routing.h"
 #include "support/reactors.h"
 
@@ -299,7 +300,7 @@ TEST_F(ReactorTest, RowHoldsPresentAndInterpolatedValues) {
     r.emptyingFlow = 8.5;
     float row[11];
     row[10] = -1.0f;
-    reactor_getResults(tarnvelde_findObject(1, "R"), 0.25, row);
+    rows_fill(REACTOR_TABLE, tarnvelde_findObject(1, "R"), 0.25, row);
     const float expected[] = {77.0f, 1.25f, 3.5f, 0.5625f, 0.125f,
                               4.5f,  6.5f,  8.5f, 11.0f,   static_cast<float>(0.75 * 0.1 + 0.25 * 0.3),
                               -1.0f};

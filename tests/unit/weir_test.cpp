@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 /// A tank with the weir W, whose line goes on behind the two nodes as given.
@@ -178,7 +179,7 @@ TEST(WeirRow, MixesOldAndNew) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    weir_getResults(findLink("W"), 0.75, row);
+    rows_fill(WEIR_TABLE, findLink("W"), 0.75, row);
     EXPECT_EQ(row[0], 1.75f);
     EXPECT_EQ(row[1], 5.0f);
 }
