@@ -95,6 +95,7 @@ void cases_addExamples(std::vector<Case>& cases, const std::string& examples);
 void cases_addNetworks(std::vector<Case>& cases);
 void cases_addTowns(std::vector<Case>& cases);
 void cases_addStorage(std::vector<Case>& cases);
+void cases_addEdges(std::vector<Case>& cases);
 void cases_addLand(std::vector<Case>& cases);
 void cases_addLids(std::vector<Case>& cases);
 void cases_addReading(std::vector<Case>& cases);

@@ -29,6 +29,7 @@ std::vector<Case> cases_makeAll(const std::string& examples) {
     cases_addNetworks(cases);
     cases_addTowns(cases);
     cases_addStorage(cases);
+    cases_addEdges(cases);
     cases_addLand(cases);
     cases_addLids(cases);
     cases_addReading(cases);
