@@ -64,6 +64,11 @@ void addTanks(std::vector<Case>& cases) {
         "[PUMPS]\nP1 T O1 STEPS NO ON 0.9 0.3\nP2 T O2 RISE NO ON 0 0\n[WEIRS]\nW1 T O1 NO RECTANGULAR 1.8 1 9 "
         "0\n[ORIFICES]\n"
         "R1 T O1 NO CIRCULAR 0.6 9 1\n");
+    // Nothing takes water but the flood.
+    add("edges-flood", "2 2.5",
+        "[PUMPS]\nP1 T O1 STEPS NO OFF 0 0\nP2 T O2 RISE NO OFF 0 0\n[WEIRS]\nW1 T O1 NO RECTANGULAR 1.8 1 9 "
+        "0\n[ORIFICES]\n"
+        "R1 T O1 NO CIRCULAR 0.6 9 1\n");
     add("edges-no-depth", "0 0.5",
         "[PUMPS]\nP1 T O1 STEPS NO ON 0 0\nP2 T O2 RISE NO ON 0 0\n[WEIRS]\nW1 T O1 NO RECTANGULAR 1.8 1 0 "
         "0\n[ORIFICES]\n"
