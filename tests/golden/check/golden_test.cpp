@@ -163,27 +163,27 @@ std::vector<std::string> listKept() {
 
 /// One line for each artefact that isn't what is kept.
 std::string compare(const Hashes& kept, const Hashes& made) {
-    std::string differences;
+    std::ostringstream differences;
     for (const auto& [artefact, sum] : kept) {
         const auto found = made.find(artefact);
         if (found == made.end()) {
-            differences += "  " + artefact + " is missing\n";
+            differences << "  " << artefact << " is missing\n";
         } else if (found->second != sum) {
-            differences += "  " + artefact + " differs: " + found->second + ", kept is " + sum + "\n";
+            differences << "  " << artefact << " differs: " << found->second << ", kept is " << sum << '\n';
         }
     }
     for (const auto& [artefact, sum] : made) {
         if (kept.find(artefact) == kept.end()) {
-            differences += "  " + artefact + " is new: " + sum + "\n";
+            differences << "  " << artefact << " is new: " << sum << '\n';
         }
     }
-    return differences;
+    return differences.str();
 }
 
 int remake(const std::string& library) {
     const std::map<std::string, Hashes> kept = readKept();
     WorkFolder folder;
-    std::string text;
+    std::ostringstream text;
     for (const std::string& name : listCases()) {
         Hashes hashes;
         const std::string failure = runCase(library, name, folder.path, hashes);
@@ -197,10 +197,10 @@ int remake(const std::string& library) {
             std::printf("%s\n%s", name.c_str(), differences.c_str());
         }
         for (const auto& [artefact, sum] : hashes) {
-            text += name + " " + artefact + " " + sum + "\n";
+            text << name << ' ' << artefact << ' ' << sum << '\n';
         }
     }
-    std::ofstream(GOLDEN_HASHES, std::ios::binary) << text;
+    std::ofstream(GOLDEN_HASHES, std::ios::binary) << text.str();
     return 0;
 }
 

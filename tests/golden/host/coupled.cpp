@@ -29,7 +29,7 @@ std::string makeDistricts(const std::string& between, int steps, int step) {
     return coupled_getGeneral(steps, step) + feeds() +
            "[SUBCATCHS]\nLAND G SW 1 100 60 1 0.013 0.2 1 3 40 4 4 5 0\n[JUNCTIONS]\nJ\nK\n[SWMM_INPS]\nSW a.inp YES\n"
            "INFLOW IN FROM_J\nINFLOW MID LAND\nOUTFLOW OUT TO_X\nOUTFLOW SIDE TO_O\nSX b.inp NO\nINFLOW IN TO_X\n"
-           "INFLOW IN FROM_K\nOUTFLOW OUT LAST\n[OUTFALLS]\nO\n" +
+           "INFLOW KIN FROM_K\nOUTFLOW OUT LAST\n[OUTFALLS]\nO\n" +
            between + "[CONNECTIONS]\nFROM_J J SW NO 60\nTO_O SW O NO 300\n[PIPES]\nFROM_K K SX NO " +
            std::to_string(2 * step) + " 1 0.2 0\n[CONDUITS]\nLAST SX O NO 900 0.3 0.02 CIRCULAR 0.6\n" +
            "[CONTROL_RULES]\nRULE GATE\nIF JUNCTION J INFLOW > 0.025\nTHEN SWMM SW R1 SETTING = 0.3\n"
@@ -43,8 +43,10 @@ std::vector<File> makeDistrictFiles(const std::string& between, int steps, int s
             {"a.inp", period + first +
                           "substances B A\nnode IN\nnode MID\nnode OUT\nnode SIDE\nreach R1 IN MID 1800 20 50 9\n"
                           "reach R2 MID OUT 900\nspring SIDE 0.003 12 4\n"},
-            {"b.inp",
-             period + second + "substances A X B\nnode IN\nnode OUT\nreach R1 IN OUT 2400 5 80\ngage RG IN 500\n"}};
+            {"b.inp", period + second +
+                          "substances A X B\nnode IN\nnode KIN\nnode BIN\nnode OUT\nreach R1 IN OUT 2400 5 80\nreach "
+                          "R2 KIN OUT 600\n"
+                          "reach R3 BIN OUT 0\ngage RG IN 500\n"}};
 }
 
 void addDistricts(std::vector<Case>& cases) {
@@ -71,6 +73,27 @@ std::string makePlant(int steps, int step) {
            std::to_string(4 * step) + " 1 0.2 0\n" + VORN_ALL;
 }
 
+/// What comes back to a district a step late, over a lagged link.
+void addLagged(std::vector<Case>& cases) {
+    std::vector<File> files =
+        makeDistrictFiles("[CONNECTIONS]\nTO_X SW SX NO 450\n", 50, 675, "step 675\n", "step 300\n");
+    std::string& text = files[0].text;
+    const auto insert = [&](const std::string& behind, const std::string& lines) {
+        text.insert(text.find(behind) + behind.size(), lines);
+    };
+    insert("INFLOW KIN FROM_K\n", "INFLOW BIN BACK\nOUTFLOW OUT BEYOND\n");
+    insert("INFLOW IN FROM_J\n", "INFLOW MID LATE\n");
+    text +=
+        "[SPLITTERS]\nSP BACK RATIO 0.4\nSP2 LATE FLOW 0.004\n[PIPES]\nBACK SP SX YES 1350 2 0.2 0\n"
+        "REST SP O NO 675 1 0 0\n[CONNECTIONS]\nBEYOND SX SP NO 0\nLATE SP2 SW YES 100\nEARLY SP2 O NO 0\n"
+        "[SWMM_INPS]\nSY c.inp NO\nINFLOW A TO_Y\nOUTFLOW B TO_SP2\n[CONNECTIONS]\nTO_Y L SY YES 0\nTO_SP2 SY SP2 NO "
+        "30\n"
+        "[JUNCTIONS]\nL\n[DWFS]\nL FLOW 0.02 H\nL A 33 \"\"\nL B 12 H\n";
+    files.push_back(
+        {"c.inp", coupled_getPeriod(50, 675) + "step 675\nsubstances A B\nnode A\nnode B\nreach R A B 2000 3 9 9\n"});
+    cases.push_back({"coupled-lagged", files, script_runCoupled});
+}
+
 void addPlants(std::vector<Case>& cases) {
     cases.push_back({"coupled-plant",
                      {{"model.inp", makePlant(48, 675)}, {"p.sti", coupled_getPeriod(48, 675) + WORKS}},
@@ -81,6 +104,7 @@ void addPlants(std::vector<Case>& cases) {
           {"p.sti", coupled_getPeriod(200, 60) + "influent RAW\ninfluent RAIN\neffluent CLEAR\neffluent MUD 0.1\n"
                                                  "step 45 60\nbasin 900 10 100 5 0 1 50 90\n"}},
          script_runCoupled});
+    addLagged(cases);
     cases.push_back({"coupled-all-kinds", coupled_makeAllKinds(96), script_runCoupled});
 }
 

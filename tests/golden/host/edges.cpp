@@ -64,6 +64,13 @@ void addTanks(std::vector<Case>& cases) {
         "[PUMPS]\nP1 T O1 STEPS NO ON 0.9 0.3\nP2 T O2 RISE NO ON 0 0\n[WEIRS]\nW1 T O1 NO RECTANGULAR 1.8 1 9 "
         "0\n[ORIFICES]\n"
         "R1 T O1 NO CIRCULAR 0.6 9 1\n");
+    // Crests that are nearly the same, and levels out of their order.
+    add("edges-levels", "2 0.5",
+        "[PUMPS]\nP1 T O1 RISE NO OFF 1.2 0.4\nP2 T O2 RISE NO OFF 0 0\n[WEIRS]\nW1 T O1 NO RECTANGULAR 1.8 0.1 1 0\n"
+        "W2 T O2 NO TRIANGULAR 1.4 1 0.99999999999 0\nW3 T O2 NO RECTANGULAR 1.4 0.2 1.2 0\n"
+        "W4 T O2 NO RECTANGULAR 1.4 0.3 0.8 0.2\n[ORIFICES]\nR1 T O1 NO CIRCULAR 0.62 0.30000000000004 0.2\n"
+        "R2 T O2 NO RECTANGULAR 0.6 0.30000000000002 0.2 0.1\nR3 T O2 NO CIRCULAR 0.65 0.3 0.15\n"
+        "R4 T O1 NO CIRCULAR 0.65 0.1 0.05\nR5 T O1 NO CIRCULAR 0.65 0.2 0.05\nR6 T O1 NO CIRCULAR 0.6 0.5 0.05\n");
     // Nothing takes water but the flood.
     add("edges-flood", "2 2.5",
         "[PUMPS]\nP1 T O1 STEPS NO OFF 0 0\nP2 T O2 RISE NO OFF 0 0\n[WEIRS]\nW1 T O1 NO RECTANGULAR 1.8 1 9 "

@@ -33,7 +33,7 @@ std::string makeTree(const Tree& tree) {
     int links = 0;
     const auto add = [&](int from) {
         const int to = from + 1 + random.pick(5);
-        const std::string id = name("L", links++);
+        std::string id = name("L", links++);
         addLink(random, sections, tree,
                 id + " " + name("N", from) + " " + (to < tree.nodes ? name("N", to) : name("OUT", to % 2)) + " NO ",
                 id);

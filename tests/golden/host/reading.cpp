@@ -64,27 +64,28 @@ std::string mixUp(const std::string& text, uint64_t seed, int rate) {
                                  "FIRST", "FLOW", "2.5", "RULE", "IF",   "AND",  "THEN", "1,5", "Q0",  "L1"};
     Random random(seed);
     std::istringstream lines(text);
-    std::string whole, section;
+    Text whole;
+    std::string section;
     for (std::string line; std::getline(lines, line);) {
         if (line[0] == '[') {
             section = line;
         }
         if (section == "[GENERAL]" || line[0] == '[' || !random.isOneOf(rate)) {
-            whole += line + "\n";
+            whole << line << "\n";
             continue;
         }
         std::istringstream stream(line);
         for (std::string word; stream >> word;) {
             switch (random.pick(10)) {
-                case 0: whole += std::string(words[random.pick(20)]) + " "; break;
+                case 0: whole << words[random.pick(20)] << " "; break;
                 case 1: break;
-                case 2: whole += word + " " + word + " "; break;
-                default: whole += word + " "; break;
+                case 2: whole << word << " " << word << " "; break;
+                default: whole << word << " "; break;
             }
         }
-        whole += "\n";
+        whole << "\n";
     }
-    return whole;
+    return whole.text;
 }
 
 }  // namespace

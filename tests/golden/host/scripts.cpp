@@ -194,6 +194,15 @@ void script_nothing(Host& host) {
     CALL(getSetting, "OR", nullptr);
     CALL(getParam, 3, "T", 0, nullptr);
     CALL(getResult, 3, nullptr, 0, nullptr);
+    for (const Object& object : host.objects) {
+        CALL(getResult, object.code, object.id.c_str(), 0, nullptr);
+        CALL(getParam, object.code, object.id.c_str(), 1, nullptr);
+        CALL(setParam, object.code, nullptr, 1, 1.0);
+    }
+    CALL(setSwmmExtInflow, "SW", nullptr, 1.0);
+    CALL(setSwmmSetting, "SW", nullptr, 1.0);
+    CALL(setSetting, nullptr, 1.0);
+    CALL(setTankDepth, nullptr, 1.0);
     CALL(getSwmmResult, "SW", 1, nullptr, 4, nullptr);
     CALL(getSwmmObjID, "SW", 1, 0, nullptr);
     CALL(setSwmmExtLoad, "SW", "OUT", nullptr, 1.0);

@@ -59,16 +59,19 @@ void addTanks(std::vector<Case>& cases) {
 // --- conduits --------------------------------------------------------------------------------------------------------
 
 std::string makeConduits(const std::vector<std::string>& shapes, const char* share, const char* options) {
-    std::string text = begin(240, options), junctions, conduits, inflows, decay;
+    Sections sections;
+    for (const char* section : {"JUNCTIONS", "CONDUITS", "DECAY_COEFFICIENT", "INFLOWS"}) {
+        sections[section];
+    }
     for (size_t k = 0; k < shapes.size(); ++k) {
         const std::string node = name("J", static_cast<int>(k)), id = name("C", static_cast<int>(k));
-        junctions += node + "\n";
-        conduits += id + " " + node + " O NO " + shapes[k] + "\n";
-        inflows += feed(node, share).substr(10);
-        decay += id + " LINK A FIRST 20 DAY\n";
+        sections["JUNCTIONS"] << node << "\n";
+        sections["CONDUITS"] << id << " " << node << " O NO " << shapes[k] << "\n";
+        sections["INFLOWS"] << feed(node, share).substr(10);
+        sections["DECAY_COEFFICIENT"] << id << " LINK A FIRST 20 DAY\n";
     }
-    return text + "[JUNCTIONS]\n" + junctions + "[OUTFALLS]\nO\n[CONDUITS]\n" + conduits + "[DECAY_COEFFICIENT]\n" +
-           decay + "[INFLOWS]\n" + inflows + WAVE + town_getTables() + "[CURVES]\nCLOSED TRANSECT 0 0 1 1 2 2\n";
+    return begin(240, options) + "[OUTFALLS]\nO\n" + sections.text() + WAVE + town_getTables() +
+           "[CURVES]\nCLOSED TRANSECT 0 0 1 1 2 2\n";
 }
 
 void addConduits(std::vector<Case>& cases) {

@@ -110,7 +110,7 @@ void addConduit(Maker& maker, const std::string& id, const std::string& ends) {
 /// A link of a kind that may start anywhere but at a tank.
 std::string addLink(Maker& maker, const std::string& from, const std::string& to, bool isLagged = false) {
     Random& random = maker.random;
-    const std::string id = name("L", maker.links++);
+    std::string id = name("L", maker.links++);
     const std::string ends = id + " " + from + " " + to + (isLagged ? " YES " : " NO ");
     switch (random.pick(5)) {
         case 0:
