@@ -120,8 +120,10 @@ void addNode(int32_t index, double f, float* row) {
         add##token(index, f, row); \
         break;
 #include "results/columns.def"
-        case SWMM: swmm_addFlows(node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]); break;
         default: break;
+    }
+    if (node.kind == SWMM) {  // a kind without a table of its own
+        swmm_addFlows(node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]);
     }
 }
 
