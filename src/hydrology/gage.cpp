@@ -11,6 +11,7 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "text/number.h"
 #include "text/tokens.h"
 
 Table<Gage> Gages;
@@ -35,7 +36,7 @@ static bool readInterval(const char* text, int32_t* interval) {
     if (!(seconds > 0.0 && seconds <= 2147483647.0)) {
         return false;
     }
-    *interval = project_truncate(seconds);
+    *interval = number_truncate(seconds);
     return true;
 }
 

@@ -19,6 +19,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "text/number.h"
 #include "text/tokens.h"
 
 Table<Conduit> Conduits;
@@ -215,7 +216,7 @@ static int32_t findInterval(double fullDepth, double y) {
             return -1;
         }
         // The depths rise evenly: the interval is the one guessed, or the next.
-        i = std::clamp(project_truncate(y / fullDepth * 100.0), 0, GEOMETRY_COUNT - 1);
+        i = std::clamp(number_truncate(y / fullDepth * 100.0), 0, GEOMETRY_COUNT - 1);
         while (i > 0 && getTableDepth(fullDepth, i) >= y) {
             --i;
         }

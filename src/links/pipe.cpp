@@ -18,6 +18,7 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/prefetch.h"
+#include "text/number.h"
 #include "text/tokens.h"
 
 Table<Pipe> Pipes;
@@ -49,7 +50,7 @@ int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
     link_setHead(link, PIPE, kindIndex, head);
     Pipe& pipe = Pipes[kindIndex];
     pipe.k = values[0];
-    pipe.n = project_truncate(values[1]);
+    pipe.n = number_truncate(values[1]);
     pipe.x = values[2];
     pipe.maxFlow = values[3];
     return ERR_NONE;

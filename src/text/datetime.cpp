@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "model/project.h"
 #include "text/tokens.h"
 
 int32_t DateFormat = 0;
