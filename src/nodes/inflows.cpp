@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "model/arena.h"
-#include "model/curve.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/project.h"
+#include "model/timeseries.h"
 #include "platform/memory.h"
 #include "text/tokens.h"
 
@@ -69,7 +69,7 @@ static int32_t storeExternal(Node& node, const ExtInflow& values) {
     *record = values;
     record->next = next;
     if (values.series >= 0) {
-        TimeSeries[values.series].isUsedByInflow = 1;
+        TimeSeries[values.series].isUsedByInflow = true;
     }
     return ERR_NONE;
 }
@@ -185,7 +185,8 @@ void inflows_openRun() {
 static double getExternalValue(const ExtInflow& record, DateTime date) {
     double value = record.baseline;
     if (record.series >= 0) {
-        value += curve_lookup(TimeSeries[record.series], date) * record.scale;
+        Series& series = TimeSeries[record.series];
+        value += timeseries_lookup(series, series.cursor, date) * record.scale;
     }
     return value;
 }

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "coupling/swmm.h"
-#include "model/curve.h"
+#include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "results/records.h"
 #include "results/rows.h"
@@ -44,25 +44,10 @@ void fillLand(double f, float* row) {
 
 // --- inflows -------------------------------------------------------------------------------------------------------
 
-/// Looks up a series and puts its cursor back: a look at results must not move what the simulation reads next.
-double lookUpSeries(Curve& table, DateTime date) {
-    const double x1 = table.x1, y1 = table.y1, x2 = table.x2, y2 = table.y2;
-    const double lastDate = table.lastDate;
-    const int32_t thisEntry = table.thisEntry;
-    const int64_t position = table.file.file ? textfile_getPosition(table.file) : 0;
-    const bool isAtEnd = table.file.isAtEnd;
-    const double value = curve_lookup(table, date);
-    table.x1 = x1;
-    table.y1 = y1;
-    table.x2 = x2;
-    table.y2 = y2;
-    table.lastDate = lastDate;
-    table.thisEntry = thisEntry;
-    if (table.file.file) {
-        textfile_setPosition(table.file, position);
-        table.file.isAtEnd = isAtEnd;
-    }
-    return value;
+/// Looks up a series by a cursor of its own: a look at results must not move what the simulation reads next.
+double lookUpSeries(Series& series, DateTime date) {
+    SeriesCursor cursor = series.cursor;
+    return timeseries_lookup(series, cursor, date);
 }
 
 /// The external flow of a node, m3/s: its first flow record alone.
