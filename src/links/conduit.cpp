@@ -236,14 +236,6 @@ static int32_t findAreaInterval(const Conduit& conduit, const double* table, dou
     return found != end ? static_cast<int32_t>(found - table) : -1;
 }
 
-/// The value at x on the line between two points; their mean if they stand at the same x.
-static double interpolate(double x, double x1, double x2, double y1, double y2) {
-    if (std::fabs(x2 - x1) < 1.0e-20) {
-        return (y1 + y2) / 2.0;
-    }
-    return (x - x1) * (y2 - y1) / (x2 - x1) + y1;
-}
-
 static double getTabledArea(const Conduit& conduit, double y) {
     const double* table = getTable(conduit);
     if (!table || !(y > 0.0)) {
@@ -255,7 +247,7 @@ static double getTabledArea(const Conduit& conduit, double y) {
     }
     const double lower = i > 0 ? getTableDepth(conduit.fullDepth, i) : 0.0;
     const double upper = getTableDepth(conduit.fullDepth, i + 1);
-    return interpolate(y, lower, upper, i > 0 ? table[i - 1] : 0.0, table[i]);
+    return curve_interpolate({lower, i > 0 ? table[i - 1] : 0.0}, {upper, table[i]}, y);
 }
 
 static double getArea(const Conduit& conduit, double y) {
@@ -283,7 +275,7 @@ static double getTabledDepth(const Conduit& conduit, double volume, double fullV
     }
     const double lower = i > 0 ? getTableDepth(conduit.fullDepth, i) : 0.0;
     const double upper = getTableDepth(conduit.fullDepth, i + 1);
-    const double depth = interpolate(area, i > 0 ? table[i - 1] : 0.0, table[i], lower, upper);
+    const double depth = curve_interpolate({i > 0 ? table[i - 1] : 0.0, lower}, {table[i], upper}, area);
     return depth > conduit.fullDepth ? conduit.fullDepth : depth;
 }
 
