@@ -329,13 +329,13 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
 static void mixAndDecay(Link& link, Conduit& conduit, double stored, double inflow, const double* concentrations) {
-    const DateTime date = conduit.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         double mixed = 0.0;
         if (inflow + stored > 0.0) {
             mixed = (stored * link.oldQual[p] + inflow * concentrations[p]) / (inflow + stored);
         }
-        const double left = decay_getFactor(conduit.decay[p], date, RoutingStep);
+        const double left = decay_getFactor(conduit.decay[p], hour, RoutingStep);
         link.newQual[p] = mixed * left;
         QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / 1000.0;
     }

@@ -285,17 +285,17 @@ const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant
     return list;
 }
 
-double inflows_dryWeatherValue(const DwfInflow& record, DateTime date) {
-    return record.average * pattern_hourlyFactor(record.pattern, date);
+double inflows_dryWeatherValue(const DwfInflow& record, int32_t hour) {
+    return record.average * pattern_getFactor(record.pattern, hour);
 }
 
-static void applyDryWeather(Node& node, const DwfInflow* flowRecord, DateTime date) {
-    const double flow = flowRecord ? inflows_dryWeatherValue(*flowRecord, date) : 0.0;
+static void applyDryWeather(Node& node, const DwfInflow* flowRecord, int32_t hour) {
+    const double flow = flowRecord ? inflows_dryWeatherValue(*flowRecord, hour) : 0.0;
     node.newLatFlow += flow;
     FlowTotals.dryWeatherInflow += RoutingStep * flow;
     for (const DwfInflow* record = node.dwfInflow; record; record = record->next) {
         if (record->pollutant >= 0) {
-            const double load = inflows_dryWeatherValue(*record, date) * flow / 1000.0;
+            const double load = inflows_dryWeatherValue(*record, hour) * flow / 1000.0;
             node.massInflow[record->pollutant] += load;
             QualTotals[record->pollutant].dryWeatherInflow += RoutingStep * load;
         }
@@ -303,6 +303,7 @@ static void applyDryWeather(Node& node, const DwfInflow* flowRecord, DateTime da
 }
 
 void inflows_applyDryWeather(DateTime date) {
+    const int32_t hour = datetime_getHour(date);
     static constexpr size_t AHEAD = 8;
     for (size_t k = 0; k < NodesWithDryWeather.size(); ++k) {
         if (k + AHEAD < NodesWithDryWeather.size()) {
@@ -311,6 +312,6 @@ void inflows_applyDryWeather(DateTime date) {
             memory_fetch(NodesWithDryWeather[k + AHEAD / 2].flow);
         }
         const DryWeatherNode& entry = NodesWithDryWeather[k];
-        applyDryWeather(Nodes[entry.node], entry.flow, date);
+        applyDryWeather(Nodes[entry.node], entry.flow, hour);
     }
 }

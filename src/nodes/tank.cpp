@@ -221,9 +221,9 @@ static double floodExcess(Tank& tank, double full, double volume) {
 /// The decayed mass is that of the water left behind the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
 static void decayStored(Tank& tank, Node& node, double volume) {
-    const DateTime date = tank.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double left = decay_getFactor(tank.decay[p], date, RoutingStep);
+        const double left = decay_getFactor(tank.decay[p], hour, RoutingStep);
         const double before = tank.qual[p];
         tank.qual[p] = before * left;
         node.newQual[p] = tank.qual[p];

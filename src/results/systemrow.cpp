@@ -73,13 +73,13 @@ void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t&
     }
 }
 
-void addInflows(const Node& node, double f, DateTime date, float* row) {
+void addInflows(const Node& node, double f, DateTime date, int32_t hour, float* row) {
     add(row[SYSTEM_TOTAL_INFLOW], rowvalues_mix(f, node.oldInflow, node.newInflow));
     if (node.extInflow) {
         add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(node, date));
     }
     if (const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1)) {
-        add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, date));
+        add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, hour));
     }
 }
 
@@ -131,10 +131,11 @@ void rows_fillSystem(DateTime date, double networkFactor, double landFactor, flo
     std::stable_sort(requests.begin(), requests.end(),
                      [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
     size_t hostPlace = 0;
+    const int32_t hour = datetime_getHour(date);
     const auto nodeCount = Nodes.size();
     for (int32_t k = 0; k < nodeCount; ++k) {
         const Node& node = Nodes[k];
-        addInflows(node, networkFactor, date, row);
+        addInflows(node, networkFactor, date, hour, row);
         addHostFlows(requests, k, hostPlace, row);
         addNode(k, networkFactor, row);
     }
