@@ -15,6 +15,7 @@
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "tarnvelde.h"
+#include "text/number.h"
 
 namespace {
 
@@ -46,7 +47,7 @@ void write(const Parameter& parameter, double value) {
     if (parameter.number) {
         *parameter.number = value;
     } else {
-        *parameter.integer = project_truncate(value);
+        *parameter.integer = number_truncate(value);
     }
 }
 

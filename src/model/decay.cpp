@@ -11,10 +11,9 @@
 #include "model/pattern.h"
 #include "model/project.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
-
-static constexpr double SECONDS_PER_DAY = 86400.0;
 
 Decay* decay_create() {
     Decay* decays = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
@@ -54,11 +53,11 @@ int32_t decay_readItems(const Tokens& tokens, Decay* decays) {
     return ERR_NONE;
 }
 
-double decay_getFactor(Decay& decay, DateTime date, double seconds) {
+double decay_getFactor(Decay& decay, int32_t hour, double seconds) {
     if (decay.type != FIRST_ORDER) {
         return 1.0;
     }
-    const double exponent = -pattern_hourlyFactor(decay.pattern, date) * decay.k * seconds;
+    const double exponent = -pattern_getFactor(decay.pattern, hour) * decay.k * seconds;
     if (exponent == 0.0) {
         return 1.0;
     }

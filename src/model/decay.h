@@ -30,5 +30,5 @@ bool decay_isAny(const Decay* decays);
 /// error index, or 0.
 [[nodiscard]] int32_t decay_readItems(const Tokens& tokens, Decay* decays);
 
-/// The share of a concentration that is left after `seconds` in the hour of `date`: 1 without decay.
-double decay_getFactor(Decay& decay, DateTime date, double seconds);
+/// The share of a concentration that is left after `seconds` in an hour of the day: 1 without decay.
+double decay_getFactor(Decay& decay, int32_t hour, double seconds);

@@ -23,6 +23,7 @@
 #include "model/errors.h"
 #include "model/pattern.h"
 #include "model/project.h"
+#include "model/timeseries.h"
 #include "model/topology.h"
 #include "nodes/inflows.h"
 #include "nodes/lidmono.h"
@@ -132,6 +133,7 @@ void objects_create() {
     createTable(Polluts, ObjectCount[POLLUT]);
     landuse_createAll();
     curve_createAll();
+    timeseries_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createTable(Converters, ObjectCount[CONVERTER]);
     lid_createTables();
@@ -166,6 +168,7 @@ void objects_delete() {
     Polluts = {};
     Landuses = {};
     lid_deleteTables();
+    timeseries_deleteAll();
     curve_deleteAll();
     Patterns = {};
     rule_deleteAll();
