@@ -28,7 +28,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 differing=0
 
-# both FOLDER WORDS...: the host with either library and these words, in FOLDER/old and FOLDER/new. Differing ends count too.
+# both FOLDER WORDS...: the host with either library and these words, in FOLDER/old and FOLDER/new. Both must end alike.
 both() {
     local folder=$1 status_old=0 status_new=0 job
     shift
@@ -94,8 +94,11 @@ compare_results() {
 
 # count LIBRARY NAME STEPS FILE: instructions of opening, starting and so many steps.
 count() {
-    valgrind --tool=callgrind --callgrind-out-file=/dev/null "$host" "$1" --bench "$2" "$3" "$4.folder" >"$4.log" 2>&1 ||
-        { cat "$4.log" >&2; return 1; }
+    if ! valgrind --tool=callgrind --callgrind-out-file=/dev/null \
+        "$host" "$1" --bench "$2" "$3" "$4.folder" >"$4.log" 2>&1; then
+        cat "$4.log" >&2
+        return 1
+    fi
     sed -n 's/.*Collected : *//p' "$4.log" >"$4"
 }
 
