@@ -179,7 +179,8 @@ static int32_t startRun(int32_t saveMode) {
         return refuseCall();
     }
     ElapsedDays = 0.0;
-    NewRunoffTime = NewRoutingTime = 0.0;
+    runoff_resetClock();
+    routing_resetClock();
     SaveMode = saveMode;
     ReportTime = ReportStep * 1000.0;
     IsStarted = 1;  // whatever happens below, so that the end lets go of it
@@ -224,7 +225,7 @@ static double advanceModel() {
     }
     routing_step();
     routing_countStep();
-    NewRoutingTime = time;
+    routing_cutClock(time);
     return time;
 }
 

@@ -8,5 +8,8 @@ void runoff_limitStep();
 void runoff_open();
 void runoff_close();
 
+/// Puts the runoff clock to the start of a run. Nobody but this room moves it.
+void runoff_resetClock();
+
 /// Advances rain and runoff of the whole project by one runoff step. Nothing happens while an error stands.
 void runoff_advance();

@@ -27,6 +27,17 @@ inline void prefetch_arrays(const Link& link) {
     memory_fetch(link.oldQual);
 }
 
+/// Both states of the concentrations of a node.
+inline void prefetch_states(const Node& node) {
+    memory_fetch(node.newQual);
+    memory_fetch(node.oldQual);
+}
+
+/// A record of one line of memory, or the first line of a longer one; null will do.
+inline void prefetch_line(const void* record) {
+    memory_fetch(record);
+}
+
 /// What a pipe that is offered water will touch: its sums, and if it fires, its second line and its reaches.
 template <class Pipe>
 void prefetch_offer(const Pipe& pipe, const Link& link, double fireTime) {
@@ -36,6 +47,12 @@ void prefetch_offer(const Pipe& pipe, const Link& link, double fireTime) {
         memory_fetch(pipe.sumMass + 8);  // the next line, where the reaches are
         memory_fetch(&link);
     }
+}
+
+/// The reaches of a pipe.
+template <class Pipe>
+void prefetch_reaches(const Pipe& pipe) {
+    memory_fetch(pipe.storage);
 }
 
 /// Two pipes that the roll comes to soon: of the farther one the records, of the nearer one what they point to.

@@ -11,9 +11,9 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pattern.h"
+#include "model/prefetch.h"
 #include "model/project.h"
 #include "model/timeseries.h"
-#include "platform/memory.h"
 #include "text/tokens.h"
 
 static const char* const InflowKindWords[] = {"FLOW", "CONCEN", "MASS", nullptr};
@@ -307,9 +307,10 @@ void inflows_applyDryWeather(DateTime date) {
     static constexpr size_t AHEAD = 8;
     for (size_t k = 0; k < NodesWithDryWeather.size(); ++k) {
         if (k + AHEAD < NodesWithDryWeather.size()) {
-            memory_fetch(&Nodes[NodesWithDryWeather[k + AHEAD].node]);
-            memory_fetch(Nodes[NodesWithDryWeather[k + AHEAD / 2].node].dwfInflow);
-            memory_fetch(NodesWithDryWeather[k + AHEAD / 2].flow);
+            prefetch_line(&Nodes[NodesWithDryWeather[k + AHEAD].node]);
+            const DryWeatherNode& near = NodesWithDryWeather[k + AHEAD / 2];
+            prefetch_line(Nodes[near.node].dwfInflow);
+            prefetch_line(near.flow);
         }
         const DryWeatherNode& entry = NodesWithDryWeather[k];
         applyDryWeather(Nodes[entry.node], entry.flow, hour);

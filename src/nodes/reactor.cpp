@@ -234,7 +234,7 @@ void reactor_initState(Reactor& reactor) {
     reactor.storedVolume = reactor_getInitVolume(reactor);
     reactor.oldOutflow = reactor.newOutflow = 0.0;
     reactor.surpassFlow = reactor.emptyingFlow = 0.0;
-    reactor.evapFlow = reactor.infilFlow = 0.0;
+    reactor.evapDepth = reactor.infilDepth = 0.0;
     reactor.flowQueue = DelayQueue{};
     const int64_t count = project_pollutantCount();
     double* memory = arena_allocateArray<double>(RunArena, 2 * count);
@@ -403,13 +403,13 @@ static void overflow(Node& node, Reactor& reactor, double inflowVolume) {
     }
 }
 
-/// Evaporation leaves its load behind, unless it takes the last of the water: then the load is lost to the ground.
-static void evaporate(Reactor& reactor, double evap) {
+/// Evaporation (m3/s) of what there is of `evap`. It leaves its load behind, unless it takes the last of the water:
+/// then the load is lost to the ground.
+static double evaporate(Reactor& reactor, double evap) {
     const double dt = RoutingStep;
     const double stored = reactor.storedVolume;
     const double loss = dt * evap;
     const bool isDry = loss >= stored;
-    reactor.evapFlow = isDry ? stored / dt : evap;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         double& qual = reactor.qual[p];
         if (isDry) {
@@ -420,26 +420,28 @@ static void evaporate(Reactor& reactor, double evap) {
         }
     }
     reactor.storedVolume = isDry ? 0.0 : stored - loss;
+    return isDry ? stored / dt : evap;
 }
 
-static void infiltrate(Reactor& reactor, double infil) {
+/// Infiltration (m3/s) of what there is of `infil`.
+static double infiltrate(Reactor& reactor, double infil) {
     const double dt = RoutingStep;
     const double most = reactor.storedVolume / dt;
     const bool isDry = infil >= most;
-    reactor.infilFlow = isDry ? most : infil;
+    const double flow = isDry ? most : infil;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        reactor.statInfilLoad[p] += reactor.qual[p] * reactor.infilFlow / 1000.0 * dt;
+        reactor.statInfilLoad[p] += reactor.qual[p] * flow / 1000.0 * dt;
         if (isDry) {
             reactor.qual[p] = 0.0;
         }
     }
     reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * infil;
+    return flow;
 }
 
-/// Turns the losses of the step into depths per time, as they are reported.
-static void setLossRates(Reactor& reactor) {
-    reactor.infilFlow = reactor.area != 0.0 ? reactor.infilFlow / reactor.area * MM_PER_HOUR : 0.0;
-    reactor.evapFlow = reactor.area != 0.0 ? reactor.evapFlow / reactor.area * MM_PER_DAY : 0.0;
+/// A loss (m3/s) as a depth per time over the area, in a unit of so much in 1 m/s.
+static double getDepthRate(const Reactor& reactor, double flow, double unit) {
+    return reactor.area != 0.0 ? flow / reactor.area * unit : 0.0;
 }
 
 /// Sends stored water to the emptying node while a rule wants it. Without such a node no water may leave, whatever a
@@ -485,9 +487,8 @@ void reactor_update(Node& node, Reactor& reactor) {
     const double inflowVolume = dt * flow;
     mixAndReact(reactor, inflowVolume, hour);
     overflow(node, reactor, inflowVolume);
-    evaporate(reactor, evap);
-    infiltrate(reactor, infil);
-    setLossRates(reactor);
+    reactor.evapDepth = getDepthRate(reactor, evaporate(reactor, evap), MM_PER_DAY);
+    reactor.infilDepth = getDepthRate(reactor, infiltrate(reactor, infil), MM_PER_HOUR);
     emptyStore(reactor);
 }
 
@@ -514,8 +515,8 @@ void reactor_countStep(Reactor& reactor) {
     const double dt = RoutingStep;
     reactor.statSurpass += dt * reactor.surpassFlow;
     reactor.statEmptying += dt * reactor.emptyingFlow;
-    reactor.statEvap += dt * reactor.evapFlow / MM_PER_DAY * reactor.area;
-    reactor.statInfil += dt * reactor.infilFlow / MM_PER_HOUR * reactor.area;
+    reactor.statEvap += dt * reactor.evapDepth / MM_PER_DAY * reactor.area;
+    reactor.statInfil += dt * reactor.infilDepth / MM_PER_HOUR * reactor.area;
     reactor.statOutflow += dt * reactor.newOutflow;
 }
 

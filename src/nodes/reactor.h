@@ -33,8 +33,8 @@ struct Reactor {
     double evapRate;           ///< m/s
     int32_t evapPattern;       ///< factors of evapRate by the hour, or -1
     double* initQual;          ///< mg/L
-    double evapFlow;           ///< m3/s during a step, mm/day behind it
-    double infilFlow;          ///< m3/s during a step, mm/h behind it
+    double evapDepth;          ///< mm/day, evaporation of the step over the area
+    double infilDepth;         ///< mm/h, infiltration of the step over the area
     int32_t isEmptying;        ///< not 0: a rule has started the emptying
     double emptyingFlow;       ///< m3/s
     double surpassFlow;        ///< m3/s

@@ -93,9 +93,7 @@ static void resetInflowSeries() {
 }
 
 int32_t startstate_set() {
-    OldRunoffTime = 0.0;
     Evap.rate = 0.0;
-    OldRoutingTime = 0.0;
     massbal_open();
     lid_initUnits();
     resetInflowSeries();

@@ -4,7 +4,7 @@
 
 #include "results/rows.h"
 
-#include "platform/memory.h"
+#include "model/prefetch.h"
 #include "results/records.h"
 
 // --- what the list makes -------------------------------------------------------------------------------------------
@@ -104,17 +104,10 @@ static constexpr int32_t FAR = 24;     ///< places ahead at which the records ar
 static constexpr int32_t MIDDLE = 16;  ///< what they point to
 static constexpr int32_t NEAR = 8;     ///< what that points to
 
-static void fetchRecord(const void* record, size_t size) {
-    for (size_t offset = 0; offset < size; offset += 64) {
-        memory_fetch(static_cast<const char*>(record) + offset);
-    }
-}
-
 static void fetchLink(const Link& link) {
-    memory_fetch(link.newQual);
-    memory_fetch(link.oldQual);
+    prefetch_arrays(link);
     if (link.kind == PIPE) {
-        fetchRecord(&Pipes[link.kindIndex], sizeof(Pipe));
+        prefetch_record(Pipes[link.kindIndex]);
     }
 }
 
@@ -127,23 +120,21 @@ void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, 
     const bool isMiddleThere = k + MIDDLE < count;
     if (objectType == NODE) {
         if (isFarThere) {
-            fetchRecord(&Nodes[getIndex(k + FAR)], sizeof(Node));
+            prefetch_record(Nodes[getIndex(k + FAR)]);
         }
         if (isMiddleThere) {
-            const Node& node = Nodes[getIndex(k + MIDDLE)];
-            memory_fetch(node.newQual);
-            memory_fetch(node.oldQual);
+            prefetch_states(Nodes[getIndex(k + MIDDLE)]);
         }
         return;
     }
     if (isFarThere) {
-        fetchRecord(&Links[getIndex(k + FAR)], sizeof(Link));
+        prefetch_record(Links[getIndex(k + FAR)]);
     }
     if (isMiddleThere) {
         fetchLink(Links[getIndex(k + MIDDLE)]);
     }
     const Link& link = Links[getIndex(k + NEAR)];
     if (link.kind == PIPE) {
-        memory_fetch(Pipes[link.kindIndex].storage);
+        prefetch_reaches(Pipes[link.kindIndex]);
     }
 }

@@ -55,6 +55,16 @@ bool routing_isReady() {
     return SortedNodes != nullptr;
 }
 
+// --- clock ---------------------------------------------------------------------------------------------------------
+
+void routing_resetClock() {
+    OldRoutingTime = NewRoutingTime = 0.0;
+}
+
+void routing_cutClock(double time) {
+    NewRoutingTime = time;
+}
+
 // --- the step ------------------------------------------------------------------------------------------------------
 
 static void shiftNodes() {

@@ -12,6 +12,12 @@ void routing_close();
 /// Whether routing_open has made what a step needs.
 [[nodiscard]] bool routing_isReady();
 
+/// Puts the routing clock to the start of a run. Nobody but this room moves it.
+void routing_resetClock();
+
+/// The last step of a run is a whole one, but the clock stands at the end of the run after it.
+void routing_cutClock(double time);
+
 /// Advances water and pollutants by one RoutingStep.
 void routing_step();
 

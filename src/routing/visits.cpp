@@ -127,16 +127,16 @@ void visits_open() {
 
 void visits_fetchAhead(int32_t place) {
     if (place + NODES_FAR < Visits.size()) {
-        memory_fetch(&Nodes[Visits[place + NODES_FAR].node]);
+        prefetch_line(&Nodes[Visits[place + NODES_FAR].node]);
         prefetch_arrays(Nodes[Visits[place + NODES_NEAR].node]);
     }
 }
 
 void visits_fetchIncoming(const VisitLink& link) {
     const VisitLink& far = (&link)[LINKS_FAR];
-    memory_fetch(&Links[far.link]);
+    prefetch_line(&Links[far.link]);
     if (far.kind == PIPE) {
-        memory_fetch(&Pipes[far.kindIndex]);
+        prefetch_line(&Pipes[far.kindIndex]);
     }
     prefetch_arrays(Links[(&link)[LINKS_NEAR].link]);
 }
@@ -144,7 +144,7 @@ void visits_fetchIncoming(const VisitLink& link) {
 void visits_fetchOutgoing(const VisitLink& link, double fireTime) {
     const VisitLink& far = (&link)[LINKS_FAR];
     if (far.kind == PIPE) {
-        memory_fetch(&Pipes[far.kindIndex]);
+        prefetch_line(&Pipes[far.kindIndex]);
     }
     const VisitLink& near = (&link)[LINKS_NEAR];
     if (near.kind == PIPE) {

@@ -236,7 +236,7 @@ TEST_F(ReactorTest, EvaporationLeavesTheLoadBehind) {
     update(0.0);
     EXPECT_NEAR(reactor().storedVolume, 40.0, 1e-12);
     EXPECT_NEAR(reactor().qual[0], 20.0 * 50.0 / 40.0, 1e-12);
-    EXPECT_NEAR(reactor().evapFlow, 1440000.0, 1e-6);
+    EXPECT_NEAR(reactor().evapDepth, 1440000.0, 1e-6);
     EXPECT_EQ(reactor().statInfilLoad[0], 0.0);
 }
 
@@ -245,7 +245,7 @@ TEST_F(ReactorTest, EvaporationThatDriesOutLosesTheLoad) {
     update(0.0);
     EXPECT_EQ(reactor().storedVolume, 0.0);
     EXPECT_EQ(reactor().qual[0], 0.0);
-    EXPECT_NEAR(reactor().evapFlow, 50.0 / 60.0 / 10.0 * 8.64e7, 1e-6);
+    EXPECT_NEAR(reactor().evapDepth, 50.0 / 60.0 / 10.0 * 8.64e7, 1e-6);
     EXPECT_DOUBLE_EQ(reactor().statInfilLoad[0], 20.0 * 50.0 / 1000.0);
 }
 
@@ -263,7 +263,7 @@ TEST_F(ReactorTest, InfiltrationTakesItsLoadAlong) {
     update(0.0);
     EXPECT_NEAR(reactor().storedVolume, 40.0, 1e-12);
     EXPECT_DOUBLE_EQ(reactor().qual[0], 20.0);
-    EXPECT_NEAR(reactor().infilFlow, 60000.0, 1e-8);
+    EXPECT_NEAR(reactor().infilDepth, 60000.0, 1e-8);
     EXPECT_NEAR(reactor().statInfilLoad[0], 20.0 * 10.0 / 1000.0, 1e-12);
 }
 
@@ -272,7 +272,7 @@ TEST_F(ReactorTest, InfiltrationTakesNoMoreThanIsThere) {
     update(0.0);
     EXPECT_EQ(reactor().storedVolume, 0.0);
     EXPECT_EQ(reactor().qual[0], 0.0);
-    EXPECT_NEAR(reactor().infilFlow, 50.0 / 60.0 / 10.0 * 3.6e6, 1e-8);
+    EXPECT_NEAR(reactor().infilDepth, 50.0 / 60.0 / 10.0 * 3.6e6, 1e-8);
     EXPECT_NEAR(reactor().statInfilLoad[0], 20.0 * 50.0 / 1000.0, 1e-12);
 }
 
@@ -283,14 +283,14 @@ TEST_F(ReactorTest, InfiltrationOfExactlyTheStoreDriesIt) {
     update(0.0);
     EXPECT_EQ(reactor().storedVolume, 0.0);
     EXPECT_EQ(reactor().qual[0], 0.0) << "a dry store has no concentration";
-    EXPECT_DOUBLE_EQ(reactor().infilFlow, 3600000.0);
+    EXPECT_DOUBLE_EQ(reactor().infilDepth, 3600000.0);
     EXPECT_NEAR(reactor().statInfilLoad[0], 20.0 * 60.0 / 1000.0, 1e-12);
 }
 
 TEST_F(ReactorTest, InfiltrationGetsWhatEvaporationLeaves) {
     start(withLosses("600000", "1440000"));
     update(0.0);
-    EXPECT_NEAR(reactor().infilFlow, 40.0 / 60.0 / 10.0 * 3.6e6, 1e-8);
+    EXPECT_NEAR(reactor().infilDepth, 40.0 / 60.0 / 10.0 * 3.6e6, 1e-8);
     EXPECT_NEAR(reactor().statInfilLoad[0], 20.0 * 50.0 / 1000.0, 1e-12);
 }
 
@@ -300,8 +300,8 @@ TEST_F(ReactorTest, ReactorWithoutAreaLosesNothing) {
     start(text);
     update(0.0);
     EXPECT_EQ(reactor().storedVolume, 50.0);
-    EXPECT_EQ(reactor().evapFlow, 0.0);
-    EXPECT_EQ(reactor().infilFlow, 0.0);
+    EXPECT_EQ(reactor().evapDepth, 0.0);
+    EXPECT_EQ(reactor().infilDepth, 0.0);
 }
 
 TEST_F(ReactorTest, DryStoreWithoutLossesHasNoConcentration) {
@@ -320,8 +320,8 @@ TEST_F(ReactorTest, PlugFlowReactorLosesNothing) {
     reactor().emptyingRate = 1.0;
     update(1.0, 10.0);
     EXPECT_EQ(reactor().newOutflow, 1.0);
-    EXPECT_EQ(reactor().evapFlow, 0.0);
-    EXPECT_EQ(reactor().infilFlow, 0.0);
+    EXPECT_EQ(reactor().evapDepth, 0.0);
+    EXPECT_EQ(reactor().infilDepth, 0.0);
     EXPECT_EQ(reactor().emptyingFlow, 0.0);
     EXPECT_EQ(reactor().storedVolume, 0.0);
     EXPECT_EQ(node("EMP").newLatFlow, 0.0);

@@ -219,7 +219,7 @@ TEST_F(ReactorTest, ANewRunStartsAtRestButKeepsTheRateOfTheHost) {
     EXPECT_EQ(reactor().storedVolume, 45.0);
     EXPECT_EQ(reactor().qual[0], 20.0);
     for (const double flow : {reactor().oldOutflow, reactor().newOutflow, reactor().surpassFlow, reactor().emptyingFlow,
-                              reactor().evapFlow, reactor().infilFlow}) {
+                              reactor().evapDepth, reactor().infilDepth}) {
         EXPECT_EQ(flow, 0.0);
     }
     EXPECT_EQ(reactor().emptyingRate, 0.125);
@@ -295,8 +295,8 @@ TEST_F(ReactorTest, RowHoldsPresentAndInterpolatedValues) {
     r.storedVolume = 77.0;
     r.oldOutflow = 0.5, r.newOutflow = 0.75;
     r.surpassFlow = 0.125;
-    r.evapFlow = 4.5;
-    r.infilFlow = 6.5;
+    r.evapDepth = 4.5;
+    r.infilDepth = 6.5;
     r.emptyingFlow = 8.5;
     float row[11];
     row[10] = -1.0f;
