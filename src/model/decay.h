@@ -21,14 +21,14 @@ struct Decay {
 
 /// The decay records of an object, one per pollutant. Only the first is set to "none, no pattern"; the others stay
 /// zero, which is no decay either.
-Decay* decay_create();
+[[nodiscard]] Decay* decay_create();
 
 /// Whether some pollutant of an object decays.
-bool decay_isAny(const Decay* decays);
+[[nodiscard]] bool decay_isAny(const Decay* decays);
 
 /// The items of a line of [DECAY_COEFFICIENT] behind the object: pollutant, type, coefficient per day, pattern. An
 /// error index, or 0.
 [[nodiscard]] int32_t decay_readItems(const Tokens& tokens, Decay* decays);
 
 /// The share of a concentration that is left after `seconds` in an hour of the day: 1 without decay.
-double decay_getFactor(Decay& decay, int32_t hour, double seconds);
+[[nodiscard]] double decay_getFactor(Decay& decay, int32_t hour, double seconds);

@@ -18,13 +18,13 @@ extern std::string ErrorObjectName;  ///< what the %s of a reader's message show
 extern std::FILE* ReportFile;        ///< the text report; null while none is open
 
 /// The message of a failure, its one %s still in it; the empty text for an index outside the table.
-const char* errors_getMessage(int32_t index);
+[[nodiscard]] const char* errors_getMessage(int32_t index);
 
 /// The number printed in the message: what the lifecycle functions return. 0 for an index outside the table.
-int32_t errors_getPublicCode(int32_t index);
+[[nodiscard]] int32_t errors_getPublicCode(int32_t index);
 
 /// The message of a failure with `text` in the place of its %s. `text` is data: a % in it means nothing.
-std::string errors_formatMessage(int32_t index, const char* text);
+[[nodiscard]] std::string errors_formatMessage(int32_t index, const char* text);
 
 /// Writes a blank line and the message to the report, if one is open, and makes `index` the current error.
 void report_writeError(int32_t index, const char* text);

@@ -10,14 +10,14 @@ void names_clear();
 int32_t names_add(int32_t type, const char* id, int32_t index);
 
 /// Row of the object in the table of its class, whatever the case of the ID's letters; -1 if there is none.
-int32_t names_find(int32_t type, const char* id);
+[[nodiscard]] int32_t names_find(int32_t type, const char* id);
 
 /// The ID as it was first seen, valid as long as the project; null if unknown.
-const char* names_findId(int32_t type, const char* id);
+[[nodiscard]] const char* names_findId(int32_t type, const char* id);
 
 /// For tests: slots of the table of a class that the look-up of one of its names goes through, in the mean; 0 without
 /// names.
-double names_getMeanWalk(int32_t type);
+[[nodiscard]] double names_getMeanWalk(int32_t type);
 
 /// A copy of a text that lives as long as the project; null without memory.
-const char* names_copyText(const char* text);
+[[nodiscard]] const char* names_copyText(const char* text);

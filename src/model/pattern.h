@@ -13,7 +13,7 @@ constexpr int32_t PATTERN_SIZE = 24;
 
 struct Pattern {
     const char* id;                ///< the ID as first seen; null until the first line is read
-    int32_t type;                  ///< PatternType; serves the checks of users only
+    int32_t type;                  ///< PatternType; only those who may name the pattern ask for it
     int32_t count;                 ///< factors read
     double factors[PATTERN_SIZE];  ///< 0 where none was read
 };

@@ -16,14 +16,14 @@ struct TextFile {
 };
 
 /// Opens a file for reading; false if it can't be, which a directory can't.
-bool textfile_open(TextFile& text, const char* path);
+[[nodiscard]] bool textfile_open(TextFile& text, const char* path);
 
 void textfile_close(TextFile& text);
 
 /// Reads up to the next line feed, it included, but at most `size` - 1 characters, and ends them with a zero.
 /// False if nothing was left. isAtEnd is true then, and also when the end cut the line short.
-bool textfile_getLine(TextFile& text, char* line, int32_t size);
+[[nodiscard]] bool textfile_getLine(TextFile& text, char* line, int32_t size);
 
 /// Place of the next character, and the way back to such a place.
-int64_t textfile_getPosition(const TextFile& text);
+[[nodiscard]] int64_t textfile_getPosition(const TextFile& text);
 void textfile_setPosition(TextFile& text, int64_t position);

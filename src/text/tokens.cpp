@@ -3,6 +3,7 @@
 
 #include "text/tokens.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -10,28 +11,20 @@
 
 const char* const NoYesWords[] = {"NO", "YES", nullptr};
 
-static const char* skipBlanks(const char* text) {
-    while (*text == ' ') {
-        ++text;
-    }
-    return text;
+static std::string_view skipBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(' '), text.size()));
 }
 
-int32_t tokens_matchKeyword(const char* text, const char* keyword) {
-    // Leading blanks don't count in the comparison, but the whole lengths must be equal.
-    if (!*keyword || std::strlen(text) != std::strlen(keyword)) {
-        return 0;
+bool tokens_matchKeyword(std::string_view text, std::string_view keyword) {
+    if (keyword.empty() || text.size() != keyword.size()) {
+        return false;
     }
-    text = skipBlanks(text);
-    keyword = skipBlanks(keyword);
-    while (*text && tokens_toUpper(*text) == tokens_toUpper(*keyword)) {
-        ++text;
-        ++keyword;
-    }
-    return *text == *keyword;
+    const std::string_view a = skipBlanks(text), b = skipBlanks(keyword);
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char x, char y) { return tokens_toUpper(x) == tokens_toUpper(y); });
 }
 
-int32_t tokens_findKeyword(const char* text, const char* const* keywords) {
+int32_t tokens_findKeyword(std::string_view text, const char* const* keywords) {
     for (int32_t k = 0; keywords[k]; ++k) {
         if (tokens_matchKeyword(text, keywords[k])) {
             return k;
@@ -68,20 +61,20 @@ Tokens tokens_split(char* line) {
     return tokens;
 }
 
-int32_t tokens_getDouble(const char* text, double* value) {
+bool tokens_getDouble(const char* text, double* value) {
     // The short way for the plain decimal numbers that project files are full of; it rounds as the long way does.
     const char* end = text + std::strlen(text);
     const auto [stop, failure] = std::from_chars(text, end, *value);
     if (end != text && stop == end && failure == std::errc() && std::isfinite(*value)) {
-        return 1;
+        return true;
     }
     char* rest = nullptr;
     *value = std::strtod(text, &rest);
-    // A byte above 127 behind a number is let through: it is below 0 as a signed one. Files with stray non-breaking
-    // spaces have always passed by it.
+    // A byte above 127 behind a number is let through, as it is below 0 as a signed one: so a stray non-breaking space,
+    // which looks like a blank, doesn't spoil the number in front of it.
     return static_cast<signed char>(*rest) <= 0;
 }
 
-int32_t tokens_getNonNegative(const char* text, double* value) {
+bool tokens_getNonNegative(const char* text, double* value) {
     return tokens_getDouble(text, value) && !(*value < 0.0);
 }

@@ -2,6 +2,7 @@
 // The words of an input line, and what counts as a keyword and as a number.
 
 #include <cstdint>
+#include <string_view>
 
 constexpr int32_t LINE_SIZE = 1024;  ///< bytes of a line buffer, with the zero at its end
 constexpr int32_t MAX_TOKENS = 40;
@@ -18,22 +19,22 @@ struct Tokens {
 extern const char* const NoYesWords[];
 
 /// An upper-case letter for one of a to z, any other byte as it is.
-inline char tokens_toUpper(char c) {
+[[nodiscard]] inline char tokens_toUpper(char c) {
     return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
 }
 
-/// 1 if the texts are the same but for the case of letters and for leading blanks of equal number; an empty keyword
+/// Whether the texts are the same but for the case of letters and for leading blanks of equal number; an empty keyword
 /// matches nothing.
-int32_t tokens_matchKeyword(const char* text, const char* keyword);
+[[nodiscard]] bool tokens_matchKeyword(std::string_view text, std::string_view keyword);
 
 /// Index of the first keyword of a table ended by a null pointer that matches, or -1.
-int32_t tokens_findKeyword(const char* text, const char* const* keywords);
+[[nodiscard]] int32_t tokens_findKeyword(std::string_view text, const char* const* keywords);
 
 /// Cuts a line into words, in place.
-Tokens tokens_split(char* line);
+[[nodiscard]] Tokens tokens_split(char* line);
 
-/// Reads a number, with a point whatever the locale. 1 if the text is one; `value` is stored in any case.
-int32_t tokens_getDouble(const char* text, double* value);
+/// Reads a number, with a point whatever the locale. Whether the text is one; `value` is stored in any case.
+[[nodiscard]] bool tokens_getDouble(const char* text, double* value);
 
 /// Reads a number that must not be below 0.
-int32_t tokens_getNonNegative(const char* text, double* value);
+[[nodiscard]] bool tokens_getNonNegative(const char* text, double* value);
