@@ -7,12 +7,12 @@
 #include <exception>
 
 #include "hydrology/gage.h"
-#include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
 #include "links/pump.h"
 #include "links/weir.h"
 #include "model/names.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/node.h"
 #include "nodes/reactor.h"

@@ -10,9 +10,9 @@
 #include "coupling/swmm.h"
 
 #include "coupling/feed.h"
-#include "hydrology/landuse.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/pollut.h"
 #include "nodes/node.h"
 #include "project/sections.h"
 #include "text/tokens.h"

@@ -11,10 +11,10 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
-Table<Pollut> Polluts;
 Table<Landuse> Landuses;
 
 static constexpr double HECTARE = 0.0001;  ///< hectares in a square metre
@@ -38,22 +38,6 @@ void landuse_createAll() {
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
-
-int32_t pollut_readLine(const Tokens& tokens, int32_t index) {
-    if (tokens.count < 2) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    const char* id = names_findId(POLLUT, tokens[0]);
-    if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
-    }
-    double concentration;
-    if (!tokens_getNonNegative(tokens[1], &concentration)) {
-        return errors_setName(ERR_NUMBER, tokens[1]);
-    }
-    Polluts[index] = {id, concentration};
-    return ERR_NONE;
-}
 
 int32_t landuse_readLine(const Tokens& tokens, int32_t index) {
     if (tokens.count < 1) {

@@ -1,15 +1,10 @@
 #pragma once
-// Pollutants, land uses, and what runoff and rain take from the land.
+// Land uses, and what runoff and rain take from the land.
 
 #include <cstdint>
 
 #include "model/table.h"
 #include "text/tokens.h"
-
-struct Pollut {
-    const char* id;            ///< the ID as first seen
-    double rainConcentration;  ///< mg/L, in rain
-};
 
 /// Buildup saturates exponentially.
 struct BuildupRule {
@@ -45,14 +40,12 @@ struct Landuse {
     WashoffRule* washoff;  ///< one per pollutant
 };
 
-extern Table<Pollut> Polluts;
 extern Table<Landuse> Landuses;
 
 /// Makes the table for the counted land uses with their rules.
 void landuse_createAll();
 
-/// A line of [POLLUTANTS] or [LANDUSES], for the row `index`. An error index, or 0.
-int32_t pollut_readLine(const Tokens& tokens, int32_t index);
+/// A line of [LANDUSES], for the row `index`. An error index, or 0.
 int32_t landuse_readLine(const Tokens& tokens, int32_t index);
 
 /// Lines of [COVERAGES], [BUILDUP], [WASHOFF] and [LOADINGS]. An error index, or 0.

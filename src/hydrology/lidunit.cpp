@@ -8,10 +8,10 @@
 #include <cmath>
 
 #include "hydrology/evap.h"
-#include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 
 LidStepRecord LidStep;

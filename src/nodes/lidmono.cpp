@@ -9,11 +9,11 @@
 
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
-#include "hydrology/landuse.h"
 #include "hydrology/lidunit.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/node.h"
 #include "text/tokens.h"

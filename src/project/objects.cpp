@@ -23,6 +23,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/pattern.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/inflows.h"
 #include "nodes/lidmono.h"

@@ -21,6 +21,7 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pattern.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/inflows.h"
 #include "nodes/node.h"

@@ -9,9 +9,9 @@
 #include <bit>
 #include <cstring>
 
-#include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "platform/files.h"
 #include "results/rows.h"

@@ -14,8 +14,8 @@
 #include <cstring>
 #include <string>
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "platform/encoding.h"
 #include "platform/files.h"

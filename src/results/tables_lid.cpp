@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "hydrology/landuse.h"
 #include "hydrology/lid.h"
 #include "hydrology/subcatch.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/lidmono.h"
 #include "results/tables.h"

@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/reactor.h"
 #include "results/tables.h"
