@@ -3,11 +3,11 @@
 
 #include "hydrology/lid.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "hydrology/subcatch.h"
 #include "model/arena.h"
-#include "model/decay.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
@@ -26,24 +26,18 @@ static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT
 static constexpr double MM_PER_M = 1000.0;
 static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
 static constexpr double SECONDS_PER_HOUR = 3600.0;
-static constexpr double SECONDS_PER_DAY = 86400.0;
 
 // --- tables --------------------------------------------------------------------------------------------------------
 
-/// The five arrays of rules of a definition, from one piece of memory.
-static bool createRules(Lid& lid, int64_t count) {
-    DecayRule* rules = arena_allocateArray<DecayRule>(ProjectArena, 5 * count);
-    if (!rules) {
-        return false;
+/// The five arrays of rules of a definition, one rule per pollutant.
+static bool createRules(Lid& lid) {
+    for (Decay** rules : {&lid.surfaceDecay, &lid.pavementDecay, &lid.soilDecay, &lid.storageDecay, &lid.matDecay}) {
+        *rules = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
+        if (!*rules) {
+            return false;
+        }
+        std::fill_n(*rules, project_pollutantCount(), NO_DECAY);
     }
-    for (int64_t k = 0; k < 5 * count; ++k) {
-        rules[k] = {-1, 0.0, -1, 0.0, 1.0};
-    }
-    lid.surfaceDecay = rules;
-    lid.pavementDecay = rules + count;
-    lid.soilDecay = rules + 2 * count;
-    lid.storageDecay = rules + 3 * count;
-    lid.matDecay = rules + 4 * count;
     return true;
 }
 
@@ -57,7 +51,7 @@ void lid_createTables() {
     plain.surfaceVoid = 1.0;
     Lids.fill(ObjectCount[LID], plain);
     for (Lid& lid : Lids) {
-        if (!createRules(lid, project_pollutantCount())) {
+        if (!createRules(lid)) {
             ErrorCode = ERR_MEMORY;
             return;
         }
@@ -197,7 +191,7 @@ int32_t lid_readLine(const Tokens& tokens) {
 }
 
 /// The rules of a layer; null for the drain, which holds no water.
-static DecayRule* getRules(const Lid& lid, int32_t layer) {
+static Decay* getRules(const Lid& lid, int32_t layer) {
     switch (layer) {
         case LAYER_SURFACE: return lid.surfaceDecay;
         case LAYER_SOIL: return lid.soilDecay;
@@ -212,35 +206,16 @@ int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
     if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t pollutant = names_find(POLLUT, tokens[2]);
-    if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
-    }
-    const int32_t kind = tokens_findKeyword(tokens[3], ReactionWords);
-    if (kind < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[3]);
-    }
-    if (kind != FIRST_ORDER) {
-        return errors_setName(ERR_DECAY_TYPE, tokens[0]);
-    }
-    // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
-    double perDay;
-    if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
-        return errors_setName(ERR_NUMBER, tokens[4]);
-    }
-    int32_t pattern = -1;
-    if (*tokens[5]) {
-        pattern = names_find(PATTERN, tokens[5]);
-        if (pattern < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[5]);
-        }
+    DecayItems items;
+    if (const int32_t error = decay_readItems(tokens, true, items)) {
+        return error;
     }
     const int32_t layer = tokens_findKeyword(tokens[6], LayerWords);
     if (layer < 0) {
         return errors_setName(ERR_KEYWORD, tokens[6]);
     }
-    if (DecayRule* rules = getRules(Lids[index], layer)) {
-        rules[pollutant] = {FIRST_ORDER, perDay / SECONDS_PER_DAY, pattern, 0.0, 1.0};
+    if (Decay* rules = getRules(Lids[index], layer)) {
+        rules[items.pollutant] = items.decay;
     }
     return ERR_NONE;
 }

@@ -3,21 +3,13 @@
 
 #include <cstdint>
 
+#include "model/decay.h"
 #include "model/table.h"
 #include "text/tokens.h"
 
 /// Types of control: bio-retention cell, rain garden, green roof, infiltration trench, permeable pavement, rain barrel,
 /// vegetative swale.
 enum LidType : int32_t { LID_BC, LID_RG, LID_GR, LID_IT, LID_PP, LID_RB, LID_VS };
-
-/// Reaction of one pollutant in one layer.
-struct DecayRule {
-    int32_t kind;           ///< ReactionType, or -1 for none; lines of the project file set first order only
-    double rate;            ///< 1/s
-    int32_t pattern;        ///< factors of the rate by the hour, or -1
-    double cachedExponent;  ///< argument of the last exponential, so that equal ones are not worked out again
-    double cachedFactor;    ///< its value
-};
 
 /// One kind of control.
 struct Lid {
@@ -29,22 +21,22 @@ struct Lid {
     double surfaceSlope;      ///< m/m
     double sideSlope;         ///< run per rise, of a swale
     double surfaceAlpha;      ///< sqrt(slope) / n
-    DecayRule* surfaceDecay;  ///< one per pollutant, as the others
+    Decay* surfaceDecay;      ///< one per pollutant, as the others
     double pavementDepth;     ///< m, thickness
     double pavementVoid;      ///< 0 ... 1
     double pavementRate;      ///< m/s, permeability
-    DecayRule* pavementDecay;
+    Decay* pavementDecay;
     double soilDepth;      ///< m, thickness
     double porosity;       ///< 0 ... 1
     double fieldCapacity;  ///< 0 ... 1
     double wiltingPoint;   ///< 0 ... 1
     double soilRate;       ///< m/s, saturated conductivity
     double soilSlope;      ///< slope of ln(conductivity) over the moisture deficit
-    DecayRule* soilDecay;
+    Decay* soilDecay;
     double storageDepth;  ///< m, thickness; of a green roof that of its mat
     double storageVoid;   ///< 0 ... 1
     double storageRate;   ///< m/s, seepage into the native soil
-    DecayRule* storageDecay;
+    Decay* storageDecay;
     double drainCoefficient;  ///< mm/h per mm^exponent of head
     double drainExponent;
     double drainOffset;   ///< m, height of the drain above the floor of the storage
@@ -53,7 +45,7 @@ struct Lid {
     double matVoid;       ///< 0 ... 1
     double matRoughness;  ///< Manning's n
     double matAlpha;      ///< sqrt(slope) / n
-    DecayRule* matDecay;
+    Decay* matDecay;
 };
 
 /// A control at work on a part of a subcatchment. The same record serves the one that stands as a node.

@@ -4,40 +4,12 @@
 // unit still at its state before the step.
 
 #include <algorithm>
-#include <cmath>
 
 #include "hydrology/lidunit.h"
 #include "model/decay.h"
-#include "model/pattern.h"
 #include "model/project.h"
 
 static constexpr double MIN_VOLUME = 0.01;  ///< m3, below which a layer counts as dry
-
-static double getFirstOrderFactor(DecayRule& rule, double exponent) {
-    if (exponent != rule.cachedExponent) {
-        rule.cachedExponent = exponent;
-        rule.cachedFactor = std::exp(exponent);
-    }
-    return rule.cachedFactor;
-}
-
-double decay_apply(DecayRule& rule, double c) {
-    if (rule.kind < 0) {
-        return c;
-    }
-    // The hour is that of the runoff clock, for a node in the network too.
-    const double factor = rule.pattern < 0 ? 1.0 : pattern_hourlyFactor(rule.pattern, project_getDate(NewRunoffTime));
-    const double k = factor * rule.rate;
-    switch (rule.kind) {
-        case CONST_CONCEN: return std::min(k, c);
-        case CONST_RATIO: return (1.0 - std::min(k, 1.0)) * c;
-        case ZERO_ORDER: {
-            const double left = c - LidStep.dt * k;
-            return left > 0.0 ? left : 0.0;
-        }
-        default: return getFirstOrderFactor(rule, -LidStep.dt * k) * c;
-    }
-}
 
 /// A layer during the step of one pollutant.
 struct Layer {
@@ -68,20 +40,21 @@ static double getMixed(double mass, double volume) {
 }
 
 /// Reaction in a layer; gives the concentration after it and books what is gone.
-static double react(int32_t p, DecayRule* rules, double mixed, double volume) {
-    const double left = decay_apply(rules[p], mixed);
+static double react(int32_t p, Decay* rules, double mixed, double volume) {
+    // The hour is that of the runoff clock, for a node in the network too.
+    const double left = decay_react(rules[p], mixed, project_getDate(NewRunoffTime), LidStep.dt);
     LidStep.unit->reactedLoad[p] += (mixed - left) * volume / 1000.0;
     return left;
 }
 
 /// Soil and pavement: what stays reacts.
-static double finishLayer(int32_t p, const Layer& layer, DecayRule* rules) {
+static double finishLayer(int32_t p, const Layer& layer, Decay* rules) {
     const double mixed = getMixed(layer.in + layer.mass - layer.out, layer.volume);
     return react(p, rules, mixed, layer.volume) * layer.volume / 1000.0;
 }
 
 /// The surface: water leaves it downward and over the berm. Gives its concentration after the reaction, mg/L.
-static double finishSurface(int32_t p, double volume, double infilRate, DecayRule* rules) {
+static double finishSurface(int32_t p, double volume, double infilRate, Decay* rules) {
     const LidStepRecord& s = LidStep;
     LidUnit& unit = *s.unit;
     const double c = getConcentration(volume, unit.lastSurfaceMass[p]);
@@ -96,7 +69,7 @@ static double finishSurface(int32_t p, double volume, double infilRate, DecayRul
 
 /// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry
 /// the concentration after the reaction.
-static void finishWetStorage(int32_t p, double volume, double in, DecayRule* rules) {
+static void finishWetStorage(int32_t p, double volume, double in, Decay* rules) {
     const LidStepRecord& s = LidStep;
     LidUnit& unit = *s.unit;
     const double mass = unit.lastStorageMass[p];

@@ -84,6 +84,3 @@ double lid_drainRate(double level, double moisture, double pavement, double surf
 
 /// Moves the pollutants with the water of the step, from the state before it.
 void lid_moveQuality();
-
-/// A concentration (mg/L) after the step of LidStep.
-double decay_apply(DecayRule& rule, double concentration);

@@ -42,11 +42,11 @@ protected:
     void setPollutants(int32_t count) {
         ObjectCount[POLLUT] = count;
         const size_t size = static_cast<size_t>(count);
-        rules.assign(5 * size, DecayRule{-1, 0.0, -1, 0.0, 1.0});
+        rules.assign(5 * size, NO_DECAY);
         values.assign(19 * size, 0.0);
         load.assign(size, 0.0);
-        DecayRule* rule = rules.data();
-        for (DecayRule** array :
+        Decay* rule = rules.data();
+        for (Decay** array :
              {&lid.surfaceDecay, &lid.pavementDecay, &lid.soilDecay, &lid.storageDecay, &lid.matDecay}) {
             *array = rule;
             rule += count;
@@ -134,6 +134,6 @@ protected:
     }
 
 private:
-    std::vector<DecayRule> rules;
+    std::vector<Decay> rules;
     std::vector<double> values;
 };

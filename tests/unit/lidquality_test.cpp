@@ -1,10 +1,9 @@
-// Pollutants in LID units: layer by layer with and without water, decay, and the differences between the types.
+// Pollutants in LID units: layer by layer with and without water, and the differences between the types.
 
 #include <algorithm>
 #include <cmath>
 
 #include "support/lidunits.h"
-#include "text/datetime.h"
 
 namespace {
 
@@ -26,64 +25,6 @@ protected:
         begin(100.0, 1e-3);
     }
 };
-
-// --- decay ---------------------------------------------------------------------------------------------------------
-
-TEST_F(QualityTest, NoRuleLeavesTheConcentration) {
-    DecayRule rule{-1, 5.0, -1, 0.0, 1.0};
-    begin(100.0, 0.0);
-    EXPECT_EQ(decay_apply(rule, 7.0), 7.0);
-}
-
-TEST_F(QualityTest, ConstantConcentrationIsAnUpperLimit) {
-    DecayRule rule{CONST_CONCEN, 5.0, -1, 0.0, 1.0};
-    EXPECT_EQ(decay_apply(rule, 7.0), 5.0);
-    EXPECT_EQ(decay_apply(rule, 3.0), 3.0);
-}
-
-TEST_F(QualityTest, ConstantRatioIsTakenOff) {
-    DecayRule rule{CONST_RATIO, 0.25, -1, 0.0, 1.0};
-    EXPECT_EQ(decay_apply(rule, 8.0), 6.0);
-    rule.rate = 1.5;
-    EXPECT_EQ(decay_apply(rule, 8.0), 0.0);
-}
-
-TEST_F(QualityTest, ZeroOrderTakesAnAmountDownToNothing) {
-    DecayRule rule{ZERO_ORDER, 0.03125, -1, 0.0, 1.0};
-    begin(64.0, 0.0);
-    EXPECT_EQ(decay_apply(rule, 8.0), 6.0);
-    EXPECT_EQ(decay_apply(rule, 2.0), 0.0);
-    EXPECT_EQ(decay_apply(rule, 1.0), 0.0);
-}
-
-TEST_F(QualityTest, FirstOrderIsExponential) {
-    DecayRule rule{FIRST_ORDER, 0.01, -1, 0.0, 1.0};
-    begin(100.0, 0.0);
-    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-1.0), 1e-14);
-    EXPECT_NEAR(decay_apply(rule, 4.0), 4.0 * std::exp(-1.0), 1e-14) << "the same again, from what is kept";
-    begin(200.0, 0.0);
-    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-2.0), 1e-14);
-}
-
-TEST_F(QualityTest, NegativeRateMakesMassesGrow) {
-    DecayRule rule{FIRST_ORDER, -0.01, -1, 0.0, 1.0};
-    begin(100.0, 0.0);
-    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(1.0), 1e-13);
-}
-
-TEST_F(QualityTest, PatternIsAskedAtTheEndOfTheRunoffStep) {
-    Pattern pattern{};
-    pattern.factors[1] = 2.0;
-    pattern.factors[2] = 3.0;
-    Patterns.fill(1, pattern);
-    StartDateTime = datetime_encodeDate(2021, 3, 1) + 1.0 / 24.0;
-    DecayRule rule{FIRST_ORDER, 0.01, 0, 0.0, 1.0};
-    begin(100.0, 0.0);
-    NewRunoffTime = 3599.0 * 1000.0;
-    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-2.0), 1e-14);
-    NewRunoffTime = 3600.0 * 1000.0;
-    EXPECT_NEAR(decay_apply(rule, 8.0), 8.0 * std::exp(-3.0), 1e-14) << "a full hour counts to the next";
-}
 
 // --- dry layers ----------------------------------------------------------------------------------------------------
 
@@ -202,10 +143,10 @@ TEST_F(QualityTest, LayersReactByTheirOwnRules) {
     unit.lastPavementMass[0] = 2.0;
     unit.lastSoilMass[0] = 3.0;
     unit.lastStorageMass[0] = 4.0;
-    lid.surfaceDecay[0] = {FIRST_ORDER, 0.01, -1, 0.0, 1.0};
-    lid.pavementDecay[0] = {FIRST_ORDER, 0.02, -1, 0.0, 1.0};
-    lid.soilDecay[0] = {FIRST_ORDER, 0.03, -1, 0.0, 1.0};
-    lid.storageDecay[0] = {FIRST_ORDER, 0.04, -1, 0.0, 1.0};
+    lid.surfaceDecay[0] = {FIRST_ORDER, -1, 0.01, 0.0, 1.0};
+    lid.pavementDecay[0] = {FIRST_ORDER, -1, 0.02, 0.0, 1.0};
+    lid.soilDecay[0] = {FIRST_ORDER, -1, 0.03, 0.0, 1.0};
+    lid.storageDecay[0] = {FIRST_ORDER, -1, 0.04, 0.0, 1.0};
     beginStep(LID_PP);
     load[0] = 0.0;
     lid_moveQuality();
@@ -288,7 +229,7 @@ TEST_F(QualityTest, PollutantsDoNotMix) {
     setLevels({0.0, 0.0, 0.2, 0.0});
     unit.lastStorageMass[0] = 3.0;
     unit.lastStorageMass[1] = 5.0;
-    lid.storageDecay[1] = {FIRST_ORDER, 0.01, -1, 0.0, 1.0};
+    lid.storageDecay[1] = {FIRST_ORDER, -1, 0.01, 0.0, 1.0};
     lid.type = LID_BC;
     begin(100.0, 0.0);
     lid_moveQuality();
@@ -393,7 +334,7 @@ TEST_F(QualityTest, DrySwaleLosesTheLoad) {
 TEST_F(QualityTest, SwaleReactsByTheRuleOfItsSurface) {
     setLevels({0.2, 0.0, 0.0, 0.0});
     unit.lastSurfaceMass[0] = 2.0;
-    lid.surfaceDecay[0] = {FIRST_ORDER, 0.01, -1, 0.0, 1.0};
+    lid.surfaceDecay[0] = {FIRST_ORDER, -1, 0.01, 0.0, 1.0};
     beginStep(LID_VS);
     load[0] = 0.0;
     lid_moveQuality();
