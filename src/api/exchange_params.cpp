@@ -65,11 +65,11 @@ Parameter findField(Subcatch& s, int32_t code) {
         case 5: return inNumber(s.perviousRoughness);
         case 6: return inNumber(s.imperviousStorage);
         case 7: return inNumber(s.perviousStorage);
-        case 8: return inNumber(s.maxInfilRate);
-        case 9: return inNumber(s.minInfilRate);
-        case 10: return inNumber(s.infilDecay);
-        case 11: return inNumber(s.infilRecovery);
-        case 12: return inNumber(s.maxInfilVolume);
+        case 8: return inNumber(s.soil.maxRate);
+        case 9: return inNumber(s.soil.minRate);
+        case 10: return inNumber(s.soil.decay);
+        case 11: return inNumber(s.soil.recovery);
+        case 12: return inNumber(s.soil.maxVolume);
         default: return NO_PARAMETER;
     }
 }

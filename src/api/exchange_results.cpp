@@ -107,34 +107,35 @@ double getConcentration(const double* masses, int32_t p, double volume) {
 }
 
 /// The numbers end with the first pollutant of the soil: further layers can't be asked for.
-Found findLidMonoQuality(const LidMono& mono, int32_t code) {
-    const Lid* lid = Lids.holds(mono.lid) ? &Lids[mono.lid] : nullptr;
+Found findLidMonoQuality(const LidUnit& unit, int32_t code) {
+    const Lid* lid = Lids.holds(unit.lid) ? &Lids[unit.lid] : nullptr;
     const int32_t p = code - 11;
     if (!lid || p < 0 || project_pollutantCount() == 0 || p > project_pollutantCount()) {
         return std::nullopt;
     }
     if (p < project_pollutantCount()) {
-        const double volume = mono.surfaceLevel * lid->surfaceVoid * mono.area;
-        return Answer{getConcentration(mono.thisSurfaceMass, p, volume), SUCCESS};
+        const double volume = unit.surfaceLevel * lid->surfaceVoid * unit.area;
+        return Answer{getConcentration(unit.thisSurfaceMass, p, volume), SUCCESS};
     }
-    return tell(getConcentration(mono.thisSoilMass, 0, mono.soilMoisture * lid->porosity * mono.area));
+    return tell(getConcentration(unit.thisSoilMass, 0, unit.soilMoisture * lid->porosity * unit.area));
 }
 
 Found findLidMonoResult(const Node& node, int32_t code) {
     const LidMono& mono = LidMonos[node.kindIndex];
+    const LidUnit& unit = mono.unit;
     switch (code) {
         case 0: return tell(node.newInflow);
         case 1: return tell(node.newLatFlow);
         case 2: return tell(mono.gage >= 0 ? Gages[mono.gage].rain * 3600000.0 : 0.0);
         case 3: return tell(mono.evapRate);
-        case 4: return tell(mono.thisSurfaceFlow);
+        case 4: return tell(unit.thisSurfaceFlow);
         case 5: return tell(mono.infilRate);
-        case 6: return tell(mono.thisDrainFlow);
-        case 7: return tell(mono.surfaceLevel);
-        case 8: return tell(mono.soilMoisture);
-        case 9: return tell(mono.storageLevel);
-        case 10: return tell(mono.pavementLevel);
-        default: return findLidMonoQuality(mono, code);
+        case 6: return tell(unit.thisDrainFlow);
+        case 7: return tell(unit.surfaceLevel);
+        case 8: return tell(unit.soilMoisture);
+        case 9: return tell(unit.storageLevel);
+        case 10: return tell(unit.pavementLevel);
+        default: return findLidMonoQuality(unit, code);
     }
 }
 

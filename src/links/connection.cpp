@@ -77,7 +77,7 @@ int32_t connection_pushLoad(int32_t link, double date, int32_t pollutant, double
 /// The flow that carries the load: all that the node offers, but of a LID monomer the surface flow alone.
 static double getLoadedFlow(int32_t node, double flow) {
     const Node& record = Nodes[node];
-    return record.kind == LID_MONO ? LidMonos[record.kindIndex].thisSurfaceFlow : flow;
+    return record.kind == LID_MONO ? LidMonos[record.kindIndex].unit.thisSurfaceFlow : flow;
 }
 
 void connection_update(int32_t index, int32_t nodeIndex) {

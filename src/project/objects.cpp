@@ -11,6 +11,7 @@
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "links/conduit.h"
 #include "links/connection.h"
@@ -134,7 +135,8 @@ void objects_create() {
     curve_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createTable(Converters, ObjectCount[CONVERTER]);
-    lid_createTables();
+    lidgroup_createAll();
+    lid_createAll();
     rule_createAll();
     if (ErrorCode) {
         return;  // without memory for these no outside model is loaded either
@@ -165,7 +167,8 @@ void objects_delete() {
     Orifices = {};
     Polluts = {};
     Landuses = {};
-    lid_deleteTables();
+    lidgroup_deleteAll();
+    Lids = {};
     curve_deleteAll();
     Patterns = {};
     rule_deleteAll();

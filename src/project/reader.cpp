@@ -14,6 +14,7 @@
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
 #include "model/curve.h"
@@ -256,12 +257,12 @@ int32_t reader_parseLine(const Tokens& tokens, int32_t number, const char* rawLi
         case SECTION_REACTORS_EMPTYING: return reactor_readEmptying(tokens);
         case SECTION_DECAY_COEFFICIENT: return decay_readLine(tokens);
         case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality(tokens);
-        case SECTION_COVERAGES: return landuse_readCoverage(tokens);
+        case SECTION_COVERAGES: return subcatch_readCoverage(tokens);
         case SECTION_BUILDUP: return landuse_readBuildup(tokens);
         case SECTION_WASHOFF: return landuse_readWashoff(tokens);
-        case SECTION_LOADINGS: return landuse_readLoading(tokens);
+        case SECTION_LOADINGS: return subcatch_readLoading(tokens);
         case SECTION_LIDS: return lid_readLine(tokens);
-        case SECTION_LID_GROUPS: return lid_readGroupLine(tokens);
+        case SECTION_LID_GROUPS: return lidgroup_readLine(tokens);
         case SECTION_CURVES: return curve_readCurve(tokens);
         case SECTION_TIMESERIES: return curve_readSeries(tokens);
         case SECTION_PATTERNS: return pattern_read(tokens);

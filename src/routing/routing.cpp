@@ -13,8 +13,6 @@
 
 #include "controls/rule.h"
 #include "coupling/coupled.h"
-#include "hydrology/lidunit.h"
-#include "hydrology/subcatch.h"
 #include "links/conduit.h"
 #include "links/connection.h"
 #include "links/link.h"
@@ -29,6 +27,7 @@
 #include "nodes/tank.h"
 #include "platform/memory.h"
 #include "results/massbal.h"
+#include "routing/landinflows.h"
 #include "routing/network.h"
 #include "text/datetime.h"
 
@@ -258,8 +257,8 @@ void routing_step() {
     for (int32_t node = 0; node < nodeCount; ++node) {
         node_shiftState(node);
     }
-    subcatch_addRunoff(oldTime);
-    lid_addDrains();
+    landinflows_addRunoff(oldTime);
+    landinflows_addDrains();
     const DateTime date = project_getDate(newTime);
     inflows_applyExternal(date);
     inflows_applyDryWeather(date);

@@ -6,6 +6,9 @@
 #include <vector>
 
 #include "hydrology/lid.h"
+#include "hydrology/lidquality.h"
+#include "hydrology/lidrates.h"
+#include "hydrology/lidsolver.h"
 #include "hydrology/lidunit.h"
 #include "model/decay.h"
 #include "model/pattern.h"
@@ -20,7 +23,8 @@ protected:
     Lid lid{};
     LidUnit unit{};
     std::vector<double> load;
-    double rates[LID_STATE_COUNT] = {};
+    LidStep fluxes{};
+    LidStates rates{};
 
     // Outputs of the last step, m/s.
     double evapRate = 0.0, infilRate = 0.0, drainRate = 0.0, outflow = 0.0;
@@ -29,7 +33,7 @@ protected:
         lid.surfaceVoid = 1.0;
         lid.storageVoid = 1.0;
         unit.area = 100.0;
-        unit.gage = unit.drainNode = unit.next = -1;
+        unit.drainNode = unit.next = -1;
         setPollutants(0);
     }
 
@@ -43,7 +47,7 @@ protected:
         ObjectCount[POLLUT] = count;
         const size_t size = static_cast<size_t>(count);
         rules.assign(5 * size, NO_DECAY);
-        values.assign(19 * size, 0.0);
+        values.assign(17 * size, 0.0);
         load.assign(size, 0.0);
         Decay* rule = rules.data();
         for (Decay** array :
@@ -51,12 +55,13 @@ protected:
             *array = rule;
             rule += count;
         }
+        unit.load = load.data();
         double* value = values.data();
-        for (double** array : {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass, &unit.lastStorageMass,
-                               &unit.thisSurfaceMass, &unit.thisPavementMass, &unit.thisSoilMass, &unit.thisStorageMass,
-                               &unit.lastSurfaceLoad, &unit.thisSurfaceLoad, &unit.lastDrainLoad, &unit.thisDrainLoad,
-                               &unit.rainLoad, &unit.inflowLoad, &unit.exfilLoad, &unit.surfaceOutLoad,
-                               &unit.drainOutLoad, &unit.finalLoad, &unit.reactedLoad}) {
+        for (double** array :
+             {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass, &unit.lastStorageMass,
+              &unit.thisSurfaceMass, &unit.thisPavementMass, &unit.thisSoilMass, &unit.thisStorageMass,
+              &unit.thisSurfaceLoad, &unit.thisDrainLoad, &unit.rainLoad, &unit.inflowLoad, &unit.exfilLoad,
+              &unit.surfaceOutLoad, &unit.drainOutLoad, &unit.finalLoad, &unit.reactedLoad}) {
             *array = value;
             value += count;
         }
@@ -90,27 +95,29 @@ protected:
         unit.pavementLevel = x.pavement;
     }
 
-    /// Puts a step into LidStep, for a call of a rate function by itself.
+    /// Makes a step, for a call of a rate function by itself.
     void begin(double dt, double inflow, double evap = 0.0, double surfaceInfil = 0.0) {
-        LidStep = LidStepRecord{};
-        LidStep.unit = &unit;
-        LidStep.lid = &lid;
-        LidStep.load = load.data();
-        LidStep.dt = dt;
-        LidStep.inflow = inflow;
-        LidStep.evap = evap;
-        LidStep.surfaceInfil = surfaceInfil;
+        fluxes = LidStep{.unit = &unit,
+                         .lid = &lid,
+                         .date = project_getDate(NewRunoffTime),
+                         .dt = dt,
+                         .inflow = inflow,
+                         .evap = evap};
+        fluxes.surfaceInfil = surfaceInfil;
     }
 
-    void call(void (*function)(const double*, double*), const States& x) {
-        const double state[] = {x.surface, x.soil, x.storage, x.pavement};
-        function(state, rates);
+    void call(LidStates (*function)(LidStep&, const LidStates&), const States& x) {
+        rates = function(fluxes, {x.surface, x.soil, x.storage, x.pavement});
     }
 
-    /// One step of the unit, with its water balance.
+    /// One step of the unit.
     void step(double dt, double inflow, double evap = 0.0) {
-        outflow = lid_solveUnit(unit, lid, inflow, evap, dt, &evapRate, &infilRate, &drainRate, load.data());
-        lid_addBalance();
+        begin(dt, inflow, evap);
+        const LidOutflow out = lidsolver_advance(fluxes);
+        evapRate = out.evap;
+        infilRate = out.infil;
+        drainRate = out.drain;
+        outflow = out.surface;
     }
 
     /// New becomes old for all masses and loads.

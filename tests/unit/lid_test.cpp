@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "model/arena.h"
 #include "model/decay.h"
