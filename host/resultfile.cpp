@@ -23,76 +23,27 @@ ResultFile::~ResultFile() {
 
 namespace {
 
-struct FixedColumn {
-    const char* name;
+struct KnownColumn {
+    const char* name;  ///< stands in front of the pollutants' names if there is one for each
     const char* unit;
+    bool isOfPollutants;
 };
 
-struct FixedTable {
+struct KnownTable {
     const char* name;
-    std::vector<FixedColumn> columns;
-    std::vector<const char*> layers;  ///< prefixes of the pollutants' columns
+    std::vector<KnownColumn> columns;
 };
 
-const std::vector<FixedTable>& getFixedTables() {
-    static const std::vector<FixedTable> tables = {
-        {"System",
-         {{"Rainfall", "mm/h"},
-          {"Evap", "mm/d"},
-          {"Infil", "mm/h"},
-          {"Runoff", "m3/s"},
-          {"TotInflow", "m3/s"},
-          {"DirInflow", "m3/s"},
-          {"DWF", "m3/s"},
-          {"Flood", "m3/s"},
-          {"SWMMIn", "m3/s"},
-          {"Outflow", "m3/s"},
-          {"SWMMOut", "m3/s"},
-          {"Storage", "m3"}},
-         {}},
-        {"Subcatchment", {{"Rainfall", "mm/h"}, {"Evap", "mm/d"}, {"Infil", "mm/h"}, {"Runoff", "m3/s"}}, {""}},
-        {"Junction", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}}, {""}},
-        {"Tank",
-         {{"Depth", "m"}, {"Vol", "m3"}, {"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Flood", "m3/s"}},
-         {""}},
-        {"Outfall", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}}, {""}},
-        {"Splitter", {{"TotInflow", "m3/s"}, {"LatInflow", "m3/s"}, {"Outflow1", "m3/s"}, {"Outflow2", "m3/s"}}, {""}},
-        {"Reactor",
-         {{"Vol", "m3"},
-          {"TotInflow", "m3/s"},
-          {"LatInflow", "m3/s"},
-          {"Outflow", "m3/s"},
-          {"Surpass", "m3/s"},
-          {"Evap", "mm/d"},
-          {"Infil", "mm/h"},
-          {"Empty", "m3/s"}},
-         {""}},
-        {"LID_Mono",
-         {{"TotInflow", "m3/s"},
-          {"LatInflow", "m3/s"},
-          {"Rainfall", "mm/h"},
-          {"Evap", "mm/d"},
-          {"Surflow", "m3/s"},
-          {"Exfil", "mm/h"},
-          {"Drain", "m3/s"},
-          {"SurDepth", "m"},
-          {"SoilMoist", ""},
-          {"StorDepth", "m"},
-          {"PaveDepth", "m"}},
-         {"Sur_", "Soil_", "Stor_", "Pave_"}},
-        {"Pipe", {{"Vol", "m3"}, {"Inflow", "m3/s"}, {"Outfow", "m3/s"}, {"Flood", "m3/s"}}, {""}},
-        {"Pump", {{"Flow", "m3/s"}}, {""}},
-        {"Connection", {{"Inflow", "m3/s"}, {"Outflow", "m3/s"}}, {""}},
-        {"Conduit",
-         {{"Depth", "m"},
-          {"Vol", "m3"},
-          {"Velocity", "m/s"},
-          {"Inflow", "m3/s"},
-          {"Outflow", "m3/s"},
-          {"Flood", "m3/s"}},
-         {""}},
-        {"Weir", {{"Flow", "m3/s"}}, {""}},
-        {"Orifice", {{"Flow", "m3/s"}}, {""}}};
+const std::vector<KnownTable>& getKnownTables() {
+    // clang-format off
+    static const std::vector<KnownTable> tables = {
+#define RESULT_TABLE(token, table, ...) {table, {
+#define RESULT_COLUMN(column, unit, ...) {column, unit, false},
+#define RESULT_BLOCK(prefix, unit, ...) {prefix, unit, true},
+#define RESULT_END() }},
+#include "columns.def"
+    };
+    // clang-format on
     return tables;
 }
 
@@ -115,14 +66,15 @@ bool isSameName(const std::string& a, const std::string& b) {
 
 std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollutants) {
     std::vector<ResultTable> tables;
-    for (const FixedTable& fixed : getFixedTables()) {
-        ResultTable table{fixed.name, {}, {}, 0};
-        for (const FixedColumn& column : fixed.columns) {
-            table.columns.push_back({column.name, column.unit});
-        }
-        for (const char* layer : fixed.layers) {
+    for (const KnownTable& known : getKnownTables()) {
+        ResultTable table{known.name, {}, {}, 0};
+        for (const KnownColumn& column : known.columns) {
+            if (!column.isOfPollutants) {
+                table.columns.push_back({column.name, column.unit});
+                continue;
+            }
             for (const std::string& pollutant : pollutants) {
-                table.columns.push_back({layer + pollutant, "mg/L"});
+                table.columns.push_back({column.name + pollutant, column.unit});
             }
         }
         tables.push_back(table);
@@ -131,9 +83,9 @@ std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollu
 }
 
 std::string result_getUnit(const std::string& tableName, const std::string& columnName) {
-    for (const FixedTable& table : getFixedTables()) {
-        for (const FixedColumn& column : table.columns) {
-            if (tableName == table.name && columnName == column.name) {
+    for (const KnownTable& table : getKnownTables()) {
+        for (const KnownColumn& column : table.columns) {
+            if (!column.isOfPollutants && tableName == table.name && columnName == column.name) {
                 return column.unit;
             }
         }

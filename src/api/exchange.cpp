@@ -9,13 +9,14 @@
 #include "hydrology/gage.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
+#include "links/pipe.h"
 #include "links/pump.h"
 #include "links/weir.h"
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
-#include "nodes/node.h"
 #include "nodes/reactor.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "tarnvelde.h"
 
@@ -234,7 +235,9 @@ int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
     }
     Link& link = Links[index];
     link.newFlow = flow;
-    link_noteChange(index, link.kindIndex);
+    if (link.kind == PIPE) {
+        pipe_noteChange(index, link.kindIndex);
+    }
     return SUCCESS;
 }
 

@@ -12,7 +12,7 @@
 #include "links/pipe.h"
 #include "links/pump.h"
 #include "links/weir.h"
-#include "nodes/node.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "tarnvelde.h"
 

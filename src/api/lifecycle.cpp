@@ -222,7 +222,7 @@ static double advanceModel() {
         return now;
     }
     routing_step();
-    massbal_updateStep();
+    routing_countStep();
     NewRoutingTime = time;
     return time;
 }

@@ -16,8 +16,8 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "nodes/node.h"
 #include "nodes/reactor.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "text/datetime.h"
 

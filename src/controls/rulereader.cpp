@@ -360,8 +360,7 @@ int32_t rule_readAction(const Tokens& tokens, int32_t rule) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     const bool isSwmm = object == OBJECT_SWMM;
-    if (const int32_t error =
-            isSwmm ? readSwmmValue(tokens, action) : readActionValue(tokens, object, action)) {
+    if (const int32_t error = isSwmm ? readSwmmValue(tokens, action) : readActionValue(tokens, object, action)) {
         return error;
     }
     if (isClauseWord(tokens, 6)) {

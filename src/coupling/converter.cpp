@@ -71,7 +71,7 @@ static int32_t readPoint(const Tokens& tokens, Converter& converter) {
     return ERR_NONE;
 }
 
-int32_t converter_readParams(const Tokens& tokens) {
+int32_t converter_readLine(const Tokens& tokens) {
     if (tokens.count < 2) {
         return errors_setName(ERR_ITEMS, "");
     }

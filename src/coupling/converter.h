@@ -34,7 +34,7 @@ struct Converter {
 extern Table<Converter> Converters;
 
 /// A line of [CONVERTERS]. An error index, or 0.
-int32_t converter_readParams(const Tokens& tokens);
+int32_t converter_readLine(const Tokens& tokens);
 
 /// Tests that everything has a contribution; writes what is missing to the report.
 void converter_validate(int32_t converter);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 
-#include "coupling/feed.h"
 #include "coupling/guid.h"
 #include "model/arena.h"
 #include "model/errors.h"
@@ -162,6 +161,18 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
     }
 }
 
+double* outside_getLoads(const OutsideNode& outside) {
+    std::fill_n(outside.scratch, project_pollutantCount(), 0.0);
+    return outside.scratch;
+}
+
+void outside_countDelivery(const OutsideTotals& totals, double flow, const double* loads) {
+    FlowTotals.*totals.outflow += RoutingStep * flow;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        QualTotals[p].*totals.outflowMass += RoutingStep * loads[p];
+    }
+}
+
 // --- the life of a node --------------------------------------------------------------------------------------------
 
 int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind, int32_t row) {
@@ -199,14 +210,15 @@ void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, c
 void outside_validateOutflow(const CoupledFlow& outflow, const char* id) {
     const int32_t kind = Links[outflow.index].kind;
     if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
-        report_writeError(ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well; reports have always shown that
+        report_writeError(ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well
     }
 }
 
 void outside_initState(OutsideNode& outside, int32_t inflowCount) {
-    const bool isDone = openRecords(outside.inflows, inflowCount) &&
-                        openRecords(outside.outflows, project_pollutantCount()) && feed_open();
-    if (!isDone) {
+    const bool isDone =
+        openRecords(outside.inflows, inflowCount) && openRecords(outside.outflows, project_pollutantCount());
+    outside.scratch = arena_allocateArray<double>(RunArena, project_pollutantCount());
+    if (!isDone || !outside.scratch) {
         report_writeError(ERR_MEMORY, "");
     }
 }
@@ -228,5 +240,5 @@ void outside_end(OutsideNode& outside, const OutsideCalls& calls) {
     }
     closeRecords(outside.inflows);
     closeRecords(outside.outflows);
-    feed_close();
+    outside.scratch = nullptr;
 }

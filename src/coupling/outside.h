@@ -42,6 +42,14 @@ struct CoupledRange {
     CoupledFlow* const* end() const { return last; }
 };
 
+/// Totals of the network that a kind of outside model adds to.
+struct OutsideTotals {
+    double FlowTotalsRecord::*inflow;       ///< m3, out of the model into the network
+    double FlowTotalsRecord::*outflow;      ///< m3, given to the model
+    double QualTotalsRecord::*inflowMass;   ///< kg
+    double QualTotalsRecord::*outflowMass;  ///< kg
+};
+
 /// The part that SWMM nodes and treatment-plant nodes share.
 struct OutsideNode {
     const char* inpFile;   ///< path as given; from the validation on the full path that the engine reads
@@ -50,6 +58,7 @@ struct OutsideNode {
     double newTime;        ///< ms since the start, after it
     CoupledList inflows;   ///< what the network gives to the model
     CoupledList outflows;  ///< what the model gives to the network
+    double* scratch;       ///< one number per pollutant: loads, kg/s, or concentrations, mg/L; lives as long as the run
     LibraryHandle library;
     int32_t isOpen;           ///< 1: the engine was asked to open the model, well or not, and is to close it
     int32_t isStarted;        ///< 1: the engine was asked to start, well or not, and is to end
@@ -127,6 +136,12 @@ void outside_advance(OutsideNode& outside, const OutsideCalls& calls, Give give,
 
 /// The records of an index; none before the start of a run.
 CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
+
+/// The room for one number per pollutant, emptied: for the loads of one link, kg/s.
+double* outside_getLoads(const OutsideNode& outside);
+
+/// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.
+void outside_countDelivery(const OutsideTotals& totals, double flow, const double* loads);
 
 /// New becomes old, and the new values of all records become 0.
 void outside_rollRecords(const CoupledList& list, int32_t count);

@@ -9,15 +9,15 @@
 
 #include "coupling/swmm.h"
 
-#include "coupling/feed.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pollut.h"
 #include "nodes/node.h"
-#include "project/sections.h"
 #include "text/tokens.h"
 
 Table<SwmmNode> SwmmNodes;
+
+const char* const SwmmRecordWords[] = {"INFLOW", "OUTFLOW", nullptr};
 
 static constexpr OutsideKind Kind = {"swmm5ex.dll",
                                      LIBRARY_NATIVE_NAME("swmm5ex"),
@@ -28,8 +28,6 @@ static constexpr OutsideKind Kind = {"swmm5ex.dll",
                                      ERR_SWMM_START_DATE,
                                      ERR_SWMM_END_DATE,
                                      ERR_SWMM_START};
-static constexpr OutsideTotals Totals = {&FlowTotalsRecord::swmmInflow, &FlowTotalsRecord::swmmOutflow,
-                                         &QualTotalsRecord::swmmInflow, &QualTotalsRecord::swmmOutflow};
 
 // Numbers by which the engine knows what is asked for.
 static constexpr int NODE_OBJECT = 1;
@@ -88,7 +86,7 @@ static int32_t readRecord(const Tokens& tokens, int32_t row, bool isInflow) {
     return outside_addRecord(tokens, isInflow ? outside.inflows : outside.outflows, index, -1);
 }
 
-int32_t swmm_readParams(const Tokens& tokens, int32_t node, int32_t row) {
+int32_t swmm_readLine(const Tokens& tokens, int32_t node, int32_t row) {
     if (tokens.count < 3) {
         return errors_setName(ERR_ITEMS, "");
     }
@@ -198,7 +196,7 @@ void swmm_takeInflow(int32_t row, int32_t link, double flow, const double* loads
     }
     CoupledFlow& record = **records.begin();
     record.newFlow += flow;
-    feed_countDelivery(Totals, flow, loads);
+    outside_countDelivery(SWMM_TOTALS, flow, loads);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         record.newLoad[p] = loads[p];  // set, not added: of two links with one number only the last load goes on
     }
@@ -269,7 +267,7 @@ static void takeOutflows(const SwmmNode& swmm) {
     }
 }
 
-void swmm_stepNode(int32_t node) {
+void swmm_advance(int32_t node) {
     SwmmNode& swmm = getSwmm(getRow(node));
     const auto give = [&] {
         passRequests(node, swmm.entries);
@@ -281,7 +279,6 @@ void swmm_stepNode(int32_t node) {
     SwmmInflowRequests.clear();
     SwmmSettingRequests.clear();
     SwmmLoadRequests.clear();
-    feed_updateLinks(node, swmm.outside, Totals);
 }
 
 // --- for other rooms -----------------------------------------------------------------------------------------------

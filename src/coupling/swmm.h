@@ -25,6 +25,12 @@ struct SwmmNode {
 
 extern Table<SwmmNode> SwmmNodes;
 
+/// Words that begin the exchange records of a node.
+extern const char* const SwmmRecordWords[];
+
+constexpr OutsideTotals SWMM_TOTALS = {&FlowTotalsRecord::swmmInflow, &FlowTotalsRecord::swmmOutflow,
+                                       &QualTotalsRecord::swmmInflow, &QualTotalsRecord::swmmOutflow};
+
 /// Makes the node's own copy of the library and looks up its functions.
 void swmm_loadLibrary(int32_t row);
 
@@ -33,7 +39,7 @@ void swmm_closeNode(int32_t row);
 
 /// A line of [SWMM_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An
 /// error index, or 0.
-int32_t swmm_readParams(const Tokens& tokens, int32_t node, int32_t row);
+int32_t swmm_readLine(const Tokens& tokens, int32_t node, int32_t row);
 
 /// Opens the model and compares it with the project; writes what is wrong to the report.
 void swmm_validate(int32_t node);
@@ -42,7 +48,7 @@ void swmm_validate(int32_t node);
 void swmm_initState(int32_t node);
 
 /// Starts the engine. False if it can't be started.
-bool swmm_startNode(int32_t node);
+[[nodiscard]] bool swmm_startNode(int32_t node);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
 void swmm_endNode(int32_t node);
@@ -56,8 +62,8 @@ void swmm_takeInflow(int32_t row, int32_t link, double flow, const double* loads
 /// Takes the runoff of a subcatchment, m3/s; it is in no total of the network.
 void swmm_takeRunoff(int32_t row, int32_t subcatch, double flow);
 
-/// Brings the engine up to the routing clock and hands what comes out of the model to the outgoing links.
-void swmm_stepNode(int32_t node);
+/// Brings the engine up to the routing clock.
+void swmm_advance(int32_t node);
 
 /// Flows at the moment, m3/s, added to sums in single: into the models at the engine's clock, and out of them.
 void swmm_addFlows(int32_t row, float& inflow, float& outflow);

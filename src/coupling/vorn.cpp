@@ -9,20 +9,18 @@
 #include "coupling/vorn.h"
 
 #include "coupling/converter.h"
-#include "coupling/feed.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "nodes/node.h"
-#include "project/sections.h"
 #include "text/tokens.h"
 
 Table<VornNode> VornNodes;
 
+const char* const VornRecordWords[] = {"INFLUENT", "EFFLUENT", nullptr};
+
 static constexpr OutsideKind Kind = {
     "vorn.dll",     LIBRARY_NATIVE_NAME("vorn"), ERR_VORN_LIBRARY_MISSING, ERR_VORN_TEMP_FOLDER, ERR_FILE_COPY,
     ERR_VORN_DATES, ERR_VORN_START_DATE,         ERR_VORN_END_DATE,        ERR_VORN_START};
-static constexpr OutsideTotals Totals = {&FlowTotalsRecord::vornInflow, &FlowTotalsRecord::vornOutflow,
-                                         &QualTotalsRecord::vornInflow, &QualTotalsRecord::vornOutflow};
 
 // Numbers by which the engine knows what is asked for.
 static constexpr int INFLUENT_UNIT = 0;
@@ -81,7 +79,7 @@ static int32_t readRecord(const Tokens& tokens, int32_t row, bool isInflow) {
     return outside_addRecord(tokens, isInflow ? outside.inflows : outside.outflows, link, converter);
 }
 
-int32_t vorn_readParams(const Tokens& tokens, int32_t node, int32_t row) {
+int32_t vorn_readLine(const Tokens& tokens, int32_t node, int32_t row) {
     const int32_t word = tokens.count > 0 ? tokens_findKeyword(tokens[0], VornRecordWords) : -1;
     if (tokens.count < (word < 0 ? 3 : 4)) {
         return errors_setName(ERR_ITEMS, "");
@@ -93,7 +91,7 @@ int32_t vorn_readParams(const Tokens& tokens, int32_t node, int32_t row) {
 // --- validation ----------------------------------------------------------------------------------------------------
 
 /// Fills the path of the model, whose extension is fixed. False, after its message, if there is no such file or another
-/// node has it. A missing file is told by the message of SWMM nodes; reports have always shown that one.
+/// node has it. A missing file is told by the message of SWMM nodes.
 static bool setPath(int32_t row, const char* id) {
     OutsideNode& outside = getVorn(row).outside;
     std::string path;
@@ -174,7 +172,7 @@ void vorn_takeInflow(int32_t row, int32_t link, double flow, const double* loads
     // Every record of the link takes the whole flow, so two of them double it, in the plant and in the totals.
     for (CoupledFlow* record : outside_findRecords(getVorn(row).outside.inflows, link)) {
         record->newFlow += flow;
-        feed_countDelivery(Totals, flow, loads);
+        outside_countDelivery(VORN_TOTALS, flow, loads);
         converter_applyInfluent(record->converter, flow, loads, record->newLoad);
     }
 }
@@ -223,9 +221,8 @@ static void takeEffluents(const VornNode& vorn) {
     }
 }
 
-void vorn_stepNode(int32_t node) {
+void vorn_advance(int32_t node) {
     VornNode& vorn = getVorn(getRow(node));
     outside_advance(
         vorn.outside, getCalls(vorn.entries), [&] { passInfluents(vorn); }, [&] { takeEffluents(vorn); });
-    feed_updateLinks(node, vorn.outside, Totals);
 }

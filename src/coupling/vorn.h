@@ -23,6 +23,12 @@ struct VornNode {
 
 extern Table<VornNode> VornNodes;
 
+/// Words that begin the exchange records of a node.
+extern const char* const VornRecordWords[];
+
+constexpr OutsideTotals VORN_TOTALS = {&FlowTotalsRecord::vornInflow, &FlowTotalsRecord::vornOutflow,
+                                       &QualTotalsRecord::vornInflow, &QualTotalsRecord::vornOutflow};
+
 /// Makes the node's own copy of the library and looks up its functions.
 void vorn_loadLibrary(int32_t row);
 
@@ -31,7 +37,7 @@ void vorn_closeNode(int32_t row);
 
 /// A line of [VORN_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An
 /// error index, or 0.
-int32_t vorn_readParams(const Tokens& tokens, int32_t node, int32_t row);
+int32_t vorn_readLine(const Tokens& tokens, int32_t node, int32_t row);
 
 /// Opens the model and compares it with the project; writes what is wrong to the report.
 void vorn_validate(int32_t node);
@@ -40,7 +46,7 @@ void vorn_validate(int32_t node);
 void vorn_initState(int32_t node);
 
 /// Starts the engine. False if it can't be started.
-bool vorn_startNode(int32_t node);
+[[nodiscard]] bool vorn_startNode(int32_t node);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
 void vorn_endNode(int32_t node);
@@ -51,5 +57,5 @@ void vorn_shiftInflows(int32_t row);
 /// Takes what a link delivers: a flow, m3/s, with its loads, kg/s.
 void vorn_takeInflow(int32_t row, int32_t link, double flow, const double* loads);
 
-/// Brings the engine up to the routing clock and hands what comes out of the plant to the outgoing links.
-void vorn_stepNode(int32_t node);
+/// Brings the engine up to the routing clock.
+void vorn_advance(int32_t node);

@@ -189,8 +189,8 @@ int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
     if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
-    DecayItems items;
-    if (const int32_t error = decay_readItems(tokens, true, items)) {
+    Reaction reaction{};
+    if (const int32_t error = decay_readReaction(tokens, true, reaction)) {
         return error;
     }
     const int32_t layer = tokens_findKeyword(tokens[6], LayerWords);
@@ -198,7 +198,7 @@ int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
         return errors_setName(ERR_KEYWORD, tokens[6]);
     }
     if (Decay* rules = getRules(Lids[index], layer)) {
-        rules[items.pollutant] = items.decay;
+        rules[reaction.pollutant] = reaction.decay;
     }
     return ERR_NONE;
 }

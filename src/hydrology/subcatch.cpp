@@ -15,6 +15,7 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/statistics.h"
 
 Table<Subcatch> Subcatches;
 
@@ -261,8 +262,6 @@ void subcatch_closeStep(Subcatch& s, const RunoffVolumes& volumes, double dt) {
     s.thisRunoff = (volumes.surfaceOutflow - volumes.lidRunon + volumes.lidOutflow) / dt;
 }
 
-// --- results -------------------------------------------------------------------------------------------------------
-
 double subcatch_getWeight(double time) {
     const double weight = (time - OldRunoffTime) / (NewRunoffTime - OldRunoffTime);
     if (!(weight > 0.0)) {
@@ -271,18 +270,15 @@ double subcatch_getWeight(double time) {
     return weight > 1.0 ? 1.0 : weight;
 }
 
-void subcatch_getResults(int32_t index, double f, float* row) {
-    const Subcatch& s = Subcatches[index];
-    const double rain = s.gage >= 0 ? Gages[s.gage].reportRain * 3600000.0 : 0.0;
-    double runoff = (1.0 - f) * s.lastRunoff + f * s.thisRunoff;
-    if (runoff < s.area * DRY_RATE) {
-        runoff = 0.0;
-    }
-    row[0] = static_cast<float>(rain);
-    row[1] = static_cast<float>(s.evapRate * 86400000.0);
-    row[2] = static_cast<float>(s.infilRate * 3600000.0);
-    row[3] = static_cast<float>(runoff);
+// --- statistics ----------------------------------------------------------------------------------------------------
+
+void subcatch_countStep(Subcatch& s, double dt) {
+    s.rainfall += dt * s.rain * 1000.0;
+    s.evap += dt * s.evapRate * 1000.0;
+    s.infil += dt * s.infilRate * 1000.0;
+    s.runoff += dt * s.thisRunoff / s.area * 1000.0;
+    statistics_keepMaximum(s.peakRunoff, s.thisRunoff);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        row[4 + p] = static_cast<float>((1.0 - f) * s.lastQuality[p] + f * s.thisQuality[p]);
+        s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
     }
 }

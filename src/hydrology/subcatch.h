@@ -108,5 +108,5 @@ void subcatch_closeStep(Subcatch& subcatch, const RunoffVolumes& volumes, double
 /// Runoff at a routing clock (ms) between the last two runoff steps: the weight of the newer one, 0 ... 1.
 [[nodiscard]] double subcatch_getWeight(double time);
 
-/// A row of results: rain, evaporation, infiltration, runoff, then concentrations. `f` weighs the newer state.
-void subcatch_getResults(int32_t subcatch, double f, float* row);
+/// Adds a step of `dt` seconds to the statistics.
+void subcatch_countStep(Subcatch& subcatch, double dt);

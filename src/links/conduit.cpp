@@ -18,8 +18,7 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
-#include "nodes/node.h"
-#include "routing/rowvalues.h"
+#include "model/statistics.h"
 #include "text/tokens.h"
 
 Table<Conduit> Conduits;
@@ -28,13 +27,9 @@ static Table<const Transect*> Transects;  ///< by curve, null where no conduit u
 
 static const char* const ConduitShapeWords[] = {"CIRCULAR", "RECTANGULAR", "IRREGULAR", nullptr};
 
-// Constants as rounded as they have always been; more digits would change every flow.
+// Rounded as the flows of existing projects were worked out; more digits would change every one of them.
 static constexpr double PI = 3.14159265;
 static constexpr double TWO_PI = 6.2831853;
-
-static Conduit& getConduit(int32_t link) {
-    return Conduits[Links[link].kindIndex];
-}
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
@@ -67,16 +62,9 @@ static int32_t readSection(const Tokens& tokens, Conduit& conduit) {
     return tokens.count < 10 ? errors_setName(ERR_ITEMS, "") : readPositive(tokens, 9, conduit.width);
 }
 
-int32_t conduit_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
-    if (tokens.count < 9) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    LinkEnds ends;
-    int32_t isLagged;
-    if (const int32_t error = link_readEnds(tokens, ends)) {
-        return error;
-    }
-    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
+int32_t conduit_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    LinkHead head;
+    if (const int32_t error = link_readHead(tokens, 9, head)) {
         return error;
     }
     Conduit& row = Conduits[kindIndex];
@@ -92,13 +80,12 @@ int32_t conduit_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex
     if (const int32_t error = readSection(tokens, conduit)) {
         return error;
     }
-    link_setEnds(link, CONDUIT, kindIndex, ends, isLagged);
+    link_setHead(link, CONDUIT, kindIndex, head);
     row = conduit;
     return ERR_NONE;
 }
 
-void conduit_validate(int32_t link) {
-    Conduit& conduit = getConduit(link);
+void conduit_validate(Conduit& conduit) {
     // A very short conduit would empty within one step.
     if (conduit.length < ConduitLengthening) {
         conduit.length = ConduitLengthening;
@@ -168,9 +155,7 @@ static const double* fillTable(Conduit& conduit) {
     return table;
 }
 
-void conduit_buildTables(int32_t link, int32_t kindIndex) {
-    (void)link;
-    Conduit& conduit = Conduits[kindIndex];
+void conduit_buildTables(Conduit& conduit) {
     conduit.depth = 0.0;
     conduit.oldInflow = conduit.newInflow = 0.0;
     conduit.oldFlood = conduit.newFlood = 0.0;
@@ -318,13 +303,16 @@ static double getFullVolume(const Conduit& conduit) {
     return getArea(conduit, conduit.fullDepth) * conduit.length;
 }
 
-double conduit_getArea(int32_t link, double depth) {
-    return getArea(getConduit(link), depth);
+double conduit_getArea(const Conduit& conduit, double depth) {
+    return getArea(conduit, depth);
 }
 
-double conduit_getDepth(int32_t link, double volume) {
-    const Conduit& conduit = getConduit(link);
+double conduit_getDepth(const Conduit& conduit, double volume) {
     return getDepth(conduit, volume, getFullVolume(conduit));
+}
+
+double conduit_getVolume(const Conduit& conduit) {
+    return getArea(conduit, conduit.depth) * conduit.length;
 }
 
 /// Wetted perimeter (m) at a depth (m).
@@ -340,8 +328,8 @@ static double getPerimeter(const Conduit& conduit, double y) {
 
 // --- the routing step ----------------------------------------------------------------------------------------------
 
-void conduit_shiftHydState(int32_t kindIndex) {
-    Conduit& conduit = Conduits[kindIndex];
+void conduit_shiftFlows(Link& link, Conduit& conduit) {
+    link_shiftFlow(link);
     conduit.oldInflow = conduit.newInflow;
     conduit.oldFlood = conduit.newFlood;
 }
@@ -370,9 +358,7 @@ static double getNormalFlow(const Conduit& conduit, double depth) {
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
-void conduit_route(int32_t index, double inflow, const double* concentrations) {
-    Link& link = Links[index];
-    Conduit& conduit = getConduit(index);
+void conduit_route(Link& link, Conduit& conduit, double inflow, const double* concentrations) {
     const double dt = RoutingStep;
     const double stored = getArea(conduit, conduit.depth) * conduit.length;
     const double fullVolume = getFullVolume(conduit);
@@ -396,27 +382,13 @@ void conduit_route(int32_t index, double inflow, const double* concentrations) {
     link.newFlow = flow;
 }
 
-void conduit_update(int32_t index, int32_t nodeIndex) {
-    const Node& node = Nodes[nodeIndex];
-    if (!node_offersFlow(node.kind)) {
-        return;
-    }
-    link_shiftHydState(index);
-    conduit_route(index, node_getOfferedFlow(nodeIndex, index), node.newQual);
+void conduit_update(Link& link, Conduit& conduit, const Offer& offer) {
+    conduit_shiftFlows(link, conduit);
+    conduit_route(link, conduit, offer.flow, offer.quality);
 }
 
-// --- results -------------------------------------------------------------------------------------------------------
-
-void conduit_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    const Conduit& conduit = getConduit(index);
+void conduit_countStep(const Link& link, Conduit& conduit) {
     const double area = getArea(conduit, conduit.depth);
-    const double outflow = rowvalues_mix(f, link.oldFlow, link.newFlow);
-    row[0] = static_cast<float>(conduit.depth);
-    row[1] = static_cast<float>(area * conduit.length);
-    row[2] = static_cast<float>(area > 0.0 ? outflow / area : 0.0);
-    row[3] = rowvalues_interpolate(f, conduit.oldInflow, conduit.newInflow);
-    row[4] = static_cast<float>(outflow);
-    row[5] = rowvalues_interpolate(f, conduit.oldFlood, conduit.newFlood);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 6);
+    statistics_keepMaximum(conduit.statMaxDepth, conduit.depth);
+    statistics_keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "links/link.h"
 #include "model/decay.h"
 #include "model/table.h"
 #include "text/tokens.h"
@@ -37,27 +38,34 @@ struct Conduit {
 
 extern Table<Conduit> Conduits;
 
-int32_t conduit_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
-void conduit_validate(int32_t link);
-void conduit_shiftHydState(int32_t kindIndex);
+/// A line of [CONDUITS] for the row `link` of the links and the row `kindIndex` of the conduits. An error index, or 0.
+[[nodiscard]] int32_t conduit_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
+
+void conduit_validate(Conduit& conduit);
 
 /// Empties a conduit for a run, and makes its full depth and its areas by depth.
-void conduit_buildTables(int32_t link, int32_t kindIndex);
+void conduit_buildTables(Conduit& conduit);
 
 /// Forgets what was prepared of the curves.
 void conduit_clear();
 
+/// New becomes old: flow, inflow and flood.
+void conduit_shiftFlows(Link& link, Conduit& conduit);
+
 /// Filled area (m2) at a depth (m).
-double conduit_getArea(int32_t link, double depth);
+double conduit_getArea(const Conduit& conduit, double depth);
 
 /// Depth (m) at a volume (m3).
-double conduit_getDepth(int32_t link, double volume);
+double conduit_getDepth(const Conduit& conduit, double volume);
+
+/// Water that stands in the conduit, m3.
+double conduit_getVolume(const Conduit& conduit);
 
 /// Takes in what its upstream node offers, and delivers what leaves at this step.
-void conduit_update(int32_t link, int32_t node);
+void conduit_update(Link& link, Conduit& conduit, const Offer& offer);
 
 /// Sends a flow (m3/s) with its concentrations (mg/L) through the store.
-void conduit_route(int32_t link, double inflow, const double* concentrations);
+void conduit_route(Link& link, Conduit& conduit, double inflow, const double* concentrations);
 
-/// Row of results: depth, volume, velocity, inflow, outflow, flood, then concentrations.
-void conduit_getResults(int32_t link, double f, float* row);
+/// Adds the depth and the velocity of a step to the statistics. The flow is divided by the area that it left behind.
+void conduit_countStep(const Link& link, Conduit& conduit);

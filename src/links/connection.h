@@ -4,8 +4,7 @@
 #include <cstdint>
 
 #include "links/delayqueue.h"
-#include "model/table.h"
-#include "text/tokens.h"
+#include "links/link.h"
 
 struct Connection {
     double delay;           ///< s
@@ -17,14 +16,26 @@ struct Connection {
 
 extern Table<Connection> Connections;
 
-int32_t connection_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
-void connection_initState(int32_t link);
-void connection_endState(int32_t link);
-void connection_shiftHydState(int32_t link);
+/// A line of [CONNECTIONS] for the row `link` of the links and the row `kindIndex` of the connections. An error index,
+/// or 0.
+[[nodiscard]] int32_t connection_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
 
-/// Takes in what its upstream node offers, and delivers what leaves at this step.
-void connection_update(int32_t link, int32_t node);
+void connection_initState(Connection& connection);
+void connection_endState(Connection& connection);
+void connection_shiftState(Connection& connection);
 
-/// Queues a flow or a load that leaves at a date. 1, or 0 without memory: the value is lost then.
-int32_t connection_pushFlow(int32_t link, double date, double flow);
-int32_t connection_pushLoad(int32_t link, double date, int32_t pollutant, double load);
+/// When what enters in this step leaves.
+struct Passage {
+    bool leavesInTime;  ///< before the end of the run; otherwise it is counted as delayed and never queued
+    DateTime exitDate;
+    DateTime date;  ///< of this step
+};
+
+/// Takes in a flow (m3/s) in this step, and delivers the one that leaves.
+Passage connection_passFlow(Link& link, Connection& connection, double flow);
+
+/// Takes in the load (kg/s) of a pollutant with it, and delivers the one that leaves.
+void connection_passLoad(Link& link, Connection& connection, const Passage& passage, int32_t pollutant, double load);
+
+/// Takes in what the upstream node offers, and delivers what leaves at this step.
+void connection_update(Link& link, Connection& connection, const Offer& offer);

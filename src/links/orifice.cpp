@@ -9,21 +9,16 @@
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Orifice> Orifices;
 
 static const char* const OrificeShapeWords[] = {"CIRCULAR", "RECTANGULAR", nullptr};
 
-// Constants as rounded as they have always been; more digits would change every flow.
+// Rounded as the flows of existing projects were worked out; more digits would change every one of them.
 static constexpr double PI = 3.14159265;
 static constexpr double TWO_PI = 6.2831853;
 static constexpr double TWO_G = 19.62;  ///< m/s2
-
-static Orifice& getOrifice(int32_t link) {
-    return Orifices[Links[link].kindIndex];
-}
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
@@ -52,16 +47,9 @@ static int32_t readSizes(const Tokens& tokens, Orifice& orifice) {
     return ERR_NONE;
 }
 
-int32_t orifice_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
-    if (tokens.count < 8) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    LinkEnds ends;
-    int32_t isLagged;
-    if (const int32_t error = link_readEnds(tokens, ends)) {
-        return error;
-    }
-    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
+int32_t orifice_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    LinkHead head;
+    if (const int32_t error = link_readHead(tokens, 8, head)) {
         return error;
     }
     Orifice orifice{};
@@ -72,7 +60,7 @@ int32_t orifice_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex
     if (const int32_t error = readSizes(tokens, orifice)) {
         return error;
     }
-    link_setEnds(link, ORIFICE, kindIndex, ends, isLagged);
+    link_setHead(link, ORIFICE, kindIndex, head);
     Orifices[kindIndex] = orifice;
     return ERR_NONE;
 }
@@ -93,13 +81,12 @@ static double getSegmentArea(double D, double y) {
     return std::sin(t) * (y - D / 2.0) * D * 0.5 + (TWO_PI - 2.0 * t) * (D * D) * PI * 0.25 / TWO_PI;
 }
 
-double orifice_getFlow(int32_t link, double depth) {
-    const Orifice& orifice = getOrifice(link);
+double orifice_getFlow(const Link& link, const Orifice& orifice, double depth) {
     if (!(depth > orifice.crest)) {
         return 0.0;
     }
     const double d = depth - orifice.crest;
-    const double a = orifice.height * Links[link].setting;
+    const double a = orifice.height * link.setting;
     const bool isFree = depth <= a + orifice.crest;
     const double head = isFree ? d / 2.0 : d - a / 2.0;
     const double y = isFree ? d : a;
@@ -113,10 +100,4 @@ double orifice_getFlow(int32_t link, double depth) {
         default: break;  // a shape that only a host can set
     }
     return std::sqrt(head * TWO_G) * area * orifice.coefficient;
-}
-
-void orifice_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

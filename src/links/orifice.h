@@ -3,8 +3,7 @@
 
 #include <cstdint>
 
-#include "model/table.h"
-#include "text/tokens.h"
+#include "links/link.h"
 
 enum OrificeShape : int32_t { CIRCULAR_ORIFICE, RECTANGULAR_ORIFICE };
 
@@ -18,10 +17,8 @@ struct Orifice {
 
 extern Table<Orifice> Orifices;
 
-int32_t orifice_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
+/// A line of [ORIFICES] for the row `link` of the links and the row `kindIndex` of the orifices. An error index, or 0.
+[[nodiscard]] int32_t orifice_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
 
 /// Flow (m3/s) at a depth (m) in the tank.
-double orifice_getFlow(int32_t link, double depth);
-
-/// Row of results: flow, then concentrations.
-void orifice_getResults(int32_t link, double f, float* row);
+double orifice_getFlow(const Link& link, const Orifice& orifice, double depth);

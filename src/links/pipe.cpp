@@ -17,30 +17,27 @@
 #include "links/link.h"
 #include "model/arena.h"
 #include "model/errors.h"
-#include "nodes/node.h"
+#include "model/prefetch.h"
 #include "text/tokens.h"
 
 Table<Pipe> Pipes;
 
-static int32_t FloodingCount = 0;       ///< pipes whose newFlood isn't 0
-static bool HasEndlessQuality = false;  ///< some concentration of the run was no finite number
+/// A pipe by its rows in the tables of the links and of the pipes.
+struct ChangedPipe {
+    int32_t link;
+    int32_t pipe;
+};
 
-static Pipe& getPipe(int32_t link) {
-    return Pipes[Links[link].kindIndex];
-}
+static Table<ChangedPipe> ChangedPipes;  ///< that fired, or that the host wrote to, since the last roll
+static Table<uint8_t> IsChanged;         ///< by link: stands in ChangedPipes
+static int32_t FloodingCount = 0;        ///< pipes whose newFlood isn't 0
+static bool HasEndlessQuality = false;   ///< some concentration of the run was no finite number
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
-int32_t pipe_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
-    if (tokens.count < 8) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    LinkEnds ends;
-    int32_t isLagged;
-    if (const int32_t error = link_readEnds(tokens, ends)) {
-        return error;
-    }
-    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
+int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    LinkHead head;
+    if (const int32_t error = link_readHead(tokens, 8, head)) {
         return error;
     }
     double values[4];
@@ -49,7 +46,7 @@ int32_t pipe_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
             return errors_setName(ERR_NUMBER, tokens[4 + k]);
         }
     }
-    link_setEnds(link, PIPE, kindIndex, ends, isLagged);
+    link_setHead(link, PIPE, kindIndex, head);
     Pipe& pipe = Pipes[kindIndex];
     pipe.k = values[0];
     pipe.n = project_truncate(values[1]);
@@ -58,9 +55,7 @@ int32_t pipe_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
     return ERR_NONE;
 }
 
-void pipe_validate(int32_t index) {
-    const Link& link = Links[index];
-    const Pipe& pipe = getPipe(index);
+void pipe_validate(const Link& link, const Pipe& pipe) {
     if (pipe.k < RoutingStep) {
         report_writeError(ERR_PIPE_K, link.id);
     }
@@ -80,8 +75,7 @@ static bool canFireAgain(const Pipe& pipe) {
     return pipe.stepLength < RoutingStep;
 }
 
-void pipe_initState(int32_t index) {
-    Pipe& pipe = getPipe(index);
+void pipe_initState(Pipe& pipe) {
     pipe.stepLength = pipe.k;
     pipe.nextFireTime = pipe.lastFireTime = NewRoutingTime;
     pipe.oldInflow = pipe.newInflow = 0.0;
@@ -92,7 +86,7 @@ void pipe_initState(int32_t index) {
     const int64_t copies = canFireAgain(pipe) ? 2 : 1;
     double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + copies * reaches * pollutants);
     if (!memory) {
-        pipe_endState(index);
+        pipe_endState(pipe);
         report_writeError(ERR_MEMORY, "");
         return;
     }
@@ -102,8 +96,7 @@ void pipe_initState(int32_t index) {
     pipe.hasDecay = decay_isAny(pipe.decay);
 }
 
-void pipe_endState(int32_t index) {
-    Pipe& pipe = getPipe(index);
+void pipe_endState(Pipe& pipe) {
     pipe.reachCount = 0;
     pipe.storage = pipe.sumMass = nullptr;
 }
@@ -115,15 +108,49 @@ void pipe_openRun() {
         pipe.sumVolume = 0.0;
         pipe.sumCount = 0;
     }
+    ChangedPipes.clear();
+    ChangedPipes.reserve(Links.size());
+    IsChanged.fill(Links.size(), 0);
 }
 
-static void shiftHydState(Pipe& pipe) {
+void pipe_clearRun() {
+    ChangedPipes = {};
+    IsChanged = {};
+}
+
+// --- the roll from new to old --------------------------------------------------------------------------------------
+
+static void shiftFlows(Link& link, Pipe& pipe) {
+    link_shiftFlow(link);
     pipe.oldInflow = pipe.newInflow;
     pipe.oldFlood = pipe.newFlood;
 }
 
-void pipe_shiftHydState(int32_t kindIndex) {
-    shiftHydState(Pipes[kindIndex]);
+void pipe_shiftState(Link& link, Pipe& pipe) {
+    shiftFlows(link, pipe);
+    link_shiftQuality(link);
+}
+
+void pipe_shiftChanged() {
+    static constexpr int32_t AHEAD = 8;
+    for (int32_t k = 0; k < ChangedPipes.size(); ++k) {
+        if (k + AHEAD < ChangedPipes.size()) {
+            const ChangedPipe farther = ChangedPipes[k + AHEAD];
+            prefetch_roll(Links[farther.link], Pipes[farther.pipe], Links[ChangedPipes[k + AHEAD / 2].link]);
+        }
+        const ChangedPipe changed = ChangedPipes[k];
+        pipe_shiftState(Links[changed.link], Pipes[changed.pipe]);
+        IsChanged[changed.link] = 0;
+    }
+    ChangedPipes.clear();
+}
+
+void pipe_noteChange(int32_t link, int32_t kindIndex) {
+    // Before the first start there is no list, and the start puts every flow to 0.
+    if (IsChanged.holds(link) && !IsChanged[link]) {
+        IsChanged[link] = 1;
+        ChangedPipes.push_back({link, kindIndex});
+    }
 }
 
 // --- routing -------------------------------------------------------------------------------------------------------
@@ -139,8 +166,8 @@ struct ReachFlow {
 static ReachFlow getReachFlow(double dt, double storage, double in, double out) {
     const double change = dt * (in - out);
     const double divisor = dt * out + storage + change;
-    // The test adds a volume to a flow. It only has to tell a dry reach, and it has always been this sum. Divided is by
-    // the volume after the inflow, before the outflow.
+    // The test adds a volume to a flow: it only has to tell a dry reach. Divided is by the volume after the inflow,
+    // before the outflow.
     return {dt * in, storage, divisor, !(change + out != 0.0 && divisor != 0.0)};
 }
 
@@ -190,7 +217,8 @@ static void limitOutflow(Link& link, Pipe& pipe, double out) {
     FloodingCount += pipe.newFlood != 0.0 ? 1 : 0;
 }
 
-static void route(int32_t index, Link& link, Pipe& pipe, double inflow, double* concentrations) {
+void pipe_route(int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
+    Link& link = Links[index];
     const int32_t pollutants = project_pollutantCount();
     const DateTime date = pipe.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
     const double dt = pipe.stepLength;
@@ -198,14 +226,18 @@ static void route(int32_t index, Link& link, Pipe& pipe, double inflow, double* 
     const double b = pipe.k * pipe.x;
     const double c = (1.0 - pipe.x) * pipe.k;
     double flow = inflow;
+    double* quality = link.newQual;  // of the water on its way through the cascade; at last, of the outflow
+    if (concentrations != quality) {
+        std::copy_n(concentrations, pollutants, quality);
+    }
     const int32_t reaches = pipe_getReachCount(pipe);
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
         const ReachFlow reach = getReachFlow(dt, pipe.storage[i], flow, out);
         double* qual = pipe_newSegQual(pipe, i);
-        mixReach(reach, qual, concentrations, pollutants);
-        if (pipe.hasDecay || !isFinite(concentrations, reach.storage, pollutants)) {
-            decayReach(pipe, reach, date, qual, concentrations);
+        mixReach(reach, qual, quality, pollutants);
+        if (pipe.hasDecay || !isFinite(quality, reach.storage, pollutants)) {
+            decayReach(pipe, reach, date, qual, quality);
         }
         pipe.storage[i] += (flow - out) * dt;
         flow = out;
@@ -213,14 +245,9 @@ static void route(int32_t index, Link& link, Pipe& pipe, double inflow, double* 
     pipe.newInflow = inflow;
     limitOutflow(link, pipe, flow);
     for (int32_t p = 0; p < pollutants; ++p) {
-        link.newQual[p] = concentrations[p];
-        HasEndlessQuality = HasEndlessQuality || !std::isfinite(concentrations[p]);
+        HasEndlessQuality = HasEndlessQuality || !std::isfinite(quality[p]);
     }
-    link_noteChange(index, static_cast<int32_t>(&pipe - Pipes.data()));
-}
-
-void pipe_route(int32_t link, double inflow, double* concentrations) {
-    route(link, Links[link], getPipe(link), inflow, concentrations);
+    pipe_noteChange(index, static_cast<int32_t>(&pipe - Pipes.data()));
 }
 
 void pipe_moveClock(Pipe& pipe) {
@@ -247,40 +274,34 @@ static void restoreStepStart(const Pipe& pipe, bool isFirst) {
     }
 }
 
-/// One firing: the sums become the mean flow and the mean concentrations of the period and go through the reaches.
+/// One firing: the means of the period go through the reaches.
 static void fire(int32_t index, Pipe& pipe) {
     pipe_moveClock(pipe);
     Link& link = Links[index];
-    link.oldFlow = link.newFlow;
-    shiftHydState(pipe);
-    const int32_t pollutants = project_pollutantCount();
-    for (int32_t p = 0; p < pollutants; ++p) {
-        pipe.sumMass[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
-    }
-    pipe.sumVolume = pipe.sumVolume / pipe.sumCount / RoutingStep;
+    shiftFlows(link, pipe);
     if (canFireAgain(pipe)) {
-        restoreStepStart(pipe, !link_isChanged(index));
+        restoreStepStart(pipe, !IsChanged[index]);
     }
-    route(index, link, pipe, pipe.sumVolume, pipe.sumMass);
+    const int32_t pollutants = project_pollutantCount();
+    double* mean = link.newQual;  // goes through the cascade where it will stand as that of the outflow
+    for (int32_t p = 0; p < pollutants; ++p) {
+        mean[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
+    }
+    pipe_route(index, pipe, pipe.sumVolume / pipe.sumCount / RoutingStep, mean);
     clearSums(pipe);
 }
 
-void pipe_update(int32_t index, int32_t kindIndex, int32_t nodeIndex, double fireTime) {
-    const Node& node = Nodes[nodeIndex];
-    if (!node_offersFlow(node.kind)) {
-        return;
-    }
-    Pipe& pipe = Pipes[kindIndex];
+void pipe_update(int32_t index, Pipe& pipe, const Offer& offer, double fireTime) {
     // Without a period, which a host can bring about, it never fires.
     if (fireTime > pipe.nextFireTime && pipe.sumCount != 0 && pipe.stepLength != 0.0) {
         fire(index, pipe);
         return;
     }
-    const double volume = RoutingStep * node_getOfferedFlow(nodeIndex, index);
+    const double volume = RoutingStep * offer.flow;
     pipe.sumVolume += volume;
     pipe.sumCount += 1;
     double* __restrict sumMass = pipe.sumMass;
-    const double* __restrict quality = node.newQual;
+    const double* __restrict quality = offer.quality;
     const int32_t pollutants = project_pollutantCount();
     for (int32_t p = 0; p < pollutants; ++p) {
         sumMass[p] += volume * quality[p] / 1000.0;

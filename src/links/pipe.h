@@ -45,54 +45,40 @@ inline int32_t pipe_getReachCount(const Pipe& pipe) {
     return pipe.n < pipe.reachCount ? pipe.n : pipe.reachCount;
 }
 
-int32_t pipe_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
-void pipe_validate(int32_t link);
-void pipe_initState(int32_t link);
-void pipe_endState(int32_t link);
-void pipe_shiftHydState(int32_t kindIndex);
+/// A line of [PIPES] for the row `link` of the links and the row `kindIndex` of the pipes. An error index, or 0.
+[[nodiscard]] int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
+
+/// Tests a pipe when all is read; writes what is wrong to the report.
+void pipe_validate(const Link& link, const Pipe& pipe);
+
+/// Puts a pipe to time zero, and lets go of what it holds for the run.
+void pipe_initState(Pipe& pipe);
+void pipe_endState(Pipe& pipe);
 
 /// Empties the sums of all pipes for a new run.
 void pipe_openRun();
 
-/// Asks for the memory of links that come soon after `link` in the order of the visits: of those that enter a node, and
-/// of those that leave one.
-inline void pipe_fetchIncoming(const VisitLink* link) {
-    const VisitLink& far = link[LINKS_FAR];
-    memory_fetch(&Links[far.link]);
-    if (far.kind == PIPE) {
-        memory_fetch(&Pipes[far.kindIndex]);
-    }
-    const Link& near = Links[link[LINKS_NEAR].link];
-    memory_fetch(near.newQual);
-    memory_fetch(near.oldQual);
-}
+/// Forgets which pipes have changed.
+void pipe_clearRun();
 
-inline void pipe_fetchOutgoing(const VisitLink* link, double fireTime) {
-    const VisitLink& far = link[LINKS_FAR];
-    if (far.kind == PIPE) {
-        memory_fetch(&Pipes[far.kindIndex]);
-    }
-    const VisitLink& near = link[LINKS_NEAR];
-    if (near.kind == PIPE) {
-        const Pipe& pipe = Pipes[near.kindIndex];
-        memory_fetch(pipe.sumMass);
-        if (fireTime > pipe.nextFireTime) {
-            memory_fetch(&pipe.storage);
-            memory_fetch(pipe.sumMass + 8);  // the next line, where the reaches are
-            memory_fetch(&Links[near.link]);
-        }
-    }
-}
+/// New becomes old: flow, inflow and flood, then the concentrations.
+void pipe_shiftState(Link& link, Pipe& pipe);
 
-/// Takes in what the upstream node offers in this step, or fires. `kindIndex` is the pipe's row, `fireTime` in ms since
-/// the start.
-void pipe_update(int32_t link, int32_t kindIndex, int32_t node, double fireTime);
+/// Rolls the pipes that have changed since the last roll, and no others: in nearly all steps nearly all pipes stand
+/// still, and old and new are the same there already.
+void pipe_shiftChanged();
+
+/// Says that a pipe's new state differs from its old one, so that the next step rolls it.
+void pipe_noteChange(int32_t link, int32_t kindIndex);
+
+/// Takes in what the upstream node offers in this step, or fires. `fireTime` is in ms since the start.
+void pipe_update(int32_t link, Pipe& pipe, const Offer& offer, double fireTime);
 
 /// Moves the clock of a pipe on by one period, but never past the end of the run.
 void pipe_moveClock(Pipe& pipe);
 
-/// Sends a mean flow (m3/s) with mean concentrations (mg/L, overwritten) of one period through the cascade.
-void pipe_route(int32_t link, double inflow, double* concentrations);
+/// Sends a mean flow (m3/s) with mean concentrations (mg/L) of one period through the cascade.
+void pipe_route(int32_t link, Pipe& pipe, double inflow, const double* concentrations);
 
 /// What a pipe delivers in the step that begins at `time` (ms): gives the flow (m3/s), and adds the loads (kg/s) to
 /// `loads`. Nothing before its first firing.

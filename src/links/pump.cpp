@@ -11,32 +11,20 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
-#include "nodes/tank.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Pump> Pumps;
 
 static const char* const OffOnWords[] = {"OFF", "ON", nullptr};
 
-static Pump& getPump(int32_t link) {
-    return Pumps[Links[link].kindIndex];
-}
-
-/// The tank that a pump draws from, or null.
-static const Tank* findTank(int32_t link) {
-    const Node* node = Nodes.find(Links[link].fromNode);
-    return node && node->kind == TANK ? &Tanks[node->kindIndex] : nullptr;
-}
-
 // --- reading, validation and start ---------------------------------------------------------------------------------
 
-int32_t pump_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+int32_t pump_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
     if (tokens.count < 8) {
         return errors_setName(ERR_ITEMS, "");
     }
-    LinkEnds ends;
-    if (const int32_t error = link_readEnds(tokens, ends)) {
+    LinkHead head;
+    if (const int32_t error = link_readEnds(tokens, head)) {
         return error;
     }
     Pump pump{};
@@ -44,8 +32,7 @@ int32_t pump_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
     if (pump.curve < 0) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[3]);
     }
-    int32_t isLagged;
-    if (const int32_t error = link_readLag(tokens, 4, isLagged)) {
+    if (const int32_t error = link_readLag(tokens, 4, head)) {
         return error;
     }
     const int32_t status = tokens_findKeyword(tokens[5], OffOnWords);
@@ -59,15 +46,13 @@ int32_t pump_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
     if (!tokens_getNonNegative(tokens[7], &pump.shutoffDepth)) {
         return errors_setName(ERR_NUMBER, tokens[7]);
     }
-    link_setEnds(link, PUMP, kindIndex, ends, isLagged);
+    link_setHead(link, PUMP, kindIndex, head);
     Pumps[kindIndex] = pump;
     return ERR_NONE;
 }
 
-void pump_validate(int32_t index) {
-    const Link& link = Links[index];
-    const Pump& pump = getPump(index);
-    if (!findTank(index)) {
+void pump_validate(const Link& link, const Pump& pump, bool isAtTank) {
+    if (!isAtTank) {
         report_writeError(ERR_PUMP_NOT_AT_TANK, link.id);
     }
     if (pump.startupDepth > 0.0 && !(pump.startupDepth > pump.shutoffDepth)) {
@@ -79,29 +64,22 @@ void pump_validate(int32_t index) {
     }
 }
 
-void pump_initState(int32_t link) {
-    Pump& pump = getPump(link);
-    Links[link].setting = pump.initSetting;
+void pump_initState(Link& link, Pump& pump) {
+    link.setting = pump.initSetting;
     pump.useHostFlow = 0;
     pump.hostFlow = 0.0;
 }
 
 // --- switching and flow --------------------------------------------------------------------------------------------
 
-void pump_setTarget(int32_t index) {
-    Link& link = Links[index];
-    link.targetSetting = link.setting;
-    const Tank* tank = findTank(index);
-    if (!tank) {
-        return;
+double pump_getTarget(const Link& link, const Pump& pump, double depth) {
+    if (pump.startupDepth > 0.0 && link.setting == 0.0 && depth > pump.startupDepth) {
+        return 1.0;
     }
-    const Pump& pump = getPump(index);
-    if (pump.shutoffDepth > 0.0 && link.setting > 0.0 && tank->newDepth < pump.shutoffDepth) {
-        link.targetSetting = 0.0;
+    if (pump.shutoffDepth > 0.0 && link.setting > 0.0 && depth < pump.shutoffDepth) {
+        return 0.0;
     }
-    if (pump.startupDepth > 0.0 && link.setting == 0.0 && tank->newDepth > pump.startupDepth) {
-        link.targetSetting = 1.0;
-    }
+    return link.setting;
 }
 
 /// A line through the points; level in front of the first and behind the last.
@@ -129,13 +107,7 @@ static double getStepFlow(const std::vector<CurvePoint>& points, double depth) {
     return points.back().y;
 }
 
-double pump_getFlow(int32_t index) {
-    const Tank* tank = findTank(index);
-    if (!tank) {
-        return 0.0;
-    }
-    const Link& link = Links[index];
-    const Pump& pump = getPump(index);
+double pump_getFlow(const Link& link, const Pump& pump, double depth) {
     if (pump.useHostFlow) {
         return pump.hostFlow;  // neither a setting of 0 nor a switch stops a pump that the host drives
     }
@@ -148,15 +120,9 @@ double pump_getFlow(int32_t index) {
     }
     double flow = 0.0;
     switch (curve.curveType) {
-        case PUMP1_CURVE: flow = getLineFlow(curve.entries, tank->newDepth); break;
-        case PUMP2_CURVE: flow = getStepFlow(curve.entries, tank->newDepth); break;
+        case PUMP1_CURVE: flow = getLineFlow(curve.entries, depth); break;
+        case PUMP2_CURVE: flow = getStepFlow(curve.entries, depth); break;
         default: break;
     }
     return (flow < 0.0 ? 0.0 : flow) * link.setting;
-}
-
-void pump_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

@@ -3,8 +3,7 @@
 
 #include <cstdint>
 
-#include "model/table.h"
-#include "text/tokens.h"
+#include "links/link.h"
 
 struct Pump {
     int32_t curve;        ///< curve of type PUMP1 or PUMP2: m3/s by m of depth in the tank
@@ -17,15 +16,16 @@ struct Pump {
 
 extern Table<Pump> Pumps;
 
-int32_t pump_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
-void pump_validate(int32_t link);
-void pump_initState(int32_t link);
+/// A line of [PUMPS] for the row `link` of the links and the row `kindIndex` of the pumps. An error index, or 0.
+[[nodiscard]] int32_t pump_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
 
-/// Sets the link's target to what the depth switches ask for.
-void pump_setTarget(int32_t link);
+/// Tests a pump when all is read; `isAtTank` tells whether it draws from a tank. Writes what is wrong to the report.
+void pump_validate(const Link& link, const Pump& pump, bool isAtTank);
 
-/// Flow (m3/s) at the present depth of the tank. 0 for a pump at any other node.
-double pump_getFlow(int32_t link);
+void pump_initState(Link& link, Pump& pump);
 
-/// Row of results: flow, then concentrations.
-void pump_getResults(int32_t link, double f, float* row);
+/// The target that the depth switches ask for at a depth (m) of the tank.
+double pump_getTarget(const Link& link, const Pump& pump, double depth);
+
+/// Flow (m3/s) at a depth (m) of the tank.
+double pump_getFlow(const Link& link, const Pump& pump, double depth);

@@ -9,27 +9,15 @@
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Weir> Weirs;
 
 static const char* const WeirShapeWords[] = {"RECTANGULAR", "TRIANGULAR", nullptr};
 
-static Weir& getWeir(int32_t link) {
-    return Weirs[Links[link].kindIndex];
-}
-
-int32_t weir_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
-    if (tokens.count < 9) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    LinkEnds ends;
-    int32_t isLagged;
-    if (const int32_t error = link_readEnds(tokens, ends)) {
-        return error;
-    }
-    if (const int32_t error = link_readLag(tokens, 3, isLagged)) {
+int32_t weir_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+    LinkHead head;
+    if (const int32_t error = link_readHead(tokens, 9, head)) {
         return error;
     }
     Weir weir{};
@@ -45,29 +33,26 @@ int32_t weir_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex) {
             return errors_setName(ERR_NUMBER, tokens[5 + k]);
         }
     }
-    link_setEnds(link, WEIR, kindIndex, ends, isLagged);
+    link_setHead(link, WEIR, kindIndex, head);
     Weirs[kindIndex] = weir;
     return ERR_NONE;
 }
 
-void weir_initState(int32_t link) {
-    Weir& weir = getWeir(link);
+void weir_initState(Weir& weir) {
     weir.useHostParams = 0;
     weir.hostHeight = weir.opening;
     weir.hostCoefficient = weir.coefficient;
 }
 
-double weir_getLevel(int32_t link) {
-    const Weir& weir = getWeir(link);
-    return (1.0 - Links[link].setting) * weir.opening + weir.crest;
+double weir_getLevel(const Link& link, const Weir& weir) {
+    return (1.0 - link.setting) * weir.opening + weir.crest;
 }
 
-double weir_getFlow(int32_t link, double depth) {
-    const Weir& weir = getWeir(link);
+double weir_getFlow(const Link& link, const Weir& weir, double depth) {
     const double coefficient = weir.useHostParams ? weir.hostCoefficient : weir.coefficient;
     // A host that gave the coefficient alone has the height at the full opening, and the setting has no effect any
     // more.
-    const double base = weir.useHostParams ? weir.hostHeight + weir.crest : weir_getLevel(link);
+    const double base = weir.useHostParams ? weir.hostHeight + weir.crest : weir_getLevel(link, weir);
     if (base >= depth) {
         return 0.0;
     }
@@ -76,10 +61,4 @@ double weir_getFlow(int32_t link, double depth) {
         case TRIANGULAR_WEIR: return std::pow(depth - base, 2.5) * coefficient;
         default: return 0.0;  // a shape that only a host can set
     }
-}
-
-void weir_getResults(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    row[0] = rowvalues_interpolate(f, link.oldFlow, link.newFlow);
-    rowvalues_writeQuality(f, link.oldQual, link.newQual, project_pollutantCount(), row + 1);
 }

@@ -3,8 +3,7 @@
 
 #include <cstdint>
 
-#include "model/table.h"
-#include "text/tokens.h"
+#include "links/link.h"
 
 enum WeirShape : int32_t { RECTANGULAR_WEIR, TRIANGULAR_WEIR };
 
@@ -21,15 +20,14 @@ struct Weir {
 
 extern Table<Weir> Weirs;
 
-int32_t weir_readParams(const Tokens& tokens, int32_t link, int32_t kindIndex);
-void weir_initState(int32_t link);
+/// A line of [WEIRS] for the row `link` of the links and the row `kindIndex` of the weirs. An error index, or 0.
+[[nodiscard]] int32_t weir_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
+
+void weir_initState(Weir& weir);
 
 /// The height (m) that sorts a weir among the outlets of its tank: the crest as setting and parameters place it. What
 /// the host overrides doesn't count here.
-double weir_getLevel(int32_t link);
+double weir_getLevel(const Link& link, const Weir& weir);
 
 /// Flow (m3/s) at a depth (m) in the tank.
-double weir_getFlow(int32_t link, double depth);
-
-/// Row of results: flow, then concentrations.
-void weir_getResults(int32_t link, double f, float* row);
+double weir_getFlow(const Link& link, const Weir& weir, double depth);

@@ -1,26 +1,19 @@
 // First-order decay, dc/dt = -f k c, with f the factor of a pattern at the hour of the step, and the simpler reactions
-// that a layer of a LID control knows as well. This room also takes the lines of [DECAY_COEFFICIENT] and hands them to
-// the kind of object that they name.
+// that a layer of a LID control knows as well.
 
 #include "model/decay.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "hydrology/lid.h"
-#include "links/conduit.h"
-#include "links/pipe.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/project.h"
-#include "nodes/tank.h"
 #include "text/tokens.h"
 
 const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
-
-static const char* const ClassWords[] = {"NODE", "LINK", "LID", nullptr};
 
 static constexpr double SECONDS_PER_DAY = 86400.0;
 
@@ -37,7 +30,7 @@ bool decay_isAny(const Decay* decays) {
                        [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
 
-int32_t decay_readItems(const Tokens& tokens, bool tellsWords, DecayItems& items) {
+int32_t decay_readReaction(const Tokens& tokens, bool tellsWords, Reaction& reaction) {
     const int32_t pollutant = names_find(POLLUT, tokens[2]);
     if (pollutant < 0) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
@@ -61,59 +54,17 @@ int32_t decay_readItems(const Tokens& tokens, bool tellsWords, DecayItems& items
             return errors_setName(ERR_UNDEFINED_OBJECT, tokens[5]);
         }
     }
-    items = {pollutant, {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 1.0}};
+    reaction = {pollutant, {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 1.0}};
     return ERR_NONE;
 }
 
-static int32_t readItems(const Tokens& tokens, Decay* decays) {
-    DecayItems items;
-    const int32_t error = decay_readItems(tokens, false, items);
+int32_t decay_readItems(const Tokens& tokens, Decay* decays) {
+    Reaction reaction{};
+    const int32_t error = decay_readReaction(tokens, false, reaction);
     if (!error) {
-        decays[items.pollutant] = items.decay;
+        decays[reaction.pollutant] = reaction.decay;
     }
     return error;
-}
-
-static int32_t readNodeLine(const Tokens& tokens) {
-    const int32_t index = names_find(NODE, tokens[0]);
-    if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
-    }
-    const Node& node = Nodes[index];
-    switch (node.kind) {
-        case TANK: return readItems(tokens, Tanks[node.kindIndex].decay);
-        default: return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
-    }
-}
-
-static int32_t readLinkLine(const Tokens& tokens) {
-    const int32_t index = names_find(LINK, tokens[0]);
-    if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
-    }
-    const Link& link = Links[index];
-    switch (link.kind) {
-        case PIPE: return readItems(tokens, Pipes[link.kindIndex].decay);
-        case CONDUIT: return readItems(tokens, Conduits[link.kindIndex].decay);
-        default: return ERR_NONE;  // the other kinds hold no water, and their lines are dropped
-    }
-}
-
-static int32_t readLidLine(const Tokens& tokens) {
-    const int32_t lid = names_find(LID, tokens[0]);
-    return lid < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]) : lid_readDecayLine(tokens, lid);
-}
-
-int32_t decay_readLine(const Tokens& tokens) {
-    if (tokens.count < 6) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    switch (tokens_findKeyword(tokens[1], ClassWords)) {
-        case 0: return readNodeLine(tokens);
-        case 1: return readLinkLine(tokens);
-        case 2: return readLidLine(tokens);
-        default: return errors_setName(ERR_KEYWORD, tokens[1]);
-    }
 }
 
 /// exp(exponent). The same step by step for a whole hour, so it is worked out once.

@@ -29,18 +29,18 @@ inline constexpr Decay NO_DECAY{-1, -1, 0.0, 0.0, 1.0};
 /// Whether some pollutant of an object decays.
 [[nodiscard]] bool decay_isAny(const Decay* decays);
 
-/// What a line says of its object: which pollutant reacts, and how.
-struct DecayItems {
+/// What a line of [DECAY_COEFFICIENT] says of its object: which pollutant reacts, and how.
+struct Reaction {
     int32_t pollutant;
     Decay decay;
 };
 
 /// Reads the items of a line from token 2 on: pollutant, type, coefficient per day, pattern. An error index, or 0. A
 /// word that is no type counts as a type that doesn't decay, or is refused as a word where `tellsWords`.
-[[nodiscard]] int32_t decay_readItems(const Tokens& tokens, bool tellsWords, DecayItems& items);
+[[nodiscard]] int32_t decay_readReaction(const Tokens& tokens, bool tellsWords, Reaction& reaction);
 
-/// A line of [DECAY_COEFFICIENT]. An error index, or 0.
-[[nodiscard]] int32_t decay_readLine(const Tokens& tokens);
+/// The same, into the records of a tank, a pipe or a conduit.
+[[nodiscard]] int32_t decay_readItems(const Tokens& tokens, Decay* decays);
 
 /// The share of a concentration that first-order decay leaves after `seconds` in the hour of `date`: 1 without decay,
 /// and for any other reaction.

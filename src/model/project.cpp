@@ -5,6 +5,16 @@
 
 #include "text/datetime.h"
 
+const char* const NodeKindWords[NODE_KIND_COUNT] = {
+#define TARNVELDE_NODE_SECTION(number, name, kind) #kind,
+#define TARNVELDE_COUPLED_SECTION(number, name, kind) #kind,
+#include "model/sections.def"
+};
+const char* const LinkKindWords[LINK_KIND_COUNT] = {
+#define TARNVELDE_LINK_SECTION(number, name, kind) #kind,
+#include "model/sections.def"
+};
+
 int32_t ObjectCount[OBJECT_TYPE_COUNT];
 int32_t NodeKindCount[NODE_KIND_COUNT];
 int32_t LinkKindCount[LINK_KIND_COUNT];

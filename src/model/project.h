@@ -25,11 +25,23 @@ enum ObjectType : int32_t {
     OBJECT_TYPE_COUNT
 };
 
-/// Kinds of node; hosts see these numbers.
-enum NodeKind : int32_t { JUNCTION, TANK, OUTFALL, SPLITTER, SWMM, REACTOR, LID_MONO, VORN, NODE_KIND_COUNT };
+/// Kinds of node and kinds of link, made of the list of sections; hosts see these numbers.
+enum NodeKind : int32_t {
+#define TARNVELDE_NODE_SECTION(number, name, kind) kind,
+#define TARNVELDE_COUPLED_SECTION(number, name, kind) kind,
+#include "model/sections.def"
+    NODE_KIND_COUNT
+};
 
-/// Kinds of link; hosts see these numbers.
-enum LinkKind : int32_t { PIPE, PUMP, CONNECTION, CONDUIT, WEIR, ORIFICE, LINK_KIND_COUNT };
+enum LinkKind : int32_t {
+#define TARNVELDE_LINK_SECTION(number, name, kind) kind,
+#include "model/sections.def"
+    LINK_KIND_COUNT
+};
+
+/// The words by which the report calls the kinds.
+extern const char* const NodeKindWords[NODE_KIND_COUNT];
+extern const char* const LinkKindWords[LINK_KIND_COUNT];
 
 extern int32_t ObjectCount[OBJECT_TYPE_COUNT];
 extern int32_t NodeKindCount[NODE_KIND_COUNT];

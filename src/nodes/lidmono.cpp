@@ -213,47 +213,7 @@ double lidmono_getOutflow(const LidMono& mono) {
 double lidmono_getVolume(int32_t kindIndex) {
     const LidUnit& unit = LidMonos[kindIndex].unit;
     const Lid& lid = Lids[unit.lid];
-    // Of the soil the porosity stands for the depth, as in the concentrations below.
+    // Of the soil the porosity stands for the depth, as in the concentrations of the rows of results.
     return unit.area * (unit.surfaceLevel * lid.surfaceVoid + unit.pavementLevel * lid.pavementVoid +
                         unit.soilMoisture * lid.porosity + unit.storageLevel * lid.storageVoid);
-}
-
-/// Concentrations of a layer, mg/L, over its present volume (m3).
-static void setLayer(const double* lastMass, const double* thisMass, double volume, double f, float* row) {
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double last = lastMass ? lastMass[p] : 0.0;
-        const double now = thisMass ? thisMass[p] : 0.0;
-        row[p] = volume == 0.0 ? 0.0F : static_cast<float>(((1.0 - f) * last + f * now) / volume * 1000.0);
-    }
-}
-
-void lidmono_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
-    const LidMono& mono = getMono(index);
-    const LidUnit& unit = mono.unit;
-    const Lid& lid = Lids[unit.lid];
-    const double u = 1.0 - f;
-    const double rain = mono.gage >= 0 ? Gages[mono.gage].reportRain * MM_PER_HOUR : 0.0;
-    const double values[] = {u * node.oldInflow + f * node.newInflow,
-                             u * node.oldLatFlow + f * node.newLatFlow,
-                             rain,
-                             mono.evapRate,
-                             u * unit.lastSurfaceFlow + f * unit.thisSurfaceFlow,
-                             mono.infilRate,
-                             u * unit.lastDrainFlow + f * unit.thisDrainFlow,
-                             unit.surfaceLevel,
-                             unit.soilMoisture,
-                             unit.storageLevel,
-                             unit.pavementLevel};
-    for (const double value : values) {
-        *row++ = static_cast<float>(value);
-    }
-    const int32_t count = project_pollutantCount();
-    setLayer(unit.lastSurfaceMass, unit.thisSurfaceMass, lid.surfaceVoid * unit.surfaceLevel * unit.area, f, row);
-    // Of the soil the volume is porosity times moisture here, not moisture times depth, which is its water.
-    setLayer(unit.lastSoilMass, unit.thisSoilMass, lid.porosity * unit.soilMoisture * unit.area, f, row + count);
-    setLayer(unit.lastStorageMass, unit.thisStorageMass, lid.storageVoid * unit.storageLevel * unit.area, f,
-             row + 2 * count);
-    setLayer(unit.lastPavementMass, unit.thisPavementMass, lid.pavementVoid * unit.pavementLevel * unit.area, f,
-             row + 3 * count);
 }

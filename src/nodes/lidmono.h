@@ -43,6 +43,3 @@ int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets);
 
 /// Water of a node as the results of the whole system count it, m3.
 [[nodiscard]] double lidmono_getVolume(int32_t kindIndex);
-
-/// A row of results: 11 values, then surface, soil, storage and pavement by pollutant. `f` weighs the newer state.
-void lidmono_getResults(int32_t node, double f, float* row);

@@ -14,7 +14,7 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "routing/network.h"
+#include "model/topology.h"
 
 static constexpr double SAME_LEVEL = 1.0e-10;  ///< m
 
@@ -72,20 +72,20 @@ static bool makePumps(PumpList& pumps, LinkList links) {
 }
 
 bool outlets_make(Outlets& outlets, int32_t node) {
-    const LinkList links = network_getOutgoing(node);
+    const LinkList links = topology_getOutgoing(node);
     return makeList(outlets.orifices, links, ORIFICE) && makeList(outlets.weirs, links, WEIR) &&
            makePumps(outlets.pumps, links);
 }
 
 // --- levels --------------------------------------------------------------------------------------------------------
 
-static double getKey(int32_t kind, int32_t link) {
-    return kind == WEIR ? weir_getLevel(link) : Orifices[Links[link].kindIndex].crest;
+static double getKey(int32_t kind, const Link& link) {
+    return kind == WEIR ? weir_getLevel(link, Weirs[link.kindIndex]) : Orifices[link.kindIndex].crest;
 }
 
 bool outlets_updateKeys(LevelList& list) {
     for (int32_t k = 0; k < list.count; ++k) {
-        list.newKeys[k] = getKey(list.kind, list.links[k]);
+        list.newKeys[k] = getKey(list.kind, Links[list.links[k]]);
     }
     // By bytes, so that a crest that is no number doesn't count as moved at every step.
     const size_t size = static_cast<size_t>(list.count) * sizeof(double);
@@ -153,11 +153,10 @@ int32_t outlets_findMembers(LevelList& list, double level) {
     return count;
 }
 
-// --- validation ----------------------------------------------------------------------------------------------------
+// --- flow ----------------------------------------------------------------------------------------------------------
 
-void outlets_validateLink(int32_t index) {
-    const Link& link = Links[index];
-    if (Nodes[link.fromNode].kind != TANK) {
-        report_writeError(ERR_REGULATOR_NOT_AT_TANK, link.id);
-    }
+double outlets_getFlow(const LevelList& list, int32_t place, double depth) {
+    const Link& link = Links[list.links[place]];
+    return list.kind == WEIR ? weir_getFlow(link, Weirs[link.kindIndex], depth)
+                             : orifice_getFlow(link, Orifices[link.kindIndex], depth);
 }

@@ -49,5 +49,5 @@ void outlets_insertLevel(double* levels, int32_t& count, double value);
 /// Fills `members` with the outlets at a level; gives their number.
 int32_t outlets_findMembers(LevelList& list, double level);
 
-/// Tests a weir or an orifice when all is read; writes what is wrong to the report.
-void outlets_validateLink(int32_t link);
+/// Flow (m3/s) of an outlet of the list by its law, at a depth (m) in the tank.
+double outlets_getFlow(const LevelList& list, int32_t place, double depth);

@@ -30,10 +30,6 @@ static constexpr double SECONDS_PER_DAY = 86400.0;
 static constexpr double MM_PER_HOUR = 3.6e6;  ///< mm/h in 1 m/s
 static constexpr double MM_PER_DAY = 8.64e7;  ///< mm/day in 1 m/s
 
-static Reactor& getReactor(int32_t node) {
-    return Reactors[Nodes[node].kindIndex];
-}
-
 // --- reading -------------------------------------------------------------------------------------------------------
 
 bool reactor_createArrays(Reactor& reactor) {
@@ -118,7 +114,7 @@ static int32_t readSize(const Tokens& tokens, Reactor& values) {
     return ERR_NONE;
 }
 
-int32_t reactor_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+int32_t reactor_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
     if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
@@ -142,7 +138,7 @@ int32_t reactor_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex
 /// The reactor that token 0 names; null if it is none, or if its own line hasn't been read (well).
 static Reactor* findReactor(const Tokens& tokens) {
     const int32_t node = names_find(NODE, tokens[0]);
-    return node >= 0 && Nodes[node].kind == REACTOR ? &getReactor(node) : nullptr;
+    return node >= 0 && Nodes[node].kind == REACTOR ? &Reactors[Nodes[node].kindIndex] : nullptr;
 }
 
 int32_t reactor_readDecay(const Tokens& tokens) {
@@ -208,9 +204,8 @@ int32_t reactor_readEmptying(const Tokens& tokens) {
 
 // --- validation, start and end of a run ----------------------------------------------------------------------------
 
-void reactor_validate(int32_t index) {
-    const char* id = Nodes[index].id;
-    const Reactor& reactor = getReactor(index);
+void reactor_validate(const Node& node, const Reactor& reactor) {
+    const char* id = node.id;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const int32_t type = reactor.reactionType[p];
         if (reactor.type == CSTR && (type == CONST_CONCEN || type == CONST_RATIO)) {
@@ -234,8 +229,7 @@ double reactor_getInitVolume(const Reactor& reactor) {
     return reactor.initFraction * reactor.volume;
 }
 
-void reactor_initState(int32_t index) {
-    Reactor& reactor = getReactor(index);
+void reactor_initState(Reactor& reactor) {
     reactor.isEmptying = 0;
     reactor.storedVolume = reactor_getInitVolume(reactor);
     reactor.oldOutflow = reactor.newOutflow = 0.0;
@@ -246,7 +240,7 @@ void reactor_initState(int32_t index) {
     double* memory = arena_allocateArray<double>(RunArena, 2 * count);
     reactor.loadQueue = arena_allocateArray<DelayQueue>(RunArena, count);
     if (!memory || !reactor.loadQueue) {
-        reactor_endState(index);
+        reactor_endState(reactor);
         report_writeError(ERR_MEMORY, "");
         return;
     }
@@ -255,11 +249,14 @@ void reactor_initState(int32_t index) {
     std::copy_n(reactor.initQual, count, reactor.qual);
 }
 
-void reactor_endState(int32_t index) {
-    Reactor& reactor = getReactor(index);
+void reactor_endState(Reactor& reactor) {
     reactor.flowQueue = DelayQueue{};
     reactor.loadQueue = nullptr;
     reactor.qual = reactor.inletQual = nullptr;
+}
+
+void reactor_shiftState(Reactor& reactor) {
+    reactor.oldOutflow = reactor.newOutflow;
 }
 
 // --- reaction ------------------------------------------------------------------------------------------------------
@@ -467,9 +464,7 @@ static void emptyStore(Reactor& reactor) {
 
 // --- the step ------------------------------------------------------------------------------------------------------
 
-void reactor_update(int32_t index) {
-    Node& node = Nodes[index];
-    Reactor& reactor = getReactor(index);
+void reactor_update(Node& node, Reactor& reactor) {
     const double dt = RoutingStep;
     const DateTime date = project_getDate(NewRoutingTime);
     const double infil = reactor.area * reactor.infilRate;
@@ -514,7 +509,8 @@ void reactor_openStatistics() {
     }
 }
 
-void reactor_updateStatistics(Reactor& reactor, double dt) {
+void reactor_countStep(Reactor& reactor) {
+    const double dt = RoutingStep;
     reactor.statSurpass += dt * reactor.surpassFlow;
     reactor.statEmptying += dt * reactor.emptyingFlow;
     reactor.statEvap += dt * reactor.evapFlow / MM_PER_DAY * reactor.area;
@@ -527,24 +523,5 @@ void reactor_clearStatistics() {
         if (reactor.statSurpassLoad) {
             std::fill_n(reactor.statSurpassLoad, 5 * static_cast<int64_t>(project_pollutantCount()), 0.0);
         }
-    }
-}
-
-void reactor_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
-    const Reactor& reactor = getReactor(index);
-    const double values[] = {reactor.storedVolume,
-                             (1.0 - f) * node.oldInflow + f * node.newInflow,
-                             (1.0 - f) * node.oldLatFlow + f * node.newLatFlow,
-                             (1.0 - f) * reactor.oldOutflow + f * reactor.newOutflow,
-                             reactor.surpassFlow,
-                             reactor.evapFlow,
-                             reactor.infilFlow,
-                             reactor.emptyingFlow};
-    for (const double value : values) {
-        *row++ = static_cast<float>(value);
-    }
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        *row++ = static_cast<float>((1.0 - f) * node.oldQual[p] + f * node.newQual[p]);
     }
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "links/delayqueue.h"
-#include "model/table.h"
+#include "model/project.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
 
@@ -63,30 +63,28 @@ extern Table<Reactor> Reactors;
 bool reactor_createArrays(Reactor& reactor);
 
 /// A line of [REACTORS], [REACTORS_DECAY] or [REACTORS_EMPTYING]. An error index, or 0.
-int32_t reactor_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex);
+[[nodiscard]] int32_t reactor_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
 int32_t reactor_readDecay(const Tokens& tokens);
 int32_t reactor_readEmptying(const Tokens& tokens);
 
-void reactor_validate(int32_t node);
-void reactor_initState(int32_t node);
-void reactor_endState(int32_t node);
+/// Tests a reactor when all is read; writes what is wrong to the report.
+void reactor_validate(const Node& node, const Reactor& reactor);
+
+void reactor_initState(Reactor& reactor);
+void reactor_endState(Reactor& reactor);
+void reactor_shiftState(Reactor& reactor);
 
 /// Water in store at the start of a run, m3.
 double reactor_getInitVolume(const Reactor& reactor);
 
 /// Takes in the inflow of the node in this step, treats it, and sends surplus and emptying to their nodes. Sets
 /// newOutflow and the node's newQual, which the outgoing link takes.
-void reactor_update(int32_t node);
+void reactor_update(Node& node, Reactor& reactor);
 
 /// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction.
 double reactor_react(const Reactor& reactor, int32_t pollutant, double concentration, double seconds, DateTime date);
 
-/// Statistics: made and zeroed for a run, added to behind each step of `dt` seconds, and emptied by pollutant.
+/// Statistics: made and zeroed for a run, added to after each step, and emptied by pollutant.
 void reactor_openStatistics();
-void reactor_updateStatistics(Reactor& reactor, double dt);
+void reactor_countStep(Reactor& reactor);
 void reactor_clearStatistics();
-
-/// Fills a result row: stored volume, inflow, lateral inflow, outflow, surplus, evaporation, infiltration, emptying,
-/// and the concentrations. Flows are m3/s but for evaporation (mm/day) and infiltration (mm/h). `f` weighs old against
-/// new.
-void reactor_getResults(int32_t node, double f, float* row);

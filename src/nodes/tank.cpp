@@ -9,29 +9,23 @@
 
 #include <cmath>
 
-#include "links/orifice.h"
 #include "links/pump.h"
-#include "links/weir.h"
 #include "model/arena.h"
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/statistics.h"
 #include "nodes/node.h"
-#include "routing/rowvalues.h"
 #include "text/tokens.h"
 
 Table<Tank> Tanks;
 
 static constexpr double SMALLEST_FLOOD = 0.0001;  ///< m3/s, below it the excess is lost without a word
 
-static Tank& getTank(int32_t node) {
-    return Tanks[Nodes[node].kindIndex];
-}
-
 // --- reading, validation and start ---------------------------------------------------------------------------------
 
-int32_t tank_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+int32_t tank_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
     if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
@@ -62,22 +56,22 @@ static const Curve* findCurve(const Tank& tank) {
     return Curves.find(tank.curve);
 }
 
-void tank_validate(int32_t node) {
-    const Curve* curve = findCurve(getTank(node));
+void tank_validate(const Node& node, const Tank& tank) {
+    const Curve* curve = findCurve(tank);
     if (!curve || curve->curveType != TANK_CURVE) {
-        report_writeError(ERR_TANK_CURVE, Nodes[node].id);
+        report_writeError(ERR_TANK_CURVE, node.id);
     }
 }
 
 void tank_initState(int32_t index) {
     Node& node = Nodes[index];
-    Tank& tank = getTank(index);
+    Tank& tank = Tanks[node.kindIndex];
     tank.oldDepth = tank.newDepth = tank.initDepth;
     tank.oldFlood = tank.newFlood = 0.0;
     tank.hasDecay = decay_isAny(tank.decay);
     tank.qual = arena_allocateArray<double>(RunArena, project_pollutantCount());
     if (!tank.qual || !outlets_make(tank.outlets, index)) {
-        tank_endState(index);
+        tank_endState(tank);
         report_writeError(ERR_MEMORY, "");
         return;
     }
@@ -86,14 +80,12 @@ void tank_initState(int32_t index) {
     }
 }
 
-void tank_endState(int32_t node) {
-    Tank& tank = getTank(node);
+void tank_endState(Tank& tank) {
     tank.qual = nullptr;
     tank.outlets = Outlets{};
 }
 
-void tank_shiftState(int32_t kindIndex) {
-    Tank& tank = Tanks[kindIndex];
+void tank_shiftState(Tank& tank) {
     tank.oldDepth = tank.newDepth;
     tank.oldFlood = tank.newFlood;
 }
@@ -143,8 +135,8 @@ static double getDepth(const Curve* curve, double volume) {
     return curve ? curve_inverseLookup(*curve, volume) : 0.0;
 }
 
-double tank_getVolume(int32_t node, double depth) {
-    return getVolume(findCurve(getTank(node)), depth);
+double tank_getVolume(const Tank& tank, double depth) {
+    return getVolume(findCurve(tank), depth);
 }
 
 // --- the routing step ----------------------------------------------------------------------------------------------
@@ -166,8 +158,7 @@ static void releaseLevel(Tank& tank, const Curve* curve, LevelList& list, int32_
     const int32_t count = outlets_findMembers(list, list.levels[level]);
     double sum = 0.0;
     for (int32_t k = 0; k < count; ++k) {
-        const int32_t link = list.links[list.members[k]];
-        list.flows[k] = list.kind == WEIR ? weir_getFlow(link, depth) : orifice_getFlow(link, depth);
+        list.flows[k] = outlets_getFlow(list, list.members[k], depth);
         sum += list.flows[k];
     }
     if (!(sum > 0.0)) {
@@ -185,7 +176,7 @@ static void releaseLevel(Tank& tank, const Curve* curve, LevelList& list, int32_
         const int32_t link = list.links[list.members[k]];
         setOutflow(link, list.flows[k] * flow / sum, tank.qual);
         if (list.kind == ORIFICE) {
-            // A trace that hosts have learnt to read: the flow of each orifice that runs, at each step.
+            // A trace on standard output: the flow of each orifice that runs, at each step.
             report_print(stdout, "%f\n", Links[link].newFlow);
         }
     }
@@ -203,11 +194,12 @@ static void releaseByLevel(Tank& tank, const Curve* curve, LevelList& list) {
     }
 }
 
-/// Flow of all pumps at the present depth, m3/s.
-static double sumPumps(PumpList& pumps) {
+/// Flow of all pumps at a depth (m), m3/s.
+static double sumPumps(PumpList& pumps, double depth) {
     double sum = 0.0;
     for (int32_t k = 0; k < pumps.count; ++k) {
-        pumps.flows[k] = pump_getFlow(pumps.links[k]);
+        const Link& link = Links[pumps.links[k]];
+        pumps.flows[k] = pump_getFlow(link, Pumps[link.kindIndex], depth);
         sum += pumps.flows[k];
     }
     return sum;
@@ -253,7 +245,7 @@ static void decayStored(Tank& tank, Node& node, double volume) {
 /// deliver any more there, none gets a flow, and the water that they took is lost.
 static void sharePumps(Tank& tank, double flow) {
     PumpList& pumps = tank.outlets.pumps;
-    const double sum = sumPumps(pumps);
+    const double sum = sumPumps(pumps, tank.newDepth);
     for (int32_t k = 0; k < pumps.count; ++k) {
         if (sum > 0.0) {
             setOutflow(pumps.links[k], pumps.flows[k] * flow / sum, tank.qual);
@@ -274,15 +266,13 @@ static void mixInflow(Tank& tank, const Node& node, const Curve* curve) {
     tank.newDepth = getDepth(curve, volume + inflow);
 }
 
-void tank_update(int32_t index) {
-    Node& node = Nodes[index];
-    Tank& tank = getTank(index);
+void tank_update(Node& node, Tank& tank) {
     const Curve* curve = findCurve(tank);
     const double full = getVolume(curve, tank.maxDepth);
     tank.newDepth = tank.oldDepth;
     releaseByLevel(tank, curve, tank.outlets.orifices);
     releaseByLevel(tank, curve, tank.outlets.weirs);
-    const double pumped = limitPumps(tank, curve, full, sumPumps(tank.outlets.pumps));
+    const double pumped = limitPumps(tank, curve, full, sumPumps(tank.outlets.pumps, tank.newDepth));
     const double volume = floodExcess(tank, full, getVolume(curve, tank.newDepth) - RoutingStep * pumped);
     tank.newDepth = getDepth(curve, volume);
     decayStored(tank, node, volume);
@@ -290,16 +280,12 @@ void tank_update(int32_t index) {
     mixInflow(tank, node, curve);
 }
 
-// --- results -------------------------------------------------------------------------------------------------------
-
-void tank_getResults(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
-    const Tank& tank = getTank(index);
-    const double depth = rowvalues_mix(f, tank.oldDepth, tank.newDepth);
-    row[0] = static_cast<float>(depth);
-    row[1] = static_cast<float>(tank_getVolume(index, depth));
-    row[2] = rowvalues_interpolate(f, node.oldInflow, node.newInflow);
-    row[3] = rowvalues_interpolate(f, node.oldLatFlow, node.newLatFlow);
-    row[4] = rowvalues_interpolate(f, tank.oldFlood, tank.newFlood);
-    rowvalues_writeQuality(f, node.oldQual, node.newQual, project_pollutantCount(), row + 5);
+void tank_countStep(const Node& node, Tank& tank) {
+    const double dt = RoutingStep;
+    FlowTotals.floodingLoss += dt * tank.newFlood;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
+    }
+    statistics_keepMaximum(tank.statMaxDepth, tank.newDepth);
+    tank.statFloodVolume += dt * tank.newFlood;
 }

@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "model/decay.h"
-#include "model/table.h"
+#include "model/project.h"
 #include "nodes/outlets.h"
 #include "text/tokens.h"
 
@@ -27,18 +27,22 @@ struct Tank {
 
 extern Table<Tank> Tanks;
 
-int32_t tank_readParams(const Tokens& tokens, int32_t node, int32_t kindIndex);
-void tank_validate(int32_t node);
+/// A line of [TANKS] for the row `node` of the nodes and the row `kindIndex` of the tanks. An error index, or 0.
+[[nodiscard]] int32_t tank_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
+
+/// Tests a tank when all is read; writes what is wrong to the report.
+void tank_validate(const Node& node, const Tank& tank);
+
 void tank_initState(int32_t node);
-void tank_endState(int32_t node);
-void tank_shiftState(int32_t kindIndex);
+void tank_endState(Tank& tank);
+void tank_shiftState(Tank& tank);
 
 /// Lets water go through the outlets, then takes in and mixes the inflow of the step. Sets flow and concentrations of
 /// all outgoing links.
-void tank_update(int32_t node);
+void tank_update(Node& node, Tank& tank);
 
 /// Volume (m3) at a depth (m). 0 without a curve.
-double tank_getVolume(int32_t node, double depth);
+double tank_getVolume(const Tank& tank, double depth);
 
-/// Row of results: depth, volume, inflow, lateral inflow, flood, then concentrations.
-void tank_getResults(int32_t node, double f, float* row);
+/// Adds the depth and the flood of a step to the statistics and the totals.
+void tank_countStep(const Node& node, Tank& tank);

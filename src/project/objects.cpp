@@ -15,7 +15,6 @@
 #include "hydrology/subcatch.h"
 #include "links/conduit.h"
 #include "links/connection.h"
-#include "links/link.h"
 #include "links/orifice.h"
 #include "links/pipe.h"
 #include "links/pump.h"
@@ -26,14 +25,16 @@
 #include "model/pattern.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/topology.h"
 #include "nodes/inflows.h"
 #include "nodes/lidmono.h"
-#include "nodes/node.h"
+#include "nodes/outfall.h"
 #include "nodes/reactor.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "platform/memory.h"
 #include "results/massbal.h"
-#include "routing/network.h"
+#include "routing/linkkinds.h"
 
 template <class Record>
 static void fillTable(Table<Record>& table, int32_t count, const Record& record) {
@@ -173,10 +174,9 @@ void objects_delete() {
     Patterns = {};
     rule_deleteAll();
     Converters = {};
-    network_clear();
-    link_clearLists();
+    topology_clear();
+    linkkinds_clearRun();
     inflows_clear();
-    massbal_clear();
     QualTotals = nullptr;
     arena_release(RunArena);
     arena_release(ResultArena);

@@ -9,27 +9,26 @@
 
 #include "controls/rule.h"
 #include "coupling/converter.h"
-#include "coupling/coupled.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
-#include "links/link.h"
 #include "model/curve.h"
-#include "model/decay.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/inflows.h"
-#include "nodes/node.h"
 #include "nodes/reactor.h"
 #include "project/objects.h"
 #include "project/options.h"
+#include "project/qualityreader.h"
 #include "project/sections.h"
+#include "routing/linkkinds.h"
+#include "routing/nodekinds.h"
 #include "text/tokens.h"
 
 TextFile InputFile;
@@ -71,8 +70,7 @@ static int32_t addName(int32_t type, const char* word) {
 }
 
 static int32_t countCoupledNode(int32_t kind, const char* word) {
-    const char* const* records = kind == SWMM ? SwmmRecordWords : VornRecordWords;
-    if (tokens_findKeyword(word, records) >= 0 || names_find(NODE, word) >= 0) {
+    if (tokens_findKeyword(word, nodekinds_getRecordWords(kind)) >= 0 || names_find(NODE, word) >= 0) {
         return ERR_NONE;
     }
     ++NodeKindCount[kind];
@@ -160,7 +158,7 @@ static int32_t parseNode(const Tokens& tokens, int32_t kind) {
     int32_t node, row;
     const bool isNodeFree = takeRow(Running.objects[NODE], ObjectCount[NODE], node);
     const bool isRowFree = takeRow(Running.nodes[kind], NodeKindCount[kind], row);
-    return isNodeFree && isRowFree ? node_readParams(tokens, node, kind, row)
+    return isNodeFree && isRowFree ? nodekinds_readLine(tokens, kind, node, row)
                                    : errors_setName(ERR_DUPLICATE_ID, tokens[0]);
 }
 
@@ -168,7 +166,7 @@ static int32_t parseLink(const Tokens& tokens, int32_t kind) {
     int32_t link, row;
     const bool isLinkFree = takeRow(Running.objects[LINK], ObjectCount[LINK], link);
     const bool isRowFree = takeRow(Running.links[kind], LinkKindCount[kind], row);
-    return isLinkFree && isRowFree ? link_readParams(tokens, link, kind, row)
+    return isLinkFree && isRowFree ? linkkinds_readLine(tokens, kind, link, row)
                                    : errors_setName(ERR_DUPLICATE_ID, tokens[0]);
 }
 
@@ -189,10 +187,10 @@ static int32_t parseObject(const Tokens& tokens, int32_t type) {
 
 /// A definition of a coupled node, or one of the exchange records of the node defined last.
 static int32_t parseCoupledNode(const Tokens& tokens, int32_t kind) {
-    if (tokens_findKeyword(tokens[0], kind == SWMM ? SwmmRecordWords : VornRecordWords) >= 0) {
+    if (tokens_findKeyword(tokens[0], nodekinds_getRecordWords(kind)) >= 0) {
         // A definition with an error counts as well: its records go with it, and meet no error of their own.
         const int32_t row = Running.nodes[kind] - 1;
-        return row < 0 ? errors_setName(ERR_LINE, "") : coupled_readParams(tokens, kind, -1, row);
+        return row < 0 ? errors_setName(ERR_LINE, "") : nodekinds_readLine(tokens, kind, -1, row);
     }
     // A name that was a node before was not counted as a definition, so no row waits for it. Neither does one if the
     // first pass took the word for something else. No row is used up then.
@@ -201,7 +199,7 @@ static int32_t parseCoupledNode(const Tokens& tokens, int32_t kind) {
     if (!isRowFree || (known >= 0 && known != Running.objects[NODE])) {
         return errors_setName(ERR_DUPLICATE_ID, tokens[0]);
     }
-    return coupled_readParams(tokens, kind, Running.objects[NODE]++, Running.nodes[kind]++);
+    return nodekinds_readLine(tokens, kind, Running.objects[NODE]++, Running.nodes[kind]++);
 }
 
 static int32_t parseRule(const Tokens& tokens) {
@@ -255,8 +253,8 @@ int32_t reader_parseLine(const Tokens& tokens, int32_t number, const char* rawLi
         case SECTION_DWFS: return inflows_readDryWeather(tokens);
         case SECTION_REACTORS_DECAY: return reactor_readDecay(tokens);
         case SECTION_REACTORS_EMPTYING: return reactor_readEmptying(tokens);
-        case SECTION_DECAY_COEFFICIENT: return decay_readLine(tokens);
-        case SECTION_INITIAL_CONCENTRATION: return node_readInitialQuality(tokens);
+        case SECTION_DECAY_COEFFICIENT: return qualityreader_readDecay(tokens);
+        case SECTION_INITIAL_CONCENTRATION: return qualityreader_readInitial(tokens);
         case SECTION_COVERAGES: return subcatch_readCoverage(tokens);
         case SECTION_BUILDUP: return landuse_readBuildup(tokens);
         case SECTION_WASHOFF: return landuse_readWashoff(tokens);
@@ -266,7 +264,7 @@ int32_t reader_parseLine(const Tokens& tokens, int32_t number, const char* rawLi
         case SECTION_CURVES: return curve_readCurve(tokens);
         case SECTION_TIMESERIES: return curve_readSeries(tokens);
         case SECTION_PATTERNS: return pattern_read(tokens);
-        case SECTION_CONVERTERS: return converter_readParams(tokens);
+        case SECTION_CONVERTERS: return converter_readLine(tokens);
         default: return ERR_NONE;
     }
 }

@@ -5,55 +5,11 @@
 
 /// Sections by their number, which is their place in the list of names.
 enum SectionNumber : int32_t {
-    SECTION_DESCRIPTION,
-    SECTION_GENERAL,
-    SECTION_RAINGAGES,
-    SECTION_EVAPORATION,
-    SECTION_SUBCATCHS,
-    SECTION_JUNCTIONS,
-    SECTION_TANKS,
-    SECTION_OUTFALLS,
-    SECTION_SPLITTERS,
-    SECTION_INFLOWS,
-    SECTION_DWFS,
-    SECTION_PIPES,
-    SECTION_PUMPS,
-    SECTION_CONNECTIONS,
-    SECTION_CONDUITS,
-    SECTION_WEIRS,
-    SECTION_ORIFICES,
-    SECTION_CONTROL_RULES,
-    SECTION_SWMM_INPS,
-    SECTION_REACTORS,
-    SECTION_REACTORS_DECAY,
-    SECTION_REACTORS_EMPTYING,
-    SECTION_POLLUTANTS,
-    SECTION_DECAY_COEFFICIENT,
-    SECTION_INITIAL_CONCENTRATION,
-    SECTION_LANDUSES,
-    SECTION_COVERAGES,
-    SECTION_BUILDUP,
-    SECTION_WASHOFF,
-    SECTION_LOADINGS,
-    SECTION_LIDS,
-    SECTION_LID_GROUPS,
-    SECTION_LID_MONOS,
-    SECTION_VORN_INPS,
-    SECTION_CURVES,
-    SECTION_TIMESERIES,
-    SECTION_PATTERNS,
-    SECTION_CONVERTERS,
-    SECTION_RTC,
-    SECTION_GA_OBJECTIVES,
-    SECTION_GA_CONSTRAINS,
-    SECTION_GA_PARAMETERS,
-    SECTION_GA_VARIABLES,
-    SECTION_LABELS,
-    SECTION_ELEMENTS,
-    SECTION_EDGES,
-    SECTION_GRAPH,
-    SECTION_MAP,
-    SECTION_LEGEND,
+#define TARNVELDE_SECTION(number, name, countRule, type) number,
+#define TARNVELDE_NODE_SECTION(number, name, kind) number,
+#define TARNVELDE_COUPLED_SECTION(number, name, kind) number,
+#define TARNVELDE_LINK_SECTION(number, name, kind) number,
+#include "model/sections.def"
     SECTION_COUNT
 };
 
@@ -80,7 +36,3 @@ extern const Section Sections[SECTION_COUNT];
 
 /// Number of a section by its name in brackets, or -1.
 int32_t sections_find(const char* name);
-
-/// Words that begin the exchange records of SWMM nodes and of treatment-plant nodes.
-extern const char* const SwmmRecordWords[];
-extern const char* const VornRecordWords[];

@@ -12,14 +12,15 @@
 #include "hydrology/lidgroup.h"
 #include "hydrology/runoff.h"
 #include "hydrology/subcatch.h"
-#include "links/link.h"
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/project.h"
+#include "model/topology.h"
 #include "nodes/inflows.h"
-#include "nodes/node.h"
 #include "results/massbal.h"
+#include "routing/linkkinds.h"
 #include "routing/network.h"
+#include "routing/nodekinds.h"
 #include "text/datetime.h"
 
 static void validateCurves() {
@@ -65,14 +66,14 @@ void validation_run() {
     }
     subcatch_validateAll();
     gage_validateAll();
-    network_indexLinks();
+    topology_indexLinks();
     network_validate();
     for (int32_t k = 0; k < Nodes.size(); ++k) {
-        node_validate(k);
+        nodekinds_validate(k);
         inflows_validateDryWeather(k);
     }
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        link_validate(k);
+    for (const Link& link : Links) {
+        linkkinds_validate(link);
     }
     for (int32_t k = 0; k < Converters.size(); ++k) {
         converter_validate(k);
@@ -103,10 +104,10 @@ int32_t startstate_set() {
     }
     runoff_initState();
     for (int32_t k = 0; k < Nodes.size(); ++k) {
-        node_initState(k);
+        nodekinds_initState(k);
     }
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        link_initState(k);
+    for (Link& link : Links) {
+        linkkinds_initState(link);
     }
     return ErrorCode;
 }

@@ -9,7 +9,6 @@
 #include <bit>
 #include <cstring>
 
-#include "hydrology/subcatch.h"
 #include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
@@ -102,20 +101,11 @@ static void writeName(const char* name) {
 }
 
 static void writeNames() {
-    for (const Subcatch& subcatch : Subcatches) {
-        writeName(subcatch.name ? subcatch.name : "");
-    }
-    for (int32_t table = JUNCTION_TABLE; table <= LID_MONO_TABLE; ++table) {
-        for (int32_t k = 0; k < Nodes.size() && rows_getObjectCount(table) > 0; ++k) {
-            if (Nodes[k].kind == RowTables[table].kind) {
-                writeName(Nodes[k].id);
-            }
-        }
-    }
-    for (int32_t table = PIPE_TABLE; table <= ORIFICE_TABLE; ++table) {
-        for (int32_t k = 0; k < Links.size() && rows_getObjectCount(table) > 0; ++k) {
-            if (Links[k].kind == RowTables[table].kind) {
-                writeName(Links[k].id);
+    for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
+        const int32_t classSize = rows_getObjectCount(table) > 0 ? rows_getClassSize(table) : 0;
+        for (int32_t k = 0; k < classSize; ++k) {
+            if (rows_holds(table, k)) {
+                writeName(rows_getName(table, k));
             }
         }
     }

@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <string>
 
 #include "model/errors.h"
@@ -90,22 +89,16 @@ static void appendColumn(const std::string& name) {
     Statement += " FLOAT";
 }
 
-static void appendFixedColumns(const char* columns) {
-    for (const char* at = columns; *at;) {
-        const size_t length = std::strcspn(at, ",");
+static void appendColumns(const RowTable& table) {
+    for (int32_t k = 0; k < table.columnCount; ++k) {
         Statement += ',';
-        appendColumn(std::string(at, length));
-        at += length + (at[length] ? 1 : 0);
+        appendColumn(table.columns[k].name);
     }
-}
-
-/// One column per pollutant, or one in each of the four layers.
-static void appendQualityColumns(int32_t blocks) {
-    static const char* const LAYERS[] = {"Sur_", "Soil_", "Stor_", "Pave_"};
-    for (int32_t block = 0; block < blocks; ++block) {
+    for (int32_t block = 0; block < table.qualityBlocks; ++block) {
+        const std::string prefix = table.columns[table.columnCount + block].name;
         for (const Pollut& pollutant : Polluts) {
             Statement += ',';
-            appendColumn((blocks > 1 ? std::string(LAYERS[block]) : std::string()) + pollutant.id);
+            appendColumn(prefix + pollutant.id);
         }
     }
 }
@@ -124,8 +117,7 @@ static void createTable(int32_t index) {
     const size_t creation = Statement.size();
     Statement += std::string("create table if not exists ") + table.name + " (";
     Statement += index == SYSTEM_TABLE ? "Period INT" : "Name TEXT,Period INT";
-    appendFixedColumns(table.columns);
-    appendQualityColumns(table.qualityBlocks);
+    appendColumns(table);
     Statement += ')';
     replaceHyphens();
     // Looked for ahead of the last semicolon, which an opened comment or literal could hide.

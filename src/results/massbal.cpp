@@ -5,9 +5,6 @@
 #include "results/massbal.h"
 
 #include <algorithm>
-#include <cmath>
-#include <numeric>
-#include <utility>
 
 #include "hydrology/landuse.h"
 #include "hydrology/lidgroup.h"
@@ -18,11 +15,9 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "nodes/lidmono.h"
-#include "nodes/node.h"
+#include "nodes/outfall.h"
 #include "nodes/reactor.h"
 #include "nodes/tank.h"
-
-static Table<int32_t> ListedLinks, ListedNodes;  ///< those that massbal_updateStep counts
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -39,23 +34,18 @@ static void openNodeStatistics() {
     for (Tank& tank : Tanks) {
         tank.statMaxDepth = tank.statFloodVolume = 0.0;
     }
-    for (Outfall& outfall : Outfalls) {
-        outfall.statLoad = arena_allocateArray<double>(ResultArena, project_pollutantCount());
-        if (!outfall.statLoad) {
-            report_writeError(ERR_MEMORY, "");
-        }
-    }
+    outfall_openStatistics();
     reactor_openStatistics();
 }
 
 /// What the tanks hold at time zero.
 static void takeInitialStorage() {
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].kind != TANK) {
+    for (const Node& node : Nodes) {
+        if (node.kind != TANK) {
             continue;
         }
-        const Tank& tank = Tanks[Nodes[k].kindIndex];
-        const double volume = tank_getVolume(k, tank.initDepth);
+        const Tank& tank = Tanks[node.kindIndex];
+        const double volume = tank_getVolume(tank, tank.initDepth);
         FlowTotals.initStorage += volume;
         for (int32_t p = 0; QualTotals && p < project_pollutantCount(); ++p) {
             QualTotals[p].initStorage += volume * tank.initQual[p] / 1000.0;
@@ -86,145 +76,15 @@ void massbal_open() {
     openNodeStatistics();
     openLinkStatistics();
     takeInitialStorage();
-    ListedLinks.resize(Links.size());
-    ListedNodes.resize(Nodes.size());
-    std::iota(ListedLinks.begin(), ListedLinks.end(), 0);
-    std::iota(ListedNodes.begin(), ListedNodes.end(), 0);
-}
-
-void massbal_setLists(Table<int32_t> links, Table<int32_t> nodes) {
-    ListedLinks = std::move(links);
-    ListedNodes = std::move(nodes);
-}
-
-// --- each step -----------------------------------------------------------------------------------------------------
-
-static void keepMaximum(double& maximum, double value) {
-    maximum = value > maximum ? value : maximum;
-}
-
-static void updateSubcatch(Subcatch& s, double dt) {
-    s.rainfall += dt * s.rain * 1000.0;
-    s.evap += dt * s.evapRate * 1000.0;
-    s.infil += dt * s.infilRate * 1000.0;
-    s.runoff += dt * s.thisRunoff / s.area * 1000.0;
-    keepMaximum(s.peakRunoff, s.thisRunoff);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
-    }
-}
-
-/// Depth and velocity of a conduit; whether it floods. The flow is divided by the area that it left behind.
-static bool updateConduit(int32_t index) {
-    const Link& link = Links[index];
-    Conduit& conduit = Conduits[link.kindIndex];
-    const double area = conduit_getArea(index, conduit.depth);
-    keepMaximum(conduit.statMaxDepth, conduit.depth);
-    keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
-    // A concentration that is no finite number counts in the flood also where there is none.
-    return conduit.newFlood != 0.0 || !std::all_of(link.newQual, link.newQual + project_pollutantCount(),
-                                                   [](double c) { return std::isfinite(c); });
-}
-
-void massbal_countLink(Link& link) {
-    link.statFlowVolume += static_cast<double>(RoutingStep) * link.newFlow;
-    keepMaximum(link.statMaxFlow, link.newFlow);
-}
-
-/// What one link floods, into its statistics and the totals.
-static void updateFlood(Link& link, double flood, double dt) {
-    FlowTotals.floodingLoss += dt * flood;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].floodingLoss += dt * flood * link.newQual[p] / 1000.0;
-    }
-    link.statFloodVolume += dt * flood;
-    keepMaximum(link.statMaxFlood, flood);
-}
-
-static void updateFloods(double dt) {
-    for (Link& link : Links) {
-        switch (link.kind) {
-            case PIPE: updateFlood(link, Pipes[link.kindIndex].newFlood, dt); break;
-            case CONDUIT: updateFlood(link, Conduits[link.kindIndex].newFlood, dt); break;
-            default: break;
-        }
-    }
-}
-
-static void updateOutfall(const Node& node, double dt) {
-    FlowTotals.externalOutflow += dt * node.newInflow;
-    double* loads = Outfalls[node.kindIndex].statLoad;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double load = node.newInflow * node.newQual[p] / 1000.0;
-        QualTotals[p].externalOutflow += dt * load;
-        loads[p] += dt * load;
-    }
-}
-
-static void updateTank(const Node& node, double dt) {
-    Tank& tank = Tanks[node.kindIndex];
-    FlowTotals.floodingLoss += dt * tank.newFlood;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
-    }
-    keepMaximum(tank.statMaxDepth, tank.newDepth);
-    tank.statFloodVolume += dt * tank.newFlood;
-}
-
-void massbal_countNode(Node& node) {
-    node.statInflowVolume += node.newInflow * static_cast<double>(RoutingStep);
-    keepMaximum(node.statMaxInflow, node.newInflow);
-}
-
-static void updateNode(Node& node, double dt) {
-    switch (node.kind) {
-        case TANK: updateTank(node, dt); break;
-        case OUTFALL: updateOutfall(node, dt); break;
-        default: break;
-    }
-    massbal_countNode(node);
-    if (node.kind == REACTOR) {
-        reactor_updateStatistics(Reactors[node.kindIndex], dt);
-    }
-}
-
-void massbal_updateStep() {
-    const double dt = RoutingStep;
-    for (Subcatch& subcatch : Subcatches) {
-        updateSubcatch(subcatch, dt);
-    }
-    bool isFlooding = pipe_isAnyFlooding();
-    for (const int32_t index : ListedLinks) {
-        Link& link = Links[index];
-        massbal_countLink(link);
-        if (link.kind == CONDUIT) {
-            isFlooding = updateConduit(index) || isFlooding;
-        }
-    }
-    if (isFlooding) {
-        updateFloods(dt);
-    }
-    for (const int32_t index : ListedNodes) {
-        updateNode(Nodes[index], dt);
-    }
 }
 
 // --- close ---------------------------------------------------------------------------------------------------------
-
-void massbal_clear() {
-    ListedLinks = {};
-    ListedNodes = {};
-}
 
 void massbal_close() {
     for (Subcatch& s : Subcatches) {
         subcatch_clearLoads(s);
     }
-    for (Outfall& outfall : Outfalls) {
-        if (outfall.statLoad) {
-            std::fill_n(outfall.statLoad, project_pollutantCount(), 0.0);
-        }
-    }
+    outfall_clearStatistics();
     reactor_clearStatistics();
 }
 
@@ -309,19 +169,17 @@ WashoffBalance massbal_closeWashoff(int pollutant) {
 }
 
 /// Water that stands in a conduit, m3; 0 for a link of another kind.
-static double getConduitVolume(int32_t index) {
-    const Link& link = Links[index];
-    if (link.kind != CONDUIT) {
-        return 0.0;
-    }
-    const Conduit& conduit = Conduits[link.kindIndex];
-    return conduit_getArea(static_cast<int32_t>(index), conduit.depth) * conduit.length;
+static double getConduitVolume(const Link& link) {
+    return link.kind == CONDUIT ? conduit_getVolume(Conduits[link.kindIndex]) : 0.0;
 }
 
 /// Water that stands in a tank, m3; 0 for a node of another kind.
-static double getTankVolume(int32_t index) {
-    const Node& node = Nodes[index];
-    return node.kind == TANK ? tank_getVolume(static_cast<int32_t>(index), Tanks[node.kindIndex].newDepth) : 0.0;
+static double getTankVolume(const Node& node) {
+    if (node.kind != TANK) {
+        return 0.0;
+    }
+    const Tank& tank = Tanks[node.kindIndex];
+    return tank_getVolume(tank, tank.newDepth);
 }
 
 /// Water of the LID monomer nodes: rain, losses and storage are in no running total.
@@ -366,11 +224,11 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
             }
         }
     }
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        totals.finalStorage += getConduitVolume(k);
+    for (const Link& link : Links) {
+        totals.finalStorage += getConduitVolume(link);
     }
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        totals.finalStorage += getTankVolume(k);
+    for (const Node& node : Nodes) {
+        totals.finalStorage += getTankVolume(node);
     }
     addReactors(totals);
     addMonos(totals);
@@ -407,14 +265,14 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
             }
         }
     }
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        if (Links[k].kind == CONDUIT) {
-            totals.finalStorage += getConduitVolume(k) * Links[k].newQual[p] / 1000.0;
+    for (const Link& link : Links) {
+        if (link.kind == CONDUIT) {
+            totals.finalStorage += getConduitVolume(link) * link.newQual[p] / 1000.0;
         }
     }
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        const double* quality = Nodes[k].kind == TANK ? Tanks[Nodes[k].kindIndex].qual : nullptr;
-        totals.finalStorage += quality ? getTankVolume(k) * quality[p] / 1000.0 : 0.0;
+    for (const Node& node : Nodes) {
+        const double* quality = node.kind == TANK ? Tanks[node.kindIndex].qual : nullptr;
+        totals.finalStorage += quality ? getTankVolume(node) * quality[p] / 1000.0 : 0.0;
     }
     addReactorLoads(totals, p);
     addMonoLoads(totals, p);

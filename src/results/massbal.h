@@ -2,30 +2,12 @@
 // Mass balance of a run, and the statistics of its objects.
 
 #include <cstdint>
-#include "model/table.h"
-
-struct Link;
-struct Node;
 
 /// Zeroes all totals and statistics for a new run, and takes the water stored at its start.
 void massbal_open();
 
-/// Adds a routing step: flooding, outflow and the statistics.
-void massbal_updateStep();
-
-/// Statistics of the flow of one link, and of the inflow of one node, for one step.
-void massbal_countLink(Link& link);
-void massbal_countNode(Node& node);
-
-/// Names the links and nodes, in the order of their tables, that massbal_updateStep goes through in this run; the
-/// routing step counts the others as it passes them. From massbal_open to this call it is all of them.
-void massbal_setLists(Table<int32_t> links, Table<int32_t> nodes);
-
 /// Empties the statistics that are kept by pollutant. They stay in memory until the next start.
 void massbal_close();
-
-/// Forgets which objects it counts.
-void massbal_clear();
 
 /// Totals of the runoff over the run, m3, closed for the report.
 struct RunoffBalance {
@@ -63,6 +45,6 @@ WashoffBalance massbal_closeWashoff(int pollutant);
 
 /// The totals of the network with all that is stored at the end, and their continuity error, %. The running totals
 /// stay as they are, so a second report prints the same; only the loads that seeped away and reacted in reactors are 0
-/// behind massbal_close, so with reactors the quality totals of a second report, and their error, differ.
+/// after massbal_close, so with reactors the quality totals of a second report, and their error, differ.
 FlowTotalsRecord massbal_closeFlow(double* error);
 QualTotalsRecord massbal_closeQuality(int pollutant, double* error);

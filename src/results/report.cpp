@@ -6,9 +6,10 @@
 #include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
-#include "nodes/node.h"
+#include "nodes/outfall.h"
 #include "results/massbal.h"
 #include "results/tables.h"
+#include "results/tablewriter.h"
 
 void report_writeBanner() {
     report_print(ReportFile, "\n  TARNVELDE - VERSION 2.1");
@@ -55,14 +56,7 @@ static void writeRunoffContinuity() {
 /// Head of a continuity table with a column for each pollutant.
 static void writePollutantHead(const char* title) {
     report_writeLine("");
-    report_writeLine("**************************");
-    for (const Pollut& pollutant : Polluts) {
-        report_print(ReportFile, " %16s", pollutant.id);
-    }
-    report_print(ReportFile, "\n  %-26s", title);
-    for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, " %16s", "kg");
-    }
+    tablewriter_writePollutantLines(26, "**************************", title);
     report_writeLine("**************************");
     for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " ----------------");

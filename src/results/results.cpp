@@ -51,27 +51,15 @@ static T* allocate(int64_t count) {
 
 static void listObjects(int32_t table) {
     TableBuffer& buffer = Buffers[table];
-    const RowTable& t = RowTables[table];
     buffer.objects = allocate<int32_t>(buffer.count);
     if (!buffer.objects) {
         return;
     }
+    const int32_t classSize = rows_getClassSize(table);
     int32_t filled = 0;
-    if (t.objectType == NODE) {
-        for (int32_t k = 0; k < Nodes.size() && filled < buffer.count; ++k) {
-            if (Nodes[k].kind == t.kind) {
-                buffer.objects[filled++] = k;
-            }
-        }
-    } else if (t.objectType == LINK) {
-        for (int32_t k = 0; k < Links.size() && filled < buffer.count; ++k) {
-            if (Links[k].kind == t.kind) {
-                buffer.objects[filled++] = k;
-            }
-        }
-    } else {
-        for (; filled < buffer.count; ++filled) {
-            buffer.objects[filled] = filled;
+    for (int32_t k = 0; k < classSize && filled < buffer.count; ++k) {
+        if (rows_holds(table, k)) {
+            buffer.objects[filled++] = k;
         }
     }
     buffer.count = filled;

@@ -7,36 +7,35 @@
 #include "model/project.h"
 #include "text/datetime.h"
 
-/// Tables of results in the order in which they are written. The kinds of node and link without a table have no row.
+/// Tables of results in the order in which they are written, and numbers by which a host asks for an object of them.
+/// The kinds of node and link without a table have no row.
 enum ResultTable : int32_t {
-    SYSTEM_TABLE,
-    SUBCATCH_TABLE,
-    JUNCTION_TABLE,
-    TANK_TABLE,
-    OUTFALL_TABLE,
-    SPLITTER_TABLE,
-    REACTOR_TABLE,
-    LID_MONO_TABLE,
-    PIPE_TABLE,
-    PUMP_TABLE,
-    CONNECTION_TABLE,
-    CONDUIT_TABLE,
-    WEIR_TABLE,
-    ORIFICE_TABLE,
+#define RESULT_TABLE(token, ...) token##_TABLE,
+#include "results/columns.def"
     RESULT_TABLE_COUNT
 };
 
-/// Values in a row of the system.
-constexpr int32_t SYSTEM_LENGTH = 12;
+/// Places in the row of the system.
+enum SystemColumn : int32_t {
+#define RESULT_SUM(token, ...) SYSTEM_##token,
+#include "results/columns.def"
+    SYSTEM_LENGTH
+};
+
+struct RowColumn {
+    const char* name;  ///< in front of the name of each pollutant, for a block of these
+    const char* unit;  ///< empty for a plain number
+};
 
 /// What a table is made of.
 struct RowTable {
     const char* name;
-    const char* columns;    ///< the fixed columns, joined by commas
-    int32_t columnCount;    ///< how many these are
-    int32_t qualityBlocks;  ///< how many columns each pollutant has
-    int32_t objectType;     ///< class of its objects; -1 for the system
-    int32_t kind;           ///< NodeKind or LinkKind; -1 without kinds
+    const RowColumn* columns;  ///< the fixed ones, then the blocks with a column for each pollutant
+    int32_t columnCount;       ///< how many are fixed
+    int32_t qualityBlocks;
+    int32_t objectType;  ///< class of its objects; -1 for the system
+    int32_t kind;        ///< NodeKind or LinkKind; -1 without kinds
+    void (*fill)(int32_t object, double f, float* row);
 };
 
 extern const RowTable RowTables[RESULT_TABLE_COUNT];
@@ -47,14 +46,18 @@ int32_t rows_getLength(int32_t table);
 /// Objects that have a row in a table.
 int32_t rows_getObjectCount(int32_t table);
 
+/// Objects of the class of a table, and whether one of them has its row there.
+int32_t rows_getClassSize(int32_t table);
+bool rows_holds(int32_t table, int32_t object);
+
 /// ID of an object of a table, by its index in its class.
 const char* rows_getName(int32_t table, int32_t object);
 
 /// Fills the row of an object; `f` weighs the newer of two states. Every value is worked out in double and rounded
 /// once.
-void rows_fill(int32_t table, int32_t object, double f, float* row);
-void node_getResults(int32_t node, double f, float* row);
-void link_getResults(int32_t link, double f, float* row);
+inline void rows_fill(int32_t table, int32_t object, double f, float* row) {
+    RowTables[table].fill(object, f, row);
+}
 
 /// Asks for the memory of rows that will be filled soon: behind place `k` in a list of nodes or links (a null
 /// list is the whole table). Walks over large tables wait for memory otherwise.

@@ -1,43 +1,19 @@
 // The row of the whole system: rain and losses over the land, what enters and leaves the network, and what it stores.
-// Each object's share is rounded to single and added in single, in the order of the tables.
+// Each object's share is rounded to single and added in single, in the order of the tables. What an object shares of
+// its kind stands in the list of columns.
 
 #include <algorithm>
 
 #include "coupling/swmm.h"
-#include "hydrology/gage.h"
-#include "hydrology/subcatch.h"
-#include "links/conduit.h"
-#include "links/pipe.h"
 #include "model/curve.h"
 #include "nodes/inflows.h"
-#include "nodes/lidmono.h"
-#include "nodes/reactor.h"
-#include "nodes/tank.h"
+#include "results/records.h"
 #include "results/rows.h"
 
 namespace {
 
-enum SystemColumn : int32_t {
-    RAINFALL,
-    EVAPORATION,
-    INFILTRATION,
-    RUNOFF,
-    TOTAL_INFLOW,
-    DIRECT_INFLOW,
-    DRY_WEATHER_FLOW,
-    FLOOD,
-    SWMM_INFLOW,
-    OUTFLOW,
-    SWMM_OUTFLOW,
-    STORAGE
-};
-
 void add(float& sum, double value) {
     sum += static_cast<float>(value);
-}
-
-double mix(double f, double older, double newer) {
-    return (1.0 - f) * older + f * newer;
 }
 
 // --- land ----------------------------------------------------------------------------------------------------------
@@ -56,13 +32,13 @@ void fillLand(double f, float* row) {
         }
         add(evap, s.area * s.evapRate);
         add(infil, s.area * s.infilRate);
-        add(runoff, mix(f, s.lastRunoff, s.thisRunoff));
+        add(runoff, rowvalues_mix(f, s.lastRunoff, s.thisRunoff));
     }
     if (area > 0.0f) {
-        row[RAINFALL] = getMean(rain, area, 3600000.0);
-        row[EVAPORATION] = getMean(evap, area, 86400000.0);
-        row[INFILTRATION] = getMean(infil, area, 3600000.0);
-        row[RUNOFF] = runoff;
+        row[SYSTEM_RAINFALL] = getMean(rain, area, 3600000.0);
+        row[SYSTEM_EVAPORATION] = getMean(evap, area, 86400000.0);
+        row[SYSTEM_INFILTRATION] = getMean(infil, area, 3600000.0);
+        row[SYSTEM_RUNOFF] = runoff;
     }
 }
 
@@ -108,56 +84,54 @@ double getExternalFlow(const Node& node, DateTime date) {
 /// didn't route: a step that routes has used it up.
 void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t& place, float* row) {
     while (place < requests.size() && requests[place].node <= node) {
-        add(row[DIRECT_INFLOW], requests[place++].value);
+        add(row[SYSTEM_DIRECT_INFLOW], requests[place++].value);
     }
 }
 
 void addInflows(const Node& node, double f, DateTime date, float* row) {
-    add(row[TOTAL_INFLOW], mix(f, node.oldInflow, node.newInflow));
+    add(row[SYSTEM_TOTAL_INFLOW], rowvalues_mix(f, node.oldInflow, node.newInflow));
     if (node.extInflow) {
-        add(row[DIRECT_INFLOW], getExternalFlow(node, date));
+        add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(node, date));
     }
     if (const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1)) {
-        add(row[DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, date));
+        add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, date));
     }
 }
 
 // --- network -------------------------------------------------------------------------------------------------------
 
-/// Flood and storage of a node that stores water.
+// For each table: addTANK adds what a tank has to add.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wunused-variable"  // many have nothing
+#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                        \
+    [[maybe_unused]] void add##token([[maybe_unused]] int32_t object, [[maybe_unused]] double f, \
+                                     [[maybe_unused]] float* row) {                              \
+        record
+#define RESULT_SHARE(token, value) add(row[SYSTEM_##token], value);
+#define RESULT_END() }
+#include "results/columns.def"
+#pragma GCC diagnostic pop
+
 void addNode(int32_t index, double f, float* row) {
     const Node& node = Nodes[index];
     switch (node.kind) {
-        case SWMM: swmm_addFlows(node.kindIndex, row[SWMM_INFLOW], row[SWMM_OUTFLOW]); break;
-        case TANK: {
-            const Tank& tank = Tanks[node.kindIndex];
-            add(row[FLOOD], mix(f, tank.oldFlood, tank.newFlood));
-            add(row[STORAGE], tank_getVolume(index, mix(f, tank.oldDepth, tank.newDepth)));
-            break;
-        }
-        case REACTOR: add(row[STORAGE], Reactors[node.kindIndex].storedVolume); break;
-        case LID_MONO: add(row[STORAGE], lidmono_getVolume(node.kindIndex)); break;
-        case OUTFALL: add(row[OUTFLOW], mix(f, node.oldInflow, node.newInflow)); break;
+#define RESULT_NODES(token, ...)   \
+    case token:                    \
+        add##token(index, f, row); \
+        break;
+#include "results/columns.def"
+        case SWMM: swmm_addFlows(node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]); break;
         default: break;
     }
 }
 
-/// Flood and storage of a link.
 void addLink(int32_t index, double f, float* row) {
-    const Link& link = Links[index];
-    switch (link.kind) {
-        case PIPE: {
-            const Pipe& pipe = Pipes[link.kindIndex];
-            add(row[FLOOD], mix(f, pipe.oldFlood, pipe.newFlood));
-            add(row[STORAGE], pipe_getVolume(pipe));
-            break;
-        }
-        case CONDUIT: {
-            const Conduit& conduit = Conduits[link.kindIndex];
-            add(row[FLOOD], mix(f, conduit.oldFlood, conduit.newFlood));
-            add(row[STORAGE], conduit_getArea(index, conduit.depth) * conduit.length);
-            break;
-        }
+    switch (Links[index].kind) {
+#define RESULT_LINKS(token, ...)   \
+    case token:                    \
+        add##token(index, f, row); \
+        break;
+#include "results/columns.def"
         default: break;
     }
 }

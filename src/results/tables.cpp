@@ -5,12 +5,9 @@
 #include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
-#include "nodes/node.h"
+#include "nodes/outfall.h"
+#include "nodes/splitter.h"
 #include "results/tablewriter.h"
-
-static const char* const NodeKindWords[] = {"JUNCTION", "TANK",    "OUTFALL",  "SPLITTER",
-                                            "SWMM",     "REACTOR", "LID_MONO", "VORN"};
-static const char* const LinkKindWords[] = {"PIPE", "PUMP", "CONNECTION", "CONDUIT", "WEIR", "ORIFICE"};
 
 void tables_writeNodes() {
     if (Nodes.empty()) {

@@ -1,7 +1,5 @@
 // Summary tables of subcatchments and rain gages.
 
-#include <string>
-
 #include "hydrology/gage.h"
 #include "hydrology/subcatch.h"
 #include "model/errors.h"
@@ -34,20 +32,9 @@ void tables_writeWashoff() {
         return;
     }
     tablewriter_writeTitle("Subcatchment Washoff Summary");
-    report_print(ReportFile, "\n  %-16s", "");
-    for (const Pollut& pollutant : Polluts) {
-        report_print(ReportFile, " %16s", pollutant.id);
-    }
-    report_print(ReportFile, "\n  %-16s", "Subcatchment");
-    for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, " %16s", "kg");
-    }
-    tablewriter_writeDashes(1 + Polluts.size());
+    tablewriter_writePollutantHead("Subcatchment");
     for (const Subcatch& s : Subcatches) {
-        report_print(ReportFile, "\n  %-16s", s.name);
-        for (int32_t p = 0; p < Polluts.size(); ++p) {
-            report_print(ReportFile, " %16.3f", s.surfaceWashoff ? s.surfaceWashoff[p] : 0.0);
-        }
+        tablewriter_writePollutantRow(s.name, s.surfaceWashoff);
     }
 }
 

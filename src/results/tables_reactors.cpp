@@ -1,7 +1,5 @@
 // Summary tables of reactors: what became of their water, and of each pollutant.
 
-#include <string>
-
 #include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
@@ -30,26 +28,14 @@ static void writeBlock(const char* title, double* Reactor::*loads) {
     report_print(ReportFile, "\n  %s", title);
     for (const Node& node : Nodes) {
         if (node.kind == REACTOR) {
-            const double* values = Reactors[node.kindIndex].*loads;
-            report_print(ReportFile, "\n  %-16s", node.id);
-            for (int32_t p = 0; p < Polluts.size(); ++p) {
-                report_print(ReportFile, " %16.3f", values ? values[p] : 0.0);
-            }
+            tablewriter_writePollutantRow(node.id, Reactors[node.kindIndex].*loads);
         }
     }
 }
 
 static void writeQuality() {
     tablewriter_writeTitle("Reactor Quality Summary");
-    report_print(ReportFile, "\n  %-16s", "");
-    for (const Pollut& pollutant : Polluts) {
-        report_print(ReportFile, " %16s", pollutant.id);
-    }
-    report_print(ReportFile, "\n  %-16s", "Reactor");
-    for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, " %16s", "kg");
-    }
-    tablewriter_writeDashes(1 + Polluts.size());
+    tablewriter_writePollutantHead("Reactor");
     writeBlock("*Surpassing*", &Reactor::statSurpassLoad);
     writeBlock("*Infiltration*", &Reactor::statInfilLoad);
     writeBlock("*Emptying*", &Reactor::statEmptyingLoad);

@@ -22,7 +22,7 @@ void tables_writeTanks() {
     for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].kind == TANK) {
             const Tank& tank = Tanks[Nodes[k].kindIndex];
-            report_print(ReportFile, ROW, Nodes[k].id, tank.statMaxDepth, tank_getVolume(k, tank.statMaxDepth),
+            report_print(ReportFile, ROW, Nodes[k].id, tank.statMaxDepth, tank_getVolume(tank, tank.statMaxDepth),
                          tank.statFloodVolume);
         }
     }

@@ -24,15 +24,19 @@ void tablewriter_writeDashes(int32_t groups) {
     report_writeLine(line.c_str());
 }
 
-void tablewriter_writePollutantHead(const char* object) {
-    report_print(ReportFile, "\n  %-16s", "");
+void tablewriter_writePollutantLines(int32_t width, const char* first, const char* second) {
+    report_print(ReportFile, "\n  %-*s", width, first);
     for (const Pollut& pollutant : Polluts) {
         report_print(ReportFile, " %16s", pollutant.id);
     }
-    report_print(ReportFile, "\n  %-16s", object);
+    report_print(ReportFile, "\n  %-*s", width, second);
     for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, " %16s", "kg");
     }
+}
+
+void tablewriter_writePollutantHead(const char* object) {
+    tablewriter_writePollutantLines(16, "", object);
     tablewriter_writeDashes(1 + Polluts.size());
 }
 

@@ -9,7 +9,11 @@ void tablewriter_writeTitle(const char* title);
 /// Groups of 16 dashes, joined by single blanks.
 void tablewriter_writeDashes(int32_t groups);
 
-/// Head of a table by pollutant: names, then a kilogram for each.
+/// Two lines above the rows of pollutants: names, then a kilogram for each. `first` and `second` stand in front of
+/// them, `width` characters wide.
+void tablewriter_writePollutantLines(int32_t width, const char* first, const char* second);
+
+/// Head of a table by pollutant: those two lines and dashes.
 void tablewriter_writePollutantHead(const char* object);
 
 /// A row of such a table; `values` may be missing, and counts as 0 then.

@@ -4,19 +4,18 @@
 
 #include "routing/landinflows.h"
 
-#include "coupling/coupled.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "model/project.h"
+#include "routing/nodekinds.h"
 
 /// The runoff of one subcatchment; `f` weighs the newer step.
 static void addToNode(int32_t index, double f) {
     const Subcatch& s = Subcatches[index];
     Node& node = Nodes[s.outNode];
     const double flow = s.area == 0.0 ? 0.0 : f * s.thisRunoff + (1.0 - f) * s.lastRunoff;
-    if (node.kind == SWMM) {
-        coupled_takeRunoff(s.outNode, index, flow);  // the outside model takes the water, and no load
-        return;
+    if (nodekinds_takeRunoff(node, index, flow)) {
+        return;  // an outside model took the water, and no load
     }
     node.newLatFlow += flow;
     FlowTotals.wetWeatherInflow += RoutingStep * flow;

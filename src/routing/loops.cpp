@@ -27,7 +27,8 @@
 #include <utility>
 
 #include "model/project.h"
-#include "routing/network.h"
+#include "model/topology.h"
+#include "routing/nodekinds.h"
 
 constexpr int32_t NONE = -1;
 
@@ -81,7 +82,7 @@ struct Search {
 
 /// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
 static int32_t findEdge(Search& search, int32_t node, int32_t& position) {
-    const LinkList outgoing = network_getOutgoing(node);
+    const LinkList outgoing = topology_getOutgoing(node);
     ++search.visits;
     for (; position < outgoing.count; ++position) {
         const Link& link = Links[outgoing.first[position]];
@@ -91,7 +92,7 @@ static int32_t findEdge(Search& search, int32_t node, int32_t& position) {
         ++search.visits;
     }
     int32_t targets[2] = {NONE, NONE};
-    const int32_t count = network_getDirectTargets(node, targets);
+    const int32_t count = nodekinds_getDirectTargets(node, targets);
     return position - outgoing.count < count ? targets[position - outgoing.count] : NONE;
 }
 
@@ -170,7 +171,7 @@ static void closePart(Search& search, int32_t root, int32_t& place) {
         search.at(node).part = hasCircle ? search.parts.size() : NONE;
         if (hasCircle) {
             search.members[part.end++] = node;
-            part.cost += 1 + network_getOutgoing(node).count;
+            part.cost += 1 + topology_getOutgoing(node).count;
         }
     } while (node != root);
     if (hasCircle) {
@@ -308,7 +309,7 @@ static const char* nameClosing(Search& search) {
     while ((to = findEdge(search, last, position)) >= 0 && !isOnPath[to]) {
         ++position;
     }
-    const LinkList outgoing = network_getOutgoing(last);
+    const LinkList outgoing = topology_getOutgoing(last);
     return position < outgoing.count ? Links[outgoing.first[position]].id : Nodes[to].id;
 }
 

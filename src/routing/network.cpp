@@ -12,83 +12,12 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
-#include "nodes/lidmono.h"
-#include "nodes/reactor.h"
+#include "model/topology.h"
 #include "routing/loops.h"
+#include "routing/nodekinds.h"
 
 int32_t* SortedNodes = nullptr;
 int64_t NetworkVisitCount = 0;
-
-struct LinkIndex {
-    Table<int32_t> start;  ///< by node: where its links begin; one more at the end
-    Table<int32_t> links;
-};
-
-static LinkIndex Outgoing, Incoming;
-
-// --- links by node -------------------------------------------------------------------------------------------------
-
-static void indexLinks(LinkIndex& index, int32_t Link::*end) {
-    index.start.fill(Nodes.size() + 1, 0);
-    index.links.resize(Links.size());
-    for (const Link& link : Links) {
-        ++index.start[static_cast<size_t>(link.*end) + 1];
-    }
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        index.start[k + 1] += index.start[k];
-    }
-    Table<int32_t> next = index.start;
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        index.links[next[Links[k].*end]++] = k;
-    }
-}
-
-static LinkList getLinks(const LinkIndex& index, int32_t node) {
-    if (node + 1 >= index.start.size()) {
-        return {nullptr, 0};
-    }
-    return {index.links.data() + index.start[node], index.start[node + 1] - index.start[node]};
-}
-
-void network_indexLinks() {
-    indexLinks(Outgoing, &Link::fromNode);
-    indexLinks(Incoming, &Link::toNode);
-}
-
-LinkList network_getOutgoing(int32_t node) {
-    return getLinks(Outgoing, node);
-}
-
-LinkList network_getIncoming(int32_t node) {
-    return getLinks(Incoming, node);
-}
-
-void network_clear() {
-    Outgoing = {};
-    Incoming = {};
-    SortedNodes = nullptr;
-}
-
-// --- edges that are no links ---------------------------------------------------------------------------------------
-
-int32_t network_getDirectEdges(int32_t node, int32_t targets[2]) {
-    const Node& record = Nodes[node];
-    switch (record.kind) {
-        case REACTOR: {
-            const Reactor& reactor = Reactors[record.kindIndex];
-            targets[0] = reactor.surpassNode;
-            targets[1] = reactor.emptyingNode;
-            return reactor.emptyingNode >= 0 ? 2 : 1;
-        }
-        case LID_MONO: return lidmono_getDrainTarget(record.kindIndex, targets);
-        default: return 0;
-    }
-}
-
-int32_t network_getDirectTargets(int32_t node, int32_t targets[2]) {
-    const int32_t count = network_getDirectEdges(node, targets);
-    return count == 2 && targets[0] == targets[1] ? 1 : count;
-}
 
 // --- rules of connection -------------------------------------------------------------------------------------------
 
@@ -98,13 +27,13 @@ static void markHeads() {
     Table<uint8_t> hasUpstream = table_make(Nodes.size(), uint8_t{0});
     int32_t targets[2];
     for (int32_t k = 0; k < Nodes.size(); ++k) {
-        const int32_t count = network_getDirectTargets(k, targets);
+        const int32_t count = nodekinds_getDirectTargets(k, targets);
         for (int32_t t = 0; t < count; ++t) {
             hasUpstream[targets[t]] = 1;
         }
     }
     for (int32_t k = 0; k < Nodes.size(); ++k) {
-        const LinkList incoming = network_getIncoming(k);
+        const LinkList incoming = topology_getIncoming(k);
         const bool isHeld = incoming.count > 0 && !Links[incoming.first[0]].isLagged;
         if (!hasUpstream[k] && !isHeld) {
             Nodes[k].isHead = 1;
@@ -123,9 +52,10 @@ static int32_t findByName(const Node& node) {
 
 static void checkMissingOutlets() {
     for (const Node& node : Nodes) {
-        if (node.kind == JUNCTION || node.kind == SPLITTER || node.kind == REACTOR || node.kind == LID_MONO) {
+        const OutletRule rule = nodekinds_getOutletRule(node.kind);
+        if (rule == OUTLETS_ONE || rule == OUTLETS_SOME) {
             const int32_t index = findByName(node);
-            if (index < 0 || network_getOutgoing(index).count == 0) {
+            if (index < 0 || topology_getOutgoing(index).count == 0) {
                 report_writeError(ERR_NO_OUTLET, node.id);
             }
         }
@@ -134,9 +64,9 @@ static void checkMissingOutlets() {
 
 static void checkSurplusOutlets() {
     for (const Node& node : Nodes) {
-        if (node.kind == JUNCTION || node.kind == REACTOR || node.kind == LID_MONO) {
+        if (nodekinds_getOutletRule(node.kind) == OUTLETS_ONE) {
             const int32_t index = findByName(node);
-            for (int32_t k = 1; index >= 0 && k < network_getOutgoing(index).count; ++k) {
+            for (int32_t k = 1; index >= 0 && k < topology_getOutgoing(index).count; ++k) {
                 report_writeError(ERR_MULTIPLE_OUTLETS, node.id);
             }
         }
@@ -145,8 +75,8 @@ static void checkSurplusOutlets() {
 
 static void checkOutfallOutlets() {
     for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].kind == OUTFALL) {
-            for (int32_t count = network_getOutgoing(k).count; count > 0; --count) {
+        if (nodekinds_getOutletRule(Nodes[k].kind) == OUTLETS_NONE) {
+            for (int32_t count = topology_getOutgoing(k).count; count > 0; --count) {
                 report_writeError(ERR_OUTFALL_OUTLET, Nodes[k].id);
             }
         }
@@ -155,10 +85,10 @@ static void checkOutfallOutlets() {
 
 static void checkTankOutlets() {
     for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].kind != TANK) {
+        if (nodekinds_getOutletRule(Nodes[k].kind) != OUTLETS_OF_TANK) {
             continue;
         }
-        for (const int32_t link : network_getOutgoing(k)) {
+        for (const int32_t link : topology_getOutgoing(k)) {
             const int32_t kind = Links[link].kind;
             if (kind != PUMP && kind != WEIR && kind != ORIFICE) {
                 report_writeError(ERR_TANK_LINK, Nodes[k].id);
@@ -212,7 +142,7 @@ static Table<ReleaseCount> countUpstream() {
     Table<ReleaseCount> counts = table_make(Nodes.size(), ReleaseCount{});
     int32_t targets[2];
     for (int32_t k = 0; k < Nodes.size(); ++k) {
-        const int32_t count = network_getDirectTargets(k, targets);
+        const int32_t count = nodekinds_getDirectTargets(k, targets);
         for (int32_t t = 0; t < count; ++t) {
             ++counts[targets[t]].upstream;
         }
@@ -242,7 +172,7 @@ void network_sortNodes() {
     for (int32_t next = 0; next < placed; ++next) {
         const int32_t node = SortedNodes[next];
         int32_t targets[2];
-        const int32_t targetCount = network_getDirectEdges(node, targets);
+        const int32_t targetCount = nodekinds_getDirectEdges(node, targets);
         for (int32_t t = 0; t < targetCount; ++t) {
             // A reactor that empties to its surpass node counts it twice here, though the node waits for it once, so it
             // may release the node too early.
@@ -251,7 +181,7 @@ void network_sortNodes() {
                 place(targets[t]);
             }
         }
-        for (const int32_t link : network_getOutgoing(node)) {
+        for (const int32_t link : topology_getOutgoing(node)) {
             // A lagged link counts here, though nobody waits for it, so it may release its target too early.
             const int32_t to = Links[link].toNode;
             ReleaseCount& count = counts[to];

@@ -10,7 +10,10 @@ int32_t routing_open();
 void routing_close();
 
 /// Whether routing_open has made what a step needs.
-bool routing_isReady();
+[[nodiscard]] bool routing_isReady();
 
 /// Advances water and pollutants by one RoutingStep.
 void routing_step();
+
+/// Adds the step to statistics and totals: subcatchments, then links, then nodes.
+void routing_countStep();

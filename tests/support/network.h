@@ -10,10 +10,12 @@
 
 #include "model/arena.h"
 #include "model/project.h"
+#include "model/topology.h"
 #include "nodes/lidmono.h"
 #include "nodes/reactor.h"
 #include "routing/loops.h"
 #include "routing/network.h"
+#include "routing/nodekinds.h"
 #include "support/objects.h"
 
 class NetworkTest : public ::testing::Test {
@@ -90,7 +92,7 @@ inline std::string readReport() {
 
 /// What the report holds after a validation of the tables as they are.
 inline std::string validate() {
-    network_indexLinks();
+    topology_indexLinks();
     network_validate();
     return readReport();
 }

@@ -12,10 +12,13 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/topology.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
 #include "nodes/reactor.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
+#include "routing/linkkinds.h"
 #include "routing/network.h"
 
 inline void clearObjects() {
@@ -30,7 +33,9 @@ inline void clearObjects() {
     std::fill(std::begin(NodeKindCount), std::end(NodeKindCount), 0);
     std::fill(std::begin(LinkKindCount), std::end(LinkKindCount), 0);
     names_clear();
-    network_clear();
+    topology_clear();
+    linkkinds_clearRun();
+    SortedNodes = nullptr;
     arena_release(RunArena);
     arena_release(ProjectArena);
     ErrorCode = 0;

@@ -10,6 +10,7 @@
 #include "model/project.h"
 #include "nodes/node.h"
 #include "nodes/reactor.h"
+#include "routing/nodekinds.h"
 #include "support/project.h"
 #include "support/tempfolder.h"
 #include "tarnvelde.h"
@@ -76,13 +77,13 @@ protected:
     /// One update of R with an inflow (m3/s) and its concentration (mg/L), apart from the rest of a step.
     static void update(double inflow, double concentration = 0.0) {
         for (const char* name : {"R", "SUR", "EMP"}) {
-            node_shiftState(tarnvelde_findObject(1, name));
+            nodekinds_shiftState(node(name));
         }
         node("R").newInflow = inflow;
         if (project_pollutantCount() > 0) {
             node("R").massInflow[0] = inflow * concentration / 1000.0;
         }
-        reactor_update(tarnvelde_findObject(1, "R"));
+        reactor_update(node("R"), reactor());
     }
 
     /// Expects the project to be refused with one message about a line.

@@ -14,7 +14,9 @@
 #include "model/project.h"
 #include "nodes/node.h"
 #include "nodes/reactor.h"
+#include "nodes/splitter.h"
 #include "nodes/tank.h"
+#include "routing/linkkinds.h"
 #include "support/lines.h"
 #include "support/objects.h"
 #include "text/tokens.h"
@@ -113,7 +115,7 @@ protected:
 
     /// Begins the run and evaluates once.
     static int32_t evaluate() {
-        link_openLists();
+        linkkinds_openRun();
         rule_openRun();
         return rule_evaluate();
     }

@@ -9,6 +9,7 @@
 #include "links/transect.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 static const double PI = std::acos(-1.0);
@@ -22,11 +23,11 @@ static std::string getProject(const std::string& rest, double flow = 0.5) {
 static const char* const BED = "[CURVES]\nX TRANSECT 0 3 0 1 4 1 4 3\n";
 
 static double getArea(double depth) {
-    return conduit_getArea(findLink("C"), depth);
+    return conduit_getArea(::getConduit("C"), depth);
 }
 
 static double getDepth(double volume) {
-    return conduit_getDepth(findLink("C"), volume);
+    return conduit_getDepth(::getConduit("C"), volume);
 }
 
 /// Area of a circle below a depth, with the chord's half angle from the middle.
@@ -166,7 +167,7 @@ TEST(ConduitDepth, IsTheSameBySearchAndByWalk) {
 /// Puts a conduit into a state and runs one step with a flow into it; its own flow of the step.
 static double routeFrom(double depth, double inflow) {
     getConduit("C").depth = depth;
-    conduit_route(findLink("C"), inflow, nullptr);
+    conduit_route(getLink("C"), ::getConduit("C"), inflow, nullptr);
     return getLink("C").newFlow;
 }
 
@@ -309,7 +310,7 @@ TEST(ConduitQuality, MixesTheInflowIntoTheStore) {
     getConduit("C").depth = 0.5;  // 100 m3
     getLink("C").oldQual[0] = 10.0;
     const double inflow = 40.0;
-    conduit_route(findLink("C"), 2.0, &inflow);  // 120 m3
+    conduit_route(getLink("C"), ::getConduit("C"), 2.0, &inflow);  // 120 m3
     EXPECT_NEAR(getLink("C").newQual[0], (100.0 * 10.0 + 120.0 * 40.0) / 220.0, 1e-12);
 }
 
@@ -326,7 +327,7 @@ TEST(ConduitQuality, DecaysByTheHourAndBooksTheLoss) {
     getConduit("C").depth = 0.5;
     getLink("C").oldQual[0] = getLink("C").oldQual[1] = 10.0;
     const double inflow[] = {40.0, 40.0};
-    conduit_route(findLink("C"), 2.0, inflow);
+    conduit_route(getLink("C"), ::getConduit("C"), 2.0, inflow);
     const double mixed = (100.0 * 10.0 + 120.0 * 40.0) / 220.0;
     const double left = std::exp(-2.0 * 0.01 * 60.0);
     EXPECT_NEAR(getLink("C").newQual[0], mixed, 1e-12);
@@ -425,13 +426,13 @@ TEST(ConduitRow, MixesOldAndNewButForDepthAndVolume) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[7];
-    conduit_getResults(findLink("C"), 0.25, row);
+    rows_fill(CONDUIT_TABLE, findLink("C"), 0.25, row);
     const float expected[] = {0.5f, 100.0f, 3.0f, 1.25f, 3.0f, 3.0f, 7.0f};
     for (int k = 0; k < 7; ++k) {
         EXPECT_EQ(row[k], expected[k]) << k;
     }
     conduit.depth = 0.0;
-    conduit_getResults(findLink("C"), 0.25, row);
+    rows_fill(CONDUIT_TABLE, findLink("C"), 0.25, row);
     EXPECT_EQ(row[2], 0.0f);  // no velocity without an area
 }
 

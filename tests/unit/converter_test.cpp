@@ -31,7 +31,7 @@ struct ConverterLines : testing::Test {
         arena_release(ProjectArena);
     }
 
-    static int32_t read(const Tokens& tokens) { return converter_readParams(tokens); }
+    static int32_t read(const Tokens& tokens) { return converter_readLine(tokens); }
     static void expectGood(const std::string& line) { EXPECT_EQ(parseLine(line, read), 0) << line; }
     static void expectError(const std::string& line, int32_t error, const std::string& name) {
         expectLineError(line, read, error, name);

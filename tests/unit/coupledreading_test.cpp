@@ -156,8 +156,8 @@ TEST(CoupledMemory, ThatIsMissingRefusesTheLine) {
     CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp NO\n[VORN_INPS]\nV m.sti NO\n");
     p.model("m.inp", getPassingModel(4)).model("m.sti", getPassingPlant(4));
     ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    const auto readSwmm = [](const Tokens& tokens) { return swmm_readParams(tokens, tarnvelde_findObject(1, "S"), 0); };
-    const auto readVorn = [](const Tokens& tokens) { return vorn_readParams(tokens, tarnvelde_findObject(1, "V"), 0); };
+    const auto readSwmm = [](const Tokens& tokens) { return swmm_readLine(tokens, tarnvelde_findObject(1, "S"), 0); };
+    const auto readVorn = [](const Tokens& tokens) { return vorn_readLine(tokens, tarnvelde_findObject(1, "V"), 0); };
     for (int request = 1; request <= 2; ++request) {  // the record, and its text
         arena_failAfter(request);
         expectLineError("INFLOW IN C", readSwmm, ERR_MEMORY, "");

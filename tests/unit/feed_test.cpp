@@ -1,6 +1,8 @@
 // How what leaves an outside model gets into pipes, connections and conduits.
 
 #include "coupling/feed.h"
+#include "coupling/vorn.h"
+#include "routing/linkkinds.h"
 
 #include <gtest/gtest.h>
 
@@ -91,8 +93,6 @@ TEST(FeedPipe, OfOneRoutingStepCarriesNoMass) {
 }
 
 /// A pipe of 2700 s, and the totals of a kind of node.
-static constexpr OutsideTotals Totals = {&FlowTotalsRecord::vornInflow, &FlowTotalsRecord::vornOutflow,
-                                         &QualTotalsRecord::vornInflow, &QualTotalsRecord::vornOutflow};
 
 TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
     Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\n", 8);  // 5400 s
@@ -103,7 +103,7 @@ TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
     const double last[] = {0.0, 2700000.0, 5400000.0};
     const double next[] = {2700000.0, 5400000.0, 5400000.0};
     for (int k = 0; k < 3; ++k) {
-        feed_updateLinks(node, p.outside(), Totals);
+        linkkinds_feed(node, p.outside(), VORN_TOTALS);
         EXPECT_EQ(pipe.lastFireTime, last[k]);
         EXPECT_EQ(pipe.nextFireTime, next[k]);
     }
@@ -178,11 +178,11 @@ TEST(FeedConnection, WeighsBeyondTheEngineOnceItIsOver) {
     NewRoutingTime = 2025000.0;
     p.record().oldFlow = 4.0;
     p.record().newFlow = 1.0;
-    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
     // f = (2025 - 1350) / (0 - 1350) = -0.5
     EXPECT_EQ(Connections[0].newInflow, -0.5 * 1.0 + 1.5 * 4.0);
     p.outside().oldTime = p.outside().newTime = 0.0;
-    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(Connections[0].newInflow, 4.0);  // equal clocks: the old state
 }
 
@@ -203,7 +203,7 @@ TEST(FeedConnection, TakesLoadsBetweenTwoStates) {
     p.record().newFlow = 1.0;
     p.record().oldLoad[0] = 0.5;
     p.record().newLoad[0] = 0.25;
-    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
     const double flow = 0.25 * 1.0 + 0.75 * 4.0, load = 0.25 * 0.25 + 0.75 * 0.5;
     EXPECT_EQ(getLink("X").newFlow, flow);
     EXPECT_EQ(getLink("X").newQual[0], load / flow * 1000.0);
@@ -247,7 +247,7 @@ TEST(FeedPipe, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
     p.outside().oldTime = getPipe("X").nextFireTime + 1.0;
     p.record().newFlow = p.record().sumFlow = 0.0;
     p.record().sumLoad[0] = 0.5;  // load without water: of no concentration
-    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(getPipe("X").newInflow, 0.0);
     EXPECT_GT(getLink("X").newFlow, 0.0);  // water is stored
     EXPECT_NEAR(getLink("X").newQual[0], quality, 1e-12);
@@ -258,7 +258,7 @@ TEST(FeedConnection, WithoutFlowHasConcentrationZero) {
     p.outside().oldTime = p.outside().newTime = 0.0;
     p.record().oldFlow = 0.0;
     p.record().oldLoad[0] = 0.5;
-    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(getLink("X").newFlow, 0.0);
     EXPECT_EQ(getLink("X").newQual[0], 0.0);
     EXPECT_EQ(QualTotals[0].vornInflow, DT * 0.5);
@@ -271,7 +271,7 @@ TEST(FeedConduit, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
     ASSERT_GT(quality, 0.0);
     p.record().newFlow = 0.0;
     p.record().newLoad[0] = 0.5;
-    feed_updateLinks(findNode("S"), p.outside(), Totals);
+    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(getConduit("X").newInflow, 0.0);
     EXPECT_NEAR(getLink("X").newQual[0], quality, 1e-9);
 }

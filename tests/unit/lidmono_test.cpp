@@ -1,6 +1,7 @@
 // LID monomer nodes: their lines, their start, a routing step, and where their water goes.
 
 #include "nodes/lidmono.h"
+#include "routing/nodekinds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -268,7 +269,7 @@ TEST_F(MonoTest, DrainWithoutANodeJoinsTheLinkButNotItsConcentration) {
     unit().lastStorageMass[0] = 5.0;
     stepWith(0.02, 0.004);
     EXPECT_NEAR(unit().thisDrainFlow, 1e-3, 1e-17);
-    EXPECT_NEAR(node_getOfferedFlow(findMono(), 0), 0.011, 1e-16);
+    EXPECT_NEAR(lidmono_getOutflow(record()), 0.011, 1e-16);
     EXPECT_GT(unit().thisDrainLoad[0], 0.0);
     EXPECT_NEAR(node().newQual[0], 0.002 / 0.01 * 1000.0, 1e-10) << "of the bypass alone";
 }
@@ -283,7 +284,7 @@ TEST_F(MonoTest, DrainWithANodeGoesThere) {
     EXPECT_NEAR(Nodes[target].newLatFlow, 1e-3, 1e-17);
     EXPECT_EQ(Nodes[target].massInflow[0], unit().thisDrainLoad[0]);
     EXPECT_GT(unit().thisDrainLoad[0], 0.0);
-    EXPECT_NEAR(node_getOfferedFlow(findMono(), 0), 0.01, 1e-16);
+    EXPECT_NEAR(lidmono_getOutflow(record()), 0.01, 1e-16);
     EXPECT_EQ(FlowTotals.wetWeatherInflow, 0.0) << "water of the network is in no inflow again";
 }
 
@@ -307,7 +308,7 @@ TEST_F(MonoTest, ShiftMakesNewOld) {
     unit().thisSoilMass[1] = 4.0;
     unit().thisSurfaceLoad[1] = 5.0;
     unit().thisDrainLoad[1] = 6.0;
-    node_shiftState(findMono());
+    nodekinds_shiftState(Nodes[findMono()]);
     EXPECT_EQ(unit().lastSurfaceFlow, 1.0);
     EXPECT_EQ(unit().lastDrainFlow, 2.0);
     EXPECT_EQ(unit().lastSoilMass[1], 4.0);
@@ -324,7 +325,7 @@ TEST_F(MonoTest, LetsGoOfItsArraysWhenTheMemoryOfTheResultsGoes) {
     EXPECT_EQ(unit().rainLoad, nullptr);
     double error = 0.0;
     EXPECT_EQ(massbal_closeQuality(0, &error).finalStorage, 0.0);
-    node_initState(findMono());
+    nodekinds_initState(findMono());
     EXPECT_NE(unit().thisDrainLoad, nullptr);
 }
 

@@ -7,6 +7,7 @@
 
 #include "hydrology/gage.h"
 #include "results/massbal.h"
+#include "results/rows.h"
 #include "support/lidmonos.h"
 #include "support/reporttables.h"
 
@@ -42,7 +43,7 @@ TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
     u.thisStorageMass[1] = 8.0;
     u.thisPavementMass[1] = 16.0;
     float row[11 + 8];
-    lidmono_getResults(findMono(), 0.25, row);
+    rows_fill(LID_MONO_TABLE, findMono(), 0.25, row);
     const double expected[] = {1.25,
                                3.5,
                                3.6,
@@ -71,7 +72,7 @@ TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
 TEST_F(MonoTest, RowBeforeAStartIsEmpty) {
     ASSERT_EQ(open(), 0);
     float row[11 + 8];
-    lidmono_getResults(findMono(), 1.0, row);
+    rows_fill(LID_MONO_TABLE, findMono(), 1.0, row);
     for (const float value : row) {
         EXPECT_EQ(value, 0.0F);
     }
@@ -210,12 +211,12 @@ TEST_F(MonoTest, StateOutlivesTheEndOfTheRun) {
     start();
     ASSERT_EQ(stepToEnd(), 0);
     std::vector<float> before(11 + 8), behind(11 + 8);
-    lidmono_getResults(findMono(), 1.0, before.data());
+    rows_fill(LID_MONO_TABLE, findMono(), 1.0, before.data());
     ASSERT_GT(before[11 + 2 * 2], 0.0F) << "the first pollutant in the storage";
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string report = file->getReport();
     ASSERT_EQ(tarnvelde_end(), 0);
-    lidmono_getResults(findMono(), 1.0, behind.data());
+    rows_fill(LID_MONO_TABLE, findMono(), 1.0, behind.data());
     EXPECT_EQ(before, behind);
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string second = file->getReport().substr(report.size());

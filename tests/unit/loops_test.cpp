@@ -47,7 +47,7 @@ static std::pair<std::string, int64_t> walkAllPaths() {
             extend(link.toNode);
         }
         int32_t targets[2];
-        const int32_t targetCount = network_getDirectTargets(path.back(), targets);
+        const int32_t targetCount = nodekinds_getDirectTargets(path.back(), targets);
         for (int32_t t = 0; t < targetCount; ++t) {
             if (contains(targets[t])) {
                 return {Nodes[targets[t]].id, count};
@@ -155,7 +155,7 @@ static void makeRandomNetwork(std::mt19937& random) {
             default: break;
         }
     }
-    network_indexLinks();
+    topology_indexLinks();
     if (draw(2) == 0) {
         for (int32_t k = draw(3); k >= 0; --k) {
             Nodes[draw(static_cast<uint32_t>(nodeCount))].isHead = 1;

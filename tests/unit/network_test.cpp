@@ -325,7 +325,7 @@ TEST_F(NetworkTest, linkReleasesATargetThatNothingWaitsFor) {
     addNodes(2);
     connect({"~AB"});
     Nodes[0].isHead = 1;
-    network_indexLinks();
+    topology_indexLinks();
     EXPECT_EQ(sort(), Indices({0, 1}));
 }
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 static constexpr double G2 = 19.62;
@@ -17,7 +18,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 struct OrificeLaw : testing::Test {
-    static double getFlow(double depth) { return orifice_getFlow(findLink("O"), depth); }
+    static double getFlow(double depth) { return orifice_getFlow(getLink("O"), Orifices[0], depth); }
 };
 
 TEST_F(OrificeLaw, IsTorricelliOverTheMiddleOfASubmergedRectangle) {
@@ -155,7 +156,7 @@ TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
 
 TEST(OrificeLine, MayHoldNumbersThatAreNone) {
     StorageModel model(getProject("NO CIRCULAR nan nan nan"));
-    EXPECT_EQ(orifice_getFlow(findLink("O"), 2.0), 0.0);  // nothing lies above a crest that is no number
+    EXPECT_EQ(orifice_getFlow(getLink("O"), Orifices[0], 2.0), 0.0);  // nothing lies above a crest that is no number
 }
 
 TEST(OrificeCheck, WantsATankUpstream) {
@@ -175,7 +176,7 @@ TEST(OrificeRow, MixesOldAndNew) {
     link.oldQual[1] = 0.0;
     link.newQual[1] = 1.0;
     float row[3];
-    orifice_getResults(findLink("O"), 0.25, row);
+    rows_fill(ORIFICE_TABLE, findLink("O"), 0.25, row);
     EXPECT_EQ(row[0], 1.25f);
     EXPECT_EQ(row[1], 7.0f);
     EXPECT_EQ(row[2], 0.25f);

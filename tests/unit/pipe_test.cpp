@@ -214,7 +214,7 @@ TEST(PipeAndHost, TakesAFlowUntilTheNextFiring) {
     Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.step(4);
     m.link("P").newFlow = 99.0;
-    link_noteChange(tarnvelde_findObject(2, "P"), m.link("P").kindIndex);
+    pipe_noteChange(tarnvelde_findObject(2, "P"), m.link("P").kindIndex);
     m.step();
     EXPECT_EQ(m.link("P").oldFlow, 99.0);
     EXPECT_EQ(m.node("OUT").newInflow, 99.0);

@@ -1,10 +1,12 @@
 #include "links/pump.h"
+#include "routing/linkkinds.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 static constexpr const char* CURVES =
@@ -17,8 +19,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    getTank("T").newDepth = depth;
-    return pump_getFlow(findLink("P"));
+    return pump_getFlow(getLink("P"), Pumps[0], depth);
 }
 
 TEST(PumpCurve, IsALineWithLevelEnds) {
@@ -54,11 +55,10 @@ TEST(PumpCurve, IsScaledByTheSetting) {
     EXPECT_EQ(getFlow(1.0), 0.0);
 }
 
-TEST(PumpCurve, GivesNothingAtANodeThatIsNoTank) {
-    StorageModel model(getProject("L NO ON 0 0"));
+TEST(PumpSwitch, RestsAtANodeThatIsNoTank) {
+    StorageModel model(getProject("L NO ON 0 3"));
     getLink("P").fromNode = findNode("OUT");
-    EXPECT_EQ(pump_getFlow(findLink("P")), 0.0);
-    pump_setTarget(findLink("P"));
+    linkkinds_setTargets();
     EXPECT_EQ(getLink("P").targetSetting, 1.0);
 }
 
@@ -68,7 +68,7 @@ TEST(PumpCurve, GivesNothingAtANodeThatIsNoTank) {
 static double getTarget(double setting, double depth) {
     getLink("P").setting = setting;
     getTank("T").newDepth = depth;
-    pump_setTarget(findLink("P"));
+    linkkinds_setTargets();
     return getLink("P").targetSetting;
 }
 
@@ -226,7 +226,7 @@ TEST(PumpRow, MixesOldAndNew) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    pump_getResults(findLink("P"), 0.5, row);
+    rows_fill(PUMP_TABLE, findLink("P"), 0.5, row);
     EXPECT_EQ(row[0], 1.5f);
     EXPECT_EQ(row[1], 6.0f);
 }

@@ -193,7 +193,7 @@ TEST_F(ReactorTest, SurplusOfTwoReactorsAddsUpInOneNode) {
     update(2.0, 10.0);
     node("R").newInflow = 1.0;
     node("R").massInflow[0] = 0.5;
-    reactor_update(tarnvelde_findObject(1, "R"));
+    reactor_update(node("R"), reactor());
     EXPECT_DOUBLE_EQ(node("SUR").newLatFlow, 3.0);
     EXPECT_DOUBLE_EQ(node("SUR").massInflow[0], 0.02 + 0.5);
 }
@@ -209,7 +209,7 @@ TEST_F(ReactorTest, LoadWithoutWaterIsNotTakenIn) {
     start(withReactor("R CSTR SUR FLOW_CAPACITY 43200 100 0 50"));
     node("R").massInflow[0] = 3.0;
     node("R").newInflow = 0.0;
-    reactor_update(tarnvelde_findObject(1, "R"));
+    reactor_update(node("R"), reactor());
     EXPECT_EQ(reactor().qual[0], 0.0);
 }
 

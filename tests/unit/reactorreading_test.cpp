@@ -217,18 +217,18 @@ TEST_F(ReactorTest, SurplusAndEmptyingCantGoToASwmmNode) {
     const std::string message = "\n  \n  ERROR 149: the surpass or emptying node of Reactor R can not be a SWMM node.";
     node("SUR").kind = SWMM;
     const std::string before = report();
-    reactor_validate(tarnvelde_findObject(1, "R"));
+    reactor_validate(node("R"), reactor());
     EXPECT_EQ(report(), before + message);
     EXPECT_EQ(ErrorCode, ERR_REACTOR_TARGET_SWMM);
     node("EMP").kind = SWMM;
-    reactor_validate(tarnvelde_findObject(1, "R"));
+    reactor_validate(node("R"), reactor());
     EXPECT_EQ(report(), before + message + message + message);
 }
 
 TEST_F(ReactorTest, SurplusIntoATreatmentPlantPasses) {
     ASSERT_EQ(open({}), 0);
     node("SUR").kind = VORN;
-    reactor_validate(tarnvelde_findObject(1, "R"));
+    reactor_validate(node("R"), reactor());
     EXPECT_EQ(ErrorCode, ERR_NONE);
 }
 
@@ -246,7 +246,7 @@ TEST_F(ReactorTest, ReactorNeedsExactlyOneOutlet) {
 TEST_F(ReactorTest, SurplusIsAnEdgeOfTheNetwork) {
     ASSERT_EQ(open({}), 0);
     int32_t targets[2];
-    EXPECT_EQ(network_getDirectEdges(tarnvelde_findObject(1, "R"), targets), 1);
+    EXPECT_EQ(nodekinds_getDirectEdges(tarnvelde_findObject(1, "R"), targets), 1);
     EXPECT_EQ(targets[0], tarnvelde_findObject(1, "SUR"));
     EXPECT_EQ(node("SUR").isHead, 0);
     EXPECT_EQ(node("EMP").isHead, 1);
@@ -255,8 +255,8 @@ TEST_F(ReactorTest, SurplusIsAnEdgeOfTheNetwork) {
 TEST_F(ReactorTest, OneNodeForSurplusAndEmptyingCountsOnceAndIsMetTwice) {
     ASSERT_EQ(open(withEmptying("R SUR 1 1 1 \"\"")), 0);
     int32_t targets[2];
-    EXPECT_EQ(network_getDirectEdges(tarnvelde_findObject(1, "R"), targets), 2);
-    EXPECT_EQ(network_getDirectTargets(tarnvelde_findObject(1, "R"), targets), 1);
+    EXPECT_EQ(nodekinds_getDirectEdges(tarnvelde_findObject(1, "R"), targets), 2);
+    EXPECT_EQ(nodekinds_getDirectTargets(tarnvelde_findObject(1, "R"), targets), 1);
 }
 
 TEST_F(ReactorTest, CircleOverSurplusNamesTheNodeThatClosesIt) {
@@ -283,7 +283,7 @@ TEST_F(ReactorTest, TargetsAreVisitedBehindTheReactor) {
 TEST_F(ReactorTest, FlowForANodeThatHadItsTurnIsLostAtTheNextRoll) {
     start({});
     node("SUR").newLatFlow = 5.0;
-    node_shiftState(tarnvelde_findObject(1, "SUR"));
+    nodekinds_shiftState(node("SUR"));
     EXPECT_EQ(node("SUR").newLatFlow, 0.0);
     EXPECT_EQ(node("SUR").oldLatFlow, 5.0);
 }

@@ -10,6 +10,7 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "results/massbal.h"
+#include "results/rows.h"
 #include "routing/routing.h"
 #include "support/reactors.h"
 
@@ -70,12 +71,11 @@ TEST_F(ReactorTest, PlugFlowWithoutRetentionOnlyTakesOut) {
     text.pollutants = "A 0\nB 0\nC 0\nD 0\n";
     text.decay = "R A CONST_CONCEN 5 \"\"\nR B CONST_RATIO 0.25 \"\"\nR C ZERO 1e9 \"\"\nR D FIRST 1e9 \"\"";
     start(text);
-    const int32_t index = tarnvelde_findObject(1, "R");
     node("R").newInflow = 2.0;
     for (int32_t p = 0; p < 4; ++p) {
         node("R").massInflow[p] = 2.0 * 20.0 / 1000.0;
     }
-    reactor_update(index);
+    reactor_update(node("R"), reactor());
     const double expected[] = {5.0, 15.0, 20.0, 20.0};
     for (int32_t p = 0; p < 4; ++p) {
         EXPECT_DOUBLE_EQ(node("R").newQual[p], expected[p]);
@@ -300,7 +300,7 @@ TEST_F(ReactorTest, RowHoldsPresentAndInterpolatedValues) {
     r.emptyingFlow = 8.5;
     float row[11];
     row[10] = -1.0f;
-    reactor_getResults(tarnvelde_findObject(1, "R"), 0.25, row);
+    rows_fill(REACTOR_TABLE, tarnvelde_findObject(1, "R"), 0.25, row);
     const float expected[] = {77.0f, 1.25f, 3.5f, 0.5625f, 0.125f,
                               4.5f,  6.5f,  8.5f, 11.0f,   static_cast<float>(0.75 * 0.1 + 0.25 * 0.3),
                               -1.0f};

@@ -1,6 +1,7 @@
 // The reader as a whole: what a project file leaves in the report, byte for byte, and the public code.
 
 #include "project/reader.h"
+#include "nodes/splitter.h"
 
 #include <gtest/gtest.h>
 

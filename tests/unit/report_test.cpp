@@ -2,6 +2,7 @@
 // Figures are put straight into the records that a table reads, each with a value of its own.
 
 #include "results/report.h"
+#include "nodes/outfall.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 // The routing step: pipes, connections, splitters and odd orders on small networks, against the laws they stand for.
 
 #include "routing/routing.h"
+#include "nodes/splitter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,5 @@
 #include "results/rows.h"
+#include "nodes/splitter.h"
 
 #include <gtest/gtest.h>
 
@@ -157,7 +158,7 @@ TEST_F(Rows, JunctionAndOutfallInterpolate) {
     addNode(OUTFALL);
     for (int32_t node = 0; node < 2; ++node) {
         std::fill_n(row, 32, -1.0f);
-        node_getResults(node, 0.25, row);
+        rows_fill(node == 0 ? JUNCTION_TABLE : OUTFALL_TABLE, node, 0.25, row);
         expectRow({2.5f, 0.75f, 1.5f, 15.0f});
     }
 }
@@ -168,7 +169,7 @@ TEST_F(Rows, SplitterTakesItsSecondOutflowFromTheRoundedValues) {
     Splitters[0].newFlow = 0.1;
     addNode(SPLITTER).newInflow = 0.7;
     Nodes[0].oldInflow = 0.7;
-    node_getResults(0, 1.0, row);
+    rows_fill(SPLITTER_TABLE, 0, 1.0, row);
     expectRow({0.7f, 1.5f, 0.1f, 0.7f - 0.1f, 3.0f, 30.0f});
     EXPECT_NE(row[3], 0.6f);
 }
@@ -184,7 +185,7 @@ TEST_F(Rows, PipeSumsItsReachesInDouble) {
     Pipes[0].oldFlood = 0.0;
     Pipes[0].newFlood = 8.0;
     addLink(PIPE);
-    link_getResults(0, 0.5, row);
+    rows_fill(PIPE_TABLE, 0, 0.5, row);
     expectRow({16777218.0f, 1.5f, 6.5f, 4.0f, 2.0f, 20.0f});
 }
 
@@ -193,29 +194,29 @@ TEST_F(Rows, ConnectionShowsBothEnds) {
     Connections[0].oldInflow = 1.0;
     Connections[0].newInflow = 2.0;
     addLink(CONNECTION);
-    link_getResults(0, 0.5, row);
+    rows_fill(CONNECTION_TABLE, 0, 0.5, row);
     expectRow({1.5f, 6.5f, 2.0f, 20.0f});
 }
 
 TEST_F(Rows, RegulatorsShowTheirFlow) {
-    for (const int32_t kind : {PUMP, WEIR, ORIFICE}) {
+    for (const auto& [kind, table] : {std::pair{PUMP, PUMP_TABLE}, {WEIR, WEIR_TABLE}, {ORIFICE, ORIFICE_TABLE}}) {
         Links.clear();
         addLink(kind);
         std::fill_n(row, 32, -1.0f);
-        link_getResults(0, 0.5, row);
+        rows_fill(table, 0, 0.5, row);
         expectRow({6.5f, 2.0f, 20.0f});
     }
 }
 
 TEST_F(Rows, AFactorBeyondTheStepExtrapolates) {
     addNode(JUNCTION);
-    node_getResults(0, 1.5, row);
+    rows_fill(JUNCTION_TABLE, 0, 1.5, row);
     expectRow({5.0f, 2.0f, 4.0f, 40.0f});
 }
 
 TEST_F(Rows, AnInfiniteOldValueSpoilsTheRowEvenWithoutWeight) {
     addNode(JUNCTION).oldInflow = std::numeric_limits<double>::infinity();
-    node_getResults(0, 1.0, row);
+    rows_fill(JUNCTION_TABLE, 0, 1.0, row);
     EXPECT_TRUE(std::isnan(row[0]));
     EXPECT_EQ(row[1], 1.5f);
 }

@@ -234,7 +234,7 @@ TEST_F(RuleTest, PipesAndOrificesOpenAgainInTheStepInWhichNoRuleHoldsThem) {
         EXPECT_EQ(linkOf(link).setting, 0.25) << link;
     }
     nodeOf("J").newInflow = 1.0;
-    link_setTargets();
+    linkkinds_setTargets();
     EXPECT_EQ(rule_evaluate(), 0);
     link_applyTargets();
     for (const char* link : {"P", "OR"}) {
@@ -404,7 +404,7 @@ TEST_F(RuleTest, SecondRunChoosesAsTheFirst) {
 
 TEST_F(RuleTest, FailedAllocationOfTheListIsTheMemoryError) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25"});
-    link_openLists();
+    linkkinds_openRun();
     arena_failAfter(1);
     rule_openRun();
     arena_failAfter(0);

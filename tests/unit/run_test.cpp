@@ -15,6 +15,7 @@
 #include "model/arena.h"
 #include "model/project.h"
 #include "nodes/node.h"
+#include "nodes/splitter.h"
 #include "support/generate.h"
 #include "support/project.h"
 #include "support/sanitizer.h"
@@ -47,12 +48,18 @@ static std::string makePipesOnly(std::string text) {
     return std::regex_replace(text, std::regex("(\nL[0-9]+ [^ \n]+ [^ \n]+ NO) [0-9]+(?=\n)"), "$1 120 1 0.1 0");
 }
 
+/// What the upstream node offers to a pipe, m3/s.
+static double getOfferedFlow(int32_t link) {
+    const Node& node = Nodes[Links[link].fromNode];
+    return node.kind == SPLITTER ? splitter_getFlow(Splitters[node.kindIndex], node.newInflow, link) : node.newInflow;
+}
+
 /// Water offered to pipes in the step just done by nodes whose pipe fired in it: it is in no sum.
 static double getDroppedVolume() {
     double dropped = 0.0;
     for (int32_t k = 0; k < Links.size(); ++k) {
         const Pipe& pipe = Pipes[Links[k].kindIndex];
-        dropped += pipe.sumCount == 0 ? DT * node_getOfferedFlow(Links[k].fromNode, k) : 0.0;
+        dropped += pipe.sumCount == 0 ? DT * getOfferedFlow(k) : 0.0;
     }
     return dropped;
 }
@@ -81,7 +88,7 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
                     routedIn[row] += pipe.newInflow * pipe.stepLength;
                     routedOut[row] += (Links[k].newFlow + pipe.newFlood) * pipe.stepLength;
                 } else {
-                    taken[row] += DT * node_getOfferedFlow(Links[k].fromNode, k);
+                    taken[row] += DT * getOfferedFlow(k);
                 }
             }
         }

@@ -526,7 +526,7 @@ TEST_F(RunoffTest, StatisticsCountByTheRoutingStep) {
     s.infilRate = 3e-6;
     s.thisRunoff = 0.05;
     s.thisQuality[0] = 8.0;
-    massbal_updateStep();
+    subcatch_countStep(s, 60.0);
     EXPECT_DOUBLE_EQ(s.rainfall, 0.06);
     EXPECT_DOUBLE_EQ(s.evap, 0.12);
     EXPECT_DOUBLE_EQ(s.infil, 0.18);
@@ -534,7 +534,7 @@ TEST_F(RunoffTest, StatisticsCountByTheRoutingStep) {
     EXPECT_EQ(s.peakRunoff, 0.05);
     EXPECT_DOUBLE_EQ(s.surfaceWashoff[0], 8.0 / 1000.0 * 0.05 * 60.0);
     s.thisRunoff = 0.02;
-    massbal_updateStep();
+    subcatch_countStep(s, 60.0);
     EXPECT_EQ(s.peakRunoff, 0.05);
     EXPECT_DOUBLE_EQ(s.surfaceWashoff[0], 8.0 / 1000.0 * (0.05 + 0.02) * 60.0);
 }

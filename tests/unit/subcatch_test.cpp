@@ -13,6 +13,7 @@
 
 #include "hydrology/evap.h"
 #include "hydrology/runoff.h"
+#include "results/rows.h"
 #include "routing/landinflows.h"
 #include "support/land.h"
 
@@ -638,7 +639,7 @@ TEST_F(OutletTest, RowHoldsRatesInTheUnitsOfResults) {
     s->evapRate = 2.0 / 86400000.0;
     s->infilRate = 5.0 * MM_PER_HOUR;
     float row[5];
-    subcatch_getResults(0, 0.25, row);
+    rows_fill(SUBCATCH_TABLE, 0, 0.25, row);
     EXPECT_FLOAT_EQ(row[0], 12.0F);
     EXPECT_FLOAT_EQ(row[1], 2.0F);
     EXPECT_FLOAT_EQ(row[2], 5.0F);
@@ -651,11 +652,11 @@ TEST_F(OutletTest, RowShowsNoTrickleAndNoRainWithoutAGage) {
     s->lastRunoff = 0.0;
     s->thisRunoff = s->area * 7.0e-10;
     float row[5];
-    subcatch_getResults(0, 1.0, row);
+    rows_fill(SUBCATCH_TABLE, 0, 1.0, row);
     EXPECT_EQ(row[0], 0.0F);
     EXPECT_EQ(row[3], 0.0F);
     s->thisRunoff = s->area * 7.1e-10;
-    subcatch_getResults(0, 1.0, row);
+    rows_fill(SUBCATCH_TABLE, 0, 1.0, row);
     EXPECT_FLOAT_EQ(row[3], 7.1e-6F);
 }
 

@@ -11,6 +11,7 @@
 #include "links/weir.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 static constexpr double DT = 60.0;  ///< s, the routing step of all projects here
@@ -116,7 +117,7 @@ TEST(TankDecayLine, WithoutAPatternHasNone) {
 // ------------------------------------------------------------------------------------------------------------
 
 static double getVolume(double depth) {
-    return tank_getVolume(findNode("T"), depth);
+    return tank_getVolume(::getTank("T"), depth);
 }
 
 TEST(TankVolume, IsLinearInABasinWithUprightWalls) {
@@ -678,7 +679,7 @@ TEST(TankRow, MixesOldAndNew) {
     node.oldQual[0] = 10.0;
     node.newQual[0] = 20.0;
     float row[6];
-    tank_getResults(findNode("T"), 0.75, row);
+    rows_fill(TANK_TABLE, findNode("T"), 0.75, row);
     const float expected[] = {1.75f, 175.0f, 5.0f, 0.5f, 3.0f, 17.5f};
     for (int k = 0; k < 6; ++k) {
         EXPECT_EQ(row[k], expected[k]) << k;

@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "model/errors.h"
+#include "results/rows.h"
 #include "support/storagemodel.h"
 
 /// A tank with the weir W, whose line goes on behind the two nodes as given.
@@ -14,7 +15,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    return weir_getFlow(findLink("W"), depth);
+    return weir_getFlow(getLink("W"), Weirs[0], depth);
 }
 
 TEST(WeirLaw, IsPoleniOverARectangularCrest) {
@@ -44,9 +45,9 @@ TEST(WeirLaw, LiftsTheCrestAsTheSettingFalls) {
     StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     getLink("W").setting = 0.0;
     EXPECT_EQ(getFlow(1.75), 0.0);
-    EXPECT_EQ(weir_getLevel(findLink("W")), 1.75);
+    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.75);
     getLink("W").setting = 0.5;
-    EXPECT_EQ(weir_getLevel(findLink("W")), 1.5);
+    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.5);
     EXPECT_NEAR(getFlow(2.5), 1.8 * 2.5, 1e-12);  // a head of 1 m
 }
 
@@ -114,7 +115,7 @@ TEST(WeirHost, IsForgottenAtTheNextStart) {
 TEST(WeirHost, ChangesTheFlowButNotTheLevel) {
     StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 1, 0.2);
-    EXPECT_EQ(weir_getLevel(findLink("W")), 1.25);
+    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.25);
 }
 
 TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
@@ -178,7 +179,7 @@ TEST(WeirRow, MixesOldAndNew) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    weir_getResults(findLink("W"), 0.75, row);
+    rows_fill(WEIR_TABLE, findLink("W"), 0.75, row);
     EXPECT_EQ(row[0], 1.75f);
     EXPECT_EQ(row[1], 5.0f);
 }

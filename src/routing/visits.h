@@ -1,0 +1,53 @@
+#pragma once
+// The visits of a step: the nodes in their order, each with the links that enter and leave it. The order stands for the
+// whole run, so all that a visit will need is listed ahead of time.
+
+#include <cstddef>
+#include <cstdint>
+
+#include "model/table.h"
+
+/// A link as the order of visits knows it: kind and row are those of the link table, at hand without a look there.
+struct VisitLink {
+    int32_t link;
+    int32_t kind;
+    int32_t kindIndex;
+    int32_t isCounted;  ///< 1: the visit of its lower node makes its statistics
+};
+
+/// A run of such links, in the order of the link table.
+struct VisitLinkList {
+    const VisitLink* first;
+    int32_t count;
+
+    const VisitLink* begin() const { return first; }
+    const VisitLink* end() const { return first + count; }
+};
+
+/// One visit of a step.
+struct Visit {
+    int32_t node;
+    int32_t isCounted;  ///< 1: the visit makes the statistics of the node
+    int32_t firstIncoming, incomingCount;
+    int32_t firstOutgoing, outgoingCount;
+};
+
+extern Table<Visit> Visits;
+
+/// Links and nodes, in the order of their tables, of which no visit makes the statistics.
+extern Table<int32_t> UncountedLinks, UncountedNodes;
+
+/// Lists the visits of a run in the order of the nodes.
+void visits_open();
+
+/// Forgets them.
+void visits_close();
+
+VisitLinkList visits_getIncoming(const Visit& visit);
+VisitLinkList visits_getOutgoing(const Visit& visit);
+
+/// Asks for the memory that visits soon behind this place will need; of the links, for what those soon behind this one
+/// will.
+void visits_fetchAhead(int32_t place);
+void visits_fetchIncoming(const VisitLink& link);
+void visits_fetchOutgoing(const VisitLink& link, double fireTime);
