@@ -31,6 +31,7 @@
 #include "routing/routing.h"
 #include "tarnvelde.h"
 #include "text/datetime.h"
+#include "text/number.h"
 
 static constexpr size_t FILE_NAME_SIZE = 259;
 static constexpr int32_t SAVE_TO_FILE = 1;
@@ -325,8 +326,8 @@ int32_t tarnvelde_close() {
 static void showProgress(double elapsedDays) {
     console_write("\b\b\b\b\b\b\b\b\b\b\b\b\b\b");
     char text[64];
-    std::snprintf(text, sizeof text, "%-5ld hour: %-2ld", static_cast<long>(project_truncate(elapsedDays)),
-                  static_cast<long>(project_truncate((elapsedDays - std::floor(elapsedDays)) * 24.0)));
+    std::snprintf(text, sizeof text, "%-5ld hour: %-2ld", static_cast<long>(number_truncate(elapsedDays)),
+                  static_cast<long>(number_truncate((elapsedDays - std::floor(elapsedDays)) * 24.0)));
     console_write(text);
 }
 
@@ -336,7 +337,7 @@ static void stepToEnd() {
     double elapsed = 0.0;
     do {
         tarnvelde_step(&elapsed);
-        const int32_t hour = project_truncate(elapsed * 24.0);
+        const int32_t hour = number_truncate(elapsed * 24.0);
         if (hour > lastHour) {
             showProgress(elapsed);
             lastHour = hour;

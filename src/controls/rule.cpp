@@ -20,6 +20,7 @@
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "text/datetime.h"
+#include "text/number.h"
 
 /// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins
 /// each step with the cells of the largest step so far, empty, and fills them from its head; further cells are put in
@@ -209,7 +210,7 @@ static int32_t applyToReactor(const Action& action) {
     if (action.value == reactor.isEmptying) {
         return 0;
     }
-    reactor.isEmptying = project_truncate(action.value);
+    reactor.isEmptying = number_truncate(action.value);
     return 1;
 }
 

@@ -71,11 +71,7 @@ struct Premise {
 /// A new value for an object. A name can be that of a link and of a node: both are kept then, and the link gets it.
 struct Action {
     int32_t rule;
-    int32_t link;  ///< -1 if the name is no link; so the fields of its kinds
-    int32_t pipe;
-    int32_t pump;
-    int32_t weir;
-    int32_t orifice;
+    int32_t link;  ///< -1 if the name is no link
     int32_t node;  ///< -1 if the name is no node; so the fields of its kinds
     int32_t splitter;
     int32_t reactor;

@@ -246,42 +246,23 @@ int32_t rule_readPremise(const Tokens& tokens, int32_t rule, int32_t logic) {
 
 // --- actions -------------------------------------------------------------------------------------------------------
 
-static void setLinkTarget(Action& action, int32_t index) {
-    const Link& link = Links[index];
-    action.link = index;
-    switch (link.kind) {
-        case PIPE: action.pipe = link.kindIndex; break;
-        case PUMP: action.pump = link.kindIndex; break;
-        case WEIR: action.weir = link.kindIndex; break;
-        case ORIFICE: action.orifice = link.kindIndex; break;
-        default: break;
-    }
-}
-
-static void setNodeTarget(Action& action, int32_t index) {
-    const Node& node = Nodes[index];
-    action.node = index;
-    switch (node.kind) {
-        case SPLITTER: action.splitter = node.kindIndex; break;
-        case REACTOR: action.reactor = node.kindIndex; break;
-        case SWMM: action.swmm = node.kindIndex; break;
-        default: break;
-    }
+/// The row of a node in the table of a kind, or -1.
+static int32_t getRowOfKind(const Node& node, int32_t kind) {
+    return node.kind == kind ? node.kindIndex : -1;
 }
 
 /// Looks a name up as link and as node, whatever type the line gives it. False if it is neither.
 static bool findTargets(Action& action, const char* name) {
-    action.link = action.pipe = action.pump = action.weir = action.orifice = -1;
-    action.node = action.splitter = action.reactor = action.swmm = -1;
-    const int32_t link = names_find(LINK, name);
-    const int32_t node = names_find(NODE, name);
-    if (link >= 0) {
-        setLinkTarget(action, link);
+    action.link = names_find(LINK, name);
+    action.node = names_find(NODE, name);
+    action.splitter = action.reactor = action.swmm = -1;
+    if (action.node >= 0) {
+        const Node& node = Nodes[action.node];
+        action.splitter = getRowOfKind(node, SPLITTER);
+        action.reactor = getRowOfKind(node, REACTOR);
+        action.swmm = getRowOfKind(node, SWMM);
     }
-    if (node >= 0) {
-        setNodeTarget(action, node);
-    }
-    return link >= 0 || node >= 0;
+    return action.link >= 0 || action.node >= 0;
 }
 
 static bool isActionObject(int32_t object) {

@@ -7,10 +7,11 @@
 #include <cmath>
 
 #include "model/arena.h"
-#include "model/curve.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/timeseries.h"
+#include "text/number.h"
 #include "text/tokens.h"
 
 Table<Gage> Gages;
@@ -35,7 +36,7 @@ static bool readInterval(const char* text, int32_t* interval) {
     if (!(seconds > 0.0 && seconds <= 2147483647.0)) {
         return false;
     }
-    *interval = project_truncate(seconds);
+    *interval = number_truncate(seconds);
     return true;
 }
 
@@ -108,12 +109,13 @@ int32_t gage_nextRain(int32_t index) {
     if (gage.series < 0) {
         return 0;
     }
-    Curve& series = TimeSeries[gage.series];
-    double value;
-    while (curve_getNextEntry(series, &gage.nextDate, &value)) {
-        value = convertRain(gage, value);
-        if (value != 0.0) {
-            gage.nextRain = value;
+    Series& series = TimeSeries[gage.series];
+    SeriesEntry entry;
+    while (timeseries_getNextEntry(series, series.cursor, entry)) {
+        gage.nextDate = entry.date;
+        const double rain = convertRain(gage, entry.value);
+        if (rain != 0.0) {
+            gage.nextRain = rain;
             return 1;
         }
         // An entry of 0 doesn't end a dry time: for the gage it isn't there.
@@ -135,13 +137,14 @@ void gage_initRain(int32_t index) {
     if (gage.series < 0) {
         return;
     }
-    double value = 0.0;
-    if (!curve_getFirstEntry(TimeSeries[gage.series], &gage.startDate, &value)) {
-        gage.startDate = NO_DATE;
+    Series& series = TimeSeries[gage.series];
+    SeriesEntry first;
+    if (!timeseries_getFirstEntry(series, series.cursor, first)) {
         return;
     }
     // The first entry is a period whatever its value; a zero there holds back what comes within its interval.
-    gage.rain = convertRain(gage, value);
+    gage.startDate = first.date;
+    gage.rain = convertRain(gage, first.value);
     gage.endDate = datetime_addSeconds(gage.startDate, gage.interval);
     if (!(gage.startDate > StartDateTime)) {
         takeNextRain(index);
@@ -217,8 +220,9 @@ static bool addEvent(Gage& gage, DateTime start, DateTime end, double total) {
 }
 
 /// The last date at which a series can have a value other than 0. A single entry leaves no last date of its own.
-static DateTime getSeriesEnd(const Curve& series) {
-    return series.x1 > series.xLast ? series.x1 : series.xLast;
+static DateTime getSeriesEnd(const Series& series) {
+    const DateTime first = series.cursor.before.date;
+    return first > series.endDate ? first : series.endDate;
 }
 
 void gage_findEvents(int32_t index) {
@@ -226,15 +230,15 @@ void gage_findEvents(int32_t index) {
         return;
     }
     Gage& gage = getGage(index);
-    Curve& series = TimeSeries[gage.series];
-    curve_reset(series);
+    Series& series = TimeSeries[gage.series];
+    timeseries_rewind(series, series.cursor);
     const DateTime seriesEnd = getSeriesEnd(series);
     const double interval = gage.interval;
     double total = 0.0, dry = 0.0;
     DateTime date = StartDateTime, first = StartDateTime;
     while (date < EndDateTime) {
         // The series is read here as a line from entry to entry, so that gaps in it count as ramps of rain.
-        double depth = curve_lookup(series, date);
+        double depth = timeseries_lookup(series, series.cursor, date);
         if (gage.format == RAIN_INTENSITY) {
             depth = interval * depth / 3600.0;
         }

@@ -12,6 +12,7 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "text/units.h"
 
 Table<Lid> Lids;
 
@@ -20,10 +21,6 @@ static const char* const TypeWords[] = {"BC", "RG", "GR", "IT", "PP", "RB", "VS"
 enum LidLayer : int32_t { LAYER_SURFACE, LAYER_SOIL, LAYER_STORAGE, LAYER_PAVEMENT, LAYER_DRAINMAT, LAYER_DRAIN };
 
 static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT", "DRAINMAT", "DRAIN", nullptr};
-
-static constexpr double MM_PER_M = 1000.0;
-static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
-static constexpr double SECONDS_PER_HOUR = 3600.0;
 
 // --- table ---------------------------------------------------------------------------------------------------------
 

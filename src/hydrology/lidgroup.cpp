@@ -11,6 +11,7 @@
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "text/datetime.h"
 
 Table<LidGroup> LidGroups;
 Table<LidUnit> LidUnits;
@@ -147,29 +148,31 @@ static void setLoads(const Subcatch& subcatch, LidUnit& unit, double dt) {
     }
 }
 
-/// One unit, onto which `flow` (m3/s) is led.
-static void stepUnit(const Subcatch& subcatch, LidUnit& unit, double flow, RunoffVolumes& volumes, double dt) {
-    const double area = unit.area;
-    const double runon = flow / area;
-    volumes.lidRunon += area * runon * dt;
+/// One unit over the step, whose inflow (m3/s) is what is led onto it. Gives what leaves it.
+static LidOutflow stepUnit(const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour, double dt) {
     setLoads(subcatch, unit, dt);
     LidStep step{.unit = &unit,
                  .lid = &Lids[unit.lid],
-                 .date = project_getDate(NewRunoffTime),
+                 .hour = hour,
                  .dt = dt,
-                 .inflow = runon + subcatch.rain,
+                 .inflow = flow / unit.area + subcatch.rain,
                  .evap = subcatch.rain > 0.0 ? 0.0 : Evap.rate};  // nothing evaporates from a unit while it rains
     const LidOutflow out = lidsolver_advance(step);
-    unit.thisSurfaceFlow = out.surface * area;
-    unit.thisDrainFlow = out.drain * area;
+    unit.thisSurfaceFlow = out.surface * unit.area;
+    unit.thisDrainFlow = out.drain * unit.area;
+    unit.dryTime = subcatch.rain > DRY_RATE ? 0.0 : unit.dryTime + dt;
+    return out;
+}
+
+static void addVolumes(RunoffVolumes& volumes, const LidOutflow& out, double area, double dt) {
     volumes.evap += out.evap * dt * area;
     volumes.lidInfil += out.infil * dt * area;
     volumes.infil += out.infil * dt * area;
-    unit.dryTime = subcatch.rain > DRY_RATE ? 0.0 : unit.dryTime + dt;
 }
 
 void lidgroup_step(int32_t index, RunoffVolumes& volumes, double dt) {
     const Subcatch& subcatch = Subcatches[index];
+    const int32_t hour = datetime_getHour(project_getDate(NewRunoffTime));
     double flow = 0.0, surfaceSum = 0.0;
     for (LidUnit& unit : lidgroup_getUnits(index)) {
         if (subcatch.area > subcatch.lidArea) {
@@ -178,7 +181,8 @@ void lidgroup_step(int32_t index, RunoffVolumes& volumes, double dt) {
         if (!(unit.area > 0.0)) {
             continue;
         }
-        stepUnit(subcatch, unit, flow, volumes, dt);
+        volumes.lidRunon += unit.area * (flow / unit.area) * dt;
+        addVolumes(volumes, stepUnit(subcatch, unit, flow, hour, dt), unit.area, dt);
         surfaceSum += unit.thisSurfaceFlow;
     }
     volumes.lidOutflow = surfaceSum * dt;

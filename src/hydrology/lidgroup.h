@@ -61,7 +61,8 @@ void lidgroup_initAll();
 /// New becomes old, for the units of a subcatchment at the start of a runoff step.
 void lidgroup_shiftState(int32_t subcatch);
 
-/// All units of a subcatchment over one runoff step (s), whose water they add to `volumes`.
+/// All units of a subcatchment over one runoff step (s), whose water they add to `volumes`. Their pollutants react by
+/// the hour of the runoff clock.
 void lidgroup_step(int32_t subcatch, RunoffVolumes& volumes, double dt);
 
 /// Takes from the mass that leaves a subcatchment in a runoff step (s) (kg, one per pollutant) the share that its units

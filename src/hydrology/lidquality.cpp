@@ -42,7 +42,7 @@ static double getMixed(double mass, double volume) {
 
 /// Reaction in a layer; gives the concentration after it and books what is gone.
 static double react(const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
-    const double left = decay_react(rules[p], mixed, s.date, s.dt);
+    const double left = decay_react(rules[p], mixed, s.hour, s.dt);
     s.unit->reactedLoad[p] += (mixed - left) * volume / 1000.0;
     return left;
 }

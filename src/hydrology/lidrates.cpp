@@ -9,12 +9,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "text/units.h"
+
 static constexpr double MANNING_EXPONENT = 1.6666666666666667;
 static constexpr double HYDRAULIC_RADIUS_EXPONENT = 0.6666666666666666;
-static constexpr double MIN_HEAD = 1e-10;  ///< m
-static constexpr double MM_PER_M = 1000.0;
-static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
-static constexpr double MIN_SWALE_WIDTH = 0.5;    ///< m
+static constexpr double MIN_HEAD = 1e-10;       ///< m
+static constexpr double MIN_SWALE_WIDTH = 0.5;  ///< m
 
 /// Rate of change of a level from the net flow into its layer. A mat without voids takes nothing.
 static double getLevelRate(double flow, double voidFraction) {

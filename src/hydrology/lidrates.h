@@ -6,7 +6,6 @@
 
 #include "hydrology/lid.h"
 #include "hydrology/lidunit.h"
-#include "text/datetime.h"
 
 /// The four states of a unit, in the order in which the solver holds them and their rates of change.
 enum LidState : int32_t { STATE_SURFACE, STATE_SOIL, STATE_STORAGE, STATE_PAVEMENT, LID_STATE_COUNT };
@@ -18,7 +17,7 @@ using LidStates = std::array<double, LID_STATE_COUNT>;
 struct LidStep {
     LidUnit* unit;
     const Lid* lid;
-    DateTime date;                ///< whose hour the reactions go by
+    int32_t hour;                 ///< of the day, 0 ... 23; reactions go by it
     double dt;                    ///< s
     double inflow;                ///< m/s, rain and runon per area of the unit
     double evap;                  ///< m/s, potential evaporation

@@ -17,6 +17,7 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/project.h"
+#include "text/number.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -51,7 +52,7 @@ void runoff_limitStep() {
     if (!(RunoffStep > time) || !std::isfinite(time)) {
         return;
     }
-    const int32_t seconds = project_truncate(time);
+    const int32_t seconds = number_truncate(time);
     if (seconds < 0) {
         return;
     }

@@ -19,6 +19,8 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "text/number.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
 
 Table<Conduit> Conduits;
@@ -215,7 +217,7 @@ static int32_t findInterval(double fullDepth, double y) {
             return -1;
         }
         // The depths rise evenly: the interval is the one guessed, or the next.
-        i = std::clamp(project_truncate(y / fullDepth * 100.0), 0, GEOMETRY_COUNT - 1);
+        i = std::clamp(number_truncate(y / fullDepth * 100.0), 0, GEOMETRY_COUNT - 1);
         while (i > 0 && getTableDepth(fullDepth, i) >= y) {
             --i;
         }
@@ -235,14 +237,6 @@ static int32_t findAreaInterval(const Conduit& conduit, const double* table, dou
     return found != end ? static_cast<int32_t>(found - table) : -1;
 }
 
-/// The value at x on the line between two points; their mean if they stand at the same x.
-static double interpolate(double x, double x1, double x2, double y1, double y2) {
-    if (std::fabs(x2 - x1) < 1.0e-20) {
-        return (y1 + y2) / 2.0;
-    }
-    return (x - x1) * (y2 - y1) / (x2 - x1) + y1;
-}
-
 static double getTabledArea(const Conduit& conduit, double y) {
     const double* table = getTable(conduit);
     if (!table || !(y > 0.0)) {
@@ -254,7 +248,7 @@ static double getTabledArea(const Conduit& conduit, double y) {
     }
     const double lower = i > 0 ? getTableDepth(conduit.fullDepth, i) : 0.0;
     const double upper = getTableDepth(conduit.fullDepth, i + 1);
-    return interpolate(y, lower, upper, i > 0 ? table[i - 1] : 0.0, table[i]);
+    return curve_interpolate({lower, i > 0 ? table[i - 1] : 0.0}, {upper, table[i]}, y);
 }
 
 static double getArea(const Conduit& conduit, double y) {
@@ -282,7 +276,7 @@ static double getTabledDepth(const Conduit& conduit, double volume, double fullV
     }
     const double lower = i > 0 ? getTableDepth(conduit.fullDepth, i) : 0.0;
     const double upper = getTableDepth(conduit.fullDepth, i + 1);
-    const double depth = interpolate(area, i > 0 ? table[i - 1] : 0.0, table[i], lower, upper);
+    const double depth = curve_interpolate({i > 0 ? table[i - 1] : 0.0, lower}, {table[i], upper}, area);
     return depth > conduit.fullDepth ? conduit.fullDepth : depth;
 }
 
@@ -336,13 +330,13 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
 static void mixAndDecay(Link& link, Conduit& conduit, double stored, double inflow, const double* concentrations) {
-    const DateTime date = conduit.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         double mixed = 0.0;
         if (inflow + stored > 0.0) {
             mixed = (stored * link.oldQual[p] + inflow * concentrations[p]) / (inflow + stored);
         }
-        const double left = decay_getFactor(conduit.decay[p], date, RoutingStep);
+        const double left = decay_getFactor(conduit.decay[p], hour, RoutingStep);
         link.newQual[p] = mixed * left;
         QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / 1000.0;
     }

@@ -39,6 +39,8 @@ int32_t delayqueue_push(DelayQueue& queue, DateTime date, double value) {
     return 1;
 }
 
+/// The value on the line between two entries. Its terms stand in another order than a curve's (curve_interpolate):
+/// where two values meet that are no numbers, the order decides whose sign the results show.
 static double interpolate(const DelayEntry& a, const DelayEntry& b, DateTime date) {
     if (std::fabs(b.date - a.date) < 1.0e-20) {
         return (a.value + b.value) * 0.5;

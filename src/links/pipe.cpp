@@ -18,6 +18,8 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/prefetch.h"
+#include "text/number.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
 
 Table<Pipe> Pipes;
@@ -49,7 +51,7 @@ int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
     link_setHead(link, PIPE, kindIndex, head);
     Pipe& pipe = Pipes[kindIndex];
     pipe.k = values[0];
-    pipe.n = project_truncate(values[1]);
+    pipe.n = number_truncate(values[1]);
     pipe.x = values[2];
     pipe.maxFlow = values[3];
     return ERR_NONE;
@@ -191,9 +193,9 @@ static bool isFinite(const double* c, double storage, int32_t pollutants) {
 }
 
 /// Decay of what mixReach has mixed.
-static void decayReach(const Pipe& pipe, const ReachFlow& flow, DateTime date, double* qual, double* c) {
+static void decayReach(const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double factor = decay_getFactor(pipe.decay[p], date, pipe.stepLength);
+        const double factor = decay_getFactor(pipe.decay[p], hour, pipe.stepLength);
         QualTotals[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / 1000.0;
         qual[p] = c[p] = c[p] * factor;
     }
@@ -220,7 +222,7 @@ static void limitOutflow(Link& link, Pipe& pipe, double out) {
 void pipe_route(int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
     Link& link = Links[index];
     const int32_t pollutants = project_pollutantCount();
-    const DateTime date = pipe.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    const int32_t hour = pipe.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
     const double dt = pipe.stepLength;
     const double a = dt * 0.5;
     const double b = pipe.k * pipe.x;
@@ -237,7 +239,7 @@ void pipe_route(int32_t index, Pipe& pipe, double inflow, const double* concentr
         double* qual = pipe_newSegQual(pipe, i);
         mixReach(reach, qual, quality, pollutants);
         if (pipe.hasDecay || !isFinite(quality, reach.storage, pollutants)) {
-            decayReach(pipe, reach, date, qual, quality);
+            decayReach(pipe, reach, hour, qual, quality);
         }
         pipe.storage[i] += (flow - out) * dt;
         flow = out;

@@ -4,8 +4,6 @@
 
 #include "links/pump.h"
 
-#include <cmath>
-
 #include "links/link.h"
 #include "model/curve.h"
 #include "model/errors.h"
@@ -91,7 +89,7 @@ static double getLineFlow(const std::vector<CurvePoint>& points, double depth) {
         const CurvePoint& a = points[k - 1];
         const CurvePoint& b = points[k];
         if (b.x >= depth) {
-            return std::fabs(b.x - a.x) < 1.0e-20 ? (a.y + b.y) / 2.0 : (depth - a.x) * (b.y - a.y) / (b.x - a.x) + a.y;
+            return curve_interpolate(a, b, depth);
         }
     }
     return points.back().y;

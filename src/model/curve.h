@@ -1,12 +1,11 @@
 #pragma once
-// Curves and time series: pairs of x and y with a cursor that walks forward through them.
+// Curves: points by x. The areas of a tank by depth, the flow of a pump by depth, the bed of a transect by station.
 
+#include <cmath>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 #include "model/table.h"
-#include "text/textfile.h"
 #include "text/tokens.h"
 
 enum CurveType : int32_t { TANK_CURVE, PUMP1_CURVE, PUMP2_CURVE, TRANSECT_CURVE };
@@ -15,58 +14,37 @@ enum CurveType : int32_t { TANK_CURVE, PUMP1_CURVE, PUMP2_CURVE, TRANSECT_CURVE 
 constexpr int32_t GEOMETRY_COUNT = 100;
 
 struct CurvePoint {
-    double x;  ///< DateTime for a series; depth, volume or station for a curve
-    double y;
+    double x;  ///< m: depth; station of a transect
+    double y;  ///< m2, area of a tank; m3/s, flow of a pump; m, elevation of a transect
 };
 
 struct Curve {
-    const char* id;          ///< the ID as first seen; null until the first line is read
-    int32_t curveType;       ///< CurveType; -1 for a series
-    int32_t isUsedByInflow;  ///< 1: an external inflow uses this series
-    double dxMin;            ///< smallest step of x; 1e10 with one entry
-    double lastDate;         ///< days, the date in force while lines are read
-    double xLast, yLast;     ///< the last entry; 0 with one entry
-    double x1, y1;           ///< the entry before the cursor
-    double x2, y2;           ///< the entry behind it
-    double* geometry;        ///< areas of a transect, GEOMETRY_COUNT; null for all other tables
-    std::vector<CurvePoint> entries;
-    int32_t thisEntry;     ///< entry read last; -1 before the first
-    std::string fileName;  ///< external file of a series
-    int32_t fileState;     ///< 2: the entries are in that file; otherwise 0
-    TextFile file;
-    int64_t endPosition;  ///< place in that file where the validation stopped
+    const char* id;                   ///< the ID as first seen; null until the first line is read
+    int32_t curveType;                ///< CurveType; -1 until read, and for a word that is none
+    double* geometry;                 ///< m2, areas of a transect, GEOMETRY_COUNT; null for all other curves
+    std::vector<CurvePoint> entries;  ///< in the order of the lines
 };
 
 extern Table<Curve> Curves;
-extern Table<Curve> TimeSeries;
 
-/// Makes the two tables for the counted curves and series, and closes and empties them.
+/// Makes the table for the counted curves, and empties it.
 void curve_createAll();
 void curve_deleteAll();
 
-/// A line of [CURVES] or [TIMESERIES]. An error index, or 0.
-int32_t curve_readCurve(const Tokens& tokens);
-int32_t curve_readSeries(const Tokens& tokens);
+/// A line of [CURVES]. An error index, or 0.
+[[nodiscard]] int32_t curve_readLine(const Tokens& tokens);
 
-/// Opens the file of a series and tests the order of x. 0, ERR_SERIES_FILE_OPEN, ERR_SERIES_FILE_DATA, or
-/// ERR_CURVE_SEQUENCE with the x of the bad entry in x2.
-int32_t curve_validate(Curve& table);
+/// Tests the order of x. 0 or ERR_CURVE_SEQUENCE.
+[[nodiscard]] int32_t curve_validate(const Curve& curve);
 
-/// Puts the cursor in front.
-void curve_reset(Curve& table);
-
-/// Puts the cursor where the validation left it: behind the last entry, with 0 in the entries around it.
-void curve_resetToEnd(Curve& table);
-
-/// y at x between the entries; 0 before the first and behind the last.
-double curve_lookup(Curve& table, double x);
-
-/// Reads the first entry, or the one behind that read last. False if there is none; x and y then keep their values.
-bool curve_getFirstEntry(Curve& table, double* x, double* y);
-bool curve_getNextEntry(Curve& table, double* x, double* y);
-
-/// Reads the next entry of a series in a file. 1 if there was one.
-int32_t curve_readFileEntry(Curve& table, double* x, double* y);
+/// The value at x on the line through two points; their mean if they stand at the same x.
+[[nodiscard]] inline double curve_interpolate(const CurvePoint& a, const CurvePoint& b, double x) {
+    constexpr double SAME_X = 1.0e-20;
+    if (std::fabs(b.x - a.x) < SAME_X) {
+        return (a.y + b.y) / 2.0;
+    }
+    return (x - a.x) * (b.y - a.y) / (b.x - a.x) + a.y;
+}
 
 /// The x up to which the integral of y reaches `value`: the depth of a volume, with y the area at each depth.
-double curve_inverseLookup(const Curve& table, double value);
+[[nodiscard]] double curve_inverseLookup(const Curve& curve, double value);

@@ -12,10 +12,9 @@
 #include "model/pattern.h"
 #include "model/project.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
-
-static constexpr double SECONDS_PER_DAY = 86400.0;
 
 Decay* decay_create() {
     Decay* decays = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
@@ -76,18 +75,18 @@ static double getPower(Decay& decay, double exponent) {
     return decay.factor;
 }
 
-double decay_getFactor(Decay& decay, DateTime date, double seconds) {
+double decay_getFactor(Decay& decay, int32_t hour, double seconds) {
     if (decay.type != FIRST_ORDER) {
         return 1.0;
     }
-    return getPower(decay, -pattern_hourlyFactor(decay.pattern, date) * decay.k * seconds);
+    return getPower(decay, -pattern_getFactor(decay.pattern, hour) * decay.k * seconds);
 }
 
-double decay_react(Decay& decay, double concentration, DateTime date, double seconds) {
+double decay_react(Decay& decay, double concentration, int32_t hour, double seconds) {
     if (decay.type < 0) {
         return concentration;
     }
-    const double k = pattern_hourlyFactor(decay.pattern, date) * decay.k;
+    const double k = pattern_getFactor(decay.pattern, hour) * decay.k;
     switch (decay.type) {
         case CONST_CONCEN: return std::min(k, concentration);
         case CONST_RATIO: return (1.0 - std::min(k, 1.0)) * concentration;

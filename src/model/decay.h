@@ -3,7 +3,6 @@
 
 #include <cstdint>
 
-#include "text/datetime.h"
 #include "text/tokens.h"
 
 /// Words of reactions: CONST_CONCEN, CONST_RATIO, ZERO, FIRST.
@@ -42,9 +41,9 @@ struct Reaction {
 /// The same, into the records of a tank, a pipe or a conduit.
 [[nodiscard]] int32_t decay_readItems(const Tokens& tokens, Decay* decays);
 
-/// The share of a concentration that first-order decay leaves after `seconds` in the hour of `date`: 1 without decay,
+/// The share of a concentration that first-order decay leaves after `seconds` in an hour of the day: 1 without decay,
 /// and for any other reaction.
-[[nodiscard]] double decay_getFactor(Decay& decay, DateTime date, double seconds);
+[[nodiscard]] double decay_getFactor(Decay& decay, int32_t hour, double seconds);
 
-/// A concentration (mg/L) after `seconds` of any reaction in the hour of `date`.
-[[nodiscard]] double decay_react(Decay& decay, double concentration, DateTime date, double seconds);
+/// A concentration (mg/L) after `seconds` of any reaction in an hour of the day.
+[[nodiscard]] double decay_react(Decay& decay, double concentration, int32_t hour, double seconds);

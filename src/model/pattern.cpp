@@ -41,20 +41,10 @@ int32_t pattern_read(const Tokens& tokens) {
     return ERR_NONE;
 }
 
-/// Hour of a date. All look-ups of a step ask for one date, so the last answer is kept.
-static int32_t getHour(DateTime date) {
-    static DateTime lastDate = NO_DATE;
-    static int32_t lastHour = 0;
-    if (date != lastDate) {
-        lastDate = date;
-        lastHour = datetime_getSecondOfDay(date) / 3600;
-    }
-    return lastHour;
+double pattern_getFactor(int32_t pattern, int32_t hour) {
+    return Patterns.holds(pattern) ? Patterns[pattern].factors[hour] : 1.0;
 }
 
 double pattern_hourlyFactor(int32_t pattern, DateTime date) {
-    if (pattern < 0 || !Patterns.holds(pattern)) {
-        return 1.0;
-    }
-    return Patterns[pattern].factors[getHour(date)];
+    return Patterns.holds(pattern) ? Patterns[pattern].factors[datetime_getHour(date)] : 1.0;
 }

@@ -21,8 +21,11 @@ struct Pattern {
 extern Table<Pattern> Patterns;
 
 /// A line of [PATTERNS]. An error index, or 0.
-int32_t pattern_read(const Tokens& tokens);
+[[nodiscard]] int32_t pattern_read(const Tokens& tokens);
 
-/// The factor at the hour of a date, for every type of pattern: one of monthly type is looked up by the hour too.
-/// 1.0 for an index outside the table.
-double pattern_hourlyFactor(int32_t pattern, DateTime date);
+/// The factor in an hour of the day (0 ... 23), for every type of pattern: one of monthly type is looked up by the hour
+/// too. 1.0 for an index outside the table.
+[[nodiscard]] double pattern_getFactor(int32_t pattern, int32_t hour);
+
+/// The same in the hour of a date. Who asks for many objects at one date works its hour out once.
+[[nodiscard]] double pattern_hourlyFactor(int32_t pattern, DateTime date);

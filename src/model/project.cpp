@@ -4,6 +4,7 @@
 #include "model/project.h"
 
 #include "text/datetime.h"
+#include "text/units.h"
 
 const char* const NodeKindWords[NODE_KIND_COUNT] = {
 #define TARNVELDE_NODE_SECTION(number, name, kind) #kind,
@@ -51,7 +52,7 @@ std::vector<HostInflow> HostInflows, HostLoads;
 std::vector<SwmmRequest> SwmmInflowRequests, SwmmSettingRequests, SwmmLoadRequests;
 
 double project_getDate(double clock) {
-    return datetime_addSeconds(StartDateTime, (clock + 1.0) / 1000.0);
+    return datetime_addSeconds(StartDateTime, (clock + 1.0) / MS_PER_SECOND);
 }
 
 void project_clearHostLists() {

@@ -195,11 +195,6 @@ extern std::vector<SwmmRequest> SwmmLoadRequests;
 /// Below this rate, m/s, there is no rain and no runoff.
 constexpr double DRY_RATE = 7.056e-10;
 
-/// The integer part of a number. NaN and what 32 bits can't hold give -2147483648.
-inline int32_t project_truncate(double value) {
-    return value > -2147483649.0 && value < 2147483648.0 ? static_cast<int32_t>(value) : INT32_MIN;
-}
-
 /// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
 double project_getDate(double clock);
 

@@ -8,11 +8,11 @@
 #include <vector>
 
 #include "model/arena.h"
-#include "model/curve.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/project.h"
+#include "model/timeseries.h"
 #include "platform/memory.h"
 #include "text/tokens.h"
 
@@ -69,7 +69,7 @@ static int32_t storeExternal(Node& node, const ExtInflow& values) {
     *record = values;
     record->next = next;
     if (values.series >= 0) {
-        TimeSeries[values.series].isUsedByInflow = 1;
+        TimeSeries[values.series].isUsedByInflow = true;
     }
     return ERR_NONE;
 }
@@ -185,7 +185,8 @@ void inflows_openRun() {
 static double getExternalValue(const ExtInflow& record, DateTime date) {
     double value = record.baseline;
     if (record.series >= 0) {
-        value += curve_lookup(TimeSeries[record.series], date) * record.scale;
+        Series& series = TimeSeries[record.series];
+        value += timeseries_lookup(series, series.cursor, date) * record.scale;
     }
     return value;
 }
@@ -284,17 +285,17 @@ const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant
     return list;
 }
 
-double inflows_dryWeatherValue(const DwfInflow& record, DateTime date) {
-    return record.average * pattern_hourlyFactor(record.pattern, date);
+double inflows_dryWeatherValue(const DwfInflow& record, int32_t hour) {
+    return record.average * pattern_getFactor(record.pattern, hour);
 }
 
-static void applyDryWeather(Node& node, const DwfInflow* flowRecord, DateTime date) {
-    const double flow = flowRecord ? inflows_dryWeatherValue(*flowRecord, date) : 0.0;
+static void applyDryWeather(Node& node, const DwfInflow* flowRecord, int32_t hour) {
+    const double flow = flowRecord ? inflows_dryWeatherValue(*flowRecord, hour) : 0.0;
     node.newLatFlow += flow;
     FlowTotals.dryWeatherInflow += RoutingStep * flow;
     for (const DwfInflow* record = node.dwfInflow; record; record = record->next) {
         if (record->pollutant >= 0) {
-            const double load = inflows_dryWeatherValue(*record, date) * flow / 1000.0;
+            const double load = inflows_dryWeatherValue(*record, hour) * flow / 1000.0;
             node.massInflow[record->pollutant] += load;
             QualTotals[record->pollutant].dryWeatherInflow += RoutingStep * load;
         }
@@ -302,6 +303,7 @@ static void applyDryWeather(Node& node, const DwfInflow* flowRecord, DateTime da
 }
 
 void inflows_applyDryWeather(DateTime date) {
+    const int32_t hour = datetime_getHour(date);
     static constexpr size_t AHEAD = 8;
     for (size_t k = 0; k < NodesWithDryWeather.size(); ++k) {
         if (k + AHEAD < NodesWithDryWeather.size()) {
@@ -310,6 +312,6 @@ void inflows_applyDryWeather(DateTime date) {
             memory_fetch(NodesWithDryWeather[k + AHEAD / 2].flow);
         }
         const DryWeatherNode& entry = NodesWithDryWeather[k];
-        applyDryWeather(Nodes[entry.node], entry.flow, date);
+        applyDryWeather(Nodes[entry.node], entry.flow, hour);
     }
 }

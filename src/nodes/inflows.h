@@ -45,8 +45,8 @@ void inflows_applyExternal(DateTime date);
 /// Adds the dry-weather inflows at a date to flow and load of their nodes.
 void inflows_applyDryWeather(DateTime date);
 
-/// Value of a dry-weather record at a date: m3/s or mg/L.
-double inflows_dryWeatherValue(const DwfInflow& record, DateTime date);
+/// Value of a dry-weather record in an hour of the day: m3/s or mg/L.
+double inflows_dryWeatherValue(const DwfInflow& record, int32_t hour);
 
 /// The first record of a list with this pollutant (-1: the flow), or null.
 const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant);

@@ -16,12 +16,11 @@
 #include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/node.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<LidMono> LidMonos;
-
-static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
-static constexpr double MM_PER_DAY = 86400000.0;  ///< mm/day in one m/s
 
 static LidMono& getMono(int32_t node) {
     return LidMonos[Nodes[node].kindIndex];
@@ -178,7 +177,7 @@ void lidmono_step(int32_t index) {
     // the runoff clock, for a node in the network too.
     LidStep step{.unit = &unit,
                  .lid = &Lids[unit.lid],
-                 .date = project_getDate(NewRunoffTime),
+                 .hour = datetime_getHour(project_getDate(NewRunoffTime)),
                  .dt = dt,
                  .inflow = inflow,
                  .evap = rain > 0.0 ? 0.0 : Evap.rate};

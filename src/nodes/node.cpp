@@ -2,9 +2,9 @@
 
 #include "nodes/node.h"
 
-#include "model/curve.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/timeseries.h"
 #include "nodes/inflows.h"
 
 // --- reading and start ---------------------------------------------------------------------------------------------
@@ -32,7 +32,8 @@ void node_initState(Node& node) {
     // Only the series of the newest record is rewound. The cursors of the others stand at their end from the validation
     // and read a line from the origin first; results of inflows that share a node show it.
     if (node.extInflow && node.extInflow->series >= 0) {
-        curve_reset(TimeSeries[node.extInflow->series]);
+        Series& series = TimeSeries[node.extInflow->series];
+        timeseries_rewind(series, series.cursor);
     }
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;

@@ -261,8 +261,8 @@ void reactor_shiftState(Reactor& reactor) {
 
 // --- reaction ------------------------------------------------------------------------------------------------------
 
-double reactor_react(const Reactor& reactor, int32_t p, double c, double seconds, DateTime date) {
-    const double k = reactor.reactionCoeff[p] * pattern_hourlyFactor(reactor.reactionPattern[p], date);
+double reactor_react(const Reactor& reactor, int32_t p, double c, double seconds, int32_t hour) {
+    const double k = reactor.reactionCoeff[p] * pattern_getFactor(reactor.reactionPattern[p], hour);
     switch (reactor.reactionType[p]) {
         case CONST_CONCEN: return k < c ? k : c;
         case CONST_RATIO: return (1.0 - (k < 1.0 ? k : 1.0)) * c;
@@ -322,15 +322,15 @@ static void discharge(int32_t target, double flow, const double* qual, double* s
 // --- plug flow -----------------------------------------------------------------------------------------------------
 
 /// Reaction of one pollutant in the flow taken in: the concentration that leaves after `seconds`.
-static double reactInflow(Reactor& reactor, int32_t p, double flow, double seconds, DateTime date) {
+static double reactInflow(Reactor& reactor, int32_t p, double flow, double seconds, int32_t hour) {
     const double dt = RoutingStep;
-    const double c = reactor_react(reactor, p, reactor.inletQual[p], seconds, date);
+    const double c = reactor_react(reactor, p, reactor.inletQual[p], seconds, hour);
     reactor.statReactedLoad[p] += (reactor.inletQual[p] - c) * flow / 1000.0 * dt;
     return c;
 }
 
 /// A plug-flow reactor without retention: the water leaves in the step in which it comes.
-static void passThrough(Node& node, Reactor& reactor, double flow, DateTime date) {
+static void passThrough(Node& node, Reactor& reactor, double flow, int32_t hour) {
     const double dt = RoutingStep;
     reactor.newOutflow = flow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
@@ -338,7 +338,7 @@ static void passThrough(Node& node, Reactor& reactor, double flow, DateTime date
             node.newQual[p] = 0.0;
             continue;
         }
-        const double c = reactInflow(reactor, p, flow, 0.0, date);
+        const double c = reactInflow(reactor, p, flow, 0.0, hour);
         node.newQual[p] = c;
         reactor.statOutflowLoad[p] += flow * c / 1000.0 * dt;
     }
@@ -346,7 +346,7 @@ static void passThrough(Node& node, Reactor& reactor, double flow, DateTime date
 
 /// A plug-flow reactor: what comes in is treated at once, for the time that it will be under way, and queued. What
 /// would leave after the end of the run is counted as delayed instead.
-static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date) {
+static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date, int32_t hour) {
     const double dt = RoutingStep;
     const double exitTime = reactor.retentionTime * 1000.0 + NewRoutingTime;
     const bool leavesInTime = exitTime <= TotalDuration;
@@ -358,7 +358,7 @@ static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date) {
     }
     reactor.newOutflow = delayqueue_getValue(reactor.flowQueue, date);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double c = flow != 0.0 ? reactInflow(reactor, p, flow, reactor.retentionTime, date) : 0.0;
+        const double c = flow != 0.0 ? reactInflow(reactor, p, flow, reactor.retentionTime, hour) : 0.0;
         const double load = c * flow / 1000.0;
         if (leavesInTime) {
             delayqueue_push(reactor.loadQueue[p], exitDate, load);
@@ -374,7 +374,7 @@ static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date) {
 // --- stirred tank --------------------------------------------------------------------------------------------------
 
 /// Mixes `inflowVolume` into the store and lets the mix react for one step.
-static void mixAndReact(Reactor& reactor, double inflowVolume, DateTime date) {
+static void mixAndReact(Reactor& reactor, double inflowVolume, int32_t hour) {
     const double dt = RoutingStep;
     const double stored = reactor.storedVolume;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
@@ -384,7 +384,7 @@ static void mixAndReact(Reactor& reactor, double inflowVolume, DateTime date) {
             continue;
         }
         qual = (inflowVolume * reactor.inletQual[p] + stored * qual) / (inflowVolume + stored);
-        const double c = reactor_react(reactor, p, qual, dt, date);
+        const double c = reactor_react(reactor, p, qual, dt, hour);
         reactor.statReactedLoad[p] += (qual - c) * (inflowVolume + stored) / 1000.0;
         qual = c;
     }
@@ -467,22 +467,23 @@ static void emptyStore(Reactor& reactor) {
 void reactor_update(Node& node, Reactor& reactor) {
     const double dt = RoutingStep;
     const DateTime date = project_getDate(NewRoutingTime);
+    const int32_t hour = datetime_getHour(date);
     const double infil = reactor.area * reactor.infilRate;
-    const double evap = pattern_hourlyFactor(reactor.evapPattern, date) * reactor.evapRate * reactor.area;
+    const double evap = pattern_getFactor(reactor.evapPattern, hour) * reactor.evapRate * reactor.area;
 
     setInletQuality(node, reactor);
     const double flow = limitInflow(reactor, node.newInflow);
     discharge(reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
     if (reactor.type == PFR) {
         if (reactor.retentionTime == 0.0) {
-            passThrough(node, reactor, flow, date);
+            passThrough(node, reactor, flow, hour);
         } else {
-            passPlug(node, reactor, flow, date);
+            passPlug(node, reactor, flow, date, hour);
         }
         return;
     }
     const double inflowVolume = dt * flow;
-    mixAndReact(reactor, inflowVolume, date);
+    mixAndReact(reactor, inflowVolume, hour);
     overflow(node, reactor, inflowVolume);
     evaporate(reactor, evap);
     infiltrate(reactor, infil);

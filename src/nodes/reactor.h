@@ -81,8 +81,8 @@ double reactor_getInitVolume(const Reactor& reactor);
 /// newOutflow and the node's newQual, which the outgoing link takes.
 void reactor_update(Node& node, Reactor& reactor);
 
-/// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction.
-double reactor_react(const Reactor& reactor, int32_t pollutant, double concentration, double seconds, DateTime date);
+/// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction in an hour of the day.
+double reactor_react(const Reactor& reactor, int32_t pollutant, double concentration, double seconds, int32_t hour);
 
 /// Statistics: made and zeroed for a run, added to after each step, and emptied by pollutant.
 void reactor_openStatistics();

@@ -7,8 +7,6 @@
 
 #include "nodes/tank.h"
 
-#include <cmath>
-
 #include "links/pump.h"
 #include "model/arena.h"
 #include "model/curve.h"
@@ -17,6 +15,7 @@
 #include "model/project.h"
 #include "model/statistics.h"
 #include "nodes/node.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
 
 Table<Tank> Tanks;
@@ -92,14 +91,6 @@ void tank_shiftState(Tank& tank) {
 
 // --- volume and depth ----------------------------------------------------------------------------------------------
 
-/// Area (m2) at a depth between two points.
-static double interpolateArea(const CurvePoint& a, const CurvePoint& b, double depth) {
-    if (std::fabs(b.x - a.x) < 1.0e-20) {
-        return (a.y + b.y) / 2.0;
-    }
-    return (depth - a.x) * (b.y - a.y) / (b.x - a.x) + a.y;
-}
-
 static double getVolume(const Curve* curve, double d) {
     if (d == 0.0 || !curve || curve->entries.empty()) {
         return 0.0;
@@ -116,7 +107,7 @@ static double getVolume(const Curve* curve, double d) {
         const CurvePoint& a = points[k - 1];
         const CurvePoint& b = points[k];
         if (b.x >= d) {
-            return b.x - a.x > 0.0 ? volume + (interpolateArea(a, b, d) + a.y) * (d - a.x) / 2.0 : volume;
+            return b.x - a.x > 0.0 ? volume + (curve_interpolate(a, b, d) + a.y) * (d - a.x) / 2.0 : volume;
         }
         volume += (b.y + a.y) * (b.x - a.x) / 2.0;
     }
@@ -231,9 +222,9 @@ static double floodExcess(Tank& tank, double full, double volume) {
 /// The decayed mass is that of the water left behind the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
 static void decayStored(Tank& tank, Node& node, double volume) {
-    const DateTime date = tank.hasDecay ? project_getDate(NewRoutingTime) : 0.0;
+    const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double left = decay_getFactor(tank.decay[p], date, RoutingStep);
+        const double left = decay_getFactor(tank.decay[p], hour, RoutingStep);
         const double before = tank.qual[p];
         tank.qual[p] = before * left;
         node.newQual[p] = tank.qual[p];

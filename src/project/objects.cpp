@@ -25,6 +25,7 @@
 #include "model/pattern.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/timeseries.h"
 #include "model/topology.h"
 #include "nodes/inflows.h"
 #include "nodes/lidmono.h"
@@ -134,6 +135,7 @@ void objects_create() {
     createTable(Polluts, ObjectCount[POLLUT]);
     landuse_createAll();
     curve_createAll();
+    timeseries_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createTable(Converters, ObjectCount[CONVERTER]);
     lidgroup_createAll();
@@ -170,6 +172,7 @@ void objects_delete() {
     Landuses = {};
     lidgroup_deleteAll();
     Lids = {};
+    timeseries_deleteAll();
     curve_deleteAll();
     Patterns = {};
     rule_deleteAll();

@@ -21,6 +21,7 @@
 #include "model/pattern.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "nodes/reactor.h"
 #include "project/objects.h"
@@ -261,8 +262,8 @@ int32_t reader_parseLine(const Tokens& tokens, int32_t number, const char* rawLi
         case SECTION_LOADINGS: return subcatch_readLoading(tokens);
         case SECTION_LIDS: return lid_readLine(tokens);
         case SECTION_LID_GROUPS: return lidgroup_readLine(tokens);
-        case SECTION_CURVES: return curve_readCurve(tokens);
-        case SECTION_TIMESERIES: return curve_readSeries(tokens);
+        case SECTION_CURVES: return curve_readLine(tokens);
+        case SECTION_TIMESERIES: return timeseries_readLine(tokens);
         case SECTION_PATTERNS: return pattern_read(tokens);
         case SECTION_CONVERTERS: return converter_readLine(tokens);
         default: return ERR_NONE;
@@ -319,8 +320,8 @@ void reader_readData() {
         return;
     }
     Running = RunningIndices{};
-    for (Curve& series : TimeSeries) {
-        series.lastDate = StartDate + StartTime;
+    for (Series& series : TimeSeries) {
+        series.dateInForce = StartDate + StartTime;
     }
     textfile_setPosition(InputFile, 0);
     const int32_t errorCount = readLines();

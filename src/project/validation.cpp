@@ -15,6 +15,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/project.h"
+#include "model/timeseries.h"
 #include "model/topology.h"
 #include "nodes/inflows.h"
 #include "results/massbal.h"
@@ -24,7 +25,7 @@
 #include "text/datetime.h"
 
 static void validateCurves() {
-    for (Curve& curve : Curves) {
+    for (const Curve& curve : Curves) {
         if (const int32_t error = curve_validate(curve)) {
             report_writeError(error, curve.id);
         }
@@ -45,11 +46,11 @@ static void writePlace(DateTime date) {
 }
 
 static void validateSeries() {
-    for (Curve& series : TimeSeries) {
-        const int32_t error = curve_validate(series);
+    for (Series& series : TimeSeries) {
+        const int32_t error = timeseries_validate(series);
         if (error == ERR_CURVE_SEQUENCE) {
             report_writeError(ERR_SERIES_SEQUENCE, series.id);
-            writePlace(series.x2);
+            writePlace(series.cursor.after.date);
         } else if (error) {
             report_writeError(error, series.id);
         }
@@ -86,7 +87,8 @@ static void resetInflowSeries() {
     for (const Node& node : Nodes) {
         for (const ExtInflow* record = node.extInflow; record; record = record->next) {
             if (record->series >= 0) {
-                curve_resetToEnd(TimeSeries[record->series]);
+                Series& series = TimeSeries[record->series];
+                timeseries_moveToEnd(series, series.cursor);
             }
         }
     }

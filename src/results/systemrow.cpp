@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "coupling/swmm.h"
-#include "model/curve.h"
+#include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "results/records.h"
 #include "results/rows.h"
@@ -44,25 +44,10 @@ void fillLand(double f, float* row) {
 
 // --- inflows -------------------------------------------------------------------------------------------------------
 
-/// Looks up a series and puts its cursor back: a look at results must not move what the simulation reads next.
-double lookUpSeries(Curve& table, DateTime date) {
-    const double x1 = table.x1, y1 = table.y1, x2 = table.x2, y2 = table.y2;
-    const double lastDate = table.lastDate;
-    const int32_t thisEntry = table.thisEntry;
-    const int64_t position = table.file.file ? textfile_getPosition(table.file) : 0;
-    const bool isAtEnd = table.file.isAtEnd;
-    const double value = curve_lookup(table, date);
-    table.x1 = x1;
-    table.y1 = y1;
-    table.x2 = x2;
-    table.y2 = y2;
-    table.lastDate = lastDate;
-    table.thisEntry = thisEntry;
-    if (table.file.file) {
-        textfile_setPosition(table.file, position);
-        table.file.isAtEnd = isAtEnd;
-    }
-    return value;
+/// Looks up a series by a cursor of its own: a look at results must not move what the simulation reads next.
+double lookUpSeries(Series& series, DateTime date) {
+    SeriesCursor cursor = series.cursor;
+    return timeseries_lookup(series, cursor, date);
 }
 
 /// The external flow of a node, m3/s: its first flow record alone.
@@ -88,13 +73,13 @@ void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t&
     }
 }
 
-void addInflows(const Node& node, double f, DateTime date, float* row) {
+void addInflows(const Node& node, double f, DateTime date, int32_t hour, float* row) {
     add(row[SYSTEM_TOTAL_INFLOW], rowvalues_mix(f, node.oldInflow, node.newInflow));
     if (node.extInflow) {
         add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(node, date));
     }
     if (const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1)) {
-        add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, date));
+        add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, hour));
     }
 }
 
@@ -120,8 +105,10 @@ void addNode(int32_t index, double f, float* row) {
         add##token(index, f, row); \
         break;
 #include "results/columns.def"
-        case SWMM: swmm_addFlows(node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]); break;
         default: break;
+    }
+    if (node.kind == SWMM) {  // a kind without a table of its own
+        swmm_addFlows(node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]);
     }
 }
 
@@ -146,10 +133,11 @@ void rows_fillSystem(DateTime date, double networkFactor, double landFactor, flo
     std::stable_sort(requests.begin(), requests.end(),
                      [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
     size_t hostPlace = 0;
+    const int32_t hour = datetime_getHour(date);
     const auto nodeCount = Nodes.size();
     for (int32_t k = 0; k < nodeCount; ++k) {
         const Node& node = Nodes[k];
-        addInflows(node, networkFactor, date, row);
+        addInflows(node, networkFactor, date, hour, row);
         addHostFlows(requests, k, hostPlace, row);
         addNode(k, networkFactor, row);
     }

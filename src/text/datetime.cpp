@@ -8,12 +8,12 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "model/project.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 int32_t DateFormat = 0;
 
-static constexpr int32_t SECONDS_PER_DAY = 86400;
+static constexpr int32_t LAST_SECOND = 86399;  ///< of a day
 static constexpr int32_t MONTH_DAYS[2][12] = {{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31},
                                               {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31}};
 static constexpr const char* MONTH_NAMES[12] = {"JAN", "FEB", "MAR", "APR", "MAY", "JUN",
@@ -74,13 +74,21 @@ CalendarDate datetime_decodeDate(DateTime date) {
     return {year, month + 1, rest + 1};
 }
 
+/// Midnight of a time: its floor, and for all but early dates without the call, since every object asks at every step.
+static double getMidnight(DateTime date) {
+    return date >= 0.0 && date < 2147483648.0 ? static_cast<double>(static_cast<int32_t>(date)) : std::floor(date);
+}
+
 int32_t datetime_getSecondOfDay(DateTime date) {
-    const double fraction = date - std::floor(date);
-    const double second = std::floor(fraction * SECONDS_PER_DAY + 0.5);
-    if (!(second > 0.0)) {
+    const double second = (date - getMidnight(date)) * SECONDS_PER_DAY + 0.5;
+    if (!(second >= 1.0)) {
         return 0;  // also for a date that is no finite number
     }
-    return second > SECONDS_PER_DAY - 1 ? SECONDS_PER_DAY - 1 : static_cast<int32_t>(second);
+    return second >= SECONDS_PER_DAY ? LAST_SECOND : static_cast<int32_t>(second);
+}
+
+int32_t datetime_getHour(DateTime date) {
+    return datetime_getSecondOfDay(date) / 3600;
 }
 
 void datetime_formatTime(DateTime date, char* text) {
@@ -97,7 +105,7 @@ void datetime_formatDateTime(DateTime date, char* text) {
 }
 
 DateTime datetime_addSeconds(DateTime date, double seconds) {
-    return (datetime_getSecondOfDay(date) + seconds) / SECONDS_PER_DAY + std::floor(date);
+    return (datetime_getSecondOfDay(date) + seconds) / SECONDS_PER_DAY + getMidnight(date);
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -185,27 +193,27 @@ static int32_t scanParts(const char* text, int32_t namePlace, int32_t parts[3]) 
     return count;
 }
 
-int32_t datetime_parseDate(const char* text, DateTime* date) {
+bool datetime_parseDate(const char* text, DateTime* date) {
     // Where year, month and day stand among the three parts, by DateFormat.
     static constexpr int32_t PLACES[3][3] = {{0, 1, 2}, {2, 0, 1}, {2, 1, 0}};
     *date = NO_DATE;
     if (!std::strpbrk(text, "-/")) {
-        return 0;
+        return false;
     }
     const int32_t* place = PLACES[DateFormat == 1 || DateFormat == 2 ? DateFormat : 0];
     int32_t parts[3];
     if (scanParts(text, -1, parts) < 3 && scanParts(text, place[1], parts) < 3) {
-        return 0;
+        return false;
     }
     *date = datetime_encodeDate(parts[place[0]], parts[place[1]], parts[place[2]]);
     return *date != NO_DATE;
 }
 
-int32_t datetime_parseTime(const char* text, double* days) {
+bool datetime_parseTime(const char* text, double* days) {
     double hours;
     if (tokens_getDouble(text, &hours)) {
-        *days = hours / 24.0;
-        return 1;
+        *days = hours / HOURS_PER_DAY;
+        return true;
     }
     *days = 0.0;
     int32_t parts[3] = {0, 0, 0};
@@ -214,9 +222,9 @@ int32_t datetime_parseTime(const char* text, double* days) {
         ++count;
     }
     if (count == 0 || parts[0] < 0 || parts[1] < 0 || parts[2] < 0) {
-        return 0;
+        return false;
     }
     const int64_t seconds = (static_cast<int64_t>(parts[0]) * 60 + parts[1]) * 60 + parts[2];
     *days = static_cast<double>(seconds) / SECONDS_PER_DAY;
-    return 1;
+    return true;
 }

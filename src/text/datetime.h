@@ -15,13 +15,16 @@ struct CalendarDate {
 };
 
 /// Midnight of a date, or NO_DATE for one that doesn't exist.
-DateTime datetime_encodeDate(int32_t year, int32_t month, int32_t day);
+[[nodiscard]] DateTime datetime_encodeDate(int32_t year, int32_t month, int32_t day);
 
 /// The date of a time. What lies before year 1, and what is no finite number, is year 0, month 1, day 1.
-CalendarDate datetime_decodeDate(DateTime date);
+[[nodiscard]] CalendarDate datetime_decodeDate(DateTime date);
 
 /// Seconds since midnight, rounded, 0 ... 86399: 23:59:59.7 doesn't run over into the next day.
-int32_t datetime_getSecondOfDay(DateTime date);
+[[nodiscard]] int32_t datetime_getSecondOfDay(DateTime date);
+
+/// Hour of the rounded second, 0 ... 23.
+[[nodiscard]] int32_t datetime_getHour(DateTime date);
 
 constexpr int32_t TIME_TEXT_SIZE = 40;       ///< bytes that a written time of day takes at most
 constexpr int32_t DATE_TIME_TEXT_SIZE = 96;  ///< bytes that a written date and time take at most
@@ -32,11 +35,12 @@ void datetime_formatTime(DateTime date, char* text);
 /// Writes yyyy/mm/dd hh:mm:ss; a year below 1000 is padded with blanks.
 void datetime_formatDateTime(DateTime date, char* text);
 
-/// Reads a date in the order of DateFormat, with any character between its parts. 1, or 0 and NO_DATE.
-int32_t datetime_parseDate(const char* text, DateTime* date);
+/// Reads a date in the order of DateFormat, with any character between its parts. False, with NO_DATE, for what is
+/// none.
+[[nodiscard]] bool datetime_parseDate(const char* text, DateTime* date);
 
-/// Reads decimal hours or hh:mm:ss into days. 1, or 0 and 0.0.
-int32_t datetime_parseTime(const char* text, double* days);
+/// Reads decimal hours or hh:mm:ss into days. False, with 0, for what is no time.
+[[nodiscard]] bool datetime_parseTime(const char* text, double* days);
 
 /// `date`, rounded to its whole second, plus `seconds`, which keep their fraction.
-DateTime datetime_addSeconds(DateTime date, double seconds);
+[[nodiscard]] DateTime datetime_addSeconds(DateTime date, double seconds);

@@ -11,7 +11,6 @@
 #include "hydrology/lidsolver.h"
 #include "hydrology/lidunit.h"
 #include "model/decay.h"
-#include "model/pattern.h"
 #include "model/project.h"
 
 struct States {
@@ -37,11 +36,7 @@ protected:
         setPollutants(0);
     }
 
-    void TearDown() override {
-        ObjectCount[POLLUT] = 0;
-        Patterns.clear();
-        StartDateTime = NewRunoffTime = 0.0;
-    }
+    void TearDown() override { ObjectCount[POLLUT] = 0; }
 
     void setPollutants(int32_t count) {
         ObjectCount[POLLUT] = count;
@@ -97,12 +92,7 @@ protected:
 
     /// Makes a step, for a call of a rate function by itself.
     void begin(double dt, double inflow, double evap = 0.0, double surfaceInfil = 0.0) {
-        fluxes = LidStep{.unit = &unit,
-                         .lid = &lid,
-                         .date = project_getDate(NewRunoffTime),
-                         .dt = dt,
-                         .inflow = inflow,
-                         .evap = evap};
+        fluxes = LidStep{.unit = &unit, .lid = &lid, .hour = 0, .dt = dt, .inflow = inflow, .evap = evap};
         fluxes.surfaceInfil = surfaceInfil;
     }
 

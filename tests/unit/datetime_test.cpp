@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <random>
 #include <string>
 
 static constexpr double INF = std::numeric_limits<double>::infinity();
@@ -97,6 +99,31 @@ TEST(TimeOfDay, RoundsToTheSecondAndStaysOnItsDay) {
     EXPECT_EQ(datetime_getSecondOfDay(-0.25), 64800);
     EXPECT_EQ(datetime_getSecondOfDay(NOT_A_NUMBER), 0);
     EXPECT_EQ(datetime_getSecondOfDay(INF), 0);
+}
+
+TEST(TimeOfDay, IsTheRoundedFractionOfTheDayWhateverTheDay) {
+    std::mt19937_64 random(7);
+    std::uniform_real_distribution<double> anyDay(-1.0e10, 1.0e10), nearDay(-700000.0, 3000000.0);
+    const auto expected = [](double date) {
+        return std::clamp(std::floor((date - std::floor(date)) * 86400.0 + 0.5), 0.0, 86399.0);
+    };
+    for (int k = 0; k < 100000; ++k) {
+        const double second = std::round(nearDay(random) * 86400.0) / 86400.0;
+        for (const double date : {anyDay(random), nearDay(random), second, second + 0.5 / 86400.0}) {
+            ASSERT_EQ(datetime_getSecondOfDay(date), expected(date)) << date;
+            ASSERT_EQ(datetime_getHour(date), std::floor(expected(date) / 3600.0)) << date;
+        }
+    }
+    for (const double date : {-0.0, 2147483647.75, 2147483648.25, -2147483648.25, 4294967296.5}) {
+        EXPECT_EQ(datetime_getSecondOfDay(date), expected(date)) << date;
+    }
+}
+
+TEST(TimeOfDay, HasTheHourOfItsRoundedSecond) {
+    EXPECT_EQ(datetime_getHour(43831.0), 0);
+    EXPECT_EQ(datetime_getHour(43831.0 + 7.0 / 24.0 - 1e-7), 7);
+    EXPECT_EQ(datetime_getHour(43831.0 + 86399.9 / 86400.0), 23);
+    EXPECT_EQ(datetime_getHour(NOT_A_NUMBER), 0);
 }
 
 TEST(FormatTime, ShowsTheLastSecondOfADay) {

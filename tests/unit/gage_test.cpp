@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "model/arena.h"
-#include "model/curve.h"
+#include "model/timeseries.h"
 #include "support/land.h"
 #include "text/datetime.h"
 

@@ -180,9 +180,13 @@ TEST_F(Group, UnitsReactByTheHourInWhichTheRunoffStepEnds) {
     start();
     LidUnits[0].dryTime = 0.0;  // shuts the drain
     LidUnits[0].lastStorageMass[0] = 5.0;
+    NewRunoffTime = 3599.0 * 1000.0;
+    lidgroup_step(0, volumes, 60.0);
+    EXPECT_NEAR(LidUnits[0].thisStorageMass[0], 5.0 * std::exp(-0.01 * 1.0 * 60.0), 1e-14);
     NewRunoffTime = 3600.0 * 1000.0;
     lidgroup_step(0, volumes, 60.0);
-    EXPECT_NEAR(LidUnits[0].thisStorageMass[0], 5.0 * std::exp(-0.01 * 2.0 * 60.0), 1e-14);
+    EXPECT_NEAR(LidUnits[0].thisStorageMass[0], 5.0 * std::exp(-0.01 * 2.0 * 60.0), 1e-14)
+        << "a full hour counts to the next";
 }
 
 TEST_F(Group, UnitsAreWalkedInTheOrderOfTheirLines) {

@@ -53,6 +53,7 @@ TEST_F(PatternLines, AreLookedUpByTheHourWhateverTheType) {
         Patterns[0].type = type;
         for (int32_t h = 0; h < 24; ++h) {
             Patterns[0].factors[h] = 10.0 + h;
+            EXPECT_EQ(pattern_getFactor(0, h), 10.0 + h);
         }
         EXPECT_EQ(pattern_hourlyFactor(0, 43831.0), 10.0);
         EXPECT_EQ(pattern_hourlyFactor(0, 43831.0 + 0.5), 22.0);
@@ -63,6 +64,8 @@ TEST_F(PatternLines, AreLookedUpByTheHourWhateverTheType) {
 }
 
 TEST_F(PatternLines, CountAsOneOutsideTheTable) {
+    EXPECT_EQ(pattern_getFactor(-1, 7), 1.0);
+    EXPECT_EQ(pattern_getFactor(1, 7), 1.0);
     EXPECT_EQ(pattern_hourlyFactor(-1, 43831.0), 1.0);
     EXPECT_EQ(pattern_hourlyFactor(1, 43831.0), 1.0);
     EXPECT_EQ(pattern_hourlyFactor(INT32_MAX, 43831.0), 1.0);

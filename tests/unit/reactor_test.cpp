@@ -21,7 +21,7 @@ static double react(int32_t type, double coefficient, double concentration, doub
     reactor.reactionType = &type;
     reactor.reactionCoeff = &coefficient;
     reactor.reactionPattern = &pattern;
-    return reactor_react(reactor, 0, concentration, seconds, date);
+    return reactor_react(reactor, 0, concentration, seconds, datetime_getHour(date));
 }
 
 TEST(ReactionTest, ConstantConcentrationIsNeverRaised) {

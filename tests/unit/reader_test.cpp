@@ -18,6 +18,7 @@
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/project.h"
+#include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "nodes/node.h"
 #include "project/sections.h"

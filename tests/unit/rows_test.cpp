@@ -15,6 +15,7 @@
 #include "links/pipe.h"
 #include "model/curve.h"
 #include "model/pattern.h"
+#include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
@@ -455,19 +456,18 @@ TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
     for (int k = 0; k < 30; ++k) {
         ASSERT_EQ(tarnvelde_step(&elapsed), 0);
     }
-    const Curve before[2] = {TimeSeries[0], TimeSeries[1]};
-    const int64_t position = textfile_getPosition(TimeSeries[1].file);
+    const SeriesCursor cursors[2] = {TimeSeries[0].cursor, TimeSeries[1].cursor};
     rows_fillSystem(StartDateTime + 1.5 / 24.0, 1.0, 1.0, row);
     EXPECT_FLOAT_EQ(row[5], 4.0f + 10.0f + 2.0f * 4.0f);
     for (int k = 0; k < 2; ++k) {
-        EXPECT_EQ(TimeSeries[k].x1, before[k].x1);
-        EXPECT_EQ(TimeSeries[k].y1, before[k].y1);
-        EXPECT_EQ(TimeSeries[k].x2, before[k].x2);
-        EXPECT_EQ(TimeSeries[k].y2, before[k].y2);
-        EXPECT_EQ(TimeSeries[k].lastDate, before[k].lastDate);
-        EXPECT_EQ(TimeSeries[k].thisEntry, before[k].thisEntry);
+        const SeriesCursor &cursor = TimeSeries[k].cursor, &old = cursors[k];
+        EXPECT_EQ(cursor.before.date, old.before.date);
+        EXPECT_EQ(cursor.before.value, old.before.value);
+        EXPECT_EQ(cursor.after.date, old.after.date);
+        EXPECT_EQ(cursor.after.value, old.after.value);
+        EXPECT_EQ(cursor.nextEntry, old.nextEntry);
+        EXPECT_EQ(cursor.position, old.position);
     }
-    EXPECT_EQ(textfile_getPosition(TimeSeries[1].file), position);
     tarnvelde_close();
 }
 
@@ -478,16 +478,17 @@ TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
                         folder.file("series.dat") + "\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
-    double x, y;
-    Curve& series = TimeSeries[0];
-    ASSERT_TRUE(curve_getFirstEntry(series, &x, &y));
-    while (curve_getNextEntry(series, &x, &y)) {
+    Series& series = TimeSeries[0];
+    SeriesCursor& cursor = series.cursor;
+    SeriesEntry entry;
+    ASSERT_TRUE(timeseries_getFirstEntry(series, cursor, entry));
+    while (timeseries_getNextEntry(series, cursor, entry)) {
     }
-    ASSERT_TRUE(series.file.isAtEnd);
-    const int64_t position = textfile_getPosition(series.file);
+    ASSERT_TRUE(cursor.isAtEnd);
+    const int64_t position = cursor.position;
     rows_fillSystem(StartDateTime + 5.0 / 1440.0, 1.0, 1.0, row);  // goes back to the first entry
     EXPECT_FLOAT_EQ(row[5], 2.0f);
-    EXPECT_TRUE(series.file.isAtEnd);
-    EXPECT_EQ(textfile_getPosition(series.file), position);
+    EXPECT_TRUE(cursor.isAtEnd);
+    EXPECT_EQ(cursor.position, position);
     tarnvelde_close();
 }

@@ -430,7 +430,6 @@ TEST_F(RuleTest, NameOfLinkAndNodeKeepsBoth) {
     readAll({"THEN SPLITTER both VALUE = 1"});
     const Action& action = *Rules[0].thenActions;
     EXPECT_EQ(action.link, names_find(LINK, "both"));
-    EXPECT_EQ(action.pipe, 3);  // behind P, P2 and P3
     EXPECT_EQ(action.node, names_find(NODE, "both"));
     EXPECT_EQ(action.splitter, 1);
     EXPECT_EQ(action.reactor, -1);
@@ -441,7 +440,7 @@ TEST_F(RuleTest, KindsOfLinkWithoutActionsFillNothing) {
     readAll({"THEN PIPE CN STATUS = OPEN"});
     const Action& action = *Rules[0].thenActions;
     EXPECT_EQ(action.link, names_find(LINK, "CN"));
-    EXPECT_EQ(std::max({action.pipe, action.pump, action.weir, action.orifice, action.node}), -1);
+    EXPECT_EQ(action.node, -1);
 }
 
 TEST_F(RuleTest, FailedAllocationOfAnActionIsTheMemoryError) {

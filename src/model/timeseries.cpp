@@ -1,0 +1,230 @@
+// Time series. One may stand in a file of any length, of which a buffer alone is held at a time. A cursor is made for a
+// walk forward through a run, and starts anew when it is asked for an earlier date. The simulation reads each series by
+// one cursor, which all its users share; who only looks, as the results do, reads by a copy.
+
+#include "model/timeseries.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "model/curve.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+
+Table<Series> TimeSeries;
+
+static constexpr size_t FILE_NAME_SIZE = 259;
+
+void timeseries_createAll() {
+    TimeSeries.fill(ObjectCount[TSERIES], Series{});
+}
+
+void timeseries_deleteAll() {
+    for (Series& series : TimeSeries) {
+        textfile_close(series.file);
+    }
+    TimeSeries = {};
+}
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+/// Reads date, time and value by turns; a date may be left out, and the one before it then holds. What is cut off by
+/// the end of the line is lost without a message.
+static int32_t readEntries(const Tokens& tokens, Series& series) {
+    int32_t k = 1;
+    while (k < tokens.count) {
+        DateTime date;
+        // A word that is no date is tried as a time, so a date that doesn't exist is a number of hours.
+        if (datetime_parseDate(tokens[k], &date)) {
+            series.dateInForce = date;
+            ++k;
+        }
+        if (k >= tokens.count) {
+            break;
+        }
+        double time;
+        if (!datetime_parseTime(tokens[k], &time)) {
+            return errors_setName(ERR_NUMBER, tokens[k]);
+        }
+        if (++k >= tokens.count) {
+            break;
+        }
+        double value;
+        if (!tokens_getDouble(tokens[k], &value)) {
+            return errors_setName(ERR_NUMBER, tokens[k]);
+        }
+        ++k;
+        series.entries.push_back({time + series.dateInForce, value});
+    }
+    return ERR_NONE;
+}
+
+int32_t timeseries_readLine(const Tokens& tokens) {
+    if (tokens.count < 3) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    const int32_t index = names_find(TSERIES, tokens[0]);
+    if (index < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+    }
+    Series& series = TimeSeries[index];
+    if (!series.id) {
+        series.id = names_findId(TSERIES, tokens[0]);
+    }
+    // Only the word in capitals names a file: "file" is read as a time, and refused.
+    if (std::strcmp(tokens[1], "FILE") == 0) {
+        series.fileName = std::string(tokens[2]).substr(0, FILE_NAME_SIZE);
+        series.isInFile = true;
+        return ERR_NONE;
+    }
+    if (tokens.count < 4) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    return readEntries(tokens, series);
+}
+
+// --- entries -------------------------------------------------------------------------------------------------------
+
+/// The next line of a series file that holds anything but a comment. False at the end.
+static bool getDataLine(TextFile& file, char* line) {
+    while (textfile_getLine(file, line, LINE_SIZE)) {
+        const char first = line[std::strspn(line, " \t\n\r")];
+        if (first && first != ';') {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// A line of a series file: date, time and value, and nothing is read of what follows.
+static bool parseFileLine(const char* line, SeriesEntry& entry) {
+    char dateWord[LINE_SIZE], timeWord[LINE_SIZE], valueWord[LINE_SIZE];
+    DateTime date;
+    if (std::sscanf(line, "%1023s %1023s %1023s", dateWord, timeWord, valueWord) < 3 ||
+        !datetime_parseDate(dateWord, &date)) {
+        return false;
+    }
+    double time, value;
+    if (!datetime_parseTime(timeWord, &time) || !tokens_getDouble(valueWord, &value)) {
+        return false;
+    }
+    entry = {time + date, value};
+    return true;
+}
+
+/// Reads where the cursor stands. The file stands where the cursor that read last has left it, so that one which reads
+/// on by itself never seeks.
+static bool readFileEntry(Series& series, SeriesCursor& cursor, SeriesEntry& entry) {
+    TextFile& file = series.file;
+    if (!file.file) {
+        return false;
+    }
+    if (textfile_getPosition(file) != cursor.position) {
+        textfile_setPosition(file, cursor.position);
+    }
+    char line[LINE_SIZE];
+    const bool isRead = getDataLine(file, line);
+    cursor.position = textfile_getPosition(file);
+    cursor.isAtEnd = file.isAtEnd;
+    return isRead && parseFileLine(line, entry);
+}
+
+bool timeseries_getFirstEntry(Series& series, SeriesCursor& cursor, SeriesEntry& entry) {
+    cursor.nextEntry = 0;
+    cursor.position = 0;
+    return timeseries_getNextEntry(series, cursor, entry);
+}
+
+bool timeseries_getNextEntry(Series& series, SeriesCursor& cursor, SeriesEntry& entry) {
+    if (series.isInFile) {
+        return readFileEntry(series, cursor, entry);
+    }
+    if (cursor.nextEntry >= series.entries.size()) {
+        return false;
+    }
+    entry = series.entries[cursor.nextEntry++];
+    return true;
+}
+
+// --- validation ----------------------------------------------------------------------------------------------------
+
+/// A series file is looked for as named, then beside the project file.
+static bool openSeriesFile(Series& series) {
+    return textfile_open(series.file, series.fileName.c_str()) ||
+           textfile_open(series.file, (InputFolder + series.fileName).c_str());
+}
+
+int32_t timeseries_validate(Series& series) {
+    if (series.isInFile && !openSeriesFile(series)) {
+        return ERR_SERIES_FILE_OPEN;
+    }
+    SeriesCursor& cursor = series.cursor;
+    SeriesEntry previous{}, entry{};
+    if (!timeseries_getFirstEntry(series, cursor, previous) && series.isInFile) {
+        return ERR_SERIES_FILE_DATA;
+    }
+    while (timeseries_getNextEntry(series, cursor, entry)) {
+        if (entry.date - previous.date <= 0.0) {
+            cursor.after.date = entry.date;
+            return ERR_CURVE_SEQUENCE;
+        }
+        previous = entry;
+    }
+    // One entry alone is never read by the loop and leaves 0 here: such a series has a value at its own date only.
+    series.endDate = entry.date;
+    series.endPosition = cursor.position;
+    return series.isInFile && !cursor.isAtEnd ? ERR_SERIES_FILE_DATA : ERR_NONE;
+}
+
+// --- cursor --------------------------------------------------------------------------------------------------------
+
+void timeseries_rewind(Series& series, SeriesCursor& cursor) {
+    cursor.before = {};
+    (void)timeseries_getFirstEntry(series, cursor, cursor.before);
+    cursor.after = cursor.before;
+    (void)timeseries_getNextEntry(series, cursor, cursor.after);
+}
+
+void timeseries_moveToEnd(const Series& series, SeriesCursor& cursor) {
+    cursor = {};
+    cursor.nextEntry = series.entries.size();
+    cursor.position = series.endPosition;
+}
+
+static double interpolate(const SeriesCursor& cursor, DateTime date) {
+    const SeriesEntry &a = cursor.before, &b = cursor.after;
+    return curve_interpolate({a.date, a.value}, {b.date, b.value}, date);
+}
+
+double timeseries_lookup(Series& series, SeriesCursor& cursor, DateTime date) {
+    SeriesEntry &before = cursor.before, &after = cursor.after;
+    if (before.date <= date && date <= after.date && before.date != after.date) {
+        return interpolate(cursor, date);
+    }
+    if (before.date == after.date || date < before.date) {
+        before = {};
+        (void)timeseries_getFirstEntry(series, cursor, before);
+        if (before.date > date) {
+            return 0.0;
+        }
+        if (date == before.date) {
+            return before.value;
+        }
+    }
+    if (date > series.endDate) {
+        return 0.0;
+    }
+    // After a new start the later entry still stands where the cursor was; it is taken as the one before all the same.
+    before = after;
+    for (;;) {
+        if (!timeseries_getNextEntry(series, cursor, after)) {
+            return 0.0;
+        }
+        if (after.date >= date) {
+            break;
+        }
+        before = after;
+    }
+    return interpolate(cursor, date);
+}
