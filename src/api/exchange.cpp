@@ -7,13 +7,13 @@
 #include <exception>
 
 #include "hydrology/gage.h"
-#include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
 #include "links/pipe.h"
 #include "links/pump.h"
 #include "links/weir.h"
 #include "model/names.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/reactor.h"
 #include "nodes/splitter.h"

@@ -9,9 +9,9 @@
 
 #include "coupling/swmm.h"
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/pollut.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 

@@ -1,30 +1,22 @@
-// Pollutants on the land. In dry weather each land use builds up mass towards a limit; runoff washes it off by an
-// exponential law of the runoff rate, or at an event-mean concentration; and rain brings pollutants of its own, which
-// stand in the ponded water. Called by the runoff step. Masses are in kg; mg/L are g/m3, so that a thousandth of a
+// Land uses. In dry weather a pollutant builds up towards a limit, exponentially with time, and runoff washes it off by
+// a power of the runoff rate, in proportion to what is there (Sartor and Boyd 1972), or at an event-mean concentration.
+// The room washoff brings these laws to the subcatchments. Masses are in kg; mg/L are g/m3, so that a thousandth of a
 // concentration is in kg/m3.
 
 #include "hydrology/landuse.h"
 
 #include <cmath>
 
-#include "hydrology/subcatch.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
-Table<Pollut> Polluts;
 Table<Landuse> Landuses;
-
-static constexpr double HECTARE = 0.0001;  ///< hectares in a square metre
 
 static const char* const WashoffWords[] = {"EXP",      "EMC",      "SURFACE", "SOIL", "STORAGE",
                                            "PAVEMENT", "DRAINMAT", "DRAIN",   nullptr};
-
-static Landuse& getLanduse(int32_t landuse) {
-    return Landuses[landuse];
-}
 
 void landuse_createAll() {
     Landuses.fill(ObjectCount[LANDUSE], Landuse{});
@@ -39,22 +31,6 @@ void landuse_createAll() {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-int32_t pollut_readLine(const Tokens& tokens, int32_t index) {
-    if (tokens.count < 2) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    const char* id = names_findId(POLLUT, tokens[0]);
-    if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
-    }
-    double concentration;
-    if (!tokens_getNonNegative(tokens[1], &concentration)) {
-        return errors_setName(ERR_NUMBER, tokens[1]);
-    }
-    Polluts[index] = {id, concentration};
-    return ERR_NONE;
-}
-
 int32_t landuse_readLine(const Tokens& tokens, int32_t index) {
     if (tokens.count < 1) {
         return errors_setName(ERR_ITEMS, "");
@@ -63,18 +39,18 @@ int32_t landuse_readLine(const Tokens& tokens, int32_t index) {
     if (!name) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    getLanduse(index).name = name;
+    Landuses[index].name = name;
     return ERR_NONE;
 }
 
-/// Finds the two objects that a line begins with.
-static int32_t findPair(const Tokens& tokens, int32_t firstType, int32_t secondType, int32_t* first, int32_t* second) {
-    *first = names_find(firstType, tokens[0]);
-    if (*first < 0) {
+/// Finds the land use and the pollutant that a line begins with.
+static int32_t findPair(const Tokens& tokens, int32_t& landuse, int32_t& pollutant) {
+    landuse = names_find(LANDUSE, tokens[0]);
+    if (landuse < 0) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    *second = names_find(secondType, tokens[1]);
-    return *second < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
+    pollutant = names_find(POLLUT, tokens[1]);
+    return pollutant < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
 }
 
 /// Reads numbers that must not be below 0, from a token on.
@@ -87,36 +63,19 @@ static int32_t readNumbers(const Tokens& tokens, int32_t token, int32_t count, d
     return ERR_NONE;
 }
 
-int32_t landuse_readCoverage(const Tokens& tokens) {
-    if (tokens.count < 3) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    int32_t subcatch = 0, landuse = 0;
-    if (const int32_t error = findPair(tokens, SUBCATCH, LANDUSE, &subcatch, &landuse)) {
-        return error;
-    }
-    // Negative shares pass: a land use can be taken off another one.
-    double percent;
-    if (!tokens_getDouble(tokens[2], &percent)) {
-        return errors_setName(ERR_NUMBER, tokens[2]);
-    }
-    Subcatches[subcatch].landShares[landuse].fraction = percent / 100.0;
-    return ERR_NONE;
-}
-
 int32_t landuse_readBuildup(const Tokens& tokens) {
     if (tokens.count < 4) {
         return errors_setName(ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
-    if (const int32_t error = findPair(tokens, LANDUSE, POLLUT, &landuse, &pollutant)) {
+    if (const int32_t error = findPair(tokens, landuse, pollutant)) {
         return error;
     }
     double values[2];
     if (const int32_t error = readNumbers(tokens, 2, 2, values)) {
         return error;
     }
-    getLanduse(landuse).buildup[pollutant] = {values[0], values[1]};
+    Landuses[landuse].buildup[pollutant] = {values[0], values[1]};
     return ERR_NONE;
 }
 
@@ -155,7 +114,7 @@ int32_t landuse_readWashoff(const Tokens& tokens) {
         return errors_setName(ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
-    if (const int32_t error = findPair(tokens, LANDUSE, POLLUT, &landuse, &pollutant)) {
+    if (const int32_t error = findPair(tokens, landuse, pollutant)) {
         return error;
     }
     const int32_t kind = tokens_findKeyword(tokens[2], WashoffWords);
@@ -163,7 +122,7 @@ int32_t landuse_readWashoff(const Tokens& tokens) {
         return errors_setName(ERR_KEYWORD, tokens[2]);
     }
     // A line overwrites only what it reads; the rest stays from an older line of the same pair.
-    WashoffRule& rule = getLanduse(landuse).washoff[pollutant];
+    WashoffRule& rule = Landuses[landuse].washoff[pollutant];
     int32_t error = ERR_NONE;
     switch (kind) {
         case WASHOFF_EXP: error = readExponential(tokens, rule); break;
@@ -174,22 +133,6 @@ int32_t landuse_readWashoff(const Tokens& tokens) {
         rule.kind = kind;
     }
     return error;
-}
-
-int32_t landuse_readLoading(const Tokens& tokens) {
-    if (tokens.count < 3) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    int32_t subcatch = 0, pollutant = 0;
-    if (const int32_t error = findPair(tokens, SUBCATCH, POLLUT, &subcatch, &pollutant)) {
-        return error;
-    }
-    double load;
-    if (const int32_t error = readNumbers(tokens, 2, 1, &load)) {
-        return error;
-    }
-    Subcatches[subcatch].initialLoad[pollutant] = load;
-    return ERR_NONE;
 }
 
 // --- buildup -------------------------------------------------------------------------------------------------------
@@ -217,65 +160,21 @@ static double getBuildupAt(const BuildupRule& rule, double age) {
     return (1.0 - (exponent == 0.0 ? 1.0 : std::exp(exponent))) * rule.maxBuildup;
 }
 
-double landuse_buildupAfter(int32_t landuse, int32_t pollutant, double area, double present, double time) {
+double landuse_getBuildup(const BuildupRule& rule, double area, double present, double time) {
     if (time == 0.0) {
         return present;
     }
     if (area == 0.0) {
         return 0.0;
     }
-    const BuildupRule& rule = getLanduse(landuse).buildup[pollutant];
     // With a rate of 0 and something there already the age is infinite: the buildup jumps to its limit.
     const double age = getAge(rule, present / area) + time / 86400.0;
     return getBuildupAt(rule, age) * area;
 }
 
-void landuse_initBuildup(int32_t index) {
-    Subcatch& subcatch = Subcatches[index];
-    for (int32_t l = 0; l < ObjectCount[LANDUSE]; ++l) {
-        LandShare& share = subcatch.landShares[l];
-        const double area = subcatch.area * share.fraction * HECTARE;
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-            share.buildup[p] = subcatch.initialLoad[p] > 0.0
-                                   ? subcatch.initialLoad[p] * area
-                                   : landuse_buildupAfter(l, p, area, 0.0, StartDryDays * 86400.0);
-            if (subcatch.initBuildup && getLanduse(l).washoff[p].usesBuildup) {
-                subcatch.initBuildup[p] += share.buildup[p];
-            }
-        }
-    }
-}
-
-void landuse_growBuildup(int32_t index, double dt) {
-    Subcatch& subcatch = Subcatches[index];
-    for (int32_t l = 0; l < ObjectCount[LANDUSE]; ++l) {
-        LandShare& share = subcatch.landShares[l];
-        if (share.fraction == 0.0) {
-            continue;
-        }
-        const double area = share.fraction * subcatch.area * HECTARE;
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-            const double old = share.buildup[p];
-            double grown = landuse_buildupAfter(l, p, area, old, dt);
-            grown = grown < old ? old : grown;
-            share.buildup[p] = grown;
-            if (getLanduse(l).washoff[p].usesBuildup) {
-                subcatch.surfaceBuildup[p] += grown - old;
-            }
-        }
-    }
-}
-
 // --- washoff -------------------------------------------------------------------------------------------------------
 
-/// Powers of the runoff rate: land uses and pollutants mostly share a few exponents.
-struct RatePower {
-    double base;      ///< mm/h
-    double exponent;  ///< that the power was taken of; 0 at first, with a power of 1
-    double power;
-};
-
-static double getPower(RatePower& rate, double exponent) {
+static double getPower(RunoffRate& rate, double exponent) {
     if (rate.exponent != exponent) {
         rate.exponent = exponent;
         rate.power = std::pow(rate.base, exponent);
@@ -283,96 +182,16 @@ static double getPower(RatePower& rate, double exponent) {
     return rate.power;
 }
 
-/// Concentration (kg/m3) that a land use gives off at a runoff rate (m/s). Nothing there gives nothing, whatever the
-/// law.
-static double getWashoff(const WashoffRule& rule, double buildup, double landArea, double rate, RatePower& power) {
+RunoffRate landuse_makeRate(double value) {
+    return {value, value * 3600000.0, 0.0, 1.0};
+}
+
+double landuse_getWashoff(const WashoffRule& rule, double buildup, double area, RunoffRate& rate) {
     if (buildup == 0.0) {
-        return 0.0;
+        return 0.0;  // nothing there gives nothing, whatever the law
     }
     if (rule.kind == WASHOFF_EXP) {
-        return getPower(power, rule.exponent) * rule.coefficient * buildup / 3600.0 / (landArea * rate);
+        return getPower(rate, rule.exponent) * rule.coefficient * buildup / 3600.0 / (area * rate.value);
     }
     return rule.emc / 1000.0;
-}
-
-void landuse_washLand(int32_t index, double rate, double dt) {
-    if (rate < DRY_RATE) {
-        return;
-    }
-    Subcatch& subcatch = Subcatches[index];
-    RatePower power = {rate * 3600000.0, 0.0, 1.0};
-    for (int32_t l = 0; l < ObjectCount[LANDUSE]; ++l) {
-        LandShare& share = subcatch.landShares[l];
-        if (!(share.fraction > 0.0)) {
-            continue;
-        }
-        const double landArea = subcatch.area * share.fraction;
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-            const WashoffRule& rule = getLanduse(l).washoff[p];
-            double& buildup = share.buildup[p];
-            double mass =
-                getWashoff(rule, buildup, landArea, rate, power) * dt * subcatch.thisRunoff * landArea / subcatch.area;
-            if (rule.usesBuildup) {
-                if (buildup > mass) {
-                    buildup -= mass;
-                } else {
-                    mass = buildup;
-                    buildup = 0.0;
-                }
-            }
-            const double removed = mass * rule.removal;
-            if (removed > 0.0) {
-                mass -= removed;
-            }
-            subcatch.runoffLoad[p] += mass;
-            subcatch.thisWashoffRate[p] += mass / dt;
-            subcatch.bmpRemoval[p] += removed;
-            if (!rule.usesBuildup) {
-                // What no buildup paid for enters the balance as if it had built up in this step.
-                subcatch.surfaceBuildup[p] += mass + removed;
-            }
-        }
-    }
-}
-
-/// Share of the washoff of rain and ponded water that the land uses of a subcatchment treat.
-static double getRemoval(const Subcatch& subcatch, int32_t pollutant) {
-    double removal = 0.0;
-    for (int32_t l = 0; l < ObjectCount[LANDUSE]; ++l) {
-        removal += subcatch.landShares[l].fraction * getLanduse(l).washoff[pollutant].removal;
-    }
-    return removal;
-}
-
-void landuse_washRain(int32_t index, double dt) {
-    Subcatch& subcatch = Subcatches[index];
-    if (subcatch.area == subcatch.lidArea) {
-        return;
-    }
-    const RunoffVolumesRecord& volumes = RunoffVolumes;
-    const double area = subcatch.area - subcatch.lidArea;
-    const double f = subcatch.imperviousFraction;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double deposition = Polluts[p].rainConcentration / 1000.0 * area * subcatch.rain * dt;
-        subcatch.wetDeposition[p] += deposition;
-        if (volumes.wetInflow == 0.0) {
-            subcatch.pondedMass[p] = 0.0;
-            continue;
-        }
-        const double mass = deposition + subcatch.pondedMass[p];
-        const double concentration = mass / volumes.wetInflow;
-        double infiltrated = (volumes.infil - volumes.lidInfil) * concentration;
-        infiltrated = infiltrated > mass ? mass : infiltrated;
-        subcatch.infilLoss[p] += infiltrated;
-        double out = volumes.surfaceOutflow * concentration;
-        out = out > mass - infiltrated ? mass - infiltrated : out;
-        const double removal = getRemoval(subcatch, p);
-        subcatch.bmpRemoval[p] += removal * out;
-        // What stays is worked out from the depths, not from what is left: mass is kept as far as they agree.
-        subcatch.pondedMass[p] =
-            ((1.0 - f) * subcatch.perviousDepth + f * subcatch.imperviousDepth) * concentration * area;
-        const double rest = out - removal * out;
-        subcatch.runoffLoad[p] += rest;
-        subcatch.thisWashoffRate[p] += rest / dt;
-    }
 }

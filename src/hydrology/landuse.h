@@ -1,15 +1,10 @@
 #pragma once
-// Pollutants, land uses, and what runoff and rain take from the land.
+// Land uses: the laws by which pollutants build up on them and wash off.
 
 #include <cstdint>
 
 #include "model/table.h"
 #include "text/tokens.h"
-
-struct Pollut {
-    const char* id;            ///< the ID as first seen
-    double rainConcentration;  ///< mg/L, in rain
-};
 
 /// Buildup saturates exponentially.
 struct BuildupRule {
@@ -17,8 +12,8 @@ struct BuildupRule {
     double rateConstant;  ///< 1/day
 };
 
-/// The words of a line of [WASHOFF]; those behind EMC act as EMC with the concentration of an older EMC line, 0 without
-/// one.
+/// The words of a line of [WASHOFF]. Those from SURFACE on act as EMC with the concentration of an older EMC line, 0
+/// without one.
 enum WashoffKind : int32_t {
     WASHOFF_EXP,
     WASHOFF_EMC,
@@ -45,33 +40,31 @@ struct Landuse {
     WashoffRule* washoff;  ///< one per pollutant
 };
 
-extern Table<Pollut> Polluts;
 extern Table<Landuse> Landuses;
+
+/// A runoff rate, and its power: land uses and pollutants mostly share a few exponents.
+struct RunoffRate {
+    double value;     ///< m/s
+    double base;      ///< mm/h
+    double exponent;  ///< that the power was taken of; 0 at first, with a power of 1
+    double power;     ///< of the base
+};
 
 /// Makes the table for the counted land uses with their rules.
 void landuse_createAll();
 
-/// A line of [POLLUTANTS] or [LANDUSES], for the row `index`. An error index, or 0.
-int32_t pollut_readLine(const Tokens& tokens, int32_t index);
-int32_t landuse_readLine(const Tokens& tokens, int32_t index);
+/// A line of [LANDUSES], for the row `index`. An error index, or 0.
+[[nodiscard]] int32_t landuse_readLine(const Tokens& tokens, int32_t index);
 
-/// Lines of [COVERAGES], [BUILDUP], [WASHOFF] and [LOADINGS]. An error index, or 0.
-int32_t landuse_readCoverage(const Tokens& tokens);
-int32_t landuse_readBuildup(const Tokens& tokens);
-int32_t landuse_readWashoff(const Tokens& tokens);
-int32_t landuse_readLoading(const Tokens& tokens);
+/// Lines of [BUILDUP] and [WASHOFF]. An error index, or 0.
+[[nodiscard]] int32_t landuse_readBuildup(const Tokens& tokens);
+[[nodiscard]] int32_t landuse_readWashoff(const Tokens& tokens);
 
 /// Buildup (kg) on an area (ha) after a dry time (s), from the present buildup (kg).
-double landuse_buildupAfter(int32_t landuse, int32_t pollutant, double area, double present, double time);
+[[nodiscard]] double landuse_getBuildup(const BuildupRule& rule, double area, double present, double time);
 
-/// Buildup of a subcatchment at the start of a run, and its sum into the balance.
-void landuse_initBuildup(int32_t subcatch);
+/// A runoff rate (m/s) that no power was taken of yet.
+[[nodiscard]] RunoffRate landuse_makeRate(double value);
 
-/// Buildup of a dry runoff step.
-void landuse_growBuildup(int32_t subcatch, double dt);
-
-/// Washoff of the land uses at a runoff rate (m/s) in one runoff step (s).
-void landuse_washLand(int32_t subcatch, double rate, double dt);
-
-/// What rain brings and ponded water holds, in one runoff step (s); reads RunoffVolumes of the same step.
-void landuse_washRain(int32_t subcatch, double dt);
+/// Concentration (kg/m3) that a buildup (kg) on an area (m2) gives off at a runoff rate.
+[[nodiscard]] double landuse_getWashoff(const WashoffRule& rule, double buildup, double area, RunoffRate& rate);

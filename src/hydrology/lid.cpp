@@ -1,21 +1,20 @@
 // Definitions of LID controls: what the project file says of their layers, and what is made of it before a run. The
-// reader and the validation call this room; the water in the layers is worked out in the rooms lidunit and lidrates.
+// reader and the validation call this room. A unit of a control stands in the room lidunit; what happens in its layers
+// over a step, in lidsolver, lidrates and lidquality.
 
 #include "hydrology/lid.h"
 
+#include <algorithm>
 #include <cmath>
+#include <string>
 
-#include "hydrology/subcatch.h"
 #include "model/arena.h"
-#include "model/decay.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
-#include "text/tokens.h"
+#include "text/units.h"
 
 Table<Lid> Lids;
-Table<LidGroup> LidGroups;
-Table<LidUnit> LidUnits;
 
 static const char* const TypeWords[] = {"BC", "RG", "GR", "IT", "PP", "RB", "VS", nullptr};
 
@@ -23,56 +22,31 @@ enum LidLayer : int32_t { LAYER_SURFACE, LAYER_SOIL, LAYER_STORAGE, LAYER_PAVEME
 
 static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT", "DRAINMAT", "DRAIN", nullptr};
 
-static constexpr double MM_PER_M = 1000.0;
-static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
-static constexpr double SECONDS_PER_HOUR = 3600.0;
-static constexpr double SECONDS_PER_DAY = 86400.0;
+// --- table ---------------------------------------------------------------------------------------------------------
 
-// --- tables --------------------------------------------------------------------------------------------------------
-
-/// The five arrays of rules of a definition, from one piece of memory.
-static bool createRules(Lid& lid, int64_t count) {
-    DecayRule* rules = arena_allocateArray<DecayRule>(ProjectArena, 5 * count);
-    if (!rules) {
-        return false;
+/// The five arrays of rules of a definition, one rule per pollutant.
+static bool createRules(Lid& lid) {
+    for (Decay** rules : {&lid.surfaceDecay, &lid.pavementDecay, &lid.soilDecay, &lid.storageDecay, &lid.matDecay}) {
+        *rules = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
+        if (!*rules) {
+            return false;
+        }
+        std::fill_n(*rules, project_pollutantCount(), NO_DECAY);
     }
-    for (int64_t k = 0; k < 5 * count; ++k) {
-        rules[k] = {-1, 0.0, -1, 0.0, 1.0};
-    }
-    lid.surfaceDecay = rules;
-    lid.pavementDecay = rules + count;
-    lid.soilDecay = rules + 2 * count;
-    lid.storageDecay = rules + 3 * count;
-    lid.matDecay = rules + 4 * count;
     return true;
 }
 
-void lid_createTables() {
-    LidGroup empty{};
-    empty.firstUnit = empty.lastUnit = -1;
-    LidGroups.fill(ObjectCount[SUBCATCH], empty);
-    LidUnits.clear();
+void lid_createAll() {
     Lid plain{};
     plain.type = -1;
     plain.surfaceVoid = 1.0;
     Lids.fill(ObjectCount[LID], plain);
     for (Lid& lid : Lids) {
-        if (!createRules(lid, project_pollutantCount())) {
+        if (!createRules(lid)) {
             ErrorCode = ERR_MEMORY;
             return;
         }
     }
-}
-
-LidGroup* lid_findGroup(int32_t subcatch) {
-    LidGroup* group = LidGroups.find(subcatch);
-    return group && group->firstUnit >= 0 ? group : nullptr;
-}
-
-void lid_deleteTables() {
-    LidGroups = {};
-    LidUnits = {};
-    Lids = {};
 }
 
 // --- definitions ---------------------------------------------------------------------------------------------------
@@ -197,7 +171,7 @@ int32_t lid_readLine(const Tokens& tokens) {
 }
 
 /// The rules of a layer; null for the drain, which holds no water.
-static DecayRule* getRules(const Lid& lid, int32_t layer) {
+static Decay* getRules(const Lid& lid, int32_t layer) {
     switch (layer) {
         case LAYER_SURFACE: return lid.surfaceDecay;
         case LAYER_SOIL: return lid.soilDecay;
@@ -212,118 +186,23 @@ int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
     if (tokens.count < 7) {
         return errors_setName(ERR_ITEMS, "");
     }
-    const int32_t pollutant = names_find(POLLUT, tokens[2]);
-    if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
-    }
-    const int32_t kind = tokens_findKeyword(tokens[3], ReactionWords);
-    if (kind < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[3]);
-    }
-    if (kind != FIRST_ORDER) {
-        return errors_setName(ERR_DECAY_TYPE, tokens[0]);
-    }
-    // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
-    double perDay;
-    if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
-        return errors_setName(ERR_NUMBER, tokens[4]);
-    }
-    int32_t pattern = -1;
-    if (*tokens[5]) {
-        pattern = names_find(PATTERN, tokens[5]);
-        if (pattern < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[5]);
-        }
+    Reaction reaction{};
+    if (const int32_t error = decay_readReaction(tokens, true, reaction)) {
+        return error;
     }
     const int32_t layer = tokens_findKeyword(tokens[6], LayerWords);
     if (layer < 0) {
         return errors_setName(ERR_KEYWORD, tokens[6]);
     }
-    if (DecayRule* rules = getRules(Lids[index], layer)) {
-        rules[pollutant] = {FIRST_ORDER, perDay / SECONDS_PER_DAY, pattern, 0.0, 1.0};
+    if (Decay* rules = getRules(Lids[index], layer)) {
+        rules[reaction.pollutant] = reaction.decay;
     }
     return ERR_NONE;
-}
-
-// --- units ---------------------------------------------------------------------------------------------------------
-
-/// The twelve arrays of masses and loads, from one piece of memory.
-static bool createUnitArrays(LidUnit& unit) {
-    const int64_t count = project_pollutantCount();
-    double* memory = arena_allocateArray<double>(ProjectArena, 12 * count);
-    if (!memory) {
-        return false;
-    }
-    double** const arrays[] = {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass,
-                               &unit.lastStorageMass, &unit.thisSurfaceMass,  &unit.thisPavementMass,
-                               &unit.thisSoilMass,    &unit.thisStorageMass,  &unit.lastSurfaceLoad,
-                               &unit.thisSurfaceLoad, &unit.lastDrainLoad,    &unit.thisDrainLoad};
-    for (double** array : arrays) {
-        *array = memory;
-        memory += count;
-    }
-    return true;
-}
-
-int32_t lid_addUnit(int32_t subcatch, int32_t lid, double area, double width, double saturation, double share,
-                    int32_t drainNode) {
-    LidUnit unit{};
-    unit.lid = lid;
-    unit.gage = -1;
-    unit.area = area;
-    unit.fullWidth = width;
-    unit.initialSaturation = saturation / 100.0;
-    unit.fromImpervious = share / 100.0;
-    unit.drainNode = drainNode;
-    unit.next = -1;
-    if (!createUnitArrays(unit)) {
-        return errors_setName(ERR_MEMORY, "");
-    }
-    const int32_t index = LidUnits.size();
-    LidUnits.push_back(unit);
-    LidGroup& group = LidGroups[subcatch];
-    if (group.firstUnit < 0) {
-        group.firstUnit = index;
-    } else {
-        LidUnits[group.lastUnit].next = index;
-    }
-    group.lastUnit = index;
-    return ERR_NONE;
-}
-
-int32_t lid_readGroupLine(const Tokens& tokens) {
-    if (tokens.count < 6) {
-        return errors_setName(ERR_ITEMS, "");
-    }
-    const int32_t subcatch = names_find(SUBCATCH, tokens[0]);
-    if (subcatch < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
-    }
-    const int32_t lid = names_find(LID, tokens[1]);
-    if (lid < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
-    }
-    double values[4];
-    for (int32_t k = 0; k < 4; ++k) {
-        const bool isNumber = tokens_getDouble(tokens[2 + k], &values[k]) != 0;
-        if (!isNumber || !(k == 0 ? values[k] > 0.0 : values[k] >= 0.0)) {
-            return errors_setName(ERR_NUMBER, tokens[2 + k]);
-        }
-    }
-    int32_t drainNode = -1;
-    if (tokens.count > 6) {
-        drainNode = names_find(NODE, tokens[6]);
-        if (drainNode < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[6]);
-        }
-    }
-    return lid_addUnit(subcatch, lid, values[0], values[1], values[2], values[3], drainNode);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------
 
-/// An invalid parameter: the ID, and a phrase that tells where to look.
-static void writeParameterError(const Lid& lid, const char* phrase) {
+void lid_reportParameter(const Lid& lid, const char* phrase) {
     report_writeError(ERR_LID_PARAMETER, (std::string(lid.name) + phrase).c_str());
 }
 
@@ -341,7 +220,7 @@ static bool hasRequiredLayers(const Lid& lid) {
 static void checkPavement(const Lid& lid) {
     const bool isGood = lid.pavementDepth > 0.0 && lid.pavementRate > 0.0 && lid.pavementVoid > 0.0;
     if (lid.type == LID_PP && (!isGood || lid.pavementVoid > 1.0)) {
-        writeParameterError(lid, " - check pavement layer parameters");
+        lid_reportParameter(lid, " - check pavement layer parameters");
     }
 }
 
@@ -349,7 +228,7 @@ static void checkSoil(const Lid& lid) {
     if (lid.soilDepth > 0.0 &&
         (!(lid.porosity > 0.0) || !(lid.porosity > lid.fieldCapacity) || !(lid.fieldCapacity > lid.wiltingPoint) ||
          !(lid.soilRate > 0.0) || lid.soilSlope < 0.0)) {
-        writeParameterError(lid, " - check soil layer parameters");
+        lid_reportParameter(lid, " - check soil layer parameters");
     }
 }
 
@@ -358,7 +237,7 @@ static void checkStorage(Lid& lid) {
         lid.storageVoid = 1.0;
         lid.drainOffset = 0.0;
     } else if (!(lid.storageVoid > 0.0) || lid.storageVoid > 1.0) {
-        writeParameterError(lid, " - check storage layer parameters");
+        lid_reportParameter(lid, " - check storage layer parameters");
     }
 }
 
@@ -367,7 +246,7 @@ static void setSurfaceAlpha(Lid& lid) {
         lid.surfaceAlpha =
             lid.surfaceRoughness > 0.0 ? std::sqrt(lid.surfaceSlope) * (1.0 / lid.surfaceRoughness) : 0.0;
     } else if (!(lid.surfaceRoughness * lid.surfaceSlope > 0.0) || lid.surfaceDepth == 0.0) {
-        writeParameterError(lid, " - check swale surface parameters");
+        lid_reportParameter(lid, " - check swale surface parameters");
     } else {
         lid.surfaceAlpha = std::sqrt(lid.surfaceSlope) / lid.surfaceRoughness;
     }
@@ -381,13 +260,12 @@ static void putMatInStorage(Lid& lid) {
     lid.storageRate = 0.0;
     if (project_pollutantCount() > 0) {
         // Only the first pollutant follows the mat's rules; the others keep those of the storage, whether they have
-        // any or not. Users have set up their roofs for that.
+        // any or not.
         lid.storageDecay[0] = lid.matDecay[0];
     }
 }
 
-void lid_validateOne(int32_t index) {
-    Lid& lid = Lids[index];
+static void validate(Lid& lid) {
     if (lid.type < 0) {
         report_writeError(ERR_LID_TYPE, lid.name);
         return;
@@ -411,42 +289,8 @@ void lid_validateOne(int32_t index) {
     }
 }
 
-static void validateGroup(Subcatch& subcatch, const LidGroup& group) {
-    double sumArea = 0.0, sumShare = 0.0;
-    for (int32_t k = group.firstUnit; k >= 0; k = LidUnits[k].next) {
-        LidUnit& unit = LidUnits[k];
-        const Lid& lid = Lids[unit.lid];
-        sumArea += unit.area;
-        sumShare += unit.fromImpervious;
-        if (lid.type == LID_VS && !(unit.fullWidth > 0.0)) {
-            writeParameterError(lid, " - invalid swale width");
-        }
-        if (unit.drainNode == -1) {
-            unit.drainNode = subcatch.outNode;
-        }
-        if (unit.initialSaturation > 1.0) {
-            unit.initialSaturation = 1.0;
-        }
-    }
-    if (sumArea > subcatch.area * 1.001) {
-        report_writeError(ERR_LID_AREA, subcatch.name);
-    }
-    if (sumShare > 1.001) {
-        report_writeError(ERR_LID_CAPTURE_AREA, subcatch.name);
-    }
-    if (sumArea > subcatch.area * 0.999) {
-        sumArea = subcatch.area;
-    }
-    subcatch.lidArea = sumArea;
-}
-
 void lid_validateAll() {
-    for (int32_t k = 0; k < Lids.size(); ++k) {
-        lid_validateOne(k);
-    }
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        if (const LidGroup* group = lid_findGroup(k)) {
-            validateGroup(Subcatches[k], *group);
-        }
+    for (Lid& lid : Lids) {
+        validate(lid);
     }
 }

@@ -1,43 +1,16 @@
 // Pollutants in the layers of a LID unit. Each layer is well mixed; a pollutant goes down with the water, at the
 // concentration of the start of the step, and what stays reacts. A layer with next to no water can't hold any
-// pollutant: what arrives passes through it within the step. Called by the solver, with the fluxes in LidStep and the
-// unit still at its state before the step.
+// pollutant: what arrives passes through it within the step. Called by the solver once the fluxes of the step are
+// known, with the unit still at its levels before the step.
+
+#include "hydrology/lidquality.h"
 
 #include <algorithm>
-#include <cmath>
 
-#include "hydrology/lidunit.h"
 #include "model/decay.h"
-#include "model/pattern.h"
 #include "model/project.h"
 
 static constexpr double MIN_VOLUME = 0.01;  ///< m3, below which a layer counts as dry
-
-static double getFirstOrderFactor(DecayRule& rule, double exponent) {
-    if (exponent != rule.cachedExponent) {
-        rule.cachedExponent = exponent;
-        rule.cachedFactor = std::exp(exponent);
-    }
-    return rule.cachedFactor;
-}
-
-double decay_apply(DecayRule& rule, double c) {
-    if (rule.kind < 0) {
-        return c;
-    }
-    // The hour is that of the runoff clock, for a node in the network too.
-    const double factor = rule.pattern < 0 ? 1.0 : pattern_hourlyFactor(rule.pattern, project_getDate(NewRunoffTime));
-    const double k = factor * rule.rate;
-    switch (rule.kind) {
-        case CONST_CONCEN: return std::min(k, c);
-        case CONST_RATIO: return (1.0 - std::min(k, 1.0)) * c;
-        case ZERO_ORDER: {
-            const double left = c - LidStep.dt * k;
-            return left > 0.0 ? left : 0.0;
-        }
-        default: return getFirstOrderFactor(rule, -LidStep.dt * k) * c;
-    }
-}
 
 /// A layer during the step of one pollutant.
 struct Layer {
@@ -52,14 +25,14 @@ static double getConcentration(double volume, double mass) {
 }
 
 /// Mass that a flux (m/s) of the step carries at a concentration (mg/L), kg.
-static double getCarriedMass(double rate, double concentration) {
-    return rate * LidStep.unit->area * LidStep.dt * concentration / 1000.0;
+static double getCarriedMass(const LidStep& s, double rate, double concentration) {
+    return rate * s.unit->area * s.dt * concentration / 1000.0;
 }
 
 /// A layer on the way down.
-static Layer passDown(double volume, double mass, double in, double rate) {
+static Layer passDown(const LidStep& s, double volume, double mass, double in, double rate) {
     const bool isDry = !(volume > MIN_VOLUME);
-    return {volume, mass, in, isDry ? in : getCarriedMass(rate, getConcentration(volume, mass))};
+    return {volume, mass, in, isDry ? in : getCarriedMass(s, rate, getConcentration(volume, mass))};
 }
 
 /// Concentration of what is left in a layer, mg/L: mass after the step over the volume before it.
@@ -68,43 +41,41 @@ static double getMixed(double mass, double volume) {
 }
 
 /// Reaction in a layer; gives the concentration after it and books what is gone.
-static double react(int32_t p, DecayRule* rules, double mixed, double volume) {
-    const double left = decay_apply(rules[p], mixed);
-    LidStep.unit->reactedLoad[p] += (mixed - left) * volume / 1000.0;
+static double react(const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
+    const double left = decay_react(rules[p], mixed, s.hour, s.dt);
+    s.unit->reactedLoad[p] += (mixed - left) * volume / 1000.0;
     return left;
 }
 
 /// Soil and pavement: what stays reacts.
-static double finishLayer(int32_t p, const Layer& layer, DecayRule* rules) {
+static double finishLayer(const LidStep& s, int32_t p, const Layer& layer, Decay* rules) {
     const double mixed = getMixed(layer.in + layer.mass - layer.out, layer.volume);
-    return react(p, rules, mixed, layer.volume) * layer.volume / 1000.0;
+    return react(s, p, rules, mixed, layer.volume) * layer.volume / 1000.0;
 }
 
 /// The surface: water leaves it downward and over the berm. Gives its concentration after the reaction, mg/L.
-static double finishSurface(int32_t p, double volume, double infilRate, DecayRule* rules) {
-    const LidStepRecord& s = LidStep;
+static double finishSurface(const LidStep& s, int32_t p, double volume, double infilRate) {
     LidUnit& unit = *s.unit;
     const double c = getConcentration(volume, unit.lastSurfaceMass[p]);
-    const double mass =
-        s.dt * s.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(infilRate, c) - getCarriedMass(s.surfaceOutflow, c);
-    const double left = react(p, rules, getMixed(mass, volume), volume);
+    const double mass = s.dt * unit.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(s, infilRate, c) -
+                        getCarriedMass(s, s.surfaceOutflow, c);
+    const double left = react(s, p, s.lid->surfaceDecay, getMixed(mass, volume), volume);
     unit.thisSurfaceMass[p] = left * volume / 1000.0;
-    unit.surfaceOutLoad[p] += getCarriedMass(s.surfaceOutflow, left);
+    unit.surfaceOutLoad[p] += getCarriedMass(s, s.surfaceOutflow, left);
     unit.thisSurfaceLoad[p] = s.surfaceOutflow * unit.area * left / 1000.0;
     return left;
 }
 
 /// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry
 /// the concentration after the reaction.
-static void finishWetStorage(int32_t p, double volume, double in, DecayRule* rules) {
-    const LidStepRecord& s = LidStep;
+static void finishWetStorage(const LidStep& s, int32_t p, double volume, double in) {
     LidUnit& unit = *s.unit;
     const double mass = unit.lastStorageMass[p];
     const double c = getConcentration(volume, mass);
     const double exfil = s.storageExfil * unit.area * s.dt;
     const double drain = s.storageDrain * unit.area * s.dt;
     const double mixed = getMixed(mass + in - drain * c / 1000.0 - exfil * c / 1000.0, volume);
-    const double left = react(p, rules, mixed, volume);
+    const double left = react(s, p, s.lid->storageDecay, mixed, volume);
     unit.thisStorageMass[p] = left * volume / 1000.0;
     unit.exfilLoad[p] += exfil * left / 1000.0;
     unit.drainOutLoad[p] += drain * left / 1000.0;
@@ -112,8 +83,7 @@ static void finishWetStorage(int32_t p, double volume, double in, DecayRule* rul
 }
 
 /// A storage next to empty: what arrives leaves at once, by the ways that water takes. Without any it is in no total.
-static void finishDryStorage(int32_t p, double in) {
-    const LidStepRecord& s = LidStep;
+static void finishDryStorage(const LidStep& s, int32_t p, double in) {
     LidUnit& unit = *s.unit;
     unit.thisStorageMass[p] = 0.0;
     const double out = s.storageExfil + s.storageDrain;
@@ -129,52 +99,49 @@ static void finishDryStorage(int32_t p, double in) {
 }
 
 /// A stack of layers: all types but barrel and swale.
-static void moveThroughStack(int32_t p) {
-    const LidStepRecord& s = LidStep;
+static void moveThroughStack(const LidStep& s, int32_t p) {
     const Lid& lid = *s.lid;
     LidUnit& unit = *s.unit;
     const double surfaceVolume = unit.area * unit.surfaceLevel * lid.surfaceVoid;
     const double storageVolume = unit.area * unit.storageLevel * lid.storageVoid;
-    double in = passDown(surfaceVolume, unit.lastSurfaceMass[p], s.dt * s.load[p], s.surfaceInfil).out;
+    double in = passDown(s, surfaceVolume, unit.lastSurfaceMass[p], s.dt * unit.load[p], s.surfaceInfil).out;
     Layer pavement{}, soil{};
     if (lid.type == LID_PP) {
-        pavement =
-            passDown(unit.area * unit.pavementLevel * lid.pavementVoid, unit.lastPavementMass[p], in, s.pavementPerc);
+        pavement = passDown(s, unit.area * unit.pavementLevel * lid.pavementVoid, unit.lastPavementMass[p], in,
+                            s.pavementPerc);
         in = pavement.out;
     }
     if (lid.type != LID_IT) {
-        soil = passDown(unit.area * unit.soilMoisture * lid.soilDepth, unit.lastSoilMass[p], in, s.soilPerc);
+        soil = passDown(s, unit.area * unit.soilMoisture * lid.soilDepth, unit.lastSoilMass[p], in, s.soilPerc);
         in = soil.out;
     }
     if (storageVolume > MIN_VOLUME) {
-        finishWetStorage(p, storageVolume, in, lid.storageDecay);
+        finishWetStorage(s, p, storageVolume, in);
     } else {
-        finishDryStorage(p, in);
+        finishDryStorage(s, p, in);
     }
     if (lid.type != LID_IT) {
-        unit.thisSoilMass[p] = finishLayer(p, soil, lid.soilDecay);
+        unit.thisSoilMass[p] = finishLayer(s, p, soil, lid.soilDecay);
     }
     if (lid.type == LID_PP) {
-        unit.thisPavementMass[p] = finishLayer(p, pavement, lid.pavementDecay);
+        unit.thisPavementMass[p] = finishLayer(s, p, pavement, lid.pavementDecay);
     }
-    finishSurface(p, surfaceVolume, s.surfaceInfil, lid.surfaceDecay);
+    finishSurface(s, p, surfaceVolume, s.surfaceInfil);
 }
 
 /// A swale has its surface alone, and seeps from it.
-static void moveThroughSwale(int32_t p) {
-    const LidStepRecord& s = LidStep;
+static void moveThroughSwale(const LidStep& s, int32_t p) {
     LidUnit& unit = *s.unit;
     const double volume = unit.area * unit.surfaceLevel * s.lid->surfaceVoid;
-    const double left = finishSurface(p, volume, s.storageExfil, s.lid->surfaceDecay);
-    unit.exfilLoad[p] += getCarriedMass(s.storageExfil, left);
+    const double left = finishSurface(s, p, volume, s.storageExfil);
+    unit.exfilLoad[p] += getCarriedMass(s, s.storageExfil, left);
 }
 
 /// A barrel has its storage alone; what doesn't fit in goes over its rim with the inflow's concentration.
-static void moveThroughBarrel(int32_t p) {
-    const LidStepRecord& s = LidStep;
+static void moveThroughBarrel(const LidStep& s, int32_t p) {
     LidUnit& unit = *s.unit;
     const double volume = unit.area * unit.storageLevel * s.lid->storageVoid;
-    const double load = s.load[p];
+    const double load = unit.load[p];
     double in = 0.0;
     unit.thisSurfaceLoad[p] = 0.0;
     if (s.inflow * unit.area * s.dt > MIN_VOLUME) {
@@ -183,7 +150,7 @@ static void moveThroughBarrel(int32_t p) {
         unit.thisSurfaceLoad[p] = s.surfaceOutflow * load / s.inflow;
     }
     if (volume > MIN_VOLUME) {
-        finishWetStorage(p, volume, in, s.lid->storageDecay);
+        finishWetStorage(s, p, volume, in);
         return;
     }
     unit.thisStorageMass[p] = 0.0;
@@ -192,14 +159,14 @@ static void moveThroughBarrel(int32_t p) {
     unit.thisDrainLoad[p] = s.inflow != 0.0 ? s.storageInflow * load / s.inflow : 0.0;
 }
 
-void lid_moveQuality() {
-    LidUnit& unit = *LidStep.unit;
+void lidquality_advance(const LidStep& s) {
+    LidUnit& unit = *s.unit;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        unit.inflowLoad[p] += LidStep.dt * LidStep.load[p];
-        switch (LidStep.lid->type) {
-            case LID_RB: moveThroughBarrel(p); break;
-            case LID_VS: moveThroughSwale(p); break;
-            default: moveThroughStack(p); break;
+        unit.inflowLoad[p] += s.dt * unit.load[p];
+        switch (s.lid->type) {
+            case LID_RB: moveThroughBarrel(s, p); break;
+            case LID_VS: moveThroughSwale(s, p); break;
+            default: moveThroughStack(s, p); break;
         }
         unit.finalLoad[p] =
             unit.thisSurfaceMass[p] + unit.thisPavementMass[p] + unit.thisSoilMass[p] + unit.thisStorageMass[p];

@@ -1,20 +1,20 @@
 // Water in the layers of a LID unit: one rate function per type. A unit is a stack of surface, pavement, soil and
 // storage, each a bucket; the fluxes between them are the potential ones of their laws, cut to what the layer above
-// holds and the layer below can take. The solver calls them with the unit in LidStep. Surface outflow by Manning over a
-// wide berm, percolation by a conductivity that falls exponentially with the moisture deficit, the underdrain as a
-// power of its head.
+// holds and the layer below can take. The solver calls them. Surface outflow by Manning's law (1891) over a wide berm,
+// percolation by a conductivity that falls exponentially with the moisture deficit, the underdrain as a power of its
+// head.
+
+#include "hydrology/lidrates.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "hydrology/lidunit.h"
+#include "text/units.h"
 
 static constexpr double MANNING_EXPONENT = 1.6666666666666667;
 static constexpr double HYDRAULIC_RADIUS_EXPONENT = 0.6666666666666666;
-static constexpr double MIN_HEAD = 1e-10;  ///< m
-static constexpr double MM_PER_M = 1000.0;
-static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
-static constexpr double MIN_SWALE_WIDTH = 0.5;    ///< m
+static constexpr double MIN_HEAD = 1e-10;       ///< m
+static constexpr double MIN_SWALE_WIDTH = 0.5;  ///< m
 
 /// Rate of change of a level from the net flow into its layer. A mat without voids takes nothing.
 static double getLevelRate(double flow, double voidFraction) {
@@ -29,8 +29,7 @@ static double getNonNegative(double value) {
 
 /// Evaporation from the top down, each layer with what the ones above left of the potential rate. While water
 /// infiltrates the lower layers don't evaporate.
-static void setEvaporation(double soilAvailable, double pavementAvailable) {
-    LidStepRecord& s = LidStep;
+static void setEvaporation(LidStep& s, double soilAvailable, double pavementAvailable) {
     s.surfaceEvap = getNonNegative(std::min(s.evap, s.surfaceVolume / s.dt));
     double rest = getNonNegative(s.evap - s.surfaceEvap);
     if (s.surfaceInfil > 0.0) {
@@ -44,30 +43,30 @@ static void setEvaporation(double soilAvailable, double pavementAvailable) {
     s.storageEvap = std::min(rest, s.storageVolume / s.dt);
 }
 
-double lid_surfaceOutflowRate(double level) {
-    const double head = level - LidStep.lid->surfaceDepth;
+double lidrates_getSurfaceOutflow(const LidStep& s, double level) {
+    const double head = level - s.lid->surfaceDepth;
     if (head < 0.0) {
         return 0.0;
     }
-    const double flow =
-        std::pow(head, MANNING_EXPONENT) * LidStep.lid->surfaceAlpha * LidStep.unit->fullWidth / LidStep.unit->area;
-    return std::min(flow, head / LidStep.dt);
+    const double flow = std::pow(head, MANNING_EXPONENT) * s.lid->surfaceAlpha * s.unit->fullWidth / s.unit->area;
+    return std::min(flow, head / s.dt);
 }
 
-static double getSoilPercolation(double moisture) {
-    const Lid& lid = *LidStep.lid;
+static double getSoilPercolation(const LidStep& s, double moisture) {
+    const Lid& lid = *s.lid;
     const double rate =
         moisture > lid.fieldCapacity ? lid.soilRate * std::exp(-(lid.porosity - moisture) * lid.soilSlope) : 0.0;
-    const double limit = getNonNegative((moisture - lid.fieldCapacity) * lid.soilDepth) / LidStep.dt - LidStep.soilEvap;
+    const double limit = getNonNegative((moisture - lid.fieldCapacity) * lid.soilDepth) / s.dt - s.soilEvap;
     return getNonNegative(std::min(rate, limit));
 }
 
 /// Head on the drain above the floor of the storage: each layer adds to it once the one below is full. With soil and
 /// pavement both there the surface never presses on the drain, nor does that of a trench, which has neither.
-static double getDrainHead(double level, double moisture, double pavement, double surface) {
-    const Lid& lid = *LidStep.lid;
-    double head = level;
-    if (level < lid.storageDepth) {
+static double getDrainHead(const Lid& lid, const LidStates& state) {
+    const double moisture = state[STATE_SOIL];
+    const double pavement = state[STATE_PAVEMENT];
+    double head = state[STATE_STORAGE];
+    if (head < lid.storageDepth) {
         return head;
     }
     if (lid.soilDepth > 0.0) {
@@ -90,68 +89,66 @@ static double getDrainHead(double level, double moisture, double pavement, doubl
             return head;
         }
     }
-    return head + surface;
+    return head + state[STATE_SURFACE];
 }
 
-double lid_drainRate(double level, double moisture, double pavement, double surface) {
-    const Lid& lid = *LidStep.lid;
-    const double head = getDrainHead(level, moisture, pavement, surface) - lid.drainOffset;
+double lidrates_getDrain(const Lid& lid, const LidStates& state) {
+    const double head = getDrainHead(lid, state) - lid.drainOffset;
     if (!(head > MIN_HEAD)) {
         return 0.0;
     }
     return std::pow(head * MM_PER_M, lid.drainExponent) * lid.drainCoefficient / MM_PER_HOUR;
 }
 
-/// Cuts a drain flow to the water above the drain, behind seepage and evaporation; what arrives counts in a full
-/// storage.
-static void limitDrain(double level, double arriving, double exfil, double& drain) {
-    const Lid& lid = *LidStep.lid;
-    double available = -exfil - LidStep.storageEvap;
+/// Upper limit of the drain flow: the water above the drain that seepage and evaporation leave; what arrives counts in
+/// a full storage.
+static double getDrainLimit(const LidStep& s, double level, double arriving, double exfil) {
+    const Lid& lid = *s.lid;
+    double available = -exfil - s.storageEvap;
     if (!(level < lid.storageDepth)) {
         available += arriving;
     }
     if (!(level < lid.drainOffset)) {
-        available += (level - lid.drainOffset) * lid.storageVoid / LidStep.dt;
+        available += (level - lid.drainOffset) * lid.storageVoid / s.dt;
     }
-    drain = std::min(drain, getNonNegative(available));
+    return getNonNegative(available);
 }
 
-static void limitInfiltration(double limit) {
-    LidStep.surfaceInfil = std::min(LidStep.surfaceInfil, limit);
+static void limitInfiltration(LidStep& s, double limit) {
+    s.surfaceInfil = std::min(s.surfaceInfil, limit);
 }
 
 /// Free room in the soil, as a rate over the step.
-static double getSoilRoom(double moisture) {
-    return (LidStep.lid->porosity - moisture) * LidStep.lid->soilDepth / LidStep.dt;
+static double getSoilRoom(const LidStep& s, double moisture) {
+    return (s.lid->porosity - moisture) * s.lid->soilDepth / s.dt;
 }
 
 /// Free room in the storage, likewise.
-static double getStorageRoom(double level) {
-    return (LidStep.lid->storageDepth - level) * LidStep.lid->storageVoid / LidStep.dt;
+static double getStorageRoom(const LidStep& s, double level) {
+    return (s.lid->storageDepth - level) * s.lid->storageVoid / s.dt;
 }
 
-static double getSurfaceBalance() {
-    return LidStep.inflow - LidStep.surfaceEvap - LidStep.surfaceInfil - LidStep.surfaceOutflow;
+static double getSurfaceBalance(const LidStep& s) {
+    return s.inflow - s.surfaceEvap - s.surfaceInfil - s.surfaceOutflow;
 }
 
-/// The last lines of all types with a ponding surface but the pavement.
-static void setSurface(const double* state, double* rates) {
-    LidStep.surfaceOutflow = lid_surfaceOutflowRate(state[STATE_SURFACE]);
-    rates[STATE_SURFACE] = getLevelRate(getSurfaceBalance(), LidStep.lid->surfaceVoid);
+/// Outflow and rate of a ponding surface; the last flux of all types that have one, but for the pavement.
+static double setSurface(LidStep& s, const LidStates& state) {
+    s.surfaceOutflow = lidrates_getSurfaceOutflow(s, state[STATE_SURFACE]);
+    return getLevelRate(getSurfaceBalance(s), s.lid->surfaceVoid);
 }
 
-static bool isFull(const double* state) {
-    return !(state[STATE_SOIL] < LidStep.lid->porosity) && !(state[STATE_STORAGE] < LidStep.lid->storageDepth);
+static bool isFull(const Lid& lid, const LidStates& state) {
+    return !(state[STATE_SOIL] < lid.porosity) && !(state[STATE_STORAGE] < lid.storageDepth);
 }
 
 /// Volumes and evaporation of surface, soil and storage. A saturated soil shuts the storage off from the air.
-static void setSoilColumn(const double* state) {
-    LidStepRecord& s = LidStep;
+static void setSoilColumn(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
     s.soilVolume = state[STATE_SOIL] * lid.soilDepth;
     s.storageVolume = state[STATE_STORAGE] * lid.storageVoid;
-    setEvaporation(s.soilVolume - lid.soilDepth * lid.wiltingPoint, 0.0);
+    setEvaporation(s, s.soilVolume - lid.soilDepth * lid.wiltingPoint, 0.0);
     if (!(state[STATE_SOIL] < lid.porosity)) {
         s.storageEvap = 0.0;
     }
@@ -160,27 +157,24 @@ static void setSoilColumn(const double* state) {
 // --- bio-retention cell and rain garden ----------------------------------------------------------------------------
 
 /// Without a storage the soil drains straight into the ground, as fast as that takes it.
-static void skipStorage(double moisture) {
-    LidStepRecord& s = LidStep;
+static void skipStorage(LidStep& s, double moisture) {
     s.storageEvap = 0.0;
     s.soilPerc = std::min(s.soilPerc, s.storageExfil);
     s.storageExfil = s.soilPerc;
-    limitInfiltration(getSoilRoom(moisture) + s.soilPerc + s.soilEvap);
+    limitInfiltration(s, getSoilRoom(s, moisture) + s.soilPerc + s.soilEvap);
 }
 
-static void limitBioCell(double moisture, double level) {
-    LidStepRecord& s = LidStep;
+static void limitBioCell(LidStep& s, double moisture, double level) {
     s.storageExfil = getNonNegative(std::min(s.storageExfil, s.storageVolume / s.dt + s.soilPerc - s.storageEvap));
     if (s.storageDrain > 0.0) {
-        limitDrain(level, s.soilPerc, s.storageExfil, s.storageDrain);
+        s.storageDrain = std::min(s.storageDrain, getDrainLimit(s, level, s.soilPerc, s.storageExfil));
     }
-    s.soilPerc = std::min(s.soilPerc, getStorageRoom(level) + s.storageDrain + s.storageExfil + s.storageEvap);
-    limitInfiltration(getSoilRoom(moisture) + s.soilPerc + s.soilEvap);
+    s.soilPerc = std::min(s.soilPerc, getStorageRoom(s, level) + s.storageDrain + s.storageExfil + s.storageEvap);
+    limitInfiltration(s, getSoilRoom(s, moisture) + s.soilPerc + s.soilEvap);
 }
 
 /// Full layers pass on what the slowest of them lets through; seepage goes before the drain.
-static void limitFullBioCell() {
-    LidStepRecord& s = LidStep;
+static void limitFullBioCell(LidStep& s) {
     double through = s.storageDrain + s.storageExfil;
     if (s.soilPerc < through) {
         through = s.soilPerc;
@@ -192,102 +186,95 @@ static void limitFullBioCell() {
         }
     }
     s.soilPerc = through;
-    limitInfiltration(through);
+    limitInfiltration(s, through);
 }
 
-void lid_ratesBioCell(const double* state, double* rates) {
-    LidStepRecord& s = LidStep;
+LidStates lidrates_ofBioCell(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     const double moisture = state[STATE_SOIL];
     const double level = state[STATE_STORAGE];
-    setSoilColumn(state);
-    s.soilPerc = getSoilPercolation(moisture);
+    setSoilColumn(s, state);
+    s.soilPerc = getSoilPercolation(s, moisture);
     s.storageExfil = lid.storageRate;
-    s.storageDrain = lid.drainCoefficient > 0.0 ? lid_drainRate(level, moisture, 0.0, state[STATE_SURFACE]) : 0.0;
+    s.storageDrain =
+        lid.drainCoefficient > 0.0 ? lidrates_getDrain(lid, {state[STATE_SURFACE], moisture, level, 0.0}) : 0.0;
     if (lid.storageDepth == 0.0) {
-        skipStorage(moisture);
+        skipStorage(s, moisture);
     }
-    if (isFull(state)) {
-        limitFullBioCell();
+    if (isFull(lid, state)) {
+        limitFullBioCell(s);
     } else {
-        limitBioCell(moisture, level);
+        limitBioCell(s, moisture, level);
     }
-    rates[STATE_SOIL] = (s.surfaceInfil - s.soilEvap - s.soilPerc) / lid.soilDepth;
-    rates[STATE_STORAGE] =
+    const double soil = (s.surfaceInfil - s.soilEvap - s.soilPerc) / lid.soilDepth;
+    const double storage =
         lid.storageDepth == 0.0
             ? 0.0
             : getLevelRate(s.soilPerc - s.storageEvap - s.storageExfil - s.storageDrain, lid.storageVoid);
-    rates[STATE_PAVEMENT] = 0.0;
-    setSurface(state, rates);
+    return {setSurface(s, state), soil, storage, 0.0};
 }
 
 // --- green roof ----------------------------------------------------------------------------------------------------
 
 /// Flow off the mat: Manning over its depth, or all that the soil gives where the mat has no roughness.
-static double getMatFlow(double level) {
-    const Lid& lid = *LidStep.lid;
+static double getMatFlow(const LidStep& s, double level) {
+    const Lid& lid = *s.lid;
     if (!(lid.matAlpha > 0.0)) {
-        return LidStep.soilPerc;
+        return s.soilPerc;
     }
-    return std::pow(level, MANNING_EXPONENT) * lid.matAlpha * LidStep.unit->fullWidth / LidStep.unit->area *
-           lid.matVoid;
+    return std::pow(level, MANNING_EXPONENT) * lid.matAlpha * s.unit->fullWidth / s.unit->area * lid.matVoid;
 }
 
-void lid_ratesGreenRoof(const double* state, double* rates) {
-    LidStepRecord& s = LidStep;
+LidStates lidrates_ofGreenRoof(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     const double moisture = state[STATE_SOIL];
     const double level = state[STATE_STORAGE];
-    setSoilColumn(state);
-    s.soilPerc = getSoilPercolation(moisture);
+    setSoilColumn(s, state);
+    s.soilPerc = getSoilPercolation(s, moisture);
     s.storageExfil = 0.0;
-    double drain = getMatFlow(level);
-    if (!isFull(state)) {
+    double drain = getMatFlow(s, level);
+    if (!isFull(lid, state)) {
         double available = s.storageVolume / s.dt - s.storageEvap;
         if (!(level < lid.storageDepth)) {
             available += s.soilPerc;
         }
         drain = std::min(drain, getNonNegative(available));
-        s.soilPerc = std::min(s.soilPerc, getStorageRoom(level) + drain + s.storageEvap);
-        limitInfiltration(getSoilRoom(moisture) + s.soilPerc + s.soilEvap);
+        s.soilPerc = std::min(s.soilPerc, getStorageRoom(s, level) + drain + s.storageEvap);
+        limitInfiltration(s, getSoilRoom(s, moisture) + s.soilPerc + s.soilEvap);
     } else {
         s.soilPerc = std::min(s.soilPerc, drain);
         drain = s.soilPerc;
-        limitInfiltration(s.soilPerc);
+        limitInfiltration(s, s.soilPerc);
     }
     s.storageDrain = drain;
-    rates[STATE_SOIL] = (s.surfaceInfil - s.soilEvap - s.soilPerc) / lid.soilDepth;
-    rates[STATE_STORAGE] = getLevelRate(s.soilPerc - s.storageEvap - drain, lid.storageVoid);
-    rates[STATE_PAVEMENT] = 0.0;
-    setSurface(state, rates);
+    const double soil = (s.surfaceInfil - s.soilEvap - s.soilPerc) / lid.soilDepth;
+    const double storage = getLevelRate(s.soilPerc - s.storageEvap - drain, lid.storageVoid);
+    return {setSurface(s, state), soil, storage, 0.0};
 }
 
 // --- infiltration trench -------------------------------------------------------------------------------------------
 
-void lid_ratesTrench(const double* state, double* rates) {
-    LidStepRecord& s = LidStep;
+LidStates lidrates_ofTrench(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     const double level = state[STATE_STORAGE];
     s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
     s.storageVolume = level * lid.storageVoid;
-    setEvaporation(0.0, 0.0);
+    setEvaporation(s, 0.0, 0.0);
     if (state[STATE_SURFACE] > 0.0) {
         s.storageEvap = 0.0;
     }
     const double arriving = s.surfaceVolume / s.dt + s.inflow;
     s.storageExfil = lid.storageRate;
-    s.storageDrain = lid.drainCoefficient > 0.0 ? lid_drainRate(level, 0.0, 0.0, state[STATE_SURFACE]) : 0.0;
+    s.storageDrain = lid.drainCoefficient > 0.0 ? lidrates_getDrain(lid, {state[STATE_SURFACE], 0.0, level, 0.0}) : 0.0;
     s.storageExfil = getNonNegative(std::min(s.storageExfil, arriving - s.storageEvap + s.storageVolume / s.dt));
     if (s.storageDrain > 0.0) {
-        limitDrain(level, arriving, s.storageExfil, s.storageDrain);
+        s.storageDrain = std::min(s.storageDrain, getDrainLimit(s, level, arriving, s.storageExfil));
     }
-    s.storageInflow = std::min(arriving, getStorageRoom(level) + s.storageExfil + s.storageEvap + s.storageDrain);
+    s.storageInflow = std::min(arriving, getStorageRoom(s, level) + s.storageExfil + s.storageEvap + s.storageDrain);
     s.surfaceInfil = s.storageInflow;
-    rates[STATE_SOIL] = 0.0;
-    rates[STATE_STORAGE] =
+    const double storage =
         getLevelRate(s.storageInflow - s.storageEvap - s.storageExfil - s.storageDrain, lid.storageVoid);
-    rates[STATE_PAVEMENT] = 0.0;
-    setSurface(state, rates);
+    return {setSurface(s, state), 0.0, storage, 0.0};
 }
 
 // --- permeable pavement --------------------------------------------------------------------------------------------
@@ -301,8 +288,8 @@ struct PavementFlow {
 };
 
 /// All layers above the ground full, without soil: the pavement passes what storage and evaporation let go.
-static void limitFullStack(PavementFlow& f) {
-    double through = f.drain + LidStep.storageEvap + f.exfil;
+static void limitFullStack(LidStep& s, PavementFlow& f) {
+    double through = f.drain + s.storageEvap + f.exfil;
     if (!(f.perc > through)) {
         f.exfil = std::min(f.exfil, f.perc);
         f.drain = f.perc - f.exfil;
@@ -311,11 +298,11 @@ static void limitFullStack(PavementFlow& f) {
         f.perc = through;
     }
     f.soilPerc = through;
-    limitInfiltration(through);
+    limitInfiltration(s, through);
 }
 
 /// The same with a soil in between.
-static void limitFullSoilStack(PavementFlow& f) {
+static void limitFullSoilStack(LidStep& s, PavementFlow& f) {
     const double outflow = f.drain + f.exfil;
     double through = outflow;
     if (outflow > f.soilPerc) {
@@ -330,7 +317,7 @@ static void limitFullSoilStack(PavementFlow& f) {
         f.drain = through - f.exfil;
     }
     f.perc = f.soilPerc = through;
-    limitInfiltration(through);
+    limitInfiltration(s, through);
 }
 
 /// Soil and storage full below a pavement that is not.
@@ -345,134 +332,122 @@ static void limitFullBase(PavementFlow& f) {
 }
 
 /// Pavement and soil full above a storage that is not.
-static void limitFullTop(PavementFlow& f) {
+static void limitFullTop(LidStep& s, PavementFlow& f) {
     const double through = f.soilPerc < f.perc ? f.soilPerc : f.perc;
     f.perc = f.soilPerc = through;
-    limitInfiltration(through);
+    limitInfiltration(s, through);
 }
 
 /// Any other state: each layer is limited by what is below it, from the bottom upward.
-static void limitFromBelow(const double* state, PavementFlow& f) {
-    const LidStepRecord& s = LidStep;
+static void limitFromBelow(const LidStep& s, const LidStates& state, PavementFlow& f) {
     const double level = state[STATE_STORAGE];
     f.exfil = std::min(f.exfil, getNonNegative(f.soilPerc - s.storageEvap + s.storageVolume / s.dt));
     if (f.drain > 0.0) {
-        limitDrain(level, f.soilPerc, f.exfil, f.drain);
+        f.drain = std::min(f.drain, getDrainLimit(s, level, f.soilPerc, f.exfil));
     }
-    double room = getNonNegative(getStorageRoom(level) + s.storageEvap + f.drain + f.exfil);
+    double room = getNonNegative(getStorageRoom(s, level) + s.storageEvap + f.drain + f.exfil);
     if (s.lid->soilDepth > 0.0) {
         f.soilPerc = std::min(f.soilPerc, room);
-        room = getSoilRoom(state[STATE_SOIL]) + f.soilPerc;
+        room = getSoilRoom(s, state[STATE_SOIL]) + f.soilPerc;
     }
     f.perc = std::min(f.perc, room);
 }
 
 /// What the pavement itself has room for.
-static void limitByPavement(double level, const PavementFlow& f) {
-    const Lid& lid = *LidStep.lid;
-    limitInfiltration((lid.pavementDepth - level) * lid.pavementVoid / LidStep.dt + f.perc + LidStep.pavementEvap);
+static void limitByPavement(LidStep& s, double level, const PavementFlow& f) {
+    const Lid& lid = *s.lid;
+    limitInfiltration(s, (lid.pavementDepth - level) * lid.pavementVoid / s.dt + f.perc + s.pavementEvap);
 }
 
-static void limitPavement(const double* state, PavementFlow& f) {
-    const Lid& lid = *LidStep.lid;
+static void limitPavement(LidStep& s, const LidStates& state, PavementFlow& f) {
+    const Lid& lid = *s.lid;
     const bool hasSoil = lid.soilDepth > 0.0;
     const bool isStorageFull = !(state[STATE_STORAGE] < lid.storageDepth);
     const bool isPavementFull = !(state[STATE_PAVEMENT] < lid.pavementDepth);
     const bool isSoilFull = !(state[STATE_SOIL] < lid.porosity);
     if (!hasSoil && isStorageFull && isPavementFull) {
-        limitFullStack(f);
+        limitFullStack(s, f);
     } else if (hasSoil && isStorageFull && isPavementFull && isSoilFull) {
-        limitFullSoilStack(f);
+        limitFullSoilStack(s, f);
     } else if (hasSoil && isStorageFull && isSoilFull) {
         limitFullBase(f);
-        limitByPavement(state[STATE_PAVEMENT], f);
+        limitByPavement(s, state[STATE_PAVEMENT], f);
     } else if (hasSoil && isPavementFull && isSoilFull) {
-        limitFullTop(f);
+        limitFullTop(s, f);
     } else {
-        limitFromBelow(state, f);
-        limitByPavement(state[STATE_PAVEMENT], f);
+        limitFromBelow(s, state, f);
+        limitByPavement(s, state[STATE_PAVEMENT], f);
     }
 }
 
-static void setPavementColumn(const double* state) {
-    LidStepRecord& s = LidStep;
+static void setPavementColumn(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
     s.pavementVolume = state[STATE_PAVEMENT] * lid.pavementVoid;
     s.soilVolume = state[STATE_SOIL] * lid.soilDepth;
     s.storageVolume = state[STATE_STORAGE] * lid.storageVoid;
-    setEvaporation(s.soilVolume - lid.soilDepth * lid.wiltingPoint, s.pavementVolume);
+    setEvaporation(s, s.soilVolume - lid.soilDepth * lid.wiltingPoint, s.pavementVolume);
     const bool isSoilFull = lid.soilDepth > 0.0 && !(state[STATE_SOIL] < lid.porosity);
     if (!(state[STATE_PAVEMENT] < lid.pavementDepth) || isSoilFull) {
         s.storageEvap = 0.0;
     }
 }
 
-static void setPavementRates(const double* state, const PavementFlow& f, double* rates) {
-    LidStepRecord& s = LidStep;
+static LidStates setPavementRates(LidStep& s, const LidStates& state, const PavementFlow& f) {
     const Lid& lid = *s.lid;
-    s.surfaceOutflow = lid_surfaceOutflowRate(state[STATE_SURFACE]);
-    // Not over the void of the surface, as all other types have it: a pavement's surface has been meant to be bare.
-    rates[STATE_SURFACE] = getSurfaceBalance();
-    rates[STATE_PAVEMENT] = getLevelRate(s.surfaceInfil - s.pavementEvap - f.perc, lid.pavementVoid);
-    if (lid.soilDepth > 0.0) {
-        s.soilPerc = f.soilPerc;
-        rates[STATE_SOIL] = (f.perc - s.soilEvap - f.soilPerc) / lid.soilDepth;
-        rates[STATE_STORAGE] = getLevelRate(f.soilPerc - s.storageEvap - f.exfil - f.drain, lid.storageVoid);
-    } else {
+    s.surfaceOutflow = lidrates_getSurfaceOutflow(s, state[STATE_SURFACE]);
+    // Not over the void of the surface, as all other types have it: the surface of a pavement counts as bare.
+    const double surface = getSurfaceBalance(s);
+    const double pavement = getLevelRate(s.surfaceInfil - s.pavementEvap - f.perc, lid.pavementVoid);
+    if (!(lid.soilDepth > 0.0)) {
         s.soilPerc = 0.0;
-        rates[STATE_SOIL] = 0.0;
-        rates[STATE_STORAGE] = getLevelRate(f.perc - s.storageEvap - f.exfil - f.drain, lid.storageVoid);
+        return {surface, 0.0, getLevelRate(f.perc - s.storageEvap - f.exfil - f.drain, lid.storageVoid), pavement};
     }
+    s.soilPerc = f.soilPerc;
+    const double soil = (f.perc - s.soilEvap - f.soilPerc) / lid.soilDepth;
+    const double storage = getLevelRate(f.soilPerc - s.storageEvap - f.exfil - f.drain, lid.storageVoid);
+    return {surface, soil, storage, pavement};
 }
 
-void lid_ratesPavement(const double* state, double* rates) {
-    LidStepRecord& s = LidStep;
+LidStates lidrates_ofPavement(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     // The surface has no infiltration yet at this moment, so the lower layers evaporate even while water comes in.
-    setPavementColumn(state);
+    setPavementColumn(s, state);
     s.surfaceInfil = std::min(lid.pavementRate, s.surfaceVolume / s.dt + s.inflow);
     PavementFlow f;
     f.perc = std::min(lid.pavementRate, getNonNegative(s.pavementVolume / s.dt + s.surfaceInfil - s.pavementEvap));
-    f.soilPerc = lid.soilDepth > 0.0 ? getSoilPercolation(state[STATE_SOIL]) : f.perc;
+    f.soilPerc = lid.soilDepth > 0.0 ? getSoilPercolation(s, state[STATE_SOIL]) : f.perc;
     f.exfil = lid.storageRate;
-    f.drain = lid.drainCoefficient > 0.0
-                  ? lid_drainRate(state[STATE_STORAGE], state[STATE_SOIL], state[STATE_PAVEMENT], state[STATE_SURFACE])
-                  : 0.0;
-    limitPavement(state, f);
+    f.drain = lid.drainCoefficient > 0.0 ? lidrates_getDrain(lid, state) : 0.0;
+    limitPavement(s, state, f);
     s.storageExfil = f.exfil;
     s.storageDrain = f.drain;
     s.pavementPerc = f.perc;
-    setPavementRates(state, f, rates);
+    return setPavementRates(s, state, f);
 }
 
 // --- rain barrel ---------------------------------------------------------------------------------------------------
 
-void lid_ratesBarrel(const double* state, double* rates) {
-    LidStepRecord& s = LidStep;
+LidStates lidrates_ofBarrel(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     const double level = state[STATE_STORAGE];
     s.storageVolume = level;
     s.storageDrain = 0.0;
     if (lid.drainDelay == 0.0 || !(s.unit->dryTime < lid.drainDelay)) {
         if (level > lid.drainOffset) {
-            s.storageDrain = std::min(lid_drainRate(level, 0.0, 0.0, 0.0), (level - lid.drainOffset) / s.dt);
+            s.storageDrain = std::min(lidrates_getDrain(lid, {0.0, 0.0, level, 0.0}), (level - lid.drainOffset) / s.dt);
         }
     }
     s.storageInflow = std::min(s.inflow, (lid.storageDepth - level) / s.dt + s.storageDrain);
     s.surfaceInfil = s.storageInflow;
     s.surfaceOutflow = s.inflow - s.storageInflow;
-    // What spills also raises a level that nobody reads; results have always shown it as the surface of a barrel.
-    rates[STATE_SURFACE] = s.surfaceOutflow;
-    rates[STATE_SOIL] = 0.0;
-    rates[STATE_STORAGE] = s.storageInflow - s.storageDrain;
-    rates[STATE_PAVEMENT] = 0.0;
+    // What spills also raises a level that no law reads; results show it as the surface of a barrel.
+    return {s.surfaceOutflow, 0.0, s.storageInflow - s.storageDrain, 0.0};
 }
 
 // --- vegetative swale ----------------------------------------------------------------------------------------------
 
-void lid_ratesSwale(const double* state, double* rates) {
-    LidStepRecord& s = LidStep;
+LidStates lidrates_ofSwale(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     const double area = s.unit->area;
     const double full = lid.surfaceDepth;
@@ -505,8 +480,5 @@ void lid_ratesSwale(const double* state, double* rates) {
     s.storageExfil = infil / area;
     s.surfaceOutflow = out / area;
     s.surfaceVolume = volume / area;
-    rates[STATE_SURFACE] = getLevelRate(net / surfaceArea, lid.surfaceVoid);
-    rates[STATE_SOIL] = 0.0;
-    rates[STATE_STORAGE] = 0.0;
-    rates[STATE_PAVEMENT] = 0.0;
+    return {getLevelRate(net / surfaceArea, lid.surfaceVoid), 0.0, 0.0, 0.0};
 }

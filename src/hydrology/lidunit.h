@@ -1,89 +1,77 @@
 #pragma once
-// LID units at work: the water and the pollutants in the layers of a unit over one step.
+// LID units: a control at work on a part of a subcatchment, or in a node of the network.
 
 #include <cstdint>
 
 #include "hydrology/lid.h"
+#include "model/arena.h"
 
-/// The four states of a unit, in the order in which the solver holds them and their rates of change.
-enum LidState : int32_t { STATE_SURFACE, STATE_SOIL, STATE_STORAGE, STATE_PAVEMENT, LID_STATE_COUNT };
-
-/// What the solver works with for the unit in hand. It means nothing between two calls.
-struct LidStepRecord {
-    LidUnit* unit;
-    const Lid* lid;
-    const double* load;     ///< kg/s, entering, one per pollutant
-    double dt;              ///< s
-    double inflow;          ///< m/s, rain and runon per area of the unit
-    double evap;            ///< m/s, potential evaporation
-    double surfaceVolume;   ///< m, water per area, as the three below
-    double pavementVolume;  ///< m
-    double soilVolume;      ///< m
-    double storageVolume;   ///< m
-    double surfaceEvap;     ///< m/s
-    double pavementEvap;    ///< m/s
-    double soilEvap;        ///< m/s
-    double storageEvap;     ///< m/s
-    double surfaceInfil;    ///< m/s, from the surface to the next layer
-    double surfaceOutflow;  ///< m/s, over the surface
-    double pavementPerc;    ///< m/s, out of the pavement
-    double soilPerc;        ///< m/s, out of the soil
-    double storageInflow;   ///< m/s, into the storage of a trench or barrel
-    double storageExfil;    ///< m/s, seepage out of the storage, or out of a swale
-    double storageDrain;    ///< m/s, through the underdrain
+struct LidUnit {
+    int32_t lid;               ///< the definition
+    double area;               ///< m2
+    double fullWidth;          ///< m, of the outflow
+    double initialSaturation;  ///< 0 ... 1
+    double fromImpervious;     ///< 0 ... 1, share taken of the subcatchment's runoff, or of the node's inflow
+    int32_t drainNode;         ///< node that gets the underdrain, or -1
+    int32_t next;              ///< next unit of the same subcatchment, or -1
+    double surfaceLevel;       ///< m
+    double pavementLevel;      ///< m
+    double soilMoisture;       ///< 0 ... 1
+    double storageLevel;       ///< m
+    double* lastSurfaceMass;   ///< kg, one per pollutant; at the start of the step, as the three below
+    double* lastPavementMass;  ///< kg
+    double* lastSoilMass;      ///< kg
+    double* lastStorageMass;   ///< kg
+    double* thisSurfaceMass;   ///< kg, at the end of the step, as the three below
+    double* thisPavementMass;  ///< kg
+    double* thisSoilMass;      ///< kg
+    double* thisStorageMass;   ///< kg
+    double* thisSurfaceLoad;   ///< kg/s, over the surface in this step
+    double* thisDrainLoad;     ///< kg/s, through the underdrain in this step
+    double dryTime;            ///< s, since it rained
+    double surfaceChange;      ///< m/s, last rate of change of the level
+    double soilChange;         ///< 1/s
+    double storageChange;      ///< m/s
+    double pavementChange;     ///< m/s
+    double lastSurfaceFlow;    ///< m3/s
+    double thisSurfaceFlow;    ///< m3/s, over the surface; of a node with what passes around the unit
+    double lastDrainFlow;      ///< m3/s
+    double thisDrainFlow;      ///< m3/s, through the underdrain
+    double inflowDepth;        ///< m, of the run
+    double evapDepth;          ///< m
+    double infilDepth;         ///< m
+    double surfaceOutDepth;    ///< m
+    double drainDepth;         ///< m
+    double initialDepth;       ///< m, stored at the start
+    double finalDepth;         ///< m, stored at the end
+    double* load;              ///< kg/s, entering in this step, one per pollutant; set by whoever steps the unit
+    double* rainLoad;          ///< kg, one per pollutant, of the run, as the six below
+    double* inflowLoad;        ///< kg
+    double* exfilLoad;         ///< kg
+    double* surfaceOutLoad;    ///< kg
+    double* drainOutLoad;      ///< kg
+    double* finalLoad;         ///< kg
+    double* reactedLoad;       ///< kg
 };
 
-extern LidStepRecord LidStep;
+/// The arrays of masses and loads in the layers, from one piece of memory of an arena; none without memory, which is
+/// false.
+[[nodiscard]] bool lidunit_createArrays(LidUnit& unit, Arena& arena);
 
-/// Puts all units of subcatchments to the start of a run.
-void lid_initUnits();
+/// Sets the masses and loads in the layers to 0.
+void lidunit_clearArrays(LidUnit& unit);
 
-/// The seven arrays of the quality balance of a unit, zeroed; they live from a start to the next. A failure is
+/// The loads of the quality balance and the load that enters, zeroed; they live from a start to the next. A failure is
 /// reported.
-void lid_allocBalance(LidUnit& unit);
+void lidunit_openBalance(LidUnit& unit);
 
-/// Lets go of the seven arrays.
-void lid_freeBalance(LidUnit& unit);
+/// Lets go of the arrays, when the memory of the results of a run goes.
+void lidunit_forgetArrays(LidUnit& unit);
+void lidunit_forgetBalance(LidUnit& unit);
 
-/// Scratch for the loads of a unit, kg/s, one per pollutant; null before the first start.
-double* lid_getLoadScratch();
+/// Levels at the initial saturation, flows and the water balance of the start of a run. The water in a mat is worked
+/// out with the void given.
+void lidunit_initState(LidUnit& unit, const Lid& lid, double matVoid);
 
-/// New becomes old, for the group of a subcatchment at the start of a runoff step.
-void lid_shiftGroup(int32_t subcatch);
-
-/// All units of a subcatchment over one runoff step (s); adds to RunoffVolumes.
-void lid_stepUnits(int32_t subcatch, double dt);
-
-/// Takes from the mass that leaves a subcatchment in a runoff step (kg, one per pollutant) the share that its units
-/// catch, and adds what they let go over their surfaces.
-void lid_addSurfaceLoads(int32_t subcatch, double* runoffLoad);
-
-/// Adds the underdrains of all units to their nodes, in the routing step.
-void lid_addDrains();
-
-/// One unit over one step (s). Outputs in m/s; the result is its surface outflow, m/s.
-double lid_solveUnit(LidUnit& unit, const Lid& lid, double inflow, double evap, double dt, double* evapRate,
-                     double* infilRate, double* drainRate, const double* load);
-
-/// Adds the step in LidStep to the water balance of its unit.
-void lid_addBalance();
-
-/// Rates of change of the four states by the law of the unit's type, and the fluxes in LidStep.
-void lid_ratesBioCell(const double* state, double* rates);
-void lid_ratesGreenRoof(const double* state, double* rates);
-void lid_ratesTrench(const double* state, double* rates);
-void lid_ratesPavement(const double* state, double* rates);
-void lid_ratesBarrel(const double* state, double* rates);
-void lid_ratesSwale(const double* state, double* rates);
-
-/// Outflow over the berm at a level (m), m/s.
-double lid_surfaceOutflowRate(double level);
-
-/// Flow of the underdrain, m/s, by the head that stands on it: levels in m, moisture as a share.
-double lid_drainRate(double level, double moisture, double pavement, double surface);
-
-/// Moves the pollutants with the water of the step, from the state before it.
-void lid_moveQuality();
-
-/// A concentration (mg/L) after the step of LidStep.
-double decay_apply(DecayRule& rule, double concentration);
+/// New becomes old, at the start of a step.
+void lidunit_shiftState(LidUnit& unit);

@@ -12,9 +12,8 @@
 
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
-#include "hydrology/landuse.h"
-#include "hydrology/lidunit.h"
-#include "hydrology/subcatch.h"
+#include "hydrology/lidgroup.h"
+#include "hydrology/washoff.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/project.h"
@@ -44,8 +43,8 @@ void runoff_limitStep() {
     for (const Gage& gage : Gages) {
         RunoffStep = gage.interval < RunoffStep ? gage.interval : RunoffStep;
     }
-    // The last subcatchment counts, not the fastest one, and the step found may be longer than the one it replaces.
-    // Calibrated projects rely on the steps that this gives.
+    // The last subcatchment counts, not the fastest one, and the step found may be longer than the one it replaces: the
+    // time of flow is a rough guess, and the steps that this gives are part of the results.
     double time = 0.0;
     for (const Subcatch& subcatch : Subcatches) {
         time = getFlowTime(subcatch, time);
@@ -62,6 +61,13 @@ void runoff_limitStep() {
             RunoffStep = step;
             return;
         }
+    }
+}
+
+void runoff_initState() {
+    for (Subcatch& subcatch : Subcatches) {
+        subcatch_initState(subcatch);
+        washoff_initBuildup(subcatch);
     }
 }
 
@@ -88,17 +94,6 @@ void runoff_resetClock() {
 
 // --- step ----------------------------------------------------------------------------------------------------------
 
-static void shiftState(Subcatch& subcatch) {
-    subcatch.lastRunoff = subcatch.thisRunoff;
-    subcatch.imperviousRunoff = subcatch.perviousRunoff = subcatch.thisRunoff = 0.0;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        subcatch.lastQuality[p] = subcatch.thisQuality[p];
-        subcatch.thisQuality[p] = 0.0;
-        subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p];
-        subcatch.thisWashoffRate[p] = 0.0;
-    }
-}
-
 /// Concentrations of the runoff, from the loads of the step. A trickle carries none: its load is lost.
 static void setQuality(Subcatch& subcatch, double dt) {
     const double volume = dt * subcatch.thisRunoff;
@@ -112,12 +107,22 @@ static void setQuality(Subcatch& subcatch, double dt) {
     }
 }
 
-static void washSubcatch(int32_t index, double dt) {
+RunoffVolumes runoff_stepWater(int32_t index, double dt) {
+    Subcatch& subcatch = Subcatches[index];
+    RunoffVolumes volumes = subcatch_stepLand(subcatch, dt);
+    if (subcatch.lidArea > 0.0) {
+        lidgroup_step(index, volumes, dt);
+    }
+    subcatch_closeStep(subcatch, volumes, dt);
+    return volumes;
+}
+
+static void stepQuality(int32_t index, const RunoffVolumes& volumes, double dt) {
     Subcatch& subcatch = Subcatches[index];
     std::fill_n(subcatch.runoffLoad, project_pollutantCount(), 0.0);
-    landuse_washLand(index, subcatch.thisRunoff / subcatch.area, dt);
-    landuse_washRain(index, dt);
-    lid_addSurfaceLoads(index, subcatch.runoffLoad);
+    washoff_washLand(subcatch, subcatch.thisRunoff / subcatch.area, dt);
+    washoff_washRain(subcatch, volumes, dt);
+    lidgroup_addSurfaceLoads(index, subcatch.runoffLoad, dt);
     setQuality(subcatch, dt);
 }
 
@@ -126,12 +131,12 @@ static void advanceSubcatch(int32_t index, double dt) {
     if (subcatch.area == 0.0) {
         return;
     }
-    subcatch_stepWater(index);
+    const RunoffVolumes volumes = runoff_stepWater(index, dt);
     if (subcatch.thisRunoff / subcatch.area < DRY_RATE) {
-        landuse_growBuildup(index, dt);
+        washoff_growBuildup(subcatch, dt);
     }
     if (project_pollutantCount() > 0) {
-        washSubcatch(index, dt);
+        stepQuality(index, volumes, dt);
     }
 }
 
@@ -146,8 +151,8 @@ void runoff_advance() {
     const double next = NewRunoffTime + RunoffStep * 1000.0;
     NewRunoffTime = next > TotalDuration ? TotalDuration : next;
     for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        shiftState(Subcatches[k]);
-        lid_shiftGroup(k);
+        subcatch_shiftState(Subcatches[k]);
+        lidgroup_shiftState(k);
     }
     for (int32_t k = 0; k < Subcatches.size(); ++k) {
         advanceSubcatch(k, RunoffStep);

@@ -1,6 +1,13 @@
 #pragma once
 // The runoff step.
 
+#include <cstdint>
+
+#include "hydrology/subcatch.h"
+
+/// Puts all subcatchments to the start of a run.
+void runoff_initState();
+
 /// Cuts the runoff step to the shortest interval of the gages, and to the time of flow over the land; once per run.
 void runoff_limitStep();
 
@@ -10,6 +17,9 @@ void runoff_close();
 
 /// Puts the runoff clock to the start of a run. Nobody but this room moves it.
 void runoff_resetClock();
+
+/// Water of one subcatchment with its LID units over a runoff step (s).
+RunoffVolumes runoff_stepWater(int32_t subcatch, double dt);
 
 /// Advances rain and runoff of the whole project by one runoff step. Nothing happens while an error stands.
 void runoff_advance();

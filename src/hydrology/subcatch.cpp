@@ -1,42 +1,25 @@
-// Subcatchments. Each is a plane of an impervious and a pervious part. Either part is a nonlinear reservoir: what
-// exceeds its depression storage flows off as a sheet by Manning's law (Chen and Shubinski 1971). Water seeps into the
-// pervious part by Horton's law (1940) on an equivalent time, so that a light rain uses up less of the curve than its
-// duration says. The runoff step calls stepWater; the routing step takes the runoff to the nodes.
+// Subcatchments. Each is a plane of an impervious and a pervious part, which both get the rain and the evaporation of
+// the whole. Either part drains over the land as a nonlinear reservoir (room plane), and water seeps into the pervious
+// one by Horton's law (room horton). The runoff step calls this room, and brings the water of the LID units into its
+// balance; the routing step takes the runoff to the nodes.
 
 #include "hydrology/subcatch.h"
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
-#include "hydrology/landuse.h"
-#include "hydrology/lidunit.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/project.h"
 #include "model/statistics.h"
-#include "routing/nodekinds.h"
-#include "text/tokens.h"
 
 Table<Subcatch> Subcatches;
-RunoffVolumesRecord RunoffVolumes;
 
-static constexpr double MANNING_EXPONENT = 1.6666666666666667;
 static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve, left to recover after the drying time
-static constexpr double NO_WATER = 1e-10;                     ///< m/s, at or below which the ground dries
-
-/// Square roots of slopes, beside the table: a host may change a slope in the run, otherwise the root stands.
-struct SlopeRoot {
-    double slope;  ///< m/m, that the root was taken of
-    double root;
-};
-
-static Table<SlopeRoot> SlopeRoots;
-
-static Subcatch& getSubcatch(int32_t subcatch) {
-    return Subcatches[subcatch];
-}
 
 // --- table ---------------------------------------------------------------------------------------------------------
 
@@ -63,9 +46,7 @@ static void createArrays(Subcatch& subcatch) {
 }
 
 void subcatch_createAll() {
-    const int32_t count = ObjectCount[SUBCATCH];
-    Subcatches.fill(count, Subcatch{});
-    SlopeRoots.fill(count, SlopeRoot{});
+    Subcatches.fill(ObjectCount[SUBCATCH], Subcatch{});
     for (Subcatch& subcatch : Subcatches) {
         createArrays(subcatch);
     }
@@ -73,7 +54,6 @@ void subcatch_createAll() {
 
 void subcatch_deleteAll() {
     Subcatches = {};
-    SlopeRoots = {};
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -112,7 +92,7 @@ int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
             return errors_setName(ERR_NUMBER, tokens[k]);
         }
     }
-    Subcatch& subcatch = getSubcatch(index);
+    Subcatch& subcatch = Subcatches[index];
     subcatch.name = name;
     subcatch.gage = gage;
     subcatch.outNode = outNode;
@@ -124,11 +104,54 @@ int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
     subcatch.perviousRoughness = v[8];
     subcatch.imperviousStorage = v[9] / 1000.0;
     subcatch.perviousStorage = v[10] / 1000.0;
-    subcatch.maxInfilRate = v[11] / 3600000.0;
-    subcatch.minInfilRate = v[12] / 3600000.0;
-    subcatch.infilDecay = v[13] / 3600.0;
-    subcatch.infilRecovery = std::log(DRYING_SHARE) / v[14] / -86400.0;
-    subcatch.maxInfilVolume = v[15] / 1000.0;
+    subcatch.soil.maxRate = v[11] / 3600000.0;
+    subcatch.soil.minRate = v[12] / 3600000.0;
+    subcatch.soil.decay = v[13] / 3600.0;
+    subcatch.soil.recovery = std::log(DRYING_SHARE) / v[14] / -86400.0;
+    subcatch.soil.maxVolume = v[15] / 1000.0;
+    return ERR_NONE;
+}
+
+/// Finds the subcatchment that a line begins with, and the object of another class that follows it.
+static int32_t findPair(const Tokens& tokens, int32_t type, int32_t& subcatch, int32_t& object) {
+    subcatch = names_find(SUBCATCH, tokens[0]);
+    if (subcatch < 0) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+    }
+    object = names_find(type, tokens[1]);
+    return object < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
+}
+
+int32_t subcatch_readCoverage(const Tokens& tokens) {
+    if (tokens.count < 3) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    int32_t subcatch = 0, landuse = 0;
+    if (const int32_t error = findPair(tokens, LANDUSE, subcatch, landuse)) {
+        return error;
+    }
+    // Negative shares pass: a land use can be taken off another one.
+    double percent;
+    if (!tokens_getDouble(tokens[2], &percent)) {
+        return errors_setName(ERR_NUMBER, tokens[2]);
+    }
+    Subcatches[subcatch].landShares[landuse].fraction = percent / 100.0;
+    return ERR_NONE;
+}
+
+int32_t subcatch_readLoading(const Tokens& tokens) {
+    if (tokens.count < 3) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    int32_t subcatch = 0, pollutant = 0;
+    if (const int32_t error = findPair(tokens, POLLUT, subcatch, pollutant)) {
+        return error;
+    }
+    double load;
+    if (!tokens_getNonNegative(tokens[2], &load)) {
+        return errors_setName(ERR_NUMBER, tokens[2]);
+    }
+    Subcatches[subcatch].initialLoad[pollutant] = load;
     return ERR_NONE;
 }
 
@@ -136,7 +159,7 @@ int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
 
 void subcatch_validateAll() {
     for (const Subcatch& subcatch : Subcatches) {
-        if (subcatch.maxInfilRate < subcatch.minInfilRate) {
+        if (subcatch.soil.maxRate < subcatch.soil.minRate) {
             report_writeError(ERR_INFILTRATION_RATES, subcatch.name);
         }
         if (subcatch.gage >= 0) {
@@ -145,193 +168,99 @@ void subcatch_validateAll() {
     }
 }
 
-void subcatch_initState(int32_t index) {
-    Subcatch& subcatch = getSubcatch(index);
+/// The statistics that are kept by pollutant.
+static constexpr double* Subcatch::*StatisticLoads[] = {&Subcatch::initBuildup,   &Subcatch::surfaceBuildup,
+                                                        &Subcatch::wetDeposition, &Subcatch::infilLoss,
+                                                        &Subcatch::bmpRemoval,    &Subcatch::surfaceWashoff};
+
+void subcatch_openStatistics(Subcatch& subcatch) {
+    subcatch.rainfall = subcatch.evap = subcatch.infil = subcatch.runoff = subcatch.peakRunoff = 0.0;
+    const int64_t pollutants = project_pollutantCount();
+    double* memory = arena_allocateArray<double>(ResultArena, std::ssize(StatisticLoads) * pollutants);
+    if (!memory) {
+        report_writeError(ERR_MEMORY, "");
+    }
+    for (double* Subcatch::*loads : StatisticLoads) {
+        subcatch.*loads = memory;
+        memory += memory ? pollutants : 0;
+    }
+}
+
+void subcatch_clearLoads(Subcatch& subcatch) {
+    for (double* Subcatch::*loads : StatisticLoads) {
+        if (subcatch.*loads) {
+            std::fill_n(subcatch.*loads, project_pollutantCount(), 0.0);
+        }
+    }
+}
+
+void subcatch_initState(Subcatch& subcatch) {
     subcatch.rain = subcatch.evapRate = subcatch.infilRate = 0.0;
     subcatch.lastRunoff = subcatch.thisRunoff = 0.0;
     subcatch.imperviousDepth = subcatch.perviousDepth = 0.0;
-    subcatch.infilTime = subcatch.infilVolume = 0.0;
+    subcatch.infilState = HortonState{};
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         subcatch.lastQuality[p] = subcatch.thisQuality[p] = 0.0;
         subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p] = 0.0;
         subcatch.pondedMass[p] = 0.0;
     }
-    landuse_initBuildup(index);
 }
 
-// --- infiltration --------------------------------------------------------------------------------------------------
+// --- the runoff step -----------------------------------------------------------------------------------------------
 
-/// exp(x), without the work where nothing has begun to decay.
-static double getDecayed(double x) {
-    return x == 0.0 ? 1.0 : std::exp(x);
-}
-
-/// The ground recovers. The logarithm is never positive, so the time falls to 0 in the first dry step, and infiltration
-/// starts afresh: a whole recovery in one step. Projects are calibrated with it.
-static void recover(double maxVolume, double maxRate, double minRate, double decay, double recovery, double* time,
-                    double* volume, double dt) {
-    if (*time != 0.0) {
-        const double left = 1.0 - std::exp(-decay * *time);
-        const double next = 1.0 / decay * std::log(1.0 - left * std::exp(-recovery * dt));
-        *time = next > 0.0 ? next : 0.0;
-    }
-    if (maxVolume > 0.0) {
-        *volume = (1.0 - getDecayed(-*time * decay)) * ((maxRate - minRate) / decay) + *time * minRate;
+void subcatch_shiftState(Subcatch& subcatch) {
+    subcatch.lastRunoff = subcatch.thisRunoff;
+    subcatch.imperviousRunoff = subcatch.perviousRunoff = subcatch.thisRunoff = 0.0;
+    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        subcatch.lastQuality[p] = subcatch.thisQuality[p];
+        subcatch.thisQuality[p] = 0.0;
+        subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p];
+        subcatch.thisWashoffRate[p] = 0.0;
     }
 }
 
-/// The time at which Horton's cumulative curve reaches `target` (m), by Newton's method.
-static double findTime(double time, double target, double c, double maxRate, double minRate, double decay, double dt) {
-    time = time + dt * 0.5;
-    for (int32_t pass = 0; pass < 20; ++pass) {
-        const double x = std::min(time * decay, 60.0);
-        const double ex = std::exp(-x);
-        const double delta = ((1.0 - ex) * c + time * minRate - target) / ((maxRate - minRate) * ex + minRate);
-        time = time - delta;
-        if (!(std::fabs(delta) > dt * 0.001)) {
-            break;
-        }
+RunoffVolumes subcatch_stepLand(Subcatch& s, double dt) {
+    RunoffVolumes volumes{};
+    s.rain = s.gage >= 0 ? Gages[s.gage].rain : 0.0;
+    const double area = s.area - s.lidArea;
+    if (!(area > 0.0)) {
+        return volumes;
     }
-    return time;
-}
-
-double subcatch_infilRate(double available, double maxVolume, double maxRate, double minRate, double decay,
-                          double recovery, double* time, double* volume, double dt) {
-    if (recovery > 0.0 && !(available > NO_WATER)) {
-        recover(maxVolume, maxRate, minRate, decay, recovery, time, volume, dt);
-        return 0.0;
-    }
-    const double tp = *time;
-    const double end = tp + dt;
-    const double c = (maxRate - minRate) / decay;
-    const double limit = 16.0 / decay;
-    double sum, endSum;  // m, on the cumulative curve at both ends of the step
-    if (tp < limit) {
-        sum = (1.0 - getDecayed(-tp * decay)) * c + tp * minRate;
-        endSum = (1.0 - std::exp(-end * decay)) * c + end * minRate;
-    } else {
-        sum = tp * minRate + c;
-        endSum = minRate * dt + sum;
-    }
-    double rate = (endSum - sum) / dt;
-    rate = rate < minRate ? minRate : rate;
-    if (end > limit || available > rate) {
-        *time = end;
-    } else {
-        // The place on the curve moves by what the ground could take, not by what there is.
-        *time = findTime(tp, rate * dt + sum, c, maxRate, minRate, decay, dt);
-    }
-    if (maxVolume > 0.0) {
-        if (rate * dt + *volume > maxVolume) {
-            rate = (maxVolume - *volume) / dt;
-        }
-        rate = rate < 0.0 ? 0.0 : rate;
-        *volume = rate * dt + *volume;
-    }
-    return std::min(rate, available);
-}
-
-// --- surface -------------------------------------------------------------------------------------------------------
-
-/// What changes the depth of a plane: inflow less the sheet that flows off.
-struct Plane {
-    double inflow;   ///< m/s, rain less losses
-    double storage;  ///< m, depression storage
-    double alpha;    ///< outflow (m/s) at 1 m above the storage
-};
-
-static double getDepthRate(const Plane& plane, double depth) {
-    if (!(depth > plane.storage)) {
-        return plane.inflow;
-    }
-    return plane.inflow - plane.alpha * std::pow(depth - plane.storage, MANNING_EXPONENT);
-}
-
-/// One step of the classical Runge-Kutta method; neither iterated nor bounded.
-static double stepDepth(const Plane& plane, double depth, double dt) {
-    const double k1 = getDepthRate(plane, depth);
-    const double k2 = getDepthRate(plane, depth + k1 * dt / 2.0);
-    const double k3 = getDepthRate(plane, depth + k2 * dt / 2.0);
-    const double k4 = getDepthRate(plane, depth + k3 * dt);
-    return depth + (k1 + 2.0 * k2 + 2.0 * k3 + k4) * dt / 6.0;
-}
-
-/// `root` remembers the root of the slope from step to step.
-static double drainPlane(double rain, double evap, double infil, double* depth, double storage, double dt, double area,
-                         double width, double slope, double roughness, SlopeRoot& root) {
-    if (!(evap + infil < *depth / dt + rain)) {
-        *depth = 0.0;
-        return 0.0;
-    }
-    const double inflow = rain - evap - infil;
-    const double filled = inflow * dt + *depth;
-    if (!(filled > storage)) {
-        *depth = filled;
-        return 0.0;
-    }
-    if (*depth < storage && (storage - *depth) / dt < inflow) {
-        dt = dt - (storage - *depth) / inflow;
-        *depth = storage;
-    }
-    if (root.slope != slope) {
-        root = {slope, std::pow(slope, 0.5)};
-    }
-    // A part without area has an infinite alpha, and ends at its storage with no flow.
-    const Plane plane = {inflow, storage, root.root * width / area / roughness};
-    *depth = stepDepth(plane, *depth, dt);
-    if (!(*depth > storage)) {
-        *depth = storage;
-        return 0.0;
-    }
-    return std::pow(*depth - storage, MANNING_EXPONENT) * plane.alpha * area;
-}
-
-double subcatch_drainSurface(double rain, double evap, double infil, double* depth, double storage, double dt,
-                             double area, double width, double slope, double roughness) {
-    SlopeRoot root = {};
-    return drainPlane(rain, evap, infil, depth, storage, dt, area, width, slope, roughness, root);
-}
-
-// --- water balance -------------------------------------------------------------------------------------------------
-
-/// Water of the area (m2) that no LID unit covers.
-static void stepLand(Subcatch& s, double area, double dt, SlopeRoot& root) {
-    RunoffVolumesRecord& volumes = RunoffVolumes;
     const double f = s.imperviousFraction;
     const double imperviousEvap = std::min(s.imperviousDepth / dt + s.rain, Evap.rate);
     const double perviousEvap = std::min(s.perviousDepth / dt + s.rain, Evap.rate);
     volumes.wetInflow = (s.imperviousDepth * f + s.perviousDepth * (1.0 - f)) * area + s.rain * area * dt;
     volumes.evap = ((1.0 - f) * perviousEvap + f * imperviousEvap) * area * dt;
-    const double infil =
-        subcatch_infilRate(s.perviousDepth / dt + s.rain - perviousEvap, s.maxInfilVolume, s.maxInfilRate,
-                           s.minInfilRate, s.infilDecay, s.infilRecovery, &s.infilTime, &s.infilVolume, dt);
+    const double infil = horton_getRate(s.soil, s.infilState, s.perviousDepth / dt + s.rain - perviousEvap, dt);
     volumes.infil = (1.0 - f) * infil * area * dt;
     // Either part drains over the whole width.
-    s.imperviousRunoff = drainPlane(s.rain, imperviousEvap, 0.0, &s.imperviousDepth, s.imperviousStorage, dt, f * area,
-                                    s.width, s.slope, s.imperviousRoughness, root);
-    s.perviousRunoff = drainPlane(s.rain, perviousEvap, infil, &s.perviousDepth, s.perviousStorage, dt,
-                                  (1.0 - f) * area, s.width, s.slope, s.perviousRoughness, root);
+    const Plane impervious{.rain = s.rain,
+                           .evap = imperviousEvap,
+                           .infil = 0.0,
+                           .storage = s.imperviousStorage,
+                           .area = f * area,
+                           .width = s.width,
+                           .slope = s.slope,
+                           .roughness = s.imperviousRoughness};
+    const Plane pervious{.rain = s.rain,
+                         .evap = perviousEvap,
+                         .infil = infil,
+                         .storage = s.perviousStorage,
+                         .area = (1.0 - f) * area,
+                         .width = s.width,
+                         .slope = s.slope,
+                         .roughness = s.perviousRoughness};
+    s.imperviousRunoff = plane_drain(impervious, s.imperviousDepth, s.slopeRoot, dt);
+    s.perviousRunoff = plane_drain(pervious, s.perviousDepth, s.slopeRoot, dt);
     volumes.surfaceOutflow = (s.imperviousRunoff + s.perviousRunoff) * dt;
+    return volumes;
 }
 
-void subcatch_stepWater(int32_t index) {
-    Subcatch& s = getSubcatch(index);
-    const double dt = RunoffStep;
-    RunoffVolumes = RunoffVolumesRecord{};
-    s.rain = s.gage >= 0 ? Gages[s.gage].rain : 0.0;
-    const double area = s.area - s.lidArea;
-    if (area > 0.0) {
-        stepLand(s, area, dt, SlopeRoots[index]);
-    }
-    if (s.lidArea > 0.0) {
-        lid_stepUnits(index, dt);
-    }
-    s.infilRate = RunoffVolumes.infil / dt / s.area;
-    s.evapRate = RunoffVolumes.evap / dt / s.area;
-    s.thisRunoff = (RunoffVolumes.surfaceOutflow - RunoffVolumes.lidRunon + RunoffVolumes.lidOutflow) / dt;
+void subcatch_closeStep(Subcatch& s, const RunoffVolumes& volumes, double dt) {
+    s.infilRate = volumes.infil / dt / s.area;
+    s.evapRate = volumes.evap / dt / s.area;
+    s.thisRunoff = (volumes.surfaceOutflow - volumes.lidRunon + volumes.lidOutflow) / dt;
 }
-
-// --- outlet --------------------------------------------------------------------------------------------------------
 
 double subcatch_getWeight(double time) {
     const double weight = (time - OldRunoffTime) / (NewRunoffTime - OldRunoffTime);
@@ -339,35 +268,6 @@ double subcatch_getWeight(double time) {
         return 0.0;  // also where both clocks stand at the same time
     }
     return weight > 1.0 ? 1.0 : weight;
-}
-
-static void addToNode(int32_t index, double f) {
-    const Subcatch& s = getSubcatch(index);
-    Node& node = Nodes[s.outNode];
-    const double flow = s.area == 0.0 ? 0.0 : f * s.thisRunoff + (1.0 - f) * s.lastRunoff;
-    if (nodekinds_takeRunoff(node, index, flow)) {
-        return;  // an outside model took the water, and no load
-    }
-    node.newLatFlow += flow;
-    FlowTotals.wetWeatherInflow += RoutingStep * flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double load =
-            (1.0 - f) * s.lastRunoff * s.lastQuality[p] / 1000.0 + f * s.thisRunoff * s.thisQuality[p] / 1000.0;
-        node.massInflow[p] += load;
-        QualTotals[p].wetWeatherInflow += RoutingStep * load;
-    }
-}
-
-void subcatch_addRunoff(double time) {
-    if (Subcatches.empty()) {
-        return;
-    }
-    const double f = subcatch_getWeight(time);
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        if (Subcatches[k].outNode >= 0) {
-            addToNode(k, f);
-        }
-    }
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------

@@ -3,7 +3,8 @@
 
 #include <cstdint>
 
-#include "model/project.h"
+#include "hydrology/horton.h"
+#include "hydrology/plane.h"
 #include "model/table.h"
 #include "text/tokens.h"
 
@@ -27,11 +28,7 @@ struct Subcatch {
     double perviousRoughness;    ///< Manning's n
     double imperviousStorage;    ///< m, depression storage
     double perviousStorage;      ///< m, depression storage
-    double maxInfilRate;         ///< m/s, Horton's initial rate
-    double minInfilRate;         ///< m/s, Horton's final rate
-    double infilDecay;           ///< 1/s, Horton's decay constant
-    double infilRecovery;        ///< 1/s, recovery while it is dry
-    double maxInfilVolume;       ///< m, limit of the cumulative infiltration; 0 means none
+    HortonSoil soil;             ///< of the pervious part
     double lidArea;              ///< m2, of all LID units
     double rain;                 ///< m/s, of the runoff step
     double evapRate;             ///< m/s, of the runoff step, over the whole area
@@ -42,8 +39,8 @@ struct Subcatch {
     double thisRunoff;           ///< m3/s, outflow at the end of this runoff step
     double imperviousDepth;      ///< m, ponded
     double perviousDepth;        ///< m, ponded
-    double infilTime;            ///< s, equivalent time on Horton's curve
-    double infilVolume;          ///< m, cumulative infiltration; kept only with a limit
+    HortonState infilState;      ///< of the soil
+    SlopeRoot slopeRoot;         ///< of the slope
     double* runoffLoad;          ///< kg, leaving in this step, one per pollutant; lives as long as the run
     double* lastWashoffRate;     ///< kg/s, one per pollutant
     double* thisWashoffRate;     ///< kg/s
@@ -65,8 +62,8 @@ struct Subcatch {
 
 extern Table<Subcatch> Subcatches;
 
-/// Water of one subcatchment in one runoff step, m3. One record serves all, one after the other.
-struct RunoffVolumesRecord {
+/// Water of one subcatchment in one runoff step, m3.
+struct RunoffVolumes {
     double lidInfil;        ///< infiltration of all LID units
     double evap;            ///< from the area without LID units, and of LID units
     double lidOutflow;      ///< surface outflow of all LID units
@@ -76,37 +73,40 @@ struct RunoffVolumesRecord {
     double wetInflow;       ///< on the area without LID units: ponded at the start, and rain of the step
 };
 
-extern RunoffVolumesRecord RunoffVolumes;
-
 /// Makes the table for the counted subcatchments with their arrays, and empties it.
 void subcatch_createAll();
 void subcatch_deleteAll();
 
 /// A line of [SUBCATCHS], for the row `subcatch`. An error index, or 0.
-int32_t subcatch_readLine(const Tokens& tokens, int32_t subcatch);
+[[nodiscard]] int32_t subcatch_readLine(const Tokens& tokens, int32_t subcatch);
+
+/// Lines of [COVERAGES] and [LOADINGS]. An error index, or 0.
+[[nodiscard]] int32_t subcatch_readCoverage(const Tokens& tokens);
+[[nodiscard]] int32_t subcatch_readLoading(const Tokens& tokens);
 
 /// Tests all subcatchments and marks their gages; writes what is wrong to the report.
 void subcatch_validateAll();
 
+/// Makes the statistics of a run, all of them 0. A failure is reported.
+void subcatch_openStatistics(Subcatch& subcatch);
+
+/// Sets the statistics that are kept by pollutant back to 0, if there are any.
+void subcatch_clearLoads(Subcatch& subcatch);
+
 /// Puts a subcatchment to the start of a run.
-void subcatch_initState(int32_t subcatch);
+void subcatch_initState(Subcatch& subcatch);
 
-/// Water balance of one runoff step.
-void subcatch_stepWater(int32_t subcatch);
+/// New becomes old, at the start of a runoff step.
+void subcatch_shiftState(Subcatch& subcatch);
 
-/// Drains a plane as a nonlinear reservoir. Outflow in m3/s; updates the depth. Rates in m/s, lengths in m, `dt` in s.
-double subcatch_drainSurface(double rain, double evap, double infil, double* depth, double storage, double dt,
-                             double area, double width, double slope, double roughness);
+/// Rain of a runoff step (s), and the water of the area that no LID unit covers.
+[[nodiscard]] RunoffVolumes subcatch_stepLand(Subcatch& subcatch, double dt);
 
-/// Horton's infiltration, m/s, never above `available`. `time` (s) is the place on the curve, `volume` (m) its sum.
-double subcatch_infilRate(double available, double maxVolume, double maxRate, double minRate, double decay,
-                          double recovery, double* time, double* volume, double dt);
+/// Losses and outflow of the step, once the water of the LID units is known as well.
+void subcatch_closeStep(Subcatch& subcatch, const RunoffVolumes& volumes, double dt);
 
 /// Runoff at a routing clock (ms) between the last two runoff steps: the weight of the newer one, 0 ... 1.
-double subcatch_getWeight(double time);
-
-/// Adds the runoff of all subcatchments to their nodes, in the routing step that begins at `time` (ms).
-void subcatch_addRunoff(double time);
+[[nodiscard]] double subcatch_getWeight(double time);
 
 /// Adds a step of `dt` seconds to the statistics.
 void subcatch_countStep(Subcatch& subcatch, double dt);

@@ -20,6 +20,7 @@
 #include "model/project.h"
 #include "model/statistics.h"
 #include "text/number.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
 
 Table<Conduit> Conduits;

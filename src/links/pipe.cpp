@@ -19,6 +19,7 @@
 #include "model/errors.h"
 #include "model/prefetch.h"
 #include "text/number.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
 
 Table<Pipe> Pipes;

@@ -1,4 +1,5 @@
-// First-order decay, dc/dt = -f k c, with f the factor of a pattern at the hour of the step.
+// First-order decay, dc/dt = -f k c, with f the factor of a pattern at the hour of the step, and the simpler reactions
+// that a layer of a LID control knows as well.
 
 #include "model/decay.h"
 
@@ -18,8 +19,7 @@ const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIR
 Decay* decay_create() {
     Decay* decays = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
     if (decays && project_pollutantCount() > 0) {
-        decays[0].type = -1;
-        decays[0].pattern = -1;
+        decays[0] = NO_DECAY;
     }
     return decays;
 }
@@ -29,15 +29,19 @@ bool decay_isAny(const Decay* decays) {
                        [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
 
-int32_t decay_readItems(const Tokens& tokens, Decay* decays) {
+int32_t decay_readReaction(const Tokens& tokens, bool tellsWords, Reaction& reaction) {
     const int32_t pollutant = names_find(POLLUT, tokens[2]);
     if (pollutant < 0) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    if (tokens_findKeyword(tokens[3], ReactionWords) != FIRST_ORDER) {
+    const int32_t type = tokens_findKeyword(tokens[3], ReactionWords);
+    if (type < 0 && tellsWords) {
+        return errors_setName(ERR_KEYWORD, tokens[3]);
+    }
+    if (type != FIRST_ORDER) {
         return errors_setName(ERR_DECAY_TYPE, tokens[0]);
     }
-    // Refused only if it is no number and negative as well, so a word passes as 0, and so does any negative number.
+    // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
     double perDay;
     if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
         return errors_setName(ERR_NUMBER, tokens[4]);
@@ -49,22 +53,47 @@ int32_t decay_readItems(const Tokens& tokens, Decay* decays) {
             return errors_setName(ERR_UNDEFINED_OBJECT, tokens[5]);
         }
     }
-    decays[pollutant] = {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 0.0};
+    reaction = {pollutant, {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 1.0}};
     return ERR_NONE;
+}
+
+int32_t decay_readItems(const Tokens& tokens, Decay* decays) {
+    Reaction reaction{};
+    const int32_t error = decay_readReaction(tokens, false, reaction);
+    if (!error) {
+        decays[reaction.pollutant] = reaction.decay;
+    }
+    return error;
+}
+
+/// exp(exponent). The same step by step for a whole hour, so it is worked out once.
+static double getPower(Decay& decay, double exponent) {
+    if (exponent != decay.exponent) {
+        decay.exponent = exponent;
+        decay.factor = std::exp(exponent);
+    }
+    return decay.factor;
 }
 
 double decay_getFactor(Decay& decay, int32_t hour, double seconds) {
     if (decay.type != FIRST_ORDER) {
         return 1.0;
     }
-    const double exponent = -pattern_getFactor(decay.pattern, hour) * decay.k * seconds;
-    if (exponent == 0.0) {
-        return 1.0;
+    return getPower(decay, -pattern_getFactor(decay.pattern, hour) * decay.k * seconds);
+}
+
+double decay_react(Decay& decay, double concentration, int32_t hour, double seconds) {
+    if (decay.type < 0) {
+        return concentration;
     }
-    // The same step by step for a whole hour, so it is worked out once.
-    if (exponent != decay.exponent) {
-        decay.exponent = exponent;
-        decay.factor = std::exp(exponent);
+    const double k = pattern_getFactor(decay.pattern, hour) * decay.k;
+    switch (decay.type) {
+        case CONST_CONCEN: return std::min(k, concentration);
+        case CONST_RATIO: return (1.0 - std::min(k, 1.0)) * concentration;
+        case ZERO_ORDER: {
+            const double left = concentration - seconds * k;
+            return left > 0.0 ? left : 0.0;
+        }
+        default: return getPower(decay, -seconds * k) * concentration;
     }
-    return decay.factor;
 }

@@ -9,19 +9,18 @@
 
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
-#include "hydrology/landuse.h"
-#include "hydrology/lidunit.h"
+#include "hydrology/lidsolver.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/node.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<LidMono> LidMonos;
-
-static constexpr double MM_PER_HOUR = 3600000.0;  ///< mm/h in one m/s
-static constexpr double MM_PER_DAY = 86400000.0;  ///< mm/day in one m/s
 
 static LidMono& getMono(int32_t node) {
     return LidMonos[Nodes[node].kindIndex];
@@ -47,8 +46,9 @@ int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) 
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     LidMono mono{};
-    mono.lid = names_find(LID, tokens[1]);
-    if (mono.lid < 0) {
+    LidUnit& unit = mono.unit;
+    unit.lid = names_find(LID, tokens[1]);
+    if (unit.lid < 0) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     if (const int32_t error = readGage(tokens, mono.gage)) {
@@ -60,18 +60,18 @@ int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) 
             return errors_setName(ERR_NUMBER, tokens[3 + k]);
         }
     }
-    mono.area = values[0];
-    mono.fullWidth = values[1];
-    mono.initialSaturation = values[2] / 100.0;
-    mono.fromImpervious = values[3] / 100.0;
-    mono.drainNode = -1;
+    unit.area = values[0];
+    unit.fullWidth = values[1];
+    unit.initialSaturation = values[2] / 100.0;
+    unit.fromImpervious = values[3] / 100.0;
+    unit.drainNode = -1;
     if (tokens.count > 7) {
-        mono.drainNode = names_find(NODE, tokens[7]);
-        if (mono.drainNode < 0) {
+        unit.drainNode = names_find(NODE, tokens[7]);
+        if (unit.drainNode < 0) {
             return errors_setName(ERR_UNDEFINED_OBJECT, tokens[7]);
         }
     }
-    mono.next = -1;
+    unit.next = -1;
     node_setRow(node, LID_MONO, kindIndex, id);
     LidMonos[kindIndex] = mono;
     return ERR_NONE;
@@ -79,8 +79,9 @@ int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) 
 
 void lidmono_validate(int32_t node) {
     LidMono& mono = getMono(node);
-    mono.initialSaturation = mono.initialSaturation > 1.0 ? 1.0 : mono.initialSaturation;
-    mono.fromImpervious = mono.fromImpervious > 1.0 ? 1.0 : mono.fromImpervious;
+    LidUnit& unit = mono.unit;
+    unit.initialSaturation = unit.initialSaturation > 1.0 ? 1.0 : unit.initialSaturation;
+    unit.fromImpervious = unit.fromImpervious > 1.0 ? 1.0 : unit.fromImpervious;
     if (mono.gage >= 0) {
         Gages[mono.gage].isUsed = 1;
     }
@@ -89,182 +90,129 @@ void lidmono_validate(int32_t node) {
 // --- start of a run ------------------------------------------------------------------------------------------------
 
 /// The void of the mat is taken from the definition whose place in its table is the node's place among its kind, which
-/// may be another control's. Only the initial storage in the report depends on it, and users compare that with older
-/// runs.
+/// may be another control's. Only the initial storage in the report depends on it.
 static double getMatVoid(int32_t kindIndex) {
     return Lids.holds(kindIndex) ? Lids[kindIndex].matVoid : 0.0;
 }
 
-static void initLevels(LidMono& mono, int32_t kindIndex) {
-    const Lid& lid = Lids[mono.lid];
-    mono.surfaceLevel = mono.pavementLevel = mono.soilMoisture = mono.storageLevel = 0.0;
-    double depth = 0.0;
-    if (lid.soilDepth > 0.0) {
-        mono.soilMoisture = lid.wiltingPoint + (lid.porosity - lid.wiltingPoint) * mono.initialSaturation;
-        depth = mono.soilMoisture * lid.soilDepth;
-    }
-    if (lid.storageDepth > 0.0) {
-        mono.storageLevel = lid.storageDepth * mono.initialSaturation;
-        depth += mono.storageLevel * lid.storageVoid;
-    }
-    if (lid.matDepth > 0.0) {
-        mono.storageLevel = lid.matDepth * mono.initialSaturation;
-        depth += mono.storageLevel * getMatVoid(kindIndex);
-    }
-    mono.initialDepth = mono.finalDepth = depth;
-}
-
-/// The twelve arrays of masses and loads side by side, or none.
-static void setArrays(LidMono& mono, double* memory) {
-    const int64_t count = project_pollutantCount();
-    double** const arrays[] = {&mono.lastSurfaceMass, &mono.lastPavementMass, &mono.lastSoilMass,
-                               &mono.lastStorageMass, &mono.thisSurfaceMass,  &mono.thisPavementMass,
-                               &mono.thisSoilMass,    &mono.thisStorageMass,  &mono.lastSurfaceLoad,
-                               &mono.thisSurfaceLoad, &mono.lastDrainLoad,    &mono.thisDrainLoad};
-    for (double** array : arrays) {
-        *array = memory;
-        memory += memory ? count : 0;
-    }
-}
-
-static void allocArrays(LidMono& mono) {
-    double* memory = arena_allocateArray<double>(ResultArena, 12 * static_cast<int64_t>(project_pollutantCount()));
-    if (!memory) {
-        report_writeError(ERR_MEMORY, "");
-    }
-    setArrays(mono, memory);
-}
-
 void lidmono_forgetArrays() {
     for (LidMono& mono : LidMonos) {
-        lid_freeBalance(mono);
-        setArrays(mono, nullptr);
+        lidunit_forgetBalance(mono.unit);
+        lidunit_forgetArrays(mono.unit);
     }
 }
 
 void lidmono_init(int32_t node) {
     LidMono& mono = getMono(node);
-    mono.dryTime = 0.0;  // and not the dry days of the project, as the units of subcatchments start with
-    initLevels(mono, Nodes[node].kindIndex);
-    mono.rainDepth = mono.inflowDepth = mono.evapDepth = mono.infilDepth = 0.0;
-    mono.surfaceOutDepth = mono.drainDepth = 0.0;
-    lid_allocBalance(mono);
-    mono.lastSurfaceFlow = mono.thisSurfaceFlow = mono.lastDrainFlow = mono.thisDrainFlow = 0.0;
+    LidUnit& unit = mono.unit;
+    lidunit_initState(unit, Lids[unit.lid], getMatVoid(Nodes[node].kindIndex));
+    unit.dryTime = 0.0;  // and not the dry days of the project, as the units of subcatchments start with
+    mono.rainDepth = 0.0;
     mono.evapRate = mono.infilRate = 0.0;
-    mono.surfaceChange = mono.soilChange = mono.storageChange = mono.pavementChange = 0.0;
-    allocArrays(mono);
+    lidunit_openBalance(unit);
+    if (!lidunit_createArrays(unit, ResultArena)) {
+        report_writeError(ERR_MEMORY, "");
+    }
 }
 
 // --- the routing step ----------------------------------------------------------------------------------------------
 
-static void roll(double& last, double& current) {
-    last = current;
-    current = 0.0;
-}
-
 void lidmono_shiftState(int32_t kindIndex) {
     LidMono& mono = LidMonos[kindIndex];
-    roll(mono.lastSurfaceFlow, mono.thisSurfaceFlow);
-    roll(mono.lastDrainFlow, mono.thisDrainFlow);
+    lidunit_shiftState(mono.unit);
     mono.evapRate = mono.infilRate = 0.0;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        roll(mono.lastSurfaceMass[p], mono.thisSurfaceMass[p]);
-        roll(mono.lastPavementMass[p], mono.thisPavementMass[p]);
-        roll(mono.lastSoilMass[p], mono.thisSoilMass[p]);
-        roll(mono.lastStorageMass[p], mono.thisStorageMass[p]);
-        roll(mono.lastSurfaceLoad[p], mono.thisSurfaceLoad[p]);
-        roll(mono.lastDrainLoad[p], mono.thisDrainLoad[p]);
-    }
 }
 
 /// Loads that enter the unit: its share of the node's, and with its rain.
-static void setLoads(const Node& node, LidMono& mono, double rain, double dt, double* load) {
+static void setLoads(const Node& node, LidUnit& unit, double rain, double dt) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        load[p] = node.massInflow[p] * mono.fromImpervious;
+        unit.load[p] = node.massInflow[p] * unit.fromImpervious;
         if (LidMonoRainfall) {
             const double concentration = Polluts[p].rainConcentration;
-            load[p] += mono.area * rain * concentration / 1000.0;
-            mono.rainLoad[p] += mono.area * rain * concentration * dt / 1000.0;
+            unit.load[p] += unit.area * rain * concentration / 1000.0;
+            unit.rainLoad[p] += unit.area * rain * concentration * dt / 1000.0;
         }
     }
 }
 
 /// Mixes what comes over the surface with what passed around the unit. The load of a drain that joins the link is left
 /// out, though its water is in the link's flow.
-static void mixOutflow(Node& node, const LidMono& mono) {
+static void mixOutflow(Node& node, const LidUnit& unit) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double bypass = (1.0 - mono.fromImpervious) * node.massInflow[p];
+        const double bypass = (1.0 - unit.fromImpervious) * node.massInflow[p];
         node.newQual[p] =
-            mono.thisSurfaceFlow == 0.0 ? 0.0 : (mono.thisSurfaceLoad[p] + bypass) / mono.thisSurfaceFlow * 1000.0;
+            unit.thisSurfaceFlow == 0.0 ? 0.0 : (unit.thisSurfaceLoad[p] + bypass) / unit.thisSurfaceFlow * 1000.0;
     }
 }
 
-/// Hands the drain to its node. The load goes along only while the storage still holds water behind the step: the last
+/// Hands the drain to its node. The load goes along only while the storage still holds water after the step: the last
 /// of it, and all of controls without a storage, loses its pollutants here.
-static void passDrain(const LidMono& mono, double drainFlow) {
-    if (mono.drainNode == -1) {
+static void passDrain(const LidUnit& unit) {
+    if (unit.drainNode == -1) {
         return;
     }
-    Node& target = Nodes[mono.drainNode];
-    target.newLatFlow += drainFlow;
-    const Lid& lid = Lids[mono.lid];
-    if (mono.area * lid.storageVoid * mono.storageLevel != 0.0) {
+    Node& target = Nodes[unit.drainNode];
+    target.newLatFlow += unit.thisDrainFlow;
+    const Lid& lid = Lids[unit.lid];
+    if (unit.area * lid.storageVoid * unit.storageLevel != 0.0) {
         for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-            target.massInflow[p] += mono.thisDrainLoad[p];
+            target.massInflow[p] += unit.thisDrainLoad[p];
         }
     }
 }
 
 void lidmono_step(int32_t index) {
     Node& node = Nodes[index];
-    if (node.kind != LID_MONO) {
-        return;
-    }
     LidMono& mono = getMono(index);
+    LidUnit& unit = mono.unit;
     const double dt = RoutingStep;
     const double rain = mono.gage >= 0 ? Gages[mono.gage].rain : 0.0;
-    const double evap = rain > 0.0 ? 0.0 : Evap.rate;  // also where the rain itself doesn't fall on the node
-    double inflow = node.newInflow / mono.area * mono.fromImpervious;
-    const double bypass = (1.0 - mono.fromImpervious) * node.newInflow;
+    double inflow = node.newInflow / unit.area * unit.fromImpervious;
+    const double bypass = (1.0 - unit.fromImpervious) * node.newInflow;
     if (LidMonoRainfall) {
         inflow += rain;
     }
-    double* load = lid_getLoadScratch();
-    setLoads(node, mono, rain, dt, load);
-    double evapRate, infilRate, drainRate;
-    const double outflow =
-        lid_solveUnit(mono, Lids[mono.lid], inflow, evap, dt, &evapRate, &infilRate, &drainRate, load);
-    mono.thisDrainFlow = drainRate * mono.area;
-    mono.infilRate = infilRate * MM_PER_HOUR;
-    mono.thisSurfaceFlow = outflow * mono.area + bypass;
-    mono.evapRate = evapRate * MM_PER_DAY;
-    mixOutflow(node, mono);
-    passDrain(mono, drainRate * mono.area);
-    mono.dryTime = !(rain > DRY_RATE) ? mono.dryTime + dt : 0.0;
+    setLoads(node, unit, rain, dt);
+    // No evaporation in rain, also where the rain itself doesn't fall on the node. The hour of the reactions is that of
+    // the runoff clock, for a node in the network too.
+    LidStep step{.unit = &unit,
+                 .lid = &Lids[unit.lid],
+                 .hour = datetime_getHour(project_getDate(NewRunoffTime)),
+                 .dt = dt,
+                 .inflow = inflow,
+                 .evap = rain > 0.0 ? 0.0 : Evap.rate};
+    const LidOutflow out = lidsolver_advance(step);
+    unit.thisDrainFlow = out.drain * unit.area;
+    unit.thisSurfaceFlow = out.surface * unit.area + bypass;
+    mono.infilRate = out.infil * MM_PER_HOUR;
+    mono.evapRate = out.evap * MM_PER_DAY;
+    mixOutflow(node, unit);
+    passDrain(unit);
+    unit.dryTime = !(rain > DRY_RATE) ? unit.dryTime + dt : 0.0;
     if (LidMonoRainfall) {
         mono.rainDepth += dt * rain;
     }
-    lid_addBalance();
 }
 
 int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets) {
-    if (!LidMonos.holds(kindIndex) || LidMonos[kindIndex].drainNode < 0) {
+    if (!LidMonos.holds(kindIndex) || LidMonos[kindIndex].unit.drainNode < 0) {
         return 0;
     }
-    targets[0] = LidMonos[kindIndex].drainNode;
+    targets[0] = LidMonos[kindIndex].unit.drainNode;
     return 1;
 }
 
 double lidmono_getOutflow(const LidMono& mono) {
-    return mono.drainNode == -1 ? mono.thisSurfaceFlow + mono.thisDrainFlow : mono.thisSurfaceFlow;
+    const LidUnit& unit = mono.unit;
+    return unit.drainNode == -1 ? unit.thisSurfaceFlow + unit.thisDrainFlow : unit.thisSurfaceFlow;
 }
 
 // --- results -------------------------------------------------------------------------------------------------------
 
 double lidmono_getVolume(int32_t kindIndex) {
-    const LidMono& mono = LidMonos[kindIndex];
-    const Lid& lid = Lids[mono.lid];
+    const LidUnit& unit = LidMonos[kindIndex].unit;
+    const Lid& lid = Lids[unit.lid];
     // Of the soil the porosity stands for the depth, as in the concentrations of the rows of results.
-    return mono.area * (mono.surfaceLevel * lid.surfaceVoid + mono.pavementLevel * lid.pavementVoid +
-                        mono.soilMoisture * lid.porosity + mono.storageLevel * lid.storageVoid);
+    return unit.area * (unit.surfaceLevel * lid.surfaceVoid + unit.pavementLevel * lid.pavementVoid +
+                        unit.soilMoisture * lid.porosity + unit.storageLevel * lid.storageVoid);
 }

@@ -3,17 +3,22 @@
 
 #include <cstdint>
 
-#include "hydrology/lid.h"
+#include "hydrology/lidunit.h"
 #include "model/table.h"
 #include "text/tokens.h"
 
-/// The record of a unit, with all its fields. `fromImpervious` is the share of the node's inflow that goes through it.
-using LidMono = LidUnit;
+struct LidMono {
+    LidUnit unit;      ///< its rain and runon are a share of the node's inflow, and the rain of its gage
+    int32_t gage;      ///< rain gage, or -1
+    double evapRate;   ///< mm/day, for results
+    double infilRate;  ///< mm/h, for results
+    double rainDepth;  ///< m, of the run
+};
 
 extern Table<LidMono> LidMonos;
 
 /// A line of [LID_MONOS], for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
-int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
+[[nodiscard]] int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
 
 /// Limits saturation and share, and marks the gage.
 void lidmono_validate(int32_t node);
@@ -27,14 +32,14 @@ void lidmono_init(int32_t node);
 /// New becomes old at the start of a routing step.
 void lidmono_shiftState(int32_t kindIndex);
 
-/// One routing step, once the inflow of the node and its load are known. A node of another kind is left alone.
+/// One routing step, once the inflow of the node and its load are known.
 void lidmono_step(int32_t node);
 
 /// The node of the drain, if it has one, into `targets`; gives their number.
 int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets);
 
 /// Flow to the outgoing link, m3/s: over the surface, past the unit, and the drain if that has no node of its own.
-double lidmono_getOutflow(const LidMono& mono);
+[[nodiscard]] double lidmono_getOutflow(const LidMono& mono);
 
 /// Water of a node as the results of the whole system count it, m3.
-double lidmono_getVolume(int32_t kindIndex);
+[[nodiscard]] double lidmono_getVolume(int32_t kindIndex);

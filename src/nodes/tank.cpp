@@ -15,6 +15,7 @@
 #include "model/project.h"
 #include "model/statistics.h"
 #include "nodes/node.h"
+#include "text/datetime.h"
 #include "text/tokens.h"
 
 Table<Tank> Tanks;

@@ -11,6 +11,7 @@
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "links/conduit.h"
 #include "links/connection.h"
@@ -22,6 +23,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/pattern.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "model/timeseries.h"
 #include "model/topology.h"
@@ -136,7 +138,8 @@ void objects_create() {
     timeseries_createAll();
     createTable(Patterns, ObjectCount[PATTERN]);
     createTable(Converters, ObjectCount[CONVERTER]);
-    lid_createTables();
+    lidgroup_createAll();
+    lid_createAll();
     rule_createAll();
     if (ErrorCode) {
         return;  // without memory for these no outside model is loaded either
@@ -167,7 +170,8 @@ void objects_delete() {
     Orifices = {};
     Polluts = {};
     Landuses = {};
-    lid_deleteTables();
+    lidgroup_deleteAll();
+    Lids = {};
     timeseries_deleteAll();
     curve_deleteAll();
     Patterns = {};

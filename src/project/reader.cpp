@@ -13,11 +13,13 @@
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/pattern.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "model/timeseries.h"
 #include "nodes/inflows.h"
@@ -254,12 +256,12 @@ int32_t reader_parseLine(const Tokens& tokens, int32_t number, const char* rawLi
         case SECTION_REACTORS_EMPTYING: return reactor_readEmptying(tokens);
         case SECTION_DECAY_COEFFICIENT: return qualityreader_readDecay(tokens);
         case SECTION_INITIAL_CONCENTRATION: return qualityreader_readInitial(tokens);
-        case SECTION_COVERAGES: return landuse_readCoverage(tokens);
+        case SECTION_COVERAGES: return subcatch_readCoverage(tokens);
         case SECTION_BUILDUP: return landuse_readBuildup(tokens);
         case SECTION_WASHOFF: return landuse_readWashoff(tokens);
-        case SECTION_LOADINGS: return landuse_readLoading(tokens);
+        case SECTION_LOADINGS: return subcatch_readLoading(tokens);
         case SECTION_LIDS: return lid_readLine(tokens);
-        case SECTION_LID_GROUPS: return lid_readGroupLine(tokens);
+        case SECTION_LID_GROUPS: return lidgroup_readLine(tokens);
         case SECTION_CURVES: return curve_readLine(tokens);
         case SECTION_TIMESERIES: return timeseries_readLine(tokens);
         case SECTION_PATTERNS: return pattern_read(tokens);

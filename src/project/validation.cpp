@@ -9,7 +9,8 @@
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/lid.h"
-#include "hydrology/lidunit.h"
+#include "hydrology/lidgroup.h"
+#include "hydrology/runoff.h"
 #include "hydrology/subcatch.h"
 #include "model/curve.h"
 #include "model/errors.h"
@@ -60,6 +61,7 @@ void validation_run() {
     validateCurves();
     validateSeries();
     lid_validateAll();
+    lidgroup_validateAll();
     if (RunoffStep < RoutingStep) {
         report_writeError(ERR_RUNOFF_STEP, "");
     }
@@ -95,14 +97,12 @@ static void resetInflowSeries() {
 int32_t startstate_set() {
     Evap.rate = 0.0;
     massbal_open();
-    lid_initUnits();
+    lidgroup_initAll();
     resetInflowSeries();
     for (int32_t k = 0; k < Gages.size(); ++k) {
         gage_initRain(k);
     }
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        subcatch_initState(k);
-    }
+    runoff_initState();
     for (int32_t k = 0; k < Nodes.size(); ++k) {
         nodekinds_initState(k);
     }

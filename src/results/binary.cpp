@@ -9,8 +9,8 @@
 #include <bit>
 #include <cstring>
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "platform/files.h"
 #include "results/rows.h"

@@ -28,7 +28,7 @@ Found findQuality(const double* quality, int32_t pollutant) {
 bool isTold(LayerShare share, const LidMono& mono, int32_t pollutant) {
     const int32_t pollutants = project_pollutantCount();
     const int32_t count = share == EVERY ? pollutants : share == FIRST ? std::min(pollutants, 1) : 0;
-    return pollutant < count && Lids.holds(mono.lid);
+    return pollutant < count && Lids.holds(mono.unit.lid);
 }
 
 /// Concentration of a mass (kg, of one pollutant) in a volume, mg/L; 0 in no volume. Before a first start there are no

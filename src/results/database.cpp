@@ -13,8 +13,8 @@
 #include <cstdio>
 #include <string>
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "platform/encoding.h"
 #include "platform/files.h"

@@ -7,7 +7,7 @@
 #include <algorithm>
 
 #include "hydrology/landuse.h"
-#include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "links/conduit.h"
 #include "links/pipe.h"
@@ -23,16 +23,7 @@
 
 static void openSubcatchStatistics() {
     for (Subcatch& s : Subcatches) {
-        s.rainfall = s.evap = s.infil = s.runoff = s.peakRunoff = 0.0;
-        double* memory = arena_allocateArray<double>(ResultArena, 6 * static_cast<int64_t>(project_pollutantCount()));
-        if (!memory) {
-            report_writeError(ERR_MEMORY, "");
-        }
-        for (double** array :
-             {&s.initBuildup, &s.surfaceBuildup, &s.wetDeposition, &s.infilLoss, &s.bmpRemoval, &s.surfaceWashoff}) {
-            *array = memory;
-            memory += memory ? project_pollutantCount() : 0;
-        }
+        subcatch_openStatistics(s);
     }
 }
 
@@ -91,9 +82,7 @@ void massbal_open() {
 
 void massbal_close() {
     for (Subcatch& s : Subcatches) {
-        if (s.initBuildup) {
-            std::fill_n(s.initBuildup, 6 * project_pollutantCount(), 0.0);  // and the five behind it
-        }
+        subcatch_clearLoads(s);
     }
     outfall_clearStatistics();
     reactor_clearStatistics();
@@ -101,9 +90,7 @@ void massbal_close() {
 
 /// Water of the LID units of a subcatchment; `storage` adds up what they hold at the end, m3.
 static void addUnits(RunoffBalance& balance, double& storage, int32_t subcatch) {
-    const LidGroup* group = lid_findGroup(subcatch);
-    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[k].next) {
-        const LidUnit& unit = LidUnits[k];
+    for (const LidUnit& unit : lidgroup_getUnits(subcatch)) {
         balance.initLidStorage += unit.area * unit.initialDepth;
         balance.lidDrainage += unit.area * unit.drainDepth;
         storage += unit.area * unit.finalDepth;
@@ -156,9 +143,7 @@ static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
 
 /// Adds one pollutant of the LID units of a subcatchment.
 static void addUnitLoads(WashoffBalance& balance, int32_t subcatch, int32_t p) {
-    const LidGroup* group = lid_findGroup(subcatch);
-    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[k].next) {
-        const LidUnit& unit = LidUnits[k];
+    for (const LidUnit& unit : lidgroup_getUnits(subcatch)) {
         if (!unit.rainLoad) {
             continue;  // never started
         }
@@ -200,11 +185,12 @@ static double getTankVolume(const Node& node) {
 /// Water of the LID monomer nodes: rain, losses and storage are in no running total.
 static void addMonos(FlowTotalsRecord& totals) {
     for (const LidMono& mono : LidMonos) {
-        totals.initStorage += mono.area * mono.initialDepth;
-        totals.wetWeatherInflow += mono.area * mono.rainDepth;
-        totals.evapLoss += mono.area * mono.evapDepth;
-        totals.seepageLoss += mono.area * mono.infilDepth;
-        totals.finalStorage += mono.area * mono.finalDepth;
+        const LidUnit& unit = mono.unit;
+        totals.initStorage += unit.area * unit.initialDepth;
+        totals.wetWeatherInflow += unit.area * mono.rainDepth;
+        totals.evapLoss += unit.area * unit.evapDepth;
+        totals.seepageLoss += unit.area * unit.infilDepth;
+        totals.finalStorage += unit.area * unit.finalDepth;
     }
 }
 
@@ -258,13 +244,14 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
 
 static void addMonoLoads(QualTotalsRecord& totals, int32_t p) {
     for (const LidMono& mono : LidMonos) {
-        if (!mono.rainLoad) {
+        const LidUnit& unit = mono.unit;
+        if (!unit.rainLoad) {
             continue;  // never started
         }
-        totals.wetWeatherInflow += mono.rainLoad[p];
-        totals.seepageLoss += mono.exfilLoad[p];
-        totals.reactedLoss += mono.reactedLoad[p];
-        totals.finalStorage += mono.finalLoad[p];
+        totals.wetWeatherInflow += unit.rainLoad[p];
+        totals.seepageLoss += unit.exfilLoad[p];
+        totals.reactedLoss += unit.reactedLoad[p];
+        totals.finalStorage += unit.finalLoad[p];
     }
 }
 

@@ -3,8 +3,8 @@
 
 #include "results/report.h"
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/outfall.h"
 #include "results/massbal.h"

@@ -2,8 +2,8 @@
 
 #include "results/tables.h"
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/outfall.h"
 #include "nodes/splitter.h"

@@ -1,9 +1,9 @@
 // Summary tables of subcatchments and rain gages.
 
 #include "hydrology/gage.h"
-#include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"

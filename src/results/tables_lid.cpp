@@ -2,10 +2,10 @@
 
 #include <string>
 
-#include "hydrology/landuse.h"
-#include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/lidmono.h"
 #include "results/tables.h"
@@ -18,9 +18,8 @@ static constexpr const char* QUALITY_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s
 template <class Write>
 static void forEachUnit(Write write) {
     for (int32_t i = 0; i < Subcatches.size(); ++i) {
-        const LidGroup* group = lid_findGroup(i);
-        for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = LidUnits[k].next) {
-            write(Subcatches[i].name, LidUnits[k]);
+        for (const LidUnit& unit : lidgroup_getUnits(i)) {
+            write(Subcatches[i].name, unit);
         }
     }
 }
@@ -30,7 +29,7 @@ template <class Write>
 static void forEachMono(Write write) {
     for (const Node& node : Nodes) {
         if (node.kind == LID_MONO) {
-            write(node.id, LidMonos[node.kindIndex]);
+            write(node.id, LidMonos[node.kindIndex].unit);
         }
     }
 }
@@ -87,7 +86,7 @@ void tables_writeLidMonos() {
                  "Init. Storage", "Final Storage");
     report_print(ReportFile, WATER_HEAD, "Node", "LID Process", "m3", "m3", "m3", "m3", "m3", "m3", "m3");
     tablewriter_writeDashes(9);
-    forEachMono([](const char* name, const LidMono& mono) { writeWaterRow(name, mono, mono.area); });
+    forEachMono([](const char* name, const LidUnit& mono) { writeWaterRow(name, mono, mono.area); });
 }
 
 void tables_writeLidMonoQuality() {
@@ -101,6 +100,6 @@ void tables_writeLidMonoQuality() {
     tablewriter_writeDashes(8);
     for (int32_t p = 0; p < Polluts.size(); ++p) {
         report_print(ReportFile, "\n  *%s*", Polluts[p].id);
-        forEachMono([p](const char* name, const LidMono& mono) { writeQualityRow(name, mono, p); });
+        forEachMono([p](const char* name, const LidUnit& mono) { writeQualityRow(name, mono, p); });
     }
 }

@@ -1,7 +1,7 @@
 // Summary tables of reactors: what became of their water, and of each pollutant.
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "nodes/reactor.h"
 #include "results/tables.h"

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "hydrology/landuse.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 
 void tablewriter_writeTitle(const char* title) {
     const std::string stars(std::string(title).size(), '*');

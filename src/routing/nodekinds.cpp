@@ -219,7 +219,7 @@ static void visitReactor(Node& node, VisitLinkList outgoing, double fireTime) {
 static void visitLidMono(int32_t index, Node& node, VisitLinkList outgoing, double fireTime) {
     lidmono_step(index);
     const LidMono& mono = LidMonos[node.kindIndex];
-    offerToAll(outgoing, {lidmono_getOutflow(mono), mono.thisSurfaceFlow, node.newQual}, fireTime);
+    offerToAll(outgoing, {lidmono_getOutflow(mono), mono.unit.thisSurfaceFlow, node.newQual}, fireTime);
 }
 
 static void visitSwmm(int32_t index, const Node& node, VisitLinkList incoming) {

@@ -6,7 +6,6 @@
 #include "routing/routing.h"
 
 #include "controls/rule.h"
-#include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
 #include "model/arena.h"
@@ -14,6 +13,7 @@
 #include "model/project.h"
 #include "model/statistics.h"
 #include "nodes/inflows.h"
+#include "routing/landinflows.h"
 #include "routing/linkkinds.h"
 #include "routing/network.h"
 #include "routing/nodekinds.h"
@@ -97,8 +97,8 @@ void routing_step() {
     OldRoutingTime = oldTime;
     shiftNodes();
 
-    subcatch_addRunoff(oldTime);
-    lid_addDrains();
+    landinflows_addRunoff(oldTime);
+    landinflows_addDrains();
     const DateTime date = project_getDate(newTime);
     inflows_applyExternal(date);
     inflows_applyDryWeather(date);

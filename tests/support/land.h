@@ -11,6 +11,7 @@
 #include "hydrology/landuse.h"
 #include "hydrology/subcatch.h"
 #include "model/errors.h"
+#include "model/pollut.h"
 #include "model/project.h"
 #include "support/tempfolder.h"
 #include "tarnvelde.h"

@@ -38,7 +38,8 @@ protected:
         ASSERT_EQ(tarnvelde_start(0), 0);
     }
 
-    static LidMono& unit() { return LidMonos[0]; }
+    static LidMono& record() { return LidMonos[0]; }
+    static LidUnit& unit() { return LidMonos[0].unit; }
     static Node& node() { return Nodes[findMono()]; }
 
     static int32_t findMono() {

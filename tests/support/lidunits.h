@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "hydrology/lid.h"
+#include "hydrology/lidquality.h"
+#include "hydrology/lidrates.h"
+#include "hydrology/lidsolver.h"
 #include "hydrology/lidunit.h"
 #include "model/decay.h"
-#include "model/pattern.h"
 #include "model/project.h"
 
 struct States {
@@ -20,7 +22,8 @@ protected:
     Lid lid{};
     LidUnit unit{};
     std::vector<double> load;
-    double rates[LID_STATE_COUNT] = {};
+    LidStep fluxes{};
+    LidStates rates{};
 
     // Outputs of the last step, m/s.
     double evapRate = 0.0, infilRate = 0.0, drainRate = 0.0, outflow = 0.0;
@@ -29,34 +32,31 @@ protected:
         lid.surfaceVoid = 1.0;
         lid.storageVoid = 1.0;
         unit.area = 100.0;
-        unit.gage = unit.drainNode = unit.next = -1;
+        unit.drainNode = unit.next = -1;
         setPollutants(0);
     }
 
-    void TearDown() override {
-        ObjectCount[POLLUT] = 0;
-        Patterns.clear();
-        StartDateTime = NewRunoffTime = 0.0;
-    }
+    void TearDown() override { ObjectCount[POLLUT] = 0; }
 
     void setPollutants(int32_t count) {
         ObjectCount[POLLUT] = count;
         const size_t size = static_cast<size_t>(count);
-        rules.assign(5 * size, DecayRule{-1, 0.0, -1, 0.0, 1.0});
-        values.assign(19 * size, 0.0);
+        rules.assign(5 * size, NO_DECAY);
+        values.assign(17 * size, 0.0);
         load.assign(size, 0.0);
-        DecayRule* rule = rules.data();
-        for (DecayRule** array :
+        Decay* rule = rules.data();
+        for (Decay** array :
              {&lid.surfaceDecay, &lid.pavementDecay, &lid.soilDecay, &lid.storageDecay, &lid.matDecay}) {
             *array = rule;
             rule += count;
         }
+        unit.load = load.data();
         double* value = values.data();
-        for (double** array : {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass, &unit.lastStorageMass,
-                               &unit.thisSurfaceMass, &unit.thisPavementMass, &unit.thisSoilMass, &unit.thisStorageMass,
-                               &unit.lastSurfaceLoad, &unit.thisSurfaceLoad, &unit.lastDrainLoad, &unit.thisDrainLoad,
-                               &unit.rainLoad, &unit.inflowLoad, &unit.exfilLoad, &unit.surfaceOutLoad,
-                               &unit.drainOutLoad, &unit.finalLoad, &unit.reactedLoad}) {
+        for (double** array :
+             {&unit.lastSurfaceMass, &unit.lastPavementMass, &unit.lastSoilMass, &unit.lastStorageMass,
+              &unit.thisSurfaceMass, &unit.thisPavementMass, &unit.thisSoilMass, &unit.thisStorageMass,
+              &unit.thisSurfaceLoad, &unit.thisDrainLoad, &unit.rainLoad, &unit.inflowLoad, &unit.exfilLoad,
+              &unit.surfaceOutLoad, &unit.drainOutLoad, &unit.finalLoad, &unit.reactedLoad}) {
             *array = value;
             value += count;
         }
@@ -90,27 +90,24 @@ protected:
         unit.pavementLevel = x.pavement;
     }
 
-    /// Puts a step into LidStep, for a call of a rate function by itself.
+    /// Makes a step, for a call of a rate function by itself.
     void begin(double dt, double inflow, double evap = 0.0, double surfaceInfil = 0.0) {
-        LidStep = LidStepRecord{};
-        LidStep.unit = &unit;
-        LidStep.lid = &lid;
-        LidStep.load = load.data();
-        LidStep.dt = dt;
-        LidStep.inflow = inflow;
-        LidStep.evap = evap;
-        LidStep.surfaceInfil = surfaceInfil;
+        fluxes = LidStep{.unit = &unit, .lid = &lid, .hour = 0, .dt = dt, .inflow = inflow, .evap = evap};
+        fluxes.surfaceInfil = surfaceInfil;
     }
 
-    void call(void (*function)(const double*, double*), const States& x) {
-        const double state[] = {x.surface, x.soil, x.storage, x.pavement};
-        function(state, rates);
+    void call(LidStates (*function)(LidStep&, const LidStates&), const States& x) {
+        rates = function(fluxes, {x.surface, x.soil, x.storage, x.pavement});
     }
 
-    /// One step of the unit, with its water balance.
+    /// One step of the unit.
     void step(double dt, double inflow, double evap = 0.0) {
-        outflow = lid_solveUnit(unit, lid, inflow, evap, dt, &evapRate, &infilRate, &drainRate, load.data());
-        lid_addBalance();
+        begin(dt, inflow, evap);
+        const LidOutflow out = lidsolver_advance(fluxes);
+        evapRate = out.evap;
+        infilRate = out.infil;
+        drainRate = out.drain;
+        outflow = out.surface;
     }
 
     /// New becomes old for all masses and loads.
@@ -134,6 +131,6 @@ protected:
     }
 
 private:
-    std::vector<DecayRule> rules;
+    std::vector<Decay> rules;
     std::vector<double> values;
 };

@@ -67,7 +67,7 @@ inline void makeLidMono(int32_t node, int32_t drain) {
     Nodes[node].kind = LID_MONO;
     Nodes[node].kindIndex = LidMonos.size();
     LidMono mono{};
-    mono.drainNode = drain;
+    mono.unit.drainNode = drain;
     LidMonos.push_back(mono);
 }
 

@@ -93,12 +93,12 @@ double getSubcatchValue(const char* id, int32_t column) {
 
 /// mg/L in a layer: its mass over voids, level and area. Of the soil the moisture stands for the level.
 double getLayerQuality(const double* mass, int32_t pollutant, double voids, double level) {
-    const double volume = voids * level * LidMonos.at(0).area;
+    const double volume = voids * level * LidMonos.at(0).unit.area;
     return volume > 0.0 ? mass[pollutant] / volume * 1000.0 : 0.0;
 }
 
 double getLidValue(const char* id, int32_t column) {
-    const LidMono& m = LidMonos.at(0);
+    const LidUnit& m = LidMonos.at(0).unit;
     const Lid& lid = Lids.at(0);
     switch (column) {
         case 2: return getRain();

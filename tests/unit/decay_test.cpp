@@ -1,10 +1,73 @@
-// Decay in tanks and conduits by the hour of the day: a step decays by the hour in which it ends.
+// Reactions: their laws, and decay in tanks and conduits by the hour of the day, where a step decays by the hour in
+// which it ends.
+
+#include "model/decay.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
+#include "model/pattern.h"
 #include "support/storagemodel.h"
+
+// --- laws ----------------------------------------------------------------------------------------------------------
+
+TEST(Reaction, NoRuleLeavesTheConcentration) {
+    Decay rule{-1, -1, 5.0, 0.0, 1.0};
+    EXPECT_EQ(decay_react(rule, 7.0, 0, 100.0), 7.0);
+}
+
+TEST(Reaction, ConstantConcentrationIsAnUpperLimit) {
+    Decay rule{CONST_CONCEN, -1, 5.0, 0.0, 1.0};
+    EXPECT_EQ(decay_react(rule, 7.0, 0, 100.0), 5.0);
+    EXPECT_EQ(decay_react(rule, 3.0, 0, 100.0), 3.0);
+}
+
+TEST(Reaction, ConstantRatioIsTakenOff) {
+    Decay rule{CONST_RATIO, -1, 0.25, 0.0, 1.0};
+    EXPECT_EQ(decay_react(rule, 8.0, 0, 100.0), 6.0);
+    rule.k = 1.5;
+    EXPECT_EQ(decay_react(rule, 8.0, 0, 100.0), 0.0);
+}
+
+TEST(Reaction, ZeroOrderTakesAnAmountDownToNothing) {
+    Decay rule{ZERO_ORDER, -1, 0.03125, 0.0, 1.0};
+    EXPECT_EQ(decay_react(rule, 8.0, 0, 64.0), 6.0);
+    EXPECT_EQ(decay_react(rule, 2.0, 0, 64.0), 0.0);
+    EXPECT_EQ(decay_react(rule, 1.0, 0, 64.0), 0.0);
+}
+
+TEST(Reaction, FirstOrderIsExponential) {
+    Decay rule{FIRST_ORDER, -1, 0.01, 0.0, 1.0};
+    EXPECT_NEAR(decay_react(rule, 8.0, 0, 100.0), 8.0 * std::exp(-1.0), 1e-14);
+    EXPECT_NEAR(decay_react(rule, 4.0, 0, 100.0), 4.0 * std::exp(-1.0), 1e-14) << "the same again, from what is kept";
+    EXPECT_NEAR(decay_react(rule, 8.0, 0, 200.0), 8.0 * std::exp(-2.0), 1e-14);
+}
+
+TEST(Reaction, NegativeRateMakesMassesGrow) {
+    Decay rule{FIRST_ORDER, -1, -0.01, 0.0, 1.0};
+    EXPECT_NEAR(decay_react(rule, 8.0, 0, 100.0), 8.0 * std::exp(1.0), 1e-13);
+}
+
+TEST(Reaction, PatternIsAskedAtTheHour) {
+    Pattern pattern{};
+    pattern.factors[1] = 2.0;
+    pattern.factors[2] = 3.0;
+    Patterns.fill(1, pattern);
+    Decay rule{FIRST_ORDER, 0, 0.01, 0.0, 1.0};
+    EXPECT_NEAR(decay_react(rule, 8.0, 1, 100.0), 8.0 * std::exp(-2.0), 1e-14);
+    EXPECT_NEAR(decay_react(rule, 8.0, 2, 100.0), 8.0 * std::exp(-3.0), 1e-14);
+    Patterns.clear();
+}
+
+TEST(Reaction, OtherThanFirstOrderIsLeftToTheLayersOfControls) {
+    for (const int32_t type : {-1, static_cast<int32_t>(CONST_CONCEN), static_cast<int32_t>(ZERO_ORDER)}) {
+        Decay rule{type, -1, 0.01, 0.0, 1.0};
+        EXPECT_EQ(decay_getFactor(rule, 0, 100.0), 1.0);
+    }
+}
+
+// --- tanks and conduits --------------------------------------------------------------------------------------------
 
 static constexpr double DT = 1800.0;  ///< s, the routing step: the second one ends at the full hour
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "hydrology/runoff.h"
+#include "hydrology/washoff.h"
 #include "support/land.h"
 
 namespace {
@@ -174,40 +175,41 @@ protected:
 
 TEST_F(BuildupTest, FollowsItsCurve) {
     for (const double days : {0.01, 1.0, 5.0, 17.0}) {
-        EXPECT_NEAR(landuse_buildupAfter(0, 0, 2.5, 0.0, days * DAY), 2.5 * curve(days), 1e-12);
+        EXPECT_NEAR(landuse_getBuildup(Landuses[0].buildup[0], 2.5, 0.0, days * DAY), 2.5 * curve(days), 1e-12);
     }
 }
 
 TEST_F(BuildupTest, GoesOnFromWhatIsThere) {
     double mass = 0.0;
     for (int32_t k = 0; k < 100; ++k) {
-        mass = landuse_buildupAfter(0, 0, 2.5, mass, 0.1 * DAY);
+        mass = landuse_getBuildup(Landuses[0].buildup[0], 2.5, mass, 0.1 * DAY);
     }
     EXPECT_NEAR(mass, 2.5 * curve(10.0), 1e-10);
 }
 
 TEST_F(BuildupTest, StandsAtTheLimitFrom999PermilleOn) {
     const double full = std::log(1000.0) / 0.4;  // days
-    EXPECT_LT(landuse_buildupAfter(0, 0, 1.0, 0.0, (full - 0.001) * DAY), 12.0);
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 1.0, 0.0, (full + 0.001) * DAY), 12.0);
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 1.0, 11.999, 1.0), 12.0);
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 1.0, 50.0, 1.0), 12.0) << "what stands above falls to the limit here";
+    EXPECT_LT(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 0.0, (full - 0.001) * DAY), 12.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 0.0, (full + 0.001) * DAY), 12.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 11.999, 1.0), 12.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 50.0, 1.0), 12.0)
+        << "what stands above falls to the limit here";
 }
 
 TEST_F(BuildupTest, WithoutTimeStaysAndWithoutAreaIsNone) {
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 1.0, 5.0, 0.0), 5.0);
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 0.0, 5.0, 0.0), 5.0);
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 0.0, 5.0, DAY), 0.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 5.0, 0.0), 5.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 0.0, 5.0, 0.0), 5.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 0.0, 5.0, DAY), 0.0);
 }
 
 TEST_F(BuildupTest, WithoutARateItStaysEmptyAndJumpsFromAnythingElse) {
     Landuses[0].buildup[0].rateConstant = 0.0;
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 1.0, 0.0, DAY), 0.0);
-    EXPECT_EQ(landuse_buildupAfter(0, 0, 1.0, 1.0, DAY), 12.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 0.0, DAY), 0.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 1.0, DAY), 12.0);
 }
 
 TEST_F(BuildupTest, PairWithoutALineBuildsUpNothing) {
-    EXPECT_EQ(landuse_buildupAfter(1, 1, 1.0, 0.0, DAY), 0.0);
+    EXPECT_EQ(landuse_getBuildup(Landuses[1].buildup[1], 1.0, 0.0, DAY), 0.0);
 }
 
 class DryTest : public LanduseTest {};
@@ -306,7 +308,7 @@ protected:
         *buildup = 20.0;
     }
 
-    void wash() { landuse_washLand(0, RATE, STEP); }
+    void wash() { washoff_washLand(*s, RATE, STEP); }
 
     Subcatch* s;
     WashoffRule* rule;
@@ -414,9 +416,9 @@ TEST_F(LanduseTest, OtherKindBehindAnEventMeanLineWashesOffAtItsConcentration) {
 
 TEST_F(WashLandTest, TrickleWashesNothing) {
     *rule = {WASHOFF_EMC, 0.0, 0.0, 50.0, 0.0, 1};
-    landuse_washLand(0, 7.0e-10, STEP);
+    washoff_washLand(*s, 7.0e-10, STEP);
     EXPECT_EQ(s->runoffLoad[0], 0.0);
-    landuse_washLand(0, 7.056e-10, STEP);
+    washoff_washLand(*s, 7.056e-10, STEP);
     EXPECT_GT(s->runoffLoad[0], 0.0) << "at the limit it does";
 }
 
@@ -451,20 +453,20 @@ protected:
         ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n"), 0);
         s = &Subcatches[0];
         s->rain = 1e-5;  // 30 m3
-        RunoffVolumes = RunoffVolumesRecord{};
-        RunoffVolumes.wetInflow = 50.0;
+        volumes.wetInflow = 50.0;
     }
 
     Subcatch* s;
+    RunoffVolumes volumes{};
 };
 
 TEST_F(WashRainTest, MassDividesAsTheWaterDoes) {
     s->pondedMass[0] = 0.2;
-    RunoffVolumes.infil = 10.0;
-    RunoffVolumes.surfaceOutflow = 15.0;
+    volumes.infil = 10.0;
+    volumes.surfaceOutflow = 15.0;
     s->imperviousDepth = 0.001;
     s->perviousDepth = 0.004;  // 25 m3 in all
-    landuse_washRain(0, STEP);
+    washoff_washRain(*s, volumes, STEP);
     const double c = (0.3 + 0.2) / 50.0;
     EXPECT_NEAR(s->wetDeposition[0], 0.3, 1e-14);
     EXPECT_NEAR(s->infilLoss[0], 10.0 * c, 1e-14);
@@ -475,22 +477,22 @@ TEST_F(WashRainTest, MassDividesAsTheWaterDoes) {
 }
 
 TEST_F(WashRainTest, NoMoreThanTheMassLeaves) {
-    RunoffVolumes.infil = 80.0;
-    RunoffVolumes.surfaceOutflow = 80.0;
-    landuse_washRain(0, STEP);
+    volumes.infil = 80.0;
+    volumes.surfaceOutflow = 80.0;
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_NEAR(s->infilLoss[0], 0.3, 1e-14);
     EXPECT_EQ(s->runoffLoad[0], 0.0);
-    RunoffVolumes.infil = 20.0;
+    volumes.infil = 20.0;
     s->infilLoss[0] = 0.0;
-    landuse_washRain(0, STEP);
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_NEAR(s->infilLoss[0], 20.0 / 50.0 * 0.3, 1e-14);
     EXPECT_NEAR(s->runoffLoad[0], 30.0 / 50.0 * 0.3, 1e-14);
 }
 
 TEST_F(WashRainTest, InfiltrationOfLidUnitsIsNotItsOwn) {
-    RunoffVolumes.infil = 10.0;
-    RunoffVolumes.lidInfil = 4.0;
-    landuse_washRain(0, STEP);
+    volumes.infil = 10.0;
+    volumes.lidInfil = 4.0;
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_NEAR(s->infilLoss[0], 6.0 / 50.0 * 0.3, 1e-14);
 }
 
@@ -498,8 +500,8 @@ TEST_F(WashRainTest, TreatmentTakesItsShareOfWhatLeaves) {
     Landuses[0].washoff[0].removal = 0.5;
     Landuses[1].washoff[0].removal = 0.5;
     s->landShares[1].fraction = -0.6;  // a negative share lowers it
-    RunoffVolumes.surfaceOutflow = 25.0;
-    landuse_washRain(0, STEP);
+    volumes.surfaceOutflow = 25.0;
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_NEAR(s->bmpRemoval[0], 0.2 * 0.15, 1e-14);
     EXPECT_NEAR(s->runoffLoad[0], 0.8 * 0.15, 1e-14);
 }
@@ -508,8 +510,8 @@ TEST_F(WashRainTest, TreatmentIsThatOfThePollutant) {
     Polluts[1].rainConcentration = 10.0;
     Landuses[0].washoff[0].removal = 0.0;
     Landuses[0].washoff[1].removal = 0.5;
-    RunoffVolumes.surfaceOutflow = 25.0;  // half the water, with half of 0.3 kg each
-    landuse_washRain(0, STEP);
+    volumes.surfaceOutflow = 25.0;  // half the water, with half of 0.3 kg each
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_NEAR(s->runoffLoad[0], 0.15, 1e-14);
     EXPECT_EQ(s->bmpRemoval[0], 0.0);
     EXPECT_NEAR(s->runoffLoad[1], 0.5 * 0.15, 1e-14);
@@ -517,11 +519,11 @@ TEST_F(WashRainTest, TreatmentIsThatOfThePollutant) {
 }
 
 TEST_F(WashRainTest, WithoutWaterThePondedMassIsDropped) {
-    RunoffVolumes.wetInflow = 0.0;
+    volumes.wetInflow = 0.0;
     s->rain = 0.0;
     s->pondedMass[0] = 5.0;
     s->pondedMass[1] = 3.0;
-    landuse_washRain(0, STEP);
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_EQ(s->pondedMass[0], 0.0);
     EXPECT_EQ(s->pondedMass[1], 0.0) << "of each pollutant";
     EXPECT_EQ(s->wetDeposition[0], 0.0);
@@ -530,29 +532,29 @@ TEST_F(WashRainTest, WithoutWaterThePondedMassIsDropped) {
 }
 
 TEST_F(WashRainTest, WithoutWaterTheDepositionIsStillBooked) {
-    RunoffVolumes.wetInflow = 0.0;
-    landuse_washRain(0, STEP);
+    volumes.wetInflow = 0.0;
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_NEAR(s->wetDeposition[0], 0.3, 1e-14);
 }
 
 TEST_F(WashRainTest, WhollyCoveredByLidUnitsNothingHappens) {
     s->lidArea = s->area;
     s->pondedMass[0] = 5.0;
-    landuse_washRain(0, STEP);
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_EQ(s->pondedMass[0], 5.0);
     EXPECT_EQ(s->wetDeposition[0], 0.0);
 }
 
 TEST_F(WashRainTest, AreaSetBelowItsLidUnitsLowersTheDeposition) {
     s->lidArea = 3.0 * s->area;
-    RunoffVolumes.wetInflow = 0.0;
-    landuse_washRain(0, STEP);
+    volumes.wetInflow = 0.0;
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_NEAR(s->wetDeposition[0], -0.6, 1e-14);
 }
 
 TEST_F(WashRainTest, OtherPollutantsAreCleanRain) {
-    RunoffVolumes.surfaceOutflow = 25.0;
-    landuse_washRain(0, STEP);
+    volumes.surfaceOutflow = 25.0;
+    washoff_washRain(*s, volumes, STEP);
     EXPECT_EQ(s->wetDeposition[1], 0.0);
     EXPECT_EQ(s->runoffLoad[1], 0.0);
 }

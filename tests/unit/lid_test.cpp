@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+#include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "model/arena.h"
 #include "model/decay.h"
@@ -55,11 +56,11 @@ TEST(LidLine, UnsetLayersAreEmptyAndTheSurfaceIsAllVoid) {
     EXPECT_EQ(Lids[0].soilDepth, 0.0);
     EXPECT_EQ(Lids[0].drainCoefficient, 0.0);
     for (int32_t p = 0; p < 2; ++p) {
-        EXPECT_EQ(Lids[0].surfaceDecay[p].kind, -1);
-        EXPECT_EQ(Lids[0].pavementDecay[p].kind, -1);
-        EXPECT_EQ(Lids[0].soilDecay[p].kind, -1);
-        EXPECT_EQ(Lids[0].storageDecay[p].kind, -1);
-        EXPECT_EQ(Lids[0].matDecay[p].kind, -1);
+        EXPECT_EQ(Lids[0].surfaceDecay[p].type, -1);
+        EXPECT_EQ(Lids[0].pavementDecay[p].type, -1);
+        EXPECT_EQ(Lids[0].soilDecay[p].type, -1);
+        EXPECT_EQ(Lids[0].storageDecay[p].type, -1);
+        EXPECT_EQ(Lids[0].matDecay[p].type, -1);
     }
 }
 
@@ -194,7 +195,7 @@ TEST(GroupLine, LostMemoryIsTold) {
 
 struct DecayLayer {
     const char* word;
-    DecayRule* Lid::*rules;
+    Decay* Lid::*rules;
 };
 
 class DecayLineLayers : public ::testing::TestWithParam<DecayLayer> {};
@@ -204,10 +205,10 @@ TEST_P(DecayLineLayers, TakesTheRule) {
     project.decay = std::string("A LID Q FIRST 864 FLAT ") + GetParam().word + "\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    const DecayRule* rules = Lids[0].*GetParam().rules;
-    EXPECT_EQ(rules[0].kind, -1);
-    EXPECT_EQ(rules[1].kind, FIRST_ORDER);
-    EXPECT_NEAR(rules[1].rate, 0.01, TINY);
+    const Decay* rules = Lids[0].*GetParam().rules;
+    EXPECT_EQ(rules[0].type, -1);
+    EXPECT_EQ(rules[1].type, FIRST_ORDER);
+    EXPECT_NEAR(rules[1].k, 0.01, TINY);
     EXPECT_EQ(rules[1].pattern, 0);
 }
 
@@ -223,9 +224,9 @@ TEST(DecayLine, OfADrainStoresNothing) {
     project.decay = "A LID P FIRST 864 \"\" DRAIN\n";
     const OpenLids open(project);
     EXPECT_EQ(open.code, 0);
-    for (const DecayRule* rules :
+    for (const Decay* rules :
          {Lids[0].surfaceDecay, Lids[0].soilDecay, Lids[0].storageDecay, Lids[0].pavementDecay, Lids[0].matDecay}) {
-        EXPECT_EQ(rules[0].kind, -1);
+        EXPECT_EQ(rules[0].type, -1);
     }
 }
 
@@ -234,8 +235,8 @@ TEST(DecayLine, NegativeAndWordlyRatesPass) {
     project.decay = "A LID P FIRST -864 \"\" SOIL\nA LID Q FIRST word \"\" SOIL\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    EXPECT_NEAR(Lids[0].soilDecay[0].rate, -0.01, TINY);
-    EXPECT_EQ(Lids[0].soilDecay[1].rate, 0.0);
+    EXPECT_NEAR(Lids[0].soilDecay[0].k, -0.01, TINY);
+    EXPECT_EQ(Lids[0].soilDecay[1].k, 0.0);
     EXPECT_EQ(Lids[0].soilDecay[1].pattern, -1);
 }
 
@@ -480,10 +481,10 @@ TEST(Validation, MatStandsInForTheStorageOfARoof) {
     EXPECT_EQ(Lids[0].storageVoid, 0.4);
     EXPECT_EQ(Lids[0].storageRate, 0.0);
     EXPECT_EQ(Lids[0].drainOffset, 0.005) << "the storage line has a thickness, so the drain keeps its height";
-    EXPECT_EQ(Lids[0].storageDecay[0].kind, FIRST_ORDER);
-    EXPECT_EQ(Lids[0].storageDecay[0].rate, 1.0 / 86400.0);
+    EXPECT_EQ(Lids[0].storageDecay[0].type, FIRST_ORDER);
+    EXPECT_EQ(Lids[0].storageDecay[0].k, 1.0 / 86400.0);
     EXPECT_EQ(Lids[0].storageDecay[0].pattern, 0);
-    EXPECT_EQ(Lids[0].storageDecay[1].kind, -1) << "only the first pollutant follows the mat";
+    EXPECT_EQ(Lids[0].storageDecay[1].type, -1) << "only the first pollutant follows the mat";
 }
 
 TEST(Validation, RoofWithoutAStorageLineLetsTheDrainLieOnTheFloor) {
@@ -495,8 +496,8 @@ TEST(Validation, MatWithoutARuleWipesTheFirstOfTheStorage) {
     LidProject project = withLids(GOOD[LID_GR]);
     project.decay = "A LID P FIRST 1 \"\" STORAGE\nA LID Q FIRST 2 \"\" STORAGE\n";
     const OpenLids open(project);
-    EXPECT_EQ(Lids[0].storageDecay[0].kind, -1);
-    EXPECT_EQ(Lids[0].storageDecay[1].kind, FIRST_ORDER);
+    EXPECT_EQ(Lids[0].storageDecay[0].type, -1);
+    EXPECT_EQ(Lids[0].storageDecay[1].type, FIRST_ORDER);
 }
 
 TEST(Validation, RoofWithoutPollutantsPasses) {

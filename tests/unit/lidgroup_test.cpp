@@ -10,14 +10,13 @@
 #include <vector>
 
 #include "hydrology/evap.h"
-#include "hydrology/landuse.h"
-#include "hydrology/lid.h"
-#include "hydrology/lidunit.h"
+#include "hydrology/lidgroup.h"
 #include "hydrology/runoff.h"
 #include "hydrology/subcatch.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/project.h"
+#include "routing/landinflows.h"
 #include "support/lids.h"
 #include "support/reporttables.h"
 
@@ -30,6 +29,7 @@ class Group : public ::testing::Test {
 protected:
     LidProject project;
     std::unique_ptr<ProjectFile> file;
+    RunoffVolumes volumes{};
 
     void SetUp() override { project.lids = "RB RB\nRB STORAGE 1000 1 0\nRB DRAIN 36 1 0 6\n"; }
 
@@ -37,7 +37,6 @@ protected:
         file = std::make_unique<ProjectFile>(project.text());
         ASSERT_EQ(file->open(), 0) << file->getReport();
         ASSERT_EQ(tarnvelde_start(0), 0);
-        RunoffVolumes = RunoffVolumesRecord{};
     }
 
     static Subcatch& subcatch() { return Subcatches[0]; }
@@ -78,10 +77,10 @@ TEST_F(Group, UnitsTakeTheirShareOfBothPartsOfTheLand) {
     subcatch().rain = 1e-6;
     subcatch().imperviousRunoff = 0.03;
     subcatch().perviousRunoff = 0.01;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_NEAR(LidUnits[0].inflowDepth, 60.0 * (0.04 * 0.25 / 100.0 + 1e-6), 1e-16);
     EXPECT_NEAR(LidUnits[1].inflowDepth, 60.0 * (0.04 * 0.5 / 400.0 + 1e-6), 1e-16);
-    EXPECT_NEAR(RunoffVolumes.lidRunon, 60.0 * 0.04 * 0.75, 1e-14);
+    EXPECT_NEAR(volumes.lidRunon, 60.0 * 0.04 * 0.75, 1e-14);
 }
 
 TEST_F(Group, WithoutOtherLandThereIsNoRunon) {
@@ -90,9 +89,9 @@ TEST_F(Group, WithoutOtherLandThereIsNoRunon) {
     subcatch().rain = 1e-6;
     subcatch().imperviousRunoff = 0.03;
     subcatch().lastWashoffRate[0] = 0.5;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_NEAR(LidUnits[0].inflowDepth, 60.0 * 1e-6, 1e-18);
-    EXPECT_EQ(RunoffVolumes.lidRunon, 0.0);
+    EXPECT_EQ(volumes.lidRunon, 0.0);
     EXPECT_NEAR(LidUnits[0].inflowLoad[0], 60.0 * (10000.0 * 1e-6 * 10.0 / 1000.0 + 0.5), 1e-12)
         << "the load of runon comes all the same";
 }
@@ -102,24 +101,23 @@ TEST_F(Group, FlowsAddUpToTheVolumesOfTheStep) {
     start();
     subcatch().rain = 1e-5;
     LidUnits[0].dryTime = LidUnits[1].dryTime = 0.0;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_NEAR(LidUnits[0].thisSurfaceFlow, 1e-3, 1e-17);
     EXPECT_NEAR(LidUnits[1].thisSurfaceFlow, 5e-4, 1e-17);
-    EXPECT_NEAR(LidGroups[0].thisSurfaceOutflow, 1.5e-3, 1e-17);
-    EXPECT_NEAR(RunoffVolumes.lidOutflow, 0.09, 1e-15);
+    EXPECT_NEAR(volumes.lidOutflow, 0.09, 1e-15);
 }
 
 TEST_F(Group, EvaporationAndInfiltrationJoinThoseOfTheLand) {
     project.lids = "BC BC\nBC SOIL 500 0.5 0.2 0.1 3600 0\nBC STORAGE 400 1 36\n";
     project.groups = "S BC 100 1 50 0\n";
     start();
-    RunoffVolumes.infil = 1.0;
-    RunoffVolumes.evap = 2.0;
+    volumes.infil = 1.0;
+    volumes.evap = 2.0;
     Evap.rate = 1e-6;
-    lid_stepUnits(0, 60.0);
-    EXPECT_NEAR(RunoffVolumes.lidInfil, 1e-5 * 60.0 * 100.0, 1e-14);
-    EXPECT_NEAR(RunoffVolumes.infil, 1.0 + 0.06, 1e-14);
-    EXPECT_NEAR(RunoffVolumes.evap, 2.0 + 1e-6 * 60.0 * 100.0, 1e-14);
+    lidgroup_step(0, volumes, 60.0);
+    EXPECT_NEAR(volumes.lidInfil, 1e-5 * 60.0 * 100.0, 1e-14);
+    EXPECT_NEAR(volumes.infil, 1.0 + 0.06, 1e-14);
+    EXPECT_NEAR(volumes.evap, 2.0 + 1e-6 * 60.0 * 100.0, 1e-14);
 }
 
 TEST_F(Group, NothingEvaporatesWhileItRains) {
@@ -128,8 +126,8 @@ TEST_F(Group, NothingEvaporatesWhileItRains) {
     start();
     Evap.rate = 1e-6;
     subcatch().rain = 1e-12;
-    lid_stepUnits(0, 60.0);
-    EXPECT_EQ(RunoffVolumes.evap, 0.0);
+    lidgroup_step(0, volumes, 60.0);
+    EXPECT_EQ(volumes.evap, 0.0);
 }
 
 TEST_F(Group, DryTimeCountsFromTheLastTraceOfRain) {
@@ -137,10 +135,10 @@ TEST_F(Group, DryTimeCountsFromTheLastTraceOfRain) {
     start();
     LidUnits[0].dryTime = 500.0;
     subcatch().rain = 7.056e-10;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_EQ(LidUnits[0].dryTime, 560.0);
     subcatch().rain = 7.057e-10;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_EQ(LidUnits[0].dryTime, 0.0);
 }
 
@@ -148,11 +146,19 @@ TEST_F(Group, BarrelDrainsOnlyWhenTheDelayHasPassed) {
     project.groups = "S RB 100 1 50 0\n";
     start();
     LidUnits[0].dryTime = 21600.0 - 60.0;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_EQ(LidUnits[0].thisDrainFlow, 0.0);
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_NEAR(LidUnits[0].thisDrainFlow, std::min(500.0 * 1e-5, 0.5 / 60.0) * 100.0, 1e-14);
-    EXPECT_EQ(LidGroups[0].thisDrainFlow, LidUnits[0].thisDrainFlow);
+}
+
+TEST_F(Group, NegativeZeroOfASaturationIsNoneInTheInitialDepth) {
+    project.lids = "RG RG\nRG SOIL 500 0.5 0.2 -0 36 10\n";
+    project.groups = "S RG 100 1 -0 0\n";
+    start();
+    EXPECT_TRUE(std::signbit(LidUnits[0].soilMoisture));
+    EXPECT_FALSE(std::signbit(LidUnits[0].initialDepth));
+    EXPECT_FALSE(std::signbit(LidUnits[0].finalDepth));
 }
 
 TEST_F(Group, LoadsComeWithTheRainAndWithTheWashoffOfTheStepBefore) {
@@ -161,18 +167,44 @@ TEST_F(Group, LoadsComeWithTheRainAndWithTheWashoffOfTheStepBefore) {
     subcatch().rain = 1e-5;
     subcatch().lastWashoffRate[0] = 0.004;
     subcatch().thisWashoffRate[0] = 9.0;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_NEAR(LidUnits[0].inflowLoad[0], 60.0 * (100.0 * 1e-5 * 10.0 / 1000.0 + 0.004 * 0.25), 1e-15);
     EXPECT_NEAR(LidUnits[0].rainLoad[0], 60.0 * 100.0 * 1e-5 * 10.0 / 1000.0, 1e-16);
     EXPECT_EQ(LidUnits[0].rainLoad[1], 0.0) << "the second pollutant doesn't come with the rain";
+}
+
+TEST_F(Group, UnitsReactByTheHourInWhichTheRunoffStepEnds) {
+    project.groups = "S RB 100 1 50 25\n";
+    project.patterns = "H HOURLY 1 2 3\n";
+    project.decay = "RB LID P FIRST 864 H STORAGE\n";
+    start();
+    LidUnits[0].dryTime = 0.0;  // shuts the drain
+    LidUnits[0].lastStorageMass[0] = 5.0;
+    NewRunoffTime = 3599.0 * 1000.0;
+    lidgroup_step(0, volumes, 60.0);
+    EXPECT_NEAR(LidUnits[0].thisStorageMass[0], 5.0 * std::exp(-0.01 * 1.0 * 60.0), 1e-14);
+    NewRunoffTime = 3600.0 * 1000.0;
+    lidgroup_step(0, volumes, 60.0);
+    EXPECT_NEAR(LidUnits[0].thisStorageMass[0], 5.0 * std::exp(-0.01 * 2.0 * 60.0), 1e-14)
+        << "a full hour counts to the next";
+}
+
+TEST_F(Group, UnitsAreWalkedInTheOrderOfTheirLines) {
+    project.groups = "S RB 100 1 0 25\nS RB 200 1 0 25\nS RB 300 1 0 25\n";
+    start();
+    std::vector<double> areas;
+    for (const LidUnit& unit : lidgroup_getUnits(0)) {
+        areas.push_back(unit.area);
+    }
+    EXPECT_EQ(areas, (std::vector<double>{100.0, 200.0, 300.0}));
+    EXPECT_TRUE(lidgroup_getUnits(1).empty()) << "no subcatchment, no units";
+    EXPECT_TRUE(lidgroup_getUnits(-1).empty());
 }
 
 TEST_F(Group, ShiftMakesNewOldAndLeavesNoLoadBehind) {
     project.groups = "S RB 100 1 0 25\n";
     start();
     LidUnit& unit = LidUnits[0];
-    LidGroups[0].thisSurfaceOutflow = 1.0;
-    LidGroups[0].thisDrainFlow = 2.0;
     unit.thisSurfaceFlow = 3.0;
     unit.thisDrainFlow = 4.0;
     unit.thisSurfaceMass[1] = 5.0;
@@ -181,20 +213,15 @@ TEST_F(Group, ShiftMakesNewOldAndLeavesNoLoadBehind) {
     unit.thisStorageMass[1] = 8.0;
     unit.thisSurfaceLoad[1] = 9.0;
     unit.thisDrainLoad[1] = 10.0;
-    lid_shiftGroup(0);
-    EXPECT_EQ(LidGroups[0].lastSurfaceOutflow, 1.0);
-    EXPECT_EQ(LidGroups[0].lastDrainFlow, 2.0);
+    lidgroup_shiftState(0);
     EXPECT_EQ(unit.lastSurfaceFlow, 3.0);
     EXPECT_EQ(unit.lastDrainFlow, 4.0);
     EXPECT_EQ(unit.lastSurfaceMass[1], 5.0);
     EXPECT_EQ(unit.lastPavementMass[1], 6.0);
     EXPECT_EQ(unit.lastSoilMass[1], 7.0);
     EXPECT_EQ(unit.lastStorageMass[1], 8.0);
-    EXPECT_EQ(LidGroups[0].thisSurfaceOutflow + LidGroups[0].thisDrainFlow, 0.0);
     EXPECT_EQ(unit.thisSurfaceFlow + unit.thisDrainFlow + unit.thisSurfaceMass[1] + unit.thisPavementMass[1], 0.0);
     EXPECT_EQ(unit.thisSoilMass[1] + unit.thisStorageMass[1] + unit.thisSurfaceLoad[1] + unit.thisDrainLoad[1], 0.0);
-    EXPECT_EQ(unit.lastSurfaceLoad[1], 0.0);
-    EXPECT_EQ(unit.lastDrainLoad[1], 0.0);
 }
 
 TEST_F(Group, ShiftComesAlsoWhereAHostTookTheArea) {
@@ -203,14 +230,11 @@ TEST_F(Group, ShiftComesAlsoWhereAHostTookTheArea) {
     start();
     LidUnits[0].thisDrainFlow = 1.0;
     LidUnits[0].thisDrainLoad[0] = 2.0;
-    LidGroups[0].thisSurfaceOutflow = 3.0;
     subcatch().area = 0.0;
     runoff_advance();
     EXPECT_EQ(LidUnits[0].thisDrainFlow, 0.0);
     EXPECT_EQ(LidUnits[0].thisDrainLoad[0], 0.0);
-    EXPECT_EQ(LidGroups[0].thisSurfaceOutflow, 0.0);
     EXPECT_EQ(LidUnits[0].lastDrainFlow, 1.0);
-    EXPECT_EQ(LidGroups[0].lastSurfaceOutflow, 3.0);
 }
 
 TEST_F(Group, LaterUnitsTakeTheirShareOfWhatEarlierOnesLetGo) {
@@ -219,7 +243,7 @@ TEST_F(Group, LaterUnitsTakeTheirShareOfWhatEarlierOnesLetGo) {
     LidUnits[0].thisSurfaceLoad[0] = 0.01;
     LidUnits[1].thisSurfaceLoad[0] = 0.02;
     double loads[] = {8.0, 4.0};
-    lid_addSurfaceLoads(0, loads);
+    lidgroup_addSurfaceLoads(0, loads, RunoffStep);
     EXPECT_NEAR(loads[0], 0.5 * (0.75 * 8.0 + RunoffStep * 0.01) + RunoffStep * 0.02, 1e-14);
     EXPECT_NEAR(loads[1], 0.5 * 0.75 * 4.0, 1e-15);
 }
@@ -231,7 +255,7 @@ TEST_F(Group, DrainsGoToTheirNodesAndIntoTheTotals) {
     LidUnits[1].thisDrainFlow = 0.5;
     LidUnits[1].lastDrainFlow = 77.0;
     LidUnits[1].thisDrainLoad[1] = 0.125;
-    lid_addDrains();
+    landinflows_addDrains();
     EXPECT_EQ(Nodes[0].newLatFlow, 0.25);
     EXPECT_EQ(Nodes[1].newLatFlow, 0.5) << "the flow of the step before has no weight";
     EXPECT_EQ(Nodes[1].massInflow[1], 0.125);
@@ -244,19 +268,19 @@ TEST_F(Group, SubcatchmentWithoutAreaDrainsNothing) {
     start();
     LidUnits[0].thisDrainFlow = 0.25;
     subcatch().area = 0.0;
-    lid_addDrains();
+    landinflows_addDrains();
     EXPECT_EQ(Nodes[0].newLatFlow, 0.0);
 }
 
 TEST_F(Group, SubcatchmentWithoutUnitsIsLeftAlone) {
     start();
-    lid_stepUnits(0, 60.0);
-    lid_shiftGroup(0);
-    lid_addDrains();
+    lidgroup_step(0, volumes, 60.0);
+    lidgroup_shiftState(0);
+    landinflows_addDrains();
     double loads[] = {8.0, 4.0};
-    lid_addSurfaceLoads(0, loads);
+    lidgroup_addSurfaceLoads(0, loads, RunoffStep);
     EXPECT_EQ(loads[0], 8.0);
-    EXPECT_EQ(RunoffVolumes.lidOutflow, 0.0);
+    EXPECT_EQ(volumes.lidOutflow, 0.0);
 }
 
 TEST_F(Group, UnitOfNoAreaIsPassedOver) {
@@ -264,7 +288,7 @@ TEST_F(Group, UnitOfNoAreaIsPassedOver) {
     start();
     subcatch().rain = 1e-5;
     LidUnits[0].area = 0.0;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     EXPECT_EQ(LidUnits[0].inflowDepth, 0.0);
     EXPECT_GT(LidUnits[1].inflowDepth, 0.0);
 }
@@ -290,11 +314,11 @@ TEST_F(Group, NothingIsAllocatedInAStep) {
     project.groups = "S RB 100 1 0 25\nS RB 100 1 0 50 DRAIN\n";
     start();
     subcatch().rain = 1e-5;
-    lid_stepUnits(0, 60.0);
+    lidgroup_step(0, volumes, 60.0);
     const size_t taken = ProjectArena.taken + ResultArena.taken + RunArena.taken;
     for (int32_t k = 0; k < 100; ++k) {
-        lid_shiftGroup(0);
-        lid_stepUnits(0, 60.0);
+        lidgroup_shiftState(0);
+        lidgroup_step(0, volumes, 60.0);
     }
     EXPECT_EQ(ProjectArena.taken + ResultArena.taken + RunArena.taken, taken);
 }

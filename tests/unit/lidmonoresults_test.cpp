@@ -26,11 +26,11 @@ TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
     node().newInflow = 2.0;
     node().oldLatFlow = 3.0;
     node().newLatFlow = 5.0;
-    LidMono& u = unit();
-    u.evapRate = 6.0;
+    LidUnit& u = unit();
+    record().evapRate = 6.0;
     u.lastSurfaceFlow = 7.0;
     u.thisSurfaceFlow = 8.0;
-    u.infilRate = 9.0;
+    record().infilRate = 9.0;
     u.lastDrainFlow = 10.0;
     u.thisDrainFlow = 12.0;
     u.surfaceLevel = 0.1;
@@ -193,7 +193,7 @@ TEST_F(MonoTest, SecondRunEqualsTheFirst) {
         ASSERT_EQ(tarnvelde_start(0), 0);
         ASSERT_EQ(stepToEnd(), 0);
         runs.push_back({unit().storageLevel, unit().thisStorageMass[0], unit().finalLoad[0], unit().dryTime,
-                        unit().rainDepth, unit().inflowDepth, unit().evapDepth, unit().infilDepth,
+                        record().rainDepth, unit().inflowDepth, unit().evapDepth, unit().infilDepth,
                         unit().surfaceOutDepth, unit().drainDepth, unit().initialDepth, unit().finalDepth,
                         unit().thisSurfaceFlow, FlowTotals.externalOutflow});
         ASSERT_EQ(tarnvelde_report(), 0);

@@ -73,8 +73,8 @@ static std::vector<int32_t> sortWithLists() {
         }
     }
     for (const LidMono& mono : LidMonos) {
-        if (mono.drainNode >= 0) {
-            ++upstreamCounts[static_cast<size_t>(mono.drainNode)];
+        if (mono.unit.drainNode >= 0) {
+            ++upstreamCounts[static_cast<size_t>(mono.unit.drainNode)];
         }
     }
     std::list<int32_t> visited, pending;
@@ -106,7 +106,7 @@ static std::vector<int32_t> sortWithLists() {
             meetDirectTarget(Reactors[node.kindIndex].emptyingNode);
         }
         if (node.kind == LID_MONO) {
-            meetDirectTarget(LidMonos[node.kindIndex].drainNode);
+            meetDirectTarget(LidMonos[node.kindIndex].unit.drainNode);
         }
         for (const Link& link : Links) {
             const int32_t to = link.toNode;

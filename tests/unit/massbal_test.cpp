@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "nodes/lidmono.h"
 #include "nodes/reactor.h"
 #include "support/lids.h"
@@ -181,11 +181,11 @@ std::string getLids() {
 TEST(LidNodes, AreInTheFlowBalance) {
     StorageModel model(getLids());
     LidMono& mono = LidMonos[0];
-    mono.initialDepth = 0.01;
+    mono.unit.initialDepth = 0.01;
     mono.rainDepth = 0.02;
-    mono.evapDepth = 0.003;
-    mono.infilDepth = 0.004;
-    mono.finalDepth = 0.005;
+    mono.unit.evapDepth = 0.003;
+    mono.unit.infilDepth = 0.004;
+    mono.unit.finalDepth = 0.005;
     double error = 0.0;
     const FlowTotalsRecord totals = massbal_closeFlow(&error);
     EXPECT_NEAR(totals.initStorage, 1.0, 1e-12);
@@ -199,10 +199,10 @@ TEST(LidNodes, AreInTheFlowBalance) {
 TEST(LidNodes, AreInTheQualityBalanceOfTheirPollutant) {
     StorageModel model(getLids());
     LidMono& mono = LidMonos[0];
-    mono.rainLoad[1] = 1.0;
-    mono.exfilLoad[1] = 0.2;
-    mono.reactedLoad[1] = 0.3;
-    mono.finalLoad[1] = 0.4;
+    mono.unit.rainLoad[1] = 1.0;
+    mono.unit.exfilLoad[1] = 0.2;
+    mono.unit.reactedLoad[1] = 0.3;
+    mono.unit.finalLoad[1] = 0.4;
     double error = 77.0;
     EXPECT_EQ(massbal_closeQuality(0, &error).wetWeatherInflow, 0.0);
     EXPECT_EQ(error, 0.0);

@@ -9,8 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "hydrology/landuse.h"
-#include "hydrology/lid.h"
+#include "hydrology/lidgroup.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
 #include "support/allkinds.h"
@@ -296,8 +295,8 @@ TEST(LidReport, WaterStandsInItsColumns) {
     StorageModel model(getLidText());
     setDepths(LidUnits[0], 0.001);
     setDepths(LidUnits[1], 0.011);
-    setDepths(LidMonos[0], 0.001);
-    setDepths(LidMonos[1], 0.011);
+    setDepths(LidMonos[0].unit, 0.001);
+    setDepths(LidMonos[1].unit, 0.011);
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string report = model.file.getReport();
     const Rows units = {"S A 1.000 2.000 3.000 4.000 5.000 6.000 7.000",
@@ -314,8 +313,8 @@ TEST(LidReport, LoadsStandInTheBlockOfTheirPollutant) {
         const double block = 100.0 * static_cast<double>(p);
         setLoads(LidUnits[0], p, block + 11.0);
         setLoads(LidUnits[1], p, block + 21.0);
-        setLoads(LidMonos[0], p, block + 31.0);
-        setLoads(LidMonos[1], p, block + 41.0);
+        setLoads(LidMonos[0].unit, p, block + 31.0);
+        setLoads(LidMonos[1].unit, p, block + 41.0);
     }
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string report = model.file.getReport();

@@ -109,11 +109,11 @@ struct Rows : testing::Test {
         lid.soilDepth = 7.0;  // has no part in it
         Lids.fill(1, lid);
         LidMono mono{};
-        mono.area = 100.0;
-        mono.surfaceLevel = 0.1;
-        mono.pavementLevel = 0.2;
-        mono.soilMoisture = 0.4;
-        mono.storageLevel = 0.2;
+        mono.unit.area = 100.0;
+        mono.unit.surfaceLevel = 0.1;
+        mono.unit.pavementLevel = 0.2;
+        mono.unit.soilMoisture = 0.4;
+        mono.unit.storageLevel = 0.2;
         LidMonos.fill(1, mono);
         addNode(LID_MONO);
     }

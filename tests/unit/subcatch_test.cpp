@@ -14,6 +14,7 @@
 #include "hydrology/evap.h"
 #include "hydrology/runoff.h"
 #include "results/rows.h"
+#include "routing/landinflows.h"
 #include "support/land.h"
 
 namespace {
@@ -38,11 +39,11 @@ TEST_F(SubcatchTest, LineIsStoredInMetresAndSeconds) {
     EXPECT_DOUBLE_EQ(s.perviousRoughness, 0.2);
     EXPECT_DOUBLE_EQ(s.imperviousStorage, 0.0015);
     EXPECT_DOUBLE_EQ(s.perviousStorage, 0.004);
-    EXPECT_DOUBLE_EQ(s.maxInfilRate, 2e-5);
-    EXPECT_DOUBLE_EQ(s.minInfilRate, 2e-6);
-    EXPECT_DOUBLE_EQ(s.infilDecay, 0.001);
-    EXPECT_DOUBLE_EQ(s.infilRecovery, -std::log(0.02) / (5.0 * 86400.0)) << "2 % are left after the drying time";
-    EXPECT_DOUBLE_EQ(s.maxInfilVolume, 0.08);
+    EXPECT_DOUBLE_EQ(s.soil.maxRate, 2e-5);
+    EXPECT_DOUBLE_EQ(s.soil.minRate, 2e-6);
+    EXPECT_DOUBLE_EQ(s.soil.decay, 0.001);
+    EXPECT_DOUBLE_EQ(s.soil.recovery, -std::log(0.02) / (5.0 * 86400.0)) << "2 % are left after the drying time";
+    EXPECT_DOUBLE_EQ(s.soil.maxVolume, 0.08);
 }
 
 TEST_F(SubcatchTest, SharesStopAtTheWhole) {
@@ -58,7 +59,7 @@ TEST_F(SubcatchTest, ImperviousShareAndLargestVolumeMayBeZero) {
     project.subcatchs = "S G O 1 100 0 1 0.015 0.1 1 2 50 5 4 3 0\n";
     ASSERT_EQ(open(project), 0);
     EXPECT_EQ(Subcatches[0].imperviousFraction, 0.0);
-    EXPECT_EQ(Subcatches[0].maxInfilVolume, 0.0);
+    EXPECT_EQ(Subcatches[0].soil.maxVolume, 0.0);
 }
 
 TEST_F(SubcatchTest, OtherNumbersAreInfiniteAtMost) {
@@ -146,7 +147,11 @@ struct Horton {
     double time = 0.0, volume = 0.0;
 
     double rate(double available, double dt, double maxVolume = 0.0) {
-        return subcatch_infilRate(available, maxVolume, f0, fmin, decay, recovery, &time, &volume, dt);
+        HortonState state{time, volume};
+        const double rate = horton_getRate({f0, fmin, decay, recovery, maxVolume}, state, available, dt);
+        time = state.time;
+        volume = state.volume;
+        return rate;
     }
     double rateAt(double t) const { return fmin + (f0 - fmin) * std::exp(-decay * t); }
     double sumTo(double t) const { return fmin * t + (f0 - fmin) / decay * (1.0 - std::exp(-decay * t)); }
@@ -270,7 +275,8 @@ struct Surface {
     double depth = 0.0;
 
     double drain(double rain, double evap, double infil, double dt) {
-        return subcatch_drainSurface(rain, evap, infil, &depth, storage, dt, area, width, slope, roughness);
+        SlopeRoot root{};
+        return plane_drain({rain, evap, infil, storage, area, width, slope, roughness}, depth, root, dt);
     }
     double alpha() const { return std::sqrt(slope) * width / area / roughness; }
     double flowAt(double d) const { return d > storage ? alpha() * std::pow(d - storage, 5.0 / 3.0) * area : 0.0; }
@@ -408,7 +414,7 @@ protected:
 
     void rainOn(double mmPerHour) {
         Gages[0].rain = mmPerHour * MM_PER_HOUR;
-        subcatch_stepWater(0);
+        volumes = runoff_stepWater(0, RunoffStep);
     }
 
     /// m3 ponded on the area without LID units.
@@ -418,6 +424,7 @@ protected:
     }
 
     Subcatch* s;
+    RunoffVolumes volumes{};
 };
 
 TEST_F(WaterTest, BalancesToRoundingBelowTheStorage) {
@@ -430,7 +437,7 @@ TEST_F(WaterTest, BalancesToRoundingBelowTheStorage) {
         Evap.rate = evap(random) * MM_PER_HOUR;
         rainOn(wet);
         const double in = wet * MM_PER_HOUR * s->area * 300.0;
-        const double out = RunoffVolumes.evap + RunoffVolumes.infil + RunoffVolumes.surfaceOutflow;
+        const double out = volumes.evap + volumes.infil + volumes.surfaceOutflow;
         ASSERT_NEAR(in - out, ponded() - before, 1e-9);
         ASSERT_EQ(s->thisRunoff, 0.0);
     }
@@ -459,7 +466,7 @@ TEST_F(WaterTest, FlowBalancesBetterWithASmallerStep) {
 TEST_F(WaterTest, EvaporationTakesNoMoreThanThereIs) {
     Evap.rate = 100.0 * MM_PER_HOUR;
     rainOn(6.0);
-    EXPECT_NEAR(RunoffVolumes.evap, 6.0 * MM_PER_HOUR * s->area * 300.0, 1e-12);
+    EXPECT_NEAR(volumes.evap, 6.0 * MM_PER_HOUR * s->area * 300.0, 1e-12);
     EXPECT_EQ(s->imperviousDepth, 0.0);
     EXPECT_NEAR(s->evapRate, 6.0 * MM_PER_HOUR, 1e-18);
 }
@@ -477,25 +484,26 @@ TEST_F(WaterTest, VolumesAreThoseOfTheStep) {
     Evap.rate = 0.36 * MM_PER_HOUR;
     rainOn(12.0);
     // 1 mm on half of the hectare, 3 mm on the other, 1 mm of rain.
-    EXPECT_NEAR(RunoffVolumes.wetInflow, 5.0 + 15.0 + 10.0, 1e-9);
-    EXPECT_NEAR(RunoffVolumes.evap, 0.03 * 10.0, 1e-9);
-    EXPECT_NEAR(RunoffVolumes.surfaceOutflow, (s->imperviousRunoff + s->perviousRunoff) * 300.0, 1e-12);
+    EXPECT_NEAR(volumes.wetInflow, 5.0 + 15.0 + 10.0, 1e-9);
+    EXPECT_NEAR(volumes.evap, 0.03 * 10.0, 1e-9);
+    EXPECT_NEAR(volumes.surfaceOutflow, (s->imperviousRunoff + s->perviousRunoff) * 300.0, 1e-12);
     EXPECT_NEAR(s->thisRunoff, s->imperviousRunoff + s->perviousRunoff, 1e-15);
-    EXPECT_NEAR(s->infilRate * s->area * 300.0, RunoffVolumes.infil, 1e-9);
-    EXPECT_GT(RunoffVolumes.infil, 0.0);
-    EXPECT_EQ(RunoffVolumes.lidInfil, 0.0);
+    EXPECT_NEAR(s->infilRate * s->area * 300.0, volumes.infil, 1e-9);
+    EXPECT_GT(volumes.infil, 0.0);
+    EXPECT_EQ(volumes.lidInfil, 0.0);
 }
 
 TEST_F(WaterTest, EitherPartDrainsOverTheWholeWidth) {
     s->imperviousDepth = s->perviousDepth = 0.02;
-    double impervious = 0.02, pervious = 0.02, time = 0.0, volume = 0.0;
+    double impervious = 0.02, pervious = 0.02;
+    HortonState state{};
+    SlopeRoot root{};
     const double avail = 0.02 / 300.0 + 12.0 * MM_PER_HOUR;
-    const double infil = subcatch_infilRate(avail, 0.0, s->maxInfilRate, s->minInfilRate, s->infilDecay,
-                                            s->infilRecovery, &time, &volume, 300.0);
+    const double infil = horton_getRate(s->soil, state, avail, 300.0);
     const double q1 =
-        subcatch_drainSurface(12.0 * MM_PER_HOUR, 0.0, 0.0, &impervious, 0.001, 300.0, 5000.0, 100.0, 0.01, 0.015);
+        plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 5000.0, 100.0, 0.01, 0.015}, impervious, root, 300.0);
     const double q2 =
-        subcatch_drainSurface(12.0 * MM_PER_HOUR, 0.0, infil, &pervious, 0.002, 300.0, 5000.0, 100.0, 0.01, 0.1);
+        plane_drain({12.0 * MM_PER_HOUR, 0.0, infil, 0.002, 5000.0, 100.0, 0.01, 0.1}, pervious, root, 300.0);
     Evap.rate = 0.0;
     rainOn(12.0);
     EXPECT_DOUBLE_EQ(s->imperviousRunoff, q1);
@@ -510,17 +518,19 @@ TEST_F(WaterTest, SlopeSetInTheRunCountsAtOnce) {
     s->slope = 0.09;
     rainOn(12.0);
     double depth = 0.02;
-    EXPECT_DOUBLE_EQ(s->thisRunoff, subcatch_drainSurface(12.0 * MM_PER_HOUR, 0.0, 0.0, &depth, 0.001, 300.0, 10000.0,
-                                                          100.0, 0.09, 0.015));
+    SlopeRoot root{};
+    const double flow =
+        plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 10000.0, 100.0, 0.09, 0.015}, depth, root, 300.0);
+    EXPECT_DOUBLE_EQ(s->thisRunoff, flow);
 }
 
 TEST_F(WaterTest, DryGroundRecovers) {
     rainOn(30.0);
-    EXPECT_GT(s->infilTime, 0.0);
+    EXPECT_GT(s->infilState.time, 0.0);
     s->perviousDepth = 0.0;
     rainOn(0.0);
-    EXPECT_EQ(s->infilTime, 0.0);
-    EXPECT_EQ(RunoffVolumes.infil, 0.0);
+    EXPECT_EQ(s->infilState.time, 0.0);
+    EXPECT_EQ(volumes.infil, 0.0);
 }
 
 TEST_F(WaterTest, WholeOrNoneImperviousGivesNoFlowOfTheMissingPart) {
@@ -539,9 +549,9 @@ TEST_F(WaterTest, WholeOrNoneImperviousGivesNoFlowOfTheMissingPart) {
 TEST_F(WaterTest, WhollyCoveredByLidUnitsItHasNoWaterOfItsOwn) {
     s->lidArea = s->area;
     rainOn(60.0);
-    EXPECT_EQ(RunoffVolumes.wetInflow, 0.0);
-    EXPECT_EQ(RunoffVolumes.surfaceOutflow, 0.0);
-    EXPECT_EQ(RunoffVolumes.evap, 0.0);
+    EXPECT_EQ(volumes.wetInflow, 0.0);
+    EXPECT_EQ(volumes.surfaceOutflow, 0.0);
+    EXPECT_EQ(volumes.evap, 0.0);
     EXPECT_EQ(s->thisRunoff, 0.0);
 }
 
@@ -549,14 +559,14 @@ TEST_F(WaterTest, AreaSetBelowItsLidUnitsSkipsTheLand) {
     s->lidArea = 2.0 * s->area;
     s->imperviousDepth = 0.01;
     rainOn(60.0);
-    EXPECT_EQ(RunoffVolumes.wetInflow, 0.0);
+    EXPECT_EQ(volumes.wetInflow, 0.0);
     EXPECT_EQ(s->imperviousDepth, 0.01);
 }
 
 TEST_F(WaterTest, WithoutAGageItIsDry) {
     rainOn(60.0);
     s->gage = -1;
-    subcatch_stepWater(0);
+    runoff_stepWater(0, RunoffStep);
     EXPECT_EQ(s->rain, 0.0);
 }
 
@@ -582,7 +592,7 @@ protected:
 };
 
 TEST_F(OutletTest, FlowAndLoadAreBetweenTheLastTwoSteps) {
-    subcatch_addRunoff(2000.0);
+    landinflows_addRunoff(2000.0);
     EXPECT_DOUBLE_EQ(Nodes[0].newLatFlow, 0.75 * 2.0 + 0.25 * 6.0);
     EXPECT_DOUBLE_EQ(Nodes[0].massInflow[0], 0.75 * 0.2 + 0.25 * 0.3) << "of the loads, kg/s";
     EXPECT_DOUBLE_EQ(FlowTotals.wetWeatherInflow, 30.0);
@@ -600,14 +610,14 @@ TEST_F(OutletTest, WeightStaysBetweenBothSteps) {
 
 TEST_F(OutletTest, WithoutAreaItDeliversNoFlowButItsLoad) {
     s->area = 0.0;
-    subcatch_addRunoff(2000.0);
+    landinflows_addRunoff(2000.0);
     EXPECT_EQ(Nodes[0].newLatFlow, 0.0);
     EXPECT_DOUBLE_EQ(Nodes[0].massInflow[0], 0.225);
 }
 
 TEST_F(OutletTest, WithoutAnOutletItDeliversNothing) {
     s->outNode = -1;
-    subcatch_addRunoff(2000.0);
+    landinflows_addRunoff(2000.0);
     EXPECT_EQ(Nodes[0].newLatFlow, 0.0);
     EXPECT_EQ(FlowTotals.wetWeatherInflow, 0.0);
 }
@@ -615,7 +625,7 @@ TEST_F(OutletTest, WithoutAnOutletItDeliversNothing) {
 TEST_F(OutletTest, OutsideModelIsInNoTotal) {
     Nodes[0].kind = SWMM;
     SwmmNodes.resize(1);
-    subcatch_addRunoff(2000.0);
+    landinflows_addRunoff(2000.0);
     SwmmNodes.clear();
     Nodes[0].kind = OUTFALL;
     EXPECT_EQ(Nodes[0].newLatFlow, 0.0);

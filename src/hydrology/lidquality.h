@@ -1,0 +1,7 @@
+#pragma once
+// Pollutants in the layers of a LID unit.
+
+#include "hydrology/lidrates.h"
+
+/// Moves the pollutants with the water of the step, from the state of the unit before it, and lets them react.
+void lidquality_advance(const LidStep& step);

@@ -1,0 +1,54 @@
+#pragma once
+// Water in the layers of a LID unit: the fluxes of a step and the rates of change they make.
+
+#include <array>
+#include <cstdint>
+
+#include "hydrology/lid.h"
+#include "hydrology/lidunit.h"
+
+/// The four states of a unit, in the order in which the solver holds them and their rates of change.
+enum LidState : int32_t { STATE_SURFACE, STATE_SOIL, STATE_STORAGE, STATE_PAVEMENT, LID_STATE_COUNT };
+
+/// Levels in m, of the soil its moisture as a share; or their rates of change, per s.
+using LidStates = std::array<double, LID_STATE_COUNT>;
+
+/// One step of one unit: what it is given, and the fluxes that its layers make of it.
+struct LidStep {
+    LidUnit* unit;
+    const Lid* lid;
+    int32_t hour;                 ///< of the day, 0 ... 23; reactions go by it
+    double dt;                    ///< s
+    double inflow;                ///< m/s, rain and runon per area of the unit
+    double evap;                  ///< m/s, potential evaporation
+    double surfaceVolume = 0.0;   ///< m, water per area, as the three below
+    double pavementVolume = 0.0;  ///< m
+    double soilVolume = 0.0;      ///< m
+    double storageVolume = 0.0;   ///< m
+    double surfaceEvap = 0.0;     ///< m/s
+    double pavementEvap = 0.0;    ///< m/s
+    double soilEvap = 0.0;        ///< m/s
+    double storageEvap = 0.0;     ///< m/s
+    double surfaceInfil = 0.0;    ///< m/s, from the surface to the next layer
+    double surfaceOutflow = 0.0;  ///< m/s, over the surface
+    double pavementPerc = 0.0;    ///< m/s, out of the pavement
+    double soilPerc = 0.0;        ///< m/s, out of the soil
+    double storageInflow = 0.0;   ///< m/s, into the storage of a trench or barrel
+    double storageExfil = 0.0;    ///< m/s, seepage out of the storage, or out of a swale
+    double storageDrain = 0.0;    ///< m/s, through the underdrain
+};
+
+/// Rates of change at a state by the law of a type of control; the fluxes go into the step. `surfaceInfil` comes in as
+/// an upper limit.
+[[nodiscard]] LidStates lidrates_ofBioCell(LidStep& step, const LidStates& state);
+[[nodiscard]] LidStates lidrates_ofGreenRoof(LidStep& step, const LidStates& state);
+[[nodiscard]] LidStates lidrates_ofTrench(LidStep& step, const LidStates& state);
+[[nodiscard]] LidStates lidrates_ofPavement(LidStep& step, const LidStates& state);
+[[nodiscard]] LidStates lidrates_ofBarrel(LidStep& step, const LidStates& state);
+[[nodiscard]] LidStates lidrates_ofSwale(LidStep& step, const LidStates& state);
+
+/// Outflow over the berm at a level (m), m/s.
+[[nodiscard]] double lidrates_getSurfaceOutflow(const LidStep& step, double level);
+
+/// Flow of the underdrain, m/s, by the head that stands on it.
+[[nodiscard]] double lidrates_getDrain(const Lid& lid, const LidStates& state);

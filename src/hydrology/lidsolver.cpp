@@ -1,0 +1,132 @@
+// LID units over a step. On subcatchments they are called by the runoff step, as nodes by the routing step; both share
+// the solver and not their state. The solver is one explicit Euler step of the four states, but for the swale, whose
+// channel wants the trapezoidal rule by fixed-point passes.
+
+#include "hydrology/lidsolver.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "hydrology/lidquality.h"
+
+static constexpr double UNLIMITED = 1e10;  ///< m
+static constexpr int32_t MAX_PASSES = 19;
+static constexpr double PASS_TOLERANCE = 0.00328;  ///< m, and the same figure for the moisture
+
+/// Upper limit of the infiltration of the surface: what comes in, what the next layer conducts, and what room it has.
+/// The water that stands on the surface has no part in it.
+static double getInfiltrationLimit(const LidStep& s) {
+    const Lid& lid = *s.lid;
+    if (lid.type == LID_PP) {
+        return 0.0;
+    }
+    if (lid.soilRate > 0.0) {
+        return std::min(std::min(lid.soilRate, s.inflow), (lid.porosity - s.unit->soilMoisture) * lid.soilDepth / s.dt);
+    }
+    if (lid.storageRate > 0.0) {
+        return std::min(std::min(lid.storageRate, s.inflow),
+                        (lid.storageDepth - s.unit->storageLevel) * lid.storageVoid / s.dt);
+    }
+    return 0.0;
+}
+
+struct StateLimits {
+    LidStates min;
+    LidStates max;
+};
+
+static StateLimits getLimits(const Lid& lid) {
+    StateLimits limits;
+    limits.min[STATE_SURFACE] = 0.0;
+    limits.max[STATE_SURFACE] = UNLIMITED;
+    limits.min[STATE_SOIL] = lid.soilDepth > 0.0 ? lid.wiltingPoint : 0.0;
+    limits.max[STATE_SOIL] = lid.soilDepth > 0.0 ? lid.porosity : UNLIMITED;
+    limits.min[STATE_STORAGE] = 0.0;
+    limits.max[STATE_STORAGE] = lid.type == LID_GR       ? lid.matDepth
+                                : lid.storageDepth > 0.0 ? lid.storageDepth
+                                                         : UNLIMITED;
+    limits.min[STATE_PAVEMENT] = 0.0;
+    limits.max[STATE_PAVEMENT] = lid.pavementDepth > 0.0 ? lid.pavementDepth : UNLIMITED;
+    return limits;
+}
+
+static LidStates getRates(LidStep& s, const LidStates& state) {
+    switch (s.lid->type) {
+        case LID_BC:
+        case LID_RG: return lidrates_ofBioCell(s, state);
+        case LID_GR: return lidrates_ofGreenRoof(s, state);
+        case LID_IT: return lidrates_ofTrench(s, state);
+        case LID_PP: return lidrates_ofPavement(s, state);
+        case LID_RB: return lidrates_ofBarrel(s, state);
+        default: return lidrates_ofSwale(s, state);
+    }
+}
+
+/// Advances `state` by one step. `rates` are the old rates at first, and those of the last pass in the end, which
+/// belong to the state before the last update.
+static void integrate(LidStep& s, LidStates& state, LidStates& rates) {
+    const StateLimits limits = getLimits(*s.lid);
+    const double weight = s.lid->type == LID_VS ? 0.5 : 0.0;  // of the old rates
+    const LidStates oldState = state, oldRates = rates;
+    for (int32_t pass = 1; pass <= MAX_PASSES; ++pass) {
+        rates = getRates(s, state);
+        bool isSteady = true;
+        for (size_t i = 0; i < LID_STATE_COUNT; ++i) {
+            double value = ((1.0 - weight) * rates[i] + weight * oldRates[i]) * s.dt + oldState[i];
+            value = std::min(std::max(value, limits.min[i]), limits.max[i]);
+            isSteady = isSteady && std::fabs(value - state[i]) <= PASS_TOLERANCE;
+            state[i] = value;
+        }
+        if (weight == 0.0 || isSteady) {
+            return;
+        }
+    }
+}
+
+/// Without an outflow width nothing can pond above the berm: it runs off within the step.
+static void spillAboveBerm(LidStep& s, double& level) {
+    const Lid& lid = *s.lid;
+    if (s.unit->fullWidth != 0.0 || lid.type == LID_RB) {
+        return;
+    }
+    const double excess = level - lid.surfaceDepth;
+    if (excess > 0.0) {
+        level = lid.surfaceDepth;
+        s.surfaceOutflow += excess * lid.surfaceVoid / s.dt;
+    }
+}
+
+/// Adds the step to the water balance of its unit.
+static void addBalance(const LidStep& s, const LidOutflow& out) {
+    LidUnit& unit = *s.unit;
+    unit.inflowDepth += s.dt * s.inflow;
+    unit.infilDepth += out.infil * s.dt;
+    // Summed in another order than the rate of the step, which can make another last bit.
+    unit.evapDepth += (s.pavementEvap + s.surfaceEvap + s.soilEvap + s.storageEvap) * s.dt;
+    unit.surfaceOutDepth += out.surface * s.dt;
+    unit.drainDepth += out.drain * s.dt;
+    // The water at the last pass, which for an explicit step is that at its start.
+    unit.finalDepth = s.pavementVolume + s.surfaceVolume + s.soilVolume + s.storageVolume;
+}
+
+LidOutflow lidsolver_advance(LidStep& s) {
+    LidUnit& unit = *s.unit;
+    LidStates state = {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel, unit.pavementLevel};
+    LidStates rates = {unit.surfaceChange, unit.soilChange, unit.storageChange, unit.pavementChange};
+    s.surfaceInfil = getInfiltrationLimit(s);
+    integrate(s, state, rates);
+    spillAboveBerm(s, state[STATE_SURFACE]);
+    lidquality_advance(s);
+    unit.surfaceLevel = state[STATE_SURFACE];
+    unit.soilMoisture = state[STATE_SOIL];
+    unit.storageLevel = state[STATE_STORAGE];
+    unit.pavementLevel = state[STATE_PAVEMENT];
+    unit.surfaceChange = rates[STATE_SURFACE];
+    unit.soilChange = rates[STATE_SOIL];
+    unit.storageChange = rates[STATE_STORAGE];
+    unit.pavementChange = rates[STATE_PAVEMENT];
+    const LidOutflow out = {s.surfaceEvap + s.pavementEvap + s.soilEvap + s.storageEvap, s.storageExfil, s.storageDrain,
+                            s.surfaceOutflow};
+    addBalance(s, out);
+    return out;
+}

@@ -1,0 +1,60 @@
+// Overland flow. A plane is a nonlinear reservoir: what exceeds its depression storage flows off as a sheet by
+// Manning's law over its width (Chen and Shubinski 1971). Subcatchments call this room for either of their parts in
+// each runoff step.
+
+#include "hydrology/plane.h"
+
+#include <cmath>
+
+static constexpr double MANNING_EXPONENT = 1.6666666666666667;
+
+/// What changes the depth of a plane: inflow less the sheet that flows off.
+struct Reservoir {
+    double inflow;   ///< m/s, rain less losses
+    double storage;  ///< m, depression storage
+    double alpha;    ///< outflow (m/s) at 1 m above the storage
+};
+
+static double getDepthRate(const Reservoir& reservoir, double depth) {
+    if (!(depth > reservoir.storage)) {
+        return reservoir.inflow;
+    }
+    return reservoir.inflow - reservoir.alpha * std::pow(depth - reservoir.storage, MANNING_EXPONENT);
+}
+
+/// One step of the classical Runge-Kutta method; neither iterated nor bounded.
+static double stepDepth(const Reservoir& reservoir, double depth, double dt) {
+    const double k1 = getDepthRate(reservoir, depth);
+    const double k2 = getDepthRate(reservoir, depth + k1 * dt / 2.0);
+    const double k3 = getDepthRate(reservoir, depth + k2 * dt / 2.0);
+    const double k4 = getDepthRate(reservoir, depth + k3 * dt);
+    return depth + (k1 + 2.0 * k2 + 2.0 * k3 + k4) * dt / 6.0;
+}
+
+double plane_drain(const Plane& plane, double& depth, SlopeRoot& root, double dt) {
+    if (!(plane.evap + plane.infil < depth / dt + plane.rain)) {
+        depth = 0.0;
+        return 0.0;
+    }
+    const double inflow = plane.rain - plane.evap - plane.infil;
+    const double filled = inflow * dt + depth;
+    if (!(filled > plane.storage)) {
+        depth = filled;
+        return 0.0;
+    }
+    if (depth < plane.storage && (plane.storage - depth) / dt < inflow) {
+        dt = dt - (plane.storage - depth) / inflow;
+        depth = plane.storage;
+    }
+    if (root.slope != plane.slope) {
+        root = {plane.slope, std::pow(plane.slope, 0.5)};
+    }
+    // A part without area has an infinite alpha, and ends at its storage with no flow.
+    const Reservoir reservoir = {inflow, plane.storage, root.root * plane.width / plane.area / plane.roughness};
+    depth = stepDepth(reservoir, depth, dt);
+    if (!(depth > plane.storage)) {
+        depth = plane.storage;
+        return 0.0;
+    }
+    return std::pow(depth - plane.storage, MANNING_EXPONENT) * reservoir.alpha * plane.area;
+}

@@ -1,0 +1,23 @@
+#pragma once
+// Overland flow: a plane that drains as a nonlinear reservoir.
+
+/// A plane in one step: what falls on it and is lost, and its shape.
+struct Plane {
+    double rain;       ///< m/s
+    double evap;       ///< m/s
+    double infil;      ///< m/s
+    double storage;    ///< m, depression storage
+    double area;       ///< m2
+    double width;      ///< m, of the overland flow
+    double slope;      ///< m/m
+    double roughness;  ///< Manning's n
+};
+
+/// The square root of a slope, kept from step to step. A host may change a slope in the run, otherwise the root stands.
+struct SlopeRoot {
+    double slope;  ///< m/m, that the root was taken of
+    double root;
+};
+
+/// Outflow at the end of a step of `dt` (s), m3/s. Updates the depth (m) and, where the slope is another one, its root.
+[[nodiscard]] double plane_drain(const Plane& plane, double& depth, SlopeRoot& root, double dt);

@@ -1,0 +1,16 @@
+#pragma once
+// Pollutants on the subcatchments: their buildup on the land, and what runoff and rain take from it.
+
+#include "hydrology/subcatch.h"
+
+/// Buildup of a subcatchment at the start of a run, and its sum into the balance.
+void washoff_initBuildup(Subcatch& subcatch);
+
+/// Buildup of a dry runoff step (s).
+void washoff_growBuildup(Subcatch& subcatch, double dt);
+
+/// Washoff of the land uses at a runoff rate (m/s) in one runoff step (s).
+void washoff_washLand(Subcatch& subcatch, double rate, double dt);
+
+/// What rain brings and ponded water holds, in one runoff step (s), with the water of that step.
+void washoff_washRain(Subcatch& subcatch, const RunoffVolumes& volumes, double dt);

@@ -1,0 +1,26 @@
+// Pollutants. Their number sizes every array that is kept by pollutant; beyond their names they have the concentration
+// that rain brings along. The reader of the project file calls this room.
+
+#include "model/pollut.h"
+
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+
+Table<Pollut> Polluts;
+
+int32_t pollut_readLine(const Tokens& tokens, int32_t index) {
+    if (tokens.count < 2) {
+        return errors_setName(ERR_ITEMS, "");
+    }
+    const char* id = names_findId(POLLUT, tokens[0]);
+    if (!id) {
+        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+    }
+    double concentration;
+    if (!tokens_getNonNegative(tokens[1], &concentration)) {
+        return errors_setName(ERR_NUMBER, tokens[1]);
+    }
+    Polluts[index] = {id, concentration};
+    return ERR_NONE;
+}

@@ -1,0 +1,8 @@
+#pragma once
+// What the land gives to the network.
+
+/// Adds the runoff of all subcatchments to their nodes, in the routing step that begins at `time` (ms).
+void landinflows_addRunoff(double time);
+
+/// Adds the underdrains of all LID units of subcatchments to their nodes, in the routing step.
+void landinflows_addDrains();
