@@ -23,8 +23,8 @@ void runoff_close();
 /// Puts the runoff clock to the start of a run. Nobody but this room moves it.
 void runoff_resetClock();
 
-/// Water of one subcatchment with its LID units over a runoff step (s).
-RunoffVolumes runoff_stepWater(int32_t subcatch, double dt);
+/// Water of one subcatchment over a runoff step (s), with its LID units, whose pollutants react by an hour of the day.
+RunoffVolumes runoff_stepWater(int32_t subcatch, int32_t hour, double dt);
 
 /// Advances rain and runoff of the whole project by one runoff step. Nothing happens while an error stands.
 void runoff_advance();

@@ -19,8 +19,8 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
-#include "text/number.h"
 #include "text/datetime.h"
+#include "text/number.h"
 #include "text/tokens.h"
 
 Table<Conduit> Conduits;

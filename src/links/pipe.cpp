@@ -18,8 +18,8 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/prefetch.h"
-#include "text/number.h"
 #include "text/datetime.h"
+#include "text/number.h"
 #include "text/tokens.h"
 
 Table<Pipe> Pipes;
