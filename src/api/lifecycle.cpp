@@ -32,6 +32,7 @@
 #include "tarnvelde.h"
 #include "text/datetime.h"
 #include "text/number.h"
+#include "text/units.h"
 
 static constexpr size_t FILE_NAME_SIZE = 259;
 static constexpr int32_t SAVE_TO_FILE = 1;
@@ -182,7 +183,7 @@ static int32_t startRun(int32_t saveMode) {
     runoff_resetClock();
     routing_resetClock();
     SaveMode = saveMode;
-    ReportTime = ReportStep * 1000.0;
+    ReportTime = ReportStep * MS_PER_SECOND;
     IsStarted = 1;  // whatever happens below, so that the end lets go of it
     results_releaseBuffers();
     startstate_set();
@@ -218,7 +219,7 @@ static double advanceModel() {
     if (!(TotalDuration > now)) {
         return now;
     }
-    const double next = now + RoutingStep * 1000.0;
+    const double next = now + RoutingStep * MS_PER_SECOND;
     const double time = TotalDuration < next ? TotalDuration : next;
     if (!advanceRunoff(time) || !routing_isReady()) {
         return now;
@@ -244,7 +245,7 @@ static void saveResults(double time) {
     if (ReportAverage && time > ReportTime) {
         results_accumulate();
     }
-    ReportTime += ReportStep * 1000.0;  // once, however many report times have passed
+    ReportTime += ReportStep * MS_PER_SECOND;  // once, however many report times have passed
 }
 
 static int32_t stepRun(double* elapsedDays) {
@@ -255,7 +256,7 @@ static int32_t stepRun(double* elapsedDays) {
     if (SaveMode) {
         saveResults(time);
     }
-    ElapsedDays = TotalDuration > time ? time / 86400000.0 : 0.0;
+    ElapsedDays = TotalDuration > time ? time / MS_PER_DAY : 0.0;
     if (elapsedDays) {
         *elapsedDays = ElapsedDays;
     }
@@ -328,7 +329,7 @@ static void showProgress(double elapsedDays) {
     console_write("\b\b\b\b\b\b\b\b\b\b\b\b\b\b");
     char text[64];
     std::snprintf(text, sizeof text, "%-5ld hour: %-2ld", static_cast<long>(number_truncate(elapsedDays)),
-                  static_cast<long>(number_truncate((elapsedDays - std::floor(elapsedDays)) * 24.0)));
+                  static_cast<long>(number_truncate((elapsedDays - std::floor(elapsedDays)) * HOURS_PER_DAY)));
     console_write(text);
 }
 
@@ -338,7 +339,7 @@ static void stepToEnd() {
     double elapsed = 0.0;
     do {
         tarnvelde_step(&elapsed);
-        const int32_t hour = number_truncate(elapsed * 24.0);
+        const int32_t hour = number_truncate(elapsed * HOURS_PER_DAY);
         if (hour > lastHour) {
             showProgress(elapsed);
             lastHour = hour;

@@ -9,6 +9,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Converter> Converters;
 
@@ -150,8 +151,9 @@ void converter_applyInfluent(int32_t index, double flow, const double* loads, do
         if (!converter_isInfluentPoint(*point)) {
             continue;
         }
-        const double amount = point->sourceKind == SOURCE_POLLUTANT ? loads[point->sourceIndex] * point->factor * 1000.0
-                                                                    : flow * point->constant * point->factor;
+        const double amount = point->sourceKind == SOURCE_POLLUTANT
+                                  ? loads[point->sourceIndex] * point->factor * G_PER_KG
+                                  : flow * point->constant * point->factor;
         converter_addAmount(*point, amount, constituents[point->target]);
     }
 }

@@ -14,6 +14,7 @@
 #include "nodes/node.h"
 #include "platform/files.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 // --- library -------------------------------------------------------------------------------------------------------
 
@@ -231,6 +232,11 @@ bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const Outsid
         return false;
     }
     return true;
+}
+
+void outside_moveClock(OutsideNode& outside, double elapsedDays) {
+    outside.oldTime = outside.newTime;
+    outside.newTime = elapsedDays * MS_PER_DAY;
 }
 
 void outside_end(OutsideNode& outside, const OutsideCalls& calls) {

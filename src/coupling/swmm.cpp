@@ -14,6 +14,7 @@
 #include "model/pollut.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<SwmmNode> SwmmNodes;
 
@@ -261,7 +262,7 @@ static void takeOutflows(const SwmmNode& swmm) {
             if (swmm.entries.swmm_isPollut(Polluts[p].id, &index) >= 0) {
                 double concentration = 0.0;
                 swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, getResultCode(index), &concentration);
-                record->newLoad[p] = record->newFlow * concentration / 1000.0;
+                record->newLoad[p] = record->newFlow * concentration / G_PER_KG;
             }
         }
     }

@@ -13,6 +13,7 @@
 #include "model/names.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<VornNode> VornNodes;
 
@@ -209,7 +210,7 @@ static void convertEffluent(const VornNode& vorn, const CoupledFlow& record) {
             concentration = 0.0;
             vorn.entries.vorn_getExtOutflow(record.objectId, point->sourceIndex + 1, &concentration);
         }
-        converter_addAmount(*point, concentration * record.newFlow / 1000.0, record.newLoad[point->target]);
+        converter_addAmount(*point, concentration * record.newFlow / G_PER_KG, record.newLoad[point->target]);
     }
 }
 

@@ -4,6 +4,7 @@
 
 #include "model/errors.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 EvapRecord Evap;
 
@@ -44,5 +45,5 @@ void evap_setRate(DateTime date) {
     if (Evap.kind != EVAP_CONSTANT) {
         rate = Evap.monthly[datetime_decodeDate(date).month - 1];
     }
-    Evap.rate = rate / 86400000.0;  // mm/day to m/s
+    Evap.rate = rate / MM_PER_DAY;
 }

@@ -77,7 +77,7 @@ static int32_t readSurface(const Tokens& tokens, Lid& lid) {
     lid.surfaceDepth = depth / MM_PER_M;
     lid.surfaceVoid = depth == 0.0 ? 1.0 : 1.0 - fraction;
     lid.surfaceRoughness = rest[0];
-    lid.surfaceSlope = rest[1] / 100.0;
+    lid.surfaceSlope = rest[1] / PERCENT;
     lid.sideSlope = rest[2];
     return ERR_NONE;
 }

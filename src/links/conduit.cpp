@@ -19,9 +19,10 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
-#include "text/number.h"
 #include "text/datetime.h"
+#include "text/number.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Conduit> Conduits;
 
@@ -78,7 +79,7 @@ int32_t conduit_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) 
             return error;
         }
     }
-    conduit.slope = slopePercent / 100.0;
+    conduit.slope = slopePercent / PERCENT;
     if (const int32_t error = readSection(tokens, conduit)) {
         return error;
     }
@@ -151,7 +152,7 @@ static const double* fillTable(Conduit& conduit) {
     double* table = allocateTable(isCircle ? conduit.areaTable : Curves[conduit.curve].geometry);
     const double full = conduit.fullDepth;
     for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
-        const double y = i * full / 100.0;
+        const double y = i * full / GEOMETRY_COUNT;
         table[i - 1] = isCircle ? getSegmentArea(full, y) : transect_getArea(*conduit.transect, y);
     }
     return table;
@@ -206,7 +207,7 @@ static const double* getTable(const Conduit& conduit) {
 /// Depth (m) of an area in the table, counted from 1. The last one is the full depth itself, whatever the division
 /// gives.
 static double getTableDepth(double fullDepth, int32_t i) {
-    return i == GEOMETRY_COUNT ? fullDepth : i * fullDepth / 100.0;
+    return i == GEOMETRY_COUNT ? fullDepth : i * fullDepth / GEOMETRY_COUNT;
 }
 
 /// The interval (0 ... 99) of the table that a depth falls into: the first whose upper end reaches it. -1 above all.
@@ -217,7 +218,7 @@ static int32_t findInterval(double fullDepth, double y) {
             return -1;
         }
         // The depths rise evenly: the interval is the one guessed, or the next.
-        i = std::clamp(number_truncate(y / fullDepth * 100.0), 0, GEOMETRY_COUNT - 1);
+        i = std::clamp(number_truncate(y / fullDepth * GEOMETRY_COUNT), 0, GEOMETRY_COUNT - 1);
         while (i > 0 && getTableDepth(fullDepth, i) >= y) {
             --i;
         }
@@ -338,7 +339,7 @@ static void mixAndDecay(Link& link, Conduit& conduit, double stored, double infl
         }
         const double left = decay_getFactor(conduit.decay[p], hour, RoutingStep);
         link.newQual[p] = mixed * left;
-        QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / 1000.0;
+        QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / G_PER_KG;
     }
 }
 

@@ -6,6 +6,7 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "text/units.h"
 
 Table<Outfall> Outfalls;
 
@@ -13,7 +14,7 @@ void outfall_countStep(const Node& node, Outfall& outfall) {
     const double dt = RoutingStep;
     FlowTotals.externalOutflow += dt * node.newInflow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double load = node.newInflow * node.newQual[p] / 1000.0;
+        const double load = node.newInflow * node.newQual[p] / G_PER_KG;
         QualTotals[p].externalOutflow += dt * load;
         outfall.statLoad[p] += dt * load;
     }

@@ -17,6 +17,7 @@
 #include "nodes/node.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Tank> Tanks;
 
@@ -228,7 +229,7 @@ static void decayStored(Tank& tank, Node& node, double volume) {
         const double before = tank.qual[p];
         tank.qual[p] = before * left;
         node.newQual[p] = tank.qual[p];
-        QualTotals[p].reactedLoss += before * volume * (1.0 - left) / 1000.0;
+        QualTotals[p].reactedLoss += before * volume * (1.0 - left) / G_PER_KG;
     }
 }
 
@@ -251,8 +252,8 @@ static void mixInflow(Tank& tank, const Node& node, const Curve* curve) {
     const double volume = getVolume(curve, tank.newDepth);
     const double inflow = dt * node.newInflow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / 1000.0;
-        tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * 1000.0 : 0.0;
+        const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / G_PER_KG;
+        tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * G_PER_KG : 0.0;
     }
     tank.newDepth = getDepth(curve, volume + inflow);
 }
@@ -275,7 +276,7 @@ void tank_countStep(const Node& node, Tank& tank) {
     const double dt = RoutingStep;
     FlowTotals.floodingLoss += dt * tank.newFlood;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
+        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / G_PER_KG;
     }
     statistics_keepMaximum(tank.statMaxDepth, tank.newDepth);
     tank.statFloodVolume += dt * tank.newFlood;

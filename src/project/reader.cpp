@@ -31,6 +31,7 @@
 #include "routing/linkkinds.h"
 #include "routing/nodekinds.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 TextFile InputFile;
 
@@ -347,7 +348,7 @@ static void setDuration() {
     }
     // The floor of the product as it is: where the difference of two dates falls just short of a whole second, that
     // second is lost.
-    TotalDuration = std::floor((EndDateTime - StartDateTime) * 86400.0) * 1000.0;
+    TotalDuration = std::floor((EndDateTime - StartDateTime) * SECONDS_PER_DAY) * MS_PER_SECOND;
 }
 
 void reader_readProject() {

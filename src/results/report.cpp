@@ -10,6 +10,7 @@
 #include "results/massbal.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
+#include "text/units.h"
 
 void report_writeBanner() {
     report_print(ReportFile, "\n  TARNVELDE - VERSION 2.1");
@@ -33,7 +34,7 @@ void report_writeDescription() {
 // --- continuity ----------------------------------------------------------------------------------------------------
 
 static void writeRunoffRow(const char* name, double volume, double totalArea) {
-    const double depth = totalArea > 0.0 ? volume / totalArea * 1000.0 : 0.0;
+    const double depth = totalArea > 0.0 ? volume / totalArea * MM_PER_M : 0.0;
     report_print(ReportFile, "\n  %-26s %16.3f %16.3f ", name, volume, depth);
 }
 

@@ -8,6 +8,7 @@
 #include "results/tables.h"
 #include "results/tablewriter.h"
 #include "text/datetime.h"
+#include "text/units.h"
 
 void tables_writeSubcatches() {
     if (Subcatches.empty()) {
@@ -22,8 +23,8 @@ void tables_writeSubcatches() {
     for (const Subcatch& s : Subcatches) {
         const double coefficient = s.rainfall == 0.0 ? 0.0 : s.runoff / s.rainfall;
         report_print(ReportFile, "\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", s.name,
-                     s.area / 10000.0, s.rainfall, s.evap, s.infil, s.runoff, s.area * s.runoff / 1000.0, s.peakRunoff,
-                     coefficient);
+                     s.area / M2_PER_HA, s.rainfall, s.evap, s.infil, s.runoff, s.area * s.runoff / MM_PER_M,
+                     s.peakRunoff, coefficient);
     }
 }
 

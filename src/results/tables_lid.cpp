@@ -10,6 +10,7 @@
 #include "nodes/lidmono.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
+#include "text/units.h"
 
 static constexpr const char* WATER_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s %16s";
 static constexpr const char* QUALITY_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s";
@@ -59,7 +60,7 @@ void tables_writeLidUnits() {
                  "Init. Storage", "Final Storage");
     report_print(ReportFile, WATER_HEAD, "Subcatchment", "LID Process", "mm", "mm", "mm", "mm", "mm", "mm", "mm");
     tablewriter_writeDashes(9);
-    forEachUnit([](const char* name, const LidUnit& unit) { writeWaterRow(name, unit, 1000.0); });
+    forEachUnit([](const char* name, const LidUnit& unit) { writeWaterRow(name, unit, MM_PER_M); });
 }
 
 void tables_writeLidUnitQuality() {

@@ -19,6 +19,7 @@
 #include "routing/nodekinds.h"
 #include "routing/visits.h"
 #include "text/datetime.h"
+#include "text/units.h"
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
@@ -90,7 +91,7 @@ void routing_step() {
     link_applyTargets();
 
     const double oldTime = NewRoutingTime;
-    const double newTime = oldTime + RoutingStep * 1000.0;
+    const double newTime = oldTime + RoutingStep * MS_PER_SECOND;
     const double fireTime = TotalDuration < newTime ? TotalDuration : newTime;
     linkkinds_shiftAll();
     NewRoutingTime = newTime;
