@@ -212,7 +212,7 @@ static bool advanceRunoff(double time) {
     return true;
 }
 
-/// One routing step, the last one cut at the end of the run. The clock stands still behind the end and while the runoff
+/// One routing step, the last one cut at the end of the run. The clock stands still after the end and while the runoff
 /// fails.
 static double advanceModel() {
     const double now = NewRoutingTime;

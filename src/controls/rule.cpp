@@ -1,7 +1,7 @@
 // Control rules: what an operator would do, written down. At the start of each routing step all rules look at the
 // network as the step before left it; each puts forward the actions of its THEN or of its ELSE part; where several act
-// on one object the highest priority wins, and the first met of equal ones. The routing step calls rule_evaluate behind
-// the automatic switches, so a rule overrules a pump's depths, and ahead of the settings' following their targets. A
+// on one object the highest priority wins, and the first met of equal ones. The routing step calls rule_evaluate after
+// the automatic switches, so a rule overrules a pump's depths, and before the settings follow their targets. A
 // pipe or an orifice is held by a rule for as long as the rule says so in every step; all else stays as it was put.
 
 #include "controls/rule.h"

@@ -1,4 +1,5 @@
-// Evaporation: one constant rate, or one for each month. Negative rates pass, and act as they stand.
+// Evaporation: one constant rate, or one for each month. Negative rates pass, and act as they stand. The
+// runoff step sets the rate of its date.
 
 #include "hydrology/evap.h"
 

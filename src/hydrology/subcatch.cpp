@@ -1,7 +1,7 @@
 // Subcatchments. Each is a plane of an impervious and a pervious part, which both get the rain and the evaporation of
 // the whole. Either part drains over the land as a nonlinear reservoir (room plane), and water seeps into the pervious
 // one by Horton's law (room horton). The runoff step calls this room, and brings the water of the LID units into its
-// balance; the routing step takes the runoff to the nodes.
+// balance; the room landinflows takes the runoff to the nodes.
 
 #include "hydrology/subcatch.h"
 

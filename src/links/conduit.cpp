@@ -1,5 +1,5 @@
-// Conduits, routed as a single store that releases the normal flow of its depth (Manning): each step the inflow joins
-// the store, what exceeds the full section is flood, and the discharge follows from depth, section, slope and
+// Conduits, routed as a single store that releases the normal flow of its depth (Manning 1891): each step the inflow
+// joins the store, what exceeds the full section is flood, and the discharge follows from depth, section, slope and
 // roughness. Where the discharge of one step would exceed the whole store, the conduit empties without delivering
 // anything: short steep conduits at long steps lose their water so, and the continuity error shows it.
 //
@@ -30,7 +30,7 @@ static Table<const Transect*> Transects;  ///< by curve, null where no conduit u
 
 static const char* const ConduitShapeWords[] = {"CIRCULAR", "RECTANGULAR", "IRREGULAR", nullptr};
 
-// Rounded as the flows of existing projects were worked out; more digits would change every one of them.
+// So many digits and no more: every area, and so every flow, rests on them.
 static constexpr double PI = 3.14159265;
 static constexpr double TWO_PI = 6.2831853;
 

@@ -1,4 +1,5 @@
-// Nodes of all kinds. The kinds stand in rooms of their own beside this one, and nothing here tells them apart.
+// Nodes of all kinds. The kinds stand in rooms of their own beside this one, and nothing here tells them apart. The
+// rooms nodekinds and linkkinds call this one: water and loads are only summed here, and mixed by mass.
 
 #include "nodes/node.h"
 

@@ -1,4 +1,5 @@
-// Outfalls. What reaches one leaves the system; its loads are counted for the report.
+// Outfalls. What reaches one leaves the system, and its loads are counted for the report. The room nodekinds calls this
+// one after each routing step.
 
 #include "nodes/outfall.h"
 

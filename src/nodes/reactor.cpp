@@ -1,8 +1,8 @@
 // Treatment reactors: basins, filters and wetlands. A CSTR is one completely mixed store that passes water on once it
 // is full, loses some to air and ground, and can be emptied by a rule; a PFR lets water and load through unmixed after
 // a fixed time. Both take in what their capacity allows and send the rest to a surplus node. The reaction law of each
-// pollutant is of zero or first order (Levenspiel, Chemical Reaction Engineering), or a plain removal. The routing step
-// calls reactor_update at the reactor's turn. Surplus and emptying are no links: they are added at once to lateral
+// pollutant is of zero or first order (Levenspiel 1962), or a plain removal. The room nodekinds calls reactor_update at
+// the reactor's turn. Surplus and emptying are no links: they are added at once to lateral
 // inflow and load of their nodes, which the order of the network places behind the reactor. A node that was visited
 // before has had its turn, and loses them at its next roll.
 

@@ -220,7 +220,7 @@ static double floodExcess(Tank& tank, double full, double volume) {
     return full;
 }
 
-/// The decayed mass is that of the water left behind the pumps and the flood, though these take away the concentration
+/// The decayed mass is that of the water left after the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
 static void decayStored(Tank& tank, Node& node, double volume) {
     const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;

@@ -66,7 +66,7 @@ static void openLinkStatistics() {
 
 void massbal_open() {
     arena_release(ResultArena);
-    lidmono_forgetArrays();  // made anew only behind much else that may run out of memory
+    lidmono_forgetArrays();  // made anew only after much else that may run out of memory
     FlowTotals = FlowTotalsRecord{};
     RunoffError = FlowError = QualityError = 0.0;
     QualTotals = arena_allocateArray<QualTotalsRecord>(ResultArena, project_pollutantCount());
@@ -205,7 +205,7 @@ static void addReactors(FlowTotalsRecord& totals) {
     }
 }
 
-/// The same of one pollutant. What is missing before a start or behind a report counts as 0.
+/// The same of one pollutant. What is missing before a start or after a report counts as 0.
 static void addReactorLoads(QualTotalsRecord& totals, int32_t p) {
     for (const Reactor& reactor : Reactors) {
         totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;

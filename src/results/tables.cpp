@@ -1,4 +1,4 @@
-// Summary tables of nodes and links.
+// Summary tables of nodes and links, from what each visit of the run has counted. Called by the report.
 
 #include "results/tables.h"
 

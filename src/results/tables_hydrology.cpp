@@ -1,4 +1,4 @@
-// Summary tables of subcatchments and rain gages.
+// Summary tables of subcatchments and rain gages. Called by the report.
 
 #include "hydrology/gage.h"
 #include "hydrology/subcatch.h"

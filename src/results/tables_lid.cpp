@@ -1,4 +1,4 @@
-// Summary tables of LID units on subcatchments and of LID monomer nodes.
+// Summary tables of LID units on subcatchments and of LID monomer nodes. Called by the report.
 
 #include <string>
 

@@ -1,4 +1,4 @@
-// Summary tables of reactors: what became of their water, and of each pollutant.
+// Summary tables of reactors: what became of their water, and of each pollutant. Called by the report.
 
 #include "model/errors.h"
 #include "model/pollut.h"

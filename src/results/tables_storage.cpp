@@ -1,4 +1,4 @@
-// Summary tables of tanks and of conduits.
+// Summary tables of tanks and of conduits. Called by the report.
 
 #include "results/tables.h"
 

@@ -1,4 +1,5 @@
-// The kinds of link, told apart. Called by the reader, the validation and the routing step.
+// The kinds of link, told apart. Called by the reader and the validation, by the routing step for what is done to all
+// links at once, and by the room nodekinds for what a node does with its links.
 
 #include "routing/linkkinds.h"
 

@@ -1,4 +1,4 @@
-// The order of the network. A step visits each node once, behind all that flows into it, so the network must be free of
+// The order of the network. A step visits each node once, after all that flows into it, so the network must be free of
 // circles but for links that deliver a step late. Water goes over links, and besides from a reactor to the nodes that
 // take its surplus and its emptying, and from a LID monomer to the node of its drain.
 
@@ -106,7 +106,7 @@ void network_validate() {
     network_checkCycles();
 }
 
-/// The search, which the checks behind it survive if there is no memory for it.
+/// The search, which the checks after it survive if there is no memory for it.
 static std::optional<LoopCheck> checkLoops() {
     try {
         return loops_check();
