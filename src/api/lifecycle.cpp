@@ -19,6 +19,8 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/reportfile.h"
+#include "platform/console.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 #include "project/objects.h"
@@ -44,7 +46,7 @@ static int32_t getPublicCode() {
 
 /// A call in the wrong state.
 static int32_t refuseCall() {
-    report_writeError(ERR_NOT_OPEN, "");
+    errors_report(ERR_NOT_OPEN, "");
     return getPublicCode();
 }
 
@@ -186,7 +188,7 @@ static int32_t startRun(int32_t saveMode) {
     ReportTime = ReportStep * MS_PER_SECOND;
     IsStarted = 1;  // whatever happens below, so that the end lets go of it
     results_releaseBuffers();
-    startstate_set();
+    validation_setStartState();
     runoff_limitStep();
     runoff_open();
     routing_open();

@@ -100,7 +100,7 @@ void rule_openRun() {
     ActionList.chosen = arena_allocateArray<Action*>(ProjectArena, target + 1);
     if (!ActionList.place || !ActionList.chosen) {
         ActionList = ActionListRecord{};
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     ActionList.targetCount = target + 1;

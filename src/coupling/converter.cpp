@@ -110,14 +110,14 @@ void converter_validate(int32_t index) {
     if (converter.type == VORN_INFLUENT) {
         for (int32_t target = 0; target < CONSTITUENT_COUNT; ++target) {
             if (!hasTarget(converter, target)) {
-                report_writeError(ERR_CONVERTER_INFLUENT, converter.name);
+                errors_report(ERR_CONVERTER_INFLUENT, converter.name);
             }
         }
         return;
     }
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         if (!hasTarget(converter, p)) {
-            report_writeError(ERR_CONVERTER_EFFLUENT, converter.name);
+            errors_report(ERR_CONVERTER_EFFLUENT, converter.name);
             return;
         }
     }

@@ -81,7 +81,7 @@ void gage_validateAll() {
         }
         const int32_t series = gage.series;
         if (TimeSeries[series].isUsedByInflow) {
-            report_writeError(ERR_GAGE_SERIES_SHARED, gage.name);
+            errors_report(ERR_GAGE_SERIES_SHARED, gage.name);
         }
         if (firstOfSeries[series] < 0) {
             firstOfSeries[series] = k;
@@ -89,7 +89,7 @@ void gage_validateAll() {
         }
         gage.coGage = firstOfSeries[series];
         if (getGage(gage.coGage).format != gage.format) {
-            report_writeError(ERR_GAGE_FORMAT, gage.name);
+            errors_report(ERR_GAGE_FORMAT, gage.name);
         }
     }
 }

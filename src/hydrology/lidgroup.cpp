@@ -102,10 +102,10 @@ static void validateGroup(Subcatch& subcatch, LidUnitRange units) {
         }
     }
     if (sumArea > subcatch.area * TOO_MUCH) {
-        report_writeError(ERR_LID_AREA, subcatch.name);
+        errors_report(ERR_LID_AREA, subcatch.name);
     }
     if (sumShare > TOO_MUCH) {
-        report_writeError(ERR_LID_CAPTURE_AREA, subcatch.name);
+        errors_report(ERR_LID_CAPTURE_AREA, subcatch.name);
     }
     if (sumArea > subcatch.area * NEARLY_ALL) {
         sumArea = subcatch.area;

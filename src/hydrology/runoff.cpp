@@ -78,7 +78,7 @@ void runoff_open() {
     for (Subcatch& subcatch : Subcatches) {
         subcatch.runoffLoad = arena_allocateArray<double>(RunArena, project_pollutantCount());
         if (!subcatch.runoffLoad) {
-            report_writeError(ERR_MEMORY, "");
+            errors_report(ERR_MEMORY, "");
         }
     }
 }

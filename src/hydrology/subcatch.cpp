@@ -161,7 +161,7 @@ int32_t subcatch_readLoading(const Tokens& tokens) {
 void subcatch_validateAll() {
     for (const Subcatch& subcatch : Subcatches) {
         if (subcatch.soil.maxRate < subcatch.soil.minRate) {
-            report_writeError(ERR_INFILTRATION_RATES, subcatch.name);
+            errors_report(ERR_INFILTRATION_RATES, subcatch.name);
         }
         if (subcatch.gage >= 0) {
             Gages[subcatch.gage].isUsed = 1;
@@ -179,7 +179,7 @@ void subcatch_openStatistics(Subcatch& subcatch) {
     const int64_t pollutants = project_pollutantCount();
     double* memory = arena_allocateArray<double>(ResultArena, std::ssize(StatisticLoads) * pollutants);
     if (!memory) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
     for (double* Subcatch::*loads : StatisticLoads) {
         subcatch.*loads = memory;

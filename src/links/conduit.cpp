@@ -184,7 +184,7 @@ void conduit_buildTables(Conduit& conduit) {
         default: conduit.fullDepth = 0.0; return;  // a shape that only a host can set: a section without points
     }
     if (!table) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     const double* end = table + GEOMETRY_COUNT;

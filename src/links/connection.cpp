@@ -33,7 +33,7 @@ void connection_initState(Connection& connection) {
     connection.flowQueue = DelayQueue{};
     connection.loadQueue = arena_allocateArray<DelayQueue>(RunArena, project_pollutantCount());
     if (!connection.loadQueue) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
 }
 

@@ -60,13 +60,13 @@ int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
 
 void pipe_validate(const Link& link, const Pipe& pipe) {
     if (pipe.k < RoutingStep) {
-        report_writeError(ERR_PIPE_K, link.id);
+        errors_report(ERR_PIPE_K, link.id);
     }
     if (pipe.n < 1) {
-        report_writeError(ERR_PIPE_N, link.id);
+        errors_report(ERR_PIPE_N, link.id);
     }
     if (pipe.x > 0.5) {
-        report_writeError(ERR_PIPE_X, link.id);
+        errors_report(ERR_PIPE_X, link.id);
     }
 }
 
@@ -90,7 +90,7 @@ void pipe_initState(Pipe& pipe) {
     double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + copies * reaches * pollutants);
     if (!memory) {
         pipe_endState(pipe);
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     pipe.reachCount = static_cast<int32_t>(reaches);

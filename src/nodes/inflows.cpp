@@ -156,7 +156,7 @@ void inflows_validateDryWeather(int32_t node) {
         if (record->pattern >= 0) {
             const Pattern& pattern = Patterns[record->pattern];
             if (pattern.type != PATTERN_HOURLY) {
-                report_writeError(ERR_DWF_PATTERN, pattern.id);
+                errors_report(ERR_DWF_PATTERN, pattern.id);
             }
         }
     }

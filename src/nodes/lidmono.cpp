@@ -111,7 +111,7 @@ void lidmono_init(int32_t node) {
     mono.evapRate = mono.infilRate = 0.0;
     lidunit_openBalance(unit);
     if (!lidunit_createArrays(unit, ResultArena)) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
 }
 

@@ -25,7 +25,7 @@ void outfall_openStatistics() {
     for (Outfall& outfall : Outfalls) {
         outfall.statLoad = arena_allocateArray<double>(ResultArena, project_pollutantCount());
         if (!outfall.statLoad) {
-            report_writeError(ERR_MEMORY, "");
+            errors_report(ERR_MEMORY, "");
         }
     }
 }

@@ -205,18 +205,18 @@ void reactor_validate(const Node& node, const Reactor& reactor) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const int32_t type = reactor.reactionType[p];
         if (reactor.type == CSTR && (type == CONST_CONCEN || type == CONST_RATIO)) {
-            report_writeError(ERR_REACTOR_TYPE, id);
+            errors_report(ERR_REACTOR_TYPE, id);
         }
         if (reactor.reactionPattern[p] >= 0) {
             const Pattern& pattern = Patterns[reactor.reactionPattern[p]];
             if (pattern.type != PATTERN_MONTHLY) {
-                report_writeError(ERR_REACTOR_PATTERN, pattern.id);
+                errors_report(ERR_REACTOR_PATTERN, pattern.id);
             }
         }
     }
     for (const int32_t target : {reactor.surpassNode, reactor.emptyingNode}) {
         if (target >= 0 && Nodes[target].kind == SWMM) {
-            report_writeError(ERR_REACTOR_TARGET_SWMM, id);
+            errors_report(ERR_REACTOR_TARGET_SWMM, id);
         }
     }
 }
@@ -237,7 +237,7 @@ void reactor_initState(Reactor& reactor) {
     reactor.loadQueue = arena_allocateArray<DelayQueue>(RunArena, count);
     if (!memory || !reactor.loadQueue) {
         reactor_endState(reactor);
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     reactor.qual = memory;
@@ -497,7 +497,7 @@ void reactor_openStatistics() {
         reactor.statEvap = reactor.statInfil = 0.0;
         double* memory = arena_allocateArray<double>(ResultArena, 5 * count);
         if (!memory) {
-            report_writeError(ERR_MEMORY, "");
+            errors_report(ERR_MEMORY, "");
         }
         for (double** array : {&reactor.statSurpassLoad, &reactor.statEmptyingLoad, &reactor.statInfilLoad,
                                &reactor.statReactedLoad, &reactor.statOutflowLoad}) {

@@ -19,6 +19,8 @@
 #include "text/tokens.h"
 #include "text/units.h"
 
+#include <cstdio>
+
 Table<Tank> Tanks;
 
 static constexpr double SMALLEST_FLOOD = 0.0001;  ///< m3/s, below it the excess is lost without a word
@@ -59,7 +61,7 @@ static const Curve* findCurve(const Tank& tank) {
 void tank_validate(const Node& node, const Tank& tank) {
     const Curve* curve = findCurve(tank);
     if (!curve || curve->curveType != TANK_CURVE) {
-        report_writeError(ERR_TANK_CURVE, node.id);
+        errors_report(ERR_TANK_CURVE, node.id);
     }
 }
 
@@ -72,7 +74,7 @@ void tank_initState(int32_t index) {
     tank.qual = arena_allocateArray<double>(RunArena, project_pollutantCount());
     if (!tank.qual || !outlets_make(tank.outlets, index)) {
         tank_endState(tank);
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
@@ -169,7 +171,7 @@ static void releaseLevel(Tank& tank, const Curve* curve, LevelList& list, int32_
         setOutflow(link, list.flows[k] * flow / sum, tank.qual);
         if (list.kind == ORIFICE) {
             // A trace on standard output: the flow of each orifice that runs, at each step.
-            report_print(stdout, "%f\n", Links[link].newFlow);
+            std::printf("%f\n", Links[link].newFlow);
         }
     }
 }

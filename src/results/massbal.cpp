@@ -71,7 +71,7 @@ void massbal_open() {
     RunoffError = FlowError = QualityError = 0.0;
     QualTotals = arena_allocateArray<QualTotalsRecord>(ResultArena, project_pollutantCount());
     if (!QualTotals) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
     openSubcatchStatistics();
     openNodeStatistics();

@@ -44,7 +44,7 @@ template <class T>
 static T* allocate(int64_t count) {
     T* memory = arena_allocateArray<T>(ResultArena, count);
     if (!memory) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
     return memory;
 }

@@ -56,7 +56,7 @@ void linkkinds_validate(const Link& link) {
         case WEIR:
         case ORIFICE:
             if (!isAtTank(link)) {
-                report_writeError(ERR_REGULATOR_NOT_AT_TANK, link.id);
+                errors_report(ERR_REGULATOR_NOT_AT_TANK, link.id);
             }
             break;
         default: break;

@@ -32,7 +32,7 @@ int32_t routing_open() {
     rule_openRun();
     SortedNodes = arena_allocateArray<int32_t>(RunArena, Nodes.size());
     if (!SortedNodes) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return ErrorCode;
     }
     network_sortNodes();
