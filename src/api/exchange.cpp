@@ -113,8 +113,8 @@ int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double
     if (!pollutantName || value < 0.0) {
         return FAILURE;
     }
-    // The node's name is looked up among the pollutants too, and the pollutant's name nowhere: hosts that use this
-    // function name the node like the pollutant.
+    // The node's name is looked up among the pollutants too, and the pollutant's name nowhere: the call succeeds only
+    // for a node that is named like a pollutant.
     const int32_t node = exchange_findRow(NODE, name, Nodes.size());
     const int32_t pollutant = exchange_findRow(POLLUT, name, Polluts.size());
     if (node < 0 || pollutant < 0) {
@@ -261,6 +261,6 @@ int32_t tarnvelde_isInEvent(const char* name) {
     if (gage < 0) {
         return FAILURE;
     }
-    // A millisecond behind the clock: at the very end of an event it is over.
+    // A millisecond after the clock: at the very end of an event it is over.
     return gage_isInEvent(gage, project_getDate(NewRoutingTime));
 }

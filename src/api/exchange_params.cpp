@@ -16,6 +16,7 @@
 #include "nodes/tank.h"
 #include "tarnvelde.h"
 #include "text/number.h"
+#include "text/units.h"
 
 namespace {
 
@@ -102,13 +103,13 @@ constexpr int32_t PARAMETER_AREA = 0, PARAMETER_INFIL_DECAY = 10, PARAMETER_DRYI
 double getUnit(int32_t code) {
     switch (code) {
         case 2:
-        case 3: return 100.0;
+        case 3: return PERCENT;
         case 6:
         case 7:
         case 8:
         case 9:
-        case 12: return 1000.0;
-        case PARAMETER_INFIL_DECAY: return 3600.0;
+        case 12: return MM_PER_M;
+        case PARAMETER_INFIL_DECAY: return SECONDS_PER_HOUR;
         default: return 1.0;
     }
 }
@@ -122,16 +123,16 @@ double getDryLogarithm() {
 /// denominator.
 double toHost(int32_t code, double field) {
     switch (code) {
-        case PARAMETER_AREA: return field * 0.0001;
-        case PARAMETER_DRYING_TIME: return field * -86400.0 / getDryLogarithm();
+        case PARAMETER_AREA: return field * HA_PER_M2;
+        case PARAMETER_DRYING_TIME: return field * -SECONDS_PER_DAY / getDryLogarithm();
         default: return field * getUnit(code);
     }
 }
 
 double fromHost(int32_t code, double value) {
     switch (code) {
-        case PARAMETER_AREA: return value / 0.0001;
-        case PARAMETER_DRYING_TIME: return getDryLogarithm() / value / -86400.0;
+        case PARAMETER_AREA: return value / HA_PER_M2;
+        case PARAMETER_DRYING_TIME: return getDryLogarithm() / value / -SECONDS_PER_DAY;
         default: return value / getUnit(code);
     }
 }

@@ -1,4 +1,5 @@
-// Results, read by number between steps.
+// Results, read by number between steps. Which value a number means stands in the list of columns; the room codes finds
+// it.
 
 #include "api/exchange.h"
 #include "hydrology/subcatch.h"

@@ -10,7 +10,7 @@
 #include "tarnvelde.h"
 
 /// The functions of a node's engine, or null. The kind of the node isn't looked at: any node reaches the engine in the
-/// place that the node has among those of its own kind. Hosts depend on nothing here, but what they get stays the same.
+/// place that the node has among those of its own kind. What such a call gives is part of the interface.
 static const SwmmEntries* findEngine(const char* name) {
     const int32_t node = exchange_findRow(NODE, name, Nodes.size());
     if (node < 0) {

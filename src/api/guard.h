@@ -12,7 +12,7 @@ int32_t guard_run(Work&& work, Failure&& failure) {
     try {
         return std::forward<Work>(work)();
     } catch (const std::exception&) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return std::forward<Failure>(failure)();
     }
 }

@@ -19,6 +19,8 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/reportfile.h"
+#include "platform/console.h"
 #include "platform/files.h"
 #include "platform/locale.h"
 #include "project/objects.h"
@@ -32,6 +34,7 @@
 #include "tarnvelde.h"
 #include "text/datetime.h"
 #include "text/number.h"
+#include "text/units.h"
 
 static constexpr size_t FILE_NAME_SIZE = 259;
 static constexpr int32_t SAVE_TO_FILE = 1;
@@ -43,7 +46,7 @@ static int32_t getPublicCode() {
 
 /// A call in the wrong state.
 static int32_t refuseCall() {
-    report_writeError(ERR_NOT_OPEN, "");
+    errors_report(ERR_NOT_OPEN, "");
     return getPublicCode();
 }
 
@@ -182,10 +185,10 @@ static int32_t startRun(int32_t saveMode) {
     runoff_resetClock();
     routing_resetClock();
     SaveMode = saveMode;
-    ReportTime = ReportStep * 1000.0;
+    ReportTime = ReportStep * MS_PER_SECOND;
     IsStarted = 1;  // whatever happens below, so that the end lets go of it
     results_releaseBuffers();
-    startstate_set();
+    validation_setStartState();
     runoff_limitStep();
     runoff_open();
     routing_open();
@@ -211,14 +214,14 @@ static bool advanceRunoff(double time) {
     return true;
 }
 
-/// One routing step, the last one cut at the end of the run. The clock stands still behind the end and while the runoff
+/// One routing step, the last one cut at the end of the run. The clock stands still after the end and while the runoff
 /// fails.
 static double advanceModel() {
     const double now = NewRoutingTime;
     if (!(TotalDuration > now)) {
         return now;
     }
-    const double next = now + RoutingStep * 1000.0;
+    const double next = now + RoutingStep * MS_PER_SECOND;
     const double time = TotalDuration < next ? TotalDuration : next;
     if (!advanceRunoff(time) || !routing_isReady()) {
         return now;
@@ -244,7 +247,7 @@ static void saveResults(double time) {
     if (ReportAverage && time > ReportTime) {
         results_accumulate();
     }
-    ReportTime += ReportStep * 1000.0;  // once, however many report times have passed
+    ReportTime += ReportStep * MS_PER_SECOND;  // once, however many report times have passed
 }
 
 static int32_t stepRun(double* elapsedDays) {
@@ -255,7 +258,7 @@ static int32_t stepRun(double* elapsedDays) {
     if (SaveMode) {
         saveResults(time);
     }
-    ElapsedDays = TotalDuration > time ? time / 86400000.0 : 0.0;
+    ElapsedDays = TotalDuration > time ? time / MS_PER_DAY : 0.0;
     if (elapsedDays) {
         *elapsedDays = ElapsedDays;
     }
@@ -328,7 +331,7 @@ static void showProgress(double elapsedDays) {
     console_write("\b\b\b\b\b\b\b\b\b\b\b\b\b\b");
     char text[64];
     std::snprintf(text, sizeof text, "%-5ld hour: %-2ld", static_cast<long>(number_truncate(elapsedDays)),
-                  static_cast<long>(number_truncate((elapsedDays - std::floor(elapsedDays)) * 24.0)));
+                  static_cast<long>(number_truncate((elapsedDays - std::floor(elapsedDays)) * HOURS_PER_DAY)));
     console_write(text);
 }
 
@@ -338,7 +341,7 @@ static void stepToEnd() {
     double elapsed = 0.0;
     do {
         tarnvelde_step(&elapsed);
-        const int32_t hour = number_truncate(elapsed * 24.0);
+        const int32_t hour = number_truncate(elapsed * HOURS_PER_DAY);
         if (hour > lastHour) {
             showProgress(elapsed);
             lastHour = hour;

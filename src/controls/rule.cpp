@@ -1,7 +1,7 @@
 // Control rules: what an operator would do, written down. At the start of each routing step all rules look at the
 // network as the step before left it; each puts forward the actions of its THEN or of its ELSE part; where several act
-// on one object the highest priority wins, and the first met of equal ones. The routing step calls rule_evaluate behind
-// the automatic switches, so a rule overrules a pump's depths, and ahead of the settings' following their targets. A
+// on one object the highest priority wins, and the first met of equal ones. The routing step calls rule_evaluate after
+// the automatic switches, so a rule overrules a pump's depths, and before the settings follow their targets. A
 // pipe or an orifice is held by a rule for as long as the rule says so in every step; all else stays as it was put.
 
 #include "controls/rule.h"
@@ -100,7 +100,7 @@ void rule_openRun() {
     ActionList.chosen = arena_allocateArray<Action*>(ProjectArena, target + 1);
     if (!ActionList.place || !ActionList.chosen) {
         ActionList = ActionListRecord{};
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     ActionList.targetCount = target + 1;

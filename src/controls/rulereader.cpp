@@ -362,8 +362,7 @@ static int32_t readRule(const Tokens& tokens, Rule& rule) {
 }
 
 /// AND continues the list that the rule is in. Among conditions the premise is put in twice, as AND and as OR. The
-/// second one is tested only when the first has failed, and then fails as well; the lists of rules have always looked
-/// like this.
+/// second one is tested only when the first has failed, and fails then as well: it changes no outcome.
 static int32_t readAnd(const Tokens& tokens, int32_t rule) {
     if (ClauseState != CLAUSE_IF) {
         return rule_readAction(tokens, rule);

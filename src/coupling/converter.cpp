@@ -9,6 +9,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Converter> Converters;
 
@@ -109,14 +110,14 @@ void converter_validate(int32_t index) {
     if (converter.type == VORN_INFLUENT) {
         for (int32_t target = 0; target < CONSTITUENT_COUNT; ++target) {
             if (!hasTarget(converter, target)) {
-                report_writeError(ERR_CONVERTER_INFLUENT, converter.name);
+                errors_report(ERR_CONVERTER_INFLUENT, converter.name);
             }
         }
         return;
     }
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         if (!hasTarget(converter, p)) {
-            report_writeError(ERR_CONVERTER_EFFLUENT, converter.name);
+            errors_report(ERR_CONVERTER_EFFLUENT, converter.name);
             return;
         }
     }
@@ -150,8 +151,9 @@ void converter_applyInfluent(int32_t index, double flow, const double* loads, do
         if (!converter_isInfluentPoint(*point)) {
             continue;
         }
-        const double amount = point->sourceKind == SOURCE_POLLUTANT ? loads[point->sourceIndex] * point->factor * 1000.0
-                                                                    : flow * point->constant * point->factor;
+        const double amount = point->sourceKind == SOURCE_POLLUTANT
+                                  ? loads[point->sourceIndex] * point->factor * G_PER_KG
+                                  : flow * point->constant * point->factor;
         converter_addAmount(*point, amount, constituents[point->target]);
     }
 }

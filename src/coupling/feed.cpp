@@ -12,6 +12,7 @@
 #include "links/link.h"
 #include "links/pipe.h"
 #include "model/arena.h"
+#include "text/units.h"
 
 /// Counts what a record gives to the network in this step.
 static void countOutflow(const OutsideTotals& totals, const CoupledFlow& record) {
@@ -30,7 +31,7 @@ static void firePipe(int32_t link, Pipe& pipe, CoupledFlow& record, double* conc
     record.sumFlow += record.newFlow;
     record.sumCount += 1;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        concentrations[p] = record.sumFlow != 0.0 ? record.sumLoad[p] / record.sumFlow * 1000.0 : 0.0;
+        concentrations[p] = record.sumFlow != 0.0 ? record.sumLoad[p] / record.sumFlow * G_PER_KG : 0.0;
     }
     pipe_route(link, pipe, record.sumFlow / record.sumCount, concentrations);
     pipe_moveClock(pipe);
@@ -86,7 +87,7 @@ void feed_conduit(const CoupledFlow& named, const OutsideNode& outside, const Ou
     conduit_shiftFlows(link, conduit);
     link_shiftQuality(link);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        outside.scratch[p] = first.newFlow != 0.0 ? first.newLoad[p] / first.newFlow * 1000.0 : 0.0;
+        outside.scratch[p] = first.newFlow != 0.0 ? first.newLoad[p] / first.newFlow * G_PER_KG : 0.0;
     }
     conduit_route(link, conduit, first.newFlow, outside.scratch);
 }

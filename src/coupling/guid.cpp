@@ -17,8 +17,8 @@ static int32_t drawNumber(uint32_t& state) {
 void guid_write(uint32_t seed, char* buffer) {
     uint32_t state = seed;
     char* at = buffer;
-    // The remainders are by 255 and 15, so that no pair is ff and no digit behind the version is f. Tools that tell our
-    // files from others by this have always been right.
+    // The remainders are by 255 and 15, so that no pair is ff and no digit behind the version is f: by this
+    // our files can be told from others.
     for (int32_t i = 0; i < 16; ++i) {
         const int32_t number = drawNumber(state) % 255;
         const unsigned digit = static_cast<unsigned>(number % 15);

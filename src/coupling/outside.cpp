@@ -14,6 +14,7 @@
 #include "nodes/node.h"
 #include "platform/files.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 // --- library -------------------------------------------------------------------------------------------------------
 
@@ -33,7 +34,7 @@ static std::string findLibrary(const OutsideKind& kind, const std::string& folde
     if (*kind.nativeName && files_exists(native)) {
         return native;
     }
-    report_writeError(kind.missingError, file.c_str());
+    errors_report(kind.missingError, file.c_str());
     return {};
 }
 
@@ -61,13 +62,13 @@ void outside_loadLibrary(OutsideNode& outside, const OutsideKind& kind, const st
         return;
     }
     if (!tempFolder.empty() && !files_exists(tempFolder)) {
-        report_writeError(kind.folderError, tempFolder.c_str());
+        errors_report(kind.folderError, tempFolder.c_str());
         return;
     }
     if (copyLibrary(outside, source, tempFolder.empty() ? folder : tempFolder)) {
         outside.library = library_load(outside.libraryCopy.c_str());
     } else if (kind.copyError) {
-        report_writeError(kind.copyError, "");
+        errors_report(kind.copyError, "");
     }
 }
 
@@ -197,20 +198,20 @@ int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32
 void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, const char* id) {
     double start = 0.0, end = 0.0;
     if (calls.getStartAndEndTime(&start, &end) != 0) {
-        report_writeError(kind.datesError, id);
+        errors_report(kind.datesError, id);
     }
     if (start != StartDateTime) {
-        report_writeError(kind.startDateError, id);
+        errors_report(kind.startDateError, id);
     }
     if (end != EndDateTime) {
-        report_writeError(kind.endDateError, id);
+        errors_report(kind.endDateError, id);
     }
 }
 
 void outside_validateOutflow(const CoupledFlow& outflow, const char* id) {
     const int32_t kind = Links[outflow.index].kind;
     if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
-        report_writeError(ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well
+        errors_report(ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well
     }
 }
 
@@ -219,7 +220,7 @@ void outside_initState(OutsideNode& outside, int32_t inflowCount) {
         openRecords(outside.inflows, inflowCount) && openRecords(outside.outflows, project_pollutantCount());
     outside.scratch = arena_allocateArray<double>(RunArena, project_pollutantCount());
     if (!isDone || !outside.scratch) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
 }
 
@@ -227,10 +228,15 @@ bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const Outsid
     outside.isStarted = 1;  // whatever the engine says: it is asked to end in any case
     outside.oldTime = outside.newTime = 0.0;
     if (calls.start(outside.saveResults) != 0) {
-        report_writeError(kind.startError, id);
+        errors_report(kind.startError, id);
         return false;
     }
     return true;
+}
+
+void outside_moveClock(OutsideNode& outside, double elapsedDays) {
+    outside.oldTime = outside.newTime;
+    outside.newTime = elapsedDays * MS_PER_DAY;
 }
 
 void outside_end(OutsideNode& outside, const OutsideCalls& calls) {

@@ -121,6 +121,9 @@ bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const Outsid
 /// Ends the engine, if it was started, and forgets what the run allocated.
 void outside_end(OutsideNode& outside, const OutsideCalls& calls);
 
+/// The clock of the engine moves on to the days that it tells.
+void outside_moveClock(OutsideNode& outside, double elapsedDays);
+
 /// Steps the engine until it has passed the routing clock, or once if its run is over, when it tells an elapsed time of
 /// 0. `give` passes what goes into the model ahead of each step, `take` fetches what comes out of it.
 template <class Give, class Take>
@@ -134,8 +137,7 @@ void outside_advance(OutsideNode& outside, const OutsideCalls& calls, Give give,
         elapsed = 0.0;
         calls.step(&elapsed);
         take();
-        outside.oldTime = outside.newTime;
-        outside.newTime = elapsed * 86400000.0;
+        outside_moveClock(outside, elapsed);
     } while (elapsed != 0.0 && outside.newTime <= NewRoutingTime);
 }
 

@@ -14,6 +14,7 @@
 #include "model/pollut.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<SwmmNode> SwmmNodes;
 
@@ -49,7 +50,7 @@ static int32_t getRow(int32_t node) {
 static void findEntries(SwmmNode& swmm) {
     bool isFound = true;
 #define SWMM_ENTRY(name, result, arguments, standIn) \
-    isFound = isFound && entry_find(swmm.outside.library, #name, swmm.entries.name);
+    isFound = isFound && entries_find(swmm.outside.library, #name, swmm.entries.name);
 #include "coupling/swmmentries.def"
 #undef SWMM_ENTRY
 }
@@ -105,13 +106,13 @@ static bool setPaths(int32_t row, const char* id) {
     SwmmNode& swmm = getSwmm(row);
     std::string path;
     if (!outside_findModel(swmm.outside, path)) {
-        report_writeError(ERR_SWMM_INPUT_MISSING, id);
+        errors_report(ERR_SWMM_INPUT_MISSING, id);
         return false;
     }
     const std::string inpFile = path + ".inp";
     for (int32_t other = 0; other < row; ++other) {
         if (inpFile == getSwmm(other).outside.inpFile) {
-            report_writeError(ERR_SWMM_INPUT_DUPLICATE, id);
+            errors_report(ERR_SWMM_INPUT_DUPLICATE, id);
             return false;
         }
     }
@@ -120,7 +121,7 @@ static bool setPaths(int32_t row, const char* id) {
     swmm.outFile = names_copyText((path + ".out").c_str());
     if (!swmm.outside.inpFile || !swmm.rptFile || !swmm.outFile) {
         swmm.outside.inpFile = swmm.rptFile = swmm.outFile = "";
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return false;
     }
     return true;
@@ -129,12 +130,12 @@ static bool setPaths(int32_t row, const char* id) {
 static void validateRecords(const SwmmNode& swmm, const char* id) {
     for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
         if (swmm.entries.swmm_isNode(record->objectId) < 0) {
-            report_writeError(ERR_SWMM_NODE, record->objectId);
+            errors_report(ERR_SWMM_NODE, record->objectId);
         }
     }
     for (const CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
         if (swmm.entries.swmm_isNode(record->objectId) < 0) {
-            report_writeError(ERR_SWMM_NODE, record->objectId);
+            errors_report(ERR_SWMM_NODE, record->objectId);
         }
         outside_validateOutflow(*record, id);
     }
@@ -144,7 +145,7 @@ static void validatePollutants(const SwmmNode& swmm) {
     for (const Pollut& pollutant : Polluts) {
         int index = 0;
         if (swmm.entries.swmm_isPollut(pollutant.id, &index) < 0) {
-            report_writeError(ERR_SWMM_POLLUTANT, pollutant.id);
+            errors_report(ERR_SWMM_POLLUTANT, pollutant.id);
         }
     }
 }
@@ -157,11 +158,11 @@ void swmm_validate(int32_t node) {
     }
     swmm.outside.isOpen = 1;  // whatever the engine says: it is asked to close in any case
     if (swmm.entries.swmm_open(swmm.outside.inpFile, swmm.rptFile, swmm.outFile) != 0) {
-        report_writeError(ERR_SWMM_INPUT_OPEN, id);
+        errors_report(ERR_SWMM_INPUT_OPEN, id);
     }
     outside_validateDates(getCalls(swmm.entries), Kind, id);
     if (swmm.entries.swmm_getUnitSystem() != SI_UNITS) {
-        report_writeError(ERR_SWMM_UNITS, id);
+        errors_report(ERR_SWMM_UNITS, id);
     }
     validateRecords(swmm, id);
     validatePollutants(swmm);
@@ -261,7 +262,7 @@ static void takeOutflows(const SwmmNode& swmm) {
             if (swmm.entries.swmm_isPollut(Polluts[p].id, &index) >= 0) {
                 double concentration = 0.0;
                 swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, getResultCode(index), &concentration);
-                record->newLoad[p] = record->newFlow * concentration / 1000.0;
+                record->newLoad[p] = record->newFlow * concentration / G_PER_KG;
             }
         }
     }

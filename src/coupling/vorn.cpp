@@ -13,6 +13,7 @@
 #include "model/names.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<VornNode> VornNodes;
 
@@ -42,7 +43,7 @@ static int32_t getRow(int32_t node) {
 static void findEntries(VornNode& vorn) {
     bool isFound = true;
 #define VORN_ENTRY(name, result, arguments, standIn) \
-    isFound = isFound && entry_find(vorn.outside.library, #name, vorn.entries.name);
+    isFound = isFound && entries_find(vorn.outside.library, #name, vorn.entries.name);
 #include "coupling/vornentries.def"
 #undef VORN_ENTRY
 }
@@ -96,19 +97,19 @@ static bool setPath(int32_t row, const char* id) {
     OutsideNode& outside = getVorn(row).outside;
     std::string path;
     if (!outside_findModel(outside, path)) {
-        report_writeError(ERR_SWMM_INPUT_MISSING, id);
+        errors_report(ERR_SWMM_INPUT_MISSING, id);
         return false;
     }
     path += ".sti";
     for (int32_t other = 0; other < row; ++other) {
         if (path == getVorn(other).outside.inpFile) {
-            report_writeError(ERR_VORN_INPUT_DUPLICATE, id);
+            errors_report(ERR_VORN_INPUT_DUPLICATE, id);
             return false;
         }
     }
     const char* inpFile = names_copyText(path.c_str());
     if (!inpFile) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return false;
     }
     outside.inpFile = inpFile;
@@ -118,12 +119,12 @@ static bool setPath(int32_t row, const char* id) {
 static void validateRecords(const VornNode& vorn, const char* id) {
     for (const CoupledFlow* record = vorn.outside.inflows.head; record; record = record->next) {
         if (vorn.entries.vorn_getUnitType(record->objectId) != INFLUENT_UNIT) {
-            report_writeError(ERR_VORN_INFLUENT, record->objectId);
+            errors_report(ERR_VORN_INFLUENT, record->objectId);
         }
     }
     for (const CoupledFlow* record = vorn.outside.outflows.head; record; record = record->next) {
         if (vorn.entries.vorn_getUnitType(record->objectId) != EFFLUENT_UNIT) {
-            report_writeError(ERR_VORN_EFFLUENT, record->objectId);
+            errors_report(ERR_VORN_EFFLUENT, record->objectId);
         }
         outside_validateOutflow(*record, id);
     }
@@ -137,11 +138,11 @@ void vorn_validate(int32_t node) {
     }
     vorn.outside.isOpen = 1;  // whatever the engine says: it is asked to close in any case
     if (vorn.entries.vorn_open(vorn.outside.inpFile) != 0) {
-        report_writeError(ERR_VORN_INPUT_OPEN, id);
+        errors_report(ERR_VORN_INPUT_OPEN, id);
     }
     outside_validateDates(getCalls(vorn.entries), Kind, id);
     if (vorn.entries.vorn_getSolutionType() != UNSTEADY_SOLUTION) {
-        report_writeError(ERR_VORN_SOLUTION, id);
+        errors_report(ERR_VORN_SOLUTION, id);
     }
     validateRecords(vorn, id);
 }
@@ -209,7 +210,7 @@ static void convertEffluent(const VornNode& vorn, const CoupledFlow& record) {
             concentration = 0.0;
             vorn.entries.vorn_getExtOutflow(record.objectId, point->sourceIndex + 1, &concentration);
         }
-        converter_addAmount(*point, concentration * record.newFlow / 1000.0, record.newLoad[point->target]);
+        converter_addAmount(*point, concentration * record.newFlow / G_PER_KG, record.newLoad[point->target]);
     }
 }
 

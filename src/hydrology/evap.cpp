@@ -1,9 +1,11 @@
-// Evaporation: one constant rate, or one for each month. Negative rates pass, and act as they stand.
+// Evaporation: one constant rate, or one for each month. Negative rates pass, and act as they stand. The
+// runoff step sets the rate of its date.
 
 #include "hydrology/evap.h"
 
 #include "model/errors.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 EvapRecord Evap;
 
@@ -44,5 +46,5 @@ void evap_setRate(DateTime date) {
     if (Evap.kind != EVAP_CONSTANT) {
         rate = Evap.monthly[datetime_decodeDate(date).month - 1];
     }
-    Evap.rate = rate / 86400000.0;  // mm/day to m/s
+    Evap.rate = rate / MM_PER_DAY;
 }

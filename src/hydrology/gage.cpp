@@ -13,6 +13,7 @@
 #include "model/timeseries.h"
 #include "text/number.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Gage> Gages;
 
@@ -32,7 +33,7 @@ static bool readInterval(const char* text, int32_t* interval) {
     if (!datetime_parseTime(text, &days)) {
         return false;
     }
-    const double seconds = std::floor(days * 86400.0 + 0.5);
+    const double seconds = std::floor(days * SECONDS_PER_DAY + 0.5);
     if (!(seconds > 0.0 && seconds <= 2147483647.0)) {
         return false;
     }
@@ -80,7 +81,7 @@ void gage_validateAll() {
         }
         const int32_t series = gage.series;
         if (TimeSeries[series].isUsedByInflow) {
-            report_writeError(ERR_GAGE_SERIES_SHARED, gage.name);
+            errors_report(ERR_GAGE_SERIES_SHARED, gage.name);
         }
         if (firstOfSeries[series] < 0) {
             firstOfSeries[series] = k;
@@ -88,7 +89,7 @@ void gage_validateAll() {
         }
         gage.coGage = firstOfSeries[series];
         if (getGage(gage.coGage).format != gage.format) {
-            report_writeError(ERR_GAGE_FORMAT, gage.name);
+            errors_report(ERR_GAGE_FORMAT, gage.name);
         }
     }
 }
@@ -98,9 +99,9 @@ void gage_validateAll() {
 /// A value of the series as a rate, m/s.
 static double convertRain(const Gage& gage, double value) {
     if (gage.format == RAIN_INTENSITY) {
-        return value / 3600000.0;
+        return value / MM_PER_HOUR;
     }
-    return value / gage.interval * 3600.0 / 3600000.0;
+    return value / gage.interval * SECONDS_PER_HOUR / MM_PER_HOUR;
 }
 
 int32_t gage_nextRain(int32_t index) {
@@ -240,7 +241,7 @@ void gage_findEvents(int32_t index) {
         // The series is read here as a line from entry to entry, so that gaps in it count as ramps of rain.
         double depth = timeseries_lookup(series, series.cursor, date);
         if (gage.format == RAIN_INTENSITY) {
-            depth = interval * depth / 3600.0;
+            depth = interval * depth / SECONDS_PER_HOUR;
         }
         if (total == 0.0) {
             if (depth != 0.0) {

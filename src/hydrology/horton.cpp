@@ -7,7 +7,11 @@
 #include <algorithm>
 #include <cmath>
 
-static constexpr double NO_WATER = 1e-10;  ///< m/s, at or below which the ground dries
+static constexpr double NO_WATER = 1e-10;       ///< m/s, at or below which the ground dries
+static constexpr double CURVE_END = 16.0;       ///< of decay times time, from which the final rate holds
+static constexpr double STEEPEST_DECAY = 60.0;  ///< of decay times time, for the exponential of a trial
+static constexpr double NEAR_ENOUGH = 0.001;    ///< of the step, by which the last pass may move the time
+static constexpr int32_t MAX_PASSES = 20;       ///< of Newton's method
 
 /// exp(x), without the work where nothing has begun to decay.
 static double getDecayed(double x) {
@@ -32,13 +36,13 @@ static void recover(const HortonSoil& soil, HortonState& state, double dt) {
 static double findTime(const HortonSoil& soil, double time, double target, double dt) {
     const double c = (soil.maxRate - soil.minRate) / soil.decay;
     time = time + dt * 0.5;
-    for (int pass = 0; pass < 20; ++pass) {
-        const double x = std::min(time * soil.decay, 60.0);
+    for (int32_t pass = 0; pass < MAX_PASSES; ++pass) {
+        const double x = std::min(time * soil.decay, STEEPEST_DECAY);
         const double ex = std::exp(-x);
         const double delta =
             ((1.0 - ex) * c + time * soil.minRate - target) / ((soil.maxRate - soil.minRate) * ex + soil.minRate);
         time = time - delta;
-        if (!(std::fabs(delta) > dt * 0.001)) {
+        if (!(std::fabs(delta) > dt * NEAR_ENOUGH)) {
             break;
         }
     }
@@ -53,7 +57,7 @@ double horton_getRate(const HortonSoil& soil, HortonState& state, double availab
     const double tp = state.time;
     const double end = tp + dt;
     const double c = (soil.maxRate - soil.minRate) / soil.decay;
-    const double limit = 16.0 / soil.decay;
+    const double limit = CURVE_END / soil.decay;
     double sum, endSum;  // m, on the cumulative curve at both ends of the step
     if (tp < limit) {
         sum = (1.0 - getDecayed(-tp * soil.decay)) * c + tp * soil.minRate;

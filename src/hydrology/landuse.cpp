@@ -12,6 +12,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Landuse> Landuses;
 
@@ -137,14 +138,16 @@ int32_t landuse_readWashoff(const Tokens& tokens) {
 
 // --- buildup -------------------------------------------------------------------------------------------------------
 
-static const double LOG_NEARLY_FULL = std::log(0.001);  ///< of what is missing at 99.9 % of the limit
+static constexpr double NEARLY_FULL = 0.999;            ///< of the limit, from which a buildup counts as there
+static const double LOG_NEARLY_FULL = std::log(0.001);  ///< of what is missing then
 
 /// Age (days) of a buildup per hectare on its curve. What stands above the limit counts as nearly full.
 static double getAge(const BuildupRule& rule, double buildup) {
     if (buildup == 0.0) {
         return 0.0;
     }
-    const double log = buildup < rule.maxBuildup * 0.999 ? std::log(1.0 - buildup / rule.maxBuildup) : LOG_NEARLY_FULL;
+    const double log =
+        buildup < rule.maxBuildup * NEARLY_FULL ? std::log(1.0 - buildup / rule.maxBuildup) : LOG_NEARLY_FULL;
     return -log / rule.rateConstant;
 }
 
@@ -168,7 +171,7 @@ double landuse_getBuildup(const BuildupRule& rule, double area, double present, 
         return 0.0;
     }
     // With a rate of 0 and something there already the age is infinite: the buildup jumps to its limit.
-    const double age = getAge(rule, present / area) + time / 86400.0;
+    const double age = getAge(rule, present / area) + time / SECONDS_PER_DAY;
     return getBuildupAt(rule, age) * area;
 }
 
@@ -183,7 +186,7 @@ static double getPower(RunoffRate& rate, double exponent) {
 }
 
 RunoffRate landuse_makeRate(double value) {
-    return {value, value * 3600000.0, 0.0, 1.0};
+    return {value, value * MM_PER_HOUR, 0.0, 1.0};
 }
 
 double landuse_getWashoff(const WashoffRule& rule, double buildup, double area, RunoffRate& rate) {
@@ -191,7 +194,7 @@ double landuse_getWashoff(const WashoffRule& rule, double buildup, double area, 
         return 0.0;  // nothing there gives nothing, whatever the law
     }
     if (rule.kind == WASHOFF_EXP) {
-        return getPower(rate, rule.exponent) * rule.coefficient * buildup / 3600.0 / (area * rate.value);
+        return getPower(rate, rule.exponent) * rule.coefficient * buildup / SECONDS_PER_HOUR / (area * rate.value);
     }
-    return rule.emc / 1000.0;
+    return rule.emc / G_PER_KG;
 }

@@ -77,7 +77,7 @@ static int32_t readSurface(const Tokens& tokens, Lid& lid) {
     lid.surfaceDepth = depth / MM_PER_M;
     lid.surfaceVoid = depth == 0.0 ? 1.0 : 1.0 - fraction;
     lid.surfaceRoughness = rest[0];
-    lid.surfaceSlope = rest[1] / 100.0;
+    lid.surfaceSlope = rest[1] / PERCENT;
     lid.sideSlope = rest[2];
     return ERR_NONE;
 }
@@ -203,7 +203,7 @@ int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
 // --- validation ----------------------------------------------------------------------------------------------------
 
 void lid_reportParameter(const Lid& lid, const char* phrase) {
-    report_writeError(ERR_LID_PARAMETER, (std::string(lid.name) + phrase).c_str());
+    errors_report(ERR_LID_PARAMETER, (std::string(lid.name) + phrase).c_str());
 }
 
 static bool hasRequiredLayers(const Lid& lid) {
@@ -267,11 +267,11 @@ static void putMatInStorage(Lid& lid) {
 
 static void validate(Lid& lid) {
     if (lid.type < 0) {
-        report_writeError(ERR_LID_TYPE, lid.name);
+        errors_report(ERR_LID_TYPE, lid.name);
         return;
     }
     if (!hasRequiredLayers(lid)) {
-        report_writeError(ERR_LID_LAYER, lid.name);
+        errors_report(ERR_LID_LAYER, lid.name);
         return;
     }
     checkPavement(lid);

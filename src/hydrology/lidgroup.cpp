@@ -11,6 +11,7 @@
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "text/units.h"
 
 Table<LidGroup> LidGroups;
 Table<LidUnit> LidUnits;
@@ -61,8 +62,8 @@ int32_t lidgroup_readLine(const Tokens& tokens) {
     }
     unit.area = values[0];
     unit.fullWidth = values[1];
-    unit.initialSaturation = values[2] / 100.0;
-    unit.fromImpervious = values[3] / 100.0;
+    unit.initialSaturation = values[2] / PERCENT;
+    unit.fromImpervious = values[3] / PERCENT;
     unit.drainNode = -1;
     if (tokens.count > 6) {
         unit.drainNode = names_find(NODE, tokens[6]);
@@ -80,6 +81,9 @@ int32_t lidgroup_readLine(const Tokens& tokens) {
 
 // --- validation and start ------------------------------------------------------------------------------------------
 
+static constexpr double TOO_MUCH = 1.001;    ///< of the area and of its impervious flow: what rounding can't explain
+static constexpr double NEARLY_ALL = 0.999;  ///< of the area, from which the units cover it wholly
+
 static void validateGroup(Subcatch& subcatch, LidUnitRange units) {
     double sumArea = 0.0, sumShare = 0.0;
     for (LidUnit& unit : units) {
@@ -96,13 +100,13 @@ static void validateGroup(Subcatch& subcatch, LidUnitRange units) {
             unit.initialSaturation = 1.0;
         }
     }
-    if (sumArea > subcatch.area * 1.001) {
-        report_writeError(ERR_LID_AREA, subcatch.name);
+    if (sumArea > subcatch.area * TOO_MUCH) {
+        errors_report(ERR_LID_AREA, subcatch.name);
     }
-    if (sumShare > 1.001) {
-        report_writeError(ERR_LID_CAPTURE_AREA, subcatch.name);
+    if (sumShare > TOO_MUCH) {
+        errors_report(ERR_LID_CAPTURE_AREA, subcatch.name);
     }
-    if (sumArea > subcatch.area * 0.999) {
+    if (sumArea > subcatch.area * NEARLY_ALL) {
         sumArea = subcatch.area;
     }
     subcatch.lidArea = sumArea;
@@ -123,7 +127,7 @@ void lidgroup_initAll() {
         lidunit_initState(unit, lid, lid.matVoid);
         // What a saturation of -0 makes is no negative zero here, as it is in a node: the tables show the sign.
         unit.initialDepth = unit.finalDepth = unit.initialDepth + 0.0;
-        unit.dryTime = StartDryDays * 86400.0;
+        unit.dryTime = StartDryDays * SECONDS_PER_DAY;
         lidunit_clearArrays(unit);
         lidunit_openBalance(unit);
     }
@@ -142,8 +146,8 @@ static void setLoads(const Subcatch& subcatch, LidUnit& unit, double dt) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double concentration = Polluts[p].rainConcentration;
         unit.load[p] =
-            unit.area * subcatch.rain * concentration / 1000.0 + subcatch.lastWashoffRate[p] * unit.fromImpervious;
-        unit.rainLoad[p] += dt * subcatch.rain * unit.area * concentration / 1000.0;
+            unit.area * subcatch.rain * concentration / G_PER_KG + subcatch.lastWashoffRate[p] * unit.fromImpervious;
+        unit.rainLoad[p] += dt * subcatch.rain * unit.area * concentration / G_PER_KG;
     }
 }
 

@@ -9,6 +9,7 @@
 
 #include "model/decay.h"
 #include "model/project.h"
+#include "text/units.h"
 
 static constexpr double MIN_VOLUME = 0.01;  ///< m3, below which a layer counts as dry
 
@@ -21,12 +22,12 @@ struct Layer {
 };
 
 static double getConcentration(double volume, double mass) {
-    return volume > MIN_VOLUME ? mass / volume * 1000.0 : 0.0;
+    return volume > MIN_VOLUME ? mass / volume * G_PER_KG : 0.0;
 }
 
 /// Mass that a flux (m/s) of the step carries at a concentration (mg/L), kg.
 static double getCarriedMass(const LidStep& s, double rate, double concentration) {
-    return rate * s.unit->area * s.dt * concentration / 1000.0;
+    return rate * s.unit->area * s.dt * concentration / G_PER_KG;
 }
 
 /// A layer on the way down.
@@ -37,20 +38,20 @@ static Layer passDown(const LidStep& s, double volume, double mass, double in, d
 
 /// Concentration of what is left in a layer, mg/L: mass after the step over the volume before it.
 static double getMixed(double mass, double volume) {
-    return volume > MIN_VOLUME ? std::max(mass / volume * 1000.0, 0.0) : 0.0;
+    return volume > MIN_VOLUME ? std::max(mass / volume * G_PER_KG, 0.0) : 0.0;
 }
 
 /// Reaction in a layer; gives the concentration after it and books what is gone.
 static double react(const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
     const double left = decay_react(rules[p], mixed, s.hour, s.dt);
-    s.unit->reactedLoad[p] += (mixed - left) * volume / 1000.0;
+    s.unit->reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
     return left;
 }
 
 /// Soil and pavement: what stays reacts.
 static double finishLayer(const LidStep& s, int32_t p, const Layer& layer, Decay* rules) {
     const double mixed = getMixed(layer.in + layer.mass - layer.out, layer.volume);
-    return react(s, p, rules, mixed, layer.volume) * layer.volume / 1000.0;
+    return react(s, p, rules, mixed, layer.volume) * layer.volume / G_PER_KG;
 }
 
 /// The surface: water leaves it downward and over the berm. Gives its concentration after the reaction, mg/L.
@@ -60,9 +61,9 @@ static double finishSurface(const LidStep& s, int32_t p, double volume, double i
     const double mass = s.dt * unit.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(s, infilRate, c) -
                         getCarriedMass(s, s.surfaceOutflow, c);
     const double left = react(s, p, s.lid->surfaceDecay, getMixed(mass, volume), volume);
-    unit.thisSurfaceMass[p] = left * volume / 1000.0;
+    unit.thisSurfaceMass[p] = left * volume / G_PER_KG;
     unit.surfaceOutLoad[p] += getCarriedMass(s, s.surfaceOutflow, left);
-    unit.thisSurfaceLoad[p] = s.surfaceOutflow * unit.area * left / 1000.0;
+    unit.thisSurfaceLoad[p] = s.surfaceOutflow * unit.area * left / G_PER_KG;
     return left;
 }
 
@@ -74,12 +75,12 @@ static void finishWetStorage(const LidStep& s, int32_t p, double volume, double 
     const double c = getConcentration(volume, mass);
     const double exfil = s.storageExfil * unit.area * s.dt;
     const double drain = s.storageDrain * unit.area * s.dt;
-    const double mixed = getMixed(mass + in - drain * c / 1000.0 - exfil * c / 1000.0, volume);
+    const double mixed = getMixed(mass + in - drain * c / G_PER_KG - exfil * c / G_PER_KG, volume);
     const double left = react(s, p, s.lid->storageDecay, mixed, volume);
-    unit.thisStorageMass[p] = left * volume / 1000.0;
-    unit.exfilLoad[p] += exfil * left / 1000.0;
-    unit.drainOutLoad[p] += drain * left / 1000.0;
-    unit.thisDrainLoad[p] = s.storageDrain * unit.area * left / 1000.0;
+    unit.thisStorageMass[p] = left * volume / G_PER_KG;
+    unit.exfilLoad[p] += exfil * left / G_PER_KG;
+    unit.drainOutLoad[p] += drain * left / G_PER_KG;
+    unit.thisDrainLoad[p] = s.storageDrain * unit.area * left / G_PER_KG;
 }
 
 /// A storage next to empty: what arrives leaves at once, by the ways that water takes. Without any it is in no total.

@@ -1,6 +1,6 @@
-// LID units over a step. On subcatchments they are called by the runoff step, as nodes by the routing step; both share
-// the solver and not their state. The solver is one explicit Euler step of the four states, but for the swale, whose
-// channel wants the trapezoidal rule by fixed-point passes.
+// LID units over a step. The rooms lidgroup, in a runoff step, and lidmono, in a routing step, call the solver; each
+// has units of its own. The solver is one explicit Euler step of the four states, but for the swale, whose channel
+// wants the trapezoidal rule by fixed-point passes.
 
 #include "hydrology/lidsolver.h"
 

@@ -61,7 +61,7 @@ void lidunit_clearArrays(LidUnit& unit) {
 
 void lidunit_openBalance(LidUnit& unit) {
     if (!create(unit, BalanceArrays, ResultArena)) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
 }
 

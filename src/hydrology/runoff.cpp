@@ -19,10 +19,13 @@
 #include "model/project.h"
 #include "text/datetime.h"
 #include "text/number.h"
+#include "text/units.h"
+
+static constexpr double SHEET_DEPTH = 0.1;  ///< m, of the water by which the time of flow is guessed
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
-/// Time (s) that a sheet of water of 0.1 m takes over a plane, by Manning's law. `time` is that of the subcatchment
+/// Time (s) that a sheet of water takes over a plane, by Manning's law. `time` is that of the subcatchment
 /// before; one that LID units cover wholly leaves it as it is.
 static double getFlowTime(const Subcatch& subcatch, double time) {
     const double area = subcatch.area - subcatch.lidArea;
@@ -30,7 +33,7 @@ static double getFlowTime(const Subcatch& subcatch, double time) {
         return time;
     }
     const double roughness = std::min(subcatch.imperviousRoughness, subcatch.perviousRoughness);
-    const double alpha = std::pow(subcatch.slope, 0.5) * std::pow(0.1, 2.0 / 3.0) / roughness;
+    const double alpha = std::pow(subcatch.slope, 0.5) * std::pow(SHEET_DEPTH, 2.0 / 3.0) / roughness;
     const double f = subcatch.imperviousFraction;
     const double impervious = f * area / subcatch.width / alpha;
     const double pervious = (1.0 - f) * area / subcatch.width / alpha;
@@ -76,7 +79,7 @@ void runoff_open() {
     for (Subcatch& subcatch : Subcatches) {
         subcatch.runoffLoad = arena_allocateArray<double>(RunArena, project_pollutantCount());
         if (!subcatch.runoffLoad) {
-            report_writeError(ERR_MEMORY, "");
+            errors_report(ERR_MEMORY, "");
         }
     }
 }
@@ -104,7 +107,7 @@ static void setQuality(Subcatch& subcatch, double dt) {
         if (isTrickle) {
             concentration = 0.0;
         }
-        subcatch.thisQuality[p] = concentration * 1000.0;
+        subcatch.thisQuality[p] = concentration * G_PER_KG;
     }
 }
 
@@ -149,7 +152,7 @@ void runoff_advance() {
     evap_setRate(date);
     gage_advance(date);
     OldRunoffTime = NewRunoffTime;
-    const double next = NewRunoffTime + RunoffStep * 1000.0;
+    const double next = NewRunoffTime + RunoffStep * MS_PER_SECOND;
     NewRunoffTime = next > TotalDuration ? TotalDuration : next;
     for (int32_t k = 0; k < Subcatches.size(); ++k) {
         subcatch_shiftState(Subcatches[k]);

@@ -1,7 +1,7 @@
 // Subcatchments. Each is a plane of an impervious and a pervious part, which both get the rain and the evaporation of
 // the whole. Either part drains over the land as a nonlinear reservoir (room plane), and water seeps into the pervious
 // one by Horton's law (room horton). The runoff step calls this room, and brings the water of the LID units into its
-// balance; the routing step takes the runoff to the nodes.
+// balance; the room landinflows takes the runoff to the nodes.
 
 #include "hydrology/subcatch.h"
 
@@ -16,6 +16,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "text/units.h"
 
 Table<Subcatch> Subcatches;
 
@@ -65,7 +66,7 @@ static bool readNumber(const Tokens& tokens, int32_t token, bool mayBeZero, doub
 
 /// A percentage as a share; 100 and more is the whole.
 static double getShare(double percent) {
-    return percent >= 100.0 ? 1.0 : percent / 100.0;
+    return percent >= PERCENT ? 1.0 : percent / PERCENT;
 }
 
 int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
@@ -96,19 +97,19 @@ int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
     subcatch.name = name;
     subcatch.gage = gage;
     subcatch.outNode = outNode;
-    subcatch.area = v[3] / 0.0001;
+    subcatch.area = v[3] / HA_PER_M2;
     subcatch.width = v[4];
     subcatch.imperviousFraction = getShare(v[5]);
     subcatch.slope = getShare(v[6]);
     subcatch.imperviousRoughness = v[7];
     subcatch.perviousRoughness = v[8];
-    subcatch.imperviousStorage = v[9] / 1000.0;
-    subcatch.perviousStorage = v[10] / 1000.0;
-    subcatch.soil.maxRate = v[11] / 3600000.0;
-    subcatch.soil.minRate = v[12] / 3600000.0;
-    subcatch.soil.decay = v[13] / 3600.0;
-    subcatch.soil.recovery = std::log(DRYING_SHARE) / v[14] / -86400.0;
-    subcatch.soil.maxVolume = v[15] / 1000.0;
+    subcatch.imperviousStorage = v[9] / MM_PER_M;
+    subcatch.perviousStorage = v[10] / MM_PER_M;
+    subcatch.soil.maxRate = v[11] / MM_PER_HOUR;
+    subcatch.soil.minRate = v[12] / MM_PER_HOUR;
+    subcatch.soil.decay = v[13] / SECONDS_PER_HOUR;
+    subcatch.soil.recovery = std::log(DRYING_SHARE) / v[14] / -SECONDS_PER_DAY;
+    subcatch.soil.maxVolume = v[15] / MM_PER_M;
     return ERR_NONE;
 }
 
@@ -135,7 +136,7 @@ int32_t subcatch_readCoverage(const Tokens& tokens) {
     if (!tokens_getDouble(tokens[2], &percent)) {
         return errors_setName(ERR_NUMBER, tokens[2]);
     }
-    Subcatches[subcatch].landShares[landuse].fraction = percent / 100.0;
+    Subcatches[subcatch].landShares[landuse].fraction = percent / PERCENT;
     return ERR_NONE;
 }
 
@@ -160,7 +161,7 @@ int32_t subcatch_readLoading(const Tokens& tokens) {
 void subcatch_validateAll() {
     for (const Subcatch& subcatch : Subcatches) {
         if (subcatch.soil.maxRate < subcatch.soil.minRate) {
-            report_writeError(ERR_INFILTRATION_RATES, subcatch.name);
+            errors_report(ERR_INFILTRATION_RATES, subcatch.name);
         }
         if (subcatch.gage >= 0) {
             Gages[subcatch.gage].isUsed = 1;
@@ -178,7 +179,7 @@ void subcatch_openStatistics(Subcatch& subcatch) {
     const int64_t pollutants = project_pollutantCount();
     double* memory = arena_allocateArray<double>(ResultArena, std::ssize(StatisticLoads) * pollutants);
     if (!memory) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
     for (double* Subcatch::*loads : StatisticLoads) {
         subcatch.*loads = memory;
@@ -273,12 +274,12 @@ double subcatch_getWeight(double time) {
 // --- statistics ----------------------------------------------------------------------------------------------------
 
 void subcatch_countStep(Subcatch& s, double dt) {
-    s.rainfall += dt * s.rain * 1000.0;
-    s.evap += dt * s.evapRate * 1000.0;
-    s.infil += dt * s.infilRate * 1000.0;
-    s.runoff += dt * s.thisRunoff / s.area * 1000.0;
+    s.rainfall += dt * s.rain * MM_PER_M;
+    s.evap += dt * s.evapRate * MM_PER_M;
+    s.infil += dt * s.infilRate * MM_PER_M;
+    s.runoff += dt * s.thisRunoff / s.area * MM_PER_M;
     statistics_keepMaximum(s.peakRunoff, s.thisRunoff);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        s.surfaceWashoff[p] += s.thisQuality[p] / 1000.0 * s.thisRunoff * dt;
+        s.surfaceWashoff[p] += s.thisQuality[p] / G_PER_KG * s.thisRunoff * dt;
     }
 }

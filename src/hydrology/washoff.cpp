@@ -7,8 +7,7 @@
 #include "hydrology/landuse.h"
 #include "model/pollut.h"
 #include "model/project.h"
-
-static constexpr double HECTARE = 0.0001;  ///< hectares in a square metre
+#include "text/units.h"
 
 // --- buildup -------------------------------------------------------------------------------------------------------
 
@@ -16,11 +15,11 @@ void washoff_initBuildup(Subcatch& subcatch) {
     for (int32_t l = 0; l < Landuses.size(); ++l) {
         const Landuse& landuse = Landuses[l];
         LandShare& share = subcatch.landShares[l];
-        const double area = subcatch.area * share.fraction * HECTARE;
+        const double area = subcatch.area * share.fraction * HA_PER_M2;
         for (int32_t p = 0; p < project_pollutantCount(); ++p) {
             share.buildup[p] = subcatch.initialLoad[p] > 0.0
                                    ? subcatch.initialLoad[p] * area
-                                   : landuse_getBuildup(landuse.buildup[p], area, 0.0, StartDryDays * 86400.0);
+                                   : landuse_getBuildup(landuse.buildup[p], area, 0.0, StartDryDays * SECONDS_PER_DAY);
             if (subcatch.initBuildup && landuse.washoff[p].usesBuildup) {
                 subcatch.initBuildup[p] += share.buildup[p];
             }
@@ -35,7 +34,7 @@ void washoff_growBuildup(Subcatch& subcatch, double dt) {
         if (share.fraction == 0.0) {
             continue;
         }
-        const double area = share.fraction * subcatch.area * HECTARE;
+        const double area = share.fraction * subcatch.area * HA_PER_M2;
         for (int32_t p = 0; p < project_pollutantCount(); ++p) {
             const double old = share.buildup[p];
             double grown = landuse_getBuildup(landuse.buildup[p], area, old, dt);
@@ -105,7 +104,7 @@ void washoff_washRain(Subcatch& subcatch, const RunoffVolumes& volumes, double d
     const double area = subcatch.area - subcatch.lidArea;
     const double f = subcatch.imperviousFraction;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double deposition = Polluts[p].rainConcentration / 1000.0 * area * subcatch.rain * dt;
+        const double deposition = Polluts[p].rainConcentration / G_PER_KG * area * subcatch.rain * dt;
         subcatch.wetDeposition[p] += deposition;
         if (volumes.wetInflow == 0.0) {
             subcatch.pondedMass[p] = 0.0;

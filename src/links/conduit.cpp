@@ -1,5 +1,5 @@
-// Conduits, routed as a single store that releases the normal flow of its depth (Manning): each step the inflow joins
-// the store, what exceeds the full section is flood, and the discharge follows from depth, section, slope and
+// Conduits, routed as a single store that releases the normal flow of its depth (Manning 1891): each step the inflow
+// joins the store, what exceeds the full section is flood, and the discharge follows from depth, section, slope and
 // roughness. Where the discharge of one step would exceed the whole store, the conduit empties without delivering
 // anything: short steep conduits at long steps lose their water so, and the continuity error shows it.
 //
@@ -22,6 +22,7 @@
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Conduit> Conduits;
 
@@ -29,7 +30,7 @@ static Table<const Transect*> Transects;  ///< by curve, null where no conduit u
 
 static const char* const ConduitShapeWords[] = {"CIRCULAR", "RECTANGULAR", "IRREGULAR", nullptr};
 
-// Rounded as the flows of existing projects were worked out; more digits would change every one of them.
+// So many digits and no more: every area, and so every flow, rests on them.
 static constexpr double PI = 3.14159265;
 static constexpr double TWO_PI = 6.2831853;
 
@@ -78,7 +79,7 @@ int32_t conduit_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) 
             return error;
         }
     }
-    conduit.slope = slopePercent / 100.0;
+    conduit.slope = slopePercent / PERCENT;
     if (const int32_t error = readSection(tokens, conduit)) {
         return error;
     }
@@ -151,7 +152,7 @@ static const double* fillTable(Conduit& conduit) {
     double* table = allocateTable(isCircle ? conduit.areaTable : Curves[conduit.curve].geometry);
     const double full = conduit.fullDepth;
     for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
-        const double y = i * full / 100.0;
+        const double y = i * full / GEOMETRY_COUNT;
         table[i - 1] = isCircle ? getSegmentArea(full, y) : transect_getArea(*conduit.transect, y);
     }
     return table;
@@ -183,7 +184,7 @@ void conduit_buildTables(Conduit& conduit) {
         default: conduit.fullDepth = 0.0; return;  // a shape that only a host can set: a section without points
     }
     if (!table) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     const double* end = table + GEOMETRY_COUNT;
@@ -206,7 +207,7 @@ static const double* getTable(const Conduit& conduit) {
 /// Depth (m) of an area in the table, counted from 1. The last one is the full depth itself, whatever the division
 /// gives.
 static double getTableDepth(double fullDepth, int32_t i) {
-    return i == GEOMETRY_COUNT ? fullDepth : i * fullDepth / 100.0;
+    return i == GEOMETRY_COUNT ? fullDepth : i * fullDepth / GEOMETRY_COUNT;
 }
 
 /// The interval (0 ... 99) of the table that a depth falls into: the first whose upper end reaches it. -1 above all.
@@ -217,7 +218,7 @@ static int32_t findInterval(double fullDepth, double y) {
             return -1;
         }
         // The depths rise evenly: the interval is the one guessed, or the next.
-        i = std::clamp(number_truncate(y / fullDepth * 100.0), 0, GEOMETRY_COUNT - 1);
+        i = std::clamp(number_truncate(y / fullDepth * GEOMETRY_COUNT), 0, GEOMETRY_COUNT - 1);
         while (i > 0 && getTableDepth(fullDepth, i) >= y) {
             --i;
         }
@@ -338,7 +339,7 @@ static void mixAndDecay(Link& link, Conduit& conduit, double stored, double infl
         }
         const double left = decay_getFactor(conduit.decay[p], hour, RoutingStep);
         link.newQual[p] = mixed * left;
-        QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / 1000.0;
+        QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / G_PER_KG;
     }
 }
 

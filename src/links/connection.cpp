@@ -10,6 +10,7 @@
 #include "model/project.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Connection> Connections;
 
@@ -32,7 +33,7 @@ void connection_initState(Connection& connection) {
     connection.flowQueue = DelayQueue{};
     connection.loadQueue = arena_allocateArray<DelayQueue>(RunArena, project_pollutantCount());
     if (!connection.loadQueue) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
 }
 
@@ -46,7 +47,7 @@ void connection_shiftState(Connection& connection) {
 }
 
 Passage connection_passFlow(Link& link, Connection& connection, double flow) {
-    const double exitTime = connection.delay * 1000.0 + NewRoutingTime;
+    const double exitTime = connection.delay * MS_PER_SECOND + NewRoutingTime;
     const bool leavesInTime = TotalDuration >= exitTime;
     const DateTime exitDate = leavesInTime ? project_getDate(exitTime) : 0.0;
     const DateTime date = project_getDate(NewRoutingTime);
@@ -67,12 +68,12 @@ void connection_passLoad(Link& link, Connection& connection, const Passage& pass
         QualTotals[p].delayedMass += RoutingStep * load;
     }
     const double value = delayqueue_getValue(connection.loadQueue[p], passage.date);
-    link.newQual[p] = link.newFlow != 0.0 ? value / link.newFlow * 1000.0 : 0.0;
+    link.newQual[p] = link.newFlow != 0.0 ? value / link.newFlow * G_PER_KG : 0.0;
 }
 
 void connection_update(Link& link, Connection& connection, const Offer& offer) {
     const Passage passage = connection_passFlow(link, connection, offer.flow);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        connection_passLoad(link, connection, passage, p, offer.loadedFlow * offer.quality[p] / 1000.0);
+        connection_passLoad(link, connection, passage, p, offer.loadedFlow * offer.quality[p] / G_PER_KG);
     }
 }

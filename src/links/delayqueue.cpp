@@ -42,7 +42,8 @@ int32_t delayqueue_push(DelayQueue& queue, DateTime date, double value) {
 /// The value on the line between two entries. Its terms stand in another order than a curve's (curve_interpolate):
 /// where two values meet that are no numbers, the order decides whose sign the results show.
 static double interpolate(const DelayEntry& a, const DelayEntry& b, DateTime date) {
-    if (std::fabs(b.date - a.date) < 1.0e-20) {
+    static constexpr double SAME_DATE = 1.0e-20;  // days
+    if (std::fabs(b.date - a.date) < SAME_DATE) {
         return (a.value + b.value) * 0.5;
     }
     return a.value + (b.value - a.value) * (date - a.date) / (b.date - a.date);

@@ -21,6 +21,6 @@ struct DelayQueue {
 /// Appends an entry. 1, or 0 without memory: the value is lost then.
 int32_t delayqueue_push(DelayQueue& queue, DateTime date, double value);
 
-/// The value at a date, and 0 before the first entry and behind the last. Entries that the date has passed are dropped,
+/// The value at a date, and 0 before the first entry and after the last. Entries that the date has passed are dropped,
 /// but for the one just before it.
 double delayqueue_getValue(DelayQueue& queue, DateTime date);

@@ -1,5 +1,6 @@
 // Links of all kinds. The kinds stand in rooms of their own beside this one, and nothing here tells them apart but for
-// the pump, the one kind whose setting moves by itself.
+// the pump, the one kind whose setting moves by itself. Called by the rooms of the kinds when a line is read, and by
+// the room linkkinds in a run.
 
 #include "links/link.h"
 

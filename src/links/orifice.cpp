@@ -1,6 +1,6 @@
-// Orifices: outlets of tanks by Torricelli's law, Q = c A sqrt(2 g h). The setting is the open share of the height.
-// While the water stands below the upper edge of the opening, only the wetted part lets water through, at half its
-// depth as the head; above it the head is that over the middle of the opening.
+// Orifices: outlets of tanks by Torricelli's law (1644), Q = c A sqrt(2 g h). The setting is the open share of the
+// height. While the water stands below the upper edge of the opening, only the wetted part lets water through, at half
+// its depth as the head; above it the head is that over the middle of the opening.
 
 #include "links/orifice.h"
 
@@ -15,7 +15,7 @@ Table<Orifice> Orifices;
 
 static const char* const OrificeShapeWords[] = {"CIRCULAR", "RECTANGULAR", nullptr};
 
-// Rounded as the flows of existing projects were worked out; more digits would change every one of them.
+// So many digits and no more: every area, and so every flow, rests on them.
 static constexpr double PI = 3.14159265;
 static constexpr double TWO_PI = 6.2831853;
 static constexpr double TWO_G = 19.62;  ///< m/s2

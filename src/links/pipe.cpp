@@ -21,6 +21,7 @@
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Pipe> Pipes;
 
@@ -59,13 +60,13 @@ int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
 
 void pipe_validate(const Link& link, const Pipe& pipe) {
     if (pipe.k < RoutingStep) {
-        report_writeError(ERR_PIPE_K, link.id);
+        errors_report(ERR_PIPE_K, link.id);
     }
     if (pipe.n < 1) {
-        report_writeError(ERR_PIPE_N, link.id);
+        errors_report(ERR_PIPE_N, link.id);
     }
     if (pipe.x > 0.5) {
-        report_writeError(ERR_PIPE_X, link.id);
+        errors_report(ERR_PIPE_X, link.id);
     }
 }
 
@@ -89,7 +90,7 @@ void pipe_initState(Pipe& pipe) {
     double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + copies * reaches * pollutants);
     if (!memory) {
         pipe_endState(pipe);
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     pipe.reachCount = static_cast<int32_t>(reaches);
@@ -196,7 +197,7 @@ static bool isFinite(const double* c, double storage, int32_t pollutants) {
 static void decayReach(const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double factor = decay_getFactor(pipe.decay[p], hour, pipe.stepLength);
-        QualTotals[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / 1000.0;
+        QualTotals[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / G_PER_KG;
         qual[p] = c[p] = c[p] * factor;
     }
 }
@@ -254,7 +255,7 @@ void pipe_route(int32_t index, Pipe& pipe, double inflow, const double* concentr
 
 void pipe_moveClock(Pipe& pipe) {
     pipe.lastFireTime = pipe.nextFireTime;
-    const double next = pipe.stepLength * 1000.0 + pipe.lastFireTime;
+    const double next = pipe.stepLength * MS_PER_SECOND + pipe.lastFireTime;
     pipe.nextFireTime = next > TotalDuration ? TotalDuration : next;
 }
 
@@ -287,7 +288,7 @@ static void fire(int32_t index, Pipe& pipe) {
     const int32_t pollutants = project_pollutantCount();
     double* mean = link.newQual;  // goes through the cascade where it will stand as that of the outflow
     for (int32_t p = 0; p < pollutants; ++p) {
-        mean[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * 1000.0 : 0.0;
+        mean[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * G_PER_KG : 0.0;
     }
     pipe_route(index, pipe, pipe.sumVolume / pipe.sumCount / RoutingStep, mean);
     clearSums(pipe);
@@ -306,7 +307,7 @@ void pipe_update(int32_t index, Pipe& pipe, const Offer& offer, double fireTime)
     const double* __restrict quality = offer.quality;
     const int32_t pollutants = project_pollutantCount();
     for (int32_t p = 0; p < pollutants; ++p) {
-        sumMass[p] += volume * quality[p] / 1000.0;
+        sumMass[p] += volume * quality[p] / G_PER_KG;
     }
 }
 
@@ -325,7 +326,7 @@ double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* __r
     // The present K counts here, which a host may have changed, and it is added for the flow alone: flow and load are
     // weighted differently in the steps of a firing.
     const double period = pipe.nextFireTime - pipe.lastFireTime;
-    const double a = limitShare((time - pipe.lastFireTime + pipe.k * 1000.0) / period);
+    const double a = limitShare((time - pipe.lastFireTime + pipe.k * MS_PER_SECOND) / period);
     const double b = limitShare((time - pipe.lastFireTime) / period);
     const double oldFlow = (1.0 - b) * link.oldFlow;
     const double newFlow = b * link.newFlow;
@@ -333,7 +334,7 @@ double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* __r
     const double* __restrict newQual = link.newQual;
     const int32_t pollutants = project_pollutantCount();
     for (int32_t p = 0; p < pollutants; ++p) {
-        loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / 1000.0;
+        loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / G_PER_KG;
     }
     return (1.0 - a) * link.oldFlow + a * link.newFlow;
 }

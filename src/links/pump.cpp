@@ -51,14 +51,14 @@ int32_t pump_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
 
 void pump_validate(const Link& link, const Pump& pump, bool isAtTank) {
     if (!isAtTank) {
-        report_writeError(ERR_PUMP_NOT_AT_TANK, link.id);
+        errors_report(ERR_PUMP_NOT_AT_TANK, link.id);
     }
     if (pump.startupDepth > 0.0 && !(pump.startupDepth > pump.shutoffDepth)) {
-        report_writeError(ERR_PUMP_DEPTHS, link.id);
+        errors_report(ERR_PUMP_DEPTHS, link.id);
     }
     const int32_t type = Curves[pump.curve].curveType;
     if (type != PUMP1_CURVE && type != PUMP2_CURVE) {
-        report_writeError(ERR_PUMP_CURVE, link.id);
+        errors_report(ERR_PUMP_CURVE, link.id);
     }
 }
 

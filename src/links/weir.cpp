@@ -1,6 +1,6 @@
-// Weirs: outlets of tanks by the overfall law (Poleni): Q = c L h^1.5 over a rectangular crest, Q = c h^2.5 through a
-// triangular notch, h being the head over the crest. The setting of a weir is the share of its opening that is lowered:
-// at 1 the crest stands at `crest`, at 0 it is lifted by the whole opening.
+// Weirs: outlets of tanks by the overfall law (Poleni 1717): Q = c L h^1.5 over a rectangular crest, Q = c h^2.5
+// through a triangular notch, h being the head over the crest. The setting of a weir is the share of its opening that
+// is lowered: at 1 the crest stands at `crest`, at 0 it is lifted by the whole opening.
 
 #include "links/weir.h"
 

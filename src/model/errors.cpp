@@ -1,15 +1,13 @@
 // Failures of the engine. Every failure is told twice: as a message in the text report and as the public code that the
 // lifecycle functions return. Parsers of input lines return an index and leave the text for the message in
-// ErrorObjectName; all other code calls report_writeError. There are no warnings and no log beside the report.
+// ErrorObjectName; all other code calls errors_report. There are no warnings and no log beside the report.
 
 #include "model/errors.h"
 
-#include <cstdarg>
-#include <cstring>
+#include "model/reportfile.h"
 
 int32_t ErrorCode = 0;
 std::string ErrorObjectName;
-std::FILE* ReportFile = nullptr;
 
 struct ErrorEntry {
     int32_t publicCode;
@@ -31,7 +29,8 @@ int32_t errors_getPublicCode(int32_t index) {
     return index >= 0 && index < ERROR_COUNT ? ErrorTable[index].publicCode : 0;
 }
 
-std::string errors_formatMessage(int32_t index, const char* text) {
+/// The message with `text` in the place of its %s. `text` is data: a % in it means nothing.
+static std::string formatMessage(int32_t index, const char* text) {
     std::string message = errors_getMessage(index);
     const size_t place = message.find("%s");
     if (place != std::string::npos) {
@@ -40,31 +39,12 @@ std::string errors_formatMessage(int32_t index, const char* text) {
     return message;
 }
 
-void report_writeError(int32_t index, const char* text) {
+void errors_report(int32_t index, const char* text) {
     if (ReportFile) {
-        report_writeLine("");
-        std::fputs(errors_formatMessage(index, text).c_str(), ReportFile);
+        reportfile_writeLine("");
+        std::fputs(formatMessage(index, text).c_str(), ReportFile);
     }
     ErrorCode = index;
-}
-
-void report_print(std::FILE* stream, const char* format, ...) {
-    if (!stream) {
-        return;
-    }
-    va_list arguments;
-    va_start(arguments, format);
-    std::vfprintf(stream, format, arguments);
-    va_end(arguments);
-}
-
-void report_writeLine(const char* text) {
-    report_print(ReportFile, "\n  %s", text);
-}
-
-void console_write(const char* text) {
-    std::fputs(text, stdout);
-    std::fflush(stdout);
 }
 
 int32_t errors_setName(int32_t index, const char* text) {

@@ -15,6 +15,7 @@
 #include "model/project.h"
 #include "model/timeseries.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 static const char* const InflowKindWords[] = {"FLOW", "CONCEN", "MASS", nullptr};
 
@@ -155,7 +156,7 @@ void inflows_validateDryWeather(int32_t node) {
         if (record->pattern >= 0) {
             const Pattern& pattern = Patterns[record->pattern];
             if (pattern.type != PATTERN_HOURLY) {
-                report_writeError(ERR_DWF_PATTERN, pattern.id);
+                errors_report(ERR_DWF_PATTERN, pattern.id);
             }
         }
     }
@@ -215,7 +216,7 @@ static void applyToNode(Node& node, HostRange flows, HostRange loads, DateTime d
         }
         double load = getExternalValue(*record, date);
         if (record->kind == INFLOW_CONCEN) {
-            load = load * (seriesFlow / 1000.0);  // never of the host's flows
+            load = load * (seriesFlow / G_PER_KG);  // never of the host's flows
         }
         node.massInflow[record->pollutant] += load;
         QualTotals[record->pollutant].externalInflow += RoutingStep * load;
@@ -295,7 +296,7 @@ static void applyDryWeather(Node& node, const DwfInflow* flowRecord, int32_t hou
     FlowTotals.dryWeatherInflow += RoutingStep * flow;
     for (const DwfInflow* record = node.dwfInflow; record; record = record->next) {
         if (record->pollutant >= 0) {
-            const double load = inflows_dryWeatherValue(*record, hour) * flow / 1000.0;
+            const double load = inflows_dryWeatherValue(*record, hour) * flow / G_PER_KG;
             node.massInflow[record->pollutant] += load;
             QualTotals[record->pollutant].dryWeatherInflow += RoutingStep * load;
         }

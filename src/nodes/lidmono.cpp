@@ -62,8 +62,8 @@ int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) 
     }
     unit.area = values[0];
     unit.fullWidth = values[1];
-    unit.initialSaturation = values[2] / 100.0;
-    unit.fromImpervious = values[3] / 100.0;
+    unit.initialSaturation = values[2] / PERCENT;
+    unit.fromImpervious = values[3] / PERCENT;
     unit.drainNode = -1;
     if (tokens.count > 7) {
         unit.drainNode = names_find(NODE, tokens[7]);
@@ -111,7 +111,7 @@ void lidmono_init(int32_t node) {
     mono.evapRate = mono.infilRate = 0.0;
     lidunit_openBalance(unit);
     if (!lidunit_createArrays(unit, ResultArena)) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
 }
 
@@ -129,8 +129,8 @@ static void setLoads(const Node& node, LidUnit& unit, double rain, double dt) {
         unit.load[p] = node.massInflow[p] * unit.fromImpervious;
         if (LidMonoRainfall) {
             const double concentration = Polluts[p].rainConcentration;
-            unit.load[p] += unit.area * rain * concentration / 1000.0;
-            unit.rainLoad[p] += unit.area * rain * concentration * dt / 1000.0;
+            unit.load[p] += unit.area * rain * concentration / G_PER_KG;
+            unit.rainLoad[p] += unit.area * rain * concentration * dt / G_PER_KG;
         }
     }
 }
@@ -141,7 +141,7 @@ static void mixOutflow(Node& node, const LidUnit& unit) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double bypass = (1.0 - unit.fromImpervious) * node.massInflow[p];
         node.newQual[p] =
-            unit.thisSurfaceFlow == 0.0 ? 0.0 : (unit.thisSurfaceLoad[p] + bypass) / unit.thisSurfaceFlow * 1000.0;
+            unit.thisSurfaceFlow == 0.0 ? 0.0 : (unit.thisSurfaceLoad[p] + bypass) / unit.thisSurfaceFlow * G_PER_KG;
     }
 }
 

@@ -1,4 +1,5 @@
-// Nodes of all kinds. The kinds stand in rooms of their own beside this one, and nothing here tells them apart.
+// Nodes of all kinds. The kinds stand in rooms of their own beside this one, and nothing here tells them apart. The
+// rooms nodekinds and linkkinds call this one: water and loads are only summed here, and mixed by mass.
 
 #include "nodes/node.h"
 
@@ -6,6 +7,7 @@
 #include "model/names.h"
 #include "model/timeseries.h"
 #include "nodes/inflows.h"
+#include "text/units.h"
 
 // --- reading and start ---------------------------------------------------------------------------------------------
 
@@ -64,7 +66,7 @@ void node_shiftQuality(Node& node) {
 void node_addDelivery(Node& node, double flow, const double* quality) {
     node.newUpstreamFlow += flow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        node.massInflow[p] += quality[p] * flow / 1000.0;
+        node.massInflow[p] += quality[p] * flow / G_PER_KG;
     }
 }
 
@@ -74,6 +76,6 @@ void node_mixInflow(Node& node) {
     double* __restrict newQual = node.newQual;
     const int32_t pollutants = project_pollutantCount();
     for (int32_t p = 0; p < pollutants; ++p) {
-        newQual[p] = inflow != 0.0 ? massInflow[p] / inflow * 1000.0 : 0.0;
+        newQual[p] = inflow != 0.0 ? massInflow[p] / inflow * G_PER_KG : 0.0;
     }
 }

@@ -1,4 +1,5 @@
-// Outfalls. What reaches one leaves the system; its loads are counted for the report.
+// Outfalls. What reaches one leaves the system, and its loads are counted for the report. The room nodekinds calls this
+// one after each routing step.
 
 #include "nodes/outfall.h"
 
@@ -6,6 +7,7 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "text/units.h"
 
 Table<Outfall> Outfalls;
 
@@ -13,7 +15,7 @@ void outfall_countStep(const Node& node, Outfall& outfall) {
     const double dt = RoutingStep;
     FlowTotals.externalOutflow += dt * node.newInflow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double load = node.newInflow * node.newQual[p] / 1000.0;
+        const double load = node.newInflow * node.newQual[p] / G_PER_KG;
         QualTotals[p].externalOutflow += dt * load;
         outfall.statLoad[p] += dt * load;
     }
@@ -23,7 +25,7 @@ void outfall_openStatistics() {
     for (Outfall& outfall : Outfalls) {
         outfall.statLoad = arena_allocateArray<double>(ResultArena, project_pollutantCount());
         if (!outfall.statLoad) {
-            report_writeError(ERR_MEMORY, "");
+            errors_report(ERR_MEMORY, "");
         }
     }
 }

@@ -12,7 +12,6 @@
 #include "links/orifice.h"
 #include "links/weir.h"
 #include "model/arena.h"
-#include "model/errors.h"
 #include "model/project.h"
 #include "model/topology.h"
 

@@ -1,8 +1,8 @@
 // Treatment reactors: basins, filters and wetlands. A CSTR is one completely mixed store that passes water on once it
 // is full, loses some to air and ground, and can be emptied by a rule; a PFR lets water and load through unmixed after
 // a fixed time. Both take in what their capacity allows and send the rest to a surplus node. The reaction law of each
-// pollutant is of zero or first order (Levenspiel, Chemical Reaction Engineering), or a plain removal. The routing step
-// calls reactor_update at the reactor's turn. Surplus and emptying are no links: they are added at once to lateral
+// pollutant is of zero or first order (Levenspiel 1962), or a plain removal. The room nodekinds calls reactor_update at
+// the reactor's turn. Surplus and emptying are no links: they are added at once to lateral
 // inflow and load of their nodes, which the order of the network places behind the reactor. A node that was visited
 // before has had its turn, and loses them at its next roll.
 
@@ -19,16 +19,12 @@
 #include "model/project.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 Table<Reactor> Reactors;
 
 static const char* const ReactorTypeWords[] = {"CSTR", "PFR", nullptr};
 static const char* const CapacityTypeWords[] = {"FLOW_CAPACITY", "SURFACE_LOADING", nullptr};
-
-static constexpr double SECONDS_PER_HOUR = 3600.0;
-static constexpr double SECONDS_PER_DAY = 86400.0;
-static constexpr double MM_PER_HOUR = 3.6e6;  ///< mm/h in 1 m/s
-static constexpr double MM_PER_DAY = 8.64e7;  ///< mm/day in 1 m/s
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
@@ -110,7 +106,7 @@ static int32_t readSize(const Tokens& tokens, Reactor& values) {
     if (const int32_t error = readNumber(tokens, 7, percent)) {
         return error;
     }
-    values.initFraction = (percent > 100.0 ? 100.0 : percent) / 100.0;
+    values.initFraction = (percent > PERCENT ? PERCENT : percent) / PERCENT;
     return ERR_NONE;
 }
 
@@ -209,18 +205,18 @@ void reactor_validate(const Node& node, const Reactor& reactor) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const int32_t type = reactor.reactionType[p];
         if (reactor.type == CSTR && (type == CONST_CONCEN || type == CONST_RATIO)) {
-            report_writeError(ERR_REACTOR_TYPE, id);
+            errors_report(ERR_REACTOR_TYPE, id);
         }
         if (reactor.reactionPattern[p] >= 0) {
             const Pattern& pattern = Patterns[reactor.reactionPattern[p]];
             if (pattern.type != PATTERN_MONTHLY) {
-                report_writeError(ERR_REACTOR_PATTERN, pattern.id);
+                errors_report(ERR_REACTOR_PATTERN, pattern.id);
             }
         }
     }
     for (const int32_t target : {reactor.surpassNode, reactor.emptyingNode}) {
         if (target >= 0 && Nodes[target].kind == SWMM) {
-            report_writeError(ERR_REACTOR_TARGET_SWMM, id);
+            errors_report(ERR_REACTOR_TARGET_SWMM, id);
         }
     }
 }
@@ -241,7 +237,7 @@ void reactor_initState(Reactor& reactor) {
     reactor.loadQueue = arena_allocateArray<DelayQueue>(RunArena, count);
     if (!memory || !reactor.loadQueue) {
         reactor_endState(reactor);
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     reactor.qual = memory;
@@ -280,7 +276,7 @@ double reactor_react(const Reactor& reactor, int32_t p, double c, double seconds
 static void setInletQuality(const Node& node, Reactor& reactor) {
     // Taken before the surplus is sent: a reactor may be its own surplus node.
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        reactor.inletQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * 1000.0 : 0.0;
+        reactor.inletQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * G_PER_KG : 0.0;
     }
 }
 
@@ -313,7 +309,7 @@ static void discharge(int32_t target, double flow, const double* qual, double* s
     Node& node = Nodes[target];
     node.newLatFlow += flow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double load = flow * qual[p] / 1000.0;
+        const double load = flow * qual[p] / G_PER_KG;
         node.massInflow[p] += load;
         statLoad[p] += load * dt;
     }
@@ -325,7 +321,7 @@ static void discharge(int32_t target, double flow, const double* qual, double* s
 static double reactInflow(Reactor& reactor, int32_t p, double flow, double seconds, int32_t hour) {
     const double dt = RoutingStep;
     const double c = reactor_react(reactor, p, reactor.inletQual[p], seconds, hour);
-    reactor.statReactedLoad[p] += (reactor.inletQual[p] - c) * flow / 1000.0 * dt;
+    reactor.statReactedLoad[p] += (reactor.inletQual[p] - c) * flow / G_PER_KG * dt;
     return c;
 }
 
@@ -340,7 +336,7 @@ static void passThrough(Node& node, Reactor& reactor, double flow, int32_t hour)
         }
         const double c = reactInflow(reactor, p, flow, 0.0, hour);
         node.newQual[p] = c;
-        reactor.statOutflowLoad[p] += flow * c / 1000.0 * dt;
+        reactor.statOutflowLoad[p] += flow * c / G_PER_KG * dt;
     }
 }
 
@@ -348,7 +344,7 @@ static void passThrough(Node& node, Reactor& reactor, double flow, int32_t hour)
 /// would leave after the end of the run is counted as delayed instead.
 static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date, int32_t hour) {
     const double dt = RoutingStep;
-    const double exitTime = reactor.retentionTime * 1000.0 + NewRoutingTime;
+    const double exitTime = reactor.retentionTime * MS_PER_SECOND + NewRoutingTime;
     const bool leavesInTime = exitTime <= TotalDuration;
     const DateTime exitDate = leavesInTime ? project_getDate(exitTime) : 0.0;
     if (leavesInTime) {
@@ -359,15 +355,15 @@ static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date, i
     reactor.newOutflow = delayqueue_getValue(reactor.flowQueue, date);
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double c = flow != 0.0 ? reactInflow(reactor, p, flow, reactor.retentionTime, hour) : 0.0;
-        const double load = c * flow / 1000.0;
+        const double load = c * flow / G_PER_KG;
         if (leavesInTime) {
             delayqueue_push(reactor.loadQueue[p], exitDate, load);
         } else {
             QualTotals[p].delayedMass += dt * load;
         }
         const double value = delayqueue_getValue(reactor.loadQueue[p], date);
-        node.newQual[p] = reactor.newOutflow != 0.0 ? value * 1000.0 / reactor.newOutflow : 0.0;
-        reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / 1000.0 * dt;
+        node.newQual[p] = reactor.newOutflow != 0.0 ? value * G_PER_KG / reactor.newOutflow : 0.0;
+        reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / G_PER_KG * dt;
     }
 }
 
@@ -385,7 +381,7 @@ static void mixAndReact(Reactor& reactor, double inflowVolume, int32_t hour) {
         }
         qual = (inflowVolume * reactor.inletQual[p] + stored * qual) / (inflowVolume + stored);
         const double c = reactor_react(reactor, p, qual, dt, hour);
-        reactor.statReactedLoad[p] += (qual - c) * (inflowVolume + stored) / 1000.0;
+        reactor.statReactedLoad[p] += (qual - c) * (inflowVolume + stored) / G_PER_KG;
         qual = c;
     }
 }
@@ -399,7 +395,7 @@ static void overflow(Node& node, Reactor& reactor, double inflowVolume) {
     reactor.newOutflow = isFull ? (volume - reactor.volume) / dt : 0.0;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         node.newQual[p] = isFull ? reactor.qual[p] : 0.0;
-        reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / 1000.0 * dt;
+        reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / G_PER_KG * dt;
     }
 }
 
@@ -413,7 +409,7 @@ static double evaporate(Reactor& reactor, double evap) {
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         double& qual = reactor.qual[p];
         if (isDry) {
-            reactor.statInfilLoad[p] += qual * stored / 1000.0;
+            reactor.statInfilLoad[p] += qual * stored / G_PER_KG;
             qual = 0.0;
         } else {
             qual = stored * qual / (stored - loss);
@@ -430,7 +426,7 @@ static double infiltrate(Reactor& reactor, double infil) {
     const bool isDry = infil >= most;
     const double flow = isDry ? most : infil;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        reactor.statInfilLoad[p] += reactor.qual[p] * flow / 1000.0 * dt;
+        reactor.statInfilLoad[p] += reactor.qual[p] * flow / G_PER_KG * dt;
         if (isDry) {
             reactor.qual[p] = 0.0;
         }
@@ -501,7 +497,7 @@ void reactor_openStatistics() {
         reactor.statEvap = reactor.statInfil = 0.0;
         double* memory = arena_allocateArray<double>(ResultArena, 5 * count);
         if (!memory) {
-            report_writeError(ERR_MEMORY, "");
+            errors_report(ERR_MEMORY, "");
         }
         for (double** array : {&reactor.statSurpassLoad, &reactor.statEmptyingLoad, &reactor.statInfilLoad,
                                &reactor.statReactedLoad, &reactor.statOutflowLoad}) {

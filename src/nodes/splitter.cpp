@@ -54,10 +54,10 @@ void splitter_validate(int32_t index) {
     const Splitter& splitter = Splitters[Nodes[index].kindIndex];
     const Link& first = Links[splitter.link];
     if (first.fromNode != index) {
-        report_writeError(ERR_SPLITTER_LINK, first.id);
+        errors_report(ERR_SPLITTER_LINK, first.id);
     }
     if (topology_getOutgoing(index).count != 2) {
-        report_writeError(ERR_SPLITTER_LINK_COUNT, Nodes[index].id);
+        errors_report(ERR_SPLITTER_LINK_COUNT, Nodes[index].id);
     }
 }
 

@@ -17,6 +17,9 @@
 #include "nodes/node.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
+#include "text/units.h"
+
+#include <cstdio>
 
 Table<Tank> Tanks;
 
@@ -58,7 +61,7 @@ static const Curve* findCurve(const Tank& tank) {
 void tank_validate(const Node& node, const Tank& tank) {
     const Curve* curve = findCurve(tank);
     if (!curve || curve->curveType != TANK_CURVE) {
-        report_writeError(ERR_TANK_CURVE, node.id);
+        errors_report(ERR_TANK_CURVE, node.id);
     }
 }
 
@@ -71,7 +74,7 @@ void tank_initState(int32_t index) {
     tank.qual = arena_allocateArray<double>(RunArena, project_pollutantCount());
     if (!tank.qual || !outlets_make(tank.outlets, index)) {
         tank_endState(tank);
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
@@ -168,7 +171,7 @@ static void releaseLevel(Tank& tank, const Curve* curve, LevelList& list, int32_
         setOutflow(link, list.flows[k] * flow / sum, tank.qual);
         if (list.kind == ORIFICE) {
             // A trace on standard output: the flow of each orifice that runs, at each step.
-            report_print(stdout, "%f\n", Links[link].newFlow);
+            std::printf("%f\n", Links[link].newFlow);
         }
     }
 }
@@ -219,7 +222,7 @@ static double floodExcess(Tank& tank, double full, double volume) {
     return full;
 }
 
-/// The decayed mass is that of the water left behind the pumps and the flood, though these take away the concentration
+/// The decayed mass is that of the water left after the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
 static void decayStored(Tank& tank, Node& node, double volume) {
     const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
@@ -228,7 +231,7 @@ static void decayStored(Tank& tank, Node& node, double volume) {
         const double before = tank.qual[p];
         tank.qual[p] = before * left;
         node.newQual[p] = tank.qual[p];
-        QualTotals[p].reactedLoss += before * volume * (1.0 - left) / 1000.0;
+        QualTotals[p].reactedLoss += before * volume * (1.0 - left) / G_PER_KG;
     }
 }
 
@@ -251,8 +254,8 @@ static void mixInflow(Tank& tank, const Node& node, const Curve* curve) {
     const double volume = getVolume(curve, tank.newDepth);
     const double inflow = dt * node.newInflow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / 1000.0;
-        tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * 1000.0 : 0.0;
+        const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / G_PER_KG;
+        tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * G_PER_KG : 0.0;
     }
     tank.newDepth = getDepth(curve, volume + inflow);
 }
@@ -275,7 +278,7 @@ void tank_countStep(const Node& node, Tank& tank) {
     const double dt = RoutingStep;
     FlowTotals.floodingLoss += dt * tank.newFlood;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / 1000.0;
+        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / G_PER_KG;
     }
     statistics_keepMaximum(tank.statMaxDepth, tank.newDepth);
     tank.statFloodVolume += dt * tank.newFlood;

@@ -1,4 +1,4 @@
-// The clock of the machine.
+// The clock of the machine. Only the names of private copies are made of it, in the room guid.
 
 #include "platform/clock.h"
 

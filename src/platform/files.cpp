@@ -1,4 +1,5 @@
-// Files and their names. File names are bytes, as the host gave them.
+// Files and their names. File names are bytes, as the host gave them. What
+// systems do differently with them stands here, for the rooms that read text, write results or copy engines.
 
 #include "platform/files.h"
 

@@ -1,5 +1,6 @@
 // Shared libraries. Each file that is loaded is an image of its own with its own static data, also if another file with
 // the same bytes is loaded beside it: that is what private copies of an engine rest on.
+// Called by the rooms of coupled nodes.
 
 #include "platform/library.h"
 

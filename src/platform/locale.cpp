@@ -1,4 +1,5 @@
 // The C locale for one thread, for the time of one call into the engine. The process's locale is never touched.
+// The functions of the lifecycle set it.
 
 #include "platform/locale.h"
 

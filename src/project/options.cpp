@@ -9,6 +9,7 @@
 #include "model/project.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 enum OptionKey : int32_t {
     START_DATE,
@@ -41,7 +42,8 @@ void options_setDefaults() {
     EndDateTime = 0.0;
     TotalDuration = 0.0;
     EventMinValue = 2.0;
-    EventInterval = 120.0;  // two minutes, though the option counts in minutes: 120 there is two hours
+    EventInterval =
+        2.0 * SECONDS_PER_MINUTE;  // two minutes, though the option counts in minutes: 120 there is two hours
     StartDryDays = 0.0;
     ConduitLengthening = 0.0;
     RunoffStep = 300;
@@ -76,7 +78,7 @@ static int32_t readStep(const char* value, int32_t* step) {
     if (!datetime_parseTime(value, &days)) {
         return errors_setName(ERR_DATE_TIME, value);
     }
-    const double seconds = std::trunc(days) * 86400.0 + datetime_getSecondOfDay(days);
+    const double seconds = std::trunc(days) * SECONDS_PER_DAY + datetime_getSecondOfDay(days);
     if (!(seconds > 0.0 && seconds <= 2147483647.0)) {
         return errors_setName(ERR_NUMBER, value);
     }
@@ -106,7 +108,7 @@ static int32_t readInterval(const char* value) {
     double minutes = 0.0;
     const int32_t error = readNumber(value, &minutes);
     if (!error) {
-        EventInterval = minutes * 60.0;
+        EventInterval = minutes * SECONDS_PER_MINUTE;
     }
     return error;
 }

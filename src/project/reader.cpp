@@ -21,6 +21,7 @@
 #include "model/pattern.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "nodes/reactor.h"
@@ -31,6 +32,7 @@
 #include "routing/linkkinds.h"
 #include "routing/nodekinds.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 TextFile InputFile;
 
@@ -50,13 +52,13 @@ static void writeLineError(int32_t error, int32_t section, long lineNumber, cons
     if (!ReportFile) {
         return;
     }
-    report_writeError(error, ErrorObjectName.c_str());
+    errors_report(error, ErrorObjectName.c_str());
     if (section < 0) {
-        report_print(ReportFile, "at line %ld of input file:", lineNumber);
+        reportfile_print("at line %ld of input file:", lineNumber);
     } else {
-        report_print(ReportFile, "at line %ld of %s section:", lineNumber, Sections[section].name);
+        reportfile_print("at line %ld of %s section:", lineNumber, Sections[section].name);
     }
-    report_writeLine(line);
+    reportfile_writeLine(line);
 }
 
 // --- first pass ----------------------------------------------------------------------------------------------------
@@ -305,7 +307,7 @@ static int32_t readLines() {
         }
         const int32_t error = reader_parseLine(tokens, section, line);
         if (error && ++errorCount > MAX_ERRORS) {
-            report_writeLine("\n  Maximum error count exceeded.");
+            reportfile_writeLine("\n  Maximum error count exceeded.");
             break;
         }
         if (error) {
@@ -328,7 +330,7 @@ void reader_readData() {
     if (errorCount > 0) {
         ErrorCode = ERR_INPUT;
     } else if (!areTablesFilled()) {
-        report_writeError(ERR_LINE, "");
+        errors_report(ERR_LINE, "");
         ErrorCode = ERR_INPUT;
     }
 }
@@ -339,15 +341,15 @@ static void setDuration() {
     StartDateTime = StartDate + StartTime;
     EndDateTime = EndDate + EndTime;
     if (ReportStep < RoutingStep) {
-        report_writeError(ERR_REPORT_STEP, "");
+        errors_report(ERR_REPORT_STEP, "");
     }
     if (StartDateTime >= EndDateTime) {
-        report_writeError(ERR_START_AFTER_END, "");
+        errors_report(ERR_START_AFTER_END, "");
         return;
     }
     // The floor of the product as it is: where the difference of two dates falls just short of a whole second, that
     // second is lost.
-    TotalDuration = std::floor((EndDateTime - StartDateTime) * 86400.0) * 1000.0;
+    TotalDuration = std::floor((EndDateTime - StartDateTime) * SECONDS_PER_DAY) * MS_PER_SECOND;
 }
 
 void reader_readProject() {

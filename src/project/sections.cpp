@@ -1,4 +1,5 @@
-// Sections of the project file, made of the one list of them.
+// Sections of the project file, made of the one list of them. The reader asks for their
+// numbers.
 
 #include "project/sections.h"
 

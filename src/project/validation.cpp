@@ -15,6 +15,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "model/timeseries.h"
 #include "model/topology.h"
 #include "nodes/inflows.h"
@@ -27,7 +28,7 @@
 static void validateCurves() {
     for (const Curve& curve : Curves) {
         if (const int32_t error = curve_validate(curve)) {
-            report_writeError(error, curve.id);
+            errors_report(error, curve.id);
         }
     }
 }
@@ -42,17 +43,17 @@ static void writePlace(DateTime date) {
         default: std::snprintf(day, sizeof day, "%4d/%02d/%02d", d.year, d.month, d.day); break;
     }
     datetime_formatTime(date, time);
-    report_print(ReportFile, " at %s %s.", day, time);
+    reportfile_print(" at %s %s.", day, time);
 }
 
 static void validateSeries() {
     for (Series& series : TimeSeries) {
         const int32_t error = timeseries_validate(series);
         if (error == ERR_CURVE_SEQUENCE) {
-            report_writeError(ERR_SERIES_SEQUENCE, series.id);
+            errors_report(ERR_SERIES_SEQUENCE, series.id);
             writePlace(series.cursor.after.date);
         } else if (error) {
-            report_writeError(error, series.id);
+            errors_report(error, series.id);
         }
     }
 }
@@ -63,7 +64,7 @@ void validation_run() {
     lid_validateAll();
     lidgroup_validateAll();
     if (RunoffStep < RoutingStep) {
-        report_writeError(ERR_RUNOFF_STEP, "");
+        errors_report(ERR_RUNOFF_STEP, "");
     }
     subcatch_validateAll();
     gage_validateAll();
@@ -94,7 +95,7 @@ static void resetInflowSeries() {
     }
 }
 
-int32_t startstate_set() {
+int32_t validation_setStartState() {
     Evap.rate = 0.0;
     massbal_open();
     lidgroup_initAll();

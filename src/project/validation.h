@@ -7,4 +7,4 @@
 void validation_run();
 
 /// Puts all state variables to time zero. The current error.
-int32_t startstate_set();
+int32_t validation_setStartState();

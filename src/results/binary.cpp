@@ -12,6 +12,7 @@
 #include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "platform/console.h"
 #include "platform/files.h"
 #include "results/rows.h"
 
@@ -77,7 +78,7 @@ static bool testWrites() {
     const bool isWell = !HasFailed;
     HasFailed = false;
     if (!isWell) {
-        report_writeError(ERR_RESULTS_WRITE, "");
+        errors_report(ERR_RESULTS_WRITE, "");
     }
     return isWell;
 }

@@ -7,6 +7,7 @@
 
 #include "results/records.h"
 #include "results/rows.h"
+#include "text/units.h"
 
 namespace {
 
@@ -34,7 +35,7 @@ bool isTold(LayerShare share, const LidMono& mono, int32_t pollutant) {
 /// Concentration of a mass (kg, of one pollutant) in a volume, mg/L; 0 in no volume. Before a first start there are no
 /// masses: they count as 0.
 double getConcentration(const double* masses, int32_t pollutant, double volume) {
-    return volume > 0.0 && masses ? masses[pollutant] / volume * 1000.0 : 0.0;
+    return volume > 0.0 && masses ? masses[pollutant] / volume * G_PER_KG : 0.0;
 }
 
 // For each table: findTANK gives the result of a tank. The code is counted down over the columns, and over each block

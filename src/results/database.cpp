@@ -16,6 +16,7 @@
 #include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "platform/console.h"
 #include "platform/encoding.h"
 #include "platform/files.h"
 #include "results/rows.h"
@@ -44,9 +45,9 @@ static bool execute(const char* text, const char* messageOfSuccess = nullptr) {
     char* message = nullptr;
     const int32_t result = sqlite3_exec(DbHandle, text, nullptr, nullptr, &message);
     if (result != SQLITE_OK) {
-        report_writeError(ERR_DATABASE_SQL, message ? message : "out of memory");
+        errors_report(ERR_DATABASE_SQL, message ? message : "out of memory");
     } else if (messageOfSuccess) {
-        report_writeError(ERR_DATABASE_SQL, messageOfSuccess);
+        errors_report(ERR_DATABASE_SQL, messageOfSuccess);
     }
     sqlite3_free(message);
     if (isTransactionLost(result)) {
@@ -63,13 +64,13 @@ static void refuse(const char* part, bool hasMoreStatements) {
         return;
     }
     if (hasMoreStatements) {
-        report_writeError(ERR_DATABASE_SQL, "near \";\": syntax error");
+        errors_report(ERR_DATABASE_SQL, "near \";\": syntax error");
         return;
     }
     // A name can hold tables, or words for a value, that are made of one another, each of many of the last: only to
     // compile them would take for ever.
     if (sqltext_hasWord(part, "with") || sqltext_countWords(part, "select") > 2) {
-        report_writeError(ERR_DATABASE_SQL, "near \"'\": syntax error");
+        errors_report(ERR_DATABASE_SQL, "near \"'\": syntax error");
         return;
     }
     const std::string compiled = std::string("explain ") + part;

@@ -18,6 +18,7 @@
 #include "nodes/outfall.h"
 #include "nodes/reactor.h"
 #include "nodes/tank.h"
+#include "text/units.h"
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
@@ -48,7 +49,7 @@ static void takeInitialStorage() {
         const double volume = tank_getVolume(tank, tank.initDepth);
         FlowTotals.initStorage += volume;
         for (int32_t p = 0; QualTotals && p < project_pollutantCount(); ++p) {
-            QualTotals[p].initStorage += volume * tank.initQual[p] / 1000.0;
+            QualTotals[p].initStorage += volume * tank.initQual[p] / G_PER_KG;
         }
     }
 }
@@ -65,12 +66,12 @@ static void openLinkStatistics() {
 
 void massbal_open() {
     arena_release(ResultArena);
-    lidmono_forgetArrays();  // made anew only behind much else that may run out of memory
+    lidmono_forgetArrays();  // made anew only after much else that may run out of memory
     FlowTotals = FlowTotalsRecord{};
     RunoffError = FlowError = QualityError = 0.0;
     QualTotals = arena_allocateArray<QualTotalsRecord>(ResultArena, project_pollutantCount());
     if (!QualTotals) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
     openSubcatchStatistics();
     openNodeStatistics();
@@ -103,10 +104,10 @@ RunoffBalance massbal_closeRunoff() {
     for (int32_t k = 0; k < Subcatches.size(); ++k) {
         const Subcatch& s = Subcatches[k];
         balance.totalArea += s.area;
-        balance.rainfall += s.area * s.rainfall / 1000.0;
-        balance.evap += s.area * s.evap / 1000.0;
-        balance.infil += s.area * s.infil / 1000.0;
-        balance.runoff += s.area * s.runoff / 1000.0;
+        balance.rainfall += s.area * s.rainfall / MM_PER_M;
+        balance.evap += s.area * s.evap / MM_PER_M;
+        balance.infil += s.area * s.infil / MM_PER_M;
+        balance.runoff += s.area * s.runoff / MM_PER_M;
         surfaceStorage += ((1.0 - s.imperviousFraction) * s.perviousDepth + s.imperviousFraction * s.imperviousDepth) *
                           (s.area - s.lidArea);
         addUnits(balance, lidStorage, k);
@@ -117,7 +118,7 @@ RunoffBalance massbal_closeRunoff() {
         in == 0.0
             ? 0.0
             : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage - surfaceStorage - lidStorage) /
-                  in * 100.0;
+                  in * PERCENT;
     RunoffError = balance.error;
     return balance;
 }
@@ -164,7 +165,7 @@ WashoffBalance massbal_closeWashoff(int pollutant) {
     const double in = balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition;
     const double out = balance.infilLoss + balance.bmpRemoval + balance.lidDrainage + balance.lidFinalStorage +
                        balance.lidRemoval + balance.surfaceWashoff + balance.remainingBuildup;
-    balance.error = (in - out) / in * 100.0;
+    balance.error = (in - out) / in * PERCENT;
     return balance;
 }
 
@@ -204,13 +205,13 @@ static void addReactors(FlowTotalsRecord& totals) {
     }
 }
 
-/// The same of one pollutant. What is missing before a start or behind a report counts as 0.
+/// The same of one pollutant. What is missing before a start or after a report counts as 0.
 static void addReactorLoads(QualTotalsRecord& totals, int32_t p) {
     for (const Reactor& reactor : Reactors) {
         totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
         totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
-        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / 1000.0;
-        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / 1000.0 : 0.0;
+        totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / G_PER_KG;
+        totals.finalStorage += reactor.qual ? reactor.storedVolume * reactor.qual[p] / G_PER_KG : 0.0;
     }
 }
 
@@ -237,7 +238,7 @@ FlowTotalsRecord massbal_closeFlow(double* error) {
     *error = in == 0.0 ? 0.0
                        : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
                           totals.evapLoss - totals.seepageLoss - totals.delayedVolume - totals.finalStorage) /
-                             in * 100.0;
+                             in * PERCENT;
     FlowError = *error;
     return totals;
 }
@@ -261,18 +262,18 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
         if (link.kind == PIPE) {
             const Pipe& pipe = Pipes[link.kindIndex];
             for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
-                totals.finalStorage += pipe.storage[i] * pipe_newSegQual(pipe, i)[p] / 1000.0;
+                totals.finalStorage += pipe.storage[i] * pipe_newSegQual(pipe, i)[p] / G_PER_KG;
             }
         }
     }
     for (const Link& link : Links) {
         if (link.kind == CONDUIT) {
-            totals.finalStorage += getConduitVolume(link) * link.newQual[p] / 1000.0;
+            totals.finalStorage += getConduitVolume(link) * link.newQual[p] / G_PER_KG;
         }
     }
     for (const Node& node : Nodes) {
         const double* quality = node.kind == TANK ? Tanks[node.kindIndex].qual : nullptr;
-        totals.finalStorage += quality ? getTankVolume(node) * quality[p] / 1000.0 : 0.0;
+        totals.finalStorage += quality ? getTankVolume(node) * quality[p] / G_PER_KG : 0.0;
     }
     addReactorLoads(totals, p);
     addMonoLoads(totals, p);
@@ -281,7 +282,7 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
     *error = in == 0.0 ? 0.0
                        : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
                           totals.reactedLoss - totals.seepageLoss - totals.finalStorage - totals.delayedMass) /
-                             in * 100.0;
+                             in * PERCENT;
     // The figure held keeps its sign, so a negative one gives way to any later error.
     const double size = *error < 0.0 ? -*error : *error;
     if (size > QualityError) {

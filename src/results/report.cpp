@@ -3,46 +3,47 @@
 
 #include "results/report.h"
 
-#include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "nodes/outfall.h"
 #include "results/massbal.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
+#include "text/units.h"
 
 void report_writeBanner() {
-    report_print(ReportFile, "\n  TARNVELDE - VERSION 2.1");
-    report_print(ReportFile, "\n  -----------------------");
-    report_print(ReportFile, "\n");
+    reportfile_print("\n  TARNVELDE - VERSION 2.1");
+    reportfile_print("\n  -----------------------");
+    reportfile_print("\n");
 }
 
 void report_writeDescription() {
     bool isWritten = false;
     for (const std::string& line : Description) {
         if (!line.empty()) {
-            report_writeLine(line.c_str());
+            reportfile_writeLine(line.c_str());
             isWritten = true;
         }
     }
     if (isWritten) {
-        report_writeLine("");
+        reportfile_writeLine("");
     }
 }
 
 // --- continuity ----------------------------------------------------------------------------------------------------
 
 static void writeRunoffRow(const char* name, double volume, double totalArea) {
-    const double depth = totalArea > 0.0 ? volume / totalArea * 1000.0 : 0.0;
-    report_print(ReportFile, "\n  %-26s %16.3f %16.3f ", name, volume, depth);
+    const double depth = totalArea > 0.0 ? volume / totalArea * MM_PER_M : 0.0;
+    reportfile_print("\n  %-26s %16.3f %16.3f ", name, volume, depth);
 }
 
 static void writeRunoffContinuity() {
     const RunoffBalance b = massbal_closeRunoff();
     static constexpr const char* HEAD = "\n  %-26s %16s %16s";
-    report_print(ReportFile, HEAD, "**************************", "Volume", "Depth");
-    report_print(ReportFile, HEAD, "Runoff Quantity Continuity", "m3", "mm");
-    report_print(ReportFile, HEAD, "**************************", "----------------", "----------------");
+    reportfile_print(HEAD, "**************************", "Volume", "Depth");
+    reportfile_print(HEAD, "Runoff Quantity Continuity", "m3", "mm");
+    reportfile_print(HEAD, "**************************", "----------------", "----------------");
     writeRunoffRow("Total Rainfall", b.rainfall, b.totalArea);
     writeRunoffRow("Init. LID Storage", b.initLidStorage, b.totalArea);
     writeRunoffRow("Evap. Loss", b.evap, b.totalArea);
@@ -50,25 +51,25 @@ static void writeRunoffContinuity() {
     writeRunoffRow("Surface Runoff", b.runoff, b.totalArea);
     writeRunoffRow("LID Drainage", b.lidDrainage, b.totalArea);
     writeRunoffRow("Final Storage", b.finalStorage, b.totalArea);
-    report_print(ReportFile, "\n  %-26s %16.3f", "Continuity Error (%)", b.error);
+    reportfile_print("\n  %-26s %16.3f", "Continuity Error (%)", b.error);
 }
 
 /// Head of a continuity table with a column for each pollutant.
 static void writePollutantHead(const char* title) {
-    report_writeLine("");
+    reportfile_writeLine("");
     tablewriter_writePollutantLines(26, "**************************", title);
-    report_writeLine("**************************");
+    reportfile_writeLine("**************************");
     for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, " ----------------");
+        reportfile_print(" ----------------");
     }
 }
 
 /// A row of a continuity table: one figure of each pollutant's balance.
 template <class Balance>
 static void writePollutantRow(const char* name, const Table<Balance>& balances, double Balance::*figure) {
-    report_print(ReportFile, "\n  %-26s", name);
+    reportfile_print("\n  %-26s", name);
     for (const Balance& balance : balances) {
-        report_print(ReportFile, " %16.3f", balance.*figure);
+        reportfile_print(" %16.3f", balance.*figure);
     }
 }
 
@@ -95,9 +96,9 @@ static void writeFlowContinuity() {
     double error;
     const FlowTotalsRecord t = massbal_closeFlow(&error);
     static constexpr const char* HEAD = "\n  %-26s %16s";
-    report_print(ReportFile, HEAD, "**************************", "Volume");
-    report_print(ReportFile, HEAD, "Flow Routing Continuity", "m3");
-    report_print(ReportFile, HEAD, "**************************", "----------------");
+    reportfile_print(HEAD, "**************************", "Volume");
+    reportfile_print(HEAD, "Flow Routing Continuity", "m3");
+    reportfile_print(HEAD, "**************************", "----------------");
     const struct {
         const char* name;
         double volume;
@@ -116,9 +117,9 @@ static void writeFlowContinuity() {
                 {"Init. Storage", t.initStorage},
                 {"Final Storage", t.finalStorage}};
     for (const auto& row : rows) {
-        report_print(ReportFile, "\n  %-26s %16.3f ", row.name, row.volume);
+        reportfile_print("\n  %-26s %16.3f ", row.name, row.volume);
     }
-    report_print(ReportFile, "\n  %-26s %16.3f", "Continuity Error (%)", error);
+    reportfile_print("\n  %-26s %16.3f", "Continuity Error (%)", error);
 }
 
 struct QualityBalance : QualTotalsRecord {

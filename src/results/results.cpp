@@ -1,8 +1,8 @@
 // Results of each report period: the buffers of the rows, the means of a period, and the sink that they go to. Called
 // by the clock of a run:
 //
-//     results_open, then for each step: results_accumulate before the report time, with means; at or behind it
-//     results_write, with results_accumulate ahead of it for a step that ends at the report time, and behind it for a
+//     results_open, then for each step: results_accumulate before the report time, with means; at or after it
+//     results_write, with results_accumulate ahead of it for a step that ends at the report time, and after it for a
 //     step that crosses it; then results_end and, with the project, results_close.
 //
 // Rows of the system and of subcatchments are those of the report time itself, also with means.
@@ -44,7 +44,7 @@ template <class T>
 static T* allocate(int64_t count) {
     T* memory = arena_allocateArray<T>(ResultArena, count);
     if (!memory) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
     }
     return memory;
 }

@@ -6,6 +6,7 @@
 
 #include "model/prefetch.h"
 #include "results/records.h"
+#include "text/units.h"
 
 // --- what the list makes -------------------------------------------------------------------------------------------
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "model/project.h"
+#include "text/units.h"
 
 /// The value at the fraction `f` (0 ... 1) of the way from the old state to the new one.
 inline double rowvalues_mix(double f, double oldValue, double newValue) {
@@ -30,6 +31,6 @@ inline void rowvalues_writeLayer(double f, const double* lastMass, const double*
     for (int32_t p = 0; p < count; ++p) {
         const double last = lastMass ? lastMass[p] : 0.0;
         const double now = thisMass ? thisMass[p] : 0.0;
-        columns[p] = volume == 0.0 ? 0.0f : static_cast<float>(rowvalues_mix(f, last, now) / volume * 1000.0);
+        columns[p] = volume == 0.0 ? 0.0f : static_cast<float>(rowvalues_mix(f, last, now) / volume * G_PER_KG);
     }
 }

@@ -9,6 +9,7 @@
 #include "nodes/inflows.h"
 #include "results/records.h"
 #include "results/rows.h"
+#include "text/units.h"
 
 namespace {
 
@@ -35,9 +36,9 @@ void fillLand(double f, float* row) {
         add(runoff, rowvalues_mix(f, s.lastRunoff, s.thisRunoff));
     }
     if (area > 0.0f) {
-        row[SYSTEM_RAINFALL] = getMean(rain, area, 3600000.0);
-        row[SYSTEM_EVAPORATION] = getMean(evap, area, 86400000.0);
-        row[SYSTEM_INFILTRATION] = getMean(infil, area, 3600000.0);
+        row[SYSTEM_RAINFALL] = getMean(rain, area, MM_PER_HOUR);
+        row[SYSTEM_EVAPORATION] = getMean(evap, area, MM_PER_DAY);
+        row[SYSTEM_INFILTRATION] = getMean(infil, area, MM_PER_HOUR);
         row[SYSTEM_RUNOFF] = runoff;
     }
 }

@@ -1,10 +1,10 @@
-// Summary tables of nodes and links.
+// Summary tables of nodes and links, from what each visit of the run has counted. Called by the report.
 
 #include "results/tables.h"
 
-#include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "nodes/outfall.h"
 #include "nodes/splitter.h"
 #include "results/tablewriter.h"
@@ -15,15 +15,15 @@ void tables_writeNodes() {
     }
     static constexpr const char* HEAD = "\n  %-16s %-16s %16s %16s";
     tablewriter_writeTitle("Node Inflow Summary");
-    report_print(ReportFile, HEAD, "", "", "Inflow", "Max. Inflow");
-    report_print(ReportFile, HEAD, "Node", "Type", "m3", "m3/s");
+    reportfile_print(HEAD, "", "", "Inflow", "Max. Inflow");
+    reportfile_print(HEAD, "Node", "Type", "m3", "m3/s");
     tablewriter_writeDashes(4);
     for (const Node& node : Nodes) {
         if (node.kind < 0 || node.kind == SWMM || node.kind == VORN) {
             continue;  // an outside model reports for itself
         }
-        report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f", node.id, NodeKindWords[node.kind],
-                     node.statInflowVolume, node.statMaxInflow);
+        reportfile_print("\n  %-16s %-16s %16.3f %16.3f", node.id, NodeKindWords[node.kind], node.statInflowVolume,
+                         node.statMaxInflow);
     }
 }
 
@@ -46,13 +46,13 @@ void tables_writeLinks() {
     }
     static constexpr const char* HEAD = "\n  %-16s %-16s %16s %16s %16s %16s";
     tablewriter_writeTitle("Link Flow Summary");
-    report_print(ReportFile, HEAD, "", "", "Flow", "Max. Flow", "Flood", "Max. Flood");
-    report_print(ReportFile, HEAD, "Link", "Type", "m3", "m3/s", "m3", "m3/s");
+    reportfile_print(HEAD, "", "", "Flow", "Max. Flow", "Flood", "Max. Flood");
+    reportfile_print(HEAD, "Link", "Type", "m3", "m3/s", "m3", "m3/s");
     tablewriter_writeDashes(6);
     for (const Link& link : Links) {
         if (link.kind >= 0) {
-            report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f", link.id, LinkKindWords[link.kind],
-                         link.statFlowVolume, link.statMaxFlow, link.statFloodVolume, link.statMaxFlood);
+            reportfile_print("\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f", link.id, LinkKindWords[link.kind],
+                             link.statFlowVolume, link.statMaxFlow, link.statFloodVolume, link.statMaxFlood);
         }
     }
 }

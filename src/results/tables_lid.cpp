@@ -1,15 +1,16 @@
-// Summary tables of LID units on subcatchments and of LID monomer nodes.
+// Summary tables of LID units on subcatchments and of LID monomer nodes. Called by the report.
 
 #include <string>
 
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
-#include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "nodes/lidmono.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
+#include "text/units.h"
 
 static constexpr const char* WATER_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s %16s";
 static constexpr const char* QUALITY_HEAD = "\n  %-16s %-16s %16s %16s %16s %16s %16s %16s";
@@ -36,18 +37,18 @@ static void forEachMono(Write write) {
 
 /// Water balance of a unit: its depths (m) times `factor`.
 static void writeWaterRow(const char* place, const LidUnit& unit, double factor) {
-    report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place,
-                 Lids[unit.lid].name, unit.inflowDepth * factor, unit.evapDepth * factor, unit.infilDepth * factor,
-                 unit.surfaceOutDepth * factor, unit.drainDepth * factor, unit.initialDepth * factor,
-                 unit.finalDepth * factor);
+    reportfile_print("\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place, Lids[unit.lid].name,
+                     unit.inflowDepth * factor, unit.evapDepth * factor, unit.infilDepth * factor,
+                     unit.surfaceOutDepth * factor, unit.drainDepth * factor, unit.initialDepth * factor,
+                     unit.finalDepth * factor);
 }
 
 /// Balance of one pollutant in a unit, kg.
 static void writeQualityRow(const char* place, const LidUnit& unit, int32_t p) {
     const auto get = [p](const double* loads) { return loads ? loads[p] : 0.0; };
-    report_print(ReportFile, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place, Lids[unit.lid].name,
-                 get(unit.inflowLoad), get(unit.exfilLoad), get(unit.surfaceOutLoad), get(unit.drainOutLoad),
-                 get(unit.reactedLoad), get(unit.finalLoad));
+    reportfile_print("\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place, Lids[unit.lid].name,
+                     get(unit.inflowLoad), get(unit.exfilLoad), get(unit.surfaceOutLoad), get(unit.drainOutLoad),
+                     get(unit.reactedLoad), get(unit.finalLoad));
 }
 
 void tables_writeLidUnits() {
@@ -55,11 +56,11 @@ void tables_writeLidUnits() {
         return;
     }
     tablewriter_writeTitle("Subcatchment LID Performance Summary");
-    report_print(ReportFile, WATER_HEAD, "", " ", "Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
-                 "Init. Storage", "Final Storage");
-    report_print(ReportFile, WATER_HEAD, "Subcatchment", "LID Process", "mm", "mm", "mm", "mm", "mm", "mm", "mm");
+    reportfile_print(WATER_HEAD, "", " ", "Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
+                     "Init. Storage", "Final Storage");
+    reportfile_print(WATER_HEAD, "Subcatchment", "LID Process", "mm", "mm", "mm", "mm", "mm", "mm", "mm");
     tablewriter_writeDashes(9);
-    forEachUnit([](const char* name, const LidUnit& unit) { writeWaterRow(name, unit, 1000.0); });
+    forEachUnit([](const char* name, const LidUnit& unit) { writeWaterRow(name, unit, MM_PER_M); });
 }
 
 void tables_writeLidUnitQuality() {
@@ -67,12 +68,12 @@ void tables_writeLidUnitQuality() {
         return;
     }
     tablewriter_writeTitle("Subcatchment LID Water Quality Summary");
-    report_print(ReportFile, QUALITY_HEAD, "", " ", "Inflow", "Infil.", "Surface Outflow", "Drain Outflow", "Removed",
-                 "Final Storage");
-    report_print(ReportFile, QUALITY_HEAD, "Subcatchment", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
+    reportfile_print(QUALITY_HEAD, "", " ", "Inflow", "Infil.", "Surface Outflow", "Drain Outflow", "Removed",
+                     "Final Storage");
+    reportfile_print(QUALITY_HEAD, "Subcatchment", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
     tablewriter_writeDashes(8);
     for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, "\n  *%s*", Polluts[p].id);
+        reportfile_print("\n  *%s*", Polluts[p].id);
         forEachUnit([p](const char* name, const LidUnit& unit) { writeQualityRow(name, unit, p); });
     }
 }
@@ -82,9 +83,9 @@ void tables_writeLidMonos() {
         return;
     }
     tablewriter_writeTitle("LID Monomer Performance Summary");
-    report_print(ReportFile, WATER_HEAD, "", " ", "Tot. Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
-                 "Init. Storage", "Final Storage");
-    report_print(ReportFile, WATER_HEAD, "Node", "LID Process", "m3", "m3", "m3", "m3", "m3", "m3", "m3");
+    reportfile_print(WATER_HEAD, "", " ", "Tot. Inflow", "Evap.", "Infil.", "Surface Outflow", "Drain Outflow",
+                     "Init. Storage", "Final Storage");
+    reportfile_print(WATER_HEAD, "Node", "LID Process", "m3", "m3", "m3", "m3", "m3", "m3", "m3");
     tablewriter_writeDashes(9);
     forEachMono([](const char* name, const LidUnit& mono) { writeWaterRow(name, mono, mono.area); });
 }
@@ -94,12 +95,12 @@ void tables_writeLidMonoQuality() {
         return;
     }
     tablewriter_writeTitle("LID Monomer Water Quality Summary");
-    report_print(ReportFile, QUALITY_HEAD, "", " ", "Tot. Inflow", "Infil.", "Surface Outflow", "Drain Outflow",
-                 "Reacted", "Final Storage");
-    report_print(ReportFile, QUALITY_HEAD, "Node", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
+    reportfile_print(QUALITY_HEAD, "", " ", "Tot. Inflow", "Infil.", "Surface Outflow", "Drain Outflow", "Reacted",
+                     "Final Storage");
+    reportfile_print(QUALITY_HEAD, "Node", "LID Process", "kg", "kg", "kg", "kg", "kg", "kg");
     tablewriter_writeDashes(8);
     for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, "\n  *%s*", Polluts[p].id);
+        reportfile_print("\n  *%s*", Polluts[p].id);
         forEachMono([p](const char* name, const LidUnit& mono) { writeQualityRow(name, mono, p); });
     }
 }

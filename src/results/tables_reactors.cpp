@@ -1,8 +1,8 @@
-// Summary tables of reactors: what became of their water, and of each pollutant.
+// Summary tables of reactors: what became of their water, and of each pollutant. Called by the report.
 
-#include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "nodes/reactor.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"
@@ -10,14 +10,14 @@
 static void writeQuantity() {
     static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s";
     tablewriter_writeTitle("Reactor Quantity Summary");
-    report_print(ReportFile, HEAD, "", "Surpass", "Evap.", "Infil.", "Emptying", "Outflow");
-    report_print(ReportFile, HEAD, "Reactor", "m3", "m3", "m3", "m3", "m3");
+    reportfile_print(HEAD, "", "Surpass", "Evap.", "Infil.", "Emptying", "Outflow");
+    reportfile_print(HEAD, "Reactor", "m3", "m3", "m3", "m3", "m3");
     tablewriter_writeDashes(6);
     for (const Node& node : Nodes) {
         if (node.kind == REACTOR) {
             const Reactor& reactor = Reactors[node.kindIndex];
-            report_print(ReportFile, "\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f", node.id, reactor.statSurpass,
-                         reactor.statEvap, reactor.statInfil, reactor.statEmptying, reactor.statOutflow);
+            reportfile_print("\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f", node.id, reactor.statSurpass,
+                             reactor.statEvap, reactor.statInfil, reactor.statEmptying, reactor.statOutflow);
         }
     }
 }
@@ -25,7 +25,7 @@ static void writeQuantity() {
 /// One block of the quality table: a way that pollutants took, and a row for each reactor. Loads that are missing count
 /// as 0.
 static void writeBlock(const char* title, double* Reactor::*loads) {
-    report_print(ReportFile, "\n  %s", title);
+    reportfile_print("\n  %s", title);
     for (const Node& node : Nodes) {
         if (node.kind == REACTOR) {
             tablewriter_writePollutantRow(node.id, Reactors[node.kindIndex].*loads);

@@ -1,10 +1,10 @@
-// Summary tables of tanks and of conduits.
+// Summary tables of tanks and of conduits. Called by the report.
 
 #include "results/tables.h"
 
 #include "links/conduit.h"
-#include "model/errors.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "nodes/tank.h"
 #include "results/tablewriter.h"
 
@@ -16,14 +16,14 @@ void tables_writeTanks() {
         return;
     }
     tablewriter_writeTitle("Tank Depth Summary");
-    report_print(ReportFile, HEAD, "", "Max. Depth", "Max. Vol.", "Tot. Flood");
-    report_print(ReportFile, HEAD, "Tank", "m", "m3", "m3");
+    reportfile_print(HEAD, "", "Max. Depth", "Max. Vol.", "Tot. Flood");
+    reportfile_print(HEAD, "Tank", "m", "m3", "m3");
     tablewriter_writeDashes(4);
     for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (Nodes[k].kind == TANK) {
             const Tank& tank = Tanks[Nodes[k].kindIndex];
-            report_print(ReportFile, ROW, Nodes[k].id, tank.statMaxDepth, tank_getVolume(tank, tank.statMaxDepth),
-                         tank.statFloodVolume);
+            reportfile_print(ROW, Nodes[k].id, tank.statMaxDepth, tank_getVolume(tank, tank.statMaxDepth),
+                             tank.statFloodVolume);
         }
     }
 }
@@ -33,14 +33,14 @@ void tables_writeConduits() {
         return;
     }
     tablewriter_writeTitle("Conduit Flow Summary");
-    report_print(ReportFile, HEAD, "", "Max. Depth", "Max. Capacity", "Max. Velocity");
-    report_print(ReportFile, HEAD, "Conduit", "m", "", "m/s");
+    reportfile_print(HEAD, "", "Max. Depth", "Max. Capacity", "Max. Velocity");
+    reportfile_print(HEAD, "Conduit", "m", "", "m/s");
     tablewriter_writeDashes(4);
     for (const Link& link : Links) {
         if (link.kind == CONDUIT) {
             const Conduit& conduit = Conduits[link.kindIndex];
             const double capacity = conduit.fullDepth > 0.0 ? conduit.statMaxDepth / conduit.fullDepth : 0.0;
-            report_print(ReportFile, ROW, link.id, conduit.statMaxDepth, capacity, conduit.statMaxVelocity);
+            reportfile_print(ROW, link.id, conduit.statMaxDepth, capacity, conduit.statMaxVelocity);
         }
     }
 }

@@ -5,15 +5,15 @@
 
 #include <string>
 
-#include "model/errors.h"
 #include "model/pollut.h"
+#include "model/reportfile.h"
 
 void tablewriter_writeTitle(const char* title) {
     const std::string stars(std::string(title).size(), '*');
-    report_writeLine("");
-    report_writeLine(stars.c_str());
-    report_writeLine(title);
-    report_writeLine(stars.c_str());
+    reportfile_writeLine("");
+    reportfile_writeLine(stars.c_str());
+    reportfile_writeLine(title);
+    reportfile_writeLine(stars.c_str());
 }
 
 void tablewriter_writeDashes(int32_t groups) {
@@ -21,17 +21,17 @@ void tablewriter_writeDashes(int32_t groups) {
     for (int32_t k = 1; k < groups; ++k) {
         line += " ----------------";
     }
-    report_writeLine(line.c_str());
+    reportfile_writeLine(line.c_str());
 }
 
 void tablewriter_writePollutantLines(int32_t width, const char* first, const char* second) {
-    report_print(ReportFile, "\n  %-*s", width, first);
+    reportfile_print("\n  %-*s", width, first);
     for (const Pollut& pollutant : Polluts) {
-        report_print(ReportFile, " %16s", pollutant.id);
+        reportfile_print(" %16s", pollutant.id);
     }
-    report_print(ReportFile, "\n  %-*s", width, second);
+    reportfile_print("\n  %-*s", width, second);
     for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, " %16s", "kg");
+        reportfile_print(" %16s", "kg");
     }
 }
 
@@ -41,8 +41,8 @@ void tablewriter_writePollutantHead(const char* object) {
 }
 
 void tablewriter_writePollutantRow(const char* name, const double* values) {
-    report_print(ReportFile, "\n  %-16s", name);
+    reportfile_print("\n  %-16s", name);
     for (int32_t p = 0; p < Polluts.size(); ++p) {
-        report_print(ReportFile, " %16.3f", values ? values[p] : 0.0);
+        reportfile_print(" %16.3f", values ? values[p] : 0.0);
     }
 }

@@ -8,6 +8,7 @@
 #include "hydrology/subcatch.h"
 #include "model/project.h"
 #include "routing/nodekinds.h"
+#include "text/units.h"
 
 /// The runoff of one subcatchment; `f` weighs the newer step.
 static void addToNode(int32_t index, double f) {
@@ -21,7 +22,7 @@ static void addToNode(int32_t index, double f) {
     FlowTotals.wetWeatherInflow += RoutingStep * flow;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         const double load =
-            (1.0 - f) * s.lastRunoff * s.lastQuality[p] / 1000.0 + f * s.thisRunoff * s.thisQuality[p] / 1000.0;
+            (1.0 - f) * s.lastRunoff * s.lastQuality[p] / G_PER_KG + f * s.thisRunoff * s.thisQuality[p] / G_PER_KG;
         node.massInflow[p] += load;
         QualTotals[p].wetWeatherInflow += RoutingStep * load;
     }

@@ -1,4 +1,5 @@
-// The kinds of link, told apart. Called by the reader, the validation and the routing step.
+// The kinds of link, told apart. Called by the reader and the validation, by the routing step for what is done to all
+// links at once, and by the room nodekinds for what a node does with its links.
 
 #include "routing/linkkinds.h"
 
@@ -16,6 +17,7 @@
 #include "model/statistics.h"
 #include "nodes/node.h"
 #include "nodes/tank.h"
+#include "text/units.h"
 
 static Table<int32_t> EverChanging;  ///< links of all kinds but PIPE
 
@@ -54,7 +56,7 @@ void linkkinds_validate(const Link& link) {
         case WEIR:
         case ORIFICE:
             if (!isAtTank(link)) {
-                report_writeError(ERR_REGULATOR_NOT_AT_TANK, link.id);
+                errors_report(ERR_REGULATOR_NOT_AT_TANK, link.id);
             }
             break;
         default: break;
@@ -155,7 +157,7 @@ void linkkinds_update(const VisitLink& place, const Offer& offer, double fireTim
 
 /// A lagged pipe is read a step earlier; a lagged link of another kind delivers its old values.
 static double getDeliveryTime(const Link& link) {
-    return link.isLagged ? OldRoutingTime - RoutingStep * 1000.0 : OldRoutingTime;
+    return link.isLagged ? OldRoutingTime - RoutingStep * MS_PER_SECOND : OldRoutingTime;
 }
 
 void linkkinds_addDelivery(const VisitLink& place, Node& node) {
@@ -187,7 +189,7 @@ double linkkinds_deliver(int32_t index, double* loads) {
     const double flow = link.isLagged ? link.oldFlow : link.newFlow;
     const double* quality = link.isLagged ? link.oldQual : link.newQual;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        loads[p] = quality[p] * flow / 1000.0;
+        loads[p] = quality[p] * flow / G_PER_KG;
     }
     return flow;
 }
@@ -213,7 +215,7 @@ void linkkinds_feed(int32_t node, const OutsideNode& outside, const OutsideTotal
 static void countFlood(Link& link, double flood, double dt) {
     FlowTotals.floodingLoss += dt * flood;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].floodingLoss += dt * flood * link.newQual[p] / 1000.0;
+        QualTotals[p].floodingLoss += dt * flood * link.newQual[p] / G_PER_KG;
     }
     link.statFloodVolume += dt * flood;
     statistics_keepMaximum(link.statMaxFlood, flood);

@@ -6,7 +6,7 @@
 // The number of paths doubles with each splitter whose branches rejoin, so the walk itself isn't done here, only its
 // outcome is worked out.
 //
-//  - Without a circle the paths are counted node by node, behind all that flows into the node (Kahn's order).
+//  - Without a circle the paths are counted node by node, after all that flows into the node (Kahn's order).
 //  - With one, the walk stops at the path with the fewest nodes that closes; of several at the one that comes first by
 //    its head and then by the choice made at each node, for this is how paths follow each other in the queue. A path
 //    that closes is a lasso: a tail from a head to a node u, and a circle from u. In the first lasso
@@ -14,7 +14,7 @@
 //     - u is the node of the circle that a breadth-first search from the heads discovers first. With another node of
 //       the circle in its place the tail would be shorter, or as long and earlier.
 //    So the nodes of the strongly connected parts (Tarjan 1972) are asked for their lassos in the order of discovery,
-//    and each is taken out behind its turn, until all tails are too long. When the search of a part has cost as much as
+//    and each is taken out after its turn, until all tails are too long. When the search of a part has cost as much as
 //    dividing it anew, that is done: often nothing holds together any more without the nodes taken out. The search that
 //    finds a circle looks at nodes in the order of the queue as well, and the first that leads back is the right one.
 //

@@ -1,4 +1,4 @@
-// The order of the network. A step visits each node once, behind all that flows into it, so the network must be free of
+// The order of the network. A step visits each node once, after all that flows into it, so the network must be free of
 // circles but for links that deliver a step late. Water goes over links, and besides from a reactor to the nodes that
 // take its surplus and its emptying, and from a LID monomer to the node of its drain.
 
@@ -45,7 +45,7 @@ static void markHeads() {
 static int32_t findByName(const Node& node) {
     const int32_t index = names_find(NODE, node.id);
     if (index < 0) {
-        report_writeError(ERR_UNDEFINED_OBJECT, node.id);
+        errors_report(ERR_UNDEFINED_OBJECT, node.id);
     }
     return index;
 }
@@ -56,7 +56,7 @@ static void checkMissingOutlets() {
         if (rule == OUTLETS_ONE || rule == OUTLETS_SOME) {
             const int32_t index = findByName(node);
             if (index < 0 || topology_getOutgoing(index).count == 0) {
-                report_writeError(ERR_NO_OUTLET, node.id);
+                errors_report(ERR_NO_OUTLET, node.id);
             }
         }
     }
@@ -67,7 +67,7 @@ static void checkSurplusOutlets() {
         if (nodekinds_getOutletRule(node.kind) == OUTLETS_ONE) {
             const int32_t index = findByName(node);
             for (int32_t k = 1; index >= 0 && k < topology_getOutgoing(index).count; ++k) {
-                report_writeError(ERR_MULTIPLE_OUTLETS, node.id);
+                errors_report(ERR_MULTIPLE_OUTLETS, node.id);
             }
         }
     }
@@ -77,7 +77,7 @@ static void checkOutfallOutlets() {
     for (int32_t k = 0; k < Nodes.size(); ++k) {
         if (nodekinds_getOutletRule(Nodes[k].kind) == OUTLETS_NONE) {
             for (int32_t count = topology_getOutgoing(k).count; count > 0; --count) {
-                report_writeError(ERR_OUTFALL_OUTLET, Nodes[k].id);
+                errors_report(ERR_OUTFALL_OUTLET, Nodes[k].id);
             }
         }
     }
@@ -91,7 +91,7 @@ static void checkTankOutlets() {
         for (const int32_t link : topology_getOutgoing(k)) {
             const int32_t kind = Links[link].kind;
             if (kind != PUMP && kind != WEIR && kind != ORIFICE) {
-                report_writeError(ERR_TANK_LINK, Nodes[k].id);
+                errors_report(ERR_TANK_LINK, Nodes[k].id);
             }
         }
     }
@@ -106,7 +106,7 @@ void network_validate() {
     network_checkCycles();
 }
 
-/// The search, which the checks behind it survive if there is no memory for it.
+/// The search, which the checks after it survive if there is no memory for it.
 static std::optional<LoopCheck> checkLoops() {
     try {
         return loops_check();
@@ -118,15 +118,15 @@ static std::optional<LoopCheck> checkLoops() {
 void network_checkCycles() {
     const std::optional<LoopCheck> search = checkLoops();
     if (!search) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return;
     }
     const LoopCheck& check = *search;
     NetworkVisitCount = check.visits;
     if (check.loopName) {
-        report_writeError(ERR_CYCLIC_LOOP, check.loopName);
+        errors_report(ERR_CYCLIC_LOOP, check.loopName);
     } else if (check.pathCount < static_cast<int64_t>(Nodes.size())) {
-        report_writeError(ERR_UNREACHED_NODES, "");
+        errors_report(ERR_UNREACHED_NODES, "");
     }
 }
 

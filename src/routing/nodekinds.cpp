@@ -1,4 +1,5 @@
-// The kinds of node, told apart. Called by the reader, the validation and the routing step.
+// The kinds of node, told apart. Called by the reader and the validation, by the order of the network for what a node
+// discharges into without a link, and by the routing step for each visit.
 
 #include "routing/nodekinds.h"
 

@@ -41,7 +41,7 @@ void nodekinds_initState(int32_t node);
 void nodekinds_endState(int32_t node);
 
 /// Starts the engines of all nodes that have one, in the order of the nodes. False at the first that fails; those
-/// behind it are not started.
+/// after it are not started.
 [[nodiscard]] bool nodekinds_startEngines();
 
 /// Rolls the state of a node from new to old at the start of a step and empties what the step will add up.

@@ -19,6 +19,7 @@
 #include "routing/nodekinds.h"
 #include "routing/visits.h"
 #include "text/datetime.h"
+#include "text/units.h"
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
@@ -31,7 +32,7 @@ int32_t routing_open() {
     rule_openRun();
     SortedNodes = arena_allocateArray<int32_t>(RunArena, Nodes.size());
     if (!SortedNodes) {
-        report_writeError(ERR_MEMORY, "");
+        errors_report(ERR_MEMORY, "");
         return ErrorCode;
     }
     network_sortNodes();
@@ -90,7 +91,7 @@ void routing_step() {
     link_applyTargets();
 
     const double oldTime = NewRoutingTime;
-    const double newTime = oldTime + RoutingStep * 1000.0;
+    const double newTime = oldTime + RoutingStep * MS_PER_SECOND;
     const double fireTime = TotalDuration < newTime ? TotalDuration : newTime;
     linkkinds_shiftAll();
     NewRoutingTime = newTime;

@@ -7,6 +7,8 @@
 // Length and area
 inline constexpr double MM_PER_M = 1000.0;    ///< depths of rain, storage and layers, m
 inline constexpr double M2_PER_HA = 10000.0;  ///< areas of land, m2
+inline constexpr double HA_PER_M2 = 0.0001;   ///< the same the other way, the one inverse here: areas that are read are
+                                              ///< divided by it, which gives other bits than a product with 10000
 
 // Time
 inline constexpr double SECONDS_PER_MINUTE = 60.0;  ///< the gap between rain events, s

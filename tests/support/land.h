@@ -13,6 +13,7 @@
 #include "model/errors.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "support/tempfolder.h"
 #include "tarnvelde.h"
 

@@ -10,6 +10,7 @@
 
 #include "model/arena.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "model/topology.h"
 #include "nodes/lidmono.h"
 #include "nodes/reactor.h"

@@ -8,6 +8,7 @@
 
 #include "model/errors.h"
 #include "model/project.h"
+#include "model/reportfile.h"
 #include "nodes/node.h"
 #include "nodes/reactor.h"
 #include "routing/nodekinds.h"

@@ -6,6 +6,7 @@
 #include <regex>
 #include <string>
 
+#include "model/reportfile.h"
 #include "support/tempfolder.h"
 
 struct ExpectedError {
@@ -164,31 +165,31 @@ TEST(Errors, AreEmptyOutsideTheTable) {
 }
 
 TEST(WriteError, PutsABlankLineInFrontAndTakesTheTextAsItIs) {
-    const std::string text = catchReport([] { report_writeError(ERR_PIPE_X, "a%s%n%d"); });
+    const std::string text = catchReport([] { errors_report(ERR_PIPE_X, "a%s%n%d"); });
     EXPECT_EQ(text, "\n  \n  ERROR 505: muskingum X value of Pipe a%s%n%d must be in the range of 0.0 and 0.5.");
     EXPECT_EQ(ErrorCode, ERR_PIPE_X);
     ErrorCode = 0;
 }
 
 TEST(WriteError, PrintsTheEmptyTextForNone) {
-    EXPECT_EQ(catchReport([] { report_writeError(ERR_PIPE_X, nullptr); }),
+    EXPECT_EQ(catchReport([] { errors_report(ERR_PIPE_X, nullptr); }),
               "\n  \n  ERROR 505: muskingum X value of Pipe  must be in the range of 0.0 and 0.5.");
     ErrorCode = 0;
 }
 
 TEST(WriteError, KeepsAnUnknownIndexAndWritesNoMessage) {
-    EXPECT_EQ(catchReport([] { report_writeError(93, "x"); }), "\n  ");
+    EXPECT_EQ(catchReport([] { errors_report(93, "x"); }), "\n  ");
     EXPECT_EQ(ErrorCode, 93);
-    EXPECT_EQ(catchReport([] { report_writeError(-5, "x"); }), "\n  ");
+    EXPECT_EQ(catchReport([] { errors_report(-5, "x"); }), "\n  ");
     EXPECT_EQ(ErrorCode, -5);
     ErrorCode = 0;
 }
 
 TEST(WriteError, SetsTheErrorWithoutAReport) {
     ReportFile = nullptr;
-    report_writeError(ERR_PIPE_N, "P");
+    errors_report(ERR_PIPE_N, "P");
     EXPECT_EQ(ErrorCode, ERR_PIPE_N);
-    report_writeError(ERR_PIPE_X, "P");
+    errors_report(ERR_PIPE_X, "P");
     EXPECT_EQ(ErrorCode, ERR_PIPE_X);  // the later one
     ErrorCode = 0;
 }

@@ -1,0 +1,15 @@
+#pragma once
+// The text report as a stream that every floor may write a message or a line of a table to.
+
+#include <cstdio>
+
+extern std::FILE* ReportFile;  ///< null while none is open
+
+/// Formatted write to the report, if one is open.
+#if defined(__GNUC__)
+__attribute__((format(printf, 1, 2)))
+#endif
+void reportfile_print(const char* format, ...);
+
+/// Writes a line feed, two blanks and the text to the report, if one is open.
+void reportfile_writeLine(const char* text);

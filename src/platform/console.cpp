@@ -1,0 +1,11 @@
+// The standard output of the process, on which the lifecycle shows its progress and tells the failures that no report
+// can hold.
+
+#include "platform/console.h"
+
+#include <cstdio>
+
+void console_write(const char* text) {
+    std::fputs(text, stdout);
+    std::fflush(stdout);
+}
