@@ -132,7 +132,7 @@ int32_t tarnvelde_setSplittedValue(const char* name, double value) {
     }
     Splitter& splitter = Splitters[node->kindIndex];
     splitter.hostValue = splitter.mode == SPLIT_RATIO && value > 1.0 ? 1.0 : value;
-    splitter.useHostValue = 1;
+    splitter.useHostValue = true;
     return SUCCESS;
 }
 
@@ -176,7 +176,7 @@ int32_t tarnvelde_setPumpFlow(const char* name, double flow) {
     }
     Pump& pump = Pumps[link->kindIndex];
     pump.hostFlow = flow;
-    pump.useHostFlow = 1;
+    pump.useHostFlow = true;
     return SUCCESS;
 }
 
@@ -196,7 +196,7 @@ int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
         case 1: weir.hostHeight = value; break;
         default: break;  // stores nothing, and yet switches the weir over to the host's values
     }
-    weir.useHostParams = 1;
+    weir.useHostParams = true;
     return SUCCESS;
 }
 
@@ -206,7 +206,7 @@ int32_t tarnvelde_setSetting(const char* name, double value) {
         return FAILURE;
     }
     Link& link = Links[index];
-    link.isHostSetting = 1;
+    link.isHostSetting = true;
     link.targetSetting = value;
     if (link.setting != value) {  // a zero keeps its sign
         link.setting = value;

@@ -98,7 +98,7 @@ static void abandonProject() {
     }
     results_abandon();
     closeFiles();
-    IsOpen = IsStarted = 0;
+    IsOpen = IsStarted = false;
 }
 
 static void clearState() {
@@ -106,7 +106,7 @@ static void clearState() {
     FlowTotals = FlowTotalsRecord{};
     DateFormat = 0;
     ErrorCode = ERR_NONE;
-    IsOpen = IsStarted = 0;
+    IsOpen = IsStarted = false;
     std::memset(ObjectCount, 0, sizeof ObjectCount);
     std::memset(NodeKindCount, 0, sizeof NodeKindCount);
     std::memset(LinkKindCount, 0, sizeof LinkKindCount);
@@ -155,7 +155,7 @@ static int32_t openProject(const char* input, const char* report, const char* re
     if (ErrorCode) {
         return getPublicCode();
     }
-    IsOpen = 1;
+    IsOpen = true;
     report_writeBanner();
     console_write("\n  Retrieving project data");
     reader_readProject();
@@ -186,7 +186,7 @@ static int32_t startRun(int32_t saveMode) {
     routing_resetClock();
     SaveMode = saveMode;
     ReportTime = ReportStep * MS_PER_SECOND;
-    IsStarted = 1;  // whatever happens below, so that the end lets go of it
+    IsStarted = true;  // whatever happens below, so that the end lets go of it
     results_releaseBuffers();
     validation_setStartState();
     runoff_limitStep();
@@ -297,7 +297,7 @@ static int32_t endRun() {
         results_end();
         runoff_close();
         routing_close();
-        IsStarted = 0;
+        IsStarted = false;
     }
     return getPublicCode();
 }
@@ -314,7 +314,7 @@ static int32_t closeProject() {
     closeFiles();
     results_close();
     project_clearHostLists();
-    IsOpen = IsStarted = 0;
+    IsOpen = IsStarted = false;
     return 0;
 }
 

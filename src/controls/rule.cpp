@@ -135,11 +135,11 @@ double rule_operandValue(const RuleOperand& operand) {
     }
 }
 
-int32_t rule_testPremise(const Premise& premise) {
+bool rule_testPremise(const Premise& premise) {
     const double a = rule_operandValue(premise.left);
     const double b = premise.value == NO_VALUE ? rule_operandValue(premise.right) : premise.value;
     if (a == NO_VALUE || b == NO_VALUE) {
-        return 0;
+        return false;
     }
     switch (premise.relation) {
         case RELATION_EQUAL: return a == b;
@@ -148,23 +148,23 @@ int32_t rule_testPremise(const Premise& premise) {
         case RELATION_AT_MOST: return a <= b;
         case RELATION_GREATER: return a > b;
         case RELATION_AT_LEAST: return a >= b;
-        default: return 0;
+        default: return false;
     }
 }
 
 /// The premises from left to right, without precedence. An AND behind a false result ends the rule, whatever follows.
 static bool isFulfilled(const Rule& rule) {
-    int32_t result = 1;
+    bool isTrue = true;
     for (const Premise* premise = rule.premises; premise; premise = premise->next) {
         if (premise->logic == LOGIC_OR) {
-            result = result ? result : rule_testPremise(*premise);
-        } else if (result) {
-            result = rule_testPremise(*premise);
+            isTrue = isTrue || rule_testPremise(*premise);
+        } else if (isTrue) {
+            isTrue = rule_testPremise(*premise);
         } else {
             break;
         }
     }
-    return result != 0;
+    return isTrue;
 }
 
 // --- actions -------------------------------------------------------------------------------------------------------

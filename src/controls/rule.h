@@ -119,8 +119,8 @@ void rule_openRun();
 /// Evaluates all rules on the state of the step before, and applies the actions that win. The number of changes.
 int32_t rule_evaluate();
 
-/// 1 if the premise holds.
-int32_t rule_testPremise(const Premise& premise);
+/// Whether a premise holds.
+[[nodiscard]] bool rule_testPremise(const Premise& premise);
 
 /// The present value of an operand, or NO_VALUE.
 double rule_operandValue(const RuleOperand& operand);

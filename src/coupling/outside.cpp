@@ -74,7 +74,7 @@ void outside_loadLibrary(OutsideNode& outside, const OutsideKind& kind, const st
 
 void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.isOpen) {
-        outside.isOpen = 0;
+        outside.isOpen = false;
         calls.close();
     }
     if (outside.library) {
@@ -225,7 +225,7 @@ void outside_initState(OutsideNode& outside, int32_t inflowCount) {
 }
 
 bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind, const char* id) {
-    outside.isStarted = 1;  // whatever the engine says: it is asked to end in any case
+    outside.isStarted = true;  // whatever the engine says: it is asked to end in any case
     outside.oldTime = outside.newTime = 0.0;
     if (calls.start(outside.saveResults) != 0) {
         errors_report(kind.startError, id);
@@ -241,7 +241,7 @@ void outside_moveClock(OutsideNode& outside, double elapsedDays) {
 
 void outside_end(OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.isStarted) {
-        outside.isStarted = 0;
+        outside.isStarted = false;
         calls.end();
     }
     closeRecords(outside.inflows);

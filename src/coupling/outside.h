@@ -65,8 +65,8 @@ struct OutsideNode {
     CoupledList outflows;  ///< what the model gives to the network
     double* scratch;       ///< one number per pollutant: loads, kg/s, or concentrations, mg/L; lives as long as the run
     LibraryHandle library;
-    int32_t isOpen;           ///< 1: the engine was asked to open the model, well or not, and is to close it
-    int32_t isStarted;        ///< 1: the engine was asked to start, well or not, and is to end
+    bool isOpen;              ///< the engine was asked to open the model, well or not, and is to close it
+    bool isStarted;           ///< the engine was asked to start, well or not, and is to end
     std::string libraryCopy;  ///< path of the private copy; empty while there is none
 };
 

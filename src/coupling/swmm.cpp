@@ -156,7 +156,7 @@ void swmm_validate(int32_t node) {
     if (!setPaths(getRow(node), id)) {
         return;
     }
-    swmm.outside.isOpen = 1;  // whatever the engine says: it is asked to close in any case
+    swmm.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
     if (swmm.entries.swmm_open(swmm.outside.inpFile, swmm.rptFile, swmm.outFile) != 0) {
         errors_report(ERR_SWMM_INPUT_OPEN, id);
     }

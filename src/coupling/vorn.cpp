@@ -136,7 +136,7 @@ void vorn_validate(int32_t node) {
     if (!setPath(getRow(node), id)) {
         return;
     }
-    vorn.outside.isOpen = 1;  // whatever the engine says: it is asked to close in any case
+    vorn.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
     if (vorn.entries.vorn_open(vorn.outside.inpFile) != 0) {
         errors_report(ERR_VORN_INPUT_OPEN, id);
     }

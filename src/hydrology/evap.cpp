@@ -30,7 +30,7 @@ int32_t evap_readLine(const Tokens& tokens) {
         }
     }
     Evap.kind = kind;
-    Evap.isSet = 1;
+    Evap.isSet = true;
     if (kind == EVAP_CONSTANT) {
         Evap.constant = rates[0];
     } else {

@@ -12,7 +12,7 @@ struct EvapRecord {
     int32_t kind;        ///< EvapKind
     double constant;     ///< mm/day
     double monthly[12];  ///< mm/day, January first
-    int32_t isSet;       ///< 1: a line was read
+    bool isSet;          ///< a line was read
     double rate;         ///< m/s, of the runoff step
 };
 

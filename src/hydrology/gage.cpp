@@ -67,7 +67,7 @@ int32_t gage_readLine(const Tokens& tokens, int32_t index) {
     gage.interval = interval;
     gage.series = series;
     gage.coGage = -1;
-    gage.isUsed = 0;
+    gage.isUsed = false;
     return ERR_NONE;
 }
 
@@ -104,11 +104,11 @@ static double convertRain(const Gage& gage, double value) {
     return value / gage.interval * SECONDS_PER_HOUR / MM_PER_HOUR;
 }
 
-int32_t gage_nextRain(int32_t index) {
+bool gage_nextRain(int32_t index) {
     Gage& gage = getGage(index);
     gage.nextRain = 0.0;
     if (gage.series < 0) {
-        return 0;
+        return false;
     }
     Series& series = TimeSeries[gage.series];
     SeriesEntry entry;
@@ -117,11 +117,11 @@ int32_t gage_nextRain(int32_t index) {
         const double rain = convertRain(gage, entry.value);
         if (rain != 0.0) {
             gage.nextRain = rain;
-            return 1;
+            return true;
         }
         // An entry of 0 doesn't end a dry time: for the gage it isn't there.
     }
-    return 0;
+    return false;
 }
 
 static void takeNextRain(int32_t index) {
@@ -274,11 +274,11 @@ void gage_findEvents(int32_t index) {
     addEvent(gage, first, datetime_addSeconds(date, -dry), total);
 }
 
-int32_t gage_isInEvent(int32_t index, DateTime date) {
+bool gage_isInEvent(int32_t index, DateTime date) {
     for (const RainEvent* event = getGage(index).events; event; event = event->next) {
         if (event->start <= date && date <= event->end) {
-            return 1;
+            return true;
         }
     }
-    return 0;
+    return false;
 }

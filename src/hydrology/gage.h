@@ -31,7 +31,7 @@ struct Gage {
     double nextRain;       ///< m/s, of the next period
     double reportRain;     ///< m/s, shown in results at a saving time
     int32_t coGage;        ///< an earlier gage on the same series, or -1
-    int32_t isUsed;        ///< 1: a subcatchment or a LID monomer node takes its rain from here
+    bool isUsed;           ///< a subcatchment or a LID monomer node takes its rain from here
     RainEvent* lastEvent;  ///< end of the list of events
 };
 
@@ -49,8 +49,8 @@ void gage_initRain(int32_t gage);
 /// Adds the events of the whole simulation period to the list of a gage.
 void gage_findEvents(int32_t gage);
 
-/// Moves on to the next entry with rain. 1 if there is one, 0 at the end of the series.
-int32_t gage_nextRain(int32_t gage);
+/// Moves on to the next entry with rain. False at the end of the series.
+[[nodiscard]] bool gage_nextRain(int32_t gage);
 
 /// Brings every gage in use to a date.
 void gage_advance(DateTime date);
@@ -58,5 +58,5 @@ void gage_advance(DateTime date);
 /// Fills reportRain of every gage; called before each writing of results.
 void gage_setReportRain(DateTime date);
 
-/// 1 within a rain event of the gage, both ends included.
-int32_t gage_isInEvent(int32_t gage, DateTime date);
+/// Whether a date lies within a rain event of the gage, both ends included.
+[[nodiscard]] bool gage_isInEvent(int32_t gage, DateTime date);

@@ -88,7 +88,7 @@ static int32_t readExponential(const Tokens& tokens, WashoffRule& rule) {
     rule.coefficient = values[0];
     rule.exponent = values[1];
     rule.removal = values[2];
-    rule.usesBuildup = 1;
+    rule.usesBuildup = true;
     return ERR_NONE;
 }
 
@@ -97,15 +97,15 @@ static int32_t readEventMean(const Tokens& tokens, WashoffRule& rule) {
     if (const int32_t error = readNumbers(tokens, 3, 1, &emc)) {
         return error;
     }
-    const int32_t usesBuildup = tokens_findKeyword(tokens[4], NoYesWords);
-    if (usesBuildup < 0) {
+    const int32_t word = tokens_findKeyword(tokens[4], NoYesWords);
+    if (word < 0) {
         return errors_setName(ERR_KEYWORD, tokens[4]);
     }
     if (const int32_t error = readNumbers(tokens, 5, 1, &removal)) {
         return error;
     }
     rule.emc = emc;
-    rule.usesBuildup = usesBuildup;
+    rule.usesBuildup = word != 0;
     rule.removal = removal;
     return ERR_NONE;
 }

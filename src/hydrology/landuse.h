@@ -26,12 +26,12 @@ enum WashoffKind : int32_t {
 };
 
 struct WashoffRule {
-    int32_t kind;         ///< WashoffKind
-    double coefficient;   ///< of exponential washoff
-    double exponent;      ///< on the runoff rate in mm/h
-    double emc;           ///< mg/L, event-mean concentration
-    double removal;       ///< share removed by treatment on the land; may exceed 1
-    int32_t usesBuildup;  ///< 1: washoff takes its mass from the buildup
+    int32_t kind;        ///< WashoffKind
+    double coefficient;  ///< of exponential washoff
+    double exponent;     ///< on the runoff rate in mm/h
+    double emc;          ///< mg/L, event-mean concentration
+    double removal;      ///< share removed by treatment on the land; may exceed 1
+    bool usesBuildup;    ///< washoff takes its mass from the buildup
 };
 
 struct Landuse {

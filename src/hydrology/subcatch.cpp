@@ -164,7 +164,7 @@ void subcatch_validateAll() {
             errors_report(ERR_INFILTRATION_RATES, subcatch.name);
         }
         if (subcatch.gage >= 0) {
-            Gages[subcatch.gage].isUsed = 1;
+            Gages[subcatch.gage].isUsed = true;
         }
     }
 }

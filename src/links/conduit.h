@@ -21,7 +21,7 @@ struct Conduit {
     double height;              ///< m, diameter or height; 0 for a transect
     double width;               ///< m, of a rectangle
     Decay* decay;               ///< one per pollutant
-    int32_t hasDecay;           ///< 1: some pollutant decays here
+    bool hasDecay;              ///< some pollutant decays here
     double* areaTable;          ///< m2 of a circle at the depths (i + 1) / 100 of fullDepth; null for other shapes
     const Transect* transect;   ///< the curve's points, prepared; null without a curve
     const double* risingTable;  ///< the area table, if its areas never fall

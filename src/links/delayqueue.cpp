@@ -31,12 +31,12 @@ static bool grow(DelayQueue& queue) {
     return true;
 }
 
-int32_t delayqueue_push(DelayQueue& queue, DateTime date, double value) {
+bool delayqueue_push(DelayQueue& queue, DateTime date, double value) {
     if (queue.end - queue.first == queue.capacity && !grow(queue)) {
-        return 0;
+        return false;
     }
     getEntry(queue, queue.end++) = {date, value};
-    return 1;
+    return true;
 }
 
 /// The value on the line between two entries. Its terms stand in another order than a curve's (curve_interpolate):

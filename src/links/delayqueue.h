@@ -18,8 +18,8 @@ struct DelayQueue {
     int64_t end;          ///< running number behind the tail
 };
 
-/// Appends an entry. 1, or 0 without memory: the value is lost then.
-int32_t delayqueue_push(DelayQueue& queue, DateTime date, double value);
+/// Appends an entry. False without memory: the value is lost then.
+bool delayqueue_push(DelayQueue& queue, DateTime date, double value);
 
 /// The value at a date, and 0 before the first entry and after the last. Entries that the date has passed are dropped,
 /// but for the one just before it.

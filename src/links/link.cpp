@@ -29,8 +29,9 @@ int32_t link_readEnds(const Tokens& tokens, LinkHead& head) {
 }
 
 int32_t link_readLag(const Tokens& tokens, int32_t place, LinkHead& head) {
-    head.isLagged = tokens_findKeyword(tokens[place], NoYesWords);
-    return head.isLagged < 0 ? errors_setName(ERR_KEYWORD, tokens[place]) : ERR_NONE;
+    const int32_t word = tokens_findKeyword(tokens[place], NoYesWords);
+    head.isLagged = word > 0;
+    return word < 0 ? errors_setName(ERR_KEYWORD, tokens[place]) : ERR_NONE;
 }
 
 int32_t link_readHead(const Tokens& tokens, int32_t needed, LinkHead& head) {
@@ -56,7 +57,7 @@ void link_setHead(int32_t index, int32_t kind, int32_t kindIndex, const LinkHead
 void link_initState(Link& link) {
     link.oldFlow = link.newFlow = 0.0;
     link.setting = 1.0;
-    link.isHostSetting = 0;
+    link.isHostSetting = false;
     for (int32_t p = 0; p < project_pollutantCount(); ++p) {
         link.oldQual[p] = link.newQual[p] = 0.0;
     }

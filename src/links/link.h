@@ -24,7 +24,7 @@ struct LinkHead {
     const char* id;
     int32_t fromNode;
     int32_t toNode;
-    int32_t isLagged;
+    bool isLagged;
 };
 
 /// Reads words 0 to 2, the link and its two nodes. An error index, or 0.

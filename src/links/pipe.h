@@ -30,7 +30,7 @@ struct alignas(64) Pipe {
     double newFlood;     ///< m3/s
     double maxFlow;      ///< m3/s, largest outflow; 0 means no limit
     int32_t reachCount;  ///< reaches that the arrays were made for; 0 between runs
-    int32_t hasDecay;    ///< 1: some pollutant decays here
+    bool hasDecay;       ///< some pollutant decays here
 };
 
 extern Table<Pipe> Pipes;

@@ -64,7 +64,7 @@ void pump_validate(const Link& link, const Pump& pump, bool isAtTank) {
 
 void pump_initState(Link& link, Pump& pump) {
     link.setting = pump.initSetting;
-    pump.useHostFlow = 0;
+    pump.useHostFlow = false;
     pump.hostFlow = 0.0;
 }
 

@@ -10,7 +10,7 @@ struct Pump {
     double initSetting;   ///< 0 or 1
     double startupDepth;  ///< m; 0 means no automatic start
     double shutoffDepth;  ///< m; 0 means no automatic stop
-    int32_t useHostFlow;  ///< 1: hostFlow counts, and neither curve nor setting
+    bool useHostFlow;     ///< hostFlow counts, and neither curve nor setting
     double hostFlow;      ///< m3/s
 };
 

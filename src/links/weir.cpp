@@ -39,7 +39,7 @@ int32_t weir_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
 }
 
 void weir_initState(Weir& weir) {
-    weir.useHostParams = 0;
+    weir.useHostParams = false;
     weir.hostHeight = weir.opening;
     weir.hostCoefficient = weir.coefficient;
 }

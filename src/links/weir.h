@@ -9,7 +9,7 @@ enum WeirShape : int32_t { RECTANGULAR_WEIR, TRIANGULAR_WEIR };
 
 struct Weir {
     int32_t shape;           ///< WeirShape
-    int32_t useHostParams;   ///< 1: hostCoefficient and hostHeight count
+    bool useHostParams;      ///< hostCoefficient and hostHeight count
     double coefficient;      ///< m^0.5/s, discharge coefficient
     double length;           ///< m, of the crest; without effect on a triangular weir
     double crest;            ///< m above the bottom of the tank

@@ -36,12 +36,13 @@ double StartDate, StartTime, EndDate, EndTime;
 double StartDateTime, EndDateTime;
 int32_t RunoffStep, RoutingStep, ReportStep;
 double StartDryDays;
-int32_t ReportAverage;
-int32_t LidMonoRainfall;
+bool ReportAverage;
+bool LidMonoRainfall;
 double EventInterval, EventMinValue;
 double ConduitLengthening;
 
-int32_t IsOpen, IsStarted, SaveMode;
+bool IsOpen, IsStarted;
+int32_t SaveMode;
 double OldRunoffTime, NewRunoffTime;
 double OldRoutingTime, NewRoutingTime;
 double ReportTime;

@@ -74,13 +74,13 @@ struct alignas(64) Node {
     const char* id;          ///< the ID as first seen; null until read
     ExtInflow* extInflow;    ///< head of the external inflows, the newest first
     DwfInflow* dwfInflow;    ///< head of the dry-weather inflows, the newest first
-    int32_t isHead;          ///< 1: nothing upstream, so the order of the nodes starts here
+    bool isHead;             ///< nothing upstream, so the order of the nodes starts here
 };
 
 /// What every link has, whatever its kind; laid out like a node. The routing step knows the row of the kind otherwise.
 struct alignas(64) Link {
     int32_t kind;           ///< LinkKind; -1 until read
-    int32_t isLagged;       ///< 1: delivers the previous step's values and may close a loop
+    bool isLagged;          ///< delivers the previous step's values and may close a loop
     double oldFlow;         ///< m3/s, newFlow of the previous step
     double newFlow;         ///< m3/s, delivered at the downstream end
     double* oldQual;        ///< mg/L, one per pollutant
@@ -93,7 +93,7 @@ struct alignas(64) Link {
     int32_t kindIndex;       ///< row in the table of the kind
     int32_t fromNode;        ///< node at the upstream end
     int32_t toNode;          ///< node at the downstream end
-    int32_t isHostSetting;   ///< 1: the host holds the setting, rules don't move it
+    bool isHostSetting;      ///< the host holds the setting, rules don't move it
     double targetSetting;    ///< 0 ... 1, the opening that rules and switches ask for
     double statFloodVolume;  ///< m3
     double statMaxFlood;     ///< m3/s
@@ -162,14 +162,15 @@ extern double StartDate, StartTime, EndDate, EndTime;  ///< days
 extern double StartDateTime, EndDateTime;              ///< days
 extern int32_t RunoffStep, RoutingStep, ReportStep;    ///< s
 extern double StartDryDays;                            ///< days
-extern int32_t ReportAverage;                          ///< 1: node and link results are means over the report step
-extern int32_t LidMonoRainfall;                        ///< 1: rain of their gages falls on LID monomer nodes
+extern bool ReportAverage;                             ///< node and link results are means over the report step
+extern bool LidMonoRainfall;                           ///< rain of their gages falls on LID monomer nodes
 extern double EventInterval;                           ///< s, gap between rain events
 extern double EventMinValue;                           ///< mm, smallest rain that makes an event
 extern double ConduitLengthening;                      ///< m, smallest length of a conduit
 
 // State and clocks of the run, milliseconds since the start.
-extern int32_t IsOpen, IsStarted, SaveMode;
+extern bool IsOpen, IsStarted;
+extern int32_t SaveMode;
 extern double OldRunoffTime, NewRunoffTime;
 extern double OldRoutingTime, NewRoutingTime;
 extern double ReportTime;

@@ -83,7 +83,7 @@ void lidmono_validate(int32_t node) {
     unit.initialSaturation = unit.initialSaturation > 1.0 ? 1.0 : unit.initialSaturation;
     unit.fromImpervious = unit.fromImpervious > 1.0 ? 1.0 : unit.fromImpervious;
     if (mono.gage >= 0) {
-        Gages[mono.gage].isUsed = 1;
+        Gages[mono.gage].isUsed = true;
     }
 }
 

@@ -92,7 +92,7 @@ bool outlets_updateKeys(LevelList& list) {
         return false;
     }
     std::swap(list.keys, list.newKeys);
-    list.isMade = 0;
+    list.isMade = false;
     return true;
 }
 
@@ -133,7 +133,7 @@ void outlets_makeLevels(LevelList& list) {
     }
     const double* keys = list.keys;
     std::sort(list.byKey, list.byKey + list.count, [keys](int32_t a, int32_t b) { return standsBefore(keys, a, b); });
-    list.isMade = 1;
+    list.isMade = true;
 }
 
 int32_t outlets_findMembers(LevelList& list, double level) {

@@ -9,7 +9,7 @@ struct LevelList {
     int32_t kind;        ///< ORIFICE or WEIR
     int32_t count;       ///< outlets
     int32_t levelCount;  ///< levels; at most one per outlet
-    int32_t isMade;      ///< 1: the levels fit the keys
+    bool isMade;         ///< the levels fit the keys
     int32_t* links;      ///< link indices
     double* keys;        ///< m above the bottom, one per outlet
     double* newKeys;     ///< m, the keys of the step in hand

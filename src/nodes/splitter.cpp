@@ -62,7 +62,7 @@ void splitter_validate(int32_t index) {
 }
 
 void splitter_initState(Splitter& splitter) {
-    splitter.useHostValue = 0;
+    splitter.useHostValue = false;
     splitter.hostValue = splitter.value;
     splitter.oldFlow = splitter.newFlow = 0.0;
 }

@@ -10,14 +10,14 @@ enum SplitterMode : int32_t { SPLIT_FLOW, SPLIT_RATIO, SPLIT_FLOW_RATIO };
 
 /// The second link is the other one that starts at the node.
 struct Splitter {
-    int32_t link;          ///< the first link, which gets the split part
-    int32_t mode;          ///< SplitterMode
-    double value;          ///< threshold, m3/s, or in mode RATIO the share of the first link, 0 ... 1
-    double ratio;          ///< mode FLOW_RATIO: share of the first link in what exceeds the threshold, at most 1
-    int32_t useHostValue;  ///< 1: hostValue counts in place of value
-    double hostValue;      ///< as value
-    double oldFlow;        ///< m3/s, to the first link
-    double newFlow;        ///< m3/s
+    int32_t link;       ///< the first link, which gets the split part
+    int32_t mode;       ///< SplitterMode
+    double value;       ///< threshold, m3/s, or in mode RATIO the share of the first link, 0 ... 1
+    double ratio;       ///< mode FLOW_RATIO: share of the first link in what exceeds the threshold, at most 1
+    bool useHostValue;  ///< hostValue counts in place of value
+    double hostValue;   ///< as value
+    double oldFlow;     ///< m3/s, to the first link
+    double newFlow;     ///< m3/s
 };
 
 extern Table<Splitter> Splitters;

@@ -13,7 +13,7 @@ struct Tank {
     double maxDepth;         ///< m, full
     double initDepth;        ///< m
     Decay* decay;            ///< one per pollutant
-    int32_t hasDecay;        ///< 1: some pollutant decays here
+    bool hasDecay;           ///< some pollutant decays here
     double* initQual;        ///< mg/L, one per pollutant
     double oldDepth;         ///< m
     double newDepth;         ///< m

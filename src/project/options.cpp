@@ -49,8 +49,8 @@ void options_setDefaults() {
     RunoffStep = 300;
     RoutingStep = 5;
     ReportStep = 300;
-    ReportAverage = 1;
-    LidMonoRainfall = 0;
+    ReportAverage = true;
+    LidMonoRainfall = false;
 }
 
 static int32_t readDate(const char* value, double* date) {
@@ -95,12 +95,12 @@ static int32_t readNumber(const char* value, double* number) {
     return ERR_NONE;
 }
 
-static int32_t readFlag(const char* value, int32_t* flag) {
+static int32_t readFlag(const char* value, bool* flag) {
     const int32_t word = tokens_findKeyword(value, NoYesWords);
     if (word < 0) {
         return errors_setName(ERR_KEYWORD, value);
     }
-    *flag = word;
+    *flag = word != 0;
     return ERR_NONE;
 }
 

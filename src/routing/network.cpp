@@ -36,7 +36,7 @@ static void markHeads() {
         const LinkList incoming = topology_getIncoming(k);
         const bool isHeld = incoming.count > 0 && !Links[incoming.first[0]].isLagged;
         if (!hasUpstream[k] && !isHeld) {
-            Nodes[k].isHead = 1;
+            Nodes[k].isHead = true;
         }
     }
 }

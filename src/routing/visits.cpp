@@ -111,10 +111,10 @@ static void divideStatistics() {
         }
     }
     for (Visit& visit : Visits) {
-        visit.isCounted = Nodes[visit.node].kind == JUNCTION && places[visit.node] >= 0 ? 1 : 0;
+        visit.isCounted = Nodes[visit.node].kind == JUNCTION && places[visit.node] >= 0;
     }
     for (VisitLink& link : Incoming) {
-        link.isCounted = link.kind >= 0 && isSettledAtVisit(Links[link.link], places) ? 1 : 0;
+        link.isCounted = link.kind >= 0 && isSettledAtVisit(Links[link.link], places);
     }
 }
 

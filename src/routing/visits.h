@@ -12,7 +12,7 @@ struct VisitLink {
     int32_t link;
     int32_t kind;
     int32_t kindIndex;
-    int32_t isCounted;  ///< 1: the visit of its lower node makes its statistics
+    bool isCounted;  ///< the visit of its lower node makes its statistics
 };
 
 /// A run of such links, in the order of the link table.
@@ -27,7 +27,7 @@ struct VisitLinkList {
 /// One visit of a step.
 struct Visit {
     int32_t node;
-    int32_t isCounted;  ///< 1: the visit makes the statistics of the node
+    bool isCounted;  ///< the visit makes the statistics of the node
     int32_t firstIncoming, incomingCount;
     int32_t firstOutgoing, outgoingCount;
 };
