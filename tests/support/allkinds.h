@@ -54,3 +54,22 @@ struct AllKinds : CoupledProject {
         model("p.sti", getPassingPlant(ALL_KINDS_STEPS));
     }
 };
+
+/// Two steps of the project with all kinds; J and SP, M and R get water and J a load too.
+struct AllKindsRun : AllKinds {
+    explicit AllKindsRun(int32_t saveMode) {
+        EXPECT_EQ(open(), 0) << project.getReport();
+        EXPECT_EQ(tarnvelde_start(saveMode), 0);
+        for (int k = 0; k < 2; ++k) {
+            for (const char* node : {"J", "SP", "R", "M"}) {
+                tarnvelde_setExtInflow(node, 0.3);
+            }
+            tarnvelde_setExtLoad("J", "", 0.004);
+            step();
+        }
+    }
+    void finish() {
+        tarnvelde_end();
+        tarnvelde_close();
+    }
+};

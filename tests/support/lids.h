@@ -28,6 +28,20 @@ struct LidProject {
     }
 };
 
+/// Opens a project with the lines; the project stays open while the object lives.
+struct OpenLids {
+    ProjectFile file;
+    int32_t code;
+
+    explicit OpenLids(const LidProject& project) : file(project.text()), code(file.open()) {}
+};
+
+inline LidProject withLids(const std::string& lids) {
+    LidProject project;
+    project.lids = lids;
+    return project;
+}
+
 /// Number of the line of a text that begins at a place.
 inline long getLineNumber(const std::string& text, size_t place) {
     return 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), '\n');
@@ -40,4 +54,28 @@ inline std::string getLineError(const std::string& text, const std::string& mess
     const std::string gap = message.back() == '.' ? "" : " ";
     return "\n  \n  " + message + gap + "at line " + std::to_string(number) + " of " + section + " section:\n  " +
            line + "\n";
+}
+
+/// A line that is refused, and the message.
+struct BadLidLine {
+    const char* line;
+    const char* message;
+};
+
+inline const char* const TOO_FEW_ITEMS = "ERROR 203: too few items";
+
+/// A definition of each type that is right.
+inline const char* const GOOD_LIDS[] = {
+    "A BC\nA SOIL 300 0.5 0.2 0.1 36 10\nA SURFACE 100 0 0.1 1 0\n",
+    "A RG\nA SOIL 300 0.5 0.2 0.1 36 10\n",
+    "A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\n",
+    "A IT\nA STORAGE 400 1 7.2\n",
+    "A PP\nA PAVEMENT 100 0.25 360\n",
+    "A RB\n",
+    "A VS\nA SURFACE 100 0 0.1 1 2\n",
+};
+
+/// What the report shows of a definition or a unit that is wrong.
+inline std::string getLidError(const std::string& message) {
+    return "\n  \n  " + message;
 }

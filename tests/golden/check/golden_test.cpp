@@ -70,8 +70,9 @@ struct WorkFolder {
     fs::path path;
     bool isKept = false;
 
-    WorkFolder() {
-        if (const char* kept = std::getenv("TARNVELDE_GOLDEN_KEEP")) {
+    explicit WorkFolder(bool mayBeKept = true) {
+        const char* kept = std::getenv("TARNVELDE_GOLDEN_KEEP");
+        if (kept && mayBeKept) {
             path = fs::absolute(kept);
             isKept = true;
             fs::create_directories(path);
@@ -204,6 +205,22 @@ int remake(const std::string& library) {
     return 0;
 }
 
+// --- the C library -------------------------------------------------------------------------------------------------
+
+/// The case that calls the functions of the C library without the engine.
+constexpr const char* MATHEMATICS = "mathematics";
+
+/// What that case leaves behind, against what is kept; run once in a process, when first asked for.
+const std::string& getMathematicsDifferences() {
+    static const std::string differences = [] {
+        const WorkFolder folder(false);
+        Hashes made;
+        const std::string failure = runCase(TARNVELDE_LIBRARY_FILE, MATHEMATICS, folder.path, made);
+        return failure + compare(readKept()[MATHEMATICS], made);
+    }();
+    return differences;
+}
+
 class Golden : public ::testing::TestWithParam<std::string> {};
 
 std::string makeTestName(const ::testing::TestParamInfo<std::string>& info) {
@@ -215,6 +232,10 @@ std::string makeTestName(const ::testing::TestParamInfo<std::string>& info) {
 }  // namespace
 
 TEST_P(Golden, isKept) {
+    if (GetParam() != MATHEMATICS && !getMathematicsDifferences().empty()) {
+        GTEST_SKIP() << "The C library calculates otherwise than the one that the hashes were made with (the case "
+                     << MATHEMATICS << " differs), so the bits of this case say nothing about the engine.";
+    }
     WorkFolder folder;
     Hashes made;
     const std::string failure = runCase(TARNVELDE_LIBRARY_FILE, GetParam(), folder.path, made);

@@ -24,7 +24,7 @@ void add(std::vector<Case>& cases, const char* what, const std::string& text) {
     cases_add(cases, std::string("broken-") + what, text, script_tryOut);
 }
 
-void addLines(std::vector<Case>& cases) {
+void addNetworkLines(std::vector<Case>& cases) {
     add(cases, "general",
         "[GENERAL]\nSTART_DATE 2024/13/40\nSTART_TIME x\nEND_DATE 2024/2/30\nROUTING_STEP 0\nROUTING_STEP "
         "-3\nRUNOFF_STEP 1e9\n"
@@ -57,6 +57,9 @@ void addLines(std::vector<Case>& cases) {
             "1\n"
             "B26 J K NO 9 1 0 CIRCULAR 1\nB27 J K NO 9 1 0.01 OVAL 1\nB28 J K NO 9 1 0.01 RECTANGULAR 1\n"
             "B29 J K NO 9 1 0.01 RECTANGULAR 1 0\nB30 J K NO 9 1 0.01 IRREGULAR X\n");
+}
+
+void addQualityLines(std::vector<Case>& cases) {
     add(cases, "quality-lines",
         GENERAL + GOOD +
             "[POLLUTANTS]\nC -1\nD\n[DECAY_COEFFICIENT]\nP LINK A FIRST 1\nX LINK A FIRST 1 \"\"\nP PIPE A FIRST 1 "
@@ -70,6 +73,9 @@ void addLines(std::vector<Case>& cases) {
             "1 \"\" 1\n"
             "J MASS A x \"\" 1\nJ MASS A 1 X 1\nJ MASS A 1 \"\" x\n[DWFS]\nJ FLOW 1\nX FLOW 1 \"\"\nJ X 1 \"\"\nJ A x "
             "\"\"\nJ A 1 X\n");
+}
+
+void addLandLines(std::vector<Case>& cases) {
     add(cases, "land-lines",
         GENERAL + GOOD +
             "[RAINGAGES]\nG1 INTENSITY 0:05\nG2 DEPTH 0:05 T\nG3 VOLUME 0 T\nG4 VOLUME 0:05 X\n[SUBCATCHS]\nL1 G J 1\n"
@@ -96,6 +102,9 @@ void addLines(std::vector<Case>& cases) {
             "R A FIRST -1 \"\"\nR A FIRST 1 X\n[REACTORS_EMPTYING]\nR O 1 1 1\nX O 1 1 1 \"\"\nR X 1 1 1 \"\"\nR O -1 "
             "1 1 \"\"\n"
             "R O 1 1 1 X\n");
+}
+
+void addRulesAndTables(std::vector<Case>& cases) {
     add(cases, "rules",
         GENERAL + GOOD +
             "[CONTROL_RULES]\nIF JUNCTION J INFLOW > 1\nRULE\nRULE A B\nRULE A\nTHEN PIPE P SETTING = 1\nIF JUNCTION "
@@ -116,13 +125,16 @@ void addLines(std::vector<Case>& cases) {
             "0:00 1\n");
 }
 
-void addChecks(std::vector<Case>& cases) {
+void addDates(std::vector<Case>& cases) {
     add(cases, "dates",
         "[GENERAL]\nSTART_DATE 2024/05/06\nEND_DATE 2024/05/05\nROUTING_STEP 0:10\nREPORT_STEP 0:05\n" + GOOD);
     add(cases, "runoff-step",
         "[GENERAL]\nEND_DATE 2020/01/02\nROUTING_STEP 0:05\nRUNOFF_STEP 0:01\nREPORT_STEP 0:05\n" + GOOD);
     add(cases, "empty", "");
     add(cases, "nothing-but-dates", GENERAL);
+}
+
+void addNetworks(std::vector<Case>& cases) {
     add(cases, "network",
         GENERAL + GOOD +
             "[JUNCTIONS]\nN1\nN2\n[SPLITTERS]\nZ1 P RATIO 0.1\nZ2 ZP RATIO 0.1\n[TANKS]\nZT DAYLIGHT 1 "
@@ -144,6 +156,9 @@ void addChecks(std::vector<Case>& cases) {
         GENERAL +
             "[REACTORS]\nR CSTR J FLOW_CAPACITY 1 1 1 1\n[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J R NO 60 1 0 0\nQ "
             "R O NO 60 1 0 0\n");
+}
+
+void addOtherChecks(std::vector<Case>& cases) {
     add(cases, "patterns",
         GENERAL + GOOD +
             "[DWFS]\nJ FLOW 0.1 MONTHS\nK A 5 MONTHS\n[REACTORS_DECAY]\nR A CONST_RATIO 0.5 DAY\nR B FIRST 1 DAY\nF A "
@@ -161,6 +176,9 @@ void addChecks(std::vector<Case>& cases) {
             "Y4 PAVEMENT 10 0 0\nY5 RG\nY5 SOIL 10 0.2 0.5 0.1 1 1\nY6 IT\nY6 STORAGE 10 0 1\nY7 VS\nY7 SURFACE 0 0 0 "
             "0 0\n"
             "[LID_GROUPS]\nLAND DITCHES 9000 0 1 60\nLAND CELL 9000 1 1 60\n");
+}
+
+void addManyErrors(std::vector<Case>& cases) {
     std::string many = GENERAL + GOOD + "[PIPES]\n";
     for (int k = 0; k < 130; ++k) {
         many += name("B", k) + " J X NO 60 1 0 0\n";
@@ -171,6 +189,9 @@ void addChecks(std::vector<Case>& cases) {
         doubled += "J\n";
     }
     add(cases, "hundred-names", doubled);
+}
+
+void addOddTexts(std::vector<Case>& cases) {
     add(cases, "order",
         GENERAL +
             "[CONTROL_RULES]\nRULE A\nIF JUNCTION J INFLOW > 0\nTHEN PUMP PU SETTING = 1\n[DECAY_COEFFICIENT]\nP LINK "
@@ -185,6 +206,13 @@ void addChecks(std::vector<Case>& cases) {
 }  // namespace
 
 void cases_addBroken(std::vector<Case>& cases) {
-    addLines(cases);
-    addChecks(cases);
+    addNetworkLines(cases);
+    addQualityLines(cases);
+    addLandLines(cases);
+    addRulesAndTables(cases);
+    addDates(cases);
+    addNetworks(cases);
+    addOtherChecks(cases);
+    addManyErrors(cases);
+    addOddTexts(cases);
 }

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/readererrors.h"
 #include "support/routingmodel.h"
 
 // --- external inflows ----------------------------------------------------------------------------------------------
@@ -162,13 +163,33 @@ TEST(DryWeather, TakesTheWordFlowInThatCaseAlone) {
     EXPECT_EQ(both.node("A").massInflow[0], 5.0 * 2.0 / 1000.0);
 }
 
-TEST(Mixing, WeighsByFlow) {
-    Model m(
-        "[JUNCTIONS]\nA\nB\nC\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nK A C NO 0\nL B C NO 0\nM C OUT NO 0\n[POLLUTANTS]\nX "
-        "0\n"
-        "[DWFS]\nA FLOW 1 \"\"\nA X 40 \"\"\nB FLOW 3 \"\"\nB X 8 \"\"\n");
-    m.step();
-    EXPECT_NEAR(m.node("C").newQual[0], (40.0 + 3.0 * 8.0) / 4.0, 1e-12);
-    EXPECT_NEAR(m.node("OUT").newQual[0], 16.0, 1e-12);
-    EXPECT_EQ(QualTotals[0].externalOutflow, DT * (m.node("OUT").newInflow * m.node("OUT").newQual[0] / 1000.0));
+// --- lines ---------------------------------------------------------------------------------------------------------
+
+TEST(InflowLines, AreRefused) {
+    expectRefused("[INFLOWS]", "A FLOW FLOW 1", "ERROR 203: too few items ");
+    expectRefused("[INFLOWS]", "X FLOW FLOW 1 \"\" 1", "ERROR 209: undefined object X ");
+    expectRefused("[INFLOWS]", "X FLOWS FLOW x NONE", "ERROR 209: undefined object X ");
+    expectRefused("[INFLOWS]", "A FLOWS FLOW 1 \"\" 1", "ERROR 205: invalid keyword FLOWS ");
+    expectRefused("[INFLOWS]", "A FLOW flow 1 \"\" 1", "ERROR 205: invalid keyword flow ");
+    expectRefused("[INFLOWS]", "A CONCEN FLOW 1 \"\" 1", "ERROR 209: undefined object FLOW ");
+    expectRefused("[INFLOWS]", "A MASS \"\" 1 \"\" 1", "ERROR 209: undefined object  ");
+    expectRefused("[INFLOWS]", "A FLOW FLOW x NONE", "ERROR 211: invalid number x ");
+    expectRefused("[INFLOWS]", "A FLOW FLOW 1 NONE", "ERROR 209: undefined object NONE ");
+    expectRefused("[INFLOWS]", "A FLOW FLOW 1 S", "ERROR 203: too few items ");
+    expectRefused("[INFLOWS]", "A FLOW FLOW 1 S x", "ERROR 211: invalid number x ");
+}
+
+TEST(DryWeatherLines, AreRefused) {
+    expectRefused("[DWFS]", "A FLOW 1", "ERROR 203: too few items ");
+    expectRefused("[DWFS]", "X FLOW 1 H", "ERROR 209: undefined object X ");
+    expectRefused("[DWFS]", "A flow 1 H", "ERROR 209: undefined object flow ");
+    expectRefused("[DWFS]", "A \"\" 1 \"\"", "ERROR 209: undefined object  ");
+    expectRefused("[DWFS]", "A FLOW x H", "ERROR 211: invalid number x ");
+    expectRefused("[DWFS]", "A FLOW 1 NONE", "ERROR 209: undefined object NONE ");
+}
+
+TEST(DryWeatherLines, NeedAnHourlyPattern) {
+    EXPECT_EQ(getErrors("[PATTERNS]\nM MONTHLY 1\n[DWFS]\nA FLOW 1 M\nA COD 1 M\n", 507),
+              "\n  \n  ERROR 507: Pattern M of dry weather inflow must be an hourly type."
+              "\n  \n  ERROR 507: Pattern M of dry weather inflow must be an hourly type.");
 }

@@ -1,4 +1,4 @@
-// Quality in pipes, what they deliver to nodes of all kinds, and values that a host sets.
+// Pipes: quality, what they deliver to nodes of all kinds, values that a host sets, lines, clock, Muskingum and limits.
 
 #include "links/pipe.h"
 
@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "support/readererrors.h"
 #include "support/routingmodel.h"
 #include "tarnvelde.h"
 
@@ -227,4 +228,184 @@ TEST(PipeAndHost, NeverFireWithoutAPeriod) {
     m.pipe("P").stepLength = 0.0;
     m.step(10);
     EXPECT_EQ(m.node("OUT").newInflow, 0.0);
+}
+
+// --- lines ---------------------------------------------------------------------------------------------------------
+
+TEST(PipeLines, AreRefused) {
+    expectRefused("[PIPES]", "P2 A OUT NO 60 2 0.2", "ERROR 203: too few items ");
+    expectRefused("[PIPES]", "P2 X OUT NO 60 2 0.2 0", "ERROR 209: undefined object X ");
+    expectRefused("[PIPES]", "P2 A Y NO 60 2 0.2 0", "ERROR 209: undefined object Y ");
+    expectRefused("[PIPES]", "P2 A OUT N 60 2 0.2 0", "ERROR 205: invalid keyword N ");
+    expectRefused("[PIPES]", "P2 A OUT NO -60 2 0.2 0", "ERROR 211: invalid number -60 ");
+    expectRefused("[PIPES]", "P2 A OUT NO 60 2x 0.2 0", "ERROR 211: invalid number 2x ");
+    expectRefused("[PIPES]", "P2 A OUT NO 60 2 x 0", "ERROR 211: invalid number x ");
+    expectRefused("[PIPES]", "P2 A OUT NO 60 2 0.2 -1", "ERROR 211: invalid number -1 ");
+}
+
+TEST(PipeLines, TruncateTheNumberOfReaches) {
+    ProjectFile project(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT yes 60 2.9 0.2 0.5\n");
+    project.open();
+    EXPECT_EQ(Pipes[0].n, 2);
+    EXPECT_EQ(Pipes[0].maxFlow, 0.5);
+    EXPECT_EQ(Links[0].isLagged, 1);
+    tarnvelde_close();
+    EXPECT_EQ(
+        openProject(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT NO 60 nan 0.2 0\n").report,
+        "\n  \n  ERROR 503: muskingum N value of Pipe P1 must be larger than zero.");
+}
+
+TEST(PipeValues, AreValidatedTogether) {
+    const std::string text = "[JUNCTIONS]\nB\n[PIPES]\nP2 B OUT NO 59 0 0.6 0\n";
+    EXPECT_EQ(getErrors(text, 505),
+              "\n  \n  ERROR181: mustkingum K value of Pipe P2 is less than routing time step."
+              "\n  \n  ERROR 503: muskingum N value of Pipe P2 must be larger than zero."
+              "\n  \n  ERROR 505: muskingum X value of Pipe P2 must be in the range of 0.0 and 0.5.");
+    EXPECT_EQ(getErrors("[JUNCTIONS]\nB\n[PIPES]\nP2 B OUT NO 60 1 0.5 0\n", 0), "");
+}
+
+// --- the clock of a pipe -------------------------------------------------------------------------------------------
+
+TEST(PipeClock, FiresFirstInTheSecondStepWithTheFirstStepsFlow) {
+    Model m(onePipe("180 1 0 0") +
+            "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 3 0:02 50 0:03 7 0:04 7\n");
+    m.step();
+    EXPECT_EQ(m.node("OUT").newInflow, 0.0);
+    EXPECT_NEAR(m.pipe("P").sumVolume, DT * 3.0, DT * 48.0 * MILLISECOND);
+    m.step();
+    EXPECT_NEAR(m.pipe("P").newInflow, 3.0, 48.0 * MILLISECOND);  // the 50 m3/s of the firing step are in no sum
+    EXPECT_EQ(m.pipe("P").sumCount, 0);
+    EXPECT_EQ(m.pipe("P").lastFireTime, 0.0);
+    EXPECT_EQ(m.pipe("P").nextFireTime, 180000.0);
+}
+
+TEST(PipeClock, FiresStrictlyBehindItsTime) {
+    Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
+    std::vector<int> firings;
+    for (int step = 1; step <= 12; ++step) {
+        const double before = m.pipe("P").nextFireTime;
+        m.step();
+        if (m.pipe("P").nextFireTime != before) {
+            firings.push_back(step);
+        }
+    }
+    // Step k ends at k minutes: firings come one step behind minutes 0 (with something summed), 3, 6 and 9.
+    EXPECT_EQ(firings, (std::vector<int>{2, 4, 7, 10}));
+}
+
+TEST(PipeClock, OfTheRoutingStepFiresEverySecondStep) {
+    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
+    int firings = 0;
+    for (int step = 1; step <= 20; ++step) {
+        m.step();
+        firings += m.pipe("P").sumCount == 0 ? 1 : 0;
+    }
+    EXPECT_EQ(firings, 10);
+}
+
+TEST(PipeClock, DoesntFireBehindTheLastPeriod) {
+    Model m(onePipe("1200 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n", 30);
+    m.step(30);
+    EXPECT_EQ(m.pipe("P").nextFireTime, TotalDuration);
+    EXPECT_GT(m.pipe("P").sumVolume, 0.0);  // what was summed stays
+}
+
+// --- Muskingum -----------------------------------------------------------------------------------------------------
+
+TEST(Muskingum, ReachesASteadyStateOfKTimesInflow) {
+    Model m(onePipe("120 3 0.2 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n", 600);
+    m.step(590);
+    EXPECT_NEAR(m.link("P").newFlow, 2.0, 1e-9);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NEAR(m.pipe("P").storage[i], 120.0 * 2.0, 1e-6);  // S = K (x I + (1 - x) O)
+    }
+}
+
+TEST(Muskingum, EmptiesAReservoirGeometrically) {
+    // With x = 0 and inflow 0, out = S / (1.5 K), so each firing leaves a third.
+    Model m(onePipe("60 1 0 0") +
+            "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 9 0:02 0 0:03 0\n");
+    m.step(2);
+    double storage = m.pipe("P").storage[0];
+    EXPECT_NEAR(storage, 9.0 * 60.0 - 60.0 * (9.0 * 30.0 / 90.0), 60.0 * 9.0 * MILLISECOND);
+    for (int k = 0; k < 8; ++k) {
+        m.step(2);
+        EXPECT_NEAR(m.pipe("P").storage[0], storage / 3.0, 1e-9);
+        EXPECT_NEAR(m.link("P").newFlow, storage / 90.0, 1e-9);
+        storage = m.pipe("P").storage[0];
+    }
+}
+
+TEST(Muskingum, LetsNothingThroughAtOnceWithXAHalf) {
+    // a = b: the outflow of a firing comes from the storage alone.
+    Model m(onePipe("60 1 0.5 0") + "[INFLOWS]\nA FLOW FLOW 5 \"\" 1\n");
+    m.step(2);
+    EXPECT_EQ(m.link("P").newFlow, 0.0);
+    EXPECT_EQ(m.pipe("P").storage[0], 300.0);
+    m.step(2);
+    EXPECT_EQ(m.link("P").newFlow, 300.0 / 60.0);
+}
+
+TEST(Muskingum, KeepsAnUnevenReach) {
+    // One firing of two reaches by hand: K = 180, x = 0.1, first period of one step with 4 m3/s.
+    Model m(onePipe("180 2 0.1 0") + "[INFLOWS]\nA FLOW FLOW 4 \"\" 1\n");
+    m.step(2);
+    const double factor = (90.0 - 18.0) / (162.0 + 90.0);
+    const double first = 4.0 * factor, second = first * factor;
+    EXPECT_DOUBLE_EQ(m.link("P").newFlow, second);
+    EXPECT_DOUBLE_EQ(m.pipe("P").storage[0], (4.0 - first) * 180.0);
+    EXPECT_DOUBLE_EQ(m.pipe("P").storage[1], (first - second) * 180.0);
+}
+
+// --- limits and settings -------------------------------------------------------------------------------------------
+
+TEST(PipeLimit, FloodsWhatMayNotPass) {
+    Model m(onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+    m.step(2);
+    EXPECT_EQ(m.link("P").newFlow, 0.5);
+    EXPECT_EQ(m.pipe("P").newFlood, 6.0 * 30.0 / 90.0 - 0.5);
+    EXPECT_EQ(FlowTotals.floodingLoss, DT * 1.5);
+    EXPECT_EQ(m.link("P").statFloodVolume, DT * 1.5);
+    EXPECT_EQ(m.link("P").statMaxFlood, 1.5);
+    m.step();
+    EXPECT_EQ(FlowTotals.floodingLoss, 2.0 * DT * 1.5);  // floods on until the next firing
+}
+
+TEST(PipeLimit, ClosedSendsAllToFlood) {
+    for (const char* limit : {"0", "0.5"}) {
+        Model m(onePipe("60 1 0 " + std::string(limit)) + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+        ASSERT_EQ(tarnvelde_setSetting("P", 0.0), 0);
+        m.step(2);
+        EXPECT_EQ(m.link("P").newFlow, 0.0) << limit;
+        EXPECT_EQ(m.pipe("P").newFlood, 2.0) << limit;
+    }
+}
+
+TEST(PipeLimit, ShrinksWithTheSetting) {
+    Model m(onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+    ASSERT_EQ(tarnvelde_setSetting("P", 0.5), 0);
+    m.step(2);
+    const double out = 6.0 * 30.0 / 90.0, cap = 0.5 * 0.5;
+    EXPECT_EQ(m.link("P").newFlow, cap);
+    EXPECT_EQ(m.pipe("P").newFlood, out - cap);
+}
+
+TEST(PipeLimit, OfZeroIsNoneAtAnySettingButZero) {
+    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+    ASSERT_EQ(tarnvelde_setSetting("P", 0.5), 0);
+    m.step(2);
+    EXPECT_EQ(m.link("P").newFlow, 6.0 * 30.0 / 90.0);
+    EXPECT_EQ(m.pipe("P").newFlood, 0.0);
+}
+
+TEST(PipeLimit, LetsANegativeOutflowPass) {
+    Model m(onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW -6 \"\" 1\n");
+    m.step(2);
+    EXPECT_EQ(m.link("P").newFlow, -2.0);
+    EXPECT_EQ(m.pipe("P").newFlood, 0.0);
+    Model closed(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW -6 \"\" 1\n");
+    ASSERT_EQ(tarnvelde_setSetting("P", 0.0), 0);
+    closed.step(2);
+    EXPECT_EQ(closed.pipe("P").newFlood, -2.0);
+    EXPECT_EQ(FlowTotals.floodingLoss, DT * -2.0);
 }

@@ -22,20 +22,6 @@ constexpr double TINY = 1e-15;
 
 // --- good lines ----------------------------------------------------------------------------------------------------
 
-/// Opens a project with the lines; the project stays open while the object lives.
-struct OpenLids {
-    ProjectFile file;
-    int32_t code;
-
-    explicit OpenLids(const LidProject& project) : file(project.text()), code(file.open()) {}
-};
-
-LidProject withLids(const std::string& lids) {
-    LidProject project;
-    project.lids = lids;
-    return project;
-}
-
 TEST(LidLine, TypesAreKnownByTheirWordsInAnyCase) {
     const OpenLids open(withLids("A BC\nB rg\nC GR\nD It\nE PP\nF RB\nH VS\n"));
     ASSERT_EQ(Lids.size(), 7);
@@ -146,53 +132,6 @@ TEST(LidLine, NotANumberIsNotNegative) {
     EXPECT_EQ(open.code, 0);
 }
 
-TEST(GroupLine, UnitsStandInTheOrderOfTheirLines) {
-    LidProject project = withLids("A RB\nB RB\n");
-    project.groups = "S A 100 2 50 25\nS B 200 3 150 0 DRAIN\nS A 100 2 50 25\n";
-    const OpenLids open(project);
-    ASSERT_EQ(open.code, 0);
-    ASSERT_EQ(LidUnits.size(), 3);
-    EXPECT_EQ(LidGroups[0].firstUnit, 0);
-    EXPECT_EQ(LidUnits[0].next, 1);
-    EXPECT_EQ(LidUnits[1].next, 2);
-    EXPECT_EQ(LidUnits[2].next, -1);
-    EXPECT_EQ(LidUnits[0].area, 100.0);
-    EXPECT_EQ(LidUnits[0].fullWidth, 2.0);
-    EXPECT_EQ(LidUnits[0].initialSaturation, 0.5);
-    EXPECT_EQ(LidUnits[0].fromImpervious, 0.25);
-    EXPECT_EQ(LidUnits[1].lid, 1);
-    EXPECT_EQ(LidUnits[1].drainNode, 1);
-    EXPECT_NE(LidUnits[0].thisDrainLoad, LidUnits[2].thisDrainLoad) << "two units of one kind share nothing";
-}
-
-TEST(GroupLine, WithoutPollutantsIsRead) {
-    LidProject project = withLids("A RB\n");
-    project.groups = "S A 100 2 50 25\n";
-    project.pollutants = "";
-    const OpenLids open(project);
-    EXPECT_EQ(open.code, 0);
-}
-
-TEST(GroupLine, LostMemoryIsTold) {
-    LidProject project = withLids("A RB\n");
-    project.groups = "S A 100 2 50 25\n";
-    const std::string text = project.text();
-    // The arrays of the unit are the last request of the reading.
-    std::string report;
-    bool isTold = false;
-    for (int64_t count = 1; count < 200 && !isTold; ++count) {
-        ProjectFile file(text);
-        arena_failAfter(count);
-        file.open();
-        arena_failAfter(0);
-        tarnvelde_close();
-        report = file.getReport();
-        isTold = report.find(getLineError(text, "ERROR 101: memory allocation error.", "[LID_GROUPS]",
-                                          "S A 100 2 50 25")) != std::string::npos;
-    }
-    EXPECT_TRUE(isTold);
-}
-
 struct DecayLayer {
     const char* word;
     Decay* Lid::*rules;
@@ -242,13 +181,6 @@ TEST(DecayLine, NegativeAndWordlyRatesPass) {
 
 // --- bad lines -----------------------------------------------------------------------------------------------------
 
-struct BadLidLine {
-    const char* line;
-    const char* message;
-};
-
-const char* const TOO_FEW = "ERROR 203: too few items";
-
 class BadDefinition : public ::testing::TestWithParam<BadLidLine> {};
 
 TEST_P(BadDefinition, IsTold) {
@@ -261,8 +193,8 @@ TEST_P(BadDefinition, IsTold) {
 INSTANTIATE_TEST_SUITE_P(
     All, BadDefinition,
     ::testing::Values(
-        BadLidLine{"B", TOO_FEW}, BadLidLine{"A MAT 1 2 3", "ERROR 205: invalid keyword MAT"},
-        BadLidLine{"A BCC", "ERROR 205: invalid keyword BCC"}, BadLidLine{"A SURFACE 1 0 1 1", TOO_FEW},
+        BadLidLine{"B", TOO_FEW_ITEMS}, BadLidLine{"A MAT 1 2 3", "ERROR 205: invalid keyword MAT"},
+        BadLidLine{"A BCC", "ERROR 205: invalid keyword BCC"}, BadLidLine{"A SURFACE 1 0 1 1", TOO_FEW_ITEMS},
         BadLidLine{"A SURFACE x 0 1 1 1", "ERROR 211: invalid number x"},
         BadLidLine{"A SURFACE -1 0 1 1 1", "ERROR 211: invalid number -1"},
         BadLidLine{"A SURFACE 0 1 1 1 1", "ERROR 211: invalid number 1"},
@@ -270,12 +202,13 @@ INSTANTIATE_TEST_SUITE_P(
         BadLidLine{"A SURFACE 9 -0.1 1 1 1", "ERROR 211: invalid number -0.1"},
         BadLidLine{"A SURFACE 9 0 -2 -3 -4", "ERROR 211: invalid number -2"},
         BadLidLine{"A SURFACE 9 0 2 -3 -4", "ERROR 211: invalid number -3"},
-        BadLidLine{"A SURFACE 9 0 2 3 -4", "ERROR 211: invalid number -4"}, BadLidLine{"A SOIL 1 2 3 4 5", TOO_FEW},
+        BadLidLine{"A SURFACE 9 0 2 3 -4", "ERROR 211: invalid number -4"},
+        BadLidLine{"A SOIL 1 2 3 4 5", TOO_FEW_ITEMS},
         BadLidLine{"A SOIL -1 2 3 4 5 6", "ERROR 211: invalid number -1"},
-        BadLidLine{"A SOIL 1 2 3 4 5 -6", "ERROR 211: invalid number -6"}, BadLidLine{"A STORAGE 1 2", TOO_FEW},
-        BadLidLine{"A STORAGE 1 2 3x", "ERROR 211: invalid number 3x"}, BadLidLine{"A PAVEMENT 1 2", TOO_FEW},
-        BadLidLine{"A PAVEMENT 1 -2 3", "ERROR 211: invalid number -2"}, BadLidLine{"A DRAINMAT 1 2", TOO_FEW},
-        BadLidLine{"A DRAINMAT 1 -2 3", "ERROR 211: invalid number -2"}, BadLidLine{"A DRAIN 1 2", TOO_FEW},
+        BadLidLine{"A SOIL 1 2 3 4 5 -6", "ERROR 211: invalid number -6"}, BadLidLine{"A STORAGE 1 2", TOO_FEW_ITEMS},
+        BadLidLine{"A STORAGE 1 2 3x", "ERROR 211: invalid number 3x"}, BadLidLine{"A PAVEMENT 1 2", TOO_FEW_ITEMS},
+        BadLidLine{"A PAVEMENT 1 -2 3", "ERROR 211: invalid number -2"}, BadLidLine{"A DRAINMAT 1 2", TOO_FEW_ITEMS},
+        BadLidLine{"A DRAINMAT 1 -2 3", "ERROR 211: invalid number -2"}, BadLidLine{"A DRAIN 1 2", TOO_FEW_ITEMS},
         BadLidLine{"A DRAIN 1 -2 3", "ERROR 211: invalid number -2"},
         BadLidLine{"A DRAIN 1 2 3 -4", "ERROR 211: invalid number -4"}));
 
@@ -284,36 +217,6 @@ TEST(BadDefinitionName, KnownToNobodyIsTold) {
     const std::string text = withLids("\"A B\" RB\n").text();
     EXPECT_EQ(openProject(text).report, getLineError(text, "ERROR 209: undefined object A B", "[LIDS]", "\"A B\" RB"));
 }
-
-class BadGroup : public ::testing::TestWithParam<BadLidLine> {};
-
-TEST_P(BadGroup, IsTold) {
-    LidProject project = withLids("A RB\n");
-    project.groups = std::string(GetParam().line) + "\n";
-    const std::string text = project.text();
-    const OpenResult result = openProject(text);
-    EXPECT_EQ(result.code, 200);
-    EXPECT_EQ(result.report, getLineError(text, GetParam().message, "[LID_GROUPS]", GetParam().line));
-}
-
-INSTANTIATE_TEST_SUITE_P(All, BadGroup,
-                         ::testing::Values(BadLidLine{"S A 1 1 1", TOO_FEW},
-                                           BadLidLine{"X A 1 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLidLine{"S X 1 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLidLine{"X Y 0 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLidLine{"S A 0 1 1 1", "ERROR 211: invalid number 0"},
-                                           BadLidLine{"S A nan 1 1 1", "ERROR 211: invalid number nan"},
-                                           BadLidLine{"S A 1 -1 1 1", "ERROR 211: invalid number -1"},
-                                           BadLidLine{"S A 1 nan 1 1", "ERROR 211: invalid number nan"},
-                                           BadLidLine{"S A 1 1 1x 1", "ERROR 211: invalid number 1x"},
-                                           BadLidLine{"S A 1 1 1 -1", "ERROR 211: invalid number -1"},
-                                           BadLidLine{"S A 1 1 1 1 X", "ERROR 209: undefined object X"},
-                                           BadLidLine{"S A 1 1 1 1 *", "ERROR 209: undefined object *"},
-                                           BadLidLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object "},
-                                           // of several faults the first counts, with the drain node last
-                                           BadLidLine{"S X 0 1 1 1", "ERROR 209: undefined object X"},
-                                           BadLidLine{"S A 0 -1 1 1", "ERROR 211: invalid number 0"},
-                                           BadLidLine{"S A 1 1 1 -1 X", "ERROR 211: invalid number -1"}));
 
 class BadDecay : public ::testing::TestWithParam<BadLidLine> {};
 
@@ -328,7 +231,7 @@ TEST_P(BadDecay, IsTold) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, BadDecay,
-    ::testing::Values(BadLidLine{"A LID P FIRST 1", TOO_FEW}, BadLidLine{"A LID P FIRST 1 FLAT", TOO_FEW},
+    ::testing::Values(BadLidLine{"A LID P FIRST 1", TOO_FEW_ITEMS}, BadLidLine{"A LID P FIRST 1 FLAT", TOO_FEW_ITEMS},
                       BadLidLine{"X LID P FIRST 1 FLAT", "ERROR 209: undefined object X"},
                       BadLidLine{"A LID X FIRST 1 FLAT SOIL", "ERROR 209: undefined object X"},
                       BadLidLine{"A LID P LAST 1 FLAT SOIL", "ERROR 205: invalid keyword LAST"},
@@ -348,26 +251,12 @@ INSTANTIATE_TEST_SUITE_P(
 // --- validation of definitions -------------------------------------------------------------------------------------
 
 /// One good definition of each type, for tests that spoil one thing.
-const char* const GOOD[] = {
-    "A BC\nA SOIL 300 0.5 0.2 0.1 36 10\nA SURFACE 100 0 0.1 1 0\n",
-    "A RG\nA SOIL 300 0.5 0.2 0.1 36 10\n",
-    "A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\n",
-    "A IT\nA STORAGE 400 1 7.2\n",
-    "A PP\nA PAVEMENT 100 0.25 360\n",
-    "A RB\n",
-    "A VS\nA SURFACE 100 0 0.1 1 2\n",
-};
-
 std::string getOpenReport(const std::string& lids) {
     return openProject(withLids(lids).text()).report;
 }
 
-std::string getError(const std::string& message) {
-    return "\n  \n  " + message;
-}
-
 TEST(Validation, GoodDefinitionsOfAllTypesPass) {
-    for (const char* lids : GOOD) {
+    for (const char* lids : GOOD_LIDS) {
         EXPECT_EQ(openProject(withLids(lids).text()).code, 0) << lids;
     }
 }
@@ -375,7 +264,7 @@ TEST(Validation, GoodDefinitionsOfAllTypesPass) {
 TEST(Validation, MissingTypeIsTold) {
     const OpenResult result = openProject(withLids("A STORAGE 0 -0 0\n").text());
     EXPECT_EQ(result.code, 700);
-    EXPECT_EQ(result.report, getError("ERROR 700: no type specified for LID A."));
+    EXPECT_EQ(result.report, getLidError("ERROR 700: no type specified for LID A."));
 }
 
 class MissingLayer : public ::testing::TestWithParam<const char*> {};
@@ -383,7 +272,7 @@ class MissingLayer : public ::testing::TestWithParam<const char*> {};
 TEST_P(MissingLayer, IsTold) {
     const OpenResult result = openProject(withLids(GetParam()).text());
     EXPECT_EQ(result.code, 701);
-    EXPECT_EQ(result.report, getError("ERROR 701: missing layer for LID A."));
+    EXPECT_EQ(result.report, getLidError("ERROR 701: missing layer for LID A."));
 }
 
 INSTANTIATE_TEST_SUITE_P(All, MissingLayer,
@@ -404,7 +293,7 @@ TEST_P(BadParameters, AreTold) {
     const OpenResult result = openProject(withLids(GetParam().lids).text());
     EXPECT_EQ(result.code, 703);
     EXPECT_EQ(result.report,
-              getError(std::string("ERROR 703: invalid parameter value for LID A - ") + GetParam().phrase + "."));
+              getLidError(std::string("ERROR 703: invalid parameter value for LID A - ") + GetParam().phrase + "."));
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -428,8 +317,8 @@ TEST(Validation, PhrasesStandOnceEachAndInOrder) {
     const std::string report =
         getOpenReport("A PP\nA PAVEMENT 100 0 0\nA SOIL 300 0 0.2 0.1 0 10\nA STORAGE 400 0 0\n");
     const std::string head = "ERROR 703: invalid parameter value for LID A - check ";
-    EXPECT_EQ(report, getError(head + "pavement layer parameters.") + getError(head + "soil layer parameters.") +
-                          getError(head + "storage layer parameters."));
+    EXPECT_EQ(report, getLidError(head + "pavement layer parameters.") + getLidError(head + "soil layer parameters.") +
+                          getLidError(head + "storage layer parameters."));
 }
 
 TEST(Validation, SoilOfNoDepthIsNotTested) {
@@ -493,7 +382,7 @@ TEST(Validation, RoofWithoutAStorageLineLetsTheDrainLieOnTheFloor) {
 }
 
 TEST(Validation, MatWithoutARuleWipesTheFirstOfTheStorage) {
-    LidProject project = withLids(GOOD[LID_GR]);
+    LidProject project = withLids(GOOD_LIDS[LID_GR]);
     project.decay = "A LID P FIRST 1 \"\" STORAGE\nA LID Q FIRST 2 \"\" STORAGE\n";
     const OpenLids open(project);
     EXPECT_EQ(Lids[0].storageDecay[0].type, -1);
@@ -501,7 +390,7 @@ TEST(Validation, MatWithoutARuleWipesTheFirstOfTheStorage) {
 }
 
 TEST(Validation, RoofWithoutPollutantsPasses) {
-    LidProject project = withLids(GOOD[LID_GR]);
+    LidProject project = withLids(GOOD_LIDS[LID_GR]);
     project.pollutants = "";
     EXPECT_EQ(openProject(project.text()).code, 0);
 }
@@ -509,69 +398,6 @@ TEST(Validation, RoofWithoutPollutantsPasses) {
 TEST(Validation, VoidOfAMatIsNotTested) {
     EXPECT_EQ(getOpenReport("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0 0.1\n"), "");
     EXPECT_EQ(getOpenReport("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 9 0.1\n"), "");
-}
-
-// --- validation of units -------------------------------------------------------------------------------------------
-
-TEST(UnitValidation, AreaIsSummedAndAFullCoverIsMadeExact) {
-    const std::vector<std::pair<std::string, double>> cases = {{"S A 400 1 0 0\nS A 600 1 0 0\n", 1000.0},
-                                                               {"S A 9990 1 0 0\n", 9990.0},
-                                                               {"S A 9991 1 0 0\n", 10000.0},
-                                                               {"S A 10009 1 0 0\n", 10000.0}};
-    for (const auto& [groups, lidArea] : cases) {
-        LidProject project = withLids("A RB\n");
-        project.groups = groups;
-        const OpenLids open(project);
-        ASSERT_EQ(open.code, 0) << groups;
-        EXPECT_EQ(Subcatches[0].lidArea, lidArea) << groups;
-    }
-}
-
-TEST(UnitValidation, UnitsWithoutANodeDrainToTheOutletAndSaturationIsLimited) {
-    LidProject project = withLids("A RB\n");
-    project.groups = "S A 1 1 150 0\nS A 1 1 0 0 DRAIN\n";
-    const OpenLids open(project);
-    EXPECT_EQ(LidUnits[0].drainNode, 0);
-    EXPECT_EQ(LidUnits[0].initialSaturation, 1.0);
-    EXPECT_EQ(LidUnits[1].drainNode, 1);
-}
-
-TEST(UnitValidation, ErrorsGoUnitByUnitThenAreaThenShare) {
-    LidProject project = withLids(GOOD[LID_VS]);
-    project.groups = "S A 9000 0 0 60\nS A 9000 0 0 60\n";
-    const OpenResult result = openProject(project.text());
-    const std::string width = getError("ERROR 703: invalid parameter value for LID A - invalid swale width.");
-    EXPECT_EQ(result.report, width + width + getError("ERROR 705: LID area exceeds total area for Subcatchment S.") +
-                                 getError("ERROR 707: LID capture area exceeds total area for Subcatchment S."));
-    EXPECT_EQ(result.code, 707);
-}
-
-TEST(UnitValidation, AreaMayExceedByAThousandth) {
-    LidProject project = withLids("A RB\n");
-    project.groups = "S A 10010 1 0 0\n";
-    EXPECT_EQ(openProject(project.text()).code, 705);
-    // The product is not quite 10010, and an area of exactly as much passes.
-    static_assert(10000.0 * 1.001 == 10009.999999999998);
-    project.groups = "S A 10009.999999999998 1 0 0\n";
-    EXPECT_EQ(openProject(project.text()).code, 0);
-    project.groups = "S A 10010.1 1 0 0\n";
-    EXPECT_EQ(openProject(project.text()).code, 705);
-}
-
-TEST(UnitValidation, SharesMaySumToAThousandthMore) {
-    LidProject project = withLids("A RB\n");
-    project.groups = "S A 1 1 0 100.1\n";
-    EXPECT_EQ(openProject(project.text()).code, 0);
-    project.groups = "S A 1 1 0 100.2\n";
-    EXPECT_EQ(openProject(project.text()).code, 707);
-}
-
-TEST(UnitValidation, ComesBeforeTheTimeSteps) {
-    LidProject project = withLids("A BC\n");
-    project.options = "RUNOFF_STEP 0:00:30\n";
-    EXPECT_EQ(openProject(project.text()).report,
-              getError("ERROR 701: missing layer for LID A.") +
-                  getError("ERROR 179: runoff time step is less than routing time step."));
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "model/arena.h"
 #include "support/engines.h"
 #include "support/lines.h"
+#include "support/readererrors.h"
 
 /// A junction with a connection C to node S, and a connection D from there to an outfall.
 static const std::string Frame =
@@ -196,4 +197,15 @@ TEST(CoupledMemory, ThatIsMissingAtAnyPlaceIsToldAndLeavesNothing) {
             EXPECT_TRUE(p.getCopies().empty());
         }
     }
+}
+
+TEST(CoupledRecords, NeedANodeFirst) {
+    expectRefused("[SWMM_INPS]", "INFLOW", "ERROR 217: invalid input line ");
+    expectRefused("[SWMM_INPS]", "outflow a b", "ERROR 217: invalid input line ");
+    expectRefused("[VORN_INPS]", "INFLUENT", "ERROR 217: invalid input line ");
+    expectRefused("[VORN_INPS]", "EFFLUENT x", "ERROR 217: invalid input line ");
+}
+
+TEST(CoupledNodes, MayNotTakeTheNameOfAnotherNode) {
+    expectRefused("[SWMM_INPS]", "A NO m.inp", "ERROR 207: duplicate ID name A ");
 }

@@ -16,6 +16,131 @@
 
 #include "support/network.h"
 
+// --- circles -------------------------------------------------------------------------------------------------------
+
+TEST_F(NetworkTest, recycleLinkMayCloseALoop) {
+    addNodes({JUNCTION, JUNCTION});
+    connect({"AB", "~BA"});
+    EXPECT_EQ(validate(), "");
+    EXPECT_EQ(heads(), Indices({0}));
+}
+
+TEST_F(NetworkTest, loopWithoutHeadSpansTooFewNodes) {
+    addNodes({JUNCTION, JUNCTION});
+    connect({"AB", "BA"});
+    EXPECT_EQ(validate(), report({TOO_FEW}));
+    EXPECT_EQ(ErrorCode, ERR_UNREACHED_NODES);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 135);
+}
+
+// Nothing leads to D and E, but behind the first message nothing is counted.
+TEST_F(NetworkTest, loopBehindAHeadNamesTheClosingLinkAndEndsTheTest) {
+    addNodes(5);
+    connect({"AB", "BC", "CB", "DE", "ED"});
+    EXPECT_EQ(validate(), report({cyclic("CB")}));
+    EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
+    EXPECT_EQ(errors_getPublicCode(ErrorCode), 131);
+}
+
+TEST_F(NetworkTest, linkToItselfIsALoopWhereAPathReachesIt) {
+    addNodes(2);
+    connect({"AB", "BB"});
+    EXPECT_EQ(validate(), report({cyclic("BB")}));
+}
+
+TEST_F(NetworkTest, laggedLinkToItselfIsNoLoop) {
+    addNodes(2);
+    connect({"AB", "~BB"});
+    EXPECT_EQ(validate(), "");
+}
+
+TEST_F(NetworkTest, loopMayCloseAtTheHeadItself) {
+    addNodes(2);
+    connect({"~BA", "AB", "BA"});
+    EXPECT_EQ(validate(), report({cyclic("BA")}));
+}
+
+TEST_F(NetworkTest, firstOfParallelClosingLinksIsNamed) {
+    addNodes(3);
+    connect({"AB", "~CB", "CB1", "CB2", "BC1", "BC2"});
+    EXPECT_EQ(validate(), report({cyclic("CB1")}));
+}
+
+// Two circles, on the second the path has three nodes and on the first four.
+TEST_F(NetworkTest, pathWithFewestNodesIsMetFirst) {
+    addNodes(6);
+    connect({"AB", "BC", "CD", "DB", "AE", "EF", "FE"});
+    EXPECT_EQ(validate(), report({cyclic("FE")}));
+}
+
+// A long tail with a short circle and a short tail with a long circle: both paths have four nodes.
+TEST_F(NetworkTest, ofPathsOfOneLengthTheEarlierOutletOfTheHeadIsMetFirst) {
+    addNodes(7);
+    connect({"AB", "AE", "BC", "CD", "DD", "EF", "FG", "GE"});
+    EXPECT_STREQ(checkLoops().loopName, "DD");
+    std::swap(Links[0], Links[1]);
+    EXPECT_STREQ(checkLoops().loopName, "GE");
+}
+
+TEST_F(NetworkTest, ofPathsOfOneLengthThatOfTheEarlierHeadIsMetFirst) {
+    addNodes(4);
+    connect({"DB", "BB", "AC", "CC"});  // the links of the later head stand first
+    EXPECT_EQ(validate(), report({cyclic("CC")}));
+}
+
+// Behind the tail AB both C and D close, and B leads to D first.
+TEST_F(NetworkTest, ofPathsWithACommonTailTheEarlierLinkDecides) {
+    addNodes(4);
+    connect({"AB", "BD", "BC", "CB", "DD"});
+    EXPECT_EQ(validate(), report({cyclic("DD")}));
+}
+
+// The path ABCD closes at B and at C. The circle from B has the shorter tail, but DC stands first.
+TEST_F(NetworkTest, ofTwoClosingLinksOfOnePathTheEarlierIsNamed) {
+    addNodes(4);
+    connect({"DC", "DB", "AB", "BC", "CD"});
+    EXPECT_EQ(validate(), report({cyclic("DC")}));
+}
+
+// --- numbers of paths ----------------------------------------------------------------------------------------------
+
+TEST_F(NetworkTest, nodeBehindTwoPumpsHasAPathForEach) {
+    addNodes({TANK, OUTFALL, VORN, VORN});
+    addLink("P1", 0, 1, PUMP);
+    addLink("P2", 0, 1, PUMP);
+    connect({"CD", "DC"});
+    // A, AB over P1, AB over P2: one less than the nodes.
+    EXPECT_EQ(checkLoops().pathCount, 3);
+    EXPECT_EQ(readReport(), report({TOO_FEW}));
+}
+
+// A, two paths to B, two to C: as many as the nodes, though nothing leads to the circle of D and E.
+TEST_F(NetworkTest, doublePathsHideUnreachedNodes) {
+    addNodes({SPLITTER, JUNCTION, OUTFALL, JUNCTION, JUNCTION});
+    connect({"AB1", "AB2", "BC", "DE", "ED"});
+    EXPECT_EQ(validate(), "");
+}
+
+TEST_F(NetworkTest, pathsOneShortOfTheNodesFail) {
+    addNodes({SPLITTER, JUNCTION, OUTFALL, JUNCTION, JUNCTION, JUNCTION});
+    connect({"AB1", "AB2", "BC", "DE", "EF", "FD"});
+    EXPECT_EQ(validate(), report({TOO_FEW}));
+}
+
+// B is a head for its first inflow is lagged, and stands on the path from A as well.
+TEST_F(NetworkTest, headWithInflowHasAPathOfItsOwnToo) {
+    addNodes(6);
+    connect({"~AB", "AB", "CD", "DE", "EF", "FC"});
+    EXPECT_EQ(checkLoops().pathCount, 3);  // A, B, AB
+}
+
+TEST_F(NetworkTest, laggedLinkMakesNoPath) {
+    addNodes(5);
+    connect({"AB", "~AB", "CD", "DE", "EC"});
+    EXPECT_EQ(checkLoops().pathCount, 2);  // A, AB
+}
+// --- order ---------------------------------------------------------------------------------------------------------
+
 // --- against the walk itself ---------------------------------------------------------------------------------------
 
 /// The walk over all paths as it is defined, the shorter ones first: the name it ends with, or none, and the number of

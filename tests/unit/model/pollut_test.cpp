@@ -1,0 +1,11 @@
+// Lines of pollutants.
+
+#include <gtest/gtest.h>
+
+#include "support/readererrors.h"
+
+TEST(PollutantLines, AreRefused) {
+    expectRefused("[POLLUTANTS]", "P", "ERROR 203: too few items ");
+    expectRefused("[POLLUTANTS]", "P -1", "ERROR 211: invalid number -1 ");
+    expectRefused("[POLLUTANTS]", "P x", "ERROR 211: invalid number x ");
+}
