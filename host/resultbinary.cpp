@@ -13,9 +13,18 @@
 namespace {
 
 constexpr int32_t MAGIC_NUMBER = 516114522;
-constexpr uint64_t HEAD_LENGTH = 64;
 constexpr uint64_t CLOSING_LENGTH = 28;
-constexpr int COUNTS = 13;  ///< subcatchments, six kinds of node, six kinds of link
+
+/// Tables with objects: all but that of the system.
+size_t getTableCount() {
+    static const size_t count = result_listTables({}).size() - 1;
+    return count;
+}
+
+/// Two numbers, the counts of all tables, and that of the pollutants.
+uint64_t getHeadLength() {
+    return 4 * (2 + getTableCount() + 1);
+}
 
 /// A walk through the file.
 struct Cursor {
@@ -73,7 +82,7 @@ std::string readName(Cursor& cursor) {
 std::vector<uint64_t> readCounts(Cursor& cursor) {
     std::vector<uint64_t> counts;
     uint64_t sum = 0;
-    for (int k = 0; k < COUNTS + 1; ++k) {
+    for (size_t k = 0; k <= getTableCount(); ++k) {
         const int32_t count = cursor.readInteger();
         if (count < 0) {
             cursor.fail("is damaged: it counts less than no objects");
@@ -88,15 +97,15 @@ std::vector<uint64_t> readCounts(Cursor& cursor) {
 }
 
 void readNames(Cursor& cursor, const std::vector<uint64_t>& counts, std::vector<ResultTable>& tables) {
-    std::vector<std::vector<std::string>> names(COUNTS + 1);
+    std::vector<std::vector<std::string>> names(getTableCount() + 1);
     for (size_t k = 0; k < names.size(); ++k) {
         for (uint64_t n = 0; n < counts[k]; ++n) {
             names[k].push_back(readName(cursor));
         }
     }
-    tables = result_listTables(names[COUNTS]);
+    tables = result_listTables(names.back());
     tables[0].objects = {"System"};
-    for (size_t k = 0; k < COUNTS; ++k) {
+    for (size_t k = 0; k < getTableCount(); ++k) {
         tables[k + 1].objects = std::move(names[k]);
     }
 }
@@ -168,7 +177,7 @@ void result_openBinary(ResultFile& file) {
     if (cursor.length < 4 || cursor.readInteger() != MAGIC_NUMBER) {
         cursor.fail("is no file of results");
     }
-    if (cursor.length < HEAD_LENGTH + CLOSING_LENGTH) {
+    if (cursor.length < getHeadLength() + CLOSING_LENGTH) {
         cursor.fail("is truncated");
     }
     if (cursor.readInteger() != RESULT_VERSION) {

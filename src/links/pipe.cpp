@@ -5,9 +5,10 @@
 //     waiting --(fireTime >  nextFireTime)--------------------> firing    pipe_update, fire
 //     firing  -------------------------------------------------> waiting   nextFireTime moves on by one period
 //
-// At a firing the mean flow and the mean concentration of the period go through the cascade, and the result stands at
-// the outlet until the next one. What the node offers in the step of the firing is in no sum: the mean of the other
-// steps stands for it, and the continuity error of a network with pipes shows that water.
+// At a firing the mean flow and the mean concentration of the period go through the cascade: each reach mixes what
+// comes in, and pollutants of first order decay in it for one period. The result stands at the outlet until the next
+// firing. What the node offers in the step of the firing is in no sum: the mean of the other steps stands for it, and
+// the continuity error of a network with pipes shows that water.
 
 #include "links/pipe.h"
 

@@ -5,7 +5,9 @@
 //     results_write, with results_accumulate ahead of it for a step that ends at the report time, and after it for a
 //     step that crosses it; then results_end and, with the project, results_close.
 //
-// Rows of the system and of subcatchments are those of the report time itself, also with means.
+// Rows are written table by table in the order of columns.def: the system, subcatchments, nodes and links kind by kind;
+// in a table in the order of the project file. Rows of the system and of subcatchments are those of the report time
+// itself, also with means.
 
 #include "results/results.h"
 
