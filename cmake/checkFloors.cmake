@@ -14,12 +14,16 @@ set(routing 7)
 set(project 8)
 set(api 9)
 #  - No two rooms include each other; header and source are one room.
-#  - Kinds of node and link are told apart in routing/nodekinds and routing/linkkinds alone.
+#  - Kinds of node and link, which model/sections.def lists, are told apart in routing/nodekinds and routing/linkkinds
+#    alone.
 
 cmake_minimum_required(VERSION 3.25)
 cmake_path(ABSOLUTE_PATH SOURCE_DIR)
 file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR} ${SOURCE_DIR}/*.cpp ${SOURCE_DIR}/*.h)
 list(SORT sources)
+file(STRINGS ${SOURCE_DIR}/model/sections.def kinds REGEX "^TARNVELDE_(NODE|COUPLED|LINK)_SECTION")
+list(TRANSFORM kinds REPLACE "^.*, ([A-Z_]+)\\)$" "\\1")
+list(JOIN kinds "|" kinds)
 set(faults "")
 set(arrows "")
 foreach(source IN LISTS sources)
@@ -39,8 +43,7 @@ foreach(source IN LISTS sources)
         endif()
     endforeach()
     if(NOT room MATCHES "^routing/(nodekinds|linkkinds)$")
-        file(STRINGS ${SOURCE_DIR}/${source} cases REGEX
-            "case (JUNCTION|TANK|OUTFALL|SPLITTER|SWMM|REACTOR|LID_MONO|VORN|PIPE|PUMP|CONNECTION|CONDUIT|WEIR|ORIFICE):")
+        file(STRINGS ${SOURCE_DIR}/${source} cases REGEX "case (${kinds}):")
         if(cases)
             list(APPEND faults "${source} tells kinds of node or link apart")
         endif()

@@ -1,4 +1,9 @@
 #pragma once
+// The folder api: the functions of include/tarnvelde.h, and nothing that the header doesn't promise. It uses all
+// floors; nobody uses it. A function tests its state, its pointers and its names before it touches anything, lets
+// nothing be thrown through it, and leaves the work to the rooms below. The life cycle answers with public codes, the
+// exchange with 0 or -1.
+//
 // What the exchange functions share: their codes, and names to rows.
 
 #include <cstddef>

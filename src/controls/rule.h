@@ -1,4 +1,9 @@
 #pragma once
+// The folder controls: what an operator would do, written down as rules. It uses all kinds of object on the floors
+// below, looks at their states, and changes only what an operator could: settings, splits, the emptying of a reactor;
+// it must know neither results nor the routing step, which asks it once at its beginning. One room reads the clauses,
+// the other evaluates them.
+//
 // Control rules: premises on the state of the network, and actions on its settings.
 
 #include <cstdint>

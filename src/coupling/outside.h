@@ -1,4 +1,9 @@
 #pragma once
+// The folder coupling: nodes with a model of their own inside, run by a library of somebody else. It uses the folders
+// nodes, links, hydrology and what is below; it must know no rule, no result and not the routing step, which tells it
+// to advance. A kind of engine is a list of entry points, a record that holds an OutsideNode, and the same functions as
+// any other kind of node.
+//
 // What all nodes have in common whose inside is a model of its own, run by an outside engine: the private copy of the
 // engine's library, and the records of what passes between the network and the objects of that model.
 

@@ -11,7 +11,6 @@
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
-#include "text/datetime.h"
 #include "text/units.h"
 
 Table<LidGroup> LidGroups;
@@ -174,9 +173,8 @@ static void addVolumes(RunoffVolumes& volumes, const LidOutflow& out, double are
     volumes.infil += out.infil * dt * area;
 }
 
-void lidgroup_step(int32_t index, RunoffVolumes& volumes, double dt) {
+void lidgroup_step(int32_t index, RunoffVolumes& volumes, int32_t hour, double dt) {
     const Subcatch& subcatch = Subcatches[index];
-    const int32_t hour = datetime_getHour(project_getDate(NewRunoffTime));
     double flow = 0.0, surfaceSum = 0.0;
     for (LidUnit& unit : lidgroup_getUnits(index)) {
         if (subcatch.area > subcatch.lidArea) {

@@ -62,8 +62,8 @@ void lidgroup_initAll();
 void lidgroup_shiftState(int32_t subcatch);
 
 /// All units of a subcatchment over one runoff step (s), whose water they add to `volumes`. Their pollutants react by
-/// the hour of the runoff clock.
-void lidgroup_step(int32_t subcatch, RunoffVolumes& volumes, double dt);
+/// an hour of the day.
+void lidgroup_step(int32_t subcatch, RunoffVolumes& volumes, int32_t hour, double dt);
 
 /// Takes from the mass that leaves a subcatchment in a runoff step (s) (kg, one per pollutant) the share that its units
 /// catch, and adds what they let go over their surfaces.

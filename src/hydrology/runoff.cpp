@@ -17,6 +17,7 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/project.h"
+#include "text/datetime.h"
 #include "text/number.h"
 #include "text/units.h"
 
@@ -110,11 +111,11 @@ static void setQuality(Subcatch& subcatch, double dt) {
     }
 }
 
-RunoffVolumes runoff_stepWater(int32_t index, double dt) {
+RunoffVolumes runoff_stepWater(int32_t index, int32_t hour, double dt) {
     Subcatch& subcatch = Subcatches[index];
     RunoffVolumes volumes = subcatch_stepLand(subcatch, dt);
     if (subcatch.lidArea > 0.0) {
-        lidgroup_step(index, volumes, dt);
+        lidgroup_step(index, volumes, hour, dt);
     }
     subcatch_closeStep(subcatch, volumes, dt);
     return volumes;
@@ -129,12 +130,12 @@ static void stepQuality(int32_t index, const RunoffVolumes& volumes, double dt) 
     setQuality(subcatch, dt);
 }
 
-static void advanceSubcatch(int32_t index, double dt) {
+static void advanceSubcatch(int32_t index, int32_t hour, double dt) {
     Subcatch& subcatch = Subcatches[index];
     if (subcatch.area == 0.0) {
         return;
     }
-    const RunoffVolumes volumes = runoff_stepWater(index, dt);
+    const RunoffVolumes volumes = runoff_stepWater(index, hour, dt);
     if (subcatch.thisRunoff / subcatch.area < DRY_RATE) {
         washoff_growBuildup(subcatch, dt);
     }
@@ -157,7 +158,8 @@ void runoff_advance() {
         subcatch_shiftState(Subcatches[k]);
         lidgroup_shiftState(k);
     }
+    const int32_t hour = datetime_getHour(project_getDate(NewRunoffTime));
     for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        advanceSubcatch(k, RunoffStep);
+        advanceSubcatch(k, hour, RunoffStep);
     }
 }

@@ -1,4 +1,9 @@
 #pragma once
+// The folder hydrology: rain, evaporation, land and LID controls, up to the runoff of a subcatchment. It uses the
+// folders model, text and platform; it must know no node, no link and no routing step: what it gives to the network is
+// fetched by the room routing/landinflows. A room is one law (horton, plane) or one kind of object with its record and
+// its table; what a step works out is handed on in records, not kept in variables.
+//
 // The runoff step.
 
 #include <cstdint>
@@ -18,8 +23,8 @@ void runoff_close();
 /// Puts the runoff clock to the start of a run. Nobody but this room moves it.
 void runoff_resetClock();
 
-/// Water of one subcatchment with its LID units over a runoff step (s).
-RunoffVolumes runoff_stepWater(int32_t subcatch, double dt);
+/// Water of one subcatchment over a runoff step (s), with its LID units, whose pollutants react by an hour of the day.
+RunoffVolumes runoff_stepWater(int32_t subcatch, int32_t hour, double dt);
 
 /// Advances rain and runoff of the whole project by one runoff step. Nothing happens while an error stands.
 void runoff_advance();

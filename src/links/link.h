@@ -1,4 +1,9 @@
 #pragma once
+// The folder links: a room for each kind of link. It uses the folders model, text and platform; it must know no node
+// and no other kind of link: what it needs of its upper node comes as an offer, what it has for the lower one is
+// fetched. A room owns the record of its kind, its table, the parser of its line, its start state and its update; the
+// room routing/linkkinds calls these.
+//
 // What all links share: the front part of their lines, their start state, the roll from new to old at each step, and
 // their settings. Links know no node: what the node at the upstream end has for them comes as an offer.
 

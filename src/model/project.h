@@ -1,4 +1,8 @@
 #pragma once
+// The folder model: what all objects share, whatever their kind. It uses the folders text and platform; it must know no
+// kind of node or link beyond its number, no step and no result. A room here owns one table (curves, series, patterns,
+// pollutants), or one service (names, memory, failures) that every floor above calls.
+//
 // The one project of the process: enumerations, counters, the common records of nodes and links, options, clocks and
 // the totals that many rooms add to. The record of a kind stands in the room of that kind.
 

@@ -1,4 +1,9 @@
 #pragma once
+// The folder nodes: a room for each kind of node, and the direct inflows. It uses the folders hydrology, links and what
+// is below; it must know no outside model, no rule, no result, and nothing of the order of visits. A room owns the
+// record of its kind, its table, the parser of its line, its checks, start state, update and statistics; the room
+// routing/nodekinds calls these, and hands its outflow to the links.
+//
 // What all nodes share: the roll from new to old, and how they take in and mix what their links deliver. A junction has
 // no room of its own: it adds its inflows and passes them on.
 

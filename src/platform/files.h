@@ -1,4 +1,8 @@
 #pragma once
+// The folder platform: what depends on the operating system, and nothing else does. Here alone stand the `#ifdef`s for
+// one. It uses the standard library and the system; it must know nothing of drainage, nor of texts beyond their bytes.
+// A room is a handful of plain functions whose header looks the same on every system.
+//
 // Files and their names on this operating system.
 
 #include <cstdint>

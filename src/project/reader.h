@@ -1,4 +1,8 @@
 #pragma once
+// The folder project: from a file to tables, checked and put to their start. It uses all floors below; it must know no
+// host and take no step. It knows which section belongs to which room and which table is made when; what a line means,
+// and what is wrong with it, is told by the room whose object it describes.
+//
 // The project file: sections of lines, read twice.
 
 #include "text/textfile.h"

@@ -1,4 +1,9 @@
 #pragma once
+// The folder results: what of a run is written, where to and when; balances and the report. It uses all objects on the
+// floors below and changes nothing that the run reads next: a look at results leaves no trace. It must know neither
+// rules nor the routing step. What the rows hold stands in one list, columns.def; a sink gets finished rows and knows
+// no object.
+//
 // Results of each report period: when rows are made, and into which sink they go.
 
 #include <cstdint>

@@ -1,4 +1,8 @@
 #pragma once
+// The folder routing: the order of a step, and of the nodes in it. It uses all floors below; it must know neither the
+// project file nor the host. No law stands here: a room puts calls into their order, and the rooms nodekinds and
+// linkkinds alone tell kinds apart. The clock of the routing is moved here and nowhere else.
+//
 // The routing step: one pass of water and pollutants through the network.
 
 /// Prepares a run: lists, clocks and sums, and the order of the nodes. A failure is the current error.

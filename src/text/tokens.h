@@ -1,4 +1,8 @@
 #pragma once
+// The folder text: lines, words, numbers, dates and units. It uses the folder platform; it must know no object of a
+// project and no failure, so a function here says whether it could, and its caller says what that means. A room turns
+// text into values or values into text, without a state but that of its arguments and the order of dates.
+//
 // The words of an input line, and what counts as a keyword and as a number.
 
 #include <cstdint>

@@ -17,7 +17,7 @@ double result(int32_t object, const char* id, int32_t code) {
 
 }  // namespace
 
-// --- SWMM nodes: the engine is there from the open to the close -----------------------------------------------------
+// --- SWMM nodes: the engine is there from the open to the close ----------------------------------------------------
 
 TEST(SwmmStates, TheEngineAnswersBeforeTheStartAndAfterTheEnd) {
     AllKinds project;

@@ -36,8 +36,7 @@ static double getCircleArea(double D, double y) {
     return D * D / 4.0 * (a - std::sin(a) * std::cos(a));
 }
 
-// --- sections
-// ----------------------------------------------------------------------------------------------------------
+// --- sections ------------------------------------------------------------------------------------------------------
 
 TEST(ConduitSection, OfACircleIsTheSegmentAtTheHundredths) {
     StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
@@ -101,8 +100,7 @@ TEST(ConduitSection, OfATransectWithItsLowestPointAtABankIsEmpty) {
     EXPECT_EQ(getLink("C").newFlow, 0.0);
 }
 
-// --- depth of a volume
-// -------------------------------------------------------------------------------------------------
+// --- depth of a volume ---------------------------------------------------------------------------------------------
 
 TEST(ConduitDepth, IsTheInverseOfTheArea) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
@@ -161,8 +159,7 @@ TEST(ConduitDepth, IsTheSameBySearchAndByWalk) {
     }
 }
 
-// --- flow
-// --------------------------------------------------------------------------------------------------------------
+// --- flow ----------------------------------------------------------------------------------------------------------
 
 /// Puts a conduit into a state and runs one step with a flow into it; its own flow of the step.
 static double routeFrom(double depth, double inflow) {
@@ -302,8 +299,7 @@ TEST(ConduitFlow, StartsDryAtEachStart) {
     EXPECT_EQ(getConduit("C").depth, depth);
 }
 
-// --- quality
-// -----------------------------------------------------------------------------------------------------------
+// --- quality -------------------------------------------------------------------------------------------------------
 
 TEST(ConduitQuality, MixesTheInflowIntoTheStore) {
     StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
@@ -336,8 +332,7 @@ TEST(ConduitQuality, DecaysByTheHourAndBooksTheLoss) {
     EXPECT_NEAR(QualTotals[1].reactedLoss, 220.0 * mixed * (1.0 - left) / 1000.0, 1e-12);
 }
 
-// --- balance
-// -----------------------------------------------------------------------------------------------------------
+// --- balance -------------------------------------------------------------------------------------------------------
 
 /// A chain of conduits of all shapes with random sizes.
 static std::string getChain(unsigned seed) {
@@ -391,8 +386,7 @@ TEST(ConduitBalance, KeepsTheMaximaOfARun) {
     EXPECT_EQ(getConduit("C").statMaxVelocity, maxVelocity);
 }
 
-// --- report and rows
-// ---------------------------------------------------------------------------------------------------
+// --- report and rows -----------------------------------------------------------------------------------------------
 
 TEST(ConduitReport, HasATableOfItsOwn) {
     ProjectFile project(getProject("NO 100 0.01 0.02 RECTANGULAR 1 1", 5.0));
@@ -436,8 +430,7 @@ TEST(ConduitRow, MixesOldAndNewButForDepthAndVolume) {
     EXPECT_EQ(row[2], 0.0f);  // no velocity without an area
 }
 
-// --- line
-// --------------------------------------------------------------------------------------------------------------
+// --- line ----------------------------------------------------------------------------------------------------------
 
 TEST(ConduitLine, FillsTheRow) {
     StorageModel model(getProject("yes 120 0.5 0.013 rectangular 1.5 2 more"));
@@ -525,8 +518,7 @@ TEST(ConduitDecayLine, IsRefusedAtTheFirstWrongWord) {
     }
 }
 
-// --- what only a host can do
-// -------------------------------------------------------------------------------------------
+// --- what only a host can do ---------------------------------------------------------------------------------------
 
 TEST(ConduitHost, MayLeaveItWithoutASection) {
     StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));

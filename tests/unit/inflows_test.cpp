@@ -6,8 +6,7 @@
 
 #include "support/routingmodel.h"
 
-// --- external inflows
-// -------------------------------------------------------------------------------------------------------
+// --- external inflows ----------------------------------------------------------------------------------------------
 
 TEST(ExternalInflow, AddsConstantAndScaledSeries) {
     Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 0.5 S 2\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:10 10\n");

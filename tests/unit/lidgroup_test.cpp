@@ -77,7 +77,7 @@ TEST_F(Group, UnitsTakeTheirShareOfBothPartsOfTheLand) {
     subcatch().rain = 1e-6;
     subcatch().imperviousRunoff = 0.03;
     subcatch().perviousRunoff = 0.01;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_NEAR(LidUnits[0].inflowDepth, 60.0 * (0.04 * 0.25 / 100.0 + 1e-6), 1e-16);
     EXPECT_NEAR(LidUnits[1].inflowDepth, 60.0 * (0.04 * 0.5 / 400.0 + 1e-6), 1e-16);
     EXPECT_NEAR(volumes.lidRunon, 60.0 * 0.04 * 0.75, 1e-14);
@@ -89,7 +89,7 @@ TEST_F(Group, WithoutOtherLandThereIsNoRunon) {
     subcatch().rain = 1e-6;
     subcatch().imperviousRunoff = 0.03;
     subcatch().lastWashoffRate[0] = 0.5;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_NEAR(LidUnits[0].inflowDepth, 60.0 * 1e-6, 1e-18);
     EXPECT_EQ(volumes.lidRunon, 0.0);
     EXPECT_NEAR(LidUnits[0].inflowLoad[0], 60.0 * (10000.0 * 1e-6 * 10.0 / 1000.0 + 0.5), 1e-12)
@@ -101,7 +101,7 @@ TEST_F(Group, FlowsAddUpToTheVolumesOfTheStep) {
     start();
     subcatch().rain = 1e-5;
     LidUnits[0].dryTime = LidUnits[1].dryTime = 0.0;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_NEAR(LidUnits[0].thisSurfaceFlow, 1e-3, 1e-17);
     EXPECT_NEAR(LidUnits[1].thisSurfaceFlow, 5e-4, 1e-17);
     EXPECT_NEAR(volumes.lidOutflow, 0.09, 1e-15);
@@ -114,7 +114,7 @@ TEST_F(Group, EvaporationAndInfiltrationJoinThoseOfTheLand) {
     volumes.infil = 1.0;
     volumes.evap = 2.0;
     Evap.rate = 1e-6;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_NEAR(volumes.lidInfil, 1e-5 * 60.0 * 100.0, 1e-14);
     EXPECT_NEAR(volumes.infil, 1.0 + 0.06, 1e-14);
     EXPECT_NEAR(volumes.evap, 2.0 + 1e-6 * 60.0 * 100.0, 1e-14);
@@ -126,7 +126,7 @@ TEST_F(Group, NothingEvaporatesWhileItRains) {
     start();
     Evap.rate = 1e-6;
     subcatch().rain = 1e-12;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_EQ(volumes.evap, 0.0);
 }
 
@@ -135,10 +135,10 @@ TEST_F(Group, DryTimeCountsFromTheLastTraceOfRain) {
     start();
     LidUnits[0].dryTime = 500.0;
     subcatch().rain = 7.056e-10;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_EQ(LidUnits[0].dryTime, 560.0);
     subcatch().rain = 7.057e-10;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_EQ(LidUnits[0].dryTime, 0.0);
 }
 
@@ -146,9 +146,9 @@ TEST_F(Group, BarrelDrainsOnlyWhenTheDelayHasPassed) {
     project.groups = "S RB 100 1 50 0\n";
     start();
     LidUnits[0].dryTime = 21600.0 - 60.0;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_EQ(LidUnits[0].thisDrainFlow, 0.0);
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_NEAR(LidUnits[0].thisDrainFlow, std::min(500.0 * 1e-5, 0.5 / 60.0) * 100.0, 1e-14);
 }
 
@@ -167,25 +167,27 @@ TEST_F(Group, LoadsComeWithTheRainAndWithTheWashoffOfTheStepBefore) {
     subcatch().rain = 1e-5;
     subcatch().lastWashoffRate[0] = 0.004;
     subcatch().thisWashoffRate[0] = 9.0;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_NEAR(LidUnits[0].inflowLoad[0], 60.0 * (100.0 * 1e-5 * 10.0 / 1000.0 + 0.004 * 0.25), 1e-15);
     EXPECT_NEAR(LidUnits[0].rainLoad[0], 60.0 * 100.0 * 1e-5 * 10.0 / 1000.0, 1e-16);
     EXPECT_EQ(LidUnits[0].rainLoad[1], 0.0) << "the second pollutant doesn't come with the rain";
 }
 
 TEST_F(Group, UnitsReactByTheHourInWhichTheRunoffStepEnds) {
+    project.general = getGeneral(120);
     project.groups = "S RB 100 1 50 25\n";
     project.patterns = "H HOURLY 1 2 3\n";
-    project.decay = "RB LID P FIRST 864 H STORAGE\n";
+    project.decay = "RB LID Q FIRST 864 H STORAGE\n";
     start();
-    LidUnits[0].dryTime = 0.0;  // shuts the drain
-    LidUnits[0].lastStorageMass[0] = 5.0;
-    NewRunoffTime = 3599.0 * 1000.0;
-    lidgroup_step(0, volumes, 60.0);
-    EXPECT_NEAR(LidUnits[0].thisStorageMass[0], 5.0 * std::exp(-0.01 * 1.0 * 60.0), 1e-14);
-    NewRunoffTime = 3600.0 * 1000.0;
-    lidgroup_step(0, volumes, 60.0);
-    EXPECT_NEAR(LidUnits[0].thisStorageMass[0], 5.0 * std::exp(-0.01 * 2.0 * 60.0), 1e-14)
+    const double step = RunoffStep;
+    LidUnits[0].thisStorageMass[1] = 5.0;
+    NewRunoffTime = (3599.0 - step) * 1000.0;
+    runoff_advance();
+    const double left = 5.0 * std::exp(-0.01 * 1.0 * step);
+    EXPECT_NEAR(LidUnits[0].thisStorageMass[1], left, 1e-14);
+    NewRunoffTime = (3600.0 - step) * 1000.0;
+    runoff_advance();
+    EXPECT_NEAR(LidUnits[0].thisStorageMass[1], left * std::exp(-0.01 * 2.0 * step), 1e-14)
         << "a full hour counts to the next";
 }
 
@@ -274,7 +276,7 @@ TEST_F(Group, SubcatchmentWithoutAreaDrainsNothing) {
 
 TEST_F(Group, SubcatchmentWithoutUnitsIsLeftAlone) {
     start();
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     lidgroup_shiftState(0);
     landinflows_addDrains();
     double loads[] = {8.0, 4.0};
@@ -288,7 +290,7 @@ TEST_F(Group, UnitOfNoAreaIsPassedOver) {
     start();
     subcatch().rain = 1e-5;
     LidUnits[0].area = 0.0;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     EXPECT_EQ(LidUnits[0].inflowDepth, 0.0);
     EXPECT_GT(LidUnits[1].inflowDepth, 0.0);
 }
@@ -314,11 +316,11 @@ TEST_F(Group, NothingIsAllocatedInAStep) {
     project.groups = "S RB 100 1 0 25\nS RB 100 1 0 50 DRAIN\n";
     start();
     subcatch().rain = 1e-5;
-    lidgroup_step(0, volumes, 60.0);
+    lidgroup_step(0, volumes, 0, 60.0);
     const size_t taken = ProjectArena.taken + ResultArena.taken + RunArena.taken;
     for (int32_t k = 0; k < 100; ++k) {
         lidgroup_shiftState(0);
-        lidgroup_step(0, volumes, 60.0);
+        lidgroup_step(0, volumes, 0, 60.0);
     }
     EXPECT_EQ(ProjectArena.taken + ResultArena.taken + RunArena.taken, taken);
 }

@@ -62,8 +62,7 @@ TEST(PumpSwitch, RestsAtANodeThatIsNoTank) {
     EXPECT_EQ(getLink("P").targetSetting, 1.0);
 }
 
-// --- switching
-// ---------------------------------------------------------------------------------------------------------
+// --- switching -----------------------------------------------------------------------------------------------------
 
 static double getTarget(double setting, double depth) {
     getLink("P").setting = setting;
@@ -115,8 +114,7 @@ TEST(PumpSwitch, StandsStillWhileTheHostHoldsTheSetting) {
     EXPECT_EQ(getLink("P").setting, 1.0);
 }
 
-// --- host
-// --------------------------------------------------------------------------------------------------------------
+// --- host ----------------------------------------------------------------------------------------------------------
 
 TEST(PumpHost, DrivesThePumpWhateverItsSetting) {
     StorageModel model(getProject("L NO OFF 3 2.5"));
@@ -150,8 +148,7 @@ TEST(PumpHost, IsForgottenAtTheNextStart) {
     EXPECT_EQ(Pumps[0].hostFlow, 0.0);
 }
 
-// --- line
-// --------------------------------------------------------------------------------------------------------------
+// --- line ----------------------------------------------------------------------------------------------------------
 
 TEST(PumpLine, FillsTheRow) {
     StorageModel model(getProject("s YES off 2.5 0.5 more"));

@@ -85,7 +85,7 @@ TEST_F(ReactorTest, RefusedReactorIsNoReactorToOtherSections) {
         << report();
 }
 
-// --- [REACTORS_DECAY], [REACTORS_EMPTYING], [INITIAL_CONCENTRATION] -------------------------------------------------
+// --- [REACTORS_DECAY], [REACTORS_EMPTYING], [INITIAL_CONCENTRATION] ------------------------------------------------
 
 TEST_F(ReactorTest, WithoutFurtherLinesNothingReactsOrIsLost) {
     ASSERT_EQ(open({}), 0);

@@ -217,7 +217,7 @@ TEST(Results, SavingDoesNotChangeTheRun) {
     EXPECT_EQ(reports[2], reports[0]);
 }
 
-// --- land and its own clock -----------------------------------------------------------------------------------------
+// --- land and its own clock ----------------------------------------------------------------------------------------
 
 namespace {
 

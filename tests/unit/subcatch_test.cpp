@@ -414,7 +414,7 @@ protected:
 
     void rainOn(double mmPerHour) {
         Gages[0].rain = mmPerHour * MM_PER_HOUR;
-        volumes = runoff_stepWater(0, RunoffStep);
+        volumes = runoff_stepWater(0, 0, RunoffStep);
     }
 
     /// m3 ponded on the area without LID units.
@@ -566,7 +566,7 @@ TEST_F(WaterTest, AreaSetBelowItsLidUnitsSkipsTheLand) {
 TEST_F(WaterTest, WithoutAGageItIsDry) {
     rainOn(60.0);
     s->gage = -1;
-    runoff_stepWater(0, RunoffStep);
+    runoff_stepWater(0, 0, RunoffStep);
     EXPECT_EQ(s->rain, 0.0);
 }
 

@@ -37,8 +37,7 @@ static std::string getSlot(const char* id, double crest) {
     return std::string(id) + " T OUT NO RECTANGULAR 0.1 " + std::to_string(crest) + " 0.1 10\n";
 }
 
-// --- line and checks
-// ---------------------------------------------------------------------------------------------------
+// --- line and checks -----------------------------------------------------------------------------------------------
 
 TEST(TankLine, FillsTheRow) {
     StorageModel model(getProject("5 2", NEVER));
@@ -113,8 +112,7 @@ TEST(TankDecayLine, WithoutAPatternHasNone) {
     EXPECT_NEAR(getTank("T").decay[0].k, 0.0001, 1e-18);
 }
 
-// --- volume
-// ------------------------------------------------------------------------------------------------------------
+// --- volume --------------------------------------------------------------------------------------------------------
 
 static double getVolume(double depth) {
     return tank_getVolume(::getTank("T"), depth);
@@ -195,8 +193,7 @@ TEST(TankVolume, AndDepthAreInversesOfOneAnother) {
     }
 }
 
-// --- outlets by level
-// --------------------------------------------------------------------------------------------------
+// --- outlets by level ----------------------------------------------------------------------------------------------
 
 TEST(TankOutlets, LetGoByTheirLaw) {
     StorageModel model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 0.5)));
@@ -319,8 +316,7 @@ TEST(TankOutlets, HaveNothingToDoWithoutACurve) {
     EXPECT_EQ(getTank("T").newDepth, 0.0);
 }
 
-// --- the trace
-// ---------------------------------------------------------------------------------------------------------
+// --- the trace -----------------------------------------------------------------------------------------------------
 
 static std::string captureSteps(StorageModel& model, int count) {
     testing::internal::CaptureStdout();
@@ -353,8 +349,7 @@ TEST(TankTrace, IsSilentForWeirs) {
     EXPECT_EQ(captureSteps(model, 2), "");
 }
 
-// --- pumps
-// -------------------------------------------------------------------------------------------------------------
+// --- pumps ---------------------------------------------------------------------------------------------------------
 
 static const char* const PUMPS =
     "[CURVES]\nP1 PUMP1 0 1\nP2 PUMP1 0 3\n"
@@ -411,8 +406,7 @@ TEST(TankPumps, TakeMoreThanThereIsWithAFullDepthOf0) {
     EXPECT_EQ(getTank("T").newFlood, 0.0);
 }
 
-// --- flood
-// -------------------------------------------------------------------------------------------------------------
+// --- flood ---------------------------------------------------------------------------------------------------------
 
 TEST(TankFlood, TakesTheExcessOverTheFullVolume) {
     StorageModel model(getProject("5 6", NEVER));
@@ -485,8 +479,7 @@ TEST(TankHostDepth, MayBeNegative) {
     EXPECT_NEAR(getTank("T").newDepth, 1.0, 1e-12);  // the volume has no sign
 }
 
-// --- quality
-// -----------------------------------------------------------------------------------------------------------
+// --- quality -------------------------------------------------------------------------------------------------------
 
 TEST(TankQuality, MixesTheInflowBehindTheRelease) {
     StorageModel model(getProject("9 2", NEVER) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\nT A 200 \"\"\n");
@@ -541,8 +534,7 @@ TEST(TankQuality, FloodsWithTheConcentrationBehindTheDecay) {
     EXPECT_NEAR(QualTotals[0].floodingLoss, 100.0 * 50.0 * std::exp(-0.01 * DT) / 1000.0, 1e-12);
 }
 
-// --- runs
-// --------------------------------------------------------------------------------------------------------------
+// --- runs ----------------------------------------------------------------------------------------------------------
 
 TEST(TankRun, BeginsEachTimeAsTheFirst) {
     StorageModel model(getProject("9 2", "[ORIFICES]\n" + getSlot("O", 0.5)) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\n");
@@ -647,8 +639,7 @@ TEST(TankBalance, ClosesInGeneratedCascades) {
     }
 }
 
-// --- report and rows
-// ---------------------------------------------------------------------------------------------------
+// --- report and rows -----------------------------------------------------------------------------------------------
 
 TEST(TankReport, HasATableOfItsOwn) {
     ProjectFile project(getProject("5 6", NEVER) + "[DWFS]\nT FLOW 0.5 \"\"\n");

@@ -150,8 +150,7 @@ TEST_F(TransectTest, AgreesWithPiecewiseClippingOfDenseBeds) {
     }
 }
 
-// --- odd places
-// --------------------------------------------------------------------------------------------------------
+// --- odd places ----------------------------------------------------------------------------------------------------
 
 TEST_F(TransectTest, IsTouchedAndNotEnteredAtATurningPoint) {
     make({{0, 4}, {2, 0}, {4, 2}, {6, 1}, {8, 4}});

@@ -64,8 +64,7 @@ TEST(WeirLaw, GivesNothingWithAShapeThatIsNone) {
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
 
-// --- host
-// --------------------------------------------------------------------------------------------------------------
+// --- host ----------------------------------------------------------------------------------------------------------
 
 TEST(WeirHost, MayGiveCoefficientAndHeight) {
     StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
@@ -126,8 +125,7 @@ TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
     EXPECT_NEAR(getFlow(2.75), 1.8 * 2.5, 1e-12);
 }
 
-// --- line
-// --------------------------------------------------------------------------------------------------------------
+// --- line ----------------------------------------------------------------------------------------------------------
 
 TEST(WeirLine, FillsTheRow) {
     StorageModel model(getProject("yes Triangular 1.8 2.5 1.2 0 // note"));

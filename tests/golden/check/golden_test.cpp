@@ -41,7 +41,7 @@ std::string hash(const std::string& bytes) {
     return text;
 }
 
-// --- the host --------------------------------------------------------------------------------------------------------
+// --- the host ------------------------------------------------------------------------------------------------------
 
 /// Runs the host with these words; its output goes to a file. Its exit status, or 128 + signal.
 int runHost(std::vector<std::string> words, const std::string& output) {
@@ -105,7 +105,7 @@ std::vector<std::string> listCases() {
     return names;
 }
 
-// --- hashes ----------------------------------------------------------------------------------------------------------
+// --- hashes --------------------------------------------------------------------------------------------------------
 
 /// By artefact: "project" for what went in, else the name of the file.
 using Hashes = std::map<std::string, std::string>;

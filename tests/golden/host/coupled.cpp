@@ -108,7 +108,7 @@ void addPlants(std::vector<Case>& cases) {
     cases.push_back({"coupled-all-kinds", coupled_makeAllKinds(96), script_runCoupled});
 }
 
-// --- what goes wrong -------------------------------------------------------------------------------------------------
+// --- what goes wrong -----------------------------------------------------------------------------------------------
 
 void addBroken(std::vector<Case>& cases) {
     const std::string delay = "[CONNECTIONS]\nTO_X SW SX NO 450\n";

@@ -59,8 +59,7 @@ struct Case {
     void (*script)(Host& host);
 };
 
-// --- what cases are made of
-// -------------------------------------------------------------------------------------------
+// --- what cases are made of ----------------------------------------------------------------------------------------
 
 /// A line between calls.
 void host_say(Host& host, const std::string& text);
@@ -84,8 +83,7 @@ void script_runCoupled(Host& host);
 /// Opens model.inp, takes up to 400 steps if it is good, closes.
 void script_tryOut(Host& host);
 
-// --- the cases
-// --------------------------------------------------------------------------------------------------------
+// --- the cases -----------------------------------------------------------------------------------------------------
 
 /// `examples` is the folder of the examples.
 std::vector<Case> cases_makeAll(const std::string& examples);

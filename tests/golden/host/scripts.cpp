@@ -47,7 +47,7 @@ void listFolder(Host& host) {
     }
 }
 
-// --- states ----------------------------------------------------------------------------------------------------------
+// --- states --------------------------------------------------------------------------------------------------------
 
 /// Every function that asks or acts, once.
 void askAll(Host& host) {
@@ -231,7 +231,7 @@ void script_files(Host& host) {
     listFolder(host);
 }
 
-// --- runs ------------------------------------------------------------------------------------------------------------
+// --- runs ----------------------------------------------------------------------------------------------------------
 
 /// Several runs of one open project, into different files; some are cut short.
 void script_again(Host& host) {
@@ -281,8 +281,7 @@ void script_saveModes(Host& host) {
     }
 }
 
-// --- parameters and results
-// -------------------------------------------------------------------------------------------
+// --- parameters and results ----------------------------------------------------------------------------------------
 
 void showParams(Host& host) {
     for (const Object& object : host.objects) {
@@ -357,7 +356,7 @@ void script_results(Host& host) {
     finish(host);
 }
 
-// --- acting ----------------------------------------------------------------------------------------------------------
+// --- acting --------------------------------------------------------------------------------------------------------
 
 /// One call by chance, good or bad.
 void act(Host& host, Random& random) {

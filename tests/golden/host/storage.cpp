@@ -56,7 +56,7 @@ void addTanks(std::vector<Case>& cases) {
               makeTank({"BASIN", "2 1", orifices, "-0.04", "[INFLOWS]\nT FLOW FLOW -0.02 \"\" 0\n"}));
 }
 
-// --- conduits --------------------------------------------------------------------------------------------------------
+// --- conduits ------------------------------------------------------------------------------------------------------
 
 std::string makeConduits(const std::vector<std::string>& shapes, const char* share, const char* options) {
     Sections sections;
@@ -90,7 +90,7 @@ void addConduits(std::vector<Case>& cases) {
                   "0.6", ""));
 }
 
-// --- reactors and splitters ------------------------------------------------------------------------------------------
+// --- reactors and splitters ----------------------------------------------------------------------------------------
 
 std::string makeReactor(const char* line, const char* laws, const char* emptying, const char* rules = "") {
     return begin() + "[OUTFALLS]\nO\nSURPLUS\nFIELD\n[REACTORS]\nR " + line + "\n[PIPES]\nP R O NO 120 1 0.2 0\n" +
@@ -127,7 +127,7 @@ void addReactors(std::vector<Case>& cases) {
     cases_add(cases, "splitters", splitters + feed("A1", "0.09") + WAVE);
 }
 
-// --- rules -----------------------------------------------------------------------------------------------------------
+// --- rules ---------------------------------------------------------------------------------------------------------
 
 /// A chain with an object of every kind that rules can ask or move.
 std::string makeControlled(const std::string& rules) {

@@ -79,7 +79,7 @@ void addDecay(Maker& maker, const std::string& id, const char* type) {
     }
 }
 
-// --- links -----------------------------------------------------------------------------------------------------------
+// --- links ---------------------------------------------------------------------------------------------------------
 
 void addPipe(Maker& maker, const std::string& id, const std::string& ends) {
     Random& random = maker.random;
@@ -154,7 +154,7 @@ void addPump(Maker& maker, const std::string& from, const std::string& to) {
     maker.pumps.push_back(id);
 }
 
-// --- nodes -----------------------------------------------------------------------------------------------------------
+// --- nodes ---------------------------------------------------------------------------------------------------------
 
 void addTank(Maker& maker, const std::string& id, int stage) {
     Random& random = maker.random;
@@ -254,7 +254,7 @@ void addStage(Maker& maker, int stage) {
     }
 }
 
-// --- what comes in ---------------------------------------------------------------------------------------------------
+// --- what comes in -------------------------------------------------------------------------------------------------
 
 void addInflows(Maker& maker) {
     Random& random = maker.random;
@@ -306,7 +306,7 @@ void addRain(Maker& maker) {
                                                         : "MONTHLY 1 1 2 3 6.5 4 5 5 3 2 1 1\n");
 }
 
-// --- land ------------------------------------------------------------------------------------------------------------
+// --- land ----------------------------------------------------------------------------------------------------------
 
 std::string makeWashoff(Random& random) {
     if (random.isOneOf(2)) {
@@ -371,7 +371,7 @@ void addLidDecay(Maker& maker) {
     }
 }
 
-// --- rules -----------------------------------------------------------------------------------------------------------
+// --- rules ---------------------------------------------------------------------------------------------------------
 
 std::string makeCondition(Maker& maker) {
     Random& random = maker.random;
