@@ -106,12 +106,12 @@ void rule_createAll();
 void rule_deleteAll();
 
 /// Reads one clause of a rule. An error index, or 0.
-int32_t rule_readLine(const Tokens& tokens, int32_t rule, int32_t clause);
+[[nodiscard]] int32_t rule_readLine(const Tokens& tokens, int32_t rule, int32_t clause);
 int32_t rule_readPremise(const Tokens& tokens, int32_t rule, int32_t logic);
-int32_t rule_readAction(const Tokens& tokens, int32_t rule);
+[[nodiscard]] int32_t rule_readAction(const Tokens& tokens, int32_t rule);
 
 /// Reads an object and its attribute from the token `place` on, which moves on to the attribute. An error index, or 0.
-int32_t rule_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand);
+[[nodiscard]] int32_t rule_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand);
 
 /// Finds out which actions share a target; writes it to the report if memory is short.
 void rule_openRun();
@@ -123,4 +123,4 @@ int32_t rule_evaluate();
 [[nodiscard]] bool rule_testPremise(const Premise& premise);
 
 /// The present value of an operand, or NO_VALUE.
-double rule_operandValue(const RuleOperand& operand);
+[[nodiscard]] double rule_operandValue(const RuleOperand& operand);

@@ -34,15 +34,15 @@ struct Converter {
 extern Table<Converter> Converters;
 
 /// A line of [CONVERTERS]. An error index, or 0.
-int32_t converter_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t converter_readLine(const Tokens& tokens);
 
 /// Tests that everything has a contribution; writes what is missing to the report.
 void converter_validate(int32_t converter);
 
 /// Whether a point can be used on the way into a plant, or out of it. Nothing ties the type of a converter to the line
 /// that names it, so its numbers may mean something else there.
-bool converter_isInfluentPoint(const ConverterPoint& point);
-bool converter_isEffluentPoint(const ConverterPoint& point);
+[[nodiscard]] bool converter_isInfluentPoint(const ConverterPoint& point);
+[[nodiscard]] bool converter_isEffluentPoint(const ConverterPoint& point);
 
 /// Puts an amount to a total: added, or taken off, when nothing below 0 is left.
 void converter_addAmount(const ConverterPoint& point, double amount, double& total);

@@ -4,7 +4,7 @@
 #include "model/project.h"
 
 /// Whether a node of this kind has an outside model inside.
-inline bool coupled_isKind(int32_t kind) {
+[[nodiscard]] inline bool coupled_isKind(int32_t kind) {
     return kind == SWMM || kind == VORN;
 }
 

@@ -14,7 +14,7 @@ struct StandIn<Result(Arguments...), RESULT> {
 
 /// Takes the function of a name from a library. False, with the entry as it was, if it isn't there.
 template <class Function>
-bool entries_find(LibraryHandle library, const char* name, Function*& entry) {
+[[nodiscard]] bool entries_find(LibraryHandle library, const char* name, Function*& entry) {
     void* address = library_findEntry(library, name);
     if (address) {
         entry = reinterpret_cast<Function*>(address);

@@ -101,10 +101,10 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
 /// of the project. False if there is neither.
-bool outside_findModel(const OutsideNode& outside, std::string& path);
+[[nodiscard]] bool outside_findModel(const OutsideNode& outside, std::string& path);
 
 /// Appends a record for the object that token 1 names. An error index, or 0.
-int32_t outside_addRecord(const Tokens& tokens, CoupledList& list, int32_t index, int32_t converter);
+[[nodiscard]] int32_t outside_addRecord(const Tokens& tokens, CoupledList& list, int32_t index, int32_t converter);
 
 /// Compares the dates of the model with those of the project, to the last bit; writes what is wrong to the report.
 void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, const char* id);
@@ -116,7 +116,8 @@ void outside_validateOutflow(const CoupledFlow& outflow, const char* id);
 void outside_initState(OutsideNode& outside, int32_t inflowCount);
 
 /// Starts the engine. False, after its message, if that fails.
-bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind, const char* id);
+[[nodiscard]] bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind,
+                                 const char* id);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
 void outside_end(OutsideNode& outside, const OutsideCalls& calls);
@@ -142,10 +143,10 @@ void outside_advance(OutsideNode& outside, const OutsideCalls& calls, Give give,
 }
 
 /// The records of an index; none before the start of a run.
-CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
+[[nodiscard]] CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
 
 /// The room for one number per pollutant, emptied: for the loads of one link, kg/s.
-double* outside_getLoads(const OutsideNode& outside);
+[[nodiscard]] double* outside_getLoads(const OutsideNode& outside);
 
 /// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.
 void outside_countDelivery(const OutsideTotals& totals, double flow, const double* loads);
@@ -155,10 +156,11 @@ void outside_rollRecords(const CoupledList& list, int32_t count);
 
 /// Weight of the new state at the time `time` between `before` and `after`; 0 if those are equal. It isn't limited: the
 /// clock of an engine may lie outside the step, and goes back to 0 once its run is over.
-inline double outside_getWeight(double time, double before, double after) {
+[[nodiscard]] inline double outside_getWeight(double time, double before, double after) {
     return after == before ? 0.0 : (time - before) / (after - before);
 }
 
 /// A definition, for node `node` of a kind and row `row` of that kind: the input file, and whether the engine
 /// keeps its results. An error index, or 0.
-int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind, int32_t row);
+[[nodiscard]] int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind,
+                                             int32_t row);

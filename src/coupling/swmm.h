@@ -39,7 +39,7 @@ void swmm_closeNode(int32_t row);
 
 /// A line of [SWMM_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An
 /// error index, or 0.
-int32_t swmm_readLine(const Tokens& tokens, int32_t node, int32_t row);
+[[nodiscard]] int32_t swmm_readLine(const Tokens& tokens, int32_t node, int32_t row);
 
 /// Opens the model and compares it with the project; writes what is wrong to the report.
 void swmm_validate(int32_t node);
@@ -69,7 +69,7 @@ void swmm_advance(int32_t node);
 void swmm_addFlows(int32_t row, float& inflow, float& outflow);
 
 /// Index of a link inside the model of a row, negative if there is none.
-int32_t swmm_isLink(int32_t row, const char* link);
+[[nodiscard]] int32_t swmm_isLink(int32_t row, const char* link);
 
 /// Sets a link inside the model of a row, for steps of `stepLength` seconds.
 void swmm_setSetting(int32_t row, const char* link, double setting, double stepLength);

@@ -37,7 +37,7 @@ void vorn_closeNode(int32_t row);
 
 /// A line of [VORN_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An
 /// error index, or 0.
-int32_t vorn_readLine(const Tokens& tokens, int32_t node, int32_t row);
+[[nodiscard]] int32_t vorn_readLine(const Tokens& tokens, int32_t node, int32_t row);
 
 /// Opens the model and compares it with the project; writes what is wrong to the report.
 void vorn_validate(int32_t node);

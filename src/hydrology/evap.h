@@ -19,7 +19,7 @@ struct EvapRecord {
 extern EvapRecord Evap;
 
 /// A line of [EVAPORATION]. An error index, or 0.
-int32_t evap_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t evap_readLine(const Tokens& tokens);
 
 /// Sets the rate of the runoff step that begins at a date.
 void evap_setRate(DateTime date);

@@ -38,7 +38,7 @@ struct Gage {
 extern Table<Gage> Gages;
 
 /// A line of [RAINGAGES], for the row `gage`. An error index, or 0.
-int32_t gage_readLine(const Tokens& tokens, int32_t gage);
+[[nodiscard]] int32_t gage_readLine(const Tokens& tokens, int32_t gage);
 
 /// Tests the gages in use, and links those that share a series; writes what is wrong to the report.
 void gage_validateAll();

@@ -38,7 +38,7 @@ struct LidUnitRange {
 };
 
 /// The units of a subcatchment; none for an index outside the table.
-inline LidUnitRange lidgroup_getUnits(int32_t subcatch) {
+[[nodiscard]] inline LidUnitRange lidgroup_getUnits(int32_t subcatch) {
     const LidGroup* group = LidGroups.find(subcatch);
     return {group ? group->firstUnit : -1};
 }

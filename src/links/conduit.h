@@ -53,13 +53,13 @@ void conduit_clear();
 void conduit_shiftFlows(Link& link, Conduit& conduit);
 
 /// Filled area (m2) at a depth (m).
-double conduit_getArea(const Conduit& conduit, double depth);
+[[nodiscard]] double conduit_getArea(const Conduit& conduit, double depth);
 
 /// Depth (m) at a volume (m3).
-double conduit_getDepth(const Conduit& conduit, double volume);
+[[nodiscard]] double conduit_getDepth(const Conduit& conduit, double volume);
 
 /// Water that stands in the conduit, m3.
-double conduit_getVolume(const Conduit& conduit);
+[[nodiscard]] double conduit_getVolume(const Conduit& conduit);
 
 /// Takes in what its upstream node offers, and delivers what leaves at this step.
 void conduit_update(Link& link, Conduit& conduit, const Offer& offer);

@@ -32,7 +32,7 @@ struct Passage {
 };
 
 /// Takes in a flow (m3/s) in this step, and delivers the one that leaves.
-Passage connection_passFlow(Link& link, Connection& connection, double flow);
+[[nodiscard]] Passage connection_passFlow(Link& link, Connection& connection, double flow);
 
 /// Takes in the load (kg/s) of a pollutant with it, and delivers the one that leaves.
 void connection_passLoad(Link& link, Connection& connection, const Passage& passage, int32_t pollutant, double load);

@@ -23,4 +23,4 @@ bool delayqueue_push(DelayQueue& queue, DateTime date, double value);
 
 /// The value at a date, and 0 before the first entry and after the last. Entries that the date has passed are dropped,
 /// but for the one just before it.
-double delayqueue_getValue(DelayQueue& queue, DateTime date);
+[[nodiscard]] double delayqueue_getValue(DelayQueue& queue, DateTime date);

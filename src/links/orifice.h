@@ -21,4 +21,4 @@ extern Table<Orifice> Orifices;
 [[nodiscard]] int32_t orifice_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
 
 /// Flow (m3/s) at a depth (m) in the tank.
-double orifice_getFlow(const Link& link, const Orifice& orifice, double depth);
+[[nodiscard]] double orifice_getFlow(const Link& link, const Orifice& orifice, double depth);

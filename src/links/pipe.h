@@ -36,12 +36,12 @@ struct alignas(64) Pipe {
 extern Table<Pipe> Pipes;
 
 /// Concentrations in a reach, mg/L, one per pollutant.
-inline double* pipe_newSegQual(const Pipe& pipe, int32_t reach) {
+[[nodiscard]] inline double* pipe_newSegQual(const Pipe& pipe, int32_t reach) {
     return pipe.storage + pipe.reachCount + static_cast<int64_t>(reach) * project_pollutantCount();
 }
 
 /// Reaches that are both wanted and there: a host may have changed `n` in the run.
-inline int32_t pipe_getReachCount(const Pipe& pipe) {
+[[nodiscard]] inline int32_t pipe_getReachCount(const Pipe& pipe) {
     return pipe.n < pipe.reachCount ? pipe.n : pipe.reachCount;
 }
 
@@ -82,11 +82,11 @@ void pipe_route(int32_t link, Pipe& pipe, double inflow, const double* concentra
 
 /// What a pipe delivers in the step that begins at `time` (ms): gives the flow (m3/s), and adds the loads (kg/s) to
 /// `loads`. Nothing before its first firing.
-double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* loads);
+[[nodiscard]] double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* loads);
 
 /// Whether any pipe floods now. Once a concentration of the run was no finite number the answer is yes: what doesn't
 /// flood then counts as well, as 0 times that.
-bool pipe_isAnyFlooding();
+[[nodiscard]] bool pipe_isAnyFlooding();
 
 /// Water in the reaches, m3.
-double pipe_getVolume(const Pipe& pipe);
+[[nodiscard]] double pipe_getVolume(const Pipe& pipe);

@@ -25,7 +25,7 @@ void pump_validate(const Link& link, const Pump& pump, bool isAtTank);
 void pump_initState(Link& link, Pump& pump);
 
 /// The target that the depth switches ask for at a depth (m) of the tank.
-double pump_getTarget(const Link& link, const Pump& pump, double depth);
+[[nodiscard]] double pump_getTarget(const Link& link, const Pump& pump, double depth);
 
 /// Flow (m3/s) at a depth (m) of the tank.
-double pump_getFlow(const Link& link, const Pump& pump, double depth);
+[[nodiscard]] double pump_getFlow(const Link& link, const Pump& pump, double depth);

@@ -34,8 +34,8 @@ struct Transect {
 };
 
 /// Prepares the points of a curve. Null without memory; the memory is the arena's.
-Transect* transect_make(Arena& arena, const CurvePoint* points, int32_t count);
+[[nodiscard]] Transect* transect_make(Arena& arena, const CurvePoint* points, int32_t count);
 
 /// Filled area (m2) and wetted perimeter (m) at a depth (m) above the lowest point; 0 without points.
-double transect_getArea(const Transect& transect, double depth);
-double transect_getPerimeter(const Transect& transect, double depth);
+[[nodiscard]] double transect_getArea(const Transect& transect, double depth);
+[[nodiscard]] double transect_getPerimeter(const Transect& transect, double depth);

@@ -27,7 +27,7 @@ void weir_initState(Weir& weir);
 
 /// The height (m) that sorts a weir among the outlets of its tank: the crest as setting and parameters place it. What
 /// the host overrides doesn't count here.
-double weir_getLevel(const Link& link, const Weir& weir);
+[[nodiscard]] double weir_getLevel(const Link& link, const Weir& weir);
 
 /// Flow (m3/s) at a depth (m) in the tank.
-double weir_getFlow(const Link& link, const Weir& weir, double depth);
+[[nodiscard]] double weir_getFlow(const Link& link, const Weir& weir, double depth);

@@ -203,7 +203,7 @@ constexpr double DRY_RATE = 7.056e-10;
 /// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
 [[nodiscard]] double project_getDate(double clock);
 
-inline int32_t project_pollutantCount() {
+[[nodiscard]] inline int32_t project_pollutantCount() {
     return ObjectCount[POLLUT];
 }
 

@@ -19,5 +19,5 @@ void topology_indexLinks();
 void topology_clear();
 
 /// Links that start, and links that end at a node; none before the links are sorted.
-LinkList topology_getOutgoing(int32_t node);
-LinkList topology_getIncoming(int32_t node);
+[[nodiscard]] LinkList topology_getOutgoing(int32_t node);
+[[nodiscard]] LinkList topology_getIncoming(int32_t node);

@@ -27,8 +27,8 @@ struct DwfInflow {
 };
 
 /// A line of [INFLOWS] or [DWFS]. An error index, or 0.
-int32_t inflows_readExternal(const Tokens& tokens);
-int32_t inflows_readDryWeather(const Tokens& tokens);
+[[nodiscard]] int32_t inflows_readExternal(const Tokens& tokens);
+[[nodiscard]] int32_t inflows_readDryWeather(const Tokens& tokens);
 
 /// Tests the patterns of a node's dry-weather inflows; writes what is wrong to the report.
 void inflows_validateDryWeather(int32_t node);
@@ -46,7 +46,7 @@ void inflows_applyExternal(DateTime date);
 void inflows_applyDryWeather(DateTime date);
 
 /// Value of a dry-weather record in an hour of the day: m3/s or mg/L.
-double inflows_dryWeatherValue(const DwfInflow& record, int32_t hour);
+[[nodiscard]] double inflows_dryWeatherValue(const DwfInflow& record, int32_t hour);
 
 /// The first record of a list with this pollutant (-1: the flow), or null.
-const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant);
+[[nodiscard]] const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant);

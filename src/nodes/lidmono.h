@@ -36,7 +36,7 @@ void lidmono_shiftState(int32_t kindIndex);
 void lidmono_step(int32_t node);
 
 /// The node of the drain, if it has one, into `targets`; gives their number.
-int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets);
+[[nodiscard]] int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets);
 
 /// Flow to the outgoing link, m3/s: over the surface, past the unit, and the drain if that has no node of its own.
 [[nodiscard]] double lidmono_getOutflow(const LidMono& mono);

@@ -34,11 +34,11 @@ struct Outlets {
 };
 
 /// Collects the outlets of a tank for a run. False without memory.
-bool outlets_make(Outlets& outlets, int32_t node);
+[[nodiscard]] bool outlets_make(Outlets& outlets, int32_t node);
 
 /// Works out the keys of the step: the crest of an orifice, the crest of a weir as its setting places it. True if one
 /// has changed since the levels were made.
-bool outlets_updateKeys(LevelList& list);
+[[nodiscard]] bool outlets_updateKeys(LevelList& list);
 
 /// Makes the levels from the keys.
 void outlets_makeLevels(LevelList& list);
@@ -47,7 +47,7 @@ void outlets_makeLevels(LevelList& list);
 void outlets_insertLevel(double* levels, int32_t& count, double value);
 
 /// Fills `members` with the outlets at a level; gives their number.
-int32_t outlets_findMembers(LevelList& list, double level);
+[[nodiscard]] int32_t outlets_findMembers(LevelList& list, double level);
 
 /// Flow (m3/s) of an outlet of the list by its law, at a depth (m) in the tank.
-double outlets_getFlow(const LevelList& list, int32_t place, double depth);
+[[nodiscard]] double outlets_getFlow(const LevelList& list, int32_t place, double depth);

@@ -60,12 +60,12 @@ struct Reactor {
 extern Table<Reactor> Reactors;
 
 /// Makes the arrays of parameters: no reaction, no pattern. False without memory.
-bool reactor_createArrays(Reactor& reactor);
+[[nodiscard]] bool reactor_createArrays(Reactor& reactor);
 
 /// A line of [REACTORS], [REACTORS_DECAY] or [REACTORS_EMPTYING]. An error index, or 0.
 [[nodiscard]] int32_t reactor_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
-int32_t reactor_readDecay(const Tokens& tokens);
-int32_t reactor_readEmptying(const Tokens& tokens);
+[[nodiscard]] int32_t reactor_readDecay(const Tokens& tokens);
+[[nodiscard]] int32_t reactor_readEmptying(const Tokens& tokens);
 
 /// Tests a reactor when all is read; writes what is wrong to the report.
 void reactor_validate(const Node& node, const Reactor& reactor);
@@ -75,14 +75,15 @@ void reactor_endState(Reactor& reactor);
 void reactor_shiftState(Reactor& reactor);
 
 /// Water in store at the start of a run, m3.
-double reactor_getInitVolume(const Reactor& reactor);
+[[nodiscard]] double reactor_getInitVolume(const Reactor& reactor);
 
 /// Takes in the inflow of the node in this step, treats it, and sends surplus and emptying to their nodes. Sets
 /// newOutflow and the node's newQual, which the outgoing link takes.
 void reactor_update(Node& node, Reactor& reactor);
 
 /// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction in an hour of the day.
-double reactor_react(const Reactor& reactor, int32_t pollutant, double concentration, double seconds, int32_t hour);
+[[nodiscard]] double reactor_react(const Reactor& reactor, int32_t pollutant, double concentration, double seconds,
+                                   int32_t hour);
 
 /// Statistics: made and zeroed for a run, added to after each step, and emptied by pollutant.
 void reactor_openStatistics();

@@ -36,6 +36,6 @@ void splitter_shiftState(Splitter& splitter);
 void splitter_divide(Splitter& splitter, double inflow);
 
 /// The part of an inflow (m3/s) that one of the two links gets.
-inline double splitter_getFlow(const Splitter& splitter, double inflow, int32_t link) {
+[[nodiscard]] inline double splitter_getFlow(const Splitter& splitter, double inflow, int32_t link) {
     return splitter.link == link ? splitter.newFlow : inflow - splitter.newFlow;
 }

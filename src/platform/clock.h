@@ -4,4 +4,4 @@
 #include <cstdint>
 
 /// Microseconds of the current second of a clock that counts finely.
-uint32_t clock_getMicroseconds();
+[[nodiscard]] uint32_t clock_getMicroseconds();

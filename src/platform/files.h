@@ -19,7 +19,7 @@ struct PathParts {
 
 /// Cuts a file name into its parts: "X:" in front is the drive, '/' and '\' both end a folder, and the extension begins
 /// at the last point of the last component.
-PathParts files_splitPath(const std::string& path);
+[[nodiscard]] PathParts files_splitPath(const std::string& path);
 
 /// Opens for reading, bytes as they are; null also for a directory, which some systems would open.
 std::FILE* files_openForReading(const char* path);
@@ -31,10 +31,10 @@ void files_seek(std::FILE* file, int64_t position);
 bool files_delete(const char* path);
 
 /// Whether something of this name is there, a file or a folder.
-bool files_exists(const std::string& path);
+[[nodiscard]] bool files_exists(const std::string& path);
 
 /// The file of the program that this process runs; empty if the system doesn't tell.
-std::string files_getProgramPath();
+[[nodiscard]] std::string files_getProgramPath();
 
 enum CopyResult : int32_t {
     COPY_DONE,
@@ -43,4 +43,4 @@ enum CopyResult : int32_t {
 };
 
 /// Copies a file byte for byte to a new one, which nobody but the user may read.
-CopyResult files_copy(const std::string& source, const std::string& target);
+[[nodiscard]] CopyResult files_copy(const std::string& source, const std::string& target);

@@ -6,7 +6,7 @@ using LibraryHandle = void*;
 
 /// Loads the library in exactly this file; a name without a folder means the current one, never a search through the
 /// folders of the system. Null if it can't be loaded. What the library defines is seen by nobody else.
-LibraryHandle library_load(const char* path);
+[[nodiscard]] LibraryHandle library_load(const char* path);
 
 /// Lets go of a library; what was found in it must not be called any more.
 void library_release(LibraryHandle library);

@@ -5,7 +5,7 @@
 
 /// Whether `bytes` more would fit into the memory of the machine and of the process's control group, once the
 /// `promised` bytes that the process asked for before are all in use: the machine counts only those that were touched.
-bool memory_isAvailable(size_t bytes, size_t promised);
+[[nodiscard]] bool memory_isAvailable(size_t bytes, size_t promised);
 
 /// Asks the system to hold a table in large pages, so that walks that jump through it need fewer look-ups of addresses.
 /// Called before the table is first written; a small one stays as it is.

@@ -7,4 +7,4 @@
 void options_setDefaults();
 
 /// Takes one key and its value. An error index, or 0.
-int32_t options_read(const char* key, const char* value);
+[[nodiscard]] int32_t options_read(const char* key, const char* value);

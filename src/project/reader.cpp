@@ -80,7 +80,8 @@ static int32_t countCoupledNode(int32_t kind, const char* word) {
     return addName(NODE, word);
 }
 
-int32_t reader_countLine(int32_t number, const char* word) {
+/// Takes the first word of a line of a section in the first pass. An error index, or 0.
+static int32_t countLine(int32_t number, const char* word) {
     const Section& section = Sections[number];
     switch (section.countRule) {
         case COUNT_OBJECT: return addName(section.type, word);
@@ -120,12 +121,13 @@ static int32_t countNextLine(char* line, int32_t& section, int32_t& pending) {
         const Tokens tokens = tokens_split(line);
         pending = tokens.count < 2 ? ERR_NONE : options_read(tokens[0], tokens[1]);
     } else if (section >= 0) {
-        pending = reader_countLine(section, word);
+        pending = countLine(section, word);
     }
     return pending;
 }
 
-void reader_countObjects() {
+/// First pass: counts and names all objects, and takes the general options.
+static void countObjects() {
     if (ErrorCode) {
         return;
     }
@@ -239,7 +241,8 @@ static void storeDescription(const char* rawLine) {
     }
 }
 
-int32_t reader_parseLine(const Tokens& tokens, int32_t number, const char* rawLine) {
+/// Takes the line, which stands as `rawLine` in the file, in the second pass. An error index, or 0.
+static int32_t parseLine(const Tokens& tokens, int32_t number, const char* rawLine) {
     const Section& section = Sections[number];
     switch (section.countRule) {
         case COUNT_NODE: return parseNode(tokens, section.type);
@@ -305,7 +308,7 @@ static int32_t readLines() {
             section = found;
             continue;
         }
-        const int32_t error = reader_parseLine(tokens, section, line);
+        const int32_t error = parseLine(tokens, section, line);
         if (error && ++errorCount > MAX_ERRORS) {
             reportfile_writeLine("\n  Maximum error count exceeded.");
             break;
@@ -317,7 +320,8 @@ static int32_t readLines() {
     return errorCount;
 }
 
-void reader_readData() {
+/// Second pass: fills the tables.
+static void readData() {
     if (ErrorCode) {
         return;
     }
@@ -354,9 +358,9 @@ static void setDuration() {
 
 void reader_readProject() {
     names_clear();
-    reader_countObjects();
+    countObjects();
     objects_create();
-    reader_readData();
+    readData();
     if (!ErrorCode) {
         setDuration();
     }

@@ -35,4 +35,4 @@ struct Section {
 extern const Section Sections[SECTION_COUNT];
 
 /// Number of a section by its name in brackets, or -1.
-int32_t sections_find(const char* name);
+[[nodiscard]] int32_t sections_find(const char* name);

@@ -95,7 +95,7 @@ static void resetInflowSeries() {
     }
 }
 
-int32_t validation_setStartState() {
+void validation_setStartState() {
     Evap.rate = 0.0;
     massbal_open();
     lidgroup_initAll();
@@ -110,5 +110,4 @@ int32_t validation_setStartState() {
     for (Link& link : Links) {
         linkkinds_initState(link);
     }
-    return ErrorCode;
 }

@@ -40,8 +40,8 @@ struct WashoffBalance {
 struct FlowTotalsRecord;
 struct QualTotalsRecord;
 
-RunoffBalance massbal_closeRunoff();
-WashoffBalance massbal_closeWashoff(int pollutant);
+[[nodiscard]] RunoffBalance massbal_closeRunoff();
+[[nodiscard]] WashoffBalance massbal_closeWashoff(int pollutant);
 
 /// The totals of the network with all that is stored at the end, and their continuity error, %. The running totals
 /// stay as they are, so a second report prints the same; only the loads that seeped away and reacted in reactors are 0

@@ -41,14 +41,14 @@ struct RowTable {
 extern const RowTable RowTables[RESULT_TABLE_COUNT];
 
 /// Values in a row of a table.
-int32_t rows_getLength(int32_t table);
+[[nodiscard]] int32_t rows_getLength(int32_t table);
 
 /// Objects that have a row in a table.
-int32_t rows_getObjectCount(int32_t table);
+[[nodiscard]] int32_t rows_getObjectCount(int32_t table);
 
 /// Objects of the class of a table, and whether one of them has its row there.
-int32_t rows_getClassSize(int32_t table);
-bool rows_holds(int32_t table, int32_t object);
+[[nodiscard]] int32_t rows_getClassSize(int32_t table);
+[[nodiscard]] bool rows_holds(int32_t table, int32_t object);
 
 /// ID of an object of a table, by its index in its class.
 const char* rows_getName(int32_t table, int32_t object);

@@ -7,12 +7,12 @@
 #include "text/units.h"
 
 /// The value at the fraction `f` (0 ... 1) of the way from the old state to the new one.
-inline double rowvalues_mix(double f, double oldValue, double newValue) {
+[[nodiscard]] inline double rowvalues_mix(double f, double oldValue, double newValue) {
     return (1.0 - f) * oldValue + f * newValue;
 }
 
 /// Runoff (m3/s) of an area (m2) as results show it: what is less than a trickle is none.
-inline double rowvalues_hideTrickle(double runoff, double area) {
+[[nodiscard]] inline double rowvalues_hideTrickle(double runoff, double area) {
     return runoff < area * DRY_RATE ? 0.0 : runoff;
 }
 

@@ -8,16 +8,16 @@
 void sqltext_appendNumber(std::string& text, float value);
 
 /// Whether a name between two apostrophes is one whole literal: each apostrophe in it belongs to an adjacent pair.
-bool sqltext_isLiteral(const char* name);
+[[nodiscard]] bool sqltext_isLiteral(const char* name);
 
 /// Whether a name can be nothing but a word, or several, in the list of columns of a table: it opens no literal, no
 /// bracket, no comment and no further column, and it doesn't tell the table what to do with rows that clash.
-bool sqltext_isColumn(const char* name);
+[[nodiscard]] bool sqltext_isColumn(const char* name);
 
 /// How many semicolons end a statement in a text, those in literals, quoted names, variables and comments left out.
-int32_t sqltext_countEnds(const char* text);
+[[nodiscard]] int32_t sqltext_countEnds(const char* text);
 
 /// How often a word stands in the text outside of literals and comments, whatever its case.
-int32_t sqltext_countWords(const char* text, const char* word);
+[[nodiscard]] int32_t sqltext_countWords(const char* text, const char* word);
 
-bool sqltext_hasWord(const char* text, const char* word);
+[[nodiscard]] bool sqltext_hasWord(const char* text, const char* word);

@@ -13,7 +13,7 @@
 [[nodiscard]] int32_t linkkinds_readLine(const Tokens& tokens, int32_t kind, int32_t link, int32_t kindIndex);
 
 /// The decay of a link that holds water, one record per pollutant; null for the other kinds.
-Decay* linkkinds_findDecay(const Link& link);
+[[nodiscard]] Decay* linkkinds_findDecay(const Link& link);
 
 /// Tests a link when all is read; writes what is wrong to the report.
 void linkkinds_validate(const Link& link);
@@ -40,7 +40,7 @@ void linkkinds_addDelivery(const VisitLink& link, Node& node);
 
 /// What a link delivers in a step into an outside model: the flow, m3/s, and the loads, kg/s, in place of the zeros of
 /// `loads`.
-double linkkinds_deliver(int32_t link, double* loads);
+[[nodiscard]] double linkkinds_deliver(int32_t link, double* loads);
 
 /// Hands the outflows of a node's model to the links that the records name.
 void linkkinds_feed(int32_t node, const OutsideNode& outside, const OutsideTotals& totals);

@@ -10,4 +10,4 @@ struct LoopCheck {
     int64_t visits;        ///< edges looked at
 };
 
-LoopCheck loops_check();
+[[nodiscard]] LoopCheck loops_check();

@@ -16,25 +16,25 @@
 const char* const* nodekinds_getRecordWords(int32_t kind);
 
 /// The decay of a node that stores water, one record per pollutant; null for the other kinds.
-Decay* nodekinds_findDecay(const Node& node);
+[[nodiscard]] Decay* nodekinds_findDecay(const Node& node);
 
 /// The initial concentrations of a node that stores water, mg/L, one per pollutant; null for the other kinds.
-double* nodekinds_findInitialQuality(const Node& node);
+[[nodiscard]] double* nodekinds_findInitialQuality(const Node& node);
 
 /// Tests a node when all is read; writes what is wrong to the report.
 void nodekinds_validate(int32_t node);
 
 /// What must hold of the links that start at a node of a kind.
 enum OutletRule : int32_t { OUTLETS_ANY, OUTLETS_NONE, OUTLETS_ONE, OUTLETS_SOME, OUTLETS_OF_TANK };
-OutletRule nodekinds_getOutletRule(int32_t kind);
+[[nodiscard]] OutletRule nodekinds_getOutletRule(int32_t kind);
 
 /// Nodes that a node discharges into without a link: those of a reactor's surplus and emptying, that of a LID monomer's
 /// drain. Fills `targets` as the order meets them, a reactor with one node for both naming it twice; gives their
 /// number.
-int32_t nodekinds_getDirectEdges(int32_t node, int32_t targets[2]);
+[[nodiscard]] int32_t nodekinds_getDirectEdges(int32_t node, int32_t targets[2]);
 
 /// The same, the different ones only.
-int32_t nodekinds_getDirectTargets(int32_t node, int32_t targets[2]);
+[[nodiscard]] int32_t nodekinds_getDirectTargets(int32_t node, int32_t targets[2]);
 
 /// Puts a node to time zero, and lets go of what it holds for the run.
 void nodekinds_initState(int32_t node);

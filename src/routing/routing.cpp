@@ -23,9 +23,9 @@
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
-int32_t routing_open() {
+void routing_open() {
     if (!nodekinds_startEngines()) {
-        return ErrorCode;
+        return;
     }
     linkkinds_openRun();
     inflows_openRun();
@@ -33,11 +33,10 @@ int32_t routing_open() {
     SortedNodes = arena_allocateArray<int32_t>(RunArena, Nodes.size());
     if (!SortedNodes) {
         errors_report(ERR_MEMORY, "");
-        return ErrorCode;
+        return;
     }
     network_sortNodes();
     visits_open();
-    return ErrorCode;
 }
 
 void routing_close() {

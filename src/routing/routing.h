@@ -5,10 +5,8 @@
 //
 // The routing step: one pass of water and pollutants through the network.
 
-#include <cstdint>
-
-/// Prepares a run: lists, clocks and sums, and the order of the nodes. The current error.
-int32_t routing_open();
+/// Prepares a run: lists, clocks and sums, and the order of the nodes. A failure is the current error.
+void routing_open();
 
 /// Lets go of what nodes and links hold for the run.
 void routing_close();

@@ -43,8 +43,8 @@ void visits_open();
 /// Forgets them.
 void visits_close();
 
-VisitLinkList visits_getIncoming(const Visit& visit);
-VisitLinkList visits_getOutgoing(const Visit& visit);
+[[nodiscard]] VisitLinkList visits_getIncoming(const Visit& visit);
+[[nodiscard]] VisitLinkList visits_getOutgoing(const Visit& visit);
 
 /// Asks for the memory that visits soon behind this place will need; of the links, for what those soon behind this one
 /// will.
