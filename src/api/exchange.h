@@ -6,7 +6,6 @@
 //
 // What the exchange functions share: their codes, and names to rows.
 
-#include <cstddef>
 #include <cstdint>
 
 #include "model/project.h"

@@ -19,7 +19,6 @@
 #include "nodes/reactor.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
-#include "text/datetime.h"
 #include "text/number.h"
 
 /// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins

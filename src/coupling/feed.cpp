@@ -11,7 +11,6 @@
 #include "links/connection.h"
 #include "links/link.h"
 #include "links/pipe.h"
-#include "model/arena.h"
 #include "text/units.h"
 
 /// Counts what a record gives to the network in this step.

@@ -4,7 +4,6 @@
 #include "hydrology/lidunit.h"
 
 #include <algorithm>
-#include <iterator>
 
 #include "model/errors.h"
 #include "model/project.h"

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"

@@ -55,7 +55,7 @@ void conduit_shiftFlows(Link& link, Conduit& conduit);
 /// Filled area (m2) at a depth (m).
 [[nodiscard]] double conduit_getArea(const Conduit& conduit, double depth);
 
-/// Depth (m) at a volume (m3).
+/// For tests: depth (m) at a volume (m3).
 [[nodiscard]] double conduit_getDepth(const Conduit& conduit, double volume);
 
 /// Water that stands in the conduit, m3.

@@ -4,7 +4,6 @@
 #include "links/delayqueue.h"
 
 #include <cmath>
-#include <cstring>
 
 #include "model/arena.h"
 

@@ -6,7 +6,6 @@
 #include "model/arena.h"
 
 #include <cstdlib>
-#include <cstring>
 
 #include "platform/memory.h"
 

@@ -27,5 +27,5 @@ extern Table<Pattern> Patterns;
 /// too. 1.0 for an index outside the table.
 [[nodiscard]] double pattern_getFactor(int32_t pattern, int32_t hour);
 
-/// The same in the hour of a date. Who asks for many objects at one date works its hour out once.
+/// For tests: the same in the hour of a date. A step works its hour out once for all that ask.
 [[nodiscard]] double pattern_hourlyFactor(int32_t pattern, DateTime date);

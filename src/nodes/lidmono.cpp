@@ -4,7 +4,6 @@
 
 #include "nodes/lidmono.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "hydrology/evap.h"

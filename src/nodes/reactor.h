@@ -5,7 +5,6 @@
 
 #include "links/delayqueue.h"
 #include "model/project.h"
-#include "text/datetime.h"
 #include "text/tokens.h"
 
 enum ReactorType : int32_t { CSTR, PFR };

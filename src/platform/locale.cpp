@@ -4,7 +4,6 @@
 #include "platform/locale.h"
 
 #if defined(_WIN32)
-#include <cstring>
 
 NumberLocale::NumberLocale() : oldMode(_configthreadlocale(_ENABLE_PER_THREAD_LOCALE)), oldName{} {
     if (const char* name = setlocale(LC_NUMERIC, nullptr)) {

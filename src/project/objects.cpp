@@ -34,7 +34,6 @@
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "platform/memory.h"
-#include "results/massbal.h"
 #include "routing/linkkinds.h"
 
 template <class Record>

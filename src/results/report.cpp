@@ -6,7 +6,6 @@
 #include "model/pollut.h"
 #include "model/project.h"
 #include "model/reportfile.h"
-#include "nodes/outfall.h"
 #include "results/massbal.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"

@@ -6,7 +6,6 @@
 #include "model/project.h"
 #include "model/reportfile.h"
 #include "nodes/outfall.h"
-#include "nodes/splitter.h"
 #include "results/tablewriter.h"
 
 void tables_writeNodes() {

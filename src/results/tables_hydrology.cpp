@@ -3,7 +3,6 @@
 #include "hydrology/gage.h"
 #include "hydrology/subcatch.h"
 #include "model/pollut.h"
-#include "model/project.h"
 #include "model/reportfile.h"
 #include "results/tables.h"
 #include "results/tablewriter.h"

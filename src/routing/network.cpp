@@ -4,7 +4,6 @@
 
 #include "routing/network.h"
 
-#include <algorithm>
 #include <new>
 #include <optional>
 

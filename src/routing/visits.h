@@ -2,7 +2,6 @@
 // The visits of a step: the nodes in their order, each with the links that enter and leave it. The order stands for the
 // whole run, so all that a visit will need is listed ahead of time.
 
-#include <cstddef>
 #include <cstdint>
 
 #include "model/table.h"
