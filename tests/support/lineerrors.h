@@ -8,7 +8,8 @@
 
 #include "support/project.h"
 
-/// A message about line `number` of a file; `line` has its end.
+/// A message about line `number` of a file; `line` has its end. The blank after the word that a message shows may be
+/// left out, unless this word is empty.
 inline std::string lineError(const std::string& message, long number, const std::string& section,
                              const std::string& line) {
     const std::string gap = message.back() == '.' || message.back() == ' ' ? "" : " ";
