@@ -200,7 +200,7 @@ TEST_F(Direct, MassBalanceErrorsShowBetweenEndAndClose) {
     ASSERT_EQ(tarnvelde_end(), 0);
     EXPECT_EQ(tarnvelde_getMassBalErr(&runoff, &flow, &quality), 0);
     tarnvelde_close();
-    const std::string report = project.project.getReport();
+    const std::string report = project.getReport();
     const auto readError = [&](const char* table) {
         const std::string line = "Continuity Error (%)";
         return std::stod(report.substr(report.find(line, report.find(table)) + line.size()));

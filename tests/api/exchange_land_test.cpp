@@ -22,7 +22,7 @@ std::string getLand(const std::string& subcatch) {
 
 /// A started run.
 struct Land {
-    ProjectFile file;
+    Project file;
 
     explicit Land(const std::string& subcatch) : file(getLand(subcatch)) {
         EXPECT_EQ(file.open(), 0) << file.getReport();

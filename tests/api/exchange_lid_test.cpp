@@ -15,7 +15,7 @@ constexpr double MM_PER_HOUR = 1.0 / 3600000.0;  ///< in m/s
 
 /// A started run of node M with a control, between a junction and an outfall.
 struct Mono {
-    ProjectFile file;
+    Project file;
 
     /// `node` is what follows the control on the node's line: gage, area, width, saturation, share.
     Mono(const std::string& layers, const std::string& node, const std::string& more = "")

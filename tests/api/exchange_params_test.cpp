@@ -42,7 +42,7 @@ class Params : public ::testing::Test {
 protected:
     AllKinds project;
 
-    void SetUp() override { ASSERT_EQ(project.open(), 0) << project.project.getReport(); }
+    void SetUp() override { ASSERT_EQ(project.open(), 0) << project.getReport(); }
 };
 
 }  // namespace
@@ -143,16 +143,16 @@ TEST_F(Params, OfALinkAreSetByTheNodeInItsPlace) {
 // The kind of the link itself never counts: the row at its place among its own kind is written, in the table of the
 // kind wanted.
 TEST(ParamsOfLinks, WriteTheTableOfTheKindWanted) {
-    ProjectFile file(getGeneral(4) +
-                     "[JUNCTIONS]\nJ\nK\n[OUTFALLS]\nO\n[PIPES]\nP1 J K NO 300 1 0 0\nP2 K O NO 300 1 0.1 0\n");
+    Project file(getGeneral(4) +
+                 "[JUNCTIONS]\nJ\nK\n[OUTFALLS]\nO\n[PIPES]\nP1 J K NO 300 1 0 0\nP2 K O NO 300 1 0.1 0\n");
     ASSERT_EQ(file.open(), 0) << file.getReport();
     EXPECT_EQ(tarnvelde_setParam(8, "P2", 2, 0.3), 0);  // junction K is the second node
     EXPECT_EQ(get(8, "P2", 2), 0.3);
     EXPECT_EQ(tarnvelde_setParam(9, "P2", 0, 1.0), -1);  // no tank stands there
 
-    ProjectFile other(getGeneral(4) +
-                      "[OUTFALLS]\nO\n[JUNCTIONS]\nJ\nK\n[CONNECTIONS]\nC1 J K NO 60\nC2 K O NO 120\n"
-                      "[PIPES]\nP J O YES 300 1 0.1 0\n");
+    Project other(getGeneral(4) +
+                  "[OUTFALLS]\nO\n[JUNCTIONS]\nJ\nK\n[CONNECTIONS]\nC1 J K NO 60\nC2 K O NO 120\n"
+                  "[PIPES]\nP J O YES 300 1 0.1 0\n");
     other.open();  // a junction with two outlets is refused, and the tables are there all the same
     EXPECT_EQ(tarnvelde_setParam(8, "C2", 2, 0.4), -1);  // no second pipe
     EXPECT_EQ(tarnvelde_setParam(8, "C1", 2, 0.4), -1);  // beside an outfall
@@ -163,10 +163,9 @@ TEST(ParamsOfLinks, WriteTheTableOfTheKindWanted) {
 }
 
 TEST(ParamsOfLinks, LinksBeyondTheNodesFail) {
-    ProjectFile file(
-        getGeneral(4) +
-        "[SPLITTERS]\nS P1 FLOW 1\n[OUTFALLS]\nO\n[PIPES]\nP1 S O NO 300 1 0 0\nP2 S O NO 300 1 0 0\nP3 S O "
-        "YES 300 1 0.2 0\n");
+    Project file(getGeneral(4) +
+                 "[SPLITTERS]\nS P1 FLOW 1\n[OUTFALLS]\nO\n[PIPES]\nP1 S O NO 300 1 0 0\nP2 S O NO 300 1 0 0\nP3 S O "
+                 "YES 300 1 0.2 0\n");
     file.open();
     EXPECT_EQ(tarnvelde_setParam(8, "P3", 2, 0.3), -1);
     EXPECT_EQ(get(8, "P3", 2), 0.2);

@@ -41,7 +41,7 @@ protected:
 
 /// A run of steps of 60 s.
 struct StartedRun {
-    ProjectFile file;
+    Project file;
 
     explicit StartedRun(const std::string& text) : file(getGeneral(20) + text) {
         EXPECT_EQ(file.open(), 0) << file.getReport();

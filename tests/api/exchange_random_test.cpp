@@ -18,7 +18,7 @@ namespace {
 class RandomHost {
 public:
     explicit RandomHost(unsigned seed) : random(seed) {
-        broken.project.folder.write("a.inp", "not a model\n");
+        broken.folder.write("a.inp", "not a model\n");
         unsetenv("TARNVELDE_ENGINE_LOG");
         tarnvelde_initSwmmDll(TARNVELDE_ENGINE_FOLDER, project.copies.c_str());
         tarnvelde_initVornDll(TARNVELDE_ENGINE_FOLDER, project.copies.c_str());
@@ -33,7 +33,7 @@ public:
         } else if (dice < 48) {
             // A refused call of the life cycle blocks all steps, until a project is opened anew.
             if (tarnvelde_step(pick(10) ? &number : nullptr) != 0 && pick(2)) {
-                restart(project.project);
+                restart(project);
             }
         } else {
             calls[static_cast<size_t>(pick(static_cast<int>(calls.size())))]();
@@ -81,7 +81,7 @@ private:
     const char* node() { return pick(2) ? "SW" : id(); }
 
     void callLifeCycle(int dice) {
-        ProjectFile& file = pick(8) ? project.project : broken.project;
+        Project& file = pick(8) ? project : broken;
         switch (dice) {
             case 0: tarnvelde_start(pick(4)); break;
             case 1: tarnvelde_end(); break;
@@ -117,7 +117,7 @@ private:
     }
 
     /// Else most calls would meet a closed project.
-    static void restart(ProjectFile& file) {
+    static void restart(Project& file) {
         if (file.open() == 0) {
             tarnvelde_start(1);
         }

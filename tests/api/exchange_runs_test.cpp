@@ -137,11 +137,11 @@ TEST(ParamsOfKinds, AreNotSetForObjectsOfAnotherKind) {
 // The tank holds 10 kg of A, and the host doubles its water: -100 %. Of B the pipe loses what comes in the second of
 // two steps: 50 %. The figure held keeps its sign, so that any later error is above one below 0.
 TEST(BalanceErrorsOfPollutants, AreToldByTheLastAboveTheFigureHeld) {
-    ProjectFile file(getGeneral(2) +
-                     "[JUNCTIONS]\nJ\n[TANKS]\nT SHAPE 10 1\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 60 1 0 0\n"
-                     "[WEIRS]\nW T O NO RECTANGULAR 1.86 1 9 0\n[CURVES]\nSHAPE TANK 0 1000 20 1000\n"
-                     "[POLLUTANTS]\nA 0\nB 0\n[INITIAL_CONCENTRATION]\nT x A 10\n"
-                     "[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\nJ MASS B 0.003 \"\" 1\n");
+    Project file(getGeneral(2) +
+                 "[JUNCTIONS]\nJ\n[TANKS]\nT SHAPE 10 1\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 60 1 0 0\n"
+                 "[WEIRS]\nW T O NO RECTANGULAR 1.86 1 9 0\n[CURVES]\nSHAPE TANK 0 1000 20 1000\n"
+                 "[POLLUTANTS]\nA 0\nB 0\n[INITIAL_CONCENTRATION]\nT x A 10\n"
+                 "[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\nJ MASS B 0.003 \"\" 1\n");
     ASSERT_EQ(file.open(), 0) << file.getReport();
     ASSERT_EQ(tarnvelde_start(0), 0);
     ASSERT_EQ(tarnvelde_setTankDepth("T", 2.0), 0);

@@ -178,7 +178,7 @@ TEST(ExchangeStates, CallsAfterAFailedOpenDoNoHarm) {
 
 TEST(ExchangeStates, AllWorkBeforeTheStart) {
     AllKinds project;
-    ASSERT_EQ(project.open(), 0) << project.project.getReport();
+    ASSERT_EQ(project.open(), 0) << project.getReport();
     expectAllWork(getEntries());
     for (const CodedObject& object : CODED_OBJECTS) {
         for (int32_t code = 0; code < object.resultCount; ++code) {

@@ -46,9 +46,9 @@ protected:
 // --- parameters ----------------------------------------------------------------------------------------------------
 
 TEST(ParamsOfPumps, StartUpAndShutOffDepth) {
-    ProjectFile file(getGeneral(4) +
-                     "[TANKS]\nT SHAPE 10 2\n[OUTFALLS]\nO\n[PUMPS]\nPU T O DUTY NO OFF 3 0.5\n"
-                     "[CURVES]\nSHAPE TANK 0 1000 20 1000\nDUTY PUMP2 0 0.05 20 0.05\n");
+    Project file(getGeneral(4) +
+                 "[TANKS]\nT SHAPE 10 2\n[OUTFALLS]\nO\n[PUMPS]\nPU T O DUTY NO OFF 3 0.5\n"
+                 "[CURVES]\nSHAPE TANK 0 1000 20 1000\nDUTY PUMP2 0 0.05 20 0.05\n");
     ASSERT_EQ(file.open(), 0) << file.getReport();
     EXPECT_EQ(get(9, "PU", 0, -1), 0.0);
     EXPECT_EQ(get(9, "PU", 1, -1), 3.0);
@@ -57,8 +57,8 @@ TEST(ParamsOfPumps, StartUpAndShutOffDepth) {
 
 // K is 60 s, and the first firing gets 0.3 m3/s into an empty reach: O = I dt/2 / (K + dt/2), with dt the period.
 TEST(ParamsOfPipes, KActsAtOnceAndThePeriodFollowsAtTheNextStart) {
-    ProjectFile file(getGeneral(10) +
-                     "[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 60 1 0 0\n[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\n");
+    Project file(getGeneral(10) +
+                 "[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 60 1 0 0\n[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\n");
     ASSERT_EQ(file.open(), 0) << file.getReport();
     ASSERT_EQ(tarnvelde_start(0), 0);
     ASSERT_EQ(tarnvelde_setParam(8, "P", 0, 120.0), 0);
@@ -136,9 +136,9 @@ TEST_F(HostValues, HostInflowsSurviveTheEndAndNotTheNextOpen) {
 // A pipe of four steps that fires in the second one. The flow set before the fourth step is old and new flow in it, so
 // that its load is 10 mg/L in full; were it the new one only, a quarter would still be the flow of the firing.
 TEST(LinkFlow, StandsUntilTheNextFiring) {
-    ProjectFile file(getGeneral(10) +
-                     "[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 240 1 0 0\n[POLLUTANTS]\nB 0\n"
-                     "[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\nJ MASS B 0.003 \"\" 1\n");
+    Project file(getGeneral(10) +
+                 "[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 240 1 0 0\n[POLLUTANTS]\nB 0\n"
+                 "[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\nJ MASS B 0.003 \"\" 1\n");
     ASSERT_EQ(file.open(), 0) << file.getReport();
     ASSERT_EQ(tarnvelde_start(0), 0);
     step(3);
@@ -153,10 +153,10 @@ TEST(LinkFlow, StandsUntilTheNextFiring) {
 // Rain of one hour, in samples of one hour: the event ends two minutes and an hour before the sample that closes it,
 // at 0:58. The clock is a millisecond ahead. The second event begins at 3:00.
 TEST(RainEvents, BeginAndEndOfAnEvent) {
-    ProjectFile file(getGeneral(300) +
-                     "EVENT_INTERVAL 2\n[RAINGAGES]\nG INTENSITY 1:00 RAIN\n[OUTFALLS]\nO\n"
-                     "[SUBCATCHS]\nS G O 1 100 50 2 0.01 0.1 1 3 50 6 4 5 30\n"
-                     "[TIMESERIES]\nRAIN 2021/03/01 0:00 36 1:00 0 2:00 0 3:00 36 4:00 0 5:00 0 6:00 0\n");
+    Project file(getGeneral(300) +
+                 "EVENT_INTERVAL 2\n[RAINGAGES]\nG INTENSITY 1:00 RAIN\n[OUTFALLS]\nO\n"
+                 "[SUBCATCHS]\nS G O 1 100 50 2 0.01 0.1 1 3 50 6 4 5 30\n"
+                 "[TIMESERIES]\nRAIN 2021/03/01 0:00 36 1:00 0 2:00 0 3:00 36 4:00 0 5:00 0 6:00 0\n");
     ASSERT_EQ(file.open(), 0) << file.getReport();
     EXPECT_EQ(tarnvelde_isInEvent("G"), 0);  // the events are found at the start
     ASSERT_EQ(tarnvelde_start(0), 0);
@@ -172,7 +172,7 @@ TEST(RainEvents, BeginAndEndOfAnEvent) {
 }
 
 TEST(Dates, WithTimes) {
-    ProjectFile file(
+    Project file(
         "[GENERAL]\nSTART_DATE 2021/03/01\nSTART_TIME 6:00\nEND_DATE 2021/03/02\nEND_TIME 18:00\n"
         "ROUTING_STEP 0:01:30\n[OUTFALLS]\nO\n");
     ASSERT_EQ(file.open(), 0) << file.getReport();
@@ -187,9 +187,9 @@ TEST(Dates, WithTimes) {
 // The first pass ends with an error, before the dates are put together: the start is that of a project without options,
 // 1 January 2020. The step was read.
 TEST(Dates, OfAnOpenThatFailed) {
-    ProjectFile good(getGeneral(4) + "[OUTFALLS]\nO\n");
+    Project good(getGeneral(4) + "[OUTFALLS]\nO\n");
     ASSERT_EQ(good.open(), 0);
-    ProjectFile bad(getGeneral(4) + "[OUTFALLS]\nO\nO\n");
+    Project bad(getGeneral(4) + "[OUTFALLS]\nO\nO\n");
     ASSERT_EQ(bad.open(), 200);
     double start = 7.0, end = 7.0, seconds = 7.0;
     EXPECT_EQ(tarnvelde_getDateTime(&start, &end), 0);
@@ -206,9 +206,9 @@ namespace {
 /// Two steps of 18 m3 each; J's load comes in the second one alone. That is the step in which the pipe fires, and what
 /// comes in it gets lost: half of the water, and all of the load.
 struct Balance {
-    ProjectFile file{getGeneral(2) +
-                     "[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 60 1 0 0\n[POLLUTANTS]\nJ 0\n"
-                     "[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\n"};
+    Project file{getGeneral(2) +
+                 "[JUNCTIONS]\nJ\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 60 1 0 0\n[POLLUTANTS]\nJ 0\n"
+                 "[INFLOWS]\nJ FLOW FLOW 0.3 \"\" 1\n"};
 
     Balance() {
         EXPECT_EQ(file.open(), 0) << file.getReport();

@@ -11,9 +11,9 @@ namespace {
 
 class Weir : public ::testing::Test {
 protected:
-    ProjectFile file{getGeneral(20) +
-                     "[TANKS]\nT SHAPE 10 2\n[OUTFALLS]\nO\n[WEIRS]\nW T O NO RECTANGULAR 1.86 0.5 1 0.4\n"
-                     "[CURVES]\nSHAPE TANK 0 1000 20 1000\n"};
+    Project file{getGeneral(20) +
+                 "[TANKS]\nT SHAPE 10 2\n[OUTFALLS]\nO\n[WEIRS]\nW T O NO RECTANGULAR 1.86 0.5 1 0.4\n"
+                 "[CURVES]\nSHAPE TANK 0 1000 20 1000\n"};
 
     void SetUp() override {
         ASSERT_EQ(file.open(), 0) << file.getReport();

@@ -215,8 +215,8 @@ TEST_F(Exchange, ManyRequestsLeaveNothingBehind) {
 TEST(ExchangeWithoutEngine, IsAnsweredByStandIns) {
     CoupledProject p(Project);
     p.model("m.inp", getPassingModel(4));
-    std::filesystem::create_directories(p.folder + "engines/swmm5ex.dll");  // there, but no file to copy
-    tarnvelde_initSwmmDll((p.folder + "engines/").c_str(), p.copies.c_str());
+    std::filesystem::create_directories(p.path + "engines/swmm5ex.dll");  // there, but no file to copy
+    tarnvelde_initSwmmDll((p.path + "engines/").c_str(), p.copies.c_str());
     EXPECT_NE(p.open(), 0);
     double value = -7.0;
     char text[1025] = "untouched";

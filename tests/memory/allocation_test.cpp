@@ -111,13 +111,12 @@ struct Outcome {
 };
 
 /// A run step by step, of which the request for memory of this number is refused; -1 lets all pass.
-template <class Project>
-static Outcome run(const ProjectFile& project, Project& model, int64_t request) {
+static Outcome run(const Project& project, int64_t request) {
     Outcome outcome;
     const auto note = [&](int32_t code) { outcome.code = outcome.code == 0 ? code : outcome.code; };
     IsRefused = false;
     RequestsLeft = request;
-    note(model.open());
+    note(project.open());
     for (const Curve& curve : Curves) {
         outcome.entries += curve.entries.size();
     }
@@ -140,13 +139,12 @@ static Outcome run(const ProjectFile& project, Project& model, int64_t request) 
 
 /// Refuses one request after the other, every `stride`-th from `first` on, and runs in between as if nothing had
 /// happened.
-template <class Project>
-static void refuseEach(const ProjectFile& project, Project& model, int64_t first, int64_t stride) {
-    const Outcome good = run(project, model, -1);
+static void refuseEach(const Project& project, int64_t first, int64_t stride) {
+    const Outcome good = run(project, -1);
     ASSERT_EQ(good.code, 0) << good.report;
     int64_t request = first;
     for (;; request += stride) {
-        const Outcome outcome = run(project, model, request);
+        const Outcome outcome = run(project, request);
         if (!outcome.isRefused) {
             break;
         }
@@ -160,7 +158,7 @@ static void refuseEach(const ProjectFile& project, Project& model, int64_t first
         }
         ASSERT_EQ(outcome.code, 101) << "request " << request << "\n" << outcome.report;
         if (request % 16 == 0) {
-            const Outcome next = run(project, model, -1);
+            const Outcome next = run(project, -1);
             ASSERT_EQ(next.code, 0) << "behind request " << request;
             ASSERT_EQ(next.report, good.report) << "behind request " << request;
             ASSERT_EQ(next.results, good.results) << "behind request " << request;
@@ -170,20 +168,20 @@ static void refuseEach(const ProjectFile& project, Project& model, int64_t first
 }
 
 TEST(RefusedMemory, EndsACallWithItsCodeAndLeavesNothing) {
-    ProjectFile project(getGeneral(20) + generateNetwork(5, 12, 2));
-    refuseEach(project, project, 0, 1);
+    Project project(getGeneral(20) + generateNetwork(5, 12, 2));
+    refuseEach(project, 0, 1);
 }
 
 TEST(RefusedMemory, OfAProjectWithEveryKindOfObjectDoesToo) {
     AllKinds model;
-    refuseEach(model.project, model, 0, 1);
+    refuseEach(model, 0, 1);
 }
 
 /// Reports of an open, one for each request for memory that is refused.
 template <class Check>
-static bool isFoundInSomeReport(const ProjectFile& project, ProjectFile& model, Check check) {
+static bool isFoundInSomeReport(const Project& project, Check check) {
     for (int64_t request = 0;; ++request) {
-        const Outcome outcome = run(project, model, request);
+        const Outcome outcome = run(project, request);
         if (check(outcome)) {
             return true;
         }
@@ -199,18 +197,18 @@ static bool contains(const std::string& text, const char* part) {
 
 TEST(RefusedMemory, InTheSearchForCirclesLeavesTheChecksBehindIt) {
     // The period of the pipe is tested behind the search.
-    ProjectFile project(getGeneral(5) + "[JUNCTIONS]\nA\n[OUTFALLS]\nO\n[PIPES]\nP A O NO 30 1 0 0\n");
-    EXPECT_TRUE(isFoundInSomeReport(project, project, [](const Outcome& outcome) {
+    Project project(getGeneral(5) + "[JUNCTIONS]\nA\n[OUTFALLS]\nO\n[PIPES]\nP A O NO 30 1 0 0\n");
+    EXPECT_TRUE(isFoundInSomeReport(project, [](const Outcome& outcome) {
         const size_t memory = outcome.report.find("ERROR 101"), period = outcome.report.find("ERROR181");
         return memory < period && period != std::string::npos;
     }));
 }
 
 TEST(RefusedMemory, LosesAPointOfACurveWithoutAWord) {
-    ProjectFile project(getGeneral(5) + "[JUNCTIONS]\nA\n[TANKS]\nT SHAPE 3 1\n[OUTFALLS]\nO\n" +
-                        "[CONNECTIONS]\nC A T NO 0\n[PUMPS]\nP T O DUTY NO ON 0 0\n" +
-                        "[CURVES]\nSHAPE TANK 0 100 1 100 2 100 3 100\nDUTY PUMP2 0 0.01 3 0.01\n");
-    EXPECT_TRUE(isFoundInSomeReport(project, project, [](const Outcome& outcome) {
+    Project project(getGeneral(5) + "[JUNCTIONS]\nA\n[TANKS]\nT SHAPE 3 1\n[OUTFALLS]\nO\n" +
+                    "[CONNECTIONS]\nC A T NO 0\n[PUMPS]\nP T O DUTY NO ON 0 0\n" +
+                    "[CURVES]\nSHAPE TANK 0 100 1 100 2 100 3 100\nDUTY PUMP2 0 0.01 3 0.01\n");
+    EXPECT_TRUE(isFoundInSomeReport(project, [](const Outcome& outcome) {
         return outcome.isRefused && outcome.entries == 5 && outcome.code == 0 && !contains(outcome.report, "ERROR");
     }));
 }

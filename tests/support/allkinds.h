@@ -58,7 +58,7 @@ struct AllKinds : CoupledProject {
 /// Two steps of the project with all kinds; J and SP, M and R get water and J a load too.
 struct AllKindsRun : AllKinds {
     explicit AllKindsRun(int32_t saveMode) {
-        EXPECT_EQ(open(), 0) << project.getReport();
+        EXPECT_EQ(open(), 0) << getReport();
         EXPECT_EQ(tarnvelde_start(saveMode), 0);
         for (int k = 0; k < 2; ++k) {
             for (const char* node : {"J", "SP", "R", "M"}) {

@@ -8,7 +8,7 @@
 #include "support/process.h"
 #include "support/project.h"
 
-inline std::string getDatabase(const ProjectFile& project) {
+inline std::string getDatabase(const Project& project) {
     return project.folder.file("model.db");
 }
 
@@ -20,7 +20,7 @@ inline std::string ask(const std::string& database, const std::string& sql) {
 }
 
 /// Runs a project into its database; the code of the last step.
-inline int32_t runToDatabase(ProjectFile& project) {
+inline int32_t runToDatabase(Project& project) {
     EXPECT_EQ(project.open(), 0);
     int32_t code = tarnvelde_start(2);
     double elapsed = 1.0;

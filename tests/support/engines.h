@@ -43,13 +43,13 @@ inline std::string showNumber(double value) {
     return text;
 }
 
-struct CoupledProject {
-    ProjectFile project;
-    std::string folder = project.folder.path.string() + "/";
-    std::string copies = folder + "copies/";
-    std::string log = folder + "calls.log";
+/// A project whose engines stand in the folder of the tests, and put their copies into one of its own.
+struct CoupledProject : Project {
+    std::string path = folder.path.string() + "/";
+    std::string copies = path + "copies/";
+    std::string log = path + "calls.log";
 
-    explicit CoupledProject(const std::string& text, int steps = 4) : project(getCoupledGeneral(steps) + text) {
+    explicit CoupledProject(const std::string& text, int steps = 4) : Project(getCoupledGeneral(steps) + text) {
         std::filesystem::create_directory(copies);
         setenv("TARNVELDE_ENGINE_LOG", log.c_str(), 1);
         tarnvelde_initSwmmDll(TARNVELDE_ENGINE_FOLDER, copies.c_str());
@@ -63,27 +63,13 @@ struct CoupledProject {
     }
 
     CoupledProject& model(const std::string& name, const std::string& text) {
-        project.folder.write(name, text);
+        folder.write(name, text);
         return *this;
-    }
-
-    int32_t open() { return project.open(); }
-
-    void start() {
-        ASSERT_EQ(open(), 0) << project.getReport();
-        ASSERT_EQ(tarnvelde_start(0), 0);
-    }
-
-    void step(int count = 1) {
-        double elapsed;
-        for (int k = 0; k < count; ++k) {
-            ASSERT_EQ(tarnvelde_step(&elapsed), 0);
-        }
     }
 
     /// A line of the project file, with its end. The first one is number 1.
     std::string getLine(int number) const {
-        std::ifstream file(project.input);
+        std::ifstream file(input);
         std::string line;
         for (int k = 0; k < number; ++k) {
             std::getline(file, line);
@@ -95,10 +81,10 @@ struct CoupledProject {
     /// the line of the project behind a message that names one. Closes the project.
     std::vector<std::string> getErrors() {
         tarnvelde_close();
-        const std::string report = project.getReport();
+        const std::string messages = getReport();
         std::vector<std::string> errors;
         std::string whole;
-        std::istringstream lines(report);
+        std::istringstream lines(messages);
         for (std::string line; std::getline(lines, line);) {
             if (line.find("ERROR") != std::string::npos) {
                 errors.push_back(line.substr(2));
@@ -107,7 +93,7 @@ struct CoupledProject {
                 whole += place == std::string::npos ? "" : "\n  " + getLine(std::stoi(line.substr(place + 8)));
             }
         }
-        EXPECT_EQ(report, whole);
+        EXPECT_EQ(messages, whole);
         return errors;
     }
 
@@ -116,8 +102,8 @@ struct CoupledProject {
         std::vector<std::string> calls;
         std::istringstream lines(readFile(log));
         for (std::string line; std::getline(lines, line);) {
-            for (size_t at; (at = line.find(folder)) != std::string::npos;) {
-                line.erase(at, folder.size());
+            for (size_t at; (at = line.find(path)) != std::string::npos;) {
+                line.erase(at, path.size());
             }
             calls.push_back(line);
         }

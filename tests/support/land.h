@@ -14,8 +14,7 @@
 #include "model/pollut.h"
 #include "model/project.h"
 #include "model/reportfile.h"
-#include "support/tempfolder.h"
-#include "tarnvelde.h"
+#include "support/project.h"
 
 /// Lines of a time series. A line of three words has no date, which the project file asks for: it gets the day of the
 /// test.
@@ -53,15 +52,13 @@ struct LandProject {
     }
 };
 
-class LandTest : public ::testing::Test {
+class LandTest : public ::testing::Test, protected Project {
 protected:
-    void TearDown() override { tarnvelde_close(); }
-
     int32_t open(const LandProject& project) { return openText(project.text()); }
 
     int32_t openText(const std::string& text) {
-        const std::string input = folder.write("model.inp", text);
-        return tarnvelde_open(input.c_str(), folder.file("m.rpt").c_str(), folder.file("m.bin").c_str());
+        write(text);
+        return Project::open();
     }
 
     /// Opens, and starts without results.
@@ -70,36 +67,19 @@ protected:
         return code ? code : tarnvelde_start(0);
     }
 
-    /// What stands in the report so far.
-    std::string readReport() const {
-        if (ReportFile) {
-            std::fflush(ReportFile);
-        }
-        return readFile(folder.file("m.rpt"));
-    }
-
     /// Whether the report of a project, that must fail with a code, holds a text.
     ::testing::AssertionResult failsWith(const LandProject& project, int32_t code, const std::string& text) {
         const int32_t got = open(project);
-        const std::string report = readReport();
+        const std::string messages = readReport();
         tarnvelde_close();
         if (got != code) {
-            return ::testing::AssertionFailure() << "code " << got << "\n" << report;
+            return ::testing::AssertionFailure() << "code " << got << "\n" << messages;
         }
-        if (report.find(text) == std::string::npos) {
-            return ::testing::AssertionFailure() << "no \"" << text << "\" in\n" << report;
+        if (messages.find(text) == std::string::npos) {
+            return ::testing::AssertionFailure() << "no \"" << text << "\" in\n" << messages;
         }
         return ::testing::AssertionSuccess();
     }
-
-    static void stepToEnd() {
-        double elapsed = 0.0;
-        do {
-            ASSERT_EQ(tarnvelde_step(&elapsed), 0);
-        } while (elapsed > 0.0);
-    }
-
-    TempFolder folder;
 };
 
 /// mm/h in m/s.

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
 #include "model/project.h"
@@ -12,13 +11,12 @@
 #include "support/lids.h"
 
 /// One node M (a trench of 100 m2) with a connection to the outfall OUT, and an inflow of its own.
-class MonoTest : public ::testing::Test {
+class MonoTest : public ::testing::Test, protected Project {
 protected:
     LidProject project;
     std::string mono = "M IT * 100 0 0 100\n";
     std::string inflows = "M FLOW FLOW 0.01 \"\" 0\nM CONCEN P 50 \"\" 0\n";
     std::string links = "[CONNECTIONS]\nC M OUT NO 0\n";
-    std::unique_ptr<ProjectFile> file;
 
     void SetUp() override { project.lids = "IT IT\nIT STORAGE 500 1 0\n"; }
 
@@ -29,12 +27,11 @@ protected:
     }
 
     int32_t open() {
-        file = std::make_unique<ProjectFile>(getText());
-        return file->open();
+        write(getText());
+        return Project::open();
     }
-
     void start() {
-        ASSERT_EQ(open(), 0) << file->getReport();
+        ASSERT_EQ(open(), 0) << readReport();
         ASSERT_EQ(tarnvelde_start(0), 0);
     }
 

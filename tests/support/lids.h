@@ -1,10 +1,9 @@
 #pragma once
 // A small project with LID controls: one subcatchment of 10000 m2 that drains to an outfall under steady rain.
 
-#include <algorithm>
 #include <string>
 
-#include "support/project.h"
+#include "support/lineerrors.h"
 
 struct LidProject {
     std::string general = getGeneral(60);
@@ -30,7 +29,7 @@ struct LidProject {
 
 /// Opens a project with the lines; the project stays open while the object lives.
 struct OpenLids {
-    ProjectFile file;
+    Project file;
     int32_t code;
 
     explicit OpenLids(const LidProject& project) : file(project.text()), code(file.open()) {}
@@ -40,20 +39,6 @@ inline LidProject withLids(const std::string& lids) {
     LidProject project;
     project.lids = lids;
     return project;
-}
-
-/// Number of the line of a text that begins at a place.
-inline long getLineNumber(const std::string& text, size_t place) {
-    return 1 + std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(place), '\n');
-}
-
-/// What the report shows of a wrong line: the message, its place, and the line. The line stands once in the text.
-inline std::string getLineError(const std::string& text, const std::string& message, const std::string& section,
-                                const std::string& line) {
-    const long number = getLineNumber(text, text.rfind(line + "\n"));
-    const std::string gap = message.back() == '.' ? "" : " ";
-    return "\n  \n  " + message + gap + "at line " + std::to_string(number) + " of " + section + " section:\n  " +
-           line + "\n";
 }
 
 /// A line that is refused, and the message.

@@ -12,12 +12,13 @@
 #include "hydrology/lidunit.h"
 #include "model/decay.h"
 #include "model/project.h"
+#include "support/tables.h"
 
 struct States {
     double surface, soil, storage, pavement;
 };
 
-class UnitTest : public ::testing::Test {
+class UnitTest : public ::testing::Test, protected Tables {
 protected:
     Lid lid{};
     LidUnit unit{};
@@ -36,10 +37,8 @@ protected:
         setPollutants(0);
     }
 
-    void TearDown() override { ObjectCount[POLLUT] = 0; }
-
     void setPollutants(int32_t count) {
-        ObjectCount[POLLUT] = count;
+        setPollutantCount(count);
         const size_t size = static_cast<size_t>(count);
         rules.assign(5 * size, NO_DECAY);
         values.assign(17 * size, 0.0);

@@ -4,11 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
 #include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
 #include "model/project.h"
 #include "model/reportfile.h"
 #include "model/topology.h"
@@ -17,69 +18,19 @@
 #include "routing/loops.h"
 #include "routing/network.h"
 #include "routing/nodekinds.h"
-#include "support/objects.h"
+#include "support/tables.h"
 
-class NetworkTest : public ::testing::Test {
+class NetworkTest : public ::testing::Test, protected Tables {
 protected:
     void SetUp() override {
-        clearObjects();
         ReportFile = std::tmpfile();
         ASSERT_NE(ReportFile, nullptr);
     }
-
     void TearDown() override {
         std::fclose(ReportFile);
         ReportFile = nullptr;
-        clearObjects();
     }
 };
-/// A link between two nodes of the tables.
-inline void addLink(const std::string& id, int32_t from, int32_t to, int32_t kind = PIPE) {
-    addLink(id, kind);
-    Links.back().fromNode = from;
-    Links.back().toNode = to;
-}
-
-/// Nodes A, B, C ... of these kinds.
-inline void addNodes(std::initializer_list<int32_t> kinds) {
-    for (const int32_t kind : kinds) {
-        addNode(std::string(1, static_cast<char>('A' + ObjectCount[NODE])), kind);
-    }
-}
-
-/// Nodes A, B, C ... of a kind that may have any number of outlets.
-inline void addNodes(int32_t count) {
-    for (int32_t k = 0; k < count; ++k) {
-        addNodes({SWMM});
-    }
-}
-
-/// Makes a node a reactor; without an emptying node `emptying` is -1.
-inline void makeReactor(int32_t node, int32_t surpass, int32_t emptying) {
-    Nodes[node].kind = REACTOR;
-    Nodes[node].kindIndex = Reactors.size();
-    Reactor reactor{};
-    reactor.surpassNode = surpass;
-    reactor.emptyingNode = emptying;
-    Reactors.push_back(reactor);
-}
-
-inline void makeLidMono(int32_t node, int32_t drain) {
-    Nodes[node].kind = LID_MONO;
-    Nodes[node].kindIndex = LidMonos.size();
-    LidMono mono{};
-    mono.unit.drainNode = drain;
-    LidMonos.push_back(mono);
-}
-
-/// Links between nodes of one letter: "AB2" leads from A to B, and with a "~" in front does so a step late.
-inline void connect(std::initializer_list<const char*> links) {
-    for (const std::string id : links) {
-        const size_t first = id[0] == '~' ? 1 : 0;
-        addLink(id, id[first] - 'A', id[first + 1] - 'A');
-        Links.back().isLagged = first == 1;
-    }
-}
 
 inline std::string readReport() {
     std::fflush(ReportFile);

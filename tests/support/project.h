@@ -1,26 +1,53 @@
 #pragma once
-// Runs project texts through the public functions and hands back what they leave behind.
+// Projects made from text, through the public functions, and what they leave behind.
 
+#include <gtest/gtest.h>
+
+#include <cstdio>
 #include <string>
-#include <vector>
 
+#include "support/records.h"
 #include "support/tempfolder.h"
 #include "tarnvelde.h"
 
 constexpr const char* BANNER = "\n  TARNVELDE - VERSION 2.1\n  -----------------------\n";
 
-/// A project file in a folder of its own, with the names of its results.
-struct ProjectFile {
+/// A project file in a folder of its own, with the names of its results. Records by their IDs are those of the project
+/// opened last; only tests that are linked with the engine's objects have them.
+struct Project : Records {
     TempFolder folder;
     std::string input = folder.file("model.inp");
     std::string report = folder.file("model.rpt");
     std::string results = folder.file("model.bin");
 
-    explicit ProjectFile(const std::string& text) { folder.write("model.inp", text); }
-    ~ProjectFile() { tarnvelde_close(); }
+    Project() = default;
+    explicit Project(const std::string& text) { write(text); }
+    ~Project() { tarnvelde_close(); }
+    Project(const Project&) = delete;
+    Project& operator=(const Project&) = delete;
 
-    int32_t open() { return tarnvelde_open(input.c_str(), report.c_str(), results.c_str()); }
-    int32_t run() { return tarnvelde_run(input.c_str(), report.c_str(), results.c_str()); }
+    /// Another text for the file.
+    void write(const std::string& text) const { folder.write("model.inp", text); }
+
+    int32_t open() const { return tarnvelde_open(input.c_str(), report.c_str(), results.c_str()); }
+    int32_t run() const { return tarnvelde_run(input.c_str(), report.c_str(), results.c_str()); }
+
+    /// Opens and starts a project that must be good.
+    void start(int32_t saveMode = 0) const {
+        ASSERT_EQ(open(), 0) << getReport();
+        ASSERT_EQ(tarnvelde_start(saveMode), 0) << getReport();
+    }
+
+    /// Steps of a started run, all of which must be good.
+    static void step(int count = 1) {
+        double elapsed;
+        for (int k = 0; k < count; ++k) {
+            ASSERT_EQ(tarnvelde_step(&elapsed), 0);
+        }
+    }
+
+    /// The rest of a started run, all of whose steps must be good.
+    static void runToEnd();
 
     /// The report behind its banner; complete only after the close.
     std::string getReport() const {
@@ -28,6 +55,14 @@ struct ProjectFile {
         const std::string banner = BANNER;
         return text.compare(0, banner.size(), banner) == 0 ? text.substr(banner.size()) : "no banner: " + text;
     }
+
+    /// What the report of an open project holds so far, behind the banner.
+    std::string readReport() const;
+};
+
+/// A project that must be good, opened and started without results.
+struct StartedProject : Project {
+    explicit StartedProject(const std::string& text, int32_t saveMode = 0) : Project(text) { start(saveMode); }
 };
 
 struct OpenResult {
@@ -37,7 +72,7 @@ struct OpenResult {
 
 /// Opens and closes a project.
 inline OpenResult openProject(const std::string& text) {
-    ProjectFile project(text);
+    const Project project(text);
     const int32_t code = project.open();
     tarnvelde_close();
     return {code, project.getReport()};
@@ -59,4 +94,8 @@ inline int32_t stepToEnd() {
         code = tarnvelde_step(&elapsed);
     } while (code == 0 && elapsed > 0.0);
     return code;
+}
+
+inline void Project::runToEnd() {
+    ASSERT_EQ(stepToEnd(), 0);
 }

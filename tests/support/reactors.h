@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
 #include <string>
 
 #include "model/errors.h"
@@ -13,12 +12,10 @@
 #include "nodes/reactor.h"
 #include "routing/nodekinds.h"
 #include "support/project.h"
-#include "support/tempfolder.h"
-#include "tarnvelde.h"
 
 /// What a project of one reactor R says beside the network that all of them have: R overflows over a connection without
 /// delay into OUT, its surplus goes to SUR and its emptying to EMP.
-struct ProjectText {
+struct ReactorProject {
     std::string reactor = "R CSTR SUR FLOW_CAPACITY 864000 100 0 0";
     std::string decay;
     std::string emptying;
@@ -28,51 +25,31 @@ struct ProjectText {
     std::string more;  ///< whole sections
     std::string endTime = "2:00:00";
     std::string step = "0:01:00";
-};
 
-inline std::string makeText(const ProjectText& t) {
-    return "[GENERAL]\nSTART_DATE 2024/01/01\nEND_DATE 2024/01/01\nEND_TIME " + t.endTime + "\nROUTING_STEP " + t.step +
-           "\nRUNOFF_STEP 0:30:00\nREPORT_STEP 0:30:00\n[POLLUTANTS]\n" + t.pollutants +
-           "[OUTFALLS]\nOUT\nSUR\nEMP\n[PATTERNS]\nMONTHS MONTHLY 2 3\nHOURS HOURLY 4 5\n[REACTORS]\n" + t.reactor +
-           "\n[CONNECTIONS]\nC R OUT NO 0\n[REACTORS_DECAY]\n" + t.decay + "\n[REACTORS_EMPTYING]\n" + t.emptying +
-           "\n[INITIAL_CONCENTRATION]\n" + t.quality + "\n[INFLOWS]\n" + t.inflow + "\n" + t.more + "\n";
-}
+    std::string text() const {
+        return "[GENERAL]\nSTART_DATE 2024/01/01\nEND_DATE 2024/01/01\nEND_TIME " + endTime + "\nROUTING_STEP " + step +
+               "\nRUNOFF_STEP 0:30:00\nREPORT_STEP 0:30:00\n[POLLUTANTS]\n" + pollutants +
+               "[OUTFALLS]\nOUT\nSUR\nEMP\n[PATTERNS]\nMONTHS MONTHLY 2 3\nHOURS HOURLY 4 5\n[REACTORS]\n" + reactor +
+               "\n[CONNECTIONS]\nC R OUT NO 0\n[REACTORS_DECAY]\n" + decay + "\n[REACTORS_EMPTYING]\n" + emptying +
+               "\n[INITIAL_CONCENTRATION]\n" + quality + "\n[INFLOWS]\n" + inflow + "\n" + more + "\n";
+    }
+};
 
 /// A whole day of seconds, for rates that files give per day.
 constexpr double DAY = 86400.0;
 
-class ReactorTest : public ::testing::Test {
+class ReactorTest : public ::testing::Test, protected Project {
 protected:
-    void TearDown() override { tarnvelde_close(); }
-
-    int32_t open(const ProjectText& text) {
-        folder.write("m.inp", makeText(text));
+    int32_t open(const ReactorProject& project) {
+        write(project.text());
         testing::internal::CaptureStdout();
-        const int32_t code =
-            tarnvelde_open(folder.file("m.inp").c_str(), folder.file("m.rpt").c_str(), folder.file("m.bin").c_str());
+        const int32_t code = Project::open();
         testing::internal::GetCapturedStdout();
         return code;
     }
-
-    void start(const ProjectText& text) {
-        ASSERT_EQ(open(text), 0) << report();
-        ASSERT_EQ(tarnvelde_start(0), 0) << report();
-    }
-
-    std::string report() {
-        if (ReportFile) {
-            std::fflush(ReportFile);
-        }
-        return readFile(folder.path / "m.rpt");
-    }
-
-    static void runToEnd() { ASSERT_EQ(stepToEnd(), 0); }
-
-    static void step(int32_t count = 1) {
-        double elapsed;
-        for (int32_t k = 0; k < count; ++k) {
-            ASSERT_EQ(tarnvelde_step(&elapsed), 0);
-        }
+    void start(const ReactorProject& project) {
+        ASSERT_EQ(open(project), 0) << readReport();
+        ASSERT_EQ(tarnvelde_start(0), 0) << readReport();
     }
 
     /// One update of R with an inflow (m3/s) and its concentration (mg/L), apart from the rest of a step.
@@ -88,32 +65,28 @@ protected:
     }
 
     /// Expects the project to be refused with one message about a line.
-    void expectRefused(const ProjectText& text, const std::string& message) {
+    void expectRefused(const ReactorProject& text, const std::string& message) {
         EXPECT_EQ(open(text), 200);
-        EXPECT_NE(report().find("\n  ERROR " + message), std::string::npos) << "wanted " << message << report();
+        EXPECT_NE(readReport().find("\n  ERROR " + message), std::string::npos) << "wanted " << message << readReport();
     }
 
-    static Node& node(const char* name) { return Nodes[tarnvelde_findObject(1, name)]; }
-
     static Reactor& reactor() { return Reactors[0]; }
-
-    TempFolder folder;
 };
 
-inline ProjectText withReactor(const std::string& line) {
-    ProjectText text;
+inline ReactorProject withReactor(const std::string& line) {
+    ReactorProject text;
     text.reactor = line;
     return text;
 }
 
-inline ProjectText withDecay(const std::string& line) {
-    ProjectText text;
+inline ReactorProject withDecay(const std::string& line) {
+    ReactorProject text;
     text.decay = line;
     return text;
 }
 
-inline ProjectText withEmptying(const std::string& line) {
-    ProjectText text;
+inline ReactorProject withEmptying(const std::string& line) {
+    ReactorProject text;
     text.emptying = line;
     return text;
 }

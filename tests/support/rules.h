@@ -11,6 +11,7 @@
 #include "links/conduit.h"
 #include "links/link.h"
 #include "model/errors.h"
+#include "model/names.h"
 #include "model/project.h"
 #include "nodes/node.h"
 #include "nodes/reactor.h"
@@ -18,24 +19,8 @@
 #include "nodes/tank.h"
 #include "routing/linkkinds.h"
 #include "support/lines.h"
-#include "support/objects.h"
+#include "support/tables.h"
 #include "text/tokens.h"
-
-inline Node& nodeOf(const std::string& id) {
-    return Nodes[names_find(NODE, id.c_str())];
-}
-
-inline Link& linkOf(const std::string& id) {
-    return Links[names_find(LINK, id.c_str())];
-}
-
-inline Reactor& reactorOf(const std::string& id) {
-    return Reactors[nodeOf(id).kindIndex];
-}
-
-inline Splitter& splitterOf(const std::string& id) {
-    return Splitters[nodeOf(id).kindIndex];
-}
 
 /// Reads one clause into the last rule; a RULE line makes a new one.
 inline int32_t read(const std::string& text) {
@@ -75,11 +60,9 @@ inline std::vector<const Action*> listActions(const Action* head) {
 }
 
 /// One object of each kind, and three pipes more for actions.
-class RuleTest : public ::testing::Test {
+class RuleTest : public ::testing::Test, protected Tables {
 protected:
     void SetUp() override {
-        rule_deleteAll();
-        clearObjects();
         addNode("J", JUNCTION);
         addNode("T", TANK);
         addNode("O", OUTFALL);
@@ -95,7 +78,7 @@ protected:
         addLink("OR", ORIFICE);
         addLink("P2", PIPE);
         addLink("P3", PIPE);
-        names_add(GAGE, "G", ObjectCount[GAGE]++);
+        addName(GAGE, "G");
         Splitters.fill(1, Splitter{});
         SwmmNodes.resize(2);  // without libraries: every call is answered with a failure
         Tanks.resize(1);
@@ -107,12 +90,6 @@ protected:
         rule_createAll();
     }
 
-    void TearDown() override {
-        SwmmNodes.clear();
-        rule_deleteAll();
-        clearObjects();
-    }
-
     /// Begins the run and evaluates once.
     static int32_t evaluate() {
         linkkinds_openRun();
@@ -122,17 +99,17 @@ protected:
 
     /// Whether a rule of these clauses is fulfilled. They may use J, SP, RE with inflows of 1, 2 and 3 m3/s.
     static bool isTrue(const std::vector<std::string>& conditions) {
-        nodeOf("J").newInflow = 1.0;
-        nodeOf("SP").newInflow = 2.0;
-        nodeOf("RE").newInflow = 3.0;
+        node("J").newInflow = 1.0;
+        node("SP").newInflow = 2.0;
+        node("RE").newInflow = 3.0;
         rule_deleteAll();
         rule_createAll();
         readAll({"RULE R"});
         readAll(conditions);
         readAll({"THEN PIPE P SETTING = 0.25", "ELSE PIPE P SETTING = 0.75"});
-        linkOf("P").targetSetting = 1.0;
+        link("P").targetSetting = 1.0;
         EXPECT_EQ(evaluate(), 1);
-        return linkOf("P").targetSetting == 0.25;
+        return link("P").targetSetting == 0.25;
     }
 
     /// Expects a line to fail in the state behind `before`, with a failure and the text that its message shows.

@@ -18,7 +18,7 @@
 
 /// Runs a project to its end and gives the report.
 static std::string runProject(const std::string& text) {
-    ProjectFile project(text);
+    Project project(text);
     EXPECT_EQ(project.run(), 0);
     return project.getReport();
 }
@@ -28,7 +28,7 @@ static std::string runProject(const std::string& text) {
 TEST(Runs, AreTheSameByStepsAndAtOnce) {
     const std::string text = getGeneral(180) + generateNetwork(5, 30, 2);
     const std::string whole = runProject(text);
-    ProjectFile project(text);
+    Project project(text);
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(1), 0);
     EXPECT_EQ(stepToEnd(), 0);
@@ -41,7 +41,7 @@ TEST(Runs, AreTheSameByStepsAndAtOnce) {
 TEST(Runs, AreTheSameASecondTime) {
     const std::string text = getGeneral(180) + generateNetwork(6, 30, 2);
     const std::string first = runProject(text);
-    ProjectFile project(text);
+    Project project(text);
     ASSERT_EQ(project.open(), 0);
     for (int run = 0; run < 3; ++run) {
         ASSERT_EQ(tarnvelde_start(0), 0);
@@ -91,7 +91,7 @@ TEST(Runs, DontDependOnTheOrderOfSectionsWithDefinitionsFirst) {
 TEST(Runs, LeaveMemoryAsItWas) {
     const std::string text = getGeneral(30) + generateNetwork(10, 20, 1);
     for (int k = 0; k < 50; ++k) {
-        ProjectFile project(text);
+        Project project(text);
         ASSERT_EQ(project.open(), 0);
         if (k % 2 == 0) {
             ASSERT_EQ(tarnvelde_start(0), 0);
@@ -125,7 +125,7 @@ static long getResidentMemory() {
 
 TEST(Runs, LeaveTheProcessAsItWas) {
     const int32_t cycles = 2000;
-    ProjectFile project(getGeneral(30) + generateNetwork(10, 20, 1));
+    Project project(getGeneral(30) + generateNetwork(10, 20, 1));
     ptrdiff_t files = 0;
     long memory = 0;
     int32_t failures = 0;

@@ -17,12 +17,11 @@
 #include "support/child.h"
 #include "support/process.h"
 #include "support/project.h"
-#include "support/storagemodel.h"
 #include "support/tempfolder.h"
 
-static const std::string NETWORK =
+static const std::string DRAIN =
     "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\n";
-static const std::string PROJECT = getGeneral(10) + NETWORK;
+static const std::string PROJECT = getGeneral(10) + DRAIN;
 static const std::string NOT_OPEN = "\n  \n  ERROR 400: project not open or last run not ended.";
 
 /// Standard output of a piece of work.
@@ -36,7 +35,7 @@ static std::string catchConsole(Work work) {
 // --- opening -------------------------------------------------------------------------------------------------------
 
 TEST(Opening, RefusesTwoEqualNames) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     const char* a = project.input.c_str();
     const char* b = project.report.c_str();
     for (const auto& [input, report, results] : {std::tuple{a, a, b}, {a, b, a}, {a, b, b}, {"", b, ""}}) {
@@ -50,7 +49,7 @@ TEST(Opening, RefusesTwoEqualNames) {
 }
 
 TEST(Opening, ComparesNamesInTheirCaseAndCutTo259Bytes) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     const std::string lower = project.folder.file("m.RPT"), upper = project.folder.file("M.RPT");
     EXPECT_EQ(tarnvelde_open(project.input.c_str(), lower.c_str(), upper.c_str()), 0);
     tarnvelde_close();
@@ -59,7 +58,7 @@ TEST(Opening, ComparesNamesInTheirCaseAndCutTo259Bytes) {
 }
 
 TEST(Opening, TellsThatTheInputFileIsMissing) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     const std::string name = project.folder.file("no%s%d.inp");
     int32_t code = 0;
     EXPECT_EQ(catchConsole([&] { code = tarnvelde_open(name.c_str(), project.report.c_str(), "r"); }),
@@ -73,7 +72,7 @@ TEST(Opening, TellsThatTheInputFileIsMissing) {
 }
 
 TEST(Opening, TellsThatTheReportCantBeWritten) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     const std::string name = project.folder.file("none/m.rpt");
     int32_t code = 0;
     EXPECT_EQ(catchConsole([&] { code = tarnvelde_open(project.input.c_str(), name.c_str(), "r"); }),
@@ -86,7 +85,7 @@ TEST(Opening, TellsThatTheReportCantBeWritten) {
 }
 
 TEST(Opening, TellsThatAFileMayNotBeRead) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     const std::string closed = project.folder.write("closed.inp", PROJECT);
     std::filesystem::permissions(closed, std::filesystem::perms::none);
     std::filesystem::permissions(project.input, std::filesystem::perms(0644));
@@ -105,13 +104,13 @@ TEST(Opening, TellsThatAFileMayNotBeRead) {
 }
 
 TEST(Opening, TellsThatTheReportIsAFolder) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(tarnvelde_open(project.input.c_str(), project.folder.path.c_str(), "r"), 305);
     EXPECT_EQ(IsOpen, 0);
 }
 
 TEST(Opening, SaysThatItReads) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.open(), 0); }), "\n  Retrieving project data");
     EXPECT_EQ(IsOpen, 1);
     EXPECT_EQ(IsStarted, 0);
@@ -120,7 +119,7 @@ TEST(Opening, SaysThatItReads) {
 }
 
 TEST(Opening, PutsTheDatabaseBesideTheInput) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     project.open();
     EXPECT_EQ(DbFileName, project.folder.file("model.db"));
     EXPECT_EQ(InputFolder, project.folder.path.string() + "/");
@@ -135,7 +134,7 @@ TEST(Opening, NamesTheDatabaseAfterTheWholeInput) {
 }
 
 TEST(Opening, WithErrorsLeavesTheProjectToTheClose) {
-    ProjectFile project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
+    Project project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
     EXPECT_EQ(project.open(), 200);
     EXPECT_EQ(IsOpen, 1);
     EXPECT_EQ(tarnvelde_start(0), 200);
@@ -148,19 +147,19 @@ TEST(Opening, WithErrorsLeavesTheProjectToTheClose) {
 }
 
 TEST(Opening, ForgetsTheErrorAndTheCountsOfTheProjectBefore) {
-    ProjectFile bad(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
+    Project bad(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
     EXPECT_EQ(bad.open(), 200);
     tarnvelde_close();
     EXPECT_EQ(tarnvelde_open("/no/such/file", bad.report.c_str(), "r"), 303);
     EXPECT_EQ(ObjectCount[NODE], 0);
     EXPECT_EQ(TotalDuration, 0.0);
-    ProjectFile good(PROJECT);
+    Project good(PROJECT);
     EXPECT_EQ(good.open(), 0);
     EXPECT_EQ(ErrorCode, 0);
 }
 
 TEST(Opening, ForgetsKindsAndEndOfTheProjectBefore) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(NodeKindCount[OUTFALL], 1);
     EXPECT_EQ(LinkKindCount[CONNECTION], 1);
@@ -177,7 +176,7 @@ TEST(Opening, ForgetsKindsAndEndOfTheProjectBefore) {
 }
 
 TEST(Opening, MakesNoArraysOfNodesWithoutPollutants) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(Nodes.at(0).massInflow, nullptr);
     EXPECT_EQ(Nodes.at(0).oldQual, nullptr);
@@ -187,7 +186,7 @@ TEST(Opening, MakesNoArraysOfNodesWithoutPollutants) {
 }
 
 TEST(Opening, TakesALoneOutfall) {
-    ProjectFile project(getGeneral(10) + "[OUTFALLS]\nOUT\n");
+    Project project(getGeneral(10) + "[OUTFALLS]\nOUT\n");
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(Nodes.size(), 1);
     EXPECT_TRUE(Links.empty());
@@ -197,7 +196,7 @@ TEST(Opening, TakesALoneOutfall) {
 }
 
 TEST(Opening, LetsGoOfAProjectThatIsStillOpen) {
-    ProjectFile first(PROJECT), second(PROJECT);
+    Project first(PROJECT), second(PROJECT);
     EXPECT_EQ(first.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     double elapsed;
@@ -227,7 +226,7 @@ TEST(States, AreAskedForByStartStepAndEnd) {
 }
 
 TEST(States, OneRefusedCallSticks) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(tarnvelde_start(0), 400);
@@ -241,7 +240,7 @@ TEST(States, OneRefusedCallSticks) {
 }
 
 TEST(States, AStepBeforeTheStartIsRefused) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     double elapsed = 5.0;
     EXPECT_EQ(tarnvelde_step(&elapsed), 400);
@@ -251,7 +250,7 @@ TEST(States, AStepBeforeTheStartIsRefused) {
 }
 
 TEST(States, AnEndWithoutAStartDoesNothing) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_end(), 0);
     EXPECT_EQ(IsOpen, 1);
@@ -260,7 +259,7 @@ TEST(States, AnEndWithoutAStartDoesNothing) {
 // --- steps ---------------------------------------------------------------------------------------------------------
 
 TEST(Steps, EndExactlyWithTheRun) {
-    ProjectFile project(getGeneral(10) + "[GENERAL]\nROUTING_STEP 0:04:00\n" + NETWORK);
+    Project project(getGeneral(10) + "[GENERAL]\nROUTING_STEP 0:04:00\n" + DRAIN);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     double elapsed = -1.0;
@@ -273,13 +272,13 @@ TEST(Steps, EndExactlyWithTheRun) {
     EXPECT_EQ(NewRoutingTime, TotalDuration);
     const double inflow = FlowTotals.dryWeatherInflow;
     EXPECT_EQ(inflow, 3 * 240.0 * 0.25);  // the cut step counts in full
-    EXPECT_EQ(getNode("A").statInflowVolume, 3 * 240.0 * 0.25);
+    EXPECT_EQ(project.node("A").statInflowVolume, 3 * 240.0 * 0.25);
     // A connection works with the end of the full step, which lies behind the end of the run: what enters is late, and
     // what would leave is no longer due.
     EXPECT_EQ(FlowTotals.delayedVolume, 240.0 * 0.25);
-    EXPECT_EQ(getLink("C").newFlow, 0.0);
-    EXPECT_EQ(getLink("C").statFlowVolume, 2 * 240.0 * 0.25);
-    EXPECT_EQ(getNode("OUT").statInflowVolume, 2 * 240.0 * 0.25);
+    EXPECT_EQ(project.link("C").newFlow, 0.0);
+    EXPECT_EQ(project.link("C").statFlowVolume, 2 * 240.0 * 0.25);
+    EXPECT_EQ(project.node("OUT").statInflowVolume, 2 * 240.0 * 0.25);
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
     EXPECT_EQ(elapsed, 0.0);
     EXPECT_EQ(FlowTotals.dryWeatherInflow, inflow);
@@ -287,7 +286,7 @@ TEST(Steps, EndExactlyWithTheRun) {
 }
 
 TEST(Steps, FreezeWithAnErrorWhenTheNextRunoffIsDue) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(RunoffStep, 1);  // without land the start cuts it to a second
@@ -303,9 +302,9 @@ TEST(Steps, FreezeWithAnErrorWhenTheNextRunoffIsDue) {
 }
 
 TEST(Steps, StandStillAfterAStartWithoutMemory) {
-    ProjectFile project(getGeneral(10) +
-                        "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 2147483647 0 0\n[POLLUTANTS]\nX 0\n"
-                        "Y 0\nZ 0\n");
+    Project project(getGeneral(10) +
+                    "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 2147483647 0 0\n[POLLUTANTS]\nX 0\n"
+                    "Y 0\nZ 0\n");
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 101);
     for (int k = 0; k < 2; ++k) {
@@ -318,8 +317,7 @@ TEST(Steps, StandStillAfterAStartWithoutMemory) {
 
 TEST(Steps, OfManySecondsAreTakenInDouble) {
     // 600 hours are 2.16e9 ms, more than 32 bits hold.
-    ProjectFile project("[GENERAL]\nEND_DATE 2020/04/01\nROUTING_STEP 600\nRUNOFF_STEP 600\nREPORT_STEP 600\n" +
-                        NETWORK);
+    Project project("[GENERAL]\nEND_DATE 2020/04/01\nROUTING_STEP 600\nRUNOFF_STEP 600\nREPORT_STEP 600\n" + DRAIN);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(ReportTime, 2.16e9);
@@ -329,7 +327,7 @@ TEST(Steps, OfManySecondsAreTakenInDouble) {
 }
 
 TEST(Steps, LoseASecondWhereTheDatesFallShort) {
-    ProjectFile project(getGeneral(10) + NETWORK);
+    Project project(getGeneral(10) + DRAIN);
     EXPECT_EQ(project.open(), 0);
     const double end = 44256.0 + 600.0 / 86400.0;
     EXPECT_EQ(TotalDuration, (end - 44256.0) * 86400.0 < 600.0 ? 599000.0 : 600000.0);
@@ -344,7 +342,7 @@ TEST(Reporting, SaysSoAlsoWithoutAProject) {
 }
 
 TEST(Reporting, WorksBeforeAStartTwiceAndBehindTheEnd) {
-    ProjectFile project(PROJECT + "[POLLUTANTS]\nX 0\n");
+    Project project(PROJECT + "[POLLUTANTS]\nX 0\n");
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_report(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
@@ -363,8 +361,8 @@ TEST(Reporting, WorksBeforeAStartTwiceAndBehindTheEnd) {
 }
 
 TEST(Reporting, GivesTheErrorsOnceTheRunHasEnded) {
-    ProjectFile project(getGeneral(30) +
-                        "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0\n[DWFS]\nA FLOW 0.25 \"\"\n");
+    Project project(getGeneral(30) +
+                    "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0\n[DWFS]\nA FLOW 0.25 \"\"\n");
     double runoff = 7.0, flow = 7.0, quality = 7.0;
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_getMassBalErr(&runoff, &flow, &quality), 0);
@@ -384,7 +382,7 @@ TEST(Reporting, GivesTheErrorsOnceTheRunHasEnded) {
 }
 
 TEST(Running, ShowsItsProgress) {
-    ProjectFile project("[GENERAL]\nEND_TIME 2:00\nROUTING_STEP 0:30\nRUNOFF_STEP 0:30\nREPORT_STEP 0:30\n" + NETWORK);
+    Project project("[GENERAL]\nEND_TIME 2:00\nROUTING_STEP 0:30\nRUNOFF_STEP 0:30\nREPORT_STEP 0:30\n" + DRAIN);
     int32_t code = -1;
     const std::string console = catchConsole([&] { code = project.run(); });
     EXPECT_EQ(code, 0);
@@ -413,10 +411,10 @@ static std::string getProgress(int hours) {
 }
 
 TEST(Running, CutsDayAndHourOfItsProgress) {
-    ProjectFile project(
+    Project project(
         "[GENERAL]\nSTART_DATE 2020/01/01\nEND_DATE 2020/01/03\nROUTING_STEP 1:00\nRUNOFF_STEP 1:00\n"
         "REPORT_STEP 1:00\n" +
-        NETWORK);
+        DRAIN);
     int32_t code = -1;
     const std::string console = catchConsole([&] { code = project.run(); });
     EXPECT_EQ(code, 0) << project.getReport();
@@ -434,14 +432,14 @@ TEST(Running, CutsDayAndHourOfItsProgress) {
 }
 
 TEST(Running, GivesTheCodeOfAProjectWithErrors) {
-    ProjectFile project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
+    Project project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
     EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.run(), 200); }), "\n  Retrieving project data");
     EXPECT_EQ(IsOpen, 0);
     EXPECT_EQ(ProjectArena.taken, 0u);
 }
 
 TEST(Running, ForgetsThePlaceOfThePlantsEngineOnly) {
-    ProjectFile project(PROJECT);
+    Project project(PROJECT);
     tarnvelde_initVornDll("/x/", "/y/");
     tarnvelde_initSwmmDll("/s/", "/t/");
     EXPECT_EQ(VornDllPath, "/x/");
@@ -455,7 +453,7 @@ TEST(Running, ForgetsThePlaceOfThePlantsEngineOnly) {
 }
 
 TEST(Running, FailsWhenThePipesNeedMoreMemoryThanThereIs) {
-    ProjectFile project(
+    Project project(
         getGeneral(10) +
         "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 2147483647 0 0\n[POLLUTANTS]\nX 0\nY 0\nZ 0\n");
     int32_t code = 0;
@@ -472,24 +470,46 @@ static std::string alignRow(std::string name, std::string figure) {
     return "\n  " + name + " " + std::string(16 - figure.size(), ' ') + figure;
 }
 
-TEST(Reporting, WritesTheTablesOfASmallProject) {
-    // 10 steps of 60 s at 0.25 m3/s with 8 mg/L, without delay. The end of the run falls one second short of 10 minutes
-    // or not, as the dates round; then the flow of the last step is booked as delayed.
-    ProjectFile project(getGeneral(10) + NETWORK + "[DWFS]\nA X 8 \"\"\n[POLLUTANTS]\nX 0\n");
-    ASSERT_EQ(project.run(), 0);
+/// A run of 10 steps of 60 s at 0.25 m3/s with 8 mg/L, without delay. The end of the run falls one second short of 10
+/// minutes or not, as the dates round; then the flow of the last step is booked as delayed.
+struct SmallRun {
     const bool isShort = (44256.0 + 600.0 / 86400.0 - 44256.0) * 86400.0 < 600.0;
     const std::string out = isShort ? "135.000" : "150.000", late = isShort ? " 15.000" : "  0.000";
     const std::string load = isShort ? "1.080" : "1.200", lateLoad = isShort ? "0.120" : "0.000";
-    const std::string stars = "\n  **************************", dashes = " ----------------";
-    std::string expected =
-        stars + "           Volume            Depth\n  Runoff Quantity Continuity               m3               mm" +
-        stars + dashes + dashes;
+    std::string report;
+
+    SmallRun() {
+        Project project(getGeneral(10) + DRAIN + "[DWFS]\nA X 8 \"\"\n[POLLUTANTS]\nX 0\n");
+        EXPECT_EQ(project.run(), 0);
+        report = project.getReport();
+    }
+
+    /// The report from the head of one table to that of another; to its end without one.
+    std::string getPart(const std::string& from, const std::string& to = "") const {
+        const size_t first = report.find("\n  " + from), last = to.empty() ? to.npos : report.find("\n  " + to);
+        EXPECT_NE(first, std::string::npos) << report;
+        return report.substr(first, last - first);
+    }
+};
+
+static const std::string STARS = "\n  **************************", DASHES = " ----------------";
+static const std::string NO_ERROR_OF_A_TABLE = "\n  Continuity Error (%)                  0.000\n  ";
+
+TEST(Reporting, BeginsWithTheContinuityOfRunoff) {
+    const SmallRun run;
+    std::string expected = STARS + "           Volume            Depth\n  Runoff Quantity Continuity               m3" +
+                           "               mm" + STARS + DASHES + DASHES;
     for (const char* row : {"Total Rainfall   ", "Init. LID Storage", "Evap. Loss       ", "Infil. Loss      ",
                             "Surface Runoff   ", "LID Drainage     ", "Final Storage    "}) {
         expected += "\n  " + std::string(row) + "                     0.000            0.000 ";
     }
-    expected += "\n  Continuity Error (%)                  0.000\n  ";
-    expected += stars + "                X\n  Runoff Quality Continuity                kg" + stars + dashes;
+    expected += NO_ERROR_OF_A_TABLE;
+    EXPECT_EQ(run.report.substr(0, expected.size()), expected);
+}
+
+TEST(Reporting, WritesTheContinuityOfTheQualityOfRunoff) {
+    const SmallRun run;
+    std::string expected = "\n  Runoff Quality Continuity                kg" + STARS + DASHES;
     for (const char* row :
          {"Init. Buildup    ", "Surface Buildup  ", "Wet Deposition   ", "Infil. Loss      ", "BMP Removal      ",
           "LID Removal      ", "Surface Washoff  ", "LID Drainage     ", "LID Final Storage", "Remaining Buildup"}) {
@@ -498,76 +518,89 @@ TEST(Reporting, WritesTheTablesOfASmallProject) {
     const double zero = NewRoutingTime * 0.0;
     char ratio[32];
     std::snprintf(ratio, sizeof ratio, "%16.3f", zero / zero);  // as the machine gives it
-    expected += std::string("\n  Continuity Error (%)       ") + ratio;
-    expected += stars + "           Volume\n  Flow Routing Continuity                  m3" + stars + dashes;
+    expected += std::string("\n  Continuity Error (%)       ") + ratio + STARS + "           Volume";
+    EXPECT_EQ(run.getPart("Runoff Quality Continuity", "Flow Routing Continuity"), expected);
+    EXPECT_NE(run.report.find(NO_ERROR_OF_A_TABLE + STARS + "                X\n  Runoff Quality Continuity"),
+              std::string::npos);
+}
+
+TEST(Reporting, WritesTheContinuityOfFlow) {
+    const SmallRun run;
+    std::string expected = "\n  Flow Routing Continuity                  m3" + STARS + DASHES;
     const auto flow = [&](const char* row, const std::string& value) { expected += alignRow(row, value) + " "; };
     flow("Dry Weather Inflow", "150.000");
     flow("Wet Weather Inflow", "  0.000");
     flow("External Inflow   ", "  0.000");
     flow("SWMM Inflow       ", "  0.000");
     flow("VORN Inflow       ", "  0.000");
-    flow("External Outflow  ", out);
+    flow("External Outflow  ", run.out);
     flow("Flooding Loss     ", "  0.000");
     flow("SWMM Outflow      ", "  0.000");
     flow("VORN Outflow      ", "  0.000");
     flow("Evap. Loss        ", "  0.000");
     flow("Seepage Loss      ", "  0.000");
-    flow("Delayed Vol.      ", late);
+    flow("Delayed Vol.      ", run.late);
     flow("Init. Storage     ", "  0.000");
     flow("Final Storage     ", "  0.000");
-    expected += "\n  Continuity Error (%)                  0.000\n  ";
-    expected += stars + "                X\n  Quality Routing Continuity               kg" + stars + dashes;
+    expected += NO_ERROR_OF_A_TABLE + STARS + "                X";
+    EXPECT_EQ(run.getPart("Flow Routing Continuity", "Quality Routing Continuity"), expected);
+}
+
+TEST(Reporting, WritesTheContinuityOfQuality) {
+    const SmallRun run;
+    std::string expected = "\n  Quality Routing Continuity               kg" + STARS + DASHES;
     const auto quality = [&](const char* row, const std::string& value) { expected += alignRow(row, value); };
     quality("Dry Weather Inflow", "1.200");
     quality("Wet Weather Inflow", "0.000");
     quality("External Inflow   ", "0.000");
     quality("SWMM Inflow       ", "0.000");
     quality("VORN Inflow       ", "0.000");
-    quality("External Outflow  ", load);
+    quality("External Outflow  ", run.load);
     quality("Flooding Loss     ", "0.000");
     quality("SWMM Outflow      ", "0.000");
     quality("VORN Outflow      ", "0.000");
     quality("Seepage Loss      ", "0.000");
     quality("Reacted Loss      ", "0.000");
-    quality("Delayed Mass      ", lateLoad);
+    quality("Delayed Mass      ", run.lateLoad);
     quality("Init. Storage     ", "0.000");
     quality("Final Storage     ", "0.000");
-    const size_t head = expected.size();
-    std::string report = project.getReport();
-    ASSERT_GT(report.size(), head);
-    EXPECT_EQ(report.substr(0, head), expected);
-    const std::string rest = report.substr(head);
-    const size_t line = rest.find('\n', 1);
+    const std::string part = run.getPart("Quality Routing Continuity");
+    EXPECT_EQ(part.substr(0, expected.size()), expected);
+    const std::string rest = part.substr(expected.size());
     EXPECT_EQ(rest.substr(0, 25), "\n  Continuity Error (%)  ");
     EXPECT_EQ(rest.substr(rest.find("0.000", 25), 5), "0.000");
-    const std::string total = isShort ? "135.000" : "150.000";
+    EXPECT_EQ(rest.substr(rest.find('\n', 1), 26), "\n  \n  *******************\n");
+}
+
+TEST(Reporting, EndsWithTheSummariesOfNodesOutfallsAndLinks) {
+    const SmallRun run;
     EXPECT_EQ(
-        rest.substr(line),
-        "\n  \n  *******************\n  Node Inflow Summary\n  *******************"
+        run.getPart("*******************\n  Node Inflow Summary"),
+        "\n  *******************\n  Node Inflow Summary\n  *******************"
         "\n                                              Inflow      Max. Inflow"
         "\n  Node             Type                           m3             m3/s"
         "\n  ---------------- ---------------- ---------------- ----------------"
         "\n  A                JUNCTION                  150.000            0.250"
         "\n  OUT              OUTFALL                   " +
-            total +
+            run.out +
             "            0.250"
             "\n  \n  ***********************\n  Outfall Loading Summary\n  ***********************"
             "\n                                  X"
             "\n  Outfall                        kg"
             "\n  ---------------- ----------------"
             "\n  OUT                         " +
-            load +
+            run.load +
             "\n  \n  *****************\n  Link Flow Summary\n  *****************"
             "\n                                                Flow        Max. Flow            Flood       Max. Flood"
             "\n  Link             Type                           m3             m3/s               m3             m3/s"
             "\n  ---------------- ---------------- ---------------- ---------------- ---------------- ----------------"
             "\n  C                CONNECTION                " +
-            total + "            0.250            0.000            0.000");
+            run.out + "            0.250            0.000            0.000");
 }
 
 TEST(Reporting, PushesARowForALongName) {
     const std::string name(40, 'N');
-    ProjectFile project(getGeneral(10) + "[OUTFALLS]\n" + name + "\n");
+    Project project(getGeneral(10) + "[OUTFALLS]\n" + name + "\n");
     ASSERT_EQ(project.run(), 0);
     EXPECT_NE(project.getReport().find("\n  " + name + " OUTFALL                     0.000            0.000"),
               std::string::npos);

@@ -19,71 +19,63 @@ static std::string getNetwork(int steps) {
 
 static const std::string RulesSection = "[CONTROL_RULES]\n";
 
-static Node& nodeOf(const char* name) {
-    return Nodes[tarnvelde_findObject(1, name)];
-}
-
 static void stepOnce() {
     double elapsed;
     ASSERT_EQ(tarnvelde_step(&elapsed), 0);
 }
 
 TEST(RulesInARun, ConditionsSeeTheStepBefore) {
-    ProjectFile project(getNetwork(5) + RulesSection +
-                        "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
+    Project project(getNetwork(5) + RulesSection + "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     stepOnce();  // the inflow before the first step is 0
-    EXPECT_EQ(nodeOf("A").newInflow, 0.125);
-    EXPECT_EQ(nodeOf("B").newInflow, 0.375);
+    EXPECT_EQ(project.node("A").newInflow, 0.125);
+    EXPECT_EQ(project.node("B").newInflow, 0.375);
     stepOnce();
-    EXPECT_EQ(nodeOf("A").newInflow, 0.5);
-    EXPECT_EQ(nodeOf("B").newInflow, 0.0);
+    EXPECT_EQ(project.node("A").newInflow, 0.5);
+    EXPECT_EQ(project.node("B").newInflow, 0.0);
 }
 
 TEST(RulesInARun, SplitValueSurvivesIntoASecondRun) {
-    ProjectFile project(getNetwork(5) + RulesSection +
-                        "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
+    Project project(getNetwork(5) + RulesSection + "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(stepToEnd(), 0);
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_start(0), 0);
     stepOnce();
-    EXPECT_EQ(nodeOf("A").newInflow, 0.5);
+    EXPECT_EQ(project.node("A").newInflow, 0.5);
 }
 
 TEST(RulesInARun, ValueOfTheHostHidesThatOfTheRule) {
-    ProjectFile project(getNetwork(5) + RulesSection +
-                        "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
+    Project project(getNetwork(5) + RulesSection + "RULE R\nIF JUNCTION J INFLOW > 0\nTHEN SPLITTER SP VALUE = 1\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     ASSERT_EQ(tarnvelde_setSplittedValue("SP", 0.5), 0);
     stepOnce();
     stepOnce();
-    EXPECT_EQ(nodeOf("SP").newInflow, 0.5);
-    EXPECT_EQ(nodeOf("A").newInflow, 0.25);
+    EXPECT_EQ(project.node("SP").newInflow, 0.5);
+    EXPECT_EQ(project.node("A").newInflow, 0.25);
 }
 
 TEST(RulesInARun, RatioMayExceedOne) {
-    ProjectFile project(getNetwork(5) + RulesSection +
-                        "RULE R\nIF JUNCTION J INFLOW = 0\nTHEN SPLITTER SP VALUE = 3\n");
+    Project project(getNetwork(5) + RulesSection + "RULE R\nIF JUNCTION J INFLOW = 0\nTHEN SPLITTER SP VALUE = 3\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     stepOnce();
-    EXPECT_EQ(nodeOf("A").newInflow, 1.5);
-    EXPECT_EQ(nodeOf("B").newInflow, -1.0);
+    EXPECT_EQ(project.node("A").newInflow, 1.5);
+    EXPECT_EQ(project.node("B").newInflow, -1.0);
 }
 
 TEST(RulesInARun, EventIsAskedAMomentBehindTheOldClock) {
     // Samples of 10 minutes rain at 1:00 and 1:10 and are dry from 1:20 on. Dry time of 30 minutes is full behind 1:40,
     // so that the sample of 1:50 ends the event, at 1:50 less the dry time and one sample.
     const int first = 60, last = 110 - 30 - 10;  // min
-    ProjectFile project(
-        getNetwork(180) +
-        "[GENERAL]\nEVENT_INTERVAL 30\nEVENT_MIN_VALUE 0\n[RAINGAGES]\nG INTENSITY 0:10 T\n[TIMESERIES]\n"
-        "T 2021/03/01 0:00 0 0:50 0 1:00 5 1:10 5 1:20 0 3:00 0\n" +
-        RulesSection + "RULE R\nIF GAGE G EVENT = IN\nTHEN SPLITTER SP VALUE = 0.25\nELSE SPLITTER SP VALUE = 0.75\n");
+    Project project(getNetwork(180) +
+                    "[GENERAL]\nEVENT_INTERVAL 30\nEVENT_MIN_VALUE 0\n[RAINGAGES]\nG INTENSITY 0:10 T\n[TIMESERIES]\n"
+                    "T 2021/03/01 0:00 0 0:50 0 1:00 5 1:10 5 1:20 0 3:00 0\n" +
+                    RulesSection +
+                    "RULE R\nIF GAGE G EVENT = IN\nTHEN SPLITTER SP VALUE = 0.25\nELSE SPLITTER SP VALUE = 0.75\n");
     ASSERT_EQ(project.open(), 0) << project.getReport();
     ASSERT_EQ(tarnvelde_start(0), 0);
     for (int step = 1; step <= 180; ++step) {
@@ -92,6 +84,6 @@ TEST(RulesInARun, EventIsAskedAMomentBehindTheOldClock) {
         // within it, at the last one no longer.
         const int minute = step - 1;
         const bool isIn = first <= minute && minute < last;
-        EXPECT_EQ(nodeOf("A").newInflow, 0.5 * (isIn ? 0.25 : 0.75)) << step;
+        EXPECT_EQ(project.node("A").newInflow, 0.5 * (isIn ? 0.25 : 0.75)) << step;
     }
 }

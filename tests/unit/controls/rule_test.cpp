@@ -26,8 +26,8 @@ static double valueOf(const std::string& operand) {
 }
 
 TEST_F(RuleTest, InflowIsThatOfTheNode) {
-    nodeOf("LM").newInflow = 0.75;
-    nodeOf("LM").oldInflow = 0.5;
+    node("LM").newInflow = 0.75;
+    node("LM").oldInflow = 0.5;
     EXPECT_EQ(valueOf("LID_MONO LM INFLOW"), 0.75);
 }
 
@@ -42,24 +42,24 @@ TEST_F(RuleTest, DepthIsThatOfTheTankOrOfTheConduit) {
 }
 
 TEST_F(RuleTest, FlowIsThatOfTheLink) {
-    linkOf("W").newFlow = 0.75;
-    linkOf("W").oldFlow = 0.5;
+    link("W").newFlow = 0.75;
+    link("W").oldFlow = 0.5;
     EXPECT_EQ(valueOf("WEIR W FLOW"), 0.75);
 }
 
 TEST_F(RuleTest, StatusIsTheSettingAndNotTheTarget) {
-    linkOf("PU").setting = 0.5;
-    linkOf("PU").targetSetting = 1.0;
+    link("PU").setting = 0.5;
+    link("PU").targetSetting = 1.0;
     EXPECT_EQ(valueOf("PUMP PU STATUS"), 0.5);
 }
 
 TEST_F(RuleTest, FillIsTheShareOfTheFullVolume) {
-    reactorOf("RE").storedVolume = 50.0;
+    reactor("RE").storedVolume = 50.0;
     EXPECT_EQ(valueOf("REACTOR RE FILL"), 0.25);
 }
 
 TEST_F(RuleTest, FillOfAPlugFlowReactorIsNoNumber) {
-    reactorOf("RE").volume = 0.0;
+    reactor("RE").volume = 0.0;
     EXPECT_TRUE(std::isnan(valueOf("REACTOR RE FILL")));
 }
 
@@ -82,17 +82,17 @@ TEST_F(RuleTest, RelationsCompareExactly) {
     for (const auto& c : cases) {
         rule_deleteAll();
         readAll({"RULE R", std::string("IF JUNCTION J INFLOW ") + c.relation + " 1"});
-        nodeOf("J").newInflow = below;
+        node("J").newInflow = below;
         EXPECT_EQ(rule_testPremise(*Rules[0].premises), c.isBelow) << c.relation;
-        nodeOf("J").newInflow = 1.0;
+        node("J").newInflow = 1.0;
         EXPECT_EQ(rule_testPremise(*Rules[0].premises), c.isEqual) << c.relation;
-        nodeOf("J").newInflow = above;
+        node("J").newInflow = above;
         EXPECT_EQ(rule_testPremise(*Rules[0].premises), c.isAbove) << c.relation;
     }
 }
 
 TEST_F(RuleTest, NoNumberIsUnequalToEverythingAndNothingElse) {
-    reactorOf("RE").volume = 0.0;
+    reactor("RE").volume = 0.0;
     for (const std::string relation : {"=", "<>", "<", "<=", ">", ">="}) {
         rule_deleteAll();
         readAll({"RULE R", "IF REACTOR RE FILL " + relation + " 0.5"});
@@ -106,7 +106,7 @@ TEST_F(RuleTest, ObjectsAreCompared) {
 }
 
 TEST_F(RuleTest, ValueThatMeansNoValueIsFalse) {
-    nodeOf("J").newInflow = 1.0;
+    node("J").newInflow = 1.0;
     EXPECT_FALSE(isTrue({"IF JUNCTION J INFLOW > -1e10"}));
     EXPECT_FALSE(isTrue({"IF JUNCTION J INFLOW <> -1e10"}));
     EXPECT_TRUE(isTrue({"IF JUNCTION J INFLOW > -1.0000001e10"}));
@@ -147,7 +147,7 @@ TEST_F(RuleTest, RuleWithoutPremisesIsTrue) {
     EXPECT_EQ(read("IF JUNCTION J INFLOW >"), ERR_ITEMS);
     readAll({"THEN PIPE P SETTING = 0.5"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("P").targetSetting, 0.5);
+    EXPECT_EQ(link("P").targetSetting, 0.5);
 }
 
 // --- choice of actions ---------------------------------------------------------------------------------------------
@@ -161,14 +161,14 @@ TEST_F(RuleTest, NoRulesChangeNothing) {
 TEST_F(RuleTest, FalseRuleWithoutElseDoesNothing) {
     readAll({"RULE R", Never, "THEN PIPE P SETTING = 0.5"});
     EXPECT_EQ(evaluate(), 0);
-    EXPECT_EQ(linkOf("P").targetSetting, 1.0);
+    EXPECT_EQ(link("P").targetSetting, 1.0);
 }
 
 TEST_F(RuleTest, FalseRuleTakesItsElsePart) {
     readAll({"RULE R", Never, "THEN PIPE P SETTING = 0.5", "ELSE PIPE P2 SETTING = 0.25"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("P").targetSetting, 1.0);
-    EXPECT_EQ(linkOf("P2").targetSetting, 0.25);
+    EXPECT_EQ(link("P").targetSetting, 1.0);
+    EXPECT_EQ(link("P2").targetSetting, 0.25);
 }
 
 TEST_F(RuleTest, HigherPriorityWins) {
@@ -176,44 +176,44 @@ TEST_F(RuleTest, HigherPriorityWins) {
              "THEN PIPE P SETTING = 0.5", "PRIORITY 2", "RULE T", Always, "THEN PIPE P SETTING = 0.75",
              "PRIORITY 1.5"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("P").targetSetting, 0.5);
+    EXPECT_EQ(link("P").targetSetting, 0.5);
 }
 
 TEST_F(RuleTest, NegativePriorityLosesAgainstNone) {
     readAll(
         {"RULE R", Always, "THEN PIPE P SETTING = 0.25", "PRIORITY -1", "RULE S", Always, "THEN PIPE P SETTING = 0.5"});
     evaluate();
-    EXPECT_EQ(linkOf("P").targetSetting, 0.5);
+    EXPECT_EQ(link("P").targetSetting, 0.5);
 }
 
 TEST_F(RuleTest, FirstOfEqualPrioritiesWins) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "PRIORITY 3", "RULE S", Always,
              "THEN PIPE P SETTING = 0.5", "PRIORITY 3"});
     evaluate();
-    EXPECT_EQ(linkOf("P").targetSetting, 0.25);
+    EXPECT_EQ(link("P").targetSetting, 0.25);
 }
 
 TEST_F(RuleTest, LastLineOfARuleOnATargetWins) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND PIPE P SETTING = 0.5", "AND PIPE p SETTING = 0.75"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("P").targetSetting, 0.75);
+    EXPECT_EQ(link("P").targetSetting, 0.75);
 }
 
 TEST_F(RuleTest, OneTargetIsOneWhateverTypeTheLinesGiveIt) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "PRIORITY 1", "RULE S", Always,
              "THEN WEIR P SETTING = 0.5", "PRIORITY 2"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("P").targetSetting, 0.5);
+    EXPECT_EQ(link("P").targetSetting, 0.5);
 }
 
 TEST_F(RuleTest, ActionOfAnEarlierStepHoldsNoTarget) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "PRIORITY 5", "RULE S", "IF JUNCTION J INFLOW >= 0",
              "THEN PIPE P SETTING = 0.75"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("P").targetSetting, 0.25);
-    nodeOf("J").newInflow = 1.0;  // R is false from now on
+    EXPECT_EQ(link("P").targetSetting, 0.25);
+    node("J").newInflow = 1.0;  // R is false from now on
     EXPECT_EQ(rule_evaluate(), 1);
-    EXPECT_EQ(linkOf("P").targetSetting, 0.75);
+    EXPECT_EQ(link("P").targetSetting, 0.75);
 }
 
 // --- what actions change -------------------------------------------------------------------------------------------
@@ -225,71 +225,71 @@ TEST_F(RuleTest, UnchangedValuesAreNoChanges) {
 }
 
 TEST_F(RuleTest, PipesAndOrificesOpenAgainInTheStepInWhichNoRuleHoldsThem) {
-    linkOf("PU").kind = WEIR;  // a pump would be switched by the depth of its tank
+    link("PU").kind = WEIR;  // a pump would be switched by the depth of its tank
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND WEIR W SETTING = 0.25",
              "AND ORIFICE OR SETTING = 0.25", "AND PIPE CN SETTING = 0.25", "AND PIPE CD SETTING = 0.25"});
     evaluate();
     link_applyTargets();
-    for (const char* link : {"P", "W", "OR", "CN", "CD"}) {
-        EXPECT_EQ(linkOf(link).setting, 0.25) << link;
+    for (const char* id : {"P", "W", "OR", "CN", "CD"}) {
+        EXPECT_EQ(link(id).setting, 0.25) << id;
     }
-    nodeOf("J").newInflow = 1.0;
+    node("J").newInflow = 1.0;
     linkkinds_setTargets();
     EXPECT_EQ(rule_evaluate(), 0);
     link_applyTargets();
-    for (const char* link : {"P", "OR"}) {
-        EXPECT_EQ(linkOf(link).setting, 1.0) << link;
+    for (const char* id : {"P", "OR"}) {
+        EXPECT_EQ(link(id).setting, 1.0) << id;
     }
-    for (const char* link : {"W", "CN", "CD"}) {
-        EXPECT_EQ(linkOf(link).setting, 0.25) << link;  // they stay where they were put
+    for (const char* id : {"W", "CN", "CD"}) {
+        EXPECT_EQ(link(id).setting, 0.25) << id;  // they stay where they were put
     }
 }
 
 TEST_F(RuleTest, LinkHeldByTheHostGetsATargetButNoSetting) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25"});
-    linkOf("P").isHostSetting = 1;
-    linkOf("P").setting = 0.5;
+    link("P").isHostSetting = 1;
+    link("P").setting = 0.5;
     EXPECT_EQ(evaluate(), 1);
     link_applyTargets();
-    EXPECT_EQ(linkOf("P").targetSetting, 0.25);
-    EXPECT_EQ(linkOf("P").setting, 0.5);
+    EXPECT_EQ(link("P").targetSetting, 0.25);
+    EXPECT_EQ(link("P").setting, 0.5);
 }
 
 TEST_F(RuleTest, SplitValueIsWrittenBesideThatOfTheHost) {
-    splitterOf("SP").value = 1.0;
-    splitterOf("SP").hostValue = 7.0;
-    splitterOf("SP").useHostValue = 1;
+    splitter("SP").value = 1.0;
+    splitter("SP").hostValue = 7.0;
+    splitter("SP").useHostValue = 1;
     readAll({"RULE R", Always, "THEN SPLITTER SP VALUE = 2"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(splitterOf("SP").value, 2.0);
-    EXPECT_EQ(splitterOf("SP").hostValue, 7.0);
+    EXPECT_EQ(splitter("SP").value, 2.0);
+    EXPECT_EQ(splitter("SP").hostValue, 7.0);
 }
 
 TEST_F(RuleTest, EmptyingOfAReactorStartsAndStops) {
     readAll({"RULE R", Always, "THEN REACTOR RE EMPTYING = YES", "ELSE REACTOR RE EMPTYING = NO"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(reactorOf("RE").isEmptying, 1);
+    EXPECT_EQ(reactor("RE").isEmptying, 1);
     EXPECT_EQ(rule_evaluate(), 0);
-    nodeOf("J").newInflow = 1.0;
+    node("J").newInflow = 1.0;
     EXPECT_EQ(rule_evaluate(), 1);
-    EXPECT_EQ(reactorOf("RE").isEmptying, 0);
+    EXPECT_EQ(reactor("RE").isEmptying, 0);
 }
 
 TEST_F(RuleTest, NumberGivenToAReactorIsCut) {
     readAll({"RULE R", Always, "THEN SPLITTER RE VALUE = 0.9"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(reactorOf("RE").isEmptying, 0);
+    EXPECT_EQ(reactor("RE").isEmptying, 0);
     EXPECT_EQ(rule_evaluate(), 1);  // 0.9 differs from 0 in every step
     rule_deleteAll();
     readAll({"RULE R", Always, "THEN SPLITTER RE VALUE = 2.9"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(reactorOf("RE").isEmptying, 2);
+    EXPECT_EQ(reactor("RE").isEmptying, 2);
 }
 
 TEST_F(RuleTest, TypeWordDoesNotDecideWhatIsSet) {
     readAll({"RULE R", Always, "THEN REACTOR SP EMPTYING = YES"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(splitterOf("SP").value, 1.0);
+    EXPECT_EQ(splitter("SP").value, 1.0);
 }
 
 TEST_F(RuleTest, LinkGetsTheValueOfANameThatIsANodeAsWell) {
@@ -298,26 +298,26 @@ TEST_F(RuleTest, LinkGetsTheValueOfANameThatIsANodeAsWell) {
     addLink("both", PIPE);
     readAll({"RULE R", Always, "THEN SPLITTER both VALUE = 3"});
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("both").targetSetting, 3.0);
-    EXPECT_EQ(splitterOf("both").value, 0.0);
+    EXPECT_EQ(link("both").targetSetting, 3.0);
+    EXPECT_EQ(splitter("both").value, 0.0);
 }
 
 TEST_F(RuleTest, NodeReadBeforeItsSectionIsLeftAlone) {
     addNode("later", -1);
     Splitters.push_back(Splitter{});
     readAll({"RULE R", Always, "THEN SPLITTER later VALUE = 3"});
-    nodeOf("later").kind = SPLITTER;
-    nodeOf("later").kindIndex = 1;
+    node("later").kind = SPLITTER;
+    node("later").kindIndex = 1;
     EXPECT_EQ(evaluate(), 0);
-    EXPECT_EQ(splitterOf("later").value, 0.0);
+    EXPECT_EQ(splitter("later").value, 0.0);
 }
 
 TEST_F(RuleTest, LinkReadBeforeItsSectionIsMovedAllTheSame) {
     addLink("later", -1);
     readAll({"RULE R", Always, "THEN PIPE later SETTING = 0.5"});
-    linkOf("later").kind = PIPE;
+    link("later").kind = PIPE;
     EXPECT_EQ(evaluate(), 1);
-    EXPECT_EQ(linkOf("later").targetSetting, 0.5);
+    EXPECT_EQ(link("later").targetSetting, 0.5);
 }
 
 TEST_F(RuleTest, NodesThatTakeNoActionAreLeftAlone) {
@@ -375,8 +375,8 @@ TEST_F(RuleTest, TwoNodesAreTwoTargets) {
     readAll(
         {"RULE R", Always, "THEN SPLITTER SP VALUE = 1", "AND SPLITTER SP2 VALUE = 2", "AND SPLITTER sp VALUE = 3"});
     EXPECT_EQ(evaluate(), 2);
-    EXPECT_EQ(splitterOf("SP").value, 3.0);
-    EXPECT_EQ(splitterOf("SP2").value, 2.0);
+    EXPECT_EQ(splitter("SP").value, 3.0);
+    EXPECT_EQ(splitter("SP2").value, 2.0);
 }
 
 TEST_F(RuleTest, ThousandsOfRulesEachMoveTheirLink) {
@@ -388,7 +388,7 @@ TEST_F(RuleTest, ThousandsOfRulesEachMoveTheirLink) {
     }
     EXPECT_EQ(evaluate(), count);
     for (int32_t k = 0; k < count; ++k) {
-        linkOf("L" + std::to_string(k)).targetSetting = 1.0;
+        link("L" + std::to_string(k)).targetSetting = 1.0;
     }
     EXPECT_EQ(rule_evaluate(), count);
 }
@@ -396,10 +396,10 @@ TEST_F(RuleTest, ThousandsOfRulesEachMoveTheirLink) {
 TEST_F(RuleTest, SecondRunChoosesAsTheFirst) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND PIPE P2 SETTING = 0.5"});
     EXPECT_EQ(evaluate(), 2);
-    linkOf("P").targetSetting = linkOf("P2").targetSetting = 1.0;
+    link("P").targetSetting = link("P2").targetSetting = 1.0;
     EXPECT_EQ(evaluate(), 2);
-    EXPECT_EQ(linkOf("P").targetSetting, 0.25);
-    EXPECT_EQ(linkOf("P2").targetSetting, 0.5);
+    EXPECT_EQ(link("P").targetSetting, 0.25);
+    EXPECT_EQ(link("P2").targetSetting, 0.5);
 }
 
 TEST_F(RuleTest, FailedAllocationOfTheListIsTheMemoryError) {
@@ -415,8 +415,8 @@ TEST_F(RuleTest, FailedAllocationOfTheListIsTheMemoryError) {
 TEST_F(RuleTest, NothingOfADeletedProjectIsLeft) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25"});
     evaluate();
-    linkOf("P").targetSetting = 1.0;
+    link("P").targetSetting = 1.0;
     rule_deleteAll();
     EXPECT_EQ(rule_evaluate(), 0);
-    EXPECT_EQ(linkOf("P").targetSetting, 1.0);
+    EXPECT_EQ(link("P").targetSetting, 1.0);
 }

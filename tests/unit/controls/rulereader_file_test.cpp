@@ -8,7 +8,7 @@
 #include "controls/rule.h"
 #include "model/errors.h"
 #include "model/project.h"
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 
 TEST(RuleLines, NeedARuleFirst) {
     expectRefused("[CONTROL_RULES]", "IF", "ERROR 203: too few items ");
@@ -75,9 +75,8 @@ TEST(RulesInAFile, UnknownClauseIsRefusedBeforeAndBehindTheFirstRule) {
 }
 
 TEST(RulesInAFile, ClausesBehindADuplicateRuleGoToTheLastGoodOne) {
-    ProjectFile project(
-        getNetwork(5) + RulesSection +
-        "RULE R\nIF JUNCTION J INFLOW > 1\nRULE r\nOR JUNCTION J INFLOW > 2\nTHEN SPLITTER SP VALUE = 1\n");
+    Project project(getNetwork(5) + RulesSection +
+                    "RULE R\nIF JUNCTION J INFLOW > 1\nRULE r\nOR JUNCTION J INFLOW > 2\nTHEN SPLITTER SP VALUE = 1\n");
     EXPECT_EQ(project.open(), 200);
     ASSERT_NE(Rules[0].premises, nullptr);
     EXPECT_NE(Rules[0].premises->next, nullptr);

@@ -177,14 +177,14 @@ TEST_F(RuleTest, OperandKeepsObjectAndRowOfItsKind) {
     addNode("RE2", REACTOR);
     readAll({"RULE R", "IF REACTOR RE2 FILL > 0.5", "OR GAGE G EVENT = IN", "OR PUMP PU STATUS = ON"});
     const std::vector<const Premise*> list = listPremises(Rules[0]);
-    EXPECT_EQ(list[0]->left.node, names_find(NODE, "RE2"));
+    EXPECT_EQ(list[0]->left.node, findNode("RE2"));
     EXPECT_EQ(list[0]->left.reactor, 1);
     EXPECT_EQ(list[0]->left.junction, -1);
     EXPECT_EQ(list[0]->left.link, -1);
     EXPECT_EQ(list[0]->left.gage, -1);
     EXPECT_EQ(list[1]->left.gage, 0);
     EXPECT_EQ(list[1]->left.node, -1);
-    EXPECT_EQ(list[2]->left.link, names_find(LINK, "PU"));
+    EXPECT_EQ(list[2]->left.link, findLink("PU"));
     EXPECT_EQ(list[2]->left.pump, 0);
     EXPECT_EQ(list[2]->left.pipe, -1);
     EXPECT_EQ(list[2]->left.attribute, ATTRIBUTE_STATUS);
@@ -247,7 +247,7 @@ TEST_F(RuleTest, RightSideCanBeAnObject) {
     readAll({"RULE R", "IF JUNCTION J INFLOW > REACTOR RE INFLOW"});
     const Premise& premise = *Rules[0].premises;
     EXPECT_EQ(premise.value, NO_VALUE);
-    EXPECT_EQ(premise.right.node, names_find(NODE, "RE"));
+    EXPECT_EQ(premise.right.node, findNode("RE"));
     EXPECT_EQ(premise.right.reactor, 0);
     EXPECT_EQ(premise.right.attribute, ATTRIBUTE_INFLOW);
 }
@@ -418,9 +418,9 @@ TEST_F(RuleTest, ActionsStandInReverseOrderOfTheirLines) {
     const std::vector<const Action*> elseList = listActions(Rules[0].elseActions);
     ASSERT_EQ(thenList.size(), 3u);
     ASSERT_EQ(elseList.size(), 2u);
-    EXPECT_EQ(thenList[0]->link, names_find(LINK, "P3"));
-    EXPECT_EQ(thenList[2]->link, names_find(LINK, "P"));
-    EXPECT_EQ(elseList[0]->link, names_find(LINK, "P"));
+    EXPECT_EQ(thenList[0]->link, findLink("P3"));
+    EXPECT_EQ(thenList[2]->link, findLink("P"));
+    EXPECT_EQ(elseList[0]->link, findLink("P"));
 }
 
 TEST_F(RuleTest, NameOfLinkAndNodeKeepsBoth) {
@@ -429,8 +429,8 @@ TEST_F(RuleTest, NameOfLinkAndNodeKeepsBoth) {
     readAll(InAction);
     readAll({"THEN SPLITTER both VALUE = 1"});
     const Action& action = *Rules[0].thenActions;
-    EXPECT_EQ(action.link, names_find(LINK, "both"));
-    EXPECT_EQ(action.node, names_find(NODE, "both"));
+    EXPECT_EQ(action.link, findLink("both"));
+    EXPECT_EQ(action.node, findNode("both"));
     EXPECT_EQ(action.splitter, 1);
     EXPECT_EQ(action.reactor, -1);
 }
@@ -439,7 +439,7 @@ TEST_F(RuleTest, KindsOfLinkWithoutActionsFillNothing) {
     readAll(InAction);
     readAll({"THEN PIPE CN STATUS = OPEN"});
     const Action& action = *Rules[0].thenActions;
-    EXPECT_EQ(action.link, names_find(LINK, "CN"));
+    EXPECT_EQ(action.link, findLink("CN"));
     EXPECT_EQ(action.node, -1);
 }
 

@@ -11,24 +11,16 @@
 #include "model/project.h"
 #include "support/lines.h"
 #include "support/project.h"
+#include "support/tables.h"
 
 /// Two converters, C and D, and two pollutants, TSS and COD.
-struct ConverterLines : testing::Test {
+struct ConverterLines : testing::Test, Tables {
     void SetUp() override {
-        tarnvelde_close();
-        names_clear();
         Converters.fill(2, Converter{});
-        ObjectCount[CONVERTER] = ObjectCount[POLLUT] = 2;
-        names_add(CONVERTER, "C", 0);
-        names_add(CONVERTER, "D", 1);
-        names_add(POLLUT, "TSS", 0);
-        names_add(POLLUT, "COD", 1);
-    }
-    void TearDown() override {
-        names_clear();
-        Converters = {};
-        ObjectCount[CONVERTER] = ObjectCount[POLLUT] = 0;
-        arena_release(ProjectArena);
+        addName(CONVERTER, "C");
+        addName(CONVERTER, "D");
+        addName(POLLUT, "TSS");
+        addName(POLLUT, "COD");
     }
 
     static int32_t read(const Tokens& tokens) { return converter_readLine(tokens); }
@@ -213,15 +205,11 @@ static ConverterPoint makePoint(int32_t target, int32_t sourceKind, int32_t sour
     return {target, sourceKind, sourceIndex, constant, factor, operation, nullptr};
 }
 
-struct ConverterAmounts : testing::Test {
+struct ConverterAmounts : testing::Test, Tables {
     std::vector<ConverterPoint> points;
     double constituents[CONSTITUENT_COUNT] = {};
 
-    void SetUp() override { ObjectCount[POLLUT] = 2; }
-    void TearDown() override {
-        ObjectCount[POLLUT] = 0;
-        Converters = {};
-    }
+    void SetUp() override { setPollutantCount(2); }
 
     void apply(double flow, double firstLoad, double secondLoad) {
         for (size_t k = 0; k + 1 < points.size(); ++k) {

@@ -11,11 +11,12 @@
 #include <vector>
 
 #include "coupling/swmm.h"
+#include "links/conduit.h"
 #include "links/connection.h"
 #include "links/pipe.h"
 #include "model/project.h"
 #include "support/engines.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 static constexpr double DT = COUPLED_STEP;
 static constexpr double FLOW = 0.25;                     ///< m3/s, of the spring
@@ -37,7 +38,7 @@ struct Spring : CoupledProject {
 };
 
 static Pipe& getPipe(const char* name) {
-    return Pipes.at((getLink(name).kindIndex));
+    return Pipes.at((Records::link(name).kindIndex));
 }
 
 // --- pipes ---------------------------------------------------------------------------------------------------------
@@ -52,10 +53,10 @@ TEST(FeedPipe, FiresByTheClockOfTheEngine) {
     EXPECT_EQ(pipe.newInflow, FLOW);
     EXPECT_EQ(pipe.lastFireTime, 0.0);
     EXPECT_EQ(pipe.nextFireTime, 1350000.0);
-    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    EXPECT_EQ(p.link("X").newQual[0], 0.0);
     const double k = 1350.0, a = k / 2.0;
     const double firstOut = FLOW * a / (k + a);
-    EXPECT_NEAR(getLink("X").newFlow, firstOut, 1e-12);
+    EXPECT_NEAR(p.link("X").newFlow, firstOut, 1e-12);
     // Exactly at the time of firing it doesn't fire.
     p.step();
     EXPECT_EQ(p.record().sumFlow, FLOW);
@@ -68,7 +69,7 @@ TEST(FeedPipe, FiresByTheClockOfTheEngine) {
     EXPECT_EQ(pipe.lastFireTime, 1350000.0);
     EXPECT_EQ(pipe.nextFireTime, 2700000.0);
     const double stored = (FLOW - firstOut) * k;
-    EXPECT_NEAR(getLink("X").newQual[0], k * FLOW * QUALITY / 2.0 / (stored + k * FLOW), 1e-12);
+    EXPECT_NEAR(p.link("X").newQual[0], k * FLOW * QUALITY / 2.0 / (stored + k * FLOW), 1e-12);
     EXPECT_EQ(p.record().sumFlow, 0.0);
     EXPECT_EQ(p.record().sumCount, 0);
     EXPECT_EQ(p.record().sumLoad[0], 0.0);
@@ -88,7 +89,7 @@ TEST(FeedPipe, OfOneRoutingStepCarriesNoMass) {
     for (int k = 0; k < 7; ++k) {
         p.step();
         EXPECT_EQ(getPipe("X").newInflow, FLOW);
-        EXPECT_EQ(getLink("X").newQual[0], 0.0);
+        EXPECT_EQ(p.link("X").newQual[0], 0.0);
     }
 }
 
@@ -97,7 +98,7 @@ TEST(FeedPipe, OfOneRoutingStepCarriesNoMass) {
 TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
     Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\n", 8);  // 5400 s
     Pipe& pipe = getPipe("X");
-    const int32_t node = findNode("S");
+    const int32_t node = p.findNode("S");
     p.outside().oldTime = TotalDuration + 1.0;
     p.record().newFlow = FLOW;
     const double last[] = {0.0, 2700000.0, 5400000.0};
@@ -107,9 +108,9 @@ TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
         EXPECT_EQ(pipe.lastFireTime, last[k]);
         EXPECT_EQ(pipe.nextFireTime, next[k]);
     }
-    EXPECT_GT(getLink("X").newFlow, 0.0);
+    EXPECT_GT(p.link("X").newFlow, 0.0);
     std::vector<double> loads(static_cast<size_t>(project_pollutantCount()), 0.0);
-    EXPECT_EQ(pipe_deliver(getLink("X"), pipe, 5000000.0, loads.data()), 0.0);
+    EXPECT_EQ(pipe_deliver(p.link("X"), pipe, 5000000.0, loads.data()), 0.0);
     EXPECT_EQ(std::count(loads.begin(), loads.end(), 0.0), project_pollutantCount());
     EXPECT_EQ(FlowTotals.vornInflow, 3 * DT * FLOW);
 }
@@ -118,7 +119,7 @@ TEST(FeedPipe, WithoutFlowGetsConcentrationZero) {
     Spring p("[PIPES]\nX S O NO 1350 1 0 0", "OUTFLOW IDLE X\n");
     p.step(5);
     EXPECT_EQ(getPipe("X").newInflow, 0.0);
-    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    EXPECT_EQ(p.link("X").newQual[0], 0.0);
 }
 
 TEST(FeedPipe, OfTwoRecordsIsServedTwiceByTheFirst) {
@@ -138,13 +139,13 @@ TEST(FeedConnection, TakesTheFlowAtTheRoutingClock) {
     Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\n", 8, "1350");
     // Half way through the first step of the engine, from nothing to the spring.
     p.step();
-    EXPECT_EQ(getLink("X").newFlow, FLOW / 2.0);
-    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+    EXPECT_EQ(p.link("X").newFlow, FLOW / 2.0);
+    EXPECT_NEAR(p.link("X").newQual[0], QUALITY, 1e-12);
     EXPECT_EQ(FlowTotals.swmmInflow, 0.0);  // the flow that stood before
     EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD / 2.0, 1e-15);
     // At its end: the engine has made a second step, and the first state counts.
     p.step();
-    EXPECT_EQ(getLink("X").newFlow, FLOW);
+    EXPECT_EQ(p.link("X").newFlow, FLOW);
     EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW / 2.0);
     p.step();
     EXPECT_EQ(FlowTotals.swmmInflow, DT * (FLOW / 2.0 + FLOW));
@@ -154,13 +155,13 @@ TEST(FeedConnection, TakesTheFlowAtTheRoutingClock) {
 TEST(FeedConnection, DeliversBehindItsDelay) {
     Spring p("[CONNECTIONS]\nX S O NO 1350", "OUTFLOW OUT X\n", 8);
     p.step(2);
-    EXPECT_EQ(getLink("X").newFlow, 0.0);
-    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    EXPECT_EQ(p.link("X").newFlow, 0.0);
+    EXPECT_EQ(p.link("X").newQual[0], 0.0);
     EXPECT_GT(Connections[0].newInflow, 0.0);
     // Entries lie on the dates that are read.
     p.step();
-    EXPECT_EQ(getLink("X").newFlow, FLOW);
-    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+    EXPECT_EQ(p.link("X").newFlow, FLOW);
+    EXPECT_NEAR(p.link("X").newQual[0], QUALITY, 1e-12);
 }
 
 TEST(FeedConnection, WhatLeavesTooLateIsDelayed) {
@@ -178,11 +179,11 @@ TEST(FeedConnection, WeighsBeyondTheEngineOnceItIsOver) {
     NewRoutingTime = 2025000.0;
     p.record().oldFlow = 4.0;
     p.record().newFlow = 1.0;
-    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
     // f = (2025 - 1350) / (0 - 1350) = -0.5
     EXPECT_EQ(Connections[0].newInflow, -0.5 * 1.0 + 1.5 * 4.0);
     p.outside().oldTime = p.outside().newTime = 0.0;
-    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(Connections[0].newInflow, 4.0);  // equal clocks: the old state
 }
 
@@ -190,7 +191,7 @@ TEST(FeedConnection, OfTwoRecordsGetsTwoEntriesOfOneDate) {
     Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW IDLE X\nOUTFLOW OUT X\n", 8);
     p.step();
     EXPECT_EQ(Connections[0].newInflow, FLOW);  // the record in hand
-    EXPECT_EQ(getLink("X").newFlow, 0.0);       // reading at their date gives the first entry
+    EXPECT_EQ(p.link("X").newFlow, 0.0);        // reading at their date gives the first entry
     EXPECT_EQ(Connections[0].flowQueue.end - Connections[0].flowQueue.first, 2);
 }
 
@@ -203,10 +204,10 @@ TEST(FeedConnection, TakesLoadsBetweenTwoStates) {
     p.record().newFlow = 1.0;
     p.record().oldLoad[0] = 0.5;
     p.record().newLoad[0] = 0.25;
-    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
     const double flow = 0.25 * 1.0 + 0.75 * 4.0, load = 0.25 * 0.25 + 0.75 * 0.5;
-    EXPECT_EQ(getLink("X").newFlow, flow);
-    EXPECT_EQ(getLink("X").newQual[0], load / flow * 1000.0);
+    EXPECT_EQ(p.link("X").newFlow, flow);
+    EXPECT_EQ(p.link("X").newQual[0], load / flow * 1000.0);
     EXPECT_EQ(QualTotals[0].vornInflow, DT * load);
 }
 
@@ -217,7 +218,7 @@ TEST(FeedConnection, CountsTheFlowThatAHostHasSet) {
     ASSERT_EQ(tarnvelde_setLinkFlow("X", 3.0), 0);
     p.step();
     EXPECT_EQ(FlowTotals.swmmInflow, DT * 3.0);  // as it stood before; the delay then gives its own again
-    EXPECT_EQ(getLink("X").newFlow, 0.0);
+    EXPECT_EQ(p.link("X").newFlow, 0.0);
     EXPECT_NEAR(QualTotals[0].swmmInflow, 2 * DT * LOAD, 1e-15);  // of what has entered, not of what leaves
 }
 
@@ -227,7 +228,7 @@ TEST(FeedConnection, OfTwoRecordsCountsTheFlowThatTheFirstHasMade) {
     EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW);  // 0 before the first, its flow before the second
     EXPECT_NEAR(QualTotals[0].swmmInflow, 2 * DT * LOAD, 1e-15);
     EXPECT_EQ(Connections[0].loadQueue[0].end - Connections[0].loadQueue[0].first, 2);
-    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+    EXPECT_NEAR(p.link("X").newQual[0], QUALITY, 1e-12);
 }
 
 TEST(FeedConnection, OfTwoRecordsDelaysBoth) {
@@ -242,15 +243,15 @@ TEST(FeedConnection, OfTwoRecordsDelaysBoth) {
 TEST(FeedPipe, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
     Spring p("[PIPES]\nX S O NO 1350 1 0 0", "OUTFLOW OUT X\n");
     p.step(3);
-    const double quality = getLink("X").newQual[0];
+    const double quality = p.link("X").newQual[0];
     ASSERT_GT(quality, 0.0);
     p.outside().oldTime = getPipe("X").nextFireTime + 1.0;
     p.record().newFlow = p.record().sumFlow = 0.0;
     p.record().sumLoad[0] = 0.5;  // load without water: of no concentration
-    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(getPipe("X").newInflow, 0.0);
-    EXPECT_GT(getLink("X").newFlow, 0.0);  // water is stored
-    EXPECT_NEAR(getLink("X").newQual[0], quality, 1e-12);
+    EXPECT_GT(p.link("X").newFlow, 0.0);  // water is stored
+    EXPECT_NEAR(p.link("X").newQual[0], quality, 1e-12);
 }
 
 TEST(FeedConnection, WithoutFlowHasConcentrationZero) {
@@ -258,22 +259,22 @@ TEST(FeedConnection, WithoutFlowHasConcentrationZero) {
     p.outside().oldTime = p.outside().newTime = 0.0;
     p.record().oldFlow = 0.0;
     p.record().oldLoad[0] = 0.5;
-    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
-    EXPECT_EQ(getLink("X").newFlow, 0.0);
-    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
+    EXPECT_EQ(p.link("X").newFlow, 0.0);
+    EXPECT_EQ(p.link("X").newQual[0], 0.0);
     EXPECT_EQ(QualTotals[0].vornInflow, DT * 0.5);
 }
 
 TEST(FeedConduit, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
     Spring p("[CONDUITS]\nX S O NO 5000 0.001 0.02 RECTANGULAR 3 2\n", "OUTFLOW OUT X\n");
     p.step(6);
-    const double quality = getLink("X").newQual[0];
+    const double quality = p.link("X").newQual[0];
     ASSERT_GT(quality, 0.0);
     p.record().newFlow = 0.0;
     p.record().newLoad[0] = 0.5;
-    linkkinds_feed(findNode("S"), p.outside(), VORN_TOTALS);
-    EXPECT_EQ(getConduit("X").newInflow, 0.0);
-    EXPECT_NEAR(getLink("X").newQual[0], quality, 1e-9);
+    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
+    EXPECT_EQ(p.conduit("X").newInflow, 0.0);
+    EXPECT_NEAR(p.link("X").newQual[0], quality, 1e-9);
 }
 
 // --- conduits ------------------------------------------------------------------------------------------------------
@@ -283,31 +284,31 @@ static const std::string Channel = "[CONDUITS]\nX S O NO 100 0.5 0.02 RECTANGULA
 TEST(FeedConduit, TakesFlowAndConcentrations) {
     Spring p(Channel, "OUTFLOW OUT X\n");
     p.step();
-    EXPECT_EQ(getConduit("X").newInflow, FLOW);
-    EXPECT_NEAR(getLink("X").newQual[0], QUALITY, 1e-12);
+    EXPECT_EQ(p.conduit("X").newInflow, FLOW);
+    EXPECT_NEAR(p.link("X").newQual[0], QUALITY, 1e-12);
     EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW);
     EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD, 1e-15);
     p.step();
-    EXPECT_EQ(getConduit("X").oldInflow, FLOW);
-    EXPECT_NEAR(getLink("X").oldQual[0], QUALITY, 1e-12);
+    EXPECT_EQ(p.conduit("X").oldInflow, FLOW);
+    EXPECT_NEAR(p.link("X").oldQual[0], QUALITY, 1e-12);
 }
 
 TEST(FeedConduit, TakesTheFirstRecordOfTheNode) {
     Spring p(Channel + "[CONNECTIONS]\nY S O NO 0", "OUTFLOW OUT Y\nOUTFLOW IDLE X\n");
     p.step();
-    EXPECT_EQ(getConduit("X").newInflow, FLOW);  // of the record for Y
+    EXPECT_EQ(p.conduit("X").newInflow, FLOW);  // of the record for Y
     Spring q(Channel + "[CONNECTIONS]\nY S O NO 0", "OUTFLOW IDLE Y\nOUTFLOW OUT X\n");
     q.step();
-    EXPECT_EQ(getConduit("X").newInflow, 0.0);
-    EXPECT_EQ(getLink("X").newQual[0], 0.0);
+    EXPECT_EQ(p.conduit("X").newInflow, 0.0);
+    EXPECT_EQ(p.link("X").newQual[0], 0.0);
 }
 
 TEST(FeedConduit, OfTwoRecordsTakesTwoVolumes) {
     Spring p(Channel, "OUTFLOW OUT X\nOUTFLOW OUT X\n");
     p.step();
     EXPECT_EQ(FlowTotals.swmmInflow, 2 * DT * FLOW);
-    EXPECT_EQ(getConduit("X").oldInflow, FLOW);
-    EXPECT_EQ(getConduit("X").newInflow, FLOW);
+    EXPECT_EQ(p.conduit("X").oldInflow, FLOW);
+    EXPECT_EQ(p.conduit("X").newInflow, FLOW);
 }
 
 // --- records and links ---------------------------------------------------------------------------------------------
@@ -315,7 +316,7 @@ TEST(FeedConduit, OfTwoRecordsTakesTwoVolumes) {
 TEST(FeedLinks, WithoutARecordGetNothing) {
     Spring p(Channel + "[CONNECTIONS]\nY S O NO 0\n[PIPES]\nZ S O NO 1350 1 0 0", "");
     p.step(6);
-    EXPECT_EQ(getConduit("X").newInflow, 0.0);
+    EXPECT_EQ(p.conduit("X").newInflow, 0.0);
     EXPECT_EQ(Connections[0].newInflow, 0.0);
     EXPECT_EQ(getPipe("Z").newInflow, 0.0);
     EXPECT_EQ(getPipe("Z").nextFireTime, 0.0);
@@ -339,6 +340,6 @@ TEST(FeedLinks, WithoutPollutantsTakeWaterAlone) {
     p.start();
     p.step(4);
     EXPECT_EQ(getPipe("Z").newInflow, 0.5);
-    EXPECT_EQ(getConduit("X").newInflow, 0.5);
-    EXPECT_EQ(getLink("Y").newFlow, 0.5);
+    EXPECT_EQ(p.conduit("X").newInflow, 0.5);
+    EXPECT_EQ(p.link("Y").newFlow, 0.5);
 }

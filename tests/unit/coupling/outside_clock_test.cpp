@@ -16,7 +16,7 @@
 #include "model/project.h"
 #include "support/coupledflow.h"
 #include "support/engines.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 using Strings = std::vector<std::string>;
 
@@ -111,8 +111,8 @@ TEST(VornClock, BetweenTwoStatesGivesFlowAndLoadInProportion) {
     const double flows[] = {0.0, 0.0, 0.25, 0.5};
     for (const double flow : flows) {
         p.step();
-        EXPECT_EQ(getLink("D").newFlow, flow);
-        EXPECT_NEAR(getLink("D").newQual[0], flow > 0.0 ? 3.0 : 0.0, 1e-12);
+        EXPECT_EQ(p.link("D").newFlow, flow);
+        EXPECT_NEAR(p.link("D").newQual[0], flow > 0.0 ? 3.0 : 0.0, 1e-12);
     }
     EXPECT_EQ(FlowTotals.vornInflow, DT * 0.25);  // the flow of the step before
     EXPECT_NEAR(QualTotals[0].vornInflow, DT * 0.003 * 0.75, 1e-15);
@@ -273,8 +273,8 @@ static const std::string Circle =
 TEST(NodeOrder, VisitsASwmmNodeInThePlaceOfNodesThatAreNeverReached) {
     CoupledProject p("[SWMM_INPS]\nS m.inp NO\nINFLOW IN K\nOUTFLOW OUT M\n" + Circle, 4);
     p.model("m.inp", getPassingModel(4, "substances A\nspring OUT 0.25\n"));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    ASSERT_EQ(findNode("S"), 0);
+    ASSERT_EQ(p.open(), 0) << p.getReport();
+    ASSERT_EQ(p.findNode("S"), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     ASSERT_EQ(tarnvelde_setSwmmExtInflow("S", "OUT", 1.0), 0);
     p.takeCalls();
@@ -291,15 +291,15 @@ TEST(NodeOrder, VisitsASwmmNodeInThePlaceOfNodesThatAreNeverReached) {
                               "m swmm_setExtInflow \"OUT\" 1 = 0", "m swmm_setExtInflow \"IN\" 2 = 0"}));
     // What leaves is queued in each visit, and counted as the flow that stood before it: 0, then 1.25 twice.
     EXPECT_EQ(Connections[2].flowQueue.end - Connections[2].flowQueue.first, 3);
-    EXPECT_EQ(getLink("M").newFlow, 1.25);
+    EXPECT_EQ(p.link("M").newFlow, 1.25);
     EXPECT_EQ(FlowTotals.swmmInflow, DT * 1.25 * 2.0);
 }
 
 TEST(NodeOrder, VisitsAPlantInThePlaceOfNodesThatAreNeverReached) {
     CoupledProject p("[VORN_INPS]\nS m.sti NO\nINFLUENT I K CI\nEFFLUENT E M CE\n" + Circle + PlantConverters, 4);
     p.model("m.sti", getPassingPlant(4));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    ASSERT_EQ(findNode("S"), 0);
+    ASSERT_EQ(p.open(), 0) << p.getReport();
+    ASSERT_EQ(p.findNode("S"), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     p.takeCalls();
     p.step();

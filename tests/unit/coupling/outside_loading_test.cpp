@@ -36,7 +36,7 @@ static void addModels(CoupledProject& p) {
 TEST(LibraryCopy, EachNodeHasItsOwnUntilTheClose) {
     CoupledProject p(Nodes3);
     addModels(p);
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     const std::regex form("[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}\\.dll");
     EXPECT_EQ(p.getCopies().size(), 3u);
     for (const std::string& name : p.getCopies()) {
@@ -81,9 +81,9 @@ TEST(LibraryCopy, GoesAlsoAfterAFailedOpenAndInMidRun) {
 TEST(LibraryCopy, GoesIfItCantBeLoaded) {
     CoupledProject p(OneVorn);
     addModels(p);
-    const std::string engines = p.folder + "engines/";
+    const std::string engines = p.path + "engines/";
     fs::create_directory(engines);
-    p.project.folder.write("engines/vorn.dll", "no library");
+    p.folder.write("engines/vorn.dll", "no library");
     tarnvelde_initVornDll(engines.c_str(), p.copies.c_str());
     p.open();
     EXPECT_EQ(p.getCopies().size(), 1u);
@@ -174,11 +174,11 @@ TEST(LibraryCopy, OfAKilledRunStaysUnderItsName) {
 TEST(LibraryCopy, StandsBesideTheLibraryWithoutAFolder) {
     CoupledProject p(OneSwmm);
     addModels(p);
-    const std::string engines = p.folder + "engines/";
+    const std::string engines = p.path + "engines/";
     fs::create_directory(engines);
     fs::copy_file(Engines + "libswmm5ex.so", engines + "libswmm5ex.so");
     tarnvelde_initSwmmDll(engines.c_str(), nullptr);
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     EXPECT_EQ(SwmmNodes[0].outside.libraryCopy.rfind(engines, 0), 0u);
     tarnvelde_close();
     EXPECT_EQ(std::distance(fs::directory_iterator(engines), fs::directory_iterator()), 1);
@@ -188,9 +188,9 @@ TEST(LibraryCopy, TakesTheFolderAsItStands) {
     // Without a separator at its end the folder is the beginning of the name, and must exist all the same.
     CoupledProject p(OneSwmm);
     addModels(p);
-    const std::string prefix = p.folder + "copies";
+    const std::string prefix = p.path + "copies";
     tarnvelde_initSwmmDll(TARNVELDE_ENGINE_FOLDER, prefix.c_str());
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     EXPECT_TRUE(p.getCopies().empty());
     EXPECT_EQ(SwmmNodes[0].outside.libraryCopy.rfind(prefix, 0), 0u);
     EXPECT_EQ(SwmmNodes[0].outside.libraryCopy.size(), prefix.size() + 36 + 4);
@@ -199,13 +199,13 @@ TEST(LibraryCopy, TakesTheFolderAsItStands) {
 TEST(LibraryCopy, MayHaveALongPath) {
     CoupledProject p(OneSwmm);
     addModels(p);
-    std::string folder = p.folder;
+    std::string folder = p.path;
     for (int k = 0; k < 5; ++k) {
         folder += std::string(100, 'd') + "/";
     }
     fs::create_directories(folder);
     tarnvelde_initSwmmDll(TARNVELDE_ENGINE_FOLDER, folder.c_str());
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     EXPECT_GT(SwmmNodes[0].outside.libraryCopy.size(), 500u);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
 }
@@ -230,18 +230,18 @@ TEST(LibraryPath, OfAFileStandsForItsFolder) {
     addModels(p);
     const std::string file = Engines + "libvorn.so";  // any file there will do
     tarnvelde_initSwmmDll(file.c_str(), p.copies.c_str());
-    EXPECT_EQ(p.open(), 0) << p.project.getReport();
+    EXPECT_EQ(p.open(), 0) << p.getReport();
 }
 
 TEST(LibraryPath, OfAFolderWithoutSeparatorLosesItsLastPart) {
     CoupledProject p(OneSwmm);
     addModels(p);
-    fs::create_directory(p.folder + "engines");
-    fs::copy_file(Engines + "libswmm5ex.so", p.folder + "engines/libswmm5ex.so");
-    tarnvelde_initSwmmDll((p.folder + "engines").c_str(), p.copies.c_str());
+    fs::create_directory(p.path + "engines");
+    fs::copy_file(Engines + "libswmm5ex.so", p.path + "engines/libswmm5ex.so");
+    tarnvelde_initSwmmDll((p.path + "engines").c_str(), p.copies.c_str());
     EXPECT_EQ(p.open(), 243);
     EXPECT_EQ(p.getErrors(),
-              std::vector<std::string>{"ERROR 243: swmm dll \"" + p.folder + "swmm5ex.dll\" does not exist."});
+              std::vector<std::string>{"ERROR 243: swmm dll \"" + p.path + "swmm5ex.dll\" does not exist."});
 }
 
 TEST(LibraryPath, MissingOrEmptyIsTheFolderOfTheProgram) {
@@ -267,51 +267,51 @@ TEST(LibraryPath, OfAPlantIsForgottenByAWholeRun) {
     const bool isBeside = fs::exists(folder + "vorn.dll") || fs::exists(folder + "libvorn.so");
     CoupledProject p(OneVorn);
     addModels(p);
-    fs::create_directory(p.folder + "engines");
-    p.project.folder.write("engines/vorn.dll", "no library");
-    tarnvelde_initVornDll((p.folder + "engines/").c_str(), "nowhere/");
-    EXPECT_EQ(p.project.run(), isBeside ? 0 : 920) << p.project.getReport();
+    fs::create_directory(p.path + "engines");
+    p.folder.write("engines/vorn.dll", "no library");
+    tarnvelde_initVornDll((p.path + "engines/").c_str(), "nowhere/");
+    EXPECT_EQ(p.run(), isBeside ? 0 : 920) << p.getReport();
 
     CoupledProject q(OneSwmm);
     addModels(q);
-    EXPECT_EQ(q.project.run(), 0) << q.project.getReport();
+    EXPECT_EQ(q.run(), 0) << q.getReport();
     EXPECT_TRUE(q.getCopies().empty());
 }
 
 TEST(LibraryPath, WithoutAFolderIsTheCurrentOne) {
     CoupledProject p(OneVorn);
     addModels(p);
-    fs::copy_file(Engines + "libvorn.so", p.folder + "vorn.dll");
+    fs::copy_file(Engines + "libvorn.so", p.path + "vorn.dll");
     const fs::path before = fs::current_path();
-    fs::current_path(p.folder);
+    fs::current_path(p.path);
     tarnvelde_initVornDll("vorn.dll", "");
     const int32_t code = p.open();
     const std::string copy = VornNodes[0].outside.libraryCopy;
     EXPECT_NE(VornNodes[0].outside.library, nullptr);
     tarnvelde_close();
     fs::current_path(before);
-    EXPECT_EQ(code, 0) << p.project.getReport();
+    EXPECT_EQ(code, 0) << p.getReport();
     EXPECT_EQ(copy.size(), 40u);
-    EXPECT_FALSE(fs::exists(p.folder + copy));
+    EXPECT_FALSE(fs::exists(p.path + copy));
 }
 
 TEST(LibraryPath, BackslashEndsAFolderToo) {
     CoupledProject p(OneVorn);
     addModels(p);
-    const std::string name = p.folder + "engines\\";
+    const std::string name = p.path + "engines\\";
     fs::copy_file(Engines + "libvorn.so", name + "vorn.dll");
-    p.project.folder.write("engines\\", "");
+    p.folder.write("engines\\", "");
     tarnvelde_initVornDll(name.c_str(), p.copies.c_str());
-    EXPECT_EQ(p.open(), 0) << p.project.getReport();
+    EXPECT_EQ(p.open(), 0) << p.getReport();
 }
 
 TEST(LibraryPath, TheNameWithDllComesFirst) {
     CoupledProject p(OneSwmm);
     addModels(p);
-    fs::create_directory(p.folder + "engines");
-    fs::copy_file(Engines + "libswmm5ex.so", p.folder + "engines/libswmm5ex.so");
-    p.project.folder.write("engines/swmm5ex.dll", "no library");
-    tarnvelde_initSwmmDll((p.folder + "engines/").c_str(), p.copies.c_str());
+    fs::create_directory(p.path + "engines");
+    fs::copy_file(Engines + "libswmm5ex.so", p.path + "engines/libswmm5ex.so");
+    p.folder.write("engines/swmm5ex.dll", "no library");
+    tarnvelde_initSwmmDll((p.path + "engines/").c_str(), p.copies.c_str());
     EXPECT_EQ(p.open(), 183);
 }
 
@@ -320,8 +320,8 @@ TEST(LibraryPath, TheNameWithDllComesFirst) {
 TEST(LibraryMessages, EachNodeTellsItsMissingLibrary) {
     CoupledProject p(Nodes3 + "[PIPES]\nwrong line\n");
     addModels(p);
-    fs::create_directory(p.folder + "empty");
-    const std::string folder = p.folder + "empty/";
+    fs::create_directory(p.path + "empty");
+    const std::string folder = p.path + "empty/";
     tarnvelde_initSwmmDll(folder.c_str(), p.copies.c_str());
     tarnvelde_initVornDll(folder.c_str(), p.copies.c_str());
     EXPECT_EQ(p.open(), 920);  // the last of them; the lines of the file are not read any more
@@ -347,9 +347,9 @@ TEST(LibraryMessages, MissingTemporaryFolder) {
 TEST(LibraryMessages, AFailedCopyIsToldForPlantsOnly) {
     CoupledProject p(Nodes3);
     addModels(p);
-    fs::create_directories(p.folder + "engines/swmm5ex.dll");  // there, but no file
-    fs::create_directories(p.folder + "engines/vorn.dll");
-    const std::string folder = p.folder + "engines/";
+    fs::create_directories(p.path + "engines/swmm5ex.dll");  // there, but no file
+    fs::create_directories(p.path + "engines/vorn.dll");
+    const std::string folder = p.path + "engines/";
     tarnvelde_initSwmmDll(folder.c_str(), p.copies.c_str());
     tarnvelde_initVornDll(folder.c_str(), p.copies.c_str());
     EXPECT_EQ(p.open(), 601);
@@ -400,16 +400,16 @@ static const std::string VornWithRecords =
 TEST(MissingEngine, ShowsInTheChecksThatNeedIt) {
     CoupledProject p(SwmmWithRecords);
     addModels(p);
-    fs::create_directories(p.folder + "engines/swmm5ex.dll");
-    tarnvelde_initSwmmDll((p.folder + "engines/").c_str(), p.copies.c_str());
+    fs::create_directories(p.path + "engines/swmm5ex.dll");
+    tarnvelde_initSwmmDll((p.path + "engines/").c_str(), p.copies.c_str());
     EXPECT_EQ(p.open(), 241);
     EXPECT_EQ(p.getErrors(), SilentSwmm);
 
     CoupledProject q(VornWithRecords);
     addModels(q);
-    fs::create_directory(q.folder + "engines");
-    q.project.folder.write("engines/vorn.dll", "no library");
-    tarnvelde_initVornDll((q.folder + "engines/").c_str(), q.copies.c_str());
+    fs::create_directory(q.path + "engines");
+    q.folder.write("engines/vorn.dll", "no library");
+    tarnvelde_initVornDll((q.path + "engines/").c_str(), q.copies.c_str());
     EXPECT_EQ(q.open(), 929);
     EXPECT_EQ(q.getErrors(), SilentVorn);
 }
@@ -444,9 +444,9 @@ TEST(MissingFunction, EndsTheLookUpAndIsStoodInForWithAllBehindIt) {
     for (size_t missing = 0; missing < SwmmNames.size(); ++missing) {
         CoupledProject p(SwmmWithRecords);
         p.model("a.inp", getPassingModel(4, "substances TSS\n"));
-        fs::create_directory(p.folder + "engines");
-        writeWithout(Engines + "libswmm5ex.so", p.folder + "engines/swmm5ex.dll", SwmmNames[missing]);
-        tarnvelde_initSwmmDll((p.folder + "engines/").c_str(), p.copies.c_str());
+        fs::create_directory(p.path + "engines");
+        writeWithout(Engines + "libswmm5ex.so", p.path + "engines/swmm5ex.dll", SwmmNames[missing]);
+        tarnvelde_initSwmmDll((p.path + "engines/").c_str(), p.copies.c_str());
         p.open();
         std::vector<std::string> expected;
         for (size_t k = 0; k < SilentSwmm.size(); ++k) {
@@ -465,9 +465,9 @@ TEST(MissingFunction, OfAPlant) {
     for (size_t missing = 0; missing < VornNames.size(); ++missing) {
         CoupledProject p(VornWithRecords);
         addModels(p);
-        fs::create_directory(p.folder + "engines");
-        writeWithout(Engines + "libvorn.so", p.folder + "engines/libvorn.so", VornNames[missing]);
-        tarnvelde_initVornDll((p.folder + "engines/").c_str(), p.copies.c_str());
+        fs::create_directory(p.path + "engines");
+        writeWithout(Engines + "libvorn.so", p.path + "engines/libvorn.so", VornNames[missing]);
+        tarnvelde_initVornDll((p.path + "engines/").c_str(), p.copies.c_str());
         p.open();
         std::vector<std::string> expected;
         for (size_t k = 0; k < SilentVorn.size(); ++k) {
@@ -484,9 +484,9 @@ TEST(MissingFunction, BehindThoseOfARunLeavesTheRunAlone) {
     // are stood in for: the host's calls fail, and store nothing.
     CoupledProject p(OneSwmm);
     addModels(p);
-    fs::create_directory(p.folder + "engines");
-    writeWithout(Engines + "libswmm5ex.so", p.folder + "engines/swmm5ex.dll", "swmm_getObjCount");
-    tarnvelde_initSwmmDll((p.folder + "engines/").c_str(), p.copies.c_str());
+    fs::create_directory(p.path + "engines");
+    writeWithout(Engines + "libswmm5ex.so", p.path + "engines/swmm5ex.dll", "swmm_getObjCount");
+    tarnvelde_initSwmmDll((p.path + "engines/").c_str(), p.copies.c_str());
     p.start();
     p.takeCalls();
     p.step(4);

@@ -6,8 +6,8 @@
 #include "coupling/vorn.h"
 #include "model/arena.h"
 #include "support/engines.h"
+#include "support/lineerrors.h"
 #include "support/lines.h"
-#include "support/readererrors.h"
 
 /// A junction with a connection C to node S, and a connection D from there to an outfall.
 static const std::string Frame =
@@ -21,7 +21,7 @@ static std::string readSections(const std::string& sections) {
     p.model("m.inp", getPassingModel(4)).model("m.sti", getPassingPlant(4));
     p.open();
     tarnvelde_close();
-    return p.project.getReport();
+    return p.getReport();
 }
 
 static void expectMessage(const std::string& sections, const std::string& message, const std::string& line) {
@@ -84,18 +84,18 @@ TEST(SwmmLines, WithWordsHiddenByQuotesNeverLeaveTheTable) {
 TEST(SwmmLines, AreKept) {
     CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp YES\nOUTFLOW OUT D\nINFLOW IN C\nOUTFLOW IN D\nINFLOW OUT C\n");
     p.model("m.inp", getPassingModel(4));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     ASSERT_EQ(SwmmNodes.size(), 1);
     const OutsideNode& outside = SwmmNodes[0].outside;
     EXPECT_EQ(outside.saveResults, 1);
     const CoupledFlow* in = outside.inflows.head;
     EXPECT_STREQ(in->objectId, "IN");
-    EXPECT_EQ(in->index, tarnvelde_findObject(2, "C"));
+    EXPECT_EQ(in->index, p.findLink("C"));
     EXPECT_STREQ(in->next->objectId, "OUT");
     EXPECT_EQ(in->next->next, nullptr);
     const CoupledFlow* out = outside.outflows.head;
     EXPECT_STREQ(out->objectId, "OUT");
-    EXPECT_EQ(out->index, tarnvelde_findObject(2, "D"));
+    EXPECT_EQ(out->index, p.findLink("D"));
     EXPECT_STREQ(out->next->objectId, "IN");
 }
 
@@ -108,11 +108,11 @@ static const std::string Land =
 TEST(SwmmLines, InflowsComeFromLinksAndElseFromSubcatchments) {
     CoupledProject p(Frame + Land + "[SWMM_INPS]\nS m.inp NO\nINFLOW IN B\nINFLOW IN C\n");
     p.model("m.inp", getPassingModel(4));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    const int32_t link = tarnvelde_findObject(2, "C");
-    ASSERT_NE(tarnvelde_findObject(0, "C"), link);
+    ASSERT_EQ(p.open(), 0) << p.getReport();
+    const int32_t link = p.findLink("C");
+    ASSERT_NE(p.findSubcatch("C"), link);
     const CoupledFlow* in = SwmmNodes[0].outside.inflows.head;
-    EXPECT_EQ(in->index, tarnvelde_findObject(0, "B"));
+    EXPECT_EQ(in->index, p.findSubcatch("B"));
     EXPECT_EQ(in->index, 2);
     EXPECT_EQ(in->next->index, link);
 }
@@ -156,9 +156,9 @@ TEST(CoupledLines, OfBothKindsHaveRunningNodesOfTheirOwn) {
 TEST(CoupledMemory, ThatIsMissingRefusesTheLine) {
     CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp NO\n[VORN_INPS]\nV m.sti NO\n");
     p.model("m.inp", getPassingModel(4)).model("m.sti", getPassingPlant(4));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    const auto readSwmm = [](const Tokens& tokens) { return swmm_readLine(tokens, tarnvelde_findObject(1, "S"), 0); };
-    const auto readVorn = [](const Tokens& tokens) { return vorn_readLine(tokens, tarnvelde_findObject(1, "V"), 0); };
+    ASSERT_EQ(p.open(), 0) << p.getReport();
+    const auto readSwmm = [](const Tokens& tokens) { return swmm_readLine(tokens, Records::findNode("S"), 0); };
+    const auto readVorn = [](const Tokens& tokens) { return vorn_readLine(tokens, Records::findNode("V"), 0); };
     for (int request = 1; request <= 2; ++request) {  // the record, and its text
         arena_failAfter(request);
         expectLineError("INFLOW IN C", readSwmm, ERR_MEMORY, "");

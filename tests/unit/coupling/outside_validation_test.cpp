@@ -33,12 +33,12 @@ static Strings getErrors(const std::string& text, const std::string& model, int3
 
 TEST(ModelPath, IsTakenFromTheFolderOfTheProject) {
     CoupledProject p(makeSwmm("sub/city.inp"));
-    fs::create_directory(p.folder + "sub");
+    fs::create_directory(p.path + "sub");
     p.model("sub/city.inp", getPassingModel(4));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    EXPECT_EQ(SwmmNodes[0].outside.inpFile, p.folder + "sub/city.inp");
-    EXPECT_EQ(SwmmNodes[0].rptFile, p.folder + "sub/city.rpt");
-    EXPECT_EQ(SwmmNodes[0].outFile, p.folder + "sub/city.out");
+    ASSERT_EQ(p.open(), 0) << p.getReport();
+    EXPECT_EQ(SwmmNodes[0].outside.inpFile, p.path + "sub/city.inp");
+    EXPECT_EQ(SwmmNodes[0].rptFile, p.path + "sub/city.rpt");
+    EXPECT_EQ(SwmmNodes[0].outFile, p.path + "sub/city.out");
     EXPECT_EQ(p.takeCalls("city swmm_open"),
               Strings{"city swmm_open \"sub/city.inp\" \"sub/city.rpt\" \"sub/city.out\" = 0"});
 }
@@ -50,7 +50,7 @@ TEST(ModelPath, AsGivenComesFirst) {
     TempFolder current;
     current.write("here.inp", getPassingModel(4));
     fs::current_path(current.path);
-    EXPECT_EQ(p.open(), 0) << p.project.getReport();
+    EXPECT_EQ(p.open(), 0) << p.getReport();
     fs::current_path(before);
     EXPECT_STREQ(SwmmNodes[0].outside.inpFile, "here.inp");
     EXPECT_STREQ(SwmmNodes[0].rptFile, "here.rpt");
@@ -59,32 +59,32 @@ TEST(ModelPath, AsGivenComesFirst) {
 TEST(ModelPath, FromTheRootIsTriedBehindTheFolderOfTheProjectToo) {
     const std::string path = "/no-such-folder-at-the-root/m";
     CoupledProject p(makeSwmm(path + ".inp"));
-    fs::create_directory(p.folder + path.substr(0, path.rfind('/')));
+    fs::create_directory(p.path + path.substr(0, path.rfind('/')));
     p.model(path.substr(1) + ".inp", getPassingModel(4));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
-    EXPECT_EQ(SwmmNodes[0].outside.inpFile, p.folder + path + ".inp");
+    ASSERT_EQ(p.open(), 0) << p.getReport();
+    EXPECT_EQ(SwmmNodes[0].outside.inpFile, p.path + path + ".inp");
     CoupledProject q(makeVorn(path + ".sti"));
-    fs::create_directory(q.folder + path.substr(0, path.rfind('/')));
+    fs::create_directory(q.path + path.substr(0, path.rfind('/')));
     q.model(path.substr(1) + ".sti", getPassingPlant(4));
-    ASSERT_EQ(q.open(), 0) << q.project.getReport();
-    EXPECT_EQ(VornNodes[0].outside.inpFile, q.folder + path + ".sti");
+    ASSERT_EQ(q.open(), 0) << q.getReport();
+    EXPECT_EQ(VornNodes[0].outside.inpFile, q.path + path + ".sti");
 }
 
 TEST(ModelPath, LosesItsExtension) {
     CoupledProject p(makeSwmm("city.v2.txt"));
     p.model("city.v2.txt", "only there").model("city.v2.inp", getPassingModel(4));
-    EXPECT_EQ(p.open(), 0) << p.project.getReport();
+    EXPECT_EQ(p.open(), 0) << p.getReport();
     CoupledProject q(makeVorn("plant"));
     q.model("plant", "only there").model("plant.sti", getPassingPlant(4));
-    EXPECT_EQ(q.open(), 0) << q.project.getReport();
-    EXPECT_EQ(VornNodes[0].outside.inpFile, q.folder + "plant.sti");
+    EXPECT_EQ(q.open(), 0) << q.getReport();
+    EXPECT_EQ(VornNodes[0].outside.inpFile, q.path + "plant.sti");
 }
 
 TEST(ModelPath, OfAFolderPasses) {
     CoupledProject p(makeSwmm("city"));
-    fs::create_directory(p.folder + "city");
+    fs::create_directory(p.path + "city");
     p.model("city.inp", getPassingModel(4));
-    EXPECT_EQ(p.open(), 0) << p.project.getReport();
+    EXPECT_EQ(p.open(), 0) << p.getReport();
 }
 
 TEST(ModelPath, MissingEndsTheChecksOfTheNode) {
@@ -112,7 +112,7 @@ TEST(ModelPath, OfAnotherNodeEndsTheChecks) {
     p.model("m.inp", getPassingModel(4)).model("m.txt", "");
     EXPECT_EQ(p.open(), 245);
     // "./m.inp" is another path, byte for byte.
-    EXPECT_EQ(SwmmNodes[2].outside.inpFile, p.folder + "./m.inp");
+    EXPECT_EQ(SwmmNodes[2].outside.inpFile, p.path + "./m.inp");
     EXPECT_STREQ(SwmmNodes[1].outside.inpFile, "m.txt");
     EXPECT_EQ(p.getErrors(), Strings{"ERROR 245: duplicate swmm inp path for swmm node B."});
 
@@ -250,7 +250,7 @@ TEST(VornValidation, APlantThatDidNotOpenIsClosedAllTheSame) {
 /// Gives the link of a loaded project another kind, and checks the node once more.
 static Strings validateWithKind(CoupledProject& p, int32_t kind, void (*validate)(int32_t), const char* node) {
     Links[0].kind = kind;
-    validate(tarnvelde_findObject(1, node));
+    validate(Records::findNode(node));
     Links[0].kind = CONNECTION;
     return p.getErrors();
 }

@@ -10,7 +10,7 @@
 #include "model/project.h"
 #include "support/coupledflow.h"
 #include "support/engines.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 using Strings = std::vector<std::string>;
 
@@ -49,7 +49,7 @@ static Strings engineStep(double flow, double elapsedSteps, double outflow) {
 TEST(SwmmCalls, OfAWholeRunWithEqualSteps) {
     CoupledProject p(Through, 3);
     p.model("m.inp", getPassingModel(3));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     p.takeCalls();
     ASSERT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(p.takeCalls(), Strings{"m swmm_start 1 = 0"});
@@ -162,7 +162,7 @@ TEST(SwmmCalls, OfTwoNodesFollowTheOrderOfTheNetwork) {
         "[SWMM_INPS]\nS m.inp NO\nINFLOW IN C\nOUTFLOW OUT D\nT n.inp NO\nOUTFLOW OUT C\n",
         4);
     p.model("m.inp", getPassingModel(4)).model("n.inp", getPassingModel(4, "spring OUT 0.25\n"));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     p.takeCalls();
     ASSERT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(p.takeCalls(), (Strings{"m swmm_start 0 = 0", "n swmm_start 0 = 0"}));  // in the order of the table
@@ -199,7 +199,7 @@ TEST(SwmmStart, AFailureStopsTheStart) {
     EXPECT_EQ(ends[1].rfind("b swmm_end", 0), 0u);
     EXPECT_EQ(p.getErrors(), Strings{"ERROR 239: cannot start swmm simulation for swmm node B."});
     EXPECT_EQ(p.takeCalls(), (Strings{"a swmm_close = 0", "b swmm_close = 0", "c swmm_close = 0"}));
-    EXPECT_FALSE(std::filesystem::exists(p.project.results));
+    EXPECT_FALSE(std::filesystem::exists(p.results));
     EXPECT_TRUE(p.getCopies().empty());
 }
 
@@ -296,7 +296,7 @@ TEST(SwmmInflows, RunoffIsSetAndInNoTotal) {
     CoupledProject p(Through, 4);
     p.model("m.inp", getPassingModel(4));
     p.start();
-    const int32_t node = tarnvelde_findObject(1, "S");
+    const int32_t node = p.findNode("S");
     swmm_takeRunoff(0, 0, 0.75);
     swmm_takeRunoff(0, 0, 0.25);  // a second subcatchment of the number replaces the first
     swmm_takeRunoff(0, 5, 9.0);   // nobody's
@@ -321,7 +321,7 @@ TEST(SwmmInflows, RunoffReachesTheEngine) {
         p.step();
         const double f = subcatch_getWeight(OldRoutingTime);
         EXPECT_EQ(record.newFlow, f * b.thisRunoff + (1.0 - f) * b.lastRunoff);
-        EXPECT_EQ(getNode("S").newLatFlow, 0.0);
+        EXPECT_EQ(p.node("S").newLatFlow, 0.0);
         flow = record.newFlow;
     }
     EXPECT_GT(flows[0], 0.05);  // of the 0.1 m3/s that fall
@@ -355,8 +355,8 @@ TEST(SwmmInflows, OfTheNodeItselfPileUp) {
     p.model("m.inp", getPassingModel(4));
     p.start();
     p.step(3);
-    EXPECT_EQ(getNode("S").newLatFlow, 3 * 0.125);
-    EXPECT_EQ(getNode("S").newInflow, 3 * 0.125);
+    EXPECT_EQ(p.node("S").newLatFlow, 3 * 0.125);
+    EXPECT_EQ(p.node("S").newInflow, 3 * 0.125);
     EXPECT_EQ(SwmmNodes[0].outside.inflows.head->newFlow, 0.0);
     EXPECT_EQ(FlowTotals.dryWeatherInflow, COUPLED_STEP * 0.125 * 3);
 }
@@ -616,6 +616,6 @@ TEST(SwmmBooks, AgreeWithTheTotalsOfTheNetwork) {
     // All that leaves the model reaches the outfall; a connection counts its water a step late, its mass at once.
     EXPECT_NEAR(FlowTotals.externalOutflow, water[1], 1e-9 * water[1]);
     EXPECT_NEAR(QualTotals[0].externalOutflow, mass[1], 1e-9 * mass[1]);
-    EXPECT_NEAR(FlowTotals.swmmInflow + COUPLED_STEP * getLink("D").newFlow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(FlowTotals.swmmInflow + COUPLED_STEP * p.link("D").newFlow, water[1], 1e-9 * water[1]);
     EXPECT_NEAR(QualTotals[0].swmmInflow, mass[1], 1e-9 * mass[1]);
 }

@@ -10,7 +10,7 @@
 #include "nodes/inflows.h"
 #include "support/coupledflow.h"
 #include "support/engines.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 using Strings = std::vector<std::string>;
 
@@ -45,7 +45,7 @@ static double readPassed(const std::string& call) {
 TEST(VornCalls, OfAWholeRunWithEqualSteps) {
     CoupledProject p(Through + Converters2, 3);
     p.model("m.sti", getPassingPlant(3));
-    ASSERT_EQ(p.open(), 0) << p.project.getReport();
+    ASSERT_EQ(p.open(), 0) << p.getReport();
     p.takeCalls();
     ASSERT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(p.takeCalls(), Strings{"m vorn_start 1 = 0"});
@@ -236,9 +236,9 @@ TEST(VornInflows, RunoffStaysInTheNode) {
     CoupledProject p(Through + Converters2, 4);
     p.model("m.sti", getPassingPlant(4));
     p.start();
-    getNode("P").newLatFlow += 0.25;  // as runoff, or an inflow of the node, would
+    p.node("P").newLatFlow += 0.25;  // as runoff, or an inflow of the node, would
     p.step(2);
-    EXPECT_EQ(getNode("P").newLatFlow, 0.25);
+    EXPECT_EQ(p.node("P").newLatFlow, 0.25);
     EXPECT_EQ(VornNodes[0].outside.inflows.head->newFlow, 0.5);
 }
 
@@ -256,7 +256,7 @@ TEST(VornInflows, RunoffOfALandStaysInTheNodeAndIsWetWeather) {
         p.step();
         const double f = subcatch_getWeight(OldRoutingTime);
         sum += f * b.thisRunoff + (1.0 - f) * b.lastRunoff;
-        EXPECT_DOUBLE_EQ(getNode("P").newLatFlow, sum);  // what comes in piles up
+        EXPECT_DOUBLE_EQ(p.node("P").newLatFlow, sum);  // what comes in piles up
         EXPECT_DOUBLE_EQ(FlowTotals.wetWeatherInflow, DT * sum);
     }
     EXPECT_GT(sum, 0.15);                                        // of 0.1 m3/s that fall, three times
@@ -402,7 +402,7 @@ TEST(VornBooks, AgreeWithTheTotalsOfTheNetwork) {
     EXPECT_NEAR(QualTotals[0].vornOutflow - DT * lastLoad, cod[0] / 1000.0, 1e-12 * cod[0]);
     EXPECT_NEAR(FlowTotals.externalOutflow, water[1], 1e-9 * water[1]);
     EXPECT_NEAR(QualTotals[0].externalOutflow, cod[1] / 1000.0, 1e-12 * cod[1]);
-    EXPECT_NEAR(FlowTotals.vornInflow + DT * getLink("D").newFlow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(FlowTotals.vornInflow + DT * p.link("D").newFlow, water[1], 1e-9 * water[1]);
     EXPECT_NEAR(QualTotals[0].vornInflow, cod[1] / 1000.0, 1e-12 * cod[1]);
 }
 
@@ -434,7 +434,7 @@ TEST(CoupledReport, HoldsTheVolumesAndTheMassesOfBothKinds) {
     const double flowError = FlowError, qualityError = QualityError;
     tarnvelde_end();
     tarnvelde_close();
-    const std::string report = p.project.getReport();
+    const std::string report = p.getReport();
     // Eight steps of 675 s with 0.5 and 0.25 m3/s, and with 64 and 8 g/m3 in them.
     const std::string flow = "Flow Routing Continuity", quality = "Quality Routing Continuity";
     EXPECT_EQ(readFigure(report, flow, "Dry Weather Inflow"), "2700.000");

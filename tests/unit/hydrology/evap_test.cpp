@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 
 TEST(EvaporationLines, AreRefused) {
     expectRefused("[EVAPORATION]", "DAILY 1", "ERROR 205: invalid keyword DAILY ");

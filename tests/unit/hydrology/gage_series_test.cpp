@@ -142,7 +142,7 @@ protected:
                 ASSERT_EQ(tarnvelde_step(nullptr), 0);
                 flow = Nodes[0].newLatFlow;
             }
-            stepToEnd();
+            runToEnd();
             tarnvelde_end();
         }
     }

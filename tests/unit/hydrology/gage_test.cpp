@@ -194,7 +194,7 @@ TEST_F(GageTest, UnusedGageIsNeverAdvanced) {
     project.gages = "U INTENSITY 0:05 T2\nG INTENSITY 0:05 T\n";
     project.series += "T2 0:00 6\n";
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     EXPECT_NEAR(Gages[0].rain / MM_PER_HOUR, 6.0, 1e-12);
     EXPECT_EQ(Gages[1].rain, 0.0);
 }
@@ -256,7 +256,7 @@ TEST_P(RainVolumeTest, IsThatOfTheEntries) {
     project.series = GetParam().series;
     ASSERT_EQ(start(project), 0);
     RunoffStep = RoutingStep = 60;
-    stepToEnd();
+    runToEnd();
     EXPECT_NEAR(Subcatches[0].rainfall, GetParam().depth, 1e-9);
 }
 
@@ -551,7 +551,7 @@ TEST_F(EventTest, SecondRunAppendsTheSameEvents) {
     ASSERT_EQ(start(project), 0);
     EXPECT_EQ(list().size(), 1u);
     EXPECT_NE(Gages[1].events, nullptr) << "also of a gage that nobody uses";
-    stepToEnd();
+    runToEnd();
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_start(0), 0);
     const auto events = list();
@@ -570,13 +570,13 @@ TEST_F(EventTest, TableListsThemByGage) {
         "T 0:00 3\nT 0:05 0\nT 0:35 0\nT 0:40 4.5\nT 0:45 0\nT 1:00 0\nDry 0:00 0\nT2 0:00 0\nT2 0:05 9\nT2 0:10 0\n";
     project.general = "EVENT_INTERVAL 5\n";
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = readReport();
-    const size_t begin = report.find("\n  \n  ******************\n  Gage Event Summary\n  ******************");
-    ASSERT_NE(begin, std::string::npos) << report;
+    const std::string tables = readReport();
+    const size_t begin = tables.find("\n  \n  ******************\n  Gage Event Summary\n  ******************");
+    ASSERT_NE(begin, std::string::npos) << tables;
     EXPECT_EQ(
-        report.substr(begin),
+        tables.substr(begin),
         "\n  \n  ******************\n  Gage Event Summary\n  ******************\n" + std::string(86, ' ') +
             "Rainfall"
             "\n  Gage                  No. Start Date Time          End Date Time                          mm"
@@ -590,20 +590,20 @@ TEST_F(EventTest, TableWithoutEventsIsItsHead) {
     LandProject project;
     project.series = "T 0:00 0\n";
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     tarnvelde_report();
     const std::string dashes =
         "\n  ---------------- -------- ------------------------ ------------------------ ----------------";
-    const std::string report = readReport();
-    ASSERT_GT(report.size(), dashes.size());
-    EXPECT_EQ(report.substr(report.size() - dashes.size()), dashes);
+    const std::string tables = readReport();
+    ASSERT_GT(tables.size(), dashes.size());
+    EXPECT_EQ(tables.substr(tables.size() - dashes.size()), dashes);
 }
 
 TEST_F(EventTest, TableIsLeftOutWithoutGages) {
     LandProject project;
     project.gages = project.subcatchs = "";
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     tarnvelde_report();
     EXPECT_EQ(readReport().find("Gage Event Summary"), std::string::npos);
 }

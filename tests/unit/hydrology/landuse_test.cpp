@@ -135,7 +135,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(LanduseTest, LandUsesWithoutPollutantsRun) {
     project.more = "[LANDUSES]\nRoof\n[COVERAGES]\nS Roof 100\n";
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     EXPECT_GT(Subcatches[0].runoff, 0.0);
 }
 
@@ -223,7 +223,7 @@ TEST_F(DryTest, DryStepsBuildUpAndBookWhatTheWashoffUses) {
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof 40\nS Road 60\n[BUILDUP]\nRoof A 12 0.4\nRoad A 3 0.1\n"
                         "[WASHOFF]\nRoof A EXP 1 1 0\n"),
               0);
-    stepToEnd();
+    runToEnd();
     const Subcatch& s = Subcatches[0];
     const double roof = 0.4 * 12.0 * (1.0 - std::exp(-0.4 * 0.25));
     EXPECT_NEAR(s.landShares[0].buildup[0], roof, 1e-10);
@@ -234,7 +234,7 @@ TEST_F(DryTest, DryStepsBuildUpAndBookWhatTheWashoffUses) {
 TEST_F(DryTest, BuildupNeverFallsInTheRun) {
     project.series = "T 0:00 0\n";
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n[BUILDUP]\nRoof A 12 0.4\n[LOADINGS]\nS A 50\n"), 0);
-    stepToEnd();
+    runToEnd();
     EXPECT_EQ(Subcatches[0].landShares[0].buildup[0], 50.0);
 }
 
@@ -243,7 +243,7 @@ TEST_F(DryTest, NegativeShareRisesToItsNegativeLimit) {
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof -10\n[BUILDUP]\nRoof A 12 0.4\n[LOADINGS]\nS A 50\n"
                         "[WASHOFF]\nRoof A EXP 1 1 0\n"),
               0);
-    stepToEnd();
+    runToEnd();
     // A tenth of a hectare, taken off: 50 kg/ha at the start, 12 kg/ha from the first dry step on.
     const Subcatch& s = Subcatches[0];
     EXPECT_NEAR(s.initBuildup[0], -0.1 * 50.0, 1e-12);
@@ -254,7 +254,7 @@ TEST_F(DryTest, NegativeShareRisesToItsNegativeLimit) {
 TEST_F(DryTest, LandUseWithoutAShareStaysEmpty) {
     project.general = "START_DRY_DAYS 5\n";
     ASSERT_EQ(startWith("[BUILDUP]\nRoof B 12 0.4\n[WASHOFF]\nRoof B EMC 10 NO 0\n"), 0);
-    stepToEnd();
+    runToEnd();
     EXPECT_EQ(Subcatches[0].landShares[0].buildup[1], 0.0);
     EXPECT_EQ(Subcatches[0].surfaceWashoff[1], 0.0);
 }

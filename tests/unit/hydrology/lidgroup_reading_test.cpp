@@ -49,7 +49,7 @@ TEST(GroupLine, LostMemoryIsTold) {
     std::string report;
     bool isTold = false;
     for (int64_t count = 1; count < 200 && !isTold; ++count) {
-        ProjectFile file(text);
+        Project file(text);
         arena_failAfter(count);
         file.open();
         arena_failAfter(0);
@@ -85,7 +85,7 @@ INSTANTIATE_TEST_SUITE_P(All, BadGroup,
                                            BadLidLine{"S A 1 1 1 -1", "ERROR 211: invalid number -1"},
                                            BadLidLine{"S A 1 1 1 1 X", "ERROR 209: undefined object X"},
                                            BadLidLine{"S A 1 1 1 1 *", "ERROR 209: undefined object *"},
-                                           BadLidLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object "},
+                                           BadLidLine{"S A 1 1 1 1 \"\"", "ERROR 209: undefined object  "},
                                            // of several faults the first counts, with the drain node last
                                            BadLidLine{"S X 0 1 1 1", "ERROR 209: undefined object X"},
                                            BadLidLine{"S A 0 -1 1 1", "ERROR 211: invalid number 0"},

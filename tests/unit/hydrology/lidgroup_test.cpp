@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -25,18 +24,16 @@ namespace {
 // --- the units of a subcatchment -----------------------------------------------------------------------------------
 
 /// An open and started project of one subcatchment (10000 m2), whose water the tests set themselves.
-class Group : public ::testing::Test {
+class Group : public ::testing::Test, protected Project {
 protected:
     LidProject project;
-    std::unique_ptr<ProjectFile> file;
     RunoffVolumes volumes{};
 
     void SetUp() override { project.lids = "RB RB\nRB STORAGE 1000 1 0\nRB DRAIN 36 1 0 6\n"; }
 
     void start() {
-        file = std::make_unique<ProjectFile>(project.text());
-        ASSERT_EQ(file->open(), 0) << file->getReport();
-        ASSERT_EQ(tarnvelde_start(0), 0);
+        write(project.text());
+        Project::start();
     }
 
     static Subcatch& subcatch() { return Subcatches[0]; }
@@ -300,7 +297,7 @@ TEST_F(Group, LostMemoryAtTheStartIsTold) {
     const std::string text = project.text();
     int32_t failures = 0;
     for (int64_t count = 1; count <= 4; ++count) {
-        ProjectFile lost(text);
+        Project lost(text);
         ASSERT_EQ(lost.open(), 0);
         arena_failAfter(count);
         failures += tarnvelde_start(0) == 101 ? 1 : 0;
@@ -353,7 +350,7 @@ struct RunOutcome {
     std::vector<std::string> tables;  ///< rows of the two tables of the report
 };
 
-RunOutcome runStarted(ProjectFile& file) {
+RunOutcome runStarted(Project& file) {
     EXPECT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(stepToEnd(), 0);
     RunOutcome outcome;
@@ -372,7 +369,7 @@ RunOutcome runStarted(ProjectFile& file) {
 }
 
 TEST(LidRun, SecondRunEqualsTheFirst) {
-    ProjectFile file(getAllTypes().text());
+    Project file(getAllTypes().text());
     ASSERT_EQ(file.open(), 0);
     const RunOutcome first = runStarted(file);
     // A book that stays empty tells nothing of what a start clears.
@@ -388,7 +385,7 @@ TEST(LidRun, SecondRunEqualsTheFirst) {
 }
 
 TEST(LidRun, EveryUnitIsAtWork) {
-    ProjectFile file(getAllTypes().text());
+    Project file(getAllTypes().text());
     ASSERT_EQ(file.open(), 0);
     runStarted(file);
     for (const LidUnit& unit : LidUnits) {
@@ -407,7 +404,7 @@ TEST(LidRun, RunoffContinuityCountsTheUnits) {
     project.general = getGeneral(600);
     project.lids = "BC BC\nBC SURFACE 50 0 0.1 1 0\nBC SOIL 300 0.5 0.2 0.1 20 10\nBC STORAGE 200 0.75 5\n";
     project.groups = "S BC 500 4 10 30\n";
-    ProjectFile file(project.text());
+    Project file(project.text());
     ASSERT_EQ(file.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     ASSERT_EQ(stepToEnd(), 0);

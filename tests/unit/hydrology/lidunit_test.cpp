@@ -10,20 +10,15 @@
 
 #include "model/errors.h"
 #include "model/project.h"
+#include "support/tables.h"
 
 namespace {
 
-class UnitRecord : public ::testing::Test {
+class UnitRecord : public ::testing::Test, protected Tables {
 protected:
     LidUnit unit{};
 
-    void SetUp() override { ObjectCount[POLLUT] = 3; }
-
-    void TearDown() override {
-        ObjectCount[POLLUT] = 0;
-        arena_release(ResultArena);
-        ErrorCode = 0;
-    }
+    void SetUp() override { setPollutantCount(3); }
 
     std::vector<double*> getLayers() const {
         return {unit.lastSurfaceMass, unit.lastPavementMass, unit.lastSoilMass, unit.lastStorageMass,

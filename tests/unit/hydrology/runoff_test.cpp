@@ -161,7 +161,7 @@ TEST_F(RunoffTest, ClockStopsAtTheEndButTheStepIsWhole) {
     project.series = "T 0:00 12\nT 0:05 12\n";
     ASSERT_EQ(start(project), 0);
     Subcatches[0].imperviousFraction = 1.0;
-    stepToEnd();
+    runToEnd();
     EXPECT_EQ(OldRunoffTime, 300000.0);
     EXPECT_EQ(NewRunoffTime, 420000.0);
     EXPECT_NEAR(Subcatches[0].imperviousDepth, 0.002, 1e-15) << "two steps of 5 minutes";
@@ -315,7 +315,7 @@ TEST_F(RunoffTest, SecondRunGivesTheSame) {
     ASSERT_EQ(start(makeTown()), 0);
     std::vector<double> first, second;
     for (std::vector<double>* figures : {&first, &second}) {
-        stepToEnd();
+        runToEnd();
         *figures = getFigures();
         tarnvelde_end();
         if (figures == &first) {
@@ -331,7 +331,7 @@ TEST_F(RunoffTest, SecondRunGivesTheSame) {
 TEST_F(RunoffTest, SeriesInAFileGivesTheSameInEachRun) {
     LandProject project = makeTown();
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     const std::vector<double> inMemory = getFigures();
     tarnvelde_close();
     folder.write("rain.dat",
@@ -341,7 +341,7 @@ TEST_F(RunoffTest, SeriesInAFileGivesTheSameInEachRun) {
     ASSERT_EQ(open(project), 0) << readReport();
     for (int32_t run = 1; run <= 2; ++run) {
         ASSERT_EQ(tarnvelde_start(0), 0);
-        stepToEnd();  // reads the file to its end
+        runToEnd();  // reads the file to its end
         EXPECT_EQ(getFigures(), inMemory) << "run " << run;
         tarnvelde_end();
     }
@@ -401,7 +401,7 @@ TEST_F(RunoffTest, MemoryThatIsMissingWhileOpeningGivesACode) {
 
 TEST_F(RunoffTest, BalanceSumsTheLand) {
     ASSERT_EQ(start(makeTown()), 0);
-    stepToEnd();
+    runToEnd();
     const RunoffBalance balance = massbal_closeRunoff();
     double area = 0.0, rain = 0.0, evap = 0.0, infil = 0.0, runoff = 0.0, stored = 0.0;
     for (const Subcatch& s : Subcatches) {
@@ -430,7 +430,7 @@ TEST_F(RunoffTest, StorageAloneBalancesToRounding) {
     project.general = "ROUTING_STEP 0:05\n";
     ASSERT_EQ(start(project), 0);
     ASSERT_EQ(RunoffStep, 300);
-    stepToEnd();
+    runToEnd();
     const RunoffBalance balance = massbal_closeRunoff();
     EXPECT_GT(balance.finalStorage, 0.0);
     EXPECT_GT(balance.infil, 0.0);
@@ -442,14 +442,14 @@ TEST_F(RunoffTest, DryRunHasNoErrorAndNoRainNoQuotient) {
     project.series = "T 0:00 0\n";
     project.more = "[POLLUTANTS]\nA 10\n";
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     EXPECT_EQ(massbal_closeRunoff().error, 0.0);
     EXPECT_TRUE(std::isnan(massbal_closeWashoff(0).error)) << "0 / 0";
 }
 
 TEST_F(RunoffTest, WashoffBalanceSumsTheLand) {
     ASSERT_EQ(start(makeTown()), 0);
-    stepToEnd();
+    runToEnd();
     for (int32_t p = 0; p < 2; ++p) {
         const WashoffBalance balance = massbal_closeWashoff(p);
         double init = 0.0, built = 0.0, rain = 0.0, infil = 0.0, bmp = 0.0, washoff = 0.0, left = 0.0;
@@ -485,7 +485,7 @@ TEST_F(RunoffTest, BuildupBalancesToRoundingWhereNothingElseWashes) {
     ASSERT_EQ(start(project), 0);
     RunoffStep = 60;
     Polluts[0].rainConcentration = 0.0;
-    stepToEnd();
+    runToEnd();
     const WashoffBalance balance = massbal_closeWashoff(0);
     EXPECT_GT(balance.surfaceWashoff, 0.1);
     EXPECT_NEAR(balance.error, 0.0, 1e-6);
@@ -555,7 +555,7 @@ TEST_F(RunoffTest, TablesShowSubcatchments) {
     s.surfaceWashoff[0] = 3.5;
     s.surfaceWashoff[1] = 0.0625;
     tarnvelde_report();
-    const std::string report = readReport();
+    const std::string tables = readReport();
     const std::string dashes = "----------------";
     const auto row = [](const std::string& name, const std::vector<std::string>& cells) {
         std::string text = "\n  " + name + std::string(16 - name.size(), ' ');
@@ -578,7 +578,7 @@ TEST_F(RunoffTest, TablesShowSubcatchments) {
     const std::string washoff = title("Subcatchment Washoff Summary") + row("", {"A", "Long_name_of_a_pollutant"}) +
                                 row("Subcatchment", {"kg", "kg"}) + row(dashes, {dashes, dashes}) +
                                 row("S", {"3.500", "0.062"}) + row("Dry", {"0.000", "0.000"});
-    EXPECT_NE(report.find(runoff + washoff + title("Node Inflow Summary")), std::string::npos) << report;
+    EXPECT_NE(tables.find(runoff + washoff + title("Node Inflow Summary")), std::string::npos) << tables;
 }
 
 TEST_F(RunoffTest, TablesAreLeftOutWithoutSubcatchmentsOrPollutants) {
@@ -597,7 +597,7 @@ TEST_F(RunoffTest, TablesAreLeftOutWithoutSubcatchmentsOrPollutants) {
 
 TEST_F(RunoffTest, SecondReportPrintsEmptiedArrays) {
     ASSERT_EQ(start(makeTown()), 0);
-    stepToEnd();
+    runToEnd();
     tarnvelde_report();
     for (const Subcatch& s : Subcatches) {
         for (int32_t p = 0; p < 2; ++p) {

@@ -10,7 +10,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "results/rows.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 static const double PI = std::acos(-1.0);
 
@@ -23,11 +23,11 @@ static std::string getProject(const std::string& rest, double flow = 0.5) {
 static const char* const BED = "[CURVES]\nX TRANSECT 0 3 0 1 4 1 4 3\n";
 
 static double getArea(double depth) {
-    return conduit_getArea(::getConduit("C"), depth);
+    return conduit_getArea(Records::conduit("C"), depth);
 }
 
 static double getDepth(double volume) {
-    return conduit_getDepth(::getConduit("C"), volume);
+    return conduit_getDepth(Records::conduit("C"), volume);
 }
 
 /// Area of a circle below a depth, with the chord's half angle from the middle.
@@ -39,18 +39,18 @@ static double getCircleArea(double D, double y) {
 // --- sections ------------------------------------------------------------------------------------------------------
 
 TEST(ConduitSection, OfACircleIsTheSegmentAtTheHundredths) {
-    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
-    EXPECT_EQ(getConduit("C").fullDepth, 1.5);
+    StartedProject model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
+    EXPECT_EQ(model.conduit("C").fullDepth, 1.5);
     for (int i = 1; i <= 100; ++i) {
         const double y = 1.5 * i / 100.0;
-        EXPECT_NEAR(getConduit("C").areaTable[i - 1], getCircleArea(1.5, y), 2e-8) << i;
+        EXPECT_NEAR(model.conduit("C").areaTable[i - 1], getCircleArea(1.5, y), 2e-8) << i;
         EXPECT_NEAR(getArea(y), getCircleArea(1.5, y), 2e-8) << i;
     }
 }
 
 TEST(ConduitSection, IsLinearBetweenTheHundredths) {
-    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 2"));
-    const double* table = getConduit("C").areaTable;
+    StartedProject model(getProject("NO 100 0.5 0.013 CIRCULAR 2"));
+    const double* table = model.conduit("C").areaTable;
     EXPECT_NEAR(getArea(0.01), table[0] / 2.0, 1e-15);
     EXPECT_NEAR(getArea(1.01), (table[49] + table[50]) / 2.0, 1e-15);
     EXPECT_NEAR(getArea(1.99), (table[98] + table[99]) / 2.0, 1e-15);
@@ -58,8 +58,8 @@ TEST(ConduitSection, IsLinearBetweenTheHundredths) {
 
 TEST(ConduitSection, EndsWithTheFullDepth) {
     for (const double D : {0.3, 0.7, 1.1, 1.329, 2.3}) {
-        StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR " + std::to_string(D)));
-        const Conduit& conduit = getConduit("C");
+        StartedProject model(getProject("NO 100 0.5 0.013 CIRCULAR " + std::to_string(D)));
+        const Conduit& conduit = model.conduit("C");
         EXPECT_NEAR(getArea(conduit.fullDepth), conduit.areaTable[99], 1e-12) << D;
         EXPECT_EQ(getArea(std::nextafter(conduit.fullDepth, 10.0)), 0.0) << D;
         EXPECT_EQ(getArea(0.0), 0.0);
@@ -68,16 +68,16 @@ TEST(ConduitSection, EndsWithTheFullDepth) {
 }
 
 TEST(ConduitSection, OfARectangleStopsAtItsHeight) {
-    StorageModel model(getProject("NO 100 0.5 0.013 RECTANGULAR 1.5 2"));
-    EXPECT_EQ(getConduit("C").areaTable, nullptr);
+    StartedProject model(getProject("NO 100 0.5 0.013 RECTANGULAR 1.5 2"));
+    EXPECT_EQ(model.conduit("C").areaTable, nullptr);
     EXPECT_EQ(getArea(0.5), 1.0);
     EXPECT_EQ(getArea(1.5), 3.0);
     EXPECT_EQ(getArea(2.0), 3.0);
 }
 
 TEST(ConduitSection, OfATransectIsTabledInItsCurve) {
-    StorageModel model(getProject("NO 100 0.5 0.013 IRREGULAR X") + BED);
-    EXPECT_EQ(getConduit("C").fullDepth, 2.0);
+    StartedProject model(getProject("NO 100 0.5 0.013 IRREGULAR X") + BED);
+    EXPECT_EQ(model.conduit("C").fullDepth, 2.0);
     for (int i = 1; i <= 100; ++i) {
         EXPECT_NEAR(Curves[0].geometry[i - 1], 4.0 * 0.02 * i, 1e-9);
     }
@@ -85,28 +85,28 @@ TEST(ConduitSection, OfATransectIsTabledInItsCurve) {
 }
 
 TEST(ConduitSection, MayUseACurveOfAnyType) {
-    StorageModel model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TANK 0 2 1 0 2 2\n");
+    StartedProject model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TANK 0 2 1 0 2 2\n");
     EXPECT_NEAR(getArea(1.0), 0.5, 1e-9);
 }
 
 TEST(ConduitSection, OfATransectWithItsLowestPointAtABankIsEmpty) {
-    StorageModel model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TRANSECT 0 1 2 3 4 4\n");
-    EXPECT_EQ(getConduit("C").fullDepth, 0.0);
+    StartedProject model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TRANSECT 0 1 2 3 4 4\n");
+    EXPECT_EQ(model.conduit("C").fullDepth, 0.0);
     for (int i = 0; i < 100; ++i) {
         EXPECT_EQ(Curves[0].geometry[i], 0.0);
     }
     model.step();
-    EXPECT_EQ(getConduit("C").newFlood, 0.5);
-    EXPECT_EQ(getLink("C").newFlow, 0.0);
+    EXPECT_EQ(model.conduit("C").newFlood, 0.5);
+    EXPECT_EQ(model.link("C").newFlow, 0.0);
 }
 
 // --- depth of a volume ---------------------------------------------------------------------------------------------
 
 TEST(ConduitDepth, IsTheInverseOfTheArea) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        StorageModel model(getProject(std::string("NO 80 0.5 0.013 ") + shape) +
-                           "[CURVES]\nX TRANSECT 0 3 1 1 2 2 3 0 6 2.5\n");
-        const double full = getConduit("C").fullDepth;
+        StartedProject model(getProject(std::string("NO 80 0.5 0.013 ") + shape) +
+                             "[CURVES]\nX TRANSECT 0 3 1 1 2 2 3 0 6 2.5\n");
+        const double full = model.conduit("C").fullDepth;
         std::mt19937 random(3);
         std::uniform_real_distribution<double> unit(0.0, 1.0);
         for (int k = 0; k < 1000; ++k) {
@@ -120,35 +120,36 @@ TEST(ConduitDepth, IsTheInverseOfTheArea) {
 TEST(ConduitDepth, OfAFullConduitIsTheFullDepth) {
     for (const double D : {0.3, 0.7, 1.1, 1.329, 2.3}) {
         for (const double length : {13.0, 77.7, 226.6399}) {
-            StorageModel model(getProject("NO " + std::to_string(length) + " 0.5 0.013 CIRCULAR " + std::to_string(D)));
-            const double full = getConduit("C").fullDepth;
-            EXPECT_EQ(getDepth(getArea(full) * getConduit("C").length), full);
+            StartedProject model(
+                getProject("NO " + std::to_string(length) + " 0.5 0.013 CIRCULAR " + std::to_string(D)));
+            const double full = model.conduit("C").fullDepth;
+            EXPECT_EQ(getDepth(getArea(full) * model.conduit("C").length), full);
         }
     }
 }
 
 TEST(ConduitDepth, OfAFullRectangleIsItsHeight) {
-    StorageModel model(getProject("NO 77.7 0.5 0.013 RECTANGULAR 0.7 1.1"));
+    StartedProject model(getProject("NO 77.7 0.5 0.013 RECTANGULAR 0.7 1.1"));
     EXPECT_EQ(getDepth(getArea(0.7) * 77.7), 0.7);
     EXPECT_EQ(getDepth(1e6), 0.7);
 }
 
 TEST(ConduitDepth, OfNothingAndLessIs0) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        StorageModel model(getProject(std::string("NO 80 0.5 0.013 ") + shape) + BED);
+        StartedProject model(getProject(std::string("NO 80 0.5 0.013 ") + shape) + BED);
         EXPECT_EQ(getDepth(0.0), 0.0);
         EXPECT_EQ(getDepth(-5.0), 0.0);
     }
 }
 
 TEST(ConduitDepth, OfMoreThanACircleHoldsIs0) {
-    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
+    StartedProject model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
     EXPECT_EQ(getDepth(getArea(1.5) * 101.0), 0.0);
 }
 
 TEST(ConduitDepth, IsTheSameBySearchAndByWalk) {
-    StorageModel model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
-    Conduit& conduit = getConduit("C");
+    StartedProject model(getProject("NO 100 0.5 0.013 CIRCULAR 1.5"));
+    Conduit& conduit = model.conduit("C");
     ASSERT_EQ(conduit.risingTable, conduit.areaTable);
     for (int k = 0; k <= 1000; ++k) {
         const double volume = 178.0 * k / 1000.0;
@@ -163,9 +164,9 @@ TEST(ConduitDepth, IsTheSameBySearchAndByWalk) {
 
 /// Puts a conduit into a state and runs one step with a flow into it; its own flow of the step.
 static double routeFrom(double depth, double inflow) {
-    getConduit("C").depth = depth;
-    conduit_route(getLink("C"), ::getConduit("C"), inflow, nullptr);
-    return getLink("C").newFlow;
+    Records::conduit("C").depth = depth;
+    conduit_route(Records::link("C"), Records::conduit("C"), inflow, nullptr);
+    return Records::link("C").newFlow;
 }
 
 static double getManning(double area, double perimeter, double slope, double n) {
@@ -173,26 +174,26 @@ static double getManning(double area, double perimeter, double slope, double n) 
 }
 
 TEST(ConduitFlow, OfAFullCircleIsManningOverThePerimeter) {
-    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
+    StartedProject model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
     const double expected = getManning(PI * 1.5 * 1.5 / 4.0, PI * 1.5, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(1.5, 0.0), expected, 1e-7 * expected);
 }
 
 TEST(ConduitFlow, OfAHalfFullCircleIsHalfThatOfTheFullOne) {
-    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
+    StartedProject model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
     const double expected = getManning(PI * 1.5 * 1.5 / 4.0, PI * 1.5, 0.002, 0.013) / 2.0;
     EXPECT_NEAR(routeFrom(0.75, 0.0), expected, 1e-7 * expected);
 }
 
 TEST(ConduitFlow, OfAThreeQuarterCircleHasItsOwnArc) {
-    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 2"));
+    StartedProject model(getProject("NO 5000 0.2 0.013 CIRCULAR 2"));
     const double arc = 2.0 * (PI - std::acos(0.5));  // the chord stands half a radius above the middle
     const double expected = getManning(getCircleArea(2.0, 1.5), arc, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(1.5, 0.0), expected, 1e-7 * expected);
 }
 
 TEST(ConduitFlow, OfARectangleHasNoRoofBelowItsHeight) {
-    StorageModel model(getProject("NO 5000 0.2 0.013 RECTANGULAR 1.5 2"));
+    StartedProject model(getProject("NO 5000 0.2 0.013 RECTANGULAR 1.5 2"));
     const double half = getManning(1.5, 3.5, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(0.75, 0.0), half, 1e-12 * half);
     const double full = getManning(3.0, 7.0, 0.002, 0.013);
@@ -200,58 +201,58 @@ TEST(ConduitFlow, OfARectangleHasNoRoofBelowItsHeight) {
 }
 
 TEST(ConduitFlow, OfATransectIsThatOfItsPolygon) {
-    StorageModel model(getProject("NO 5000 0.2 0.013 IRREGULAR X") + BED);
+    StartedProject model(getProject("NO 5000 0.2 0.013 IRREGULAR X") + BED);
     const double expected = getManning(4.0 * 1.2, 4.0 + 2.4, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(1.2, 0.0), expected, 1e-8 * expected);
 }
 
 TEST(ConduitFlow, IsNothingFromADryConduit) {
-    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5", 0.0));
+    StartedProject model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5", 0.0));
     model.step();
-    EXPECT_EQ(getLink("C").newFlow, 0.0);
-    EXPECT_EQ(getConduit("C").depth, 0.0);
+    EXPECT_EQ(model.link("C").newFlow, 0.0);
+    EXPECT_EQ(model.conduit("C").depth, 0.0);
 }
 
 TEST(ConduitFlow, SettlesAtTheInflow) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        StorageModel model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
+        StartedProject model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
         model.step(500);
-        EXPECT_NEAR(getLink("C").newFlow, 0.5, 1e-6) << shape;
-        EXPECT_EQ(getConduit("C").newInflow, 0.5) << shape;
+        EXPECT_NEAR(model.link("C").newFlow, 0.5, 1e-6) << shape;
+        EXPECT_EQ(model.conduit("C").newInflow, 0.5) << shape;
     }
 }
 
 TEST(ConduitFlow, LeavesTheBalanceOfTheStore) {
-    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StartedProject model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     double before = 0.0;
     for (int k = 0; k < 50; ++k) {
         model.step();
-        const double after = getConduit("C").depth * 2.0 * 800.0;
-        EXPECT_NEAR(after - before, 60.0 * (0.5 - getLink("C").newFlow), 1e-9);
+        const double after = model.conduit("C").depth * 2.0 * 800.0;
+        EXPECT_NEAR(after - before, 60.0 * (0.5 - model.link("C").newFlow), 1e-9);
         before = after;
     }
 }
 
 TEST(ConduitFlow, FloodsWhatTheFullSectionCannotHold) {
-    StorageModel model(getProject("NO 100 0.01 0.02 RECTANGULAR 1 1", 5.0));
+    StartedProject model(getProject("NO 100 0.01 0.02 RECTANGULAR 1 1", 5.0));
     // 300 m3 come in a step, 100 m3 fit, and at the full section Manning takes less than that.
     model.step();
-    EXPECT_NEAR(getConduit("C").newFlood, 200.0 / 60.0, 1e-12);
-    EXPECT_NEAR(getLink("C").newFlow, getManning(1.0, 4.0, 0.0001, 0.02), 1e-12);
-    EXPECT_EQ(getConduit("C").oldFlood, 0.0);
+    EXPECT_NEAR(model.conduit("C").newFlood, 200.0 / 60.0, 1e-12);
+    EXPECT_NEAR(model.link("C").newFlow, getManning(1.0, 4.0, 0.0001, 0.02), 1e-12);
+    EXPECT_EQ(model.conduit("C").oldFlood, 0.0);
     model.step();
-    EXPECT_NEAR(getConduit("C").oldFlood, 200.0 / 60.0, 1e-12);
-    EXPECT_EQ(getConduit("C").oldInflow, 5.0);
+    EXPECT_NEAR(model.conduit("C").oldFlood, 200.0 / 60.0, 1e-12);
+    EXPECT_EQ(model.conduit("C").oldInflow, 5.0);
 }
 
 TEST(ConduitFlow, EmptiesASteepConduitWithoutDelivering) {
-    StorageModel model(getProject("NO 10 20 0.01 RECTANGULAR 1 1", 0.05) + "J A 100 \"\"\n[POLLUTANTS]\nA 0\n");
+    StartedProject model(getProject("NO 10 20 0.01 RECTANGULAR 1 1", 0.05) + "J A 100 \"\"\n[POLLUTANTS]\nA 0\n");
     // 3 m3 stand 0.3 m high in 10 m; their normal flow would take far more in a minute.
     model.step();
     EXPECT_GT(60.0 * getManning(0.3, 1.6, 0.2, 0.01), 3.0);
-    EXPECT_EQ(getLink("C").newFlow, 0.0);
-    EXPECT_EQ(getConduit("C").depth, 0.0);
-    EXPECT_EQ(getConduit("C").newFlood, 0.0);
+    EXPECT_EQ(model.link("C").newFlow, 0.0);
+    EXPECT_EQ(model.conduit("C").depth, 0.0);
+    EXPECT_EQ(model.conduit("C").newFlood, 0.0);
     // That water and what it carries are in no total: after n steps all of it is missing.
     model.step(9);
     tarnvelde_report();
@@ -262,72 +263,73 @@ TEST(ConduitFlow, EmptiesASteepConduitWithoutDelivering) {
 
 TEST(ConduitFlow, IsEmptiedByANegativeInflow) {
     for (const char* shape : {"CIRCULAR 1.5", "RECTANGULAR 1.5 2", "IRREGULAR X"}) {
-        StorageModel model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
+        StartedProject model(getProject(std::string("NO 800 0.2 0.013 ") + shape) + BED);
         model.step(5);
-        EXPECT_GT(getConduit("C").depth, 0.0);
-        EXPECT_EQ(routeFrom(getConduit("C").depth, -100.0), 0.0) << shape;
-        EXPECT_EQ(getConduit("C").depth, 0.0) << shape;
+        EXPECT_GT(model.conduit("C").depth, 0.0);
+        EXPECT_EQ(routeFrom(model.conduit("C").depth, -100.0), 0.0) << shape;
+        EXPECT_EQ(model.conduit("C").depth, 0.0) << shape;
     }
 }
 
 TEST(ConduitFlow, TakesNoNoteOfTheSetting) {
-    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
-    getLink("C").setting = getLink("C").targetSetting = 0.0;
+    StartedProject model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    model.link("C").setting = model.link("C").targetSetting = 0.0;
     model.step(300);
-    EXPECT_NEAR(getLink("C").newFlow, 0.5, 1e-4);
+    EXPECT_NEAR(model.link("C").newFlow, 0.5, 1e-4);
 }
 
 TEST(ConduitFlow, IsNotMovedByAFlowThatAHostWrites) {
-    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StartedProject model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     model.step(5);
-    const double depth = getConduit("C").depth;
-    getLink("C").newFlow = 99.0;
+    const double depth = model.conduit("C").depth;
+    model.link("C").newFlow = 99.0;
     model.step();
-    const double after = getConduit("C").depth;
-    EXPECT_NEAR((after - depth) * 1600.0, 60.0 * (0.5 - getLink("C").newFlow), 1e-9);
+    const double after = model.conduit("C").depth;
+    EXPECT_NEAR((after - depth) * 1600.0, 60.0 * (0.5 - model.link("C").newFlow), 1e-9);
 }
 
 TEST(ConduitFlow, StartsDryAtEachStart) {
-    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StartedProject model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     model.step(20);
-    const double depth = getConduit("C").depth;
+    const double depth = model.conduit("C").depth;
     tarnvelde_end();
     tarnvelde_start(0);
-    EXPECT_EQ(getConduit("C").depth, 0.0);
-    EXPECT_EQ(getConduit("C").newInflow, 0.0);
+    EXPECT_EQ(model.conduit("C").depth, 0.0);
+    EXPECT_EQ(model.conduit("C").newInflow, 0.0);
     model.step(20);
-    EXPECT_EQ(getConduit("C").depth, depth);
+    EXPECT_EQ(model.conduit("C").depth, depth);
 }
 
 // --- quality -------------------------------------------------------------------------------------------------------
 
 TEST(ConduitQuality, MixesTheInflowIntoTheStore) {
-    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
-    getConduit("C").depth = 0.5;  // 100 m3
-    getLink("C").oldQual[0] = 10.0;
+    StartedProject model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
+    model.conduit("C").depth = 0.5;  // 100 m3
+    model.link("C").oldQual[0] = 10.0;
     const double inflow = 40.0;
-    conduit_route(getLink("C"), ::getConduit("C"), 2.0, &inflow);  // 120 m3
-    EXPECT_NEAR(getLink("C").newQual[0], (100.0 * 10.0 + 120.0 * 40.0) / 220.0, 1e-12);
+    conduit_route(model.link("C"), model.conduit("C"), 2.0, &inflow);  // 120 m3
+    EXPECT_NEAR(model.link("C").newQual[0], (100.0 * 10.0 + 120.0 * 40.0) / 220.0, 1e-12);
 }
 
 TEST(ConduitQuality, Is0WithoutWater) {
-    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2", 0.0) + "[POLLUTANTS]\nA 0\n");
+    StartedProject model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2", 0.0) + "[POLLUTANTS]\nA 0\n");
     model.step();
-    EXPECT_EQ(getLink("C").newQual[0], 0.0);
+    EXPECT_EQ(model.link("C").newQual[0], 0.0);
 }
 
 TEST(ConduitQuality, DecaysByTheHourAndBooksTheLoss) {
-    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") +
-                       "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n"
-                       "[DECAY_COEFFICIENT]\nC LINK B FIRST 864 P\n");
-    getConduit("C").depth = 0.5;
-    getLink("C").oldQual[0] = getLink("C").oldQual[1] = 10.0;
+    StartedProject model(
+        getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") +
+        "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2 2\n"
+        "[DECAY_COEFFICIENT]\nC LINK B FIRST 864 P\n");
+    model.conduit("C").depth = 0.5;
+    model.link("C").oldQual[0] = model.link("C").oldQual[1] = 10.0;
     const double inflow[] = {40.0, 40.0};
-    conduit_route(getLink("C"), ::getConduit("C"), 2.0, inflow);
+    conduit_route(model.link("C"), model.conduit("C"), 2.0, inflow);
     const double mixed = (100.0 * 10.0 + 120.0 * 40.0) / 220.0;
     const double left = std::exp(-2.0 * 0.01 * 60.0);
-    EXPECT_NEAR(getLink("C").newQual[0], mixed, 1e-12);
-    EXPECT_NEAR(getLink("C").newQual[1], mixed * left, 1e-12);
+    EXPECT_NEAR(model.link("C").newQual[0], mixed, 1e-12);
+    EXPECT_NEAR(model.link("C").newQual[1], mixed * left, 1e-12);
     EXPECT_EQ(QualTotals[0].reactedLoss, 0.0);
     EXPECT_NEAR(QualTotals[1].reactedLoss, 220.0 * mixed * (1.0 - left) / 1000.0, 1e-12);
 }
@@ -363,7 +365,7 @@ static std::string getChain(unsigned seed) {
 
 TEST(ConduitBalance, ClosesInGeneratedChains) {
     for (const unsigned seed : {1u, 2u, 3u}) {
-        StorageModel model(getChain(seed));
+        StartedProject model(getChain(seed));
         EXPECT_EQ(stepToEnd(), 0);
         tarnvelde_report();
         EXPECT_NEAR(FlowError, 0.0, 1e-9) << seed;
@@ -373,23 +375,23 @@ TEST(ConduitBalance, ClosesInGeneratedChains) {
 }
 
 TEST(ConduitBalance, KeepsTheMaximaOfARun) {
-    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StartedProject model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     double maxDepth = 0.0, maxVelocity = 0.0;
     for (int k = 0; k < 30; ++k) {
         model.step();
         // The flow of a step belongs to the depth ahead of its release, the area to the depth behind it.
-        const double area = 2.0 * getConduit("C").depth;
-        maxDepth = std::max(maxDepth, getConduit("C").depth);
-        maxVelocity = std::max(maxVelocity, area > 0.0 ? getLink("C").newFlow / area : 0.0);
+        const double area = 2.0 * model.conduit("C").depth;
+        maxDepth = std::max(maxDepth, model.conduit("C").depth);
+        maxVelocity = std::max(maxVelocity, area > 0.0 ? model.link("C").newFlow / area : 0.0);
     }
-    EXPECT_EQ(getConduit("C").statMaxDepth, maxDepth);
-    EXPECT_EQ(getConduit("C").statMaxVelocity, maxVelocity);
+    EXPECT_EQ(model.conduit("C").statMaxDepth, maxDepth);
+    EXPECT_EQ(model.conduit("C").statMaxVelocity, maxVelocity);
 }
 
 // --- report and rows -----------------------------------------------------------------------------------------------
 
 TEST(ConduitReport, HasATableOfItsOwn) {
-    ProjectFile project(getProject("NO 100 0.01 0.02 RECTANGULAR 1 1", 5.0));
+    Project project(getProject("NO 100 0.01 0.02 RECTANGULAR 1 1", 5.0));
     EXPECT_EQ(project.run(), 0);
     // The full section from the first step on. The velocity is greatest where it is divided by what a step leaves.
     const double flow = getManning(1.0, 4.0, 0.0001, 0.02);
@@ -407,36 +409,36 @@ TEST(ConduitReport, HasATableOfItsOwn) {
 }
 
 TEST(ConduitRow, MixesOldAndNewButForDepthAndVolume) {
-    StorageModel model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
-    Conduit& conduit = getConduit("C");
+    StartedProject model(getProject("NO 100 0.2 0.013 RECTANGULAR 1.5 2") + "[POLLUTANTS]\nA 0\n");
+    Conduit& conduit = model.conduit("C");
     conduit.depth = 0.5;
     conduit.oldInflow = 1.0;
     conduit.newInflow = 2.0;
     conduit.oldFlood = 4.0;
     conduit.newFlood = 0.0;
-    Link& link = getLink("C");
+    Link& link = model.link("C");
     link.oldFlow = 2.0;
     link.newFlow = 6.0;
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[7];
-    rows_fill(CONDUIT_TABLE, findLink("C"), 0.25, row);
+    rows_fill(CONDUIT_TABLE, model.findLink("C"), 0.25, row);
     const float expected[] = {0.5f, 100.0f, 3.0f, 1.25f, 3.0f, 3.0f, 7.0f};
     for (int k = 0; k < 7; ++k) {
         EXPECT_EQ(row[k], expected[k]) << k;
     }
     conduit.depth = 0.0;
-    rows_fill(CONDUIT_TABLE, findLink("C"), 0.25, row);
+    rows_fill(CONDUIT_TABLE, model.findLink("C"), 0.25, row);
     EXPECT_EQ(row[2], 0.0f);  // no velocity without an area
 }
 
 // --- line ----------------------------------------------------------------------------------------------------------
 
 TEST(ConduitLine, FillsTheRow) {
-    StorageModel model(getProject("yes 120 0.5 0.013 rectangular 1.5 2 more"));
-    EXPECT_EQ(getLink("C").kind, CONDUIT);
-    EXPECT_EQ(getLink("C").isLagged, 1);
-    const Conduit& conduit = getConduit("C");
+    StartedProject model(getProject("yes 120 0.5 0.013 rectangular 1.5 2 more"));
+    EXPECT_EQ(model.link("C").kind, CONDUIT);
+    EXPECT_EQ(model.link("C").isLagged, 1);
+    const Conduit& conduit = model.conduit("C");
     EXPECT_EQ(conduit.length, 120.0);
     EXPECT_EQ(conduit.slope, 0.5 / 100.0);
     EXPECT_EQ(conduit.roughness, 0.013);
@@ -466,29 +468,30 @@ TEST(ConduitLine, IsRefusedAtTheFirstWrongWord) {
         {"C J OUT NO 100 1 0.013 IRREGULAR Y", "ERROR 209: undefined object Y "},
     };
     for (const auto& bad : cases) {
-        const OpenResult result =
-            openProject(getGeneral(10) + "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\n" + bad.line + "\n" + BED);
-        EXPECT_TRUE(holdsLineError(result, bad.message, "[CONDUITS]", bad.line));
+        const std::string text =
+            getGeneral(10) + "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\n" + bad.line + "\n" + BED;
+        EXPECT_TRUE(refusesLine(text, bad.message, "[CONDUITS]", bad.line));
     }
 }
 
 TEST(ConduitLine, IsLengthenedSilently) {
     const std::string line = "NO 5 0.5 0.013 CIRCULAR 1\n[GENERAL]\nCONDUIT_LENGTHENING ";
     {
-        StorageModel model(getProject(line + "10"));
-        EXPECT_EQ(getConduit("C").length, 10.0);
+        StartedProject model(getProject(line + "10"));
+        EXPECT_EQ(model.conduit("C").length, 10.0);
     }
     {
-        StorageModel model(getProject(line + "4"));
-        EXPECT_EQ(getConduit("C").length, 5.0);
+        StartedProject model(getProject(line + "4"));
+        EXPECT_EQ(model.conduit("C").length, 5.0);
     }
     EXPECT_EQ(openProject(getProject(line + "10")).report, "");
 }
 
 TEST(ConduitDecayLine, FillsItsRecord) {
-    StorageModel model(getProject("NO 100 0.2 0.013 CIRCULAR 1") +
-                       "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 1\n[DECAY_COEFFICIENT]\nC LINK B FIRST 86.4 P\n");
-    const Decay* decay = getConduit("C").decay;
+    StartedProject model(
+        getProject("NO 100 0.2 0.013 CIRCULAR 1") +
+        "[POLLUTANTS]\nA 0\nB 0\n[PATTERNS]\nP HOURLY 1\n[DECAY_COEFFICIENT]\nC LINK B FIRST 86.4 P\n");
+    const Decay* decay = model.conduit("C").decay;
     EXPECT_EQ(decay[0].type, -1);
     EXPECT_EQ(decay[1].type, FIRST_ORDER);
     EXPECT_EQ(decay[1].k, 86.4 / 86400.0);
@@ -512,55 +515,55 @@ TEST(ConduitDecayLine, IsRefusedAtTheFirstWrongWord) {
         {"C LINK A FIRST 1 Y", "ERROR 209: undefined object Y "},
     };
     for (const auto& bad : cases) {
-        const OpenResult result = openProject(getProject("NO 100 0.2 0.013 CIRCULAR 1") +
-                                              "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\n" + bad.line + "\n");
-        EXPECT_TRUE(holdsLineError(result, bad.message, "[DECAY_COEFFICIENT]", bad.line));
+        const std::string text =
+            getProject("NO 100 0.2 0.013 CIRCULAR 1") + "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\n" + bad.line + "\n";
+        EXPECT_TRUE(refusesLine(text, bad.message, "[DECAY_COEFFICIENT]", bad.line));
     }
 }
 
 // --- what only a host can do ---------------------------------------------------------------------------------------
 
 TEST(ConduitHost, MayLeaveItWithoutASection) {
-    StorageModel model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
+    StartedProject model(getProject("NO 800 0.2 0.013 RECTANGULAR 1.5 2"));
     model.step(5);
     for (const int32_t shape : {static_cast<int32_t>(IRREGULAR_CONDUIT), 3, -1}) {
-        getConduit("C").shape = shape;
+        model.conduit("C").shape = shape;
         EXPECT_EQ(getArea(0.5), 0.0);
         EXPECT_EQ(getDepth(100.0), 0.0);
         EXPECT_EQ(routeFrom(0.5, 2.0), 0.0);
-        EXPECT_EQ(getConduit("C").newFlood, 2.0);
+        EXPECT_EQ(model.conduit("C").newFlood, 2.0);
         tarnvelde_end();
         EXPECT_EQ(tarnvelde_start(0), 0);
-        EXPECT_EQ(getConduit("C").fullDepth, 0.0);
+        EXPECT_EQ(model.conduit("C").fullDepth, 0.0);
         EXPECT_EQ(routeFrom(0.0, 2.0), 0.0);
-        EXPECT_EQ(getConduit("C").newFlood, 2.0);
+        EXPECT_EQ(model.conduit("C").newFlood, 2.0);
     }
 }
 
 TEST(ConduitHost, ChangesSizesAtOnceWhereAFormulaUsesThem) {
-    StorageModel model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
-    getConduit("C").height = 3.0;
-    EXPECT_EQ(getConduit("C").fullDepth, 1.5);
+    StartedProject model(getProject("NO 5000 0.2 0.013 CIRCULAR 1.5"));
+    model.conduit("C").height = 3.0;
+    EXPECT_EQ(model.conduit("C").fullDepth, 1.5);
     const double arc = 3.0 * std::acos(0.0);  // the table is that of 1.5 m, the arc that of 3 m, half full
     const double expected = getManning(getArea(1.5), arc, 0.002, 0.013);
     EXPECT_NEAR(routeFrom(1.5, 0.0), expected, 1e-7 * expected);
     tarnvelde_end();
     tarnvelde_start(0);
-    EXPECT_EQ(getConduit("C").fullDepth, 3.0);
+    EXPECT_EQ(model.conduit("C").fullDepth, 3.0);
     EXPECT_NEAR(getArea(3.0), PI * 9.0 / 4.0, 1e-7);
 }
 
 TEST(ConduitHost, MayTurnAShapeIntoAnother) {
-    StorageModel model(getProject("NO 800 0.2 0.013 IRREGULAR X") + BED);
-    getConduit("C").shape = CIRCULAR_CONDUIT;
+    StartedProject model(getProject("NO 800 0.2 0.013 IRREGULAR X") + BED);
+    model.conduit("C").shape = CIRCULAR_CONDUIT;
     model.step();
     tarnvelde_end();
-    getConduit("C").height = 1.0;
+    model.conduit("C").height = 1.0;
     tarnvelde_start(0);
     EXPECT_NEAR(getArea(1.0), PI / 4.0, 1e-8);
-    getConduit("C").shape = IRREGULAR_CONDUIT;
+    model.conduit("C").shape = IRREGULAR_CONDUIT;
     model.step(3);
-    EXPECT_GE(getConduit("C").depth, 0.0);
+    EXPECT_GE(model.conduit("C").depth, 0.0);
 }
 
 TEST(ConduitMemory, IsMissedAtTheStart) {

@@ -6,8 +6,8 @@
 
 #include <string>
 
-#include "support/readererrors.h"
-#include "support/routingmodel.h"
+#include "support/lineerrors.h"
+#include "support/pipes.h"
 
 TEST(ConnectionLines, AreRefused) {
     expectRefused("[CONNECTIONS]", "C A OUT NO", "ERROR 203: too few items ");
@@ -24,7 +24,7 @@ static const std::string PULSE =
     "[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 0 0:02 6 0:03 0 0:04 0\n";
 
 TEST(ConnectionDelay, OfZeroPassesAtOnce) {
-    Model m(oneConnection("0") + PULSE);
+    StartedProject m(getGeneral(60) + oneConnection("0") + PULSE);
     m.step(2);
     EXPECT_NEAR(m.node("OUT").newInflow, 6.0, 6.1 * MILLISECOND);
     EXPECT_EQ(m.node("OUT").newInflow, m.node("A").newInflow);
@@ -34,7 +34,7 @@ TEST(ConnectionDelay, OfZeroPassesAtOnce) {
 }
 
 TEST(ConnectionDelay, OfWholeStepsShifts) {
-    Model m(oneConnection("300") + PULSE);
+    StartedProject m(getGeneral(60) + oneConnection("300") + PULSE);
     for (int step = 1; step <= 12; ++step) {
         m.step();
         EXPECT_NEAR(m.node("OUT").newInflow, step == 7 ? 6.0 : 0.0, 6.1 * MILLISECOND) << step;
@@ -43,7 +43,7 @@ TEST(ConnectionDelay, OfWholeStepsShifts) {
 }
 
 TEST(ConnectionDelay, BetweenStepsInterpolates) {
-    Model m(oneConnection("315") + PULSE);
+    StartedProject m(getGeneral(60) + oneConnection("315") + PULSE);
     for (int step = 1; step <= 12; ++step) {
         m.step();
         const double expected = step == 7 ? 6.0 * 0.75 : step == 8 ? 6.0 * 0.25 : 0.0;
@@ -54,7 +54,8 @@ TEST(ConnectionDelay, BetweenStepsInterpolates) {
 TEST(ConnectionDelay, PastTheEndIsBookedAndNeverQueued) {
     // Ten steps: what enters in step k leaves at minute k + 5, so that of steps 1 to 5 leaves in time. The end of the
     // run, a date, may fall a second short of ten minutes, and then step 5 is late too.
-    Model m(oneConnection("300") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 20 \"\" 1\n[POLLUTANTS]\nX 0\n", 10);
+    StartedProject m(getGeneral(10) + oneConnection("300") +
+                     "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 20 \"\" 1\n[POLLUTANTS]\nX 0\n");
     m.step(10);
     const int late = TotalDuration >= 600000.0 ? 5 : 6;
     EXPECT_DOUBLE_EQ(FlowTotals.delayedVolume, late * DT * 2.0);
@@ -62,7 +63,7 @@ TEST(ConnectionDelay, PastTheEndIsBookedAndNeverQueued) {
 }
 
 TEST(ConnectionSetting, HasNoEffectOnTheFlow) {
-    Model m(oneConnection("0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
+    StartedProject m(getGeneral(60) + oneConnection("0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     ASSERT_EQ(tarnvelde_setSetting("C", 0.0), 0);
     m.step();
     EXPECT_EQ(m.link("C").setting, 0.0);
@@ -74,7 +75,7 @@ TEST(ConnectionDelay, RollsItsInflowByAnOutfallOfItsNumber) {
     const std::string text =
         "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\nB\n[CONNECTIONS]\nC A B NO 0\nD B OUT NO 0\n[INFLOWS]\nA FLOW FLOW 2 \"\" "
         "1\n";
-    Model m(text);
+    StartedProject m(getGeneral(60) + text);
     m.step(3);
     EXPECT_EQ(Connections[0].newInflow, 2.0);
     EXPECT_EQ(Connections[0].oldInflow, 2.0);

@@ -7,7 +7,7 @@
 
 #include "model/errors.h"
 #include "results/rows.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 static constexpr double G2 = 19.62;
 
@@ -18,11 +18,11 @@ static std::string getProject(const std::string& rest) {
 }
 
 struct OrificeLaw : testing::Test {
-    static double getFlow(double depth) { return orifice_getFlow(getLink("O"), Orifices[0], depth); }
+    static double getFlow(double depth) { return orifice_getFlow(Records::link("O"), Orifices[0], depth); }
 };
 
 TEST_F(OrificeLaw, IsTorricelliOverTheMiddleOfASubmergedRectangle) {
-    StorageModel model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
+    StartedProject model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
     for (const double h : {0.95, 1.5, 4.0}) {
         const double expected = 0.62 * (0.4 * 0.3) * std::sqrt(G2 * (h - 0.5 - 0.2));
         EXPECT_NEAR(getFlow(h), expected, 1e-12) << h;
@@ -30,7 +30,7 @@ TEST_F(OrificeLaw, IsTorricelliOverTheMiddleOfASubmergedRectangle) {
 }
 
 TEST_F(OrificeLaw, LetsOnlyTheWettedPartOfARectangleRun) {
-    StorageModel model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
+    StartedProject model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
     for (const double h : {0.55, 0.7, 0.9}) {
         const double d = h - 0.5;
         EXPECT_NEAR(getFlow(h), 0.62 * (d * 0.3) * std::sqrt(G2 * d / 2.0), 1e-12) << h;
@@ -53,7 +53,7 @@ static double integrateSegment(double D, double y) {
 }
 
 TEST_F(OrificeLaw, TakesTheSegmentOfAPartlyFilledCircle) {
-    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StartedProject model(getProject("NO CIRCULAR 0.65 1 0.4"));
     for (const double d : {0.05, 0.2, 0.3, 0.39}) {
         const double expected = 0.65 * integrateSegment(0.4, d) * std::sqrt(G2 * d / 2.0);
         EXPECT_NEAR(getFlow(1.0 + d), expected, 1e-8 * expected) << d;
@@ -61,7 +61,7 @@ TEST_F(OrificeLaw, TakesTheSegmentOfAPartlyFilledCircle) {
 }
 
 TEST_F(OrificeLaw, TakesTheWholeCircleUnderWater) {
-    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StartedProject model(getProject("NO CIRCULAR 0.65 1 0.4"));
     for (const double h : {1.41, 2.0, 4.5}) {
         const double expected = 0.65 * std::acos(-1.0) * 0.04 * std::sqrt(G2 * (h - 1.0 - 0.2));
         EXPECT_NEAR(getFlow(h), expected, 1e-8 * expected) << h;
@@ -69,27 +69,27 @@ TEST_F(OrificeLaw, TakesTheWholeCircleUnderWater) {
 }
 
 TEST_F(OrificeLaw, OpensTheShareOfItsSetting) {
-    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
-    getLink("O").setting = 0.25;  // a segment of 0.1 m, under water
+    StartedProject model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    model.link("O").setting = 0.25;  // a segment of 0.1 m, under water
     const double expected = 0.65 * integrateSegment(0.4, 0.1) * std::sqrt(G2 * (0.8 - 0.05));
     EXPECT_NEAR(getFlow(1.8), expected, 1e-8 * expected);
 }
 
 TEST_F(OrificeLaw, GivesNothingWithASettingOf0) {
-    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
-    getLink("O").setting = 0.0;
+    StartedProject model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    model.link("O").setting = 0.0;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
 
 TEST_F(OrificeLaw, GivesNothingAtAndBelowTheCrest) {
-    StorageModel model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
+    StartedProject model(getProject("NO RECTANGULAR 0.62 0.5 0.4 0.3"));
     EXPECT_EQ(getFlow(0.5), 0.0);
     EXPECT_EQ(getFlow(0.2), 0.0);
     EXPECT_GT(getFlow(std::nextafter(0.5, 1.0)), 0.0);
 }
 
 TEST_F(OrificeLaw, KeepsItsRoundedConstantsAndTheOrderOfItsFactors) {
-    StorageModel model(getProject("NO CIRCULAR 1 0 0.7"));
+    StartedProject model(getProject("NO CIRCULAR 1 0 0.7"));
     const double D = 0.7, d = 0.2;
     const double t = std::acos((D - 2.0 * d) / D);
     const double area =
@@ -101,15 +101,15 @@ TEST_F(OrificeLaw, KeepsItsRoundedConstantsAndTheOrderOfItsFactors) {
 }
 
 TEST_F(OrificeLaw, GivesNothingWithAShapeThatIsNone) {
-    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4"));
+    StartedProject model(getProject("NO CIRCULAR 0.65 1 0.4"));
     Orifices[0].shape = 2;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
 
 TEST(OrificeLine, FillsTheRow) {
-    StorageModel model(getProject("YES rectangular 0.62 0.5 0.4 0.3 more words"));
-    EXPECT_EQ(getLink("O").kind, ORIFICE);
-    EXPECT_EQ(getLink("O").isLagged, 1);
+    StartedProject model(getProject("YES rectangular 0.62 0.5 0.4 0.3 more words"));
+    EXPECT_EQ(model.link("O").kind, ORIFICE);
+    EXPECT_EQ(model.link("O").isLagged, 1);
     const Orifice& orifice = Orifices[0];
     EXPECT_EQ(orifice.shape, RECTANGULAR_ORIFICE);
     EXPECT_EQ(orifice.coefficient, 0.62);
@@ -119,7 +119,7 @@ TEST(OrificeLine, FillsTheRow) {
 }
 
 TEST(OrificeLine, IgnoresTheWidthOfACircle) {
-    StorageModel model(getProject("NO CIRCULAR 0.62 0.5 0.4 x"));
+    StartedProject model(getProject("NO CIRCULAR 0.62 0.5 0.4 x"));
     EXPECT_EQ(Orifices[0].width, 0.0);
 }
 
@@ -148,15 +148,15 @@ TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
         {"O T OUT NO RECTANGULAR 0.6 1 0.4 w", "ERROR 211: invalid number w "},
     };
     for (const auto& bad : cases) {
-        const OpenResult result = openProject(getGeneral(10) + "[TANKS]\nT B 5 2\n[OUTFALLS]\nOUT\n[ORIFICES]\n" +
-                                              bad.line + "\n" + getBasin("B", 100.0));
-        EXPECT_TRUE(holdsLineError(result, bad.message, "[ORIFICES]", bad.line));
+        const std::string text =
+            getGeneral(10) + "[TANKS]\nT B 5 2\n[OUTFALLS]\nOUT\n[ORIFICES]\n" + bad.line + "\n" + getBasin("B", 100.0);
+        EXPECT_TRUE(refusesLine(text, bad.message, "[ORIFICES]", bad.line));
     }
 }
 
 TEST(OrificeLine, MayHoldNumbersThatAreNone) {
-    StorageModel model(getProject("NO CIRCULAR nan nan nan"));
-    EXPECT_EQ(orifice_getFlow(getLink("O"), Orifices[0], 2.0), 0.0);  // nothing lies above a crest that is no number
+    StartedProject model(getProject("NO CIRCULAR nan nan nan"));
+    EXPECT_EQ(orifice_getFlow(model.link("O"), Orifices[0], 2.0), 0.0);  // nothing lies above a crest that is no number
 }
 
 TEST(OrificeCheck, WantsATankUpstream) {
@@ -167,8 +167,8 @@ TEST(OrificeCheck, WantsATankUpstream) {
 }
 
 TEST(OrificeRow, MixesOldAndNew) {
-    StorageModel model(getProject("NO CIRCULAR 0.65 1 0.4") + "[POLLUTANTS]\nA 0\nB 0\n");
-    Link& link = getLink("O");
+    StartedProject model(getProject("NO CIRCULAR 0.65 1 0.4") + "[POLLUTANTS]\nA 0\nB 0\n");
+    Link& link = model.link("O");
     link.oldFlow = 1.0;
     link.newFlow = 2.0;
     link.oldQual[0] = 8.0;
@@ -176,7 +176,7 @@ TEST(OrificeRow, MixesOldAndNew) {
     link.oldQual[1] = 0.0;
     link.newQual[1] = 1.0;
     float row[3];
-    rows_fill(ORIFICE_TABLE, findLink("O"), 0.25, row);
+    rows_fill(ORIFICE_TABLE, model.findLink("O"), 0.25, row);
     EXPECT_EQ(row[0], 1.25f);
     EXPECT_EQ(row[1], 7.0f);
     EXPECT_EQ(row[2], 0.25f);

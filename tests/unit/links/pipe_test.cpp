@@ -6,16 +6,15 @@
 
 #include <cmath>
 
-#include "support/readererrors.h"
-#include "support/routingmodel.h"
+#include "support/lineerrors.h"
+#include "support/pipes.h"
 #include "tarnvelde.h"
 
 // --- quality in pipes ----------------------------------------------------------------------------------------------
 
 TEST(PipeQuality, PassesAConstantConcentrationUnchanged) {
-    Model m(onePipe("120 3 0.2 0") + TWO_POLLUTANTS +
-                "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n",
-            600);
+    StartedProject m(getGeneral(600) + onePipe("120 3 0.2 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n");
     m.step(590);
     EXPECT_NEAR(m.link("P").newQual[0], 30.0, 1e-9);
     EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-9);
@@ -23,9 +22,9 @@ TEST(PipeQuality, PassesAConstantConcentrationUnchanged) {
 }
 
 TEST(PipeQuality, DecaysByTheFirstOrderInEachPeriod) {
-    Model m(onePipe("120 1 0 0") + TWO_POLLUTANTS +
-            "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
-            "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
+    StartedProject m(getGeneral(60) + onePipe("120 1 0 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
+                     "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
     m.step(2);  // the reach was empty: all its water came in now, and decays for one period
     const double first = 30.0 * std::exp(-0.001 * 120.0);
     EXPECT_NEAR(m.link("P").newQual[0], first, 1e-12);
@@ -41,8 +40,9 @@ TEST(PipeQuality, DecaysByTheFirstOrderInEachPeriod) {
 }
 
 TEST(PipeQuality, DecaysInEachReachForAPeriod) {
-    Model m(onePipe("120 2 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n" +
-            "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
+    StartedProject m(getGeneral(60) + onePipe("120 2 0 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n" +
+                     "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
     m.step(2);  // through two empty reaches at once, 120 s at 0.001 per second in each
     EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 0)[0], 30.0 * std::exp(-0.12), 1e-12);
     EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 1)[0], 30.0 * std::exp(-0.24), 1e-12);
@@ -51,14 +51,15 @@ TEST(PipeQuality, DecaysInEachReachForAPeriod) {
 
 TEST(PipeQuality, DecaysByThePatternAtTheHour) {
     std::string pattern = "[PATTERNS]\nH MONTHLY 3 5\n";  // of monthly type, and still by the hour
-    Model m(onePipe("120 1 0 0") + TWO_POLLUTANTS + pattern + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
-            "[DECAY_COEFFICIENT]\nP LINK Y FIRST 86.4 H\n");
+    StartedProject m(getGeneral(60) + onePipe("120 1 0 0") + TWO_POLLUTANTS + pattern +
+                     "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN Y 7 \"\" 1\n" +
+                     "[DECAY_COEFFICIENT]\nP LINK Y FIRST 86.4 H\n");
     m.step(2);
     EXPECT_NEAR(m.link("P").newQual[1], 7.0 * std::exp(-3.0 * 0.001 * 120.0), 1e-12);
 }
 
 TEST(PipeQuality, IsZeroInADryReach) {
-    Model m(onePipe("60 2 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA MASS X 1 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 2 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA MASS X 1 \"\" 1\n");
     m.step(8);
     EXPECT_EQ(m.link("P").newQual[0], 0.0);
     EXPECT_EQ(m.node("A").newQual[0], 0.0);  // a load without water
@@ -68,7 +69,8 @@ TEST(PipeQuality, IsTheMeanOfThePeriodByFlow) {
     // Between the firings in steps 2 and 5 the pipe sums steps 3 and 4: 1 m3/s at 10 mg/L and 3 m3/s at 30 mg/L. The
     // reach holds no water yet, so its concentration is that of the mean. The junction bears the name of the pollutant:
     // a host's load is given by it.
-    Model m("[JUNCTIONS]\nX\n[OUTFALLS]\nOUT\n[POLLUTANTS]\nX 0\n[PIPES]\nP X OUT NO 240 1 0 0\n");
+    StartedProject m(getGeneral(60) +
+                     "[JUNCTIONS]\nX\n[OUTFALLS]\nOUT\n[POLLUTANTS]\nX 0\n[PIPES]\nP X OUT NO 240 1 0 0\n");
     m.step(2);
     ASSERT_EQ(tarnvelde_setExtInflow("X", 1.0), 0);
     ASSERT_EQ(tarnvelde_setExtLoad("X", "X", 0.01), 0);
@@ -88,7 +90,7 @@ static const std::string ENDLESS_LOAD =
 
 /// No share of an endless concentration is 0, not even that of a flood or a decay that isn't there: 0 * inf is no
 /// number. The other pollutant and the water know nothing of it.
-static void expectEndlessLosses(Model& m, const char* link) {
+static void expectEndlessLosses(StartedProject& m, const char* link) {
     EXPECT_TRUE(std::isinf(m.link(link).newQual[0]));
     EXPECT_TRUE(std::isnan(QualTotals[0].reactedLoss));
     EXPECT_TRUE(std::isnan(QualTotals[0].floodingLoss));
@@ -98,7 +100,7 @@ static void expectEndlessLosses(Model& m, const char* link) {
 }
 
 TEST(EndlessConcentration, InAPipeShowsInItsLosses) {
-    Model m(onePipe("60 1 0 0") + ENDLESS_LOAD);
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + ENDLESS_LOAD);
     m.step();
     EXPECT_EQ(QualTotals[0].floodingLoss, 0.0);  // none has come into the pipe yet
     for (int step = 2; step <= 4; ++step) {
@@ -109,7 +111,8 @@ TEST(EndlessConcentration, InAPipeShowsInItsLosses) {
 }
 
 TEST(EndlessConcentration, InAConduitShowsInItsLosses) {
-    Model m(A_TO_OUT + "[CONDUITS]\nC A OUT NO 100 0.001 0.013 RECTANGULAR 5 3\n" + ENDLESS_LOAD);
+    StartedProject m(getGeneral(60) + A_TO_OUT + "[CONDUITS]\nC A OUT NO 100 0.001 0.013 RECTANGULAR 5 3\n" +
+                     ENDLESS_LOAD);
     m.step();
     expectEndlessLosses(m, "C");
 }
@@ -117,8 +120,9 @@ TEST(EndlessConcentration, InAConduitShowsInItsLosses) {
 TEST(EndlessConcentration, ComesFromGrowthBeyondAllBounds) {
     // -1e9 per day: the factor exp(1e9 * 60 / 86400) is beyond the largest number. The reach was empty, so what reacted
     // in it is 0 times that.
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[DECAY_COEFFICIENT]\nP LINK X FIRST -1e9 \"\"\n" +
-            "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS +
+                     "[DECAY_COEFFICIENT]\nP LINK X FIRST -1e9 \"\"\n" +
+                     "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\nA CONCEN Y 7 \"\" 1\n");
     m.step(2);
     expectEndlessLosses(m, "P");
     EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-12);
@@ -137,7 +141,7 @@ static const std::string THIRTY_MILLIGRAMS = TWO_POLLUTANTS + "[INFLOWS]\nA FLOW
 TEST(PipeDelivery, WeighsFlowAndLoadDifferently) {
     // In the step of a firing the load counts new by the share of the period that had passed ahead of the step; the
     // flow takes that time plus K, and so the new value at once. Behind that step old and new are equal.
-    Model m(onePipe("180 1 0 0") + THIRTY_MILLIGRAMS);
+    StartedProject m(getGeneral(60) + onePipe("180 1 0 0") + THIRTY_MILLIGRAMS);
     m.step(2);  // the period lasts from minute 0 to 3, and the step begins at minute 1
     EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, FIRST_OUT);
     EXPECT_NEAR(m.node("OUT").massInflow[0], 1.0 / 3.0 * FIRST_LOAD, 1e-15);
@@ -151,8 +155,9 @@ TEST(PipeDelivery, WeighsFlowAndLoadDifferently) {
 }
 
 TEST(PipeDelivery, IsThatOfAStepBeforeOverALaggedLink) {
-    Model m("[JUNCTIONS]\nA\nB\n[OUTFALLS]\nOUT\n[PIPES]\nP A B YES 180 1 0 0\nQ B OUT NO 60 1 0 0\n" +
-            THIRTY_MILLIGRAMS);
+    StartedProject m(getGeneral(60) +
+                     "[JUNCTIONS]\nA\nB\n[OUTFALLS]\nOUT\n[PIPES]\nP A B YES 180 1 0 0\nQ B OUT NO 60 1 0 0\n" +
+                     THIRTY_MILLIGRAMS);
     m.step(2);  // read at minute 0 of the period from 0 to 3
     EXPECT_DOUBLE_EQ(m.node("B").newInflow, FIRST_OUT);
     EXPECT_EQ(m.node("B").massInflow[0], 0.0);
@@ -164,7 +169,7 @@ TEST(PipeDelivery, IsThatOfAStepBeforeOverALaggedLink) {
 TEST(PipeDelivery, WeighsTheFlowByThePresentK) {
     // A host shortens K to 60 s ahead of the firing in step 4. Its period stays 180 s, so the outflow is
     // (q 90 + S) / (60 + 90); and at the beginning of the new period its flow counts by 60 s of 180 s.
-    Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.step(3);
     ASSERT_EQ(tarnvelde_setParam(TARNVELDE_PIPE, "P", 0, 60.0), 0);
     m.step();
@@ -176,7 +181,7 @@ TEST(PipeDelivery, WeighsTheFlowByThePresentK) {
 TEST(PipeDelivery, CountsTheNewLoadOfAFiringThatComesLate) {
     // K of two steps: step 3 should fire and finds nothing summed. Step 4 fires, and begins when half of the new period
     // has passed.
-    Model m(onePipe("120 1 0 0") + THIRTY_MILLIGRAMS);
+    StartedProject m(getGeneral(60) + onePipe("120 1 0 0") + THIRTY_MILLIGRAMS);
     m.step(4);
     const double first = 2.0 * 60.0 / 180.0;
     const double second = (2.0 * 60.0 + 120.0 * (2.0 - first)) / 180.0;
@@ -187,7 +192,7 @@ TEST(PipeDelivery, CountsTheNewLoadOfAFiringThatComesLate) {
 TEST(PipeDelivery, WeighsTheFlowWhereKIsNoMultipleOfTheStep) {
     // K = 210 s: the first period ends half a minute before step 4 does. In that step the new flow counts from its
     // beginning on, half a minute ahead of the new period: by 1 - 30 / 210.
-    Model m(onePipe("210 1 0 0") + THIRTY_MILLIGRAMS);
+    StartedProject m(getGeneral(60) + onePipe("210 1 0 0") + THIRTY_MILLIGRAMS);
     m.step(4);
     const double first = 2.0 * 105.0 / 315.0;
     const double second = (2.0 * 105.0 + 210.0 * (2.0 - first)) / 315.0;
@@ -199,7 +204,8 @@ TEST(PipeDelivery, WeighsTheFlowWhereKIsNoMultipleOfTheStep) {
 // --- values set by a host ------------------------------------------------------------------------------------------
 
 TEST(PipeAndHost, RunOverTheReachesThatThereAre) {
-    Model m(onePipe("60 2 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 2 0 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n");
     m.pipe("P").n = 1000000;
     m.step(6);
     m.pipe("P").n = 0;  // no reach: what enters leaves
@@ -212,10 +218,10 @@ TEST(PipeAndHost, RunOverTheReachesThatThereAre) {
 }
 
 TEST(PipeAndHost, TakesAFlowUntilTheNextFiring) {
-    Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.step(4);
     m.link("P").newFlow = 99.0;
-    pipe_noteChange(tarnvelde_findObject(2, "P"), m.link("P").kindIndex);
+    pipe_noteChange(m.findLink("P"), m.link("P").kindIndex);
     m.step();
     EXPECT_EQ(m.link("P").oldFlow, 99.0);
     EXPECT_EQ(m.node("OUT").newInflow, 99.0);
@@ -224,7 +230,7 @@ TEST(PipeAndHost, TakesAFlowUntilTheNextFiring) {
 }
 
 TEST(PipeAndHost, NeverFireWithoutAPeriod) {
-    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.pipe("P").stepLength = 0.0;
     m.step(10);
     EXPECT_EQ(m.node("OUT").newInflow, 0.0);
@@ -244,7 +250,7 @@ TEST(PipeLines, AreRefused) {
 }
 
 TEST(PipeLines, TruncateTheNumberOfReaches) {
-    ProjectFile project(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT yes 60 2.9 0.2 0.5\n");
+    Project project(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT yes 60 2.9 0.2 0.5\n");
     project.open();
     EXPECT_EQ(Pipes[0].n, 2);
     EXPECT_EQ(Pipes[0].maxFlow, 0.5);
@@ -267,8 +273,8 @@ TEST(PipeValues, AreValidatedTogether) {
 // --- the clock of a pipe -------------------------------------------------------------------------------------------
 
 TEST(PipeClock, FiresFirstInTheSecondStepWithTheFirstStepsFlow) {
-    Model m(onePipe("180 1 0 0") +
-            "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 3 0:02 50 0:03 7 0:04 7\n");
+    StartedProject m(getGeneral(60) + onePipe("180 1 0 0") +
+                     "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 3 0:02 50 0:03 7 0:04 7\n");
     m.step();
     EXPECT_EQ(m.node("OUT").newInflow, 0.0);
     EXPECT_NEAR(m.pipe("P").sumVolume, DT * 3.0, DT * 48.0 * MILLISECOND);
@@ -280,7 +286,7 @@ TEST(PipeClock, FiresFirstInTheSecondStepWithTheFirstStepsFlow) {
 }
 
 TEST(PipeClock, FiresStrictlyBehindItsTime) {
-    Model m(onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
     std::vector<int> firings;
     for (int step = 1; step <= 12; ++step) {
         const double before = m.pipe("P").nextFireTime;
@@ -294,7 +300,7 @@ TEST(PipeClock, FiresStrictlyBehindItsTime) {
 }
 
 TEST(PipeClock, OfTheRoutingStepFiresEverySecondStep) {
-    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
     int firings = 0;
     for (int step = 1; step <= 20; ++step) {
         m.step();
@@ -304,7 +310,7 @@ TEST(PipeClock, OfTheRoutingStepFiresEverySecondStep) {
 }
 
 TEST(PipeClock, DoesntFireBehindTheLastPeriod) {
-    Model m(onePipe("1200 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n", 30);
+    StartedProject m(getGeneral(30) + onePipe("1200 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
     m.step(30);
     EXPECT_EQ(m.pipe("P").nextFireTime, TotalDuration);
     EXPECT_GT(m.pipe("P").sumVolume, 0.0);  // what was summed stays
@@ -313,7 +319,7 @@ TEST(PipeClock, DoesntFireBehindTheLastPeriod) {
 // --- Muskingum -----------------------------------------------------------------------------------------------------
 
 TEST(Muskingum, ReachesASteadyStateOfKTimesInflow) {
-    Model m(onePipe("120 3 0.2 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n", 600);
+    StartedProject m(getGeneral(600) + onePipe("120 3 0.2 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.step(590);
     EXPECT_NEAR(m.link("P").newFlow, 2.0, 1e-9);
     for (int i = 0; i < 3; ++i) {
@@ -323,8 +329,8 @@ TEST(Muskingum, ReachesASteadyStateOfKTimesInflow) {
 
 TEST(Muskingum, EmptiesAReservoirGeometrically) {
     // With x = 0 and inflow 0, out = S / (1.5 K), so each firing leaves a third.
-    Model m(onePipe("60 1 0 0") +
-            "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 9 0:02 0 0:03 0\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") +
+                     "[INFLOWS]\nA FLOW FLOW 0 S 1\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:01 9 0:02 0 0:03 0\n");
     m.step(2);
     double storage = m.pipe("P").storage[0];
     EXPECT_NEAR(storage, 9.0 * 60.0 - 60.0 * (9.0 * 30.0 / 90.0), 60.0 * 9.0 * MILLISECOND);
@@ -338,7 +344,7 @@ TEST(Muskingum, EmptiesAReservoirGeometrically) {
 
 TEST(Muskingum, LetsNothingThroughAtOnceWithXAHalf) {
     // a = b: the outflow of a firing comes from the storage alone.
-    Model m(onePipe("60 1 0.5 0") + "[INFLOWS]\nA FLOW FLOW 5 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0.5 0") + "[INFLOWS]\nA FLOW FLOW 5 \"\" 1\n");
     m.step(2);
     EXPECT_EQ(m.link("P").newFlow, 0.0);
     EXPECT_EQ(m.pipe("P").storage[0], 300.0);
@@ -348,7 +354,7 @@ TEST(Muskingum, LetsNothingThroughAtOnceWithXAHalf) {
 
 TEST(Muskingum, KeepsAnUnevenReach) {
     // One firing of two reaches by hand: K = 180, x = 0.1, first period of one step with 4 m3/s.
-    Model m(onePipe("180 2 0.1 0") + "[INFLOWS]\nA FLOW FLOW 4 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("180 2 0.1 0") + "[INFLOWS]\nA FLOW FLOW 4 \"\" 1\n");
     m.step(2);
     const double factor = (90.0 - 18.0) / (162.0 + 90.0);
     const double first = 4.0 * factor, second = first * factor;
@@ -360,7 +366,7 @@ TEST(Muskingum, KeepsAnUnevenReach) {
 // --- limits and settings -------------------------------------------------------------------------------------------
 
 TEST(PipeLimit, FloodsWhatMayNotPass) {
-    Model m(onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
     m.step(2);
     EXPECT_EQ(m.link("P").newFlow, 0.5);
     EXPECT_EQ(m.pipe("P").newFlood, 6.0 * 30.0 / 90.0 - 0.5);
@@ -373,7 +379,8 @@ TEST(PipeLimit, FloodsWhatMayNotPass) {
 
 TEST(PipeLimit, ClosedSendsAllToFlood) {
     for (const char* limit : {"0", "0.5"}) {
-        Model m(onePipe("60 1 0 " + std::string(limit)) + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+        StartedProject m(getGeneral(60) + onePipe("60 1 0 " + std::string(limit)) +
+                         "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
         ASSERT_EQ(tarnvelde_setSetting("P", 0.0), 0);
         m.step(2);
         EXPECT_EQ(m.link("P").newFlow, 0.0) << limit;
@@ -382,7 +389,7 @@ TEST(PipeLimit, ClosedSendsAllToFlood) {
 }
 
 TEST(PipeLimit, ShrinksWithTheSetting) {
-    Model m(onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
     ASSERT_EQ(tarnvelde_setSetting("P", 0.5), 0);
     m.step(2);
     const double out = 6.0 * 30.0 / 90.0, cap = 0.5 * 0.5;
@@ -391,7 +398,7 @@ TEST(PipeLimit, ShrinksWithTheSetting) {
 }
 
 TEST(PipeLimit, OfZeroIsNoneAtAnySettingButZero) {
-    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 6 \"\" 1\n");
     ASSERT_EQ(tarnvelde_setSetting("P", 0.5), 0);
     m.step(2);
     EXPECT_EQ(m.link("P").newFlow, 6.0 * 30.0 / 90.0);
@@ -399,11 +406,11 @@ TEST(PipeLimit, OfZeroIsNoneAtAnySettingButZero) {
 }
 
 TEST(PipeLimit, LetsANegativeOutflowPass) {
-    Model m(onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW -6 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0.5") + "[INFLOWS]\nA FLOW FLOW -6 \"\" 1\n");
     m.step(2);
     EXPECT_EQ(m.link("P").newFlow, -2.0);
     EXPECT_EQ(m.pipe("P").newFlood, 0.0);
-    Model closed(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW -6 \"\" 1\n");
+    StartedProject closed(getGeneral(60) + onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW -6 \"\" 1\n");
     ASSERT_EQ(tarnvelde_setSetting("P", 0.0), 0);
     closed.step(2);
     EXPECT_EQ(closed.pipe("P").newFlood, -2.0);

@@ -6,8 +6,10 @@
 #include <cmath>
 
 #include "model/errors.h"
+#include "model/names.h"
+#include "nodes/tank.h"
 #include "results/rows.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 static constexpr const char* CURVES =
     "[CURVES]\nL PUMP1 1 0.1 2 0.3 4 0.2\nS PUMP2 1 0.1 2 0.3 4 0.2\nN PUMP1 1 -0.5\n"
@@ -19,11 +21,11 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    return pump_getFlow(getLink("P"), Pumps[0], depth);
+    return pump_getFlow(Records::link("P"), Pumps[0], depth);
 }
 
 TEST(PumpCurve, IsALineWithLevelEnds) {
-    StorageModel model(getProject("L NO ON 0 0"));
+    StartedProject model(getProject("L NO ON 0 0"));
     EXPECT_EQ(getFlow(0.0), 0.1);
     EXPECT_EQ(getFlow(1.0), 0.1);
     EXPECT_NEAR(getFlow(1.5), 0.2, 1e-15);
@@ -33,7 +35,7 @@ TEST(PumpCurve, IsALineWithLevelEnds) {
 }
 
 TEST(PumpCurve, HasStepsThatEndBeforeTheirDepth) {
-    StorageModel model(getProject("S NO ON 0 0"));
+    StartedProject model(getProject("S NO ON 0 0"));
     EXPECT_EQ(getFlow(0.0), 0.1);
     EXPECT_EQ(getFlow(1.0), 0.3);  // at a point's depth the next one holds
     EXPECT_EQ(getFlow(1.99), 0.3);
@@ -43,104 +45,104 @@ TEST(PumpCurve, HasStepsThatEndBeforeTheirDepth) {
 }
 
 TEST(PumpCurve, NeverPumpsBack) {
-    StorageModel model(getProject("N NO ON 0 0"));
+    StartedProject model(getProject("N NO ON 0 0"));
     EXPECT_EQ(getFlow(2.0), 0.0);
 }
 
 TEST(PumpCurve, IsScaledByTheSetting) {
-    StorageModel model(getProject("L NO ON 0 0"));
-    getLink("P").setting = 0.5;
+    StartedProject model(getProject("L NO ON 0 0"));
+    model.link("P").setting = 0.5;
     EXPECT_EQ(getFlow(1.0), 0.05);
-    getLink("P").setting = 0.0;
+    model.link("P").setting = 0.0;
     EXPECT_EQ(getFlow(1.0), 0.0);
 }
 
 TEST(PumpSwitch, RestsAtANodeThatIsNoTank) {
-    StorageModel model(getProject("L NO ON 0 3"));
-    getLink("P").fromNode = findNode("OUT");
+    StartedProject model(getProject("L NO ON 0 3"));
+    model.link("P").fromNode = model.findNode("OUT");
     linkkinds_setTargets();
-    EXPECT_EQ(getLink("P").targetSetting, 1.0);
+    EXPECT_EQ(model.link("P").targetSetting, 1.0);
 }
 
 // --- switching -----------------------------------------------------------------------------------------------------
 
 static double getTarget(double setting, double depth) {
-    getLink("P").setting = setting;
-    getTank("T").newDepth = depth;
+    Records::link("P").setting = setting;
+    Records::tank("T").newDepth = depth;
     linkkinds_setTargets();
-    return getLink("P").targetSetting;
+    return Records::link("P").targetSetting;
 }
 
 TEST(PumpSwitch, StopsStrictlyBelowTheShutoffDepth) {
-    StorageModel model(getProject("L NO ON 3 1"));
+    StartedProject model(getProject("L NO ON 3 1"));
     EXPECT_EQ(getTarget(1.0, 1.0), 1.0);
     EXPECT_EQ(getTarget(1.0, 0.99), 0.0);
     EXPECT_EQ(getTarget(0.5, 0.99), 0.0);
 }
 
 TEST(PumpSwitch, StartsStrictlyAboveTheStartupDepth) {
-    StorageModel model(getProject("L NO OFF 3 1"));
+    StartedProject model(getProject("L NO OFF 3 1"));
     EXPECT_EQ(getTarget(0.0, 3.0), 0.0);
     EXPECT_EQ(getTarget(0.0, 3.01), 1.0);
     EXPECT_EQ(getTarget(0.5, 3.01), 0.5);  // it runs already
 }
 
 TEST(PumpSwitch, NeverStopsWithoutAShutoffDepth) {
-    StorageModel model(getProject("L NO ON 3 0"));
+    StartedProject model(getProject("L NO ON 3 0"));
     EXPECT_EQ(getTarget(1.0, 0.0), 1.0);
 }
 
 TEST(PumpSwitch, NeverStartsWithoutAStartupDepth) {
-    StorageModel model(getProject("L NO OFF 0 1"));
+    StartedProject model(getProject("L NO OFF 0 1"));
     EXPECT_EQ(getTarget(0.0, 5.0), 0.0);
 }
 
 TEST(PumpSwitch, ActsAtTheBeginningOfAStep) {
-    StorageModel model(getProject("L NO OFF 1.5 1"));
+    StartedProject model(getProject("L NO OFF 1.5 1"));
     model.step();
-    EXPECT_EQ(getLink("P").setting, 1.0);
-    EXPECT_GT(getLink("P").newFlow, 0.0);
+    EXPECT_EQ(model.link("P").setting, 1.0);
+    EXPECT_GT(model.link("P").newFlow, 0.0);
     tarnvelde_setTankDepth("T", 0.5);
     model.step();
-    EXPECT_EQ(getLink("P").setting, 0.0);
-    EXPECT_EQ(getLink("P").newFlow, 0.0);
+    EXPECT_EQ(model.link("P").setting, 0.0);
+    EXPECT_EQ(model.link("P").newFlow, 0.0);
 }
 
 TEST(PumpSwitch, StandsStillWhileTheHostHoldsTheSetting) {
-    StorageModel model(getProject("L NO ON 3 2.5"));
-    getLink("P").isHostSetting = 1;
+    StartedProject model(getProject("L NO ON 3 2.5"));
+    model.link("P").isHostSetting = 1;
     model.step();
-    EXPECT_EQ(getLink("P").targetSetting, 0.0);
-    EXPECT_EQ(getLink("P").setting, 1.0);
+    EXPECT_EQ(model.link("P").targetSetting, 0.0);
+    EXPECT_EQ(model.link("P").setting, 1.0);
 }
 
 // --- host ----------------------------------------------------------------------------------------------------------
 
 TEST(PumpHost, DrivesThePumpWhateverItsSetting) {
-    StorageModel model(getProject("L NO OFF 3 2.5"));
+    StartedProject model(getProject("L NO OFF 3 2.5"));
     EXPECT_EQ(tarnvelde_setPumpFlow("p", 0.7), 0);
     model.step();
-    EXPECT_EQ(getLink("P").setting, 0.0);
-    EXPECT_EQ(getLink("P").newFlow, 0.7);
+    EXPECT_EQ(model.link("P").setting, 0.0);
+    EXPECT_EQ(model.link("P").newFlow, 0.7);
 }
 
 TEST(PumpHost, GetsNothingForANegativeFlow) {
-    StorageModel model(getProject("L NO ON 0 0"));
+    StartedProject model(getProject("L NO ON 0 0"));
     EXPECT_EQ(tarnvelde_setPumpFlow("P", -0.7), 0);
     model.step();
-    EXPECT_EQ(getLink("P").newFlow, 0.0);
-    EXPECT_EQ(getTank("T").newDepth, 2.0);
+    EXPECT_EQ(model.link("P").newFlow, 0.0);
+    EXPECT_EQ(model.tank("T").newDepth, 2.0);
 }
 
 TEST(PumpHost, IsRefusedForWhatIsNoPump) {
-    StorageModel model(getProject("L NO ON 0 0") + "[WEIRS]\nW T OUT NO TRIANGULAR 1 1 4 0\n");
+    StartedProject model(getProject("L NO ON 0 0") + "[WEIRS]\nW T OUT NO TRIANGULAR 1 1 4 0\n");
     EXPECT_EQ(tarnvelde_setPumpFlow("W", 0.7), -1);
     EXPECT_EQ(tarnvelde_setPumpFlow("T", 0.7), -1);
     EXPECT_EQ(tarnvelde_setPumpFlow(nullptr, 0.7), -1);
 }
 
 TEST(PumpHost, IsForgottenAtTheNextStart) {
-    StorageModel model(getProject("L NO ON 0 0"));
+    StartedProject model(getProject("L NO ON 0 0"));
     tarnvelde_setPumpFlow("P", 0.7);
     tarnvelde_end();
     tarnvelde_start(0);
@@ -151,15 +153,15 @@ TEST(PumpHost, IsForgottenAtTheNextStart) {
 // --- line ----------------------------------------------------------------------------------------------------------
 
 TEST(PumpLine, FillsTheRow) {
-    StorageModel model(getProject("s YES off 2.5 0.5 more"));
-    EXPECT_EQ(getLink("P").kind, PUMP);
-    EXPECT_EQ(getLink("P").isLagged, 1);
+    StartedProject model(getProject("s YES off 2.5 0.5 more"));
+    EXPECT_EQ(model.link("P").kind, PUMP);
+    EXPECT_EQ(model.link("P").isLagged, 1);
     EXPECT_EQ(Pumps[0].curve, names_find(CURVE, "S"));
     EXPECT_EQ(Pumps[0].initSetting, 0.0);
     EXPECT_EQ(Pumps[0].startupDepth, 2.5);
     EXPECT_EQ(Pumps[0].shutoffDepth, 0.5);
-    EXPECT_EQ(getLink("P").setting, 0.0);
-    EXPECT_EQ(getLink("P").targetSetting, 0.0);
+    EXPECT_EQ(model.link("P").setting, 0.0);
+    EXPECT_EQ(model.link("P").targetSetting, 0.0);
 }
 
 TEST(PumpLine, IsRefusedAtTheFirstWrongWord) {
@@ -178,9 +180,9 @@ TEST(PumpLine, IsRefusedAtTheFirstWrongWord) {
         {"P T OUT L NO ON 1 -0.5", "ERROR 211: invalid number -0.5 "},
     };
     for (const auto& bad : cases) {
-        const OpenResult result =
-            openProject(getGeneral(20) + "[TANKS]\nT TC 5 2\n[OUTFALLS]\nOUT\n[PUMPS]\n" + bad.line + "\n" + CURVES);
-        EXPECT_TRUE(holdsLineError(result, bad.message, "[PUMPS]", bad.line));
+        const std::string text =
+            getGeneral(20) + "[TANKS]\nT TC 5 2\n[OUTFALLS]\nOUT\n[PUMPS]\n" + bad.line + "\n" + CURVES;
+        EXPECT_TRUE(refusesLine(text, bad.message, "[PUMPS]", bad.line));
     }
 }
 
@@ -216,14 +218,14 @@ TEST(PumpCheck, WritesAllItsMessagesInOrder) {
 }
 
 TEST(PumpRow, MixesOldAndNew) {
-    StorageModel model(getProject("L NO ON 0 0") + "[POLLUTANTS]\nA 0\n");
-    Link& link = getLink("P");
+    StartedProject model(getProject("L NO ON 0 0") + "[POLLUTANTS]\nA 0\n");
+    Link& link = model.link("P");
     link.oldFlow = 1.0;
     link.newFlow = 2.0;
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    rows_fill(PUMP_TABLE, findLink("P"), 0.5, row);
+    rows_fill(PUMP_TABLE, model.findLink("P"), 0.5, row);
     EXPECT_EQ(row[0], 1.5f);
     EXPECT_EQ(row[1], 6.0f);
 }

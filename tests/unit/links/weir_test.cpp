@@ -6,7 +6,7 @@
 
 #include "model/errors.h"
 #include "results/rows.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 /// A tank with the weir W, whose line goes on behind the two nodes as given.
 static std::string getProject(const std::string& rest) {
@@ -15,11 +15,11 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    return weir_getFlow(getLink("W"), Weirs[0], depth);
+    return weir_getFlow(Records::link("W"), Weirs[0], depth);
 }
 
 TEST(WeirLaw, IsPoleniOverARectangularCrest) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
     for (const double h : {1.3, 1.7, 3.0}) {
         const double head = h - 1.2;
         EXPECT_NEAR(getFlow(h), 1.8 * 2.5 * head * std::sqrt(head), 1e-12) << h;
@@ -27,7 +27,7 @@ TEST(WeirLaw, IsPoleniOverARectangularCrest) {
 }
 
 TEST(WeirLaw, LeavesTheLengthOutOfATriangle) {
-    StorageModel model(getProject("NO TRIANGULAR 1.4 2.5 1.2 0.3"));
+    StartedProject model(getProject("NO TRIANGULAR 1.4 2.5 1.2 0.3"));
     for (const double h : {1.3, 1.7, 3.0}) {
         const double head = h - 1.2;
         EXPECT_NEAR(getFlow(h), 1.4 * head * head * std::sqrt(head), 1e-12) << h;
@@ -35,31 +35,31 @@ TEST(WeirLaw, LeavesTheLengthOutOfATriangle) {
 }
 
 TEST(WeirLaw, GivesNothingAtTheCrest) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
     EXPECT_EQ(getFlow(1.2), 0.0);
     EXPECT_EQ(getFlow(1.0), 0.0);
     EXPECT_GT(getFlow(std::nextafter(1.2, 2.0)), 0.0);
 }
 
 TEST(WeirLaw, LiftsTheCrestAsTheSettingFalls) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
-    getLink("W").setting = 0.0;
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    model.link("W").setting = 0.0;
     EXPECT_EQ(getFlow(1.75), 0.0);
-    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.75);
-    getLink("W").setting = 0.5;
-    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.5);
+    EXPECT_EQ(weir_getLevel(model.link("W"), Weirs[0]), 1.75);
+    model.link("W").setting = 0.5;
+    EXPECT_EQ(weir_getLevel(model.link("W"), Weirs[0]), 1.5);
     EXPECT_NEAR(getFlow(2.5), 1.8 * 2.5, 1e-12);  // a head of 1 m
 }
 
 TEST(WeirLaw, StandsAtItsCrestWithoutARule) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     model.step(3);
-    EXPECT_EQ(getLink("W").setting, 1.0);
-    EXPECT_EQ(getLink("W").targetSetting, 1.0);
+    EXPECT_EQ(model.link("W").setting, 1.0);
+    EXPECT_EQ(model.link("W").targetSetting, 1.0);
 }
 
 TEST(WeirLaw, GivesNothingWithAShapeThatIsNone) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
     Weirs[0].shape = 2;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
@@ -67,23 +67,23 @@ TEST(WeirLaw, GivesNothingWithAShapeThatIsNone) {
 // --- host ----------------------------------------------------------------------------------------------------------
 
 TEST(WeirHost, MayGiveCoefficientAndHeight) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 0, 2.0), 0);
     EXPECT_EQ(tarnvelde_setWeirParams("w", 1, 0.0), 0);
     EXPECT_NEAR(getFlow(2.25), 2.0 * 2.5, 1e-12);
 }
 
 TEST(WeirHost, MovesTheCrestToTheFullOpeningWithTheCoefficientAlone) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 0, 1.8), 0);
     EXPECT_EQ(getFlow(1.75), 0.0);
     EXPECT_NEAR(getFlow(2.75), 1.8 * 2.5, 1e-12);
-    getLink("W").setting = 0.5;  // without effect now
+    model.link("W").setting = 0.5;  // without effect now
     EXPECT_NEAR(getFlow(2.75), 1.8 * 2.5, 1e-12);
 }
 
 TEST(WeirHost, SwitchesTheWeirOverWithAnySelector) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 7, 3.0), 0);
     EXPECT_EQ(Weirs[0].useHostParams, 1);
     EXPECT_EQ(Weirs[0].hostCoefficient, 1.8);
@@ -91,7 +91,7 @@ TEST(WeirHost, SwitchesTheWeirOverWithAnySelector) {
 }
 
 TEST(WeirHost, IsRefused) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 0, 0.0), -1);
     EXPECT_EQ(tarnvelde_setWeirParams("W", 1, -0.1), -1);
     EXPECT_EQ(tarnvelde_setWeirParams("W", 5, -0.1), -1);
@@ -101,7 +101,7 @@ TEST(WeirHost, IsRefused) {
 }
 
 TEST(WeirHost, IsForgottenAtTheNextStart) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 0, 2.0);
     tarnvelde_setWeirParams("W", 1, 0.1);
     tarnvelde_end();
@@ -112,13 +112,13 @@ TEST(WeirHost, IsForgottenAtTheNextStart) {
 }
 
 TEST(WeirHost, ChangesTheFlowButNotTheLevel) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 1, 0.2);
-    EXPECT_EQ(weir_getLevel(getLink("W"), Weirs[0]), 1.25);
+    EXPECT_EQ(weir_getLevel(model.link("W"), Weirs[0]), 1.25);
 }
 
 TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 7, 0.0);
     Weirs[0].coefficient = 1.0;
     Weirs[0].opening = 0.1;
@@ -128,9 +128,9 @@ TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
 // --- line ----------------------------------------------------------------------------------------------------------
 
 TEST(WeirLine, FillsTheRow) {
-    StorageModel model(getProject("yes Triangular 1.8 2.5 1.2 0 // note"));
-    EXPECT_EQ(getLink("W").kind, WEIR);
-    EXPECT_EQ(getLink("W").isLagged, 1);
+    StartedProject model(getProject("yes Triangular 1.8 2.5 1.2 0 // note"));
+    EXPECT_EQ(model.link("W").kind, WEIR);
+    EXPECT_EQ(model.link("W").isLagged, 1);
     EXPECT_EQ(Weirs[0].shape, TRIANGULAR_WEIR);
     EXPECT_EQ(Weirs[0].coefficient, 1.8);
     EXPECT_EQ(Weirs[0].length, 2.5);
@@ -156,9 +156,9 @@ TEST(WeirLine, IsRefusedAtTheFirstWrongWord) {
         {"W T OUT NO TRIANGULAR 1.8 2.5 0 d", "ERROR 211: invalid number d "},
     };
     for (const auto& bad : cases) {
-        const OpenResult result = openProject(getGeneral(10) + "[TANKS]\nT B 5 2\n[OUTFALLS]\nOUT\n[WEIRS]\n" +
-                                              bad.line + "\n" + getBasin("B", 100.0));
-        EXPECT_TRUE(holdsLineError(result, bad.message, "[WEIRS]", bad.line));
+        const std::string text =
+            getGeneral(10) + "[TANKS]\nT B 5 2\n[OUTFALLS]\nOUT\n[WEIRS]\n" + bad.line + "\n" + getBasin("B", 100.0);
+        EXPECT_TRUE(refusesLine(text, bad.message, "[WEIRS]", bad.line));
     }
 }
 
@@ -170,14 +170,14 @@ TEST(WeirCheck, WantsATankUpstream) {
 }
 
 TEST(WeirRow, MixesOldAndNew) {
-    StorageModel model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5") + "[POLLUTANTS]\nA 0\n");
-    Link& link = getLink("W");
+    StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5") + "[POLLUTANTS]\nA 0\n");
+    Link& link = model.link("W");
     link.oldFlow = 1.0;
     link.newFlow = 2.0;
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    rows_fill(WEIR_TABLE, findLink("W"), 0.75, row);
+    rows_fill(WEIR_TABLE, model.findLink("W"), 0.75, row);
     EXPECT_EQ(row[0], 1.75f);
     EXPECT_EQ(row[1], 5.0f);
 }

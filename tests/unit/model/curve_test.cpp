@@ -9,19 +9,13 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "support/lines.h"
+#include "support/tables.h"
 
-struct CurveTest : testing::Test {
+struct CurveTest : testing::Test, Tables {
     void SetUp() override {
-        names_clear();
-        ObjectCount[CURVE] = 2;
-        names_add(CURVE, "C", 0);
-        names_add(CURVE, "D", 1);
+        addName(CURVE, "C");
+        addName(CURVE, "D");
         curve_createAll();
-    }
-    void TearDown() override {
-        curve_deleteAll();
-        names_clear();
-        ObjectCount[CURVE] = 0;
     }
 
     static Curve makeCurve(std::vector<CurvePoint> points, int32_t type = TANK_CURVE) {

@@ -8,7 +8,8 @@
 #include <cmath>
 
 #include "model/pattern.h"
-#include "support/storagemodel.h"
+#include "model/project.h"
+#include "support/storage.h"
 
 // --- laws ----------------------------------------------------------------------------------------------------------
 
@@ -80,26 +81,26 @@ static std::string getProject(const std::string& network) {
 static const double FirstHour = std::exp(-3.0 * 0.0001 * DT), SecondHour = std::exp(-1.0 * 0.0001 * DT);
 
 TEST(Decay, InATankIsThatOfTheHourAtTheEndOfTheStep) {
-    StorageModel model(getProject("[TANKS]\nT B 9 2\n[WEIRS]\nNEVER T OUT NO TRIANGULAR 1 1 1000 0\n" +
-                                  getBasin("B", 100.0) +
-                                  "[INITIAL_CONCENTRATION]\nT x A 50\n[DECAY_COEFFICIENT]\nT NODE A FIRST 8.64 H\n"));
+    StartedProject model(getProject("[TANKS]\nT B 9 2\n[WEIRS]\nNEVER T OUT NO TRIANGULAR 1 1 1000 0\n" +
+                                    getBasin("B", 100.0) +
+                                    "[INITIAL_CONCENTRATION]\nT x A 50\n[DECAY_COEFFICIENT]\nT NODE A FIRST 8.64 H\n"));
     model.step();
-    EXPECT_NEAR(getNode("T").newQual[0], 50.0 * FirstHour, 1e-12);
+    EXPECT_NEAR(model.node("T").newQual[0], 50.0 * FirstHour, 1e-12);
     model.step();
-    EXPECT_NEAR(getNode("T").newQual[0], 50.0 * FirstHour * SecondHour, 1e-12);
+    EXPECT_NEAR(model.node("T").newQual[0], 50.0 * FirstHour * SecondHour, 1e-12);
 }
 
 TEST(Decay, InAConduitIsThatOfTheHourAtTheEndOfTheStep) {
-    StorageModel model(
+    StartedProject model(
         getProject("[JUNCTIONS]\nJ\n[CONDUITS]\nC J OUT NO 100000 0.0001 1 RECTANGULAR 2 10\n"
                    "[DWFS]\nJ FLOW 1 \"\"\nJ A 50 \"\"\n"
                    "[DECAY_COEFFICIENT]\nC LINK A FIRST 8.64 H\n"));
     model.step();
     const double first = 50.0 * FirstHour;
-    EXPECT_NEAR(getLink("C").newQual[0], first, 1e-12);
+    EXPECT_NEAR(model.link("C").newQual[0], first, 1e-12);
     // The water of the second step meets what the first one left.
-    const double inflow = 1.0 * DT, stored = DT * (1.0 - getLink("C").newFlow);
+    const double inflow = 1.0 * DT, stored = DT * (1.0 - model.link("C").newFlow);
     EXPECT_GT(stored, 0.99 * inflow);  // so wide and flat a bed hardly moves it
     model.step();
-    EXPECT_NEAR(getLink("C").newQual[0], (stored * first + inflow * 50.0) / (stored + inflow) * SecondHour, 1e-9);
+    EXPECT_NEAR(model.link("C").newQual[0], (stored * first + inflow * 50.0) / (stored + inflow) * SecondHour, 1e-9);
 }

@@ -8,16 +8,12 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "support/lines.h"
+#include "support/tables.h"
 
-struct PatternLines : testing::Test {
+struct PatternLines : testing::Test, Tables {
     void SetUp() override {
-        names_clear();
-        names_add(PATTERN, "P", 0);
+        addName(PATTERN, "P");
         Patterns.fill(1, Pattern{});
-    }
-    void TearDown() override {
-        Patterns.clear();
-        names_clear();
     }
 };
 

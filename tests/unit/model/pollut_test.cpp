@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 
 TEST(PollutantLines, AreRefused) {
     expectRefused("[POLLUTANTS]", "P", "ERROR 203: too few items ");

@@ -6,22 +6,16 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "support/lines.h"
+#include "support/tables.h"
 #include "support/tempfolder.h"
 
-struct SeriesTest : testing::Test {
+struct SeriesTest : testing::Test, Tables {
     void SetUp() override {
-        names_clear();
-        ObjectCount[TSERIES] = 2;
-        names_add(TSERIES, "S", 0);
-        names_add(TSERIES, "T", 1);
+        addName(TSERIES, "S");
+        addName(TSERIES, "T");
         timeseries_createAll();
         TimeSeries[0].dateInForce = TimeSeries[1].dateInForce = 100.0;
         InputFolder.clear();
-    }
-    void TearDown() override {
-        timeseries_deleteAll();
-        names_clear();
-        ObjectCount[TSERIES] = 0;
     }
 
     static Series makeSeries(std::vector<SeriesEntry> entries) {

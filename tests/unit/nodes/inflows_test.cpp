@@ -4,33 +4,35 @@
 
 #include <gtest/gtest.h>
 
-#include "support/readererrors.h"
-#include "support/routingmodel.h"
+#include "support/lineerrors.h"
+#include "support/pipes.h"
 
 // --- external inflows ----------------------------------------------------------------------------------------------
 
 TEST(ExternalInflow, AddsConstantAndScaledSeries) {
-    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 0.5 S 2\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:10 10\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") +
+                     "[INFLOWS]\nA FLOW FLOW 0.5 S 2\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:10 10\n");
     m.step(3);
     EXPECT_NEAR(m.node("A").newLatFlow, 0.5 + 2.0 * 3.0, 2.1 * MILLISECOND);
     EXPECT_NEAR(FlowTotals.externalInflow, DT * (3 * 0.5 + 2.0 * (1.0 + 2.0 + 3.0)), 3.0 * DT * 2.1 * MILLISECOND);
 }
 
 TEST(ExternalInflow, TakesTheWordOfItsKindInAnyCase) {
-    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA flow FLOW 1 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + "[INFLOWS]\nA flow FLOW 1 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 1.0);
 }
 
 TEST(ExternalInflow, KeepsOneFlowRecord) {
-    Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 5.0);
     EXPECT_EQ(m.node("A").extInflow->next, nullptr);
 }
 
 TEST(ExternalInflow, OfAFlowOverwritesTheNewestRecordWhateverItIs) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA CONCEN X 7 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA CONCEN X 7 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 5.0);
     EXPECT_EQ(m.node("A").massInflow[0], 0.0);
@@ -38,8 +40,8 @@ TEST(ExternalInflow, OfAFlowOverwritesTheNewestRecordWhateverItIs) {
 }
 
 TEST(ExternalInflow, MayHoldTwoFlowRecordsOfWhichTheNewerCounts) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS +
-            "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA CONCEN X 7 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA CONCEN X 7 \"\" 1\nA FLOW FLOW 5 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 5.0);
     EXPECT_EQ(m.node("A").massInflow[0], 0.0);
@@ -48,24 +50,25 @@ TEST(ExternalInflow, MayHoldTwoFlowRecordsOfWhichTheNewerCounts) {
 }
 
 TEST(ExternalInflow, OfAMassAlwaysAddsARecord) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS +
-            "[INFLOWS]\nA MASS X 2 \"\" 1\nA MASS X 3 \"\" 1\nA CONCEN X 7 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA MASS X 2 \"\" 1\nA MASS X 3 \"\" 1\nA CONCEN X 7 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("A").massInflow[0],
               2.0);  // the concentration overwrote the newer mass, and without flow is no load
 }
 
 TEST(ExternalInflow, OfAConcentrationNeedsAFlowRecord) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA CONCEN X 7 \"\" 1\n");
-    HostInflows.push_back({tarnvelde_findObject(1, "A"), 0, 4.0});
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA CONCEN X 7 \"\" 1\n");
+    HostInflows.push_back({m.findNode("A"), 0, 4.0});
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 4.0);
     EXPECT_EQ(m.node("A").massInflow[0], 0.0);
 }
 
 TEST(ExternalInflow, FromTheHostLastsForOneStep) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA CONCEN X 1000 \"\" 1\n");
-    const int32_t a = tarnvelde_findObject(1, "A"), out = tarnvelde_findObject(1, "OUT");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS +
+                     "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA CONCEN X 1000 \"\" 1\n");
+    const int32_t a = m.findNode("A"), out = m.findNode("OUT");
     HostInflows = {{out, 0, 2.0}, {a, 0, 4.0}, {a, 0, 8.0}};
     HostLoads = {{out, 1, 0.5}, {a, 0, 0.25}};
     m.step();
@@ -82,7 +85,7 @@ TEST(ExternalInflow, FromTheHostLastsForOneStep) {
 }
 
 TEST(ExternalInflow, MayTakeWaterAway) {
-    Model m(oneConnection("0") + "[INFLOWS]\nA FLOW FLOW -2 \"\" 1\n");
+    StartedProject m(getGeneral(60) + oneConnection("0") + "[INFLOWS]\nA FLOW FLOW -2 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("OUT").newInflow, -2.0);
     EXPECT_EQ(m.node("OUT").statMaxInflow, 0.0);  // maxima begin at 0
@@ -94,7 +97,7 @@ TEST(ExternalInflow, BehindTheNewestRecordBeginsOnALineFromTheOrigin) {
     const std::string text =
         "[INFLOWS]\nA FLOW FLOW 0 S 1\nA CONCEN X 0 T 1\n[POLLUTANTS]\nX 0\n[TIMESERIES]\n"
         "S 2021/03/01 0:00 0 1:00 60 2:00 0\nT 2021/03/01 0:00 0 2:00 0\n";
-    Model m(onePipe("60 1 0 0") + text);
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + text);
     m.step(30);
     const double t = day + 30.0 / 1440.0;
     EXPECT_NEAR(m.node("A").newLatFlow, t * 60.0 / (day + 1.0 / 24.0), 1e-6);  // 60 and not 30 m3/s
@@ -111,9 +114,9 @@ TEST(ExternalInflow, BehindTheNewestRecordBeginsOnThatLineInASecondRunToo) {
     }
     const TempFolder folder;
     for (const std::string& series : {inLines, "S FILE " + folder.write("series.dat", inFile) + "\n"}) {
-        Model m(onePipe("60 1 0 0") + "[INFLOWS]\nA FLOW FLOW 0 S 1\nA CONCEN X 0 T 1\n[POLLUTANTS]\nX 0\n" +
-                    "[TIMESERIES]\n" + series + "T 2021/03/01 0:00 0 2:00 0\n",
-                120);
+        StartedProject m(getGeneral(120) + onePipe("60 1 0 0") +
+                         "[INFLOWS]\nA FLOW FLOW 0 S 1\nA CONCEN X 0 T 1\n[POLLUTANTS]\nX 0\n" + "[TIMESERIES]\n" +
+                         series + "T 2021/03/01 0:00 0 2:00 0\n");
         const double first = (day + 1.0 / 1440.0) * 60.0 / (day + 1.0 / 24.0);
         m.step();
         EXPECT_NEAR(m.node("A").newLatFlow, first, 1e-6) << series;
@@ -131,9 +134,8 @@ TEST(DryWeather, FollowsThePatternOfTheHour) {
     for (int h = 0; h < 24; ++h) {
         pattern += " " + std::to_string(h + 1);
     }
-    Model m(
-        onePipe("60 1 0 0") + TWO_POLLUTANTS + pattern + "\n[DWFS]\nA X 100 H\nA FLOW 0.5 H\nA Y 50 \"\"\nA X 200 H\n",
-        180);
+    StartedProject m(getGeneral(180) + onePipe("60 1 0 0") + TWO_POLLUTANTS + pattern +
+                     "\n[DWFS]\nA X 100 H\nA FLOW 0.5 H\nA Y 50 \"\"\nA X 200 H\n");
     m.step(59);
     EXPECT_EQ(m.node("A").newLatFlow, 0.5);
     m.step();  // 1:00 and a millisecond
@@ -146,18 +148,20 @@ TEST(DryWeather, FollowsThePatternOfTheHour) {
 }
 
 TEST(DryWeather, WithoutAFlowBringsNoLoad) {
-    Model m(onePipe("60 1 0 0") + TWO_POLLUTANTS + "[DWFS]\nA X 100 \"\"\n[INFLOWS]\nA FLOW FLOW 5 \"\" 1\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS +
+                     "[DWFS]\nA X 100 \"\"\n[INFLOWS]\nA FLOW FLOW 5 \"\" 1\n");
     m.step();
     EXPECT_EQ(m.node("A").massInflow[0], 0.0);
 }
 
 TEST(DryWeather, TakesTheWordFlowInThatCaseAlone) {
     // FLOW is the water, even where a pollutant has that name; in any other case the word is the pollutant's.
-    Model m(onePipe("60 1 0 0") + "[POLLUTANTS]\nFLOW 0\n[DWFS]\nA FLOW 2 \"\"\n");
+    StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + "[POLLUTANTS]\nFLOW 0\n[DWFS]\nA FLOW 2 \"\"\n");
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 2.0);
     EXPECT_EQ(m.node("A").massInflow[0], 0.0);
-    Model both(onePipe("60 1 0 0") + "[POLLUTANTS]\nFLOW 0\n[DWFS]\nA FLOW 2 \"\"\nA flow 5 \"\"\n");
+    StartedProject both(getGeneral(60) + onePipe("60 1 0 0") +
+                        "[POLLUTANTS]\nFLOW 0\n[DWFS]\nA FLOW 2 \"\"\nA flow 5 \"\"\n");
     both.step();
     EXPECT_EQ(both.node("A").newLatFlow, 2.0);
     EXPECT_EQ(both.node("A").massInflow[0], 5.0 * 2.0 / 1000.0);

@@ -95,7 +95,7 @@ INSTANTIATE_TEST_SUITE_P(All, BadMono,
                                            BadMonoLine{"M IT * 1 0 0 -3", "ERROR 211: invalid number -3"},
                                            BadMonoLine{"M IT * 1 0 0 0 X", "ERROR 209: undefined object X"},
                                            BadMonoLine{"M IT * 1 0 0 0 *", "ERROR 209: undefined object *"},
-                                           BadMonoLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object "},
+                                           BadMonoLine{"M IT * 1 0 0 0 \"\"", "ERROR 209: undefined object  "},
                                            // of several faults the first counts, with the drain node last
                                            BadMonoLine{"M IT X 0 0 0 0 Y", "ERROR 209: undefined object X"},
                                            BadMonoLine{"M IT * 1 0 0 -3 X", "ERROR 211: invalid number -3"}));

@@ -4,15 +4,16 @@
 
 #include <string>
 
-#include "support/readererrors.h"
-#include "support/routingmodel.h"
+#include "support/lineerrors.h"
+#include "support/pipes.h"
 
 TEST(JunctionLines, NeedNothingButAnId) {
     EXPECT_EQ(getErrors("[JUNCTIONS]\nB words behind\n[PIPES]\nP2 B OUT NO 60 1 0 0\n", 0), "");
 }
 
 TEST(Mixing, WeighsByFlow) {
-    Model m(
+    StartedProject m(
+        getGeneral(60) +
         "[JUNCTIONS]\nA\nB\nC\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nK A C NO 0\nL B C NO 0\nM C OUT NO 0\n[POLLUTANTS]\nX "
         "0\n"
         "[DWFS]\nA FLOW 1 \"\"\nA X 40 \"\"\nB FLOW 3 \"\"\nB X 8 \"\"\n");

@@ -14,11 +14,11 @@
 // --- [REACTORS] ----------------------------------------------------------------------------------------------------
 
 TEST_F(ReactorTest, ReadsAStirredTank) {
-    ASSERT_EQ(open(withReactor("R cstr SUR flow_capacity 43200 250 30 40")), 0) << report();
+    ASSERT_EQ(open(withReactor("R cstr SUR flow_capacity 43200 250 30 40")), 0) << readReport();
     EXPECT_EQ(node("R").kind, REACTOR);
     EXPECT_STREQ(node("R").id, "R");
     EXPECT_EQ(reactor().type, CSTR);
-    EXPECT_EQ(reactor().surpassNode, tarnvelde_findObject(1, "SUR"));
+    EXPECT_EQ(reactor().surpassNode, findNode("SUR"));
     EXPECT_EQ(reactor().capacityType, FLOW_CAPACITY);
     EXPECT_EQ(reactor().flowCapacity, 0.5);
     EXPECT_EQ(reactor().surfaceLoading, 0.0);
@@ -29,7 +29,7 @@ TEST_F(ReactorTest, ReadsAStirredTank) {
 }
 
 TEST_F(ReactorTest, ReadsAPlugFlowReactor) {
-    ASSERT_EQ(open(withReactor("R PFR SUR SURFACE_LOADING 21600 1.5 30 rubbish")), 0) << report();
+    ASSERT_EQ(open(withReactor("R PFR SUR SURFACE_LOADING 21600 1.5 30 rubbish")), 0) << readReport();
     EXPECT_EQ(reactor().type, PFR);
     EXPECT_EQ(reactor().capacityType, SURFACE_LOADING);
     EXPECT_EQ(reactor().surfaceLoading, 0.25);
@@ -40,12 +40,12 @@ TEST_F(ReactorTest, ReadsAPlugFlowReactor) {
 }
 
 TEST_F(ReactorTest, PlugFlowReactorMayHaveNoRetention) {
-    ASSERT_EQ(open(withReactor("R PFR SUR FLOW_CAPACITY 1 0 0")), 0) << report();
+    ASSERT_EQ(open(withReactor("R PFR SUR FLOW_CAPACITY 1 0 0")), 0) << readReport();
     EXPECT_EQ(reactor().retentionTime, 0.0);
 }
 
 TEST_F(ReactorTest, StartFillingIsAtMostFull) {
-    ASSERT_EQ(open(withReactor("R CSTR SUR FLOW_CAPACITY 1 10 0 250")), 0) << report();
+    ASSERT_EQ(open(withReactor("R CSTR SUR FLOW_CAPACITY 1 10 0 250")), 0) << readReport();
     EXPECT_EQ(reactor().initFraction, 1.0);
 }
 
@@ -74,15 +74,16 @@ TEST_F(ReactorTest, WrongReactorLinesAreRefused) {
 }
 
 TEST_F(ReactorTest, RefusedReactorIsNoReactorToOtherSections) {
-    ProjectText text = withReactor("R TUB SUR FLOW_CAPACITY 1 10 0 0");
+    ReactorProject text = withReactor("R TUB SUR FLOW_CAPACITY 1 10 0 0");
     text.decay = "R A FIRST 1 \"\"";
     text.emptying = "R EMP 1 1 1 \"\"";
     expectRefused(text, "205: invalid keyword TUB at line");
-    EXPECT_NE(report().find("ERROR 209: undefined object R at line 22 of [REACTORS_DECAY] section:"), std::string::npos)
-        << report();
-    EXPECT_NE(report().find("ERROR 209: undefined object R at line 24 of [REACTORS_EMPTYING] section:"),
+    EXPECT_NE(readReport().find("ERROR 209: undefined object R at line 22 of [REACTORS_DECAY] section:"),
               std::string::npos)
-        << report();
+        << readReport();
+    EXPECT_NE(readReport().find("ERROR 209: undefined object R at line 24 of [REACTORS_EMPTYING] section:"),
+              std::string::npos)
+        << readReport();
 }
 
 // --- [REACTORS_DECAY], [REACTORS_EMPTYING], [INITIAL_CONCENTRATION] ------------------------------------------------
@@ -99,10 +100,10 @@ TEST_F(ReactorTest, WithoutFurtherLinesNothingReactsOrIsLost) {
 }
 
 TEST_F(ReactorTest, RatesOfReactionAreReadPerDay) {
-    ProjectText text = withReactor("R PFR SUR FLOW_CAPACITY 1 1 0");
+    ReactorProject text = withReactor("R PFR SUR FLOW_CAPACITY 1 1 0");
     text.pollutants = "A 0\nB 0\nC 0\nD 0\n";
     text.decay = "R A CONST_CONCEN 5 \"\"\nR B CONST_RATIO 0.5 \"\"\nR C ZERO 43200 \"\"\nR D first 21600 MONTHS";
-    ASSERT_EQ(open(text), 0) << report();
+    ASSERT_EQ(open(text), 0) << readReport();
     const int32_t types[] = {CONST_CONCEN, CONST_RATIO, ZERO_ORDER, FIRST_ORDER};
     const double coefficients[] = {5.0, 0.5, 0.5, 0.25};
     for (int32_t p = 0; p < 4; ++p) {
@@ -135,8 +136,8 @@ TEST_F(ReactorTest, RefusedDecayLineChangesNothing) {
 }
 
 TEST_F(ReactorTest, LossesAreReadInTheirUnits) {
-    ASSERT_EQ(open(withEmptying("R EMP 1800 7200000 43200000 HOURS")), 0) << report();
-    EXPECT_EQ(reactor().emptyingNode, tarnvelde_findObject(1, "EMP"));
+    ASSERT_EQ(open(withEmptying("R EMP 1800 7200000 43200000 HOURS")), 0) << readReport();
+    EXPECT_EQ(reactor().emptyingNode, findNode("EMP"));
     EXPECT_EQ(reactor().emptyingRate, 0.5);  // m3/h
     EXPECT_EQ(reactor().infilRate, 2.0);     // mm/h
     EXPECT_EQ(reactor().evapRate, 0.5);      // mm/day
@@ -162,27 +163,27 @@ TEST_F(ReactorTest, WrongEmptyingLinesAreRefused) {
 }
 
 TEST_F(ReactorTest, DecayAheadOfTheReactorsIsRefused) {
-    ProjectText text;
+    ReactorProject text;
     text.pollutants = "A 0\n[REACTORS_DECAY]\nR A FIRST 1 \"\"\n";
     expectRefused(text, "209: undefined object R at line 11 of [REACTORS_DECAY] section:");
 }
 
 TEST_F(ReactorTest, InitialConcentrationIsTaken) {
-    ProjectText text;
+    ReactorProject text;
     text.quality = "R 0 A 12.5";
-    ASSERT_EQ(open(text), 0) << report();
+    ASSERT_EQ(open(text), 0) << readReport();
     EXPECT_EQ(reactor().initQual[0], 12.5);
 }
 
 TEST_F(ReactorTest, InitialConcentrationTakesAWordForZero) {
-    ProjectText text;
+    ReactorProject text;
     text.quality = "R 0 A much";
-    ASSERT_EQ(open(text), 0) << report();
+    ASSERT_EQ(open(text), 0) << readReport();
     EXPECT_EQ(reactor().initQual[0], 0.0);
 }
 
 TEST_F(ReactorTest, WrongInitialConcentrationsAreRefused) {
-    ProjectText text;
+    ReactorProject text;
     text.quality = "R 0 X 1";
     expectRefused(text, "209: undefined object X at line");
     text.quality = "R 0 A -1x";
@@ -192,37 +193,37 @@ TEST_F(ReactorTest, WrongInitialConcentrationsAreRefused) {
 // --- validation ----------------------------------------------------------------------------------------------------
 
 TEST_F(ReactorTest, RemovalLawsAndPatternsAreTestedPollutantByPollutant) {
-    ProjectText text;
+    ReactorProject text;
     text.pollutants = "A 0\nB 0\nC 0\n";
     text.decay = "R A CONST_CONCEN 5 HOURS\nR B CONST_RATIO 0.5 HOURS\nR C FIRST 1 MONTHS";
     EXPECT_EQ(open(text), 509);
     const std::string type = "  \n  ERROR 515: reacting type of Reactor R must be a ZERO or FIRST type.\n";
     const std::string pattern = "  \n  ERROR 509: Pattern HOURS of reactor must be an monthly type.";
-    EXPECT_NE(report().find("\n" + type + pattern + "\n" + type + pattern), std::string::npos) << report();
-    EXPECT_EQ(report().find("ERROR", report().rfind(pattern) + pattern.size()), std::string::npos);
+    EXPECT_NE(readReport().find("\n" + type + pattern + "\n" + type + pattern), std::string::npos) << readReport();
+    EXPECT_EQ(readReport().find("ERROR", readReport().rfind(pattern) + pattern.size()), std::string::npos);
 }
 
 TEST_F(ReactorTest, PlugFlowReactorTakesAllLaws) {
-    ProjectText text = withReactor("R PFR SUR FLOW_CAPACITY 1 1 0");
+    ReactorProject text = withReactor("R PFR SUR FLOW_CAPACITY 1 1 0");
     text.decay = "R A CONST_RATIO 0.5 \"\"";
-    EXPECT_EQ(open(text), 0) << report();
+    EXPECT_EQ(open(text), 0) << readReport();
 }
 
 TEST_F(ReactorTest, PatternOfEvaporationMayBeOfAnyType) {
-    EXPECT_EQ(open(withEmptying("R EMP 1 1 1 HOURS")), 0) << report();
+    EXPECT_EQ(open(withEmptying("R EMP 1 1 1 HOURS")), 0) << readReport();
 }
 
 TEST_F(ReactorTest, SurplusAndEmptyingCantGoToASwmmNode) {
     ASSERT_EQ(open(withEmptying("R EMP 1 1 1 \"\"")), 0);
     const std::string message = "\n  \n  ERROR 149: the surpass or emptying node of Reactor R can not be a SWMM node.";
     node("SUR").kind = SWMM;
-    const std::string before = report();
+    const std::string before = readReport();
     reactor_validate(node("R"), reactor());
-    EXPECT_EQ(report(), before + message);
+    EXPECT_EQ(readReport(), before + message);
     EXPECT_EQ(ErrorCode, ERR_REACTOR_TARGET_SWMM);
     node("EMP").kind = SWMM;
     reactor_validate(node("R"), reactor());
-    EXPECT_EQ(report(), before + message + message + message);
+    EXPECT_EQ(readReport(), before + message + message + message);
 }
 
 TEST_F(ReactorTest, SurplusIntoATreatmentPlantPasses) {
@@ -233,12 +234,12 @@ TEST_F(ReactorTest, SurplusIntoATreatmentPlantPasses) {
 }
 
 TEST_F(ReactorTest, ReactorNeedsExactlyOneOutlet) {
-    ProjectText text;
+    ReactorProject text;
     text.more = "[CONNECTIONS]\nC2 R OUT NO 0";
     EXPECT_EQ(open(text), 133);
     text = withReactor("R CSTR SUR FLOW_CAPACITY 1 10 0 0\nR2 CSTR SUR FLOW_CAPACITY 1 10 0 0");
     EXPECT_EQ(open(text), 137);
-    EXPECT_NE(report().find("ERROR 137: Node R2 has no downstream link."), std::string::npos);
+    EXPECT_NE(readReport().find("ERROR 137: Node R2 has no downstream link."), std::string::npos);
 }
 
 // --- place in the network ------------------------------------------------------------------------------------------
@@ -246,8 +247,8 @@ TEST_F(ReactorTest, ReactorNeedsExactlyOneOutlet) {
 TEST_F(ReactorTest, SurplusIsAnEdgeOfTheNetwork) {
     ASSERT_EQ(open({}), 0);
     int32_t targets[2];
-    EXPECT_EQ(nodekinds_getDirectEdges(tarnvelde_findObject(1, "R"), targets), 1);
-    EXPECT_EQ(targets[0], tarnvelde_findObject(1, "SUR"));
+    EXPECT_EQ(nodekinds_getDirectEdges(findNode("R"), targets), 1);
+    EXPECT_EQ(targets[0], findNode("SUR"));
     EXPECT_EQ(node("SUR").isHead, 0);
     EXPECT_EQ(node("EMP").isHead, 1);
 }
@@ -255,26 +256,26 @@ TEST_F(ReactorTest, SurplusIsAnEdgeOfTheNetwork) {
 TEST_F(ReactorTest, OneNodeForSurplusAndEmptyingCountsOnceAndIsMetTwice) {
     ASSERT_EQ(open(withEmptying("R SUR 1 1 1 \"\"")), 0);
     int32_t targets[2];
-    EXPECT_EQ(nodekinds_getDirectEdges(tarnvelde_findObject(1, "R"), targets), 2);
-    EXPECT_EQ(nodekinds_getDirectTargets(tarnvelde_findObject(1, "R"), targets), 1);
+    EXPECT_EQ(nodekinds_getDirectEdges(findNode("R"), targets), 2);
+    EXPECT_EQ(nodekinds_getDirectTargets(findNode("R"), targets), 1);
 }
 
 TEST_F(ReactorTest, CircleOverSurplusNamesTheNodeThatClosesIt) {
-    ProjectText text = withReactor("R CSTR J FLOW_CAPACITY 1 10 0 0");
+    ReactorProject text = withReactor("R CSTR J FLOW_CAPACITY 1 10 0 0");
     text.more = "[JUNCTIONS]\nH\nJ\n[CONNECTIONS]\nC2 J R NO 0\nC3 H J NO 0";
     EXPECT_EQ(open(text), 131);
-    EXPECT_NE(report().find("ERROR 131: Object J form cyclic loops in the drainage system."), std::string::npos)
-        << report();
+    EXPECT_NE(readReport().find("ERROR 131: Object J form cyclic loops in the drainage system."), std::string::npos)
+        << readReport();
 }
 
 TEST_F(ReactorTest, TargetsAreVisitedBehindTheReactor) {
-    ProjectText text = withReactor("R CSTR J FLOW_CAPACITY 1 10 0 0");
+    ReactorProject text = withReactor("R CSTR J FLOW_CAPACITY 1 10 0 0");
     text.emptying = "R J2 1 1 1 \"\"";
     text.more = "[JUNCTIONS]\nJ2\nJ\n[CONNECTIONS]\nC2 J SUR NO 0\nC3 J2 EMP NO 0";
     start(text);
     const auto placeOf = [](const char* name) {
         int32_t* end = SortedNodes + Nodes.size();
-        return std::find(SortedNodes, end, tarnvelde_findObject(1, name)) - SortedNodes;
+        return std::find(SortedNodes, end, findNode(name)) - SortedNodes;
     };
     EXPECT_LT(placeOf("R"), placeOf("J"));
     EXPECT_LT(placeOf("J"), placeOf("J2"));  // surplus first, whatever the order of the table

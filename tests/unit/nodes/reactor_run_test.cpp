@@ -17,7 +17,7 @@
 // --- plug flow -----------------------------------------------------------------------------------------------------
 
 TEST_F(ReactorTest, PlugFlowDelaysAndReactsForItsRetention) {
-    ProjectText text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0.5 0");
+    ReactorProject text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0.5 0");
     text.inflow = "R FLOW FLOW 0.2 \"\" 1\nR CONCEN A 50 \"\" 1";
     text.decay = "R A FIRST 24 \"\"";
     start(text);
@@ -30,7 +30,7 @@ TEST_F(ReactorTest, PlugFlowDelaysAndReactsForItsRetention) {
 }
 
 TEST_F(ReactorTest, PlugFlowOfZeroOrderLosesByTheRetention) {
-    ProjectText text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0.5 0");
+    ReactorProject text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0.5 0");
     text.inflow = "R FLOW FLOW 0.2 \"\" 1\nR CONCEN A 50 \"\" 1";
     text.decay = "R A ZERO 960 \"\"";  // 20 mg/L in half an hour
     start(text);
@@ -56,7 +56,7 @@ TEST_F(ReactorTest, RetentionBetweenTwoStepsIsInterpolated) {
 }
 
 TEST_F(ReactorTest, WhatWouldLeaveBehindTheEndIsCountedAsDelayed) {
-    ProjectText text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0.5 0");
+    ReactorProject text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0.5 0");
     text.inflow = "R FLOW FLOW 0.2 \"\" 1\nR CONCEN A 50 \"\" 1";
     start(text);
     runToEnd();
@@ -67,7 +67,7 @@ TEST_F(ReactorTest, WhatWouldLeaveBehindTheEndIsCountedAsDelayed) {
 }
 
 TEST_F(ReactorTest, PlugFlowWithoutRetentionOnlyTakesOut) {
-    ProjectText text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0 0");
+    ReactorProject text = withReactor("R PFR SUR FLOW_CAPACITY 864000 0 0");
     text.pollutants = "A 0\nB 0\nC 0\nD 0\n";
     text.decay = "R A CONST_CONCEN 5 \"\"\nR B CONST_RATIO 0.25 \"\"\nR C ZERO 1e9 \"\"\nR D FIRST 1e9 \"\"";
     start(text);
@@ -110,8 +110,8 @@ TEST_F(ReactorTest, LostEntriesOfAQueueAreReadAsIfNeverQueued) {
 // --- balances ------------------------------------------------------------------------------------------------------
 
 /// A reactor that does everything at once: fills, overflows, surpasses, evaporates, infiltrates, reacts and empties.
-static ProjectText withEverything(const std::string& reactorLine) {
-    ProjectText text = withReactor(reactorLine);
+static ReactorProject withEverything(const std::string& reactorLine) {
+    ReactorProject text = withReactor(reactorLine);
     text.emptying = "R EMP 60 30 400 HOURS";
     text.quality = "R 0 A 20";
     text.decay = "R A FIRST 10 MONTHS";
@@ -172,19 +172,19 @@ TEST_F(ReactorTest, PlugFlowReactorKeepsTheBalanceOfTheNetwork) {
 
 TEST_F(ReactorTest, ErrorOfTheStepHalvesWithTheStep) {
     // Mixing and reaction in turn is a scheme of first order: halving the step halves what it is off.
-    double results[3];
+    double errors[3];
     const char* const steps[] = {"0:00:40", "0:00:20", "0:00:10"};
     for (size_t k = 0; k < 3; ++k) {
-        ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 60 0 100");
+        ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 60 0 100");
         text.inflow = "R FLOW FLOW 0.1 \"\" 1\nR CONCEN A 50 \"\" 1";
         text.decay = "R A FIRST 86.4 \"\"";
         text.step = steps[k];
         start(text);
         runToEnd();
-        results[k] = reactor().qual[0];
+        errors[k] = reactor().qual[0];
         tarnvelde_close();
     }
-    EXPECT_NEAR((results[0] - results[1]) / (results[1] - results[2]), 2.0, 0.1);
+    EXPECT_NEAR((errors[0] - errors[1]) / (errors[1] - errors[2]), 2.0, 0.1);
 }
 
 // --- runs ----------------------------------------------------------------------------------------------------------
@@ -235,7 +235,7 @@ TEST_F(ReactorTest, OutflowOfTheStepBeforeIsKept) {
 }
 
 TEST_F(ReactorTest, WorksWithoutPollutants) {
-    ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 43200 100 10 50");
+    ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 43200 100 10 50");
     text.pollutants = "";
     text.emptying = "R EMP 1800 60 24 \"\"";
     start(text);
@@ -249,7 +249,7 @@ TEST_F(ReactorTest, WorksWithoutPollutants) {
 }
 
 TEST_F(ReactorTest, FailedAllocationAtTheStartIsTheMemoryError) {
-    ProjectText text = withReactor("R PFR SUR FLOW_CAPACITY 43200 0.5 10");
+    ReactorProject text = withReactor("R PFR SUR FLOW_CAPACITY 43200 0.5 10");
     bool hasSucceeded = false;
     int32_t failures = 0;
     for (int64_t count = 1; !hasSucceeded; ++count) {
@@ -283,7 +283,7 @@ TEST_F(ReactorTest, FailedAllocationWhileReadingIsTheMemoryError) {
 // --- results -------------------------------------------------------------------------------------------------------
 
 TEST_F(ReactorTest, RowHoldsPresentAndInterpolatedValues) {
-    ProjectText text;
+    ReactorProject text;
     text.pollutants = "A 0\nB 0\n";
     start(text);
     Node& n = node("R");
@@ -300,7 +300,7 @@ TEST_F(ReactorTest, RowHoldsPresentAndInterpolatedValues) {
     r.emptyingFlow = 8.5;
     float row[11];
     row[10] = -1.0f;
-    rows_fill(REACTOR_TABLE, tarnvelde_findObject(1, "R"), 0.25, row);
+    rows_fill(REACTOR_TABLE, findNode("R"), 0.25, row);
     const float expected[] = {77.0f, 1.25f, 3.5f, 0.5625f, 0.125f,
                               4.5f,  6.5f,  8.5f, 11.0f,   static_cast<float>(0.75 * 0.1 + 0.25 * 0.3),
                               -1.0f};
@@ -310,7 +310,7 @@ TEST_F(ReactorTest, RowHoldsPresentAndInterpolatedValues) {
 }
 
 TEST_F(ReactorTest, ReportHasBothTables) {
-    ProjectText text;
+    ReactorProject text;
     text.pollutants = "A 0\nB 0\n";
     start(text);
     Reactor& r = reactor();
@@ -352,7 +352,7 @@ TEST_F(ReactorTest, ReportHasBothTables) {
         "\n  *Outflow*"
         "\n  R                          14.000           14.500"
         "\n  \n  *****************\n  Link Flow Summary";
-    EXPECT_NE(report().find(expected), std::string::npos) << report();
+    EXPECT_NE(readReport().find(expected), std::string::npos) << readReport();
 }
 
 TEST_F(ReactorTest, SecondReportHasNoLoadsLeft) {
@@ -367,17 +367,17 @@ TEST_F(ReactorTest, SecondReportHasNoLoadsLeft) {
     tarnvelde_end();
     tarnvelde_report();
     testing::internal::GetCapturedStdout();
-    EXPECT_NE(report().find("*Outflow*\n  R                           3.000"), std::string::npos);
-    EXPECT_NE(report().find("*Outflow*\n  R                           0.000"), std::string::npos);
+    EXPECT_NE(readReport().find("*Outflow*\n  R                           3.000"), std::string::npos);
+    EXPECT_NE(readReport().find("*Outflow*\n  R                           0.000"), std::string::npos);
 }
 
 TEST_F(ReactorTest, ReportOfAProjectWithoutPollutantsHasNoQualityTable) {
-    ProjectText text;
+    ReactorProject text;
     text.pollutants = "";
     start(text);
     testing::internal::CaptureStdout();
     tarnvelde_report();
     testing::internal::GetCapturedStdout();
-    EXPECT_NE(report().find("Reactor Quantity Summary"), std::string::npos);
-    EXPECT_EQ(report().find("Reactor Quality Summary"), std::string::npos);
+    EXPECT_NE(readReport().find("Reactor Quantity Summary"), std::string::npos);
+    EXPECT_EQ(readReport().find("Reactor Quality Summary"), std::string::npos);
 }

@@ -62,7 +62,7 @@ TEST(ReactionTest, PatternIsAskedByTheHourWhateverItsTypeSays) {
 // --- stirred tank: batch and steady state --------------------------------------------------------------------------
 
 TEST_F(ReactorTest, FirstOrderBatchFollowsTheExponential) {
-    ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 1 100 0 50");
+    ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 1 100 0 50");
     text.quality = "R 0 A 80";
     text.decay = "R A FIRST 12 \"\"";
     start(text);
@@ -74,7 +74,7 @@ TEST_F(ReactorTest, FirstOrderBatchFollowsTheExponential) {
 }
 
 TEST_F(ReactorTest, ZeroOrderBatchFallsInALineToNothing) {
-    ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 1 100 0 50");
+    ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 1 100 0 50");
     text.quality = "R 0 A 80";
     text.decay = "R A ZERO 1440 \"\"";  // 1 mg/L per minute
     start(text);
@@ -87,7 +87,7 @@ TEST_F(ReactorTest, ZeroOrderBatchFallsInALineToNothing) {
 
 TEST_F(ReactorTest, SteadyStirredTankLiesOnItsClosedForm) {
     // Mixing and reaction in turn: c = E (I cin + V c) / (I + V). With shorter steps this is Q cin / (Q + k V).
-    ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 60 0 100");
+    ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 60 0 100");
     text.inflow = "R FLOW FLOW 0.1 \"\" 1\nR CONCEN A 50 \"\" 1";
     text.decay = "R A FIRST 86.4 \"\"";  // 0.001 per second
     text.endTime = "12:00:00";
@@ -200,7 +200,7 @@ TEST_F(ReactorTest, SurplusOfTwoReactorsAddsUpInOneNode) {
 
 TEST_F(ReactorTest, ReactorThatIsItsOwnSurplusNodeKeepsItsInletConcentration) {
     start(withReactor("R PFR SUR FLOW_CAPACITY 43200 0 0"));
-    reactor().surpassNode = tarnvelde_findObject(1, "R");
+    reactor().surpassNode = findNode("R");
     update(2.0, 20.0);
     EXPECT_DOUBLE_EQ(node("R").newQual[0], 20.0);
 }
@@ -223,9 +223,9 @@ TEST_F(ReactorTest, EmptyTankHasNoConcentration) {
 // --- evaporation and infiltration ----------------------------------------------------------------------------------
 
 /// Half full: 50 m3 on 10 m2, with the losses of a [REACTORS_EMPTYING] line.
-static ProjectText withLosses(const std::string& infiltration, const std::string& evaporation,
-                              const std::string& pattern = "\"\"") {
-    ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 100 10 50");
+static ReactorProject withLosses(const std::string& infiltration, const std::string& evaporation,
+                                 const std::string& pattern = "\"\"") {
+    ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 100 10 50");
     text.emptying = "R EMP 0 " + infiltration + " " + evaporation + " " + pattern;
     text.quality = "R 0 A 20";
     return text;
@@ -277,7 +277,7 @@ TEST_F(ReactorTest, InfiltrationTakesNoMoreThanIsThere) {
 }
 
 TEST_F(ReactorTest, InfiltrationOfExactlyTheStoreDriesIt) {
-    ProjectText text = withLosses("3600000", "0");  // 1 m/s
+    ReactorProject text = withLosses("3600000", "0");  // 1 m/s
     text.reactor = "R CSTR SUR FLOW_CAPACITY 864000 100 1 60";
     start(text);  // 60 m3 on 1 m2
     update(0.0);
@@ -295,7 +295,7 @@ TEST_F(ReactorTest, InfiltrationGetsWhatEvaporationLeaves) {
 }
 
 TEST_F(ReactorTest, ReactorWithoutAreaLosesNothing) {
-    ProjectText text = withLosses("600000", "14400000");
+    ReactorProject text = withLosses("600000", "14400000");
     text.reactor = "R CSTR SUR FLOW_CAPACITY 864000 100 0 50";
     start(text);
     update(0.0);
@@ -313,7 +313,7 @@ TEST_F(ReactorTest, DryStoreWithoutLossesHasNoConcentration) {
 }
 
 TEST_F(ReactorTest, PlugFlowReactorLosesNothing) {
-    ProjectText text = withLosses("60000", "1440000");
+    ReactorProject text = withLosses("60000", "1440000");
     text.reactor = "R PFR SUR FLOW_CAPACITY 864000 0 10";
     start(text);
     reactor().isEmptying = 1;
@@ -330,8 +330,8 @@ TEST_F(ReactorTest, PlugFlowReactorLosesNothing) {
 // --- emptying ------------------------------------------------------------------------------------------------------
 
 /// Half full: 50 m3 at 20 mg/L; empties 0.5 m3/s, 30 m3 in a step.
-static ProjectText withEmptyingRate() {
-    ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 100 0 50");
+static ReactorProject withEmptyingRate() {
+    ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 100 0 50");
     text.emptying = "R EMP 1800 0 0 \"\"";
     text.quality = "R 0 A 20";
     return text;
@@ -389,7 +389,7 @@ TEST_F(ReactorTest, ReactorWithoutEmptyingNodeKeepsItsWater) {
 }
 
 TEST_F(ReactorTest, RuleWithoutEmptyingNodeLosesNothing) {
-    ProjectText text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 100 0 50");
+    ReactorProject text = withReactor("R CSTR SUR FLOW_CAPACITY 864000 100 0 50");
     text.more = "[CONTROL_RULES]\nRULE X\nIF OUTFALL OUT INFLOW >= 0\nTHEN REACTOR R EMPTYING = YES";
     start(text);
     ASSERT_EQ(tarnvelde_setReactorEmptyingValue("R", 0.5), 0);
@@ -399,7 +399,7 @@ TEST_F(ReactorTest, RuleWithoutEmptyingNodeLosesNothing) {
 }
 
 TEST_F(ReactorTest, RuleEmptiesFromTheFirstStepOn) {
-    ProjectText text = withEmptyingRate();
+    ReactorProject text = withEmptyingRate();
     text.more =
         "[CONTROL_RULES]\nRULE X\nIF REACTOR R FILL > 0.25\nTHEN REACTOR R EMPTYING = YES\n"
         "ELSE REACTOR R EMPTYING = NO";

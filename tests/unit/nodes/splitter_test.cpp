@@ -7,8 +7,8 @@
 #include <string>
 
 #include "nodes/inflows.h"
-#include "support/readererrors.h"
-#include "support/routingmodel.h"
+#include "support/lineerrors.h"
+#include "support/pipes.h"
 
 TEST(SplitterLines, AreRefused) {
     expectRefused("[SPLITTERS]", "B P1 FLOW", "ERROR 203: too few items ");
@@ -22,7 +22,7 @@ TEST(SplitterLines, AreRefused) {
 }
 
 TEST(SplitterLines, LimitRatios) {
-    ProjectFile project(
+    Project project(
         getGeneral(10) + NETWORK +
         "[SPLITTERS]\nB P2 RATIO 1.5 x\nC P3 FLOW_RATIO 5 2\nD P4 flow_ratio 5 -1\nE P5 FLOW 7 x\n[PIPES]\nP2 B OUT NO "
         "60 1 0 0\nP3 C OUT NO 60 1 0 0\nP4 D OUT NO 60 1 0 0\nP5 E OUT NO 60 1 0 0\nQ2 B OUT NO 60 1 0 0\nQ3 C OUT NO "
@@ -39,9 +39,9 @@ TEST(SplitterLines, LimitRatios) {
 
 /// Flow to the first of a splitter's two links for an inflow.
 static double split(const std::string& rule, double inflow) {
-    Model m("[SPLITTERS]\nS C1 " + rule +
-            "\n[OUTFALLS]\nO1\nO2\n[CONNECTIONS]\nC1 S O1 NO 0\nC2 S O2 NO 0\n[INFLOWS]\nS FLOW FLOW " +
-            std::to_string(inflow) + " \"\" 1\nS CONCEN X 10 \"\" 1\n[POLLUTANTS]\nX 0\n");
+    StartedProject m(getGeneral(60) + "[SPLITTERS]\nS C1 " + rule +
+                     "\n[OUTFALLS]\nO1\nO2\n[CONNECTIONS]\nC1 S O1 NO 0\nC2 S O2 NO 0\n[INFLOWS]\nS FLOW FLOW " +
+                     std::to_string(inflow) + " \"\" 1\nS CONCEN X 10 \"\" 1\n[POLLUTANTS]\nX 0\n");
     m.step();
     EXPECT_DOUBLE_EQ(m.node("O1").newInflow + m.node("O2").newInflow, inflow);
     if (m.node("O1").newInflow != 0.0 && m.node("O2").newInflow != 0.0) {
@@ -77,7 +77,7 @@ static const std::string SPLIT_ENDS = "\n[OUTFALLS]\nO1\nO2\n[CONNECTIONS]\nC1 S
 TEST(Splitting, ByFlowSharesTheExcessOnceAHostSetsARatio) {
     // The file gives no ratio in mode FLOW, so it is 0 and the first link gets the threshold; the law is that of
     // FLOW_RATIO all the same.
-    Model m("[SPLITTERS]\nS C1 FLOW 3" + SPLIT_ENDS + "[INFLOWS]\nS FLOW FLOW 7 \"\" 1\n");
+    StartedProject m(getGeneral(60) + "[SPLITTERS]\nS C1 FLOW 3" + SPLIT_ENDS + "[INFLOWS]\nS FLOW FLOW 7 \"\" 1\n");
     m.step();
     EXPECT_DOUBLE_EQ(m.node("O1").newInflow, 3.0);
     ASSERT_EQ(tarnvelde_setParam(TARNVELDE_SPLITTER, "S", 2, 0.25), 0);
@@ -87,7 +87,8 @@ TEST(Splitting, ByFlowSharesTheExcessOnceAHostSetsARatio) {
 }
 
 TEST(Splitting, OfALoadWithoutWaterIsNoConcentration) {
-    Model m("[SPLITTERS]\nS C1 RATIO 0.25" + SPLIT_ENDS + "[POLLUTANTS]\nX 0\n[INFLOWS]\nS MASS X 1 \"\" 1\n");
+    StartedProject m(getGeneral(60) + "[SPLITTERS]\nS C1 RATIO 0.25" + SPLIT_ENDS +
+                     "[POLLUTANTS]\nX 0\n[INFLOWS]\nS MASS X 1 \"\" 1\n");
     m.step(2);
     EXPECT_EQ(m.node("S").massInflow[0], 1.0);
     for (const char* node : {"S", "O1", "O2"}) {
@@ -100,7 +101,7 @@ static const std::string SPLIT_BY_RATIO =
     "[JUNCTIONS]\nJ\n[PIPES]\nP J S NO 60 1 0 0\n[INFLOWS]\nS FLOW FLOW 4 \"\" 1\n";
 
 TEST(Splitting, TakesTheHostsValueForTheRestOfTheRun) {
-    Model m(SPLIT_BY_RATIO);
+    StartedProject m(getGeneral(60) + SPLIT_BY_RATIO);
     EXPECT_EQ(tarnvelde_setSplittedValue("S", 0.5), 0);
     m.step();
     EXPECT_DOUBLE_EQ(m.node("O1").newInflow, 2.0);
@@ -118,10 +119,10 @@ TEST(Splitting, TakesTheHostsValueForTheRestOfTheRun) {
 }
 
 TEST(Splitting, StandsStillInAnUnknownMode) {
-    Model m(SPLIT_BY_RATIO);
+    StartedProject m(getGeneral(60) + SPLIT_BY_RATIO);
     m.step();
     Splitters[0].mode = 7;
-    Nodes[tarnvelde_findObject(1, "S")].extInflow->baseline = 8.0;
+    m.node("S").extInflow->baseline = 8.0;
     m.step();
     EXPECT_DOUBLE_EQ(m.node("O1").newInflow, 1.0);
     EXPECT_DOUBLE_EQ(m.node("O2").newInflow, 7.0);

@@ -12,7 +12,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "results/rows.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 static constexpr double DT = 60.0;  ///< s, the routing step of all projects here
 
@@ -40,12 +40,12 @@ static std::string getSlot(const char* id, double crest) {
 // --- line and checks -----------------------------------------------------------------------------------------------
 
 TEST(TankLine, FillsTheRow) {
-    StorageModel model(getProject("5 2", NEVER));
-    EXPECT_EQ(getNode("T").kind, TANK);
-    EXPECT_EQ(getTank("T").curve, 0);
-    EXPECT_EQ(getTank("T").maxDepth, 5.0);
-    EXPECT_EQ(getTank("T").initDepth, 2.0);
-    EXPECT_EQ(getTank("T").newDepth, 2.0);
+    StartedProject model(getProject("5 2", NEVER));
+    EXPECT_EQ(model.node("T").kind, TANK);
+    EXPECT_EQ(model.tank("T").curve, 0);
+    EXPECT_EQ(model.tank("T").maxDepth, 5.0);
+    EXPECT_EQ(model.tank("T").initDepth, 2.0);
+    EXPECT_EQ(model.tank("T").newDepth, 2.0);
 }
 
 TEST(TankLine, IsRefusedAtTheFirstWrongWord) {
@@ -60,9 +60,8 @@ TEST(TankLine, IsRefusedAtTheFirstWrongWord) {
         {"T B 5 -0.1", "ERROR 211: invalid number -0.1 "},
     };
     for (const auto& bad : cases) {
-        const OpenResult result =
-            openProject(getGeneral(10) + "[TANKS]\n" + bad.line + "\n[OUTFALLS]\nOUT\n" + getBasin("B", 100.0));
-        EXPECT_TRUE(holdsLineError(result, bad.message, "[TANKS]", bad.line));
+        const std::string text = getGeneral(10) + "[TANKS]\n" + bad.line + "\n[OUTFALLS]\nOUT\n" + getBasin("B", 100.0);
+        EXPECT_TRUE(refusesLine(text, bad.message, "[TANKS]", bad.line));
     }
 }
 
@@ -73,17 +72,17 @@ TEST(TankCheck, WantsACurveOfATank) {
 }
 
 TEST(TankQualityLine, GivesTheConcentrationAtTheStart) {
-    StorageModel model(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\nB 0\n[INITIAL_CONCENTRATION]\nT any B 7.5\n");
-    EXPECT_EQ(getTank("T").qual[0], 0.0);
-    EXPECT_EQ(getTank("T").qual[1], 7.5);
-    EXPECT_EQ(getNode("T").newQual[1], 7.5);
+    StartedProject model(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\nB 0\n[INITIAL_CONCENTRATION]\nT any B 7.5\n");
+    EXPECT_EQ(model.tank("T").qual[0], 0.0);
+    EXPECT_EQ(model.tank("T").qual[1], 7.5);
+    EXPECT_EQ(model.node("T").newQual[1], 7.5);
     EXPECT_NEAR(QualTotals[1].initStorage, 200.0 * 7.5 / 1000.0, 1e-12);
     EXPECT_NEAR(FlowTotals.initStorage, 200.0, 1e-12);
 }
 
 TEST(TankQualityLine, WantsAPollutant) {
-    const OpenResult result = openProject(getProject("5 2", NEVER) + "[INITIAL_CONCENTRATION]\nT any B 7.5\n");
-    EXPECT_TRUE(holdsLineError(result, "ERROR 209: undefined object B ", "[INITIAL_CONCENTRATION]", "T any B 7.5"));
+    const std::string text = getProject("5 2", NEVER) + "[INITIAL_CONCENTRATION]\nT any B 7.5\n";
+    EXPECT_TRUE(refusesLine(text, "ERROR 209: undefined object B ", "[INITIAL_CONCENTRATION]", "T any B 7.5"));
 }
 
 TEST(TankDecayLine, IsRefusedAtTheFirstWrongWord) {
@@ -99,27 +98,28 @@ TEST(TankDecayLine, IsRefusedAtTheFirstWrongWord) {
         {"T NODE A FIRST x Y", "ERROR 209: undefined object Y "},  // a word counts as 0
     };
     for (const auto& bad : cases) {
-        const OpenResult result =
-            openProject(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\n" + bad.line + "\n");
-        EXPECT_TRUE(holdsLineError(result, bad.message, "[DECAY_COEFFICIENT]", bad.line));
+        const std::string text =
+            getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\n" + bad.line + "\n";
+        EXPECT_TRUE(refusesLine(text, bad.message, "[DECAY_COEFFICIENT]", bad.line));
     }
 }
 
 TEST(TankDecayLine, WithoutAPatternHasNone) {
-    StorageModel model(getProject("5 2", NEVER) + "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\nT NODE A FIRST 8.64 \"\"\n");
-    EXPECT_EQ(getTank("T").decay[0].type, FIRST_ORDER);
-    EXPECT_EQ(getTank("T").decay[0].pattern, -1);
-    EXPECT_NEAR(getTank("T").decay[0].k, 0.0001, 1e-18);
+    StartedProject model(getProject("5 2", NEVER) +
+                         "[POLLUTANTS]\nA 0\n[DECAY_COEFFICIENT]\nT NODE A FIRST 8.64 \"\"\n");
+    EXPECT_EQ(model.tank("T").decay[0].type, FIRST_ORDER);
+    EXPECT_EQ(model.tank("T").decay[0].pattern, -1);
+    EXPECT_NEAR(model.tank("T").decay[0].k, 0.0001, 1e-18);
 }
 
 // --- volume --------------------------------------------------------------------------------------------------------
 
 static double getVolume(double depth) {
-    return tank_getVolume(::getTank("T"), depth);
+    return tank_getVolume(Records::tank("T"), depth);
 }
 
 TEST(TankVolume, IsLinearInABasinWithUprightWalls) {
-    StorageModel model(getProject("5 2", NEVER));
+    StartedProject model(getProject("5 2", NEVER));
     EXPECT_EQ(getVolume(0.0), 0.0);
     EXPECT_NEAR(getVolume(0.25), 25.0, 1e-12);
     EXPECT_NEAR(getVolume(100.0), 10000.0, 1e-9);
@@ -127,7 +127,7 @@ TEST(TankVolume, IsLinearInABasinWithUprightWalls) {
 }
 
 TEST(TankVolume, BeginsWithAnAreaThatGrowsFrom0) {
-    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StartedProject model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     EXPECT_NEAR(getVolume(1.0), 40.0 / 2.0, 1e-12);
     EXPECT_NEAR(getVolume(2.0), 80.0, 1e-12);
     EXPECT_NEAR(getVolume(3.0), 80.0 + (80.0 + 100.0) / 2.0, 1e-12);
@@ -136,31 +136,31 @@ TEST(TankVolume, BeginsWithAnAreaThatGrowsFrom0) {
 }
 
 TEST(TankVolume, GoesUpStraightAboveASinglePoint) {
-    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80\n"));
+    StartedProject model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80\n"));
     EXPECT_NEAR(getVolume(1.0), 20.0, 1e-12);
     EXPECT_NEAR(getVolume(5.0), 80.0 + 3.0 * 80.0, 1e-12);
 }
 
 TEST(TankVolume, OfANegativeDepthIsThatOfThePositiveOne) {
-    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StartedProject model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     EXPECT_EQ(getVolume(-1.5), getVolume(1.5));
-    StorageModel upright(getProject("5 2", NEVER));
+    StartedProject upright(getProject("5 2", NEVER));
     EXPECT_EQ(getVolume(-1.5), 0.0);
 }
 
 TEST(TankVolume, Is0WithoutACurve) {
-    StorageModel model(getProject("5 2", NEVER));
+    StartedProject model(getProject("5 2", NEVER));
     for (const int32_t curve : {-1, 1, 1000}) {
-        getTank("T").curve = curve;
+        model.tank("T").curve = curve;
         EXPECT_EQ(getVolume(2.0), 0.0);
     }
-    getTank("T").curve = 0;
+    model.tank("T").curve = 0;
     Curves[0].entries.clear();
     EXPECT_EQ(getVolume(2.0), 0.0);
 }
 
 TEST(TankVolume, StopsAtAPointThatDoesNotRise) {
-    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StartedProject model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     Curves[0].entries = {{2.0, 80.0}, {1.5, 500.0}, {3.0, 90.0}};
     EXPECT_NEAR(getVolume(1.9), 80.0 * (1.9 / 2.0) * 1.9 / 2.0, 1e-12);
     Curves[0].entries = {{2.0, 80.0}, {2.0, 500.0}, {3.0, 500.0}};
@@ -181,7 +181,7 @@ TEST(TankVolume, AndDepthAreInversesOfOneAnother) {
                     std::to_string(1.0 + 500.0 * unit(random)) + "\n";
             x += 0.05 + unit(random);
         }
-        StorageModel model(getProject("5 2", NEVER, text));
+        StartedProject model(getProject("5 2", NEVER, text));
         // A bit above the last point too, as long as the walls don't meet there.
         const double end = Curves[0].entries.back().x * 1.001;
         for (int k = 0; k < 200; ++k) {
@@ -196,40 +196,40 @@ TEST(TankVolume, AndDepthAreInversesOfOneAnother) {
 // --- outlets by level ----------------------------------------------------------------------------------------------
 
 TEST(TankOutlets, LetGoByTheirLaw) {
-    StorageModel model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 0.5)));
+    StartedProject model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 0.5)));
     model.step();
     const double flow = getSlotFlow(2.0, 0.55);
-    EXPECT_NEAR(getLink("A").newFlow, flow, 1e-12);
-    EXPECT_NEAR(getTank("T").newDepth, 2.0 - DT * flow / 100.0, 1e-12);
+    EXPECT_NEAR(model.link("A").newFlow, flow, 1e-12);
+    EXPECT_NEAR(model.tank("T").newDepth, 2.0 - DT * flow / 100.0, 1e-12);
 }
 
 TEST(TankOutlets, AboveTheWaterLetNothingGo) {
-    StorageModel model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 2.5) + getSlot("B", 2.5)));
-    getLink("A").newFlow = getLink("B").newFlow = 9.0;
+    StartedProject model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 2.5) + getSlot("B", 2.5)));
+    model.link("A").newFlow = model.link("B").newFlow = 9.0;
     model.step();
-    EXPECT_EQ(getLink("A").newFlow, 0.0);
-    EXPECT_EQ(getLink("B").newFlow, 0.0);
-    EXPECT_EQ(getTank("T").newDepth, 2.0);
+    EXPECT_EQ(model.link("A").newFlow, 0.0);
+    EXPECT_EQ(model.link("B").newFlow, 0.0);
+    EXPECT_EQ(model.tank("T").newDepth, 2.0);
 }
 
 TEST(TankOutlets, OfOneLevelShareTheWaterAboveIt) {
     // 10 m3 stand above the level, far less than the two would take in a minute.
-    StorageModel model(
+    StartedProject model(
         getProject("5 0.6", "[ORIFICES]\n" + getSlot("A", 0.5) + "B T OUT NO RECTANGULAR 0.2 0.5 0.1 30\n"));
     model.step();
-    EXPECT_NEAR(getLink("A").newFlow + getLink("B").newFlow, 10.0 / DT, 1e-12);
-    EXPECT_NEAR(getLink("B").newFlow / getLink("A").newFlow, 6.0, 1e-12);
-    EXPECT_NEAR(getTank("T").newDepth, 0.5, 1e-12);
+    EXPECT_NEAR(model.link("A").newFlow + model.link("B").newFlow, 10.0 / DT, 1e-12);
+    EXPECT_NEAR(model.link("B").newFlow / model.link("A").newFlow, 6.0, 1e-12);
+    EXPECT_NEAR(model.tank("T").newDepth, 0.5, 1e-12);
 }
 
 TEST(TankOutlets, AreTreatedInTheOrderOfTheFile) {
     const std::string high = getSlot("H", 2.0), low = getSlot("L", 1.0);
     double flows[2][2];
     for (int k = 0; k < 2; ++k) {
-        StorageModel model(getProject("5 2.5", "[ORIFICES]\n" + (k == 0 ? high + low : low + high)));
+        StartedProject model(getProject("5 2.5", "[ORIFICES]\n" + (k == 0 ? high + low : low + high)));
         model.step();
-        flows[k][0] = getLink("H").newFlow;
-        flows[k][1] = getLink("L").newFlow;
+        flows[k][0] = model.link("H").newFlow;
+        flows[k][1] = model.link("L").newFlow;
     }
     // The one treated first meets the whole depth, the other what is left.
     EXPECT_NEAR(flows[0][0], getSlotFlow(2.5, 2.05), 1e-12);
@@ -239,12 +239,12 @@ TEST(TankOutlets, AreTreatedInTheOrderOfTheFile) {
 }
 
 TEST(TankOutlets, LetOrificesGoAheadOfWeirs) {
-    StorageModel model(
+    StartedProject model(
         getProject("5 2.5", "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 2 1.5 0\n[ORIFICES]\n" + getSlot("A", 1.0)));
     model.step();
     const double orifice = getSlotFlow(2.5, 1.05);
-    EXPECT_NEAR(getLink("A").newFlow, orifice, 1e-12);
-    EXPECT_NEAR(getLink("W").newFlow, 0.2 * std::pow(2.5 - DT * orifice / 100.0 - 1.5, 1.5), 1e-12);
+    EXPECT_NEAR(model.link("A").newFlow, orifice, 1e-12);
+    EXPECT_NEAR(model.link("W").newFlow, 0.2 * std::pow(2.5 - DT * orifice / 100.0 - 1.5, 1.5), 1e-12);
 }
 
 /// Behind the first level, which is dry, two equal lower ones are two entries of the list.
@@ -252,14 +252,14 @@ static const std::string DOUBLE_LEVEL = "[ORIFICES]\n" + getSlot("H", 4.0) + get
 
 TEST(TankOutlets, ReleaseTwiceFromALevelThatStandsTwice) {
     // Each time both let go, and the second flow stands.
-    StorageModel model(getProject("5 2", DOUBLE_LEVEL) + QUALITY);
+    StartedProject model(getProject("5 2", DOUBLE_LEVEL) + QUALITY);
     model.step();
     const double first = getSlotFlow(2.0, 1.05);
     const double depth = 2.0 - 2.0 * DT * first / 100.0;
     const double second = getSlotFlow(depth, 1.05);
-    EXPECT_NEAR(getLink("A").newFlow, second, 1e-12);
-    EXPECT_NEAR(getLink("B").newFlow, second, 1e-12);
-    EXPECT_NEAR(getTank("T").newDepth, depth - 2.0 * DT * second / 100.0, 1e-12);
+    EXPECT_NEAR(model.link("A").newFlow, second, 1e-12);
+    EXPECT_NEAR(model.link("B").newFlow, second, 1e-12);
+    EXPECT_NEAR(model.tank("T").newDepth, depth - 2.0 * DT * second / 100.0, 1e-12);
     // What the first treatment let go reaches nobody: neither its water nor what that carries.
     tarnvelde_report();
     EXPECT_NEAR(FlowError / 100.0 * 200.0, 2.0 * DT * first, 1e-9);
@@ -267,58 +267,58 @@ TEST(TankOutlets, ReleaseTwiceFromALevelThatStandsTwice) {
 }
 
 TEST(TankOutlets, OfTwoLevelsWithinTheToleranceLetGoTwice) {
-    StorageModel model(getProject("5 2",
-                                  "[ORIFICES]\nA T OUT NO RECTANGULAR 0.1 1 0.1 10\n"
-                                  "B T OUT NO RECTANGULAR 0.1 1.00000000005 0.1 10\n"));
+    StartedProject model(getProject("5 2",
+                                    "[ORIFICES]\nA T OUT NO RECTANGULAR 0.1 1 0.1 10\n"
+                                    "B T OUT NO RECTANGULAR 0.1 1.00000000005 0.1 10\n"));
     model.step();
     const double depth = 2.0 - 2.0 * DT * getSlotFlow(2.0, 1.05) / 100.0;
-    EXPECT_NEAR(getLink("A").newFlow, getSlotFlow(depth, 1.05), 1e-9);
-    EXPECT_NEAR(getTank("T").newDepth, depth - 2.0 * DT * getSlotFlow(depth, 1.05) / 100.0, 1e-9);
+    EXPECT_NEAR(model.link("A").newFlow, getSlotFlow(depth, 1.05), 1e-9);
+    EXPECT_NEAR(model.tank("T").newDepth, depth - 2.0 * DT * getSlotFlow(depth, 1.05) / 100.0, 1e-9);
 }
 
 TEST(TankOutlets, FollowTheLevelsOfWeirsAsTheirSettingsMove) {
     const std::string weirs = "[WEIRS]\nA T OUT NO RECTANGULAR 0.1 1 1 1\nB T OUT NO RECTANGULAR 0.1 1 1.5 0\n";
-    StorageModel model(getProject("9 2", weirs));
+    StartedProject model(getProject("9 2", weirs));
     model.step();
     const double first = 0.1;  // a head of 1 m
-    EXPECT_NEAR(getLink("A").newFlow, first, 1e-12);
-    EXPECT_NEAR(getLink("B").newFlow, 0.1 * std::pow(0.5 - DT * first / 100.0, 1.5), 1e-12);
+    EXPECT_NEAR(model.link("A").newFlow, first, 1e-12);
+    EXPECT_NEAR(model.link("B").newFlow, 0.1 * std::pow(0.5 - DT * first / 100.0, 1.5), 1e-12);
     tarnvelde_setTankDepth("T", 2.0);
-    getLink("A").setting = getLink("A").targetSetting = 0.5;  // now both stand at one level
+    model.link("A").setting = model.link("A").targetSetting = 0.5;  // now both stand at one level
     model.step();
-    EXPECT_NEAR(getLink("A").newFlow, 0.1 * std::pow(0.5, 1.5), 1e-12);
-    EXPECT_EQ(getLink("B").newFlow, getLink("A").newFlow);
+    EXPECT_NEAR(model.link("A").newFlow, 0.1 * std::pow(0.5, 1.5), 1e-12);
+    EXPECT_EQ(model.link("B").newFlow, model.link("A").newFlow);
 }
 
 TEST(TankOutlets, SurviveALevelThatIsNoNumber) {
-    StorageModel model(
+    StartedProject model(
         getProject("5 2", "[WEIRS]\nA T OUT NO RECTANGULAR 0.1 1 nan 1\nB T OUT NO RECTANGULAR 0.1 1 1 1\n"));
     model.step();
-    EXPECT_EQ(getLink("A").newFlow, 0.0);
-    EXPECT_NEAR(getLink("B").newFlow, 0.1, 1e-12);
+    EXPECT_EQ(model.link("A").newFlow, 0.0);
+    EXPECT_NEAR(model.link("B").newFlow, 0.1, 1e-12);
 }
 
 TEST(TankOutlets, GainWaterOverACrestThatTheHostHasLowered) {
     // The level stays at 3 m, the crest comes down to 1 m: the water above the level is negative, and so is the flow.
-    StorageModel model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 1 1 1 2\n"));
-    getLink("W").setting = getLink("W").targetSetting = 0.0;
+    StartedProject model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 1 1 1 2\n"));
+    model.link("W").setting = model.link("W").targetSetting = 0.0;
     tarnvelde_setWeirParams("W", 1, 0.0);
     model.step();
-    EXPECT_NEAR(getLink("W").newFlow, (200.0 - 300.0) / DT, 1e-12);
-    EXPECT_NEAR(getTank("T").newDepth, 3.0, 1e-12);
+    EXPECT_NEAR(model.link("W").newFlow, (200.0 - 300.0) / DT, 1e-12);
+    EXPECT_NEAR(model.tank("T").newDepth, 3.0, 1e-12);
 }
 
 TEST(TankOutlets, HaveNothingToDoWithoutACurve) {
-    StorageModel model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 1.0)));
-    getTank("T").curve = -1;
+    StartedProject model(getProject("5 2", "[ORIFICES]\n" + getSlot("A", 1.0)));
+    model.tank("T").curve = -1;
     model.step();
-    EXPECT_EQ(getLink("A").newFlow, 0.0);
-    EXPECT_EQ(getTank("T").newDepth, 0.0);
+    EXPECT_EQ(model.link("A").newFlow, 0.0);
+    EXPECT_EQ(model.tank("T").newDepth, 0.0);
 }
 
 // --- the trace -----------------------------------------------------------------------------------------------------
 
-static std::string captureSteps(StorageModel& model, int count) {
+static std::string captureSteps(StartedProject& model, int count) {
     testing::internal::CaptureStdout();
     model.step(count);
     std::fflush(stdout);
@@ -332,20 +332,20 @@ static std::string showTrace(double flow) {
 }
 
 TEST(TankTrace, PrintsTheFlowOfEachRunningOrificeInLinkOrder) {
-    StorageModel model(
+    StartedProject model(
         getProject("5 0.6", "[ORIFICES]\n" + getSlot("A", 0.5) + "B T OUT NO RECTANGULAR 0.2 0.5 0.1 30\n"));
     EXPECT_EQ(captureSteps(model, 1), "0.023810\n0.142857\n");  // a seventh and six of 10 m3 in 60 s
     EXPECT_EQ(captureSteps(model, 1), "");                      // drained to the level
 }
 
 TEST(TankTrace, PrintsBothReleasesOfALevelThatStandsTwice) {
-    StorageModel model(getProject("5 2", DOUBLE_LEVEL));
+    StartedProject model(getProject("5 2", DOUBLE_LEVEL));
     const double first = getSlotFlow(2.0, 1.05), second = getSlotFlow(2.0 - 2.0 * DT * first / 100.0, 1.05);
     EXPECT_EQ(captureSteps(model, 1), showTrace(first) + showTrace(first) + showTrace(second) + showTrace(second));
 }
 
 TEST(TankTrace, IsSilentForWeirs) {
-    StorageModel model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 1 1 0\n"));
+    StartedProject model(getProject("5 2", "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 1 1 0\n"));
     EXPECT_EQ(captureSteps(model, 2), "");
 }
 
@@ -356,94 +356,94 @@ static const char* const PUMPS =
     "[PUMPS]\nA T OUT P1 NO ON 0 0\nB T OUT P2 NO ON 0 0\n";
 
 TEST(TankPumps, DeliverByTheirCurves) {
-    StorageModel model(getProject("9 8", PUMPS));
+    StartedProject model(getProject("9 8", PUMPS));
     model.step();
-    EXPECT_EQ(getLink("A").newFlow, 1.0);
-    EXPECT_EQ(getLink("B").newFlow, 3.0);
-    EXPECT_NEAR(getTank("T").newDepth, 8.0 - 2.4, 1e-12);
+    EXPECT_EQ(model.link("A").newFlow, 1.0);
+    EXPECT_EQ(model.link("B").newFlow, 3.0);
+    EXPECT_NEAR(model.tank("T").newDepth, 8.0 - 2.4, 1e-12);
 }
 
 TEST(TankPumps, ShareWhatTheTankHolds) {
-    StorageModel model(getProject("9 1.2", PUMPS));  // 120 m3, and 240 m3 are wanted in a step
+    StartedProject model(getProject("9 1.2", PUMPS));  // 120 m3, and 240 m3 are wanted in a step
     model.step();
-    EXPECT_NEAR(getLink("A").newFlow, 0.5, 1e-12);
-    EXPECT_NEAR(getLink("B").newFlow, 1.5, 1e-12);
-    EXPECT_EQ(getTank("T").newDepth, 0.0);
+    EXPECT_NEAR(model.link("A").newFlow, 0.5, 1e-12);
+    EXPECT_NEAR(model.link("B").newFlow, 1.5, 1e-12);
+    EXPECT_EQ(model.tank("T").newDepth, 0.0);
     model.step();
-    EXPECT_EQ(getLink("A").newFlow, 0.0);
-    EXPECT_EQ(getLink("B").newFlow, 0.0);
+    EXPECT_EQ(model.link("A").newFlow, 0.0);
+    EXPECT_EQ(model.link("B").newFlow, 0.0);
 }
 
 TEST(TankPumps, ShareByTheirFlowsAtTheDepthThatIsLeft) {
     // At 2 m the pumps want 1 and 3 m3/s, at the bottom 1 and 1; at the end the tank is empty.
-    StorageModel model(getProject("9 2",
-                                  "[CURVES]\nP1 PUMP1 0 1\nP2 PUMP1 0 1 2 3\n[PUMPS]\nA T OUT P1 NO ON 0 0\n"
-                                  "B T OUT P2 NO ON 0 0\n"));
+    StartedProject model(getProject("9 2",
+                                    "[CURVES]\nP1 PUMP1 0 1\nP2 PUMP1 0 1 2 3\n[PUMPS]\nA T OUT P1 NO ON 0 0\n"
+                                    "B T OUT P2 NO ON 0 0\n"));
     model.step();
-    EXPECT_NEAR(getLink("A").newFlow, 200.0 / DT / 2.0, 1e-12);
-    EXPECT_NEAR(getLink("B").newFlow, 200.0 / DT / 2.0, 1e-12);
+    EXPECT_NEAR(model.link("A").newFlow, 200.0 / DT / 2.0, 1e-12);
+    EXPECT_NEAR(model.link("B").newFlow, 200.0 / DT / 2.0, 1e-12);
 }
 
 TEST(TankPumps, LoseWhatTheyTookIfNoneWouldRunAtTheDepthThatIsLeft) {
     // At 2 m the pump takes 1 m3/s, but at the 1.4 m that are left its curve gives nothing: the water is gone with all
     // that it carries, and the pump has delivered none of it.
-    StorageModel model(getProject("9 2", "[CURVES]\nP1 PUMP2 1.5 0 9 1\n[PUMPS]\nA T OUT P1 NO ON 0 0\n") + QUALITY);
+    StartedProject model(getProject("9 2", "[CURVES]\nP1 PUMP2 1.5 0 9 1\n[PUMPS]\nA T OUT P1 NO ON 0 0\n") + QUALITY);
     model.step();
-    EXPECT_EQ(getLink("A").newFlow, 0.0);
-    EXPECT_NEAR(getTank("T").newDepth, 1.4, 1e-12);
+    EXPECT_EQ(model.link("A").newFlow, 0.0);
+    EXPECT_NEAR(model.tank("T").newDepth, 1.4, 1e-12);
     tarnvelde_report();
     EXPECT_NEAR(FlowError / 100.0 * 200.0, 60.0, 1e-9);
     EXPECT_NEAR(QualityError / 100.0 * 200.0, 60.0, 1e-9);
 }
 
 TEST(TankPumps, TakeMoreThanThereIsWithAFullDepthOf0) {
-    StorageModel model(getProject("0 0", PUMPS));
+    StartedProject model(getProject("0 0", PUMPS));
     model.step();
     // Nothing limits the pumps: 240 m3 leave a tank without any.
-    EXPECT_EQ(getLink("A").newFlow, 1.0);
-    EXPECT_EQ(getLink("B").newFlow, 3.0);
-    EXPECT_EQ(getTank("T").newDepth, 0.0);
-    EXPECT_EQ(getTank("T").newFlood, 0.0);
+    EXPECT_EQ(model.link("A").newFlow, 1.0);
+    EXPECT_EQ(model.link("B").newFlow, 3.0);
+    EXPECT_EQ(model.tank("T").newDepth, 0.0);
+    EXPECT_EQ(model.tank("T").newFlood, 0.0);
 }
 
 // --- flood ---------------------------------------------------------------------------------------------------------
 
 TEST(TankFlood, TakesTheExcessOverTheFullVolume) {
-    StorageModel model(getProject("5 6", NEVER));
+    StartedProject model(getProject("5 6", NEVER));
     model.step();
-    EXPECT_NEAR(getTank("T").newFlood, 100.0 / DT, 1e-12);
-    EXPECT_NEAR(getTank("T").newDepth, 5.0, 1e-12);
+    EXPECT_NEAR(model.tank("T").newFlood, 100.0 / DT, 1e-12);
+    EXPECT_NEAR(model.tank("T").newDepth, 5.0, 1e-12);
     EXPECT_NEAR(FlowTotals.floodingLoss, 100.0, 1e-9);
-    EXPECT_NEAR(getTank("T").statFloodVolume, 100.0, 1e-9);
+    EXPECT_NEAR(model.tank("T").statFloodVolume, 100.0, 1e-9);
     model.step();
-    EXPECT_NEAR(getTank("T").oldFlood, 100.0 / DT, 1e-12);
-    EXPECT_EQ(getTank("T").newFlood, 0.0);
+    EXPECT_NEAR(model.tank("T").oldFlood, 100.0 / DT, 1e-12);
+    EXPECT_EQ(model.tank("T").newFlood, 0.0);
 }
 
 TEST(TankFlood, ShowsOneStepAfterTheWaterCame) {
-    StorageModel model(getProject("5 5", NEVER) + "[DWFS]\nT FLOW 0.5 \"\"\n");
+    StartedProject model(getProject("5 5", NEVER) + "[DWFS]\nT FLOW 0.5 \"\"\n");
     model.step();
-    EXPECT_EQ(getTank("T").newFlood, 0.0);
-    EXPECT_NEAR(getTank("T").newDepth, 5.3, 1e-12);  // above full until the next step
+    EXPECT_EQ(model.tank("T").newFlood, 0.0);
+    EXPECT_NEAR(model.tank("T").newDepth, 5.3, 1e-12);  // above full until the next step
     model.step();
-    EXPECT_NEAR(getTank("T").newFlood, 0.5, 1e-12);
-    EXPECT_NEAR(getTank("T").newDepth, 5.3, 1e-12);
+    EXPECT_NEAR(model.tank("T").newFlood, 0.5, 1e-12);
+    EXPECT_NEAR(model.tank("T").newDepth, 5.3, 1e-12);
 }
 
 TEST(TankFlood, ComesOfADepthThatTheHostSets) {
-    StorageModel model(getProject("5 2", NEVER));
+    StartedProject model(getProject("5 2", NEVER));
     EXPECT_EQ(tarnvelde_setTankDepth("t", 5.6), 0);
-    EXPECT_EQ(getTank("T").newDepth, 5.6);
+    EXPECT_EQ(model.tank("T").newDepth, 5.6);
     model.step();
-    EXPECT_NEAR(getTank("T").newFlood, 1.0, 1e-12);
+    EXPECT_NEAR(model.tank("T").newFlood, 1.0, 1e-12);
 }
 
 TEST(TankFlood, LosesASmallExcessWithoutAWord) {
     // 0.003 m3 are 0.00005 m3/s: cut off, and in no total; neither is what they carry.
-    StorageModel model(getProject("5 5.00003", NEVER) + QUALITY);
+    StartedProject model(getProject("5 5.00003", NEVER) + QUALITY);
     model.step();
-    EXPECT_EQ(getTank("T").newFlood, 0.0);
-    EXPECT_NEAR(getTank("T").newDepth, 5.0, 1e-12);
+    EXPECT_EQ(model.tank("T").newFlood, 0.0);
+    EXPECT_NEAR(model.tank("T").newDepth, 5.0, 1e-12);
     tarnvelde_report();
     EXPECT_EQ(FlowTotals.floodingLoss, 0.0);
     EXPECT_EQ(QualTotals[0].floodingLoss, 0.0);
@@ -452,69 +452,69 @@ TEST(TankFlood, LosesASmallExcessWithoutAWord) {
 }
 
 TEST(TankFlood, TakesAllFromATankWithAFullDepthOf0) {
-    StorageModel model(getProject("0 2", NEVER));
+    StartedProject model(getProject("0 2", NEVER));
     model.step();
-    EXPECT_NEAR(getTank("T").newFlood, 200.0 / DT, 1e-12);
-    EXPECT_EQ(getTank("T").newDepth, 0.0);
+    EXPECT_NEAR(model.tank("T").newFlood, 200.0 / DT, 1e-12);
+    EXPECT_EQ(model.tank("T").newDepth, 0.0);
 }
 
 TEST(TankFlood, LeavesAVolumeBelowTheFullOneAlone) {
-    StorageModel model(getProject("5 4.999", NEVER));
+    StartedProject model(getProject("5 4.999", NEVER));
     model.step();
-    EXPECT_EQ(getTank("T").newFlood, 0.0);
-    EXPECT_NEAR(getTank("T").newDepth, 4.999, 1e-12);
+    EXPECT_EQ(model.tank("T").newFlood, 0.0);
+    EXPECT_NEAR(model.tank("T").newDepth, 4.999, 1e-12);
 }
 
 TEST(TankHostDepth, IsRefusedForWhatIsNoTank) {
-    StorageModel model(getProject("5 2", NEVER));
+    StartedProject model(getProject("5 2", NEVER));
     EXPECT_EQ(tarnvelde_setTankDepth("OUT", 1.0), -1);
     EXPECT_EQ(tarnvelde_setTankDepth("NEVER", 1.0), -1);
     EXPECT_EQ(tarnvelde_setTankDepth(nullptr, 1.0), -1);
 }
 
 TEST(TankHostDepth, MayBeNegative) {
-    StorageModel model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
+    StartedProject model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
     tarnvelde_setTankDepth("T", -1.0);
     model.step();
-    EXPECT_NEAR(getTank("T").newDepth, 1.0, 1e-12);  // the volume has no sign
+    EXPECT_NEAR(model.tank("T").newDepth, 1.0, 1e-12);  // the volume has no sign
 }
 
 // --- quality -------------------------------------------------------------------------------------------------------
 
 TEST(TankQuality, MixesTheInflowBehindTheRelease) {
-    StorageModel model(getProject("9 2", NEVER) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\nT A 200 \"\"\n");
+    StartedProject model(getProject("9 2", NEVER) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\nT A 200 \"\"\n");
     model.step();
-    EXPECT_NEAR(getTank("T").qual[0], (200.0 * 50.0 + 30.0 * 200.0) / 230.0, 1e-12);
-    EXPECT_EQ(getNode("T").newQual[0], 50.0);  // what left was the water from before the inflow
-    EXPECT_NEAR(getTank("T").newDepth, 2.3, 1e-12);
+    EXPECT_NEAR(model.tank("T").qual[0], (200.0 * 50.0 + 30.0 * 200.0) / 230.0, 1e-12);
+    EXPECT_EQ(model.node("T").newQual[0], 50.0);  // what left was the water from before the inflow
+    EXPECT_NEAR(model.tank("T").newDepth, 2.3, 1e-12);
 }
 
 TEST(TankQuality, Is0WithoutWaterAndInflow) {
-    StorageModel model(getProject("9 0", NEVER) + QUALITY);
+    StartedProject model(getProject("9 0", NEVER) + QUALITY);
     model.step();
-    EXPECT_EQ(getTank("T").qual[0], 0.0);
+    EXPECT_EQ(model.tank("T").qual[0], 0.0);
 }
 
 TEST(TankQuality, OfAnOutletThatLetsNothingGoIs0) {
-    StorageModel model(getProject("9 2", std::string(NEVER) + "[ORIFICES]\n" + getSlot("O", 3.0)) + QUALITY);
+    StartedProject model(getProject("9 2", std::string(NEVER) + "[ORIFICES]\n" + getSlot("O", 3.0)) + QUALITY);
     model.step();
-    EXPECT_EQ(getLink("NEVER").newQual[0], 0.0);
-    EXPECT_EQ(getLink("O").newQual[0], 0.0);
+    EXPECT_EQ(model.link("NEVER").newQual[0], 0.0);
+    EXPECT_EQ(model.link("O").newQual[0], 0.0);
 }
 
 TEST(TankQuality, LeavesOrificesAndWeirsAheadOfTheDecayAndPumpsBehindIt) {
     const std::string outlets = "[ORIFICES]\n" + getSlot("O", 0.5) +
                                 "[WEIRS]\nW T OUT NO RECTANGULAR 0.1 1 0.5 0\n[PUMPS]\nP T OUT P1 NO ON 0 0\n"
                                 "[CURVES]\nP1 PUMP1 0 0.5\n";
-    StorageModel model(getProject("9 2", outlets) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
+    StartedProject model(getProject("9 2", outlets) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
     model.step();
     const double left = std::exp(-0.01 * DT);
-    EXPECT_EQ(getLink("O").newQual[0], 50.0);
-    EXPECT_EQ(getLink("W").newQual[0], 50.0);
-    EXPECT_NEAR(getLink("P").newQual[0], 50.0 * left, 1e-12);
-    EXPECT_NEAR(getNode("T").newQual[0], 50.0 * left, 1e-12);
+    EXPECT_EQ(model.link("O").newQual[0], 50.0);
+    EXPECT_EQ(model.link("W").newQual[0], 50.0);
+    EXPECT_NEAR(model.link("P").newQual[0], 50.0 * left, 1e-12);
+    EXPECT_NEAR(model.node("T").newQual[0], 50.0 * left, 1e-12);
     // Booked is the decay of the water that stayed; that of the 30 m3 pumped is in no total.
-    const double stayed = 200.0 - DT * (getLink("O").newFlow + getLink("W").newFlow + 0.5);
+    const double stayed = 200.0 - DT * (model.link("O").newFlow + model.link("W").newFlow + 0.5);
     EXPECT_NEAR(QualTotals[0].reactedLoss, 50.0 * stayed * (1.0 - left) / 1000.0, 1e-12);
     tarnvelde_report();
     const double missing = 30.0 * 50.0 * (1.0 - left) / 1000.0;
@@ -522,14 +522,14 @@ TEST(TankQuality, LeavesOrificesAndWeirsAheadOfTheDecayAndPumpsBehindIt) {
 }
 
 TEST(TankQuality, DecaysByThePatternOfTheHour) {
-    StorageModel model(getProject("9 2", NEVER) + QUALITY +
-                       "[PATTERNS]\nH HOURLY 3 1\n[DECAY_COEFFICIENT]\nT NODE A FIRST 864 h\n");
+    StartedProject model(getProject("9 2", NEVER) + QUALITY +
+                         "[PATTERNS]\nH HOURLY 3 1\n[DECAY_COEFFICIENT]\nT NODE A FIRST 864 h\n");
     model.step();
-    EXPECT_NEAR(getTank("T").qual[0], 50.0 * std::exp(-3.0 * 0.01 * DT), 1e-12);
+    EXPECT_NEAR(model.tank("T").qual[0], 50.0 * std::exp(-3.0 * 0.01 * DT), 1e-12);
 }
 
 TEST(TankQuality, FloodsWithTheConcentrationBehindTheDecay) {
-    StorageModel model(getProject("5 6", NEVER) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
+    StartedProject model(getProject("5 6", NEVER) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
     model.step();
     EXPECT_NEAR(QualTotals[0].floodingLoss, 100.0 * 50.0 * std::exp(-0.01 * DT) / 1000.0, 1e-12);
 }
@@ -537,22 +537,22 @@ TEST(TankQuality, FloodsWithTheConcentrationBehindTheDecay) {
 // --- runs ----------------------------------------------------------------------------------------------------------
 
 TEST(TankRun, BeginsEachTimeAsTheFirst) {
-    StorageModel model(getProject("9 2", "[ORIFICES]\n" + getSlot("O", 0.5)) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\n");
+    StartedProject model(getProject("9 2", "[ORIFICES]\n" + getSlot("O", 0.5)) + QUALITY + "[DWFS]\nT FLOW 0.5 \"\"\n");
     model.step(10);
-    const double depth = getTank("T").newDepth, quality = getTank("T").qual[0];
+    const double depth = model.tank("T").newDepth, quality = model.tank("T").qual[0];
     tarnvelde_end();
-    EXPECT_EQ(getTank("T").qual, nullptr);
+    EXPECT_EQ(model.tank("T").qual, nullptr);
     EXPECT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(getTank("T").newDepth, 2.0);
-    EXPECT_EQ(getTank("T").newFlood, 0.0);
-    EXPECT_EQ(getTank("T").qual[0], 50.0);
+    EXPECT_EQ(model.tank("T").newDepth, 2.0);
+    EXPECT_EQ(model.tank("T").newFlood, 0.0);
+    EXPECT_EQ(model.tank("T").qual[0], 50.0);
     model.step(10);
-    EXPECT_EQ(getTank("T").newDepth, depth);
-    EXPECT_EQ(getTank("T").qual[0], quality);
+    EXPECT_EQ(model.tank("T").newDepth, depth);
+    EXPECT_EQ(model.tank("T").qual[0], quality);
 }
 
 TEST(TankRun, MayBeReportedBehindItsEnd) {
-    StorageModel model(getProject("9 2", NEVER) + QUALITY);
+    StartedProject model(getProject("9 2", NEVER) + QUALITY);
     model.step(3);
     tarnvelde_end();
     EXPECT_EQ(tarnvelde_report(), 0);
@@ -566,12 +566,12 @@ TEST(TankRun, EmptiesThroughASharpWeirAsTheDifferentialEquationSays) {
     double errors[2];
     for (int k = 0; k < 2; ++k) {
         const std::string step = k == 0 ? "0:01:00" : "0:00:30";
-        StorageModel model(getGeneral(60) + "ROUTING_STEP " + step +
-                           "\n[TANKS]\nT B 5 1\n[OUTFALLS]\nOUT\n[WEIRS]\nW T OUT NO RECTANGULAR 0.2 1 0 0\n" +
-                           getBasin("B", 100.0));
+        StartedProject model(getGeneral(60) + "ROUTING_STEP " + step +
+                             "\n[TANKS]\nT B 5 1\n[OUTFALLS]\nOUT\n[WEIRS]\nW T OUT NO RECTANGULAR 0.2 1 0 0\n" +
+                             getBasin("B", 100.0));
         model.step(k == 0 ? 30 : 60);
         const double root = 1.0 + 0.002 * 1800.0 / 2.0;
-        errors[k] = getTank("T").newDepth - 1.0 / (root * root);
+        errors[k] = model.tank("T").newDepth - 1.0 / (root * root);
     }
     EXPECT_NEAR(errors[0] / errors[1], 2.0, 0.1);
     EXPECT_LT(std::fabs(errors[1]), 0.01);
@@ -626,7 +626,7 @@ TEST(TankBalance, ClosesInGeneratedCascades) {
     for (const bool hasDecay : {false, true}) {
         for (const unsigned seed : {1u, 2u, 3u}) {
             testing::internal::CaptureStdout();  // the trace
-            StorageModel model(getCascade(seed, hasDecay));
+            StartedProject model(getCascade(seed, hasDecay));
             EXPECT_EQ(stepToEnd(), 0);
             tarnvelde_report();
             std::fflush(stdout);
@@ -642,7 +642,7 @@ TEST(TankBalance, ClosesInGeneratedCascades) {
 // --- report and rows -----------------------------------------------------------------------------------------------
 
 TEST(TankReport, HasATableOfItsOwn) {
-    ProjectFile project(getProject("5 6", NEVER) + "[DWFS]\nT FLOW 0.5 \"\"\n");
+    Project project(getProject("5 6", NEVER) + "[DWFS]\nT FLOW 0.5 \"\"\n");
     EXPECT_EQ(project.run(), 0);
     // Full at 5 m, and 0.3 m more at the end of each step; 100 m3 flood in the first of 60 steps, 30 m3 in the others.
     const std::string expected =
@@ -656,13 +656,13 @@ TEST(TankReport, HasATableOfItsOwn) {
 }
 
 TEST(TankRow, MixesOldAndNew) {
-    StorageModel model(getProject("5 2", NEVER) + QUALITY);
-    Tank& tank = getTank("T");
+    StartedProject model(getProject("5 2", NEVER) + QUALITY);
+    Tank& tank = model.tank("T");
     tank.oldDepth = 1.0;
     tank.newDepth = 2.0;
     tank.oldFlood = 0.0;
     tank.newFlood = 4.0;
-    Node& node = getNode("T");
+    Node& node = model.node("T");
     node.oldInflow = 8.0;
     node.newInflow = 4.0;
     node.oldLatFlow = 2.0;
@@ -670,7 +670,7 @@ TEST(TankRow, MixesOldAndNew) {
     node.oldQual[0] = 10.0;
     node.newQual[0] = 20.0;
     float row[6];
-    rows_fill(TANK_TABLE, findNode("T"), 0.75, row);
+    rows_fill(TANK_TABLE, model.findNode("T"), 0.75, row);
     const float expected[] = {1.75f, 175.0f, 5.0f, 0.5f, 3.0f, 17.5f};
     for (int k = 0; k < 6; ++k) {
         EXPECT_EQ(row[k], expected[k]) << k;

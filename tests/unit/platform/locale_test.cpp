@@ -15,9 +15,9 @@ TEST(Locale, OfTheHostDoesntChangeNumbers) {
     const ProcessResult made =
         process_run({"/usr/bin/localedef", "-i", "de_DE", "-f", "ISO-8859-1", folder.file("comma")});
     ASSERT_EQ(made.status, 0) << made.err;
-    ProjectFile project(getGeneral(10) +
-                        "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 "
-                        "\"\"\n[POLLUTANTS]\nX 1.5\n[DWFS]\nA X 0.125 \"\"\n");
+    Project project(getGeneral(10) +
+                    "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 "
+                    "\"\"\n[POLLUTANTS]\nX 1.5\n[DWFS]\nA X 0.125 \"\"\n");
     ASSERT_EQ(project.run(), 0);
     const std::string plain = project.getReport();
     const std::string old = setlocale(LC_ALL, nullptr);

@@ -5,7 +5,7 @@
 #include "links/pipe.h"
 #include "model/decay.h"
 #include "model/pattern.h"
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 
 TEST(DecayLines, AreRefused) {
     expectRefused("[DECAY_COEFFICIENT]", "P1 LINK COD FIRST 1", "ERROR 203: too few items ");
@@ -23,8 +23,8 @@ TEST(DecayLines, AreRefused) {
 }
 
 TEST(DecayLines, TakeWordsAsZeroAndNegativeNumbersAsTheyAre) {
-    ProjectFile project(getGeneral(10) + NETWORK +
-                        "[DECAY_COEFFICIENT]\nP1 LINK TSS first word H\nP1 link COD FIRST -8.64 \"\"\n");
+    Project project(getGeneral(10) + NETWORK +
+                    "[DECAY_COEFFICIENT]\nP1 LINK TSS first word H\nP1 link COD FIRST -8.64 \"\"\n");
     ASSERT_EQ(project.open(), 0);
     const Decay* decay = Pipes[0].decay;
     EXPECT_EQ(decay[1].type, FIRST_ORDER);
@@ -35,7 +35,7 @@ TEST(DecayLines, TakeWordsAsZeroAndNegativeNumbersAsTheyAre) {
 }
 
 TEST(DecayLines, LeaveTheSecondPollutantAtZeroWithoutOne) {
-    ProjectFile project(getGeneral(10) + NETWORK);
+    Project project(getGeneral(10) + NETWORK);
     ASSERT_EQ(project.open(), 0);
     EXPECT_EQ(Pipes[0].decay[0].type, -1);
     EXPECT_EQ(Pipes[0].decay[0].pattern, -1);
@@ -48,7 +48,7 @@ TEST(DecayLines, AreDroppedForLinksWithoutWater) {
 }
 
 TEST(DecayLines, AreDroppedAheadOfTheirPipe) {
-    ProjectFile project(
+    Project project(
         "[POLLUTANTS]\nCOD 0\n[DECAY_COEFFICIENT]\nP1 LINK COD FIRST 1 \"\"\n[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\n"
         "P1 A OUT NO 60 1 0 0\n" +
         getGeneral(5));

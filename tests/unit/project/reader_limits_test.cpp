@@ -9,7 +9,7 @@
 #include "model/project.h"
 #include "nodes/reactor.h"
 #include "support/child.h"
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 #include "support/sanitizer.h"
 
 // --- what the two passes count -------------------------------------------------------------------------------------
@@ -71,7 +71,7 @@ TEST(ConcentrationLines, RefuseANumberOnlyIfItIsNegativeWithTextBehind) {
     for (const auto& word : words) {
         std::string text = getGeneral(10);
         text.append(NETWORK).append(reactor).append("R any TSS 7\nR any TSS ").append(word.word).append("\n");
-        ProjectFile project(text);
+        Project project(text);
         EXPECT_EQ(project.open(), 0) << project.getReport();
         EXPECT_EQ(Reactors.at(0).initQual[0], 0.0) << word.word;
         EXPECT_EQ(Reactors.at(0).initQual[1], word.value) << word.word;
@@ -99,7 +99,7 @@ static void writeLongLine(const std::string& path, const std::string& section, c
 }
 
 /// Opens the project in a process that may take 256 MB: what is kept of a line must not grow with it.
-static int openInLittleMemory(ProjectFile& project) {
+static int openInLittleMemory(Project& project) {
     return process_fork([&] {
         if (!IS_FREED_MEMORY_KEPT) {
             process_limitMemory(256 * MEGABYTE);
@@ -111,14 +111,14 @@ static int openInLittleMemory(ProjectFile& project) {
 }
 
 TEST(LongLines, OfBlanksAreSkipped) {
-    ProjectFile project("");
+    Project project("");
     writeLongLine(project.input, "[PIPES]", ' ', 256 * MEGABYTE);  // a quarter of the time that a gigabyte takes
     EXPECT_EQ(openInLittleMemory(project), 0);
     EXPECT_EQ(project.getReport(), "");
 }
 
 TEST(LongLines, OfDescriptionAreTenPiecesOfALine) {
-    ProjectFile project("");
+    Project project("");
     writeLongLine(project.input, "[DESCRIPTION]", 'x', 1024 * MEGABYTE);
     EXPECT_EQ(openInLittleMemory(project), 0);
     std::string expected;

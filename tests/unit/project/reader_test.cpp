@@ -18,7 +18,7 @@
 #include "model/timeseries.h"
 #include "nodes/node.h"
 #include "project/sections.h"
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 #include "text/datetime.h"
 
 // --- sections ------------------------------------------------------------------------------------------------------
@@ -131,9 +131,9 @@ TEST(SecondPass, ReadsLongLinesInPieces) {
 }
 
 TEST(SecondPass, TakesASemicolonAsData) {
-    ProjectFile project(getGeneral(10) + NETWORK + "[OUTFALLS]\n;;Name\n");
+    Project project(getGeneral(10) + NETWORK + "[OUTFALLS]\n;;Name\n");
     EXPECT_EQ(project.open(), 0);
-    EXPECT_EQ(tarnvelde_findObject(1, ";;Name"), 2);  // behind A and OUT
+    EXPECT_EQ(project.findNode(";;Name"), 2);  // behind A and OUT
 }
 
 TEST(SecondPass, MissesALineThatQuotesHidFromTheFirst) {
@@ -142,9 +142,9 @@ TEST(SecondPass, MissesALineThatQuotesHidFromTheFirst) {
 }
 
 TEST(SecondPass, PutsTheLinesOfOneNameTogether) {
-    ProjectFile project(getGeneral(10) +
-                        "[OUTFALLS]\nOUT\n[CURVES]\nC TANK 0 1\nc 1 2 2 3\n[TIMESERIES]\nT 0 1 1 2\nt 2 3 3 4\n"
-                        "[PATTERNS]\nP HOURLY 1 2\nP 3\n");
+    Project project(getGeneral(10) +
+                    "[OUTFALLS]\nOUT\n[CURVES]\nC TANK 0 1\nc 1 2 2 3\n[TIMESERIES]\nT 0 1 1 2\nt 2 3 3 4\n"
+                    "[PATTERNS]\nP HOURLY 1 2\nP 3\n");
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(ObjectCount[CURVE], 1);
     EXPECT_EQ(ObjectCount[TSERIES], 1);
@@ -231,7 +231,7 @@ TEST(HostileFiles, EndAtByte1A) {
 TEST(HostileFiles, GetAMemoryErrorWhereverMemoryFails) {
     for (int k = 1; k < 40; ++k) {
         arena_failAfter(k);
-        ProjectFile project(getGeneral(10) + NETWORK + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n[DWFS]\nA FLOW 1 H\n");
+        Project project(getGeneral(10) + NETWORK + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n[DWFS]\nA FLOW 1 H\n");
         const int32_t opened = project.open();
         EXPECT_TRUE(opened == 0 || opened == 101 || opened == 200) << k << ": " << opened;
         if (opened == 0) {

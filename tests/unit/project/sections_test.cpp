@@ -7,7 +7,7 @@
 #include <sstream>
 #include <string>
 
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 
 TEST(Sections, HaveTheirNumbersAndNames) {
     std::istringstream names(

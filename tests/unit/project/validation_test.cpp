@@ -10,7 +10,7 @@
 #include <string>
 
 #include "model/project.h"
-#include "support/readererrors.h"
+#include "support/lineerrors.h"
 #include "text/datetime.h"
 
 // --- duration ------------------------------------------------------------------------------------------------------
@@ -36,7 +36,7 @@ TEST(Duration, NeedsAReportStepThatIsNotShorterThanTheRoutingStep) {
 }
 
 TEST(Duration, IsTheFloorOfAProduct) {
-    ProjectFile project(getGeneral(10) + NETWORK);
+    Project project(getGeneral(10) + NETWORK);
     ASSERT_EQ(project.open(), 0);
     // (10 min / 1440) as days, read as (0 * 60 + 10) * 60 / 86400, added to a day number and taken off again.
     const double start = 44256.0, end = 44256.0 + 600.0 / 86400.0;
@@ -46,8 +46,8 @@ TEST(Duration, IsTheFloorOfAProduct) {
 }
 
 TEST(Duration, KeepsTheLastOfSeveralValues) {
-    ProjectFile project(getGeneral(10) + NETWORK +
-                        "[GENERAL]\nROUTING_STEP 0:00:30\n[RTC]\n[GENERAL]\nROUTING_STEP 0:00:20\n");
+    Project project(getGeneral(10) + NETWORK +
+                    "[GENERAL]\nROUTING_STEP 0:00:30\n[RTC]\n[GENERAL]\nROUTING_STEP 0:00:20\n");
     ASSERT_EQ(project.open(), 0);
     EXPECT_EQ(RoutingStep, 20);
 }
@@ -60,7 +60,7 @@ TEST(Validation, TellsWhereASeriesIsOutOfSequence) {
 }
 
 TEST(Validation, WritesThePlaceInTheFormOfDates) {
-    ProjectFile project(getGeneral(10) + NETWORK + "[TIMESERIES]\nT 2020/01/02 4:00 1 2020/01/02 3:04:05 2\n");
+    Project project(getGeneral(10) + NETWORK + "[TIMESERIES]\nT 2020/01/02 4:00 1 2020/01/02 3:04:05 2\n");
     EXPECT_EQ(project.open(), 163);
     for (const int32_t format : {1, 2}) {
         DateFormat = format;
@@ -84,7 +84,7 @@ TEST(Validation, TellsASeriesWithoutItsFile) {
 }
 
 TEST(Validation, TellsASeriesFileThatBeginsWithWords) {
-    ProjectFile project(getGeneral(10) + NETWORK + "[TIMESERIES]\nT FILE head.dat\n");
+    Project project(getGeneral(10) + NETWORK + "[TIMESERIES]\nT FILE head.dat\n");
     project.folder.write("head.dat", "head\n");
     EXPECT_EQ(project.open(), 363);
     tarnvelde_close();

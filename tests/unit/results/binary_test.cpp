@@ -18,7 +18,7 @@
 static constexpr int32_t MAGIC_NUMBER = 516114522;
 
 /// Opens, starts, steps to the end, ends and closes; the file that is left.
-static std::string runToFile(ProjectFile& project) {
+static std::string runToFile(Project& project) {
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(1), 0);
     EXPECT_EQ(stepToEnd(), 0);
@@ -28,7 +28,7 @@ static std::string runToFile(ProjectFile& project) {
 }
 
 TEST(Binary, FileIsAsLaidOutToTheByte) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     const std::string file = runToFile(project);
 
     FileImage image;
@@ -68,7 +68,7 @@ TEST(Binary, FileIsAsLaidOutToTheByte) {
 }
 
 TEST(Binary, WithoutAReportTheClosingBlockFollowsTheDates) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 1:00:00\n"));
+    Project project(getDelayedProject("REPORT_STEP 1:00:00\n"));
     const std::string file = runToFile(project);
     EXPECT_EQ(getClosing(file, 3), static_cast<int32_t>(file.size()) - 28);  // no record between
     EXPECT_EQ(getClosing(file, 2), getClosing(file, 3) - 12);
@@ -78,7 +78,7 @@ TEST(Binary, WithoutAReportTheClosingBlockFollowsTheDates) {
 }
 
 TEST(Binary, WithoutPollutantsBlocksHaveTheirFixedColumns) {
-    ProjectFile project(getPlainProject());
+    Project project(getPlainProject());
     const std::string file = runToFile(project);
     EXPECT_EQ(getInteger(file, 60), 0);
     FileImage names;
@@ -95,9 +95,9 @@ TEST(Binary, WithoutPollutantsBlocksHaveTheirFixedColumns) {
 }
 
 TEST(Binary, NamesStandInTheBytesOfTheProjectFile) {
-    ProjectFile project(getDelayedProject("", "A",
-                                          "Stra\xDF"
-                                          "e'x'"));
+    Project project(getDelayedProject("", "A",
+                                      "Stra\xDF"
+                                      "e'x'"));
     FileImage name;
     name.addName(
         "Stra\xDF"
@@ -106,13 +106,13 @@ TEST(Binary, NamesStandInTheBytesOfTheProjectFile) {
 }
 
 TEST(Binary, ARunLeavesItsFile) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     EXPECT_EQ(project.run(), 0);
     EXPECT_EQ(getClosing(readFile(project.results), 4), 4);
 }
 
 TEST(Binary, AFileThatCannotBeOpenedLeavesOutAllWrites) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     std::filesystem::create_directory(project.results);
     EXPECT_EQ(project.open(), 0);
     testing::internal::CaptureStdout();
@@ -128,13 +128,13 @@ TEST(Binary, AFileThatCannotBeOpenedLeavesOutAllWrites) {
 }
 
 TEST(Binary, AMissingFolderIsSuchAFailure) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.results = project.folder.file("nowhere/model.bin");
     EXPECT_EQ(project.run(), 307);
 }
 
 TEST(Binary, ADeviceThatIsFullGivesOneErrorAtEachTest) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.results = "/dev/full";
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(1), 309);
@@ -147,7 +147,7 @@ TEST(Binary, ADeviceThatIsFullGivesOneErrorAtEachTest) {
 }
 
 TEST(Binary, AWriteThatFailsInTheMidstIsNoticedAtTheEnd) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     const std::string whole = runToFile(project);
     const int status = process_fork([&] {
         project.open();
@@ -162,13 +162,13 @@ TEST(Binary, AWriteThatFailsInTheMidstIsNoticedAtTheEnd) {
 }
 
 TEST(Binary, ARunEndsAtAFullDevice) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.results = "/dev/full";
     EXPECT_EQ(project.run(), 309);
 }
 
 TEST(Binary, TheClosingBlockHoldsTheCodeOfTheRun) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
     stepToEnd();
@@ -179,7 +179,7 @@ TEST(Binary, TheClosingBlockHoldsTheCodeOfTheRun) {
 }
 
 TEST(Binary, ACodeBeyondTheTableCountsAsNone) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
     ErrorCode = 93;
@@ -189,7 +189,7 @@ TEST(Binary, ACodeBeyondTheTableCountsAsNone) {
 }
 
 TEST(Binary, ASecondRunEmptiesTheFile) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
     stepToEnd();
@@ -203,7 +203,7 @@ TEST(Binary, ASecondRunEmptiesTheFile) {
 }
 
 TEST(Binary, ARunWithoutResultsAddsAClosingBlockAndTheCloseDeletesTheFile) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
     stepToEnd();
@@ -221,7 +221,7 @@ TEST(Binary, ARunWithoutResultsAddsAClosingBlockAndTheCloseDeletesTheFile) {
 }
 
 TEST(Binary, ACloseInTheMidstOfARunWritesNoClosingBlock) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     const std::string whole = runToFile(project);
     project.open();
     tarnvelde_start(1);
@@ -231,12 +231,12 @@ TEST(Binary, ACloseInTheMidstOfARunWritesNoClosingBlock) {
 }
 
 TEST(Binary, AProjectThatTakesThePlaceOfAnotherLeavesItsFile) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     const std::string whole = runToFile(project);
     project.open();
     tarnvelde_start(1);
     stepToEnd();
-    ProjectFile other(getDelayedProject());
+    Project other(getDelayedProject());
     other.open();
     tarnvelde_close();
     EXPECT_EQ(readFile(project.results), whole.substr(0, whole.size() - 28));
@@ -244,7 +244,7 @@ TEST(Binary, AProjectThatTakesThePlaceOfAnotherLeavesItsFile) {
 
 TEST(Binary, OtherSaveModesWriteNoFile) {
     for (const int32_t mode : {0, 3, -1}) {
-        ProjectFile project(getDelayedProject());
+        Project project(getDelayedProject());
         project.open();
         EXPECT_EQ(tarnvelde_start(mode), 0);
         EXPECT_EQ(stepToEnd(), 0);
@@ -266,7 +266,7 @@ TEST(Binary, RecordsLargerThanTheBufferStayWhole) {
         links.append("C").append(number).append(" J").append(number).append(" O NO 0\n");
         inflows.append("J").append(number).append(" FLOW FLOW ").append(number).append(" \"\" 1\n");
     }
-    ProjectFile project(text + "[OUTFALLS]\nO\n" + links + inflows);
+    Project project(text + "[OUTFALLS]\nO\n" + links + inflows);
     const std::string file = runToFile(project);
     const size_t results = static_cast<size_t>(getClosing(file, 3));
     const size_t record = 8 + 4 * (12 + (COUNT + 1) * 2 + COUNT * 2);
@@ -342,7 +342,7 @@ TEST(Binary, PlacesBehindFourGigabytesAreStoredByTheirLow32Bits) {
         junctions.append("J").append(number).append("\n");
         links.append("C").append(number).append(" J").append(number).append(" O NO 0\n");
     }
-    ProjectFile project(getGeneral(1) + "[OUTFALLS]\nO\n" + junctions + links);
+    Project project(getGeneral(1) + "[OUTFALLS]\nO\n" + junctions + links);
     EndlessFile file(project.results);
     ASSERT_EQ(project.open(), 0);
     const std::string name(NAME, 'x');

@@ -156,7 +156,7 @@ TEST(Columns, MakeTheTablesOfTheDatabase) {
         for (const std::string& name : getNames(expected)) {
             columns += name + " FLOAT\n";
         }
-        EXPECT_EQ(ask(getDatabase(run.project),
+        EXPECT_EQ(ask(getDatabase(run),
                       std::string("select name || ' ' || type from pragma_table_info('") + expected.table + "')"),
                   columns);
     }
@@ -165,7 +165,7 @@ TEST(Columns, MakeTheTablesOfTheDatabase) {
 TEST(Columns, MakeTheCodesOfTheBinaryFile) {
     AllKindsRun run(1);
     run.finish();
-    const std::string bytes = readFile(run.project.results);
+    const std::string bytes = readFile(run.results);
     const auto start = static_cast<size_t>(getClosing(bytes, 1));
     FileImage image;
     for (const Expected& expected : EXPECTED) {
@@ -184,7 +184,7 @@ TEST(Columns, ReachTheCommandLine) {
     for (const int32_t saveMode : {1, 2}) {
         AllKindsRun run(saveMode);
         run.finish();
-        const std::string file = saveMode == 1 ? run.project.results : getDatabase(run.project);
+        const std::string file = saveMode == 1 ? run.results : getDatabase(run);
         const ProcessResult result = process_run({TARNVELDE_PROGRAM, "results", file});
         ASSERT_EQ(result.status, 0) << result.err;
         for (const Expected& expected : EXPECTED) {

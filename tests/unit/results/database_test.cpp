@@ -35,7 +35,7 @@ int countMessages(const std::string& report) {
 // --- what a run leaves ---------------------------------------------------------------------------------------------
 
 TEST(Database, HoldsTheRowsOfARun) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     EXPECT_EQ(runToDatabase(project), 0);
     const std::string db = getDatabase(project);
     EXPECT_EQ(ask(db, "select * from GeneralInfo"), "21000|44256.0|60\n");
@@ -49,7 +49,7 @@ TEST(Database, HoldsTheRowsOfARun) {
 }
 
 TEST(Database, TablesAreMadeByTheseTexts) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     runToDatabase(project);
     // The names of the columns are what readers rely on, that of the pipe's outflow included.
     const char* const expected[][2] = {
@@ -85,7 +85,7 @@ TEST(Database, TablesAreMadeByTheseTexts) {
 }
 
 TEST(Database, WithoutPollutantsTablesHaveTheirFixedColumns) {
-    ProjectFile project(getPlainProject());
+    Project project(getPlainProject());
     EXPECT_EQ(runToDatabase(project), 0);
     EXPECT_EQ(ask(getDatabase(project), "select sql from sqlite_master where name = 'Junction'"),
               "CREATE TABLE Junction (Name TEXT,Period INT,TotInflow FLOAT,LatInflow FLOAT)\n");
@@ -94,25 +94,25 @@ TEST(Database, WithoutPollutantsTablesHaveTheirFixedColumns) {
 }
 
 TEST(Database, WithoutAReportTablesAreEmpty) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 1:00:00\n"));
+    Project project(getDelayedProject("REPORT_STEP 1:00:00\n"));
     EXPECT_EQ(runToDatabase(project), 0);
     EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "0\n");
 }
 
 TEST(Database, PeriodIsInTheEndTheNumberOfReports) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:00\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:02:00\n"));
     runToDatabase(project);
     EXPECT_EQ(ask(getDatabase(project), "select max(Period) from System"), "2\n");
 }
 
 TEST(Database, HyphensOfPollutantsBecomeLowLines) {
-    ProjectFile project(getDelayedProject(ONE_REPORT, "NH4--N-"));
+    Project project(getDelayedProject(ONE_REPORT, "NH4--N-"));
     EXPECT_EQ(runToDatabase(project), 0);
     EXPECT_EQ(ask(getDatabase(project), "select name from pragma_table_info('Pump')"), "Name\nPeriod\nFlow\nNH4__N_\n");
 }
 
 TEST(Database, ANegativeStartDateLeavesGeneralInfoEmpty) {
-    ProjectFile project(
+    Project project(
         "[GENERAL]\nSTART_DATE 1899/12/01\nEND_DATE 1899/12/01\nEND_TIME 0:04:00\nROUTING_STEP 0:01:00\n"
         "REPORT_STEP 0:01:00\n[OUTFALLS]\nO1\n");
     project.open();
@@ -126,7 +126,7 @@ TEST(Database, ANegativeStartDateLeavesGeneralInfoEmpty) {
 }
 
 TEST(Database, IsMadeAnewByEachRun) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     runToDatabase(project);
     const std::string rows = ask(getDatabase(project), "select * from Connection");
     ask(getDatabase(project), "create table Mine (A); insert into Mine values (7)");
@@ -138,16 +138,16 @@ TEST(Database, IsMadeAnewByEachRun) {
 // --- names ---------------------------------------------------------------------------------------------------------
 
 TEST(Database, NamesBecomeUtf8) {
-    ProjectFile project(getDelayedProject(ONE_REPORT, "A",
-                                          "Stra\xDF"
-                                          "e"));
+    Project project(getDelayedProject(ONE_REPORT, "A",
+                                      "Stra\xDF"
+                                      "e"));
     EXPECT_EQ(runToDatabase(project), 0);
     EXPECT_EQ(ask(getDatabase(project), "select Name from Junction where Period = 1"),
               "Stra\xC3\x9F"
               "e\n");
-    ProjectFile other(getDelayedProject(ONE_REPORT, "A",
-                                        "Stra\xC3\x9F"
-                                        "e"));
+    Project other(getDelayedProject(ONE_REPORT, "A",
+                                    "Stra\xC3\x9F"
+                                    "e"));
     EXPECT_EQ(runToDatabase(other), 0);
     EXPECT_EQ(ask(getDatabase(other), "select Name from Junction where Period = 1"),
               "Stra\xC3\x9F"
@@ -155,7 +155,7 @@ TEST(Database, NamesBecomeUtf8) {
 }
 
 TEST(Database, AnApostropheFailsItsOwnRowsAlone) {
-    ProjectFile project(getDelayedProject(ONE_REPORT, "A", "O'Brien"));
+    Project project(getDelayedProject(ONE_REPORT, "A", "O'Brien"));
     EXPECT_EQ(runToDatabase(project), 315);
     EXPECT_EQ(project.getReport(), getMessage("near \"Brien\": syntax error"));
     EXPECT_EQ(ask(getDatabase(project), "select count(*) from Junction"), "0\n");
@@ -163,7 +163,7 @@ TEST(Database, AnApostropheFailsItsOwnRowsAlone) {
 }
 
 TEST(Database, ADoubledApostropheStandsForOne) {
-    ProjectFile project(getDelayedProject(ONE_REPORT, "A", "O''Brien"));
+    Project project(getDelayedProject(ONE_REPORT, "A", "O''Brien"));
     EXPECT_EQ(runToDatabase(project), 0);
     EXPECT_EQ(ask(getDatabase(project), "select Name from Junction"), "O'Brien\n");
 }
@@ -218,7 +218,7 @@ TEST(Database, ANameCannotAct) {
     };
     for (const auto& attack : attacks) {
         const std::string& name = attack.name;
-        ProjectFile project(getDelayedProject(ONE_REPORT, "A", name));
+        Project project(getDelayedProject(ONE_REPORT, "A", name));
         EXPECT_EQ(runToDatabase(project), 315) << name;
         const std::string report = project.getReport();
         EXPECT_EQ(countMessages(report), 1) << name << report;
@@ -252,7 +252,7 @@ TEST(Database, APollutantCannotAct) {
         {"x)as/**/select/**/1/*", "near \"as\": syntax error"},
     };
     for (const auto& attack : attacks) {
-        ProjectFile project(getDelayedProject(ONE_REPORT, attack.name));
+        Project project(getDelayedProject(ONE_REPORT, attack.name));
         project.open();
         EXPECT_EQ(tarnvelde_start(2), 315) << attack.name;
         tarnvelde_end();
@@ -274,7 +274,7 @@ constexpr const char* QUALITY_TABLES[] = {"Subcatchment", "Junction", "Tank",   
                                           "Conduit",      "Weir",     "Orifice"};
 
 /// The texts and the rows of all these tables.
-std::string getQualityTables(const ProjectFile& project) {
+std::string getQualityTables(const Project& project) {
     std::string sql;
     for (const char* table : QUALITY_TABLES) {
         sql.append("select sql from sqlite_master where name = '").append(table).append("';");
@@ -285,7 +285,7 @@ std::string getQualityTables(const ProjectFile& project) {
 
 /// A run that is good, then one whose pollutant is refused. The tables that this one can't make anew stay as they are.
 void expectOldTablesStay(const std::string& pollutant) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE NO\n", "A"));
+    Project project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE NO\n", "A"));
     EXPECT_EQ(runToDatabase(project), 0);
     const std::string before = getQualityTables(project);
     EXPECT_NE(before.find("J1|4|0.5|0.5|4.0\n"), std::string::npos) << before;
@@ -336,7 +336,7 @@ TEST(Database, PollutantsWhoseColumnsMeetLoseTheirTables) {
     };
     for (const auto& clash : cases) {
         SCOPED_TRACE(clash.pollutant);
-        ProjectFile project(getDelayedProject(ONE_REPORT, clash.pollutant) + "[POLLUTANTS]\n" + clash.more);
+        Project project(getDelayedProject(ONE_REPORT, clash.pollutant) + "[POLLUTANTS]\n" + clash.more);
         EXPECT_EQ(project.open(), 0);
         EXPECT_EQ(tarnvelde_start(2), 315);
         tarnvelde_end();
@@ -349,7 +349,7 @@ TEST(Database, PollutantsWhoseColumnsMeetLoseTheirTables) {
 }
 
 TEST(Database, AClashOfColumnsLosesTheTablesAndTheirRows) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE NO\n", "inflow"));
+    Project project(getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE NO\n", "inflow"));
     project.open();
     EXPECT_EQ(tarnvelde_start(2), 315);
     const int32_t code = ErrorCode;
@@ -369,7 +369,7 @@ TEST(Database, AClashOfColumnsLosesTheTablesAndTheirRows) {
 // --- failures ------------------------------------------------------------------------------------------------------
 
 TEST(Database, APeriodWithoutAStepFailsItsRows) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE YES\n"));
     project.open();
     tarnvelde_start(2);
     double elapsed = 0.0;
@@ -387,7 +387,7 @@ TEST(Database, APeriodWithoutAStepFailsItsRows) {
 }
 
 TEST(Database, AFileThatCannotBeOpenedLeavesAllOut) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     std::filesystem::create_directory(getDatabase(project));
     EXPECT_EQ(project.open(), 0);
     testing::internal::CaptureStdout();
@@ -403,7 +403,7 @@ TEST(Database, AFileThatCannotBeOpenedLeavesAllOut) {
 }
 
 TEST(Database, AFileOfAnotherKindFailsStatementByStatement) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     const std::string text(5000, 'x');
     project.folder.write("model.db", text);
     project.open();
@@ -420,7 +420,7 @@ TEST(Database, AFileOfAnotherKindFailsStatementByStatement) {
 }
 
 TEST(Database, ALockedFileFailsAtTheCommit) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     runToDatabase(project);
     const std::string rows = ask(getDatabase(project), "select * from Connection");
     project.open();
@@ -438,7 +438,7 @@ TEST(Database, ALockedFileFailsAtTheCommit) {
 }
 
 TEST(Database, AKilledRunLeavesTheOldResultsWhole) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     runToDatabase(project);
     const std::string rows = ask(getDatabase(project), "select * from Connection");
     const int status = process_fork([&] {
@@ -459,7 +459,7 @@ TEST(Database, AKilledRunLeavesTheOldResultsWhole) {
 }
 
 TEST(Database, AFullDiskLeavesTheOldResultsWhole) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     runToDatabase(project);
     const std::string rows = ask(getDatabase(project), "select * from Connection");
     for (const int reports : {10, 20000}) {  // the disk is full at the commit, or in the midst
@@ -486,7 +486,7 @@ TEST(Database, AFullDiskLeavesTheOldResultsWhole) {
 // --- several runs --------------------------------------------------------------------------------------------------
 
 TEST(Database, ASecondStartTakesTheFirstRunBack) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(2);
     stepToEnd();
@@ -500,7 +500,7 @@ TEST(Database, ASecondStartTakesTheFirstRunBack) {
 }
 
 TEST(Database, ALaterRunWithoutItDeletesTheFile) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(2);
     stepToEnd();
@@ -514,11 +514,11 @@ TEST(Database, ALaterRunWithoutItDeletesTheFile) {
 }
 
 TEST(Database, AProjectThatTakesThePlaceOfAnotherTakesItsRowsBack) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     runToDatabase(project);
     project.open();
     tarnvelde_start(2);
-    ProjectFile other(getDelayedProject());
+    Project other(getDelayedProject());
     other.open();
     EXPECT_EQ(DbHandle, nullptr);
     tarnvelde_close();
@@ -526,7 +526,7 @@ TEST(Database, AProjectThatTakesThePlaceOfAnotherTakesItsRowsBack) {
 }
 
 TEST(Database, AFailedRunIsCommittedAtTheClose) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(2);
     double elapsed = 0.0;

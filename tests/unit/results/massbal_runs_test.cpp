@@ -56,7 +56,7 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
     // What a run misses lies between the two ways of counting: the steps that fire, and periods that a sum doesn't
     // fill.
     for (unsigned seed = 1; seed <= 20; ++seed) {
-        ProjectFile project(getGeneral(180) + makePipesOnly(generateNetwork(seed, 30, 0)));
+        Project project(getGeneral(180) + makePipesOnly(generateNetwork(seed, 30, 0)));
         ASSERT_EQ(project.open(), 0) << project.getReport();
         ASSERT_EQ(tarnvelde_start(0), 0);
         Table<double> taken = table_make(Pipes.size(), 0.0), routedIn = taken, routedOut = taken;
@@ -114,7 +114,7 @@ TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
         }
         std::string text = getGeneral(60);
         text.append("[JUNCTIONS]\n").append(junctions).append("[OUTFALLS]\nOUT\n[CONNECTIONS]\n").append(connections);
-        ProjectFile project(text.append("[POLLUTANTS]\nX 0\n[DWFS]\n").append(dwfs));
+        Project project(text.append("[POLLUTANTS]\nX 0\n[DWFS]\n").append(dwfs));
         ASSERT_EQ(project.open(), 0);
         ASSERT_EQ(tarnvelde_start(0), 0);
         double elapsed = 0.0;
@@ -133,7 +133,7 @@ TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
 
 TEST(WaterBalance, IsInTheReport) {
     // One connection without delay: all that comes in goes out, but for a last step that the end of the run cuts.
-    ProjectFile project(
+    Project project(
         "[GENERAL]\nEND_DATE 2020/01/02\nROUTING_STEP 0:01:00\nREPORT_STEP 1:00:00\n[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n"
         "[CONNECTIONS]\nC A OUT NO 0\n[DWFS]\nA FLOW 0.25 \"\"\nA X 8 \"\"\n[POLLUTANTS]\nX 0\n");
     ASSERT_EQ(project.run(), 0);

@@ -11,7 +11,7 @@
 #include "nodes/reactor.h"
 #include "support/lids.h"
 #include "support/reporttables.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 namespace {
 
@@ -45,10 +45,10 @@ Errors getErrors() {
 
 // The first firing of the pipe lets 2 m3/s out, of which 0.5 may pass.
 TEST(FloodingLoss, OfAPipeTakesItsConcentrationAlong) {
-    StorageModel model(getGeneral(4) +
-                       "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0.5\n[POLLUTANTS]\nX 0\n" +
-                       getInflow("6"));
-    ASSERT_EQ(model.step(2), 0);
+    StartedProject model(getGeneral(4) +
+                         "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[PIPES]\nP A OUT NO 60 1 0 0.5\n[POLLUTANTS]\nX 0\n" +
+                         getInflow("6"));
+    model.step(2);
     const double flood = 6.0 * 30.0 / 90.0 - 0.5;
     EXPECT_NEAR(FlowTotals.floodingLoss, DT * flood, 1e-12);
     EXPECT_NEAR(QualTotals[0].floodingLoss, DT * flood * 50.0 / 1000.0, 1e-12);  // 4.5 kg
@@ -56,10 +56,10 @@ TEST(FloodingLoss, OfAPipeTakesItsConcentrationAlong) {
 
 // Of the 300 m3 of the step 100 fit into the conduit.
 TEST(FloodingLoss, OfAConduitTakesItsConcentrationAlong) {
-    StorageModel model(getGeneral(4) +
-                       "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J OUT NO 100 0.01 0.02 RECTANGULAR 1 1\n"
-                       "[POLLUTANTS]\nX 0\n[DWFS]\nJ FLOW 5 \"\"\nJ X 50 \"\"\n");
-    ASSERT_EQ(model.step(), 0);
+    StartedProject model(getGeneral(4) +
+                         "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J OUT NO 100 0.01 0.02 RECTANGULAR 1 1\n"
+                         "[POLLUTANTS]\nX 0\n[DWFS]\nJ FLOW 5 \"\"\nJ X 50 \"\"\n");
+    model.step();
     EXPECT_NEAR(FlowTotals.floodingLoss, 200.0, 1e-9);
     EXPECT_NEAR(QualTotals[0].floodingLoss, 200.0 * 50.0 / 1000.0, 1e-9);
 }
@@ -67,8 +67,8 @@ TEST(FloodingLoss, OfAConduitTakesItsConcentrationAlong) {
 // --- errors --------------------------------------------------------------------------------------------------------
 
 TEST(FlowError, DividesByANegativeTotal) {
-    StorageModel model(getPipe("[INFLOWS]\nA FLOW FLOW -0.3 \"\" 1\n"));
-    ASSERT_EQ(model.step(2), 0);
+    StartedProject model(getPipe("[INFLOWS]\nA FLOW FLOW -0.3 \"\" 1\n"));
+    model.step(2);
     double error = 0.0;
     const FlowTotalsRecord totals = massbal_closeFlow(&error);
     EXPECT_NEAR(totals.externalInflow, -36.0, 1e-12);
@@ -79,10 +79,10 @@ TEST(FlowError, DividesByANegativeTotal) {
 }
 
 TEST(ContinuityErrors, AreZeroWhereNothingCameIn) {
-    StorageModel model(getPipe(""));
-    ASSERT_EQ(model.step(2), 0);
+    StartedProject model(getPipe(""));
+    model.step(2);
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = model.file.getReport();
+    const std::string report = model.getReport();
     EXPECT_EQ(getRow(report, "Flow Routing Continuity", "Continuity Error (%)"), "0.000");
     EXPECT_EQ(getRow(report, "Quality Routing Continuity", "Continuity Error (%)"), "0.000");
     ASSERT_EQ(tarnvelde_end(), 0);
@@ -96,11 +96,11 @@ TEST(ContinuityErrors, AreZeroWhereNothingCameIn) {
 
 // What stands in the pipe, 12 m3 with 50 mg/L, is added to copies of the totals.
 TEST(SecondReport, RepeatsTheRoutingTables) {
-    StorageModel model(getPipe(getInflow("0.3")));
-    ASSERT_EQ(model.step(2), 0);
+    StartedProject model(getPipe(getInflow("0.3")));
+    model.step(2);
     ASSERT_EQ(tarnvelde_report(), 0);
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = model.file.getReport();
+    const std::string report = model.getReport();
     std::vector<std::string> texts;
     for (size_t begin = 0; (begin = report.find("Flow Routing Continuity", begin)) != std::string::npos;) {
         const size_t end = report.find("Node Inflow Summary", begin);
@@ -116,9 +116,10 @@ TEST(SecondReport, RepeatsTheRoutingTables) {
 // The first report empties the statistics by pollutant. Those of reactors are losses of the network too: of 10 kg, 2
 // seeped away and 3 reacted, which the second report no longer knows. Volumes stay.
 TEST(SecondReport, HasLostWhatSeepedAndReactedInReactors) {
-    StorageModel model(getGeneral(4) +
-                       "[POLLUTANTS]\nX 0\n[OUTFALLS]\nOUT\nSUR\n[REACTORS]\nR CSTR SUR FLOW_CAPACITY 864000 100 0 0\n"
-                       "[CONNECTIONS]\nC R OUT NO 0\n");
+    StartedProject model(
+        getGeneral(4) +
+        "[POLLUTANTS]\nX 0\n[OUTFALLS]\nOUT\nSUR\n[REACTORS]\nR CSTR SUR FLOW_CAPACITY 864000 100 0 0\n"
+        "[CONNECTIONS]\nC R OUT NO 0\n");
     FlowTotals.externalInflow = 100.0;
     QualTotals[0].externalInflow = 10.0;
     Reactors[0].statEvap = 40.0;
@@ -132,7 +133,7 @@ TEST(SecondReport, HasLostWhatSeepedAndReactedInReactors) {
     } expected[] = {{"2.000", "3.000", "50.000"}, {"0.000", "0.000", "100.000"}};
     for (const auto& loads : expected) {
         ASSERT_EQ(tarnvelde_report(), 0);
-        const std::string report = model.file.getReport();
+        const std::string report = model.getReport();
         EXPECT_EQ(getRow(report, "Quality Routing Continuity", "Seepage Loss"), loads.seepage);
         EXPECT_EQ(getRow(report, "Quality Routing Continuity", "Reacted Loss"), loads.reacted);
         EXPECT_EQ(getRow(report, "Quality Routing Continuity", "Continuity Error (%)"), loads.error);
@@ -146,13 +147,13 @@ TEST(SecondReport, HasLostWhatSeepedAndReactedInReactors) {
 
 TEST(ReportBeforeAStart, ShowsNothingOfTheProjectBefore) {
     {
-        StorageModel model(getPipe(getInflow("0.3")));
-        ASSERT_EQ(model.step(2), 0);
+        StartedProject model(getPipe(getInflow("0.3")));
+        model.step(2);
         ASSERT_EQ(tarnvelde_report(), 0);
-        ASSERT_EQ(getRow(model.file.getReport(), "Flow Routing Continuity", "External Inflow"), "36.000");
-        ASSERT_EQ(getRow(model.file.getReport(), "Flow Routing Continuity", "External Outflow"), "6.000");
+        ASSERT_EQ(getRow(model.getReport(), "Flow Routing Continuity", "External Inflow"), "36.000");
+        ASSERT_EQ(getRow(model.getReport(), "Flow Routing Continuity", "External Outflow"), "6.000");
     }
-    ProjectFile project(getGeneral(2) + "[OUTFALLS]\nO\n");
+    Project project(getGeneral(2) + "[OUTFALLS]\nO\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::vector<std::string> rows = getRows(project.getReport(), "Flow Routing Continuity");
@@ -179,7 +180,7 @@ std::string getLids() {
 }  // namespace
 
 TEST(LidNodes, AreInTheFlowBalance) {
-    StorageModel model(getLids());
+    StartedProject model(getLids());
     LidMono& mono = LidMonos[0];
     mono.unit.initialDepth = 0.01;
     mono.rainDepth = 0.02;
@@ -197,7 +198,7 @@ TEST(LidNodes, AreInTheFlowBalance) {
 }
 
 TEST(LidNodes, AreInTheQualityBalanceOfTheirPollutant) {
-    StorageModel model(getLids());
+    StartedProject model(getLids());
     LidMono& mono = LidMonos[0];
     mono.unit.rainLoad[1] = 1.0;
     mono.unit.exfilLoad[1] = 0.2;
@@ -215,7 +216,7 @@ TEST(LidNodes, AreInTheQualityBalanceOfTheirPollutant) {
 }
 
 TEST(LidUnitsOfLand, AreInTheRunoffBalance) {
-    StorageModel model(getLids());
+    StartedProject model(getLids());
     LidUnits[0].initialDepth = 0.02;
     LidUnits[0].drainDepth = 0.004;
     LidUnits[0].finalDepth = 0.01;
@@ -228,7 +229,7 @@ TEST(LidUnitsOfLand, AreInTheRunoffBalance) {
 }
 
 TEST(LidUnitsOfLand, AreInTheWashoffBalanceOfTheirPollutant) {
-    StorageModel model(getLids());
+    StartedProject model(getLids());
     const LidUnit& unit = LidUnits[0];
     unit.rainLoad[1] = 2.0;
     unit.exfilLoad[1] = 0.5;

@@ -10,13 +10,15 @@
 #include <vector>
 
 #include "hydrology/lidgroup.h"
+#include "links/conduit.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
+#include "nodes/tank.h"
 #include "support/allkinds.h"
 #include "support/land.h"
 #include "support/lids.h"
 #include "support/reporttables.h"
-#include "support/storagemodel.h"
+#include "support/storage.h"
 
 namespace {
 
@@ -81,14 +83,14 @@ TEST_F(LandReport, RunoffQualityHasARowForEachWay) {
     land().pondedMass[0] = 0.6;
     land().initBuildup[1] = 8.0;
     land().surfaceWashoff[1] = 6.0;
-    const std::string report = makeReport();
+    const std::string tables = makeReport();
     const Rows expected = {
         "Init. Buildup 1.000 8.000",     "Surface Buildup 2.000 0.000",       "Wet Deposition 3.000 0.000",
         "Infil. Loss 0.400 0.000",       "BMP Removal 0.250 0.000",           "LID Removal 0.000 0.000",
         "Surface Washoff 4.000 6.000",   "LID Drainage 0.000 0.000",          "LID Final Storage 0.000 0.000",
         "Remaining Buildup 0.600 0.000", "Continuity Error (%) 12.500 25.000"};
-    EXPECT_EQ(getRows(report, "Runoff Quality Continuity"), expected);
-    EXPECT_EQ(getRow(report, "Subcatchment Washoff Summary", "S"), "4.000 6.000");
+    EXPECT_EQ(getRows(tables, "Runoff Quality Continuity"), expected);
+    EXPECT_EQ(getRow(tables, "Subcatchment Washoff Summary", "S"), "4.000 6.000");
 }
 
 // 2.5 ha with 8 of 20 mm of rain run off: 200 m3.
@@ -112,7 +114,7 @@ TEST_F(LandReport, SubcatchmentsHaveDepthsVolumeAndCoefficient) {
 // In come 1000 + 200 + 30 + 4 + 5 + 1 = 1240; 600 + 70 + 8 + 9 + 10 + 11 + 12 + 500 = 1220 are accounted for:
 // 20 / 1240 = 1.613 %. The reserved total has no part in it.
 TEST(NetworkReport, FlowRoutingHasARowForEachTotal) {
-    StorageModel model(getGeneral(4) + "[OUTFALLS]\nO\n");
+    StartedProject model(getGeneral(4) + "[OUTFALLS]\nO\n");
     FlowTotals.dryWeatherInflow = 1000.0;
     FlowTotals.wetWeatherInflow = 200.0;
     FlowTotals.externalInflow = 30.0;
@@ -134,12 +136,12 @@ TEST(NetworkReport, FlowRoutingHasARowForEachTotal) {
                            "Flooding Loss 70.000",        "SWMM Outflow 8.000",         "VORN Outflow 9.000",
                            "Evap. Loss 10.000",           "Seepage Loss 11.000",        "Delayed Vol. 12.000",
                            "Init. Storage 1.000",         "Final Storage 500.000",      "Continuity Error (%) 1.613"};
-    EXPECT_EQ(getRows(model.file.getReport(), "Flow Routing Continuity"), expected);
+    EXPECT_EQ(getRows(model.getReport(), "Flow Routing Continuity"), expected);
 }
 
 // As above, with what has reacted in the place of evaporation. The second pollutant never came in.
 TEST(NetworkReport, QualityRoutingHasARowForEachTotalAndAColumnForEachPollutant) {
-    StorageModel model(getGeneral(4) + "[OUTFALLS]\nO\n[POLLUTANTS]\nP 0\nQ 0\n");
+    StartedProject model(getGeneral(4) + "[OUTFALLS]\nO\n[POLLUTANTS]\nP 0\nQ 0\n");
     QualTotalsRecord& totals = QualTotals[0];
     totals.dryWeatherInflow = 1000.0;
     totals.wetWeatherInflow = 200.0;
@@ -165,19 +167,19 @@ TEST(NetworkReport, QualityRoutingHasARowForEachTotalAndAColumnForEachPollutant)
         "Flooding Loss 70.000 0.000",        "SWMM Outflow 8.000 0.000",         "VORN Outflow 9.000 0.000",
         "Seepage Loss 11.000 0.000",         "Reacted Loss 10.000 0.000",        "Delayed Mass 12.000 0.000",
         "Init. Storage 1.000 0.000",         "Final Storage 500.000 0.000",      "Continuity Error (%) 1.613 0.000"};
-    const std::string report = model.file.getReport();
+    const std::string report = model.getReport();
     EXPECT_EQ(getRows(report, "Quality Routing Continuity"), expected);
     EXPECT_EQ(getRows(report, "Outfall Loading Summary"), Rows{"O 600.000 0.500"});
 }
 
 TEST(NetworkReport, ANegativeFigureBelowTheLastDigitKeepsItsSign) {
     // 10 steps of 60 s at -5e-7 m3/s: -0.0003 m3. The maximum counts from 0.
-    StorageModel model(getGeneral(10) +
-                       "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n"
-                       "[INFLOWS]\nA FLOW FLOW -0.0000005 \"\" 1\n");
-    ASSERT_EQ(model.step(10), 0);
+    StartedProject model(getGeneral(10) +
+                         "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A OUT NO 0\n"
+                         "[INFLOWS]\nA FLOW FLOW -0.0000005 \"\" 1\n");
+    model.step(10);
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = model.file.getReport();
+    const std::string report = model.getReport();
     EXPECT_EQ(getRow(report, "Flow Routing Continuity", "External Inflow"), "-0.000");
     EXPECT_EQ(getRow(report, "Node Inflow Summary", "A"), "JUNCTION -0.000 0.000");
 }
@@ -198,8 +200,8 @@ TEST(NetworkReport, NodesHaveTheirKindAndOutsideModelsNoRow) {
     const Rows expected = {"J JUNCTION 1.000 0.125",  "T TANK 2.000 0.250",      "O OUTFALL 3.000 0.375",
                            "SP SPLITTER 4.000 0.500", "R REACTOR 6.000 0.750",   "M LID_MONO 7.000 0.875",
                            "O2 OUTFALL 9.000 1.125",  "OS OUTFALL 10.000 1.250", "OR2 OUTFALL 11.000 1.375"};
-    EXPECT_EQ(getRows(project.project.getReport(), "Node Inflow Summary"), expected);
-    EXPECT_EQ(getRows(project.project.getReport(), "Tank Depth Summary"), Rows{"T 2.000 2000.000 7.000"});
+    EXPECT_EQ(getRows(project.getReport(), "Node Inflow Summary"), expected);
+    EXPECT_EQ(getRows(project.getReport(), "Tank Depth Summary"), Rows{"T 2.000 2000.000 7.000"});
 }
 
 TEST(NetworkReport, LinksHaveTheirKindFlowAndFlood) {
@@ -220,11 +222,11 @@ TEST(NetworkReport, LinksHaveTheirKindFlowAndFlood) {
         value += 1.0;
         row += show(value) + show(2.0 * value) + show(3.0 * value) + show(4.0 * value);
     }
-    EXPECT_EQ(getRows(project.project.getReport(), "Link Flow Summary"), expected);
+    EXPECT_EQ(getRows(project.getReport(), "Link Flow Summary"), expected);
 }
 
 TEST(NetworkReport, NodesThatHaveNoRowLeaveTheHead) {
-    StorageModel model(getGeneral(4) + "[OUTFALLS]\nO\n");
+    StartedProject model(getGeneral(4) + "[OUTFALLS]\nO\n");
     const std::string head =
         "\n  Node Inflow Summary\n  *******************"
         "\n                                              Inflow      Max. Inflow"
@@ -234,29 +236,29 @@ TEST(NetworkReport, NodesThatHaveNoRowLeaveTheHead) {
         Nodes[0].kind = kind;
         ASSERT_EQ(tarnvelde_report(), 0);
         Nodes[0].kind = OUTFALL;
-        const std::string report = model.file.getReport();
+        const std::string report = model.getReport();
         EXPECT_EQ(report.substr(report.rfind("\n  Node Inflow Summary")), head) << kind;
     }
 }
 
 // The lowest point of the bed is a bank, so nothing fits, and there is no share of a full depth.
 TEST(NetworkReport, AConduitWithoutDepthHasNoCapacity) {
-    StorageModel model(getGeneral(4) +
-                       "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J OUT NO 100 0.5 0.013 IRREGULAR X\n"
-                       "[DWFS]\nJ FLOW 0.5 \"\"\n[CURVES]\nX TRANSECT 0 1 2 3 4 4\n");
-    ASSERT_EQ(getConduit("C").fullDepth, 0.0);
-    ASSERT_EQ(model.step(), 0);
+    StartedProject model(getGeneral(4) +
+                         "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J OUT NO 100 0.5 0.013 IRREGULAR X\n"
+                         "[DWFS]\nJ FLOW 0.5 \"\"\n[CURVES]\nX TRANSECT 0 1 2 3 4 4\n");
+    ASSERT_EQ(model.conduit("C").fullDepth, 0.0);
+    model.step();
     ASSERT_EQ(tarnvelde_report(), 0);
-    EXPECT_EQ(getRows(model.file.getReport(), "Conduit Flow Summary"), Rows{"C 0.000 0.000 0.000"});
+    EXPECT_EQ(getRows(model.getReport(), "Conduit Flow Summary"), Rows{"C 0.000 0.000 0.000"});
 }
 
 TEST(NetworkReport, AConduitHasItsDepthItsShareOfTheFullOneAndItsVelocity) {
-    StorageModel model(getGeneral(4) +
-                       "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J OUT NO 100 0.5 0.013 RECTANGULAR 2 3\n");
-    getConduit("C").statMaxDepth = 0.5;
-    getConduit("C").statMaxVelocity = 1.75;
+    StartedProject model(getGeneral(4) +
+                         "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J OUT NO 100 0.5 0.013 RECTANGULAR 2 3\n");
+    model.conduit("C").statMaxDepth = 0.5;
+    model.conduit("C").statMaxVelocity = 1.75;
     ASSERT_EQ(tarnvelde_report(), 0);
-    EXPECT_EQ(getRows(model.file.getReport(), "Conduit Flow Summary"), Rows{"C 0.500 0.250 1.750"});
+    EXPECT_EQ(getRows(model.getReport(), "Conduit Flow Summary"), Rows{"C 0.500 0.250 1.750"});
 }
 
 // --- LID controls --------------------------------------------------------------------------------------------------
@@ -292,13 +294,13 @@ std::string getLidText() {
 
 // Units show depths in mm, nodes volumes: their depths are those of 100 and of 1000 m2.
 TEST(LidReport, WaterStandsInItsColumns) {
-    StorageModel model(getLidText());
+    StartedProject model(getLidText());
     setDepths(LidUnits[0], 0.001);
     setDepths(LidUnits[1], 0.011);
     setDepths(LidMonos[0].unit, 0.001);
     setDepths(LidMonos[1].unit, 0.011);
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = model.file.getReport();
+    const std::string report = model.getReport();
     const Rows units = {"S A 1.000 2.000 3.000 4.000 5.000 6.000 7.000",
                         "S B 11.000 12.000 13.000 14.000 15.000 16.000 17.000"};
     EXPECT_EQ(getRows(report, "Subcatchment LID Performance Summary"), units);
@@ -308,7 +310,7 @@ TEST(LidReport, WaterStandsInItsColumns) {
 }
 
 TEST(LidReport, LoadsStandInTheBlockOfTheirPollutant) {
-    StorageModel model(getLidText());
+    StartedProject model(getLidText());
     for (size_t p = 0; p < 2; ++p) {
         const double block = 100.0 * static_cast<double>(p);
         setLoads(LidUnits[0], p, block + 11.0);
@@ -317,7 +319,7 @@ TEST(LidReport, LoadsStandInTheBlockOfTheirPollutant) {
         setLoads(LidMonos[1].unit, p, block + 41.0);
     }
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = model.file.getReport();
+    const std::string report = model.getReport();
     const Rows units = {"*P*",
                         "S A 11.000 12.000 13.000 14.000 15.000 16.000",
                         "S B 21.000 22.000 23.000 24.000 25.000 26.000",
@@ -338,18 +340,18 @@ TEST(LidReport, LoadsStandInTheBlockOfTheirPollutant) {
 
 TEST_F(LandReport, WithoutPollutantsThereIsNoTableOfThem) {
     ASSERT_EQ(start(LandProject()), 0);
-    const std::string report = makeReport();
-    EXPECT_NE(report.find("Subcatchment Runoff Summary"), std::string::npos) << report;
-    EXPECT_NE(report.find("Node Inflow Summary"), std::string::npos);
+    const std::string tables = makeReport();
+    EXPECT_NE(tables.find("Subcatchment Runoff Summary"), std::string::npos) << tables;
+    EXPECT_NE(tables.find("Node Inflow Summary"), std::string::npos);
     for (const char* word : {"Quality", "Washoff", "Outfall Loading", "kg"}) {
-        EXPECT_EQ(report.find(word), std::string::npos) << word;
+        EXPECT_EQ(tables.find(word), std::string::npos) << word;
     }
 }
 
 TEST(NetworkReport, WithoutLandThereIsNoTableOfIt) {
-    StorageModel model(getGeneral(4) + "[OUTFALLS]\nO\n");
+    StartedProject model(getGeneral(4) + "[OUTFALLS]\nO\n");
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = model.file.getReport();
+    const std::string report = model.getReport();
     // Of the tables only these are left.
     EXPECT_NE(report.find("Runoff Quantity Continuity"), std::string::npos);
     EXPECT_NE(report.find("Flow Routing Continuity"), std::string::npos);
@@ -362,7 +364,7 @@ TEST(NetworkReport, HoldsAllTablesInTheirOrder) {
     AllKinds project;
     project.start();
     ASSERT_EQ(tarnvelde_report(), 0);
-    const std::string report = project.project.getReport();
+    const std::string report = project.getReport();
     size_t place = 0;
     for (const char* title :
          {"Runoff Quantity Continuity", "Runoff Quality Continuity", "Flow Routing Continuity",
@@ -386,10 +388,10 @@ TEST_F(LandReport, AGageListsItsEventsOnceForEachRun) {
     project.series = "T 0:00 0\nT 0:05 0\nT 0:10 3\nT 0:15 4\nT 0:20 0\nT 1:00 0\n";
     project.general = "EVENT_INTERVAL 5\n";
     ASSERT_EQ(start(project), 0);
-    stepToEnd();
+    runToEnd();
     ASSERT_EQ(tarnvelde_end(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
-    stepToEnd();
+    runToEnd();
     const Rows expected = {"G 1 2021/03/01 00:10:00 2021/03/01 00:15:00 7.000",
                            "G 2 2021/03/01 00:10:00 2021/03/01 00:15:00 7.000"};
     EXPECT_EQ(getRows(makeReport(), "Gage Event Summary"), expected);

@@ -11,7 +11,7 @@
 namespace {
 
 /// Opens a project, starts it and goes some steps; each of them is reported.
-void begin(ProjectFile& project, int32_t saveMode, int steps) {
+void begin(Project& project, int32_t saveMode, int steps) {
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(saveMode), 0);
     double elapsed = 0.0;
@@ -21,7 +21,7 @@ void begin(ProjectFile& project, int32_t saveMode, int steps) {
 }
 
 /// The number of reports in the database of a project.
-std::string countReports(const ProjectFile& project) {
+std::string countReports(const Project& project) {
     const ProcessResult result =
         process_run({"sqlite3", project.folder.file("model.db"), "select count(*) from System"});
     return result.status == 0 ? result.out : result.err;
@@ -30,7 +30,7 @@ std::string countReports(const ProjectFile& project) {
 }  // namespace
 
 TEST(AbandonedRun, LeavesABinaryFileWithoutItsClosingBlock) {
-    ProjectFile whole(getPlainProject()), first(getPlainProject()), second(getPlainProject());
+    Project whole(getPlainProject()), first(getPlainProject()), second(getPlainProject());
     begin(whole, 1, 2);
     tarnvelde_end();
     tarnvelde_close();
@@ -41,7 +41,7 @@ TEST(AbandonedRun, LeavesABinaryFileWithoutItsClosingBlock) {
 }
 
 TEST(AbandonedRun, LeavesAFileOfAnotherSaveMode) {
-    ProjectFile first(getPlainProject()), second(getPlainProject());
+    Project first(getPlainProject()), second(getPlainProject());
     begin(first, 1, 2);
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_start(0), 0);
@@ -51,7 +51,7 @@ TEST(AbandonedRun, LeavesAFileOfAnotherSaveMode) {
 
 TEST(AbandonedRun, LosesAllRowsOfTheDatabaseAlsoBehindItsEnd) {
     for (const bool isEnded : {false, true}) {
-        ProjectFile first(getPlainProject()), second(getPlainProject());
+        Project first(getPlainProject()), second(getPlainProject());
         begin(first, 2, 1);
         tarnvelde_end();
         tarnvelde_close();
@@ -66,7 +66,7 @@ TEST(AbandonedRun, LosesAllRowsOfTheDatabaseAlsoBehindItsEnd) {
 }
 
 TEST(AbandonedRun, LeavesANewDatabaseEmpty) {
-    ProjectFile first(getPlainProject()), second(getPlainProject());
+    Project first(getPlainProject()), second(getPlainProject());
     begin(first, 2, 3);
     ASSERT_EQ(second.run(), 0);
     EXPECT_NE(countReports(first).find("no such table"), std::string::npos);

@@ -161,7 +161,7 @@ struct SampledRun : CoupledProject {
     explicit SampledRun(int32_t saveMode) : CoupledProject(getText(), ALL_KINDS_STEPS) {
         model("a.inp", getPassingModel(ALL_KINDS_STEPS, "substances B J\ngage RG IN 100\n"));
         model("p.sti", getPassingPlant(ALL_KINDS_STEPS));
-        EXPECT_EQ(open(), 0) << project.getReport();
+        EXPECT_EQ(open(), 0) << getReport();
         EXPECT_EQ(tarnvelde_start(saveMode), 0);
         tarnvelde_setTankDepth("T", 7.0);
         for (int k = 0; k < ALL_KINDS_STEPS; ++k) {
@@ -180,12 +180,12 @@ struct SampledRun : CoupledProject {
 
 /// The binary file of such a run.
 struct SampledFile : SampledRun {
-    std::string bytes = readFile(project.results);
+    std::string bytes = readFile(results);
 
     SampledFile() : SampledRun(1) {}
 
-    float getValue(size_t report, size_t place) const {
-        const size_t start = static_cast<size_t>(getClosing(bytes, 3)) + report * getRecordSize();
+    float getValue(size_t period, size_t place) const {
+        const size_t start = static_cast<size_t>(getClosing(bytes, 3)) + period * getRecordSize();
         return getFloat(bytes, start + 8 + 4 * place);
     }
 };
@@ -251,8 +251,7 @@ TEST(AllKindsResults, TheDatabaseHoldsTheSameRows) {
     size_t place = SYSTEM_ROW;
     for (const TableOfObjects& table : TABLES) {
         // One line per row, in the order in which the rows were written.
-        std::istringstream lines(
-            ask(getDatabase(run.project), std::string("select * from ") + table.name + " order by rowid"));
+        std::istringstream lines(ask(getDatabase(run), std::string("select * from ") + table.name + " order by rowid"));
         std::string line, field;
         for (size_t report = 0; report < ALL_KINDS_STEPS; ++report) {
             for (size_t k = 0; k < table.objects.size(); ++k) {
@@ -274,7 +273,7 @@ TEST(AllKindsResults, TheDatabaseHoldsTheSameRows) {
         EXPECT_FALSE(std::getline(lines, line)) << table.name << " has more rows: " << line;
         place += static_cast<size_t>(table.length) * table.objects.size();
     }
-    std::istringstream lines(ask(getDatabase(run.project), "select * from System order by rowid"));
+    std::istringstream lines(ask(getDatabase(run), "select * from System order by rowid"));
     std::string line, field;
     for (size_t report = 0; report < ALL_KINDS_STEPS; ++report) {
         ASSERT_TRUE(std::getline(lines, line)) << "System has too few rows";

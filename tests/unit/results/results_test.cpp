@@ -30,7 +30,7 @@ struct ResultFile {
     float getConnection(int32_t period, size_t column) const { return getValue(period, 12 + 6 + column); }
 };
 
-ResultFile runToFile(ProjectFile& project) {
+ResultFile runToFile(Project& project) {
     EXPECT_EQ(project.run(), 0);
     return ResultFile(project.results);
 }
@@ -40,7 +40,7 @@ ResultFile runToFile(ProjectFile& project) {
 TEST(Results, SampledRowsInterpolateWithinTheStep) {
     // Steps of 60 s and reports of 90 s: the first report lies in the middle of the second step, the second at the end
     // of the third, the delivery begins in the third. A sample at 270 s is never due.
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:30\nREPORT_AVERAGE NO\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:01:30\nREPORT_AVERAGE NO\n"));
     const ResultFile file = runToFile(project);
     ASSERT_EQ(file.getCount(), 2);
     EXPECT_EQ(file.getConnection(1, 1), 0.0f);
@@ -48,7 +48,7 @@ TEST(Results, SampledRowsInterpolateWithinTheStep) {
 }
 
 TEST(Results, ASampleBetweenTwoStatesIsTheirWeightedMean) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:30\nREPORT_AVERAGE NO\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:02:30\nREPORT_AVERAGE NO\n"));
     const ResultFile file = runToFile(project);  // 150 s is in the middle of the third step
     ASSERT_EQ(file.getCount(), 1);
     // The old inflow of a connection is only rolled if the node of the same number is an outfall, which node 0 isn't.
@@ -61,7 +61,7 @@ TEST(Results, ASampleBetweenTwoStatesIsTheirWeightedMean) {
 }
 
 TEST(Results, MeansCoverTheStepsOfThePeriod) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
     const ResultFile file = runToFile(project);
     ASSERT_EQ(file.getCount(), 1);
     EXPECT_EQ(file.getConnection(1, 0), 1.5f / 3.0f);
@@ -71,7 +71,7 @@ TEST(Results, MeansCoverTheStepsOfThePeriod) {
 }
 
 TEST(Results, AStepThatCrossesTheReportTimeCountsToTheNextPeriod) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:30\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:01:30\nREPORT_AVERAGE YES\n"));
     const ResultFile file = runToFile(project);
     ASSERT_EQ(file.getCount(), 2);
     EXPECT_EQ(file.getConnection(1, 1), 0.0f);   // step 1 alone
@@ -79,12 +79,12 @@ TEST(Results, AStepThatCrossesTheReportTimeCountsToTheNextPeriod) {
 }
 
 TEST(Results, MeansAreTheDefault) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:03:00\n"));
     EXPECT_EQ(runToFile(project).getConnection(1, 1), 0.5f / 3.0f);
 }
 
 TEST(Results, APeriodWithoutAStepIsNoNumber) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE YES\n"));
     project.open();
     tarnvelde_start(1);
     double elapsed = 0.0;
@@ -102,7 +102,7 @@ TEST(Results, APeriodWithoutAStepIsNoNumber) {
 }
 
 TEST(Results, CallsBehindTheEndStillAccumulateAndWrite) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
     project.open();
     tarnvelde_start(1);
     EXPECT_EQ(stepToEnd(), 0);
@@ -122,7 +122,7 @@ TEST(Results, CallsBehindTheEndStillAccumulateAndWrite) {
 }
 
 TEST(Results, AStepThatAnErrorFreezesStillSavesTheStateThatItFinds) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
     project.open();
     EXPECT_EQ(tarnvelde_start(1), 0);
     EXPECT_EQ(RunoffStep, 1);  // without land, so that the next step needs runoff again
@@ -149,7 +149,7 @@ TEST(Results, AStepThatAnErrorFreezesStillSavesTheStateThatItFinds) {
 }
 
 TEST(Results, AStartForgetsTheStepsBehindTheLastReportOfTheRunBefore) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
     project.open();
     EXPECT_EQ(tarnvelde_start(1), 0);
     EXPECT_EQ(stepToEnd(), 0);
@@ -166,7 +166,7 @@ TEST(Results, AStartForgetsTheStepsBehindTheLastReportOfTheRunBefore) {
 }
 
 TEST(Results, ReportTimeMovesOnByOneStepAtATime) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
     ReportTime = -180000.0;  // far behind
@@ -177,7 +177,7 @@ TEST(Results, ReportTimeMovesOnByOneStepAtATime) {
 }
 
 TEST(Results, WithoutASaveModeTheReportTimeStands) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(0);
     stepToEnd();
@@ -187,7 +187,7 @@ TEST(Results, WithoutASaveModeTheReportTimeStands) {
 }
 
 TEST(Results, AnUnknownSaveModeKeepsTheReportTimeGoing) {
-    ProjectFile project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE YES\n"));
+    Project project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE YES\n"));
     project.open();
     tarnvelde_start(3);
     double elapsed = 0.0;
@@ -202,8 +202,7 @@ TEST(Results, SavingDoesNotChangeTheRun) {
     const std::string inflow = "[INFLOWS]\nO1 FLOW FLOW 0 T1 1\n";
     std::string reports[3];
     for (const int32_t mode : {0, 1, 2}) {
-        ProjectFile project(
-            getDelayedProject("REPORT_STEP 0:01:17\nREPORT_AVERAGE NO\n").append(inflow).append(series));
+        Project project(getDelayedProject("REPORT_STEP 0:01:17\nREPORT_AVERAGE NO\n").append(inflow).append(series));
         project.open();
         tarnvelde_start(mode);
         EXPECT_EQ(stepToEnd(), 0);
@@ -223,7 +222,7 @@ namespace {
 
 /// Land whose runoff goes from 1 to 2 m3/s between two ends of a runoff step, and nothing else but an outfall.
 struct LandRun {
-    ProjectFile project;
+    Project project;
 
     explicit LandRun(const std::string& average)
         : project(getGeneral(10) + "REPORT_AVERAGE " + average +
@@ -280,7 +279,7 @@ TEST(Results, LandIsExtrapolatedOutsideOfItsStep) {
 namespace {
 
 /// Starts a run without results, then opens results with the request number `count` failing. The errors reported.
-int countMemoryErrors(ProjectFile& project, int64_t count) {
+int countMemoryErrors(Project& project, int64_t count) {
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     SaveMode = 1;
@@ -306,11 +305,11 @@ TEST(Results, ABufferWithoutMemoryGivesOneErrorAndLeavesItsRowsOut) {
     constexpr int64_t REQUESTS = 13 + 2 * 3;
     for (const char* mode : {"YES", "NO"}) {
         const std::string options = std::string("REPORT_STEP 0:01:00\nREPORT_AVERAGE ") + mode + '\n';
-        ProjectFile whole(getDelayedProject(options));
+        Project whole(getDelayedProject(options));
         EXPECT_EQ(countMemoryErrors(whole, REQUESTS + 1), 0);
         const size_t wholeSize = readFile(whole.results).size();
         for (int64_t count = 1; count <= REQUESTS; ++count) {
-            ProjectFile project(getDelayedProject(options));
+            Project project(getDelayedProject(options));
             EXPECT_EQ(countMemoryErrors(project, count), 1) << count;
             const size_t size = readFile(project.results).size();
             EXPECT_TRUE(size == wholeSize || size == wholeSize - 12) << count;
@@ -319,7 +318,7 @@ TEST(Results, ABufferWithoutMemoryGivesOneErrorAndLeavesItsRowsOut) {
 }
 
 TEST(Results, AnErrorOfTheStartLeavesTheOldFileAlone) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.folder.write("model.bin", "old");
     project.open();
     arena_failAfter(1);  // an array of the start
@@ -333,7 +332,7 @@ TEST(Results, AnErrorOfTheStartLeavesTheOldFileAlone) {
 }
 
 TEST(Results, AreGivenBackByTheClose) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
     EXPECT_GT(ResultArena.taken, 0u);
@@ -344,7 +343,7 @@ TEST(Results, AreGivenBackByTheClose) {
 }
 
 TEST(Results, ASecondStartTakesNoMoreMemory) {
-    ProjectFile project(getDelayedProject());
+    Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
     const size_t taken = ResultArena.taken;

@@ -22,40 +22,22 @@
 #include "nodes/reactor.h"
 #include "nodes/tank.h"
 #include "support/project.h"
+#include "support/tables.h"
 
 namespace {
 
 /// Tables filled by hand, with two pollutants.
-struct Rows : testing::Test {
+struct Rows : testing::Test, Tables {
     double older[2] = {1.0, 10.0};
     double newer[2] = {3.0, 30.0};
     float row[32];
 
     void SetUp() override {
-        tarnvelde_close();
-        ObjectCount[POLLUT] = 2;
+        setPollutantCount(2);
         std::fill_n(row, 32, -1.0f);
     }
-    void TearDown() override {
-        Nodes.clear();
-        Links.clear();
-        Splitters.clear();
-        Tanks.clear();
-        Reactors.clear();
-        LidMonos.clear();
-        Lids.clear();
-        Curves.clear();
-        Patterns.clear();
-        Conduits.clear();
-        Pipes.clear();
-        Connections.clear();
-        Subcatches.clear();
-        Gages.clear();
-        HostInflows.clear();
-        ObjectCount[POLLUT] = 0;
-    }
 
-    Node& addNode(int32_t kind, int32_t kindIndex = 0) {
+    Node& addFilledNode(int32_t kind, int32_t kindIndex = 0) {
         Node node{};
         node.kind = kind;
         node.kindIndex = kindIndex;
@@ -68,7 +50,7 @@ struct Rows : testing::Test {
         Nodes.push_back(node);
         return Nodes.back();
     }
-    Link& addLink(int32_t kind, int32_t kindIndex = 0) {
+    Link& addFilledLink(int32_t kind, int32_t kindIndex = 0) {
         Link link{};
         link.kind = kind;
         link.kindIndex = kindIndex;
@@ -91,13 +73,13 @@ struct Rows : testing::Test {
         tank.oldFlood = oldFlood;
         tank.newFlood = newFlood;
         Tanks.fill(1, tank);
-        addNode(TANK);
+        addFilledNode(TANK);
     }
     void addReactor(double volume) {
         Reactor reactor{};
         reactor.storedVolume = volume;
         Reactors.fill(1, reactor);
-        addNode(REACTOR);
+        addFilledNode(REACTOR);
     }
 
     /// 100 m2 with water in all four layers: level times void, and for the soil moisture times porosity.
@@ -115,7 +97,7 @@ struct Rows : testing::Test {
         mono.unit.soilMoisture = 0.4;
         mono.unit.storageLevel = 0.2;
         LidMonos.fill(1, mono);
-        addNode(LID_MONO);
+        addFilledNode(LID_MONO);
     }
 
     /// A rectangle 2 m wide and 3 m high, 100 m long.
@@ -129,7 +111,7 @@ struct Rows : testing::Test {
         conduit.oldFlood = oldFlood;
         conduit.newFlood = newFlood;
         Conduits.fill(1, conduit);
-        addLink(CONDUIT);
+        addFilledLink(CONDUIT);
     }
     void expectRow(std::initializer_list<float> values) const {
         size_t k = 0;
@@ -155,8 +137,8 @@ TEST_F(Rows, LengthsGrowWithThePollutants) {
 }
 
 TEST_F(Rows, JunctionAndOutfallInterpolate) {
-    addNode(JUNCTION);
-    addNode(OUTFALL);
+    addFilledNode(JUNCTION);
+    addFilledNode(OUTFALL);
     for (int32_t node = 0; node < 2; ++node) {
         std::fill_n(row, 32, -1.0f);
         rows_fill(node == 0 ? JUNCTION_TABLE : OUTFALL_TABLE, node, 0.25, row);
@@ -168,7 +150,7 @@ TEST_F(Rows, SplitterTakesItsSecondOutflowFromTheRoundedValues) {
     Splitters.resize(1);
     Splitters[0].oldFlow = 0.1;
     Splitters[0].newFlow = 0.1;
-    addNode(SPLITTER).newInflow = 0.7;
+    addFilledNode(SPLITTER).newInflow = 0.7;
     Nodes[0].oldInflow = 0.7;
     rows_fill(SPLITTER_TABLE, 0, 1.0, row);
     expectRow({0.7f, 1.5f, 0.1f, 0.7f - 0.1f, 3.0f, 30.0f});
@@ -185,7 +167,7 @@ TEST_F(Rows, PipeSumsItsReachesInDouble) {
     Pipes[0].newInflow = 2.0;
     Pipes[0].oldFlood = 0.0;
     Pipes[0].newFlood = 8.0;
-    addLink(PIPE);
+    addFilledLink(PIPE);
     rows_fill(PIPE_TABLE, 0, 0.5, row);
     expectRow({16777218.0f, 1.5f, 6.5f, 4.0f, 2.0f, 20.0f});
 }
@@ -194,7 +176,7 @@ TEST_F(Rows, ConnectionShowsBothEnds) {
     Connections.resize(1);
     Connections[0].oldInflow = 1.0;
     Connections[0].newInflow = 2.0;
-    addLink(CONNECTION);
+    addFilledLink(CONNECTION);
     rows_fill(CONNECTION_TABLE, 0, 0.5, row);
     expectRow({1.5f, 6.5f, 2.0f, 20.0f});
 }
@@ -202,7 +184,7 @@ TEST_F(Rows, ConnectionShowsBothEnds) {
 TEST_F(Rows, RegulatorsShowTheirFlow) {
     for (const auto& [kind, table] : {std::pair{PUMP, PUMP_TABLE}, {WEIR, WEIR_TABLE}, {ORIFICE, ORIFICE_TABLE}}) {
         Links.clear();
-        addLink(kind);
+        addFilledLink(kind);
         std::fill_n(row, 32, -1.0f);
         rows_fill(table, 0, 0.5, row);
         expectRow({6.5f, 2.0f, 20.0f});
@@ -210,13 +192,13 @@ TEST_F(Rows, RegulatorsShowTheirFlow) {
 }
 
 TEST_F(Rows, AFactorBeyondTheStepExtrapolates) {
-    addNode(JUNCTION);
+    addFilledNode(JUNCTION);
     rows_fill(JUNCTION_TABLE, 0, 1.5, row);
     expectRow({5.0f, 2.0f, 4.0f, 40.0f});
 }
 
 TEST_F(Rows, AnInfiniteOldValueSpoilsTheRowEvenWithoutWeight) {
-    addNode(JUNCTION).oldInflow = std::numeric_limits<double>::infinity();
+    addFilledNode(JUNCTION).oldInflow = std::numeric_limits<double>::infinity();
     rows_fill(JUNCTION_TABLE, 0, 1.0, row);
     EXPECT_TRUE(std::isnan(row[0]));
     EXPECT_EQ(row[1], 1.5f);
@@ -304,16 +286,16 @@ TEST_F(Rows, SystemWithoutAreaHasNoRunoff) {
 
 TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     // Each term is rounded and added in single: 1 is lost beside 2^24, twice.
-    addNode(JUNCTION).newInflow = 16777216.0;
-    addNode(OUTFALL).newInflow = 1.0;
-    addNode(SWMM).newInflow = 1.0;
+    addFilledNode(JUNCTION).newInflow = 16777216.0;
+    addFilledNode(OUTFALL).newInflow = 1.0;
+    addFilledNode(SWMM).newInflow = 1.0;
     SwmmNodes.resize(3);
     double storage[1] = {5.0};
     Pipes.resize(1);
     Pipes[0].n = Pipes[0].reachCount = 1;
     Pipes[0].storage = storage;
     Pipes[0].newFlood = 0.25;
-    addLink(PIPE);
+    addFilledLink(PIPE);
     rows_fillSystem(44256.0, 1.0, 1.0, row);
     SwmmNodes.clear();
     expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
@@ -377,7 +359,7 @@ TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStan
     in.newFlow = 3.0;
     out.oldFlow = 7.0;
     out.newFlow = 5.0;
-    addNode(SWMM);
+    addFilledNode(SWMM);
     SwmmNodes.resize(1);
     OutsideNode& outside = SwmmNodes[0].outside;
     outside.inflows.head = &in;
@@ -411,8 +393,8 @@ TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
     ExtInflow second{INFLOW_FLOW, -1, 100.0, -1, 1.0, nullptr};
     ExtInflow flow{INFLOW_FLOW, -1, 0.25, -1, 1.0, &second};
     ExtInflow mass{INFLOW_MASS, 0, 7.0, -1, 1.0, &flow};
-    addNode(JUNCTION).extInflow = &mass;
-    addNode(JUNCTION);
+    addFilledNode(JUNCTION).extInflow = &mass;
+    addFilledNode(JUNCTION);
     HostInflows = {{1, 0, 4.0}, {0, 0, 2.0}};
     rows_fillSystem(44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[5], 6.25f);
@@ -421,8 +403,8 @@ TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
 TEST_F(Rows, SystemCountsTheDryWeatherFlowOfEachNode) {
     DwfInflow flow{-1, -1, 0.5, nullptr};
     DwfInflow quality{0, -1, 200.0, &flow};
-    addNode(JUNCTION).dwfInflow = &quality;
-    addNode(JUNCTION).dwfInflow = &flow;
+    addFilledNode(JUNCTION).dwfInflow = &quality;
+    addFilledNode(JUNCTION).dwfInflow = &flow;
     rows_fillSystem(44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 1.0f);
 }
@@ -435,7 +417,7 @@ TEST_F(Rows, SystemTakesTheDryWeatherFlowAtTheHourOfTheReport) {
     pattern.factors[1] = 3.0;
     Patterns.fill(1, pattern);
     DwfInflow flow{-1, 0, 0.5, nullptr};
-    addNode(JUNCTION).dwfInflow = &flow;
+    addFilledNode(JUNCTION).dwfInflow = &flow;
     const DateTime start = 44256.0;
     rows_fillSystem(start + 0.001 / 86400.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 0.5f * 1.0f);
@@ -446,10 +428,10 @@ TEST_F(Rows, SystemTakesTheDryWeatherFlowAtTheHourOfTheReport) {
 TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
     TempFolder folder;
     folder.write("series.dat", "2021/03/01 0:00 1\n2021/03/01 1:00 3\n2021/03/01 2:00 5\n");
-    ProjectFile project(getGeneral(60) +
-                        "[OUTFALLS]\nO1\nO2\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\nO2 FLOW FLOW 10 T2 2\n"
-                        "[TIMESERIES]\nT1 2021/03/01 0:00 1 1:00 3 2:00 5\nT2 FILE " +
-                        folder.file("series.dat") + "\n");
+    Project project(getGeneral(60) +
+                    "[OUTFALLS]\nO1\nO2\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\nO2 FLOW FLOW 10 T2 2\n"
+                    "[TIMESERIES]\nT1 2021/03/01 0:00 1 1:00 3 2:00 5\nT2 FILE " +
+                    folder.file("series.dat") + "\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     double elapsed = 0.0;
@@ -474,8 +456,8 @@ TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
 TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
     TempFolder folder;
     folder.write("series.dat", "2021/03/01 0:00 1\n2021/03/01 0:10 3\n");
-    ProjectFile project(getGeneral(60) + "[OUTFALLS]\nO1\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\n[TIMESERIES]\nT1 FILE " +
-                        folder.file("series.dat") + "\n");
+    Project project(getGeneral(60) + "[OUTFALLS]\nO1\n[INFLOWS]\nO1 FLOW FLOW 0 T1 1\n[TIMESERIES]\nT1 FILE " +
+                    folder.file("series.dat") + "\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     Series& series = TimeSeries[0];

@@ -183,25 +183,31 @@ static std::pair<std::string, int64_t> walkAllPaths() {
     return {"", count};
 }
 
-/// The order of a step with lists that are searched from end to end.
-static std::vector<int32_t> sortWithLists() {
-    std::vector<int32_t> sorted(Nodes.rows.size(), 0);
-    std::vector<int32_t> upstreamCounts(Nodes.rows.size(), 0);
-    std::vector<int32_t> visitedCounts(Nodes.rows.size(), 0);
+/// The number of inflows that each node waits for.
+static std::vector<int32_t> countUpstream() {
+    std::vector<int32_t> counts(Nodes.rows.size(), 0);
     for (const Link& link : Links) {
-        upstreamCounts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
+        counts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
     }
     for (const Reactor& reactor : Reactors) {
-        ++upstreamCounts[static_cast<size_t>(reactor.surpassNode)];
+        ++counts[static_cast<size_t>(reactor.surpassNode)];
         if (reactor.emptyingNode >= 0 && reactor.emptyingNode != reactor.surpassNode) {
-            ++upstreamCounts[static_cast<size_t>(reactor.emptyingNode)];
+            ++counts[static_cast<size_t>(reactor.emptyingNode)];
         }
     }
     for (const LidMono& mono : LidMonos) {
         if (mono.unit.drainNode >= 0) {
-            ++upstreamCounts[static_cast<size_t>(mono.unit.drainNode)];
+            ++counts[static_cast<size_t>(mono.unit.drainNode)];
         }
     }
+    return counts;
+}
+
+/// The order of a step with lists that are searched from end to end.
+static std::vector<int32_t> sortWithLists() {
+    std::vector<int32_t> sorted(Nodes.rows.size(), 0);
+    std::vector<int32_t> visitedCounts(Nodes.rows.size(), 0);
+    const std::vector<int32_t> upstreamCounts = countUpstream();
     std::list<int32_t> visited, pending;
     size_t k = 0;
     const auto append = [&](int32_t node) {
@@ -251,11 +257,11 @@ static std::vector<int32_t> sortWithLists() {
 /// nodes, so that there are some circles and not too many.
 static void makeRandomNetwork(std::mt19937& random) {
     const auto draw = [&](uint32_t count) { return static_cast<int32_t>(random() % count); };
-    clearObjects();
+    Tables::clear();
     const int32_t nodeCount = 1 + draw(9);
     const int32_t linkCount = draw(static_cast<uint32_t>(nodeCount) * 2);
     const int32_t backward = draw(4);
-    addNodes(nodeCount);
+    Tables::addNodes(nodeCount);
     for (int32_t k = 0; k < linkCount; ++k) {
         int32_t from = draw(static_cast<uint32_t>(nodeCount));
         int32_t to = draw(static_cast<uint32_t>(nodeCount));
@@ -265,7 +271,7 @@ static void makeRandomNetwork(std::mt19937& random) {
         if (from == to && draw(3) > 0) {
             to = (to + 1) % nodeCount;
         }
-        addLink("L" + std::to_string(k), from, to);
+        Tables::addLink("L" + std::to_string(k), from, to);
         Links.back().isLagged = draw(8) == 0;
     }
     const auto drawDownstream = [&](int32_t node) {
@@ -275,8 +281,8 @@ static void makeRandomNetwork(std::mt19937& random) {
     };
     for (int32_t node = draw(2) == 0 ? 0 : nodeCount; node < nodeCount; ++node) {
         switch (draw(6)) {
-            case 0: makeReactor(node, drawDownstream(node), draw(3) == 0 ? -1 : drawDownstream(node)); break;
-            case 1: makeLidMono(node, draw(3) == 0 ? -1 : drawDownstream(node)); break;
+            case 0: Tables::makeReactor(node, drawDownstream(node), draw(3) == 0 ? -1 : drawDownstream(node)); break;
+            case 1: Tables::makeLidMono(node, draw(3) == 0 ? -1 : drawDownstream(node)); break;
             default: break;
         }
     }
@@ -353,7 +359,7 @@ static void addNamelessLink(int32_t from, int32_t to, const char* id = "inside")
 /// Splitters whose two branches rejoin at the next one: 2^60 paths to the last node, and more than 64 bits can number.
 TEST_F(NetworkTest, ladderOfRejoiningSplittersIsCountedWithoutWalking) {
     for (const int32_t rungs : {60, 150}) {
-        clearObjects();
+        Tables::clear();
         addNode("S0", SPLITTER);
         for (int32_t k = 1; k <= rungs; ++k) {
             const int32_t from = ObjectCount[NODE] - 1;

@@ -6,13 +6,14 @@
 
 #include "nodes/inflows.h"
 #include "routing/network.h"
-#include "support/routingmodel.h"
+#include "support/pipes.h"
 
 // --- recycles and odd orders ---------------------------------------------------------------------------------------
 
 TEST(LaggedLink, DeliversWhatItCarriedAStepBefore) {
     // A sends half of its water back to itself over B, one step late: 1, 1.5, 1.75, ...
-    Model m(
+    StartedProject m(
+        getGeneral(60) +
         "[JUNCTIONS]\nA\n[SPLITTERS]\nB R RATIO 0.5\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nC A B NO 0\nR B A YES 0\nD B OUT "
         "NO 0\n"
         "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
@@ -28,7 +29,8 @@ TEST(NodeOrder, LetsANodeReadALinkAheadOfItsSource) {
     // D waits for one link, L. But the recycle R counts when it comes, and A's links are met in the order of the file:
     // R releases D, and only then K releases B. So D is visited ahead of B, and reads over L what B sent a step before;
     // what comes over R is of the step before anyway. (With R ahead of L, D would be a head.)
-    Model m(
+    StartedProject m(
+        getGeneral(60) +
         "[JUNCTIONS]\nB\nD\n[SPLITTERS]\nA R RATIO 0.25\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nL B D NO 0\nR A D YES 0\n"
         "K A B NO 0\nM D OUT NO 0\n[INFLOWS]\nA FLOW FLOW 4 \"\" 1\n");
     m.step();

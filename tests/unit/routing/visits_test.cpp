@@ -18,7 +18,7 @@
 #include "routing/network.h"
 #include "support/allkinds.h"
 #include "support/generate.h"
-#include "support/routingmodel.h"
+#include "support/pipes.h"
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
@@ -121,7 +121,7 @@ static int countUnvisited() {
 TEST(Statistics, OfRandomNetworksAreThoseOfTheStateBehindEachStep) {
     std::mt19937 random(1871);
     for (unsigned seed = 0; seed < 60; ++seed) {
-        ProjectFile project(getGeneral(120) + lagSomeLinks(generateNetwork(seed, 25, 1), random));
+        Project project(getGeneral(120) + lagSomeLinks(generateNetwork(seed, 25, 1), random));
         ASSERT_EQ(project.open(), 0) << project.getReport();
         compareBooks(120, "network " + std::to_string(seed));
     }
@@ -129,22 +129,22 @@ TEST(Statistics, OfRandomNetworksAreThoseOfTheStateBehindEachStep) {
 
 TEST(Statistics, OfANetworkWithACircleOffTheWayCountAStepOnce) {
     // Node 0 is visited again in place of C and D, which wait for each other; pipes are among its links.
-    ProjectFile project(getGeneral(120) +
-                        "[JUNCTIONS]\nB\nC\nD\n[SPLITTERS]\nS K RATIO 0.5\n[OUTFALLS]\nOUT\n"
-                        "[PIPES]\nK S B NO 120 1 0.1 0\nM B OUT NO 60 2 0 2.5\nN C D NO 60 1 0 0\n"
-                        "[CONNECTIONS]\nL S B NO 0\nO D C NO 0\n"
-                        "[INFLOWS]\nS FLOW FLOW 4 \"\" 1\nC FLOW FLOW 9 \"\" 1\n");
+    Project project(getGeneral(120) +
+                    "[JUNCTIONS]\nB\nC\nD\n[SPLITTERS]\nS K RATIO 0.5\n[OUTFALLS]\nOUT\n"
+                    "[PIPES]\nK S B NO 120 1 0.1 0\nM B OUT NO 60 2 0 2.5\nN C D NO 60 1 0 0\n"
+                    "[CONNECTIONS]\nL S B NO 0\nO D C NO 0\n"
+                    "[INFLOWS]\nS FLOW FLOW 4 \"\" 1\nC FLOW FLOW 9 \"\" 1\n");
     ASSERT_EQ(project.open(), 0) << project.getReport();
     compareBooks(120, "circle");
-    EXPECT_GT(Nodes[tarnvelde_findObject(1, "B")].statInflowVolume, 0.0);
-    EXPECT_GT(Links[tarnvelde_findObject(2, "M")].statFloodVolume, 0.0);
+    EXPECT_GT(project.node("B").statInflowVolume, 0.0);
+    EXPECT_GT(project.link("M").statFloodVolume, 0.0);
     ASSERT_EQ(tarnvelde_start(0), 0);
     EXPECT_GT(countUnvisited(), 0);
     tarnvelde_end();
 }
 
 TEST(Statistics, OfFlowsThatAHostStoresAreThoseBehindTheStep) {
-    ProjectFile project(getGeneral(120) + generateNetwork(7, 25, 1));
+    Project project(getGeneral(120) + generateNetwork(7, 25, 1));
     ASSERT_EQ(project.open(), 0) << project.getReport();
     std::mt19937 random(3);
     compareBooks(120, "flows of a host", [&] {
@@ -161,10 +161,10 @@ static std::string getPipesAt(const std::string& coupled) {
 }
 
 static void comparePipesAt(CoupledProject& project, int steps, const std::string& what) {
-    ASSERT_EQ(project.open(), 0) << project.project.getReport();
+    ASSERT_EQ(project.open(), 0) << project.getReport();
     compareBooks(steps, what);
     for (const char* pipe : {"C", "D"}) {
-        EXPECT_GT(Links[tarnvelde_findObject(2, pipe)].statFlowVolume, 0.0) << what << ' ' << pipe;
+        EXPECT_GT(Records::link(pipe).statFlowVolume, 0.0) << what << ' ' << pipe;
     }
 }
 
@@ -185,13 +185,13 @@ TEST(Statistics, OfPipesIntoAndOutOfAnOutsideModelAreThoseOfTheStateBehindEachSt
 
 TEST(Statistics, OfEveryKindOfObjectAreThoseOfTheStateBehindEachStep) {
     AllKinds project;
-    ASSERT_EQ(project.open(), 0) << project.project.getReport();
+    ASSERT_EQ(project.open(), 0) << project.getReport();
     compareBooks(ALL_KINDS_STEPS, "every kind", [] {
         for (const char* node : {"J", "T", "R", "M"}) {
             tarnvelde_setExtInflow(node, 0.2);
         }
     });
-    EXPECT_GT(Nodes[tarnvelde_findObject(1, "T")].statInflowVolume, 0.0);
+    EXPECT_GT(project.node("T").statInflowVolume, 0.0);
 }
 
 // --- node 0 again --------------------------------------------------------------------------------------------------
@@ -200,7 +200,8 @@ TEST(NodeOrder, VisitsNodeZeroInThePlaceOfANodeThatIsNeverReached) {
     // C and D run in a circle that no head leads into. The splitter's two ways to B give the walk over all paths the
     // number that it asks for, so the project passes, and B, which is node 0, is visited in the two open places: it
     // gathers all over again.
-    Model m(
+    StartedProject m(
+        getGeneral(60) +
         "[JUNCTIONS]\nB\nC\nD\n[SPLITTERS]\nS K RATIO 0.5\n[OUTFALLS]\nOUT\n[CONNECTIONS]\nK S B NO 0\nL S B NO 0\nM B "
         "OUT NO 0\n"
         "N C D NO 0\nO D C NO 0\n[INFLOWS]\nS FLOW FLOW 4 \"\" 1\nC FLOW FLOW 9 \"\" 1\n");
@@ -239,11 +240,11 @@ struct HastyPipe {
 TEST(NodeOrder, LetsAPipeFireAgainInAStepAndMixWithTheWaterOfTheStepBefore) {
     // B is node 0 and is visited three times in a step, as above. A pipe's period may not be below the routing step in
     // a project file; a host may make it so ahead of the start, where the node of the pipe's number is a junction.
-    ProjectFile project(getGeneral(30) +
-                        "[JUNCTIONS]\nB\nC\nD\n[SPLITTERS]\nX K RATIO 0.5\n[OUTFALLS]\nOUT\n"
-                        "[PIPES]\nM B OUT NO 60 1 0 0\n"
-                        "[CONNECTIONS]\nK X B NO 0\nL X B NO 0\nN C D NO 0\nO D C NO 0\n[POLLUTANTS]\nX 0\n"
-                        "[INFLOWS]\nX FLOW FLOW 4 \"\" 1\n");
+    Project project(getGeneral(30) +
+                    "[JUNCTIONS]\nB\nC\nD\n[SPLITTERS]\nX K RATIO 0.5\n[OUTFALLS]\nOUT\n"
+                    "[PIPES]\nM B OUT NO 60 1 0 0\n"
+                    "[CONNECTIONS]\nK X B NO 0\nL X B NO 0\nN C D NO 0\nO D C NO 0\n[POLLUTANTS]\nX 0\n"
+                    "[INFLOWS]\nX FLOW FLOW 4 \"\" 1\n");
     ASSERT_EQ(project.open(), 0) << project.getReport();
     ASSERT_EQ(tarnvelde_setParam(TARNVELDE_PIPE, "M", 0, HastyPipe::K), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
@@ -257,8 +258,8 @@ TEST(NodeOrder, LetsAPipeFireAgainInAStepAndMixWithTheWaterOfTheStepBefore) {
         for (int visit = 1; visit <= 3; ++visit) {
             expected.update(step * DT * 1000.0, 4.0 * visit, quality);  // what B gathers piles up
         }
-        ASSERT_NEAR(Model::link("M").newQual[0], expected.newQual, 1e-9) << "step " << step;
-        ASSERT_NEAR(Model::pipe("M").storage[0], expected.storage, 1e-9) << "step " << step;
+        ASSERT_NEAR(Records::link("M").newQual[0], expected.newQual, 1e-9) << "step " << step;
+        ASSERT_NEAR(Records::pipe("M").storage[0], expected.storage, 1e-9) << "step " << step;
     }
     EXPECT_GT(expected.firings, 20) << "some step has two";
 }
