@@ -4,7 +4,6 @@
 
 #include "results/massbal.h"
 
-
 #include "hydrology/landuse.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"

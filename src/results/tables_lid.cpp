@@ -1,6 +1,5 @@
 // Summary tables of LID units on subcatchments and of LID monomer nodes. Called by the report.
 
-
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "model/pollut.h"
