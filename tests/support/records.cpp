@@ -1,4 +1,5 @@
 #include "support/records.h"
+#include "model/reportfile.h"
 
 #include <cstdio>
 
