@@ -53,23 +53,8 @@ int32_t lidgroup_readLine(const Tokens& tokens) {
     if (unit.lid < 0) {
         return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    double values[4];
-    for (int32_t k = 0; k < 4; ++k) {
-        const bool isNumber = tokens_getDouble(tokens[2 + k], &values[k]) != 0;
-        if (!isNumber || !(k == 0 ? values[k] > 0.0 : values[k] >= 0.0)) {
-            return errors_setName(ERR_NUMBER, tokens[2 + k]);
-        }
-    }
-    unit.area = values[0];
-    unit.fullWidth = values[1];
-    unit.initialSaturation = values[2] / PERCENT;
-    unit.fromImpervious = values[3] / PERCENT;
-    unit.drainNode = -1;
-    if (tokens.count > 6) {
-        unit.drainNode = names_find(NODE, tokens[6]);
-        if (unit.drainNode < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[6]);
-        }
+    if (const int32_t error = lidunit_readItems(tokens, 2, false, unit)) {
+        return error;
     }
     unit.next = -1;
     if (!lidunit_createArrays(unit, ProjectArena)) {

@@ -6,7 +6,41 @@
 #include <algorithm>
 
 #include "model/errors.h"
+#include "model/names.h"
 #include "model/project.h"
+#include "text/units.h"
+
+// --- reading -------------------------------------------------------------------------------------------------------
+
+/// Only the area must be above 0.
+static bool isGood(double value, bool isArea, bool takesNan) {
+    if (isArea) {
+        return value > 0.0;
+    }
+    return takesNan ? !(value < 0.0) : value >= 0.0;
+}
+
+int32_t lidunit_readItems(const Tokens& tokens, int32_t place, bool takesNan, LidUnit& unit) {
+    double values[4];
+    for (int32_t k = 0; k < 4; ++k) {
+        if (!tokens_getDouble(tokens[place + k], &values[k]) || !isGood(values[k], k == 0, takesNan)) {
+            return errors_setName(ERR_NUMBER, tokens[place + k]);
+        }
+    }
+    unit.area = values[0];
+    unit.fullWidth = values[1];
+    unit.initialSaturation = values[2] / PERCENT;
+    unit.fromImpervious = values[3] / PERCENT;
+    unit.drainNode = -1;
+    const int32_t drain = place + 4;
+    if (tokens.count > drain) {
+        unit.drainNode = names_find(NODE, tokens[drain]);
+        if (unit.drainNode < 0) {
+            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[drain]);
+        }
+    }
+    return ERR_NONE;
+}
 
 // --- arrays --------------------------------------------------------------------------------------------------------
 

@@ -5,6 +5,7 @@
 
 #include "hydrology/lid.h"
 #include "model/arena.h"
+#include "text/tokens.h"
 
 struct LidUnit {
     int32_t lid;               ///< the definition
@@ -53,6 +54,11 @@ struct LidUnit {
     double* finalLoad;         ///< kg
     double* reactedLoad;       ///< kg
 };
+
+/// Reads the words of a unit's line from `place` on: area, width, saturation, share, and behind them the node of the
+/// drain, if there is one. The lines of units refuse nan, those of nodes let it pass for all but the area. An error
+/// index, or 0.
+[[nodiscard]] int32_t lidunit_readItems(const Tokens& tokens, int32_t place, bool takesNan, LidUnit& unit);
 
 /// The arrays of masses and loads in the layers, from one piece of memory of an arena; none without memory, which is
 /// false.

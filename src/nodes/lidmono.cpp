@@ -53,22 +53,8 @@ int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) 
     if (const int32_t error = readGage(tokens, mono.gage)) {
         return error;
     }
-    double values[4];
-    for (int32_t k = 0; k < 4; ++k) {
-        if (!tokens_getNonNegative(tokens[3 + k], &values[k]) || (k == 0 && !(values[k] > 0.0))) {
-            return errors_setName(ERR_NUMBER, tokens[3 + k]);
-        }
-    }
-    unit.area = values[0];
-    unit.fullWidth = values[1];
-    unit.initialSaturation = values[2] / PERCENT;
-    unit.fromImpervious = values[3] / PERCENT;
-    unit.drainNode = -1;
-    if (tokens.count > 7) {
-        unit.drainNode = names_find(NODE, tokens[7]);
-        if (unit.drainNode < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[7]);
-        }
+    if (const int32_t error = lidunit_readItems(tokens, 3, true, unit)) {
+        return error;
     }
     unit.next = -1;
     node_setRow(node, LID_MONO, kindIndex, id);

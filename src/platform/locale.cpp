@@ -5,9 +5,11 @@
 
 #if defined(_WIN32)
 
+#include <cstring>
+
 NumberLocale::NumberLocale() : oldMode(_configthreadlocale(_ENABLE_PER_THREAD_LOCALE)), oldName{} {
     if (const char* name = setlocale(LC_NUMERIC, nullptr)) {
-        strncpy(oldName, name, sizeof oldName - 1);
+        std::strncpy(oldName, name, sizeof oldName - 1);
     }
     setlocale(LC_NUMERIC, "C");
 }

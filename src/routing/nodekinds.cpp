@@ -223,26 +223,28 @@ static void visitLidMono(int32_t index, Node& node, VisitLinkList outgoing, doub
     offerToAll(outgoing, {lidmono_getOutflow(mono), mono.unit.thisSurfaceFlow, node.newQual}, fireTime);
 }
 
-static void visitSwmm(int32_t index, const Node& node, VisitLinkList incoming) {
-    const OutsideNode& outside = SwmmNodes[node.kindIndex].outside;
+/// A node with a model inside: `take` gets what each link delivers, `advance` brings the engine up to the clock.
+template <class Take, class Advance>
+static void visitModel(int32_t index, const OutsideNode& outside, const OutsideTotals& totals, VisitLinkList incoming,
+                       Take take, Advance advance) {
+    const int32_t row = Nodes[index].kindIndex;
     for (const VisitLink& link : incoming) {
         double* loads = outside_getLoads(outside);
         const double flow = linkkinds_deliver(link.link, loads);
-        swmm_takeInflow(node.kindIndex, link.link, flow, loads);
+        take(row, link.link, flow, loads);
     }
-    swmm_advance(index);
-    linkkinds_feed(index, outside, SWMM_TOTALS);
+    advance(index);
+    linkkinds_feed(index, outside, totals);
+}
+
+static void visitSwmm(int32_t index, const Node& node, VisitLinkList incoming) {
+    const OutsideNode& outside = SwmmNodes[node.kindIndex].outside;
+    visitModel(index, outside, SWMM_TOTALS, incoming, swmm_takeInflow, swmm_advance);
 }
 
 static void visitVorn(int32_t index, const Node& node, VisitLinkList incoming) {
     const OutsideNode& outside = VornNodes[node.kindIndex].outside;
-    for (const VisitLink& link : incoming) {
-        double* loads = outside_getLoads(outside);
-        const double flow = linkkinds_deliver(link.link, loads);
-        vorn_takeInflow(node.kindIndex, link.link, flow, loads);
-    }
-    vorn_advance(index);
-    linkkinds_feed(index, outside, VORN_TOTALS);
+    visitModel(index, outside, VORN_TOTALS, incoming, vorn_takeInflow, vorn_advance);
 }
 
 void nodekinds_visit(int32_t index, VisitLinkList incoming, VisitLinkList outgoing, double fireTime) {
