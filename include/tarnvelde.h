@@ -196,7 +196,7 @@ enum TarnveldeResult {
     TARNVELDE_RESULT_TANK_INFLOW = 2,         /* m3/s */
     TARNVELDE_RESULT_TANK_LATERAL_INFLOW = 3, /* m3/s */
     TARNVELDE_RESULT_TANK_FLOODING = 4,       /* m3/s */
-    TARNVELDE_RESULT_TANK_QUALITY = 5,        /* mg/L, behind the decay, ahead of the mixing */
+    TARNVELDE_RESULT_TANK_QUALITY = 5,        /* mg/L, after the decay, ahead of the mixing */
 
     TARNVELDE_RESULT_SPLITTER_INFLOW = 0,         /* m3/s */
     TARNVELDE_RESULT_SPLITTER_LATERAL_INFLOW = 1, /* m3/s */
@@ -380,7 +380,7 @@ TARNVELDE_API int32_t tarnvelde_getNodeType(const char* node, int32_t* kind);
  */
 TARNVELDE_API int32_t tarnvelde_getLinkType(const char* link, int32_t* kind);
 
-/* Stores the start and the end date of the simulation. -1 if no project is open. The dates are put together behind the
+/* Stores the start and the end date of the simulation. -1 if no project is open. The dates are put together after the
  * last line of the project: if reading failed, the start is 43831.0 (1 January 2020) and the end 0.
  */
 TARNVELDE_API int32_t tarnvelde_getDateTime(double* startDate, double* endDate);
@@ -398,7 +398,7 @@ TARNVELDE_API int32_t tarnvelde_isInEvent(const char* gage);
  * Only an open project without a started run has them, so the time to ask is between tarnvelde_end and tarnvelde_close,
  * after a tarnvelde_report. At any other time zeros are stored. Of the pollutants,
  * in their order, each whose error has an absolute value above the figure held so far replaces it; the figure keeps its
- * sign, so behind a negative one any later error counts. A null pointer is skipped.
+ * sign, so after a negative one any later error counts. A null pointer is skipped.
  */
 TARNVELDE_API int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* qualityError);
 
@@ -416,8 +416,8 @@ TARNVELDE_API int32_t tarnvelde_setExtInflow(const char* node, double flow);
 /* Adds a pollutant load to a node for one routing step, in kg/s.
  *
  * Both the node and the pollutant are looked up under the first name, and the second is only tested for null: the call
- * works for a node that bears the name of a pollutant, and returns -1 for any other. Existing hosts rely on that name
- * rule. A second call for the same node in the same step adds to the first. -1 for a negative value.
+ * works for a node that bears the name of a pollutant, and returns -1 for any other. A second call for the
+ * same node in the same step adds to the first. -1 for a negative value.
  */
 TARNVELDE_API int32_t tarnvelde_setExtLoad(const char* node, const char* pollutant, double load);
 

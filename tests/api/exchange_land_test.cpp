@@ -43,7 +43,7 @@ struct Land {
     }
 };
 
-/// Head (m) over the depression storage behind `dt` seconds that begin at none: one Runge-Kutta step of a plane with
+/// Head (m) over the depression storage after `dt` seconds that begin at none: one Runge-Kutta step of a plane with
 /// the net inflow `inflow` (m/s) and the outflow `alpha` (m/s) at 1 m.
 double getHead(double inflow, double alpha, double dt) {
     const auto rate = [=](double head) { return inflow - (head > 0.0 ? alpha * std::pow(head, 5.0 / 3.0) : 0.0); };

@@ -1,4 +1,4 @@
-// What stays of the host's values before a start, behind an end, and in a second run.
+// What stays of the host's values before a start, after an end, and in a second run.
 
 #include <gtest/gtest.h>
 

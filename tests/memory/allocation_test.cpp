@@ -196,7 +196,7 @@ static bool contains(const std::string& text, const char* part) {
 }
 
 TEST(RefusedMemory, InTheSearchForCirclesLeavesTheChecksBehindIt) {
-    // The period of the pipe is tested behind the search.
+    // The period of the pipe is tested after the search.
     Project project(getGeneral(5) + "[JUNCTIONS]\nA\n[OUTFALLS]\nO\n[PIPES]\nP A O NO 30 1 0 0\n");
     EXPECT_TRUE(isFoundInSomeReport(project, [](const Outcome& outcome) {
         const size_t memory = outcome.report.find("ERROR 101"), period = outcome.report.find("ERROR181");

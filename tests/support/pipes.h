@@ -10,7 +10,7 @@
 
 constexpr double DT = 60.0;  ///< s, the routing step of getGeneral
 
-/// Series are asked a millisecond behind the minute: a slope of 1 per minute is off by this.
+/// Series are asked a millisecond after the minute: a slope of 1 per minute is off by this.
 constexpr double MILLISECOND = 1.0 / 60000.0;
 
 inline const std::string A_TO_OUT = "[JUNCTIONS]\nA\n[OUTFALLS]\nOUT\n";

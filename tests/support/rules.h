@@ -112,7 +112,7 @@ protected:
         return link("P").targetSetting == 0.25;
     }
 
-    /// Expects a line to fail in the state behind `before`, with a failure and the text that its message shows.
+    /// Expects a line to fail in the state after `before`, with a failure and the text that its message shows.
     static void expectRefused(const std::vector<std::string>& before, const std::string& line, int32_t error,
                               const std::string& name) {
         rule_deleteAll();

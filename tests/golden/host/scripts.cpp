@@ -424,7 +424,7 @@ void script_act4(Host& host) {
     actThroughRun(host, 4);
 }
 
-/// One action at a time, each with a run of its own behind it.
+/// One action at a time, each in a run of its own that goes on after it.
 void script_eachAction(Host& host) {
     openAllKinds(host);
     for (int action = 0; action < 10; ++action) {

@@ -273,7 +273,7 @@ TEST(Steps, EndExactlyWithTheRun) {
     const double inflow = FlowTotals.dryWeatherInflow;
     EXPECT_EQ(inflow, 3 * 240.0 * 0.25);  // the cut step counts in full
     EXPECT_EQ(project.node("A").statInflowVolume, 3 * 240.0 * 0.25);
-    // A connection works with the end of the full step, which lies behind the end of the run: what enters is late, and
+    // A connection works with the end of the full step, which lies after the end of the run: what enters is late, and
     // what would leave is no longer due.
     EXPECT_EQ(FlowTotals.delayedVolume, 240.0 * 0.25);
     EXPECT_EQ(project.link("C").newFlow, 0.0);
@@ -420,7 +420,7 @@ TEST(Running, CutsDayAndHourOfItsProgress) {
     EXPECT_EQ(code, 0) << project.getReport();
     EXPECT_EQ(console, "\n  Retrieving project data\n  Simulating day: 0     hour:  0" + getProgress(48) +
                            "\n  Simulation complete           \n  Writing output report");
-    // 26/24, 29/24 and the like are no binary fractions: what they have behind the day times 24 is just short of 2, 5.
+    // 26/24, 29/24 and the like are no binary fractions: what they have beyond the day times 24 is just short of 2, 5.
     std::string second;
     for (const char* hour : {"0 ", "1 ", "1 ", "3 ", "4 ", "4 ", "6 "}) {
         second += std::string(14, '\b') + "1     hour: " + hour;

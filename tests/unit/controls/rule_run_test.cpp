@@ -68,7 +68,7 @@ TEST(RulesInARun, RatioMayExceedOne) {
 }
 
 TEST(RulesInARun, EventIsAskedAMomentBehindTheOldClock) {
-    // Samples of 10 minutes rain at 1:00 and 1:10 and are dry from 1:20 on. Dry time of 30 minutes is full behind 1:40,
+    // Samples of 10 minutes rain at 1:00 and 1:10 and are dry from 1:20 on. Dry time of 30 minutes is full after 1:40,
     // so that the sample of 1:50 ends the event, at 1:50 less the dry time and one sample.
     const int first = 60, last = 110 - 30 - 10;  // min
     Project project(getNetwork(180) +

@@ -129,7 +129,7 @@ TEST_F(ConverterLines, NumbersAreRefusedOnlyIfNegativeWithTextBehind) {
         EXPECT_EQ(Converters[0].lastPoint->factor, word.value) << word.word;
     }
     expectGood("C COD CONSTANT inf nan");
-    expectGood("C COD CONSTANT -1\xa0 1");  // a byte above 127 behind a number has always been let through
+    expectGood("C COD CONSTANT -1\xa0 1");  // a byte above 127 behind a number is let through
     EXPECT_EQ(Converters[0].lastPoint->constant, -1.0);
 }
 

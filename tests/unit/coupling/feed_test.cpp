@@ -46,7 +46,7 @@ static Pipe& getPipe(const char* name) {
 TEST(FeedPipe, FiresByTheClockOfTheEngine) {
     Spring p("[PIPES]\nX S O NO 1350 1 0 0", "OUTFLOW OUT X\n");
     const Pipe& pipe = getPipe("X");
-    // The engine is one step ahead, so its earlier clock stands at the end of the first step: behind 0, and the pipe
+    // The engine is one step ahead, so its earlier clock stands at the end of the first step: after 0, and the pipe
     // fires with the flow of this step alone, whose load is dropped.
     p.step();
     EXPECT_EQ(p.outside().oldTime, 675000.0);

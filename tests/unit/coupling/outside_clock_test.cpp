@@ -210,7 +210,7 @@ static std::vector<size_t> countStepsOfAMinute(int routingSteps) {
 TEST(EngineClock, MeetsTheRoutingClockToTheLastBit) {
     static constexpr int STEPS = 230;
     const std::vector<size_t> expected = countStepsOfAMinute(STEPS);
-    // At the routing clock exactly, the engine steps once more. Where rounding puts it behind that clock it waits.
+    // At the routing clock exactly, the engine steps once more. Where rounding puts it past that clock it waits.
     ASSERT_EQ(expected[0], 2u);
     ASSERT_GT(55 * 60.0 / 86400.0 * 86400000.0, 3300000.0);
     ASSERT_EQ(expected[55 - 1], 0u);

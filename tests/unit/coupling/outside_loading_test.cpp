@@ -369,7 +369,7 @@ TEST(LibraryMessages, NothingIsLoadedAfterAnErrorOfTheFirstPass) {
 
 // --- missing functions ---------------------------------------------------------------------------------------------
 
-/// What the validation says of a node without an engine, behind the model that can't be opened.
+/// What the validation says of a node without an engine, from the model that can't be opened on.
 static const std::vector<std::string> SilentSwmm = {
     "ERROR 233: cannot open swmm input file for swmm node A.",
     "ERROR 235: cannot get simulation start and end date/time from swmm project for swmm node A.",

@@ -64,7 +64,7 @@ TEST(SwmmCalls, OfAWholeRunWithEqualSteps) {
     EXPECT_EQ(p.takeCalls(), engineStep(2.0, 0, 2.0));
     setFlow(4.0);
     p.step();
-    // Its clock is at 0 again, two steps behind the old routing clock: (1 - -2) * 2 + -2 * 4. A model that is over
+    // Its clock is at 0 again, two steps before the old routing clock: (1 - -2) * 2 + -2 * 4. A model that is over
     // takes nothing in, and its results stand.
     EXPECT_EQ(p.takeCalls(), engineStep(3.0 * 2.0 - 2.0 * 4.0, 0, 2.0));
     ASSERT_EQ(tarnvelde_end(), 0);
@@ -192,7 +192,7 @@ TEST(SwmmStart, AFailureStopsTheStart) {
     EXPECT_EQ(tarnvelde_step(&elapsed), 239);
     EXPECT_TRUE(p.takeCalls().empty());
     EXPECT_EQ(tarnvelde_end(), 239);
-    // The engine that refused is ended as well, the one behind it is not.
+    // The engine that refused is ended as well, the one after it is not.
     const Strings ends = p.takeCalls();
     ASSERT_EQ(ends.size(), 2u);
     EXPECT_EQ(ends[0].rfind("a swmm_end", 0), 0u);

@@ -428,7 +428,7 @@ TEST_F(EventTest, OfTheSmallestTotalIsDropped) {
 }
 
 TEST_F(EventTest, OpenAtTheEndOfTheSimulationCounts) {
-    // The last samples are 5:50 (wet) and 5:55 (dry); the date behind the walk is 6:00, less 5 dry minutes.
+    // The last samples are 5:50 (wet) and 5:55 (dry); the date after the walk is 6:00, less 5 dry minutes.
     const auto events = find("T 5:45 0\nT 5:50 3\nT 5:55 0\nT 6:30 0\n", "EVENT_INTERVAL 15\n");
     ASSERT_EQ(events.size(), 1u);
     EXPECT_NEAR(events[0].start, at(5, 50), A_MOMENT);

@@ -279,7 +279,7 @@ INSTANTIATE_TEST_SUITE_P(All, MissingLayer,
                          ::testing::Values("A BC\n", "A RG\nA STORAGE 400 1 7.2\n", "A GR\nA DRAINMAT 25 0.5 0.1\n",
                                            "A GR\nA SOIL 300 0.5 0.2 0.1 36 10\n", "A IT\n",
                                            "A PP\nA STORAGE 400 1 7.2\n", "A PP\nA PAVEMENT 0 1 1\n",
-                                           // nothing behind a missing layer is tested
+                                           // nothing after a missing layer is tested
                                            "A BC\nA STORAGE 400 0 0\n"));
 
 struct BadParameter {

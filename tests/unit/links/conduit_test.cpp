@@ -379,7 +379,7 @@ TEST(ConduitBalance, KeepsTheMaximaOfARun) {
     double maxDepth = 0.0, maxVelocity = 0.0;
     for (int k = 0; k < 30; ++k) {
         model.step();
-        // The flow of a step belongs to the depth ahead of its release, the area to the depth behind it.
+        // The flow of a step belongs to the depth ahead of its release, the area to the depth after it.
         const double area = 2.0 * model.conduit("C").depth;
         maxDepth = std::max(maxDepth, model.conduit("C").depth);
         maxVelocity = std::max(maxVelocity, area > 0.0 ? model.link("C").newFlow / area : 0.0);

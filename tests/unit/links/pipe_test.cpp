@@ -140,7 +140,7 @@ static const std::string THIRTY_MILLIGRAMS = TWO_POLLUTANTS + "[INFLOWS]\nA FLOW
 
 TEST(PipeDelivery, WeighsFlowAndLoadDifferently) {
     // In the step of a firing the load counts new by the share of the period that had passed ahead of the step; the
-    // flow takes that time plus K, and so the new value at once. Behind that step old and new are equal.
+    // flow takes that time plus K, and so the new value at once. After that step old and new are equal.
     StartedProject m(getGeneral(60) + onePipe("180 1 0 0") + THIRTY_MILLIGRAMS);
     m.step(2);  // the period lasts from minute 0 to 3, and the step begins at minute 1
     EXPECT_DOUBLE_EQ(m.node("OUT").newInflow, FIRST_OUT);
@@ -295,7 +295,7 @@ TEST(PipeClock, FiresStrictlyBehindItsTime) {
             firings.push_back(step);
         }
     }
-    // Step k ends at k minutes: firings come one step behind minutes 0 (with something summed), 3, 6 and 9.
+    // Step k ends at k minutes: firings come one step after minutes 0 (with something summed), 3, 6 and 9.
     EXPECT_EQ(firings, (std::vector<int>{2, 4, 7, 10}));
 }
 

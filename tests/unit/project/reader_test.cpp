@@ -267,7 +267,7 @@ TEST(HostileFiles, TellTheLineWhoseNameFoundNoMemory) {
 }
 
 TEST(HostileFiles, GetABareMemoryErrorForTheirTables) {
-    // Behind the requests for the seven names: at least those for two nodes, a link, and what a pipe decays.
+    // After the requests for the seven names: at least those for two nodes, a link, and what a pipe decays.
     for (const int64_t request : {8, 9, 10, 11}) {
         arena_failAfter(request);
         EXPECT_EQ(getErrors("", 101), "") << request;

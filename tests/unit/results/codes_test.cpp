@@ -14,7 +14,7 @@
 
 namespace {
 
-/// What a host gets by its number is what a row holds behind the step.
+/// What a host gets by its number is what a row holds after the step.
 enum class Told { SAME, OTHER };
 
 const std::vector<std::vector<Told>> TOLD = {

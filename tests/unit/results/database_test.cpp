@@ -51,7 +51,7 @@ TEST(Database, HoldsTheRowsOfARun) {
 TEST(Database, TablesAreMadeByTheseTexts) {
     Project project(getDelayedProject());
     runToDatabase(project);
-    // The names of the columns are what readers rely on, that of the pipe's outflow included.
+    // The names of the columns are part of the format, that of the pipe's outflow included.
     const char* const expected[][2] = {
         {"System",
          "Period INT,Rainfall FLOAT,Evap FLOAT,Infil FLOAT,Runoff FLOAT,TotInflow FLOAT,DirInflow FLOAT,DWF "

@@ -66,7 +66,7 @@ double getResult(int32_t object, const char* id, int32_t code) {
     return value;
 }
 
-/// The rain of a report, mm/h: an hour of 36, reports behind each step.
+/// The rain of a report, mm/h: an hour of 36, reports after each step.
 double getRain() {
     return NewRoutingTime < 3600000.0 ? 36.0 : 0.0;
 }
@@ -153,7 +153,7 @@ std::string getText() {
     return text.replace(text.find(weir + "50"), weir.size() + 2, weir + "6.5");
 }
 
-/// A run with a sample behind each step. The tank is full to above the crest of its weir; dirty water comes to J, clean
+/// A run with a sample after each step. The tank is full to above the crest of its weir; dirty water comes to J, clean
 /// water to SP, R and M.
 struct SampledRun : CoupledProject {
     std::vector<std::vector<float>> expected;  ///< per report

@@ -169,7 +169,7 @@ TEST(Results, ReportTimeMovesOnByOneStepAtATime) {
     Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
-    ReportTime = -180000.0;  // far behind
+    ReportTime = -180000.0;  // long past
     double elapsed = 0.0;
     tarnvelde_step(&elapsed);
     EXPECT_EQ(ReportTime, -120000.0);

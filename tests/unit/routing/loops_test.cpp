@@ -33,7 +33,7 @@ TEST_F(NetworkTest, loopWithoutHeadSpansTooFewNodes) {
     EXPECT_EQ(errors_getPublicCode(ErrorCode), 135);
 }
 
-// Nothing leads to D and E, but behind the first message nothing is counted.
+// Nothing leads to D and E, but after the first message nothing is counted.
 TEST_F(NetworkTest, loopBehindAHeadNamesTheClosingLinkAndEndsTheTest) {
     addNodes(5);
     connect({"AB", "BC", "CB", "DE", "ED"});

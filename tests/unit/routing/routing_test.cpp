@@ -43,5 +43,5 @@ TEST(NodeOrder, LetsANodeReadALinkAheadOfItsSource) {
     m.step();
     EXPECT_EQ(m.node("B").newInflow, 0.75 * 4.0);
     EXPECT_EQ(m.node("D").newInflow, 0.75 * 12.0 + 0.25 * 12.0);
-    EXPECT_EQ(m.node("OUT").newInflow, m.node("D").newInflow);  // behind D in the same step
+    EXPECT_EQ(m.node("OUT").newInflow, m.node("D").newInflow);  // after D in the same step
 }

@@ -1,5 +1,5 @@
 // The visits of a step: statistics of nodes and links against books kept beside the run. Some are made in the middle of
-// a step, where the object is in hand anyway: they must come out as if all were made behind it.
+// a step, where the object is in hand anyway: they must come out as if all were made after it.
 
 #include "routing/visits.h"
 
@@ -30,7 +30,7 @@ struct NodeBook {
     double inflowVolume = 0.0, maxInflow = 0.0;
 };
 
-/// What the statistics and totals of a run should hold, added up from the state behind each step.
+/// What the statistics and totals of a run should hold, added up from the state after each step.
 struct Books {
     Table<NodeBook> nodes = table_make(Nodes.size(), NodeBook{});
     Table<LinkBook> links = table_make(Links.size(), LinkBook{});
