@@ -123,7 +123,7 @@ static std::string cutName(const char* name) {
 }
 
 /// Takes the names, refuses two that are the same, and opens input and report.
-static void project_openFiles(const char* input, const char* report, const char* results) {
+static void openFiles(const char* input, const char* report, const char* results) {
     const PathParts parts = files_splitPath(getText(input));
     InputFolder = parts.drive + parts.folder;
     DbFileName = InputFolder + parts.base + ".db";
@@ -151,7 +151,7 @@ static void project_openFiles(const char* input, const char* report, const char*
 static int32_t openProject(const char* input, const char* report, const char* results) {
     abandonProject();
     clearState();
-    project_openFiles(input, report, results);
+    openFiles(input, report, results);
     if (ErrorCode) {
         return getPublicCode();
     }

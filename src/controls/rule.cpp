@@ -21,6 +21,8 @@
 #include "nodes/tank.h"
 #include "text/number.h"
 
+Table<Rule> Rules;
+
 /// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins
 /// each step with the cells of the largest step so far, empty, and fills them from its head; further cells are put in
 /// front of the head. Engines inside SWMM nodes see their calls in the order of this list. Here the chosen actions
@@ -34,6 +36,11 @@ struct ActionListRecord {
 };
 
 static ActionListRecord ActionList;
+
+void rule_createAll() {
+    Rules.fill(ObjectCount[RULE], Rule{});
+    ClauseState = CLAUSE_PRIORITY;
+}
 
 void rule_deleteAll() {
     Rules = {};
@@ -151,7 +158,7 @@ bool rule_testPremise(const Premise& premise) {
     }
 }
 
-/// The premises from left to right, without precedence. An AND behind a false result ends the rule, whatever follows.
+/// The premises from left to right, without precedence. An AND after a false result ends the rule, whatever follows.
 static bool isFulfilled(const Rule& rule) {
     bool isTrue = true;
     for (const Premise* premise = rule.premises; premise; premise = premise->next) {

@@ -105,14 +105,6 @@ extern int32_t ClauseState;  ///< the ClauseWord that was read last
 void rule_createAll();
 void rule_deleteAll();
 
-/// Reads one clause of a rule. An error index, or 0.
-[[nodiscard]] int32_t rule_readLine(const Tokens& tokens, int32_t rule, int32_t clause);
-int32_t rule_readPremise(const Tokens& tokens, int32_t rule, int32_t logic);
-[[nodiscard]] int32_t rule_readAction(const Tokens& tokens, int32_t rule);
-
-/// Reads an object and its attribute from the token `place` on, which moves on to the attribute. An error index, or 0.
-[[nodiscard]] int32_t rule_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand);
-
 /// Finds out which actions share a target; writes it to the report if memory is short.
 void rule_openRun();
 

@@ -1,23 +1,23 @@
 // Reading of control rules. The reader of the project file hands over [CONTROL_RULES] clause by clause; the last clause
 // word decides which may follow:
 //
-//     any state --RULE--> RULE --IF--> IF --THEN--> THEN --ELSE--> ELSE          rule_readLine
-//     IF          --AND, OR--> IF                                                rule_readPremise
-//     THEN, ELSE  --AND-----> as it was                                          rule_readAction
+//     any state --RULE--> RULE --IF--> IF --THEN--> THEN --ELSE--> ELSE          rulereader_readLine
+//     IF          --AND, OR--> IF                                                rulereader_readPremise
+//     THEN, ELSE  --AND-----> as it was                                          rulereader_readAction
 //     THEN, ELSE  --PRIORITY--> PRIORITY, behind which only RULE may come        readPriority
 //
 // The state moves before the rest of the line is read, so that one bad line spoils none of those behind it.
 
+#include "controls/rulereader.h"
+
 #include <cstring>
 
-#include "controls/rule.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
-Table<Rule> Rules;
 int32_t ClauseState = CLAUSE_PRIORITY;
 
 enum RuleObject : int32_t {
@@ -92,13 +92,6 @@ static const ActionAttribute ActionAttributes[] = {
     {OBJECT_SPLITTER, ATTRIBUTE_VALUE, nullptr},      {OBJECT_REACTOR, ATTRIBUTE_EMPTYING, NoYesWords},
     {OBJECT_SWMM, ATTRIBUTE_SETTING, nullptr}};
 
-// --- table ---------------------------------------------------------------------------------------------------------
-
-void rule_createAll() {
-    Rules.fill(ObjectCount[RULE], Rule{});
-    ClauseState = CLAUSE_PRIORITY;
-}
-
 // --- tokens --------------------------------------------------------------------------------------------------------
 
 static int32_t refuseClause() {
@@ -157,7 +150,7 @@ static bool findObject(const ConditionObject& object, const char* name, RuleOper
     return true;
 }
 
-int32_t rule_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand) {
+int32_t rulereader_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand) {
     operand = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const int32_t type = tokens_findKeyword(tokens[place], ObjectWords);
     if (type < 0) {
@@ -191,7 +184,7 @@ static int32_t readRightSide(const Tokens& tokens, int32_t& place, Premise& prem
     premise.right = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const int32_t attribute = premise.left.attribute;
     if (tokens_findKeyword(tokens[place], ObjectWords) >= 0 && place + 3 >= tokens.count) {
-        if (const int32_t error = rule_readOperand(tokens, place, premise.right)) {
+        if (const int32_t error = rulereader_readOperand(tokens, place, premise.right)) {
             return error;
         }
         return premise.right.attribute != attribute ? errors_setName(ERR_RULE_ATTRIBUTE, "") : ERR_NONE;
@@ -211,14 +204,14 @@ static void appendPremise(Rule& rule, Premise* premise) {
     rule.lastPremise = premise;
 }
 
-int32_t rule_readPremise(const Tokens& tokens, int32_t rule, int32_t logic) {
+int32_t rulereader_readPremise(const Tokens& tokens, int32_t rule, int32_t logic) {
     if (tokens.count < 5) {
         return errors_setName(ERR_ITEMS, "");
     }
     Premise premise{};
     premise.logic = logic;
     int32_t place = 1;
-    if (const int32_t error = rule_readOperand(tokens, place, premise.left)) {
+    if (const int32_t error = rulereader_readOperand(tokens, place, premise.left)) {
         return error;
     }
     premise.relation = findRelation(tokens[place + 1]);
@@ -327,7 +320,7 @@ static int32_t keepAction(Rule& rule, const Action& action, const char* swmmLink
     return ERR_NONE;
 }
 
-int32_t rule_readAction(const Tokens& tokens, int32_t rule) {
+int32_t rulereader_readAction(const Tokens& tokens, int32_t rule) {
     if (tokens.count < 6) {
         return errors_setName(ERR_ITEMS, "");
     }
@@ -365,10 +358,10 @@ static int32_t readRule(const Tokens& tokens, Rule& rule) {
 /// second one is tested only when the first has failed, and fails then as well: it changes no outcome.
 static int32_t readAnd(const Tokens& tokens, int32_t rule) {
     if (ClauseState != CLAUSE_IF) {
-        return rule_readAction(tokens, rule);
+        return rulereader_readAction(tokens, rule);
     }
-    rule_readPremise(tokens, rule, LOGIC_AND);
-    return rule_readPremise(tokens, rule, LOGIC_OR);
+    rulereader_readPremise(tokens, rule, LOGIC_AND);
+    return rulereader_readPremise(tokens, rule, LOGIC_OR);
 }
 
 static int32_t readPriority(const Tokens& tokens, Rule& rule) {
@@ -396,16 +389,16 @@ static bool isInSequence(int32_t clause) {
     }
 }
 
-int32_t rule_readLine(const Tokens& tokens, int32_t rule, int32_t clause) {
+int32_t rulereader_readLine(const Tokens& tokens, int32_t rule, int32_t clause) {
     if (!isInSequence(clause)) {
         return refuseClause();
     }
     switch (clause) {
         case CLAUSE_RULE: return readRule(tokens, Rules[rule]);
-        case CLAUSE_IF: ClauseState = CLAUSE_IF; return rule_readPremise(tokens, rule, LOGIC_AND);
+        case CLAUSE_IF: ClauseState = CLAUSE_IF; return rulereader_readPremise(tokens, rule, LOGIC_AND);
         case CLAUSE_AND: return readAnd(tokens, rule);
-        case CLAUSE_OR: return rule_readPremise(tokens, rule, LOGIC_OR);
+        case CLAUSE_OR: return rulereader_readPremise(tokens, rule, LOGIC_OR);
         case CLAUSE_PRIORITY: return readPriority(tokens, Rules[rule]);
-        default: ClauseState = clause; return rule_readAction(tokens, rule);
+        default: ClauseState = clause; return rulereader_readAction(tokens, rule);
     }
 }

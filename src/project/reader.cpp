@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "controls/rule.h"
+#include "controls/rulereader.h"
 #include "coupling/converter.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
@@ -226,7 +227,7 @@ static int32_t parseRule(const Tokens& tokens) {
         }
         ++running;
     }
-    return running > 0 ? rule_readLine(tokens, running - 1, clause) : errors_setName(ERR_RULE_CLAUSE, "");
+    return running > 0 ? rulereader_readLine(tokens, running - 1, clause) : errors_setName(ERR_RULE_CLAUSE, "");
 }
 
 static void storeDescription(const char* rawLine) {

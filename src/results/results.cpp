@@ -20,6 +20,7 @@
 #include "results/binary.h"
 #include "results/database.h"
 #include "results/rows.h"
+#include "results/systemrow.h"
 
 static constexpr int32_t SAVE_TO_FILE = 1;
 static constexpr int32_t SAVE_TO_DATABASE = 2;
@@ -199,7 +200,7 @@ static void writeReport(DateTime date) {
         binary_startRecord(date);
     }
     float system[SYSTEM_LENGTH];
-    rows_fillSystem(date, networkFactor, landFactor, system);
+    systemrow_fill(date, networkFactor, landFactor, system);
     writeRow(SYSTEM_TABLE, 0, system, SYSTEM_LENGTH);
     writeRows(SUBCATCH_TABLE, landFactor);
     for (int32_t table = JUNCTION_TABLE; table < RESULT_TABLE_COUNT; ++table) {

@@ -62,6 +62,3 @@ inline void rows_fill(int32_t table, int32_t object, double f, float* row) {
 /// Asks for the memory of rows that will be filled soon: behind place `k` in a list of nodes or links (a null
 /// list is the whole table). Walks over large tables wait for memory otherwise.
 void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, int32_t k);
-
-/// Fills the row of the system at a date. The factors weigh the newer state of the network and of the land.
-void rows_fillSystem(DateTime date, double networkFactor, double landFactor, float* row);

@@ -2,6 +2,8 @@
 // Each object's share is rounded to single and added in single, in the order of the tables. What an object shares of
 // its kind stands in the list of columns.
 
+#include "results/systemrow.h"
+
 #include <algorithm>
 
 #include "coupling/swmm.h"
@@ -126,7 +128,7 @@ void addLink(int32_t index, double f, float* row) {
 
 }  // namespace
 
-void rows_fillSystem(DateTime date, double networkFactor, double landFactor, float* row) {
+void systemrow_fill(DateTime date, double networkFactor, double landFactor, float* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0f);
     fillLand(landFactor, row);
     // Sorted in a copy: the list itself keeps its order for the step that takes it.

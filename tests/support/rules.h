@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "controls/rule.h"
+#include "controls/rulereader.h"
 #include "coupling/swmm.h"
 #include "links/conduit.h"
 #include "links/link.h"
@@ -33,7 +34,7 @@ inline int32_t read(const std::string& text) {
         names_add(RULE, TestTokens[1], Rules.size());
         Rules.push_back(Rule{});
     }
-    return rule_readLine(TestTokens, Rules.size() - 1, clause);
+    return rulereader_readLine(TestTokens, Rules.size() - 1, clause);
 }
 
 /// Reads clauses that must all be good.

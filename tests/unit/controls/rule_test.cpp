@@ -4,6 +4,7 @@
 // one.
 
 #include "controls/rule.h"
+#include "controls/rulereader.h"
 
 #include <gtest/gtest.h>
 
@@ -21,7 +22,7 @@ static double valueOf(const std::string& operand) {
     TestTokens = tokens_split(line.data());
     RuleOperand read{};
     int32_t place = 0;
-    EXPECT_EQ(rule_readOperand(TestTokens, place, read), ERR_NONE) << operand;
+    EXPECT_EQ(rulereader_readOperand(TestTokens, place, read), ERR_NONE) << operand;
     return rule_operandValue(read);
 }
 

@@ -1,5 +1,6 @@
 #include "results/rows.h"
 #include "nodes/splitter.h"
+#include "results/systemrow.h"
 
 #include <gtest/gtest.h>
 
@@ -248,7 +249,7 @@ TEST_F(Rows, ADrySubcatchmentKeepsItsConcentrations) {
 // --- the system ----------------------------------------------------------------------------------------------------
 
 TEST_F(Rows, SystemWithoutLandHasNoRain) {
-    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    systemrow_fill(44256.0, 1.0, 1.0, row);
     expectRow({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
 }
 
@@ -266,7 +267,7 @@ TEST_F(Rows, SystemTakesMeansOverTheLand) {
     Subcatches[1].gage = -1;
     Subcatches[1].area = 3.0e4;
     Subcatches[1].evapRate = 0.0;
-    rows_fillSystem(44256.0, 1.0, 0.5, row);
+    systemrow_fill(44256.0, 1.0, 0.5, row);
     EXPECT_FLOAT_EQ(row[0], 2.5f);  // a quarter of the land has the rain
     EXPECT_FLOAT_EQ(row[1], 0.5f);
     EXPECT_FLOAT_EQ(row[2], 4.0f);
@@ -278,7 +279,7 @@ TEST_F(Rows, SystemWithoutAreaHasNoRunoff) {
     s.gage = -1;
     s.thisRunoff = 3.0;
     Subcatches.fill(1, s);
-    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    systemrow_fill(44256.0, 1.0, 1.0, row);
     for (int32_t k = 0; k < 4; ++k) {
         EXPECT_EQ(row[k], 0.0f);
     }
@@ -296,50 +297,50 @@ TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     Pipes[0].storage = storage;
     Pipes[0].newFlood = 0.25;
     addFilledLink(PIPE);
-    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    systemrow_fill(44256.0, 1.0, 1.0, row);
     SwmmNodes.clear();
     expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
 }
 
 TEST_F(Rows, SystemCountsTheFloodOfATank) {
     addTank(1.0, 3.0, 0.0, 4.0);
-    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    systemrow_fill(44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[7], 2.0f);
-    rows_fillSystem(44256.0, 0.25, 1.0, row);
+    systemrow_fill(44256.0, 0.25, 1.0, row);
     EXPECT_EQ(row[7], 1.0f);
 }
 
 TEST_F(Rows, SystemCountsTheFloodOfAConduit) {
     addConduit(0.5, 4.0, 0.0);
-    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    systemrow_fill(44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[7], 2.0f);
-    rows_fillSystem(44256.0, 0.25, 1.0, row);
+    systemrow_fill(44256.0, 0.25, 1.0, row);
     EXPECT_EQ(row[7], 3.0f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfATankAtItsDepthBetweenTheStates) {
     addTank(1.0, 3.0, 0.0, 0.0);
-    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    systemrow_fill(44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 100.0f * 2.0f);
-    rows_fillSystem(44256.0, 0.25, 1.0, row);
+    systemrow_fill(44256.0, 0.25, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 100.0f * 1.5f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfAReactor) {
     addReactor(50.0);
-    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    systemrow_fill(44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[11], 50.0f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterInAllLayersOfALid) {
     addLid();
-    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    systemrow_fill(44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], LID_VOLUME);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfAConduit) {
     addConduit(0.5, 0.0, 0.0);
-    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    systemrow_fill(44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 2.0f * 0.5f * 100.0f);
 }
 
@@ -348,7 +349,7 @@ TEST_F(Rows, SystemAddsUpStoresOfAllKinds) {
     addReactor(50.0);
     addLid();
     addConduit(0.5, 4.0, 0.0);
-    rows_fillSystem(44256.0, 0.5, 1.0, row);
+    systemrow_fill(44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[7], 2.0f + 2.0f);
     EXPECT_FLOAT_EQ(row[11], 200.0f + 50.0f + LID_VOLUME + 100.0f);
 }
@@ -367,7 +368,7 @@ TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStan
     OldRoutingTime = 0.0;
     NewRoutingTime = 675000.0;
     const auto expectFlows = [&](float inflow, float outflow) {
-        rows_fillSystem(44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
+        systemrow_fill(44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
         EXPECT_EQ(row[8], inflow);
         EXPECT_EQ(row[10], outflow);
     };
@@ -396,7 +397,7 @@ TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
     addFilledNode(JUNCTION).extInflow = &mass;
     addFilledNode(JUNCTION);
     HostInflows = {{1, 0, 4.0}, {0, 0, 2.0}};
-    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    systemrow_fill(44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[5], 6.25f);
 }
 
@@ -405,7 +406,7 @@ TEST_F(Rows, SystemCountsTheDryWeatherFlowOfEachNode) {
     DwfInflow quality{0, -1, 200.0, &flow};
     addFilledNode(JUNCTION).dwfInflow = &quality;
     addFilledNode(JUNCTION).dwfInflow = &flow;
-    rows_fillSystem(44256.0, 1.0, 1.0, row);
+    systemrow_fill(44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 1.0f);
 }
 
@@ -419,9 +420,9 @@ TEST_F(Rows, SystemTakesTheDryWeatherFlowAtTheHourOfTheReport) {
     DwfInflow flow{-1, 0, 0.5, nullptr};
     addFilledNode(JUNCTION).dwfInflow = &flow;
     const DateTime start = 44256.0;
-    rows_fillSystem(start + 0.001 / 86400.0, 1.0, 1.0, row);
+    systemrow_fill(start + 0.001 / 86400.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 0.5f * 1.0f);
-    rows_fillSystem(start + 3600.001 / 86400.0, 1.0, 1.0, row);
+    systemrow_fill(start + 3600.001 / 86400.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 0.5f * 3.0f);
 }
 
@@ -439,7 +440,7 @@ TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
         ASSERT_EQ(tarnvelde_step(&elapsed), 0);
     }
     const SeriesCursor cursors[2] = {TimeSeries[0].cursor, TimeSeries[1].cursor};
-    rows_fillSystem(StartDateTime + 1.5 / 24.0, 1.0, 1.0, row);
+    systemrow_fill(StartDateTime + 1.5 / 24.0, 1.0, 1.0, row);
     EXPECT_FLOAT_EQ(row[5], 4.0f + 10.0f + 2.0f * 4.0f);
     for (int k = 0; k < 2; ++k) {
         const SeriesCursor &cursor = TimeSeries[k].cursor, &old = cursors[k];
@@ -468,7 +469,7 @@ TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
     }
     ASSERT_TRUE(cursor.isAtEnd);
     const int64_t position = cursor.position;
-    rows_fillSystem(StartDateTime + 5.0 / 1440.0, 1.0, 1.0, row);  // goes back to the first entry
+    systemrow_fill(StartDateTime + 5.0 / 1440.0, 1.0, 1.0, row);  // goes back to the first entry
     EXPECT_FLOAT_EQ(row[5], 2.0f);
     EXPECT_TRUE(cursor.isAtEnd);
     EXPECT_EQ(cursor.position, position);

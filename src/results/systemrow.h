@@ -1,0 +1,7 @@
+#pragma once
+// The row of the whole system.
+
+#include "text/datetime.h"
+
+/// Fills the row of the system at a date. The factors weigh the newer state of the network and of the land.
+void systemrow_fill(DateTime date, double networkFactor, double landFactor, float* row);
