@@ -94,8 +94,7 @@ bool isLinkCode(int32_t object) {
     return object >= OBJECT_CODE_PIPE && object <= OBJECT_CODE_ORIFICE;
 }
 
-// --- units of subcatchments
-// -------------------------------------------------------------------------------------------------
+// --- units of subcatchments ----------------------------------------------------------------------------------------
 
 constexpr int32_t PARAMETER_AREA = 0, PARAMETER_INFIL_DECAY = 10, PARAMETER_DRYING_TIME = 11;
 
