@@ -2,8 +2,6 @@
 
 #include "project/validation.h"
 
-#include "project/validation.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
