@@ -13,7 +13,8 @@ set(results 6)
 set(routing 7)
 set(project 8)
 set(api 9)
-#  - No two rooms include each other; header and source are one room.
+#  - No two rooms include each other; header and source are one room. The model alone, which gathers what the rooms
+#    keep in it, and the rooms that it gathers from know each other.
 #  - Kinds of node and link, which model/sections.def lists, are told apart in routing/nodekinds and routing/linkkinds
 #    alone.
 
@@ -38,7 +39,7 @@ foreach(source IN LISTS sources)
             list(APPEND faults "${source} includes ${other}: a folder that is no floor")
         elseif(NOT folder STREQUAL below AND NOT ${below} LESS ${folder})
             list(APPEND faults "${source} includes ${other}, which doesn't stand below it")
-        elseif(NOT room STREQUAL other)
+        elseif(NOT room STREQUAL other AND NOT other STREQUAL "model/model")  # it gathers what the rooms keep
             list(APPEND arrows "${room}>${other}")
         endif()
     endforeach()

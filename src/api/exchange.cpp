@@ -6,12 +6,14 @@
 
 #include <exception>
 
+#include "api/defaultmodel.h"
 #include "hydrology/gage.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
 #include "links/pipe.h"
 #include "links/pump.h"
 #include "links/weir.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
@@ -20,56 +22,62 @@
 #include "nodes/tank.h"
 #include "tarnvelde.h"
 
-int32_t exchange_findRow(int32_t type, const char* name, int32_t tableSize) {
+int32_t exchange_findRow(Model& model, int32_t type, const char* name, int32_t tableSize) {
     // A project that failed to open may know names whose tables were never made.
-    const int32_t row = names_find(type, name);
+    const int32_t row = names_find(model, type, name);
     return row >= 0 && row < tableSize ? row : -1;
 }
 
-Node* exchange_findNode(const char* name, int32_t kind) {
-    const int32_t row = exchange_findRow(NODE, name, Nodes.size());
-    return row >= 0 && Nodes[row].kind == kind ? &Nodes[row] : nullptr;
+Node* exchange_findNode(Model& model, const char* name, int32_t kind) {
+    const int32_t row = exchange_findRow(model, NODE, name, model.nodes.size());
+    return row >= 0 && model.nodes[row].kind == kind ? &model.nodes[row] : nullptr;
 }
 
-Link* exchange_findLink(const char* name, int32_t kind) {
-    const int32_t row = exchange_findRow(LINK, name, Links.size());
-    return row >= 0 && Links[row].kind == kind ? &Links[row] : nullptr;
+Link* exchange_findLink(Model& model, const char* name, int32_t kind) {
+    const int32_t row = exchange_findRow(model, LINK, name, model.links.size());
+    return row >= 0 && model.links[row].kind == kind ? &model.links[row] : nullptr;
 }
 
 // --- project -------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_findObject(int32_t objectClass, const char* name) {
+    Model& model = defaultmodel_get();
     switch (objectClass) {
-        case 0: return exchange_findRow(SUBCATCH, name, Subcatches.size());
-        case 1: return exchange_findRow(NODE, name, Nodes.size());
-        case 2: return exchange_findRow(LINK, name, Links.size());
+        case 0: return exchange_findRow(model, SUBCATCH, name, model.subcatches.size());
+        case 1: return exchange_findRow(model, NODE, name, model.nodes.size());
+        case 2: return exchange_findRow(model, LINK, name, model.links.size());
         default: return FAILURE;
     }
 }
 
 int32_t tarnvelde_getDateTime(double* start, double* end) {
-    if (!IsOpen || !start || !end) {
+    Model& model = defaultmodel_get();
+    if (!model.isOpen || !start || !end) {
         return FAILURE;
     }
-    *start = StartDateTime;
-    *end = EndDateTime;
+    *start = model.options.startDateTime;
+    *end = model.options.endDateTime;
     return SUCCESS;
 }
 
 int32_t tarnvelde_getRoutingStep(double* seconds) {
-    if (!IsOpen || !seconds) {
+    Model& model = defaultmodel_get();
+    if (!model.isOpen || !seconds) {
         return FAILURE;
     }
-    *seconds = RoutingStep;
+    *seconds = model.options.routingStep;
     return SUCCESS;
 }
 
 int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* qualityError) {
-    const bool isClosed = IsOpen && !IsStarted;
+    Model& model = defaultmodel_get();
+    const bool isClosed = model.isOpen && !model.isStarted;
     const struct {
         double* out;
         double error;
-    } figures[] = {{runoffError, RunoffError}, {flowError, FlowError}, {qualityError, QualityError}};
+    } figures[] = {{runoffError, model.totals.runoffError},
+                   {flowError, model.totals.flowError},
+                   {qualityError, model.totals.qualityError}};
     for (const auto& figure : figures) {
         if (figure.out) {
             *figure.out = isClosed ? figure.error : 0.0;
@@ -91,101 +99,109 @@ static int32_t append(std::vector<HostInflow>& list, const HostInflow& entry) {
 }
 
 int32_t tarnvelde_setExtInflow(const char* name, double value) {
-    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    Model& model = defaultmodel_get();
+    const int32_t node = exchange_findRow(model, NODE, name, model.nodes.size());
     if (node < 0 || value < 0.0) {
         return FAILURE;
     }
-    return append(HostInflows, {node, 0, value});
+    return append(model.requests.inflows, {node, 0, value});
 }
 
 /// Adds to the entry of the node if there is one, whatever its pollutant, and to the list otherwise.
-static int32_t addLoad(int32_t node, int32_t pollutant, double value) {
-    for (HostInflow& load : HostLoads) {
+static int32_t addLoad(Model& model, int32_t node, int32_t pollutant, double value) {
+    for (HostInflow& load : model.requests.loads) {
         if (load.node == node) {
             load.value += value;
             return SUCCESS;
         }
     }
-    return append(HostLoads, {node, pollutant, value});
+    return append(model.requests.loads, {node, pollutant, value});
 }
 
 int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double value) {
+    Model& model = defaultmodel_get();
     if (!pollutantName || value < 0.0) {
         return FAILURE;
     }
     // The node's name is looked up among the pollutants too, and the pollutant's name nowhere: the call succeeds only
     // for a node that is named like a pollutant.
-    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
-    const int32_t pollutant = exchange_findRow(POLLUT, name, Polluts.size());
+    const int32_t node = exchange_findRow(model, NODE, name, model.nodes.size());
+    const int32_t pollutant = exchange_findRow(model, POLLUT, name, model.polluts.size());
     if (node < 0 || pollutant < 0) {
         return FAILURE;
     }
-    return addLoad(node, pollutant, value);
+    return addLoad(model, node, pollutant, value);
 }
 
 // --- nodes ---------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_setSplittedValue(const char* name, double value) {
-    const Node* node = exchange_findNode(name, SPLITTER);
+    Model& model = defaultmodel_get();
+    const Node* node = exchange_findNode(model, name, SPLITTER);
     if (!node || value < 0.0) {
         return FAILURE;
     }
-    Splitter& splitter = Splitters[node->kindIndex];
+    Splitter& splitter = model.splitters[node->kindIndex];
     splitter.hostValue = splitter.mode == SPLIT_RATIO && value > 1.0 ? 1.0 : value;
     splitter.useHostValue = true;
     return SUCCESS;
 }
 
 int32_t tarnvelde_setTankDepth(const char* name, double depth) {
-    const Node* node = exchange_findNode(name, TANK);
+    Model& model = defaultmodel_get();
+    const Node* node = exchange_findNode(model, name, TANK);
     if (!node) {
         return FAILURE;
     }
-    Tanks[node->kindIndex].newDepth = depth;
+    model.tanks[node->kindIndex].newDepth = depth;
     return SUCCESS;
 }
 
 int32_t tarnvelde_setReactorEmptyingValue(const char* name, double value) {
-    const Node* node = exchange_findNode(name, REACTOR);
+    Model& model = defaultmodel_get();
+    const Node* node = exchange_findNode(model, name, REACTOR);
     if (!node || value < 0.0) {
         return FAILURE;
     }
-    Reactors[node->kindIndex].emptyingRate = value;
+    model.reactors[node->kindIndex].emptyingRate = value;
     return SUCCESS;
 }
 
 int32_t tarnvelde_getNodeType(const char* name, int32_t* type) {
+    Model& model = defaultmodel_get();
     if (!type) {
         return FAILURE;
     }
     *type = -1;
-    const int32_t node = exchange_findRow(NODE, name, Nodes.size());
+    const int32_t node = exchange_findRow(model, NODE, name, model.nodes.size());
     if (node < 0) {
         return FAILURE;
     }
-    *type = Nodes[node].kind;
+    *type = model.nodes[node].kind;
     return SUCCESS;
 }
 
 // --- links ---------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_setPumpFlow(const char* name, double flow) {
-    const Link* link = exchange_findLink(name, PUMP);
+    Model& model = defaultmodel_get();
+    const Link* link = exchange_findLink(model, name, PUMP);
     if (!link) {
         return FAILURE;
     }
-    Pump& pump = Pumps[link->kindIndex];
+    Pump& pump = model.pumps[link->kindIndex];
     pump.hostFlow = flow;
     pump.useHostFlow = true;
     return SUCCESS;
 }
 
 int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
-    const Link* link = exchange_findLink(name, WEIR);
+    Model& model = defaultmodel_get();
+    const Link* link = exchange_findLink(model, name, WEIR);
     if (!link || value < 0.0) {
         return FAILURE;
     }
-    Weir& weir = Weirs[link->kindIndex];
+    Weir& weir = model.weirs[link->kindIndex];
     switch (which) {
         case 0:
             if (value == 0.0) {
@@ -201,66 +217,71 @@ int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
 }
 
 int32_t tarnvelde_setSetting(const char* name, double value) {
-    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    Model& model = defaultmodel_get();
+    const int32_t index = exchange_findRow(model, LINK, name, model.links.size());
     if (index < 0 || value < 0.0 || value > 1.0) {
         return FAILURE;
     }
-    Link& link = Links[index];
+    Link& link = model.links[index];
     link.isHostSetting = true;
     link.targetSetting = value;
     if (link.setting != value) {  // a zero keeps its sign
         link.setting = value;
     }
-    link_noteTarget(index);
+    link_noteTarget(model, index);
     return SUCCESS;
 }
 
 int32_t tarnvelde_getSetting(const char* name, double* setting) {
+    Model& model = defaultmodel_get();
     if (!setting) {
         return FAILURE;
     }
     *setting = -1.0;
-    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    const int32_t index = exchange_findRow(model, LINK, name, model.links.size());
     if (index < 0) {
         return FAILURE;
     }
-    *setting = Links[index].setting;
+    *setting = model.links[index].setting;
     return SUCCESS;
 }
 
 int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
-    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    Model& model = defaultmodel_get();
+    const int32_t index = exchange_findRow(model, LINK, name, model.links.size());
     if (index < 0) {
         return FAILURE;
     }
-    Link& link = Links[index];
+    Link& link = model.links[index];
     link.newFlow = flow;
     if (link.kind == PIPE) {
-        pipe_noteChange(index, link.kindIndex);
+        pipe_noteChange(model, index, link.kindIndex);
     }
     return SUCCESS;
 }
 
 int32_t tarnvelde_getLinkType(const char* name, int32_t* type) {
+    Model& model = defaultmodel_get();
     if (!type) {
         return FAILURE;
     }
     *type = -1;
-    const int32_t index = exchange_findRow(LINK, name, Links.size());
+    const int32_t index = exchange_findRow(model, LINK, name, model.links.size());
     if (index < 0) {
         return FAILURE;
     }
-    *type = Links[index].kind;
+    *type = model.links[index].kind;
     return SUCCESS;
 }
 
 // --- gages ---------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_isInEvent(const char* name) {
-    const int32_t gage = exchange_findRow(GAGE, name, Gages.size());
+    Model& model = defaultmodel_get();
+    const int32_t gage = exchange_findRow(model, GAGE, name, model.gages.size());
     if (gage < 0) {
         return FAILURE;
     }
     // A millisecond after the clock: at the very end of an event it is over.
-    return gage_isInEvent(gage, project_getDate(NewRoutingTime));
+    return gage_isInEvent(model, gage, project_getDate(model, model.clock.newRoutingTime));
 }

@@ -4,6 +4,7 @@
 
 #include <cmath>
 
+#include "api/defaultmodel.h"
 #include "api/exchange.h"
 #include "hydrology/subcatch.h"
 #include "links/conduit.h"
@@ -12,6 +13,7 @@
 #include "links/pipe.h"
 #include "links/pump.h"
 #include "links/weir.h"
+#include "model/model.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "tarnvelde.h"
@@ -57,7 +59,7 @@ void write(const Parameter& parameter, double value) {
 /// For each object of the list a function that finds the field of a parameter in a row of its table.
 // clang-format off
 #define PARAMETER_OBJECT(token, kind, table)              \
-    Parameter find##token(int32_t row, int32_t number) {  \
+    Parameter find##token(Model& model, int32_t row, int32_t number) {  \
         auto* record = table.find(row);                   \
         if (!record) {                                    \
             return NO_PARAMETER;                          \
@@ -72,7 +74,7 @@ void write(const Parameter& parameter, double value) {
 struct ParameterObject {
     int32_t object;  ///< ExchangeObject
     int32_t kind;    ///< NodeKind or LinkKind; -1 of a subcatchment
-    Parameter (*find)(int32_t row, int32_t number);
+    Parameter (*find)(Model& model, int32_t row, int32_t number);
 };
 
 constexpr ParameterObject ParameterObjects[] = {
@@ -138,28 +140,28 @@ double fromHost(int32_t code, double value) {
 
 // --- objects by name -----------------------------------------------------------------------------------------------
 
-Parameter findParameter(const ParameterObject& entry, const char* name, int32_t code) {
+Parameter findParameter(Model& model, const ParameterObject& entry, const char* name, int32_t code) {
     if (entry.kind < 0) {
-        return entry.find(exchange_findRow(SUBCATCH, name, Subcatches.size()), code);
+        return entry.find(model, exchange_findRow(model, SUBCATCH, name, model.subcatches.size()), code);
     }
     if (isLinkCode(entry.object)) {
-        const Link* link = exchange_findLink(name, entry.kind);
-        return link ? entry.find(link->kindIndex, code) : NO_PARAMETER;
+        const Link* link = exchange_findLink(model, name, entry.kind);
+        return link ? entry.find(model, link->kindIndex, code) : NO_PARAMETER;
     }
-    const Node* node = exchange_findNode(name, entry.kind);
-    return node ? entry.find(node->kindIndex, code) : NO_PARAMETER;
+    const Node* node = exchange_findNode(model, name, entry.kind);
+    return node ? entry.find(model, node->kindIndex, code) : NO_PARAMETER;
 }
 
 /// For a value of a link to be written, the kind is looked up at the link's number in the table of nodes: the call
 /// works only where a node of the right number stands there, and then writes the link's row in the table of the wanted
 /// kind, whatever the link is.
-Parameter findWrittenParameter(const ParameterObject& entry, const char* name, int32_t code) {
+Parameter findWrittenParameter(Model& model, const ParameterObject& entry, const char* name, int32_t code) {
     if (!isLinkCode(entry.object)) {
-        return findParameter(entry, name, code);
+        return findParameter(model, entry, name, code);
     }
-    const int32_t link = exchange_findRow(LINK, name, Links.size());
-    const Node* node = Nodes.find(link);
-    return node && node->kind == entry.kind ? entry.find(Links[link].kindIndex, code) : NO_PARAMETER;
+    const int32_t link = exchange_findRow(model, LINK, name, model.links.size());
+    const Node* node = model.nodes.find(link);
+    return node && node->kind == entry.kind ? entry.find(model, model.links[link].kindIndex, code) : NO_PARAMETER;
 }
 
 /// A value of a pump is moved, and the call fails all the same: it goes on to a connection, which a pump isn't.
@@ -170,8 +172,9 @@ int32_t getResult(int32_t object) {
 }  // namespace
 
 int32_t tarnvelde_getParam(int32_t object, const char* name, int32_t code, double* value) {
+    Model& model = defaultmodel_get();
     const ParameterObject* entry = findObject(object);
-    const Parameter parameter = entry && value ? findParameter(*entry, name, code) : NO_PARAMETER;
+    const Parameter parameter = entry && value ? findParameter(model, *entry, name, code) : NO_PARAMETER;
     if (!exists(parameter)) {
         return FAILURE;
     }
@@ -184,8 +187,9 @@ int32_t tarnvelde_getParam(int32_t object, const char* name, int32_t code, doubl
 }
 
 int32_t tarnvelde_setParam(int32_t object, const char* name, int32_t code, double value) {
+    Model& model = defaultmodel_get();
     const ParameterObject* entry = findObject(object);
-    const Parameter parameter = entry ? findWrittenParameter(*entry, name, code) : NO_PARAMETER;
+    const Parameter parameter = entry ? findWrittenParameter(model, *entry, name, code) : NO_PARAMETER;
     if (!exists(parameter)) {
         return FAILURE;
     }

@@ -15,43 +15,22 @@
 #include "links/link.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "nodes/reactor.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "text/number.h"
 
-Table<Rule> Rules;
-
-/// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins
-/// each step with the cells of the largest step so far, empty, and fills them from its head; further cells are put in
-/// front of the head. Engines inside SWMM nodes see their calls in the order of this list. Here the chosen actions
-/// stand in the order in which their targets were met; cellCount says how many found a cell waiting.
-struct ActionListRecord {
-    Action** chosen;  ///< by place, one for each target at most
-    int32_t* place;   ///< by target: place in `chosen`, or -1
-    int32_t targetCount;
-    int32_t chosenCount;
-    int32_t cellCount;  ///< cells made by earlier evaluations
-};
-
-static ActionListRecord ActionList;
-
-void rule_createAll() {
-    Rules.fill(ObjectCount[RULE], Rule{});
-    ClauseState = CLAUSE_PRIORITY;
-}
-
-void rule_deleteAll() {
-    Rules = {};
-    ActionList = ActionListRecord{};
-    ClauseState = CLAUSE_PRIORITY;
+void rule_createAll(Model& model) {
+    model.rules.fill(model.counts.objects[RULE], Rule{});
+    model.clauseState = CLAUSE_PRIORITY;
 }
 
 // --- targets -------------------------------------------------------------------------------------------------------
 
-static bool isSwmmNode(int32_t node) {
-    return Nodes[node].kind == SWMM;
+static bool isSwmmNode(Model& model, int32_t node) {
+    return model.nodes[node].kind == SWMM;
 }
 
 /// Order of two texts, a missing one before all others.
@@ -63,7 +42,7 @@ static int32_t compareTexts(const char* a, const char* b) {
 }
 
 /// Order of what two actions act on, 0 if it is the same: a link; else a node, and inside a SWMM node one of its links.
-static int32_t compareTargets(const Action& a, const Action& b) {
+static int32_t compareTargets(Model& model, const Action& a, const Action& b) {
     if (a.link != b.link) {
         return a.link < b.link ? -1 : 1;
     }
@@ -73,12 +52,12 @@ static int32_t compareTargets(const Action& a, const Action& b) {
     if (a.node != b.node) {
         return a.node < b.node ? -1 : 1;
     }
-    return isSwmmNode(a.node) ? compareTexts(a.swmmLink, b.swmmLink) : 0;
+    return isSwmmNode(model, a.node) ? compareTexts(a.swmmLink, b.swmmLink) : 0;
 }
 
-static std::vector<Action*> listActions() {
+static std::vector<Action*> listActions(Model& model) {
     std::vector<Action*> actions;
-    for (const Rule& rule : Rules) {
+    for (const Rule& rule : model.rules) {
         for (Action* list : {rule.thenActions, rule.elseActions}) {
             for (Action* action = list; action; action = action->next) {
                 actions.push_back(action);
@@ -88,62 +67,65 @@ static std::vector<Action*> listActions() {
     return actions;
 }
 
-void rule_openRun() {
+void rule_openRun(Model& model) {
     // Kinds of objects are known for good once the project is read, so the targets of a first run serve all others.
-    if (Rules.empty() || ActionList.chosen) {
+    if (model.rules.empty() || model.actionList->chosen) {
         return;
     }
-    std::vector<Action*> actions = listActions();
+    std::vector<Action*> actions = listActions(model);
     std::sort(actions.begin(), actions.end(),
-              [](const Action* a, const Action* b) { return compareTargets(*a, *b) < 0; });
+              [&](const Action* a, const Action* b) { return compareTargets(model, *a, *b) < 0; });
     int32_t target = -1;
     for (size_t k = 0; k < actions.size(); ++k) {
-        target += k == 0 || compareTargets(*actions[k - 1], *actions[k]) != 0 ? 1 : 0;
+        target += k == 0 || compareTargets(model, *actions[k - 1], *actions[k]) != 0 ? 1 : 0;
         actions[k]->target = target;
     }
-    ActionList = ActionListRecord{};
-    ActionList.place = arena_allocateArray<int32_t>(ProjectArena, target + 1);
-    ActionList.chosen = arena_allocateArray<Action*>(ProjectArena, target + 1);
-    if (!ActionList.place || !ActionList.chosen) {
-        ActionList = ActionListRecord{};
-        errors_report(ERR_MEMORY, "");
+    *model.actionList = ActionList{};
+    model.actionList->place = arena_allocateArray<int32_t>(model.memory.project, target + 1);
+    model.actionList->chosen = arena_allocateArray<Action*>(model.memory.project, target + 1);
+    if (!model.actionList->place || !model.actionList->chosen) {
+        *model.actionList = ActionList{};
+        errors_report(model, ERR_MEMORY, "");
         return;
     }
-    ActionList.targetCount = target + 1;
-    std::fill_n(ActionList.place, ActionList.targetCount, -1);
+    model.actionList->targetCount = target + 1;
+    std::fill_n(model.actionList->place, model.actionList->targetCount, -1);
 }
 
 // --- premises ------------------------------------------------------------------------------------------------------
 
-static double getDepth(const RuleOperand& operand) {
+static double getDepth(Model& model, const RuleOperand& operand) {
     if (operand.node >= 0 && operand.tank >= 0) {
-        return Tanks[operand.tank].newDepth;
+        return model.tanks[operand.tank].newDepth;
     }
-    return operand.link >= 0 && operand.conduit >= 0 ? Conduits[operand.conduit].depth : NO_VALUE;
+    return operand.link >= 0 && operand.conduit >= 0 ? model.conduits[operand.conduit].depth : NO_VALUE;
 }
 
 /// How full a reactor is. A plug-flow reactor has no volume, and what 0 / 0 gives is unequal to all values.
-static double getFill(int32_t index) {
-    const Reactor& reactor = Reactors[index];
+static double getFill(Model& model, int32_t index) {
+    const Reactor& reactor = model.reactors[index];
     return reactor.storedVolume / reactor.volume;
 }
 
-double rule_operandValue(const RuleOperand& operand) {
+double rule_operandValue(Model& model, const RuleOperand& operand) {
     switch (operand.attribute) {
-        case ATTRIBUTE_DEPTH: return getDepth(operand);
-        case ATTRIBUTE_INFLOW: return operand.node >= 0 ? Nodes[operand.node].newInflow : NO_VALUE;
-        case ATTRIBUTE_FLOW: return operand.link >= 0 ? Links[operand.link].newFlow : NO_VALUE;
-        case ATTRIBUTE_STATUS: return operand.link >= 0 && operand.pump >= 0 ? Links[operand.link].setting : NO_VALUE;
+        case ATTRIBUTE_DEPTH: return getDepth(model, operand);
+        case ATTRIBUTE_INFLOW: return operand.node >= 0 ? model.nodes[operand.node].newInflow : NO_VALUE;
+        case ATTRIBUTE_FLOW: return operand.link >= 0 ? model.links[operand.link].newFlow : NO_VALUE;
+        case ATTRIBUTE_STATUS:
+            return operand.link >= 0 && operand.pump >= 0 ? model.links[operand.link].setting : NO_VALUE;
         case ATTRIBUTE_EVENT:
-            return operand.gage >= 0 ? gage_isInEvent(operand.gage, project_getDate(NewRoutingTime)) : NO_VALUE;
-        case ATTRIBUTE_FILL: return operand.reactor >= 0 ? getFill(operand.reactor) : NO_VALUE;
+            return operand.gage >= 0
+                       ? gage_isInEvent(model, operand.gage, project_getDate(model, model.clock.newRoutingTime))
+                       : NO_VALUE;
+        case ATTRIBUTE_FILL: return operand.reactor >= 0 ? getFill(model, operand.reactor) : NO_VALUE;
         default: return NO_VALUE;
     }
 }
 
-bool rule_testPremise(const Premise& premise) {
-    const double a = rule_operandValue(premise.left);
-    const double b = premise.value == NO_VALUE ? rule_operandValue(premise.right) : premise.value;
+bool rule_testPremise(Model& model, const Premise& premise) {
+    const double a = rule_operandValue(model, premise.left);
+    const double b = premise.value == NO_VALUE ? rule_operandValue(model, premise.right) : premise.value;
     if (a == NO_VALUE || b == NO_VALUE) {
         return false;
     }
@@ -159,13 +141,13 @@ bool rule_testPremise(const Premise& premise) {
 }
 
 /// The premises from left to right, without precedence. An AND after a false result ends the rule, whatever follows.
-static bool isFulfilled(const Rule& rule) {
+static bool isFulfilled(Model& model, const Rule& rule) {
     bool isTrue = true;
     for (const Premise* premise = rule.premises; premise; premise = premise->next) {
         if (premise->logic == LOGIC_OR) {
-            isTrue = isTrue || rule_testPremise(*premise);
+            isTrue = isTrue || rule_testPremise(model, *premise);
         } else if (isTrue) {
-            isTrue = rule_testPremise(*premise);
+            isTrue = rule_testPremise(model, *premise);
         } else {
             break;
         }
@@ -175,35 +157,35 @@ static bool isFulfilled(const Rule& rule) {
 
 // --- actions -------------------------------------------------------------------------------------------------------
 
-static double getPriority(const Action& action) {
-    return Rules[action.rule].priority;
+static double getPriority(Model& model, const Action& action) {
+    return model.rules[action.rule].priority;
 }
 
 /// Puts an action forward: it takes a free target, or one that an action of lower priority holds.
-static void choose(Action& action) {
-    int32_t& place = ActionList.place[action.target];
+static void choose(Model& model, Action& action) {
+    int32_t& place = model.actionList->place[action.target];
     if (place < 0) {
-        place = ActionList.chosenCount++;
-        ActionList.chosen[place] = &action;
-    } else if (getPriority(action) > getPriority(*ActionList.chosen[place])) {
-        ActionList.chosen[place] = &action;
+        place = model.actionList->chosenCount++;
+        model.actionList->chosen[place] = &action;
+    } else if (getPriority(model, action) > getPriority(model, *model.actionList->chosen[place])) {
+        model.actionList->chosen[place] = &action;
     }
 }
 
-static int32_t applyToLink(const Action& action) {
-    Link& link = Links[action.link];
+static int32_t applyToLink(Model& model, const Action& action) {
+    Link& link = model.links[action.link];
     if (link.targetSetting == action.value) {
         return 0;
     }
     link.targetSetting = action.value;
-    link_noteTarget(action.link);
+    link_noteTarget(model, action.link);
     return 1;
 }
 
 /// Sets the value that the project gave the splitter: one set by the host goes on to hide it, and it stays for a second
 /// run.
-static int32_t applyToSplitter(const Action& action) {
-    Splitter& splitter = Splitters[action.splitter];
+static int32_t applyToSplitter(Model& model, const Action& action) {
+    Splitter& splitter = model.splitters[action.splitter];
     if (action.value < 0.0 || action.value == splitter.value) {
         return 0;
     }
@@ -211,8 +193,8 @@ static int32_t applyToSplitter(const Action& action) {
     return 1;
 }
 
-static int32_t applyToReactor(const Action& action) {
-    Reactor& reactor = Reactors[action.reactor];
+static int32_t applyToReactor(Model& model, const Action& action) {
+    Reactor& reactor = model.reactors[action.reactor];
     if (action.value == reactor.isEmptying) {
         return 0;
     }
@@ -221,61 +203,62 @@ static int32_t applyToReactor(const Action& action) {
 }
 
 /// Hands a setting to the engine of a SWMM node, in every step, changed or not.
-static void applyToSwmm(const Action& action) {
+static void applyToSwmm(Model& model, const Action& action) {
     if (!action.swmmLink) {
         return;  // the line named the node under another type, and no link inside it
     }
-    if (swmm_isLink(action.swmm, action.swmmLink) >= 0) {
-        swmm_setSetting(action.swmm, action.swmmLink, action.value, RoutingStep);
+    if (swmm_isLink(model, action.swmm, action.swmmLink) >= 0) {
+        swmm_setSetting(model, action.swmm, action.swmmLink, action.value, model.options.routingStep);
     }
 }
 
-static int32_t apply(const Action& action) {
+static int32_t apply(Model& model, const Action& action) {
     if (action.link >= 0) {
-        return applyToLink(action);
+        return applyToLink(model, action);
     }
     if (action.splitter >= 0) {
-        return applyToSplitter(action);
+        return applyToSplitter(model, action);
     }
     if (action.reactor >= 0) {
-        return applyToReactor(action);
+        return applyToReactor(model, action);
     }
     if (action.swmm >= 0) {
-        applyToSwmm(action);
+        applyToSwmm(model, action);
     }
     return 0;
 }
 
 /// Applies the chosen actions in the order of their cells: those in new cells, the newest first, then the others.
-static int32_t applyChosen() {
+static int32_t applyChosen(Model& model) {
     int32_t changes = 0;
-    const int32_t old = std::min(ActionList.cellCount, ActionList.chosenCount);
-    for (int32_t k = ActionList.chosenCount - 1; k >= old; --k) {
-        changes += apply(*ActionList.chosen[k]);
+    const int32_t old = std::min(model.actionList->cellCount, model.actionList->chosenCount);
+    for (int32_t k = model.actionList->chosenCount - 1; k >= old; --k) {
+        changes += apply(model, *model.actionList->chosen[k]);
     }
     for (int32_t k = 0; k < old; ++k) {
-        changes += apply(*ActionList.chosen[k]);
+        changes += apply(model, *model.actionList->chosen[k]);
     }
     return changes;
 }
 
-static void emptyCells() {
-    for (int32_t k = 0; k < ActionList.chosenCount; ++k) {
-        ActionList.place[ActionList.chosen[k]->target] = -1;
+static void emptyCells(Model& model) {
+    for (int32_t k = 0; k < model.actionList->chosenCount; ++k) {
+        model.actionList->place[model.actionList->chosen[k]->target] = -1;
     }
-    ActionList.cellCount = std::max(ActionList.cellCount, ActionList.chosenCount);
-    ActionList.chosenCount = 0;
+    model.actionList->cellCount = std::max(model.actionList->cellCount, model.actionList->chosenCount);
+    model.actionList->chosenCount = 0;
 }
 
-int32_t rule_evaluate() {
-    if (Rules.empty() || !ActionList.chosen) {
+int32_t rule_evaluate(Model& model) {
+    if (model.rules.empty() || !model.actionList->chosen) {
         return 0;
     }
-    emptyCells();
-    for (const Rule& rule : Rules) {
-        for (Action* action = isFulfilled(rule) ? rule.thenActions : rule.elseActions; action; action = action->next) {
-            choose(*action);
+    emptyCells(model);
+    for (const Rule& rule : model.rules) {
+        for (Action* action = isFulfilled(model, rule) ? rule.thenActions : rule.elseActions; action;
+             action = action->next) {
+            choose(model, *action);
         }
     }
-    return applyChosen();
+    return applyChosen(model);
 }

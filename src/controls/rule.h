@@ -11,6 +11,8 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// Words that a clause, one line of a rule, begins with.
 enum ClauseWord : int32_t { CLAUSE_RULE, CLAUSE_IF, CLAUSE_AND, CLAUSE_OR, CLAUSE_THEN, CLAUSE_ELSE, CLAUSE_PRIORITY };
 
@@ -97,22 +99,29 @@ struct Rule {
     Action* elseActions;  ///< the last line first
 };
 
-extern Table<Rule> Rules;
+/// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins
+/// each step with the cells of the largest step so far, empty, and fills them from its head; further cells are put in
+/// front of the head. Engines inside SWMM nodes see their calls in the order of this list. Here the chosen actions
+/// stand in the order in which their targets were met; cellCount says how many found a cell waiting.
+struct ActionList {
+    Action** chosen;  ///< by place, one for each target at most
+    int32_t* place;   ///< by target: place in `chosen`, or -1
+    int32_t targetCount;
+    int32_t chosenCount;
+    int32_t cellCount;  ///< cells made by earlier evaluations
+};
 
-extern int32_t ClauseState;  ///< the ClauseWord that was read last
-
-/// Makes the table for the counted rules, and empties it.
-void rule_createAll();
-void rule_deleteAll();
+/// Makes the table for the counted rules.
+void rule_createAll(Model& model);
 
 /// Finds out which actions share a target; writes it to the report if memory is short.
-void rule_openRun();
+void rule_openRun(Model& model);
 
 /// Evaluates all rules on the state of the step before, and applies the actions that win. The number of changes.
-int32_t rule_evaluate();
+int32_t rule_evaluate(Model& model);
 
 /// Whether a premise holds.
-[[nodiscard]] bool rule_testPremise(const Premise& premise);
+[[nodiscard]] bool rule_testPremise(Model& model, const Premise& premise);
 
 /// The present value of an operand, or NO_VALUE.
-[[nodiscard]] double rule_operandValue(const RuleOperand& operand);
+[[nodiscard]] double rule_operandValue(Model& model, const RuleOperand& operand);

@@ -14,11 +14,10 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
-
-int32_t ClauseState = CLAUSE_PRIORITY;
 
 enum RuleObject : int32_t {
     OBJECT_JUNCTION,
@@ -94,23 +93,23 @@ static const ActionAttribute ActionAttributes[] = {
 
 // --- tokens --------------------------------------------------------------------------------------------------------
 
-static int32_t refuseClause() {
-    return errors_setName(ERR_RULE_CLAUSE, "");
+static int32_t refuseClause(Model& model) {
+    return errors_setName(model, ERR_RULE_CLAUSE, "");
 }
 
-static int32_t refuseKeyword(const Tokens& tokens, int32_t place) {
-    return errors_setName(ERR_KEYWORD, tokens[place]);
+static int32_t refuseKeyword(Model& model, const Tokens& tokens, int32_t place) {
+    return errors_setName(model, ERR_KEYWORD, tokens[place]);
 }
 
 /// Reads one of some words as its number in their list. An error index, or 0.
-static int32_t readWord(const Tokens& tokens, int32_t place, const char* const* words, double& value) {
+static int32_t readWord(Model& model, const Tokens& tokens, int32_t place, const char* const* words, double& value) {
     const int32_t word = tokens_findKeyword(tokens[place], words);
     value = word;
-    return word < 0 ? refuseKeyword(tokens, place) : ERR_NONE;
+    return word < 0 ? refuseKeyword(model, tokens, place) : ERR_NONE;
 }
 
-static int32_t readNumber(const Tokens& tokens, int32_t place, double& value) {
-    return tokens_getDouble(tokens[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, tokens[place]);
+static int32_t readNumber(Model& model, const Tokens& tokens, int32_t place, double& value) {
+    return tokens_getDouble(tokens[place], &value) ? ERR_NONE : errors_setName(model, ERR_NUMBER, tokens[place]);
 }
 
 /// Whether a clause word stands behind what has been read: two clauses on one line.
@@ -131,8 +130,8 @@ static int32_t findRelation(const char* text) {
 // --- conditions ----------------------------------------------------------------------------------------------------
 
 /// Finds an object of a condition by name. False if there is none, or none of that kind so far.
-static bool findObject(const ConditionObject& object, const char* name, RuleOperand& operand) {
-    const int32_t index = names_find(object.type, name);
+static bool findObject(Model& model, const ConditionObject& object, const char* name, RuleOperand& operand) {
+    const int32_t index = names_find(model, object.type, name);
     if (index < 0) {
         return false;
     }
@@ -142,58 +141,58 @@ static bool findObject(const ConditionObject& object, const char* name, RuleOper
     }
     const bool isNode = object.type == NODE;
     const int32_t row = index;
-    if ((isNode ? Nodes[row].kind : Links[row].kind) != object.kind) {
+    if ((isNode ? model.nodes[row].kind : model.links[row].kind) != object.kind) {
         return false;
     }
     (isNode ? operand.node : operand.link) = index;
-    operand.*object.field = isNode ? Nodes[row].kindIndex : Links[row].kindIndex;
+    operand.*object.field = isNode ? model.nodes[row].kindIndex : model.links[row].kindIndex;
     return true;
 }
 
-int32_t rulereader_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand) {
+int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& place, RuleOperand& operand) {
     operand = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const int32_t type = tokens_findKeyword(tokens[place], ObjectWords);
     if (type < 0) {
-        return refuseKeyword(tokens, place);
+        return refuseKeyword(model, tokens, place);
     }
     const ConditionObject& object = ConditionObjects[type];
     int32_t at = place + 1;
     if (object.type >= 0) {
         if (at >= tokens.count) {
-            return errors_setName(ERR_ITEMS, "");
+            return errors_setName(model, ERR_ITEMS, "");
         }
-        if (!findObject(object, tokens[at], operand)) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[at]);
+        if (!findObject(model, object, tokens[at], operand)) {
+            return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[at]);
         }
         ++at;
     }
     if (at >= tokens.count) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     operand.attribute = tokens_findKeyword(tokens[at], AttributeWords);
     if (operand.attribute < 0 || !(object.attributes & bit(operand.attribute))) {
-        return refuseKeyword(tokens, at);
+        return refuseKeyword(model, tokens, at);
     }
     place = at;
     return ERR_NONE;
 }
 
 /// The right side of a condition: an object of the same attribute, or a value in the words of the left attribute.
-static int32_t readRightSide(const Tokens& tokens, int32_t& place, Premise& premise) {
+static int32_t readRightSide(Model& model, const Tokens& tokens, int32_t& place, Premise& premise) {
     premise.value = NO_VALUE;
     premise.right = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const int32_t attribute = premise.left.attribute;
     if (tokens_findKeyword(tokens[place], ObjectWords) >= 0 && place + 3 >= tokens.count) {
-        if (const int32_t error = rulereader_readOperand(tokens, place, premise.right)) {
+        if (const int32_t error = rulereader_readOperand(model, tokens, place, premise.right)) {
             return error;
         }
-        return premise.right.attribute != attribute ? errors_setName(ERR_RULE_ATTRIBUTE, "") : ERR_NONE;
+        return premise.right.attribute != attribute ? errors_setName(model, ERR_RULE_ATTRIBUTE, "") : ERR_NONE;
     }
     int32_t error;
     switch (attribute) {
-        case ATTRIBUTE_STATUS: error = readWord(tokens, place, PumpStatusWords, premise.value); break;
-        case ATTRIBUTE_EVENT: error = readWord(tokens, place, EventWords, premise.value); break;
-        default: error = readNumber(tokens, place, premise.value); break;
+        case ATTRIBUTE_STATUS: error = readWord(model, tokens, place, PumpStatusWords, premise.value); break;
+        case ATTRIBUTE_EVENT: error = readWord(model, tokens, place, EventWords, premise.value); break;
+        default: error = readNumber(model, tokens, place, premise.value); break;
     }
     ++place;
     return error;
@@ -204,36 +203,36 @@ static void appendPremise(Rule& rule, Premise* premise) {
     rule.lastPremise = premise;
 }
 
-int32_t rulereader_readPremise(const Tokens& tokens, int32_t rule, int32_t logic) {
+int32_t rulereader_readPremise(Model& model, const Tokens& tokens, int32_t rule, int32_t logic) {
     if (tokens.count < 5) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     Premise premise{};
     premise.logic = logic;
     int32_t place = 1;
-    if (const int32_t error = rulereader_readOperand(tokens, place, premise.left)) {
+    if (const int32_t error = rulereader_readOperand(model, tokens, place, premise.left)) {
         return error;
     }
     premise.relation = findRelation(tokens[place + 1]);
     if (premise.relation < 0) {
-        return refuseKeyword(tokens, place + 1);
+        return refuseKeyword(model, tokens, place + 1);
     }
     place += 2;
     if (place >= tokens.count) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    if (const int32_t error = readRightSide(tokens, place, premise)) {
+    if (const int32_t error = readRightSide(model, tokens, place, premise)) {
         return error;
     }
     if (isClauseWord(tokens, place)) {
-        return refuseClause();
+        return refuseClause(model);
     }
-    auto* kept = arena_allocateArray<Premise>(ProjectArena, 1);
+    auto* kept = arena_allocateArray<Premise>(model.memory.project, 1);
     if (!kept) {
-        return errors_setName(ERR_MEMORY, "");
+        return errors_setName(model, ERR_MEMORY, "");
     }
     *kept = premise;
-    appendPremise(Rules[rule], kept);
+    appendPremise(model.rules[rule], kept);
     return ERR_NONE;
 }
 
@@ -245,12 +244,12 @@ static int32_t getRowOfKind(const Node& node, int32_t kind) {
 }
 
 /// Looks a name up as link and as node, whatever type the line gives it. False if it is neither.
-static bool findTargets(Action& action, const char* name) {
-    action.link = names_find(LINK, name);
-    action.node = names_find(NODE, name);
+static bool findTargets(Model& model, Action& action, const char* name) {
+    action.link = names_find(model, LINK, name);
+    action.node = names_find(model, NODE, name);
     action.splitter = action.reactor = action.swmm = -1;
     if (action.node >= 0) {
-        const Node& node = Nodes[action.node];
+        const Node& node = model.nodes[action.node];
         action.splitter = getRowOfKind(node, SPLITTER);
         action.reactor = getRowOfKind(node, REACTOR);
         action.swmm = getRowOfKind(node, SWMM);
@@ -268,27 +267,27 @@ static bool isActionObject(int32_t object) {
 }
 
 /// Attribute and value of an action on an object of the network.
-static int32_t readActionValue(const Tokens& tokens, int32_t object, Action& action) {
+static int32_t readActionValue(Model& model, const Tokens& tokens, int32_t object, Action& action) {
     action.attribute = tokens_findKeyword(tokens[3], AttributeWords);
     for (const ActionAttribute& allowed : ActionAttributes) {
         if (allowed.object == object && allowed.attribute == action.attribute) {
-            return allowed.words ? readWord(tokens, 5, allowed.words, action.value)
-                                 : readNumber(tokens, 5, action.value);
+            return allowed.words ? readWord(model, tokens, 5, allowed.words, action.value)
+                                 : readNumber(model, tokens, 5, action.value);
         }
     }
-    return refuseKeyword(tokens, 3);
+    return refuseKeyword(model, tokens, 3);
 }
 
 /// Link, attribute and value of an action inside a SWMM node.
-static int32_t readSwmmValue(const Tokens& tokens, Action& action) {
+static int32_t readSwmmValue(Model& model, const Tokens& tokens, Action& action) {
     action.attribute = tokens_findKeyword(tokens[4], AttributeWords);
     if (action.attribute != ATTRIBUTE_SETTING) {
-        return refuseKeyword(tokens, 4);
+        return refuseKeyword(model, tokens, 4);
     }
     if (tokens.count < 7) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    return readNumber(tokens, 6, action.value);
+    return readNumber(model, tokens, 6, action.value);
 }
 
 /// Settings are limited to 0 ... 1 and split values to 0 and more. What is no number counts as 0.
@@ -302,103 +301,104 @@ static void limitValue(Action& action) {
 }
 
 /// Keeps an action ahead of those read before it: of two lines of a rule on one target the later one is met first.
-static int32_t keepAction(Rule& rule, const Action& action, const char* swmmLink) {
-    auto* kept = arena_allocateArray<Action>(ProjectArena, 1);
+static int32_t keepAction(Model& model, Rule& rule, const Action& action, const char* swmmLink) {
+    auto* kept = arena_allocateArray<Action>(model.memory.project, 1);
     if (!kept) {
-        return errors_setName(ERR_MEMORY, "");
+        return errors_setName(model, ERR_MEMORY, "");
     }
     *kept = action;
     if (swmmLink) {
-        kept->swmmLink = names_copyText(swmmLink);
+        kept->swmmLink = names_copyText(model, swmmLink);
         if (!kept->swmmLink) {
-            return errors_setName(ERR_MEMORY, "");
+            return errors_setName(model, ERR_MEMORY, "");
         }
     }
-    Action*& head = ClauseState == CLAUSE_THEN ? rule.thenActions : rule.elseActions;
+    Action*& head = model.clauseState == CLAUSE_THEN ? rule.thenActions : rule.elseActions;
     kept->next = head;
     head = kept;
     return ERR_NONE;
 }
 
-int32_t rulereader_readAction(const Tokens& tokens, int32_t rule) {
+int32_t rulereader_readAction(Model& model, const Tokens& tokens, int32_t rule) {
     if (tokens.count < 6) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     const int32_t object = tokens_findKeyword(tokens[1], ObjectWords);
     if (!isActionObject(object)) {
-        return refuseKeyword(tokens, 1);
+        return refuseKeyword(model, tokens, 1);
     }
     Action action{};
     action.rule = rule;
-    if (!findTargets(action, tokens[2])) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
+    if (!findTargets(model, action, tokens[2])) {
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     const bool isSwmm = object == OBJECT_SWMM;
-    if (const int32_t error = isSwmm ? readSwmmValue(tokens, action) : readActionValue(tokens, object, action)) {
+    if (const int32_t error =
+            isSwmm ? readSwmmValue(model, tokens, action) : readActionValue(model, tokens, object, action)) {
         return error;
     }
     if (isClauseWord(tokens, 6)) {
-        return refuseClause();
+        return refuseClause(model);
     }
     limitValue(action);
-    return keepAction(Rules[rule], action, isSwmm ? tokens[3] : nullptr);
+    return keepAction(model, model.rules[rule], action, isSwmm ? tokens[3] : nullptr);
 }
 
 // --- clauses -------------------------------------------------------------------------------------------------------
 
-static int32_t readRule(const Tokens& tokens, Rule& rule) {
+static int32_t readRule(Model& model, const Tokens& tokens, Rule& rule) {
     if (!rule.name) {
-        rule.name = names_findId(RULE, tokens[1]);
+        rule.name = names_findId(model, RULE, tokens[1]);
     }
-    ClauseState = CLAUSE_RULE;
-    return tokens.count > 2 ? refuseClause() : ERR_NONE;
+    model.clauseState = CLAUSE_RULE;
+    return tokens.count > 2 ? refuseClause(model) : ERR_NONE;
 }
 
 /// AND continues the list that the rule is in. Among conditions the premise is put in twice, as AND and as OR. The
 /// second one is tested only when the first has failed, and fails then as well: it changes no outcome.
-static int32_t readAnd(const Tokens& tokens, int32_t rule) {
-    if (ClauseState != CLAUSE_IF) {
-        return rulereader_readAction(tokens, rule);
+static int32_t readAnd(Model& model, const Tokens& tokens, int32_t rule) {
+    if (model.clauseState != CLAUSE_IF) {
+        return rulereader_readAction(model, tokens, rule);
     }
-    rulereader_readPremise(tokens, rule, LOGIC_AND);
-    return rulereader_readPremise(tokens, rule, LOGIC_OR);
+    rulereader_readPremise(model, tokens, rule, LOGIC_AND);
+    return rulereader_readPremise(model, tokens, rule, LOGIC_OR);
 }
 
-static int32_t readPriority(const Tokens& tokens, Rule& rule) {
-    ClauseState = CLAUSE_PRIORITY;
+static int32_t readPriority(Model& model, const Tokens& tokens, Rule& rule) {
+    model.clauseState = CLAUSE_PRIORITY;
     double priority;
-    if (const int32_t error = readNumber(tokens, 1, priority)) {
+    if (const int32_t error = readNumber(model, tokens, 1, priority)) {
         return error;
     }
     rule.priority = priority;
-    return tokens.count > 2 ? refuseClause() : ERR_NONE;
+    return tokens.count > 2 ? refuseClause(model) : ERR_NONE;
 }
 
 /// Whether a clause may stand behind the one read last.
-static bool isInSequence(int32_t clause) {
-    const bool isInActions = ClauseState == CLAUSE_THEN || ClauseState == CLAUSE_ELSE;
+static bool isInSequence(Model& model, int32_t clause) {
+    const bool isInActions = model.clauseState == CLAUSE_THEN || model.clauseState == CLAUSE_ELSE;
     switch (clause) {
         case CLAUSE_RULE: return true;
-        case CLAUSE_IF: return ClauseState == CLAUSE_RULE;
-        case CLAUSE_AND: return ClauseState == CLAUSE_IF || isInActions;
+        case CLAUSE_IF: return model.clauseState == CLAUSE_RULE;
+        case CLAUSE_AND: return model.clauseState == CLAUSE_IF || isInActions;
         case CLAUSE_OR:
-        case CLAUSE_THEN: return ClauseState == CLAUSE_IF;
-        case CLAUSE_ELSE: return ClauseState == CLAUSE_THEN;
+        case CLAUSE_THEN: return model.clauseState == CLAUSE_IF;
+        case CLAUSE_ELSE: return model.clauseState == CLAUSE_THEN;
         case CLAUSE_PRIORITY: return isInActions;
         default: return false;
     }
 }
 
-int32_t rulereader_readLine(const Tokens& tokens, int32_t rule, int32_t clause) {
-    if (!isInSequence(clause)) {
-        return refuseClause();
+int32_t rulereader_readLine(Model& model, const Tokens& tokens, int32_t rule, int32_t clause) {
+    if (!isInSequence(model, clause)) {
+        return refuseClause(model);
     }
     switch (clause) {
-        case CLAUSE_RULE: return readRule(tokens, Rules[rule]);
-        case CLAUSE_IF: ClauseState = CLAUSE_IF; return rulereader_readPremise(tokens, rule, LOGIC_AND);
-        case CLAUSE_AND: return readAnd(tokens, rule);
-        case CLAUSE_OR: return rulereader_readPremise(tokens, rule, LOGIC_OR);
-        case CLAUSE_PRIORITY: return readPriority(tokens, Rules[rule]);
-        default: ClauseState = clause; return rulereader_readAction(tokens, rule);
+        case CLAUSE_RULE: return readRule(model, tokens, model.rules[rule]);
+        case CLAUSE_IF: model.clauseState = CLAUSE_IF; return rulereader_readPremise(model, tokens, rule, LOGIC_AND);
+        case CLAUSE_AND: return readAnd(model, tokens, rule);
+        case CLAUSE_OR: return rulereader_readPremise(model, tokens, rule, LOGIC_OR);
+        case CLAUSE_PRIORITY: return readPriority(model, tokens, model.rules[rule]);
+        default: model.clauseState = clause; return rulereader_readAction(model, tokens, rule);
     }
 }

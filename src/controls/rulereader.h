@@ -6,10 +6,12 @@
 #include "controls/rule.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// Reads one clause of a rule. An error index, or 0.
-[[nodiscard]] int32_t rulereader_readLine(const Tokens& tokens, int32_t rule, int32_t clause);
-int32_t rulereader_readPremise(const Tokens& tokens, int32_t rule, int32_t logic);
-[[nodiscard]] int32_t rulereader_readAction(const Tokens& tokens, int32_t rule);
+[[nodiscard]] int32_t rulereader_readLine(Model& model, const Tokens& tokens, int32_t rule, int32_t clause);
+int32_t rulereader_readPremise(Model& model, const Tokens& tokens, int32_t rule, int32_t logic);
+[[nodiscard]] int32_t rulereader_readAction(Model& model, const Tokens& tokens, int32_t rule);
 
 /// Reads an object and its attribute from the token `place` on, which moves on to the attribute. An error index, or 0.
-[[nodiscard]] int32_t rulereader_readOperand(const Tokens& tokens, int32_t& place, RuleOperand& operand);
+[[nodiscard]] int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& place, RuleOperand& operand);

@@ -6,12 +6,11 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
 #include "text/units.h"
-
-Table<Converter> Converters;
 
 static const char* const TypeWords[] = {"VORN_INFLUENT", "VORN_EFFLUENT", nullptr};
 static const char* const ConstituentWords[] = {"COD", "NH4", "NO3", "TP", "TSS", "ALK", nullptr};
@@ -25,45 +24,45 @@ static const char* const OperationWords[] = {"ADD", "SUBTRACT", nullptr};
 
 /// Reads a number that is refused only if text is left behind it and it is negative as well: "-1" is a number here, and
 /// so is a word, which counts as 0.
-static int32_t readNumber(const char* token, double& value) {
+static int32_t readNumber(Model& model, const char* token, double& value) {
     const bool isWhole = tokens_getDouble(token, &value) != 0;
-    return !isWhole && value < 0.0 ? errors_setName(ERR_NUMBER, token) : ERR_NONE;
+    return !isWhole && value < 0.0 ? errors_setName(model, ERR_NUMBER, token) : ERR_NONE;
 }
 
 /// Index of a keyword, or of a pollutant where the line names one at this place.
-static int32_t readIndex(const char* token, const char* const* words, int32_t& index) {
-    index = words ? tokens_findKeyword(token, words) : names_find(POLLUT, token);
-    return index < 0 ? errors_setName(words ? ERR_KEYWORD : ERR_UNDEFINED_OBJECT, token) : ERR_NONE;
+static int32_t readIndex(Model& model, const char* token, const char* const* words, int32_t& index) {
+    index = words ? tokens_findKeyword(token, words) : names_find(model, POLLUT, token);
+    return index < 0 ? errors_setName(model, words ? ERR_KEYWORD : ERR_UNDEFINED_OBJECT, token) : ERR_NONE;
 }
 
 /// Tokens 1 to 4.
-static int32_t readContribution(const Tokens& tokens, int32_t type, ConverterPoint& point) {
+static int32_t readContribution(Model& model, const Tokens& tokens, int32_t type, ConverterPoint& point) {
     const bool isInfluent = type == VORN_INFLUENT;
-    if (const int32_t error = readIndex(tokens[1], isInfluent ? ConstituentWords : nullptr, point.target)) {
+    if (const int32_t error = readIndex(model, tokens[1], isInfluent ? ConstituentWords : nullptr, point.target)) {
         return error;
     }
-    if (const int32_t error = readIndex(tokens[2], SourceWords, point.sourceKind)) {
+    if (const int32_t error = readIndex(model, tokens[2], SourceWords, point.sourceKind)) {
         return error;
     }
     point.sourceIndex = -1;
     const int32_t error = point.sourceKind == SOURCE_POLLUTANT
-                              ? readIndex(tokens[3], isInfluent ? nullptr : ComponentWords, point.sourceIndex)
-                              : readNumber(tokens[3], point.constant);
-    return error ? error : readNumber(tokens[4], point.factor);
+                              ? readIndex(model, tokens[3], isInfluent ? nullptr : ComponentWords, point.sourceIndex)
+                              : readNumber(model, tokens[3], point.constant);
+    return error ? error : readNumber(model, tokens[4], point.factor);
 }
 
-static int32_t readPoint(const Tokens& tokens, Converter& converter) {
+static int32_t readPoint(Model& model, const Tokens& tokens, Converter& converter) {
     ConverterPoint read{};
-    if (const int32_t error = readContribution(tokens, converter.type, read)) {
+    if (const int32_t error = readContribution(model, tokens, converter.type, read)) {
         return error;
     }
-    ConverterPoint* point = arena_allocateArray<ConverterPoint>(ProjectArena, 1);
+    ConverterPoint* point = arena_allocateArray<ConverterPoint>(model.memory.project, 1);
     if (!point) {
-        return errors_setName(ERR_MEMORY, "");
+        return errors_setName(model, ERR_MEMORY, "");
     }
     *point = read;
     if (tokens.count >= 6) {
-        if (const int32_t error = readIndex(tokens[5], OperationWords, point->operation)) {
+        if (const int32_t error = readIndex(model, tokens[5], OperationWords, point->operation)) {
             return error;
         }
     }
@@ -72,26 +71,26 @@ static int32_t readPoint(const Tokens& tokens, Converter& converter) {
     return ERR_NONE;
 }
 
-int32_t converter_readLine(const Tokens& tokens) {
+int32_t converter_readLine(Model& model, const Tokens& tokens) {
     if (tokens.count < 2) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     // The type words come first, so a pollutant of such a name can't be a target.
     const int32_t type = tokens_findKeyword(tokens[1], TypeWords);
     if (type < 0 && tokens.count < 5) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t index = names_find(CONVERTER, tokens[0]);
+    const int32_t index = names_find(model, CONVERTER, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    Converter& converter = Converters[index];
+    Converter& converter = model.converters[index];
     if (type >= 0) {
         converter.type = type;
-    } else if (const int32_t error = readPoint(tokens, converter)) {
+    } else if (const int32_t error = readPoint(model, tokens, converter)) {
         return error;
     }
-    converter.name = names_findId(CONVERTER, tokens[0]);
+    converter.name = names_findId(model, CONVERTER, tokens[0]);
     return ERR_NONE;
 }
 
@@ -105,19 +104,19 @@ static bool hasTarget(const Converter& converter, int32_t target) {
     return point != nullptr;
 }
 
-void converter_validate(int32_t index) {
-    const Converter& converter = Converters[index];
+void converter_validate(Model& model, int32_t index) {
+    const Converter& converter = model.converters[index];
     if (converter.type == VORN_INFLUENT) {
         for (int32_t target = 0; target < CONSTITUENT_COUNT; ++target) {
             if (!hasTarget(converter, target)) {
-                errors_report(ERR_CONVERTER_INFLUENT, converter.name);
+                errors_report(model, ERR_CONVERTER_INFLUENT, converter.name);
             }
         }
         return;
     }
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         if (!hasTarget(converter, p)) {
-            errors_report(ERR_CONVERTER_EFFLUENT, converter.name);
+            errors_report(model, ERR_CONVERTER_EFFLUENT, converter.name);
             return;
         }
     }
@@ -125,14 +124,14 @@ void converter_validate(int32_t index) {
 
 // --- conversion ----------------------------------------------------------------------------------------------------
 
-bool converter_isInfluentPoint(const ConverterPoint& point) {
+bool converter_isInfluentPoint(Model& model, const ConverterPoint& point) {
     return point.target >= 0 && point.target < CONSTITUENT_COUNT &&
            (point.sourceKind == SOURCE_CONSTANT ||
-            (point.sourceIndex >= 0 && point.sourceIndex < project_pollutantCount()));
+            (point.sourceIndex >= 0 && point.sourceIndex < project_pollutantCount(model)));
 }
 
-bool converter_isEffluentPoint(const ConverterPoint& point) {
-    return point.target >= 0 && point.target < project_pollutantCount();
+bool converter_isEffluentPoint(Model& model, const ConverterPoint& point) {
+    return point.target >= 0 && point.target < project_pollutantCount(model);
 }
 
 void converter_addAmount(const ConverterPoint& point, double amount, double& total) {
@@ -146,9 +145,9 @@ void converter_addAmount(const ConverterPoint& point, double amount, double& tot
     }
 }
 
-void converter_applyInfluent(int32_t index, double flow, const double* loads, double* constituents) {
-    for (const ConverterPoint* point = Converters[index].points; point; point = point->next) {
-        if (!converter_isInfluentPoint(*point)) {
+void converter_applyInfluent(Model& model, int32_t index, double flow, const double* loads, double* constituents) {
+    for (const ConverterPoint* point = model.converters[index].points; point; point = point->next) {
+        if (!converter_isInfluentPoint(model, *point)) {
             continue;
         }
         const double amount = point->sourceKind == SOURCE_POLLUTANT

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "model/model.h"
 #include "model/table.h"
 #include "text/tokens.h"
 
@@ -31,21 +32,19 @@ struct Converter {
     ConverterPoint* lastPoint;
 };
 
-extern Table<Converter> Converters;
-
 /// A line of [CONVERTERS]. An error index, or 0.
-[[nodiscard]] int32_t converter_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t converter_readLine(Model& model, const Tokens& tokens);
 
 /// Tests that everything has a contribution; writes what is missing to the report.
-void converter_validate(int32_t converter);
+void converter_validate(Model& model, int32_t converter);
 
 /// Whether a point can be used on the way into a plant, or out of it. Nothing ties the type of a converter to the line
 /// that names it, so its numbers may mean something else there.
-[[nodiscard]] bool converter_isInfluentPoint(const ConverterPoint& point);
-[[nodiscard]] bool converter_isEffluentPoint(const ConverterPoint& point);
+[[nodiscard]] bool converter_isInfluentPoint(Model& model, const ConverterPoint& point);
+[[nodiscard]] bool converter_isEffluentPoint(Model& model, const ConverterPoint& point);
 
 /// Puts an amount to a total: added, or taken off, when nothing below 0 is left.
 void converter_addAmount(const ConverterPoint& point, double amount, double& total);
 
 /// Adds what a flow (m3/s) with its loads (kg/s) brings to the constituents (g/s).
-void converter_applyInfluent(int32_t converter, double flow, const double* loads, double* constituents);
+void converter_applyInfluent(Model& model, int32_t converter, double flow, const double* loads, double* constituents);

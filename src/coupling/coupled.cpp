@@ -5,27 +5,28 @@
 
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
+#include "model/model.h"
 
-void coupled_createNodes() {
-    SwmmNodes.clear();
-    SwmmNodes.resize(NodeKindCount[SWMM]);
-    VornNodes.clear();
-    VornNodes.resize(NodeKindCount[VORN]);
-    for (int32_t row = 0; row < NodeKindCount[SWMM]; ++row) {
-        swmm_loadLibrary(row);
+void coupled_createNodes(Model& model) {
+    model.swmmNodes.clear();
+    model.swmmNodes.resize(model.counts.nodeKinds[SWMM]);
+    model.vornNodes.clear();
+    model.vornNodes.resize(model.counts.nodeKinds[VORN]);
+    for (int32_t row = 0; row < model.counts.nodeKinds[SWMM]; ++row) {
+        swmm_loadLibrary(model, row);
     }
-    for (int32_t row = 0; row < NodeKindCount[VORN]; ++row) {
-        vorn_loadLibrary(row);
+    for (int32_t row = 0; row < model.counts.nodeKinds[VORN]; ++row) {
+        vorn_loadLibrary(model, row);
     }
 }
 
-void coupled_deleteNodes() {
-    for (int32_t row = 0; row < SwmmNodes.size(); ++row) {
-        swmm_closeNode(row);
+void coupled_deleteNodes(Model& model) {
+    for (int32_t row = 0; row < model.swmmNodes.size(); ++row) {
+        swmm_closeNode(model, row);
     }
-    SwmmNodes = {};
-    for (int32_t row = 0; row < VornNodes.size(); ++row) {
-        vorn_closeNode(row);
+    model.swmmNodes = {};
+    for (int32_t row = 0; row < model.vornNodes.size(); ++row) {
+        vorn_closeNode(model, row);
     }
-    VornNodes = {};
+    model.vornNodes = {};
 }

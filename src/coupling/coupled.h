@@ -3,13 +3,15 @@
 
 #include "model/project.h"
 
+struct Model;
+
 /// Whether a node of this kind has an outside model inside.
 [[nodiscard]] inline bool coupled_isKind(int32_t kind) {
     return kind == SWMM || kind == VORN;
 }
 
 /// Makes the tables of both kinds, and loads the library of each node. Writes what is wrong to the report.
-void coupled_createNodes();
+void coupled_createNodes(Model& model);
 
 /// Closes all models, lets go of all libraries and deletes their copies.
-void coupled_deleteNodes();
+void coupled_deleteNodes(Model& model);

@@ -11,13 +11,14 @@
 #include "links/connection.h"
 #include "links/link.h"
 #include "links/pipe.h"
+#include "model/model.h"
 #include "text/units.h"
 
 /// Counts what a record gives to the network in this step.
-static void countOutflow(const OutsideTotals& totals, const CoupledFlow& record) {
-    FlowTotals.*totals.inflow += RoutingStep * record.newFlow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].*totals.inflowMass += RoutingStep * record.newLoad[p];
+static void countOutflow(Model& model, const OutsideTotals& totals, const CoupledFlow& record) {
+    model.totals.flow.*totals.inflow += model.options.routingStep * record.newFlow;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        model.totals.quality[p].*totals.inflowMass += model.options.routingStep * record.newLoad[p];
     }
 }
 
@@ -25,35 +26,35 @@ static void countOutflow(const OutsideTotals& totals, const CoupledFlow& record)
 
 /// One firing with the mean of the period. The flow of the firing step is in the mean, its load is not: a pipe that
 /// fires in every step carries no mass at all.
-static void firePipe(int32_t link, Pipe& pipe, CoupledFlow& record, double* concentrations) {
-    pipe_shiftState(Links[link], pipe);
+static void firePipe(Model& model, int32_t link, Pipe& pipe, CoupledFlow& record, double* concentrations) {
+    pipe_shiftState(model, model.links[link], pipe);
     record.sumFlow += record.newFlow;
     record.sumCount += 1;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         concentrations[p] = record.sumFlow != 0.0 ? record.sumLoad[p] / record.sumFlow * G_PER_KG : 0.0;
     }
-    pipe_route(link, pipe, record.sumFlow / record.sumCount, concentrations);
-    pipe_moveClock(pipe);
+    pipe_route(model, link, pipe, record.sumFlow / record.sumCount, concentrations);
+    pipe_moveClock(model, pipe);
     record.sumFlow = 0.0;
     record.sumCount = 0;
-    std::fill_n(record.sumLoad, project_pollutantCount(), 0.0);
+    std::fill_n(record.sumLoad, project_pollutantCount(model), 0.0);
 }
 
 /// It fires by the engine's clock before its latest step. Once that has passed the end of the run both clocks of the
 /// pipe stand there, equal, and the pipe delivers nothing any more. Two records of one pipe serve it twice, with the
 /// first of them each time.
-void feed_pipe(const CoupledFlow& named, const OutsideNode& outside, const OutsideTotals& totals) {
+void feed_pipe(Model& model, const CoupledFlow& named, const OutsideNode& outside, const OutsideTotals& totals) {
     const int32_t link = named.index;
-    Pipe& pipe = Pipes[Links[link].kindIndex];
+    Pipe& pipe = model.pipes[model.links[link].kindIndex];
     CoupledFlow& record = **outside_findRecords(outside.outflows, link).first;
-    countOutflow(totals, record);
+    countOutflow(model, totals, record);
     if (outside.oldTime > pipe.nextFireTime && pipe.stepLength != 0.0) {
-        firePipe(link, pipe, record, outside.scratch);
+        firePipe(model, link, pipe, record, outside.scratch);
         return;
     }
     record.sumFlow += record.newFlow;
     record.sumCount += 1;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         record.sumLoad[p] += record.newLoad[p];
     }
 }
@@ -62,31 +63,32 @@ void feed_pipe(const CoupledFlow& named, const OutsideNode& outside, const Outsi
 
 /// The water counted is what the link delivered before, the mass what enters now: water that stands in the delay shows
 /// in the continuity error.
-void feed_connection(const CoupledFlow& record, const OutsideNode& outside, const OutsideTotals& totals) {
-    Link& link = Links[record.index];
-    Connection& connection = Connections[link.kindIndex];
-    const double f = outside_getWeight(NewRoutingTime, outside.oldTime, outside.newTime);
-    FlowTotals.*totals.inflow += RoutingStep * link.newFlow;
-    const Passage passage = connection_passFlow(link, connection, f * record.newFlow + (1.0 - f) * record.oldFlow);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+void feed_connection(Model& model, const CoupledFlow& record, const OutsideNode& outside, const OutsideTotals& totals) {
+    Link& link = model.links[record.index];
+    Connection& connection = model.connections[link.kindIndex];
+    const double f = outside_getWeight(model.clock.newRoutingTime, outside.oldTime, outside.newTime);
+    model.totals.flow.*totals.inflow += model.options.routingStep * link.newFlow;
+    const Passage passage =
+        connection_passFlow(model, link, connection, f * record.newFlow + (1.0 - f) * record.oldFlow);
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double load = f * record.newLoad[p] + (1.0 - f) * record.oldLoad[p];
-        QualTotals[p].*totals.inflowMass += RoutingStep * load;
-        connection_passLoad(link, connection, passage, p, load);
+        model.totals.quality[p].*totals.inflowMass += model.options.routingStep * load;
+        connection_passLoad(model, link, connection, passage, p, load);
     }
 }
 
 // --- conduits ------------------------------------------------------------------------------------------------------
 
 /// A conduit gets the outflow of the first record of the node, whichever names it.
-void feed_conduit(const CoupledFlow& named, const OutsideNode& outside, const OutsideTotals& totals) {
+void feed_conduit(Model& model, const CoupledFlow& named, const OutsideNode& outside, const OutsideTotals& totals) {
     const CoupledFlow& first = *outside.outflows.head;
-    Link& link = Links[named.index];
-    Conduit& conduit = Conduits[link.kindIndex];
-    countOutflow(totals, first);
+    Link& link = model.links[named.index];
+    Conduit& conduit = model.conduits[link.kindIndex];
+    countOutflow(model, totals, first);
     conduit_shiftFlows(link, conduit);
-    link_shiftQuality(link);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    link_shiftQuality(model, link);
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         outside.scratch[p] = first.newFlow != 0.0 ? first.newLoad[p] / first.newFlow * G_PER_KG : 0.0;
     }
-    conduit_route(link, conduit, first.newFlow, outside.scratch);
+    conduit_route(model, link, conduit, first.newFlow, outside.scratch);
 }

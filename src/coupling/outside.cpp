@@ -9,6 +9,7 @@
 #include "coupling/guid.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "nodes/node.h"
@@ -25,7 +26,7 @@ static std::string cutToFolder(const std::string& path) {
 }
 
 /// The file of the library, or an empty text after the message that it is missing.
-static std::string findLibrary(const OutsideKind& kind, const std::string& folder) {
+static std::string findLibrary(Model& model, const OutsideKind& kind, const std::string& folder) {
     std::string file = folder + kind.fileName;
     if (files_exists(file)) {
         return file;
@@ -34,7 +35,7 @@ static std::string findLibrary(const OutsideKind& kind, const std::string& folde
     if (*kind.nativeName && files_exists(native)) {
         return native;
     }
-    errors_report(kind.missingError, file.c_str());
+    errors_report(model, kind.missingError, file.c_str());
     return {};
 }
 
@@ -54,21 +55,21 @@ static bool copyLibrary(OutsideNode& outside, const std::string& source, const s
     return result == COPY_DONE;
 }
 
-void outside_loadLibrary(OutsideNode& outside, const OutsideKind& kind, const std::string& path,
+void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder) {
     const std::string folder = cutToFolder(files_exists(path) ? path : files_getProgramPath());
-    const std::string source = findLibrary(kind, folder);
+    const std::string source = findLibrary(model, kind, folder);
     if (source.empty()) {
         return;
     }
     if (!tempFolder.empty() && !files_exists(tempFolder)) {
-        errors_report(kind.folderError, tempFolder.c_str());
+        errors_report(model, kind.folderError, tempFolder.c_str());
         return;
     }
     if (copyLibrary(outside, source, tempFolder.empty() ? folder : tempFolder)) {
         outside.library = library_load(outside.libraryCopy.c_str());
     } else if (kind.copyError) {
-        errors_report(kind.copyError, "");
+        errors_report(model, kind.copyError, "");
     }
 }
 
@@ -87,10 +88,10 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
     }
 }
 
-bool outside_findModel(const OutsideNode& outside, std::string& path) {
+bool outside_findModel(Model& model, const OutsideNode& outside, std::string& path) {
     std::string found = outside.inpFile;
     if (!files_exists(found)) {
-        found = InputFolder + outside.inpFile;
+        found = model.files.inputFolder + outside.inpFile;
         if (!files_exists(found)) {
             return false;
         }
@@ -102,11 +103,11 @@ bool outside_findModel(const OutsideNode& outside, std::string& path) {
 
 // --- records -------------------------------------------------------------------------------------------------------
 
-int32_t outside_addRecord(const Tokens& tokens, CoupledList& list, int32_t index, int32_t converter) {
-    CoupledFlow* record = arena_allocateArray<CoupledFlow>(ProjectArena, 1);
-    const char* id = record ? names_copyText(tokens[1]) : nullptr;
+int32_t outside_addRecord(Model& model, const Tokens& tokens, CoupledList& list, int32_t index, int32_t converter) {
+    CoupledFlow* record = arena_allocateArray<CoupledFlow>(model.memory.project, 1);
+    const char* id = record ? names_copyText(model, tokens[1]) : nullptr;
     if (!id) {
-        return errors_setName(ERR_MEMORY, "");
+        return errors_setName(model, ERR_MEMORY, "");
     }
     record->objectId = id;
     record->index = index;
@@ -117,10 +118,10 @@ int32_t outside_addRecord(const Tokens& tokens, CoupledList& list, int32_t index
 }
 
 /// False without memory.
-static bool openRecords(CoupledList& list, int32_t count) {
+static bool openRecords(Model& model, CoupledList& list, int32_t count) {
     list.byIndex.clear();
     for (CoupledFlow* record = list.head; record; record = record->next) {
-        double* arrays = arena_allocateArray<double>(RunArena, 3 * static_cast<int64_t>(count));
+        double* arrays = arena_allocateArray<double>(model.memory.run, 3 * static_cast<int64_t>(count));
         if (!arrays) {
             return false;
         }
@@ -162,73 +163,75 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
     }
 }
 
-double* outside_getLoads(const OutsideNode& outside) {
-    std::fill_n(outside.scratch, project_pollutantCount(), 0.0);
+double* outside_getLoads(Model& model, const OutsideNode& outside) {
+    std::fill_n(outside.scratch, project_pollutantCount(model), 0.0);
     return outside.scratch;
 }
 
-void outside_countDelivery(const OutsideTotals& totals, double flow, const double* loads) {
-    FlowTotals.*totals.outflow += RoutingStep * flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].*totals.outflowMass += RoutingStep * loads[p];
+void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads) {
+    model.totals.flow.*totals.outflow += model.options.routingStep * flow;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        model.totals.quality[p].*totals.outflowMass += model.options.routingStep * loads[p];
     }
 }
 
 // --- the life of a node --------------------------------------------------------------------------------------------
 
-int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind, int32_t row) {
-    const char* id = names_findId(NODE, tokens[0]);
+int32_t outside_readDefinition(Model& model, const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind,
+                               int32_t row) {
+    const char* id = names_findId(model, NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     const int32_t saveResults = tokens_findKeyword(tokens[2], NoYesWords);
     if (saveResults < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[2]);
+        return errors_setName(model, ERR_KEYWORD, tokens[2]);
     }
-    const char* inpFile = names_copyText(tokens[1]);
+    const char* inpFile = names_copyText(model, tokens[1]);
     if (!inpFile) {
-        return errors_setName(ERR_MEMORY, "");
+        return errors_setName(model, ERR_MEMORY, "");
     }
-    node_setRow(node, kind, row, id);
+    node_setRow(model, node, kind, row, id);
     outside.inpFile = inpFile;
     outside.saveResults = saveResults;
     return ERR_NONE;
 }
 
-void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, const char* id) {
+void outside_validateDates(Model& model, const OutsideCalls& calls, const OutsideKind& kind, const char* id) {
     double start = 0.0, end = 0.0;
     if (calls.getStartAndEndTime(&start, &end) != 0) {
-        errors_report(kind.datesError, id);
+        errors_report(model, kind.datesError, id);
     }
-    if (start != StartDateTime) {
-        errors_report(kind.startDateError, id);
+    if (start != model.options.startDateTime) {
+        errors_report(model, kind.startDateError, id);
     }
-    if (end != EndDateTime) {
-        errors_report(kind.endDateError, id);
+    if (end != model.options.endDateTime) {
+        errors_report(model, kind.endDateError, id);
     }
 }
 
-void outside_validateOutflow(const CoupledFlow& outflow, const char* id) {
-    const int32_t kind = Links[outflow.index].kind;
+void outside_validateOutflow(Model& model, const CoupledFlow& outflow, const char* id) {
+    const int32_t kind = model.links[outflow.index].kind;
     if (kind == PUMP || kind == WEIR || kind == ORIFICE) {
-        errors_report(ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well
+        errors_report(model, ERR_SWMM_OUTFLOW_LINK, id);  // of a treatment plant as well
     }
 }
 
-void outside_initState(OutsideNode& outside, int32_t inflowCount) {
-    const bool isDone =
-        openRecords(outside.inflows, inflowCount) && openRecords(outside.outflows, project_pollutantCount());
-    outside.scratch = arena_allocateArray<double>(RunArena, project_pollutantCount());
+void outside_initState(Model& model, OutsideNode& outside, int32_t inflowCount) {
+    const bool isDone = openRecords(model, outside.inflows, inflowCount) &&
+                        openRecords(model, outside.outflows, project_pollutantCount(model));
+    outside.scratch = arena_allocateArray<double>(model.memory.run, project_pollutantCount(model));
     if (!isDone || !outside.scratch) {
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
     }
 }
 
-bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind, const char* id) {
+bool outside_start(Model& model, OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind,
+                   const char* id) {
     outside.isStarted = true;  // whatever the engine says: it is asked to end in any case
     outside.oldTime = outside.newTime = 0.0;
     if (calls.start(outside.saveResults) != 0) {
-        errors_report(kind.startError, id);
+        errors_report(model, kind.startError, id);
         return false;
     }
     return true;

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "model/model.h"
 #include "model/project.h"
 #include "platform/library.h"
 #include "text/tokens.h"
@@ -93,7 +94,7 @@ struct OutsideCalls {
 /// Copies a library to a name of its own and loads the copy. `path` is the library's folder, with its separator, or a
 /// file in it; where it doesn't exist the folder of the running program counts. The copy goes to `tempFolder`, again
 /// with its separator, or beside the library if that is empty. Writes what is wrong to the report.
-void outside_loadLibrary(OutsideNode& outside, const OutsideKind& kind, const std::string& path,
+void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder);
 
 /// Closes the model, lets go of the library and deletes the copy.
@@ -101,22 +102,23 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
 /// of the project. False if there is neither.
-[[nodiscard]] bool outside_findModel(const OutsideNode& outside, std::string& path);
+[[nodiscard]] bool outside_findModel(Model& model, const OutsideNode& outside, std::string& path);
 
 /// Appends a record for the object that token 1 names. An error index, or 0.
-[[nodiscard]] int32_t outside_addRecord(const Tokens& tokens, CoupledList& list, int32_t index, int32_t converter);
+[[nodiscard]] int32_t outside_addRecord(Model& model, const Tokens& tokens, CoupledList& list, int32_t index,
+                                        int32_t converter);
 
 /// Compares the dates of the model with those of the project, to the last bit; writes what is wrong to the report.
-void outside_validateDates(const OutsideCalls& calls, const OutsideKind& kind, const char* id);
+void outside_validateDates(Model& model, const OutsideCalls& calls, const OutsideKind& kind, const char* id);
 
 /// Tests whether the link of an outflow can take it; writes what is wrong to the report.
-void outside_validateOutflow(const CoupledFlow& outflow, const char* id);
+void outside_validateOutflow(Model& model, const CoupledFlow& outflow, const char* id);
 
 /// Puts the records to time zero, those of the inflows with arrays of `inflowCount` loads.
-void outside_initState(OutsideNode& outside, int32_t inflowCount);
+void outside_initState(Model& model, OutsideNode& outside, int32_t inflowCount);
 
 /// Starts the engine. False, after its message, if that fails.
-[[nodiscard]] bool outside_start(OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind,
+[[nodiscard]] bool outside_start(Model& model, OutsideNode& outside, const OutsideCalls& calls, const OutsideKind& kind,
                                  const char* id);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
@@ -128,8 +130,8 @@ void outside_moveClock(OutsideNode& outside, double elapsedDays);
 /// Steps the engine until it has passed the routing clock, or once if its run is over, when it tells an elapsed time of
 /// 0. `give` passes what goes into the model ahead of each step, `take` fetches what comes out of it.
 template <class Give, class Take>
-void outside_advance(OutsideNode& outside, const OutsideCalls& calls, Give give, Take take) {
-    if (outside.newTime > NewRoutingTime) {
+void outside_advance(Model& model, OutsideNode& outside, const OutsideCalls& calls, Give give, Take take) {
+    if (outside.newTime > model.clock.newRoutingTime) {
         return;
     }
     double elapsed;
@@ -139,17 +141,17 @@ void outside_advance(OutsideNode& outside, const OutsideCalls& calls, Give give,
         calls.step(&elapsed);
         take();
         outside_moveClock(outside, elapsed);
-    } while (elapsed != 0.0 && outside.newTime <= NewRoutingTime);
+    } while (elapsed != 0.0 && outside.newTime <= model.clock.newRoutingTime);
 }
 
 /// The records of an index; none before the start of a run.
 [[nodiscard]] CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
 
 /// The room for one number per pollutant, emptied: for the loads of one link, kg/s.
-[[nodiscard]] double* outside_getLoads(const OutsideNode& outside);
+[[nodiscard]] double* outside_getLoads(Model& model, const OutsideNode& outside);
 
 /// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.
-void outside_countDelivery(const OutsideTotals& totals, double flow, const double* loads);
+void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads);
 
 /// New becomes old, and the new values of all records become 0.
 void outside_rollRecords(const CoupledList& list, int32_t count);
@@ -162,5 +164,5 @@ void outside_rollRecords(const CoupledList& list, int32_t count);
 
 /// A definition, for node `node` of a kind and row `row` of that kind: the input file, and whether the engine
 /// keeps its results. An error index, or 0.
-[[nodiscard]] int32_t outside_readDefinition(const Tokens& tokens, OutsideNode& outside, int32_t node, int32_t kind,
-                                             int32_t row);
+[[nodiscard]] int32_t outside_readDefinition(Model& model, const Tokens& tokens, OutsideNode& outside, int32_t node,
+                                             int32_t kind, int32_t row);

@@ -10,13 +10,12 @@
 #include "coupling/swmm.h"
 
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pollut.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
-
-Table<SwmmNode> SwmmNodes;
 
 const char* const SwmmRecordWords[] = {"INFLOW", "OUTFLOW", nullptr};
 
@@ -36,12 +35,12 @@ static constexpr int TOTAL_INFLOW = 4;
 static constexpr int FIRST_POLLUTANT = 6;
 static constexpr int SI_UNITS = 1;
 
-static SwmmNode& getSwmm(int32_t row) {
-    return SwmmNodes[row];
+static SwmmNode& getSwmm(Model& model, int32_t row) {
+    return model.swmmNodes[row];
 }
 
-static int32_t getRow(int32_t node) {
-    return Nodes[node].kindIndex;
+static int32_t getRow(Model& model, int32_t node) {
+    return model.nodes[node].kindIndex;
 }
 
 // --- library -------------------------------------------------------------------------------------------------------
@@ -60,14 +59,14 @@ static OutsideCalls getCalls(const SwmmEntries& entries) {
             entries.swmm_close};
 }
 
-void swmm_loadLibrary(int32_t row) {
-    SwmmNode& swmm = getSwmm(row);
-    outside_loadLibrary(swmm.outside, Kind, SwmmDllPath, SwmmTempDir);
+void swmm_loadLibrary(Model& model, int32_t row) {
+    SwmmNode& swmm = getSwmm(model, row);
+    outside_loadLibrary(model, swmm.outside, Kind, model.engines.swmmLibrary, model.engines.swmmFolder);
     findEntries(swmm);
 }
 
-void swmm_closeNode(int32_t row) {
-    SwmmNode& swmm = getSwmm(row);
+void swmm_closeNode(Model& model, int32_t row) {
+    SwmmNode& swmm = getSwmm(model, row);
     outside_close(swmm.outside, getCalls(swmm.entries));
     swmm.entries = SwmmEntries{};
 }
@@ -75,26 +74,26 @@ void swmm_closeNode(int32_t row) {
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// A record takes a link; what flows in may come from a subcatchment as well, and a link of the name wins.
-static int32_t readRecord(const Tokens& tokens, int32_t row, bool isInflow) {
-    int32_t index = names_find(LINK, tokens[2]);
+static int32_t readRecord(Model& model, const Tokens& tokens, int32_t row, bool isInflow) {
+    int32_t index = names_find(model, LINK, tokens[2]);
     if (index < 0 && isInflow) {
-        index = names_find(SUBCATCH, tokens[2]);
+        index = names_find(model, SUBCATCH, tokens[2]);
     }
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    OutsideNode& outside = getSwmm(row).outside;
-    return outside_addRecord(tokens, isInflow ? outside.inflows : outside.outflows, index, -1);
+    OutsideNode& outside = getSwmm(model, row).outside;
+    return outside_addRecord(model, tokens, isInflow ? outside.inflows : outside.outflows, index, -1);
 }
 
-int32_t swmm_readLine(const Tokens& tokens, int32_t node, int32_t row) {
+int32_t swmm_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t row) {
     if (tokens.count < 3) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     switch (tokens_findKeyword(tokens[0], SwmmRecordWords)) {
-        case 0: return readRecord(tokens, row, true);
-        case 1: return readRecord(tokens, row, false);
-        default: return outside_readDefinition(tokens, getSwmm(row).outside, node, SWMM, row);
+        case 0: return readRecord(model, tokens, row, true);
+        case 1: return readRecord(model, tokens, row, false);
+        default: return outside_readDefinition(model, tokens, getSwmm(model, row).outside, node, SWMM, row);
     }
 }
 
@@ -102,110 +101,110 @@ int32_t swmm_readLine(const Tokens& tokens, int32_t node, int32_t row) {
 
 /// Fills the three paths of the model, the extensions of which are fixed. False, after its message, if there is no such
 /// file or another node has it.
-static bool setPaths(int32_t row, const char* id) {
-    SwmmNode& swmm = getSwmm(row);
+static bool setPaths(Model& model, int32_t row, const char* id) {
+    SwmmNode& swmm = getSwmm(model, row);
     std::string path;
-    if (!outside_findModel(swmm.outside, path)) {
-        errors_report(ERR_SWMM_INPUT_MISSING, id);
+    if (!outside_findModel(model, swmm.outside, path)) {
+        errors_report(model, ERR_SWMM_INPUT_MISSING, id);
         return false;
     }
     const std::string inpFile = path + ".inp";
     for (int32_t other = 0; other < row; ++other) {
-        if (inpFile == getSwmm(other).outside.inpFile) {
-            errors_report(ERR_SWMM_INPUT_DUPLICATE, id);
+        if (inpFile == getSwmm(model, other).outside.inpFile) {
+            errors_report(model, ERR_SWMM_INPUT_DUPLICATE, id);
             return false;
         }
     }
-    swmm.outside.inpFile = names_copyText(inpFile.c_str());
-    swmm.rptFile = names_copyText((path + ".rpt").c_str());
-    swmm.outFile = names_copyText((path + ".out").c_str());
+    swmm.outside.inpFile = names_copyText(model, inpFile.c_str());
+    swmm.rptFile = names_copyText(model, (path + ".rpt").c_str());
+    swmm.outFile = names_copyText(model, (path + ".out").c_str());
     if (!swmm.outside.inpFile || !swmm.rptFile || !swmm.outFile) {
         swmm.outside.inpFile = swmm.rptFile = swmm.outFile = "";
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
         return false;
     }
     return true;
 }
 
-static void validateRecords(const SwmmNode& swmm, const char* id) {
+static void validateRecords(Model& model, const SwmmNode& swmm, const char* id) {
     for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
         if (swmm.entries.swmm_isNode(record->objectId) < 0) {
-            errors_report(ERR_SWMM_NODE, record->objectId);
+            errors_report(model, ERR_SWMM_NODE, record->objectId);
         }
     }
     for (const CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
         if (swmm.entries.swmm_isNode(record->objectId) < 0) {
-            errors_report(ERR_SWMM_NODE, record->objectId);
+            errors_report(model, ERR_SWMM_NODE, record->objectId);
         }
-        outside_validateOutflow(*record, id);
+        outside_validateOutflow(model, *record, id);
     }
 }
 
-static void validatePollutants(const SwmmNode& swmm) {
-    for (const Pollut& pollutant : Polluts) {
+static void validatePollutants(Model& model, const SwmmNode& swmm) {
+    for (const Pollut& pollutant : model.polluts) {
         int index = 0;
         if (swmm.entries.swmm_isPollut(pollutant.id, &index) < 0) {
-            errors_report(ERR_SWMM_POLLUTANT, pollutant.id);
+            errors_report(model, ERR_SWMM_POLLUTANT, pollutant.id);
         }
     }
 }
 
-void swmm_validate(int32_t node) {
-    const char* id = Nodes[node].id;
-    SwmmNode& swmm = getSwmm(getRow(node));
-    if (!setPaths(getRow(node), id)) {
+void swmm_validate(Model& model, int32_t node) {
+    const char* id = model.nodes[node].id;
+    SwmmNode& swmm = getSwmm(model, getRow(model, node));
+    if (!setPaths(model, getRow(model, node), id)) {
         return;
     }
     swmm.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
     if (swmm.entries.swmm_open(swmm.outside.inpFile, swmm.rptFile, swmm.outFile) != 0) {
-        errors_report(ERR_SWMM_INPUT_OPEN, id);
+        errors_report(model, ERR_SWMM_INPUT_OPEN, id);
     }
-    outside_validateDates(getCalls(swmm.entries), Kind, id);
+    outside_validateDates(model, getCalls(swmm.entries), Kind, id);
     if (swmm.entries.swmm_getUnitSystem() != SI_UNITS) {
-        errors_report(ERR_SWMM_UNITS, id);
+        errors_report(model, ERR_SWMM_UNITS, id);
     }
-    validateRecords(swmm, id);
-    validatePollutants(swmm);
+    validateRecords(model, swmm, id);
+    validatePollutants(model, swmm);
 }
 
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
-void swmm_initState(int32_t node) {
-    outside_initState(getSwmm(getRow(node)).outside, project_pollutantCount());
+void swmm_initState(Model& model, int32_t node) {
+    outside_initState(model, getSwmm(model, getRow(model, node)).outside, project_pollutantCount(model));
 }
 
-bool swmm_startNode(int32_t node) {
-    SwmmNode& swmm = getSwmm(getRow(node));
-    return outside_start(swmm.outside, getCalls(swmm.entries), Kind, Nodes[node].id);
+bool swmm_startNode(Model& model, int32_t node) {
+    SwmmNode& swmm = getSwmm(model, getRow(model, node));
+    return outside_start(model, swmm.outside, getCalls(swmm.entries), Kind, model.nodes[node].id);
 }
 
-void swmm_endNode(int32_t node) {
-    SwmmNode& swmm = getSwmm(getRow(node));
+void swmm_endNode(Model& model, int32_t node) {
+    SwmmNode& swmm = getSwmm(model, getRow(model, node));
     outside_end(swmm.outside, getCalls(swmm.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
 
-void swmm_shiftInflows(int32_t row) {
-    outside_rollRecords(getSwmm(row).outside.inflows, project_pollutantCount());
+void swmm_shiftInflows(Model& model, int32_t row) {
+    outside_rollRecords(getSwmm(model, row).outside.inflows, project_pollutantCount(model));
 }
 
-void swmm_takeInflow(int32_t row, int32_t link, double flow, const double* loads) {
-    const CoupledRange records = outside_findRecords(getSwmm(row).outside.inflows, link);
+void swmm_takeInflow(Model& model, int32_t row, int32_t link, double flow, const double* loads) {
+    const CoupledRange records = outside_findRecords(getSwmm(model, row).outside.inflows, link);
     if (records.begin() == records.end()) {
         return;  // no record: the water is lost here
     }
     CoupledFlow& record = **records.begin();
     record.newFlow += flow;
-    outside_countDelivery(SWMM_TOTALS, flow, loads);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    outside_countDelivery(model, SWMM_TOTALS, flow, loads);
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         record.newLoad[p] = loads[p];  // set, not added: of two links with one number only the last load goes on
     }
 }
 
-void swmm_takeRunoff(int32_t row, int32_t subcatch, double flow) {
+void swmm_takeRunoff(Model& model, int32_t row, int32_t subcatch, double flow) {
     // Only numbers are compared, so a record made for the link of this number takes the runoff as well.
-    const CoupledRange records = outside_findRecords(getSwmm(row).outside.inflows, subcatch);
+    const CoupledRange records = outside_findRecords(getSwmm(model, row).outside.inflows, subcatch);
     if (records.begin() != records.end()) {
         (*records.begin())->newFlow = flow;
     }
@@ -215,32 +214,32 @@ void swmm_takeRunoff(int32_t row, int32_t subcatch, double flow) {
 
 /// Inflows and loads that the host has asked for; they are given again in each step of the engine. A record of the same
 /// object overrides them.
-static void passRequests(int32_t node, const SwmmEntries& entries) {
-    for (const SwmmRequest& request : SwmmInflowRequests) {
+static void passRequests(Model& model, int32_t node, const SwmmEntries& entries) {
+    for (const SwmmRequest& request : model.requests.swmmInflows) {
         if (request.node == node) {
             entries.swmm_setExtInflow(request.object.c_str(), request.value);
         }
     }
-    for (const SwmmRequest& request : SwmmLoadRequests) {
+    for (const SwmmRequest& request : model.requests.swmmLoads) {
         if (request.node == node) {
             entries.swmm_setExtPollutLoad(request.object.c_str(), request.pollutant.c_str(), request.value);
         }
     }
 }
 
-static void passInflows(const SwmmNode& swmm) {
-    const double f = outside_getWeight(swmm.outside.newTime, OldRoutingTime, NewRoutingTime);
+static void passInflows(Model& model, const SwmmNode& swmm) {
+    const double f = outside_getWeight(swmm.outside.newTime, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
         swmm.entries.swmm_setExtInflow(record->objectId, (1.0 - f) * record->oldFlow + f * record->newFlow);
-        for (int32_t p = 0; p < Polluts.size(); ++p) {
-            swmm.entries.swmm_setExtPollutLoad(record->objectId, Polluts[p].id,
+        for (int32_t p = 0; p < model.polluts.size(); ++p) {
+            swmm.entries.swmm_setExtPollutLoad(record->objectId, model.polluts[p].id,
                                                f * record->newLoad[p] + (1.0 - f) * record->oldLoad[p]);
         }
     }
 }
 
-static void passSettings(int32_t node, const SwmmEntries& entries) {
-    for (const SwmmRequest& request : SwmmSettingRequests) {
+static void passSettings(Model& model, int32_t node, const SwmmEntries& entries) {
+    for (const SwmmRequest& request : model.requests.swmmSettings) {
         if (request.node == node) {
             entries.swmm_setSetting(request.object.c_str(), request.value, entries.swmm_getRoutingStep());
         }
@@ -253,13 +252,13 @@ static int getResultCode(int pollutant) {
 }
 
 /// What the engine doesn't store is 0; so is the load of a pollutant that the model doesn't know.
-static void takeOutflows(const SwmmNode& swmm) {
-    outside_rollRecords(swmm.outside.outflows, project_pollutantCount());
+static void takeOutflows(Model& model, const SwmmNode& swmm) {
+    outside_rollRecords(swmm.outside.outflows, project_pollutantCount(model));
     for (CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
         swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, TOTAL_INFLOW, &record->newFlow);
-        for (int32_t p = 0; p < Polluts.size(); ++p) {
+        for (int32_t p = 0; p < model.polluts.size(); ++p) {
             int index = 0;
-            if (swmm.entries.swmm_isPollut(Polluts[p].id, &index) >= 0) {
+            if (swmm.entries.swmm_isPollut(model.polluts[p].id, &index) >= 0) {
                 double concentration = 0.0;
                 swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, getResultCode(index), &concentration);
                 record->newLoad[p] = record->newFlow * concentration / G_PER_KG;
@@ -268,25 +267,25 @@ static void takeOutflows(const SwmmNode& swmm) {
     }
 }
 
-void swmm_advance(int32_t node) {
-    SwmmNode& swmm = getSwmm(getRow(node));
+void swmm_advance(Model& model, int32_t node) {
+    SwmmNode& swmm = getSwmm(model, getRow(model, node));
     const auto give = [&] {
-        passRequests(node, swmm.entries);
-        passInflows(swmm);
-        passSettings(node, swmm.entries);
+        passRequests(model, node, swmm.entries);
+        passInflows(model, swmm);
+        passSettings(model, node, swmm.entries);
     };
-    outside_advance(swmm.outside, getCalls(swmm.entries), give, [&] { takeOutflows(swmm); });
+    outside_advance(model, swmm.outside, getCalls(swmm.entries), give, [&] { takeOutflows(model, swmm); });
     // Requests for other nodes go too, used or not: a host asks anew for each step, one SWMM node at a time.
-    SwmmInflowRequests.clear();
-    SwmmSettingRequests.clear();
-    SwmmLoadRequests.clear();
+    model.requests.swmmInflows.clear();
+    model.requests.swmmSettings.clear();
+    model.requests.swmmLoads.clear();
 }
 
 // --- for other rooms -----------------------------------------------------------------------------------------------
 
-void swmm_addFlows(int32_t row, float& inflow, float& outflow) {
-    const OutsideNode& outside = getSwmm(row).outside;
-    const double g = outside_getWeight(outside.newTime, OldRoutingTime, NewRoutingTime);
+void swmm_addFlows(Model& model, int32_t row, float& inflow, float& outflow) {
+    const OutsideNode& outside = getSwmm(model, row).outside;
+    const double g = outside_getWeight(outside.newTime, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     for (const CoupledFlow* record = outside.inflows.head; record; record = record->next) {
         inflow += static_cast<float>((1.0 - g) * record->oldFlow + g * record->newFlow);
     }
@@ -295,10 +294,10 @@ void swmm_addFlows(int32_t row, float& inflow, float& outflow) {
     }
 }
 
-int32_t swmm_isLink(int32_t row, const char* link) {
-    return getSwmm(row).entries.swmm_isLink(link);
+int32_t swmm_isLink(Model& model, int32_t row, const char* link) {
+    return getSwmm(model, row).entries.swmm_isLink(link);
 }
 
-void swmm_setSetting(int32_t row, const char* link, double setting, double stepLength) {
-    getSwmm(row).entries.swmm_setSetting(link, setting, stepLength);
+void swmm_setSetting(Model& model, int32_t row, const char* link, double setting, double stepLength) {
+    getSwmm(model, row).entries.swmm_setSetting(link, setting, stepLength);
 }

@@ -13,6 +13,8 @@
 struct SwmmEntries {
 #define SWMM_ENTRY(name, result, arguments, standIn) result(*name) arguments = StandIn<result arguments, standIn>::call;
 #include "coupling/swmmentries.def"
+
+    struct Model;
 #undef SWMM_ENTRY
 };
 
@@ -23,8 +25,6 @@ struct SwmmNode {
     const char* outFile;  ///< full path of the engine's results
 };
 
-extern Table<SwmmNode> SwmmNodes;
-
 /// Words that begin the exchange records of a node.
 extern const char* const SwmmRecordWords[];
 
@@ -32,44 +32,44 @@ constexpr OutsideTotals SWMM_TOTALS = {&FlowTotalsRecord::swmmInflow, &FlowTotal
                                        &QualTotalsRecord::swmmInflow, &QualTotalsRecord::swmmOutflow};
 
 /// Makes the node's own copy of the library and looks up its functions.
-void swmm_loadLibrary(int32_t row);
+void swmm_loadLibrary(Model& model, int32_t row);
 
 /// Closes the model, lets go of the library and deletes the copy.
-void swmm_closeNode(int32_t row);
+void swmm_closeNode(Model& model, int32_t row);
 
 /// A line of [SWMM_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An
 /// error index, or 0.
-[[nodiscard]] int32_t swmm_readLine(const Tokens& tokens, int32_t node, int32_t row);
+[[nodiscard]] int32_t swmm_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t row);
 
 /// Opens the model and compares it with the project; writes what is wrong to the report.
-void swmm_validate(int32_t node);
+void swmm_validate(Model& model, int32_t node);
 
 /// Puts the records to time zero.
-void swmm_initState(int32_t node);
+void swmm_initState(Model& model, int32_t node);
 
 /// Starts the engine. False if it can't be started.
-[[nodiscard]] bool swmm_startNode(int32_t node);
+[[nodiscard]] bool swmm_startNode(Model& model, int32_t node);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
-void swmm_endNode(int32_t node);
+void swmm_endNode(Model& model, int32_t node);
 
 /// Rolls the records of what flows in from new to old.
-void swmm_shiftInflows(int32_t row);
+void swmm_shiftInflows(Model& model, int32_t row);
 
 /// Takes what a link delivers: a flow, m3/s, with its loads, kg/s.
-void swmm_takeInflow(int32_t row, int32_t link, double flow, const double* loads);
+void swmm_takeInflow(Model& model, int32_t row, int32_t link, double flow, const double* loads);
 
 /// Takes the runoff of a subcatchment, m3/s; it is in no total of the network.
-void swmm_takeRunoff(int32_t row, int32_t subcatch, double flow);
+void swmm_takeRunoff(Model& model, int32_t row, int32_t subcatch, double flow);
 
 /// Brings the engine up to the routing clock.
-void swmm_advance(int32_t node);
+void swmm_advance(Model& model, int32_t node);
 
 /// Flows at the moment, m3/s, added to sums in single: into the models at the engine's clock, and out of them.
-void swmm_addFlows(int32_t row, float& inflow, float& outflow);
+void swmm_addFlows(Model& model, int32_t row, float& inflow, float& outflow);
 
 /// Index of a link inside the model of a row, negative if there is none.
-[[nodiscard]] int32_t swmm_isLink(int32_t row, const char* link);
+[[nodiscard]] int32_t swmm_isLink(Model& model, int32_t row, const char* link);
 
 /// Sets a link inside the model of a row, for steps of `stepLength` seconds.
-void swmm_setSetting(int32_t row, const char* link, double setting, double stepLength);
+void swmm_setSetting(Model& model, int32_t row, const char* link, double setting, double stepLength);

@@ -10,12 +10,11 @@
 
 #include "coupling/converter.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
-
-Table<VornNode> VornNodes;
 
 const char* const VornRecordWords[] = {"INFLUENT", "EFFLUENT", nullptr};
 
@@ -29,12 +28,12 @@ static constexpr int EFFLUENT_UNIT = 1;
 static constexpr int UNSTEADY_SOLUTION = 1;
 static constexpr int FLOW_INDEX = 0;  ///< constituents and components follow from 1 on
 
-static VornNode& getVorn(int32_t row) {
-    return VornNodes[row];
+static VornNode& getVorn(Model& model, int32_t row) {
+    return model.vornNodes[row];
 }
 
-static int32_t getRow(int32_t node) {
-    return Nodes[node].kindIndex;
+static int32_t getRow(Model& model, int32_t node) {
+    return model.nodes[node].kindIndex;
 }
 
 // --- library -------------------------------------------------------------------------------------------------------
@@ -53,128 +52,128 @@ static OutsideCalls getCalls(const VornEntries& entries) {
             entries.vorn_close};
 }
 
-void vorn_loadLibrary(int32_t row) {
-    VornNode& vorn = getVorn(row);
-    outside_loadLibrary(vorn.outside, Kind, VornDllPath, VornTempDir);
+void vorn_loadLibrary(Model& model, int32_t row) {
+    VornNode& vorn = getVorn(model, row);
+    outside_loadLibrary(model, vorn.outside, Kind, model.engines.vornLibrary, model.engines.vornFolder);
     findEntries(vorn);
 }
 
-void vorn_closeNode(int32_t row) {
-    VornNode& vorn = getVorn(row);
+void vorn_closeNode(Model& model, int32_t row) {
+    VornNode& vorn = getVorn(model, row);
     outside_close(vorn.outside, getCalls(vorn.entries));
     vorn.entries = VornEntries{};
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-static int32_t readRecord(const Tokens& tokens, int32_t row, bool isInflow) {
-    const int32_t link = names_find(LINK, tokens[2]);
+static int32_t readRecord(Model& model, const Tokens& tokens, int32_t row, bool isInflow) {
+    const int32_t link = names_find(model, LINK, tokens[2]);
     if (link < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    const int32_t converter = names_find(CONVERTER, tokens[3]);
+    const int32_t converter = names_find(model, CONVERTER, tokens[3]);
     if (converter < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[3]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[3]);
     }
-    OutsideNode& outside = getVorn(row).outside;
-    return outside_addRecord(tokens, isInflow ? outside.inflows : outside.outflows, link, converter);
+    OutsideNode& outside = getVorn(model, row).outside;
+    return outside_addRecord(model, tokens, isInflow ? outside.inflows : outside.outflows, link, converter);
 }
 
-int32_t vorn_readLine(const Tokens& tokens, int32_t node, int32_t row) {
+int32_t vorn_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t row) {
     const int32_t word = tokens.count > 0 ? tokens_findKeyword(tokens[0], VornRecordWords) : -1;
     if (tokens.count < (word < 0 ? 3 : 4)) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    return word < 0 ? outside_readDefinition(tokens, getVorn(row).outside, node, VORN, row)
-                    : readRecord(tokens, row, word == 0);
+    return word < 0 ? outside_readDefinition(model, tokens, getVorn(model, row).outside, node, VORN, row)
+                    : readRecord(model, tokens, row, word == 0);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------
 
 /// Fills the path of the model, whose extension is fixed. False, after its message, if there is no such file or another
 /// node has it. A missing file is told by the message of SWMM nodes.
-static bool setPath(int32_t row, const char* id) {
-    OutsideNode& outside = getVorn(row).outside;
+static bool setPath(Model& model, int32_t row, const char* id) {
+    OutsideNode& outside = getVorn(model, row).outside;
     std::string path;
-    if (!outside_findModel(outside, path)) {
-        errors_report(ERR_SWMM_INPUT_MISSING, id);
+    if (!outside_findModel(model, outside, path)) {
+        errors_report(model, ERR_SWMM_INPUT_MISSING, id);
         return false;
     }
     path += ".sti";
     for (int32_t other = 0; other < row; ++other) {
-        if (path == getVorn(other).outside.inpFile) {
-            errors_report(ERR_VORN_INPUT_DUPLICATE, id);
+        if (path == getVorn(model, other).outside.inpFile) {
+            errors_report(model, ERR_VORN_INPUT_DUPLICATE, id);
             return false;
         }
     }
-    const char* inpFile = names_copyText(path.c_str());
+    const char* inpFile = names_copyText(model, path.c_str());
     if (!inpFile) {
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
         return false;
     }
     outside.inpFile = inpFile;
     return true;
 }
 
-static void validateRecords(const VornNode& vorn, const char* id) {
+static void validateRecords(Model& model, const VornNode& vorn, const char* id) {
     for (const CoupledFlow* record = vorn.outside.inflows.head; record; record = record->next) {
         if (vorn.entries.vorn_getUnitType(record->objectId) != INFLUENT_UNIT) {
-            errors_report(ERR_VORN_INFLUENT, record->objectId);
+            errors_report(model, ERR_VORN_INFLUENT, record->objectId);
         }
     }
     for (const CoupledFlow* record = vorn.outside.outflows.head; record; record = record->next) {
         if (vorn.entries.vorn_getUnitType(record->objectId) != EFFLUENT_UNIT) {
-            errors_report(ERR_VORN_EFFLUENT, record->objectId);
+            errors_report(model, ERR_VORN_EFFLUENT, record->objectId);
         }
-        outside_validateOutflow(*record, id);
+        outside_validateOutflow(model, *record, id);
     }
 }
 
-void vorn_validate(int32_t node) {
-    const char* id = Nodes[node].id;
-    VornNode& vorn = getVorn(getRow(node));
-    if (!setPath(getRow(node), id)) {
+void vorn_validate(Model& model, int32_t node) {
+    const char* id = model.nodes[node].id;
+    VornNode& vorn = getVorn(model, getRow(model, node));
+    if (!setPath(model, getRow(model, node), id)) {
         return;
     }
     vorn.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
     if (vorn.entries.vorn_open(vorn.outside.inpFile) != 0) {
-        errors_report(ERR_VORN_INPUT_OPEN, id);
+        errors_report(model, ERR_VORN_INPUT_OPEN, id);
     }
-    outside_validateDates(getCalls(vorn.entries), Kind, id);
+    outside_validateDates(model, getCalls(vorn.entries), Kind, id);
     if (vorn.entries.vorn_getSolutionType() != UNSTEADY_SOLUTION) {
-        errors_report(ERR_VORN_SOLUTION, id);
+        errors_report(model, ERR_VORN_SOLUTION, id);
     }
-    validateRecords(vorn, id);
+    validateRecords(model, vorn, id);
 }
 
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
-void vorn_initState(int32_t node) {
-    outside_initState(getVorn(getRow(node)).outside, CONSTITUENT_COUNT);
+void vorn_initState(Model& model, int32_t node) {
+    outside_initState(model, getVorn(model, getRow(model, node)).outside, CONSTITUENT_COUNT);
 }
 
-bool vorn_startNode(int32_t node) {
-    VornNode& vorn = getVorn(getRow(node));
-    return outside_start(vorn.outside, getCalls(vorn.entries), Kind, Nodes[node].id);
+bool vorn_startNode(Model& model, int32_t node) {
+    VornNode& vorn = getVorn(model, getRow(model, node));
+    return outside_start(model, vorn.outside, getCalls(vorn.entries), Kind, model.nodes[node].id);
 }
 
-void vorn_endNode(int32_t node) {
-    VornNode& vorn = getVorn(getRow(node));
+void vorn_endNode(Model& model, int32_t node) {
+    VornNode& vorn = getVorn(model, getRow(model, node));
     outside_end(vorn.outside, getCalls(vorn.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
 
-void vorn_shiftInflows(int32_t row) {
-    outside_rollRecords(getVorn(row).outside.inflows, CONSTITUENT_COUNT);
+void vorn_shiftInflows(Model& model, int32_t row) {
+    outside_rollRecords(getVorn(model, row).outside.inflows, CONSTITUENT_COUNT);
 }
 
-void vorn_takeInflow(int32_t row, int32_t link, double flow, const double* loads) {
+void vorn_takeInflow(Model& model, int32_t row, int32_t link, double flow, const double* loads) {
     // Every record of the link takes the whole flow, so two of them double it, in the plant and in the totals.
-    for (CoupledFlow* record : outside_findRecords(getVorn(row).outside.inflows, link)) {
+    for (CoupledFlow* record : outside_findRecords(getVorn(model, row).outside.inflows, link)) {
         record->newFlow += flow;
-        outside_countDelivery(VORN_TOTALS, flow, loads);
-        converter_applyInfluent(record->converter, flow, loads, record->newLoad);
+        outside_countDelivery(model, VORN_TOTALS, flow, loads);
+        converter_applyInfluent(model, record->converter, flow, loads, record->newLoad);
     }
 }
 
@@ -182,14 +181,14 @@ void vorn_takeInflow(int32_t row, int32_t link, double flow, const double* loads
 
 /// The constituents that are sent are those of the converter of the first record, for all records: what only another
 /// converter fills doesn't reach the plant.
-static void passInfluents(const VornNode& vorn) {
+static void passInfluents(Model& model, const VornNode& vorn) {
     const CoupledFlow* head = vorn.outside.inflows.head;
-    const double f = outside_getWeight(vorn.outside.newTime, OldRoutingTime, NewRoutingTime);
+    const double f = outside_getWeight(vorn.outside.newTime, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     for (const CoupledFlow* record = head; record; record = record->next) {
         vorn.entries.vorn_setExtInflow(record->objectId, FLOW_INDEX, (1.0 - f) * record->oldFlow + f * record->newFlow);
-        const ConverterPoint* point = Converters[head->converter].points;
+        const ConverterPoint* point = model.converters[head->converter].points;
         for (; point; point = point->next) {
-            if (converter_isInfluentPoint(*point)) {
+            if (converter_isInfluentPoint(model, *point)) {
                 const int32_t target = point->target;
                 vorn.entries.vorn_setExtInflow(record->objectId, target + 1,
                                                f * record->newLoad[target] + (1.0 - f) * record->oldLoad[target]);
@@ -199,10 +198,10 @@ static void passInfluents(const VornNode& vorn) {
 }
 
 /// Loads of the pollutants in what leaves a unit. The factor of a point has no effect on this side.
-static void convertEffluent(const VornNode& vorn, const CoupledFlow& record) {
-    const ConverterPoint* point = Converters[record.converter].points;
+static void convertEffluent(Model& model, const VornNode& vorn, const CoupledFlow& record) {
+    const ConverterPoint* point = model.converters[record.converter].points;
     for (; point; point = point->next) {
-        if (!converter_isEffluentPoint(*point)) {
+        if (!converter_isEffluentPoint(model, *point)) {
             continue;
         }
         double concentration = point->constant;
@@ -214,16 +213,17 @@ static void convertEffluent(const VornNode& vorn, const CoupledFlow& record) {
     }
 }
 
-static void takeEffluents(const VornNode& vorn) {
-    outside_rollRecords(vorn.outside.outflows, project_pollutantCount());
+static void takeEffluents(Model& model, const VornNode& vorn) {
+    outside_rollRecords(vorn.outside.outflows, project_pollutantCount(model));
     for (CoupledFlow* record = vorn.outside.outflows.head; record; record = record->next) {
         vorn.entries.vorn_getExtOutflow(record->objectId, FLOW_INDEX, &record->newFlow);
-        convertEffluent(vorn, *record);
+        convertEffluent(model, vorn, *record);
     }
 }
 
-void vorn_advance(int32_t node) {
-    VornNode& vorn = getVorn(getRow(node));
+void vorn_advance(Model& model, int32_t node) {
+    VornNode& vorn = getVorn(model, getRow(model, node));
     outside_advance(
-        vorn.outside, getCalls(vorn.entries), [&] { passInfluents(vorn); }, [&] { takeEffluents(vorn); });
+        model, vorn.outside, getCalls(vorn.entries), [&] { passInfluents(model, vorn); },
+        [&] { takeEffluents(model, vorn); });
 }

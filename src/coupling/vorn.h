@@ -13,6 +13,8 @@
 struct VornEntries {
 #define VORN_ENTRY(name, result, arguments, standIn) result(*name) arguments = StandIn<result arguments, standIn>::call;
 #include "coupling/vornentries.def"
+
+    struct Model;
 #undef VORN_ENTRY
 };
 
@@ -21,8 +23,6 @@ struct VornNode {
     VornEntries entries;
 };
 
-extern Table<VornNode> VornNodes;
-
 /// Words that begin the exchange records of a node.
 extern const char* const VornRecordWords[];
 
@@ -30,32 +30,32 @@ constexpr OutsideTotals VORN_TOTALS = {&FlowTotalsRecord::vornInflow, &FlowTotal
                                        &QualTotalsRecord::vornInflow, &QualTotalsRecord::vornOutflow};
 
 /// Makes the node's own copy of the library and looks up its functions.
-void vorn_loadLibrary(int32_t row);
+void vorn_loadLibrary(Model& model, int32_t row);
 
 /// Closes the model, lets go of the library and deletes the copy.
-void vorn_closeNode(int32_t row);
+void vorn_closeNode(Model& model, int32_t row);
 
 /// A line of [VORN_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An
 /// error index, or 0.
-[[nodiscard]] int32_t vorn_readLine(const Tokens& tokens, int32_t node, int32_t row);
+[[nodiscard]] int32_t vorn_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t row);
 
 /// Opens the model and compares it with the project; writes what is wrong to the report.
-void vorn_validate(int32_t node);
+void vorn_validate(Model& model, int32_t node);
 
 /// Puts the records to time zero.
-void vorn_initState(int32_t node);
+void vorn_initState(Model& model, int32_t node);
 
 /// Starts the engine. False if it can't be started.
-[[nodiscard]] bool vorn_startNode(int32_t node);
+[[nodiscard]] bool vorn_startNode(Model& model, int32_t node);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
-void vorn_endNode(int32_t node);
+void vorn_endNode(Model& model, int32_t node);
 
 /// Rolls the records of what flows in from new to old.
-void vorn_shiftInflows(int32_t row);
+void vorn_shiftInflows(Model& model, int32_t row);
 
 /// Takes what a link delivers: a flow, m3/s, with its loads, kg/s.
-void vorn_takeInflow(int32_t row, int32_t link, double flow, const double* loads);
+void vorn_takeInflow(Model& model, int32_t row, int32_t link, double flow, const double* loads);
 
 /// Brings the engine up to the routing clock.
-void vorn_advance(int32_t node);
+void vorn_advance(Model& model, int32_t node);

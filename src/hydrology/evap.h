@@ -6,6 +6,8 @@
 #include "text/datetime.h"
 #include "text/tokens.h"
 
+struct Model;
+
 enum EvapKind : int32_t { EVAP_CONSTANT, EVAP_MONTHLY };
 
 struct EvapRecord {
@@ -16,10 +18,8 @@ struct EvapRecord {
     double rate;         ///< m/s, of the runoff step
 };
 
-extern EvapRecord Evap;
-
 /// A line of [EVAPORATION]. An error index, or 0.
-[[nodiscard]] int32_t evap_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t evap_readLine(Model& model, const Tokens& tokens);
 
 /// Sets the rate of the runoff step that begins at a date.
-void evap_setRate(DateTime date);
+void evap_setRate(Model& model, DateTime date);

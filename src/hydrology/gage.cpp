@@ -8,6 +8,7 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "model/timeseries.h"
@@ -15,14 +16,12 @@
 #include "text/tokens.h"
 #include "text/units.h"
 
-Table<Gage> Gages;
-
 static constexpr double ONE_SECOND = 1.1574074e-05;  ///< days; so many digits and no more, since rain starts by it
 
 static const char* const FormatWords[] = {"INTENSITY", "VOLUME", nullptr};
 
-static Gage& getGage(int32_t gage) {
-    return Gages[gage];
+static Gage& getGage(Model& model, int32_t gage) {
+    return model.gages[gage];
 }
 
 // --- reading and validation ----------------------------------------------------------------------------------------
@@ -41,27 +40,27 @@ static bool readInterval(const char* text, int32_t* interval) {
     return true;
 }
 
-int32_t gage_readLine(const Tokens& tokens, int32_t index) {
+int32_t gage_readLine(Model& model, const Tokens& tokens, int32_t index) {
     if (tokens.count < 4) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* name = names_findId(GAGE, tokens[0]);
+    const char* name = names_findId(model, GAGE, tokens[0]);
     if (!name) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     const int32_t format = tokens_findKeyword(tokens[1], FormatWords);
     if (format < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[1]);
+        return errors_setName(model, ERR_KEYWORD, tokens[1]);
     }
     int32_t interval;
     if (!readInterval(tokens[2], &interval)) {
-        return errors_setName(ERR_DATE_TIME, tokens[2]);
+        return errors_setName(model, ERR_DATE_TIME, tokens[2]);
     }
-    const int32_t series = names_find(TSERIES, tokens[3]);
+    const int32_t series = names_find(model, TSERIES, tokens[3]);
     if (series < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[3]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[3]);
     }
-    Gage& gage = getGage(index);
+    Gage& gage = getGage(model, index);
     gage.name = name;
     gage.format = format;
     gage.interval = interval;
@@ -71,25 +70,25 @@ int32_t gage_readLine(const Tokens& tokens, int32_t index) {
     return ERR_NONE;
 }
 
-void gage_validateAll() {
+void gage_validateAll(Model& model) {
     // The first gage in use of each series: its followers take their rain from it.
-    Table<int32_t> firstOfSeries = table_make(TimeSeries.size(), -1);
-    for (int32_t k = 0; k < Gages.size(); ++k) {
-        Gage& gage = Gages[k];
+    Table<int32_t> firstOfSeries = table_make(model.timeSeries.size(), -1);
+    for (int32_t k = 0; k < model.gages.size(); ++k) {
+        Gage& gage = model.gages[k];
         if (!gage.isUsed) {
             continue;
         }
         const int32_t series = gage.series;
-        if (TimeSeries[series].isUsedByInflow) {
-            errors_report(ERR_GAGE_SERIES_SHARED, gage.name);
+        if (model.timeSeries[series].isUsedByInflow) {
+            errors_report(model, ERR_GAGE_SERIES_SHARED, gage.name);
         }
         if (firstOfSeries[series] < 0) {
             firstOfSeries[series] = k;
             continue;
         }
         gage.coGage = firstOfSeries[series];
-        if (getGage(gage.coGage).format != gage.format) {
-            errors_report(ERR_GAGE_FORMAT, gage.name);
+        if (getGage(model, gage.coGage).format != gage.format) {
+            errors_report(model, ERR_GAGE_FORMAT, gage.name);
         }
     }
 }
@@ -104,13 +103,13 @@ static double convertRain(const Gage& gage, double value) {
     return value / gage.interval * SECONDS_PER_HOUR / MM_PER_HOUR;
 }
 
-bool gage_nextRain(int32_t index) {
-    Gage& gage = getGage(index);
+bool gage_nextRain(Model& model, int32_t index) {
+    Gage& gage = getGage(model, index);
     gage.nextRain = 0.0;
     if (gage.series < 0) {
         return false;
     }
-    Series& series = TimeSeries[gage.series];
+    Series& series = model.timeSeries[gage.series];
     SeriesEntry entry;
     while (timeseries_getNextEntry(series, series.cursor, entry)) {
         gage.nextDate = entry.date;
@@ -124,21 +123,21 @@ bool gage_nextRain(int32_t index) {
     return false;
 }
 
-static void takeNextRain(int32_t index) {
-    if (!gage_nextRain(index)) {
-        getGage(index).nextDate = NO_DATE;
+static void takeNextRain(Model& model, int32_t index) {
+    if (!gage_nextRain(model, index)) {
+        getGage(model, index).nextDate = NO_DATE;
     }
 }
 
-void gage_initRain(int32_t index) {
-    gage_findEvents(index);
-    Gage& gage = getGage(index);
+void gage_initRain(Model& model, int32_t index) {
+    gage_findEvents(model, index);
+    Gage& gage = getGage(model, index);
     gage.startDate = gage.endDate = gage.nextDate = NO_DATE;
     gage.rain = gage.nextRain = gage.reportRain = 0.0;
     if (gage.series < 0) {
         return;
     }
-    Series& series = TimeSeries[gage.series];
+    Series& series = model.timeSeries[gage.series];
     SeriesEntry first;
     if (!timeseries_getFirstEntry(series, series.cursor, first)) {
         return;
@@ -147,19 +146,19 @@ void gage_initRain(int32_t index) {
     gage.startDate = first.date;
     gage.rain = convertRain(gage, first.value);
     gage.endDate = datetime_addSeconds(gage.startDate, gage.interval);
-    if (!(gage.startDate > StartDateTime)) {
-        takeNextRain(index);
+    if (!(gage.startDate > model.options.startDateTime)) {
+        takeNextRain(model, index);
     } else {
         gage.nextRain = gage.rain;
         gage.endDate = gage.nextDate = gage.startDate;
-        gage.startDate = StartDateTime;
+        gage.startDate = model.options.startDateTime;
         gage.rain = 0.0;
     }
 }
 
 /// Brings one gage to a time; gives its rain there.
-static double advanceGage(int32_t index, DateTime time) {
-    Gage& gage = getGage(index);
+static double advanceGage(Model& model, int32_t index, DateTime time) {
+    Gage& gage = getGage(model, index);
     if (gage.startDate == NO_DATE) {
         return 0.0;
     }
@@ -174,25 +173,25 @@ static double advanceGage(int32_t index, DateTime time) {
         gage.startDate = gage.nextDate;
         gage.endDate = datetime_addSeconds(gage.nextDate, gage.interval);
         gage.rain = gage.nextRain;
-        takeNextRain(index);
+        takeNextRain(model, index);
     }
     return 0.0;
 }
 
-void gage_advance(DateTime date) {
-    for (int32_t k = 0; k < Gages.size(); ++k) {
-        Gage& gage = Gages[k];
+void gage_advance(Model& model, DateTime date) {
+    for (int32_t k = 0; k < model.gages.size(); ++k) {
+        Gage& gage = model.gages[k];
         if (gage.isUsed) {
-            gage.rain = gage.coGage >= 0 ? getGage(gage.coGage).rain : advanceGage(k, date + ONE_SECOND);
+            gage.rain = gage.coGage >= 0 ? getGage(model, gage.coGage).rain : advanceGage(model, k, date + ONE_SECOND);
         }
     }
 }
 
-void gage_setReportRain(DateTime date) {
+void gage_setReportRain(Model& model, DateTime date) {
     const DateTime time = date + ONE_SECOND;
-    for (Gage& gage : Gages) {
+    for (Gage& gage : model.gages) {
         if (gage.coGage >= 0) {
-            gage.reportRain = getGage(gage.coGage).reportRain;
+            gage.reportRain = getGage(model, gage.coGage).reportRain;
         } else if (gage.endDate > time) {
             gage.reportRain = gage.rain;
         } else if (gage.nextDate > time) {
@@ -206,11 +205,11 @@ void gage_setReportRain(DateTime date) {
 // --- events --------------------------------------------------------------------------------------------------------
 
 /// Appends an event if it is large enough. False without memory for it.
-static bool addEvent(Gage& gage, DateTime start, DateTime end, double total) {
-    if (!(total > EventMinValue)) {
+static bool addEvent(Model& model, Gage& gage, DateTime start, DateTime end, double total) {
+    if (!(total > model.options.eventMinValue)) {
         return true;
     }
-    RainEvent* event = arena_allocateArray<RainEvent>(ProjectArena, 1);
+    RainEvent* event = arena_allocateArray<RainEvent>(model.memory.project, 1);
     if (!event) {
         return false;
     }
@@ -226,18 +225,18 @@ static DateTime getSeriesEnd(const Series& series) {
     return first > series.endDate ? first : series.endDate;
 }
 
-void gage_findEvents(int32_t index) {
-    if (index < 0 || getGage(index).series < 0) {
+void gage_findEvents(Model& model, int32_t index) {
+    if (index < 0 || getGage(model, index).series < 0) {
         return;
     }
-    Gage& gage = getGage(index);
-    Series& series = TimeSeries[gage.series];
+    Gage& gage = getGage(model, index);
+    Series& series = model.timeSeries[gage.series];
     timeseries_rewind(series, series.cursor);
     const DateTime seriesEnd = getSeriesEnd(series);
     const double interval = gage.interval;
     double total = 0.0, dry = 0.0;
-    DateTime date = StartDateTime, first = StartDateTime;
-    while (date < EndDateTime) {
+    DateTime date = model.options.startDateTime, first = model.options.startDateTime;
+    while (date < model.options.endDateTime) {
         // The series is read here as a line from entry to entry, so that gaps in it count as ramps of rain.
         double depth = timeseries_lookup(series, series.cursor, date);
         if (gage.format == RAIN_INTENSITY) {
@@ -252,12 +251,13 @@ void gage_findEvents(int32_t index) {
         } else if (depth != 0.0) {
             total += depth;
             dry = 0.0;
-        } else if (dry < EventInterval) {
+        } else if (dry < model.options.eventInterval) {
             dry += interval;
         } else {
             dry = 0.0;
             // The last wet sample only where the gap is a multiple of the interval.
-            if (!addEvent(gage, first, datetime_addSeconds(date, -EventInterval - interval), total)) {
+            if (!addEvent(model, gage, first, datetime_addSeconds(date, -model.options.eventInterval - interval),
+                          total)) {
                 return;
             }
             total = 0.0;
@@ -271,11 +271,11 @@ void gage_findEvents(int32_t index) {
         }
         date = next;
     }
-    addEvent(gage, first, datetime_addSeconds(date, -dry), total);
+    addEvent(model, gage, first, datetime_addSeconds(date, -dry), total);
 }
 
-bool gage_isInEvent(int32_t index, DateTime date) {
-    for (const RainEvent* event = getGage(index).events; event; event = event->next) {
+bool gage_isInEvent(Model& model, int32_t index, DateTime date) {
+    for (const RainEvent* event = getGage(model, index).events; event; event = event->next) {
         if (event->start <= date && date <= event->end) {
             return true;
         }

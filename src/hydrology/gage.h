@@ -7,6 +7,8 @@
 #include "text/datetime.h"
 #include "text/tokens.h"
 
+struct Model;
+
 enum GageFormat : int32_t { RAIN_INTENSITY, RAIN_VOLUME };
 
 /// A spell of rain without a long gap in it.
@@ -35,28 +37,26 @@ struct Gage {
     RainEvent* lastEvent;  ///< end of the list of events
 };
 
-extern Table<Gage> Gages;
-
 /// A line of [RAINGAGES], for the row `gage`. An error index, or 0.
-[[nodiscard]] int32_t gage_readLine(const Tokens& tokens, int32_t gage);
+[[nodiscard]] int32_t gage_readLine(Model& model, const Tokens& tokens, int32_t gage);
 
 /// Tests the gages in use, and links those that share a series; writes what is wrong to the report.
-void gage_validateAll();
+void gage_validateAll(Model& model);
 
 /// Puts a gage to the start of a run, and adds the events of its series.
-void gage_initRain(int32_t gage);
+void gage_initRain(Model& model, int32_t gage);
 
 /// Adds the events of the whole simulation period to the list of a gage.
-void gage_findEvents(int32_t gage);
+void gage_findEvents(Model& model, int32_t gage);
 
 /// Moves on to the next entry with rain. False at the end of the series.
-[[nodiscard]] bool gage_nextRain(int32_t gage);
+[[nodiscard]] bool gage_nextRain(Model& model, int32_t gage);
 
 /// Brings every gage in use to a date.
-void gage_advance(DateTime date);
+void gage_advance(Model& model, DateTime date);
 
 /// Fills reportRain of every gage; called before each writing of results.
-void gage_setReportRain(DateTime date);
+void gage_setReportRain(Model& model, DateTime date);
 
 /// Whether a date lies within a rain event of the gage, both ends included.
-[[nodiscard]] bool gage_isInEvent(int32_t gage, DateTime date);
+[[nodiscard]] bool gage_isInEvent(Model& model, int32_t gage, DateTime date);

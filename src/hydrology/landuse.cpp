@@ -9,80 +9,79 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
-Table<Landuse> Landuses;
-
 static const char* const WashoffWords[] = {"EXP",      "EMC",      "SURFACE", "SOIL", "STORAGE",
                                            "PAVEMENT", "DRAINMAT", "DRAIN",   nullptr};
 
-void landuse_createAll() {
-    Landuses.fill(ObjectCount[LANDUSE], Landuse{});
-    for (Landuse& landuse : Landuses) {
-        landuse.buildup = arena_allocateArray<BuildupRule>(ProjectArena, project_pollutantCount());
-        landuse.washoff = arena_allocateArray<WashoffRule>(ProjectArena, project_pollutantCount());
+void landuse_createAll(Model& model) {
+    model.landuses.fill(model.counts.objects[LANDUSE], Landuse{});
+    for (Landuse& landuse : model.landuses) {
+        landuse.buildup = arena_allocateArray<BuildupRule>(model.memory.project, project_pollutantCount(model));
+        landuse.washoff = arena_allocateArray<WashoffRule>(model.memory.project, project_pollutantCount(model));
         if (!landuse.buildup || !landuse.washoff) {
-            ErrorCode = ERR_MEMORY;
+            model.error.code = ERR_MEMORY;
         }
     }
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-int32_t landuse_readLine(const Tokens& tokens, int32_t index) {
+int32_t landuse_readLine(Model& model, const Tokens& tokens, int32_t index) {
     if (tokens.count < 1) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* name = names_findId(LANDUSE, tokens[0]);
+    const char* name = names_findId(model, LANDUSE, tokens[0]);
     if (!name) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    Landuses[index].name = name;
+    model.landuses[index].name = name;
     return ERR_NONE;
 }
 
 /// Finds the land use and the pollutant that a line begins with.
-static int32_t findPair(const Tokens& tokens, int32_t& landuse, int32_t& pollutant) {
-    landuse = names_find(LANDUSE, tokens[0]);
+static int32_t findPair(Model& model, const Tokens& tokens, int32_t& landuse, int32_t& pollutant) {
+    landuse = names_find(model, LANDUSE, tokens[0]);
     if (landuse < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    pollutant = names_find(POLLUT, tokens[1]);
-    return pollutant < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
+    pollutant = names_find(model, POLLUT, tokens[1]);
+    return pollutant < 0 ? errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
 }
 
 /// Reads numbers that must not be below 0, from a token on.
-static int32_t readNumbers(const Tokens& tokens, int32_t token, int32_t count, double* values) {
+static int32_t readNumbers(Model& model, const Tokens& tokens, int32_t token, int32_t count, double* values) {
     for (int32_t k = 0; k < count; ++k) {
         if (!tokens_getNonNegative(tokens[token + k], &values[k])) {
-            return errors_setName(ERR_NUMBER, tokens[token + k]);
+            return errors_setName(model, ERR_NUMBER, tokens[token + k]);
         }
     }
     return ERR_NONE;
 }
 
-int32_t landuse_readBuildup(const Tokens& tokens) {
+int32_t landuse_readBuildup(Model& model, const Tokens& tokens) {
     if (tokens.count < 4) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
-    if (const int32_t error = findPair(tokens, landuse, pollutant)) {
+    if (const int32_t error = findPair(model, tokens, landuse, pollutant)) {
         return error;
     }
     double values[2];
-    if (const int32_t error = readNumbers(tokens, 2, 2, values)) {
+    if (const int32_t error = readNumbers(model, tokens, 2, 2, values)) {
         return error;
     }
-    Landuses[landuse].buildup[pollutant] = {values[0], values[1]};
+    model.landuses[landuse].buildup[pollutant] = {values[0], values[1]};
     return ERR_NONE;
 }
 
-static int32_t readExponential(const Tokens& tokens, WashoffRule& rule) {
+static int32_t readExponential(Model& model, const Tokens& tokens, WashoffRule& rule) {
     double values[3];
-    if (const int32_t error = readNumbers(tokens, 3, 3, values)) {
+    if (const int32_t error = readNumbers(model, tokens, 3, 3, values)) {
         return error;
     }
     rule.coefficient = values[0];
@@ -92,16 +91,16 @@ static int32_t readExponential(const Tokens& tokens, WashoffRule& rule) {
     return ERR_NONE;
 }
 
-static int32_t readEventMean(const Tokens& tokens, WashoffRule& rule) {
+static int32_t readEventMean(Model& model, const Tokens& tokens, WashoffRule& rule) {
     double emc, removal;
-    if (const int32_t error = readNumbers(tokens, 3, 1, &emc)) {
+    if (const int32_t error = readNumbers(model, tokens, 3, 1, &emc)) {
         return error;
     }
     const int32_t word = tokens_findKeyword(tokens[4], NoYesWords);
     if (word < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[4]);
+        return errors_setName(model, ERR_KEYWORD, tokens[4]);
     }
-    if (const int32_t error = readNumbers(tokens, 5, 1, &removal)) {
+    if (const int32_t error = readNumbers(model, tokens, 5, 1, &removal)) {
         return error;
     }
     rule.emc = emc;
@@ -110,24 +109,24 @@ static int32_t readEventMean(const Tokens& tokens, WashoffRule& rule) {
     return ERR_NONE;
 }
 
-int32_t landuse_readWashoff(const Tokens& tokens) {
+int32_t landuse_readWashoff(Model& model, const Tokens& tokens) {
     if (tokens.count < 6) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     int32_t landuse = 0, pollutant = 0;
-    if (const int32_t error = findPair(tokens, landuse, pollutant)) {
+    if (const int32_t error = findPair(model, tokens, landuse, pollutant)) {
         return error;
     }
     const int32_t kind = tokens_findKeyword(tokens[2], WashoffWords);
     if (kind < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[2]);
+        return errors_setName(model, ERR_KEYWORD, tokens[2]);
     }
     // A line overwrites only what it reads; the rest stays from an older line of the same pair.
-    WashoffRule& rule = Landuses[landuse].washoff[pollutant];
+    WashoffRule& rule = model.landuses[landuse].washoff[pollutant];
     int32_t error = ERR_NONE;
     switch (kind) {
-        case WASHOFF_EXP: error = readExponential(tokens, rule); break;
-        case WASHOFF_EMC: error = readEventMean(tokens, rule); break;
+        case WASHOFF_EXP: error = readExponential(model, tokens, rule); break;
+        case WASHOFF_EMC: error = readEventMean(model, tokens, rule); break;
         default: break;
     }
     if (!error) {

@@ -6,6 +6,8 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// Buildup saturates exponentially.
 struct BuildupRule {
     double maxBuildup;    ///< mass per hectare, limit of the curve
@@ -40,8 +42,6 @@ struct Landuse {
     WashoffRule* washoff;  ///< one per pollutant
 };
 
-extern Table<Landuse> Landuses;
-
 /// A runoff rate, and its power: land uses and pollutants mostly share a few exponents.
 struct RunoffRate {
     double value;     ///< m/s
@@ -51,14 +51,14 @@ struct RunoffRate {
 };
 
 /// Makes the table for the counted land uses with their rules.
-void landuse_createAll();
+void landuse_createAll(Model& model);
 
 /// A line of [LANDUSES], for the row `index`. An error index, or 0.
-[[nodiscard]] int32_t landuse_readLine(const Tokens& tokens, int32_t index);
+[[nodiscard]] int32_t landuse_readLine(Model& model, const Tokens& tokens, int32_t index);
 
 /// Lines of [BUILDUP] and [WASHOFF]. An error index, or 0.
-[[nodiscard]] int32_t landuse_readBuildup(const Tokens& tokens);
-[[nodiscard]] int32_t landuse_readWashoff(const Tokens& tokens);
+[[nodiscard]] int32_t landuse_readBuildup(Model& model, const Tokens& tokens);
+[[nodiscard]] int32_t landuse_readWashoff(Model& model, const Tokens& tokens);
 
 /// Buildup (kg) on an area (ha) after a dry time (s), from the present buildup (kg).
 [[nodiscard]] double landuse_getBuildup(const BuildupRule& rule, double area, double present, double time);

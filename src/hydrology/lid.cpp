@@ -10,11 +10,10 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/units.h"
-
-Table<Lid> Lids;
 
 static const char* const TypeWords[] = {"BC", "RG", "GR", "IT", "PP", "RB", "VS", nullptr};
 
@@ -25,25 +24,25 @@ static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT
 // --- table ---------------------------------------------------------------------------------------------------------
 
 /// The five arrays of rules of a definition, one rule per pollutant.
-static bool createRules(Lid& lid) {
+static bool createRules(Model& model, Lid& lid) {
     for (Decay** rules : {&lid.surfaceDecay, &lid.pavementDecay, &lid.soilDecay, &lid.storageDecay, &lid.matDecay}) {
-        *rules = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
+        *rules = arena_allocateArray<Decay>(model.memory.project, project_pollutantCount(model));
         if (!*rules) {
             return false;
         }
-        std::fill_n(*rules, project_pollutantCount(), NO_DECAY);
+        std::fill_n(*rules, project_pollutantCount(model), NO_DECAY);
     }
     return true;
 }
 
-void lid_createAll() {
+void lid_createAll(Model& model) {
     Lid plain{};
     plain.type = -1;
     plain.surfaceVoid = 1.0;
-    Lids.fill(ObjectCount[LID], plain);
-    for (Lid& lid : Lids) {
-        if (!createRules(lid)) {
-            ErrorCode = ERR_MEMORY;
+    model.lids.fill(model.counts.objects[LID], plain);
+    for (Lid& lid : model.lids) {
+        if (!createRules(model, lid)) {
+            model.error.code = ERR_MEMORY;
             return;
         }
     }
@@ -52,26 +51,26 @@ void lid_createAll() {
 // --- definitions ---------------------------------------------------------------------------------------------------
 
 /// Reads `count` numbers that must not be negative, from token 2 on.
-static int32_t readNumbers(const Tokens& tokens, double* values, int32_t count) {
+static int32_t readNumbers(Model& model, const Tokens& tokens, double* values, int32_t count) {
     for (int32_t k = 0; k < count; ++k) {
         if (!tokens_getNonNegative(tokens[2 + k], &values[k])) {
-            return errors_setName(ERR_NUMBER, tokens[2 + k]);
+            return errors_setName(model, ERR_NUMBER, tokens[2 + k]);
         }
     }
     return ERR_NONE;
 }
 
-static int32_t readSurface(const Tokens& tokens, Lid& lid) {
+static int32_t readSurface(Model& model, const Tokens& tokens, Lid& lid) {
     double depth, fraction, rest[3];
     if (!tokens_getNonNegative(tokens[2], &depth)) {
-        return errors_setName(ERR_NUMBER, tokens[2]);
+        return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
     if (!tokens_getNonNegative(tokens[3], &fraction) || !(fraction < 1.0)) {
-        return errors_setName(ERR_NUMBER, tokens[3]);
+        return errors_setName(model, ERR_NUMBER, tokens[3]);
     }
     for (int32_t k = 0; k < 3; ++k) {
         if (!tokens_getNonNegative(tokens[4 + k], &rest[k])) {
-            return errors_setName(ERR_NUMBER, tokens[4 + k]);
+            return errors_setName(model, ERR_NUMBER, tokens[4 + k]);
         }
     }
     lid.surfaceDepth = depth / MM_PER_M;
@@ -82,9 +81,9 @@ static int32_t readSurface(const Tokens& tokens, Lid& lid) {
     return ERR_NONE;
 }
 
-static int32_t readSoil(const Tokens& tokens, Lid& lid) {
+static int32_t readSoil(Model& model, const Tokens& tokens, Lid& lid) {
     double v[6];
-    if (const int32_t error = readNumbers(tokens, v, 6)) {
+    if (const int32_t error = readNumbers(model, tokens, v, 6)) {
         return error;
     }
     lid.soilDepth = v[0] / MM_PER_M;
@@ -97,9 +96,9 @@ static int32_t readSoil(const Tokens& tokens, Lid& lid) {
 }
 
 /// Storage and pavement: thickness, void ratio (voids per solids, kept as voids per whole), rate.
-static int32_t readPorousLayer(const Tokens& tokens, double& depth, double& voidFraction, double& rate) {
+static int32_t readPorousLayer(Model& model, const Tokens& tokens, double& depth, double& voidFraction, double& rate) {
     double v[3];
-    if (const int32_t error = readNumbers(tokens, v, 3)) {
+    if (const int32_t error = readNumbers(model, tokens, v, 3)) {
         return error;
     }
     depth = v[0] / MM_PER_M;
@@ -108,9 +107,9 @@ static int32_t readPorousLayer(const Tokens& tokens, double& depth, double& void
     return ERR_NONE;
 }
 
-static int32_t readMat(const Tokens& tokens, Lid& lid) {
+static int32_t readMat(Model& model, const Tokens& tokens, Lid& lid) {
     double v[3];
-    if (const int32_t error = readNumbers(tokens, v, 3)) {
+    if (const int32_t error = readNumbers(model, tokens, v, 3)) {
         return error;
     }
     lid.matDepth = v[0] / MM_PER_M;
@@ -119,9 +118,9 @@ static int32_t readMat(const Tokens& tokens, Lid& lid) {
     return ERR_NONE;
 }
 
-static int32_t readDrain(const Tokens& tokens, Lid& lid) {
+static int32_t readDrain(Model& model, const Tokens& tokens, Lid& lid) {
     double v[4] = {};
-    if (const int32_t error = readNumbers(tokens, v, tokens.count > 5 ? 4 : 3)) {
+    if (const int32_t error = readNumbers(model, tokens, v, tokens.count > 5 ? 4 : 3)) {
         return error;
     }
     lid.drainCoefficient = v[0];
@@ -131,34 +130,35 @@ static int32_t readDrain(const Tokens& tokens, Lid& lid) {
     return ERR_NONE;
 }
 
-static int32_t readLayer(const Tokens& tokens, Lid& lid, int32_t layer) {
+static int32_t readLayer(Model& model, const Tokens& tokens, Lid& lid, int32_t layer) {
     static constexpr int32_t TOKENS_NEEDED[] = {7, 8, 5, 5, 5, 5};
     if (layer == LAYER_DRAINMAT && lid.type != LID_GR) {
         return ERR_NONE;  // only a roof has a mat, and it must be known as a roof by now; nothing else is looked at
     }
     if (tokens.count < TOKENS_NEEDED[layer]) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     switch (layer) {
-        case LAYER_SURFACE: return readSurface(tokens, lid);
-        case LAYER_SOIL: return readSoil(tokens, lid);
-        case LAYER_STORAGE: return readPorousLayer(tokens, lid.storageDepth, lid.storageVoid, lid.storageRate);
-        case LAYER_PAVEMENT: return readPorousLayer(tokens, lid.pavementDepth, lid.pavementVoid, lid.pavementRate);
-        case LAYER_DRAINMAT: return readMat(tokens, lid);
-        default: return readDrain(tokens, lid);
+        case LAYER_SURFACE: return readSurface(model, tokens, lid);
+        case LAYER_SOIL: return readSoil(model, tokens, lid);
+        case LAYER_STORAGE: return readPorousLayer(model, tokens, lid.storageDepth, lid.storageVoid, lid.storageRate);
+        case LAYER_PAVEMENT:
+            return readPorousLayer(model, tokens, lid.pavementDepth, lid.pavementVoid, lid.pavementRate);
+        case LAYER_DRAINMAT: return readMat(model, tokens, lid);
+        default: return readDrain(model, tokens, lid);
     }
 }
 
-int32_t lid_readLine(const Tokens& tokens) {
+int32_t lid_readLine(Model& model, const Tokens& tokens) {
     if (tokens.count < 2) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t index = names_find(LID, tokens[0]);
+    const int32_t index = names_find(model, LID, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    Lid& lid = Lids[index];
-    lid.name = names_findId(LID, tokens[0]);
+    Lid& lid = model.lids[index];
+    lid.name = names_findId(model, LID, tokens[0]);
     const int32_t type = tokens_findKeyword(tokens[1], TypeWords);
     if (type >= 0) {
         // A later type line changes the type alone: a mat read for a roof stays and still fills the storage at the
@@ -167,7 +167,7 @@ int32_t lid_readLine(const Tokens& tokens) {
         return ERR_NONE;
     }
     const int32_t layer = tokens_findKeyword(tokens[1], LayerWords);
-    return layer < 0 ? errors_setName(ERR_KEYWORD, tokens[1]) : readLayer(tokens, lid, layer);
+    return layer < 0 ? errors_setName(model, ERR_KEYWORD, tokens[1]) : readLayer(model, tokens, lid, layer);
 }
 
 /// The rules of a layer; null for the drain, which holds no water.
@@ -182,19 +182,19 @@ static Decay* getRules(const Lid& lid, int32_t layer) {
     }
 }
 
-int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
+int32_t lid_readDecayLine(Model& model, const Tokens& tokens, int32_t index) {
     if (tokens.count < 7) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     Reaction reaction{};
-    if (const int32_t error = decay_readReaction(tokens, true, reaction)) {
+    if (const int32_t error = decay_readReaction(model, tokens, true, reaction)) {
         return error;
     }
     const int32_t layer = tokens_findKeyword(tokens[6], LayerWords);
     if (layer < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[6]);
+        return errors_setName(model, ERR_KEYWORD, tokens[6]);
     }
-    if (Decay* rules = getRules(Lids[index], layer)) {
+    if (Decay* rules = getRules(model.lids[index], layer)) {
         rules[reaction.pollutant] = reaction.decay;
     }
     return ERR_NONE;
@@ -202,8 +202,8 @@ int32_t lid_readDecayLine(const Tokens& tokens, int32_t index) {
 
 // --- validation ----------------------------------------------------------------------------------------------------
 
-void lid_reportParameter(const Lid& lid, const char* phrase) {
-    errors_report(ERR_LID_PARAMETER, (std::string(lid.name) + phrase).c_str());
+void lid_reportParameter(Model& model, const Lid& lid, const char* phrase) {
+    errors_report(model, ERR_LID_PARAMETER, (std::string(lid.name) + phrase).c_str());
 }
 
 static bool hasRequiredLayers(const Lid& lid) {
@@ -217,36 +217,36 @@ static bool hasRequiredLayers(const Lid& lid) {
     }
 }
 
-static void checkPavement(const Lid& lid) {
+static void checkPavement(Model& model, const Lid& lid) {
     const bool isGood = lid.pavementDepth > 0.0 && lid.pavementRate > 0.0 && lid.pavementVoid > 0.0;
     if (lid.type == LID_PP && (!isGood || lid.pavementVoid > 1.0)) {
-        lid_reportParameter(lid, " - check pavement layer parameters");
+        lid_reportParameter(model, lid, " - check pavement layer parameters");
     }
 }
 
-static void checkSoil(const Lid& lid) {
+static void checkSoil(Model& model, const Lid& lid) {
     if (lid.soilDepth > 0.0 &&
         (!(lid.porosity > 0.0) || !(lid.porosity > lid.fieldCapacity) || !(lid.fieldCapacity > lid.wiltingPoint) ||
          !(lid.soilRate > 0.0) || lid.soilSlope < 0.0)) {
-        lid_reportParameter(lid, " - check soil layer parameters");
+        lid_reportParameter(model, lid, " - check soil layer parameters");
     }
 }
 
-static void checkStorage(Lid& lid) {
+static void checkStorage(Model& model, Lid& lid) {
     if (!(lid.storageDepth > 0.0)) {
         lid.storageVoid = 1.0;
         lid.drainOffset = 0.0;
     } else if (!(lid.storageVoid > 0.0) || lid.storageVoid > 1.0) {
-        lid_reportParameter(lid, " - check storage layer parameters");
+        lid_reportParameter(model, lid, " - check storage layer parameters");
     }
 }
 
-static void setSurfaceAlpha(Lid& lid) {
+static void setSurfaceAlpha(Model& model, Lid& lid) {
     if (lid.type != LID_VS) {
         lid.surfaceAlpha =
             lid.surfaceRoughness > 0.0 ? std::sqrt(lid.surfaceSlope) * (1.0 / lid.surfaceRoughness) : 0.0;
     } else if (!(lid.surfaceRoughness * lid.surfaceSlope > 0.0) || lid.surfaceDepth == 0.0) {
-        lid_reportParameter(lid, " - check swale surface parameters");
+        lid_reportParameter(model, lid, " - check swale surface parameters");
     } else {
         lid.surfaceAlpha = std::sqrt(lid.surfaceSlope) / lid.surfaceRoughness;
     }
@@ -254,30 +254,30 @@ static void setSurfaceAlpha(Lid& lid) {
 
 /// The mat of a green roof stands in for its storage. A line for a storage of its own has been tested above and even
 /// moved the drain, and is replaced here.
-static void putMatInStorage(Lid& lid) {
+static void putMatInStorage(Model& model, Lid& lid) {
     lid.storageDepth = lid.matDepth;
     lid.storageVoid = lid.matVoid;
     lid.storageRate = 0.0;
-    if (project_pollutantCount() > 0) {
+    if (project_pollutantCount(model) > 0) {
         // Only the first pollutant follows the mat's rules; the others keep those of the storage, whether they have
         // any or not.
         lid.storageDecay[0] = lid.matDecay[0];
     }
 }
 
-static void validate(Lid& lid) {
+static void validate(Model& model, Lid& lid) {
     if (lid.type < 0) {
-        errors_report(ERR_LID_TYPE, lid.name);
+        errors_report(model, ERR_LID_TYPE, lid.name);
         return;
     }
     if (!hasRequiredLayers(lid)) {
-        errors_report(ERR_LID_LAYER, lid.name);
+        errors_report(model, ERR_LID_LAYER, lid.name);
         return;
     }
-    checkPavement(lid);
-    checkSoil(lid);
-    checkStorage(lid);
-    setSurfaceAlpha(lid);
+    checkPavement(model, lid);
+    checkSoil(model, lid);
+    checkStorage(model, lid);
+    setSurfaceAlpha(model, lid);
     // A mat has no slope of its own: it lies on the roof as the surface does.
     lid.matAlpha = lid.matRoughness > 0.0 ? std::sqrt(lid.surfaceSlope) * (1.0 / lid.matRoughness) : 0.0;
     if (lid.type == LID_RB) {
@@ -285,12 +285,12 @@ static void validate(Lid& lid) {
         lid.storageRate = 0.0;
     }
     if (lid.type == LID_GR) {
-        putMatInStorage(lid);
+        putMatInStorage(model, lid);
     }
 }
 
-void lid_validateAll() {
-    for (Lid& lid : Lids) {
-        validate(lid);
+void lid_validateAll(Model& model) {
+    for (Lid& lid : model.lids) {
+        validate(model, lid);
     }
 }

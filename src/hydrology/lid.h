@@ -7,6 +7,8 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// Types of control: bio-retention cell, rain garden, green roof, infiltration trench, permeable pavement, rain barrel,
 /// vegetative swale.
 enum LidType : int32_t { LID_BC, LID_RG, LID_GR, LID_IT, LID_PP, LID_RB, LID_VS };
@@ -48,19 +50,17 @@ struct Lid {
     Decay* matDecay;
 };
 
-extern Table<Lid> Lids;
-
 /// Makes the table of definitions at their defaults. A failure is the current error.
-void lid_createAll();
+void lid_createAll(Model& model);
 
 /// A line of [LIDS]. An error index, or 0.
-[[nodiscard]] int32_t lid_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t lid_readLine(Model& model, const Tokens& tokens);
 
 /// The items of a line of [DECAY_COEFFICIENT] for a definition, from token 2 on. An error index, or 0.
-[[nodiscard]] int32_t lid_readDecayLine(const Tokens& tokens, int32_t lid);
+[[nodiscard]] int32_t lid_readDecayLine(Model& model, const Tokens& tokens, int32_t lid);
 
 /// Tests all definitions and works out what follows from them; writes what is wrong to the report.
-void lid_validateAll();
+void lid_validateAll(Model& model);
 
 /// Writes an invalid parameter to the report: the name of the control, and a phrase that tells where to look.
-void lid_reportParameter(const Lid& lid, const char* phrase);
+void lid_reportParameter(Model& model, const Lid& lid, const char* phrase);

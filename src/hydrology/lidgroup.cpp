@@ -8,59 +8,52 @@
 #include "hydrology/lidsolver.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
 #include "text/units.h"
 
-Table<LidGroup> LidGroups;
-Table<LidUnit> LidUnits;
-
 // --- tables and reading --------------------------------------------------------------------------------------------
 
-void lidgroup_createAll() {
-    LidGroups.fill(ObjectCount[SUBCATCH], {-1, -1});
-    LidUnits.clear();
-}
-
-void lidgroup_deleteAll() {
-    LidGroups = {};
-    LidUnits = {};
+void lidgroup_createAll(Model& model) {
+    model.lidGroups.fill(model.counts.objects[SUBCATCH], {-1, -1});
+    model.lidUnits.clear();
 }
 
 /// Adds a unit at the end of a group.
-static void addUnit(LidGroup& group, const LidUnit& unit) {
-    const int32_t index = LidUnits.size();
-    LidUnits.push_back(unit);
+static void addUnit(Model& model, LidGroup& group, const LidUnit& unit) {
+    const int32_t index = model.lidUnits.size();
+    model.lidUnits.push_back(unit);
     if (group.firstUnit < 0) {
         group.firstUnit = index;
     } else {
-        LidUnits[group.lastUnit].next = index;
+        model.lidUnits[group.lastUnit].next = index;
     }
     group.lastUnit = index;
 }
 
-int32_t lidgroup_readLine(const Tokens& tokens) {
+int32_t lidgroup_readLine(Model& model, const Tokens& tokens) {
     if (tokens.count < 6) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t subcatch = names_find(SUBCATCH, tokens[0]);
+    const int32_t subcatch = names_find(model, SUBCATCH, tokens[0]);
     if (subcatch < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     LidUnit unit{};
-    unit.lid = names_find(LID, tokens[1]);
+    unit.lid = names_find(model, LID, tokens[1]);
     if (unit.lid < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    if (const int32_t error = lidunit_readItems(tokens, 2, false, unit)) {
+    if (const int32_t error = lidunit_readItems(model, tokens, 2, false, unit)) {
         return error;
     }
     unit.next = -1;
-    if (!lidunit_createArrays(unit, ProjectArena)) {
-        return errors_setName(ERR_MEMORY, "");
+    if (!lidunit_createArrays(model, unit, model.memory.project)) {
+        return errors_setName(model, ERR_MEMORY, "");
     }
-    addUnit(LidGroups[subcatch], unit);
+    addUnit(model, model.lidGroups[subcatch], unit);
     return ERR_NONE;
 }
 
@@ -69,14 +62,14 @@ int32_t lidgroup_readLine(const Tokens& tokens) {
 static constexpr double TOO_MUCH = 1.001;    ///< of the area and of its impervious flow: what rounding can't explain
 static constexpr double NEARLY_ALL = 0.999;  ///< of the area, from which the units cover it wholly
 
-static void validateGroup(Subcatch& subcatch, LidUnitRange units) {
+static void validateGroup(Model& model, Subcatch& subcatch, LidUnitRange units) {
     double sumArea = 0.0, sumShare = 0.0;
     for (LidUnit& unit : units) {
-        const Lid& lid = Lids[unit.lid];
+        const Lid& lid = model.lids[unit.lid];
         sumArea += unit.area;
         sumShare += unit.fromImpervious;
         if (lid.type == LID_VS && !(unit.fullWidth > 0.0)) {
-            lid_reportParameter(lid, " - invalid swale width");
+            lid_reportParameter(model, lid, " - invalid swale width");
         }
         if (unit.drainNode == -1) {
             unit.drainNode = subcatch.outNode;
@@ -86,10 +79,10 @@ static void validateGroup(Subcatch& subcatch, LidUnitRange units) {
         }
     }
     if (sumArea > subcatch.area * TOO_MUCH) {
-        errors_report(ERR_LID_AREA, subcatch.name);
+        errors_report(model, ERR_LID_AREA, subcatch.name);
     }
     if (sumShare > TOO_MUCH) {
-        errors_report(ERR_LID_CAPTURE_AREA, subcatch.name);
+        errors_report(model, ERR_LID_CAPTURE_AREA, subcatch.name);
     }
     if (sumArea > subcatch.area * NEARLY_ALL) {
         sumArea = subcatch.area;
@@ -97,39 +90,39 @@ static void validateGroup(Subcatch& subcatch, LidUnitRange units) {
     subcatch.lidArea = sumArea;
 }
 
-void lidgroup_validateAll() {
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        const LidUnitRange units = lidgroup_getUnits(k);
+void lidgroup_validateAll(Model& model) {
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        const LidUnitRange units = lidgroup_getUnits(model, k);
         if (!units.empty()) {
-            validateGroup(Subcatches[k], units);
+            validateGroup(model, model.subcatches[k], units);
         }
     }
 }
 
-void lidgroup_initAll() {
-    for (LidUnit& unit : LidUnits) {
-        const Lid& lid = Lids[unit.lid];
+void lidgroup_initAll(Model& model) {
+    for (LidUnit& unit : model.lidUnits) {
+        const Lid& lid = model.lids[unit.lid];
         lidunit_initState(unit, lid, lid.matVoid);
         // What a saturation of -0 makes is no negative zero here, as it is in a node: the tables show the sign.
         unit.initialDepth = unit.finalDepth = unit.initialDepth + 0.0;
-        unit.dryTime = StartDryDays * SECONDS_PER_DAY;
-        lidunit_clearArrays(unit);
-        lidunit_openBalance(unit);
+        unit.dryTime = model.options.startDryDays * SECONDS_PER_DAY;
+        lidunit_clearArrays(model, unit);
+        lidunit_openBalance(model, unit);
     }
 }
 
 // --- the runoff step -----------------------------------------------------------------------------------------------
 
-void lidgroup_shiftState(int32_t subcatch) {
-    for (LidUnit& unit : lidgroup_getUnits(subcatch)) {
-        lidunit_shiftState(unit);
+void lidgroup_shiftState(Model& model, int32_t subcatch) {
+    for (LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
+        lidunit_shiftState(model, unit);
     }
 }
 
 /// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before.
-static void setLoads(const Subcatch& subcatch, LidUnit& unit, double dt) {
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double concentration = Polluts[p].rainConcentration;
+static void setLoads(Model& model, const Subcatch& subcatch, LidUnit& unit, double dt) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        const double concentration = model.polluts[p].rainConcentration;
         unit.load[p] =
             unit.area * subcatch.rain * concentration / G_PER_KG + subcatch.lastWashoffRate[p] * unit.fromImpervious;
         unit.rainLoad[p] += dt * subcatch.rain * unit.area * concentration / G_PER_KG;
@@ -137,15 +130,17 @@ static void setLoads(const Subcatch& subcatch, LidUnit& unit, double dt) {
 }
 
 /// One unit over the step, whose inflow (m3/s) is what is led onto it. Gives what leaves it.
-static LidOutflow stepUnit(const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour, double dt) {
-    setLoads(subcatch, unit, dt);
-    LidStep step{.unit = &unit,
-                 .lid = &Lids[unit.lid],
-                 .hour = hour,
-                 .dt = dt,
-                 .inflow = flow / unit.area + subcatch.rain,
-                 .evap = subcatch.rain > 0.0 ? 0.0 : Evap.rate};  // nothing evaporates from a unit while it rains
-    const LidOutflow out = lidsolver_advance(step);
+static LidOutflow stepUnit(Model& model, const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour,
+                           double dt) {
+    setLoads(model, subcatch, unit, dt);
+    LidStep step{
+        .unit = &unit,
+        .lid = &model.lids[unit.lid],
+        .hour = hour,
+        .dt = dt,
+        .inflow = flow / unit.area + subcatch.rain,
+        .evap = subcatch.rain > 0.0 ? 0.0 : model.evap->rate};  // nothing evaporates from a unit while it rains
+    const LidOutflow out = lidsolver_advance(model, step);
     unit.thisSurfaceFlow = out.surface * unit.area;
     unit.thisDrainFlow = out.drain * unit.area;
     unit.dryTime = subcatch.rain > DRY_RATE ? 0.0 : unit.dryTime + dt;
@@ -158,10 +153,10 @@ static void addVolumes(RunoffVolumes& volumes, const LidOutflow& out, double are
     volumes.infil += out.infil * dt * area;
 }
 
-void lidgroup_step(int32_t index, RunoffVolumes& volumes, int32_t hour, double dt) {
-    const Subcatch& subcatch = Subcatches[index];
+void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t hour, double dt) {
+    const Subcatch& subcatch = model.subcatches[index];
     double flow = 0.0, surfaceSum = 0.0;
-    for (LidUnit& unit : lidgroup_getUnits(index)) {
+    for (LidUnit& unit : lidgroup_getUnits(model, index)) {
         if (subcatch.area > subcatch.lidArea) {
             flow = (subcatch.imperviousRunoff + subcatch.perviousRunoff) * unit.fromImpervious;
         }
@@ -169,16 +164,16 @@ void lidgroup_step(int32_t index, RunoffVolumes& volumes, int32_t hour, double d
             continue;
         }
         volumes.lidRunon += unit.area * (flow / unit.area) * dt;
-        addVolumes(volumes, stepUnit(subcatch, unit, flow, hour, dt), unit.area, dt);
+        addVolumes(volumes, stepUnit(model, subcatch, unit, flow, hour, dt), unit.area, dt);
         surfaceSum += unit.thisSurfaceFlow;
     }
     volumes.lidOutflow = surfaceSum * dt;
 }
 
-void lidgroup_addSurfaceLoads(int32_t subcatch, double* runoffLoad, double dt) {
-    for (const LidUnit& unit : lidgroup_getUnits(subcatch)) {
+void lidgroup_addSurfaceLoads(Model& model, int32_t subcatch, double* runoffLoad, double dt) {
+    for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
         // Unit by unit: a later one also takes its share of what the ones before let go.
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
             runoffLoad[p] = (1.0 - unit.fromImpervious) * runoffLoad[p];
             runoffLoad[p] += dt * unit.thisSurfaceLoad[p];
         }

@@ -5,6 +5,7 @@
 
 #include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
+#include "model/model.h"
 #include "model/table.h"
 #include "text/tokens.h"
 
@@ -14,57 +15,53 @@ struct LidGroup {
     int32_t lastUnit;   ///< unit
 };
 
-extern Table<LidGroup> LidGroups;  ///< one per subcatchment
-extern Table<LidUnit> LidUnits;    ///< of all subcatchments, in the order of their lines
-
 /// A walk along the units of a group.
 struct LidUnitPlace {
+    Table<LidUnit>* units;
     int32_t unit;  ///< -1 at the end
 
-    LidUnit& operator*() const { return LidUnits[unit]; }
+    LidUnit& operator*() const { return (*units)[unit]; }
     LidUnitPlace& operator++() {
-        unit = LidUnits[unit].next;
+        unit = (*units)[unit].next;
         return *this;
     }
     bool operator==(const LidUnitPlace&) const = default;
 };
 
 struct LidUnitRange {
+    Table<LidUnit>* units;
     int32_t firstUnit;
 
-    LidUnitPlace begin() const { return {firstUnit}; }
-    LidUnitPlace end() const { return {-1}; }
+    LidUnitPlace begin() const { return {units, firstUnit}; }
+    LidUnitPlace end() const { return {units, -1}; }
     bool empty() const { return firstUnit < 0; }
 };
 
 /// The units of a subcatchment; none for an index outside the table.
-[[nodiscard]] inline LidUnitRange lidgroup_getUnits(int32_t subcatch) {
-    const LidGroup* group = LidGroups.find(subcatch);
-    return {group ? group->firstUnit : -1};
+[[nodiscard]] inline LidUnitRange lidgroup_getUnits(Model& model, int32_t subcatch) {
+    const LidGroup* group = model.lidGroups.find(subcatch);
+    return {&model.lidUnits, group ? group->firstUnit : -1};
 }
 
 /// Makes a group without units for each subcatchment.
-void lidgroup_createAll();
-
-/// Forgets groups and units.
-void lidgroup_deleteAll();
+void lidgroup_createAll(Model& model);
 
 /// A line of [LID_GROUPS]. An error index, or 0.
-[[nodiscard]] int32_t lidgroup_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t lidgroup_readLine(Model& model, const Tokens& tokens);
 
 /// Tests the units of each subcatchment, and takes their areas together; writes what is wrong to the report.
-void lidgroup_validateAll();
+void lidgroup_validateAll(Model& model);
 
 /// Puts all units to the start of a run.
-void lidgroup_initAll();
+void lidgroup_initAll(Model& model);
 
 /// New becomes old, for the units of a subcatchment at the start of a runoff step.
-void lidgroup_shiftState(int32_t subcatch);
+void lidgroup_shiftState(Model& model, int32_t subcatch);
 
 /// All units of a subcatchment over one runoff step (s), whose water they add to `volumes`. Their pollutants react by
 /// an hour of the day.
-void lidgroup_step(int32_t subcatch, RunoffVolumes& volumes, int32_t hour, double dt);
+void lidgroup_step(Model& model, int32_t subcatch, RunoffVolumes& volumes, int32_t hour, double dt);
 
 /// Takes from the mass that leaves a subcatchment in a runoff step (s) (kg, one per pollutant) the share that its units
 /// catch, and adds what they let go over their surfaces.
-void lidgroup_addSurfaceLoads(int32_t subcatch, double* runoffLoad, double dt);
+void lidgroup_addSurfaceLoads(Model& model, int32_t subcatch, double* runoffLoad, double dt);

@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "model/decay.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "text/units.h"
 
@@ -42,25 +43,25 @@ static double getMixed(double mass, double volume) {
 }
 
 /// Reaction in a layer; gives the concentration after it and books what is gone.
-static double react(const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
-    const double left = decay_react(rules[p], mixed, s.hour, s.dt);
+static double react(Model& model, const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
+    const double left = decay_react(model, rules[p], mixed, s.hour, s.dt);
     s.unit->reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
     return left;
 }
 
 /// Soil and pavement: what stays reacts.
-static double finishLayer(const LidStep& s, int32_t p, const Layer& layer, Decay* rules) {
+static double finishLayer(Model& model, const LidStep& s, int32_t p, const Layer& layer, Decay* rules) {
     const double mixed = getMixed(layer.in + layer.mass - layer.out, layer.volume);
-    return react(s, p, rules, mixed, layer.volume) * layer.volume / G_PER_KG;
+    return react(model, s, p, rules, mixed, layer.volume) * layer.volume / G_PER_KG;
 }
 
 /// The surface: water leaves it downward and over the berm. Gives its concentration after the reaction, mg/L.
-static double finishSurface(const LidStep& s, int32_t p, double volume, double infilRate) {
+static double finishSurface(Model& model, const LidStep& s, int32_t p, double volume, double infilRate) {
     LidUnit& unit = *s.unit;
     const double c = getConcentration(volume, unit.lastSurfaceMass[p]);
     const double mass = s.dt * unit.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(s, infilRate, c) -
                         getCarriedMass(s, s.surfaceOutflow, c);
-    const double left = react(s, p, s.lid->surfaceDecay, getMixed(mass, volume), volume);
+    const double left = react(model, s, p, s.lid->surfaceDecay, getMixed(mass, volume), volume);
     unit.thisSurfaceMass[p] = left * volume / G_PER_KG;
     unit.surfaceOutLoad[p] += getCarriedMass(s, s.surfaceOutflow, left);
     unit.thisSurfaceLoad[p] = s.surfaceOutflow * unit.area * left / G_PER_KG;
@@ -69,14 +70,14 @@ static double finishSurface(const LidStep& s, int32_t p, double volume, double i
 
 /// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry
 /// the concentration after the reaction.
-static void finishWetStorage(const LidStep& s, int32_t p, double volume, double in) {
+static void finishWetStorage(Model& model, const LidStep& s, int32_t p, double volume, double in) {
     LidUnit& unit = *s.unit;
     const double mass = unit.lastStorageMass[p];
     const double c = getConcentration(volume, mass);
     const double exfil = s.storageExfil * unit.area * s.dt;
     const double drain = s.storageDrain * unit.area * s.dt;
     const double mixed = getMixed(mass + in - drain * c / G_PER_KG - exfil * c / G_PER_KG, volume);
-    const double left = react(s, p, s.lid->storageDecay, mixed, volume);
+    const double left = react(model, s, p, s.lid->storageDecay, mixed, volume);
     unit.thisStorageMass[p] = left * volume / G_PER_KG;
     unit.exfilLoad[p] += exfil * left / G_PER_KG;
     unit.drainOutLoad[p] += drain * left / G_PER_KG;
@@ -100,7 +101,7 @@ static void finishDryStorage(const LidStep& s, int32_t p, double in) {
 }
 
 /// A stack of layers: all types but barrel and swale.
-static void moveThroughStack(const LidStep& s, int32_t p) {
+static void moveThroughStack(Model& model, const LidStep& s, int32_t p) {
     const Lid& lid = *s.lid;
     LidUnit& unit = *s.unit;
     const double surfaceVolume = unit.area * unit.surfaceLevel * lid.surfaceVoid;
@@ -117,29 +118,29 @@ static void moveThroughStack(const LidStep& s, int32_t p) {
         in = soil.out;
     }
     if (storageVolume > MIN_VOLUME) {
-        finishWetStorage(s, p, storageVolume, in);
+        finishWetStorage(model, s, p, storageVolume, in);
     } else {
         finishDryStorage(s, p, in);
     }
     if (lid.type != LID_IT) {
-        unit.thisSoilMass[p] = finishLayer(s, p, soil, lid.soilDecay);
+        unit.thisSoilMass[p] = finishLayer(model, s, p, soil, lid.soilDecay);
     }
     if (lid.type == LID_PP) {
-        unit.thisPavementMass[p] = finishLayer(s, p, pavement, lid.pavementDecay);
+        unit.thisPavementMass[p] = finishLayer(model, s, p, pavement, lid.pavementDecay);
     }
-    finishSurface(s, p, surfaceVolume, s.surfaceInfil);
+    finishSurface(model, s, p, surfaceVolume, s.surfaceInfil);
 }
 
 /// A swale has its surface alone, and seeps from it.
-static void moveThroughSwale(const LidStep& s, int32_t p) {
+static void moveThroughSwale(Model& model, const LidStep& s, int32_t p) {
     LidUnit& unit = *s.unit;
     const double volume = unit.area * unit.surfaceLevel * s.lid->surfaceVoid;
-    const double left = finishSurface(s, p, volume, s.storageExfil);
+    const double left = finishSurface(model, s, p, volume, s.storageExfil);
     unit.exfilLoad[p] += getCarriedMass(s, s.storageExfil, left);
 }
 
 /// A barrel has its storage alone; what doesn't fit in goes over its rim with the inflow's concentration.
-static void moveThroughBarrel(const LidStep& s, int32_t p) {
+static void moveThroughBarrel(Model& model, const LidStep& s, int32_t p) {
     LidUnit& unit = *s.unit;
     const double volume = unit.area * unit.storageLevel * s.lid->storageVoid;
     const double load = unit.load[p];
@@ -151,7 +152,7 @@ static void moveThroughBarrel(const LidStep& s, int32_t p) {
         unit.thisSurfaceLoad[p] = s.surfaceOutflow * load / s.inflow;
     }
     if (volume > MIN_VOLUME) {
-        finishWetStorage(s, p, volume, in);
+        finishWetStorage(model, s, p, volume, in);
         return;
     }
     unit.thisStorageMass[p] = 0.0;
@@ -160,14 +161,14 @@ static void moveThroughBarrel(const LidStep& s, int32_t p) {
     unit.thisDrainLoad[p] = s.inflow != 0.0 ? s.storageInflow * load / s.inflow : 0.0;
 }
 
-void lidquality_advance(const LidStep& s) {
+void lidquality_advance(Model& model, const LidStep& s) {
     LidUnit& unit = *s.unit;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         unit.inflowLoad[p] += s.dt * unit.load[p];
         switch (s.lid->type) {
-            case LID_RB: moveThroughBarrel(s, p); break;
-            case LID_VS: moveThroughSwale(s, p); break;
-            default: moveThroughStack(s, p); break;
+            case LID_RB: moveThroughBarrel(model, s, p); break;
+            case LID_VS: moveThroughSwale(model, s, p); break;
+            default: moveThroughStack(model, s, p); break;
         }
         unit.finalLoad[p] =
             unit.thisSurfaceMass[p] + unit.thisPavementMass[p] + unit.thisSoilMass[p] + unit.thisStorageMass[p];

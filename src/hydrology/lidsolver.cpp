@@ -8,6 +8,7 @@
 #include <cmath>
 
 #include "hydrology/lidquality.h"
+#include "model/model.h"
 
 static constexpr double UNLIMITED = 1e10;  ///< m
 static constexpr int32_t MAX_PASSES = 19;
@@ -109,14 +110,14 @@ static void addBalance(const LidStep& s, const LidOutflow& out) {
     unit.finalDepth = s.pavementVolume + s.surfaceVolume + s.soilVolume + s.storageVolume;
 }
 
-LidOutflow lidsolver_advance(LidStep& s) {
+LidOutflow lidsolver_advance(Model& model, LidStep& s) {
     LidUnit& unit = *s.unit;
     LidStates state = {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel, unit.pavementLevel};
     LidStates rates = {unit.surfaceChange, unit.soilChange, unit.storageChange, unit.pavementChange};
     s.surfaceInfil = getInfiltrationLimit(s);
     integrate(s, state, rates);
     spillAboveBerm(s, state[STATE_SURFACE]);
-    lidquality_advance(s);
+    lidquality_advance(model, s);
     unit.surfaceLevel = state[STATE_SURFACE];
     unit.soilMoisture = state[STATE_SOIL];
     unit.storageLevel = state[STATE_STORAGE];

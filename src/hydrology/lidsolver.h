@@ -3,6 +3,8 @@
 
 #include "hydrology/lidrates.h"
 
+struct Model;
+
 /// What leaves a unit in a step, m/s.
 struct LidOutflow {
     double evap;
@@ -12,4 +14,4 @@ struct LidOutflow {
 };
 
 /// Advances the unit of a step: its levels, its masses, and its balance. The load that enters stands in the unit.
-[[nodiscard]] LidOutflow lidsolver_advance(LidStep& step);
+[[nodiscard]] LidOutflow lidsolver_advance(Model& model, LidStep& step);

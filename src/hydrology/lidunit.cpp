@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/units.h"
@@ -20,11 +21,11 @@ static bool isGood(double value, bool isArea, bool takesNan) {
     return takesNan ? !(value < 0.0) : value >= 0.0;
 }
 
-int32_t lidunit_readItems(const Tokens& tokens, int32_t place, bool takesNan, LidUnit& unit) {
+int32_t lidunit_readItems(Model& model, const Tokens& tokens, int32_t place, bool takesNan, LidUnit& unit) {
     double values[4];
     for (int32_t k = 0; k < 4; ++k) {
         if (!tokens_getDouble(tokens[place + k], &values[k]) || !isGood(values[k], k == 0, takesNan)) {
-            return errors_setName(ERR_NUMBER, tokens[place + k]);
+            return errors_setName(model, ERR_NUMBER, tokens[place + k]);
         }
     }
     unit.area = values[0];
@@ -34,9 +35,9 @@ int32_t lidunit_readItems(const Tokens& tokens, int32_t place, bool takesNan, Li
     unit.drainNode = -1;
     const int32_t drain = place + 4;
     if (tokens.count > drain) {
-        unit.drainNode = names_find(NODE, tokens[drain]);
+        unit.drainNode = names_find(model, NODE, tokens[drain]);
         if (unit.drainNode < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[drain]);
+            return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[drain]);
         }
     }
     return ERR_NONE;
@@ -68,8 +69,8 @@ static void forget(LidUnit& unit, const UnitArray (&arrays)[count]) {
 
 /// One array after the other, from one piece of memory; all null without it.
 template <size_t count>
-static bool create(LidUnit& unit, const UnitArray (&arrays)[count], Arena& arena) {
-    const int64_t pollutants = project_pollutantCount();
+static bool create(Model& model, LidUnit& unit, const UnitArray (&arrays)[count], Arena& arena) {
+    const int64_t pollutants = project_pollutantCount(model);
     double* memory = arena_allocateArray<double>(arena, static_cast<int64_t>(count) * pollutants);
     if (!memory) {
         forget(unit, arrays);
@@ -82,19 +83,19 @@ static bool create(LidUnit& unit, const UnitArray (&arrays)[count], Arena& arena
     return true;
 }
 
-bool lidunit_createArrays(LidUnit& unit, Arena& arena) {
-    return create(unit, LayerArrays, arena);
+bool lidunit_createArrays(Model& model, LidUnit& unit, Arena& arena) {
+    return create(model, unit, LayerArrays, arena);
 }
 
-void lidunit_clearArrays(LidUnit& unit) {
+void lidunit_clearArrays(Model& model, LidUnit& unit) {
     for (const UnitArray array : LayerArrays) {
-        std::fill_n(unit.*array, project_pollutantCount(), 0.0);
+        std::fill_n(unit.*array, project_pollutantCount(model), 0.0);
     }
 }
 
-void lidunit_openBalance(LidUnit& unit) {
-    if (!create(unit, BalanceArrays, ResultArena)) {
-        errors_report(ERR_MEMORY, "");
+void lidunit_openBalance(Model& model, LidUnit& unit) {
+    if (!create(model, unit, BalanceArrays, model.memory.results)) {
+        errors_report(model, ERR_MEMORY, "");
     }
 }
 
@@ -139,10 +140,10 @@ static void roll(double& last, double& current) {
     current = 0.0;
 }
 
-void lidunit_shiftState(LidUnit& unit) {
+void lidunit_shiftState(Model& model, LidUnit& unit) {
     roll(unit.lastSurfaceFlow, unit.thisSurfaceFlow);
     roll(unit.lastDrainFlow, unit.thisDrainFlow);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         roll(unit.lastSurfaceMass[p], unit.thisSurfaceMass[p]);
         roll(unit.lastPavementMass[p], unit.thisPavementMass[p]);
         roll(unit.lastSoilMass[p], unit.thisSoilMass[p]);

@@ -7,6 +7,8 @@
 #include "model/arena.h"
 #include "text/tokens.h"
 
+struct Model;
+
 struct LidUnit {
     int32_t lid;               ///< the definition
     double area;               ///< m2
@@ -58,18 +60,19 @@ struct LidUnit {
 /// Reads the words of a unit's line from `place` on: area, width, saturation, share, and behind them the node of the
 /// drain, if there is one. The lines of units refuse nan, those of nodes let it pass for all but the area. An error
 /// index, or 0.
-[[nodiscard]] int32_t lidunit_readItems(const Tokens& tokens, int32_t place, bool takesNan, LidUnit& unit);
+[[nodiscard]] int32_t lidunit_readItems(Model& model, const Tokens& tokens, int32_t place, bool takesNan,
+                                        LidUnit& unit);
 
 /// The arrays of masses and loads in the layers, from one piece of memory of an arena; none without memory, which is
 /// false.
-[[nodiscard]] bool lidunit_createArrays(LidUnit& unit, Arena& arena);
+[[nodiscard]] bool lidunit_createArrays(Model& model, LidUnit& unit, Arena& arena);
 
 /// Sets the masses and loads in the layers to 0.
-void lidunit_clearArrays(LidUnit& unit);
+void lidunit_clearArrays(Model& model, LidUnit& unit);
 
 /// The loads of the quality balance and the load that enters, zeroed; they live from a start to the next. A failure is
 /// reported.
-void lidunit_openBalance(LidUnit& unit);
+void lidunit_openBalance(Model& model, LidUnit& unit);
 
 /// Lets go of the arrays, when the memory of the results of a run goes.
 void lidunit_forgetArrays(LidUnit& unit);
@@ -80,4 +83,4 @@ void lidunit_forgetBalance(LidUnit& unit);
 void lidunit_initState(LidUnit& unit, const Lid& lid, double matVoid);
 
 /// New becomes old, at the start of a step.
-void lidunit_shiftState(LidUnit& unit);
+void lidunit_shiftState(Model& model, LidUnit& unit);

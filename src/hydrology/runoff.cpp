@@ -16,6 +16,7 @@
 #include "hydrology/washoff.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "text/datetime.h"
 #include "text/number.h"
@@ -43,17 +44,17 @@ static double getFlowTime(const Subcatch& subcatch, double time) {
     return impervious > pervious && pervious != 0.0 ? pervious : impervious;
 }
 
-void runoff_limitStep() {
-    for (const Gage& gage : Gages) {
-        RunoffStep = gage.interval < RunoffStep ? gage.interval : RunoffStep;
+void runoff_limitStep(Model& model) {
+    for (const Gage& gage : model.gages) {
+        model.options.runoffStep = gage.interval < model.options.runoffStep ? gage.interval : model.options.runoffStep;
     }
     // The last subcatchment counts, not the fastest one, and the step found may be longer than the one it replaces: the
     // time of flow is a rough guess, and the steps that this gives are part of the results.
     double time = 0.0;
-    for (const Subcatch& subcatch : Subcatches) {
+    for (const Subcatch& subcatch : model.subcatches) {
         time = getFlowTime(subcatch, time);
     }
-    if (!(RunoffStep > time) || !std::isfinite(time)) {
+    if (!(model.options.runoffStep > time) || !std::isfinite(time)) {
         return;
     }
     const int32_t seconds = number_truncate(time);
@@ -62,47 +63,47 @@ void runoff_limitStep() {
     }
     for (const int32_t step : {1, 2, 5, 10, 30, 60, 120, 300}) {
         if (step > seconds) {
-            RunoffStep = step;
+            model.options.runoffStep = step;
             return;
         }
     }
 }
 
-void runoff_initState() {
-    for (Subcatch& subcatch : Subcatches) {
-        subcatch_initState(subcatch);
-        washoff_initBuildup(subcatch);
+void runoff_initState(Model& model) {
+    for (Subcatch& subcatch : model.subcatches) {
+        subcatch_initState(model, subcatch);
+        washoff_initBuildup(model, subcatch);
     }
 }
 
-void runoff_open() {
-    for (Subcatch& subcatch : Subcatches) {
-        subcatch.runoffLoad = arena_allocateArray<double>(RunArena, project_pollutantCount());
+void runoff_open(Model& model) {
+    for (Subcatch& subcatch : model.subcatches) {
+        subcatch.runoffLoad = arena_allocateArray<double>(model.memory.run, project_pollutantCount(model));
         if (!subcatch.runoffLoad) {
-            errors_report(ERR_MEMORY, "");
+            errors_report(model, ERR_MEMORY, "");
         }
     }
 }
 
-void runoff_close() {
-    for (Subcatch& subcatch : Subcatches) {
+void runoff_close(Model& model) {
+    for (Subcatch& subcatch : model.subcatches) {
         subcatch.runoffLoad = nullptr;
     }
 }
 
 // --- clock ---------------------------------------------------------------------------------------------------------
 
-void runoff_resetClock() {
-    OldRunoffTime = NewRunoffTime = 0.0;
+void runoff_resetClock(Model& model) {
+    model.clock.oldRunoffTime = model.clock.newRunoffTime = 0.0;
 }
 
 // --- step ----------------------------------------------------------------------------------------------------------
 
 /// Concentrations of the runoff, from the loads of the step. A trickle carries none: its load is lost.
-static void setQuality(Subcatch& subcatch, double dt) {
+static void setQuality(Model& model, Subcatch& subcatch, double dt) {
     const double volume = dt * subcatch.thisRunoff;
     const bool isTrickle = !(volume > subcatch.area * DRY_RATE * dt);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         double concentration = volume > 0.0 ? subcatch.runoffLoad[p] / volume : 0.0;
         if (isTrickle) {
             concentration = 0.0;
@@ -111,55 +112,55 @@ static void setQuality(Subcatch& subcatch, double dt) {
     }
 }
 
-RunoffVolumes runoff_stepWater(int32_t index, int32_t hour, double dt) {
-    Subcatch& subcatch = Subcatches[index];
-    RunoffVolumes volumes = subcatch_stepLand(subcatch, dt);
+RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double dt) {
+    Subcatch& subcatch = model.subcatches[index];
+    RunoffVolumes volumes = subcatch_stepLand(model, subcatch, dt);
     if (subcatch.lidArea > 0.0) {
-        lidgroup_step(index, volumes, hour, dt);
+        lidgroup_step(model, index, volumes, hour, dt);
     }
     subcatch_closeStep(subcatch, volumes, dt);
     return volumes;
 }
 
-static void stepQuality(int32_t index, const RunoffVolumes& volumes, double dt) {
-    Subcatch& subcatch = Subcatches[index];
-    std::fill_n(subcatch.runoffLoad, project_pollutantCount(), 0.0);
-    washoff_washLand(subcatch, subcatch.thisRunoff / subcatch.area, dt);
-    washoff_washRain(subcatch, volumes, dt);
-    lidgroup_addSurfaceLoads(index, subcatch.runoffLoad, dt);
-    setQuality(subcatch, dt);
+static void stepQuality(Model& model, int32_t index, const RunoffVolumes& volumes, double dt) {
+    Subcatch& subcatch = model.subcatches[index];
+    std::fill_n(subcatch.runoffLoad, project_pollutantCount(model), 0.0);
+    washoff_washLand(model, subcatch, subcatch.thisRunoff / subcatch.area, dt);
+    washoff_washRain(model, subcatch, volumes, dt);
+    lidgroup_addSurfaceLoads(model, index, subcatch.runoffLoad, dt);
+    setQuality(model, subcatch, dt);
 }
 
-static void advanceSubcatch(int32_t index, int32_t hour, double dt) {
-    Subcatch& subcatch = Subcatches[index];
+static void advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt) {
+    Subcatch& subcatch = model.subcatches[index];
     if (subcatch.area == 0.0) {
         return;
     }
-    const RunoffVolumes volumes = runoff_stepWater(index, hour, dt);
+    const RunoffVolumes volumes = runoff_stepWater(model, index, hour, dt);
     if (subcatch.thisRunoff / subcatch.area < DRY_RATE) {
-        washoff_growBuildup(subcatch, dt);
+        washoff_growBuildup(model, subcatch, dt);
     }
-    if (project_pollutantCount() > 0) {
-        stepQuality(index, volumes, dt);
+    if (project_pollutantCount(model) > 0) {
+        stepQuality(model, index, volumes, dt);
     }
 }
 
-void runoff_advance() {
-    if (ErrorCode) {
+void runoff_advance(Model& model) {
+    if (model.error.code) {
         return;
     }
-    const DateTime date = project_getDate(NewRunoffTime);
-    evap_setRate(date);
-    gage_advance(date);
-    OldRunoffTime = NewRunoffTime;
-    const double next = NewRunoffTime + RunoffStep * MS_PER_SECOND;
-    NewRunoffTime = next > TotalDuration ? TotalDuration : next;
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        subcatch_shiftState(Subcatches[k]);
-        lidgroup_shiftState(k);
+    const DateTime date = project_getDate(model, model.clock.newRunoffTime);
+    evap_setRate(model, date);
+    gage_advance(model, date);
+    model.clock.oldRunoffTime = model.clock.newRunoffTime;
+    const double next = model.clock.newRunoffTime + model.options.runoffStep * MS_PER_SECOND;
+    model.clock.newRunoffTime = next > model.options.totalDuration ? model.options.totalDuration : next;
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        subcatch_shiftState(model, model.subcatches[k]);
+        lidgroup_shiftState(model, k);
     }
-    const int32_t hour = datetime_getHour(project_getDate(NewRunoffTime));
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        advanceSubcatch(k, hour, RunoffStep);
+    const int32_t hour = datetime_getHour(project_getDate(model, model.clock.newRunoffTime));
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        advanceSubcatch(model, k, hour, model.options.runoffStep);
     }
 }

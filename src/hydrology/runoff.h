@@ -10,21 +10,23 @@
 
 #include "hydrology/subcatch.h"
 
+struct Model;
+
 /// Puts all subcatchments to the start of a run.
-void runoff_initState();
+void runoff_initState(Model& model);
 
 /// Cuts the runoff step to the shortest interval of the gages, and to the time of flow over the land; once per run.
-void runoff_limitStep();
+void runoff_limitStep(Model& model);
 
 /// Makes the loads of the runoff step of all subcatchments, for a run, and lets go of them.
-void runoff_open();
-void runoff_close();
+void runoff_open(Model& model);
+void runoff_close(Model& model);
 
 /// Puts the runoff clock to the start of a run. Nobody but this room moves it.
-void runoff_resetClock();
+void runoff_resetClock(Model& model);
 
 /// Water of one subcatchment over a runoff step (s), with its LID units, whose pollutants react by an hour of the day.
-RunoffVolumes runoff_stepWater(int32_t subcatch, int32_t hour, double dt);
+RunoffVolumes runoff_stepWater(Model& model, int32_t subcatch, int32_t hour, double dt);
 
 /// Advances rain and runoff of the whole project by one runoff step. Nothing happens while an error stands.
-void runoff_advance();
+void runoff_advance(Model& model);

@@ -12,12 +12,11 @@
 #include "hydrology/gage.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
 #include "text/units.h"
-
-Table<Subcatch> Subcatches;
 
 static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve, left to recover after the drying time
 
@@ -25,13 +24,13 @@ static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve,
 
 /// All arrays of a subcatchment that live as long as the project stand together: a runoff step goes through them at
 /// once.
-static void createArrays(Subcatch& subcatch) {
-    const int64_t pollutants = project_pollutantCount();
-    const int64_t landuses = ObjectCount[LANDUSE];
-    double* memory = arena_allocateArray<double>(ProjectArena, pollutants * (6 + landuses));
-    subcatch.landShares = arena_allocateArray<LandShare>(ProjectArena, landuses);
+static void createArrays(Model& model, Subcatch& subcatch) {
+    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t landuses = model.counts.objects[LANDUSE];
+    double* memory = arena_allocateArray<double>(model.memory.project, pollutants * (6 + landuses));
+    subcatch.landShares = arena_allocateArray<LandShare>(model.memory.project, landuses);
     if (!memory || !subcatch.landShares) {
-        ErrorCode = ERR_MEMORY;
+        model.error.code = ERR_MEMORY;
         return;
     }
     for (double** array : {&subcatch.initialLoad, &subcatch.lastWashoffRate, &subcatch.thisWashoffRate,
@@ -45,15 +44,11 @@ static void createArrays(Subcatch& subcatch) {
     }
 }
 
-void subcatch_createAll() {
-    Subcatches.fill(ObjectCount[SUBCATCH], Subcatch{});
-    for (Subcatch& subcatch : Subcatches) {
-        createArrays(subcatch);
+void subcatch_createAll(Model& model) {
+    model.subcatches.fill(model.counts.objects[SUBCATCH], Subcatch{});
+    for (Subcatch& subcatch : model.subcatches) {
+        createArrays(model, subcatch);
     }
-}
-
-void subcatch_deleteAll() {
-    Subcatches = {};
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -68,31 +63,31 @@ static double getShare(double percent) {
     return percent >= PERCENT ? 1.0 : percent / PERCENT;
 }
 
-int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
+int32_t subcatch_readLine(Model& model, const Tokens& tokens, int32_t index) {
     static constexpr int32_t FIRST = 3, COUNT = 16;
     static constexpr int32_t IMPERVIOUS = 5, MAX_VOLUME = 15;  ///< only these two may be 0
     if (tokens.count < COUNT) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* name = names_findId(SUBCATCH, tokens[0]);
+    const char* name = names_findId(model, SUBCATCH, tokens[0]);
     if (!name) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t gage = names_find(GAGE, tokens[1]);
+    const int32_t gage = names_find(model, GAGE, tokens[1]);
     if (gage < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    const int32_t outNode = names_find(NODE, tokens[2]);
+    const int32_t outNode = names_find(model, NODE, tokens[2]);
     if (outNode < 0) {
-        return errors_setName(ERR_SUBCATCH_OUTLET, name);
+        return errors_setName(model, ERR_SUBCATCH_OUTLET, name);
     }
     double v[COUNT];
     for (int32_t k = FIRST; k < COUNT; ++k) {
         if (!readNumber(tokens, k, k == IMPERVIOUS || k == MAX_VOLUME, &v[k])) {
-            return errors_setName(ERR_NUMBER, tokens[k]);
+            return errors_setName(model, ERR_NUMBER, tokens[k]);
         }
     }
-    Subcatch& subcatch = Subcatches[index];
+    Subcatch& subcatch = model.subcatches[index];
     subcatch.name = name;
     subcatch.gage = gage;
     subcatch.outNode = outNode;
@@ -113,57 +108,57 @@ int32_t subcatch_readLine(const Tokens& tokens, int32_t index) {
 }
 
 /// Finds the subcatchment that a line begins with, and the object of another class that follows it.
-static int32_t findPair(const Tokens& tokens, int32_t type, int32_t& subcatch, int32_t& object) {
-    subcatch = names_find(SUBCATCH, tokens[0]);
+static int32_t findPair(Model& model, const Tokens& tokens, int32_t type, int32_t& subcatch, int32_t& object) {
+    subcatch = names_find(model, SUBCATCH, tokens[0]);
     if (subcatch < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    object = names_find(type, tokens[1]);
-    return object < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
+    object = names_find(model, type, tokens[1]);
+    return object < 0 ? errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
 }
 
-int32_t subcatch_readCoverage(const Tokens& tokens) {
+int32_t subcatch_readCoverage(Model& model, const Tokens& tokens) {
     if (tokens.count < 3) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     int32_t subcatch = 0, landuse = 0;
-    if (const int32_t error = findPair(tokens, LANDUSE, subcatch, landuse)) {
+    if (const int32_t error = findPair(model, tokens, LANDUSE, subcatch, landuse)) {
         return error;
     }
     // Negative shares pass: a land use can be taken off another one.
     double percent;
     if (!tokens_getDouble(tokens[2], &percent)) {
-        return errors_setName(ERR_NUMBER, tokens[2]);
+        return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
-    Subcatches[subcatch].landShares[landuse].fraction = percent / PERCENT;
+    model.subcatches[subcatch].landShares[landuse].fraction = percent / PERCENT;
     return ERR_NONE;
 }
 
-int32_t subcatch_readLoading(const Tokens& tokens) {
+int32_t subcatch_readLoading(Model& model, const Tokens& tokens) {
     if (tokens.count < 3) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     int32_t subcatch = 0, pollutant = 0;
-    if (const int32_t error = findPair(tokens, POLLUT, subcatch, pollutant)) {
+    if (const int32_t error = findPair(model, tokens, POLLUT, subcatch, pollutant)) {
         return error;
     }
     double load;
     if (!tokens_getNonNegative(tokens[2], &load)) {
-        return errors_setName(ERR_NUMBER, tokens[2]);
+        return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
-    Subcatches[subcatch].initialLoad[pollutant] = load;
+    model.subcatches[subcatch].initialLoad[pollutant] = load;
     return ERR_NONE;
 }
 
 // --- validation and start ------------------------------------------------------------------------------------------
 
-void subcatch_validateAll() {
-    for (const Subcatch& subcatch : Subcatches) {
+void subcatch_validateAll(Model& model) {
+    for (const Subcatch& subcatch : model.subcatches) {
         if (subcatch.soil.maxRate < subcatch.soil.minRate) {
-            errors_report(ERR_INFILTRATION_RATES, subcatch.name);
+            errors_report(model, ERR_INFILTRATION_RATES, subcatch.name);
         }
         if (subcatch.gage >= 0) {
-            Gages[subcatch.gage].isUsed = true;
+            model.gages[subcatch.gage].isUsed = true;
         }
     }
 }
@@ -173,12 +168,12 @@ static constexpr double* Subcatch::*StatisticLoads[] = {&Subcatch::initBuildup, 
                                                         &Subcatch::wetDeposition, &Subcatch::infilLoss,
                                                         &Subcatch::bmpRemoval,    &Subcatch::surfaceWashoff};
 
-void subcatch_openStatistics(Subcatch& subcatch) {
+void subcatch_openStatistics(Model& model, Subcatch& subcatch) {
     subcatch.rainfall = subcatch.evap = subcatch.infil = subcatch.runoff = subcatch.peakRunoff = 0.0;
-    const int64_t pollutants = project_pollutantCount();
-    double* memory = arena_allocateArray<double>(ResultArena, std::ssize(StatisticLoads) * pollutants);
+    const int64_t pollutants = project_pollutantCount(model);
+    double* memory = arena_allocateArray<double>(model.memory.results, std::ssize(StatisticLoads) * pollutants);
     if (!memory) {
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
     }
     for (double* Subcatch::*loads : StatisticLoads) {
         subcatch.*loads = memory;
@@ -186,20 +181,20 @@ void subcatch_openStatistics(Subcatch& subcatch) {
     }
 }
 
-void subcatch_clearLoads(Subcatch& subcatch) {
+void subcatch_clearLoads(Model& model, Subcatch& subcatch) {
     for (double* Subcatch::*loads : StatisticLoads) {
         if (subcatch.*loads) {
-            std::fill_n(subcatch.*loads, project_pollutantCount(), 0.0);
+            std::fill_n(subcatch.*loads, project_pollutantCount(model), 0.0);
         }
     }
 }
 
-void subcatch_initState(Subcatch& subcatch) {
+void subcatch_initState(Model& model, Subcatch& subcatch) {
     subcatch.rain = subcatch.evapRate = subcatch.infilRate = 0.0;
     subcatch.lastRunoff = subcatch.thisRunoff = 0.0;
     subcatch.imperviousDepth = subcatch.perviousDepth = 0.0;
     subcatch.infilState = HortonState{};
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         subcatch.lastQuality[p] = subcatch.thisQuality[p] = 0.0;
         subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p] = 0.0;
         subcatch.pondedMass[p] = 0.0;
@@ -208,10 +203,10 @@ void subcatch_initState(Subcatch& subcatch) {
 
 // --- the runoff step -----------------------------------------------------------------------------------------------
 
-void subcatch_shiftState(Subcatch& subcatch) {
+void subcatch_shiftState(Model& model, Subcatch& subcatch) {
     subcatch.lastRunoff = subcatch.thisRunoff;
     subcatch.imperviousRunoff = subcatch.perviousRunoff = subcatch.thisRunoff = 0.0;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         subcatch.lastQuality[p] = subcatch.thisQuality[p];
         subcatch.thisQuality[p] = 0.0;
         subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p];
@@ -219,16 +214,16 @@ void subcatch_shiftState(Subcatch& subcatch) {
     }
 }
 
-RunoffVolumes subcatch_stepLand(Subcatch& s, double dt) {
+RunoffVolumes subcatch_stepLand(Model& model, Subcatch& s, double dt) {
     RunoffVolumes volumes{};
-    s.rain = s.gage >= 0 ? Gages[s.gage].rain : 0.0;
+    s.rain = s.gage >= 0 ? model.gages[s.gage].rain : 0.0;
     const double area = s.area - s.lidArea;
     if (!(area > 0.0)) {
         return volumes;
     }
     const double f = s.imperviousFraction;
-    const double imperviousEvap = std::min(s.imperviousDepth / dt + s.rain, Evap.rate);
-    const double perviousEvap = std::min(s.perviousDepth / dt + s.rain, Evap.rate);
+    const double imperviousEvap = std::min(s.imperviousDepth / dt + s.rain, model.evap->rate);
+    const double perviousEvap = std::min(s.perviousDepth / dt + s.rain, model.evap->rate);
     volumes.wetInflow = (s.imperviousDepth * f + s.perviousDepth * (1.0 - f)) * area + s.rain * area * dt;
     volumes.evap = ((1.0 - f) * perviousEvap + f * imperviousEvap) * area * dt;
     const double infil = horton_getRate(s.soil, s.infilState, s.perviousDepth / dt + s.rain - perviousEvap, dt);
@@ -262,8 +257,8 @@ void subcatch_closeStep(Subcatch& s, const RunoffVolumes& volumes, double dt) {
     s.thisRunoff = (volumes.surfaceOutflow - volumes.lidRunon + volumes.lidOutflow) / dt;
 }
 
-double subcatch_getWeight(double time) {
-    const double weight = (time - OldRunoffTime) / (NewRunoffTime - OldRunoffTime);
+double subcatch_getWeight(Model& model, double time) {
+    const double weight = (time - model.clock.oldRunoffTime) / (model.clock.newRunoffTime - model.clock.oldRunoffTime);
     if (!(weight > 0.0)) {
         return 0.0;  // also where both clocks stand at the same time
     }
@@ -272,13 +267,13 @@ double subcatch_getWeight(double time) {
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
-void subcatch_countStep(Subcatch& s, double dt) {
+void subcatch_countStep(Model& model, Subcatch& s, double dt) {
     s.rainfall += dt * s.rain * MM_PER_M;
     s.evap += dt * s.evapRate * MM_PER_M;
     s.infil += dt * s.infilRate * MM_PER_M;
     s.runoff += dt * s.thisRunoff / s.area * MM_PER_M;
     statistics_keepMaximum(s.peakRunoff, s.thisRunoff);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         s.surfaceWashoff[p] += s.thisQuality[p] / G_PER_KG * s.thisRunoff * dt;
     }
 }

@@ -8,6 +8,8 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// What one land use holds on a subcatchment.
 struct LandShare {
     double fraction;  ///< share of the whole area
@@ -60,8 +62,6 @@ struct Subcatch {
     double* surfaceWashoff;      ///< kg
 };
 
-extern Table<Subcatch> Subcatches;
-
 /// Water of one subcatchment in one runoff step, m3.
 struct RunoffVolumes {
     double lidInfil;        ///< infiltration of all LID units
@@ -73,40 +73,39 @@ struct RunoffVolumes {
     double wetInflow;       ///< on the area without LID units: ponded at the start, and rain of the step
 };
 
-/// Makes the table for the counted subcatchments with their arrays, and empties it.
-void subcatch_createAll();
-void subcatch_deleteAll();
+/// Makes the table for the counted subcatchments with their arrays.
+void subcatch_createAll(Model& model);
 
 /// A line of [SUBCATCHS], for the row `subcatch`. An error index, or 0.
-[[nodiscard]] int32_t subcatch_readLine(const Tokens& tokens, int32_t subcatch);
+[[nodiscard]] int32_t subcatch_readLine(Model& model, const Tokens& tokens, int32_t subcatch);
 
 /// Lines of [COVERAGES] and [LOADINGS]. An error index, or 0.
-[[nodiscard]] int32_t subcatch_readCoverage(const Tokens& tokens);
-[[nodiscard]] int32_t subcatch_readLoading(const Tokens& tokens);
+[[nodiscard]] int32_t subcatch_readCoverage(Model& model, const Tokens& tokens);
+[[nodiscard]] int32_t subcatch_readLoading(Model& model, const Tokens& tokens);
 
 /// Tests all subcatchments and marks their gages; writes what is wrong to the report.
-void subcatch_validateAll();
+void subcatch_validateAll(Model& model);
 
 /// Makes the statistics of a run, all of them 0. A failure is reported.
-void subcatch_openStatistics(Subcatch& subcatch);
+void subcatch_openStatistics(Model& model, Subcatch& subcatch);
 
 /// Sets the statistics that are kept by pollutant back to 0, if there are any.
-void subcatch_clearLoads(Subcatch& subcatch);
+void subcatch_clearLoads(Model& model, Subcatch& subcatch);
 
 /// Puts a subcatchment to the start of a run.
-void subcatch_initState(Subcatch& subcatch);
+void subcatch_initState(Model& model, Subcatch& subcatch);
 
 /// New becomes old, at the start of a runoff step.
-void subcatch_shiftState(Subcatch& subcatch);
+void subcatch_shiftState(Model& model, Subcatch& subcatch);
 
 /// Rain of a runoff step (s), and the water of the area that no LID unit covers.
-[[nodiscard]] RunoffVolumes subcatch_stepLand(Subcatch& subcatch, double dt);
+[[nodiscard]] RunoffVolumes subcatch_stepLand(Model& model, Subcatch& subcatch, double dt);
 
 /// Losses and outflow of the step, once the water of the LID units is known as well.
 void subcatch_closeStep(Subcatch& subcatch, const RunoffVolumes& volumes, double dt);
 
 /// Runoff at a routing clock (ms) between the last two runoff steps: the weight of the newer one, 0 ... 1.
-[[nodiscard]] double subcatch_getWeight(double time);
+[[nodiscard]] double subcatch_getWeight(Model& model, double time);
 
 /// Adds a step of `dt` seconds to the statistics.
-void subcatch_countStep(Subcatch& subcatch, double dt);
+void subcatch_countStep(Model& model, Subcatch& subcatch, double dt);

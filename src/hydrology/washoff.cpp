@@ -5,21 +5,23 @@
 #include "hydrology/washoff.h"
 
 #include "hydrology/landuse.h"
+#include "model/model.h"
 #include "model/pollut.h"
 #include "model/project.h"
 #include "text/units.h"
 
 // --- buildup -------------------------------------------------------------------------------------------------------
 
-void washoff_initBuildup(Subcatch& subcatch) {
-    for (int32_t l = 0; l < Landuses.size(); ++l) {
-        const Landuse& landuse = Landuses[l];
+void washoff_initBuildup(Model& model, Subcatch& subcatch) {
+    for (int32_t l = 0; l < model.landuses.size(); ++l) {
+        const Landuse& landuse = model.landuses[l];
         LandShare& share = subcatch.landShares[l];
         const double area = subcatch.area * share.fraction * HA_PER_M2;
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-            share.buildup[p] = subcatch.initialLoad[p] > 0.0
-                                   ? subcatch.initialLoad[p] * area
-                                   : landuse_getBuildup(landuse.buildup[p], area, 0.0, StartDryDays * SECONDS_PER_DAY);
+        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+            share.buildup[p] =
+                subcatch.initialLoad[p] > 0.0
+                    ? subcatch.initialLoad[p] * area
+                    : landuse_getBuildup(landuse.buildup[p], area, 0.0, model.options.startDryDays * SECONDS_PER_DAY);
             if (subcatch.initBuildup && landuse.washoff[p].usesBuildup) {
                 subcatch.initBuildup[p] += share.buildup[p];
             }
@@ -27,15 +29,15 @@ void washoff_initBuildup(Subcatch& subcatch) {
     }
 }
 
-void washoff_growBuildup(Subcatch& subcatch, double dt) {
-    for (int32_t l = 0; l < Landuses.size(); ++l) {
-        const Landuse& landuse = Landuses[l];
+void washoff_growBuildup(Model& model, Subcatch& subcatch, double dt) {
+    for (int32_t l = 0; l < model.landuses.size(); ++l) {
+        const Landuse& landuse = model.landuses[l];
         LandShare& share = subcatch.landShares[l];
         if (share.fraction == 0.0) {
             continue;
         }
         const double area = share.fraction * subcatch.area * HA_PER_M2;
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
             const double old = share.buildup[p];
             double grown = landuse_getBuildup(landuse.buildup[p], area, old, dt);
             grown = grown < old ? old : grown;
@@ -49,19 +51,19 @@ void washoff_growBuildup(Subcatch& subcatch, double dt) {
 
 // --- washoff -------------------------------------------------------------------------------------------------------
 
-void washoff_washLand(Subcatch& subcatch, double rate, double dt) {
+void washoff_washLand(Model& model, Subcatch& subcatch, double rate, double dt) {
     if (rate < DRY_RATE) {
         return;
     }
     RunoffRate runoff = landuse_makeRate(rate);
-    for (int32_t l = 0; l < Landuses.size(); ++l) {
+    for (int32_t l = 0; l < model.landuses.size(); ++l) {
         LandShare& share = subcatch.landShares[l];
         if (!(share.fraction > 0.0)) {
             continue;
         }
         const double landArea = subcatch.area * share.fraction;
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-            const WashoffRule& rule = Landuses[l].washoff[p];
+        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+            const WashoffRule& rule = model.landuses[l].washoff[p];
             double& buildup = share.buildup[p];
             double mass = landuse_getWashoff(rule, buildup, landArea, runoff) * dt * subcatch.thisRunoff * landArea /
                           subcatch.area;
@@ -89,22 +91,22 @@ void washoff_washLand(Subcatch& subcatch, double rate, double dt) {
 }
 
 /// Share of the washoff of rain and ponded water that the land uses of a subcatchment treat.
-static double getRemoval(const Subcatch& subcatch, int32_t pollutant) {
+static double getRemoval(Model& model, const Subcatch& subcatch, int32_t pollutant) {
     double removal = 0.0;
-    for (int32_t l = 0; l < Landuses.size(); ++l) {
-        removal += subcatch.landShares[l].fraction * Landuses[l].washoff[pollutant].removal;
+    for (int32_t l = 0; l < model.landuses.size(); ++l) {
+        removal += subcatch.landShares[l].fraction * model.landuses[l].washoff[pollutant].removal;
     }
     return removal;
 }
 
-void washoff_washRain(Subcatch& subcatch, const RunoffVolumes& volumes, double dt) {
+void washoff_washRain(Model& model, Subcatch& subcatch, const RunoffVolumes& volumes, double dt) {
     if (subcatch.area == subcatch.lidArea) {
         return;
     }
     const double area = subcatch.area - subcatch.lidArea;
     const double f = subcatch.imperviousFraction;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double deposition = Polluts[p].rainConcentration / G_PER_KG * area * subcatch.rain * dt;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        const double deposition = model.polluts[p].rainConcentration / G_PER_KG * area * subcatch.rain * dt;
         subcatch.wetDeposition[p] += deposition;
         if (volumes.wetInflow == 0.0) {
             subcatch.pondedMass[p] = 0.0;
@@ -117,7 +119,7 @@ void washoff_washRain(Subcatch& subcatch, const RunoffVolumes& volumes, double d
         subcatch.infilLoss[p] += infiltrated;
         double out = volumes.surfaceOutflow * concentration;
         out = out > mass - infiltrated ? mass - infiltrated : out;
-        const double removal = getRemoval(subcatch, p);
+        const double removal = getRemoval(model, subcatch, p);
         subcatch.bmpRemoval[p] += removal * out;
         // What stays is worked out from the depths, not from what is left: mass is kept as far as they agree.
         subcatch.pondedMass[p] =

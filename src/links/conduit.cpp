@@ -16,6 +16,7 @@
 #include "model/arena.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
@@ -23,10 +24,6 @@
 #include "text/number.h"
 #include "text/tokens.h"
 #include "text/units.h"
-
-Table<Conduit> Conduits;
-
-static Table<const Transect*> Transects;  ///< by curve, null where no conduit uses it
 
 static const char* const ConduitShapeWords[] = {"CIRCULAR", "RECTANGULAR", "IRREGULAR", nullptr};
 
@@ -36,62 +33,62 @@ static constexpr double TWO_PI = 6.2831853;
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
-static int32_t readPositive(const Tokens& tokens, int32_t place, double& value) {
+static int32_t readPositive(Model& model, const Tokens& tokens, int32_t place, double& value) {
     if (!tokens_getDouble(tokens[place], &value) || !(value > 0.0)) {
-        return errors_setName(ERR_NUMBER, tokens[place]);
+        return errors_setName(model, ERR_NUMBER, tokens[place]);
     }
     return ERR_NONE;
 }
 
 /// The items from the shape on. An error index, or 0.
-static int32_t readSection(const Tokens& tokens, Conduit& conduit) {
+static int32_t readSection(Model& model, const Tokens& tokens, Conduit& conduit) {
     conduit.curve = -1;
     conduit.height = conduit.width = 0.0;
     conduit.shape = tokens_findKeyword(tokens[7], ConduitShapeWords);
     if (conduit.shape < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[7]);
+        return errors_setName(model, ERR_KEYWORD, tokens[7]);
     }
     if (conduit.shape == IRREGULAR_CONDUIT) {
         // A curve of any type will do: its points are taken as stations and elevations.
-        conduit.curve = names_find(CURVE, tokens[8]);
-        return conduit.curve < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[8]) : ERR_NONE;
+        conduit.curve = names_find(model, CURVE, tokens[8]);
+        return conduit.curve < 0 ? errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[8]) : ERR_NONE;
     }
-    if (const int32_t error = readPositive(tokens, 8, conduit.height)) {
+    if (const int32_t error = readPositive(model, tokens, 8, conduit.height)) {
         return error;
     }
     if (conduit.shape != RECTANGULAR_CONDUIT) {
         return ERR_NONE;
     }
-    return tokens.count < 10 ? errors_setName(ERR_ITEMS, "") : readPositive(tokens, 9, conduit.width);
+    return tokens.count < 10 ? errors_setName(model, ERR_ITEMS, "") : readPositive(model, tokens, 9, conduit.width);
 }
 
-int32_t conduit_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+int32_t conduit_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
-    if (const int32_t error = link_readHead(tokens, 9, head)) {
+    if (const int32_t error = link_readHead(model, tokens, 9, head)) {
         return error;
     }
-    Conduit& row = Conduits[kindIndex];
+    Conduit& row = model.conduits[kindIndex];
     Conduit conduit = row;
     double slopePercent;
     double* const values[] = {&conduit.length, &slopePercent, &conduit.roughness};
     for (int32_t k = 0; k < 3; ++k) {
-        if (const int32_t error = readPositive(tokens, 4 + k, *values[k])) {
+        if (const int32_t error = readPositive(model, tokens, 4 + k, *values[k])) {
             return error;
         }
     }
     conduit.slope = slopePercent / PERCENT;
-    if (const int32_t error = readSection(tokens, conduit)) {
+    if (const int32_t error = readSection(model, tokens, conduit)) {
         return error;
     }
-    link_setHead(link, CONDUIT, kindIndex, head);
+    link_setHead(model, link, CONDUIT, kindIndex, head);
     row = conduit;
     return ERR_NONE;
 }
 
-void conduit_validate(Conduit& conduit) {
+void conduit_validate(Model& model, Conduit& conduit) {
     // A very short conduit would empty within one step.
-    if (conduit.length < ConduitLengthening) {
-        conduit.length = ConduitLengthening;
+    if (conduit.length < model.options.conduitLengthening) {
+        conduit.length = model.options.conduitLengthening;
     }
 }
 
@@ -125,31 +122,28 @@ static double getArcLength(double D, double y) {
 }
 
 /// The prepared points of a curve, made at the first need and kept as long as the project; null without memory.
-static const Transect* prepareTransect(int32_t curve) {
-    Transects.resize(Curves.size());
-    if (!Transects[curve]) {
-        const std::vector<CurvePoint>& points = Curves[curve].entries;
-        Transects[curve] = transect_make(ProjectArena, points.data(), static_cast<int32_t>(points.size()));
+static const Transect* prepareTransect(Model& model, int32_t curve) {
+    model.transects.resize(model.curves.size());
+    if (!model.transects[curve]) {
+        const std::vector<CurvePoint>& points = model.curves[curve].entries;
+        model.transects[curve] =
+            transect_make(model.memory.project, points.data(), static_cast<int32_t>(points.size()));
     }
-    return Transects[curve];
-}
-
-void conduit_clear() {
-    Transects = {};
+    return model.transects[curve];
 }
 
 /// An area table of a curve or a conduit, from the project's memory.
-static double* allocateTable(double*& table) {
+static double* allocateTable(Model& model, double*& table) {
     if (!table) {
-        table = arena_allocateArray<double>(ProjectArena, GEOMETRY_COUNT);
+        table = arena_allocateArray<double>(model.memory.project, GEOMETRY_COUNT);
     }
     return table;
 }
 
 /// Fills the table that the shape needs. Null without memory.
-static const double* fillTable(Conduit& conduit) {
+static const double* fillTable(Model& model, Conduit& conduit) {
     const bool isCircle = conduit.shape == CIRCULAR_CONDUIT;
-    double* table = allocateTable(isCircle ? conduit.areaTable : Curves[conduit.curve].geometry);
+    double* table = allocateTable(model, isCircle ? conduit.areaTable : model.curves[conduit.curve].geometry);
     const double full = conduit.fullDepth;
     for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
         const double y = i * full / GEOMETRY_COUNT;
@@ -158,20 +152,20 @@ static const double* fillTable(Conduit& conduit) {
     return table;
 }
 
-void conduit_buildTables(Conduit& conduit) {
+void conduit_buildTables(Model& model, Conduit& conduit) {
     conduit.depth = 0.0;
     conduit.oldInflow = conduit.newInflow = 0.0;
     conduit.oldFlood = conduit.newFlood = 0.0;
     conduit.slopeRoot = std::pow(conduit.slope, 0.5);
-    conduit.hasDecay = decay_isAny(conduit.decay);
+    conduit.hasDecay = decay_isAny(model, conduit.decay);
     conduit.risingTable = nullptr;
-    const bool hasCurve = conduit.curve >= 0 && Curves.holds(conduit.curve);
-    conduit.transect = hasCurve ? prepareTransect(conduit.curve) : nullptr;
+    const bool hasCurve = conduit.curve >= 0 && model.curves.holds(conduit.curve);
+    conduit.transect = hasCurve ? prepareTransect(model, conduit.curve) : nullptr;
     const double* table = nullptr;
     switch (conduit.shape) {
         case CIRCULAR_CONDUIT:
             conduit.fullDepth = conduit.height;
-            table = fillTable(conduit);
+            table = fillTable(model, conduit);
             break;
         case RECTANGULAR_CONDUIT: conduit.fullDepth = conduit.height; return;
         case IRREGULAR_CONDUIT:
@@ -179,12 +173,12 @@ void conduit_buildTables(Conduit& conduit) {
             if (!hasCurve) {
                 return;
             }
-            table = conduit.transect ? fillTable(conduit) : nullptr;
+            table = conduit.transect ? fillTable(model, conduit) : nullptr;
             break;
         default: conduit.fullDepth = 0.0; return;  // a shape that only a host can set: a section without points
     }
     if (!table) {
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
         return;
     }
     const double* end = table + GEOMETRY_COUNT;
@@ -195,11 +189,12 @@ void conduit_buildTables(Conduit& conduit) {
 // --- area and depth ------------------------------------------------------------------------------------------------
 
 /// Areas of the section by depth; null for one that has no table.
-static const double* getTable(const Conduit& conduit) {
+static const double* getTable(Model& model, const Conduit& conduit) {
     switch (conduit.shape) {
         case CIRCULAR_CONDUIT: return conduit.areaTable;
         case IRREGULAR_CONDUIT:
-            return conduit.curve >= 0 && Curves.holds(conduit.curve) ? Curves[conduit.curve].geometry : nullptr;
+            return conduit.curve >= 0 && model.curves.holds(conduit.curve) ? model.curves[conduit.curve].geometry
+                                                                           : nullptr;
         default: return nullptr;
     }
 }
@@ -238,8 +233,8 @@ static int32_t findAreaInterval(const Conduit& conduit, const double* table, dou
     return found != end ? static_cast<int32_t>(found - table) : -1;
 }
 
-static double getTabledArea(const Conduit& conduit, double y) {
-    const double* table = getTable(conduit);
+static double getTabledArea(Model& model, const Conduit& conduit, double y) {
+    const double* table = getTable(model, conduit);
     if (!table || !(y > 0.0)) {
         return 0.0;
     }
@@ -252,18 +247,18 @@ static double getTabledArea(const Conduit& conduit, double y) {
     return curve_interpolate({lower, i > 0 ? table[i - 1] : 0.0}, {upper, table[i]}, y);
 }
 
-static double getArea(const Conduit& conduit, double y) {
+static double getArea(Model& model, const Conduit& conduit, double y) {
     if (conduit.shape == RECTANGULAR_CONDUIT) {
         const double area = conduit.width * y;
         const double whole = conduit.width * conduit.height;
         return area > whole ? whole : area;
     }
-    return getTabledArea(conduit, y);
+    return getTabledArea(model, conduit, y);
 }
 
-static double getTabledDepth(const Conduit& conduit, double volume, double fullVolume) {
+static double getTabledDepth(Model& model, const Conduit& conduit, double volume, double fullVolume) {
     const double area = volume / conduit.length;
-    const double* table = getTable(conduit);
+    const double* table = getTable(model, conduit);
     if (!table || !(area > 0.0)) {
         return 0.0;
     }
@@ -281,7 +276,7 @@ static double getTabledDepth(const Conduit& conduit, double volume, double fullV
     return depth > conduit.fullDepth ? conduit.fullDepth : depth;
 }
 
-static double getDepth(const Conduit& conduit, double volume, double fullVolume) {
+static double getDepth(Model& model, const Conduit& conduit, double volume, double fullVolume) {
     if (volume < 0.0) {
         return 0.0;
     }
@@ -291,23 +286,23 @@ static double getDepth(const Conduit& conduit, double volume, double fullVolume)
         const bool isFull = volume == fullVolume || area > conduit.height * conduit.width;
         return isFull ? conduit.height : area / conduit.width;
     }
-    return getTabledDepth(conduit, volume, fullVolume);
+    return getTabledDepth(model, conduit, volume, fullVolume);
 }
 
-static double getFullVolume(const Conduit& conduit) {
-    return getArea(conduit, conduit.fullDepth) * conduit.length;
+static double getFullVolume(Model& model, const Conduit& conduit) {
+    return getArea(model, conduit, conduit.fullDepth) * conduit.length;
 }
 
-double conduit_getArea(const Conduit& conduit, double depth) {
-    return getArea(conduit, depth);
+double conduit_getArea(Model& model, const Conduit& conduit, double depth) {
+    return getArea(model, conduit, depth);
 }
 
-double conduit_getDepth(const Conduit& conduit, double volume) {
-    return getDepth(conduit, volume, getFullVolume(conduit));
+double conduit_getDepth(Model& model, const Conduit& conduit, double volume) {
+    return getDepth(model, conduit, volume, getFullVolume(model, conduit));
 }
 
-double conduit_getVolume(const Conduit& conduit) {
-    return getArea(conduit, conduit.depth) * conduit.length;
+double conduit_getVolume(Model& model, const Conduit& conduit) {
+    return getArea(model, conduit, conduit.depth) * conduit.length;
 }
 
 /// Wetted perimeter (m) at a depth (m).
@@ -330,34 +325,35 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 }
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
-static void mixAndDecay(Link& link, Conduit& conduit, double stored, double inflow, const double* concentrations) {
-    const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+static void mixAndDecay(Model& model, Link& link, Conduit& conduit, double stored, double inflow,
+                        const double* concentrations) {
+    const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         double mixed = 0.0;
         if (inflow + stored > 0.0) {
             mixed = (stored * link.oldQual[p] + inflow * concentrations[p]) / (inflow + stored);
         }
-        const double left = decay_getFactor(conduit.decay[p], hour, RoutingStep);
+        const double left = decay_getFactor(model, conduit.decay[p], hour, model.options.routingStep);
         link.newQual[p] = mixed * left;
-        QualTotals[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / G_PER_KG;
+        model.totals.quality[p].reactedLoss += (inflow + stored) * mixed * (1.0 - left) / G_PER_KG;
     }
 }
 
 /// Normal flow (m3/s) at a depth (m), by Manning.
-static double getNormalFlow(const Conduit& conduit, double depth) {
+static double getNormalFlow(Model& model, const Conduit& conduit, double depth) {
     const double perimeter = getPerimeter(conduit, depth);
     if (perimeter == 0.0) {
         return 0.0;
     }
-    const double area = getArea(conduit, depth);
+    const double area = getArea(model, conduit, depth);
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
-void conduit_route(Link& link, Conduit& conduit, double inflow, const double* concentrations) {
-    const double dt = RoutingStep;
-    const double stored = getArea(conduit, conduit.depth) * conduit.length;
-    const double fullVolume = getFullVolume(conduit);
-    mixAndDecay(link, conduit, stored, dt * inflow, concentrations);
+void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
+    const double dt = model.options.routingStep;
+    const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
+    const double fullVolume = getFullVolume(model, conduit);
+    mixAndDecay(model, link, conduit, stored, dt * inflow, concentrations);
     conduit.newInflow = inflow;
     double volume = stored + dt * inflow;
     conduit.newFlood = 0.0;
@@ -365,7 +361,7 @@ void conduit_route(Link& link, Conduit& conduit, double inflow, const double* co
         conduit.newFlood = (volume - fullVolume) / dt;
         volume = fullVolume;
     }
-    double flow = getNormalFlow(conduit, getDepth(conduit, volume, fullVolume));
+    double flow = getNormalFlow(model, conduit, getDepth(model, conduit, volume, fullVolume));
     if (dt * flow > volume) {
         // More than the store holds: it runs dry and delivers nothing. The water, and the mass in it, is in no total.
         flow = 0.0;
@@ -373,17 +369,17 @@ void conduit_route(Link& link, Conduit& conduit, double inflow, const double* co
     } else {
         volume -= dt * flow;
     }
-    conduit.depth = getDepth(conduit, volume, fullVolume);
+    conduit.depth = getDepth(model, conduit, volume, fullVolume);
     link.newFlow = flow;
 }
 
-void conduit_update(Link& link, Conduit& conduit, const Offer& offer) {
+void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer) {
     conduit_shiftFlows(link, conduit);
-    conduit_route(link, conduit, offer.flow, offer.quality);
+    conduit_route(model, link, conduit, offer.flow, offer.quality);
 }
 
-void conduit_countStep(const Link& link, Conduit& conduit) {
-    const double area = getArea(conduit, conduit.depth);
+void conduit_countStep(Model& model, const Link& link, Conduit& conduit) {
+    const double area = getArea(model, conduit, conduit.depth);
     statistics_keepMaximum(conduit.statMaxDepth, conduit.depth);
     statistics_keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
 }

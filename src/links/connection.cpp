@@ -7,33 +7,32 @@
 #include "links/link.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
-Table<Connection> Connections;
-
-int32_t connection_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+int32_t connection_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
-    if (const int32_t error = link_readHead(tokens, 5, head)) {
+    if (const int32_t error = link_readHead(model, tokens, 5, head)) {
         return error;
     }
     double delay;
     if (!tokens_getNonNegative(tokens[4], &delay)) {
-        return errors_setName(ERR_NUMBER, tokens[3]);  // the message shows the word before the delay
+        return errors_setName(model, ERR_NUMBER, tokens[3]);  // the message shows the word before the delay
     }
-    link_setHead(link, CONNECTION, kindIndex, head);
-    Connections[kindIndex].delay = delay;
+    link_setHead(model, link, CONNECTION, kindIndex, head);
+    model.connections[kindIndex].delay = delay;
     return ERR_NONE;
 }
 
-void connection_initState(Connection& connection) {
+void connection_initState(Model& model, Connection& connection) {
     connection.oldInflow = connection.newInflow = 0.0;
     connection.flowQueue = DelayQueue{};
-    connection.loadQueue = arena_allocateArray<DelayQueue>(RunArena, project_pollutantCount());
+    connection.loadQueue = arena_allocateArray<DelayQueue>(model.memory.run, project_pollutantCount(model));
     if (!connection.loadQueue) {
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
     }
 }
 
@@ -46,34 +45,35 @@ void connection_shiftState(Connection& connection) {
     connection.oldInflow = connection.newInflow;
 }
 
-Passage connection_passFlow(Link& link, Connection& connection, double flow) {
-    const double exitTime = connection.delay * MS_PER_SECOND + NewRoutingTime;
-    const bool leavesInTime = TotalDuration >= exitTime;
-    const DateTime exitDate = leavesInTime ? project_getDate(exitTime) : 0.0;
-    const DateTime date = project_getDate(NewRoutingTime);
+Passage connection_passFlow(Model& model, Link& link, Connection& connection, double flow) {
+    const double exitTime = connection.delay * MS_PER_SECOND + model.clock.newRoutingTime;
+    const bool leavesInTime = model.options.totalDuration >= exitTime;
+    const DateTime exitDate = leavesInTime ? project_getDate(model, exitTime) : 0.0;
+    const DateTime date = project_getDate(model, model.clock.newRoutingTime);
     if (leavesInTime) {
-        delayqueue_push(connection.flowQueue, exitDate, flow);
+        delayqueue_push(model, connection.flowQueue, exitDate, flow);
     } else {
-        FlowTotals.delayedVolume += RoutingStep * flow;
+        model.totals.flow.delayedVolume += model.options.routingStep * flow;
     }
     connection.newInflow = flow;
     link.newFlow = delayqueue_getValue(connection.flowQueue, date);
     return {leavesInTime, exitDate, date};
 }
 
-void connection_passLoad(Link& link, Connection& connection, const Passage& passage, int32_t p, double load) {
+void connection_passLoad(Model& model, Link& link, Connection& connection, const Passage& passage, int32_t p,
+                         double load) {
     if (passage.leavesInTime) {
-        delayqueue_push(connection.loadQueue[p], passage.exitDate, load);
+        delayqueue_push(model, connection.loadQueue[p], passage.exitDate, load);
     } else {
-        QualTotals[p].delayedMass += RoutingStep * load;
+        model.totals.quality[p].delayedMass += model.options.routingStep * load;
     }
     const double value = delayqueue_getValue(connection.loadQueue[p], passage.date);
     link.newQual[p] = link.newFlow != 0.0 ? value / link.newFlow * G_PER_KG : 0.0;
 }
 
-void connection_update(Link& link, Connection& connection, const Offer& offer) {
-    const Passage passage = connection_passFlow(link, connection, offer.flow);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        connection_passLoad(link, connection, passage, p, offer.loadedFlow * offer.quality[p] / G_PER_KG);
+void connection_update(Model& model, Link& link, Connection& connection, const Offer& offer) {
+    const Passage passage = connection_passFlow(model, link, connection, offer.flow);
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        connection_passLoad(model, link, connection, passage, p, offer.loadedFlow * offer.quality[p] / G_PER_KG);
     }
 }

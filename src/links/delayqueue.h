@@ -5,6 +5,8 @@
 
 #include "text/datetime.h"
 
+struct Model;
+
 struct DelayEntry {
     DateTime date;
     double value;  ///< a flow, m3/s, or a load, kg/s
@@ -19,7 +21,7 @@ struct DelayQueue {
 };
 
 /// Appends an entry. False without memory: the value is lost then.
-bool delayqueue_push(DelayQueue& queue, DateTime date, double value);
+bool delayqueue_push(Model& model, DelayQueue& queue, DateTime date, double value);
 
 /// The value at a date, and 0 before the first entry and after the last. Entries that the date has passed are dropped,
 /// but for the one just before it.

@@ -7,43 +7,40 @@
 #include <algorithm>
 
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
-
-Table<int32_t> GuidedLinks;
-
-static Table<uint8_t> IsGuided;  ///< by link: stands in GuidedLinks
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-int32_t link_readEnds(const Tokens& tokens, LinkHead& head) {
-    head.id = names_findId(LINK, tokens[0]);
+int32_t link_readEnds(Model& model, const Tokens& tokens, LinkHead& head) {
+    head.id = names_findId(model, LINK, tokens[0]);
     if (!head.id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    head.fromNode = names_find(NODE, tokens[1]);
+    head.fromNode = names_find(model, NODE, tokens[1]);
     if (head.fromNode < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    head.toNode = names_find(NODE, tokens[2]);
-    return head.toNode < 0 ? errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]) : ERR_NONE;
+    head.toNode = names_find(model, NODE, tokens[2]);
+    return head.toNode < 0 ? errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]) : ERR_NONE;
 }
 
-int32_t link_readLag(const Tokens& tokens, int32_t place, LinkHead& head) {
+int32_t link_readLag(Model& model, const Tokens& tokens, int32_t place, LinkHead& head) {
     const int32_t word = tokens_findKeyword(tokens[place], NoYesWords);
     head.isLagged = word > 0;
-    return word < 0 ? errors_setName(ERR_KEYWORD, tokens[place]) : ERR_NONE;
+    return word < 0 ? errors_setName(model, ERR_KEYWORD, tokens[place]) : ERR_NONE;
 }
 
-int32_t link_readHead(const Tokens& tokens, int32_t needed, LinkHead& head) {
+int32_t link_readHead(Model& model, const Tokens& tokens, int32_t needed, LinkHead& head) {
     if (tokens.count < needed) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t error = link_readEnds(tokens, head);
-    return error ? error : link_readLag(tokens, 3, head);
+    const int32_t error = link_readEnds(model, tokens, head);
+    return error ? error : link_readLag(model, tokens, 3, head);
 }
 
-void link_setHead(int32_t index, int32_t kind, int32_t kindIndex, const LinkHead& head) {
-    Link& link = Links[index];
+void link_setHead(Model& model, int32_t index, int32_t kind, int32_t kindIndex, const LinkHead& head) {
+    Link& link = model.links[index];
     link.id = head.id;
     link.kind = kind;
     link.kindIndex = kindIndex;
@@ -54,47 +51,42 @@ void link_setHead(int32_t index, int32_t kind, int32_t kindIndex, const LinkHead
 
 // --- state ---------------------------------------------------------------------------------------------------------
 
-void link_initState(Link& link) {
+void link_initState(Model& model, Link& link) {
     link.oldFlow = link.newFlow = 0.0;
     link.setting = 1.0;
     link.isHostSetting = false;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         link.oldQual[p] = link.newQual[p] = 0.0;
     }
 }
 
-void link_shiftQuality(Link& link) {
-    std::copy_n(link.newQual, project_pollutantCount(), link.oldQual);
+void link_shiftQuality(Model& model, Link& link) {
+    std::copy_n(link.newQual, project_pollutantCount(model), link.oldQual);
 }
 
 // --- settings ------------------------------------------------------------------------------------------------------
 
-void link_openSettings() {
-    GuidedLinks.clear();
-    IsGuided.fill(Links.size(), 0);
-    GuidedLinks.reserve(Links.size());  // hosts add to it between steps, where nothing may fail
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        if (Links[k].kind == PUMP) {
-            link_noteTarget(k);
+void link_openSettings(Model& model) {
+    model.guidedLinks.clear();
+    model.isGuided.fill(model.links.size(), 0);
+    model.guidedLinks.reserve(model.links.size());  // hosts add to it between steps, where nothing may fail
+    for (int32_t k = 0; k < model.links.size(); ++k) {
+        if (model.links[k].kind == PUMP) {
+            link_noteTarget(model, k);
         }
     }
 }
 
-void link_clearSettings() {
-    GuidedLinks = {};
-    IsGuided = {};
-}
-
-void link_noteTarget(int32_t link) {
-    if (IsGuided.holds(link) && !IsGuided[link]) {
-        IsGuided[link] = 1;
-        GuidedLinks.push_back(link);
+void link_noteTarget(Model& model, int32_t link) {
+    if (model.isGuided.holds(link) && !model.isGuided[link]) {
+        model.isGuided[link] = 1;
+        model.guidedLinks.push_back(link);
     }
 }
 
-void link_applyTargets() {
-    for (const int32_t index : GuidedLinks) {
-        Link& link = Links[index];
+void link_applyTargets(Model& model) {
+    for (const int32_t index : model.guidedLinks) {
+        Link& link = model.links[index];
         if (link.targetSetting != link.setting && !link.isHostSetting) {
             link.setting = link.targetSetting;
         }

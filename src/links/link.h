@@ -12,6 +12,8 @@
 #include "model/project.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// What a node has for one of its outgoing links in a step.
 struct Offer {
     double flow;            ///< m3/s
@@ -28,39 +30,32 @@ struct LinkHead {
 };
 
 /// Reads words 0 to 2, the link and its two nodes. An error index, or 0.
-[[nodiscard]] int32_t link_readEnds(const Tokens& tokens, LinkHead& head);
+[[nodiscard]] int32_t link_readEnds(Model& model, const Tokens& tokens, LinkHead& head);
 
 /// Reads NO or YES at word `place`. An error index, or 0.
-[[nodiscard]] int32_t link_readLag(const Tokens& tokens, int32_t place, LinkHead& head);
+[[nodiscard]] int32_t link_readLag(Model& model, const Tokens& tokens, int32_t place, LinkHead& head);
 
 /// Reads the front part of a line of at least `needed` words: all kinds but the pump have the lag behind the ends. An
 /// error index, or 0.
-[[nodiscard]] int32_t link_readHead(const Tokens& tokens, int32_t needed, LinkHead& head);
+[[nodiscard]] int32_t link_readHead(Model& model, const Tokens& tokens, int32_t needed, LinkHead& head);
 
 /// Fills the common row of a link, once its whole line has proved good.
-void link_setHead(int32_t link, int32_t kind, int32_t kindIndex, const LinkHead& head);
+void link_setHead(Model& model, int32_t link, int32_t kind, int32_t kindIndex, const LinkHead& head);
 
 /// Puts what all kinds share to time zero.
-void link_initState(Link& link);
+void link_initState(Model& model, Link& link);
 
 /// New becomes old: the flow, and the concentrations.
 inline void link_shiftFlow(Link& link) {
     link.oldFlow = link.newFlow;
 }
-void link_shiftQuality(Link& link);
-
-/// Links whose target may differ from 1: pumps, and those that a rule or the host has given one, in the order in which
-/// they got it. All others stand open for good.
-extern Table<int32_t> GuidedLinks;
+void link_shiftQuality(Model& model, Link& link);
 
 /// Lists the pumps for a run.
-void link_openSettings();
-
-/// Forgets the list.
-void link_clearSettings();
+void link_openSettings(Model& model);
 
 /// Says that `targetSetting` of a link was written by a rule or the host.
-void link_noteTarget(int32_t link);
+void link_noteTarget(Model& model, int32_t link);
 
 /// The settings follow their targets, unless the host holds them.
-void link_applyTargets();
+void link_applyTargets(Model& model);

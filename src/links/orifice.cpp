@@ -8,10 +8,9 @@
 
 #include "links/link.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "text/tokens.h"
-
-Table<Orifice> Orifices;
 
 static const char* const OrificeShapeWords[] = {"CIRCULAR", "RECTANGULAR", nullptr};
 
@@ -23,45 +22,45 @@ static constexpr double TWO_G = 19.62;  ///< m/s2
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// The numbers of a line behind the shape. An error index, or 0.
-static int32_t readSizes(const Tokens& tokens, Orifice& orifice) {
+static int32_t readSizes(Model& model, const Tokens& tokens, Orifice& orifice) {
     if (!tokens_getNonNegative(tokens[5], &orifice.coefficient) || orifice.coefficient == 0.0) {
-        return errors_setName(ERR_NUMBER, tokens[5]);
+        return errors_setName(model, ERR_NUMBER, tokens[5]);
     }
     if (!tokens_getNonNegative(tokens[6], &orifice.crest)) {
-        return errors_setName(ERR_NUMBER, tokens[6]);
+        return errors_setName(model, ERR_NUMBER, tokens[6]);
     }
     if (!tokens_getNonNegative(tokens[7], &orifice.height)) {
-        return errors_setName(ERR_NUMBER, tokens[7]);
+        return errors_setName(model, ERR_NUMBER, tokens[7]);
     }
     if (orifice.height == 0.0) {
-        return errors_setName(ERR_NUMBER, tokens[5]);  // shows the coefficient, also when the height is at fault
+        return errors_setName(model, ERR_NUMBER, tokens[5]);  // shows the coefficient, also when the height is at fault
     }
     if (orifice.shape == RECTANGULAR_ORIFICE) {
         if (tokens.count < 9) {
-            return errors_setName(ERR_ITEMS, "");
+            return errors_setName(model, ERR_ITEMS, "");
         }
         if (!tokens_getDouble(tokens[8], &orifice.width) || !(orifice.width > 0.0)) {
-            return errors_setName(ERR_NUMBER, tokens[8]);
+            return errors_setName(model, ERR_NUMBER, tokens[8]);
         }
     }
     return ERR_NONE;
 }
 
-int32_t orifice_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+int32_t orifice_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
-    if (const int32_t error = link_readHead(tokens, 8, head)) {
+    if (const int32_t error = link_readHead(model, tokens, 8, head)) {
         return error;
     }
     Orifice orifice{};
     orifice.shape = tokens_findKeyword(tokens[4], OrificeShapeWords);
     if (orifice.shape < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[4]);
+        return errors_setName(model, ERR_KEYWORD, tokens[4]);
     }
-    if (const int32_t error = readSizes(tokens, orifice)) {
+    if (const int32_t error = readSizes(model, tokens, orifice)) {
         return error;
     }
-    link_setHead(link, ORIFICE, kindIndex, head);
-    Orifices[kindIndex] = orifice;
+    link_setHead(model, link, ORIFICE, kindIndex, head);
+    model.orifices[kindIndex] = orifice;
     return ERR_NONE;
 }
 

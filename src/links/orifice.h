@@ -5,6 +5,8 @@
 
 #include "links/link.h"
 
+struct Model;
+
 enum OrificeShape : int32_t { CIRCULAR_ORIFICE, RECTANGULAR_ORIFICE };
 
 struct Orifice {
@@ -15,10 +17,8 @@ struct Orifice {
     double crest;        ///< m above the bottom of the tank
 };
 
-extern Table<Orifice> Orifices;
-
 /// A line of [ORIFICES] for the row `link` of the links and the row `kindIndex` of the orifices. An error index, or 0.
-[[nodiscard]] int32_t orifice_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
+[[nodiscard]] int32_t orifice_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex);
 
 /// Flow (m3/s) at a depth (m) in the tank.
 [[nodiscard]] double orifice_getFlow(const Link& link, const Orifice& orifice, double depth);

@@ -18,40 +18,28 @@
 #include "links/link.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/prefetch.h"
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
-Table<Pipe> Pipes;
-
-/// A pipe by its rows in the tables of the links and of the pipes.
-struct ChangedPipe {
-    int32_t link;
-    int32_t pipe;
-};
-
-static Table<ChangedPipe> ChangedPipes;  ///< that fired, or that the host wrote to, since the last roll
-static Table<uint8_t> IsChanged;         ///< by link: stands in ChangedPipes
-static int32_t FloodingCount = 0;        ///< pipes whose newFlood isn't 0
-static bool HasEndlessQuality = false;   ///< some concentration of the run was no finite number
-
 // --- reading and validation ----------------------------------------------------------------------------------------
 
-int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
-    if (const int32_t error = link_readHead(tokens, 8, head)) {
+    if (const int32_t error = link_readHead(model, tokens, 8, head)) {
         return error;
     }
     double values[4];
     for (int32_t k = 0; k < 4; ++k) {
         if (!tokens_getNonNegative(tokens[4 + k], &values[k])) {
-            return errors_setName(ERR_NUMBER, tokens[4 + k]);
+            return errors_setName(model, ERR_NUMBER, tokens[4 + k]);
         }
     }
-    link_setHead(link, PIPE, kindIndex, head);
-    Pipe& pipe = Pipes[kindIndex];
+    link_setHead(model, link, PIPE, kindIndex, head);
+    Pipe& pipe = model.pipes[kindIndex];
     pipe.k = values[0];
     pipe.n = number_truncate(values[1]);
     pipe.x = values[2];
@@ -59,15 +47,15 @@ int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
     return ERR_NONE;
 }
 
-void pipe_validate(const Link& link, const Pipe& pipe) {
-    if (pipe.k < RoutingStep) {
-        errors_report(ERR_PIPE_K, link.id);
+void pipe_validate(Model& model, const Link& link, const Pipe& pipe) {
+    if (pipe.k < model.options.routingStep) {
+        errors_report(model, ERR_PIPE_K, link.id);
     }
     if (pipe.n < 1) {
-        errors_report(ERR_PIPE_N, link.id);
+        errors_report(model, ERR_PIPE_N, link.id);
     }
     if (pipe.x > 0.5) {
-        errors_report(ERR_PIPE_X, link.id);
+        errors_report(model, ERR_PIPE_X, link.id);
     }
 }
 
@@ -75,29 +63,30 @@ void pipe_validate(const Link& link, const Pipe& pipe) {
 
 /// Whether a step may see more than one firing. A host can shorten the period below the routing step, and the order of
 /// the nodes may come back to the first of them.
-static bool canFireAgain(const Pipe& pipe) {
-    return pipe.stepLength < RoutingStep;
+static bool canFireAgain(Model& model, const Pipe& pipe) {
+    return pipe.stepLength < model.options.routingStep;
 }
 
-void pipe_initState(Pipe& pipe) {
+void pipe_initState(Model& model, Pipe& pipe) {
     pipe.stepLength = pipe.k;
-    pipe.nextFireTime = pipe.lastFireTime = NewRoutingTime;
+    pipe.nextFireTime = pipe.lastFireTime = model.clock.newRoutingTime;
     pipe.oldInflow = pipe.newInflow = 0.0;
     pipe.oldFlood = pipe.newFlood = 0.0;
     // All arrays of a pipe stand together: a firing goes through them at once.
     const int64_t reaches = pipe.n > 0 ? pipe.n : 0;
-    const int64_t pollutants = project_pollutantCount();
-    const int64_t copies = canFireAgain(pipe) ? 2 : 1;
-    double* memory = arena_allocateArray<double>(RunArena, reaches + pollutants + copies * reaches * pollutants);
+    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t copies = canFireAgain(model, pipe) ? 2 : 1;
+    double* memory =
+        arena_allocateArray<double>(model.memory.run, reaches + pollutants + copies * reaches * pollutants);
     if (!memory) {
         pipe_endState(pipe);
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
         return;
     }
     pipe.reachCount = static_cast<int32_t>(reaches);
     pipe.sumMass = memory;
     pipe.storage = pipe.sumMass + pollutants;
-    pipe.hasDecay = decay_isAny(pipe.decay);
+    pipe.hasDecay = decay_isAny(model, pipe.decay);
 }
 
 void pipe_endState(Pipe& pipe) {
@@ -105,21 +94,16 @@ void pipe_endState(Pipe& pipe) {
     pipe.storage = pipe.sumMass = nullptr;
 }
 
-void pipe_openRun() {
-    FloodingCount = 0;
-    HasEndlessQuality = false;
-    for (Pipe& pipe : Pipes) {
+void pipe_openRun(Model& model) {
+    model.floodingPipeCount = 0;
+    model.hasEndlessQuality = false;
+    for (Pipe& pipe : model.pipes) {
         pipe.sumVolume = 0.0;
         pipe.sumCount = 0;
     }
-    ChangedPipes.clear();
-    ChangedPipes.reserve(Links.size());
-    IsChanged.fill(Links.size(), 0);
-}
-
-void pipe_clearRun() {
-    ChangedPipes = {};
-    IsChanged = {};
+    model.changedPipes.clear();
+    model.changedPipes.reserve(model.links.size());
+    model.isChangedPipe.fill(model.links.size(), 0);
 }
 
 // --- the roll from new to old --------------------------------------------------------------------------------------
@@ -130,30 +114,31 @@ static void shiftFlows(Link& link, Pipe& pipe) {
     pipe.oldFlood = pipe.newFlood;
 }
 
-void pipe_shiftState(Link& link, Pipe& pipe) {
+void pipe_shiftState(Model& model, Link& link, Pipe& pipe) {
     shiftFlows(link, pipe);
-    link_shiftQuality(link);
+    link_shiftQuality(model, link);
 }
 
-void pipe_shiftChanged() {
+void pipe_shiftChanged(Model& model) {
     static constexpr int32_t AHEAD = 8;
-    for (int32_t k = 0; k < ChangedPipes.size(); ++k) {
-        if (k + AHEAD < ChangedPipes.size()) {
-            const ChangedPipe farther = ChangedPipes[k + AHEAD];
-            prefetch_roll(Links[farther.link], Pipes[farther.pipe], Links[ChangedPipes[k + AHEAD / 2].link]);
+    for (int32_t k = 0; k < model.changedPipes.size(); ++k) {
+        if (k + AHEAD < model.changedPipes.size()) {
+            const ChangedPipe farther = model.changedPipes[k + AHEAD];
+            prefetch_roll(model.links[farther.link], model.pipes[farther.pipe],
+                          model.links[model.changedPipes[k + AHEAD / 2].link]);
         }
-        const ChangedPipe changed = ChangedPipes[k];
-        pipe_shiftState(Links[changed.link], Pipes[changed.pipe]);
-        IsChanged[changed.link] = 0;
+        const ChangedPipe changed = model.changedPipes[k];
+        pipe_shiftState(model, model.links[changed.link], model.pipes[changed.pipe]);
+        model.isChangedPipe[changed.link] = 0;
     }
-    ChangedPipes.clear();
+    model.changedPipes.clear();
 }
 
-void pipe_noteChange(int32_t link, int32_t kindIndex) {
+void pipe_noteChange(Model& model, int32_t link, int32_t kindIndex) {
     // Before the first start there is no list, and the start puts every flow to 0.
-    if (IsChanged.holds(link) && !IsChanged[link]) {
-        IsChanged[link] = 1;
-        ChangedPipes.push_back({link, kindIndex});
+    if (model.isChangedPipe.holds(link) && !model.isChangedPipe[link]) {
+        model.isChangedPipe[link] = 1;
+        model.changedPipes.push_back({link, kindIndex});
     }
 }
 
@@ -195,21 +180,21 @@ static bool isFinite(const double* c, double storage, int32_t pollutants) {
 }
 
 /// Decay of what mixReach has mixed.
-static void decayReach(const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double factor = decay_getFactor(pipe.decay[p], hour, pipe.stepLength);
-        QualTotals[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / G_PER_KG;
+static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        const double factor = decay_getFactor(model, pipe.decay[p], hour, pipe.stepLength);
+        model.totals.quality[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / G_PER_KG;
         qual[p] = c[p] = c[p] * factor;
     }
 }
 
-bool pipe_isAnyFlooding() {
-    return FloodingCount > 0 || HasEndlessQuality;
+bool pipe_isAnyFlooding(Model& model) {
+    return model.floodingPipeCount > 0 || model.hasEndlessQuality;
 }
 
 /// Outflow of the last reach against the limit: what may not pass is flood.
-static void limitOutflow(Link& link, Pipe& pipe, double out) {
-    FloodingCount -= pipe.newFlood != 0.0 ? 1 : 0;
+static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
+    model.floodingPipeCount -= pipe.newFlood != 0.0 ? 1 : 0;
     if (pipe.maxFlow > 0.0) {
         const double cap = pipe.maxFlow * link.setting;
         link.newFlow = out > cap ? cap : out;
@@ -218,13 +203,13 @@ static void limitOutflow(Link& link, Pipe& pipe, double out) {
         link.newFlow = link.setting != 0.0 ? out : 0.0;
         pipe.newFlood = link.setting != 0.0 ? 0.0 : out;
     }
-    FloodingCount += pipe.newFlood != 0.0 ? 1 : 0;
+    model.floodingPipeCount += pipe.newFlood != 0.0 ? 1 : 0;
 }
 
-void pipe_route(int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
-    Link& link = Links[index];
-    const int32_t pollutants = project_pollutantCount();
-    const int32_t hour = pipe.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
+void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
+    Link& link = model.links[index];
+    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t hour = pipe.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
     const double dt = pipe.stepLength;
     const double a = dt * 0.5;
     const double b = pipe.k * pipe.x;
@@ -238,38 +223,38 @@ void pipe_route(int32_t index, Pipe& pipe, double inflow, const double* concentr
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
         const ReachFlow reach = getReachFlow(dt, pipe.storage[i], flow, out);
-        double* qual = pipe_newSegQual(pipe, i);
+        double* qual = pipe_newSegQual(model, pipe, i);
         mixReach(reach, qual, quality, pollutants);
         if (pipe.hasDecay || !isFinite(quality, reach.storage, pollutants)) {
-            decayReach(pipe, reach, hour, qual, quality);
+            decayReach(model, pipe, reach, hour, qual, quality);
         }
         pipe.storage[i] += (flow - out) * dt;
         flow = out;
     }
     pipe.newInflow = inflow;
-    limitOutflow(link, pipe, flow);
+    limitOutflow(model, link, pipe, flow);
     for (int32_t p = 0; p < pollutants; ++p) {
-        HasEndlessQuality = HasEndlessQuality || !std::isfinite(quality[p]);
+        model.hasEndlessQuality = model.hasEndlessQuality || !std::isfinite(quality[p]);
     }
-    pipe_noteChange(index, static_cast<int32_t>(&pipe - Pipes.data()));
+    pipe_noteChange(model, index, static_cast<int32_t>(&pipe - model.pipes.data()));
 }
 
-void pipe_moveClock(Pipe& pipe) {
+void pipe_moveClock(Model& model, Pipe& pipe) {
     pipe.lastFireTime = pipe.nextFireTime;
     const double next = pipe.stepLength * MS_PER_SECOND + pipe.lastFireTime;
-    pipe.nextFireTime = next > TotalDuration ? TotalDuration : next;
+    pipe.nextFireTime = next > model.options.totalDuration ? model.options.totalDuration : next;
 }
 
-static void clearSums(Pipe& pipe) {
+static void clearSums(Model& model, Pipe& pipe) {
     pipe.sumVolume = 0.0;
     pipe.sumCount = 0;
-    std::fill_n(pipe.sumMass, project_pollutantCount(), 0.0);
+    std::fill_n(pipe.sumMass, project_pollutantCount(model), 0.0);
 }
 
 /// All firings of a step mix with what the reaches held ahead of the first one.
-static void restoreStepStart(const Pipe& pipe, bool isFirst) {
-    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount();
-    double* qual = pipe_newSegQual(pipe, 0);
+static void restoreStepStart(Model& model, const Pipe& pipe, bool isFirst) {
+    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount(model);
+    double* qual = pipe_newSegQual(model, pipe, 0);
     double* atStart = qual + count;
     if (isFirst) {
         std::copy_n(qual, count, atStart);
@@ -279,34 +264,34 @@ static void restoreStepStart(const Pipe& pipe, bool isFirst) {
 }
 
 /// One firing: the means of the period go through the reaches.
-static void fire(int32_t index, Pipe& pipe) {
-    pipe_moveClock(pipe);
-    Link& link = Links[index];
+static void fire(Model& model, int32_t index, Pipe& pipe) {
+    pipe_moveClock(model, pipe);
+    Link& link = model.links[index];
     shiftFlows(link, pipe);
-    if (canFireAgain(pipe)) {
-        restoreStepStart(pipe, !IsChanged[index]);
+    if (canFireAgain(model, pipe)) {
+        restoreStepStart(model, pipe, !model.isChangedPipe[index]);
     }
-    const int32_t pollutants = project_pollutantCount();
+    const int32_t pollutants = project_pollutantCount(model);
     double* mean = link.newQual;  // goes through the cascade where it will stand as that of the outflow
     for (int32_t p = 0; p < pollutants; ++p) {
         mean[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * G_PER_KG : 0.0;
     }
-    pipe_route(index, pipe, pipe.sumVolume / pipe.sumCount / RoutingStep, mean);
-    clearSums(pipe);
+    pipe_route(model, index, pipe, pipe.sumVolume / pipe.sumCount / model.options.routingStep, mean);
+    clearSums(model, pipe);
 }
 
-void pipe_update(int32_t index, Pipe& pipe, const Offer& offer, double fireTime) {
+void pipe_update(Model& model, int32_t index, Pipe& pipe, const Offer& offer, double fireTime) {
     // Without a period, which a host can bring about, it never fires.
     if (fireTime > pipe.nextFireTime && pipe.sumCount != 0 && pipe.stepLength != 0.0) {
-        fire(index, pipe);
+        fire(model, index, pipe);
         return;
     }
-    const double volume = RoutingStep * offer.flow;
+    const double volume = model.options.routingStep * offer.flow;
     pipe.sumVolume += volume;
     pipe.sumCount += 1;
     double* __restrict sumMass = pipe.sumMass;
     const double* __restrict quality = offer.quality;
-    const int32_t pollutants = project_pollutantCount();
+    const int32_t pollutants = project_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         sumMass[p] += volume * quality[p] / G_PER_KG;
     }
@@ -320,7 +305,7 @@ static double limitShare(double share) {
     return 1.0 < lower ? 1.0 : lower;
 }
 
-double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
+double pipe_deliver(Model& model, const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
     if (pipe.nextFireTime == pipe.lastFireTime) {
         return 0.0;
     }
@@ -333,7 +318,7 @@ double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* __r
     const double newFlow = b * link.newFlow;
     const double* __restrict oldQual = link.oldQual;
     const double* __restrict newQual = link.newQual;
-    const int32_t pollutants = project_pollutantCount();
+    const int32_t pollutants = project_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / G_PER_KG;
     }

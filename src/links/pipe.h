@@ -5,9 +5,11 @@
 
 #include "links/link.h"
 #include "model/decay.h"
-#include "model/project.h"
+#include "model/model.h"
 #include "model/table.h"
 #include "text/tokens.h"
+
+struct Model;
 
 /// A cascade of `n` identical Muskingum reaches: it collects for `k` seconds, then fires once. What each step touches
 /// stands in the first line of memory, what a firing needs in the second.
@@ -33,11 +35,9 @@ struct alignas(64) Pipe {
     bool hasDecay;       ///< some pollutant decays here
 };
 
-extern Table<Pipe> Pipes;
-
 /// Concentrations in a reach, mg/L, one per pollutant.
-[[nodiscard]] inline double* pipe_newSegQual(const Pipe& pipe, int32_t reach) {
-    return pipe.storage + pipe.reachCount + static_cast<int64_t>(reach) * project_pollutantCount();
+[[nodiscard]] inline double* pipe_newSegQual(Model& model, const Pipe& pipe, int32_t reach) {
+    return pipe.storage + pipe.reachCount + static_cast<int64_t>(reach) * project_pollutantCount(model);
 }
 
 /// Reaches that are both wanted and there: a host may have changed `n` in the run.
@@ -45,48 +45,51 @@ extern Table<Pipe> Pipes;
     return pipe.n < pipe.reachCount ? pipe.n : pipe.reachCount;
 }
 
+/// A pipe by its rows in the tables of the links and of the pipes.
+struct ChangedPipe {
+    int32_t link;
+    int32_t pipe;
+};
+
 /// A line of [PIPES] for the row `link` of the links and the row `kindIndex` of the pipes. An error index, or 0.
-[[nodiscard]] int32_t pipe_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
+[[nodiscard]] int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex);
 
 /// Tests a pipe when all is read; writes what is wrong to the report.
-void pipe_validate(const Link& link, const Pipe& pipe);
+void pipe_validate(Model& model, const Link& link, const Pipe& pipe);
 
 /// Puts a pipe to time zero, and lets go of what it holds for the run.
-void pipe_initState(Pipe& pipe);
+void pipe_initState(Model& model, Pipe& pipe);
 void pipe_endState(Pipe& pipe);
 
 /// Empties the sums of all pipes for a new run.
-void pipe_openRun();
-
-/// Forgets which pipes have changed.
-void pipe_clearRun();
+void pipe_openRun(Model& model);
 
 /// New becomes old: flow, inflow and flood, then the concentrations.
-void pipe_shiftState(Link& link, Pipe& pipe);
+void pipe_shiftState(Model& model, Link& link, Pipe& pipe);
 
 /// Rolls the pipes that have changed since the last roll, and no others: in nearly all steps nearly all pipes stand
 /// still, and old and new are the same there already.
-void pipe_shiftChanged();
+void pipe_shiftChanged(Model& model);
 
 /// Says that a pipe's new state differs from its old one, so that the next step rolls it.
-void pipe_noteChange(int32_t link, int32_t kindIndex);
+void pipe_noteChange(Model& model, int32_t link, int32_t kindIndex);
 
 /// Takes in what the upstream node offers in this step, or fires. `fireTime` is in ms since the start.
-void pipe_update(int32_t link, Pipe& pipe, const Offer& offer, double fireTime);
+void pipe_update(Model& model, int32_t link, Pipe& pipe, const Offer& offer, double fireTime);
 
 /// Moves the clock of a pipe on by one period, but never past the end of the run.
-void pipe_moveClock(Pipe& pipe);
+void pipe_moveClock(Model& model, Pipe& pipe);
 
 /// Sends a mean flow (m3/s) with mean concentrations (mg/L) of one period through the cascade.
-void pipe_route(int32_t link, Pipe& pipe, double inflow, const double* concentrations);
+void pipe_route(Model& model, int32_t link, Pipe& pipe, double inflow, const double* concentrations);
 
 /// What a pipe delivers in the step that begins at `time` (ms): gives the flow (m3/s), and adds the loads (kg/s) to
 /// `loads`. Nothing before its first firing.
-[[nodiscard]] double pipe_deliver(const Link& link, const Pipe& pipe, double time, double* loads);
+[[nodiscard]] double pipe_deliver(Model& model, const Link& link, const Pipe& pipe, double time, double* loads);
 
 /// Whether any pipe floods now. Once a concentration of the run was no finite number the answer is yes: what doesn't
 /// flood then counts as well, as 0 times that.
-[[nodiscard]] bool pipe_isAnyFlooding();
+[[nodiscard]] bool pipe_isAnyFlooding(Model& model);
 
 /// Water in the reaches, m3.
 [[nodiscard]] double pipe_getVolume(const Pipe& pipe);

@@ -7,58 +7,57 @@
 #include "links/link.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "text/tokens.h"
-
-Table<Pump> Pumps;
 
 static const char* const OffOnWords[] = {"OFF", "ON", nullptr};
 
 // --- reading, validation and start ---------------------------------------------------------------------------------
 
-int32_t pump_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+int32_t pump_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     if (tokens.count < 8) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     LinkHead head;
-    if (const int32_t error = link_readEnds(tokens, head)) {
+    if (const int32_t error = link_readEnds(model, tokens, head)) {
         return error;
     }
     Pump pump{};
-    pump.curve = names_find(CURVE, tokens[3]);
+    pump.curve = names_find(model, CURVE, tokens[3]);
     if (pump.curve < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[3]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[3]);
     }
-    if (const int32_t error = link_readLag(tokens, 4, head)) {
+    if (const int32_t error = link_readLag(model, tokens, 4, head)) {
         return error;
     }
     const int32_t status = tokens_findKeyword(tokens[5], OffOnWords);
     if (status < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[5]);
+        return errors_setName(model, ERR_KEYWORD, tokens[5]);
     }
     pump.initSetting = status;
     if (!tokens_getNonNegative(tokens[6], &pump.startupDepth)) {
-        return errors_setName(ERR_NUMBER, tokens[6]);
+        return errors_setName(model, ERR_NUMBER, tokens[6]);
     }
     if (!tokens_getNonNegative(tokens[7], &pump.shutoffDepth)) {
-        return errors_setName(ERR_NUMBER, tokens[7]);
+        return errors_setName(model, ERR_NUMBER, tokens[7]);
     }
-    link_setHead(link, PUMP, kindIndex, head);
-    Pumps[kindIndex] = pump;
+    link_setHead(model, link, PUMP, kindIndex, head);
+    model.pumps[kindIndex] = pump;
     return ERR_NONE;
 }
 
-void pump_validate(const Link& link, const Pump& pump, bool isAtTank) {
+void pump_validate(Model& model, const Link& link, const Pump& pump, bool isAtTank) {
     if (!isAtTank) {
-        errors_report(ERR_PUMP_NOT_AT_TANK, link.id);
+        errors_report(model, ERR_PUMP_NOT_AT_TANK, link.id);
     }
     if (pump.startupDepth > 0.0 && !(pump.startupDepth > pump.shutoffDepth)) {
-        errors_report(ERR_PUMP_DEPTHS, link.id);
+        errors_report(model, ERR_PUMP_DEPTHS, link.id);
     }
-    const int32_t type = Curves[pump.curve].curveType;
+    const int32_t type = model.curves[pump.curve].curveType;
     if (type != PUMP1_CURVE && type != PUMP2_CURVE) {
-        errors_report(ERR_PUMP_CURVE, link.id);
+        errors_report(model, ERR_PUMP_CURVE, link.id);
     }
 }
 
@@ -105,14 +104,14 @@ static double getStepFlow(const std::vector<CurvePoint>& points, double depth) {
     return points.back().y;
 }
 
-double pump_getFlow(const Link& link, const Pump& pump, double depth) {
+double pump_getFlow(Model& model, const Link& link, const Pump& pump, double depth) {
     if (pump.useHostFlow) {
         return pump.hostFlow;  // neither a setting of 0 nor a switch stops a pump that the host drives
     }
     if (link.setting == 0.0) {
         return 0.0;
     }
-    const Curve& curve = Curves[pump.curve];
+    const Curve& curve = model.curves[pump.curve];
     if (curve.entries.empty()) {
         return 0.0;
     }

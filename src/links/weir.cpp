@@ -8,33 +8,32 @@
 
 #include "links/link.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
-Table<Weir> Weirs;
-
 static const char* const WeirShapeWords[] = {"RECTANGULAR", "TRIANGULAR", nullptr};
 
-int32_t weir_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex) {
+int32_t weir_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
-    if (const int32_t error = link_readHead(tokens, 9, head)) {
+    if (const int32_t error = link_readHead(model, tokens, 9, head)) {
         return error;
     }
     Weir weir{};
     weir.shape = tokens_findKeyword(tokens[4], WeirShapeWords);
     if (weir.shape < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[4]);
+        return errors_setName(model, ERR_KEYWORD, tokens[4]);
     }
     double* const values[] = {&weir.coefficient, &weir.length, &weir.crest, &weir.opening};
     for (int32_t k = 0; k < 4; ++k) {
         // A triangular weir needs a length too, though its flow doesn't depend on it.
         const bool mayBeZero = k >= 2;
         if (!tokens_getNonNegative(tokens[5 + k], values[k]) || (!mayBeZero && *values[k] == 0.0)) {
-            return errors_setName(ERR_NUMBER, tokens[5 + k]);
+            return errors_setName(model, ERR_NUMBER, tokens[5 + k]);
         }
     }
-    link_setHead(link, WEIR, kindIndex, head);
-    Weirs[kindIndex] = weir;
+    link_setHead(model, link, WEIR, kindIndex, head);
+    model.weirs[kindIndex] = weir;
     return ERR_NONE;
 }
 

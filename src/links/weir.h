@@ -5,6 +5,8 @@
 
 #include "links/link.h"
 
+struct Model;
+
 enum WeirShape : int32_t { RECTANGULAR_WEIR, TRIANGULAR_WEIR };
 
 struct Weir {
@@ -18,10 +20,8 @@ struct Weir {
     double hostHeight;       ///< m above `crest`
 };
 
-extern Table<Weir> Weirs;
-
 /// A line of [WEIRS] for the row `link` of the links and the row `kindIndex` of the weirs. An error index, or 0.
-[[nodiscard]] int32_t weir_readLine(const Tokens& tokens, int32_t link, int32_t kindIndex);
+[[nodiscard]] int32_t weir_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex);
 
 void weir_initState(Weir& weir);
 

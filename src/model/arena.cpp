@@ -5,13 +5,10 @@
 
 #include "model/arena.h"
 
+#include <atomic>
 #include <cstdlib>
 
 #include "platform/memory.h"
-
-Arena ProjectArena{};
-Arena ResultArena{};
-Arena RunArena{};
 
 struct ArenaBlock {
     ArenaBlock* older;
@@ -24,11 +21,10 @@ static constexpr size_t FIRST_BLOCK = size_t{1} << 16;
 static constexpr size_t LARGEST_BLOCK = size_t{1} << 25;
 static constexpr size_t HEAD = (sizeof(ArenaBlock) + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
 
-static int64_t RequestsUntilFailure = 0;
-static size_t Promised = 0;  ///< bytes of the blocks of all arenas, touched or not
+static std::atomic<int64_t> RequestsUntilFailure = 0;  ///< of tests; 0 but there
 
 static bool isMadeToFail() {
-    return RequestsUntilFailure > 0 && --RequestsUntilFailure == 0;
+    return RequestsUntilFailure.load(std::memory_order_relaxed) > 0 && --RequestsUntilFailure == 0;
 }
 
 static ArenaBlock* addBlock(Arena& arena, size_t needed) {
@@ -36,7 +32,7 @@ static ArenaBlock* addBlock(Arena& arena, size_t needed) {
     size = size > LARGEST_BLOCK ? LARGEST_BLOCK : size;
     size = size < needed ? needed : size;
     // Small blocks are never worth a look at the machine's memory; a large one is.
-    if (size > LARGEST_BLOCK / 8 && !memory_isAvailable(size + HEAD, Promised)) {
+    if (size > LARGEST_BLOCK / 8 && !memory_isAvailable(size + HEAD, arena.promised ? *arena.promised : 0)) {
         return nullptr;
     }
     auto* block = static_cast<ArenaBlock*>(std::calloc(1, HEAD + size));
@@ -44,7 +40,9 @@ static ArenaBlock* addBlock(Arena& arena, size_t needed) {
         return nullptr;
     }
     memory_useLargePages(block, HEAD + size);
-    Promised += HEAD + size;
+    if (arena.promised) {
+        *arena.promised += HEAD + size;
+    }
     block->older = arena.current;
     block->size = size;
     arena.current = block;
@@ -72,11 +70,19 @@ void* arena_allocate(Arena& arena, size_t bytes) {
 void arena_release(Arena& arena) {
     for (ArenaBlock* block = arena.current; block;) {
         ArenaBlock* older = block->older;
-        Promised -= HEAD + block->size;
+        if (arena.promised) {
+            *arena.promised -= HEAD + block->size;
+        }
         std::free(block);
         block = older;
     }
-    arena = Arena{};
+    arena = Arena{nullptr, 0, arena.promised};
+}
+
+Memory::~Memory() {
+    for (Arena* arena : {&run, &results, &project}) {
+        arena_release(*arena);
+    }
 }
 
 void arena_failAfter(int64_t count) {

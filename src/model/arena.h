@@ -11,11 +11,21 @@ struct ArenaBlock;
 struct Arena {
     ArenaBlock* current;  ///< the block in use, the newest of a chain; null before the first request
     size_t taken;         ///< bytes handed out since the last release
+    size_t* promised;     ///< bytes of the blocks of all arenas of the model, touched or not; null for one alone
 };
 
-extern Arena ProjectArena;  ///< what a project holds, up to the close
-extern Arena ResultArena;   ///< statistics, balances, row buffers: from one start to the next, or to the close
-extern Arena RunArena;      ///< state of a run, up to its end
+/// What a model holds.
+struct Memory {
+    size_t promised = 0;
+    Arena project{nullptr, 0, &promised};  ///< what a project holds, up to the close
+    Arena results{nullptr, 0, &promised};  ///< statistics, balances, row buffers: from one start to the next
+    Arena run{nullptr, 0, &promised};      ///< state of a run, up to its end
+
+    Memory() = default;
+    ~Memory();
+    Memory(const Memory&) = delete;
+    Memory& operator=(const Memory&) = delete;
+};
 
 /// `bytes` of zeroed memory, aligned for any number, valid until the arena is released. Null for a request that the
 /// machine's memory can't hold. A request for no bytes is never null.

@@ -7,21 +7,16 @@
 #include <new>
 
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 
-Table<Curve> Curves;
-
 static const char* const CurveTypeWords[] = {"TANK", "PUMP1", "PUMP2", "TRANSECT", nullptr};
 
-void curve_createAll() {
+void curve_createAll(Model& model) {
     Curve curve{};
     curve.curveType = -1;
-    Curves.fill(ObjectCount[CURVE], curve);
-}
-
-void curve_deleteAll() {
-    Curves = {};
+    model.curves.fill(model.counts.objects[CURVE], curve);
 }
 
 // --- reading and validation ----------------------------------------------------------------------------------------
@@ -35,35 +30,35 @@ static void appendPoint(Curve& curve, const CurvePoint& point) {
     }
 }
 
-int32_t curve_readLine(const Tokens& tokens) {
+int32_t curve_readLine(Model& model, const Tokens& tokens) {
     if (tokens.count < 3) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t index = names_find(CURVE, tokens[0]);
+    const int32_t index = names_find(model, CURVE, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    Curve& curve = Curves[index];
+    Curve& curve = model.curves[index];
     int32_t k = 1;
     if (!curve.id) {
-        curve.id = names_findId(CURVE, tokens[0]);
+        curve.id = names_findId(model, CURVE, tokens[0]);
         const int32_t type = tokens_findKeyword(tokens[1], CurveTypeWords);
         if (type < 0) {
-            return errors_setName(ERR_KEYWORD, tokens[1]);
+            return errors_setName(model, ERR_KEYWORD, tokens[1]);
         }
         curve.curveType = type;
         k = 2;
     }
     for (; k < tokens.count; k += 2) {
         if (k + 1 == tokens.count) {
-            return errors_setName(ERR_ITEMS, "");
+            return errors_setName(model, ERR_ITEMS, "");
         }
         CurvePoint point;
         if (!tokens_getDouble(tokens[k], &point.x)) {
-            return errors_setName(ERR_NUMBER, tokens[k]);
+            return errors_setName(model, ERR_NUMBER, tokens[k]);
         }
         if (!tokens_getDouble(tokens[k + 1], &point.y)) {
-            return errors_setName(ERR_NUMBER, tokens[k + 1]);
+            return errors_setName(model, ERR_NUMBER, tokens[k + 1]);
         }
         appendPoint(curve, point);
     }

@@ -8,6 +8,8 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
+struct Model;
+
 enum CurveType : int32_t { TANK_CURVE, PUMP1_CURVE, PUMP2_CURVE, TRANSECT_CURVE };
 
 /// Points of a transect's filled area that a conduit keeps in its curve.
@@ -25,14 +27,11 @@ struct Curve {
     std::vector<CurvePoint> entries;  ///< in the order of the lines
 };
 
-extern Table<Curve> Curves;
-
-/// Makes the table for the counted curves, and empties it.
-void curve_createAll();
-void curve_deleteAll();
+/// Makes the table for the counted curves.
+void curve_createAll(Model& model);
 
 /// A line of [CURVES]. An error index, or 0.
-[[nodiscard]] int32_t curve_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t curve_readLine(Model& model, const Tokens& tokens);
 
 /// Tests the order of x. 0 or ERR_CURVE_SEQUENCE.
 [[nodiscard]] int32_t curve_validate(const Curve& curve);

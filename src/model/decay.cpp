@@ -8,6 +8,7 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/project.h"
@@ -16,50 +17,50 @@
 
 const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
 
-Decay* decay_create() {
-    Decay* decays = arena_allocateArray<Decay>(ProjectArena, project_pollutantCount());
-    if (decays && project_pollutantCount() > 0) {
+Decay* decay_create(Model& model) {
+    Decay* decays = arena_allocateArray<Decay>(model.memory.project, project_pollutantCount(model));
+    if (decays && project_pollutantCount(model) > 0) {
         decays[0] = NO_DECAY;
     }
     return decays;
 }
 
-bool decay_isAny(const Decay* decays) {
-    return std::any_of(decays, decays + project_pollutantCount(),
+bool decay_isAny(Model& model, const Decay* decays) {
+    return std::any_of(decays, decays + project_pollutantCount(model),
                        [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
 
-int32_t decay_readReaction(const Tokens& tokens, bool tellsWords, Reaction& reaction) {
-    const int32_t pollutant = names_find(POLLUT, tokens[2]);
+int32_t decay_readReaction(Model& model, const Tokens& tokens, bool tellsWords, Reaction& reaction) {
+    const int32_t pollutant = names_find(model, POLLUT, tokens[2]);
     if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     const int32_t type = tokens_findKeyword(tokens[3], ReactionWords);
     if (type < 0 && tellsWords) {
-        return errors_setName(ERR_KEYWORD, tokens[3]);
+        return errors_setName(model, ERR_KEYWORD, tokens[3]);
     }
     if (type != FIRST_ORDER) {
-        return errors_setName(ERR_DECAY_TYPE, tokens[0]);
+        return errors_setName(model, ERR_DECAY_TYPE, tokens[0]);
     }
     // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
     double perDay;
     if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
-        return errors_setName(ERR_NUMBER, tokens[4]);
+        return errors_setName(model, ERR_NUMBER, tokens[4]);
     }
     int32_t pattern = -1;
     if (*tokens[5]) {
-        pattern = names_find(PATTERN, tokens[5]);
+        pattern = names_find(model, PATTERN, tokens[5]);
         if (pattern < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[5]);
+            return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[5]);
         }
     }
     reaction = {pollutant, {FIRST_ORDER, pattern, perDay / SECONDS_PER_DAY, 0.0, 1.0}};
     return ERR_NONE;
 }
 
-int32_t decay_readItems(const Tokens& tokens, Decay* decays) {
+int32_t decay_readItems(Model& model, const Tokens& tokens, Decay* decays) {
     Reaction reaction{};
-    const int32_t error = decay_readReaction(tokens, false, reaction);
+    const int32_t error = decay_readReaction(model, tokens, false, reaction);
     if (!error) {
         decays[reaction.pollutant] = reaction.decay;
     }
@@ -75,18 +76,18 @@ static double getPower(Decay& decay, double exponent) {
     return decay.factor;
 }
 
-double decay_getFactor(Decay& decay, int32_t hour, double seconds) {
+double decay_getFactor(Model& model, Decay& decay, int32_t hour, double seconds) {
     if (decay.type != FIRST_ORDER) {
         return 1.0;
     }
-    return getPower(decay, -pattern_getFactor(decay.pattern, hour) * decay.k * seconds);
+    return getPower(decay, -pattern_getFactor(model, decay.pattern, hour) * decay.k * seconds);
 }
 
-double decay_react(Decay& decay, double concentration, int32_t hour, double seconds) {
+double decay_react(Model& model, Decay& decay, double concentration, int32_t hour, double seconds) {
     if (decay.type < 0) {
         return concentration;
     }
-    const double k = pattern_getFactor(decay.pattern, hour) * decay.k;
+    const double k = pattern_getFactor(model, decay.pattern, hour) * decay.k;
     switch (decay.type) {
         case CONST_CONCEN: return std::min(k, concentration);
         case CONST_RATIO: return (1.0 - std::min(k, 1.0)) * concentration;

@@ -4,10 +4,8 @@
 
 #include "model/errors.h"
 
+#include "model/model.h"
 #include "model/reportfile.h"
-
-int32_t ErrorCode = 0;
-std::string ErrorObjectName;
 
 struct ErrorEntry {
     int32_t publicCode;
@@ -39,15 +37,15 @@ static std::string formatMessage(int32_t index, const char* text) {
     return message;
 }
 
-void errors_report(int32_t index, const char* text) {
-    if (ReportFile) {
-        reportfile_writeLine("");
-        std::fputs(formatMessage(index, text).c_str(), ReportFile);
+void errors_report(Model& model, int32_t index, const char* text) {
+    if (model.files.report) {
+        reportfile_writeLine(model, "");
+        std::fputs(formatMessage(index, text).c_str(), model.files.report);
     }
-    ErrorCode = index;
+    model.error.code = index;
 }
 
-int32_t errors_setName(int32_t index, const char* text) {
-    ErrorObjectName = text;
+int32_t errors_setName(Model& model, int32_t index, const char* text) {
+    model.error.objectName = text;
     return index;
 }

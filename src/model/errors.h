@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+struct Model;
+
 /// Index of a failure: its place in the table of messages. 0 means no error.
 enum ErrorIndex : int32_t {
 #define TARNVELDE_ERROR(enumerator, code, text) enumerator,
@@ -12,8 +14,11 @@ enum ErrorIndex : int32_t {
     ERROR_COUNT
 };
 
-extern int32_t ErrorCode;            ///< the last failure, an ErrorIndex; sticky until the next open
-extern std::string ErrorObjectName;  ///< what the %s of a reader's message shows: a token or an ID
+/// The last failure.
+struct CurrentError {
+    int32_t code;            ///< ErrorIndex; sticky until the next open
+    std::string objectName;  ///< what the %s of a reader's message shows: a token or an ID
+};
 
 /// The message of a failure, its one %s still in it; the empty text for an index outside the table.
 [[nodiscard]] const char* errors_getMessage(int32_t index);
@@ -22,7 +27,7 @@ extern std::string ErrorObjectName;  ///< what the %s of a reader's message show
 [[nodiscard]] int32_t errors_getPublicCode(int32_t index);
 
 /// Writes a blank line and the message to the report, if one is open, and makes `index` the current error.
-void errors_report(int32_t index, const char* text);
+void errors_report(Model& model, int32_t index, const char* text);
 
 /// Stores the text that the message of a failure shows, and gives back the failure: how a line's parser fails.
-[[nodiscard]] int32_t errors_setName(int32_t index, const char* text);
+[[nodiscard]] int32_t errors_setName(Model& model, int32_t index, const char* text);

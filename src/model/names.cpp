@@ -8,28 +8,9 @@
 #include <vector>
 
 #include "model/arena.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "text/tokens.h"
-
-struct NameEntry {
-    const char* key;
-    uint32_t hash;
-    int32_t index;
-};
-
-/// The hash stands here once more: most looks at a slot that isn't the right one end with it, without a look at the
-/// entry.
-struct NameSlot {
-    int32_t entry;  ///< number, or -1
-    uint32_t hash;
-};
-
-struct NameTable {
-    std::vector<NameEntry> entries;
-    std::vector<NameSlot> slots;  ///< their count is a power of 2, at least twice the entries'
-};
-
-static NameTable NameTables[OBJECT_TYPE_COUNT];
 
 static uint32_t hashName(const char* name) {
     uint32_t hash = 2166136261u;  // FNV-1a
@@ -69,8 +50,8 @@ static void growTable(NameTable& table) {
     }
 }
 
-static const NameEntry* findEntry(int32_t type, const char* id) {
-    const NameTable& table = NameTables[type];
+static const NameEntry* findEntry(Model& model, int32_t type, const char* id) {
+    const NameTable& table = model.names[static_cast<size_t>(type)];
     if (!id || table.slots.empty()) {
         return nullptr;
     }
@@ -78,14 +59,8 @@ static const NameEntry* findEntry(int32_t type, const char* id) {
     return entry < 0 ? nullptr : &table.entries[static_cast<size_t>(entry)];
 }
 
-void names_clear() {
-    for (NameTable& table : NameTables) {
-        table = NameTable{};
-    }
-}
-
-int32_t names_add(int32_t type, const char* id, int32_t index) {
-    NameTable& table = NameTables[type];
+int32_t names_add(Model& model, int32_t type, const char* id, int32_t index) {
+    NameTable& table = model.names[static_cast<size_t>(type)];
     if (table.entries.size() * 2 >= table.slots.size()) {
         growTable(table);
     }
@@ -94,7 +69,7 @@ int32_t names_add(int32_t type, const char* id, int32_t index) {
     if (table.slots[slot].entry >= 0) {
         return 0;
     }
-    const char* key = names_copyText(id);
+    const char* key = names_copyText(model, id);
     if (!key) {
         return -1;
     }
@@ -103,18 +78,18 @@ int32_t names_add(int32_t type, const char* id, int32_t index) {
     return 1;
 }
 
-int32_t names_find(int32_t type, const char* id) {
-    const NameEntry* entry = findEntry(type, id);
+int32_t names_find(Model& model, int32_t type, const char* id) {
+    const NameEntry* entry = findEntry(model, type, id);
     return entry && *id ? entry->index : -1;
 }
 
-const char* names_findId(int32_t type, const char* id) {
-    const NameEntry* entry = findEntry(type, id);
+const char* names_findId(Model& model, int32_t type, const char* id) {
+    const NameEntry* entry = findEntry(model, type, id);
     return entry && *id ? entry->key : nullptr;
 }
 
-double names_getMeanWalk(int32_t type) {
-    const NameTable& table = NameTables[type];
+double names_getMeanWalk(Model& model, int32_t type) {
+    const NameTable& table = model.names[static_cast<size_t>(type)];
     const size_t mask = table.slots.size() - 1;
     double sum = 0.0;
     for (const NameEntry& entry : table.entries) {
@@ -124,8 +99,8 @@ double names_getMeanWalk(int32_t type) {
     return table.entries.empty() ? 0.0 : sum / static_cast<double>(table.entries.size());
 }
 
-const char* names_copyText(const char* text) {
+const char* names_copyText(Model& model, const char* text) {
     const size_t size = std::strlen(text) + 1;
-    char* copy = arena_allocateArray<char>(ProjectArena, static_cast<int64_t>(size));
+    char* copy = arena_allocateArray<char>(model.memory.project, static_cast<int64_t>(size));
     return copy ? static_cast<const char*>(std::memcpy(copy, text, size)) : nullptr;
 }

@@ -7,6 +7,8 @@
 #include "text/datetime.h"
 #include "text/tokens.h"
 
+struct Model;
+
 enum PatternType : int32_t { PATTERN_MONTHLY, PATTERN_HOURLY };
 
 constexpr int32_t PATTERN_SIZE = 24;
@@ -18,14 +20,12 @@ struct Pattern {
     double factors[PATTERN_SIZE];  ///< 0 where none was read
 };
 
-extern Table<Pattern> Patterns;
-
 /// A line of [PATTERNS]. An error index, or 0.
-[[nodiscard]] int32_t pattern_read(const Tokens& tokens);
+[[nodiscard]] int32_t pattern_read(Model& model, const Tokens& tokens);
 
 /// The factor in an hour of the day (0 ... 23), for every type of pattern: one of monthly type is looked up by the hour
 /// too. 1.0 for an index outside the table.
-[[nodiscard]] double pattern_getFactor(int32_t pattern, int32_t hour);
+[[nodiscard]] double pattern_getFactor(Model& model, int32_t pattern, int32_t hour);
 
 /// For tests: the same in the hour of a date. A step works its hour out once for all that ask.
-[[nodiscard]] double pattern_hourlyFactor(int32_t pattern, DateTime date);
+[[nodiscard]] double pattern_hourlyFactor(Model& model, int32_t pattern, DateTime date);

@@ -4,23 +4,22 @@
 #include "model/pollut.h"
 
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 
-Table<Pollut> Polluts;
-
-int32_t pollut_readLine(const Tokens& tokens, int32_t index) {
+int32_t pollut_readLine(Model& model, const Tokens& tokens, int32_t index) {
     if (tokens.count < 2) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* id = names_findId(POLLUT, tokens[0]);
+    const char* id = names_findId(model, POLLUT, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     double concentration;
     if (!tokens_getNonNegative(tokens[1], &concentration)) {
-        return errors_setName(ERR_NUMBER, tokens[1]);
+        return errors_setName(model, ERR_NUMBER, tokens[1]);
     }
-    Polluts[index] = {id, concentration};
+    model.polluts[index] = {id, concentration};
     return ERR_NONE;
 }

@@ -3,14 +3,15 @@
 // kind of node or link beyond its number, no step and no result. A room here owns one table (curves, series, patterns,
 // pollutants), or one service (names, memory, failures) that every floor above calls.
 //
-// The one project of the process: enumerations, counters, the common records of nodes and links, options, clocks and
-// the totals that many rooms add to. The record of a kind stands in the room of that kind.
+// What all rooms name: the classes and kinds of object, the common records of nodes and links, options, clocks and the
+// totals that many rooms add to. The record of a kind stands in the room of that kind.
 
 #include <cstdint>
+#include <cstdio>
 #include <string>
 #include <vector>
 
-#include "model/table.h"
+#include "text/textfile.h"
 
 /// Classes of object. The numbers index ObjectCount and the tables of names.
 enum ObjectType : int32_t {
@@ -46,10 +47,6 @@ enum LinkKind : int32_t {
 /// The words by which the report calls the kinds.
 extern const char* const NodeKindWords[NODE_KIND_COUNT];
 extern const char* const LinkKindWords[LINK_KIND_COUNT];
-
-extern int32_t ObjectCount[OBJECT_TYPE_COUNT];
-extern int32_t NodeKindCount[NODE_KIND_COUNT];
-extern int32_t LinkKindCount[LINK_KIND_COUNT];
 
 struct ExtInflow;
 struct DwfInflow;
@@ -99,9 +96,6 @@ struct alignas(64) Link {
     double statMaxFlood;     ///< m3/s
 };
 
-extern Table<Node> Nodes;
-extern Table<Link> Links;
-
 /// Water of the whole network over the run, m3.
 struct FlowTotalsRecord {
     double externalInflow;
@@ -140,42 +134,60 @@ struct QualTotalsRecord {
     double finalStorage;
 };
 
-extern FlowTotalsRecord FlowTotals;
-extern QualTotalsRecord* QualTotals;  ///< one per pollutant; null before the first start
+/// What was made and lost over the run.
+struct Totals {
+    FlowTotalsRecord flow;
+    QualTotalsRecord* quality;  ///< one per pollutant; null before the first start
+    double runoffError;         ///< %, set by the last report, as are the next two
+    double flowError;           ///< %
+    double qualityError;        ///< %
+};
 
-extern double RunoffError;   ///< %, set by the last report
-extern double FlowError;     ///< %
-extern double QualityError;  ///< %
+/// How many objects the file has, of each class, kind of node and kind of link.
+struct ObjectCounts {
+    int32_t objects[OBJECT_TYPE_COUNT];
+    int32_t nodeKinds[NODE_KIND_COUNT];
+    int32_t linkKinds[LINK_KIND_COUNT];
+};
 
-// Names and options.
-extern std::string InputFileName;  ///< cut to 259 bytes, as are the next two
-extern std::string ReportFileName;
-extern std::string ResultsFileName;
-extern std::string InputFolder;      ///< drive and folder of the input file, with the separator at its end
-extern std::string DbFileName;       ///< database, beside the input file
-extern std::string Description[10];  ///< lines of the report's head; an empty one is unused
+/// The choices of the file, and what follows from them alone.
+struct Options {
+    double startDate, startTime, endDate, endTime;  ///< days
+    double startDateTime, endDateTime;              ///< days
+    double totalDuration;                           ///< ms, of the run
+    int32_t runoffStep, routingStep, reportStep;    ///< s
+    double startDryDays;                            ///< days
+    bool reportAverage;                             ///< node and link results are means over the report step
+    bool lidMonoRainfall;                           ///< rain of their gages falls on LID monomer nodes
+    double eventInterval;                           ///< s, gap between rain events
+    double eventMinValue;                           ///< mm, smallest rain that makes an event
+    double conduitLengthening;                      ///< m, smallest length of a conduit
+};
 
-extern std::string SwmmDllPath, SwmmTempDir;  ///< library of SWMM nodes, and folder for its private copies
-extern std::string VornDllPath, VornTempDir;  ///< the same of treatment-plant nodes
+/// Clocks of the run, milliseconds since the start.
+struct Clock {
+    double oldRunoffTime, newRunoffTime;
+    double oldRoutingTime, newRoutingTime;
+    double reportTime;
+    double elapsedDays;  ///< days
+};
 
-extern double StartDate, StartTime, EndDate, EndTime;  ///< days
-extern double StartDateTime, EndDateTime;              ///< days
-extern int32_t RunoffStep, RoutingStep, ReportStep;    ///< s
-extern double StartDryDays;                            ///< days
-extern bool ReportAverage;                             ///< node and link results are means over the report step
-extern bool LidMonoRainfall;                           ///< rain of their gages falls on LID monomer nodes
-extern double EventInterval;                           ///< s, gap between rain events
-extern double EventMinValue;                           ///< mm, smallest rain that makes an event
-extern double ConduitLengthening;                      ///< m, smallest length of a conduit
+/// Names of files as the host gave them, and those of them that are open.
+struct Files {
+    std::string inputName;  ///< cut to 259 bytes, as are the next two
+    std::string reportName;
+    std::string resultsName;
+    std::string inputFolder;   ///< drive and folder of the input file, with the separator at its end
+    std::string databaseName;  ///< beside the input file
+    TextFile input;            ///< open from the opening of the project to its close
+    std::FILE* report;         ///< null while none is open
+};
 
-// State and clocks of the run, milliseconds since the start.
-extern bool IsOpen, IsStarted;
-extern int32_t SaveMode;
-extern double OldRunoffTime, NewRunoffTime;
-extern double OldRoutingTime, NewRoutingTime;
-extern double ReportTime;
-extern double TotalDuration;
-extern double ElapsedDays;  ///< days
+/// Libraries of the engines inside nodes, and the folders for their private copies.
+struct EngineLibraries {
+    std::string swmmLibrary, swmmFolder;
+    std::string vornLibrary, vornFolder;
+};
 
 /// One-shot flows (m3/s) and loads (kg/s) from the host, for the coming routing step; in the order of the calls.
 struct HostInflow {
@@ -183,8 +195,6 @@ struct HostInflow {
     int32_t pollutant;
     double value;
 };
-extern std::vector<HostInflow> HostInflows;
-extern std::vector<HostInflow> HostLoads;
 
 /// One request of the host for an object inside a SWMM node.
 struct SwmmRequest {
@@ -193,19 +203,15 @@ struct SwmmRequest {
     std::string pollutant;  ///< loads only
     double value;
 };
-extern std::vector<SwmmRequest> SwmmInflowRequests;
-extern std::vector<SwmmRequest> SwmmSettingRequests;
-extern std::vector<SwmmRequest> SwmmLoadRequests;
+
+/// What the host has asked for since the last routing step.
+struct HostRequests {
+    std::vector<HostInflow> inflows;
+    std::vector<HostInflow> loads;
+    std::vector<SwmmRequest> swmmInflows;
+    std::vector<SwmmRequest> swmmSettings;
+    std::vector<SwmmRequest> swmmLoads;
+};
 
 /// Below this rate, m/s, there is no rain and no runoff.
 constexpr double DRY_RATE = 7.056e-10;
-
-/// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
-[[nodiscard]] double project_getDate(double clock);
-
-[[nodiscard]] inline int32_t project_pollutantCount() {
-    return ObjectCount[POLLUT];
-}
-
-/// Empties the five lists that a host has filled.
-void project_clearHostLists();

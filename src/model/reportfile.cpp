@@ -5,18 +5,18 @@
 
 #include <cstdarg>
 
-std::FILE* ReportFile = nullptr;
+#include "model/model.h"
 
-void reportfile_print(const char* format, ...) {
-    if (!ReportFile) {
+void reportfile_print(Model& model, const char* format, ...) {
+    if (!model.files.report) {
         return;
     }
     va_list arguments;
     va_start(arguments, format);
-    std::vfprintf(ReportFile, format, arguments);
+    std::vfprintf(model.files.report, format, arguments);
     va_end(arguments);
 }
 
-void reportfile_writeLine(const char* text) {
-    reportfile_print("\n  %s", text);
+void reportfile_writeLine(Model& model, const char* text) {
+    reportfile_print(model, "\n  %s", text);
 }

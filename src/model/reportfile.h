@@ -3,13 +3,13 @@
 
 #include <cstdio>
 
-extern std::FILE* ReportFile;  ///< null while none is open
+struct Model;
 
 /// Formatted write to the report, if one is open.
 #if defined(__GNUC__)
-__attribute__((format(printf, 1, 2)))
+__attribute__((format(printf, 2, 3)))
 #endif
-void reportfile_print(const char* format, ...);
+void reportfile_print(Model& model, const char* format, ...);
 
 /// Writes a line feed, two blanks and the text to the report, if one is open.
-void reportfile_writeLine(const char* text);
+void reportfile_writeLine(Model& model, const char* text);

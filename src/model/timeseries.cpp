@@ -9,29 +9,21 @@
 
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 
-Table<Series> TimeSeries;
-
 static constexpr size_t FILE_NAME_SIZE = 259;
 
-void timeseries_createAll() {
-    TimeSeries.fill(ObjectCount[TSERIES], Series{});
-}
-
-void timeseries_deleteAll() {
-    for (Series& series : TimeSeries) {
-        textfile_close(series.file);
-    }
-    TimeSeries = {};
+void timeseries_createAll(Model& model) {
+    model.timeSeries.fill(model.counts.objects[TSERIES], Series{});
 }
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// Reads date, time and value by turns; a date may be left out, and the one before it then holds. What is cut off by
 /// the end of the line is lost without a message.
-static int32_t readEntries(const Tokens& tokens, Series& series) {
+static int32_t readEntries(Model& model, const Tokens& tokens, Series& series) {
     int32_t k = 1;
     while (k < tokens.count) {
         DateTime date;
@@ -45,14 +37,14 @@ static int32_t readEntries(const Tokens& tokens, Series& series) {
         }
         double time;
         if (!datetime_parseTime(tokens[k], &time)) {
-            return errors_setName(ERR_NUMBER, tokens[k]);
+            return errors_setName(model, ERR_NUMBER, tokens[k]);
         }
         if (++k >= tokens.count) {
             break;
         }
         double value;
         if (!tokens_getDouble(tokens[k], &value)) {
-            return errors_setName(ERR_NUMBER, tokens[k]);
+            return errors_setName(model, ERR_NUMBER, tokens[k]);
         }
         ++k;
         series.entries.push_back({time + series.dateInForce, value});
@@ -60,17 +52,17 @@ static int32_t readEntries(const Tokens& tokens, Series& series) {
     return ERR_NONE;
 }
 
-int32_t timeseries_readLine(const Tokens& tokens) {
+int32_t timeseries_readLine(Model& model, const Tokens& tokens) {
     if (tokens.count < 3) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t index = names_find(TSERIES, tokens[0]);
+    const int32_t index = names_find(model, TSERIES, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    Series& series = TimeSeries[index];
+    Series& series = model.timeSeries[index];
     if (!series.id) {
-        series.id = names_findId(TSERIES, tokens[0]);
+        series.id = names_findId(model, TSERIES, tokens[0]);
     }
     // Only the word in capitals names a file: "file" is read as a time, and refused.
     if (std::strcmp(tokens[1], "FILE") == 0) {
@@ -79,9 +71,9 @@ int32_t timeseries_readLine(const Tokens& tokens) {
         return ERR_NONE;
     }
     if (tokens.count < 4) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    return readEntries(tokens, series);
+    return readEntries(model, tokens, series);
 }
 
 // --- entries -------------------------------------------------------------------------------------------------------
@@ -150,13 +142,13 @@ bool timeseries_getNextEntry(Series& series, SeriesCursor& cursor, SeriesEntry& 
 // --- validation ----------------------------------------------------------------------------------------------------
 
 /// A series file is looked for as named, then beside the project file.
-static bool openSeriesFile(Series& series) {
+static bool openSeriesFile(Model& model, Series& series) {
     return textfile_open(series.file, series.fileName.c_str()) ||
-           textfile_open(series.file, (InputFolder + series.fileName).c_str());
+           textfile_open(series.file, (model.files.inputFolder + series.fileName).c_str());
 }
 
-int32_t timeseries_validate(Series& series) {
-    if (series.isInFile && !openSeriesFile(series)) {
+int32_t timeseries_validate(Model& model, Series& series) {
+    if (series.isInFile && !openSeriesFile(model, series)) {
         return ERR_SERIES_FILE_OPEN;
     }
     SeriesCursor& cursor = series.cursor;

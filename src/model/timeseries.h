@@ -10,6 +10,8 @@
 #include "text/textfile.h"
 #include "text/tokens.h"
 
+struct Model;
+
 struct SeriesEntry {
     DateTime date;
     double value;  ///< in the unit of whoever reads it
@@ -37,18 +39,15 @@ struct Series {
     SeriesCursor cursor;  ///< that of the simulation: gages and inflows of one series move it for each other
 };
 
-extern Table<Series> TimeSeries;
-
-/// Makes the table for the counted series; closes the files and empties it.
-void timeseries_createAll();
-void timeseries_deleteAll();
+/// Makes the table for the counted series.
+void timeseries_createAll(Model& model);
 
 /// A line of [TIMESERIES]. An error index, or 0.
-[[nodiscard]] int32_t timeseries_readLine(const Tokens& tokens);
+[[nodiscard]] int32_t timeseries_readLine(Model& model, const Tokens& tokens);
 
 /// Opens the file of a series and tests the order of the dates; leaves the cursor of the series where it stopped. 0,
 /// ERR_SERIES_FILE_OPEN, ERR_SERIES_FILE_DATA, or ERR_CURVE_SEQUENCE with the bad entry's date in `cursor.after`.
-[[nodiscard]] int32_t timeseries_validate(Series& series);
+[[nodiscard]] int32_t timeseries_validate(Model& model, Series& series);
 
 /// Puts a cursor in front, with the first two entries around it.
 void timeseries_rewind(Series& series, SeriesCursor& cursor);

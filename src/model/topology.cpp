@@ -3,27 +3,21 @@
 
 #include "model/topology.h"
 
+#include "model/model.h"
 #include "model/project.h"
 
-struct LinkIndex {
-    Table<int32_t> start;  ///< by node: where its links begin; one more at the end
-    Table<int32_t> links;
-};
-
-static LinkIndex Outgoing, Incoming;
-
-static void indexLinks(LinkIndex& index, int32_t Link::*end) {
-    index.start.fill(Nodes.size() + 1, 0);
-    index.links.resize(Links.size());
-    for (const Link& link : Links) {
+static void indexLinks(Model& model, LinkIndex& index, int32_t Link::*end) {
+    index.start.fill(model.nodes.size() + 1, 0);
+    index.links.resize(model.links.size());
+    for (const Link& link : model.links) {
         ++index.start[link.*end + 1];
     }
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
         index.start[k + 1] += index.start[k];
     }
     Table<int32_t> next = index.start;
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        index.links[next[Links[k].*end]++] = k;
+    for (int32_t k = 0; k < model.links.size(); ++k) {
+        index.links[next[model.links[k].*end]++] = k;
     }
 }
 
@@ -34,20 +28,15 @@ static LinkList getLinks(const LinkIndex& index, int32_t node) {
     return {index.links.data() + index.start[node], index.start[node + 1] - index.start[node]};
 }
 
-void topology_indexLinks() {
-    indexLinks(Outgoing, &Link::fromNode);
-    indexLinks(Incoming, &Link::toNode);
+void topology_indexLinks(Model& model) {
+    indexLinks(model, model.outgoingLinks, &Link::fromNode);
+    indexLinks(model, model.incomingLinks, &Link::toNode);
 }
 
-LinkList topology_getOutgoing(int32_t node) {
-    return getLinks(Outgoing, node);
+LinkList topology_getOutgoing(Model& model, int32_t node) {
+    return getLinks(model.outgoingLinks, node);
 }
 
-LinkList topology_getIncoming(int32_t node) {
-    return getLinks(Incoming, node);
-}
-
-void topology_clear() {
-    Outgoing = {};
-    Incoming = {};
+LinkList topology_getIncoming(Model& model, int32_t node) {
+    return getLinks(model.incomingLinks, node);
 }

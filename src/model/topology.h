@@ -3,6 +3,10 @@
 
 #include <cstdint>
 
+#include "model/table.h"
+
+struct Model;
+
 /// A run of link indices.
 struct LinkList {
     const int32_t* first;
@@ -12,12 +16,15 @@ struct LinkList {
     const int32_t* end() const { return first + count; }
 };
 
-/// Sorts the links by their nodes; called once, when all is read.
-void topology_indexLinks();
+/// The links of all nodes, one list behind the other.
+struct LinkIndex {
+    Table<int32_t> start;  ///< by node: where its links begin; one more at the end
+    Table<int32_t> links;
+};
 
-/// Forgets the lists.
-void topology_clear();
+/// Sorts the links by their nodes; called once, when all is read.
+void topology_indexLinks(Model& model);
 
 /// Links that start, and links that end at a node; none before the links are sorted.
-[[nodiscard]] LinkList topology_getOutgoing(int32_t node);
-[[nodiscard]] LinkList topology_getIncoming(int32_t node);
+[[nodiscard]] LinkList topology_getOutgoing(Model& model, int32_t node);
+[[nodiscard]] LinkList topology_getIncoming(Model& model, int32_t node);

@@ -9,6 +9,7 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/prefetch.h"
@@ -19,24 +20,15 @@
 
 static const char* const InflowKindWords[] = {"FLOW", "CONCEN", "MASS", nullptr};
 
-static std::vector<int32_t> NodesWithExternal;  ///< in node order
-
-/// A node with dry-weather inflows, and its record of the flow, which mostly is the last of its list.
-struct DryWeatherNode {
-    int32_t node;
-    const DwfInflow* flow;  ///< or null
-};
-static std::vector<DryWeatherNode> NodesWithDryWeather;  ///< in node order
-
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// Finds an object by a word that may be empty, which means none. The error, or 0.
-static int32_t findOptional(int32_t type, const char* word, int32_t& index) {
+static int32_t findOptional(Model& model, int32_t type, const char* word, int32_t& index) {
     index = -1;
     if (*word) {
-        index = names_find(type, word);
+        index = names_find(model, type, word);
         if (index < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, word);
+            return errors_setName(model, ERR_UNDEFINED_OBJECT, word);
         }
     }
     return ERR_NONE;
@@ -56,12 +48,12 @@ static ExtInflow* findReplaced(ExtInflow* list, int32_t kind, int32_t pollutant)
     return nullptr;
 }
 
-static int32_t storeExternal(Node& node, const ExtInflow& values) {
+static int32_t storeExternal(Model& model, Node& node, const ExtInflow& values) {
     ExtInflow* record = findReplaced(node.extInflow, values.kind, values.pollutant);
     if (!record) {
-        record = arena_allocateArray<ExtInflow>(ProjectArena, 1);
+        record = arena_allocateArray<ExtInflow>(model.memory.project, 1);
         if (!record) {
-            return errors_setName(ERR_MEMORY, "");
+            return errors_setName(model, ERR_MEMORY, "");
         }
         record->next = node.extInflow;
         node.extInflow = record;
@@ -70,77 +62,77 @@ static int32_t storeExternal(Node& node, const ExtInflow& values) {
     *record = values;
     record->next = next;
     if (values.series >= 0) {
-        TimeSeries[values.series].isUsedByInflow = true;
+        model.timeSeries[values.series].isUsedByInflow = true;
     }
     return ERR_NONE;
 }
 
-int32_t inflows_readExternal(const Tokens& tokens) {
+int32_t inflows_readExternal(Model& model, const Tokens& tokens) {
     if (tokens.count < 5) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t node = names_find(NODE, tokens[0]);
+    const int32_t node = names_find(model, NODE, tokens[0]);
     if (node < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     ExtInflow record{};
     record.kind = tokens_findKeyword(tokens[1], InflowKindWords);
     if (record.kind < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[1]);
+        return errors_setName(model, ERR_KEYWORD, tokens[1]);
     }
     record.pollutant = -1;
     if (record.kind != INFLOW_FLOW) {
-        record.pollutant = names_find(POLLUT, tokens[2]);
+        record.pollutant = names_find(model, POLLUT, tokens[2]);
         if (record.pollutant < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
+            return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
         }
     } else if (std::strcmp(tokens[2], "FLOW") != 0) {
-        return errors_setName(ERR_KEYWORD, tokens[2]);
+        return errors_setName(model, ERR_KEYWORD, tokens[2]);
     }
     if (!tokens_getDouble(tokens[3], &record.baseline)) {
-        return errors_setName(ERR_NUMBER, tokens[3]);
+        return errors_setName(model, ERR_NUMBER, tokens[3]);
     }
-    if (const int32_t error = findOptional(TSERIES, tokens[4], record.series)) {
+    if (const int32_t error = findOptional(model, TSERIES, tokens[4], record.series)) {
         return error;
     }
     if (tokens.count < 6) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     if (!tokens_getDouble(tokens[5], &record.scale)) {
-        return errors_setName(ERR_NUMBER, tokens[5]);
+        return errors_setName(model, ERR_NUMBER, tokens[5]);
     }
-    return storeExternal(Nodes[node], record);
+    return storeExternal(model, model.nodes[node], record);
 }
 
-int32_t inflows_readDryWeather(const Tokens& tokens) {
+int32_t inflows_readDryWeather(Model& model, const Tokens& tokens) {
     if (tokens.count < 4) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const int32_t index = names_find(NODE, tokens[0]);
+    const int32_t index = names_find(model, NODE, tokens[0]);
     if (index < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     int32_t pollutant = -1;
     if (std::strcmp(tokens[1], "FLOW") != 0) {
-        pollutant = names_find(POLLUT, tokens[1]);
+        pollutant = names_find(model, POLLUT, tokens[1]);
         if (pollutant < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+            return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
         }
     }
     double average;
     if (!tokens_getDouble(tokens[2], &average)) {
-        return errors_setName(ERR_NUMBER, tokens[2]);
+        return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
     int32_t pattern;
-    if (const int32_t error = findOptional(PATTERN, tokens[3], pattern)) {
+    if (const int32_t error = findOptional(model, PATTERN, tokens[3], pattern)) {
         return error;
     }
-    Node& node = Nodes[index];
+    Node& node = model.nodes[index];
     auto* record = const_cast<DwfInflow*>(inflows_findDryWeather(node.dwfInflow, pollutant));
     if (!record) {
-        record = arena_allocateArray<DwfInflow>(ProjectArena, 1);
+        record = arena_allocateArray<DwfInflow>(model.memory.project, 1);
         if (!record) {
-            return errors_setName(ERR_MEMORY, "");
+            return errors_setName(model, ERR_MEMORY, "");
         }
         record->next = node.dwfInflow;
         node.dwfInflow = record;
@@ -151,12 +143,12 @@ int32_t inflows_readDryWeather(const Tokens& tokens) {
     return ERR_NONE;
 }
 
-void inflows_validateDryWeather(int32_t node) {
-    for (const DwfInflow* record = Nodes[node].dwfInflow; record; record = record->next) {
+void inflows_validateDryWeather(Model& model, int32_t node) {
+    for (const DwfInflow* record = model.nodes[node].dwfInflow; record; record = record->next) {
         if (record->pattern >= 0) {
-            const Pattern& pattern = Patterns[record->pattern];
+            const Pattern& pattern = model.patterns[record->pattern];
             if (pattern.type != PATTERN_HOURLY) {
-                errors_report(ERR_DWF_PATTERN, pattern.id);
+                errors_report(model, ERR_DWF_PATTERN, pattern.id);
             }
         }
     }
@@ -164,29 +156,24 @@ void inflows_validateDryWeather(int32_t node) {
 
 // --- external inflows ----------------------------------------------------------------------------------------------
 
-void inflows_clear() {
-    NodesWithExternal = {};
-    NodesWithDryWeather = {};
-}
-
-void inflows_openRun() {
-    NodesWithExternal.clear();
-    NodesWithDryWeather.clear();
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].extInflow) {
-            NodesWithExternal.push_back(k);
+void inflows_openRun(Model& model) {
+    model.nodesWithExternal.clear();
+    model.nodesWithDryWeather.clear();
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        if (model.nodes[k].extInflow) {
+            model.nodesWithExternal.push_back(k);
         }
-        if (Nodes[k].dwfInflow) {
-            NodesWithDryWeather.push_back({k, inflows_findDryWeather(Nodes[k].dwfInflow, -1)});
+        if (model.nodes[k].dwfInflow) {
+            model.nodesWithDryWeather.push_back({k, inflows_findDryWeather(model.nodes[k].dwfInflow, -1)});
         }
     }
 }
 
 /// Constant and series of a record. The series is asked whatever else the record is worth: that moves its cursor.
-static double getExternalValue(const ExtInflow& record, DateTime date) {
+static double getExternalValue(Model& model, const ExtInflow& record, DateTime date) {
     double value = record.baseline;
     if (record.series >= 0) {
-        Series& series = TimeSeries[record.series];
+        Series& series = model.timeSeries[record.series];
         value += timeseries_lookup(series, series.cursor, date) * record.scale;
     }
     return value;
@@ -198,32 +185,32 @@ struct HostRange {
     const HostInflow* last;
 };
 
-static void applyToNode(Node& node, HostRange flows, HostRange loads, DateTime date) {
+static void applyToNode(Model& model, Node& node, HostRange flows, HostRange loads, DateTime date) {
     const ExtInflow* record = node.extInflow;
     while (record && record->kind != INFLOW_FLOW) {
         record = record->next;
     }
-    const double seriesFlow = record ? getExternalValue(*record, date) : 0.0;
+    const double seriesFlow = record ? getExternalValue(model, *record, date) : 0.0;
     double flow = seriesFlow;
     for (const HostInflow* host = flows.first; host != flows.last; ++host) {
         flow += host->value;
     }
     node.newLatFlow += flow;
-    FlowTotals.externalInflow += RoutingStep * flow;
+    model.totals.flow.externalInflow += model.options.routingStep * flow;
     for (record = node.extInflow; record; record = record->next) {
         if (record->kind == INFLOW_FLOW) {
             continue;
         }
-        double load = getExternalValue(*record, date);
+        double load = getExternalValue(model, *record, date);
         if (record->kind == INFLOW_CONCEN) {
             load = load * (seriesFlow / G_PER_KG);  // never of the host's flows
         }
         node.massInflow[record->pollutant] += load;
-        QualTotals[record->pollutant].externalInflow += RoutingStep * load;
+        model.totals.quality[record->pollutant].externalInflow += model.options.routingStep * load;
     }
     for (const HostInflow* host = loads.first; host != loads.last; ++host) {
         node.massInflow[host->pollutant] += host->value;
-        QualTotals[host->pollutant].externalInflow += RoutingStep * host->value;
+        model.totals.quality[host->pollutant].externalInflow += model.options.routingStep * host->value;
     }
 }
 
@@ -242,17 +229,17 @@ static HostRange takeEntries(const HostInflow*& at, const HostInflow* end, int32
 }
 
 /// With requests of the host: a merge of three lists in node order.
-static void applyWithHost(DateTime date) {
-    sortByNode(HostInflows);
-    sortByNode(HostLoads);
-    const HostInflow* flow = HostInflows.data();
-    const HostInflow* flowEnd = flow + HostInflows.size();
-    const HostInflow* load = HostLoads.data();
-    const HostInflow* loadEnd = load + HostLoads.size();
+static void applyWithHost(Model& model, DateTime date) {
+    sortByNode(model.requests.inflows);
+    sortByNode(model.requests.loads);
+    const HostInflow* flow = model.requests.inflows.data();
+    const HostInflow* flowEnd = flow + model.requests.inflows.size();
+    const HostInflow* load = model.requests.loads.data();
+    const HostInflow* loadEnd = load + model.requests.loads.size();
     size_t k = 0;
     for (;;) {
         int32_t node = INT32_MAX;
-        node = k < NodesWithExternal.size() ? std::min(node, NodesWithExternal[k]) : node;
+        node = k < model.nodesWithExternal.size() ? std::min(node, model.nodesWithExternal[k]) : node;
         node = flow != flowEnd ? std::min(node, flow->node) : node;
         node = load != loadEnd ? std::min(node, load->node) : node;
         if (node == INT32_MAX) {
@@ -260,20 +247,20 @@ static void applyWithHost(DateTime date) {
         }
         const HostRange flows = takeEntries(flow, flowEnd, node);
         const HostRange loads = takeEntries(load, loadEnd, node);
-        applyToNode(Nodes[node], flows, loads, date);
-        k += k < NodesWithExternal.size() && NodesWithExternal[k] == node ? 1 : 0;
+        applyToNode(model, model.nodes[node], flows, loads, date);
+        k += k < model.nodesWithExternal.size() && model.nodesWithExternal[k] == node ? 1 : 0;
     }
-    HostInflows.clear();
-    HostLoads.clear();
+    model.requests.inflows.clear();
+    model.requests.loads.clear();
 }
 
-void inflows_applyExternal(DateTime date) {
-    if (!HostInflows.empty() || !HostLoads.empty()) {
-        applyWithHost(date);
+void inflows_applyExternal(Model& model, DateTime date) {
+    if (!model.requests.inflows.empty() || !model.requests.loads.empty()) {
+        applyWithHost(model, date);
         return;
     }
-    for (const int32_t node : NodesWithExternal) {
-        applyToNode(Nodes[node], HostRange{}, HostRange{}, date);
+    for (const int32_t node : model.nodesWithExternal) {
+        applyToNode(model, model.nodes[node], HostRange{}, HostRange{}, date);
     }
 }
 
@@ -286,34 +273,34 @@ const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant
     return list;
 }
 
-double inflows_dryWeatherValue(const DwfInflow& record, int32_t hour) {
-    return record.average * pattern_getFactor(record.pattern, hour);
+double inflows_dryWeatherValue(Model& model, const DwfInflow& record, int32_t hour) {
+    return record.average * pattern_getFactor(model, record.pattern, hour);
 }
 
-static void applyDryWeather(Node& node, const DwfInflow* flowRecord, int32_t hour) {
-    const double flow = flowRecord ? inflows_dryWeatherValue(*flowRecord, hour) : 0.0;
+static void applyDryWeather(Model& model, Node& node, const DwfInflow* flowRecord, int32_t hour) {
+    const double flow = flowRecord ? inflows_dryWeatherValue(model, *flowRecord, hour) : 0.0;
     node.newLatFlow += flow;
-    FlowTotals.dryWeatherInflow += RoutingStep * flow;
+    model.totals.flow.dryWeatherInflow += model.options.routingStep * flow;
     for (const DwfInflow* record = node.dwfInflow; record; record = record->next) {
         if (record->pollutant >= 0) {
-            const double load = inflows_dryWeatherValue(*record, hour) * flow / G_PER_KG;
+            const double load = inflows_dryWeatherValue(model, *record, hour) * flow / G_PER_KG;
             node.massInflow[record->pollutant] += load;
-            QualTotals[record->pollutant].dryWeatherInflow += RoutingStep * load;
+            model.totals.quality[record->pollutant].dryWeatherInflow += model.options.routingStep * load;
         }
     }
 }
 
-void inflows_applyDryWeather(DateTime date) {
+void inflows_applyDryWeather(Model& model, DateTime date) {
     const int32_t hour = datetime_getHour(date);
     static constexpr size_t AHEAD = 8;
-    for (size_t k = 0; k < NodesWithDryWeather.size(); ++k) {
-        if (k + AHEAD < NodesWithDryWeather.size()) {
-            prefetch_line(&Nodes[NodesWithDryWeather[k + AHEAD].node]);
-            const DryWeatherNode& near = NodesWithDryWeather[k + AHEAD / 2];
-            prefetch_line(Nodes[near.node].dwfInflow);
+    for (size_t k = 0; k < model.nodesWithDryWeather.size(); ++k) {
+        if (k + AHEAD < model.nodesWithDryWeather.size()) {
+            prefetch_line(&model.nodes[model.nodesWithDryWeather[k + AHEAD].node]);
+            const DryWeatherNode& near = model.nodesWithDryWeather[k + AHEAD / 2];
+            prefetch_line(model.nodes[near.node].dwfInflow);
             prefetch_line(near.flow);
         }
-        const DryWeatherNode& entry = NodesWithDryWeather[k];
-        applyDryWeather(Nodes[entry.node], entry.flow, hour);
+        const DryWeatherNode& entry = model.nodesWithDryWeather[k];
+        applyDryWeather(model, model.nodes[entry.node], entry.flow, hour);
     }
 }

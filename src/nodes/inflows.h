@@ -6,6 +6,8 @@
 #include "text/datetime.h"
 #include "text/tokens.h"
 
+struct Model;
+
 enum InflowKind : int32_t { INFLOW_FLOW, INFLOW_CONCEN, INFLOW_MASS };
 
 /// A constant plus a scaled time series.
@@ -26,27 +28,30 @@ struct DwfInflow {
     DwfInflow* next;
 };
 
+/// A node with dry-weather inflows, and its record of the flow, which mostly is the last of its list.
+struct DryWeatherNode {
+    int32_t node;
+    const DwfInflow* flow;  ///< or null
+};
+
 /// A line of [INFLOWS] or [DWFS]. An error index, or 0.
-[[nodiscard]] int32_t inflows_readExternal(const Tokens& tokens);
-[[nodiscard]] int32_t inflows_readDryWeather(const Tokens& tokens);
+[[nodiscard]] int32_t inflows_readExternal(Model& model, const Tokens& tokens);
+[[nodiscard]] int32_t inflows_readDryWeather(Model& model, const Tokens& tokens);
 
 /// Tests the patterns of a node's dry-weather inflows; writes what is wrong to the report.
-void inflows_validateDryWeather(int32_t node);
+void inflows_validateDryWeather(Model& model, int32_t node);
 
 /// Lists the nodes with inflows for a run.
-void inflows_openRun();
-
-/// Forgets them.
-void inflows_clear();
+void inflows_openRun(Model& model);
 
 /// Adds the external inflows at a date, and the host's, to flow and load of their nodes; the host's are used up.
-void inflows_applyExternal(DateTime date);
+void inflows_applyExternal(Model& model, DateTime date);
 
 /// Adds the dry-weather inflows at a date to flow and load of their nodes.
-void inflows_applyDryWeather(DateTime date);
+void inflows_applyDryWeather(Model& model, DateTime date);
 
 /// Value of a dry-weather record in an hour of the day: m3/s or mg/L.
-[[nodiscard]] double inflows_dryWeatherValue(const DwfInflow& record, int32_t hour);
+[[nodiscard]] double inflows_dryWeatherValue(Model& model, const DwfInflow& record, int32_t hour);
 
 /// The first record of a list with this pollutant (-1: the flow), or null.
 [[nodiscard]] const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant);

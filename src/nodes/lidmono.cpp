@@ -11,6 +11,7 @@
 #include "hydrology/lidsolver.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
@@ -19,56 +20,54 @@
 #include "text/tokens.h"
 #include "text/units.h"
 
-Table<LidMono> LidMonos;
-
-static LidMono& getMono(int32_t node) {
-    return LidMonos[Nodes[node].kindIndex];
+static LidMono& getMono(Model& model, int32_t node) {
+    return model.lidMonos[model.nodes[node].kindIndex];
 }
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
 /// The gage, or none: a node that no rain falls on needs none, but must say so.
-static int32_t readGage(const Tokens& tokens, int32_t& gage) {
-    gage = names_find(GAGE, tokens[2]);
-    if (gage < 0 && (LidMonoRainfall || std::strcmp(tokens[2], "*") != 0)) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
+static int32_t readGage(Model& model, const Tokens& tokens, int32_t& gage) {
+    gage = names_find(model, GAGE, tokens[2]);
+    if (gage < 0 && (model.options.lidMonoRainfall || std::strcmp(tokens[2], "*") != 0)) {
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     return ERR_NONE;
 }
 
-int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+int32_t lidmono_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex) {
     if (tokens.count < 7) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, tokens[0]);
+    const char* id = names_findId(model, NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     LidMono mono{};
     LidUnit& unit = mono.unit;
-    unit.lid = names_find(LID, tokens[1]);
+    unit.lid = names_find(model, LID, tokens[1]);
     if (unit.lid < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
-    if (const int32_t error = readGage(tokens, mono.gage)) {
+    if (const int32_t error = readGage(model, tokens, mono.gage)) {
         return error;
     }
-    if (const int32_t error = lidunit_readItems(tokens, 3, true, unit)) {
+    if (const int32_t error = lidunit_readItems(model, tokens, 3, true, unit)) {
         return error;
     }
     unit.next = -1;
-    node_setRow(node, LID_MONO, kindIndex, id);
-    LidMonos[kindIndex] = mono;
+    node_setRow(model, node, LID_MONO, kindIndex, id);
+    model.lidMonos[kindIndex] = mono;
     return ERR_NONE;
 }
 
-void lidmono_validate(int32_t node) {
-    LidMono& mono = getMono(node);
+void lidmono_validate(Model& model, int32_t node) {
+    LidMono& mono = getMono(model, node);
     LidUnit& unit = mono.unit;
     unit.initialSaturation = unit.initialSaturation > 1.0 ? 1.0 : unit.initialSaturation;
     unit.fromImpervious = unit.fromImpervious > 1.0 ? 1.0 : unit.fromImpervious;
     if (mono.gage >= 0) {
-        Gages[mono.gage].isUsed = true;
+        model.gages[mono.gage].isUsed = true;
     }
 }
 
@@ -76,44 +75,44 @@ void lidmono_validate(int32_t node) {
 
 /// The void of the mat is taken from the definition whose place in its table is the node's place among its kind, which
 /// may be another control's. Only the initial storage in the report depends on it.
-static double getMatVoid(int32_t kindIndex) {
-    return Lids.holds(kindIndex) ? Lids[kindIndex].matVoid : 0.0;
+static double getMatVoid(Model& model, int32_t kindIndex) {
+    return model.lids.holds(kindIndex) ? model.lids[kindIndex].matVoid : 0.0;
 }
 
-void lidmono_forgetArrays() {
-    for (LidMono& mono : LidMonos) {
+void lidmono_forgetArrays(Model& model) {
+    for (LidMono& mono : model.lidMonos) {
         lidunit_forgetBalance(mono.unit);
         lidunit_forgetArrays(mono.unit);
     }
 }
 
-void lidmono_init(int32_t node) {
-    LidMono& mono = getMono(node);
+void lidmono_init(Model& model, int32_t node) {
+    LidMono& mono = getMono(model, node);
     LidUnit& unit = mono.unit;
-    lidunit_initState(unit, Lids[unit.lid], getMatVoid(Nodes[node].kindIndex));
+    lidunit_initState(unit, model.lids[unit.lid], getMatVoid(model, model.nodes[node].kindIndex));
     unit.dryTime = 0.0;  // and not the dry days of the project, as the units of subcatchments start with
     mono.rainDepth = 0.0;
     mono.evapRate = mono.infilRate = 0.0;
-    lidunit_openBalance(unit);
-    if (!lidunit_createArrays(unit, ResultArena)) {
-        errors_report(ERR_MEMORY, "");
+    lidunit_openBalance(model, unit);
+    if (!lidunit_createArrays(model, unit, model.memory.results)) {
+        errors_report(model, ERR_MEMORY, "");
     }
 }
 
 // --- the routing step ----------------------------------------------------------------------------------------------
 
-void lidmono_shiftState(int32_t kindIndex) {
-    LidMono& mono = LidMonos[kindIndex];
-    lidunit_shiftState(mono.unit);
+void lidmono_shiftState(Model& model, int32_t kindIndex) {
+    LidMono& mono = model.lidMonos[kindIndex];
+    lidunit_shiftState(model, mono.unit);
     mono.evapRate = mono.infilRate = 0.0;
 }
 
 /// Loads that enter the unit: its share of the node's, and with its rain.
-static void setLoads(const Node& node, LidUnit& unit, double rain, double dt) {
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+static void setLoads(Model& model, const Node& node, LidUnit& unit, double rain, double dt) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         unit.load[p] = node.massInflow[p] * unit.fromImpervious;
-        if (LidMonoRainfall) {
-            const double concentration = Polluts[p].rainConcentration;
+        if (model.options.lidMonoRainfall) {
+            const double concentration = model.polluts[p].rainConcentration;
             unit.load[p] += unit.area * rain * concentration / G_PER_KG;
             unit.rainLoad[p] += unit.area * rain * concentration * dt / G_PER_KG;
         }
@@ -122,8 +121,8 @@ static void setLoads(const Node& node, LidUnit& unit, double rain, double dt) {
 
 /// Mixes what comes over the surface with what passed around the unit. The load of a drain that joins the link is left
 /// out, though its water is in the link's flow.
-static void mixOutflow(Node& node, const LidUnit& unit) {
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+static void mixOutflow(Model& model, Node& node, const LidUnit& unit) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double bypass = (1.0 - unit.fromImpervious) * node.massInflow[p];
         node.newQual[p] =
             unit.thisSurfaceFlow == 0.0 ? 0.0 : (unit.thisSurfaceLoad[p] + bypass) / unit.thisSurfaceFlow * G_PER_KG;
@@ -132,58 +131,58 @@ static void mixOutflow(Node& node, const LidUnit& unit) {
 
 /// Hands the drain to its node. The load goes along only while the storage still holds water after the step: the last
 /// of it, and all of controls without a storage, loses its pollutants here.
-static void passDrain(const LidUnit& unit) {
+static void passDrain(Model& model, const LidUnit& unit) {
     if (unit.drainNode == -1) {
         return;
     }
-    Node& target = Nodes[unit.drainNode];
+    Node& target = model.nodes[unit.drainNode];
     target.newLatFlow += unit.thisDrainFlow;
-    const Lid& lid = Lids[unit.lid];
+    const Lid& lid = model.lids[unit.lid];
     if (unit.area * lid.storageVoid * unit.storageLevel != 0.0) {
-        for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
             target.massInflow[p] += unit.thisDrainLoad[p];
         }
     }
 }
 
-void lidmono_step(int32_t index) {
-    Node& node = Nodes[index];
-    LidMono& mono = getMono(index);
+void lidmono_step(Model& model, int32_t index) {
+    Node& node = model.nodes[index];
+    LidMono& mono = getMono(model, index);
     LidUnit& unit = mono.unit;
-    const double dt = RoutingStep;
-    const double rain = mono.gage >= 0 ? Gages[mono.gage].rain : 0.0;
+    const double dt = model.options.routingStep;
+    const double rain = mono.gage >= 0 ? model.gages[mono.gage].rain : 0.0;
     double inflow = node.newInflow / unit.area * unit.fromImpervious;
     const double bypass = (1.0 - unit.fromImpervious) * node.newInflow;
-    if (LidMonoRainfall) {
+    if (model.options.lidMonoRainfall) {
         inflow += rain;
     }
-    setLoads(node, unit, rain, dt);
+    setLoads(model, node, unit, rain, dt);
     // No evaporation in rain, also where the rain itself doesn't fall on the node. The hour of the reactions is that of
     // the runoff clock, for a node in the network too.
     LidStep step{.unit = &unit,
-                 .lid = &Lids[unit.lid],
-                 .hour = datetime_getHour(project_getDate(NewRunoffTime)),
+                 .lid = &model.lids[unit.lid],
+                 .hour = datetime_getHour(project_getDate(model, model.clock.newRunoffTime)),
                  .dt = dt,
                  .inflow = inflow,
-                 .evap = rain > 0.0 ? 0.0 : Evap.rate};
-    const LidOutflow out = lidsolver_advance(step);
+                 .evap = rain > 0.0 ? 0.0 : model.evap->rate};
+    const LidOutflow out = lidsolver_advance(model, step);
     unit.thisDrainFlow = out.drain * unit.area;
     unit.thisSurfaceFlow = out.surface * unit.area + bypass;
     mono.infilRate = out.infil * MM_PER_HOUR;
     mono.evapRate = out.evap * MM_PER_DAY;
-    mixOutflow(node, unit);
-    passDrain(unit);
+    mixOutflow(model, node, unit);
+    passDrain(model, unit);
     unit.dryTime = !(rain > DRY_RATE) ? unit.dryTime + dt : 0.0;
-    if (LidMonoRainfall) {
+    if (model.options.lidMonoRainfall) {
         mono.rainDepth += dt * rain;
     }
 }
 
-int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets) {
-    if (!LidMonos.holds(kindIndex) || LidMonos[kindIndex].unit.drainNode < 0) {
+int32_t lidmono_getDrainTarget(Model& model, int32_t kindIndex, int32_t* targets) {
+    if (!model.lidMonos.holds(kindIndex) || model.lidMonos[kindIndex].unit.drainNode < 0) {
         return 0;
     }
-    targets[0] = LidMonos[kindIndex].unit.drainNode;
+    targets[0] = model.lidMonos[kindIndex].unit.drainNode;
     return 1;
 }
 
@@ -194,9 +193,9 @@ double lidmono_getOutflow(const LidMono& mono) {
 
 // --- results -------------------------------------------------------------------------------------------------------
 
-double lidmono_getVolume(int32_t kindIndex) {
-    const LidUnit& unit = LidMonos[kindIndex].unit;
-    const Lid& lid = Lids[unit.lid];
+double lidmono_getVolume(Model& model, int32_t kindIndex) {
+    const LidUnit& unit = model.lidMonos[kindIndex].unit;
+    const Lid& lid = model.lids[unit.lid];
     // Of the soil the porosity stands for the depth, as in the concentrations of the rows of results.
     return unit.area * (unit.surfaceLevel * lid.surfaceVoid + unit.pavementLevel * lid.pavementVoid +
                         unit.soilMoisture * lid.porosity + unit.storageLevel * lid.storageVoid);

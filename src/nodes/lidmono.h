@@ -7,6 +7,8 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
+struct Model;
+
 struct LidMono {
     LidUnit unit;      ///< its rain and runon are a share of the node's inflow, and the rain of its gage
     int32_t gage;      ///< rain gage, or -1
@@ -15,31 +17,29 @@ struct LidMono {
     double rainDepth;  ///< m, of the run
 };
 
-extern Table<LidMono> LidMonos;
-
 /// A line of [LID_MONOS], for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
-[[nodiscard]] int32_t lidmono_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
+[[nodiscard]] int32_t lidmono_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex);
 
 /// Limits saturation and share, and marks the gage.
-void lidmono_validate(int32_t node);
+void lidmono_validate(Model& model, int32_t node);
 
 /// Lets go of the arrays of all nodes when the memory of the results of a run goes.
-void lidmono_forgetArrays();
+void lidmono_forgetArrays(Model& model);
 
 /// Puts a node to time zero.
-void lidmono_init(int32_t node);
+void lidmono_init(Model& model, int32_t node);
 
 /// New becomes old at the start of a routing step.
-void lidmono_shiftState(int32_t kindIndex);
+void lidmono_shiftState(Model& model, int32_t kindIndex);
 
 /// One routing step, once the inflow of the node and its load are known.
-void lidmono_step(int32_t node);
+void lidmono_step(Model& model, int32_t node);
 
 /// The node of the drain, if it has one, into `targets`; gives their number.
-[[nodiscard]] int32_t lidmono_getDrainTarget(int32_t kindIndex, int32_t* targets);
+[[nodiscard]] int32_t lidmono_getDrainTarget(Model& model, int32_t kindIndex, int32_t* targets);
 
 /// Flow to the outgoing link, m3/s: over the surface, past the unit, and the drain if that has no node of its own.
 [[nodiscard]] double lidmono_getOutflow(const LidMono& mono);
 
 /// Water of a node as the results of the whole system count it, m3.
-[[nodiscard]] double lidmono_getVolume(int32_t kindIndex);
+[[nodiscard]] double lidmono_getVolume(Model& model, int32_t kindIndex);

@@ -4,6 +4,7 @@
 #include "nodes/node.h"
 
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/timeseries.h"
 #include "nodes/inflows.h"
@@ -11,33 +12,33 @@
 
 // --- reading and start ---------------------------------------------------------------------------------------------
 
-void node_setRow(int32_t index, int32_t kind, int32_t kindIndex, const char* id) {
-    Node& node = Nodes[index];
+void node_setRow(Model& model, int32_t index, int32_t kind, int32_t kindIndex, const char* id) {
+    Node& node = model.nodes[index];
     node.id = id;
     node.kind = kind;
     node.kindIndex = kindIndex;
 }
 
-int32_t node_readPlain(const Tokens& tokens, int32_t node, int32_t kind, int32_t kindIndex) {
-    const char* id = names_findId(NODE, tokens[0]);
+int32_t node_readPlain(Model& model, const Tokens& tokens, int32_t node, int32_t kind, int32_t kindIndex) {
+    const char* id = names_findId(model, NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    node_setRow(node, kind, kindIndex, id);
+    node_setRow(model, node, kind, kindIndex, id);
     return ERR_NONE;
 }
 
-void node_initState(Node& node) {
+void node_initState(Model& model, Node& node) {
     node.oldInflow = node.newInflow = 0.0;
     node.oldLatFlow = node.newLatFlow = 0.0;
     node.oldUpstreamFlow = node.newUpstreamFlow = 0.0;
     // Only the series of the newest record is rewound. The cursors of the others stand at their end from the validation
     // and read a line from the origin first; results of inflows that share a node show it.
     if (node.extInflow && node.extInflow->series >= 0) {
-        Series& series = TimeSeries[node.extInflow->series];
+        Series& series = model.timeSeries[node.extInflow->series];
         timeseries_rewind(series, series.cursor);
     }
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
     }
 }
@@ -51,11 +52,11 @@ void node_shiftInflows(Node& node) {
     node.newInflow = node.newLatFlow = node.newUpstreamFlow = 0.0;
 }
 
-void node_shiftQuality(Node& node) {
+void node_shiftQuality(Model& model, Node& node) {
     double* __restrict massInflow = node.massInflow;
     double* __restrict newQual = node.newQual;
     double* __restrict oldQual = node.oldQual;
-    const int32_t pollutants = project_pollutantCount();
+    const int32_t pollutants = project_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         massInflow[p] = 0.0;
         oldQual[p] = newQual[p];
@@ -63,18 +64,18 @@ void node_shiftQuality(Node& node) {
     }
 }
 
-void node_addDelivery(Node& node, double flow, const double* quality) {
+void node_addDelivery(Model& model, Node& node, double flow, const double* quality) {
     node.newUpstreamFlow += flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         node.massInflow[p] += quality[p] * flow / G_PER_KG;
     }
 }
 
-void node_mixInflow(Node& node) {
+void node_mixInflow(Model& model, Node& node) {
     const double inflow = node.newInflow;
     const double* __restrict massInflow = node.massInflow;
     double* __restrict newQual = node.newQual;
-    const int32_t pollutants = project_pollutantCount();
+    const int32_t pollutants = project_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         newQual[p] = inflow != 0.0 ? massInflow[p] / inflow * G_PER_KG : 0.0;
     }

@@ -12,24 +12,26 @@
 #include "model/project.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// A line that says no more than the name of a node: junctions and outfalls. Further words are free. An error index, or
 /// 0.
-[[nodiscard]] int32_t node_readPlain(const Tokens& tokens, int32_t node, int32_t kind, int32_t kindIndex);
+[[nodiscard]] int32_t node_readPlain(Model& model, const Tokens& tokens, int32_t node, int32_t kind, int32_t kindIndex);
 
 /// Fills the common row of a node, once its whole line has proved good.
-void node_setRow(int32_t node, int32_t kind, int32_t kindIndex, const char* id);
+void node_setRow(Model& model, int32_t node, int32_t kind, int32_t kindIndex, const char* id);
 
 /// Puts what all kinds share to time zero.
-void node_initState(Node& node);
+void node_initState(Model& model, Node& node);
 
 /// New becomes old at the start of a step: the flows, of which the new ones are emptied for the step to add up.
 void node_shiftInflows(Node& node);
 
 /// The concentrations likewise, and the loads are emptied.
-void node_shiftQuality(Node& node);
+void node_shiftQuality(Model& model, Node& node);
 
 /// Adds what a link delivers to a node in a step: a flow (m3/s) with its concentrations (mg/L).
-void node_addDelivery(Node& node, double flow, const double* quality);
+void node_addDelivery(Model& model, Node& node, double flow, const double* quality);
 
 /// Mixes all loads of the step into the inflow: the concentrations of a node without storage.
-void node_mixInflow(Node& node);
+void node_mixInflow(Model& model, Node& node);

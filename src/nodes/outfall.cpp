@@ -7,33 +7,32 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "text/units.h"
 
-Table<Outfall> Outfalls;
-
-void outfall_countStep(const Node& node, Outfall& outfall) {
-    const double dt = RoutingStep;
-    FlowTotals.externalOutflow += dt * node.newInflow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+void outfall_countStep(Model& model, const Node& node, Outfall& outfall) {
+    const double dt = model.options.routingStep;
+    model.totals.flow.externalOutflow += dt * node.newInflow;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double load = node.newInflow * node.newQual[p] / G_PER_KG;
-        QualTotals[p].externalOutflow += dt * load;
+        model.totals.quality[p].externalOutflow += dt * load;
         outfall.statLoad[p] += dt * load;
     }
 }
 
-void outfall_openStatistics() {
-    for (Outfall& outfall : Outfalls) {
-        outfall.statLoad = arena_allocateArray<double>(ResultArena, project_pollutantCount());
+void outfall_openStatistics(Model& model) {
+    for (Outfall& outfall : model.outfalls) {
+        outfall.statLoad = arena_allocateArray<double>(model.memory.results, project_pollutantCount(model));
         if (!outfall.statLoad) {
-            errors_report(ERR_MEMORY, "");
+            errors_report(model, ERR_MEMORY, "");
         }
     }
 }
 
-void outfall_clearStatistics() {
-    for (Outfall& outfall : Outfalls) {
+void outfall_clearStatistics(Model& model) {
+    for (Outfall& outfall : model.outfalls) {
         if (outfall.statLoad) {
-            std::fill_n(outfall.statLoad, project_pollutantCount(), 0.0);
+            std::fill_n(outfall.statLoad, project_pollutantCount(model), 0.0);
         }
     }
 }

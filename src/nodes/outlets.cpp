@@ -12,38 +12,39 @@
 #include "links/orifice.h"
 #include "links/weir.h"
 #include "model/arena.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "model/topology.h"
 
 static constexpr double SAME_LEVEL = 1.0e-10;  ///< m
 
-static int32_t countKind(LinkList links, int32_t kind) {
+static int32_t countKind(Model& model, LinkList links, int32_t kind) {
     int32_t count = 0;
     for (const int32_t link : links) {
-        count += Links[link].kind == kind ? 1 : 0;
+        count += model.links[link].kind == kind ? 1 : 0;
     }
     return count;
 }
 
 /// Link indices of a kind, in order; null without memory.
-static int32_t* collectKind(LinkList links, int32_t kind, int32_t count) {
-    auto* places = arena_allocateArray<int32_t>(RunArena, count);
+static int32_t* collectKind(Model& model, LinkList links, int32_t kind, int32_t count) {
+    auto* places = arena_allocateArray<int32_t>(model.memory.run, count);
     int32_t k = 0;
     for (const int32_t link : links) {
-        if (places && Links[link].kind == kind) {
+        if (places && model.links[link].kind == kind) {
             places[k++] = link;
         }
     }
     return places;
 }
 
-static bool makeList(LevelList& list, LinkList links, int32_t kind) {
-    const int32_t n = countKind(links, kind);
+static bool makeList(Model& model, LevelList& list, LinkList links, int32_t kind) {
+    const int32_t n = countKind(model, links, kind);
     list = LevelList{};
     list.kind = kind;
-    list.links = collectKind(links, kind, n);
-    auto* numbers = arena_allocateArray<double>(RunArena, int64_t{5} * n);
-    auto* places = arena_allocateArray<int32_t>(RunArena, int64_t{2} * n);
+    list.links = collectKind(model, links, kind, n);
+    auto* numbers = arena_allocateArray<double>(model.memory.run, int64_t{5} * n);
+    auto* places = arena_allocateArray<int32_t>(model.memory.run, int64_t{2} * n);
     if (!list.links || !numbers || !places) {
         return false;
     }
@@ -58,11 +59,11 @@ static bool makeList(LevelList& list, LinkList links, int32_t kind) {
     return true;
 }
 
-static bool makePumps(PumpList& pumps, LinkList links) {
-    const int32_t n = countKind(links, PUMP);
+static bool makePumps(Model& model, PumpList& pumps, LinkList links) {
+    const int32_t n = countKind(model, links, PUMP);
     pumps = PumpList{};
-    pumps.links = collectKind(links, PUMP, n);
-    pumps.flows = arena_allocateArray<double>(RunArena, n);
+    pumps.links = collectKind(model, links, PUMP, n);
+    pumps.flows = arena_allocateArray<double>(model.memory.run, n);
     if (!pumps.links || !pumps.flows) {
         return false;
     }
@@ -70,21 +71,21 @@ static bool makePumps(PumpList& pumps, LinkList links) {
     return true;
 }
 
-bool outlets_make(Outlets& outlets, int32_t node) {
-    const LinkList links = topology_getOutgoing(node);
-    return makeList(outlets.orifices, links, ORIFICE) && makeList(outlets.weirs, links, WEIR) &&
-           makePumps(outlets.pumps, links);
+bool outlets_make(Model& model, Outlets& outlets, int32_t node) {
+    const LinkList links = topology_getOutgoing(model, node);
+    return makeList(model, outlets.orifices, links, ORIFICE) && makeList(model, outlets.weirs, links, WEIR) &&
+           makePumps(model, outlets.pumps, links);
 }
 
 // --- levels --------------------------------------------------------------------------------------------------------
 
-static double getKey(int32_t kind, const Link& link) {
-    return kind == WEIR ? weir_getLevel(link, Weirs[link.kindIndex]) : Orifices[link.kindIndex].crest;
+static double getKey(Model& model, int32_t kind, const Link& link) {
+    return kind == WEIR ? weir_getLevel(link, model.weirs[link.kindIndex]) : model.orifices[link.kindIndex].crest;
 }
 
-bool outlets_updateKeys(LevelList& list) {
+bool outlets_updateKeys(Model& model, LevelList& list) {
     for (int32_t k = 0; k < list.count; ++k) {
-        list.newKeys[k] = getKey(list.kind, Links[list.links[k]]);
+        list.newKeys[k] = getKey(model, list.kind, model.links[list.links[k]]);
     }
     // By bytes, so that a crest that is no number doesn't count as moved at every step.
     const size_t size = static_cast<size_t>(list.count) * sizeof(double);
@@ -154,8 +155,8 @@ int32_t outlets_findMembers(LevelList& list, double level) {
 
 // --- flow ----------------------------------------------------------------------------------------------------------
 
-double outlets_getFlow(const LevelList& list, int32_t place, double depth) {
-    const Link& link = Links[list.links[place]];
-    return list.kind == WEIR ? weir_getFlow(link, Weirs[link.kindIndex], depth)
-                             : orifice_getFlow(link, Orifices[link.kindIndex], depth);
+double outlets_getFlow(Model& model, const LevelList& list, int32_t place, double depth) {
+    const Link& link = model.links[list.links[place]];
+    return list.kind == WEIR ? weir_getFlow(link, model.weirs[link.kindIndex], depth)
+                             : orifice_getFlow(link, model.orifices[link.kindIndex], depth);
 }

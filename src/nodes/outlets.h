@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+struct Model;
+
 /// The orifices or the weirs of a tank, and the levels at which they let water go. All arrays have `count` places and
 /// live as long as the run; a place of links, keys and flows is one outlet, in the order of the link table.
 struct LevelList {
@@ -34,11 +36,11 @@ struct Outlets {
 };
 
 /// Collects the outlets of a tank for a run. False without memory.
-[[nodiscard]] bool outlets_make(Outlets& outlets, int32_t node);
+[[nodiscard]] bool outlets_make(Model& model, Outlets& outlets, int32_t node);
 
 /// Works out the keys of the step: the crest of an orifice, the crest of a weir as its setting places it. True if one
 /// has changed since the levels were made.
-[[nodiscard]] bool outlets_updateKeys(LevelList& list);
+[[nodiscard]] bool outlets_updateKeys(Model& model, LevelList& list);
 
 /// Makes the levels from the keys.
 void outlets_makeLevels(LevelList& list);
@@ -50,4 +52,4 @@ void outlets_insertLevel(double* levels, int32_t& count, double value);
 [[nodiscard]] int32_t outlets_findMembers(LevelList& list, double level);
 
 /// Flow (m3/s) of an outlet of the list by its law, at a depth (m) in the tank.
-[[nodiscard]] double outlets_getFlow(const LevelList& list, int32_t place, double depth);
+[[nodiscard]] double outlets_getFlow(Model& model, const LevelList& list, int32_t place, double depth);

@@ -14,6 +14,7 @@
 #include "model/arena.h"
 #include "model/decay.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/project.h"
@@ -21,21 +22,19 @@
 #include "text/tokens.h"
 #include "text/units.h"
 
-Table<Reactor> Reactors;
-
 static const char* const ReactorTypeWords[] = {"CSTR", "PFR", nullptr};
 static const char* const CapacityTypeWords[] = {"FLOW_CAPACITY", "SURFACE_LOADING", nullptr};
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-bool reactor_createArrays(Reactor& reactor) {
-    const int64_t count = project_pollutantCount();
+bool reactor_createArrays(Model& model, Reactor& reactor) {
+    const int64_t count = project_pollutantCount(model);
     reactor.emptyingNode = -1;
     reactor.evapPattern = -1;
-    reactor.reactionType = arena_allocateArray<int32_t>(ProjectArena, count);
-    reactor.reactionCoeff = arena_allocateArray<double>(ProjectArena, count);
-    reactor.reactionPattern = arena_allocateArray<int32_t>(ProjectArena, count);
-    reactor.initQual = arena_allocateArray<double>(ProjectArena, count);
+    reactor.reactionType = arena_allocateArray<int32_t>(model.memory.project, count);
+    reactor.reactionCoeff = arena_allocateArray<double>(model.memory.project, count);
+    reactor.reactionPattern = arena_allocateArray<int32_t>(model.memory.project, count);
+    reactor.initQual = arena_allocateArray<double>(model.memory.project, count);
     if (!reactor.reactionType || !reactor.reactionCoeff || !reactor.reactionPattern || !reactor.initQual) {
         return false;
     }
@@ -45,38 +44,38 @@ bool reactor_createArrays(Reactor& reactor) {
 }
 
 /// Reads a number that isn't negative at token `place`. An error index, or 0.
-static int32_t readNumber(const Tokens& tokens, int32_t place, double& value) {
-    return tokens_getNonNegative(tokens[place], &value) ? ERR_NONE : errors_setName(ERR_NUMBER, tokens[place]);
+static int32_t readNumber(Model& model, const Tokens& tokens, int32_t place, double& value) {
+    return tokens_getNonNegative(tokens[place], &value) ? ERR_NONE : errors_setName(model, ERR_NUMBER, tokens[place]);
 }
 
 /// Reads a pattern at token `place`, which may be empty. An error index, or 0.
-static int32_t readPattern(const Tokens& tokens, int32_t place, int32_t& pattern) {
+static int32_t readPattern(Model& model, const Tokens& tokens, int32_t place, int32_t& pattern) {
     pattern = -1;
     if (*tokens[place]) {
-        pattern = names_find(PATTERN, tokens[place]);
+        pattern = names_find(model, PATTERN, tokens[place]);
         if (pattern < 0) {
-            return errors_setName(ERR_UNDEFINED_OBJECT, tokens[place]);
+            return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[place]);
         }
     }
     return ERR_NONE;
 }
 
 /// Tokens 1 to 4: type, surplus node, and the capacity per day.
-static int32_t readCapacity(const Tokens& tokens, Reactor& values) {
+static int32_t readCapacity(Model& model, const Tokens& tokens, Reactor& values) {
     values.type = tokens_findKeyword(tokens[1], ReactorTypeWords);
     if (values.type < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[1]);
+        return errors_setName(model, ERR_KEYWORD, tokens[1]);
     }
-    values.surpassNode = names_find(NODE, tokens[2]);
+    values.surpassNode = names_find(model, NODE, tokens[2]);
     if (values.surpassNode < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[2]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
     }
     values.capacityType = tokens_findKeyword(tokens[3], CapacityTypeWords);
     if (values.capacityType < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[3]);
+        return errors_setName(model, ERR_KEYWORD, tokens[3]);
     }
     double perDay;
-    if (const int32_t error = readNumber(tokens, 4, perDay)) {
+    if (const int32_t error = readNumber(model, tokens, 4, perDay)) {
         return error;
     }
     (values.capacityType == SURFACE_LOADING ? values.surfaceLoading : values.flowCapacity) = perDay / SECONDS_PER_DAY;
@@ -84,81 +83,81 @@ static int32_t readCapacity(const Tokens& tokens, Reactor& values) {
 }
 
 /// Tokens 5 to 7: size, area, and how full a CSTR is at the start.
-static int32_t readSize(const Tokens& tokens, Reactor& values) {
+static int32_t readSize(Model& model, const Tokens& tokens, Reactor& values) {
     double size;
-    if (const int32_t error = readNumber(tokens, 5, size)) {
+    if (const int32_t error = readNumber(model, tokens, 5, size)) {
         return error;
     }
     if (values.type == CSTR && size == 0.0) {
-        return errors_setName(ERR_NUMBER, tokens[5]);
+        return errors_setName(model, ERR_NUMBER, tokens[5]);
     }
     (values.type == PFR ? values.retentionTime : values.volume) = values.type == PFR ? size * SECONDS_PER_HOUR : size;
-    if (const int32_t error = readNumber(tokens, 6, values.area)) {
+    if (const int32_t error = readNumber(model, tokens, 6, values.area)) {
         return error;
     }
     if (values.type == PFR) {
         return ERR_NONE;
     }
     if (tokens.count < 8) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     double percent;
-    if (const int32_t error = readNumber(tokens, 7, percent)) {
+    if (const int32_t error = readNumber(model, tokens, 7, percent)) {
         return error;
     }
     values.initFraction = (percent > PERCENT ? PERCENT : percent) / PERCENT;
     return ERR_NONE;
 }
 
-int32_t reactor_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+int32_t reactor_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex) {
     if (tokens.count < 7) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, tokens[0]);
+    const char* id = names_findId(model, NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    Reactor& reactor = Reactors[kindIndex];
+    Reactor& reactor = model.reactors[kindIndex];
     Reactor values = reactor;
-    if (const int32_t error = readCapacity(tokens, values)) {
+    if (const int32_t error = readCapacity(model, tokens, values)) {
         return error;
     }
-    if (const int32_t error = readSize(tokens, values)) {
+    if (const int32_t error = readSize(model, tokens, values)) {
         return error;
     }
-    node_setRow(node, REACTOR, kindIndex, id);
+    node_setRow(model, node, REACTOR, kindIndex, id);
     reactor = values;
     return ERR_NONE;
 }
 
 /// The reactor that token 0 names; null if it is none, or if its own line hasn't been read (well).
-static Reactor* findReactor(const Tokens& tokens) {
-    const int32_t node = names_find(NODE, tokens[0]);
-    return node >= 0 && Nodes[node].kind == REACTOR ? &Reactors[Nodes[node].kindIndex] : nullptr;
+static Reactor* findReactor(Model& model, const Tokens& tokens) {
+    const int32_t node = names_find(model, NODE, tokens[0]);
+    return node >= 0 && model.nodes[node].kind == REACTOR ? &model.reactors[model.nodes[node].kindIndex] : nullptr;
 }
 
-int32_t reactor_readDecay(const Tokens& tokens) {
+int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
     if (tokens.count < 5) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    Reactor* reactor = findReactor(tokens);
+    Reactor* reactor = findReactor(model, tokens);
     if (!reactor) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t pollutant = names_find(POLLUT, tokens[1]);
+    const int32_t pollutant = names_find(model, POLLUT, tokens[1]);
     if (pollutant < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     const int32_t type = tokens_findKeyword(tokens[2], ReactionWords);
     if (type < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[2]);
+        return errors_setName(model, ERR_KEYWORD, tokens[2]);
     }
     double value;
-    if (const int32_t error = readNumber(tokens, 3, value)) {
+    if (const int32_t error = readNumber(model, tokens, 3, value)) {
         return error;
     }
     int32_t pattern;
-    if (const int32_t error = readPattern(tokens, 4, pattern)) {
+    if (const int32_t error = readPattern(model, tokens, 4, pattern)) {
         return error;
     }
     const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
@@ -168,26 +167,26 @@ int32_t reactor_readDecay(const Tokens& tokens) {
     return ERR_NONE;
 }
 
-int32_t reactor_readEmptying(const Tokens& tokens) {
+int32_t reactor_readEmptying(Model& model, const Tokens& tokens) {
     if (tokens.count < 6) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    Reactor* reactor = findReactor(tokens);
+    Reactor* reactor = findReactor(model, tokens);
     if (!reactor) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t node = names_find(NODE, tokens[1]);
+    const int32_t node = names_find(model, NODE, tokens[1]);
     if (node < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     double rates[3];
     for (int32_t k = 0; k < 3; ++k) {
-        if (const int32_t error = readNumber(tokens, 2 + k, rates[k])) {
+        if (const int32_t error = readNumber(model, tokens, 2 + k, rates[k])) {
             return error;
         }
     }
     int32_t pattern;
-    if (const int32_t error = readPattern(tokens, 5, pattern)) {
+    if (const int32_t error = readPattern(model, tokens, 5, pattern)) {
         return error;
     }
     reactor->emptyingNode = node;
@@ -200,23 +199,23 @@ int32_t reactor_readEmptying(const Tokens& tokens) {
 
 // --- validation, start and end of a run ----------------------------------------------------------------------------
 
-void reactor_validate(const Node& node, const Reactor& reactor) {
+void reactor_validate(Model& model, const Node& node, const Reactor& reactor) {
     const char* id = node.id;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const int32_t type = reactor.reactionType[p];
         if (reactor.type == CSTR && (type == CONST_CONCEN || type == CONST_RATIO)) {
-            errors_report(ERR_REACTOR_TYPE, id);
+            errors_report(model, ERR_REACTOR_TYPE, id);
         }
         if (reactor.reactionPattern[p] >= 0) {
-            const Pattern& pattern = Patterns[reactor.reactionPattern[p]];
+            const Pattern& pattern = model.patterns[reactor.reactionPattern[p]];
             if (pattern.type != PATTERN_MONTHLY) {
-                errors_report(ERR_REACTOR_PATTERN, pattern.id);
+                errors_report(model, ERR_REACTOR_PATTERN, pattern.id);
             }
         }
     }
     for (const int32_t target : {reactor.surpassNode, reactor.emptyingNode}) {
-        if (target >= 0 && Nodes[target].kind == SWMM) {
-            errors_report(ERR_REACTOR_TARGET_SWMM, id);
+        if (target >= 0 && model.nodes[target].kind == SWMM) {
+            errors_report(model, ERR_REACTOR_TARGET_SWMM, id);
         }
     }
 }
@@ -225,19 +224,19 @@ double reactor_getInitVolume(const Reactor& reactor) {
     return reactor.initFraction * reactor.volume;
 }
 
-void reactor_initState(Reactor& reactor) {
+void reactor_initState(Model& model, Reactor& reactor) {
     reactor.isEmptying = 0;
     reactor.storedVolume = reactor_getInitVolume(reactor);
     reactor.oldOutflow = reactor.newOutflow = 0.0;
     reactor.surpassFlow = reactor.emptyingFlow = 0.0;
     reactor.evapDepth = reactor.infilDepth = 0.0;
     reactor.flowQueue = DelayQueue{};
-    const int64_t count = project_pollutantCount();
-    double* memory = arena_allocateArray<double>(RunArena, 2 * count);
-    reactor.loadQueue = arena_allocateArray<DelayQueue>(RunArena, count);
+    const int64_t count = project_pollutantCount(model);
+    double* memory = arena_allocateArray<double>(model.memory.run, 2 * count);
+    reactor.loadQueue = arena_allocateArray<DelayQueue>(model.memory.run, count);
     if (!memory || !reactor.loadQueue) {
         reactor_endState(reactor);
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
         return;
     }
     reactor.qual = memory;
@@ -257,8 +256,8 @@ void reactor_shiftState(Reactor& reactor) {
 
 // --- reaction ------------------------------------------------------------------------------------------------------
 
-double reactor_react(const Reactor& reactor, int32_t p, double c, double seconds, int32_t hour) {
-    const double k = reactor.reactionCoeff[p] * pattern_getFactor(reactor.reactionPattern[p], hour);
+double reactor_react(Model& model, const Reactor& reactor, int32_t p, double c, double seconds, int32_t hour) {
+    const double k = reactor.reactionCoeff[p] * pattern_getFactor(model, reactor.reactionPattern[p], hour);
     switch (reactor.reactionType[p]) {
         case CONST_CONCEN: return k < c ? k : c;
         case CONST_RATIO: return (1.0 - (k < 1.0 ? k : 1.0)) * c;
@@ -273,17 +272,17 @@ double reactor_react(const Reactor& reactor, int32_t p, double c, double seconds
 
 // --- inlet ---------------------------------------------------------------------------------------------------------
 
-static void setInletQuality(const Node& node, Reactor& reactor) {
+static void setInletQuality(Model& model, const Node& node, Reactor& reactor) {
     // Taken before the surplus is sent: a reactor may be its own surplus node.
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         reactor.inletQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * G_PER_KG : 0.0;
     }
 }
 
 /// Flow (m3/s) that the reactor takes in of an inflow; sets surpassFlow. An inflow of exactly the capacity counts as
 /// one above it.
-static double limitInflow(Reactor& reactor, double inflow) {
-    const double dt = RoutingStep;
+static double limitInflow(Model& model, Reactor& reactor, double inflow) {
+    const double dt = model.options.routingStep;
     const double capacity =
         reactor.capacityType == SURFACE_LOADING ? reactor.area * reactor.surfaceLoading : reactor.flowCapacity;
     reactor.surpassFlow = 0.0;
@@ -304,11 +303,11 @@ static double limitInflow(Reactor& reactor, double inflow) {
 }
 
 /// Adds a flow, with the concentrations of `qual`, to what a node gets from the side in this step.
-static void discharge(int32_t target, double flow, const double* qual, double* statLoad) {
-    const double dt = RoutingStep;
-    Node& node = Nodes[target];
+static void discharge(Model& model, int32_t target, double flow, const double* qual, double* statLoad) {
+    const double dt = model.options.routingStep;
+    Node& node = model.nodes[target];
     node.newLatFlow += flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double load = flow * qual[p] / G_PER_KG;
         node.massInflow[p] += load;
         statLoad[p] += load * dt;
@@ -318,23 +317,23 @@ static void discharge(int32_t target, double flow, const double* qual, double* s
 // --- plug flow -----------------------------------------------------------------------------------------------------
 
 /// Reaction of one pollutant in the flow taken in: the concentration that leaves after `seconds`.
-static double reactInflow(Reactor& reactor, int32_t p, double flow, double seconds, int32_t hour) {
-    const double dt = RoutingStep;
-    const double c = reactor_react(reactor, p, reactor.inletQual[p], seconds, hour);
+static double reactInflow(Model& model, Reactor& reactor, int32_t p, double flow, double seconds, int32_t hour) {
+    const double dt = model.options.routingStep;
+    const double c = reactor_react(model, reactor, p, reactor.inletQual[p], seconds, hour);
     reactor.statReactedLoad[p] += (reactor.inletQual[p] - c) * flow / G_PER_KG * dt;
     return c;
 }
 
 /// A plug-flow reactor without retention: the water leaves in the step in which it comes.
-static void passThrough(Node& node, Reactor& reactor, double flow, int32_t hour) {
-    const double dt = RoutingStep;
+static void passThrough(Model& model, Node& node, Reactor& reactor, double flow, int32_t hour) {
+    const double dt = model.options.routingStep;
     reactor.newOutflow = flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         if (flow == 0.0) {
             node.newQual[p] = 0.0;
             continue;
         }
-        const double c = reactInflow(reactor, p, flow, 0.0, hour);
+        const double c = reactInflow(model, reactor, p, flow, 0.0, hour);
         node.newQual[p] = c;
         reactor.statOutflowLoad[p] += flow * c / G_PER_KG * dt;
     }
@@ -342,24 +341,24 @@ static void passThrough(Node& node, Reactor& reactor, double flow, int32_t hour)
 
 /// A plug-flow reactor: what comes in is treated at once, for the time that it will be under way, and queued. What
 /// would leave after the end of the run is counted as delayed instead.
-static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date, int32_t hour) {
-    const double dt = RoutingStep;
-    const double exitTime = reactor.retentionTime * MS_PER_SECOND + NewRoutingTime;
-    const bool leavesInTime = exitTime <= TotalDuration;
-    const DateTime exitDate = leavesInTime ? project_getDate(exitTime) : 0.0;
+static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, DateTime date, int32_t hour) {
+    const double dt = model.options.routingStep;
+    const double exitTime = reactor.retentionTime * MS_PER_SECOND + model.clock.newRoutingTime;
+    const bool leavesInTime = exitTime <= model.options.totalDuration;
+    const DateTime exitDate = leavesInTime ? project_getDate(model, exitTime) : 0.0;
     if (leavesInTime) {
-        delayqueue_push(reactor.flowQueue, exitDate, flow);
+        delayqueue_push(model, reactor.flowQueue, exitDate, flow);
     } else {
-        FlowTotals.delayedVolume += dt * flow;
+        model.totals.flow.delayedVolume += dt * flow;
     }
     reactor.newOutflow = delayqueue_getValue(reactor.flowQueue, date);
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double c = flow != 0.0 ? reactInflow(reactor, p, flow, reactor.retentionTime, hour) : 0.0;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        const double c = flow != 0.0 ? reactInflow(model, reactor, p, flow, reactor.retentionTime, hour) : 0.0;
         const double load = c * flow / G_PER_KG;
         if (leavesInTime) {
-            delayqueue_push(reactor.loadQueue[p], exitDate, load);
+            delayqueue_push(model, reactor.loadQueue[p], exitDate, load);
         } else {
-            QualTotals[p].delayedMass += dt * load;
+            model.totals.quality[p].delayedMass += dt * load;
         }
         const double value = delayqueue_getValue(reactor.loadQueue[p], date);
         node.newQual[p] = reactor.newOutflow != 0.0 ? value * G_PER_KG / reactor.newOutflow : 0.0;
@@ -370,30 +369,30 @@ static void passPlug(Node& node, Reactor& reactor, double flow, DateTime date, i
 // --- stirred tank --------------------------------------------------------------------------------------------------
 
 /// Mixes `inflowVolume` into the store and lets the mix react for one step.
-static void mixAndReact(Reactor& reactor, double inflowVolume, int32_t hour) {
-    const double dt = RoutingStep;
+static void mixAndReact(Model& model, Reactor& reactor, double inflowVolume, int32_t hour) {
+    const double dt = model.options.routingStep;
     const double stored = reactor.storedVolume;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         double& qual = reactor.qual[p];
         if (!(inflowVolume + stored > 0.0)) {
             qual = 0.0;
             continue;
         }
         qual = (inflowVolume * reactor.inletQual[p] + stored * qual) / (inflowVolume + stored);
-        const double c = reactor_react(reactor, p, qual, dt, hour);
+        const double c = reactor_react(model, reactor, p, qual, dt, hour);
         reactor.statReactedLoad[p] += (qual - c) * (inflowVolume + stored) / G_PER_KG;
         qual = c;
     }
 }
 
 /// What is above the full volume goes to the outlet.
-static void overflow(Node& node, Reactor& reactor, double inflowVolume) {
-    const double dt = RoutingStep;
+static void overflow(Model& model, Node& node, Reactor& reactor, double inflowVolume) {
+    const double dt = model.options.routingStep;
     const double volume = inflowVolume + reactor.storedVolume;
     const bool isFull = volume > reactor.volume;
     reactor.storedVolume = isFull ? reactor.volume : volume;
     reactor.newOutflow = isFull ? (volume - reactor.volume) / dt : 0.0;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         node.newQual[p] = isFull ? reactor.qual[p] : 0.0;
         reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / G_PER_KG * dt;
     }
@@ -401,12 +400,12 @@ static void overflow(Node& node, Reactor& reactor, double inflowVolume) {
 
 /// Evaporation (m3/s) of what there is of `evap`. It leaves its load behind, unless it takes the last of the water:
 /// then the load is lost to the ground.
-static double evaporate(Reactor& reactor, double evap) {
-    const double dt = RoutingStep;
+static double evaporate(Model& model, Reactor& reactor, double evap) {
+    const double dt = model.options.routingStep;
     const double stored = reactor.storedVolume;
     const double loss = dt * evap;
     const bool isDry = loss >= stored;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         double& qual = reactor.qual[p];
         if (isDry) {
             reactor.statInfilLoad[p] += qual * stored / G_PER_KG;
@@ -420,12 +419,12 @@ static double evaporate(Reactor& reactor, double evap) {
 }
 
 /// Infiltration (m3/s) of what there is of `infil`.
-static double infiltrate(Reactor& reactor, double infil) {
-    const double dt = RoutingStep;
+static double infiltrate(Model& model, Reactor& reactor, double infil) {
+    const double dt = model.options.routingStep;
     const double most = reactor.storedVolume / dt;
     const bool isDry = infil >= most;
     const double flow = isDry ? most : infil;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         reactor.statInfilLoad[p] += reactor.qual[p] * flow / G_PER_KG * dt;
         if (isDry) {
             reactor.qual[p] = 0.0;
@@ -442,8 +441,8 @@ static double getDepthRate(const Reactor& reactor, double flow, double unit) {
 
 /// Sends stored water to the emptying node while a rule wants it. Without such a node no water may leave, whatever a
 /// rule says and whatever rate the host has set.
-static void emptyStore(Reactor& reactor) {
-    const double dt = RoutingStep;
+static void emptyStore(Model& model, Reactor& reactor) {
+    const double dt = model.options.routingStep;
     reactor.emptyingFlow = 0.0;
     if (reactor.emptyingNode < 0) {
         return;
@@ -454,50 +453,50 @@ static void emptyStore(Reactor& reactor) {
         reactor.emptyingFlow = isDry ? reactor.storedVolume / dt : reactor.emptyingRate;
         reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * reactor.emptyingRate;
     }
-    discharge(reactor.emptyingNode, reactor.emptyingFlow, reactor.qual, reactor.statEmptyingLoad);
+    discharge(model, reactor.emptyingNode, reactor.emptyingFlow, reactor.qual, reactor.statEmptyingLoad);
     if (isDry) {
-        std::fill_n(reactor.qual, project_pollutantCount(), 0.0);
+        std::fill_n(reactor.qual, project_pollutantCount(model), 0.0);
     }
 }
 
 // --- the step ------------------------------------------------------------------------------------------------------
 
-void reactor_update(Node& node, Reactor& reactor) {
-    const double dt = RoutingStep;
-    const DateTime date = project_getDate(NewRoutingTime);
+void reactor_update(Model& model, Node& node, Reactor& reactor) {
+    const double dt = model.options.routingStep;
+    const DateTime date = project_getDate(model, model.clock.newRoutingTime);
     const int32_t hour = datetime_getHour(date);
     const double infil = reactor.area * reactor.infilRate;
-    const double evap = pattern_getFactor(reactor.evapPattern, hour) * reactor.evapRate * reactor.area;
+    const double evap = pattern_getFactor(model, reactor.evapPattern, hour) * reactor.evapRate * reactor.area;
 
-    setInletQuality(node, reactor);
-    const double flow = limitInflow(reactor, node.newInflow);
-    discharge(reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
+    setInletQuality(model, node, reactor);
+    const double flow = limitInflow(model, reactor, node.newInflow);
+    discharge(model, reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
     if (reactor.type == PFR) {
         if (reactor.retentionTime == 0.0) {
-            passThrough(node, reactor, flow, hour);
+            passThrough(model, node, reactor, flow, hour);
         } else {
-            passPlug(node, reactor, flow, date, hour);
+            passPlug(model, node, reactor, flow, date, hour);
         }
         return;
     }
     const double inflowVolume = dt * flow;
-    mixAndReact(reactor, inflowVolume, hour);
-    overflow(node, reactor, inflowVolume);
-    reactor.evapDepth = getDepthRate(reactor, evaporate(reactor, evap), MM_PER_DAY);
-    reactor.infilDepth = getDepthRate(reactor, infiltrate(reactor, infil), MM_PER_HOUR);
-    emptyStore(reactor);
+    mixAndReact(model, reactor, inflowVolume, hour);
+    overflow(model, node, reactor, inflowVolume);
+    reactor.evapDepth = getDepthRate(reactor, evaporate(model, reactor, evap), MM_PER_DAY);
+    reactor.infilDepth = getDepthRate(reactor, infiltrate(model, reactor, infil), MM_PER_HOUR);
+    emptyStore(model, reactor);
 }
 
 // --- statistics and results ----------------------------------------------------------------------------------------
 
-void reactor_openStatistics() {
-    const int64_t count = project_pollutantCount();
-    for (Reactor& reactor : Reactors) {
+void reactor_openStatistics(Model& model) {
+    const int64_t count = project_pollutantCount(model);
+    for (Reactor& reactor : model.reactors) {
         reactor.statSurpass = reactor.statEmptying = reactor.statOutflow = 0.0;
         reactor.statEvap = reactor.statInfil = 0.0;
-        double* memory = arena_allocateArray<double>(ResultArena, 5 * count);
+        double* memory = arena_allocateArray<double>(model.memory.results, 5 * count);
         if (!memory) {
-            errors_report(ERR_MEMORY, "");
+            errors_report(model, ERR_MEMORY, "");
         }
         for (double** array : {&reactor.statSurpassLoad, &reactor.statEmptyingLoad, &reactor.statInfilLoad,
                                &reactor.statReactedLoad, &reactor.statOutflowLoad}) {
@@ -507,8 +506,8 @@ void reactor_openStatistics() {
     }
 }
 
-void reactor_countStep(Reactor& reactor) {
-    const double dt = RoutingStep;
+void reactor_countStep(Model& model, Reactor& reactor) {
+    const double dt = model.options.routingStep;
     reactor.statSurpass += dt * reactor.surpassFlow;
     reactor.statEmptying += dt * reactor.emptyingFlow;
     reactor.statEvap += dt * reactor.evapDepth / MM_PER_DAY * reactor.area;
@@ -516,10 +515,10 @@ void reactor_countStep(Reactor& reactor) {
     reactor.statOutflow += dt * reactor.newOutflow;
 }
 
-void reactor_clearStatistics() {
-    for (Reactor& reactor : Reactors) {
+void reactor_clearStatistics(Model& model) {
+    for (Reactor& reactor : model.reactors) {
         if (reactor.statSurpassLoad) {
-            std::fill_n(reactor.statSurpassLoad, 5 * static_cast<int64_t>(project_pollutantCount()), 0.0);
+            std::fill_n(reactor.statSurpassLoad, 5 * static_cast<int64_t>(project_pollutantCount(model)), 0.0);
         }
     }
 }

@@ -7,6 +7,8 @@
 #include "model/project.h"
 #include "text/tokens.h"
 
+struct Model;
+
 enum ReactorType : int32_t { CSTR, PFR };
 
 enum CapacityType : int32_t { FLOW_CAPACITY, SURFACE_LOADING };
@@ -56,20 +58,18 @@ struct Reactor {
     double* statOutflowLoad;   ///< kg
 };
 
-extern Table<Reactor> Reactors;
-
 /// Makes the arrays of parameters: no reaction, no pattern. False without memory.
-[[nodiscard]] bool reactor_createArrays(Reactor& reactor);
+[[nodiscard]] bool reactor_createArrays(Model& model, Reactor& reactor);
 
 /// A line of [REACTORS], [REACTORS_DECAY] or [REACTORS_EMPTYING]. An error index, or 0.
-[[nodiscard]] int32_t reactor_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
-[[nodiscard]] int32_t reactor_readDecay(const Tokens& tokens);
-[[nodiscard]] int32_t reactor_readEmptying(const Tokens& tokens);
+[[nodiscard]] int32_t reactor_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex);
+[[nodiscard]] int32_t reactor_readDecay(Model& model, const Tokens& tokens);
+[[nodiscard]] int32_t reactor_readEmptying(Model& model, const Tokens& tokens);
 
 /// Tests a reactor when all is read; writes what is wrong to the report.
-void reactor_validate(const Node& node, const Reactor& reactor);
+void reactor_validate(Model& model, const Node& node, const Reactor& reactor);
 
-void reactor_initState(Reactor& reactor);
+void reactor_initState(Model& model, Reactor& reactor);
 void reactor_endState(Reactor& reactor);
 void reactor_shiftState(Reactor& reactor);
 
@@ -78,13 +78,13 @@ void reactor_shiftState(Reactor& reactor);
 
 /// Takes in the inflow of the node in this step, treats it, and sends surplus and emptying to their nodes. Sets
 /// newOutflow and the node's newQual, which the outgoing link takes.
-void reactor_update(Node& node, Reactor& reactor);
+void reactor_update(Model& model, Node& node, Reactor& reactor);
 
 /// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction in an hour of the day.
-[[nodiscard]] double reactor_react(const Reactor& reactor, int32_t pollutant, double concentration, double seconds,
-                                   int32_t hour);
+[[nodiscard]] double reactor_react(Model& model, const Reactor& reactor, int32_t pollutant, double concentration,
+                                   double seconds, int32_t hour);
 
 /// Statistics: made and zeroed for a run, added to after each step, and emptied by pollutant.
-void reactor_openStatistics();
-void reactor_countStep(Reactor& reactor);
-void reactor_clearStatistics();
+void reactor_openStatistics(Model& model);
+void reactor_countStep(Model& model, Reactor& reactor);
+void reactor_clearStatistics(Model& model);

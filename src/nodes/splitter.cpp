@@ -4,45 +4,44 @@
 #include "nodes/splitter.h"
 
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/topology.h"
 #include "nodes/node.h"
 
-Table<Splitter> Splitters;
-
 static const char* const ModeWords[] = {"FLOW", "RATIO", "FLOW_RATIO", nullptr};
 
-int32_t splitter_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+int32_t splitter_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex) {
     if (tokens.count < 4) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, tokens[0]);
+    const char* id = names_findId(model, NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t link = names_find(LINK, tokens[1]);
+    const int32_t link = names_find(model, LINK, tokens[1]);
     if (link < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     const int32_t mode = tokens_findKeyword(tokens[2], ModeWords);
     if (mode < 0) {
-        return errors_setName(ERR_KEYWORD, tokens[2]);
+        return errors_setName(model, ERR_KEYWORD, tokens[2]);
     }
     double value, ratio = 0.0;
     if (!tokens_getNonNegative(tokens[3], &value)) {
-        return errors_setName(ERR_NUMBER, tokens[3]);
+        return errors_setName(model, ERR_NUMBER, tokens[3]);
     }
     if (mode == SPLIT_FLOW_RATIO) {
         if (tokens.count < 5) {
-            return errors_setName(ERR_ITEMS, "");
+            return errors_setName(model, ERR_ITEMS, "");
         }
         // Only the form is tested: a negative ratio takes from the first link what exceeds the threshold.
         if (!tokens_getDouble(tokens[4], &ratio)) {
-            return errors_setName(ERR_NUMBER, tokens[4]);
+            return errors_setName(model, ERR_NUMBER, tokens[4]);
         }
     }
-    node_setRow(node, SPLITTER, kindIndex, id);
-    Splitter& splitter = Splitters[kindIndex];
+    node_setRow(model, node, SPLITTER, kindIndex, id);
+    Splitter& splitter = model.splitters[kindIndex];
     splitter.link = link;
     splitter.mode = mode;
     splitter.value = mode == SPLIT_RATIO && value > 1.0 ? 1.0 : value;
@@ -50,14 +49,14 @@ int32_t splitter_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex)
     return ERR_NONE;
 }
 
-void splitter_validate(int32_t index) {
-    const Splitter& splitter = Splitters[Nodes[index].kindIndex];
-    const Link& first = Links[splitter.link];
+void splitter_validate(Model& model, int32_t index) {
+    const Splitter& splitter = model.splitters[model.nodes[index].kindIndex];
+    const Link& first = model.links[splitter.link];
     if (first.fromNode != index) {
-        errors_report(ERR_SPLITTER_LINK, first.id);
+        errors_report(model, ERR_SPLITTER_LINK, first.id);
     }
-    if (topology_getOutgoing(index).count != 2) {
-        errors_report(ERR_SPLITTER_LINK_COUNT, Nodes[index].id);
+    if (topology_getOutgoing(model, index).count != 2) {
+        errors_report(model, ERR_SPLITTER_LINK_COUNT, model.nodes[index].id);
     }
 }
 

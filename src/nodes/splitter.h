@@ -6,6 +6,8 @@
 #include "model/project.h"
 #include "text/tokens.h"
 
+struct Model;
+
 enum SplitterMode : int32_t { SPLIT_FLOW, SPLIT_RATIO, SPLIT_FLOW_RATIO };
 
 /// The second link is the other one that starts at the node.
@@ -20,14 +22,12 @@ struct Splitter {
     double newFlow;     ///< m3/s
 };
 
-extern Table<Splitter> Splitters;
-
 /// A line of [SPLITTERS] for the row `node` of the nodes and the row `kindIndex` of the splitters. An error index, or
 /// 0.
-[[nodiscard]] int32_t splitter_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
+[[nodiscard]] int32_t splitter_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex);
 
 /// Tests a splitter when all is read; writes what is wrong to the report.
-void splitter_validate(int32_t node);
+void splitter_validate(Model& model, int32_t node);
 
 void splitter_initState(Splitter& splitter);
 void splitter_shiftState(Splitter& splitter);

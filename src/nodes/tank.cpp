@@ -11,6 +11,7 @@
 #include "model/arena.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
@@ -21,32 +22,30 @@
 
 #include <cstdio>
 
-Table<Tank> Tanks;
-
 static constexpr double SMALLEST_FLOOD = 0.0001;  ///< m3/s, below it the excess is lost without a word
 
 // --- reading, validation and start ---------------------------------------------------------------------------------
 
-int32_t tank_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
+int32_t tank_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex) {
     if (tokens.count < 4) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
-    const char* id = names_findId(NODE, tokens[0]);
+    const char* id = names_findId(model, NODE, tokens[0]);
     if (!id) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[0]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t curve = names_find(CURVE, tokens[1]);
+    const int32_t curve = names_find(model, CURVE, tokens[1]);
     if (curve < 0) {
-        return errors_setName(ERR_UNDEFINED_OBJECT, tokens[1]);
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     double depths[2];
     for (int32_t k = 0; k < 2; ++k) {
         if (!tokens_getNonNegative(tokens[2 + k], &depths[k])) {
-            return errors_setName(ERR_NUMBER, tokens[2 + k]);
+            return errors_setName(model, ERR_NUMBER, tokens[2 + k]);
         }
     }
-    node_setRow(node, TANK, kindIndex, id);
-    Tank& tank = Tanks[kindIndex];
+    node_setRow(model, node, TANK, kindIndex, id);
+    Tank& tank = model.tanks[kindIndex];
     tank.curve = curve;
     tank.maxDepth = depths[0];
     tank.initDepth = depths[1];  // may exceed the full depth; the excess floods in the first step
@@ -54,30 +53,30 @@ int32_t tank_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex) {
 }
 
 /// The curve of a tank, or null if it has none.
-static const Curve* findCurve(const Tank& tank) {
-    return Curves.find(tank.curve);
+static const Curve* findCurve(Model& model, const Tank& tank) {
+    return model.curves.find(tank.curve);
 }
 
-void tank_validate(const Node& node, const Tank& tank) {
-    const Curve* curve = findCurve(tank);
+void tank_validate(Model& model, const Node& node, const Tank& tank) {
+    const Curve* curve = findCurve(model, tank);
     if (!curve || curve->curveType != TANK_CURVE) {
-        errors_report(ERR_TANK_CURVE, node.id);
+        errors_report(model, ERR_TANK_CURVE, node.id);
     }
 }
 
-void tank_initState(int32_t index) {
-    Node& node = Nodes[index];
-    Tank& tank = Tanks[node.kindIndex];
+void tank_initState(Model& model, int32_t index) {
+    Node& node = model.nodes[index];
+    Tank& tank = model.tanks[node.kindIndex];
     tank.oldDepth = tank.newDepth = tank.initDepth;
     tank.oldFlood = tank.newFlood = 0.0;
-    tank.hasDecay = decay_isAny(tank.decay);
-    tank.qual = arena_allocateArray<double>(RunArena, project_pollutantCount());
-    if (!tank.qual || !outlets_make(tank.outlets, index)) {
+    tank.hasDecay = decay_isAny(model, tank.decay);
+    tank.qual = arena_allocateArray<double>(model.memory.run, project_pollutantCount(model));
+    if (!tank.qual || !outlets_make(model, tank.outlets, index)) {
         tank_endState(tank);
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
         return;
     }
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         tank.qual[p] = node.newQual[p] = tank.initQual[p];
     }
 }
@@ -129,17 +128,17 @@ static double getDepth(const Curve* curve, double volume) {
     return curve ? curve_inverseLookup(*curve, volume) : 0.0;
 }
 
-double tank_getVolume(const Tank& tank, double depth) {
-    return getVolume(findCurve(tank), depth);
+double tank_getVolume(Model& model, const Tank& tank, double depth) {
+    return getVolume(findCurve(model, tank), depth);
 }
 
 // --- the routing step ----------------------------------------------------------------------------------------------
 
 /// Sets what a link takes out of its tank: a flow with the concentrations of the water stored, or nothing at all.
-static void setOutflow(int32_t index, double flow, const double* quality) {
-    Link& link = Links[index];
+static void setOutflow(Model& model, int32_t index, double flow, const double* quality) {
+    Link& link = model.links[index];
     link.newFlow = flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         link.newQual[p] = quality ? quality[p] : 0.0;
     }
 }
@@ -147,75 +146,75 @@ static void setOutflow(int32_t index, double flow, const double* quality) {
 /// The outlets of one level: their laws at the present depth, limited to the water above the level, and shared out in
 /// the ratio of the laws. Nothing keeps the limit from being negative: with a weir whose crest a host has lowered below
 /// its level the tank gains water.
-static void releaseLevel(Tank& tank, const Curve* curve, LevelList& list, int32_t level) {
+static void releaseLevel(Model& model, Tank& tank, const Curve* curve, LevelList& list, int32_t level) {
     const double depth = tank.newDepth;
     const int32_t count = outlets_findMembers(list, list.levels[level]);
     double sum = 0.0;
     for (int32_t k = 0; k < count; ++k) {
-        list.flows[k] = outlets_getFlow(list, list.members[k], depth);
+        list.flows[k] = outlets_getFlow(model, list, list.members[k], depth);
         sum += list.flows[k];
     }
     if (!(sum > 0.0)) {
         for (int32_t k = 0; k < count; ++k) {
-            setOutflow(list.links[list.members[k]], 0.0, nullptr);
+            setOutflow(model, list.links[list.members[k]], 0.0, nullptr);
         }
         return;
     }
-    const double dt = RoutingStep;
+    const double dt = model.options.routingStep;
     const double volume = getVolume(curve, depth);
     const double limit = (volume - list.volumes[level]) / dt;
     const double flow = sum < limit ? sum : limit;
     tank.newDepth = getDepth(curve, volume - dt * flow);
     for (int32_t k = 0; k < count; ++k) {
         const int32_t link = list.links[list.members[k]];
-        setOutflow(link, list.flows[k] * flow / sum, tank.qual);
+        setOutflow(model, link, list.flows[k] * flow / sum, tank.qual);
         if (list.kind == ORIFICE) {
             // A trace on standard output: the flow of each orifice that runs, at each step.
-            std::printf("%f\n", Links[link].newFlow);
+            std::printf("%f\n", model.links[link].newFlow);
         }
     }
 }
 
-static void releaseByLevel(Tank& tank, const Curve* curve, LevelList& list) {
-    if (outlets_updateKeys(list)) {
+static void releaseByLevel(Model& model, Tank& tank, const Curve* curve, LevelList& list) {
+    if (outlets_updateKeys(model, list)) {
         outlets_makeLevels(list);
         for (int32_t k = 0; k < list.levelCount; ++k) {
             list.volumes[k] = getVolume(curve, list.levels[k]);
         }
     }
     for (int32_t k = 0; k < list.levelCount; ++k) {
-        releaseLevel(tank, curve, list, k);
+        releaseLevel(model, tank, curve, list, k);
     }
 }
 
 /// Flow of all pumps at a depth (m), m3/s.
-static double sumPumps(PumpList& pumps, double depth) {
+static double sumPumps(Model& model, PumpList& pumps, double depth) {
     double sum = 0.0;
     for (int32_t k = 0; k < pumps.count; ++k) {
-        const Link& link = Links[pumps.links[k]];
-        pumps.flows[k] = pump_getFlow(link, Pumps[link.kindIndex], depth);
+        const Link& link = model.links[pumps.links[k]];
+        pumps.flows[k] = pump_getFlow(model, link, model.pumps[link.kindIndex], depth);
         sum += pumps.flows[k];
     }
     return sum;
 }
 
 /// What the pumps may take together, m3/s: no more than the tank holds, unless it has no volume by its full depth.
-static double limitPumps(const Tank& tank, const Curve* curve, double full, double wanted) {
+static double limitPumps(Model& model, const Tank& tank, const Curve* curve, double full, double wanted) {
     double flow = wanted;
     if (full > 0.0) {
-        const double held = getVolume(curve, tank.newDepth) / RoutingStep;
+        const double held = getVolume(curve, tank.newDepth) / model.options.routingStep;
         flow = held < flow ? held : flow;
     }
     return flow < 0.0 ? 0.0 : flow;
 }
 
 /// Takes what exceeds the full volume out of the system; gives the volume that is left, m3.
-static double floodExcess(Tank& tank, double full, double volume) {
+static double floodExcess(Model& model, Tank& tank, double full, double volume) {
     tank.newFlood = 0.0;
     if (!(volume >= full)) {
         return volume;
     }
-    tank.newFlood = (volume - full) / RoutingStep;
+    tank.newFlood = (volume - full) / model.options.routingStep;
     if (tank.newFlood < SMALLEST_FLOOD) {
         tank.newFlood = 0.0;  // the small excess is cut off all the same, and is in no total
     }
@@ -224,61 +223,62 @@ static double floodExcess(Tank& tank, double full, double volume) {
 
 /// The decayed mass is that of the water left after the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
-static void decayStored(Tank& tank, Node& node, double volume) {
-    const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(NewRoutingTime)) : 0;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        const double left = decay_getFactor(tank.decay[p], hour, RoutingStep);
+static void decayStored(Model& model, Tank& tank, Node& node, double volume) {
+    const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        const double left = decay_getFactor(model, tank.decay[p], hour, model.options.routingStep);
         const double before = tank.qual[p];
         tank.qual[p] = before * left;
         node.newQual[p] = tank.qual[p];
-        QualTotals[p].reactedLoss += before * volume * (1.0 - left) / G_PER_KG;
+        model.totals.quality[p].reactedLoss += before * volume * (1.0 - left) / G_PER_KG;
     }
 }
 
 /// Shares the flow of all pumps out in the ratio of what each would deliver at the depth that is left. If none would
 /// deliver any more there, none gets a flow, and the water that they took is lost.
-static void sharePumps(Tank& tank, double flow) {
+static void sharePumps(Model& model, Tank& tank, double flow) {
     PumpList& pumps = tank.outlets.pumps;
-    const double sum = sumPumps(pumps, tank.newDepth);
+    const double sum = sumPumps(model, pumps, tank.newDepth);
     for (int32_t k = 0; k < pumps.count; ++k) {
         if (sum > 0.0) {
-            setOutflow(pumps.links[k], pumps.flows[k] * flow / sum, tank.qual);
+            setOutflow(model, pumps.links[k], pumps.flows[k] * flow / sum, tank.qual);
         } else {
-            setOutflow(pumps.links[k], 0.0, nullptr);
+            setOutflow(model, pumps.links[k], 0.0, nullptr);
         }
     }
 }
 
-static void mixInflow(Tank& tank, const Node& node, const Curve* curve) {
-    const double dt = RoutingStep;
+static void mixInflow(Model& model, Tank& tank, const Node& node, const Curve* curve) {
+    const double dt = model.options.routingStep;
     const double volume = getVolume(curve, tank.newDepth);
     const double inflow = dt * node.newInflow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / G_PER_KG;
         tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * G_PER_KG : 0.0;
     }
     tank.newDepth = getDepth(curve, volume + inflow);
 }
 
-void tank_update(Node& node, Tank& tank) {
-    const Curve* curve = findCurve(tank);
+void tank_update(Model& model, Node& node, Tank& tank) {
+    const Curve* curve = findCurve(model, tank);
     const double full = getVolume(curve, tank.maxDepth);
     tank.newDepth = tank.oldDepth;
-    releaseByLevel(tank, curve, tank.outlets.orifices);
-    releaseByLevel(tank, curve, tank.outlets.weirs);
-    const double pumped = limitPumps(tank, curve, full, sumPumps(tank.outlets.pumps, tank.newDepth));
-    const double volume = floodExcess(tank, full, getVolume(curve, tank.newDepth) - RoutingStep * pumped);
+    releaseByLevel(model, tank, curve, tank.outlets.orifices);
+    releaseByLevel(model, tank, curve, tank.outlets.weirs);
+    const double pumped = limitPumps(model, tank, curve, full, sumPumps(model, tank.outlets.pumps, tank.newDepth));
+    const double volume =
+        floodExcess(model, tank, full, getVolume(curve, tank.newDepth) - model.options.routingStep * pumped);
     tank.newDepth = getDepth(curve, volume);
-    decayStored(tank, node, volume);
-    sharePumps(tank, pumped);
-    mixInflow(tank, node, curve);
+    decayStored(model, tank, node, volume);
+    sharePumps(model, tank, pumped);
+    mixInflow(model, tank, node, curve);
 }
 
-void tank_countStep(const Node& node, Tank& tank) {
-    const double dt = RoutingStep;
-    FlowTotals.floodingLoss += dt * tank.newFlood;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        QualTotals[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / G_PER_KG;
+void tank_countStep(Model& model, const Node& node, Tank& tank) {
+    const double dt = model.options.routingStep;
+    model.totals.flow.floodingLoss += dt * tank.newFlood;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        model.totals.quality[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / G_PER_KG;
     }
     statistics_keepMaximum(tank.statMaxDepth, tank.newDepth);
     tank.statFloodVolume += dt * tank.newFlood;

@@ -8,6 +8,8 @@
 #include "nodes/outlets.h"
 #include "text/tokens.h"
 
+struct Model;
+
 struct Tank {
     int32_t curve;           ///< curve of type TANK: surface area, m2, by depth, m
     double maxDepth;         ///< m, full
@@ -25,24 +27,22 @@ struct Tank {
     double statFloodVolume;  ///< m3
 };
 
-extern Table<Tank> Tanks;
-
 /// A line of [TANKS] for the row `node` of the nodes and the row `kindIndex` of the tanks. An error index, or 0.
-[[nodiscard]] int32_t tank_readLine(const Tokens& tokens, int32_t node, int32_t kindIndex);
+[[nodiscard]] int32_t tank_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex);
 
 /// Tests a tank when all is read; writes what is wrong to the report.
-void tank_validate(const Node& node, const Tank& tank);
+void tank_validate(Model& model, const Node& node, const Tank& tank);
 
-void tank_initState(int32_t node);
+void tank_initState(Model& model, int32_t node);
 void tank_endState(Tank& tank);
 void tank_shiftState(Tank& tank);
 
 /// Lets water go through the outlets, then takes in and mixes the inflow of the step. Sets flow and concentrations of
 /// all outgoing links.
-void tank_update(Node& node, Tank& tank);
+void tank_update(Model& model, Node& node, Tank& tank);
 
 /// Volume (m3) at a depth (m). 0 without a curve.
-[[nodiscard]] double tank_getVolume(const Tank& tank, double depth);
+[[nodiscard]] double tank_getVolume(Model& model, const Tank& tank, double depth);
 
 /// Adds the depth and the flood of a step to the statistics and the totals.
-void tank_countStep(const Node& node, Tank& tank);
+void tank_countStep(Model& model, const Node& node, Tank& tank);

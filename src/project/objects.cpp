@@ -22,19 +22,17 @@
 #include "model/arena.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/pattern.h"
 #include "model/pollut.h"
 #include "model/project.h"
 #include "model/timeseries.h"
-#include "model/topology.h"
-#include "nodes/inflows.h"
 #include "nodes/lidmono.h"
 #include "nodes/outfall.h"
 #include "nodes/reactor.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "platform/memory.h"
-#include "routing/linkkinds.h"
 
 template <class Record>
 static void fillTable(Table<Record>& table, int32_t count, const Record& record) {
@@ -58,11 +56,11 @@ static void createKindlessTable(Table<Record>& table, int32_t count) {
 }
 
 /// Arrays of one number per pollutant, side by side, since a visit goes through all of them.
-static void createArrays(std::initializer_list<double**> arrays) {
-    const int64_t count = project_pollutantCount();
-    double* memory = arena_allocateArray<double>(ProjectArena, count * static_cast<int64_t>(arrays.size()));
+static void createArrays(Model& model, std::initializer_list<double**> arrays) {
+    const int64_t count = project_pollutantCount(model);
+    double* memory = arena_allocateArray<double>(model.memory.project, count * static_cast<int64_t>(arrays.size()));
     if (!memory) {
-        ErrorCode = ERR_MEMORY;
+        model.error.code = ERR_MEMORY;
         return;
     }
     for (double** array : arrays) {
@@ -71,115 +69,80 @@ static void createArrays(std::initializer_list<double**> arrays) {
     }
 }
 
-static void createNodes() {
-    for (Node& node : Nodes) {
-        if (project_pollutantCount() > 0) {
-            createArrays({&node.massInflow, &node.newQual, &node.oldQual});
+static void createNodes(Model& model) {
+    for (Node& node : model.nodes) {
+        if (project_pollutantCount(model) > 0) {
+            createArrays(model, {&node.massInflow, &node.newQual, &node.oldQual});
         }
     }
-    for (Tank& tank : Tanks) {
-        createArrays({&tank.initQual});
-        tank.decay = decay_create();
+    for (Tank& tank : model.tanks) {
+        createArrays(model, {&tank.initQual});
+        tank.decay = decay_create(model);
         if (!tank.decay) {
-            ErrorCode = ERR_MEMORY;
+            model.error.code = ERR_MEMORY;
         }
     }
 }
 
-static void createLinks() {
-    for (Link& link : Links) {
-        createArrays({&link.newQual, &link.oldQual});
+static void createLinks(Model& model) {
+    for (Link& link : model.links) {
+        createArrays(model, {&link.newQual, &link.oldQual});
     }
-    for (Pipe& pipe : Pipes) {
-        pipe.decay = decay_create();
+    for (Pipe& pipe : model.pipes) {
+        pipe.decay = decay_create(model);
         if (!pipe.decay) {
-            ErrorCode = ERR_MEMORY;
+            model.error.code = ERR_MEMORY;
         }
     }
-    for (Conduit& conduit : Conduits) {
-        conduit.decay = decay_create();
+    for (Conduit& conduit : model.conduits) {
+        conduit.decay = decay_create(model);
         if (!conduit.decay) {
-            ErrorCode = ERR_MEMORY;
+            model.error.code = ERR_MEMORY;
         }
     }
 }
 
-static void createReactors() {
-    for (Reactor& reactor : Reactors) {
-        if (!reactor_createArrays(reactor)) {
-            ErrorCode = ERR_MEMORY;
+static void createReactors(Model& model) {
+    for (Reactor& reactor : model.reactors) {
+        if (!reactor_createArrays(model, reactor)) {
+            model.error.code = ERR_MEMORY;
         }
     }
 }
 
-void objects_create() {
-    if (ErrorCode) {
+void objects_create(Model& model) {
+    if (model.error.code) {
         return;
     }
-    createTable(Gages, ObjectCount[GAGE]);
-    subcatch_createAll();
-    createKindlessTable(Nodes, ObjectCount[NODE]);
-    createTable(Tanks, NodeKindCount[TANK]);
-    createTable(Outfalls, NodeKindCount[OUTFALL]);
-    createTable(Splitters, NodeKindCount[SPLITTER]);
-    createTable(Reactors, NodeKindCount[REACTOR]);
-    createTable(LidMonos, NodeKindCount[LID_MONO]);
-    createKindlessTable(Links, ObjectCount[LINK]);
-    createTable(Pipes, LinkKindCount[PIPE]);
-    createTable(Pumps, LinkKindCount[PUMP]);
-    createTable(Connections, LinkKindCount[CONNECTION]);
-    createTable(Conduits, LinkKindCount[CONDUIT]);
-    createTable(Weirs, LinkKindCount[WEIR]);
-    createTable(Orifices, LinkKindCount[ORIFICE]);
-    createTable(Polluts, ObjectCount[POLLUT]);
-    landuse_createAll();
-    curve_createAll();
-    timeseries_createAll();
-    createTable(Patterns, ObjectCount[PATTERN]);
-    createTable(Converters, ObjectCount[CONVERTER]);
-    lidgroup_createAll();
-    lid_createAll();
-    rule_createAll();
-    if (ErrorCode) {
+    createTable(model.gages, model.counts.objects[GAGE]);
+    subcatch_createAll(model);
+    createKindlessTable(model.nodes, model.counts.objects[NODE]);
+    createTable(model.tanks, model.counts.nodeKinds[TANK]);
+    createTable(model.outfalls, model.counts.nodeKinds[OUTFALL]);
+    createTable(model.splitters, model.counts.nodeKinds[SPLITTER]);
+    createTable(model.reactors, model.counts.nodeKinds[REACTOR]);
+    createTable(model.lidMonos, model.counts.nodeKinds[LID_MONO]);
+    createKindlessTable(model.links, model.counts.objects[LINK]);
+    createTable(model.pipes, model.counts.linkKinds[PIPE]);
+    createTable(model.pumps, model.counts.linkKinds[PUMP]);
+    createTable(model.connections, model.counts.linkKinds[CONNECTION]);
+    createTable(model.conduits, model.counts.linkKinds[CONDUIT]);
+    createTable(model.weirs, model.counts.linkKinds[WEIR]);
+    createTable(model.orifices, model.counts.linkKinds[ORIFICE]);
+    createTable(model.polluts, model.counts.objects[POLLUT]);
+    landuse_createAll(model);
+    curve_createAll(model);
+    timeseries_createAll(model);
+    createTable(model.patterns, model.counts.objects[PATTERN]);
+    createTable(model.converters, model.counts.objects[CONVERTER]);
+    lidgroup_createAll(model);
+    lid_createAll(model);
+    rule_createAll(model);
+    if (model.error.code) {
         return;  // without memory for these no outside model is loaded either
     }
-    createNodes();
-    createLinks();
-    createReactors();
-    coupled_createNodes();
-}
-
-void objects_delete() {
-    coupled_deleteNodes();
-    Gages = {};
-    subcatch_deleteAll();
-    Nodes = {};
-    Tanks = {};
-    Outfalls = {};
-    Splitters = {};
-    Reactors = {};
-    LidMonos = {};
-    Links = {};
-    Pipes = {};
-    Pumps = {};
-    Connections = {};
-    Conduits = {};
-    conduit_clear();
-    Weirs = {};
-    Orifices = {};
-    Polluts = {};
-    Landuses = {};
-    lidgroup_deleteAll();
-    Lids = {};
-    timeseries_deleteAll();
-    curve_deleteAll();
-    Patterns = {};
-    rule_deleteAll();
-    Converters = {};
-    topology_clear();
-    linkkinds_clearRun();
-    inflows_clear();
-    QualTotals = nullptr;
-    arena_release(RunArena);
-    arena_release(ResultArena);
+    createNodes(model);
+    createLinks(model);
+    createReactors(model);
+    coupled_createNodes(model);
 }

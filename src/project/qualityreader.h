@@ -5,6 +5,8 @@
 
 #include "text/tokens.h"
 
+struct Model;
+
 /// A line of [DECAY_COEFFICIENT] or [INITIAL_CONCENTRATION]. An error index, or 0.
-[[nodiscard]] int32_t qualityreader_readDecay(const Tokens& tokens);
-[[nodiscard]] int32_t qualityreader_readInitial(const Tokens& tokens);
+[[nodiscard]] int32_t qualityreader_readDecay(Model& model, const Tokens& tokens);
+[[nodiscard]] int32_t qualityreader_readInitial(Model& model, const Tokens& tokens);

@@ -18,6 +18,7 @@
 #include "hydrology/subcatch.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/pollut.h"
@@ -35,62 +36,52 @@
 #include "text/tokens.h"
 #include "text/units.h"
 
-TextFile InputFile;
-
 static constexpr int32_t MAX_ERRORS = 100;
 
-/// Running indices of the second pass, by class of object, kind of node and kind of link.
-struct RunningIndices {
-    int32_t objects[OBJECT_TYPE_COUNT];
-    int32_t nodes[NODE_KIND_COUNT];
-    int32_t links[LINK_KIND_COUNT];
-};
-
-static RunningIndices Running;
-
 /// Tells a wrong line: message, place, and the line as it stands.
-static void writeLineError(int32_t error, int32_t section, long lineNumber, const char* line) {
-    if (!ReportFile) {
+static void writeLineError(Model& model, int32_t error, int32_t section, long lineNumber, const char* line) {
+    if (!model.files.report) {
         return;
     }
-    errors_report(error, ErrorObjectName.c_str());
+    errors_report(model, error, model.error.objectName.c_str());
     if (section < 0) {
-        reportfile_print("at line %ld of input file:", lineNumber);
+        reportfile_print(model, "at line %ld of input file:", lineNumber);
     } else {
-        reportfile_print("at line %ld of %s section:", lineNumber, Sections[section].name);
+        reportfile_print(model, "at line %ld of %s section:", lineNumber, Sections[section].name);
     }
-    reportfile_writeLine(line);
+    reportfile_writeLine(model, line);
 }
 
 // --- first pass ----------------------------------------------------------------------------------------------------
 
 /// Makes a name known; the error if it was known before. The counters grow all the same.
-static int32_t addName(int32_t type, const char* word) {
-    switch (names_add(type, word, ObjectCount[type]++)) {
+static int32_t addName(Model& model, int32_t type, const char* word) {
+    switch (names_add(model, type, word, model.counts.objects[type]++)) {
         case 1: return ERR_NONE;
-        case 0: return errors_setName(ERR_DUPLICATE_ID, word);
-        default: return errors_setName(ERR_MEMORY, "");
+        case 0: return errors_setName(model, ERR_DUPLICATE_ID, word);
+        default: return errors_setName(model, ERR_MEMORY, "");
     }
 }
 
-static int32_t countCoupledNode(int32_t kind, const char* word) {
-    if (tokens_findKeyword(word, nodekinds_getRecordWords(kind)) >= 0 || names_find(NODE, word) >= 0) {
+static int32_t countCoupledNode(Model& model, int32_t kind, const char* word) {
+    if (tokens_findKeyword(word, nodekinds_getRecordWords(kind)) >= 0 || names_find(model, NODE, word) >= 0) {
         return ERR_NONE;
     }
-    ++NodeKindCount[kind];
-    return addName(NODE, word);
+    ++model.counts.nodeKinds[kind];
+    return addName(model, NODE, word);
 }
 
 /// Takes the first word of a line of a section in the first pass. An error index, or 0.
-static int32_t countLine(int32_t number, const char* word) {
+static int32_t countLine(Model& model, int32_t number, const char* word) {
     const Section& section = Sections[number];
     switch (section.countRule) {
-        case COUNT_OBJECT: return addName(section.type, word);
-        case COUNT_NEW_OBJECT: return names_find(section.type, word) < 0 ? addName(section.type, word) : ERR_NONE;
-        case COUNT_NODE: ++NodeKindCount[section.type]; return addName(NODE, word);
-        case COUNT_LINK: ++LinkKindCount[section.type]; return addName(LINK, word);
-        case COUNT_RULE: ObjectCount[RULE] += tokens_matchKeyword(word, "RULE"); return ERR_NONE;
-        case COUNT_COUPLED_NODE: return countCoupledNode(section.type, word);
+        case COUNT_OBJECT: return addName(model, section.type, word);
+        case COUNT_NEW_OBJECT:
+            return names_find(model, section.type, word) < 0 ? addName(model, section.type, word) : ERR_NONE;
+        case COUNT_NODE: ++model.counts.nodeKinds[section.type]; return addName(model, NODE, word);
+        case COUNT_LINK: ++model.counts.linkKinds[section.type]; return addName(model, LINK, word);
+        case COUNT_RULE: model.counts.objects[RULE] += tokens_matchKeyword(word, "RULE"); return ERR_NONE;
+        case COUNT_COUPLED_NODE: return countCoupledNode(model, section.type, word);
         default: return ERR_NONE;
     }
 }
@@ -106,7 +97,7 @@ static bool copyFirstWord(const char* line, char* word) {
 
 /// One line of the first pass; gives the error to be told. `section` moves with the headers. `pending` is the error of
 /// the line before: behind an unknown header every data line repeats it, until a good header comes.
-static int32_t countNextLine(char* line, int32_t& section, int32_t& pending) {
+static int32_t countNextLine(Model& model, char* line, int32_t& section, int32_t& pending) {
     char word[LINE_SIZE];
     if (!copyFirstWord(line, word) || word[0] == '/') {
         return ERR_NONE;
@@ -120,34 +111,34 @@ static int32_t countNextLine(char* line, int32_t& section, int32_t& pending) {
     } else if (section == SECTION_GENERAL) {
         // The line itself is cut up here, so its echo shows the first word only.
         const Tokens tokens = tokens_split(line);
-        pending = tokens.count < 2 ? ERR_NONE : options_read(tokens[0], tokens[1]);
+        pending = tokens.count < 2 ? ERR_NONE : options_read(model, tokens[0], tokens[1]);
     } else if (section >= 0) {
-        pending = countLine(section, word);
+        pending = countLine(model, section, word);
     }
     return pending;
 }
 
 /// First pass: counts and names all objects, and takes the general options.
-static void countObjects() {
-    if (ErrorCode) {
+static void countObjects(Model& model) {
+    if (model.error.code) {
         return;
     }
-    ErrorObjectName.clear();
-    std::memset(ObjectCount, 0, sizeof ObjectCount);
-    std::memset(NodeKindCount, 0, sizeof NodeKindCount);
-    std::memset(LinkKindCount, 0, sizeof LinkKindCount);
+    model.error.objectName.clear();
+    std::memset(model.counts.objects, 0, sizeof model.counts.objects);
+    std::memset(model.counts.nodeKinds, 0, sizeof model.counts.nodeKinds);
+    std::memset(model.counts.linkKinds, 0, sizeof model.counts.linkKinds);
     int32_t section = -1, pending = ERR_NONE, errorCount = 0;
     long lineNumber = 0;
     char line[LINE_SIZE];
-    while (errorCount < MAX_ERRORS && textfile_getLine(InputFile, line, LINE_SIZE)) {
+    while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++lineNumber;
-        if (const int32_t error = countNextLine(line, section, pending)) {
-            writeLineError(error, section, lineNumber, line);
+        if (const int32_t error = countNextLine(model, line, section, pending)) {
+            writeLineError(model, error, section, lineNumber, line);
             ++errorCount;
         }
     }
     if (errorCount > 0) {
-        ErrorCode = ERR_INPUT;
+        model.error.code = ERR_INPUT;
     }
 }
 
@@ -160,78 +151,80 @@ static bool takeRow(int32_t& running, int32_t count, int32_t& row) {
     return row < count;
 }
 
-static int32_t parseNode(const Tokens& tokens, int32_t kind) {
+static int32_t parseNode(Model& model, const Tokens& tokens, int32_t kind) {
     int32_t node, row;
-    const bool isNodeFree = takeRow(Running.objects[NODE], ObjectCount[NODE], node);
-    const bool isRowFree = takeRow(Running.nodes[kind], NodeKindCount[kind], row);
-    return isNodeFree && isRowFree ? nodekinds_readLine(tokens, kind, node, row)
-                                   : errors_setName(ERR_DUPLICATE_ID, tokens[0]);
+    const bool isNodeFree = takeRow(model.running->objects[NODE], model.counts.objects[NODE], node);
+    const bool isRowFree = takeRow(model.running->nodes[kind], model.counts.nodeKinds[kind], row);
+    return isNodeFree && isRowFree ? nodekinds_readLine(model, tokens, kind, node, row)
+                                   : errors_setName(model, ERR_DUPLICATE_ID, tokens[0]);
 }
 
-static int32_t parseLink(const Tokens& tokens, int32_t kind) {
+static int32_t parseLink(Model& model, const Tokens& tokens, int32_t kind) {
     int32_t link, row;
-    const bool isLinkFree = takeRow(Running.objects[LINK], ObjectCount[LINK], link);
-    const bool isRowFree = takeRow(Running.links[kind], LinkKindCount[kind], row);
-    return isLinkFree && isRowFree ? linkkinds_readLine(tokens, kind, link, row)
-                                   : errors_setName(ERR_DUPLICATE_ID, tokens[0]);
+    const bool isLinkFree = takeRow(model.running->objects[LINK], model.counts.objects[LINK], link);
+    const bool isRowFree = takeRow(model.running->links[kind], model.counts.linkKinds[kind], row);
+    return isLinkFree && isRowFree ? linkkinds_readLine(model, tokens, kind, link, row)
+                                   : errors_setName(model, ERR_DUPLICATE_ID, tokens[0]);
 }
 
 /// Sections with one line for each object that is neither node nor link.
-static int32_t parseObject(const Tokens& tokens, int32_t type) {
+static int32_t parseObject(Model& model, const Tokens& tokens, int32_t type) {
     int32_t row;
-    if (!takeRow(Running.objects[type], ObjectCount[type], row)) {
-        return errors_setName(ERR_DUPLICATE_ID, tokens[0]);
+    if (!takeRow(model.running->objects[type], model.counts.objects[type], row)) {
+        return errors_setName(model, ERR_DUPLICATE_ID, tokens[0]);
     }
     switch (type) {
-        case GAGE: return gage_readLine(tokens, row);
-        case SUBCATCH: return subcatch_readLine(tokens, row);
-        case POLLUT: return pollut_readLine(tokens, row);
-        case LANDUSE: return landuse_readLine(tokens, row);
+        case GAGE: return gage_readLine(model, tokens, row);
+        case SUBCATCH: return subcatch_readLine(model, tokens, row);
+        case POLLUT: return pollut_readLine(model, tokens, row);
+        case LANDUSE: return landuse_readLine(model, tokens, row);
         default: return ERR_NONE;
     }
 }
 
 /// A definition of a coupled node, or one of the exchange records of the node defined last.
-static int32_t parseCoupledNode(const Tokens& tokens, int32_t kind) {
+static int32_t parseCoupledNode(Model& model, const Tokens& tokens, int32_t kind) {
     if (tokens_findKeyword(tokens[0], nodekinds_getRecordWords(kind)) >= 0) {
         // A definition with an error counts as well: its records go with it, and meet no error of their own.
-        const int32_t row = Running.nodes[kind] - 1;
-        return row < 0 ? errors_setName(ERR_LINE, "") : nodekinds_readLine(tokens, kind, -1, row);
+        const int32_t row = model.running->nodes[kind] - 1;
+        return row < 0 ? errors_setName(model, ERR_LINE, "") : nodekinds_readLine(model, tokens, kind, -1, row);
     }
     // A name that was a node before was not counted as a definition, so no row waits for it. Neither does one if the
     // first pass took the word for something else. No row is used up then.
-    const int32_t known = names_find(NODE, tokens[0]);
-    const bool isRowFree = Running.nodes[kind] < NodeKindCount[kind] && Running.objects[NODE] < ObjectCount[NODE];
-    if (!isRowFree || (known >= 0 && known != Running.objects[NODE])) {
-        return errors_setName(ERR_DUPLICATE_ID, tokens[0]);
+    const int32_t known = names_find(model, NODE, tokens[0]);
+    const bool isRowFree = model.running->nodes[kind] < model.counts.nodeKinds[kind] &&
+                           model.running->objects[NODE] < model.counts.objects[NODE];
+    if (!isRowFree || (known >= 0 && known != model.running->objects[NODE])) {
+        return errors_setName(model, ERR_DUPLICATE_ID, tokens[0]);
     }
-    return nodekinds_readLine(tokens, kind, Running.objects[NODE]++, Running.nodes[kind]++);
+    return nodekinds_readLine(model, tokens, kind, model.running->objects[NODE]++, model.running->nodes[kind]++);
 }
 
-static int32_t parseRule(const Tokens& tokens) {
+static int32_t parseRule(Model& model, const Tokens& tokens) {
     if (tokens.count < 2) {
-        return errors_setName(ERR_ITEMS, "");
+        return errors_setName(model, ERR_ITEMS, "");
     }
     const int32_t clause = tokens_findKeyword(tokens[0], ClauseWords);
-    int32_t& running = Running.objects[RULE];
+    int32_t& running = model.running->objects[RULE];
     if (clause < 0) {
-        return errors_setName(ERR_RULE_CLAUSE, tokens[0]);
+        return errors_setName(model, ERR_RULE_CLAUSE, tokens[0]);
     }
     if (clause == CLAUSE_RULE) {
-        if (running >= ObjectCount[RULE]) {
-            return errors_setName(ERR_DUPLICATE_ID, tokens[0]);
+        if (running >= model.counts.objects[RULE]) {
+            return errors_setName(model, ERR_DUPLICATE_ID, tokens[0]);
         }
         // A rule of a known name is refused whole; the clauses behind it go to the last good rule.
-        if (names_add(RULE, tokens[1], running) != 1) {
-            return errors_setName(ERR_DUPLICATE_ID, tokens[1]);
+        if (names_add(model, RULE, tokens[1], running) != 1) {
+            return errors_setName(model, ERR_DUPLICATE_ID, tokens[1]);
         }
         ++running;
     }
-    return running > 0 ? rulereader_readLine(tokens, running - 1, clause) : errors_setName(ERR_RULE_CLAUSE, "");
+    return running > 0 ? rulereader_readLine(model, tokens, running - 1, clause)
+                       : errors_setName(model, ERR_RULE_CLAUSE, "");
 }
 
-static void storeDescription(const char* rawLine) {
-    for (std::string& description : Description) {
+static void storeDescription(Model& model, const char* rawLine) {
+    for (std::string& description : model.description) {
         if (description.empty()) {
             description = rawLine;
             if (description.back() == '\n') {
@@ -243,56 +236,56 @@ static void storeDescription(const char* rawLine) {
 }
 
 /// Takes the line, which stands as `rawLine` in the file, in the second pass. An error index, or 0.
-static int32_t parseLine(const Tokens& tokens, int32_t number, const char* rawLine) {
+static int32_t parseLine(Model& model, const Tokens& tokens, int32_t number, const char* rawLine) {
     const Section& section = Sections[number];
     switch (section.countRule) {
-        case COUNT_NODE: return parseNode(tokens, section.type);
-        case COUNT_LINK: return parseLink(tokens, section.type);
-        case COUNT_OBJECT: return parseObject(tokens, section.type);
-        case COUNT_COUPLED_NODE: return parseCoupledNode(tokens, section.type);
-        case COUNT_RULE: return parseRule(tokens);
+        case COUNT_NODE: return parseNode(model, tokens, section.type);
+        case COUNT_LINK: return parseLink(model, tokens, section.type);
+        case COUNT_OBJECT: return parseObject(model, tokens, section.type);
+        case COUNT_COUPLED_NODE: return parseCoupledNode(model, tokens, section.type);
+        case COUNT_RULE: return parseRule(model, tokens);
         default: break;
     }
     switch (number) {
-        case SECTION_DESCRIPTION: storeDescription(rawLine); return ERR_NONE;
-        case SECTION_EVAPORATION: return evap_readLine(tokens);
-        case SECTION_INFLOWS: return inflows_readExternal(tokens);
-        case SECTION_DWFS: return inflows_readDryWeather(tokens);
-        case SECTION_REACTORS_DECAY: return reactor_readDecay(tokens);
-        case SECTION_REACTORS_EMPTYING: return reactor_readEmptying(tokens);
-        case SECTION_DECAY_COEFFICIENT: return qualityreader_readDecay(tokens);
-        case SECTION_INITIAL_CONCENTRATION: return qualityreader_readInitial(tokens);
-        case SECTION_COVERAGES: return subcatch_readCoverage(tokens);
-        case SECTION_BUILDUP: return landuse_readBuildup(tokens);
-        case SECTION_WASHOFF: return landuse_readWashoff(tokens);
-        case SECTION_LOADINGS: return subcatch_readLoading(tokens);
-        case SECTION_LIDS: return lid_readLine(tokens);
-        case SECTION_LID_GROUPS: return lidgroup_readLine(tokens);
-        case SECTION_CURVES: return curve_readLine(tokens);
-        case SECTION_TIMESERIES: return timeseries_readLine(tokens);
-        case SECTION_PATTERNS: return pattern_read(tokens);
-        case SECTION_CONVERTERS: return converter_readLine(tokens);
+        case SECTION_DESCRIPTION: storeDescription(model, rawLine); return ERR_NONE;
+        case SECTION_EVAPORATION: return evap_readLine(model, tokens);
+        case SECTION_INFLOWS: return inflows_readExternal(model, tokens);
+        case SECTION_DWFS: return inflows_readDryWeather(model, tokens);
+        case SECTION_REACTORS_DECAY: return reactor_readDecay(model, tokens);
+        case SECTION_REACTORS_EMPTYING: return reactor_readEmptying(model, tokens);
+        case SECTION_DECAY_COEFFICIENT: return qualityreader_readDecay(model, tokens);
+        case SECTION_INITIAL_CONCENTRATION: return qualityreader_readInitial(model, tokens);
+        case SECTION_COVERAGES: return subcatch_readCoverage(model, tokens);
+        case SECTION_BUILDUP: return landuse_readBuildup(model, tokens);
+        case SECTION_WASHOFF: return landuse_readWashoff(model, tokens);
+        case SECTION_LOADINGS: return subcatch_readLoading(model, tokens);
+        case SECTION_LIDS: return lid_readLine(model, tokens);
+        case SECTION_LID_GROUPS: return lidgroup_readLine(model, tokens);
+        case SECTION_CURVES: return curve_readLine(model, tokens);
+        case SECTION_TIMESERIES: return timeseries_readLine(model, tokens);
+        case SECTION_PATTERNS: return pattern_read(model, tokens);
+        case SECTION_CONVERTERS: return converter_readLine(model, tokens);
         default: return ERR_NONE;
     }
 }
 
 /// Whether every table is filled as it was counted. Rules may be fewer: a rule refused is no row that anybody names.
-static bool areTablesFilled() {
-    bool isFilled = std::memcmp(Running.nodes, NodeKindCount, sizeof NodeKindCount) == 0 &&
-                    std::memcmp(Running.links, LinkKindCount, sizeof LinkKindCount) == 0;
+static bool areTablesFilled(Model& model) {
+    bool isFilled = std::memcmp(model.running->nodes, model.counts.nodeKinds, sizeof model.counts.nodeKinds) == 0 &&
+                    std::memcmp(model.running->links, model.counts.linkKinds, sizeof model.counts.linkKinds) == 0;
     for (const int32_t type : {GAGE, SUBCATCH, NODE, LINK, POLLUT, LANDUSE}) {
-        isFilled = isFilled && Running.objects[type] == ObjectCount[type];
+        isFilled = isFilled && model.running->objects[type] == model.counts.objects[type];
     }
     return isFilled;
 }
 
 /// Reads all lines; gives the number of errors.
-static int32_t readLines() {
+static int32_t readLines(Model& model) {
     int32_t section = SECTION_DESCRIPTION;  // text before the first header describes the project
     int32_t errorCount = 0;
     long lineNumber = 0;
     char line[LINE_SIZE], words[LINE_SIZE];
-    while (textfile_getLine(InputFile, line, LINE_SIZE)) {
+    while (textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++lineNumber;
         std::strcpy(words, line);
         const Tokens tokens = tokens_split(words);
@@ -303,66 +296,66 @@ static int32_t readLines() {
             const int32_t found = sections_find(tokens[0]);
             if (found < 0) {
                 // Only quotes hide an unknown header from the first pass.
-                writeLineError(errors_setName(ERR_KEYWORD, tokens[0]), section, lineNumber, line);
+                writeLineError(model, errors_setName(model, ERR_KEYWORD, tokens[0]), section, lineNumber, line);
                 return errorCount + 1;
             }
             section = found;
             continue;
         }
-        const int32_t error = parseLine(tokens, section, line);
+        const int32_t error = parseLine(model, tokens, section, line);
         if (error && ++errorCount > MAX_ERRORS) {
-            reportfile_writeLine("\n  Maximum error count exceeded.");
+            reportfile_writeLine(model, "\n  Maximum error count exceeded.");
             break;
         }
         if (error) {
-            writeLineError(error, section, lineNumber, line);
+            writeLineError(model, error, section, lineNumber, line);
         }
     }
     return errorCount;
 }
 
 /// Second pass: fills the tables.
-static void readData() {
-    if (ErrorCode) {
+static void readData(Model& model) {
+    if (model.error.code) {
         return;
     }
-    Running = RunningIndices{};
-    for (Series& series : TimeSeries) {
-        series.dateInForce = StartDate + StartTime;
+    *model.running = RunningIndices{};
+    for (Series& series : model.timeSeries) {
+        series.dateInForce = model.options.startDate + model.options.startTime;
     }
-    textfile_setPosition(InputFile, 0);
-    const int32_t errorCount = readLines();
+    textfile_setPosition(model.files.input, 0);
+    const int32_t errorCount = readLines(model);
     if (errorCount > 0) {
-        ErrorCode = ERR_INPUT;
-    } else if (!areTablesFilled()) {
-        errors_report(ERR_LINE, "");
-        ErrorCode = ERR_INPUT;
+        model.error.code = ERR_INPUT;
+    } else if (!areTablesFilled(model)) {
+        errors_report(model, ERR_LINE, "");
+        model.error.code = ERR_INPUT;
     }
 }
 
 // --- the whole -----------------------------------------------------------------------------------------------------
 
-static void setDuration() {
-    StartDateTime = StartDate + StartTime;
-    EndDateTime = EndDate + EndTime;
-    if (ReportStep < RoutingStep) {
-        errors_report(ERR_REPORT_STEP, "");
+static void setDuration(Model& model) {
+    model.options.startDateTime = model.options.startDate + model.options.startTime;
+    model.options.endDateTime = model.options.endDate + model.options.endTime;
+    if (model.options.reportStep < model.options.routingStep) {
+        errors_report(model, ERR_REPORT_STEP, "");
     }
-    if (StartDateTime >= EndDateTime) {
-        errors_report(ERR_START_AFTER_END, "");
+    if (model.options.startDateTime >= model.options.endDateTime) {
+        errors_report(model, ERR_START_AFTER_END, "");
         return;
     }
     // The floor of the product as it is: where the difference of two dates falls just short of a whole second, that
     // second is lost.
-    TotalDuration = std::floor((EndDateTime - StartDateTime) * SECONDS_PER_DAY) * MS_PER_SECOND;
+    model.options.totalDuration =
+        std::floor((model.options.endDateTime - model.options.startDateTime) * SECONDS_PER_DAY) * MS_PER_SECOND;
 }
 
-void reader_readProject() {
-    names_clear();
-    countObjects();
-    objects_create();
-    readData();
-    if (!ErrorCode) {
-        setDuration();
+void reader_readProject(Model& model) {
+    countObjects(model);
+    objects_create(model);
+    readData(model);
+    if (!model.error.code) {
+        setDuration(model);
     }
 }

@@ -5,9 +5,16 @@
 //
 // The project file: sections of lines, read twice.
 
-#include "text/textfile.h"
+#include "model/project.h"
 
-extern TextFile InputFile;  ///< open from the opening of the project to its close
+struct Model;
+
+/// Running indices of the second pass, by class of object, kind of node and kind of link.
+struct RunningIndices {
+    int32_t objects[OBJECT_TYPE_COUNT];
+    int32_t nodes[NODE_KIND_COUNT];
+    int32_t links[LINK_KIND_COUNT];
+};
 
 /// Reads the whole project; sets ErrorCode, the start and end of the simulation and its duration.
-void reader_readProject();
+void reader_readProject(Model& model);

@@ -14,6 +14,7 @@
 #include "hydrology/subcatch.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "model/reportfile.h"
 #include "model/timeseries.h"
@@ -25,89 +26,85 @@
 #include "routing/nodekinds.h"
 #include "text/datetime.h"
 
-static void validateCurves() {
-    for (const Curve& curve : Curves) {
+static void validateCurves(Model& model) {
+    for (const Curve& curve : model.curves) {
         if (const int32_t error = curve_validate(curve)) {
-            errors_report(error, curve.id);
+            errors_report(model, error, curve.id);
         }
     }
 }
 
-/// Writes the date of the entry that is out of order. The month of the last form stands without a zero in front.
-static void writePlace(DateTime date) {
+/// Writes the date of the entry that is out of order.
+static void writePlace(Model& model, DateTime date) {
     const CalendarDate d = datetime_decodeDate(date);
     char day[DATE_TIME_TEXT_SIZE], time[TIME_TEXT_SIZE];
-    switch (DateFormat) {
-        case 1: std::snprintf(day, sizeof day, "%02d/%02d/%04d", d.month, d.day, d.year); break;
-        case 2: std::snprintf(day, sizeof day, "%02d/%2d/%4d", d.day, d.month, d.year); break;
-        default: std::snprintf(day, sizeof day, "%4d/%02d/%02d", d.year, d.month, d.day); break;
-    }
+    std::snprintf(day, sizeof day, "%4d/%02d/%02d", d.year, d.month, d.day);
     datetime_formatTime(date, time);
-    reportfile_print(" at %s %s.", day, time);
+    reportfile_print(model, " at %s %s.", day, time);
 }
 
-static void validateSeries() {
-    for (Series& series : TimeSeries) {
-        const int32_t error = timeseries_validate(series);
+static void validateSeries(Model& model) {
+    for (Series& series : model.timeSeries) {
+        const int32_t error = timeseries_validate(model, series);
         if (error == ERR_CURVE_SEQUENCE) {
-            errors_report(ERR_SERIES_SEQUENCE, series.id);
-            writePlace(series.cursor.after.date);
+            errors_report(model, ERR_SERIES_SEQUENCE, series.id);
+            writePlace(model, series.cursor.after.date);
         } else if (error) {
-            errors_report(error, series.id);
+            errors_report(model, error, series.id);
         }
     }
 }
 
-void validation_run() {
-    validateCurves();
-    validateSeries();
-    lid_validateAll();
-    lidgroup_validateAll();
-    if (RunoffStep < RoutingStep) {
-        errors_report(ERR_RUNOFF_STEP, "");
+void validation_run(Model& model) {
+    validateCurves(model);
+    validateSeries(model);
+    lid_validateAll(model);
+    lidgroup_validateAll(model);
+    if (model.options.runoffStep < model.options.routingStep) {
+        errors_report(model, ERR_RUNOFF_STEP, "");
     }
-    subcatch_validateAll();
-    gage_validateAll();
-    topology_indexLinks();
-    network_validate();
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        nodekinds_validate(k);
-        inflows_validateDryWeather(k);
+    subcatch_validateAll(model);
+    gage_validateAll(model);
+    topology_indexLinks(model);
+    network_validate(model);
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        nodekinds_validate(model, k);
+        inflows_validateDryWeather(model, k);
     }
-    for (const Link& link : Links) {
-        linkkinds_validate(link);
+    for (const Link& link : model.links) {
+        linkkinds_validate(model, link);
     }
-    for (int32_t k = 0; k < Converters.size(); ++k) {
-        converter_validate(k);
+    for (int32_t k = 0; k < model.converters.size(); ++k) {
+        converter_validate(model, k);
     }
 }
 
 /// The cursors of all inflow series stand as the validation left them, at the end of their entries. The walk of the
 /// nodes then rewinds those of the newest records only.
-static void resetInflowSeries() {
-    for (const Node& node : Nodes) {
+static void resetInflowSeries(Model& model) {
+    for (const Node& node : model.nodes) {
         for (const ExtInflow* record = node.extInflow; record; record = record->next) {
             if (record->series >= 0) {
-                Series& series = TimeSeries[record->series];
+                Series& series = model.timeSeries[record->series];
                 timeseries_moveToEnd(series, series.cursor);
             }
         }
     }
 }
 
-void validation_setStartState() {
-    Evap.rate = 0.0;
-    massbal_open();
-    lidgroup_initAll();
-    resetInflowSeries();
-    for (int32_t k = 0; k < Gages.size(); ++k) {
-        gage_initRain(k);
+void validation_setStartState(Model& model) {
+    model.evap->rate = 0.0;
+    massbal_open(model);
+    lidgroup_initAll(model);
+    resetInflowSeries(model);
+    for (int32_t k = 0; k < model.gages.size(); ++k) {
+        gage_initRain(model, k);
     }
-    runoff_initState();
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        nodekinds_initState(k);
+    runoff_initState(model);
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        nodekinds_initState(model, k);
     }
-    for (Link& link : Links) {
-        linkkinds_initState(link);
+    for (Link& link : model.links) {
+        linkkinds_initState(model, link);
     }
 }

@@ -1,8 +1,10 @@
 #pragma once
 // What a reader of single lines can't see, and the state at time zero.
 
+struct Model;
+
 /// Checks the finished tables; writes all that is wrong to the report, and doesn't stop at the first.
-void validation_run();
+void validation_run(Model& model);
 
 /// Puts all state variables to time zero.
-void validation_setStartState();
+void validation_setStartState(Model& model);

@@ -8,195 +8,194 @@
 
 #include <bit>
 #include <cstring>
+#include <memory>
 
 #include "model/errors.h"
+#include "model/messages.h"
+#include "model/model.h"
 #include "model/pollut.h"
 #include "model/project.h"
-#include "platform/console.h"
 #include "platform/files.h"
 #include "results/rows.h"
-
-std::FILE* BinFile = nullptr;
 
 static constexpr uint32_t MAGIC_NUMBER = 516114522;
 static constexpr uint32_t FORMAT_VERSION = 21000;
 static constexpr size_t BUFFER_SIZE = size_t{1} << 20;
 
-static char Buffer[BUFFER_SIZE];
-static size_t BufferFilled = 0;
-static uint64_t Written = 0;    ///< bytes that have left the buffer
-static bool HasFailed = false;  ///< some write since the last test
-
-/// Where the sections begin. Of a place beyond 4 GiB the low 32 bits are stored, so such a file has no valid directory.
-static uint32_t NamesOffset, CodesOffset, DateOffset, ResultsOffset;
-
 // --- buffer --------------------------------------------------------------------------------------------------------
 
-static void flushBuffer() {
-    if (BufferFilled > 0 && std::fwrite(Buffer, 1, BufferFilled, BinFile) != BufferFilled) {
-        HasFailed = true;
+static void flushBuffer(BinaryResults& out) {
+    if (out.bufferFilled > 0 && std::fwrite(out.buffer.get(), 1, out.bufferFilled, out.file) != out.bufferFilled) {
+        out.hasFailed = true;
     }
-    Written += BufferFilled;
-    BufferFilled = 0;
+    out.written += out.bufferFilled;
+    out.bufferFilled = 0;
 }
 
-static void writeBytes(const void* bytes, size_t size) {
+static void writeBytes(BinaryResults& out, const void* bytes, size_t size) {
     const char* from = static_cast<const char*>(bytes);
-    while (size > BUFFER_SIZE - BufferFilled) {
-        const size_t part = BUFFER_SIZE - BufferFilled;
-        std::memcpy(Buffer + BufferFilled, from, part);
-        BufferFilled = BUFFER_SIZE;
-        flushBuffer();
+    while (size > BUFFER_SIZE - out.bufferFilled) {
+        const size_t part = BUFFER_SIZE - out.bufferFilled;
+        std::memcpy(out.buffer.get() + out.bufferFilled, from, part);
+        out.bufferFilled = BUFFER_SIZE;
+        flushBuffer(out);
         from += part;
         size -= part;
     }
-    std::memcpy(Buffer + BufferFilled, from, size);
-    BufferFilled += size;
+    std::memcpy(out.buffer.get() + out.bufferFilled, from, size);
+    out.bufferFilled += size;
 }
 
 /// Writes an integer, the lowest byte first.
 template <class Integer>
-static void writeInteger(Integer value) {
+static void writeInteger(BinaryResults& out, Integer value) {
     unsigned char bytes[sizeof value];
     for (size_t k = 0; k < sizeof value; ++k) {
         bytes[k] = static_cast<unsigned char>(value >> (8 * k));
     }
-    writeBytes(bytes, sizeof bytes);
+    writeBytes(out, bytes, sizeof bytes);
 }
 
-static void writeCount(int32_t count) {
-    writeInteger(static_cast<uint32_t>(count));
+static void writeCount(BinaryResults& out, int32_t count) {
+    writeInteger(out, static_cast<uint32_t>(count));
 }
 
-static uint32_t getPosition() {
-    return static_cast<uint32_t>(Written + BufferFilled);
+static uint32_t getPosition(BinaryResults& out) {
+    return static_cast<uint32_t>(out.written + out.bufferFilled);
 }
 
 /// Writes out the buffer; a write that failed since the last test is told once. True if all went well.
-static bool testWrites() {
-    flushBuffer();
-    const bool isWell = !HasFailed;
-    HasFailed = false;
+static bool testWrites(Model& model) {
+    BinaryResults& out = *model.binary;
+    flushBuffer(out);
+    const bool isWell = !out.hasFailed;
+    out.hasFailed = false;
     if (!isWell) {
-        errors_report(ERR_RESULTS_WRITE, "");
+        errors_report(model, ERR_RESULTS_WRITE, "");
     }
     return isWell;
 }
 
 // --- sections ahead of the records ---------------------------------------------------------------------------------
 
-static void writeHead() {
-    writeInteger(MAGIC_NUMBER);
-    writeInteger(FORMAT_VERSION);
+static void writeHead(Model& model) {
+    BinaryResults& out = *model.binary;
+    writeInteger(out, MAGIC_NUMBER);
+    writeInteger(out, FORMAT_VERSION);
     for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        writeCount(rows_getObjectCount(table));
+        writeCount(out, rows_getObjectCount(model, table));
     }
-    writeCount(project_pollutantCount());
+    writeCount(out, project_pollutantCount(model));
 }
 
 /// Writes a name as its bytes stand in the project file.
-static void writeName(const char* name) {
+static void writeName(BinaryResults& out, const char* name) {
     const size_t size = std::strlen(name) + 1;
-    writeInteger(static_cast<uint32_t>(size));
-    writeBytes(name, size);
+    writeInteger(out, static_cast<uint32_t>(size));
+    writeBytes(out, name, size);
 }
 
-static void writeNames() {
+static void writeNames(Model& model) {
+    BinaryResults& out = *model.binary;
     for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        const int32_t classSize = rows_getObjectCount(table) > 0 ? rows_getClassSize(table) : 0;
+        const int32_t classSize = rows_getObjectCount(model, table) > 0 ? rows_getClassSize(model, table) : 0;
         for (int32_t k = 0; k < classSize; ++k) {
-            if (rows_holds(table, k)) {
-                writeName(rows_getName(table, k));
+            if (rows_holds(model, table, k)) {
+                writeName(out, rows_getName(model, table, k));
             }
         }
     }
-    for (const Pollut& pollutant : Polluts) {
-        writeName(pollutant.id ? pollutant.id : "");
+    for (const Pollut& pollutant : model.polluts) {
+        writeName(out, pollutant.id ? pollutant.id : "");
     }
 }
 
 /// The code of a column is its place in the row.
-static void writeCodes() {
+static void writeCodes(Model& model) {
+    BinaryResults& out = *model.binary;
     for (int32_t table = 0; table < RESULT_TABLE_COUNT; ++table) {
-        const int32_t length = rows_getLength(table);
-        writeCount(length);
+        const int32_t length = rows_getLength(model, table);
+        writeCount(out, length);
         for (int32_t code = 0; code < length; ++code) {
-            writeCount(code);
+            writeCount(out, code);
         }
     }
 }
 
-void binary_open() {
-    if (BinFile) {
-        std::fclose(BinFile);
+void binary_open(Model& model) {
+    BinaryResults& out = *model.binary;
+    if (out.file) {
+        std::fclose(out.file);
     }
-    BufferFilled = 0;
-    Written = 0;
-    HasFailed = false;
-    NamesOffset = CodesOffset = DateOffset = ResultsOffset = 0;
-    BinFile = std::fopen(ResultsFileName.c_str(), "w+b");
-    if (!BinFile) {
-        console_write("\n    Cannot open output file ");
-        ErrorCode = ERR_RESULTS_FILE;
+    out = {};
+    out.buffer = std::make_unique_for_overwrite<char[]>(BUFFER_SIZE);
+    out.file = std::fopen(model.files.resultsName.c_str(), "w+b");
+    if (!out.file) {
+        messages_tell(model, "\n    Cannot open output file ");
+        model.error.code = ERR_RESULTS_FILE;
         return;
     }
-    std::setvbuf(BinFile, nullptr, _IONBF, 0);
-    writeHead();
-    NamesOffset = getPosition();
-    writeNames();
-    CodesOffset = getPosition();
-    writeCodes();
-    DateOffset = getPosition();
-    writeInteger(std::bit_cast<uint64_t>(StartDateTime));
-    writeCount(ReportStep);
-    if (testWrites()) {
-        ResultsOffset = getPosition();
+    std::setvbuf(out.file, nullptr, _IONBF, 0);
+    writeHead(model);
+    out.namesOffset = getPosition(out);
+    writeNames(model);
+    out.codesOffset = getPosition(out);
+    writeCodes(model);
+    out.dateOffset = getPosition(out);
+    writeInteger(out, std::bit_cast<uint64_t>(model.options.startDateTime));
+    writeCount(out, model.options.reportStep);
+    if (testWrites(model)) {
+        out.resultsOffset = getPosition(out);
     }
 }
 
 // --- records and end -----------------------------------------------------------------------------------------------
 
-void binary_startRecord(double date) {
-    if (BinFile) {
-        writeInteger(std::bit_cast<uint64_t>(date));
+void binary_startRecord(Model& model, double date) {
+    BinaryResults& out = *model.binary;
+    if (out.file) {
+        writeInteger(out, std::bit_cast<uint64_t>(date));
     }
 }
 
-void binary_writeRow(const float* row, int32_t length) {
-    if (!BinFile) {
+void binary_writeRow(Model& model, const float* row, int32_t length) {
+    BinaryResults& out = *model.binary;
+    if (!out.file) {
         return;
     }
     if constexpr (std::endian::native == std::endian::little) {
-        writeBytes(row, static_cast<size_t>(length) * sizeof(float));
+        writeBytes(out, row, static_cast<size_t>(length) * sizeof(float));
     } else {
         for (int32_t k = 0; k < length; ++k) {
-            writeInteger(std::bit_cast<uint32_t>(row[k]));
+            writeInteger(out, std::bit_cast<uint32_t>(row[k]));
         }
     }
 }
 
-void binary_end(int32_t reportCount) {
-    if (!BinFile) {
+void binary_end(Model& model, int32_t reportCount) {
+    BinaryResults& out = *model.binary;
+    if (!out.file) {
         return;
     }
-    writeInteger(NamesOffset);
-    writeInteger(CodesOffset);
-    writeInteger(DateOffset);
-    writeInteger(ResultsOffset);
-    writeCount(reportCount);
-    writeCount(errors_getPublicCode(ErrorCode));
-    writeInteger(MAGIC_NUMBER);
-    testWrites();
+    writeInteger(out, out.namesOffset);
+    writeInteger(out, out.codesOffset);
+    writeInteger(out, out.dateOffset);
+    writeInteger(out, out.resultsOffset);
+    writeCount(out, reportCount);
+    writeCount(out, errors_getPublicCode(model.error.code));
+    writeInteger(out, MAGIC_NUMBER);
+    testWrites(model);
 }
 
-void binary_close(bool isKept) {
-    if (!BinFile) {
+void binary_close(Model& model, bool isKept) {
+    BinaryResults& out = *model.binary;
+    if (!out.file) {
         return;
     }
-    flushBuffer();
-    std::fclose(BinFile);
-    BinFile = nullptr;
+    flushBuffer(out);
+    std::fclose(out.file);
+    out = {};
     if (!isKept) {
-        files_delete(ResultsFileName.c_str());
+        files_delete(model.files.resultsName.c_str());
     }
 }

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "model/model.h"
 #include "results/records.h"
 #include "results/rows.h"
 #include "text/units.h"
@@ -18,18 +19,18 @@ using Found = std::optional<ToldResult>;
 enum LayerShare : int32_t { EVERY, FIRST, NONE };
 
 /// The concentration of a pollutant, mg/L; before a first start there are none.
-Found findQuality(const double* quality, int32_t pollutant) {
-    if (pollutant >= project_pollutantCount() || !quality) {
+Found findQuality(Model& model, const double* quality, int32_t pollutant) {
+    if (pollutant >= project_pollutantCount(model) || !quality) {
         return std::nullopt;
     }
     return ToldResult{quality[pollutant], true};
 }
 
 /// Whether a layer has a number for a pollutant.
-bool isTold(LayerShare share, const LidMono& mono, int32_t pollutant) {
-    const int32_t pollutants = project_pollutantCount();
+bool isTold(Model& model, LayerShare share, const LidMono& mono, int32_t pollutant) {
+    const int32_t pollutants = project_pollutantCount(model);
     const int32_t count = share == EVERY ? pollutants : share == FIRST ? std::min(pollutants, 1) : 0;
-    return pollutant < count && Lids.holds(mono.unit.lid);
+    return pollutant < count && model.lids.holds(mono.unit.lid);
 }
 
 /// Concentration of a mass (kg, of one pollutant) in a volume, mg/L; 0 in no volume. Before a first start there are no
@@ -40,24 +41,24 @@ double getConcentration(const double* masses, int32_t pollutant, double volume) 
 
 // For each table: findTANK gives the result of a tank. The code is counted down over the columns, and over each block
 // of concentrations.
-#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)               \
-    Found find##token([[maybe_unused]] int32_t object, [[maybe_unused]] int32_t code) { \
-        [[maybe_unused]] constexpr bool IS_SUCCESS = toldResult;                        \
+#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                              \
+    Found find##token([[maybe_unused]] Model& model, [[maybe_unused]] int32_t object, [[maybe_unused]] int32_t code) { \
+        [[maybe_unused]] constexpr bool IS_SUCCESS = toldResult;                                                       \
         record
 #define RESULT_SUM(...)
 #define RESULT_VALUE(column, unit, meaning, value, toldUnit, toldMeaning, told) \
     if (code-- == 0) {                                                          \
         return ToldResult{told, IS_SUCCESS};                                    \
     }
-#define RESULT_QUALITY(meaning, older, newer)           \
-    if (const Found found = findQuality(newer, code)) { \
-        return found;                                   \
+#define RESULT_QUALITY(meaning, older, newer)                  \
+    if (const Found found = findQuality(model, newer, code)) { \
+        return found;                                          \
     }
 #define RESULT_LAYER(prefix, meaning, lastMass, thisMass, volume, share)             \
-    if (isTold(share, mono, code)) {                                                 \
+    if (isTold(model, share, mono, code)) {                                          \
         return ToldResult{getConcentration(thisMass, code, volume), share == EVERY}; \
     }                                                                                \
-    code -= project_pollutantCount();                                                \
+    code -= project_pollutantCount(model);                                           \
     if (code < 0) {                                                                  \
         return std::nullopt;                                                         \
     }
@@ -66,16 +67,16 @@ double getConcentration(const double* masses, int32_t pollutant, double volume) 
     }
 #include "results/columns.def"
 
-constexpr Found (*FINDERS[RESULT_TABLE_COUNT])(int32_t object, int32_t code) = {
+constexpr Found (*FINDERS[RESULT_TABLE_COUNT])(Model& model, int32_t object, int32_t code) = {
 #define RESULT_TABLE(token, ...) find##token,
 #include "results/columns.def"
 };
 
 }  // namespace
 
-std::optional<ToldResult> codes_find(int32_t table, int32_t object, int32_t code) {
+std::optional<ToldResult> codes_find(Model& model, int32_t table, int32_t object, int32_t code) {
     if (table < 0 || table >= RESULT_TABLE_COUNT || code < 0) {
         return std::nullopt;
     }
-    return FINDERS[table](object, code);
+    return FINDERS[table](model, object, code);
 }

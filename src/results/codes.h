@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <optional>
 
+struct Model;
+
 /// What a host is told: a value, and whether the call succeeds although, or because, it is there.
 struct ToldResult {
     double value;
@@ -12,4 +14,4 @@ struct ToldResult {
 
 /// The result `code` of an object of a table, or nothing. A code is the place of a column in a row of the table, of
 /// deeper layers in part only.
-std::optional<ToldResult> codes_find(int32_t table, int32_t object, int32_t code);
+std::optional<ToldResult> codes_find(Model& model, int32_t table, int32_t object, int32_t code);

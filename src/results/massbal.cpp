@@ -11,6 +11,7 @@
 #include "links/pipe.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "nodes/lidmono.h"
 #include "nodes/outfall.h"
@@ -20,87 +21,87 @@
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
-static void openSubcatchStatistics() {
-    for (Subcatch& s : Subcatches) {
-        subcatch_openStatistics(s);
+static void openSubcatchStatistics(Model& model) {
+    for (Subcatch& s : model.subcatches) {
+        subcatch_openStatistics(model, s);
     }
 }
 
-static void openNodeStatistics() {
-    for (Node& node : Nodes) {
+static void openNodeStatistics(Model& model) {
+    for (Node& node : model.nodes) {
         node.statInflowVolume = node.statMaxInflow = 0.0;
     }
-    for (Tank& tank : Tanks) {
+    for (Tank& tank : model.tanks) {
         tank.statMaxDepth = tank.statFloodVolume = 0.0;
     }
-    outfall_openStatistics();
-    reactor_openStatistics();
+    outfall_openStatistics(model);
+    reactor_openStatistics(model);
 }
 
 /// What the tanks hold at time zero.
-static void takeInitialStorage() {
-    for (const Node& node : Nodes) {
+static void takeInitialStorage(Model& model) {
+    for (const Node& node : model.nodes) {
         if (node.kind != TANK) {
             continue;
         }
-        const Tank& tank = Tanks[node.kindIndex];
-        const double volume = tank_getVolume(tank, tank.initDepth);
-        FlowTotals.initStorage += volume;
-        for (int32_t p = 0; QualTotals && p < project_pollutantCount(); ++p) {
-            QualTotals[p].initStorage += volume * tank.initQual[p] / G_PER_KG;
+        const Tank& tank = model.tanks[node.kindIndex];
+        const double volume = tank_getVolume(model, tank, tank.initDepth);
+        model.totals.flow.initStorage += volume;
+        for (int32_t p = 0; model.totals.quality && p < project_pollutantCount(model); ++p) {
+            model.totals.quality[p].initStorage += volume * tank.initQual[p] / G_PER_KG;
         }
     }
 }
 
-static void openLinkStatistics() {
-    for (Link& link : Links) {
+static void openLinkStatistics(Model& model) {
+    for (Link& link : model.links) {
         link.statFlowVolume = link.statMaxFlow = 0.0;
         link.statFloodVolume = link.statMaxFlood = 0.0;
     }
-    for (Conduit& conduit : Conduits) {
+    for (Conduit& conduit : model.conduits) {
         conduit.statMaxDepth = conduit.statMaxVelocity = 0.0;
     }
 }
 
-void massbal_open() {
-    arena_release(ResultArena);
-    lidmono_forgetArrays();  // made anew only after much else that may run out of memory
-    FlowTotals = FlowTotalsRecord{};
-    RunoffError = FlowError = QualityError = 0.0;
-    QualTotals = arena_allocateArray<QualTotalsRecord>(ResultArena, project_pollutantCount());
-    if (!QualTotals) {
-        errors_report(ERR_MEMORY, "");
+void massbal_open(Model& model) {
+    arena_release(model.memory.results);
+    lidmono_forgetArrays(model);  // made anew only after much else that may run out of memory
+    model.totals.flow = FlowTotalsRecord{};
+    model.totals.runoffError = model.totals.flowError = model.totals.qualityError = 0.0;
+    model.totals.quality = arena_allocateArray<QualTotalsRecord>(model.memory.results, project_pollutantCount(model));
+    if (!model.totals.quality) {
+        errors_report(model, ERR_MEMORY, "");
     }
-    openSubcatchStatistics();
-    openNodeStatistics();
-    openLinkStatistics();
-    takeInitialStorage();
+    openSubcatchStatistics(model);
+    openNodeStatistics(model);
+    openLinkStatistics(model);
+    takeInitialStorage(model);
 }
 
 // --- close ---------------------------------------------------------------------------------------------------------
 
-void massbal_close() {
-    for (Subcatch& s : Subcatches) {
-        subcatch_clearLoads(s);
+void massbal_close(Model& model) {
+    for (Subcatch& s : model.subcatches) {
+        subcatch_clearLoads(model, s);
     }
-    outfall_clearStatistics();
-    reactor_clearStatistics();
+    outfall_clearStatistics(model);
+    reactor_clearStatistics(model);
 }
 
 /// Water of the LID units of a subcatchment; `storage` adds up what they hold at the end, m3.
-static void addUnits(RunoffBalance& balance, double& storage, int32_t subcatch) {
-    for (const LidUnit& unit : lidgroup_getUnits(subcatch)) {
+static void addUnits(Model& model, RunoffBalance& balance, double& storage, int32_t subcatch) {
+    for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
         balance.initLidStorage += unit.area * unit.initialDepth;
         balance.lidDrainage += unit.area * unit.drainDepth;
         storage += unit.area * unit.finalDepth;
     }
 }
 
-RunoffBalance massbal_closeRunoff() {
+RunoffBalance massbal_closeRunoff(Model& model) {
     RunoffBalance balance{};
     double surfaceStorage = 0.0, lidStorage = 0.0;
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        const Subcatch& s = Subcatches[k];
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        const Subcatch& s = model.subcatches[k];
         balance.totalArea += s.area;
         balance.rainfall += s.area * s.rainfall / MM_PER_M;
         balance.evap += s.area * s.evap / MM_PER_M;
@@ -108,7 +109,7 @@ RunoffBalance massbal_closeRunoff() {
         balance.runoff += s.area * s.runoff / MM_PER_M;
         surfaceStorage += ((1.0 - s.imperviousFraction) * s.perviousDepth + s.imperviousFraction * s.imperviousDepth) *
                           (s.area - s.lidArea);
-        addUnits(balance, lidStorage, k);
+        addUnits(model, balance, lidStorage, k);
     }
     balance.finalStorage = surfaceStorage + lidStorage;
     const double in = balance.rainfall + balance.initLidStorage;
@@ -117,15 +118,15 @@ RunoffBalance massbal_closeRunoff() {
             ? 0.0
             : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage - surfaceStorage - lidStorage) /
                   in * PERCENT;
-    RunoffError = balance.error;
+    model.totals.runoffError = balance.error;
     return balance;
 }
 
 /// Adds one pollutant of a subcatchment.
-static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
+static void addWashoff(Model& model, WashoffBalance& balance, const Subcatch& s, int32_t p) {
     balance.remainingBuildup += s.pondedMass[p];
-    for (int32_t l = 0; l < Landuses.size(); ++l) {
-        if (Landuses[l].washoff[p].usesBuildup) {
+    for (int32_t l = 0; l < model.landuses.size(); ++l) {
+        if (model.landuses[l].washoff[p].usesBuildup) {
             balance.remainingBuildup += s.landShares[l].buildup[p];
         }
     }
@@ -141,8 +142,8 @@ static void addWashoff(WashoffBalance& balance, const Subcatch& s, int32_t p) {
 }
 
 /// Adds one pollutant of the LID units of a subcatchment.
-static void addUnitLoads(WashoffBalance& balance, int32_t subcatch, int32_t p) {
-    for (const LidUnit& unit : lidgroup_getUnits(subcatch)) {
+static void addUnitLoads(Model& model, WashoffBalance& balance, int32_t subcatch, int32_t p) {
+    for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
         if (!unit.rainLoad) {
             continue;  // never started
         }
@@ -154,11 +155,11 @@ static void addUnitLoads(WashoffBalance& balance, int32_t subcatch, int32_t p) {
     }
 }
 
-WashoffBalance massbal_closeWashoff(int pollutant) {
+WashoffBalance massbal_closeWashoff(Model& model, int pollutant) {
     WashoffBalance balance{};
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        addWashoff(balance, Subcatches[k], pollutant);
-        addUnitLoads(balance, k, pollutant);
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        addWashoff(model, balance, model.subcatches[k], pollutant);
+        addUnitLoads(model, balance, k, pollutant);
     }
     const double in = balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition;
     const double out = balance.infilLoss + balance.bmpRemoval + balance.lidDrainage + balance.lidFinalStorage +
@@ -168,22 +169,22 @@ WashoffBalance massbal_closeWashoff(int pollutant) {
 }
 
 /// Water that stands in a conduit, m3; 0 for a link of another kind.
-static double getConduitVolume(const Link& link) {
-    return link.kind == CONDUIT ? conduit_getVolume(Conduits[link.kindIndex]) : 0.0;
+static double getConduitVolume(Model& model, const Link& link) {
+    return link.kind == CONDUIT ? conduit_getVolume(model, model.conduits[link.kindIndex]) : 0.0;
 }
 
 /// Water that stands in a tank, m3; 0 for a node of another kind.
-static double getTankVolume(const Node& node) {
+static double getTankVolume(Model& model, const Node& node) {
     if (node.kind != TANK) {
         return 0.0;
     }
-    const Tank& tank = Tanks[node.kindIndex];
-    return tank_getVolume(tank, tank.newDepth);
+    const Tank& tank = model.tanks[node.kindIndex];
+    return tank_getVolume(model, tank, tank.newDepth);
 }
 
 /// Water of the LID monomer nodes: rain, losses and storage are in no running total.
-static void addMonos(FlowTotalsRecord& totals) {
-    for (const LidMono& mono : LidMonos) {
+static void addMonos(Model& model, FlowTotalsRecord& totals) {
+    for (const LidMono& mono : model.lidMonos) {
         const LidUnit& unit = mono.unit;
         totals.initStorage += unit.area * unit.initialDepth;
         totals.wetWeatherInflow += unit.area * mono.rainDepth;
@@ -194,8 +195,8 @@ static void addMonos(FlowTotalsRecord& totals) {
 }
 
 /// Water of the reactors: storage and losses are in no running total.
-static void addReactors(FlowTotalsRecord& totals) {
-    for (const Reactor& reactor : Reactors) {
+static void addReactors(Model& model, FlowTotalsRecord& totals) {
+    for (const Reactor& reactor : model.reactors) {
         totals.initStorage += reactor_getInitVolume(reactor);
         totals.finalStorage += reactor.storedVolume;
         totals.evapLoss += reactor.statEvap;
@@ -204,8 +205,8 @@ static void addReactors(FlowTotalsRecord& totals) {
 }
 
 /// The same of one pollutant. What is missing before a start or after a report counts as 0.
-static void addReactorLoads(QualTotalsRecord& totals, int32_t p) {
-    for (const Reactor& reactor : Reactors) {
+static void addReactorLoads(Model& model, QualTotalsRecord& totals, int32_t p) {
+    for (const Reactor& reactor : model.reactors) {
         totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
         totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
         totals.initStorage += reactor_getInitVolume(reactor) * reactor.initQual[p] / G_PER_KG;
@@ -213,36 +214,36 @@ static void addReactorLoads(QualTotalsRecord& totals, int32_t p) {
     }
 }
 
-FlowTotalsRecord massbal_closeFlow(double* error) {
-    FlowTotalsRecord totals = FlowTotals;
-    for (const Link& link : Links) {
+FlowTotalsRecord massbal_closeFlow(Model& model, double* error) {
+    FlowTotalsRecord totals = model.totals.flow;
+    for (const Link& link : model.links) {
         if (link.kind == PIPE) {
-            const Pipe& pipe = Pipes[link.kindIndex];
+            const Pipe& pipe = model.pipes[link.kindIndex];
             for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
                 totals.finalStorage += pipe.storage[i];
             }
         }
     }
-    for (const Link& link : Links) {
-        totals.finalStorage += getConduitVolume(link);
+    for (const Link& link : model.links) {
+        totals.finalStorage += getConduitVolume(model, link);
     }
-    for (const Node& node : Nodes) {
-        totals.finalStorage += getTankVolume(node);
+    for (const Node& node : model.nodes) {
+        totals.finalStorage += getTankVolume(model, node);
     }
-    addReactors(totals);
-    addMonos(totals);
+    addReactors(model, totals);
+    addMonos(model, totals);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
                        : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
                           totals.evapLoss - totals.seepageLoss - totals.delayedVolume - totals.finalStorage) /
                              in * PERCENT;
-    FlowError = *error;
+    model.totals.flowError = *error;
     return totals;
 }
 
-static void addMonoLoads(QualTotalsRecord& totals, int32_t p) {
-    for (const LidMono& mono : LidMonos) {
+static void addMonoLoads(Model& model, QualTotalsRecord& totals, int32_t p) {
+    for (const LidMono& mono : model.lidMonos) {
         const LidUnit& unit = mono.unit;
         if (!unit.rainLoad) {
             continue;  // never started
@@ -254,27 +255,27 @@ static void addMonoLoads(QualTotalsRecord& totals, int32_t p) {
     }
 }
 
-QualTotalsRecord massbal_closeQuality(int p, double* error) {
-    QualTotalsRecord totals = QualTotals ? QualTotals[p] : QualTotalsRecord{};
-    for (const Link& link : Links) {
+QualTotalsRecord massbal_closeQuality(Model& model, int p, double* error) {
+    QualTotalsRecord totals = model.totals.quality ? model.totals.quality[p] : QualTotalsRecord{};
+    for (const Link& link : model.links) {
         if (link.kind == PIPE) {
-            const Pipe& pipe = Pipes[link.kindIndex];
+            const Pipe& pipe = model.pipes[link.kindIndex];
             for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
-                totals.finalStorage += pipe.storage[i] * pipe_newSegQual(pipe, i)[p] / G_PER_KG;
+                totals.finalStorage += pipe.storage[i] * pipe_newSegQual(model, pipe, i)[p] / G_PER_KG;
             }
         }
     }
-    for (const Link& link : Links) {
+    for (const Link& link : model.links) {
         if (link.kind == CONDUIT) {
-            totals.finalStorage += getConduitVolume(link) * link.newQual[p] / G_PER_KG;
+            totals.finalStorage += getConduitVolume(model, link) * link.newQual[p] / G_PER_KG;
         }
     }
-    for (const Node& node : Nodes) {
-        const double* quality = node.kind == TANK ? Tanks[node.kindIndex].qual : nullptr;
-        totals.finalStorage += quality ? getTankVolume(node) * quality[p] / G_PER_KG : 0.0;
+    for (const Node& node : model.nodes) {
+        const double* quality = node.kind == TANK ? model.tanks[node.kindIndex].qual : nullptr;
+        totals.finalStorage += quality ? getTankVolume(model, node) * quality[p] / G_PER_KG : 0.0;
     }
-    addReactorLoads(totals, p);
-    addMonoLoads(totals, p);
+    addReactorLoads(model, totals, p);
+    addMonoLoads(model, totals, p);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
     *error = in == 0.0 ? 0.0
@@ -283,8 +284,8 @@ QualTotalsRecord massbal_closeQuality(int p, double* error) {
                              in * PERCENT;
     // The figure held keeps its sign, so a negative one gives way to any later error.
     const double size = *error < 0.0 ? -*error : *error;
-    if (size > QualityError) {
-        QualityError = *error;
+    if (size > model.totals.qualityError) {
+        model.totals.qualityError = *error;
     }
     return totals;
 }

@@ -3,11 +3,13 @@
 
 #include <cstdint>
 
+struct Model;
+
 /// Zeroes all totals and statistics for a new run, and takes the water stored at its start.
-void massbal_open();
+void massbal_open(Model& model);
 
 /// Empties the statistics that are kept by pollutant. They stay in memory until the next start.
-void massbal_close();
+void massbal_close(Model& model);
 
 /// Totals of the runoff over the run, m3, closed for the report.
 struct RunoffBalance {
@@ -40,11 +42,11 @@ struct WashoffBalance {
 struct FlowTotalsRecord;
 struct QualTotalsRecord;
 
-[[nodiscard]] RunoffBalance massbal_closeRunoff();
-[[nodiscard]] WashoffBalance massbal_closeWashoff(int pollutant);
+[[nodiscard]] RunoffBalance massbal_closeRunoff(Model& model);
+[[nodiscard]] WashoffBalance massbal_closeWashoff(Model& model, int pollutant);
 
 /// The totals of the network with all that is stored at the end, and their continuity error, %. The running totals
 /// stay as they are, so a second report prints the same; only the loads that seeped away and reacted in reactors are 0
 /// after massbal_close, so with reactors the quality totals of a second report, and their error, differ.
-FlowTotalsRecord massbal_closeFlow(double* error);
-QualTotalsRecord massbal_closeQuality(int pollutant, double* error);
+FlowTotalsRecord massbal_closeFlow(Model& model, double* error);
+QualTotalsRecord massbal_closeQuality(Model& model, int pollutant, double* error);

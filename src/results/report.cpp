@@ -3,6 +3,7 @@
 
 #include "results/report.h"
 
+#include "model/model.h"
 #include "model/pollut.h"
 #include "model/project.h"
 #include "model/reportfile.h"
@@ -11,93 +12,93 @@
 #include "results/tablewriter.h"
 #include "text/units.h"
 
-void report_writeBanner() {
-    reportfile_print("\n  TARNVELDE - VERSION 2.1");
-    reportfile_print("\n  -----------------------");
-    reportfile_print("\n");
+void report_writeBanner(Model& model) {
+    reportfile_print(model, "\n  TARNVELDE - VERSION 2.1");
+    reportfile_print(model, "\n  -----------------------");
+    reportfile_print(model, "\n");
 }
 
-void report_writeDescription() {
+void report_writeDescription(Model& model) {
     bool isWritten = false;
-    for (const std::string& line : Description) {
+    for (const std::string& line : model.description) {
         if (!line.empty()) {
-            reportfile_writeLine(line.c_str());
+            reportfile_writeLine(model, line.c_str());
             isWritten = true;
         }
     }
     if (isWritten) {
-        reportfile_writeLine("");
+        reportfile_writeLine(model, "");
     }
 }
 
 // --- continuity ----------------------------------------------------------------------------------------------------
 
-static void writeRunoffRow(const char* name, double volume, double totalArea) {
+static void writeRunoffRow(Model& model, const char* name, double volume, double totalArea) {
     const double depth = totalArea > 0.0 ? volume / totalArea * MM_PER_M : 0.0;
-    reportfile_print("\n  %-26s %16.3f %16.3f ", name, volume, depth);
+    reportfile_print(model, "\n  %-26s %16.3f %16.3f ", name, volume, depth);
 }
 
-static void writeRunoffContinuity() {
-    const RunoffBalance b = massbal_closeRunoff();
+static void writeRunoffContinuity(Model& model) {
+    const RunoffBalance b = massbal_closeRunoff(model);
     static constexpr const char* HEAD = "\n  %-26s %16s %16s";
-    reportfile_print(HEAD, "**************************", "Volume", "Depth");
-    reportfile_print(HEAD, "Runoff Quantity Continuity", "m3", "mm");
-    reportfile_print(HEAD, "**************************", "----------------", "----------------");
-    writeRunoffRow("Total Rainfall", b.rainfall, b.totalArea);
-    writeRunoffRow("Init. LID Storage", b.initLidStorage, b.totalArea);
-    writeRunoffRow("Evap. Loss", b.evap, b.totalArea);
-    writeRunoffRow("Infil. Loss", b.infil, b.totalArea);
-    writeRunoffRow("Surface Runoff", b.runoff, b.totalArea);
-    writeRunoffRow("LID Drainage", b.lidDrainage, b.totalArea);
-    writeRunoffRow("Final Storage", b.finalStorage, b.totalArea);
-    reportfile_print("\n  %-26s %16.3f", "Continuity Error (%)", b.error);
+    reportfile_print(model, HEAD, "**************************", "Volume", "Depth");
+    reportfile_print(model, HEAD, "Runoff Quantity Continuity", "m3", "mm");
+    reportfile_print(model, HEAD, "**************************", "----------------", "----------------");
+    writeRunoffRow(model, "Total Rainfall", b.rainfall, b.totalArea);
+    writeRunoffRow(model, "Init. LID Storage", b.initLidStorage, b.totalArea);
+    writeRunoffRow(model, "Evap. Loss", b.evap, b.totalArea);
+    writeRunoffRow(model, "Infil. Loss", b.infil, b.totalArea);
+    writeRunoffRow(model, "Surface Runoff", b.runoff, b.totalArea);
+    writeRunoffRow(model, "LID Drainage", b.lidDrainage, b.totalArea);
+    writeRunoffRow(model, "Final Storage", b.finalStorage, b.totalArea);
+    reportfile_print(model, "\n  %-26s %16.3f", "Continuity Error (%)", b.error);
 }
 
 /// Head of a continuity table with a column for each pollutant.
-static void writePollutantHead(const char* title) {
-    reportfile_writeLine("");
-    tablewriter_writePollutantLines(26, "**************************", title);
-    reportfile_writeLine("**************************");
-    for (int32_t p = 0; p < Polluts.size(); ++p) {
-        reportfile_print(" ----------------");
+static void writePollutantHead(Model& model, const char* title) {
+    reportfile_writeLine(model, "");
+    tablewriter_writePollutantLines(model, 26, "**************************", title);
+    reportfile_writeLine(model, "**************************");
+    for (int32_t p = 0; p < model.polluts.size(); ++p) {
+        reportfile_print(model, " ----------------");
     }
 }
 
 /// A row of a continuity table: one figure of each pollutant's balance.
 template <class Balance>
-static void writePollutantRow(const char* name, const Table<Balance>& balances, double Balance::*figure) {
-    reportfile_print("\n  %-26s", name);
+static void writePollutantRow(Model& model, const char* name, const Table<Balance>& balances, double Balance::*figure) {
+    reportfile_print(model, "\n  %-26s", name);
     for (const Balance& balance : balances) {
-        reportfile_print(" %16.3f", balance.*figure);
+        reportfile_print(model, " %16.3f", balance.*figure);
     }
 }
 
-static void writeWashoffContinuity() {
+static void writeWashoffContinuity(Model& model) {
     Table<WashoffBalance> b;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
-        b.push_back(massbal_closeWashoff(p));
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        b.push_back(massbal_closeWashoff(model, p));
     }
-    writePollutantHead("Runoff Quality Continuity");
-    writePollutantRow("Init. Buildup", b, &WashoffBalance::initBuildup);
-    writePollutantRow("Surface Buildup", b, &WashoffBalance::surfaceBuildup);
-    writePollutantRow("Wet Deposition", b, &WashoffBalance::wetDeposition);
-    writePollutantRow("Infil. Loss", b, &WashoffBalance::infilLoss);
-    writePollutantRow("BMP Removal", b, &WashoffBalance::bmpRemoval);
-    writePollutantRow("LID Removal", b, &WashoffBalance::lidRemoval);
-    writePollutantRow("Surface Washoff", b, &WashoffBalance::surfaceWashoff);
-    writePollutantRow("LID Drainage", b, &WashoffBalance::lidDrainage);
-    writePollutantRow("LID Final Storage", b, &WashoffBalance::lidFinalStorage);
-    writePollutantRow("Remaining Buildup", b, &WashoffBalance::remainingBuildup);
-    writePollutantRow("Continuity Error (%)", b, &WashoffBalance::error);
+    writePollutantHead(model, "Runoff Quality Continuity");
+    writePollutantRow(model, "Init. Buildup", b, &WashoffBalance::initBuildup);
+    writePollutantRow(model, "Surface Buildup", b, &WashoffBalance::surfaceBuildup);
+    writePollutantRow(model, "Wet Deposition", b, &WashoffBalance::wetDeposition);
+    writePollutantRow(model, "Infil. Loss", b, &WashoffBalance::infilLoss);
+    writePollutantRow(model, "BMP Removal", b, &WashoffBalance::bmpRemoval);
+    writePollutantRow(model, "LID Removal", b, &WashoffBalance::lidRemoval);
+    writePollutantRow(model, "Surface Washoff", b, &WashoffBalance::surfaceWashoff);
+    writePollutantRow(model, "LID Drainage", b, &WashoffBalance::lidDrainage);
+    writePollutantRow(model, "LID Final Storage", b, &WashoffBalance::lidFinalStorage);
+    writePollutantRow(model, "Remaining Buildup", b, &WashoffBalance::remainingBuildup);
+    writePollutantRow(model, "Continuity Error (%)", b, &WashoffBalance::error);
 }
 
-static void writeFlowContinuity() {
+static void writeFlowContinuity(Model& model) {
     double error;
-    const FlowTotalsRecord t = massbal_closeFlow(&error);
+    const FlowTotalsRecord t = massbal_closeFlow(model, &error);
     static constexpr const char* HEAD = "\n  %-26s %16s";
-    reportfile_print(HEAD, "**************************", "Volume");
-    reportfile_print(HEAD, "Flow Routing Continuity", "m3");
-    reportfile_print(HEAD, "**************************", "----------------");
+    reportfile_print(model, HEAD, "**************************", "Volume");
+    reportfile_print(model, HEAD, "Flow Routing Continuity", "m3");
+    reportfile_print(model, HEAD, "**************************", "----------------");
     const struct {
         const char* name;
         double volume;
@@ -116,25 +117,25 @@ static void writeFlowContinuity() {
                 {"Init. Storage", t.initStorage},
                 {"Final Storage", t.finalStorage}};
     for (const auto& row : rows) {
-        reportfile_print("\n  %-26s %16.3f ", row.name, row.volume);
+        reportfile_print(model, "\n  %-26s %16.3f ", row.name, row.volume);
     }
-    reportfile_print("\n  %-26s %16.3f", "Continuity Error (%)", error);
+    reportfile_print(model, "\n  %-26s %16.3f", "Continuity Error (%)", error);
 }
 
 struct QualityBalance : QualTotalsRecord {
     double error;  ///< %
 };
 
-static void writeQualityContinuity() {
-    Table<QualityBalance> b = table_make(Polluts.size(), QualityBalance{});
+static void writeQualityContinuity(Model& model) {
+    Table<QualityBalance> b = table_make(model.polluts.size(), QualityBalance{});
     for (int32_t p = 0; p < b.size(); ++p) {
-        static_cast<QualTotalsRecord&>(b[p]) = massbal_closeQuality(p, &b[p].error);
+        static_cast<QualTotalsRecord&>(b[p]) = massbal_closeQuality(model, p, &b[p].error);
     }
     using Q = QualityBalance;
     const auto writeRow = [&](const char* name, double QualTotalsRecord::*figure) {
-        writePollutantRow(name, b, static_cast<double Q::*>(figure));
+        writePollutantRow(model, name, b, static_cast<double Q::*>(figure));
     };
-    writePollutantHead("Quality Routing Continuity");
+    writePollutantHead(model, "Quality Routing Continuity");
     writeRow("Dry Weather Inflow", &Q::dryWeatherInflow);
     writeRow("Wet Weather Inflow", &Q::wetWeatherInflow);
     writeRow("External Inflow", &Q::externalInflow);
@@ -149,31 +150,31 @@ static void writeQualityContinuity() {
     writeRow("Delayed Mass", &Q::delayedMass);
     writeRow("Init. Storage", &Q::initStorage);
     writeRow("Final Storage", &Q::finalStorage);
-    writePollutantRow("Continuity Error (%)", b, &Q::error);
+    writePollutantRow(model, "Continuity Error (%)", b, &Q::error);
 }
 
 // --- all tables ----------------------------------------------------------------------------------------------------
 
-void report_writeTables() {
-    writeRunoffContinuity();
-    if (!Polluts.empty()) {
-        writeWashoffContinuity();
+void report_writeTables(Model& model) {
+    writeRunoffContinuity(model);
+    if (!model.polluts.empty()) {
+        writeWashoffContinuity(model);
     }
-    writeFlowContinuity();
-    if (!Polluts.empty()) {
-        writeQualityContinuity();
+    writeFlowContinuity(model);
+    if (!model.polluts.empty()) {
+        writeQualityContinuity(model);
     }
-    tables_writeSubcatches();
-    tables_writeWashoff();
-    tables_writeLidUnits();
-    tables_writeLidUnitQuality();
-    tables_writeNodes();
-    tables_writeTanks();
-    tables_writeOutfalls();
-    tables_writeReactors();
-    tables_writeLidMonos();
-    tables_writeLidMonoQuality();
-    tables_writeLinks();
-    tables_writeConduits();
-    tables_writeGageEvents();
+    tables_writeSubcatches(model);
+    tables_writeWashoff(model);
+    tables_writeLidUnits(model);
+    tables_writeLidUnitQuality(model);
+    tables_writeNodes(model);
+    tables_writeTanks(model);
+    tables_writeOutfalls(model);
+    tables_writeReactors(model);
+    tables_writeLidMonos(model);
+    tables_writeLidMonoQuality(model);
+    tables_writeLinks(model);
+    tables_writeConduits(model);
+    tables_writeGageEvents(model);
 }

@@ -16,6 +16,7 @@
 #include "hydrology/gage.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "results/binary.h"
 #include "results/database.h"
@@ -25,85 +26,69 @@
 static constexpr int32_t SAVE_TO_FILE = 1;
 static constexpr int32_t SAVE_TO_DATABASE = 2;
 
-int32_t ResultSumCount = 0;
-
-/// Memory of one table, from a start to the next or to the close. What the machine's memory can't hold is null, and the
-/// rows that need it are left out.
-struct TableBuffer {
-    int32_t* objects;  ///< indices of its objects, in the order of their class
-    float* row;
-    float* sums;  ///< rows added up since the last report, one per object
-    int32_t count;
-    int32_t length;
-};
-
-static TableBuffer Buffers[RESULT_TABLE_COUNT];
-static bool IsReady = false;
-static int32_t Period = 1;  ///< number of the next report
-
 // --- open ----------------------------------------------------------------------------------------------------------
 
 template <class T>
-static T* allocate(int64_t count) {
-    T* memory = arena_allocateArray<T>(ResultArena, count);
+static T* allocate(Model& model, int64_t count) {
+    T* memory = arena_allocateArray<T>(model.memory.results, count);
     if (!memory) {
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
     }
     return memory;
 }
 
-static void listObjects(int32_t table) {
-    TableBuffer& buffer = Buffers[table];
-    buffer.objects = allocate<int32_t>(buffer.count);
+static void listObjects(Model& model, int32_t table) {
+    TableBuffer& buffer = model.results->buffers[table];
+    buffer.objects = allocate<int32_t>(model, buffer.count);
     if (!buffer.objects) {
         return;
     }
-    const int32_t classSize = rows_getClassSize(table);
+    const int32_t classSize = rows_getClassSize(model, table);
     int32_t filled = 0;
     for (int32_t k = 0; k < classSize && filled < buffer.count; ++k) {
-        if (rows_holds(table, k)) {
+        if (rows_holds(model, table, k)) {
             buffer.objects[filled++] = k;
         }
     }
     buffer.count = filled;
 }
 
-void results_releaseBuffers() {
-    IsReady = false;
-    for (TableBuffer& buffer : Buffers) {
+void results_releaseBuffers(Model& model) {
+    model.results->isReady = false;
+    for (TableBuffer& buffer : model.results->buffers) {
         buffer = TableBuffer{};
     }
 }
 
-static void openBuffers() {
+static void openBuffers(Model& model) {
     for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        TableBuffer& buffer = Buffers[table];
-        buffer.length = rows_getLength(table);
-        buffer.count = rows_getObjectCount(table);
-        buffer.row = allocate<float>(buffer.length);
+        TableBuffer& buffer = model.results->buffers[table];
+        buffer.length = rows_getLength(model, table);
+        buffer.count = rows_getObjectCount(model, table);
+        buffer.row = allocate<float>(model, buffer.length);
         if (buffer.count == 0) {
             continue;
         }
-        listObjects(table);
+        listObjects(model, table);
         if (table != SUBCATCH_TABLE) {
-            buffer.sums = allocate<float>(static_cast<int64_t>(buffer.count) * buffer.length);
+            buffer.sums = allocate<float>(model, static_cast<int64_t>(buffer.count) * buffer.length);
         }
     }
 }
 
-void results_open() {
-    results_releaseBuffers();
-    if (ErrorCode) {
+void results_open(Model& model) {
+    results_releaseBuffers(model);
+    if (model.error.code) {
         return;
     }
-    openBuffers();
-    ResultSumCount = 0;
-    Period = 1;
-    IsReady = true;
-    if (SaveMode == SAVE_TO_FILE) {
-        binary_open();
-    } else if (SaveMode == SAVE_TO_DATABASE) {
-        database_open();
+    openBuffers(model);
+    model.results->sumCount = 0;
+    model.results->period = 1;
+    model.results->isReady = true;
+    if (model.saveMode == SAVE_TO_FILE) {
+        binary_open(model);
+    } else if (model.saveMode == SAVE_TO_DATABASE) {
+        database_open(model);
     }
 }
 
@@ -113,134 +98,135 @@ static bool hasSums(const TableBuffer& buffer) {
     return buffer.objects && buffer.row && buffer.sums;
 }
 
-void results_accumulate() {
-    if (!IsReady) {
+void results_accumulate(Model& model) {
+    if (!model.results->isReady) {
         return;
     }
     for (int32_t table = JUNCTION_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        const TableBuffer& buffer = Buffers[table];
+        const TableBuffer& buffer = model.results->buffers[table];
         if (!hasSums(buffer)) {
             continue;
         }
         float* sums = buffer.sums;
         for (int32_t k = 0; k < buffer.count; ++k) {
-            rows_fetchAhead(RowTables[table].objectType, buffer.objects, buffer.count, k);
-            rows_fill(table, buffer.objects[k], 1.0, buffer.row);
+            rows_fetchAhead(model, RowTables[table].objectType, buffer.objects, buffer.count, k);
+            rows_fill(model, table, buffer.objects[k], 1.0, buffer.row);
             for (int32_t c = 0; c < buffer.length; ++c) {
                 sums[c] += buffer.row[c];
             }
             sums += buffer.length;
         }
     }
-    ++ResultSumCount;
+    ++model.results->sumCount;
 }
 
-static void clearSums() {
-    for (const TableBuffer& buffer : Buffers) {
+static void clearSums(Model& model) {
+    for (const TableBuffer& buffer : model.results->buffers) {
         if (buffer.sums) {
             std::fill_n(buffer.sums, static_cast<int64_t>(buffer.count) * buffer.length, 0.0f);
         }
     }
-    ResultSumCount = 0;
+    model.results->sumCount = 0;
 }
 
 // --- write ---------------------------------------------------------------------------------------------------------
 
-static void writeRow(int32_t table, int32_t object, const float* row, int32_t length) {
-    if (SaveMode == SAVE_TO_FILE) {
-        binary_writeRow(row, length);
+static void writeRow(Model& model, int32_t table, int32_t object, const float* row, int32_t length) {
+    if (model.saveMode == SAVE_TO_FILE) {
+        binary_writeRow(model, row, length);
     } else {
-        database_writeRow(table, rows_getName(table, object), Period, row, length);
+        database_writeRow(model, table, rows_getName(model, table, object), model.results->period, row, length);
     }
 }
 
 /// Rows of a table at the report time.
-static void writeRows(int32_t table, double f) {
-    const TableBuffer& buffer = Buffers[table];
+static void writeRows(Model& model, int32_t table, double f) {
+    const TableBuffer& buffer = model.results->buffers[table];
     if (!buffer.objects || !buffer.row) {
         return;
     }
     for (int32_t k = 0; k < buffer.count; ++k) {
         const int32_t object = buffer.objects[k];
-        rows_fetchAhead(RowTables[table].objectType, buffer.objects, buffer.count, k);
-        rows_fill(table, object, f, buffer.row);
-        writeRow(table, object, buffer.row, buffer.length);
+        rows_fetchAhead(model, RowTables[table].objectType, buffer.objects, buffer.count, k);
+        rows_fill(model, table, object, f, buffer.row);
+        writeRow(model, table, object, buffer.row, buffer.length);
     }
 }
 
 /// Means of a table over the period. A period without a step gives what 0 / 0 is.
-static void writeMeans(int32_t table) {
-    const TableBuffer& buffer = Buffers[table];
+static void writeMeans(Model& model, int32_t table) {
+    const TableBuffer& buffer = model.results->buffers[table];
     if (!hasSums(buffer)) {
         return;
     }
-    const float count = static_cast<float>(ResultSumCount);
+    const float count = static_cast<float>(model.results->sumCount);
     const float* sums = buffer.sums;
     for (int32_t k = 0; k < buffer.count; ++k) {
         for (int32_t c = 0; c < buffer.length; ++c) {
             buffer.row[c] = sums[c] / count;
         }
-        writeRow(table, buffer.objects[k], buffer.row, buffer.length);
+        writeRow(model, table, buffer.objects[k], buffer.row, buffer.length);
         sums += buffer.length;
     }
 }
 
-static bool hasSink() {
-    return (SaveMode == SAVE_TO_FILE && BinFile) || (SaveMode == SAVE_TO_DATABASE && DbHandle);
+static bool hasSink(Model& model) {
+    return (model.saveMode == SAVE_TO_FILE && model.binary->file) ||
+           (model.saveMode == SAVE_TO_DATABASE && model.database->handle);
 }
 
-static double getWeight(double older, double newer) {
-    return (ReportTime - older) / (newer - older);
+static double getWeight(Model& model, double older, double newer) {
+    return (model.clock.reportTime - older) / (newer - older);
 }
 
-static void writeReport(DateTime date) {
-    const double networkFactor = getWeight(OldRoutingTime, NewRoutingTime);
-    const double landFactor = getWeight(OldRunoffTime, NewRunoffTime);
-    if (SaveMode == SAVE_TO_FILE) {
-        binary_startRecord(date);
+static void writeReport(Model& model, DateTime date) {
+    const double networkFactor = getWeight(model, model.clock.oldRoutingTime, model.clock.newRoutingTime);
+    const double landFactor = getWeight(model, model.clock.oldRunoffTime, model.clock.newRunoffTime);
+    if (model.saveMode == SAVE_TO_FILE) {
+        binary_startRecord(model, date);
     }
     float system[SYSTEM_LENGTH];
-    systemrow_fill(date, networkFactor, landFactor, system);
-    writeRow(SYSTEM_TABLE, 0, system, SYSTEM_LENGTH);
-    writeRows(SUBCATCH_TABLE, landFactor);
+    systemrow_fill(model, date, networkFactor, landFactor, system);
+    writeRow(model, SYSTEM_TABLE, 0, system, SYSTEM_LENGTH);
+    writeRows(model, SUBCATCH_TABLE, landFactor);
     for (int32_t table = JUNCTION_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        if (ReportAverage) {
-            writeMeans(table);
+        if (model.options.reportAverage) {
+            writeMeans(model, table);
         } else {
-            writeRows(table, networkFactor);
+            writeRows(model, table, networkFactor);
         }
     }
 }
 
-void results_write() {
-    if (!IsReady) {
+void results_write(Model& model) {
+    if (!model.results->isReady) {
         return;
     }
-    const DateTime date = project_getDate(ReportTime);
-    gage_setReportRain(date);
-    if (hasSink()) {
-        writeReport(date);
+    const DateTime date = project_getDate(model, model.clock.reportTime);
+    gage_setReportRain(model, date);
+    if (hasSink(model)) {
+        writeReport(model, date);
     }
-    if (ReportAverage) {
-        clearSums();
+    if (model.options.reportAverage) {
+        clearSums(model);
     }
-    ++Period;
+    ++model.results->period;
 }
 
 // --- end and close -------------------------------------------------------------------------------------------------
 
-void results_end() {
-    binary_end(Period - 1);
+void results_end(Model& model) {
+    binary_end(model, model.results->period - 1);
 }
 
-void results_close() {
-    results_releaseBuffers();
-    binary_close(SaveMode == SAVE_TO_FILE);
-    database_close(SaveMode == SAVE_TO_DATABASE);
+void results_close(Model& model) {
+    results_releaseBuffers(model);
+    binary_close(model, model.saveMode == SAVE_TO_FILE);
+    database_close(model, model.saveMode == SAVE_TO_DATABASE);
 }
 
-void results_abandon() {
-    results_releaseBuffers();
-    binary_close(true);
-    database_abandon();
+void results_abandon(Model& model) {
+    results_releaseBuffers(model);
+    binary_close(model, true);
+    database_abandon(model);
 }

@@ -8,25 +8,45 @@
 
 #include <cstdint>
 
-extern int32_t ResultSumCount;  ///< steps added up since the last report
+#include "results/rows.h"
 
-/// Prepares buffers and the sink that SaveMode chooses; nothing while an error stands.
-void results_open();
+struct Model;
+
+/// Memory of one table, from a start to the next or to the close. What the machine's memory can't hold is null, and the
+/// rows that need it are left out.
+struct TableBuffer {
+    int32_t* objects;  ///< indices of its objects, in the order of their class
+    float* row;
+    float* sums;  ///< rows added up since the last report, one per object
+    int32_t count;
+    int32_t length;
+};
+
+/// The buffers of all tables, and where the run stands in its periods.
+struct ResultBuffers {
+    TableBuffer buffers[RESULT_TABLE_COUNT];
+    bool isReady;
+    int32_t period = 1;  ///< number of the next report
+    int32_t sumCount;    ///< steps added up since the last report
+};
+
+/// Prepares buffers and the sink that the save mode chooses; nothing while an error stands.
+void results_open(Model& model);
 
 /// Forgets the buffers, whose memory goes with the results of the run before.
-void results_releaseBuffers();
+void results_releaseBuffers(Model& model);
 
 /// Adds the step to the means of the period.
-void results_accumulate();
+void results_accumulate(Model& model);
 
 /// Writes the rows of a report time.
-void results_write();
+void results_write(Model& model);
 
 /// Closes the run in the sink.
-void results_end();
+void results_end(Model& model);
 
-/// Lets go of buffers and sinks. Kept are the results of the last SaveMode; others are deleted.
-void results_close();
+/// Lets go of buffers and sinks. Kept are the results of the last save mode; others are deleted.
+void results_close(Model& model);
 
 /// The same for a project that a new one replaces: nothing is completed, and nothing deleted.
-void results_abandon();
+void results_abandon(Model& model);

@@ -4,6 +4,7 @@
 
 #include "results/rows.h"
 
+#include "model/model.h"
 #include "model/prefetch.h"
 #include "results/records.h"
 #include "text/units.h"
@@ -14,8 +15,9 @@
 namespace {
 
 #define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                       \
-    void fill##token([[maybe_unused]] int32_t object, [[maybe_unused]] double f, [[maybe_unused]] float* row) { \
-        [[maybe_unused]] const int32_t pollutants = project_pollutantCount();                                   \
+    void fill##token([[maybe_unused]] Model& model, [[maybe_unused]] int32_t object, [[maybe_unused]] double f, \
+                     [[maybe_unused]] float* row) {                                                             \
+        [[maybe_unused]] const int32_t pollutants = project_pollutantCount(model);                              \
         [[maybe_unused]] int32_t k = 0;                                                                         \
         record
 #define RESULT_VALUE(column, unit, meaning, value, ...) row[k++] = static_cast<float>(value);
@@ -54,46 +56,46 @@ const RowTable RowTables[RESULT_TABLE_COUNT] = {
 
 // --- tables --------------------------------------------------------------------------------------------------------
 
-int32_t rows_getLength(int32_t table) {
-    return RowTables[table].columnCount + RowTables[table].qualityBlocks * project_pollutantCount();
+int32_t rows_getLength(Model& model, int32_t table) {
+    return RowTables[table].columnCount + RowTables[table].qualityBlocks * project_pollutantCount(model);
 }
 
-int32_t rows_getObjectCount(int32_t table) {
+int32_t rows_getObjectCount(Model& model, int32_t table) {
     const RowTable& t = RowTables[table];
     switch (t.objectType) {
-        case SUBCATCH: return ObjectCount[SUBCATCH];
-        case NODE: return NodeKindCount[t.kind];
-        case LINK: return LinkKindCount[t.kind];
+        case SUBCATCH: return model.counts.objects[SUBCATCH];
+        case NODE: return model.counts.nodeKinds[t.kind];
+        case LINK: return model.counts.linkKinds[t.kind];
         default: return 0;
     }
 }
 
-int32_t rows_getClassSize(int32_t table) {
+int32_t rows_getClassSize(Model& model, int32_t table) {
     switch (RowTables[table].objectType) {
-        case SUBCATCH: return Subcatches.size();
-        case NODE: return Nodes.size();
-        case LINK: return Links.size();
+        case SUBCATCH: return model.subcatches.size();
+        case NODE: return model.nodes.size();
+        case LINK: return model.links.size();
         default: return 0;
     }
 }
 
-bool rows_holds(int32_t table, int32_t object) {
+bool rows_holds(Model& model, int32_t table, int32_t object) {
     const RowTable& t = RowTables[table];
     switch (t.objectType) {
         case SUBCATCH: return true;
-        case NODE: return Nodes[object].kind == t.kind;
-        case LINK: return Links[object].kind == t.kind;
+        case NODE: return model.nodes[object].kind == t.kind;
+        case LINK: return model.links[object].kind == t.kind;
         default: return false;
     }
 }
 
-const char* rows_getName(int32_t table, int32_t object) {
+const char* rows_getName(Model& model, int32_t table, int32_t object) {
     const int32_t index = object;
     const char* name = nullptr;
     switch (RowTables[table].objectType) {
-        case SUBCATCH: name = Subcatches[index].name; break;
-        case NODE: name = Nodes[index].id; break;
-        case LINK: name = Links[index].id; break;
+        case SUBCATCH: name = model.subcatches[index].name; break;
+        case NODE: name = model.nodes[index].id; break;
+        case LINK: name = model.links[index].id; break;
         default: break;
     }
     return name ? name : "";
@@ -105,14 +107,14 @@ static constexpr int32_t FAR = 24;     ///< places ahead at which the records ar
 static constexpr int32_t MIDDLE = 16;  ///< what they point to
 static constexpr int32_t NEAR = 8;     ///< what that points to
 
-static void fetchLink(const Link& link) {
+static void fetchLink(Model& model, const Link& link) {
     prefetch_arrays(link);
     if (link.kind == PIPE) {
-        prefetch_record(Pipes[link.kindIndex]);
+        prefetch_record(model.pipes[link.kindIndex]);
     }
 }
 
-void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
+void rows_fetchAhead(Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
     const auto getIndex = [&](int32_t place) { return objects ? objects[place] : place; };
     if (k + NEAR >= count || (objectType != NODE && objectType != LINK)) {
         return;
@@ -121,21 +123,21 @@ void rows_fetchAhead(int32_t objectType, const int32_t* objects, int32_t count, 
     const bool isMiddleThere = k + MIDDLE < count;
     if (objectType == NODE) {
         if (isFarThere) {
-            prefetch_record(Nodes[getIndex(k + FAR)]);
+            prefetch_record(model.nodes[getIndex(k + FAR)]);
         }
         if (isMiddleThere) {
-            prefetch_states(Nodes[getIndex(k + MIDDLE)]);
+            prefetch_states(model.nodes[getIndex(k + MIDDLE)]);
         }
         return;
     }
     if (isFarThere) {
-        prefetch_record(Links[getIndex(k + FAR)]);
+        prefetch_record(model.links[getIndex(k + FAR)]);
     }
     if (isMiddleThere) {
-        fetchLink(Links[getIndex(k + MIDDLE)]);
+        fetchLink(model, model.links[getIndex(k + MIDDLE)]);
     }
-    const Link& link = Links[getIndex(k + NEAR)];
+    const Link& link = model.links[getIndex(k + NEAR)];
     if (link.kind == PIPE) {
-        prefetch_reaches(Pipes[link.kindIndex]);
+        prefetch_reaches(model.pipes[link.kindIndex]);
     }
 }

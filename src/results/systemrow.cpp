@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "coupling/swmm.h"
+#include "model/model.h"
 #include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "results/records.h"
@@ -26,12 +27,12 @@ float getMean(float sum, float area, double unit) {
     return static_cast<float>(static_cast<double>(sum) / static_cast<double>(area) * unit);
 }
 
-void fillLand(double f, float* row) {
+void fillLand(Model& model, double f, float* row) {
     float area = 0.0f, rain = 0.0f, evap = 0.0f, infil = 0.0f, runoff = 0.0f;
-    for (const Subcatch& s : Subcatches) {
+    for (const Subcatch& s : model.subcatches) {
         add(area, s.area);
         if (s.gage >= 0) {
-            add(rain, s.area * Gages[s.gage].reportRain);
+            add(rain, s.area * model.gages[s.gage].reportRain);
         }
         add(evap, s.area * s.evapRate);
         add(infil, s.area * s.infilRate);
@@ -54,7 +55,7 @@ double lookUpSeries(Series& series, DateTime date) {
 }
 
 /// The external flow of a node, m3/s: its first flow record alone.
-double getExternalFlow(const Node& node, DateTime date) {
+double getExternalFlow(Model& model, const Node& node, DateTime date) {
     const ExtInflow* record = node.extInflow;
     while (record && record->kind != INFLOW_FLOW) {
         record = record->next;
@@ -65,7 +66,7 @@ double getExternalFlow(const Node& node, DateTime date) {
     if (record->series < 0) {
         return record->baseline;
     }
-    return lookUpSeries(TimeSeries[record->series], date) * record->scale + record->baseline;
+    return lookUpSeries(model.timeSeries[record->series], date) * record->scale + record->baseline;
 }
 
 /// What the host asks a node for, from its place in the sorted list on; moves the place. It shows only in a call that
@@ -76,13 +77,13 @@ void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t&
     }
 }
 
-void addInflows(const Node& node, double f, DateTime date, int32_t hour, float* row) {
+void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t hour, float* row) {
     add(row[SYSTEM_TOTAL_INFLOW], rowvalues_mix(f, node.oldInflow, node.newInflow));
     if (node.extInflow) {
-        add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(node, date));
+        add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(model, node, date));
     }
     if (const DwfInflow* record = inflows_findDryWeather(node.dwfInflow, -1)) {
-        add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(*record, hour));
+        add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(model, *record, hour));
     }
 }
 
@@ -91,35 +92,35 @@ void addInflows(const Node& node, double f, DateTime date, int32_t hour, float* 
 // For each table: addTANK adds what a tank has to add.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-variable"  // many have nothing
-#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                        \
-    [[maybe_unused]] void add##token([[maybe_unused]] int32_t object, [[maybe_unused]] double f, \
-                                     [[maybe_unused]] float* row) {                              \
+#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                            \
+    [[maybe_unused]] void add##token([[maybe_unused]] Model& model, [[maybe_unused]] int32_t object, \
+                                     [[maybe_unused]] double f, [[maybe_unused]] float* row) {       \
         record
 #define RESULT_SHARE(token, value) add(row[SYSTEM_##token], value);
 #define RESULT_END() }
 #include "results/columns.def"
 #pragma GCC diagnostic pop
 
-void addNode(int32_t index, double f, float* row) {
-    const Node& node = Nodes[index];
+void addNode(Model& model, int32_t index, double f, float* row) {
+    const Node& node = model.nodes[index];
     switch (node.kind) {
-#define RESULT_NODES(token, ...)   \
-    case token:                    \
-        add##token(index, f, row); \
+#define RESULT_NODES(token, ...)          \
+    case token:                           \
+        add##token(model, index, f, row); \
         break;
 #include "results/columns.def"
         default: break;
     }
     if (node.kind == SWMM) {  // a kind without a table of its own
-        swmm_addFlows(node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]);
+        swmm_addFlows(model, node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]);
     }
 }
 
-void addLink(int32_t index, double f, float* row) {
-    switch (Links[index].kind) {
-#define RESULT_LINKS(token, ...)   \
-    case token:                    \
-        add##token(index, f, row); \
+void addLink(Model& model, int32_t index, double f, float* row) {
+    switch (model.links[index].kind) {
+#define RESULT_LINKS(token, ...)          \
+    case token:                           \
+        add##token(model, index, f, row); \
         break;
 #include "results/columns.def"
         default: break;
@@ -128,25 +129,25 @@ void addLink(int32_t index, double f, float* row) {
 
 }  // namespace
 
-void systemrow_fill(DateTime date, double networkFactor, double landFactor, float* row) {
+void systemrow_fill(Model& model, DateTime date, double networkFactor, double landFactor, float* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0f);
-    fillLand(landFactor, row);
+    fillLand(model, landFactor, row);
     // Sorted in a copy: the list itself keeps its order for the step that takes it.
-    std::vector<HostInflow> requests = HostInflows;
+    std::vector<HostInflow> requests = model.requests.inflows;
     std::stable_sort(requests.begin(), requests.end(),
                      [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
     size_t hostPlace = 0;
     const int32_t hour = datetime_getHour(date);
-    const auto nodeCount = Nodes.size();
+    const auto nodeCount = model.nodes.size();
     for (int32_t k = 0; k < nodeCount; ++k) {
-        const Node& node = Nodes[k];
-        addInflows(node, networkFactor, date, hour, row);
+        const Node& node = model.nodes[k];
+        addInflows(model, node, networkFactor, date, hour, row);
         addHostFlows(requests, k, hostPlace, row);
-        addNode(k, networkFactor, row);
+        addNode(model, k, networkFactor, row);
     }
-    const auto linkCount = Links.size();
+    const auto linkCount = model.links.size();
     for (int32_t k = 0; k < linkCount; ++k) {
-        rows_fetchAhead(LINK, nullptr, linkCount, k);
-        addLink(k, networkFactor, row);
+        rows_fetchAhead(model, LINK, nullptr, linkCount, k);
+        addLink(model, k, networkFactor, row);
     }
 }

@@ -3,5 +3,7 @@
 
 #include "text/datetime.h"
 
+struct Model;
+
 /// Fills the row of the system at a date. The factors weigh the newer state of the network and of the land.
-void systemrow_fill(DateTime date, double networkFactor, double landFactor, float* row);
+void systemrow_fill(Model& model, DateTime date, double networkFactor, double landFactor, float* row);

@@ -2,55 +2,56 @@
 
 #include "results/tables.h"
 
+#include "model/model.h"
 #include "model/pollut.h"
 #include "model/project.h"
 #include "model/reportfile.h"
 #include "nodes/outfall.h"
 #include "results/tablewriter.h"
 
-void tables_writeNodes() {
-    if (Nodes.empty()) {
+void tables_writeNodes(Model& model) {
+    if (model.nodes.empty()) {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %-16s %16s %16s";
-    tablewriter_writeTitle("Node Inflow Summary");
-    reportfile_print(HEAD, "", "", "Inflow", "Max. Inflow");
-    reportfile_print(HEAD, "Node", "Type", "m3", "m3/s");
-    tablewriter_writeDashes(4);
-    for (const Node& node : Nodes) {
+    tablewriter_writeTitle(model, "Node Inflow Summary");
+    reportfile_print(model, HEAD, "", "", "Inflow", "Max. Inflow");
+    reportfile_print(model, HEAD, "Node", "Type", "m3", "m3/s");
+    tablewriter_writeDashes(model, 4);
+    for (const Node& node : model.nodes) {
         if (node.kind < 0 || node.kind == SWMM || node.kind == VORN) {
             continue;  // an outside model reports for itself
         }
-        reportfile_print("\n  %-16s %-16s %16.3f %16.3f", node.id, NodeKindWords[node.kind], node.statInflowVolume,
-                         node.statMaxInflow);
+        reportfile_print(model, "\n  %-16s %-16s %16.3f %16.3f", node.id, NodeKindWords[node.kind],
+                         node.statInflowVolume, node.statMaxInflow);
     }
 }
 
-void tables_writeOutfalls() {
-    if (Outfalls.empty() || Polluts.empty()) {
+void tables_writeOutfalls(Model& model) {
+    if (model.outfalls.empty() || model.polluts.empty()) {
         return;
     }
-    tablewriter_writeTitle("Outfall Loading Summary");
-    tablewriter_writePollutantHead("Outfall");
-    for (const Node& node : Nodes) {
+    tablewriter_writeTitle(model, "Outfall Loading Summary");
+    tablewriter_writePollutantHead(model, "Outfall");
+    for (const Node& node : model.nodes) {
         if (node.kind == OUTFALL) {
-            tablewriter_writePollutantRow(node.id, Outfalls[node.kindIndex].statLoad);
+            tablewriter_writePollutantRow(model, node.id, model.outfalls[node.kindIndex].statLoad);
         }
     }
 }
 
-void tables_writeLinks() {
-    if (Links.empty()) {
+void tables_writeLinks(Model& model) {
+    if (model.links.empty()) {
         return;
     }
     static constexpr const char* HEAD = "\n  %-16s %-16s %16s %16s %16s %16s";
-    tablewriter_writeTitle("Link Flow Summary");
-    reportfile_print(HEAD, "", "", "Flow", "Max. Flow", "Flood", "Max. Flood");
-    reportfile_print(HEAD, "Link", "Type", "m3", "m3/s", "m3", "m3/s");
-    tablewriter_writeDashes(6);
-    for (const Link& link : Links) {
+    tablewriter_writeTitle(model, "Link Flow Summary");
+    reportfile_print(model, HEAD, "", "", "Flow", "Max. Flow", "Flood", "Max. Flood");
+    reportfile_print(model, HEAD, "Link", "Type", "m3", "m3/s", "m3", "m3/s");
+    tablewriter_writeDashes(model, 6);
+    for (const Link& link : model.links) {
         if (link.kind >= 0) {
-            reportfile_print("\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f", link.id, LinkKindWords[link.kind],
+            reportfile_print(model, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f", link.id, LinkKindWords[link.kind],
                              link.statFlowVolume, link.statMaxFlow, link.statFloodVolume, link.statMaxFlood);
         }
     }

@@ -1,5 +1,6 @@
 // Summary tables of reactors: what became of their water, and of each pollutant. Called by the report.
 
+#include "model/model.h"
 #include "model/pollut.h"
 #include "model/project.h"
 #include "model/reportfile.h"
@@ -7,16 +8,16 @@
 #include "results/tables.h"
 #include "results/tablewriter.h"
 
-static void writeQuantity() {
+static void writeQuantity(Model& model) {
     static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s";
-    tablewriter_writeTitle("Reactor Quantity Summary");
-    reportfile_print(HEAD, "", "Surpass", "Evap.", "Infil.", "Emptying", "Outflow");
-    reportfile_print(HEAD, "Reactor", "m3", "m3", "m3", "m3", "m3");
-    tablewriter_writeDashes(6);
-    for (const Node& node : Nodes) {
+    tablewriter_writeTitle(model, "Reactor Quantity Summary");
+    reportfile_print(model, HEAD, "", "Surpass", "Evap.", "Infil.", "Emptying", "Outflow");
+    reportfile_print(model, HEAD, "Reactor", "m3", "m3", "m3", "m3", "m3");
+    tablewriter_writeDashes(model, 6);
+    for (const Node& node : model.nodes) {
         if (node.kind == REACTOR) {
-            const Reactor& reactor = Reactors[node.kindIndex];
-            reportfile_print("\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f", node.id, reactor.statSurpass,
+            const Reactor& reactor = model.reactors[node.kindIndex];
+            reportfile_print(model, "\n  %-16s %16.3f %16.3f %16.3f %16.3f %16.3f", node.id, reactor.statSurpass,
                              reactor.statEvap, reactor.statInfil, reactor.statEmptying, reactor.statOutflow);
         }
     }
@@ -24,31 +25,31 @@ static void writeQuantity() {
 
 /// One block of the quality table: a way that pollutants took, and a row for each reactor. Loads that are missing count
 /// as 0.
-static void writeBlock(const char* title, double* Reactor::*loads) {
-    reportfile_print("\n  %s", title);
-    for (const Node& node : Nodes) {
+static void writeBlock(Model& model, const char* title, double* Reactor::*loads) {
+    reportfile_print(model, "\n  %s", title);
+    for (const Node& node : model.nodes) {
         if (node.kind == REACTOR) {
-            tablewriter_writePollutantRow(node.id, Reactors[node.kindIndex].*loads);
+            tablewriter_writePollutantRow(model, node.id, model.reactors[node.kindIndex].*loads);
         }
     }
 }
 
-static void writeQuality() {
-    tablewriter_writeTitle("Reactor Quality Summary");
-    tablewriter_writePollutantHead("Reactor");
-    writeBlock("*Surpassing*", &Reactor::statSurpassLoad);
-    writeBlock("*Infiltration*", &Reactor::statInfilLoad);
-    writeBlock("*Emptying*", &Reactor::statEmptyingLoad);
-    writeBlock("*Reacted*", &Reactor::statReactedLoad);
-    writeBlock("*Outflow*", &Reactor::statOutflowLoad);
+static void writeQuality(Model& model) {
+    tablewriter_writeTitle(model, "Reactor Quality Summary");
+    tablewriter_writePollutantHead(model, "Reactor");
+    writeBlock(model, "*Surpassing*", &Reactor::statSurpassLoad);
+    writeBlock(model, "*Infiltration*", &Reactor::statInfilLoad);
+    writeBlock(model, "*Emptying*", &Reactor::statEmptyingLoad);
+    writeBlock(model, "*Reacted*", &Reactor::statReactedLoad);
+    writeBlock(model, "*Outflow*", &Reactor::statOutflowLoad);
 }
 
-void tables_writeReactors() {
-    if (Reactors.empty()) {
+void tables_writeReactors(Model& model) {
+    if (model.reactors.empty()) {
         return;
     }
-    writeQuantity();
-    if (!Polluts.empty()) {
-        writeQuality();
+    writeQuantity(model);
+    if (!model.polluts.empty()) {
+        writeQuality(model);
     }
 }

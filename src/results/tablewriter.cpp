@@ -5,44 +5,45 @@
 
 #include <string>
 
+#include "model/model.h"
 #include "model/pollut.h"
 #include "model/reportfile.h"
 
-void tablewriter_writeTitle(const char* title) {
+void tablewriter_writeTitle(Model& model, const char* title) {
     const std::string stars(std::string(title).size(), '*');
-    reportfile_writeLine("");
-    reportfile_writeLine(stars.c_str());
-    reportfile_writeLine(title);
-    reportfile_writeLine(stars.c_str());
+    reportfile_writeLine(model, "");
+    reportfile_writeLine(model, stars.c_str());
+    reportfile_writeLine(model, title);
+    reportfile_writeLine(model, stars.c_str());
 }
 
-void tablewriter_writeDashes(int32_t groups) {
+void tablewriter_writeDashes(Model& model, int32_t groups) {
     std::string line(16, '-');
     for (int32_t k = 1; k < groups; ++k) {
         line += " ----------------";
     }
-    reportfile_writeLine(line.c_str());
+    reportfile_writeLine(model, line.c_str());
 }
 
-void tablewriter_writePollutantLines(int32_t width, const char* first, const char* second) {
-    reportfile_print("\n  %-*s", width, first);
-    for (const Pollut& pollutant : Polluts) {
-        reportfile_print(" %16s", pollutant.id);
+void tablewriter_writePollutantLines(Model& model, int32_t width, const char* first, const char* second) {
+    reportfile_print(model, "\n  %-*s", width, first);
+    for (const Pollut& pollutant : model.polluts) {
+        reportfile_print(model, " %16s", pollutant.id);
     }
-    reportfile_print("\n  %-*s", width, second);
-    for (int32_t p = 0; p < Polluts.size(); ++p) {
-        reportfile_print(" %16s", "kg");
+    reportfile_print(model, "\n  %-*s", width, second);
+    for (int32_t p = 0; p < model.polluts.size(); ++p) {
+        reportfile_print(model, " %16s", "kg");
     }
 }
 
-void tablewriter_writePollutantHead(const char* object) {
-    tablewriter_writePollutantLines(16, "", object);
-    tablewriter_writeDashes(1 + Polluts.size());
+void tablewriter_writePollutantHead(Model& model, const char* object) {
+    tablewriter_writePollutantLines(model, 16, "", object);
+    tablewriter_writeDashes(model, 1 + model.polluts.size());
 }
 
-void tablewriter_writePollutantRow(const char* name, const double* values) {
-    reportfile_print("\n  %-16s", name);
-    for (int32_t p = 0; p < Polluts.size(); ++p) {
-        reportfile_print(" %16.3f", values ? values[p] : 0.0);
+void tablewriter_writePollutantRow(Model& model, const char* name, const double* values) {
+    reportfile_print(model, "\n  %-16s", name);
+    for (int32_t p = 0; p < model.polluts.size(); ++p) {
+        reportfile_print(model, " %16.3f", values ? values[p] : 0.0);
     }
 }

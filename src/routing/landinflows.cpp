@@ -6,56 +6,57 @@
 
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "routing/nodekinds.h"
 #include "text/units.h"
 
 /// The runoff of one subcatchment; `f` weighs the newer step.
-static void addToNode(int32_t index, double f) {
-    const Subcatch& s = Subcatches[index];
-    Node& node = Nodes[s.outNode];
+static void addToNode(Model& model, int32_t index, double f) {
+    const Subcatch& s = model.subcatches[index];
+    Node& node = model.nodes[s.outNode];
     const double flow = s.area == 0.0 ? 0.0 : f * s.thisRunoff + (1.0 - f) * s.lastRunoff;
-    if (nodekinds_takeRunoff(node, index, flow)) {
+    if (nodekinds_takeRunoff(model, node, index, flow)) {
         return;  // an outside model took the water, and no load
     }
     node.newLatFlow += flow;
-    FlowTotals.wetWeatherInflow += RoutingStep * flow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    model.totals.flow.wetWeatherInflow += model.options.routingStep * flow;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double load =
             (1.0 - f) * s.lastRunoff * s.lastQuality[p] / G_PER_KG + f * s.thisRunoff * s.thisQuality[p] / G_PER_KG;
         node.massInflow[p] += load;
-        QualTotals[p].wetWeatherInflow += RoutingStep * load;
+        model.totals.quality[p].wetWeatherInflow += model.options.routingStep * load;
     }
 }
 
-void landinflows_addRunoff(double time) {
-    const double f = subcatch_getWeight(time);
-    for (int32_t k = 0; k < Subcatches.size(); ++k) {
-        if (Subcatches[k].outNode >= 0) {
-            addToNode(k, f);
+void landinflows_addRunoff(Model& model, double time) {
+    const double f = subcatch_getWeight(model, time);
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        if (model.subcatches[k].outNode >= 0) {
+            addToNode(model, k, f);
         }
     }
 }
 
 /// The kind of the node doesn't matter.
-static void addDrain(const LidUnit& unit) {
-    Node& node = Nodes[unit.drainNode];
+static void addDrain(Model& model, const LidUnit& unit) {
+    Node& node = model.nodes[unit.drainNode];
     node.newLatFlow += unit.thisDrainFlow;
-    FlowTotals.wetWeatherInflow += RoutingStep * unit.thisDrainFlow;
-    for (int32_t p = 0; p < project_pollutantCount(); ++p) {
+    model.totals.flow.wetWeatherInflow += model.options.routingStep * unit.thisDrainFlow;
+    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         node.massInflow[p] += unit.thisDrainLoad[p];
-        QualTotals[p].wetWeatherInflow += RoutingStep * unit.thisDrainLoad[p];
+        model.totals.quality[p].wetWeatherInflow += model.options.routingStep * unit.thisDrainLoad[p];
     }
 }
 
-void landinflows_addDrains() {
-    for (int32_t k = 0; k < Subcatches.size() && !LidUnits.empty(); ++k) {
-        if (!(Subcatches[k].area > 0.0) || !(Subcatches[k].lidArea > 0.0)) {
+void landinflows_addDrains(Model& model) {
+    for (int32_t k = 0; k < model.subcatches.size() && !model.lidUnits.empty(); ++k) {
+        if (!(model.subcatches[k].area > 0.0) || !(model.subcatches[k].lidArea > 0.0)) {
             continue;
         }
-        for (const LidUnit& unit : lidgroup_getUnits(k)) {
+        for (const LidUnit& unit : lidgroup_getUnits(model, k)) {
             if (unit.drainNode >= 0) {
-                addDrain(unit);
+                addDrain(model, unit);
             }
         }
     }

@@ -9,41 +9,43 @@
 #include "model/decay.h"
 #include "routing/visits.h"
 
+struct Model;
+
 /// A line of a link section, for the row `link` and the row `kindIndex` of its kind. An error index, or 0.
-[[nodiscard]] int32_t linkkinds_readLine(const Tokens& tokens, int32_t kind, int32_t link, int32_t kindIndex);
+[[nodiscard]] int32_t linkkinds_readLine(Model& model, const Tokens& tokens, int32_t kind, int32_t link,
+                                         int32_t kindIndex);
 
 /// The decay of a link that holds water, one record per pollutant; null for the other kinds.
-[[nodiscard]] Decay* linkkinds_findDecay(const Link& link);
+[[nodiscard]] Decay* linkkinds_findDecay(Model& model, const Link& link);
 
 /// Tests a link when all is read; writes what is wrong to the report.
-void linkkinds_validate(const Link& link);
+void linkkinds_validate(Model& model, const Link& link);
 
 /// Puts a link to time zero, and lets go of what it holds for the run.
-void linkkinds_initState(Link& link);
-void linkkinds_endState(const Link& link);
+void linkkinds_initState(Model& model, Link& link);
+void linkkinds_endState(Model& model, const Link& link);
 
 /// Lists the links that every step rolls, for a run; forgets them.
-void linkkinds_openRun();
-void linkkinds_clearRun();
+void linkkinds_openRun(Model& model);
 
 /// Rolls all links from new to old at the start of a step.
-void linkkinds_shiftAll();
+void linkkinds_shiftAll(Model& model);
 
 /// What automatic switches ask for at the start of a step.
-void linkkinds_setTargets();
+void linkkinds_setTargets(Model& model);
 
 /// Hands a link what its upstream node offers in a step; kinds that only a tank feeds are passed over.
-void linkkinds_update(const VisitLink& link, const Offer& offer, double fireTime);
+void linkkinds_update(Model& model, const VisitLink& link, const Offer& offer, double fireTime);
 
 /// Adds what a link delivers in a step to its lower node.
-void linkkinds_addDelivery(const VisitLink& link, Node& node);
+void linkkinds_addDelivery(Model& model, const VisitLink& link, Node& node);
 
 /// What a link delivers in a step into an outside model: the flow, m3/s, and the loads, kg/s, in place of the zeros of
 /// `loads`.
-[[nodiscard]] double linkkinds_deliver(int32_t link, double* loads);
+[[nodiscard]] double linkkinds_deliver(Model& model, int32_t link, double* loads);
 
 /// Hands the outflows of a node's model to the links that the records name.
-void linkkinds_feed(int32_t node, const OutsideNode& outside, const OutsideTotals& totals);
+void linkkinds_feed(Model& model, int32_t node, const OutsideNode& outside, const OutsideTotals& totals);
 
 /// Adds a step to the statistics and the totals: the links that no visit has counted, and what floods.
-void linkkinds_countStep();
+void linkkinds_countStep(Model& model);

@@ -26,6 +26,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "model/model.h"
 #include "model/project.h"
 #include "model/topology.h"
 #include "routing/nodekinds.h"
@@ -81,18 +82,18 @@ struct Search {
 };
 
 /// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
-static int32_t findEdge(Search& search, int32_t node, int32_t& position) {
-    const LinkList outgoing = topology_getOutgoing(node);
+static int32_t findEdge(Model& model, Search& search, int32_t node, int32_t& position) {
+    const LinkList outgoing = topology_getOutgoing(model, node);
     ++search.visits;
     for (; position < outgoing.count; ++position) {
-        const Link& link = Links[outgoing.first[position]];
+        const Link& link = model.links[outgoing.first[position]];
         if (!link.isLagged) {
             return link.toNode;
         }
         ++search.visits;
     }
     int32_t targets[2] = {NONE, NONE};
-    const int32_t count = nodekinds_getDirectTargets(node, targets);
+    const int32_t count = nodekinds_getDirectTargets(model, node, targets);
     return position - outgoing.count < count ? targets[position - outgoing.count] : NONE;
 }
 
@@ -109,16 +110,16 @@ static void discover(Search& search, int32_t node, int32_t previous, int32_t edg
 
 /// Breadth first, the heads in the order of the table: the way back over `previous` is the first of the shortest paths
 /// to a node, and of two nodes at the same distance the one with the smaller rank has the earlier path.
-static void discoverFromHeads(Search& search) {
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].isHead) {
+static void discoverFromHeads(Model& model, Search& search) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        if (model.nodes[k].isHead) {
             discover(search, k, NONE, NONE);
         }
     }
     for (int32_t next = 0; next < search.order.size(); ++next) {
         const int32_t node = search.order[next];
         int32_t to;
-        for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
+        for (int32_t edge = 0; (to = findEdge(model, search, node, edge)) >= 0; ++edge) {
             ++search.at(to).openInflows;
             search.at(node).feedsItself |= to == node;
             if (search.at(to).rank < 0) {
@@ -130,12 +131,12 @@ static void discoverFromHeads(Search& search) {
 
 /// Number of all paths from the heads, at most the number of nodes. The nodes of a circle, and all behind them, keep
 /// open inflows and aren't counted; `counted` is the number of those that are.
-static int64_t countPaths(Search& search, int32_t& counted) {
-    const int64_t limit = static_cast<int64_t>(Nodes.size());
-    Table<int64_t> paths = table_make(Nodes.size(), int64_t{0});  // that end at the node
+static int64_t countPaths(Model& model, Search& search, int32_t& counted) {
+    const int64_t limit = static_cast<int64_t>(model.nodes.size());
+    Table<int64_t> paths = table_make(model.nodes.size(), int64_t{0});  // that end at the node
     Table<int32_t>& ready = search.queue;
     for (const int32_t node : search.order) {
-        paths[node] = Nodes[node].isHead ? 1 : 0;
+        paths[node] = model.nodes[node].isHead ? 1 : 0;
         if (search.at(node).openInflows == 0) {
             ready.push_back(node);
         }
@@ -146,7 +147,7 @@ static int64_t countPaths(Search& search, int32_t& counted) {
         const int64_t count = paths[node];
         total = std::min(limit, total + count);
         int32_t to;
-        for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
+        for (int32_t edge = 0; (to = findEdge(model, search, node, edge)) >= 0; ++edge) {
             int64_t& sum = paths[to];
             sum = std::min(limit, sum + count);
             if (--search.at(to).openInflows == 0) {
@@ -161,7 +162,7 @@ static int64_t countPaths(Search& search, int32_t& counted) {
 // --- strongly connected parts --------------------------------------------------------------------------------------
 
 /// Takes the nodes of a finished part off the list of pending ones, and keeps the part if it holds a circle.
-static void closePart(Search& search, int32_t root, int32_t& place) {
+static void closePart(Model& model, Search& search, int32_t root, int32_t& place) {
     Part part = {place, place, 0, 0};
     const bool hasCircle = search.pending.back() != root || search.at(root).feedsItself;
     int32_t node;
@@ -171,7 +172,7 @@ static void closePart(Search& search, int32_t root, int32_t& place) {
         search.at(node).part = hasCircle ? search.parts.size() : NONE;
         if (hasCircle) {
             search.members[part.end++] = node;
-            part.cost += 1 + topology_getOutgoing(node).count;
+            part.cost += 1 + topology_getOutgoing(model, node).count;
         }
     } while (node != root);
     if (hasCircle) {
@@ -189,7 +190,7 @@ static void enter(Search& search, int32_t node, int32_t& calls) {
 
 /// Divides what is left of a part into what hangs together (Tarjan's algorithm, with its calls on a list). The new
 /// parts take the places of the old one.
-static void dividePart(Search& search, int32_t part) {
+static void dividePart(Model& model, Search& search, int32_t part) {
     int32_t place = search.parts[part].begin;
     const int32_t end = search.parts[part].end;
     search.roots.clear();
@@ -205,7 +206,7 @@ static void dividePart(Search& search, int32_t part) {
         while (!search.trail.empty()) {
             const int32_t node = search.trail.back();
             Stop& stop = search.at(node);
-            const int32_t to = findEdge(search, node, search.nextEdges.back());
+            const int32_t to = findEdge(model, search, node, search.nextEdges.back());
             ++search.nextEdges.back();
             if (to >= 0) {
                 const Stop& target = search.at(to);
@@ -223,7 +224,7 @@ static void dividePart(Search& search, int32_t part) {
                 caller.low = std::min(caller.low, stop.low);
             }
             if (stop.low == stop.call) {
-                closePart(search, node, place);
+                closePart(model, search, node, place);
             }
         }
     }
@@ -233,7 +234,7 @@ static void dividePart(Search& search, int32_t part) {
 
 /// Node that a shortest circle from `start` within its part comes back from, the first in the order of the queue; NONE
 /// if the circle has more than `limit` nodes. `length` gets the nodes of the circle.
-static int32_t findCircle(Search& search, int32_t start, int32_t limit, int32_t& length) {
+static int32_t findCircle(Model& model, Search& search, int32_t start, int32_t limit, int32_t& length) {
     const int32_t part = search.at(start).part;
     search.queue.fill(1, start);
     search.at(start).circleStart = start;
@@ -242,7 +243,7 @@ static int32_t findCircle(Search& search, int32_t start, int32_t limit, int32_t&
     for (int32_t next = 0; next < search.queue.size() && length <= limit; ++next) {
         const int32_t node = search.queue[next];
         int32_t to;
-        for (int32_t edge = 0; (to = findEdge(search, node, edge)) >= 0; ++edge) {
+        for (int32_t edge = 0; (to = findEdge(model, search, node, edge)) >= 0; ++edge) {
             if (to == start) {
                 return node;
             }
@@ -264,13 +265,13 @@ static int32_t findCircle(Search& search, int32_t start, int32_t limit, int32_t&
 
 /// Looks for the lasso whose circle starts at a node, and keeps it if it comes before the best so far. Nodes are tried
 /// in the order of discovery.
-static void tryLasso(Search& search, int32_t start) {
+static void tryLasso(Model& model, Search& search, int32_t start) {
     Lasso& best = search.best;
     const int32_t distance = search.at(start).distance;
     // With tails of one length the node discovered earlier has the earlier tail, so only a shorter circle counts.
     const int32_t limit = best.length - distance - (distance == best.distance ? 1 : 0);
     int32_t circleLength;
-    const int32_t last = findCircle(search, start, limit, circleLength);
+    const int32_t last = findCircle(model, search, start, limit, circleLength);
     if (last < 0) {
         return;
     }
@@ -294,26 +295,26 @@ static void tryLasso(Search& search, int32_t start) {
 }
 
 /// Name of what closes the lasso: of several edges that lead from its last node back into it the first.
-static const char* nameClosing(Search& search) {
-    Table<uint8_t> isOnPath = table_make(Nodes.size(), uint8_t{0});
+static const char* nameClosing(Model& model, Search& search) {
+    Table<uint8_t> isOnPath = table_make(model.nodes.size(), uint8_t{0});
     for (int32_t node = search.best.base; node >= 0; node = search.at(node).previous) {
         isOnPath[node] = 1;
     }
     int32_t last = search.best.base;
     for (int32_t edge : search.best.edges) {
-        last = findEdge(search, last, edge);
+        last = findEdge(model, search, last, edge);
         isOnPath[last] = 1;
     }
     int32_t position = 0;
     int32_t to;
-    while ((to = findEdge(search, last, position)) >= 0 && !isOnPath[to]) {
+    while ((to = findEdge(model, search, last, position)) >= 0 && !isOnPath[to]) {
         ++position;
     }
-    const LinkList outgoing = topology_getOutgoing(last);
-    return position < outgoing.count ? Links[outgoing.first[position]].id : Nodes[to].id;
+    const LinkList outgoing = topology_getOutgoing(model, last);
+    return position < outgoing.count ? model.links[outgoing.first[position]].id : model.nodes[to].id;
 }
 
-static const char* findFirstLoop(Search& search) {
+static const char* findFirstLoop(Model& model, Search& search) {
     for (const int32_t node : search.order) {
         if (search.at(node).openInflows > 0) {
             search.at(node).part = 0;
@@ -321,7 +322,7 @@ static const char* findFirstLoop(Search& search) {
         }
     }
     search.parts.push_back({0, search.members.size(), 0, 0});
-    dividePart(search, 0);
+    dividePart(model, search, 0);
     for (const int32_t start : search.order) {
         if (search.at(start).distance >= search.best.length) {
             break;
@@ -331,23 +332,23 @@ static const char* findFirstLoop(Search& search) {
             continue;
         }
         const int64_t visits = search.visits;
-        tryLasso(search, start);
+        tryLasso(model, search, start);
         search.at(start).part = NONE;
         Part& searched = search.parts[part];
         searched.spent += search.visits - visits;
         if (searched.spent >= searched.cost) {
-            dividePart(search, part);
+            dividePart(model, search, part);
         }
     }
-    return nameClosing(search);
+    return nameClosing(model, search);
 }
 
-LoopCheck loops_check() {
+LoopCheck loops_check(Model& model) {
     Search search;
-    search.stops.resize(Nodes.size());
-    discoverFromHeads(search);
+    search.stops.resize(model.nodes.size());
+    discoverFromHeads(model, search);
     int32_t counted = 0;
-    const int64_t pathCount = countPaths(search, counted);
-    const char* loopName = counted < search.order.size() ? findFirstLoop(search) : nullptr;
+    const int64_t pathCount = countPaths(model, search, counted);
+    const char* loopName = counted < search.order.size() ? findFirstLoop(model, search) : nullptr;
     return {loopName, pathCount, search.visits};
 }

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+struct Model;
+
 /// What a walk over all paths from the heads of the network would find.
 struct LoopCheck {
     const char* loopName;  ///< the link or node that closes a path into a circle, of the first such path; null if none
@@ -10,4 +12,4 @@ struct LoopCheck {
     int64_t visits;        ///< edges looked at
 };
 
-[[nodiscard]] LoopCheck loops_check();
+[[nodiscard]] LoopCheck loops_check(Model& model);

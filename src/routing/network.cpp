@@ -9,123 +9,121 @@
 
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
 #include "model/topology.h"
 #include "routing/loops.h"
 #include "routing/nodekinds.h"
 
-int32_t* SortedNodes = nullptr;
-int64_t NetworkVisitCount = 0;
-
 // --- rules of connection -------------------------------------------------------------------------------------------
 
 /// Marks the nodes that nothing flows into. Of the links that end at a node only the first in the table is looked at:
 /// behind a lagged first link others don't hold the node back.
-static void markHeads() {
-    Table<uint8_t> hasUpstream = table_make(Nodes.size(), uint8_t{0});
+static void markHeads(Model& model) {
+    Table<uint8_t> hasUpstream = table_make(model.nodes.size(), uint8_t{0});
     int32_t targets[2];
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        const int32_t count = nodekinds_getDirectTargets(k, targets);
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        const int32_t count = nodekinds_getDirectTargets(model, k, targets);
         for (int32_t t = 0; t < count; ++t) {
             hasUpstream[targets[t]] = 1;
         }
     }
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        const LinkList incoming = topology_getIncoming(k);
-        const bool isHeld = incoming.count > 0 && !Links[incoming.first[0]].isLagged;
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        const LinkList incoming = topology_getIncoming(model, k);
+        const bool isHeld = incoming.count > 0 && !model.links[incoming.first[0]].isLagged;
         if (!hasUpstream[k] && !isHeld) {
-            Nodes[k].isHead = true;
+            model.nodes[k].isHead = true;
         }
     }
 }
 
 /// Row of a node by its name, as the rules below ask for it; the error if the name isn't known.
-static int32_t findByName(const Node& node) {
-    const int32_t index = names_find(NODE, node.id);
+static int32_t findByName(Model& model, const Node& node) {
+    const int32_t index = names_find(model, NODE, node.id);
     if (index < 0) {
-        errors_report(ERR_UNDEFINED_OBJECT, node.id);
+        errors_report(model, ERR_UNDEFINED_OBJECT, node.id);
     }
     return index;
 }
 
-static void checkMissingOutlets() {
-    for (const Node& node : Nodes) {
+static void checkMissingOutlets(Model& model) {
+    for (const Node& node : model.nodes) {
         const OutletRule rule = nodekinds_getOutletRule(node.kind);
         if (rule == OUTLETS_ONE || rule == OUTLETS_SOME) {
-            const int32_t index = findByName(node);
-            if (index < 0 || topology_getOutgoing(index).count == 0) {
-                errors_report(ERR_NO_OUTLET, node.id);
+            const int32_t index = findByName(model, node);
+            if (index < 0 || topology_getOutgoing(model, index).count == 0) {
+                errors_report(model, ERR_NO_OUTLET, node.id);
             }
         }
     }
 }
 
-static void checkSurplusOutlets() {
-    for (const Node& node : Nodes) {
+static void checkSurplusOutlets(Model& model) {
+    for (const Node& node : model.nodes) {
         if (nodekinds_getOutletRule(node.kind) == OUTLETS_ONE) {
-            const int32_t index = findByName(node);
-            for (int32_t k = 1; index >= 0 && k < topology_getOutgoing(index).count; ++k) {
-                errors_report(ERR_MULTIPLE_OUTLETS, node.id);
+            const int32_t index = findByName(model, node);
+            for (int32_t k = 1; index >= 0 && k < topology_getOutgoing(model, index).count; ++k) {
+                errors_report(model, ERR_MULTIPLE_OUTLETS, node.id);
             }
         }
     }
 }
 
-static void checkOutfallOutlets() {
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (nodekinds_getOutletRule(Nodes[k].kind) == OUTLETS_NONE) {
-            for (int32_t count = topology_getOutgoing(k).count; count > 0; --count) {
-                errors_report(ERR_OUTFALL_OUTLET, Nodes[k].id);
+static void checkOutfallOutlets(Model& model) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        if (nodekinds_getOutletRule(model.nodes[k].kind) == OUTLETS_NONE) {
+            for (int32_t count = topology_getOutgoing(model, k).count; count > 0; --count) {
+                errors_report(model, ERR_OUTFALL_OUTLET, model.nodes[k].id);
             }
         }
     }
 }
 
-static void checkTankOutlets() {
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (nodekinds_getOutletRule(Nodes[k].kind) != OUTLETS_OF_TANK) {
+static void checkTankOutlets(Model& model) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        if (nodekinds_getOutletRule(model.nodes[k].kind) != OUTLETS_OF_TANK) {
             continue;
         }
-        for (const int32_t link : topology_getOutgoing(k)) {
-            const int32_t kind = Links[link].kind;
+        for (const int32_t link : topology_getOutgoing(model, k)) {
+            const int32_t kind = model.links[link].kind;
             if (kind != PUMP && kind != WEIR && kind != ORIFICE) {
-                errors_report(ERR_TANK_LINK, Nodes[k].id);
+                errors_report(model, ERR_TANK_LINK, model.nodes[k].id);
             }
         }
     }
 }
 
-void network_validate() {
-    markHeads();
-    checkMissingOutlets();
-    checkSurplusOutlets();
-    checkOutfallOutlets();
-    checkTankOutlets();
-    network_checkCycles();
+void network_validate(Model& model) {
+    markHeads(model);
+    checkMissingOutlets(model);
+    checkSurplusOutlets(model);
+    checkOutfallOutlets(model);
+    checkTankOutlets(model);
+    network_checkCycles(model);
 }
 
 /// The search, which the checks after it survive if there is no memory for it.
-static std::optional<LoopCheck> checkLoops() {
+static std::optional<LoopCheck> checkLoops(Model& model) {
     try {
-        return loops_check();
+        return loops_check(model);
     } catch (const std::bad_alloc&) {
         return std::nullopt;
     }
 }
 
-void network_checkCycles() {
-    const std::optional<LoopCheck> search = checkLoops();
+void network_checkCycles(Model& model) {
+    const std::optional<LoopCheck> search = checkLoops(model);
     if (!search) {
-        errors_report(ERR_MEMORY, "");
+        errors_report(model, ERR_MEMORY, "");
         return;
     }
     const LoopCheck& check = *search;
-    NetworkVisitCount = check.visits;
+    model.visitCount = check.visits;
     if (check.loopName) {
-        errors_report(ERR_CYCLIC_LOOP, check.loopName);
-    } else if (check.pathCount < static_cast<int64_t>(Nodes.size())) {
-        errors_report(ERR_UNREACHED_NODES, "");
+        errors_report(model, ERR_CYCLIC_LOOP, check.loopName);
+    } else if (check.pathCount < static_cast<int64_t>(model.nodes.size())) {
+        errors_report(model, ERR_UNREACHED_NODES, "");
     }
 }
 
@@ -137,16 +135,16 @@ struct ReleaseCount {
     int32_t visited;
 };
 
-static Table<ReleaseCount> countUpstream() {
-    Table<ReleaseCount> counts = table_make(Nodes.size(), ReleaseCount{});
+static Table<ReleaseCount> countUpstream(Model& model) {
+    Table<ReleaseCount> counts = table_make(model.nodes.size(), ReleaseCount{});
     int32_t targets[2];
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        const int32_t count = nodekinds_getDirectTargets(k, targets);
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        const int32_t count = nodekinds_getDirectTargets(model, k, targets);
         for (int32_t t = 0; t < count; ++t) {
             ++counts[targets[t]].upstream;
         }
     }
-    for (const Link& link : Links) {
+    for (const Link& link : model.links) {
         if (!link.isLagged) {
             ++counts[link.toNode].upstream;
         }
@@ -154,24 +152,24 @@ static Table<ReleaseCount> countUpstream() {
     return counts;
 }
 
-void network_sortNodes() {
-    Table<ReleaseCount> counts = countUpstream();
-    Table<uint8_t> isPlaced = table_make(Nodes.size(), uint8_t{0});
+void network_sortNodes(Model& model) {
+    Table<ReleaseCount> counts = countUpstream(model);
+    Table<uint8_t> isPlaced = table_make(model.nodes.size(), uint8_t{0});
     int32_t placed = 0;
     const auto place = [&](int32_t node) {
         isPlaced[node] = 1;
-        SortedNodes[placed++] = node;
+        model.sortedNodes[placed++] = node;
     };
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].isHead) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        if (model.nodes[k].isHead) {
             place(k);
         }
     }
     // The list of placed nodes is the queue as well: what stands behind `next` still waits for its turn.
     for (int32_t next = 0; next < placed; ++next) {
-        const int32_t node = SortedNodes[next];
+        const int32_t node = model.sortedNodes[next];
         int32_t targets[2];
-        const int32_t targetCount = nodekinds_getDirectEdges(node, targets);
+        const int32_t targetCount = nodekinds_getDirectEdges(model, node, targets);
         for (int32_t t = 0; t < targetCount; ++t) {
             // A reactor that empties to its surpass node counts it twice here, though the node waits for it once, so it
             // may release the node too early.
@@ -180,9 +178,9 @@ void network_sortNodes() {
                 place(targets[t]);
             }
         }
-        for (const int32_t link : topology_getOutgoing(node)) {
+        for (const int32_t link : topology_getOutgoing(model, node)) {
             // A lagged link counts here, though nobody waits for it, so it may release its target too early.
-            const int32_t to = Links[link].toNode;
+            const int32_t to = model.links[link].toNode;
             ReleaseCount& count = counts[to];
             if (!isPlaced[to] && ++count.visited >= count.upstream) {
                 place(to);

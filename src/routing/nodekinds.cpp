@@ -7,6 +7,7 @@
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/statistics.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
@@ -18,16 +19,16 @@
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
-int32_t nodekinds_readLine(const Tokens& tokens, int32_t kind, int32_t node, int32_t kindIndex) {
+int32_t nodekinds_readLine(Model& model, const Tokens& tokens, int32_t kind, int32_t node, int32_t kindIndex) {
     switch (kind) {
         case JUNCTION:
-        case OUTFALL: return node_readPlain(tokens, node, kind, kindIndex);
-        case TANK: return tank_readLine(tokens, node, kindIndex);
-        case SPLITTER: return splitter_readLine(tokens, node, kindIndex);
-        case REACTOR: return reactor_readLine(tokens, node, kindIndex);
-        case LID_MONO: return lidmono_readLine(tokens, node, kindIndex);
-        case SWMM: return swmm_readLine(tokens, node, kindIndex);
-        case VORN: return vorn_readLine(tokens, node, kindIndex);
+        case OUTFALL: return node_readPlain(model, tokens, node, kind, kindIndex);
+        case TANK: return tank_readLine(model, tokens, node, kindIndex);
+        case SPLITTER: return splitter_readLine(model, tokens, node, kindIndex);
+        case REACTOR: return reactor_readLine(model, tokens, node, kindIndex);
+        case LID_MONO: return lidmono_readLine(model, tokens, node, kindIndex);
+        case SWMM: return swmm_readLine(model, tokens, node, kindIndex);
+        case VORN: return vorn_readLine(model, tokens, node, kindIndex);
         default: return ERR_NONE;
     }
 }
@@ -40,30 +41,30 @@ const char* const* nodekinds_getRecordWords(int32_t kind) {
     }
 }
 
-Decay* nodekinds_findDecay(const Node& node) {
+Decay* nodekinds_findDecay(Model& model, const Node& node) {
     switch (node.kind) {
-        case TANK: return Tanks[node.kindIndex].decay;
+        case TANK: return model.tanks[node.kindIndex].decay;
         default: return nullptr;
     }
 }
 
-double* nodekinds_findInitialQuality(const Node& node) {
+double* nodekinds_findInitialQuality(Model& model, const Node& node) {
     switch (node.kind) {
-        case TANK: return Tanks[node.kindIndex].initQual;
-        case REACTOR: return Reactors[node.kindIndex].initQual;
+        case TANK: return model.tanks[node.kindIndex].initQual;
+        case REACTOR: return model.reactors[node.kindIndex].initQual;
         default: return nullptr;
     }
 }
 
-void nodekinds_validate(int32_t index) {
-    const Node& node = Nodes[index];
+void nodekinds_validate(Model& model, int32_t index) {
+    const Node& node = model.nodes[index];
     switch (node.kind) {
-        case TANK: tank_validate(node, Tanks[node.kindIndex]); break;
-        case SPLITTER: splitter_validate(index); break;
-        case REACTOR: reactor_validate(node, Reactors[node.kindIndex]); break;
-        case LID_MONO: lidmono_validate(index); break;
-        case SWMM: swmm_validate(index); break;
-        case VORN: vorn_validate(index); break;
+        case TANK: tank_validate(model, node, model.tanks[node.kindIndex]); break;
+        case SPLITTER: splitter_validate(model, index); break;
+        case REACTOR: reactor_validate(model, node, model.reactors[node.kindIndex]); break;
+        case LID_MONO: lidmono_validate(model, index); break;
+        case SWMM: swmm_validate(model, index); break;
+        case VORN: vorn_validate(model, index); break;
         default: break;
     }
 }
@@ -80,63 +81,63 @@ OutletRule nodekinds_getOutletRule(int32_t kind) {
     }
 }
 
-int32_t nodekinds_getDirectEdges(int32_t index, int32_t targets[2]) {
-    const Node& node = Nodes[index];
+int32_t nodekinds_getDirectEdges(Model& model, int32_t index, int32_t targets[2]) {
+    const Node& node = model.nodes[index];
     switch (node.kind) {
         case REACTOR: {
-            const Reactor& reactor = Reactors[node.kindIndex];
+            const Reactor& reactor = model.reactors[node.kindIndex];
             targets[0] = reactor.surpassNode;
             targets[1] = reactor.emptyingNode;
             return reactor.emptyingNode >= 0 ? 2 : 1;
         }
-        case LID_MONO: return lidmono_getDrainTarget(node.kindIndex, targets);
+        case LID_MONO: return lidmono_getDrainTarget(model, node.kindIndex, targets);
         default: return 0;
     }
 }
 
-int32_t nodekinds_getDirectTargets(int32_t node, int32_t targets[2]) {
-    const int32_t count = nodekinds_getDirectEdges(node, targets);
+int32_t nodekinds_getDirectTargets(Model& model, int32_t node, int32_t targets[2]) {
+    const int32_t count = nodekinds_getDirectEdges(model, node, targets);
     return count == 2 && targets[0] == targets[1] ? 1 : count;
 }
 
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
-void nodekinds_initState(int32_t index) {
-    Node& node = Nodes[index];
-    node_initState(node);
+void nodekinds_initState(Model& model, int32_t index) {
+    Node& node = model.nodes[index];
+    node_initState(model, node);
     switch (node.kind) {
-        case TANK: tank_initState(index); break;
-        case SPLITTER: splitter_initState(Splitters[node.kindIndex]); break;
-        case REACTOR: reactor_initState(Reactors[node.kindIndex]); break;
-        case LID_MONO: lidmono_init(index); break;
-        case SWMM: swmm_initState(index); break;
-        case VORN: vorn_initState(index); break;
+        case TANK: tank_initState(model, index); break;
+        case SPLITTER: splitter_initState(model.splitters[node.kindIndex]); break;
+        case REACTOR: reactor_initState(model, model.reactors[node.kindIndex]); break;
+        case LID_MONO: lidmono_init(model, index); break;
+        case SWMM: swmm_initState(model, index); break;
+        case VORN: vorn_initState(model, index); break;
         default: break;
     }
 }
 
-void nodekinds_endState(int32_t index) {
-    const Node& node = Nodes[index];
+void nodekinds_endState(Model& model, int32_t index) {
+    const Node& node = model.nodes[index];
     switch (node.kind) {
-        case TANK: tank_endState(Tanks[node.kindIndex]); break;
-        case REACTOR: reactor_endState(Reactors[node.kindIndex]); break;
-        case SWMM: swmm_endNode(index); break;
-        case VORN: vorn_endNode(index); break;
+        case TANK: tank_endState(model.tanks[node.kindIndex]); break;
+        case REACTOR: reactor_endState(model.reactors[node.kindIndex]); break;
+        case SWMM: swmm_endNode(model, index); break;
+        case VORN: vorn_endNode(model, index); break;
         default: break;
     }
 }
 
-static bool startEngine(int32_t node) {
-    switch (Nodes[node].kind) {
-        case SWMM: return swmm_startNode(node);
-        case VORN: return vorn_startNode(node);
+static bool startEngine(Model& model, int32_t node) {
+    switch (model.nodes[node].kind) {
+        case SWMM: return swmm_startNode(model, node);
+        case VORN: return vorn_startNode(model, node);
         default: return true;
     }
 }
 
-bool nodekinds_startEngines() {
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (!startEngine(k)) {
+bool nodekinds_startEngines(Model& model) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        if (!startEngine(model, k)) {
             return false;
         }
     }
@@ -145,23 +146,23 @@ bool nodekinds_startEngines() {
 
 // --- start of a step -----------------------------------------------------------------------------------------------
 
-static void shiftKindState(const Node& node) {
+static void shiftKindState(Model& model, const Node& node) {
     switch (node.kind) {
-        case TANK: tank_shiftState(Tanks[node.kindIndex]); break;
-        case SPLITTER: splitter_shiftState(Splitters[node.kindIndex]); break;
-        case REACTOR: reactor_shiftState(Reactors[node.kindIndex]); break;
-        case LID_MONO: lidmono_shiftState(node.kindIndex); break;
-        case SWMM: swmm_shiftInflows(node.kindIndex); break;
-        case VORN: vorn_shiftInflows(node.kindIndex); break;
+        case TANK: tank_shiftState(model.tanks[node.kindIndex]); break;
+        case SPLITTER: splitter_shiftState(model.splitters[node.kindIndex]); break;
+        case REACTOR: reactor_shiftState(model.reactors[node.kindIndex]); break;
+        case LID_MONO: lidmono_shiftState(model, node.kindIndex); break;
+        case SWMM: swmm_shiftInflows(model, node.kindIndex); break;
+        case VORN: vorn_shiftInflows(model, node.kindIndex); break;
         default: break;
     }
 }
 
-void nodekinds_shiftState(Node& node) {
+void nodekinds_shiftState(Model& model, Node& node) {
     if (node.kind != JUNCTION) {
-        shiftKindState(node);
+        shiftKindState(model, node);
     }
-    node_shiftQuality(node);
+    node_shiftQuality(model, node);
     // The flows of a node with an outside model are not rolled: what runs in beside the links piles up in newLatFlow
     // for the whole run, and nothing takes it out.
     if (!coupled_isKind(node.kind)) {
@@ -169,114 +170,114 @@ void nodekinds_shiftState(Node& node) {
     }
 }
 
-bool nodekinds_takeRunoff(const Node& node, int32_t subcatch, double flow) {
+bool nodekinds_takeRunoff(Model& model, const Node& node, int32_t subcatch, double flow) {
     switch (node.kind) {
-        case SWMM: swmm_takeRunoff(node.kindIndex, subcatch, flow); return true;
+        case SWMM: swmm_takeRunoff(model, node.kindIndex, subcatch, flow); return true;
         default: return false;
     }
 }
 
 // --- a node's turn -------------------------------------------------------------------------------------------------
 
-static void gatherInflows(Node& node, VisitLinkList incoming) {
+static void gatherInflows(Model& model, Node& node, VisitLinkList incoming) {
     for (const VisitLink& link : incoming) {
-        visits_fetchIncoming(link);
-        linkkinds_addDelivery(link, node);
+        visits_fetchIncoming(model, link);
+        linkkinds_addDelivery(model, link, node);
     }
     node.newInflow = node.newLatFlow + node.newUpstreamFlow;
 }
 
 /// Hands all outgoing links the same.
-static void offerToAll(VisitLinkList outgoing, const Offer& offer, double fireTime) {
+static void offerToAll(Model& model, VisitLinkList outgoing, const Offer& offer, double fireTime) {
     for (const VisitLink& link : outgoing) {
-        visits_fetchOutgoing(link, fireTime);
-        linkkinds_update(link, offer, fireTime);
+        visits_fetchOutgoing(model, link, fireTime);
+        linkkinds_update(model, link, offer, fireTime);
     }
 }
 
-static void visitJunction(Node& node, VisitLinkList outgoing, double fireTime) {
-    node_mixInflow(node);
-    offerToAll(outgoing, {node.newInflow, node.newInflow, node.newQual}, fireTime);
+static void visitJunction(Model& model, Node& node, VisitLinkList outgoing, double fireTime) {
+    node_mixInflow(model, node);
+    offerToAll(model, outgoing, {node.newInflow, node.newInflow, node.newQual}, fireTime);
 }
 
-static void visitSplitter(Node& node, VisitLinkList outgoing, double fireTime) {
-    Splitter& splitter = Splitters[node.kindIndex];
+static void visitSplitter(Model& model, Node& node, VisitLinkList outgoing, double fireTime) {
+    Splitter& splitter = model.splitters[node.kindIndex];
     splitter_divide(splitter, node.newInflow);
-    node_mixInflow(node);
+    node_mixInflow(model, node);
     for (const VisitLink& link : outgoing) {
         const double flow = splitter_getFlow(splitter, node.newInflow, link.link);
-        visits_fetchOutgoing(link, fireTime);
-        linkkinds_update(link, {flow, flow, node.newQual}, fireTime);
+        visits_fetchOutgoing(model, link, fireTime);
+        linkkinds_update(model, link, {flow, flow, node.newQual}, fireTime);
     }
 }
 
-static void visitReactor(Node& node, VisitLinkList outgoing, double fireTime) {
-    Reactor& reactor = Reactors[node.kindIndex];
-    reactor_update(node, reactor);
-    offerToAll(outgoing, {reactor.newOutflow, reactor.newOutflow, node.newQual}, fireTime);
+static void visitReactor(Model& model, Node& node, VisitLinkList outgoing, double fireTime) {
+    Reactor& reactor = model.reactors[node.kindIndex];
+    reactor_update(model, node, reactor);
+    offerToAll(model, outgoing, {reactor.newOutflow, reactor.newOutflow, node.newQual}, fireTime);
 }
 
 /// Of a LID monomer's outflow the part over the surface alone carries the concentrations into a connection.
-static void visitLidMono(int32_t index, Node& node, VisitLinkList outgoing, double fireTime) {
-    lidmono_step(index);
-    const LidMono& mono = LidMonos[node.kindIndex];
-    offerToAll(outgoing, {lidmono_getOutflow(mono), mono.unit.thisSurfaceFlow, node.newQual}, fireTime);
+static void visitLidMono(Model& model, int32_t index, Node& node, VisitLinkList outgoing, double fireTime) {
+    lidmono_step(model, index);
+    const LidMono& mono = model.lidMonos[node.kindIndex];
+    offerToAll(model, outgoing, {lidmono_getOutflow(mono), mono.unit.thisSurfaceFlow, node.newQual}, fireTime);
 }
 
 /// A node with a model inside: `take` gets what each link delivers, `advance` brings the engine up to the clock.
 template <class Take, class Advance>
-static void visitModel(int32_t index, const OutsideNode& outside, const OutsideTotals& totals, VisitLinkList incoming,
-                       Take take, Advance advance) {
-    const int32_t row = Nodes[index].kindIndex;
+static void visitModel(Model& model, int32_t index, const OutsideNode& outside, const OutsideTotals& totals,
+                       VisitLinkList incoming, Take take, Advance advance) {
+    const int32_t row = model.nodes[index].kindIndex;
     for (const VisitLink& link : incoming) {
-        double* loads = outside_getLoads(outside);
-        const double flow = linkkinds_deliver(link.link, loads);
-        take(row, link.link, flow, loads);
+        double* loads = outside_getLoads(model, outside);
+        const double flow = linkkinds_deliver(model, link.link, loads);
+        take(model, row, link.link, flow, loads);
     }
-    advance(index);
-    linkkinds_feed(index, outside, totals);
+    advance(model, index);
+    linkkinds_feed(model, index, outside, totals);
 }
 
-static void visitSwmm(int32_t index, const Node& node, VisitLinkList incoming) {
-    const OutsideNode& outside = SwmmNodes[node.kindIndex].outside;
-    visitModel(index, outside, SWMM_TOTALS, incoming, swmm_takeInflow, swmm_advance);
+static void visitSwmm(Model& model, int32_t index, const Node& node, VisitLinkList incoming) {
+    const OutsideNode& outside = model.swmmNodes[node.kindIndex].outside;
+    visitModel(model, index, outside, SWMM_TOTALS, incoming, swmm_takeInflow, swmm_advance);
 }
 
-static void visitVorn(int32_t index, const Node& node, VisitLinkList incoming) {
-    const OutsideNode& outside = VornNodes[node.kindIndex].outside;
-    visitModel(index, outside, VORN_TOTALS, incoming, vorn_takeInflow, vorn_advance);
+static void visitVorn(Model& model, int32_t index, const Node& node, VisitLinkList incoming) {
+    const OutsideNode& outside = model.vornNodes[node.kindIndex].outside;
+    visitModel(model, index, outside, VORN_TOTALS, incoming, vorn_takeInflow, vorn_advance);
 }
 
-void nodekinds_visit(int32_t index, VisitLinkList incoming, VisitLinkList outgoing, double fireTime) {
-    Node& node = Nodes[index];
+void nodekinds_visit(Model& model, int32_t index, VisitLinkList incoming, VisitLinkList outgoing, double fireTime) {
+    Node& node = model.nodes[index];
     if (coupled_isKind(node.kind)) {
         node.newInflow = node.newLatFlow + node.newUpstreamFlow;
     } else {
-        gatherInflows(node, incoming);
+        gatherInflows(model, node, incoming);
     }
     switch (node.kind) {
-        case JUNCTION: visitJunction(node, outgoing, fireTime); break;
-        case TANK: tank_update(node, Tanks[node.kindIndex]); break;
-        case OUTFALL: node_mixInflow(node); break;
-        case SPLITTER: visitSplitter(node, outgoing, fireTime); break;
-        case REACTOR: visitReactor(node, outgoing, fireTime); break;
-        case LID_MONO: visitLidMono(index, node, outgoing, fireTime); break;
-        case SWMM: visitSwmm(index, node, incoming); break;
-        case VORN: visitVorn(index, node, incoming); break;
+        case JUNCTION: visitJunction(model, node, outgoing, fireTime); break;
+        case TANK: tank_update(model, node, model.tanks[node.kindIndex]); break;
+        case OUTFALL: node_mixInflow(model, node); break;
+        case SPLITTER: visitSplitter(model, node, outgoing, fireTime); break;
+        case REACTOR: visitReactor(model, node, outgoing, fireTime); break;
+        case LID_MONO: visitLidMono(model, index, node, outgoing, fireTime); break;
+        case SWMM: visitSwmm(model, index, node, incoming); break;
+        case VORN: visitVorn(model, index, node, incoming); break;
         default: break;
     }
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
-void nodekinds_countStep() {
-    for (const int32_t index : UncountedNodes) {
-        Node& node = Nodes[index];
-        statistics_countNode(node);
+void nodekinds_countStep(Model& model) {
+    for (const int32_t index : model.uncountedNodes) {
+        Node& node = model.nodes[index];
+        statistics_countNode(model, node);
         switch (node.kind) {
-            case TANK: tank_countStep(node, Tanks[node.kindIndex]); break;
-            case OUTFALL: outfall_countStep(node, Outfalls[node.kindIndex]); break;
-            case REACTOR: reactor_countStep(Reactors[node.kindIndex]); break;
+            case TANK: tank_countStep(model, node, model.tanks[node.kindIndex]); break;
+            case OUTFALL: outfall_countStep(model, node, model.outfalls[node.kindIndex]); break;
+            case REACTOR: reactor_countStep(model, model.reactors[node.kindIndex]); break;
             default: break;
         }
     }

@@ -9,20 +9,23 @@
 #include "routing/visits.h"
 #include "text/tokens.h"
 
+struct Model;
+
 /// A line of a node section, for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
-[[nodiscard]] int32_t nodekinds_readLine(const Tokens& tokens, int32_t kind, int32_t node, int32_t kindIndex);
+[[nodiscard]] int32_t nodekinds_readLine(Model& model, const Tokens& tokens, int32_t kind, int32_t node,
+                                         int32_t kindIndex);
 
 /// Words that begin the exchange records in the section of a kind with an outside model; null for all others.
 const char* const* nodekinds_getRecordWords(int32_t kind);
 
 /// The decay of a node that stores water, one record per pollutant; null for the other kinds.
-[[nodiscard]] Decay* nodekinds_findDecay(const Node& node);
+[[nodiscard]] Decay* nodekinds_findDecay(Model& model, const Node& node);
 
 /// The initial concentrations of a node that stores water, mg/L, one per pollutant; null for the other kinds.
-[[nodiscard]] double* nodekinds_findInitialQuality(const Node& node);
+[[nodiscard]] double* nodekinds_findInitialQuality(Model& model, const Node& node);
 
 /// Tests a node when all is read; writes what is wrong to the report.
-void nodekinds_validate(int32_t node);
+void nodekinds_validate(Model& model, int32_t node);
 
 /// What must hold of the links that start at a node of a kind.
 enum OutletRule : int32_t { OUTLETS_ANY, OUTLETS_NONE, OUTLETS_ONE, OUTLETS_SOME, OUTLETS_OF_TANK };
@@ -31,28 +34,28 @@ enum OutletRule : int32_t { OUTLETS_ANY, OUTLETS_NONE, OUTLETS_ONE, OUTLETS_SOME
 /// Nodes that a node discharges into without a link: those of a reactor's surplus and emptying, that of a LID monomer's
 /// drain. Fills `targets` as the order meets them, a reactor with one node for both naming it twice; gives their
 /// number.
-[[nodiscard]] int32_t nodekinds_getDirectEdges(int32_t node, int32_t targets[2]);
+[[nodiscard]] int32_t nodekinds_getDirectEdges(Model& model, int32_t node, int32_t targets[2]);
 
 /// The same, the different ones only.
-[[nodiscard]] int32_t nodekinds_getDirectTargets(int32_t node, int32_t targets[2]);
+[[nodiscard]] int32_t nodekinds_getDirectTargets(Model& model, int32_t node, int32_t targets[2]);
 
 /// Puts a node to time zero, and lets go of what it holds for the run.
-void nodekinds_initState(int32_t node);
-void nodekinds_endState(int32_t node);
+void nodekinds_initState(Model& model, int32_t node);
+void nodekinds_endState(Model& model, int32_t node);
 
 /// Starts the engines of all nodes that have one, in the order of the nodes. False at the first that fails; those
 /// after it are not started.
-[[nodiscard]] bool nodekinds_startEngines();
+[[nodiscard]] bool nodekinds_startEngines(Model& model);
 
 /// Rolls the state of a node from new to old at the start of a step and empties what the step will add up.
-void nodekinds_shiftState(Node& node);
+void nodekinds_shiftState(Model& model, Node& node);
 
 /// Takes the runoff of a subcatchment, m3/s. True if an outside model took it: the water is in no total of the network
 /// then.
-[[nodiscard]] bool nodekinds_takeRunoff(const Node& node, int32_t subcatch, double flow);
+[[nodiscard]] bool nodekinds_takeRunoff(Model& model, const Node& node, int32_t subcatch, double flow);
 
 /// A node's turn in a step: takes in what its links deliver, works out its outflow and hands it on.
-void nodekinds_visit(int32_t node, VisitLinkList incoming, VisitLinkList outgoing, double fireTime);
+void nodekinds_visit(Model& model, int32_t node, VisitLinkList incoming, VisitLinkList outgoing, double fireTime);
 
 /// Adds a step to the statistics and the totals of the nodes that no visit has counted.
-void nodekinds_countStep();
+void nodekinds_countStep(Model& model);

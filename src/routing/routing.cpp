@@ -10,6 +10,7 @@
 #include "links/link.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/model.h"
 #include "model/project.h"
 #include "model/statistics.h"
 #include "nodes/inflows.h"
@@ -23,95 +24,96 @@
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
-void routing_open() {
-    if (!nodekinds_startEngines()) {
+void routing_open(Model& model) {
+    if (!nodekinds_startEngines(model)) {
         return;
     }
-    linkkinds_openRun();
-    inflows_openRun();
-    rule_openRun();
-    SortedNodes = arena_allocateArray<int32_t>(RunArena, Nodes.size());
-    if (!SortedNodes) {
-        errors_report(ERR_MEMORY, "");
+    linkkinds_openRun(model);
+    inflows_openRun(model);
+    rule_openRun(model);
+    model.sortedNodes = arena_allocateArray<int32_t>(model.memory.run, model.nodes.size());
+    if (!model.sortedNodes) {
+        errors_report(model, ERR_MEMORY, "");
         return;
     }
-    network_sortNodes();
-    visits_open();
+    network_sortNodes(model);
+    visits_open(model);
 }
 
-void routing_close() {
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        nodekinds_endState(k);
+void routing_close(Model& model) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        nodekinds_endState(model, k);
     }
-    for (const Link& link : Links) {
-        linkkinds_endState(link);
+    for (const Link& link : model.links) {
+        linkkinds_endState(model, link);
     }
-    SortedNodes = nullptr;
-    visits_close();
-    arena_release(RunArena);
+    model.sortedNodes = nullptr;
+    visits_close(model);
+    arena_release(model.memory.run);
 }
 
-bool routing_isReady() {
-    return SortedNodes != nullptr;
+bool routing_isReady(Model& model) {
+    return model.sortedNodes != nullptr;
 }
 
 // --- clock ---------------------------------------------------------------------------------------------------------
 
-void routing_resetClock() {
-    OldRoutingTime = NewRoutingTime = 0.0;
+void routing_resetClock(Model& model) {
+    model.clock.oldRoutingTime = model.clock.newRoutingTime = 0.0;
 }
 
-void routing_cutClock(double time) {
-    NewRoutingTime = time;
+void routing_cutClock(Model& model, double time) {
+    model.clock.newRoutingTime = time;
 }
 
 // --- the step ------------------------------------------------------------------------------------------------------
 
-static void shiftNodes() {
-    for (Node& node : Nodes) {
-        nodekinds_shiftState(node);
+static void shiftNodes(Model& model) {
+    for (Node& node : model.nodes) {
+        nodekinds_shiftState(model, node);
     }
 }
 
-static void visitNodes(double fireTime) {
-    for (int32_t k = 0; k < Visits.size(); ++k) {
-        visits_fetchAhead(k);
-        const Visit& visit = Visits[k];
-        nodekinds_visit(visit.node, visits_getIncoming(visit), visits_getOutgoing(visit), fireTime);
+static void visitNodes(Model& model, double fireTime) {
+    for (int32_t k = 0; k < model.visits.size(); ++k) {
+        visits_fetchAhead(model, k);
+        const Visit& visit = model.visits[k];
+        nodekinds_visit(model, visit.node, visits_getIncoming(model, visit), visits_getOutgoing(model, visit),
+                        fireTime);
         if (visit.isCounted) {
-            statistics_countNode(Nodes[visit.node]);
+            statistics_countNode(model, model.nodes[visit.node]);
         }
     }
 }
 
-void routing_step() {
-    linkkinds_setTargets();
-    rule_evaluate();
-    link_applyTargets();
+void routing_step(Model& model) {
+    linkkinds_setTargets(model);
+    rule_evaluate(model);
+    link_applyTargets(model);
 
-    const double oldTime = NewRoutingTime;
-    const double newTime = oldTime + RoutingStep * MS_PER_SECOND;
-    const double fireTime = TotalDuration < newTime ? TotalDuration : newTime;
-    linkkinds_shiftAll();
-    NewRoutingTime = newTime;
-    OldRoutingTime = oldTime;
-    shiftNodes();
+    const double oldTime = model.clock.newRoutingTime;
+    const double newTime = oldTime + model.options.routingStep * MS_PER_SECOND;
+    const double fireTime = model.options.totalDuration < newTime ? model.options.totalDuration : newTime;
+    linkkinds_shiftAll(model);
+    model.clock.newRoutingTime = newTime;
+    model.clock.oldRoutingTime = oldTime;
+    shiftNodes(model);
 
-    landinflows_addRunoff(oldTime);
-    landinflows_addDrains();
-    const DateTime date = project_getDate(newTime);
-    inflows_applyExternal(date);
-    inflows_applyDryWeather(date);
+    landinflows_addRunoff(model, oldTime);
+    landinflows_addDrains(model);
+    const DateTime date = project_getDate(model, newTime);
+    inflows_applyExternal(model, date);
+    inflows_applyDryWeather(model, date);
 
-    visitNodes(fireTime);
+    visitNodes(model, fireTime);
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
-void routing_countStep() {
-    for (Subcatch& subcatch : Subcatches) {
-        subcatch_countStep(subcatch, RoutingStep);
+void routing_countStep(Model& model) {
+    for (Subcatch& subcatch : model.subcatches) {
+        subcatch_countStep(model, subcatch, model.options.routingStep);
     }
-    linkkinds_countStep();
-    nodekinds_countStep();
+    linkkinds_countStep(model);
+    nodekinds_countStep(model);
 }

@@ -5,23 +5,25 @@
 //
 // The routing step: one pass of water and pollutants through the network.
 
+struct Model;
+
 /// Prepares a run: lists, clocks and sums, and the order of the nodes. A failure is the current error.
-void routing_open();
+void routing_open(Model& model);
 
 /// Lets go of what nodes and links hold for the run.
-void routing_close();
+void routing_close(Model& model);
 
 /// Whether routing_open has made what a step needs.
-[[nodiscard]] bool routing_isReady();
+[[nodiscard]] bool routing_isReady(Model& model);
 
 /// Puts the routing clock to the start of a run. Nobody but this room moves it.
-void routing_resetClock();
+void routing_resetClock(Model& model);
 
 /// The last step of a run is a whole one, but the clock stands at the end of the run after it.
-void routing_cutClock(double time);
+void routing_cutClock(Model& model, double time);
 
 /// Advances water and pollutants by one RoutingStep.
-void routing_step();
+void routing_step(Model& model);
 
 /// Adds the step to statistics and totals: subcatchments, then links, then nodes.
-void routing_countStep();
+void routing_countStep(Model& model);

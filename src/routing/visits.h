@@ -6,6 +6,8 @@
 
 #include "model/table.h"
 
+struct Model;
+
 /// A link as the order of visits knows it: kind and row are those of the link table, at hand without a look there.
 struct VisitLink {
     int32_t link;
@@ -31,22 +33,17 @@ struct Visit {
     int32_t firstOutgoing, outgoingCount;
 };
 
-extern Table<Visit> Visits;
-
-/// Links and nodes, in the order of their tables, of which no visit makes the statistics.
-extern Table<int32_t> UncountedLinks, UncountedNodes;
-
 /// Lists the visits of a run in the order of the nodes.
-void visits_open();
+void visits_open(Model& model);
 
 /// Forgets them.
-void visits_close();
+void visits_close(Model& model);
 
-[[nodiscard]] VisitLinkList visits_getIncoming(const Visit& visit);
-[[nodiscard]] VisitLinkList visits_getOutgoing(const Visit& visit);
+[[nodiscard]] VisitLinkList visits_getIncoming(Model& model, const Visit& visit);
+[[nodiscard]] VisitLinkList visits_getOutgoing(Model& model, const Visit& visit);
 
 /// Asks for the memory that visits soon behind this place will need; of the links, for what those soon behind this one
 /// will.
-void visits_fetchAhead(int32_t place);
-void visits_fetchIncoming(const VisitLink& link);
-void visits_fetchOutgoing(const VisitLink& link, double fireTime);
+void visits_fetchAhead(Model& model, int32_t place);
+void visits_fetchIncoming(Model& model, const VisitLink& link);
+void visits_fetchOutgoing(Model& model, const VisitLink& link, double fireTime);

@@ -11,8 +11,6 @@
 #include "text/tokens.h"
 #include "text/units.h"
 
-int32_t DateFormat = 0;
-
 static constexpr int32_t LAST_SECOND = 86399;  ///< of a day
 static constexpr int32_t MONTH_DAYS[2][12] = {{31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31},
                                               {31, 29, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31}};
@@ -194,18 +192,15 @@ static int32_t scanParts(const char* text, int32_t namePlace, int32_t parts[3]) 
 }
 
 bool datetime_parseDate(const char* text, DateTime* date) {
-    // Where year, month and day stand among the three parts, by DateFormat.
-    static constexpr int32_t PLACES[3][3] = {{0, 1, 2}, {2, 0, 1}, {2, 1, 0}};
     *date = NO_DATE;
     if (!std::strpbrk(text, "-/")) {
         return false;
     }
-    const int32_t* place = PLACES[DateFormat == 1 || DateFormat == 2 ? DateFormat : 0];
     int32_t parts[3];
-    if (scanParts(text, -1, parts) < 3 && scanParts(text, place[1], parts) < 3) {
+    if (scanParts(text, -1, parts) < 3 && scanParts(text, 1, parts) < 3) {
         return false;
     }
-    *date = datetime_encodeDate(parts[place[0]], parts[place[1]], parts[place[2]]);
+    *date = datetime_encodeDate(parts[0], parts[1], parts[2]);
     return *date != NO_DATE;
 }
 

@@ -7,9 +7,6 @@ using DateTime = double;
 
 constexpr DateTime NO_DATE = -693594.0;  ///< no date: year 1, month 1, day 0
 
-/// Order of the parts of a written date: 0 year/month/day, 1 month/day/year, 2 day/month/year.
-extern int32_t DateFormat;
-
 struct CalendarDate {
     int32_t year, month, day;
 };
@@ -35,7 +32,7 @@ void datetime_formatTime(DateTime date, char* text);
 /// Writes yyyy/mm/dd hh:mm:ss; a year below 1000 is padded with blanks.
 void datetime_formatDateTime(DateTime date, char* text);
 
-/// Reads a date in the order of DateFormat, with any character between its parts. False, with NO_DATE, for what is
+/// Reads a date as year, month and day, with any character between its parts. False, with NO_DATE, for what is
 /// none.
 [[nodiscard]] bool datetime_parseDate(const char* text, DateTime* date);
 

@@ -14,6 +14,7 @@
 #include "model/errors.h"
 #include "support/allkinds.h"
 #include "support/generate.h"
+#include "support/model.h"
 
 static int64_t RequestsLeft = -1;  ///< requests until one is refused; negative: none is
 static bool IsRefused = false;
@@ -117,7 +118,7 @@ static Outcome run(const Project& project, int64_t request) {
     IsRefused = false;
     RequestsLeft = request;
     note(project.open());
-    for (const Curve& curve : Curves) {
+    for (const Curve& curve : testModel().curves) {
         outcome.entries += curve.entries.size();
     }
     if (outcome.code == 0) {

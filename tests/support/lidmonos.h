@@ -9,6 +9,7 @@
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
 #include "support/lids.h"
+#include "support/model.h"
 
 /// One node M (a trench of 100 m2) with a connection to the outfall OUT, and an inflow of its own.
 class MonoTest : public ::testing::Test, protected Project {
@@ -35,13 +36,13 @@ protected:
         ASSERT_EQ(tarnvelde_start(0), 0);
     }
 
-    static LidMono& record() { return LidMonos[0]; }
-    static LidUnit& unit() { return LidMonos[0].unit; }
-    static Node& node() { return Nodes[findMono()]; }
+    static LidMono& record() { return testModel().lidMonos[0]; }
+    static LidUnit& unit() { return testModel().lidMonos[0].unit; }
+    static Node& node() { return testModel().nodes[findMono()]; }
 
     static int32_t findMono() {
-        for (int32_t k = 0; k < Nodes.size(); ++k) {
-            if (Nodes[k].kind == LID_MONO) {
+        for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
+            if (testModel().nodes[k].kind == LID_MONO) {
                 return k;
             }
         }
@@ -52,6 +53,6 @@ protected:
     static void stepWith(double flow, double load) {
         node().newInflow = flow;
         node().massInflow[0] = load;
-        lidmono_step(findMono());
+        lidmono_step(testModel(), findMono());
     }
 };

@@ -12,6 +12,7 @@
 #include "hydrology/lidunit.h"
 #include "model/decay.h"
 #include "model/project.h"
+#include "support/model.h"
 #include "support/tables.h"
 
 struct States {
@@ -102,7 +103,7 @@ protected:
     /// One step of the unit.
     void step(double dt, double inflow, double evap = 0.0) {
         begin(dt, inflow, evap);
-        const LidOutflow out = lidsolver_advance(fluxes);
+        const LidOutflow out = lidsolver_advance(testModel(), fluxes);
         evapRate = out.evap;
         infilRate = out.infil;
         drainRate = out.drain;

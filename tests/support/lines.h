@@ -5,8 +5,10 @@
 
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include "model/errors.h"
+#include "support/model.h"
 #include "text/tokens.h"
 
 inline Tokens TestTokens;  ///< the words of the line in hand
@@ -17,13 +19,17 @@ int32_t parseLine(const std::string& line, Parser parser) {
     static char buffer[8192];
     std::strcpy(buffer, line.c_str());
     TestTokens = tokens_split(buffer);
-    ErrorObjectName = "untouched";
-    return parser(TestTokens);
+    testModel().error.objectName = "untouched";
+    if constexpr (std::is_invocable_v<Parser, const Tokens&>) {
+        return parser(TestTokens);
+    } else {
+        return parser(testModel(), TestTokens);
+    }
 }
 
 /// Expects an error and the text that its message will show.
 template <class Parser>
 void expectLineError(const std::string& line, Parser parser, int32_t error, const std::string& name) {
     EXPECT_EQ(parseLine(line, parser), error) << line;
-    EXPECT_EQ(ErrorObjectName, name) << line;
+    EXPECT_EQ(testModel().error.objectName, name) << line;
 }

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/arena.h"
@@ -18,25 +19,29 @@
 #include "routing/loops.h"
 #include "routing/network.h"
 #include "routing/nodekinds.h"
+#include "support/model.h"
 #include "support/tables.h"
 
 class NetworkTest : public ::testing::Test, protected Tables {
 protected:
     void SetUp() override {
-        ReportFile = std::tmpfile();
-        ASSERT_NE(ReportFile, nullptr);
+        testModel().files.report = std::tmpfile();
+        ASSERT_NE(testModel().files.report, nullptr);
     }
-    void TearDown() override {
-        std::fclose(ReportFile);
-        ReportFile = nullptr;
+
+    /// Empties the tables; the report goes on.
+    static void clear() {
+        std::FILE* report = std::exchange(testModel().files.report, nullptr);
+        Tables::clear();
+        testModel().files.report = report;
     }
 };
 
 inline std::string readReport() {
-    std::fflush(ReportFile);
-    std::rewind(ReportFile);
+    std::fflush(testModel().files.report);
+    std::rewind(testModel().files.report);
     std::string text;
-    for (int c = std::fgetc(ReportFile); c != EOF; c = std::fgetc(ReportFile)) {
+    for (int c = std::fgetc(testModel().files.report); c != EOF; c = std::fgetc(testModel().files.report)) {
         text += static_cast<char>(c);
     }
     return text;
@@ -44,8 +49,8 @@ inline std::string readReport() {
 
 /// What the report holds after a validation of the tables as they are.
 inline std::string validate() {
-    topology_indexLinks();
-    network_validate();
+    topology_indexLinks(testModel());
+    network_validate(testModel());
     return readReport();
 }
 
@@ -60,8 +65,8 @@ inline std::string report(const std::vector<std::string>& messages) {
 
 inline std::vector<int32_t> heads() {
     std::vector<int32_t> indices;
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].isHead) {
+    for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
+        if (testModel().nodes[k].isHead) {
             indices.push_back(k);
         }
     }
@@ -69,10 +74,11 @@ inline std::vector<int32_t> heads() {
 }
 
 inline std::vector<int32_t> sort() {
-    arena_release(RunArena);
-    SortedNodes = arena_allocateArray<int32_t>(RunArena, static_cast<int64_t>(Nodes.size()));
-    network_sortNodes();
-    return {SortedNodes, SortedNodes + Nodes.size()};
+    arena_release(testModel().memory.run);
+    testModel().sortedNodes =
+        arena_allocateArray<int32_t>(testModel().memory.run, static_cast<int64_t>(testModel().nodes.size()));
+    network_sortNodes(testModel());
+    return {testModel().sortedNodes, testModel().sortedNodes + testModel().nodes.size()};
 }
 
 inline std::vector<int32_t> validateAndSort() {
@@ -82,7 +88,7 @@ inline std::vector<int32_t> validateAndSort() {
 
 inline LoopCheck checkLoops() {
     validate();
-    return loops_check();
+    return loops_check(testModel());
 }
 
 inline const char* const TOO_FEW = "ERROR 135: cannot span enough nodes, it may be resulted from loop network.";

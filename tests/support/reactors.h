@@ -11,6 +11,7 @@
 #include "nodes/node.h"
 #include "nodes/reactor.h"
 #include "routing/nodekinds.h"
+#include "support/model.h"
 #include "support/project.h"
 
 /// What a project of one reactor R says beside the network that all of them have: R overflows over a connection without
@@ -55,13 +56,13 @@ protected:
     /// One update of R with an inflow (m3/s) and its concentration (mg/L), apart from the rest of a step.
     static void update(double inflow, double concentration = 0.0) {
         for (const char* name : {"R", "SUR", "EMP"}) {
-            nodekinds_shiftState(node(name));
+            nodekinds_shiftState(testModel(), node(name));
         }
         node("R").newInflow = inflow;
-        if (project_pollutantCount() > 0) {
+        if (project_pollutantCount(testModel()) > 0) {
             node("R").massInflow[0] = inflow * concentration / 1000.0;
         }
-        reactor_update(node("R"), reactor());
+        reactor_update(testModel(), node("R"), reactor());
     }
 
     /// Expects the project to be refused with one message about a line.
@@ -70,7 +71,7 @@ protected:
         EXPECT_NE(readReport().find("\n  ERROR " + message), std::string::npos) << "wanted " << message << readReport();
     }
 
-    static Reactor& reactor() { return Reactors[0]; }
+    static Reactor& reactor() { return testModel().reactors[0]; }
 };
 
 inline ReactorProject withReactor(const std::string& line) {

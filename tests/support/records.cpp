@@ -13,51 +13,52 @@
 #include "nodes/reactor.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
+#include "support/model.h"
 #include "support/project.h"
 
 int32_t Records::findNode(const std::string& id) {
-    return names_find(NODE, id.c_str());
+    return names_find(testModel(), NODE, id.c_str());
 }
 
 int32_t Records::findLink(const std::string& id) {
-    return names_find(LINK, id.c_str());
+    return names_find(testModel(), LINK, id.c_str());
 }
 
 int32_t Records::findSubcatch(const std::string& id) {
-    return names_find(SUBCATCH, id.c_str());
+    return names_find(testModel(), SUBCATCH, id.c_str());
 }
 
 Node& Records::node(const std::string& id) {
-    return Nodes.at(findNode(id));
+    return testModel().nodes.at(findNode(id));
 }
 
 Reactor& Records::reactor(const std::string& id) {
-    return Reactors.at(node(id).kindIndex);
+    return testModel().reactors.at(node(id).kindIndex);
 }
 
 Splitter& Records::splitter(const std::string& id) {
-    return Splitters.at(node(id).kindIndex);
+    return testModel().splitters.at(node(id).kindIndex);
 }
 
 Tank& Records::tank(const std::string& id) {
-    return Tanks.at(node(id).kindIndex);
+    return testModel().tanks.at(node(id).kindIndex);
 }
 
 Link& Records::link(const std::string& id) {
-    return Links.at(findLink(id));
+    return testModel().links.at(findLink(id));
 }
 
 Conduit& Records::conduit(const std::string& id) {
-    return Conduits.at(link(id).kindIndex);
+    return testModel().conduits.at(link(id).kindIndex);
 }
 
 Pipe& Records::pipe(const std::string& id) {
-    return Pipes.at(link(id).kindIndex);
+    return testModel().pipes.at(link(id).kindIndex);
 }
 
 std::string Project::readReport() const {
-    if (ReportFile) {
-        std::fflush(ReportFile);
+    if (testModel().files.report) {
+        std::fflush(testModel().files.report);
     }
     return getReport();
 }

@@ -20,6 +20,7 @@
 #include "nodes/tank.h"
 #include "routing/linkkinds.h"
 #include "support/lines.h"
+#include "support/model.h"
 #include "support/tables.h"
 #include "text/tokens.h"
 
@@ -27,20 +28,27 @@
 inline int32_t read(const std::string& text) {
     static std::string line;
     line = text;
-    ErrorObjectName = "?";
+    testModel().error.objectName = "?";
     TestTokens = tokens_split(line.data());
     const int32_t clause = tokens_findKeyword(TestTokens[0], ClauseWords);
     if (clause == CLAUSE_RULE) {
-        names_add(RULE, TestTokens[1], Rules.size());
-        Rules.push_back(Rule{});
+        names_add(testModel(), RULE, TestTokens[1], testModel().rules.size());
+        testModel().rules.push_back(Rule{});
     }
-    return rulereader_readLine(TestTokens, Rules.size() - 1, clause);
+    return rulereader_readLine(testModel(), TestTokens, testModel().rules.size() - 1, clause);
+}
+
+/// An empty table of rules again.
+inline void forgetRules() {
+    testModel().rules = {};
+    *testModel().actionList = {};
+    testModel().clauseState = CLAUSE_PRIORITY;
 }
 
 /// Reads clauses that must all be good.
 inline void readAll(const std::vector<std::string>& clauses) {
     for (const std::string& clause : clauses) {
-        ASSERT_EQ(read(clause), ERR_NONE) << clause << ": " << ErrorObjectName;
+        ASSERT_EQ(read(clause), ERR_NONE) << clause << ": " << testModel().error.objectName;
     }
 }
 
@@ -80,22 +88,22 @@ protected:
         addLink("P2", PIPE);
         addLink("P3", PIPE);
         addName(GAGE, "G");
-        Splitters.fill(1, Splitter{});
-        SwmmNodes.resize(2);  // without libraries: every call is answered with a failure
-        Tanks.resize(1);
-        Conduits.resize(1);
-        Reactors.fill(1, Reactor{});
-        Reactors[0].volume = 200.0;
-        RoutingStep = 10;
-        NewRoutingTime = 0.0;
-        rule_createAll();
+        testModel().splitters.fill(1, Splitter{});
+        testModel().swmmNodes.resize(2);  // without libraries: every call is answered with a failure
+        testModel().tanks.resize(1);
+        testModel().conduits.resize(1);
+        testModel().reactors.fill(1, Reactor{});
+        testModel().reactors[0].volume = 200.0;
+        testModel().options.routingStep = 10;
+        testModel().clock.newRoutingTime = 0.0;
+        rule_createAll(testModel());
     }
 
     /// Begins the run and evaluates once.
     static int32_t evaluate() {
-        linkkinds_openRun();
-        rule_openRun();
-        return rule_evaluate();
+        linkkinds_openRun(testModel());
+        rule_openRun(testModel());
+        return rule_evaluate(testModel());
     }
 
     /// Whether a rule of these clauses is fulfilled. They may use J, SP, RE with inflows of 1, 2 and 3 m3/s.
@@ -103,8 +111,8 @@ protected:
         node("J").newInflow = 1.0;
         node("SP").newInflow = 2.0;
         node("RE").newInflow = 3.0;
-        rule_deleteAll();
-        rule_createAll();
+        forgetRules();
+        rule_createAll(testModel());
         readAll({"RULE R"});
         readAll(conditions);
         readAll({"THEN PIPE P SETTING = 0.25", "ELSE PIPE P SETTING = 0.75"});
@@ -116,11 +124,11 @@ protected:
     /// Expects a line to fail in the state after `before`, with a failure and the text that its message shows.
     static void expectRefused(const std::vector<std::string>& before, const std::string& line, int32_t error,
                               const std::string& name) {
-        rule_deleteAll();
-        rule_createAll();
+        forgetRules();
+        rule_createAll(testModel());
         readAll(before);
         EXPECT_EQ(read(line), error) << line;
-        EXPECT_EQ(ErrorObjectName, name) << line;
+        EXPECT_EQ(testModel().error.objectName, name) << line;
     }
 };
 

@@ -27,6 +27,7 @@
 #include "nodes/tank.h"
 #include "routing/linkkinds.h"
 #include "routing/network.h"
+#include "support/model.h"
 #include "tarnvelde.h"
 
 Tables::Tables() {
@@ -34,67 +35,29 @@ Tables::Tables() {
     clear();
 }
 
-static void clearNodes() {
-    Nodes.clear();
-    Splitters.clear();
-    Tanks.clear();
-    Reactors.clear();
-    LidMonos.clear();
-    SwmmNodes.clear();
-    std::fill(std::begin(NodeKindCount), std::end(NodeKindCount), 0);
-    SortedNodes = nullptr;
-    topology_clear();
-}
-
-static void clearLinks() {
-    Links.clear();
-    Conduits.clear();
-    Connections.clear();
-    Pipes.clear();
-    std::fill(std::begin(LinkKindCount), std::end(LinkKindCount), 0);
-    linkkinds_clearRun();
-}
-
 void Tables::clear() {
-    rule_deleteAll();
-    clearNodes();
-    clearLinks();
-    Subcatches.clear();
-    Gages.clear();
-    Lids.clear();
-    Patterns.clear();
-    curve_deleteAll();
-    timeseries_deleteAll();
-    Converters.clear();
-    HostInflows.clear();
-    names_clear();
-    std::fill(std::begin(ObjectCount), std::end(ObjectCount), 0);
-    for (Arena* arena : {&RunArena, &ResultArena, &ProjectArena}) {
-        arena_release(*arena);
-    }
-    ErrorCode = 0;
-    ErrorObjectName.clear();
+    defaultmodel_renew().error = {};
 }
 
 int32_t Tables::addName(int32_t type, const std::string& id) {
-    const int32_t index = ObjectCount[type]++;
-    names_add(type, id.c_str(), index);
+    const int32_t index = testModel().counts.objects[type]++;
+    names_add(testModel(), type, id.c_str(), index);
     return index;
 }
 
 int32_t Tables::addNode(const std::string& id, int32_t kind) {
     const int32_t index = addName(NODE, id);
     Node node{};
-    node.id = names_findId(NODE, id.c_str());
+    node.id = names_findId(testModel(), NODE, id.c_str());
     node.kind = kind;
-    node.kindIndex = kind < 0 ? 0 : NodeKindCount[kind]++;
-    Nodes.push_back(node);
+    node.kindIndex = kind < 0 ? 0 : testModel().counts.nodeKinds[kind]++;
+    testModel().nodes.push_back(node);
     return index;
 }
 
 void Tables::addNodes(std::initializer_list<int32_t> kinds) {
     for (const int32_t kind : kinds) {
-        addNode(std::string(1, static_cast<char>('A' + ObjectCount[NODE])), kind);
+        addNode(std::string(1, static_cast<char>('A' + testModel().counts.objects[NODE])), kind);
     }
 }
 
@@ -105,37 +68,37 @@ void Tables::addNodes(int32_t count) {
 }
 
 void Tables::makeReactor(int32_t node, int32_t surpass, int32_t emptying) {
-    Nodes[node].kind = REACTOR;
-    Nodes[node].kindIndex = Reactors.size();
+    testModel().nodes[node].kind = REACTOR;
+    testModel().nodes[node].kindIndex = testModel().reactors.size();
     Reactor reactor{};
     reactor.surpassNode = surpass;
     reactor.emptyingNode = emptying;
-    Reactors.push_back(reactor);
+    testModel().reactors.push_back(reactor);
 }
 
 void Tables::makeLidMono(int32_t node, int32_t drain) {
-    Nodes[node].kind = LID_MONO;
-    Nodes[node].kindIndex = LidMonos.size();
+    testModel().nodes[node].kind = LID_MONO;
+    testModel().nodes[node].kindIndex = testModel().lidMonos.size();
     LidMono mono{};
     mono.unit.drainNode = drain;
-    LidMonos.push_back(mono);
+    testModel().lidMonos.push_back(mono);
 }
 
 int32_t Tables::addLink(const std::string& id, int32_t kind) {
     const int32_t index = addName(LINK, id);
     Link link{};
-    link.id = names_findId(LINK, id.c_str());
+    link.id = names_findId(testModel(), LINK, id.c_str());
     link.kind = kind;
-    link.kindIndex = kind < 0 ? 0 : LinkKindCount[kind]++;
+    link.kindIndex = kind < 0 ? 0 : testModel().counts.linkKinds[kind]++;
     link.setting = link.targetSetting = 1.0;
-    Links.push_back(link);
+    testModel().links.push_back(link);
     return index;
 }
 
 int32_t Tables::addLink(const std::string& id, int32_t from, int32_t to, int32_t kind) {
     const int32_t index = addLink(id, kind);
-    Links.back().fromNode = from;
-    Links.back().toNode = to;
+    testModel().links.back().fromNode = from;
+    testModel().links.back().toNode = to;
     return index;
 }
 
@@ -143,6 +106,6 @@ void Tables::connect(std::initializer_list<const char*> links) {
     for (const std::string id : links) {
         const size_t first = id[0] == '~' ? 1 : 0;
         addLink(id, id[first] - 'A', id[first + 1] - 'A');
-        Links.back().isLagged = first == 1;
+        testModel().links.back().isLagged = first == 1;
     }
 }

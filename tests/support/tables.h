@@ -6,6 +6,7 @@
 #include <string>
 
 #include "model/project.h"
+#include "support/model.h"
 #include "support/records.h"
 
 /// The tables, empty before and after a test.
@@ -21,7 +22,7 @@ struct Tables : Records {
     /// Registers the next object of a class that has no record of its own here; its place.
     static int32_t addName(int32_t type, const std::string& id);
 
-    static void setPollutantCount(int32_t count) { ObjectCount[POLLUT] = count; }
+    static void setPollutantCount(int32_t count) { testModel().counts.objects[POLLUT] = count; }
 
     /// Registers a node and adds its record; a kind of -1 is that of a refused line.
     static int32_t addNode(const std::string& id, int32_t kind = JUNCTION);

@@ -13,6 +13,7 @@
 #include "model/arena.h"
 #include "model/project.h"
 #include "support/generate.h"
+#include "support/model.h"
 #include "support/project.h"
 #include "support/sanitizer.h"
 
@@ -100,10 +101,10 @@ TEST(Runs, LeaveMemoryAsItWas) {
             tarnvelde_end();
         }
         tarnvelde_close();
-        EXPECT_EQ(ProjectArena.taken, 0u);
-        EXPECT_EQ(ResultArena.taken, 0u);
-        EXPECT_EQ(RunArena.taken, 0u);
-        EXPECT_TRUE(Nodes.empty());
+        EXPECT_EQ(testModel().memory.project.taken, 0u);
+        EXPECT_EQ(testModel().memory.results.taken, 0u);
+        EXPECT_EQ(testModel().memory.run.taken, 0u);
+        EXPECT_TRUE(testModel().nodes.empty());
     }
 }
 

@@ -15,6 +15,7 @@
 #include "model/project.h"
 #include "project/reader.h"
 #include "support/child.h"
+#include "support/model.h"
 #include "support/process.h"
 #include "support/project.h"
 #include "support/tempfolder.h"
@@ -43,7 +44,7 @@ TEST(Opening, RefusesTwoEqualNames) {
         EXPECT_EQ(catchConsole([&, i = input, r = report, s = results] { code = tarnvelde_open(i, r, s); }),
                   "\n    Cannot use duplicate file names.");
         EXPECT_EQ(code, 301);
-        EXPECT_EQ(IsOpen, 0);
+        EXPECT_EQ(testModel().isOpen, 0);
         EXPECT_FALSE(std::filesystem::exists(project.report));
     }
 }
@@ -64,7 +65,7 @@ TEST(Opening, TellsThatTheInputFileIsMissing) {
     EXPECT_EQ(catchConsole([&] { code = tarnvelde_open(name.c_str(), project.report.c_str(), "r"); }),
               "\n    Cannot open input file " + name);
     EXPECT_EQ(code, 303);
-    EXPECT_EQ(IsOpen, 0);
+    EXPECT_EQ(testModel().isOpen, 0);
     EXPECT_FALSE(std::filesystem::exists(project.report));
     EXPECT_EQ(tarnvelde_open(project.folder.path.c_str(), project.report.c_str(), "r"), 303);  // a folder
     EXPECT_EQ(tarnvelde_open(nullptr, project.report.c_str(), "r"), 303);
@@ -78,10 +79,10 @@ TEST(Opening, TellsThatTheReportCantBeWritten) {
     EXPECT_EQ(catchConsole([&] { code = tarnvelde_open(project.input.c_str(), name.c_str(), "r"); }),
               "\n    Cannot open report file ");
     EXPECT_EQ(code, 305);
-    EXPECT_EQ(IsOpen, 0);
-    EXPECT_NE(InputFile.file, nullptr);  // left for the close
+    EXPECT_EQ(testModel().isOpen, 0);
+    EXPECT_NE(testModel().files.input.file, nullptr);  // left for the close
     tarnvelde_close();
-    EXPECT_EQ(InputFile.file, nullptr);
+    EXPECT_EQ(testModel().files.input.file, nullptr);
 }
 
 TEST(Opening, TellsThatAFileMayNotBeRead) {
@@ -106,14 +107,14 @@ TEST(Opening, TellsThatAFileMayNotBeRead) {
 TEST(Opening, TellsThatTheReportIsAFolder) {
     Project project(PROJECT);
     EXPECT_EQ(tarnvelde_open(project.input.c_str(), project.folder.path.c_str(), "r"), 305);
-    EXPECT_EQ(IsOpen, 0);
+    EXPECT_EQ(testModel().isOpen, 0);
 }
 
 TEST(Opening, SaysThatItReads) {
     Project project(PROJECT);
     EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.open(), 0); }), "\n  Retrieving project data");
-    EXPECT_EQ(IsOpen, 1);
-    EXPECT_EQ(IsStarted, 0);
+    EXPECT_EQ(testModel().isOpen, 1);
+    EXPECT_EQ(testModel().isStarted, 0);
     tarnvelde_close();
     EXPECT_EQ(readFile(project.report), BANNER);
 }
@@ -121,29 +122,29 @@ TEST(Opening, SaysThatItReads) {
 TEST(Opening, PutsTheDatabaseBesideTheInput) {
     Project project(PROJECT);
     project.open();
-    EXPECT_EQ(DbFileName, project.folder.file("model.db"));
-    EXPECT_EQ(InputFolder, project.folder.path.string() + "/");
+    EXPECT_EQ(testModel().files.databaseName, project.folder.file("model.db"));
+    EXPECT_EQ(testModel().files.inputFolder, project.folder.path.string() + "/");
 }
 
 TEST(Opening, NamesTheDatabaseAfterTheWholeInput) {
     const TempFolder folder;
     const std::string stem(300, 'x');  // more than a name may have, so it is cut before it is looked for
     EXPECT_EQ(tarnvelde_open(folder.file(stem + ".inp").c_str(), folder.file("r").c_str(), "b"), 303);
-    EXPECT_EQ(DbFileName, folder.file(stem + ".db"));
-    EXPECT_EQ(InputFileName, folder.file(stem).substr(0, 259));
+    EXPECT_EQ(testModel().files.databaseName, folder.file(stem + ".db"));
+    EXPECT_EQ(testModel().files.inputName, folder.file(stem).substr(0, 259));
 }
 
 TEST(Opening, WithErrorsLeavesTheProjectToTheClose) {
     Project project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
     EXPECT_EQ(project.open(), 200);
-    EXPECT_EQ(IsOpen, 1);
+    EXPECT_EQ(testModel().isOpen, 1);
     EXPECT_EQ(tarnvelde_start(0), 200);
-    EXPECT_EQ(IsStarted, 0);
+    EXPECT_EQ(testModel().isStarted, 0);
     EXPECT_EQ(tarnvelde_findObject(1, "A"), 0);
     EXPECT_EQ(tarnvelde_close(), 0);
-    EXPECT_EQ(IsOpen, 0);
+    EXPECT_EQ(testModel().isOpen, 0);
     EXPECT_EQ(tarnvelde_findObject(1, "A"), -1);
-    EXPECT_EQ(ProjectArena.taken, 0u);
+    EXPECT_EQ(testModel().memory.project.taken, 0u);
 }
 
 TEST(Opening, ForgetsTheErrorAndTheCountsOfTheProjectBefore) {
@@ -151,48 +152,48 @@ TEST(Opening, ForgetsTheErrorAndTheCountsOfTheProjectBefore) {
     EXPECT_EQ(bad.open(), 200);
     tarnvelde_close();
     EXPECT_EQ(tarnvelde_open("/no/such/file", bad.report.c_str(), "r"), 303);
-    EXPECT_EQ(ObjectCount[NODE], 0);
-    EXPECT_EQ(TotalDuration, 0.0);
+    EXPECT_EQ(testModel().counts.objects[NODE], 0);
+    EXPECT_EQ(testModel().options.totalDuration, 0.0);
     Project good(PROJECT);
     EXPECT_EQ(good.open(), 0);
-    EXPECT_EQ(ErrorCode, 0);
+    EXPECT_EQ(testModel().error.code, 0);
 }
 
 TEST(Opening, ForgetsKindsAndEndOfTheProjectBefore) {
     Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
-    EXPECT_EQ(NodeKindCount[OUTFALL], 1);
-    EXPECT_EQ(LinkKindCount[CONNECTION], 1);
-    EXPECT_EQ(EndDateTime, 44256.0 + 600.0 / 86400.0);
+    EXPECT_EQ(testModel().counts.nodeKinds[OUTFALL], 1);
+    EXPECT_EQ(testModel().counts.linkKinds[CONNECTION], 1);
+    EXPECT_EQ(testModel().options.endDateTime, 44256.0 + 600.0 / 86400.0);
     tarnvelde_close();
     EXPECT_EQ(tarnvelde_open("/no/such/file", project.report.c_str(), "r"), 303);
-    for (const int32_t count : NodeKindCount) {
+    for (const int32_t count : testModel().counts.nodeKinds) {
         EXPECT_EQ(count, 0);
     }
-    for (const int32_t count : LinkKindCount) {
+    for (const int32_t count : testModel().counts.linkKinds) {
         EXPECT_EQ(count, 0);
     }
-    EXPECT_EQ(EndDateTime, 0.0);
+    EXPECT_EQ(testModel().options.endDateTime, 0.0);
 }
 
 TEST(Opening, MakesNoArraysOfNodesWithoutPollutants) {
     Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
-    EXPECT_EQ(Nodes.at(0).massInflow, nullptr);
-    EXPECT_EQ(Nodes.at(0).oldQual, nullptr);
-    EXPECT_EQ(Nodes.at(0).newQual, nullptr);
-    EXPECT_NE(Links.at(0).oldQual, nullptr);
-    EXPECT_NE(Links.at(0).newQual, nullptr);
+    EXPECT_EQ(testModel().nodes.at(0).massInflow, nullptr);
+    EXPECT_EQ(testModel().nodes.at(0).oldQual, nullptr);
+    EXPECT_EQ(testModel().nodes.at(0).newQual, nullptr);
+    EXPECT_NE(testModel().links.at(0).oldQual, nullptr);
+    EXPECT_NE(testModel().links.at(0).newQual, nullptr);
 }
 
 TEST(Opening, TakesALoneOutfall) {
     Project project(getGeneral(10) + "[OUTFALLS]\nOUT\n");
     EXPECT_EQ(project.open(), 0);
-    EXPECT_EQ(Nodes.size(), 1);
-    EXPECT_TRUE(Links.empty());
-    EXPECT_GT(ProjectArena.taken, 0u);
+    EXPECT_EQ(testModel().nodes.size(), 1);
+    EXPECT_TRUE(testModel().links.empty());
+    EXPECT_GT(testModel().memory.project.taken, 0u);
     EXPECT_EQ(tarnvelde_close(), 0);
-    EXPECT_EQ(ProjectArena.taken, 0u);
+    EXPECT_EQ(testModel().memory.project.taken, 0u);
 }
 
 TEST(Opening, LetsGoOfAProjectThatIsStillOpen) {
@@ -201,10 +202,10 @@ TEST(Opening, LetsGoOfAProjectThatIsStillOpen) {
     EXPECT_EQ(tarnvelde_start(0), 0);
     double elapsed;
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
-    HostInflows.push_back({0, 0, 1.0});
+    testModel().requests.inflows.push_back({0, 0, 1.0});
     EXPECT_EQ(second.open(), 0);
-    EXPECT_EQ(IsStarted, 0);
-    EXPECT_TRUE(HostInflows.empty());
+    EXPECT_EQ(testModel().isStarted, 0);
+    EXPECT_TRUE(testModel().requests.inflows.empty());
     EXPECT_EQ(readFile(first.report), BANNER);
     EXPECT_EQ(first.run(), 0);
 }
@@ -213,13 +214,13 @@ TEST(Opening, LetsGoOfAProjectThatIsStillOpen) {
 
 TEST(States, AreAskedForByStartStepAndEnd) {
     EXPECT_EQ(tarnvelde_close(), 0);
-    ErrorCode = 0;
+    testModel().error.code = 0;
     double elapsed = 5.0;
     EXPECT_EQ(tarnvelde_step(&elapsed), 400);
     EXPECT_EQ(elapsed, 5.0);
     EXPECT_EQ(tarnvelde_end(), 400);
     EXPECT_EQ(tarnvelde_start(0), 400);
-    EXPECT_EQ(ErrorCode, ERR_NOT_OPEN);
+    EXPECT_EQ(testModel().error.code, ERR_NOT_OPEN);
     EXPECT_EQ(tarnvelde_report(), 400);
     EXPECT_EQ(tarnvelde_close(), 0);
     EXPECT_EQ(tarnvelde_close(), 0);
@@ -230,10 +231,10 @@ TEST(States, OneRefusedCallSticks) {
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(tarnvelde_start(0), 400);
-    EXPECT_EQ(IsStarted, 1);
+    EXPECT_EQ(testModel().isStarted, 1);
     EXPECT_EQ(catchConsole([] { EXPECT_EQ(tarnvelde_report(), 400); }), "");  // prints nothing from here on
     EXPECT_EQ(tarnvelde_end(), 400);
-    EXPECT_EQ(IsStarted, 0);
+    EXPECT_EQ(testModel().isStarted, 0);
     EXPECT_EQ(tarnvelde_start(0), 400);
     tarnvelde_close();
     EXPECT_EQ(project.getReport(), NOT_OPEN);
@@ -253,7 +254,7 @@ TEST(States, AnEndWithoutAStartDoesNothing) {
     Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_end(), 0);
-    EXPECT_EQ(IsOpen, 1);
+    EXPECT_EQ(testModel().isOpen, 1);
 }
 
 // --- steps ---------------------------------------------------------------------------------------------------------
@@ -269,19 +270,19 @@ TEST(Steps, EndExactlyWithTheRun) {
     EXPECT_EQ(elapsed, 480000.0 / 86400000.0);
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
     EXPECT_EQ(elapsed, 0.0);
-    EXPECT_EQ(NewRoutingTime, TotalDuration);
-    const double inflow = FlowTotals.dryWeatherInflow;
+    EXPECT_EQ(testModel().clock.newRoutingTime, testModel().options.totalDuration);
+    const double inflow = testModel().totals.flow.dryWeatherInflow;
     EXPECT_EQ(inflow, 3 * 240.0 * 0.25);  // the cut step counts in full
     EXPECT_EQ(project.node("A").statInflowVolume, 3 * 240.0 * 0.25);
     // A connection works with the end of the full step, which lies after the end of the run: what enters is late, and
     // what would leave is no longer due.
-    EXPECT_EQ(FlowTotals.delayedVolume, 240.0 * 0.25);
+    EXPECT_EQ(testModel().totals.flow.delayedVolume, 240.0 * 0.25);
     EXPECT_EQ(project.link("C").newFlow, 0.0);
     EXPECT_EQ(project.link("C").statFlowVolume, 2 * 240.0 * 0.25);
     EXPECT_EQ(project.node("OUT").statInflowVolume, 2 * 240.0 * 0.25);
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
     EXPECT_EQ(elapsed, 0.0);
-    EXPECT_EQ(FlowTotals.dryWeatherInflow, inflow);
+    EXPECT_EQ(testModel().totals.flow.dryWeatherInflow, inflow);
     EXPECT_EQ(tarnvelde_step(nullptr), 0);
 }
 
@@ -289,14 +290,14 @@ TEST(Steps, FreezeWithAnErrorWhenTheNextRunoffIsDue) {
     Project project(PROJECT);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(RunoffStep, 1);  // without land the start cuts it to a second
-    RunoffStep = 300;
+    EXPECT_EQ(testModel().options.runoffStep, 1);  // without land the start cuts it to a second
+    testModel().options.runoffStep = 300;
     double elapsed;
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
     EXPECT_EQ(tarnvelde_start(0), 400);
     for (int minute = 2; minute <= 10; ++minute) {
         EXPECT_EQ(tarnvelde_step(&elapsed), 400);
-        EXPECT_EQ(NewRoutingTime, std::min(minute, 5) * 60000.0);
+        EXPECT_EQ(testModel().clock.newRoutingTime, std::min(minute, 5) * 60000.0);
         EXPECT_EQ(elapsed, std::min(minute, 5) / 1440.0);
     }
 }
@@ -311,7 +312,7 @@ TEST(Steps, StandStillAfterAStartWithoutMemory) {
         double elapsed = -1.0;
         EXPECT_EQ(tarnvelde_step(&elapsed), 101);
         EXPECT_EQ(elapsed, 0.0);
-        EXPECT_EQ(NewRoutingTime, 0.0);
+        EXPECT_EQ(testModel().clock.newRoutingTime, 0.0);
     }
 }
 
@@ -320,7 +321,7 @@ TEST(Steps, OfManySecondsAreTakenInDouble) {
     Project project("[GENERAL]\nEND_DATE 2020/04/01\nROUTING_STEP 600\nRUNOFF_STEP 600\nREPORT_STEP 600\n" + DRAIN);
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(ReportTime, 2.16e9);
+    EXPECT_EQ(testModel().clock.reportTime, 2.16e9);
     double elapsed;
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
     EXPECT_EQ(elapsed, 25.0);
@@ -330,14 +331,14 @@ TEST(Steps, LoseASecondWhereTheDatesFallShort) {
     Project project(getGeneral(10) + DRAIN);
     EXPECT_EQ(project.open(), 0);
     const double end = 44256.0 + 600.0 / 86400.0;
-    EXPECT_EQ(TotalDuration, (end - 44256.0) * 86400.0 < 600.0 ? 599000.0 : 600000.0);
+    EXPECT_EQ(testModel().options.totalDuration, (end - 44256.0) * 86400.0 < 600.0 ? 599000.0 : 600000.0);
 }
 
 // --- report, end, close --------------------------------------------------------------------------------------------
 
 TEST(Reporting, SaysSoAlsoWithoutAProject) {
     tarnvelde_close();
-    ErrorCode = 0;
+    testModel().error.code = 0;
     EXPECT_EQ(catchConsole([] { EXPECT_EQ(tarnvelde_report(), 0); }), "\n  Writing output report");
 }
 
@@ -389,7 +390,7 @@ TEST(Running, ShowsItsProgress) {
     const std::string back(14, '\b');
     EXPECT_EQ(console, "\n  Retrieving project data\n  Simulating day: 0     hour:  0" + back + "0     hour: 1 " +
                            "\n  Simulation complete           \n  Writing output report");
-    EXPECT_EQ(IsOpen, 0);
+    EXPECT_EQ(testModel().isOpen, 0);
 }
 
 /// The progress lines of a run of `hours` hourly steps: day and hour are cut from the elapsed days as a double holds
@@ -434,21 +435,21 @@ TEST(Running, CutsDayAndHourOfItsProgress) {
 TEST(Running, GivesTheCodeOfAProjectWithErrors) {
     Project project(PROJECT + "[DWFS]\nX FLOW 1 \"\"\n");
     EXPECT_EQ(catchConsole([&] { EXPECT_EQ(project.run(), 200); }), "\n  Retrieving project data");
-    EXPECT_EQ(IsOpen, 0);
-    EXPECT_EQ(ProjectArena.taken, 0u);
+    EXPECT_EQ(testModel().isOpen, 0);
+    EXPECT_EQ(testModel().memory.project.taken, 0u);
 }
 
 TEST(Running, ForgetsThePlaceOfThePlantsEngineOnly) {
     Project project(PROJECT);
     tarnvelde_initVornDll("/x/", "/y/");
     tarnvelde_initSwmmDll("/s/", "/t/");
-    EXPECT_EQ(VornDllPath, "/x/");
-    EXPECT_EQ(VornTempDir, "/y/");
+    EXPECT_EQ(testModel().engines.vornLibrary, "/x/");
+    EXPECT_EQ(testModel().engines.vornFolder, "/y/");
     EXPECT_EQ(project.run(), 0);
-    EXPECT_EQ(VornDllPath, "");
-    EXPECT_EQ(VornTempDir, "");
-    EXPECT_EQ(SwmmDllPath, "/s/");
-    EXPECT_EQ(SwmmTempDir, "/t/");
+    EXPECT_EQ(testModel().engines.vornLibrary, "");
+    EXPECT_EQ(testModel().engines.vornFolder, "");
+    EXPECT_EQ(testModel().engines.swmmLibrary, "/s/");
+    EXPECT_EQ(testModel().engines.swmmFolder, "/t/");
     tarnvelde_initSwmmDll("", "");
 }
 
@@ -515,7 +516,7 @@ TEST(Reporting, WritesTheContinuityOfTheQualityOfRunoff) {
           "LID Removal      ", "Surface Washoff  ", "LID Drainage     ", "LID Final Storage", "Remaining Buildup"}) {
         expected += "\n  " + std::string(row) + "                     0.000";
     }
-    const double zero = NewRoutingTime * 0.0;
+    const double zero = testModel().clock.newRoutingTime * 0.0;
     char ratio[32];
     std::snprintf(ratio, sizeof ratio, "%16.3f", zero / zero);  // as the machine gives it
     expected += std::string("\n  Continuity Error (%)       ") + ratio + STARS + "           Volume";

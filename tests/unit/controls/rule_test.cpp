@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "model/arena.h"
+#include "support/model.h"
 #include "support/rules.h"
 
 // --- values of operands --------------------------------------------------------------------------------------------
@@ -22,8 +23,8 @@ static double valueOf(const std::string& operand) {
     TestTokens = tokens_split(line.data());
     RuleOperand read{};
     int32_t place = 0;
-    EXPECT_EQ(rulereader_readOperand(TestTokens, place, read), ERR_NONE) << operand;
-    return rule_operandValue(read);
+    EXPECT_EQ(rulereader_readOperand(testModel(), TestTokens, place, read), ERR_NONE) << operand;
+    return rule_operandValue(testModel(), read);
 }
 
 TEST_F(RuleTest, InflowIsThatOfTheNode) {
@@ -33,9 +34,9 @@ TEST_F(RuleTest, InflowIsThatOfTheNode) {
 }
 
 TEST_F(RuleTest, DepthIsThatOfTheTankOrOfTheConduit) {
-    Tanks[0].oldDepth = 0.5;
-    Tanks[0].newDepth = 0.75;
-    Conduits[0].depth = 0.25;
+    testModel().tanks[0].oldDepth = 0.5;
+    testModel().tanks[0].newDepth = 0.75;
+    testModel().conduits[0].depth = 0.25;
     EXPECT_EQ(valueOf("TANK T DEPTH"), 0.75);
     EXPECT_EQ(valueOf("CONDUIT CD DEPTH"), 0.25);
     EXPECT_TRUE(isTrue({"IF CONDUIT CD DEPTH < TANK T DEPTH"}));
@@ -81,23 +82,23 @@ TEST_F(RuleTest, RelationsCompareExactly) {
     } cases[] = {{"=", false, true, false}, {"<>", true, false, true}, {"<", true, false, false},
                  {"<=", true, true, false}, {">", false, false, true}, {">=", false, true, true}};
     for (const auto& c : cases) {
-        rule_deleteAll();
+        forgetRules();
         readAll({"RULE R", std::string("IF JUNCTION J INFLOW ") + c.relation + " 1"});
         node("J").newInflow = below;
-        EXPECT_EQ(rule_testPremise(*Rules[0].premises), c.isBelow) << c.relation;
+        EXPECT_EQ(rule_testPremise(testModel(), *testModel().rules[0].premises), c.isBelow) << c.relation;
         node("J").newInflow = 1.0;
-        EXPECT_EQ(rule_testPremise(*Rules[0].premises), c.isEqual) << c.relation;
+        EXPECT_EQ(rule_testPremise(testModel(), *testModel().rules[0].premises), c.isEqual) << c.relation;
         node("J").newInflow = above;
-        EXPECT_EQ(rule_testPremise(*Rules[0].premises), c.isAbove) << c.relation;
+        EXPECT_EQ(rule_testPremise(testModel(), *testModel().rules[0].premises), c.isAbove) << c.relation;
     }
 }
 
 TEST_F(RuleTest, NoNumberIsUnequalToEverythingAndNothingElse) {
     reactor("RE").volume = 0.0;
     for (const std::string relation : {"=", "<>", "<", "<=", ">", ">="}) {
-        rule_deleteAll();
+        forgetRules();
         readAll({"RULE R", "IF REACTOR RE FILL " + relation + " 0.5"});
-        EXPECT_EQ(rule_testPremise(*Rules[0].premises), relation == "<>") << relation;
+        EXPECT_EQ(rule_testPremise(testModel(), *testModel().rules[0].premises), relation == "<>") << relation;
     }
 }
 
@@ -213,7 +214,7 @@ TEST_F(RuleTest, ActionOfAnEarlierStepHoldsNoTarget) {
     EXPECT_EQ(evaluate(), 1);
     EXPECT_EQ(link("P").targetSetting, 0.25);
     node("J").newInflow = 1.0;  // R is false from now on
-    EXPECT_EQ(rule_evaluate(), 1);
+    EXPECT_EQ(rule_evaluate(testModel()), 1);
     EXPECT_EQ(link("P").targetSetting, 0.75);
 }
 
@@ -222,7 +223,7 @@ TEST_F(RuleTest, ActionOfAnEarlierStepHoldsNoTarget) {
 TEST_F(RuleTest, UnchangedValuesAreNoChanges) {
     readAll({"RULE R", Always, "THEN PIPE P STATUS = OPEN", "AND PIPE P2 SETTING = 0.5", "AND SPLITTER SP VALUE = 3"});
     EXPECT_EQ(evaluate(), 2);
-    EXPECT_EQ(rule_evaluate(), 0);
+    EXPECT_EQ(rule_evaluate(testModel()), 0);
 }
 
 TEST_F(RuleTest, PipesAndOrificesOpenAgainInTheStepInWhichNoRuleHoldsThem) {
@@ -230,14 +231,14 @@ TEST_F(RuleTest, PipesAndOrificesOpenAgainInTheStepInWhichNoRuleHoldsThem) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND WEIR W SETTING = 0.25",
              "AND ORIFICE OR SETTING = 0.25", "AND PIPE CN SETTING = 0.25", "AND PIPE CD SETTING = 0.25"});
     evaluate();
-    link_applyTargets();
+    link_applyTargets(testModel());
     for (const char* id : {"P", "W", "OR", "CN", "CD"}) {
         EXPECT_EQ(link(id).setting, 0.25) << id;
     }
     node("J").newInflow = 1.0;
-    linkkinds_setTargets();
-    EXPECT_EQ(rule_evaluate(), 0);
-    link_applyTargets();
+    linkkinds_setTargets(testModel());
+    EXPECT_EQ(rule_evaluate(testModel()), 0);
+    link_applyTargets(testModel());
     for (const char* id : {"P", "OR"}) {
         EXPECT_EQ(link(id).setting, 1.0) << id;
     }
@@ -251,7 +252,7 @@ TEST_F(RuleTest, LinkHeldByTheHostGetsATargetButNoSetting) {
     link("P").isHostSetting = 1;
     link("P").setting = 0.5;
     EXPECT_EQ(evaluate(), 1);
-    link_applyTargets();
+    link_applyTargets(testModel());
     EXPECT_EQ(link("P").targetSetting, 0.25);
     EXPECT_EQ(link("P").setting, 0.5);
 }
@@ -270,9 +271,9 @@ TEST_F(RuleTest, EmptyingOfAReactorStartsAndStops) {
     readAll({"RULE R", Always, "THEN REACTOR RE EMPTYING = YES", "ELSE REACTOR RE EMPTYING = NO"});
     EXPECT_EQ(evaluate(), 1);
     EXPECT_EQ(reactor("RE").isEmptying, 1);
-    EXPECT_EQ(rule_evaluate(), 0);
+    EXPECT_EQ(rule_evaluate(testModel()), 0);
     node("J").newInflow = 1.0;
-    EXPECT_EQ(rule_evaluate(), 1);
+    EXPECT_EQ(rule_evaluate(testModel()), 1);
     EXPECT_EQ(reactor("RE").isEmptying, 0);
 }
 
@@ -280,8 +281,8 @@ TEST_F(RuleTest, NumberGivenToAReactorIsCut) {
     readAll({"RULE R", Always, "THEN SPLITTER RE VALUE = 0.9"});
     EXPECT_EQ(evaluate(), 1);
     EXPECT_EQ(reactor("RE").isEmptying, 0);
-    EXPECT_EQ(rule_evaluate(), 1);  // 0.9 differs from 0 in every step
-    rule_deleteAll();
+    EXPECT_EQ(rule_evaluate(testModel()), 1);  // 0.9 differs from 0 in every step
+    forgetRules();
     readAll({"RULE R", Always, "THEN SPLITTER RE VALUE = 2.9"});
     EXPECT_EQ(evaluate(), 1);
     EXPECT_EQ(reactor("RE").isEmptying, 2);
@@ -295,7 +296,7 @@ TEST_F(RuleTest, TypeWordDoesNotDecideWhatIsSet) {
 
 TEST_F(RuleTest, LinkGetsTheValueOfANameThatIsANodeAsWell) {
     addNode("both", SPLITTER);
-    Splitters.push_back(Splitter{});
+    testModel().splitters.push_back(Splitter{});
     addLink("both", PIPE);
     readAll({"RULE R", Always, "THEN SPLITTER both VALUE = 3"});
     EXPECT_EQ(evaluate(), 1);
@@ -305,7 +306,7 @@ TEST_F(RuleTest, LinkGetsTheValueOfANameThatIsANodeAsWell) {
 
 TEST_F(RuleTest, NodeReadBeforeItsSectionIsLeftAlone) {
     addNode("later", -1);
-    Splitters.push_back(Splitter{});
+    testModel().splitters.push_back(Splitter{});
     readAll({"RULE R", Always, "THEN SPLITTER later VALUE = 3"});
     node("later").kind = SPLITTER;
     node("later").kindIndex = 1;
@@ -346,7 +347,7 @@ TEST_F(RuleTest, LinksInsideASwmmNodeAreTargetsOfTheirOwn) {
     readAll({"RULE R", Always, "THEN SWMM SW a SETTING = 1", "AND SWMM SW b SETTING = 1", "AND SWMM SW A SETTING = 1",
              "AND SWMM sw a SETTING = 1"});
     evaluate();
-    const std::vector<int32_t> targets = targetsOf(Rules[0]);
+    const std::vector<int32_t> targets = targetsOf(testModel().rules[0]);
     EXPECT_NE(targets[0], targets[1]);
     EXPECT_NE(targets[0], targets[2]);  // compared exactly
     EXPECT_NE(targets[1], targets[2]);
@@ -356,7 +357,7 @@ TEST_F(RuleTest, LinksInsideASwmmNodeAreTargetsOfTheirOwn) {
 TEST_F(RuleTest, MissingLinkOfASwmmNodeIsATargetOfItsOwn) {
     readAll({"RULE R", Always, "THEN SWMM SW a SETTING = 1", "AND PIPE SW SETTING = 1", "AND WEIR SW SETTING = 1"});
     evaluate();
-    const std::vector<int32_t> targets = targetsOf(Rules[0]);
+    const std::vector<int32_t> targets = targetsOf(testModel().rules[0]);
     EXPECT_NE(targets[0], targets[1]);
     EXPECT_EQ(targets[1], targets[2]);
 }
@@ -366,13 +367,13 @@ TEST_F(RuleTest, LinkNameMakesOneTargetWhateverTheLinkInsideIs) {
     addLink("both", PIPE);
     readAll({"RULE R", Always, "THEN SWMM both a SETTING = 1", "AND SWMM both b SETTING = 1"});
     evaluate();
-    const std::vector<int32_t> targets = targetsOf(Rules[0]);
+    const std::vector<int32_t> targets = targetsOf(testModel().rules[0]);
     EXPECT_EQ(targets[0], targets[1]);
 }
 
 TEST_F(RuleTest, TwoNodesAreTwoTargets) {
     addNode("SP2", SPLITTER);
-    Splitters.push_back(Splitter{});
+    testModel().splitters.push_back(Splitter{});
     readAll(
         {"RULE R", Always, "THEN SPLITTER SP VALUE = 1", "AND SPLITTER SP2 VALUE = 2", "AND SPLITTER sp VALUE = 3"});
     EXPECT_EQ(evaluate(), 2);
@@ -391,7 +392,7 @@ TEST_F(RuleTest, ThousandsOfRulesEachMoveTheirLink) {
     for (int32_t k = 0; k < count; ++k) {
         link("L" + std::to_string(k)).targetSetting = 1.0;
     }
-    EXPECT_EQ(rule_evaluate(), count);
+    EXPECT_EQ(rule_evaluate(testModel()), count);
 }
 
 TEST_F(RuleTest, SecondRunChoosesAsTheFirst) {
@@ -405,19 +406,19 @@ TEST_F(RuleTest, SecondRunChoosesAsTheFirst) {
 
 TEST_F(RuleTest, FailedAllocationOfTheListIsTheMemoryError) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25"});
-    linkkinds_openRun();
+    linkkinds_openRun(testModel());
     arena_failAfter(1);
-    rule_openRun();
+    rule_openRun(testModel());
     arena_failAfter(0);
-    EXPECT_EQ(ErrorCode, ERR_MEMORY);
-    EXPECT_EQ(rule_evaluate(), 0);
+    EXPECT_EQ(testModel().error.code, ERR_MEMORY);
+    EXPECT_EQ(rule_evaluate(testModel()), 0);
 }
 
 TEST_F(RuleTest, NothingOfADeletedProjectIsLeft) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25"});
     evaluate();
     link("P").targetSetting = 1.0;
-    rule_deleteAll();
-    EXPECT_EQ(rule_evaluate(), 0);
+    forgetRules();
+    EXPECT_EQ(rule_evaluate(testModel()), 0);
     EXPECT_EQ(link("P").targetSetting, 1.0);
 }

@@ -9,6 +9,7 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "support/lineerrors.h"
+#include "support/model.h"
 
 TEST(RuleLines, NeedARuleFirst) {
     expectRefused("[CONTROL_RULES]", "IF", "ERROR 203: too few items ");
@@ -78,10 +79,10 @@ TEST(RulesInAFile, ClausesBehindADuplicateRuleGoToTheLastGoodOne) {
     Project project(getNetwork(5) + RulesSection +
                     "RULE R\nIF JUNCTION J INFLOW > 1\nRULE r\nOR JUNCTION J INFLOW > 2\nTHEN SPLITTER SP VALUE = 1\n");
     EXPECT_EQ(project.open(), 200);
-    ASSERT_NE(Rules[0].premises, nullptr);
-    EXPECT_NE(Rules[0].premises->next, nullptr);
-    EXPECT_NE(Rules[0].thenActions, nullptr);
-    EXPECT_EQ(Rules[1].name, nullptr);
+    ASSERT_NE(testModel().rules[0].premises, nullptr);
+    EXPECT_NE(testModel().rules[0].premises->next, nullptr);
+    EXPECT_NE(testModel().rules[0].thenActions, nullptr);
+    EXPECT_EQ(testModel().rules[1].name, nullptr);
     tarnvelde_close();
     EXPECT_EQ(project.getReport(), ruleError("207: duplicate ID name r ", 3, "RULE r\n"));
 }
@@ -100,7 +101,7 @@ TEST(RulesInAFile, ConditionAheadOfItsObjectIsRefusedAndAnActionIsNot) {
 
 TEST(RulesInAFile, NextProjectBeginsWithoutRulesOfTheLast) {
     EXPECT_EQ(openProject(getNetwork(5) + RulesSection + "RULE R\nIF JUNCTION J INFLOW > 1\n").code, 0);
-    EXPECT_TRUE(Rules.empty());
+    EXPECT_TRUE(testModel().rules.empty());
     EXPECT_EQ(openProject(getNetwork(5) + RulesSection + "RULE R\nAND JUNCTION J INFLOW > 1\n").report,
               ruleError("215: control rule clause invalid or out of sequence ", 2, "AND JUNCTION J INFLOW > 1\n"));
 }

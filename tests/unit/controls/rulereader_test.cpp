@@ -9,17 +9,18 @@
 #include <vector>
 
 #include "model/arena.h"
+#include "support/model.h"
 #include "support/rules.h"
 
 // --- the state machine ---------------------------------------------------------------------------------------------
 
 TEST_F(RuleTest, FirstClauseOfAProjectMustBeRule) {
-    EXPECT_EQ(ClauseState, CLAUSE_PRIORITY);
-    Rules.push_back(Rule{});
+    EXPECT_EQ(testModel().clauseState, CLAUSE_PRIORITY);
+    testModel().rules.push_back(Rule{});
     for (const char* line : {"IF JUNCTION J INFLOW > 1", "AND JUNCTION J INFLOW > 1", "OR JUNCTION J INFLOW > 1",
                              "THEN PIPE P STATUS = OPEN", "ELSE PIPE P STATUS = OPEN", "PRIORITY 1"}) {
         EXPECT_EQ(read(line), ERR_RULE_CLAUSE) << line;
-        EXPECT_EQ(ErrorObjectName, "") << line;
+        EXPECT_EQ(testModel().error.objectName, "") << line;
     }
 }
 
@@ -27,10 +28,10 @@ TEST_F(RuleTest, AcceptsAllClausesInSequence) {
     readAll({"RULE R", "IF JUNCTION J INFLOW > 1", "AND JUNCTION J INFLOW > 2", "OR JUNCTION J INFLOW > 3",
              "THEN PIPE P STATUS = OPEN", "AND PIPE P2 STATUS = OPEN", "ELSE PIPE P STATUS = CLOSED",
              "AND PIPE P2 STATUS = CLOSED", "PRIORITY 2.5", "RULE S"});
-    EXPECT_STREQ(Rules[0].name, "R");
-    EXPECT_EQ(Rules[0].priority, 2.5);
-    EXPECT_STREQ(Rules[1].name, "S");
-    EXPECT_EQ(Rules[1].priority, 0.0);
+    EXPECT_STREQ(testModel().rules[0].name, "R");
+    EXPECT_EQ(testModel().rules[0].priority, 2.5);
+    EXPECT_STREQ(testModel().rules[1].name, "S");
+    EXPECT_EQ(testModel().rules[1].priority, 0.0);
 }
 
 TEST_F(RuleTest, ClauseWordsAreReadInAnyCase) {
@@ -62,8 +63,8 @@ TEST_F(RuleTest, ClausesOutOfSequenceAreRefused) {
 
 TEST_F(RuleTest, SurplusWordBehindRuleIsRefusedButTheRuleBegins) {
     EXPECT_EQ(read("RULE R more"), ERR_RULE_CLAUSE);
-    EXPECT_EQ(ErrorObjectName, "");
-    EXPECT_STREQ(Rules[0].name, "R");
+    EXPECT_EQ(testModel().error.objectName, "");
+    EXPECT_STREQ(testModel().rules[0].name, "R");
     readAll({"IF JUNCTION J INFLOW > 1"});
 }
 
@@ -77,7 +78,7 @@ TEST_F(RuleTest, BadThenStillOpensTheActions) {
     readAll(InAction);
     EXPECT_EQ(read("THEN PIPE nobody STATUS = OPEN"), ERR_UNDEFINED_OBJECT);
     readAll({"AND PIPE P STATUS = OPEN", "ELSE PIPE P STATUS = CLOSED"});
-    EXPECT_EQ(listActions(Rules[0].thenActions).size(), 1u);
+    EXPECT_EQ(listActions(testModel().rules[0].thenActions).size(), 1u);
 }
 
 TEST_F(RuleTest, BadElseStillOpensTheElsePart) {
@@ -85,37 +86,37 @@ TEST_F(RuleTest, BadElseStillOpensTheElsePart) {
     readAll({"THEN PIPE P STATUS = OPEN"});
     EXPECT_EQ(read("ELSE PIPE P STATUS = AJAR"), ERR_KEYWORD);
     readAll({"AND PIPE P STATUS = CLOSED"});
-    EXPECT_EQ(listActions(Rules[0].elseActions).size(), 1u);
+    EXPECT_EQ(listActions(testModel().rules[0].elseActions).size(), 1u);
 }
 
 TEST_F(RuleTest, PriorityIsReadBeforeSurplusWordsAreRefused) {
     readAll(InAction);
     readAll({"THEN PIPE P STATUS = OPEN"});
     EXPECT_EQ(read("PRIORITY x y"), ERR_NUMBER);
-    EXPECT_EQ(ErrorObjectName, "x");
-    EXPECT_EQ(ClauseState, CLAUSE_PRIORITY);
-    EXPECT_EQ(Rules[0].priority, 0.0);
+    EXPECT_EQ(testModel().error.objectName, "x");
+    EXPECT_EQ(testModel().clauseState, CLAUSE_PRIORITY);
+    EXPECT_EQ(testModel().rules[0].priority, 0.0);
 }
 
 TEST_F(RuleTest, SurplusWordBehindPriorityIsRefusedButThePriorityCounts) {
     readAll(InAction);
     readAll({"THEN PIPE P STATUS = OPEN"});
     EXPECT_EQ(read("PRIORITY -3 y"), ERR_RULE_CLAUSE);
-    EXPECT_EQ(ErrorObjectName, "");
-    EXPECT_EQ(Rules[0].priority, -3.0);
+    EXPECT_EQ(testModel().error.objectName, "");
+    EXPECT_EQ(testModel().rules[0].priority, -3.0);
 }
 
 TEST_F(RuleTest, ANewProjectBeginsInFrontOfTheFirstRule) {
     readAll({"RULE R"});
-    rule_createAll();
-    EXPECT_EQ(ClauseState, CLAUSE_PRIORITY);
+    rule_createAll(testModel());
+    EXPECT_EQ(testModel().clauseState, CLAUSE_PRIORITY);
 }
 
 // --- conditions ----------------------------------------------------------------------------------------------------
 
 TEST_F(RuleTest, AndIsKeptTwiceAmongConditions) {
     readAll({"RULE R", "IF JUNCTION J INFLOW > 1", "AND JUNCTION J INFLOW > 2", "OR JUNCTION J INFLOW > 3"});
-    const std::vector<const Premise*> list = listPremises(Rules[0]);
+    const std::vector<const Premise*> list = listPremises(testModel().rules[0]);
     ASSERT_EQ(list.size(), 4u);
     const int32_t logic[] = {LOGIC_AND, LOGIC_AND, LOGIC_OR, LOGIC_OR};
     const double values[] = {1.0, 2.0, 2.0, 3.0};
@@ -123,14 +124,14 @@ TEST_F(RuleTest, AndIsKeptTwiceAmongConditions) {
         EXPECT_EQ(list[k]->logic, logic[k]) << k;
         EXPECT_EQ(list[k]->value, values[k]) << k;
     }
-    EXPECT_EQ(Rules[0].lastPremise, list[3]);
+    EXPECT_EQ(testModel().rules[0].lastPremise, list[3]);
 }
 
 TEST_F(RuleTest, AndIsKeptOnceAmongActions) {
     readAll(InAction);
     readAll({"THEN PIPE P STATUS = OPEN", "AND PIPE P2 STATUS = OPEN"});
-    EXPECT_EQ(listActions(Rules[0].thenActions).size(), 2u);
-    EXPECT_EQ(listPremises(Rules[0]).size(), 1u);
+    EXPECT_EQ(listActions(testModel().rules[0].thenActions).size(), 2u);
+    EXPECT_EQ(listPremises(testModel().rules[0]).size(), 1u);
 }
 
 TEST_F(RuleTest, EachTypeOfConditionTakesItsAttributesOnly) {
@@ -149,7 +150,7 @@ TEST_F(RuleTest, EachTypeOfConditionTakesItsAttributesOnly) {
             std::string line = "IF ";
             line.append(type.object).append(" ").append(attribute).append(" = ").append(value);
             if (std::count(type.allowed.begin(), type.allowed.end(), attribute)) {
-                rule_deleteAll();
+                forgetRules();
                 readAll({"RULE R", line});
             } else {
                 expectRefused(InCondition, line, ERR_KEYWORD, attribute);
@@ -162,7 +163,7 @@ TEST_F(RuleTest, SwmmConditionTakesAnyAttribute) {
     for (const char* line :
          {"IF SWMM DEPTH = 1", "IF SWMM INFLOW = 1", "IF SWMM FLOW = 1", "IF SWMM STATUS = ON", "IF SWMM SETTING = 1",
           "IF SWMM EVENT = IN", "IF SWMM EMPTYING = 1", "IF SWMM FILL = 1", "IF SWMM VALUE = 1"}) {
-        rule_deleteAll();
+        forgetRules();
         readAll({"RULE R", line});
     }
     expectRefused(InCondition, "IF SWMM COLOUR = 1", ERR_KEYWORD, "COLOUR");
@@ -176,7 +177,7 @@ TEST_F(RuleTest, SwmmConditionReadsItsValueInTheWordsOfTheAttribute) {
 TEST_F(RuleTest, OperandKeepsObjectAndRowOfItsKind) {
     addNode("RE2", REACTOR);
     readAll({"RULE R", "IF REACTOR RE2 FILL > 0.5", "OR GAGE G EVENT = IN", "OR PUMP PU STATUS = ON"});
-    const std::vector<const Premise*> list = listPremises(Rules[0]);
+    const std::vector<const Premise*> list = listPremises(testModel().rules[0]);
     EXPECT_EQ(list[0]->left.node, findNode("RE2"));
     EXPECT_EQ(list[0]->left.reactor, 1);
     EXPECT_EQ(list[0]->left.junction, -1);
@@ -225,9 +226,9 @@ TEST_F(RuleTest, LineThatEndsAtItsValueIsTooShort) {
 TEST_F(RuleTest, RelationsAreMatchedAsTheyStand) {
     const char* relations[] = {"=", "<>", "<", "<=", ">", ">="};
     for (int32_t k = 0; k < 6; ++k) {
-        rule_deleteAll();
+        forgetRules();
         readAll({"RULE R", std::string("IF JUNCTION J INFLOW ") + relations[k] + " 1"});
-        EXPECT_EQ(Rules[0].premises->relation, k);
+        EXPECT_EQ(testModel().rules[0].premises->relation, k);
     }
     expectRefused(InCondition, "IF JUNCTION J INFLOW == 1", ERR_KEYWORD, "==");
     expectRefused(InCondition, "IF JUNCTION J INFLOW is 1", ERR_KEYWORD, "is");
@@ -236,7 +237,7 @@ TEST_F(RuleTest, RelationsAreMatchedAsTheyStand) {
 TEST_F(RuleTest, WordsOfStatusAndEventAreNumbers) {
     readAll({"RULE R", "IF PUMP PU STATUS = off", "OR PUMP PU STATUS = On", "OR GAGE G EVENT = OUT",
              "OR GAGE G EVENT = in"});
-    const std::vector<const Premise*> list = listPremises(Rules[0]);
+    const std::vector<const Premise*> list = listPremises(testModel().rules[0]);
     EXPECT_EQ(list[0]->value, 0.0);
     EXPECT_EQ(list[1]->value, 1.0);
     EXPECT_EQ(list[2]->value, 0.0);
@@ -245,7 +246,7 @@ TEST_F(RuleTest, WordsOfStatusAndEventAreNumbers) {
 
 TEST_F(RuleTest, RightSideCanBeAnObject) {
     readAll({"RULE R", "IF JUNCTION J INFLOW > REACTOR RE INFLOW"});
-    const Premise& premise = *Rules[0].premises;
+    const Premise& premise = *testModel().rules[0].premises;
     EXPECT_EQ(premise.value, NO_VALUE);
     EXPECT_EQ(premise.right.node, findNode("RE"));
     EXPECT_EQ(premise.right.reactor, 0);
@@ -281,7 +282,7 @@ TEST_F(RuleTest, RightSwmmObjectHasRoomForOneSurplusWord) {
 
 TEST_F(RuleTest, SecondClauseOnTheLineOfAConditionIsRefused) {
     expectRefused(InCondition, "IF JUNCTION J INFLOW > 1 THEN PIPE P STATUS = OPEN", ERR_RULE_CLAUSE, "");
-    EXPECT_EQ(Rules[0].premises, nullptr);
+    EXPECT_EQ(testModel().rules[0].premises, nullptr);
 }
 
 TEST_F(RuleTest, OtherWordsBehindAConditionAreFree) {
@@ -293,7 +294,7 @@ TEST_F(RuleTest, FailedAllocationOfAPremiseIsTheMemoryError) {
     arena_failAfter(1);
     EXPECT_EQ(read("IF JUNCTION J INFLOW > 1"), ERR_MEMORY);
     arena_failAfter(0);
-    EXPECT_EQ(Rules[0].premises, nullptr);
+    EXPECT_EQ(testModel().rules[0].premises, nullptr);
 }
 
 // --- actions -------------------------------------------------------------------------------------------------------
@@ -316,12 +317,12 @@ TEST_F(RuleTest, EachTypeOfActionStoresItsValue) {
                  {"THEN REACTOR RE EMPTYING = yes", ATTRIBUTE_EMPTYING, 1.0},
                  {"THEN SWMM SW gate SETTING = 0.5", ATTRIBUTE_SETTING, 0.5}};
     for (const auto& c : cases) {
-        rule_deleteAll();
+        forgetRules();
         readAll(InAction);
         readAll({c.line});
-        ASSERT_NE(Rules[0].thenActions, nullptr) << c.line;
-        EXPECT_EQ(Rules[0].thenActions->attribute, c.attribute) << c.line;
-        EXPECT_EQ(Rules[0].thenActions->value, c.value) << c.line;
+        ASSERT_NE(testModel().rules[0].thenActions, nullptr) << c.line;
+        EXPECT_EQ(testModel().rules[0].thenActions->attribute, c.attribute) << c.line;
+        EXPECT_EQ(testModel().rules[0].thenActions->value, c.value) << c.line;
     }
 }
 
@@ -366,7 +367,7 @@ TEST_F(RuleTest, WrongWordsOfAnActionAreNamed) {
 TEST_F(RuleTest, WordInTheSignsPlaceIsNotLookedAt) {
     readAll(InAction);
     readAll({"THEN PIPE P SETTING to 0.5"});
-    EXPECT_EQ(Rules[0].thenActions->value, 0.5);
+    EXPECT_EQ(testModel().rules[0].thenActions->value, 0.5);
 }
 
 TEST_F(RuleTest, SwmmActionIsTestedFromItsAttributeOn) {
@@ -379,14 +380,14 @@ TEST_F(RuleTest, SwmmActionIsTestedFromItsAttributeOn) {
 TEST_F(RuleTest, SwmmActionKeepsTheNameOfTheLink) {
     readAll(InAction);
     readAll({"THEN SWMM SW gate SETTING = 0.5", "AND SPLITTER SP VALUE = 1"});
-    EXPECT_STREQ(Rules[0].thenActions->next->swmmLink, "gate");
-    EXPECT_EQ(Rules[0].thenActions->next->swmm, 0);
-    EXPECT_EQ(Rules[0].thenActions->swmmLink, nullptr);
+    EXPECT_STREQ(testModel().rules[0].thenActions->next->swmmLink, "gate");
+    EXPECT_EQ(testModel().rules[0].thenActions->next->swmm, 0);
+    EXPECT_EQ(testModel().rules[0].thenActions->swmmLink, nullptr);
 }
 
 TEST_F(RuleTest, SecondClauseOnTheLineOfAnActionIsRefused) {
     expectRefused(InAction, "THEN PIPE P STATUS = OPEN ELSE PIPE P STATUS = CLOSED", ERR_RULE_CLAUSE, "");
-    EXPECT_EQ(Rules[0].thenActions, nullptr);
+    EXPECT_EQ(testModel().rules[0].thenActions, nullptr);
     readAll({"AND PIPE P STATUS = OPEN for ever"});
 }
 
@@ -394,7 +395,7 @@ TEST_F(RuleTest, SettingsAreLimitedToOne) {
     readAll(InAction);
     readAll({"THEN PIPE P SETTING = 1.5", "AND PUMP PU SETTING = -0.5", "AND WEIR W SETTING = inf",
              "AND ORIFICE OR SETTING = nan", "AND SWMM SW gate SETTING = 2"});
-    const std::vector<const Action*> list = listActions(Rules[0].thenActions);
+    const std::vector<const Action*> list = listActions(testModel().rules[0].thenActions);
     const double values[] = {1.0, 0.0, 1.0, 0.0, 1.0};
     for (size_t k = 0; k < 5; ++k) {
         EXPECT_EQ(list[k]->value, values[k]) << k;
@@ -404,7 +405,7 @@ TEST_F(RuleTest, SettingsAreLimitedToOne) {
 TEST_F(RuleTest, SplitValuesAreLimitedFromBelowOnly) {
     readAll(InAction);
     readAll({"THEN SPLITTER SP VALUE = 12", "AND SPLITTER SP VALUE = -1", "AND SPLITTER SP VALUE = nan"});
-    const std::vector<const Action*> list = listActions(Rules[0].thenActions);
+    const std::vector<const Action*> list = listActions(testModel().rules[0].thenActions);
     EXPECT_EQ(list[0]->value, 0.0);
     EXPECT_EQ(list[1]->value, 0.0);
     EXPECT_EQ(list[2]->value, 12.0);
@@ -414,8 +415,8 @@ TEST_F(RuleTest, ActionsStandInReverseOrderOfTheirLines) {
     readAll(InAction);
     readAll({"THEN PIPE P STATUS = OPEN", "AND PIPE P2 STATUS = OPEN", "AND PIPE P3 STATUS = OPEN",
              "ELSE PIPE P3 STATUS = OPEN", "AND PIPE P STATUS = OPEN"});
-    const std::vector<const Action*> thenList = listActions(Rules[0].thenActions);
-    const std::vector<const Action*> elseList = listActions(Rules[0].elseActions);
+    const std::vector<const Action*> thenList = listActions(testModel().rules[0].thenActions);
+    const std::vector<const Action*> elseList = listActions(testModel().rules[0].elseActions);
     ASSERT_EQ(thenList.size(), 3u);
     ASSERT_EQ(elseList.size(), 2u);
     EXPECT_EQ(thenList[0]->link, findLink("P3"));
@@ -428,7 +429,7 @@ TEST_F(RuleTest, NameOfLinkAndNodeKeepsBoth) {
     addLink("both", PIPE);
     readAll(InAction);
     readAll({"THEN SPLITTER both VALUE = 1"});
-    const Action& action = *Rules[0].thenActions;
+    const Action& action = *testModel().rules[0].thenActions;
     EXPECT_EQ(action.link, findLink("both"));
     EXPECT_EQ(action.node, findNode("both"));
     EXPECT_EQ(action.splitter, 1);
@@ -438,7 +439,7 @@ TEST_F(RuleTest, NameOfLinkAndNodeKeepsBoth) {
 TEST_F(RuleTest, KindsOfLinkWithoutActionsFillNothing) {
     readAll(InAction);
     readAll({"THEN PIPE CN STATUS = OPEN"});
-    const Action& action = *Rules[0].thenActions;
+    const Action& action = *testModel().rules[0].thenActions;
     EXPECT_EQ(action.link, findLink("CN"));
     EXPECT_EQ(action.node, -1);
 }
@@ -450,5 +451,5 @@ TEST_F(RuleTest, FailedAllocationOfAnActionIsTheMemoryError) {
     arena_failAfter(2);
     EXPECT_EQ(read("AND SWMM SW gate SETTING = 1"), ERR_MEMORY);
     arena_failAfter(0);
-    EXPECT_EQ(Rules[0].thenActions, nullptr);
+    EXPECT_EQ(testModel().rules[0].thenActions, nullptr);
 }

@@ -10,27 +10,28 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "support/lines.h"
+#include "support/model.h"
 #include "support/project.h"
 #include "support/tables.h"
 
 /// Two converters, C and D, and two pollutants, TSS and COD.
 struct ConverterLines : testing::Test, Tables {
     void SetUp() override {
-        Converters.fill(2, Converter{});
+        testModel().converters.fill(2, Converter{});
         addName(CONVERTER, "C");
         addName(CONVERTER, "D");
         addName(POLLUT, "TSS");
         addName(POLLUT, "COD");
     }
 
-    static int32_t read(const Tokens& tokens) { return converter_readLine(tokens); }
+    static int32_t read(const Tokens& tokens) { return converter_readLine(testModel(), tokens); }
     static void expectGood(const std::string& line) { EXPECT_EQ(parseLine(line, read), 0) << line; }
     static void expectError(const std::string& line, int32_t error, const std::string& name) {
         expectLineError(line, read, error, name);
     }
     static int count(int32_t index = 0) {
         int number = 0;
-        for (const ConverterPoint* point = Converters[index].points; point; point = point->next) {
+        for (const ConverterPoint* point = testModel().converters[index].points; point; point = point->next) {
             ++number;
         }
         return number;
@@ -39,17 +40,17 @@ struct ConverterLines : testing::Test, Tables {
 
 TEST_F(ConverterLines, TypeLinesTakeTheTypeInAnyCase) {
     expectGood("c vorn_EFFLUENT and more words");
-    EXPECT_EQ(Converters[0].type, VORN_EFFLUENT);
-    EXPECT_STREQ(Converters[0].name, "C");
+    EXPECT_EQ(testModel().converters[0].type, VORN_EFFLUENT);
+    EXPECT_STREQ(testModel().converters[0].name, "C");
     expectGood("C VORN_INFLUENT");
-    EXPECT_EQ(Converters[0].type, VORN_INFLUENT);
+    EXPECT_EQ(testModel().converters[0].type, VORN_INFLUENT);
 }
 
 TEST_F(ConverterLines, WithoutATypeLineAreInfluent) {
     expectGood("C ALK POLLUTANT TSS 0.5");
-    EXPECT_EQ(Converters[0].type, VORN_INFLUENT);
-    EXPECT_EQ(Converters[0].points->target, 5);
-    EXPECT_STREQ(Converters[0].name, "C");  // a point line names the converter as well
+    EXPECT_EQ(testModel().converters[0].type, VORN_INFLUENT);
+    EXPECT_EQ(testModel().converters[0].points->target, 5);
+    EXPECT_STREQ(testModel().converters[0].name, "C");  // a point line names the converter as well
 }
 
 TEST_F(ConverterLines, InfluentPoints) {
@@ -58,7 +59,7 @@ TEST_F(ConverterLines, InfluentPoints) {
         expectGood(std::string("C ") + words[k] + " pollutant cod 0.25");
     }
     int target = 0;
-    for (const ConverterPoint* point = Converters[0].points; point; point = point->next, ++target) {
+    for (const ConverterPoint* point = testModel().converters[0].points; point; point = point->next, ++target) {
         EXPECT_EQ(point->target, target);
         EXPECT_EQ(point->sourceKind, SOURCE_POLLUTANT);
         EXPECT_EQ(point->sourceIndex, 1);
@@ -67,10 +68,10 @@ TEST_F(ConverterLines, InfluentPoints) {
     }
     EXPECT_EQ(target, 6);
     expectGood("C COD CONSTANT 12.5 2 SUBTRACT ignored");
-    EXPECT_EQ(Converters[0].lastPoint->sourceKind, SOURCE_CONSTANT);
-    EXPECT_EQ(Converters[0].lastPoint->sourceIndex, -1);
-    EXPECT_EQ(Converters[0].lastPoint->constant, 12.5);
-    EXPECT_EQ(Converters[0].lastPoint->operation, OPERATION_SUBTRACT);
+    EXPECT_EQ(testModel().converters[0].lastPoint->sourceKind, SOURCE_CONSTANT);
+    EXPECT_EQ(testModel().converters[0].lastPoint->sourceIndex, -1);
+    EXPECT_EQ(testModel().converters[0].lastPoint->constant, 12.5);
+    EXPECT_EQ(testModel().converters[0].lastPoint->operation, OPERATION_SUBTRACT);
 }
 
 TEST_F(ConverterLines, EffluentPointsKnowAllComponents) {
@@ -81,7 +82,7 @@ TEST_F(ConverterLines, EffluentPointsKnowAllComponents) {
         expectGood(std::string("C TSS POLLUTANT ") + word + " 1");
     }
     int component = 0;
-    for (const ConverterPoint* point = Converters[0].points; point; point = point->next, ++component) {
+    for (const ConverterPoint* point = testModel().converters[0].points; point; point = point->next, ++component) {
         EXPECT_EQ(point->sourceIndex, component);
         EXPECT_EQ(point->target, 0);
     }
@@ -92,8 +93,8 @@ TEST_F(ConverterLines, TheTypeAtTheLineDecides) {
     expectGood("C COD POLLUTANT TSS 1");
     expectGood("C VORN_EFFLUENT");
     expectGood("C COD POLLUTANT X_I 1");
-    EXPECT_EQ(Converters[0].points->target, 0);     // the constituent
-    EXPECT_EQ(Converters[0].lastPoint->target, 1);  // the pollutant
+    EXPECT_EQ(testModel().converters[0].points->target, 0);     // the constituent
+    EXPECT_EQ(testModel().converters[0].lastPoint->target, 1);  // the pollutant
     expectError("C NH4 POLLUTANT X_I 1", ERR_UNDEFINED_OBJECT, "NH4");
 }
 
@@ -109,7 +110,7 @@ TEST_F(ConverterLines, ErrorsFromLeftToRight) {
     expectError("C COD CONSTANT 2 -1x MULTIPLY", ERR_NUMBER, "-1x");
     expectError("C COD CONSTANT 2 1 MULTIPLY", ERR_KEYWORD, "MULTIPLY");
     EXPECT_EQ(count(), 0);
-    EXPECT_EQ(Converters[0].name, nullptr);
+    EXPECT_EQ(testModel().converters[0].name, nullptr);
     expectGood("D VORN_EFFLUENT");
     expectError("D ALK what nothing -1x", ERR_UNDEFINED_OBJECT, "ALK");
     expectError("D TSS what nothing -1x", ERR_KEYWORD, "what");
@@ -125,20 +126,20 @@ TEST_F(ConverterLines, NumbersAreRefusedOnlyIfNegativeWithTextBehind) {
     } words[] = {{"-1", -1.0}, {"word", 0.0}, {"-x", 0.0}, {"3x", 3.0}, {"1e2", 100.0}};
     for (const auto& word : words) {
         expectGood(std::string("C COD CONSTANT ") + word.word + " " + word.word);
-        EXPECT_EQ(Converters[0].lastPoint->constant, word.value) << word.word;
-        EXPECT_EQ(Converters[0].lastPoint->factor, word.value) << word.word;
+        EXPECT_EQ(testModel().converters[0].lastPoint->constant, word.value) << word.word;
+        EXPECT_EQ(testModel().converters[0].lastPoint->factor, word.value) << word.word;
     }
     expectGood("C COD CONSTANT inf nan");
     expectGood("C COD CONSTANT -1\xa0 1");  // a byte above 127 behind a number is let through
-    EXPECT_EQ(Converters[0].lastPoint->constant, -1.0);
+    EXPECT_EQ(testModel().converters[0].lastPoint->constant, -1.0);
 }
 
 TEST_F(ConverterLines, APollutantOfATypeWordIsNoTarget) {
-    ObjectCount[POLLUT] = 3;
-    names_add(POLLUT, "VORN_INFLUENT", 2);
+    testModel().counts.objects[POLLUT] = 3;
+    names_add(testModel(), POLLUT, "VORN_INFLUENT", 2);
     expectGood("C VORN_EFFLUENT");
     expectGood("C VORN_INFLUENT CONSTANT 1 1");
-    EXPECT_EQ(Converters[0].type, VORN_INFLUENT);
+    EXPECT_EQ(testModel().converters[0].type, VORN_INFLUENT);
     EXPECT_EQ(count(), 0);
 }
 
@@ -215,10 +216,10 @@ struct ConverterAmounts : testing::Test, Tables {
         for (size_t k = 0; k + 1 < points.size(); ++k) {
             points[k].next = &points[k + 1];
         }
-        Converters.fill(1, Converter{});
-        Converters[0].points = points.data();
+        testModel().converters.fill(1, Converter{});
+        testModel().converters[0].points = points.data();
         const double loads[] = {firstLoad, secondLoad};
-        converter_applyInfluent(0, flow, loads, constituents);
+        converter_applyInfluent(testModel(), 0, flow, loads, constituents);
     }
 };
 
@@ -265,13 +266,13 @@ TEST_F(ConverterAmounts, PassOverPointsThatMeanSomethingElse) {
     points = {makePoint(6, SOURCE_CONSTANT, -1, 1.0, 1.0), makePoint(-1, SOURCE_CONSTANT, -1, 1.0, 1.0),
               makePoint(0, SOURCE_POLLUTANT, 2, 1.0, 1.0), makePoint(0, SOURCE_POLLUTANT, -1, 1.0, 1.0)};
     for (const ConverterPoint& point : points) {
-        EXPECT_FALSE(converter_isInfluentPoint(point));
+        EXPECT_FALSE(converter_isInfluentPoint(testModel(), point));
     }
     apply(1.0, 1.0, 1.0);
     for (const double constituent : constituents) {
         EXPECT_EQ(constituent, 0.0);
     }
-    EXPECT_TRUE(converter_isEffluentPoint(makePoint(1, SOURCE_POLLUTANT, 18, 0.0, 1.0)));
-    EXPECT_FALSE(converter_isEffluentPoint(makePoint(2, SOURCE_POLLUTANT, 18, 0.0, 1.0)));
-    EXPECT_FALSE(converter_isEffluentPoint(makePoint(-1, SOURCE_CONSTANT, -1, 0.0, 1.0)));
+    EXPECT_TRUE(converter_isEffluentPoint(testModel(), makePoint(1, SOURCE_POLLUTANT, 18, 0.0, 1.0)));
+    EXPECT_FALSE(converter_isEffluentPoint(testModel(), makePoint(2, SOURCE_POLLUTANT, 18, 0.0, 1.0)));
+    EXPECT_FALSE(converter_isEffluentPoint(testModel(), makePoint(-1, SOURCE_CONSTANT, -1, 0.0, 1.0)));
 }

@@ -16,6 +16,7 @@
 #include "links/pipe.h"
 #include "model/project.h"
 #include "support/engines.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 static constexpr double DT = COUPLED_STEP;
@@ -33,12 +34,12 @@ struct Spring : CoupledProject {
         start();
     }
 
-    static OutsideNode& outside() { return SwmmNodes[0].outside; }
-    static CoupledFlow& record() { return *SwmmNodes[0].outside.outflows.head; }
+    static OutsideNode& outside() { return testModel().swmmNodes[0].outside; }
+    static CoupledFlow& record() { return *testModel().swmmNodes[0].outside.outflows.head; }
 };
 
 static Pipe& getPipe(const char* name) {
-    return Pipes.at((Records::link(name).kindIndex));
+    return testModel().pipes.at((Records::link(name).kindIndex));
 }
 
 // --- pipes ---------------------------------------------------------------------------------------------------------
@@ -79,8 +80,8 @@ TEST(FeedPipe, CountsEachStep) {
     Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\n");
     for (int k = 1; k <= 7; ++k) {
         p.step();
-        EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW * k);
-        EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD * k, 1e-12);
+        EXPECT_EQ(testModel().totals.flow.swmmInflow, DT * FLOW * k);
+        EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, DT * LOAD * k, 1e-12);
     }
 }
 
@@ -99,20 +100,20 @@ TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
     Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\n", 8);  // 5400 s
     Pipe& pipe = getPipe("X");
     const int32_t node = p.findNode("S");
-    p.outside().oldTime = TotalDuration + 1.0;
+    p.outside().oldTime = testModel().options.totalDuration + 1.0;
     p.record().newFlow = FLOW;
     const double last[] = {0.0, 2700000.0, 5400000.0};
     const double next[] = {2700000.0, 5400000.0, 5400000.0};
     for (int k = 0; k < 3; ++k) {
-        linkkinds_feed(node, p.outside(), VORN_TOTALS);
+        linkkinds_feed(testModel(), node, p.outside(), VORN_TOTALS);
         EXPECT_EQ(pipe.lastFireTime, last[k]);
         EXPECT_EQ(pipe.nextFireTime, next[k]);
     }
     EXPECT_GT(p.link("X").newFlow, 0.0);
-    std::vector<double> loads(static_cast<size_t>(project_pollutantCount()), 0.0);
-    EXPECT_EQ(pipe_deliver(p.link("X"), pipe, 5000000.0, loads.data()), 0.0);
-    EXPECT_EQ(std::count(loads.begin(), loads.end(), 0.0), project_pollutantCount());
-    EXPECT_EQ(FlowTotals.vornInflow, 3 * DT * FLOW);
+    std::vector<double> loads(static_cast<size_t>(project_pollutantCount(testModel())), 0.0);
+    EXPECT_EQ(pipe_deliver(testModel(), p.link("X"), pipe, 5000000.0, loads.data()), 0.0);
+    EXPECT_EQ(std::count(loads.begin(), loads.end(), 0.0), project_pollutantCount(testModel()));
+    EXPECT_EQ(testModel().totals.flow.vornInflow, 3 * DT * FLOW);
 }
 
 TEST(FeedPipe, WithoutFlowGetsConcentrationZero) {
@@ -125,7 +126,7 @@ TEST(FeedPipe, WithoutFlowGetsConcentrationZero) {
 TEST(FeedPipe, OfTwoRecordsIsServedTwiceByTheFirst) {
     Spring p("[PIPES]\nX S O NO 2700 1 0 0", "OUTFLOW OUT X\nOUTFLOW IDLE X\n");
     p.step();  // fires with the first call, and sums with the second
-    EXPECT_EQ(FlowTotals.swmmInflow, 2 * DT * FLOW);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, 2 * DT * FLOW);
     EXPECT_EQ(getPipe("X").newInflow, FLOW);
     EXPECT_EQ(p.record().sumCount, 1);
     EXPECT_EQ(p.record().next->sumCount, 0);
@@ -141,15 +142,15 @@ TEST(FeedConnection, TakesTheFlowAtTheRoutingClock) {
     p.step();
     EXPECT_EQ(p.link("X").newFlow, FLOW / 2.0);
     EXPECT_NEAR(p.link("X").newQual[0], QUALITY, 1e-12);
-    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);  // the flow that stood before
-    EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD / 2.0, 1e-15);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, 0.0);  // the flow that stood before
+    EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, DT * LOAD / 2.0, 1e-15);
     // At its end: the engine has made a second step, and the first state counts.
     p.step();
     EXPECT_EQ(p.link("X").newFlow, FLOW);
-    EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW / 2.0);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, DT * FLOW / 2.0);
     p.step();
-    EXPECT_EQ(FlowTotals.swmmInflow, DT * (FLOW / 2.0 + FLOW));
-    EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD * 2.5, 1e-12);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, DT * (FLOW / 2.0 + FLOW));
+    EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, DT * LOAD * 2.5, 1e-12);
 }
 
 TEST(FeedConnection, DeliversBehindItsDelay) {
@@ -157,7 +158,7 @@ TEST(FeedConnection, DeliversBehindItsDelay) {
     p.step(2);
     EXPECT_EQ(p.link("X").newFlow, 0.0);
     EXPECT_EQ(p.link("X").newQual[0], 0.0);
-    EXPECT_GT(Connections[0].newInflow, 0.0);
+    EXPECT_GT(testModel().connections[0].newInflow, 0.0);
     // Entries lie on the dates that are read.
     p.step();
     EXPECT_EQ(p.link("X").newFlow, FLOW);
@@ -167,75 +168,76 @@ TEST(FeedConnection, DeliversBehindItsDelay) {
 TEST(FeedConnection, WhatLeavesTooLateIsDelayed) {
     Spring p("[CONNECTIONS]\nX S O NO 4050", "OUTFLOW OUT X\n", 8);  // six steps: those of step 1 and 2 leave in time
     p.step(8);
-    EXPECT_EQ(FlowTotals.delayedVolume, 6 * DT * FLOW);
-    EXPECT_NEAR(QualTotals[0].delayedMass, 6 * DT * LOAD, 1e-12);
-    EXPECT_NEAR(QualTotals[0].swmmInflow, 8 * DT * LOAD, 1e-12);
+    EXPECT_EQ(testModel().totals.flow.delayedVolume, 6 * DT * FLOW);
+    EXPECT_NEAR(testModel().totals.quality[0].delayedMass, 6 * DT * LOAD, 1e-12);
+    EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, 8 * DT * LOAD, 1e-12);
 }
 
 TEST(FeedConnection, WeighsBeyondTheEngineOnceItIsOver) {
     Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\n", 8);
     p.outside().oldTime = 1350000.0;
     p.outside().newTime = 0.0;
-    NewRoutingTime = 2025000.0;
+    testModel().clock.newRoutingTime = 2025000.0;
     p.record().oldFlow = 4.0;
     p.record().newFlow = 1.0;
-    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(testModel(), p.findNode("S"), p.outside(), VORN_TOTALS);
     // f = (2025 - 1350) / (0 - 1350) = -0.5
-    EXPECT_EQ(Connections[0].newInflow, -0.5 * 1.0 + 1.5 * 4.0);
+    EXPECT_EQ(testModel().connections[0].newInflow, -0.5 * 1.0 + 1.5 * 4.0);
     p.outside().oldTime = p.outside().newTime = 0.0;
-    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
-    EXPECT_EQ(Connections[0].newInflow, 4.0);  // equal clocks: the old state
+    linkkinds_feed(testModel(), p.findNode("S"), p.outside(), VORN_TOTALS);
+    EXPECT_EQ(testModel().connections[0].newInflow, 4.0);  // equal clocks: the old state
 }
 
 TEST(FeedConnection, OfTwoRecordsGetsTwoEntriesOfOneDate) {
     Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW IDLE X\nOUTFLOW OUT X\n", 8);
     p.step();
-    EXPECT_EQ(Connections[0].newInflow, FLOW);  // the record in hand
-    EXPECT_EQ(p.link("X").newFlow, 0.0);        // reading at their date gives the first entry
-    EXPECT_EQ(Connections[0].flowQueue.end - Connections[0].flowQueue.first, 2);
+    EXPECT_EQ(testModel().connections[0].newInflow, FLOW);  // the record in hand
+    EXPECT_EQ(p.link("X").newFlow, 0.0);                    // reading at their date gives the first entry
+    EXPECT_EQ(testModel().connections[0].flowQueue.end - testModel().connections[0].flowQueue.first, 2);
 }
 
 TEST(FeedConnection, TakesLoadsBetweenTwoStates) {
     Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\n", 8);
     p.outside().oldTime = 1800000.0;
     p.outside().newTime = 2700000.0;
-    NewRoutingTime = 2025000.0;  // a quarter of the way
+    testModel().clock.newRoutingTime = 2025000.0;  // a quarter of the way
     p.record().oldFlow = 4.0;
     p.record().newFlow = 1.0;
     p.record().oldLoad[0] = 0.5;
     p.record().newLoad[0] = 0.25;
-    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(testModel(), p.findNode("S"), p.outside(), VORN_TOTALS);
     const double flow = 0.25 * 1.0 + 0.75 * 4.0, load = 0.25 * 0.25 + 0.75 * 0.5;
     EXPECT_EQ(p.link("X").newFlow, flow);
     EXPECT_EQ(p.link("X").newQual[0], load / flow * 1000.0);
-    EXPECT_EQ(QualTotals[0].vornInflow, DT * load);
+    EXPECT_EQ(testModel().totals.quality[0].vornInflow, DT * load);
 }
 
 TEST(FeedConnection, CountsTheFlowThatAHostHasSet) {
     Spring p("[CONNECTIONS]\nX S O NO 1350", "OUTFLOW OUT X\n", 8);
     p.step();
-    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, 0.0);
     ASSERT_EQ(tarnvelde_setLinkFlow("X", 3.0), 0);
     p.step();
-    EXPECT_EQ(FlowTotals.swmmInflow, DT * 3.0);  // as it stood before; the delay then gives its own again
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, DT * 3.0);  // as it stood before; the delay then gives its own again
     EXPECT_EQ(p.link("X").newFlow, 0.0);
-    EXPECT_NEAR(QualTotals[0].swmmInflow, 2 * DT * LOAD, 1e-15);  // of what has entered, not of what leaves
+    EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, 2 * DT * LOAD,
+                1e-15);  // of what has entered, not of what leaves
 }
 
 TEST(FeedConnection, OfTwoRecordsCountsTheFlowThatTheFirstHasMade) {
     Spring p("[CONNECTIONS]\nX S O NO 0", "OUTFLOW OUT X\nOUTFLOW OUT X\n", 8);
     p.step();
-    EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW);  // 0 before the first, its flow before the second
-    EXPECT_NEAR(QualTotals[0].swmmInflow, 2 * DT * LOAD, 1e-15);
-    EXPECT_EQ(Connections[0].loadQueue[0].end - Connections[0].loadQueue[0].first, 2);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, DT * FLOW);  // 0 before the first, its flow before the second
+    EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, 2 * DT * LOAD, 1e-15);
+    EXPECT_EQ(testModel().connections[0].loadQueue[0].end - testModel().connections[0].loadQueue[0].first, 2);
     EXPECT_NEAR(p.link("X").newQual[0], QUALITY, 1e-12);
 }
 
 TEST(FeedConnection, OfTwoRecordsDelaysBoth) {
     Spring p("[CONNECTIONS]\nX S O NO 6000", "OUTFLOW OUT X\nOUTFLOW OUT X\n", 8);
     p.step();
-    EXPECT_EQ(FlowTotals.delayedVolume, 2 * DT * FLOW);
-    EXPECT_NEAR(QualTotals[0].delayedMass, 2 * DT * LOAD, 1e-15);
+    EXPECT_EQ(testModel().totals.flow.delayedVolume, 2 * DT * FLOW);
+    EXPECT_NEAR(testModel().totals.quality[0].delayedMass, 2 * DT * LOAD, 1e-15);
 }
 
 // --- concentrations without flow -----------------------------------------------------------------------------------
@@ -248,7 +250,7 @@ TEST(FeedPipe, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
     p.outside().oldTime = getPipe("X").nextFireTime + 1.0;
     p.record().newFlow = p.record().sumFlow = 0.0;
     p.record().sumLoad[0] = 0.5;  // load without water: of no concentration
-    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(testModel(), p.findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(getPipe("X").newInflow, 0.0);
     EXPECT_GT(p.link("X").newFlow, 0.0);  // water is stored
     EXPECT_NEAR(p.link("X").newQual[0], quality, 1e-12);
@@ -259,10 +261,10 @@ TEST(FeedConnection, WithoutFlowHasConcentrationZero) {
     p.outside().oldTime = p.outside().newTime = 0.0;
     p.record().oldFlow = 0.0;
     p.record().oldLoad[0] = 0.5;
-    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(testModel(), p.findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(p.link("X").newFlow, 0.0);
     EXPECT_EQ(p.link("X").newQual[0], 0.0);
-    EXPECT_EQ(QualTotals[0].vornInflow, DT * 0.5);
+    EXPECT_EQ(testModel().totals.quality[0].vornInflow, DT * 0.5);
 }
 
 TEST(FeedConduit, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
@@ -272,7 +274,7 @@ TEST(FeedConduit, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
     ASSERT_GT(quality, 0.0);
     p.record().newFlow = 0.0;
     p.record().newLoad[0] = 0.5;
-    linkkinds_feed(p.findNode("S"), p.outside(), VORN_TOTALS);
+    linkkinds_feed(testModel(), p.findNode("S"), p.outside(), VORN_TOTALS);
     EXPECT_EQ(p.conduit("X").newInflow, 0.0);
     EXPECT_NEAR(p.link("X").newQual[0], quality, 1e-9);
 }
@@ -286,8 +288,8 @@ TEST(FeedConduit, TakesFlowAndConcentrations) {
     p.step();
     EXPECT_EQ(p.conduit("X").newInflow, FLOW);
     EXPECT_NEAR(p.link("X").newQual[0], QUALITY, 1e-12);
-    EXPECT_EQ(FlowTotals.swmmInflow, DT * FLOW);
-    EXPECT_NEAR(QualTotals[0].swmmInflow, DT * LOAD, 1e-15);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, DT * FLOW);
+    EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, DT * LOAD, 1e-15);
     p.step();
     EXPECT_EQ(p.conduit("X").oldInflow, FLOW);
     EXPECT_NEAR(p.link("X").oldQual[0], QUALITY, 1e-12);
@@ -306,7 +308,7 @@ TEST(FeedConduit, TakesTheFirstRecordOfTheNode) {
 TEST(FeedConduit, OfTwoRecordsTakesTwoVolumes) {
     Spring p(Channel, "OUTFLOW OUT X\nOUTFLOW OUT X\n");
     p.step();
-    EXPECT_EQ(FlowTotals.swmmInflow, 2 * DT * FLOW);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, 2 * DT * FLOW);
     EXPECT_EQ(p.conduit("X").oldInflow, FLOW);
     EXPECT_EQ(p.conduit("X").newInflow, FLOW);
 }
@@ -317,17 +319,17 @@ TEST(FeedLinks, WithoutARecordGetNothing) {
     Spring p(Channel + "[CONNECTIONS]\nY S O NO 0\n[PIPES]\nZ S O NO 1350 1 0 0", "");
     p.step(6);
     EXPECT_EQ(p.conduit("X").newInflow, 0.0);
-    EXPECT_EQ(Connections[0].newInflow, 0.0);
+    EXPECT_EQ(testModel().connections[0].newInflow, 0.0);
     EXPECT_EQ(getPipe("Z").newInflow, 0.0);
     EXPECT_EQ(getPipe("Z").nextFireTime, 0.0);
-    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, 0.0);
 }
 
 TEST(FeedLinks, OfOtherNodesAreNeverFed) {
     Spring p("[JUNCTIONS]\nJ\n[PIPES]\nX J O NO 1350 1 0 0\n", "OUTFLOW OUT X\n");
     p.step(6);
     EXPECT_EQ(getPipe("X").newInflow, 0.0);
-    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, 0.0);
     EXPECT_EQ(p.record().newFlow, FLOW);
 }
 

@@ -16,6 +16,7 @@
 #include "model/project.h"
 #include "support/coupledflow.h"
 #include "support/engines.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 using Strings = std::vector<std::string>;
@@ -114,10 +115,10 @@ TEST(VornClock, BetweenTwoStatesGivesFlowAndLoadInProportion) {
         EXPECT_EQ(p.link("D").newFlow, flow);
         EXPECT_NEAR(p.link("D").newQual[0], flow > 0.0 ? 3.0 : 0.0, 1e-12);
     }
-    EXPECT_EQ(FlowTotals.vornInflow, DT * 0.25);  // the flow of the step before
-    EXPECT_NEAR(QualTotals[0].vornInflow, DT * 0.003 * 0.75, 1e-15);
-    EXPECT_EQ(FlowTotals.swmmInflow, 0.0);
-    EXPECT_EQ(QualTotals[0].swmmInflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.vornInflow, DT * 0.25);  // the flow of the step before
+    EXPECT_NEAR(testModel().totals.quality[0].vornInflow, DT * 0.003 * 0.75, 1e-15);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, 0.0);
+    EXPECT_EQ(testModel().totals.quality[0].swmmInflow, 0.0);
 }
 
 TEST(SwmmOutflows, AreMultipliedAndThenDivided) {
@@ -128,7 +129,7 @@ TEST(SwmmOutflows, AreMultipliedAndThenDivided) {
     p.step();
     const double flow = 0.7, concentration = flow * 5.3 / 1000.0 / flow * 1000.0;  // as the engine gives it
     ASSERT_NE(flow * concentration / 1000.0, flow * (concentration / 1000.0));
-    EXPECT_EQ(SwmmNodes[0].outside.outflows.head->newLoad[0], flow * concentration / 1000.0);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.outflows.head->newLoad[0], flow * concentration / 1000.0);
 }
 
 // --- elapsed times -------------------------------------------------------------------------------------------------
@@ -146,13 +147,13 @@ static const OutsideCalls Calls = {nullptr, nullptr,
 
 /// Steps an engine up to a routing clock, ms; the number of its steps.
 static size_t advance(OutsideNode& outside, double routingTime, const std::vector<std::optional<double>>& elapsed) {
-    const double before = NewRoutingTime;
-    NewRoutingTime = routingTime;
+    const double before = testModel().clock.newRoutingTime;
+    testModel().clock.newRoutingTime = routingTime;
     Elapsed = elapsed;
     StepCalls = 0;
     outside_advance(
-        outside, Calls, [] {}, [] {});
-    NewRoutingTime = before;
+        testModel(), outside, Calls, [] {}, [] {});
+    testModel().clock.newRoutingTime = before;
     return StepCalls;
 }
 
@@ -223,7 +224,7 @@ TEST(EngineClock, MeetsTheRoutingClockToTheLastBit) {
     CoupledProject p(getGeneral(240) + "[OUTFALLS]\nO\n[SWMM_INPS]\nS m.inp NO\n");
     p.model("m.inp", "period 44256 0 44256 14400\nstep 60\n");
     p.start();
-    ASSERT_EQ(RoutingStep, 60);
+    ASSERT_EQ(testModel().options.routingStep, 60);
     p.takeCalls();
     for (int k = 1; k <= STEPS; ++k) {
         p.step();
@@ -242,8 +243,8 @@ TEST(CoupledRecords, BeginASecondRunWithNothing) {
     p.start();
     setFlow(0.5);
     p.step(4);
-    const CoupledFlow& in = *SwmmNodes[0].outside.inflows.head;
-    const CoupledFlow& out = *SwmmNodes[0].outside.outflows.head;
+    const CoupledFlow& in = *testModel().swmmNodes[0].outside.inflows.head;
+    const CoupledFlow& out = *testModel().swmmNodes[0].outside.outflows.head;
     EXPECT_EQ(in.newFlow, 0.5);
     EXPECT_GT(out.sumFlow, 0.0);
     EXPECT_GT(out.sumCount, 0);
@@ -258,8 +259,8 @@ TEST(CoupledRecords, BeginASecondRunWithNothing) {
         EXPECT_EQ(record->newLoad[0], 0.0);
         EXPECT_EQ(record->sumLoad[0], 0.0);
     }
-    EXPECT_EQ(SwmmNodes[0].outside.oldTime, 0.0);
-    EXPECT_EQ(SwmmNodes[0].outside.newTime, 0.0);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.oldTime, 0.0);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.newTime, 0.0);
 }
 
 // --- nodes that are visited again ----------------------------------------------------------------------------------
@@ -280,19 +281,19 @@ TEST(NodeOrder, VisitsASwmmNodeInThePlaceOfNodesThatAreNeverReached) {
     p.takeCalls();
     p.step();
     // Three times the 2 m3/s of K are added up; its load is set three times.
-    const CoupledFlow& in = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& in = *testModel().swmmNodes[0].outside.inflows.head;
     EXPECT_EQ(in.newFlow, 3.0 * 2.0);
     EXPECT_NEAR(in.newLoad[0], 2.0 * 8.0 / 1000.0, 1e-15);
-    EXPECT_EQ(FlowTotals.swmmOutflow, DT * 2.0 * 3.0);
-    EXPECT_NEAR(QualTotals[0].swmmOutflow, DT * 0.016 * 3.0, 1e-12);
+    EXPECT_EQ(testModel().totals.flow.swmmOutflow, DT * 2.0 * 3.0);
+    EXPECT_NEAR(testModel().totals.quality[0].swmmOutflow, DT * 0.016 * 3.0, 1e-12);
     // The engine is ahead after the first visit, with the inflow as it was then, and meets the request in that alone.
     const Strings calls = p.takeCalls("m swmm_setExtInflow");
     EXPECT_EQ(calls, (Strings{"m swmm_setExtInflow \"OUT\" 1 = 0", "m swmm_setExtInflow \"IN\" 0 = 0",
                               "m swmm_setExtInflow \"OUT\" 1 = 0", "m swmm_setExtInflow \"IN\" 2 = 0"}));
     // What leaves is queued in each visit, and counted as the flow that stood before it: 0, then 1.25 twice.
-    EXPECT_EQ(Connections[2].flowQueue.end - Connections[2].flowQueue.first, 3);
+    EXPECT_EQ(testModel().connections[2].flowQueue.end - testModel().connections[2].flowQueue.first, 3);
     EXPECT_EQ(p.link("M").newFlow, 1.25);
-    EXPECT_EQ(FlowTotals.swmmInflow, DT * 1.25 * 2.0);
+    EXPECT_EQ(testModel().totals.flow.swmmInflow, DT * 1.25 * 2.0);
 }
 
 TEST(NodeOrder, VisitsAPlantInThePlaceOfNodesThatAreNeverReached) {
@@ -304,10 +305,10 @@ TEST(NodeOrder, VisitsAPlantInThePlaceOfNodesThatAreNeverReached) {
     p.takeCalls();
     p.step();
     // Here the constituents add up as the flow does: COD from twice 8 mg/L.
-    const CoupledFlow& in = *VornNodes[0].outside.inflows.head;
+    const CoupledFlow& in = *testModel().vornNodes[0].outside.inflows.head;
     EXPECT_EQ(in.newFlow, 3.0 * 2.0);
     EXPECT_NEAR(in.newLoad[0], 3.0 * 2.0 * 16.0, 1e-12);
-    EXPECT_EQ(FlowTotals.vornOutflow, DT * 2.0 * 3.0);
+    EXPECT_EQ(testModel().totals.flow.vornOutflow, DT * 2.0 * 3.0);
     EXPECT_EQ(p.takeCalls("m vorn_step").size(), 2u);
-    EXPECT_EQ(Connections[2].flowQueue.end - Connections[2].flowQueue.first, 3);
+    EXPECT_EQ(testModel().connections[2].flowQueue.end - testModel().connections[2].flowQueue.first, 3);
 }

@@ -19,6 +19,7 @@
 #include "platform/library.h"
 #include "support/child.h"
 #include "support/engines.h"
+#include "support/model.h"
 
 namespace fs = std::filesystem;
 
@@ -42,9 +43,9 @@ TEST(LibraryCopy, EachNodeHasItsOwnUntilTheClose) {
     for (const std::string& name : p.getCopies()) {
         EXPECT_TRUE(std::regex_match(name, form)) << name;
     }
-    EXPECT_EQ(SwmmNodes[0].outside.libraryCopy.rfind(p.copies, 0), 0u);
-    EXPECT_NE(SwmmNodes[0].outside.libraryCopy, SwmmNodes[1].outside.libraryCopy);
-    EXPECT_NE(SwmmNodes[0].entries.swmm_open, SwmmNodes[1].entries.swmm_open);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.libraryCopy.rfind(p.copies, 0), 0u);
+    EXPECT_NE(testModel().swmmNodes[0].outside.libraryCopy, testModel().swmmNodes[1].outside.libraryCopy);
+    EXPECT_NE(testModel().swmmNodes[0].entries.swmm_open, testModel().swmmNodes[1].entries.swmm_open);
     tarnvelde_close();
     EXPECT_TRUE(p.getCopies().empty());
 }
@@ -53,7 +54,7 @@ TEST(LibraryCopy, IsTheLibraryByteForByte) {
     CoupledProject p(OneVorn);
     addModels(p);
     ASSERT_EQ(p.open(), 0);
-    EXPECT_EQ(readFile(VornNodes[0].outside.libraryCopy), readFile(Engines + "libvorn.so"));
+    EXPECT_EQ(readFile(testModel().vornNodes[0].outside.libraryCopy), readFile(Engines + "libvorn.so"));
 }
 
 TEST(LibraryCopy, GoesAlsoAfterAFailedOpenAndInMidRun) {
@@ -87,7 +88,7 @@ TEST(LibraryCopy, GoesIfItCantBeLoaded) {
     tarnvelde_initVornDll(engines.c_str(), p.copies.c_str());
     p.open();
     EXPECT_EQ(p.getCopies().size(), 1u);
-    EXPECT_EQ(VornNodes[0].outside.library, nullptr);
+    EXPECT_EQ(testModel().vornNodes[0].outside.library, nullptr);
     tarnvelde_close();
     EXPECT_TRUE(p.getCopies().empty());
 }
@@ -142,7 +143,7 @@ TEST(LibraryCopy, TakesTheNextNameWhereAFileIsThere) {
     OutsideNode outside{};
     while ((clock_getMicroseconds() + SECOND - first) % SECOND >= TAKEN / 2) {
     }
-    outside_loadLibrary(outside, Kind, Engines, folder.path.string() + "/");
+    outside_loadLibrary(testModel(), outside, Kind, Engines, folder.path.string() + "/");
     ASSERT_NE(outside.library, nullptr);
     const std::string name = fs::path(outside.libraryCopy).filename().string();
     EXPECT_EQ(taken.count(name), 0u) << name;
@@ -179,7 +180,7 @@ TEST(LibraryCopy, StandsBesideTheLibraryWithoutAFolder) {
     fs::copy_file(Engines + "libswmm5ex.so", engines + "libswmm5ex.so");
     tarnvelde_initSwmmDll(engines.c_str(), nullptr);
     ASSERT_EQ(p.open(), 0) << p.getReport();
-    EXPECT_EQ(SwmmNodes[0].outside.libraryCopy.rfind(engines, 0), 0u);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.libraryCopy.rfind(engines, 0), 0u);
     tarnvelde_close();
     EXPECT_EQ(std::distance(fs::directory_iterator(engines), fs::directory_iterator()), 1);
 }
@@ -192,8 +193,8 @@ TEST(LibraryCopy, TakesTheFolderAsItStands) {
     tarnvelde_initSwmmDll(TARNVELDE_ENGINE_FOLDER, prefix.c_str());
     ASSERT_EQ(p.open(), 0) << p.getReport();
     EXPECT_TRUE(p.getCopies().empty());
-    EXPECT_EQ(SwmmNodes[0].outside.libraryCopy.rfind(prefix, 0), 0u);
-    EXPECT_EQ(SwmmNodes[0].outside.libraryCopy.size(), prefix.size() + 36 + 4);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.libraryCopy.rfind(prefix, 0), 0u);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.libraryCopy.size(), prefix.size() + 36 + 4);
 }
 
 TEST(LibraryCopy, MayHaveALongPath) {
@@ -206,7 +207,7 @@ TEST(LibraryCopy, MayHaveALongPath) {
     fs::create_directories(folder);
     tarnvelde_initSwmmDll(TARNVELDE_ENGINE_FOLDER, folder.c_str());
     ASSERT_EQ(p.open(), 0) << p.getReport();
-    EXPECT_GT(SwmmNodes[0].outside.libraryCopy.size(), 500u);
+    EXPECT_GT(testModel().swmmNodes[0].outside.libraryCopy.size(), 500u);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), 1);
 }
 
@@ -286,8 +287,8 @@ TEST(LibraryPath, WithoutAFolderIsTheCurrentOne) {
     fs::current_path(p.path);
     tarnvelde_initVornDll("vorn.dll", "");
     const int32_t code = p.open();
-    const std::string copy = VornNodes[0].outside.libraryCopy;
-    EXPECT_NE(VornNodes[0].outside.library, nullptr);
+    const std::string copy = testModel().vornNodes[0].outside.libraryCopy;
+    EXPECT_NE(testModel().vornNodes[0].outside.library, nullptr);
     tarnvelde_close();
     fs::current_path(before);
     EXPECT_EQ(code, 0) << p.getReport();

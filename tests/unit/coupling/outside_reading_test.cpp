@@ -8,6 +8,7 @@
 #include "support/engines.h"
 #include "support/lineerrors.h"
 #include "support/lines.h"
+#include "support/model.h"
 
 /// A junction with a connection C to node S, and a connection D from there to an outfall.
 static const std::string Frame =
@@ -85,8 +86,8 @@ TEST(SwmmLines, AreKept) {
     CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp YES\nOUTFLOW OUT D\nINFLOW IN C\nOUTFLOW IN D\nINFLOW OUT C\n");
     p.model("m.inp", getPassingModel(4));
     ASSERT_EQ(p.open(), 0) << p.getReport();
-    ASSERT_EQ(SwmmNodes.size(), 1);
-    const OutsideNode& outside = SwmmNodes[0].outside;
+    ASSERT_EQ(testModel().swmmNodes.size(), 1);
+    const OutsideNode& outside = testModel().swmmNodes[0].outside;
     EXPECT_EQ(outside.saveResults, 1);
     const CoupledFlow* in = outside.inflows.head;
     EXPECT_STREQ(in->objectId, "IN");
@@ -111,7 +112,7 @@ TEST(SwmmLines, InflowsComeFromLinksAndElseFromSubcatchments) {
     ASSERT_EQ(p.open(), 0) << p.getReport();
     const int32_t link = p.findLink("C");
     ASSERT_NE(p.findSubcatch("C"), link);
-    const CoupledFlow* in = SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow* in = testModel().swmmNodes[0].outside.inflows.head;
     EXPECT_EQ(in->index, p.findSubcatch("B"));
     EXPECT_EQ(in->index, 2);
     EXPECT_EQ(in->next->index, link);
@@ -157,8 +158,12 @@ TEST(CoupledMemory, ThatIsMissingRefusesTheLine) {
     CoupledProject p(Frame + "[SWMM_INPS]\nS m.inp NO\n[VORN_INPS]\nV m.sti NO\n");
     p.model("m.inp", getPassingModel(4)).model("m.sti", getPassingPlant(4));
     ASSERT_EQ(p.open(), 0) << p.getReport();
-    const auto readSwmm = [](const Tokens& tokens) { return swmm_readLine(tokens, Records::findNode("S"), 0); };
-    const auto readVorn = [](const Tokens& tokens) { return vorn_readLine(tokens, Records::findNode("V"), 0); };
+    const auto readSwmm = [](const Tokens& tokens) {
+        return swmm_readLine(testModel(), tokens, Records::findNode("S"), 0);
+    };
+    const auto readVorn = [](const Tokens& tokens) {
+        return vorn_readLine(testModel(), tokens, Records::findNode("V"), 0);
+    };
     for (int request = 1; request <= 2; ++request) {  // the record, and its text
         arena_failAfter(request);
         expectLineError("INFLOW IN C", readSwmm, ERR_MEMORY, "");
@@ -169,9 +174,9 @@ TEST(CoupledMemory, ThatIsMissingRefusesTheLine) {
     expectLineError("S other.inp YES", readSwmm, ERR_MEMORY, "");
     arena_failAfter(1);
     expectLineError("V other.sti YES", readVorn, ERR_MEMORY, "");
-    EXPECT_EQ(SwmmNodes[0].outside.inflows.head, nullptr);
-    EXPECT_EQ(VornNodes[0].outside.outflows.head, nullptr);
-    EXPECT_EQ(SwmmNodes[0].outside.saveResults, 0);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.inflows.head, nullptr);
+    EXPECT_EQ(testModel().vornNodes[0].outside.outflows.head, nullptr);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.saveResults, 0);
 }
 
 TEST(CoupledMemory, ThatIsMissingAtAnyPlaceIsToldAndLeavesNothing) {

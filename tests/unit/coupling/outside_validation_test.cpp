@@ -6,6 +6,7 @@
 #include "coupling/vorn.h"
 #include "model/project.h"
 #include "support/engines.h"
+#include "support/model.h"
 
 namespace fs = std::filesystem;
 
@@ -36,9 +37,9 @@ TEST(ModelPath, IsTakenFromTheFolderOfTheProject) {
     fs::create_directory(p.path + "sub");
     p.model("sub/city.inp", getPassingModel(4));
     ASSERT_EQ(p.open(), 0) << p.getReport();
-    EXPECT_EQ(SwmmNodes[0].outside.inpFile, p.path + "sub/city.inp");
-    EXPECT_EQ(SwmmNodes[0].rptFile, p.path + "sub/city.rpt");
-    EXPECT_EQ(SwmmNodes[0].outFile, p.path + "sub/city.out");
+    EXPECT_EQ(testModel().swmmNodes[0].outside.inpFile, p.path + "sub/city.inp");
+    EXPECT_EQ(testModel().swmmNodes[0].rptFile, p.path + "sub/city.rpt");
+    EXPECT_EQ(testModel().swmmNodes[0].outFile, p.path + "sub/city.out");
     EXPECT_EQ(p.takeCalls("city swmm_open"),
               Strings{"city swmm_open \"sub/city.inp\" \"sub/city.rpt\" \"sub/city.out\" = 0"});
 }
@@ -52,8 +53,8 @@ TEST(ModelPath, AsGivenComesFirst) {
     fs::current_path(current.path);
     EXPECT_EQ(p.open(), 0) << p.getReport();
     fs::current_path(before);
-    EXPECT_STREQ(SwmmNodes[0].outside.inpFile, "here.inp");
-    EXPECT_STREQ(SwmmNodes[0].rptFile, "here.rpt");
+    EXPECT_STREQ(testModel().swmmNodes[0].outside.inpFile, "here.inp");
+    EXPECT_STREQ(testModel().swmmNodes[0].rptFile, "here.rpt");
 }
 
 TEST(ModelPath, FromTheRootIsTriedBehindTheFolderOfTheProjectToo) {
@@ -62,12 +63,12 @@ TEST(ModelPath, FromTheRootIsTriedBehindTheFolderOfTheProjectToo) {
     fs::create_directory(p.path + path.substr(0, path.rfind('/')));
     p.model(path.substr(1) + ".inp", getPassingModel(4));
     ASSERT_EQ(p.open(), 0) << p.getReport();
-    EXPECT_EQ(SwmmNodes[0].outside.inpFile, p.path + path + ".inp");
+    EXPECT_EQ(testModel().swmmNodes[0].outside.inpFile, p.path + path + ".inp");
     CoupledProject q(makeVorn(path + ".sti"));
     fs::create_directory(q.path + path.substr(0, path.rfind('/')));
     q.model(path.substr(1) + ".sti", getPassingPlant(4));
     ASSERT_EQ(q.open(), 0) << q.getReport();
-    EXPECT_EQ(VornNodes[0].outside.inpFile, q.path + path + ".sti");
+    EXPECT_EQ(testModel().vornNodes[0].outside.inpFile, q.path + path + ".sti");
 }
 
 TEST(ModelPath, LosesItsExtension) {
@@ -77,7 +78,7 @@ TEST(ModelPath, LosesItsExtension) {
     CoupledProject q(makeVorn("plant"));
     q.model("plant", "only there").model("plant.sti", getPassingPlant(4));
     EXPECT_EQ(q.open(), 0) << q.getReport();
-    EXPECT_EQ(VornNodes[0].outside.inpFile, q.path + "plant.sti");
+    EXPECT_EQ(testModel().vornNodes[0].outside.inpFile, q.path + "plant.sti");
 }
 
 TEST(ModelPath, OfAFolderPasses) {
@@ -112,8 +113,8 @@ TEST(ModelPath, OfAnotherNodeEndsTheChecks) {
     p.model("m.inp", getPassingModel(4)).model("m.txt", "");
     EXPECT_EQ(p.open(), 245);
     // "./m.inp" is another path, byte for byte.
-    EXPECT_EQ(SwmmNodes[2].outside.inpFile, p.path + "./m.inp");
-    EXPECT_STREQ(SwmmNodes[1].outside.inpFile, "m.txt");
+    EXPECT_EQ(testModel().swmmNodes[2].outside.inpFile, p.path + "./m.inp");
+    EXPECT_STREQ(testModel().swmmNodes[1].outside.inpFile, "m.txt");
     EXPECT_EQ(p.getErrors(), Strings{"ERROR 245: duplicate swmm inp path for swmm node B."});
 
     CoupledProject q(makeVorn("m.sti") + "Q m.sti NO\nINFLUENT NO C CE\n");
@@ -188,7 +189,7 @@ TEST(SwmmValidation, AModelThatDidNotOpenIsClosedAllTheSame) {
     CoupledProject p(makeSwmm("m.inp"));
     p.model("m.inp", getPassingModel(4, "refuse swmm_open 7\n"));
     EXPECT_EQ(p.open(), 233);
-    EXPECT_EQ(SwmmNodes[0].outside.isOpen, 1);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.isOpen, 1);
     p.takeCalls();
     tarnvelde_close();
     EXPECT_EQ(p.takeCalls(), Strings{"m swmm_close = 0"});
@@ -239,7 +240,7 @@ TEST(VornValidation, APlantThatDidNotOpenIsClosedAllTheSame) {
     CoupledProject p(makeVorn("m.sti"));
     p.model("m.sti", getPassingPlant(4, "refuse vorn_open 7\n"));
     EXPECT_EQ(p.open(), 924);
-    EXPECT_EQ(VornNodes[0].outside.isOpen, 1);
+    EXPECT_EQ(testModel().vornNodes[0].outside.isOpen, 1);
     p.takeCalls();
     tarnvelde_close();
     EXPECT_EQ(p.takeCalls(), Strings{"m vorn_close = 0"});
@@ -248,10 +249,10 @@ TEST(VornValidation, APlantThatDidNotOpenIsClosedAllTheSame) {
 // --- links of the records ------------------------------------------------------------------------------------------
 
 /// Gives the link of a loaded project another kind, and checks the node once more.
-static Strings validateWithKind(CoupledProject& p, int32_t kind, void (*validate)(int32_t), const char* node) {
-    Links[0].kind = kind;
-    validate(Records::findNode(node));
-    Links[0].kind = CONNECTION;
+static Strings validateWithKind(CoupledProject& p, int32_t kind, void (*validate)(Model&, int32_t), const char* node) {
+    testModel().links[0].kind = kind;
+    validate(testModel(), Records::findNode(node));
+    testModel().links[0].kind = CONNECTION;
     return p.getErrors();
 }
 

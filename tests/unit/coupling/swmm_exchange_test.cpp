@@ -11,6 +11,7 @@
 #include "links/link.h"
 #include "model/project.h"
 #include "support/engines.h"
+#include "support/model.h"
 
 using Strings = std::vector<std::string>;
 
@@ -82,11 +83,11 @@ TEST(SwmmInflows, KeepTheSignOfALoadOfAPipeThatIsZero) {
         20);
     p.model("m.inp", getPassingModel(20, "substances A\n"));
     p.start();
-    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& record = *testModel().swmmNodes[0].outside.inflows.head;
     p.step();
     EXPECT_FALSE(std::signbit(record.newLoad[0])) << "no firing yet, no load";
     p.step();  // the first firing
-    Link& link = Links[0];
+    Link& link = testModel().links[0];
     link.oldFlow = link.newFlow = -0.5;
     p.step();
     EXPECT_EQ(record.newFlow, -0.5);
@@ -111,8 +112,8 @@ TEST(SwmmRequests, ForALaterNodeReachNoEngine) {
     const std::string first = "swmm_step = 0 : " + showNumber(COUPLED_STEP_DAYS);
     const std::string second = "swmm_step = 0 : " + showNumber(2.0 * COUPLED_STEP_DAYS);
     EXPECT_EQ(p.takeCalls(), (Strings{"m " + first, "m " + second, "n " + first, "n " + second}));
-    EXPECT_TRUE(SwmmSettingRequests.empty());
-    EXPECT_TRUE(SwmmLoadRequests.empty());
+    EXPECT_TRUE(testModel().requests.swmmSettings.empty());
+    EXPECT_TRUE(testModel().requests.swmmLoads.empty());
 }
 
 // --- what the engine leaves unsaid ---------------------------------------------------------------------------------
@@ -139,13 +140,13 @@ static void expectLoads(PollutantCall isPollut, const Strings& asked, double a, 
         "[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT D\n");
     p.model("m.inp", getPassingModel(4, "substances A B\n"));
     p.start();
-    SwmmNodes[0].entries.swmm_isPollut = isPollut;
-    SwmmNodes[0].entries.swmm_getResult = tellFirstConcentration;
+    testModel().swmmNodes[0].entries.swmm_isPollut = isPollut;
+    testModel().swmmNodes[0].entries.swmm_getResult = tellFirstConcentration;
     p.step();
     Asked.clear();
     p.step();  // the engine is ahead by now, and steps once
     EXPECT_EQ(Asked, asked);
-    const CoupledFlow& record = *SwmmNodes[0].outside.outflows.head;
+    const CoupledFlow& record = *testModel().swmmNodes[0].outside.outflows.head;
     EXPECT_EQ(record.newFlow, 0.5);
     EXPECT_EQ(record.newLoad[0], a);
     EXPECT_EQ(record.newLoad[1], b);

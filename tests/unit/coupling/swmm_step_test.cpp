@@ -10,6 +10,7 @@
 #include "model/project.h"
 #include "support/coupledflow.h"
 #include "support/engines.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 using Strings = std::vector<std::string>;
@@ -127,7 +128,7 @@ TEST(SwmmCalls, OfARefusedStepAreThoseOfAnEngineThatIsOver) {
     EXPECT_EQ(p.takeCalls(),
               (Strings{"m swmm_setExtInflow \"IN\" 0 = 9", "m swmm_step = 9", "m swmm_getResult 1 \"OUT\" 4 = 9",
                        "m swmm_setExtInflow \"IN\" 1 = 9", "m swmm_step = 9", "m swmm_getResult 1 \"OUT\" 4 = 9"}));
-    EXPECT_EQ(SwmmNodes[0].outside.outflows.head->newFlow, 0.0);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.outflows.head->newFlow, 0.0);
 }
 
 TEST(SwmmCalls, PassLoadsOfAllPollutantsInTheirOrder) {
@@ -152,8 +153,8 @@ TEST(SwmmCalls, PassLoadsOfAllPollutantsInTheirOrder) {
     ASSERT_EQ(calls[10].rfind(passed, 0), 0u);
     EXPECT_NEAR(std::stod(calls[10].substr(passed.size())), load, 1e-12);
     EXPECT_EQ(calls[11], "m swmm_setExtPollutLoad \"IN\" \"B\" 0 = 0");
-    EXPECT_NEAR(SwmmNodes[0].outside.outflows.head->newLoad[0], load, 1e-12);
-    EXPECT_EQ(SwmmNodes[0].outside.outflows.head->newLoad[1], 0.0);
+    EXPECT_NEAR(testModel().swmmNodes[0].outside.outflows.head->newLoad[0], load, 1e-12);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.outflows.head->newLoad[1], 0.0);
 }
 
 TEST(SwmmCalls, OfTwoNodesFollowTheOrderOfTheNetwork) {
@@ -227,16 +228,16 @@ TEST(SwmmStart, ASecondRunIsTheFirstOnceMore) {
     p.takeCalls();
     const auto run = [&] {
         p.step(4);
-        const double in = FlowTotals.swmmInflow, out = FlowTotals.swmmOutflow;
+        const double in = testModel().totals.flow.swmmInflow, out = testModel().totals.flow.swmmOutflow;
         EXPECT_EQ(tarnvelde_end(), 0);
-        EXPECT_EQ(SwmmNodes[0].outside.inflows.head->newLoad, nullptr);
+        EXPECT_EQ(testModel().swmmNodes[0].outside.inflows.head->newLoad, nullptr);
         Strings calls = p.takeCalls();
         calls.push_back(showNumber(in) + " " + showNumber(out));
         return calls;
     };
     const Strings first = run();
     ASSERT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(SwmmNodes[0].outside.newTime, 0.0);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.newTime, 0.0);
     EXPECT_EQ(p.takeCalls(), Strings{"m swmm_start 1 = 0"});
     EXPECT_EQ(run(), first);
     ASSERT_EQ(tarnvelde_end(), 0);  // ended already
@@ -252,7 +253,7 @@ TEST(SwmmStart, AnEngineThatIsNotStartedAgainIsNotEndedAgain) {
     p.step();
     ASSERT_EQ(tarnvelde_end(), 0);
     p.takeCalls();
-    SwmmNodes[1].entries.swmm_start = [](int) { return 5; };
+    testModel().swmmNodes[1].entries.swmm_start = [](int) { return 5; };
     EXPECT_EQ(tarnvelde_start(0), 239);
     tarnvelde_close();
     const Strings ends = p.takeCalls("c swmm_end");
@@ -270,14 +271,14 @@ TEST(SwmmInflows, FlowsOfEqualNumbersAddUpAndLoadsDoNot) {
     p.start();
     setFlow(0.5);
     p.step();
-    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& record = *testModel().swmmNodes[0].outside.inflows.head;
     EXPECT_EQ(record.newFlow, 0.5);  // E has no record: its water is lost here, and counted nowhere
-    EXPECT_EQ(FlowTotals.swmmOutflow, COUPLED_STEP * 0.5);
+    EXPECT_EQ(testModel().totals.flow.swmmOutflow, COUPLED_STEP * 0.5);
     const double loads[] = {0.125};
-    swmm_takeInflow(0, 0, 2.0, loads);
+    swmm_takeInflow(testModel(), 0, 0, 2.0, loads);
     EXPECT_EQ(record.newFlow, 2.5);
     EXPECT_EQ(record.newLoad[0], 0.125);
-    EXPECT_EQ(FlowTotals.swmmOutflow, COUPLED_STEP * 0.5 + COUPLED_STEP * 2.0);
+    EXPECT_EQ(testModel().totals.flow.swmmOutflow, COUPLED_STEP * 0.5 + COUPLED_STEP * 2.0);
 }
 
 TEST(SwmmInflows, TheFirstRecordOfALinkTakesAll) {
@@ -286,10 +287,10 @@ TEST(SwmmInflows, TheFirstRecordOfALinkTakesAll) {
     p.start();
     setFlow(0.5);
     p.step();
-    const CoupledFlow* head = SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow* head = testModel().swmmNodes[0].outside.inflows.head;
     EXPECT_EQ(head->newFlow, 0.5);
     EXPECT_EQ(head->next->newFlow, 0.0);
-    EXPECT_EQ(FlowTotals.swmmOutflow, COUPLED_STEP * 0.5);
+    EXPECT_EQ(testModel().totals.flow.swmmOutflow, COUPLED_STEP * 0.5);
 }
 
 TEST(SwmmInflows, RunoffIsSetAndInNoTotal) {
@@ -297,12 +298,12 @@ TEST(SwmmInflows, RunoffIsSetAndInNoTotal) {
     p.model("m.inp", getPassingModel(4));
     p.start();
     const int32_t node = p.findNode("S");
-    swmm_takeRunoff(0, 0, 0.75);
-    swmm_takeRunoff(0, 0, 0.25);  // a second subcatchment of the number replaces the first
-    swmm_takeRunoff(0, 5, 9.0);   // nobody's
-    EXPECT_EQ(SwmmNodes[0].outside.inflows.head->newFlow, 0.25);
-    EXPECT_EQ(FlowTotals.swmmOutflow, 0.0);
-    EXPECT_EQ(Nodes[node].newLatFlow, 0.0);
+    swmm_takeRunoff(testModel(), 0, 0, 0.75);
+    swmm_takeRunoff(testModel(), 0, 0, 0.25);  // a second subcatchment of the number replaces the first
+    swmm_takeRunoff(testModel(), 0, 5, 9.0);   // nobody's
+    EXPECT_EQ(testModel().swmmNodes[0].outside.inflows.head->newFlow, 0.25);
+    EXPECT_EQ(testModel().totals.flow.swmmOutflow, 0.0);
+    EXPECT_EQ(testModel().nodes[node].newLatFlow, 0.0);
 }
 
 TEST(SwmmInflows, RunoffReachesTheEngine) {
@@ -314,20 +315,20 @@ TEST(SwmmInflows, RunoffReachesTheEngine) {
     p.model("m.inp", getPassingModel(4));
     p.start();
     p.takeCalls();
-    const Subcatch& b = Subcatches[0];
-    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    const Subcatch& b = testModel().subcatches[0];
+    const CoupledFlow& record = *testModel().swmmNodes[0].outside.inflows.head;
     double flows[3];
     for (double& flow : flows) {
         p.step();
-        const double f = subcatch_getWeight(OldRoutingTime);
+        const double f = subcatch_getWeight(testModel(), testModel().clock.oldRoutingTime);
         EXPECT_EQ(record.newFlow, f * b.thisRunoff + (1.0 - f) * b.lastRunoff);
         EXPECT_EQ(p.node("S").newLatFlow, 0.0);
         flow = record.newFlow;
     }
     EXPECT_GT(flows[0], 0.05);  // of the 0.1 m3/s that fall
     EXPECT_LT(flows[2], 0.1);
-    EXPECT_EQ(FlowTotals.wetWeatherInflow, 0.0);
-    EXPECT_EQ(FlowTotals.swmmOutflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.wetWeatherInflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.swmmOutflow, 0.0);
     // The engine is one step ahead, exactly at the new routing clock.
     EXPECT_EQ(p.takeCalls("m swmm_setExtInflow"), (Strings{inflowCall("IN", 0.0), inflowCall("IN", flows[0]),
                                                            inflowCall("IN", flows[1]), inflowCall("IN", flows[2])}));
@@ -340,13 +341,13 @@ TEST(SwmmInflows, OfALaggedLinkAreThoseOfTheStepBefore) {
         4);
     p.model("m.inp", getPassingModel(4, "substances A\n"));
     p.start();
-    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& record = *testModel().swmmNodes[0].outside.inflows.head;
     for (int k = 0; k < 3; ++k) {
         p.step();
         EXPECT_EQ(record.newFlow, k > 0 ? 0.5 : 0.0);
         EXPECT_NEAR(record.newLoad[0], k > 0 ? 0.5 * 8.0 / 1000.0 : 0.0, 1e-15);
-        EXPECT_EQ(FlowTotals.swmmOutflow, k * 0.5 * COUPLED_STEP);
-        EXPECT_NEAR(QualTotals[0].swmmOutflow, k * 0.004 * COUPLED_STEP, 1e-12);
+        EXPECT_EQ(testModel().totals.flow.swmmOutflow, k * 0.5 * COUPLED_STEP);
+        EXPECT_NEAR(testModel().totals.quality[0].swmmOutflow, k * 0.004 * COUPLED_STEP, 1e-12);
     }
 }
 
@@ -357,8 +358,8 @@ TEST(SwmmInflows, OfTheNodeItselfPileUp) {
     p.step(3);
     EXPECT_EQ(p.node("S").newLatFlow, 3 * 0.125);
     EXPECT_EQ(p.node("S").newInflow, 3 * 0.125);
-    EXPECT_EQ(SwmmNodes[0].outside.inflows.head->newFlow, 0.0);
-    EXPECT_EQ(FlowTotals.dryWeatherInflow, COUPLED_STEP * 0.125 * 3);
+    EXPECT_EQ(testModel().swmmNodes[0].outside.inflows.head->newFlow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.dryWeatherInflow, COUPLED_STEP * 0.125 * 3);
 }
 
 TEST(SwmmInflows, OfAPipeThatHasNotFiredAreNothing) {
@@ -369,11 +370,11 @@ TEST(SwmmInflows, OfAPipeThatHasNotFiredAreNothing) {
     p.model("m.inp", getPassingModel(6, "substances A\n"));
     p.start();
     p.step();
-    EXPECT_EQ(FlowTotals.swmmOutflow, 0.0);
-    EXPECT_EQ(QualTotals[0].swmmOutflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.swmmOutflow, 0.0);
+    EXPECT_EQ(testModel().totals.quality[0].swmmOutflow, 0.0);
     p.step(4);
-    EXPECT_GT(FlowTotals.swmmOutflow, 0.0);
-    EXPECT_GT(QualTotals[0].swmmOutflow, 0.0);
+    EXPECT_GT(testModel().totals.flow.swmmOutflow, 0.0);
+    EXPECT_GT(testModel().totals.quality[0].swmmOutflow, 0.0);
 }
 
 TEST(SwmmInflows, OfALaggedPipeAreThoseOfAStepBefore) {
@@ -386,7 +387,7 @@ TEST(SwmmInflows, OfALaggedPipeAreThoseOfAStepBefore) {
         6);
     p.model("m.inp", getPassingModel(6, "substances A\n"));
     p.start();
-    const CoupledFlow& record = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& record = *testModel().swmmNodes[0].outside.inflows.head;
     const double first = 2.0 / 3.0, second = (2.0 / 2.0 + (2.0 - first)) / 1.5;
     p.step(2);
     EXPECT_DOUBLE_EQ(record.newFlow, first);
@@ -404,7 +405,7 @@ TEST(SwmmInflows, OfTwoPipesHaveLoadsOfTheirOwn) {
         8);
     p.model("m.inp", getPassingModel(8, "substances A\n"));
     p.start();
-    const CoupledFlow& first = *SwmmNodes[0].outside.inflows.head;
+    const CoupledFlow& first = *testModel().swmmNodes[0].outside.inflows.head;
     const CoupledFlow& second = *first.next;
     for (int k = 0; k < 8; ++k) {
         p.step();
@@ -442,7 +443,8 @@ TEST(SwmmRequests, ReachTheEngineInEachOfItsStepsAndAreGone) {
         const auto first = calls.begin() + static_cast<std::ptrdiff_t>(12 * engineStep);
         EXPECT_EQ(Strings(first, first + 8), requests);
     }
-    EXPECT_TRUE(SwmmInflowRequests.empty() && SwmmSettingRequests.empty() && SwmmLoadRequests.empty());
+    EXPECT_TRUE(testModel().requests.swmmInflows.empty() && testModel().requests.swmmSettings.empty() &&
+                testModel().requests.swmmLoads.empty());
     p.step();
     for (const std::string& call : p.takeCalls()) {
         EXPECT_EQ(call.find("\"OUT\" 2 "), std::string::npos);
@@ -464,7 +466,7 @@ TEST(SwmmRequests, ForANodeThatIsAheadOrLaterAreDropped) {
     for (const std::string& call : p.takeCalls()) {
         EXPECT_EQ(call.find("setExtInflow"), std::string::npos) << call;
     }
-    EXPECT_TRUE(SwmmInflowRequests.empty());
+    EXPECT_TRUE(testModel().requests.swmmInflows.empty());
 }
 
 TEST(SwmmRequests, ArePassedByPlantsUntouched) {
@@ -494,11 +496,11 @@ TEST(SwmmRequests, WaitForTheFirstStepAndGoAtTheClose) {
     ASSERT_EQ(p.open(), 0);
     ASSERT_EQ(tarnvelde_setSwmmExtInflow("S", "OUT", 1.0), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(SwmmInflowRequests.size(), 1u);
+    EXPECT_EQ(testModel().requests.swmmInflows.size(), 1u);
     ASSERT_EQ(tarnvelde_end(), 0);
-    EXPECT_EQ(SwmmInflowRequests.size(), 1u);
+    EXPECT_EQ(testModel().requests.swmmInflows.size(), 1u);
     tarnvelde_close();
-    EXPECT_TRUE(SwmmInflowRequests.empty());
+    EXPECT_TRUE(testModel().requests.swmmInflows.empty());
 }
 
 TEST(SwmmRequests, OfAnotherNodesIndexAreNeverUsed) {
@@ -512,7 +514,7 @@ TEST(SwmmRequests, OfAnotherNodesIndexAreNeverUsed) {
     for (const std::string& call : p.takeCalls()) {
         EXPECT_EQ(call.find("\"OUT\" 1 "), std::string::npos) << call;
     }
-    EXPECT_TRUE(SwmmInflowRequests.empty());
+    EXPECT_TRUE(testModel().requests.swmmInflows.empty());
 }
 
 // --- rules ---------------------------------------------------------------------------------------------------------
@@ -601,8 +603,8 @@ TEST(SwmmBooks, AgreeWithTheTotalsOfTheNetwork) {
     for (int k = 0; k < STEPS; ++k) {
         setFlow(0.125 * (1 + k % 4));
         p.step();
-        lastFlow = SwmmNodes[0].outside.inflows.head->newFlow;
-        lastLoad = SwmmNodes[0].outside.inflows.head->newLoad[0];
+        lastFlow = testModel().swmmNodes[0].outside.inflows.head->newFlow;
+        lastLoad = testModel().swmmNodes[0].outside.inflows.head->newLoad[0];
     }
     tarnvelde_end();
     const std::string book = p.takeCalls("m swmm_end").at(0);
@@ -611,11 +613,11 @@ TEST(SwmmBooks, AgreeWithTheTotalsOfTheNetwork) {
     EXPECT_NEAR(mass[0], mass[1] + mass[2], 1e-9 * mass[0]);
     EXPECT_GT(water[2], 0.0);
     // The engine is a step ahead: of what the network has given, the last step's share comes too late for it.
-    EXPECT_NEAR(FlowTotals.swmmOutflow - COUPLED_STEP * lastFlow, water[0], 1e-9 * water[0]);
-    EXPECT_NEAR(QualTotals[0].swmmOutflow - COUPLED_STEP * lastLoad, mass[0], 1e-9 * mass[0]);
+    EXPECT_NEAR(testModel().totals.flow.swmmOutflow - COUPLED_STEP * lastFlow, water[0], 1e-9 * water[0]);
+    EXPECT_NEAR(testModel().totals.quality[0].swmmOutflow - COUPLED_STEP * lastLoad, mass[0], 1e-9 * mass[0]);
     // All that leaves the model reaches the outfall; a connection counts its water a step late, its mass at once.
-    EXPECT_NEAR(FlowTotals.externalOutflow, water[1], 1e-9 * water[1]);
-    EXPECT_NEAR(QualTotals[0].externalOutflow, mass[1], 1e-9 * mass[1]);
-    EXPECT_NEAR(FlowTotals.swmmInflow + COUPLED_STEP * p.link("D").newFlow, water[1], 1e-9 * water[1]);
-    EXPECT_NEAR(QualTotals[0].swmmInflow, mass[1], 1e-9 * mass[1]);
+    EXPECT_NEAR(testModel().totals.flow.externalOutflow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(testModel().totals.quality[0].externalOutflow, mass[1], 1e-9 * mass[1]);
+    EXPECT_NEAR(testModel().totals.flow.swmmInflow + COUPLED_STEP * p.link("D").newFlow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(testModel().totals.quality[0].swmmInflow, mass[1], 1e-9 * mass[1]);
 }

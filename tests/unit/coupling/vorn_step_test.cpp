@@ -10,6 +10,7 @@
 #include "nodes/inflows.h"
 #include "support/coupledflow.h"
 #include "support/engines.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 using Strings = std::vector<std::string>;
@@ -69,7 +70,8 @@ TEST(VornCalls, OfAWholeRunWithEqualSteps) {
     EXPECT_NEAR(readValue(calls[20]), 128.0 * 0.12, 1e-12);
     EXPECT_NEAR(readValue(calls[21]), 2.0, 1e-12);
     // The factors of the effluent's points have no effect.
-    EXPECT_NEAR(VornNodes[0].outside.outflows.head->newLoad[0], (128.0 * 0.12 + 2.0 + 3.0) * 0.5 / 1000.0, 1e-15);
+    EXPECT_NEAR(testModel().vornNodes[0].outside.outflows.head->newLoad[0], (128.0 * 0.12 + 2.0 + 3.0) * 0.5 / 1000.0,
+                1e-15);
     p.step();
     EXPECT_EQ(p.takeCalls("m vorn_step"), Strings{"m vorn_step = 0 : 0"});  // over: the third step was the last
     p.step();
@@ -136,8 +138,8 @@ TEST(VornCalls, ThatAreRefusedGiveNothing) {
     p.takeCalls();
     p.step();
     EXPECT_EQ(p.takeCalls().size(), 11u);
-    EXPECT_EQ(VornNodes[0].outside.outflows.head->newFlow, 0.0);
-    EXPECT_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 0.0);
+    EXPECT_EQ(testModel().vornNodes[0].outside.outflows.head->newFlow, 0.0);
+    EXPECT_EQ(testModel().vornNodes[0].outside.outflows.head->newLoad[0], 0.0);
 }
 
 TEST(VornStart, AFailureStopsTheStart) {
@@ -165,9 +167,9 @@ TEST(VornInflows, TwoInfluentsOfOneLinkEachTakeTheWholeFlow) {
     p.model("m.sti", getPassingPlant(4));
     p.start();
     p.step();
-    EXPECT_EQ(FlowTotals.vornOutflow, 2 * DT * 0.5);
-    EXPECT_NEAR(QualTotals[0].vornOutflow, 2 * DT * 0.032, 1e-12);
-    for (const CoupledFlow* record = VornNodes[0].outside.inflows.head; record; record = record->next) {
+    EXPECT_EQ(testModel().totals.flow.vornOutflow, 2 * DT * 0.5);
+    EXPECT_NEAR(testModel().totals.quality[0].vornOutflow, 2 * DT * 0.032, 1e-12);
+    for (const CoupledFlow* record = testModel().vornNodes[0].outside.inflows.head; record; record = record->next) {
         EXPECT_EQ(record->newFlow, 0.5);
         EXPECT_NEAR(record->newLoad[0], 64.0, 1e-12);
     }
@@ -213,8 +215,9 @@ TEST(VornInflows, PointsOfTheOtherTypeAreUsedAsTheyStandOrPassedOver) {
     EXPECT_EQ(calls[8], inCall("I", 2, 0.5 * 2.0 * 1.0));
     EXPECT_EQ(calls[10], "m vorn_getExtOutflow \"E\" 0 = 0 : 0.5");
     EXPECT_EQ(calls[11].rfind("m vorn_getExtOutflow \"E\" 2 = 0 : ", 0), 0u);  // pollutant 1 as component 1
-    EXPECT_NEAR(VornNodes[0].outside.outflows.head->newLoad[0], 64.0 * 0.12 * 0.5 / 1000.0, 1e-15);
-    EXPECT_EQ(VornNodes[0].outside.outflows.head->newLoad[1], 6.0 * 0.5 / 1000.0);  // constituent 1 as pollutant 1
+    EXPECT_NEAR(testModel().vornNodes[0].outside.outflows.head->newLoad[0], 64.0 * 0.12 * 0.5 / 1000.0, 1e-15);
+    EXPECT_EQ(testModel().vornNodes[0].outside.outflows.head->newLoad[1],
+              6.0 * 0.5 / 1000.0);  // constituent 1 as pollutant 1
 }
 
 TEST(VornInflows, OfAPipeThatHasNotFiredApplyEveryPointToNothing) {
@@ -227,9 +230,9 @@ TEST(VornInflows, OfAPipeThatHasNotFiredApplyEveryPointToNothing) {
     p.start();
     p.step();
     for (int c = 0; c < CONSTITUENT_COUNT; ++c) {
-        EXPECT_EQ(VornNodes[0].outside.inflows.head->newLoad[c], 0.0);
+        EXPECT_EQ(testModel().vornNodes[0].outside.inflows.head->newLoad[c], 0.0);
     }
-    EXPECT_EQ(FlowTotals.vornOutflow, 0.0);
+    EXPECT_EQ(testModel().totals.flow.vornOutflow, 0.0);
 }
 
 TEST(VornInflows, RunoffStaysInTheNode) {
@@ -239,7 +242,7 @@ TEST(VornInflows, RunoffStaysInTheNode) {
     p.node("P").newLatFlow += 0.25;  // as runoff, or an inflow of the node, would
     p.step(2);
     EXPECT_EQ(p.node("P").newLatFlow, 0.25);
-    EXPECT_EQ(VornNodes[0].outside.inflows.head->newFlow, 0.5);
+    EXPECT_EQ(testModel().vornNodes[0].outside.inflows.head->newFlow, 0.5);
 }
 
 TEST(VornInflows, RunoffOfALandStaysInTheNodeAndIsWetWeather) {
@@ -250,18 +253,18 @@ TEST(VornInflows, RunoffOfALandStaysInTheNodeAndIsWetWeather) {
         3);
     p.model("m.sti", getPassingPlant(3));
     p.start();
-    const Subcatch& b = Subcatches[0];
+    const Subcatch& b = testModel().subcatches[0];
     double sum = 0.0;
     for (int k = 0; k < 3; ++k) {
         p.step();
-        const double f = subcatch_getWeight(OldRoutingTime);
+        const double f = subcatch_getWeight(testModel(), testModel().clock.oldRoutingTime);
         sum += f * b.thisRunoff + (1.0 - f) * b.lastRunoff;
         EXPECT_DOUBLE_EQ(p.node("P").newLatFlow, sum);  // what comes in piles up
-        EXPECT_DOUBLE_EQ(FlowTotals.wetWeatherInflow, DT * sum);
+        EXPECT_DOUBLE_EQ(testModel().totals.flow.wetWeatherInflow, DT * sum);
     }
-    EXPECT_GT(sum, 0.15);                                        // of 0.1 m3/s that fall, three times
-    EXPECT_EQ(VornNodes[0].outside.inflows.head->newFlow, 0.5);  // of the link of the same number
-    EXPECT_EQ(FlowTotals.vornOutflow, 3 * DT * 0.5);
+    EXPECT_GT(sum, 0.15);                                                    // of 0.1 m3/s that fall, three times
+    EXPECT_EQ(testModel().vornNodes[0].outside.inflows.head->newFlow, 0.5);  // of the link of the same number
+    EXPECT_EQ(testModel().totals.flow.vornOutflow, 3 * DT * 0.5);
 }
 
 // --- states --------------------------------------------------------------------------------------------------------
@@ -274,7 +277,7 @@ TEST(VornStates, OfAllConstituentsRoll) {
                      4);
     p.model("m.sti", getPassingPlant(4));
     p.start();
-    const CoupledFlow& record = *VornNodes[0].outside.inflows.head;
+    const CoupledFlow& record = *testModel().vornNodes[0].outside.inflows.head;
     const double amounts[CONSTITUENT_COUNT] = {64.0, 1.0, 3.0, 1.0, 5.0, 2.5};  // g/s, of 0.5 m3/s
     for (int step = 1; step <= 3; ++step) {
         p.step();
@@ -295,7 +298,7 @@ TEST(VornStates, OfAllPollutantsRoll) {
     CoupledProject p("[POLLUTANTS]\nB 0\n" + Through + Constants + "CE A CONSTANT 3 1\nCE B CONSTANT 5 1\n", 4);
     p.model("m.sti", getPassingPlant(4));
     p.start();
-    const CoupledFlow& record = *VornNodes[0].outside.outflows.head;
+    const CoupledFlow& record = *testModel().vornNodes[0].outside.outflows.head;
     for (int step = 1; step <= 3; ++step) {
         p.step();
         EXPECT_DOUBLE_EQ(record.newLoad[0], 5.0 * 0.5 / 1000.0) << "step " << step;  // B
@@ -312,7 +315,7 @@ TEST(VornOutflows, EachTakesItsOwnConverter) {
     p.model("m.sti", getPassingPlant(4));
     p.start();
     p.step();
-    const CoupledFlow& record = *VornNodes[0].outside.outflows.head;
+    const CoupledFlow& record = *testModel().vornNodes[0].outside.outflows.head;
     EXPECT_EQ(record.newFlow, 0.5);
     EXPECT_EQ(record.next->newFlow, 0.5);
     EXPECT_DOUBLE_EQ(record.newLoad[0], 0.0015);
@@ -323,7 +326,7 @@ TEST(VornOutflows, ThatThePlantDoesNotStoreAreNothing) {
     CoupledProject p(Through + Constants + "CE A POLLUTANT S_F 1\nCE A POLLUTANT S_NH4 1\n", 4);
     p.model("m.sti", getPassingPlant(4));
     p.start();
-    VornNodes[0].entries.vorn_getExtOutflow = [](const char*, int index, double* value) {
+    testModel().vornNodes[0].entries.vorn_getExtOutflow = [](const char*, int index, double* value) {
         switch (index) {
             case 0: *value = 0.5; return 0;
             case 2: *value = 8.0; return 0;  // S_F
@@ -332,8 +335,8 @@ TEST(VornOutflows, ThatThePlantDoesNotStoreAreNothing) {
     };
     p.step();
     // The concentration of S_F doesn't stay for S_NH4.
-    EXPECT_EQ(VornNodes[0].outside.outflows.head->newFlow, 0.5);
-    EXPECT_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 8.0 * 0.5 / 1000.0);
+    EXPECT_EQ(testModel().vornNodes[0].outside.outflows.head->newFlow, 0.5);
+    EXPECT_EQ(testModel().vornNodes[0].outside.outflows.head->newLoad[0], 8.0 * 0.5 / 1000.0);
 }
 
 TEST(VornOutflows, ThatAreSubtractedLeaveNothingNegative) {
@@ -341,12 +344,12 @@ TEST(VornOutflows, ThatAreSubtractedLeaveNothingNegative) {
     p.model("m.sti", getPassingPlant(4));
     p.start();
     p.step();
-    EXPECT_DOUBLE_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 2.0 * 0.5 / 1000.0);
+    EXPECT_DOUBLE_EQ(testModel().vornNodes[0].outside.outflows.head->newLoad[0], 2.0 * 0.5 / 1000.0);
     CoupledProject q(Through + Constants + "CE A CONSTANT 5 1\nCE A CONSTANT 3 1 SUBTRACT\nCE A CONSTANT 2 1\n", 4);
     q.model("m.sti", getPassingPlant(4));
     q.start();
     q.step();
-    EXPECT_DOUBLE_EQ(VornNodes[0].outside.outflows.head->newLoad[0], 4.0 * 0.5 / 1000.0);
+    EXPECT_DOUBLE_EQ(testModel().vornNodes[0].outside.outflows.head->newLoad[0], 4.0 * 0.5 / 1000.0);
 }
 
 TEST(VornOutflows, AreMultipliedAndThenDivided) {
@@ -359,7 +362,7 @@ TEST(VornOutflows, AreMultipliedAndThenDivided) {
     p.start();
     setFlow(flow);
     p.step();
-    const CoupledFlow& record = *VornNodes[0].outside.outflows.head;
+    const CoupledFlow& record = *testModel().vornNodes[0].outside.outflows.head;
     EXPECT_EQ(record.newFlow, flow);
     EXPECT_EQ(record.newLoad[0], concentration * flow / 1000.0);
 }
@@ -381,7 +384,7 @@ TEST(VornBooks, AgreeWithTheTotalsOfTheNetwork) {
     p.model("m.sti", getPeriod(STEPS) + "step 675\ninfluent I\neffluent E\nbasin 5400\n");
     p.start();
     p.step(STEPS);
-    const CoupledFlow& in = *VornNodes[0].outside.inflows.head;
+    const CoupledFlow& in = *testModel().vornNodes[0].outside.inflows.head;
     const double lastFlow = in.newFlow, lastLoad = in.newLoad[0] / 1000.0;
     tarnvelde_end();
     std::istringstream book(p.takeCalls("m vorn_end").at(0));
@@ -398,12 +401,12 @@ TEST(VornBooks, AgreeWithTheTotalsOfTheNetwork) {
     EXPECT_NEAR(water[0], water[1] + water[2], 1e-9 * water[0]);
     EXPECT_NEAR(cod[0], cod[1] + cod[2], 1e-9 * cod[0]);
     // The plant is a step ahead: the last step's share of what the network has given comes too late for it.
-    EXPECT_NEAR(FlowTotals.vornOutflow - DT * lastFlow, water[0], 1e-9 * water[0]);
-    EXPECT_NEAR(QualTotals[0].vornOutflow - DT * lastLoad, cod[0] / 1000.0, 1e-12 * cod[0]);
-    EXPECT_NEAR(FlowTotals.externalOutflow, water[1], 1e-9 * water[1]);
-    EXPECT_NEAR(QualTotals[0].externalOutflow, cod[1] / 1000.0, 1e-12 * cod[1]);
-    EXPECT_NEAR(FlowTotals.vornInflow + DT * p.link("D").newFlow, water[1], 1e-9 * water[1]);
-    EXPECT_NEAR(QualTotals[0].vornInflow, cod[1] / 1000.0, 1e-12 * cod[1]);
+    EXPECT_NEAR(testModel().totals.flow.vornOutflow - DT * lastFlow, water[0], 1e-9 * water[0]);
+    EXPECT_NEAR(testModel().totals.quality[0].vornOutflow - DT * lastLoad, cod[0] / 1000.0, 1e-12 * cod[0]);
+    EXPECT_NEAR(testModel().totals.flow.externalOutflow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(testModel().totals.quality[0].externalOutflow, cod[1] / 1000.0, 1e-12 * cod[1]);
+    EXPECT_NEAR(testModel().totals.flow.vornInflow + DT * p.link("D").newFlow, water[1], 1e-9 * water[1]);
+    EXPECT_NEAR(testModel().totals.quality[0].vornInflow, cod[1] / 1000.0, 1e-12 * cod[1]);
 }
 
 /// The figure of a row of a table of the report, as it stands there.
@@ -431,7 +434,7 @@ TEST(CoupledReport, HoldsTheVolumesAndTheMassesOfBothKinds) {
     p.start();
     p.step(8);
     ASSERT_EQ(tarnvelde_report(), 0);
-    const double flowError = FlowError, qualityError = QualityError;
+    const double flowError = testModel().totals.flowError, qualityError = testModel().totals.qualityError;
     tarnvelde_end();
     tarnvelde_close();
     const std::string report = p.getReport();

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/lineerrors.h"
+#include "support/model.h"
 
 TEST(EvaporationLines, AreRefused) {
     expectRefused("[EVAPORATION]", "DAILY 1", "ERROR 205: invalid keyword DAILY ");
@@ -18,7 +19,12 @@ TEST(EvaporationLines, MayBeGoodOnce) {
     EXPECT_EQ(getErrors("[EVAPORATION]\nCONSTANT x\nCONSTANT -1\nMONTHLY\n"),
               lineError("ERROR 211: invalid number x ", LINES_BEFORE + 2, "[EVAPORATION]", "CONSTANT x\n") +
                   lineError("ERROR 217: invalid input line ", LINES_BEFORE + 4, "[EVAPORATION]", "MONTHLY\n"));
-    EXPECT_EQ(Evap.constant, -1.0);
+}
+
+TEST(EvaporationLines, AreTakenBesideAWrongOne) {
+    const Project project(getGeneral(10) + NETWORK + "[EVAPORATION]\nCONSTANT x\nCONSTANT -1\n");
+    EXPECT_EQ(project.open(), 200);
+    EXPECT_EQ(testModel().evap->constant, -1.0);
 }
 
 TEST(EvaporationLines, AreTestedForTheirWordBeforeTheyAreASecondOne) {

@@ -10,6 +10,7 @@
 #include "hydrology/gage.h"
 #include "nodes/node.h"
 #include "support/land.h"
+#include "support/model.h"
 #include "text/datetime.h"
 
 namespace {
@@ -62,22 +63,22 @@ TEST_F(GageSeriesTest, EveryFollowerIsComparedWithTheFirst) {
 
 TEST_F(GageSeriesTest, EveryFollowerFollowsTheFirst) {
     ASSERT_EQ(open(makeProject("G VOLUME 0:05 T\nH VOLUME 0:05 T\nI VOLUME 0:05 T\n", {"G", "H", "I"})), 0);
-    EXPECT_EQ(Gages[0].coGage, -1);
-    EXPECT_EQ(Gages[1].coGage, 0);
-    EXPECT_EQ(Gages[2].coGage, 0) << "not the follower ahead of it";
+    EXPECT_EQ(testModel().gages[0].coGage, -1);
+    EXPECT_EQ(testModel().gages[1].coGage, 0);
+    EXPECT_EQ(testModel().gages[2].coGage, 0) << "not the follower ahead of it";
 }
 
 TEST_F(GageSeriesTest, FollowerFindsItsEventsByItsOwnInterval) {
     LandProject project = makeProject("G VOLUME 0:05 T\nH VOLUME 0:10 T\n", {"G", "H"});
     project.series = "T 0:00 3\nT 0:05 4\nT 0:10 0\nT 1:00 0\n";
     ASSERT_EQ(start(project), 0);
-    ASSERT_EQ(Gages[1].coGage, 0);
+    ASSERT_EQ(testModel().gages[1].coGage, 0);
     // Samples of G: 3, 4, 0 ...; of H, every ten minutes: 3, 0 ...
     const double totals[] = {3.0 + 4.0, 3.0};
     for (size_t k = 0; k < 2; ++k) {
-        ASSERT_NE(Gages[k].events, nullptr) << "no event of gage " << Gages[k].name;
-        EXPECT_NEAR(Gages[k].events->total, totals[k], 1e-7) << Gages[k].name;
-        EXPECT_EQ(Gages[k].events->next, nullptr) << "a second event of gage " << Gages[k].name;
+        ASSERT_NE(testModel().gages[k].events, nullptr) << "no event of gage " << testModel().gages[k].name;
+        EXPECT_NEAR(testModel().gages[k].events->total, totals[k], 1e-7) << testModel().gages[k].name;
+        EXPECT_EQ(testModel().gages[k].events->next, nullptr) << "a second event of gage " << testModel().gages[k].name;
     }
 }
 
@@ -88,20 +89,20 @@ TEST_F(GageSeriesTest, GageOfALidNodeAloneMayShareTheSeriesOfAnInflow) {
     project.series += "T2 0:00 6\n";
     project.more = LID_NODE + INFLOW_ON_T;
     ASSERT_EQ(open(project), 0) << readReport();
-    EXPECT_EQ(Gages[1].isUsed, 1) << "it rains there all the same";
+    EXPECT_EQ(testModel().gages[1].isUsed, 1) << "it rains there all the same";
 }
 
 TEST_F(GageSeriesTest, GageOfALidNodeAloneNeitherLeadsNorFollows) {
     LandProject project = makeProject("U VOLUME 0:05 T\nG INTENSITY 0:05 T\n", {"G"});
     project.more = LID_NODE;
     ASSERT_EQ(open(project), 0) << "formats may differ\n" << readReport();
-    EXPECT_EQ(Gages[0].coGage, -1);
-    EXPECT_EQ(Gages[1].coGage, -1);
+    EXPECT_EQ(testModel().gages[0].coGage, -1);
+    EXPECT_EQ(testModel().gages[1].coGage, -1);
     tarnvelde_close();
     project.gages = "G INTENSITY 0:05 T\nU VOLUME 0:05 T\n";
     ASSERT_EQ(open(project), 0) << "nor behind the other\n" << readReport();
-    EXPECT_EQ(Gages[0].coGage, -1);
-    EXPECT_EQ(Gages[1].coGage, -1);
+    EXPECT_EQ(testModel().gages[0].coGage, -1);
+    EXPECT_EQ(testModel().gages[1].coGage, -1);
 }
 
 TEST_F(GageSeriesTest, GageOfALidNodeAloneAndAnotherMissWhatTheOtherHasRead) {
@@ -114,9 +115,10 @@ TEST_F(GageSeriesTest, GageOfALidNodeAloneAndAnotherMissWhatTheOtherHasRead) {
     const std::array<double, 5> ofU = {12.0, 24.0, 36.0, 0.0, 60.0};
     const std::array<double, 5> ofG = {12.0, 24.0, 0.0, 48.0, 0.0};
     for (size_t k = 0; k < 5; ++k) {
-        gage_advance(datetime_addSeconds(StartDateTime, 300.0 * static_cast<double>(k)));
-        EXPECT_NEAR(Gages[0].rain / MM_PER_HOUR, ofU[k], 1e-12) << "U, period " << k;
-        EXPECT_NEAR(Gages[1].rain / MM_PER_HOUR, ofG[k], 1e-12) << "G, period " << k;
+        gage_advance(testModel(),
+                     datetime_addSeconds(testModel().options.startDateTime, 300.0 * static_cast<double>(k)));
+        EXPECT_NEAR(testModel().gages[0].rain / MM_PER_HOUR, ofU[k], 1e-12) << "U, period " << k;
+        EXPECT_NEAR(testModel().gages[1].rain / MM_PER_HOUR, ofG[k], 1e-12) << "G, period " << k;
     }
 }
 
@@ -140,7 +142,7 @@ protected:
             ASSERT_EQ(tarnvelde_start(0), 0);
             for (double& flow : flows) {
                 ASSERT_EQ(tarnvelde_step(nullptr), 0);
-                flow = Nodes[0].newLatFlow;
+                flow = testModel().nodes[0].newLatFlow;
             }
             runToEnd();
             tarnvelde_end();

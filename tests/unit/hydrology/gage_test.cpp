@@ -10,6 +10,7 @@
 #include "model/arena.h"
 #include "model/timeseries.h"
 #include "support/land.h"
+#include "support/model.h"
 #include "text/datetime.h"
 
 namespace {
@@ -23,8 +24,8 @@ class GageTest : public LandTest {
 protected:
     /// Rain of the first gage at a time, mm/h, by a walk forward.
     static double rainAt(DateTime date) {
-        gage_advance(date);
-        return Gages[0].rain / MM_PER_HOUR;
+        gage_advance(testModel(), date);
+        return testModel().gages[0].rain / MM_PER_HOUR;
     }
 
     void openSeries(const std::string& series, const std::string& gage = "G INTENSITY 0:05 T\n") {
@@ -32,7 +33,7 @@ protected:
         project.gages = gage;
         project.series = series;
         ASSERT_EQ(open(project), 0) << readReport();
-        gage_initRain(0);
+        gage_initRain(testModel(), 0);
     }
 };
 
@@ -42,21 +43,21 @@ TEST_F(GageTest, LineStoresFormatIntervalAndSeries) {
     LandProject project;
     project.gages = "A volume 0:15 T further words\nG INTENSITY 0.5 T\n";
     ASSERT_EQ(open(project), 0);
-    EXPECT_STREQ(Gages[0].name, "A");
-    EXPECT_EQ(Gages[0].format, RAIN_VOLUME);
-    EXPECT_EQ(Gages[0].interval, 900);
-    EXPECT_EQ(Gages[0].series, 0);
-    EXPECT_EQ(Gages[0].coGage, -1);
-    EXPECT_EQ(Gages[0].isUsed, 0);
-    EXPECT_EQ(Gages[1].interval, 1800) << "a plain number is hours";
-    EXPECT_EQ(Gages[1].isUsed, 1);
+    EXPECT_STREQ(testModel().gages[0].name, "A");
+    EXPECT_EQ(testModel().gages[0].format, RAIN_VOLUME);
+    EXPECT_EQ(testModel().gages[0].interval, 900);
+    EXPECT_EQ(testModel().gages[0].series, 0);
+    EXPECT_EQ(testModel().gages[0].coGage, -1);
+    EXPECT_EQ(testModel().gages[0].isUsed, 0);
+    EXPECT_EQ(testModel().gages[1].interval, 1800) << "a plain number is hours";
+    EXPECT_EQ(testModel().gages[1].isUsed, 1);
 }
 
 TEST_F(GageTest, IntervalIsRoundedToWholeSeconds) {
     LandProject project;
     project.gages = "G INTENSITY 0.00042 T\n";  // 1.512 s
     ASSERT_EQ(open(project), 0);
-    EXPECT_EQ(Gages[0].interval, 2);
+    EXPECT_EQ(testModel().gages[0].interval, 2);
 }
 
 struct BadGageLine {
@@ -101,7 +102,7 @@ TEST_F(GageTest, LongestIntervalPasses) {
     LandProject project;
     project.gages = "G INTENSITY 596523.2353 T\n";  // 2147483647 s
     ASSERT_EQ(open(project), 0);
-    EXPECT_EQ(Gages[0].interval, 2147483647);
+    EXPECT_EQ(testModel().gages[0].interval, 2147483647);
 }
 
 // --- rain ----------------------------------------------------------------------------------------------------------
@@ -132,7 +133,7 @@ TEST_F(GageTest, EntriesFurtherApartLeaveDryTime) {
 
 TEST_F(GageTest, SeriesBehindTheStartIsDryBeforeIt) {
     openSeries("T 1:00 12\nT 1:05 24\n");
-    EXPECT_EQ(Gages[0].rain, 0.0);
+    EXPECT_EQ(testModel().gages[0].rain, 0.0);
     EXPECT_EQ(rainAt(at(0, 0)), 0.0);
     EXPECT_EQ(rainAt(at(0, 59)), 0.0);
     EXPECT_NEAR(rainAt(at(1, 0)), 12.0, 1e-12);
@@ -148,15 +149,15 @@ TEST_F(GageTest, SeriesAheadOfTheStartIsCaughtUp) {
 
 TEST_F(GageTest, ZerosBehindTheFirstEntryAreSkipped) {
     openSeries("T 0:00 12\nT 0:05 0\nT 0:10 0\nT 0:15 24\n");
-    EXPECT_EQ(Gages[0].nextDate, at(0, 15));
+    EXPECT_EQ(testModel().gages[0].nextDate, at(0, 15));
     EXPECT_EQ(rainAt(at(0, 5)), 0.0);
     EXPECT_NEAR(rainAt(at(0, 15)), 24.0, 1e-12);
 }
 
 TEST_F(GageTest, OnlyZerosBehindTheFirstEntryEndTheRain) {
     openSeries("T 0:00 12\nT 0:05 0\nT 0:10 0\n");
-    EXPECT_EQ(Gages[0].nextDate, NO_DATE);
-    EXPECT_EQ(Gages[0].nextRain, 0.0);
+    EXPECT_EQ(testModel().gages[0].nextDate, NO_DATE);
+    EXPECT_EQ(testModel().gages[0].nextRain, 0.0);
     EXPECT_NEAR(rainAt(at(0, 0)), 12.0, 1e-12);
     EXPECT_EQ(rainAt(at(0, 5)), 0.0);
 }
@@ -195,26 +196,26 @@ TEST_F(GageTest, UnusedGageIsNeverAdvanced) {
     project.series += "T2 0:00 6\n";
     ASSERT_EQ(start(project), 0);
     runToEnd();
-    EXPECT_NEAR(Gages[0].rain / MM_PER_HOUR, 6.0, 1e-12);
-    EXPECT_EQ(Gages[1].rain, 0.0);
+    EXPECT_NEAR(testModel().gages[0].rain / MM_PER_HOUR, 6.0, 1e-12);
+    EXPECT_EQ(testModel().gages[1].rain, 0.0);
 }
 
 TEST_F(GageTest, SeriesWithoutEntriesNeverRains) {
     openSeries("T 0:00 12\n");
-    TimeSeries[0].entries.clear();
-    gage_initRain(0);
-    EXPECT_EQ(Gages[0].startDate, NO_DATE);
+    testModel().timeSeries[0].entries.clear();
+    gage_initRain(testModel(), 0);
+    EXPECT_EQ(testModel().gages[0].startDate, NO_DATE);
     EXPECT_EQ(rainAt(at(0, 0)), 0.0);
     EXPECT_EQ(rainAt(at(3, 0)), 0.0);
 }
 
 TEST_F(GageTest, NextRainWithoutASeriesIsNone) {
     openSeries("T 0:00 12\n");
-    Gages[0].series = -1;
-    EXPECT_EQ(gage_nextRain(0), 0);
-    gage_initRain(0);
-    EXPECT_EQ(Gages[0].startDate, NO_DATE);
-    EXPECT_EQ(Gages[0].rain, 0.0);
+    testModel().gages[0].series = -1;
+    EXPECT_EQ(gage_nextRain(testModel(), 0), 0);
+    gage_initRain(testModel(), 0);
+    EXPECT_EQ(testModel().gages[0].startDate, NO_DATE);
+    EXPECT_EQ(testModel().gages[0].rain, 0.0);
 }
 
 TEST_F(GageTest, SeriesInAFileRainsAsInMemory) {
@@ -236,9 +237,9 @@ TEST_F(GageTest, SeriesInAFileRainsAsInMemory) {
 
 TEST_F(GageTest, TwoUnlinkedGagesOnOneSeriesEatEachOthersEntries) {
     openSeries("T 0:00 1\nT 0:10 2\nT 0:20 3\n", "G INTENSITY 0:05 T\nH INTENSITY 0:05 T\n");
-    gage_initRain(1);
-    EXPECT_EQ(gage_nextRain(0), 1);
-    EXPECT_NEAR(Gages[0].nextRain / MM_PER_HOUR, 3.0, 1e-12) << "the second entry went to the other gage";
+    gage_initRain(testModel(), 1);
+    EXPECT_EQ(gage_nextRain(testModel(), 0), 1);
+    EXPECT_NEAR(testModel().gages[0].nextRain / MM_PER_HOUR, 3.0, 1e-12) << "the second entry went to the other gage";
 }
 
 /// Rain of a whole run (mm) over a gage, worked out from the depths of its entries.
@@ -255,9 +256,9 @@ TEST_P(RainVolumeTest, IsThatOfTheEntries) {
     project.gages = GetParam().gage;
     project.series = GetParam().series;
     ASSERT_EQ(start(project), 0);
-    RunoffStep = RoutingStep = 60;
+    testModel().options.runoffStep = testModel().options.routingStep = 60;
     runToEnd();
-    EXPECT_NEAR(Subcatches[0].rainfall, GetParam().depth, 1e-9);
+    EXPECT_NEAR(testModel().subcatches[0].rainfall, GetParam().depth, 1e-9);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -274,15 +275,15 @@ TEST_F(GageTest, LaterGageInUseFollowsTheFirstOnItsSeries) {
     project.gages = "U INTENSITY 0:05 T\nG INTENSITY 0:05 T\nH INTENSITY 0:10 T\n";
     project.subcatchs = "S G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\nR H O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
     ASSERT_EQ(open(project), 0) << "intervals may differ";
-    EXPECT_EQ(Gages[0].coGage, -1);
-    EXPECT_EQ(Gages[1].coGage, -1) << "an unused gage leads nobody";
-    EXPECT_EQ(Gages[2].coGage, 1);
+    EXPECT_EQ(testModel().gages[0].coGage, -1);
+    EXPECT_EQ(testModel().gages[1].coGage, -1) << "an unused gage leads nobody";
+    EXPECT_EQ(testModel().gages[2].coGage, 1);
     for (int32_t k = 0; k < 3; ++k) {
-        gage_initRain(k);
+        gage_initRain(testModel(), k);
     }
-    gage_advance(at(0, 6));
-    EXPECT_EQ(Gages[2].rain, Gages[1].rain);
-    EXPECT_NEAR(Gages[2].rain / MM_PER_HOUR, 24.0, 1e-12) << "by the interval of the leader";
+    gage_advance(testModel(), at(0, 6));
+    EXPECT_EQ(testModel().gages[2].rain, testModel().gages[1].rain);
+    EXPECT_NEAR(testModel().gages[2].rain / MM_PER_HOUR, 24.0, 1e-12) << "by the interval of the leader";
 }
 
 TEST_F(GageTest, FollowersMayNotDifferInFormat) {
@@ -324,20 +325,21 @@ TEST_F(GageTest, UnusedGageMayShareTheSeriesOfAnInflow) {
 
 TEST_F(GageTest, ReportRainLooksASecondAhead) {
     openSeries("T 0:00 12\nT 0:05 24\n");
-    gage_advance(at(0, 4));
-    gage_setReportRain(at(0, 4));
-    EXPECT_NEAR(Gages[0].reportRain / MM_PER_HOUR, 12.0, 1e-12);
-    gage_setReportRain(at(0, 5));
-    EXPECT_NEAR(Gages[0].reportRain / MM_PER_HOUR, 24.0, 1e-12) << "where one period ends and the next begins";
-    gage_advance(at(0, 9));
-    gage_setReportRain(at(0, 10));
-    EXPECT_EQ(Gages[0].reportRain, 0.0) << "behind the last entry";
+    gage_advance(testModel(), at(0, 4));
+    gage_setReportRain(testModel(), at(0, 4));
+    EXPECT_NEAR(testModel().gages[0].reportRain / MM_PER_HOUR, 12.0, 1e-12);
+    gage_setReportRain(testModel(), at(0, 5));
+    EXPECT_NEAR(testModel().gages[0].reportRain / MM_PER_HOUR, 24.0, 1e-12)
+        << "where one period ends and the next begins";
+    gage_advance(testModel(), at(0, 9));
+    gage_setReportRain(testModel(), at(0, 10));
+    EXPECT_EQ(testModel().gages[0].reportRain, 0.0) << "behind the last entry";
 }
 
 TEST_F(GageTest, ReportRainIsZeroInAGap) {
     openSeries("T 0:00 12\nT 0:30 24\n");
-    gage_setReportRain(at(0, 10));
-    EXPECT_EQ(Gages[0].reportRain, 0.0);
+    gage_setReportRain(testModel(), at(0, 10));
+    EXPECT_EQ(testModel().gages[0].reportRain, 0.0);
 }
 
 TEST_F(GageTest, ReportRainServesUnusedGagesAndFollowers) {
@@ -346,10 +348,10 @@ TEST_F(GageTest, ReportRainServesUnusedGagesAndFollowers) {
     project.series += "T2 0:00 6\n";
     project.subcatchs += "R H O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
     ASSERT_EQ(start(project), 0);
-    gage_setReportRain(at(0, 1));
-    EXPECT_NEAR(Gages[0].reportRain / MM_PER_HOUR, 6.0, 1e-12);
-    EXPECT_EQ(Gages[2].reportRain, Gages[1].reportRain);
-    EXPECT_NEAR(Gages[1].reportRain / MM_PER_HOUR, 12.0, 1e-12);
+    gage_setReportRain(testModel(), at(0, 1));
+    EXPECT_NEAR(testModel().gages[0].reportRain / MM_PER_HOUR, 6.0, 1e-12);
+    EXPECT_EQ(testModel().gages[2].reportRain, testModel().gages[1].reportRain);
+    EXPECT_NEAR(testModel().gages[1].reportRain / MM_PER_HOUR, 12.0, 1e-12);
 }
 
 // --- events --------------------------------------------------------------------------------------------------------
@@ -364,13 +366,13 @@ protected:
         project.series = series;
         project.general = general;
         EXPECT_EQ(open(project), 0) << readReport();
-        gage_findEvents(0);
+        gage_findEvents(testModel(), 0);
         return list();
     }
 
     static std::vector<RainEvent> list() {
         std::vector<RainEvent> events;
-        for (const RainEvent* event = Gages[0].events; event; event = event->next) {
+        for (const RainEvent* event = testModel().gages[0].events; event; event = event->next) {
             events.push_back(*event);
         }
         return events;
@@ -499,23 +501,23 @@ TEST_F(EventTest, WithoutMemoryTheListEndsSilently) {
     project.series = "T 0:00 3\nT 0:05 0\nT 0:35 0\nT 0:40 4\nT 0:45 0\nT 1:00 0\n";
     ASSERT_EQ(open(project), 0);
     arena_failAfter(2);
-    gage_findEvents(0);
+    gage_findEvents(testModel(), 0);
     arena_failAfter(0);
     EXPECT_EQ(list().size(), 1u);
-    EXPECT_EQ(ErrorCode, 0);
+    EXPECT_EQ(testModel().error.code, 0);
 }
 
 TEST_F(EventTest, NoGageIsNoWork) {
-    gage_findEvents(-1);
+    gage_findEvents(testModel(), -1);
 }
 
 TEST_F(EventTest, BothEndsLieWithin) {
     find("T 0:00 0\nT 0:05 0\nT 0:10 3\nT 0:15 4\nT 0:20 0\nT 1:00 0\n", "EVENT_INTERVAL 5\n");
-    const RainEvent event = *Gages[0].events;
-    EXPECT_EQ(gage_isInEvent(0, event.start - A_MOMENT), 0);
-    EXPECT_EQ(gage_isInEvent(0, event.start), 1);
-    EXPECT_EQ(gage_isInEvent(0, event.end), 1);
-    EXPECT_EQ(gage_isInEvent(0, event.end + A_MOMENT), 0);
+    const RainEvent event = *testModel().gages[0].events;
+    EXPECT_EQ(gage_isInEvent(testModel(), 0, event.start - A_MOMENT), 0);
+    EXPECT_EQ(gage_isInEvent(testModel(), 0, event.start), 1);
+    EXPECT_EQ(gage_isInEvent(testModel(), 0, event.end), 1);
+    EXPECT_EQ(gage_isInEvent(testModel(), 0, event.end + A_MOMENT), 0);
 }
 
 TEST_F(EventTest, HostAsksAMillisecondBehindTheClock) {
@@ -550,7 +552,7 @@ TEST_F(EventTest, SecondRunAppendsTheSameEvents) {
     project.series = "T 0:00 0\nT 0:05 0\nT 0:10 3\nT 0:15 4\nT 0:20 0\nT 1:00 0\n";
     ASSERT_EQ(start(project), 0);
     EXPECT_EQ(list().size(), 1u);
-    EXPECT_NE(Gages[1].events, nullptr) << "also of a gage that nobody uses";
+    EXPECT_NE(testModel().gages[1].events, nullptr) << "also of a gage that nobody uses";
     runToEnd();
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_start(0), 0);

@@ -11,6 +11,7 @@
 
 #include "hydrology/runoff.h"
 #include "support/landuse.h"
+#include "support/model.h"
 
 namespace {
 
@@ -22,26 +23,26 @@ TEST_F(LanduseTest, LinesFillTheirRecords) {
                        "[WASHOFF]\nRoof A EXP 0.5 1.5 0.25\nRoad A emc 40 no 0.5\nRoad B EMC 20 YES 2\n"
                        "[LOADINGS]\nS B 7.5\n"),
               0);
-    EXPECT_STREQ(Landuses[0].name, "Roof");
-    const Subcatch& s = Subcatches[0];
+    EXPECT_STREQ(testModel().landuses[0].name, "Roof");
+    const Subcatch& s = testModel().subcatches[0];
     EXPECT_DOUBLE_EQ(s.landShares[0].fraction, 0.7);
     EXPECT_DOUBLE_EQ(s.landShares[1].fraction, 0.3);
-    EXPECT_EQ(Landuses[0].buildup[0].maxBuildup, 12.0);
-    EXPECT_EQ(Landuses[0].buildup[0].rateConstant, 0.4);
-    EXPECT_EQ(Landuses[0].buildup[1].maxBuildup, 0.0);
-    EXPECT_EQ(Landuses[1].buildup[1].maxBuildup, 3.0);
-    const WashoffRule& exponential = Landuses[0].washoff[0];
+    EXPECT_EQ(testModel().landuses[0].buildup[0].maxBuildup, 12.0);
+    EXPECT_EQ(testModel().landuses[0].buildup[0].rateConstant, 0.4);
+    EXPECT_EQ(testModel().landuses[0].buildup[1].maxBuildup, 0.0);
+    EXPECT_EQ(testModel().landuses[1].buildup[1].maxBuildup, 3.0);
+    const WashoffRule& exponential = testModel().landuses[0].washoff[0];
     EXPECT_EQ(exponential.kind, WASHOFF_EXP);
     EXPECT_EQ(exponential.coefficient, 0.5);
     EXPECT_EQ(exponential.exponent, 1.5);
     EXPECT_EQ(exponential.removal, 0.25);
     EXPECT_EQ(exponential.usesBuildup, 1);
-    const WashoffRule& free = Landuses[1].washoff[0];
+    const WashoffRule& free = testModel().landuses[1].washoff[0];
     EXPECT_EQ(free.kind, WASHOFF_EMC);
     EXPECT_EQ(free.emc, 40.0);
     EXPECT_EQ(free.usesBuildup, 0);
-    EXPECT_EQ(Landuses[1].washoff[1].usesBuildup, 1);
-    EXPECT_EQ(Landuses[1].washoff[1].removal, 2.0) << "not limited to the whole";
+    EXPECT_EQ(testModel().landuses[1].washoff[1].usesBuildup, 1);
+    EXPECT_EQ(testModel().landuses[1].washoff[1].removal, 2.0) << "not limited to the whole";
     EXPECT_EQ(s.initialLoad[0], 0.0);
     EXPECT_EQ(s.initialLoad[1], 7.5);
 }
@@ -50,42 +51,42 @@ TEST_F(LanduseTest, LastLineOfAPairWins) {
     ASSERT_EQ(openWith("[COVERAGES]\nS Road 30\nS Road -5\n[BUILDUP]\nRoof A 12 0.4\nRoof A 1 2\n"
                        "[LOADINGS]\nS B 7\nS B 8\n"),
               0);
-    EXPECT_DOUBLE_EQ(Subcatches[0].landShares[1].fraction, -0.05) << "a negative share is legal";
-    EXPECT_EQ(Landuses[0].buildup[0].maxBuildup, 1.0);
-    EXPECT_EQ(Subcatches[0].initialLoad[1], 8.0);
+    EXPECT_DOUBLE_EQ(testModel().subcatches[0].landShares[1].fraction, -0.05) << "a negative share is legal";
+    EXPECT_EQ(testModel().landuses[0].buildup[0].maxBuildup, 1.0);
+    EXPECT_EQ(testModel().subcatches[0].initialLoad[1], 8.0);
 }
 
 TEST_F(LanduseTest, WashoffLineOverwritesOnlyWhatItReads) {
     ASSERT_EQ(openWith("[WASHOFF]\nRoof A EXP 1 2 0.25\nRoof A EMC 40 NO 0.5\n"
                        "Road A EMC 40 NO 0.5\nRoad A DRAINMAT 1 2 3\nRoad B EMC 9 NO 0.1\nRoad B EXP 1 2 0.3\n"),
               0);
-    const WashoffRule& roof = Landuses[0].washoff[0];
+    const WashoffRule& roof = testModel().landuses[0].washoff[0];
     EXPECT_EQ(roof.kind, WASHOFF_EMC);
     EXPECT_EQ(roof.coefficient, 1.0);
     EXPECT_EQ(roof.exponent, 2.0);
     EXPECT_EQ(roof.removal, 0.5);
     EXPECT_EQ(roof.usesBuildup, 0);
-    const WashoffRule& road = Landuses[1].washoff[0];
+    const WashoffRule& road = testModel().landuses[1].washoff[0];
     EXPECT_EQ(road.kind, WASHOFF_DRAINMAT);
     EXPECT_EQ(road.emc, 40.0);
     EXPECT_EQ(road.removal, 0.5);
-    EXPECT_EQ(Landuses[1].washoff[1].emc, 9.0);
-    EXPECT_EQ(Landuses[1].washoff[1].usesBuildup, 1);
+    EXPECT_EQ(testModel().landuses[1].washoff[1].emc, 9.0);
+    EXPECT_EQ(testModel().landuses[1].washoff[1].usesBuildup, 1);
 }
 
 TEST_F(LanduseTest, LaterWordsOfWashoffAreInTheirOrder) {
     ASSERT_EQ(openWith("[WASHOFF]\nRoof A SURFACE x y z\nRoof B SOIL 0 0 0\nRoad A STORAGE 0 0 0\n"
                        "Road B PAVEMENT 0 0 0\n"),
               0);
-    EXPECT_EQ(Landuses[0].washoff[0].kind, 2);
-    EXPECT_EQ(Landuses[0].washoff[1].kind, 3);
-    EXPECT_EQ(Landuses[1].washoff[0].kind, 4);
-    EXPECT_EQ(Landuses[1].washoff[1].kind, 5);
+    EXPECT_EQ(testModel().landuses[0].washoff[0].kind, 2);
+    EXPECT_EQ(testModel().landuses[0].washoff[1].kind, 3);
+    EXPECT_EQ(testModel().landuses[1].washoff[0].kind, 4);
+    EXPECT_EQ(testModel().landuses[1].washoff[1].kind, 5);
     tarnvelde_close();
     project = makeLanduseProject();
     ASSERT_EQ(openWith("[WASHOFF]\nRoof A DRAINMAT 0 0 0\nRoof B drain 0 0 0\n"), 0);
-    EXPECT_EQ(Landuses[0].washoff[0].kind, 6);
-    EXPECT_EQ(Landuses[0].washoff[1].kind, 7);
+    EXPECT_EQ(testModel().landuses[0].washoff[0].kind, 6);
+    EXPECT_EQ(testModel().landuses[0].washoff[1].kind, 7);
 }
 
 struct BadLandLine {
@@ -136,7 +137,7 @@ TEST_F(LanduseTest, LandUsesWithoutPollutantsRun) {
     project.more = "[LANDUSES]\nRoof\n[COVERAGES]\nS Roof 100\n";
     ASSERT_EQ(start(project), 0);
     runToEnd();
-    EXPECT_GT(Subcatches[0].runoff, 0.0);
+    EXPECT_GT(testModel().subcatches[0].runoff, 0.0);
 }
 
 // --- buildup -------------------------------------------------------------------------------------------------------
@@ -152,41 +153,42 @@ protected:
 
 TEST_F(BuildupTest, FollowsItsCurve) {
     for (const double days : {0.01, 1.0, 5.0, 17.0}) {
-        EXPECT_NEAR(landuse_getBuildup(Landuses[0].buildup[0], 2.5, 0.0, days * DAY), 2.5 * curve(days), 1e-12);
+        EXPECT_NEAR(landuse_getBuildup(testModel().landuses[0].buildup[0], 2.5, 0.0, days * DAY), 2.5 * curve(days),
+                    1e-12);
     }
 }
 
 TEST_F(BuildupTest, GoesOnFromWhatIsThere) {
     double mass = 0.0;
     for (int32_t k = 0; k < 100; ++k) {
-        mass = landuse_getBuildup(Landuses[0].buildup[0], 2.5, mass, 0.1 * DAY);
+        mass = landuse_getBuildup(testModel().landuses[0].buildup[0], 2.5, mass, 0.1 * DAY);
     }
     EXPECT_NEAR(mass, 2.5 * curve(10.0), 1e-10);
 }
 
 TEST_F(BuildupTest, StandsAtTheLimitFrom999PermilleOn) {
     const double full = std::log(1000.0) / 0.4;  // days
-    EXPECT_LT(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 0.0, (full - 0.001) * DAY), 12.0);
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 0.0, (full + 0.001) * DAY), 12.0);
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 11.999, 1.0), 12.0);
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 50.0, 1.0), 12.0)
+    EXPECT_LT(landuse_getBuildup(testModel().landuses[0].buildup[0], 1.0, 0.0, (full - 0.001) * DAY), 12.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 1.0, 0.0, (full + 0.001) * DAY), 12.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 1.0, 11.999, 1.0), 12.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 1.0, 50.0, 1.0), 12.0)
         << "what stands above falls to the limit here";
 }
 
 TEST_F(BuildupTest, WithoutTimeStaysAndWithoutAreaIsNone) {
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 5.0, 0.0), 5.0);
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 0.0, 5.0, 0.0), 5.0);
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 0.0, 5.0, DAY), 0.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 1.0, 5.0, 0.0), 5.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 0.0, 5.0, 0.0), 5.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 0.0, 5.0, DAY), 0.0);
 }
 
 TEST_F(BuildupTest, WithoutARateItStaysEmptyAndJumpsFromAnythingElse) {
-    Landuses[0].buildup[0].rateConstant = 0.0;
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 0.0, DAY), 0.0);
-    EXPECT_EQ(landuse_getBuildup(Landuses[0].buildup[0], 1.0, 1.0, DAY), 12.0);
+    testModel().landuses[0].buildup[0].rateConstant = 0.0;
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 1.0, 0.0, DAY), 0.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[0].buildup[0], 1.0, 1.0, DAY), 12.0);
 }
 
 TEST_F(BuildupTest, PairWithoutALineBuildsUpNothing) {
-    EXPECT_EQ(landuse_getBuildup(Landuses[1].buildup[1], 1.0, 0.0, DAY), 0.0);
+    EXPECT_EQ(landuse_getBuildup(testModel().landuses[1].buildup[1], 1.0, 0.0, DAY), 0.0);
 }
 
 class DryTest : public LanduseTest {};
@@ -196,7 +198,7 @@ TEST_F(DryTest, StartHoldsTheBuildupOfTheDryDays) {
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof 40\nS Road 60\n[BUILDUP]\nRoof A 12 0.4\nRoad A 3 0.1\n"
                         "[WASHOFF]\nRoof A EXP 1 1 0\n"),
               0);
-    const Subcatch& s = Subcatches[0];
+    const Subcatch& s = testModel().subcatches[0];
     const double roof = 0.4 * 12.0 * (1.0 - std::exp(-2.0));
     EXPECT_NEAR(s.landShares[0].buildup[0], roof, 1e-12);
     EXPECT_NEAR(s.landShares[1].buildup[0], 0.6 * 3.0 * (1.0 - std::exp(-0.5)), 1e-12);
@@ -211,7 +213,7 @@ TEST_F(DryTest, InitialLoadIsSharedByAreaAndZeroMeansNone) {
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof 40\nS Road -10\n[BUILDUP]\nRoof B 12 0.4\n[LOADINGS]\nS A 6\nS B 0\n"
                         "[WASHOFF]\nRoof A EXP 1 1 0\nRoad A EXP 1 1 0\n"),
               0);
-    const Subcatch& s = Subcatches[0];
+    const Subcatch& s = testModel().subcatches[0];
     EXPECT_NEAR(s.landShares[0].buildup[0], 6.0 * 2.0 * 0.4, 1e-12);
     EXPECT_NEAR(s.landShares[1].buildup[0], -6.0 * 2.0 * 0.1, 1e-12) << "a negative share holds a negative mass";
     EXPECT_NEAR(s.initBuildup[0], 6.0 * 2.0 * 0.3, 1e-12);
@@ -224,7 +226,7 @@ TEST_F(DryTest, DryStepsBuildUpAndBookWhatTheWashoffUses) {
                         "[WASHOFF]\nRoof A EXP 1 1 0\n"),
               0);
     runToEnd();
-    const Subcatch& s = Subcatches[0];
+    const Subcatch& s = testModel().subcatches[0];
     const double roof = 0.4 * 12.0 * (1.0 - std::exp(-0.4 * 0.25));
     EXPECT_NEAR(s.landShares[0].buildup[0], roof, 1e-10);
     EXPECT_NEAR(s.landShares[1].buildup[0], 0.6 * 3.0 * (1.0 - std::exp(-0.1 * 0.25)), 1e-10);
@@ -235,7 +237,7 @@ TEST_F(DryTest, BuildupNeverFallsInTheRun) {
     project.series = "T 0:00 0\n";
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n[BUILDUP]\nRoof A 12 0.4\n[LOADINGS]\nS A 50\n"), 0);
     runToEnd();
-    EXPECT_EQ(Subcatches[0].landShares[0].buildup[0], 50.0);
+    EXPECT_EQ(testModel().subcatches[0].landShares[0].buildup[0], 50.0);
 }
 
 TEST_F(DryTest, NegativeShareRisesToItsNegativeLimit) {
@@ -245,7 +247,7 @@ TEST_F(DryTest, NegativeShareRisesToItsNegativeLimit) {
               0);
     runToEnd();
     // A tenth of a hectare, taken off: 50 kg/ha at the start, 12 kg/ha from the first dry step on.
-    const Subcatch& s = Subcatches[0];
+    const Subcatch& s = testModel().subcatches[0];
     EXPECT_NEAR(s.initBuildup[0], -0.1 * 50.0, 1e-12);
     EXPECT_NEAR(s.landShares[0].buildup[0], -0.1 * 12.0, 1e-12);
     EXPECT_NEAR(s.surfaceBuildup[0], -0.1 * 12.0 + 0.1 * 50.0, 1e-12) << "the rise counts as built up";
@@ -255,18 +257,18 @@ TEST_F(DryTest, LandUseWithoutAShareStaysEmpty) {
     project.general = "START_DRY_DAYS 5\n";
     ASSERT_EQ(startWith("[BUILDUP]\nRoof B 12 0.4\n[WASHOFF]\nRoof B EMC 10 NO 0\n"), 0);
     runToEnd();
-    EXPECT_EQ(Subcatches[0].landShares[0].buildup[1], 0.0);
-    EXPECT_EQ(Subcatches[0].surfaceWashoff[1], 0.0);
+    EXPECT_EQ(testModel().subcatches[0].landShares[0].buildup[1], 0.0);
+    EXPECT_EQ(testModel().subcatches[0].surfaceWashoff[1], 0.0);
 }
 
 TEST_F(DryTest, WetStepsDoNotBuildUp) {
     project.series = "T 0:00 0\nT 1:00 60\n";
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n[BUILDUP]\nRoof A 12 0.4\n"), 0);
-    Subcatches[0].imperviousDepth = 0.02;  // runs off all the time
+    testModel().subcatches[0].imperviousDepth = 0.02;  // runs off all the time
     for (int32_t k = 0; k < 10; ++k) {
         tarnvelde_step(nullptr);
     }
-    EXPECT_EQ(Subcatches[0].landShares[0].buildup[0], 0.0);
+    EXPECT_EQ(testModel().subcatches[0].landShares[0].buildup[0], 0.0);
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "support/lids.h"
+#include "support/model.h"
 
 namespace {
 
@@ -24,9 +25,9 @@ constexpr double TINY = 1e-15;
 
 TEST(LidLine, TypesAreKnownByTheirWordsInAnyCase) {
     const OpenLids open(withLids("A BC\nB rg\nC GR\nD It\nE PP\nF RB\nH VS\n"));
-    ASSERT_EQ(Lids.size(), 7);
+    ASSERT_EQ(testModel().lids.size(), 7);
     for (int32_t k = 0; k < 7; ++k) {
-        EXPECT_EQ(Lids[k].type, k);
+        EXPECT_EQ(testModel().lids[k].type, k);
     }
 }
 
@@ -37,77 +38,77 @@ TEST(LidLine, ItemsBehindATypeAreFree) {
 
 TEST(LidLine, UnsetLayersAreEmptyAndTheSurfaceIsAllVoid) {
     const OpenLids open(withLids("A RB\n"));
-    EXPECT_EQ(Lids[0].surfaceVoid, 1.0);
-    EXPECT_EQ(Lids[0].surfaceDepth, 0.0);
-    EXPECT_EQ(Lids[0].soilDepth, 0.0);
-    EXPECT_EQ(Lids[0].drainCoefficient, 0.0);
+    EXPECT_EQ(testModel().lids[0].surfaceVoid, 1.0);
+    EXPECT_EQ(testModel().lids[0].surfaceDepth, 0.0);
+    EXPECT_EQ(testModel().lids[0].soilDepth, 0.0);
+    EXPECT_EQ(testModel().lids[0].drainCoefficient, 0.0);
     for (int32_t p = 0; p < 2; ++p) {
-        EXPECT_EQ(Lids[0].surfaceDecay[p].type, -1);
-        EXPECT_EQ(Lids[0].pavementDecay[p].type, -1);
-        EXPECT_EQ(Lids[0].soilDecay[p].type, -1);
-        EXPECT_EQ(Lids[0].storageDecay[p].type, -1);
-        EXPECT_EQ(Lids[0].matDecay[p].type, -1);
+        EXPECT_EQ(testModel().lids[0].surfaceDecay[p].type, -1);
+        EXPECT_EQ(testModel().lids[0].pavementDecay[p].type, -1);
+        EXPECT_EQ(testModel().lids[0].soilDecay[p].type, -1);
+        EXPECT_EQ(testModel().lids[0].storageDecay[p].type, -1);
+        EXPECT_EQ(testModel().lids[0].matDecay[p].type, -1);
     }
 }
 
 TEST(LidLine, NameIsTheFirstSpelling) {
     const OpenLids open(withLids("Basin RB\nBASIN STORAGE 1000 0 0\n"));
-    ASSERT_EQ(Lids.size(), 1);
-    EXPECT_STREQ(Lids[0].name, "Basin");
+    ASSERT_EQ(testModel().lids.size(), 1);
+    EXPECT_STREQ(testModel().lids[0].name, "Basin");
 }
 
 TEST(LidLine, Surface) {
     const OpenLids open(withLids("A RB\nA SURFACE 150 0.2 0.3 4 5\n"));
-    EXPECT_NEAR(Lids[0].surfaceDepth, 0.15, TINY);
-    EXPECT_NEAR(Lids[0].surfaceVoid, 0.8, TINY);
-    EXPECT_EQ(Lids[0].surfaceRoughness, 0.3);
-    EXPECT_NEAR(Lids[0].surfaceSlope, 0.04, TINY);
-    EXPECT_EQ(Lids[0].sideSlope, 5.0);
+    EXPECT_NEAR(testModel().lids[0].surfaceDepth, 0.15, TINY);
+    EXPECT_NEAR(testModel().lids[0].surfaceVoid, 0.8, TINY);
+    EXPECT_EQ(testModel().lids[0].surfaceRoughness, 0.3);
+    EXPECT_NEAR(testModel().lids[0].surfaceSlope, 0.04, TINY);
+    EXPECT_EQ(testModel().lids[0].sideSlope, 5.0);
 }
 
 TEST(LidLine, SurfaceWithoutDepthIsAllVoid) {
     const OpenLids open(withLids("A RB\nA SURFACE 0 0.2 0.3 4 5\n"));
-    EXPECT_EQ(Lids[0].surfaceVoid, 1.0);
+    EXPECT_EQ(testModel().lids[0].surfaceVoid, 1.0);
 }
 
 TEST(LidLine, Soil) {
     const OpenLids open(withLids("A RB\nA SOIL 300 0.5 0.2 0.1 36 10\n"));
-    EXPECT_NEAR(Lids[0].soilDepth, 0.3, TINY);
-    EXPECT_EQ(Lids[0].porosity, 0.5);
-    EXPECT_EQ(Lids[0].fieldCapacity, 0.2);
-    EXPECT_EQ(Lids[0].wiltingPoint, 0.1);
-    EXPECT_NEAR(Lids[0].soilRate, 1e-5, 1e-20);
-    EXPECT_EQ(Lids[0].soilSlope, 10.0);
+    EXPECT_NEAR(testModel().lids[0].soilDepth, 0.3, TINY);
+    EXPECT_EQ(testModel().lids[0].porosity, 0.5);
+    EXPECT_EQ(testModel().lids[0].fieldCapacity, 0.2);
+    EXPECT_EQ(testModel().lids[0].wiltingPoint, 0.1);
+    EXPECT_NEAR(testModel().lids[0].soilRate, 1e-5, 1e-20);
+    EXPECT_EQ(testModel().lids[0].soilSlope, 10.0);
 }
 
 TEST(LidLine, StorageAndPavementTakeVoidsPerSolids) {
     const OpenLids open(withLids("A PP\nA STORAGE 400 1 7.2\nA PAVEMENT 100 0.25 360\n"));
-    EXPECT_NEAR(Lids[0].storageDepth, 0.4, TINY);
-    EXPECT_EQ(Lids[0].storageVoid, 0.5);
-    EXPECT_NEAR(Lids[0].storageRate, 2e-6, 1e-20);
-    EXPECT_NEAR(Lids[0].pavementDepth, 0.1, TINY);
-    EXPECT_EQ(Lids[0].pavementVoid, 0.2);
-    EXPECT_NEAR(Lids[0].pavementRate, 1e-4, 1e-18);
+    EXPECT_NEAR(testModel().lids[0].storageDepth, 0.4, TINY);
+    EXPECT_EQ(testModel().lids[0].storageVoid, 0.5);
+    EXPECT_NEAR(testModel().lids[0].storageRate, 2e-6, 1e-20);
+    EXPECT_NEAR(testModel().lids[0].pavementDepth, 0.1, TINY);
+    EXPECT_EQ(testModel().lids[0].pavementVoid, 0.2);
+    EXPECT_NEAR(testModel().lids[0].pavementRate, 1e-4, 1e-18);
 }
 
 TEST(LidLine, DrainWithAndWithoutDelay) {
     const OpenLids open(withLids("A RB\nA DRAIN 2 0.5 50 6\nB RB\nB DRAIN 3 0.4 20\nC RB\nC DRAIN 1 1 1 \"\"\n"));
     ASSERT_EQ(open.code, 0);
-    EXPECT_EQ(Lids[0].drainCoefficient, 2.0);
-    EXPECT_EQ(Lids[0].drainExponent, 0.5);
-    EXPECT_EQ(Lids[0].drainDelay, 21600.0);
-    EXPECT_EQ(Lids[1].drainDelay, 0.0);
-    EXPECT_EQ(Lids[2].drainDelay, 0.0) << "an empty word is the number 0";
+    EXPECT_EQ(testModel().lids[0].drainCoefficient, 2.0);
+    EXPECT_EQ(testModel().lids[0].drainExponent, 0.5);
+    EXPECT_EQ(testModel().lids[0].drainDelay, 21600.0);
+    EXPECT_EQ(testModel().lids[1].drainDelay, 0.0);
+    EXPECT_EQ(testModel().lids[2].drainDelay, 0.0) << "an empty word is the number 0";
 }
 
 TEST(LidLine, MatIsReadOnlyBehindItsType) {
     const OpenLids open(
         withLids("A DRAINMAT 25 0.5 0.1\nA RB\nB GR\nB DRAINMAT 25 0.5 0.1\nB SOIL 100 0.5 0.2 0.1 36 10\n"));
     ASSERT_EQ(open.code, 0);
-    EXPECT_EQ(Lids[0].matDepth, 0.0);
-    EXPECT_NEAR(Lids[1].matDepth, 0.025, TINY);
-    EXPECT_EQ(Lids[1].matVoid, 0.5);
-    EXPECT_EQ(Lids[1].matRoughness, 0.1);
+    EXPECT_EQ(testModel().lids[0].matDepth, 0.0);
+    EXPECT_NEAR(testModel().lids[1].matDepth, 0.025, TINY);
+    EXPECT_EQ(testModel().lids[1].matVoid, 0.5);
+    EXPECT_EQ(testModel().lids[1].matRoughness, 0.1);
 }
 
 TEST(LidLine, MatOfNoRoofIsNotEvenTested) {
@@ -118,13 +119,13 @@ TEST(LidLine, MatOfNoRoofIsNotEvenTested) {
 TEST(LidLine, LayerAheadOfTheTypeIsRead) {
     const OpenLids open(withLids("A STORAGE 400 1 7.2\nA IT\n"));
     ASSERT_EQ(open.code, 0);
-    EXPECT_NEAR(Lids[0].storageDepth, 0.4, TINY);
+    EXPECT_NEAR(testModel().lids[0].storageDepth, 0.4, TINY);
 }
 
 TEST(LidLine, LaterTypeUndoesNothing) {
     const OpenLids open(withLids("A GR\nA DRAINMAT 25 0.5 0.1\nA RB\n"));
-    EXPECT_EQ(Lids[0].type, LID_RB);
-    EXPECT_NEAR(Lids[0].matDepth, 0.025, TINY);
+    EXPECT_EQ(testModel().lids[0].type, LID_RB);
+    EXPECT_NEAR(testModel().lids[0].matDepth, 0.025, TINY);
 }
 
 TEST(LidLine, NotANumberIsNotNegative) {
@@ -144,7 +145,7 @@ TEST_P(DecayLineLayers, TakesTheRule) {
     project.decay = std::string("A LID Q FIRST 864 FLAT ") + GetParam().word + "\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    const Decay* rules = Lids[0].*GetParam().rules;
+    const Decay* rules = testModel().lids[0].*GetParam().rules;
     EXPECT_EQ(rules[0].type, -1);
     EXPECT_EQ(rules[1].type, FIRST_ORDER);
     EXPECT_NEAR(rules[1].k, 0.01, TINY);
@@ -164,7 +165,8 @@ TEST(DecayLine, OfADrainStoresNothing) {
     const OpenLids open(project);
     EXPECT_EQ(open.code, 0);
     for (const Decay* rules :
-         {Lids[0].surfaceDecay, Lids[0].soilDecay, Lids[0].storageDecay, Lids[0].pavementDecay, Lids[0].matDecay}) {
+         {testModel().lids[0].surfaceDecay, testModel().lids[0].soilDecay, testModel().lids[0].storageDecay,
+          testModel().lids[0].pavementDecay, testModel().lids[0].matDecay}) {
         EXPECT_EQ(rules[0].type, -1);
     }
 }
@@ -174,9 +176,9 @@ TEST(DecayLine, NegativeAndWordlyRatesPass) {
     project.decay = "A LID P FIRST -864 \"\" SOIL\nA LID Q FIRST word \"\" SOIL\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    EXPECT_NEAR(Lids[0].soilDecay[0].k, -0.01, TINY);
-    EXPECT_EQ(Lids[0].soilDecay[1].k, 0.0);
-    EXPECT_EQ(Lids[0].soilDecay[1].pattern, -1);
+    EXPECT_NEAR(testModel().lids[0].soilDecay[0].k, -0.01, TINY);
+    EXPECT_EQ(testModel().lids[0].soilDecay[1].k, 0.0);
+    EXPECT_EQ(testModel().lids[0].soilDecay[1].pattern, -1);
 }
 
 // --- bad lines -----------------------------------------------------------------------------------------------------
@@ -330,34 +332,34 @@ TEST(Validation, AlphaOfASurfaceIsThatOfManning) {
         withLids("A RB\nA SURFACE 100 0 0.25 4 0\nB RB\nB SURFACE 100 0 0 4 0\nC VS\n"
                  "C SURFACE 100 0 0.5 9 0\n"));
     ASSERT_EQ(open.code, 0);
-    EXPECT_NEAR(Lids[0].surfaceAlpha, 0.2 / 0.25, TINY);
-    EXPECT_EQ(Lids[1].surfaceAlpha, 0.0);
-    EXPECT_NEAR(Lids[2].surfaceAlpha, 0.3 / 0.5, TINY);
+    EXPECT_NEAR(testModel().lids[0].surfaceAlpha, 0.2 / 0.25, TINY);
+    EXPECT_EQ(testModel().lids[1].surfaceAlpha, 0.0);
+    EXPECT_NEAR(testModel().lids[2].surfaceAlpha, 0.3 / 0.5, TINY);
 }
 
 TEST(Validation, MatLiesOnTheSlopeOfTheSurface) {
     const OpenLids open(withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0.1\nA SURFACE 0 0 0.5 4 0\n"));
-    EXPECT_NEAR(Lids[0].matAlpha, 0.2 / 0.1, 1e-14);
+    EXPECT_NEAR(testModel().lids[0].matAlpha, 0.2 / 0.1, 1e-14);
 }
 
 TEST(Validation, MatWithoutRoughnessHasNoAlpha) {
     const OpenLids open(withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.5 0\nA SURFACE 0 0 0.5 4 0\n"));
-    EXPECT_EQ(Lids[0].matAlpha, 0.0);
+    EXPECT_EQ(testModel().lids[0].matAlpha, 0.0);
 }
 
 TEST(Validation, StorageWithoutThicknessIsAllVoidAndLetsTheDrainLieOnTheFloor) {
     const OpenLids open(withLids("A BC\nA SOIL 300 0.5 0.2 0.1 36 10\nA STORAGE 0 0.5 36\nA DRAIN 1 0.5 50\n"));
     ASSERT_EQ(open.code, 0);
-    EXPECT_EQ(Lids[0].storageVoid, 1.0);
-    EXPECT_EQ(Lids[0].drainOffset, 0.0);
-    EXPECT_NEAR(Lids[0].storageRate, 1e-5, 1e-20);
+    EXPECT_EQ(testModel().lids[0].storageVoid, 1.0);
+    EXPECT_EQ(testModel().lids[0].drainOffset, 0.0);
+    EXPECT_NEAR(testModel().lids[0].storageRate, 1e-5, 1e-20);
 }
 
 TEST(Validation, BarrelIsAllVoidAndTight) {
     const OpenLids open(withLids("A RB\nA STORAGE 1000 0.5 36\n"));
-    EXPECT_EQ(Lids[0].storageVoid, 1.0);
-    EXPECT_EQ(Lids[0].storageRate, 0.0);
-    EXPECT_EQ(Lids[0].storageDepth, 1.0);
+    EXPECT_EQ(testModel().lids[0].storageVoid, 1.0);
+    EXPECT_EQ(testModel().lids[0].storageRate, 0.0);
+    EXPECT_EQ(testModel().lids[0].storageDepth, 1.0);
 }
 
 TEST(Validation, MatStandsInForTheStorageOfARoof) {
@@ -366,27 +368,28 @@ TEST(Validation, MatStandsInForTheStorageOfARoof) {
     project.decay = "A LID P FIRST 1 FLAT DRAINMAT\nA LID Q FIRST 2 \"\" DRAINMAT\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    EXPECT_EQ(Lids[0].storageDepth, Lids[0].matDepth);
-    EXPECT_EQ(Lids[0].storageVoid, 0.4);
-    EXPECT_EQ(Lids[0].storageRate, 0.0);
-    EXPECT_EQ(Lids[0].drainOffset, 0.005) << "the storage line has a thickness, so the drain keeps its height";
-    EXPECT_EQ(Lids[0].storageDecay[0].type, FIRST_ORDER);
-    EXPECT_EQ(Lids[0].storageDecay[0].k, 1.0 / 86400.0);
-    EXPECT_EQ(Lids[0].storageDecay[0].pattern, 0);
-    EXPECT_EQ(Lids[0].storageDecay[1].type, -1) << "only the first pollutant follows the mat";
+    EXPECT_EQ(testModel().lids[0].storageDepth, testModel().lids[0].matDepth);
+    EXPECT_EQ(testModel().lids[0].storageVoid, 0.4);
+    EXPECT_EQ(testModel().lids[0].storageRate, 0.0);
+    EXPECT_EQ(testModel().lids[0].drainOffset, 0.005)
+        << "the storage line has a thickness, so the drain keeps its height";
+    EXPECT_EQ(testModel().lids[0].storageDecay[0].type, FIRST_ORDER);
+    EXPECT_EQ(testModel().lids[0].storageDecay[0].k, 1.0 / 86400.0);
+    EXPECT_EQ(testModel().lids[0].storageDecay[0].pattern, 0);
+    EXPECT_EQ(testModel().lids[0].storageDecay[1].type, -1) << "only the first pollutant follows the mat";
 }
 
 TEST(Validation, RoofWithoutAStorageLineLetsTheDrainLieOnTheFloor) {
     const OpenLids open(withLids("A GR\nA SOIL 300 0.5 0.2 0.1 36 10\nA DRAINMAT 25 0.4 0.1\nA DRAIN 1 1 5\n"));
-    EXPECT_EQ(Lids[0].drainOffset, 0.0);
+    EXPECT_EQ(testModel().lids[0].drainOffset, 0.0);
 }
 
 TEST(Validation, MatWithoutARuleWipesTheFirstOfTheStorage) {
     LidProject project = withLids(GOOD_LIDS[LID_GR]);
     project.decay = "A LID P FIRST 1 \"\" STORAGE\nA LID Q FIRST 2 \"\" STORAGE\n";
     const OpenLids open(project);
-    EXPECT_EQ(Lids[0].storageDecay[0].type, -1);
-    EXPECT_EQ(Lids[0].storageDecay[1].type, FIRST_ORDER);
+    EXPECT_EQ(testModel().lids[0].storageDecay[0].type, -1);
+    EXPECT_EQ(testModel().lids[0].storageDecay[1].type, FIRST_ORDER);
 }
 
 TEST(Validation, RoofWithoutPollutantsPasses) {

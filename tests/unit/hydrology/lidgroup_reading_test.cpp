@@ -11,6 +11,7 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "support/lids.h"
+#include "support/model.h"
 
 namespace {
 
@@ -19,18 +20,19 @@ TEST(GroupLine, UnitsStandInTheOrderOfTheirLines) {
     project.groups = "S A 100 2 50 25\nS B 200 3 150 0 DRAIN\nS A 100 2 50 25\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    ASSERT_EQ(LidUnits.size(), 3);
-    EXPECT_EQ(LidGroups[0].firstUnit, 0);
-    EXPECT_EQ(LidUnits[0].next, 1);
-    EXPECT_EQ(LidUnits[1].next, 2);
-    EXPECT_EQ(LidUnits[2].next, -1);
-    EXPECT_EQ(LidUnits[0].area, 100.0);
-    EXPECT_EQ(LidUnits[0].fullWidth, 2.0);
-    EXPECT_EQ(LidUnits[0].initialSaturation, 0.5);
-    EXPECT_EQ(LidUnits[0].fromImpervious, 0.25);
-    EXPECT_EQ(LidUnits[1].lid, 1);
-    EXPECT_EQ(LidUnits[1].drainNode, 1);
-    EXPECT_NE(LidUnits[0].thisDrainLoad, LidUnits[2].thisDrainLoad) << "two units of one kind share nothing";
+    ASSERT_EQ(testModel().lidUnits.size(), 3);
+    EXPECT_EQ(testModel().lidGroups[0].firstUnit, 0);
+    EXPECT_EQ(testModel().lidUnits[0].next, 1);
+    EXPECT_EQ(testModel().lidUnits[1].next, 2);
+    EXPECT_EQ(testModel().lidUnits[2].next, -1);
+    EXPECT_EQ(testModel().lidUnits[0].area, 100.0);
+    EXPECT_EQ(testModel().lidUnits[0].fullWidth, 2.0);
+    EXPECT_EQ(testModel().lidUnits[0].initialSaturation, 0.5);
+    EXPECT_EQ(testModel().lidUnits[0].fromImpervious, 0.25);
+    EXPECT_EQ(testModel().lidUnits[1].lid, 1);
+    EXPECT_EQ(testModel().lidUnits[1].drainNode, 1);
+    EXPECT_NE(testModel().lidUnits[0].thisDrainLoad, testModel().lidUnits[2].thisDrainLoad)
+        << "two units of one kind share nothing";
 }
 
 TEST(GroupLine, WithoutPollutantsIsRead) {
@@ -103,7 +105,7 @@ TEST(UnitValidation, AreaIsSummedAndAFullCoverIsMadeExact) {
         project.groups = groups;
         const OpenLids open(project);
         ASSERT_EQ(open.code, 0) << groups;
-        EXPECT_EQ(Subcatches[0].lidArea, lidArea) << groups;
+        EXPECT_EQ(testModel().subcatches[0].lidArea, lidArea) << groups;
     }
 }
 
@@ -111,9 +113,9 @@ TEST(UnitValidation, UnitsWithoutANodeDrainToTheOutletAndSaturationIsLimited) {
     LidProject project = withLids("A RB\n");
     project.groups = "S A 1 1 150 0\nS A 1 1 0 0 DRAIN\n";
     const OpenLids open(project);
-    EXPECT_EQ(LidUnits[0].drainNode, 0);
-    EXPECT_EQ(LidUnits[0].initialSaturation, 1.0);
-    EXPECT_EQ(LidUnits[1].drainNode, 1);
+    EXPECT_EQ(testModel().lidUnits[0].drainNode, 0);
+    EXPECT_EQ(testModel().lidUnits[0].initialSaturation, 1.0);
+    EXPECT_EQ(testModel().lidUnits[1].drainNode, 1);
 }
 
 TEST(UnitValidation, ErrorsGoUnitByUnitThenAreaThenShare) {

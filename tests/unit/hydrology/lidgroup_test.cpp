@@ -17,6 +17,7 @@
 #include "model/project.h"
 #include "routing/landinflows.h"
 #include "support/lids.h"
+#include "support/model.h"
 #include "support/reporttables.h"
 
 namespace {
@@ -36,7 +37,7 @@ protected:
         Project::start();
     }
 
-    static Subcatch& subcatch() { return Subcatches[0]; }
+    static Subcatch& subcatch() { return testModel().subcatches[0]; }
 };
 
 TEST_F(Group, UnitsStartAtTheirSaturation) {
@@ -44,28 +45,28 @@ TEST_F(Group, UnitsStartAtTheirSaturation) {
     project.groups = "S BC 100 1 25 0\n";
     project.options = "START_DRY_DAYS 3\n";
     start();
-    EXPECT_NEAR(LidUnits[0].soilMoisture, 0.1 + 0.4 * 0.25, 1e-15);
-    EXPECT_NEAR(LidUnits[0].storageLevel, 0.1, 1e-15);
-    EXPECT_NEAR(LidUnits[0].initialDepth, 0.2 * 0.5 + 0.1 * 0.5, 1e-15);
-    EXPECT_EQ(LidUnits[0].finalDepth, LidUnits[0].initialDepth);
-    EXPECT_EQ(LidUnits[0].surfaceLevel, 0.0);
-    EXPECT_EQ(LidUnits[0].dryTime, 3.0 * 86400.0);
+    EXPECT_NEAR(testModel().lidUnits[0].soilMoisture, 0.1 + 0.4 * 0.25, 1e-15);
+    EXPECT_NEAR(testModel().lidUnits[0].storageLevel, 0.1, 1e-15);
+    EXPECT_NEAR(testModel().lidUnits[0].initialDepth, 0.2 * 0.5 + 0.1 * 0.5, 1e-15);
+    EXPECT_EQ(testModel().lidUnits[0].finalDepth, testModel().lidUnits[0].initialDepth);
+    EXPECT_EQ(testModel().lidUnits[0].surfaceLevel, 0.0);
+    EXPECT_EQ(testModel().lidUnits[0].dryTime, 3.0 * 86400.0);
 }
 
 TEST_F(Group, WaterOfARoofsMatCountsTwiceAtTheStart) {
     project.lids = "GR GR\nGR SOIL 100 0.5 0.2 0.1 36 10\nGR DRAINMAT 50 0.4 0.1\n";
     project.groups = "S GR 100 1 50 0\n";
     start();
-    EXPECT_NEAR(LidUnits[0].storageLevel, 0.025, 1e-15);
-    EXPECT_NEAR(LidUnits[0].initialDepth, 0.3 * 0.1 + 2.0 * 0.025 * 0.4, 1e-15);
+    EXPECT_NEAR(testModel().lidUnits[0].storageLevel, 0.025, 1e-15);
+    EXPECT_NEAR(testModel().lidUnits[0].initialDepth, 0.3 * 0.1 + 2.0 * 0.025 * 0.4, 1e-15);
 }
 
 TEST_F(Group, MatOfAnEarlierTypeFillsTheStorageToo) {
     project.lids = "RB GR\nRB DRAINMAT 50 0.4 0.1\nRB RB\nRB STORAGE 1000 1 0\n";
     project.groups = "S RB 100 1 50 0\n";
     start();
-    EXPECT_NEAR(LidUnits[0].storageLevel, 0.025, 1e-15);
-    EXPECT_NEAR(LidUnits[0].initialDepth, 0.5 + 0.025 * 0.4, 1e-15);
+    EXPECT_NEAR(testModel().lidUnits[0].storageLevel, 0.025, 1e-15);
+    EXPECT_NEAR(testModel().lidUnits[0].initialDepth, 0.5 + 0.025 * 0.4, 1e-15);
 }
 
 TEST_F(Group, UnitsTakeTheirShareOfBothPartsOfTheLand) {
@@ -74,9 +75,9 @@ TEST_F(Group, UnitsTakeTheirShareOfBothPartsOfTheLand) {
     subcatch().rain = 1e-6;
     subcatch().imperviousRunoff = 0.03;
     subcatch().perviousRunoff = 0.01;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_NEAR(LidUnits[0].inflowDepth, 60.0 * (0.04 * 0.25 / 100.0 + 1e-6), 1e-16);
-    EXPECT_NEAR(LidUnits[1].inflowDepth, 60.0 * (0.04 * 0.5 / 400.0 + 1e-6), 1e-16);
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_NEAR(testModel().lidUnits[0].inflowDepth, 60.0 * (0.04 * 0.25 / 100.0 + 1e-6), 1e-16);
+    EXPECT_NEAR(testModel().lidUnits[1].inflowDepth, 60.0 * (0.04 * 0.5 / 400.0 + 1e-6), 1e-16);
     EXPECT_NEAR(volumes.lidRunon, 60.0 * 0.04 * 0.75, 1e-14);
 }
 
@@ -86,10 +87,10 @@ TEST_F(Group, WithoutOtherLandThereIsNoRunon) {
     subcatch().rain = 1e-6;
     subcatch().imperviousRunoff = 0.03;
     subcatch().lastWashoffRate[0] = 0.5;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_NEAR(LidUnits[0].inflowDepth, 60.0 * 1e-6, 1e-18);
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_NEAR(testModel().lidUnits[0].inflowDepth, 60.0 * 1e-6, 1e-18);
     EXPECT_EQ(volumes.lidRunon, 0.0);
-    EXPECT_NEAR(LidUnits[0].inflowLoad[0], 60.0 * (10000.0 * 1e-6 * 10.0 / 1000.0 + 0.5), 1e-12)
+    EXPECT_NEAR(testModel().lidUnits[0].inflowLoad[0], 60.0 * (10000.0 * 1e-6 * 10.0 / 1000.0 + 0.5), 1e-12)
         << "the load of runon comes all the same";
 }
 
@@ -97,10 +98,10 @@ TEST_F(Group, FlowsAddUpToTheVolumesOfTheStep) {
     project.groups = "S RB 100 1 100 0\nS RB 50 1 100 0\n";  // full barrels
     start();
     subcatch().rain = 1e-5;
-    LidUnits[0].dryTime = LidUnits[1].dryTime = 0.0;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_NEAR(LidUnits[0].thisSurfaceFlow, 1e-3, 1e-17);
-    EXPECT_NEAR(LidUnits[1].thisSurfaceFlow, 5e-4, 1e-17);
+    testModel().lidUnits[0].dryTime = testModel().lidUnits[1].dryTime = 0.0;
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_NEAR(testModel().lidUnits[0].thisSurfaceFlow, 1e-3, 1e-17);
+    EXPECT_NEAR(testModel().lidUnits[1].thisSurfaceFlow, 5e-4, 1e-17);
     EXPECT_NEAR(volumes.lidOutflow, 0.09, 1e-15);
 }
 
@@ -110,8 +111,8 @@ TEST_F(Group, EvaporationAndInfiltrationJoinThoseOfTheLand) {
     start();
     volumes.infil = 1.0;
     volumes.evap = 2.0;
-    Evap.rate = 1e-6;
-    lidgroup_step(0, volumes, 0, 60.0);
+    testModel().evap->rate = 1e-6;
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
     EXPECT_NEAR(volumes.lidInfil, 1e-5 * 60.0 * 100.0, 1e-14);
     EXPECT_NEAR(volumes.infil, 1.0 + 0.06, 1e-14);
     EXPECT_NEAR(volumes.evap, 2.0 + 1e-6 * 60.0 * 100.0, 1e-14);
@@ -121,41 +122,41 @@ TEST_F(Group, NothingEvaporatesWhileItRains) {
     project.lids = "BC BC\nBC SOIL 500 0.5 0.2 0.1 3600 0\n";
     project.groups = "S BC 100 1 50 0\n";
     start();
-    Evap.rate = 1e-6;
+    testModel().evap->rate = 1e-6;
     subcatch().rain = 1e-12;
-    lidgroup_step(0, volumes, 0, 60.0);
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
     EXPECT_EQ(volumes.evap, 0.0);
 }
 
 TEST_F(Group, DryTimeCountsFromTheLastTraceOfRain) {
     project.groups = "S RB 100 1 0 0\n";
     start();
-    LidUnits[0].dryTime = 500.0;
+    testModel().lidUnits[0].dryTime = 500.0;
     subcatch().rain = 7.056e-10;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_EQ(LidUnits[0].dryTime, 560.0);
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_EQ(testModel().lidUnits[0].dryTime, 560.0);
     subcatch().rain = 7.057e-10;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_EQ(LidUnits[0].dryTime, 0.0);
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_EQ(testModel().lidUnits[0].dryTime, 0.0);
 }
 
 TEST_F(Group, BarrelDrainsOnlyWhenTheDelayHasPassed) {
     project.groups = "S RB 100 1 50 0\n";
     start();
-    LidUnits[0].dryTime = 21600.0 - 60.0;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_EQ(LidUnits[0].thisDrainFlow, 0.0);
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_NEAR(LidUnits[0].thisDrainFlow, std::min(500.0 * 1e-5, 0.5 / 60.0) * 100.0, 1e-14);
+    testModel().lidUnits[0].dryTime = 21600.0 - 60.0;
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_EQ(testModel().lidUnits[0].thisDrainFlow, 0.0);
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_NEAR(testModel().lidUnits[0].thisDrainFlow, std::min(500.0 * 1e-5, 0.5 / 60.0) * 100.0, 1e-14);
 }
 
 TEST_F(Group, NegativeZeroOfASaturationIsNoneInTheInitialDepth) {
     project.lids = "RG RG\nRG SOIL 500 0.5 0.2 -0 36 10\n";
     project.groups = "S RG 100 1 -0 0\n";
     start();
-    EXPECT_TRUE(std::signbit(LidUnits[0].soilMoisture));
-    EXPECT_FALSE(std::signbit(LidUnits[0].initialDepth));
-    EXPECT_FALSE(std::signbit(LidUnits[0].finalDepth));
+    EXPECT_TRUE(std::signbit(testModel().lidUnits[0].soilMoisture));
+    EXPECT_FALSE(std::signbit(testModel().lidUnits[0].initialDepth));
+    EXPECT_FALSE(std::signbit(testModel().lidUnits[0].finalDepth));
 }
 
 TEST_F(Group, LoadsComeWithTheRainAndWithTheWashoffOfTheStepBefore) {
@@ -164,10 +165,10 @@ TEST_F(Group, LoadsComeWithTheRainAndWithTheWashoffOfTheStepBefore) {
     subcatch().rain = 1e-5;
     subcatch().lastWashoffRate[0] = 0.004;
     subcatch().thisWashoffRate[0] = 9.0;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_NEAR(LidUnits[0].inflowLoad[0], 60.0 * (100.0 * 1e-5 * 10.0 / 1000.0 + 0.004 * 0.25), 1e-15);
-    EXPECT_NEAR(LidUnits[0].rainLoad[0], 60.0 * 100.0 * 1e-5 * 10.0 / 1000.0, 1e-16);
-    EXPECT_EQ(LidUnits[0].rainLoad[1], 0.0) << "the second pollutant doesn't come with the rain";
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_NEAR(testModel().lidUnits[0].inflowLoad[0], 60.0 * (100.0 * 1e-5 * 10.0 / 1000.0 + 0.004 * 0.25), 1e-15);
+    EXPECT_NEAR(testModel().lidUnits[0].rainLoad[0], 60.0 * 100.0 * 1e-5 * 10.0 / 1000.0, 1e-16);
+    EXPECT_EQ(testModel().lidUnits[0].rainLoad[1], 0.0) << "the second pollutant doesn't come with the rain";
 }
 
 TEST_F(Group, UnitsReactByTheHourInWhichTheRunoffStepEnds) {
@@ -176,15 +177,15 @@ TEST_F(Group, UnitsReactByTheHourInWhichTheRunoffStepEnds) {
     project.patterns = "H HOURLY 1 2 3\n";
     project.decay = "RB LID Q FIRST 864 H STORAGE\n";
     start();
-    const double step = RunoffStep;
-    LidUnits[0].thisStorageMass[1] = 5.0;
-    NewRunoffTime = (3599.0 - step) * 1000.0;
-    runoff_advance();
+    const double step = testModel().options.runoffStep;
+    testModel().lidUnits[0].thisStorageMass[1] = 5.0;
+    testModel().clock.newRunoffTime = (3599.0 - step) * 1000.0;
+    runoff_advance(testModel());
     const double left = 5.0 * std::exp(-0.01 * 1.0 * step);
-    EXPECT_NEAR(LidUnits[0].thisStorageMass[1], left, 1e-14);
-    NewRunoffTime = (3600.0 - step) * 1000.0;
-    runoff_advance();
-    EXPECT_NEAR(LidUnits[0].thisStorageMass[1], left * std::exp(-0.01 * 2.0 * step), 1e-14)
+    EXPECT_NEAR(testModel().lidUnits[0].thisStorageMass[1], left, 1e-14);
+    testModel().clock.newRunoffTime = (3600.0 - step) * 1000.0;
+    runoff_advance(testModel());
+    EXPECT_NEAR(testModel().lidUnits[0].thisStorageMass[1], left * std::exp(-0.01 * 2.0 * step), 1e-14)
         << "a full hour counts to the next";
 }
 
@@ -192,18 +193,18 @@ TEST_F(Group, UnitsAreWalkedInTheOrderOfTheirLines) {
     project.groups = "S RB 100 1 0 25\nS RB 200 1 0 25\nS RB 300 1 0 25\n";
     start();
     std::vector<double> areas;
-    for (const LidUnit& unit : lidgroup_getUnits(0)) {
+    for (const LidUnit& unit : lidgroup_getUnits(testModel(), 0)) {
         areas.push_back(unit.area);
     }
     EXPECT_EQ(areas, (std::vector<double>{100.0, 200.0, 300.0}));
-    EXPECT_TRUE(lidgroup_getUnits(1).empty()) << "no subcatchment, no units";
-    EXPECT_TRUE(lidgroup_getUnits(-1).empty());
+    EXPECT_TRUE(lidgroup_getUnits(testModel(), 1).empty()) << "no subcatchment, no units";
+    EXPECT_TRUE(lidgroup_getUnits(testModel(), -1).empty());
 }
 
 TEST_F(Group, ShiftMakesNewOldAndLeavesNoLoadBehind) {
     project.groups = "S RB 100 1 0 25\n";
     start();
-    LidUnit& unit = LidUnits[0];
+    LidUnit& unit = testModel().lidUnits[0];
     unit.thisSurfaceFlow = 3.0;
     unit.thisDrainFlow = 4.0;
     unit.thisSurfaceMass[1] = 5.0;
@@ -212,7 +213,7 @@ TEST_F(Group, ShiftMakesNewOldAndLeavesNoLoadBehind) {
     unit.thisStorageMass[1] = 8.0;
     unit.thisSurfaceLoad[1] = 9.0;
     unit.thisDrainLoad[1] = 10.0;
-    lidgroup_shiftState(0);
+    lidgroup_shiftState(testModel(), 0);
     EXPECT_EQ(unit.lastSurfaceFlow, 3.0);
     EXPECT_EQ(unit.lastDrainFlow, 4.0);
     EXPECT_EQ(unit.lastSurfaceMass[1], 5.0);
@@ -227,57 +228,59 @@ TEST_F(Group, ShiftComesAlsoWhereAHostTookTheArea) {
     // Nothing runs there any more, so what the units gave in the step before must not be given again.
     project.groups = "S RB 100 1 0 25\n";
     start();
-    LidUnits[0].thisDrainFlow = 1.0;
-    LidUnits[0].thisDrainLoad[0] = 2.0;
+    testModel().lidUnits[0].thisDrainFlow = 1.0;
+    testModel().lidUnits[0].thisDrainLoad[0] = 2.0;
     subcatch().area = 0.0;
-    runoff_advance();
-    EXPECT_EQ(LidUnits[0].thisDrainFlow, 0.0);
-    EXPECT_EQ(LidUnits[0].thisDrainLoad[0], 0.0);
-    EXPECT_EQ(LidUnits[0].lastDrainFlow, 1.0);
+    runoff_advance(testModel());
+    EXPECT_EQ(testModel().lidUnits[0].thisDrainFlow, 0.0);
+    EXPECT_EQ(testModel().lidUnits[0].thisDrainLoad[0], 0.0);
+    EXPECT_EQ(testModel().lidUnits[0].lastDrainFlow, 1.0);
 }
 
 TEST_F(Group, LaterUnitsTakeTheirShareOfWhatEarlierOnesLetGo) {
     project.groups = "S RB 100 1 0 25\nS RB 100 1 0 50\n";
     start();
-    LidUnits[0].thisSurfaceLoad[0] = 0.01;
-    LidUnits[1].thisSurfaceLoad[0] = 0.02;
+    testModel().lidUnits[0].thisSurfaceLoad[0] = 0.01;
+    testModel().lidUnits[1].thisSurfaceLoad[0] = 0.02;
     double loads[] = {8.0, 4.0};
-    lidgroup_addSurfaceLoads(0, loads, RunoffStep);
-    EXPECT_NEAR(loads[0], 0.5 * (0.75 * 8.0 + RunoffStep * 0.01) + RunoffStep * 0.02, 1e-14);
+    lidgroup_addSurfaceLoads(testModel(), 0, loads, testModel().options.runoffStep);
+    EXPECT_NEAR(loads[0],
+                0.5 * (0.75 * 8.0 + testModel().options.runoffStep * 0.01) + testModel().options.runoffStep * 0.02,
+                1e-14);
     EXPECT_NEAR(loads[1], 0.5 * 0.75 * 4.0, 1e-15);
 }
 
 TEST_F(Group, DrainsGoToTheirNodesAndIntoTheTotals) {
     project.groups = "S RB 100 1 0 25\nS RB 100 1 0 50 DRAIN\n";
     start();
-    LidUnits[0].thisDrainFlow = 0.25;
-    LidUnits[1].thisDrainFlow = 0.5;
-    LidUnits[1].lastDrainFlow = 77.0;
-    LidUnits[1].thisDrainLoad[1] = 0.125;
-    landinflows_addDrains();
-    EXPECT_EQ(Nodes[0].newLatFlow, 0.25);
-    EXPECT_EQ(Nodes[1].newLatFlow, 0.5) << "the flow of the step before has no weight";
-    EXPECT_EQ(Nodes[1].massInflow[1], 0.125);
-    EXPECT_EQ(FlowTotals.wetWeatherInflow, RoutingStep * 0.75);
-    EXPECT_EQ(QualTotals[1].wetWeatherInflow, RoutingStep * 0.125);
+    testModel().lidUnits[0].thisDrainFlow = 0.25;
+    testModel().lidUnits[1].thisDrainFlow = 0.5;
+    testModel().lidUnits[1].lastDrainFlow = 77.0;
+    testModel().lidUnits[1].thisDrainLoad[1] = 0.125;
+    landinflows_addDrains(testModel());
+    EXPECT_EQ(testModel().nodes[0].newLatFlow, 0.25);
+    EXPECT_EQ(testModel().nodes[1].newLatFlow, 0.5) << "the flow of the step before has no weight";
+    EXPECT_EQ(testModel().nodes[1].massInflow[1], 0.125);
+    EXPECT_EQ(testModel().totals.flow.wetWeatherInflow, testModel().options.routingStep * 0.75);
+    EXPECT_EQ(testModel().totals.quality[1].wetWeatherInflow, testModel().options.routingStep * 0.125);
 }
 
 TEST_F(Group, SubcatchmentWithoutAreaDrainsNothing) {
     project.groups = "S RB 100 1 0 25\n";
     start();
-    LidUnits[0].thisDrainFlow = 0.25;
+    testModel().lidUnits[0].thisDrainFlow = 0.25;
     subcatch().area = 0.0;
-    landinflows_addDrains();
-    EXPECT_EQ(Nodes[0].newLatFlow, 0.0);
+    landinflows_addDrains(testModel());
+    EXPECT_EQ(testModel().nodes[0].newLatFlow, 0.0);
 }
 
 TEST_F(Group, SubcatchmentWithoutUnitsIsLeftAlone) {
     start();
-    lidgroup_step(0, volumes, 0, 60.0);
-    lidgroup_shiftState(0);
-    landinflows_addDrains();
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    lidgroup_shiftState(testModel(), 0);
+    landinflows_addDrains(testModel());
     double loads[] = {8.0, 4.0};
-    lidgroup_addSurfaceLoads(0, loads, RunoffStep);
+    lidgroup_addSurfaceLoads(testModel(), 0, loads, testModel().options.runoffStep);
     EXPECT_EQ(loads[0], 8.0);
     EXPECT_EQ(volumes.lidOutflow, 0.0);
 }
@@ -286,10 +289,10 @@ TEST_F(Group, UnitOfNoAreaIsPassedOver) {
     project.groups = "S RB 100 1 0 25\nS RB 100 1 0 25\n";
     start();
     subcatch().rain = 1e-5;
-    LidUnits[0].area = 0.0;
-    lidgroup_step(0, volumes, 0, 60.0);
-    EXPECT_EQ(LidUnits[0].inflowDepth, 0.0);
-    EXPECT_GT(LidUnits[1].inflowDepth, 0.0);
+    testModel().lidUnits[0].area = 0.0;
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    EXPECT_EQ(testModel().lidUnits[0].inflowDepth, 0.0);
+    EXPECT_GT(testModel().lidUnits[1].inflowDepth, 0.0);
 }
 
 TEST_F(Group, LostMemoryAtTheStartIsTold) {
@@ -313,13 +316,15 @@ TEST_F(Group, NothingIsAllocatedInAStep) {
     project.groups = "S RB 100 1 0 25\nS RB 100 1 0 50 DRAIN\n";
     start();
     subcatch().rain = 1e-5;
-    lidgroup_step(0, volumes, 0, 60.0);
-    const size_t taken = ProjectArena.taken + ResultArena.taken + RunArena.taken;
+    lidgroup_step(testModel(), 0, volumes, 0, 60.0);
+    const size_t taken =
+        testModel().memory.project.taken + testModel().memory.results.taken + testModel().memory.run.taken;
     for (int32_t k = 0; k < 100; ++k) {
-        lidgroup_shiftState(0);
-        lidgroup_step(0, volumes, 0, 60.0);
+        lidgroup_shiftState(testModel(), 0);
+        lidgroup_step(testModel(), 0, volumes, 0, 60.0);
     }
-    EXPECT_EQ(ProjectArena.taken + ResultArena.taken + RunArena.taken, taken);
+    EXPECT_EQ(testModel().memory.project.taken + testModel().memory.results.taken + testModel().memory.run.taken,
+              taken);
 }
 
 // --- whole runs ----------------------------------------------------------------------------------------------------
@@ -354,7 +359,7 @@ RunOutcome runStarted(Project& file) {
     EXPECT_EQ(tarnvelde_start(0), 0);
     EXPECT_EQ(stepToEnd(), 0);
     RunOutcome outcome;
-    for (const LidUnit& unit : LidUnits) {
+    for (const LidUnit& unit : testModel().lidUnits) {
         outcome.states.insert(
             outcome.states.end(),
             {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel, unit.pavementLevel, unit.inflowDepth,
@@ -376,7 +381,7 @@ TEST(LidRun, SecondRunEqualsTheFirst) {
     for (double LidUnit::*depth : {&LidUnit::inflowDepth, &LidUnit::evapDepth, &LidUnit::infilDepth,
                                    &LidUnit::surfaceOutDepth, &LidUnit::drainDepth}) {
         const auto isBooked = [depth](const LidUnit& unit) { return unit.*depth > 0.0; };
-        EXPECT_TRUE(std::any_of(LidUnits.begin(), LidUnits.end(), isBooked));
+        EXPECT_TRUE(std::any_of(testModel().lidUnits.begin(), testModel().lidUnits.end(), isBooked));
     }
     ASSERT_EQ(first.tables.size(), 7U + 2U * 8U) << "seven units, and a headline for each of two pollutants";
     const RunOutcome second = runStarted(file);
@@ -388,8 +393,8 @@ TEST(LidRun, EveryUnitIsAtWork) {
     Project file(getAllTypes().text());
     ASSERT_EQ(file.open(), 0);
     runStarted(file);
-    for (const LidUnit& unit : LidUnits) {
-        const char* name = Lids[unit.lid].name;
+    for (const LidUnit& unit : testModel().lidUnits) {
+        const char* name = testModel().lids[unit.lid].name;
         EXPECT_GT(unit.inflowDepth, 0.0) << name;
         EXPECT_GT(unit.surfaceOutDepth + unit.drainDepth + unit.infilDepth, 0.0) << name;
         EXPECT_GT(unit.inflowLoad[0], 0.0) << name;

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "support/lidunits.h"
+#include "support/model.h"
 
 namespace {
 
@@ -33,7 +34,7 @@ TEST_F(QualityTest, DryLayersPassTheLoadToSeepageAndDrain) {
     fluxes.surfaceInfil = 0.0;  // not even moving water is asked for
     fluxes.storageExfil = 3e-5;
     fluxes.storageDrain = 1e-5;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.inflowLoad[0], 100.0);
     EXPECT_NEAR(unit.drainOutLoad[0], 25.0, 1e-12);
     EXPECT_NEAR(unit.thisDrainLoad[0], 0.25, 1e-14);
@@ -44,7 +45,7 @@ TEST_F(QualityTest, DryLayersPassTheLoadToSeepageAndDrain) {
 
 TEST_F(QualityTest, DryStorageWithoutOutflowLosesTheLoad) {
     beginStep(LID_BC);
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.inflowLoad[0], 100.0);
     EXPECT_EQ(unit.drainOutLoad[0] + unit.exfilLoad[0] + unit.surfaceOutLoad[0] + unit.finalLoad[0], 0.0);
     EXPECT_EQ(unit.thisDrainLoad[0], 0.0);
@@ -52,7 +53,7 @@ TEST_F(QualityTest, DryStorageWithoutOutflowLosesTheLoad) {
 
 TEST_F(QualityTest, DryMatGivesAllToItsDrainEvenWithoutFlow) {
     beginStep(LID_GR);
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.drainOutLoad[0], 100.0);
     EXPECT_EQ(unit.thisDrainLoad[0], 1.0);
 }
@@ -63,7 +64,7 @@ TEST_F(QualityTest, LayerOfExactlyTheLimitIsDry) {
     unit.lastSurfaceMass[0] = 5.0;
     beginStep(LID_IT);
     fluxes.storageExfil = 1e-5;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.exfilLoad[0], 100.0) << "what arrives; what stood there is gone";
     EXPECT_EQ(unit.thisSurfaceMass[0], 0.0);
 }
@@ -75,7 +76,7 @@ TEST_F(QualityTest, StorageOfExactlyTheLimitIsDry) {
     unit.lastStorageMass[0] = 5.0;
     beginStep(LID_IT);
     fluxes.storageExfil = 1e-5;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.exfilLoad[0], 100.0) << "what arrives; what stood there is gone";
     EXPECT_EQ(unit.thisStorageMass[0], 0.0);
 }
@@ -90,7 +91,7 @@ TEST_F(QualityTest, SurfaceMixesAndPassesWhatStoodThere) {
     fluxes.surfaceInfil = 1e-4;    // 1 m3 in the step
     fluxes.surfaceOutflow = 2e-4;  // 2 m3
     fluxes.storageExfil = 1.0;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.exfilLoad[0], 0.2, 1e-14) << "to the dry storage";
     const double left = 2.0 + 100.0 - 0.2 - 0.4;
     EXPECT_NEAR(unit.thisSurfaceMass[0], left, 1e-12);
@@ -105,7 +106,7 @@ TEST_F(QualityTest, SoilHoldsWhatThePercolationLeaves) {
     beginStep(LID_BC);
     fluxes.soilPerc = 1e-4;  // 1 m3
     fluxes.storageDrain = 1e-4;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisSoilMass[0], 100.0 + 4.0 - 0.2, 1e-12);
     EXPECT_NEAR(unit.drainOutLoad[0], 0.2, 1e-14);
 }
@@ -116,7 +117,7 @@ TEST_F(QualityTest, StorageGivesSeepageAndDrainTheirShares) {
     beginStep(LID_BC);
     fluxes.storageExfil = 1e-4;  // 1 m3
     fluxes.storageDrain = 2e-4;  // 2 m3
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     const double left = 3.0 + 100.0 - 0.3 - 0.6;
     EXPECT_NEAR(unit.thisStorageMass[0], left, 1e-12);
     EXPECT_NEAR(unit.exfilLoad[0], left / 10.0, 1e-12);
@@ -130,7 +131,7 @@ TEST_F(QualityTest, MoreWaterOutThanInLeavesNoNegativeMass) {
     beginStep(LID_BC);
     load[0] = 0.0;
     fluxes.storageDrain = 2e-3;  // 20 m3 of the 10 there
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.thisStorageMass[0], 0.0);
     EXPECT_EQ(unit.drainOutLoad[0], 0.0);
 }
@@ -149,7 +150,7 @@ TEST_F(QualityTest, LayersReactByTheirOwnRules) {
     lid.storageDecay[0] = {FIRST_ORDER, -1, 0.04, 0.0, 1.0};
     beginStep(LID_PP);
     load[0] = 0.0;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisSurfaceMass[0], 1.0 * std::exp(-1.0), 1e-14);
     EXPECT_NEAR(unit.thisPavementMass[0], 2.0 * std::exp(-2.0), 1e-14);
     EXPECT_NEAR(unit.thisSoilMass[0], 3.0 * std::exp(-3.0), 1e-14);
@@ -166,7 +167,7 @@ TEST_F(QualityTest, PavementPassesToItsSoil) {
     unit.lastPavementMass[0] = 2.0;
     beginStep(LID_PP);
     fluxes.pavementPerc = 1e-4;  // 1 m3
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisPavementMass[0], 102.0 - 0.4, 1e-12);
     EXPECT_NEAR(unit.thisSoilMass[0], 0.4, 1e-14);
 }
@@ -179,7 +180,7 @@ TEST_F(QualityTest, PavementWithoutSoilPassesToItsStorage) {
     unit.lastPavementMass[0] = 2.0;
     beginStep(LID_PP);
     fluxes.pavementPerc = 1e-4;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisStorageMass[0], 0.4, 1e-14);
     EXPECT_EQ(unit.thisSoilMass[0], 0.0);
 }
@@ -187,7 +188,7 @@ TEST_F(QualityTest, PavementWithoutSoilPassesToItsStorage) {
 TEST_F(QualityTest, TrenchHasNoSoil) {
     setLevels({0.0, 0.4, 0.2, 0.0});
     beginStep(LID_IT);
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.thisSoilMass[0], 0.0);
     EXPECT_NEAR(unit.thisStorageMass[0], 100.0, 1e-12);
 }
@@ -207,7 +208,7 @@ TEST_F(QualityTest, SteadyColumnKeepsItsMass) {
     fluxes.soilPerc = 6e-5;
     fluxes.storageExfil = 2e-5;
     fluxes.storageDrain = 4e-5;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisSurfaceMass[0], 1.0, 1e-14);
     EXPECT_NEAR(unit.thisSoilMass[0], 2.0, 1e-14);
     EXPECT_NEAR(unit.thisStorageMass[0], 1.0, 1e-14);
@@ -219,7 +220,7 @@ TEST_F(QualityTest, OutflowIsBookedAtTheConcentrationBehindTheStep) {
     setLevels({0.0, 0.0, 0.2, 0.0});  // 10 m3, clean
     beginStep(LID_BC);
     fluxes.storageDrain = 1e-4;  // 1 m3
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisStorageMass[0], 100.0, 1e-12);
     EXPECT_NEAR(unit.finalLoad[0] + unit.drainOutLoad[0] - unit.inflowLoad[0], 100.0 / 10.0, 1e-12);
 }
@@ -232,7 +233,7 @@ TEST_F(QualityTest, PollutantsDoNotMix) {
     lid.storageDecay[1] = {FIRST_ORDER, -1, 0.01, 0.0, 1.0};
     lid.type = LID_BC;
     begin(100.0, 0.0);
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisStorageMass[0], 3.0, 1e-14);
     EXPECT_NEAR(unit.thisStorageMass[1], 5.0 * std::exp(-1.0), 1e-14);
 }
@@ -241,7 +242,7 @@ TEST_F(QualityTest, WithoutPollutantsNothingIsTouched) {
     setPollutants(0);
     lid.type = LID_BC;
     begin(100.0, 0.0);
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     SUCCEED();
 }
 
@@ -255,7 +256,7 @@ TEST_F(QualityTest, BarrelTakesItsShareAndSpillsTheRest) {
     fluxes.storageInflow = 2.5e-4;
     fluxes.surfaceOutflow = 7.5e-4;
     fluxes.storageDrain = 1e-4;  // 1 m3
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.surfaceOutLoad[0], 75.0, 1e-12);
     EXPECT_NEAR(unit.thisSurfaceLoad[0], 0.75, 1e-14);
     const double left = 5.0 + 25.0 - 0.1;
@@ -267,7 +268,7 @@ TEST_F(QualityTest, BarrelTakesItsShareAndSpillsTheRest) {
 TEST_F(QualityTest, EmptyBarrelPassesTheLoadToItsDrain) {
     beginStep(LID_RB);
     fluxes.storageInflow = 1e-3;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.drainOutLoad[0], 100.0, 1e-12);
     EXPECT_NEAR(unit.thisDrainLoad[0], 1.0, 1e-14);
     EXPECT_EQ(unit.thisStorageMass[0], 0.0);
@@ -280,7 +281,7 @@ TEST_F(QualityTest, BarrelOfExactlyTheLimitIsEmpty) {
     unit.lastStorageMass[0] = 5.0;
     beginStep(LID_RB);
     fluxes.storageInflow = 1e-3;  // all that comes
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.drainOutLoad[0], 100.0, 1e-12) << "what arrives; what stood there is gone";
     EXPECT_EQ(unit.thisStorageMass[0], 0.0);
 }
@@ -291,7 +292,7 @@ TEST_F(QualityTest, BarrelLosesTheLoadOfATrickle) {
     begin(100.0, 1e-6);  // 0.01 m3 in the step, no more than the limit
     fluxes.storageInflow = 5e-7;
     fluxes.surfaceOutflow = 5e-7;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.surfaceOutLoad[0] + unit.drainOutLoad[0] + unit.thisSurfaceLoad[0], 0.0);
     EXPECT_NEAR(unit.thisDrainLoad[0], 0.5, 1e-14) << "the drain of an empty barrel is handed on all the same";
 }
@@ -300,7 +301,7 @@ TEST_F(QualityTest, BarrelWithoutInflowHasNoLoads) {
     lid.type = LID_RB;
     load[0] = 1.0;
     begin(100.0, 0.0);
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.thisDrainLoad[0], 0.0);
     EXPECT_EQ(unit.thisSurfaceLoad[0], 0.0);
 }
@@ -314,7 +315,7 @@ TEST_F(QualityTest, SwaleSeepsFromItsSurface) {
     beginStep(LID_VS);
     fluxes.storageExfil = 1e-4;
     fluxes.surfaceOutflow = 2e-4;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     const double left = 102.0 - 0.2 - 0.4;
     EXPECT_NEAR(unit.thisSurfaceMass[0], left, 1e-12);
     EXPECT_NEAR(unit.exfilLoad[0], left / 10.0, 1e-12);
@@ -326,7 +327,7 @@ TEST_F(QualityTest, DrySwaleLosesTheLoad) {
     beginStep(LID_VS);
     fluxes.storageExfil = 1e-4;
     fluxes.surfaceOutflow = 2e-4;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_EQ(unit.inflowLoad[0], 100.0);
     EXPECT_EQ(unit.exfilLoad[0] + unit.surfaceOutLoad[0] + unit.finalLoad[0] + unit.thisSurfaceLoad[0], 0.0);
 }
@@ -337,7 +338,7 @@ TEST_F(QualityTest, SwaleReactsByTheRuleOfItsSurface) {
     lid.surfaceDecay[0] = {FIRST_ORDER, -1, 0.01, 0.0, 1.0};
     beginStep(LID_VS);
     load[0] = 0.0;
-    lidquality_advance(fluxes);
+    lidquality_advance(testModel(), fluxes);
     EXPECT_NEAR(unit.thisSurfaceMass[0], 2.0 * std::exp(-1.0), 1e-14);
     EXPECT_NEAR(unit.reactedLoad[0], 2.0 - 2.0 * std::exp(-1.0), 1e-14);
 }

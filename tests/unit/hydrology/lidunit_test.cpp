@@ -10,6 +10,7 @@
 
 #include "model/errors.h"
 #include "model/project.h"
+#include "support/model.h"
 #include "support/tables.h"
 
 namespace {
@@ -41,8 +42,8 @@ bool standApart(const std::vector<double*>& arrays) {
 }
 
 TEST_F(UnitRecord, ArraysStandApart) {
-    ASSERT_TRUE(lidunit_createArrays(unit, ResultArena));
-    lidunit_openBalance(unit);
+    ASSERT_TRUE(lidunit_createArrays(testModel(), unit, testModel().memory.results));
+    lidunit_openBalance(testModel(), unit);
     std::vector<double*> all = getLayers();
     for (double* array : getBalance()) {
         all.push_back(array);
@@ -51,31 +52,31 @@ TEST_F(UnitRecord, ArraysStandApart) {
 }
 
 TEST_F(UnitRecord, ClearedArraysAreZeroToTheLastPollutant) {
-    ASSERT_TRUE(lidunit_createArrays(unit, ResultArena));
+    ASSERT_TRUE(lidunit_createArrays(testModel(), unit, testModel().memory.results));
     for (double* array : getLayers()) {
         std::fill_n(array, 3, 5.0);
     }
-    lidunit_clearArrays(unit);
+    lidunit_clearArrays(testModel(), unit);
     for (const double* array : getLayers()) {
         EXPECT_TRUE(std::all_of(array, array + 3, [](double value) { return value == 0.0; }));
     }
 }
 
 TEST_F(UnitRecord, WithoutMemoryThereAreNone) {
-    ASSERT_TRUE(lidunit_createArrays(unit, ResultArena));
-    lidunit_openBalance(unit);
+    ASSERT_TRUE(lidunit_createArrays(testModel(), unit, testModel().memory.results));
+    lidunit_openBalance(testModel(), unit);
     arena_failAfter(1);
-    EXPECT_FALSE(lidunit_createArrays(unit, ResultArena));
+    EXPECT_FALSE(lidunit_createArrays(testModel(), unit, testModel().memory.results));
     EXPECT_EQ(getLayers(), std::vector<double*>(10, nullptr));
     arena_failAfter(1);
-    lidunit_openBalance(unit);
+    lidunit_openBalance(testModel(), unit);
     EXPECT_EQ(getBalance(), std::vector<double*>(8, nullptr));
-    EXPECT_EQ(ErrorCode, ERR_MEMORY);
+    EXPECT_EQ(testModel().error.code, ERR_MEMORY);
 }
 
 TEST_F(UnitRecord, ForgottenArraysAreGone) {
-    ASSERT_TRUE(lidunit_createArrays(unit, ResultArena));
-    lidunit_openBalance(unit);
+    ASSERT_TRUE(lidunit_createArrays(testModel(), unit, testModel().memory.results));
+    lidunit_openBalance(testModel(), unit);
     lidunit_forgetArrays(unit);
     EXPECT_EQ(getLayers(), std::vector<double*>(10, nullptr));
     EXPECT_NE(unit.rainLoad, nullptr);

@@ -15,6 +15,7 @@
 #include "model/arena.h"
 #include "results/massbal.h"
 #include "support/land.h"
+#include "support/model.h"
 
 namespace {
 
@@ -26,12 +27,12 @@ protected:
     void SetUp() override {
         project.subcatchs = "S G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\nR G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
         ASSERT_EQ(open(project), 0);
-        RunoffStep = 300;
+        testModel().options.runoffStep = 300;
     }
 
     static int32_t limit() {
-        runoff_limitStep();
-        return RunoffStep;
+        runoff_limitStep(testModel());
+        return testModel().options.runoffStep;
     }
 
     LandProject project;
@@ -42,81 +43,81 @@ TEST_F(StepLengthTest, IsTheNextOfAListBehindTheTimeOfFlow) {
 }
 
 TEST_F(StepLengthTest, MayGrow) {
-    RunoffStep = 35;
+    testModel().options.runoffStep = 35;
     EXPECT_EQ(limit(), 60) << "longer than the one it replaces";
 }
 
 TEST_F(StepLengthTest, StaysIfItIsNotAboveTheTimeOfFlow) {
-    RunoffStep = 34;
+    testModel().options.runoffStep = 34;
     EXPECT_EQ(limit(), 34);
 }
 
 TEST_F(StepLengthTest, LastSubcatchmentCounts) {
-    Subcatches[0].width = 1e6;
+    testModel().subcatches[0].width = 1e6;
     EXPECT_EQ(limit(), 60);
-    Subcatches[1].width = 1000.0;  // 3.48 s
-    RunoffStep = 300;
+    testModel().subcatches[1].width = 1000.0;  // 3.48 s
+    testModel().options.runoffStep = 300;
     EXPECT_EQ(limit(), 5);
 }
 
 TEST_F(StepLengthTest, SubcatchmentUnderLidUnitsLeavesTheTimeOfTheOneBefore) {
-    Subcatches[0].width = 1000.0;
-    Subcatches[1].lidArea = Subcatches[1].area;
+    testModel().subcatches[0].width = 1000.0;
+    testModel().subcatches[1].lidArea = testModel().subcatches[1].area;
     EXPECT_EQ(limit(), 5);
 }
 
 TEST_F(StepLengthTest, ShorterPartCountsUnlessThereIsNone) {
-    Subcatches[1].imperviousFraction = 0.9;  // 62.7 s and 6.96 s
+    testModel().subcatches[1].imperviousFraction = 0.9;  // 62.7 s and 6.96 s
     EXPECT_EQ(limit(), 10);
-    RunoffStep = 300;
-    Subcatches[1].imperviousFraction = 0.1;  // 6.96 s and 62.7 s
+    testModel().options.runoffStep = 300;
+    testModel().subcatches[1].imperviousFraction = 0.1;  // 6.96 s and 62.7 s
     EXPECT_EQ(limit(), 10);
-    RunoffStep = 300;
-    Subcatches[1].imperviousFraction = 0.0;  // 69.6 s of pervious land alone
+    testModel().options.runoffStep = 300;
+    testModel().subcatches[1].imperviousFraction = 0.0;  // 69.6 s of pervious land alone
     EXPECT_EQ(limit(), 120);
-    RunoffStep = 300;
-    Subcatches[1].imperviousFraction = 1.0;
+    testModel().options.runoffStep = 300;
+    testModel().subcatches[1].imperviousFraction = 1.0;
     EXPECT_EQ(limit(), 120);
 }
 
 TEST_F(StepLengthTest, SmallerRoughnessCounts) {
-    Subcatches[1].imperviousRoughness = 0.1;
-    Subcatches[1].perviousRoughness = 0.015;
+    testModel().subcatches[1].imperviousRoughness = 0.1;
+    testModel().subcatches[1].perviousRoughness = 0.015;
     EXPECT_EQ(limit(), 60);
 }
 
 TEST_F(StepLengthTest, TimeOfFiveMinutesAndMoreLeavesTheStep) {
-    Subcatches[1].width = 10.0;  // 348 s
-    RunoffStep = 900;
+    testModel().subcatches[1].width = 10.0;  // 348 s
+    testModel().options.runoffStep = 900;
     EXPECT_EQ(limit(), 300) << "of the gage";
-    Gages[0].interval = 900;
-    RunoffStep = 900;
+    testModel().gages[0].interval = 900;
+    testModel().options.runoffStep = 900;
     EXPECT_EQ(limit(), 900);
 }
 
 TEST_F(StepLengthTest, WholeSecondOfTheListIsStepped) {
     // A time of exactly 60 s or a little more takes 120.
-    Subcatches[1].width = 0.5 * 10000.0 / 60.01 / (0.1 / 0.015 * std::pow(0.1, 2.0 / 3.0));
+    testModel().subcatches[1].width = 0.5 * 10000.0 / 60.01 / (0.1 / 0.015 * std::pow(0.1, 2.0 / 3.0));
     EXPECT_EQ(limit(), 120);
-    Subcatches[1].width = 0.5 * 10000.0 / 59.99 / (0.1 / 0.015 * std::pow(0.1, 2.0 / 3.0));
-    RunoffStep = 300;
+    testModel().subcatches[1].width = 0.5 * 10000.0 / 59.99 / (0.1 / 0.015 * std::pow(0.1, 2.0 / 3.0));
+    testModel().options.runoffStep = 300;
     EXPECT_EQ(limit(), 60);
 }
 
 TEST_F(StepLengthTest, OddValuesOfAHostLeaveIt) {
-    Subcatches[1].width = 0.0;  // infinite
+    testModel().subcatches[1].width = 0.0;  // infinite
     EXPECT_EQ(limit(), 300);
-    Subcatches[1].width = std::nan("");
+    testModel().subcatches[1].width = std::nan("");
     EXPECT_EQ(limit(), 300);
-    Subcatches[1].width = -100.0;
+    testModel().subcatches[1].width = -100.0;
     EXPECT_EQ(limit(), 300) << "a negative time";
-    Subcatches[1].width = -1e9;
+    testModel().subcatches[1].width = -1e9;
     EXPECT_EQ(limit(), 1) << "one that is cut to 0";
 }
 
 TEST_F(StepLengthTest, WithoutSubcatchmentsItIsASecond) {
     // The time of flow is 0 then, and 1 s the next of the list.
-    Subcatches.clear();
+    testModel().subcatches.clear();
     EXPECT_EQ(limit(), 1);
 }
 
@@ -125,11 +126,11 @@ TEST_F(StepLengthTest, ShortestIntervalOfAnyGageLimitsIt) {
     project.gages += "U VOLUME 0:00:20 T\n";
     project.subcatchs = "S G O 1 10 50 1 0.015 0.1 1 2 50 5 4 3 0\n";  // 348 s
     ASSERT_EQ(start(project), 0);
-    EXPECT_EQ(RunoffStep, 20);
+    EXPECT_EQ(testModel().options.runoffStep, 20);
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(RunoffStep, 20) << "it stays as reduced, and no test against the routing step comes";
-    EXPECT_EQ(ErrorCode, 0);
+    EXPECT_EQ(testModel().options.runoffStep, 20) << "it stays as reduced, and no test against the routing step comes";
+    EXPECT_EQ(testModel().error.code, 0);
 }
 
 TEST_F(StepLengthTest, EachStartLimitsTheStepAnewFromTheLastOne) {
@@ -137,15 +138,15 @@ TEST_F(StepLengthTest, EachStartLimitsTheStepAnewFromTheLastOne) {
     // The sheet takes 0.5 x 10000 m2 / 100 m / (sqrt(0.02) / 0.01 x 0.1^(2/3) m/s) = 16.4 s, a tenth at 1000 m.
     project.subcatchs = "S G O 1 100 50 2 0.01 0.1 1 3 50 6 4 5 30\n";
     ASSERT_EQ(start(project), 0);
-    EXPECT_EQ(RunoffStep, 30);
+    EXPECT_EQ(testModel().options.runoffStep, 30);
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_setParam(1, "S", 1, 1000.0), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(RunoffStep, 2) << "the first above a whole second";
+    EXPECT_EQ(testModel().options.runoffStep, 2) << "the first above a whole second";
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_setParam(1, "S", 1, 100.0), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(RunoffStep, 2) << "a step that is short enough is not made longer";
+    EXPECT_EQ(testModel().options.runoffStep, 2) << "a step that is short enough is not made longer";
 }
 
 // --- clock and order -----------------------------------------------------------------------------------------------
@@ -160,37 +161,37 @@ TEST_F(RunoffTest, ClockStopsAtTheEndButTheStepIsWhole) {
     project.subcatchs = "S G O 1 10 50 1 0.015 0.1 1000 1000 50 5 4 3 0\n";  // fills without flow; keeps the 5 minutes
     project.series = "T 0:00 12\nT 0:05 12\n";
     ASSERT_EQ(start(project), 0);
-    Subcatches[0].imperviousFraction = 1.0;
+    testModel().subcatches[0].imperviousFraction = 1.0;
     runToEnd();
-    EXPECT_EQ(OldRunoffTime, 300000.0);
-    EXPECT_EQ(NewRunoffTime, 420000.0);
-    EXPECT_NEAR(Subcatches[0].imperviousDepth, 0.002, 1e-15) << "two steps of 5 minutes";
+    EXPECT_EQ(testModel().clock.oldRunoffTime, 300000.0);
+    EXPECT_EQ(testModel().clock.newRunoffTime, 420000.0);
+    EXPECT_NEAR(testModel().subcatches[0].imperviousDepth, 0.002, 1e-15) << "two steps of 5 minutes";
 }
 
 TEST_F(RunoffTest, NothingHappensWhileAnErrorStands) {
     ASSERT_EQ(start(LandProject{}), 0);
-    ErrorCode = ERR_MEMORY;
-    runoff_advance();
-    EXPECT_EQ(NewRunoffTime, 0.0);
-    EXPECT_EQ(Gages[0].isUsed, 1);
-    ErrorCode = 0;
+    testModel().error.code = ERR_MEMORY;
+    runoff_advance(testModel());
+    EXPECT_EQ(testModel().clock.newRunoffTime, 0.0);
+    EXPECT_EQ(testModel().gages[0].isUsed, 1);
+    testModel().error.code = 0;
 }
 
 TEST_F(RunoffTest, WithoutSubcatchmentsTheClockRuns) {
     LandProject project;
     project.subcatchs = "";
     ASSERT_EQ(start(project), 0);
-    runoff_advance();
-    runoff_advance();
-    EXPECT_EQ(OldRunoffTime, RunoffStep * 1000.0);
-    EXPECT_EQ(NewRunoffTime, RunoffStep * 2000.0);
+    runoff_advance(testModel());
+    runoff_advance(testModel());
+    EXPECT_EQ(testModel().clock.oldRunoffTime, testModel().options.runoffStep * 1000.0);
+    EXPECT_EQ(testModel().clock.newRunoffTime, testModel().options.runoffStep * 2000.0);
 }
 
 TEST_F(RunoffTest, StateRollsAlsoWhereThereIsNoArea) {
     LandProject project;
     project.more = "[POLLUTANTS]\nA 10\n";
     ASSERT_EQ(start(project), 0);
-    Subcatch& s = Subcatches[0];
+    Subcatch& s = testModel().subcatches[0];
     s.area = 0.0;
     s.thisRunoff = 3.0;
     s.imperviousRunoff = s.perviousRunoff = 1.0;
@@ -199,7 +200,7 @@ TEST_F(RunoffTest, StateRollsAlsoWhereThereIsNoArea) {
     s.rain = 1e-5;
     s.evapRate = 2e-5;
     s.infilRate = 3e-5;
-    runoff_advance();
+    runoff_advance(testModel());
     EXPECT_EQ(s.lastRunoff, 3.0);
     EXPECT_EQ(s.thisRunoff, 0.0);
     EXPECT_EQ(s.imperviousRunoff, 0.0);
@@ -219,12 +220,12 @@ TEST_F(RunoffTest, EvaporationIsSetByTheStep) {
     LandProject project;
     project.more = "[EVAPORATION]\nCONSTANT 8.64\n";
     ASSERT_EQ(start(project), 0);
-    EXPECT_EQ(Evap.rate, 0.0) << "before the first step";
-    runoff_advance();
-    EXPECT_DOUBLE_EQ(Evap.rate, 1e-7);
+    EXPECT_EQ(testModel().evap->rate, 0.0) << "before the first step";
+    runoff_advance(testModel());
+    EXPECT_DOUBLE_EQ(testModel().evap->rate, 1e-7);
     tarnvelde_end();
     ASSERT_EQ(tarnvelde_start(0), 0);
-    EXPECT_EQ(Evap.rate, 0.0) << "before the first step of a second run";
+    EXPECT_EQ(testModel().evap->rate, 0.0) << "before the first step of a second run";
 }
 
 TEST_F(RunoffTest, MonthIsThatOfTheStartOfTheStep) {
@@ -233,13 +234,13 @@ TEST_F(RunoffTest, MonthIsThatOfTheStartOfTheStep) {
     project.subcatchs = "";
     project.more = "[EVAPORATION]\nMONTHLY 0 86.4 -864 0 0 0 0 0 0 0 0 0\n";
     ASSERT_EQ(start(project), 0);
-    RunoffStep = 300;
-    runoff_advance();
-    EXPECT_DOUBLE_EQ(Evap.rate, 1e-6);
-    runoff_advance();
-    EXPECT_DOUBLE_EQ(Evap.rate, 1e-6);
-    runoff_advance();
-    EXPECT_DOUBLE_EQ(Evap.rate, -1e-5) << "a negative rate stands as it is";
+    testModel().options.runoffStep = 300;
+    runoff_advance(testModel());
+    EXPECT_DOUBLE_EQ(testModel().evap->rate, 1e-6);
+    runoff_advance(testModel());
+    EXPECT_DOUBLE_EQ(testModel().evap->rate, 1e-6);
+    runoff_advance(testModel());
+    EXPECT_DOUBLE_EQ(testModel().evap->rate, -1e-5) << "a negative rate stands as it is";
 }
 
 // --- concentrations ------------------------------------------------------------------------------------------------
@@ -250,11 +251,11 @@ TEST_F(RunoffTest, QualityIsTheLoadInTheRunoff) {
     project.more = "[POLLUTANTS]\nA 10\n";
     ASSERT_EQ(start(project), 0);
     for (int32_t k = 0; k < 10; ++k) {
-        runoff_advance();
+        runoff_advance(testModel());
     }
-    const Subcatch& s = Subcatches[0];
+    const Subcatch& s = testModel().subcatches[0];
     ASSERT_GT(s.thisRunoff, 0.0);
-    EXPECT_NEAR(s.thisQuality[0], s.runoffLoad[0] / (s.thisRunoff * RunoffStep) * 1000.0, 1e-12);
+    EXPECT_NEAR(s.thisQuality[0], s.runoffLoad[0] / (s.thisRunoff * testModel().options.runoffStep) * 1000.0, 1e-12);
     EXPECT_NEAR(s.thisQuality[0], 10.0, 0.5) << "rain alone";
 }
 
@@ -264,12 +265,12 @@ TEST_F(RunoffTest, TrickleFlowsWithoutItsLoad) {
     project.series = "T 0:00 0\n";
     project.more = "[POLLUTANTS]\nA 10\n[LANDUSES]\nRoof\n[COVERAGES]\nS Roof 100\n[BUILDUP]\nRoof A 12 0.4\n";
     ASSERT_EQ(start(project), 0);
-    RunoffStep = 60;
-    Subcatch& s = Subcatches[0];
+    testModel().options.runoffStep = 60;
+    Subcatch& s = testModel().subcatches[0];
     // A sheet that gives less than the limit: alpha h^(5/3) < 7.056e-10 m/s, alpha = 0.1 x 100 / 10000 / 0.015.
     s.imperviousDepth = s.imperviousStorage + std::pow(5e-10 / (0.1 * 0.01 / 0.015), 0.6);
     s.pondedMass[0] = 1.0;
-    runoff_advance();
+    runoff_advance(testModel());
     EXPECT_GT(s.thisRunoff, 0.0);
     EXPECT_LT(s.thisRunoff / s.area, 7.056e-10);
     EXPECT_EQ(s.thisQuality[0], 0.0);
@@ -299,7 +300,7 @@ LandProject makeTown() {
 /// What a run has made of the town, to be compared to the last bit.
 std::vector<double> getFigures() {
     std::vector<double> figures;
-    for (const Subcatch& s : Subcatches) {
+    for (const Subcatch& s : testModel().subcatches) {
         figures.insert(figures.end(),
                        {s.rainfall, s.evap, s.infil, s.runoff, s.peakRunoff, s.lastRunoff, s.thisRunoff});
         for (int32_t p = 0; p < 2; ++p) {
@@ -319,7 +320,7 @@ TEST_F(RunoffTest, SecondRunGivesTheSame) {
         *figures = getFigures();
         tarnvelde_end();
         if (figures == &first) {
-            EXPECT_EQ(Subcatches[0].runoffLoad, nullptr) << "let go of with the run";
+            EXPECT_EQ(testModel().subcatches[0].runoffLoad, nullptr) << "let go of with the run";
             ASSERT_EQ(tarnvelde_start(0), 0);
         }
     }
@@ -352,13 +353,15 @@ TEST_F(RunoffTest, NothingIsAllocatedInAStep) {
     for (int32_t k = 0; k < 60; ++k) {
         tarnvelde_step(nullptr);
     }
-    const size_t arenas = ProjectArena.taken + RunArena.taken + ResultArena.taken;
+    const size_t arenas =
+        testModel().memory.project.taken + testModel().memory.run.taken + testModel().memory.results.taken;
     const struct mallinfo2 before = mallinfo2();
     for (int32_t k = 0; k < 200; ++k) {
         tarnvelde_step(nullptr);
     }
     const struct mallinfo2 after = mallinfo2();
-    EXPECT_EQ(ProjectArena.taken + RunArena.taken + ResultArena.taken, arenas);
+    EXPECT_EQ(testModel().memory.project.taken + testModel().memory.run.taken + testModel().memory.results.taken,
+              arenas);
     EXPECT_EQ(after.uordblks, before.uordblks);
 }
 
@@ -402,9 +405,9 @@ TEST_F(RunoffTest, MemoryThatIsMissingWhileOpeningGivesACode) {
 TEST_F(RunoffTest, BalanceSumsTheLand) {
     ASSERT_EQ(start(makeTown()), 0);
     runToEnd();
-    const RunoffBalance balance = massbal_closeRunoff();
+    const RunoffBalance balance = massbal_closeRunoff(testModel());
     double area = 0.0, rain = 0.0, evap = 0.0, infil = 0.0, runoff = 0.0, stored = 0.0;
-    for (const Subcatch& s : Subcatches) {
+    for (const Subcatch& s : testModel().subcatches) {
         area += s.area;
         rain += s.area * s.rainfall / 1000.0;
         evap += s.area * s.evap / 1000.0;
@@ -419,7 +422,7 @@ TEST_F(RunoffTest, BalanceSumsTheLand) {
     EXPECT_DOUBLE_EQ(balance.runoff, runoff);
     EXPECT_NEAR(balance.finalStorage, stored, 1e-12);
     EXPECT_NEAR(balance.error, (rain - evap - infil - runoff - stored) / rain * 100.0, 1e-9);
-    EXPECT_EQ(RunoffError, balance.error);
+    EXPECT_EQ(testModel().totals.runoffError, balance.error);
 }
 
 TEST_F(RunoffTest, StorageAloneBalancesToRounding) {
@@ -429,9 +432,9 @@ TEST_F(RunoffTest, StorageAloneBalancesToRounding) {
     project.more = "[EVAPORATION]\nCONSTANT 3\n";
     project.general = "ROUTING_STEP 0:05\n";
     ASSERT_EQ(start(project), 0);
-    ASSERT_EQ(RunoffStep, 300);
+    ASSERT_EQ(testModel().options.runoffStep, 300);
     runToEnd();
-    const RunoffBalance balance = massbal_closeRunoff();
+    const RunoffBalance balance = massbal_closeRunoff(testModel());
     EXPECT_GT(balance.finalStorage, 0.0);
     EXPECT_GT(balance.infil, 0.0);
     EXPECT_NEAR(balance.error, 0.0, 1e-10);
@@ -443,17 +446,17 @@ TEST_F(RunoffTest, DryRunHasNoErrorAndNoRainNoQuotient) {
     project.more = "[POLLUTANTS]\nA 10\n";
     ASSERT_EQ(start(project), 0);
     runToEnd();
-    EXPECT_EQ(massbal_closeRunoff().error, 0.0);
-    EXPECT_TRUE(std::isnan(massbal_closeWashoff(0).error)) << "0 / 0";
+    EXPECT_EQ(massbal_closeRunoff(testModel()).error, 0.0);
+    EXPECT_TRUE(std::isnan(massbal_closeWashoff(testModel(), 0).error)) << "0 / 0";
 }
 
 TEST_F(RunoffTest, WashoffBalanceSumsTheLand) {
     ASSERT_EQ(start(makeTown()), 0);
     runToEnd();
     for (int32_t p = 0; p < 2; ++p) {
-        const WashoffBalance balance = massbal_closeWashoff(p);
+        const WashoffBalance balance = massbal_closeWashoff(testModel(), p);
         double init = 0.0, built = 0.0, rain = 0.0, infil = 0.0, bmp = 0.0, washoff = 0.0, left = 0.0;
-        for (const Subcatch& s : Subcatches) {
+        for (const Subcatch& s : testModel().subcatches) {
             init += s.initBuildup[p];
             built += s.surfaceBuildup[p];
             rain += s.wetDeposition[p];
@@ -462,7 +465,7 @@ TEST_F(RunoffTest, WashoffBalanceSumsTheLand) {
             washoff += s.surfaceWashoff[p];
             left += s.pondedMass[p];
             for (int32_t l = 0; l < 2; ++l) {
-                left += Landuses[l].washoff[p].usesBuildup ? s.landShares[l].buildup[p] : 0.0;
+                left += testModel().landuses[l].washoff[p].usesBuildup ? s.landShares[l].buildup[p] : 0.0;
             }
         }
         EXPECT_DOUBLE_EQ(balance.initBuildup, init);
@@ -483,10 +486,10 @@ TEST_F(RunoffTest, BuildupBalancesToRoundingWhereNothingElseWashes) {
     LandProject project = makeTown();
     project.general = "START_DRY_DAYS 3\nROUTING_STEP 0:01\n";
     ASSERT_EQ(start(project), 0);
-    RunoffStep = 60;
-    Polluts[0].rainConcentration = 0.0;
+    testModel().options.runoffStep = 60;
+    testModel().polluts[0].rainConcentration = 0.0;
     runToEnd();
-    const WashoffBalance balance = massbal_closeWashoff(0);
+    const WashoffBalance balance = massbal_closeWashoff(testModel(), 0);
     EXPECT_GT(balance.surfaceWashoff, 0.1);
     EXPECT_NEAR(balance.error, 0.0, 1e-6);
 }
@@ -499,7 +502,7 @@ TEST_F(RunoffTest, EvaporationTakesItsShareOfTheMassOutOfTheBalance) {
     project.general = "ROUTING_STEP 0:05\n";
     project.more = "[EVAPORATION]\nCONSTANT 28.8\n[POLLUTANTS]\nA 10\n";  // 0.1 mm in a step
     ASSERT_EQ(start(project), 0);
-    ASSERT_EQ(RunoffStep, 300);
+    ASSERT_EQ(testModel().options.runoffStep, 300);
     double depth = 0.0, mass = 0.0, lost = 0.0;
     for (int32_t k = 0; k < 5; ++k) {
         ASSERT_EQ(tarnvelde_step(nullptr), 0);
@@ -508,25 +511,25 @@ TEST_F(RunoffTest, EvaporationTakesItsShareOfTheMassOutOfTheBalance) {
         depth = wet - 0.1;
         mass = held * depth / wet;
         lost += held - mass;
-        EXPECT_NEAR(Subcatches[0].pondedMass[0], mass, 1e-12);
+        EXPECT_NEAR(testModel().subcatches[0].pondedMass[0], mass, 1e-12);
     }
-    const WashoffBalance balance = massbal_closeWashoff(0);
+    const WashoffBalance balance = massbal_closeWashoff(testModel(), 0);
     EXPECT_NEAR(balance.wetDeposition - balance.remainingBuildup, lost, 1e-12);
     EXPECT_NEAR(balance.error, lost / 0.1 * 100.0, 1e-8);
-    EXPECT_NEAR(massbal_closeRunoff().error, 0.0, 1e-10) << "the water is all there";
+    EXPECT_NEAR(massbal_closeRunoff(testModel()).error, 0.0, 1e-10) << "the water is all there";
 }
 
 TEST_F(RunoffTest, StatisticsCountByTheRoutingStep) {
     LandProject project;
     project.more = "[POLLUTANTS]\nA 0\n";
     ASSERT_EQ(start(project), 0);
-    Subcatch& s = Subcatches[0];
+    Subcatch& s = testModel().subcatches[0];
     s.rain = 1e-6;
     s.evapRate = 2e-6;
     s.infilRate = 3e-6;
     s.thisRunoff = 0.05;
     s.thisQuality[0] = 8.0;
-    subcatch_countStep(s, 60.0);
+    subcatch_countStep(testModel(), s, 60.0);
     EXPECT_DOUBLE_EQ(s.rainfall, 0.06);
     EXPECT_DOUBLE_EQ(s.evap, 0.12);
     EXPECT_DOUBLE_EQ(s.infil, 0.18);
@@ -534,7 +537,7 @@ TEST_F(RunoffTest, StatisticsCountByTheRoutingStep) {
     EXPECT_EQ(s.peakRunoff, 0.05);
     EXPECT_DOUBLE_EQ(s.surfaceWashoff[0], 8.0 / 1000.0 * 0.05 * 60.0);
     s.thisRunoff = 0.02;
-    subcatch_countStep(s, 60.0);
+    subcatch_countStep(testModel(), s, 60.0);
     EXPECT_EQ(s.peakRunoff, 0.05);
     EXPECT_DOUBLE_EQ(s.surfaceWashoff[0], 8.0 / 1000.0 * (0.05 + 0.02) * 60.0);
 }
@@ -546,7 +549,7 @@ TEST_F(RunoffTest, TablesShowSubcatchments) {
     project.subcatchs = "S G O 1.25 100 50 1 0.015 0.1 1 2 50 5 4 3 0\nDry G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
     project.more = "[POLLUTANTS]\nA 10\nLong_name_of_a_pollutant 0\n";
     ASSERT_EQ(start(project), 0);
-    Subcatch& s = Subcatches[0];
+    Subcatch& s = testModel().subcatches[0];
     s.rainfall = 20.0;
     s.evap = 1.5;
     s.infil = 8.25;
@@ -599,7 +602,7 @@ TEST_F(RunoffTest, SecondReportPrintsEmptiedArrays) {
     ASSERT_EQ(start(makeTown()), 0);
     runToEnd();
     tarnvelde_report();
-    for (const Subcatch& s : Subcatches) {
+    for (const Subcatch& s : testModel().subcatches) {
         for (int32_t p = 0; p < 2; ++p) {
             EXPECT_EQ(s.initBuildup[p] + s.surfaceBuildup[p] + s.wetDeposition[p], 0.0);
             EXPECT_EQ(s.infilLoss[p] + s.bmpRemoval[p] + s.surfaceWashoff[p], 0.0);

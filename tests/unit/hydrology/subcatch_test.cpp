@@ -13,6 +13,7 @@
 #include "hydrology/runoff.h"
 #include "results/rows.h"
 #include "support/land.h"
+#include "support/model.h"
 
 namespace {
 
@@ -24,7 +25,7 @@ TEST_F(SubcatchTest, LineIsStoredInMetresAndSeconds) {
     LandProject project;
     project.subcatchs = "S G O 2.5 120 40 1.5 0.015 0.2 1.5 4 72 7.2 3.6 5 80 further words\n";
     ASSERT_EQ(open(project), 0);
-    const Subcatch& s = Subcatches[0];
+    const Subcatch& s = testModel().subcatches[0];
     EXPECT_STREQ(s.name, "S");
     EXPECT_EQ(s.gage, 0);
     EXPECT_EQ(s.outNode, 0);
@@ -47,16 +48,16 @@ TEST_F(SubcatchTest, SharesStopAtTheWhole) {
     LandProject project;
     project.subcatchs = "S G O 1 100 inf 250 0.015 0.1 1 2 50 5 4 3 0\n";
     ASSERT_EQ(open(project), 0);
-    EXPECT_EQ(Subcatches[0].imperviousFraction, 1.0);
-    EXPECT_EQ(Subcatches[0].slope, 1.0);
+    EXPECT_EQ(testModel().subcatches[0].imperviousFraction, 1.0);
+    EXPECT_EQ(testModel().subcatches[0].slope, 1.0);
 }
 
 TEST_F(SubcatchTest, ImperviousShareAndLargestVolumeMayBeZero) {
     LandProject project;
     project.subcatchs = "S G O 1 100 0 1 0.015 0.1 1 2 50 5 4 3 0\n";
     ASSERT_EQ(open(project), 0);
-    EXPECT_EQ(Subcatches[0].imperviousFraction, 0.0);
-    EXPECT_EQ(Subcatches[0].soil.maxVolume, 0.0);
+    EXPECT_EQ(testModel().subcatches[0].imperviousFraction, 0.0);
+    EXPECT_EQ(testModel().subcatches[0].soil.maxVolume, 0.0);
 }
 
 TEST_F(SubcatchTest, OtherNumbersAreInfiniteAtMost) {
@@ -143,13 +144,13 @@ class WaterTest : public LandTest {
 protected:
     void SetUp() override {
         ASSERT_EQ(start(LandProject{}), 0);
-        RunoffStep = 300;
-        s = &Subcatches[0];
+        testModel().options.runoffStep = 300;
+        s = &testModel().subcatches[0];
     }
 
     void rainOn(double mmPerHour) {
-        Gages[0].rain = mmPerHour * MM_PER_HOUR;
-        volumes = runoff_stepWater(0, 0, RunoffStep);
+        testModel().gages[0].rain = mmPerHour * MM_PER_HOUR;
+        volumes = runoff_stepWater(testModel(), 0, 0, testModel().options.runoffStep);
     }
 
     /// m3 ponded on the area without LID units.
@@ -169,7 +170,7 @@ TEST_F(WaterTest, BalancesToRoundingBelowTheStorage) {
     for (int32_t k = 0; k < 1000; ++k) {
         const double before = ponded();
         const double wet = k % 3 ? rain(random) : 0.0;
-        Evap.rate = evap(random) * MM_PER_HOUR;
+        testModel().evap->rate = evap(random) * MM_PER_HOUR;
         rainOn(wet);
         const double in = wet * MM_PER_HOUR * s->area * 300.0;
         const double out = volumes.evap + volumes.infil + volumes.surfaceOutflow;
@@ -182,7 +183,7 @@ TEST_F(WaterTest, FlowBalancesBetterWithASmallerStep) {
     // What flows off is taken at the end of the step for all of it, so only a short step balances.
     s->imperviousFraction = 1.0;
     const auto lost = [&](int32_t step) {
-        RunoffStep = step;
+        testModel().options.runoffStep = step;
         s->imperviousDepth = s->perviousDepth = 0.0;
         double in = 0.0, out = 0.0;
         for (int32_t t = 0; t < 7200; t += step) {
@@ -199,7 +200,7 @@ TEST_F(WaterTest, FlowBalancesBetterWithASmallerStep) {
 }
 
 TEST_F(WaterTest, EvaporationTakesNoMoreThanThereIs) {
-    Evap.rate = 100.0 * MM_PER_HOUR;
+    testModel().evap->rate = 100.0 * MM_PER_HOUR;
     rainOn(6.0);
     EXPECT_NEAR(volumes.evap, 6.0 * MM_PER_HOUR * s->area * 300.0, 1e-12);
     EXPECT_EQ(s->imperviousDepth, 0.0);
@@ -207,7 +208,7 @@ TEST_F(WaterTest, EvaporationTakesNoMoreThanThereIs) {
 }
 
 TEST_F(WaterTest, NegativeEvaporationWets) {
-    Evap.rate = -6.0 * MM_PER_HOUR;
+    testModel().evap->rate = -6.0 * MM_PER_HOUR;
     rainOn(0.0);
     EXPECT_NEAR(s->imperviousDepth, 6.0 * MM_PER_HOUR * 300.0, 1e-15);
     EXPECT_NEAR(s->evapRate, -6.0 * MM_PER_HOUR, 1e-18);
@@ -216,7 +217,7 @@ TEST_F(WaterTest, NegativeEvaporationWets) {
 TEST_F(WaterTest, VolumesAreThoseOfTheStep) {
     s->imperviousDepth = 0.001;
     s->perviousDepth = 0.003;
-    Evap.rate = 0.36 * MM_PER_HOUR;
+    testModel().evap->rate = 0.36 * MM_PER_HOUR;
     rainOn(12.0);
     // 1 mm on half of the hectare, 3 mm on the other, 1 mm of rain.
     EXPECT_NEAR(volumes.wetInflow, 5.0 + 15.0 + 10.0, 1e-9);
@@ -239,7 +240,7 @@ TEST_F(WaterTest, EitherPartDrainsOverTheWholeWidth) {
         plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 5000.0, 100.0, 0.01, 0.015}, impervious, root, 300.0);
     const double q2 =
         plane_drain({12.0 * MM_PER_HOUR, 0.0, infil, 0.002, 5000.0, 100.0, 0.01, 0.1}, pervious, root, 300.0);
-    Evap.rate = 0.0;
+    testModel().evap->rate = 0.0;
     rainOn(12.0);
     EXPECT_DOUBLE_EQ(s->imperviousRunoff, q1);
     EXPECT_DOUBLE_EQ(s->perviousRunoff, q2);
@@ -301,7 +302,7 @@ TEST_F(WaterTest, AreaSetBelowItsLidUnitsSkipsTheLand) {
 TEST_F(WaterTest, WithoutAGageItIsDry) {
     rainOn(60.0);
     s->gage = -1;
-    runoff_stepWater(0, 0, RunoffStep);
+    runoff_stepWater(testModel(), 0, 0, testModel().options.runoffStep);
     EXPECT_EQ(s->rain, 0.0);
 }
 

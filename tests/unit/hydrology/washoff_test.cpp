@@ -9,6 +9,7 @@
 
 #include "hydrology/runoff.h"
 #include "support/landuse.h"
+#include "support/model.h"
 
 namespace {
 
@@ -21,14 +22,14 @@ protected:
 
     void SetUp() override {
         ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n"), 0);
-        s = &Subcatches[0];
+        s = &testModel().subcatches[0];
         s->thisRunoff = RATE * s->area;
-        rule = &Landuses[0].washoff[0];
+        rule = &testModel().landuses[0].washoff[0];
         buildup = &s->landShares[0].buildup[0];
         *buildup = 20.0;
     }
 
-    void wash() { washoff_washLand(*s, RATE, STEP); }
+    void wash() { washoff_washLand(testModel(), *s, RATE, STEP); }
 
     Subcatch* s;
     WashoffRule* rule;
@@ -127,20 +128,20 @@ TEST_F(WashoffTest, OtherKindBehindAnEventMeanLineWashesOffAtItsConcentration) {
     ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n[LOADINGS]\nS B 20\n"
                         "[WASHOFF]\nRoof B EMC 50 YES 0\nRoof B SOIL 0 0 0\n"),
               0);
-    Subcatch& s = Subcatches[0];
+    Subcatch& s = testModel().subcatches[0];
     s.imperviousDepth = 0.02;  // runs off
-    runoff_advance();
+    runoff_advance(testModel());
     ASSERT_GT(s.thisRunoff, 0.0);
     EXPECT_NEAR(s.thisQuality[1], 50.0, 1e-10);
-    EXPECT_NEAR(s.landShares[0].buildup[1], 20.0 - 0.05 * s.thisRunoff * RunoffStep, 1e-12)
+    EXPECT_NEAR(s.landShares[0].buildup[1], 20.0 - 0.05 * s.thisRunoff * testModel().options.runoffStep, 1e-12)
         << "and takes it from there";
 }
 
 TEST_F(WashLandTest, TrickleWashesNothing) {
     *rule = {WASHOFF_EMC, 0.0, 0.0, 50.0, 0.0, 1};
-    washoff_washLand(*s, 7.0e-10, STEP);
+    washoff_washLand(testModel(), *s, 7.0e-10, STEP);
     EXPECT_EQ(s->runoffLoad[0], 0.0);
-    washoff_washLand(*s, 7.056e-10, STEP);
+    washoff_washLand(testModel(), *s, 7.056e-10, STEP);
     EXPECT_GT(s->runoffLoad[0], 0.0) << "at the limit it does";
 }
 
@@ -152,9 +153,9 @@ TEST_F(WashLandTest, NegativeShareWashesNothing) {
 }
 
 TEST_F(WashLandTest, PollutantsWithTheSameAndOtherExponentsKeepTheirOwnPower) {
-    Landuses[0].washoff[0] = {WASHOFF_EXP, 0.01, 2.0, 0.0, 0.0, 1};
-    Landuses[0].washoff[1] = {WASHOFF_EXP, 0.01, 1.0, 0.0, 0.0, 1};
-    Landuses[1].washoff[0] = {WASHOFF_EXP, 0.01, 0.0, 0.0, 0.0, 1};
+    testModel().landuses[0].washoff[0] = {WASHOFF_EXP, 0.01, 2.0, 0.0, 0.0, 1};
+    testModel().landuses[0].washoff[1] = {WASHOFF_EXP, 0.01, 1.0, 0.0, 0.0, 1};
+    testModel().landuses[1].washoff[0] = {WASHOFF_EXP, 0.01, 0.0, 0.0, 0.0, 1};
     s->landShares[0].buildup[1] = 20.0;
     s->landShares[1].fraction = 1.0;
     s->landShares[1].buildup[0] = 20.0;
@@ -173,7 +174,7 @@ protected:
 
     void SetUp() override {
         ASSERT_EQ(startWith("[COVERAGES]\nS Roof 100\n"), 0);
-        s = &Subcatches[0];
+        s = &testModel().subcatches[0];
         s->rain = 1e-5;  // 30 m3
         volumes.wetInflow = 50.0;
     }
@@ -188,7 +189,7 @@ TEST_F(WashRainTest, MassDividesAsTheWaterDoes) {
     volumes.surfaceOutflow = 15.0;
     s->imperviousDepth = 0.001;
     s->perviousDepth = 0.004;  // 25 m3 in all
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     const double c = (0.3 + 0.2) / 50.0;
     EXPECT_NEAR(s->wetDeposition[0], 0.3, 1e-14);
     EXPECT_NEAR(s->infilLoss[0], 10.0 * c, 1e-14);
@@ -201,12 +202,12 @@ TEST_F(WashRainTest, MassDividesAsTheWaterDoes) {
 TEST_F(WashRainTest, NoMoreThanTheMassLeaves) {
     volumes.infil = 80.0;
     volumes.surfaceOutflow = 80.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_NEAR(s->infilLoss[0], 0.3, 1e-14);
     EXPECT_EQ(s->runoffLoad[0], 0.0);
     volumes.infil = 20.0;
     s->infilLoss[0] = 0.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_NEAR(s->infilLoss[0], 20.0 / 50.0 * 0.3, 1e-14);
     EXPECT_NEAR(s->runoffLoad[0], 30.0 / 50.0 * 0.3, 1e-14);
 }
@@ -214,26 +215,26 @@ TEST_F(WashRainTest, NoMoreThanTheMassLeaves) {
 TEST_F(WashRainTest, InfiltrationOfLidUnitsIsNotItsOwn) {
     volumes.infil = 10.0;
     volumes.lidInfil = 4.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_NEAR(s->infilLoss[0], 6.0 / 50.0 * 0.3, 1e-14);
 }
 
 TEST_F(WashRainTest, TreatmentTakesItsShareOfWhatLeaves) {
-    Landuses[0].washoff[0].removal = 0.5;
-    Landuses[1].washoff[0].removal = 0.5;
+    testModel().landuses[0].washoff[0].removal = 0.5;
+    testModel().landuses[1].washoff[0].removal = 0.5;
     s->landShares[1].fraction = -0.6;  // a negative share lowers it
     volumes.surfaceOutflow = 25.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_NEAR(s->bmpRemoval[0], 0.2 * 0.15, 1e-14);
     EXPECT_NEAR(s->runoffLoad[0], 0.8 * 0.15, 1e-14);
 }
 
 TEST_F(WashRainTest, TreatmentIsThatOfThePollutant) {
-    Polluts[1].rainConcentration = 10.0;
-    Landuses[0].washoff[0].removal = 0.0;
-    Landuses[0].washoff[1].removal = 0.5;
+    testModel().polluts[1].rainConcentration = 10.0;
+    testModel().landuses[0].washoff[0].removal = 0.0;
+    testModel().landuses[0].washoff[1].removal = 0.5;
     volumes.surfaceOutflow = 25.0;  // half the water, with half of 0.3 kg each
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_NEAR(s->runoffLoad[0], 0.15, 1e-14);
     EXPECT_EQ(s->bmpRemoval[0], 0.0);
     EXPECT_NEAR(s->runoffLoad[1], 0.5 * 0.15, 1e-14);
@@ -245,7 +246,7 @@ TEST_F(WashRainTest, WithoutWaterThePondedMassIsDropped) {
     s->rain = 0.0;
     s->pondedMass[0] = 5.0;
     s->pondedMass[1] = 3.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_EQ(s->pondedMass[0], 0.0);
     EXPECT_EQ(s->pondedMass[1], 0.0) << "of each pollutant";
     EXPECT_EQ(s->wetDeposition[0], 0.0);
@@ -255,14 +256,14 @@ TEST_F(WashRainTest, WithoutWaterThePondedMassIsDropped) {
 
 TEST_F(WashRainTest, WithoutWaterTheDepositionIsStillBooked) {
     volumes.wetInflow = 0.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_NEAR(s->wetDeposition[0], 0.3, 1e-14);
 }
 
 TEST_F(WashRainTest, WhollyCoveredByLidUnitsNothingHappens) {
     s->lidArea = s->area;
     s->pondedMass[0] = 5.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_EQ(s->pondedMass[0], 5.0);
     EXPECT_EQ(s->wetDeposition[0], 0.0);
 }
@@ -270,13 +271,13 @@ TEST_F(WashRainTest, WhollyCoveredByLidUnitsNothingHappens) {
 TEST_F(WashRainTest, AreaSetBelowItsLidUnitsLowersTheDeposition) {
     s->lidArea = 3.0 * s->area;
     volumes.wetInflow = 0.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_NEAR(s->wetDeposition[0], -0.6, 1e-14);
 }
 
 TEST_F(WashRainTest, OtherPollutantsAreCleanRain) {
     volumes.surfaceOutflow = 25.0;
-    washoff_washRain(*s, volumes, STEP);
+    washoff_washRain(testModel(), *s, volumes, STEP);
     EXPECT_EQ(s->wetDeposition[1], 0.0);
     EXPECT_EQ(s->runoffLoad[1], 0.0);
 }

@@ -10,6 +10,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "results/rows.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 static const double PI = std::acos(-1.0);
@@ -23,11 +24,11 @@ static std::string getProject(const std::string& rest, double flow = 0.5) {
 static const char* const BED = "[CURVES]\nX TRANSECT 0 3 0 1 4 1 4 3\n";
 
 static double getArea(double depth) {
-    return conduit_getArea(Records::conduit("C"), depth);
+    return conduit_getArea(testModel(), Records::conduit("C"), depth);
 }
 
 static double getDepth(double volume) {
-    return conduit_getDepth(Records::conduit("C"), volume);
+    return conduit_getDepth(testModel(), Records::conduit("C"), volume);
 }
 
 /// Area of a circle below a depth, with the chord's half angle from the middle.
@@ -79,7 +80,7 @@ TEST(ConduitSection, OfATransectIsTabledInItsCurve) {
     StartedProject model(getProject("NO 100 0.5 0.013 IRREGULAR X") + BED);
     EXPECT_EQ(model.conduit("C").fullDepth, 2.0);
     for (int i = 1; i <= 100; ++i) {
-        EXPECT_NEAR(Curves[0].geometry[i - 1], 4.0 * 0.02 * i, 1e-9);
+        EXPECT_NEAR(testModel().curves[0].geometry[i - 1], 4.0 * 0.02 * i, 1e-9);
     }
     EXPECT_NEAR(getArea(1.03), 4.12, 1e-9);
 }
@@ -93,7 +94,7 @@ TEST(ConduitSection, OfATransectWithItsLowestPointAtABankIsEmpty) {
     StartedProject model(getProject("NO 100 0.5 0.013 IRREGULAR X") + "[CURVES]\nX TRANSECT 0 1 2 3 4 4\n");
     EXPECT_EQ(model.conduit("C").fullDepth, 0.0);
     for (int i = 0; i < 100; ++i) {
-        EXPECT_EQ(Curves[0].geometry[i], 0.0);
+        EXPECT_EQ(testModel().curves[0].geometry[i], 0.0);
     }
     model.step();
     EXPECT_EQ(model.conduit("C").newFlood, 0.5);
@@ -165,7 +166,7 @@ TEST(ConduitDepth, IsTheSameBySearchAndByWalk) {
 /// Puts a conduit into a state and runs one step with a flow into it; its own flow of the step.
 static double routeFrom(double depth, double inflow) {
     Records::conduit("C").depth = depth;
-    conduit_route(Records::link("C"), Records::conduit("C"), inflow, nullptr);
+    conduit_route(testModel(), Records::link("C"), Records::conduit("C"), inflow, nullptr);
     return Records::link("C").newFlow;
 }
 
@@ -256,9 +257,9 @@ TEST(ConduitFlow, EmptiesASteepConduitWithoutDelivering) {
     // That water and what it carries are in no total: after n steps all of it is missing.
     model.step(9);
     tarnvelde_report();
-    EXPECT_NEAR(FlowError, 100.0, 1e-9);
-    EXPECT_NEAR(QualityError, 100.0, 1e-9);
-    EXPECT_EQ(QualTotals[0].reactedLoss, 0.0);
+    EXPECT_NEAR(testModel().totals.flowError, 100.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.qualityError, 100.0, 1e-9);
+    EXPECT_EQ(testModel().totals.quality[0].reactedLoss, 0.0);
 }
 
 TEST(ConduitFlow, IsEmptiedByANegativeInflow) {
@@ -307,7 +308,7 @@ TEST(ConduitQuality, MixesTheInflowIntoTheStore) {
     model.conduit("C").depth = 0.5;  // 100 m3
     model.link("C").oldQual[0] = 10.0;
     const double inflow = 40.0;
-    conduit_route(model.link("C"), model.conduit("C"), 2.0, &inflow);  // 120 m3
+    conduit_route(testModel(), model.link("C"), model.conduit("C"), 2.0, &inflow);  // 120 m3
     EXPECT_NEAR(model.link("C").newQual[0], (100.0 * 10.0 + 120.0 * 40.0) / 220.0, 1e-12);
 }
 
@@ -325,13 +326,13 @@ TEST(ConduitQuality, DecaysByTheHourAndBooksTheLoss) {
     model.conduit("C").depth = 0.5;
     model.link("C").oldQual[0] = model.link("C").oldQual[1] = 10.0;
     const double inflow[] = {40.0, 40.0};
-    conduit_route(model.link("C"), model.conduit("C"), 2.0, inflow);
+    conduit_route(testModel(), model.link("C"), model.conduit("C"), 2.0, inflow);
     const double mixed = (100.0 * 10.0 + 120.0 * 40.0) / 220.0;
     const double left = std::exp(-2.0 * 0.01 * 60.0);
     EXPECT_NEAR(model.link("C").newQual[0], mixed, 1e-12);
     EXPECT_NEAR(model.link("C").newQual[1], mixed * left, 1e-12);
-    EXPECT_EQ(QualTotals[0].reactedLoss, 0.0);
-    EXPECT_NEAR(QualTotals[1].reactedLoss, 220.0 * mixed * (1.0 - left) / 1000.0, 1e-12);
+    EXPECT_EQ(testModel().totals.quality[0].reactedLoss, 0.0);
+    EXPECT_NEAR(testModel().totals.quality[1].reactedLoss, 220.0 * mixed * (1.0 - left) / 1000.0, 1e-12);
 }
 
 // --- balance -------------------------------------------------------------------------------------------------------
@@ -368,9 +369,9 @@ TEST(ConduitBalance, ClosesInGeneratedChains) {
         StartedProject model(getChain(seed));
         EXPECT_EQ(stepToEnd(), 0);
         tarnvelde_report();
-        EXPECT_NEAR(FlowError, 0.0, 1e-9) << seed;
-        EXPECT_NEAR(QualityError, 0.0, 1e-9) << seed;
-        EXPECT_GT(FlowTotals.externalOutflow, 0.0);
+        EXPECT_NEAR(testModel().totals.flowError, 0.0, 1e-9) << seed;
+        EXPECT_NEAR(testModel().totals.qualityError, 0.0, 1e-9) << seed;
+        EXPECT_GT(testModel().totals.flow.externalOutflow, 0.0);
     }
 }
 
@@ -422,13 +423,13 @@ TEST(ConduitRow, MixesOldAndNewButForDepthAndVolume) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[7];
-    rows_fill(CONDUIT_TABLE, model.findLink("C"), 0.25, row);
+    rows_fill(testModel(), CONDUIT_TABLE, model.findLink("C"), 0.25, row);
     const float expected[] = {0.5f, 100.0f, 3.0f, 1.25f, 3.0f, 3.0f, 7.0f};
     for (int k = 0; k < 7; ++k) {
         EXPECT_EQ(row[k], expected[k]) << k;
     }
     conduit.depth = 0.0;
-    rows_fill(CONDUIT_TABLE, model.findLink("C"), 0.25, row);
+    rows_fill(testModel(), CONDUIT_TABLE, model.findLink("C"), 0.25, row);
     EXPECT_EQ(row[2], 0.0f);  // no velocity without an area
 }
 

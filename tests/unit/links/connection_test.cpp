@@ -7,6 +7,7 @@
 #include <string>
 
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "support/pipes.h"
 
 TEST(ConnectionLines, AreRefused) {
@@ -57,9 +58,9 @@ TEST(ConnectionDelay, PastTheEndIsBookedAndNeverQueued) {
     StartedProject m(getGeneral(10) + oneConnection("300") +
                      "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 20 \"\" 1\n[POLLUTANTS]\nX 0\n");
     m.step(10);
-    const int late = TotalDuration >= 600000.0 ? 5 : 6;
-    EXPECT_DOUBLE_EQ(FlowTotals.delayedVolume, late * DT * 2.0);
-    EXPECT_DOUBLE_EQ(QualTotals[0].delayedMass, late * DT * 2.0 * 20.0 / 1000.0);
+    const int late = testModel().options.totalDuration >= 600000.0 ? 5 : 6;
+    EXPECT_DOUBLE_EQ(testModel().totals.flow.delayedVolume, late * DT * 2.0);
+    EXPECT_DOUBLE_EQ(testModel().totals.quality[0].delayedMass, late * DT * 2.0 * 20.0 / 1000.0);
 }
 
 TEST(ConnectionSetting, HasNoEffectOnTheFlow) {
@@ -77,8 +78,8 @@ TEST(ConnectionDelay, RollsItsInflowByAnOutfallOfItsNumber) {
         "1\n";
     StartedProject m(getGeneral(60) + text);
     m.step(3);
-    EXPECT_EQ(Connections[0].newInflow, 2.0);
-    EXPECT_EQ(Connections[0].oldInflow, 2.0);
-    EXPECT_EQ(Connections[1].newInflow, 2.0);
-    EXPECT_EQ(Connections[1].oldInflow, 0.0);
+    EXPECT_EQ(testModel().connections[0].newInflow, 2.0);
+    EXPECT_EQ(testModel().connections[0].oldInflow, 2.0);
+    EXPECT_EQ(testModel().connections[1].newInflow, 2.0);
+    EXPECT_EQ(testModel().connections[1].oldInflow, 0.0);
 }

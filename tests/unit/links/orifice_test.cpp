@@ -7,6 +7,7 @@
 
 #include "model/errors.h"
 #include "results/rows.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 static constexpr double G2 = 19.62;
@@ -18,7 +19,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 struct OrificeLaw : testing::Test {
-    static double getFlow(double depth) { return orifice_getFlow(Records::link("O"), Orifices[0], depth); }
+    static double getFlow(double depth) { return orifice_getFlow(Records::link("O"), testModel().orifices[0], depth); }
 };
 
 TEST_F(OrificeLaw, IsTorricelliOverTheMiddleOfASubmergedRectangle) {
@@ -102,7 +103,7 @@ TEST_F(OrificeLaw, KeepsItsRoundedConstantsAndTheOrderOfItsFactors) {
 
 TEST_F(OrificeLaw, GivesNothingWithAShapeThatIsNone) {
     StartedProject model(getProject("NO CIRCULAR 0.65 1 0.4"));
-    Orifices[0].shape = 2;
+    testModel().orifices[0].shape = 2;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
 
@@ -110,7 +111,7 @@ TEST(OrificeLine, FillsTheRow) {
     StartedProject model(getProject("YES rectangular 0.62 0.5 0.4 0.3 more words"));
     EXPECT_EQ(model.link("O").kind, ORIFICE);
     EXPECT_EQ(model.link("O").isLagged, 1);
-    const Orifice& orifice = Orifices[0];
+    const Orifice& orifice = testModel().orifices[0];
     EXPECT_EQ(orifice.shape, RECTANGULAR_ORIFICE);
     EXPECT_EQ(orifice.coefficient, 0.62);
     EXPECT_EQ(orifice.crest, 0.5);
@@ -120,7 +121,7 @@ TEST(OrificeLine, FillsTheRow) {
 
 TEST(OrificeLine, IgnoresTheWidthOfACircle) {
     StartedProject model(getProject("NO CIRCULAR 0.62 0.5 0.4 x"));
-    EXPECT_EQ(Orifices[0].width, 0.0);
+    EXPECT_EQ(testModel().orifices[0].width, 0.0);
 }
 
 TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
@@ -156,7 +157,8 @@ TEST(OrificeLine, IsRefusedAtTheFirstWrongWord) {
 
 TEST(OrificeLine, MayHoldNumbersThatAreNone) {
     StartedProject model(getProject("NO CIRCULAR nan nan nan"));
-    EXPECT_EQ(orifice_getFlow(model.link("O"), Orifices[0], 2.0), 0.0);  // nothing lies above a crest that is no number
+    EXPECT_EQ(orifice_getFlow(model.link("O"), testModel().orifices[0], 2.0),
+              0.0);  // nothing lies above a crest that is no number
 }
 
 TEST(OrificeCheck, WantsATankUpstream) {
@@ -176,7 +178,7 @@ TEST(OrificeRow, MixesOldAndNew) {
     link.oldQual[1] = 0.0;
     link.newQual[1] = 1.0;
     float row[3];
-    rows_fill(ORIFICE_TABLE, model.findLink("O"), 0.25, row);
+    rows_fill(testModel(), ORIFICE_TABLE, model.findLink("O"), 0.25, row);
     EXPECT_EQ(row[0], 1.25f);
     EXPECT_EQ(row[1], 7.0f);
     EXPECT_EQ(row[2], 0.25f);

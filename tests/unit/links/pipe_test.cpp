@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "support/pipes.h"
 #include "tarnvelde.h"
 
@@ -28,15 +29,16 @@ TEST(PipeQuality, DecaysByTheFirstOrderInEachPeriod) {
     m.step(2);  // the reach was empty: all its water came in now, and decays for one period
     const double first = 30.0 * std::exp(-0.001 * 120.0);
     EXPECT_NEAR(m.link("P").newQual[0], first, 1e-12);
-    EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 0)[0], first, 1e-12);  // the reach holds what has decayed
+    EXPECT_NEAR(pipe_newSegQual(testModel(), m.pipe("P"), 0)[0], first, 1e-12);  // the reach holds what has decayed
     EXPECT_NEAR(m.link("P").newQual[1], 7.0, 1e-12);
-    EXPECT_EQ(QualTotals[0].reactedLoss, 0.0);  // the mass is that of the storage before the firing, which was none
+    EXPECT_EQ(testModel().totals.quality[0].reactedLoss,
+              0.0);  // the mass is that of the storage before the firing, which was none
     const double storage = m.pipe("P").storage[0];
     m.step(2);
     const double out = (2.0 * 60.0 + storage) / 180.0;
     const double mixed = (120.0 * 2.0 * 30.0 + storage * first) / (120.0 * out + storage + 120.0 * (2.0 - out));
     EXPECT_NEAR(m.link("P").newQual[0], mixed * std::exp(-0.12), 1e-12);
-    EXPECT_NEAR(QualTotals[0].reactedLoss, mixed * storage * (1.0 - std::exp(-0.12)) / 1000.0, 1e-12);
+    EXPECT_NEAR(testModel().totals.quality[0].reactedLoss, mixed * storage * (1.0 - std::exp(-0.12)) / 1000.0, 1e-12);
 }
 
 TEST(PipeQuality, DecaysInEachReachForAPeriod) {
@@ -44,8 +46,8 @@ TEST(PipeQuality, DecaysInEachReachForAPeriod) {
                      "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\nA CONCEN X 30 \"\" 1\n" +
                      "[DECAY_COEFFICIENT]\nP LINK X FIRST 86.4 \"\"\n");
     m.step(2);  // through two empty reaches at once, 120 s at 0.001 per second in each
-    EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 0)[0], 30.0 * std::exp(-0.12), 1e-12);
-    EXPECT_NEAR(pipe_newSegQual(m.pipe("P"), 1)[0], 30.0 * std::exp(-0.24), 1e-12);
+    EXPECT_NEAR(pipe_newSegQual(testModel(), m.pipe("P"), 0)[0], 30.0 * std::exp(-0.12), 1e-12);
+    EXPECT_NEAR(pipe_newSegQual(testModel(), m.pipe("P"), 1)[0], 30.0 * std::exp(-0.24), 1e-12);
     EXPECT_NEAR(m.link("P").newQual[0], 30.0 * std::exp(-0.24), 1e-12);
 }
 
@@ -92,17 +94,17 @@ static const std::string ENDLESS_LOAD =
 /// number. The other pollutant and the water know nothing of it.
 static void expectEndlessLosses(StartedProject& m, const char* link) {
     EXPECT_TRUE(std::isinf(m.link(link).newQual[0]));
-    EXPECT_TRUE(std::isnan(QualTotals[0].reactedLoss));
-    EXPECT_TRUE(std::isnan(QualTotals[0].floodingLoss));
-    EXPECT_EQ(QualTotals[1].reactedLoss, 0.0);
-    EXPECT_EQ(QualTotals[1].floodingLoss, 0.0);
-    EXPECT_EQ(FlowTotals.floodingLoss, 0.0);
+    EXPECT_TRUE(std::isnan(testModel().totals.quality[0].reactedLoss));
+    EXPECT_TRUE(std::isnan(testModel().totals.quality[0].floodingLoss));
+    EXPECT_EQ(testModel().totals.quality[1].reactedLoss, 0.0);
+    EXPECT_EQ(testModel().totals.quality[1].floodingLoss, 0.0);
+    EXPECT_EQ(testModel().totals.flow.floodingLoss, 0.0);
 }
 
 TEST(EndlessConcentration, InAPipeShowsInItsLosses) {
     StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + ENDLESS_LOAD);
     m.step();
-    EXPECT_EQ(QualTotals[0].floodingLoss, 0.0);  // none has come into the pipe yet
+    EXPECT_EQ(testModel().totals.quality[0].floodingLoss, 0.0);  // none has come into the pipe yet
     for (int step = 2; step <= 4; ++step) {
         SCOPED_TRACE(step);
         m.step();
@@ -221,7 +223,7 @@ TEST(PipeAndHost, TakesAFlowUntilTheNextFiring) {
     StartedProject m(getGeneral(60) + onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.step(4);
     m.link("P").newFlow = 99.0;
-    pipe_noteChange(m.findLink("P"), m.link("P").kindIndex);
+    pipe_noteChange(testModel(), m.findLink("P"), m.link("P").kindIndex);
     m.step();
     EXPECT_EQ(m.link("P").oldFlow, 99.0);
     EXPECT_EQ(m.node("OUT").newInflow, 99.0);
@@ -252,9 +254,9 @@ TEST(PipeLines, AreRefused) {
 TEST(PipeLines, TruncateTheNumberOfReaches) {
     Project project(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT yes 60 2.9 0.2 0.5\n");
     project.open();
-    EXPECT_EQ(Pipes[0].n, 2);
-    EXPECT_EQ(Pipes[0].maxFlow, 0.5);
-    EXPECT_EQ(Links[0].isLagged, 1);
+    EXPECT_EQ(testModel().pipes[0].n, 2);
+    EXPECT_EQ(testModel().pipes[0].maxFlow, 0.5);
+    EXPECT_EQ(testModel().links[0].isLagged, 1);
     tarnvelde_close();
     EXPECT_EQ(
         openProject(getGeneral(10) + "[OUTFALLS]\nOUT\n[JUNCTIONS]\nA\n[PIPES]\nP1 A OUT NO 60 nan 0.2 0\n").report,
@@ -312,7 +314,7 @@ TEST(PipeClock, OfTheRoutingStepFiresEverySecondStep) {
 TEST(PipeClock, DoesntFireBehindTheLastPeriod) {
     StartedProject m(getGeneral(30) + onePipe("1200 1 0 0") + "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\n");
     m.step(30);
-    EXPECT_EQ(m.pipe("P").nextFireTime, TotalDuration);
+    EXPECT_EQ(m.pipe("P").nextFireTime, testModel().options.totalDuration);
     EXPECT_GT(m.pipe("P").sumVolume, 0.0);  // what was summed stays
 }
 
@@ -370,11 +372,11 @@ TEST(PipeLimit, FloodsWhatMayNotPass) {
     m.step(2);
     EXPECT_EQ(m.link("P").newFlow, 0.5);
     EXPECT_EQ(m.pipe("P").newFlood, 6.0 * 30.0 / 90.0 - 0.5);
-    EXPECT_EQ(FlowTotals.floodingLoss, DT * 1.5);
+    EXPECT_EQ(testModel().totals.flow.floodingLoss, DT * 1.5);
     EXPECT_EQ(m.link("P").statFloodVolume, DT * 1.5);
     EXPECT_EQ(m.link("P").statMaxFlood, 1.5);
     m.step();
-    EXPECT_EQ(FlowTotals.floodingLoss, 2.0 * DT * 1.5);  // floods on until the next firing
+    EXPECT_EQ(testModel().totals.flow.floodingLoss, 2.0 * DT * 1.5);  // floods on until the next firing
 }
 
 TEST(PipeLimit, ClosedSendsAllToFlood) {
@@ -414,5 +416,5 @@ TEST(PipeLimit, LetsANegativeOutflowPass) {
     ASSERT_EQ(tarnvelde_setSetting("P", 0.0), 0);
     closed.step(2);
     EXPECT_EQ(closed.pipe("P").newFlood, -2.0);
-    EXPECT_EQ(FlowTotals.floodingLoss, DT * -2.0);
+    EXPECT_EQ(testModel().totals.flow.floodingLoss, DT * -2.0);
 }

@@ -9,6 +9,7 @@
 #include "model/names.h"
 #include "nodes/tank.h"
 #include "results/rows.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 static constexpr const char* CURVES =
@@ -21,7 +22,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    return pump_getFlow(Records::link("P"), Pumps[0], depth);
+    return pump_getFlow(testModel(), Records::link("P"), testModel().pumps[0], depth);
 }
 
 TEST(PumpCurve, IsALineWithLevelEnds) {
@@ -60,7 +61,7 @@ TEST(PumpCurve, IsScaledByTheSetting) {
 TEST(PumpSwitch, RestsAtANodeThatIsNoTank) {
     StartedProject model(getProject("L NO ON 0 3"));
     model.link("P").fromNode = model.findNode("OUT");
-    linkkinds_setTargets();
+    linkkinds_setTargets(testModel());
     EXPECT_EQ(model.link("P").targetSetting, 1.0);
 }
 
@@ -69,7 +70,7 @@ TEST(PumpSwitch, RestsAtANodeThatIsNoTank) {
 static double getTarget(double setting, double depth) {
     Records::link("P").setting = setting;
     Records::tank("T").newDepth = depth;
-    linkkinds_setTargets();
+    linkkinds_setTargets(testModel());
     return Records::link("P").targetSetting;
 }
 
@@ -146,8 +147,8 @@ TEST(PumpHost, IsForgottenAtTheNextStart) {
     tarnvelde_setPumpFlow("P", 0.7);
     tarnvelde_end();
     tarnvelde_start(0);
-    EXPECT_EQ(Pumps[0].useHostFlow, 0);
-    EXPECT_EQ(Pumps[0].hostFlow, 0.0);
+    EXPECT_EQ(testModel().pumps[0].useHostFlow, 0);
+    EXPECT_EQ(testModel().pumps[0].hostFlow, 0.0);
 }
 
 // --- line ----------------------------------------------------------------------------------------------------------
@@ -156,10 +157,10 @@ TEST(PumpLine, FillsTheRow) {
     StartedProject model(getProject("s YES off 2.5 0.5 more"));
     EXPECT_EQ(model.link("P").kind, PUMP);
     EXPECT_EQ(model.link("P").isLagged, 1);
-    EXPECT_EQ(Pumps[0].curve, names_find(CURVE, "S"));
-    EXPECT_EQ(Pumps[0].initSetting, 0.0);
-    EXPECT_EQ(Pumps[0].startupDepth, 2.5);
-    EXPECT_EQ(Pumps[0].shutoffDepth, 0.5);
+    EXPECT_EQ(testModel().pumps[0].curve, names_find(testModel(), CURVE, "S"));
+    EXPECT_EQ(testModel().pumps[0].initSetting, 0.0);
+    EXPECT_EQ(testModel().pumps[0].startupDepth, 2.5);
+    EXPECT_EQ(testModel().pumps[0].shutoffDepth, 0.5);
     EXPECT_EQ(model.link("P").setting, 0.0);
     EXPECT_EQ(model.link("P").targetSetting, 0.0);
 }
@@ -225,7 +226,7 @@ TEST(PumpRow, MixesOldAndNew) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    rows_fill(PUMP_TABLE, model.findLink("P"), 0.5, row);
+    rows_fill(testModel(), PUMP_TABLE, model.findLink("P"), 0.5, row);
     EXPECT_EQ(row[0], 1.5f);
     EXPECT_EQ(row[1], 6.0f);
 }

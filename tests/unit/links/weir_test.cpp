@@ -6,6 +6,7 @@
 
 #include "model/errors.h"
 #include "results/rows.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 /// A tank with the weir W, whose line goes on behind the two nodes as given.
@@ -15,7 +16,7 @@ static std::string getProject(const std::string& rest) {
 }
 
 static double getFlow(double depth) {
-    return weir_getFlow(Records::link("W"), Weirs[0], depth);
+    return weir_getFlow(Records::link("W"), testModel().weirs[0], depth);
 }
 
 TEST(WeirLaw, IsPoleniOverARectangularCrest) {
@@ -45,9 +46,9 @@ TEST(WeirLaw, LiftsTheCrestAsTheSettingFalls) {
     StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     model.link("W").setting = 0.0;
     EXPECT_EQ(getFlow(1.75), 0.0);
-    EXPECT_EQ(weir_getLevel(model.link("W"), Weirs[0]), 1.75);
+    EXPECT_EQ(weir_getLevel(model.link("W"), testModel().weirs[0]), 1.75);
     model.link("W").setting = 0.5;
-    EXPECT_EQ(weir_getLevel(model.link("W"), Weirs[0]), 1.5);
+    EXPECT_EQ(weir_getLevel(model.link("W"), testModel().weirs[0]), 1.5);
     EXPECT_NEAR(getFlow(2.5), 1.8 * 2.5, 1e-12);  // a head of 1 m
 }
 
@@ -60,7 +61,7 @@ TEST(WeirLaw, StandsAtItsCrestWithoutARule) {
 
 TEST(WeirLaw, GivesNothingWithAShapeThatIsNone) {
     StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.2 0.3"));
-    Weirs[0].shape = 2;
+    testModel().weirs[0].shape = 2;
     EXPECT_EQ(getFlow(3.0), 0.0);
 }
 
@@ -85,9 +86,9 @@ TEST(WeirHost, MovesTheCrestToTheFullOpeningWithTheCoefficientAlone) {
 TEST(WeirHost, SwitchesTheWeirOverWithAnySelector) {
     StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 7, 3.0), 0);
-    EXPECT_EQ(Weirs[0].useHostParams, 1);
-    EXPECT_EQ(Weirs[0].hostCoefficient, 1.8);
-    EXPECT_EQ(Weirs[0].hostHeight, 0.5);
+    EXPECT_EQ(testModel().weirs[0].useHostParams, 1);
+    EXPECT_EQ(testModel().weirs[0].hostCoefficient, 1.8);
+    EXPECT_EQ(testModel().weirs[0].hostHeight, 0.5);
 }
 
 TEST(WeirHost, IsRefused) {
@@ -97,7 +98,7 @@ TEST(WeirHost, IsRefused) {
     EXPECT_EQ(tarnvelde_setWeirParams("W", 5, -0.1), -1);
     EXPECT_EQ(tarnvelde_setWeirParams("V", 1, 0.1), -1);
     EXPECT_EQ(tarnvelde_setWeirParams(nullptr, 1, 0.1), -1);
-    EXPECT_EQ(Weirs[0].useHostParams, 0);
+    EXPECT_EQ(testModel().weirs[0].useHostParams, 0);
 }
 
 TEST(WeirHost, IsForgottenAtTheNextStart) {
@@ -106,22 +107,22 @@ TEST(WeirHost, IsForgottenAtTheNextStart) {
     tarnvelde_setWeirParams("W", 1, 0.1);
     tarnvelde_end();
     tarnvelde_start(0);
-    EXPECT_EQ(Weirs[0].useHostParams, 0);
-    EXPECT_EQ(Weirs[0].hostCoefficient, 1.8);
-    EXPECT_EQ(Weirs[0].hostHeight, 0.5);
+    EXPECT_EQ(testModel().weirs[0].useHostParams, 0);
+    EXPECT_EQ(testModel().weirs[0].hostCoefficient, 1.8);
+    EXPECT_EQ(testModel().weirs[0].hostHeight, 0.5);
 }
 
 TEST(WeirHost, ChangesTheFlowButNotTheLevel) {
     StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 1, 0.2);
-    EXPECT_EQ(weir_getLevel(model.link("W"), Weirs[0]), 1.25);
+    EXPECT_EQ(weir_getLevel(model.link("W"), testModel().weirs[0]), 1.25);
 }
 
 TEST(WeirHost, KeepsItsValuesWhenTheWeirItselfIsChanged) {
     StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     tarnvelde_setWeirParams("W", 7, 0.0);
-    Weirs[0].coefficient = 1.0;
-    Weirs[0].opening = 0.1;
+    testModel().weirs[0].coefficient = 1.0;
+    testModel().weirs[0].opening = 0.1;
     EXPECT_NEAR(getFlow(2.75), 1.8 * 2.5, 1e-12);
 }
 
@@ -131,11 +132,11 @@ TEST(WeirLine, FillsTheRow) {
     StartedProject model(getProject("yes Triangular 1.8 2.5 1.2 0 // note"));
     EXPECT_EQ(model.link("W").kind, WEIR);
     EXPECT_EQ(model.link("W").isLagged, 1);
-    EXPECT_EQ(Weirs[0].shape, TRIANGULAR_WEIR);
-    EXPECT_EQ(Weirs[0].coefficient, 1.8);
-    EXPECT_EQ(Weirs[0].length, 2.5);
-    EXPECT_EQ(Weirs[0].crest, 1.2);
-    EXPECT_EQ(Weirs[0].opening, 0.0);
+    EXPECT_EQ(testModel().weirs[0].shape, TRIANGULAR_WEIR);
+    EXPECT_EQ(testModel().weirs[0].coefficient, 1.8);
+    EXPECT_EQ(testModel().weirs[0].length, 2.5);
+    EXPECT_EQ(testModel().weirs[0].crest, 1.2);
+    EXPECT_EQ(testModel().weirs[0].opening, 0.0);
 }
 
 TEST(WeirLine, IsRefusedAtTheFirstWrongWord) {
@@ -177,7 +178,7 @@ TEST(WeirRow, MixesOldAndNew) {
     link.oldQual[0] = 8.0;
     link.newQual[0] = 4.0;
     float row[2];
-    rows_fill(WEIR_TABLE, model.findLink("W"), 0.75, row);
+    rows_fill(testModel(), WEIR_TABLE, model.findLink("W"), 0.75, row);
     EXPECT_EQ(row[0], 1.75f);
     EXPECT_EQ(row[1], 5.0f);
 }

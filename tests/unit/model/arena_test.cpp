@@ -9,8 +9,8 @@
 #include "support/sanitizer.h"
 
 struct ArenaTest : testing::Test {
-    Arena arena{};
-    void TearDown() override { arena_release(arena); }
+    Memory memory;
+    Arena& arena = memory.results;
 };
 
 TEST_F(ArenaTest, GivesZeroedAlignedMemory) {

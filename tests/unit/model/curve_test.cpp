@@ -9,13 +9,14 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "support/lines.h"
+#include "support/model.h"
 #include "support/tables.h"
 
 struct CurveTest : testing::Test, Tables {
     void SetUp() override {
         addName(CURVE, "C");
         addName(CURVE, "D");
-        curve_createAll();
+        curve_createAll(testModel());
     }
 
     static Curve makeCurve(std::vector<CurvePoint> points, int32_t type = TANK_CURVE) {
@@ -32,19 +33,19 @@ static int32_t readCurve(const char* line) {
 TEST_F(CurveTest, ACurveGoesOnOverSeveralLines) {
     EXPECT_EQ(readCurve("c TANK 0 1 1 2"), 0);
     EXPECT_EQ(readCurve("C 2 3"), 0);
-    ASSERT_EQ(Curves[0].entries.size(), 3u);
-    EXPECT_EQ(Curves[0].entries[2].x, 2.0);
-    EXPECT_EQ(Curves[0].entries[2].y, 3.0);
-    EXPECT_EQ(Curves[0].curveType, TANK_CURVE);
-    EXPECT_STREQ(Curves[0].id, "C");
+    ASSERT_EQ(testModel().curves[0].entries.size(), 3u);
+    EXPECT_EQ(testModel().curves[0].entries[2].x, 2.0);
+    EXPECT_EQ(testModel().curves[0].entries[2].y, 3.0);
+    EXPECT_EQ(testModel().curves[0].curveType, TANK_CURVE);
+    EXPECT_STREQ(testModel().curves[0].id, "C");
 }
 
 TEST_F(CurveTest, ACurveKnowsItsFourTypes) {
     const char* lines[] = {"C tank 1 1", "C PUMP1 1 1", "C Pump2 1 1", "C TRANSECT 1 1"};
     for (int32_t type = 0; type < 4; ++type) {
-        curve_createAll();
+        curve_createAll(testModel());
         EXPECT_EQ(readCurve(lines[type]), 0);
-        EXPECT_EQ(Curves[0].curveType, type);
+        EXPECT_EQ(testModel().curves[0].curveType, type);
     }
 }
 
@@ -60,14 +61,14 @@ TEST_F(CurveTest, ACurveLineIsRefused) {
 TEST_F(CurveTest, ACurveOfABadTypeGoesOnWithoutOne) {
     expectLineError("C WEIR 1 2", curve_readLine, ERR_KEYWORD, "WEIR");
     EXPECT_EQ(readCurve("C 3 4"), 0);
-    EXPECT_EQ(Curves[0].curveType, -1);
-    ASSERT_EQ(Curves[0].entries.size(), 1u);
-    EXPECT_EQ(Curves[0].entries[0].x, 3.0);
+    EXPECT_EQ(testModel().curves[0].curveType, -1);
+    ASSERT_EQ(testModel().curves[0].entries.size(), 1u);
+    EXPECT_EQ(testModel().curves[0].entries[0].x, 3.0);
 }
 
 TEST_F(CurveTest, ACurveKeepsThePairsBeforeABadOne) {
     expectLineError("C TANK 1 2 3 x", curve_readLine, ERR_NUMBER, "x");
-    EXPECT_EQ(Curves[0].entries.size(), 1u);
+    EXPECT_EQ(testModel().curves[0].entries.size(), 1u);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------

@@ -9,62 +9,64 @@
 
 #include "model/pattern.h"
 #include "model/project.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 // --- laws ----------------------------------------------------------------------------------------------------------
 
 TEST(Reaction, NoRuleLeavesTheConcentration) {
     Decay rule{-1, -1, 5.0, 0.0, 1.0};
-    EXPECT_EQ(decay_react(rule, 7.0, 0, 100.0), 7.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 7.0, 0, 100.0), 7.0);
 }
 
 TEST(Reaction, ConstantConcentrationIsAnUpperLimit) {
     Decay rule{CONST_CONCEN, -1, 5.0, 0.0, 1.0};
-    EXPECT_EQ(decay_react(rule, 7.0, 0, 100.0), 5.0);
-    EXPECT_EQ(decay_react(rule, 3.0, 0, 100.0), 3.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 7.0, 0, 100.0), 5.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 3.0, 0, 100.0), 3.0);
 }
 
 TEST(Reaction, ConstantRatioIsTakenOff) {
     Decay rule{CONST_RATIO, -1, 0.25, 0.0, 1.0};
-    EXPECT_EQ(decay_react(rule, 8.0, 0, 100.0), 6.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 8.0, 0, 100.0), 6.0);
     rule.k = 1.5;
-    EXPECT_EQ(decay_react(rule, 8.0, 0, 100.0), 0.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 8.0, 0, 100.0), 0.0);
 }
 
 TEST(Reaction, ZeroOrderTakesAnAmountDownToNothing) {
     Decay rule{ZERO_ORDER, -1, 0.03125, 0.0, 1.0};
-    EXPECT_EQ(decay_react(rule, 8.0, 0, 64.0), 6.0);
-    EXPECT_EQ(decay_react(rule, 2.0, 0, 64.0), 0.0);
-    EXPECT_EQ(decay_react(rule, 1.0, 0, 64.0), 0.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 8.0, 0, 64.0), 6.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 2.0, 0, 64.0), 0.0);
+    EXPECT_EQ(decay_react(testModel(), rule, 1.0, 0, 64.0), 0.0);
 }
 
 TEST(Reaction, FirstOrderIsExponential) {
     Decay rule{FIRST_ORDER, -1, 0.01, 0.0, 1.0};
-    EXPECT_NEAR(decay_react(rule, 8.0, 0, 100.0), 8.0 * std::exp(-1.0), 1e-14);
-    EXPECT_NEAR(decay_react(rule, 4.0, 0, 100.0), 4.0 * std::exp(-1.0), 1e-14) << "the same again, from what is kept";
-    EXPECT_NEAR(decay_react(rule, 8.0, 0, 200.0), 8.0 * std::exp(-2.0), 1e-14);
+    EXPECT_NEAR(decay_react(testModel(), rule, 8.0, 0, 100.0), 8.0 * std::exp(-1.0), 1e-14);
+    EXPECT_NEAR(decay_react(testModel(), rule, 4.0, 0, 100.0), 4.0 * std::exp(-1.0), 1e-14)
+        << "the same again, from what is kept";
+    EXPECT_NEAR(decay_react(testModel(), rule, 8.0, 0, 200.0), 8.0 * std::exp(-2.0), 1e-14);
 }
 
 TEST(Reaction, NegativeRateMakesMassesGrow) {
     Decay rule{FIRST_ORDER, -1, -0.01, 0.0, 1.0};
-    EXPECT_NEAR(decay_react(rule, 8.0, 0, 100.0), 8.0 * std::exp(1.0), 1e-13);
+    EXPECT_NEAR(decay_react(testModel(), rule, 8.0, 0, 100.0), 8.0 * std::exp(1.0), 1e-13);
 }
 
 TEST(Reaction, PatternIsAskedAtTheHour) {
     Pattern pattern{};
     pattern.factors[1] = 2.0;
     pattern.factors[2] = 3.0;
-    Patterns.fill(1, pattern);
+    testModel().patterns.fill(1, pattern);
     Decay rule{FIRST_ORDER, 0, 0.01, 0.0, 1.0};
-    EXPECT_NEAR(decay_react(rule, 8.0, 1, 100.0), 8.0 * std::exp(-2.0), 1e-14);
-    EXPECT_NEAR(decay_react(rule, 8.0, 2, 100.0), 8.0 * std::exp(-3.0), 1e-14);
-    Patterns.clear();
+    EXPECT_NEAR(decay_react(testModel(), rule, 8.0, 1, 100.0), 8.0 * std::exp(-2.0), 1e-14);
+    EXPECT_NEAR(decay_react(testModel(), rule, 8.0, 2, 100.0), 8.0 * std::exp(-3.0), 1e-14);
+    testModel().patterns.clear();
 }
 
 TEST(Reaction, OtherThanFirstOrderIsLeftToTheLayersOfControls) {
     for (const int32_t type : {-1, static_cast<int32_t>(CONST_CONCEN), static_cast<int32_t>(ZERO_ORDER)}) {
         Decay rule{type, -1, 0.01, 0.0, 1.0};
-        EXPECT_EQ(decay_getFactor(rule, 0, 100.0), 1.0);
+        EXPECT_EQ(decay_getFactor(testModel(), rule, 0, 100.0), 1.0);
     }
 }
 

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "model/reportfile.h"
+#include "support/model.h"
 #include "support/tempfolder.h"
 
 struct ExpectedError {
@@ -118,10 +119,10 @@ static constexpr ExpectedError EXPECTED_ERRORS[] = {
 template <class Work>
 static std::string catchReport(Work work) {
     const TempFolder folder;
-    ReportFile = std::fopen(folder.file("r").c_str(), "wb");
+    testModel().files.report = std::fopen(folder.file("r").c_str(), "wb");
     work();
-    std::fclose(ReportFile);
-    ReportFile = nullptr;
+    std::fclose(testModel().files.report);
+    testModel().files.report = nullptr;
     return readFile(folder.file("r"));
 }
 
@@ -165,31 +166,31 @@ TEST(Errors, AreEmptyOutsideTheTable) {
 }
 
 TEST(WriteError, PutsABlankLineInFrontAndTakesTheTextAsItIs) {
-    const std::string text = catchReport([] { errors_report(ERR_PIPE_X, "a%s%n%d"); });
+    const std::string text = catchReport([] { errors_report(testModel(), ERR_PIPE_X, "a%s%n%d"); });
     EXPECT_EQ(text, "\n  \n  ERROR 505: muskingum X value of Pipe a%s%n%d must be in the range of 0.0 and 0.5.");
-    EXPECT_EQ(ErrorCode, ERR_PIPE_X);
-    ErrorCode = 0;
+    EXPECT_EQ(testModel().error.code, ERR_PIPE_X);
+    testModel().error.code = 0;
 }
 
 TEST(WriteError, PrintsTheEmptyTextForNone) {
-    EXPECT_EQ(catchReport([] { errors_report(ERR_PIPE_X, nullptr); }),
+    EXPECT_EQ(catchReport([] { errors_report(testModel(), ERR_PIPE_X, nullptr); }),
               "\n  \n  ERROR 505: muskingum X value of Pipe  must be in the range of 0.0 and 0.5.");
-    ErrorCode = 0;
+    testModel().error.code = 0;
 }
 
 TEST(WriteError, KeepsAnUnknownIndexAndWritesNoMessage) {
-    EXPECT_EQ(catchReport([] { errors_report(93, "x"); }), "\n  ");
-    EXPECT_EQ(ErrorCode, 93);
-    EXPECT_EQ(catchReport([] { errors_report(-5, "x"); }), "\n  ");
-    EXPECT_EQ(ErrorCode, -5);
-    ErrorCode = 0;
+    EXPECT_EQ(catchReport([] { errors_report(testModel(), 93, "x"); }), "\n  ");
+    EXPECT_EQ(testModel().error.code, 93);
+    EXPECT_EQ(catchReport([] { errors_report(testModel(), -5, "x"); }), "\n  ");
+    EXPECT_EQ(testModel().error.code, -5);
+    testModel().error.code = 0;
 }
 
 TEST(WriteError, SetsTheErrorWithoutAReport) {
-    ReportFile = nullptr;
-    errors_report(ERR_PIPE_N, "P");
-    EXPECT_EQ(ErrorCode, ERR_PIPE_N);
-    errors_report(ERR_PIPE_X, "P");
-    EXPECT_EQ(ErrorCode, ERR_PIPE_X);  // the later one
-    ErrorCode = 0;
+    testModel().files.report = nullptr;
+    errors_report(testModel(), ERR_PIPE_N, "P");
+    EXPECT_EQ(testModel().error.code, ERR_PIPE_N);
+    errors_report(testModel(), ERR_PIPE_X, "P");
+    EXPECT_EQ(testModel().error.code, ERR_PIPE_X);  // the later one
+    testModel().error.code = 0;
 }

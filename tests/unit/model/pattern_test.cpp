@@ -8,12 +8,13 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "support/lines.h"
+#include "support/model.h"
 #include "support/tables.h"
 
 struct PatternLines : testing::Test, Tables {
     void SetUp() override {
         addName(PATTERN, "P");
-        Patterns.fill(1, Pattern{});
+        testModel().patterns.fill(1, Pattern{});
     }
 };
 
@@ -24,9 +25,9 @@ TEST_F(PatternLines, GoOnOverSeveralLinesUpTo24Factors) {
         more += " " + std::to_string(k);
     }
     EXPECT_EQ(parseLine(more, pattern_read), 0);
-    EXPECT_EQ(Patterns[0].count, 24);
-    EXPECT_EQ(Patterns[0].factors[23], 24.0);
-    EXPECT_EQ(Patterns[0].type, PATTERN_HOURLY);
+    EXPECT_EQ(testModel().patterns[0].count, 24);
+    EXPECT_EQ(testModel().patterns[0].factors[23], 24.0);
+    EXPECT_EQ(testModel().patterns[0].type, PATTERN_HOURLY);
     EXPECT_EQ(parseLine("P more words", pattern_read), 0);  // nothing is read any more, so nothing is tested
 }
 
@@ -35,34 +36,34 @@ TEST_F(PatternLines, AreRefused) {
     expectLineError("X HOURLY 1", pattern_read, ERR_UNDEFINED_OBJECT, "X");
     expectLineError("P DAILY 1", pattern_read, ERR_KEYWORD, "DAILY");
     expectLineError("P 1 x 3", pattern_read, ERR_NUMBER, "x");
-    EXPECT_EQ(Patterns[0].count, 1);
+    EXPECT_EQ(testModel().patterns[0].count, 1);
 }
 
 TEST_F(PatternLines, MayHoldTheTypeAlone) {
     EXPECT_EQ(parseLine("P monthly", pattern_read), 0);
-    EXPECT_EQ(Patterns[0].type, PATTERN_MONTHLY);
-    EXPECT_EQ(Patterns[0].count, 0);
+    EXPECT_EQ(testModel().patterns[0].type, PATTERN_MONTHLY);
+    EXPECT_EQ(testModel().patterns[0].count, 0);
 }
 
 TEST_F(PatternLines, AreLookedUpByTheHourWhateverTheType) {
     for (const int32_t type : {PATTERN_MONTHLY, PATTERN_HOURLY}) {
-        Patterns[0].type = type;
+        testModel().patterns[0].type = type;
         for (int32_t h = 0; h < 24; ++h) {
-            Patterns[0].factors[h] = 10.0 + h;
-            EXPECT_EQ(pattern_getFactor(0, h), 10.0 + h);
+            testModel().patterns[0].factors[h] = 10.0 + h;
+            EXPECT_EQ(pattern_getFactor(testModel(), 0, h), 10.0 + h);
         }
-        EXPECT_EQ(pattern_hourlyFactor(0, 43831.0), 10.0);
-        EXPECT_EQ(pattern_hourlyFactor(0, 43831.0 + 0.5), 22.0);
-        EXPECT_EQ(pattern_hourlyFactor(0, 43831.0 + 7.0 / 24.0 - 1e-7), 17.0);  // rounded up to the hour
-        EXPECT_EQ(pattern_hourlyFactor(0, 43831.0 + 86399.9 / 86400.0), 33.0);
-        EXPECT_EQ(pattern_hourlyFactor(0, 43831.0), 10.0);
+        EXPECT_EQ(pattern_hourlyFactor(testModel(), 0, 43831.0), 10.0);
+        EXPECT_EQ(pattern_hourlyFactor(testModel(), 0, 43831.0 + 0.5), 22.0);
+        EXPECT_EQ(pattern_hourlyFactor(testModel(), 0, 43831.0 + 7.0 / 24.0 - 1e-7), 17.0);  // rounded up to the hour
+        EXPECT_EQ(pattern_hourlyFactor(testModel(), 0, 43831.0 + 86399.9 / 86400.0), 33.0);
+        EXPECT_EQ(pattern_hourlyFactor(testModel(), 0, 43831.0), 10.0);
     }
 }
 
 TEST_F(PatternLines, CountAsOneOutsideTheTable) {
-    EXPECT_EQ(pattern_getFactor(-1, 7), 1.0);
-    EXPECT_EQ(pattern_getFactor(1, 7), 1.0);
-    EXPECT_EQ(pattern_hourlyFactor(-1, 43831.0), 1.0);
-    EXPECT_EQ(pattern_hourlyFactor(1, 43831.0), 1.0);
-    EXPECT_EQ(pattern_hourlyFactor(INT32_MAX, 43831.0), 1.0);
+    EXPECT_EQ(pattern_getFactor(testModel(), -1, 7), 1.0);
+    EXPECT_EQ(pattern_getFactor(testModel(), 1, 7), 1.0);
+    EXPECT_EQ(pattern_hourlyFactor(testModel(), -1, 43831.0), 1.0);
+    EXPECT_EQ(pattern_hourlyFactor(testModel(), 1, 43831.0), 1.0);
+    EXPECT_EQ(pattern_hourlyFactor(testModel(), INT32_MAX, 43831.0), 1.0);
 }

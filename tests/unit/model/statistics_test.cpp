@@ -6,15 +6,17 @@
 
 #include <limits>
 
+#include "support/model.h"
+
 struct StatisticsOfAStep : testing::Test {
-    void SetUp() override { RoutingStep = 60; }
+    void SetUp() override { testModel().options.routingStep = 60; }
 };
 
 TEST_F(StatisticsOfAStep, OfALinkAreItsVolumeAndItsLargestFlow) {
     Link link{};
     for (const double flow : {0.5, 2.0, 1.0}) {
         link.newFlow = flow;
-        statistics_countLink(link);
+        statistics_countLink(testModel(), link);
     }
     EXPECT_EQ(link.statFlowVolume, 60.0 * 3.5);
     EXPECT_EQ(link.statMaxFlow, 2.0);
@@ -24,7 +26,7 @@ TEST_F(StatisticsOfAStep, OfANodeAreItsVolumeAndItsLargestInflow) {
     Node node{};
     for (const double flow : {0.25, 0.0, 4.0, 0.75}) {
         node.newInflow = flow;
-        statistics_countNode(node);
+        statistics_countNode(testModel(), node);
     }
     EXPECT_EQ(node.statInflowVolume, 60.0 * 5.0);
     EXPECT_EQ(node.statMaxInflow, 4.0);
@@ -33,7 +35,7 @@ TEST_F(StatisticsOfAStep, OfANodeAreItsVolumeAndItsLargestInflow) {
 TEST_F(StatisticsOfAStep, OfANegativeFlowLowerTheVolumeAndNotTheLargestFlow) {
     Link link{};
     link.newFlow = -2.0;
-    statistics_countLink(link);
+    statistics_countLink(testModel(), link);
     EXPECT_EQ(link.statFlowVolume, -120.0);
     EXPECT_EQ(link.statMaxFlow, 0.0);
 }

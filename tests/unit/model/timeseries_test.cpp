@@ -6,6 +6,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "support/lines.h"
+#include "support/model.h"
 #include "support/tables.h"
 #include "support/tempfolder.h"
 
@@ -13,9 +14,9 @@ struct SeriesTest : testing::Test, Tables {
     void SetUp() override {
         addName(TSERIES, "S");
         addName(TSERIES, "T");
-        timeseries_createAll();
-        TimeSeries[0].dateInForce = TimeSeries[1].dateInForce = 100.0;
-        InputFolder.clear();
+        timeseries_createAll(testModel());
+        testModel().timeSeries[0].dateInForce = testModel().timeSeries[1].dateInForce = 100.0;
+        testModel().files.inputFolder.clear();
     }
 
     static Series makeSeries(std::vector<SeriesEntry> entries) {
@@ -44,7 +45,7 @@ TEST_F(SeriesTest, ASeriesKeepsItsDateUntilTheNextOne) {
     EXPECT_EQ(readSeries("S 1:00 5 2020/01/01 2:00 6 3:00 7"), 0);
     EXPECT_EQ(readSeries("s 4:00 8"), ERR_ITEMS);  // "ID time value" has too few words
     EXPECT_EQ(readSeries("s 4:00 8 30 9"), 0);
-    const std::vector<SeriesEntry>& entries = TimeSeries[0].entries;
+    const std::vector<SeriesEntry>& entries = testModel().timeSeries[0].entries;
     ASSERT_EQ(entries.size(), 5u);
     EXPECT_EQ(entries[0].date, 1.0 / 24.0 + 100.0);
     EXPECT_EQ(entries[1].date, 2.0 / 24.0 + 43831.0);
@@ -56,14 +57,14 @@ TEST_F(SeriesTest, ASeriesKeepsItsDateUntilTheNextOne) {
 TEST_F(SeriesTest, ASeriesLosesWhatTheEndOfALineCutsOff) {
     EXPECT_EQ(readSeries("S 1 5 2"), 0);
     EXPECT_EQ(readSeries("S 1 5 2020/01/01"), 0);
-    EXPECT_EQ(TimeSeries[0].entries.size(), 2u);
-    EXPECT_EQ(TimeSeries[0].dateInForce, 43831.0);
+    EXPECT_EQ(testModel().timeSeries[0].entries.size(), 2u);
+    EXPECT_EQ(testModel().timeSeries[0].dateInForce, 43831.0);
 }
 
 TEST_F(SeriesTest, ASeriesTakesADateThatDoesntExistAsATime) {
     EXPECT_EQ(readSeries("S 2021/04/31 7 1 2"), 0);
-    EXPECT_EQ(TimeSeries[0].entries[0].date, 2021.0 / 24.0 + 100.0);
-    EXPECT_EQ(TimeSeries[0].entries[0].value, 7.0);
+    EXPECT_EQ(testModel().timeSeries[0].entries[0].date, 2021.0 / 24.0 + 100.0);
+    EXPECT_EQ(testModel().timeSeries[0].entries[0].value, 7.0);
 }
 
 TEST_F(SeriesTest, ASeriesLineIsRefused) {
@@ -78,38 +79,38 @@ TEST_F(SeriesTest, ASeriesLineIsRefused) {
 TEST_F(SeriesTest, AFileWinsOverTheEntriesOfASeries) {
     EXPECT_EQ(readSeries("S 1 5 2 6"), 0);
     EXPECT_EQ(readSeries("S FILE none.dat more words"), 0);
-    EXPECT_TRUE(TimeSeries[0].isInFile);
-    EXPECT_EQ(TimeSeries[0].fileName, "none.dat");
-    EXPECT_EQ(timeseries_validate(TimeSeries[0]), ERR_SERIES_FILE_OPEN);
+    EXPECT_TRUE(testModel().timeSeries[0].isInFile);
+    EXPECT_EQ(testModel().timeSeries[0].fileName, "none.dat");
+    EXPECT_EQ(timeseries_validate(testModel(), testModel().timeSeries[0]), ERR_SERIES_FILE_OPEN);
 }
 
 TEST_F(SeriesTest, AFileNameIsCut) {
     EXPECT_EQ(readSeries(("S FILE " + std::string(300, 'n')).c_str()), 0);
-    EXPECT_EQ(TimeSeries[0].fileName, std::string(259, 'n'));
-    InputFolder = std::string(400, 'f') + "/";
-    EXPECT_EQ(timeseries_validate(TimeSeries[0]), ERR_SERIES_FILE_OPEN);
+    EXPECT_EQ(testModel().timeSeries[0].fileName, std::string(259, 'n'));
+    testModel().files.inputFolder = std::string(400, 'f') + "/";
+    EXPECT_EQ(timeseries_validate(testModel(), testModel().timeSeries[0]), ERR_SERIES_FILE_OPEN);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------
 
 TEST_F(SeriesTest, DatesMustGrow) {
     Series good = makeSeries({{0, 1}, {1, 5}, {1.25, 2}});
-    EXPECT_EQ(timeseries_validate(good), 0);
+    EXPECT_EQ(timeseries_validate(testModel(), good), 0);
     EXPECT_EQ(good.endDate, 1.25);
     Series equal = makeSeries({{0, 1}, {3, 5}, {3, 6}});
-    EXPECT_EQ(timeseries_validate(equal), ERR_CURVE_SEQUENCE);
+    EXPECT_EQ(timeseries_validate(testModel(), equal), ERR_CURVE_SEQUENCE);
     EXPECT_EQ(equal.cursor.after.date, 3.0);
     Series falling = makeSeries({{5, 1}, {4, 5}});
-    EXPECT_EQ(timeseries_validate(falling), ERR_CURVE_SEQUENCE);
+    EXPECT_EQ(timeseries_validate(testModel(), falling), ERR_CURVE_SEQUENCE);
     EXPECT_EQ(falling.cursor.after.date, 4.0);
 }
 
 TEST_F(SeriesTest, OneEntryHasNoLastOne) {
     Series one = makeSeries({{7, 8}});
-    EXPECT_EQ(timeseries_validate(one), 0);
+    EXPECT_EQ(timeseries_validate(testModel(), one), 0);
     EXPECT_EQ(one.endDate, 0.0);
     Series none = makeSeries({});
-    EXPECT_EQ(timeseries_validate(none), 0);
+    EXPECT_EQ(timeseries_validate(testModel(), none), 0);
 }
 
 /// Validation of a series in a file with this text.
@@ -118,7 +119,7 @@ static int32_t validateFile(const std::string& text) {
     Series series{};
     series.isInFile = true;
     series.fileName = folder.write("s.dat", text);
-    const int32_t result = timeseries_validate(series);
+    const int32_t result = timeseries_validate(testModel(), series);
     textfile_close(series.file);
     return result;
 }
@@ -147,11 +148,11 @@ TEST_F(SeriesTest, ABadLastLineWithoutLineFeedPasses) {
 TEST_F(SeriesTest, ASeriesFileIsAlsoLookedForBesideTheProject) {
     const TempFolder folder;
     folder.write("s.dat", "2020/01/01 1:00 5\n");
-    InputFolder = folder.path.string() + "/";
+    testModel().files.inputFolder = folder.path.string() + "/";
     EXPECT_EQ(readSeries("S FILE s.dat"), 0);
-    EXPECT_EQ(timeseries_validate(TimeSeries[0]), 0);
+    EXPECT_EQ(timeseries_validate(testModel(), testModel().timeSeries[0]), 0);
     EXPECT_EQ(readSeries("T FILE \"\""), 0);  // the folder itself
-    EXPECT_EQ(timeseries_validate(TimeSeries[1]), ERR_SERIES_FILE_OPEN);
+    EXPECT_EQ(timeseries_validate(testModel(), testModel().timeSeries[1]), ERR_SERIES_FILE_OPEN);
 }
 
 // --- look-up -------------------------------------------------------------------------------------------------------
@@ -170,7 +171,7 @@ static double evaluate(const std::vector<SeriesEntry>& entries, double x) {
 TEST_F(SeriesTest, ALookUpWalksForwardThroughAResetSeries) {
     const std::vector<SeriesEntry> entries{{10, 1}, {11, 4}, {13, 2}, {14, 8}};
     Series series = makeSeries(entries);
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     rewind(series);
     for (double x = 9.0; x < 15.0; x += 0.125) {
         EXPECT_DOUBLE_EQ(lookUp(series, x), evaluate(entries, x)) << x;
@@ -179,7 +180,7 @@ TEST_F(SeriesTest, ALookUpWalksForwardThroughAResetSeries) {
 
 TEST_F(SeriesTest, ALookUpEndsWithTheLastEntry) {
     Series series = makeSeries({{10, 1}, {11, 4}});
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     rewind(series);
     EXPECT_EQ(lookUp(series, 11.0), 4.0);
     EXPECT_EQ(lookUp(series, 11.5), 0.0);
@@ -190,7 +191,7 @@ TEST_F(SeriesTest, ALookUpReadsAFileLikeAList) {
     Series series = makeSeries({});
     series.isInFile = true;
     series.fileName = folder.write("s.dat", "1900/01/09 0 1\n1900/01/10 0 4\n1900/01/12 0 2\n");
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     rewind(series);
     const std::vector<SeriesEntry> entries{{10, 1}, {11, 4}, {13, 2}};
     for (double x = 9.0; x < 14.0; x += 0.125) {
@@ -202,7 +203,7 @@ TEST_F(SeriesTest, ALookUpReadsAFileLikeAList) {
 TEST_F(SeriesTest, AStepBackStartsAnewFromWhereTheCursorWas) {
     // After the new start the entry around the old cursor is taken as the one before: from (13, 2) to (11, 4).
     Series series = makeSeries({{10, 1}, {11, 4}, {13, 2}});
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     rewind(series);
     EXPECT_DOUBLE_EQ(lookUp(series, 12.0), 3.0);
     EXPECT_DOUBLE_EQ(lookUp(series, 10.5), (10.5 - 13.0) * (4.0 - 2.0) / (11.0 - 13.0) + 2.0);
@@ -212,7 +213,7 @@ TEST_F(SeriesTest, AStepBackStartsAnewFromWhereTheCursorWas) {
 
 TEST_F(SeriesTest, ASeriesThatWasNeverResetBeginsOnALineFromTheOrigin) {
     Series series = makeSeries({{10, 1}, {12, 6}, {13, 2}});
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     timeseries_moveToEnd(series, series.cursor);
     EXPECT_DOUBLE_EQ(lookUp(series, 11.0), 11.0 * 6.0 / 12.0);
     EXPECT_DOUBLE_EQ(lookUp(series, 12.5), 4.0);
@@ -220,7 +221,7 @@ TEST_F(SeriesTest, ASeriesThatWasNeverResetBeginsOnALineFromTheOrigin) {
 
 TEST_F(SeriesTest, OneEntryHasAValueAtItsOwnDateOnly) {
     Series series = makeSeries({{10, 7}});
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     rewind(series);
     EXPECT_EQ(lookUp(series, 9.0), 0.0);
     EXPECT_EQ(lookUp(series, 10.0), 7.0);
@@ -229,7 +230,7 @@ TEST_F(SeriesTest, OneEntryHasAValueAtItsOwnDateOnly) {
 
 TEST_F(SeriesTest, ALookUpInNothingIsZero) {
     Series series = makeSeries({});
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     rewind(series);
     EXPECT_EQ(lookUp(series, 5.0), 0.0);
     EXPECT_EQ(lookUp(series, 0.0), 0.0);
@@ -260,7 +261,7 @@ static std::string writeSquares() {
 
 /// What two cursors read by turns, of which each alone reads these squares.
 static void expectIndependentCursors(Series& series) {
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     SeriesCursor slow{}, quick{};
     SeriesEntry entry{};
     for (int k = 0; k < 10; ++k) {
@@ -281,7 +282,7 @@ static void expectIndependentCursors(Series& series) {
 
 /// A copy looks up earlier and later dates while the cursor it was taken from goes on.
 static void expectIndependentCopy(Series& series) {
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     rewind(series);
     EXPECT_EQ(lookUp(series, 14.5), 20.5);  // between 16 and 25
     for (const double date : {10.0, 12.5, 14.25, 18.5, 30.0, 9.0}) {
@@ -331,7 +332,7 @@ TEST_F(SeriesTest, ACursorThatMeetsTheEndDoesntEndAnother) {
     Series series{};
     series.isInFile = true;
     series.fileName = folder.write("s.dat", "1900/01/09 0 1\n1900/01/10 0 4\n");
-    ASSERT_EQ(timeseries_validate(series), 0);
+    ASSERT_EQ(timeseries_validate(testModel(), series), 0);
     EXPECT_TRUE(series.cursor.isAtEnd);
     SeriesCursor other{};
     SeriesEntry entry{};

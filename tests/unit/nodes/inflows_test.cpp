@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "support/pipes.h"
 
 // --- external inflows ----------------------------------------------------------------------------------------------
@@ -14,7 +15,8 @@ TEST(ExternalInflow, AddsConstantAndScaledSeries) {
                      "[INFLOWS]\nA FLOW FLOW 0.5 S 2\n[TIMESERIES]\nS 2021/03/01 0:00 0 0:10 10\n");
     m.step(3);
     EXPECT_NEAR(m.node("A").newLatFlow, 0.5 + 2.0 * 3.0, 2.1 * MILLISECOND);
-    EXPECT_NEAR(FlowTotals.externalInflow, DT * (3 * 0.5 + 2.0 * (1.0 + 2.0 + 3.0)), 3.0 * DT * 2.1 * MILLISECOND);
+    EXPECT_NEAR(testModel().totals.flow.externalInflow, DT * (3 * 0.5 + 2.0 * (1.0 + 2.0 + 3.0)),
+                3.0 * DT * 2.1 * MILLISECOND);
 }
 
 TEST(ExternalInflow, TakesTheWordOfItsKindInAnyCase) {
@@ -59,7 +61,7 @@ TEST(ExternalInflow, OfAMassAlwaysAddsARecord) {
 
 TEST(ExternalInflow, OfAConcentrationNeedsAFlowRecord) {
     StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS + "[INFLOWS]\nA CONCEN X 7 \"\" 1\n");
-    HostInflows.push_back({m.findNode("A"), 0, 4.0});
+    testModel().requests.inflows.push_back({m.findNode("A"), 0, 4.0});
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 4.0);
     EXPECT_EQ(m.node("A").massInflow[0], 0.0);
@@ -69,19 +71,19 @@ TEST(ExternalInflow, FromTheHostLastsForOneStep) {
     StartedProject m(getGeneral(60) + onePipe("60 1 0 0") + TWO_POLLUTANTS +
                      "[INFLOWS]\nA FLOW FLOW 1 \"\" 1\nA CONCEN X 1000 \"\" 1\n");
     const int32_t a = m.findNode("A"), out = m.findNode("OUT");
-    HostInflows = {{out, 0, 2.0}, {a, 0, 4.0}, {a, 0, 8.0}};
-    HostLoads = {{out, 1, 0.5}, {a, 0, 0.25}};
+    testModel().requests.inflows = {{out, 0, 2.0}, {a, 0, 4.0}, {a, 0, 8.0}};
+    testModel().requests.loads = {{out, 1, 0.5}, {a, 0, 0.25}};
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 13.0);
     EXPECT_EQ(m.node("A").massInflow[0], 1.25);  // the concentration goes with the flow of the file alone
     EXPECT_EQ(m.node("OUT").newLatFlow, 2.0);
     EXPECT_EQ(m.node("OUT").massInflow[1], 0.5);
-    EXPECT_EQ(FlowTotals.externalInflow, DT * 15.0);
-    EXPECT_EQ(QualTotals[1].externalInflow, DT * 0.5);
+    EXPECT_EQ(testModel().totals.flow.externalInflow, DT * 15.0);
+    EXPECT_EQ(testModel().totals.quality[1].externalInflow, DT * 0.5);
     m.step();
     EXPECT_EQ(m.node("A").newLatFlow, 1.0);
-    EXPECT_TRUE(HostInflows.empty());
-    EXPECT_TRUE(HostLoads.empty());
+    EXPECT_TRUE(testModel().requests.inflows.empty());
+    EXPECT_TRUE(testModel().requests.loads.empty());
 }
 
 TEST(ExternalInflow, MayTakeWaterAway) {
@@ -144,7 +146,7 @@ TEST(DryWeather, FollowsThePatternOfTheHour) {
     EXPECT_EQ(m.node("A").massInflow[1], 50.0 * 1.0 / 1000.0);
     m.step(60);
     EXPECT_EQ(m.node("A").newLatFlow, 1.5);
-    EXPECT_DOUBLE_EQ(FlowTotals.dryWeatherInflow, DT * (59 * 0.5 + 60 * 1.0 + 1.5));
+    EXPECT_DOUBLE_EQ(testModel().totals.flow.dryWeatherInflow, DT * (59 * 0.5 + 60 * 1.0 + 1.5));
 }
 
 TEST(DryWeather, WithoutAFlowBringsNoLoad) {

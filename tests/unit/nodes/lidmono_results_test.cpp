@@ -9,6 +9,7 @@
 #include "results/massbal.h"
 #include "results/rows.h"
 #include "support/lidmonos.h"
+#include "support/model.h"
 #include "support/reporttables.h"
 
 namespace {
@@ -21,7 +22,7 @@ TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
         "PP STORAGE 400 1 0\n";
     mono = "M PP G 100 0 0 100\n";
     start();
-    Gages[0].reportRain = 1e-6;
+    testModel().gages[0].reportRain = 1e-6;
     node().oldInflow = 1.0;
     node().newInflow = 2.0;
     node().oldLatFlow = 3.0;
@@ -43,7 +44,7 @@ TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
     u.thisStorageMass[1] = 8.0;
     u.thisPavementMass[1] = 16.0;
     float row[11 + 8];
-    rows_fill(LID_MONO_TABLE, findMono(), 0.25, row);
+    rows_fill(testModel(), LID_MONO_TABLE, findMono(), 0.25, row);
     const double expected[] = {1.25,
                                3.5,
                                3.6,
@@ -66,13 +67,13 @@ TEST_F(MonoTest, RowHoldsElevenValuesAndFourBlocks) {
     for (size_t k = 0; k < 19; ++k) {
         EXPECT_FLOAT_EQ(row[k], static_cast<float>(expected[k])) << k;
     }
-    EXPECT_NEAR(lidmono_getVolume(0), 100.0 * (0.1 * 0.5 + 0.4 * 0.5 + 0.2 * 0.5), 1e-12);
+    EXPECT_NEAR(lidmono_getVolume(testModel(), 0), 100.0 * (0.1 * 0.5 + 0.4 * 0.5 + 0.2 * 0.5), 1e-12);
 }
 
 TEST_F(MonoTest, RowBeforeAStartIsEmpty) {
     ASSERT_EQ(open(), 0);
     float row[11 + 8];
-    rows_fill(LID_MONO_TABLE, findMono(), 1.0, row);
+    rows_fill(testModel(), LID_MONO_TABLE, findMono(), 1.0, row);
     for (const float value : row) {
         EXPECT_EQ(value, 0.0F);
     }
@@ -195,7 +196,7 @@ TEST_F(MonoTest, SecondRunEqualsTheFirst) {
         runs.push_back({unit().storageLevel, unit().thisStorageMass[0], unit().finalLoad[0], unit().dryTime,
                         record().rainDepth, unit().inflowDepth, unit().evapDepth, unit().infilDepth,
                         unit().surfaceOutDepth, unit().drainDepth, unit().initialDepth, unit().finalDepth,
-                        unit().thisSurfaceFlow, FlowTotals.externalOutflow});
+                        unit().thisSurfaceFlow, testModel().totals.flow.externalOutflow});
         ASSERT_EQ(tarnvelde_report(), 0);
         tables.push_back(getAllRows(getReport(), TABLES));
         ASSERT_EQ(tarnvelde_end(), 0);
@@ -211,12 +212,12 @@ TEST_F(MonoTest, StateOutlivesTheEndOfTheRun) {
     start();
     ASSERT_EQ(stepToEnd(), 0);
     std::vector<float> before(11 + 8), behind(11 + 8);
-    rows_fill(LID_MONO_TABLE, findMono(), 1.0, before.data());
+    rows_fill(testModel(), LID_MONO_TABLE, findMono(), 1.0, before.data());
     ASSERT_GT(before[11 + 2 * 2], 0.0F) << "the first pollutant in the storage";
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string tables = getReport();
     ASSERT_EQ(tarnvelde_end(), 0);
-    rows_fill(LID_MONO_TABLE, findMono(), 1.0, behind.data());
+    rows_fill(testModel(), LID_MONO_TABLE, findMono(), 1.0, behind.data());
     EXPECT_EQ(before, behind);
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string second = getReport().substr(tables.size());

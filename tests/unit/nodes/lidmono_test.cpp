@@ -14,6 +14,7 @@
 #include "results/massbal.h"
 #include "routing/network.h"
 #include "support/lidmonos.h"
+#include "support/model.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ TEST_F(MonoTest, SharesAreLimitedAndTheGageIsMarked) {
     ASSERT_EQ(open(), 0);
     EXPECT_EQ(unit().initialSaturation, 1.0);
     EXPECT_EQ(unit().fromImpervious, 1.0);
-    EXPECT_EQ(Gages[0].isUsed, 1);
+    EXPECT_EQ(testModel().gages[0].isUsed, 1);
 }
 
 TEST_F(MonoTest, GageOfANodeAloneIsNotTiedToAnotherOfItsSeries) {
@@ -53,8 +54,8 @@ TEST_F(MonoTest, GageOfANodeAloneIsNotTiedToAnotherOfItsSeries) {
     project.options = "LID_MONO_RAINFALL YES\n";
     mono = "M IT H 100 0 0 100\n";
     start();
-    EXPECT_EQ(Gages[1].isUsed, 1);
-    EXPECT_EQ(Gages[1].coGage, -1);
+    EXPECT_EQ(testModel().gages[1].isUsed, 1);
+    EXPECT_EQ(testModel().gages[1].coGage, -1);
     double elapsed = 0.0;
     ASSERT_EQ(tarnvelde_step(&elapsed), 0);
     double rain = -1.0;
@@ -139,10 +140,10 @@ TEST_F(MonoTest, MatVoidComesFromTheDefinitionAtTheNodesOwnPlace) {
     links += "D M1 OUT NO 0\nE M2 OUT NO 0\n";
     start();
     const double soil = 0.3 * 0.1, storage = 0.025 * 0.4;
-    EXPECT_NEAR(LidMonos[0].unit.initialDepth, soil + storage + 0.025 * 0.4, 1e-15);
-    EXPECT_NEAR(LidMonos[1].unit.initialDepth, soil + storage + 0.025 * 0.9, 1e-15);
-    EXPECT_NEAR(LidMonos[2].unit.initialDepth, soil + storage, 1e-15) << "beyond the table it is 0";
-    EXPECT_NEAR(LidMonos[1].unit.storageLevel, 0.025, 1e-15);
+    EXPECT_NEAR(testModel().lidMonos[0].unit.initialDepth, soil + storage + 0.025 * 0.4, 1e-15);
+    EXPECT_NEAR(testModel().lidMonos[1].unit.initialDepth, soil + storage + 0.025 * 0.9, 1e-15);
+    EXPECT_NEAR(testModel().lidMonos[2].unit.initialDepth, soil + storage, 1e-15) << "beyond the table it is 0";
+    EXPECT_NEAR(testModel().lidMonos[1].unit.storageLevel, 0.025, 1e-15);
 }
 
 TEST_F(MonoTest, NegativeZeroOfASaturationStaysInTheInitialDepth) {
@@ -161,7 +162,7 @@ TEST_F(MonoTest, ReactsByTheHourOfTheRunoffClock) {
     project.decay = "IT LID P FIRST 864 H STORAGE\n";
     start();
     unit().lastStorageMass[0] = 5.0;
-    NewRunoffTime = 2.0 * 3600.0 * 1000.0;
+    testModel().clock.newRunoffTime = 2.0 * 3600.0 * 1000.0;
     stepWith(0.0, 0.0);
     EXPECT_NEAR(unit().thisStorageMass[0], 5.0 * std::exp(-0.01 * 3.0 * 60.0), 1e-14);
 }
@@ -188,8 +189,8 @@ TEST_F(MonoTest, WithoutAShareTheUnitSeesNothing) {
 TEST_F(MonoTest, WithoutAShareTheUnitSeesItsRainAlone) {
     mono = "M IT G 100 0 0 0\n";
     start();
-    LidMonoRainfall = 1;
-    Gages[0].rain = 1e-5;
+    testModel().options.lidMonoRainfall = 1;
+    testModel().gages[0].rain = 1e-5;
     stepWith(0.04, 0.008);
     EXPECT_NEAR(unit().inflowDepth, 60.0 * 1e-5, 1e-18);
     EXPECT_NEAR(unit().inflowLoad[0], 60.0 * 100.0 * 1e-5 * 10.0 / 1000.0, 1e-18) << "of rain with 10 mg/L";
@@ -217,12 +218,12 @@ TEST_F(MonoTest, WithoutOutflowTheConcentrationIsNone) {
 TEST_F(MonoTest, RainFallsOnItOnlyIfTheProjectSaysSo) {
     mono = "M IT G 100 0 0 100\n";
     start();
-    Gages[0].rain = 1e-5;
+    testModel().gages[0].rain = 1e-5;
     stepWith(0.0, 0.0);
     EXPECT_EQ(unit().inflowDepth, 0.0);
     EXPECT_EQ(record().rainDepth, 0.0);
     EXPECT_EQ(unit().rainLoad[0], 0.0);
-    LidMonoRainfall = 1;
+    testModel().options.lidMonoRainfall = 1;
     stepWith(0.0, 0.0);
     EXPECT_NEAR(unit().inflowDepth, 6e-4, 1e-18);
     EXPECT_NEAR(record().rainDepth, 6e-4, 1e-18);
@@ -233,11 +234,11 @@ TEST_F(MonoTest, RainFallsOnItOnlyIfTheProjectSaysSo) {
 TEST_F(MonoTest, RainOfItsGageStopsTheEvaporationInAnyCase) {
     mono = "M IT G 100 0 50 100\n";
     start();
-    Evap.rate = 1e-6;
-    Gages[0].rain = 1e-12;
+    testModel().evap->rate = 1e-6;
+    testModel().gages[0].rain = 1e-12;
     stepWith(0.0, 0.0);
     EXPECT_EQ(record().evapRate, 0.0);
-    Gages[0].rain = 0.0;
+    testModel().gages[0].rain = 0.0;
     stepWith(0.0, 0.0);
     EXPECT_NEAR(record().evapRate, 86.4, 1e-12) << "mm/day";
 }
@@ -245,10 +246,10 @@ TEST_F(MonoTest, RainOfItsGageStopsTheEvaporationInAnyCase) {
 TEST_F(MonoTest, DryTimeCountsFromTheLastTraceOfRain) {
     mono = "M IT G 100 0 0 100\n";
     start();
-    Gages[0].rain = 7.056e-10;
+    testModel().gages[0].rain = 7.056e-10;
     stepWith(0.0, 0.0);
     EXPECT_EQ(unit().dryTime, 60.0);
-    Gages[0].rain = 7.057e-10;
+    testModel().gages[0].rain = 7.057e-10;
     stepWith(0.0, 0.0);
     EXPECT_EQ(unit().dryTime, 0.0);
 }
@@ -281,11 +282,11 @@ TEST_F(MonoTest, DrainWithANodeGoesThere) {
     unit().lastStorageMass[0] = 5.0;
     const int32_t target = unit().drainNode;
     stepWith(0.02, 0.004);
-    EXPECT_NEAR(Nodes[target].newLatFlow, 1e-3, 1e-17);
-    EXPECT_EQ(Nodes[target].massInflow[0], unit().thisDrainLoad[0]);
+    EXPECT_NEAR(testModel().nodes[target].newLatFlow, 1e-3, 1e-17);
+    EXPECT_EQ(testModel().nodes[target].massInflow[0], unit().thisDrainLoad[0]);
     EXPECT_GT(unit().thisDrainLoad[0], 0.0);
     EXPECT_NEAR(lidmono_getOutflow(record()), 0.01, 1e-16);
-    EXPECT_EQ(FlowTotals.wetWeatherInflow, 0.0) << "water of the network is in no inflow again";
+    EXPECT_EQ(testModel().totals.flow.wetWeatherInflow, 0.0) << "water of the network is in no inflow again";
 }
 
 TEST_F(MonoTest, DrainThatEmptiesTheStorageLosesItsLoad) {
@@ -294,7 +295,7 @@ TEST_F(MonoTest, DrainThatEmptiesTheStorageLosesItsLoad) {
     start();
     unit().lastStorageMass[0] = 5.0;
     stepWith(0.0, 0.0);
-    const Node& target = Nodes[unit().drainNode];
+    const Node& target = testModel().nodes[unit().drainNode];
     ASSERT_EQ(unit().storageLevel, 0.0);
     EXPECT_NEAR(target.newLatFlow, 0.25 * 0.5 * 100.0 / 60.0, 1e-13);
     EXPECT_EQ(target.massInflow[0], 0.0);
@@ -308,7 +309,7 @@ TEST_F(MonoTest, ShiftMakesNewOld) {
     unit().thisSoilMass[1] = 4.0;
     unit().thisSurfaceLoad[1] = 5.0;
     unit().thisDrainLoad[1] = 6.0;
-    nodekinds_shiftState(Nodes[findMono()]);
+    nodekinds_shiftState(testModel(), testModel().nodes[findMono()]);
     EXPECT_EQ(unit().lastSurfaceFlow, 1.0);
     EXPECT_EQ(unit().lastDrainFlow, 2.0);
     EXPECT_EQ(unit().lastSoilMass[1], 4.0);
@@ -319,13 +320,13 @@ TEST_F(MonoTest, ShiftMakesNewOld) {
 TEST_F(MonoTest, LetsGoOfItsArraysWhenTheMemoryOfTheResultsGoes) {
     start();
     ASSERT_NE(unit().thisSoilMass, nullptr);
-    massbal_open();  // the first part of a second start, the rest of which may fail
+    massbal_open(testModel());  // the first part of a second start, the rest of which may fail
     EXPECT_EQ(unit().lastSurfaceMass, nullptr);
     EXPECT_EQ(unit().thisDrainLoad, nullptr);
     EXPECT_EQ(unit().rainLoad, nullptr);
     double error = 0.0;
-    EXPECT_EQ(massbal_closeQuality(0, &error).finalStorage, 0.0);
-    nodekinds_initState(findMono());
+    EXPECT_EQ(massbal_closeQuality(testModel(), 0, &error).finalStorage, 0.0);
+    nodekinds_initState(testModel(), findMono());
     EXPECT_NE(unit().thisDrainLoad, nullptr);
 }
 
@@ -335,9 +336,9 @@ TEST_F(MonoTest, DrainNodeIsVisitedBehindIt) {
     mono = "N IT * 100 0 0 100\nM IT * 100 0 0 100 N\n";
     links = "[CONNECTIONS]\nC M OUT NO 0\nD N OUT NO 0\n";
     start();
-    const int32_t drained = LidMonos[1].unit.drainNode;
+    const int32_t drained = testModel().lidMonos[1].unit.drainNode;
     ASSERT_GE(drained, 0);
-    std::vector<int32_t> order(SortedNodes, SortedNodes + Nodes.size());
+    std::vector<int32_t> order(testModel().sortedNodes, testModel().sortedNodes + testModel().nodes.size());
     const auto place = [&](int32_t k) { return std::find(order.begin(), order.end(), k) - order.begin(); };
     EXPECT_LT(place(drained + 1), place(drained));
 }
@@ -368,8 +369,8 @@ TEST_F(MonoTest, ConnectionCarriesTheLoadOfTheSurfaceFlowAlone) {
     double elapsed = 0.0;
     ASSERT_EQ(tarnvelde_step(&elapsed), 0);
     const double surface = 0.005, drain = 1e-3;
-    EXPECT_NEAR(Links[0].newFlow, surface + drain, 1e-15);
-    EXPECT_NEAR(Links[0].newQual[0], surface * 50.0 / (surface + drain), 1e-9);
+    EXPECT_NEAR(testModel().links[0].newFlow, surface + drain, 1e-15);
+    EXPECT_NEAR(testModel().links[0].newQual[0], surface * 50.0 / (surface + drain), 1e-9);
 }
 
 TEST_F(MonoTest, WaterOfTheNetworkIsKept) {
@@ -380,10 +381,10 @@ TEST_F(MonoTest, WaterOfTheNetworkIsKept) {
     ASSERT_EQ(stepToEnd(), 0);
     const double stored = unit().area * (unit().storageLevel * 0.5 + unit().surfaceLevel);
     const double rain = unit().area * record().rainDepth, init = unit().area * unit().initialDepth;
-    const double in = FlowTotals.externalInflow + rain + init;
+    const double in = testModel().totals.flow.externalInflow + rain + init;
     const double lost = unit().area * (unit().infilDepth + unit().evapDepth);
-    EXPECT_NEAR(in + FlowTotals.wetWeatherInflow, FlowTotals.externalOutflow + FlowTotals.delayedVolume + lost + stored,
-                1e-9);
+    EXPECT_NEAR(in + testModel().totals.flow.wetWeatherInflow,
+                testModel().totals.flow.externalOutflow + testModel().totals.flow.delayedVolume + lost + stored, 1e-9);
     EXPECT_GT(rain, 0.0);
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "support/pipes.h"
 
 TEST(JunctionLines, NeedNothingButAnId) {
@@ -20,5 +21,6 @@ TEST(Mixing, WeighsByFlow) {
     m.step();
     EXPECT_NEAR(m.node("C").newQual[0], (40.0 + 3.0 * 8.0) / 4.0, 1e-12);
     EXPECT_NEAR(m.node("OUT").newQual[0], 16.0, 1e-12);
-    EXPECT_EQ(QualTotals[0].externalOutflow, DT * (m.node("OUT").newInflow * m.node("OUT").newQual[0] / 1000.0));
+    EXPECT_EQ(testModel().totals.quality[0].externalOutflow,
+              DT * (m.node("OUT").newInflow * m.node("OUT").newQual[0] / 1000.0));
 }

@@ -9,6 +9,7 @@
 #include "model/pattern.h"
 #include "model/project.h"
 #include "routing/network.h"
+#include "support/model.h"
 #include "support/reactors.h"
 
 // --- [REACTORS] ----------------------------------------------------------------------------------------------------
@@ -218,19 +219,19 @@ TEST_F(ReactorTest, SurplusAndEmptyingCantGoToASwmmNode) {
     const std::string message = "\n  \n  ERROR 149: the surpass or emptying node of Reactor R can not be a SWMM node.";
     node("SUR").kind = SWMM;
     const std::string before = readReport();
-    reactor_validate(node("R"), reactor());
+    reactor_validate(testModel(), node("R"), reactor());
     EXPECT_EQ(readReport(), before + message);
-    EXPECT_EQ(ErrorCode, ERR_REACTOR_TARGET_SWMM);
+    EXPECT_EQ(testModel().error.code, ERR_REACTOR_TARGET_SWMM);
     node("EMP").kind = SWMM;
-    reactor_validate(node("R"), reactor());
+    reactor_validate(testModel(), node("R"), reactor());
     EXPECT_EQ(readReport(), before + message + message + message);
 }
 
 TEST_F(ReactorTest, SurplusIntoATreatmentPlantPasses) {
     ASSERT_EQ(open({}), 0);
     node("SUR").kind = VORN;
-    reactor_validate(node("R"), reactor());
-    EXPECT_EQ(ErrorCode, ERR_NONE);
+    reactor_validate(testModel(), node("R"), reactor());
+    EXPECT_EQ(testModel().error.code, ERR_NONE);
 }
 
 TEST_F(ReactorTest, ReactorNeedsExactlyOneOutlet) {
@@ -247,7 +248,7 @@ TEST_F(ReactorTest, ReactorNeedsExactlyOneOutlet) {
 TEST_F(ReactorTest, SurplusIsAnEdgeOfTheNetwork) {
     ASSERT_EQ(open({}), 0);
     int32_t targets[2];
-    EXPECT_EQ(nodekinds_getDirectEdges(findNode("R"), targets), 1);
+    EXPECT_EQ(nodekinds_getDirectEdges(testModel(), findNode("R"), targets), 1);
     EXPECT_EQ(targets[0], findNode("SUR"));
     EXPECT_EQ(node("SUR").isHead, 0);
     EXPECT_EQ(node("EMP").isHead, 1);
@@ -256,8 +257,8 @@ TEST_F(ReactorTest, SurplusIsAnEdgeOfTheNetwork) {
 TEST_F(ReactorTest, OneNodeForSurplusAndEmptyingCountsOnceAndIsMetTwice) {
     ASSERT_EQ(open(withEmptying("R SUR 1 1 1 \"\"")), 0);
     int32_t targets[2];
-    EXPECT_EQ(nodekinds_getDirectEdges(findNode("R"), targets), 2);
-    EXPECT_EQ(nodekinds_getDirectTargets(findNode("R"), targets), 1);
+    EXPECT_EQ(nodekinds_getDirectEdges(testModel(), findNode("R"), targets), 2);
+    EXPECT_EQ(nodekinds_getDirectTargets(testModel(), findNode("R"), targets), 1);
 }
 
 TEST_F(ReactorTest, CircleOverSurplusNamesTheNodeThatClosesIt) {
@@ -274,8 +275,8 @@ TEST_F(ReactorTest, TargetsAreVisitedBehindTheReactor) {
     text.more = "[JUNCTIONS]\nJ2\nJ\n[CONNECTIONS]\nC2 J SUR NO 0\nC3 J2 EMP NO 0";
     start(text);
     const auto placeOf = [](const char* name) {
-        int32_t* end = SortedNodes + Nodes.size();
-        return std::find(SortedNodes, end, findNode(name)) - SortedNodes;
+        int32_t* end = testModel().sortedNodes + testModel().nodes.size();
+        return std::find(testModel().sortedNodes, end, findNode(name)) - testModel().sortedNodes;
     };
     EXPECT_LT(placeOf("R"), placeOf("J"));
     EXPECT_LT(placeOf("J"), placeOf("J2"));  // surplus first, whatever the order of the table
@@ -284,7 +285,7 @@ TEST_F(ReactorTest, TargetsAreVisitedBehindTheReactor) {
 TEST_F(ReactorTest, FlowForANodeThatHadItsTurnIsLostAtTheNextRoll) {
     start({});
     node("SUR").newLatFlow = 5.0;
-    nodekinds_shiftState(node("SUR"));
+    nodekinds_shiftState(testModel(), node("SUR"));
     EXPECT_EQ(node("SUR").newLatFlow, 0.0);
     EXPECT_EQ(node("SUR").oldLatFlow, 5.0);
 }

@@ -12,6 +12,7 @@
 #include "results/massbal.h"
 #include "results/rows.h"
 #include "routing/routing.h"
+#include "support/model.h"
 #include "support/reactors.h"
 
 // --- plug flow -----------------------------------------------------------------------------------------------------
@@ -44,7 +45,7 @@ TEST_F(ReactorTest, RetentionBetweenTwoStepsIsInterpolated) {
     const double flows[] = {0.0, 1.0, 0.0, 0.0, 0.0, 0.0};
     std::vector<double> out;
     for (const double flow : flows) {
-        NewRoutingTime += 60000.0;
+        testModel().clock.newRoutingTime += 60000.0;
         update(flow, 10.0);
         out.push_back(reactor().newOutflow);
     }
@@ -61,8 +62,8 @@ TEST_F(ReactorTest, WhatWouldLeaveBehindTheEndIsCountedAsDelayed) {
     start(text);
     runToEnd();
     // Of the 120 steps the last 30 come too late; that of 90 minutes leaves at the very end.
-    EXPECT_NEAR(FlowTotals.delayedVolume, 30.0 * 60.0 * 0.2, 1e-9);
-    EXPECT_NEAR(QualTotals[0].delayedMass, 30.0 * 60.0 * 0.2 * 50.0 / 1000.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.flow.delayedVolume, 30.0 * 60.0 * 0.2, 1e-9);
+    EXPECT_NEAR(testModel().totals.quality[0].delayedMass, 30.0 * 60.0 * 0.2 * 50.0 / 1000.0, 1e-9);
     EXPECT_EQ(reactor().flowQueue.end, 90);
 }
 
@@ -75,7 +76,7 @@ TEST_F(ReactorTest, PlugFlowWithoutRetentionOnlyTakesOut) {
     for (int32_t p = 0; p < 4; ++p) {
         node("R").massInflow[p] = 2.0 * 20.0 / 1000.0;
     }
-    reactor_update(node("R"), reactor());
+    reactor_update(testModel(), node("R"), reactor());
     const double expected[] = {5.0, 15.0, 20.0, 20.0};
     for (int32_t p = 0; p < 4; ++p) {
         EXPECT_DOUBLE_EQ(node("R").newQual[p], expected[p]);
@@ -95,14 +96,14 @@ TEST_F(ReactorTest, PlugFlowWithoutRetentionAndWaterHasNoConcentration) {
 TEST_F(ReactorTest, LostEntriesOfAQueueAreReadAsIfNeverQueued) {
     start(withReactor("R PFR SUR FLOW_CAPACITY 864000 0.016666666666666666 0"));  // 60 s
     arena_failAfter(1);
-    NewRoutingTime = 60000.0;
+    testModel().clock.newRoutingTime = 60000.0;
     update(1.0);
     arena_failAfter(0);
-    NewRoutingTime = 120000.0;
+    testModel().clock.newRoutingTime = 120000.0;
     update(1.0);
     EXPECT_EQ(reactor().newOutflow, 0.0);
-    EXPECT_EQ(ErrorCode, ERR_NONE);
-    NewRoutingTime = 180000.0;
+    EXPECT_EQ(testModel().error.code, ERR_NONE);
+    testModel().clock.newRoutingTime = 180000.0;
     update(1.0);
     EXPECT_NEAR(reactor().newOutflow, 1.0, 1e-9);
 }
@@ -144,8 +145,8 @@ TEST_F(ReactorTest, StirredTankKeepsTheBalanceOfTheNetwork) {
     start(withEverything("R CSTR SUR FLOW_CAPACITY 5000 150 80 30"));
     runToEnd();
     double flowError, qualityError;
-    const FlowTotalsRecord flow = massbal_closeFlow(&flowError);
-    const QualTotalsRecord quality = massbal_closeQuality(0, &qualityError);
+    const FlowTotalsRecord flow = massbal_closeFlow(testModel(), &flowError);
+    const QualTotalsRecord quality = massbal_closeQuality(testModel(), 0, &qualityError);
     EXPECT_NEAR(flowError, 0.0, 1e-9);
     EXPECT_NEAR(qualityError, 0.0, 1e-9);
     EXPECT_EQ(flow.initStorage, 45.0);
@@ -162,8 +163,8 @@ TEST_F(ReactorTest, PlugFlowReactorKeepsTheBalanceOfTheNetwork) {
     start(withEverything("R PFR SUR FLOW_CAPACITY 5000 0.25 80"));
     runToEnd();
     double flowError, qualityError;
-    massbal_closeFlow(&flowError);
-    massbal_closeQuality(0, &qualityError);
+    massbal_closeFlow(testModel(), &flowError);
+    massbal_closeQuality(testModel(), 0, &qualityError);
     EXPECT_NEAR(flowError, 0.0, 1e-3);  // dates hold a hundred-thousandth of a second, so readings do, too
     EXPECT_NEAR(qualityError, 0.0, 1e-3);
     EXPECT_GT(reactor().statSurpass, 0.0);
@@ -300,7 +301,7 @@ TEST_F(ReactorTest, RowHoldsPresentAndInterpolatedValues) {
     r.emptyingFlow = 8.5;
     float row[11];
     row[10] = -1.0f;
-    rows_fill(REACTOR_TABLE, findNode("R"), 0.25, row);
+    rows_fill(testModel(), REACTOR_TABLE, findNode("R"), 0.25, row);
     const float expected[] = {77.0f, 1.25f, 3.5f, 0.5625f, 0.125f,
                               4.5f,  6.5f,  8.5f, 11.0f,   static_cast<float>(0.75 * 0.1 + 0.25 * 0.3),
                               -1.0f};

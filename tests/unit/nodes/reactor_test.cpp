@@ -11,6 +11,7 @@
 #include "model/decay.h"
 #include "model/pattern.h"
 #include "routing/routing.h"
+#include "support/model.h"
 #include "support/reactors.h"
 
 // --- reaction laws -------------------------------------------------------------------------------------------------
@@ -21,7 +22,7 @@ static double react(int32_t type, double coefficient, double concentration, doub
     reactor.reactionType = &type;
     reactor.reactionCoeff = &coefficient;
     reactor.reactionPattern = &pattern;
-    return reactor_react(reactor, 0, concentration, seconds, datetime_getHour(date));
+    return reactor_react(testModel(), reactor, 0, concentration, seconds, datetime_getHour(date));
 }
 
 TEST(ReactionTest, ConstantConcentrationIsNeverRaised) {
@@ -53,10 +54,10 @@ TEST(ReactionTest, PatternIsAskedByTheHourWhateverItsTypeSays) {
     months.type = PATTERN_MONTHLY;
     months.factors[0] = 1.0;
     months.factors[13] = 3.0;
-    Patterns.fill(1, months);
+    testModel().patterns.fill(1, months);
     EXPECT_EQ(react(ZERO_ORDER, 0.1, 20.0, 10.0, 0, 45000.0), 19.0);
     EXPECT_EQ(react(ZERO_ORDER, 0.1, 20.0, 10.0, 0, 45000.0 + 13.5 / 24.0), 17.0);
-    Patterns.clear();
+    testModel().patterns.clear();
 }
 
 // --- stirred tank: batch and steady state --------------------------------------------------------------------------
@@ -193,7 +194,7 @@ TEST_F(ReactorTest, SurplusOfTwoReactorsAddsUpInOneNode) {
     update(2.0, 10.0);
     node("R").newInflow = 1.0;
     node("R").massInflow[0] = 0.5;
-    reactor_update(node("R"), reactor());
+    reactor_update(testModel(), node("R"), reactor());
     EXPECT_DOUBLE_EQ(node("SUR").newLatFlow, 3.0);
     EXPECT_DOUBLE_EQ(node("SUR").massInflow[0], 0.02 + 0.5);
 }
@@ -209,7 +210,7 @@ TEST_F(ReactorTest, LoadWithoutWaterIsNotTakenIn) {
     start(withReactor("R CSTR SUR FLOW_CAPACITY 43200 100 0 50"));
     node("R").massInflow[0] = 3.0;
     node("R").newInflow = 0.0;
-    reactor_update(node("R"), reactor());
+    reactor_update(testModel(), node("R"), reactor());
     EXPECT_EQ(reactor().qual[0], 0.0);
 }
 
@@ -253,7 +254,7 @@ TEST_F(ReactorTest, EvaporationFollowsItsPatternByTheHour) {
     start(withLosses("0", "144000", "HOURS"));  // 1 m3 in a step, times 4 in the first hour and 5 in the second
     update(0.0);
     EXPECT_NEAR(reactor().storedVolume, 46.0, 1e-12);
-    NewRoutingTime = 3600.0 * 1000.0;
+    testModel().clock.newRoutingTime = 3600.0 * 1000.0;
     update(0.0);
     EXPECT_NEAR(reactor().storedVolume, 41.0, 1e-12);
 }

@@ -8,6 +8,7 @@
 
 #include "nodes/inflows.h"
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "support/pipes.h"
 
 TEST(SplitterLines, AreRefused) {
@@ -28,11 +29,11 @@ TEST(SplitterLines, LimitRatios) {
         "60 1 0 0\nP3 C OUT NO 60 1 0 0\nP4 D OUT NO 60 1 0 0\nP5 E OUT NO 60 1 0 0\nQ2 B OUT NO 60 1 0 0\nQ3 C OUT NO "
         "60 1 0 0\nQ4 D OUT NO 60 1 0 0\nQ5 E OUT NO 60 1 0 0\n");
     ASSERT_EQ(project.open(), 0) << project.getReport();
-    EXPECT_EQ(Splitters[0].value, 1.0);
-    EXPECT_EQ(Splitters[1].value, 5.0);
-    EXPECT_EQ(Splitters[1].ratio, 1.0);
-    EXPECT_EQ(Splitters[2].ratio, -1.0);  // a negative ratio passes
-    EXPECT_EQ(Splitters[3].ratio, 0.0);
+    EXPECT_EQ(testModel().splitters[0].value, 1.0);
+    EXPECT_EQ(testModel().splitters[1].value, 5.0);
+    EXPECT_EQ(testModel().splitters[1].ratio, 1.0);
+    EXPECT_EQ(testModel().splitters[2].ratio, -1.0);  // a negative ratio passes
+    EXPECT_EQ(testModel().splitters[3].ratio, 0.0);
 }
 
 // --- splitters -----------------------------------------------------------------------------------------------------
@@ -121,7 +122,7 @@ TEST(Splitting, TakesTheHostsValueForTheRestOfTheRun) {
 TEST(Splitting, StandsStillInAnUnknownMode) {
     StartedProject m(getGeneral(60) + SPLIT_BY_RATIO);
     m.step();
-    Splitters[0].mode = 7;
+    testModel().splitters[0].mode = 7;
     m.node("S").extInflow->baseline = 8.0;
     m.step();
     EXPECT_DOUBLE_EQ(m.node("O1").newInflow, 1.0);

@@ -12,6 +12,7 @@
 #include "model/curve.h"
 #include "model/errors.h"
 #include "results/rows.h"
+#include "support/model.h"
 #include "support/storage.h"
 
 static constexpr double DT = 60.0;  ///< s, the routing step of all projects here
@@ -76,8 +77,8 @@ TEST(TankQualityLine, GivesTheConcentrationAtTheStart) {
     EXPECT_EQ(model.tank("T").qual[0], 0.0);
     EXPECT_EQ(model.tank("T").qual[1], 7.5);
     EXPECT_EQ(model.node("T").newQual[1], 7.5);
-    EXPECT_NEAR(QualTotals[1].initStorage, 200.0 * 7.5 / 1000.0, 1e-12);
-    EXPECT_NEAR(FlowTotals.initStorage, 200.0, 1e-12);
+    EXPECT_NEAR(testModel().totals.quality[1].initStorage, 200.0 * 7.5 / 1000.0, 1e-12);
+    EXPECT_NEAR(testModel().totals.flow.initStorage, 200.0, 1e-12);
 }
 
 TEST(TankQualityLine, WantsAPollutant) {
@@ -115,7 +116,7 @@ TEST(TankDecayLine, WithoutAPatternHasNone) {
 // --- volume --------------------------------------------------------------------------------------------------------
 
 static double getVolume(double depth) {
-    return tank_getVolume(Records::tank("T"), depth);
+    return tank_getVolume(testModel(), Records::tank("T"), depth);
 }
 
 TEST(TankVolume, IsLinearInABasinWithUprightWalls) {
@@ -155,17 +156,17 @@ TEST(TankVolume, Is0WithoutACurve) {
         EXPECT_EQ(getVolume(2.0), 0.0);
     }
     model.tank("T").curve = 0;
-    Curves[0].entries.clear();
+    testModel().curves[0].entries.clear();
     EXPECT_EQ(getVolume(2.0), 0.0);
 }
 
 TEST(TankVolume, StopsAtAPointThatDoesNotRise) {
     StartedProject model(getProject("5 2", NEVER, "[CURVES]\nB TANK 2 80 4 120\n"));
-    Curves[0].entries = {{2.0, 80.0}, {1.5, 500.0}, {3.0, 90.0}};
+    testModel().curves[0].entries = {{2.0, 80.0}, {1.5, 500.0}, {3.0, 90.0}};
     EXPECT_NEAR(getVolume(1.9), 80.0 * (1.9 / 2.0) * 1.9 / 2.0, 1e-12);
-    Curves[0].entries = {{2.0, 80.0}, {2.0, 500.0}, {3.0, 500.0}};
+    testModel().curves[0].entries = {{2.0, 80.0}, {2.0, 500.0}, {3.0, 500.0}};
     EXPECT_NEAR(getVolume(2.5), 80.0 + 250.0, 1e-12);
-    Curves[0].entries = {{2.0, 80.0}, {2.0, 500.0}};
+    testModel().curves[0].entries = {{2.0, 80.0}, {2.0, 500.0}};
     EXPECT_NEAR(getVolume(3.0), 80.0 + 500.0, 1e-12);  // a last piece without a rise has no slope
 }
 
@@ -183,12 +184,13 @@ TEST(TankVolume, AndDepthAreInversesOfOneAnother) {
         }
         StartedProject model(getProject("5 2", NEVER, text));
         // A bit above the last point too, as long as the walls don't meet there.
-        const double end = Curves[0].entries.back().x * 1.001;
+        const double end = testModel().curves[0].entries.back().x * 1.001;
         for (int k = 0; k < 200; ++k) {
             const double depth = end * unit(random);
             const double volume = getVolume(depth);
-            EXPECT_NEAR(getVolume(curve_inverseLookup(Curves[0], volume)), volume, 1e-9 * volume) << text << depth;
-            EXPECT_NEAR(curve_inverseLookup(Curves[0], volume), depth, 1e-6) << text;
+            EXPECT_NEAR(getVolume(curve_inverseLookup(testModel().curves[0], volume)), volume, 1e-9 * volume)
+                << text << depth;
+            EXPECT_NEAR(curve_inverseLookup(testModel().curves[0], volume), depth, 1e-6) << text;
         }
     }
 }
@@ -262,8 +264,8 @@ TEST(TankOutlets, ReleaseTwiceFromALevelThatStandsTwice) {
     EXPECT_NEAR(model.tank("T").newDepth, depth - 2.0 * DT * second / 100.0, 1e-12);
     // What the first treatment let go reaches nobody: neither its water nor what that carries.
     tarnvelde_report();
-    EXPECT_NEAR(FlowError / 100.0 * 200.0, 2.0 * DT * first, 1e-9);
-    EXPECT_NEAR(QualityError / 100.0 * 200.0, 2.0 * DT * first, 1e-9);
+    EXPECT_NEAR(testModel().totals.flowError / 100.0 * 200.0, 2.0 * DT * first, 1e-9);
+    EXPECT_NEAR(testModel().totals.qualityError / 100.0 * 200.0, 2.0 * DT * first, 1e-9);
 }
 
 TEST(TankOutlets, OfTwoLevelsWithinTheToleranceLetGoTwice) {
@@ -392,8 +394,8 @@ TEST(TankPumps, LoseWhatTheyTookIfNoneWouldRunAtTheDepthThatIsLeft) {
     EXPECT_EQ(model.link("A").newFlow, 0.0);
     EXPECT_NEAR(model.tank("T").newDepth, 1.4, 1e-12);
     tarnvelde_report();
-    EXPECT_NEAR(FlowError / 100.0 * 200.0, 60.0, 1e-9);
-    EXPECT_NEAR(QualityError / 100.0 * 200.0, 60.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.flowError / 100.0 * 200.0, 60.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.qualityError / 100.0 * 200.0, 60.0, 1e-9);
 }
 
 TEST(TankPumps, TakeMoreThanThereIsWithAFullDepthOf0) {
@@ -413,7 +415,7 @@ TEST(TankFlood, TakesTheExcessOverTheFullVolume) {
     model.step();
     EXPECT_NEAR(model.tank("T").newFlood, 100.0 / DT, 1e-12);
     EXPECT_NEAR(model.tank("T").newDepth, 5.0, 1e-12);
-    EXPECT_NEAR(FlowTotals.floodingLoss, 100.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.flow.floodingLoss, 100.0, 1e-9);
     EXPECT_NEAR(model.tank("T").statFloodVolume, 100.0, 1e-9);
     model.step();
     EXPECT_NEAR(model.tank("T").oldFlood, 100.0 / DT, 1e-12);
@@ -445,10 +447,10 @@ TEST(TankFlood, LosesASmallExcessWithoutAWord) {
     EXPECT_EQ(model.tank("T").newFlood, 0.0);
     EXPECT_NEAR(model.tank("T").newDepth, 5.0, 1e-12);
     tarnvelde_report();
-    EXPECT_EQ(FlowTotals.floodingLoss, 0.0);
-    EXPECT_EQ(QualTotals[0].floodingLoss, 0.0);
-    EXPECT_NEAR(FlowError / 100.0 * 500.003, 0.003, 1e-9);
-    EXPECT_NEAR(QualityError / 100.0 * 500.003, 0.003, 1e-9);
+    EXPECT_EQ(testModel().totals.flow.floodingLoss, 0.0);
+    EXPECT_EQ(testModel().totals.quality[0].floodingLoss, 0.0);
+    EXPECT_NEAR(testModel().totals.flowError / 100.0 * 500.003, 0.003, 1e-9);
+    EXPECT_NEAR(testModel().totals.qualityError / 100.0 * 500.003, 0.003, 1e-9);
 }
 
 TEST(TankFlood, TakesAllFromATankWithAFullDepthOf0) {
@@ -515,10 +517,10 @@ TEST(TankQuality, LeavesOrificesAndWeirsAheadOfTheDecayAndPumpsBehindIt) {
     EXPECT_NEAR(model.node("T").newQual[0], 50.0 * left, 1e-12);
     // Booked is the decay of the water that stayed; that of the 30 m3 pumped is in no total.
     const double stayed = 200.0 - DT * (model.link("O").newFlow + model.link("W").newFlow + 0.5);
-    EXPECT_NEAR(QualTotals[0].reactedLoss, 50.0 * stayed * (1.0 - left) / 1000.0, 1e-12);
+    EXPECT_NEAR(testModel().totals.quality[0].reactedLoss, 50.0 * stayed * (1.0 - left) / 1000.0, 1e-12);
     tarnvelde_report();
     const double missing = 30.0 * 50.0 * (1.0 - left) / 1000.0;
-    EXPECT_NEAR(QualityError / 100.0 * QualTotals[0].initStorage, missing, 1e-9);
+    EXPECT_NEAR(testModel().totals.qualityError / 100.0 * testModel().totals.quality[0].initStorage, missing, 1e-9);
 }
 
 TEST(TankQuality, DecaysByThePatternOfTheHour) {
@@ -531,7 +533,7 @@ TEST(TankQuality, DecaysByThePatternOfTheHour) {
 TEST(TankQuality, FloodsWithTheConcentrationBehindTheDecay) {
     StartedProject model(getProject("5 6", NEVER) + QUALITY + "[DECAY_COEFFICIENT]\nT NODE A FIRST 864 \"\"\n");
     model.step();
-    EXPECT_NEAR(QualTotals[0].floodingLoss, 100.0 * 50.0 * std::exp(-0.01 * DT) / 1000.0, 1e-12);
+    EXPECT_NEAR(testModel().totals.quality[0].floodingLoss, 100.0 * 50.0 * std::exp(-0.01 * DT) / 1000.0, 1e-12);
 }
 
 // --- runs ----------------------------------------------------------------------------------------------------------
@@ -556,8 +558,8 @@ TEST(TankRun, MayBeReportedBehindItsEnd) {
     model.step(3);
     tarnvelde_end();
     EXPECT_EQ(tarnvelde_report(), 0);
-    EXPECT_NEAR(FlowError, 0.0, 1e-9);
-    EXPECT_NEAR(QualityError, 100.0, 1e-9);  // concentrations are gone with the run, and count as 0
+    EXPECT_NEAR(testModel().totals.flowError, 0.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.qualityError, 100.0, 1e-9);  // concentrations are gone with the run, and count as 0
 }
 
 TEST(TankRun, EmptiesThroughASharpWeirAsTheDifferentialEquationSays) {
@@ -631,10 +633,10 @@ TEST(TankBalance, ClosesInGeneratedCascades) {
             tarnvelde_report();
             std::fflush(stdout);
             testing::internal::GetCapturedStdout();
-            EXPECT_NEAR(FlowError, 0.0, 1e-9) << seed;
-            EXPECT_NEAR(QualityError, 0.0, 1e-9) << seed;
-            EXPECT_GT(FlowTotals.externalOutflow, 0.0);
-            EXPECT_EQ(QualTotals[0].reactedLoss > 0.0, hasDecay);
+            EXPECT_NEAR(testModel().totals.flowError, 0.0, 1e-9) << seed;
+            EXPECT_NEAR(testModel().totals.qualityError, 0.0, 1e-9) << seed;
+            EXPECT_GT(testModel().totals.flow.externalOutflow, 0.0);
+            EXPECT_EQ(testModel().totals.quality[0].reactedLoss > 0.0, hasDecay);
         }
     }
 }
@@ -670,7 +672,7 @@ TEST(TankRow, MixesOldAndNew) {
     node.oldQual[0] = 10.0;
     node.newQual[0] = 20.0;
     float row[6];
-    rows_fill(TANK_TABLE, model.findNode("T"), 0.75, row);
+    rows_fill(testModel(), TANK_TABLE, model.findNode("T"), 0.75, row);
     const float expected[] = {1.75f, 175.0f, 5.0f, 0.5f, 3.0f, 17.5f};
     for (int k = 0; k < 6; ++k) {
         EXPECT_EQ(row[k], expected[k]) << k;

@@ -6,6 +6,7 @@
 #include "model/decay.h"
 #include "model/pattern.h"
 #include "support/lineerrors.h"
+#include "support/model.h"
 
 TEST(DecayLines, AreRefused) {
     expectRefused("[DECAY_COEFFICIENT]", "P1 LINK COD FIRST 1", "ERROR 203: too few items ");
@@ -26,7 +27,7 @@ TEST(DecayLines, TakeWordsAsZeroAndNegativeNumbersAsTheyAre) {
     Project project(getGeneral(10) + NETWORK +
                     "[DECAY_COEFFICIENT]\nP1 LINK TSS first word H\nP1 link COD FIRST -8.64 \"\"\n");
     ASSERT_EQ(project.open(), 0);
-    const Decay* decay = Pipes[0].decay;
+    const Decay* decay = testModel().pipes[0].decay;
     EXPECT_EQ(decay[1].type, FIRST_ORDER);
     EXPECT_EQ(decay[1].k, 0.0);
     EXPECT_EQ(decay[1].pattern, 0);
@@ -37,10 +38,10 @@ TEST(DecayLines, TakeWordsAsZeroAndNegativeNumbersAsTheyAre) {
 TEST(DecayLines, LeaveTheSecondPollutantAtZeroWithoutOne) {
     Project project(getGeneral(10) + NETWORK);
     ASSERT_EQ(project.open(), 0);
-    EXPECT_EQ(Pipes[0].decay[0].type, -1);
-    EXPECT_EQ(Pipes[0].decay[0].pattern, -1);
-    EXPECT_EQ(Pipes[0].decay[1].type, 0);
-    EXPECT_EQ(Pipes[0].decay[1].pattern, 0);
+    EXPECT_EQ(testModel().pipes[0].decay[0].type, -1);
+    EXPECT_EQ(testModel().pipes[0].decay[0].pattern, -1);
+    EXPECT_EQ(testModel().pipes[0].decay[1].type, 0);
+    EXPECT_EQ(testModel().pipes[0].decay[1].pattern, 0);
 }
 
 TEST(DecayLines, AreDroppedForLinksWithoutWater) {
@@ -53,7 +54,7 @@ TEST(DecayLines, AreDroppedAheadOfTheirPipe) {
         "P1 A OUT NO 60 1 0 0\n" +
         getGeneral(5));
     ASSERT_EQ(project.open(), 0);
-    EXPECT_EQ(Pipes[0].decay[0].type, -1);
+    EXPECT_EQ(testModel().pipes[0].decay[0].type, -1);
 }
 
 TEST(ConcentrationLines, AreDroppedForNodesWithoutStorage) {

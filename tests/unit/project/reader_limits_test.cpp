@@ -10,6 +10,7 @@
 #include "nodes/reactor.h"
 #include "support/child.h"
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "support/sanitizer.h"
 
 // --- what the two passes count -------------------------------------------------------------------------------------
@@ -24,8 +25,10 @@ TEST(SecondPass, MissesALineOfAnyTableThatQuotesHidFromTheFirst) {
 TEST(SecondPass, MissesNoRuleThatQuotesHidFromIt) {
     // The first pass counts a rule, the second takes its line for one of a section that hosts keep. Nothing names a
     // rule by its place, so a place that stays empty does no harm.
-    EXPECT_EQ(getErrors("[CONTROL_RULES]\n\"[LABELS]\"\nRULE R\n", 0), "");
-    EXPECT_EQ(ObjectCount[RULE], 1);
+    const Project project(getGeneral(10) + NETWORK + "[CONTROL_RULES]\n\"[LABELS]\"\nRULE R\n");
+    EXPECT_EQ(project.open(), 0);
+    EXPECT_EQ(project.readReport(), "");
+    EXPECT_EQ(testModel().counts.objects[RULE], 1);
 }
 
 TEST(SecondPass, WritesNothingBehindTheEndOfATable) {
@@ -73,8 +76,8 @@ TEST(ConcentrationLines, RefuseANumberOnlyIfItIsNegativeWithTextBehind) {
         text.append(NETWORK).append(reactor).append("R any TSS 7\nR any TSS ").append(word.word).append("\n");
         Project project(text);
         EXPECT_EQ(project.open(), 0) << project.getReport();
-        EXPECT_EQ(Reactors.at(0).initQual[0], 0.0) << word.word;
-        EXPECT_EQ(Reactors.at(0).initQual[1], word.value) << word.word;
+        EXPECT_EQ(testModel().reactors.at(0).initQual[0], 0.0) << word.word;
+        EXPECT_EQ(testModel().reactors.at(0).initQual[1], word.value) << word.word;
     }
     EXPECT_EQ(getErrors(reactor + "R any TSS -1x\n"), lineError("ERROR 211: invalid number -1x ", LINES_BEFORE + 6,
                                                                 "[INITIAL_CONCENTRATION]", "R any TSS -1x\n"));

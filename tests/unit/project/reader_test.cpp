@@ -19,6 +19,7 @@
 #include "nodes/node.h"
 #include "project/sections.h"
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "text/datetime.h"
 
 // --- sections ------------------------------------------------------------------------------------------------------
@@ -146,15 +147,15 @@ TEST(SecondPass, PutsTheLinesOfOneNameTogether) {
                     "[OUTFALLS]\nOUT\n[CURVES]\nC TANK 0 1\nc 1 2 2 3\n[TIMESERIES]\nT 0 1 1 2\nt 2 3 3 4\n"
                     "[PATTERNS]\nP HOURLY 1 2\nP 3\n");
     EXPECT_EQ(project.open(), 0);
-    EXPECT_EQ(ObjectCount[CURVE], 1);
-    EXPECT_EQ(ObjectCount[TSERIES], 1);
-    EXPECT_EQ(ObjectCount[PATTERN], 1);
-    ASSERT_EQ(Curves.size(), 1);
-    ASSERT_EQ(TimeSeries.size(), 1);
-    ASSERT_EQ(Patterns.size(), 1);
-    EXPECT_EQ(Curves[0].entries.size(), 3u);
-    EXPECT_EQ(TimeSeries[0].entries.size(), 4u);
-    EXPECT_EQ(Patterns[0].count, 3);
+    EXPECT_EQ(testModel().counts.objects[CURVE], 1);
+    EXPECT_EQ(testModel().counts.objects[TSERIES], 1);
+    EXPECT_EQ(testModel().counts.objects[PATTERN], 1);
+    ASSERT_EQ(testModel().curves.size(), 1);
+    ASSERT_EQ(testModel().timeSeries.size(), 1);
+    ASSERT_EQ(testModel().patterns.size(), 1);
+    EXPECT_EQ(testModel().curves[0].entries.size(), 3u);
+    EXPECT_EQ(testModel().timeSeries[0].entries.size(), 4u);
+    EXPECT_EQ(testModel().patterns[0].count, 3);
 }
 
 TEST(SecondPass, LosesAnIdInQuotes) {

@@ -9,6 +9,7 @@
 
 #include "model/project.h"
 #include "support/lineerrors.h"
+#include "support/model.h"
 #include "text/datetime.h"
 
 // --- duration ------------------------------------------------------------------------------------------------------
@@ -38,16 +39,16 @@ TEST(Duration, IsTheFloorOfAProduct) {
     ASSERT_EQ(project.open(), 0);
     // (10 min / 1440) as days, read as (0 * 60 + 10) * 60 / 86400, added to a day number and taken off again.
     const double start = 44256.0, end = 44256.0 + 600.0 / 86400.0;
-    EXPECT_EQ(StartDateTime, start);
-    EXPECT_EQ(EndDateTime, end);
-    EXPECT_EQ(TotalDuration, std::floor((end - start) * 86400.0) * 1000.0);
+    EXPECT_EQ(testModel().options.startDateTime, start);
+    EXPECT_EQ(testModel().options.endDateTime, end);
+    EXPECT_EQ(testModel().options.totalDuration, std::floor((end - start) * 86400.0) * 1000.0);
 }
 
 TEST(Duration, KeepsTheLastOfSeveralValues) {
     Project project(getGeneral(10) + NETWORK +
                     "[GENERAL]\nROUTING_STEP 0:00:30\n[RTC]\n[GENERAL]\nROUTING_STEP 0:00:20\n");
     ASSERT_EQ(project.open(), 0);
-    EXPECT_EQ(RoutingStep, 20);
+    EXPECT_EQ(testModel().options.routingStep, 20);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------
@@ -55,20 +56,6 @@ TEST(Duration, KeepsTheLastOfSeveralValues) {
 TEST(Validation, TellsWhereASeriesIsOutOfSequence) {
     EXPECT_EQ(getErrors("[TIMESERIES]\nT 2020/01/02 4:00 1 2020/01/02 3:04:05 2\n", 163),
               "\n  \n  ERROR 163: Time Series T has its data out of sequence. at 2020/01/02 03:04:05.");
-}
-
-TEST(Validation, WritesThePlaceInTheFormOfDates) {
-    Project project(getGeneral(10) + NETWORK + "[TIMESERIES]\nT 2020/01/02 4:00 1 2020/01/02 3:04:05 2\n");
-    EXPECT_EQ(project.open(), 163);
-    for (const int32_t format : {1, 2}) {
-        DateFormat = format;
-        validation_run();
-    }
-    DateFormat = 0;
-    tarnvelde_close();
-    const std::string message = "\n  \n  ERROR 163: Time Series T has its data out of sequence. at ";
-    EXPECT_EQ(project.getReport(),
-              message + "2020/01/02 03:04:05." + message + "01/02/2020 03:04:05." + message + "02/ 1/2020 03:04:05.");
 }
 
 TEST(Validation, TellsACurveOutOfSequence) {

@@ -12,6 +12,7 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "support/child.h"
+#include "support/model.h"
 #include "support/results.h"
 #include "text/datetime.h"
 
@@ -182,7 +183,7 @@ TEST(Binary, ACodeBeyondTheTableCountsAsNone) {
     Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
-    ErrorCode = 93;
+    testModel().error.code = 93;
     tarnvelde_end();
     tarnvelde_close();
     EXPECT_EQ(getClosing(readFile(project.results), 5), 0);
@@ -346,10 +347,10 @@ TEST(Binary, PlacesBehindFourGigabytesAreStoredByTheirLow32Bits) {
     EndlessFile file(project.results);
     ASSERT_EQ(project.open(), 0);
     const std::string name(NAME, 'x');
-    for (Node& node : Nodes) {
+    for (Node& node : testModel().nodes) {
         node.id = node.kind == JUNCTION ? name.c_str() : node.id;
     }
-    for (Link& link : Links) {
+    for (Link& link : testModel().links) {
         link.id = name.c_str();
     }
     EXPECT_EQ(tarnvelde_start(1), 0);

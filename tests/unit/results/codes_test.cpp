@@ -11,6 +11,7 @@
 #include "model/project.h"
 #include "results/rows.h"
 #include "support/allkinds.h"
+#include "support/model.h"
 
 namespace {
 
@@ -36,12 +37,12 @@ TEST(Codes, ARowHoldsWhatAHostIsToldWhereBothMeanTheSame) {
     for (const CodedObject& object : CODED_OBJECTS) {
         const RowTable& table = RowTables[object.code];
         const std::vector<Told>& told = TOLD[static_cast<size_t>(object.code)];
-        std::vector<float> row(static_cast<size_t>(rows_getLength(object.code)), -1.0f);
-        const int32_t index = names_find(table.objectType, object.id);
+        std::vector<float> row(static_cast<size_t>(rows_getLength(testModel(), object.code)), -1.0f);
+        const int32_t index = names_find(testModel(), table.objectType, object.id);
         ASSERT_GE(index, 0) << object.id;
-        rows_fill(object.code, index, 1.0, row.data());
+        rows_fill(testModel(), object.code, index, 1.0, row.data());
         for (size_t k = 0; k < told.size(); ++k) {
-            const auto result = codes_find(object.code, index, static_cast<int32_t>(k));
+            const auto result = codes_find(testModel(), object.code, index, static_cast<int32_t>(k));
             ASSERT_TRUE(result) << table.name << ' ' << k;
             EXPECT_EQ(result->isSuccess,
                       object.code == TARNVELDE_SUBCATCHMENT || static_cast<int32_t>(k) >= table.columnCount)
@@ -70,13 +71,13 @@ TEST(Codes, OnlyTheseMeanSomethingElseToAHost) {
 TEST(Codes, ThereIsNoCodeBeyondThem) {
     AllKindsRun run(0);
     for (const CodedObject& object : CODED_OBJECTS) {
-        const int32_t index = names_find(RowTables[object.code].objectType, object.id);
+        const int32_t index = names_find(testModel(), RowTables[object.code].objectType, object.id);
         for (const int32_t code : {-1, object.resultCount, object.resultCount + 1, INT32_MAX, INT32_MIN}) {
-            EXPECT_FALSE(codes_find(object.code, index, code)) << object.id << ' ' << code;
+            EXPECT_FALSE(codes_find(testModel(), object.code, index, code)) << object.id << ' ' << code;
         }
-        EXPECT_TRUE(codes_find(object.code, index, object.resultCount - 1)) << object.id;
+        EXPECT_TRUE(codes_find(testModel(), object.code, index, object.resultCount - 1)) << object.id;
     }
     for (const int32_t table : {-1, 0, 14, INT32_MAX, INT32_MIN}) {
-        EXPECT_FALSE(codes_find(table, 0, 0)) << table;
+        EXPECT_FALSE(codes_find(testModel(), table, 0, 0)) << table;
     }
 }

@@ -11,6 +11,7 @@
 #include "results/rows.h"
 #include "support/child.h"
 #include "support/database.h"
+#include "support/model.h"
 #include "support/results.h"
 
 namespace {
@@ -117,7 +118,7 @@ TEST(Database, ANegativeStartDateLeavesGeneralInfoEmpty) {
         "REPORT_STEP 0:01:00\n[OUTFALLS]\nO1\n");
     project.open();
     EXPECT_EQ(tarnvelde_start(2), 315);
-    EXPECT_EQ(IsStarted, 1);
+    EXPECT_EQ(testModel().isStarted, 1);
     tarnvelde_end();
     tarnvelde_close();
     EXPECT_EQ(countMessages(project.getReport()), 1);
@@ -352,10 +353,10 @@ TEST(Database, AClashOfColumnsLosesTheTablesAndTheirRows) {
     Project project(getDelayedProject("REPORT_STEP 0:02:00\nREPORT_AVERAGE NO\n", "inflow"));
     project.open();
     EXPECT_EQ(tarnvelde_start(2), 315);
-    const int32_t code = ErrorCode;
-    ErrorCode = ERR_NONE;  // as a host that steps on would have it, were its clock not frozen by the error
+    const int32_t code = testModel().error.code;
+    testModel().error.code = ERR_NONE;  // as a host that steps on would have it, were its clock not frozen by the error
     stepToEnd();
-    EXPECT_EQ(ErrorCode, code);
+    EXPECT_EQ(testModel().error.code, code);
     tarnvelde_end();
     tarnvelde_close();
     const std::string report = project.getReport();
@@ -374,8 +375,8 @@ TEST(Database, APeriodWithoutAStepFailsItsRows) {
     tarnvelde_start(2);
     double elapsed = 0.0;
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
-    results_write();
-    EXPECT_EQ(ErrorCode, ERR_DATABASE_SQL);
+    results_write(testModel());
+    EXPECT_EQ(testModel().error.code, ERR_DATABASE_SQL);
     tarnvelde_end();
     tarnvelde_close();
     const std::string report = project.getReport();
@@ -393,7 +394,7 @@ TEST(Database, AFileThatCannotBeOpenedLeavesAllOut) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(tarnvelde_start(2), 313);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n    Cannot open database file ");
-    EXPECT_EQ(DbHandle, nullptr);
+    EXPECT_EQ(testModel().database->handle, nullptr);
     double elapsed = 0.0;
     tarnvelde_step(&elapsed);
     tarnvelde_end();
@@ -431,7 +432,7 @@ TEST(Database, ALockedFileFailsAtTheCommit) {
     ASSERT_EQ(sqlite3_open(getDatabase(project).c_str(), &reader), SQLITE_OK);
     sqlite3_exec(reader, "begin; select * from System", nullptr, nullptr, nullptr);
     EXPECT_EQ(tarnvelde_close(), 0);
-    EXPECT_EQ(ErrorCode, ERR_DATABASE_SQL);  // the report is closed already
+    EXPECT_EQ(testModel().error.code, ERR_DATABASE_SQL);  // the report is closed already
     EXPECT_EQ(project.getReport(), "");
     sqlite3_close(reader);
     EXPECT_EQ(ask(getDatabase(project), "select * from Connection"), rows);
@@ -447,7 +448,7 @@ TEST(Database, AKilledRunLeavesTheOldResultsWhole) {
         double elapsed = 0.0;
         tarnvelde_step(&elapsed);
         for (int k = 0; k < 20000; ++k) {
-            results_write();  // far more than SQLite keeps in memory
+            results_write(testModel());  // far more than SQLite keeps in memory
         }
         return raise(SIGKILL);
     });
@@ -470,11 +471,11 @@ TEST(Database, AFullDiskLeavesTheOldResultsWhole) {
             tarnvelde_step(&elapsed);
             process_limitFileSize(20000);
             for (int k = 0; k < reports; ++k) {
-                results_write();
+                results_write(testModel());
             }
             tarnvelde_end();
             tarnvelde_close();
-            return ErrorCode == ERR_DATABASE_SQL ? 0 : 1;
+            return testModel().error.code == ERR_DATABASE_SQL ? 0 : 1;
         });
         EXPECT_EQ(status, 0);
         EXPECT_LE(countMessages(project.getReport()), 1);  // one error, then silence
@@ -520,7 +521,7 @@ TEST(Database, AProjectThatTakesThePlaceOfAnotherTakesItsRowsBack) {
     tarnvelde_start(2);
     Project other(getDelayedProject());
     other.open();
-    EXPECT_EQ(DbHandle, nullptr);
+    EXPECT_EQ(testModel().database->handle, nullptr);
     tarnvelde_close();
     EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "4\n");
 }

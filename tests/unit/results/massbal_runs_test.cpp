@@ -11,6 +11,7 @@
 #include "nodes/node.h"
 #include "nodes/splitter.h"
 #include "support/generate.h"
+#include "support/model.h"
 #include "support/project.h"
 
 static constexpr double DT = 60.0;  ///< s
@@ -36,15 +37,16 @@ static std::string makePipesOnly(std::string text) {
 
 /// What the upstream node offers to a pipe, m3/s.
 static double getOfferedFlow(int32_t link) {
-    const Node& node = Nodes[Links[link].fromNode];
-    return node.kind == SPLITTER ? splitter_getFlow(Splitters[node.kindIndex], node.newInflow, link) : node.newInflow;
+    const Node& node = testModel().nodes[testModel().links[link].fromNode];
+    return node.kind == SPLITTER ? splitter_getFlow(testModel().splitters[node.kindIndex], node.newInflow, link)
+                                 : node.newInflow;
 }
 
 /// Water offered to pipes in the step just done by nodes whose pipe fired in it: it is in no sum.
 static double getDroppedVolume() {
     double dropped = 0.0;
-    for (int32_t k = 0; k < Links.size(); ++k) {
-        const Pipe& pipe = Pipes[Links[k].kindIndex];
+    for (int32_t k = 0; k < testModel().links.size(); ++k) {
+        const Pipe& pipe = testModel().pipes[testModel().links[k].kindIndex];
         dropped += pipe.sumCount == 0 ? DT * getOfferedFlow(k) : 0.0;
     }
     return dropped;
@@ -59,20 +61,20 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
         Project project(getGeneral(180) + makePipesOnly(generateNetwork(seed, 30, 0)));
         ASSERT_EQ(project.open(), 0) << project.getReport();
         ASSERT_EQ(tarnvelde_start(0), 0);
-        Table<double> taken = table_make(Pipes.size(), 0.0), routedIn = taken, routedOut = taken;
+        Table<double> taken = table_make(testModel().pipes.size(), 0.0), routedIn = taken, routedOut = taken;
         double dropped = 0.0, gathered = 0.0, elapsed = 1.0;
         while (elapsed > 0.0) {
             ASSERT_EQ(tarnvelde_step(&elapsed), 0);
             dropped += getDroppedVolume();
-            for (const Node& node : Nodes) {
+            for (const Node& node : testModel().nodes) {
                 gathered += DT * node.newUpstreamFlow;
             }
-            for (int32_t k = 0; k < Links.size(); ++k) {
-                const size_t row = static_cast<size_t>(Links[k].kindIndex);
-                const Pipe& pipe = Pipes[row];
+            for (int32_t k = 0; k < testModel().links.size(); ++k) {
+                const size_t row = static_cast<size_t>(testModel().links[k].kindIndex);
+                const Pipe& pipe = testModel().pipes[row];
                 if (pipe.sumCount == 0) {
                     routedIn[row] += pipe.newInflow * pipe.stepLength;
-                    routedOut[row] += (Links[k].newFlow + pipe.newFlood) * pipe.stepLength;
+                    routedOut[row] += (testModel().links[k].newFlow + pipe.newFlood) * pipe.stepLength;
                 } else {
                     taken[row] += DT * getOfferedFlow(k);
                 }
@@ -80,9 +82,9 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
         }
         // Each firing balances: what went in less what went out is in the reaches.
         double stored = 0.0;
-        for (int32_t row = 0; row < Pipes.size(); ++row) {
-            EXPECT_NEAR(routedIn[row] - routedOut[row], pipe_getVolume(Pipes[row]), 1e-6) << seed;
-            stored += pipe_getVolume(Pipes[row]);
+        for (int32_t row = 0; row < testModel().pipes.size(); ++row) {
+            EXPECT_NEAR(routedIn[row] - routedOut[row], pipe_getVolume(testModel().pipes[row]), 1e-6) << seed;
+            stored += pipe_getVolume(testModel().pipes[row]);
         }
         EXPECT_GT(dropped, 0.0);
         EXPECT_GT(stored, 0.0);
@@ -90,8 +92,8 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
         for (const double volume : taken) {
             offered += volume;
         }
-        const double in = FlowTotals.externalInflow + FlowTotals.dryWeatherInflow;
-        EXPECT_NEAR(in + gathered, offered + FlowTotals.externalOutflow, 1e-9 * offered) << seed;
+        const double in = testModel().totals.flow.externalInflow + testModel().totals.flow.dryWeatherInflow;
+        EXPECT_NEAR(in + gathered, offered + testModel().totals.flow.externalOutflow, 1e-9 * offered) << seed;
     }
 }
 
@@ -122,12 +124,14 @@ TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
             ASSERT_EQ(tarnvelde_step(&elapsed), 0);
         }
         double queued = 0.0;
-        for (const Connection& connection : Connections) {
-            queued += getQueuedVolume(connection, project_getDate(NewRoutingTime));
+        for (const Connection& connection : testModel().connections) {
+            queued += getQueuedVolume(connection, project_getDate(testModel(), testModel().clock.newRoutingTime));
         }
-        const double in = FlowTotals.dryWeatherInflow;
-        EXPECT_NEAR(in, FlowTotals.externalOutflow + queued + FlowTotals.delayedVolume, 1e-4 * in) << seed;
-        EXPECT_NEAR(QualTotals[0].dryWeatherInflow, in * 0.05, 1e-9 * in);
+        const double in = testModel().totals.flow.dryWeatherInflow;
+        EXPECT_NEAR(in, testModel().totals.flow.externalOutflow + queued + testModel().totals.flow.delayedVolume,
+                    1e-4 * in)
+            << seed;
+        EXPECT_NEAR(testModel().totals.quality[0].dryWeatherInflow, in * 0.05, 1e-9 * in);
     }
 }
 

@@ -10,6 +10,7 @@
 #include "nodes/lidmono.h"
 #include "nodes/reactor.h"
 #include "support/lids.h"
+#include "support/model.h"
 #include "support/reporttables.h"
 #include "support/storage.h"
 
@@ -50,8 +51,8 @@ TEST(FloodingLoss, OfAPipeTakesItsConcentrationAlong) {
                          getInflow("6"));
     model.step(2);
     const double flood = 6.0 * 30.0 / 90.0 - 0.5;
-    EXPECT_NEAR(FlowTotals.floodingLoss, DT * flood, 1e-12);
-    EXPECT_NEAR(QualTotals[0].floodingLoss, DT * flood * 50.0 / 1000.0, 1e-12);  // 4.5 kg
+    EXPECT_NEAR(testModel().totals.flow.floodingLoss, DT * flood, 1e-12);
+    EXPECT_NEAR(testModel().totals.quality[0].floodingLoss, DT * flood * 50.0 / 1000.0, 1e-12);  // 4.5 kg
 }
 
 // Of the 300 m3 of the step 100 fit into the conduit.
@@ -60,8 +61,8 @@ TEST(FloodingLoss, OfAConduitTakesItsConcentrationAlong) {
                          "[JUNCTIONS]\nJ\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J OUT NO 100 0.01 0.02 RECTANGULAR 1 1\n"
                          "[POLLUTANTS]\nX 0\n[DWFS]\nJ FLOW 5 \"\"\nJ X 50 \"\"\n");
     model.step();
-    EXPECT_NEAR(FlowTotals.floodingLoss, 200.0, 1e-9);
-    EXPECT_NEAR(QualTotals[0].floodingLoss, 200.0 * 50.0 / 1000.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.flow.floodingLoss, 200.0, 1e-9);
+    EXPECT_NEAR(testModel().totals.quality[0].floodingLoss, 200.0 * 50.0 / 1000.0, 1e-9);
 }
 
 // --- errors --------------------------------------------------------------------------------------------------------
@@ -70,12 +71,12 @@ TEST(FlowError, DividesByANegativeTotal) {
     StartedProject model(getPipe("[INFLOWS]\nA FLOW FLOW -0.3 \"\" 1\n"));
     model.step(2);
     double error = 0.0;
-    const FlowTotalsRecord totals = massbal_closeFlow(&error);
+    const FlowTotalsRecord totals = massbal_closeFlow(testModel(), &error);
     EXPECT_NEAR(totals.externalInflow, -36.0, 1e-12);
     EXPECT_NEAR(totals.externalOutflow, -6.0, 1e-12);
     EXPECT_NEAR(totals.finalStorage, -12.0, 1e-12);
     EXPECT_NEAR(error, (-36.0 + 6.0 + 12.0) / -36.0 * 100.0, 1e-9);
-    EXPECT_EQ(FlowError, error);
+    EXPECT_EQ(testModel().totals.flowError, error);
 }
 
 TEST(ContinuityErrors, AreZeroWhereNothingCameIn) {
@@ -120,12 +121,12 @@ TEST(SecondReport, HasLostWhatSeepedAndReactedInReactors) {
         getGeneral(4) +
         "[POLLUTANTS]\nX 0\n[OUTFALLS]\nOUT\nSUR\n[REACTORS]\nR CSTR SUR FLOW_CAPACITY 864000 100 0 0\n"
         "[CONNECTIONS]\nC R OUT NO 0\n");
-    FlowTotals.externalInflow = 100.0;
-    QualTotals[0].externalInflow = 10.0;
-    Reactors[0].statEvap = 40.0;
-    Reactors[0].statInfil = 7.0;
-    Reactors[0].statInfilLoad[0] = 2.0;
-    Reactors[0].statReactedLoad[0] = 3.0;
+    testModel().totals.flow.externalInflow = 100.0;
+    testModel().totals.quality[0].externalInflow = 10.0;
+    testModel().reactors[0].statEvap = 40.0;
+    testModel().reactors[0].statInfil = 7.0;
+    testModel().reactors[0].statInfilLoad[0] = 2.0;
+    testModel().reactors[0].statReactedLoad[0] = 3.0;
     const struct {
         const char* seepage;
         const char* reacted;
@@ -181,14 +182,14 @@ std::string getLids() {
 
 TEST(LidNodes, AreInTheFlowBalance) {
     StartedProject model(getLids());
-    LidMono& mono = LidMonos[0];
+    LidMono& mono = testModel().lidMonos[0];
     mono.unit.initialDepth = 0.01;
     mono.rainDepth = 0.02;
     mono.unit.evapDepth = 0.003;
     mono.unit.infilDepth = 0.004;
     mono.unit.finalDepth = 0.005;
     double error = 0.0;
-    const FlowTotalsRecord totals = massbal_closeFlow(&error);
+    const FlowTotalsRecord totals = massbal_closeFlow(testModel(), &error);
     EXPECT_NEAR(totals.initStorage, 1.0, 1e-12);
     EXPECT_NEAR(totals.wetWeatherInflow, 2.0, 1e-12);
     EXPECT_NEAR(totals.evapLoss, 0.3, 1e-12);
@@ -199,15 +200,15 @@ TEST(LidNodes, AreInTheFlowBalance) {
 
 TEST(LidNodes, AreInTheQualityBalanceOfTheirPollutant) {
     StartedProject model(getLids());
-    LidMono& mono = LidMonos[0];
+    LidMono& mono = testModel().lidMonos[0];
     mono.unit.rainLoad[1] = 1.0;
     mono.unit.exfilLoad[1] = 0.2;
     mono.unit.reactedLoad[1] = 0.3;
     mono.unit.finalLoad[1] = 0.4;
     double error = 77.0;
-    EXPECT_EQ(massbal_closeQuality(0, &error).wetWeatherInflow, 0.0);
+    EXPECT_EQ(massbal_closeQuality(testModel(), 0, &error).wetWeatherInflow, 0.0);
     EXPECT_EQ(error, 0.0);
-    const QualTotalsRecord totals = massbal_closeQuality(1, &error);
+    const QualTotalsRecord totals = massbal_closeQuality(testModel(), 1, &error);
     EXPECT_NEAR(totals.wetWeatherInflow, 1.0, 1e-12);
     EXPECT_NEAR(totals.seepageLoss, 0.2, 1e-12);
     EXPECT_NEAR(totals.reactedLoss, 0.3, 1e-12);
@@ -217,31 +218,31 @@ TEST(LidNodes, AreInTheQualityBalanceOfTheirPollutant) {
 
 TEST(LidUnitsOfLand, AreInTheRunoffBalance) {
     StartedProject model(getLids());
-    LidUnits[0].initialDepth = 0.02;
-    LidUnits[0].drainDepth = 0.004;
-    LidUnits[0].finalDepth = 0.01;
-    const RunoffBalance balance = massbal_closeRunoff();
+    testModel().lidUnits[0].initialDepth = 0.02;
+    testModel().lidUnits[0].drainDepth = 0.004;
+    testModel().lidUnits[0].finalDepth = 0.01;
+    const RunoffBalance balance = massbal_closeRunoff(testModel());
     EXPECT_NEAR(balance.initLidStorage, 1.0, 1e-12);
     EXPECT_NEAR(balance.lidDrainage, 0.2, 1e-12);
     EXPECT_NEAR(balance.finalStorage, 0.5, 1e-12);
     EXPECT_NEAR(balance.error, 30.0, 1e-9);  // 1 - 0.2 - 0.5 of 1 m3
-    EXPECT_EQ(RunoffError, balance.error);
+    EXPECT_EQ(testModel().totals.runoffError, balance.error);
 }
 
 TEST(LidUnitsOfLand, AreInTheWashoffBalanceOfTheirPollutant) {
     StartedProject model(getLids());
-    const LidUnit& unit = LidUnits[0];
+    const LidUnit& unit = testModel().lidUnits[0];
     unit.rainLoad[1] = 2.0;
     unit.exfilLoad[1] = 0.5;
     unit.drainOutLoad[1] = 0.25;
     unit.finalLoad[1] = 0.125;
     unit.reactedLoad[1] = 0.0625;
-    const WashoffBalance balance = massbal_closeWashoff(1);
+    const WashoffBalance balance = massbal_closeWashoff(testModel(), 1);
     EXPECT_EQ(balance.wetDeposition, 2.0);
     EXPECT_EQ(balance.infilLoss, 0.5);
     EXPECT_EQ(balance.lidDrainage, 0.25);
     EXPECT_EQ(balance.lidFinalStorage, 0.125);
     EXPECT_EQ(balance.lidRemoval, 0.0625);
     EXPECT_NEAR(balance.error, (2.0 - 0.9375) / 2.0 * 100.0, 1e-12);  // 53.125
-    EXPECT_EQ(massbal_closeWashoff(0).wetDeposition, 0.0);
+    EXPECT_EQ(massbal_closeWashoff(testModel(), 0).wetDeposition, 0.0);
 }

@@ -17,6 +17,7 @@
 #include "support/allkinds.h"
 #include "support/land.h"
 #include "support/lids.h"
+#include "support/model.h"
 #include "support/reporttables.h"
 #include "support/storage.h"
 
@@ -32,7 +33,7 @@ std::string show(double value) {
 
 class LandReport : public LandTest {
 protected:
-    static Subcatch& land() { return Subcatches[0]; }
+    static Subcatch& land() { return testModel().subcatches[0]; }
 
     std::string makeReport() {
         EXPECT_EQ(tarnvelde_report(), 0);
@@ -64,8 +65,8 @@ TEST_F(LandReport, DepthsAreMeansOverAllLand) {
     LandProject project;
     project.subcatchs += "S2 G O 3 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
     ASSERT_EQ(start(project), 0);
-    land().rainfall = 20.0;         // on 1 ha: 200 m3
-    Subcatches[1].rainfall = 12.0;  // on 3 ha: 360 m3
+    land().rainfall = 20.0;                     // on 1 ha: 200 m3
+    testModel().subcatches[1].rainfall = 12.0;  // on 3 ha: 360 m3
     EXPECT_EQ(getRow(makeReport(), "Runoff Quantity Continuity", "Total Rainfall"), "560.000 14.000");
 }
 
@@ -103,7 +104,7 @@ TEST_F(LandReport, SubcatchmentsHaveDepthsVolumeAndCoefficient) {
     land().infil = 7.0;
     land().runoff = 8.0;
     land().peakRunoff = 0.125;
-    Subcatches[1].runoff = 4.0;
+    testModel().subcatches[1].runoff = 4.0;
     const Rows expected = {"S 2.500 20.000 1.500 7.000 8.000 200.000 0.125 0.400",
                            "DRY 1.000 0.000 0.000 0.000 4.000 40.000 0.000 0.000"};  // no rain, no coefficient
     EXPECT_EQ(getRows(makeReport(), "Subcatchment Runoff Summary"), expected);
@@ -115,21 +116,21 @@ TEST_F(LandReport, SubcatchmentsHaveDepthsVolumeAndCoefficient) {
 // 20 / 1240 = 1.613 %. The reserved total has no part in it.
 TEST(NetworkReport, FlowRoutingHasARowForEachTotal) {
     StartedProject model(getGeneral(4) + "[OUTFALLS]\nO\n");
-    FlowTotals.dryWeatherInflow = 1000.0;
-    FlowTotals.wetWeatherInflow = 200.0;
-    FlowTotals.externalInflow = 30.0;
-    FlowTotals.swmmInflow = 4.0;
-    FlowTotals.vornInflow = 5.0;
-    FlowTotals.externalOutflow = 600.0;
-    FlowTotals.floodingLoss = 70.0;
-    FlowTotals.swmmOutflow = 8.0;
-    FlowTotals.vornOutflow = 9.0;
-    FlowTotals.evapLoss = 10.0;
-    FlowTotals.seepageLoss = 11.0;
-    FlowTotals.delayedVolume = 12.0;
-    FlowTotals.initStorage = 1.0;
-    FlowTotals.finalStorage = 500.0;
-    FlowTotals.reserved = 999.0;
+    testModel().totals.flow.dryWeatherInflow = 1000.0;
+    testModel().totals.flow.wetWeatherInflow = 200.0;
+    testModel().totals.flow.externalInflow = 30.0;
+    testModel().totals.flow.swmmInflow = 4.0;
+    testModel().totals.flow.vornInflow = 5.0;
+    testModel().totals.flow.externalOutflow = 600.0;
+    testModel().totals.flow.floodingLoss = 70.0;
+    testModel().totals.flow.swmmOutflow = 8.0;
+    testModel().totals.flow.vornOutflow = 9.0;
+    testModel().totals.flow.evapLoss = 10.0;
+    testModel().totals.flow.seepageLoss = 11.0;
+    testModel().totals.flow.delayedVolume = 12.0;
+    testModel().totals.flow.initStorage = 1.0;
+    testModel().totals.flow.finalStorage = 500.0;
+    testModel().totals.flow.reserved = 999.0;
     ASSERT_EQ(tarnvelde_report(), 0);
     const Rows expected = {"Dry Weather Inflow 1000.000", "Wet Weather Inflow 200.000", "External Inflow 30.000",
                            "SWMM Inflow 4.000",           "VORN Inflow 5.000",          "External Outflow 600.000",
@@ -142,7 +143,7 @@ TEST(NetworkReport, FlowRoutingHasARowForEachTotal) {
 // As above, with what has reacted in the place of evaporation. The second pollutant never came in.
 TEST(NetworkReport, QualityRoutingHasARowForEachTotalAndAColumnForEachPollutant) {
     StartedProject model(getGeneral(4) + "[OUTFALLS]\nO\n[POLLUTANTS]\nP 0\nQ 0\n");
-    QualTotalsRecord& totals = QualTotals[0];
+    QualTotalsRecord& totals = testModel().totals.quality[0];
     totals.dryWeatherInflow = 1000.0;
     totals.wetWeatherInflow = 200.0;
     totals.externalInflow = 30.0;
@@ -158,8 +159,8 @@ TEST(NetworkReport, QualityRoutingHasARowForEachTotalAndAColumnForEachPollutant)
     totals.initStorage = 1.0;
     totals.finalStorage = 500.0;
     totals.reserved = 999.0;
-    Outfalls[0].statLoad[0] = 600.0;
-    Outfalls[0].statLoad[1] = 0.5;
+    testModel().outfalls[0].statLoad[0] = 600.0;
+    testModel().outfalls[0].statLoad[1] = 0.5;
     ASSERT_EQ(tarnvelde_report(), 0);
     const Rows expected = {
         "Dry Weather Inflow 1000.000 0.000", "Wet Weather Inflow 200.000 0.000", "External Inflow 30.000 0.000",
@@ -189,12 +190,12 @@ TEST(NetworkReport, ANegativeFigureBelowTheLastDigitKeepsItsSign) {
 TEST(NetworkReport, NodesHaveTheirKindAndOutsideModelsNoRow) {
     AllKinds project;
     project.start();
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        Nodes[k].statInflowVolume = static_cast<double>(k + 1);
-        Nodes[k].statMaxInflow = static_cast<double>(k + 1) / 8.0;
+    for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
+        testModel().nodes[k].statInflowVolume = static_cast<double>(k + 1);
+        testModel().nodes[k].statMaxInflow = static_cast<double>(k + 1) / 8.0;
     }
-    Tanks[0].statMaxDepth = 2.0;  // on 1000 m2
-    Tanks[0].statFloodVolume = 7.0;
+    testModel().tanks[0].statMaxDepth = 2.0;  // on 1000 m2
+    testModel().tanks[0].statFloodVolume = 7.0;
     ASSERT_EQ(tarnvelde_report(), 0);
     // SW and V, the fifth and the eighth node, report for themselves.
     const Rows expected = {"J JUNCTION 1.000 0.125",  "T TANK 2.000 0.250",      "O OUTFALL 3.000 0.375",
@@ -207,12 +208,12 @@ TEST(NetworkReport, NodesHaveTheirKindAndOutsideModelsNoRow) {
 TEST(NetworkReport, LinksHaveTheirKindFlowAndFlood) {
     AllKinds project;
     project.start();
-    for (int32_t k = 0; k < Links.size(); ++k) {
+    for (int32_t k = 0; k < testModel().links.size(); ++k) {
         const double value = static_cast<double>(k + 1);
-        Links[k].statFlowVolume = value;
-        Links[k].statMaxFlow = 2.0 * value;
-        Links[k].statFloodVolume = 3.0 * value;
-        Links[k].statMaxFlood = 4.0 * value;
+        testModel().links[k].statFlowVolume = value;
+        testModel().links[k].statMaxFlow = 2.0 * value;
+        testModel().links[k].statFloodVolume = 3.0 * value;
+        testModel().links[k].statMaxFlood = 4.0 * value;
     }
     ASSERT_EQ(tarnvelde_report(), 0);
     Rows expected = {"P PIPE",     "PU PUMP",       "C CONNECTION",  "D CONDUIT",     "W WEIR",
@@ -233,9 +234,9 @@ TEST(NetworkReport, NodesThatHaveNoRowLeaveTheHead) {
         "\n  Node             Type                           m3             m3/s"
         "\n  ---------------- ---------------- ---------------- ----------------";
     for (const int32_t kind : {SWMM, VORN}) {
-        Nodes[0].kind = kind;
+        testModel().nodes[0].kind = kind;
         ASSERT_EQ(tarnvelde_report(), 0);
-        Nodes[0].kind = OUTFALL;
+        testModel().nodes[0].kind = OUTFALL;
         const std::string report = model.getReport();
         EXPECT_EQ(report.substr(report.rfind("\n  Node Inflow Summary")), head) << kind;
     }
@@ -295,10 +296,10 @@ std::string getLidText() {
 // Units show depths in mm, nodes volumes: their depths are those of 100 and of 1000 m2.
 TEST(LidReport, WaterStandsInItsColumns) {
     StartedProject model(getLidText());
-    setDepths(LidUnits[0], 0.001);
-    setDepths(LidUnits[1], 0.011);
-    setDepths(LidMonos[0].unit, 0.001);
-    setDepths(LidMonos[1].unit, 0.011);
+    setDepths(testModel().lidUnits[0], 0.001);
+    setDepths(testModel().lidUnits[1], 0.011);
+    setDepths(testModel().lidMonos[0].unit, 0.001);
+    setDepths(testModel().lidMonos[1].unit, 0.011);
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string report = model.getReport();
     const Rows units = {"S A 1.000 2.000 3.000 4.000 5.000 6.000 7.000",
@@ -313,10 +314,10 @@ TEST(LidReport, LoadsStandInTheBlockOfTheirPollutant) {
     StartedProject model(getLidText());
     for (size_t p = 0; p < 2; ++p) {
         const double block = 100.0 * static_cast<double>(p);
-        setLoads(LidUnits[0], p, block + 11.0);
-        setLoads(LidUnits[1], p, block + 21.0);
-        setLoads(LidMonos[0].unit, p, block + 31.0);
-        setLoads(LidMonos[1].unit, p, block + 41.0);
+        setLoads(testModel().lidUnits[0], p, block + 11.0);
+        setLoads(testModel().lidUnits[1], p, block + 21.0);
+        setLoads(testModel().lidMonos[0].unit, p, block + 31.0);
+        setLoads(testModel().lidMonos[1].unit, p, block + 41.0);
     }
     ASSERT_EQ(tarnvelde_report(), 0);
     const std::string report = model.getReport();

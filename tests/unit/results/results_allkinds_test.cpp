@@ -15,6 +15,7 @@
 #include "nodes/lidmono.h"
 #include "support/allkinds.h"
 #include "support/database.h"
+#include "support/model.h"
 #include "support/results.h"
 
 namespace {
@@ -68,17 +69,18 @@ double getResult(int32_t object, const char* id, int32_t code) {
 
 /// The rain of a report, mm/h: an hour of 36, reports after each step.
 double getRain() {
-    return NewRoutingTime < 3600000.0 ? 36.0 : 0.0;
+    return testModel().clock.newRoutingTime < 3600000.0 ? 36.0 : 0.0;
 }
 
 /// What is kept at both ends of the runoff step, at the time of the report.
 double mixRunoff(double last, double now) {
-    const double f = (NewRoutingTime - OldRunoffTime) / (NewRunoffTime - OldRunoffTime);
+    const double f = (testModel().clock.newRoutingTime - testModel().clock.oldRunoffTime) /
+                     (testModel().clock.newRunoffTime - testModel().clock.oldRunoffTime);
     return (1.0 - f) * last + f * now;
 }
 
 double getSubcatchValue(const char* id, int32_t column) {
-    const Subcatch& s = Subcatches.at((names_find(SUBCATCH, id)));
+    const Subcatch& s = testModel().subcatches.at((names_find(testModel(), SUBCATCH, id)));
     switch (column) {
         case 0: return getRain();
         case 1:
@@ -93,13 +95,13 @@ double getSubcatchValue(const char* id, int32_t column) {
 
 /// mg/L in a layer: its mass over voids, level and area. Of the soil the moisture stands for the level.
 double getLayerQuality(const double* mass, int32_t pollutant, double voids, double level) {
-    const double volume = voids * level * LidMonos.at(0).unit.area;
+    const double volume = voids * level * testModel().lidMonos.at(0).unit.area;
     return volume > 0.0 ? mass[pollutant] / volume * 1000.0 : 0.0;
 }
 
 double getLidValue(const char* id, int32_t column) {
-    const LidUnit& m = LidMonos.at(0).unit;
-    const Lid& lid = Lids.at(0);
+    const LidUnit& m = testModel().lidMonos.at(0).unit;
+    const Lid& lid = testModel().lids.at(0);
     switch (column) {
         case 2: return getRain();
         case 14: return getLayerQuality(m.thisSoilMass, 1, lid.porosity, m.soilMoisture);

@@ -9,6 +9,7 @@
 #include "model/errors.h"
 #include "model/project.h"
 #include "results/binary.h"
+#include "support/model.h"
 #include "support/results.h"
 
 namespace {
@@ -90,8 +91,8 @@ TEST(Results, APeriodWithoutAStepIsNoNumber) {
     double elapsed = 0.0;
     tarnvelde_step(&elapsed);
     tarnvelde_step(&elapsed);
-    EXPECT_EQ(ResultSumCount, 0);
-    results_write();
+    EXPECT_EQ(testModel().results->sumCount, 0);
+    results_write(testModel());
     tarnvelde_end();
     tarnvelde_close();
     const ResultFile file(project.results);
@@ -106,14 +107,14 @@ TEST(Results, CallsBehindTheEndStillAccumulateAndWrite) {
     project.open();
     tarnvelde_start(1);
     EXPECT_EQ(stepToEnd(), 0);
-    EXPECT_EQ(ResultSumCount, 1);
+    EXPECT_EQ(testModel().results->sumCount, 1);
     double elapsed = 1.0;
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
     EXPECT_EQ(elapsed, 0.0);
-    EXPECT_EQ(ResultSumCount, 2);
-    ReportTime = NewRoutingTime;
+    EXPECT_EQ(testModel().results->sumCount, 2);
+    testModel().clock.reportTime = testModel().clock.newRoutingTime;
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
-    EXPECT_EQ(ResultSumCount, 0);
+    EXPECT_EQ(testModel().results->sumCount, 0);
     tarnvelde_end();
     tarnvelde_close();
     const ResultFile file(project.results);
@@ -125,20 +126,20 @@ TEST(Results, AStepThatAnErrorFreezesStillSavesTheStateThatItFinds) {
     Project project(getDelayedProject("REPORT_STEP 0:03:00\nREPORT_AVERAGE YES\n"));
     project.open();
     EXPECT_EQ(tarnvelde_start(1), 0);
-    EXPECT_EQ(RunoffStep, 1);  // without land, so that the next step needs runoff again
+    EXPECT_EQ(testModel().options.runoffStep, 1);  // without land, so that the next step needs runoff again
     double elapsed = 0.0;
     EXPECT_EQ(tarnvelde_step(&elapsed), 0);
-    EXPECT_EQ(ResultSumCount, 1);
+    EXPECT_EQ(testModel().results->sumCount, 1);
     EXPECT_EQ(tarnvelde_start(1), 400);
     EXPECT_EQ(tarnvelde_step(&elapsed), 400);
-    EXPECT_EQ(NewRoutingTime, 60000.0);
-    EXPECT_EQ(ResultSumCount, 2);
-    EXPECT_EQ(ReportTime, 180000.0);
-    ReportTime = 60000.0;  // now due: the state counts a third time and is written
+    EXPECT_EQ(testModel().clock.newRoutingTime, 60000.0);
+    EXPECT_EQ(testModel().results->sumCount, 2);
+    EXPECT_EQ(testModel().clock.reportTime, 180000.0);
+    testModel().clock.reportTime = 60000.0;  // now due: the state counts a third time and is written
     EXPECT_EQ(tarnvelde_step(&elapsed), 400);
-    EXPECT_EQ(NewRoutingTime, 60000.0);
-    EXPECT_EQ(ResultSumCount, 0);
-    EXPECT_EQ(ReportTime, 240000.0);
+    EXPECT_EQ(testModel().clock.newRoutingTime, 60000.0);
+    EXPECT_EQ(testModel().results->sumCount, 0);
+    EXPECT_EQ(testModel().clock.reportTime, 240000.0);
     EXPECT_EQ(tarnvelde_end(), 400);
     tarnvelde_close();
     const ResultFile file(project.results);
@@ -153,11 +154,11 @@ TEST(Results, AStartForgetsTheStepsBehindTheLastReportOfTheRunBefore) {
     project.open();
     EXPECT_EQ(tarnvelde_start(1), 0);
     EXPECT_EQ(stepToEnd(), 0);
-    EXPECT_EQ(ResultSumCount, 1);  // the fourth step
+    EXPECT_EQ(testModel().results->sumCount, 1);  // the fourth step
     tarnvelde_end();
     const std::string first = readFile(project.results);
     EXPECT_EQ(tarnvelde_start(1), 0);
-    EXPECT_EQ(ResultSumCount, 0);
+    EXPECT_EQ(testModel().results->sumCount, 0);
     EXPECT_EQ(stepToEnd(), 0);
     tarnvelde_end();
     tarnvelde_close();
@@ -169,10 +170,10 @@ TEST(Results, ReportTimeMovesOnByOneStepAtATime) {
     Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
-    ReportTime = -180000.0;  // long past
+    testModel().clock.reportTime = -180000.0;  // long past
     double elapsed = 0.0;
     tarnvelde_step(&elapsed);
-    EXPECT_EQ(ReportTime, -120000.0);
+    EXPECT_EQ(testModel().clock.reportTime, -120000.0);
     tarnvelde_close();
 }
 
@@ -181,8 +182,8 @@ TEST(Results, WithoutASaveModeTheReportTimeStands) {
     project.open();
     tarnvelde_start(0);
     stepToEnd();
-    EXPECT_EQ(ReportTime, 60000.0);
-    EXPECT_EQ(ResultSumCount, 0);
+    EXPECT_EQ(testModel().clock.reportTime, 60000.0);
+    EXPECT_EQ(testModel().results->sumCount, 0);
     tarnvelde_close();
 }
 
@@ -192,8 +193,8 @@ TEST(Results, AnUnknownSaveModeKeepsTheReportTimeGoing) {
     tarnvelde_start(3);
     double elapsed = 0.0;
     tarnvelde_step(&elapsed);
-    EXPECT_EQ(ReportTime, 120000.0);
-    EXPECT_EQ(ResultSumCount, 0);
+    EXPECT_EQ(testModel().clock.reportTime, 120000.0);
+    EXPECT_EQ(testModel().results->sumCount, 0);
     tarnvelde_close();
 }
 
@@ -230,13 +231,13 @@ struct LandRun {
                   "[SUBCATCHS]\nS G O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n[OUTFALLS]\nO\n") {
         EXPECT_EQ(project.open(), 0);
         EXPECT_EQ(tarnvelde_start(1), 0);
-        Subcatches.at(0).lastRunoff = 1.0;
-        Subcatches.at(0).thisRunoff = 2.0;
+        testModel().subcatches.at(0).lastRunoff = 1.0;
+        testModel().subcatches.at(0).thisRunoff = 2.0;
     }
 
     /// Writes one report with these clocks and expects this runoff of the land and of the system.
     void expectRunoff(float runoff) {
-        results_write();
+        results_write(testModel());
         tarnvelde_end();
         tarnvelde_close();
         const std::string file = readFile(project.results);
@@ -252,11 +253,11 @@ TEST(Results, LandIsTakenBetweenTheEndsOfItsOwnStep) {
     for (const char* average : {"YES", "NO"}) {
         SCOPED_TRACE(average);
         LandRun run(average);
-        OldRoutingTime = 0.0;
-        NewRoutingTime = 60000.0;
-        OldRunoffTime = 0.0;
-        NewRunoffTime = 300000.0;
-        ReportTime = 60000.0;
+        testModel().clock.oldRoutingTime = 0.0;
+        testModel().clock.newRoutingTime = 60000.0;
+        testModel().clock.oldRunoffTime = 0.0;
+        testModel().clock.newRunoffTime = 300000.0;
+        testModel().clock.reportTime = 60000.0;
         run.expectRunoff(1.0f + 60.0f / 300.0f);  // not 2, as by the clock of the network
     }
 }
@@ -265,11 +266,11 @@ TEST(Results, LandIsExtrapolatedOutsideOfItsStep) {
     for (const char* average : {"YES", "NO"}) {
         SCOPED_TRACE(average);
         LandRun run(average);
-        OldRoutingTime = 0.0;
-        NewRoutingTime = 60000.0;
-        OldRunoffTime = 60000.0;
-        NewRunoffTime = 120000.0;
-        ReportTime = 30000.0;
+        testModel().clock.oldRoutingTime = 0.0;
+        testModel().clock.newRoutingTime = 60000.0;
+        testModel().clock.oldRunoffTime = 60000.0;
+        testModel().clock.newRunoffTime = 120000.0;
+        testModel().clock.reportTime = 30000.0;
         run.expectRunoff(1.0f - 30.0f / 60.0f);
     }
 }
@@ -282,14 +283,14 @@ namespace {
 int countMemoryErrors(Project& project, int64_t count) {
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
-    SaveMode = 1;
+    testModel().saveMode = 1;
     arena_failAfter(count);
-    results_open();
+    results_open(testModel());
     arena_failAfter(0);
-    results_accumulate();
-    results_write();
-    results_end();
-    const int32_t code = ErrorCode;
+    results_accumulate(testModel());
+    results_write(testModel());
+    results_end(testModel());
+    const int32_t code = testModel().error.code;
     tarnvelde_close();
     const std::string report = project.getReport();
     const std::string message = "\n  \n  ERROR 101: memory allocation error.";
@@ -335,20 +336,20 @@ TEST(Results, AreGivenBackByTheClose) {
     Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
-    EXPECT_GT(ResultArena.taken, 0u);
-    EXPECT_NE(BinFile, nullptr);
+    EXPECT_GT(testModel().memory.results.taken, 0u);
+    EXPECT_NE(testModel().binary->file, nullptr);
     tarnvelde_close();
-    EXPECT_EQ(ResultArena.taken, 0u);
-    EXPECT_EQ(BinFile, nullptr);
+    EXPECT_EQ(testModel().memory.results.taken, 0u);
+    EXPECT_EQ(testModel().binary->file, nullptr);
 }
 
 TEST(Results, ASecondStartTakesNoMoreMemory) {
     Project project(getDelayedProject());
     project.open();
     tarnvelde_start(1);
-    const size_t taken = ResultArena.taken;
+    const size_t taken = testModel().memory.results.taken;
     tarnvelde_end();
     tarnvelde_start(1);
-    EXPECT_EQ(ResultArena.taken, taken);
+    EXPECT_EQ(testModel().memory.results.taken, taken);
     tarnvelde_close();
 }

@@ -22,6 +22,7 @@
 #include "nodes/node.h"
 #include "nodes/reactor.h"
 #include "nodes/tank.h"
+#include "support/model.h"
 #include "support/project.h"
 #include "support/tables.h"
 
@@ -48,8 +49,8 @@ struct Rows : testing::Test, Tables {
         node.newLatFlow = 1.5;
         node.oldQual = older;
         node.newQual = newer;
-        Nodes.push_back(node);
-        return Nodes.back();
+        testModel().nodes.push_back(node);
+        return testModel().nodes.back();
     }
     Link& addFilledLink(int32_t kind, int32_t kindIndex = 0) {
         Link link{};
@@ -59,27 +60,27 @@ struct Rows : testing::Test, Tables {
         link.newFlow = 7.0;
         link.oldQual = older;
         link.newQual = newer;
-        Links.push_back(link);
-        return Links.back();
+        testModel().links.push_back(link);
+        return testModel().links.back();
     }
     /// A tank of 100 m2 at all depths.
     void addTank(double oldDepth, double newDepth, double oldFlood, double newFlood) {
-        Curves.resize(1);
-        Curves[0].curveType = TANK_CURVE;
-        Curves[0].entries = {{0.0, 100.0}, {20.0, 100.0}};
+        testModel().curves.resize(1);
+        testModel().curves[0].curveType = TANK_CURVE;
+        testModel().curves[0].entries = {{0.0, 100.0}, {20.0, 100.0}};
         Tank tank{};
         tank.curve = 0;
         tank.oldDepth = oldDepth;
         tank.newDepth = newDepth;
         tank.oldFlood = oldFlood;
         tank.newFlood = newFlood;
-        Tanks.fill(1, tank);
+        testModel().tanks.fill(1, tank);
         addFilledNode(TANK);
     }
     void addReactor(double volume) {
         Reactor reactor{};
         reactor.storedVolume = volume;
-        Reactors.fill(1, reactor);
+        testModel().reactors.fill(1, reactor);
         addFilledNode(REACTOR);
     }
 
@@ -90,14 +91,14 @@ struct Rows : testing::Test, Tables {
         lid.surfaceVoid = lid.porosity = lid.storageVoid = 0.5;
         lid.pavementVoid = 0.25;
         lid.soilDepth = 7.0;  // has no part in it
-        Lids.fill(1, lid);
+        testModel().lids.fill(1, lid);
         LidMono mono{};
         mono.unit.area = 100.0;
         mono.unit.surfaceLevel = 0.1;
         mono.unit.pavementLevel = 0.2;
         mono.unit.soilMoisture = 0.4;
         mono.unit.storageLevel = 0.2;
-        LidMonos.fill(1, mono);
+        testModel().lidMonos.fill(1, mono);
         addFilledNode(LID_MONO);
     }
 
@@ -111,7 +112,7 @@ struct Rows : testing::Test, Tables {
         conduit.depth = depth;
         conduit.oldFlood = oldFlood;
         conduit.newFlood = newFlood;
-        Conduits.fill(1, conduit);
+        testModel().conduits.fill(1, conduit);
         addFilledLink(CONDUIT);
     }
     void expectRow(std::initializer_list<float> values) const {
@@ -130,9 +131,10 @@ TEST_F(Rows, LengthsGrowWithThePollutants) {
     const int32_t fixed[] = {12, 4, 2, 5, 2, 4, 8, 11, 4, 1, 2, 6, 1, 1};
     const int32_t blocks[] = {0, 1, 1, 1, 1, 1, 1, 4, 1, 1, 1, 1, 1, 1};
     for (const int32_t pollutants : {0, 1, 3}) {
-        ObjectCount[POLLUT] = pollutants;
+        testModel().counts.objects[POLLUT] = pollutants;
         for (int32_t table = 0; table < RESULT_TABLE_COUNT; ++table) {
-            EXPECT_EQ(rows_getLength(table), fixed[table] + blocks[table] * pollutants) << RowTables[table].name;
+            EXPECT_EQ(rows_getLength(testModel(), table), fixed[table] + blocks[table] * pollutants)
+                << RowTables[table].name;
         }
     }
 }
@@ -142,18 +144,18 @@ TEST_F(Rows, JunctionAndOutfallInterpolate) {
     addFilledNode(OUTFALL);
     for (int32_t node = 0; node < 2; ++node) {
         std::fill_n(row, 32, -1.0f);
-        rows_fill(node == 0 ? JUNCTION_TABLE : OUTFALL_TABLE, node, 0.25, row);
+        rows_fill(testModel(), node == 0 ? JUNCTION_TABLE : OUTFALL_TABLE, node, 0.25, row);
         expectRow({2.5f, 0.75f, 1.5f, 15.0f});
     }
 }
 
 TEST_F(Rows, SplitterTakesItsSecondOutflowFromTheRoundedValues) {
-    Splitters.resize(1);
-    Splitters[0].oldFlow = 0.1;
-    Splitters[0].newFlow = 0.1;
+    testModel().splitters.resize(1);
+    testModel().splitters[0].oldFlow = 0.1;
+    testModel().splitters[0].newFlow = 0.1;
     addFilledNode(SPLITTER).newInflow = 0.7;
-    Nodes[0].oldInflow = 0.7;
-    rows_fill(SPLITTER_TABLE, 0, 1.0, row);
+    testModel().nodes[0].oldInflow = 0.7;
+    rows_fill(testModel(), SPLITTER_TABLE, 0, 1.0, row);
     expectRow({0.7f, 1.5f, 0.1f, 0.7f - 0.1f, 3.0f, 30.0f});
     EXPECT_NE(row[3], 0.6f);
 }
@@ -161,53 +163,53 @@ TEST_F(Rows, SplitterTakesItsSecondOutflowFromTheRoundedValues) {
 TEST_F(Rows, PipeSumsItsReachesInDouble) {
     // 16777216 + 1 + 1 is lost in single precision at the first addition.
     double storage[3] = {16777216.0, 1.0, 1.0};
-    Pipes.resize(1);
-    Pipes[0].n = Pipes[0].reachCount = 3;
-    Pipes[0].storage = storage;
-    Pipes[0].oldInflow = 1.0;
-    Pipes[0].newInflow = 2.0;
-    Pipes[0].oldFlood = 0.0;
-    Pipes[0].newFlood = 8.0;
+    testModel().pipes.resize(1);
+    testModel().pipes[0].n = testModel().pipes[0].reachCount = 3;
+    testModel().pipes[0].storage = storage;
+    testModel().pipes[0].oldInflow = 1.0;
+    testModel().pipes[0].newInflow = 2.0;
+    testModel().pipes[0].oldFlood = 0.0;
+    testModel().pipes[0].newFlood = 8.0;
     addFilledLink(PIPE);
-    rows_fill(PIPE_TABLE, 0, 0.5, row);
+    rows_fill(testModel(), PIPE_TABLE, 0, 0.5, row);
     expectRow({16777218.0f, 1.5f, 6.5f, 4.0f, 2.0f, 20.0f});
 }
 
 TEST_F(Rows, ConnectionShowsBothEnds) {
-    Connections.resize(1);
-    Connections[0].oldInflow = 1.0;
-    Connections[0].newInflow = 2.0;
+    testModel().connections.resize(1);
+    testModel().connections[0].oldInflow = 1.0;
+    testModel().connections[0].newInflow = 2.0;
     addFilledLink(CONNECTION);
-    rows_fill(CONNECTION_TABLE, 0, 0.5, row);
+    rows_fill(testModel(), CONNECTION_TABLE, 0, 0.5, row);
     expectRow({1.5f, 6.5f, 2.0f, 20.0f});
 }
 
 TEST_F(Rows, RegulatorsShowTheirFlow) {
     for (const auto& [kind, table] : {std::pair{PUMP, PUMP_TABLE}, {WEIR, WEIR_TABLE}, {ORIFICE, ORIFICE_TABLE}}) {
-        Links.clear();
+        testModel().links.clear();
         addFilledLink(kind);
         std::fill_n(row, 32, -1.0f);
-        rows_fill(table, 0, 0.5, row);
+        rows_fill(testModel(), table, 0, 0.5, row);
         expectRow({6.5f, 2.0f, 20.0f});
     }
 }
 
 TEST_F(Rows, AFactorBeyondTheStepExtrapolates) {
     addFilledNode(JUNCTION);
-    rows_fill(JUNCTION_TABLE, 0, 1.5, row);
+    rows_fill(testModel(), JUNCTION_TABLE, 0, 1.5, row);
     expectRow({5.0f, 2.0f, 4.0f, 40.0f});
 }
 
 TEST_F(Rows, AnInfiniteOldValueSpoilsTheRowEvenWithoutWeight) {
     addFilledNode(JUNCTION).oldInflow = std::numeric_limits<double>::infinity();
-    rows_fill(JUNCTION_TABLE, 0, 1.0, row);
+    rows_fill(testModel(), JUNCTION_TABLE, 0, 1.0, row);
     EXPECT_TRUE(std::isnan(row[0]));
     EXPECT_EQ(row[1], 1.5f);
 }
 
 TEST_F(Rows, SubcatchmentShowsRatesAsDepthsPerTime) {
-    Gages.resize(1);
-    Gages[0].reportRain = 10.0 / 3600000.0;
+    testModel().gages.resize(1);
+    testModel().gages[0].reportRain = 10.0 / 3600000.0;
     Subcatch s{};
     s.gage = 0;
     s.area = 1.0e4;
@@ -217,10 +219,10 @@ TEST_F(Rows, SubcatchmentShowsRatesAsDepthsPerTime) {
     s.thisRunoff = 0.4;
     s.lastQuality = older;
     s.thisQuality = newer;
-    Subcatches.push_back(s);
-    ObjectCount[SUBCATCH] = 1;
-    rows_fill(SUBCATCH_TABLE, 0, 0.5, row);
-    ObjectCount[SUBCATCH] = 0;
+    testModel().subcatches.push_back(s);
+    testModel().counts.objects[SUBCATCH] = 1;
+    rows_fill(testModel(), SUBCATCH_TABLE, 0, 0.5, row);
+    testModel().counts.objects[SUBCATCH] = 0;
     EXPECT_FLOAT_EQ(row[0], 10.0f);
     EXPECT_FLOAT_EQ(row[1], 2.0f);
     EXPECT_FLOAT_EQ(row[2], 5.0f);
@@ -236,10 +238,10 @@ TEST_F(Rows, ADrySubcatchmentKeepsItsConcentrations) {
     s.lastQuality = older;
     s.thisQuality = newer;
     s.thisRunoff = 0.99 * 7.056e-6;
-    Subcatches.fill(2, s);
-    Subcatches[1].thisRunoff = -1.0;  // an extrapolation may go below 0
+    testModel().subcatches.fill(2, s);
+    testModel().subcatches[1].thisRunoff = -1.0;  // an extrapolation may go below 0
     for (int32_t k = 0; k < 2; ++k) {
-        rows_fill(SUBCATCH_TABLE, k, 1.0, row);
+        rows_fill(testModel(), SUBCATCH_TABLE, k, 1.0, row);
         EXPECT_EQ(row[0], 0.0f);
         EXPECT_EQ(row[3], 0.0f);
         EXPECT_EQ(row[4], 3.0f);
@@ -249,13 +251,13 @@ TEST_F(Rows, ADrySubcatchmentKeepsItsConcentrations) {
 // --- the system ----------------------------------------------------------------------------------------------------
 
 TEST_F(Rows, SystemWithoutLandHasNoRain) {
-    systemrow_fill(44256.0, 1.0, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
     expectRow({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
 }
 
 TEST_F(Rows, SystemTakesMeansOverTheLand) {
-    Gages.resize(1);
-    Gages[0].reportRain = 10.0 / 3600000.0;
+    testModel().gages.resize(1);
+    testModel().gages[0].reportRain = 10.0 / 3600000.0;
     Subcatch s{};
     s.gage = 0;
     s.area = 1.0e4;
@@ -263,11 +265,11 @@ TEST_F(Rows, SystemTakesMeansOverTheLand) {
     s.infilRate = 4.0 / 3600000.0;
     s.lastRunoff = 1.0;
     s.thisRunoff = 3.0;
-    Subcatches.fill(2, s);
-    Subcatches[1].gage = -1;
-    Subcatches[1].area = 3.0e4;
-    Subcatches[1].evapRate = 0.0;
-    systemrow_fill(44256.0, 1.0, 0.5, row);
+    testModel().subcatches.fill(2, s);
+    testModel().subcatches[1].gage = -1;
+    testModel().subcatches[1].area = 3.0e4;
+    testModel().subcatches[1].evapRate = 0.0;
+    systemrow_fill(testModel(), 44256.0, 1.0, 0.5, row);
     EXPECT_FLOAT_EQ(row[0], 2.5f);  // a quarter of the land has the rain
     EXPECT_FLOAT_EQ(row[1], 0.5f);
     EXPECT_FLOAT_EQ(row[2], 4.0f);
@@ -278,8 +280,8 @@ TEST_F(Rows, SystemWithoutAreaHasNoRunoff) {
     Subcatch s{};
     s.gage = -1;
     s.thisRunoff = 3.0;
-    Subcatches.fill(1, s);
-    systemrow_fill(44256.0, 1.0, 1.0, row);
+    testModel().subcatches.fill(1, s);
+    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
     for (int32_t k = 0; k < 4; ++k) {
         EXPECT_EQ(row[k], 0.0f);
     }
@@ -290,57 +292,57 @@ TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     addFilledNode(JUNCTION).newInflow = 16777216.0;
     addFilledNode(OUTFALL).newInflow = 1.0;
     addFilledNode(SWMM).newInflow = 1.0;
-    SwmmNodes.resize(3);
+    testModel().swmmNodes.resize(3);
     double storage[1] = {5.0};
-    Pipes.resize(1);
-    Pipes[0].n = Pipes[0].reachCount = 1;
-    Pipes[0].storage = storage;
-    Pipes[0].newFlood = 0.25;
+    testModel().pipes.resize(1);
+    testModel().pipes[0].n = testModel().pipes[0].reachCount = 1;
+    testModel().pipes[0].storage = storage;
+    testModel().pipes[0].newFlood = 0.25;
     addFilledLink(PIPE);
-    systemrow_fill(44256.0, 1.0, 1.0, row);
-    SwmmNodes.clear();
+    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
+    testModel().swmmNodes.clear();
     expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
 }
 
 TEST_F(Rows, SystemCountsTheFloodOfATank) {
     addTank(1.0, 3.0, 0.0, 4.0);
-    systemrow_fill(44256.0, 0.5, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[7], 2.0f);
-    systemrow_fill(44256.0, 0.25, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);
     EXPECT_EQ(row[7], 1.0f);
 }
 
 TEST_F(Rows, SystemCountsTheFloodOfAConduit) {
     addConduit(0.5, 4.0, 0.0);
-    systemrow_fill(44256.0, 0.5, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[7], 2.0f);
-    systemrow_fill(44256.0, 0.25, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);
     EXPECT_EQ(row[7], 3.0f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfATankAtItsDepthBetweenTheStates) {
     addTank(1.0, 3.0, 0.0, 0.0);
-    systemrow_fill(44256.0, 0.5, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 100.0f * 2.0f);
-    systemrow_fill(44256.0, 0.25, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 100.0f * 1.5f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfAReactor) {
     addReactor(50.0);
-    systemrow_fill(44256.0, 0.5, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[11], 50.0f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterInAllLayersOfALid) {
     addLid();
-    systemrow_fill(44256.0, 0.5, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], LID_VOLUME);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfAConduit) {
     addConduit(0.5, 0.0, 0.0);
-    systemrow_fill(44256.0, 0.5, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 2.0f * 0.5f * 100.0f);
 }
 
@@ -349,7 +351,7 @@ TEST_F(Rows, SystemAddsUpStoresOfAllKinds) {
     addReactor(50.0);
     addLid();
     addConduit(0.5, 4.0, 0.0);
-    systemrow_fill(44256.0, 0.5, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[7], 2.0f + 2.0f);
     EXPECT_FLOAT_EQ(row[11], 200.0f + 50.0f + LID_VOLUME + 100.0f);
 }
@@ -361,14 +363,14 @@ TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStan
     out.oldFlow = 7.0;
     out.newFlow = 5.0;
     addFilledNode(SWMM);
-    SwmmNodes.resize(1);
-    OutsideNode& outside = SwmmNodes[0].outside;
+    testModel().swmmNodes.resize(1);
+    OutsideNode& outside = testModel().swmmNodes[0].outside;
     outside.inflows.head = &in;
     outside.outflows.head = &out;
-    OldRoutingTime = 0.0;
-    NewRoutingTime = 675000.0;
+    testModel().clock.oldRoutingTime = 0.0;
+    testModel().clock.newRoutingTime = 675000.0;
     const auto expectFlows = [&](float inflow, float outflow) {
-        systemrow_fill(44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
+        systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
         EXPECT_EQ(row[8], inflow);
         EXPECT_EQ(row[10], outflow);
     };
@@ -384,10 +386,10 @@ TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStan
     out.next = &secondOut;
     outside.newTime = 337500.0;
     expectFlows(2.0f + 4.0f, 5.25f);
-    OldRoutingTime = NewRoutingTime;
+    testModel().clock.oldRoutingTime = testModel().clock.newRoutingTime;
     expectFlows(1.0f, 5.25f);  // equal clocks: the old state
-    OldRoutingTime = NewRoutingTime = 0.0;
-    SwmmNodes.clear();
+    testModel().clock.oldRoutingTime = testModel().clock.newRoutingTime = 0.0;
+    testModel().swmmNodes.clear();
 }
 
 TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
@@ -396,8 +398,8 @@ TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
     ExtInflow mass{INFLOW_MASS, 0, 7.0, -1, 1.0, &flow};
     addFilledNode(JUNCTION).extInflow = &mass;
     addFilledNode(JUNCTION);
-    HostInflows = {{1, 0, 4.0}, {0, 0, 2.0}};
-    systemrow_fill(44256.0, 1.0, 1.0, row);
+    testModel().requests.inflows = {{1, 0, 4.0}, {0, 0, 2.0}};
+    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[5], 6.25f);
 }
 
@@ -406,7 +408,7 @@ TEST_F(Rows, SystemCountsTheDryWeatherFlowOfEachNode) {
     DwfInflow quality{0, -1, 200.0, &flow};
     addFilledNode(JUNCTION).dwfInflow = &quality;
     addFilledNode(JUNCTION).dwfInflow = &flow;
-    systemrow_fill(44256.0, 1.0, 1.0, row);
+    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 1.0f);
 }
 
@@ -416,13 +418,13 @@ TEST_F(Rows, SystemTakesTheDryWeatherFlowAtTheHourOfTheReport) {
     pattern.count = 2;
     pattern.factors[0] = 1.0;
     pattern.factors[1] = 3.0;
-    Patterns.fill(1, pattern);
+    testModel().patterns.fill(1, pattern);
     DwfInflow flow{-1, 0, 0.5, nullptr};
     addFilledNode(JUNCTION).dwfInflow = &flow;
     const DateTime start = 44256.0;
-    systemrow_fill(start + 0.001 / 86400.0, 1.0, 1.0, row);
+    systemrow_fill(testModel(), start + 0.001 / 86400.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 0.5f * 1.0f);
-    systemrow_fill(start + 3600.001 / 86400.0, 1.0, 1.0, row);
+    systemrow_fill(testModel(), start + 3600.001 / 86400.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 0.5f * 3.0f);
 }
 
@@ -439,11 +441,11 @@ TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
     for (int k = 0; k < 30; ++k) {
         ASSERT_EQ(tarnvelde_step(&elapsed), 0);
     }
-    const SeriesCursor cursors[2] = {TimeSeries[0].cursor, TimeSeries[1].cursor};
-    systemrow_fill(StartDateTime + 1.5 / 24.0, 1.0, 1.0, row);
+    const SeriesCursor cursors[2] = {testModel().timeSeries[0].cursor, testModel().timeSeries[1].cursor};
+    systemrow_fill(testModel(), testModel().options.startDateTime + 1.5 / 24.0, 1.0, 1.0, row);
     EXPECT_FLOAT_EQ(row[5], 4.0f + 10.0f + 2.0f * 4.0f);
     for (int k = 0; k < 2; ++k) {
-        const SeriesCursor &cursor = TimeSeries[k].cursor, &old = cursors[k];
+        const SeriesCursor &cursor = testModel().timeSeries[k].cursor, &old = cursors[k];
         EXPECT_EQ(cursor.before.date, old.before.date);
         EXPECT_EQ(cursor.before.value, old.before.value);
         EXPECT_EQ(cursor.after.date, old.after.date);
@@ -461,7 +463,7 @@ TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
                     folder.file("series.dat") + "\n");
     ASSERT_EQ(project.open(), 0);
     ASSERT_EQ(tarnvelde_start(0), 0);
-    Series& series = TimeSeries[0];
+    Series& series = testModel().timeSeries[0];
     SeriesCursor& cursor = series.cursor;
     SeriesEntry entry;
     ASSERT_TRUE(timeseries_getFirstEntry(series, cursor, entry));
@@ -469,7 +471,8 @@ TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
     }
     ASSERT_TRUE(cursor.isAtEnd);
     const int64_t position = cursor.position;
-    systemrow_fill(StartDateTime + 5.0 / 1440.0, 1.0, 1.0, row);  // goes back to the first entry
+    systemrow_fill(testModel(), testModel().options.startDateTime + 5.0 / 1440.0, 1.0, 1.0,
+                   row);  // goes back to the first entry
     EXPECT_FLOAT_EQ(row[5], 2.0f);
     EXPECT_TRUE(cursor.isAtEnd);
     EXPECT_EQ(cursor.position, position);

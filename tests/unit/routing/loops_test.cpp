@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/model.h"
 #include "support/network.h"
 
 // --- circles -------------------------------------------------------------------------------------------------------
@@ -29,8 +30,8 @@ TEST_F(NetworkTest, loopWithoutHeadSpansTooFewNodes) {
     addNodes({JUNCTION, JUNCTION});
     connect({"AB", "BA"});
     EXPECT_EQ(validate(), report({TOO_FEW}));
-    EXPECT_EQ(ErrorCode, ERR_UNREACHED_NODES);
-    EXPECT_EQ(errors_getPublicCode(ErrorCode), 135);
+    EXPECT_EQ(testModel().error.code, ERR_UNREACHED_NODES);
+    EXPECT_EQ(errors_getPublicCode(testModel().error.code), 135);
 }
 
 // Nothing leads to D and E, but after the first message nothing is counted.
@@ -38,8 +39,8 @@ TEST_F(NetworkTest, loopBehindAHeadNamesTheClosingLinkAndEndsTheTest) {
     addNodes(5);
     connect({"AB", "BC", "CB", "DE", "ED"});
     EXPECT_EQ(validate(), report({cyclic("CB")}));
-    EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
-    EXPECT_EQ(errors_getPublicCode(ErrorCode), 131);
+    EXPECT_EQ(testModel().error.code, ERR_CYCLIC_LOOP);
+    EXPECT_EQ(errors_getPublicCode(testModel().error.code), 131);
 }
 
 TEST_F(NetworkTest, linkToItselfIsALoopWhereAPathReachesIt) {
@@ -78,7 +79,7 @@ TEST_F(NetworkTest, ofPathsOfOneLengthTheEarlierOutletOfTheHeadIsMetFirst) {
     addNodes(7);
     connect({"AB", "AE", "BC", "CD", "DD", "EF", "FG", "GE"});
     EXPECT_STREQ(checkLoops().loopName, "DD");
-    std::swap(Links[0], Links[1]);
+    std::swap(testModel().links[0], testModel().links[1]);
     EXPECT_STREQ(checkLoops().loopName, "GE");
 }
 
@@ -148,8 +149,8 @@ TEST_F(NetworkTest, laggedLinkMakesNoPath) {
 static std::pair<std::string, int64_t> walkAllPaths() {
     std::deque<std::list<int32_t>> paths;
     int64_t count = 0;
-    for (int32_t k = 0; k < Nodes.size(); ++k) {
-        if (Nodes[k].isHead) {
+    for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
+        if (testModel().nodes[k].isHead) {
             paths.push_back({k});
             ++count;
         }
@@ -162,7 +163,7 @@ static std::pair<std::string, int64_t> walkAllPaths() {
             paths.back().push_back(node);
             ++count;
         };
-        for (const Link& link : Links) {
+        for (const Link& link : testModel().links) {
             if (link.fromNode != path.back() || link.isLagged) {
                 continue;
             }
@@ -172,10 +173,10 @@ static std::pair<std::string, int64_t> walkAllPaths() {
             extend(link.toNode);
         }
         int32_t targets[2];
-        const int32_t targetCount = nodekinds_getDirectTargets(path.back(), targets);
+        const int32_t targetCount = nodekinds_getDirectTargets(testModel(), path.back(), targets);
         for (int32_t t = 0; t < targetCount; ++t) {
             if (contains(targets[t])) {
-                return {Nodes[targets[t]].id, count};
+                return {testModel().nodes[targets[t]].id, count};
             }
             extend(targets[t]);
         }
@@ -185,17 +186,17 @@ static std::pair<std::string, int64_t> walkAllPaths() {
 
 /// The number of inflows that each node waits for.
 static std::vector<int32_t> countUpstream() {
-    std::vector<int32_t> counts(Nodes.rows.size(), 0);
-    for (const Link& link : Links) {
+    std::vector<int32_t> counts(testModel().nodes.rows.size(), 0);
+    for (const Link& link : testModel().links) {
         counts[static_cast<size_t>(link.toNode)] += link.isLagged ? 0 : 1;
     }
-    for (const Reactor& reactor : Reactors) {
+    for (const Reactor& reactor : testModel().reactors) {
         ++counts[static_cast<size_t>(reactor.surpassNode)];
         if (reactor.emptyingNode >= 0 && reactor.emptyingNode != reactor.surpassNode) {
             ++counts[static_cast<size_t>(reactor.emptyingNode)];
         }
     }
-    for (const LidMono& mono : LidMonos) {
+    for (const LidMono& mono : testModel().lidMonos) {
         if (mono.unit.drainNode >= 0) {
             ++counts[static_cast<size_t>(mono.unit.drainNode)];
         }
@@ -205,8 +206,8 @@ static std::vector<int32_t> countUpstream() {
 
 /// The order of a step with lists that are searched from end to end.
 static std::vector<int32_t> sortWithLists() {
-    std::vector<int32_t> sorted(Nodes.rows.size(), 0);
-    std::vector<int32_t> visitedCounts(Nodes.rows.size(), 0);
+    std::vector<int32_t> sorted(testModel().nodes.rows.size(), 0);
+    std::vector<int32_t> visitedCounts(testModel().nodes.rows.size(), 0);
     const std::vector<int32_t> upstreamCounts = countUpstream();
     std::list<int32_t> visited, pending;
     size_t k = 0;
@@ -225,21 +226,21 @@ static std::vector<int32_t> sortWithLists() {
             append(to);
         }
     };
-    for (int32_t n = 0; n < Nodes.size(); ++n) {
-        if (Nodes[n].isHead) {
+    for (int32_t n = 0; n < testModel().nodes.size(); ++n) {
+        if (testModel().nodes[n].isHead) {
             append(n);
         }
     }
     while (!pending.empty()) {
-        const Node& node = Nodes[pending.front()];
+        const Node& node = testModel().nodes[pending.front()];
         if (node.kind == REACTOR) {
-            meetDirectTarget(Reactors[node.kindIndex].surpassNode);
-            meetDirectTarget(Reactors[node.kindIndex].emptyingNode);
+            meetDirectTarget(testModel().reactors[node.kindIndex].surpassNode);
+            meetDirectTarget(testModel().reactors[node.kindIndex].emptyingNode);
         }
         if (node.kind == LID_MONO) {
-            meetDirectTarget(LidMonos[node.kindIndex].unit.drainNode);
+            meetDirectTarget(testModel().lidMonos[node.kindIndex].unit.drainNode);
         }
-        for (const Link& link : Links) {
+        for (const Link& link : testModel().links) {
             const int32_t to = link.toNode;
             if (link.fromNode != pending.front() || isListed(to)) {
                 continue;
@@ -257,7 +258,7 @@ static std::vector<int32_t> sortWithLists() {
 /// nodes, so that there are some circles and not too many.
 static void makeRandomNetwork(std::mt19937& random) {
     const auto draw = [&](uint32_t count) { return static_cast<int32_t>(random() % count); };
-    Tables::clear();
+    clear();
     const int32_t nodeCount = 1 + draw(9);
     const int32_t linkCount = draw(static_cast<uint32_t>(nodeCount) * 2);
     const int32_t backward = draw(4);
@@ -272,7 +273,7 @@ static void makeRandomNetwork(std::mt19937& random) {
             to = (to + 1) % nodeCount;
         }
         Tables::addLink("L" + std::to_string(k), from, to);
-        Links.back().isLagged = draw(8) == 0;
+        testModel().links.back().isLagged = draw(8) == 0;
     }
     const auto drawDownstream = [&](int32_t node) {
         const int32_t ahead = nodeCount - 1 - node;
@@ -286,10 +287,10 @@ static void makeRandomNetwork(std::mt19937& random) {
             default: break;
         }
     }
-    topology_indexLinks();
+    topology_indexLinks(testModel());
     if (draw(2) == 0) {
         for (int32_t k = draw(3); k >= 0; --k) {
-            Nodes[draw(static_cast<uint32_t>(nodeCount))].isHead = 1;
+            testModel().nodes[draw(static_cast<uint32_t>(nodeCount))].isHead = 1;
         }
     }
 }
@@ -299,21 +300,21 @@ TEST_F(NetworkTest, smallNetworksPassAndFailAsInTheWalkOverAllPaths) {
     int32_t loops = 0, tooFew = 0, passed = 0;
     for (int32_t trial = 0; trial < 20000; ++trial) {
         makeRandomNetwork(random);
-        network_validate();
-        ErrorCode = 0;  // the rules of kinds are not asked for
-        network_checkCycles();
+        network_validate(testModel());
+        testModel().error.code = 0;  // the rules of kinds are not asked for
+        network_checkCycles(testModel());
         const auto [loopName, pathCount] = walkAllPaths();
-        const LoopCheck check = loops_check();
-        const int64_t nodeCount = static_cast<int64_t>(Nodes.size());
+        const LoopCheck check = loops_check(testModel());
+        const int64_t nodeCount = static_cast<int64_t>(testModel().nodes.size());
         if (!loopName.empty()) {
             ASSERT_NE(check.loopName, nullptr) << "trial " << trial;
             ASSERT_EQ(check.loopName, loopName) << "trial " << trial;
-            ASSERT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
+            ASSERT_EQ(testModel().error.code, ERR_CYCLIC_LOOP);
             ++loops;
         } else {
             ASSERT_EQ(check.loopName, nullptr) << "trial " << trial;
             ASSERT_EQ(check.pathCount, std::min(pathCount, nodeCount)) << "trial " << trial;
-            ASSERT_EQ(ErrorCode, pathCount < nodeCount ? ERR_UNREACHED_NODES : 0);
+            ASSERT_EQ(testModel().error.code, pathCount < nodeCount ? ERR_UNREACHED_NODES : 0);
             ++(pathCount < nodeCount ? tooFew : passed);
         }
     }
@@ -326,7 +327,7 @@ TEST_F(NetworkTest, smallNetworksAreSortedAsWithLists) {
     std::mt19937 random(19960806);
     for (int32_t trial = 0; trial < 20000; ++trial) {
         makeRandomNetwork(random);
-        network_validate();
+        network_validate(testModel());
         ASSERT_EQ(sort(), sortWithLists()) << "trial " << trial;
     }
 }
@@ -334,16 +335,16 @@ TEST_F(NetworkTest, smallNetworksAreSortedAsWithLists) {
 // --- large networks ------------------------------------------------------------------------------------------------
 
 static int64_t size() {
-    return static_cast<int64_t>(Nodes.size() + Links.size());
+    return static_cast<int64_t>(testModel().nodes.size() + testModel().links.size());
 }
 
 /// Nodes without names, for networks where only circles are asked for.
 static void addNamelessNodes(int32_t count) {
     Node node{};
     node.kind = SWMM;
-    Nodes.rows.resize(Nodes.rows.size() + static_cast<size_t>(count), node);
-    ObjectCount[NODE] += count;
-    NodeKindCount[SWMM] += count;
+    testModel().nodes.rows.resize(testModel().nodes.rows.size() + static_cast<size_t>(count), node);
+    testModel().counts.objects[NODE] += count;
+    testModel().counts.nodeKinds[SWMM] += count;
 }
 
 static void addNamelessLink(int32_t from, int32_t to, const char* id = "inside") {
@@ -351,18 +352,18 @@ static void addNamelessLink(int32_t from, int32_t to, const char* id = "inside")
     link.id = id;
     link.fromNode = from;
     link.toNode = to;
-    Links.push_back(link);
-    ++ObjectCount[LINK];
-    ++LinkKindCount[PIPE];
+    testModel().links.push_back(link);
+    ++testModel().counts.objects[LINK];
+    ++testModel().counts.linkKinds[PIPE];
 }
 
 /// Splitters whose two branches rejoin at the next one: 2^60 paths to the last node, and more than 64 bits can number.
 TEST_F(NetworkTest, ladderOfRejoiningSplittersIsCountedWithoutWalking) {
     for (const int32_t rungs : {60, 150}) {
-        Tables::clear();
+        clear();
         addNode("S0", SPLITTER);
         for (int32_t k = 1; k <= rungs; ++k) {
-            const int32_t from = ObjectCount[NODE] - 1;
+            const int32_t from = testModel().counts.objects[NODE] - 1;
             const std::string number = std::to_string(k);
             addNode("A" + number);
             addNode("B" + number);
@@ -373,8 +374,8 @@ TEST_F(NetworkTest, ladderOfRejoiningSplittersIsCountedWithoutWalking) {
             addLink("MB" + number, from + 2, from + 3);
         }
         EXPECT_EQ(validate(), "");
-        EXPECT_LE(NetworkVisitCount, 3 * size());
-        EXPECT_EQ(loops_check().pathCount, 3 * rungs + 1);
+        EXPECT_LE(testModel().visitCount, 3 * size());
+        EXPECT_EQ(loops_check(testModel()).pathCount, 3 * rungs + 1);
     }
 }
 
@@ -393,15 +394,15 @@ TEST_F(NetworkTest, loopBehindALadderIsFoundWithoutWalking) {
 
 TEST_F(NetworkTest, chainOfAMillionNodesIsValidatedAndSortedNodeByNode) {
     const int32_t count = 1000000;
-    Nodes.reserve(count);
-    Links.reserve(count);
+    testModel().nodes.reserve(count);
+    testModel().links.reserve(count);
     addNode("0");
     for (int32_t k = 1; k < count; ++k) {
         addNode(std::to_string(k), k < count - 1 ? JUNCTION : OUTFALL);
         addNamelessLink(k - 1, k);
     }
     EXPECT_EQ(validate(), "");
-    EXPECT_LE(NetworkVisitCount, 3 * size());
+    EXPECT_LE(testModel().visitCount, 3 * size());
     const std::vector<int32_t> sorted = sort();
     for (int32_t k = 0; k < count; ++k) {
         ASSERT_EQ(sorted[static_cast<size_t>(k)], k);

@@ -9,13 +9,14 @@
 #include <string>
 #include <vector>
 
+#include "support/model.h"
 #include "support/network.h"
 
 // --- rules of connection -------------------------------------------------------------------------------------------
 
 TEST_F(NetworkTest, emptyNetworkPasses) {
     EXPECT_EQ(validate(), "");
-    EXPECT_EQ(ErrorCode, 0);
+    EXPECT_EQ(testModel().error.code, 0);
 }
 
 TEST_F(NetworkTest, outfallAloneIsHeadAndWholeNetwork) {
@@ -28,7 +29,7 @@ TEST_F(NetworkTest, outfallAloneIsHeadAndWholeNetwork) {
 TEST_F(NetworkTest, tanksOutfallsAndCoupledNodesNeedNoLink) {
     addNodes({TANK, OUTFALL, SWMM, VORN});
     EXPECT_EQ(validate(), "");
-    EXPECT_EQ(ErrorCode, 0);
+    EXPECT_EQ(testModel().error.code, 0);
 }
 
 TEST_F(NetworkTest, junctionsAndSplittersNeedAnOutlet) {
@@ -36,8 +37,8 @@ TEST_F(NetworkTest, junctionsAndSplittersNeedAnOutlet) {
     EXPECT_EQ(validate(),
               report({"ERROR 137: Node A has no downstream link.", "ERROR 137: Node B has no downstream link.",
                       "ERROR 137: Node C has no downstream link."}));
-    EXPECT_EQ(ErrorCode, ERR_NO_OUTLET);
-    EXPECT_EQ(errors_getPublicCode(ErrorCode), 137);
+    EXPECT_EQ(testModel().error.code, ERR_NO_OUTLET);
+    EXPECT_EQ(errors_getPublicCode(testModel().error.code), 137);
 }
 
 TEST_F(NetworkTest, laggedLinkIsAnOutlet) {
@@ -51,8 +52,8 @@ TEST_F(NetworkTest, eachSurplusOutletOfJunctionIsReported) {
     connect({"AB1", "AB2", "~AB"});
     const std::string message = "ERROR 133: Node A has more than one outlet link.";
     EXPECT_EQ(validate(), report({message, message}));
-    EXPECT_EQ(ErrorCode, ERR_MULTIPLE_OUTLETS);
-    EXPECT_EQ(errors_getPublicCode(ErrorCode), 133);
+    EXPECT_EQ(testModel().error.code, ERR_MULTIPLE_OUTLETS);
+    EXPECT_EQ(errors_getPublicCode(testModel().error.code), 133);
 }
 
 TEST_F(NetworkTest, splittersTanksAndCoupledNodesMayHaveManyOutlets) {
@@ -68,8 +69,8 @@ TEST_F(NetworkTest, eachOutletOfOutfallIsReported) {
     connect({"AB1", "AB2"});
     const std::string message = "ERROR 139: Outfall A has one outlet link.";
     EXPECT_EQ(validate(), report({message, message}));
-    EXPECT_EQ(ErrorCode, ERR_OUTFALL_OUTLET);
-    EXPECT_EQ(errors_getPublicCode(ErrorCode), 139);
+    EXPECT_EQ(testModel().error.code, ERR_OUTFALL_OUTLET);
+    EXPECT_EQ(errors_getPublicCode(testModel().error.code), 139);
 }
 
 TEST_F(NetworkTest, tankTakesPumpsWeirsAndOrificesOnly) {
@@ -80,19 +81,19 @@ TEST_F(NetworkTest, tankTakesPumpsWeirsAndOrificesOnly) {
     }
     const std::string message = "ERROR 145: the link from Tank A is not pump, weir or orifice.";
     EXPECT_EQ(validate(), report({message, message, message}));
-    EXPECT_EQ(ErrorCode, ERR_TANK_LINK);
-    EXPECT_EQ(errors_getPublicCode(ErrorCode), 145);
+    EXPECT_EQ(testModel().error.code, ERR_TANK_LINK);
+    EXPECT_EQ(errors_getPublicCode(testModel().error.code), 145);
 }
 
 // The look-up finds no row, so no link starts there, whatever the table of links holds.
 TEST_F(NetworkTest, nodeWithoutKnownNameIsReportedByEachRuleThatLooksItUp) {
     addNodes({JUNCTION, SPLITTER, OUTFALL});
     connect({"AC1", "AC2", "BC"});
-    names_clear();
+    testModel().names = {};
     EXPECT_EQ(validate(), report({"ERROR 209: undefined object A ", "ERROR 137: Node A has no downstream link.",
                                   "ERROR 209: undefined object B ", "ERROR 137: Node B has no downstream link.",
                                   "ERROR 209: undefined object A "}));
-    EXPECT_EQ(ErrorCode, ERR_UNDEFINED_OBJECT);
+    EXPECT_EQ(testModel().error.code, ERR_UNDEFINED_OBJECT);
 }
 
 TEST_F(NetworkTest, rulesFollowEachOtherAndTheLastFailureIsTheCode) {
@@ -103,21 +104,21 @@ TEST_F(NetworkTest, rulesFollowEachOtherAndTheLastFailureIsTheCode) {
               report({"ERROR 137: Node C has no downstream link.", "ERROR 137: Node E has no downstream link.",
                       "ERROR 133: Node D has more than one outlet link.", "ERROR 139: Outfall B has one outlet link.",
                       "ERROR 145: the link from Tank A is not pump, weir or orifice."}));
-    EXPECT_EQ(ErrorCode, ERR_TANK_LINK);
+    EXPECT_EQ(testModel().error.code, ERR_TANK_LINK);
 }
 
 TEST_F(NetworkTest, circleIsTestedBehindTheRules) {
     addNodes({JUNCTION, OUTFALL});
     connect({"AB", "BB"});
     EXPECT_EQ(validate(), report({"ERROR 139: Outfall B has one outlet link.", cyclic("BB")}));
-    EXPECT_EQ(ErrorCode, ERR_CYCLIC_LOOP);
+    EXPECT_EQ(testModel().error.code, ERR_CYCLIC_LOOP);
 }
 
 TEST_F(NetworkTest, passingLeavesAnEarlierFailure) {
     addNode("O", OUTFALL);
-    ErrorCode = ERR_INPUT;
+    testModel().error.code = ERR_INPUT;
     EXPECT_EQ(validate(), "");
-    EXPECT_EQ(ErrorCode, ERR_INPUT);
+    EXPECT_EQ(testModel().error.code, ERR_INPUT);
 }
 
 TEST_F(NetworkTest, percentInNameIsPlainText) {
@@ -165,7 +166,7 @@ TEST_F(NetworkTest, linkToItselfHoldsANodeBack) {
 TEST_F(NetworkTest, headStaysHead) {
     addNodes(2);
     connect({"AB"});
-    Nodes[1].isHead = 1;
+    testModel().nodes[1].isHead = 1;
     validate();
     EXPECT_EQ(heads(), Indices({0, 1}));
 }
@@ -199,8 +200,8 @@ TEST_F(NetworkTest, laggedLinkIsNotWaitedForButReleasesItsTargetEarly) {
 TEST_F(NetworkTest, linkReleasesATargetThatNothingWaitsFor) {
     addNodes(2);
     connect({"~AB"});
-    Nodes[0].isHead = 1;
-    topology_indexLinks();
+    testModel().nodes[0].isHead = 1;
+    topology_indexLinks(testModel());
     EXPECT_EQ(sort(), Indices({0, 1}));
 }
 

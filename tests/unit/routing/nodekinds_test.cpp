@@ -8,6 +8,7 @@
 
 #include "nodes/reactor.h"
 #include "nodes/tank.h"
+#include "support/model.h"
 #include "support/tables.h"
 
 struct NodeKinds : testing::Test, Tables {};
@@ -26,7 +27,7 @@ TEST_F(NodeKinds, WithoutDirectDischargeHaveNoTargets) {
     for (int32_t kind = 0; kind < NODE_KIND_COUNT; ++kind) {
         if (kind != REACTOR && kind != LID_MONO) {
             const int32_t node = addNode("N" + std::to_string(kind), kind);
-            EXPECT_EQ(nodekinds_getDirectEdges(node, targets), 0) << kind;
+            EXPECT_EQ(nodekinds_getDirectEdges(testModel(), node, targets), 0) << kind;
         }
     }
 }
@@ -35,7 +36,7 @@ TEST_F(NodeKinds, ReactorDischargesItsSurplusAheadOfItsEmptying) {
     addNodes(3);
     makeReactor(0, 2, 1);
     int32_t targets[2];
-    ASSERT_EQ(nodekinds_getDirectEdges(0, targets), 2);
+    ASSERT_EQ(nodekinds_getDirectEdges(testModel(), 0, targets), 2);
     EXPECT_EQ(targets[0], 2);
     EXPECT_EQ(targets[1], 1);
 }
@@ -44,8 +45,8 @@ TEST_F(NodeKinds, ReactorWithOneNodeForBothHasTwoEdgesAndOneTarget) {
     addNodes(2);
     makeReactor(0, 1, 1);
     int32_t targets[2];
-    EXPECT_EQ(nodekinds_getDirectEdges(0, targets), 2);
-    ASSERT_EQ(nodekinds_getDirectTargets(0, targets), 1);
+    EXPECT_EQ(nodekinds_getDirectEdges(testModel(), 0, targets), 2);
+    ASSERT_EQ(nodekinds_getDirectTargets(testModel(), 0, targets), 1);
     EXPECT_EQ(targets[0], 1);
 }
 
@@ -53,7 +54,7 @@ TEST_F(NodeKinds, ReactorWithoutAnEmptyingNodeHasItsSurplusAlone) {
     addNodes(2);
     makeReactor(0, 1, -1);
     int32_t targets[2];
-    ASSERT_EQ(nodekinds_getDirectTargets(0, targets), 1);
+    ASSERT_EQ(nodekinds_getDirectTargets(testModel(), 0, targets), 1);
     EXPECT_EQ(targets[0], 1);
 }
 
@@ -62,17 +63,17 @@ TEST_F(NodeKinds, LidMonomerDischargesItsDrainIfItHasANodeForIt) {
     makeLidMono(0, 2);
     makeLidMono(1, -1);
     int32_t targets[2];
-    ASSERT_EQ(nodekinds_getDirectTargets(0, targets), 1);
+    ASSERT_EQ(nodekinds_getDirectTargets(testModel(), 0, targets), 1);
     EXPECT_EQ(targets[0], 2);
-    EXPECT_EQ(nodekinds_getDirectTargets(1, targets), 0);
+    EXPECT_EQ(nodekinds_getDirectTargets(testModel(), 1, targets), 0);
 }
 
 TEST_F(NodeKinds, HaveDecayWhereTheyStoreWater) {
     addNode("J", JUNCTION);
     addNode("T", TANK);
     Decay decay{};
-    Tanks.resize(1);
-    Tanks[0].decay = &decay;
-    EXPECT_EQ(nodekinds_findDecay(node("J")), nullptr);
-    EXPECT_EQ(nodekinds_findDecay(node("T")), &decay);
+    testModel().tanks.resize(1);
+    testModel().tanks[0].decay = &decay;
+    EXPECT_EQ(nodekinds_findDecay(testModel(), node("J")), nullptr);
+    EXPECT_EQ(nodekinds_findDecay(testModel(), node("T")), &decay);
 }

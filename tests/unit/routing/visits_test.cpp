@@ -18,6 +18,7 @@
 #include "routing/network.h"
 #include "support/allkinds.h"
 #include "support/generate.h"
+#include "support/model.h"
 #include "support/pipes.h"
 
 // --- statistics ----------------------------------------------------------------------------------------------------
@@ -32,49 +33,56 @@ struct NodeBook {
 
 /// What the statistics and totals of a run should hold, added up from the state after each step.
 struct Books {
-    Table<NodeBook> nodes = table_make(Nodes.size(), NodeBook{});
-    Table<LinkBook> links = table_make(Links.size(), LinkBook{});
+    Table<NodeBook> nodes = table_make(testModel().nodes.size(), NodeBook{});
+    Table<LinkBook> links = table_make(testModel().links.size(), LinkBook{});
     double flood = 0.0, outflow = 0.0;
 
     static double getFlood(const Link& link) {
         switch (link.kind) {
-            case PIPE: return Pipes[link.kindIndex].newFlood;
-            case CONDUIT: return Conduits[link.kindIndex].newFlood;
+            case PIPE: return testModel().pipes[link.kindIndex].newFlood;
+            case CONDUIT: return testModel().conduits[link.kindIndex].newFlood;
             default: return 0.0;
         }
     }
 
     void add() {
-        const double dt = RoutingStep;
-        for (int32_t k = 0; k < Links.size(); ++k) {
-            const double overflow = getFlood(Links[k]);
-            links[k].flowVolume += dt * Links[k].newFlow;
-            links[k].maxFlow = std::max(links[k].maxFlow, Links[k].newFlow);
+        const double dt = testModel().options.routingStep;
+        for (int32_t k = 0; k < testModel().links.size(); ++k) {
+            const double overflow = getFlood(testModel().links[k]);
+            links[k].flowVolume += dt * testModel().links[k].newFlow;
+            links[k].maxFlow = std::max(links[k].maxFlow, testModel().links[k].newFlow);
             links[k].floodVolume += dt * overflow;
             links[k].maxFlood = std::max(links[k].maxFlood, overflow);
             flood += dt * overflow;
         }
-        for (int32_t k = 0; k < Nodes.size(); ++k) {
-            nodes[k].inflowVolume += dt * Nodes[k].newInflow;
-            nodes[k].maxInflow = std::max(nodes[k].maxInflow, Nodes[k].newInflow);
-            flood += Nodes[k].kind == TANK ? dt * Tanks[Nodes[k].kindIndex].newFlood : 0.0;
-            outflow += Nodes[k].kind == OUTFALL ? dt * Nodes[k].newInflow : 0.0;
+        for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
+            nodes[k].inflowVolume += dt * testModel().nodes[k].newInflow;
+            nodes[k].maxInflow = std::max(nodes[k].maxInflow, testModel().nodes[k].newInflow);
+            flood += testModel().nodes[k].kind == TANK ? dt * testModel().tanks[testModel().nodes[k].kindIndex].newFlood
+                                                       : 0.0;
+            outflow += testModel().nodes[k].kind == OUTFALL ? dt * testModel().nodes[k].newInflow : 0.0;
         }
     }
 
     void compare(const std::string& what) const {
-        for (int32_t k = 0; k < Nodes.size(); ++k) {
-            ASSERT_EQ(Nodes[k].statInflowVolume, nodes[k].inflowVolume) << what << ", node " << Nodes[k].id;
-            ASSERT_EQ(Nodes[k].statMaxInflow, nodes[k].maxInflow) << what << ", node " << Nodes[k].id;
+        for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
+            ASSERT_EQ(testModel().nodes[k].statInflowVolume, nodes[k].inflowVolume)
+                << what << ", node " << testModel().nodes[k].id;
+            ASSERT_EQ(testModel().nodes[k].statMaxInflow, nodes[k].maxInflow)
+                << what << ", node " << testModel().nodes[k].id;
         }
-        for (int32_t k = 0; k < Links.size(); ++k) {
-            ASSERT_EQ(Links[k].statFlowVolume, links[k].flowVolume) << what << ", link " << Links[k].id;
-            ASSERT_EQ(Links[k].statMaxFlow, links[k].maxFlow) << what << ", link " << Links[k].id;
-            ASSERT_EQ(Links[k].statFloodVolume, links[k].floodVolume) << what << ", link " << Links[k].id;
-            ASSERT_EQ(Links[k].statMaxFlood, links[k].maxFlood) << what << ", link " << Links[k].id;
+        for (int32_t k = 0; k < testModel().links.size(); ++k) {
+            ASSERT_EQ(testModel().links[k].statFlowVolume, links[k].flowVolume)
+                << what << ", link " << testModel().links[k].id;
+            ASSERT_EQ(testModel().links[k].statMaxFlow, links[k].maxFlow)
+                << what << ", link " << testModel().links[k].id;
+            ASSERT_EQ(testModel().links[k].statFloodVolume, links[k].floodVolume)
+                << what << ", link " << testModel().links[k].id;
+            ASSERT_EQ(testModel().links[k].statMaxFlood, links[k].maxFlood)
+                << what << ", link " << testModel().links[k].id;
         }
-        EXPECT_EQ(FlowTotals.floodingLoss, flood) << what;
-        EXPECT_EQ(FlowTotals.externalOutflow, outflow) << what;
+        EXPECT_EQ(testModel().totals.flow.floodingLoss, flood) << what;
+        EXPECT_EQ(testModel().totals.flow.externalOutflow, outflow) << what;
     }
 };
 
@@ -112,8 +120,8 @@ static std::string lagSomeLinks(std::string text, std::mt19937& random) {
 
 static int countUnvisited() {
     int count = 0;
-    for (int32_t k = 1; k < Nodes.size(); ++k) {
-        count += SortedNodes[k] == 0 ? 1 : 0;
+    for (int32_t k = 1; k < testModel().nodes.size(); ++k) {
+        count += testModel().sortedNodes[k] == 0 ? 1 : 0;
     }
     return count;
 }
@@ -148,7 +156,7 @@ TEST(Statistics, OfFlowsThatAHostStoresAreThoseBehindTheStep) {
     ASSERT_EQ(project.open(), 0) << project.getReport();
     std::mt19937 random(3);
     compareBooks(120, "flows of a host", [&] {
-        const Link& link = Links[random() % Links.rows.size()];
+        const Link& link = testModel().links[random() % testModel().links.rows.size()];
         tarnvelde_setLinkFlow(link.id, static_cast<double>(random() % 100) / 100.0);
     });
 }
@@ -209,7 +217,7 @@ TEST(NodeOrder, VisitsNodeZeroInThePlaceOfANodeThatIsNeverReached) {
     EXPECT_EQ(m.node("B").newInflow, 3.0 * 4.0);
     EXPECT_EQ(m.node("OUT").newInflow, 4.0);  // visited between the first time and the others
     EXPECT_EQ(m.node("C").newInflow, 0.0);    // never visited
-    EXPECT_EQ(FlowTotals.externalInflow, DT * 13.0);
+    EXPECT_EQ(testModel().totals.flow.externalInflow, DT * 13.0);
 }
 
 /// One reach with X = 0 by its laws, with a period below the routing step: the old concentration is that of the step

@@ -167,17 +167,6 @@ TEST(ParseDate, KeepsTheLowerHalfOfALongNumber) {
     EXPECT_EQ(parseDate("9223372036854775808/1/5"), NO_DATE);                 // 2^63, more than 64 bits hold
 }
 
-TEST(ParseDate, KnowsTheOtherTwoOrders) {
-    const double day = datetime_encodeDate(2020, 1, 5);
-    DateFormat = 1;
-    EXPECT_EQ(parseDate("1/5/2020"), day);
-    EXPECT_EQ(parseDate("JAN-5-2020"), day);
-    DateFormat = 2;
-    EXPECT_EQ(parseDate("5/1/2020"), day);
-    EXPECT_EQ(parseDate("5-jan-2020"), day);
-    DateFormat = 0;
-}
-
 TEST(ParseTime, TakesAPlainNumberAsHours) {
     EXPECT_EQ(parseTime("1.5"), 1.5 / 24.0);
     EXPECT_EQ(parseTime("-2"), -2.0 / 24.0);

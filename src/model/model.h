@@ -1,0 +1,161 @@
+#pragma once
+// The model: all that one project is and does, in one object. Whoever opens a project makes one, whoever closes it lets
+// it go, and nothing outlives it; so a process may hold as many as it likes, and each may run in a thread of its own.
+//
+// The rooms own what they keep here: a table belongs to the room that describes its record, and only that room and the
+// floors above it write it. A function is handed the model, or the part of it that serves.
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "model/arena.h"
+#include "model/errors.h"
+#include "model/names.h"
+#include "model/project.h"
+#include "model/table.h"
+#include "model/topology.h"
+#include "text/textfile.h"
+
+struct ActionList;
+struct BinaryResults;
+struct ChangedPipe;
+struct Conduit;
+struct Connection;
+struct Converter;
+struct Curve;
+struct DatabaseResults;
+struct DryWeatherNode;
+struct EvapRecord;
+struct Gage;
+struct Landuse;
+struct Lid;
+struct LidGroup;
+struct LidMono;
+struct LidUnit;
+struct Orifice;
+struct Outfall;
+struct Pattern;
+struct Pipe;
+struct Pollut;
+struct Pump;
+struct Reactor;
+struct ResultBuffers;
+struct Rule;
+struct RunningIndices;
+struct Series;
+struct Splitter;
+struct Subcatch;
+struct SwmmNode;
+struct Tank;
+struct Transect;
+struct Visit;
+struct VisitLink;
+struct VornNode;
+struct Weir;
+
+struct Model {
+    Model();
+    ~Model();
+    Model(const Model&) = delete;
+    Model& operator=(const Model&) = delete;
+
+    // --- files and messages
+
+    Files files{};
+    EngineLibraries engines{};
+    CurrentError error{};
+    bool isSilent{};  ///< says nothing on standard output
+    bool isOpen{};
+    bool isStarted{};
+
+    // --- what was read: constant through a run but for what a host sets
+
+    Memory memory;
+    Options options{};
+    std::string description[10];  ///< lines of the report's head; an empty one is unused
+    ObjectCounts counts{};
+    NameTables names;
+
+    Table<Gage> gages;
+    Table<Subcatch> subcatches;
+    Table<Landuse> landuses;
+    Table<Lid> lids;
+    Table<LidGroup> lidGroups;  ///< one per subcatchment
+    Table<LidUnit> lidUnits;    ///< of all subcatchments, in the order of their lines
+    std::unique_ptr<EvapRecord> evap;
+
+    Table<Node> nodes;
+    Table<Tank> tanks;
+    Table<Outfall> outfalls;
+    Table<Splitter> splitters;
+    Table<Reactor> reactors;
+    Table<LidMono> lidMonos;
+    Table<SwmmNode> swmmNodes;
+    Table<VornNode> vornNodes;
+
+    Table<Link> links;
+    Table<Pipe> pipes;
+    Table<Pump> pumps;
+    Table<Connection> connections;
+    Table<Conduit> conduits;
+    Table<Weir> weirs;
+    Table<Orifice> orifices;
+
+    Table<Pollut> polluts;
+    Table<Curve> curves;
+    Table<Series> timeSeries;
+    Table<Pattern> patterns;
+    Table<Converter> converters;
+    Table<Rule> rules;
+
+    Table<const Transect*> transects;
+    LinkIndex outgoingLinks, incomingLinks;  ///< by node
+
+    // --- while it is read
+
+    int32_t clauseState{};                    ///< the ClauseWord of the rules that was read last
+    std::unique_ptr<RunningIndices> running;  ///< of the second pass
+
+    // --- the state of the run
+
+    Clock clock{};
+    int32_t saveMode{};
+    HostRequests requests;
+
+    int32_t* sortedNodes{};  ///< in the order of visits; null before the first start
+    int64_t visitCount{};    ///< of the network, over the run
+    Table<Visit> visits;
+    Table<VisitLink> outgoingVisits, incomingVisits;
+    Table<int32_t> uncountedNodes, uncountedLinks;  ///< of which no visit makes the statistics
+
+    std::vector<DryWeatherNode> nodesWithDryWeather;
+    std::vector<int32_t> nodesWithExternal;
+    Table<int32_t> guidedLinks;
+    Table<uint8_t> isGuided;
+    Table<int32_t> everChangingLinks;
+    Table<ChangedPipe> changedPipes;  ///< that fired, or that the host wrote to, since the last roll
+    Table<uint8_t> isChangedPipe;     ///< by link: stands in changedPipes
+    int32_t floodingPipeCount{};      ///< pipes whose newFlood isn't 0
+    bool hasEndlessQuality{};         ///< some concentration in a pipe of the run was no finite number
+    std::unique_ptr<ActionList> actionList;
+
+    // --- results and totals
+
+    Totals totals{};
+    std::unique_ptr<ResultBuffers> results;
+    std::unique_ptr<BinaryResults> binary;
+    std::unique_ptr<DatabaseResults> database;
+};
+
+/// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
+[[nodiscard]] double project_getDate(Model& model, double clock);
+
+[[nodiscard]] inline int32_t project_pollutantCount(Model& model) {
+    return model.counts.objects[POLLUT];
+}
+
+/// Empties the five lists that a host has filled.
+void project_clearHostLists(Model& model);
