@@ -22,7 +22,7 @@
 #include "nodes/tank.h"
 #include "tarnvelde.h"
 
-int32_t exchange_findRow(Model& model, int32_t type, const char* name, int32_t tableSize) {
+int32_t exchange_findRow(const Model& model, int32_t type, const char* name, int32_t tableSize) {
     // A project that failed to open may know names whose tables were never made.
     const int32_t row = names_find(model, type, name);
     return row >= 0 && row < tableSize ? row : -1;

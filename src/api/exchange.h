@@ -17,7 +17,7 @@ constexpr int32_t FAILURE = -1;
 
 /// Row of a name in the table of its class, -1 if there is none: for a null, empty or unknown name, and while the table
 /// of the class doesn't exist.
-[[nodiscard]] int32_t exchange_findRow(Model& model, int32_t type, const char* name, int32_t tableSize);
+[[nodiscard]] int32_t exchange_findRow(const Model& model, int32_t type, const char* name, int32_t tableSize);
 
 /// The node or link of a name if it is of a kind, or null.
 [[nodiscard]] Node* exchange_findNode(Model& model, const char* name, int32_t kind);

@@ -13,7 +13,7 @@
 
 /// The functions of a node's engine, or null. The kind of the node isn't looked at: any node reaches the engine in the
 /// place that the node has among those of its own kind. What such a call gives is part of the interface.
-static const SwmmEntries* findEngine(Model& model, const char* name) {
+static const SwmmEntries* findEngine(const Model& model, const char* name) {
     const int32_t node = exchange_findRow(model, NODE, name, model.nodes.size());
     if (node < 0) {
         return nullptr;
@@ -68,14 +68,14 @@ using ParamGetter = int (*SwmmEntries::*)(int type, const char* id, int code, do
 using ParamSetter = int (*SwmmEntries::*)(int type, const char* id, int code, double value);
 
 /// Parameters of objects, of nodes and of links are asked for in one way, and so are they set.
-static int32_t getParam(Model& model, const char* node, ParamGetter entry, int32_t type, const char* id, int32_t code,
-                        double* value) {
+static int32_t getParam(const Model& model, const char* node, ParamGetter entry, int32_t type, const char* id,
+                        int32_t code, double* value) {
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(id) && value ? (engine->*entry)(type, id, code, value) : FAILURE;
 }
 
-static int32_t setParam(Model& model, const char* node, ParamSetter entry, int32_t type, const char* id, int32_t code,
-                        double value) {
+static int32_t setParam(const Model& model, const char* node, ParamSetter entry, int32_t type, const char* id,
+                        int32_t code, double value) {
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(id) ? (engine->*entry)(type, id, code, value) : FAILURE;
 }
@@ -131,7 +131,7 @@ int32_t tarnvelde_setSwmmLinkFlow(const char* node, const char* id, double flow)
 // --- requests for the routing step ----------------------------------------------------------------------------------
 
 /// Appends a request with copies of the texts. Without memory nothing is queued.
-static int32_t queueRequest(Model& model, std::vector<SwmmRequest>& queue, const char* node, const char* object,
+static int32_t queueRequest(const Model& model, std::vector<SwmmRequest>& queue, const char* node, const char* object,
                             const char* pollutant, double value) {
     try {
         queue.push_back({names_find(model, NODE, node), object, pollutant, value});

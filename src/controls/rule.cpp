@@ -29,7 +29,7 @@ void rule_createAll(Model& model) {
 
 // --- targets -------------------------------------------------------------------------------------------------------
 
-static bool isSwmmNode(Model& model, int32_t node) {
+static bool isSwmmNode(const Model& model, int32_t node) {
     return model.nodes[node].kind == SWMM;
 }
 
@@ -42,7 +42,7 @@ static int32_t compareTexts(const char* a, const char* b) {
 }
 
 /// Order of what two actions act on, 0 if it is the same: a link; else a node, and inside a SWMM node one of its links.
-static int32_t compareTargets(Model& model, const Action& a, const Action& b) {
+static int32_t compareTargets(const Model& model, const Action& a, const Action& b) {
     if (a.link != b.link) {
         return a.link < b.link ? -1 : 1;
     }
@@ -55,7 +55,7 @@ static int32_t compareTargets(Model& model, const Action& a, const Action& b) {
     return isSwmmNode(model, a.node) ? compareTexts(a.swmmLink, b.swmmLink) : 0;
 }
 
-static std::vector<Action*> listActions(Model& model) {
+static std::vector<Action*> listActions(const Model& model) {
     std::vector<Action*> actions;
     for (const Rule& rule : model.rules) {
         for (Action* list : {rule.thenActions, rule.elseActions}) {
@@ -94,7 +94,7 @@ void rule_openRun(Model& model) {
 
 // --- premises ------------------------------------------------------------------------------------------------------
 
-static double getDepth(Model& model, const RuleOperand& operand) {
+static double getDepth(const Model& model, const RuleOperand& operand) {
     if (operand.node >= 0 && operand.tank >= 0) {
         return model.tanks[operand.tank].newDepth;
     }
@@ -102,7 +102,7 @@ static double getDepth(Model& model, const RuleOperand& operand) {
 }
 
 /// How full a reactor is. A plug-flow reactor has no volume, and what 0 / 0 gives is unequal to all values.
-static double getFill(Model& model, int32_t index) {
+static double getFill(const Model& model, int32_t index) {
     const Reactor& reactor = model.reactors[index];
     return reactor.storedVolume / reactor.volume;
 }
@@ -157,7 +157,7 @@ static bool isFulfilled(Model& model, const Rule& rule) {
 
 // --- actions -------------------------------------------------------------------------------------------------------
 
-static double getPriority(Model& model, const Action& action) {
+static double getPriority(const Model& model, const Action& action) {
     return model.rules[action.rule].priority;
 }
 

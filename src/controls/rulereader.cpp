@@ -130,7 +130,7 @@ static int32_t findRelation(const char* text) {
 // --- conditions ----------------------------------------------------------------------------------------------------
 
 /// Finds an object of a condition by name. False if there is none, or none of that kind so far.
-static bool findObject(Model& model, const ConditionObject& object, const char* name, RuleOperand& operand) {
+static bool findObject(const Model& model, const ConditionObject& object, const char* name, RuleOperand& operand) {
     const int32_t index = names_find(model, object.type, name);
     if (index < 0) {
         return false;
@@ -244,7 +244,7 @@ static int32_t getRowOfKind(const Node& node, int32_t kind) {
 }
 
 /// Looks a name up as link and as node, whatever type the line gives it. False if it is neither.
-static bool findTargets(Model& model, Action& action, const char* name) {
+static bool findTargets(const Model& model, Action& action, const char* name) {
     action.link = names_find(model, LINK, name);
     action.node = names_find(model, NODE, name);
     action.splitter = action.reactor = action.swmm = -1;
@@ -375,7 +375,7 @@ static int32_t readPriority(Model& model, const Tokens& tokens, Rule& rule) {
 }
 
 /// Whether a clause may stand behind the one read last.
-static bool isInSequence(Model& model, int32_t clause) {
+static bool isInSequence(const Model& model, int32_t clause) {
     const bool isInActions = model.clauseState == CLAUSE_THEN || model.clauseState == CLAUSE_ELSE;
     switch (clause) {
         case CLAUSE_RULE: return true;

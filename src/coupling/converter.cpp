@@ -124,13 +124,13 @@ void converter_validate(Model& model, int32_t index) {
 
 // --- conversion ----------------------------------------------------------------------------------------------------
 
-bool converter_isInfluentPoint(Model& model, const ConverterPoint& point) {
+bool converter_isInfluentPoint(const Model& model, const ConverterPoint& point) {
     return point.target >= 0 && point.target < CONSTITUENT_COUNT &&
            (point.sourceKind == SOURCE_CONSTANT ||
             (point.sourceIndex >= 0 && point.sourceIndex < project_pollutantCount(model)));
 }
 
-bool converter_isEffluentPoint(Model& model, const ConverterPoint& point) {
+bool converter_isEffluentPoint(const Model& model, const ConverterPoint& point) {
     return point.target >= 0 && point.target < project_pollutantCount(model);
 }
 
@@ -145,7 +145,8 @@ void converter_addAmount(const ConverterPoint& point, double amount, double& tot
     }
 }
 
-void converter_applyInfluent(Model& model, int32_t index, double flow, const double* loads, double* constituents) {
+void converter_applyInfluent(const Model& model, int32_t index, double flow, const double* loads,
+                             double* constituents) {
     for (const ConverterPoint* point = model.converters[index].points; point; point = point->next) {
         if (!converter_isInfluentPoint(model, *point)) {
             continue;

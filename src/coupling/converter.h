@@ -40,11 +40,12 @@ void converter_validate(Model& model, int32_t converter);
 
 /// Whether a point can be used on the way into a plant, or out of it. Nothing ties the type of a converter to the line
 /// that names it, so its numbers may mean something else there.
-[[nodiscard]] bool converter_isInfluentPoint(Model& model, const ConverterPoint& point);
-[[nodiscard]] bool converter_isEffluentPoint(Model& model, const ConverterPoint& point);
+[[nodiscard]] bool converter_isInfluentPoint(const Model& model, const ConverterPoint& point);
+[[nodiscard]] bool converter_isEffluentPoint(const Model& model, const ConverterPoint& point);
 
 /// Puts an amount to a total: added, or taken off, when nothing below 0 is left.
 void converter_addAmount(const ConverterPoint& point, double amount, double& total);
 
 /// Adds what a flow (m3/s) with its loads (kg/s) brings to the constituents (g/s).
-void converter_applyInfluent(Model& model, int32_t converter, double flow, const double* loads, double* constituents);
+void converter_applyInfluent(const Model& model, int32_t converter, double flow, const double* loads,
+                             double* constituents);

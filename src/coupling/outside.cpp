@@ -88,7 +88,7 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
     }
 }
 
-bool outside_findModel(Model& model, const OutsideNode& outside, std::string& path) {
+bool outside_findModel(const Model& model, const OutsideNode& outside, std::string& path) {
     std::string found = outside.inpFile;
     if (!files_exists(found)) {
         found = model.files.inputFolder + outside.inpFile;
@@ -163,7 +163,7 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
     }
 }
 
-double* outside_getLoads(Model& model, const OutsideNode& outside) {
+double* outside_getLoads(const Model& model, const OutsideNode& outside) {
     std::fill_n(outside.scratch, project_pollutantCount(model), 0.0);
     return outside.scratch;
 }

@@ -102,7 +102,7 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
 /// of the project. False if there is neither.
-[[nodiscard]] bool outside_findModel(Model& model, const OutsideNode& outside, std::string& path);
+[[nodiscard]] bool outside_findModel(const Model& model, const OutsideNode& outside, std::string& path);
 
 /// Appends a record for the object that token 1 names. An error index, or 0.
 [[nodiscard]] int32_t outside_addRecord(Model& model, const Tokens& tokens, CoupledList& list, int32_t index,
@@ -130,7 +130,7 @@ void outside_moveClock(OutsideNode& outside, double elapsedDays);
 /// Steps the engine until it has passed the routing clock, or once if its run is over, when it tells an elapsed time of
 /// 0. `give` passes what goes into the model ahead of each step, `take` fetches what comes out of it.
 template <class Give, class Take>
-void outside_advance(Model& model, OutsideNode& outside, const OutsideCalls& calls, Give give, Take take) {
+void outside_advance(const Model& model, OutsideNode& outside, const OutsideCalls& calls, Give give, Take take) {
     if (outside.newTime > model.clock.newRoutingTime) {
         return;
     }
@@ -148,7 +148,7 @@ void outside_advance(Model& model, OutsideNode& outside, const OutsideCalls& cal
 [[nodiscard]] CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
 
 /// The room for one number per pollutant, emptied: for the loads of one link, kg/s.
-[[nodiscard]] double* outside_getLoads(Model& model, const OutsideNode& outside);
+[[nodiscard]] double* outside_getLoads(const Model& model, const OutsideNode& outside);
 
 /// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.
 void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads);

@@ -39,7 +39,7 @@ static SwmmNode& getSwmm(Model& model, int32_t row) {
     return model.swmmNodes[row];
 }
 
-static int32_t getRow(Model& model, int32_t node) {
+static int32_t getRow(const Model& model, int32_t node) {
     return model.nodes[node].kindIndex;
 }
 
@@ -214,7 +214,7 @@ void swmm_takeRunoff(Model& model, int32_t row, int32_t subcatch, double flow) {
 
 /// Inflows and loads that the host has asked for; they are given again in each step of the engine. A record of the same
 /// object overrides them.
-static void passRequests(Model& model, int32_t node, const SwmmEntries& entries) {
+static void passRequests(const Model& model, int32_t node, const SwmmEntries& entries) {
     for (const SwmmRequest& request : model.requests.swmmInflows) {
         if (request.node == node) {
             entries.swmm_setExtInflow(request.object.c_str(), request.value);
@@ -227,7 +227,7 @@ static void passRequests(Model& model, int32_t node, const SwmmEntries& entries)
     }
 }
 
-static void passInflows(Model& model, const SwmmNode& swmm) {
+static void passInflows(const Model& model, const SwmmNode& swmm) {
     const double f = outside_getWeight(swmm.outside.newTime, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     for (const CoupledFlow* record = swmm.outside.inflows.head; record; record = record->next) {
         swmm.entries.swmm_setExtInflow(record->objectId, (1.0 - f) * record->oldFlow + f * record->newFlow);
@@ -238,7 +238,7 @@ static void passInflows(Model& model, const SwmmNode& swmm) {
     }
 }
 
-static void passSettings(Model& model, int32_t node, const SwmmEntries& entries) {
+static void passSettings(const Model& model, int32_t node, const SwmmEntries& entries) {
     for (const SwmmRequest& request : model.requests.swmmSettings) {
         if (request.node == node) {
             entries.swmm_setSetting(request.object.c_str(), request.value, entries.swmm_getRoutingStep());
@@ -252,7 +252,7 @@ static int getResultCode(int pollutant) {
 }
 
 /// What the engine doesn't store is 0; so is the load of a pollutant that the model doesn't know.
-static void takeOutflows(Model& model, const SwmmNode& swmm) {
+static void takeOutflows(const Model& model, const SwmmNode& swmm) {
     outside_rollRecords(swmm.outside.outflows, project_pollutantCount(model));
     for (CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
         swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, TOTAL_INFLOW, &record->newFlow);

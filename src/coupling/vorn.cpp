@@ -32,7 +32,7 @@ static VornNode& getVorn(Model& model, int32_t row) {
     return model.vornNodes[row];
 }
 
-static int32_t getRow(Model& model, int32_t node) {
+static int32_t getRow(const Model& model, int32_t node) {
     return model.nodes[node].kindIndex;
 }
 
@@ -181,7 +181,7 @@ void vorn_takeInflow(Model& model, int32_t row, int32_t link, double flow, const
 
 /// The constituents that are sent are those of the converter of the first record, for all records: what only another
 /// converter fills doesn't reach the plant.
-static void passInfluents(Model& model, const VornNode& vorn) {
+static void passInfluents(const Model& model, const VornNode& vorn) {
     const CoupledFlow* head = vorn.outside.inflows.head;
     const double f = outside_getWeight(vorn.outside.newTime, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     for (const CoupledFlow* record = head; record; record = record->next) {
@@ -198,7 +198,7 @@ static void passInfluents(Model& model, const VornNode& vorn) {
 }
 
 /// Loads of the pollutants in what leaves a unit. The factor of a point has no effect on this side.
-static void convertEffluent(Model& model, const VornNode& vorn, const CoupledFlow& record) {
+static void convertEffluent(const Model& model, const VornNode& vorn, const CoupledFlow& record) {
     const ConverterPoint* point = model.converters[record.converter].points;
     for (; point; point = point->next) {
         if (!converter_isEffluentPoint(model, *point)) {
@@ -213,7 +213,7 @@ static void convertEffluent(Model& model, const VornNode& vorn, const CoupledFlo
     }
 }
 
-static void takeEffluents(Model& model, const VornNode& vorn) {
+static void takeEffluents(const Model& model, const VornNode& vorn) {
     outside_rollRecords(vorn.outside.outflows, project_pollutantCount(model));
     for (CoupledFlow* record = vorn.outside.outflows.head; record; record = record->next) {
         vorn.entries.vorn_getExtOutflow(record->objectId, FLOW_INDEX, &record->newFlow);

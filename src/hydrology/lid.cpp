@@ -254,7 +254,7 @@ static void setSurfaceAlpha(Model& model, Lid& lid) {
 
 /// The mat of a green roof stands in for its storage. A line for a storage of its own has been tested above and even
 /// moved the drain, and is replaced here.
-static void putMatInStorage(Model& model, Lid& lid) {
+static void putMatInStorage(const Model& model, Lid& lid) {
     lid.storageDepth = lid.matDepth;
     lid.storageVoid = lid.matVoid;
     lid.storageRate = 0.0;

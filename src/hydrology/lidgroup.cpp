@@ -120,7 +120,7 @@ void lidgroup_shiftState(Model& model, int32_t subcatch) {
 }
 
 /// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before.
-static void setLoads(Model& model, const Subcatch& subcatch, LidUnit& unit, double dt) {
+static void setLoads(const Model& model, const Subcatch& subcatch, LidUnit& unit, double dt) {
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double concentration = model.polluts[p].rainConcentration;
         unit.load[p] =
@@ -130,7 +130,7 @@ static void setLoads(Model& model, const Subcatch& subcatch, LidUnit& unit, doub
 }
 
 /// One unit over the step, whose inflow (m3/s) is what is led onto it. Gives what leaves it.
-static LidOutflow stepUnit(Model& model, const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour,
+static LidOutflow stepUnit(const Model& model, const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour,
                            double dt) {
     setLoads(model, subcatch, unit, dt);
     LidStep step{

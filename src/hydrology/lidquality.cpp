@@ -43,20 +43,20 @@ static double getMixed(double mass, double volume) {
 }
 
 /// Reaction in a layer; gives the concentration after it and books what is gone.
-static double react(Model& model, const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
+static double react(const Model& model, const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
     const double left = decay_react(model, rules[p], mixed, s.hour, s.dt);
     s.unit->reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
     return left;
 }
 
 /// Soil and pavement: what stays reacts.
-static double finishLayer(Model& model, const LidStep& s, int32_t p, const Layer& layer, Decay* rules) {
+static double finishLayer(const Model& model, const LidStep& s, int32_t p, const Layer& layer, Decay* rules) {
     const double mixed = getMixed(layer.in + layer.mass - layer.out, layer.volume);
     return react(model, s, p, rules, mixed, layer.volume) * layer.volume / G_PER_KG;
 }
 
 /// The surface: water leaves it downward and over the berm. Gives its concentration after the reaction, mg/L.
-static double finishSurface(Model& model, const LidStep& s, int32_t p, double volume, double infilRate) {
+static double finishSurface(const Model& model, const LidStep& s, int32_t p, double volume, double infilRate) {
     LidUnit& unit = *s.unit;
     const double c = getConcentration(volume, unit.lastSurfaceMass[p]);
     const double mass = s.dt * unit.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(s, infilRate, c) -
@@ -70,7 +70,7 @@ static double finishSurface(Model& model, const LidStep& s, int32_t p, double vo
 
 /// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry
 /// the concentration after the reaction.
-static void finishWetStorage(Model& model, const LidStep& s, int32_t p, double volume, double in) {
+static void finishWetStorage(const Model& model, const LidStep& s, int32_t p, double volume, double in) {
     LidUnit& unit = *s.unit;
     const double mass = unit.lastStorageMass[p];
     const double c = getConcentration(volume, mass);
@@ -101,7 +101,7 @@ static void finishDryStorage(const LidStep& s, int32_t p, double in) {
 }
 
 /// A stack of layers: all types but barrel and swale.
-static void moveThroughStack(Model& model, const LidStep& s, int32_t p) {
+static void moveThroughStack(const Model& model, const LidStep& s, int32_t p) {
     const Lid& lid = *s.lid;
     LidUnit& unit = *s.unit;
     const double surfaceVolume = unit.area * unit.surfaceLevel * lid.surfaceVoid;
@@ -132,7 +132,7 @@ static void moveThroughStack(Model& model, const LidStep& s, int32_t p) {
 }
 
 /// A swale has its surface alone, and seeps from it.
-static void moveThroughSwale(Model& model, const LidStep& s, int32_t p) {
+static void moveThroughSwale(const Model& model, const LidStep& s, int32_t p) {
     LidUnit& unit = *s.unit;
     const double volume = unit.area * unit.surfaceLevel * s.lid->surfaceVoid;
     const double left = finishSurface(model, s, p, volume, s.storageExfil);
@@ -140,7 +140,7 @@ static void moveThroughSwale(Model& model, const LidStep& s, int32_t p) {
 }
 
 /// A barrel has its storage alone; what doesn't fit in goes over its rim with the inflow's concentration.
-static void moveThroughBarrel(Model& model, const LidStep& s, int32_t p) {
+static void moveThroughBarrel(const Model& model, const LidStep& s, int32_t p) {
     LidUnit& unit = *s.unit;
     const double volume = unit.area * unit.storageLevel * s.lid->storageVoid;
     const double load = unit.load[p];
@@ -161,7 +161,7 @@ static void moveThroughBarrel(Model& model, const LidStep& s, int32_t p) {
     unit.thisDrainLoad[p] = s.inflow != 0.0 ? s.storageInflow * load / s.inflow : 0.0;
 }
 
-void lidquality_advance(Model& model, const LidStep& s) {
+void lidquality_advance(const Model& model, const LidStep& s) {
     LidUnit& unit = *s.unit;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         unit.inflowLoad[p] += s.dt * unit.load[p];

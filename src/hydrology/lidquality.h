@@ -6,4 +6,4 @@
 struct Model;
 
 /// Moves the pollutants with the water of the step, from the state of the unit before it, and lets them react.
-void lidquality_advance(Model& model, const LidStep& step);
+void lidquality_advance(const Model& model, const LidStep& step);

@@ -110,7 +110,7 @@ static void addBalance(const LidStep& s, const LidOutflow& out) {
     unit.finalDepth = s.pavementVolume + s.surfaceVolume + s.soilVolume + s.storageVolume;
 }
 
-LidOutflow lidsolver_advance(Model& model, LidStep& s) {
+LidOutflow lidsolver_advance(const Model& model, LidStep& s) {
     LidUnit& unit = *s.unit;
     LidStates state = {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel, unit.pavementLevel};
     LidStates rates = {unit.surfaceChange, unit.soilChange, unit.storageChange, unit.pavementChange};

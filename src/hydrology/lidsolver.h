@@ -14,4 +14,4 @@ struct LidOutflow {
 };
 
 /// Advances the unit of a step: its levels, its masses, and its balance. The load that enters stands in the unit.
-[[nodiscard]] LidOutflow lidsolver_advance(Model& model, LidStep& step);
+[[nodiscard]] LidOutflow lidsolver_advance(const Model& model, LidStep& step);

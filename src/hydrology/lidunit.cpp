@@ -69,7 +69,7 @@ static void forget(LidUnit& unit, const UnitArray (&arrays)[count]) {
 
 /// One array after the other, from one piece of memory; all null without it.
 template <size_t count>
-static bool create(Model& model, LidUnit& unit, const UnitArray (&arrays)[count], Arena& arena) {
+static bool create(const Model& model, LidUnit& unit, const UnitArray (&arrays)[count], Arena& arena) {
     const int64_t pollutants = project_pollutantCount(model);
     double* memory = arena_allocateArray<double>(arena, static_cast<int64_t>(count) * pollutants);
     if (!memory) {
@@ -83,11 +83,11 @@ static bool create(Model& model, LidUnit& unit, const UnitArray (&arrays)[count]
     return true;
 }
 
-bool lidunit_createArrays(Model& model, LidUnit& unit, Arena& arena) {
+bool lidunit_createArrays(const Model& model, LidUnit& unit, Arena& arena) {
     return create(model, unit, LayerArrays, arena);
 }
 
-void lidunit_clearArrays(Model& model, LidUnit& unit) {
+void lidunit_clearArrays(const Model& model, LidUnit& unit) {
     for (const UnitArray array : LayerArrays) {
         std::fill_n(unit.*array, project_pollutantCount(model), 0.0);
     }
@@ -140,7 +140,7 @@ static void roll(double& last, double& current) {
     current = 0.0;
 }
 
-void lidunit_shiftState(Model& model, LidUnit& unit) {
+void lidunit_shiftState(const Model& model, LidUnit& unit) {
     roll(unit.lastSurfaceFlow, unit.thisSurfaceFlow);
     roll(unit.lastDrainFlow, unit.thisDrainFlow);
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {

@@ -65,10 +65,10 @@ struct LidUnit {
 
 /// The arrays of masses and loads in the layers, from one piece of memory of an arena; none without memory, which is
 /// false.
-[[nodiscard]] bool lidunit_createArrays(Model& model, LidUnit& unit, Arena& arena);
+[[nodiscard]] bool lidunit_createArrays(const Model& model, LidUnit& unit, Arena& arena);
 
 /// Sets the masses and loads in the layers to 0.
-void lidunit_clearArrays(Model& model, LidUnit& unit);
+void lidunit_clearArrays(const Model& model, LidUnit& unit);
 
 /// The loads of the quality balance and the load that enters, zeroed; they live from a start to the next. A failure is
 /// reported.
@@ -83,4 +83,4 @@ void lidunit_forgetBalance(LidUnit& unit);
 void lidunit_initState(LidUnit& unit, const Lid& lid, double matVoid);
 
 /// New becomes old, at the start of a step.
-void lidunit_shiftState(Model& model, LidUnit& unit);
+void lidunit_shiftState(const Model& model, LidUnit& unit);

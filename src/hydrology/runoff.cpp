@@ -100,7 +100,7 @@ void runoff_resetClock(Model& model) {
 // --- step ----------------------------------------------------------------------------------------------------------
 
 /// Concentrations of the runoff, from the loads of the step. A trickle carries none: its load is lost.
-static void setQuality(Model& model, Subcatch& subcatch, double dt) {
+static void setQuality(const Model& model, Subcatch& subcatch, double dt) {
     const double volume = dt * subcatch.thisRunoff;
     const bool isTrickle = !(volume > subcatch.area * DRY_RATE * dt);
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {

@@ -181,7 +181,7 @@ void subcatch_openStatistics(Model& model, Subcatch& subcatch) {
     }
 }
 
-void subcatch_clearLoads(Model& model, Subcatch& subcatch) {
+void subcatch_clearLoads(const Model& model, Subcatch& subcatch) {
     for (double* Subcatch::*loads : StatisticLoads) {
         if (subcatch.*loads) {
             std::fill_n(subcatch.*loads, project_pollutantCount(model), 0.0);
@@ -189,7 +189,7 @@ void subcatch_clearLoads(Model& model, Subcatch& subcatch) {
     }
 }
 
-void subcatch_initState(Model& model, Subcatch& subcatch) {
+void subcatch_initState(const Model& model, Subcatch& subcatch) {
     subcatch.rain = subcatch.evapRate = subcatch.infilRate = 0.0;
     subcatch.lastRunoff = subcatch.thisRunoff = 0.0;
     subcatch.imperviousDepth = subcatch.perviousDepth = 0.0;
@@ -203,7 +203,7 @@ void subcatch_initState(Model& model, Subcatch& subcatch) {
 
 // --- the runoff step -----------------------------------------------------------------------------------------------
 
-void subcatch_shiftState(Model& model, Subcatch& subcatch) {
+void subcatch_shiftState(const Model& model, Subcatch& subcatch) {
     subcatch.lastRunoff = subcatch.thisRunoff;
     subcatch.imperviousRunoff = subcatch.perviousRunoff = subcatch.thisRunoff = 0.0;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
@@ -214,7 +214,7 @@ void subcatch_shiftState(Model& model, Subcatch& subcatch) {
     }
 }
 
-RunoffVolumes subcatch_stepLand(Model& model, Subcatch& s, double dt) {
+RunoffVolumes subcatch_stepLand(const Model& model, Subcatch& s, double dt) {
     RunoffVolumes volumes{};
     s.rain = s.gage >= 0 ? model.gages[s.gage].rain : 0.0;
     const double area = s.area - s.lidArea;
@@ -257,7 +257,7 @@ void subcatch_closeStep(Subcatch& s, const RunoffVolumes& volumes, double dt) {
     s.thisRunoff = (volumes.surfaceOutflow - volumes.lidRunon + volumes.lidOutflow) / dt;
 }
 
-double subcatch_getWeight(Model& model, double time) {
+double subcatch_getWeight(const Model& model, double time) {
     const double weight = (time - model.clock.oldRunoffTime) / (model.clock.newRunoffTime - model.clock.oldRunoffTime);
     if (!(weight > 0.0)) {
         return 0.0;  // also where both clocks stand at the same time
@@ -267,7 +267,7 @@ double subcatch_getWeight(Model& model, double time) {
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
-void subcatch_countStep(Model& model, Subcatch& s, double dt) {
+void subcatch_countStep(const Model& model, Subcatch& s, double dt) {
     s.rainfall += dt * s.rain * MM_PER_M;
     s.evap += dt * s.evapRate * MM_PER_M;
     s.infil += dt * s.infilRate * MM_PER_M;

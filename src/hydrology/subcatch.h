@@ -90,22 +90,22 @@ void subcatch_validateAll(Model& model);
 void subcatch_openStatistics(Model& model, Subcatch& subcatch);
 
 /// Sets the statistics that are kept by pollutant back to 0, if there are any.
-void subcatch_clearLoads(Model& model, Subcatch& subcatch);
+void subcatch_clearLoads(const Model& model, Subcatch& subcatch);
 
 /// Puts a subcatchment to the start of a run.
-void subcatch_initState(Model& model, Subcatch& subcatch);
+void subcatch_initState(const Model& model, Subcatch& subcatch);
 
 /// New becomes old, at the start of a runoff step.
-void subcatch_shiftState(Model& model, Subcatch& subcatch);
+void subcatch_shiftState(const Model& model, Subcatch& subcatch);
 
 /// Rain of a runoff step (s), and the water of the area that no LID unit covers.
-[[nodiscard]] RunoffVolumes subcatch_stepLand(Model& model, Subcatch& subcatch, double dt);
+[[nodiscard]] RunoffVolumes subcatch_stepLand(const Model& model, Subcatch& subcatch, double dt);
 
 /// Losses and outflow of the step, once the water of the LID units is known as well.
 void subcatch_closeStep(Subcatch& subcatch, const RunoffVolumes& volumes, double dt);
 
 /// Runoff at a routing clock (ms) between the last two runoff steps: the weight of the newer one, 0 ... 1.
-[[nodiscard]] double subcatch_getWeight(Model& model, double time);
+[[nodiscard]] double subcatch_getWeight(const Model& model, double time);
 
 /// Adds a step of `dt` seconds to the statistics.
-void subcatch_countStep(Model& model, Subcatch& subcatch, double dt);
+void subcatch_countStep(const Model& model, Subcatch& subcatch, double dt);

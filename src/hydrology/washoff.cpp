@@ -12,7 +12,7 @@
 
 // --- buildup -------------------------------------------------------------------------------------------------------
 
-void washoff_initBuildup(Model& model, Subcatch& subcatch) {
+void washoff_initBuildup(const Model& model, Subcatch& subcatch) {
     for (int32_t l = 0; l < model.landuses.size(); ++l) {
         const Landuse& landuse = model.landuses[l];
         LandShare& share = subcatch.landShares[l];
@@ -29,7 +29,7 @@ void washoff_initBuildup(Model& model, Subcatch& subcatch) {
     }
 }
 
-void washoff_growBuildup(Model& model, Subcatch& subcatch, double dt) {
+void washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt) {
     for (int32_t l = 0; l < model.landuses.size(); ++l) {
         const Landuse& landuse = model.landuses[l];
         LandShare& share = subcatch.landShares[l];
@@ -51,7 +51,7 @@ void washoff_growBuildup(Model& model, Subcatch& subcatch, double dt) {
 
 // --- washoff -------------------------------------------------------------------------------------------------------
 
-void washoff_washLand(Model& model, Subcatch& subcatch, double rate, double dt) {
+void washoff_washLand(const Model& model, Subcatch& subcatch, double rate, double dt) {
     if (rate < DRY_RATE) {
         return;
     }
@@ -91,7 +91,7 @@ void washoff_washLand(Model& model, Subcatch& subcatch, double rate, double dt) 
 }
 
 /// Share of the washoff of rain and ponded water that the land uses of a subcatchment treat.
-static double getRemoval(Model& model, const Subcatch& subcatch, int32_t pollutant) {
+static double getRemoval(const Model& model, const Subcatch& subcatch, int32_t pollutant) {
     double removal = 0.0;
     for (int32_t l = 0; l < model.landuses.size(); ++l) {
         removal += subcatch.landShares[l].fraction * model.landuses[l].washoff[pollutant].removal;
@@ -99,7 +99,7 @@ static double getRemoval(Model& model, const Subcatch& subcatch, int32_t polluta
     return removal;
 }
 
-void washoff_washRain(Model& model, Subcatch& subcatch, const RunoffVolumes& volumes, double dt) {
+void washoff_washRain(const Model& model, Subcatch& subcatch, const RunoffVolumes& volumes, double dt) {
     if (subcatch.area == subcatch.lidArea) {
         return;
     }

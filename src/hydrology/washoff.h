@@ -6,13 +6,13 @@
 struct Model;
 
 /// Buildup of a subcatchment at the start of a run, and its sum into the balance.
-void washoff_initBuildup(Model& model, Subcatch& subcatch);
+void washoff_initBuildup(const Model& model, Subcatch& subcatch);
 
 /// Buildup of a dry runoff step (s).
-void washoff_growBuildup(Model& model, Subcatch& subcatch, double dt);
+void washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt);
 
 /// Washoff of the land uses at a runoff rate (m/s) in one runoff step (s).
-void washoff_washLand(Model& model, Subcatch& subcatch, double rate, double dt);
+void washoff_washLand(const Model& model, Subcatch& subcatch, double rate, double dt);
 
 /// What rain brings and ponded water holds, in one runoff step (s), with the water of that step.
-void washoff_washRain(Model& model, Subcatch& subcatch, const RunoffVolumes& volumes, double dt);
+void washoff_washRain(const Model& model, Subcatch& subcatch, const RunoffVolumes& volumes, double dt);

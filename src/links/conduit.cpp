@@ -85,7 +85,7 @@ int32_t conduit_readLine(Model& model, const Tokens& tokens, int32_t link, int32
     return ERR_NONE;
 }
 
-void conduit_validate(Model& model, Conduit& conduit) {
+void conduit_validate(const Model& model, Conduit& conduit) {
     // A very short conduit would empty within one step.
     if (conduit.length < model.options.conduitLengthening) {
         conduit.length = model.options.conduitLengthening;
@@ -189,7 +189,7 @@ void conduit_buildTables(Model& model, Conduit& conduit) {
 // --- area and depth ------------------------------------------------------------------------------------------------
 
 /// Areas of the section by depth; null for one that has no table.
-static const double* getTable(Model& model, const Conduit& conduit) {
+static const double* getTable(const Model& model, const Conduit& conduit) {
     switch (conduit.shape) {
         case CIRCULAR_CONDUIT: return conduit.areaTable;
         case IRREGULAR_CONDUIT:
@@ -233,7 +233,7 @@ static int32_t findAreaInterval(const Conduit& conduit, const double* table, dou
     return found != end ? static_cast<int32_t>(found - table) : -1;
 }
 
-static double getTabledArea(Model& model, const Conduit& conduit, double y) {
+static double getTabledArea(const Model& model, const Conduit& conduit, double y) {
     const double* table = getTable(model, conduit);
     if (!table || !(y > 0.0)) {
         return 0.0;
@@ -247,7 +247,7 @@ static double getTabledArea(Model& model, const Conduit& conduit, double y) {
     return curve_interpolate({lower, i > 0 ? table[i - 1] : 0.0}, {upper, table[i]}, y);
 }
 
-static double getArea(Model& model, const Conduit& conduit, double y) {
+static double getArea(const Model& model, const Conduit& conduit, double y) {
     if (conduit.shape == RECTANGULAR_CONDUIT) {
         const double area = conduit.width * y;
         const double whole = conduit.width * conduit.height;
@@ -256,7 +256,7 @@ static double getArea(Model& model, const Conduit& conduit, double y) {
     return getTabledArea(model, conduit, y);
 }
 
-static double getTabledDepth(Model& model, const Conduit& conduit, double volume, double fullVolume) {
+static double getTabledDepth(const Model& model, const Conduit& conduit, double volume, double fullVolume) {
     const double area = volume / conduit.length;
     const double* table = getTable(model, conduit);
     if (!table || !(area > 0.0)) {
@@ -276,7 +276,7 @@ static double getTabledDepth(Model& model, const Conduit& conduit, double volume
     return depth > conduit.fullDepth ? conduit.fullDepth : depth;
 }
 
-static double getDepth(Model& model, const Conduit& conduit, double volume, double fullVolume) {
+static double getDepth(const Model& model, const Conduit& conduit, double volume, double fullVolume) {
     if (volume < 0.0) {
         return 0.0;
     }
@@ -289,19 +289,19 @@ static double getDepth(Model& model, const Conduit& conduit, double volume, doub
     return getTabledDepth(model, conduit, volume, fullVolume);
 }
 
-static double getFullVolume(Model& model, const Conduit& conduit) {
+static double getFullVolume(const Model& model, const Conduit& conduit) {
     return getArea(model, conduit, conduit.fullDepth) * conduit.length;
 }
 
-double conduit_getArea(Model& model, const Conduit& conduit, double depth) {
+double conduit_getArea(const Model& model, const Conduit& conduit, double depth) {
     return getArea(model, conduit, depth);
 }
 
-double conduit_getDepth(Model& model, const Conduit& conduit, double volume) {
+double conduit_getDepth(const Model& model, const Conduit& conduit, double volume) {
     return getDepth(model, conduit, volume, getFullVolume(model, conduit));
 }
 
-double conduit_getVolume(Model& model, const Conduit& conduit) {
+double conduit_getVolume(const Model& model, const Conduit& conduit) {
     return getArea(model, conduit, conduit.depth) * conduit.length;
 }
 
@@ -325,7 +325,7 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 }
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
-static void mixAndDecay(Model& model, Link& link, Conduit& conduit, double stored, double inflow,
+static void mixAndDecay(const Model& model, Link& link, Conduit& conduit, double stored, double inflow,
                         const double* concentrations) {
     const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
@@ -340,7 +340,7 @@ static void mixAndDecay(Model& model, Link& link, Conduit& conduit, double store
 }
 
 /// Normal flow (m3/s) at a depth (m), by Manning.
-static double getNormalFlow(Model& model, const Conduit& conduit, double depth) {
+static double getNormalFlow(const Model& model, const Conduit& conduit, double depth) {
     const double perimeter = getPerimeter(conduit, depth);
     if (perimeter == 0.0) {
         return 0.0;
@@ -349,7 +349,7 @@ static double getNormalFlow(Model& model, const Conduit& conduit, double depth) 
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
-void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
+void conduit_route(const Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
     const double dt = model.options.routingStep;
     const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
     const double fullVolume = getFullVolume(model, conduit);
@@ -373,12 +373,12 @@ void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, co
     link.newFlow = flow;
 }
 
-void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer) {
+void conduit_update(const Model& model, Link& link, Conduit& conduit, const Offer& offer) {
     conduit_shiftFlows(link, conduit);
     conduit_route(model, link, conduit, offer.flow, offer.quality);
 }
 
-void conduit_countStep(Model& model, const Link& link, Conduit& conduit) {
+void conduit_countStep(const Model& model, const Link& link, Conduit& conduit) {
     const double area = getArea(model, conduit, conduit.depth);
     statistics_keepMaximum(conduit.statMaxDepth, conduit.depth);
     statistics_keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);

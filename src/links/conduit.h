@@ -41,7 +41,7 @@ struct Conduit {
 /// A line of [CONDUITS] for the row `link` of the links and the row `kindIndex` of the conduits. An error index, or 0.
 [[nodiscard]] int32_t conduit_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex);
 
-void conduit_validate(Model& model, Conduit& conduit);
+void conduit_validate(const Model& model, Conduit& conduit);
 
 /// Empties a conduit for a run, and makes its full depth and its areas by depth.
 void conduit_buildTables(Model& model, Conduit& conduit);
@@ -50,19 +50,19 @@ void conduit_buildTables(Model& model, Conduit& conduit);
 void conduit_shiftFlows(Link& link, Conduit& conduit);
 
 /// Filled area (m2) at a depth (m).
-[[nodiscard]] double conduit_getArea(Model& model, const Conduit& conduit, double depth);
+[[nodiscard]] double conduit_getArea(const Model& model, const Conduit& conduit, double depth);
 
 /// For tests: depth (m) at a volume (m3).
-[[nodiscard]] double conduit_getDepth(Model& model, const Conduit& conduit, double volume);
+[[nodiscard]] double conduit_getDepth(const Model& model, const Conduit& conduit, double volume);
 
 /// Water that stands in the conduit, m3.
-[[nodiscard]] double conduit_getVolume(Model& model, const Conduit& conduit);
+[[nodiscard]] double conduit_getVolume(const Model& model, const Conduit& conduit);
 
 /// Takes in what its upstream node offers, and delivers what leaves at this step.
-void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer);
+void conduit_update(const Model& model, Link& link, Conduit& conduit, const Offer& offer);
 
 /// Sends a flow (m3/s) with its concentrations (mg/L) through the store.
-void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations);
+void conduit_route(const Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations);
 
 /// Adds the depth and the velocity of a step to the statistics. The flow is divided by the area that it left behind.
-void conduit_countStep(Model& model, const Link& link, Conduit& conduit);
+void conduit_countStep(const Model& model, const Link& link, Conduit& conduit);

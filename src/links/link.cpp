@@ -51,7 +51,7 @@ void link_setHead(Model& model, int32_t index, int32_t kind, int32_t kindIndex, 
 
 // --- state ---------------------------------------------------------------------------------------------------------
 
-void link_initState(Model& model, Link& link) {
+void link_initState(const Model& model, Link& link) {
     link.oldFlow = link.newFlow = 0.0;
     link.setting = 1.0;
     link.isHostSetting = false;
@@ -60,7 +60,7 @@ void link_initState(Model& model, Link& link) {
     }
 }
 
-void link_shiftQuality(Model& model, Link& link) {
+void link_shiftQuality(const Model& model, Link& link) {
     std::copy_n(link.newQual, project_pollutantCount(model), link.oldQual);
 }
 

@@ -43,13 +43,13 @@ struct LinkHead {
 void link_setHead(Model& model, int32_t link, int32_t kind, int32_t kindIndex, const LinkHead& head);
 
 /// Puts what all kinds share to time zero.
-void link_initState(Model& model, Link& link);
+void link_initState(const Model& model, Link& link);
 
 /// New becomes old: the flow, and the concentrations.
 inline void link_shiftFlow(Link& link) {
     link.oldFlow = link.newFlow;
 }
-void link_shiftQuality(Model& model, Link& link);
+void link_shiftQuality(const Model& model, Link& link);
 
 /// Lists the pumps for a run.
 void link_openSettings(Model& model);

@@ -63,7 +63,7 @@ void pipe_validate(Model& model, const Link& link, const Pipe& pipe) {
 
 /// Whether a step may see more than one firing. A host can shorten the period below the routing step, and the order of
 /// the nodes may come back to the first of them.
-static bool canFireAgain(Model& model, const Pipe& pipe) {
+static bool canFireAgain(const Model& model, const Pipe& pipe) {
     return pipe.stepLength < model.options.routingStep;
 }
 
@@ -114,7 +114,7 @@ static void shiftFlows(Link& link, Pipe& pipe) {
     pipe.oldFlood = pipe.newFlood;
 }
 
-void pipe_shiftState(Model& model, Link& link, Pipe& pipe) {
+void pipe_shiftState(const Model& model, Link& link, Pipe& pipe) {
     shiftFlows(link, pipe);
     link_shiftQuality(model, link);
 }
@@ -180,7 +180,8 @@ static bool isFinite(const double* c, double storage, int32_t pollutants) {
 }
 
 /// Decay of what mixReach has mixed.
-static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
+static void decayReach(const Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual,
+                       double* c) {
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double factor = decay_getFactor(model, pipe.decay[p], hour, pipe.stepLength);
         model.totals.quality[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / G_PER_KG;
@@ -188,7 +189,7 @@ static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, in
     }
 }
 
-bool pipe_isAnyFlooding(Model& model) {
+bool pipe_isAnyFlooding(const Model& model) {
     return model.floodingPipeCount > 0 || model.hasEndlessQuality;
 }
 
@@ -239,20 +240,20 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     pipe_noteChange(model, index, static_cast<int32_t>(&pipe - model.pipes.data()));
 }
 
-void pipe_moveClock(Model& model, Pipe& pipe) {
+void pipe_moveClock(const Model& model, Pipe& pipe) {
     pipe.lastFireTime = pipe.nextFireTime;
     const double next = pipe.stepLength * MS_PER_SECOND + pipe.lastFireTime;
     pipe.nextFireTime = next > model.options.totalDuration ? model.options.totalDuration : next;
 }
 
-static void clearSums(Model& model, Pipe& pipe) {
+static void clearSums(const Model& model, Pipe& pipe) {
     pipe.sumVolume = 0.0;
     pipe.sumCount = 0;
     std::fill_n(pipe.sumMass, project_pollutantCount(model), 0.0);
 }
 
 /// All firings of a step mix with what the reaches held ahead of the first one.
-static void restoreStepStart(Model& model, const Pipe& pipe, bool isFirst) {
+static void restoreStepStart(const Model& model, const Pipe& pipe, bool isFirst) {
     const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount(model);
     double* qual = pipe_newSegQual(model, pipe, 0);
     double* atStart = qual + count;
@@ -305,7 +306,7 @@ static double limitShare(double share) {
     return 1.0 < lower ? 1.0 : lower;
 }
 
-double pipe_deliver(Model& model, const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
+double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
     if (pipe.nextFireTime == pipe.lastFireTime) {
         return 0.0;
     }

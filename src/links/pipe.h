@@ -36,7 +36,7 @@ struct alignas(64) Pipe {
 };
 
 /// Concentrations in a reach, mg/L, one per pollutant.
-[[nodiscard]] inline double* pipe_newSegQual(Model& model, const Pipe& pipe, int32_t reach) {
+[[nodiscard]] inline double* pipe_newSegQual(const Model& model, const Pipe& pipe, int32_t reach) {
     return pipe.storage + pipe.reachCount + static_cast<int64_t>(reach) * project_pollutantCount(model);
 }
 
@@ -65,7 +65,7 @@ void pipe_endState(Pipe& pipe);
 void pipe_openRun(Model& model);
 
 /// New becomes old: flow, inflow and flood, then the concentrations.
-void pipe_shiftState(Model& model, Link& link, Pipe& pipe);
+void pipe_shiftState(const Model& model, Link& link, Pipe& pipe);
 
 /// Rolls the pipes that have changed since the last roll, and no others: in nearly all steps nearly all pipes stand
 /// still, and old and new are the same there already.
@@ -78,18 +78,18 @@ void pipe_noteChange(Model& model, int32_t link, int32_t kindIndex);
 void pipe_update(Model& model, int32_t link, Pipe& pipe, const Offer& offer, double fireTime);
 
 /// Moves the clock of a pipe on by one period, but never past the end of the run.
-void pipe_moveClock(Model& model, Pipe& pipe);
+void pipe_moveClock(const Model& model, Pipe& pipe);
 
 /// Sends a mean flow (m3/s) with mean concentrations (mg/L) of one period through the cascade.
 void pipe_route(Model& model, int32_t link, Pipe& pipe, double inflow, const double* concentrations);
 
 /// What a pipe delivers in the step that begins at `time` (ms): gives the flow (m3/s), and adds the loads (kg/s) to
 /// `loads`. Nothing before its first firing.
-[[nodiscard]] double pipe_deliver(Model& model, const Link& link, const Pipe& pipe, double time, double* loads);
+[[nodiscard]] double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, double time, double* loads);
 
 /// Whether any pipe floods now. Once a concentration of the run was no finite number the answer is yes: what doesn't
 /// flood then counts as well, as 0 times that.
-[[nodiscard]] bool pipe_isAnyFlooding(Model& model);
+[[nodiscard]] bool pipe_isAnyFlooding(const Model& model);
 
 /// Water in the reaches, m3.
 [[nodiscard]] double pipe_getVolume(const Pipe& pipe);

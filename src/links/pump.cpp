@@ -104,7 +104,7 @@ static double getStepFlow(const std::vector<CurvePoint>& points, double depth) {
     return points.back().y;
 }
 
-double pump_getFlow(Model& model, const Link& link, const Pump& pump, double depth) {
+double pump_getFlow(const Model& model, const Link& link, const Pump& pump, double depth) {
     if (pump.useHostFlow) {
         return pump.hostFlow;  // neither a setting of 0 nor a switch stops a pump that the host drives
     }

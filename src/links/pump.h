@@ -28,4 +28,4 @@ void pump_initState(Link& link, Pump& pump);
 [[nodiscard]] double pump_getTarget(const Link& link, const Pump& pump, double depth);
 
 /// Flow (m3/s) at a depth (m) of the tank.
-[[nodiscard]] double pump_getFlow(Model& model, const Link& link, const Pump& pump, double depth);
+[[nodiscard]] double pump_getFlow(const Model& model, const Link& link, const Pump& pump, double depth);

@@ -25,7 +25,7 @@ Decay* decay_create(Model& model) {
     return decays;
 }
 
-bool decay_isAny(Model& model, const Decay* decays) {
+bool decay_isAny(const Model& model, const Decay* decays) {
     return std::any_of(decays, decays + project_pollutantCount(model),
                        [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
@@ -76,14 +76,14 @@ static double getPower(Decay& decay, double exponent) {
     return decay.factor;
 }
 
-double decay_getFactor(Model& model, Decay& decay, int32_t hour, double seconds) {
+double decay_getFactor(const Model& model, Decay& decay, int32_t hour, double seconds) {
     if (decay.type != FIRST_ORDER) {
         return 1.0;
     }
     return getPower(decay, -pattern_getFactor(model, decay.pattern, hour) * decay.k * seconds);
 }
 
-double decay_react(Model& model, Decay& decay, double concentration, int32_t hour, double seconds) {
+double decay_react(const Model& model, Decay& decay, double concentration, int32_t hour, double seconds) {
     if (decay.type < 0) {
         return concentration;
     }

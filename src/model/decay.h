@@ -28,7 +28,7 @@ inline constexpr Decay NO_DECAY{-1, -1, 0.0, 0.0, 1.0};
 [[nodiscard]] Decay* decay_create(Model& model);
 
 /// Whether some pollutant of an object decays.
-[[nodiscard]] bool decay_isAny(Model& model, const Decay* decays);
+[[nodiscard]] bool decay_isAny(const Model& model, const Decay* decays);
 
 /// What a line of [DECAY_COEFFICIENT] says of its object: which pollutant reacts, and how.
 struct Reaction {
@@ -45,7 +45,7 @@ struct Reaction {
 
 /// The share of a concentration that first-order decay leaves after `seconds` in an hour of the day: 1 without decay,
 /// and for any other reaction.
-[[nodiscard]] double decay_getFactor(Model& model, Decay& decay, int32_t hour, double seconds);
+[[nodiscard]] double decay_getFactor(const Model& model, Decay& decay, int32_t hour, double seconds);
 
 /// A concentration (mg/L) after `seconds` of any reaction in an hour of the day.
-[[nodiscard]] double decay_react(Model& model, Decay& decay, double concentration, int32_t hour, double seconds);
+[[nodiscard]] double decay_react(const Model& model, Decay& decay, double concentration, int32_t hour, double seconds);

@@ -17,7 +17,7 @@ const char* const LinkKindWords[LINK_KIND_COUNT] = {
 #include "model/sections.def"
 };
 
-double project_getDate(Model& model, double clock) {
+double project_getDate(const Model& model, double clock) {
     return datetime_addSeconds(model.options.startDateTime, (clock + 1.0) / MS_PER_SECOND);
 }
 

@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "model/errors.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/roomstate.h"
 #include "model/table.h"
 #include "model/topology.h"
 #include "text/textfile.h"
@@ -85,7 +85,7 @@ struct Model {
     Table<Lid> lids;
     Table<LidGroup> lidGroups;  ///< one per subcatchment
     Table<LidUnit> lidUnits;    ///< of all subcatchments, in the order of their lines
-    std::unique_ptr<EvapRecord> evap;
+    RoomState<EvapRecord> evap;
 
     Table<Node> nodes;
     Table<Tank> tanks;
@@ -116,8 +116,8 @@ struct Model {
 
     // --- while it is read
 
-    int32_t clauseState{};                    ///< the ClauseWord of the rules that was read last
-    std::unique_ptr<RunningIndices> running;  ///< of the second pass
+    int32_t clauseState{};              ///< the ClauseWord of the rules that was read last
+    RoomState<RunningIndices> running;  ///< of the second pass
 
     // --- the state of the run
 
@@ -140,20 +140,20 @@ struct Model {
     Table<uint8_t> isChangedPipe;     ///< by link: stands in changedPipes
     int32_t floodingPipeCount{};      ///< pipes whose newFlood isn't 0
     bool hasEndlessQuality{};         ///< some concentration in a pipe of the run was no finite number
-    std::unique_ptr<ActionList> actionList;
+    RoomState<ActionList> actionList;
 
     // --- results and totals
 
     Totals totals{};
-    std::unique_ptr<ResultBuffers> results;
-    std::unique_ptr<BinaryResults> binary;
-    std::unique_ptr<DatabaseResults> database;
+    RoomState<ResultBuffers> results;
+    RoomState<BinaryResults> binary;
+    RoomState<DatabaseResults> database;
 };
 
 /// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
-[[nodiscard]] double project_getDate(Model& model, double clock);
+[[nodiscard]] double project_getDate(const Model& model, double clock);
 
-[[nodiscard]] inline int32_t project_pollutantCount(Model& model) {
+[[nodiscard]] inline int32_t project_pollutantCount(const Model& model) {
     return model.counts.objects[POLLUT];
 }
 

@@ -50,7 +50,7 @@ static void growTable(NameTable& table) {
     }
 }
 
-static const NameEntry* findEntry(Model& model, int32_t type, const char* id) {
+static const NameEntry* findEntry(const Model& model, int32_t type, const char* id) {
     const NameTable& table = model.names[static_cast<size_t>(type)];
     if (!id || table.slots.empty()) {
         return nullptr;
@@ -78,17 +78,17 @@ int32_t names_add(Model& model, int32_t type, const char* id, int32_t index) {
     return 1;
 }
 
-int32_t names_find(Model& model, int32_t type, const char* id) {
+int32_t names_find(const Model& model, int32_t type, const char* id) {
     const NameEntry* entry = findEntry(model, type, id);
     return entry && *id ? entry->index : -1;
 }
 
-const char* names_findId(Model& model, int32_t type, const char* id) {
+const char* names_findId(const Model& model, int32_t type, const char* id) {
     const NameEntry* entry = findEntry(model, type, id);
     return entry && *id ? entry->key : nullptr;
 }
 
-double names_getMeanWalk(Model& model, int32_t type) {
+double names_getMeanWalk(const Model& model, int32_t type) {
     const NameTable& table = model.names[static_cast<size_t>(type)];
     const size_t mask = table.slots.size() - 1;
     double sum = 0.0;

@@ -33,14 +33,14 @@ using NameTables = std::array<NameTable, OBJECT_TYPE_COUNT>;  ///< by class
 int32_t names_add(Model& model, int32_t type, const char* id, int32_t index);
 
 /// Row of the object in the table of its class, whatever the case of the ID's letters; -1 if there is none.
-[[nodiscard]] int32_t names_find(Model& model, int32_t type, const char* id);
+[[nodiscard]] int32_t names_find(const Model& model, int32_t type, const char* id);
 
 /// The ID as it was first seen, valid as long as the project; null if unknown.
-[[nodiscard]] const char* names_findId(Model& model, int32_t type, const char* id);
+[[nodiscard]] const char* names_findId(const Model& model, int32_t type, const char* id);
 
 /// For tests: slots of the table of a class that the look-up of one of its names goes through, in the mean; 0 without
 /// names.
-[[nodiscard]] double names_getMeanWalk(Model& model, int32_t type);
+[[nodiscard]] double names_getMeanWalk(const Model& model, int32_t type);
 
 /// A copy of a text that lives as long as the project; null without memory.
 [[nodiscard]] const char* names_copyText(Model& model, const char* text);

@@ -40,10 +40,10 @@ int32_t pattern_read(Model& model, const Tokens& tokens) {
     return ERR_NONE;
 }
 
-double pattern_getFactor(Model& model, int32_t pattern, int32_t hour) {
+double pattern_getFactor(const Model& model, int32_t pattern, int32_t hour) {
     return model.patterns.holds(pattern) ? model.patterns[pattern].factors[hour] : 1.0;
 }
 
-double pattern_hourlyFactor(Model& model, int32_t pattern, DateTime date) {
+double pattern_hourlyFactor(const Model& model, int32_t pattern, DateTime date) {
     return model.patterns.holds(pattern) ? model.patterns[pattern].factors[datetime_getHour(date)] : 1.0;
 }

@@ -25,7 +25,7 @@ struct Pattern {
 
 /// The factor in an hour of the day (0 ... 23), for every type of pattern: one of monthly type is looked up by the hour
 /// too. 1.0 for an index outside the table.
-[[nodiscard]] double pattern_getFactor(Model& model, int32_t pattern, int32_t hour);
+[[nodiscard]] double pattern_getFactor(const Model& model, int32_t pattern, int32_t hour);
 
 /// For tests: the same in the hour of a date. A step works its hour out once for all that ask.
-[[nodiscard]] double pattern_hourlyFactor(Model& model, int32_t pattern, DateTime date);
+[[nodiscard]] double pattern_hourlyFactor(const Model& model, int32_t pattern, DateTime date);

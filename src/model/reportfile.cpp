@@ -7,7 +7,7 @@
 
 #include "model/model.h"
 
-void reportfile_print(Model& model, const char* format, ...) {
+void reportfile_print(const Model& model, const char* format, ...) {
     if (!model.files.report) {
         return;
     }
@@ -17,6 +17,6 @@ void reportfile_print(Model& model, const char* format, ...) {
     va_end(arguments);
 }
 
-void reportfile_writeLine(Model& model, const char* text) {
+void reportfile_writeLine(const Model& model, const char* text) {
     reportfile_print(model, "\n  %s", text);
 }

@@ -9,7 +9,7 @@ struct Model;
 #if defined(__GNUC__)
 __attribute__((format(printf, 2, 3)))
 #endif
-void reportfile_print(Model& model, const char* format, ...);
+void reportfile_print(const Model& model, const char* format, ...);
 
 /// Writes a line feed, two blanks and the text to the report, if one is open.
-void reportfile_writeLine(Model& model, const char* text);
+void reportfile_writeLine(const Model& model, const char* text);

@@ -9,13 +9,13 @@ inline void statistics_keepMaximum(double& maximum, double value) {
 }
 
 /// The flow that a link delivers in a step.
-inline void statistics_countLink(Model& model, Link& link) {
+inline void statistics_countLink(const Model& model, Link& link) {
     link.statFlowVolume += static_cast<double>(model.options.routingStep) * link.newFlow;
     statistics_keepMaximum(link.statMaxFlow, link.newFlow);
 }
 
 /// The inflow of a node in a step.
-inline void statistics_countNode(Model& model, Node& node) {
+inline void statistics_countNode(const Model& model, Node& node) {
     node.statInflowVolume += node.newInflow * static_cast<double>(model.options.routingStep);
     statistics_keepMaximum(node.statMaxInflow, node.newInflow);
 }

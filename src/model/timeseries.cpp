@@ -142,12 +142,12 @@ bool timeseries_getNextEntry(Series& series, SeriesCursor& cursor, SeriesEntry& 
 // --- validation ----------------------------------------------------------------------------------------------------
 
 /// A series file is looked for as named, then beside the project file.
-static bool openSeriesFile(Model& model, Series& series) {
+static bool openSeriesFile(const Model& model, Series& series) {
     return textfile_open(series.file, series.fileName.c_str()) ||
            textfile_open(series.file, (model.files.inputFolder + series.fileName).c_str());
 }
 
-int32_t timeseries_validate(Model& model, Series& series) {
+int32_t timeseries_validate(const Model& model, Series& series) {
     if (series.isInFile && !openSeriesFile(model, series)) {
         return ERR_SERIES_FILE_OPEN;
     }

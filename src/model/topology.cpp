@@ -6,7 +6,7 @@
 #include "model/model.h"
 #include "model/project.h"
 
-static void indexLinks(Model& model, LinkIndex& index, int32_t Link::*end) {
+static void indexLinks(const Model& model, LinkIndex& index, int32_t Link::*end) {
     index.start.fill(model.nodes.size() + 1, 0);
     index.links.resize(model.links.size());
     for (const Link& link : model.links) {
@@ -33,10 +33,10 @@ void topology_indexLinks(Model& model) {
     indexLinks(model, model.incomingLinks, &Link::toNode);
 }
 
-LinkList topology_getOutgoing(Model& model, int32_t node) {
+LinkList topology_getOutgoing(const Model& model, int32_t node) {
     return getLinks(model.outgoingLinks, node);
 }
 
-LinkList topology_getIncoming(Model& model, int32_t node) {
+LinkList topology_getIncoming(const Model& model, int32_t node) {
     return getLinks(model.incomingLinks, node);
 }

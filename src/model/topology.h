@@ -26,5 +26,5 @@ struct LinkIndex {
 void topology_indexLinks(Model& model);
 
 /// Links that start, and links that end at a node; none before the links are sorted.
-[[nodiscard]] LinkList topology_getOutgoing(Model& model, int32_t node);
-[[nodiscard]] LinkList topology_getIncoming(Model& model, int32_t node);
+[[nodiscard]] LinkList topology_getOutgoing(const Model& model, int32_t node);
+[[nodiscard]] LinkList topology_getIncoming(const Model& model, int32_t node);

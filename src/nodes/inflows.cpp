@@ -273,7 +273,7 @@ const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant
     return list;
 }
 
-double inflows_dryWeatherValue(Model& model, const DwfInflow& record, int32_t hour) {
+double inflows_dryWeatherValue(const Model& model, const DwfInflow& record, int32_t hour) {
     return record.average * pattern_getFactor(model, record.pattern, hour);
 }
 

@@ -51,7 +51,7 @@ void inflows_applyExternal(Model& model, DateTime date);
 void inflows_applyDryWeather(Model& model, DateTime date);
 
 /// Value of a dry-weather record in an hour of the day: m3/s or mg/L.
-[[nodiscard]] double inflows_dryWeatherValue(Model& model, const DwfInflow& record, int32_t hour);
+[[nodiscard]] double inflows_dryWeatherValue(const Model& model, const DwfInflow& record, int32_t hour);
 
 /// The first record of a list with this pollutant (-1: the flow), or null.
 [[nodiscard]] const DwfInflow* inflows_findDryWeather(const DwfInflow* list, int32_t pollutant);

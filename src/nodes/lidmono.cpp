@@ -75,7 +75,7 @@ void lidmono_validate(Model& model, int32_t node) {
 
 /// The void of the mat is taken from the definition whose place in its table is the node's place among its kind, which
 /// may be another control's. Only the initial storage in the report depends on it.
-static double getMatVoid(Model& model, int32_t kindIndex) {
+static double getMatVoid(const Model& model, int32_t kindIndex) {
     return model.lids.holds(kindIndex) ? model.lids[kindIndex].matVoid : 0.0;
 }
 
@@ -108,7 +108,7 @@ void lidmono_shiftState(Model& model, int32_t kindIndex) {
 }
 
 /// Loads that enter the unit: its share of the node's, and with its rain.
-static void setLoads(Model& model, const Node& node, LidUnit& unit, double rain, double dt) {
+static void setLoads(const Model& model, const Node& node, LidUnit& unit, double rain, double dt) {
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         unit.load[p] = node.massInflow[p] * unit.fromImpervious;
         if (model.options.lidMonoRainfall) {
@@ -121,7 +121,7 @@ static void setLoads(Model& model, const Node& node, LidUnit& unit, double rain,
 
 /// Mixes what comes over the surface with what passed around the unit. The load of a drain that joins the link is left
 /// out, though its water is in the link's flow.
-static void mixOutflow(Model& model, Node& node, const LidUnit& unit) {
+static void mixOutflow(const Model& model, Node& node, const LidUnit& unit) {
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double bypass = (1.0 - unit.fromImpervious) * node.massInflow[p];
         node.newQual[p] =
@@ -178,7 +178,7 @@ void lidmono_step(Model& model, int32_t index) {
     }
 }
 
-int32_t lidmono_getDrainTarget(Model& model, int32_t kindIndex, int32_t* targets) {
+int32_t lidmono_getDrainTarget(const Model& model, int32_t kindIndex, int32_t* targets) {
     if (!model.lidMonos.holds(kindIndex) || model.lidMonos[kindIndex].unit.drainNode < 0) {
         return 0;
     }
@@ -193,7 +193,7 @@ double lidmono_getOutflow(const LidMono& mono) {
 
 // --- results -------------------------------------------------------------------------------------------------------
 
-double lidmono_getVolume(Model& model, int32_t kindIndex) {
+double lidmono_getVolume(const Model& model, int32_t kindIndex) {
     const LidUnit& unit = model.lidMonos[kindIndex].unit;
     const Lid& lid = model.lids[unit.lid];
     // Of the soil the porosity stands for the depth, as in the concentrations of the rows of results.

@@ -36,10 +36,10 @@ void lidmono_shiftState(Model& model, int32_t kindIndex);
 void lidmono_step(Model& model, int32_t node);
 
 /// The node of the drain, if it has one, into `targets`; gives their number.
-[[nodiscard]] int32_t lidmono_getDrainTarget(Model& model, int32_t kindIndex, int32_t* targets);
+[[nodiscard]] int32_t lidmono_getDrainTarget(const Model& model, int32_t kindIndex, int32_t* targets);
 
 /// Flow to the outgoing link, m3/s: over the surface, past the unit, and the drain if that has no node of its own.
 [[nodiscard]] double lidmono_getOutflow(const LidMono& mono);
 
 /// Water of a node as the results of the whole system count it, m3.
-[[nodiscard]] double lidmono_getVolume(Model& model, int32_t kindIndex);
+[[nodiscard]] double lidmono_getVolume(const Model& model, int32_t kindIndex);

@@ -52,7 +52,7 @@ void node_shiftInflows(Node& node) {
     node.newInflow = node.newLatFlow = node.newUpstreamFlow = 0.0;
 }
 
-void node_shiftQuality(Model& model, Node& node) {
+void node_shiftQuality(const Model& model, Node& node) {
     double* __restrict massInflow = node.massInflow;
     double* __restrict newQual = node.newQual;
     double* __restrict oldQual = node.oldQual;
@@ -64,14 +64,14 @@ void node_shiftQuality(Model& model, Node& node) {
     }
 }
 
-void node_addDelivery(Model& model, Node& node, double flow, const double* quality) {
+void node_addDelivery(const Model& model, Node& node, double flow, const double* quality) {
     node.newUpstreamFlow += flow;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         node.massInflow[p] += quality[p] * flow / G_PER_KG;
     }
 }
 
-void node_mixInflow(Model& model, Node& node) {
+void node_mixInflow(const Model& model, Node& node) {
     const double inflow = node.newInflow;
     const double* __restrict massInflow = node.massInflow;
     double* __restrict newQual = node.newQual;

@@ -28,10 +28,10 @@ void node_initState(Model& model, Node& node);
 void node_shiftInflows(Node& node);
 
 /// The concentrations likewise, and the loads are emptied.
-void node_shiftQuality(Model& model, Node& node);
+void node_shiftQuality(const Model& model, Node& node);
 
 /// Adds what a link delivers to a node in a step: a flow (m3/s) with its concentrations (mg/L).
-void node_addDelivery(Model& model, Node& node, double flow, const double* quality);
+void node_addDelivery(const Model& model, Node& node, double flow, const double* quality);
 
 /// Mixes all loads of the step into the inflow: the concentrations of a node without storage.
-void node_mixInflow(Model& model, Node& node);
+void node_mixInflow(const Model& model, Node& node);

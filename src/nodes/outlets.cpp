@@ -18,7 +18,7 @@
 
 static constexpr double SAME_LEVEL = 1.0e-10;  ///< m
 
-static int32_t countKind(Model& model, LinkList links, int32_t kind) {
+static int32_t countKind(const Model& model, LinkList links, int32_t kind) {
     int32_t count = 0;
     for (const int32_t link : links) {
         count += model.links[link].kind == kind ? 1 : 0;
@@ -79,11 +79,11 @@ bool outlets_make(Model& model, Outlets& outlets, int32_t node) {
 
 // --- levels --------------------------------------------------------------------------------------------------------
 
-static double getKey(Model& model, int32_t kind, const Link& link) {
+static double getKey(const Model& model, int32_t kind, const Link& link) {
     return kind == WEIR ? weir_getLevel(link, model.weirs[link.kindIndex]) : model.orifices[link.kindIndex].crest;
 }
 
-bool outlets_updateKeys(Model& model, LevelList& list) {
+bool outlets_updateKeys(const Model& model, LevelList& list) {
     for (int32_t k = 0; k < list.count; ++k) {
         list.newKeys[k] = getKey(model, list.kind, model.links[list.links[k]]);
     }
@@ -155,7 +155,7 @@ int32_t outlets_findMembers(LevelList& list, double level) {
 
 // --- flow ----------------------------------------------------------------------------------------------------------
 
-double outlets_getFlow(Model& model, const LevelList& list, int32_t place, double depth) {
+double outlets_getFlow(const Model& model, const LevelList& list, int32_t place, double depth) {
     const Link& link = model.links[list.links[place]];
     return list.kind == WEIR ? weir_getFlow(link, model.weirs[link.kindIndex], depth)
                              : orifice_getFlow(link, model.orifices[link.kindIndex], depth);

@@ -40,7 +40,7 @@ struct Outlets {
 
 /// Works out the keys of the step: the crest of an orifice, the crest of a weir as its setting places it. True if one
 /// has changed since the levels were made.
-[[nodiscard]] bool outlets_updateKeys(Model& model, LevelList& list);
+[[nodiscard]] bool outlets_updateKeys(const Model& model, LevelList& list);
 
 /// Makes the levels from the keys.
 void outlets_makeLevels(LevelList& list);
@@ -52,4 +52,4 @@ void outlets_insertLevel(double* levels, int32_t& count, double value);
 [[nodiscard]] int32_t outlets_findMembers(LevelList& list, double level);
 
 /// Flow (m3/s) of an outlet of the list by its law, at a depth (m) in the tank.
-[[nodiscard]] double outlets_getFlow(Model& model, const LevelList& list, int32_t place, double depth);
+[[nodiscard]] double outlets_getFlow(const Model& model, const LevelList& list, int32_t place, double depth);

@@ -256,7 +256,7 @@ void reactor_shiftState(Reactor& reactor) {
 
 // --- reaction ------------------------------------------------------------------------------------------------------
 
-double reactor_react(Model& model, const Reactor& reactor, int32_t p, double c, double seconds, int32_t hour) {
+double reactor_react(const Model& model, const Reactor& reactor, int32_t p, double c, double seconds, int32_t hour) {
     const double k = reactor.reactionCoeff[p] * pattern_getFactor(model, reactor.reactionPattern[p], hour);
     switch (reactor.reactionType[p]) {
         case CONST_CONCEN: return k < c ? k : c;
@@ -272,7 +272,7 @@ double reactor_react(Model& model, const Reactor& reactor, int32_t p, double c, 
 
 // --- inlet ---------------------------------------------------------------------------------------------------------
 
-static void setInletQuality(Model& model, const Node& node, Reactor& reactor) {
+static void setInletQuality(const Model& model, const Node& node, Reactor& reactor) {
     // Taken before the surplus is sent: a reactor may be its own surplus node.
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         reactor.inletQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * G_PER_KG : 0.0;
@@ -281,7 +281,7 @@ static void setInletQuality(Model& model, const Node& node, Reactor& reactor) {
 
 /// Flow (m3/s) that the reactor takes in of an inflow; sets surpassFlow. An inflow of exactly the capacity counts as
 /// one above it.
-static double limitInflow(Model& model, Reactor& reactor, double inflow) {
+static double limitInflow(const Model& model, Reactor& reactor, double inflow) {
     const double dt = model.options.routingStep;
     const double capacity =
         reactor.capacityType == SURFACE_LOADING ? reactor.area * reactor.surfaceLoading : reactor.flowCapacity;
@@ -317,7 +317,7 @@ static void discharge(Model& model, int32_t target, double flow, const double* q
 // --- plug flow -----------------------------------------------------------------------------------------------------
 
 /// Reaction of one pollutant in the flow taken in: the concentration that leaves after `seconds`.
-static double reactInflow(Model& model, Reactor& reactor, int32_t p, double flow, double seconds, int32_t hour) {
+static double reactInflow(const Model& model, Reactor& reactor, int32_t p, double flow, double seconds, int32_t hour) {
     const double dt = model.options.routingStep;
     const double c = reactor_react(model, reactor, p, reactor.inletQual[p], seconds, hour);
     reactor.statReactedLoad[p] += (reactor.inletQual[p] - c) * flow / G_PER_KG * dt;
@@ -325,7 +325,7 @@ static double reactInflow(Model& model, Reactor& reactor, int32_t p, double flow
 }
 
 /// A plug-flow reactor without retention: the water leaves in the step in which it comes.
-static void passThrough(Model& model, Node& node, Reactor& reactor, double flow, int32_t hour) {
+static void passThrough(const Model& model, Node& node, Reactor& reactor, double flow, int32_t hour) {
     const double dt = model.options.routingStep;
     reactor.newOutflow = flow;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
@@ -369,7 +369,7 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
 // --- stirred tank --------------------------------------------------------------------------------------------------
 
 /// Mixes `inflowVolume` into the store and lets the mix react for one step.
-static void mixAndReact(Model& model, Reactor& reactor, double inflowVolume, int32_t hour) {
+static void mixAndReact(const Model& model, Reactor& reactor, double inflowVolume, int32_t hour) {
     const double dt = model.options.routingStep;
     const double stored = reactor.storedVolume;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
@@ -386,7 +386,7 @@ static void mixAndReact(Model& model, Reactor& reactor, double inflowVolume, int
 }
 
 /// What is above the full volume goes to the outlet.
-static void overflow(Model& model, Node& node, Reactor& reactor, double inflowVolume) {
+static void overflow(const Model& model, Node& node, Reactor& reactor, double inflowVolume) {
     const double dt = model.options.routingStep;
     const double volume = inflowVolume + reactor.storedVolume;
     const bool isFull = volume > reactor.volume;
@@ -400,7 +400,7 @@ static void overflow(Model& model, Node& node, Reactor& reactor, double inflowVo
 
 /// Evaporation (m3/s) of what there is of `evap`. It leaves its load behind, unless it takes the last of the water:
 /// then the load is lost to the ground.
-static double evaporate(Model& model, Reactor& reactor, double evap) {
+static double evaporate(const Model& model, Reactor& reactor, double evap) {
     const double dt = model.options.routingStep;
     const double stored = reactor.storedVolume;
     const double loss = dt * evap;
@@ -419,7 +419,7 @@ static double evaporate(Model& model, Reactor& reactor, double evap) {
 }
 
 /// Infiltration (m3/s) of what there is of `infil`.
-static double infiltrate(Model& model, Reactor& reactor, double infil) {
+static double infiltrate(const Model& model, Reactor& reactor, double infil) {
     const double dt = model.options.routingStep;
     const double most = reactor.storedVolume / dt;
     const bool isDry = infil >= most;
@@ -506,7 +506,7 @@ void reactor_openStatistics(Model& model) {
     }
 }
 
-void reactor_countStep(Model& model, Reactor& reactor) {
+void reactor_countStep(const Model& model, Reactor& reactor) {
     const double dt = model.options.routingStep;
     reactor.statSurpass += dt * reactor.surpassFlow;
     reactor.statEmptying += dt * reactor.emptyingFlow;

@@ -81,10 +81,10 @@ void reactor_shiftState(Reactor& reactor);
 void reactor_update(Model& model, Node& node, Reactor& reactor);
 
 /// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction in an hour of the day.
-[[nodiscard]] double reactor_react(Model& model, const Reactor& reactor, int32_t pollutant, double concentration,
+[[nodiscard]] double reactor_react(const Model& model, const Reactor& reactor, int32_t pollutant, double concentration,
                                    double seconds, int32_t hour);
 
 /// Statistics: made and zeroed for a run, added to after each step, and emptied by pollutant.
 void reactor_openStatistics(Model& model);
-void reactor_countStep(Model& model, Reactor& reactor);
+void reactor_countStep(const Model& model, Reactor& reactor);
 void reactor_clearStatistics(Model& model);

@@ -53,7 +53,7 @@ int32_t tank_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
 }
 
 /// The curve of a tank, or null if it has none.
-static const Curve* findCurve(Model& model, const Tank& tank) {
+static const Curve* findCurve(const Model& model, const Tank& tank) {
     return model.curves.find(tank.curve);
 }
 
@@ -128,7 +128,7 @@ static double getDepth(const Curve* curve, double volume) {
     return curve ? curve_inverseLookup(*curve, volume) : 0.0;
 }
 
-double tank_getVolume(Model& model, const Tank& tank, double depth) {
+double tank_getVolume(const Model& model, const Tank& tank, double depth) {
     return getVolume(findCurve(model, tank), depth);
 }
 
@@ -188,7 +188,7 @@ static void releaseByLevel(Model& model, Tank& tank, const Curve* curve, LevelLi
 }
 
 /// Flow of all pumps at a depth (m), m3/s.
-static double sumPumps(Model& model, PumpList& pumps, double depth) {
+static double sumPumps(const Model& model, PumpList& pumps, double depth) {
     double sum = 0.0;
     for (int32_t k = 0; k < pumps.count; ++k) {
         const Link& link = model.links[pumps.links[k]];
@@ -199,7 +199,7 @@ static double sumPumps(Model& model, PumpList& pumps, double depth) {
 }
 
 /// What the pumps may take together, m3/s: no more than the tank holds, unless it has no volume by its full depth.
-static double limitPumps(Model& model, const Tank& tank, const Curve* curve, double full, double wanted) {
+static double limitPumps(const Model& model, const Tank& tank, const Curve* curve, double full, double wanted) {
     double flow = wanted;
     if (full > 0.0) {
         const double held = getVolume(curve, tank.newDepth) / model.options.routingStep;
@@ -209,7 +209,7 @@ static double limitPumps(Model& model, const Tank& tank, const Curve* curve, dou
 }
 
 /// Takes what exceeds the full volume out of the system; gives the volume that is left, m3.
-static double floodExcess(Model& model, Tank& tank, double full, double volume) {
+static double floodExcess(const Model& model, Tank& tank, double full, double volume) {
     tank.newFlood = 0.0;
     if (!(volume >= full)) {
         return volume;
@@ -223,7 +223,7 @@ static double floodExcess(Model& model, Tank& tank, double full, double volume) 
 
 /// The decayed mass is that of the water left after the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
-static void decayStored(Model& model, Tank& tank, Node& node, double volume) {
+static void decayStored(const Model& model, Tank& tank, Node& node, double volume) {
     const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double left = decay_getFactor(model, tank.decay[p], hour, model.options.routingStep);
@@ -248,7 +248,7 @@ static void sharePumps(Model& model, Tank& tank, double flow) {
     }
 }
 
-static void mixInflow(Model& model, Tank& tank, const Node& node, const Curve* curve) {
+static void mixInflow(const Model& model, Tank& tank, const Node& node, const Curve* curve) {
     const double dt = model.options.routingStep;
     const double volume = getVolume(curve, tank.newDepth);
     const double inflow = dt * node.newInflow;

@@ -42,7 +42,7 @@ void tank_shiftState(Tank& tank);
 void tank_update(Model& model, Node& node, Tank& tank);
 
 /// Volume (m3) at a depth (m). 0 without a curve.
-[[nodiscard]] double tank_getVolume(Model& model, const Tank& tank, double depth);
+[[nodiscard]] double tank_getVolume(const Model& model, const Tank& tank, double depth);
 
 /// Adds the depth and the flood of a step to the statistics and the totals.
 void tank_countStep(Model& model, const Node& node, Tank& tank);

@@ -1,7 +1,6 @@
 // The model, put together of what all rooms keep in it, and taken apart.
 
 #include <cstdio>
-#include <memory>
 
 #include "controls/rule.h"
 #include "coupling/converter.h"
@@ -39,13 +38,7 @@
 #include "routing/routing.h"
 #include "routing/visits.h"
 
-Model::Model()
-    : evap(std::make_unique<EvapRecord>()),
-      running(std::make_unique<RunningIndices>()),
-      actionList(std::make_unique<ActionList>()),
-      results(std::make_unique<ResultBuffers>()),
-      binary(std::make_unique<BinaryResults>()),
-      database(std::make_unique<DatabaseResults>()) {}
+Model::Model() = default;
 
 /// A model that is still open is let go of as it stands: engines are closed, and nothing is completed or deleted.
 Model::~Model() {

@@ -270,7 +270,7 @@ static int32_t parseLine(Model& model, const Tokens& tokens, int32_t number, con
 }
 
 /// Whether every table is filled as it was counted. Rules may be fewer: a rule refused is no row that anybody names.
-static bool areTablesFilled(Model& model) {
+static bool areTablesFilled(const Model& model) {
     bool isFilled = std::memcmp(model.running->nodes, model.counts.nodeKinds, sizeof model.counts.nodeKinds) == 0 &&
                     std::memcmp(model.running->links, model.counts.linkKinds, sizeof model.counts.linkKinds) == 0;
     for (const int32_t type : {GAGE, SUBCATCH, NODE, LINK, POLLUT, LANDUSE}) {

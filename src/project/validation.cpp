@@ -35,7 +35,7 @@ static void validateCurves(Model& model) {
 }
 
 /// Writes the date of the entry that is out of order.
-static void writePlace(Model& model, DateTime date) {
+static void writePlace(const Model& model, DateTime date) {
     const CalendarDate d = datetime_decodeDate(date);
     char day[DATE_TIME_TEXT_SIZE], time[TIME_TEXT_SIZE];
     std::snprintf(day, sizeof day, "%4d/%02d/%02d", d.year, d.month, d.day);

@@ -19,7 +19,7 @@ using Found = std::optional<ToldResult>;
 enum LayerShare : int32_t { EVERY, FIRST, NONE };
 
 /// The concentration of a pollutant, mg/L; before a first start there are none.
-Found findQuality(Model& model, const double* quality, int32_t pollutant) {
+Found findQuality(const Model& model, const double* quality, int32_t pollutant) {
     if (pollutant >= project_pollutantCount(model) || !quality) {
         return std::nullopt;
     }
@@ -27,7 +27,7 @@ Found findQuality(Model& model, const double* quality, int32_t pollutant) {
 }
 
 /// Whether a layer has a number for a pollutant.
-bool isTold(Model& model, LayerShare share, const LidMono& mono, int32_t pollutant) {
+bool isTold(const Model& model, LayerShare share, const LidMono& mono, int32_t pollutant) {
     const int32_t pollutants = project_pollutantCount(model);
     const int32_t count = share == EVERY ? pollutants : share == FIRST ? std::min(pollutants, 1) : 0;
     return pollutant < count && model.lids.holds(mono.unit.lid);
@@ -41,9 +41,10 @@ double getConcentration(const double* masses, int32_t pollutant, double volume) 
 
 // For each table: findTANK gives the result of a tank. The code is counted down over the columns, and over each block
 // of concentrations.
-#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                              \
-    Found find##token([[maybe_unused]] Model& model, [[maybe_unused]] int32_t object, [[maybe_unused]] int32_t code) { \
-        [[maybe_unused]] constexpr bool IS_SUCCESS = toldResult;                                                       \
+#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                   \
+    Found find##token([[maybe_unused]] const Model& model, [[maybe_unused]] int32_t object, \
+                      [[maybe_unused]] int32_t code) {                                      \
+        [[maybe_unused]] constexpr bool IS_SUCCESS = toldResult;                            \
         record
 #define RESULT_SUM(...)
 #define RESULT_VALUE(column, unit, meaning, value, toldUnit, toldMeaning, told) \
@@ -67,14 +68,14 @@ double getConcentration(const double* masses, int32_t pollutant, double volume) 
     }
 #include "results/columns.def"
 
-constexpr Found (*FINDERS[RESULT_TABLE_COUNT])(Model& model, int32_t object, int32_t code) = {
+constexpr Found (*FINDERS[RESULT_TABLE_COUNT])(const Model& model, int32_t object, int32_t code) = {
 #define RESULT_TABLE(token, ...) find##token,
 #include "results/columns.def"
 };
 
 }  // namespace
 
-std::optional<ToldResult> codes_find(Model& model, int32_t table, int32_t object, int32_t code) {
+std::optional<ToldResult> codes_find(const Model& model, int32_t table, int32_t object, int32_t code) {
     if (table < 0 || table >= RESULT_TABLE_COUNT || code < 0) {
         return std::nullopt;
     }

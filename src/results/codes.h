@@ -14,4 +14,4 @@ struct ToldResult {
 
 /// The result `code` of an object of a table, or nothing. A code is the place of a column in a row of the table, of
 /// deeper layers in part only.
-std::optional<ToldResult> codes_find(Model& model, int32_t table, int32_t object, int32_t code);
+std::optional<ToldResult> codes_find(const Model& model, int32_t table, int32_t object, int32_t code);

@@ -100,7 +100,7 @@ static void appendColumns(Model& model, const RowTable& table) {
     }
 }
 
-static bool arePollutantsColumns(Model& model) {
+static bool arePollutantsColumns(const Model& model) {
     return std::all_of(model.polluts.begin(), model.polluts.end(), [](const Pollut& pollutant) {
         std::string name = pollutant.id;
         std::replace(name.begin(), name.end(), '-', '_');

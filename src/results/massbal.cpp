@@ -123,7 +123,7 @@ RunoffBalance massbal_closeRunoff(Model& model) {
 }
 
 /// Adds one pollutant of a subcatchment.
-static void addWashoff(Model& model, WashoffBalance& balance, const Subcatch& s, int32_t p) {
+static void addWashoff(const Model& model, WashoffBalance& balance, const Subcatch& s, int32_t p) {
     balance.remainingBuildup += s.pondedMass[p];
     for (int32_t l = 0; l < model.landuses.size(); ++l) {
         if (model.landuses[l].washoff[p].usesBuildup) {
@@ -169,12 +169,12 @@ WashoffBalance massbal_closeWashoff(Model& model, int pollutant) {
 }
 
 /// Water that stands in a conduit, m3; 0 for a link of another kind.
-static double getConduitVolume(Model& model, const Link& link) {
+static double getConduitVolume(const Model& model, const Link& link) {
     return link.kind == CONDUIT ? conduit_getVolume(model, model.conduits[link.kindIndex]) : 0.0;
 }
 
 /// Water that stands in a tank, m3; 0 for a node of another kind.
-static double getTankVolume(Model& model, const Node& node) {
+static double getTankVolume(const Model& model, const Node& node) {
     if (node.kind != TANK) {
         return 0.0;
     }
@@ -183,7 +183,7 @@ static double getTankVolume(Model& model, const Node& node) {
 }
 
 /// Water of the LID monomer nodes: rain, losses and storage are in no running total.
-static void addMonos(Model& model, FlowTotalsRecord& totals) {
+static void addMonos(const Model& model, FlowTotalsRecord& totals) {
     for (const LidMono& mono : model.lidMonos) {
         const LidUnit& unit = mono.unit;
         totals.initStorage += unit.area * unit.initialDepth;
@@ -195,7 +195,7 @@ static void addMonos(Model& model, FlowTotalsRecord& totals) {
 }
 
 /// Water of the reactors: storage and losses are in no running total.
-static void addReactors(Model& model, FlowTotalsRecord& totals) {
+static void addReactors(const Model& model, FlowTotalsRecord& totals) {
     for (const Reactor& reactor : model.reactors) {
         totals.initStorage += reactor_getInitVolume(reactor);
         totals.finalStorage += reactor.storedVolume;
@@ -205,7 +205,7 @@ static void addReactors(Model& model, FlowTotalsRecord& totals) {
 }
 
 /// The same of one pollutant. What is missing before a start or after a report counts as 0.
-static void addReactorLoads(Model& model, QualTotalsRecord& totals, int32_t p) {
+static void addReactorLoads(const Model& model, QualTotalsRecord& totals, int32_t p) {
     for (const Reactor& reactor : model.reactors) {
         totals.seepageLoss += reactor.statInfilLoad ? reactor.statInfilLoad[p] : 0.0;
         totals.reactedLoss += reactor.statReactedLoad ? reactor.statReactedLoad[p] : 0.0;
@@ -242,7 +242,7 @@ FlowTotalsRecord massbal_closeFlow(Model& model, double* error) {
     return totals;
 }
 
-static void addMonoLoads(Model& model, QualTotalsRecord& totals, int32_t p) {
+static void addMonoLoads(const Model& model, QualTotalsRecord& totals, int32_t p) {
     for (const LidMono& mono : model.lidMonos) {
         const LidUnit& unit = mono.unit;
         if (!unit.rainLoad) {

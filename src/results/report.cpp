@@ -12,13 +12,13 @@
 #include "results/tablewriter.h"
 #include "text/units.h"
 
-void report_writeBanner(Model& model) {
+void report_writeBanner(const Model& model) {
     reportfile_print(model, "\n  TARNVELDE - VERSION 2.1");
     reportfile_print(model, "\n  -----------------------");
     reportfile_print(model, "\n");
 }
 
-void report_writeDescription(Model& model) {
+void report_writeDescription(const Model& model) {
     bool isWritten = false;
     for (const std::string& line : model.description) {
         if (!line.empty()) {
@@ -33,7 +33,7 @@ void report_writeDescription(Model& model) {
 
 // --- continuity ----------------------------------------------------------------------------------------------------
 
-static void writeRunoffRow(Model& model, const char* name, double volume, double totalArea) {
+static void writeRunoffRow(const Model& model, const char* name, double volume, double totalArea) {
     const double depth = totalArea > 0.0 ? volume / totalArea * MM_PER_M : 0.0;
     reportfile_print(model, "\n  %-26s %16.3f %16.3f ", name, volume, depth);
 }
@@ -55,7 +55,7 @@ static void writeRunoffContinuity(Model& model) {
 }
 
 /// Head of a continuity table with a column for each pollutant.
-static void writePollutantHead(Model& model, const char* title) {
+static void writePollutantHead(const Model& model, const char* title) {
     reportfile_writeLine(model, "");
     tablewriter_writePollutantLines(model, 26, "**************************", title);
     reportfile_writeLine(model, "**************************");
@@ -66,7 +66,8 @@ static void writePollutantHead(Model& model, const char* title) {
 
 /// A row of a continuity table: one figure of each pollutant's balance.
 template <class Balance>
-static void writePollutantRow(Model& model, const char* name, const Table<Balance>& balances, double Balance::*figure) {
+static void writePollutantRow(const Model& model, const char* name, const Table<Balance>& balances,
+                              double Balance::*figure) {
     reportfile_print(model, "\n  %-26s", name);
     for (const Balance& balance : balances) {
         reportfile_print(model, " %16.3f", balance.*figure);

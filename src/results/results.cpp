@@ -170,12 +170,12 @@ static void writeMeans(Model& model, int32_t table) {
     }
 }
 
-static bool hasSink(Model& model) {
+static bool hasSink(const Model& model) {
     return (model.saveMode == SAVE_TO_FILE && model.binary->file) ||
            (model.saveMode == SAVE_TO_DATABASE && model.database->handle);
 }
 
-static double getWeight(Model& model, double older, double newer) {
+static double getWeight(const Model& model, double older, double newer) {
     return (model.clock.reportTime - older) / (newer - older);
 }
 

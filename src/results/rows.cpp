@@ -14,11 +14,11 @@
 // For each table: fillTANK fills the row of a tank, COLUMNS_TANK names its columns.
 namespace {
 
-#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                       \
-    void fill##token([[maybe_unused]] Model& model, [[maybe_unused]] int32_t object, [[maybe_unused]] double f, \
-                     [[maybe_unused]] float* row) {                                                             \
-        [[maybe_unused]] const int32_t pollutants = project_pollutantCount(model);                              \
-        [[maybe_unused]] int32_t k = 0;                                                                         \
+#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                             \
+    void fill##token([[maybe_unused]] const Model& model, [[maybe_unused]] int32_t object, [[maybe_unused]] double f, \
+                     [[maybe_unused]] float* row) {                                                                   \
+        [[maybe_unused]] const int32_t pollutants = project_pollutantCount(model);                                    \
+        [[maybe_unused]] int32_t k = 0;                                                                               \
         record
 #define RESULT_VALUE(column, unit, meaning, value, ...) row[k++] = static_cast<float>(value);
 #define RESULT_QUALITY(meaning, older, newer) rowvalues_writeQuality(f, older, newer, pollutants, row + k);
@@ -56,11 +56,11 @@ const RowTable RowTables[RESULT_TABLE_COUNT] = {
 
 // --- tables --------------------------------------------------------------------------------------------------------
 
-int32_t rows_getLength(Model& model, int32_t table) {
+int32_t rows_getLength(const Model& model, int32_t table) {
     return RowTables[table].columnCount + RowTables[table].qualityBlocks * project_pollutantCount(model);
 }
 
-int32_t rows_getObjectCount(Model& model, int32_t table) {
+int32_t rows_getObjectCount(const Model& model, int32_t table) {
     const RowTable& t = RowTables[table];
     switch (t.objectType) {
         case SUBCATCH: return model.counts.objects[SUBCATCH];
@@ -70,7 +70,7 @@ int32_t rows_getObjectCount(Model& model, int32_t table) {
     }
 }
 
-int32_t rows_getClassSize(Model& model, int32_t table) {
+int32_t rows_getClassSize(const Model& model, int32_t table) {
     switch (RowTables[table].objectType) {
         case SUBCATCH: return model.subcatches.size();
         case NODE: return model.nodes.size();
@@ -79,7 +79,7 @@ int32_t rows_getClassSize(Model& model, int32_t table) {
     }
 }
 
-bool rows_holds(Model& model, int32_t table, int32_t object) {
+bool rows_holds(const Model& model, int32_t table, int32_t object) {
     const RowTable& t = RowTables[table];
     switch (t.objectType) {
         case SUBCATCH: return true;
@@ -89,7 +89,7 @@ bool rows_holds(Model& model, int32_t table, int32_t object) {
     }
 }
 
-const char* rows_getName(Model& model, int32_t table, int32_t object) {
+const char* rows_getName(const Model& model, int32_t table, int32_t object) {
     const int32_t index = object;
     const char* name = nullptr;
     switch (RowTables[table].objectType) {
@@ -107,14 +107,14 @@ static constexpr int32_t FAR = 24;     ///< places ahead at which the records ar
 static constexpr int32_t MIDDLE = 16;  ///< what they point to
 static constexpr int32_t NEAR = 8;     ///< what that points to
 
-static void fetchLink(Model& model, const Link& link) {
+static void fetchLink(const Model& model, const Link& link) {
     prefetch_arrays(link);
     if (link.kind == PIPE) {
         prefetch_record(model.pipes[link.kindIndex]);
     }
 }
 
-void rows_fetchAhead(Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
+void rows_fetchAhead(const Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
     const auto getIndex = [&](int32_t place) { return objects ? objects[place] : place; };
     if (k + NEAR >= count || (objectType != NODE && objectType != LINK)) {
         return;

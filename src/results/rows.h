@@ -36,30 +36,30 @@ struct RowTable {
     int32_t qualityBlocks;
     int32_t objectType;  ///< class of its objects; -1 for the system
     int32_t kind;        ///< NodeKind or LinkKind; -1 without kinds
-    void (*fill)(Model& model, int32_t object, double f, float* row);
+    void (*fill)(const Model& model, int32_t object, double f, float* row);
 };
 
 extern const RowTable RowTables[RESULT_TABLE_COUNT];
 
 /// Values in a row of a table.
-[[nodiscard]] int32_t rows_getLength(Model& model, int32_t table);
+[[nodiscard]] int32_t rows_getLength(const Model& model, int32_t table);
 
 /// Objects that have a row in a table.
-[[nodiscard]] int32_t rows_getObjectCount(Model& model, int32_t table);
+[[nodiscard]] int32_t rows_getObjectCount(const Model& model, int32_t table);
 
 /// Objects of the class of a table, and whether one of them has its row there.
-[[nodiscard]] int32_t rows_getClassSize(Model& model, int32_t table);
-[[nodiscard]] bool rows_holds(Model& model, int32_t table, int32_t object);
+[[nodiscard]] int32_t rows_getClassSize(const Model& model, int32_t table);
+[[nodiscard]] bool rows_holds(const Model& model, int32_t table, int32_t object);
 
 /// ID of an object of a table, by its index in its class.
-const char* rows_getName(Model& model, int32_t table, int32_t object);
+const char* rows_getName(const Model& model, int32_t table, int32_t object);
 
 /// Fills the row of an object; `f` weighs the newer of two states. Every value is worked out in double and rounded
 /// once.
-inline void rows_fill(Model& model, int32_t table, int32_t object, double f, float* row) {
+inline void rows_fill(const Model& model, int32_t table, int32_t object, double f, float* row) {
     RowTables[table].fill(model, object, f, row);
 }
 
 /// Asks for the memory of rows that will be filled soon: behind place `k` in a list of nodes or links (a null
 /// list is the whole table). Walks over large tables wait for memory otherwise.
-void rows_fetchAhead(Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k);
+void rows_fetchAhead(const Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k);

@@ -27,7 +27,7 @@ float getMean(float sum, float area, double unit) {
     return static_cast<float>(static_cast<double>(sum) / static_cast<double>(area) * unit);
 }
 
-void fillLand(Model& model, double f, float* row) {
+void fillLand(const Model& model, double f, float* row) {
     float area = 0.0f, rain = 0.0f, evap = 0.0f, infil = 0.0f, runoff = 0.0f;
     for (const Subcatch& s : model.subcatches) {
         add(area, s.area);
@@ -92,9 +92,9 @@ void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t
 // For each table: addTANK adds what a tank has to add.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-variable"  // many have nothing
-#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                            \
-    [[maybe_unused]] void add##token([[maybe_unused]] Model& model, [[maybe_unused]] int32_t object, \
-                                     [[maybe_unused]] double f, [[maybe_unused]] float* row) {       \
+#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                  \
+    [[maybe_unused]] void add##token([[maybe_unused]] const Model& model, [[maybe_unused]] int32_t object, \
+                                     [[maybe_unused]] double f, [[maybe_unused]] float* row) {             \
         record
 #define RESULT_SHARE(token, value) add(row[SYSTEM_##token], value);
 #define RESULT_END() }
@@ -116,7 +116,7 @@ void addNode(Model& model, int32_t index, double f, float* row) {
     }
 }
 
-void addLink(Model& model, int32_t index, double f, float* row) {
+void addLink(const Model& model, int32_t index, double f, float* row) {
     switch (model.links[index].kind) {
 #define RESULT_LINKS(token, ...)          \
     case token:                           \

@@ -9,7 +9,7 @@
 #include "nodes/outfall.h"
 #include "results/tablewriter.h"
 
-void tables_writeNodes(Model& model) {
+void tables_writeNodes(const Model& model) {
     if (model.nodes.empty()) {
         return;
     }
@@ -27,7 +27,7 @@ void tables_writeNodes(Model& model) {
     }
 }
 
-void tables_writeOutfalls(Model& model) {
+void tables_writeOutfalls(const Model& model) {
     if (model.outfalls.empty() || model.polluts.empty()) {
         return;
     }
@@ -40,7 +40,7 @@ void tables_writeOutfalls(Model& model) {
     }
 }
 
-void tables_writeLinks(Model& model) {
+void tables_writeLinks(const Model& model) {
     if (model.links.empty()) {
         return;
     }

@@ -4,16 +4,16 @@
 
 struct Model;
 
-void tables_writeSubcatches(Model& model);
-void tables_writeWashoff(Model& model);
+void tables_writeSubcatches(const Model& model);
+void tables_writeWashoff(const Model& model);
 void tables_writeLidUnits(Model& model);
 void tables_writeLidUnitQuality(Model& model);
-void tables_writeNodes(Model& model);
-void tables_writeTanks(Model& model);
-void tables_writeOutfalls(Model& model);
-void tables_writeReactors(Model& model);
-void tables_writeLidMonos(Model& model);
-void tables_writeLidMonoQuality(Model& model);
-void tables_writeLinks(Model& model);
-void tables_writeConduits(Model& model);
-void tables_writeGageEvents(Model& model);
+void tables_writeNodes(const Model& model);
+void tables_writeTanks(const Model& model);
+void tables_writeOutfalls(const Model& model);
+void tables_writeReactors(const Model& model);
+void tables_writeLidMonos(const Model& model);
+void tables_writeLidMonoQuality(const Model& model);
+void tables_writeLinks(const Model& model);
+void tables_writeConduits(const Model& model);
+void tables_writeGageEvents(const Model& model);

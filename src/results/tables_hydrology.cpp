@@ -10,7 +10,7 @@
 #include "text/datetime.h"
 #include "text/units.h"
 
-void tables_writeSubcatches(Model& model) {
+void tables_writeSubcatches(const Model& model) {
     if (model.subcatches.empty()) {
         return;
     }
@@ -28,7 +28,7 @@ void tables_writeSubcatches(Model& model) {
     }
 }
 
-void tables_writeWashoff(Model& model) {
+void tables_writeWashoff(const Model& model) {
     if (model.subcatches.empty() || model.polluts.empty()) {
         return;
     }
@@ -39,7 +39,7 @@ void tables_writeWashoff(Model& model) {
     }
 }
 
-void tables_writeGageEvents(Model& model) {
+void tables_writeGageEvents(const Model& model) {
     if (model.gages.empty()) {
         return;
     }

@@ -26,7 +26,7 @@ static void forEachUnit(Model& model, Write write) {
 
 /// The same for each LID monomer node, in the order of the nodes.
 template <class Write>
-static void forEachMono(Model& model, Write write) {
+static void forEachMono(const Model& model, Write write) {
     for (const Node& node : model.nodes) {
         if (node.kind == LID_MONO) {
             write(node.id, model.lidMonos[node.kindIndex].unit);
@@ -35,7 +35,7 @@ static void forEachMono(Model& model, Write write) {
 }
 
 /// Water balance of a unit: its depths (m) times `factor`.
-static void writeWaterRow(Model& model, const char* place, const LidUnit& unit, double factor) {
+static void writeWaterRow(const Model& model, const char* place, const LidUnit& unit, double factor) {
     reportfile_print(model, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place,
                      model.lids[unit.lid].name, unit.inflowDepth * factor, unit.evapDepth * factor,
                      unit.infilDepth * factor, unit.surfaceOutDepth * factor, unit.drainDepth * factor,
@@ -43,7 +43,7 @@ static void writeWaterRow(Model& model, const char* place, const LidUnit& unit, 
 }
 
 /// Balance of one pollutant in a unit, kg.
-static void writeQualityRow(Model& model, const char* place, const LidUnit& unit, int32_t p) {
+static void writeQualityRow(const Model& model, const char* place, const LidUnit& unit, int32_t p) {
     const auto get = [p](const double* loads) { return loads ? loads[p] : 0.0; };
     reportfile_print(model, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f %16.3f %16.3f", place,
                      model.lids[unit.lid].name, get(unit.inflowLoad), get(unit.exfilLoad), get(unit.surfaceOutLoad),
@@ -78,7 +78,7 @@ void tables_writeLidUnitQuality(Model& model) {
     }
 }
 
-void tables_writeLidMonos(Model& model) {
+void tables_writeLidMonos(const Model& model) {
     if (model.lids.empty() || model.lidMonos.empty()) {
         return;
     }
@@ -91,7 +91,7 @@ void tables_writeLidMonos(Model& model) {
                 [&model](const char* name, const LidUnit& mono) { writeWaterRow(model, name, mono, mono.area); });
 }
 
-void tables_writeLidMonoQuality(Model& model) {
+void tables_writeLidMonoQuality(const Model& model) {
     if (model.lids.empty() || model.lidMonos.empty() || model.polluts.empty()) {
         return;
     }

@@ -8,7 +8,7 @@
 #include "results/tables.h"
 #include "results/tablewriter.h"
 
-static void writeQuantity(Model& model) {
+static void writeQuantity(const Model& model) {
     static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s %16s %16s";
     tablewriter_writeTitle(model, "Reactor Quantity Summary");
     reportfile_print(model, HEAD, "", "Surpass", "Evap.", "Infil.", "Emptying", "Outflow");
@@ -25,7 +25,7 @@ static void writeQuantity(Model& model) {
 
 /// One block of the quality table: a way that pollutants took, and a row for each reactor. Loads that are missing count
 /// as 0.
-static void writeBlock(Model& model, const char* title, double* Reactor::*loads) {
+static void writeBlock(const Model& model, const char* title, double* Reactor::*loads) {
     reportfile_print(model, "\n  %s", title);
     for (const Node& node : model.nodes) {
         if (node.kind == REACTOR) {
@@ -34,7 +34,7 @@ static void writeBlock(Model& model, const char* title, double* Reactor::*loads)
     }
 }
 
-static void writeQuality(Model& model) {
+static void writeQuality(const Model& model) {
     tablewriter_writeTitle(model, "Reactor Quality Summary");
     tablewriter_writePollutantHead(model, "Reactor");
     writeBlock(model, "*Surpassing*", &Reactor::statSurpassLoad);
@@ -44,7 +44,7 @@ static void writeQuality(Model& model) {
     writeBlock(model, "*Outflow*", &Reactor::statOutflowLoad);
 }
 
-void tables_writeReactors(Model& model) {
+void tables_writeReactors(const Model& model) {
     if (model.reactors.empty()) {
         return;
     }

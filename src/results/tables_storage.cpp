@@ -12,7 +12,7 @@
 static constexpr const char* HEAD = "\n  %-16s %16s %16s %16s";
 static constexpr const char* ROW = "\n  %-16s %16.3f %16.3f %16.3f";
 
-void tables_writeTanks(Model& model) {
+void tables_writeTanks(const Model& model) {
     if (model.tanks.empty()) {
         return;
     }
@@ -29,7 +29,7 @@ void tables_writeTanks(Model& model) {
     }
 }
 
-void tables_writeConduits(Model& model) {
+void tables_writeConduits(const Model& model) {
     if (model.conduits.empty()) {
         return;
     }

@@ -9,7 +9,7 @@
 #include "model/pollut.h"
 #include "model/reportfile.h"
 
-void tablewriter_writeTitle(Model& model, const char* title) {
+void tablewriter_writeTitle(const Model& model, const char* title) {
     const std::string stars(std::string(title).size(), '*');
     reportfile_writeLine(model, "");
     reportfile_writeLine(model, stars.c_str());
@@ -17,7 +17,7 @@ void tablewriter_writeTitle(Model& model, const char* title) {
     reportfile_writeLine(model, stars.c_str());
 }
 
-void tablewriter_writeDashes(Model& model, int32_t groups) {
+void tablewriter_writeDashes(const Model& model, int32_t groups) {
     std::string line(16, '-');
     for (int32_t k = 1; k < groups; ++k) {
         line += " ----------------";
@@ -25,7 +25,7 @@ void tablewriter_writeDashes(Model& model, int32_t groups) {
     reportfile_writeLine(model, line.c_str());
 }
 
-void tablewriter_writePollutantLines(Model& model, int32_t width, const char* first, const char* second) {
+void tablewriter_writePollutantLines(const Model& model, int32_t width, const char* first, const char* second) {
     reportfile_print(model, "\n  %-*s", width, first);
     for (const Pollut& pollutant : model.polluts) {
         reportfile_print(model, " %16s", pollutant.id);
@@ -36,12 +36,12 @@ void tablewriter_writePollutantLines(Model& model, int32_t width, const char* fi
     }
 }
 
-void tablewriter_writePollutantHead(Model& model, const char* object) {
+void tablewriter_writePollutantHead(const Model& model, const char* object) {
     tablewriter_writePollutantLines(model, 16, "", object);
     tablewriter_writeDashes(model, 1 + model.polluts.size());
 }
 
-void tablewriter_writePollutantRow(Model& model, const char* name, const double* values) {
+void tablewriter_writePollutantRow(const Model& model, const char* name, const double* values) {
     reportfile_print(model, "\n  %-16s", name);
     for (int32_t p = 0; p < model.polluts.size(); ++p) {
         reportfile_print(model, " %16.3f", values ? values[p] : 0.0);

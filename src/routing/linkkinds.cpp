@@ -34,7 +34,7 @@ int32_t linkkinds_readLine(Model& model, const Tokens& tokens, int32_t kind, int
     }
 }
 
-Decay* linkkinds_findDecay(Model& model, const Link& link) {
+Decay* linkkinds_findDecay(const Model& model, const Link& link) {
     switch (link.kind) {
         case PIPE: return model.pipes[link.kindIndex].decay;
         case CONDUIT: return model.conduits[link.kindIndex].decay;
@@ -42,7 +42,7 @@ Decay* linkkinds_findDecay(Model& model, const Link& link) {
     }
 }
 
-static bool isAtTank(Model& model, const Link& link) {
+static bool isAtTank(const Model& model, const Link& link) {
     const Node* node = model.nodes.find(link.fromNode);
     return node && node->kind == TANK;
 }
@@ -120,7 +120,7 @@ void linkkinds_shiftAll(Model& model) {
     pipe_shiftChanged(model);
 }
 
-static double getPumpTarget(Model& model, const Link& link) {
+static double getPumpTarget(const Model& model, const Link& link) {
     return isAtTank(model, link) ? pump_getTarget(link, model.pumps[link.kindIndex],
                                                   model.tanks[model.nodes[link.fromNode].kindIndex].newDepth)
                                  : link.setting;
@@ -152,7 +152,7 @@ void linkkinds_update(Model& model, const VisitLink& place, const Offer& offer, 
 }
 
 /// A lagged pipe is read a step earlier; a lagged link of another kind delivers its old values.
-static double getDeliveryTime(Model& model, const Link& link) {
+static double getDeliveryTime(const Model& model, const Link& link) {
     return link.isLagged ? model.clock.oldRoutingTime - model.options.routingStep * MS_PER_SECOND
                          : model.clock.oldRoutingTime;
 }
@@ -174,7 +174,7 @@ void linkkinds_addDelivery(Model& model, const VisitLink& place, Node& node) {
     }
 }
 
-double linkkinds_deliver(Model& model, int32_t index, double* loads) {
+double linkkinds_deliver(const Model& model, int32_t index, double* loads) {
     const Link& link = model.links[index];
     if (link.kind == PIPE) {
         const Pipe& pipe = model.pipes[link.kindIndex];
@@ -230,7 +230,7 @@ static void countFloods(Model& model, double dt) {
 }
 
 /// Whether a conduit floods. A concentration that is no finite number counts in the flood also where there is none.
-static bool isFlooding(Model& model, const Link& link, const Conduit& conduit) {
+static bool isFlooding(const Model& model, const Link& link, const Conduit& conduit) {
     return conduit.newFlood != 0.0 || !std::all_of(link.newQual, link.newQual + project_pollutantCount(model),
                                                    [](double c) { return std::isfinite(c); });
 }

@@ -16,7 +16,7 @@ struct Model;
                                          int32_t kindIndex);
 
 /// The decay of a link that holds water, one record per pollutant; null for the other kinds.
-[[nodiscard]] Decay* linkkinds_findDecay(Model& model, const Link& link);
+[[nodiscard]] Decay* linkkinds_findDecay(const Model& model, const Link& link);
 
 /// Tests a link when all is read; writes what is wrong to the report.
 void linkkinds_validate(Model& model, const Link& link);
@@ -42,7 +42,7 @@ void linkkinds_addDelivery(Model& model, const VisitLink& link, Node& node);
 
 /// What a link delivers in a step into an outside model: the flow, m3/s, and the loads, kg/s, in place of the zeros of
 /// `loads`.
-[[nodiscard]] double linkkinds_deliver(Model& model, int32_t link, double* loads);
+[[nodiscard]] double linkkinds_deliver(const Model& model, int32_t link, double* loads);
 
 /// Hands the outflows of a node's model to the links that the records name.
 void linkkinds_feed(Model& model, int32_t node, const OutsideNode& outside, const OutsideTotals& totals);

@@ -82,7 +82,7 @@ struct Search {
 };
 
 /// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
-static int32_t findEdge(Model& model, Search& search, int32_t node, int32_t& position) {
+static int32_t findEdge(const Model& model, Search& search, int32_t node, int32_t& position) {
     const LinkList outgoing = topology_getOutgoing(model, node);
     ++search.visits;
     for (; position < outgoing.count; ++position) {
@@ -110,7 +110,7 @@ static void discover(Search& search, int32_t node, int32_t previous, int32_t edg
 
 /// Breadth first, the heads in the order of the table: the way back over `previous` is the first of the shortest paths
 /// to a node, and of two nodes at the same distance the one with the smaller rank has the earlier path.
-static void discoverFromHeads(Model& model, Search& search) {
+static void discoverFromHeads(const Model& model, Search& search) {
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         if (model.nodes[k].isHead) {
             discover(search, k, NONE, NONE);
@@ -131,7 +131,7 @@ static void discoverFromHeads(Model& model, Search& search) {
 
 /// Number of all paths from the heads, at most the number of nodes. The nodes of a circle, and all behind them, keep
 /// open inflows and aren't counted; `counted` is the number of those that are.
-static int64_t countPaths(Model& model, Search& search, int32_t& counted) {
+static int64_t countPaths(const Model& model, Search& search, int32_t& counted) {
     const int64_t limit = static_cast<int64_t>(model.nodes.size());
     Table<int64_t> paths = table_make(model.nodes.size(), int64_t{0});  // that end at the node
     Table<int32_t>& ready = search.queue;
@@ -234,7 +234,7 @@ static void dividePart(Model& model, Search& search, int32_t part) {
 
 /// Node that a shortest circle from `start` within its part comes back from, the first in the order of the queue; NONE
 /// if the circle has more than `limit` nodes. `length` gets the nodes of the circle.
-static int32_t findCircle(Model& model, Search& search, int32_t start, int32_t limit, int32_t& length) {
+static int32_t findCircle(const Model& model, Search& search, int32_t start, int32_t limit, int32_t& length) {
     const int32_t part = search.at(start).part;
     search.queue.fill(1, start);
     search.at(start).circleStart = start;
@@ -265,7 +265,7 @@ static int32_t findCircle(Model& model, Search& search, int32_t start, int32_t l
 
 /// Looks for the lasso whose circle starts at a node, and keeps it if it comes before the best so far. Nodes are tried
 /// in the order of discovery.
-static void tryLasso(Model& model, Search& search, int32_t start) {
+static void tryLasso(const Model& model, Search& search, int32_t start) {
     Lasso& best = search.best;
     const int32_t distance = search.at(start).distance;
     // With tails of one length the node discovered earlier has the earlier tail, so only a shorter circle counts.
@@ -295,7 +295,7 @@ static void tryLasso(Model& model, Search& search, int32_t start) {
 }
 
 /// Name of what closes the lasso: of several edges that lead from its last node back into it the first.
-static const char* nameClosing(Model& model, Search& search) {
+static const char* nameClosing(const Model& model, Search& search) {
     Table<uint8_t> isOnPath = table_make(model.nodes.size(), uint8_t{0});
     for (int32_t node = search.best.base; node >= 0; node = search.at(node).previous) {
         isOnPath[node] = 1;

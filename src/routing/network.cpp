@@ -135,7 +135,7 @@ struct ReleaseCount {
     int32_t visited;
 };
 
-static Table<ReleaseCount> countUpstream(Model& model) {
+static Table<ReleaseCount> countUpstream(const Model& model) {
     Table<ReleaseCount> counts = table_make(model.nodes.size(), ReleaseCount{});
     int32_t targets[2];
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
@@ -152,7 +152,7 @@ static Table<ReleaseCount> countUpstream(Model& model) {
     return counts;
 }
 
-void network_sortNodes(Model& model) {
+void network_sortNodes(const Model& model) {
     Table<ReleaseCount> counts = countUpstream(model);
     Table<uint8_t> isPlaced = table_make(model.nodes.size(), uint8_t{0});
     int32_t placed = 0;

@@ -12,4 +12,4 @@ void network_validate(Model& model);
 void network_checkCycles(Model& model);
 
 /// Fills SortedNodes.
-void network_sortNodes(Model& model);
+void network_sortNodes(const Model& model);

@@ -41,14 +41,14 @@ const char* const* nodekinds_getRecordWords(int32_t kind) {
     }
 }
 
-Decay* nodekinds_findDecay(Model& model, const Node& node) {
+Decay* nodekinds_findDecay(const Model& model, const Node& node) {
     switch (node.kind) {
         case TANK: return model.tanks[node.kindIndex].decay;
         default: return nullptr;
     }
 }
 
-double* nodekinds_findInitialQuality(Model& model, const Node& node) {
+double* nodekinds_findInitialQuality(const Model& model, const Node& node) {
     switch (node.kind) {
         case TANK: return model.tanks[node.kindIndex].initQual;
         case REACTOR: return model.reactors[node.kindIndex].initQual;
@@ -81,7 +81,7 @@ OutletRule nodekinds_getOutletRule(int32_t kind) {
     }
 }
 
-int32_t nodekinds_getDirectEdges(Model& model, int32_t index, int32_t targets[2]) {
+int32_t nodekinds_getDirectEdges(const Model& model, int32_t index, int32_t targets[2]) {
     const Node& node = model.nodes[index];
     switch (node.kind) {
         case REACTOR: {
@@ -95,7 +95,7 @@ int32_t nodekinds_getDirectEdges(Model& model, int32_t index, int32_t targets[2]
     }
 }
 
-int32_t nodekinds_getDirectTargets(Model& model, int32_t node, int32_t targets[2]) {
+int32_t nodekinds_getDirectTargets(const Model& model, int32_t node, int32_t targets[2]) {
     const int32_t count = nodekinds_getDirectEdges(model, node, targets);
     return count == 2 && targets[0] == targets[1] ? 1 : count;
 }

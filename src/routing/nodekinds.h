@@ -19,10 +19,10 @@ struct Model;
 const char* const* nodekinds_getRecordWords(int32_t kind);
 
 /// The decay of a node that stores water, one record per pollutant; null for the other kinds.
-[[nodiscard]] Decay* nodekinds_findDecay(Model& model, const Node& node);
+[[nodiscard]] Decay* nodekinds_findDecay(const Model& model, const Node& node);
 
 /// The initial concentrations of a node that stores water, mg/L, one per pollutant; null for the other kinds.
-[[nodiscard]] double* nodekinds_findInitialQuality(Model& model, const Node& node);
+[[nodiscard]] double* nodekinds_findInitialQuality(const Model& model, const Node& node);
 
 /// Tests a node when all is read; writes what is wrong to the report.
 void nodekinds_validate(Model& model, int32_t node);
@@ -34,10 +34,10 @@ enum OutletRule : int32_t { OUTLETS_ANY, OUTLETS_NONE, OUTLETS_ONE, OUTLETS_SOME
 /// Nodes that a node discharges into without a link: those of a reactor's surplus and emptying, that of a LID monomer's
 /// drain. Fills `targets` as the order meets them, a reactor with one node for both naming it twice; gives their
 /// number.
-[[nodiscard]] int32_t nodekinds_getDirectEdges(Model& model, int32_t node, int32_t targets[2]);
+[[nodiscard]] int32_t nodekinds_getDirectEdges(const Model& model, int32_t node, int32_t targets[2]);
 
 /// The same, the different ones only.
-[[nodiscard]] int32_t nodekinds_getDirectTargets(Model& model, int32_t node, int32_t targets[2]);
+[[nodiscard]] int32_t nodekinds_getDirectTargets(const Model& model, int32_t node, int32_t targets[2]);
 
 /// Puts a node to time zero, and lets go of what it holds for the run.
 void nodekinds_initState(Model& model, int32_t node);

@@ -52,7 +52,7 @@ void routing_close(Model& model) {
     arena_release(model.memory.run);
 }
 
-bool routing_isReady(Model& model) {
+bool routing_isReady(const Model& model) {
     return model.sortedNodes != nullptr;
 }
 

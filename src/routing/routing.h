@@ -14,7 +14,7 @@ void routing_open(Model& model);
 void routing_close(Model& model);
 
 /// Whether routing_open has made what a step needs.
-[[nodiscard]] bool routing_isReady(Model& model);
+[[nodiscard]] bool routing_isReady(const Model& model);
 
 /// Puts the routing clock to the start of a run. Nobody but this room moves it.
 void routing_resetClock(Model& model);

@@ -17,7 +17,7 @@ static constexpr ptrdiff_t LINKS_FAR = 16, LINKS_NEAR = 7;
 
 // --- lists ---------------------------------------------------------------------------------------------------------
 
-static void addVisitLinks(Model& model, Table<VisitLink>& visitLinks, LinkList links) {
+static void addVisitLinks(const Model& model, Table<VisitLink>& visitLinks, LinkList links) {
     for (const int32_t link : links) {
         const Link& record = model.links[link];
         visitLinks.push_back({link, record.kind, record.kindIndex, 0});
@@ -61,18 +61,18 @@ void visits_close(Model& model) {
     model.outgoingVisits = {};
 }
 
-VisitLinkList visits_getIncoming(Model& model, const Visit& visit) {
+VisitLinkList visits_getIncoming(const Model& model, const Visit& visit) {
     return {model.incomingVisits.data() + visit.firstIncoming, visit.incomingCount};
 }
 
-VisitLinkList visits_getOutgoing(Model& model, const Visit& visit) {
+VisitLinkList visits_getOutgoing(const Model& model, const Visit& visit) {
     return {model.outgoingVisits.data() + visit.firstOutgoing, visit.outgoingCount};
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
 /// Place of each node in the order of the visits; -1 for all if the order leaves one out.
-static Table<int32_t> getPlaces(Model& model) {
+static Table<int32_t> getPlaces(const Model& model) {
     Table<int32_t> places = table_make(model.nodes.size(), -1);
     for (int32_t k = 0; k < model.visits.size(); ++k) {
         int32_t& place = places[model.visits[k].node];
@@ -86,7 +86,7 @@ static Table<int32_t> getPlaces(Model& model) {
 }
 
 /// Whether the flow of a pipe stands fast by the time at which its lower node collects it.
-static bool isSettledAtVisit(Model& model, const Link& link, const Table<int32_t>& places) {
+static bool isSettledAtVisit(const Model& model, const Link& link, const Table<int32_t>& places) {
     const int32_t to = link.toNode;
     return link.kind == PIPE && !link.isLagged && !coupled_isKind(model.nodes[to].kind) &&
            places[link.fromNode] < places[to];
@@ -123,14 +123,14 @@ void visits_open(Model& model) {
 
 // --- memory ahead --------------------------------------------------------------------------------------------------
 
-void visits_fetchAhead(Model& model, int32_t place) {
+void visits_fetchAhead(const Model& model, int32_t place) {
     if (place + NODES_FAR < model.visits.size()) {
         prefetch_line(&model.nodes[model.visits[place + NODES_FAR].node]);
         prefetch_arrays(model.nodes[model.visits[place + NODES_NEAR].node]);
     }
 }
 
-void visits_fetchIncoming(Model& model, const VisitLink& link) {
+void visits_fetchIncoming(const Model& model, const VisitLink& link) {
     const VisitLink& far = (&link)[LINKS_FAR];
     prefetch_line(&model.links[far.link]);
     if (far.kind == PIPE) {
@@ -139,7 +139,7 @@ void visits_fetchIncoming(Model& model, const VisitLink& link) {
     prefetch_arrays(model.links[(&link)[LINKS_NEAR].link]);
 }
 
-void visits_fetchOutgoing(Model& model, const VisitLink& link, double fireTime) {
+void visits_fetchOutgoing(const Model& model, const VisitLink& link, double fireTime) {
     const VisitLink& far = (&link)[LINKS_FAR];
     if (far.kind == PIPE) {
         prefetch_line(&model.pipes[far.kindIndex]);

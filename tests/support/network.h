@@ -22,8 +22,7 @@
 #include "support/model.h"
 #include "support/tables.h"
 
-class NetworkTest : public ::testing::Test, protected Tables {
-protected:
+struct NetworkTest : testing::Test, protected Tables {
     void SetUp() override {
         testModel().files.report = std::tmpfile();
         ASSERT_NE(testModel().files.report, nullptr);

@@ -258,7 +258,7 @@ static std::vector<int32_t> sortWithLists() {
 /// nodes, so that there are some circles and not too many.
 static void makeRandomNetwork(std::mt19937& random) {
     const auto draw = [&](uint32_t count) { return static_cast<int32_t>(random() % count); };
-    clear();
+    NetworkTest::clear();
     const int32_t nodeCount = 1 + draw(9);
     const int32_t linkCount = draw(static_cast<uint32_t>(nodeCount) * 2);
     const int32_t backward = draw(4);
@@ -360,7 +360,7 @@ static void addNamelessLink(int32_t from, int32_t to, const char* id = "inside")
 /// Splitters whose two branches rejoin at the next one: 2^60 paths to the last node, and more than 64 bits can number.
 TEST_F(NetworkTest, ladderOfRejoiningSplittersIsCountedWithoutWalking) {
     for (const int32_t rungs : {60, 150}) {
-        clear();
+        NetworkTest::clear();
         addNode("S0", SPLITTER);
         for (int32_t k = 1; k <= rungs; ++k) {
             const int32_t from = testModel().counts.objects[NODE] - 1;
