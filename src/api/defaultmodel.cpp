@@ -18,7 +18,7 @@ Model& defaultmodel_renew() {
     next->error = DefaultModel->error;
     next->options = DefaultModel->options;
     next->clock = DefaultModel->clock;
-    next->saveMode = DefaultModel->saveMode;
+    next->sinks = DefaultModel->sinks;
     DefaultModel.swap(next);
     return *DefaultModel;
 }

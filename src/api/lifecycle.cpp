@@ -11,11 +11,11 @@
 #include "model/messages.h"
 #include "model/model.h"
 #include "platform/locale.h"
+#include "results/results.h"
 #include "tarnvelde.h"
 #include "text/number.h"
 #include "text/units.h"
 
-static constexpr int32_t SAVE_TO_FILE = 1;
 static constexpr const char* DEFAULT_VORN_LIBRARY = "";  ///< leads to the folder of the host program
 
 /// A call that lets nothing be thrown; without memory the memory error is its result.
@@ -55,8 +55,18 @@ int32_t tarnvelde_open(const char* input, const char* report, const char* result
     return guardCall([&] { return run_open(defaultmodel_renew(), getText(input), getText(report), getText(results)); });
 }
 
+/// A save mode that names no sink makes rows for nobody.
+static int32_t getSinks(int32_t saveMode) {
+    switch (saveMode) {
+        case TARNVELDE_SAVE_NOTHING: return 0;
+        case TARNVELDE_SAVE_BINARY: return SINK_FILE;
+        case TARNVELDE_SAVE_DATABASE: return SINK_DATABASE;
+        default: return SINK_NOBODY;
+    }
+}
+
 int32_t tarnvelde_start(int32_t saveMode) {
-    return guardCall([&] { return run_start(defaultmodel_get(), saveMode); });
+    return guardCall([&] { return run_start(defaultmodel_get(), getSinks(saveMode)); });
 }
 
 int32_t tarnvelde_step(double* elapsedDays) {
@@ -112,7 +122,7 @@ int32_t tarnvelde_run(const char* input, const char* report, const char* results
     tarnvelde_initVornDll(DEFAULT_VORN_LIBRARY, "");
     tarnvelde_open(input, report, results);
     if (!defaultmodel_get().error.code) {
-        tarnvelde_start(SAVE_TO_FILE);
+        tarnvelde_start(TARNVELDE_SAVE_BINARY);
         if (!defaultmodel_get().error.code) {
             stepToEnd(defaultmodel_get());
         }

@@ -10,6 +10,7 @@
 #include "model/errors.h"
 #include "model/messages.h"
 #include "model/model.h"
+#include "model/reportfile.h"
 #include "platform/files.h"
 #include "project/options.h"
 #include "project/reader.h"
@@ -72,6 +73,10 @@ int32_t run_open(Model& model, const char* input, const char* report, const char
     if (model.error.code) {
         return getPublicCode(model);
     }
+    return run_read(model);
+}
+
+int32_t run_read(Model& model) {
     model.isOpen = true;
     report_writeBanner(model);
     messages_tell(model, "\n  Retrieving project data");
@@ -86,7 +91,7 @@ int32_t run_open(Model& model, const char* input, const char* report, const char
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
-int32_t run_start(Model& model, int32_t saveMode) {
+int32_t run_start(Model& model, int32_t sinks) {
     if (model.error.code) {
         return getPublicCode(model);
     }
@@ -96,7 +101,7 @@ int32_t run_start(Model& model, int32_t saveMode) {
     model.clock.elapsedDays = 0.0;
     runoff_resetClock(model);
     routing_resetClock(model);
-    model.saveMode = saveMode;
+    model.sinks = sinks;
     model.clock.reportTime = model.options.reportStep * MS_PER_SECOND;
     model.isStarted = true;  // whatever happens below, so that the end lets go of it
     results_releaseBuffers(model);
@@ -162,7 +167,7 @@ int32_t run_step(Model& model, double* elapsedDays) {
         return refuseCall(model);
     }
     const double time = advanceModel(model);
-    if (model.saveMode) {
+    if (model.sinks) {
         saveResults(model, time);
     }
     model.clock.elapsedDays = model.options.totalDuration > time ? time / MS_PER_DAY : 0.0;
@@ -177,9 +182,9 @@ int32_t run_step(Model& model, double* elapsedDays) {
 int32_t run_report(Model& model) {
     if (!model.error.code) {
         messages_tell(model, "\n  Writing output report");
-        if (model.isOpen && model.files.report) {
+        if (model.isOpen) {
             report_writeTables(model);
-            std::fflush(model.files.report);
+            reportfile_flush(model);
             massbal_close(model);
         }
     }

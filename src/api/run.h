@@ -17,8 +17,11 @@ struct Model;
 /// Opens a project in a new model. An open project with errors counts as open.
 int32_t run_open(Model& model, const char* input, const char* report, const char* results);
 
-/// Starts a run; what its save mode names receives the results.
-int32_t run_start(Model& model, int32_t saveMode);
+/// Reads the project whose file is open in the model already.
+int32_t run_read(Model& model);
+
+/// Starts a run; its rows go to these sinks, a sum of ResultSink.
+int32_t run_start(Model& model, int32_t sinks);
 
 /// One routing step; stores the days since the start, and 0 at the end of the run.
 int32_t run_step(Model& model, double* elapsedDays);

@@ -26,6 +26,9 @@ struct CurrentError {
 /// The number printed in the message: what the lifecycle functions return. 0 for an index outside the table.
 [[nodiscard]] int32_t errors_getPublicCode(int32_t index);
 
+/// The message of a public code in plain words, with dots where it names something.
+[[nodiscard]] const char* errors_describe(int32_t publicCode);
+
 /// Writes a blank line and the message to the report, if one is open, and makes `index` the current error.
 void errors_report(Model& model, int32_t index, const char* text);
 

@@ -1,6 +1,10 @@
-// What a model says beside its report: a host of many models wants to hear none of them on standard output.
+// What a model says beside its report: a host of many models wants to hear none of them on standard output, and to know
+// what each of them has said, with its place.
 
 #include "model/messages.h"
+
+#include <algorithm>
+#include <utility>
 
 #include "model/model.h"
 #include "platform/console.h"
@@ -8,5 +12,35 @@
 void messages_tell(const Model& model, const char* text) {
     if (!model.isSilent) {
         console_write(text);
+    }
+}
+
+void messages_setPlace(Model& model, const char* section, int64_t line, const char* words) {
+    if (!model.log) {
+        return;
+    }
+    std::string text = words;
+    text.erase(text.find_last_not_of(" \t\r\n") + 1);
+    model.log->place = {section, line, std::move(text)};
+}
+
+/// The words of a message: without what the report puts around them.
+static std::string getWords(const std::string& text) {
+    size_t first = text.find_first_not_of(" \n");
+    if (text.compare(std::min(first, text.size()), 6, "ERROR ") == 0) {
+        first = text.find(": ", first) + 2;
+    }
+    const size_t last = text.find_last_not_of(" \n");
+    return first > last ? std::string() : text.substr(first, last + 1 - first);
+}
+
+void messages_addError(Model& model, int32_t code, const std::string& text, const char* object) {
+    MessageLog* log = model.log;
+    if (!log) {
+        return;
+    }
+    log->messages.push_back({MESSAGE_ERROR, code, "", getWords(text), log->place, object});
+    if (log->hear) {
+        log->hear(log->owner, log->messages.back());
     }
 }

@@ -35,6 +35,7 @@ struct Lid;
 struct LidGroup;
 struct LidMono;
 struct LidUnit;
+struct MessageLog;
 struct Orifice;
 struct Outfall;
 struct Pattern;
@@ -67,7 +68,8 @@ struct Model {
     Files files{};
     EngineLibraries engines{};
     CurrentError error{};
-    bool isSilent{};  ///< says nothing on standard output
+    MessageLog* log{};  ///< of the host, or null
+    bool isSilent{};    ///< says nothing on standard output
     bool isOpen{};
     bool isStarted{};
 
@@ -122,7 +124,7 @@ struct Model {
     // --- the state of the run
 
     Clock clock{};
-    int32_t saveMode{};
+    int32_t sinks{};  ///< ResultSink, a sum: where the rows of the run go
     HostRequests requests;
 
     int32_t* sortedNodes{};  ///< in the order of visits; null before the first start

@@ -17,6 +17,18 @@ void reportfile_print(const Model& model, const char* format, ...) {
     va_end(arguments);
 }
 
+void reportfile_write(const Model& model, const char* text) {
+    if (model.files.report) {
+        std::fputs(text, model.files.report);
+    }
+}
+
+void reportfile_flush(const Model& model) {
+    if (model.files.report) {
+        std::fflush(model.files.report);
+    }
+}
+
 void reportfile_writeLine(const Model& model, const char* text) {
     reportfile_print(model, "\n  %s", text);
 }

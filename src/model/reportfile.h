@@ -11,5 +11,11 @@ __attribute__((format(printf, 2, 3)))
 #endif
 void reportfile_print(const Model& model, const char* format, ...);
 
+/// Writes a text as it stands to the report, if one is open.
+void reportfile_write(const Model& model, const char* text);
+
+/// Hands what was written to the system.
+void reportfile_flush(const Model& model);
+
 /// Writes a line feed, two blanks and the text to the report, if one is open.
 void reportfile_writeLine(const Model& model, const char* text);

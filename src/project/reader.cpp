@@ -18,6 +18,7 @@
 #include "hydrology/subcatch.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/messages.h"
 #include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
@@ -40,10 +41,9 @@ static constexpr int32_t MAX_ERRORS = 100;
 
 /// Tells a wrong line: message, place, and the line as it stands.
 static void writeLineError(Model& model, int32_t error, int32_t section, long lineNumber, const char* line) {
-    if (!model.files.report) {
-        return;
-    }
+    messages_setPlace(model, section < 0 ? "" : Sections[section].name, lineNumber, line);
     errors_report(model, error, model.error.objectName.c_str());
+    messages_setPlace(model, "", 0, "");
     if (section < 0) {
         reportfile_print(model, "at line %ld of input file:", lineNumber);
     } else {

@@ -23,9 +23,6 @@
 #include "results/rows.h"
 #include "results/systemrow.h"
 
-static constexpr int32_t SAVE_TO_FILE = 1;
-static constexpr int32_t SAVE_TO_DATABASE = 2;
-
 // --- open ----------------------------------------------------------------------------------------------------------
 
 template <class T>
@@ -55,6 +52,9 @@ static void listObjects(Model& model, int32_t table) {
 
 void results_releaseBuffers(Model& model) {
     model.results->isReady = false;
+    for (std::vector<float>& kept : model.results->kept) {
+        kept = {};
+    }
     for (TableBuffer& buffer : model.results->buffers) {
         buffer = TableBuffer{};
     }
@@ -85,9 +85,10 @@ void results_open(Model& model) {
     model.results->sumCount = 0;
     model.results->period = 1;
     model.results->isReady = true;
-    if (model.saveMode == SAVE_TO_FILE) {
+    if (model.sinks & SINK_FILE) {
         binary_open(model);
-    } else if (model.saveMode == SAVE_TO_DATABASE) {
+    }
+    if (model.sinks & SINK_DATABASE && !model.error.code) {
         database_open(model);
     }
 }
@@ -132,10 +133,15 @@ static void clearSums(Model& model) {
 // --- write ---------------------------------------------------------------------------------------------------------
 
 static void writeRow(Model& model, int32_t table, int32_t object, const float* row, int32_t length) {
-    if (model.saveMode == SAVE_TO_FILE) {
+    if (model.sinks & SINK_FILE) {
         binary_writeRow(model, row, length);
-    } else {
+    }
+    if (model.sinks & SINK_DATABASE) {
         database_writeRow(model, table, rows_getName(model, table, object), model.results->period, row, length);
+    }
+    if (model.sinks & SINK_MEMORY) {
+        std::vector<float>& kept = model.results->kept[table];
+        kept.insert(kept.end(), row, row + length);
     }
 }
 
@@ -171,8 +177,8 @@ static void writeMeans(Model& model, int32_t table) {
 }
 
 static bool hasSink(const Model& model) {
-    return (model.saveMode == SAVE_TO_FILE && model.binary->file) ||
-           (model.saveMode == SAVE_TO_DATABASE && model.database->handle);
+    return (model.sinks & SINK_FILE && model.binary->file) || (model.sinks & SINK_DATABASE && model.database->handle) ||
+           model.sinks & SINK_MEMORY;
 }
 
 static double getWeight(const Model& model, double older, double newer) {
@@ -182,7 +188,10 @@ static double getWeight(const Model& model, double older, double newer) {
 static void writeReport(Model& model, DateTime date) {
     const double networkFactor = getWeight(model, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     const double landFactor = getWeight(model, model.clock.oldRunoffTime, model.clock.newRunoffTime);
-    if (model.saveMode == SAVE_TO_FILE) {
+    for (std::vector<float>& kept : model.results->kept) {
+        kept.clear();
+    }
+    if (model.sinks & SINK_FILE) {
         binary_startRecord(model, date);
     }
     float system[SYSTEM_LENGTH];
@@ -221,8 +230,8 @@ void results_end(Model& model) {
 
 void results_close(Model& model) {
     results_releaseBuffers(model);
-    binary_close(model, model.saveMode == SAVE_TO_FILE);
-    database_close(model, model.saveMode == SAVE_TO_DATABASE);
+    binary_close(model, model.sinks & SINK_FILE);
+    database_close(model, model.sinks & SINK_DATABASE);
 }
 
 void results_abandon(Model& model) {

@@ -7,10 +7,14 @@
 // Results of each report period: when rows are made, and into which sink they go.
 
 #include <cstdint>
+#include <vector>
 
 #include "results/rows.h"
 
 struct Model;
+
+/// Where rows go. NOBODY makes none, but counts the periods.
+enum ResultSink : int32_t { SINK_FILE = 1, SINK_DATABASE = 2, SINK_MEMORY = 4, SINK_NOBODY = 8 };
 
 /// Memory of one table, from a start to the next or to the close. What the machine's memory can't hold is null, and the
 /// rows that need it are left out.
@@ -26,11 +30,12 @@ struct TableBuffer {
 struct ResultBuffers {
     TableBuffer buffers[RESULT_TABLE_COUNT];
     bool isReady;
-    int32_t period = 1;  ///< number of the next report
-    int32_t sumCount;    ///< steps added up since the last report
+    int32_t period = 1;                           ///< number of the next report
+    int32_t sumCount;                             ///< steps added up since the last report
+    std::vector<float> kept[RESULT_TABLE_COUNT];  ///< rows of the last period, for the sink in memory
 };
 
-/// Prepares buffers and the sink that the save mode chooses; nothing while an error stands.
+/// Prepares buffers and the sinks of the model; nothing while an error stands.
 void results_open(Model& model);
 
 /// Forgets the buffers, whose memory goes with the results of the run before.

@@ -19,6 +19,12 @@ bool textfile_open(TextFile& text, const char* path) {
     return true;
 }
 
+void textfile_openText(TextFile& text, const char* bytes, size_t size) {
+    textfile_close(text);
+    text.buffer.assign(bytes, bytes + size);
+    text.filled = size;
+}
+
 void textfile_close(TextFile& text) {
     if (text.file) {
         std::fclose(text.file);
@@ -27,6 +33,9 @@ void textfile_close(TextFile& text) {
 }
 
 static bool fillBuffer(TextFile& text) {
+    if (!text.file) {
+        return false;
+    }
     text.offset += static_cast<int64_t>(text.filled);
     text.at = 0;
     text.filled = std::fread(text.buffer.data(), 1, text.buffer.size(), text.file);

@@ -7,7 +7,7 @@
 
 /// An open text file. CR LF reads as LF, and a byte 0x1A ends the file; a lone CR stays.
 struct TextFile {
-    std::FILE* file;
+    std::FILE* file;  ///< null for a text in memory, all of which stands in the buffer
     std::vector<char> buffer;
     size_t at;       ///< next byte of the buffer
     size_t filled;   ///< bytes in the buffer
@@ -17,6 +17,9 @@ struct TextFile {
 
 /// Opens a file for reading; false if it can't be, which a directory can't.
 [[nodiscard]] bool textfile_open(TextFile& text, const char* path);
+
+/// The same of a text in memory, which is copied.
+void textfile_openText(TextFile& text, const char* bytes, size_t size);
 
 void textfile_close(TextFile& text);
 

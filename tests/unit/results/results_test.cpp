@@ -283,7 +283,7 @@ namespace {
 int countMemoryErrors(Project& project, int64_t count) {
     EXPECT_EQ(project.open(), 0);
     EXPECT_EQ(tarnvelde_start(0), 0);
-    testModel().saveMode = 1;
+    testModel().sinks = 0;
     arena_failAfter(count);
     results_open(testModel());
     arena_failAfter(0);

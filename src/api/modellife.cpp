@@ -1,0 +1,359 @@
+// The functions of tarnvelde_model.h that open, run and end a model, and its messages.
+
+#include <cmath>
+#include <cstdio>
+
+#include "api/modelhandle.h"
+#include "api/run.h"
+#include "model/reportfile.h"
+#include "platform/files.h"
+#include "project/options.h"
+#include "results/report.h"
+#include "results/results.h"
+#include "text/datetime.h"
+#include "text/units.h"
+
+static std::string getText(const char* text) {
+    return text ? text : "";
+}
+
+const char* tv_getVersion(void) {
+    return TARNVELDE_VERSION;
+}
+
+struct CodeWords {
+    int32_t code;
+    const char* words;
+};
+
+static constexpr CodeWords Codes[] = {
+#define TV_CODE(name, words) {name, words},
+#include "api/modelcodes.def"
+};
+
+const char* tv_describeCode(int32_t code) {
+    for (const CodeWords& entry : Codes) {
+        if (entry.code == code) {
+            return entry.words;
+        }
+    }
+    return errors_describe(code);
+}
+
+int32_t tv_create(tv_model** model) {
+    if (!model) {
+        return TV_ERROR_NULL;
+    }
+    return guard_run(
+        [&]() -> int32_t {
+            auto handle = std::make_unique<tv_model>();
+            handle->log.owner = handle.get();
+            handle->log.hear = [](void* owner, const Message& message) { modelhandle_hear(owner, message); };
+            *model = handle.release();
+            return TV_OK;
+        },
+        []() -> int32_t { return TV_ERROR_MEMORY; });
+}
+
+int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
+                      const char* plantFolder) {
+    return modelhandle_look(model, NEED_CLOSED, [&]() -> int32_t {
+        EngineLibraries engines{getText(swmmLibrary), getText(swmmFolder), getText(plantLibrary), getText(plantFolder)};
+        model->engines = std::move(engines);
+        return TV_OK;
+    });
+}
+
+// --- opening -------------------------------------------------------------------------------------------------------
+
+static int32_t failToOpen(tv_model* handle, int32_t error) {
+    handle->model->error.code = error;
+    const int32_t code = modelhandle_tellError(handle, handle->log.messages.size());
+    handle->model.reset();
+    return code;
+}
+
+/// Opens the report, and reads the project whose text is open in the model.
+static int32_t readProject(tv_model* handle, const char* report) {
+    Model& model = *handle->model;
+    if (report) {
+        model.files.reportName = report;
+        model.files.report = std::fopen(report, "wb");
+        if (!model.files.report) {
+            return failToOpen(handle, ERR_REPORT_FILE);
+        }
+    }
+    const size_t messageCount = handle->log.messages.size();
+    handle->phase = TV_FAILED;
+    run_read(model);
+    if (model.error.code == ERR_NONE) {
+        handle->phase = TV_OPEN;
+    }
+    reportfile_flush(model);
+    return modelhandle_tellError(handle, messageCount);
+}
+
+/// A new project in place of the last, whose messages go.
+static Model& makeModel(tv_model* handle) {
+    handle->log.messages.clear();
+    handle->columnNames.clear();
+    handle->model = std::make_unique<Model>();
+    Model& model = *handle->model;
+    model.isSilent = true;
+    model.log = &handle->log;
+    model.engines = handle->engines;
+    options_setDefaults(model);
+    return model;
+}
+
+int32_t tv_open(tv_model* handle, const char* path, const char* report) {
+    return modelhandle_move(handle, NEED_CLOSED, [&]() -> int32_t {
+        if (!path) {
+            return TV_ERROR_NULL;
+        }
+        std::string source = path;
+        const PathParts parts = files_splitPath(source);
+        Model& model = makeModel(handle);
+        model.files.inputFolder = parts.drive + parts.folder;
+        model.files.inputName = source;
+        if (report && source == report) {
+            return failToOpen(handle, ERR_FILE_NAMES);
+        }
+        if (!textfile_open(model.files.input, path)) {
+            return failToOpen(handle, ERR_INPUT_FILE);
+        }
+        handle->isFromText = false;
+        handle->source = std::move(source);
+        return readProject(handle, report);
+    });
+}
+
+int32_t tv_openText(tv_model* handle, const char* text, size_t length, const char* folder, const char* report) {
+    return modelhandle_move(handle, NEED_CLOSED, [&]() -> int32_t {
+        if (!text) {
+            return TV_ERROR_NULL;
+        }
+        std::string copy(text, length), place = getText(folder);
+        if (!place.empty() && place.back() != '/' && place.back() != '\\') {
+            place += '/';
+        }
+        Model& model = makeModel(handle);
+        model.files.inputFolder = place;
+        textfile_openText(model.files.input, text, length);
+        handle->isFromText = true;
+        handle->source = std::move(copy);
+        handle->folder = std::move(place);
+        return readProject(handle, report);
+    });
+}
+
+// --- run -----------------------------------------------------------------------------------------------------------
+
+static bool isAtEnd(const Model& model) {
+    return model.error.code != ERR_NONE || !(model.options.totalDuration > model.clock.newRoutingTime);
+}
+
+int32_t tv_start(tv_model* handle, const char* results, const char* database) {
+    return modelhandle_move(handle, NEED_IDLE, [&]() -> int32_t {
+        Model& model = *handle->model;
+        model.files.resultsName = getText(results);
+        model.files.databaseName = getText(database);
+        const int32_t sinks = (results ? SINK_FILE : 0) | (database ? SINK_DATABASE : 0) |
+                              (handle->keepsRows ? SINK_MEMORY : 0) | SINK_NOBODY;
+        const size_t messageCount = handle->log.messages.size();
+        model.error.code = ERR_NONE;
+        run_start(model, sinks);
+        const int32_t code = modelhandle_tellError(handle, messageCount);
+        if (code == TV_OK) {
+            handle->isAtStart = true;
+            handle->phase = isAtEnd(model) ? TV_FINISHED : TV_STARTED;
+        } else {
+            run_end(model);
+            results_close(model);
+        }
+        return code;
+    });
+}
+
+/// One step, and the word to the host behind a period. True if the host wants to stop.
+static bool step(tv_model* handle) {
+    Model& model = *handle->model;
+    const int32_t period = model.results->period;
+    run_step(model, nullptr);
+    handle->isAtStart = false;
+    if (isAtEnd(model)) {
+        handle->phase = TV_FINISHED;
+    }
+    if (!handle->listener || model.results->period == period) {
+        return false;
+    }
+    const double date = datetime_addSeconds(
+        model.options.startDateTime, static_cast<double>(period) * static_cast<double>(model.options.reportStep));
+    const HandleGuard guard(handle, WORK_PERIOD);
+    return handle->listener(handle->listenerUser, handle, period, date) != 0;
+}
+
+int32_t tv_step(tv_model* handle) {
+    return modelhandle_move(handle, NEED_STEPPING, [&]() -> int32_t {
+        const size_t messageCount = handle->log.messages.size();
+        step(handle);
+        return modelhandle_tellError(handle, messageCount);
+    });
+}
+
+/// The date that the run has reached.
+static double getNow(const Model& model) {
+    return model.options.startDateTime + model.clock.newRoutingTime / MS_PER_DAY;
+}
+
+int32_t tv_runUntil(tv_model* handle, double date) {
+    return modelhandle_move(handle, NEED_STEPPING, [&]() -> int32_t {
+        if (std::isnan(date)) {
+            return TV_ERROR_RANGE;
+        }
+        const Model& model = *handle->model;
+        const size_t messageCount = handle->log.messages.size();
+        // A millisecond's rounding of a date must not make a step more.
+        const double until = (date - model.options.startDateTime) * MS_PER_DAY - 1.0;
+        while (handle->phase == TV_STARTED && model.clock.newRoutingTime < until) {
+            if (step(handle)) {
+                break;
+            }
+        }
+        return modelhandle_tellError(handle, messageCount);
+    });
+}
+
+int32_t tv_report(tv_model* handle) {
+    return modelhandle_move(handle, NEED_RUN, [&]() -> int32_t {
+        report_writeTables(*handle->model);
+        reportfile_flush(*handle->model);
+        return TV_OK;
+    });
+}
+
+// --- end -----------------------------------------------------------------------------------------------------------
+
+/// Ends the run with complete files.
+static int32_t endRun(tv_model* handle) {
+    const size_t messageCount = handle->log.messages.size();
+    Model& model = *handle->model;
+    const int32_t before = model.error.code;
+    run_end(model);
+    results_close(model);
+    handle->phase = TV_OPEN;
+    const int32_t code = model.error.code == before ? TV_OK : modelhandle_tellError(handle, messageCount);
+    model.error.code = ERR_NONE;
+    return code;
+}
+
+static int32_t closeProject(tv_model* handle) {
+    const int32_t code = handle->phase == TV_STARTED || handle->phase == TV_FINISHED ? endRun(handle) : TV_OK;
+    run_close(*handle->model);
+    handle->model.reset();
+    handle->phase = TV_CLOSED;
+    return code;
+}
+
+int32_t tv_end(tv_model* handle) {
+    return modelhandle_move(handle, NEED_RUN, [&]() -> int32_t { return endRun(handle); });
+}
+
+int32_t tv_close(tv_model* handle) {
+    return modelhandle_move(handle, NEED_PROJECT, [&]() -> int32_t { return closeProject(handle); });
+}
+
+int32_t tv_free(tv_model* handle) {
+    if (!handle) {
+        return TV_OK;
+    }
+    if (handle->work != WORK_NONE) {
+        return TV_ERROR_BUSY;
+    }
+    int32_t code = TV_OK;
+    if (handle->phase != TV_CLOSED) {
+        code = modelhandle_move(handle, NEED_PROJECT, [&]() -> int32_t { return closeProject(handle); });
+    }
+    delete handle;
+    return code;
+}
+
+// --- where it stands -----------------------------------------------------------------------------------------------
+
+int32_t tv_getPhase(const tv_model* handle, int32_t* phase) {
+    if (!handle || !phase) {
+        return TV_ERROR_NULL;
+    }
+    *phase = handle->phase;
+    return TV_OK;
+}
+
+int32_t tv_getClock(const tv_model* handle, tv_clock* clock) {
+    return modelhandle_look(handle, NEED_OPEN, [&]() -> int32_t {
+        if (!clock) {
+            return TV_ERROR_NULL;
+        }
+        const Model& model = *handle->model;
+        const bool hasRun = handle->phase != TV_OPEN;
+        const double passed = hasRun ? model.clock.newRoutingTime : 0.0;
+        clock->start = model.options.startDateTime;
+        clock->now = hasRun ? getNow(model) : model.options.startDateTime;
+        clock->end = model.options.endDateTime;
+        clock->step = model.options.routingStep;
+        clock->progress = model.options.totalDuration > 0.0 ? passed / model.options.totalDuration : 0.0;
+        clock->period = hasRun ? model.results->period - 1 : 0;
+        return TV_OK;
+    });
+}
+
+// --- messages ------------------------------------------------------------------------------------------------------
+
+static tv_message describe(const Message& message) {
+    return {message.level,
+            message.code,
+            message.name.c_str(),
+            message.text.c_str(),
+            message.place.section.c_str(),
+            message.place.line,
+            message.place.words.c_str(),
+            message.object.c_str()};
+}
+
+void modelhandle_hear(void* owner, const Message& message) {
+    const tv_model* handle = static_cast<tv_model*>(owner);
+    if (handle->hearer) {
+        const tv_message told = describe(message);
+        handle->hearer(handle->hearerUser, &told);
+    }
+}
+
+int32_t tv_setLog(tv_model* handle, tv_log log, void* user) {
+    return modelhandle_look(handle, NEED_NOTHING, [&]() -> int32_t {
+        handle->hearer = log;
+        handle->hearerUser = user;
+        return TV_OK;
+    });
+}
+
+int32_t tv_getMessageCount(const tv_model* handle, int32_t* count) {
+    return modelhandle_look(handle, NEED_NOTHING, [&]() -> int32_t {
+        if (!count) {
+            return TV_ERROR_NULL;
+        }
+        *count = static_cast<int32_t>(handle->log.messages.size());
+        return TV_OK;
+    });
+}
+
+int32_t tv_getMessage(const tv_model* handle, int32_t index, tv_message* message) {
+    return modelhandle_look(handle, NEED_NOTHING, [&]() -> int32_t {
+        if (!message) {
+            return TV_ERROR_NULL;
+        }
+        if (index < 0 || static_cast<size_t>(index) >= handle->log.messages.size()) {
+            return TV_ERROR_INDEX;
+        }
+        *message = describe(handle->log.messages[static_cast<size_t>(index)]);
+        return TV_OK;
+    });
+}

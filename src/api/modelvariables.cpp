@@ -1,0 +1,3 @@
+// Variables: what a host reads and sets by name.
+
+#include "api/modelhandle.h"
