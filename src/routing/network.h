@@ -12,4 +12,4 @@ void network_validate(Model& model);
 void network_checkCycles(Model& model);
 
 /// Fills the order of the nodes.
-void network_sortNodes(const Model& model);
+void network_sortNodes(Model& model);
