@@ -118,10 +118,10 @@ int32_t outside_addRecord(Model& model, const Tokens& tokens, CoupledList& list,
 }
 
 /// False without memory.
-static bool openRecords(Model& model, CoupledList& list, int32_t count) {
+static bool openRecords(Arena& arena, CoupledList& list, int32_t count) {
     list.byIndex.clear();
     for (CoupledFlow* record = list.head; record; record = record->next) {
-        double* arrays = arena_allocateArray<double>(model.memory.run, 3 * static_cast<int64_t>(count));
+        double* arrays = arena_allocateArray<double>(arena, 3 * static_cast<int64_t>(count));
         if (!arrays) {
             return false;
         }
@@ -163,7 +163,7 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
     }
 }
 
-double* outside_getLoads(const Model& model, const OutsideNode& outside) {
+double* outside_getLoads(const Model& model, OutsideNode& outside) {
     std::fill_n(outside.scratch, project_pollutantCount(model), 0.0);
     return outside.scratch;
 }
@@ -218,9 +218,11 @@ void outside_validateOutflow(Model& model, const CoupledFlow& outflow, const cha
 }
 
 void outside_initState(Model& model, OutsideNode& outside, int32_t inflowCount) {
-    const bool isDone = openRecords(model, outside.inflows, inflowCount) &&
-                        openRecords(model, outside.outflows, project_pollutantCount(model));
-    outside.scratch = arena_allocateArray<double>(model.memory.run, project_pollutantCount(model));
+    Arena& arena = model.memory.run;
+    const int32_t pollutants = project_pollutantCount(model);
+    const bool isDone =
+        openRecords(arena, outside.inflows, inflowCount) && openRecords(arena, outside.outflows, pollutants);
+    outside.scratch = arena_allocateArray<double>(arena, pollutants);
     if (!isDone || !outside.scratch) {
         errors_report(model, ERR_MEMORY, "");
     }

@@ -148,7 +148,7 @@ void outside_advance(const Model& model, OutsideNode& outside, const OutsideCall
 [[nodiscard]] CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
 
 /// The room for one number per pollutant, emptied: for the loads of one link, kg/s.
-[[nodiscard]] double* outside_getLoads(const Model& model, const OutsideNode& outside);
+[[nodiscard]] double* outside_getLoads(const Model& model, OutsideNode& outside);
 
 /// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.
 void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads);

@@ -1,7 +1,7 @@
 // SWMM nodes. The routing step brings the engine up to the routing clock, as often as the engine's own step asks for:
 //
-//     behind --(newTime <= NewRoutingTime)--> requests, inflows, settings, engine step, outflows --> behind or ahead
-//     ahead  --(newTime >  NewRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
+//     behind --(newTime <= newRoutingTime)--> requests, inflows, settings, engine step, outflows --> behind or ahead
+//     ahead  --(newTime >  newRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
 //
 // Water and load of the network go in as external inflows, interpolated at the engine's clock; what comes out goes into
 // the links that the records name. Once the engine's run is over it reports an elapsed time of 0, and is asked again in

@@ -1,7 +1,7 @@
 // Treatment-plant nodes, built like SWMM nodes and stepped in the same way:
 //
-//     behind --(newTime <= NewRoutingTime)--> influents, engine step, effluents --> behind or ahead
-//     ahead  --(newTime >  NewRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
+//     behind --(newTime <= newRoutingTime)--> influents, engine step, effluents --> behind or ahead
+//     ahead  --(newTime >  newRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
 //
 // What differs: the plant speaks of units and of quantities of its own, and converters stand between those and the
 // pollutants of the network.

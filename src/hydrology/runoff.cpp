@@ -1,9 +1,9 @@
 // The runoff step: rain on subcatchments becomes runoff, and a load, at their outlets. The runoff clock runs ahead of
 // the routing clock, which interpolates between its last two instants:
 //
-//     tarnvelde_step --(routing target beyond NewRunoffTime)--> runoff_advance --> OldRunoffTime, NewRunoffTime
+//     run_step --(routing target beyond newRunoffTime)--> runoff_advance --> oldRunoffTime, newRunoffTime
 //
-// Every formula of a step uses the whole RunoffStep, also in the last one, of which only the clock is cut.
+// Every formula of a step uses the whole runoff step, also in the last one, of which only the clock is cut.
 
 #include "hydrology/runoff.h"
 

@@ -132,10 +132,10 @@ static const Transect* prepareTransect(Model& model, int32_t curve) {
     return model.transects[curve];
 }
 
-/// An area table of a curve or a conduit, from the project's memory.
-static double* allocateTable(Model& model, double*& table) {
+/// An area table of a curve or a conduit, made when it is first asked for.
+static double* allocateTable(Arena& arena, double*& table) {
     if (!table) {
-        table = arena_allocateArray<double>(model.memory.project, GEOMETRY_COUNT);
+        table = arena_allocateArray<double>(arena, GEOMETRY_COUNT);
     }
     return table;
 }
@@ -143,7 +143,8 @@ static double* allocateTable(Model& model, double*& table) {
 /// Fills the table that the shape needs. Null without memory.
 static const double* fillTable(Model& model, Conduit& conduit) {
     const bool isCircle = conduit.shape == CIRCULAR_CONDUIT;
-    double* table = allocateTable(model, isCircle ? conduit.areaTable : model.curves[conduit.curve].geometry);
+    double*& place = isCircle ? conduit.areaTable : model.curves[conduit.curve].geometry;
+    double* table = allocateTable(model.memory.project, place);
     const double full = conduit.fullDepth;
     for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
         const double y = i * full / GEOMETRY_COUNT;
@@ -325,7 +326,7 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 }
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
-static void mixAndDecay(const Model& model, Link& link, Conduit& conduit, double stored, double inflow,
+static void mixAndDecay(Model& model, Link& link, Conduit& conduit, double stored, double inflow,
                         const double* concentrations) {
     const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
@@ -349,7 +350,7 @@ static double getNormalFlow(const Model& model, const Conduit& conduit, double d
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
-void conduit_route(const Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
+void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
     const double dt = model.options.routingStep;
     const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
     const double fullVolume = getFullVolume(model, conduit);
@@ -373,7 +374,7 @@ void conduit_route(const Model& model, Link& link, Conduit& conduit, double infl
     link.newFlow = flow;
 }
 
-void conduit_update(const Model& model, Link& link, Conduit& conduit, const Offer& offer) {
+void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer) {
     conduit_shiftFlows(link, conduit);
     conduit_route(model, link, conduit, offer.flow, offer.quality);
 }

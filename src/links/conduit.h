@@ -59,10 +59,10 @@ void conduit_shiftFlows(Link& link, Conduit& conduit);
 [[nodiscard]] double conduit_getVolume(const Model& model, const Conduit& conduit);
 
 /// Takes in what its upstream node offers, and delivers what leaves at this step.
-void conduit_update(const Model& model, Link& link, Conduit& conduit, const Offer& offer);
+void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer);
 
 /// Sends a flow (m3/s) with its concentrations (mg/L) through the store.
-void conduit_route(const Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations);
+void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations);
 
 /// Adds the depth and the velocity of a step to the statistics. The flow is divided by the area that it left behind.
 void conduit_countStep(const Model& model, const Link& link, Conduit& conduit);

@@ -6,7 +6,6 @@
 #include <cmath>
 
 #include "model/arena.h"
-#include "model/model.h"
 
 static constexpr int32_t FIRST_CAPACITY = 8;
 
@@ -14,12 +13,12 @@ static DelayEntry& getEntry(const DelayQueue& queue, int64_t number) {
     return queue.entries[number & (queue.capacity - 1)];
 }
 
-static bool grow(Model& model, DelayQueue& queue) {
+static bool grow(Arena& arena, DelayQueue& queue) {
     if (queue.capacity > INT32_MAX / 2) {
         return false;
     }
     const int32_t capacity = queue.capacity ? queue.capacity * 2 : FIRST_CAPACITY;
-    auto* entries = arena_allocateArray<DelayEntry>(model.memory.run, capacity);
+    auto* entries = arena_allocateArray<DelayEntry>(arena, capacity);
     if (!entries) {
         return false;
     }
@@ -31,8 +30,8 @@ static bool grow(Model& model, DelayQueue& queue) {
     return true;
 }
 
-bool delayqueue_push(Model& model, DelayQueue& queue, DateTime date, double value) {
-    if (queue.end - queue.first == queue.capacity && !grow(model, queue)) {
+bool delayqueue_push(Arena& arena, DelayQueue& queue, DateTime date, double value) {
+    if (queue.end - queue.first == queue.capacity && !grow(arena, queue)) {
         return false;
     }
     getEntry(queue, queue.end++) = {date, value};

@@ -180,8 +180,7 @@ static bool isFinite(const double* c, double storage, int32_t pollutants) {
 }
 
 /// Decay of what mixReach has mixed.
-static void decayReach(const Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual,
-                       double* c) {
+static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double factor = decay_getFactor(model, pipe.decay[p], hour, pipe.stepLength);
         model.totals.quality[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / G_PER_KG;

@@ -9,8 +9,6 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
-struct Model;
-
 /// A cascade of `n` identical Muskingum reaches: it collects for `k` seconds, then fires once. What each step touches
 /// stands in the first line of memory, what a firing needs in the second.
 struct alignas(64) Pipe {

@@ -13,7 +13,7 @@
 
 #include "text/textfile.h"
 
-/// Classes of object. The numbers index ObjectCount and the tables of names.
+/// Classes of object. The numbers index counts and tables of names.
 enum ObjectType : int32_t {
     GAGE,
     SUBCATCH,

@@ -281,8 +281,7 @@ static void setInletQuality(const Model& model, const Node& node, Reactor& react
 
 /// Flow (m3/s) that the reactor takes in of an inflow; sets surpassFlow. An inflow of exactly the capacity counts as
 /// one above it.
-static double limitInflow(const Model& model, Reactor& reactor, double inflow) {
-    const double dt = model.options.routingStep;
+static double limitInflow(Reactor& reactor, double inflow, double dt) {
     const double capacity =
         reactor.capacityType == SURFACE_LOADING ? reactor.area * reactor.surfaceLoading : reactor.flowCapacity;
     reactor.surpassFlow = 0.0;
@@ -347,7 +346,7 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
     const bool leavesInTime = exitTime <= model.options.totalDuration;
     const DateTime exitDate = leavesInTime ? project_getDate(model, exitTime) : 0.0;
     if (leavesInTime) {
-        delayqueue_push(model, reactor.flowQueue, exitDate, flow);
+        delayqueue_push(model.memory.run, reactor.flowQueue, exitDate, flow);
     } else {
         model.totals.flow.delayedVolume += dt * flow;
     }
@@ -356,7 +355,7 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
         const double c = flow != 0.0 ? reactInflow(model, reactor, p, flow, reactor.retentionTime, hour) : 0.0;
         const double load = c * flow / G_PER_KG;
         if (leavesInTime) {
-            delayqueue_push(model, reactor.loadQueue[p], exitDate, load);
+            delayqueue_push(model.memory.run, reactor.loadQueue[p], exitDate, load);
         } else {
             model.totals.quality[p].delayedMass += dt * load;
         }
@@ -469,7 +468,7 @@ void reactor_update(Model& model, Node& node, Reactor& reactor) {
     const double evap = pattern_getFactor(model, reactor.evapPattern, hour) * reactor.evapRate * reactor.area;
 
     setInletQuality(model, node, reactor);
-    const double flow = limitInflow(model, reactor, node.newInflow);
+    const double flow = limitInflow(reactor, node.newInflow, dt);
     discharge(model, reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
     if (reactor.type == PFR) {
         if (reactor.retentionTime == 0.0) {
@@ -506,8 +505,7 @@ void reactor_openStatistics(Model& model) {
     }
 }
 
-void reactor_countStep(const Model& model, Reactor& reactor) {
-    const double dt = model.options.routingStep;
+void reactor_countStep(Reactor& reactor, double dt) {
     reactor.statSurpass += dt * reactor.surpassFlow;
     reactor.statEmptying += dt * reactor.emptyingFlow;
     reactor.statEvap += dt * reactor.evapDepth / MM_PER_DAY * reactor.area;

@@ -86,5 +86,5 @@ void reactor_update(Model& model, Node& node, Reactor& reactor);
 
 /// Statistics: made and zeroed for a run, added to after each step, and emptied by pollutant.
 void reactor_openStatistics(Model& model);
-void reactor_countStep(const Model& model, Reactor& reactor);
+void reactor_countStep(Reactor& reactor, double dt);
 void reactor_clearStatistics(Model& model);

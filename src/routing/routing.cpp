@@ -81,7 +81,7 @@ static void visitNodes(Model& model, double fireTime) {
         nodekinds_visit(model, visit.node, visits_getIncoming(model, visit), visits_getOutgoing(model, visit),
                         fireTime);
         if (visit.isCounted) {
-            statistics_countNode(model, model.nodes[visit.node]);
+            statistics_countNode(model.nodes[visit.node], model.options.routingStep);
         }
     }
 }
