@@ -133,11 +133,11 @@ struct Model {
     Table<VisitLink> outgoingVisits, incomingVisits;
     Table<int32_t> uncountedNodes, uncountedLinks;  ///< of which no visit makes the statistics
 
-    std::vector<DryWeatherNode> nodesWithDryWeather;
-    std::vector<int32_t> nodesWithExternal;
-    Table<int32_t> guidedLinks;
-    Table<uint8_t> isGuided;
-    Table<int32_t> everChangingLinks;
+    std::vector<DryWeatherNode> nodesWithDryWeather;  ///< in the order of the nodes
+    std::vector<int32_t> nodesWithExternal;           ///< likewise
+    Table<int32_t> guidedLinks;                       ///< whose target may differ from their setting
+    Table<uint8_t> isGuided;                          ///< by link: stands in guidedLinks
+    Table<int32_t> everChangingLinks;                 ///< that every step rolls
     Table<ChangedPipe> changedPipes;  ///< that fired, or that the host wrote to, since the last roll
     Table<uint8_t> isChangedPipe;     ///< by link: stands in changedPipes
     int32_t floodingPipeCount{};      ///< pipes whose newFlood isn't 0
