@@ -194,7 +194,7 @@ bool pipe_isAnyFlooding(const Model& model) {
 
 /// Outflow of the last reach against the limit: what may not pass is flood.
 static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
-    model.floodingPipeCount -= pipe.newFlood != 0.0 ? 1 : 0;
+    const int32_t before = pipe.newFlood != 0.0 ? 1 : 0;
     if (pipe.maxFlow > 0.0) {
         const double cap = pipe.maxFlow * link.setting;
         link.newFlow = out > cap ? cap : out;
@@ -203,7 +203,7 @@ static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
         link.newFlow = link.setting != 0.0 ? out : 0.0;
         pipe.newFlood = link.setting != 0.0 ? 0.0 : out;
     }
-    model.floodingPipeCount += pipe.newFlood != 0.0 ? 1 : 0;
+    model.floodingPipeCount += (pipe.newFlood != 0.0 ? 1 : 0) - before;
 }
 
 void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
@@ -233,8 +233,8 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     }
     pipe.newInflow = inflow;
     limitOutflow(model, link, pipe, flow);
-    for (int32_t p = 0; p < pollutants; ++p) {
-        model.hasEndlessQuality = model.hasEndlessQuality || !std::isfinite(quality[p]);
+    if (!std::all_of(quality, quality + pollutants, [](double value) { return std::isfinite(value); })) {
+        model.hasEndlessQuality = true;
     }
     pipe_noteChange(model, index, static_cast<int32_t>(&pipe - model.pipes.data()));
 }
