@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "coupling/entries.h"
 #include "coupling/guid.h"
 #include "model/arena.h"
 #include "model/errors.h"
@@ -81,11 +82,32 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.library) {
         library_release(outside.library);
         outside.library = nullptr;
+        outside.stateCalls = OutsideStateCalls{};
     }
     if (!outside.libraryCopy.empty()) {
         files_delete(outside.libraryCopy.c_str());
         outside.libraryCopy.clear();
     }
+}
+
+void outside_findStateCalls(OutsideNode& outside, const char* save, const char* restore) {
+    OutsideStateCalls calls{};
+    const bool hasBoth =
+        entries_find(outside.library, save, calls.save) && entries_find(outside.library, restore, calls.restore);
+    outside.stateCalls = hasBoth ? calls : OutsideStateCalls{};
+}
+
+int32_t outside_getStateSize(const OutsideNode& outside) {
+    const int size = outside.stateCalls.save ? outside.stateCalls.save(nullptr, 0) : 0;
+    return size > 0 ? size : 0;
+}
+
+bool outside_saveState(const OutsideNode& outside, void* buffer, int32_t size) {
+    return size > 0 && outside.stateCalls.save(buffer, size) == size;
+}
+
+bool outside_restoreState(const OutsideNode& outside, const void* bytes, int32_t size) {
+    return outside.stateCalls.restore && outside.stateCalls.restore(bytes, size) == 0;
 }
 
 bool outside_findModel(const Model& model, const OutsideNode& outside, std::string& path) {

@@ -59,6 +59,7 @@ void swmm_loadLibrary(Model& model, int32_t row) {
     SwmmNode& swmm = model.swmmNodes[row];
     outside_loadLibrary(model, swmm.outside, Kind, model.engines.swmmLibrary, model.engines.swmmFolder);
     findEntries(swmm);
+    outside_findStateCalls(swmm.outside, "swmm_saveState", "swmm_restoreState");
 }
 
 void swmm_closeNode(Model& model, int32_t row) {

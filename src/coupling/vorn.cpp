@@ -52,6 +52,7 @@ void vorn_loadLibrary(Model& model, int32_t row) {
     VornNode& vorn = model.vornNodes[row];
     outside_loadLibrary(model, vorn.outside, Kind, model.engines.vornLibrary, model.engines.vornFolder);
     findEntries(vorn);
+    outside_findStateCalls(vorn.outside, "vorn_saveState", "vorn_restoreState");
 }
 
 void vorn_closeNode(Model& model, int32_t row) {

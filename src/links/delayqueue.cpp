@@ -13,6 +13,18 @@ static DelayEntry& getEntry(const DelayQueue& queue, int64_t number) {
     return queue.entries[number & (queue.capacity - 1)];
 }
 
+int32_t delayqueue_getCapacity(int64_t count) {
+    int32_t capacity = FIRST_CAPACITY;
+    while (capacity < count && capacity <= INT32_MAX / 2) {
+        capacity *= 2;
+    }
+    return capacity;
+}
+
+DelayEntry* delayqueue_allocate(Arena& arena, int64_t count) {
+    return arena_allocateArray<DelayEntry>(arena, delayqueue_getCapacity(count));
+}
+
 static bool grow(Arena& arena, DelayQueue& queue) {
     if (queue.capacity > INT32_MAX / 2) {
         return false;
@@ -73,4 +85,15 @@ double delayqueue_getValue(DelayQueue& queue, DateTime date) {
         before = behind;
     }
     return 0.0;
+}
+
+DelaySum delayqueue_sumUp(const DelayQueue& queue, DateTime now, DateTime end) {
+    DelaySum sum{};
+    for (int64_t k = queue.first; k < queue.end; ++k) {
+        const DelayEntry& entry = getEntry(queue, k);
+        if (entry.date > now) {
+            (entry.date > end ? sum.late : sum.inTime) += entry.value;
+        }
+    }
+    return sum;
 }

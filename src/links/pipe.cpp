@@ -63,8 +63,29 @@ void pipe_validate(Model& model, const Link& link, const Pipe& pipe) {
 
 /// Whether a step may see more than one firing. A host can shorten the period below the routing step, and the order of
 /// the nodes may come back to the first of them.
-static bool canFireAgain(const Model& model, const Pipe& pipe) {
-    return pipe.stepLength < model.options.routingStep;
+static bool canFireAgain(const Model& model, double stepLength) {
+    return stepLength < model.options.routingStep;
+}
+
+/// All arrays of a pipe stand together: a firing goes through them at once.
+static double* allocateReaches(Model& model, int64_t reaches, bool hasCopy) {
+    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t copies = hasCopy ? 2 : 1;
+    return arena_allocateArray<double>(model.memory.run, reaches + pollutants + copies * reaches * pollutants);
+}
+
+double* pipe_allocateReaches(Model& model, int32_t reaches) {
+    return allocateReaches(model, reaches, true);
+}
+
+bool pipe_doReachesFit(const Model& model, const Pipe& pipe, int32_t reaches, double stepLength) {
+    return reaches == pipe.reachCount && (canFireAgain(model, pipe.stepLength) || !canFireAgain(model, stepLength));
+}
+
+void pipe_placeReaches(const Model& model, Pipe& pipe, double* memory, int32_t reaches) {
+    pipe.reachCount = reaches;
+    pipe.sumMass = memory;
+    pipe.storage = pipe.sumMass + project_pollutantCount(model);
 }
 
 void pipe_initState(Model& model, Pipe& pipe) {
@@ -72,20 +93,14 @@ void pipe_initState(Model& model, Pipe& pipe) {
     pipe.nextFireTime = pipe.lastFireTime = model.clock.newRoutingTime;
     pipe.oldInflow = pipe.newInflow = 0.0;
     pipe.oldFlood = pipe.newFlood = 0.0;
-    // All arrays of a pipe stand together: a firing goes through them at once.
-    const int64_t reaches = pipe.n > 0 ? pipe.n : 0;
-    const int64_t pollutants = project_pollutantCount(model);
-    const int64_t copies = canFireAgain(model, pipe) ? 2 : 1;
-    double* memory =
-        arena_allocateArray<double>(model.memory.run, reaches + pollutants + copies * reaches * pollutants);
+    const int32_t reaches = pipe.n > 0 ? pipe.n : 0;
+    double* memory = allocateReaches(model, reaches, canFireAgain(model, pipe.stepLength));
     if (!memory) {
         pipe_endState(pipe);
         errors_report(model, ERR_MEMORY, "");
         return;
     }
-    pipe.reachCount = static_cast<int32_t>(reaches);
-    pipe.sumMass = memory;
-    pipe.storage = pipe.sumMass + pollutants;
+    pipe_placeReaches(model, pipe, memory, reaches);
     pipe.hasDecay = decay_isAny(model, pipe.decay);
 }
 
@@ -268,7 +283,7 @@ static void fire(Model& model, int32_t index, Pipe& pipe) {
     pipe_moveClock(model, pipe);
     Link& link = model.links[index];
     shiftFlows(link, pipe);
-    if (canFireAgain(model, pipe)) {
+    if (canFireAgain(model, pipe.stepLength)) {
         restoreStepStart(model, pipe, !model.isChangedPipe[index]);
     }
     const int32_t pollutants = project_pollutantCount(model);
@@ -323,6 +338,24 @@ double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, doub
         loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / G_PER_KG;
     }
     return (1.0 - a) * link.oldFlow + a * link.newFlow;
+}
+
+double pipe_getWaterUnderWay(const Link& link, const Pipe& pipe, double time) {
+    const double rest = pipe.nextFireTime == pipe.lastFireTime ? 0.0 : pipe.nextFireTime - time;
+    return pipe.sumVolume + link.newFlow * rest / MS_PER_SECOND;
+}
+
+double pipe_getMassUnderWay(const Link& link, const Pipe& pipe, double time, int32_t p) {
+    const double mass = pipe.sumMass[p];
+    if (pipe.nextFireTime == pipe.lastFireTime) {
+        return mass;
+    }
+    // Over a period the load goes from the old one to the new one. Half of the new one is left for the next period.
+    const double period = (pipe.nextFireTime - pipe.lastFireTime) / MS_PER_SECOND;
+    const double b = limitShare((time - pipe.lastFireTime) / MS_PER_SECOND / period);
+    const double oldLoad = link.oldFlow * link.oldQual[p] / G_PER_KG;
+    const double newLoad = link.newFlow * link.newQual[p] / G_PER_KG;
+    return mass + period * ((1.0 - b) * (1.0 - b) * oldLoad + (2.0 - b * b) * newLoad) / 2.0;
 }
 
 double pipe_getVolume(const Pipe& pipe) {

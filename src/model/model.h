@@ -79,6 +79,7 @@ struct Model {
     Options options{};
     std::string description[10];  ///< lines of the report's head; an empty one is unused
     ObjectCounts counts{};
+    Fingerprint fingerprint{};
     NameTables names;
 
     Table<Gage> gages;

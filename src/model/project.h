@@ -138,9 +138,16 @@ struct QualTotalsRecord {
 struct Totals {
     FlowTotalsRecord flow;
     QualTotalsRecord* quality;  ///< one per pollutant; null before the first start
+    double initSurfaceStorage;  ///< m3, on the land at the start; 0 but in a run that began with a state
     double runoffError;         ///< %, set by the last report, as are the next two
     double flowError;           ///< %
     double qualityError;        ///< %
+};
+
+/// What a project is known by again: sums of its text, and of the objects in it and how they are joined.
+struct Fingerprint {
+    uint64_t structure;
+    uint64_t content;
 };
 
 /// How many objects the file has, of each class, kind of node and kind of link.

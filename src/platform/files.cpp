@@ -56,6 +56,17 @@ void files_seek(std::FILE* file, int64_t position) {
 #endif
 }
 
+bool files_cut(std::FILE* file, int64_t length) {
+    std::fflush(file);
+#if defined(_WIN32)
+    const bool isCut = _chsize_s(_fileno(file), length) == 0;
+#else
+    const bool isCut = ftruncate(fileno(file), static_cast<off_t>(length)) == 0;
+#endif
+    files_seek(file, length);
+    return isCut;
+}
+
 bool files_delete(const char* path) {
     return std::remove(path) == 0;
 }

@@ -29,6 +29,9 @@ std::FILE* files_openForReading(const char* path);
 /// Moves a file to a place, which may lie beyond 2 GiB.
 void files_seek(std::FILE* file, int64_t position);
 
+/// Cuts a file open for writing to a length, and moves to its end. Nothing may stand in a buffer of its stream.
+bool files_cut(std::FILE* file, int64_t length);
+
 /// Deletes a file; a missing one is no failure.
 bool files_delete(const char* path);
 

@@ -20,6 +20,7 @@
 #include "model/timeseries.h"
 #include "model/topology.h"
 #include "nodes/inflows.h"
+#include "project/fingerprint.h"
 #include "results/massbal.h"
 #include "routing/linkkinds.h"
 #include "routing/network.h"
@@ -76,6 +77,9 @@ void validation_run(Model& model) {
     }
     for (int32_t k = 0; k < model.converters.size(); ++k) {
         converter_validate(model, k);
+    }
+    if (!model.error.code) {
+        fingerprint_takeStructure(model);
     }
 }
 

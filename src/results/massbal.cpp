@@ -67,6 +67,7 @@ void massbal_open(Model& model) {
     arena_release(model.memory.results);
     lidmono_forgetArrays(model);  // made anew only after much else that may run out of memory
     model.totals.flow = FlowTotalsRecord{};
+    model.totals.initSurfaceStorage = 0.0;
     model.totals.runoffError = model.totals.flowError = model.totals.qualityError = 0.0;
     model.totals.quality = arena_allocateArray<QualTotalsRecord>(model.memory.results, project_pollutantCount(model));
     if (!model.totals.quality) {
@@ -112,7 +113,8 @@ RunoffBalance massbal_closeRunoff(Model& model) {
         addUnits(model, balance, lidStorage, k);
     }
     balance.finalStorage = surfaceStorage + lidStorage;
-    const double in = balance.rainfall + balance.initLidStorage;
+    balance.initSurfaceStorage = model.totals.initSurfaceStorage;
+    const double in = balance.rainfall + balance.initLidStorage + balance.initSurfaceStorage;
     balance.error =
         in == 0.0
             ? 0.0

@@ -8,6 +8,10 @@ struct Model;
 /// Zeroes all totals and statistics for a new run, and takes the water stored at its start.
 void massbal_open(Model& model);
 
+/// Takes what stands in the system as the storage at the start, in place of what the project says: for a run that began
+/// with a state. What delays water took it in by steps of `delayStep` seconds.
+void massbal_takeStorage(Model& model, double delayStep);
+
 /// Empties the statistics that are kept by pollutant. They stay in memory until the next start.
 void massbal_close(Model& model);
 
@@ -16,6 +20,7 @@ struct RunoffBalance {
     double totalArea;  ///< m2
     double rainfall;
     double initLidStorage;
+    double initSurfaceStorage;  ///< 0 but in a run that began with a state
     double evap;
     double infil;
     double runoff;

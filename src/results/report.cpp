@@ -46,6 +46,9 @@ static void writeRunoffContinuity(Model& model) {
     reportfile_print(model, HEAD, "**************************", "----------------", "----------------");
     writeRunoffRow(model, "Total Rainfall", b.rainfall, b.totalArea);
     writeRunoffRow(model, "Init. LID Storage", b.initLidStorage, b.totalArea);
+    if (b.initSurfaceStorage != 0.0) {
+        writeRunoffRow(model, "Init. Surface Storage", b.initSurfaceStorage, b.totalArea);
+    }
     writeRunoffRow(model, "Evap. Loss", b.evap, b.totalArea);
     writeRunoffRow(model, "Infil. Loss", b.infil, b.totalArea);
     writeRunoffRow(model, "Surface Runoff", b.runoff, b.totalArea);
