@@ -280,16 +280,20 @@ void swmm_advance(Model& model, int32_t node) {
 
 // --- for other rooms -----------------------------------------------------------------------------------------------
 
-void swmm_addFlows(const Model& model, int32_t row, float& inflow, float& outflow) {
+template <class Sum>
+void swmm_addFlows(const Model& model, int32_t row, Sum& inflow, Sum& outflow) {
     const OutsideNode& outside = model.swmmNodes[row].outside;
     const double g = outside_getWeight(outside.newTime, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     for (const CoupledFlow* record = outside.inflows.head; record; record = record->next) {
-        inflow += static_cast<float>((1.0 - g) * record->oldFlow + g * record->newFlow);
+        inflow += static_cast<Sum>((1.0 - g) * record->oldFlow + g * record->newFlow);
     }
     for (const CoupledFlow* record = outside.outflows.head; record; record = record->next) {
-        outflow += static_cast<float>(record->newFlow);
+        outflow += static_cast<Sum>(record->newFlow);
     }
 }
+
+template void swmm_addFlows(const Model& model, int32_t row, float& inflow, float& outflow);
+template void swmm_addFlows(const Model& model, int32_t row, double& inflow, double& outflow);
 
 int32_t swmm_isLink(Model& model, int32_t row, const char* link) {
     return model.swmmNodes[row].entries.swmm_isLink(link);

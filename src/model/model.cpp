@@ -23,6 +23,8 @@ double project_getDate(const Model& model, double clock) {
 void project_clearHostLists(Model& model) {
     model.requests.inflows.clear();
     model.requests.loads.clear();
+    model.requests.heldInflows.clear();
+    model.requests.heldLoads.clear();
     model.requests.swmmInflows.clear();
     model.requests.swmmSettings.clear();
     model.requests.swmmLoads.clear();

@@ -127,6 +127,7 @@ struct Model {
     Clock clock{};
     int32_t sinks{};  ///< ResultSink, a sum: where the rows of the run go
     HostRequests requests;
+    int32_t heldGageCount{};  ///< gages whose rain the host holds
 
     int32_t* sortedNodes{};  ///< in the order of visits; null before the first start
     int64_t visitCount{};    ///< of the network, over the run

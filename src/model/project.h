@@ -211,10 +211,12 @@ struct SwmmRequest {
     double value;
 };
 
-/// What the host has asked for since the last routing step.
+/// What the host has asked for since the last routing step, and what it holds.
 struct HostRequests {
     std::vector<HostInflow> inflows;
     std::vector<HostInflow> loads;
+    std::vector<HostInflow> heldInflows;  ///< for each step of the run until the host lets go; by node, one each
+    std::vector<HostInflow> heldLoads;    ///< by node and pollutant, likewise
     std::vector<SwmmRequest> swmmInflows;
     std::vector<SwmmRequest> swmmSettings;
     std::vector<SwmmRequest> swmmLoads;

@@ -226,6 +226,7 @@ double reactor_getInitVolume(const Reactor& reactor) {
 
 void reactor_initState(Model& model, Reactor& reactor) {
     reactor.isEmptying = 0;
+    reactor.useHostRate = false;
     reactor.storedVolume = reactor_getInitVolume(reactor);
     reactor.oldOutflow = reactor.newOutflow = 0.0;
     reactor.surpassFlow = reactor.emptyingFlow = 0.0;
@@ -448,9 +449,10 @@ static void emptyStore(Model& model, Reactor& reactor) {
     }
     bool isDry = false;
     if (reactor.isEmptying != 0) {
-        isDry = dt * reactor.emptyingRate > reactor.storedVolume;
-        reactor.emptyingFlow = isDry ? reactor.storedVolume / dt : reactor.emptyingRate;
-        reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * reactor.emptyingRate;
+        const double rate = reactor.useHostRate ? reactor.hostRate : reactor.emptyingRate;
+        isDry = dt * rate > reactor.storedVolume;
+        reactor.emptyingFlow = isDry ? reactor.storedVolume / dt : rate;
+        reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * rate;
     }
     discharge(model, reactor.emptyingNode, reactor.emptyingFlow, reactor.qual, reactor.statEmptyingLoad);
     if (isDry) {

@@ -98,6 +98,10 @@ static void resetInflowSeries(Model& model) {
 
 void validation_setStartState(Model& model) {
     model.evap->rate = 0.0;
+    model.evap->isHeld = false;
+    model.heldGageCount = 0;
+    model.requests.heldInflows.clear();
+    model.requests.heldLoads.clear();
     massbal_open(model);
     lidgroup_initAll(model);
     resetInflowSeries(model);
