@@ -15,15 +15,6 @@ std::string files_replaceExtension(const std::string& model, const char* extensi
     return model.substr(0, point == std::string::npos || point < name ? model.size() : point) + extension;
 }
 
-std::string files_findLongName(const ProjectFiles& files) {
-    for (const std::string& name : {files.model, files.report, files.results}) {
-        if (name.size() > LONGEST_NAME) {
-            return name;
-        }
-    }
-    return {};
-}
-
 bool files_isSame(const std::string& first, const std::string& second) {
     std::error_code error;
     if (first == second || fs::equivalent(first, second, error)) {
@@ -42,6 +33,11 @@ bool files_isRegular(const std::string& name) {
 bool files_exists(const std::string& name) {
     std::error_code error;
     return fs::exists(name, error);
+}
+
+bool files_isFolder(const std::string& name) {
+    std::error_code error;
+    return fs::is_directory(name, error);
 }
 
 std::string files_makeTemporaryFolder() {

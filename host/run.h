@@ -1,15 +1,19 @@
 #pragma once
-// `tarnvelde run`: a whole simulation.
+// `tarnvelde run`: a whole simulation, or a part of one.
 
 #include <string>
 
 /// What a run is asked for.
 struct RunRequest {
     std::string model;
-    std::string report;   ///< empty: beside the model
-    std::string results;  ///< empty: beside the model
-    bool toDatabase;      ///< results go to the database instead of the binary file
+    std::string report;    ///< empty: beside the model
+    std::string results;   ///< empty: beside the model, unless results go to the database
+    std::string database;  ///< empty: beside the model
+    bool toDatabase;
+    std::string until;    ///< date to stop at; empty: the end
+    std::string engines;  ///< folder of the engines inside nodes; empty for the default
     bool isQuiet;
+    bool isJson;
 };
 
 /// Runs the simulation; the exit status.

@@ -24,7 +24,7 @@ TEST(HostUsage, HelpNamesTheCommands) {
 TEST(HostUsage, HelpOfRunNamesItsOptions) {
     const ProcessResult result = runProgram({"run", "--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* option : {"--report", "--results", "--database", "--quiet"}) {
+    for (const char* option : {"--report", "--results", "--database", "--until", "--engines", "--quiet", "--json"}) {
         EXPECT_THAT(result.out, HasSubstr(option));
     }
 }
@@ -48,5 +48,6 @@ INSTANTIATE_TEST_SUITE_P(HostUsage, WrongUsage,
                                          std::vector<std::string>{"check"},
                                          std::vector<std::string>{"check", "a.inp", "--quiet"},
                                          std::vector<std::string>{"run", "a.inp", "check", "a.inp"},
-                                         std::vector<std::string>{"run", std::string(256, 'a') + ".inp"},
-                                         std::vector<std::string>{"check", std::string(256, 'a') + ".inp"}));
+                                         std::vector<std::string>{"run", "a.inp", "--until", "tomorrow"},
+                                         std::vector<std::string>{"run", "a.inp", "--until", "2024/02/30"},
+                                         std::vector<std::string>{"run", "a.inp", "--engines", "no-such-folder"}));
