@@ -63,6 +63,24 @@ static std::string formatClock(const Outcome& outcome) {
     return json;
 }
 
+/// Balances of water are numbers; those of pollutants are objects with a number for each.
+static std::string formatBalances(const std::vector<Balance>& balances) {
+    std::string json = "{";
+    for (size_t k = 0; k < balances.size(); ++k) {
+        const Balance& b = balances[k];
+        const bool isFirst = k == 0 || balances[k - 1].name != b.name;
+        json += isFirst ? (k == 0 ? "" : ", ") + json_quote(b.name) + ": " : std::string(", ");
+        if (b.pollutant.empty()) {
+            json += json_formatNumber(b.error);
+            continue;
+        }
+        const bool isLast = k + 1 == balances.size() || balances[k + 1].name != b.name;
+        json +=
+            (isFirst ? "{" : "") + json_quote(b.pollutant) + ": " + json_formatNumber(b.error) + (isLast ? "}" : "");
+    }
+    return json + '}';
+}
+
 bool outcome_writeJson(const Outcome& outcome) {
     std::string json = "{\"program\": " + json_quote(std::string("tarnvelde ") + tv_getVersion());
     json += formatMember("command", json_quote(outcome.command));
@@ -83,12 +101,8 @@ bool outcome_writeJson(const Outcome& outcome) {
     if (outcome.hasClock) {
         json += formatClock(outcome);
     }
-    std::string balances;
-    for (const auto& [name, error] : outcome.balances) {
-        balances += (balances.empty() ? "" : ", ") + json_quote(name) + ": " + json_formatNumber(error);
-    }
-    if (!balances.empty()) {
-        json += formatMember("continuityErrors", '{' + balances + '}');
+    if (!outcome.balances.empty()) {
+        json += formatMember("continuityErrors", formatBalances(outcome.balances));
     }
     json += formatMember("wallTime", json_formatNumber(outcome.wallTime));
     json += "\n}\n";

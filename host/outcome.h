@@ -9,6 +9,13 @@
 #include "messages.h"
 #include "tarnvelde_model.h"
 
+/// A continuity error.
+struct Balance {
+    std::string name;       ///< of the balance, as "flow"
+    std::string pollutant;  ///< ID; empty of a balance of water
+    double error;           ///< %
+};
+
 struct Outcome {
     std::string command;  ///< "run" or "check"
     std::string project;
@@ -21,8 +28,8 @@ struct Outcome {
     bool hasClock;
     tv_clock clock;
     int64_t steps;
-    double wallTime;                                       ///< s
-    std::vector<std::pair<std::string, double>> balances;  ///< names of balances, and their continuity errors, %
+    double wallTime;                ///< s
+    std::vector<Balance> balances;  ///< those of one name stand together
 };
 
 /// Prints one JSON object on standard output. False if it can't be written.

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <string>
 
+#include "balances.h"
 #include "console.h"
 #include "dates.h"
 #include "files.h"
@@ -143,6 +144,9 @@ void stepToEnd(Run& run) {
 void lookAtRun(Run& run) {
     tv_getPhase(run.model.get(), &run.outcome.phase);
     run.outcome.hasClock = tv_getClock(run.model.get(), &run.outcome.clock) == TV_OK;
+    if (run.request.isJson && run.outcome.code == TV_OK) {
+        run.outcome.balances = balances_read(run.model.get());
+    }
 }
 
 /// A name as the library takes it: null for no file.

@@ -100,6 +100,17 @@ TEST(HostJson, TellsOfARun) {
     EXPECT_THAT(result.out, Not(HasSubstr("stopped")));
 }
 
+TEST(HostJson, TellsTheContinuityErrors) {
+    TempFolder folder;
+    const std::string project = std::string(GOOD_PROJECT) + "J1 MASS TSS 0.002 \"\" 1\n[POLLUTANTS]\nTSS 0\nN\xE9 0\n";
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", project), "--json"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(isJson(result.out)) << result.out;
+    EXPECT_THAT(result.out, HasSubstr("\"continuityErrors\": {"));
+    EXPECT_THAT(result.out, HasSubstr("\"flow\": "));
+    EXPECT_THAT(result.out, HasSubstr("\"quality\": {\"TSS\": "));
+}
+
 TEST(HostJson, TellsOfARunThatStopped) {
     TempFolder folder;
     const std::string model = folder.write("model.inp", GOOD_PROJECT);
