@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -38,6 +39,10 @@ bool files_exists(const std::string& name) {
 bool files_isFolder(const std::string& name) {
     std::error_code error;
     return fs::is_directory(name, error);
+}
+
+bool files_isReadable(const std::string& name) {
+    return !files_isFolder(name) && std::ifstream(name, std::ios::binary).good();
 }
 
 std::string files_makeTemporaryFolder() {

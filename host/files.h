@@ -24,6 +24,9 @@ bool files_isSame(const std::string& first, const std::string& second);
 bool files_exists(const std::string& name);
 bool files_isFolder(const std::string& name);
 
+/// Whether there is something of the name that can be read.
+bool files_isReadable(const std::string& name);
+
 /// Makes a folder of our own for files that nobody asked for; empty if that fails.
 std::string files_makeTemporaryFolder();
 

@@ -1,6 +1,7 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
-//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--engines D] [--quiet] [--json]
+//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
+//                             [--load-state F | --hot-start F] [--engines D] [--quiet] [--json]
 //     tarnvelde check MODEL.inp [--engines D] [--json]
 //     tarnvelde results FILE [--object O [--column C]] [--summary] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
@@ -71,6 +72,12 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_option("--until", request.until, "Stop at this date, as 2024/06/18 or '2024/06/18 6:30'")
         ->type_name("DATE")
         ->check(refuseNoDate);
+    addFile(command, "--save-state", request.saveState, "Where the state goes at the end, or where the run stops");
+    CLI::Option* load = command.add_option("--load-state", request.loadState, "Go on from a state of this project");
+    load->type_name("FILE")->check(refuseEmpty);
+    CLI::Option* hot = command.add_option("--hot-start", request.hotStart,
+                                          "Begin with the water of a state of this network, at the project's start");
+    hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
     addCommonOptions(command, request.engines, request.isJson);
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output");
 }

@@ -3,10 +3,13 @@
 
 #include "run.h"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "balances.h"
 #include "console.h"
@@ -56,17 +59,33 @@ ProjectFiles nameFiles(const RunRequest& request) {
     return files;
 }
 
-/// Whether two of the files of a run are one, which would cost the user one of them.
-bool isAmbiguous(const ProjectFiles& files) {
-    const std::string* names[] = {&files.model, &files.report, &files.results, &files.database};
-    for (const std::string* const* first = std::begin(names); first != std::end(names); ++first) {
-        for (const std::string* const* second = first + 1; second != std::end(names); ++second) {
-            if (!(*first)->empty() && !(*second)->empty() && files_isSame(**first, **second)) {
+/// Whether any of the names means one file with another that stands behind it.
+bool holdsOneTwice(const std::vector<std::string>& names) {
+    for (size_t first = 0; first < names.size(); ++first) {
+        for (size_t second = first + 1; second < names.size(); ++second) {
+            if (!names[first].empty() && !names[second].empty() && files_isSame(names[first], names[second])) {
                 return true;
             }
         }
     }
     return false;
+}
+
+/// Tells when two of the files of a run are one, which would cost the user one of them. But a state may be saved where
+/// one was loaded from.
+std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
+    const std::vector<std::string> names{files.model, files.report, files.results, files.database};
+    if (holdsOneTwice(names)) {
+        return "model, report and results must be three different files";
+    }
+    for (const std::string& state : {request.saveState, request.loadState, request.hotStart}) {
+        std::vector<std::string> all = names;
+        all.push_back(state);
+        if (holdsOneTwice(all)) {
+            return "the state must be another file than model, report and results: " + state;
+        }
+    }
+    return {};
 }
 
 /// Whether the report has its table of flows. The engine tells nothing of a report that a full disk cuts. What is no
@@ -154,6 +173,32 @@ const char* getName(const std::string& name) {
     return name.empty() ? nullptr : name.c_str();
 }
 
+/// Takes the state that is asked for into the run that has just been started.
+void loadState(Run& run) {
+    const RunRequest& request = run.request;
+    const std::string& file = request.loadState.empty() ? request.hotStart : request.loadState;
+    if (file.empty()) {
+        return;
+    }
+    const int32_t code = request.loadState.empty() ? tv_hotStartFile(run.model.get(), file.c_str())
+                                                   : tv_restoreStateFile(run.model.get(), file.c_str());
+    if (code != TV_OK) {
+        refuse(run, code, "cannot start from the state " + file + ": " + tv_describeCode(code));
+    }
+}
+
+void saveState(Run& run) {
+    const std::string& file = run.request.saveState;
+    if (file.empty()) {
+        return;
+    }
+    const int32_t code = tv_saveStateFile(run.model.get(), file.c_str());
+    if (code != TV_OK) {
+        refuse(run, code, "cannot save the state " + file + ": " + tv_describeCode(code));
+    }
+}
+
+/// What can be known to fail is refused ahead of the start, which empties the files of results.
 void start(Run& run) {
     tv_model* model = run.model.get();
     const tv_clock clock = getClock(run);
@@ -163,21 +208,25 @@ void start(Run& run) {
         run.outcome.status = EXIT_WRONG_USAGE;
         return;
     }
+    for (const std::string& state : {run.request.loadState, run.request.hotStart}) {
+        if (!state.empty() && !files_isReadable(state)) {
+            refuse(run, TV_ERROR_FILE, "cannot open the state " + state);
+            return;
+        }
+    }
     note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
+    if (run.outcome.code == TV_OK) {
+        loadState(run);
+    }
 }
 
-void work(Run& run) {
+/// Brings the run to its end, from wherever it stands. The state is saved ahead of the report, and a report is written
+/// even if the state can't be saved.
+void finish(Run& run) {
     tv_model* model = run.model.get();
-    lines_tell(run.lines, "Retrieving project data");
-    note(run, tv_open(model, run.files.model.c_str(), run.files.report.c_str()));
-    if (run.outcome.code == TV_OK) {
-        start(run);
-    }
-    if (run.outcome.code == TV_OK) {
-        stepToEnd(run);
-    }
     lookAtRun(run);
     if (run.outcome.code == TV_OK) {
+        saveState(run);
         lines_tell(run.lines, "Writing output report");
         note(run, tv_report(model));
     }
@@ -187,6 +236,18 @@ void work(Run& run) {
     if (run.outcome.phase != TV_CLOSED) {
         note(run, tv_close(model));
     }
+}
+
+void work(Run& run) {
+    lines_tell(run.lines, "Retrieving project data");
+    note(run, tv_open(run.model.get(), run.files.model.c_str(), run.files.report.c_str()));
+    if (run.outcome.code == TV_OK) {
+        start(run);
+    }
+    if (run.outcome.code == TV_OK) {
+        stepToEnd(run);
+    }
+    finish(run);
     lines_end(run.lines);
     if (run.outcome.code == TV_OK && !isComplete(run.files.report)) {
         run.outcome.status = EXIT_ENGINE_ERROR;
@@ -207,10 +268,10 @@ int getStatus(const Run& run) {
 }
 
 /// The files that there are.
-std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files) {
+std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files, const std::string& state) {
     std::vector<std::pair<std::string, std::string>> list;
     const std::pair<const char*, const std::string*> all[] = {
-        {"report", &files.report}, {"results", &files.results}, {"database", &files.database}};
+        {"report", &files.report}, {"results", &files.results}, {"database", &files.database}, {"state", &state}};
     for (const auto& [use, name] : all) {
         if (!name->empty() && files_exists(*name)) {
             list.emplace_back(use, *name);
@@ -221,7 +282,8 @@ std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& f
 
 void showFiles(const Outcome& outcome) {
     for (const auto& [use, name] : outcome.files) {
-        std::printf("  %-8s %s\n", use == "report" ? "Report:" : "Results:", name.c_str());
+        const char* title = use == "report" ? "Report:" : use == "state" ? "State:" : "Results:";
+        std::printf("  %-8s %s\n", title, name.c_str());
     }
 }
 
@@ -246,7 +308,7 @@ int tell(Run& run) {
     messages_show(outcome.messages);
     messages_showEnd(outcome.code, run.files.model);
     if (outcome.status != EXIT_ENGINE_ERROR && outcome.status != EXIT_WRONG_USAGE) {
-        outcome.files = listFiles(run.files);
+        outcome.files = listFiles(run.files, run.request.saveState);
         showStop(run);
         if (!run.request.isQuiet && !run.request.isJson) {
             showFiles(outcome);
@@ -277,8 +339,8 @@ int run_execute(const RunRequest& request) {
         std::fprintf(stderr, "tarnvelde: no date: %s\n", messages_makePrintable(request.until).c_str());
         return EXIT_WRONG_USAGE;
     }
-    if (isAmbiguous(run.files)) {
-        refuse(run, CODE_SAME_NAMES, "model, report and results must be three different files");
+    if (const std::string conflict = findConflict(run.files, request); !conflict.empty()) {
+        refuse(run, CODE_SAME_NAMES, conflict);
     } else {
         interrupt_install();
         work(run);

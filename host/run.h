@@ -10,8 +10,11 @@ struct RunRequest {
     std::string results;   ///< empty: beside the model, unless results go to the database
     std::string database;  ///< empty: beside the model
     bool toDatabase;
-    std::string until;    ///< date to stop at; empty: the end
-    std::string engines;  ///< folder of the engines inside nodes; empty for the default
+    std::string until;      ///< date to stop at; empty: the end
+    std::string saveState;  ///< file that the last state goes to; empty for none
+    std::string loadState;  ///< file of the state that the run goes on from; empty for none
+    std::string hotStart;   ///< file of the state that the water is taken from; empty for none
+    std::string engines;    ///< folder of the engines inside nodes; empty for the default
     bool isQuiet;
     bool isJson;
 };
