@@ -100,6 +100,15 @@ TEST(HostJson, TellsOfARun) {
     EXPECT_THAT(result.out, Not(HasSubstr("stopped")));
 }
 
+TEST(HostJson, StandsAloneOnStandardOutput) {
+    // The engine's first face prints the flows of orifices.
+    TempFolder folder;
+    std::filesystem::copy(std::filesystem::path(TARNVELDE_SOURCE_DIR) / "examples" / "storm-tank", folder.path);
+    const ProcessResult result = runProgram({"run", folder.file("storm-tank.inp"), "--json"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(isJson(result.out));
+}
+
 TEST(HostJson, TellsTheContinuityErrors) {
     TempFolder folder;
     const std::string project = std::string(GOOD_PROJECT) + "J1 MASS TSS 0.002 \"\" 1\n[POLLUTANTS]\nTSS 0\nN\xE9 0\n";
