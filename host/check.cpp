@@ -1,39 +1,34 @@
-// A check is an open and a close. Report and results, which an open wants to have a name for, go to a temporary folder.
+// A check is an opening without a report.
 
 #include "check.h"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 
-#include "console.h"
-#include "files.h"
-#include "messages.h"
+#include "handle.h"
+#include "outcome.h"
 #include "status.h"
-#include "tarnvelde.h"
 
-int check_execute(const std::string& model) {
-    const std::string folder = files_makeTemporaryFolder();
-    if (folder.empty()) {
-        std::fprintf(stderr, "tarnvelde: cannot make a temporary folder\n");
-        return EXIT_ENGINE_ERROR;
+int check_execute(const CheckRequest& request) {
+    const auto begin = std::chrono::steady_clock::now();
+    Outcome outcome{};
+    outcome.command = "check";
+    outcome.project = request.model;
+    const ModelHandle model = handle_make(request.engines);
+    outcome.code = tv_open(model.get(), request.model.c_str(), nullptr);
+    tv_getPhase(model.get(), &outcome.phase);
+    outcome.hasClock = tv_getClock(model.get(), &outcome.clock) == TV_OK;
+    outcome.messages = messages_read(model.get(), {request.model, "", "", ""});
+    outcome.status = outcome.code == TV_OK ? EXIT_DONE : EXIT_ENGINE_ERROR;
+    outcome.wallTime = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    messages_show(outcome.messages);
+    messages_showEnd(outcome.code, request.model);
+    if (request.isJson) {
+        return outcome_writeJson(outcome) ? outcome.status : EXIT_ENGINE_ERROR;
     }
-    const ProjectFiles files{model, folder + "/check.rpt", folder + "/check.bin"};
-    int status = EXIT_DONE;
-    if (const std::string name = files_findLongName(files); !name.empty()) {
-        std::fprintf(stderr, "tarnvelde: a file name of more than %zu bytes: %s\n", LONGEST_NAME, name.c_str());
-        status = EXIT_WRONG_USAGE;
-    } else {
-        const int saved = console_silence();
-        const int32_t code = tarnvelde_open(files.model.c_str(), files.report.c_str(), files.results.c_str());
-        tarnvelde_close();
-        console_restore(saved);
-        if (code != 0) {
-            messages_show(code, files, true);
-            status = EXIT_ENGINE_ERROR;
-        } else {
-            std::printf("%s: no errors\n", model.c_str());
-        }
+    if (outcome.code == TV_OK) {
+        std::printf("%s: no errors\n", request.model.c_str());
     }
-    files_removeFolder(folder);
-    return status;
+    return outcome.status;
 }

@@ -3,5 +3,11 @@
 
 #include <string>
 
+struct CheckRequest {
+    std::string model;
+    std::string engines;  ///< folder of the engines inside nodes; empty for the default
+    bool isJson;
+};
+
 /// Prints each error of the model with its place; the exit status.
-int check_execute(const std::string& model);
+int check_execute(const CheckRequest& request);

@@ -5,6 +5,7 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace fs = std::filesystem;
@@ -13,15 +14,6 @@ std::string files_replaceExtension(const std::string& model, const char* extensi
     const size_t name = model.find_last_of("/\\") + 1;
     const size_t point = model.find_last_of('.');
     return model.substr(0, point == std::string::npos || point < name ? model.size() : point) + extension;
-}
-
-std::string files_findLongName(const ProjectFiles& files) {
-    for (const std::string& name : {files.model, files.report, files.results}) {
-        if (name.size() > LONGEST_NAME) {
-            return name;
-        }
-    }
-    return {};
 }
 
 bool files_isSame(const std::string& first, const std::string& second) {
@@ -42,6 +34,15 @@ bool files_isRegular(const std::string& name) {
 bool files_exists(const std::string& name) {
     std::error_code error;
     return fs::exists(name, error);
+}
+
+bool files_isFolder(const std::string& name) {
+    std::error_code error;
+    return fs::is_directory(name, error);
+}
+
+bool files_isReadable(const std::string& name) {
+    return !files_isFolder(name) && std::ifstream(name, std::ios::binary).good();
 }
 
 std::string files_makeTemporaryFolder() {

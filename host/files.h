@@ -1,16 +1,14 @@
 #pragma once
 // Names of the files of a run.
 
-#include <cstddef>
 #include <string>
 
-constexpr size_t LONGEST_NAME = 259;  ///< bytes; the engine cuts longer names, and would open another file
-
-/// The three files that an open takes.
+/// The files of a run. An empty name is no file.
 struct ProjectFiles {
     std::string model;
     std::string report;
-    std::string results;
+    std::string results;   ///< binary
+    std::string database;  ///< of results
 };
 
 /// `model` with another extension, which begins with a point.
@@ -19,14 +17,15 @@ std::string files_replaceExtension(const std::string& model, const char* extensi
 /// Whether there is a file of the name, and no folder, device or pipe.
 bool files_isRegular(const std::string& name);
 
-/// The first name that is longer than the engine's buffers, or an empty text.
-std::string files_findLongName(const ProjectFiles& files);
-
 /// Whether two names mean one file, however they are written. The engine compares names by their bytes alone, and would
 /// empty a model that is named in another way as the report.
 bool files_isSame(const std::string& first, const std::string& second);
 
 bool files_exists(const std::string& name);
+bool files_isFolder(const std::string& name);
+
+/// Whether there is something of the name that can be read.
+bool files_isReadable(const std::string& name);
 
 /// Makes a folder of our own for files that nobody asked for; empty if that fails.
 std::string files_makeTemporaryFolder();

@@ -1,13 +1,15 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
-//     tarnvelde run MODEL.inp [--report F] [--results F] [--database] [--quiet]
-//     tarnvelde check MODEL.inp
+//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
+//                             [--load-state F | --hot-start F] [--engines D] [--quiet] [--json]
+//     tarnvelde check MODEL.inp [--engines D] [--json]
 //     tarnvelde results FILE [--object O [--column C]] [--summary] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
 //     tarnvelde --version
 //     tarnvelde [COMMAND] --help
 //
-// Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage.
+// Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, 130 and 143
+// for a run that a signal stopped.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -16,6 +18,8 @@
 
 #include "check.h"
 #include "console.h"
+#include "dates.h"
+#include "files.h"
 #include "plot.h"
 #include "results.h"
 #include "run.h"
@@ -29,16 +33,52 @@ static CLI::Option* addModel(CLI::App& command, std::string& model) {
     return command.add_option("MODEL", model, "The project file")->required()->check(refuseEmpty);
 }
 
+static std::string refuseNoDate(const std::string& text) {
+    double date = 0.0;
+    return dates_parse(text, &date) ? "" : "no date: " + text;
+}
+
+static std::string refuseNoFolder(const std::string& name) {
+    return files_isFolder(name) ? "" : "no folder: " + name;
+}
+
+static void addFile(CLI::App& command, const char* option, std::string& name, const char* meaning) {
+    command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
+}
+
+static void addCommonOptions(CLI::App& command, std::string& engines, bool& isJson) {
+    command.add_option("--engines", engines, "The folder of the engines inside nodes [that of this program]")
+        ->type_name("FOLDER")
+        ->check(refuseNoFolder);
+    command.add_flag("--json", isJson, "One JSON object on standard output, for programs");
+}
+
+/// A flag without a value means the file beside the model.
+static void settleDatabase(const CLI::App& command, RunRequest& request) {
+    request.toDatabase = command.count("--database") > 0;
+    if (request.database == "true") {
+        request.database.clear();
+    }
+}
+
 static void addRunOptions(CLI::App& command, RunRequest& request) {
     addModel(command, request.model);
-    command.add_option("--report", request.report, "The text report [MODEL.rpt beside the model]")
-        ->type_name("FILE")
-        ->check(refuseEmpty);
-    command.add_option("--results", request.results, "The binary results file [MODEL.bin beside the model]")
-        ->type_name("FILE")
-        ->check(refuseEmpty);
-    command.add_flag("--database", request.toDatabase,
-                     "Results go to the SQLite database MODEL.db beside the model, not to the binary file");
+    addFile(command, "--report", request.report, "The text report [MODEL.rpt beside the model]");
+    addFile(command, "--results", request.results,
+            "The binary results file [MODEL.bin beside the model; none with --database]");
+    command.add_flag(
+        "--database", request.database,
+        "Results go to a SQLite database: MODEL.db beside the model, or with --database=FILE to that file");
+    command.add_option("--until", request.until, "Stop at this date, as 2024/06/18 or '2024/06/18 6:30'")
+        ->type_name("DATE")
+        ->check(refuseNoDate);
+    addFile(command, "--save-state", request.saveState, "Where the state goes at the end, or where the run stops");
+    CLI::Option* load = command.add_option("--load-state", request.loadState, "Go on from a state of this project");
+    load->type_name("FILE")->check(refuseEmpty);
+    CLI::Option* hot = command.add_option("--hot-start", request.hotStart,
+                                          "Begin with the water of a state of this network, at the project's start");
+    hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
+    addCommonOptions(command, request.engines, request.isJson);
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output");
 }
 
@@ -74,14 +114,16 @@ static int runCommand(int argumentCount, char** arguments) {
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
     app.require_subcommand(1);
     app.footer(
-        "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage.");
+        "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, "
+        "130 and 143 for a run that Ctrl-C or a signal to end stopped.");
 
     RunRequest request{};
     CLI::App* run = app.add_subcommand("run", "Run a simulation");
     addRunOptions(*run, request);
-    std::string checkedModel;
+    CheckRequest checkRequest{};
     CLI::App* check = app.add_subcommand("check", "Read and validate a project; tell each error with its place");
-    addModel(*check, checkedModel);
+    addModel(*check, checkRequest.model);
+    addCommonOptions(*check, checkRequest.engines, checkRequest.isJson);
 
     ResultsRequest resultsRequest{};
     CLI::App* results = app.add_subcommand("results", "Show what a file of results holds");
@@ -101,7 +143,11 @@ static int runCommand(int argumentCount, char** arguments) {
     if (plot->parsed()) {
         return plot_execute(plotRequest);
     }
-    return check->parsed() ? check_execute(checkedModel) : run_execute(request);
+    if (check->parsed()) {
+        return check_execute(checkRequest);
+    }
+    settleDatabase(*run, request);
+    return run_execute(request);
 }
 
 int main(int argumentCount, char** arguments) {

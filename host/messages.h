@@ -1,21 +1,36 @@
 #pragma once
-// What the engine says about a failure, brought from the text report to standard error.
+// What the engine says, on its way to standard error.
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "files.h"
+#include "tarnvelde_model.h"
 
-/// One message of the text report.
-struct EngineMessage {
-    std::string text;                ///< "ERROR 209: ...", with the line number and section where it has them
-    std::vector<std::string> place;  ///< what stands behind it: the line of the project file
+/// A message with texts of its own, which outlive the model.
+struct HostMessage {
+    int32_t level;        ///< tv_level
+    int32_t code;         ///< of the engine; 0 of what is no error
+    std::string name;     ///< of a warning
+    std::string text;     ///< in words
+    std::string section;  ///< of the project file; empty for no place
+    int64_t line;         ///< of the project file, from 1 on; 0 for no place
+    std::string words;    ///< the line as it stands
+    std::string object;   ///< ID of the object, or the word that is wrong
 };
 
-/// All messages that the report file holds, in their order.
-std::vector<EngineMessage> messages_readReport(const std::string& reportFile);
+/// All messages of a model, in their order. Those about files name the file.
+[[nodiscard]] std::vector<HostMessage> messages_read(const tv_model* model, const ProjectFiles& files);
 
-/// Tells on standard error why the engine gave `code` for the run of these files: the messages of the report, with
-/// their places if wanted, or, for a file that can't be used, which has none, a text of our own; and last the code.
-void messages_show(int32_t code, const ProjectFiles& files, bool withPlaces);
+/// A message of the program itself.
+[[nodiscard]] HostMessage messages_make(int32_t code, std::string text);
+
+/// Tells them on standard error, each with its place.
+void messages_show(const std::vector<HostMessage>& messages);
+
+/// Tells the code that a run, or a look at a project, ended with, if it isn't 0.
+void messages_showEnd(int32_t code, const std::string& model);
+
+/// A text without control characters, which must not reach the terminal.
+[[nodiscard]] std::string messages_makePrintable(std::string text);

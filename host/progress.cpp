@@ -2,12 +2,12 @@
 
 #include "progress.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <string>
+
+#include "console.h"
 
 using std::chrono::steady_clock;
 
@@ -18,7 +18,7 @@ static constexpr const char* CLEAR_LINE = "\r\033[K";
 
 Progress progress_begin(double totalDays) {
     const auto now = steady_clock::now();
-    return Progress{isatty(STDERR_FILENO) != 0 && totalDays > 0.0, totalDays, now, now - BETWEEN_DRAWINGS};
+    return Progress{console_isErrorTerminal() && totalDays > 0.0, totalDays, now, now - BETWEEN_DRAWINGS};
 }
 
 std::string progress_formatTimeLeft(double seconds) {

@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "json.h"
 #include "resultfile.h"
 #include "status.h"
 
@@ -40,22 +41,6 @@ std::string quoteCsv(const std::string& text) {
     for (const char c : text) {
         quoted += c;
         quoted += c == '"' ? "\"" : "";
-    }
-    return quoted + '"';
-}
-
-std::string quoteJson(const std::string& text) {
-    std::string quoted = "\"";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 32) {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(byte));
-            quoted += escape;
-        } else {
-            quoted += c == '"' || c == '\\' ? "\\" : "";
-            quoted += c;
-        }
     }
     return quoted + '"';
 }
@@ -129,8 +114,8 @@ void showTable(const ResultFile& file, const std::vector<ResultChoice>& choices,
 void showJson(const ResultFile& file, const std::vector<ResultChoice>& choices,
               const std::vector<ResultSeries>& series) {
     const ResultTable& table = file.tables[choices[0].table];
-    std::printf("{\"table\": %s, \"object\": %s,\n \"dates\": [", quoteJson(table.name).c_str(),
-                quoteJson(table.objects[choices[0].object]).c_str());
+    std::printf("{\"table\": %s, \"object\": %s,\n \"dates\": [", json_quote(table.name).c_str(),
+                json_quote(table.objects[choices[0].object]).c_str());
     for (size_t k = 0; k < series[0].dates.size(); ++k) {
         std::printf("%s\"%s\"", k > 0 ? ", " : "", result_formatDate(series[0].dates[k]).c_str());
     }
@@ -138,7 +123,7 @@ void showJson(const ResultFile& file, const std::vector<ResultChoice>& choices,
     for (size_t c = 0; c < series.size(); ++c) {
         const ResultColumn& column = table.columns[choices[c].column];
         std::printf("%s\n  {\"name\": %s, \"unit\": %s, \"values\": [", c > 0 ? "," : "",
-                    quoteJson(column.name).c_str(), quoteJson(column.unit).c_str());
+                    json_quote(column.name).c_str(), json_quote(column.unit).c_str());
         for (size_t k = 0; k < series[c].values.size(); ++k) {
             const double value = series[c].values[k];
             std::printf("%s%s", k > 0 ? ", " : "", std::isfinite(value) ? formatNumber(value).c_str() : "null");

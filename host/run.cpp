@@ -1,76 +1,96 @@
-// A whole simulation. Where the engine's own run does all that is asked for, it is left to it, progress lines included.
-// Otherwise the host takes the engine through the same calls itself, in silence, with a bar on standard error.
+// A simulation, taken through its steps here, so that it can be shown, and stopped between two of them with complete
+// files.
 
 #include "run.h"
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
 #include <string>
+#include <utility>
+#include <vector>
 
+#include "balances.h"
 #include "console.h"
+#include "dates.h"
 #include "files.h"
+#include "handle.h"
+#include "interrupt.h"
+#include "lines.h"
 #include "messages.h"
+#include "outcome.h"
 #include "progress.h"
+#include "resultfile.h"
 #include "status.h"
-#include "tarnvelde.h"
 
-static constexpr int32_t SAVE_TO_FILE = 1;
-static constexpr int32_t SAVE_TO_DATABASE = 2;
-static constexpr int32_t CODE_SAME_NAMES = 301;
+using std::chrono::steady_clock;
 
-/// Steps the started run to its end; the first code other than 0 ends it early.
-static int32_t stepToEnd() {
-    double startDate = 0.0;
-    double endDate = 0.0;
-    tarnvelde_getDateTime(&startDate, &endDate);
-    Progress progress = progress_begin(endDate - startDate);
-    int32_t code = 0;
-    double days = 0.0;
-    do {
-        code = tarnvelde_step(&days);
-        progress_update(progress, days);
-    } while (code == 0 && days > 0.0);
-    progress_end(progress);
-    return code;
-}
+namespace {
 
-static int32_t stepProject(const ProjectFiles& files, int32_t saveMode) {
-    int32_t code = tarnvelde_open(files.model.c_str(), files.report.c_str(), files.results.c_str());
-    if (code == 0) {
-        code = tarnvelde_start(saveMode);
-        if (code == 0) {
-            code = stepToEnd();
-        }
-        tarnvelde_report();
-        const int32_t endCode = tarnvelde_end();
-        code = code != 0 ? code : endCode;
+constexpr int32_t CODE_SAME_NAMES = 301;
+constexpr double ROUNDING = 1.0 / 86400000.0;  ///< d: the millisecond that a date may be off must not make a step more
+
+/// A run on its way.
+struct Run {
+    const RunRequest& request;
+    ProjectFiles files;
+    ModelHandle model;
+    RunLines lines{};
+    Outcome outcome{};
+    double until = TV_END;  ///< date
+    int signal = 0;         ///< that stopped it
+};
+
+// --- files ---------------------------------------------------------------------------------------------------------
+
+ProjectFiles nameFiles(const RunRequest& request) {
+    ProjectFiles files{request.model, request.report, request.results, request.database};
+    if (files.report.empty()) {
+        files.report = files_replaceExtension(request.model, ".rpt");
     }
-    tarnvelde_close();
-    // The close itself always gives 0, though its commit of the database may have failed. The error is sticky, and a
-    // report, which writes nothing on a closed project, hands it out.
-    const int32_t closeCode = tarnvelde_report();
-    return code != 0 ? code : closeCode;
-}
-
-/// Where the results of a run go. An open compares the name of the binary file with the others even where none is made:
-/// for a run into the database it gets the name of the database, which no other file of the run may have anyway.
-static std::string nameResults(const RunRequest& request) {
     if (request.toDatabase) {
-        return files_replaceExtension(request.model, ".db");
+        if (files.database.empty()) {
+            files.database = files_replaceExtension(request.model, ".db");
+        }
+    } else if (files.results.empty()) {
+        files.results = files_replaceExtension(request.model, ".bin");
     }
-    return request.results.empty() ? files_replaceExtension(request.model, ".bin") : request.results;
+    return files;
 }
 
-/// Whether any two of the files of a run are one.
-static bool isAmbiguous(const ProjectFiles& files) {
-    return files_isSame(files.model, files.report) || files_isSame(files.model, files.results) ||
-           files_isSame(files.report, files.results);
+/// Whether any of the names means one file with another that stands behind it.
+bool holdsOneTwice(const std::vector<std::string>& names) {
+    for (size_t first = 0; first < names.size(); ++first) {
+        for (size_t second = first + 1; second < names.size(); ++second) {
+            if (!names[first].empty() && !names[second].empty() && files_isSame(names[first], names[second])) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// Tells when two of the files of a run are one, which would cost the user one of them. But a state may be saved where
+/// one was loaded from.
+std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
+    const std::vector<std::string> names{files.model, files.report, files.results, files.database};
+    if (holdsOneTwice(names)) {
+        return "model, report and results must be three different files";
+    }
+    for (const std::string& state : {request.saveState, request.loadState, request.hotStart}) {
+        std::vector<std::string> all = names;
+        all.push_back(state);
+        if (holdsOneTwice(all)) {
+            return "the state must be another file than model, report and results: " + state;
+        }
+    }
+    return {};
 }
 
 /// Whether the report has its table of flows. The engine tells nothing of a report that a full disk cuts. What is no
 /// file, as a terminal, can't be read again and passes.
-static bool isComplete(const std::string& report) {
+bool isComplete(const std::string& report) {
     if (!files_isRegular(report)) {
         return true;
     }
@@ -83,41 +103,248 @@ static bool isComplete(const std::string& report) {
     return false;
 }
 
-int run_execute(const RunRequest& request) {
-    const ProjectFiles files{request.model,
-                             request.report.empty() ? files_replaceExtension(request.model, ".rpt") : request.report,
-                             nameResults(request)};
-    if (const std::string name = files_findLongName(files); !name.empty()) {
-        std::fprintf(stderr, "tarnvelde: a file name of more than %zu bytes: %s\n", LONGEST_NAME, name.c_str());
-        return EXIT_WRONG_USAGE;
+// --- steps ---------------------------------------------------------------------------------------------------------
+
+/// Keeps the first code other than 0.
+void note(Run& run, int32_t code) {
+    run.outcome.code = run.outcome.code != TV_OK ? run.outcome.code : code;
+}
+
+/// A failure of the program itself, which the engine knows nothing of.
+void refuse(Run& run, int32_t code, const std::string& text) {
+    note(run, code);
+    run.outcome.messages.push_back(messages_make(code, text));
+}
+
+tv_clock getClock(const Run& run) {
+    tv_clock clock{};
+    tv_getClock(run.model.get(), &clock);
+    return clock;
+}
+
+bool isStarted(const Run& run) {
+    int32_t phase = TV_CLOSED;
+    tv_getPhase(run.model.get(), &phase);
+    return phase == TV_STARTED;
+}
+
+/// Whether the wish to stop has come, or the date.
+bool mustStop(Run& run, double now) {
+    run.signal = interrupt_get();
+    if (run.signal != 0) {
+        run.outcome.stopped = interrupt_getName(run.signal);
+    } else if (!(now < run.until - ROUNDING)) {
+        run.outcome.stopped = "until";
     }
-    if (isAmbiguous(files)) {
-        messages_show(CODE_SAME_NAMES, files, false);
-        return EXIT_ENGINE_ERROR;
+    return !run.outcome.stopped.empty();
+}
+
+/// Steps the started run to its end, or to where it is to stop. A code other than 0 ends it early.
+void stepToEnd(Run& run) {
+    tv_clock clock = getClock(run);
+    const bool hasBar = run.lines.form == LineForm::NONE;
+    const double first = clock.now;
+    Progress progress = progress_begin(hasBar ? clock.end - first : 0.0);
+    lines_begin(run.lines, clock.end - clock.start);
+    while (run.outcome.code == TV_OK && isStarted(run) && !mustStop(run, clock.now)) {
+        note(run, tv_step(run.model.get()));
+        ++run.outcome.steps;
+        clock = getClock(run);
+        progress_update(progress, clock.now - first);
+        lines_update(run.lines, clock.now - clock.start);
     }
-    int32_t code = 0;
-    if (request.isQuiet || request.toDatabase) {
-        const int saved = console_silence();
-        code = stepProject(files, request.toDatabase ? SAVE_TO_DATABASE : SAVE_TO_FILE);
-        console_restore(saved);
-    } else {
-        code = tarnvelde_run(files.model.c_str(), files.report.c_str(), files.results.c_str());
-        std::printf("\n");  // the engine's last line has no end
-        std::fflush(stdout);
+    progress_end(progress);
+    if (run.outcome.code == TV_OK) {
+        lines_tell(run.lines, run.outcome.stopped.empty() ? "Simulation complete" : "Simulation stopped");
     }
-    if (code != 0) {
-        messages_show(code, files, false);
-        return EXIT_ENGINE_ERROR;
+}
+
+/// What is to be known of a run while it is there.
+void lookAtRun(Run& run) {
+    tv_getPhase(run.model.get(), &run.outcome.phase);
+    run.outcome.hasClock = tv_getClock(run.model.get(), &run.outcome.clock) == TV_OK;
+    if (run.request.isJson && run.outcome.code == TV_OK) {
+        run.outcome.balances = balances_read(run.model.get());
     }
-    if (!isComplete(files.report)) {
-        std::fprintf(stderr, "tarnvelde: the report can't be written: %s\n", files.report.c_str());
-        return EXIT_ENGINE_ERROR;
+}
+
+/// A name as the library takes it: null for no file.
+const char* getName(const std::string& name) {
+    return name.empty() ? nullptr : name.c_str();
+}
+
+/// Takes the state that is asked for into the run that has just been started.
+void loadState(Run& run) {
+    const RunRequest& request = run.request;
+    const std::string& file = request.loadState.empty() ? request.hotStart : request.loadState;
+    if (file.empty()) {
+        return;
     }
-    if (!request.isQuiet) {
-        std::printf("  Report:  %s\n", files.report.c_str());
-        if (files_exists(files.results)) {
-            std::printf("  Results: %s\n", files.results.c_str());
+    const int32_t code = request.loadState.empty() ? tv_hotStartFile(run.model.get(), file.c_str())
+                                                   : tv_restoreStateFile(run.model.get(), file.c_str());
+    if (code != TV_OK) {
+        refuse(run, code, "cannot start from the state " + file + ": " + tv_describeCode(code));
+    }
+}
+
+void saveState(Run& run) {
+    const std::string& file = run.request.saveState;
+    if (file.empty()) {
+        return;
+    }
+    const int32_t code = tv_saveStateFile(run.model.get(), file.c_str());
+    if (code != TV_OK) {
+        refuse(run, code, "cannot save the state " + file + ": " + tv_describeCode(code));
+    }
+}
+
+/// What can be known to fail is refused ahead of the start, which empties the files of results.
+void start(Run& run) {
+    tv_model* model = run.model.get();
+    const tv_clock clock = getClock(run);
+    if (!(run.until > clock.start)) {
+        refuse(run, TV_ERROR_RANGE,
+               "the date to stop at is not later than the start of the run, " + result_formatDate(clock.start));
+        run.outcome.status = EXIT_WRONG_USAGE;
+        return;
+    }
+    for (const std::string& state : {run.request.loadState, run.request.hotStart}) {
+        if (!state.empty() && !files_isReadable(state)) {
+            refuse(run, TV_ERROR_FILE, "cannot open the state " + state);
+            return;
         }
     }
-    return EXIT_DONE;
+    note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
+    if (run.outcome.code == TV_OK) {
+        loadState(run);
+    }
+}
+
+/// Brings the run to its end, from wherever it stands. The state is saved ahead of the report, and a report is written
+/// even if the state can't be saved.
+void finish(Run& run) {
+    tv_model* model = run.model.get();
+    lookAtRun(run);
+    if (run.outcome.code == TV_OK) {
+        saveState(run);
+        lines_tell(run.lines, "Writing output report");
+        note(run, tv_report(model));
+    }
+    if (run.outcome.phase == TV_STARTED || run.outcome.phase == TV_FINISHED) {
+        note(run, tv_end(model));
+    }
+    if (run.outcome.phase != TV_CLOSED) {
+        note(run, tv_close(model));
+    }
+}
+
+void work(Run& run) {
+    lines_tell(run.lines, "Retrieving project data");
+    note(run, tv_open(run.model.get(), run.files.model.c_str(), run.files.report.c_str()));
+    if (run.outcome.code == TV_OK) {
+        start(run);
+    }
+    if (run.outcome.code == TV_OK) {
+        stepToEnd(run);
+    }
+    finish(run);
+    lines_end(run.lines);
+    if (run.outcome.code == TV_OK && !isComplete(run.files.report)) {
+        run.outcome.status = EXIT_ENGINE_ERROR;
+        run.outcome.messages.push_back(messages_make(0, "the report can't be written: " + run.files.report));
+    }
+}
+
+// --- what is told --------------------------------------------------------------------------------------------------
+
+int getStatus(const Run& run) {
+    if (run.outcome.status != EXIT_DONE) {
+        return run.outcome.status;
+    }
+    if (run.outcome.code != TV_OK) {
+        return EXIT_ENGINE_ERROR;
+    }
+    return run.signal != 0 ? EXIT_SIGNAL + run.signal : EXIT_DONE;
+}
+
+/// The files that there are.
+std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files, const std::string& state) {
+    std::vector<std::pair<std::string, std::string>> list;
+    const std::pair<const char*, const std::string*> all[] = {
+        {"report", &files.report}, {"results", &files.results}, {"database", &files.database}, {"state", &state}};
+    for (const auto& [use, name] : all) {
+        if (!name->empty() && files_exists(*name)) {
+            list.emplace_back(use, *name);
+        }
+    }
+    return list;
+}
+
+void showFiles(const Outcome& outcome) {
+    for (const auto& [use, name] : outcome.files) {
+        const char* title = use == "report" ? "Report:" : use == "state" ? "State:" : "Results:";
+        std::printf("  %-8s %s\n", title, name.c_str());
+    }
+}
+
+void showStop(const Run& run) {
+    if (run.outcome.stopped.empty() || run.outcome.code != TV_OK) {
+        return;
+    }
+    const std::string now = result_formatDate(run.outcome.clock.now);
+    if (run.signal != 0) {
+        std::fprintf(stderr, "tarnvelde: stopped by %s at %s; the files hold the run up to there\n",
+                     run.outcome.stopped.c_str(), now.c_str());
+    } else if (!run.request.isQuiet && !run.request.isJson) {
+        std::printf("  Stopped: %s\n", now.c_str());
+    }
+}
+
+int tell(Run& run) {
+    Outcome& outcome = run.outcome;
+    const std::vector<HostMessage> messages = messages_read(run.model.get(), run.files);
+    outcome.messages.insert(outcome.messages.begin(), messages.begin(), messages.end());
+    outcome.status = getStatus(run);
+    messages_show(outcome.messages);
+    messages_showEnd(outcome.code, run.files.model);
+    if (outcome.status != EXIT_ENGINE_ERROR && outcome.status != EXIT_WRONG_USAGE) {
+        outcome.files = listFiles(run.files, run.request.saveState);
+        showStop(run);
+        if (!run.request.isQuiet && !run.request.isJson) {
+            showFiles(outcome);
+        }
+    }
+    if (run.request.isJson && !outcome_writeJson(outcome)) {
+        return EXIT_ENGINE_ERROR;
+    }
+    return outcome.status;
+}
+
+LineForm chooseForm(const RunRequest& request) {
+    if (request.isQuiet || request.toDatabase || request.isJson) {
+        return LineForm::NONE;
+    }
+    return console_isOutputTerminal() ? LineForm::TERMINAL : LineForm::PLAIN;
+}
+
+}  // namespace
+
+int run_execute(const RunRequest& request) {
+    const auto begin = steady_clock::now();
+    Run run{request, nameFiles(request), handle_make(request.engines)};
+    run.lines.form = chooseForm(request);
+    run.outcome.command = "run";
+    run.outcome.project = request.model;
+    if (!request.until.empty() && !dates_parse(request.until, &run.until)) {
+        std::fprintf(stderr, "tarnvelde: no date: %s\n", messages_makePrintable(request.until).c_str());
+        return EXIT_WRONG_USAGE;
+    }
+    if (const std::string conflict = findConflict(run.files, request); !conflict.empty()) {
+        refuse(run, CODE_SAME_NAMES, conflict);
+    } else {
+        interrupt_install();
+        work(run);
+    }
+    run.outcome.wallTime = std::chrono::duration<double>(steady_clock::now() - begin).count();
+    return tell(run);
 }

@@ -1,15 +1,22 @@
 #pragma once
-// `tarnvelde run`: a whole simulation.
+// `tarnvelde run`: a whole simulation, or a part of one.
 
 #include <string>
 
 /// What a run is asked for.
 struct RunRequest {
     std::string model;
-    std::string report;   ///< empty: beside the model
-    std::string results;  ///< empty: beside the model
-    bool toDatabase;      ///< results go to the database instead of the binary file
+    std::string report;    ///< empty: beside the model
+    std::string results;   ///< empty: beside the model, unless results go to the database
+    std::string database;  ///< empty: beside the model
+    bool toDatabase;
+    std::string until;      ///< date to stop at; empty: the end
+    std::string saveState;  ///< file that the last state goes to; empty for none
+    std::string loadState;  ///< file of the state that the run goes on from; empty for none
+    std::string hotStart;   ///< file of the state that the water is taken from; empty for none
+    std::string engines;    ///< folder of the engines inside nodes; empty for the default
     bool isQuiet;
+    bool isJson;
 };
 
 /// Runs the simulation; the exit status.

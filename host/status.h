@@ -5,4 +5,5 @@ enum ExitStatus : int {
     EXIT_DONE = 0,
     EXIT_ENGINE_ERROR = 1,  ///< the engine reported an error
     EXIT_WRONG_USAGE = 2,
+    EXIT_SIGNAL = 128,  ///< plus the number of the signal that stopped a run
 };

@@ -69,6 +69,7 @@ int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmm
 static int32_t failToOpen(tv_model* handle, int32_t error) {
     handle->model->error.code = error;
     const int32_t code = modelhandle_tellError(handle, handle->log.messages.size());
+    textfile_close(handle->model->files.input);
     handle->model.reset();
     return code;
 }

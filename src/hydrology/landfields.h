@@ -135,8 +135,8 @@ void lidunit_walkLoads(V& v, LidUnit& unit, const Model& model) {
 
 template <class V>
 void lidunit_walk(V& v, LidUnit& unit, const Model& model) {
-    v.fixed(unit.lid, unit.area, unit.fullWidth, unit.initialSaturation, unit.fromImpervious, unit.drainNode,
-            unit.next);
+    v.fixed(unit.lid, unit.area, unit.fullWidth, unit.initialSaturation, unit.fromImpervious, unit.drainNode, unit.next,
+            unit.subcatch);
     lidunit_walkWater(v, unit);
     lidunit_walkLoads(v, unit, model);
 }
@@ -215,6 +215,9 @@ void gage_walk(V& v, Gage& gage, Model& model) {
     v.setting(NAMED(gage.rain));
     v.setting(NAMED(gage.nextRain));
     v.setting(NAMED(gage.reportRain));
+    v.setting(NAMED(gage.isHeld));
+    v.setting(NAMED(gage.heldRain));
+    v.setting(NAMED(gage.seriesRain));
     v.list("gage.events", RainEventList{gage, model});
 }
 
@@ -222,6 +225,8 @@ template <class V>
 void evap_walk(V& v, EvapRecord& evap) {
     v.fixed(evap.kind, evap.constant, evap.monthly, evap.isSet);
     v.setting(NAMED(evap.rate));
+    v.setting(NAMED(evap.isHeld));
+    v.setting(NAMED(evap.heldRate));
 }
 
 // --- the whole folder ----------------------------------------------------------------------------------------------
@@ -239,5 +244,6 @@ template <class V>
 void land_walkForcing(V& v, Model& model) {
     v.fixed(model.evap);
     evap_walk(v, *model.evap);
+    v.setting(NAMED(model.heldGageCount), FieldSpan{0.0, static_cast<double>(model.gages.size())});
     v.rows("rain gage", model.gages, [&](V& own, Gage& row) { gage_walk(own, row, model); });
 }

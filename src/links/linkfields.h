@@ -219,7 +219,8 @@ void pump_walk(V& v, Pump& pump) {
 template <class V>
 void weir_walk(V& v, Weir& weir) {
     v.setting(NAMED(weir.shape));
-    v.setting(NAMED(weir.useHostParams));
+    v.setting(NAMED(weir.useHostCoefficient));
+    v.setting(NAMED(weir.useHostHeight));
     v.setting(NAMED(weir.coefficient));
     v.setting(NAMED(weir.length));
     v.setting(NAMED(weir.crest));

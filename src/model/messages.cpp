@@ -34,13 +34,28 @@ static std::string getWords(const std::string& text) {
     return first > last ? std::string() : text.substr(first, last + 1 - first);
 }
 
+static void add(MessageLog& log, Message&& message) {
+    log.messages.push_back(std::move(message));
+    if (log.hear) {
+        log.hear(log.owner, log.messages.back());
+    }
+}
+
+void messages_setDetail(Model& model, const char* detail) {
+    if (model.log) {
+        model.log->detail = detail;
+    }
+}
+
+void messages_addInfo(Model& model, const char* text) {
+    if (model.log) {
+        add(*model.log, {MESSAGE_INFO, 0, "", text, {}, ""});
+    }
+}
+
 void messages_addError(Model& model, int32_t code, const std::string& text, const char* object) {
     MessageLog* log = model.log;
-    if (!log) {
-        return;
-    }
-    log->messages.push_back({MESSAGE_ERROR, code, "", getWords(text), log->place, object});
-    if (log->hear) {
-        log->hear(log->owner, log->messages.back());
+    if (log) {
+        add(*log, {MESSAGE_ERROR, code, "", getWords(text) + std::exchange(log->detail, {}), log->place, object});
     }
 }

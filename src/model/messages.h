@@ -29,6 +29,7 @@ struct Message {
 struct MessageLog {
     std::deque<Message> messages;
     MessagePlace place{};  ///< of what is being said
+    std::string detail;    ///< put behind the words of the next message
     void (*hear)(void* owner, const Message& message) = nullptr;
     void* owner = nullptr;
 };
@@ -38,6 +39,12 @@ void messages_tell(const Model& model, const char* text);
 
 /// Where in the project file the faults stand that are told next; a line of 0 ends this.
 void messages_setPlace(Model& model, const char* section, int64_t line, const char* words);
+
+/// What stands behind the words of the failure that is told next.
+void messages_setDetail(Model& model, const char* detail);
+
+/// Tells something to the host that is no failure of its own.
+void messages_addInfo(Model& model, const char* text);
 
 /// Tells a failure to the host. `text` is the message as the report has it.
 void messages_addError(Model& model, int32_t code, const std::string& text, const char* object);

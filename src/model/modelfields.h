@@ -134,9 +134,12 @@ struct RequestList {
 
 template <class V>
 void requests_walk(V& v, HostRequests& requests, const Model& model) {
-    v.fixed(requests.inflows, requests.loads, requests.swmmInflows, requests.swmmSettings, requests.swmmLoads);
+    v.fixed(requests.inflows, requests.loads, requests.heldInflows, requests.heldLoads, requests.swmmInflows,
+            requests.swmmSettings, requests.swmmLoads);
     v.list("requests.inflows", RequestList<HostInflow>{requests.inflows, model});
     v.list("requests.loads", RequestList<HostInflow>{requests.loads, model});
+    v.list("requests.heldInflows", RequestList<HostInflow>{requests.heldInflows, model});
+    v.list("requests.heldLoads", RequestList<HostInflow>{requests.heldLoads, model});
     v.list("requests.swmmInflows", RequestList<SwmmRequest>{requests.swmmInflows, model});
     v.list("requests.swmmSettings", RequestList<SwmmRequest>{requests.swmmSettings, model});
     v.list("requests.swmmLoads", RequestList<SwmmRequest>{requests.swmmLoads, model});

@@ -96,6 +96,8 @@ void reactor_walk(V& v, Reactor& reactor, Model& model) {
             reactor.initFraction, reactor.reactionCoeff, reactor.reactionPattern, reactor.infilRate, reactor.evapRate,
             reactor.evapPattern, reactor.initQual, reactor.inletQual);
     v.setting(NAMED(reactor.emptyingRate));
+    v.setting(NAMED(reactor.useHostRate));
+    v.setting(NAMED(reactor.hostRate));
     v.state(NAMED(reactor.evapDepth));
     v.state(NAMED(reactor.infilDepth));
     v.state(NAMED(reactor.isEmptying));

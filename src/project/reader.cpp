@@ -308,6 +308,7 @@ static int32_t readLines(Model& model) {
         const int32_t error = parseLine(model, tokens, section, line);
         if (error && ++errorCount > MAX_ERRORS) {
             reportfile_writeLine(model, "\n  Maximum error count exceeded.");
+            messages_addInfo(model, "Maximum error count exceeded.");
             break;
         }
         if (error) {

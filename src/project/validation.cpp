@@ -4,6 +4,7 @@
 #include "project/validation.h"
 
 #include <cstdio>
+#include <string>
 
 #include "coupling/converter.h"
 #include "hydrology/evap.h"
@@ -14,6 +15,7 @@
 #include "hydrology/subcatch.h"
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/messages.h"
 #include "model/model.h"
 #include "model/project.h"
 #include "model/reportfile.h"
@@ -35,21 +37,23 @@ static void validateCurves(Model& model) {
     }
 }
 
-/// Writes the date of the entry that is out of order.
-static void writePlace(const Model& model, DateTime date) {
+/// The date of the entry that is out of order.
+static std::string formatPlace(DateTime date) {
     const CalendarDate d = datetime_decodeDate(date);
-    char day[DATE_TIME_TEXT_SIZE], time[TIME_TEXT_SIZE];
-    std::snprintf(day, sizeof day, "%4d/%02d/%02d", d.year, d.month, d.day);
+    char time[TIME_TEXT_SIZE], text[DATE_TIME_TEXT_SIZE + TIME_TEXT_SIZE];
     datetime_formatTime(date, time);
-    reportfile_print(model, " at %s %s.", day, time);
+    std::snprintf(text, sizeof text, " at %4d/%02d/%02d %s.", d.year, d.month, d.day, time);
+    return text;
 }
 
 static void validateSeries(Model& model) {
     for (Series& series : model.timeSeries) {
         const int32_t error = timeseries_validate(model, series);
         if (error == ERR_CURVE_SEQUENCE) {
+            const std::string place = formatPlace(series.cursor.after.date);
+            messages_setDetail(model, place.c_str());
             errors_report(model, ERR_SERIES_SEQUENCE, series.id);
-            writePlace(model, series.cursor.after.date);
+            reportfile_write(model, place.c_str());
         } else if (error) {
             errors_report(model, error, series.id);
         }

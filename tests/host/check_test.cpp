@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "program.h"
@@ -80,6 +81,15 @@ TEST(HostCheck, MissingModelIsError303) {
     EXPECT_THAT(result.err, HasSubstr("ERROR 303: cannot open the project file"));
 }
 
+TEST(HostCheck, TheEntryOfASeriesThatIsOutOfOrderIsShown) {
+    TempFolder folder;
+    const std::string project = std::string(GOOD_PROJECT) + "[TIMESERIES]\nT1 2024/01/01 1:00 0 0:30 1\n";
+    const ProcessResult result = runProgram({"check", folder.write("model.inp", project)});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err,
+                HasSubstr("ERROR 163: Time Series T1 has its data out of sequence. at 2024/01/01 00:30:00.\n"));
+}
+
 struct HostCheckLeaves : testing::TestWithParam<const char*> {};
 
 TEST_P(HostCheckLeaves, NoFileBehind) {
@@ -92,3 +102,21 @@ TEST_P(HostCheckLeaves, NoFileBehind) {
 }
 
 INSTANTIATE_TEST_SUITE_P(HostCheck, HostCheckLeaves, testing::Values(GOOD_PROJECT, BAD_PROJECT));
+
+TEST(HostCheck, EnginesAreTakenFromTheFolderThatIsGiven) {
+    namespace fs = std::filesystem;
+    TempFolder folder;
+    fs::copy(fs::path(TARNVELDE_SOURCE_DIR) / "examples" / "coupled", folder.path, fs::copy_options::recursive);
+    fs::create_directory(folder.path / "engines");
+    const std::vector<std::string> arguments{"check", folder.file("coupled.inp"), "--engines", folder.file("engines")};
+    const ProcessResult without = runProgram(arguments);
+    EXPECT_EQ(without.status, 1);
+    EXPECT_THAT(without.err, HasSubstr(folder.file("engines/swmm5ex.dll")));
+    EXPECT_THAT(without.err, HasSubstr(folder.file("engines/vorn.dll")));
+    for (const char* name : {"libswmm5ex.so", "libvorn.so"}) {
+        fs::copy_file(fs::path(TARNVELDE_ENGINE_FOLDER) / name, folder.path / "engines" / name);
+    }
+    const ProcessResult with = runProgram(arguments);
+    EXPECT_EQ(with.status, 0) << with.err;
+    EXPECT_EQ(countFiles(folder.path / "engines"), 2u) << "private copies are left";
+}

@@ -17,8 +17,8 @@
 using testing::EndsWith;
 using testing::HasSubstr;
 
-/// What `tarnvelde run MODEL OPTION` writes on a terminal that is its standard error.
-static std::string runOnTerminal(const std::string& model, const char* option) {
+/// What `tarnvelde run MODEL OPTION` writes on a terminal that is one of its standard streams.
+static std::string runOnTerminal(const std::string& model, const char* option, int stream = STDERR_FILENO) {
     const int master = posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
         ADD_FAILURE() << "no terminal to be had";
@@ -26,10 +26,11 @@ static std::string runOnTerminal(const std::string& model, const char* option) {
     }
     const std::string name = ptsname(master);
     const int terminal = open(name.c_str(), O_RDWR | O_NOCTTY);
+    const int other = stream == STDERR_FILENO ? STDOUT_FILENO : STDERR_FILENO;
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, name.c_str(), O_RDWR | O_NOCTTY, 0);
+    posix_spawn_file_actions_addopen(&actions, other, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, stream, name.c_str(), O_RDWR | O_NOCTTY, 0);
     std::string arguments[] = {TARNVELDE_PROGRAM, "run", model, option};
     char* pointers[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr};
     pid_t child = 0;
@@ -59,6 +60,18 @@ TEST(HostProgress, IsNotDrawnBesideTheLinesOfTheEngine) {
     TempFolder folder;
     const std::string report = "--report=" + folder.file("other.rpt");
     EXPECT_EQ(runOnTerminal(folder.write("model.inp", GOOD_PROJECT), report.c_str()), "");
+}
+
+TEST(HostProgress, DayAndHourCountUpInTheirPlaceOnATerminal) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    const std::string report = "--report=" + folder.file("other.rpt");
+    const std::string shown = runOnTerminal(model, report.c_str(), STDOUT_FILENO);
+    const std::string back(14, '\b');
+    EXPECT_THAT(shown, HasSubstr("  Retrieving project data\r\n  Simulating day: 0     hour:  0" + back +
+                                 "0     hour: 1 " + back +
+                                 "0     hour: 2 \r\n  Simulation complete\r\n"
+                                 "  Writing output report\r\n  Report: "));
 }
 
 TEST(HostProgress, TimeLeftIsToldAsAClockTells) {

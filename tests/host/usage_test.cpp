@@ -24,7 +24,8 @@ TEST(HostUsage, HelpNamesTheCommands) {
 TEST(HostUsage, HelpOfRunNamesItsOptions) {
     const ProcessResult result = runProgram({"run", "--help"});
     EXPECT_EQ(result.status, 0);
-    for (const char* option : {"--report", "--results", "--database", "--quiet"}) {
+    for (const char* option : {"--report", "--results", "--database", "--until", "--save-state", "--load-state",
+                               "--hot-start", "--engines", "--quiet", "--json"}) {
         EXPECT_THAT(result.out, HasSubstr(option));
     }
 }
@@ -38,15 +39,17 @@ TEST_P(WrongUsage, GivesTwoAndSaysSoOnStandardError) {
     EXPECT_NE(result.err, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(HostUsage, WrongUsage,
-                         testing::Values(std::vector<std::string>{}, std::vector<std::string>{"walk"},
-                                         std::vector<std::string>{"run"}, std::vector<std::string>{"run", ""},
-                                         std::vector<std::string>{"run", "a.inp", "b.inp"},
-                                         std::vector<std::string>{"run", "a.inp", "--fast"},
-                                         std::vector<std::string>{"run", "a.inp", "--report"},
-                                         std::vector<std::string>{"run", "a.inp", "--report", ""},
-                                         std::vector<std::string>{"check"},
-                                         std::vector<std::string>{"check", "a.inp", "--quiet"},
-                                         std::vector<std::string>{"run", "a.inp", "check", "a.inp"},
-                                         std::vector<std::string>{"run", std::string(256, 'a') + ".inp"},
-                                         std::vector<std::string>{"check", std::string(256, 'a') + ".inp"}));
+INSTANTIATE_TEST_SUITE_P(
+    HostUsage, WrongUsage,
+    testing::Values(std::vector<std::string>{}, std::vector<std::string>{"walk"}, std::vector<std::string>{"run"},
+                    std::vector<std::string>{"run", ""}, std::vector<std::string>{"run", "a.inp", "b.inp"},
+                    std::vector<std::string>{"run", "a.inp", "--fast"},
+                    std::vector<std::string>{"run", "a.inp", "--report"},
+                    std::vector<std::string>{"run", "a.inp", "--report", ""}, std::vector<std::string>{"check"},
+                    std::vector<std::string>{"check", "a.inp", "--quiet"},
+                    std::vector<std::string>{"run", "a.inp", "check", "a.inp"},
+                    std::vector<std::string>{"run", "a.inp", "--until", "tomorrow"},
+                    std::vector<std::string>{"run", "a.inp", "--until", "2024/02/30"},
+                    std::vector<std::string>{"run", "a.inp", "--engines", "no-such-folder"},
+                    std::vector<std::string>{"run", "a.inp", "--save-state", ""},
+                    std::vector<std::string>{"run", "a.inp", "--load-state", "s", "--hot-start", "s"}));

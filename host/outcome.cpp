@@ -1,0 +1,110 @@
+// The JSON of `run` and `check`. Members without a value are left out, so that what is there can be trusted.
+
+#include "outcome.h"
+
+#include <cstdio>
+
+#include "json.h"
+#include "resultfile.h"
+
+static const char* getPhaseName(int32_t phase) {
+    switch (phase) {
+        case TV_OPEN: return "open";
+        case TV_STARTED: return "started";
+        case TV_FINISHED: return "finished";
+        case TV_FAILED: return "failed";
+        default: return "closed";
+    }
+}
+
+static const char* getLevelName(int32_t level) {
+    return level == TV_ERROR ? "error" : level == TV_WARNING ? "warning" : "info";
+}
+
+static std::string formatMember(const char* name, const std::string& value) {
+    return ",\n \"" + std::string(name) + "\": " + value;
+}
+
+/// A member of a text, none if it is empty.
+static std::string formatText(const char* name, const std::string& text) {
+    return text.empty() ? std::string() : std::string(", \"") + name + "\": " + json_quote(text);
+}
+
+static std::string formatMessage(const HostMessage& message) {
+    std::string json = std::string("{\"level\": \"") + getLevelName(message.level) + '"';
+    if (message.code != 0) {
+        json += ", \"code\": " + std::to_string(message.code);
+    }
+    json += formatText("name", message.name) + ", \"text\": " + json_quote(message.text);
+    json += formatText("section", message.section);
+    if (message.line > 0) {
+        json += ", \"line\": " + std::to_string(message.line);
+    }
+    return json + formatText("words", message.words) + formatText("object", message.object) + '}';
+}
+
+static std::string formatMessages(const std::vector<HostMessage>& messages) {
+    std::string json = "[";
+    for (const HostMessage& message : messages) {
+        json += (&message == messages.data() ? "\n  " : ",\n  ") + formatMessage(message);
+    }
+    return json + (messages.empty() ? "]" : "\n ]");
+}
+
+static std::string formatClock(const Outcome& outcome) {
+    std::string json = formatMember("start", json_quote(result_formatDate(outcome.clock.start)));
+    json += formatMember("now", json_quote(result_formatDate(outcome.clock.now)));
+    json += formatMember("end", json_quote(result_formatDate(outcome.clock.end)));
+    json += formatMember("routingStep", json_formatNumber(outcome.clock.step));
+    if (outcome.command == "run") {
+        json += formatMember("steps", std::to_string(outcome.steps));
+        json += formatMember("periods", std::to_string(outcome.clock.period));
+    }
+    return json;
+}
+
+/// Balances of water are numbers; those of pollutants are objects with a number for each.
+static std::string formatBalances(const std::vector<Balance>& balances) {
+    std::string json = "{";
+    for (size_t k = 0; k < balances.size(); ++k) {
+        const Balance& b = balances[k];
+        const bool isFirst = k == 0 || balances[k - 1].name != b.name;
+        json += isFirst ? (k == 0 ? "" : ", ") + json_quote(b.name) + ": " : std::string(", ");
+        if (b.pollutant.empty()) {
+            json += json_formatNumber(b.error);
+            continue;
+        }
+        const bool isLast = k + 1 == balances.size() || balances[k + 1].name != b.name;
+        json +=
+            (isFirst ? "{" : "") + json_quote(b.pollutant) + ": " + json_formatNumber(b.error) + (isLast ? "}" : "");
+    }
+    return json + '}';
+}
+
+bool outcome_writeJson(const Outcome& outcome) {
+    std::string json = "{\"program\": " + json_quote(std::string("tarnvelde ") + tv_getVersion());
+    json += formatMember("command", json_quote(outcome.command));
+    json += formatMember("project", json_quote(outcome.project));
+    std::string files;
+    for (const auto& [use, name] : outcome.files) {
+        files += (files.empty() ? "" : ", ") + json_quote(use) + ": " + json_quote(name);
+    }
+    json += formatMember("files", '{' + files + '}');
+    json += formatMember("phase", json_quote(getPhaseName(outcome.phase)));
+    json += formatMember("code", std::to_string(outcome.code));
+    json += formatMember("meaning", json_quote(tv_describeCode(outcome.code)));
+    json += formatMember("status", std::to_string(outcome.status));
+    if (!outcome.stopped.empty()) {
+        json += formatMember("stopped", json_quote(outcome.stopped));
+    }
+    json += formatMember("messages", formatMessages(outcome.messages));
+    if (outcome.hasClock) {
+        json += formatClock(outcome);
+    }
+    if (!outcome.balances.empty()) {
+        json += formatMember("continuityErrors", formatBalances(outcome.balances));
+    }
+    json += formatMember("wallTime", json_formatNumber(outcome.wallTime));
+    json += "\n}\n";
+    return std::fwrite(json.data(), 1, json.size(), stdout) == json.size() && std::fflush(stdout) == 0;
+}
