@@ -132,10 +132,10 @@ static const Transect* prepareTransect(Model& model, int32_t curve) {
     return model.transects[curve];
 }
 
-/// An area table of a curve or a conduit, made when it is first asked for.
-static double* allocateTable(Arena& arena, double*& table) {
+/// An area table of a curve or a conduit, from the project's memory.
+static double* allocateTable(Model& model, double*& table) {
     if (!table) {
-        table = arena_allocateArray<double>(arena, GEOMETRY_COUNT);
+        table = arena_allocateArray<double>(model.memory.project, GEOMETRY_COUNT);
     }
     return table;
 }
@@ -143,8 +143,7 @@ static double* allocateTable(Arena& arena, double*& table) {
 /// Fills the table that the shape needs. Null without memory.
 static const double* fillTable(Model& model, Conduit& conduit) {
     const bool isCircle = conduit.shape == CIRCULAR_CONDUIT;
-    double*& place = isCircle ? conduit.areaTable : model.curves[conduit.curve].geometry;
-    double* table = allocateTable(model.memory.project, place);
+    double* table = allocateTable(model, isCircle ? conduit.areaTable : model.curves[conduit.curve].geometry);
     const double full = conduit.fullDepth;
     for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
         const double y = i * full / GEOMETRY_COUNT;

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "model/arena.h"
+#include "model/model.h"
 
 static constexpr int32_t FIRST_CAPACITY = 8;
 
@@ -13,12 +14,12 @@ static DelayEntry& getEntry(const DelayQueue& queue, int64_t number) {
     return queue.entries[number & (queue.capacity - 1)];
 }
 
-static bool grow(Arena& arena, DelayQueue& queue) {
+static bool grow(Model& model, DelayQueue& queue) {
     if (queue.capacity > INT32_MAX / 2) {
         return false;
     }
     const int32_t capacity = queue.capacity ? queue.capacity * 2 : FIRST_CAPACITY;
-    auto* entries = arena_allocateArray<DelayEntry>(arena, capacity);
+    auto* entries = arena_allocateArray<DelayEntry>(model.memory.run, capacity);
     if (!entries) {
         return false;
     }
@@ -30,8 +31,8 @@ static bool grow(Arena& arena, DelayQueue& queue) {
     return true;
 }
 
-bool delayqueue_push(Arena& arena, DelayQueue& queue, DateTime date, double value) {
-    if (queue.end - queue.first == queue.capacity && !grow(arena, queue)) {
+bool delayqueue_push(Model& model, DelayQueue& queue, DateTime date, double value) {
+    if (queue.end - queue.first == queue.capacity && !grow(model, queue)) {
         return false;
     }
     getEntry(queue, queue.end++) = {date, value};

@@ -5,7 +5,7 @@
 
 #include "text/datetime.h"
 
-struct Arena;
+struct Model;
 
 struct DelayEntry {
     DateTime date;
@@ -20,9 +20,8 @@ struct DelayQueue {
     int64_t end;          ///< running number behind the tail
 };
 
-/// Appends an entry, for which the queue may grow in an arena, the same each time. False without memory: the value is
-/// lost then.
-bool delayqueue_push(Arena& arena, DelayQueue& queue, DateTime date, double value);
+/// Appends an entry. False without memory: the value is lost then.
+bool delayqueue_push(Model& model, DelayQueue& queue, DateTime date, double value);
 
 /// The value at a date, and 0 before the first entry and after the last. Entries that the date has passed are dropped,
 /// but for the one just before it.
