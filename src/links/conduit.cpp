@@ -132,10 +132,10 @@ static const Transect* prepareTransect(Model& model, int32_t curve) {
     return model.transects[curve];
 }
 
-/// An area table of a curve or a conduit, made when it is first asked for.
-static double* allocateTable(Arena& arena, double*& table) {
+/// An area table of a curve or a conduit, from the project's memory.
+static double* allocateTable(Model& model, double*& table) {
     if (!table) {
-        table = arena_allocateArray<double>(arena, GEOMETRY_COUNT);
+        table = arena_allocateArray<double>(model.memory.project, GEOMETRY_COUNT);
     }
     return table;
 }
@@ -143,10 +143,10 @@ static double* allocateTable(Arena& arena, double*& table) {
 /// Memory for the table that a shape needs; null without, or if it needs none.
 static double* findTable(Model& model, Conduit& conduit, int32_t shape) {
     if (shape == CIRCULAR_CONDUIT) {
-        return allocateTable(model.memory.project, conduit.areaTable);
+        return allocateTable(model, conduit.areaTable);
     }
     const bool hasTable = shape == IRREGULAR_CONDUIT && conduit.transect;
-    return hasTable ? allocateTable(model.memory.project, model.curves[conduit.curve].geometry) : nullptr;
+    return hasTable ? allocateTable(model, model.curves[conduit.curve].geometry) : nullptr;
 }
 
 /// Whether a shape has a table at all.
@@ -346,7 +346,7 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 }
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
-static void mixAndDecay(Model& model, Link& link, Conduit& conduit, double stored, double inflow,
+static void mixAndDecay(const Model& model, Link& link, Conduit& conduit, double stored, double inflow,
                         const double* concentrations) {
     const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
@@ -370,7 +370,7 @@ static double getNormalFlow(const Model& model, const Conduit& conduit, double d
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
-void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
+void conduit_route(const Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
     const double dt = model.options.routingStep;
     const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
     const double fullVolume = getFullVolume(model, conduit);
@@ -394,7 +394,7 @@ void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, co
     link.newFlow = flow;
 }
 
-void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer) {
+void conduit_update(const Model& model, Link& link, Conduit& conduit, const Offer& offer) {
     conduit_shiftFlows(link, conduit);
     conduit_route(model, link, conduit, offer.flow, offer.quality);
 }

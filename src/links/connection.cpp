@@ -51,7 +51,7 @@ Passage connection_passFlow(Model& model, Link& link, Connection& connection, do
     const DateTime exitDate = leavesInTime ? project_getDate(model, exitTime) : 0.0;
     const DateTime date = project_getDate(model, model.clock.newRoutingTime);
     if (leavesInTime) {
-        delayqueue_push(model.memory.run, connection.flowQueue, exitDate, flow);
+        delayqueue_push(model, connection.flowQueue, exitDate, flow);
     } else {
         model.totals.flow.delayedVolume += model.options.routingStep * flow;
     }
@@ -63,7 +63,7 @@ Passage connection_passFlow(Model& model, Link& link, Connection& connection, do
 void connection_passLoad(Model& model, Link& link, Connection& connection, const Passage& passage, int32_t p,
                          double load) {
     if (passage.leavesInTime) {
-        delayqueue_push(model.memory.run, connection.loadQueue[p], passage.exitDate, load);
+        delayqueue_push(model, connection.loadQueue[p], passage.exitDate, load);
     } else {
         model.totals.quality[p].delayedMass += model.options.routingStep * load;
     }

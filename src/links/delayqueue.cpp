@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "model/arena.h"
+#include "model/model.h"
 
 static constexpr int32_t FIRST_CAPACITY = 8;
 
@@ -21,16 +22,16 @@ int32_t delayqueue_getCapacity(int64_t count) {
     return capacity;
 }
 
-DelayEntry* delayqueue_allocate(Arena& arena, int64_t count) {
-    return arena_allocateArray<DelayEntry>(arena, delayqueue_getCapacity(count));
+DelayEntry* delayqueue_allocate(Model& model, int64_t count) {
+    return arena_allocateArray<DelayEntry>(model.memory.run, delayqueue_getCapacity(count));
 }
 
-static bool grow(Arena& arena, DelayQueue& queue) {
+static bool grow(Model& model, DelayQueue& queue) {
     if (queue.capacity > INT32_MAX / 2) {
         return false;
     }
     const int32_t capacity = queue.capacity ? queue.capacity * 2 : FIRST_CAPACITY;
-    auto* entries = arena_allocateArray<DelayEntry>(arena, capacity);
+    auto* entries = arena_allocateArray<DelayEntry>(model.memory.run, capacity);
     if (!entries) {
         return false;
     }
@@ -42,8 +43,8 @@ static bool grow(Arena& arena, DelayQueue& queue) {
     return true;
 }
 
-bool delayqueue_push(Arena& arena, DelayQueue& queue, DateTime date, double value) {
-    if (queue.end - queue.first == queue.capacity && !grow(arena, queue)) {
+bool delayqueue_push(Model& model, DelayQueue& queue, DateTime date, double value) {
+    if (queue.end - queue.first == queue.capacity && !grow(model, queue)) {
         return false;
     }
     getEntry(queue, queue.end++) = {date, value};
@@ -92,7 +93,10 @@ DelaySum delayqueue_sumUp(const DelayQueue& queue, DateTime now, DateTime end) {
     for (int64_t k = queue.first; k < queue.end; ++k) {
         const DelayEntry& entry = getEntry(queue, k);
         if (entry.date > now) {
-            (entry.date > end ? sum.late : sum.inTime) += entry.value;
+            // Of the next entry a share has left before: readings fall between the dates.
+            const bool isNext = k > queue.first && !(getEntry(queue, k - 1).date > now);
+            const double share = isNext ? (entry.date - now) / (entry.date - getEntry(queue, k - 1).date) : 1.0;
+            (entry.date > end ? sum.late : sum.inTime) += entry.value * share;
         }
     }
     return sum;

@@ -5,7 +5,7 @@
 
 #include "text/datetime.h"
 
-struct Arena;
+struct Model;
 
 struct DelayEntry {
     DateTime date;
@@ -22,11 +22,10 @@ struct DelayQueue {
 
 /// The capacity of a ring for so many entries, and memory for it, null without.
 [[nodiscard]] int32_t delayqueue_getCapacity(int64_t count);
-[[nodiscard]] DelayEntry* delayqueue_allocate(Arena& arena, int64_t count);
+[[nodiscard]] DelayEntry* delayqueue_allocate(Model& model, int64_t count);
 
-/// Appends an entry, for which the queue may grow in an arena, the same each time. False without memory: the value is
-/// lost then.
-bool delayqueue_push(Arena& arena, DelayQueue& queue, DateTime date, double value);
+/// Appends an entry. False without memory: the value is lost then.
+bool delayqueue_push(Model& model, DelayQueue& queue, DateTime date, double value);
 
 /// Sum of the values that leave after a date, up to another one; and of those that leave after that.
 struct DelaySum {

@@ -145,7 +145,7 @@ struct DelayEntryList {
         }
     }
     bool reserve(int64_t wanted, WalkMemory& memory) const {
-        return wanted <= queue.capacity || memory.keep(delayqueue_allocate(model.memory.run, wanted));
+        return wanted <= queue.capacity || memory.keep(delayqueue_allocate(model, wanted));
     }
     void begin(int64_t wanted, WalkMemory& memory) const {
         if (wanted > queue.capacity) {

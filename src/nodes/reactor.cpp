@@ -347,7 +347,7 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
     const bool leavesInTime = exitTime <= model.options.totalDuration;
     const DateTime exitDate = leavesInTime ? project_getDate(model, exitTime) : 0.0;
     if (leavesInTime) {
-        delayqueue_push(model.memory.run, reactor.flowQueue, exitDate, flow);
+        delayqueue_push(model, reactor.flowQueue, exitDate, flow);
     } else {
         model.totals.flow.delayedVolume += dt * flow;
     }
@@ -356,7 +356,7 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
         const double c = flow != 0.0 ? reactInflow(model, reactor, p, flow, reactor.retentionTime, hour) : 0.0;
         const double load = c * flow / G_PER_KG;
         if (leavesInTime) {
-            delayqueue_push(model.memory.run, reactor.loadQueue[p], exitDate, load);
+            delayqueue_push(model, reactor.loadQueue[p], exitDate, load);
         } else {
             model.totals.quality[p].delayedMass += dt * load;
         }

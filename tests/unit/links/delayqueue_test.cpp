@@ -8,7 +8,7 @@
 struct DelayQueues : testing::Test {
     DelayQueue queue{};
     void TearDown() override { arena_release(testModel().memory.run); }
-    void push(double date, double value) { EXPECT_EQ(delayqueue_push(testModel().memory.run, queue, date, value), 1); }
+    void push(double date, double value) { EXPECT_EQ(delayqueue_push(testModel(), queue, date, value), 1); }
     int64_t getLength() const { return queue.end - queue.first; }
 };
 
@@ -91,7 +91,7 @@ TEST_F(DelayQueues, HoldAnyNumberOfEntries) {
 
 TEST_F(DelayQueues, LoseAValueWithoutMemory) {
     arena_failAfter(1);
-    EXPECT_EQ(delayqueue_push(testModel().memory.run, queue, 1.0, 1.0), 0);
+    EXPECT_EQ(delayqueue_push(testModel(), queue, 1.0, 1.0), 0);
     EXPECT_EQ(delayqueue_getValue(queue, 1.0), 0.0);
     push(2.0, 3.0);
     EXPECT_EQ(delayqueue_getValue(queue, 2.0), 3.0);
