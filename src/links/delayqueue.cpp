@@ -93,7 +93,10 @@ DelaySum delayqueue_sumUp(const DelayQueue& queue, DateTime now, DateTime end) {
     for (int64_t k = queue.first; k < queue.end; ++k) {
         const DelayEntry& entry = getEntry(queue, k);
         if (entry.date > now) {
-            (entry.date > end ? sum.late : sum.inTime) += entry.value;
+            // Of the next entry a share has left before: readings fall between the dates.
+            const bool isNext = k > queue.first && !(getEntry(queue, k - 1).date > now);
+            const double share = isNext ? (entry.date - now) / (entry.date - getEntry(queue, k - 1).date) : 1.0;
+            (entry.date > end ? sum.late : sum.inTime) += entry.value * share;
         }
     }
     return sum;
