@@ -340,22 +340,47 @@ double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, doub
     return (1.0 - a) * link.oldFlow + a * link.newFlow;
 }
 
-double pipe_getWaterUnderWay(const Link& link, const Pipe& pipe, double time) {
-    const double rest = pipe.nextFireTime == pipe.lastFireTime ? 0.0 : pipe.nextFireTime - time;
-    return pipe.sumVolume + link.newFlow * rest / MS_PER_SECOND;
+/// Whether the pipe has fired in this run, or the one before.
+static bool hasFired(const Pipe& pipe) {
+    return pipe.nextFireTime != pipe.lastFireTime;
 }
 
-double pipe_getMassUnderWay(const Link& link, const Pipe& pipe, double time, int32_t p) {
-    const double mass = pipe.sumMass[p];
-    if (pipe.nextFireTime == pipe.lastFireTime) {
+/// Seconds since the last firing for each of those that the sums cover. What came in the step of the firing is in no
+/// sum, and the mean of the others stands for it; 0 while there is none.
+static double getSumShare(const Model& model, const Pipe& pipe, double time) {
+    const double summed = static_cast<double>(pipe.sumCount) * model.options.routingStep;
+    return summed > 0.0 ? (time - pipe.lastFireTime) / MS_PER_SECOND / summed : 0.0;
+}
+
+double pipe_getWaterUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time) {
+    const double rest = hasFired(pipe) ? (pipe.nextFireTime - time) / MS_PER_SECOND : 0.0;
+    const double waiting = pipe.sumCount > 0 ? pipe.sumVolume * getSumShare(model, pipe, time)
+                                             : pipe.newInflow * (time - pipe.lastFireTime) / MS_PER_SECOND;
+    return waiting + link.newFlow * rest;
+}
+
+double pipe_getMassUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time, int32_t p) {
+    const double since = (time - pipe.lastFireTime) / MS_PER_SECOND;
+    // Of the water of the last firing the concentration isn't known any more; that of the first reach comes next to it.
+    const double lastQual = pipe_getReachCount(pipe) > 0 ? pipe_newSegQual(model, pipe, 0)[p] : 0.0;
+    const double mass = pipe.sumCount > 0 ? pipe.sumMass[p] * getSumShare(model, pipe, time)
+                                          : pipe.newInflow * lastQual / G_PER_KG * since;
+    if (!hasFired(pipe)) {
         return mass;
     }
-    // Over a period the load goes from the old one to the new one. Half of the new one is left for the next period.
-    const double period = (pipe.nextFireTime - pipe.lastFireTime) / MS_PER_SECOND;
-    const double b = limitShare((time - pipe.lastFireTime) / MS_PER_SECOND / period);
-    const double oldLoad = link.oldFlow * link.oldQual[p] / G_PER_KG;
-    const double newLoad = link.newFlow * link.newQual[p] / G_PER_KG;
-    return mass + period * ((1.0 - b) * (1.0 - b) * oldLoad + (2.0 - b * b) * newLoad) / 2.0;
+    // The load goes over to that of a firing one step after the flow: in the step of the next one it counts once more.
+    const double rest = (pipe.nextFireTime - time) / MS_PER_SECOND + model.options.routingStep;
+    return mass + link.newFlow * link.newQual[p] / G_PER_KG * rest;
+}
+
+void pipe_changeStep(Model& model, double step) {
+    const double ratio = model.options.routingStep / step;
+    for (Pipe& pipe : model.pipes) {
+        pipe.sumVolume *= ratio;
+        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+            pipe.sumMass[p] *= ratio;
+        }
+    }
 }
 
 double pipe_getVolume(const Pipe& pipe) {

@@ -102,8 +102,13 @@ void pipe_route(Model& model, int32_t link, Pipe& pipe, double inflow, const dou
 
 /// What has left the reaches by a time (ms) and isn't delivered yet, and what waits for the next firing: m3; and of a
 /// pollutant, kg.
-[[nodiscard]] double pipe_getWaterUnderWay(const Link& link, const Pipe& pipe, double time);
-[[nodiscard]] double pipe_getMassUnderWay(const Link& link, const Pipe& pipe, double time, int32_t pollutant);
+[[nodiscard]] double pipe_getWaterUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time);
+[[nodiscard]] double pipe_getMassUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time,
+                                          int32_t pollutant);
+
+/// Makes sums over steps of so many seconds what they would be over those of the run: they are told apart by their
+/// number alone.
+void pipe_changeStep(Model& model, double step);
 
 /// Water in the reaches, m3.
 [[nodiscard]] double pipe_getVolume(const Pipe& pipe);

@@ -300,6 +300,9 @@ StateFault state_hotStart(Model& model, const void* bytes, size_t size) {
         StateOrigin origin{};
         const StateFault fault = restore<true>(model, bytes, size, origin);
         if (!fault) {
+            if (origin.routingStep != model.options.routingStep) {
+                pipe_changeStep(model, origin.routingStep);
+            }
             massbal_takeStorage(model, origin.routingStep);
         }
         return fault;

@@ -63,7 +63,8 @@ static void takeLinkWater(Model& model, double delayStep) {
         totals.initStorage += link.isLagged ? link.newFlow * model.options.routingStep : 0.0;
         if (link.kind == PIPE) {
             const Pipe& pipe = model.pipes[link.kindIndex];
-            totals.initStorage += pipe_getVolume(pipe) + pipe_getWaterUnderWay(link, pipe, model.clock.newRoutingTime);
+            totals.initStorage +=
+                pipe_getVolume(pipe) + pipe_getWaterUnderWay(model, link, pipe, model.clock.newRoutingTime);
         }
         if (link.kind == CONDUIT) {
             totals.initStorage += conduit_getVolume(model, model.conduits[link.kindIndex]);
@@ -76,7 +77,7 @@ static void takeLinkWater(Model& model, double delayStep) {
 }
 
 static double getPipeMass(const Model& model, const Link& link, const Pipe& pipe, int32_t p) {
-    double mass = pipe_getMassUnderWay(link, pipe, model.clock.newRoutingTime, p);
+    double mass = pipe_getMassUnderWay(model, link, pipe, model.clock.newRoutingTime, p);
     for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
         mass += pipe.storage[i] * pipe_newSegQual(model, pipe, i)[p] / G_PER_KG;
     }

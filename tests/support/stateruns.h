@@ -10,7 +10,7 @@
 #include "api/run.h"
 #include "model/model.h"
 #include "project/state.h"
-#include "results/rows.h"
+#include "project/statefields.h"
 #include "support/generateall.h"
 #include "support/sanitizer.h"
 #include "support/tempfolder.h"
@@ -22,8 +22,10 @@ struct ModelRun {
     std::string report, results;
     std::unique_ptr<Model> model = std::make_unique<Model>();
 
-    ModelRun(const TempFolder& folder, const std::string& name, const std::string& input = "model.inp")
+    ModelRun(const TempFolder& folder, const std::string& name, const std::string& input = "model.inp",
+             const EngineLibraries& engines = {})
         : report(folder.file(name + ".rpt")), results(folder.file(name + ".bin")) {
+        model->engines = engines;
         model->isSilent = true;
         EXPECT_EQ(run_open(*model, folder.file(input).c_str(), report.c_str(), results.c_str()), 0);
     }
@@ -37,7 +39,9 @@ struct ModelRun {
     bool step(int count = 1) {
         double elapsed = 1.0;
         for (int k = 0; k < count && elapsed > 0.0; ++k) {
-            EXPECT_EQ(run_step(*model, &elapsed), 0);
+            const int32_t code = run_step(*model, &elapsed);
+            EXPECT_EQ(code, 0);
+            elapsed = code ? 0.0 : elapsed;
         }
         return elapsed > 0.0;
     }
