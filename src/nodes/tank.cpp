@@ -168,7 +168,7 @@ static void releaseLevel(Model& model, Tank& tank, const Curve* curve, LevelList
     for (int32_t k = 0; k < count; ++k) {
         const int32_t link = list.links[list.members[k]];
         setOutflow(model, link, list.flows[k] * flow / sum, tank.qual);
-        if (list.kind == ORIFICE) {
+        if (list.kind == ORIFICE && !model.isSilent) {
             // A trace on standard output: the flow of each orifice that runs, at each step.
             std::printf("%f\n", model.links[link].newFlow);
         }
