@@ -48,9 +48,14 @@ bool hasSoil(const Lid& lid) {
            (lid.type == LID_BC || lid.type == LID_RG || lid.type == LID_GR || lid.type == LID_PP);
 }
 
-/// A storage of its own: that of a roof is its mat.
+/// A storage of its own, with an underdrain: that of a roof is its mat.
 bool hasStorage(const Lid& lid) {
-    return lid.type != LID_GR && lid.type != LID_VS;
+    return lid.storageDepth > 0.0 && lid.type != LID_GR && lid.type != LID_VS;
+}
+
+/// Whether water seeps into the ground, also straight out of the soil.
+bool seeps(const Lid& lid) {
+    return lid.type == LID_BC || lid.type == LID_RG || lid.type == LID_IT || lid.type == LID_PP;
 }
 
 // The record of an object of each class.

@@ -180,13 +180,13 @@ static double advanceGage(Model& model, int32_t index, DateTime time) {
 }
 
 /// The rain of the series in place of the host's, and the host's again: the series goes on beneath what is held.
-static void uncoverSeries(Model& model) {
+[[gnu::cold]] static void uncoverSeries(Model& model) {
     for (Gage& gage : model.gages) {
         gage.rain = gage.isHeld ? gage.seriesRain : gage.rain;
     }
 }
 
-static void coverSeries(Model& model) {
+[[gnu::cold]] static void coverSeries(Model& model) {
     for (Gage& gage : model.gages) {
         if (gage.isHeld) {
             gage.seriesRain = gage.rain;

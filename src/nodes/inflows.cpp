@@ -228,11 +228,15 @@ static HostRange takeEntries(const HostInflow*& at, const HostInflow* end, int32
     return {first, at};
 }
 
-/// With requests of the host: a merge of three lists in node order.
-static void applyWithHost(Model& model, DateTime date) {
-    HostRequests& requests = model.requests;
+/// What the host holds is asked for again in each step.
+[[gnu::cold]] static void repeatHeld(HostRequests& requests) {
     requests.inflows.insert(requests.inflows.end(), requests.heldInflows.begin(), requests.heldInflows.end());
     requests.loads.insert(requests.loads.end(), requests.heldLoads.begin(), requests.heldLoads.end());
+}
+
+/// With requests of the host: a merge of three lists in node order.
+[[gnu::cold]] static void applyWithHost(Model& model, DateTime date) {
+    repeatHeld(model.requests);
     sortByNode(model.requests.inflows);
     sortByNode(model.requests.loads);
     const HostInflow* flow = model.requests.inflows.data();
