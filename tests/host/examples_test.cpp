@@ -145,3 +145,35 @@ TEST_F(Interceptor, MissesLessWithoutDecayAsItsTextSays) {
         expectQuoted("both errors fall to ", " %", readQuality("Continuity Error (%)", pollutant));
     }
 }
+
+/// The lines of the first block of a text that is neither indented nor of a language, up to a line of three points.
+static std::string readShown(const char* example) {
+    const std::string text = readFile(fs::path(TARNVELDE_SOURCE_DIR) / "examples" / example / "README.md");
+    const size_t begin = text.find("\n```\n") + 5;
+    return text.substr(begin, std::min(text.find("\n```", begin), text.find("\n  ...", begin)) + 1 - begin);
+}
+
+TEST(LookingAhead, SpillsAsItsTextSays) {
+    TempFolder folder;
+    const std::string model = TARNVELDE_SOURCE_DIR "/examples/host-mpc-c/controller.inp";
+    const ProcessResult result = process_run({TARNVELDE_EXAMPLE_MPC, model, folder.file("report")});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(result.out.starts_with(readShown("host-mpc-c"))) << result.out;
+    const std::string end =
+        "looking ahead           0       1040       1040\n\n398 m3 less than with the best of the fixed "
+        "openings.\n";
+    EXPECT_TRUE(result.out.ends_with(end)) << result.out;
+    const std::string text = readFile(TARNVELDE_SOURCE_DIR "/examples/host-mpc-c/README.md");
+    EXPECT_NE(text.find(end), std::string::npos);
+    EXPECT_NE(readFile(folder.file("report")).find("Flow Routing Continuity"), std::string::npos);
+}
+
+TEST(ManyModels, SpillAsTheirTextSays) {
+    TempFolder folder;
+    const std::string model = TARNVELDE_SOURCE_DIR "/examples/many-models/town.inp";
+    const ProcessResult result = process_run({TARNVELDE_EXAMPLE_SCAN, model, folder.file("report")});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(result.out.starts_with(readShown("many-models"))) << result.out;
+    EXPECT_NE(result.out.find("\n200 runs in "), std::string::npos);
+    EXPECT_NE(readFile(folder.file("report")).find("Flow Routing Continuity"), std::string::npos);
+}
