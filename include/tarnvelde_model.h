@@ -204,7 +204,7 @@ typedef struct tv_variable {
     int32_t isPerPollutant;  /* 1: one value for each pollutant */
     int32_t access;          /* tv_access */
     int32_t when;            /* tv_when: when it may be set */
-    double minimum, maximum; /* of what may be set; minus and plus infinity without a limit */
+    double minimum, maximum; /* of what may be set; infinite without a limit. Where 0 is too little: DBL_MIN */
 } tv_variable;
 
 /* A table of results: what a report period writes for each object of a class or kind. */
@@ -311,9 +311,16 @@ TV_API int32_t tv_findObject(const tv_model* model, int32_t objectClass, const c
 TV_API int32_t tv_getRelation(const tv_model* model, int32_t relation, int32_t index, int32_t* related);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * Variables: docs/variables.md lists them. Values are worked out in the units of the list.
+ * Variables: docs/variables.md lists them. Values are worked out in the units of the list. Parameters are known while a
+ * project is open, all others in a run. Inflow of a node from the next step on, until it is released:
+ *
+ *     int32_t variable, node;
+ *     int32_t code = tv_findVariable(TV_NODE, "added_inflow", &variable);
+ *     if (code == TV_OK) code = tv_findObject(model, TV_NODE, "J1", &node);
+ *     if (code == TV_OK) code = tv_setValue(model, variable, node, TV_NO_POLLUTANT, 0.25);
  *
  * TV_ERROR_VARIABLE, TV_ERROR_INDEX, TV_ERROR_KIND, TV_ERROR_NOT_NOW; setting: TV_ERROR_READ_ONLY, TV_ERROR_RANGE.
+ * Within a kind an object may be of a type that doesn't have the variable: TV_ERROR_KIND too.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* The list of variables, the same for all models. */

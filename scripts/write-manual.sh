@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Writes the tables of the manual that are made from src/results/columns.def, in docs/results.md and docs/host.md.
+# Writes the tables of the manual that are made from lists: from src/results/columns.def in docs/results.md and
+# docs/host.md, from src/api/variables.def in docs/variables.md.
 # scripts/write-manual.sh [BUILD]: the folder of a finished build, build/release without one. A test compares them.
 set -euo pipefail
 build=$(realpath "${1:-$(dirname "$0")/../build/release}")

@@ -9,6 +9,10 @@
 template <class V>
 void rules_walk(V& v, Model& model) {
     ActionList& list = *model.actionList;
-    v.fixed(model.rules, model.actionList, list.chosen, list.place, list.targetCount, list.chosenCount);
+    v.rows("rule", model.rules, [&](V& own, Rule& row) {
+        own.fixed(row.name, row.premises, row.lastPremise, row.thenActions, row.elseActions);
+        own.setting(NAMED(row.priority));
+    });
+    v.fixed(model.actionList, list.chosen, list.place, list.targetCount, list.chosenCount);
     v.setting(NAMED(list.cellCount), FieldSpan{0.0, static_cast<double>(list.targetCount)});
 }

@@ -4,12 +4,14 @@
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
+#include "hydrology/lid.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
 #include "model/arena.h"
 #include "model/fields.h"
 #include "model/model.h"
+#include "model/modelfields.h"
 
 // --- subcatchments -------------------------------------------------------------------------------------------------
 
@@ -77,8 +79,8 @@ void subcatch_walkLoads(V& v, Subcatch& subcatch, const Model& model) {
 
 template <class V>
 void subcatch_walk(V& v, Subcatch& subcatch, const Model& model) {
-    v.fixed(subcatch.name, subcatch.gage, subcatch.outNode, subcatch.initialLoad, subcatch.landShares,
-            subcatch.lidArea);
+    v.fixed(subcatch.name, subcatch.gage, subcatch.outNode, subcatch.initialLoad, subcatch.landShares);
+    v.setting(NAMED(subcatch.lidArea));
     subcatch_walkParameters(v, subcatch);
     subcatch_walkWater(v, subcatch);
     subcatch_walkLoads(v, subcatch, model);
@@ -135,8 +137,11 @@ void lidunit_walkLoads(V& v, LidUnit& unit, const Model& model) {
 
 template <class V>
 void lidunit_walk(V& v, LidUnit& unit, const Model& model) {
-    v.fixed(unit.lid, unit.area, unit.fullWidth, unit.initialSaturation, unit.fromImpervious, unit.drainNode, unit.next,
-            unit.subcatch);
+    v.fixed(unit.lid, unit.drainNode, unit.next, unit.subcatch);
+    v.setting(NAMED(unit.area));
+    v.setting(NAMED(unit.fullWidth));
+    v.setting(NAMED(unit.initialSaturation));
+    v.setting(NAMED(unit.fromImpervious));
     lidunit_walkWater(v, unit);
     lidunit_walkLoads(v, unit, model);
 }
@@ -223,10 +228,63 @@ void gage_walk(V& v, Gage& gage, Model& model) {
 
 template <class V>
 void evap_walk(V& v, EvapRecord& evap) {
-    v.fixed(evap.kind, evap.constant, evap.monthly, evap.isSet);
+    v.fixed(evap.kind, evap.monthly, evap.isSet);
+    v.setting(NAMED(evap.constant));
     v.setting(NAMED(evap.rate));
     v.setting(NAMED(evap.isHeld));
     v.setting(NAMED(evap.heldRate));
+}
+
+// --- definitions ---------------------------------------------------------------------------------------------------
+
+template <class V>
+void lid_walk(V& v, Lid& lid, const Model& model) {
+    v.fixed(lid.name, lid.type, lid.surfaceDecay, lid.pavementDecay, lid.soilDecay, lid.storageDecay, lid.matDecay);
+    v.setting(NAMED(lid.surfaceDepth));
+    v.setting(NAMED(lid.surfaceVoid));
+    v.setting(NAMED(lid.surfaceRoughness));
+    v.setting(NAMED(lid.surfaceSlope));
+    v.setting(NAMED(lid.sideSlope));
+    v.setting(NAMED(lid.surfaceAlpha));
+    v.setting(NAMED(lid.pavementDepth));
+    v.setting(NAMED(lid.pavementVoid));
+    v.setting(NAMED(lid.pavementRate));
+    v.setting(NAMED(lid.soilDepth));
+    v.setting(NAMED(lid.porosity));
+    v.setting(NAMED(lid.fieldCapacity));
+    v.setting(NAMED(lid.wiltingPoint));
+    v.setting(NAMED(lid.soilRate));
+    v.setting(NAMED(lid.soilSlope));
+    v.setting(NAMED(lid.storageDepth));
+    v.setting(NAMED(lid.storageVoid));
+    v.setting(NAMED(lid.storageRate));
+    v.setting(NAMED(lid.drainCoefficient));
+    v.setting(NAMED(lid.drainExponent));
+    v.setting(NAMED(lid.drainOffset));
+    v.setting(NAMED(lid.drainDelay));
+    v.setting(NAMED(lid.matDepth));
+    v.setting(NAMED(lid.matVoid));
+    v.setting(NAMED(lid.matRoughness));
+    v.setting(NAMED(lid.matAlpha));
+    for (Decay* decays : {lid.surfaceDecay, lid.pavementDecay, lid.soilDecay, lid.storageDecay, lid.matDecay}) {
+        decay_walk(v, decays, model);
+    }
+}
+
+template <class V>
+void landuse_walk(V& v, Landuse& landuse, const Model& model) {
+    v.fixed(landuse.name, landuse.buildup, landuse.washoff);
+    for (int32_t p = 0; landuse.buildup && landuse.washoff && p < project_pollutantCount(model); ++p) {
+        BuildupRule& buildup = landuse.buildup[p];
+        WashoffRule& washoff = landuse.washoff[p];
+        v.fixed(washoff.kind, washoff.usesBuildup);
+        v.setting(NAMED(buildup.maxBuildup));
+        v.setting(NAMED(buildup.rateConstant));
+        v.setting(NAMED(washoff.coefficient));
+        v.setting(NAMED(washoff.exponent));
+        v.setting(NAMED(washoff.emc));
+        v.setting(NAMED(washoff.removal));
+    }
 }
 
 // --- the whole folder ----------------------------------------------------------------------------------------------
@@ -236,7 +294,9 @@ template <class V>
 void land_walk(V& v, Model& model) {
     v.rows("subcatchment", model.subcatches, [&](V& own, Subcatch& row) { subcatch_walk(own, row, model); });
     v.rows("LID unit", model.lidUnits, [&](V& own, LidUnit& row) { lidunit_walk(own, row, model); });
-    v.fixed(model.landuses, model.lids, model.lidGroups);
+    v.rows("LID definition", model.lids, [&](V& own, Lid& row) { lid_walk(own, row, model); });
+    v.rows("land use", model.landuses, [&](V& own, Landuse& row) { landuse_walk(own, row, model); });
+    v.fixed(model.lidGroups);
 }
 
 /// What falls on it and is taken from it.

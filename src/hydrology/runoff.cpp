@@ -123,7 +123,8 @@ RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double
 }
 
 /// Part of the step wherever it is compiled: whether it is a call of its own would hang on what else there is.
-[[gnu::always_inline]] static inline void stepQuality(Model& model, int32_t index, const RunoffVolumes& volumes, double dt) {
+[[gnu::always_inline]] static inline void stepQuality(Model& model, int32_t index, const RunoffVolumes& volumes,
+                                                      double dt) {
     Subcatch& subcatch = model.subcatches[index];
     std::fill_n(subcatch.runoffLoad, project_pollutantCount(model), 0.0);
     washoff_washLand(model, subcatch, subcatch.thisRunoff / subcatch.area, dt);

@@ -69,7 +69,9 @@ struct GuidedLinkList {
 template <class V>
 void pipe_walk(V& v, Pipe& pipe, const Model& model) {
     const int64_t pollutants = project_pollutantCount(model);
-    v.fixed(pipe.decay, pipe.hasDecay);
+    v.fixed(pipe.decay);
+    v.setting(NAMED(pipe.hasDecay));
+    decay_walk(v, pipe.decay, model);
     v.action.takeReaches(pipe, model);  // stepLength, reachCount and storage
     v.time(NAMED(pipe.lastFireTime));
     v.time(NAMED(pipe.nextFireTime));
@@ -191,8 +193,13 @@ void connection_walk(V& v, Connection& connection, Model& model) {
 
 template <class V>
 void conduit_walk(V& v, Conduit& conduit, const Model& model) {
-    v.fixed(conduit.length, conduit.slope, conduit.roughness, conduit.curve, conduit.decay, conduit.hasDecay,
-            conduit.areaTable, conduit.transect, conduit.risingTable, conduit.slopeRoot);
+    v.fixed(conduit.curve, conduit.decay, conduit.areaTable, conduit.transect, conduit.risingTable);
+    v.setting(NAMED(conduit.length));
+    v.setting(NAMED(conduit.slope));
+    v.setting(NAMED(conduit.slopeRoot));
+    v.setting(NAMED(conduit.roughness));
+    v.setting(NAMED(conduit.hasDecay));
+    decay_walk(v, conduit.decay, model);
     v.action.takeSection(conduit, model);  // tableShape and fullDepth, by which the tables are made
     v.setting(NAMED(conduit.shape));
     v.setting(NAMED(conduit.height));

@@ -92,6 +92,21 @@ void timeseries_walk(V& v, Series& series) {
     timeseries_walkCursor(v, series.cursor, series);
 }
 
+// --- laws ----------------------------------------------------------------------------------------------------------
+
+/// Decay of each pollutant in one object, which a host may change.
+template <class V>
+void decay_walk(V& v, Decay* decays, const Model& model) {
+    for (int32_t p = 0; decays && p < project_pollutantCount(model); ++p) {
+        Decay& decay = decays[p];
+        v.setting(NAMED(decay.type), FieldSpan{-1.0, FIRST_ORDER});
+        v.setting(NAMED(decay.pattern), FieldSpan{-1.0, model.patterns.size() - 1.0});
+        v.setting(NAMED(decay.k));
+        v.setting(NAMED(decay.exponent));
+        v.setting(NAMED(decay.factor));
+    }
+}
+
 // --- requests of a host --------------------------------------------------------------------------------------------
 
 /// A list of the host's. It is restored into a spare one, which takes its place when all has proved good.

@@ -41,7 +41,9 @@ void outlets_walkLevels(V& v, LevelList& list) {
 template <class V>
 void tank_walk(V& v, Tank& tank, const Model& model) {
     const int64_t pollutants = project_pollutantCount(model);
-    v.fixed(tank.curve, tank.decay, tank.hasDecay, tank.initQual);
+    v.fixed(tank.curve, tank.decay, tank.initQual);
+    v.setting(NAMED(tank.hasDecay));
+    decay_walk(v, tank.decay, model);
     v.setting(NAMED(tank.maxDepth));
     v.setting(NAMED(tank.initDepth));
     v.state(NAMED(tank.oldDepth));
@@ -92,9 +94,16 @@ template <class V>
 void reactor_walk(V& v, Reactor& reactor, Model& model) {
     const int64_t pollutants = project_pollutantCount(model);
     v.fixed(reactor.type, reactor.capacityType, reactor.reactionType, reactor.surpassNode, reactor.emptyingNode,
-            reactor.surfaceLoading, reactor.flowCapacity, reactor.area, reactor.retentionTime, reactor.volume,
-            reactor.initFraction, reactor.reactionCoeff, reactor.reactionPattern, reactor.infilRate, reactor.evapRate,
-            reactor.evapPattern, reactor.initQual, reactor.inletQual);
+            reactor.reactionPattern, reactor.evapPattern, reactor.initQual, reactor.inletQual);
+    v.setting(NAMED(reactor.surfaceLoading));
+    v.setting(NAMED(reactor.flowCapacity));
+    v.setting(NAMED(reactor.area));
+    v.setting(NAMED(reactor.retentionTime));
+    v.setting(NAMED(reactor.volume));
+    v.setting(NAMED(reactor.initFraction));
+    v.setting(NAMED(reactor.reactionCoeff), pollutants);
+    v.setting(NAMED(reactor.infilRate));
+    v.setting(NAMED(reactor.evapRate));
     v.setting(NAMED(reactor.emptyingRate));
     v.setting(NAMED(reactor.useHostRate));
     v.setting(NAMED(reactor.hostRate));

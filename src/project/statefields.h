@@ -33,10 +33,10 @@ void stateorigin_walk(V& v, StateOrigin& origin) {
 template <class V>
 void model_walkFixed(V& v, Model& model) {
     v.fixed(model.files, model.engines, model.error, model.log, model.isSilent, model.isOpen, model.isStarted,
-            model.fingerprint, model.memory, model.description, model.counts, model.names, model.polluts, model.curves,
-            model.patterns, model.outgoingLinks, model.incomingLinks, model.clauseState, model.running, model.sinks,
-            model.sortedNodes, model.visitCount, model.visits, model.outgoingVisits, model.incomingVisits,
-            model.uncountedNodes, model.uncountedLinks);
+            model.fingerprint, model.memory, model.description, model.counts, model.names, model.curves, model.patterns,
+            model.outgoingLinks, model.incomingLinks, model.clauseState, model.running, model.sinks, model.sortedNodes,
+            model.visitCount, model.visits, model.outgoingVisits, model.incomingVisits, model.uncountedNodes,
+            model.uncountedLinks);
 }
 
 template <class V>
@@ -60,6 +60,10 @@ void state_walk(V& v, Model& model, StateOrigin& origin, HostRequests& requests)
     v.part([&] {
         totals_walk(v, model.totals, model);
         options_walk(v, model.options);
+        v.rows("pollutant", model.polluts, [&](V& own, Pollut& row) {
+            own.fixed(row.id);
+            own.setting(NAMED(row.rainConcentration));
+        });
         v.rows("time series", model.timeSeries, [&](V& own, Series& row) { timeseries_walk(own, row); });
         land_walkForcing(v, model);
         requests_walk(v, requests, model);

@@ -1,7 +1,9 @@
 // Saved states, hot starts and clones of the second face.
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -254,4 +256,78 @@ TEST(ModelHotStart, CarriesWaterIntoADayWithDatesOfItsOwn) {
     EXPECT_GT(getBalance(report, "Init. Storage"), 100.0) << report;
     EXPECT_NEAR(getBalance(report, "Continuity Error (%)"), 0.0, 0.1) << report;
     EXPECT_GT(getBalance(report, "External Outflow"), 100.0);
+}
+
+// --- what a host has set -------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Another value that a variable may take; the same if there is none.
+double pickOther(const tv_variable& variable, double value) {
+    const double start = std::isnan(value) ? 0.5 : value;
+    for (const double other : {start * 0.5 + 0.125, start * 0.9, start + 1.0, 1.0, 0.0}) {
+        if (other != value && other > variable.minimum && other < variable.maximum) {
+            return other;
+        }
+    }
+    return value;
+}
+
+/// Sets all that can be set in a run to other values; what was set, by variable, object and pollutant.
+std::vector<std::pair<std::string, double>> setAll(tv_model* model, bool isRead) {
+    std::vector<std::pair<std::string, double>> values;
+    int32_t count = 0;
+    EXPECT_EQ(tv_getVariableCount(&count), TV_OK);
+    for (int32_t v = 0; v < count; ++v) {
+        tv_variable variable{};
+        int32_t objects = 0, pollutants = 0;
+        EXPECT_EQ(tv_getVariable(v, &variable), TV_OK);
+        EXPECT_EQ(tv_getCount(model, variable.objectClass, &objects), TV_OK);
+        EXPECT_EQ(tv_getCount(model, TV_POLLUTANT, &pollutants), TV_OK);
+        if (!(variable.when & TV_WHEN_STARTED)) {
+            continue;
+        }
+        for (int32_t k = 0; k < objects; ++k) {
+            for (int32_t p = variable.isPerPollutant ? 0 : TV_NO_POLLUTANT;
+                 p < (variable.isPerPollutant ? pollutants : 0); ++p) {
+                double value = 0.0;
+                if (tv_getValue(model, v, k, p, &value) != TV_OK) {
+                    continue;
+                }
+                if (!isRead && tv_setValue(model, v, k, p, pickOther(variable, value)) != TV_OK) {
+                    continue;
+                }
+                EXPECT_EQ(tv_getValue(model, v, k, p, &value), TV_OK);
+                values.emplace_back(std::string(variable.name) + " of class " + std::to_string(variable.objectClass) +
+                                        ", object " + std::to_string(k) + ", pollutant " + std::to_string(p),
+                                    value);
+            }
+        }
+    }
+    return values;
+}
+
+}  // namespace
+
+TEST(ModelState, HoldsAllThatAHostHasSet) {
+    AllKinds project;
+    TvModel model, other;
+    for (tv_model* m : {model.handle, other.handle}) {
+        ASSERT_EQ(tv_open(m, project.input.c_str(), nullptr), TV_OK);
+        ASSERT_EQ(tv_start(m, nullptr, nullptr), TV_OK);
+        step(m, 3);
+    }
+    setAll(model, false);
+    const auto expected = setAll(model, true);
+    ASSERT_GT(expected.size(), 30u);
+    const State state = save(model);
+    setAll(model, false);
+    for (tv_model* m : {model.handle, other.handle}) {
+        ASSERT_EQ(tv_restoreState(m, state.data(), state.size()), TV_OK);
+        const auto restored = setAll(m, true);
+        ASSERT_EQ(restored.size(), expected.size());
+        for (size_t k = 0; k < restored.size(); ++k) {
+            EXPECT_THAT(restored[k].second, testing::NanSensitiveDoubleEq(expected[k].second)) << restored[k].first;
+        }
+    }
 }

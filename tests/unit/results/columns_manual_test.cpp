@@ -1,14 +1,11 @@
-// The tables of the manual that are made from the list of columns. With TARNVELDE_WRITE_MANUAL in the environment, as
-// scripts/write-manual.sh sets it, they are written and not compared.
+// The tables of the manual that are made from the list of columns.
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <fstream>
 #include <string>
 #include <vector>
 
-#include "support/tempfolder.h"
+#include "support/manual.h"
 
 namespace {
 
@@ -119,32 +116,12 @@ std::string makeCodes() {
     return text;
 }
 
-constexpr const char* BEGIN = "<!-- from the list of columns: scripts/write-manual.sh -->\n";
-constexpr const char* END = "<!-- end of the list -->\n";
-
-/// Compares what stands between the marks of a chapter with what should, or puts it there.
-void checkChapter(const std::string& chapter, const std::string& tables) {
-    const std::string file = std::string(TARNVELDE_SOURCE_DIR) + "/docs/" + chapter;
-    std::string text = readFile(file);
-    const size_t begin = text.find(BEGIN);
-    const size_t end = text.find(END);
-    ASSERT_NE(begin, std::string::npos) << chapter;
-    ASSERT_NE(end, std::string::npos) << chapter;
-    const size_t from = begin + std::string(BEGIN).size();
-    if (std::getenv("TARNVELDE_WRITE_MANUAL")) {
-        std::ofstream(file, std::ios::binary) << text.replace(from, end - from, '\n' + tables + '\n');
-        return;
-    }
-    EXPECT_EQ(text.substr(from, end - from), '\n' + tables + '\n')
-        << chapter << " isn't up to date: run scripts/write-manual.sh";
-}
-
 }  // namespace
 
 TEST(Manual, HoldsTheColumnsOfResults) {
-    checkChapter("results.md", makeColumns());
+    manual_check("results.md", "the list of columns", makeColumns());
 }
 
 TEST(Manual, HoldsTheCodesOfResults) {
-    checkChapter("host.md", makeCodes());
+    manual_check("host.md", "the list of columns", makeCodes());
 }
