@@ -1,11 +1,11 @@
 /* Tarnvelde: simulation of urban drainage and water quality.
  *
- * The public face of libtarnvelde: 47 functions, plain C, usable from C and C++. Nothing else is visible.
+ * The first public face of libtarnvelde: 47 functions, plain C, usable from C and C++. tarnvelde_model.h is the second
+ * one: models as objects, as many as wanted, with messages, variables and saved states.
  *
- * One project per process. All state is process-wide and nothing is locked: call everything from one thread, and run
- * two simulations at the same time in two processes. The library calls nothing back, never exits, installs no handler
- * and changes neither the current folder nor the locale. It prints progress lines on standard output (see each
- * function).
+ * One project at a time. These functions name no model: they work on one of the process, and nothing is locked, so call
+ * all of them from one thread. The library calls nothing back, never exits, installs no handler and changes neither the
+ * current folder nor the locale. It prints progress lines on standard output (see each function).
  *
  * A whole run in one call:
  *

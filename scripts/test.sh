@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Everything that must pass before a change lands: both builds with all tests, the examples as a newcomer starts them,
-# the same results from both builds, half a minute of fuzzing, the formatter and the linter. Starts from a bare Debian 12.
+# Everything that must pass before a change lands: both builds with all tests, models in threads, the examples as a
+# newcomer starts them, the same results from both builds, half a minute of fuzzing, the formatter and the linter. Starts
+# from a bare Debian 12.
 # The last line counts the tests of both builds.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -107,6 +108,9 @@ if stage "Build release with gcc" build release; then
     stage "Examples" run_examples
 fi
 stage "Platform sources for Windows" scripts/check-windows.sh
+if stage "Build with clang and the thread sanitizer" build threads; then
+    stage "Many models in threads" run_tests threads
+fi
 if stage "Build with clang and the sanitizers" build sanitize; then
     stage "Tests with the sanitizers" run_tests sanitize
     stage "The same bits from both builds" compare_builds

@@ -212,7 +212,7 @@ int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
         case 1: weir.hostHeight = value; break;
         default: break;  // stores nothing, and yet switches the weir over to the host's values
     }
-    weir.useHostParams = true;
+    weir.useHostCoefficient = weir.useHostHeight = true;
     return SUCCESS;
 }
 

@@ -46,3 +46,9 @@ int32_t modelhandle_tellError(tv_model* handle, size_t messageCount) {
     }
     return code;
 }
+
+void modelhandle_updatePhase(tv_model* handle) {
+    const Model& model = *handle->model;
+    const bool hasMore = model.error.code == ERR_NONE && model.options.totalDuration > model.clock.newRoutingTime;
+    handle->phase = hasMore ? TV_STARTED : TV_FINISHED;
+}

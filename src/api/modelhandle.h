@@ -29,7 +29,6 @@ struct tv_model {
     int32_t phase = TV_CLOSED;  ///< tv_phase
     int32_t work = WORK_NONE;   ///< HandleWork
     bool keepsRows = false;
-    bool isAtStart = false;  ///< of a run, before its first step
 
     // Where the project came from, for a clone.
     bool isFromText = false;
@@ -98,3 +97,6 @@ int32_t modelhandle_tellError(tv_model* handle, size_t messageCount);
 
 /// Hands a message to the host; the owner is the handle.
 void modelhandle_hear(void* owner, const Message& message);
+
+/// Puts the handle into the phase of its run.
+void modelhandle_updatePhase(tv_model* handle);

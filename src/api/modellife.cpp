@@ -150,10 +150,6 @@ int32_t tv_openText(tv_model* handle, const char* text, size_t length, const cha
 
 // --- run -----------------------------------------------------------------------------------------------------------
 
-static bool isAtEnd(const Model& model) {
-    return model.error.code != ERR_NONE || !(model.options.totalDuration > model.clock.newRoutingTime);
-}
-
 int32_t tv_start(tv_model* handle, const char* results, const char* database) {
     return modelhandle_move(handle, NEED_IDLE, [&]() -> int32_t {
         Model& model = *handle->model;
@@ -166,8 +162,7 @@ int32_t tv_start(tv_model* handle, const char* results, const char* database) {
         run_start(model, sinks);
         const int32_t code = modelhandle_tellError(handle, messageCount);
         if (code == TV_OK) {
-            handle->isAtStart = true;
-            handle->phase = isAtEnd(model) ? TV_FINISHED : TV_STARTED;
+            modelhandle_updatePhase(handle);
         } else {
             run_end(model);
             results_close(model);
@@ -181,10 +176,7 @@ static bool step(tv_model* handle) {
     Model& model = *handle->model;
     const int32_t period = model.results->period;
     run_step(model, nullptr);
-    handle->isAtStart = false;
-    if (isAtEnd(model)) {
-        handle->phase = TV_FINISHED;
-    }
+    modelhandle_updatePhase(handle);
     if (!handle->listener || model.results->period == period) {
         return false;
     }

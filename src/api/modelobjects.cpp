@@ -7,7 +7,7 @@
 #include "hydrology/gage.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
-#include "hydrology/lidgroup.h"
+#include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
 #include "model/curve.h"
 #include "model/pattern.h"
@@ -186,17 +186,6 @@ static int32_t getRelationKind(int32_t relation) {
     }
 }
 
-static int32_t findSubcatchment(const Model& model, int32_t unit) {
-    for (int32_t k = 0; k < model.lidGroups.size(); ++k) {
-        for (int32_t at = model.lidGroups[k].firstUnit; at >= 0; at = model.lidUnits[at].next) {
-            if (at == unit) {
-                return k;
-            }
-        }
-    }
-    return -1;
-}
-
 static int32_t getRelated(const Model& model, int32_t relation, int32_t index) {
     const int32_t row = getRelationClass(relation) == TV_NODE ? model.nodes[index].kindIndex : -1;
     switch (relation) {
@@ -205,7 +194,7 @@ static int32_t getRelated(const Model& model, int32_t relation, int32_t index) {
         case TV_SUBCATCHMENT_OUTLET: return model.subcatches[index].outNode;
         case TV_SUBCATCHMENT_GAGE: return model.subcatches[index].gage;
         case TV_GAGE_SERIES: return model.gages[index].series;
-        case TV_UNIT_SUBCATCHMENT: return findSubcatchment(model, index);
+        case TV_UNIT_SUBCATCHMENT: return model.lidUnits[index].subcatch;
         case TV_UNIT_LID: return model.lidUnits[index].lid;
         case TV_UNIT_DRAIN: return model.lidUnits[index].drainNode;
         case TV_REACTOR_SURPASS: return model.reactors[row].surpassNode;

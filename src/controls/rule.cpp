@@ -241,7 +241,7 @@ static int32_t applyChosen(Model& model) {
     return changes;
 }
 
-static void emptyCells(Model& model) {
+void rule_forgetChoice(Model& model) {
     for (int32_t k = 0; k < model.actionList->chosenCount; ++k) {
         model.actionList->place[model.actionList->chosen[k]->target] = -1;
     }
@@ -253,7 +253,7 @@ int32_t rule_evaluate(Model& model) {
     if (model.rules.empty() || !model.actionList->chosen) {
         return 0;
     }
-    emptyCells(model);
+    rule_forgetChoice(model);
     for (const Rule& rule : model.rules) {
         for (Action* action = isFulfilled(model, rule) ? rule.thenActions : rule.elseActions; action;
              action = action->next) {

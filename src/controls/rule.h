@@ -120,6 +120,9 @@ void rule_openRun(Model& model);
 /// Evaluates all rules on the state of the step before, and applies the actions that win. The number of changes.
 int32_t rule_evaluate(Model& model);
 
+/// Forgets which actions the last evaluation chose, as the next one does first. Nothing but their cells outlives it.
+void rule_forgetChoice(Model& model);
+
 /// Whether a premise holds.
 [[nodiscard]] bool rule_testPremise(Model& model, const Premise& premise);
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "coupling/entries.h"
 #include "coupling/guid.h"
 #include "model/arena.h"
 #include "model/errors.h"
@@ -81,11 +82,32 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.library) {
         library_release(outside.library);
         outside.library = nullptr;
+        outside.stateCalls = OutsideStateCalls{};
     }
     if (!outside.libraryCopy.empty()) {
         files_delete(outside.libraryCopy.c_str());
         outside.libraryCopy.clear();
     }
+}
+
+void outside_findStateCalls(OutsideNode& outside, const char* save, const char* restore) {
+    OutsideStateCalls calls{};
+    const bool hasBoth =
+        entries_find(outside.library, save, calls.save) && entries_find(outside.library, restore, calls.restore);
+    outside.stateCalls = hasBoth ? calls : OutsideStateCalls{};
+}
+
+int32_t outside_getStateSize(const OutsideNode& outside) {
+    const int size = outside.stateCalls.save ? outside.stateCalls.save(nullptr, 0) : 0;
+    return size > 0 ? size : 0;
+}
+
+bool outside_saveState(const OutsideNode& outside, void* buffer, int32_t size) {
+    return size > 0 && outside.stateCalls.save(buffer, size) == size;
+}
+
+bool outside_restoreState(const OutsideNode& outside, const void* bytes, int32_t size) {
+    return outside.stateCalls.restore && outside.stateCalls.restore(bytes, size) == 0;
 }
 
 bool outside_findModel(const Model& model, const OutsideNode& outside, std::string& path) {
@@ -118,10 +140,10 @@ int32_t outside_addRecord(Model& model, const Tokens& tokens, CoupledList& list,
 }
 
 /// False without memory.
-static bool openRecords(Model& model, CoupledList& list, int32_t count) {
+static bool openRecords(Arena& arena, CoupledList& list, int32_t count) {
     list.byIndex.clear();
     for (CoupledFlow* record = list.head; record; record = record->next) {
-        double* arrays = arena_allocateArray<double>(model.memory.run, 3 * static_cast<int64_t>(count));
+        double* arrays = arena_allocateArray<double>(arena, 3 * static_cast<int64_t>(count));
         if (!arrays) {
             return false;
         }
@@ -163,7 +185,7 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
     }
 }
 
-double* outside_getLoads(const Model& model, const OutsideNode& outside) {
+double* outside_getLoads(const Model& model, OutsideNode& outside) {
     std::fill_n(outside.scratch, project_pollutantCount(model), 0.0);
     return outside.scratch;
 }
@@ -218,9 +240,11 @@ void outside_validateOutflow(Model& model, const CoupledFlow& outflow, const cha
 }
 
 void outside_initState(Model& model, OutsideNode& outside, int32_t inflowCount) {
-    const bool isDone = openRecords(model, outside.inflows, inflowCount) &&
-                        openRecords(model, outside.outflows, project_pollutantCount(model));
-    outside.scratch = arena_allocateArray<double>(model.memory.run, project_pollutantCount(model));
+    Arena& arena = model.memory.run;
+    const int32_t pollutants = project_pollutantCount(model);
+    const bool isDone =
+        openRecords(arena, outside.inflows, inflowCount) && openRecords(arena, outside.outflows, pollutants);
+    outside.scratch = arena_allocateArray<double>(arena, pollutants);
     if (!isDone || !outside.scratch) {
         errors_report(model, ERR_MEMORY, "");
     }

@@ -56,6 +56,12 @@ struct OutsideTotals {
     double QualTotalsRecord::*outflowMass;  ///< kg
 };
 
+/// What an engine may offer besides: its state as bytes. Both or none; null without.
+struct OutsideStateCalls {
+    int (*save)(void* buffer, int size);          ///< gives the bytes needed, below 0 if it can't; fills what is enough
+    int (*restore)(const void* bytes, int size);  ///< 0 is success; otherwise nothing has changed
+};
+
 /// The part that SWMM nodes and treatment-plant nodes share.
 struct OutsideNode {
     const char* inpFile;   ///< path as given; from the validation on the full path that the engine reads
@@ -66,6 +72,7 @@ struct OutsideNode {
     CoupledList outflows;  ///< what the model gives to the network
     double* scratch;       ///< one number per pollutant: loads, kg/s, or concentrations, mg/L; lives as long as the run
     LibraryHandle library;
+    OutsideStateCalls stateCalls;
     bool isOpen;              ///< the engine was asked to open the model, well or not, and is to close it
     bool isStarted;           ///< the engine was asked to start, well or not, and is to end
     std::string libraryCopy;  ///< path of the private copy; empty while there is none
@@ -144,11 +151,20 @@ void outside_advance(const Model& model, OutsideNode& outside, const OutsideCall
     } while (elapsed != 0.0 && outside.newTime <= model.clock.newRoutingTime);
 }
 
+/// Looks for the functions of an engine that save and restore its state.
+void outside_findStateCalls(OutsideNode& outside, const char* save, const char* restore);
+
+/// The bytes of the state of an engine, 0 if it can't be saved; the state itself, false if it isn't of that size any
+/// more; and the way back, false if the engine refuses.
+[[nodiscard]] int32_t outside_getStateSize(const OutsideNode& outside);
+bool outside_saveState(const OutsideNode& outside, void* buffer, int32_t size);
+[[nodiscard]] bool outside_restoreState(const OutsideNode& outside, const void* bytes, int32_t size);
+
 /// The records of an index; none before the start of a run.
 [[nodiscard]] CoupledRange outside_findRecords(const CoupledList& list, int32_t index);
 
 /// The room for one number per pollutant, emptied: for the loads of one link, kg/s.
-[[nodiscard]] double* outside_getLoads(const Model& model, const OutsideNode& outside);
+[[nodiscard]] double* outside_getLoads(const Model& model, OutsideNode& outside);
 
 /// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.
 void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads);

@@ -1,7 +1,7 @@
 // SWMM nodes. The routing step brings the engine up to the routing clock, as often as the engine's own step asks for:
 //
-//     behind --(newTime <= NewRoutingTime)--> requests, inflows, settings, engine step, outflows --> behind or ahead
-//     ahead  --(newTime >  NewRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
+//     behind --(newTime <= newRoutingTime)--> requests, inflows, settings, engine step, outflows --> behind or ahead
+//     ahead  --(newTime >  newRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
 //
 // Water and load of the network go in as external inflows, interpolated at the engine's clock; what comes out goes into
 // the links that the records name. Once the engine's run is over it reports an elapsed time of 0, and is asked again in
@@ -35,10 +35,6 @@ static constexpr int TOTAL_INFLOW = 4;
 static constexpr int FIRST_POLLUTANT = 6;
 static constexpr int SI_UNITS = 1;
 
-static SwmmNode& getSwmm(Model& model, int32_t row) {
-    return model.swmmNodes[row];
-}
-
 static int32_t getRow(const Model& model, int32_t node) {
     return model.nodes[node].kindIndex;
 }
@@ -60,13 +56,14 @@ static OutsideCalls getCalls(const SwmmEntries& entries) {
 }
 
 void swmm_loadLibrary(Model& model, int32_t row) {
-    SwmmNode& swmm = getSwmm(model, row);
+    SwmmNode& swmm = model.swmmNodes[row];
     outside_loadLibrary(model, swmm.outside, Kind, model.engines.swmmLibrary, model.engines.swmmFolder);
     findEntries(swmm);
+    outside_findStateCalls(swmm.outside, "swmm_saveState", "swmm_restoreState");
 }
 
 void swmm_closeNode(Model& model, int32_t row) {
-    SwmmNode& swmm = getSwmm(model, row);
+    SwmmNode& swmm = model.swmmNodes[row];
     outside_close(swmm.outside, getCalls(swmm.entries));
     swmm.entries = SwmmEntries{};
 }
@@ -82,7 +79,7 @@ static int32_t readRecord(Model& model, const Tokens& tokens, int32_t row, bool 
     if (index < 0) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
     }
-    OutsideNode& outside = getSwmm(model, row).outside;
+    OutsideNode& outside = model.swmmNodes[row].outside;
     return outside_addRecord(model, tokens, isInflow ? outside.inflows : outside.outflows, index, -1);
 }
 
@@ -93,7 +90,7 @@ int32_t swmm_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
     switch (tokens_findKeyword(tokens[0], SwmmRecordWords)) {
         case 0: return readRecord(model, tokens, row, true);
         case 1: return readRecord(model, tokens, row, false);
-        default: return outside_readDefinition(model, tokens, getSwmm(model, row).outside, node, SWMM, row);
+        default: return outside_readDefinition(model, tokens, model.swmmNodes[row].outside, node, SWMM, row);
     }
 }
 
@@ -102,7 +99,7 @@ int32_t swmm_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
 /// Fills the three paths of the model, the extensions of which are fixed. False, after its message, if there is no such
 /// file or another node has it.
 static bool setPaths(Model& model, int32_t row, const char* id) {
-    SwmmNode& swmm = getSwmm(model, row);
+    SwmmNode& swmm = model.swmmNodes[row];
     std::string path;
     if (!outside_findModel(model, swmm.outside, path)) {
         errors_report(model, ERR_SWMM_INPUT_MISSING, id);
@@ -110,7 +107,7 @@ static bool setPaths(Model& model, int32_t row, const char* id) {
     }
     const std::string inpFile = path + ".inp";
     for (int32_t other = 0; other < row; ++other) {
-        if (inpFile == getSwmm(model, other).outside.inpFile) {
+        if (inpFile == model.swmmNodes[other].outside.inpFile) {
             errors_report(model, ERR_SWMM_INPUT_DUPLICATE, id);
             return false;
         }
@@ -151,7 +148,7 @@ static void validatePollutants(Model& model, const SwmmNode& swmm) {
 
 void swmm_validate(Model& model, int32_t node) {
     const char* id = model.nodes[node].id;
-    SwmmNode& swmm = getSwmm(model, getRow(model, node));
+    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
     if (!setPaths(model, getRow(model, node), id)) {
         return;
     }
@@ -170,27 +167,27 @@ void swmm_validate(Model& model, int32_t node) {
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
 void swmm_initState(Model& model, int32_t node) {
-    outside_initState(model, getSwmm(model, getRow(model, node)).outside, project_pollutantCount(model));
+    outside_initState(model, model.swmmNodes[getRow(model, node)].outside, project_pollutantCount(model));
 }
 
 bool swmm_startNode(Model& model, int32_t node) {
-    SwmmNode& swmm = getSwmm(model, getRow(model, node));
+    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
     return outside_start(model, swmm.outside, getCalls(swmm.entries), Kind, model.nodes[node].id);
 }
 
 void swmm_endNode(Model& model, int32_t node) {
-    SwmmNode& swmm = getSwmm(model, getRow(model, node));
+    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
     outside_end(swmm.outside, getCalls(swmm.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
 
 void swmm_shiftInflows(Model& model, int32_t row) {
-    outside_rollRecords(getSwmm(model, row).outside.inflows, project_pollutantCount(model));
+    outside_rollRecords(model.swmmNodes[row].outside.inflows, project_pollutantCount(model));
 }
 
 void swmm_takeInflow(Model& model, int32_t row, int32_t link, double flow, const double* loads) {
-    const CoupledRange records = outside_findRecords(getSwmm(model, row).outside.inflows, link);
+    const CoupledRange records = outside_findRecords(model.swmmNodes[row].outside.inflows, link);
     if (records.begin() == records.end()) {
         return;  // no record: the water is lost here
     }
@@ -204,7 +201,7 @@ void swmm_takeInflow(Model& model, int32_t row, int32_t link, double flow, const
 
 void swmm_takeRunoff(Model& model, int32_t row, int32_t subcatch, double flow) {
     // Only numbers are compared, so a record made for the link of this number takes the runoff as well.
-    const CoupledRange records = outside_findRecords(getSwmm(model, row).outside.inflows, subcatch);
+    const CoupledRange records = outside_findRecords(model.swmmNodes[row].outside.inflows, subcatch);
     if (records.begin() != records.end()) {
         (*records.begin())->newFlow = flow;
     }
@@ -268,7 +265,7 @@ static void takeOutflows(const Model& model, const SwmmNode& swmm) {
 }
 
 void swmm_advance(Model& model, int32_t node) {
-    SwmmNode& swmm = getSwmm(model, getRow(model, node));
+    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
     const auto give = [&] {
         passRequests(model, node, swmm.entries);
         passInflows(model, swmm);
@@ -283,21 +280,25 @@ void swmm_advance(Model& model, int32_t node) {
 
 // --- for other rooms -----------------------------------------------------------------------------------------------
 
-void swmm_addFlows(Model& model, int32_t row, float& inflow, float& outflow) {
-    const OutsideNode& outside = getSwmm(model, row).outside;
+template <class Sum>
+void swmm_addFlows(const Model& model, int32_t row, Sum& inflow, Sum& outflow) {
+    const OutsideNode& outside = model.swmmNodes[row].outside;
     const double g = outside_getWeight(outside.newTime, model.clock.oldRoutingTime, model.clock.newRoutingTime);
     for (const CoupledFlow* record = outside.inflows.head; record; record = record->next) {
-        inflow += static_cast<float>((1.0 - g) * record->oldFlow + g * record->newFlow);
+        inflow += static_cast<Sum>((1.0 - g) * record->oldFlow + g * record->newFlow);
     }
     for (const CoupledFlow* record = outside.outflows.head; record; record = record->next) {
-        outflow += static_cast<float>(record->newFlow);
+        outflow += static_cast<Sum>(record->newFlow);
     }
 }
 
+template void swmm_addFlows(const Model& model, int32_t row, float& inflow, float& outflow);
+template void swmm_addFlows(const Model& model, int32_t row, double& inflow, double& outflow);
+
 int32_t swmm_isLink(Model& model, int32_t row, const char* link) {
-    return getSwmm(model, row).entries.swmm_isLink(link);
+    return model.swmmNodes[row].entries.swmm_isLink(link);
 }
 
 void swmm_setSetting(Model& model, int32_t row, const char* link, double setting, double stepLength) {
-    getSwmm(model, row).entries.swmm_setSetting(link, setting, stepLength);
+    model.swmmNodes[row].entries.swmm_setSetting(link, setting, stepLength);
 }

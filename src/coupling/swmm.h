@@ -13,8 +13,6 @@
 struct SwmmEntries {
 #define SWMM_ENTRY(name, result, arguments, standIn) result(*name) arguments = StandIn<result arguments, standIn>::call;
 #include "coupling/swmmentries.def"
-
-    struct Model;
 #undef SWMM_ENTRY
 };
 
@@ -65,8 +63,10 @@ void swmm_takeRunoff(Model& model, int32_t row, int32_t subcatch, double flow);
 /// Brings the engine up to the routing clock.
 void swmm_advance(Model& model, int32_t node);
 
-/// Flows at the moment, m3/s, added to sums in single: into the models at the engine's clock, and out of them.
-void swmm_addFlows(Model& model, int32_t row, float& inflow, float& outflow);
+/// Flows at the moment, m3/s, added to sums in single or in double: into the models at the engine's clock, and out of
+/// them.
+template <class Sum>
+void swmm_addFlows(const Model& model, int32_t row, Sum& inflow, Sum& outflow);
 
 /// Index of a link inside the model of a row, negative if there is none.
 [[nodiscard]] int32_t swmm_isLink(Model& model, int32_t row, const char* link);

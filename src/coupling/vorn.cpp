@@ -1,7 +1,7 @@
 // Treatment-plant nodes, built like SWMM nodes and stepped in the same way:
 //
-//     behind --(newTime <= NewRoutingTime)--> influents, engine step, effluents --> behind or ahead
-//     ahead  --(newTime >  NewRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
+//     behind --(newTime <= newRoutingTime)--> influents, engine step, effluents --> behind or ahead
+//     ahead  --(newTime >  newRoutingTime)--> nothing is asked of the engine until the routing clock has passed it
 //
 // What differs: the plant speaks of units and of quantities of its own, and converters stand between those and the
 // pollutants of the network.
@@ -28,10 +28,6 @@ static constexpr int EFFLUENT_UNIT = 1;
 static constexpr int UNSTEADY_SOLUTION = 1;
 static constexpr int FLOW_INDEX = 0;  ///< constituents and components follow from 1 on
 
-static VornNode& getVorn(Model& model, int32_t row) {
-    return model.vornNodes[row];
-}
-
 static int32_t getRow(const Model& model, int32_t node) {
     return model.nodes[node].kindIndex;
 }
@@ -53,13 +49,14 @@ static OutsideCalls getCalls(const VornEntries& entries) {
 }
 
 void vorn_loadLibrary(Model& model, int32_t row) {
-    VornNode& vorn = getVorn(model, row);
+    VornNode& vorn = model.vornNodes[row];
     outside_loadLibrary(model, vorn.outside, Kind, model.engines.vornLibrary, model.engines.vornFolder);
     findEntries(vorn);
+    outside_findStateCalls(vorn.outside, "vorn_saveState", "vorn_restoreState");
 }
 
 void vorn_closeNode(Model& model, int32_t row) {
-    VornNode& vorn = getVorn(model, row);
+    VornNode& vorn = model.vornNodes[row];
     outside_close(vorn.outside, getCalls(vorn.entries));
     vorn.entries = VornEntries{};
 }
@@ -75,7 +72,7 @@ static int32_t readRecord(Model& model, const Tokens& tokens, int32_t row, bool 
     if (converter < 0) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[3]);
     }
-    OutsideNode& outside = getVorn(model, row).outside;
+    OutsideNode& outside = model.vornNodes[row].outside;
     return outside_addRecord(model, tokens, isInflow ? outside.inflows : outside.outflows, link, converter);
 }
 
@@ -84,7 +81,7 @@ int32_t vorn_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
     if (tokens.count < (word < 0 ? 3 : 4)) {
         return errors_setName(model, ERR_ITEMS, "");
     }
-    return word < 0 ? outside_readDefinition(model, tokens, getVorn(model, row).outside, node, VORN, row)
+    return word < 0 ? outside_readDefinition(model, tokens, model.vornNodes[row].outside, node, VORN, row)
                     : readRecord(model, tokens, row, word == 0);
 }
 
@@ -93,7 +90,7 @@ int32_t vorn_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
 /// Fills the path of the model, whose extension is fixed. False, after its message, if there is no such file or another
 /// node has it. A missing file is told by the message of SWMM nodes.
 static bool setPath(Model& model, int32_t row, const char* id) {
-    OutsideNode& outside = getVorn(model, row).outside;
+    OutsideNode& outside = model.vornNodes[row].outside;
     std::string path;
     if (!outside_findModel(model, outside, path)) {
         errors_report(model, ERR_SWMM_INPUT_MISSING, id);
@@ -101,7 +98,7 @@ static bool setPath(Model& model, int32_t row, const char* id) {
     }
     path += ".sti";
     for (int32_t other = 0; other < row; ++other) {
-        if (path == getVorn(model, other).outside.inpFile) {
+        if (path == model.vornNodes[other].outside.inpFile) {
             errors_report(model, ERR_VORN_INPUT_DUPLICATE, id);
             return false;
         }
@@ -131,7 +128,7 @@ static void validateRecords(Model& model, const VornNode& vorn, const char* id) 
 
 void vorn_validate(Model& model, int32_t node) {
     const char* id = model.nodes[node].id;
-    VornNode& vorn = getVorn(model, getRow(model, node));
+    VornNode& vorn = model.vornNodes[getRow(model, node)];
     if (!setPath(model, getRow(model, node), id)) {
         return;
     }
@@ -149,28 +146,28 @@ void vorn_validate(Model& model, int32_t node) {
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
 void vorn_initState(Model& model, int32_t node) {
-    outside_initState(model, getVorn(model, getRow(model, node)).outside, CONSTITUENT_COUNT);
+    outside_initState(model, model.vornNodes[getRow(model, node)].outside, CONSTITUENT_COUNT);
 }
 
 bool vorn_startNode(Model& model, int32_t node) {
-    VornNode& vorn = getVorn(model, getRow(model, node));
+    VornNode& vorn = model.vornNodes[getRow(model, node)];
     return outside_start(model, vorn.outside, getCalls(vorn.entries), Kind, model.nodes[node].id);
 }
 
 void vorn_endNode(Model& model, int32_t node) {
-    VornNode& vorn = getVorn(model, getRow(model, node));
+    VornNode& vorn = model.vornNodes[getRow(model, node)];
     outside_end(vorn.outside, getCalls(vorn.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
 
 void vorn_shiftInflows(Model& model, int32_t row) {
-    outside_rollRecords(getVorn(model, row).outside.inflows, CONSTITUENT_COUNT);
+    outside_rollRecords(model.vornNodes[row].outside.inflows, CONSTITUENT_COUNT);
 }
 
 void vorn_takeInflow(Model& model, int32_t row, int32_t link, double flow, const double* loads) {
     // Every record of the link takes the whole flow, so two of them double it, in the plant and in the totals.
-    for (CoupledFlow* record : outside_findRecords(getVorn(model, row).outside.inflows, link)) {
+    for (CoupledFlow* record : outside_findRecords(model.vornNodes[row].outside.inflows, link)) {
         record->newFlow += flow;
         outside_countDelivery(model, VORN_TOTALS, flow, loads);
         converter_applyInfluent(model, record->converter, flow, loads, record->newLoad);
@@ -222,7 +219,7 @@ static void takeEffluents(const Model& model, const VornNode& vorn) {
 }
 
 void vorn_advance(Model& model, int32_t node) {
-    VornNode& vorn = getVorn(model, getRow(model, node));
+    VornNode& vorn = model.vornNodes[getRow(model, node)];
     outside_advance(
         model, vorn.outside, getCalls(vorn.entries), [&] { passInfluents(model, vorn); },
         [&] { takeEffluents(model, vorn); });

@@ -13,8 +13,6 @@
 struct VornEntries {
 #define VORN_ENTRY(name, result, arguments, standIn) result(*name) arguments = StandIn<result arguments, standIn>::call;
 #include "coupling/vornentries.def"
-
-    struct Model;
 #undef VORN_ENTRY
 };
 

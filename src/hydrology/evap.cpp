@@ -45,5 +45,5 @@ void evap_setRate(Model& model, DateTime date) {
     if (model.evap->kind != EVAP_CONSTANT) {
         rate = model.evap->monthly[datetime_decodeDate(date).month - 1];
     }
-    model.evap->rate = rate / MM_PER_DAY;
+    model.evap->rate = model.evap->isHeld ? model.evap->heldRate : rate / MM_PER_DAY;
 }

@@ -16,6 +16,8 @@ struct EvapRecord {
     double monthly[12];  ///< mm/day, January first
     bool isSet;          ///< a line was read
     double rate;         ///< m/s, of the runoff step
+    bool isHeld;         ///< the host holds the rate
+    double heldRate;     ///< m/s
 };
 
 /// A line of [EVAPORATION]. An error index, or 0.

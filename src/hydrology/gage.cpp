@@ -134,6 +134,7 @@ void gage_initRain(Model& model, int32_t index) {
     Gage& gage = getGage(model, index);
     gage.startDate = gage.endDate = gage.nextDate = NO_DATE;
     gage.rain = gage.nextRain = gage.reportRain = 0.0;
+    gage.isHeld = false;
     if (gage.series < 0) {
         return;
     }
@@ -178,17 +179,61 @@ static double advanceGage(Model& model, int32_t index, DateTime time) {
     return 0.0;
 }
 
+/// The rain of the series in place of the host's, and the host's again: the series goes on beneath what is held.
+[[gnu::cold]] static void uncoverSeries(Model& model) {
+    for (Gage& gage : model.gages) {
+        gage.rain = gage.isHeld ? gage.seriesRain : gage.rain;
+    }
+}
+
+[[gnu::cold]] static void coverSeries(Model& model) {
+    for (Gage& gage : model.gages) {
+        if (gage.isHeld) {
+            gage.seriesRain = gage.rain;
+            gage.rain = gage.heldRain;
+        }
+    }
+}
+
+void gage_hold(Model& model, int32_t index, double rain) {
+    Gage& gage = getGage(model, index);
+    if (!gage.isHeld) {
+        gage.isHeld = true;
+        gage.seriesRain = gage.rain;
+        ++model.heldGageCount;
+    }
+    gage.rain = gage.heldRain = rain;
+}
+
+void gage_release(Model& model, int32_t index) {
+    Gage& gage = getGage(model, index);
+    if (gage.isHeld) {
+        gage.isHeld = false;
+        gage.rain = gage.seriesRain;
+        --model.heldGageCount;
+    }
+}
+
 void gage_advance(Model& model, DateTime date) {
+    if (model.heldGageCount > 0) {
+        uncoverSeries(model);
+    }
     for (int32_t k = 0; k < model.gages.size(); ++k) {
         Gage& gage = model.gages[k];
         if (gage.isUsed) {
             gage.rain = gage.coGage >= 0 ? getGage(model, gage.coGage).rain : advanceGage(model, k, date + ONE_SECOND);
         }
     }
+    if (model.heldGageCount > 0) {
+        coverSeries(model);
+    }
 }
 
 void gage_setReportRain(Model& model, DateTime date) {
     const DateTime time = date + ONE_SECOND;
+    if (model.heldGageCount > 0) {
+        uncoverSeries(model);
+    }
     for (Gage& gage : model.gages) {
         if (gage.coGage >= 0) {
             gage.reportRain = getGage(model, gage.coGage).reportRain;
@@ -198,6 +243,12 @@ void gage_setReportRain(Model& model, DateTime date) {
             gage.reportRain = 0.0;
         } else {
             gage.reportRain = gage.nextRain;
+        }
+    }
+    if (model.heldGageCount > 0) {
+        coverSeries(model);
+        for (Gage& gage : model.gages) {
+            gage.reportRain = gage.isHeld ? gage.heldRain : gage.reportRain;
         }
     }
 }

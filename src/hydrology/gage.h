@@ -32,6 +32,9 @@ struct Gage {
     double rain;           ///< m/s, of the present period
     double nextRain;       ///< m/s, of the next period
     double reportRain;     ///< m/s, shown in results at a saving time
+    bool isHeld;           ///< the host holds the rain: `rain` is the host's
+    double heldRain;       ///< m/s
+    double seriesRain;     ///< m/s, `rain` by the series while the host's stands there
     int32_t coGage;        ///< an earlier gage on the same series, or -1
     bool isUsed;           ///< a subcatchment or a LID monomer node takes its rain from here
     RainEvent* lastEvent;  ///< end of the list of events
@@ -54,6 +57,10 @@ void gage_findEvents(Model& model, int32_t gage);
 
 /// Brings every gage in use to a date.
 void gage_advance(Model& model, DateTime date);
+
+/// The host holds the rain (m/s) of a gage, and lets it go.
+void gage_hold(Model& model, int32_t gage, double rain);
+void gage_release(Model& model, int32_t gage);
 
 /// Fills reportRain of every gage; called before each writing of results.
 void gage_setReportRain(Model& model, DateTime date);

@@ -217,36 +217,35 @@ static bool hasRequiredLayers(const Lid& lid) {
     }
 }
 
-static void checkPavement(Model& model, const Lid& lid) {
-    const bool isGood = lid.pavementDepth > 0.0 && lid.pavementRate > 0.0 && lid.pavementVoid > 0.0;
-    if (lid.type == LID_PP && (!isGood || lid.pavementVoid > 1.0)) {
-        lid_reportParameter(model, lid, " - check pavement layer parameters");
-    }
+static bool isPavementGood(const Lid& lid) {
+    return lid.type != LID_PP ||
+           (lid.pavementDepth > 0.0 && lid.pavementRate > 0.0 && lid.pavementVoid > 0.0 && !(lid.pavementVoid > 1.0));
 }
 
-static void checkSoil(Model& model, const Lid& lid) {
-    if (lid.soilDepth > 0.0 &&
-        (!(lid.porosity > 0.0) || !(lid.porosity > lid.fieldCapacity) || !(lid.fieldCapacity > lid.wiltingPoint) ||
-         !(lid.soilRate > 0.0) || lid.soilSlope < 0.0)) {
-        lid_reportParameter(model, lid, " - check soil layer parameters");
-    }
+static bool isSoilGood(const Lid& lid) {
+    return !(lid.soilDepth > 0.0) ||
+           (lid.porosity > 0.0 && lid.porosity > lid.fieldCapacity && lid.fieldCapacity > lid.wiltingPoint &&
+            lid.soilRate > 0.0 && !(lid.soilSlope < 0.0));
 }
 
-static void checkStorage(Model& model, Lid& lid) {
-    if (!(lid.storageDepth > 0.0)) {
-        lid.storageVoid = 1.0;
-        lid.drainOffset = 0.0;
-    } else if (!(lid.storageVoid > 0.0) || lid.storageVoid > 1.0) {
-        lid_reportParameter(model, lid, " - check storage layer parameters");
-    }
+static bool isStorageGood(const Lid& lid) {
+    return !(lid.storageDepth > 0.0) || (lid.storageVoid > 0.0 && !(lid.storageVoid > 1.0));
 }
 
-static void setSurfaceAlpha(Model& model, Lid& lid) {
+static bool isSurfaceGood(const Lid& lid) {
+    return lid.type != LID_VS || (lid.surfaceRoughness * lid.surfaceSlope > 0.0 && lid.surfaceDepth != 0.0);
+}
+
+bool lid_isGood(const Lid& lid) {
+    // The storage of a roof is its mat, which isn't tested.
+    return hasRequiredLayers(lid) && isPavementGood(lid) && isSoilGood(lid) && isSurfaceGood(lid) &&
+           (lid.type == LID_GR || isStorageGood(lid));
+}
+
+static void setSurfaceAlpha(Lid& lid) {
     if (lid.type != LID_VS) {
         lid.surfaceAlpha =
             lid.surfaceRoughness > 0.0 ? std::sqrt(lid.surfaceSlope) * (1.0 / lid.surfaceRoughness) : 0.0;
-    } else if (!(lid.surfaceRoughness * lid.surfaceSlope > 0.0) || lid.surfaceDepth == 0.0) {
-        lid_reportParameter(model, lid, " - check swale surface parameters");
     } else {
         lid.surfaceAlpha = std::sqrt(lid.surfaceSlope) / lid.surfaceRoughness;
     }
@@ -265,19 +264,15 @@ static void putMatInStorage(const Model& model, Lid& lid) {
     }
 }
 
-static void validate(Model& model, Lid& lid) {
-    if (lid.type < 0) {
-        errors_report(model, ERR_LID_TYPE, lid.name);
-        return;
+void lid_derive(const Model& model, Lid& lid) {
+    if (!(lid.storageDepth > 0.0)) {
+        lid.storageVoid = 1.0;
+        lid.drainOffset = 0.0;
     }
-    if (!hasRequiredLayers(lid)) {
-        errors_report(model, ERR_LID_LAYER, lid.name);
-        return;
+    if (lid.surfaceDepth == 0.0) {
+        lid.surfaceVoid = 1.0;
     }
-    checkPavement(model, lid);
-    checkSoil(model, lid);
-    checkStorage(model, lid);
-    setSurfaceAlpha(model, lid);
+    setSurfaceAlpha(lid);
     // A mat has no slope of its own: it lies on the roof as the surface does.
     lid.matAlpha = lid.matRoughness > 0.0 ? std::sqrt(lid.surfaceSlope) * (1.0 / lid.matRoughness) : 0.0;
     if (lid.type == LID_RB) {
@@ -287,6 +282,30 @@ static void validate(Model& model, Lid& lid) {
     if (lid.type == LID_GR) {
         putMatInStorage(model, lid);
     }
+}
+
+static void validate(Model& model, Lid& lid) {
+    if (lid.type < 0) {
+        errors_report(model, ERR_LID_TYPE, lid.name);
+        return;
+    }
+    if (!hasRequiredLayers(lid)) {
+        errors_report(model, ERR_LID_LAYER, lid.name);
+        return;
+    }
+    if (!isPavementGood(lid)) {
+        lid_reportParameter(model, lid, " - check pavement layer parameters");
+    }
+    if (!isSoilGood(lid)) {
+        lid_reportParameter(model, lid, " - check soil layer parameters");
+    }
+    if (!isStorageGood(lid)) {
+        lid_reportParameter(model, lid, " - check storage layer parameters");
+    }
+    if (!isSurfaceGood(lid)) {
+        lid_reportParameter(model, lid, " - check swale surface parameters");
+    }
+    lid_derive(model, lid);
 }
 
 void lid_validateAll(Model& model) {

@@ -62,5 +62,9 @@ void lid_createAll(Model& model);
 /// Tests all definitions and works out what follows from them; writes what is wrong to the report.
 void lid_validateAll(Model& model);
 
+/// Whether the layers of a definition go together, and what follows from them: for whoever has changed one.
+[[nodiscard]] bool lid_isGood(const Lid& lid);
+void lid_derive(const Model& model, Lid& lid);
+
 /// Writes an invalid parameter to the report: the name of the control, and a phrase that tells where to look.
 void lid_reportParameter(Model& model, const Lid& lid, const char* phrase);

@@ -50,6 +50,7 @@ int32_t lidgroup_readLine(Model& model, const Tokens& tokens) {
         return error;
     }
     unit.next = -1;
+    unit.subcatch = subcatch;
     if (!lidunit_createArrays(model, unit, model.memory.project)) {
         return errors_setName(model, ERR_MEMORY, "");
     }
@@ -61,6 +62,35 @@ int32_t lidgroup_readLine(Model& model, const Tokens& tokens) {
 
 static constexpr double TOO_MUCH = 1.001;    ///< of the area and of its impervious flow: what rounding can't explain
 static constexpr double NEARLY_ALL = 0.999;  ///< of the area, from which the units cover it wholly
+
+/// What the units of a subcatchment take together.
+struct GroupSums {
+    double area;   ///< m2
+    double share;  ///< of the runoff
+};
+
+static GroupSums sumGroup(const Model& model, int32_t subcatch) {
+    GroupSums sums{};
+    for (int32_t k = model.lidGroups[subcatch].firstUnit; k >= 0; k = model.lidUnits[k].next) {
+        sums.area += model.lidUnits[k].area;
+        sums.share += model.lidUnits[k].fromImpervious;
+    }
+    return sums;
+}
+
+bool lidgroup_isGood(const Model& model, int32_t subcatch) {
+    const GroupSums sums = sumGroup(model, subcatch);
+    return !(sums.area > model.subcatches[subcatch].area * TOO_MUCH) && !(sums.share > TOO_MUCH);
+}
+
+void lidgroup_deriveArea(Model& model, int32_t index) {
+    if (model.lidGroups[index].firstUnit < 0) {
+        return;
+    }
+    Subcatch& subcatch = model.subcatches[index];
+    const double area = sumGroup(model, index).area;
+    subcatch.lidArea = area > subcatch.area * NEARLY_ALL ? subcatch.area : area;
+}
 
 static void validateGroup(Model& model, Subcatch& subcatch, LidUnitRange units) {
     double sumArea = 0.0, sumShare = 0.0;

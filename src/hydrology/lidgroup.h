@@ -52,6 +52,11 @@ void lidgroup_createAll(Model& model);
 /// Tests the units of each subcatchment, and takes their areas together; writes what is wrong to the report.
 void lidgroup_validateAll(Model& model);
 
+/// Whether the units of a subcatchment find room on it, and the area that they take together: for whoever has changed
+/// an area or a share.
+[[nodiscard]] bool lidgroup_isGood(const Model& model, int32_t subcatch);
+void lidgroup_deriveArea(Model& model, int32_t subcatch);
+
 /// Puts all units to the start of a run.
 void lidgroup_initAll(Model& model);
 

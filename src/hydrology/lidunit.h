@@ -17,6 +17,7 @@ struct LidUnit {
     double fromImpervious;     ///< 0 ... 1, share taken of the subcatchment's runoff, or of the node's inflow
     int32_t drainNode;         ///< node that gets the underdrain, or -1
     int32_t next;              ///< next unit of the same subcatchment, or -1
+    int32_t subcatch;          ///< subcatchment that it stands on, or -1
     double surfaceLevel;       ///< m
     double pavementLevel;      ///< m
     double soilMoisture;       ///< 0 ... 1

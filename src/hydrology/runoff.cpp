@@ -1,9 +1,9 @@
 // The runoff step: rain on subcatchments becomes runoff, and a load, at their outlets. The runoff clock runs ahead of
 // the routing clock, which interpolates between its last two instants:
 //
-//     tarnvelde_step --(routing target beyond NewRunoffTime)--> runoff_advance --> OldRunoffTime, NewRunoffTime
+//     run_step --(routing target beyond newRunoffTime)--> runoff_advance --> oldRunoffTime, newRunoffTime
 //
-// Every formula of a step uses the whole RunoffStep, also in the last one, of which only the clock is cut.
+// Every formula of a step uses the whole runoff step, also in the last one, of which only the clock is cut.
 
 #include "hydrology/runoff.h"
 
@@ -122,7 +122,8 @@ RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double
     return volumes;
 }
 
-static void stepQuality(Model& model, int32_t index, const RunoffVolumes& volumes, double dt) {
+/// Part of the step wherever it is compiled: whether it is a call of its own would hang on what else there is.
+[[gnu::always_inline]] static inline void stepQuality(Model& model, int32_t index, const RunoffVolumes& volumes, double dt) {
     Subcatch& subcatch = model.subcatches[index];
     std::fill_n(subcatch.runoffLoad, project_pollutantCount(model), 0.0);
     washoff_washLand(model, subcatch, subcatch.thisRunoff / subcatch.area, dt);

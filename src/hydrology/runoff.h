@@ -2,7 +2,7 @@
 // The folder hydrology: rain, evaporation, land and LID controls, up to the runoff of a subcatchment. It uses the
 // folders model, text and platform; it must know no node, no link and no routing step: what it gives to the network is
 // fetched by the room routing/landinflows. A room is one law (horton, plane) or one kind of object with its record and
-// its table; what a step works out is handed on in records, not kept in variables.
+// its table; what a step works out is handed on in records, not kept.
 //
 // The runoff step.
 

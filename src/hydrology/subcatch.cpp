@@ -102,9 +102,17 @@ int32_t subcatch_readLine(Model& model, const Tokens& tokens, int32_t index) {
     subcatch.soil.maxRate = v[11] / MM_PER_HOUR;
     subcatch.soil.minRate = v[12] / MM_PER_HOUR;
     subcatch.soil.decay = v[13] / SECONDS_PER_HOUR;
-    subcatch.soil.recovery = std::log(DRYING_SHARE) / v[14] / -SECONDS_PER_DAY;
+    subcatch_setDryingTime(subcatch, v[14]);
     subcatch.soil.maxVolume = v[15] / MM_PER_M;
     return ERR_NONE;
+}
+
+double subcatch_getDryingTime(const Subcatch& subcatch) {
+    return std::log(DRYING_SHARE) / subcatch.soil.recovery / -SECONDS_PER_DAY;
+}
+
+void subcatch_setDryingTime(Subcatch& subcatch, double days) {
+    subcatch.soil.recovery = std::log(DRYING_SHARE) / days / -SECONDS_PER_DAY;
 }
 
 /// Finds the subcatchment that a line begins with, and the object of another class that follows it.

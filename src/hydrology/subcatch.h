@@ -83,6 +83,10 @@ void subcatch_createAll(Model& model);
 [[nodiscard]] int32_t subcatch_readCoverage(Model& model, const Tokens& tokens);
 [[nodiscard]] int32_t subcatch_readLoading(Model& model, const Tokens& tokens);
 
+/// Drying time of the soil, days; what the record keeps is a rate of recovery.
+[[nodiscard]] double subcatch_getDryingTime(const Subcatch& subcatch);
+void subcatch_setDryingTime(Subcatch& subcatch, double days);
+
 /// Tests all subcatchments and marks their gages; writes what is wrong to the report.
 void subcatch_validateAll(Model& model);
 

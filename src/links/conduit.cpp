@@ -140,16 +140,50 @@ static double* allocateTable(Model& model, double*& table) {
     return table;
 }
 
-/// Fills the table that the shape needs. Null without memory.
-static const double* fillTable(Model& model, Conduit& conduit) {
-    const bool isCircle = conduit.shape == CIRCULAR_CONDUIT;
-    double* table = allocateTable(model, isCircle ? conduit.areaTable : model.curves[conduit.curve].geometry);
-    const double full = conduit.fullDepth;
-    for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
-        const double y = i * full / GEOMETRY_COUNT;
-        table[i - 1] = isCircle ? getSegmentArea(full, y) : transect_getArea(*conduit.transect, y);
+/// Memory for the table that a shape needs; null without, or if it needs none.
+static double* findTable(Model& model, Conduit& conduit, int32_t shape) {
+    if (shape == CIRCULAR_CONDUIT) {
+        return allocateTable(model, conduit.areaTable);
     }
-    return table;
+    const bool hasTable = shape == IRREGULAR_CONDUIT && conduit.transect;
+    return hasTable ? allocateTable(model, model.curves[conduit.curve].geometry) : nullptr;
+}
+
+/// Whether a shape has a table at all.
+static bool needsTable(const Model& model, const Conduit& conduit, int32_t shape) {
+    const bool hasCurve = conduit.curve >= 0 && model.curves.holds(conduit.curve);
+    return shape == CIRCULAR_CONDUIT || (shape == IRREGULAR_CONDUIT && hasCurve);
+}
+
+static double getFullDepth(const Conduit& conduit) {
+    switch (conduit.shape) {
+        case CIRCULAR_CONDUIT:
+        case RECTANGULAR_CONDUIT: return conduit.height;
+        case IRREGULAR_CONDUIT: return conduit.transect ? conduit.transect->fullDepth : 0.0;
+        default: return 0.0;  // a shape that only a host can set: a section without points
+    }
+}
+
+/// Fills the table that the shape needs. False without memory.
+static bool makeTables(Model& model, Conduit& conduit, int32_t shape, double full) {
+    conduit.tableShape = shape;
+    conduit.fullDepth = full;
+    conduit.risingTable = nullptr;
+    if (!needsTable(model, conduit, shape)) {
+        return true;
+    }
+    double* table = findTable(model, conduit, shape);
+    if (!table) {
+        return false;
+    }
+    for (int32_t i = 1; i <= GEOMETRY_COUNT; ++i) {
+        const double y = i * full / GEOMETRY_COUNT;
+        table[i - 1] = shape == CIRCULAR_CONDUIT ? getSegmentArea(full, y) : transect_getArea(*conduit.transect, y);
+    }
+    double* end = table + GEOMETRY_COUNT;
+    const auto falls = [](double a, double b) { return !(a <= b); };
+    conduit.risingTable = std::adjacent_find(table, end, falls) == end ? table : nullptr;
+    return true;
 }
 
 void conduit_buildTables(Model& model, Conduit& conduit) {
@@ -158,32 +192,19 @@ void conduit_buildTables(Model& model, Conduit& conduit) {
     conduit.oldFlood = conduit.newFlood = 0.0;
     conduit.slopeRoot = std::pow(conduit.slope, 0.5);
     conduit.hasDecay = decay_isAny(model, conduit.decay);
-    conduit.risingTable = nullptr;
     const bool hasCurve = conduit.curve >= 0 && model.curves.holds(conduit.curve);
     conduit.transect = hasCurve ? prepareTransect(model, conduit.curve) : nullptr;
-    const double* table = nullptr;
-    switch (conduit.shape) {
-        case CIRCULAR_CONDUIT:
-            conduit.fullDepth = conduit.height;
-            table = fillTable(model, conduit);
-            break;
-        case RECTANGULAR_CONDUIT: conduit.fullDepth = conduit.height; return;
-        case IRREGULAR_CONDUIT:
-            conduit.fullDepth = conduit.transect ? conduit.transect->fullDepth : 0.0;
-            if (!hasCurve) {
-                return;
-            }
-            table = conduit.transect ? fillTable(model, conduit) : nullptr;
-            break;
-        default: conduit.fullDepth = 0.0; return;  // a shape that only a host can set: a section without points
-    }
-    if (!table) {
+    if (!makeTables(model, conduit, conduit.shape, getFullDepth(conduit))) {
         errors_report(model, ERR_MEMORY, "");
-        return;
     }
-    const double* end = table + GEOMETRY_COUNT;
-    const auto falls = [](double a, double b) { return !(a <= b); };
-    conduit.risingTable = std::adjacent_find(table, end, falls) == end ? table : nullptr;
+}
+
+bool conduit_reserveTables(Model& model, Conduit& conduit, int32_t shape) {
+    return !needsTable(model, conduit, shape) || findTable(model, conduit, shape);
+}
+
+void conduit_remakeTables(Model& model, Conduit& conduit, int32_t shape, double fullDepth) {
+    (void)makeTables(model, conduit, shape, fullDepth);  // the memory is there
 }
 
 // --- area and depth ------------------------------------------------------------------------------------------------

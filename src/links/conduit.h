@@ -27,7 +27,8 @@ struct Conduit {
     double* areaTable;          ///< m2 of a circle at the depths (i + 1) / 100 of fullDepth; null for other shapes
     const Transect* transect;   ///< the curve's points, prepared; null without a curve
     const double* risingTable;  ///< the area table, if its areas never fall
-    double fullDepth;           ///< m
+    int32_t tableShape;         ///< ConduitShape at the start of the run, of which the tables are
+    double fullDepth;           ///< m, likewise
     double slopeRoot;           ///< square root of the slope
     double depth;               ///< m, now
     double oldInflow;           ///< m3/s
@@ -46,6 +47,11 @@ void conduit_validate(const Model& model, Conduit& conduit);
 /// Empties a conduit for a run, and makes its full depth and its areas by depth.
 void conduit_buildTables(Model& model, Conduit& conduit);
 
+/// The same tables for the shape and the full depth (m) of another start: their memory, false without, and then the
+/// tables.
+[[nodiscard]] bool conduit_reserveTables(Model& model, Conduit& conduit, int32_t shape);
+void conduit_remakeTables(Model& model, Conduit& conduit, int32_t shape, double fullDepth);
+
 /// New becomes old: flow, inflow and flood.
 void conduit_shiftFlows(Link& link, Conduit& conduit);
 
@@ -59,10 +65,10 @@ void conduit_shiftFlows(Link& link, Conduit& conduit);
 [[nodiscard]] double conduit_getVolume(const Model& model, const Conduit& conduit);
 
 /// Takes in what its upstream node offers, and delivers what leaves at this step.
-void conduit_update(const Model& model, Link& link, Conduit& conduit, const Offer& offer);
+void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer);
 
 /// Sends a flow (m3/s) with its concentrations (mg/L) through the store.
-void conduit_route(const Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations);
+void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations);
 
 /// Adds the depth and the velocity of a step to the statistics. The flow is divided by the area that it left behind.
 void conduit_countStep(const Model& model, const Link& link, Conduit& conduit);

@@ -14,6 +14,18 @@ static DelayEntry& getEntry(const DelayQueue& queue, int64_t number) {
     return queue.entries[number & (queue.capacity - 1)];
 }
 
+int32_t delayqueue_getCapacity(int64_t count) {
+    int32_t capacity = FIRST_CAPACITY;
+    while (capacity < count && capacity <= INT32_MAX / 2) {
+        capacity *= 2;
+    }
+    return capacity;
+}
+
+DelayEntry* delayqueue_allocate(Model& model, int64_t count) {
+    return arena_allocateArray<DelayEntry>(model.memory.run, delayqueue_getCapacity(count));
+}
+
 static bool grow(Model& model, DelayQueue& queue) {
     if (queue.capacity > INT32_MAX / 2) {
         return false;
@@ -74,4 +86,18 @@ double delayqueue_getValue(DelayQueue& queue, DateTime date) {
         before = behind;
     }
     return 0.0;
+}
+
+DelaySum delayqueue_sumUp(const DelayQueue& queue, DateTime now, DateTime end) {
+    DelaySum sum{};
+    for (int64_t k = queue.first; k < queue.end; ++k) {
+        const DelayEntry& entry = getEntry(queue, k);
+        if (entry.date > now) {
+            // Of the next entry a share has left before: readings fall between the dates.
+            const bool isNext = k > queue.first && !(getEntry(queue, k - 1).date > now);
+            const double share = isNext ? (entry.date - now) / (entry.date - getEntry(queue, k - 1).date) : 1.0;
+            (entry.date > end ? sum.late : sum.inTime) += entry.value * share;
+        }
+    }
+    return sum;
 }

@@ -20,8 +20,19 @@ struct DelayQueue {
     int64_t end;          ///< running number behind the tail
 };
 
+/// The capacity of a ring for so many entries, and memory for it, null without.
+[[nodiscard]] int32_t delayqueue_getCapacity(int64_t count);
+[[nodiscard]] DelayEntry* delayqueue_allocate(Model& model, int64_t count);
+
 /// Appends an entry. False without memory: the value is lost then.
 bool delayqueue_push(Model& model, DelayQueue& queue, DateTime date, double value);
+
+/// Sum of the values that leave after a date, up to another one; and of those that leave after that.
+struct DelaySum {
+    double inTime;
+    double late;
+};
+[[nodiscard]] DelaySum delayqueue_sumUp(const DelayQueue& queue, DateTime now, DateTime end);
 
 /// The value at a date, and 0 before the first entry and after the last. Entries that the date has passed are dropped,
 /// but for the one just before it.

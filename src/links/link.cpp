@@ -84,6 +84,13 @@ void link_noteTarget(Model& model, int32_t link) {
     }
 }
 
+void link_holdSetting(Model& model, int32_t index, double setting) {
+    Link& link = model.links[index];
+    link.isHostSetting = true;
+    link.setting = setting;
+    link_noteTarget(model, index);
+}
+
 void link_applyTargets(Model& model) {
     for (const int32_t index : model.guidedLinks) {
         Link& link = model.links[index];

@@ -57,5 +57,9 @@ void link_openSettings(Model& model);
 /// Says that `targetSetting` of a link was written by a rule or the host.
 void link_noteTarget(Model& model, int32_t link);
 
+/// The host holds the setting of a link. What rules and switches ask for goes on to be noted, and holds again once
+/// `isHostSetting` is no more.
+void link_holdSetting(Model& model, int32_t link, double setting);
+
 /// The settings follow their targets, unless the host holds them.
 void link_applyTargets(Model& model);

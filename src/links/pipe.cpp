@@ -63,8 +63,29 @@ void pipe_validate(Model& model, const Link& link, const Pipe& pipe) {
 
 /// Whether a step may see more than one firing. A host can shorten the period below the routing step, and the order of
 /// the nodes may come back to the first of them.
-static bool canFireAgain(const Model& model, const Pipe& pipe) {
-    return pipe.stepLength < model.options.routingStep;
+static bool canFireAgain(const Model& model, double stepLength) {
+    return stepLength < model.options.routingStep;
+}
+
+/// All arrays of a pipe stand together: a firing goes through them at once.
+static double* allocateReaches(Model& model, int64_t reaches, bool hasCopy) {
+    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t copies = hasCopy ? 2 : 1;
+    return arena_allocateArray<double>(model.memory.run, reaches + pollutants + copies * reaches * pollutants);
+}
+
+double* pipe_allocateReaches(Model& model, int32_t reaches) {
+    return allocateReaches(model, reaches, true);
+}
+
+bool pipe_doReachesFit(const Model& model, const Pipe& pipe, int32_t reaches, double stepLength) {
+    return reaches == pipe.reachCount && (canFireAgain(model, pipe.stepLength) || !canFireAgain(model, stepLength));
+}
+
+void pipe_placeReaches(const Model& model, Pipe& pipe, double* memory, int32_t reaches) {
+    pipe.reachCount = reaches;
+    pipe.sumMass = memory;
+    pipe.storage = pipe.sumMass + project_pollutantCount(model);
 }
 
 void pipe_initState(Model& model, Pipe& pipe) {
@@ -72,20 +93,14 @@ void pipe_initState(Model& model, Pipe& pipe) {
     pipe.nextFireTime = pipe.lastFireTime = model.clock.newRoutingTime;
     pipe.oldInflow = pipe.newInflow = 0.0;
     pipe.oldFlood = pipe.newFlood = 0.0;
-    // All arrays of a pipe stand together: a firing goes through them at once.
-    const int64_t reaches = pipe.n > 0 ? pipe.n : 0;
-    const int64_t pollutants = project_pollutantCount(model);
-    const int64_t copies = canFireAgain(model, pipe) ? 2 : 1;
-    double* memory =
-        arena_allocateArray<double>(model.memory.run, reaches + pollutants + copies * reaches * pollutants);
+    const int32_t reaches = pipe.n > 0 ? pipe.n : 0;
+    double* memory = allocateReaches(model, reaches, canFireAgain(model, pipe.stepLength));
     if (!memory) {
         pipe_endState(pipe);
         errors_report(model, ERR_MEMORY, "");
         return;
     }
-    pipe.reachCount = static_cast<int32_t>(reaches);
-    pipe.sumMass = memory;
-    pipe.storage = pipe.sumMass + pollutants;
+    pipe_placeReaches(model, pipe, memory, reaches);
     pipe.hasDecay = decay_isAny(model, pipe.decay);
 }
 
@@ -180,8 +195,7 @@ static bool isFinite(const double* c, double storage, int32_t pollutants) {
 }
 
 /// Decay of what mixReach has mixed.
-static void decayReach(const Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual,
-                       double* c) {
+static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double factor = decay_getFactor(model, pipe.decay[p], hour, pipe.stepLength);
         model.totals.quality[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / G_PER_KG;
@@ -195,7 +209,7 @@ bool pipe_isAnyFlooding(const Model& model) {
 
 /// Outflow of the last reach against the limit: what may not pass is flood.
 static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
-    model.floodingPipeCount -= pipe.newFlood != 0.0 ? 1 : 0;
+    const int32_t before = pipe.newFlood != 0.0 ? 1 : 0;
     if (pipe.maxFlow > 0.0) {
         const double cap = pipe.maxFlow * link.setting;
         link.newFlow = out > cap ? cap : out;
@@ -204,7 +218,7 @@ static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
         link.newFlow = link.setting != 0.0 ? out : 0.0;
         pipe.newFlood = link.setting != 0.0 ? 0.0 : out;
     }
-    model.floodingPipeCount += pipe.newFlood != 0.0 ? 1 : 0;
+    model.floodingPipeCount += (pipe.newFlood != 0.0 ? 1 : 0) - before;
 }
 
 void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
@@ -234,8 +248,8 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     }
     pipe.newInflow = inflow;
     limitOutflow(model, link, pipe, flow);
-    for (int32_t p = 0; p < pollutants; ++p) {
-        model.hasEndlessQuality = model.hasEndlessQuality || !std::isfinite(quality[p]);
+    if (!std::all_of(quality, quality + pollutants, [](double value) { return std::isfinite(value); })) {
+        model.hasEndlessQuality = true;
     }
     pipe_noteChange(model, index, static_cast<int32_t>(&pipe - model.pipes.data()));
 }
@@ -269,7 +283,7 @@ static void fire(Model& model, int32_t index, Pipe& pipe) {
     pipe_moveClock(model, pipe);
     Link& link = model.links[index];
     shiftFlows(link, pipe);
-    if (canFireAgain(model, pipe)) {
+    if (canFireAgain(model, pipe.stepLength)) {
         restoreStepStart(model, pipe, !model.isChangedPipe[index]);
     }
     const int32_t pollutants = project_pollutantCount(model);
@@ -324,6 +338,49 @@ double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, doub
         loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / G_PER_KG;
     }
     return (1.0 - a) * link.oldFlow + a * link.newFlow;
+}
+
+/// Whether the pipe has fired in this run, or the one before.
+static bool hasFired(const Pipe& pipe) {
+    return pipe.nextFireTime != pipe.lastFireTime;
+}
+
+/// Seconds since the last firing for each of those that the sums cover. What came in the step of the firing is in no
+/// sum, and the mean of the others stands for it; 0 while there is none.
+static double getSumShare(const Model& model, const Pipe& pipe, double time) {
+    const double summed = static_cast<double>(pipe.sumCount) * model.options.routingStep;
+    return summed > 0.0 ? (time - pipe.lastFireTime) / MS_PER_SECOND / summed : 0.0;
+}
+
+double pipe_getWaterUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time) {
+    const double rest = hasFired(pipe) ? (pipe.nextFireTime - time) / MS_PER_SECOND : 0.0;
+    const double waiting = pipe.sumCount > 0 ? pipe.sumVolume * getSumShare(model, pipe, time)
+                                             : pipe.newInflow * (time - pipe.lastFireTime) / MS_PER_SECOND;
+    return waiting + link.newFlow * rest;
+}
+
+double pipe_getMassUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time, int32_t p) {
+    const double since = (time - pipe.lastFireTime) / MS_PER_SECOND;
+    // Of the water of the last firing the concentration isn't known any more; that of the first reach comes next to it.
+    const double lastQual = pipe_getReachCount(pipe) > 0 ? pipe_newSegQual(model, pipe, 0)[p] : 0.0;
+    const double mass = pipe.sumCount > 0 ? pipe.sumMass[p] * getSumShare(model, pipe, time)
+                                          : pipe.newInflow * lastQual / G_PER_KG * since;
+    if (!hasFired(pipe)) {
+        return mass;
+    }
+    // The load goes over to that of a firing one step after the flow: in the step of the next one it counts once more.
+    const double rest = (pipe.nextFireTime - time) / MS_PER_SECOND + model.options.routingStep;
+    return mass + link.newFlow * link.newQual[p] / G_PER_KG * rest;
+}
+
+void pipe_changeStep(Model& model, double step) {
+    const double ratio = model.options.routingStep / step;
+    for (Pipe& pipe : model.pipes) {
+        pipe.sumVolume *= ratio;
+        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+            pipe.sumMass[p] *= ratio;
+        }
+    }
 }
 
 double pipe_getVolume(const Pipe& pipe) {

@@ -9,8 +9,6 @@
 #include "model/table.h"
 #include "text/tokens.h"
 
-struct Model;
-
 /// A cascade of `n` identical Muskingum reaches: it collects for `k` seconds, then fires once. What each step touches
 /// stands in the first line of memory, what a firing needs in the second.
 struct alignas(64) Pipe {
@@ -45,6 +43,11 @@ struct alignas(64) Pipe {
     return pipe.n < pipe.reachCount ? pipe.n : pipe.reachCount;
 }
 
+/// Numbers in the storage of so many reaches: volumes and concentrations.
+[[nodiscard]] inline int64_t pipe_getStorageCount(const Model& model, int32_t reaches) {
+    return static_cast<int64_t>(reaches) * (1 + project_pollutantCount(model));
+}
+
 /// A pipe by its rows in the tables of the links and of the pipes.
 struct ChangedPipe {
     int32_t link;
@@ -60,6 +63,12 @@ void pipe_validate(Model& model, const Link& link, const Pipe& pipe);
 /// Puts a pipe to time zero, and lets go of what it holds for the run.
 void pipe_initState(Model& model, Pipe& pipe);
 void pipe_endState(Pipe& pipe);
+
+/// Whether the arrays of a pipe are those of so many reaches and such a period (s); memory for others, which serves
+/// every period, null without; and its place in the pipe.
+[[nodiscard]] bool pipe_doReachesFit(const Model& model, const Pipe& pipe, int32_t reaches, double stepLength);
+[[nodiscard]] double* pipe_allocateReaches(Model& model, int32_t reaches);
+void pipe_placeReaches(const Model& model, Pipe& pipe, double* memory, int32_t reaches);
 
 /// Empties the sums of all pipes for a new run.
 void pipe_openRun(Model& model);
@@ -90,6 +99,16 @@ void pipe_route(Model& model, int32_t link, Pipe& pipe, double inflow, const dou
 /// Whether any pipe floods now. Once a concentration of the run was no finite number the answer is yes: what doesn't
 /// flood then counts as well, as 0 times that.
 [[nodiscard]] bool pipe_isAnyFlooding(const Model& model);
+
+/// What has left the reaches by a time (ms) and isn't delivered yet, and what waits for the next firing: m3; and of a
+/// pollutant, kg.
+[[nodiscard]] double pipe_getWaterUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time);
+[[nodiscard]] double pipe_getMassUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time,
+                                          int32_t pollutant);
+
+/// Makes sums over steps of so many seconds what they would be over those of the run: they are told apart by their
+/// number alone.
+void pipe_changeStep(Model& model, double step);
 
 /// Water in the reaches, m3.
 [[nodiscard]] double pipe_getVolume(const Pipe& pipe);

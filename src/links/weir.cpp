@@ -38,7 +38,7 @@ int32_t weir_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
 }
 
 void weir_initState(Weir& weir) {
-    weir.useHostParams = false;
+    weir.useHostCoefficient = weir.useHostHeight = false;
     weir.hostHeight = weir.opening;
     weir.hostCoefficient = weir.coefficient;
 }
@@ -48,10 +48,10 @@ double weir_getLevel(const Link& link, const Weir& weir) {
 }
 
 double weir_getFlow(const Link& link, const Weir& weir, double depth) {
-    const double coefficient = weir.useHostParams ? weir.hostCoefficient : weir.coefficient;
-    // A host that gave the coefficient alone has the height at the full opening, and the setting has no effect any
-    // more.
-    const double base = weir.useHostParams ? weir.hostHeight + weir.crest : weir_getLevel(link, weir);
+    const double coefficient = weir.useHostCoefficient ? weir.hostCoefficient : weir.coefficient;
+    // A host of the first face that gave the coefficient alone has the height at the full opening, and the setting has
+    // no effect any more.
+    const double base = weir.useHostHeight ? weir.hostHeight + weir.crest : weir_getLevel(link, weir);
     if (base >= depth) {
         return 0.0;
     }

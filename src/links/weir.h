@@ -10,14 +10,15 @@ struct Model;
 enum WeirShape : int32_t { RECTANGULAR_WEIR, TRIANGULAR_WEIR };
 
 struct Weir {
-    int32_t shape;           ///< WeirShape
-    bool useHostParams;      ///< hostCoefficient and hostHeight count
-    double coefficient;      ///< m^0.5/s, discharge coefficient
-    double length;           ///< m, of the crest; without effect on a triangular weir
-    double crest;            ///< m above the bottom of the tank
-    double opening;          ///< m, the range by which the setting moves the crest
-    double hostCoefficient;  ///< as coefficient
-    double hostHeight;       ///< m above `crest`
+    int32_t shape;            ///< WeirShape
+    bool useHostCoefficient;  ///< hostCoefficient counts
+    bool useHostHeight;       ///< hostHeight counts, and the setting doesn't
+    double coefficient;       ///< m^0.5/s, discharge coefficient
+    double length;            ///< m, of the crest; without effect on a triangular weir
+    double crest;             ///< m above the bottom of the tank
+    double opening;           ///< m, the range by which the setting moves the crest
+    double hostCoefficient;   ///< as coefficient
+    double hostHeight;        ///< m above `crest`
 };
 
 /// A line of [WEIRS] for the row `link` of the links and the row `kindIndex` of the weirs. An error index, or 0.

@@ -1,6 +1,6 @@
 // Failures of the engine. Every failure is told twice: as a message in the text report and as the public code that the
-// lifecycle functions return. Parsers of input lines return an index and leave the text for the message in
-// ErrorObjectName; all other code calls errors_report. There are no warnings and no log beside the report.
+// lifecycle functions return. Parsers of input lines return an index and leave the text for the message in the model's
+// current error; all other code calls errors_report. There are no warnings and no log beside the report.
 
 #include "model/errors.h"
 

@@ -14,7 +14,7 @@ enum ErrorIndex : int32_t {
     ERROR_COUNT
 };
 
-/// The last failure.
+/// The last failure of a model.
 struct CurrentError {
     int32_t code;            ///< ErrorIndex; sticky until the next open
     std::string objectName;  ///< what the %s of a reader's message shows: a token or an ID

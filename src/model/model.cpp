@@ -1,9 +1,8 @@
-// The variables of the one project that a process can hold. Whoever changes one is told in the rooms; here they only
-// stand. One project per process is the rule because of them, and hosts that want many runs start many processes.
+// What belongs to the model as a whole. How one is put together and taken apart, by the records of all rooms, stands in
+// project/assembly.
 
 #include "model/model.h"
 
-#include "model/model.h"
 #include "text/datetime.h"
 #include "text/units.h"
 
@@ -24,6 +23,8 @@ double project_getDate(const Model& model, double clock) {
 void project_clearHostLists(Model& model) {
     model.requests.inflows.clear();
     model.requests.loads.clear();
+    model.requests.heldInflows.clear();
+    model.requests.heldLoads.clear();
     model.requests.swmmInflows.clear();
     model.requests.swmmSettings.clear();
     model.requests.swmmLoads.clear();

@@ -79,6 +79,7 @@ struct Model {
     Options options{};
     std::string description[10];  ///< lines of the report's head; an empty one is unused
     ObjectCounts counts{};
+    Fingerprint fingerprint{};
     NameTables names;
 
     Table<Gage> gages;
@@ -126,6 +127,7 @@ struct Model {
     Clock clock{};
     int32_t sinks{};  ///< ResultSink, a sum: where the rows of the run go
     HostRequests requests;
+    int32_t heldGageCount{};  ///< gages whose rain the host holds
 
     int32_t* sortedNodes{};  ///< in the order of visits; null before the first start
     int64_t visitCount{};    ///< of the network, over the run
@@ -133,11 +135,11 @@ struct Model {
     Table<VisitLink> outgoingVisits, incomingVisits;
     Table<int32_t> uncountedNodes, uncountedLinks;  ///< of which no visit makes the statistics
 
-    std::vector<DryWeatherNode> nodesWithDryWeather;
-    std::vector<int32_t> nodesWithExternal;
-    Table<int32_t> guidedLinks;
-    Table<uint8_t> isGuided;
-    Table<int32_t> everChangingLinks;
+    std::vector<DryWeatherNode> nodesWithDryWeather;  ///< in the order of the nodes
+    std::vector<int32_t> nodesWithExternal;           ///< likewise
+    Table<int32_t> guidedLinks;                       ///< whose target may differ from their setting
+    Table<uint8_t> isGuided;                          ///< by link: stands in guidedLinks
+    Table<int32_t> everChangingLinks;                 ///< that every step rolls
     Table<ChangedPipe> changedPipes;  ///< that fired, or that the host wrote to, since the last roll
     Table<uint8_t> isChangedPipe;     ///< by link: stands in changedPipes
     int32_t floodingPipeCount{};      ///< pipes whose newFlood isn't 0

@@ -13,7 +13,7 @@
 
 #include "text/textfile.h"
 
-/// Classes of object. The numbers index ObjectCount and the tables of names.
+/// Classes of object. The numbers index counts and tables of names.
 enum ObjectType : int32_t {
     GAGE,
     SUBCATCH,
@@ -138,9 +138,16 @@ struct QualTotalsRecord {
 struct Totals {
     FlowTotalsRecord flow;
     QualTotalsRecord* quality;  ///< one per pollutant; null before the first start
+    double initSurfaceStorage;  ///< m3, on the land at the start; 0 but in a run that began with a state
     double runoffError;         ///< %, set by the last report, as are the next two
     double flowError;           ///< %
     double qualityError;        ///< %
+};
+
+/// What a project is known by again: sums of its text, and of the objects in it and how they are joined.
+struct Fingerprint {
+    uint64_t structure;
+    uint64_t content;
 };
 
 /// How many objects the file has, of each class, kind of node and kind of link.
@@ -204,10 +211,12 @@ struct SwmmRequest {
     double value;
 };
 
-/// What the host has asked for since the last routing step.
+/// What the host has asked for since the last routing step, and what it holds.
 struct HostRequests {
     std::vector<HostInflow> inflows;
     std::vector<HostInflow> loads;
+    std::vector<HostInflow> heldInflows;  ///< for each step of the run until the host lets go; by node, one each
+    std::vector<HostInflow> heldLoads;    ///< by node and pollutant, likewise
     std::vector<SwmmRequest> swmmInflows;
     std::vector<SwmmRequest> swmmSettings;
     std::vector<SwmmRequest> swmmLoads;

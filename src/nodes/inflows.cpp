@@ -228,8 +228,15 @@ static HostRange takeEntries(const HostInflow*& at, const HostInflow* end, int32
     return {first, at};
 }
 
+/// What the host holds is asked for again in each step.
+[[gnu::cold]] static void repeatHeld(HostRequests& requests) {
+    requests.inflows.insert(requests.inflows.end(), requests.heldInflows.begin(), requests.heldInflows.end());
+    requests.loads.insert(requests.loads.end(), requests.heldLoads.begin(), requests.heldLoads.end());
+}
+
 /// With requests of the host: a merge of three lists in node order.
-static void applyWithHost(Model& model, DateTime date) {
+[[gnu::cold]] static void applyWithHost(Model& model, DateTime date) {
+    repeatHeld(model.requests);
     sortByNode(model.requests.inflows);
     sortByNode(model.requests.loads);
     const HostInflow* flow = model.requests.inflows.data();
@@ -255,7 +262,9 @@ static void applyWithHost(Model& model, DateTime date) {
 }
 
 void inflows_applyExternal(Model& model, DateTime date) {
-    if (!model.requests.inflows.empty() || !model.requests.loads.empty()) {
+    const HostRequests& requests = model.requests;
+    if (!requests.inflows.empty() || !requests.loads.empty() || !requests.heldInflows.empty() ||
+        !requests.heldLoads.empty()) {
         applyWithHost(model, date);
         return;
     }

@@ -56,6 +56,7 @@ int32_t lidmono_readLine(Model& model, const Tokens& tokens, int32_t node, int32
         return error;
     }
     unit.next = -1;
+    unit.subcatch = -1;
     node_setRow(model, node, LID_MONO, kindIndex, id);
     model.lidMonos[kindIndex] = mono;
     return ERR_NONE;

@@ -226,6 +226,7 @@ double reactor_getInitVolume(const Reactor& reactor) {
 
 void reactor_initState(Model& model, Reactor& reactor) {
     reactor.isEmptying = 0;
+    reactor.useHostRate = false;
     reactor.storedVolume = reactor_getInitVolume(reactor);
     reactor.oldOutflow = reactor.newOutflow = 0.0;
     reactor.surpassFlow = reactor.emptyingFlow = 0.0;
@@ -281,8 +282,7 @@ static void setInletQuality(const Model& model, const Node& node, Reactor& react
 
 /// Flow (m3/s) that the reactor takes in of an inflow; sets surpassFlow. An inflow of exactly the capacity counts as
 /// one above it.
-static double limitInflow(const Model& model, Reactor& reactor, double inflow) {
-    const double dt = model.options.routingStep;
+static double limitInflow(Reactor& reactor, double inflow, double dt) {
     const double capacity =
         reactor.capacityType == SURFACE_LOADING ? reactor.area * reactor.surfaceLoading : reactor.flowCapacity;
     reactor.surpassFlow = 0.0;
@@ -449,9 +449,10 @@ static void emptyStore(Model& model, Reactor& reactor) {
     }
     bool isDry = false;
     if (reactor.isEmptying != 0) {
-        isDry = dt * reactor.emptyingRate > reactor.storedVolume;
-        reactor.emptyingFlow = isDry ? reactor.storedVolume / dt : reactor.emptyingRate;
-        reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * reactor.emptyingRate;
+        const double rate = reactor.useHostRate ? reactor.hostRate : reactor.emptyingRate;
+        isDry = dt * rate > reactor.storedVolume;
+        reactor.emptyingFlow = isDry ? reactor.storedVolume / dt : rate;
+        reactor.storedVolume = isDry ? 0.0 : reactor.storedVolume - dt * rate;
     }
     discharge(model, reactor.emptyingNode, reactor.emptyingFlow, reactor.qual, reactor.statEmptyingLoad);
     if (isDry) {
@@ -469,7 +470,7 @@ void reactor_update(Model& model, Node& node, Reactor& reactor) {
     const double evap = pattern_getFactor(model, reactor.evapPattern, hour) * reactor.evapRate * reactor.area;
 
     setInletQuality(model, node, reactor);
-    const double flow = limitInflow(model, reactor, node.newInflow);
+    const double flow = limitInflow(reactor, node.newInflow, dt);
     discharge(model, reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
     if (reactor.type == PFR) {
         if (reactor.retentionTime == 0.0) {
@@ -506,8 +507,7 @@ void reactor_openStatistics(Model& model) {
     }
 }
 
-void reactor_countStep(const Model& model, Reactor& reactor) {
-    const double dt = model.options.routingStep;
+void reactor_countStep(Reactor& reactor, double dt) {
     reactor.statSurpass += dt * reactor.surpassFlow;
     reactor.statEmptying += dt * reactor.emptyingFlow;
     reactor.statEvap += dt * reactor.evapDepth / MM_PER_DAY * reactor.area;

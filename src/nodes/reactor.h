@@ -30,6 +30,8 @@ struct Reactor {
     double* reactionCoeff;     ///< mg/L, a ratio, mg/L per second or 1/s, by reactionType
     int32_t* reactionPattern;  ///< factors of reactionCoeff by the hour, or -1
     double emptyingRate;       ///< m3/s
+    bool useHostRate;          ///< hostRate counts in place of emptyingRate
+    double hostRate;           ///< m3/s
     double infilRate;          ///< m/s
     double evapRate;           ///< m/s
     int32_t evapPattern;       ///< factors of evapRate by the hour, or -1
@@ -86,5 +88,5 @@ void reactor_update(Model& model, Node& node, Reactor& reactor);
 
 /// Statistics: made and zeroed for a run, added to after each step, and emptied by pollutant.
 void reactor_openStatistics(Model& model);
-void reactor_countStep(const Model& model, Reactor& reactor);
+void reactor_countStep(Reactor& reactor, double dt);
 void reactor_clearStatistics(Model& model);

@@ -199,22 +199,22 @@ static double sumPumps(const Model& model, PumpList& pumps, double depth) {
 }
 
 /// What the pumps may take together, m3/s: no more than the tank holds, unless it has no volume by its full depth.
-static double limitPumps(const Model& model, const Tank& tank, const Curve* curve, double full, double wanted) {
+static double limitPumps(const Tank& tank, const Curve* curve, double full, double wanted, double dt) {
     double flow = wanted;
     if (full > 0.0) {
-        const double held = getVolume(curve, tank.newDepth) / model.options.routingStep;
+        const double held = getVolume(curve, tank.newDepth) / dt;
         flow = held < flow ? held : flow;
     }
     return flow < 0.0 ? 0.0 : flow;
 }
 
 /// Takes what exceeds the full volume out of the system; gives the volume that is left, m3.
-static double floodExcess(const Model& model, Tank& tank, double full, double volume) {
+static double floodExcess(Tank& tank, double full, double volume, double dt) {
     tank.newFlood = 0.0;
     if (!(volume >= full)) {
         return volume;
     }
-    tank.newFlood = (volume - full) / model.options.routingStep;
+    tank.newFlood = (volume - full) / dt;
     if (tank.newFlood < SMALLEST_FLOOD) {
         tank.newFlood = 0.0;  // the small excess is cut off all the same, and is in no total
     }
@@ -223,7 +223,7 @@ static double floodExcess(const Model& model, Tank& tank, double full, double vo
 
 /// The decayed mass is that of the water left after the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
-static void decayStored(const Model& model, Tank& tank, Node& node, double volume) {
+static void decayStored(Model& model, Tank& tank, Node& node, double volume) {
     const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
         const double left = decay_getFactor(model, tank.decay[p], hour, model.options.routingStep);
@@ -260,14 +260,14 @@ static void mixInflow(const Model& model, Tank& tank, const Node& node, const Cu
 }
 
 void tank_update(Model& model, Node& node, Tank& tank) {
+    const double dt = model.options.routingStep;
     const Curve* curve = findCurve(model, tank);
     const double full = getVolume(curve, tank.maxDepth);
     tank.newDepth = tank.oldDepth;
     releaseByLevel(model, tank, curve, tank.outlets.orifices);
     releaseByLevel(model, tank, curve, tank.outlets.weirs);
-    const double pumped = limitPumps(model, tank, curve, full, sumPumps(model, tank.outlets.pumps, tank.newDepth));
-    const double volume =
-        floodExcess(model, tank, full, getVolume(curve, tank.newDepth) - model.options.routingStep * pumped);
+    const double pumped = limitPumps(tank, curve, full, sumPumps(model, tank.outlets.pumps, tank.newDepth), dt);
+    const double volume = floodExcess(tank, full, getVolume(curve, tank.newDepth) - dt * pumped, dt);
     tank.newDepth = getDepth(curve, volume);
     decayStored(model, tank, node, volume);
     sharePumps(model, tank, pumped);

@@ -1,5 +1,5 @@
-// The standard output of the process, on which the lifecycle shows its progress and tells the failures that no report
-// can hold.
+// The standard output of the process, on which a model shows its progress and tells the failures that no report can
+// hold.
 
 #include "platform/console.h"
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <memory>
 
 #if defined(_WIN32)
 #include <fcntl.h>
@@ -17,7 +18,8 @@
 #include <unistd.h>
 #endif
 
-static constexpr size_t COPY_BLOCK = 4096;  ///< bytes
+static constexpr size_t COPY_BLOCK = 4096;             ///< bytes
+static constexpr size_t READ_BLOCK = size_t{1} << 20;  ///< bytes
 
 PathParts files_splitPath(const std::string& path) {
     PathParts parts;
@@ -52,6 +54,17 @@ void files_seek(std::FILE* file, int64_t position) {
 #else
     fseeko(file, static_cast<off_t>(position), SEEK_SET);
 #endif
+}
+
+bool files_cut(std::FILE* file, int64_t length) {
+    std::fflush(file);
+#if defined(_WIN32)
+    const bool isCut = _chsize_s(_fileno(file), length) == 0;
+#else
+    const bool isCut = ftruncate(fileno(file), static_cast<off_t>(length)) == 0;
+#endif
+    files_seek(file, length);
+    return isCut;
 }
 
 bool files_delete(const char* path) {
@@ -118,6 +131,57 @@ static std::FILE* makeFile(const char* path) {
 }
 
 #endif
+
+// --- whole files ---------------------------------------------------------------------------------------------------
+
+/// Hands what was written to the disk, so that a name put on it later never stands for less.
+static bool sync(std::FILE* file) {
+#if defined(_WIN32)
+    return std::fflush(file) == 0 && _commit(_fileno(file)) == 0;
+#else
+    return std::fflush(file) == 0 && fsync(fileno(file)) == 0;
+#endif
+}
+
+static bool replace(const std::string& source, const std::string& target) {
+#if defined(_WIN32)
+    return MoveFileExA(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+#else
+    return std::rename(source.c_str(), target.c_str()) == 0;
+#endif
+}
+
+bool files_writeWhole(const std::string& path, const void* bytes, size_t size) {
+    const std::string aside = path + FILE_IN_THE_MAKING;
+    std::FILE* file = std::fopen(aside.c_str(), "wb");
+    if (!file) {
+        return false;
+    }
+    const bool isWritten = std::fwrite(bytes, 1, size, file) == size && sync(file);
+    const bool isClosed = std::fclose(file) == 0;
+    if (isWritten && isClosed && replace(aside, path)) {
+        return true;
+    }
+    files_delete(aside.c_str());
+    return false;
+}
+
+bool files_readWhole(const std::string& path, std::vector<char>& bytes) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(files_openForReading(path.c_str()), std::fclose);
+    if (!file) {
+        return false;
+    }
+    bytes.clear();
+    for (size_t count = 1; count > 0;) {
+        const size_t filled = bytes.size();
+        bytes.resize(filled + READ_BLOCK);
+        count = std::fread(bytes.data() + filled, 1, READ_BLOCK, file.get());
+        bytes.resize(filled + count);
+    }
+    return !std::ferror(file.get());
+}
+
+// --- copies --------------------------------------------------------------------------------------------------------
 
 static bool copyBytes(std::FILE* from, std::FILE* to) {
     char block[COPY_BLOCK];

@@ -5,9 +5,11 @@
 //
 // Files and their names on this operating system.
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <vector>
 
 /// A file name in its parts. The folder keeps its separator at the end, the extension its point at the front.
 struct PathParts {
@@ -27,6 +29,9 @@ std::FILE* files_openForReading(const char* path);
 /// Moves a file to a place, which may lie beyond 2 GiB.
 void files_seek(std::FILE* file, int64_t position);
 
+/// Cuts a file open for writing to a length, and moves to its end. Nothing may stand in a buffer of its stream.
+bool files_cut(std::FILE* file, int64_t length);
+
 /// Deletes a file; a missing one is no failure.
 bool files_delete(const char* path);
 
@@ -35,6 +40,16 @@ bool files_delete(const char* path);
 
 /// The file of the program that this process runs; empty if the system doesn't tell.
 [[nodiscard]] std::string files_getProgramPath();
+
+/// What stands behind the name of a file while it is written aside.
+constexpr const char* FILE_IN_THE_MAKING = ".part";
+
+/// Writes a whole file aside, hands it to the disk, and puts it in place: whatever happens, the name stands for the
+/// file that was there or for the new one. False if it can't be done; the file that was there stays then.
+[[nodiscard]] bool files_writeWhole(const std::string& path, const void* bytes, size_t size);
+
+/// Reads a whole file; false if it can't be read. Throws without memory for it.
+[[nodiscard]] bool files_readWhole(const std::string& path, std::vector<char>& bytes);
 
 enum CopyResult : int32_t {
     COPY_DONE,

@@ -21,15 +21,14 @@ NumberLocale::~NumberLocale() {
 
 #else
 
-static locale_t getPlainLocale() {
-    static const locale_t plain = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-    return plain;
-}
-
-NumberLocale::NumberLocale() : old(uselocale(getPlainLocale())) {}
+NumberLocale::NumberLocale()
+    : plain(newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr))), old(uselocale(plain)) {}
 
 NumberLocale::~NumberLocale() {
     uselocale(old);
+    if (plain) {
+        freelocale(plain);
+    }
 }
 
 #endif

@@ -14,6 +14,7 @@ struct NumberLocale {
 #else
     NumberLocale();
     ~NumberLocale();
+    locale_t plain;  ///< the C locale; null without memory, and then the host's stays
     locale_t old;
 #endif
     NumberLocale(const NumberLocale&) = delete;

@@ -28,6 +28,7 @@
 #include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "nodes/reactor.h"
+#include "project/fingerprint.h"
 #include "project/objects.h"
 #include "project/options.h"
 #include "project/qualityreader.h"
@@ -130,8 +131,10 @@ static void countObjects(Model& model) {
     int32_t section = -1, pending = ERR_NONE, errorCount = 0;
     long lineNumber = 0;
     char line[LINE_SIZE];
+    fingerprint_begin(model);
     while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++lineNumber;
+        fingerprint_addLine(model, line);
         if (const int32_t error = countNextLine(model, line, section, pending)) {
             writeLineError(model, error, section, lineNumber, line);
             ++errorCount;

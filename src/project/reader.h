@@ -16,5 +16,5 @@ struct RunningIndices {
     int32_t links[LINK_KIND_COUNT];
 };
 
-/// Reads the whole project; sets ErrorCode, the start and end of the simulation and its duration.
+/// Reads the whole project; sets the current error, the start and end of the simulation and its duration.
 void reader_readProject(Model& model);

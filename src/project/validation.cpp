@@ -22,6 +22,7 @@
 #include "model/timeseries.h"
 #include "model/topology.h"
 #include "nodes/inflows.h"
+#include "project/fingerprint.h"
 #include "results/massbal.h"
 #include "routing/linkkinds.h"
 #include "routing/network.h"
@@ -81,6 +82,9 @@ void validation_run(Model& model) {
     for (int32_t k = 0; k < model.converters.size(); ++k) {
         converter_validate(model, k);
     }
+    if (!model.error.code) {
+        fingerprint_takeStructure(model);
+    }
 }
 
 /// The cursors of all inflow series stand as the validation left them, at the end of their entries. The walk of the
@@ -98,6 +102,10 @@ static void resetInflowSeries(Model& model) {
 
 void validation_setStartState(Model& model) {
     model.evap->rate = 0.0;
+    model.evap->isHeld = false;
+    model.heldGageCount = 0;
+    model.requests.heldInflows.clear();
+    model.requests.heldLoads.clear();
     massbal_open(model);
     lidgroup_initAll(model);
     resetInflowSeries(model);

@@ -6,5 +6,5 @@ struct Model;
 /// Checks the finished tables; writes all that is wrong to the report, and doesn't stop at the first.
 void validation_run(Model& model);
 
-/// Puts all state variables to time zero.
+/// Puts the whole state to time zero.
 void validation_setStartState(Model& model);

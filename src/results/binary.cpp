@@ -6,6 +6,7 @@
 
 #include "results/binary.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <memory>
@@ -147,6 +148,7 @@ void binary_open(Model& model) {
     if (testWrites(model)) {
         out.resultsOffset = getPosition(out);
     }
+    out.runs.push_back({1, out.written + out.bufferFilled});
 }
 
 // --- records and end -----------------------------------------------------------------------------------------------
@@ -172,7 +174,38 @@ void binary_writeRow(Model& model, const float* row, int32_t length) {
     }
 }
 
-void binary_end(Model& model, int32_t reportCount) {
+void binary_reserveTakeBack(Model& model) {
+    model.binary->runs.reserve(model.binary->runs.size() + 1);
+}
+
+/// Records from the place of one run to that of the next.
+static int32_t countRecords(uint64_t from, uint64_t to, uint64_t recordSize) {
+    return static_cast<int32_t>((to - from) / recordSize);
+}
+
+void binary_takeBack(Model& model, int32_t period, uint64_t recordSize) {
+    BinaryResults& out = *model.binary;
+    if (!out.file || out.runs.empty()) {
+        return;
+    }
+    flushBuffer(out);
+    uint64_t end = out.written;
+    for (; out.runs.size() > 1 && out.runs.back().period >= period; out.runs.pop_back()) {
+        end = out.runs.back().offset;
+    }
+    const RecordRun last = out.runs.back();
+    end = std::min(end, last.offset + static_cast<uint64_t>(period - last.period) * recordSize);
+    if (!files_cut(out.file, static_cast<int64_t>(end))) {
+        out.hasFailed = true;
+    }
+    out.written = end;
+    if (last.period + countRecords(last.offset, end, recordSize) != period) {
+        out.runs.push_back({period, end});
+    }
+    out.missingCount = period - 1 - countRecords(out.runs.front().offset, end, recordSize);
+}
+
+void binary_end(Model& model, int32_t periodCount) {
     BinaryResults& out = *model.binary;
     if (!out.file) {
         return;
@@ -181,7 +214,7 @@ void binary_end(Model& model, int32_t reportCount) {
     writeInteger(out, out.codesOffset);
     writeInteger(out, out.dateOffset);
     writeInteger(out, out.resultsOffset);
-    writeCount(out, reportCount);
+    writeCount(out, periodCount - out.missingCount);
     writeCount(out, errors_getPublicCode(model.error.code));
     writeInteger(out, MAGIC_NUMBER);
     testWrites(model);

@@ -5,8 +5,15 @@
 #include <cstdint>
 #include <cstdio>
 #include <memory>
+#include <vector>
 
 struct Model;
+
+/// Records of consecutive periods in the file, up to the next run of them.
+struct RecordRun {
+    int32_t period;   ///< of the first
+    uint64_t offset;  ///< where it begins
+};
 
 /// The file of a run. Of a place beyond 4 GiB the low 32 bits are stored, so such a file has no valid directory.
 struct BinaryResults {
@@ -16,6 +23,8 @@ struct BinaryResults {
     uint64_t written;                                              ///< bytes that have left the buffer
     bool hasFailed;                                                ///< some write since the last test
     uint32_t namesOffset, codesOffset, dateOffset, resultsOffset;  ///< where the sections begin
+    std::vector<RecordRun> runs;                                   ///< of all records; mostly one, from period 1 on
+    int32_t missingCount;                                          ///< periods ahead of the next record that have none
 };
 
 /// Makes the file of the project, or empties it, and writes all that stands ahead of the first record. Without a file
@@ -28,8 +37,13 @@ void binary_startRecord(Model& model, double date);
 /// Adds a row to the record.
 void binary_writeRow(Model& model, const float* row, int32_t length);
 
+/// Takes back the records of a period and of all later ones, each of `recordSize` bytes; the next record will be that
+/// of this period. The memory for it is asked for ahead, which throws without.
+void binary_reserveTakeBack(Model& model);
+void binary_takeBack(Model& model, int32_t period, uint64_t recordSize);
+
 /// Writes the closing block, by which readers find the sections.
-void binary_end(Model& model, int32_t reportCount);
+void binary_end(Model& model, int32_t periodCount);
 
 /// Closes the file, if one is open, and deletes it if it isn't to be kept.
 void binary_close(Model& model, bool isKept);

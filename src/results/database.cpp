@@ -189,6 +189,14 @@ void database_writeRow(Model& model, int32_t table, const char* name, int32_t pe
     }
 }
 
+void database_takeBack(Model& model, int32_t period) {
+    for (int32_t table = 0; model.database->handle && table < RESULT_TABLE_COUNT; ++table) {
+        model.database->statement =
+            std::string("delete from ") + RowTables[table].name + " where Period >= " + std::to_string(period);
+        execute(model, model.database->statement.c_str());
+    }
+}
+
 // --- close ---------------------------------------------------------------------------------------------------------
 
 void database_abandon(Model& model) {

@@ -21,6 +21,9 @@ void database_open(Model& model);
 /// Inserts a row; `name` is that of the object, empty for the system.
 void database_writeRow(Model& model, int32_t table, const char* name, int32_t period, const float* row, int32_t length);
 
+/// Takes back the rows of a period and of all later ones.
+void database_takeBack(Model& model, int32_t period);
+
 /// Completes the transaction and closes the database, or takes all back and deletes the file.
 void database_close(Model& model, bool isKept);
 

@@ -67,6 +67,7 @@ void massbal_open(Model& model) {
     arena_release(model.memory.results);
     lidmono_forgetArrays(model);  // made anew only after much else that may run out of memory
     model.totals.flow = FlowTotalsRecord{};
+    model.totals.initSurfaceStorage = 0.0;
     model.totals.runoffError = model.totals.flowError = model.totals.qualityError = 0.0;
     model.totals.quality = arena_allocateArray<QualTotalsRecord>(model.memory.results, project_pollutantCount(model));
     if (!model.totals.quality) {
@@ -89,15 +90,16 @@ void massbal_close(Model& model) {
 }
 
 /// Water of the LID units of a subcatchment; `storage` adds up what they hold at the end, m3.
-static void addUnits(Model& model, RunoffBalance& balance, double& storage, int32_t subcatch) {
-    for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
+static void addUnits(const Model& model, RunoffBalance& balance, double& storage, int32_t subcatch) {
+    for (int32_t k = model.lidGroups[subcatch].firstUnit; k >= 0; k = model.lidUnits[k].next) {
+        const LidUnit& unit = model.lidUnits[k];
         balance.initLidStorage += unit.area * unit.initialDepth;
         balance.lidDrainage += unit.area * unit.drainDepth;
         storage += unit.area * unit.finalDepth;
     }
 }
 
-RunoffBalance massbal_closeRunoff(Model& model) {
+RunoffBalance massbal_getRunoff(const Model& model) {
     RunoffBalance balance{};
     double surfaceStorage = 0.0, lidStorage = 0.0;
     for (int32_t k = 0; k < model.subcatches.size(); ++k) {
@@ -112,12 +114,18 @@ RunoffBalance massbal_closeRunoff(Model& model) {
         addUnits(model, balance, lidStorage, k);
     }
     balance.finalStorage = surfaceStorage + lidStorage;
-    const double in = balance.rainfall + balance.initLidStorage;
+    balance.initSurfaceStorage = model.totals.initSurfaceStorage;
+    const double in = balance.rainfall + balance.initLidStorage + balance.initSurfaceStorage;
     balance.error =
         in == 0.0
             ? 0.0
             : (in - balance.evap - balance.infil - balance.runoff - balance.lidDrainage - surfaceStorage - lidStorage) /
                   in * PERCENT;
+    return balance;
+}
+
+RunoffBalance massbal_closeRunoff(Model& model) {
+    const RunoffBalance balance = massbal_getRunoff(model);
     model.totals.runoffError = balance.error;
     return balance;
 }
@@ -142,8 +150,9 @@ static void addWashoff(const Model& model, WashoffBalance& balance, const Subcat
 }
 
 /// Adds one pollutant of the LID units of a subcatchment.
-static void addUnitLoads(Model& model, WashoffBalance& balance, int32_t subcatch, int32_t p) {
-    for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
+static void addUnitLoads(const Model& model, WashoffBalance& balance, int32_t subcatch, int32_t p) {
+    for (int32_t k = model.lidGroups[subcatch].firstUnit; k >= 0; k = model.lidUnits[k].next) {
+        const LidUnit& unit = model.lidUnits[k];
         if (!unit.rainLoad) {
             continue;  // never started
         }
@@ -155,7 +164,7 @@ static void addUnitLoads(Model& model, WashoffBalance& balance, int32_t subcatch
     }
 }
 
-WashoffBalance massbal_closeWashoff(Model& model, int pollutant) {
+WashoffBalance massbal_getWashoff(const Model& model, int32_t pollutant) {
     WashoffBalance balance{};
     for (int32_t k = 0; k < model.subcatches.size(); ++k) {
         addWashoff(model, balance, model.subcatches[k], pollutant);
@@ -214,7 +223,7 @@ static void addReactorLoads(const Model& model, QualTotalsRecord& totals, int32_
     }
 }
 
-FlowTotalsRecord massbal_closeFlow(Model& model, double* error) {
+FlowTotalsRecord massbal_getFlow(const Model& model, double* error) {
     FlowTotalsRecord totals = model.totals.flow;
     for (const Link& link : model.links) {
         if (link.kind == PIPE) {
@@ -238,6 +247,11 @@ FlowTotalsRecord massbal_closeFlow(Model& model, double* error) {
                        : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
                           totals.evapLoss - totals.seepageLoss - totals.delayedVolume - totals.finalStorage) /
                              in * PERCENT;
+    return totals;
+}
+
+FlowTotalsRecord massbal_closeFlow(Model& model, double* error) {
+    const FlowTotalsRecord totals = massbal_getFlow(model, error);
     model.totals.flowError = *error;
     return totals;
 }
@@ -255,7 +269,7 @@ static void addMonoLoads(const Model& model, QualTotalsRecord& totals, int32_t p
     }
 }
 
-QualTotalsRecord massbal_closeQuality(Model& model, int p, double* error) {
+QualTotalsRecord massbal_getQuality(const Model& model, int32_t p, double* error) {
     QualTotalsRecord totals = model.totals.quality ? model.totals.quality[p] : QualTotalsRecord{};
     for (const Link& link : model.links) {
         if (link.kind == PIPE) {
@@ -282,6 +296,11 @@ QualTotalsRecord massbal_closeQuality(Model& model, int p, double* error) {
                        : (in - totals.externalOutflow - totals.floodingLoss - totals.swmmOutflow - totals.vornOutflow -
                           totals.reactedLoss - totals.seepageLoss - totals.finalStorage - totals.delayedMass) /
                              in * PERCENT;
+    return totals;
+}
+
+QualTotalsRecord massbal_closeQuality(Model& model, int32_t p, double* error) {
+    const QualTotalsRecord totals = massbal_getQuality(model, p, error);
     // The figure held keeps its sign, so a negative one gives way to any later error.
     const double size = *error < 0.0 ? -*error : *error;
     if (size > model.totals.qualityError) {

@@ -46,6 +46,9 @@ static void writeRunoffContinuity(Model& model) {
     reportfile_print(model, HEAD, "**************************", "----------------", "----------------");
     writeRunoffRow(model, "Total Rainfall", b.rainfall, b.totalArea);
     writeRunoffRow(model, "Init. LID Storage", b.initLidStorage, b.totalArea);
+    if (b.initSurfaceStorage != 0.0) {
+        writeRunoffRow(model, "Init. Surface Storage", b.initSurfaceStorage, b.totalArea);
+    }
     writeRunoffRow(model, "Evap. Loss", b.evap, b.totalArea);
     writeRunoffRow(model, "Infil. Loss", b.infil, b.totalArea);
     writeRunoffRow(model, "Surface Runoff", b.runoff, b.totalArea);
@@ -77,7 +80,7 @@ static void writePollutantRow(const Model& model, const char* name, const Table<
 static void writeWashoffContinuity(Model& model) {
     Table<WashoffBalance> b;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
-        b.push_back(massbal_closeWashoff(model, p));
+        b.push_back(massbal_getWashoff(model, p));
     }
     writePollutantHead(model, "Runoff Quality Continuity");
     writePollutantRow(model, "Init. Buildup", b, &WashoffBalance::initBuildup);

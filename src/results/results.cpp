@@ -12,6 +12,7 @@
 #include "results/results.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "hydrology/gage.h"
 #include "model/arena.h"
@@ -22,6 +23,7 @@
 #include "results/database.h"
 #include "results/rows.h"
 #include "results/systemrow.h"
+#include "text/units.h"
 
 // --- open ----------------------------------------------------------------------------------------------------------
 
@@ -220,6 +222,45 @@ void results_write(Model& model) {
         clearSums(model);
     }
     ++model.results->period;
+}
+
+// --- back to an earlier state --------------------------------------------------------------------------------------
+
+/// Bytes of a record in the file: its date, and the rows that are written.
+static uint64_t getRecordSize(const Model& model) {
+    uint64_t size = sizeof(double) + SYSTEM_LENGTH * sizeof(float);
+    for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
+        const TableBuffer& buffer = model.results->buffers[table];
+        const bool isMean = model.options.reportAverage && table != SUBCATCH_TABLE;
+        if (isMean ? hasSums(buffer) : buffer.objects && buffer.row) {
+            size += static_cast<uint64_t>(buffer.count) * static_cast<uint64_t>(buffer.length) * sizeof(float);
+        }
+    }
+    return size;
+}
+
+void results_reserveTakeBack(Model& model) {
+    binary_reserveTakeBack(model);
+}
+
+void results_takeBack(Model& model, bool hasReports) {
+    if (model.sinks && !hasReports) {
+        // The first report time that the clock hasn't reached, and the number of its report.
+        const double step = model.options.reportStep * MS_PER_SECOND;
+        const double reached = std::floor(model.clock.newRoutingTime / step);
+        model.results->period = static_cast<int32_t>(reached) + 1;
+        model.results->sumCount = 0;
+        model.clock.reportTime = (reached + 1.0) * step;
+    }
+    if (model.sinks & SINK_FILE) {
+        binary_takeBack(model, model.results->period, getRecordSize(model));
+    }
+    if (model.sinks & SINK_DATABASE) {
+        database_takeBack(model, model.results->period);
+    }
+    for (std::vector<float>& kept : model.results->kept) {
+        kept.clear();
+    }
 }
 
 // --- end and close -------------------------------------------------------------------------------------------------

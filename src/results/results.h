@@ -47,6 +47,12 @@ void results_accumulate(Model& model);
 /// Writes the rows of a report time.
 void results_write(Model& model);
 
+/// Once the run has been put to another period: takes back what the sink holds of it and of later ones. A sink whose
+/// state comes from a run without reports gets the period of the routing clock. Memory is asked for ahead, which throws
+/// without.
+void results_reserveTakeBack(Model& model);
+void results_takeBack(Model& model, bool hasReports);
+
 /// Closes the run in the sink.
 void results_end(Model& model);
 

@@ -16,29 +16,38 @@
 
 namespace {
 
-void add(float& sum, double value) {
-    sum += static_cast<float>(value);
+/// In single for rows, in double for a host that asks between them.
+template <class Sum>
+void add(Sum& sum, double value) {
+    sum += static_cast<Sum>(value);
 }
 
 // --- land ----------------------------------------------------------------------------------------------------------
 
 /// Mean of a rate over the land, from its sum weighted with the areas.
-float getMean(float sum, float area, double unit) {
-    return static_cast<float>(static_cast<double>(sum) / static_cast<double>(area) * unit);
+template <class Sum>
+Sum getMean(Sum sum, Sum area, double unit) {
+    return static_cast<Sum>(static_cast<double>(sum) / static_cast<double>(area) * unit);
 }
 
-void fillLand(const Model& model, double f, float* row) {
-    float area = 0.0f, rain = 0.0f, evap = 0.0f, infil = 0.0f, runoff = 0.0f;
+/// Rain of a subcatchment, m/s: that which its gage shows in a row, or that of the last step.
+double getRain(const Model& model, const Subcatch& s, bool isRow) {
+    return isRow ? model.gages[s.gage].reportRain : s.rain;
+}
+
+template <class Sum>
+void fillLand(const Model& model, double f, bool isRow, Sum* row) {
+    Sum area = 0, rain = 0, evap = 0, infil = 0, runoff = 0;
     for (const Subcatch& s : model.subcatches) {
         add(area, s.area);
         if (s.gage >= 0) {
-            add(rain, s.area * model.gages[s.gage].reportRain);
+            add(rain, s.area * getRain(model, s, isRow));
         }
         add(evap, s.area * s.evapRate);
         add(infil, s.area * s.infilRate);
         add(runoff, rowvalues_mix(f, s.lastRunoff, s.thisRunoff));
     }
-    if (area > 0.0f) {
+    if (area > 0) {
         row[SYSTEM_RAINFALL] = getMean(rain, area, MM_PER_HOUR);
         row[SYSTEM_EVAPORATION] = getMean(evap, area, MM_PER_DAY);
         row[SYSTEM_INFILTRATION] = getMean(infil, area, MM_PER_HOUR);
@@ -77,7 +86,8 @@ void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t&
     }
 }
 
-void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t hour, float* row) {
+template <class Sum>
+void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t hour, Sum* row) {
     add(row[SYSTEM_TOTAL_INFLOW], rowvalues_mix(f, node.oldInflow, node.newInflow));
     if (node.extInflow) {
         add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(model, node, date));
@@ -93,15 +103,17 @@ void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-variable"  // many have nothing
 #define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                  \
+    template <class Sum>                                                                                   \
     [[maybe_unused]] void add##token([[maybe_unused]] const Model& model, [[maybe_unused]] int32_t object, \
-                                     [[maybe_unused]] double f, [[maybe_unused]] float* row) {             \
+                                     [[maybe_unused]] double f, [[maybe_unused]] Sum* row) {               \
         record
 #define RESULT_SHARE(token, value) add(row[SYSTEM_##token], value);
 #define RESULT_END() }
 #include "results/columns.def"
 #pragma GCC diagnostic pop
 
-void addNode(Model& model, int32_t index, double f, float* row) {
+template <class Sum>
+void addNode(Model& model, int32_t index, double f, Sum* row) {
     const Node& node = model.nodes[index];
     switch (node.kind) {
 #define RESULT_NODES(token, ...)          \
@@ -116,7 +128,8 @@ void addNode(Model& model, int32_t index, double f, float* row) {
     }
 }
 
-void addLink(const Model& model, int32_t index, double f, float* row) {
+template <class Sum>
+void addLink(const Model& model, int32_t index, double f, Sum* row) {
     switch (model.links[index].kind) {
 #define RESULT_LINKS(token, ...)          \
     case token:                           \
@@ -131,7 +144,7 @@ void addLink(const Model& model, int32_t index, double f, float* row) {
 
 void systemrow_fill(Model& model, DateTime date, double networkFactor, double landFactor, float* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0f);
-    fillLand(model, landFactor, row);
+    fillLand(model, landFactor, true, row);
     // Sorted in a copy: the list itself keeps its order for the step that takes it.
     std::vector<HostInflow> requests = model.requests.inflows;
     std::stable_sort(requests.begin(), requests.end(),
@@ -149,5 +162,19 @@ void systemrow_fill(Model& model, DateTime date, double networkFactor, double la
     for (int32_t k = 0; k < linkCount; ++k) {
         rows_fetchAhead(model, LINK, nullptr, linkCount, k);
         addLink(model, k, networkFactor, row);
+    }
+}
+
+void systemrow_fillNow(Model& model, double* row) {
+    std::fill_n(row, SYSTEM_LENGTH, 0.0);
+    fillLand(model, 1.0, false, row);
+    const DateTime date = project_getDate(model, model.clock.newRoutingTime);
+    const int32_t hour = datetime_getHour(date);
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        addInflows(model, model.nodes[k], 1.0, date, hour, row);
+        addNode(model, k, 1.0, row);
+    }
+    for (int32_t k = 0; k < model.links.size(); ++k) {
+        addLink(model, k, 1.0, row);
     }
 }

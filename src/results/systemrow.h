@@ -7,3 +7,6 @@ struct Model;
 
 /// Fills the row of the system at a date. The factors weigh the newer state of the network and of the land.
 void systemrow_fill(Model& model, DateTime date, double networkFactor, double landFactor, float* row);
+
+/// The same as of now, in double and with the rain of the last runoff step, for a host between two steps.
+void systemrow_fillNow(Model& model, double* row);

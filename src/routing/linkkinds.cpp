@@ -160,7 +160,7 @@ static double getDeliveryTime(const Model& model, const Link& link) {
 void linkkinds_addDelivery(Model& model, const VisitLink& place, Node& node) {
     Link& link = model.links[place.link];
     if (place.isCounted) {
-        statistics_countLink(model, link);
+        statistics_countLink(link, model.options.routingStep);
     }
     switch (place.kind) {
         case PIPE:
@@ -239,7 +239,7 @@ void linkkinds_countStep(Model& model) {
     bool isAnyFlooding = pipe_isAnyFlooding(model);
     for (const int32_t index : model.uncountedLinks) {
         Link& link = model.links[index];
-        statistics_countLink(model, link);
+        statistics_countLink(link, model.options.routingStep);
         if (link.kind == CONDUIT) {
             Conduit& conduit = model.conduits[link.kindIndex];
             conduit_countStep(model, link, conduit);

@@ -162,7 +162,7 @@ static int64_t countPaths(const Model& model, Search& search, int32_t& counted) 
 // --- strongly connected parts --------------------------------------------------------------------------------------
 
 /// Takes the nodes of a finished part off the list of pending ones, and keeps the part if it holds a circle.
-static void closePart(Model& model, Search& search, int32_t root, int32_t& place) {
+static void closePart(const Model& model, Search& search, int32_t root, int32_t& place) {
     Part part = {place, place, 0, 0};
     const bool hasCircle = search.pending.back() != root || search.at(root).feedsItself;
     int32_t node;
@@ -190,7 +190,7 @@ static void enter(Search& search, int32_t node, int32_t& calls) {
 
 /// Divides what is left of a part into what hangs together (Tarjan's algorithm, with its calls on a list). The new
 /// parts take the places of the old one.
-static void dividePart(Model& model, Search& search, int32_t part) {
+static void dividePart(const Model& model, Search& search, int32_t part) {
     int32_t place = search.parts[part].begin;
     const int32_t end = search.parts[part].end;
     search.roots.clear();
@@ -314,7 +314,7 @@ static const char* nameClosing(const Model& model, Search& search) {
     return position < outgoing.count ? model.links[outgoing.first[position]].id : model.nodes[to].id;
 }
 
-static const char* findFirstLoop(Model& model, Search& search) {
+static const char* findFirstLoop(const Model& model, Search& search) {
     for (const int32_t node : search.order) {
         if (search.at(node).openInflows > 0) {
             search.at(node).part = 0;
@@ -343,7 +343,7 @@ static const char* findFirstLoop(Model& model, Search& search) {
     return nameClosing(model, search);
 }
 
-LoopCheck loops_check(Model& model) {
+LoopCheck loops_check(const Model& model) {
     Search search;
     search.stops.resize(model.nodes.size());
     discoverFromHeads(model, search);

@@ -12,4 +12,4 @@ struct LoopCheck {
     int64_t visits;        ///< edges looked at
 };
 
-[[nodiscard]] LoopCheck loops_check(Model& model);
+[[nodiscard]] LoopCheck loops_check(const Model& model);

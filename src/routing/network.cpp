@@ -152,7 +152,7 @@ static Table<ReleaseCount> countUpstream(const Model& model) {
     return counts;
 }
 
-void network_sortNodes(const Model& model) {
+void network_sortNodes(Model& model) {
     Table<ReleaseCount> counts = countUpstream(model);
     Table<uint8_t> isPlaced = table_make(model.nodes.size(), uint8_t{0});
     int32_t placed = 0;

@@ -11,5 +11,5 @@ void network_validate(Model& model);
 /// Tests that no path from a head runs in a circle, and that the paths reach enough nodes.
 void network_checkCycles(Model& model);
 
-/// Fills SortedNodes.
-void network_sortNodes(const Model& model);
+/// Fills the order of the nodes.
+void network_sortNodes(Model& model);

@@ -226,7 +226,7 @@ static void visitLidMono(Model& model, int32_t index, Node& node, VisitLinkList 
 
 /// A node with a model inside: `take` gets what each link delivers, `advance` brings the engine up to the clock.
 template <class Take, class Advance>
-static void visitModel(Model& model, int32_t index, const OutsideNode& outside, const OutsideTotals& totals,
+static void visitModel(Model& model, int32_t index, OutsideNode& outside, const OutsideTotals& totals,
                        VisitLinkList incoming, Take take, Advance advance) {
     const int32_t row = model.nodes[index].kindIndex;
     for (const VisitLink& link : incoming) {
@@ -239,12 +239,12 @@ static void visitModel(Model& model, int32_t index, const OutsideNode& outside, 
 }
 
 static void visitSwmm(Model& model, int32_t index, const Node& node, VisitLinkList incoming) {
-    const OutsideNode& outside = model.swmmNodes[node.kindIndex].outside;
+    OutsideNode& outside = model.swmmNodes[node.kindIndex].outside;
     visitModel(model, index, outside, SWMM_TOTALS, incoming, swmm_takeInflow, swmm_advance);
 }
 
 static void visitVorn(Model& model, int32_t index, const Node& node, VisitLinkList incoming) {
-    const OutsideNode& outside = model.vornNodes[node.kindIndex].outside;
+    OutsideNode& outside = model.vornNodes[node.kindIndex].outside;
     visitModel(model, index, outside, VORN_TOTALS, incoming, vorn_takeInflow, vorn_advance);
 }
 
@@ -273,11 +273,11 @@ void nodekinds_visit(Model& model, int32_t index, VisitLinkList incoming, VisitL
 void nodekinds_countStep(Model& model) {
     for (const int32_t index : model.uncountedNodes) {
         Node& node = model.nodes[index];
-        statistics_countNode(model, node);
+        statistics_countNode(node, model.options.routingStep);
         switch (node.kind) {
             case TANK: tank_countStep(model, node, model.tanks[node.kindIndex]); break;
             case OUTFALL: outfall_countStep(model, node, model.outfalls[node.kindIndex]); break;
-            case REACTOR: reactor_countStep(model, model.reactors[node.kindIndex]); break;
+            case REACTOR: reactor_countStep(model.reactors[node.kindIndex], model.options.routingStep); break;
             default: break;
         }
     }

@@ -75,13 +75,12 @@ static void shiftNodes(Model& model) {
 }
 
 static void visitNodes(Model& model, double fireTime) {
-    for (int32_t k = 0; k < model.visits.size(); ++k) {
-        visits_fetchAhead(model, k);
-        const Visit& visit = model.visits[k];
+    for (const Visit& visit : model.visits) {
+        visits_fetchAhead(model, visit);
         nodekinds_visit(model, visit.node, visits_getIncoming(model, visit), visits_getOutgoing(model, visit),
                         fireTime);
         if (visit.isCounted) {
-            statistics_countNode(model, model.nodes[visit.node]);
+            statistics_countNode(model.nodes[visit.node], model.options.routingStep);
         }
     }
 }

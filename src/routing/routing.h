@@ -22,7 +22,7 @@ void routing_resetClock(Model& model);
 /// The last step of a run is a whole one, but the clock stands at the end of the run after it.
 void routing_cutClock(Model& model, double time);
 
-/// Advances water and pollutants by one RoutingStep.
+/// Advances water and pollutants by one routing step.
 void routing_step(Model& model);
 
 /// Adds the step to statistics and totals: subcatchments, then links, then nodes.

@@ -12,7 +12,7 @@
 #include "routing/network.h"
 
 // How far ahead of its visit a record is asked for, and how far what it points to: in nodes, and in links.
-static constexpr int32_t NODES_FAR = 12, NODES_NEAR = 5;
+static constexpr ptrdiff_t NODES_FAR = 12, NODES_NEAR = 5;
 static constexpr ptrdiff_t LINKS_FAR = 16, LINKS_NEAR = 7;
 
 // --- lists ---------------------------------------------------------------------------------------------------------
@@ -123,10 +123,10 @@ void visits_open(Model& model) {
 
 // --- memory ahead --------------------------------------------------------------------------------------------------
 
-void visits_fetchAhead(const Model& model, int32_t place) {
-    if (place + NODES_FAR < model.visits.size()) {
-        prefetch_line(&model.nodes[model.visits[place + NODES_FAR].node]);
-        prefetch_arrays(model.nodes[model.visits[place + NODES_NEAR].node]);
+void visits_fetchAhead(const Model& model, const Visit& visit) {
+    if (&model.visits.rows.back() - &visit >= NODES_FAR) {
+        prefetch_line(&model.nodes[(&visit)[NODES_FAR].node]);
+        prefetch_arrays(model.nodes[(&visit)[NODES_NEAR].node]);
     }
 }
 

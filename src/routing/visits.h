@@ -42,8 +42,8 @@ void visits_close(Model& model);
 [[nodiscard]] VisitLinkList visits_getIncoming(const Model& model, const Visit& visit);
 [[nodiscard]] VisitLinkList visits_getOutgoing(const Model& model, const Visit& visit);
 
-/// Asks for the memory that visits soon behind this place will need; of the links, for what those soon behind this one
+/// Asks for the memory that visits soon behind this one will need; of the links, for what those soon behind this one
 /// will.
-void visits_fetchAhead(const Model& model, int32_t place);
+void visits_fetchAhead(const Model& model, const Visit& visit);
 void visits_fetchIncoming(const Model& model, const VisitLink& link);
 void visits_fetchOutgoing(const Model& model, const VisitLink& link, double fireTime);

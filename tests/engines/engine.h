@@ -200,4 +200,40 @@ static double drainMass(double* mass, double load, double step, double share) {
     return out;
 }
 
+/* --- state --------------------------------------------------------------------------------------------------- */
+
+/* A part of the state. */
+typedef struct {
+    void* at;
+    size_t size;
+} Piece;
+
+/* Writes the pieces one behind the other, if there is room enough; gives the bytes needed. */
+static int savePieces(const Piece* pieces, int count, void* buffer, int size) {
+    size_t needed = 0, place = 0;
+    int k;
+    for (k = 0; k < count; ++k) {
+        needed += pieces[k].size;
+    }
+    for (k = 0; k < count && size >= 0 && needed <= (size_t)size; ++k) {
+        memcpy((char*)buffer + place, pieces[k].at, pieces[k].size);
+        place += pieces[k].size;
+    }
+    return (int)needed;
+}
+
+/* The way back; 1, and nothing has changed, if the size isn't that of the pieces. */
+static int restorePieces(const Piece* pieces, int count, const void* bytes, int size) {
+    size_t place = 0;
+    int k;
+    if (savePieces(pieces, count, NULL, -1) != size) {
+        return 1;
+    }
+    for (k = 0; k < count; ++k) {
+        memcpy(pieces[k].at, (const char*)bytes + place, pieces[k].size);
+        place += pieces[k].size;
+    }
+    return 0;
+}
+
 #endif

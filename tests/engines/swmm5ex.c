@@ -548,3 +548,25 @@ ENTRY int swmm_getError(void) {
 ENTRY int swmm_getWarnings(void) {
     return refuseCall("swmm_getWarnings");
 }
+
+/* All that a run changes. The model itself is that of the file. */
+static const Piece Pieces[] = {
+    {&Run.now, sizeof Run.now},
+    {&Run.stepNumber, sizeof Run.stepNumber},
+    {Objects, sizeof Objects},
+    {&WaterIn, sizeof WaterIn},
+    {&WaterOut, sizeof WaterOut},
+    {MassIn, sizeof MassIn},
+    {MassOut, sizeof MassOut}
+};
+enum { PIECE_COUNT = sizeof Pieces / sizeof Pieces[0] };
+
+ENTRY int swmm_saveState(void* buffer, int size) {
+    const int refusal = getRefusal("swmm_saveState");
+    return refusal ? refusal : savePieces(Pieces, PIECE_COUNT, buffer, size);
+}
+
+ENTRY int swmm_restoreState(const void* bytes, int size) {
+    const int refusal = getRefusal("swmm_restoreState");
+    return refusal ? refusal : restorePieces(Pieces, PIECE_COUNT, bytes, size);
+}

@@ -221,3 +221,29 @@ ENTRY int vorn_report(void) {
 ENTRY int vorn_getDiffStep(void) {
     return refuseCall("vorn_getDiffStep");
 }
+
+/* All that a run changes. The model itself is that of the file. */
+static const Piece Pieces[] = {
+    {&Run.now, sizeof Run.now},
+    {&Run.stepNumber, sizeof Run.stepNumber},
+    {Units, sizeof Units},
+    {&Volume, sizeof Volume},
+    {Mass, sizeof Mass},
+    {&Outflow, sizeof Outflow},
+    {Concentrations, sizeof Concentrations},
+    {&WaterIn, sizeof WaterIn},
+    {&WaterOut, sizeof WaterOut},
+    {MassIn, sizeof MassIn},
+    {MassOut, sizeof MassOut}
+};
+enum { PIECE_COUNT = sizeof Pieces / sizeof Pieces[0] };
+
+ENTRY int vorn_saveState(void* buffer, int size) {
+    const int refusal = getRefusal("vorn_saveState");
+    return refusal ? refusal : savePieces(Pieces, PIECE_COUNT, buffer, size);
+}
+
+ENTRY int vorn_restoreState(const void* bytes, int size) {
+    const int refusal = getRefusal("vorn_restoreState");
+    return refusal ? refusal : restorePieces(Pieces, PIECE_COUNT, bytes, size);
+}

@@ -3,10 +3,12 @@
 
 #include <stdlib.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <vector>
 
 struct TempFolder {
     std::filesystem::path path;
@@ -23,6 +25,18 @@ struct TempFolder {
     TempFolder& operator=(const TempFolder&) = delete;
 
     std::string file(const std::string& name) const { return (path / name).string(); }
+
+    bool has(const std::string& name) const { return std::filesystem::exists(path / name); }
+
+    /// Names of all that is there, in order.
+    std::vector<std::string> list() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(path)) {
+            names.push_back(entry.path().filename().string());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
 
     std::string write(const std::string& name, const std::string& text) const {
         std::ofstream(path / name, std::ios::binary) << text;

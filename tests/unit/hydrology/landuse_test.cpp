@@ -23,26 +23,27 @@ TEST_F(LanduseTest, LinesFillTheirRecords) {
                        "[WASHOFF]\nRoof A EXP 0.5 1.5 0.25\nRoad A emc 40 no 0.5\nRoad B EMC 20 YES 2\n"
                        "[LOADINGS]\nS B 7.5\n"),
               0);
-    EXPECT_STREQ(testModel().landuses[0].name, "Roof");
-    const Subcatch& s = testModel().subcatches[0];
+    const Model& model = testModel();
+    EXPECT_STREQ(model.landuses[0].name, "Roof");
+    const Subcatch& s = model.subcatches[0];
     EXPECT_DOUBLE_EQ(s.landShares[0].fraction, 0.7);
     EXPECT_DOUBLE_EQ(s.landShares[1].fraction, 0.3);
-    EXPECT_EQ(testModel().landuses[0].buildup[0].maxBuildup, 12.0);
-    EXPECT_EQ(testModel().landuses[0].buildup[0].rateConstant, 0.4);
-    EXPECT_EQ(testModel().landuses[0].buildup[1].maxBuildup, 0.0);
-    EXPECT_EQ(testModel().landuses[1].buildup[1].maxBuildup, 3.0);
-    const WashoffRule& exponential = testModel().landuses[0].washoff[0];
+    EXPECT_EQ(model.landuses[0].buildup[0].maxBuildup, 12.0);
+    EXPECT_EQ(model.landuses[0].buildup[0].rateConstant, 0.4);
+    EXPECT_EQ(model.landuses[0].buildup[1].maxBuildup, 0.0);
+    EXPECT_EQ(model.landuses[1].buildup[1].maxBuildup, 3.0);
+    const WashoffRule& exponential = model.landuses[0].washoff[0];
     EXPECT_EQ(exponential.kind, WASHOFF_EXP);
     EXPECT_EQ(exponential.coefficient, 0.5);
     EXPECT_EQ(exponential.exponent, 1.5);
     EXPECT_EQ(exponential.removal, 0.25);
     EXPECT_EQ(exponential.usesBuildup, 1);
-    const WashoffRule& free = testModel().landuses[1].washoff[0];
+    const WashoffRule& free = model.landuses[1].washoff[0];
     EXPECT_EQ(free.kind, WASHOFF_EMC);
     EXPECT_EQ(free.emc, 40.0);
     EXPECT_EQ(free.usesBuildup, 0);
-    EXPECT_EQ(testModel().landuses[1].washoff[1].usesBuildup, 1);
-    EXPECT_EQ(testModel().landuses[1].washoff[1].removal, 2.0) << "not limited to the whole";
+    EXPECT_EQ(model.landuses[1].washoff[1].usesBuildup, 1);
+    EXPECT_EQ(model.landuses[1].washoff[1].removal, 2.0) << "not limited to the whole";
     EXPECT_EQ(s.initialLoad[0], 0.0);
     EXPECT_EQ(s.initialLoad[1], 7.5);
 }

@@ -20,19 +20,19 @@ TEST(GroupLine, UnitsStandInTheOrderOfTheirLines) {
     project.groups = "S A 100 2 50 25\nS B 200 3 150 0 DRAIN\nS A 100 2 50 25\n";
     const OpenLids open(project);
     ASSERT_EQ(open.code, 0);
-    ASSERT_EQ(testModel().lidUnits.size(), 3);
+    const Table<LidUnit>& units = testModel().lidUnits;
+    ASSERT_EQ(units.size(), 3);
     EXPECT_EQ(testModel().lidGroups[0].firstUnit, 0);
-    EXPECT_EQ(testModel().lidUnits[0].next, 1);
-    EXPECT_EQ(testModel().lidUnits[1].next, 2);
-    EXPECT_EQ(testModel().lidUnits[2].next, -1);
-    EXPECT_EQ(testModel().lidUnits[0].area, 100.0);
-    EXPECT_EQ(testModel().lidUnits[0].fullWidth, 2.0);
-    EXPECT_EQ(testModel().lidUnits[0].initialSaturation, 0.5);
-    EXPECT_EQ(testModel().lidUnits[0].fromImpervious, 0.25);
-    EXPECT_EQ(testModel().lidUnits[1].lid, 1);
-    EXPECT_EQ(testModel().lidUnits[1].drainNode, 1);
-    EXPECT_NE(testModel().lidUnits[0].thisDrainLoad, testModel().lidUnits[2].thisDrainLoad)
-        << "two units of one kind share nothing";
+    EXPECT_EQ(units[0].next, 1);
+    EXPECT_EQ(units[1].next, 2);
+    EXPECT_EQ(units[2].next, -1);
+    EXPECT_EQ(units[0].area, 100.0);
+    EXPECT_EQ(units[0].fullWidth, 2.0);
+    EXPECT_EQ(units[0].initialSaturation, 0.5);
+    EXPECT_EQ(units[0].fromImpervious, 0.25);
+    EXPECT_EQ(units[1].lid, 1);
+    EXPECT_EQ(units[1].drainNode, 1);
+    EXPECT_NE(units[0].thisDrainLoad, units[2].thisDrainLoad) << "two units of one kind share nothing";
 }
 
 TEST(GroupLine, WithoutPollutantsIsRead) {

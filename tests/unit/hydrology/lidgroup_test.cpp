@@ -253,16 +253,17 @@ TEST_F(Group, LaterUnitsTakeTheirShareOfWhatEarlierOnesLetGo) {
 TEST_F(Group, DrainsGoToTheirNodesAndIntoTheTotals) {
     project.groups = "S RB 100 1 0 25\nS RB 100 1 0 50 DRAIN\n";
     start();
-    testModel().lidUnits[0].thisDrainFlow = 0.25;
-    testModel().lidUnits[1].thisDrainFlow = 0.5;
-    testModel().lidUnits[1].lastDrainFlow = 77.0;
-    testModel().lidUnits[1].thisDrainLoad[1] = 0.125;
-    landinflows_addDrains(testModel());
-    EXPECT_EQ(testModel().nodes[0].newLatFlow, 0.25);
-    EXPECT_EQ(testModel().nodes[1].newLatFlow, 0.5) << "the flow of the step before has no weight";
-    EXPECT_EQ(testModel().nodes[1].massInflow[1], 0.125);
-    EXPECT_EQ(testModel().totals.flow.wetWeatherInflow, testModel().options.routingStep * 0.75);
-    EXPECT_EQ(testModel().totals.quality[1].wetWeatherInflow, testModel().options.routingStep * 0.125);
+    Model& model = testModel();
+    model.lidUnits[0].thisDrainFlow = 0.25;
+    model.lidUnits[1].thisDrainFlow = 0.5;
+    model.lidUnits[1].lastDrainFlow = 77.0;
+    model.lidUnits[1].thisDrainLoad[1] = 0.125;
+    landinflows_addDrains(model);
+    EXPECT_EQ(model.nodes[0].newLatFlow, 0.25);
+    EXPECT_EQ(model.nodes[1].newLatFlow, 0.5) << "the flow of the step before has no weight";
+    EXPECT_EQ(model.nodes[1].massInflow[1], 0.125);
+    EXPECT_EQ(model.totals.flow.wetWeatherInflow, model.options.routingStep * 0.75);
+    EXPECT_EQ(model.totals.quality[1].wetWeatherInflow, model.options.routingStep * 0.125);
 }
 
 TEST_F(Group, SubcatchmentWithoutAreaDrainsNothing) {

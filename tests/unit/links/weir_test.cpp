@@ -86,7 +86,7 @@ TEST(WeirHost, MovesTheCrestToTheFullOpeningWithTheCoefficientAlone) {
 TEST(WeirHost, SwitchesTheWeirOverWithAnySelector) {
     StartedProject model(getProject("NO RECTANGULAR 1.8 2.5 1.25 0.5"));
     EXPECT_EQ(tarnvelde_setWeirParams("W", 7, 3.0), 0);
-    EXPECT_EQ(testModel().weirs[0].useHostParams, 1);
+    EXPECT_TRUE(testModel().weirs[0].useHostCoefficient && testModel().weirs[0].useHostHeight);
     EXPECT_EQ(testModel().weirs[0].hostCoefficient, 1.8);
     EXPECT_EQ(testModel().weirs[0].hostHeight, 0.5);
 }
@@ -98,7 +98,7 @@ TEST(WeirHost, IsRefused) {
     EXPECT_EQ(tarnvelde_setWeirParams("W", 5, -0.1), -1);
     EXPECT_EQ(tarnvelde_setWeirParams("V", 1, 0.1), -1);
     EXPECT_EQ(tarnvelde_setWeirParams(nullptr, 1, 0.1), -1);
-    EXPECT_EQ(testModel().weirs[0].useHostParams, 0);
+    EXPECT_FALSE(testModel().weirs[0].useHostCoefficient || testModel().weirs[0].useHostHeight);
 }
 
 TEST(WeirHost, IsForgottenAtTheNextStart) {
@@ -107,7 +107,7 @@ TEST(WeirHost, IsForgottenAtTheNextStart) {
     tarnvelde_setWeirParams("W", 1, 0.1);
     tarnvelde_end();
     tarnvelde_start(0);
-    EXPECT_EQ(testModel().weirs[0].useHostParams, 0);
+    EXPECT_FALSE(testModel().weirs[0].useHostCoefficient || testModel().weirs[0].useHostHeight);
     EXPECT_EQ(testModel().weirs[0].hostCoefficient, 1.8);
     EXPECT_EQ(testModel().weirs[0].hostHeight, 0.5);
 }

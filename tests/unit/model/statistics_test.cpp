@@ -6,41 +6,37 @@
 
 #include <limits>
 
-#include "support/model.h"
+static constexpr double DT = 60.0;
 
-struct StatisticsOfAStep : testing::Test {
-    void SetUp() override { testModel().options.routingStep = 60; }
-};
-
-TEST_F(StatisticsOfAStep, OfALinkAreItsVolumeAndItsLargestFlow) {
+TEST(StatisticsOfAStep, OfALinkAreItsVolumeAndItsLargestFlow) {
     Link link{};
     for (const double flow : {0.5, 2.0, 1.0}) {
         link.newFlow = flow;
-        statistics_countLink(testModel(), link);
+        statistics_countLink(link, DT);
     }
     EXPECT_EQ(link.statFlowVolume, 60.0 * 3.5);
     EXPECT_EQ(link.statMaxFlow, 2.0);
 }
 
-TEST_F(StatisticsOfAStep, OfANodeAreItsVolumeAndItsLargestInflow) {
+TEST(StatisticsOfAStep, OfANodeAreItsVolumeAndItsLargestInflow) {
     Node node{};
     for (const double flow : {0.25, 0.0, 4.0, 0.75}) {
         node.newInflow = flow;
-        statistics_countNode(testModel(), node);
+        statistics_countNode(node, DT);
     }
     EXPECT_EQ(node.statInflowVolume, 60.0 * 5.0);
     EXPECT_EQ(node.statMaxInflow, 4.0);
 }
 
-TEST_F(StatisticsOfAStep, OfANegativeFlowLowerTheVolumeAndNotTheLargestFlow) {
+TEST(StatisticsOfAStep, OfANegativeFlowLowerTheVolumeAndNotTheLargestFlow) {
     Link link{};
     link.newFlow = -2.0;
-    statistics_countLink(testModel(), link);
+    statistics_countLink(link, DT);
     EXPECT_EQ(link.statFlowVolume, -120.0);
     EXPECT_EQ(link.statMaxFlow, 0.0);
 }
 
-TEST_F(StatisticsOfAStep, MaximumKeepsItsPlaceAgainstWhatIsNoNumber) {
+TEST(StatisticsOfAStep, MaximumKeepsItsPlaceAgainstWhatIsNoNumber) {
     double maximum = 3.0;
     statistics_keepMaximum(maximum, std::numeric_limits<double>::quiet_NaN());
     EXPECT_EQ(maximum, 3.0);

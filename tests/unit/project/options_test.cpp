@@ -19,20 +19,21 @@ struct OptionLines : testing::Test {
 };
 
 TEST_F(OptionLines, HaveDefaults) {
-    EXPECT_EQ(testModel().options.startDate, 43831.0);
-    EXPECT_EQ(testModel().options.endDate, 43831.0);
-    EXPECT_EQ(testModel().options.startTime, 0.0);
-    EXPECT_EQ(testModel().options.endTime, 0.0);
-    EXPECT_EQ(testModel().options.startDateTime, 43831.0);
-    EXPECT_EQ(testModel().options.runoffStep, 300);
-    EXPECT_EQ(testModel().options.routingStep, 5);
-    EXPECT_EQ(testModel().options.reportStep, 300);
-    EXPECT_EQ(testModel().options.reportAverage, 1);
-    EXPECT_EQ(testModel().options.lidMonoRainfall, 0);
-    EXPECT_EQ(testModel().options.eventMinValue, 2.0);
-    EXPECT_EQ(testModel().options.eventInterval, 120.0);
-    EXPECT_EQ(testModel().options.startDryDays, 0.0);
-    EXPECT_EQ(testModel().options.conduitLengthening, 0.0);
+    const Options& options = testModel().options;
+    EXPECT_EQ(options.startDate, 43831.0);
+    EXPECT_EQ(options.endDate, 43831.0);
+    EXPECT_EQ(options.startTime, 0.0);
+    EXPECT_EQ(options.endTime, 0.0);
+    EXPECT_EQ(options.startDateTime, 43831.0);
+    EXPECT_EQ(options.runoffStep, 300);
+    EXPECT_EQ(options.routingStep, 5);
+    EXPECT_EQ(options.reportStep, 300);
+    EXPECT_EQ(options.reportAverage, 1);
+    EXPECT_EQ(options.lidMonoRainfall, 0);
+    EXPECT_EQ(options.eventMinValue, 2.0);
+    EXPECT_EQ(options.eventInterval, 120.0);
+    EXPECT_EQ(options.startDryDays, 0.0);
+    EXPECT_EQ(options.conduitLengthening, 0.0);
 }
 
 TEST_F(OptionLines, TakeDatesAndTimes) {
@@ -52,16 +53,17 @@ TEST_F(OptionLines, TakeDatesAndTimes) {
 }
 
 TEST_F(OptionLines, TakeStepsInHoursOrAsClockReading) {
+    const Options& options = testModel().options;
     EXPECT_EQ(options_read(testModel(), "RUNOFF_STEP", "24:00:00"), 0);
-    EXPECT_EQ(testModel().options.runoffStep, 86400);
+    EXPECT_EQ(options.runoffStep, 86400);
     EXPECT_EQ(options_read(testModel(), "RUNOFF_STEP", "0.5"), 0);
-    EXPECT_EQ(testModel().options.runoffStep, 1800);
+    EXPECT_EQ(options.runoffStep, 1800);
     EXPECT_EQ(options_read(testModel(), "ROUTING_STEP", "0:00:07"), 0);
-    EXPECT_EQ(testModel().options.routingStep, 7);
+    EXPECT_EQ(options.routingStep, 7);
     EXPECT_EQ(options_read(testModel(), "REPORT_STEP", "36:00:00"), 0);
-    EXPECT_EQ(testModel().options.reportStep, 129600);
+    EXPECT_EQ(options.reportStep, 129600);
     EXPECT_EQ(options_read(testModel(), "REPORT_STEP", "7h"), 0);
-    EXPECT_EQ(testModel().options.reportStep, 25200);
+    EXPECT_EQ(options.reportStep, 25200);
 }
 
 TEST_F(OptionLines, CutTheDaysOfANegativeStepTowardsZero) {

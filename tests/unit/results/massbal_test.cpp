@@ -237,12 +237,12 @@ TEST(LidUnitsOfLand, AreInTheWashoffBalanceOfTheirPollutant) {
     unit.drainOutLoad[1] = 0.25;
     unit.finalLoad[1] = 0.125;
     unit.reactedLoad[1] = 0.0625;
-    const WashoffBalance balance = massbal_closeWashoff(testModel(), 1);
+    const WashoffBalance balance = massbal_getWashoff(testModel(), 1);
     EXPECT_EQ(balance.wetDeposition, 2.0);
     EXPECT_EQ(balance.infilLoss, 0.5);
     EXPECT_EQ(balance.lidDrainage, 0.25);
     EXPECT_EQ(balance.lidFinalStorage, 0.125);
     EXPECT_EQ(balance.lidRemoval, 0.0625);
     EXPECT_NEAR(balance.error, (2.0 - 0.9375) / 2.0 * 100.0, 1e-12);  // 53.125
-    EXPECT_EQ(massbal_closeWashoff(testModel(), 0).wetDeposition, 0.0);
+    EXPECT_EQ(massbal_getWashoff(testModel(), 0).wetDeposition, 0.0);
 }

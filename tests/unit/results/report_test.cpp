@@ -116,21 +116,22 @@ TEST_F(LandReport, SubcatchmentsHaveDepthsVolumeAndCoefficient) {
 // 20 / 1240 = 1.613 %. The reserved total has no part in it.
 TEST(NetworkReport, FlowRoutingHasARowForEachTotal) {
     StartedProject model(getGeneral(4) + "[OUTFALLS]\nO\n");
-    testModel().totals.flow.dryWeatherInflow = 1000.0;
-    testModel().totals.flow.wetWeatherInflow = 200.0;
-    testModel().totals.flow.externalInflow = 30.0;
-    testModel().totals.flow.swmmInflow = 4.0;
-    testModel().totals.flow.vornInflow = 5.0;
-    testModel().totals.flow.externalOutflow = 600.0;
-    testModel().totals.flow.floodingLoss = 70.0;
-    testModel().totals.flow.swmmOutflow = 8.0;
-    testModel().totals.flow.vornOutflow = 9.0;
-    testModel().totals.flow.evapLoss = 10.0;
-    testModel().totals.flow.seepageLoss = 11.0;
-    testModel().totals.flow.delayedVolume = 12.0;
-    testModel().totals.flow.initStorage = 1.0;
-    testModel().totals.flow.finalStorage = 500.0;
-    testModel().totals.flow.reserved = 999.0;
+    FlowTotalsRecord& totals = testModel().totals.flow;
+    totals.dryWeatherInflow = 1000.0;
+    totals.wetWeatherInflow = 200.0;
+    totals.externalInflow = 30.0;
+    totals.swmmInflow = 4.0;
+    totals.vornInflow = 5.0;
+    totals.externalOutflow = 600.0;
+    totals.floodingLoss = 70.0;
+    totals.swmmOutflow = 8.0;
+    totals.vornOutflow = 9.0;
+    totals.evapLoss = 10.0;
+    totals.seepageLoss = 11.0;
+    totals.delayedVolume = 12.0;
+    totals.initStorage = 1.0;
+    totals.finalStorage = 500.0;
+    totals.reserved = 999.0;
     ASSERT_EQ(tarnvelde_report(), 0);
     const Rows expected = {"Dry Weather Inflow 1000.000", "Wet Weather Inflow 200.000", "External Inflow 30.000",
                            "SWMM Inflow 4.000",           "VORN Inflow 5.000",          "External Outflow 600.000",

@@ -357,20 +357,21 @@ TEST_F(Rows, SystemAddsUpStoresOfAllKinds) {
 }
 
 TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStand) {
+    Model& model = testModel();
     CoupledFlow in{}, secondIn{}, out{}, secondOut{};
     in.oldFlow = 1.0;
     in.newFlow = 3.0;
     out.oldFlow = 7.0;
     out.newFlow = 5.0;
     addFilledNode(SWMM);
-    testModel().swmmNodes.resize(1);
-    OutsideNode& outside = testModel().swmmNodes[0].outside;
+    model.swmmNodes.resize(1);
+    OutsideNode& outside = model.swmmNodes[0].outside;
     outside.inflows.head = &in;
     outside.outflows.head = &out;
-    testModel().clock.oldRoutingTime = 0.0;
-    testModel().clock.newRoutingTime = 675000.0;
+    model.clock.oldRoutingTime = 0.0;
+    model.clock.newRoutingTime = 675000.0;
     const auto expectFlows = [&](float inflow, float outflow) {
-        systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
+        systemrow_fill(model, 44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
         EXPECT_EQ(row[8], inflow);
         EXPECT_EQ(row[10], outflow);
     };
@@ -386,10 +387,10 @@ TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStan
     out.next = &secondOut;
     outside.newTime = 337500.0;
     expectFlows(2.0f + 4.0f, 5.25f);
-    testModel().clock.oldRoutingTime = testModel().clock.newRoutingTime;
+    model.clock.oldRoutingTime = model.clock.newRoutingTime;
     expectFlows(1.0f, 5.25f);  // equal clocks: the old state
-    testModel().clock.oldRoutingTime = testModel().clock.newRoutingTime = 0.0;
-    testModel().swmmNodes.clear();
+    model.clock.oldRoutingTime = model.clock.newRoutingTime = 0.0;
+    model.swmmNodes.clear();
 }
 
 TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {

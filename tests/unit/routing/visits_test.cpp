@@ -46,43 +46,40 @@ struct Books {
     }
 
     void add() {
-        const double dt = testModel().options.routingStep;
-        for (int32_t k = 0; k < testModel().links.size(); ++k) {
-            const double overflow = getFlood(testModel().links[k]);
-            links[k].flowVolume += dt * testModel().links[k].newFlow;
-            links[k].maxFlow = std::max(links[k].maxFlow, testModel().links[k].newFlow);
+        const Model& model = testModel();
+        const double dt = model.options.routingStep;
+        for (int32_t k = 0; k < model.links.size(); ++k) {
+            const Link& link = model.links[k];
+            const double overflow = getFlood(link);
+            links[k].flowVolume += dt * link.newFlow;
+            links[k].maxFlow = std::max(links[k].maxFlow, link.newFlow);
             links[k].floodVolume += dt * overflow;
             links[k].maxFlood = std::max(links[k].maxFlood, overflow);
             flood += dt * overflow;
         }
-        for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
-            nodes[k].inflowVolume += dt * testModel().nodes[k].newInflow;
-            nodes[k].maxInflow = std::max(nodes[k].maxInflow, testModel().nodes[k].newInflow);
-            flood += testModel().nodes[k].kind == TANK ? dt * testModel().tanks[testModel().nodes[k].kindIndex].newFlood
-                                                       : 0.0;
-            outflow += testModel().nodes[k].kind == OUTFALL ? dt * testModel().nodes[k].newInflow : 0.0;
+        for (int32_t k = 0; k < model.nodes.size(); ++k) {
+            const Node& node = model.nodes[k];
+            nodes[k].inflowVolume += dt * node.newInflow;
+            nodes[k].maxInflow = std::max(nodes[k].maxInflow, node.newInflow);
+            flood += node.kind == TANK ? dt * model.tanks[node.kindIndex].newFlood : 0.0;
+            outflow += node.kind == OUTFALL ? dt * node.newInflow : 0.0;
         }
     }
 
     void compare(const std::string& what) const {
-        for (int32_t k = 0; k < testModel().nodes.size(); ++k) {
-            ASSERT_EQ(testModel().nodes[k].statInflowVolume, nodes[k].inflowVolume)
-                << what << ", node " << testModel().nodes[k].id;
-            ASSERT_EQ(testModel().nodes[k].statMaxInflow, nodes[k].maxInflow)
-                << what << ", node " << testModel().nodes[k].id;
+        const Model& model = testModel();
+        for (int32_t k = 0; k < model.nodes.size(); ++k) {
+            ASSERT_EQ(model.nodes[k].statInflowVolume, nodes[k].inflowVolume) << what << ", node " << model.nodes[k].id;
+            ASSERT_EQ(model.nodes[k].statMaxInflow, nodes[k].maxInflow) << what << ", node " << model.nodes[k].id;
         }
-        for (int32_t k = 0; k < testModel().links.size(); ++k) {
-            ASSERT_EQ(testModel().links[k].statFlowVolume, links[k].flowVolume)
-                << what << ", link " << testModel().links[k].id;
-            ASSERT_EQ(testModel().links[k].statMaxFlow, links[k].maxFlow)
-                << what << ", link " << testModel().links[k].id;
-            ASSERT_EQ(testModel().links[k].statFloodVolume, links[k].floodVolume)
-                << what << ", link " << testModel().links[k].id;
-            ASSERT_EQ(testModel().links[k].statMaxFlood, links[k].maxFlood)
-                << what << ", link " << testModel().links[k].id;
+        for (int32_t k = 0; k < model.links.size(); ++k) {
+            ASSERT_EQ(model.links[k].statFlowVolume, links[k].flowVolume) << what << ", link " << model.links[k].id;
+            ASSERT_EQ(model.links[k].statMaxFlow, links[k].maxFlow) << what << ", link " << model.links[k].id;
+            ASSERT_EQ(model.links[k].statFloodVolume, links[k].floodVolume) << what << ", link " << model.links[k].id;
+            ASSERT_EQ(model.links[k].statMaxFlood, links[k].maxFlood) << what << ", link " << model.links[k].id;
         }
-        EXPECT_EQ(testModel().totals.flow.floodingLoss, flood) << what;
-        EXPECT_EQ(testModel().totals.flow.externalOutflow, outflow) << what;
+        EXPECT_EQ(model.totals.flow.floodingLoss, flood) << what;
+        EXPECT_EQ(model.totals.flow.externalOutflow, outflow) << what;
     }
 };
 
