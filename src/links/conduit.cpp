@@ -346,7 +346,7 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 }
 
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
-static void mixAndDecay(const Model& model, Link& link, Conduit& conduit, double stored, double inflow,
+static void mixAndDecay(Model& model, Link& link, Conduit& conduit, double stored, double inflow,
                         const double* concentrations) {
     const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
     for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
@@ -370,7 +370,7 @@ static double getNormalFlow(const Model& model, const Conduit& conduit, double d
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
-void conduit_route(const Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
+void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
     const double dt = model.options.routingStep;
     const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
     const double fullVolume = getFullVolume(model, conduit);
@@ -394,7 +394,7 @@ void conduit_route(const Model& model, Link& link, Conduit& conduit, double infl
     link.newFlow = flow;
 }
 
-void conduit_update(const Model& model, Link& link, Conduit& conduit, const Offer& offer) {
+void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer) {
     conduit_shiftFlows(link, conduit);
     conduit_route(model, link, conduit, offer.flow, offer.quality);
 }

@@ -59,7 +59,7 @@ Errors getErrors(Model& model) {
     massbal_closeFlow(model, &errors.flow);
     for (int p = 0; p < model.polluts.size(); ++p) {
         double error;
-        errors.washoff.push_back(massbal_closeWashoff(model, p).error);
+        errors.washoff.push_back(massbal_getWashoff(model, p).error);
         massbal_closeQuality(model, p, &error);
         errors.quality.push_back(error);
     }
