@@ -24,8 +24,9 @@ std::vector<std::string> readBlocks(const char* chapter) {
 }
 
 ProcessResult compile(std::vector<std::string> arguments) {
-    arguments.insert(arguments.begin(), {TARNVELDE_C_COMPILER, "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror",
-                                         "-I" TARNVELDE_SOURCE_DIR "/include"});
+    const std::string headers = TARNVELDE_SOURCE_DIR "/include";
+    arguments.insert(arguments.begin(),
+                     {TARNVELDE_C_COMPILER, "-std=c99", "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-I", headers});
     return process_run(arguments);
 }
 
