@@ -1,7 +1,7 @@
 /* Tarnvelde: models as objects.
  *
- * The second public face of libtarnvelde: plain C99, usable from C, C++ and every language that calls C. It stands beside
- * the 47 functions of tarnvelde.h, which work on one model of their own; both may be used in one process.
+ * The second public face of libtarnvelde: plain C99, usable from C, C++ and every language that calls C. It stands
+ * beside the 47 functions of tarnvelde.h, which work on one model of their own; both may be used in one process.
  *
  * A whole run:
  *
@@ -14,21 +14,22 @@
  *     if (code != TV_OK) fprintf(stderr, "%s\n", tv_describeCode(code));
  *     tv_free(model);
  *
- * Models. A process may hold any number of models. They share nothing: different models may be used in different threads
- * at the same time without locks, one model in one thread at a time. Nothing is printed, no handler is installed, the
- * current folder and the locale stay. What a call hands out by pointer (IDs, texts) is valid until the project is closed
- * where nothing else is said, and belongs to the library.
+ * Models. A process may hold any number of models. They share nothing: different models may be used in different
+ * threads at the same time without locks, one model in one thread at a time. Nothing is printed, no handler is
+ * installed, the current folder and the locale stay. What a call hands out by pointer (IDs, texts) is valid until the
+ * project is closed where nothing else is said, and belongs to the library.
  *
  * Codes. Every function that returns int32_t returns 0 (TV_OK), a positive public code of the engine (what the message
- * "ERROR 209: ..." in the report tells; docs/errors.md lists them), or a negative code of the list below for a call that
- * can't be done. A refused call changes nothing, and stores nothing through its pointers. tv_describeCode puts each code
- * into words, tv_getMessage tells what the engine said with its place in the project file.
+ * "ERROR 209: ..." in the report tells; docs/errors.md lists them), or a negative code of the list below for a call
+ * that can't be done. A refused call changes nothing, and stores nothing through its pointers. tv_describeCode puts
+ * each code into words, tv_getMessage tells what the engine said with its place in the project file.
  *
  * Classes, indices. An object is named by its class and its index there, 0 ... count - 1, in the order of the project
- * file; an index is good as long as the project is open. IDs are compared without regard to the case of the letters a to z.
+ * file; an index is good as long as the project is open. IDs are compared without regard to the case of the letters a
+ * to z.
  *
- * Units, where nothing else is said: flow m3/s, volume m3, depth m, concentration mg/L, load kg/s, mass kg. Dates are days
- * since 30 December 1899, with the time of day as the fraction.
+ * Units, where nothing else is said: flow m3/s, volume m3, depth m, concentration mg/L, load kg/s, mass kg. Dates are
+ * days since 30 December 1899, with the time of day as the fraction.
  */
 #ifndef TARNVELDE_MODEL_H
 #define TARNVELDE_MODEL_H
@@ -94,11 +95,11 @@ enum tv_code {
 
 /* Where a model stands. */
 enum tv_phase {
-    TV_CLOSED = 0,  /* no project */
-    TV_OPEN = 1,    /* a project without errors, not started or ended */
-    TV_STARTED = 2, /* between two steps of a run */
+    TV_CLOSED = 0,   /* no project */
+    TV_OPEN = 1,     /* a project without errors, not started or ended */
+    TV_STARTED = 2,  /* between two steps of a run */
     TV_FINISHED = 3, /* the run has reached its end, or an error has stopped it; its last state can be looked at */
-    TV_FAILED = 4   /* a project with errors: its messages can be read, and it can be closed */
+    TV_FAILED = 4    /* a project with errors: its messages can be read, and it can be closed */
 };
 
 /* Weight of a message. */
@@ -137,30 +138,30 @@ enum tv_link_kind { TV_PIPE = 0, TV_PUMP = 1, TV_CONNECTION = 2, TV_CONDUIT = 3,
 
 /* Who is connected to whom: what tv_getRelation tells of an object. */
 enum tv_relation {
-    TV_LINK_FROM = 0,             /* link: node at the upstream end */
-    TV_LINK_TO = 1,               /* link: node at the downstream end */
-    TV_SUBCATCHMENT_OUTLET = 2,   /* subcatchment: node that gets the runoff */
-    TV_SUBCATCHMENT_GAGE = 3,     /* subcatchment: rain gage */
-    TV_GAGE_SERIES = 4,           /* gage: time series of the rain */
-    TV_UNIT_SUBCATCHMENT = 5,     /* LID unit: subcatchment that it stands on */
-    TV_UNIT_LID = 6,              /* LID unit: its definition */
-    TV_UNIT_DRAIN = 7,            /* LID unit: node that gets the underdrain */
-    TV_REACTOR_SURPASS = 8,       /* node, a reactor: node that gets what the capacity doesn't let in */
-    TV_REACTOR_EMPTYING = 9,      /* node, a reactor: node that the store is emptied to */
-    TV_LID_NODE_DRAIN = 10,       /* node, a LID node: node that gets the underdrain */
-    TV_LID_NODE_GAGE = 11,        /* node, a LID node: rain gage */
-    TV_SPLITTER_LINK = 12,        /* node, a splitter: the link that gets the split part */
-    TV_TANK_CURVE = 13,           /* node, a tank: curve of its areas */
+    TV_LINK_FROM = 0,           /* link: node at the upstream end */
+    TV_LINK_TO = 1,             /* link: node at the downstream end */
+    TV_SUBCATCHMENT_OUTLET = 2, /* subcatchment: node that gets the runoff */
+    TV_SUBCATCHMENT_GAGE = 3,   /* subcatchment: rain gage */
+    TV_GAGE_SERIES = 4,         /* gage: time series of the rain */
+    TV_UNIT_SUBCATCHMENT = 5,   /* LID unit: subcatchment that it stands on */
+    TV_UNIT_LID = 6,            /* LID unit: its definition */
+    TV_UNIT_DRAIN = 7,          /* LID unit: node that gets the underdrain */
+    TV_REACTOR_SURPASS = 8,     /* node, a reactor: node that gets what the capacity doesn't let in */
+    TV_REACTOR_EMPTYING = 9,    /* node, a reactor: node that the store is emptied to */
+    TV_LID_NODE_DRAIN = 10,     /* node, a LID node: node that gets the underdrain */
+    TV_LID_NODE_GAGE = 11,      /* node, a LID node: rain gage */
+    TV_SPLITTER_LINK = 12,      /* node, a splitter: the link that gets the split part */
+    TV_TANK_CURVE = 13,         /* node, a tank: curve of its areas */
     TV_RELATION_COUNT = 14
 };
 
 /* What kind of quantity a variable is. */
 enum tv_access {
     TV_PARAMETER = 0, /* given by the project file; a value that is set holds until the project is closed */
-    TV_FORCING = 1,   /* given by the host: an added inflow, a held setting; holds until it is released or the run ends */
-    TV_STATE = 2,     /* what the run has at this moment */
-    TV_RESULT = 3,    /* what the last step has made: flows, rates, concentrations */
-    TV_TOTAL = 4      /* sums, peaks and balances since the start */
+    TV_FORCING = 1, /* given by the host: an added inflow, a held setting; holds until it is released or the run ends */
+    TV_STATE = 2,   /* what the run has at this moment */
+    TV_RESULT = 3,  /* what the last step has made: flows, rates, concentrations */
+    TV_TOTAL = 4    /* sums, peaks and balances since the start */
 };
 
 /* When a variable may be set; a sum of these. */
@@ -196,10 +197,10 @@ typedef struct tv_message {
 
 /* A variable of the list. */
 typedef struct tv_variable {
-    const char* name;        /* unique in its class, as "inflow" */
-    int32_t objectClass;     /* tv_class */
-    uint32_t kinds;          /* bit k: nodes or links of kind k have it; all bits for classes without kinds */
-    const char* unit;        /* as "m3/s"; empty for a plain number */
+    const char* name;    /* unique in its class, as "inflow" */
+    int32_t objectClass; /* tv_class */
+    uint32_t kinds;      /* bit k: nodes or links of kind k have it; all bits for classes without kinds */
+    const char* unit;    /* as "m3/s"; empty for a plain number */
     const char* meaning;
     int32_t isPerPollutant;  /* 1: one value for each pollutant */
     int32_t access;          /* tv_access */
@@ -236,8 +237,8 @@ TV_API const char* tv_describeCode(int32_t code);
 /* Makes a model, closed. TV_ERROR_NULL, TV_ERROR_MEMORY. */
 TV_API int32_t tv_create(tv_model** model);
 
-/* Ends a model in whatever phase it stands: a run is stopped, files are closed and kept as they are, memory is given back.
- * A null model is none. TV_ERROR_BUSY from within a callback. */
+/* Ends a model in whatever phase it stands: a run is stopped, files are closed and kept as they are, memory is given
+ * back. A null model is none. TV_ERROR_BUSY from within a callback. */
 TV_API int32_t tv_free(tv_model* model);
 
 /* Libraries of the engines inside nodes, and the folders for their private copies; null or empty for the default, as in
@@ -245,8 +246,8 @@ TV_API int32_t tv_free(tv_model* model);
 TV_API int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
                              const char* plantFolder);
 
-/* Opens a project file. The report goes to a file of its own, null for none. With a positive code the model is TV_FAILED
- * and its messages tell every fault of the file; 301 and 303 leave it closed. TV_ERROR_OPEN. */
+/* Opens a project file. The report goes to a file of its own, null for none. With a positive code the model is
+ * TV_FAILED and its messages tell every fault of the file; 301 and 303 leave it closed. TV_ERROR_OPEN. */
 TV_API int32_t tv_open(tv_model* model, const char* path, const char* report);
 
 /* Opens a project from text in memory, which is copied. Names of files in it are relative to the folder, null for the
@@ -260,15 +261,16 @@ TV_API int32_t tv_start(tv_model* model, const char* results, const char* databa
 /* One routing step. TV_ERROR_NOT_STARTED, TV_ERROR_FINISHED behind the last one. A positive code ends the run early. */
 TV_API int32_t tv_step(tv_model* model);
 
-/* Steps until a date is reached or passed, or to the end. The date need not be one of a step. TV_ERROR_FINISHED if the run
- * was at its end before; TV_ERROR_RANGE for no number. */
+/* Steps until a date is reached or passed, or to the end. The date need not be one of a step. TV_ERROR_FINISHED if the
+ * run was at its end before; TV_ERROR_RANGE for no number. */
 TV_API int32_t tv_runUntil(tv_model* model, double date);
 
-/* Writes balances and statistics, as of now, into the report, behind what it has; nothing without a report. They are those
- * of the run so far. TV_ERROR_NOT_STARTED. */
+/* Writes balances and statistics, as of now, into the report, behind what it has; nothing without a report. They are
+ * those of the run so far. TV_ERROR_NOT_STARTED. */
 TV_API int32_t tv_report(tv_model* model);
 
-/* Ends a run: results are complete on the disk. The project stays open and may be started again. TV_ERROR_NOT_STARTED. */
+/* Ends a run: results are complete on the disk. The project stays open and may be started again. TV_ERROR_NOT_STARTED.
+ */
 TV_API int32_t tv_end(tv_model* model);
 
 /* Ends a run if there is one, and closes the project. TV_ERROR_NOT_OPEN if there is none. */
@@ -333,8 +335,8 @@ TV_API int32_t tv_getValue(const tv_model* model, int32_t variable, int32_t inde
 TV_API int32_t tv_setValue(tv_model* model, int32_t variable, int32_t index, int32_t pollutant, double value);
 
 /* Values of all objects of the class in one call, `count` of them, as tv_getCount tells. Objects of a kind without the
- * variable get nan. Setting passes over these, and over nan: what is nan stays as it is; if one value is refused, none is
- * set. TV_ERROR_SIZE. */
+ * variable get nan. Setting passes over these, and over nan: what is nan stays as it is; if one value is refused, none
+ * is set. TV_ERROR_SIZE. */
 TV_API int32_t tv_getValues(const tv_model* model, int32_t variable, int32_t pollutant, double* values, size_t count);
 TV_API int32_t tv_setValues(tv_model* model, int32_t variable, int32_t pollutant, const double* values, size_t count);
 
@@ -375,21 +377,22 @@ TV_API int32_t tv_getStateSize(const tv_model* model, size_t* size);
 /* Writes the state into an array of at least that size; stores how much of it is used. TV_ERROR_SIZE. */
 TV_API int32_t tv_saveState(const tv_model* model, void* bytes, size_t capacity, size_t* size);
 
-/* Goes back, or ahead, to a state of this project. The run goes on from there to the same bits as the run that was saved;
- * rows of results that were written behind this moment are taken back. */
+/* Goes back, or ahead, to a state of this project. The run goes on from there to the same bits as the run that was
+ * saved; rows of results that were written behind this moment are taken back. */
 TV_API int32_t tv_restoreState(tv_model* model, const void* bytes, size_t size);
 
 /* The same through a file, which is written aside and put in place when it is whole. TV_ERROR_FILE. */
 TV_API int32_t tv_saveStateFile(const tv_model* model, const char* path);
 TV_API int32_t tv_restoreStateFile(tv_model* model, const char* path);
 
-/* Hot start: right behind tv_start, takes water, pollutants and settings from the end of another run of the same network;
- * dates are those of this run, and totals, statistics and results begin anew. TV_ERROR_NOT_NOW behind the first step. */
+/* Hot start: right behind tv_start, takes water, pollutants and settings from the end of another run of the same
+ * network; dates are those of this run, and totals, statistics and results begin anew. TV_ERROR_NOT_NOW behind the
+ * first step. */
 TV_API int32_t tv_hotStart(tv_model* model, const void* bytes, size_t size);
 TV_API int32_t tv_hotStartFile(tv_model* model, const char* path);
 
-/* Makes a second model of a started one, in the same state, without report, results, callbacks. A project that was opened
- * from a file is read again: TV_ERROR_STATE_PROJECT if it has changed since. */
+/* Makes a second model of a started one, in the same state, without report, results, callbacks. A project that was
+ * opened from a file is read again: TV_ERROR_STATE_PROJECT if it has changed since. */
 TV_API int32_t tv_clone(const tv_model* model, tv_model** clone);
 
 #ifdef __cplusplus

@@ -10,7 +10,7 @@
 #define CANDIDATES 3
 static const double OPENINGS[CANDIDATES] = {0.2, 0.5, 1.0};
 static const double DECISION_TIME = 0.5 / 24.0; /* d, between two decisions */
-static const double LOOK_AHEAD = 1.0 / 24.0;    /* d */
+static const double LOOK_AHEAD = 0.5 / 24.0;    /* d */
 static const double EQUAL = 1.0;                /* m3: less is no difference */
 
 /* Indices of what the controller knows of the model. They are those of the twin, too. */

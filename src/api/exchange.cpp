@@ -283,5 +283,5 @@ int32_t tarnvelde_isInEvent(const char* name) {
         return FAILURE;
     }
     // A millisecond after the clock: at the very end of an event it is over.
-    return gage_isInEvent(model, gage, project_getDate(model, model.clock.newRoutingTime));
+    return gage_isInEvent(model, gage, model_getDate(model, model.clock.newRoutingTime));
 }

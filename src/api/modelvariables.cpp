@@ -216,7 +216,7 @@ int32_t testColumn(const Model& model, int32_t variable, int32_t pollutant) {
         return TV_ERROR_VARIABLE;
     }
     const int32_t first = Variables[variable].description.isPerPollutant ? 0 : TV_NO_POLLUTANT;
-    const int32_t end = Variables[variable].description.isPerPollutant ? project_pollutantCount(model) : 0;
+    const int32_t end = Variables[variable].description.isPerPollutant ? model_pollutantCount(model) : 0;
     return pollutant >= first && pollutant < end ? TV_OK : TV_ERROR_INDEX;
 }
 

@@ -215,6 +215,6 @@ void run_close(Model& model) {
         model.files.report = nullptr;
     }
     results_close(model);
-    project_clearHostLists(model);
+    model_clearHostLists(model);
     model.isOpen = model.isStarted = false;
 }

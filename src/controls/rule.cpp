@@ -116,7 +116,7 @@ double rule_operandValue(Model& model, const RuleOperand& operand) {
             return operand.link >= 0 && operand.pump >= 0 ? model.links[operand.link].setting : NO_VALUE;
         case ATTRIBUTE_EVENT:
             return operand.gage >= 0
-                       ? gage_isInEvent(model, operand.gage, project_getDate(model, model.clock.newRoutingTime))
+                       ? gage_isInEvent(model, operand.gage, model_getDate(model, model.clock.newRoutingTime))
                        : NO_VALUE;
         case ATTRIBUTE_FILL: return operand.reactor >= 0 ? getFill(model, operand.reactor) : NO_VALUE;
         default: return NO_VALUE;

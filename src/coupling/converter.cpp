@@ -114,7 +114,7 @@ void converter_validate(Model& model, int32_t index) {
         }
         return;
     }
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         if (!hasTarget(converter, p)) {
             errors_report(model, ERR_CONVERTER_EFFLUENT, converter.name);
             return;
@@ -127,11 +127,11 @@ void converter_validate(Model& model, int32_t index) {
 bool converter_isInfluentPoint(const Model& model, const ConverterPoint& point) {
     return point.target >= 0 && point.target < CONSTITUENT_COUNT &&
            (point.sourceKind == SOURCE_CONSTANT ||
-            (point.sourceIndex >= 0 && point.sourceIndex < project_pollutantCount(model)));
+            (point.sourceIndex >= 0 && point.sourceIndex < model_pollutantCount(model)));
 }
 
 bool converter_isEffluentPoint(const Model& model, const ConverterPoint& point) {
-    return point.target >= 0 && point.target < project_pollutantCount(model);
+    return point.target >= 0 && point.target < model_pollutantCount(model);
 }
 
 void converter_addAmount(const ConverterPoint& point, double amount, double& total) {

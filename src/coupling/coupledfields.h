@@ -34,7 +34,7 @@ void outside_walk(V& v, OutsideNode& outside, const Model& model, int64_t loads)
         outside_walkRecord(v, *record, loads);
     }
     for (CoupledFlow* record = outside.outflows.head; record; record = record->next) {
-        outside_walkRecord(v, *record, project_pollutantCount(model));
+        outside_walkRecord(v, *record, model_pollutantCount(model));
     }
     v.action.takeEngine(outside);
 }
@@ -43,7 +43,7 @@ template <class V>
 void coupled_walk(V& v, Model& model) {
     v.rows("SWMM node", model.swmmNodes, [&](V& own, SwmmNode& row) {
         own.fixed(row.entries, row.rptFile, row.outFile);
-        outside_walk(own, row.outside, model, project_pollutantCount(model));
+        outside_walk(own, row.outside, model, model_pollutantCount(model));
     });
     v.rows("VORN node", model.vornNodes, [&](V& own, VornNode& row) {
         own.fixed(row.entries);

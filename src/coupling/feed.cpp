@@ -17,7 +17,7 @@
 /// Counts what a record gives to the network in this step.
 static void countOutflow(Model& model, const OutsideTotals& totals, const CoupledFlow& record) {
     model.totals.flow.*totals.inflow += model.options.routingStep * record.newFlow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         model.totals.quality[p].*totals.inflowMass += model.options.routingStep * record.newLoad[p];
     }
 }
@@ -30,14 +30,14 @@ static void firePipe(Model& model, int32_t link, Pipe& pipe, CoupledFlow& record
     pipe_shiftState(model, model.links[link], pipe);
     record.sumFlow += record.newFlow;
     record.sumCount += 1;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         concentrations[p] = record.sumFlow != 0.0 ? record.sumLoad[p] / record.sumFlow * G_PER_KG : 0.0;
     }
     pipe_route(model, link, pipe, record.sumFlow / record.sumCount, concentrations);
     pipe_moveClock(model, pipe);
     record.sumFlow = 0.0;
     record.sumCount = 0;
-    std::fill_n(record.sumLoad, project_pollutantCount(model), 0.0);
+    std::fill_n(record.sumLoad, model_pollutantCount(model), 0.0);
 }
 
 /// It fires by the engine's clock before its latest step. Once that has passed the end of the run both clocks of the
@@ -54,7 +54,7 @@ void feed_pipe(Model& model, const CoupledFlow& named, const OutsideNode& outsid
     }
     record.sumFlow += record.newFlow;
     record.sumCount += 1;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         record.sumLoad[p] += record.newLoad[p];
     }
 }
@@ -70,7 +70,7 @@ void feed_connection(Model& model, const CoupledFlow& record, const OutsideNode&
     model.totals.flow.*totals.inflow += model.options.routingStep * link.newFlow;
     const Passage passage =
         connection_passFlow(model, link, connection, f * record.newFlow + (1.0 - f) * record.oldFlow);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double load = f * record.newLoad[p] + (1.0 - f) * record.oldLoad[p];
         model.totals.quality[p].*totals.inflowMass += model.options.routingStep * load;
         connection_passLoad(model, link, connection, passage, p, load);
@@ -87,7 +87,7 @@ void feed_conduit(Model& model, const CoupledFlow& named, const OutsideNode& out
     countOutflow(model, totals, first);
     conduit_shiftFlows(link, conduit);
     link_shiftQuality(model, link);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         outside.scratch[p] = first.newFlow != 0.0 ? first.newLoad[p] / first.newFlow * G_PER_KG : 0.0;
     }
     conduit_route(model, link, conduit, first.newFlow, outside.scratch);

@@ -186,13 +186,13 @@ void outside_rollRecords(const CoupledList& list, int32_t count) {
 }
 
 double* outside_getLoads(const Model& model, OutsideNode& outside) {
-    std::fill_n(outside.scratch, project_pollutantCount(model), 0.0);
+    std::fill_n(outside.scratch, model_pollutantCount(model), 0.0);
     return outside.scratch;
 }
 
 void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads) {
     model.totals.flow.*totals.outflow += model.options.routingStep * flow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         model.totals.quality[p].*totals.outflowMass += model.options.routingStep * loads[p];
     }
 }
@@ -241,7 +241,7 @@ void outside_validateOutflow(Model& model, const CoupledFlow& outflow, const cha
 
 void outside_initState(Model& model, OutsideNode& outside, int32_t inflowCount) {
     Arena& arena = model.memory.run;
-    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t pollutants = model_pollutantCount(model);
     const bool isDone =
         openRecords(arena, outside.inflows, inflowCount) && openRecords(arena, outside.outflows, pollutants);
     outside.scratch = arena_allocateArray<double>(arena, pollutants);

@@ -167,7 +167,7 @@ void swmm_validate(Model& model, int32_t node) {
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
 void swmm_initState(Model& model, int32_t node) {
-    outside_initState(model, model.swmmNodes[getRow(model, node)].outside, project_pollutantCount(model));
+    outside_initState(model, model.swmmNodes[getRow(model, node)].outside, model_pollutantCount(model));
 }
 
 bool swmm_startNode(Model& model, int32_t node) {
@@ -183,7 +183,7 @@ void swmm_endNode(Model& model, int32_t node) {
 // --- what comes in -------------------------------------------------------------------------------------------------
 
 void swmm_shiftInflows(Model& model, int32_t row) {
-    outside_rollRecords(model.swmmNodes[row].outside.inflows, project_pollutantCount(model));
+    outside_rollRecords(model.swmmNodes[row].outside.inflows, model_pollutantCount(model));
 }
 
 void swmm_takeInflow(Model& model, int32_t row, int32_t link, double flow, const double* loads) {
@@ -194,7 +194,7 @@ void swmm_takeInflow(Model& model, int32_t row, int32_t link, double flow, const
     CoupledFlow& record = **records.begin();
     record.newFlow += flow;
     outside_countDelivery(model, SWMM_TOTALS, flow, loads);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         record.newLoad[p] = loads[p];  // set, not added: of two links with one number only the last load goes on
     }
 }
@@ -250,7 +250,7 @@ static int getResultCode(int pollutant) {
 
 /// What the engine doesn't store is 0; so is the load of a pollutant that the model doesn't know.
 static void takeOutflows(const Model& model, const SwmmNode& swmm) {
-    outside_rollRecords(swmm.outside.outflows, project_pollutantCount(model));
+    outside_rollRecords(swmm.outside.outflows, model_pollutantCount(model));
     for (CoupledFlow* record = swmm.outside.outflows.head; record; record = record->next) {
         swmm.entries.swmm_getResult(NODE_OBJECT, record->objectId, TOTAL_INFLOW, &record->newFlow);
         for (int32_t p = 0; p < model.polluts.size(); ++p) {

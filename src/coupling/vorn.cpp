@@ -211,7 +211,7 @@ static void convertEffluent(const Model& model, const VornNode& vorn, const Coup
 }
 
 static void takeEffluents(const Model& model, const VornNode& vorn) {
-    outside_rollRecords(vorn.outside.outflows, project_pollutantCount(model));
+    outside_rollRecords(vorn.outside.outflows, model_pollutantCount(model));
     for (CoupledFlow* record = vorn.outside.outflows.head; record; record = record->next) {
         vorn.entries.vorn_getExtOutflow(record->objectId, FLOW_INDEX, &record->newFlow);
         convertEffluent(model, vorn, *record);

@@ -57,7 +57,7 @@ void subcatch_walkWater(V& v, Subcatch& subcatch) {
 
 template <class V>
 void subcatch_walkLoads(V& v, Subcatch& subcatch, const Model& model) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     v.state(NAMED(subcatch.runoffLoad), pollutants);
     v.state(NAMED(subcatch.lastWashoffRate), pollutants);
     v.state(NAMED(subcatch.thisWashoffRate), pollutants);
@@ -114,7 +114,7 @@ void lidunit_walkWater(V& v, LidUnit& unit) {
 
 template <class V>
 void lidunit_walkLoads(V& v, LidUnit& unit, const Model& model) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     v.state(NAMED(unit.lastSurfaceMass), pollutants);
     v.state(NAMED(unit.lastPavementMass), pollutants);
     v.state(NAMED(unit.lastSoilMass), pollutants);
@@ -274,7 +274,7 @@ void lid_walk(V& v, Lid& lid, const Model& model) {
 template <class V>
 void landuse_walk(V& v, Landuse& landuse, const Model& model) {
     v.fixed(landuse.name, landuse.buildup, landuse.washoff);
-    for (int32_t p = 0; landuse.buildup && landuse.washoff && p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; landuse.buildup && landuse.washoff && p < model_pollutantCount(model); ++p) {
         BuildupRule& buildup = landuse.buildup[p];
         WashoffRule& washoff = landuse.washoff[p];
         v.fixed(washoff.kind, washoff.usesBuildup);

@@ -21,8 +21,8 @@ static const char* const WashoffWords[] = {"EXP",      "EMC",      "SURFACE", "S
 void landuse_createAll(Model& model) {
     model.landuses.fill(model.counts.objects[LANDUSE], Landuse{});
     for (Landuse& landuse : model.landuses) {
-        landuse.buildup = arena_allocateArray<BuildupRule>(model.memory.project, project_pollutantCount(model));
-        landuse.washoff = arena_allocateArray<WashoffRule>(model.memory.project, project_pollutantCount(model));
+        landuse.buildup = arena_allocateArray<BuildupRule>(model.memory.project, model_pollutantCount(model));
+        landuse.washoff = arena_allocateArray<WashoffRule>(model.memory.project, model_pollutantCount(model));
         if (!landuse.buildup || !landuse.washoff) {
             model.error.code = ERR_MEMORY;
         }

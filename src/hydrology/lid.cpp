@@ -26,11 +26,11 @@ static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT
 /// The five arrays of rules of a definition, one rule per pollutant.
 static bool createRules(Model& model, Lid& lid) {
     for (Decay** rules : {&lid.surfaceDecay, &lid.pavementDecay, &lid.soilDecay, &lid.storageDecay, &lid.matDecay}) {
-        *rules = arena_allocateArray<Decay>(model.memory.project, project_pollutantCount(model));
+        *rules = arena_allocateArray<Decay>(model.memory.project, model_pollutantCount(model));
         if (!*rules) {
             return false;
         }
-        std::fill_n(*rules, project_pollutantCount(model), NO_DECAY);
+        std::fill_n(*rules, model_pollutantCount(model), NO_DECAY);
     }
     return true;
 }
@@ -257,7 +257,7 @@ static void putMatInStorage(const Model& model, Lid& lid) {
     lid.storageDepth = lid.matDepth;
     lid.storageVoid = lid.matVoid;
     lid.storageRate = 0.0;
-    if (project_pollutantCount(model) > 0) {
+    if (model_pollutantCount(model) > 0) {
         // Only the first pollutant follows the mat's rules; the others keep those of the storage, whether they have
         // any or not.
         lid.storageDecay[0] = lid.matDecay[0];

@@ -151,7 +151,7 @@ void lidgroup_shiftState(Model& model, int32_t subcatch) {
 
 /// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before.
 static void setLoads(const Model& model, const Subcatch& subcatch, LidUnit& unit, double dt) {
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double concentration = model.polluts[p].rainConcentration;
         unit.load[p] =
             unit.area * subcatch.rain * concentration / G_PER_KG + subcatch.lastWashoffRate[p] * unit.fromImpervious;
@@ -203,7 +203,7 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
 void lidgroup_addSurfaceLoads(Model& model, int32_t subcatch, double* runoffLoad, double dt) {
     for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
         // Unit by unit: a later one also takes its share of what the ones before let go.
-        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
             runoffLoad[p] = (1.0 - unit.fromImpervious) * runoffLoad[p];
             runoffLoad[p] += dt * unit.thisSurfaceLoad[p];
         }

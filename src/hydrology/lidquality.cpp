@@ -163,7 +163,7 @@ static void moveThroughBarrel(const Model& model, const LidStep& s, int32_t p) {
 
 void lidquality_advance(const Model& model, const LidStep& s) {
     LidUnit& unit = *s.unit;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         unit.inflowLoad[p] += s.dt * unit.load[p];
         switch (s.lid->type) {
             case LID_RB: moveThroughBarrel(model, s, p); break;

@@ -70,7 +70,7 @@ static void forget(LidUnit& unit, const UnitArray (&arrays)[count]) {
 /// One array after the other, from one piece of memory; all null without it.
 template <size_t count>
 static bool create(const Model& model, LidUnit& unit, const UnitArray (&arrays)[count], Arena& arena) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     double* memory = arena_allocateArray<double>(arena, static_cast<int64_t>(count) * pollutants);
     if (!memory) {
         forget(unit, arrays);
@@ -89,7 +89,7 @@ bool lidunit_createArrays(const Model& model, LidUnit& unit, Arena& arena) {
 
 void lidunit_clearArrays(const Model& model, LidUnit& unit) {
     for (const UnitArray array : LayerArrays) {
-        std::fill_n(unit.*array, project_pollutantCount(model), 0.0);
+        std::fill_n(unit.*array, model_pollutantCount(model), 0.0);
     }
 }
 
@@ -143,7 +143,7 @@ static void roll(double& last, double& current) {
 void lidunit_shiftState(const Model& model, LidUnit& unit) {
     roll(unit.lastSurfaceFlow, unit.thisSurfaceFlow);
     roll(unit.lastDrainFlow, unit.thisDrainFlow);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         roll(unit.lastSurfaceMass[p], unit.thisSurfaceMass[p]);
         roll(unit.lastPavementMass[p], unit.thisPavementMass[p]);
         roll(unit.lastSoilMass[p], unit.thisSoilMass[p]);

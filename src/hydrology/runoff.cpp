@@ -78,7 +78,7 @@ void runoff_initState(Model& model) {
 
 void runoff_open(Model& model) {
     for (Subcatch& subcatch : model.subcatches) {
-        subcatch.runoffLoad = arena_allocateArray<double>(model.memory.run, project_pollutantCount(model));
+        subcatch.runoffLoad = arena_allocateArray<double>(model.memory.run, model_pollutantCount(model));
         if (!subcatch.runoffLoad) {
             errors_report(model, ERR_MEMORY, "");
         }
@@ -103,7 +103,7 @@ void runoff_resetClock(Model& model) {
 static void setQuality(const Model& model, Subcatch& subcatch, double dt) {
     const double volume = dt * subcatch.thisRunoff;
     const bool isTrickle = !(volume > subcatch.area * DRY_RATE * dt);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         double concentration = volume > 0.0 ? subcatch.runoffLoad[p] / volume : 0.0;
         if (isTrickle) {
             concentration = 0.0;
@@ -126,7 +126,7 @@ RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double
 [[gnu::always_inline]] static inline void stepQuality(Model& model, int32_t index, const RunoffVolumes& volumes,
                                                       double dt) {
     Subcatch& subcatch = model.subcatches[index];
-    std::fill_n(subcatch.runoffLoad, project_pollutantCount(model), 0.0);
+    std::fill_n(subcatch.runoffLoad, model_pollutantCount(model), 0.0);
     washoff_washLand(model, subcatch, subcatch.thisRunoff / subcatch.area, dt);
     washoff_washRain(model, subcatch, volumes, dt);
     lidgroup_addSurfaceLoads(model, index, subcatch.runoffLoad, dt);
@@ -142,7 +142,7 @@ static void advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt
     if (subcatch.thisRunoff / subcatch.area < DRY_RATE) {
         washoff_growBuildup(model, subcatch, dt);
     }
-    if (project_pollutantCount(model) > 0) {
+    if (model_pollutantCount(model) > 0) {
         stepQuality(model, index, volumes, dt);
     }
 }
@@ -151,7 +151,7 @@ void runoff_advance(Model& model) {
     if (model.error.code) {
         return;
     }
-    const DateTime date = project_getDate(model, model.clock.newRunoffTime);
+    const DateTime date = model_getDate(model, model.clock.newRunoffTime);
     evap_setRate(model, date);
     gage_advance(model, date);
     model.clock.oldRunoffTime = model.clock.newRunoffTime;
@@ -161,7 +161,7 @@ void runoff_advance(Model& model) {
         subcatch_shiftState(model, model.subcatches[k]);
         lidgroup_shiftState(model, k);
     }
-    const int32_t hour = datetime_getHour(project_getDate(model, model.clock.newRunoffTime));
+    const int32_t hour = datetime_getHour(model_getDate(model, model.clock.newRunoffTime));
     for (int32_t k = 0; k < model.subcatches.size(); ++k) {
         advanceSubcatch(model, k, hour, model.options.runoffStep);
     }

@@ -25,7 +25,7 @@ static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve,
 /// All arrays of a subcatchment that live as long as the project stand together: a runoff step goes through them at
 /// once.
 static void createArrays(Model& model, Subcatch& subcatch) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     const int64_t landuses = model.counts.objects[LANDUSE];
     double* memory = arena_allocateArray<double>(model.memory.project, pollutants * (6 + landuses));
     subcatch.landShares = arena_allocateArray<LandShare>(model.memory.project, landuses);
@@ -178,7 +178,7 @@ static constexpr double* Subcatch::*StatisticLoads[] = {&Subcatch::initBuildup, 
 
 void subcatch_openStatistics(Model& model, Subcatch& subcatch) {
     subcatch.rainfall = subcatch.evap = subcatch.infil = subcatch.runoff = subcatch.peakRunoff = 0.0;
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     double* memory = arena_allocateArray<double>(model.memory.results, std::ssize(StatisticLoads) * pollutants);
     if (!memory) {
         errors_report(model, ERR_MEMORY, "");
@@ -192,7 +192,7 @@ void subcatch_openStatistics(Model& model, Subcatch& subcatch) {
 void subcatch_clearLoads(const Model& model, Subcatch& subcatch) {
     for (double* Subcatch::*loads : StatisticLoads) {
         if (subcatch.*loads) {
-            std::fill_n(subcatch.*loads, project_pollutantCount(model), 0.0);
+            std::fill_n(subcatch.*loads, model_pollutantCount(model), 0.0);
         }
     }
 }
@@ -202,7 +202,7 @@ void subcatch_initState(const Model& model, Subcatch& subcatch) {
     subcatch.lastRunoff = subcatch.thisRunoff = 0.0;
     subcatch.imperviousDepth = subcatch.perviousDepth = 0.0;
     subcatch.infilState = HortonState{};
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         subcatch.lastQuality[p] = subcatch.thisQuality[p] = 0.0;
         subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p] = 0.0;
         subcatch.pondedMass[p] = 0.0;
@@ -214,7 +214,7 @@ void subcatch_initState(const Model& model, Subcatch& subcatch) {
 void subcatch_shiftState(const Model& model, Subcatch& subcatch) {
     subcatch.lastRunoff = subcatch.thisRunoff;
     subcatch.imperviousRunoff = subcatch.perviousRunoff = subcatch.thisRunoff = 0.0;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         subcatch.lastQuality[p] = subcatch.thisQuality[p];
         subcatch.thisQuality[p] = 0.0;
         subcatch.lastWashoffRate[p] = subcatch.thisWashoffRate[p];
@@ -281,7 +281,7 @@ void subcatch_countStep(const Model& model, Subcatch& s, double dt) {
     s.infil += dt * s.infilRate * MM_PER_M;
     s.runoff += dt * s.thisRunoff / s.area * MM_PER_M;
     statistics_keepMaximum(s.peakRunoff, s.thisRunoff);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         s.surfaceWashoff[p] += s.thisQuality[p] / G_PER_KG * s.thisRunoff * dt;
     }
 }

@@ -17,7 +17,7 @@ void washoff_initBuildup(const Model& model, Subcatch& subcatch) {
         const Landuse& landuse = model.landuses[l];
         LandShare& share = subcatch.landShares[l];
         const double area = subcatch.area * share.fraction * HA_PER_M2;
-        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
             share.buildup[p] =
                 subcatch.initialLoad[p] > 0.0
                     ? subcatch.initialLoad[p] * area
@@ -37,7 +37,7 @@ void washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt) {
             continue;
         }
         const double area = share.fraction * subcatch.area * HA_PER_M2;
-        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
             const double old = share.buildup[p];
             double grown = landuse_getBuildup(landuse.buildup[p], area, old, dt);
             grown = grown < old ? old : grown;
@@ -62,7 +62,7 @@ void washoff_washLand(const Model& model, Subcatch& subcatch, double rate, doubl
             continue;
         }
         const double landArea = subcatch.area * share.fraction;
-        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
             const WashoffRule& rule = model.landuses[l].washoff[p];
             double& buildup = share.buildup[p];
             double mass = landuse_getWashoff(rule, buildup, landArea, runoff) * dt * subcatch.thisRunoff * landArea /
@@ -105,7 +105,7 @@ void washoff_washRain(const Model& model, Subcatch& subcatch, const RunoffVolume
     }
     const double area = subcatch.area - subcatch.lidArea;
     const double f = subcatch.imperviousFraction;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double deposition = model.polluts[p].rainConcentration / G_PER_KG * area * subcatch.rain * dt;
         subcatch.wetDeposition[p] += deposition;
         if (volumes.wetInflow == 0.0) {

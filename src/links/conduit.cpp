@@ -348,8 +348,8 @@ void conduit_shiftFlows(Link& link, Conduit& conduit) {
 /// Mixes the inflow of the step (m3) into the store and lets the mix decay.
 static void mixAndDecay(Model& model, Link& link, Conduit& conduit, double stored, double inflow,
                         const double* concentrations) {
-    const int32_t hour = conduit.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    const int32_t hour = conduit.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         double mixed = 0.0;
         if (inflow + stored > 0.0) {
             mixed = (stored * link.oldQual[p] + inflow * concentrations[p]) / (inflow + stored);

@@ -30,7 +30,7 @@ int32_t connection_readLine(Model& model, const Tokens& tokens, int32_t link, in
 void connection_initState(Model& model, Connection& connection) {
     connection.oldInflow = connection.newInflow = 0.0;
     connection.flowQueue = DelayQueue{};
-    connection.loadQueue = arena_allocateArray<DelayQueue>(model.memory.run, project_pollutantCount(model));
+    connection.loadQueue = arena_allocateArray<DelayQueue>(model.memory.run, model_pollutantCount(model));
     if (!connection.loadQueue) {
         errors_report(model, ERR_MEMORY, "");
     }
@@ -48,8 +48,8 @@ void connection_shiftState(Connection& connection) {
 Passage connection_passFlow(Model& model, Link& link, Connection& connection, double flow) {
     const double exitTime = connection.delay * MS_PER_SECOND + model.clock.newRoutingTime;
     const bool leavesInTime = model.options.totalDuration >= exitTime;
-    const DateTime exitDate = leavesInTime ? project_getDate(model, exitTime) : 0.0;
-    const DateTime date = project_getDate(model, model.clock.newRoutingTime);
+    const DateTime exitDate = leavesInTime ? model_getDate(model, exitTime) : 0.0;
+    const DateTime date = model_getDate(model, model.clock.newRoutingTime);
     if (leavesInTime) {
         delayqueue_push(model, connection.flowQueue, exitDate, flow);
     } else {
@@ -73,7 +73,7 @@ void connection_passLoad(Model& model, Link& link, Connection& connection, const
 
 void connection_update(Model& model, Link& link, Connection& connection, const Offer& offer) {
     const Passage passage = connection_passFlow(model, link, connection, offer.flow);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         connection_passLoad(model, link, connection, passage, p, offer.loadedFlow * offer.quality[p] / G_PER_KG);
     }
 }

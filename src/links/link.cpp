@@ -55,13 +55,13 @@ void link_initState(const Model& model, Link& link) {
     link.oldFlow = link.newFlow = 0.0;
     link.setting = 1.0;
     link.isHostSetting = false;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         link.oldQual[p] = link.newQual[p] = 0.0;
     }
 }
 
 void link_shiftQuality(const Model& model, Link& link) {
-    std::copy_n(link.newQual, project_pollutantCount(model), link.oldQual);
+    std::copy_n(link.newQual, model_pollutantCount(model), link.oldQual);
 }
 
 // --- settings ------------------------------------------------------------------------------------------------------

@@ -16,7 +16,7 @@
 
 template <class V>
 void link_walk(V& v, Link& link, const Model& model) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     v.fixed(link.kind, link.isLagged, link.id, link.kindIndex, link.fromNode, link.toNode);
     v.state(NAMED(link.oldFlow));
     v.state(NAMED(link.newFlow));
@@ -68,7 +68,7 @@ struct GuidedLinkList {
 
 template <class V>
 void pipe_walk(V& v, Pipe& pipe, const Model& model) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     v.fixed(pipe.decay);
     v.setting(NAMED(pipe.hasDecay));
     decay_walk(v, pipe.decay, model);
@@ -175,7 +175,7 @@ void delayqueue_walk(V& v, const char* name, DelayQueue& queue, Model& model) {
 template <class V>
 void delayqueue_walkLoads(V& v, const char* name, DelayQueue*& queues, Model& model) {
     v.fixed(queues);
-    for (int32_t p = 0; queues && p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; queues && p < model_pollutantCount(model); ++p) {
         delayqueue_walk(v, name, queues[p], model);
     }
 }

@@ -69,7 +69,7 @@ static bool canFireAgain(const Model& model, double stepLength) {
 
 /// All arrays of a pipe stand together: a firing goes through them at once.
 static double* allocateReaches(Model& model, int64_t reaches, bool hasCopy) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     const int64_t copies = hasCopy ? 2 : 1;
     return arena_allocateArray<double>(model.memory.run, reaches + pollutants + copies * reaches * pollutants);
 }
@@ -85,7 +85,7 @@ bool pipe_doReachesFit(const Model& model, const Pipe& pipe, int32_t reaches, do
 void pipe_placeReaches(const Model& model, Pipe& pipe, double* memory, int32_t reaches) {
     pipe.reachCount = reaches;
     pipe.sumMass = memory;
-    pipe.storage = pipe.sumMass + project_pollutantCount(model);
+    pipe.storage = pipe.sumMass + model_pollutantCount(model);
 }
 
 void pipe_initState(Model& model, Pipe& pipe) {
@@ -196,7 +196,7 @@ static bool isFinite(const double* c, double storage, int32_t pollutants) {
 
 /// Decay of what mixReach has mixed.
 static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, int32_t hour, double* qual, double* c) {
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double factor = decay_getFactor(model, pipe.decay[p], hour, pipe.stepLength);
         model.totals.quality[p].reactedLoss += c[p] * flow.storage * (1.0 - factor) / G_PER_KG;
         qual[p] = c[p] = c[p] * factor;
@@ -223,8 +223,8 @@ static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
 
 void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
     Link& link = model.links[index];
-    const int32_t pollutants = project_pollutantCount(model);
-    const int32_t hour = pipe.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
+    const int32_t pollutants = model_pollutantCount(model);
+    const int32_t hour = pipe.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
     const double dt = pipe.stepLength;
     const double a = dt * 0.5;
     const double b = pipe.k * pipe.x;
@@ -263,12 +263,12 @@ void pipe_moveClock(const Model& model, Pipe& pipe) {
 static void clearSums(const Model& model, Pipe& pipe) {
     pipe.sumVolume = 0.0;
     pipe.sumCount = 0;
-    std::fill_n(pipe.sumMass, project_pollutantCount(model), 0.0);
+    std::fill_n(pipe.sumMass, model_pollutantCount(model), 0.0);
 }
 
 /// All firings of a step mix with what the reaches held ahead of the first one.
 static void restoreStepStart(const Model& model, const Pipe& pipe, bool isFirst) {
-    const int64_t count = static_cast<int64_t>(pipe.reachCount) * project_pollutantCount(model);
+    const int64_t count = static_cast<int64_t>(pipe.reachCount) * model_pollutantCount(model);
     double* qual = pipe_newSegQual(model, pipe, 0);
     double* atStart = qual + count;
     if (isFirst) {
@@ -286,7 +286,7 @@ static void fire(Model& model, int32_t index, Pipe& pipe) {
     if (canFireAgain(model, pipe.stepLength)) {
         restoreStepStart(model, pipe, !model.isChangedPipe[index]);
     }
-    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t pollutants = model_pollutantCount(model);
     double* mean = link.newQual;  // goes through the cascade where it will stand as that of the outflow
     for (int32_t p = 0; p < pollutants; ++p) {
         mean[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * G_PER_KG : 0.0;
@@ -306,7 +306,7 @@ void pipe_update(Model& model, int32_t index, Pipe& pipe, const Offer& offer, do
     pipe.sumCount += 1;
     double* __restrict sumMass = pipe.sumMass;
     const double* __restrict quality = offer.quality;
-    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t pollutants = model_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         sumMass[p] += volume * quality[p] / G_PER_KG;
     }
@@ -333,7 +333,7 @@ double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, doub
     const double newFlow = b * link.newFlow;
     const double* __restrict oldQual = link.oldQual;
     const double* __restrict newQual = link.newQual;
-    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t pollutants = model_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / G_PER_KG;
     }
@@ -377,7 +377,7 @@ void pipe_changeStep(Model& model, double step) {
     const double ratio = model.options.routingStep / step;
     for (Pipe& pipe : model.pipes) {
         pipe.sumVolume *= ratio;
-        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
             pipe.sumMass[p] *= ratio;
         }
     }

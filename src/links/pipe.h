@@ -35,7 +35,7 @@ struct alignas(64) Pipe {
 
 /// Concentrations in a reach, mg/L, one per pollutant.
 [[nodiscard]] inline double* pipe_newSegQual(const Model& model, const Pipe& pipe, int32_t reach) {
-    return pipe.storage + pipe.reachCount + static_cast<int64_t>(reach) * project_pollutantCount(model);
+    return pipe.storage + pipe.reachCount + static_cast<int64_t>(reach) * model_pollutantCount(model);
 }
 
 /// Reaches that are both wanted and there: a host may have changed `n` in the run.
@@ -45,7 +45,7 @@ struct alignas(64) Pipe {
 
 /// Numbers in the storage of so many reaches: volumes and concentrations.
 [[nodiscard]] inline int64_t pipe_getStorageCount(const Model& model, int32_t reaches) {
-    return static_cast<int64_t>(reaches) * (1 + project_pollutantCount(model));
+    return static_cast<int64_t>(reaches) * (1 + model_pollutantCount(model));
 }
 
 /// A pipe by its rows in the tables of the links and of the pipes.

@@ -18,15 +18,15 @@
 const char* const ReactionWords[] = {"CONST_CONCEN", "CONST_RATIO", "ZERO", "FIRST", nullptr};
 
 Decay* decay_create(Model& model) {
-    Decay* decays = arena_allocateArray<Decay>(model.memory.project, project_pollutantCount(model));
-    if (decays && project_pollutantCount(model) > 0) {
+    Decay* decays = arena_allocateArray<Decay>(model.memory.project, model_pollutantCount(model));
+    if (decays && model_pollutantCount(model) > 0) {
         decays[0] = NO_DECAY;
     }
     return decays;
 }
 
 bool decay_isAny(const Model& model, const Decay* decays) {
-    return std::any_of(decays, decays + project_pollutantCount(model),
+    return std::any_of(decays, decays + model_pollutantCount(model),
                        [](const Decay& decay) { return decay.type == FIRST_ORDER; });
 }
 

@@ -16,11 +16,11 @@ const char* const LinkKindWords[LINK_KIND_COUNT] = {
 #include "model/sections.def"
 };
 
-double project_getDate(const Model& model, double clock) {
+double model_getDate(const Model& model, double clock) {
     return datetime_addSeconds(model.options.startDateTime, (clock + 1.0) / MS_PER_SECOND);
 }
 
-void project_clearHostLists(Model& model) {
+void model_clearHostLists(Model& model) {
     model.requests.inflows.clear();
     model.requests.loads.clear();
     model.requests.heldInflows.clear();

@@ -140,10 +140,10 @@ struct Model {
     Table<int32_t> guidedLinks;                       ///< whose target may differ from their setting
     Table<uint8_t> isGuided;                          ///< by link: stands in guidedLinks
     Table<int32_t> everChangingLinks;                 ///< that every step rolls
-    Table<ChangedPipe> changedPipes;  ///< that fired, or that the host wrote to, since the last roll
-    Table<uint8_t> isChangedPipe;     ///< by link: stands in changedPipes
-    int32_t floodingPipeCount{};      ///< pipes whose newFlood isn't 0
-    bool hasEndlessQuality{};         ///< some concentration in a pipe of the run was no finite number
+    Table<ChangedPipe> changedPipes;                  ///< that fired, or that the host wrote to, since the last roll
+    Table<uint8_t> isChangedPipe;                     ///< by link: stands in changedPipes
+    int32_t floodingPipeCount{};                      ///< pipes whose newFlood isn't 0
+    bool hasEndlessQuality{};                         ///< some concentration in a pipe of the run was no finite number
     RoomState<ActionList> actionList;
 
     // --- results and totals
@@ -155,11 +155,11 @@ struct Model {
 };
 
 /// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
-[[nodiscard]] double project_getDate(const Model& model, double clock);
+[[nodiscard]] double model_getDate(const Model& model, double clock);
 
-[[nodiscard]] inline int32_t project_pollutantCount(const Model& model) {
+[[nodiscard]] inline int32_t model_pollutantCount(const Model& model) {
     return model.counts.objects[POLLUT];
 }
 
 /// Empties the five lists that a host has filled.
-void project_clearHostLists(Model& model);
+void model_clearHostLists(Model& model);

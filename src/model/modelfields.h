@@ -65,7 +65,7 @@ template <class V>
 void totals_walk(V& v, Totals& totals, const Model& model) {
     totals_walkFlow(v, totals.flow);
     v.fixed(totals.quality);
-    for (int32_t p = 0; totals.quality && p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; totals.quality && p < model_pollutantCount(model); ++p) {
         totals_walkQuality(v, totals.quality[p]);
     }
     v.total(NAMED(totals.initSurfaceStorage));
@@ -97,7 +97,7 @@ void timeseries_walk(V& v, Series& series) {
 /// Decay of each pollutant in one object, which a host may change.
 template <class V>
 void decay_walk(V& v, Decay* decays, const Model& model) {
-    for (int32_t p = 0; decays && p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; decays && p < model_pollutantCount(model); ++p) {
         Decay& decay = decays[p];
         v.setting(NAMED(decay.type), FieldSpan{-1.0, FIRST_ORDER});
         v.setting(NAMED(decay.pattern), FieldSpan{-1.0, model.patterns.size() - 1.0});

@@ -110,7 +110,7 @@ void lidmono_shiftState(Model& model, int32_t kindIndex) {
 
 /// Loads that enter the unit: its share of the node's, and with its rain.
 static void setLoads(const Model& model, const Node& node, LidUnit& unit, double rain, double dt) {
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         unit.load[p] = node.massInflow[p] * unit.fromImpervious;
         if (model.options.lidMonoRainfall) {
             const double concentration = model.polluts[p].rainConcentration;
@@ -123,7 +123,7 @@ static void setLoads(const Model& model, const Node& node, LidUnit& unit, double
 /// Mixes what comes over the surface with what passed around the unit. The load of a drain that joins the link is left
 /// out, though its water is in the link's flow.
 static void mixOutflow(const Model& model, Node& node, const LidUnit& unit) {
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double bypass = (1.0 - unit.fromImpervious) * node.massInflow[p];
         node.newQual[p] =
             unit.thisSurfaceFlow == 0.0 ? 0.0 : (unit.thisSurfaceLoad[p] + bypass) / unit.thisSurfaceFlow * G_PER_KG;
@@ -140,7 +140,7 @@ static void passDrain(Model& model, const LidUnit& unit) {
     target.newLatFlow += unit.thisDrainFlow;
     const Lid& lid = model.lids[unit.lid];
     if (unit.area * lid.storageVoid * unit.storageLevel != 0.0) {
-        for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
             target.massInflow[p] += unit.thisDrainLoad[p];
         }
     }
@@ -162,7 +162,7 @@ void lidmono_step(Model& model, int32_t index) {
     // the runoff clock, for a node in the network too.
     LidStep step{.unit = &unit,
                  .lid = &model.lids[unit.lid],
-                 .hour = datetime_getHour(project_getDate(model, model.clock.newRunoffTime)),
+                 .hour = datetime_getHour(model_getDate(model, model.clock.newRunoffTime)),
                  .dt = dt,
                  .inflow = inflow,
                  .evap = rain > 0.0 ? 0.0 : model.evap->rate};

@@ -38,7 +38,7 @@ void node_initState(Model& model, Node& node) {
         Series& series = model.timeSeries[node.extInflow->series];
         timeseries_rewind(series, series.cursor);
     }
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
     }
 }
@@ -56,7 +56,7 @@ void node_shiftQuality(const Model& model, Node& node) {
     double* __restrict massInflow = node.massInflow;
     double* __restrict newQual = node.newQual;
     double* __restrict oldQual = node.oldQual;
-    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t pollutants = model_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         massInflow[p] = 0.0;
         oldQual[p] = newQual[p];
@@ -66,7 +66,7 @@ void node_shiftQuality(const Model& model, Node& node) {
 
 void node_addDelivery(const Model& model, Node& node, double flow, const double* quality) {
     node.newUpstreamFlow += flow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         node.massInflow[p] += quality[p] * flow / G_PER_KG;
     }
 }
@@ -75,7 +75,7 @@ void node_mixInflow(const Model& model, Node& node) {
     const double inflow = node.newInflow;
     const double* __restrict massInflow = node.massInflow;
     double* __restrict newQual = node.newQual;
-    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t pollutants = model_pollutantCount(model);
     for (int32_t p = 0; p < pollutants; ++p) {
         newQual[p] = inflow != 0.0 ? massInflow[p] / inflow * G_PER_KG : 0.0;
     }

@@ -15,7 +15,7 @@
 
 template <class V>
 void node_walk(V& v, Node& node, const Model& model) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     v.fixed(node.kind, node.kindIndex, node.id, node.extInflow, node.dwfInflow, node.isHead);
     v.state(NAMED(node.newInflow));
     v.state(NAMED(node.newUpstreamFlow));
@@ -40,7 +40,7 @@ void outlets_walkLevels(V& v, LevelList& list) {
 
 template <class V>
 void tank_walk(V& v, Tank& tank, const Model& model) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     v.fixed(tank.curve, tank.decay, tank.initQual);
     v.setting(NAMED(tank.hasDecay));
     decay_walk(v, tank.decay, model);
@@ -61,7 +61,7 @@ void tank_walk(V& v, Tank& tank, const Model& model) {
 
 template <class V>
 void outfall_walk(V& v, Outfall& outfall, const Model& model) {
-    v.total(NAMED(outfall.statLoad), project_pollutantCount(model));
+    v.total(NAMED(outfall.statLoad), model_pollutantCount(model));
 }
 
 template <class V>
@@ -92,7 +92,7 @@ void reactor_walkStatistics(V& v, Reactor& reactor, int64_t pollutants) {
 
 template <class V>
 void reactor_walk(V& v, Reactor& reactor, Model& model) {
-    const int64_t pollutants = project_pollutantCount(model);
+    const int64_t pollutants = model_pollutantCount(model);
     v.fixed(reactor.type, reactor.capacityType, reactor.reactionType, reactor.surpassNode, reactor.emptyingNode,
             reactor.reactionPattern, reactor.evapPattern, reactor.initQual, reactor.inletQual);
     v.setting(NAMED(reactor.surfaceLoading));

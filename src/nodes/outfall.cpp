@@ -13,7 +13,7 @@
 void outfall_countStep(Model& model, const Node& node, Outfall& outfall) {
     const double dt = model.options.routingStep;
     model.totals.flow.externalOutflow += dt * node.newInflow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double load = node.newInflow * node.newQual[p] / G_PER_KG;
         model.totals.quality[p].externalOutflow += dt * load;
         outfall.statLoad[p] += dt * load;
@@ -22,7 +22,7 @@ void outfall_countStep(Model& model, const Node& node, Outfall& outfall) {
 
 void outfall_openStatistics(Model& model) {
     for (Outfall& outfall : model.outfalls) {
-        outfall.statLoad = arena_allocateArray<double>(model.memory.results, project_pollutantCount(model));
+        outfall.statLoad = arena_allocateArray<double>(model.memory.results, model_pollutantCount(model));
         if (!outfall.statLoad) {
             errors_report(model, ERR_MEMORY, "");
         }
@@ -32,7 +32,7 @@ void outfall_openStatistics(Model& model) {
 void outfall_clearStatistics(Model& model) {
     for (Outfall& outfall : model.outfalls) {
         if (outfall.statLoad) {
-            std::fill_n(outfall.statLoad, project_pollutantCount(model), 0.0);
+            std::fill_n(outfall.statLoad, model_pollutantCount(model), 0.0);
         }
     }
 }

@@ -28,7 +28,7 @@ static const char* const CapacityTypeWords[] = {"FLOW_CAPACITY", "SURFACE_LOADIN
 // --- reading -------------------------------------------------------------------------------------------------------
 
 bool reactor_createArrays(Model& model, Reactor& reactor) {
-    const int64_t count = project_pollutantCount(model);
+    const int64_t count = model_pollutantCount(model);
     reactor.emptyingNode = -1;
     reactor.evapPattern = -1;
     reactor.reactionType = arena_allocateArray<int32_t>(model.memory.project, count);
@@ -201,7 +201,7 @@ int32_t reactor_readEmptying(Model& model, const Tokens& tokens) {
 
 void reactor_validate(Model& model, const Node& node, const Reactor& reactor) {
     const char* id = node.id;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const int32_t type = reactor.reactionType[p];
         if (reactor.type == CSTR && (type == CONST_CONCEN || type == CONST_RATIO)) {
             errors_report(model, ERR_REACTOR_TYPE, id);
@@ -232,7 +232,7 @@ void reactor_initState(Model& model, Reactor& reactor) {
     reactor.surpassFlow = reactor.emptyingFlow = 0.0;
     reactor.evapDepth = reactor.infilDepth = 0.0;
     reactor.flowQueue = DelayQueue{};
-    const int64_t count = project_pollutantCount(model);
+    const int64_t count = model_pollutantCount(model);
     double* memory = arena_allocateArray<double>(model.memory.run, 2 * count);
     reactor.loadQueue = arena_allocateArray<DelayQueue>(model.memory.run, count);
     if (!memory || !reactor.loadQueue) {
@@ -275,7 +275,7 @@ double reactor_react(const Model& model, const Reactor& reactor, int32_t p, doub
 
 static void setInletQuality(const Model& model, const Node& node, Reactor& reactor) {
     // Taken before the surplus is sent: a reactor may be its own surplus node.
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         reactor.inletQual[p] = node.newInflow != 0.0 ? node.massInflow[p] / node.newInflow * G_PER_KG : 0.0;
     }
 }
@@ -307,7 +307,7 @@ static void discharge(Model& model, int32_t target, double flow, const double* q
     const double dt = model.options.routingStep;
     Node& node = model.nodes[target];
     node.newLatFlow += flow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double load = flow * qual[p] / G_PER_KG;
         node.massInflow[p] += load;
         statLoad[p] += load * dt;
@@ -328,7 +328,7 @@ static double reactInflow(const Model& model, Reactor& reactor, int32_t p, doubl
 static void passThrough(const Model& model, Node& node, Reactor& reactor, double flow, int32_t hour) {
     const double dt = model.options.routingStep;
     reactor.newOutflow = flow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         if (flow == 0.0) {
             node.newQual[p] = 0.0;
             continue;
@@ -345,14 +345,14 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
     const double dt = model.options.routingStep;
     const double exitTime = reactor.retentionTime * MS_PER_SECOND + model.clock.newRoutingTime;
     const bool leavesInTime = exitTime <= model.options.totalDuration;
-    const DateTime exitDate = leavesInTime ? project_getDate(model, exitTime) : 0.0;
+    const DateTime exitDate = leavesInTime ? model_getDate(model, exitTime) : 0.0;
     if (leavesInTime) {
         delayqueue_push(model, reactor.flowQueue, exitDate, flow);
     } else {
         model.totals.flow.delayedVolume += dt * flow;
     }
     reactor.newOutflow = delayqueue_getValue(reactor.flowQueue, date);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double c = flow != 0.0 ? reactInflow(model, reactor, p, flow, reactor.retentionTime, hour) : 0.0;
         const double load = c * flow / G_PER_KG;
         if (leavesInTime) {
@@ -372,7 +372,7 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
 static void mixAndReact(const Model& model, Reactor& reactor, double inflowVolume, int32_t hour) {
     const double dt = model.options.routingStep;
     const double stored = reactor.storedVolume;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         double& qual = reactor.qual[p];
         if (!(inflowVolume + stored > 0.0)) {
             qual = 0.0;
@@ -392,7 +392,7 @@ static void overflow(const Model& model, Node& node, Reactor& reactor, double in
     const bool isFull = volume > reactor.volume;
     reactor.storedVolume = isFull ? reactor.volume : volume;
     reactor.newOutflow = isFull ? (volume - reactor.volume) / dt : 0.0;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         node.newQual[p] = isFull ? reactor.qual[p] : 0.0;
         reactor.statOutflowLoad[p] += node.newQual[p] * reactor.newOutflow / G_PER_KG * dt;
     }
@@ -405,7 +405,7 @@ static double evaporate(const Model& model, Reactor& reactor, double evap) {
     const double stored = reactor.storedVolume;
     const double loss = dt * evap;
     const bool isDry = loss >= stored;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         double& qual = reactor.qual[p];
         if (isDry) {
             reactor.statInfilLoad[p] += qual * stored / G_PER_KG;
@@ -424,7 +424,7 @@ static double infiltrate(const Model& model, Reactor& reactor, double infil) {
     const double most = reactor.storedVolume / dt;
     const bool isDry = infil >= most;
     const double flow = isDry ? most : infil;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         reactor.statInfilLoad[p] += reactor.qual[p] * flow / G_PER_KG * dt;
         if (isDry) {
             reactor.qual[p] = 0.0;
@@ -456,7 +456,7 @@ static void emptyStore(Model& model, Reactor& reactor) {
     }
     discharge(model, reactor.emptyingNode, reactor.emptyingFlow, reactor.qual, reactor.statEmptyingLoad);
     if (isDry) {
-        std::fill_n(reactor.qual, project_pollutantCount(model), 0.0);
+        std::fill_n(reactor.qual, model_pollutantCount(model), 0.0);
     }
 }
 
@@ -464,7 +464,7 @@ static void emptyStore(Model& model, Reactor& reactor) {
 
 void reactor_update(Model& model, Node& node, Reactor& reactor) {
     const double dt = model.options.routingStep;
-    const DateTime date = project_getDate(model, model.clock.newRoutingTime);
+    const DateTime date = model_getDate(model, model.clock.newRoutingTime);
     const int32_t hour = datetime_getHour(date);
     const double infil = reactor.area * reactor.infilRate;
     const double evap = pattern_getFactor(model, reactor.evapPattern, hour) * reactor.evapRate * reactor.area;
@@ -491,7 +491,7 @@ void reactor_update(Model& model, Node& node, Reactor& reactor) {
 // --- statistics and results ----------------------------------------------------------------------------------------
 
 void reactor_openStatistics(Model& model) {
-    const int64_t count = project_pollutantCount(model);
+    const int64_t count = model_pollutantCount(model);
     for (Reactor& reactor : model.reactors) {
         reactor.statSurpass = reactor.statEmptying = reactor.statOutflow = 0.0;
         reactor.statEvap = reactor.statInfil = 0.0;
@@ -518,7 +518,7 @@ void reactor_countStep(Reactor& reactor, double dt) {
 void reactor_clearStatistics(Model& model) {
     for (Reactor& reactor : model.reactors) {
         if (reactor.statSurpassLoad) {
-            std::fill_n(reactor.statSurpassLoad, 5 * static_cast<int64_t>(project_pollutantCount(model)), 0.0);
+            std::fill_n(reactor.statSurpassLoad, 5 * static_cast<int64_t>(model_pollutantCount(model)), 0.0);
         }
     }
 }

@@ -70,13 +70,13 @@ void tank_initState(Model& model, int32_t index) {
     tank.oldDepth = tank.newDepth = tank.initDepth;
     tank.oldFlood = tank.newFlood = 0.0;
     tank.hasDecay = decay_isAny(model, tank.decay);
-    tank.qual = arena_allocateArray<double>(model.memory.run, project_pollutantCount(model));
+    tank.qual = arena_allocateArray<double>(model.memory.run, model_pollutantCount(model));
     if (!tank.qual || !outlets_make(model, tank.outlets, index)) {
         tank_endState(tank);
         errors_report(model, ERR_MEMORY, "");
         return;
     }
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         tank.qual[p] = node.newQual[p] = tank.initQual[p];
     }
 }
@@ -138,7 +138,7 @@ double tank_getVolume(const Model& model, const Tank& tank, double depth) {
 static void setOutflow(Model& model, int32_t index, double flow, const double* quality) {
     Link& link = model.links[index];
     link.newFlow = flow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         link.newQual[p] = quality ? quality[p] : 0.0;
     }
 }
@@ -224,8 +224,8 @@ static double floodExcess(Tank& tank, double full, double volume, double dt) {
 /// The decayed mass is that of the water left after the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
 static void decayStored(Model& model, Tank& tank, Node& node, double volume) {
-    const int32_t hour = tank.hasDecay ? datetime_getHour(project_getDate(model, model.clock.newRoutingTime)) : 0;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    const int32_t hour = tank.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double left = decay_getFactor(model, tank.decay[p], hour, model.options.routingStep);
         const double before = tank.qual[p];
         tank.qual[p] = before * left;
@@ -252,7 +252,7 @@ static void mixInflow(const Model& model, Tank& tank, const Node& node, const Cu
     const double dt = model.options.routingStep;
     const double volume = getVolume(curve, tank.newDepth);
     const double inflow = dt * node.newInflow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / G_PER_KG;
         tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * G_PER_KG : 0.0;
     }
@@ -277,7 +277,7 @@ void tank_update(Model& model, Node& node, Tank& tank) {
 void tank_countStep(Model& model, const Node& node, Tank& tank) {
     const double dt = model.options.routingStep;
     model.totals.flow.floodingLoss += dt * tank.newFlood;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         model.totals.quality[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / G_PER_KG;
     }
     statistics_keepMaximum(tank.statMaxDepth, tank.newDepth);

@@ -57,7 +57,7 @@ static void createKindlessTable(Table<Record>& table, int32_t count) {
 
 /// Arrays of one number per pollutant, side by side, since a visit goes through all of them.
 static void createArrays(Model& model, std::initializer_list<double**> arrays) {
-    const int64_t count = project_pollutantCount(model);
+    const int64_t count = model_pollutantCount(model);
     double* memory = arena_allocateArray<double>(model.memory.project, count * static_cast<int64_t>(arrays.size()));
     if (!memory) {
         model.error.code = ERR_MEMORY;
@@ -71,7 +71,7 @@ static void createArrays(Model& model, std::initializer_list<double**> arrays) {
 
 static void createNodes(Model& model) {
     for (Node& node : model.nodes) {
-        if (project_pollutantCount(model) > 0) {
+        if (model_pollutantCount(model) > 0) {
             createArrays(model, {&node.massInflow, &node.newQual, &node.oldQual});
         }
     }

@@ -59,7 +59,7 @@ const char* state_findRefusal(const Model& model) {
 }
 
 static StateOrigin getOrigin(const Model& model) {
-    return {model.clock.newRoutingTime, project_getDate(model, model.clock.newRoutingTime), model.options.routingStep,
+    return {model.clock.newRoutingTime, model_getDate(model, model.clock.newRoutingTime), model.options.routingStep,
             model.sinks != 0};
 }
 
@@ -243,7 +243,7 @@ static StateFault restore(Model& model, const void* bytes, size_t size, StateOri
         return STATE_DAMAGED;
     }
     context.timeShift = -origin.time;
-    context.dateShift = project_getDate(model, 0.0) - origin.date;
+    context.dateShift = model_getDate(model, 0.0) - origin.date;
     if (const StateFault fault = readFields<READ_RESERVE, IS_HOT>(model, bytes, size, context, requests)) {
         return fault;
     }

@@ -86,7 +86,7 @@ static void writeHead(Model& model) {
     for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
         writeCount(out, rows_getObjectCount(model, table));
     }
-    writeCount(out, project_pollutantCount(model));
+    writeCount(out, model_pollutantCount(model));
 }
 
 /// Writes a name as its bytes stand in the project file.

@@ -20,7 +20,7 @@ enum LayerShare : int32_t { EVERY, FIRST, NONE };
 
 /// The concentration of a pollutant, mg/L; before a first start there are none.
 Found findQuality(const Model& model, const double* quality, int32_t pollutant) {
-    if (pollutant >= project_pollutantCount(model) || !quality) {
+    if (pollutant >= model_pollutantCount(model) || !quality) {
         return std::nullopt;
     }
     return ToldResult{quality[pollutant], true};
@@ -28,7 +28,7 @@ Found findQuality(const Model& model, const double* quality, int32_t pollutant) 
 
 /// Whether a layer has a number for a pollutant.
 bool isTold(const Model& model, LayerShare share, const LidMono& mono, int32_t pollutant) {
-    const int32_t pollutants = project_pollutantCount(model);
+    const int32_t pollutants = model_pollutantCount(model);
     const int32_t count = share == EVERY ? pollutants : share == FIRST ? std::min(pollutants, 1) : 0;
     return pollutant < count && model.lids.holds(mono.unit.lid);
 }
@@ -59,7 +59,7 @@ double getConcentration(const double* masses, int32_t pollutant, double volume) 
     if (isTold(model, share, mono, code)) {                                          \
         return ToldResult{getConcentration(thisMass, code, volume), share == EVERY}; \
     }                                                                                \
-    code -= project_pollutantCount(model);                                           \
+    code -= model_pollutantCount(model);                                             \
     if (code < 0) {                                                                  \
         return std::nullopt;                                                         \
     }

@@ -47,7 +47,7 @@ static void takeInitialStorage(Model& model) {
         const Tank& tank = model.tanks[node.kindIndex];
         const double volume = tank_getVolume(model, tank, tank.initDepth);
         model.totals.flow.initStorage += volume;
-        for (int32_t p = 0; model.totals.quality && p < project_pollutantCount(model); ++p) {
+        for (int32_t p = 0; model.totals.quality && p < model_pollutantCount(model); ++p) {
             model.totals.quality[p].initStorage += volume * tank.initQual[p] / G_PER_KG;
         }
     }
@@ -69,7 +69,7 @@ void massbal_open(Model& model) {
     model.totals.flow = FlowTotalsRecord{};
     model.totals.initSurfaceStorage = 0.0;
     model.totals.runoffError = model.totals.flowError = model.totals.qualityError = 0.0;
-    model.totals.quality = arena_allocateArray<QualTotalsRecord>(model.memory.results, project_pollutantCount(model));
+    model.totals.quality = arena_allocateArray<QualTotalsRecord>(model.memory.results, model_pollutantCount(model));
     if (!model.totals.quality) {
         errors_report(model, ERR_MEMORY, "");
     }

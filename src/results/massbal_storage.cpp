@@ -51,8 +51,8 @@ static double getLandMass(Model& model, int32_t subcatch, int32_t p) {
 
 /// A delay: what leaves it within the run is its storage. What would leave later never does.
 static void takeDelay(const Model& model, const DelayQueue& queue, double step, double& storage, double& delayed) {
-    const DelaySum sum = delayqueue_sumUp(queue, project_getDate(model, model.clock.newRoutingTime),
-                                          project_getDate(model, model.options.totalDuration));
+    const DelaySum sum = delayqueue_sumUp(queue, model_getDate(model, model.clock.newRoutingTime),
+                                          model_getDate(model, model.options.totalDuration));
     storage += (sum.inTime + sum.late) * step;
     delayed += sum.late * step;
 }
@@ -139,7 +139,7 @@ void massbal_takeStorage(Model& model, double delayStep) {
     model.totals.flow.initStorage = 0.0;
     takeLinkWater(model, delayStep);
     takeNodeWater(model, delayStep);
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         for (int32_t k = 0; k < model.subcatches.size(); ++k) {
             model.subcatches[k].initBuildup[p] = getLandMass(model, k, p);
         }

@@ -79,7 +79,7 @@ static void writePollutantRow(const Model& model, const char* name, const Table<
 
 static void writeWashoffContinuity(Model& model) {
     Table<WashoffBalance> b;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         b.push_back(massbal_getWashoff(model, p));
     }
     writePollutantHead(model, "Runoff Quality Continuity");

@@ -213,7 +213,7 @@ void results_write(Model& model) {
     if (!model.results->isReady) {
         return;
     }
-    const DateTime date = project_getDate(model, model.clock.reportTime);
+    const DateTime date = model_getDate(model, model.clock.reportTime);
     gage_setReportRain(model, date);
     if (hasSink(model)) {
         writeReport(model, date);

@@ -17,7 +17,7 @@ namespace {
 #define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                             \
     void fill##token([[maybe_unused]] const Model& model, [[maybe_unused]] int32_t object, [[maybe_unused]] double f, \
                      [[maybe_unused]] float* row) {                                                                   \
-        [[maybe_unused]] const int32_t pollutants = project_pollutantCount(model);                                    \
+        [[maybe_unused]] const int32_t pollutants = model_pollutantCount(model);                                      \
         [[maybe_unused]] int32_t k = 0;                                                                               \
         record
 #define RESULT_VALUE(column, unit, meaning, value, ...) row[k++] = static_cast<float>(value);
@@ -57,7 +57,7 @@ const RowTable RowTables[RESULT_TABLE_COUNT] = {
 // --- tables --------------------------------------------------------------------------------------------------------
 
 int32_t rows_getLength(const Model& model, int32_t table) {
-    return RowTables[table].columnCount + RowTables[table].qualityBlocks * project_pollutantCount(model);
+    return RowTables[table].columnCount + RowTables[table].qualityBlocks * model_pollutantCount(model);
 }
 
 int32_t rows_getObjectCount(const Model& model, int32_t table) {

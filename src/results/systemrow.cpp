@@ -168,7 +168,7 @@ void systemrow_fill(Model& model, DateTime date, double networkFactor, double la
 void systemrow_fillNow(Model& model, double* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0);
     fillLand(model, 1.0, false, row);
-    const DateTime date = project_getDate(model, model.clock.newRoutingTime);
+    const DateTime date = model_getDate(model, model.clock.newRoutingTime);
     const int32_t hour = datetime_getHour(date);
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         addInflows(model, model.nodes[k], 1.0, date, hour, row);

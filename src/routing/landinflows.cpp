@@ -21,7 +21,7 @@ static void addToNode(Model& model, int32_t index, double f) {
     }
     node.newLatFlow += flow;
     model.totals.flow.wetWeatherInflow += model.options.routingStep * flow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double load =
             (1.0 - f) * s.lastRunoff * s.lastQuality[p] / G_PER_KG + f * s.thisRunoff * s.thisQuality[p] / G_PER_KG;
         node.massInflow[p] += load;
@@ -43,7 +43,7 @@ static void addDrain(Model& model, const LidUnit& unit) {
     Node& node = model.nodes[unit.drainNode];
     node.newLatFlow += unit.thisDrainFlow;
     model.totals.flow.wetWeatherInflow += model.options.routingStep * unit.thisDrainFlow;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         node.massInflow[p] += unit.thisDrainLoad[p];
         model.totals.quality[p].wetWeatherInflow += model.options.routingStep * unit.thisDrainLoad[p];
     }

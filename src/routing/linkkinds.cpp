@@ -180,13 +180,13 @@ double linkkinds_deliver(const Model& model, int32_t index, double* loads) {
         const Pipe& pipe = model.pipes[link.kindIndex];
         if (pipe.nextFireTime != pipe.lastFireTime) {
             // A load is added there, and kept as it is here: what is added to -0.0 keeps its sign.
-            std::fill_n(loads, project_pollutantCount(model), -0.0);
+            std::fill_n(loads, model_pollutantCount(model), -0.0);
         }
         return pipe_deliver(model, link, pipe, getDeliveryTime(model, link), loads);
     }
     const double flow = link.isLagged ? link.oldFlow : link.newFlow;
     const double* quality = link.isLagged ? link.oldQual : link.newQual;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         loads[p] = quality[p] * flow / G_PER_KG;
     }
     return flow;
@@ -212,7 +212,7 @@ void linkkinds_feed(Model& model, int32_t node, const OutsideNode& outside, cons
 /// What one link floods, into its statistics and the totals.
 static void countFlood(Model& model, Link& link, double flood, double dt) {
     model.totals.flow.floodingLoss += dt * flood;
-    for (int32_t p = 0; p < project_pollutantCount(model); ++p) {
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         model.totals.quality[p].floodingLoss += dt * flood * link.newQual[p] / G_PER_KG;
     }
     link.statFloodVolume += dt * flood;
@@ -231,7 +231,7 @@ static void countFloods(Model& model, double dt) {
 
 /// Whether a conduit floods. A concentration that is no finite number counts in the flood also where there is none.
 static bool isFlooding(const Model& model, const Link& link, const Conduit& conduit) {
-    return conduit.newFlood != 0.0 || !std::all_of(link.newQual, link.newQual + project_pollutantCount(model),
+    return conduit.newFlood != 0.0 || !std::all_of(link.newQual, link.newQual + model_pollutantCount(model),
                                                    [](double c) { return std::isfinite(c); });
 }
 

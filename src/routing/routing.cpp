@@ -100,7 +100,7 @@ void routing_step(Model& model) {
 
     landinflows_addRunoff(model, oldTime);
     landinflows_addDrains(model);
-    const DateTime date = project_getDate(model, newTime);
+    const DateTime date = model_getDate(model, newTime);
     inflows_applyExternal(model, date);
     inflows_applyDryWeather(model, date);
 

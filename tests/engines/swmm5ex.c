@@ -550,15 +550,10 @@ ENTRY int swmm_getWarnings(void) {
 }
 
 /* All that a run changes. The model itself is that of the file. */
-static const Piece Pieces[] = {
-    {&Run.now, sizeof Run.now},
-    {&Run.stepNumber, sizeof Run.stepNumber},
-    {Objects, sizeof Objects},
-    {&WaterIn, sizeof WaterIn},
-    {&WaterOut, sizeof WaterOut},
-    {MassIn, sizeof MassIn},
-    {MassOut, sizeof MassOut}
-};
+static const Piece Pieces[] = {{&Run.now, sizeof Run.now},   {&Run.stepNumber, sizeof Run.stepNumber},
+                               {Objects, sizeof Objects},    {&WaterIn, sizeof WaterIn},
+                               {&WaterOut, sizeof WaterOut}, {MassIn, sizeof MassIn},
+                               {MassOut, sizeof MassOut}};
 enum { PIECE_COUNT = sizeof Pieces / sizeof Pieces[0] };
 
 ENTRY int swmm_saveState(void* buffer, int size) {

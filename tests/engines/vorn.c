@@ -223,19 +223,17 @@ ENTRY int vorn_getDiffStep(void) {
 }
 
 /* All that a run changes. The model itself is that of the file. */
-static const Piece Pieces[] = {
-    {&Run.now, sizeof Run.now},
-    {&Run.stepNumber, sizeof Run.stepNumber},
-    {Units, sizeof Units},
-    {&Volume, sizeof Volume},
-    {Mass, sizeof Mass},
-    {&Outflow, sizeof Outflow},
-    {Concentrations, sizeof Concentrations},
-    {&WaterIn, sizeof WaterIn},
-    {&WaterOut, sizeof WaterOut},
-    {MassIn, sizeof MassIn},
-    {MassOut, sizeof MassOut}
-};
+static const Piece Pieces[] = {{&Run.now, sizeof Run.now},
+                               {&Run.stepNumber, sizeof Run.stepNumber},
+                               {Units, sizeof Units},
+                               {&Volume, sizeof Volume},
+                               {Mass, sizeof Mass},
+                               {&Outflow, sizeof Outflow},
+                               {Concentrations, sizeof Concentrations},
+                               {&WaterIn, sizeof WaterIn},
+                               {&WaterOut, sizeof WaterOut},
+                               {MassIn, sizeof MassIn},
+                               {MassOut, sizeof MassOut}};
 enum { PIECE_COUNT = sizeof Pieces / sizeof Pieces[0] };
 
 ENTRY int vorn_saveState(void* buffer, int size) {

@@ -160,7 +160,7 @@ TEST(LookingAhead, SpillsAsItsTextSays) {
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(result.out.starts_with(readShown("host-mpc-c"))) << result.out;
     const std::string end =
-        "looking ahead           0       1040       1040\n\n398 m3 less than with the best of the fixed "
+        "looking ahead           0        913        913\n\n525 m3 less than with the best of the fixed "
         "openings.\n";
     EXPECT_TRUE(result.out.ends_with(end)) << result.out;
     const std::string text = readFile(TARNVELDE_SOURCE_DIR "/examples/host-mpc-c/README.md");

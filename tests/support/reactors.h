@@ -59,7 +59,7 @@ protected:
             nodekinds_shiftState(testModel(), node(name));
         }
         node("R").newInflow = inflow;
-        if (project_pollutantCount(testModel()) > 0) {
+        if (model_pollutantCount(testModel()) > 0) {
             node("R").massInflow[0] = inflow * concentration / 1000.0;
         }
         reactor_update(testModel(), node("R"), reactor());

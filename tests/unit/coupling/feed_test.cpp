@@ -110,9 +110,9 @@ TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
         EXPECT_EQ(pipe.nextFireTime, next[k]);
     }
     EXPECT_GT(p.link("X").newFlow, 0.0);
-    std::vector<double> loads(static_cast<size_t>(project_pollutantCount(testModel())), 0.0);
+    std::vector<double> loads(static_cast<size_t>(model_pollutantCount(testModel())), 0.0);
     EXPECT_EQ(pipe_deliver(testModel(), p.link("X"), pipe, 5000000.0, loads.data()), 0.0);
-    EXPECT_EQ(std::count(loads.begin(), loads.end(), 0.0), project_pollutantCount(testModel()));
+    EXPECT_EQ(std::count(loads.begin(), loads.end(), 0.0), model_pollutantCount(testModel()));
     EXPECT_EQ(testModel().totals.flow.vornInflow, 3 * DT * FLOW);
 }
 

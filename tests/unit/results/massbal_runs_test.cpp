@@ -125,7 +125,7 @@ TEST(WaterBalance, OfConnectionsClosesWithTheirQueues) {
         }
         double queued = 0.0;
         for (const Connection& connection : testModel().connections) {
-            queued += getQueuedVolume(connection, project_getDate(testModel(), testModel().clock.newRoutingTime));
+            queued += getQueuedVolume(connection, model_getDate(testModel(), testModel().clock.newRoutingTime));
         }
         const double in = testModel().totals.flow.dryWeatherInflow;
         EXPECT_NEAR(in, testModel().totals.flow.externalOutflow + queued + testModel().totals.flow.delayedVolume,
