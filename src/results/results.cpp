@@ -134,16 +134,24 @@ static void clearSums(Model& model) {
 
 // --- write ---------------------------------------------------------------------------------------------------------
 
-static void writeRow(Model& model, int32_t table, int32_t object, const float* row, int32_t length) {
-    if (model.sinks & SINK_FILE) {
-        binary_writeRow(model, row, length);
-    }
+/// The sinks that few runs have, apart, so that the file's way stays short.
+static void writeRowElsewhere(Model& model, int32_t table, int32_t object, const float* row, int32_t length) {
     if (model.sinks & SINK_DATABASE) {
         database_writeRow(model, table, rows_getName(model, table, object), model.results->period, row, length);
     }
     if (model.sinks & SINK_MEMORY) {
         std::vector<float>& kept = model.results->kept[table];
         kept.insert(kept.end(), row, row + length);
+    }
+}
+
+[[gnu::always_inline]] static inline void writeRow(Model& model, int32_t table, int32_t object, const float* row,
+                                                   int32_t length) {
+    if (model.sinks & SINK_FILE) {
+        binary_writeRow(model, row, length);
+    }
+    if (model.sinks & (SINK_DATABASE | SINK_MEMORY)) {
+        writeRowElsewhere(model, table, object, row, length);
     }
 }
 
