@@ -6,6 +6,7 @@
 
 #include <atomic>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -60,7 +61,8 @@ struct EightProjects {
 
     EightProjects() {
         for (const std::string name : {"green-street", "interceptor", "storm-tank", "wetland-control"}) {
-            inputs.push_back(TARNVELDE_SOURCE_DIR "/examples/" + name + "/" + name + ".inp");
+            const std::string folder = TARNVELDE_SOURCE_DIR "/examples/" + name;
+            inputs.push_back(std::filesystem::path(folder) / (name + ".inp"));
         }
         unsigned seed = 7;
         for (Project& network : networks) {

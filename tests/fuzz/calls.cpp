@@ -2,6 +2,7 @@
 // pointer, on a few models at once. No call may crash, hang, leak, answer with an undocumented code, or store anything
 // where it refuses.
 
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -76,8 +77,13 @@ struct Play {
     /// A call that stores a value if, and only if, it gives 0.
     template <class Value, class Call>
     static void expectStored(Value mark, Call call) {
+        constexpr size_t SIZE = sizeof(Value);  // NOLINT(bugprone-sizeof-expression): Value may well be a pointer
+        std::array<char, SIZE> before, behind;
         Value value = mark;
-        if (expect(call(&value)) != TV_OK && std::memcmp(&value, &mark, sizeof value) != 0) {
+        std::memcpy(before.data(), &value, SIZE);
+        const int32_t code = expect(call(&value));
+        std::memcpy(behind.data(), &value, SIZE);
+        if (code != TV_OK && behind != before) {
             std::abort();
         }
     }

@@ -8,6 +8,8 @@
 #include "support/generate.h"
 #include "support/project.h"
 
+// NOLINTBEGIN(performance-inefficient-string-concatenation): lines are easier to read as they stand
+
 /// The series file that the projects name, with the rain of a gage and an inflow.
 inline const std::string GeneratedSeriesFile =
     "2021/03/01 0:00 0\n2021/03/01 0:20 0.2\n2021/03/01 0:45 0.05\n2021/03/01 1:30 0.4\n2021/03/01 9:00 0\n";
@@ -131,3 +133,4 @@ inline std::string generateProject(unsigned seed) {
     }
     return text;
 }
+// NOLINTEND(performance-inefficient-string-concatenation)

@@ -28,7 +28,7 @@ struct FieldCollector {
     template <class T>
     void note(const T& field) {
         ToldField& told = (*fields)[reinterpret_cast<const char*>(&field)];
-        told = {std::max(told.size, sizeof field), alignof(T)};
+        told = {std::max(told.size, sizeof field), alignof(T)};  // NOLINT(bugprone-sizeof-expression): of pointers too
     }
     template <FieldSort SORT, class T>
     void takeField(const char*, const T& field) {
