@@ -56,22 +56,17 @@ static const char* getId(const Model& model, int32_t objectClass, int32_t index)
     }
 }
 
-/// The class of names of an object class, or -1.
-static int32_t getNameClass(int32_t objectClass) {
-    switch (objectClass) {
-        case TV_SUBCATCHMENT: return SUBCATCH;
-        case TV_GAGE: return GAGE;
-        case TV_NODE: return NODE;
-        case TV_LINK: return LINK;
-        case TV_POLLUTANT: return POLLUT;
-        case TV_LAND_USE: return LANDUSE;
-        case TV_LID: return LID;
-        case TV_RULE: return RULE;
-        case TV_CURVE: return CURVE;
-        case TV_SERIES: return TSERIES;
-        case TV_PATTERN: return PATTERN;
-        default: return -1;
+/// Class of names of each object class; -1 for those without names.
+static constexpr int32_t NameClasses[TV_CLASS_COUNT] = {-1,  SUBCATCH, GAGE, NODE,  LINK,    POLLUT, LANDUSE,
+                                                        LID, -1,       RULE, CURVE, TSERIES, PATTERN};
+
+int32_t modelobjects_getClass(int32_t nameClass) {
+    for (int32_t k = 0; k < TV_CLASS_COUNT; ++k) {
+        if (nameClass >= 0 && NameClasses[k] == nameClass) {
+            return k;
+        }
     }
+    return TV_SYSTEM;
 }
 
 int32_t modelobjects_test(const Model& model, int32_t objectClass, int32_t index) {
@@ -140,7 +135,7 @@ int32_t tv_findObject(const tv_model* handle, int32_t objectClass, const char* i
         if (modelobjects_getCount(model, objectClass) < 0) {
             return TV_ERROR_CLASS;
         }
-        const int32_t names = getNameClass(objectClass);
+        const int32_t names = NameClasses[objectClass];
         const int32_t found = names < 0 ? -1 : names_find(model, names, id);
         if (found < 0 || found >= modelobjects_getCount(model, objectClass)) {
             return TV_ERROR_ID;

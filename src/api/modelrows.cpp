@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "api/modelhandle.h"
+#include "api/modelobjects.h"
 #include "model/pollut.h"
 #include "results/results.h"
 #include "results/rows.h"
@@ -26,15 +27,6 @@ int32_t tv_setPeriodCallback(tv_model* handle, tv_period callback, void* user) {
     });
 }
 
-static int32_t getClass(int32_t objectType) {
-    switch (objectType) {
-        case SUBCATCH: return TV_SUBCATCHMENT;
-        case NODE: return TV_NODE;
-        case LINK: return TV_LINK;
-        default: return TV_SYSTEM;
-    }
-}
-
 static int32_t countRows(const Model& model, int32_t table) {
     return table == SYSTEM_TABLE ? 1 : rows_getObjectCount(model, table);
 }
@@ -53,7 +45,7 @@ int32_t tv_getTable(const tv_model* handle, int32_t table, tv_table* description
         }
         const Model& model = *handle->model;
         const RowTable& entry = RowTables[table];
-        *description = {entry.name, getClass(entry.objectType), entry.kind, countRows(model, table),
+        *description = {entry.name, modelobjects_getClass(entry.objectType), entry.kind, countRows(model, table),
                         rows_getLength(model, table)};
         return TV_OK;
     });

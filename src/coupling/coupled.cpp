@@ -7,6 +7,13 @@
 #include "coupling/vorn.h"
 #include "model/model.h"
 
+const OutsideNode* coupled_findOutside(const Model& model, const Node& node) {
+    if (node.kind == SWMM) {
+        return &model.swmmNodes[node.kindIndex].outside;
+    }
+    return node.kind == VORN ? &model.vornNodes[node.kindIndex].outside : nullptr;
+}
+
 void coupled_createNodes(Model& model) {
     model.swmmNodes.clear();
     model.swmmNodes.resize(model.counts.nodeKinds[SWMM]);

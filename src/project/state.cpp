@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "controls/rule.h"
+#include "coupling/coupled.h"
 #include "model/model.h"
 #include "project/stateactions.h"
 #include "project/statefields.h"
@@ -48,9 +49,7 @@ static bool isReady(const Model& model) {
 
 const char* state_findRefusal(const Model& model) {
     for (const Node& node : model.nodes) {
-        const OutsideNode* outside = node.kind == SWMM   ? &model.swmmNodes[node.kindIndex].outside
-                                     : node.kind == VORN ? &model.vornNodes[node.kindIndex].outside
-                                                         : nullptr;
+        const OutsideNode* outside = coupled_findOutside(model, node);
         if (outside && outside_getStateSize(*outside) == 0) {
             return node.id;
         }
