@@ -255,7 +255,7 @@ TV_API int32_t tv_open(tv_model* model, const char* path, const char* report);
 TV_API int32_t tv_openText(tv_model* model, const char* text, size_t length, const char* folder, const char* report);
 
 /* Starts a run. Results go to a binary file, to a database, to both or, with nulls, nowhere. TV_ERROR_NOT_OPEN,
- * TV_ERROR_STARTED; with a positive code nothing is started. */
+ * TV_ERROR_STARTED; with any other code too nothing is started. 301 if two of the run's files have one name. */
 TV_API int32_t tv_start(tv_model* model, const char* results, const char* database);
 
 /* One routing step. TV_ERROR_NOT_STARTED, TV_ERROR_FINISHED behind the last one. A positive code ends the run early. */

@@ -150,9 +150,71 @@ int32_t tv_openText(tv_model* handle, const char* text, size_t length, const cha
 
 // --- run -----------------------------------------------------------------------------------------------------------
 
+/// Looks after a run whose call is left for want of memory: a start is undone, a step is the last one, and an end that
+/// went far enough is one.
+class RunGuard {
+public:
+    explicit RunGuard(tv_model* model) : handle(model) {}
+    ~RunGuard() {
+        if (!isDone) {
+            settle(*handle->model);
+        }
+    }
+    RunGuard(const RunGuard&) = delete;
+    RunGuard& operator=(const RunGuard&) = delete;
+
+    int32_t finish(int32_t code) {
+        isDone = true;
+        return code;
+    }
+
+private:
+    void settle(Model& model) const {
+        if (model.isStarted && handle->phase != TV_OPEN) {
+            model.error.code = ERR_MEMORY;
+            handle->phase = TV_FINISHED;
+            return;
+        }
+        run_end(model);
+        results_close(model);
+        model.error.code = ERR_NONE;
+        handle->phase = TV_OPEN;
+    }
+
+    tv_model* handle;
+    bool isDone = false;
+};
+
+/// A call that moves a run.
+template <class Work>
+static int32_t moveRun(tv_model* handle, int32_t need, Work&& work) {
+    return modelhandle_move(handle, need, [&]() -> int32_t {
+        RunGuard guard(handle);
+        return guard.finish(work());
+    });
+}
+
+/// Whether two files of a run, of which none, some or all are wanted, have one name.
+static bool isAmbiguous(const Files& files, const char* results, const char* database) {
+    const std::string names[] = {files.inputName, files.reportName, getText(results), getText(database)};
+    for (size_t k = 0; k < 4; ++k) {
+        for (size_t other = k + 1; other < 4; ++other) {
+            if (!names[k].empty() && names[k] == names[other]) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
 int32_t tv_start(tv_model* handle, const char* results, const char* database) {
-    return modelhandle_move(handle, NEED_IDLE, [&]() -> int32_t {
+    return moveRun(handle, NEED_IDLE, [&]() -> int32_t {
         Model& model = *handle->model;
+        if (isAmbiguous(model.files, results, database)) {
+            const int32_t code = errors_getPublicCode(ERR_FILE_NAMES);
+            messages_addError(model, code, errors_getMessage(ERR_FILE_NAMES), "");
+            return code;
+        }
         model.files.resultsName = getText(results);
         model.files.databaseName = getText(database);
         const int32_t sinks = (results ? SINK_FILE : 0) | (database ? SINK_DATABASE : 0) |
@@ -187,7 +249,7 @@ static bool step(tv_model* handle) {
 }
 
 int32_t tv_step(tv_model* handle) {
-    return modelhandle_move(handle, NEED_STEPPING, [&]() -> int32_t {
+    return moveRun(handle, NEED_STEPPING, [&]() -> int32_t {
         const size_t messageCount = handle->log.messages.size();
         step(handle);
         return modelhandle_tellError(handle, messageCount);
@@ -200,7 +262,7 @@ static double getNow(const Model& model) {
 }
 
 int32_t tv_runUntil(tv_model* handle, double date) {
-    return modelhandle_move(handle, NEED_STEPPING, [&]() -> int32_t {
+    return moveRun(handle, NEED_STEPPING, [&]() -> int32_t {
         if (std::isnan(date)) {
             return TV_ERROR_RANGE;
         }
@@ -249,7 +311,7 @@ static int32_t closeProject(tv_model* handle) {
 }
 
 int32_t tv_end(tv_model* handle) {
-    return modelhandle_move(handle, NEED_RUN, [&]() -> int32_t { return endRun(handle); });
+    return moveRun(handle, NEED_RUN, [&] { return endRun(handle); });
 }
 
 int32_t tv_close(tv_model* handle) {

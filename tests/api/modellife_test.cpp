@@ -305,11 +305,16 @@ TEST(ModelMessages, TellFilesThatCannotBeUsed) {
     EXPECT_EQ(tv_open(model, input.c_str(), folder.file("no/such/a.rpt").c_str()), 305);
     EXPECT_EQ(model.getPhase(), TV_CLOSED);
     ASSERT_EQ(tv_open(model, input.c_str(), nullptr), TV_OK);
+    EXPECT_EQ(tv_start(model, input.c_str(), nullptr), 301);
+    EXPECT_EQ(tv_start(model, nullptr, input.c_str()), 301);
+    EXPECT_EQ(tv_start(model, "same", "same"), 301);
+    EXPECT_EQ(readFile(input), makeNetwork());
+    EXPECT_EQ(model.getMessages().size(), 3u);
     EXPECT_EQ(tv_start(model, folder.file("no/such/a.bin").c_str(), nullptr), 307);
     EXPECT_EQ(model.getPhase(), TV_OPEN);
     EXPECT_EQ(tv_start(model, nullptr, folder.file("no/such/a.db").c_str()), 313);
     EXPECT_EQ(model.getPhase(), TV_OPEN);
-    EXPECT_EQ(model.getMessages().size(), 2u);
+    EXPECT_EQ(model.getMessages().size(), 5u);
     ASSERT_EQ(tv_start(model, folder.file("a.bin").c_str(), nullptr), TV_OK);
     EXPECT_EQ(tv_runUntil(model, TV_END), TV_OK);
 }

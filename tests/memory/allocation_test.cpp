@@ -15,6 +15,7 @@
 #include "support/allkinds.h"
 #include "support/generate.h"
 #include "support/model.h"
+#include "support/tvmodel.h"
 
 static int64_t RequestsLeft = -1;  ///< requests until one is refused; negative: none is
 static bool IsRefused = false;
@@ -212,4 +213,98 @@ TEST(RefusedMemory, LosesAPointOfACurveWithoutAWord) {
     EXPECT_TRUE(isFoundInSomeReport(project, [](const Outcome& outcome) {
         return outcome.isRefused && outcome.entries == 5 && outcome.code == 0 && !contains(outcome.report, "ERROR");
     }));
+}
+
+// --- models as objects ---------------------------------------------------------------------------------------------
+
+/// A run of a model of its own, with a state saved and restored and a clone on the way; the first code that isn't 0.
+static int32_t useModel(tv_model* model, const Project& project) {
+    int32_t code = TV_OK;
+    const auto note = [&](int32_t result) { code = code == TV_OK ? result : code; };
+    note(tv_open(model, project.input.c_str(), project.report.c_str()));
+    if (code == TV_OK) {
+        note(tv_start(model, project.results.c_str(), nullptr));
+    }
+    for (int k = 0; k < 5 && code == TV_OK; ++k) {
+        note(tv_step(model));
+    }
+    static char state[1 << 20];  // no request of its own
+    size_t size = 0;
+    tv_model* clone = nullptr;
+    if (code == TV_OK) {
+        note(tv_saveState(model, state, sizeof state, &size));
+        note(tv_clone(model, &clone));
+        tv_free(clone);
+    }
+    if (code == TV_OK) {
+        note(tv_runUntil(model, TV_END));
+        note(tv_restoreState(model, state, size));
+    }
+    if (code == TV_OK) {
+        note(tv_runUntil(model, TV_END));
+        note(tv_report(model));
+        note(tv_end(model));
+    }
+    return code;
+}
+
+/// Whatever is refused: the call says so, the model can be closed, and it serves again as if nothing had been.
+static void refuseEachOfModel(const Project& project, int64_t stride) {
+    TvModel model;
+    ASSERT_EQ(useModel(model, project), TV_OK);
+    ASSERT_EQ(tv_close(model), TV_OK);
+    const std::string report = readFile(project.report), results = readFile(project.results);
+    int64_t request = 0;
+    for (bool isRefused = true; isRefused; request += stride) {
+        IsRefused = false;
+        RequestsLeft = request;
+        const int32_t code = useModel(model, project);
+        RequestsLeft = -1;
+        isRefused = IsRefused;
+        ASSERT_TRUE(code == TV_OK || code == TV_ERROR_MEMORY || code == 101) << code << ", request " << request;
+        if (model.getPhase() != TV_CLOSED) {
+            ASSERT_EQ(tv_close(model), TV_OK) << "request " << request;
+        }
+        if (request % 16 == 0) {
+            ASSERT_EQ(useModel(model, project), TV_OK) << "behind request " << request;
+            ASSERT_EQ(tv_close(model), TV_OK);
+            ASSERT_EQ(readFile(project.report), report) << "behind request " << request;
+            ASSERT_EQ(readFile(project.results), results) << "behind request " << request;
+        }
+    }
+    EXPECT_GT(request, 100);
+}
+
+TEST(RefusedMemory, EndsACallToAModel) {
+    const Project project(getGeneral(20) + generateNetwork(5, 12, 2));
+    refuseEachOfModel(project, 1);
+}
+
+TEST(RefusedMemory, EndsACallToAModelWithEveryKindOfObject) {
+    const AllKinds project;
+    refuseEachOfModel(project, 1);
+}
+
+/// A start that lacks memory is none, and a step that does is the last: behind both the model runs anew.
+TEST(RefusedMemory, LeavesAModelThatRunsAnew) {
+    const Project project(getGeneral(20) + generateNetwork(5, 12, 2));
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+    int refusedStarts = 0;
+    for (int64_t request = 0;; ++request) {
+        IsRefused = false;
+        RequestsLeft = request;
+        const int32_t code = tv_start(model, project.results.c_str(), nullptr);
+        RequestsLeft = -1;
+        if (code == TV_OK) {
+            ASSERT_EQ(tv_end(model), TV_OK);
+            break;
+        }
+        ++refusedStarts;
+        ASSERT_EQ(model.getPhase(), TV_OPEN) << request;
+        ASSERT_EQ(tv_start(model, project.results.c_str(), nullptr), TV_OK) << request;
+        ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+        ASSERT_EQ(tv_end(model), TV_OK);
+    }
+    EXPECT_GT(refusedStarts, 5);
 }
