@@ -12,7 +12,8 @@ set(controls 6)
 set(results 6)
 set(routing 7)
 set(project 8)
-set(api 9)
+set(review 9)
+set(api 10)
 #  - No two rooms include each other; header and source are one room. The model alone, which gathers what the rooms
 #    keep in it, and the rooms that it gathers from know each other.
 #  - Kinds of node and link, which model/sections.def lists, are told apart in routing/nodekinds and routing/linkkinds

@@ -54,7 +54,7 @@ extern "C" {
 #endif
 
 /* Version of this header: the first number changes when a host must be compiled anew, the second with each addition. */
-#define TV_HEADER_MAJOR 1
+#define TV_HEADER_MAJOR 2
 #define TV_HEADER_MINOR 0
 
 /* A model: one project, its run and its results. */
@@ -104,6 +104,20 @@ enum tv_phase {
 
 /* Weight of a message. */
 enum tv_level { TV_INFO = 0, TV_WARNING = 1, TV_ERROR = 2 };
+
+/* How much a warning weighs. */
+enum tv_severity {
+    TV_NOTE = 0,   /* unusual, and maybe meant */
+    TV_DOUBT = 1,  /* hardly meant */
+    TV_SERIOUS = 2 /* results can't be right */
+};
+
+/* When a kind of warning is found. */
+enum tv_warning_group {
+    TV_DROPPED = 0,     /* reading: something is dropped, or taken otherwise than it seems to say */
+    TV_IMPLAUSIBLE = 1, /* reading: something can hardly be meant */
+    TV_IN_RUN = 2       /* a run: something goes wrong with the water */
+};
 
 /* Classes of object. */
 enum tv_class {
@@ -193,7 +207,23 @@ typedef struct tv_message {
     int64_t line;        /* of the project file, from 1 on; 0 if it has no place there */
     const char* words;   /* the line as it stands; empty if it has no place there */
     const char* object;  /* ID of the object, or the word that is wrong; may be empty */
+    int32_t severity;    /* tv_severity of a warning */
+    int32_t column;      /* of the word meant in `words`, in bytes from 1 on; 0 for the line as a whole */
+    int32_t length;      /* of that word, in bytes */
+    const char* effect;  /* of a warning: what happens; empty for others */
+    const char* advice;  /* of a warning: what to do; empty for others */
+    double date;         /* of the run, for what belongs to a moment of it; 0 for others */
 } tv_message;
+
+/* A kind of warning. docs/warnings.md lists them. */
+typedef struct tv_warning_kind {
+    const char* name;   /* as "W-unit-slope"; it never means anything else */
+    int32_t group;      /* tv_warning_group */
+    int32_t severity;   /* tv_severity; the W-unit- kinds are notes where a number is unusual and no more */
+    const char* text;   /* in words, with %1 ... %9 for what the case fills in */
+    const char* effect; /* what happens */
+    const char* advice; /* what to do */
+} tv_warning_kind;
 
 /* A variable of the list. */
 typedef struct tv_variable {
@@ -292,6 +322,15 @@ TV_API int32_t tv_setLog(tv_model* model, tv_log log, void* user);
 /* Messages since the last opening. They can be read until the next one, behind a close too. */
 TV_API int32_t tv_getMessageCount(const tv_model* model, int32_t* count);
 TV_API int32_t tv_getMessage(const tv_model* model, int32_t index, tv_message* message);
+
+/* Warnings are messages of level TV_WARNING: what passes and yet can't be meant, when a project is opened, and what
+ * goes wrong in a run. They change no result and no code, and stand in no report. Of one kind 100 are told with their
+ * place and the rest is counted. They are on at first; the next opening takes the choice. TV_ERROR_OPEN. */
+TV_API int32_t tv_setWarnings(tv_model* model, int32_t isWanted);
+
+/* The list of kinds, the same for all models. */
+TV_API int32_t tv_getWarningKindCount(int32_t* count);
+TV_API int32_t tv_getWarningKind(int32_t index, tv_warning_kind* kind);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * What is in the model. TV_ERROR_NOT_OPEN, TV_ERROR_CLASS, TV_ERROR_INDEX, TV_ERROR_ID.

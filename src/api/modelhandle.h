@@ -29,6 +29,7 @@ struct tv_model {
     int32_t phase = TV_CLOSED;  ///< tv_phase
     int32_t work = WORK_NONE;   ///< HandleWork
     bool keepsRows = false;
+    bool wantsWarnings = true;
 
     // Where the project came from, for a clone.
     bool isFromText = false;

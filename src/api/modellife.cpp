@@ -6,6 +6,7 @@
 #include "api/modelhandle.h"
 #include "api/run.h"
 #include "model/reportfile.h"
+#include "model/warnings.h"
 #include "platform/files.h"
 #include "project/options.h"
 #include "results/report.h"
@@ -70,6 +71,7 @@ static int32_t failToOpen(tv_model* handle, int32_t error) {
     handle->model->error.code = error;
     const int32_t code = modelhandle_tellError(handle, handle->log.messages.size());
     textfile_close(handle->model->files.input);
+    handle->log.warnings.source = nullptr;
     handle->model.reset();
     return code;
 }
@@ -97,11 +99,14 @@ static int32_t readProject(tv_model* handle, const char* report) {
 /// A new project in place of the last, whose messages go.
 static Model& makeModel(tv_model* handle) {
     handle->log.messages.clear();
+    handle->log.warnings = WarningLog{};
     handle->columnNames.clear();
     handle->model = std::make_unique<Model>();
     Model& model = *handle->model;
     model.isSilent = true;
     model.log = &handle->log;
+    handle->log.warnings.isWanted = handle->wantsWarnings;
+    handle->log.warnings.source = &model.files.input;
     model.engines = handle->engines;
     options_setDefaults(model);
     return model;
@@ -305,6 +310,7 @@ static int32_t endRun(tv_model* handle) {
 static int32_t closeProject(tv_model* handle) {
     const int32_t code = handle->phase == TV_STARTED || handle->phase == TV_FINISHED ? endRun(handle) : TV_OK;
     run_close(*handle->model);
+    handle->log.warnings.source = nullptr;
     handle->model.reset();
     handle->phase = TV_CLOSED;
     return code;
@@ -371,7 +377,13 @@ static tv_message describe(const Message& message) {
             message.place.section.c_str(),
             message.place.line,
             message.place.words.c_str(),
-            message.object.c_str()};
+            message.object.c_str(),
+            message.severity,
+            message.place.column,
+            message.place.length,
+            message.effect,
+            message.advice,
+            message.date};
 }
 
 void modelhandle_hear(void* owner, const Message& message) {
@@ -380,6 +392,33 @@ void modelhandle_hear(void* owner, const Message& message) {
         const tv_message told = describe(message);
         handle->hearer(handle->hearerUser, &told);
     }
+}
+
+int32_t tv_setWarnings(tv_model* handle, int32_t isWanted) {
+    return modelhandle_look(handle, NEED_CLOSED, [&]() -> int32_t {
+        handle->wantsWarnings = isWanted != 0;
+        return TV_OK;
+    });
+}
+
+int32_t tv_getWarningKindCount(int32_t* count) {
+    if (!count) {
+        return TV_ERROR_NULL;
+    }
+    *count = WARNING_COUNT;
+    return TV_OK;
+}
+
+int32_t tv_getWarningKind(int32_t index, tv_warning_kind* kind) {
+    if (!kind) {
+        return TV_ERROR_NULL;
+    }
+    if (index < 0 || index >= WARNING_COUNT) {
+        return TV_ERROR_INDEX;
+    }
+    const WarningKind& row = WarningKinds[index];
+    *kind = {row.name, row.group, row.severity, row.text, row.effect, row.advice};
+    return TV_OK;
 }
 
 int32_t tv_setLog(tv_model* handle, tv_log log, void* user) {

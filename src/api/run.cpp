@@ -18,6 +18,7 @@
 #include "results/massbal.h"
 #include "results/report.h"
 #include "results/results.h"
+#include "review/review.h"
 #include "routing/routing.h"
 #include "text/units.h"
 
@@ -86,6 +87,9 @@ int32_t run_read(Model& model) {
     }
     report_writeDescription(model);
     validation_run(model);
+    if (!model.error.code) {
+        review_project(model);
+    }
     return getPublicCode(model);
 }
 

@@ -18,8 +18,10 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "model/warnings.h"
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/tokens.h"
@@ -76,6 +78,7 @@ int32_t conduit_readLine(Model& model, const Tokens& tokens, int32_t link, int32
             return error;
         }
     }
+    plausible_check(model, PLAUSIBLE_SEWER_SLOPE, slopePercent, 5, head.id);
     conduit.slope = slopePercent / PERCENT;
     if (const int32_t error = readSection(model, tokens, conduit)) {
         return error;
@@ -326,6 +329,16 @@ double conduit_getVolume(const Model& model, const Conduit& conduit) {
     return getArea(model, conduit, conduit.depth) * conduit.length;
 }
 
+ConduitSection conduit_getSection(const Conduit& conduit, const Transect* transect, double depth) {
+    switch (conduit.shape) {
+        case CIRCULAR_CONDUIT: return {getSegmentArea(conduit.height, depth), getArcLength(conduit.height, depth)};
+        case RECTANGULAR_CONDUIT: return {conduit.width * depth, conduit.width + 2.0 * depth};
+        default: break;
+    }
+    return transect ? ConduitSection{transect_getArea(*transect, depth), transect_getPerimeter(*transect, depth)}
+                    : ConduitSection{0.0, 0.0};
+}
+
 /// Wetted perimeter (m) at a depth (m).
 static double getPerimeter(const Conduit& conduit, double y) {
     switch (conduit.shape) {
@@ -370,6 +383,14 @@ static double getNormalFlow(const Model& model, const Conduit& conduit, double d
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
+/// Counts water (m3) that the conduit loses, and tells of the first.
+static void countEmptying(const Model& model, const Link& link, Conduit& conduit, double volume) {
+    if (conduit.statEmptiedVolume == 0.0 && volume > 0.0) {
+        warnings_addInRun(model, WARN_RUN_EMPTIED, LINK, link_getIndex(model, link), link.id);
+    }
+    conduit.statEmptiedVolume += volume;
+}
+
 void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
     const double dt = model.options.routingStep;
     const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
@@ -385,6 +406,7 @@ void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, co
     double flow = getNormalFlow(model, conduit, getDepth(model, conduit, volume, fullVolume));
     if (dt * flow > volume) {
         // More than the store holds: it runs dry and delivers nothing. The water, and the mass in it, is in no total.
+        countEmptying(model, link, conduit, volume);
         flow = 0.0;
         volume = 0.0;
     } else {

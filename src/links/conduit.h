@@ -37,6 +37,7 @@ struct Conduit {
     double newFlood;            ///< m3/s
     double statMaxDepth;        ///< m
     double statMaxVelocity;     ///< m/s
+    double statEmptiedVolume;   ///< m3, lost where the conduit emptied in a step
 };
 
 /// A line of [CONDUITS] for the row `link` of the links and the row `kindIndex` of the conduits. An error index, or 0.
@@ -60,6 +61,14 @@ void conduit_shiftFlows(Link& link, Conduit& conduit);
 
 /// For tests: depth (m) at a volume (m3).
 [[nodiscard]] double conduit_getDepth(const Model& model, const Conduit& conduit, double volume);
+
+/// Area (m2) and wetted perimeter (m) of the section at a depth (m), without tables: known before a start. The transect
+/// is that of an irregular one, null for other shapes.
+struct ConduitSection {
+    double area;
+    double perimeter;
+};
+[[nodiscard]] ConduitSection conduit_getSection(const Conduit& conduit, const Transect* transect, double depth);
 
 /// Water that stands in the conduit, m3.
 [[nodiscard]] double conduit_getVolume(const Model& model, const Conduit& conduit);

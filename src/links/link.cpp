@@ -51,6 +51,10 @@ void link_setHead(Model& model, int32_t index, int32_t kind, int32_t kindIndex, 
 
 // --- state ---------------------------------------------------------------------------------------------------------
 
+int32_t link_getIndex(const Model& model, const Link& link) {
+    return static_cast<int32_t>(&link - model.links.data());
+}
+
 void link_initState(const Model& model, Link& link) {
     link.oldFlow = link.newFlow = 0.0;
     link.setting = 1.0;

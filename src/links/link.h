@@ -42,6 +42,9 @@ struct LinkHead {
 /// Fills the common row of a link, once its whole line has proved good.
 void link_setHead(Model& model, int32_t link, int32_t kind, int32_t kindIndex, const LinkHead& head);
 
+/// The row of a link that stands in the table.
+[[nodiscard]] int32_t link_getIndex(const Model& model, const Link& link);
+
 /// Puts what all kinds share to time zero.
 void link_initState(const Model& model, Link& link);
 

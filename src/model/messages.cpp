@@ -4,6 +4,7 @@
 #include "model/messages.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "model/model.h"
@@ -21,7 +22,7 @@ void messages_setPlace(Model& model, const char* section, int64_t line, const ch
     }
     std::string text = words;
     text.erase(text.find_last_not_of(" \t\r\n") + 1);
-    model.log->place = {section, line, std::move(text)};
+    model.log->place = {section, line, std::move(text), 0, 0};
 }
 
 /// The words of a message: without what the report puts around them.
@@ -34,10 +35,25 @@ static std::string getWords(const std::string& text) {
     return first > last ? std::string() : text.substr(first, last + 1 - first);
 }
 
-static void add(MessageLog& log, Message&& message) {
+void messages_add(MessageLog& log, Message&& message) {
     log.messages.push_back(std::move(message));
     if (log.hear) {
         log.hear(log.owner, log.messages.back());
+    }
+}
+
+/// Points at the first word of the line that is the object, or begins with it in quotes.
+static void pointAt(MessagePlace& place, const std::string& object) {
+    const std::string& words = place.words;
+    for (size_t at = object.empty() ? std::string::npos : words.find(object); at != std::string::npos;
+         at = words.find(object, at + 1)) {
+        const size_t end = at + object.size();
+        const bool begins = at == 0 || std::strchr(" \t\"", words[at - 1]);
+        if (begins && (end == words.size() || std::strchr(" \t\"", words[end]))) {
+            place.column = static_cast<int32_t>(at + 1);
+            place.length = static_cast<int32_t>(object.size());
+            return;
+        }
     }
 }
 
@@ -49,13 +65,17 @@ void messages_setDetail(Model& model, const char* detail) {
 
 void messages_addInfo(Model& model, const char* text) {
     if (model.log) {
-        add(*model.log, {MESSAGE_INFO, 0, "", text, {}, ""});
+        messages_add(*model.log, {MESSAGE_INFO, 0, "", text, {}, "", 0, "", "", 0.0});
     }
 }
 
 void messages_addError(Model& model, int32_t code, const std::string& text, const char* object) {
     MessageLog* log = model.log;
-    if (log) {
-        add(*log, {MESSAGE_ERROR, code, "", getWords(text) + std::exchange(log->detail, {}), log->place, object});
+    if (!log) {
+        return;
     }
+    MessagePlace place = log->place;
+    pointAt(place, object);
+    messages_add(*log, {MESSAGE_ERROR, code, "", getWords(text) + std::exchange(log->detail, {}), std::move(place),
+                        object, 0, "", "", 0.0});
 }

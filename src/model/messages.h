@@ -4,6 +4,10 @@
 #include <cstdint>
 #include <deque>
 #include <string>
+#include <vector>
+
+#include "model/project.h"
+#include "text/textfile.h"
 
 struct Model;
 
@@ -14,6 +18,8 @@ struct MessagePlace {
     std::string section;  ///< as "[PIPES]"; empty for none
     int64_t line;         ///< from 1 on; 0 for none
     std::string words;    ///< the line as it stands
+    int32_t column;       ///< of the word meant, in bytes from 1 on; 0 for the whole line
+    int32_t length;       ///< of that word, in bytes
 };
 
 struct Message {
@@ -23,6 +29,27 @@ struct Message {
     std::string text;  ///< in words, one line
     MessagePlace place;
     std::string object;  ///< ID of the object, or the word that is wrong
+    int32_t severity;    ///< WarningSeverity of a warning
+    const char* effect;  ///< of a warning: what happens
+    const char* advice;  ///< of a warning: what to do
+    double date;         ///< of the run, if the message belongs to a moment of it; 0 otherwise
+};
+
+/// Where the line of an object begins in the project file.
+struct LinePlace {
+    int64_t offset;
+    int32_t line;
+    int32_t section;  ///< place in the list of sections
+};
+
+/// What warnings need: where the reader stands, where objects were defined, and how often each kind was told.
+struct WarningLog {
+    bool isWanted = false;
+    LinePlace reading{};          ///< the line that is being read; its line is 0 while none is
+    const char* words = nullptr;  ///< that line as it stands
+    std::vector<LinePlace> places[OBJECT_TYPE_COUNT];
+    std::vector<int64_t> counts;  ///< by WarningIndex
+    TextFile* source = nullptr;   ///< the project file, open from the opening to the close
 };
 
 /// What a host hears of a model. It outlives the project, and stays where it is while the messages grow.
@@ -30,6 +57,7 @@ struct MessageLog {
     std::deque<Message> messages;
     MessagePlace place{};  ///< of what is being said
     std::string detail;    ///< put behind the words of the next message
+    WarningLog warnings;
     void (*hear)(void* owner, const Message& message) = nullptr;
     void* owner = nullptr;
 };
@@ -42,6 +70,9 @@ void messages_setPlace(Model& model, const char* section, int64_t line, const ch
 
 /// What stands behind the words of the failure that is told next.
 void messages_setDetail(Model& model, const char* detail);
+
+/// Puts a message into the log, and lets the host hear it.
+void messages_add(MessageLog& log, Message&& message);
 
 /// Tells something to the host that is no failure of its own.
 void messages_addInfo(Model& model, const char* text);

@@ -26,6 +26,7 @@
 #include "model/project.h"
 #include "model/reportfile.h"
 #include "model/timeseries.h"
+#include "model/warnings.h"
 #include "nodes/inflows.h"
 #include "nodes/reactor.h"
 #include "project/fingerprint.h"
@@ -57,6 +58,7 @@ static void writeLineError(Model& model, int32_t error, int32_t section, long li
 
 /// Makes a name known; the error if it was known before. The counters grow all the same.
 static int32_t addName(Model& model, int32_t type, const char* word) {
+    warnings_notePlace(model, type);
     switch (names_add(model, type, word, model.counts.objects[type]++)) {
         case 1: return ERR_NONE;
         case 0: return errors_setName(model, ERR_DUPLICATE_ID, word);
@@ -130,10 +132,14 @@ static void countObjects(Model& model) {
     std::memset(model.counts.linkKinds, 0, sizeof model.counts.linkKinds);
     int32_t section = -1, pending = ERR_NONE, errorCount = 0;
     long lineNumber = 0;
-    char line[LINE_SIZE];
+    char line[LINE_SIZE], whole[LINE_SIZE];
+    int64_t offset = 0;
     fingerprint_begin(model);
     while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++lineNumber;
+        const bool isCut = section == SECTION_GENERAL;
+        warnings_setLine(model, offset, lineNumber, section, isCut ? std::strcpy(whole, line) : line);
+        offset = textfile_getPosition(model.files.input);
         fingerprint_addLine(model, line);
         if (const int32_t error = countNextLine(model, line, section, pending)) {
             writeLineError(model, error, section, lineNumber, line);
@@ -221,6 +227,7 @@ static int32_t parseRule(Model& model, const Tokens& tokens) {
             return errors_setName(model, ERR_DUPLICATE_ID, tokens[1]);
         }
         ++running;
+        warnings_notePlace(model, RULE);
     }
     return running > 0 ? rulereader_readLine(model, tokens, running - 1, clause)
                        : errors_setName(model, ERR_RULE_CLAUSE, "");
@@ -288,8 +295,11 @@ static int32_t readLines(Model& model) {
     int32_t errorCount = 0;
     long lineNumber = 0;
     char line[LINE_SIZE], words[LINE_SIZE];
+    int64_t offset = 0;
     while (textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++lineNumber;
+        warnings_setLine(model, offset, lineNumber, section, line);
+        offset = textfile_getPosition(model.files.input);
         std::strcpy(words, line);
         const Tokens tokens = tokens_split(words);
         if (tokens.count == 0 || tokens[0][0] == '/') {

@@ -1,0 +1,37 @@
+#pragma once
+// What numbers of a project file are usual, and what they can hardly be: the ranges of model/plausible.def, each with
+// its source. A number outside what is usual is told as a note, one beyond doubt as a warning.
+
+#include <cstdint>
+
+struct Model;
+
+enum PlausibleIndex : int32_t {
+#define TARNVELDE_PLAUSIBLE(enumerator, warning, quantity, unit, low, high, doubtLow, doubtHigh, slip, source) \
+    enumerator,
+#include "model/plausible.def"
+    PLAUSIBLE_COUNT
+};
+
+struct Plausible {
+    int32_t warning;             ///< WarningIndex
+    const char* quantity;        ///< in words, without an article
+    const char* unit;            ///< of the project file; empty for a plain number
+    double low, high;            ///< what is usual, the ends included
+    double doubtLow, doubtHigh;  ///< beyond these it can hardly be meant
+    const char* slip;            ///< the likely mistake beyond doubt; empty if none is known
+    const char* source;          ///< in the literature
+};
+
+extern const Plausible Plausibles[PLAUSIBLE_COUNT];
+
+/// The number is outside its range: tells so.
+void plausible_tell(const Model& model, int32_t plausible, double value, int32_t word, const char* object);
+
+/// Tells of a number, word `word` of the line that is being read, if it is outside what is usual.
+inline void plausible_check(const Model& model, int32_t plausible, double value, int32_t word, const char* object) {
+    const Plausible& range = Plausibles[plausible];
+    if (!(value >= range.low && value <= range.high)) {
+        plausible_tell(model, plausible, value, word, object);
+    }
+}

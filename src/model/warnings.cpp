@@ -1,0 +1,167 @@
+// Warnings. A kind is a row of one list, from which the manual's chapter and the hosts' list are made as well.
+
+#include "model/warnings.h"
+
+#include <charconv>
+#include <cstring>
+#include <utility>
+
+#include "model/model.h"
+#include "text/tokens.h"
+
+const WarningKind WarningKinds[WARNING_COUNT] = {
+#define TARNVELDE_WARNING(enumerator, name, group, severity, text, effect, advice) \
+    {name, group, severity, text, effect, advice},
+#include "model/warnings.def"
+};
+
+static const char* const SectionNames[] = {
+#define TARNVELDE_SECTION(number, name, countRule, type) name,
+#define TARNVELDE_NODE_SECTION(number, name, kind) name,
+#define TARNVELDE_COUPLED_SECTION(number, name, kind) name,
+#define TARNVELDE_LINK_SECTION(number, name, kind) name,
+#include "model/sections.def"
+};
+
+bool warnings_isWanted(const Model& model) {
+    return model.log && model.log->warnings.isWanted;
+}
+
+// --- texts ---------------------------------------------------------------------------------------------------------
+
+static std::string fillIn(const char* text, WarningFills fills) {
+    std::string filled;
+    for (const char* at = text; *at; ++at) {
+        const auto index = static_cast<size_t>(at[1] - '1');
+        if (*at == '%' && index < fills.size()) {
+            filled += fills.begin()[index];
+            ++at;
+        } else {
+            filled += *at;
+        }
+    }
+    return filled;
+}
+
+std::string warnings_formatNumber(double value) {
+    char text[40];
+    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6).ptr;
+    return {text, end};
+}
+
+// --- places --------------------------------------------------------------------------------------------------------
+
+static MessagePlace makePlace(const LinePlace& place, const char* line, int32_t word) {
+    const bool hasSection = place.section >= 0;
+    MessagePlace made{hasSection ? SectionNames[place.section] : "", place.line, line, 0, 0};
+    made.words.erase(made.words.find_last_not_of(" \t\r\n") + 1);
+    if (word < 0) {
+        return made;
+    }
+    std::string copy = made.words;
+    const Tokens tokens = tokens_split(copy.data());
+    if (word < tokens.count) {
+        made.column = static_cast<int32_t>(tokens[word] - copy.data()) + 1;
+        made.length = static_cast<int32_t>(std::strlen(tokens[word]));
+    }
+    return made;
+}
+
+/// The place at which an object was defined. Its line is read once more: few are ever asked for.
+static MessagePlace findPlace(const WarningLog& warnings, int32_t type, int32_t index) {
+    if (index < 0 || static_cast<size_t>(index) >= warnings.places[type].size() || !warnings.source) {
+        return {"", 0, "", 0, 0};
+    }
+    const LinePlace& place = warnings.places[type][static_cast<size_t>(index)];
+    char line[LINE_SIZE];
+    textfile_setPosition(*warnings.source, place.offset);
+    return textfile_getLine(*warnings.source, line, LINE_SIZE) ? makePlace(place, line, 0) : makePlace(place, "", -1);
+}
+
+void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t section, const char* words) {
+    if (model.log) {
+        model.log->warnings.reading = {offset, static_cast<int32_t>(line), section};
+        model.log->warnings.words = words;
+    }
+}
+
+void warnings_notePlace(const Model& model, int32_t type) {
+    if (model.log) {
+        model.log->warnings.places[type].push_back(model.log->warnings.reading);
+    }
+}
+
+// --- telling -------------------------------------------------------------------------------------------------------
+
+/// Counts one of a kind. Whether it is one of those that are told.
+static bool takeOne(WarningLog& warnings, int32_t warning) {
+    warnings.counts.resize(WARNING_COUNT);
+    return warnings.counts[static_cast<size_t>(warning)]++ < WARNINGS_KEPT;
+}
+
+static void tell(MessageLog& log, int32_t warning, int32_t severity, MessagePlace&& place, const char* object,
+                 WarningFills fills, double date) {
+    const WarningKind& kind = WarningKinds[warning];
+    messages_add(log, {MESSAGE_WARNING, 0, kind.name, fillIn(kind.text, fills), std::move(place), object, severity,
+                       kind.effect, kind.advice, date});
+}
+
+void warnings_addAtLine(const Model& model, int32_t warning, int32_t severity, int32_t word, const char* object,
+                        WarningFills fills) {
+    if (!warnings_isWanted(model) || !takeOne(model.log->warnings, warning)) {
+        return;
+    }
+    const WarningLog& warnings = model.log->warnings;
+    const char* words = warnings.words ? warnings.words : "";
+    tell(*model.log, warning, severity, makePlace(warnings.reading, words, word), object, fills, 0.0);
+}
+
+void warnings_addAtLine(const Model& model, int32_t warning, int32_t word, const char* object, WarningFills fills) {
+    warnings_addAtLine(model, warning, WarningKinds[warning].severity, word, object, fills);
+}
+
+void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
+                       WarningFills fills) {
+    if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
+        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model.log->warnings, type, index), object,
+             fills, 0.0);
+    }
+}
+
+void warnings_addAboutAll(const Model& model, int32_t warning, WarningFills fills) {
+    if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
+        tell(*model.log, warning, WarningKinds[warning].severity, {"", 0, "", 0, 0}, "", fills, 0.0);
+    }
+}
+
+void warnings_addInRun(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
+                       WarningFills fills) {
+    if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
+        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model.log->warnings, type, index), object,
+             fills, model_getDate(model, model.clock.newRoutingTime));
+    }
+}
+
+void warnings_tellRest(const Model& model) {
+    if (!warnings_isWanted(model)) {
+        return;
+    }
+    WarningLog& warnings = model.log->warnings;
+    for (size_t k = 0; k < warnings.counts.size(); ++k) {
+        if (warnings.counts[k] > WARNINGS_KEPT) {
+            const std::string more = std::to_string(warnings.counts[k] - WARNINGS_KEPT) + " more of this kind";
+            const WarningKind& kind = WarningKinds[k];
+            messages_add(*model.log, {MESSAGE_WARNING,
+                                      0,
+                                      kind.name,
+                                      more,
+                                      {"", 0, "", 0, 0},
+                                      "",
+                                      kind.severity,
+                                      kind.effect,
+                                      kind.advice,
+                                      0.0});
+            warnings.counts[k] = WARNINGS_KEPT;
+        }
+    }
+}

@@ -1,0 +1,81 @@
+#pragma once
+// Warnings: what passes and yet can't be meant, said beside the report and never in it. They change no result and no
+// code. Each is a row of model/warnings.def, told at most WARNINGS_KEPT times with its place; further ones are counted.
+// Without a host that listens (Model::log) nothing is worked out.
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+
+#include "model/messages.h"
+#include "model/project.h"
+
+struct Model;
+
+enum WarningIndex : int32_t {
+#define TARNVELDE_WARNING(enumerator, name, group, severity, text, effect, advice) enumerator,
+#include "model/warnings.def"
+    WARNING_COUNT
+};
+
+/// When a warning is found.
+enum WarningGroup : int32_t {
+    WARNING_DROPPED,      ///< reading: something is dropped, or taken otherwise than it seems to say
+    WARNING_IMPLAUSIBLE,  ///< reading: something can hardly be meant
+    WARNING_RUN           ///< a run: something goes wrong with the water
+};
+
+enum WarningSeverity : int32_t {
+    SEVERITY_NOTE,     ///< unusual, and maybe meant
+    SEVERITY_WARNING,  ///< hardly meant
+    SEVERITY_SERIOUS   ///< results can't be right
+};
+
+struct WarningKind {
+    const char* name;
+    int32_t group;     ///< WarningGroup
+    int32_t severity;  ///< WarningSeverity
+    const char* text;  ///< in words, with %1 ... %9 for what the case fills in
+    const char* effect;
+    const char* advice;
+};
+
+extern const WarningKind WarningKinds[WARNING_COUNT];
+
+/// So many of one kind are told with their place.
+constexpr int64_t WARNINGS_KEPT = 100;
+
+using WarningFills = std::initializer_list<std::string>;
+
+/// Whether anybody wants to hear warnings: for what costs something to find out.
+[[nodiscard]] bool warnings_isWanted(const Model& model);
+
+/// At the line that is being read. `word` is its place in the line from 0 on, -1 for the line as a whole.
+void warnings_addAtLine(const Model& model, int32_t warning, int32_t word, const char* object, WarningFills fills = {});
+
+/// The same with a severity of the case's own.
+void warnings_addAtLine(const Model& model, int32_t warning, int32_t severity, int32_t word, const char* object,
+                        WarningFills fills);
+
+/// About an object of a class (ObjectType), at the line that defined it.
+void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
+                       WarningFills fills = {});
+
+/// About no object and no line.
+void warnings_addAboutAll(const Model& model, int32_t warning, WarningFills fills = {});
+
+/// About an object at the present moment of the run.
+void warnings_addInRun(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
+                       WarningFills fills = {});
+
+/// Tells of each kind how many more there were than were told with their place.
+void warnings_tellRest(const Model& model);
+
+/// The reader is at a line, which stands at an offset of the file; a line of 0 ends this.
+void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t section, const char* words);
+
+/// The line that is being read defines the next object of a class.
+void warnings_notePlace(const Model& model, int32_t type);
+
+/// A number as short as it can be, for the texts of warnings.
+[[nodiscard]] std::string warnings_formatNumber(double value);
