@@ -480,3 +480,16 @@ TEST(Beware, LinksOfThePageLeadSomewhere) {
         EXPECT_TRUE(anchor.empty() || readAnchors(folder / file).contains(anchor)) << file << '#' << anchor;
     }
 }
+
+TEST(Beware, LinksOfOtherChaptersLeadToSectionsOfThePage) {
+    const std::set<std::string> anchors = readAnchors(TARNVELDE_SOURCE_DIR "/docs/beware.md");
+    const std::regex link("beware\\.md#([^)]*)\\)");
+    int links = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(TARNVELDE_SOURCE_DIR "/docs")) {
+        const std::string text = entry.path().extension() == ".md" ? readFile(entry.path()) : "";
+        for (std::sregex_iterator match(text.begin(), text.end(), link), end; match != end; ++match, ++links) {
+            EXPECT_TRUE(anchors.contains((*match)[1])) << entry.path() << ": " << (*match)[1];
+        }
+    }
+    EXPECT_GE(links, 20);
+}
