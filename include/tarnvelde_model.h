@@ -247,6 +247,48 @@ typedef struct tv_table {
     int32_t columnCount;
 } tv_table;
 
+/* Balance of a place over the run: m3 of water, or kg of a pollutant. */
+typedef struct tv_balance {
+    double initial; /* stored at the start */
+    double in;
+    double out;
+    double lost;    /* to the air, the ground, by reaction, or as flood */
+    double stored;  /* now, with what would leave after the end of the run */
+    double missing; /* initial + in - out - lost - stored: in no account; negative for what came from nowhere */
+    double error;   /* %, missing by initial + in; 0 if nothing came in */
+} tv_balance;
+
+/* A part of the system with a continuity table of its own. */
+enum tv_part { TV_PART_RUNOFF = 0, TV_PART_WASHOFF = 1, TV_PART_FLOW = 2, TV_PART_QUALITY = 3 };
+
+/* How a continuity error is to be taken. */
+enum tv_grade {
+    TV_GRADE_NOTHING = 0, /* nothing came in */
+    TV_GRADE_GREEN = 1,   /* under 1 %: usual */
+    TV_GRADE_AMBER = 2,   /* to 5 %: look where it comes from */
+    TV_GRADE_RED = 3      /* above, or no number: don't rely on the results before it is explained */
+};
+
+/* A row of the verdict. */
+typedef struct tv_verdict {
+    int32_t part;       /* tv_part */
+    int32_t pollutant;  /* TV_NO_POLLUTANT for water */
+    double in;          /* m3 or kg, with what was stored at the start */
+    double missing;     /* m3 or kg, in no account; negative for what came from nowhere */
+    double error;       /* %, as the report has it; 0 if nothing came in */
+    int32_t grade;      /* tv_grade */
+    const char* words;  /* the grade in words */
+    int32_t causeCount; /* places that make it; of water alone, the ten largest */
+} tv_verdict;
+
+/* A place that makes a part of an error. */
+typedef struct tv_cause {
+    int32_t objectClass; /* TV_SUBCATCHMENT, TV_NODE or TV_LINK */
+    int32_t index;
+    double missing; /* m3 */
+    double share;   /* 0 ... 1 of what all places miss, whatever its sign */
+} tv_cause;
+
 /* Called with each message as it comes. The model must not be used from within, but for tv_getPhase. */
 typedef void (*tv_log)(void* user, const tv_message* message);
 
@@ -381,6 +423,25 @@ TV_API int32_t tv_setValues(tv_model* model, int32_t variable, int32_t pollutant
 
 /* Lets go of a forcing: rules and the project file rule again. TV_ERROR_READ_ONLY for what is no forcing. */
 TV_API int32_t tv_releaseValue(tv_model* model, int32_t variable, int32_t index, int32_t pollutant);
+
+/* ------------------------------------------------------------------------------------------------------------------
+ * Balances and verdict of the run so far. What came in and left is counted by the same books as the report's tables, so
+ * what all places miss together is what the continuity error says. TV_ERROR_NOT_STARTED, TV_ERROR_CLASS,
+ * TV_ERROR_INDEX.
+ * ------------------------------------------------------------------------------------------------------------------ */
+
+/* Water of a subcatchment, a LID unit, a node or a link; or a pollutant of a subcatchment or a LID unit, TV_ERROR_KIND
+ * of the others, whose loads nobody keeps. Behind a hot start balances begin with what is there then. */
+TV_API int32_t tv_getBalance(const tv_model* model, int32_t objectClass, int32_t index, int32_t pollutant,
+                             tv_balance* balance);
+
+/* Works the verdict out and stores how many rows it has: for the water on the land and in the network, and for each
+ * pollutant likewise. The two functions below tell of it until it is worked out anew. */
+TV_API int32_t tv_judge(tv_model* model, int32_t* rowCount);
+TV_API int32_t tv_getVerdict(const tv_model* model, int32_t row, tv_verdict* verdict);
+
+/* The places that make the error of a row, most first. TV_ERROR_INDEX behind the last one. */
+TV_API int32_t tv_getCause(const tv_model* model, int32_t row, int32_t cause, tv_cause* place);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Rows of results, as the files get them, single precision, without a file

@@ -7,12 +7,14 @@
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "api/guard.h"
 #include "model/errors.h"
 #include "model/messages.h"
 #include "model/model.h"
 #include "platform/locale.h"
+#include "review/verdict.h"
 #include "tarnvelde_model.h"
 
 /// What keeps a model busy.
@@ -35,6 +37,8 @@ struct tv_model {
     bool isFromText = false;
     std::string source;  ///< the path, or the text itself
     std::string folder;  ///< of a text
+
+    std::vector<Verdict> verdicts;  ///< of the last call that judged
 
     /// Names of columns that a host was told, which are made of two.
     mutable std::set<std::string> columnNames;

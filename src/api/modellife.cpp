@@ -11,6 +11,7 @@
 #include "project/options.h"
 #include "results/report.h"
 #include "results/results.h"
+#include "review/runreview.h"
 #include "text/datetime.h"
 #include "text/units.h"
 
@@ -101,6 +102,7 @@ static Model& makeModel(tv_model* handle) {
     handle->log.messages.clear();
     handle->log.warnings = WarningLog{};
     handle->columnNames.clear();
+    handle->verdicts.clear();
     handle->model = std::make_unique<Model>();
     Model& model = *handle->model;
     model.isSilent = true;
@@ -244,6 +246,9 @@ static bool step(tv_model* handle) {
     const int32_t period = model.results->period;
     run_step(model, nullptr);
     modelhandle_updatePhase(handle);
+    if (handle->phase == TV_FINISHED && model.error.code == ERR_NONE) {
+        runreview_end(model);
+    }
     if (!handle->listener || model.results->period == period) {
         return false;
     }
@@ -286,6 +291,7 @@ int32_t tv_runUntil(tv_model* handle, double date) {
 
 int32_t tv_report(tv_model* handle) {
     return modelhandle_move(handle, NEED_RUN, [&]() -> int32_t {
+        runreview_end(*handle->model);
         report_writeTables(*handle->model);
         reportfile_flush(*handle->model);
         return TV_OK;

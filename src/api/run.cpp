@@ -11,6 +11,7 @@
 #include "model/messages.h"
 #include "model/model.h"
 #include "model/reportfile.h"
+#include "model/warnings.h"
 #include "platform/files.h"
 #include "project/options.h"
 #include "project/reader.h"
@@ -19,6 +20,8 @@
 #include "results/report.h"
 #include "results/results.h"
 #include "review/review.h"
+#include "review/runreview.h"
+#include "routing/placebalances.h"
 #include "routing/routing.h"
 #include "text/units.h"
 
@@ -113,6 +116,10 @@ int32_t run_start(Model& model, int32_t sinks) {
     runoff_limitStep(model);
     runoff_open(model);
     routing_open(model);
+    if (model.log) {
+        placebalances_takeStart(model);
+        warnings_openRun(model);
+    }
     results_open(model);
     return getPublicCode(model);
 }
@@ -171,6 +178,7 @@ int32_t run_step(Model& model, double* elapsedDays) {
         return refuseCall(model);
     }
     const double time = advanceModel(model);
+    runreview_lookAtStep(model);
     if (model.sinks) {
         saveResults(model, time);
     }

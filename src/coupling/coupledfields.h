@@ -19,6 +19,7 @@ void outside_walkRecord(V& v, CoupledFlow& record, int64_t loads) {
     v.setting(NAMED(record.sumLoad), loads);
     v.setting(NAMED(record.sumFlow));
     v.setting(NAMED(record.sumCount), FieldSpan{0, 1 << 30});
+    v.total(NAMED(record.statVolume));
 }
 
 /// A node, whose records of what flows in have `loads` loads.

@@ -150,7 +150,7 @@ static bool openRecords(Arena& arena, CoupledList& list, int32_t count) {
         record->oldLoad = arrays;
         record->newLoad = arrays + count;
         record->sumLoad = arrays + 2 * static_cast<int64_t>(count);
-        record->oldFlow = record->newFlow = record->sumFlow = 0.0;
+        record->oldFlow = record->newFlow = record->sumFlow = record->statVolume = 0.0;
         record->sumCount = 0;
         list.byIndex.push_back(record);
     }
@@ -190,7 +190,9 @@ double* outside_getLoads(const Model& model, OutsideNode& outside) {
     return outside.scratch;
 }
 
-void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads) {
+void outside_countDelivery(Model& model, const OutsideTotals& totals, CoupledFlow& record, double flow,
+                           const double* loads) {
+    record.statVolume += model.options.routingStep * flow;
     model.totals.flow.*totals.outflow += model.options.routingStep * flow;
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         model.totals.quality[p].*totals.outflowMass += model.options.routingStep * loads[p];

@@ -27,9 +27,10 @@ struct CoupledFlow {
     double newFlow;        ///< m3/s, at its end
     double* oldLoad;       ///< the arrays live as long as the run
     double* newLoad;
-    double* sumLoad;   ///< loads added up since a receiving pipe was last fed
-    double sumFlow;    ///< m3/s, flows added up likewise
-    int32_t sumCount;  ///< values in sumFlow
+    double* sumLoad;    ///< loads added up since a receiving pipe was last fed
+    double sumFlow;     ///< m3/s, flows added up likewise
+    int32_t sumCount;   ///< values in sumFlow
+    double statVolume;  ///< m3, passed in the run
 };
 
 /// Records in file order, and the same in the order of their indices, for a run.
@@ -135,20 +136,23 @@ void outside_end(OutsideNode& outside, const OutsideCalls& calls);
 void outside_moveClock(OutsideNode& outside, double elapsedDays);
 
 /// Steps the engine until it has passed the routing clock, or once if its run is over, when it tells an elapsed time of
-/// 0. `give` passes what goes into the model ahead of each step, `take` fetches what comes out of it.
+/// 0. `give` passes what goes into the model ahead of each step, `take` fetches what comes out of it. False if the
+/// engine has refused a step, which changes nothing here.
 template <class Give, class Take>
-void outside_advance(const Model& model, OutsideNode& outside, const OutsideCalls& calls, Give give, Take take) {
+bool outside_advance(const Model& model, OutsideNode& outside, const OutsideCalls& calls, Give give, Take take) {
     if (outside.newTime > model.clock.newRoutingTime) {
-        return;
+        return true;
     }
+    bool isDone = true;
     double elapsed;
     do {
         give();
         elapsed = 0.0;
-        calls.step(&elapsed);
+        isDone = calls.step(&elapsed) == 0 && isDone;
         take();
         outside_moveClock(outside, elapsed);
     } while (elapsed != 0.0 && outside.newTime <= model.clock.newRoutingTime);
+    return isDone;
 }
 
 /// Looks for the functions of an engine that save and restore its state.
@@ -166,8 +170,9 @@ bool outside_saveState(const OutsideNode& outside, void* buffer, int32_t size);
 /// The room for one number per pollutant, emptied: for the loads of one link, kg/s.
 [[nodiscard]] double* outside_getLoads(const Model& model, OutsideNode& outside);
 
-/// Counts what a link gives to the model in this step: a flow, m3/s, and its loads, kg/s.
-void outside_countDelivery(Model& model, const OutsideTotals& totals, double flow, const double* loads);
+/// Counts what a link gives to the model by a record in this step: a flow, m3/s, and its loads, kg/s.
+void outside_countDelivery(Model& model, const OutsideTotals& totals, CoupledFlow& record, double flow,
+                           const double* loads);
 
 /// New becomes old, and the new values of all records become 0.
 void outside_rollRecords(const CoupledList& list, int32_t count);

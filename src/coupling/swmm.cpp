@@ -13,6 +13,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/pollut.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
@@ -193,7 +194,7 @@ void swmm_takeInflow(Model& model, int32_t row, int32_t link, double flow, const
     }
     CoupledFlow& record = **records.begin();
     record.newFlow += flow;
-    outside_countDelivery(model, SWMM_TOTALS, flow, loads);
+    outside_countDelivery(model, SWMM_TOTALS, record, flow, loads);
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         record.newLoad[p] = loads[p];  // set, not added: of two links with one number only the last load goes on
     }
@@ -271,7 +272,9 @@ void swmm_advance(Model& model, int32_t node) {
         passInflows(model, swmm);
         passSettings(model, node, swmm.entries);
     };
-    outside_advance(model, swmm.outside, getCalls(swmm.entries), give, [&] { takeOutflows(model, swmm); });
+    if (!outside_advance(model, swmm.outside, getCalls(swmm.entries), give, [&] { takeOutflows(model, swmm); })) {
+        warnings_addInRun(model, WARN_RUN_ENGINE, NODE, node, model.nodes[node].id);
+    }
     // Requests for other nodes go too, used or not: a host asks anew for each step, one SWMM node at a time.
     model.requests.swmmInflows.clear();
     model.requests.swmmSettings.clear();

@@ -12,6 +12,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
@@ -169,7 +170,7 @@ void vorn_takeInflow(Model& model, int32_t row, int32_t link, double flow, const
     // Every record of the link takes the whole flow, so two of them double it, in the plant and in the totals.
     for (CoupledFlow* record : outside_findRecords(model.vornNodes[row].outside.inflows, link)) {
         record->newFlow += flow;
-        outside_countDelivery(model, VORN_TOTALS, flow, loads);
+        outside_countDelivery(model, VORN_TOTALS, *record, flow, loads);
         converter_applyInfluent(model, record->converter, flow, loads, record->newLoad);
     }
 }
@@ -220,7 +221,10 @@ static void takeEffluents(const Model& model, const VornNode& vorn) {
 
 void vorn_advance(Model& model, int32_t node) {
     VornNode& vorn = model.vornNodes[getRow(model, node)];
-    outside_advance(
+    const bool isDone = outside_advance(
         model, vorn.outside, getCalls(vorn.entries), [&] { passInfluents(model, vorn); },
         [&] { takeEffluents(model, vorn); });
+    if (!isDone) {
+        warnings_addInRun(model, WARN_RUN_ENGINE, NODE, node, model.nodes[node].id);
+    }
 }

@@ -151,3 +151,18 @@ void lidunit_shiftState(const Model& model, LidUnit& unit) {
         unit.thisSurfaceLoad[p] = unit.thisDrainLoad[p] = 0.0;  // a unit that sends no water must send no load
     }
 }
+
+Balance lidunit_getBalance(const LidUnit& unit) {
+    return {unit.area * unit.initialDepth, unit.area * unit.inflowDepth,
+            unit.area * (unit.surfaceOutDepth + unit.drainDepth), unit.area * (unit.evapDepth + unit.infilDepth),
+            unit.area * unit.finalDepth};
+}
+
+bool lidunit_getLoadBalance(const LidUnit& unit, int32_t p, Balance& balance) {
+    if (!unit.inflowLoad) {
+        return false;
+    }
+    balance = {0.0, unit.inflowLoad[p], unit.surfaceOutLoad[p] + unit.drainOutLoad[p],
+               unit.exfilLoad[p] + unit.reactedLoad[p], unit.finalLoad[p]};
+    return true;
+}

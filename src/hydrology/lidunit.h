@@ -5,6 +5,7 @@
 
 #include "hydrology/lid.h"
 #include "model/arena.h"
+#include "model/balance.h"
 #include "text/tokens.h"
 
 struct Model;
@@ -82,6 +83,11 @@ void lidunit_forgetBalance(LidUnit& unit);
 /// Levels at the initial saturation, flows and the water balance of the start of a run. The water in a mat is worked
 /// out with the void given.
 void lidunit_initState(LidUnit& unit, const Lid& lid, double matVoid);
+
+/// Water (m3) and one pollutant (kg) over the run, from above and by rain as well. No load before the first start,
+/// which is false.
+[[nodiscard]] Balance lidunit_getBalance(const LidUnit& unit);
+[[nodiscard]] bool lidunit_getLoadBalance(const LidUnit& unit, int32_t pollutant, Balance& balance);
 
 /// New becomes old, at the start of a step.
 void lidunit_shiftState(const Model& model, LidUnit& unit);

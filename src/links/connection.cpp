@@ -29,6 +29,7 @@ int32_t connection_readLine(Model& model, const Tokens& tokens, int32_t link, in
 
 void connection_initState(Model& model, Connection& connection) {
     connection.oldInflow = connection.newInflow = 0.0;
+    connection.statDelayed = 0.0;
     connection.flowQueue = DelayQueue{};
     connection.loadQueue = arena_allocateArray<DelayQueue>(model.memory.run, model_pollutantCount(model));
     if (!connection.loadQueue) {
@@ -54,6 +55,7 @@ Passage connection_passFlow(Model& model, Link& link, Connection& connection, do
         delayqueue_push(model, connection.flowQueue, exitDate, flow);
     } else {
         model.totals.flow.delayedVolume += model.options.routingStep * flow;
+        connection.statDelayed += model.options.routingStep * flow;
     }
     connection.newInflow = flow;
     link.newFlow = delayqueue_getValue(connection.flowQueue, date);

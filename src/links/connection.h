@@ -12,6 +12,7 @@ struct Connection {
     double delay;           ///< s
     double oldInflow;       ///< m3/s
     double newInflow;       ///< m3/s
+    double statDelayed;     ///< m3, that would leave after the end of the run
     DelayQueue flowQueue;   ///< m3/s
     DelayQueue* loadQueue;  ///< kg/s, one per pollutant; lives as long as the run
 };

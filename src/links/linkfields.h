@@ -185,6 +185,7 @@ void connection_walk(V& v, Connection& connection, Model& model) {
     v.setting(NAMED(connection.delay));
     v.state(NAMED(connection.oldInflow));
     v.state(NAMED(connection.newInflow));
+    v.total(NAMED(connection.statDelayed));
     delayqueue_walk(v, NAMED(connection.flowQueue), model);
     delayqueue_walkLoads(v, NAMED(connection.loadQueue), model);
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "model/project.h"
@@ -48,8 +49,11 @@ struct WarningLog {
     LinePlace reading{};          ///< the line that is being read; its line is 0 while none is
     const char* words = nullptr;  ///< that line as it stands
     std::vector<LinePlace> places[OBJECT_TYPE_COUNT];
-    std::vector<int64_t> counts;  ///< by WarningIndex
-    TextFile* source = nullptr;   ///< the project file, open from the opening to the close
+    std::vector<int64_t> counts;        ///< by WarningIndex
+    std::unordered_set<uint64_t> told;  ///< kinds of warning with the object of the run that they were told of
+    bool isRunReviewed = false;   ///< the balances of the run were told of
+    bool isNumberTold = false;    ///< so was a value that is no number
+    TextFile* source = nullptr;  ///< the project file, open from the opening to the close
 };
 
 /// What a host hears of a model. It outlives the project, and stays where it is while the messages grow.

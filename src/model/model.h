@@ -161,5 +161,10 @@ struct Model {
     return model.counts.objects[POLLUT];
 }
 
+/// Places that hold water: subcatchments, nodes and links.
+[[nodiscard]] inline int64_t model_getPlaceCount(const Model& model) {
+    return int64_t{model.counts.objects[SUBCATCH]} + model.counts.objects[NODE] + model.counts.objects[LINK];
+}
+
 /// Empties the five lists that a host has filled.
 void model_clearHostLists(Model& model);

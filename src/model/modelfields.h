@@ -69,6 +69,7 @@ void totals_walk(V& v, Totals& totals, const Model& model) {
         totals_walkQuality(v, totals.quality[p]);
     }
     v.total(NAMED(totals.initSurfaceStorage));
+    v.total(NAMED(totals.startVolumes), totals.startVolumes ? model_getPlaceCount(model) : 0);
     v.total(NAMED(totals.runoffError));
     v.total(NAMED(totals.flowError));
     v.total(NAMED(totals.qualityError));

@@ -139,6 +139,7 @@ struct Totals {
     FlowTotalsRecord flow;
     QualTotalsRecord* quality;  ///< one per pollutant; null before the first start
     double initSurfaceStorage;  ///< m3, on the land at the start; 0 but in a run that began with a state
+    double* startVolumes;       ///< m3, at the start, of each subcatchment, node and link; null before the first start
     double runoffError;         ///< %, set by the last report, as are the next two
     double flowError;           ///< %
     double qualityError;        ///< %

@@ -8,6 +8,7 @@
 
 #include "model/model.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 const WarningKind WarningKinds[WARNING_COUNT] = {
 #define TARNVELDE_WARNING(enumerator, name, group, severity, text, effect, advice) \
@@ -134,11 +135,32 @@ void warnings_addAboutAll(const Model& model, int32_t warning, WarningFills fill
     }
 }
 
-void warnings_addInRun(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
-                       WarningFills fills) {
-    if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
-        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model.log->warnings, type, index), object,
-             fills, model_getDate(model, model.clock.newRoutingTime));
+/// Whether an object is the first time told of in a run. What happens may happen in every step.
+static bool takeFirst(WarningLog& warnings, int32_t warning, int32_t type, int32_t index) {
+    const auto kind = static_cast<uint64_t>(warning) * OBJECT_TYPE_COUNT + static_cast<uint64_t>(type);
+    return warnings.told.insert(kind << 32U | static_cast<uint32_t>(index)).second;
+}
+
+void warnings_addInRun(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object) {
+    if (!warnings_isWanted(model)) {
+        return;
+    }
+    WarningLog& warnings = model.log->warnings;
+    if (takeFirst(warnings, warning, type, index) && takeOne(warnings, warning)) {
+        const double date = model.options.startDateTime + model.clock.newRoutingTime / MS_PER_DAY;
+        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(warnings, type, index), object, {}, date);
+    }
+}
+
+void warnings_openRun(const Model& model) {
+    if (!model.log) {
+        return;
+    }
+    WarningLog& warnings = model.log->warnings;
+    warnings.told.clear();
+    warnings.isRunReviewed = warnings.isNumberTold = false;
+    for (size_t k = 0; k < warnings.counts.size(); ++k) {
+        warnings.counts[k] = WarningKinds[k].group == WARNING_RUN ? 0 : warnings.counts[k];
     }
 }
 

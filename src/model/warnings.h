@@ -64,9 +64,11 @@ void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_
 /// About no object and no line.
 void warnings_addAboutAll(const Model& model, int32_t warning, WarningFills fills = {});
 
-/// About an object at the present moment of the run.
-void warnings_addInRun(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
-                       WarningFills fills = {});
+/// About an object at the present moment of the run, the first of its kind for the object; nothing for further ones.
+void warnings_addInRun(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object);
+
+/// A new run: what the last one has told may be told again.
+void warnings_openRun(const Model& model);
 
 /// Tells of each kind how many more there were than were told with their place.
 void warnings_tellRest(const Model& model);

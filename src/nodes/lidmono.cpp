@@ -92,7 +92,7 @@ void lidmono_init(Model& model, int32_t node) {
     LidUnit& unit = mono.unit;
     lidunit_initState(unit, model.lids[unit.lid], getMatVoid(model, model.nodes[node].kindIndex));
     unit.dryTime = 0.0;  // and not the dry days of the project, as the units of subcatchments start with
-    mono.rainDepth = 0.0;
+    mono.rainDepth = mono.statOutflowVolume = 0.0;
     mono.evapRate = mono.infilRate = 0.0;
     lidunit_openBalance(model, unit);
     if (!lidunit_createArrays(model, unit, model.memory.results)) {
@@ -171,6 +171,7 @@ void lidmono_step(Model& model, int32_t index) {
     unit.thisSurfaceFlow = out.surface * unit.area + bypass;
     mono.infilRate = out.infil * MM_PER_HOUR;
     mono.evapRate = out.evap * MM_PER_DAY;
+    mono.statOutflowVolume += dt * lidmono_getOutflow(mono);
     mixOutflow(model, node, unit);
     passDrain(model, unit);
     unit.dryTime = !(rain > DRY_RATE) ? unit.dryTime + dt : 0.0;
@@ -200,4 +201,14 @@ double lidmono_getVolume(const Model& model, int32_t kindIndex) {
     // Of the soil the porosity stands for the depth, as in the concentrations of the rows of results.
     return unit.area * (unit.surfaceLevel * lid.surfaceVoid + unit.pavementLevel * lid.pavementVoid +
                         unit.soilMoisture * lid.porosity + unit.storageLevel * lid.storageVoid);
+}
+
+Balance lidmono_getBalance(const Model& model, const Node& node) {
+    const LidMono& mono = model.lidMonos[node.kindIndex];
+    const LidUnit& unit = mono.unit;
+    Balance balance = lidunit_getBalance(unit);
+    balance.in = node.statInflowVolume + unit.area * mono.rainDepth;
+    balance.out = mono.statOutflowVolume + (unit.drainNode == -1 ? 0.0 : unit.area * unit.drainDepth);
+    balance.initial = 0.0;
+    return balance;
 }

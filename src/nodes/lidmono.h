@@ -8,13 +8,15 @@
 #include "text/tokens.h"
 
 struct Model;
+struct Node;
 
 struct LidMono {
-    LidUnit unit;      ///< its rain and runon are a share of the node's inflow, and the rain of its gage
-    int32_t gage;      ///< rain gage, or -1
-    double evapRate;   ///< mm/day, for results
-    double infilRate;  ///< mm/h, for results
-    double rainDepth;  ///< m, of the run
+    LidUnit unit;              ///< its rain and runon are a share of the node's inflow, and the rain of its gage
+    int32_t gage;              ///< rain gage, or -1
+    double evapRate;           ///< mm/day, for results
+    double infilRate;          ///< mm/h, for results
+    double rainDepth;          ///< m, of the run
+    double statOutflowVolume;  ///< m3, to the outgoing link
 };
 
 /// A line of [LID_MONOS], for the row `node` and the row `kindIndex` of its kind. An error index, or 0.
@@ -43,3 +45,6 @@ void lidmono_step(Model& model, int32_t node);
 
 /// Water of a node as the results of the whole system count it, m3.
 [[nodiscard]] double lidmono_getVolume(const Model& model, int32_t kindIndex);
+
+/// Water over the run, m3. What passed around the unit counts on both sides.
+[[nodiscard]] Balance lidmono_getBalance(const Model& model, const Node& node);

@@ -74,6 +74,7 @@ void splitter_walk(V& v, Splitter& splitter) {
     v.setting(NAMED(splitter.hostValue));
     v.state(NAMED(splitter.oldFlow));
     v.state(NAMED(splitter.newFlow));
+    v.total(NAMED(splitter.statVolume));
 }
 
 template <class V>
@@ -83,6 +84,7 @@ void reactor_walkStatistics(V& v, Reactor& reactor, int64_t pollutants) {
     v.total(NAMED(reactor.statEvap));
     v.total(NAMED(reactor.statInfil));
     v.total(NAMED(reactor.statOutflow));
+    v.total(NAMED(reactor.statDelayed));
     v.total(NAMED(reactor.statSurpassLoad), pollutants);
     v.total(NAMED(reactor.statEmptyingLoad), pollutants);
     v.total(NAMED(reactor.statInfilLoad), pollutants);
@@ -128,6 +130,7 @@ void lidmono_walk(V& v, LidMono& mono, const Model& model) {
     v.state(NAMED(mono.evapRate));
     v.state(NAMED(mono.infilRate));
     v.total(NAMED(mono.rainDepth));
+    v.total(NAMED(mono.statOutflowVolume));
 }
 
 template <class V>

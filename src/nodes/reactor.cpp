@@ -350,6 +350,7 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
         delayqueue_push(model, reactor.flowQueue, exitDate, flow);
     } else {
         model.totals.flow.delayedVolume += dt * flow;
+        reactor.statDelayed += dt * flow;
     }
     reactor.newOutflow = delayqueue_getValue(reactor.flowQueue, date);
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
@@ -493,7 +494,7 @@ void reactor_update(Model& model, Node& node, Reactor& reactor) {
 void reactor_openStatistics(Model& model) {
     const int64_t count = model_pollutantCount(model);
     for (Reactor& reactor : model.reactors) {
-        reactor.statSurpass = reactor.statEmptying = reactor.statOutflow = 0.0;
+        reactor.statSurpass = reactor.statEmptying = reactor.statOutflow = reactor.statDelayed = 0.0;
         reactor.statEvap = reactor.statInfil = 0.0;
         double* memory = arena_allocateArray<double>(model.memory.results, 5 * count);
         if (!memory) {
@@ -521,4 +522,18 @@ void reactor_clearStatistics(Model& model) {
             std::fill_n(reactor.statSurpassLoad, 5 * static_cast<int64_t>(model_pollutantCount(model)), 0.0);
         }
     }
+}
+
+/// What stands in the queue of a plug flow and leaves within the run, times the length of a step.
+static double getQueued(const Model& model, const DelayQueue& queue) {
+    const DateTime now = model_getDate(model, model.clock.newRoutingTime);
+    const DateTime end = model_getDate(model, model.options.totalDuration);
+    return delayqueue_sumUp(queue, now, end).inTime * model.options.routingStep;
+}
+
+Balance reactor_getBalance(const Model& model, const Node& node) {
+    const Reactor& reactor = model.reactors[node.kindIndex];
+    return {0.0, node.statInflowVolume, reactor.statOutflow + reactor.statSurpass + reactor.statEmptying,
+            reactor.statEvap + reactor.statInfil,
+            reactor.storedVolume + reactor.statDelayed + getQueued(model, reactor.flowQueue)};
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "links/delayqueue.h"
+#include "model/balance.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
@@ -53,6 +54,7 @@ struct Reactor {
     double statEvap;           ///< m3
     double statInfil;          ///< m3
     double statOutflow;        ///< m3
+    double statDelayed;        ///< m3, that would leave after the end of the run, PFR
     double* statSurpassLoad;   ///< kg
     double* statEmptyingLoad;  ///< kg
     double* statInfilLoad;     ///< kg
@@ -90,3 +92,6 @@ void reactor_update(Model& model, Node& node, Reactor& reactor);
 void reactor_openStatistics(Model& model);
 void reactor_countStep(Reactor& reactor, double dt);
 void reactor_clearStatistics(Model& model);
+
+/// Water over the run, m3, but for what it held at the start.
+[[nodiscard]] Balance reactor_getBalance(const Model& model, const Node& node);

@@ -63,7 +63,7 @@ void splitter_validate(Model& model, int32_t index) {
 void splitter_initState(Splitter& splitter) {
     splitter.useHostValue = false;
     splitter.hostValue = splitter.value;
-    splitter.oldFlow = splitter.newFlow = 0.0;
+    splitter.oldFlow = splitter.newFlow = splitter.statVolume = 0.0;
 }
 
 void splitter_shiftState(Splitter& splitter) {

@@ -20,6 +20,7 @@ struct Splitter {
     double hostValue;   ///< as value
     double oldFlow;     ///< m3/s, to the first link
     double newFlow;     ///< m3/s
+    double statVolume;  ///< m3, to the first link
 };
 
 /// A line of [SPLITTERS] for the row `node` of the nodes and the row `kindIndex` of the splitters. An error index, or

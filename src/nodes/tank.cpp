@@ -15,11 +15,14 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "model/topology.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
+#include <algorithm>
 #include <cstdio>
 
 static constexpr double SMALLEST_FLOOD = 0.0001;  ///< m3/s, below it the excess is lost without a word
@@ -259,6 +262,18 @@ static void mixInflow(const Model& model, Tank& tank, const Node& node, const Cu
     tank.newDepth = getDepth(curve, volume + inflow);
 }
 
+/// Tells of a tank whose pumps want more than it has, or of which nobody gets what they took.
+static void tellPumps(const Model& model, const Node& node, const PumpList& pumps, double wanted, double pumped) {
+    const auto index = static_cast<int32_t>(&node - model.nodes.data());
+    if (pumped < wanted) {
+        warnings_addInRun(model, WARN_RUN_PUMP_DRY, NODE, index, node.id);
+    }
+    const double* flows = pumps.flows;  // of each pump at the depth that is left
+    if (pumped > 0.0 && !std::any_of(flows, flows + pumps.count, [](double flow) { return flow > 0.0; })) {
+        warnings_addInRun(model, WARN_RUN_PUMP_LOST, NODE, index, node.id);
+    }
+}
+
 void tank_update(Model& model, Node& node, Tank& tank) {
     const double dt = model.options.routingStep;
     const Curve* curve = findCurve(model, tank);
@@ -266,11 +281,15 @@ void tank_update(Model& model, Node& node, Tank& tank) {
     tank.newDepth = tank.oldDepth;
     releaseByLevel(model, tank, curve, tank.outlets.orifices);
     releaseByLevel(model, tank, curve, tank.outlets.weirs);
-    const double pumped = limitPumps(tank, curve, full, sumPumps(model, tank.outlets.pumps, tank.newDepth), dt);
+    const double wanted = sumPumps(model, tank.outlets.pumps, tank.newDepth);
+    const double pumped = limitPumps(tank, curve, full, wanted, dt);
     const double volume = floodExcess(tank, full, getVolume(curve, tank.newDepth) - dt * pumped, dt);
     tank.newDepth = getDepth(curve, volume);
     decayStored(model, tank, node, volume);
     sharePumps(model, tank, pumped);
+    if (pumped != 0.0) {
+        tellPumps(model, node, tank.outlets.pumps, wanted, pumped);
+    }
     mixInflow(model, tank, node, curve);
 }
 
@@ -281,5 +300,18 @@ void tank_countStep(Model& model, const Node& node, Tank& tank) {
         model.totals.quality[p].floodingLoss += dt * tank.newFlood * node.newQual[p] / G_PER_KG;
     }
     statistics_keepMaximum(tank.statMaxDepth, tank.newDepth);
+    if (tank.newFlood > 0.0 && tank.statFloodVolume == 0.0) {
+        warnings_addInRun(model, WARN_RUN_SPILL, NODE, static_cast<int32_t>(&node - model.nodes.data()), node.id);
+    }
     tank.statFloodVolume += dt * tank.newFlood;
+}
+
+Balance tank_getBalance(const Model& model, int32_t index) {
+    const Node& node = model.nodes[index];
+    const Tank& tank = model.tanks[node.kindIndex];
+    Balance balance{0.0, node.statInflowVolume, 0.0, tank.statFloodVolume, tank_getVolume(model, tank, tank.newDepth)};
+    for (const int32_t link : topology_getOutgoing(model, index)) {
+        balance.out += model.links[link].statFlowVolume;
+    }
+    return balance;
 }

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "model/balance.h"
 #include "model/decay.h"
 #include "model/project.h"
 #include "nodes/outlets.h"
@@ -43,6 +44,9 @@ void tank_update(Model& model, Node& node, Tank& tank);
 
 /// Volume (m3) at a depth (m). 0 without a curve.
 [[nodiscard]] double tank_getVolume(const Model& model, const Tank& tank, double depth);
+
+/// Water over the run, m3, but for what the tank held at the start.
+[[nodiscard]] Balance tank_getBalance(const Model& model, int32_t node);
 
 /// Adds the depth and the flood of a step to the statistics and the totals.
 void tank_countStep(Model& model, const Node& node, Tank& tank);

@@ -18,6 +18,7 @@
 #include "project/statehash.h"
 #include "results/massbal.h"
 #include "results/results.h"
+#include "routing/placebalances.h"
 #include "routing/routing.h"
 
 static constexpr char MAGIC[8] = {'T', 'V', 'S', 'T', 'A', 'T', 'E', '\x1A'};
@@ -303,6 +304,9 @@ StateFault state_hotStart(Model& model, const void* bytes, size_t size) {
                 pipe_changeStep(model, origin.routingStep);
             }
             massbal_takeStorage(model, origin.routingStep);
+            if (model.totals.startVolumes) {
+                placebalances_takeStart(model);
+            }
         }
         return fault;
     } catch (const std::bad_alloc&) {

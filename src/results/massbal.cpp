@@ -68,6 +68,7 @@ void massbal_open(Model& model) {
     lidmono_forgetArrays(model);  // made anew only after much else that may run out of memory
     model.totals.flow = FlowTotalsRecord{};
     model.totals.initSurfaceStorage = 0.0;
+    model.totals.startVolumes = nullptr;  // went with the memory of the last run
     model.totals.runoffError = model.totals.flowError = model.totals.qualityError = 0.0;
     model.totals.quality = arena_allocateArray<QualTotalsRecord>(model.memory.results, model_pollutantCount(model));
     if (!model.totals.quality) {

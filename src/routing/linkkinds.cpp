@@ -9,6 +9,7 @@
 #include "coupling/feed.h"
 #include "links/conduit.h"
 #include "links/connection.h"
+#include "links/link.h"
 #include "links/orifice.h"
 #include "links/pipe.h"
 #include "links/pump.h"
@@ -16,6 +17,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/statistics.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "nodes/tank.h"
 #include "text/units.h"
@@ -193,17 +195,19 @@ double linkkinds_deliver(const Model& model, int32_t index, double* loads) {
 }
 
 void linkkinds_feed(Model& model, int32_t node, const OutsideNode& outside, const OutsideTotals& totals) {
-    for (const CoupledFlow* record = outside.outflows.head; record; record = record->next) {
+    for (CoupledFlow* record = outside.outflows.head; record; record = record->next) {
         const Link& link = model.links[record->index];
         if (link.fromNode != node) {
             continue;  // a record that names a foreign link feeds nothing
         }
+        const double before = model.totals.flow.*totals.inflow;
         switch (link.kind) {
             case PIPE: feed_pipe(model, *record, outside, totals); break;
             case CONNECTION: feed_connection(model, *record, outside, totals); break;
             case CONDUIT: feed_conduit(model, *record, outside, totals); break;
             default: break;
         }
+        record->statVolume += model.totals.flow.*totals.inflow - before;
     }
 }
 
@@ -214,6 +218,9 @@ static void countFlood(Model& model, Link& link, double flood, double dt) {
     model.totals.flow.floodingLoss += dt * flood;
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         model.totals.quality[p].floodingLoss += dt * flood * link.newQual[p] / G_PER_KG;
+    }
+    if (flood > 0.0 && link.statFloodVolume == 0.0) {
+        warnings_addInRun(model, WARN_RUN_FLOOD, LINK, link_getIndex(model, link), link.id);
     }
     link.statFloodVolume += dt * flood;
     statistics_keepMaximum(link.statMaxFlood, flood);
@@ -249,4 +256,40 @@ void linkkinds_countStep(Model& model) {
     if (isAnyFlooding) {
         countFloods(model, model.options.routingStep);
     }
+}
+
+// --- balances ------------------------------------------------------------------------------------------------------
+
+/// What leaves a delay within the run, with what would leave later.
+static double getDelayedVolume(const Model& model, const Connection& connection) {
+    const DateTime now = model_getDate(model, model.clock.newRoutingTime);
+    const DateTime end = model_getDate(model, model.options.totalDuration);
+    return delayqueue_sumUp(connection.flowQueue, now, end).inTime * model.options.routingStep + connection.statDelayed;
+}
+
+static double getStoredVolume(const Model& model, const Link& link) {
+    switch (link.kind) {
+        case PIPE: return pipe_getVolume(model.pipes[link.kindIndex]);
+        case CONDUIT: return conduit_getVolume(model, model.conduits[link.kindIndex]);
+        case CONNECTION: return getDelayedVolume(model, model.connections[link.kindIndex]);
+        default: return 0.0;
+    }
+}
+
+/// What a lagged link carries in the last step, m3, is delivered no more.
+static double getLagged(const Model& model, const Link& link) {
+    return link.isLagged ? link.newFlow * model.options.routingStep : 0.0;
+}
+
+Balance linkkinds_getBalance(const Model& model, int32_t index) {
+    const Link& link = model.links[index];
+    return {0.0, 0.0, link.statFlowVolume - getLagged(model, link), link.statFloodVolume, getStoredVolume(model, link)};
+}
+
+double linkkinds_getUnderWay(const Model& model, int32_t index) {
+    const Link& link = model.links[index];
+    const double summed =
+        link.kind == PIPE ? pipe_getWaterUnderWay(model, link, model.pipes[link.kindIndex], model.clock.newRoutingTime)
+                          : 0.0;
+    return getLagged(model, link) + summed;
 }

@@ -6,6 +6,7 @@
 
 #include "coupling/outside.h"
 #include "links/link.h"
+#include "model/balance.h"
 #include "model/decay.h"
 #include "routing/visits.h"
 
@@ -39,6 +40,11 @@ void linkkinds_update(Model& model, const VisitLink& link, const Offer& offer, d
 
 /// Adds what a link delivers in a step to its lower node.
 void linkkinds_addDelivery(Model& model, const VisitLink& link, Node& node);
+
+/// Water of a link over the run, m3, but for what it was given and what it held at the start; and what is on its way
+/// through it and in no storage, as of now.
+[[nodiscard]] Balance linkkinds_getBalance(const Model& model, int32_t link);
+[[nodiscard]] double linkkinds_getUnderWay(const Model& model, int32_t link);
 
 /// What a link delivers in a step into an outside model: the flow, m3/s, and the loads, kg/s, in place of the zeros of
 /// `loads`.

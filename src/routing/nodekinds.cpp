@@ -203,6 +203,7 @@ static void visitJunction(Model& model, Node& node, VisitLinkList outgoing, doub
 static void visitSplitter(Model& model, Node& node, VisitLinkList outgoing, double fireTime) {
     Splitter& splitter = model.splitters[node.kindIndex];
     splitter_divide(splitter, node.newInflow);
+    splitter.statVolume += model.options.routingStep * splitter.newFlow;
     node_mixInflow(model, node);
     for (const VisitLink& link : outgoing) {
         const double flow = splitter_getFlow(splitter, node.newInflow, link.link);
@@ -280,5 +281,61 @@ void nodekinds_countStep(Model& model) {
             case REACTOR: reactor_countStep(model.reactors[node.kindIndex], model.options.routingStep); break;
             default: break;
         }
+    }
+}
+
+// --- balances ------------------------------------------------------------------------------------------------------
+
+/// Of a node with a model inside: what its links brought, and how much of it the model was given. What the node gets
+/// otherwise reaches no model, and is in the totals alone.
+static Balance getModelBalance(const Model& model, int32_t node) {
+    Balance balance{};
+    for (const int32_t link : topology_getIncoming(model, node)) {
+        balance.in += linkkinds_getBalance(model, link).out;
+    }
+    const OutsideNode* outside = coupled_findOutside(model, model.nodes[node]);
+    for (const CoupledFlow* record = outside ? outside->inflows.head : nullptr; record; record = record->next) {
+        balance.out += record->statVolume;
+    }
+    return balance;
+}
+
+Balance nodekinds_getBalance(const Model& model, int32_t index) {
+    const Node& node = model.nodes[index];
+    const double inflow = node.statInflowVolume;
+    switch (node.kind) {
+        case TANK: return tank_getBalance(model, index);
+        case REACTOR: return reactor_getBalance(model, node);
+        case LID_MONO: return lidmono_getBalance(model, node);
+        case SWMM:
+        case VORN: return getModelBalance(model, index);
+        default: return {0.0, inflow, inflow, 0.0, 0.0};
+    }
+}
+
+/// The volume that the records of a model name for a link.
+static double getModelOutflow(const Model& model, int32_t index) {
+    double volume = 0.0;
+    const OutsideNode* outside = coupled_findOutside(model, model.nodes[model.links[index].fromNode]);
+    for (const CoupledFlow* record = outside ? outside->outflows.head : nullptr; record; record = record->next) {
+        volume += record->index == index ? record->statVolume : 0.0;
+    }
+    return volume;
+}
+
+double nodekinds_getGiven(const Model& model, int32_t index) {
+    const Link& link = model.links[index];
+    const Node& node = model.nodes[link.fromNode];
+    switch (node.kind) {
+        case TANK: return link.statFlowVolume;
+        case REACTOR: return model.reactors[node.kindIndex].statOutflow;
+        case LID_MONO: return model.lidMonos[node.kindIndex].statOutflowVolume;
+        case SPLITTER: {
+            const Splitter& splitter = model.splitters[node.kindIndex];
+            return splitter.link == index ? splitter.statVolume : node.statInflowVolume - splitter.statVolume;
+        }
+        case SWMM:
+        case VORN: return getModelOutflow(model, index);
+        default: return node.statInflowVolume;
     }
 }

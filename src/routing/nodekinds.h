@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "model/balance.h"
 #include "model/decay.h"
 #include "model/project.h"
 #include "routing/visits.h"
@@ -59,3 +60,9 @@ void nodekinds_visit(Model& model, int32_t node, VisitLinkList incoming, VisitLi
 
 /// Adds a step to the statistics and the totals of the nodes that no visit has counted.
 void nodekinds_countStep(Model& model);
+
+/// Water of a node over the run, m3, but for what it held at the start.
+[[nodiscard]] Balance nodekinds_getBalance(const Model& model, int32_t node);
+
+/// What a link was given over the run by the node at its upstream end, m3.
+[[nodiscard]] double nodekinds_getGiven(const Model& model, int32_t link);

@@ -30,6 +30,7 @@ std::string aDay(const std::string& sections) {
 /// A model that has read a project, and run it.
 static TvModel makeModel(const std::string& project, bool isRun) {
     TvModel model;
+    EXPECT_EQ(tv_setEngines(model, TARNVELDE_ENGINE_FOLDER, nullptr, TARNVELDE_ENGINE_FOLDER, nullptr), TV_OK);
     const int32_t code = model.openText(project);
     if (isRun) {
         EXPECT_EQ(code, TV_OK) << project;

@@ -1,0 +1,159 @@
+// Balances of places, and the verdict: by the same books as the report.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "support/tvmodel.h"
+
+static void run(const TvModel& model) {
+    ASSERT_EQ(tv_start(model, nullptr, nullptr), TV_OK);
+    ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+}
+
+static tv_balance getBalance(const TvModel& model, int32_t objectClass, int32_t index,
+                             int32_t pollutant = TV_NO_POLLUTANT) {
+    tv_balance balance{};
+    EXPECT_EQ(tv_getBalance(model, objectClass, index, pollutant, &balance), TV_OK) << objectClass << " " << index;
+    return balance;
+}
+
+static double sumMissing(const TvModel& model, int32_t objectClass, int32_t pollutant = TV_NO_POLLUTANT) {
+    double sum = 0.0;
+    for (int32_t k = 0; k < model.getCount(objectClass); ++k) {
+        sum += getBalance(model, objectClass, k, pollutant).missing;
+    }
+    return sum;
+}
+
+static std::vector<tv_verdict> judge(const TvModel& model) {
+    int32_t count = 0;
+    EXPECT_EQ(tv_judge(model, &count), TV_OK);
+    std::vector<tv_verdict> rows(static_cast<size_t>(count));
+    for (int32_t k = 0; k < count; ++k) {
+        EXPECT_EQ(tv_getVerdict(model, k, &rows[static_cast<size_t>(k)]), TV_OK);
+    }
+    return rows;
+}
+
+static tv_verdict findRow(const std::vector<tv_verdict>& rows, int32_t part, int32_t pollutant = TV_NO_POLLUTANT) {
+    for (const tv_verdict& row : rows) {
+        if (row.part == part && row.pollutant == pollutant) {
+            return row;
+        }
+    }
+    ADD_FAILURE() << "no such row";
+    return {};
+}
+
+/// A day of 0.02 m3/s through a link.
+static std::string aDay(const std::string& link, const std::string& general = "ROUTING_STEP 0:00:30\n") {
+    return "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\n" + general +
+           "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[INFLOWS]\nJ1 FLOW FLOW 0.02 \"\" 0\n" + link + "\n";
+}
+
+static const char* const STEEP = "[CONDUITS]\nC1 J1 O1 NO 20 5 0.013 CIRCULAR 0.6";
+
+TEST(ModelBalances, NameTheConduitThatLosesAllItsWater) {
+    const TvModel model;
+    ASSERT_EQ(model.openText(aDay(STEEP)), TV_OK);
+    run(model);
+    const tv_balance balance = getBalance(model, TV_LINK, 0);
+    EXPECT_NEAR(balance.in, 1728.0, 1e-6);
+    EXPECT_EQ(balance.out, 0.0);
+    EXPECT_NEAR(balance.missing, 1728.0, 1e-6);
+    EXPECT_NEAR(balance.error, 100.0, 1e-9);
+    const tv_verdict flow = findRow(judge(model), TV_PART_FLOW);
+    EXPECT_EQ(flow.grade, TV_GRADE_RED);
+    EXPECT_NEAR(flow.error, 100.0, 1e-9);
+    EXPECT_NEAR(flow.missing, 1728.0, 1e-6);
+    ASSERT_EQ(flow.causeCount, 1);
+    tv_cause cause{};
+    ASSERT_EQ(tv_getCause(model, 0, 0, &cause), TV_OK);
+    EXPECT_EQ(cause.objectClass, TV_LINK);
+    EXPECT_EQ(cause.index, 0);
+    EXPECT_NEAR(cause.missing, 1728.0, 1e-6);
+    EXPECT_NEAR(cause.share, 1.0, 1e-12);
+}
+
+TEST(ModelBalances, GradesAreGreenAmberAndRed) {
+    // A pipe of two hours at the end of a day holds K times the flow in its sums: 120 s of 86400 s are 0.14 %.
+    const auto getGrade = [](const std::string& pipe) {
+        const TvModel model;
+        EXPECT_EQ(model.openText(aDay("[PIPES]\n" + pipe)), TV_OK);
+        run(model);
+        const tv_verdict row = findRow(judge(model), TV_PART_FLOW);
+        EXPECT_STRNE(row.words, "");
+        return row.grade;
+    };
+    EXPECT_EQ(getGrade("P1 J1 O1 NO 300 3 0.2 0"), TV_GRADE_GREEN);
+    EXPECT_EQ(getGrade("P1 J1 O1 NO 3600 3 0.2 0"), TV_GRADE_GREEN);
+}
+
+TEST(ModelBalances, OfARunWithoutWaterThereIsNothingToJudge) {
+    const TvModel model;
+    ASSERT_EQ(model.openText("[GENERAL]\nEND_DATE 2020/01/02\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n"
+                             "[CONNECTIONS]\nC1 J1 O1 NO 0\n"),
+              TV_OK);
+    run(model);
+    const tv_verdict row = findRow(judge(model), TV_PART_FLOW);
+    EXPECT_EQ(row.grade, TV_GRADE_NOTHING);
+    EXPECT_EQ(row.error, 0.0);
+    EXPECT_EQ(getBalance(model, TV_NODE, 0).error, 0.0);
+}
+
+TEST(ModelBalances, RefusesWhatIsNotThere) {
+    const TvModel model;
+    tv_balance balance{};
+    int32_t count = 0;
+    EXPECT_EQ(tv_getBalance(nullptr, TV_NODE, 0, TV_NO_POLLUTANT, &balance), TV_ERROR_NULL);
+    EXPECT_EQ(tv_getBalance(model, TV_NODE, 0, TV_NO_POLLUTANT, &balance), TV_ERROR_NOT_OPEN);
+    ASSERT_EQ(model.openText(aDay(STEEP)), TV_OK);
+    EXPECT_EQ(tv_getBalance(model, TV_NODE, 0, TV_NO_POLLUTANT, &balance), TV_ERROR_NOT_STARTED);
+    EXPECT_EQ(tv_judge(model, &count), TV_ERROR_NOT_STARTED);
+    run(model);
+    EXPECT_EQ(tv_getBalance(model, TV_NODE, 2, TV_NO_POLLUTANT, &balance), TV_ERROR_INDEX);
+    EXPECT_EQ(tv_getBalance(model, TV_NODE, -1, TV_NO_POLLUTANT, &balance), TV_ERROR_INDEX);
+    EXPECT_EQ(tv_getBalance(model, TV_NODE, 0, 0, &balance), TV_ERROR_INDEX);
+    EXPECT_EQ(tv_getBalance(model, TV_CLASS_COUNT, 0, TV_NO_POLLUTANT, &balance), TV_ERROR_CLASS);
+    EXPECT_EQ(tv_getBalance(model, TV_SYSTEM, 0, TV_NO_POLLUTANT, &balance), TV_ERROR_CLASS);
+    EXPECT_EQ(tv_getBalance(model, TV_NODE, 0, TV_NO_POLLUTANT, nullptr), TV_ERROR_NULL);
+    tv_verdict verdict{};
+    tv_cause cause{};
+    EXPECT_EQ(tv_getVerdict(model, 0, &verdict), TV_ERROR_INDEX);  // not judged yet
+    EXPECT_EQ(tv_judge(model, nullptr), TV_ERROR_NULL);
+    ASSERT_EQ(tv_judge(model, &count), TV_OK);
+    EXPECT_EQ(tv_getVerdict(model, count, &verdict), TV_ERROR_INDEX);
+    EXPECT_EQ(tv_getVerdict(model, 0, nullptr), TV_ERROR_NULL);
+    EXPECT_EQ(tv_getCause(model, 0, 1, &cause), TV_ERROR_INDEX);
+    EXPECT_EQ(tv_getCause(model, 0, 0, nullptr), TV_ERROR_NULL);
+}
+
+/// The examples that have all kinds of objects between them.
+class ExampleBalances : public testing::TestWithParam<const char*> {};
+
+TEST_P(ExampleBalances, MissTogetherWhatTheContinuityErrorSays) {
+    const TvModel model;
+    ASSERT_EQ(tv_setEngines(model, TARNVELDE_ENGINE_FOLDER, nullptr, TARNVELDE_ENGINE_FOLDER, nullptr), TV_OK);
+    ASSERT_EQ(tv_open(model, (std::string(TARNVELDE_SOURCE_DIR "/examples/") + GetParam()).c_str(), nullptr), TV_OK);
+    run(model);
+    const std::vector<tv_verdict> rows = judge(model);
+    if (model.getCount(TV_SUBCATCHMENT) > 0) {
+        const tv_verdict runoff = findRow(rows, TV_PART_RUNOFF);
+        EXPECT_NEAR(sumMissing(model, TV_SUBCATCHMENT), runoff.missing, 1e-9 * runoff.in);
+        for (int32_t p = 0; p < model.getCount(TV_POLLUTANT); ++p) {
+            const tv_verdict washoff = findRow(rows, TV_PART_WASHOFF, p);
+            EXPECT_NEAR(sumMissing(model, TV_SUBCATCHMENT, p), washoff.missing, 1e-9 * washoff.in);
+        }
+    }
+    const tv_verdict flow = findRow(rows, TV_PART_FLOW);
+    EXPECT_NEAR(sumMissing(model, TV_NODE) + sumMissing(model, TV_LINK), flow.missing, 1e-5 * flow.in);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ExampleBalances,
+                         testing::Values("interceptor/interceptor.inp", "first-storm/first-storm.inp",
+                                         "storm-tank/storm-tank.inp", "wetland-control/wetland-control.inp",
+                                         "green-street/green-street.inp", "coupled/coupled.inp"));
