@@ -1,14 +1,83 @@
-// A check is an opening without a report.
+// A check is an opening without a report. What it tells stands in the order of the file, as a reader goes through it.
 
 #include "check.h"
 
+#include <algorithm>
 #include <chrono>
+#include <climits>
 #include <cstdint>
 #include <cstdio>
 
+#include "console.h"
 #include "handle.h"
 #include "outcome.h"
 #include "status.h"
+
+static constexpr int32_t CODE_KEYWORD = 205;
+
+static bool isHeader(const HostMessage& message) {
+    return message.words.find_first_not_of(" \t") != std::string::npos &&
+           message.words[message.words.find_first_not_of(" \t")] == '[';
+}
+
+/// An unknown header makes each line behind it an error of its own in the report. One word about the header does here.
+static std::vector<HostMessage> gatherHeaders(const std::vector<HostMessage>& messages) {
+    std::vector<HostMessage> gathered;
+    for (const HostMessage& message : messages) {
+        const bool isBelow =
+            message.level == TV_ERROR && message.code == CODE_KEYWORD && message.section.empty() && message.line > 0;
+        if (isBelow && !isHeader(message)) {
+            continue;
+        }
+        gathered.push_back(message);
+    }
+    return gathered;
+}
+
+/// The engine's word about an unknown header goes into its error, which doesn't name it.
+static std::vector<HostMessage> mergeHeaders(std::vector<HostMessage> messages) {
+    for (HostMessage& error : messages) {
+        if (error.level != TV_ERROR || error.code != CODE_KEYWORD || !isHeader(error)) {
+            continue;
+        }
+        for (HostMessage& warning : messages) {
+            if (warning.name == "W-section-unknown" && warning.line == error.line) {
+                error.text = warning.text;
+                error.column = warning.column;
+                error.length = warning.length;
+                warning.line = -1;
+            }
+        }
+    }
+    messages.erase(std::remove_if(messages.begin(), messages.end(), [](const HostMessage& m) { return m.line < 0; }),
+                   messages.end());
+    return messages;
+}
+
+/// By line; what has none stands behind.
+static void sortByLine(std::vector<HostMessage>& messages) {
+    std::stable_sort(messages.begin(), messages.end(), [](const HostMessage& a, const HostMessage& b) {
+        return (a.line > 0 ? a.line : INT64_MAX) < (b.line > 0 ? b.line : INT64_MAX);
+    });
+}
+
+static std::vector<HostMessage> readView(const tv_model* model, const std::string& name) {
+    std::vector<HostMessage> messages = mergeHeaders(gatherHeaders(messages_read(model, {name, "", "", ""})));
+    sortByLine(messages);
+    return messages;
+}
+
+static void tell(const Outcome& outcome) {
+    messages_show(outcome.messages, {true, true, console_isErrorTerminal(), INT32_MAX});
+    messages_showEnd(outcome.code, outcome.project);
+}
+
+static void tellCounts(const Outcome& outcome) {
+    const MessageCounts counts = messages_count(outcome.messages);
+    const std::string words = messages_describeCounts(counts);
+    const char* none = counts.errors == 0 ? "no errors" : "";
+    std::printf("%s: %s%s%s\n", outcome.project.c_str(), none, *none && !words.empty() ? ", " : "", words.c_str());
+}
 
 int check_execute(const CheckRequest& request) {
     const auto begin = std::chrono::steady_clock::now();
@@ -19,16 +88,17 @@ int check_execute(const CheckRequest& request) {
     outcome.code = tv_open(model.get(), request.model.c_str(), nullptr);
     tv_getPhase(model.get(), &outcome.phase);
     outcome.hasClock = tv_getClock(model.get(), &outcome.clock) == TV_OK;
-    outcome.messages = messages_read(model.get(), {request.model, "", "", ""});
-    outcome.status = outcome.code == TV_OK ? EXIT_DONE : EXIT_ENGINE_ERROR;
+    outcome.messages = readView(model.get(), request.model);
+    outcome.status = outcome.code != TV_OK                                        ? EXIT_ENGINE_ERROR
+                     : request.isStrict && messages_areDoubtful(outcome.messages) ? EXIT_DOUBT
+                                                                                  : EXIT_DONE;
     outcome.wallTime = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
-    messages_show(outcome.messages);
-    messages_showEnd(outcome.code, request.model);
+    tell(outcome);
     if (request.isJson) {
         return outcome_writeJson(outcome) ? outcome.status : EXIT_ENGINE_ERROR;
     }
-    if (outcome.code == TV_OK) {
-        std::printf("%s: no errors\n", request.model.c_str());
+    if (outcome.phase != TV_CLOSED) {
+        tellCounts(outcome);
     }
     return outcome.status;
 }

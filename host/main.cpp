@@ -1,15 +1,17 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
-//                             [--load-state F | --hot-start F] [--engines D] [--quiet] [--json]
-//     tarnvelde check MODEL.inp [--engines D] [--json]
+//                             [--load-state F | --hot-start F] [--engines D] [--strict] [--quiet]
+//                             [--json [--balances]]
+//     tarnvelde check MODEL.inp [--engines D] [--strict] [--json]
 //     tarnvelde results FILE [--object O [--column C]] [--summary] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
+//     tarnvelde explain [NAME]
 //     tarnvelde --version
 //     tarnvelde [COMMAND] --help
 //
-// Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, 130 and 143
-// for a run that a signal stopped.
+// Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, 3 where
+// --strict finds a doubt, 130 and 143 for a run that a signal stopped.
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -19,6 +21,7 @@
 #include "check.h"
 #include "console.h"
 #include "dates.h"
+#include "explain.h"
 #include "files.h"
 #include "plot.h"
 #include "results.h"
@@ -46,11 +49,12 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
     command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
 }
 
-static void addCommonOptions(CLI::App& command, std::string& engines, bool& isJson) {
+static void addCommonOptions(CLI::App& command, std::string& engines, bool& isJson, bool& isStrict) {
     command.add_option("--engines", engines, "The folder of the engines inside nodes [that of this program]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
     command.add_flag("--json", isJson, "One JSON object on standard output, for programs");
+    command.add_flag("--strict", isStrict, "Exit status 3 if there are warnings, or a balance is red");
 }
 
 /// A flag without a value means the file beside the model.
@@ -78,8 +82,9 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     CLI::Option* hot = command.add_option("--hot-start", request.hotStart,
                                           "Begin with the water of a state of this network, at the project's start");
     hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
-    addCommonOptions(command, request.engines, request.isJson);
-    command.add_flag("--quiet", request.isQuiet, "Nothing on standard output");
+    addCommonOptions(command, request.engines, request.isJson, request.isStrict);
+    command.add_flag("--balances", request.hasBalances, "The balance of each place in the JSON");
+    command.add_flag("--quiet", request.isQuiet, "Nothing on standard output, nor about balances that are green");
 }
 
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
@@ -115,7 +120,7 @@ static int runCommand(int argumentCount, char** arguments) {
     app.require_subcommand(1);
     app.footer(
         "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, "
-        "130 and 143 for a run that Ctrl-C or a signal to end stopped.");
+        "3 where --strict finds a doubt, 130 and 143 for a run that Ctrl-C or a signal to end stopped.");
 
     RunRequest request{};
     CLI::App* run = app.add_subcommand("run", "Run a simulation");
@@ -123,7 +128,11 @@ static int runCommand(int argumentCount, char** arguments) {
     CheckRequest checkRequest{};
     CLI::App* check = app.add_subcommand("check", "Read and validate a project; tell each error with its place");
     addModel(*check, checkRequest.model);
-    addCommonOptions(*check, checkRequest.engines, checkRequest.isJson);
+    addCommonOptions(*check, checkRequest.engines, checkRequest.isJson, checkRequest.isStrict);
+
+    std::string warning;
+    CLI::App* explain = app.add_subcommand("explain", "Tell what a warning means, and what to do");
+    explain->add_option("NAME", warning, "Its name, as W-unit-slope [all]");
 
     ResultsRequest resultsRequest{};
     CLI::App* results = app.add_subcommand("results", "Show what a file of results holds");
@@ -142,6 +151,9 @@ static int runCommand(int argumentCount, char** arguments) {
     }
     if (plot->parsed()) {
         return plot_execute(plotRequest);
+    }
+    if (explain->parsed()) {
+        return explain_execute(warning);
     }
     if (check->parsed()) {
         return check_execute(checkRequest);

@@ -3,8 +3,12 @@
 
 #include "messages.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <map>
 #include <utility>
+
+#include "resultfile.h"
 
 std::string messages_makePrintable(std::string text) {
     for (char& c : text) {
@@ -17,7 +21,7 @@ std::string messages_makePrintable(std::string text) {
 }
 
 HostMessage messages_make(int32_t code, std::string text) {
-    return {TV_ERROR, code, "", std::move(text), "", 0, "", ""};
+    return {TV_ERROR, code, "", std::move(text), "", 0, "", "", 0, 0, 0, "", "", 0.0};
 }
 
 /// What is wrong with a file of the run, in more words than the engine's.
@@ -39,10 +43,27 @@ std::vector<HostMessage> messages_read(const tv_model* model, const ProjectFiles
         tv_message m{};
         tv_getMessage(model, k, &m);
         const std::string fileError = describeFileError(m.code, files);
-        messages.push_back(
-            {m.level, m.code, m.name, fileError.empty() ? m.text : fileError, m.section, m.line, m.words, m.object});
+        messages.push_back({m.level, m.code, m.name, fileError.empty() ? m.text : fileError, m.section, m.line, m.words,
+                            m.object, m.severity, m.column, m.length, m.effect, m.advice, m.date});
     }
     return messages;
+}
+
+// --- showing -------------------------------------------------------------------------------------------------------
+
+static const char* const RED = "\033[31m";
+static const char* const YELLOW = "\033[33m";
+static const char* const BLUE = "\033[36m";
+static const char* const PLAIN = "\033[0m";
+
+static bool isNote(const HostMessage& message) {
+    return message.level == TV_WARNING && message.severity == TV_NOTE;
+}
+
+static const char* getColour(const HostMessage& message) {
+    return message.level == TV_ERROR || (message.level == TV_WARNING && message.severity == TV_SERIOUS) ? RED
+           : message.level == TV_WARNING && !isNote(message)                                            ? YELLOW
+                                                                                                        : BLUE;
 }
 
 static std::string formatHead(const HostMessage& message) {
@@ -53,9 +74,18 @@ static std::string formatHead(const HostMessage& message) {
         return "ERROR " + std::to_string(message.code) + ": ";
     }
     if (message.level == TV_WARNING) {
-        return message.name.empty() ? "WARNING: " : "WARNING " + message.name + ": ";
+        const char* weight = isNote(message) ? "NOTE " : message.severity == TV_SERIOUS ? "SERIOUS " : "WARNING ";
+        return weight + message.name + ": ";
     }
     return {};
+}
+
+/// The object of a warning, and the date of one that came in a run.
+static std::string formatObject(const HostMessage& message) {
+    if (message.level != TV_WARNING || message.object.empty()) {
+        return {};
+    }
+    return message.object + (message.date == 0.0 ? "" : " at " + result_formatDate(message.date)) + ": ";
 }
 
 static std::string formatPlace(const HostMessage& message) {
@@ -66,14 +96,97 @@ static std::string formatPlace(const HostMessage& message) {
     return " at line " + std::to_string(message.line) + " of " + place + ":";
 }
 
-void messages_show(const std::vector<HostMessage>& messages) {
-    for (const HostMessage& message : messages) {
-        const std::string line = formatHead(message) + message.text + formatPlace(message);
-        std::fprintf(stderr, "%s\n", messages_makePrintable(line).c_str());
-        if (message.line > 0) {
-            std::fprintf(stderr, "  %s\n", messages_makePrintable(message.words).c_str());
+/// Blanks below the front part of a line, tabs as they are, and marks below the word. A letter of several bytes takes
+/// one place.
+static std::string makePointer(const HostMessage& message) {
+    const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };
+    const auto begin = static_cast<size_t>(message.column) - 1;
+    const size_t end = std::min(begin + static_cast<size_t>(message.length), message.words.size());
+    std::string pointer;
+    for (size_t k = 0; k < end; ++k) {
+        const char c = message.words[k];
+        if (isFirstByte(c)) {
+            pointer += k >= begin ? '^' : c == '\t' ? '\t' : ' ';
         }
     }
+    return pointer;
+}
+
+static void showLine(const char* indent, const std::string& text) {
+    std::fprintf(stderr, "%s%s\n", indent, messages_makePrintable(text).c_str());
+}
+
+static void showMessage(const HostMessage& message, const MessageView& view, bool isFirstOfKind) {
+    const std::string head = formatHead(message);
+    const std::string rest = formatObject(message) + message.text + formatPlace(message);
+    if (view.isColoured && message.level != TV_INFO) {
+        std::fprintf(stderr, "%s%s%s%s\n", getColour(message), head.c_str(), PLAIN,
+                     messages_makePrintable(rest).c_str());
+    } else {
+        showLine("", head + rest);
+    }
+    if (message.line > 0) {
+        showLine("  ", message.words);
+    }
+    if (view.hasAdvice && message.column > 0) {
+        showLine("  ", makePointer(message));
+    }
+    if (view.hasAdvice && isFirstOfKind && !message.effect.empty()) {
+        showLine("  what happens: ", message.effect);
+        showLine("  what to do:   ", message.advice);
+    }
+}
+
+void messages_show(const std::vector<HostMessage>& messages, const MessageView& view) {
+    std::map<std::string, int32_t> shown;
+    for (const HostMessage& message : messages) {
+        if (message.level != TV_WARNING) {
+            showMessage(message, view, false);
+        } else if (!isNote(message) || view.hasNotes) {
+            const int32_t number = ++shown[message.name];
+            if (number <= view.mostOfKind) {
+                showMessage(message, view, number == 1);
+            }
+        }
+    }
+    for (const auto& [name, count] : shown) {
+        if (count > view.mostOfKind) {
+            std::fprintf(stderr, "%s: %d more\n", name.c_str(), static_cast<int>(count - view.mostOfKind));
+        }
+    }
+}
+
+// --- counts --------------------------------------------------------------------------------------------------------
+
+MessageCounts messages_count(const std::vector<HostMessage>& messages) {
+    MessageCounts counts{};
+    for (const HostMessage& message : messages) {
+        counts.errors += message.level == TV_ERROR;
+        if (message.level == TV_WARNING) {
+            ++(isNote(message) ? counts.notes : message.severity == TV_SERIOUS ? counts.serious : counts.warnings);
+        }
+    }
+    return counts;
+}
+
+static void addCount(std::string& text, int32_t count, const char* one, const char* many) {
+    if (count > 0) {
+        text += (text.empty() ? "" : ", ") + std::to_string(count) + ' ' + (count == 1 ? one : many);
+    }
+}
+
+std::string messages_describeCounts(const MessageCounts& counts) {
+    std::string text;
+    addCount(text, counts.errors, "error", "errors");
+    addCount(text, counts.serious, "serious warning", "serious warnings");
+    addCount(text, counts.warnings, "warning", "warnings");
+    addCount(text, counts.notes, "note", "notes");
+    return text;
+}
+
+bool messages_areDoubtful(const std::vector<HostMessage>& messages) {
+    const MessageCounts counts = messages_count(messages);
+    return counts.serious + counts.warnings > 0;
 }
 
 void messages_showEnd(int32_t code, const std::string& model) {

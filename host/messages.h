@@ -18,6 +18,25 @@ struct HostMessage {
     int64_t line;         ///< of the project file, from 1 on; 0 for no place
     std::string words;    ///< the line as it stands
     std::string object;   ///< ID of the object, or the word that is wrong
+    int32_t severity;     ///< tv_severity of a warning
+    int32_t column;       ///< of the word meant in `words`, in bytes from 1 on; 0 for the whole line
+    int32_t length;       ///< of that word, in bytes
+    std::string effect;   ///< of a warning: what happens
+    std::string advice;   ///< of a warning: what to do
+    double date;          ///< of the run, for what belongs to a moment of it; 0 for others
+};
+
+/// How messages are shown.
+struct MessageView {
+    bool hasNotes;       ///< warnings that are notes, too
+    bool hasAdvice;      ///< a pointer to the word, and with the first warning of a kind what happens and what to do
+    bool isColoured;     ///< for a terminal
+    int32_t mostOfKind;  ///< warnings of one kind that are shown; the rest is counted
+};
+
+/// How many there are of each weight.
+struct MessageCounts {
+    int32_t errors, serious, warnings, notes;
 };
 
 /// All messages of a model, in their order. Those about files name the file.
@@ -27,7 +46,15 @@ struct HostMessage {
 [[nodiscard]] HostMessage messages_make(int32_t code, std::string text);
 
 /// Tells them on standard error, each with its place.
-void messages_show(const std::vector<HostMessage>& messages);
+void messages_show(const std::vector<HostMessage>& messages, const MessageView& view);
+
+[[nodiscard]] MessageCounts messages_count(const std::vector<HostMessage>& messages);
+
+/// "1 error, 2 serious warnings, 3 warnings, 4 notes", without those that there are none of; empty for none at all.
+[[nodiscard]] std::string messages_describeCounts(const MessageCounts& counts);
+
+/// Whether there is a warning that isn't a mere note.
+[[nodiscard]] bool messages_areDoubtful(const std::vector<HostMessage>& messages);
 
 /// Tells the code that a run, or a look at a project, ended with, if it isn't 0.
 void messages_showEnd(int32_t code, const std::string& model);

@@ -21,6 +21,10 @@ static const char* getLevelName(int32_t level) {
     return level == TV_ERROR ? "error" : level == TV_WARNING ? "warning" : "info";
 }
 
+static const char* getSeverityName(int32_t severity) {
+    return severity == TV_NOTE ? "note" : severity == TV_SERIOUS ? "serious" : "warning";
+}
+
 static std::string formatMember(const char* name, const std::string& value) {
     return ",\n \"" + std::string(name) + "\": " + value;
 }
@@ -35,20 +39,25 @@ static std::string formatMessage(const HostMessage& message) {
     if (message.code != 0) {
         json += ", \"code\": " + std::to_string(message.code);
     }
-    json += formatText("name", message.name) + ", \"text\": " + json_quote(message.text);
+    json += formatText("name", message.name);
+    if (message.level == TV_WARNING) {
+        json += ", \"severity\": " + json_quote(getSeverityName(message.severity));
+    }
+    json += ", \"text\": " + json_quote(message.text);
     json += formatText("section", message.section);
     if (message.line > 0) {
         json += ", \"line\": " + std::to_string(message.line);
     }
-    return json + formatText("words", message.words) + formatText("object", message.object) + '}';
-}
-
-static std::string formatMessages(const std::vector<HostMessage>& messages) {
-    std::string json = "[";
-    for (const HostMessage& message : messages) {
-        json += (&message == messages.data() ? "\n  " : ",\n  ") + formatMessage(message);
+    json += formatText("words", message.words);
+    if (message.column > 0) {
+        json += ", \"column\": " + std::to_string(message.column) + ", \"length\": " + std::to_string(message.length);
     }
-    return json + (messages.empty() ? "]" : "\n ]");
+    json += formatText("object", message.object) + formatText("effect", message.effect);
+    json += formatText("advice", message.advice);
+    if (message.date != 0.0) {
+        json += ", \"date\": " + json_quote(result_formatDate(message.date));
+    }
+    return json + '}';
 }
 
 static std::string formatClock(const Outcome& outcome) {
@@ -81,6 +90,48 @@ static std::string formatBalances(const std::vector<Balance>& balances) {
     return json + '}';
 }
 
+/// A number behind its name in an object that has members already.
+static std::string formatNumber(const char* name, double value) {
+    return std::string(", \"") + name + "\": " + json_formatNumber(value);
+}
+
+static std::string formatVerdict(const HostVerdict& verdict) {
+    std::string json = "{\"part\": " + json_quote(verdict.part) + formatText("pollutant", verdict.pollutant);
+    json += formatNumber("in", verdict.in) + formatNumber("missing", verdict.missing);
+    json += formatNumber("error", verdict.error) + formatText("grade", verdict_getGradeName(verdict.grade));
+    json += formatText("words", verdict.words);
+    std::string causes;
+    for (const HostPlace& place : verdict.causes) {
+        causes += (causes.empty() ? "{\"kind\": " : ", {\"kind\": ") + json_quote(place.kind) +
+                  formatText("id", place.id) + formatNumber("missing", place.missing) +
+                  formatNumber("share", place.share) + '}';
+    }
+    return json + ", \"causes\": [" + causes + "]}";
+}
+
+static std::string formatPlaceBalance(const HostBalance& place) {
+    const tv_balance& water = place.water;
+    return "{\"kind\": " + json_quote(place.kind) + formatText("id", place.id) +
+           formatNumber("initial", water.initial) + formatNumber("in", water.in) + formatNumber("out", water.out) +
+           formatNumber("lost", water.lost) + formatNumber("stored", water.stored) +
+           formatNumber("missing", water.missing) + formatNumber("error", water.error) + '}';
+}
+
+/// An array with an element in each line.
+template <class Element, class Format>
+static std::string formatArray(const std::vector<Element>& elements, Format format) {
+    std::string json = "[";
+    for (const Element& element : elements) {
+        json += (&element == elements.data() ? "\n  " : ",\n  ") + format(element);
+    }
+    return json + (elements.empty() ? "]" : "\n ]");
+}
+
+static std::string formatCounts(const MessageCounts& counts) {
+    return "{\"errors\": " + std::to_string(counts.errors) + ", \"serious\": " + std::to_string(counts.serious) +
+           ", \"warnings\": " + std::to_string(counts.warnings) + ", \"notes\": " + std::to_string(counts.notes) + '}';
+}
+
 bool outcome_writeJson(const Outcome& outcome) {
     std::string json = "{\"program\": " + json_quote(std::string("tarnvelde ") + tv_getVersion());
     json += formatMember("command", json_quote(outcome.command));
@@ -97,12 +148,19 @@ bool outcome_writeJson(const Outcome& outcome) {
     if (!outcome.stopped.empty()) {
         json += formatMember("stopped", json_quote(outcome.stopped));
     }
-    json += formatMember("messages", formatMessages(outcome.messages));
+    json += formatMember("messages", formatArray(outcome.messages, formatMessage));
+    json += formatMember("counts", formatCounts(messages_count(outcome.messages)));
     if (outcome.hasClock) {
         json += formatClock(outcome);
     }
     if (!outcome.balances.empty()) {
         json += formatMember("continuityErrors", formatBalances(outcome.balances));
+    }
+    if (!outcome.verdicts.empty()) {
+        json += formatMember("verdict", formatArray(outcome.verdicts, formatVerdict));
+    }
+    if (!outcome.places.empty()) {
+        json += formatMember("balances", formatArray(outcome.places, formatPlaceBalance));
     }
     json += formatMember("wallTime", json_formatNumber(outcome.wallTime));
     json += "\n}\n";

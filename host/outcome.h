@@ -8,6 +8,7 @@
 
 #include "messages.h"
 #include "tarnvelde_model.h"
+#include "verdict.h"
 
 /// A continuity error.
 struct Balance {
@@ -30,6 +31,8 @@ struct Outcome {
     int64_t steps;
     double wallTime;                ///< s
     std::vector<Balance> balances;  ///< those of one name stand together
+    std::vector<HostVerdict> verdicts;
+    std::vector<HostBalance> places;  ///< only if they are wanted
 };
 
 /// Prints one JSON object on standard output. False if it can't be written.

@@ -23,12 +23,14 @@
 #include "progress.h"
 #include "resultfile.h"
 #include "status.h"
+#include "verdict.h"
 
 using std::chrono::steady_clock;
 
 namespace {
 
 constexpr int32_t CODE_SAME_NAMES = 301;
+constexpr int32_t WARNINGS_SHOWN = 5;          ///< of one kind
 constexpr double ROUNDING = 1.0 / 86400000.0;  ///< d: the millisecond that a date may be off must not make a step more
 
 /// A run on its way.
@@ -166,6 +168,12 @@ void lookAtRun(Run& run) {
     if (run.request.isJson && run.outcome.code == TV_OK) {
         run.outcome.balances = balances_read(run.model.get());
     }
+    if (run.outcome.code == TV_OK) {
+        run.outcome.verdicts = verdict_read(run.model.get());
+    }
+    if (run.request.hasBalances && run.outcome.code == TV_OK) {
+        run.outcome.places = verdict_readBalances(run.model.get());
+    }
 }
 
 /// A name as the library takes it: null for no file.
@@ -264,7 +272,11 @@ int getStatus(const Run& run) {
     if (run.outcome.code != TV_OK) {
         return EXIT_ENGINE_ERROR;
     }
-    return run.signal != 0 ? EXIT_SIGNAL + run.signal : EXIT_DONE;
+    if (run.signal != 0) {
+        return EXIT_SIGNAL + run.signal;
+    }
+    const bool isDoubtful = messages_areDoubtful(run.outcome.messages) || verdict_isRed(run.outcome.verdicts);
+    return run.request.isStrict && isDoubtful ? EXIT_DOUBT : EXIT_DONE;
 }
 
 /// The files that there are.
@@ -300,13 +312,27 @@ void showStop(const Run& run) {
     }
 }
 
+/// A line that counts warnings, and says who tells more.
+void showCounts(const Run& run) {
+    const std::string words = messages_describeCounts(messages_count(run.outcome.messages));
+    if (!words.empty()) {
+        std::fprintf(stderr, "tarnvelde: %s (tarnvelde explain NAME tells what to do)\n", words.c_str());
+    } else if (!run.request.isQuiet && !run.request.isJson) {
+        std::fprintf(stderr, "tarnvelde: no warnings\n");
+    }
+}
+
 int tell(Run& run) {
     Outcome& outcome = run.outcome;
     const std::vector<HostMessage> messages = messages_read(run.model.get(), run.files);
     outcome.messages.insert(outcome.messages.begin(), messages.begin(), messages.end());
     outcome.status = getStatus(run);
-    messages_show(outcome.messages);
+    messages_show(outcome.messages, {false, false, console_isErrorTerminal(), WARNINGS_SHOWN});
     messages_showEnd(outcome.code, run.files.model);
+    if (outcome.code == TV_OK) {
+        verdict_show(outcome.verdicts, !run.request.isQuiet && !run.request.isJson);
+        showCounts(run);
+    }
     if (outcome.status != EXIT_ENGINE_ERROR && outcome.status != EXIT_WRONG_USAGE) {
         outcome.files = listFiles(run.files, run.request.saveState);
         showStop(run);

@@ -17,6 +17,8 @@ struct RunRequest {
     std::string engines;    ///< folder of the engines inside nodes; empty for the default
     bool isQuiet;
     bool isJson;
+    bool isStrict;     ///< warnings, and a red balance, make the exit status EXIT_DOUBT
+    bool hasBalances;  ///< the JSON has the balance of each place
 };
 
 /// Runs the simulation; the exit status.

@@ -45,9 +45,13 @@ static std::string fillIn(const char* text, WarningFills fills) {
 }
 
 std::string warnings_formatNumber(double value) {
+    static constexpr std::ptrdiff_t SHORT = 7;
     char text[40];
-    const auto end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 6).ptr;
-    return {text, end};
+    const char* end = std::to_chars(text, text + sizeof text, value).ptr;
+    if (end - text > SHORT) {
+        end = std::to_chars(text, text + sizeof text, value, std::chars_format::general, 4).ptr;
+    }
+    return {text, static_cast<size_t>(end - text)};
 }
 
 // --- places --------------------------------------------------------------------------------------------------------

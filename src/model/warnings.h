@@ -79,5 +79,5 @@ void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t 
 /// The line that is being read defines the next object of a class.
 void warnings_notePlace(const Model& model, int32_t type);
 
-/// A number as short as it can be, for the texts of warnings.
+/// A number for the texts of warnings: as the user wrote it, but with four figures where it has many.
 [[nodiscard]] std::string warnings_formatNumber(double value);

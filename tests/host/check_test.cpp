@@ -24,14 +24,16 @@ TEST(HostCheck, EachErrorIsShownWithItsPlace) {
     const std::string model = folder.write("model.inp", BAD_PROJECT);
     const ProcessResult result = runProgram({"check", model});
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.out, "");
+    EXPECT_EQ(result.out, model + ": 3 errors\n");
     EXPECT_EQ(result.err,
               "ERROR 209: undefined object NOWHERE at line 6 of [PIPES] section:\n"
               "  P1 J1 NOWHERE NO 300 1 0.2 0\n"
+              "        ^^^^^^^\n"
               "ERROR 203: too few items at line 7 of [PIPES] section:\n"
               "  ERROR J1 O1\n"
               "ERROR 211: invalid number 3OO at line 8 of [PIPES] section:\n"
               "  P3 J1 O1 NO 3OO 1 0.2 0\n"
+              "              ^^^\n"
               "tarnvelde: " +
                   model + ": the engine ended with code 200\n");
 }
@@ -57,6 +59,7 @@ TEST(HostCheck, LineOfGeneralIsShownWithoutALineFeedOfItsOwn) {
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("ERROR 205: invalid keyword STRAT_DATE at line 2 of [GENERAL] section:\n"
                                       "  STRAT_DATE\n"
+                                      "  ^^^^^^^^^^\n"
                                       "ERROR 213: invalid date/time never at line 3 of [GENERAL] section:\n"
                                       "  ROUTING_STEP\n"));
 }

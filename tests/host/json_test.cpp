@@ -143,7 +143,7 @@ TEST(HostJson, TellsOfErrorsWithTheirPlaces) {
         EXPECT_THAT(
             result.out,
             HasSubstr("{\"level\": \"error\", \"code\": 209, \"text\": \"undefined object NOWHERE\", \"section\": "
-                      "\"[PIPES]\", \"line\": 6, \"words\": \"P1 J1 NOWHERE NO 300 1 0.2 0\", \"object\": "
+                      "\"[PIPES]\", \"line\": 6, \"words\": \"P1 J1 NOWHERE NO 300 1 0.2 0\", \"column\": 7, \"length\": 7, \"object\": "
                       "\"NOWHERE\"}"));
         EXPECT_THAT(result.err, HasSubstr("ERROR 209: "));
     }

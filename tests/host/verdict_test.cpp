@@ -1,0 +1,126 @@
+// What `run` and `check` say of a project that is good by its words and can't be right.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "host/program.h"
+#include "host/runningprogram.h"
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A day of 0.02 m3/s through a conduit of 20 m that water passes in three seconds.
+static const char* const STEEP =
+    "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\nROUTING_STEP 0:00:30\n"
+    "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONDUITS]\nC1 J1 O1 NO 20 5 0.013 CIRCULAR 0.6\n"
+    "[INFLOWS]\nJ1 FLOW FLOW 0.02 \"\" 0\n";
+
+TEST(HostVerdict, CheckFindsTheConduitAheadOfTheRun) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", STEEP);
+    const ProcessResult result = runProgram({"check", model});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out, model + ": no errors, 1 serious warning\n");
+    EXPECT_THAT(result.err, HasSubstr("SERIOUS W-step-conduit: C1: "));
+    EXPECT_THAT(result.err, HasSubstr("at line 10 of [CONDUITS] section:\n"
+                                      "  C1 J1 O1 NO 20 5 0.013 CIRCULAR 0.6\n"
+                                      "  ^^\n"
+                                      "  what happens: "));
+    EXPECT_THAT(result.err, HasSubstr("\n  what to do:   "));
+}
+
+TEST(HostVerdict, RunTellsWhereTheWaterWent) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", STEEP)});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.err, HasSubstr("SERIOUS W-run-emptied: C1 at 2024-06-18 00:00:30: "));
+    EXPECT_THAT(result.err, EndsWith("tarnvelde: continuity errors: flow 100.000 % red: don't rely on the results "
+                                     "before it is explained\n"
+                                     "tarnvelde: 1728 m3 of 1728 m3 are in no account (flow), most at link C1 1728 m3\n"
+                                     "tarnvelde: 2 serious warnings, 1 warning (tarnvelde explain NAME tells what to "
+                                     "do)\n"));
+    EXPECT_THAT(result.err, Not(HasSubstr("what to do: ")));  // that is for a check
+}
+
+TEST(HostVerdict, QuietIsQuietAboutWhatIsGreenAlone) {
+    TempFolder folder;
+    EXPECT_EQ(runProgram({"run", folder.write("good.inp", GOOD_PROJECT), "--quiet"}).err, "");
+    EXPECT_THAT(runProgram({"run", folder.write("bad.inp", STEEP), "--quiet"}).err,
+                HasSubstr("continuity errors: flow 100.000 % red"));
+}
+
+TEST(HostVerdict, StrictTurnsDoubtIntoAStatus) {
+    TempFolder folder;
+    const std::string good = folder.write("good.inp", GOOD_PROJECT), steep = folder.write("steep.inp", STEEP);
+    const std::string wrong = folder.write("wrong.inp", BAD_PROJECT);
+    for (const char* command : {"run", "check"}) {
+        EXPECT_EQ(runProgram({command, good, "--strict"}).status, 0) << command;
+        EXPECT_EQ(runProgram({command, steep, "--strict"}).status, 3) << command;
+        EXPECT_EQ(runProgram({command, steep}).status, 0) << command;
+        EXPECT_EQ(runProgram({command, wrong, "--strict"}).status, 1) << command;
+    }
+}
+
+TEST(HostVerdict, StrictFindsARedBalanceWithoutAWarning) {
+    TempFolder folder;
+    // A load into a node without water is counted in and never out.
+    const std::string model = folder.write("model.inp",
+                                           "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\n"
+                                           "[JUNCTIONS]\nJ1\nJ2\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 J1 O1 NO 0\n"
+                                           "C2 J2 O1 NO 0\n[POLLUTANTS]\nCOD 0\n[INFLOWS]\n"
+                                           "J1 MASS COD 0.001 \"\" 0\nJ2 FLOW FLOW 0.1 \"\" 0\n");
+    const ProcessResult result = runProgram({"run", model, "--strict"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.err, HasSubstr("quality of COD 100.000 % red"));
+    EXPECT_THAT(result.err, HasSubstr("86.4 kg of 86.4 kg are in no account (quality of COD)"));
+}
+
+TEST(HostVerdict, JsonHasItAll) {
+    TempFolder folder;
+    const ProcessResult result =
+        runProgram({"run", folder.write("model.inp", STEEP), "--json", "--balances", "--strict"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_TRUE(isJson(result.out)) << result.out;
+    EXPECT_THAT(result.out, HasSubstr("\"status\": 3"));
+    EXPECT_THAT(result.out, HasSubstr("\"counts\": {\"errors\": 0, \"serious\": 2, \"warnings\": 1, \"notes\": 0}"));
+    EXPECT_THAT(result.out, HasSubstr("\"severity\": \"serious\""));
+    EXPECT_THAT(result.out, HasSubstr("\"date\": \"2024-06-18 00:00:30\""));
+    EXPECT_THAT(result.out, HasSubstr("{\"part\": \"flow\", "));
+    EXPECT_THAT(result.out, HasSubstr("\"grade\": \"red\""));
+    EXPECT_THAT(result.out, HasSubstr("\"causes\": [{\"kind\": \"link\", \"id\": \"C1\", "));
+    EXPECT_THAT(result.out, HasSubstr("{\"kind\": \"node\", \"id\": \"J1\", \"initial\": 0, \"in\": 17"));
+    EXPECT_THAT(runProgram({"run", folder.write("model.inp", STEEP), "--json"}).out, Not(HasSubstr("\"balances\"")));
+}
+
+TEST(HostVerdict, ManyOfAKindAreShownByAFewOfThem) {
+    std::string project = STEEP;
+    for (int k = 2; k <= 120; ++k) {
+        const std::string n = std::to_string(k);
+        project += "[JUNCTIONS]\nJ" + n + "\n[CONDUITS]\nC" + n + " J" + n + " O1 NO 20 5 0.013 CIRCULAR 0.6\n";
+    }
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", project);
+    const ProcessResult checked = runProgram({"check", model});
+    EXPECT_THAT(checked.err, HasSubstr("SERIOUS W-step-conduit: C100: "));
+    EXPECT_THAT(checked.err, Not(HasSubstr("SERIOUS W-step-conduit: C101: ")));
+    EXPECT_THAT(checked.err, HasSubstr("SERIOUS W-step-conduit: 20 more of this kind\n"));
+    const ProcessResult result = runProgram({"run", model});
+    EXPECT_THAT(result.err, HasSubstr("SERIOUS W-step-conduit: C5: "));
+    EXPECT_THAT(result.err, Not(HasSubstr("SERIOUS W-step-conduit: C6: ")));
+    EXPECT_THAT(result.err, HasSubstr("W-step-conduit: 96 more\n"));
+}
+
+TEST(HostVerdict, ExplainTellsWhatAWarningMeans) {
+    for (const char* name : {"W-step-conduit", "w-STEP-conduit", "step-conduit"}) {
+        const ProcessResult result = runProgram({"explain", name});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.out, testing::StartsWith("W-step-conduit (serious warning)\n"));
+        EXPECT_THAT(result.out, HasSubstr("\n  what to do    "));
+        EXPECT_EQ(result.out.find("W-", 2), std::string::npos) << "one alone";
+    }
+    EXPECT_THAT(runProgram({"explain"}).out, HasSubstr("W-run-emptied"));
+    const ProcessResult unknown = runProgram({"explain", "W-nothing"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_THAT(unknown.err, HasSubstr("no warning W-nothing"));
+}
