@@ -3,7 +3,8 @@
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
 //                             [--load-state F | --hot-start F] [--engines D] [--quiet] [--json]
 //     tarnvelde check MODEL.inp [--engines D] [--json]
-//     tarnvelde results FILE [--object O [--column C]] [--summary] [--csv | --json]
+//     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
+//                            [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
 //     tarnvelde --version
 //     tarnvelde [COMMAND] --help
@@ -82,19 +83,32 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output");
 }
 
+static void addWindow(CLI::App& command, std::string& from, std::string& to) {
+    command.add_option("--from", from, "Reports from this date on, as 2024/06/18 or '2024/06/18 6:30'")
+        ->type_name("DATE")
+        ->check(refuseNoDate);
+    command.add_option("--to", to, "Reports up to this date")->type_name("DATE")->check(refuseNoDate);
+}
+
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
-    CLI::Option* object = command.add_option("--object", request.object, "Show the series of this object, by its ID");
-    object->check(refuseEmpty);
-    command.add_option("--column", request.column, "This column alone")->check(refuseEmpty)->needs(object);
-    CLI::Option* summary =
-        command.add_flag("--summary", request.isSummary, "Minimum, mean, maximum and time of maximum per column");
+    command.add_option("--object", request.objects, "Show this object, by its ID; may be given several times")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--table", request.tables, "Show all objects of this table, as Pipe; likewise")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--column", request.columns, "This column alone; likewise")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    addWindow(command, request.from, request.to);
+    command.add_flag("--summary", request.isSummary,
+                     "Minimum, mean over time, flow-weighted mean, maximum and its time per column");
     CLI::Option* csv = command.add_flag_callback(
         "--csv", [&request] { request.form = SeriesForm::CSV; }, "Values divided by commas");
     CLI::Option* json = command.add_flag_callback(
-        "--json", [&request] { request.form = SeriesForm::JSON; }, "Series as JSON");
+        "--json", [&request] { request.form = SeriesForm::JSON; }, "JSON, for programs");
     csv->excludes(json);
-    json->excludes(summary)->needs(object);
 }
 
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {

@@ -41,7 +41,7 @@ std::string quoteLiteral(const std::string& text) {
 Line readLine(const ResultFile& file, const std::string& object, const std::string& column) {
     const ResultChoice choice = result_findColumn(file, object, column);
     const ResultTable& table = file.tables[choice.table];
-    return {table.objects[choice.object], table.columns[choice.column].unit, result_readSeries(file, choice)};
+    return {table.objects[choice.object], table.columns[choice.column].unit, result_readSeries(file, choice, {})};
 }
 
 /// Rain on the first subcatchment that is plotted, to hang from the top; none if the lines are of rain themselves.
