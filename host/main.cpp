@@ -5,7 +5,7 @@
 //     tarnvelde check MODEL.inp [--engines D] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
 //                            [--csv | --json]
-//     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
+//     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde --version
 //     tarnvelde [COMMAND] --help
 //
@@ -21,6 +21,7 @@
 #include "console.h"
 #include "dates.h"
 #include "files.h"
+#include "picture.h"
 #include "plot.h"
 #include "results.h"
 #include "run.h"
@@ -111,16 +112,23 @@ static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     csv->excludes(json);
 }
 
+static std::string refuseNoPicture(const std::string& name) {
+    return picture_getForm(name) == PictureForm::NONE ? "a picture ends with .svg, .png or .pdf, not as " + name : "";
+}
+
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
     command.add_option("--object", request.objects, "Draw a line for this object; may be given several times")
         ->required()
-        ->allow_extra_args(false);
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
     command.add_option("--column", request.column, "What the lines show")->required()->check(refuseEmpty);
-    command.add_option("-o,--output", request.output, "The picture, in the form SVG")
+    addWindow(command, request.from, request.to);
+    command
+        .add_option("-o,--output", request.output, "The picture, whose form is that of its name: .svg, .png or .pdf")
         ->type_name("FILE")
         ->required()
-        ->check(refuseEmpty);
+        ->check(refuseNoPicture);
 }
 
 static int runCommand(int argumentCount, char** arguments) {
