@@ -120,6 +120,16 @@ TEST(HostJson, TellsTheContinuityErrors) {
     EXPECT_THAT(result.out, HasSubstr("\"quality\": {\"TSS\": "));
 }
 
+TEST(HostJson, WhereNothingCameInAnErrorIsNull) {
+    TempFolder folder;
+    const std::string project = std::string(GOOD_PROJECT) + "J1 MASS TSS 0.002 \"\" 1\n[POLLUTANTS]\nTSS 0\nZN 0\n";
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", project), "--json"});
+    EXPECT_TRUE(isJson(result.out)) << result.out;
+    EXPECT_THAT(result.out, HasSubstr("\"washoff\": {\"TSS\": null, \"ZN\": null}"));
+    EXPECT_THAT(result.out, Not(HasSubstr("nan")));
+    EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("nan")) << "the report is as it was";
+}
+
 TEST(HostJson, TellsOfARunThatStopped) {
     TempFolder folder;
     const std::string model = folder.write("model.inp", GOOD_PROJECT);
