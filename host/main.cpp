@@ -13,11 +13,14 @@
 // for a run that a signal stopped.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "check.h"
+#include "commands.h"
 #include "console.h"
 #include "dates.h"
 #include "files.h"
@@ -131,6 +134,17 @@ static void addPlotOptions(CLI::App& command, PlotRequest& request) {
         ->check(refuseNoPicture);
 }
 
+/// A message if the first word is no command: the parser would only call it unexpected.
+static std::string findUnknownCommand(const CLI::App& app, int argumentCount, char** arguments) {
+    const std::string first = argumentCount > 1 ? arguments[1] : "--help";
+    std::vector<std::string> known;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        known.push_back(command->get_name());
+    }
+    const bool isKnown = std::find(known.begin(), known.end(), first) != known.end();
+    return isKnown || first.starts_with('-') ? "" : commands_describeUnknown(first, known);
+}
+
 static int runCommand(int argumentCount, char** arguments) {
     CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
@@ -154,6 +168,10 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
     addPlotOptions(*plot, plotRequest);
 
+    if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
+        std::fprintf(stderr, "tarnvelde: %s\n", unknown.c_str());
+        return EXIT_WRONG_USAGE;
+    }
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
