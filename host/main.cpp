@@ -97,12 +97,15 @@ static void addWindow(CLI::App& command, std::string& from, std::string& to) {
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
     command.add_option("--object", request.objects, "Show this object, by its ID; may be given several times")
+        ->type_name("ID")
         ->allow_extra_args(false)
         ->check(refuseEmpty);
     command.add_option("--table", request.tables, "Show all objects of this table, as Pipe; likewise")
+        ->type_name("NAME")
         ->allow_extra_args(false)
         ->check(refuseEmpty);
     command.add_option("--column", request.columns, "This column alone; likewise")
+        ->type_name("NAME")
         ->allow_extra_args(false)
         ->check(refuseEmpty);
     addWindow(command, request.from, request.to);
@@ -121,11 +124,16 @@ static std::string refuseNoPicture(const std::string& name) {
 
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
-    command.add_option("--object", request.objects, "Draw a line for this object; may be given several times")
+    command
+        .add_option("--object", request.objects, "Draw a line for this object, by its ID; may be given several times")
+        ->type_name("ID")
         ->required()
         ->allow_extra_args(false)
         ->check(refuseEmpty);
-    command.add_option("--column", request.column, "What the lines show")->required()->check(refuseEmpty);
+    command.add_option("--column", request.column, "What the lines show")
+        ->type_name("NAME")
+        ->required()
+        ->check(refuseEmpty);
     addWindow(command, request.from, request.to);
     command
         .add_option("-o,--output", request.output, "The picture, whose form is that of its name: .svg, .png or .pdf")

@@ -62,6 +62,10 @@ void setAxis(const ResultFile& file, const ResultWindow& window, PlotPicture& pi
     }
     picture.first = std::min(first, std::max(file.startDate, window.from));
     picture.last = last - first >= step / 2.0 ? last : last + step;
+    constexpr double LIMIT = 2.9e6;  // days; beyond lie years that no calendar here can hold
+    if (!(std::fabs(picture.first) < LIMIT && std::fabs(picture.last) < LIMIT)) {
+        throw ResultError(file.name + " is damaged: its dates can't be");
+    }
 }
 
 PlotPicture readPicture(const PlotRequest& request, const ResultWindow& window) {
@@ -136,7 +140,8 @@ bool runGnuplot(const std::string& folder) {
     while (std::getline(stream, line)) {
         all += line + '\n';
     }
-    std::fprintf(stderr, "tarnvelde: gnuplot failed\n%s", all.c_str());
+    const std::string signal = WIFSIGNALED(state) ? ": signal " + std::to_string(WTERMSIG(state)) : "";
+    std::fprintf(stderr, "tarnvelde: gnuplot failed%s\n%s", signal.c_str(), all.c_str());
     return false;
 }
 

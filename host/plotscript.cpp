@@ -95,7 +95,7 @@ std::string plotscript_make(const PlotPicture& picture) {
     std::string script = std::string("set encoding utf8\nset terminal ") + getTerminal(picture.form) +
                          " enhanced background '#ffffff'\nset output 'picture'\n" + placeDates(picture) +
                          "set xlabel ' '\nset grid linecolor rgb '#c8c8c8' dashtype 1 linewidth 0.5\n"
-                         "set key outside bottom center horizontal noenhanced\n"
+                         "set key outside bottom center horizontal Left reverse width 2 noenhanced\n"
                          "set border 3\nset tics nomirror\nset datafile missing 'nan'\n" +
                          format("set lmargin at screen %g\nset rmargin at screen %g\n", LEFT, RIGHT) + "set ylabel " +
                          quoteLiteral(plotscript_getLabel(picture)) + " noenhanced\n";

@@ -159,6 +159,6 @@ void results_showSeries(const ResultFile& file, const ResultsRequest& request, c
         }
     }
     std::printf("%s", isJson         ? (isOne ? "\n" : "]\n")
-                      : isIncomplete ? "\n-  no number: there was nothing to take a mean of\n"
+                      : isIncomplete ? "\n-  no number, as where no step fell into a report period\n"
                                      : "");
 }

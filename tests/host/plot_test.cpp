@@ -432,6 +432,24 @@ TEST(Plot, OfNoNumberSaysSo) {
     EXPECT_THAT(result.err, HasSubstr("holds no number of TotInflow to draw"));
 }
 
+TEST(Plot, OfDatesThatCannotBeIsRefused) {
+    TempFolder folder;
+    const std::string whole = makeResults(MARCH, 900, 3);
+    const size_t start = whole.find(getBytes(MARCH) + getBytes(int32_t{900}));
+    const size_t last = whole.size() - 28 - (8 + 4 * 14);
+    for (const double date : {1e300, -1e300, 1e7, -1e7}) {
+        for (const size_t place : {start, last}) {
+            std::string damaged = whole;
+            damaged.replace(place, 8, getBytes(date));
+            const ProcessResult result = runProgram({"plot", folder.write("a.bin", damaged), "--object", "J1",
+                                                     "--column", "TotInflow", "-o", folder.file("a.svg")});
+            const bool isHarmless = place == start && date > 0.0;  // the axis begins with the first report then
+            EXPECT_EQ(result.status, isHarmless ? 0 : 1) << date;
+            EXPECT_EQ(result.err.find("is damaged: its dates can't be") != std::string::npos, !isHarmless) << date;
+        }
+    }
+}
+
 TEST(Plot, SpellsTheOutflowOfAPipeAsPeopleDo) {
     TempFolder folder;
     ASSERT_EQ(runProgram({"run", folder.write("a.inp", GOOD_PROJECT), "--quiet"}).status, 0);

@@ -218,7 +218,7 @@ TEST_F(Results, ATableShowsADashForWhatIsNoNumber) {
     const std::string file = patch(getOutflowPlace(2), getBytes(NOT_A_NUMBER));
     const ProcessResult result = runProgram({"results", file, "--object", "C1", "--column", "Outflow"});
     EXPECT_THAT(result.out, ContainsRegex("\n2021-03-01 00:03:00 +-\n"));
-    EXPECT_THAT(result.out, EndsWith("\n\n-  no number: there was nothing to take a mean of\n"));
+    EXPECT_THAT(result.out, EndsWith("\n\n-  no number, as where no step fell into a report period\n"));
     EXPECT_THAT(result.out, Not(HasSubstr("nan")));
 }
 
