@@ -133,7 +133,8 @@ void showList(const ResultFile& file, const std::vector<ChosenObject>& chosen, c
 void results_showSeries(const ResultFile& file, const ResultsRequest& request, const ResultWindow& window) {
     const std::vector<ChosenObject> chosen = results_choose(file, request);
     result_checkWindow(file, window);
-    // The shape goes by what is asked for, not by what is found, so that a script can rely on it.
+    // The shape goes by what is asked for, so that a script can rely on it. One name may still mean two objects, each
+    // of which has some of the columns.
     const bool isOne = request.objects.size() == 1 && request.tables.empty() && chosen.size() == 1;
     const bool isJson = request.form == SeriesForm::JSON;
     if (request.form == SeriesForm::CSV && !isOne) {

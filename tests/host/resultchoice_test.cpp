@@ -232,3 +232,10 @@ TEST_F(Results, ASummaryOfNoNumbersIsNullInJson) {
                 HasSubstr("\"minimum\": null, \"meanOverTime\": null, \"maximum\": null, \"timeOfMaximum\": null}"));
     EXPECT_THAT(runProgram({"results", file, "--summary"}).out, HasSubstr("\n\n-  no number in the whole column\n"));
 }
+
+TEST_F(Results, AFullDiskBehindStandardOutputIsTold) {
+    const ProcessResult result =
+        process_run({"sh", "-c", "exec \"$@\" >/dev/full", "sh", TARNVELDE_PROGRAM, "results", binary, "--json"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("cannot write to standard output"));
+}
