@@ -3,7 +3,6 @@
 
 #include "balances.h"
 
-#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -23,11 +22,11 @@ static std::string getBalance(const tv_variable& variable) {
     return {};
 }
 
-/// Adds one error, unless there is none, as of the pollutants of a land without any.
+/// Adds one error. It is no number where nothing came in, as of the pollutants of a land without any: 0 ÷ 0.
 static void add(std::vector<Balance>& balances, const tv_model* model, int32_t variable, const std::string& name,
                 int32_t pollutant) {
     double error = 0.0;
-    if (tv_getValue(model, variable, 0, pollutant, &error) != TV_OK || !std::isfinite(error)) {
+    if (tv_getValue(model, variable, 0, pollutant, &error) != TV_OK) {
         return;
     }
     const char* id = "";

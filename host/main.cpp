@@ -4,8 +4,9 @@
 //                             [--load-state F | --hot-start F] [--engines D] [--strict] [--quiet]
 //                             [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--strict] [--json]
-//     tarnvelde results FILE [--object O [--column C]] [--summary] [--csv | --json]
-//     tarnvelde plot FILE --object O [--object O ...] --column C -o OUT.svg
+//     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
+//                            [--csv | --json]
+//     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde explain [NAME]
 //     tarnvelde --version
 //     tarnvelde [COMMAND] --help
@@ -14,15 +15,19 @@
 // --strict finds a doubt, 130 and 143 for a run that a signal stopped.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <vector>
 
 #include "check.h"
+#include "commands.h"
 #include "console.h"
 #include "dates.h"
 #include "explain.h"
 #include "files.h"
+#include "picture.h"
 #include "plot.h"
 #include "results.h"
 #include "run.h"
@@ -87,31 +92,70 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output, nor about balances that are green");
 }
 
+static void addWindow(CLI::App& command, std::string& from, std::string& to) {
+    command.add_option("--from", from, "Reports from this date on, as 2024/06/18 or '2024/06/18 6:30'")
+        ->type_name("DATE")
+        ->check(refuseNoDate);
+    command.add_option("--to", to, "Reports up to this date")->type_name("DATE")->check(refuseNoDate);
+}
+
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
-    CLI::Option* object = command.add_option("--object", request.object, "Show the series of this object, by its ID");
-    object->check(refuseEmpty);
-    command.add_option("--column", request.column, "This column alone")->check(refuseEmpty)->needs(object);
-    CLI::Option* summary =
-        command.add_flag("--summary", request.isSummary, "Minimum, mean, maximum and time of maximum per column");
+    command.add_option("--object", request.objects, "Show this object, by its ID; may be given several times")
+        ->type_name("ID")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--table", request.tables, "Show all objects of this table, as Pipe; likewise")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--column", request.columns, "This column alone; likewise")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    addWindow(command, request.from, request.to);
+    command.add_flag("--summary", request.isSummary,
+                     "Minimum, mean over time, flow-weighted mean, maximum and its time per column");
     CLI::Option* csv = command.add_flag_callback(
         "--csv", [&request] { request.form = SeriesForm::CSV; }, "Values divided by commas");
     CLI::Option* json = command.add_flag_callback(
-        "--json", [&request] { request.form = SeriesForm::JSON; }, "Series as JSON");
+        "--json", [&request] { request.form = SeriesForm::JSON; }, "JSON, for programs");
     csv->excludes(json);
-    json->excludes(summary)->needs(object);
+}
+
+static std::string refuseNoPicture(const std::string& name) {
+    return picture_getForm(name) == PictureForm::NONE ? "a picture ends with .svg, .png or .pdf, not as " + name : "";
 }
 
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
-    command.add_option("--object", request.objects, "Draw a line for this object; may be given several times")
+    command
+        .add_option("--object", request.objects, "Draw a line for this object, by its ID; may be given several times")
+        ->type_name("ID")
         ->required()
-        ->allow_extra_args(false);
-    command.add_option("--column", request.column, "What the lines show")->required()->check(refuseEmpty);
-    command.add_option("-o,--output", request.output, "The picture, in the form SVG")
-        ->type_name("FILE")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--column", request.column, "What the lines show")
+        ->type_name("NAME")
         ->required()
         ->check(refuseEmpty);
+    addWindow(command, request.from, request.to);
+    command
+        .add_option("-o,--output", request.output, "The picture, whose form is that of its name: .svg, .png or .pdf")
+        ->type_name("FILE")
+        ->required()
+        ->check(refuseNoPicture);
+}
+
+/// A message if the first word is no command: the parser would only call it unexpected.
+static std::string findUnknownCommand(const CLI::App& app, int argumentCount, char** arguments) {
+    const std::string first = argumentCount > 1 ? arguments[1] : "--help";
+    std::vector<std::string> known;
+    for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        known.push_back(command->get_name());
+    }
+    const bool isKnown = std::find(known.begin(), known.end(), first) != known.end();
+    return isKnown || first.starts_with('-') ? "" : commands_describeUnknown(first, known);
 }
 
 static int runCommand(int argumentCount, char** arguments) {
@@ -141,6 +185,10 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
     addPlotOptions(*plot, plotRequest);
 
+    if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
+        std::fprintf(stderr, "tarnvelde: %s\n", unknown.c_str());
+        return EXIT_WRONG_USAGE;
+    }
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {

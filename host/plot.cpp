@@ -1,5 +1,5 @@
 // Draws results with gnuplot. Data, script and picture stand in a folder of our own; no text of the user becomes part
-// of a command: names stand in the script as literals only, and the picture is copied to its place by ourselves.
+// of a command, and the picture is brought to its place by ourselves.
 
 #include "plot.h"
 
@@ -8,60 +8,104 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
+#include <sstream>
 
 #include "files.h"
-#include "resultfile.h"
+#include "plotscript.h"
+#include "results.h"
 #include "status.h"
 
 namespace {
 
-constexpr double UNIX_EPOCH = 25569.0;  ///< 1 January 1970, days since 30 December 1899
+// --- what is drawn -------------------------------------------------------------------------------------------------
 
-struct Line {
-    std::string title;
-    std::string unit;
-    ResultSeries series;
-};
-
-/// A literal of the script. Nothing is special between apostrophes but the apostrophe itself.
-std::string quoteLiteral(const std::string& text) {
-    std::string quoted = "'";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        quoted += byte < 32 || byte == 127 ? ' ' : c;
-        quoted += c == '\'' ? "'" : "";
-    }
-    return quoted + "'";
-}
-
-Line readLine(const ResultFile& file, const std::string& object, const std::string& column) {
-    const ResultChoice choice = result_findColumn(file, object, column);
+PlotLine readLine(const ResultFile& file, const ResultChoice& choice, const ResultWindow& window) {
     const ResultTable& table = file.tables[choice.table];
-    return {table.objects[choice.object], table.columns[choice.column].unit, result_readSeries(file, choice)};
+    return {result_toUtf8(table.objects[choice.object]), table.columns[choice.column].unit,
+            result_readSeries(file, choice, window)};
 }
 
-/// Rain on the first subcatchment that is plotted, to hang from the top; none if the lines are of rain themselves.
-bool findRain(const ResultFile& file, const PlotRequest& request, Line& rain) {
-    for (const std::string& object : request.objects) {
-        const ResultChoice choice = result_findColumn(file, object, request.column);
+/// The name of the column, for people: that of a pipe's outflow is spelt wrongly in files.
+std::string getTitle(const ResultFile& file, const ResultChoice& choice) {
+    const std::string& name = file.tables[choice.table].columns[choice.column].name;
+    return name == "Outfow" ? "Outflow" : result_toUtf8(name);
+}
+
+/// Rain on the first subcatchment that is drawn, to hang from the top; none if the lines are of rain themselves.
+void addRain(const ResultFile& file, const std::vector<ResultChoice>& choices, const ResultWindow& window,
+             PlotPicture& picture) {
+    for (const ResultChoice& choice : choices) {
         const ResultTable& table = file.tables[choice.table];
-        if (table.name == "Subcatchment" && table.columns[choice.column].name != "Rainfall") {
-            rain = readLine(file, "Subcatchment:" + table.objects[choice.object], "Rainfall");
-            return true;
+        const size_t rain = result_findColumnOf(table, "Rainfall");
+        if (table.name == "Subcatchment" && rain != RESULT_NONE && choice.column != rain) {
+            picture.hasRain = true;
+            picture.rain = readLine(file, {choice.table, choice.object, rain}, window);
+            return;
         }
     }
-    return false;
 }
 
-bool writeSeries(const std::string& name, const ResultSeries& series) {
+/// The axis begins at the start of the run or of the window, not at the first report. One report has room on both
+/// sides.
+void setAxis(const ResultFile& file, const ResultWindow& window, PlotPicture& picture) {
+    const double step = picture.reportStep / 86400.0;
+    double first = HUGE_VAL, last = -HUGE_VAL;
+    for (const PlotLine& line : picture.lines) {
+        for (const double date : line.series.dates) {
+            first = std::min(first, date);
+            last = std::max(last, date);
+        }
+    }
+    picture.first = std::min(first, std::max(file.startDate, window.from));
+    picture.last = last - first >= step / 2.0 ? last : last + step;
+    constexpr double LIMIT = 2.9e6;  // days; beyond lie years that no calendar here can hold
+    if (!(std::fabs(picture.first) < LIMIT && std::fabs(picture.last) < LIMIT)) {
+        throw ResultError(file.name + " is damaged: its dates can't be");
+    }
+}
+
+PlotPicture readPicture(const PlotRequest& request, const ResultWindow& window) {
+    ResultFile file;
+    result_open(file, request.file);
+    if (file.periods == 0) {
+        throw ResultError(file.name + " holds no report");
+    }
+    result_checkWindow(file, window);
+    PlotPicture picture{};
+    picture.form = picture_getForm(request.output);
+    picture.reportStep = file.reportStep;
+    std::vector<ResultChoice> choices;
+    for (const std::string& object : request.objects) {
+        choices.push_back(result_findColumn(file, object, request.column));
+        picture.lines.push_back(readLine(file, choices.back(), window));
+        if (picture.lines.back().series.values.empty()) {
+            throw ResultError(file.name + " holds no report of " + object + " in this time");
+        }
+    }
+    const bool hasNumber = std::any_of(picture.lines.begin(), picture.lines.end(), [](const PlotLine& line) {
+        const std::vector<double>& values = line.series.values;
+        return std::any_of(values.begin(), values.end(), [](double value) { return std::isfinite(value); });
+    });
+    if (!hasNumber) {
+        throw ResultError(file.name + " holds no number of " + request.column + " to draw");
+    }
+    picture.column = getTitle(file, choices[0]);
+    addRain(file, choices, window, picture);
+    setAxis(file, window, picture);
+    return picture;
+}
+
+// --- drawing -------------------------------------------------------------------------------------------------------
+
+bool writeSeries(const std::string& name, const ResultSeries& series, double first) {
     std::ofstream stream(name, std::ios::binary);
     for (size_t k = 0; k < series.values.size(); ++k) {
         char text[96];
-        std::snprintf(text, sizeof text, "%.0f %.9g\n", std::floor((series.dates[k] - UNIX_EPOCH) * 86400.0 + 0.5),
+        std::snprintf(text, sizeof text, "%.0f %.9g\n", std::floor((series.dates[k] - first) * 86400.0 + 0.5),
                       series.values[k]);
         stream << (std::isfinite(series.values[k]) ? text : "\n");  // a gap in the line
     }
@@ -69,70 +113,11 @@ bool writeSeries(const std::string& name, const ResultSeries& series) {
     return !stream.fail();
 }
 
-std::string getLabel(const PlotRequest& request, const std::vector<Line>& lines) {
-    for (const Line& line : lines) {
-        if (line.unit != lines[0].unit || line.unit.empty()) {
-            return request.column;
-        }
-    }
-    return request.column + " (" + lines[0].unit + ')';
-}
-
-bool hasMixedUnits(const std::vector<Line>& lines) {
-    for (const Line& line : lines) {
-        if (line.unit != lines[0].unit) {
-            return true;
-        }
-    }
-    return false;
-}
-
-double getMaximum(const ResultSeries& series) {
-    double maximum = 0.0;
-    for (const double value : series.values) {
-        maximum = std::isfinite(value) && value > maximum ? value : maximum;
-    }
-    return maximum;
-}
-
-std::string makeScript(const PlotRequest& request, const std::vector<Line>& lines, const Line* rain,
-                       int32_t reportStep) {
-    std::string script =
-        "set terminal svg size 960,480 enhanced font 'sans,12' background '#ffffff'\n"
-        "set output 'plot.svg'\n"
-        "set xdata time\nset timefmt '%s'\nset format x \"%Y-%m-%d\\n%H:%M\"\n"
-        "set xlabel 'Date' noenhanced\nset grid\nset key outside bottom center horizontal noenhanced\n"
-        "set border 3\nset tics nomirror\nset datafile missing 'nan'\n"
-        "set rmargin 9\n";  // room for half of the last date, and for the axis of the rain
-    script += "set ylabel " + quoteLiteral(getLabel(request, lines)) + " noenhanced\n";
-    if (rain) {
-        // Bars take the upper part of the picture: the axis goes downward, to three times the highest bar.
-        const double highest = getMaximum(rain->series);
-        char range[64];
-        std::snprintf(range, sizeof range, "set y2range [%.6g:0]\n", highest > 0.0 ? 3.0 * highest : 1.0);
-        script += "set border 11\nset y2tics\nset y2label 'Rainfall (mm/h)' noenhanced\n";
-        script += range;
-        script += "set style fill solid 0.5 noborder\nset boxwidth " + std::to_string(reportStep) + " absolute\n";
-    }
-    script += "plot ";
-    if (rain) {
-        script += "'rain.dat' using 1:2 axes x1y2 with boxes linecolor '#7fa8d9' title " +
-                  quoteLiteral("Rainfall " + rain->title) + ", ";
-    }
-    for (size_t k = 0; k < lines.size(); ++k) {
-        const std::string unit = hasMixedUnits(lines) ? " (" + lines[k].unit + ')' : "";
-        script += (k > 0 ? ", " : "") + ("'line" + std::to_string(k)) +
-                  ".dat' using 1:2 with lines linewidth 2 linetype " + std::to_string(k + 1) + " title " +
-                  quoteLiteral(lines[k].title + unit);
-    }
-    return script + '\n';
-}
-
 /// Runs gnuplot on the script in a folder. False if there is no gnuplot, or if it fails.
 bool runGnuplot(const std::string& folder) {
     const std::string message = folder + "/message";
-    std::string program = "gnuplot", script = "plot.gp";
-    char* arguments[] = {program.data(), script.data(), nullptr};
+    std::string program = "gnuplot", plain = "-d", script = "plot.gp";  // without settings of the user
+    char* arguments[] = {program.data(), plain.data(), script.data(), nullptr};
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
@@ -147,7 +132,7 @@ bool runGnuplot(const std::string& folder) {
     }
     int state = 0;
     waitpid(child, &state, 0);
-    if (WIFEXITED(state) && WEXITSTATUS(state) == 0 && files_exists(folder + "/plot.svg")) {
+    if (WIFEXITED(state) && WEXITSTATUS(state) == 0 && files_exists(folder + "/picture")) {
         return true;
     }
     std::ifstream stream(message);
@@ -155,28 +140,50 @@ bool runGnuplot(const std::string& folder) {
     while (std::getline(stream, line)) {
         all += line + '\n';
     }
-    std::fprintf(stderr, "tarnvelde: gnuplot failed\n%s", all.c_str());
+    const std::string signal = WIFSIGNALED(state) ? ": signal " + std::to_string(WTERMSIG(state)) : "";
+    std::fprintf(stderr, "tarnvelde: gnuplot failed%s\n%s", signal.c_str(), all.c_str());
     return false;
 }
 
-int draw(const PlotRequest& request, const std::string& folder) {
-    ResultFile file;
-    result_open(file, request.file);
-    if (file.periods == 0) {
-        throw ResultError(file.name + " holds no report");
+std::string escapeXml(const std::string& text) {
+    std::string escaped;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        escaped += c == '&'   ? "&amp;"
+                   : c == '<' ? "&lt;"
+                   : c == '>' ? "&gt;"
+                              : std::string(1, byte < 32 || byte == 127 ? ' ' : c);
     }
-    std::vector<Line> lines;
-    for (const std::string& object : request.objects) {
-        lines.push_back(readLine(file, object, request.column));
+    return escaped;
+}
+
+/// What a screen reader says of the picture, in place of what gnuplot says of itself.
+std::string nameSvg(std::string svg, const PlotPicture& picture) {
+    std::string title = plotscript_getLabel(picture) + " of ";
+    for (const PlotLine& line : picture.lines) {
+        title += (&line == picture.lines.data() ? "" : ", ") + line.title;
     }
-    Line rain;
-    const bool hasRain = findRain(file, request, rain);
-    bool isWritten = !hasRain || writeSeries(folder + "/rain.dat", rain.series);
-    for (size_t k = 0; k < lines.size(); ++k) {
-        isWritten = isWritten && writeSeries(folder + "/line" + std::to_string(k) + ".dat", lines[k].series);
+    const std::string time = result_formatDate(picture.first) + " to " + result_formatDate(picture.last);
+    const size_t head = svg.find("<svg"), begin = svg.find("<title>"), end = svg.find("</desc>");
+    if (head == std::string::npos || begin == std::string::npos || end == std::string::npos || begin > end) {
+        return svg;
+    }
+    svg.replace(begin, end + std::string("</desc>").size() - begin,
+                "<title id=\"title\">" + escapeXml(title) + "</title>\n<desc id=\"desc\">Lines over the time from " +
+                    time + (picture.hasRain ? ", with the rain hanging from the top" : "") + "</desc>");
+    return svg.insert(head + std::string("<svg").size(), " role=\"img\" aria-labelledby=\"title desc\"");
+}
+
+int draw(const PlotRequest& request, const ResultWindow& window, const std::string& folder) {
+    const PlotPicture picture = readPicture(request, window);
+    bool isWritten = !picture.hasRain || writeSeries(folder + "/rain.dat", picture.rain.series, picture.first);
+    for (size_t k = 0; k < picture.lines.size(); ++k) {
+        isWritten =
+            writeSeries(folder + "/line" + std::to_string(k) + ".dat", picture.lines[k].series, picture.first) &&
+            isWritten;
     }
     std::ofstream script(folder + "/plot.gp", std::ios::binary);
-    script << makeScript(request, lines, hasRain ? &rain : nullptr, file.reportStep);
+    script << plotscript_make(picture);
     script.close();
     if (!isWritten || script.fail()) {
         throw ResultError("cannot write to " + folder);
@@ -184,11 +191,16 @@ int draw(const PlotRequest& request, const std::string& folder) {
     if (!runGnuplot(folder)) {
         return EXIT_ENGINE_ERROR;
     }
-    std::error_code error;
-    std::filesystem::copy_file(folder + "/plot.svg", request.output, std::filesystem::copy_options::overwrite_existing,
-                               error);
-    if (error) {
-        throw ResultError("cannot write " + request.output + ": " + error.message());
+    std::ifstream stream(folder + "/picture", std::ios::binary);
+    std::ostringstream bytes;
+    bytes << stream.rdbuf();
+    if (!picture_isWhole(picture.form, bytes.str())) {
+        throw ResultError("cannot write " + request.output + ": gnuplot couldn't write the picture to " + folder);
+    }
+    const std::string failure =
+        picture_write(request.output, picture.form == PictureForm::SVG ? nameSvg(bytes.str(), picture) : bytes.str());
+    if (!failure.empty()) {
+        throw ResultError(failure);
     }
     return EXIT_DONE;
 }
@@ -196,6 +208,10 @@ int draw(const PlotRequest& request, const std::string& folder) {
 }  // namespace
 
 int plot_execute(const PlotRequest& request) {
+    ResultWindow window;
+    if (!results_readWindow(request.from, request.to, &window)) {
+        return EXIT_WRONG_USAGE;
+    }
     if (files_isSame(request.file, request.output)) {
         std::fprintf(stderr, "tarnvelde: the picture would take the place of the results\n");
         return EXIT_WRONG_USAGE;
@@ -207,9 +223,9 @@ int plot_execute(const PlotRequest& request) {
     }
     int status = EXIT_ENGINE_ERROR;
     try {
-        status = draw(request, folder);
+        status = draw(request, window, folder);
     } catch (const ResultError& error) {
-        std::fprintf(stderr, "tarnvelde: %s\n", error.what());
+        std::fprintf(stderr, "tarnvelde: %s\n", results_makePrintable(error.what()).c_str());
     }
     files_removeFolder(folder);
     return status;

@@ -1,5 +1,5 @@
 #pragma once
-// `tarnvelde plot`: lines of results over time, as an SVG picture.
+// `tarnvelde plot`: lines of results over time, as a picture.
 
 #include <string>
 #include <vector>
@@ -8,7 +8,8 @@ struct PlotRequest {
     std::string file;
     std::vector<std::string> objects;
     std::string column;
-    std::string output;
+    std::string from, to;  ///< dates; empty: from the start on, to the end
+    std::string output;    ///< whose extension is that of a form
 };
 
 /// Gives the exit status.

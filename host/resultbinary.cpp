@@ -205,28 +205,37 @@ void result_openBinary(ResultFile& file) {
     std::erase_if(file.tables, [](const ResultTable& table) { return table.objects.empty(); });
 }
 
-ResultSeries result_readBinarySeries(const ResultFile& file, const ResultChoice& choice) {
-    const ResultTable& table = file.tables[choice.table];
-    const uint64_t offset = 8 + 4 * (table.firstValue + choice.object * table.columns.size() + choice.column);
-    ResultSeries series;
-    std::vector<unsigned char> date(8), value(4);
-    for (int32_t period = 0; period < file.periods; ++period) {
-        readRecord(file, period, 0, date);
-        readRecord(file, period, offset, value);
-        series.dates.push_back(getDate(date.data()));
-        series.values.push_back(static_cast<double>(getFloat(value.data())));
-    }
-    return series;
-}
-
-void result_summarizeBinary(const ResultFile& file, size_t index, std::vector<ResultSummary>& summaries) {
-    const uint64_t offset = 8 + 4 * file.tables[index].firstValue;
-    std::vector<unsigned char> date(8), values(summaries.size() * 4);
-    for (int32_t period = 0; period < file.periods; ++period) {
-        readRecord(file, period, 0, date);
-        readRecord(file, period, offset, values);
-        for (size_t k = 0; k < summaries.size(); ++k) {
-            result_addValue(summaries[k], static_cast<double>(getFloat(values.data() + 4 * k)), getDate(date.data()));
+/// Reads the rows of the next record within the window; false if there is none.
+static bool readRows(ResultRows& rows) {
+    const ResultTable& table = rows.file.tables[rows.table];
+    const size_t first = rows.only == RESULT_ALL ? 0 : rows.only;
+    const size_t count = rows.only == RESULT_ALL ? table.objects.size() : 1;
+    std::vector<unsigned char> date(8);
+    while (rows.period < rows.file.periods) {
+        const int32_t period = rows.period++;
+        readRecord(rows.file, period, 0, date);
+        rows.date = getDate(date.data());
+        if (result_isWithin(rows.window, rows.date)) {
+            rows.bytes.resize(4 * count * table.columns.size());
+            readRecord(rows.file, period, 8 + 4 * (table.firstValue + first * table.columns.size()), rows.bytes);
+            rows.nextRow = 0;
+            return true;
         }
     }
+    return false;
+}
+
+bool result_nextBinaryRow(ResultRows& rows) {
+    const size_t columns = rows.file.tables[rows.table].columns.size();
+    if (rows.nextRow * columns * 4 >= rows.bytes.size() && !readRows(rows)) {
+        return false;
+    }
+    const unsigned char* row = rows.bytes.data() + 4 * rows.nextRow * columns;
+    rows.values.resize(columns);
+    for (size_t k = 0; k < columns; ++k) {
+        rows.values[k] = static_cast<double>(getFloat(row + 4 * k));
+    }
+    rows.object = rows.only == RESULT_ALL ? rows.nextRow : rows.only;
+    ++rows.nextRow;
+    return true;
 }

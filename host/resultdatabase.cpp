@@ -11,17 +11,23 @@
 
 namespace {
 
-/// A prepared query and its end.
+/// A prepared query and, unless it is that of a walk, its end.
 struct Query {
     const ResultFile& file;
     sqlite3_stmt* statement = nullptr;
+    bool isOfWalk = false;
 
     Query(const ResultFile& resultFile, const std::string& sql) : file(resultFile) {
         if (sqlite3_prepare_v2(file.database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
             fail();
         }
     }
-    ~Query() { sqlite3_finalize(statement); }
+    explicit Query(const ResultRows& rows) : file(rows.file), statement(rows.query), isOfWalk(true) {}
+    ~Query() {
+        if (!isOfWalk) {
+            sqlite3_finalize(statement);
+        }
+    }
     Query(const Query&) = delete;
     Query& operator=(const Query&) = delete;
 
@@ -160,43 +166,47 @@ void result_openDatabase(ResultFile& file) {
     }
 }
 
-ResultSeries result_readDatabaseSeries(const ResultFile& file, const ResultChoice& choice) {
-    const ResultTable& table = file.tables[choice.table];
+void result_beginDatabaseRows(ResultRows& rows) {
+    const ResultTable& table = rows.file.tables[rows.table];
     const bool isSystem = table.name == "System";
-    Query query(file, "select Period, " + quoteName(table.columns[choice.column].name) + " from " + table.name +
-                          (isSystem ? "" : " where Name = ?1") + " order by Period");
-    if (!isSystem) {
-        const std::string& name = table.objects[choice.object];
-        sqlite3_bind_text(query.statement, 1, name.c_str(), static_cast<int>(name.size()), SQLITE_TRANSIENT);
+    const bool isOne = rows.only != RESULT_ALL && !isSystem;
+    for (size_t k = 0; k < table.objects.size() && rows.only == RESULT_ALL; ++k) {
+        rows.places.emplace(table.objects[k], k);
     }
-    ResultSeries series;
-    while (query.next()) {
-        series.dates.push_back(getDate(file, query.getInteger(0)));
-        series.values.push_back(query.getNumber(1));
-    }
-    return series;
-}
-
-void result_summarizeDatabase(const ResultFile& file, size_t index, std::vector<ResultSummary>& summaries) {
-    const ResultTable& table = file.tables[index];
-    std::unordered_map<std::string, size_t> places;
-    for (size_t k = 0; k < table.objects.size(); ++k) {
-        places.emplace(table.objects[k], k);
-    }
-    const bool isSystem = table.name == "System";
     std::string sql = std::string("select Period, ") + (isSystem ? "'System'" : "Name");
     for (const ResultColumn& column : table.columns) {
         sql += ", " + quoteName(column.name);
     }
-    Query query(file, sql + " from " + table.name + " order by Period");
+    Query query(rows.file, sql + " from " + table.name + (isOne ? " where Name = ?1" : "") + " order by Period");
+    if (isOne) {
+        const std::string& name = table.objects[rows.only];
+        sqlite3_bind_text(query.statement, 1, name.c_str(), static_cast<int>(name.size()), SQLITE_TRANSIENT);
+    }
+    rows.query = query.statement;
+    query.isOfWalk = true;
+}
+
+bool result_nextDatabaseRow(ResultRows& rows) {
+    Query query(rows);
+    const size_t columns = rows.file.tables[rows.table].columns.size();
     while (query.next()) {
-        const auto place = places.find(query.getText(1));
-        if (place == places.end()) {
+        rows.date = getDate(rows.file, query.getInteger(0));
+        if (!result_isWithin(rows.window, rows.date)) {
             continue;
         }
-        for (size_t k = 0; k < table.columns.size(); ++k) {
-            result_addValue(summaries[place->second * table.columns.size() + k],
-                            query.getNumber(static_cast<int>(k) + 2), getDate(file, query.getInteger(0)));
+        rows.object = rows.only;
+        if (rows.only == RESULT_ALL) {
+            const auto place = rows.places.find(query.getText(1));
+            if (place == rows.places.end()) {
+                continue;
+            }
+            rows.object = place->second;
         }
+        rows.values.resize(columns);
+        for (size_t k = 0; k < columns; ++k) {
+            rows.values[k] = query.getNumber(static_cast<int>(k) + 2);
+        }
+        return true;
     }
+    return false;
 }

@@ -116,16 +116,38 @@ std::vector<ResultChoice> result_findObject(const ResultFile& file, const std::s
     return choices;
 }
 
+size_t result_findColumnOf(const ResultTable& table, const std::string& column) {
+    const std::string other = isSameColumn(column, "Outflow") ? "Outfow" : "Outflow";
+    const bool hasOther = isSameColumn(column, "Outflow") || isSameColumn(column, "Outfow");
+    size_t found = RESULT_NONE;
+    for (size_t k = table.columns.size(); k-- > 0;) {
+        const bool isOther = hasOther && found == RESULT_NONE && isSameColumn(table.columns[k].name, other);
+        found = isSameColumn(table.columns[k].name, column) || isOther ? k : found;
+    }
+    return found;
+}
+
+size_t result_findTable(const ResultFile& file, const std::string& table) {
+    std::string known;
+    for (size_t t = 0; t < file.tables.size(); ++t) {
+        if (isSameName(file.tables[t].name, table)) {
+            return t;
+        }
+        known += (known.empty() ? "" : ", ") + file.tables[t].name;
+    }
+    throw ResultError("no table " + table + " in " + file.name + "; there are " + known);
+}
+
 ResultChoice result_findColumn(const ResultFile& file, const std::string& object, const std::string& column) {
     std::vector<ResultChoice> found;
     std::string known;
     for (const ResultChoice& choice : result_findObject(file, object)) {
-        const std::vector<ResultColumn>& columns = file.tables[choice.table].columns;
-        for (size_t k = 0; k < columns.size(); ++k) {
-            known += (known.empty() ? "" : ", ") + columns[k].name;
-            if (isSameColumn(columns[k].name, column)) {
-                found.push_back({choice.table, choice.object, k});
-            }
+        const ResultTable& table = file.tables[choice.table];
+        for (const ResultColumn& its : table.columns) {
+            known += (known.empty() ? "" : ", ") + its.name;
+        }
+        if (const size_t k = result_findColumnOf(table, column); k != RESULT_NONE) {
+            found.push_back({choice.table, choice.object, k});
         }
     }
     if (found.empty()) {
@@ -165,11 +187,83 @@ void result_open(ResultFile& file, const std::string& name) {
     }
 }
 
-ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choice) {
-    return file.database ? result_readDatabaseSeries(file, choice) : result_readBinarySeries(file, choice);
+ResultRows::ResultRows(const ResultFile& resultFile, size_t itsTable, size_t onlyObject, const ResultWindow& itsWindow)
+    : file(resultFile), table(itsTable), only(onlyObject), window(itsWindow) {
+    if (file.database) {
+        result_beginDatabaseRows(*this);
+    }
 }
 
-void result_addValue(ResultSummary& summary, double value, double date) {
+ResultRows::~ResultRows() {
+    sqlite3_finalize(query);
+}
+
+bool result_nextRow(ResultRows& rows) {
+    return rows.file.database ? result_nextDatabaseRow(rows) : result_nextBinaryRow(rows);
+}
+
+bool result_isWithin(const ResultWindow& window, double date) {
+    const auto second = [](double d) { return std::floor(d * 86400.0 + 0.5); };
+    return second(date) >= second(window.from) && second(date) <= second(window.to);
+}
+
+ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choice, const ResultWindow& window) {
+    ResultSeries series;
+    ResultRows rows(file, choice.table, choice.object, window);
+    while (result_nextRow(rows)) {
+        series.dates.push_back(rows.date);
+        series.values.push_back(rows.values[choice.column]);
+    }
+    return series;
+}
+
+void result_checkWindow(const ResultFile& file, const ResultWindow& window) {
+    if (std::isinf(window.from) && std::isinf(window.to)) {
+        return;
+    }
+    if (ResultRows within(file, 0, 0, window); result_nextRow(within)) {
+        return;
+    }
+    ResultRows rows(file, 0, 0, {});
+    double first = 0.0, last = 0.0;
+    size_t count = 0;
+    for (; result_nextRow(rows); ++count) {
+        first = count == 0 ? rows.date : first;
+        last = rows.date;
+    }
+    throw ResultError("no report of " + file.name + " lies in this time; " +
+                      (count == 0 ? "it holds none"
+                                  : "its " + std::to_string(count) + " reports go from " + result_formatDate(first) +
+                                        " to " + result_formatDate(last)));
+}
+
+// --- summaries -----------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// A summary on its way: what its means are made of.
+struct Sums {
+    double values;
+    double flow;  ///< of the rows that have a concentration as well
+    double load;
+};
+
+/// The column of the flow that carries the concentrations of a table. What stands in a tank or in the layers of a LID
+/// monomer isn't carried by any of theirs.
+size_t findCarrier(const ResultTable& table) {
+    static constexpr const char* CARRIERS[][2] = {
+        {"Subcatchment", "Runoff"}, {"Junction", "TotInflow"}, {"Outfall", "TotInflow"},  {"Splitter", "TotInflow"},
+        {"Reactor", "Outflow"},     {"Pipe", "Outfow"},        {"Connection", "Outflow"}, {"Conduit", "Outflow"},
+        {"Pump", "Flow"},           {"Weir", "Flow"},          {"Orifice", "Flow"}};
+    for (const auto& [name, flow] : CARRIERS) {
+        if (table.name == name) {
+            return result_findColumnOf(table, flow);
+        }
+    }
+    return RESULT_NONE;
+}
+
+void addValue(ResultSummary& summary, Sums& sums, double value, double date) {
     if (!std::isfinite(value)) {
         return;
     }
@@ -178,20 +272,34 @@ void result_addValue(ResultSummary& summary, double value, double date) {
         summary.maximum = value;
         summary.maximumDate = date;
     }
-    summary.mean += value;
+    sums.values += value;
     ++summary.count;
 }
 
-std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table) {
+}  // namespace
+
+std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table, size_t only,
+                                            const ResultWindow& window) {
     const ResultTable& t = file.tables[table];
+    const size_t carrier = findCarrier(t);
     std::vector<ResultSummary> summaries(t.objects.size() * t.columns.size(), ResultSummary{});
-    if (file.database) {
-        result_summarizeDatabase(file, table, summaries);
-    } else {
-        result_summarizeBinary(file, table, summaries);
+    std::vector<Sums> sums(summaries.size(), Sums{});
+    ResultRows rows(file, table, only, window);
+    while (result_nextRow(rows)) {
+        const double flow = carrier == RESULT_NONE ? std::nan("") : rows.values[carrier];
+        for (size_t k = 0; k < t.columns.size(); ++k) {
+            const size_t place = rows.object * t.columns.size() + k;
+            const double value = rows.values[k];
+            addValue(summaries[place], sums[place], value, rows.date);
+            if (t.columns[k].unit == "mg/L" && std::isfinite(flow) && std::isfinite(value)) {
+                sums[place].flow += flow;
+                sums[place].load += flow * value;
+            }
+        }
     }
-    for (ResultSummary& summary : summaries) {
-        summary.mean = summary.count > 0 ? summary.mean / static_cast<double>(summary.count) : 0.0;
+    for (size_t k = 0; k < summaries.size(); ++k) {
+        summaries[k].mean = summaries[k].count > 0 ? sums[k].values / static_cast<double>(summaries[k].count) : 0.0;
+        summaries[k].flowWeightedMean = sums[k].flow > 0.0 ? sums[k].load / sums[k].flow : std::nan("");
     }
     return summaries;
 }

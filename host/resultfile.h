@@ -2,13 +2,16 @@
 // A reader of both kinds of results: the binary file and the database. Whatever a file claims is checked before it is
 // used, so a damaged or foreign one gives a message and nothing else.
 
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 /// What a user is told of a file that can't be read, or of a choice that isn't in it.
 struct ResultError : std::runtime_error {
@@ -52,7 +55,41 @@ struct ResultChoice {
     size_t column;
 };
 
-/// Values of one column over the run, in order of time. What is missing or no number is NaN.
+/// A part of the run, both ends included. Dates are compared to the second, as they are shown.
+struct ResultWindow {
+    double from = -HUGE_VAL;
+    double to = HUGE_VAL;
+};
+
+constexpr size_t RESULT_ALL = SIZE_MAX;   ///< objects of a table
+constexpr size_t RESULT_NONE = SIZE_MAX;  ///< no column
+
+/// A walk through the rows of a table in order of time: those of one object, or those of all in the order of the file.
+struct ResultRows {
+    const ResultFile& file;
+    size_t table;
+    size_t only;  ///< object, or RESULT_ALL
+    ResultWindow window;
+
+    // The row at hand.
+    double date = 0.0;
+    size_t object = 0;
+    std::vector<double> values;  ///< per column. What is missing or no number is NaN
+
+    // Where the walk is.
+    int32_t period = 0;                              ///< binary file: the next record
+    size_t nextRow = 0;                              ///< binary file: of those in `bytes`
+    std::vector<unsigned char> bytes;                ///< binary file: rows of a record
+    sqlite3_stmt* query = nullptr;                   ///< database
+    std::unordered_map<std::string, size_t> places;  ///< database: objects by their names
+
+    ResultRows(const ResultFile& resultFile, size_t itsTable, size_t onlyObject, const ResultWindow& itsWindow);
+    ~ResultRows();
+    ResultRows(const ResultRows&) = delete;
+    ResultRows& operator=(const ResultRows&) = delete;
+};
+
+/// Values of one column in order of time. What is missing or no number is NaN.
 struct ResultSeries {
     std::vector<double> dates;
     std::vector<double> values;
@@ -61,9 +98,10 @@ struct ResultSeries {
 struct ResultSummary {
     uint64_t count;  ///< values that are numbers
     double minimum;
-    double mean;
+    double mean;  ///< over time
     double maximum;
     double maximumDate;
+    double flowWeightedMean;  ///< of a concentration; NaN without a flow that carries it
 };
 
 /// Opens a file of either kind. Throws ResultError.
@@ -76,10 +114,24 @@ std::vector<ResultChoice> result_findObject(const ResultFile& file, const std::s
 /// this name has it, or more than one.
 ResultChoice result_findColumn(const ResultFile& file, const std::string& object, const std::string& column);
 
-ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choice);
+/// A column of a table by its name, in any case and with '-' and '_' taken as one; RESULT_NONE if there is none. The
+/// flow out of a pipe is found as Outflow and as Outfow, which is how files spell it, and so is any other outflow.
+size_t result_findColumnOf(const ResultTable& table, const std::string& column);
 
-/// Summaries of all columns of a table, object by object.
-std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table);
+/// A table by its name, in any case. Throws ResultError for none.
+size_t result_findTable(const ResultFile& file, const std::string& table);
+
+/// Takes the next row of the walk; false at its end. Throws ResultError.
+[[nodiscard]] bool result_nextRow(ResultRows& rows);
+
+ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choice, const ResultWindow& window);
+
+/// Throws ResultError if no report lies in the window.
+void result_checkWindow(const ResultFile& file, const ResultWindow& window);
+
+/// Summaries of all columns of a table, object by object; those of other objects than `only` stay empty.
+std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table, size_t only,
+                                            const ResultWindow& window);
 
 /// "2021-03-01 06:00:00", to the nearest second.
 std::string result_formatDate(double date);
@@ -97,12 +149,10 @@ std::string result_getUnit(const std::string& table, const std::string& column);
 /// A text of the binary file in UTF-8.
 std::string result_toUtf8(const std::string& text);
 
+bool result_isWithin(const ResultWindow& window, double date);
+
 void result_openBinary(ResultFile& file);
 void result_openDatabase(ResultFile& file);
-ResultSeries result_readBinarySeries(const ResultFile& file, const ResultChoice& choice);
-ResultSeries result_readDatabaseSeries(const ResultFile& file, const ResultChoice& choice);
-void result_summarizeBinary(const ResultFile& file, size_t table, std::vector<ResultSummary>& summaries);
-void result_summarizeDatabase(const ResultFile& file, size_t table, std::vector<ResultSummary>& summaries);
-
-/// Takes a value into a summary, whose mean is a sum until all are in.
-void result_addValue(ResultSummary& summary, double value, double date);
+void result_beginDatabaseRows(ResultRows& rows);
+bool result_nextBinaryRow(ResultRows& rows);
+bool result_nextDatabaseRow(ResultRows& rows);

@@ -41,3 +41,7 @@ build/release/tarnvelde run "$out/$name.inp"
 echo
 cat "$out/$name.rpt"
 echo
+if grep -q 'Continuity Error.*nan' "$out/$name.rpt"; then
+    echo
+    echo "A continuity error of nan: nothing came in there, so there is nothing to compare with."
+fi

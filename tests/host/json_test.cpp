@@ -9,77 +9,11 @@
 #include <limits>
 #include <string>
 
+#include "jsontext.h"
 #include "program.h"
 
 using testing::HasSubstr;
 using testing::Not;
-
-namespace {
-
-/// A strict reader of JSON that keeps nothing.
-struct JsonReader {
-    const std::string& text;
-    size_t at = 0;
-
-    void skip() { at = std::min(text.find_first_not_of(" \n", at), text.size()); }
-    bool take(char c) {
-        skip();
-        return at < text.size() && text[at] == c && ++at;
-    }
-    bool readText() {
-        if (!take('"')) {
-            return false;
-        }
-        for (; at < text.size() && text[at] != '"'; ++at) {
-            if (static_cast<unsigned char>(text[at]) < 32) {
-                return false;
-            }
-            at += text[at] == '\\' ? 1 : 0;
-        }
-        return take('"');
-    }
-    bool readWord() {
-        const size_t end = text.find_first_not_of("+-.0123456789eEnul", at);
-        const bool isThere = end != at;
-        at = end;
-        return isThere;
-    }
-    bool readMembers(char close, bool hasNames) {
-        if (take(close)) {
-            return true;
-        }
-        do {
-            if (hasNames && (!readText() || !take(':'))) {
-                return false;
-            }
-            if (!readValue()) {
-                return false;
-            }
-        } while (take(','));
-        return take(close);
-    }
-    bool readValue() {
-        skip();
-        if (at >= text.size()) {
-            return false;
-        }
-        switch (text[at]) {
-            case '{': ++at; return readMembers('}', true);
-            case '[': ++at; return readMembers(']', false);
-            case '"': return readText();
-            default: return readWord();
-        }
-    }
-};
-
-bool isJson(const std::string& text) {
-    JsonReader reader{text};
-    const bool isValue = reader.readValue();
-    reader.skip();
-    return isValue && reader.at == text.size();
-}
-
-}  // namespace
 
 TEST(HostJson, TellsOfARun) {
     TempFolder folder;
@@ -120,6 +54,16 @@ TEST(HostJson, TellsTheContinuityErrors) {
     EXPECT_THAT(result.out, HasSubstr("\"quality\": {\"TSS\": "));
 }
 
+TEST(HostJson, WhereNothingCameInAnErrorIsNull) {
+    TempFolder folder;
+    const std::string project = std::string(GOOD_PROJECT) + "J1 MASS TSS 0.002 \"\" 1\n[POLLUTANTS]\nTSS 0\nZN 0\n";
+    const ProcessResult result = runProgram({"run", folder.write("model.inp", project), "--json"});
+    EXPECT_TRUE(isJson(result.out)) << result.out;
+    EXPECT_THAT(result.out, HasSubstr("\"washoff\": {\"TSS\": null, \"ZN\": null}"));
+    EXPECT_THAT(result.out, Not(HasSubstr("nan")));
+    EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("nan")) << "the report is as it was";
+}
+
 TEST(HostJson, TellsOfARunThatStopped) {
     TempFolder folder;
     const std::string model = folder.write("model.inp", GOOD_PROJECT);
@@ -143,7 +87,8 @@ TEST(HostJson, TellsOfErrorsWithTheirPlaces) {
         EXPECT_THAT(
             result.out,
             HasSubstr("{\"level\": \"error\", \"code\": 209, \"text\": \"undefined object NOWHERE\", \"section\": "
-                      "\"[PIPES]\", \"line\": 6, \"words\": \"P1 J1 NOWHERE NO 300 1 0.2 0\", \"column\": 7, \"length\": 7, \"object\": "
+                      "\"[PIPES]\", \"line\": 6, \"words\": \"P1 J1 NOWHERE NO 300 1 0.2 0\", \"column\": 7, "
+                      "\"length\": 7, \"object\": "
                       "\"NOWHERE\"}"));
         EXPECT_THAT(result.err, HasSubstr("ERROR 209: "));
     }

@@ -16,6 +16,7 @@
 
 using testing::EndsWith;
 using testing::HasSubstr;
+using testing::Not;
 
 /// What `tarnvelde run MODEL OPTION` writes on a terminal that is one of its standard streams.
 static std::string runOnTerminal(const std::string& model, const char* option, int stream = STDERR_FILENO) {

@@ -6,89 +6,12 @@
 #include <cstring>
 #include <limits>
 
-#include "host/program.h"
-#include "support/child.h"
-#include "support/tempfolder.h"
+#include "host/resultsfixture.h"
 
 using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-
-namespace {
-
-/// Steps of a minute with a sample each; C1 delays 0.5 m3/s with 4 mg/L by two minutes.
-constexpr const char* MODEL =
-    "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 0:04:30\nROUTING_STEP 0:01:00\n"
-    "REPORT_STEP 0:01:00\nREPORT_AVERAGE NO\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO'1\n[CONNECTIONS]\nC1 J1 O'1 NO 120\n"
-    "J1 J1 O'1 NO 0\n[POLLUTANTS]\nNH4-N 0\n[INFLOWS]\nJ1 FLOW FLOW 0.5 \"\" 1\nJ1 MASS NH4-N 0.002 \"\" 1\n";
-
-template <class Number>
-std::string getBytes(Number number) {
-    std::string bytes(sizeof number, '\0');
-    std::memcpy(bytes.data(), &number, sizeof number);
-    return bytes;
-}
-
-constexpr float NOT_A_NUMBER = std::numeric_limits<float>::quiet_NaN();
-
-/// The model without the second link, run into both kinds of file.
-struct Results : testing::Test {
-    TempFolder folder;
-    std::string model, binary, database;
-
-    void SetUp() override {
-        std::string text = MODEL;
-        text.erase(text.find("J1 J1 O'1"), std::string("J1 J1 O'1 NO 0\n").size());
-        text.replace(text.find("O'1"), 3, "O_1");
-        text.replace(text.find("O'1"), 3, "O_1");
-        model = folder.write("model.inp", text);
-        binary = folder.file("model.bin");
-        database = folder.file("model.db");
-        ASSERT_EQ(runProgram({"run", model, "--quiet"}).status, 0);
-        ASSERT_EQ(runProgram({"run", model, "--quiet", "--database"}).status, 0);
-    }
-
-    /// Another run of the model, with one text of it replaced, into the same database. It dies on the way.
-    void killDatabaseRun(const std::string& text, const std::string& replacement) const {
-        std::string changed = readFile(model);
-        changed.replace(changed.find(text), text.size(), replacement);
-        folder.write("model.inp", changed);
-        // Once the file grows, the run writes over it, which it may only do with a journal on the disk.
-        const std::string script =
-            "\"$0\" run \"$1\" --database --quiet & run=$!\n"
-            "while [ $(stat -c %s \"$2\") -le $3 ]; do kill -0 $run || exit 1; sleep 0.02; done\n"
-            "kill -KILL $run\nwait $run\n";
-        const std::string length = std::to_string(std::filesystem::file_size(database));
-        const ProcessResult result =
-            process_run({"timeout", "60", "sh", "-c", script, TARNVELDE_PROGRAM, model, database, length});
-        ASSERT_EQ(result.status, 128 + SIGKILL) << result.err;
-        ASSERT_TRUE(std::filesystem::exists(database + "-journal"));
-    }
-
-    /// The binary file with `bytes` in place of those at `place`.
-    std::string patch(size_t place, const std::string& bytes) const {
-        std::string patched = readFile(binary);
-        patched.replace(place, bytes.size(), bytes);
-        return folder.write("patched.bin", patched);
-    }
-
-    /// Place of C1's outflow in the binary file. Each of the four records ahead of the closing block of 28 bytes is a
-    /// date of 8 bytes and values of 4: 12 of the system, three each of J1, O_1 and C1, whose second one it is.
-    size_t getOutflowPlace(size_t report) const {
-        constexpr size_t RECORD = 8 + 4 * (12 + 3 * 3);
-        return readFile(binary).size() - 28 - (4 - report) * RECORD + 8 + 4 * (12 + 3 + 3 + 1);
-    }
-
-    static void expectFailure(const std::vector<std::string>& arguments, const std::string& message) {
-        const ProcessResult result = runProgram(arguments);
-        EXPECT_EQ(result.status, 1);
-        EXPECT_EQ(result.out, "");
-        EXPECT_THAT(result.err, HasSubstr(message));
-    }
-};
-
-}  // namespace
 
 TEST_F(Results, ListNamesTablesColumnsAndObjects) {
     for (const std::string& file : {binary, database}) {
@@ -138,9 +61,10 @@ TEST_F(Results, SummaryTellsMinimumMeanMaximumAndItsTime) {
     for (const std::string& file : {binary, database}) {
         const ProcessResult result = runProgram({"results", file, "--summary", "--csv"});
         EXPECT_EQ(result.status, 0);
-        EXPECT_THAT(result.out, StartsWith("Table,Object,Column,Minimum,Mean,Maximum,Time of maximum\n"));
-        EXPECT_THAT(result.out, HasSubstr("\nConnection,C1,Outflow (m3/s),0,0.25,0.5,2021-03-01 00:03:00\n"));
-        EXPECT_THAT(result.out, HasSubstr("\nSystem,System,TotInflow (m3/s),0.5,0.75,1,2021-03-01 00:03:00\n"));
+        EXPECT_THAT(result.out, StartsWith("Table,Object,Column,Minimum,Mean over time,Maximum,Time of maximum,"
+                                           "Flow-weighted mean\n"));
+        EXPECT_THAT(result.out, HasSubstr("\nConnection,C1,Outflow (m3/s),0,0.25,0.5,2021-03-01 00:03:00,\n"));
+        EXPECT_THAT(result.out, HasSubstr("\nSystem,System,TotInflow (m3/s),0.5,0.75,1,2021-03-01 00:03:00,\n"));
     }
 }
 
@@ -166,7 +90,7 @@ TEST_F(Results, AnApostropheIsAskedForAsTheFileHasIt) {
     EXPECT_THAT(ask("named.db", "J'1").out, StartsWith(series));
     EXPECT_EQ(ask("named.db", "J''1").status, 1);
     EXPECT_THAT(runProgram({"results", folder.file("named.db"), "--summary", "--csv"}).out,
-                HasSubstr("\nJunction,J'1,LatInflow (m3/s),0.5,0.5,0.5,2021-03-01 00:01:00\n"));
+                HasSubstr("\nJunction,J'1,LatInflow (m3/s),0.5,0.5,0.5,2021-03-01 00:01:00,\n"));
 }
 
 TEST_F(Results, AValueThatIsNoNumberIsAnEmptyFieldAndNull) {
@@ -182,7 +106,7 @@ TEST_F(Results, AValueThatIsNoNumberIsAnEmptyFieldAndNull) {
         // Of 0, 0 and 0.5 the mean is a sixth, in as many digits as a single-precision number needs; the last is the
         // highest.
         EXPECT_THAT(runProgram({"results", file, "--summary", "--csv"}).out,
-                    HasSubstr("\nConnection,C1,Outflow (m3/s),0,0.16666667,0.5,2021-03-01 00:04:00\n"))
+                    HasSubstr("\nConnection,C1,Outflow (m3/s),0,0.16666667,0.5,2021-03-01 00:04:00,\n"))
             << file;
     }
 }
@@ -195,8 +119,8 @@ TEST_F(Results, AColumnWithoutNumbersIsSummedUpAsDashes) {
     ASSERT_EQ(process_run({"sqlite3", database, "update Connection set Outflow = null"}).status, 0);
     for (const std::string& file : {folder.write("patched.bin", patched), database}) {
         const ProcessResult csv = runProgram({"results", file, "--summary", "--csv"});
-        EXPECT_THAT(csv.out, HasSubstr("\nConnection,C1,Outflow (m3/s),-,-,-,-\n")) << file;
-        EXPECT_THAT(csv.out, HasSubstr("\nConnection,C1,Inflow (m3/s),0.5,0.5,0.5,2021-03-01 00:01:00\n")) << file;
+        EXPECT_THAT(csv.out, HasSubstr("\nConnection,C1,Outflow (m3/s),-,-,-,-,\n")) << file;
+        EXPECT_THAT(csv.out, HasSubstr("\nConnection,C1,Inflow (m3/s),0.5,0.5,0.5,2021-03-01 00:01:00,\n")) << file;
         EXPECT_THAT(runProgram({"results", file, "--summary"}).out,
                     ContainsRegex("\nConnection +C1 +Outflow \\(m3/s\\) +- +- +-  -\n"))
             << file;
@@ -327,137 +251,20 @@ TEST_F(Results, AKilledRunThatCannotBeTakenBackIsTold) {
     EXPECT_THAT(result.out, HasSubstr(": 4 reports of 60 s from 2021-03-01 00:00:00 on\n")) << result.err;
 }
 
-TEST_F(Results, APlotIsAPicture) {
-    for (const std::string& file : {binary, database}) {
-        const std::string picture = folder.file("it's.svg");
-        const ProcessResult result =
-            runProgram({"plot", file, "--object", "J1", "--object", "O_1", "--column", "TotInflow", "-o", picture});
-        ASSERT_EQ(result.status, 0) << result.err;
-        const std::string svg = readFile(picture);
-        EXPECT_THAT(svg, HasSubstr("<svg"));
-        EXPECT_THAT(svg, HasSubstr("TotInflow (m3/s)"));
-        EXPECT_THAT(svg, HasSubstr(">J1<"));
-        EXPECT_THAT(svg, HasSubstr(">O_1<"));
-        EXPECT_THAT(svg, HasSubstr("2021-03-01"));
-        std::filesystem::remove(picture);
-    }
-}
-
-TEST_F(Results, APlotShowsItsDatesWhole) {
-    const std::string picture = folder.file("out.svg");
-    ASSERT_EQ(runProgram({"plot", binary, "--object", "J1", "--column", "TotInflow", "-o", picture}).status, 0);
-    const std::string svg = readFile(picture);
-    constexpr double WIDTH = 960.0, HALF_DATE = 35.0;  // of ten figures 12 units high
-    int dates = 0;
-    for (size_t at = svg.find("text-anchor=\"middle\""); at != std::string::npos;
-         at = svg.find("text-anchor", at + 1)) {
-        static const std::string PLACE = "translate(";
-        const double x = std::stod(svg.substr(svg.rfind(PLACE, at) + PLACE.size()));
-        const bool isDate = svg.substr(at, svg.find("</text>", at) - at).find("2021-03-01") != std::string::npos;
-        if (isDate) {
-            EXPECT_GE(x, HALF_DATE);
-            EXPECT_LE(x, WIDTH - HALF_DATE);
-            ++dates;
-        }
-    }
-    EXPECT_GT(dates, 1);
-}
-
-/// Upper and lower edge of a bar, in the units of the picture from its top on.
-struct Bar {
-    double top;
-    double bottom;
-};
-
-/// The bars of rain in a picture, without the sample of one in the legend, which comes first.
-static std::vector<Bar> readBars(const std::string& svg) {
-    static const std::string POINTS = "points = '";
-    std::vector<Bar> bars;
-    const size_t begin = svg.find("<title>Rainfall");
-    for (size_t at = svg.find("<polygon", begin); at != std::string::npos; at = svg.find("<polygon", at + 1)) {
-        const size_t first = svg.find(POINTS, at) + POINTS.size();
-        std::istringstream points(svg.substr(first, svg.find('\'', first) - first));
-        Bar bar{HUGE_VAL, 0.0};
-        double x, y;
-        char comma;
-        while (points >> x >> comma >> y) {
-            bar.top = std::min(bar.top, y);
-            bar.bottom = std::max(bar.bottom, y);
-        }
-        bars.push_back(bar);
-    }
-    if (!bars.empty()) {
-        bars.erase(bars.begin());
-    }
-    return bars;
-}
-
-TEST_F(Results, RainHangsFromTheTopOfASubcatchment) {
-    const std::string text =
-        "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 1:30\nROUTING_STEP 0:01:00\n"
-        "REPORT_STEP 0:05:00\n[RAINGAGES]\nG1 INTENSITY 0:10 R1\n[SUBCATCHS]\nS1 G1 J1 5 50 200 0.5 0.015 0.1 1 3 50 5 "
-        "4 7 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 J1 O1 NO 60\n[TIMESERIES]\nR1 2021/03/01 0:10 5 "
-        "0:20 "
-        "20 0:30 0\n";
-    ASSERT_EQ(runProgram({"run", folder.write("rain.inp", text), "--quiet"}).status, 0);
-    const std::string picture = folder.file("rain.svg");
-    ASSERT_EQ(
-        runProgram({"plot", folder.file("rain.bin"), "--object", "S1", "--column", "Runoff", "-o", picture}).status, 0);
-    EXPECT_THAT(readFile(picture), HasSubstr("Rainfall (mm/h)"));
-    // Two bars of 5 and two of 20 mm/h. Downward is positive in the picture.
-    const std::vector<Bar> bars = readBars(readFile(picture));
-    ASSERT_EQ(bars.size(), 4u);
-    for (const Bar& bar : bars) {
-        EXPECT_DOUBLE_EQ(bar.top, bars[0].top) << "the bars don't hang from one line";
-    }
-    EXPECT_NEAR(bars[1].bottom - bars[1].top, bars[0].bottom - bars[0].top, 0.05);
-    EXPECT_NEAR(bars[2].bottom - bars[2].top, 4.0 * (bars[0].bottom - bars[0].top), 0.1);
-    EXPECT_NEAR(bars[3].bottom - bars[3].top, 4.0 * (bars[0].bottom - bars[0].top), 0.1);
-    ASSERT_EQ(
-        runProgram({"plot", folder.file("rain.bin"), "--object", "J1", "--column", "TotInflow", "-o", picture}).status,
-        0);
-    EXPECT_THAT(readFile(picture), Not(HasSubstr("Rainfall")));
-}
-
-TEST_F(Results, APlotThatCannotBeDrawnSaysWhy) {
-    const std::string picture = folder.file("out.svg");
-    expectFailure({"plot", binary, "--object", "X9", "--column", "Flow", "-o", picture}, "no object X9");
-    expectFailure({"plot", binary, "--object", "J1", "--column", "TotInflow", "-o", folder.file("none/out.svg")},
-                  "cannot write");
-    EXPECT_EQ(runProgram({"plot", binary, "--object", "J1", "--column", "TotInflow", "-o", binary}).status, 2);
-    EXPECT_FALSE(std::filesystem::exists(picture));
-}
-
-TEST_F(Results, APlotWithoutGnuplotNamesItsPackage) {
-    const std::string picture = folder.file("out.svg");
-    const ProcessResult result =
-        process_run({"env", "PATH=" + folder.file("nowhere"), "TMPDIR=" + folder.path.string(), TARNVELDE_PROGRAM,
-                     "plot", binary, "--object", "J1", "--column", "TotInflow", "-o", picture});
-    EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.err, HasSubstr("gnuplot-nox"));
-    EXPECT_EQ(countFiles(folder.path), 4u);  // model, report and results, but neither a picture nor what it is made of
-}
-
-TEST_F(Results, APlotOfNoReportSaysSo) {
-    std::string text = readFile(model);
-    text.replace(text.find("REPORT_STEP 0:01:00"), std::string("REPORT_STEP 0:01:00").size(), "REPORT_STEP 1:00:00");
-    const std::string brief = folder.write("brief.inp", text);
-    ASSERT_EQ(runProgram({"run", brief, "--quiet"}).status, 0);
-    ASSERT_EQ(runProgram({"run", brief, "--quiet", "--database"}).status, 0);
-    for (const std::string& file : {folder.file("brief.bin"), folder.file("brief.db")}) {
-        EXPECT_THAT(runProgram({"results", file}).out, HasSubstr(": 0 reports of 3600 s ")) << file;
-        expectFailure({"plot", file, "--object", "J1", "--column", "TotInflow", "-o", folder.file("out.svg")},
-                      "holds no report");
-    }
-}
-
 TEST(ResultsUsage, WrongUsageGivesTwo) {
-    for (const std::vector<std::string>& arguments : {std::vector<std::string>{"results"},
-                                                      {"results", "a.bin", "--column", "Flow"},
-                                                      {"results", "a.bin", "--object", "P1", "--csv", "--json"},
-                                                      {"results", "a.bin", "--json"},
-                                                      {"plot", "a.bin"},
-                                                      {"plot", "a.bin", "--object", "P1", "--column", "Flow"}}) {
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"results"},
+          {"results", "a.bin", "--column"},
+          {"results", "a.bin", "--column", ""},
+          {"results", "a.bin", "--table", ""},
+          {"results", "a.bin", "--object", "P1", "--csv", "--json"},
+          {"results", "a.bin", "--summary", "--csv", "--json"},
+          {"results", "a.bin", "--summary", "--from", "yesterday"},
+          {"results", "a.bin", "--from", "2021/03/01"},
+          {"results", "a.bin", "--to", "2021/03/01"},
+          {"results", "a.bin", "--summary", "--from", "2021/03/02", "--to", "2021/03/01 23:59:59"},
+          {"plot", "a.bin"},
+          {"plot", "a.bin", "--object", "P1", "--column", "Flow"}}) {
         const ProcessResult result = runProgram(arguments);
         EXPECT_EQ(result.status, 2);
         EXPECT_NE(result.err, "");

@@ -53,3 +53,41 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"run", "a.inp", "--engines", "no-such-folder"},
                     std::vector<std::string>{"run", "a.inp", "--save-state", ""},
                     std::vector<std::string>{"run", "a.inp", "--load-state", "s", "--hot-start", "s"}));
+
+TEST(HostUsage, AnUnknownCommandNamesThoseThereAre) {
+    const ProcessResult result = runProgram({"foo"});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.out, "");
+    EXPECT_THAT(result.err, HasSubstr("tarnvelde: there is no command foo\nCommands: run, check, explain, results, plot\n"));
+}
+
+TEST(HostUsage, ASlipOfTheFingerIsUnderstood) {
+    for (const auto& [typed, meant] : {std::pair{"rnu", "run"},
+                                       {"Run", "run"},
+                                       {"chek", "check"},
+                                       {"result", "results"},
+                                       {"resluts", "results"},
+                                       {"res", "results"},
+                                       {"plott", "plot"}}) {
+        const ProcessResult result = runProgram({typed, "a.inp", "--help"});
+        EXPECT_EQ(result.status, 2);
+        EXPECT_THAT(result.err, HasSubstr(std::string("no command ") + typed + "; did you mean " + meant + "?\n"));
+    }
+    for (const char* typed : {"summary", "go", "x", "", "walk"}) {
+        EXPECT_THAT(runProgram({typed}).err, testing::Not(HasSubstr("did you mean"))) << typed;
+    }
+}
+
+TEST(HostUsage, AProjectInPlaceOfACommandIsUnderstood) {
+    EXPECT_THAT(runProgram({"town.inp"}).err, HasSubstr("; to run a project: tarnvelde run town.inp\n"));
+}
+
+TEST(HostUsage, HelpOfResultsAndPlotNamesTheirOptions) {
+    for (const char* command : {"results", "plot"}) {
+        const ProcessResult result = runProgram({command, "--help"});
+        EXPECT_EQ(result.status, 0);
+        for (const char* option : {"--object", "--column", "--from", "--to"}) {
+            EXPECT_THAT(result.out, HasSubstr(option));
+        }
+    }
+}

@@ -3,8 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "host/program.h"
-#include "host/runningprogram.h"
+#include "jsontext.h"
+#include "program.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;
