@@ -88,7 +88,9 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
                                           "Begin with the water of a state of this network, at the project's start");
     hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
     addCommonOptions(command, request.engines, request.isJson, request.isStrict);
-    command.add_flag("--balances", request.hasBalances, "The balance of each place in the JSON");
+    command.add_flag(
+        "--balances", request.hasBalances,
+        "Keep the loads of each place: the verdict names those that lose some, and the JSON has all balances");
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output, nor about balances that are green");
 }
 

@@ -109,12 +109,21 @@ static std::string formatVerdict(const HostVerdict& verdict) {
     return json + ", \"causes\": [" + causes + "]}";
 }
 
+/// The members of a balance, behind others.
+static std::string formatBalance(const tv_balance& balance) {
+    return formatNumber("initial", balance.initial) + formatNumber("in", balance.in) +
+           formatNumber("out", balance.out) + formatNumber("lost", balance.lost) +
+           formatNumber("stored", balance.stored) + formatNumber("missing", balance.missing) +
+           formatNumber("error", balance.error);
+}
+
 static std::string formatPlaceBalance(const HostBalance& place) {
-    const tv_balance& water = place.water;
-    return "{\"kind\": " + json_quote(place.kind) + formatText("id", place.id) +
-           formatNumber("initial", water.initial) + formatNumber("in", water.in) + formatNumber("out", water.out) +
-           formatNumber("lost", water.lost) + formatNumber("stored", water.stored) +
-           formatNumber("missing", water.missing) + formatNumber("error", water.error) + '}';
+    std::string json = "{\"kind\": " + json_quote(place.kind) + formatText("id", place.id) + formatBalance(place.water);
+    for (const auto& [pollutant, load] : place.loads) {
+        json += (&load == &place.loads.front().second ? ", \"pollutants\": [{\"id\": " : "}, {\"id\": ") +
+                json_quote(pollutant) + formatBalance(load);
+    }
+    return json + (place.loads.empty() ? "}" : "}]}");
 }
 
 /// An array with an element in each line.

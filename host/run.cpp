@@ -171,7 +171,7 @@ void lookAtRun(Run& run) {
     if (run.outcome.code == TV_OK) {
         run.outcome.verdicts = verdict_read(run.model.get());
     }
-    if (run.request.hasBalances && run.outcome.code == TV_OK) {
+    if (run.request.hasBalances && run.request.isJson && run.outcome.code == TV_OK) {
         run.outcome.places = verdict_readBalances(run.model.get());
     }
 }
@@ -221,6 +221,9 @@ void start(Run& run) {
             refuse(run, TV_ERROR_FILE, "cannot open the state " + state);
             return;
         }
+    }
+    if (run.request.hasBalances) {
+        note(run, tv_keepLoads(model, 1));
     }
     note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
     if (run.outcome.code == TV_OK) {

@@ -18,7 +18,7 @@ struct RunRequest {
     bool isQuiet;
     bool isJson;
     bool isStrict;     ///< warnings, and a red balance, make the exit status EXIT_DOUBT
-    bool hasBalances;  ///< the JSON has the balance of each place
+    bool hasBalances;  ///< loads are kept by place; the JSON has the balance of each
 };
 
 /// Runs the simulation; the exit status.

@@ -74,6 +74,20 @@ std::vector<HostVerdict> verdict_read(tv_model* model) {
     return verdicts;
 }
 
+static std::vector<std::pair<std::string, tv_balance>> readLoads(const tv_model* model, int32_t objectClass,
+                                                                 int32_t index) {
+    std::vector<std::pair<std::string, tv_balance>> loads;
+    int32_t count = 0;
+    tv_getCount(model, TV_POLLUTANT, &count);
+    for (int32_t p = 0; p < count; ++p) {
+        tv_balance load{};
+        if (tv_getBalance(model, objectClass, index, p, &load) == TV_OK) {
+            loads.emplace_back(getId(model, TV_POLLUTANT, p), load);
+        }
+    }
+    return loads;
+}
+
 std::vector<HostBalance> verdict_readBalances(const tv_model* model) {
     std::vector<HostBalance> balances;
     for (const int32_t objectClass : {TV_SUBCATCHMENT, TV_LID_UNIT, TV_NODE, TV_LINK}) {
@@ -82,7 +96,8 @@ std::vector<HostBalance> verdict_readBalances(const tv_model* model) {
         for (int32_t k = 0; k < count; ++k) {
             tv_balance water{};
             if (tv_getBalance(model, objectClass, k, TV_NO_POLLUTANT, &water) == TV_OK) {
-                balances.push_back({getKindName(objectClass), getName(model, objectClass, k), water});
+                balances.push_back({getKindName(objectClass), getName(model, objectClass, k), water,
+                                    readLoads(model, objectClass, k)});
             }
         }
     }
@@ -146,7 +161,8 @@ static std::string formatCauses(const HostVerdict& verdict) {
         const HostPlace& place = verdict.causes[k];
         text += (k == 0 ? ", most at " : ", ") + place.kind + ' ' + place.id + ' ' + formatAmount(place.missing, unit);
     }
-    return text;
+    const bool isHidden = verdict.part == "quality" && verdict.causes.empty() && verdict.grade > TV_GRADE_GREEN;
+    return text + (isHidden ? "; --balances names the places" : "");
 }
 
 static void showLine(const std::string& line) {

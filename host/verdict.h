@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tarnvelde_model.h"
@@ -11,7 +12,7 @@
 struct HostPlace {
     std::string kind;  ///< "subcatchment", "LID unit", "node" or "link"
     std::string id;
-    double missing;  ///< m3
+    double missing;  ///< m3 or kg
     double share;    ///< 0 ... 1
 };
 
@@ -30,6 +31,7 @@ struct HostBalance {
     std::string kind;
     std::string id;
     tv_balance water;
+    std::vector<std::pair<std::string, tv_balance>> loads;  ///< by ID of the pollutant, those that are kept
 };
 
 /// Of a run that is started or finished, as of now.

@@ -278,14 +278,14 @@ typedef struct tv_verdict {
     double error;       /* %, as the report has it; 0 if nothing came in */
     int32_t grade;      /* tv_grade */
     const char* words;  /* the grade in words */
-    int32_t causeCount; /* places that make it; of water alone, the ten largest */
+    int32_t causeCount; /* places that make it, the ten largest; of pollutants only where loads are kept */
 } tv_verdict;
 
 /* A place that makes a part of an error. */
 typedef struct tv_cause {
     int32_t objectClass; /* TV_SUBCATCHMENT, TV_NODE or TV_LINK */
     int32_t index;
-    double missing; /* m3 */
+    double missing; /* m3 or kg */
     double share;   /* 0 ... 1 of what all places miss, whatever its sign */
 } tv_cause;
 
@@ -430,8 +430,13 @@ TV_API int32_t tv_releaseValue(tv_model* model, int32_t variable, int32_t index,
  * TV_ERROR_INDEX.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/* Water of a subcatchment, a LID unit, a node or a link; or a pollutant of a subcatchment or a LID unit, TV_ERROR_KIND
- * of the others, whose loads nobody keeps. Behind a hot start balances begin with what is there then. */
+/* Whether the loads of nodes and links are kept by pollutant, from the next start on; not at first, since it makes
+ * steps slower. TV_ERROR_NOT_OPEN, TV_ERROR_STARTED. */
+TV_API int32_t tv_keepLoads(tv_model* model, int32_t isKept);
+
+/* Water of a subcatchment, a LID unit, a node or a link; or a pollutant, TV_ERROR_KIND of nodes and links whose loads
+ * aren't kept. Behind a hot start balances begin with what is there then; loads of nodes and links do so behind a
+ * restored state as well. */
 TV_API int32_t tv_getBalance(const tv_model* model, int32_t objectClass, int32_t index, int32_t pollutant,
                              tv_balance* balance);
 

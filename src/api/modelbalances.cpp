@@ -2,6 +2,7 @@
 
 #include "api/modelhandle.h"
 #include "api/modelobjects.h"
+#include "routing/loadbook.h"
 #include "routing/placebalances.h"
 #include "text/units.h"
 
@@ -37,10 +38,17 @@ static int32_t getLoad(const Model& model, int32_t objectClass, int32_t index, i
         case TV_SUBCATCHMENT:
             return placebalances_getSubcatchLoad(model, index, pollutant, balance) ? TV_OK : TV_ERROR_KIND;
         case TV_LID_UNIT: return placebalances_getUnitLoad(model, index, pollutant, balance) ? TV_OK : TV_ERROR_KIND;
-        case TV_NODE:
-        case TV_LINK: return TV_ERROR_KIND;
+        case TV_NODE: return placebalances_getNodeLoad(model, index, pollutant, balance) ? TV_OK : TV_ERROR_KIND;
+        case TV_LINK: return placebalances_getLinkLoad(model, index, pollutant, balance) ? TV_OK : TV_ERROR_KIND;
         default: return TV_ERROR_CLASS;
     }
+}
+
+int32_t tv_keepLoads(tv_model* handle, int32_t isKept) {
+    return modelhandle_look(handle, NEED_IDLE, [&]() -> int32_t {
+        handle->model->loadBook->isWanted = isKept != 0;
+        return TV_OK;
+    });
 }
 
 int32_t tv_getBalance(const tv_model* handle, int32_t objectClass, int32_t index, int32_t pollutant,

@@ -51,9 +51,9 @@ struct WarningLog {
     std::vector<LinePlace> places[OBJECT_TYPE_COUNT];
     std::vector<int64_t> counts;        ///< by WarningIndex
     std::unordered_set<uint64_t> told;  ///< kinds of warning with the object of the run that they were told of
-    bool isRunReviewed = false;   ///< the balances of the run were told of
-    bool isNumberTold = false;    ///< so was a value that is no number
-    TextFile* source = nullptr;  ///< the project file, open from the opening to the close
+    bool isRunReviewed = false;         ///< the balances of the run were told of
+    bool isNumberTold = false;          ///< so was a value that is no number
+    TextFile* source = nullptr;         ///< the project file, open from the opening to the close
 };
 
 /// What a host hears of a model. It outlives the project, and stays where it is while the messages grow.

@@ -35,6 +35,7 @@ struct Lid;
 struct LidGroup;
 struct LidMono;
 struct LidUnit;
+struct LoadBook;
 struct MessageLog;
 struct Orifice;
 struct Outfall;
@@ -145,6 +146,7 @@ struct Model {
     int32_t floodingPipeCount{};                      ///< pipes whose newFlood isn't 0
     bool hasEndlessQuality{};                         ///< some concentration in a pipe of the run was no finite number
     RoomState<ActionList> actionList;
+    RoomState<LoadBook> loadBook;
 
     // --- results and totals
 

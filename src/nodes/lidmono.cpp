@@ -130,6 +130,11 @@ static void mixOutflow(const Model& model, Node& node, const LidUnit& unit) {
     }
 }
 
+/// Whether the load of the drain goes along with its water.
+static bool passesDrainLoad(const Model& model, const LidUnit& unit) {
+    return unit.area * model.lids[unit.lid].storageVoid * unit.storageLevel != 0.0;
+}
+
 /// Hands the drain to its node. The load goes along only while the storage still holds water after the step: the last
 /// of it, and all of controls without a storage, loses its pollutants here.
 static void passDrain(Model& model, const LidUnit& unit) {
@@ -138,8 +143,7 @@ static void passDrain(Model& model, const LidUnit& unit) {
     }
     Node& target = model.nodes[unit.drainNode];
     target.newLatFlow += unit.thisDrainFlow;
-    const Lid& lid = model.lids[unit.lid];
-    if (unit.area * lid.storageVoid * unit.storageLevel != 0.0) {
+    if (passesDrainLoad(model, unit)) {
         for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
             target.massInflow[p] += unit.thisDrainLoad[p];
         }
@@ -211,4 +215,9 @@ Balance lidmono_getBalance(const Model& model, const Node& node) {
     balance.out = mono.statOutflowVolume + (unit.drainNode == -1 ? 0.0 : unit.area * unit.drainDepth);
     balance.initial = 0.0;
     return balance;
+}
+
+double lidmono_getPassedDrainLoad(const Model& model, const LidMono& mono, int32_t pollutant) {
+    const LidUnit& unit = mono.unit;
+    return unit.drainNode != -1 && passesDrainLoad(model, unit) ? unit.thisDrainLoad[pollutant] : 0.0;
 }

@@ -46,5 +46,8 @@ void lidmono_step(Model& model, int32_t node);
 /// Water of a node as the results of the whole system count it, m3.
 [[nodiscard]] double lidmono_getVolume(const Model& model, int32_t kindIndex);
 
+/// One pollutant that the drain gave to its node in this step, kg/s; 0 without such a node.
+[[nodiscard]] double lidmono_getPassedDrainLoad(const Model& model, const LidMono& mono, int32_t pollutant);
+
 /// Water over the run, m3. What passed around the unit counts on both sides.
 [[nodiscard]] Balance lidmono_getBalance(const Model& model, const Node& node);

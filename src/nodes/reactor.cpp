@@ -537,3 +537,8 @@ Balance reactor_getBalance(const Model& model, const Node& node) {
             reactor.statEvap + reactor.statInfil,
             reactor.storedVolume + reactor.statDelayed + getQueued(model, reactor.flowQueue)};
 }
+
+double reactor_getStoredLoad(const Model& model, const Reactor& reactor, int32_t pollutant) {
+    const double stored = reactor.qual ? reactor.storedVolume * reactor.qual[pollutant] / G_PER_KG : 0.0;
+    return stored + (reactor.loadQueue ? getQueued(model, reactor.loadQueue[pollutant]) : 0.0);
+}

@@ -93,5 +93,8 @@ void reactor_openStatistics(Model& model);
 void reactor_countStep(Reactor& reactor, double dt);
 void reactor_clearStatistics(Model& model);
 
+/// One pollutant in the store, and on its way through a plug flow, kg.
+[[nodiscard]] double reactor_getStoredLoad(const Model& model, const Reactor& reactor, int32_t pollutant);
+
 /// Water over the run, m3, but for what it held at the start.
 [[nodiscard]] Balance reactor_getBalance(const Model& model, const Node& node);

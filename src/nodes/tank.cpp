@@ -315,3 +315,7 @@ Balance tank_getBalance(const Model& model, int32_t index) {
     }
     return balance;
 }
+
+double tank_getStoredLoad(const Model& model, const Tank& tank, int32_t pollutant) {
+    return tank.qual ? tank_getVolume(model, tank, tank.newDepth) * tank.qual[pollutant] / G_PER_KG : 0.0;
+}

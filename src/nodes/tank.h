@@ -45,6 +45,9 @@ void tank_update(Model& model, Node& node, Tank& tank);
 /// Volume (m3) at a depth (m). 0 without a curve.
 [[nodiscard]] double tank_getVolume(const Model& model, const Tank& tank, double depth);
 
+/// One pollutant in the water that the tank holds, kg.
+[[nodiscard]] double tank_getStoredLoad(const Model& model, const Tank& tank, int32_t pollutant);
+
 /// Water over the run, m3, but for what the tank held at the start.
 [[nodiscard]] Balance tank_getBalance(const Model& model, int32_t node);
 

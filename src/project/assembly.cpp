@@ -35,6 +35,7 @@
 #include "results/binary.h"
 #include "results/database.h"
 #include "results/results.h"
+#include "routing/loadbook.h"
 #include "routing/routing.h"
 #include "routing/visits.h"
 

@@ -18,6 +18,7 @@
 #include "project/statehash.h"
 #include "results/massbal.h"
 #include "results/results.h"
+#include "routing/loadbook.h"
 #include "routing/placebalances.h"
 #include "routing/routing.h"
 
@@ -275,6 +276,7 @@ StateFault state_restore(Model& model, const void* bytes, size_t size) {
         const StateFault fault = restore<false>(model, bytes, size, origin);
         if (!fault) {
             results_takeBack(model, origin.hasReports);
+            loadbook_open(model);
         }
         return fault;
     } catch (const std::bad_alloc&) {

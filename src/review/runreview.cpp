@@ -112,6 +112,9 @@ void runreview_end(const Model& model) {
     }
     model.log->warnings.isRunReviewed = true;
     for (const Verdict& verdict : verdict_make(model)) {
+        if (verdict.pollutant >= 0) {
+            continue;
+        }
         for (const VerdictCause& cause : verdict.causes) {
             tellCause(model, cause, verdict.in);
         }

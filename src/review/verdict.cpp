@@ -82,6 +82,34 @@ static void findNetworkCauses(const Model& model, Verdict& verdict) {
     keepLargest(verdict, std::move(causes));
 }
 
+static void findWashoffCauses(const Model& model, Verdict& verdict) {
+    std::vector<VerdictCause> causes;
+    Balance balance{};
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        if (placebalances_getSubcatchLoad(model, k, verdict.pollutant, balance)) {
+            addCause(causes, SUBCATCH, k, balance);
+        }
+    }
+    keepLargest(verdict, std::move(causes));
+}
+
+/// Of loads that aren't kept there are none.
+static void findLoadCauses(const Model& model, Verdict& verdict) {
+    std::vector<VerdictCause> causes;
+    Balance balance{};
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        if (placebalances_getNodeLoad(model, k, verdict.pollutant, balance)) {
+            addCause(causes, NODE, k, balance);
+        }
+    }
+    for (int32_t k = 0; k < model.links.size(); ++k) {
+        if (placebalances_getLinkLoad(model, k, verdict.pollutant, balance)) {
+            addCause(causes, LINK, k, balance);
+        }
+    }
+    keepLargest(verdict, std::move(causes));
+}
+
 // --- parts ---------------------------------------------------------------------------------------------------------
 
 static Verdict judgeRunoff(const Model& model) {
@@ -104,8 +132,10 @@ static Verdict judgeFlow(const Model& model) {
 
 static Verdict judgeWashoff(const Model& model, int32_t p) {
     const WashoffBalance balance = massbal_getWashoff(model, p);
-    return makeVerdict(PART_WASHOFF, p, balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition,
-                       balance.error);
+    Verdict verdict = makeVerdict(PART_WASHOFF, p, balance.initBuildup + balance.surfaceBuildup + balance.wetDeposition,
+                                  balance.error);
+    findWashoffCauses(model, verdict);
+    return verdict;
 }
 
 static Verdict judgeQuality(const Model& model, int32_t p) {
@@ -113,7 +143,9 @@ static Verdict judgeQuality(const Model& model, int32_t p) {
     const QualTotalsRecord totals = massbal_getQuality(model, p, &error);
     const double in = totals.dryWeatherInflow + totals.wetWeatherInflow + totals.externalInflow + totals.swmmInflow +
                       totals.vornInflow + totals.initStorage;
-    return makeVerdict(PART_QUALITY, p, in, error);
+    Verdict verdict = makeVerdict(PART_QUALITY, p, in, error);
+    findLoadCauses(model, verdict);
+    return verdict;
 }
 
 std::vector<Verdict> verdict_make(const Model& model) {

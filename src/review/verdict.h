@@ -24,7 +24,7 @@ enum VerdictPart : int32_t { PART_RUNOFF, PART_WASHOFF, PART_FLOW, PART_QUALITY 
 struct VerdictCause {
     int32_t type;  ///< ObjectType: SUBCATCH, NODE or LINK
     int32_t index;
-    Balance balance;  ///< m3
+    Balance balance;  ///< m3 or kg
     double share;     ///< of the sizes of what all places miss, 0 ... 1
 };
 
@@ -35,7 +35,7 @@ struct Verdict {
     double missing;                    ///< m3 or kg, in no account; negative for what came from nowhere
     double error;                      ///< %, as the report has it
     int32_t grade;                     ///< VerdictGrade
-    std::vector<VerdictCause> causes;  ///< of water, most first
+    std::vector<VerdictCause> causes;  ///< most first; none of loads that aren't kept
 };
 
 /// The verdict of the run so far: water on the land and in the network, then each pollutant likewise. Parts without an

@@ -293,3 +293,56 @@ double linkkinds_getUnderWay(const Model& model, int32_t index) {
                           : 0.0;
     return getLagged(model, link) + summed;
 }
+
+// --- pollutants of a balance ---------------------------------------------------------------------------------------
+
+static double getPipeLoad(const Model& model, const Pipe& pipe, int32_t p) {
+    double load = 0.0;
+    for (int32_t i = 0; i < pipe_getReachCount(pipe); ++i) {
+        load += pipe.storage[i] * pipe_newSegQual(model, pipe, i)[p] / G_PER_KG;
+    }
+    return load;
+}
+
+static double getQueuedLoad(const Model& model, const Connection& connection, int32_t p) {
+    if (!connection.loadQueue) {
+        return 0.0;
+    }
+    const DateTime now = model_getDate(model, model.clock.newRoutingTime);
+    const DateTime end = model_getDate(model, model.options.totalDuration);
+    return delayqueue_sumUp(connection.loadQueue[p], now, end).inTime * model.options.routingStep;
+}
+
+double linkkinds_getStoredLoad(const Model& model, int32_t index, int32_t p) {
+    const Link& link = model.links[index];
+    switch (link.kind) {
+        case PIPE: return getPipeLoad(model, model.pipes[link.kindIndex], p);
+        case CONDUIT: return conduit_getVolume(model, model.conduits[link.kindIndex]) * link.newQual[p] / G_PER_KG;
+        case CONNECTION: return getQueuedLoad(model, model.connections[link.kindIndex], p);
+        default: return 0.0;
+    }
+}
+
+double linkkinds_getLoadUnderWay(const Model& model, int32_t index, int32_t p) {
+    const Link& link = model.links[index];
+    const double summed = link.kind == PIPE ? pipe_getMassUnderWay(model, link, model.pipes[link.kindIndex],
+                                                                   model.clock.newRoutingTime, p)
+                                            : 0.0;
+    return getLagged(model, link) * link.newQual[p] / G_PER_KG + summed;
+}
+
+double linkkinds_getFloodLoad(const Model& model, int32_t index, int32_t p) {
+    const Link& link = model.links[index];
+    switch (link.kind) {
+        case PIPE: return model.pipes[link.kindIndex].newFlood * link.newQual[p] / G_PER_KG;
+        case CONDUIT: return model.conduits[link.kindIndex].newFlood * link.newQual[p] / G_PER_KG;
+        default: return 0.0;
+    }
+}
+
+bool linkkinds_isBeyondEnd(const Model& model, int32_t index) {
+    const Link& link = model.links[index];
+    return link.kind == CONNECTION &&
+           model.connections[link.kindIndex].delay * MS_PER_SECOND + model.clock.newRoutingTime >
+               model.options.totalDuration;
+}

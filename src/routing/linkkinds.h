@@ -55,3 +55,15 @@ void linkkinds_feed(Model& model, int32_t node, const OutsideNode& outside, cons
 
 /// Adds a step to the statistics and the totals: the links that no visit has counted, and what floods.
 void linkkinds_countStep(Model& model);
+
+// --- pollutants of a balance, for the book of loads; by pollutant p
+
+/// What a link holds, and what is on its way through it and in no storage, kg.
+[[nodiscard]] double linkkinds_getStoredLoad(const Model& model, int32_t link, int32_t p);
+[[nodiscard]] double linkkinds_getLoadUnderWay(const Model& model, int32_t link, int32_t p);
+
+/// What floods, kg/s.
+[[nodiscard]] double linkkinds_getFloodLoad(const Model& model, int32_t link, int32_t p);
+
+/// Whether what enters a link now would leave it after the end of the run, and so never does.
+[[nodiscard]] bool linkkinds_isBeyondEnd(const Model& model, int32_t link);

@@ -16,6 +16,7 @@
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "routing/linkkinds.h"
+#include "text/units.h"
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 
@@ -337,5 +338,75 @@ double nodekinds_getGiven(const Model& model, int32_t index) {
         case SWMM:
         case VORN: return getModelOutflow(model, index);
         default: return node.statInflowVolume;
+    }
+}
+
+// --- pollutants of a balance ---------------------------------------------------------------------------------------
+
+bool nodekinds_isModel(const Model& model, int32_t node) {
+    return coupled_isKind(model.nodes[node].kind);
+}
+
+bool nodekinds_isStore(const Model& model, int32_t node) {
+    return model.nodes[node].kind == TANK;
+}
+
+/// The part of the flow to a link that carries the concentrations of the node.
+static double getLoadedFlow(const Model& model, const Node& node, int32_t link) {
+    switch (node.kind) {
+        case SPLITTER: return splitter_getFlow(model.splitters[node.kindIndex], node.newInflow, link);
+        case REACTOR: return model.reactors[node.kindIndex].newOutflow;
+        case LID_MONO: return model.lidMonos[node.kindIndex].unit.thisSurfaceFlow;
+        default: return node.newInflow;
+    }
+}
+
+double nodekinds_getOfferedLoad(const Model& model, int32_t index, int32_t link, int32_t p) {
+    const Node& node = model.nodes[index];
+    if (node.kind == TANK) {
+        return model.links[link].newFlow * model.links[link].newQual[p] / G_PER_KG;
+    }
+    return getLoadedFlow(model, node, link) * node.newQual[p] / G_PER_KG;
+}
+
+/// An outfall gives to the world, a LID monomer to the node of its drain, as long as its storage holds water.
+double nodekinds_getDirectLoad(const Model& model, int32_t index, int32_t p) {
+    const Node& node = model.nodes[index];
+    switch (node.kind) {
+        case OUTFALL: return node.newInflow * node.newQual[p] / G_PER_KG;
+        case LID_MONO: return lidmono_getPassedDrainLoad(model, model.lidMonos[node.kindIndex], p);
+        default: return 0.0;
+    }
+}
+
+double nodekinds_getFloodLoad(const Model& model, int32_t index, int32_t p) {
+    const Node& node = model.nodes[index];
+    return node.kind == TANK ? model.tanks[node.kindIndex].newFlood * node.newQual[p] / G_PER_KG : 0.0;
+}
+
+double nodekinds_getStoredLoad(const Model& model, int32_t index, int32_t p) {
+    const Node& node = model.nodes[index];
+    switch (node.kind) {
+        case TANK: return tank_getStoredLoad(model, model.tanks[node.kindIndex], p);
+        case REACTOR: return reactor_getStoredLoad(model, model.reactors[node.kindIndex], p);
+        case LID_MONO: {
+            const double* load = model.lidMonos[node.kindIndex].unit.finalLoad;
+            return load ? load[p] : 0.0;
+        }
+        default: return 0.0;
+    }
+}
+
+void nodekinds_addOwnLoads(const Model& model, int32_t index, int32_t p, Balance& balance) {
+    const Node& node = model.nodes[index];
+    if (node.kind == REACTOR && model.reactors[node.kindIndex].statReactedLoad) {
+        const Reactor& reactor = model.reactors[node.kindIndex];
+        balance.out += reactor.statSurpassLoad[p] + reactor.statEmptyingLoad[p];
+        balance.lost += reactor.statInfilLoad[p] + reactor.statReactedLoad[p];
+    }
+    if (node.kind == LID_MONO && model.lidMonos[node.kindIndex].unit.rainLoad) {
+        const LidUnit& unit = model.lidMonos[node.kindIndex].unit;
+        balance.in += unit.rainLoad[p];
+        balance.lost += unit.exfilLoad[p] + unit.reactedLoad[p];
     }
 }

@@ -66,3 +66,20 @@ void nodekinds_countStep(Model& model);
 
 /// What a link was given over the run by the node at its upstream end, m3.
 [[nodiscard]] double nodekinds_getGiven(const Model& model, int32_t link);
+
+// --- pollutants of a balance, for the book of loads; by pollutant p
+
+/// Whether a node has an outside model inside, and whether it holds water in which something may react.
+[[nodiscard]] bool nodekinds_isModel(const Model& model, int32_t node);
+[[nodiscard]] bool nodekinds_isStore(const Model& model, int32_t node);
+
+/// What the node gave to one of its links in this step, and what it gave over no link, kg/s.
+[[nodiscard]] double nodekinds_getOfferedLoad(const Model& model, int32_t node, int32_t link, int32_t p);
+[[nodiscard]] double nodekinds_getDirectLoad(const Model& model, int32_t node, int32_t p);
+
+/// What floods, kg/s; what the node holds, kg.
+[[nodiscard]] double nodekinds_getFloodLoad(const Model& model, int32_t node, int32_t p);
+[[nodiscard]] double nodekinds_getStoredLoad(const Model& model, int32_t node, int32_t p);
+
+/// Adds what the statistics of the kind know of the run and no visit shows.
+void nodekinds_addOwnLoads(const Model& model, int32_t node, int32_t p, Balance& balance);

@@ -10,6 +10,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "routing/linkkinds.h"
+#include "routing/loadbook.h"
 #include "routing/nodekinds.h"
 #include "text/units.h"
 
@@ -104,6 +105,14 @@ Balance placebalances_getNode(const Model& model, int32_t node) {
     return balance;
 }
 
+bool placebalances_getNodeLoad(const Model& model, int32_t node, int32_t pollutant, Balance& balance) {
+    return loadbook_getNode(model, node, pollutant, balance);
+}
+
+bool placebalances_getLinkLoad(const Model& model, int32_t link, int32_t pollutant, Balance& balance) {
+    return loadbook_getLink(model, link, pollutant, balance);
+}
+
 Balance placebalances_getLink(const Model& model, int32_t link) {
     Balance balance = linkkinds_getBalance(model, link);
     balance.in = nodekinds_getGiven(model, link);
@@ -121,6 +130,7 @@ void placebalances_takeStart(Model& model) {
         errors_report(model, ERR_MEMORY, "");
         return;
     }
+    loadbook_open(model);
     double* volumes = model.totals.startVolumes;
     for (const Subcatch& s : model.subcatches) {
         *volumes++ = getStartVolume(model, s);

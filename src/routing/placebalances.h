@@ -20,3 +20,5 @@ void placebalances_takeStart(Model& model);
 [[nodiscard]] bool placebalances_getSubcatchLoad(const Model& model, int32_t subcatch, int32_t pollutant,
                                                  Balance& balance);
 [[nodiscard]] bool placebalances_getUnitLoad(const Model& model, int32_t unit, int32_t pollutant, Balance& balance);
+[[nodiscard]] bool placebalances_getNodeLoad(const Model& model, int32_t node, int32_t pollutant, Balance& balance);
+[[nodiscard]] bool placebalances_getLinkLoad(const Model& model, int32_t link, int32_t pollutant, Balance& balance);

@@ -16,6 +16,7 @@
 #include "nodes/inflows.h"
 #include "routing/landinflows.h"
 #include "routing/linkkinds.h"
+#include "routing/loadbook.h"
 #include "routing/network.h"
 #include "routing/nodekinds.h"
 #include "routing/visits.h"
@@ -74,6 +75,20 @@ static void shiftNodes(Model& model) {
     }
 }
 
+/// The visits with the book of loads beside them.
+static void visitAndBook(Model& model, double fireTime) {
+    for (const Visit& visit : model.visits) {
+        const VisitLinkList incoming = visits_getIncoming(model, visit), outgoing = visits_getOutgoing(model, visit);
+        loadbook_beginVisit(model, visit.node, incoming);
+        nodekinds_visit(model, visit.node, incoming, outgoing, fireTime);
+        loadbook_endVisit(model, visit.node, outgoing);
+        if (visit.isCounted) {
+            statistics_countNode(model.nodes[visit.node], model.options.routingStep);
+        }
+    }
+    loadbook_endStep(model);
+}
+
 static void visitNodes(Model& model, double fireTime) {
     for (const Visit& visit : model.visits) {
         visits_fetchAhead(model, visit);
@@ -104,7 +119,11 @@ void routing_step(Model& model) {
     inflows_applyExternal(model, date);
     inflows_applyDryWeather(model, date);
 
-    visitNodes(model, fireTime);
+    if (model.loadBook->isKept) {
+        visitAndBook(model, fireTime);
+    } else {
+        visitNodes(model, fireTime);
+    }
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------

@@ -76,6 +76,23 @@ TEST(HostVerdict, StrictFindsARedBalanceWithoutAWarning) {
     EXPECT_THAT(result.err, HasSubstr("86.4 kg of 86.4 kg are in no account (quality of COD)"));
 }
 
+TEST(HostVerdict, BalancesNameThePlaceThatLosesALoad) {
+    TempFolder folder;
+    // Of what decays in a pipe the totals book about half.
+    const std::string model =
+        folder.write("model.inp",
+                     "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\nROUTING_STEP 0:01:00\n"
+                     "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[PIPES]\nP1 J1 O1 NO 600 6 0.2 0\n"
+                     "[POLLUTANTS]\nCOD 0\n[DECAY_COEFFICIENT]\nP1 LINK COD FIRST 20 \"\"\n"
+                     "[INFLOWS]\nJ1 FLOW FLOW 0.1 \"\" 0\nJ1 CONCEN COD 100 \"\" 0\n");
+    EXPECT_THAT(runProgram({"run", model}).err, HasSubstr("(quality of COD); --balances names the places\n"));
+    EXPECT_THAT(runProgram({"run", model, "--balances"}).err, HasSubstr("(quality of COD), most at link P1 "));
+    const ProcessResult json = runProgram({"run", model, "--balances", "--json"});
+    EXPECT_TRUE(isJson(json.out)) << json.out;
+    EXPECT_THAT(json.out, HasSubstr("{\"kind\": \"node\", \"id\": \"J1\""));
+    EXPECT_THAT(json.out, HasSubstr("\"pollutants\": [{\"id\": \"COD\", \"initial\": 0, \"in\": 86"));
+}
+
 TEST(HostVerdict, JsonHasItAll) {
     TempFolder folder;
     const ProcessResult result =
