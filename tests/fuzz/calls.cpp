@@ -145,7 +145,7 @@ void hear(void* user, const tv_message* message) {
 }
 
 void Play::move(tv_model*& model, uint8_t what) {
-    switch (what % 12) {
+    switch (what % 13) {
         case 0:
             if (!model) {
                 expect(tv_create(&model));
@@ -165,6 +165,10 @@ void Play::move(tv_model*& model, uint8_t what) {
         case 8: expect(tv_report(model)); break;
         case 9: expect(tv_end(model)); break;
         case 10: expect(tv_close(model)); break;
+        case 11:
+            expect(tv_keepLoads(model, source.byte() & 1));
+            expect(tv_setWarnings(model, source.byte() & 3));
+            break;
         default:
             if (source.byte() % 4 == 0) {
                 expect(tv_free(model));
@@ -177,7 +181,7 @@ void Play::move(tv_model*& model, uint8_t what) {
 
 void Play::look(tv_model* model, uint8_t what) {
     const int32_t a = source.integer(), b = source.integer();
-    switch (what % 14) {
+    switch (what % 16) {
         case 0: expectStored(int32_t{77}, [&](int32_t* value) { return tv_getPhase(model, value); }); break;
         case 1: expectStored(tv_clock{}, [&](tv_clock* value) { return tv_getClock(model, value); }); break;
         case 2: expectStored(int32_t{77}, [&](int32_t* value) { return tv_getMessageCount(model, value); }); break;
@@ -216,7 +220,18 @@ void Play::look(tv_model* model, uint8_t what) {
             expect(tv_getRows(model, a, values.data(), values.size()));
             break;
         }
-        default: expectStored(size_t{77}, [&](size_t* value) { return tv_getStateSize(model, value); }); break;
+        case 13: expectStored(size_t{77}, [&](size_t* value) { return tv_getStateSize(model, value); }); break;
+        case 14: {
+            const int32_t p = source.integer();
+            expectStored(tv_balance{}, [&](tv_balance* value) { return tv_getBalance(model, a, b, p, value); });
+            break;
+        }
+        default:
+            expectStored(int32_t{77}, [&](int32_t* value) { return tv_judge(model, value); });
+            expectStored(tv_verdict{}, [&](tv_verdict* value) { return tv_getVerdict(model, a, value); });
+            expectStored(tv_cause{}, [&](tv_cause* value) { return tv_getCause(model, a, b, value); });
+            expectStored(tv_warning_kind{}, [&](tv_warning_kind* value) { return tv_getWarningKind(a, value); });
+            break;
     }
 }
 
