@@ -91,7 +91,7 @@ void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t 
 }
 
 void warnings_notePlace(const Model& model, int32_t type) {
-    if (model.log) {
+    if (warnings_isWanted(model)) {
         model.log->warnings.places[type].push_back(model.log->warnings.reading);
     }
 }

@@ -11,7 +11,7 @@
 #include "model/model.h"
 #include "model/warnings.h"
 #include "review/verdict.h"
-#include "routing/placebalances.h"
+#include "routing/linkkinds.h"
 #include "text/units.h"
 
 // --- numbers that are none -----------------------------------------------------------------------------------------
@@ -94,9 +94,15 @@ static const char* getId(const Model& model, int32_t type, int32_t index) {
     }
 }
 
+/// What a place misses and hasn't merely on its way: a pipe collects for a period before it lets go.
+static double getLost(const Model& model, const VerdictCause& cause) {
+    const double missing = balance_getMissing(cause.balance);
+    return cause.type == LINK ? missing - linkkinds_getUnderWay(model, cause.index) : missing;
+}
+
 static void tellCause(const Model& model, const VerdictCause& cause, double partIn) {
     const double in = cause.balance.initial + cause.balance.in;
-    const double missing = balance_getMissing(cause.balance);
+    const double missing = getLost(model, cause);
     if (!(std::fabs(missing) > LARGE_SHARE * std::fabs(in)) ||
         !(std::fabs(missing) > SMALL_SHARE * std::fabs(partIn))) {
         return;
