@@ -94,17 +94,17 @@ static const char* getId(const Model& model, int32_t type, int32_t index) {
     }
 }
 
-/// What a place misses and hasn't merely on its way: a pipe collects for a period before it lets go.
-static double getLost(const Model& model, const VerdictCause& cause) {
-    const double missing = balance_getMissing(cause.balance);
-    return cause.type == LINK ? missing - linkkinds_getUnderWay(model, cause.index) : missing;
+/// Whether a place misses more than it may have on its way, which no account has.
+static bool isOff(const Model& model, const VerdictCause& cause, double in, double partIn) {
+    const double missing = std::fabs(balance_getMissing(cause.balance));
+    const double onItsWay = cause.type == LINK ? linkkinds_getMostUnderWay(model, cause.index) : 0.0;
+    return missing > LARGE_SHARE * std::fabs(in) + onItsWay && missing > SMALL_SHARE * std::fabs(partIn);
 }
 
 static void tellCause(const Model& model, const VerdictCause& cause, double partIn) {
     const double in = cause.balance.initial + cause.balance.in;
-    const double missing = getLost(model, cause);
-    if (!(std::fabs(missing) > LARGE_SHARE * std::fabs(in)) ||
-        !(std::fabs(missing) > SMALL_SHARE * std::fabs(partIn))) {
+    const double missing = balance_getMissing(cause.balance);
+    if (!isOff(model, cause, in, partIn)) {
         return;
     }
     const std::string percent = in == 0.0 ? "-" : warnings_formatNumber(missing / in * PERCENT);

@@ -294,6 +294,11 @@ double linkkinds_getUnderWay(const Model& model, int32_t index) {
     return getLagged(model, link) + summed;
 }
 
+double linkkinds_getMostUnderWay(const Model& model, int32_t index) {
+    const Link& link = model.links[index];
+    return link.kind == PIPE ? model.pipes[link.kindIndex].stepLength * link.statMaxFlow : 0.0;
+}
+
 // --- pollutants of a balance ---------------------------------------------------------------------------------------
 
 static double getPipeLoad(const Model& model, const Pipe& pipe, int32_t p) {

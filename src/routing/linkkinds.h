@@ -46,6 +46,9 @@ void linkkinds_addDelivery(Model& model, const VisitLink& link, Node& node);
 [[nodiscard]] Balance linkkinds_getBalance(const Model& model, int32_t link);
 [[nodiscard]] double linkkinds_getUnderWay(const Model& model, int32_t link);
 
+/// The most that a link of this kind may rightly have on its way, m3: a pipe collects for a period before it lets go.
+[[nodiscard]] double linkkinds_getMostUnderWay(const Model& model, int32_t link);
+
 /// What a link delivers in a step into an outside model: the flow, m3/s, and the loads, kg/s, in place of the zeros of
 /// `loads`.
 [[nodiscard]] double linkkinds_deliver(const Model& model, int32_t link, double* loads);
