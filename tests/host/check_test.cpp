@@ -7,8 +7,10 @@
 #include <string>
 
 #include "program.h"
+#include "terminal.h"
 
 using testing::HasSubstr;
+using testing::Not;
 
 TEST(HostCheck, GoodProjectGivesZero) {
     TempFolder folder;
@@ -122,4 +124,48 @@ TEST(HostCheck, EnginesAreTakenFromTheFolderThatIsGiven) {
     const ProcessResult with = runProgram(arguments);
     EXPECT_EQ(with.status, 0) << with.err;
     EXPECT_EQ(countFiles(folder.path / "engines"), 2u) << "private copies are left";
+}
+
+TEST(HostCheck, AnUnknownHeaderMakesOneMessage) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", std::string(GOOD_PROJECT) +
+                                                            "[PIPE]\nP7 J1 O1 NO 300 1 0.2 0\nP8 J1 O1 NO 300 1 0.2 0\n"
+                                                            "[OUTFALLS]\nO9\n");
+    const ProcessResult result = runProgram({"check", model});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.out, model + ": 1 error\n");
+    EXPECT_THAT(result.err, HasSubstr("[PIPE]\n"));
+    EXPECT_THAT(result.err, Not(HasSubstr("P7")));
+    // The report keeps a line for each.
+    const ProcessResult run = runProgram({"run", model});
+    EXPECT_THAT(run.err, HasSubstr("P7"));
+    EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("P8 J1 O1"));
+}
+
+TEST(HostCheck, MessagesStandInTheOrderOfTheFile) {
+    // The errors of [GENERAL] are found first, and a warning about a conduit last of all.
+    TempFolder folder;
+    const ProcessResult result = runProgram(
+        {"check", folder.write("model.inp",
+                               "[CONDUITS]\nC1 J1 O1 NO 20 5 0.013 CIRCULAR 0.6\n[GENERAL]\nSTART_DATE 2024/06/18\n"
+                               "END_DATE 2024/06/19\nROUTING_STEP 0:00:30\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n"
+                               "[CONDUITS]\nC2 J2 O1 NO 20 0.005 0.013 CIRCULAR 0.6\n[JUNCTIONS]\nJ2\n")});
+    EXPECT_EQ(result.status, 0);
+    const size_t first = result.err.find("W-step-conduit: C1"), second = result.err.find("W-unit-slope: C2");
+    ASSERT_NE(first, std::string::npos) << result.err;
+    ASSERT_NE(second, std::string::npos) << result.err;
+    EXPECT_LT(first, second);
+}
+
+TEST(HostCheck, ColoursComeOnATerminalAlone) {
+    TempFolder folder;
+    const std::string model =
+        folder.write("model.inp",
+                     "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\nROUTING_STEP 0:00:30\n"
+                     "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONDUITS]\n"
+                     "C1 J1 O1 NO 20 5 0.013 CIRCULAR 0.6\n");
+    EXPECT_THAT(terminal_run({"check", model}), HasSubstr("\033[31mSERIOUS W-step-conduit: \033[0mC1: "));
+    const ProcessResult result = runProgram({"check", model});
+    EXPECT_THAT(result.err, HasSubstr("SERIOUS W-step-conduit: C1: "));
+    EXPECT_THAT(result.err, Not(HasSubstr("\033")));
 }

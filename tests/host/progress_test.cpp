@@ -1,11 +1,8 @@
 // The bar on standard error: drawn on a terminal only, and only by a run that the host steps itself. What it tells of
 // the time left is tested on the bar's own functions: no test is to run for hours.
 
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <spawn.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -13,6 +10,7 @@
 
 #include "program.h"
 #include "progress.h"
+#include "terminal.h"
 
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -20,34 +18,7 @@ using testing::Not;
 
 /// What `tarnvelde run MODEL OPTION` writes on a terminal that is one of its standard streams.
 static std::string runOnTerminal(const std::string& model, const char* option, int stream = STDERR_FILENO) {
-    const int master = posix_openpt(O_RDWR | O_NOCTTY);
-    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
-        ADD_FAILURE() << "no terminal to be had";
-        return {};
-    }
-    const std::string name = ptsname(master);
-    const int terminal = open(name.c_str(), O_RDWR | O_NOCTTY);
-    const int other = stream == STDERR_FILENO ? STDOUT_FILENO : STDERR_FILENO;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, other, "/dev/null", O_WRONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, stream, name.c_str(), O_RDWR | O_NOCTTY, 0);
-    std::string arguments[] = {TARNVELDE_PROGRAM, "run", model, option};
-    char* pointers[] = {arguments[0].data(), arguments[1].data(), arguments[2].data(), arguments[3].data(), nullptr};
-    pid_t child = 0;
-    EXPECT_EQ(posix_spawn(&child, pointers[0], &actions, nullptr, pointers, environ), 0);
-    posix_spawn_file_actions_destroy(&actions);
-    EXPECT_EQ(process_wait(child), 0);
-    // We hold the terminal open ourselves, so what was written waits there. It is little enough to wait.
-    fcntl(master, F_SETFL, O_NONBLOCK);
-    std::string shown;
-    char buffer[4096];
-    for (ssize_t length = 0; (length = read(master, buffer, sizeof buffer)) > 0;) {
-        shown.append(buffer, static_cast<size_t>(length));
-    }
-    close(terminal);
-    close(master);
-    return shown;
+    return terminal_run({"run", model, option}, stream);
 }
 
 TEST(HostProgress, IsDrawnOnATerminalAndTakenAway) {
