@@ -8,6 +8,7 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
@@ -22,6 +23,7 @@ int32_t connection_readLine(Model& model, const Tokens& tokens, int32_t link, in
     if (!tokens_getNonNegative(tokens[4], &delay)) {
         return errors_setName(model, ERR_NUMBER, tokens[3]);  // the message shows the word before the delay
     }
+    plausible_checkSet(model, PLAUSIBLE_DELAY, delay, 4, head.id);
     link_setHead(model, link, CONNECTION, kindIndex, head);
     model.connections[kindIndex].delay = delay;
     return ERR_NONE;

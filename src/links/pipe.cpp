@@ -19,6 +19,7 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "model/prefetch.h"
 #include "text/datetime.h"
 #include "text/number.h"
@@ -38,6 +39,10 @@ int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
             return errors_setName(model, ERR_NUMBER, tokens[4 + k]);
         }
     }
+    plausible_check(model, PLAUSIBLE_PIPE_K, values[0], 4, head.id);
+    plausible_check(model, PLAUSIBLE_PIPE_N, values[1], 5, head.id);
+    plausible_check(model, PLAUSIBLE_PIPE_TRAVEL, (values[1] + 1.0) * values[0], 5, head.id);
+    plausible_checkSet(model, PLAUSIBLE_LIMIT_FLOW, values[3], 7, head.id);
     link_setHead(model, link, PIPE, kindIndex, head);
     Pipe& pipe = model.pipes[kindIndex];
     pipe.k = values[0];

@@ -35,3 +35,10 @@ inline void plausible_check(const Model& model, int32_t plausible, double value,
         plausible_tell(model, plausible, value, word, object);
     }
 }
+
+/// The same of a number that means none when it is 0.
+inline void plausible_checkSet(const Model& model, int32_t plausible, double value, int32_t word, const char* object) {
+    if (value != 0.0) {
+        plausible_check(model, plausible, value, word, object);
+    }
+}
