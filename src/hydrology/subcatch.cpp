@@ -17,6 +17,7 @@
 #include "model/plausible.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "model/warnings.h"
 #include "text/units.h"
 
 static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve, left to recover after the drying time
@@ -64,6 +65,16 @@ static double getShare(double percent) {
     return percent >= PERCENT ? 1.0 : percent / PERCENT;
 }
 
+/// The depth that the limit (mm) is compared with grows at least by the final rate (mm/h), in the lightest rain as
+/// well.
+static void checkLimit(const Model& model, const char* name, double finalRate, double limit) {
+    static constexpr double SHORT = 6.0;  ///< h, so long many a drizzle lasts
+    if (limit > 0.0 && finalRate * SHORT > limit) {
+        warnings_addAtLine(model, WARN_HORTON_LIMIT, 15, name,
+                           {warnings_formatNumber(limit), warnings_formatNumber(limit / finalRate)});
+    }
+}
+
 /// The words of a line against what is usual. A part of the land without area has numbers that don't matter, and the
 /// smallest storages stand for none.
 static void checkNumbers(const Model& model, const char* name, const double* v) {
@@ -88,6 +99,7 @@ static void checkNumbers(const Model& model, const char* name, const double* v) 
         plausible_check(model, PLAUSIBLE_HORTON_DECAY, v[13], 13, name);
         plausible_check(model, PLAUSIBLE_DRYING_TIME, v[14], 14, name);
         plausible_checkSet(model, PLAUSIBLE_HORTON_LIMIT, v[15], 15, name);
+        checkLimit(model, name, v[12], v[15]);
     }
 }
 

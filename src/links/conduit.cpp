@@ -66,6 +66,11 @@ static int32_t readSection(Model& model, const Tokens& tokens, Conduit& conduit)
 
 static void checkNumbers(const Model& model, const Conduit& conduit, double slopePercent, const char* id) {
     plausible_check(model, PLAUSIBLE_CONDUIT_LENGTH, conduit.length, 4, id);
+    if (conduit.length < model.options.conduitLengthening) {
+        warnings_addAtLine(
+            model, WARN_CONDUIT_LENGTHENED, 4, id,
+            {warnings_formatNumber(conduit.length), warnings_formatNumber(model.options.conduitLengthening)});
+    }
     plausible_check(model, PLAUSIBLE_SEWER_SLOPE, slopePercent, 5, id);
     plausible_check(model, PLAUSIBLE_CHANNEL_ROUGHNESS, conduit.roughness, 6, id);
     if (conduit.shape != IRREGULAR_CONDUIT) {

@@ -8,12 +8,12 @@
 
 // --- land ------------------------------------------------------------------------------------------------------------
 
-UNIT_CASE("W-unit-area", "HILL 1.5 150", "HILL 15000 150", "S1", "15000");
+UNIT_CASE("W-unit-area", "HILL 1.5 100", "HILL 15000 100", "S1", "15000");
 UNIT_CASE("W-unit-area", "CELL 121 6", "CELL 0.0121 6", "S1", "0.0121");
-UNIT_CASE("W-unit-width", "HILL 1.5 150", "HILL 1500 150", "S1", "150");
+UNIT_CASE("W-unit-width", "HILL 1.5 100", "HILL 1500 100", "S1", "100");
 UNIT_CASE("W-unit-width", "CELL 121 6", "CELL 121 60000", "S1", "60000");
-UNIT_CASE("W-unit-impervious", "150 45 1.2", "150 0.45 1.2", "S1", "0.45");
-UNIT_CASE("W-unit-slope", "150 45 1.2", "150 45 0.012", "S1", "0.012");
+UNIT_CASE("W-unit-impervious", "100 45 1.2", "100 0.45 1.2", "S1", "0.45");
+UNIT_CASE("W-unit-slope", "100 45 1.2", "100 45 0.012", "S1", "0.012");
 UNIT_CASE("W-unit-slope", "600 0.5 0.013", "600 0.005 0.013", "C1", "0.005");
 UNIT_CASE("W-unit-slope", "0.12 1.1 0", "0.12 0.011 0", "CELL", "0.011");
 UNIT_CASE("W-unit-slope", "0.12 1.1 0", "0.12 1.1 33", "CELL", "33");
