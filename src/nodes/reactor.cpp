@@ -19,6 +19,7 @@
 #include "model/pattern.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
@@ -86,6 +87,15 @@ static int32_t readCapacity(Model& model, const Tokens& tokens, Reactor& values)
     return ERR_NONE;
 }
 
+/// What stays for as long as the run never comes out of a plug flow.
+static void checkRetention(const Model& model, const Reactor& values, const char* id) {
+    const double duration = model_getDuration(model);
+    if (values.type == PFR && values.retentionTime + model.options.routingStep > duration + 0.5 && duration > 0.0) {
+        warnings_addAtLine(model, WARN_DELAY_RUN, 5, id,
+                           {warnings_formatNumber(values.retentionTime), warnings_formatNumber(duration)});
+    }
+}
+
 /// Tokens 5 to 7: size, area, and how full a CSTR is at the start.
 static int32_t readSize(Model& model, const Tokens& tokens, Reactor& values) {
     double size;
@@ -97,6 +107,7 @@ static int32_t readSize(Model& model, const Tokens& tokens, Reactor& values) {
     }
     plausible_checkSet(model, values.type == PFR ? PLAUSIBLE_RETENTION : PLAUSIBLE_REACTOR_VOLUME, size, 5, tokens[0]);
     (values.type == PFR ? values.retentionTime : values.volume) = values.type == PFR ? size * SECONDS_PER_HOUR : size;
+    checkRetention(model, values, tokens[0]);
     if (const int32_t error = readNumber(model, tokens, 6, values.area)) {
         return error;
     }

@@ -9,16 +9,12 @@
 #include <string>
 
 #include "links/conduit.h"
-#include "links/connection.h"
-#include "links/pipe.h"
 #include "links/transect.h"
 #include "model/arena.h"
 #include "model/curve.h"
 #include "model/model.h"
 #include "model/project.h"
 #include "model/warnings.h"
-#include "nodes/reactor.h"
-#include "text/units.h"
 
 // --- conduits ------------------------------------------------------------------------------------------------------
 
@@ -92,76 +88,12 @@ static void reviewConduit(const Model& model, int32_t index, const Conduit& cond
     }
 }
 
-// --- pipes ---------------------------------------------------------------------------------------------------------
-
-/// Whether a time is no whole number of steps.
-static bool isBroken(double time, double dt) {
-    const double steps = time / dt;
-    return steps != std::floor(steps);
-}
-
-/// K is the time of a reach and the step that is routed as well. So no coefficient of Muskingum's is ever negative, and
-/// only X at its end, and K against step and run, leave something to say.
-static void reviewPipe(const Model& model, int32_t index, const Pipe& pipe) {
-    const char* id = model.links[index].id;
-    const double dt = model.options.routingStep;
-    const double duration = model.options.totalDuration / MS_PER_SECOND;
-    if (pipe.k < 2.0 * dt) {
-        warnings_addAbout(model, WARN_STEP_PIPE, LINK, index, id,
-                          {warnings_formatNumber(pipe.k), warnings_formatNumber(dt)});
-    } else if (isBroken(pipe.k, dt)) {
-        warnings_addAbout(model, WARN_STEP_MULTIPLE, LINK, index, id,
-                          {warnings_formatNumber(pipe.k), warnings_formatNumber(dt)});
-    }
-    if (pipe.x == 0.5) {
-        warnings_addAbout(model, WARN_MUSKINGUM, LINK, index, id,
-                          {std::to_string(pipe.n), warnings_formatNumber(pipe.k)});
-    }
-    if (const double travel = (pipe.n + 1.0) * pipe.k; travel >= duration) {
-        warnings_addAbout(model, WARN_PIPE_TRAVEL, LINK, index, id,
-                          {warnings_formatNumber(travel), warnings_formatNumber(duration)});
-    }
-}
-
-// --- delays --------------------------------------------------------------------------------------------------------
-
-static void reviewDelay(const Model& model, int32_t type, int32_t index, const char* id, double delay) {
-    const double duration = model.options.totalDuration / MS_PER_SECOND;
-    if (delay >= duration) {
-        warnings_addAbout(model, WARN_DELAY_RUN, type, index, id,
-                          {warnings_formatNumber(delay), warnings_formatNumber(duration)});
-    }
-}
-
-static void reviewConnection(const Model& model, int32_t index, double delay) {
-    const double dt = model.options.routingStep;
-    reviewDelay(model, LINK, index, model.links[index].id, delay);
-    if (isBroken(delay, dt)) {
-        warnings_addAbout(model, WARN_STEP_CONNECTION, LINK, index, model.links[index].id,
-                          {warnings_formatNumber(delay), warnings_formatNumber(dt)});
-    }
-}
-
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void steps_review(const Model& model) {
-    for (int32_t k = 0; k < model.links.size(); ++k) {
-        const Link& link = model.links[k];
-        if (link.kind == PIPE) {
-            reviewPipe(model, k, model.pipes[link.kindIndex]);
-        } else if (link.kind == CONNECTION) {
-            reviewConnection(model, k, model.connections[link.kindIndex].delay);
-        } else if (link.kind == CONDUIT) {
-            reviewConduit(model, k, model.conduits[link.kindIndex]);
-        }
-    }
-    if (model.reactors.empty()) {
-        return;
-    }
-    for (int32_t k = 0; k < model.nodes.size(); ++k) {
-        const Node& node = model.nodes[k];
-        if (node.kind == REACTOR && model.reactors[node.kindIndex].type == PFR) {
-            reviewDelay(model, NODE, k, node.id, model.reactors[node.kindIndex].retentionTime);
+    for (int32_t k = 0; k < model.links.size() && !model.conduits.empty(); ++k) {
+        if (model.links[k].kind == CONDUIT) {
+            reviewConduit(model, k, model.conduits[model.links[k].kindIndex]);
         }
     }
 }

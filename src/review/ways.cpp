@@ -53,30 +53,34 @@ static void reviewDischarges(const Model& model, const Table<int32_t>& places) {
     }
 }
 
-/// Gives whether there is a lagged link.
-static bool reviewLinks(const Model& model, const Table<int32_t>& places) {
-    bool isAnyLagged = false;
+static void reviewLinks(const Model& model, const Table<int32_t>& places) {
     for (int32_t k = 0; k < model.links.size(); ++k) {
         const Link& link = model.links[k];
-        if (link.isLagged) {
-            isAnyLagged = true;
-            if (link.kind == PIPE) {
-                warnings_addAbout(model, WARN_LAGGED_PIPE, LINK, k, link.id);
-            }
-        } else if (places[link.toNode] >= 0 && places[link.toNode] < places[link.fromNode]) {
+        if (!link.isLagged && places[link.toNode] >= 0 && places[link.toNode] < places[link.fromNode]) {
             warnings_addAbout(model, WARN_NODE_ORDER, LINK, k, link.id, {model.nodes[link.toNode].id});
         }
     }
-    return isAnyLagged;
 }
 
-static void reviewOrder(const Model& model, const Table<int32_t>& places) {
+/// A reactor that empties to its surplus node counts there twice, and may release it too early.
+static bool isAnyDoubleDischarge(const Model& model) {
+    return std::any_of(model.reactors.begin(), model.reactors.end(),
+                       [](const Reactor& reactor) { return reactor.surpassNode == reactor.emptyingNode; });
+}
+
+/// Without lagged links and double discharges the order is right, if only the heads lead to all nodes.
+static void reviewOrder(const Model& model, bool isAnyLagged) {
+    if (!isAnyLagged && model.reachedCount == model.nodes.size() && !isAnyDoubleDischarge(model)) {
+        return;
+    }
+    const Table<int32_t> places = getPlaces(model);
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         if (places[k] < 0) {
             warnings_addAbout(model, WARN_NODE_UNREACHED, NODE, k, model.nodes[k].id);
         }
     }
     reviewDischarges(model, places);
+    reviewLinks(model, places);
 }
 
 // --- loops ---------------------------------------------------------------------------------------------------------
@@ -236,9 +240,10 @@ static void reviewInflows(const Model& model) {
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void ways_review(const Model& model) {
-    const Table<int32_t> places = getPlaces(model);
-    reviewOrder(model, places);
-    if (reviewLinks(model, places)) {
+    const bool isAnyLagged =
+        std::any_of(model.links.begin(), model.links.end(), [](const Link& link) { return link.isLagged; });
+    reviewOrder(model, isAnyLagged);
+    if (isAnyLagged) {
         reviewLoops(model);
     }
     reviewInflows(model);

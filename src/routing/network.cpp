@@ -120,6 +120,7 @@ void network_checkCycles(Model& model) {
     }
     const LoopCheck& check = *search;
     model.visitCount = check.visits;
+    model.reachedCount = check.reachedCount;
     if (check.loopName) {
         errors_report(model, ERR_CYCLIC_LOOP, check.loopName);
     } else if (check.pathCount < static_cast<int64_t>(model.nodes.size())) {

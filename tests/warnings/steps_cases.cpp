@@ -37,15 +37,15 @@ static std::string aFilter(const std::string& hours) {
 }
 
 // Steps of 60 s.
-WARNING_CASE("W-step-pipe", aPipe("60", "2 0.2"), aPipe("120", "2 0.2"), "P1", "P1");
-WARNING_CASE("W-step-pipe", aPipe("119", "2 0.2"), aPipe("180", "2 0.2"), "P1", "P1");
-WARNING_CASE("W-step-multiple", aPipe("200", "2 0.2"), aPipe("180", "2 0.2"), "P1", "P1");
-WARNING_CASE("W-muskingum", aPipe("180", "2 0.5"), aPipe("180", "2 0.49"), "P1", "P1");
+WARNING_CASE("W-step-pipe", aPipe("60", "2 0.2"), aPipe("120", "2 0.2"), "P1", "60");
+WARNING_CASE("W-step-pipe", aPipe("119", "2 0.2"), aPipe("180", "2 0.2"), "P1", "119");
+WARNING_CASE("W-step-multiple", aPipe("200", "2 0.2"), aPipe("180", "2 0.2"), "P1", "200");
+WARNING_CASE("W-muskingum", aPipe("180", "2 0.5"), aPipe("180", "2 0.49"), "P1", "0.5");
 // 29 reaches of 48 minutes take as long as the day.
-WARNING_CASE("W-pipe-travel", aPipe("2880", "29 0.2"), aPipe("2880", "28 0.2"), "P1", "P1");
-WARNING_CASE("W-step-connection", aDelay("90"), aDelay("120"), "C1", "C1");
-WARNING_CASE("W-delay-run", aDelay("86400"), aDelay("86340"), "C1", "C1");
-WARNING_CASE("W-delay-run", aFilter("24"), aFilter("23.9"), "R1", "R1");
+WARNING_CASE("W-pipe-travel", aPipe("2880", "29 0.2"), aPipe("2880", "28 0.2"), "P1", "29");
+WARNING_CASE("W-step-connection", aDelay("90"), aDelay("120"), "C1", "90");
+WARNING_CASE("W-delay-run", aDelay("86400"), aDelay("86340"), "C1", "86400");
+WARNING_CASE("W-delay-run", aFilter("24"), aFilter("23.9"), "R1", "24");
 WARNING_CASE("W-conduit-lengthened", aTownWith("TANK NO 600", "TANK NO 40"), aTownWith("TANK NO 600", "TANK NO 500"),
              "C1", "40");
 
