@@ -62,6 +62,7 @@ int32_t gage_readLine(Model& model, const Tokens& tokens, int32_t index) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[3]);
     }
     plausible_check(model, PLAUSIBLE_GAGE_INTERVAL, interval, 2, name);
+    plausible_checkPlain(model, interval, tokens[2], 2, name);
     Gage& gage = getGage(model, index);
     gage.name = name;
     gage.format = format;

@@ -3,6 +3,7 @@
 #include "model/plausible.h"
 
 #include <cmath>
+#include <cstring>
 #include <string>
 
 #include "model/model.h"
@@ -29,4 +30,11 @@ void plausible_tell(const Model& model, int32_t plausible, double value, int32_t
     const std::string slip = isDoubtful && range.slip[0] ? std::string(" (") + range.slip + ")" : "";
     warnings_addAtLine(model, range.warning, isDoubtful ? SEVERITY_WARNING : SEVERITY_NOTE, word, object,
                        {range.quantity, warnings_formatNumber(value) + unit, formatRange(range), slip});
+}
+
+void plausible_checkPlain(const Model& model, int32_t seconds, const char* text, int32_t word, const char* object) {
+    static constexpr int32_t LONG = 9000, DAY = 86400;  ///< s
+    if (seconds > LONG && DAY % seconds != 0 && seconds % DAY != 0 && !std::strchr(text, ':')) {
+        warnings_addAtLine(model, WARN_STEP_PLAIN, word, object, {text});
+    }
 }

@@ -28,6 +28,10 @@ extern const Plausible Plausibles[PLAUSIBLE_COUNT];
 /// The number is outside its range: tells so.
 void plausible_tell(const Model& model, int32_t plausible, double value, int32_t word, const char* object);
 
+/// Tells of a time (s) given as a plain number, which means hours, if that makes no hours of a clock: seconds or minutes
+/// were meant.
+void plausible_checkPlain(const Model& model, int32_t seconds, const char* text, int32_t word, const char* object);
+
 /// Tells of a number, word `word` of the line that is being read, if it is outside what is usual.
 inline void plausible_check(const Model& model, int32_t plausible, double value, int32_t word, const char* object) {
     const Plausible& range = Plausibles[plausible];

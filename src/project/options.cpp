@@ -4,13 +4,11 @@
 #include "project/options.h"
 
 #include <cmath>
-#include <cstring>
 
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/plausible.h"
 #include "model/project.h"
-#include "model/warnings.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
 #include "text/units.h"
@@ -121,14 +119,6 @@ static int32_t readInterval(Model& model, const char* value) {
     return error;
 }
 
-/// A step or an interval of hours that no clock knows, without a colon: seconds or minutes were meant.
-static void checkPlain(const Model& model, int32_t seconds, const char* key, const char* value) {
-    static constexpr int32_t LONG = 9000, DAY = 86400;  ///< s
-    if (seconds > LONG && DAY % seconds != 0 && seconds % DAY != 0 && !std::strchr(value, ':')) {
-        warnings_addAtLine(model, WARN_STEP_PLAIN, 1, key, {value});
-    }
-}
-
 /// The value that an option has now against what is usual.
 static void checkNumber(const Model& model, int32_t option, const char* key, const char* value) {
     const Options& options = model.options;
@@ -141,15 +131,15 @@ static void checkNumber(const Model& model, int32_t option, const char* key, con
         case END_TIME: plausible_check(model, PLAUSIBLE_TIME_OF_DAY, options.endTime * HOURS_PER_DAY, 1, key); break;
         case RUNOFF_STEP:
             plausible_check(model, PLAUSIBLE_RUNOFF_STEP, options.runoffStep, 1, key);
-            checkPlain(model, options.runoffStep, key, value);
+            plausible_checkPlain(model, options.runoffStep, value, 1, key);
             break;
         case ROUTING_STEP:
             plausible_check(model, PLAUSIBLE_ROUTING_STEP, options.routingStep, 1, key);
-            checkPlain(model, options.routingStep, key, value);
+            plausible_checkPlain(model, options.routingStep, value, 1, key);
             break;
         case REPORT_STEP:
             plausible_check(model, PLAUSIBLE_REPORT_STEP, options.reportStep, 1, key);
-            checkPlain(model, options.reportStep, key, value);
+            plausible_checkPlain(model, options.reportStep, value, 1, key);
             break;
         case START_DRY_DAYS: plausible_check(model, PLAUSIBLE_DRY_DAYS, options.startDryDays, 1, key); break;
         case EVENT_INTERVAL:

@@ -6,6 +6,7 @@
 #include "model/warnings.h"
 #include "review/clock.h"
 #include "review/land.h"
+#include "review/series.h"
 #include "review/steps.h"
 #include "review/tanks.h"
 #include "review/usage.h"
@@ -21,5 +22,6 @@ void review_project(const Model& model) {
     ways_review(model);
     usage_review(model);
     land_review(model);
+    series_review(model);
     warnings_tellRest(model);
 }
