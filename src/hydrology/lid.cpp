@@ -66,7 +66,7 @@ static constexpr int32_t SoilRanges[] = {PLAUSIBLE_SOIL_DEPTH,        PLAUSIBLE_
                                          PLAUSIBLE_SOIL_CONDUCTIVITY, PLAUSIBLE_CONDUCTIVITY_SLOPE};
 static constexpr int32_t StorageRanges[] = {PLAUSIBLE_STORAGE_DEPTH, PLAUSIBLE_VOID_RATIO};
 static constexpr int32_t PavementRanges[] = {PLAUSIBLE_PAVEMENT_DEPTH, PLAUSIBLE_PAVEMENT_VOID, PLAUSIBLE_PERMEABILITY};
-static constexpr int32_t MatRanges[] = {PLAUSIBLE_MAT_DEPTH, PLAUSIBLE_MAT_VOID, PLAUSIBLE_MAT_ROUGHNESS};
+static constexpr int32_t MatRanges[] = {PLAUSIBLE_MAT_DEPTH, PLAUSIBLE_MAT_VOID};
 
 /// The items of a layer, from token 2 on, against what is usual of each. A thickness of 0 is no layer.
 template <size_t count>
@@ -153,6 +153,7 @@ static int32_t readMat(Model& model, const Tokens& tokens, Lid& lid) {
         return error;
     }
     checkLayer(model, lid, v, MatRanges);
+    plausible_checkSet(model, PLAUSIBLE_MAT_ROUGHNESS, v[2], 4, lid.name);
     lid.matDepth = v[0] / MM_PER_M;
     lid.matVoid = v[1];
     lid.matRoughness = v[2];

@@ -71,6 +71,7 @@ int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
             return errors_setName(model, ERR_NUMBER, tokens[4 + k]);
         }
     }
+    values[1] = number_truncate(values[1]);
     checkNumbers(model, values, head);
     link_setHead(model, link, PIPE, kindIndex, head);
     Pipe& pipe = model.pipes[kindIndex];

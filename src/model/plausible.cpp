@@ -23,11 +23,21 @@ static std::string formatRange(const Plausible& range) {
     return std::isinf(range.low) ? "up to " + high : low + " to " + high;
 }
 
+/// The likely mistake of a number beyond doubt, in brackets; empty if none is known.
+static std::string formatSlip(const Plausible& range, double value) {
+    const std::string slip = range.slip;
+    const size_t part = slip.find(';');
+    const std::string own = part == std::string::npos ? slip
+                            : value < range.doubtLow  ? slip.substr(0, part)
+                                                      : slip.substr(part + 1);
+    return own.empty() ? "" : " (" + own + ")";
+}
+
 void plausible_tell(const Model& model, int32_t plausible, double value, int32_t word, const char* object) {
     const Plausible& range = Plausibles[plausible];
     const bool isDoubtful = !(value >= range.doubtLow && value <= range.doubtHigh);
     const std::string unit = range.unit[0] ? std::string(" ") + range.unit : "";
-    const std::string slip = isDoubtful && range.slip[0] ? std::string(" (") + range.slip + ")" : "";
+    const std::string slip = isDoubtful ? formatSlip(range, value) : "";
     warnings_addAtLine(model, range.warning, isDoubtful ? SEVERITY_WARNING : SEVERITY_NOTE, word, object,
                        {range.quantity, warnings_formatNumber(value) + unit, formatRange(range), slip});
 }

@@ -119,6 +119,15 @@ static void reviewFlow(const Model& model, int32_t index, const ExtInflow& recor
     }
 }
 
+/// Whether water comes with the concentrations of a node also while no series brings any.
+static bool hasSteadyFlow(const Node& node) {
+    const ExtInflow* record = node.extInflow;
+    while (record && record->kind != INFLOW_FLOW) {
+        record = record->next;
+    }
+    return record && record->baseline != 0.0;
+}
+
 static void reviewInflows(const Model& model) {
     Table<uint8_t> isReviewed = table_make(model.timeSeries.size(), uint8_t{0});
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
@@ -126,7 +135,7 @@ static void reviewInflows(const Model& model) {
             if (record->series < 0 || record->scale == 0.0) {
                 continue;
             }
-            if (!isReviewed[record->series]) {
+            if (!isReviewed[record->series] && (record->kind != INFLOW_CONCEN || hasSteadyFlow(model.nodes[k]))) {
                 isReviewed[record->series] = 1;
                 reviewEnds(model, record->series);
             }

@@ -14,6 +14,13 @@ WARNING_CASE("W-series-short", aMeter("2024/06/18 2:00 0.2 3:00 0.3 30:00 0"),
              aMeter("2024/06/18 2:00 0 3:00 0.3 30:00 0"), "METER", "METER");
 WARNING_CASE("W-series-short", aMeter("2024/06/17 2:00 0.2 40:00 0.3"), aMeter("2024/06/17 2:00 0.2 49:00 0.3"),
              "METER", "METER");
+// A concentration matters while there is water.
+WARNING_CASE("W-series-short",
+             aMeter("2024/06/18 2:00 20 3:00 30 30:00 0", "FLOW FLOW 0.01 \"\" 0\nJ1 CONCEN A 0 METER 1") +
+                 "[POLLUTANTS]\nA 0\n",
+             aMeter("2024/06/18 2:00 20 3:00 30 30:00 0", "FLOW FLOW 0 FLUSH 1\nJ1 CONCEN A 0 METER 1") +
+                 "FLUSH 2024/06/18 2:00 0 3:00 1 4:00 0\n[POLLUTANTS]\nA 0\n",
+             "METER", "METER");
 WARNING_CASE("W-series-last", aMeter("2024/06/17 2:00 0.2 48:00 0.3"), aMeter("2024/06/17 2:00 0.2 48:00 0"), "METER",
              "METER");
 WARNING_CASE("W-series-outside", aMeter("2023/06/18 0:00 0 2:00 0.2 48:00 0"),
