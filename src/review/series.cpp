@@ -45,8 +45,8 @@ static void tellOutside(const Model& model, int32_t series) {
 // --- rain ----------------------------------------------------------------------------------------------------------
 
 /// The rain of one interval against the records of the world, which grow with the root of the time: 38 mm in a minute
-/// (Guadeloupe 1970), 305 mm in 42 minutes (Holt 1947), 1825 mm in a day (Foc-Foc 1966), all below 48.1 mm by the root
-/// of the minutes.
+/// (Guadeloupe 1970), 305 mm within an hour (Holt 1947), 1825 mm in a day (Foc-Foc 1966), all below 48.1 mm times the
+/// root of the minutes.
 static void reviewRain(const Model& model, const Gage& gage) {
     static constexpr double RECORD = 48.1, UNUSUAL = 0.25;
     const SeriesSummary& summary = model.timeSeries[gage.series].summary;
