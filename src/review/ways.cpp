@@ -219,6 +219,23 @@ static void reviewCapacity(const Model& model, int32_t node) {
     }
 }
 
+/// The constant flow into a tank, its own and that of the nodes right above it, against its volume.
+static void reviewFilling(const Model& model, int32_t index, const Tank& tank) {
+    double inflow = getConstantInflow(model.nodes[index]);
+    for (const int32_t link : topology_getIncoming(model, index)) {
+        const int32_t from = model.links[link].fromNode;
+        if (model.nodes[from].kind == JUNCTION) {
+            inflow += getConstantInflow(model.nodes[from]);
+        }
+    }
+    const double dt = model.options.routingStep, volume = tank_getVolume(model, tank, tank.maxDepth);
+    if (volume > 0.0 && inflow * dt > volume) {
+        warnings_addAbout(model, WARN_STEP_TANK, NODE, index, model.nodes[index].id,
+                          {warnings_formatNumber(dt), "a constant inflow of " + warnings_formatNumber(inflow) +
+                                                          " m3/s fills its " + warnings_formatNumber(volume) + " m3"});
+    }
+}
+
 static void reviewInflows(const Model& model) {
     const Table<uint8_t> isFed = markFed(model);
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
@@ -230,6 +247,9 @@ static void reviewInflows(const Model& model) {
         const bool isReached = hasInflow || isFed[k] || topology_getIncoming(model, k).count > 0 || !node.isHead;
         if (!isReached && !hasOwnWater(model, node)) {
             warnings_addAbout(model, WARN_NODE_IDLE, NODE, k, node.id);
+        }
+        if (node.kind == TANK) {
+            reviewFilling(model, k, model.tanks[node.kindIndex]);
         }
         if (isReached && node.kind == TANK && topology_getOutgoing(model, k).count == 0) {
             warnings_addAbout(model, WARN_TANK_CLOSED, NODE, k, node.id);

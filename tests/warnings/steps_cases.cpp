@@ -65,6 +65,9 @@ WARNING_CASE("W-step-tank", aSump("1.5", "0 0", "PUMP1 0 0.1 3 0.1"), aSump("40"
              "T1");
 WARNING_CASE("W-step-tank", aSump("50", "0 0", "PUMP1 0 0.1 3 0.1", "[ORIFICES]\nQ1 T1 O1 NO CIRCULAR 0.62 0 1\n"),
              aSump("50", "0 0", "PUMP1 0 0.1 3 0.1", "[ORIFICES]\nQ1 T1 O1 NO CIRCULAR 0.62 0 0.5\n"), "T1", "T1");
+// A flow of 0.02 m3/s brings 1.2 m3 in a step.
+WARNING_CASE("W-step-tank", aSump("0.39", "0 0", "PUMP1 0 0.001 3 0.001"),
+             aSump("0.41", "0 0", "PUMP1 0 0.001 3 0.001"), "T1", "T1");
 WARNING_CASE("W-step-pump", aSump("50", "1 0.9", "PUMP1 0 0.1 3 0.1"), aSump("50", "1 0.8", "PUMP1 0 0.1 3 0.1"), "U1",
              "U1");
 // 8 m3 at 0.1 m3/s: a start in 320 s; 10 m3 make 400 s.
