@@ -5,6 +5,7 @@
 
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -27,6 +28,7 @@ int32_t evap_readLine(Model& model, const Tokens& tokens) {
         if (!tokens_getDouble(tokens[k + 1], &rates[k])) {
             return errors_setName(model, ERR_NUMBER, tokens[k + 1]);
         }
+        plausible_check(model, PLAUSIBLE_EVAPORATION, rates[k], k + 1, "");
     }
     model.evap->kind = kind;
     model.evap->isSet = true;

@@ -10,6 +10,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "model/timeseries.h"
 #include "text/number.h"
@@ -60,6 +61,8 @@ int32_t gage_readLine(Model& model, const Tokens& tokens, int32_t index) {
     if (series < 0) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[3]);
     }
+    plausible_check(model, PLAUSIBLE_GAGE_INTERVAL, interval, 2, name);
+    plausible_checkPlain(model, interval, tokens[2], 2, name);
     Gage& gage = getGage(model, index);
     gage.name = name;
     gage.format = format;

@@ -11,7 +11,9 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -75,6 +77,11 @@ int32_t landuse_readBuildup(Model& model, const Tokens& tokens) {
     if (const int32_t error = readNumbers(model, tokens, 2, 2, values)) {
         return error;
     }
+    plausible_check(model, PLAUSIBLE_BUILDUP_LIMIT, values[0], 2, tokens[0]);
+    if (values[1] == 0.0 && values[0] != 0.0) {
+        warnings_addAtLine(model, WARN_BUILDUP_RATE, 3, tokens[0], {warnings_formatNumber(values[0])});
+    }
+    plausible_checkSet(model, PLAUSIBLE_BUILDUP_RATE, values[1], 3, tokens[0]);
     model.landuses[landuse].buildup[pollutant] = {values[0], values[1]};
     return ERR_NONE;
 }
@@ -84,6 +91,9 @@ static int32_t readExponential(Model& model, const Tokens& tokens, WashoffRule& 
     if (const int32_t error = readNumbers(model, tokens, 3, 3, values)) {
         return error;
     }
+    plausible_check(model, PLAUSIBLE_WASHOFF_COEFFICIENT, values[0], 3, tokens[0]);
+    plausible_check(model, PLAUSIBLE_WASHOFF_EXPONENT, values[1], 4, tokens[0]);
+    plausible_check(model, PLAUSIBLE_REMOVAL, values[2], 5, tokens[0]);
     rule.coefficient = values[0];
     rule.exponent = values[1];
     rule.removal = values[2];
@@ -103,6 +113,8 @@ static int32_t readEventMean(Model& model, const Tokens& tokens, WashoffRule& ru
     if (const int32_t error = readNumbers(model, tokens, 5, 1, &removal)) {
         return error;
     }
+    plausible_check(model, PLAUSIBLE_EVENT_MEAN, emc, 3, tokens[0]);
+    plausible_check(model, PLAUSIBLE_REMOVAL, removal, 5, tokens[0]);
     rule.emc = emc;
     rule.usesBuildup = word != 0;
     rule.removal = removal;

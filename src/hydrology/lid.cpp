@@ -12,6 +12,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/units.h"
 
@@ -60,6 +61,21 @@ static int32_t readNumbers(Model& model, const Tokens& tokens, double* values, i
     return ERR_NONE;
 }
 
+static constexpr int32_t SoilRanges[] = {PLAUSIBLE_SOIL_DEPTH,        PLAUSIBLE_POROSITY,
+                                         PLAUSIBLE_FIELD_CAPACITY,    PLAUSIBLE_WILTING_POINT,
+                                         PLAUSIBLE_SOIL_CONDUCTIVITY, PLAUSIBLE_CONDUCTIVITY_SLOPE};
+static constexpr int32_t StorageRanges[] = {PLAUSIBLE_STORAGE_DEPTH, PLAUSIBLE_VOID_RATIO};
+static constexpr int32_t PavementRanges[] = {PLAUSIBLE_PAVEMENT_DEPTH, PLAUSIBLE_PAVEMENT_VOID, PLAUSIBLE_PERMEABILITY};
+static constexpr int32_t MatRanges[] = {PLAUSIBLE_MAT_DEPTH, PLAUSIBLE_MAT_VOID};
+
+/// The items of a layer, from token 2 on, against what is usual of each. A thickness of 0 is no layer.
+template <size_t count>
+static void checkLayer(const Model& model, const Lid& lid, const double* v, const int32_t (&ranges)[count]) {
+    for (size_t k = 0; k < count && v[0] != 0.0; ++k) {
+        plausible_check(model, ranges[k], v[k], static_cast<int32_t>(k) + 2, lid.name);
+    }
+}
+
 static int32_t readSurface(Model& model, const Tokens& tokens, Lid& lid) {
     double depth, fraction, rest[3];
     if (!tokens_getNonNegative(tokens[2], &depth)) {
@@ -73,6 +89,11 @@ static int32_t readSurface(Model& model, const Tokens& tokens, Lid& lid) {
             return errors_setName(model, ERR_NUMBER, tokens[4 + k]);
         }
     }
+    plausible_checkSet(model, PLAUSIBLE_BERM, depth, 2, lid.name);
+    plausible_check(model, PLAUSIBLE_PLANTS, fraction, 3, lid.name);
+    plausible_checkSet(model, PLAUSIBLE_LID_ROUGHNESS, rest[0], 4, lid.name);
+    plausible_checkSet(model, PLAUSIBLE_LID_SLOPE, rest[1], 5, lid.name);
+    plausible_check(model, PLAUSIBLE_SIDE_SLOPE, rest[2], 6, lid.name);
     lid.surfaceDepth = depth / MM_PER_M;
     lid.surfaceVoid = depth == 0.0 ? 1.0 : 1.0 - fraction;
     lid.surfaceRoughness = rest[0];
@@ -86,6 +107,7 @@ static int32_t readSoil(Model& model, const Tokens& tokens, Lid& lid) {
     if (const int32_t error = readNumbers(model, tokens, v, 6)) {
         return error;
     }
+    checkLayer(model, lid, v, SoilRanges);
     lid.soilDepth = v[0] / MM_PER_M;
     lid.porosity = v[1];
     lid.fieldCapacity = v[2];
@@ -95,15 +117,33 @@ static int32_t readSoil(Model& model, const Tokens& tokens, Lid& lid) {
     return ERR_NONE;
 }
 
-/// Storage and pavement: thickness, void ratio (voids per solids, kept as voids per whole), rate.
-static int32_t readPorousLayer(Model& model, const Tokens& tokens, double& depth, double& voidFraction, double& rate) {
+/// Of storage and pavement, the void ratio is voids per solids, kept as voids per whole.
+static double getVoidShare(double ratio) {
+    return ratio / (ratio + 1.0);
+}
+
+static int32_t readStorage(Model& model, const Tokens& tokens, Lid& lid) {
     double v[3];
     if (const int32_t error = readNumbers(model, tokens, v, 3)) {
         return error;
     }
-    depth = v[0] / MM_PER_M;
-    voidFraction = v[1] / (v[1] + 1.0);
-    rate = v[2] / MM_PER_HOUR;
+    checkLayer(model, lid, v, StorageRanges);
+    plausible_checkSet(model, PLAUSIBLE_SEEPAGE, v[2], 4, lid.name);
+    lid.storageDepth = v[0] / MM_PER_M;
+    lid.storageVoid = getVoidShare(v[1]);
+    lid.storageRate = v[2] / MM_PER_HOUR;
+    return ERR_NONE;
+}
+
+static int32_t readPavement(Model& model, const Tokens& tokens, Lid& lid) {
+    double v[3];
+    if (const int32_t error = readNumbers(model, tokens, v, 3)) {
+        return error;
+    }
+    checkLayer(model, lid, v, PavementRanges);
+    lid.pavementDepth = v[0] / MM_PER_M;
+    lid.pavementVoid = getVoidShare(v[1]);
+    lid.pavementRate = v[2] / MM_PER_HOUR;
     return ERR_NONE;
 }
 
@@ -112,6 +152,8 @@ static int32_t readMat(Model& model, const Tokens& tokens, Lid& lid) {
     if (const int32_t error = readNumbers(model, tokens, v, 3)) {
         return error;
     }
+    checkLayer(model, lid, v, MatRanges);
+    plausible_checkSet(model, PLAUSIBLE_MAT_ROUGHNESS, v[2], 4, lid.name);
     lid.matDepth = v[0] / MM_PER_M;
     lid.matVoid = v[1];
     lid.matRoughness = v[2];
@@ -122,6 +164,11 @@ static int32_t readDrain(Model& model, const Tokens& tokens, Lid& lid) {
     double v[4] = {};
     if (const int32_t error = readNumbers(model, tokens, v, tokens.count > 5 ? 4 : 3)) {
         return error;
+    }
+    if (v[0] != 0.0) {
+        plausible_check(model, PLAUSIBLE_DRAIN_EXPONENT, v[1], 3, lid.name);
+        plausible_check(model, PLAUSIBLE_DRAIN_OFFSET, v[2], 4, lid.name);
+        plausible_check(model, PLAUSIBLE_DRAIN_DELAY, v[3], 5, lid.name);
     }
     lid.drainCoefficient = v[0];
     lid.drainExponent = v[1];
@@ -141,9 +188,8 @@ static int32_t readLayer(Model& model, const Tokens& tokens, Lid& lid, int32_t l
     switch (layer) {
         case LAYER_SURFACE: return readSurface(model, tokens, lid);
         case LAYER_SOIL: return readSoil(model, tokens, lid);
-        case LAYER_STORAGE: return readPorousLayer(model, tokens, lid.storageDepth, lid.storageVoid, lid.storageRate);
-        case LAYER_PAVEMENT:
-            return readPorousLayer(model, tokens, lid.pavementDepth, lid.pavementVoid, lid.pavementRate);
+        case LAYER_STORAGE: return readStorage(model, tokens, lid);
+        case LAYER_PAVEMENT: return readPavement(model, tokens, lid);
         case LAYER_DRAINMAT: return readMat(model, tokens, lid);
         default: return readDrain(model, tokens, lid);
     }

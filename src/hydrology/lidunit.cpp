@@ -8,6 +8,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/units.h"
 
@@ -28,6 +29,10 @@ int32_t lidunit_readItems(Model& model, const Tokens& tokens, int32_t place, boo
             return errors_setName(model, ERR_NUMBER, tokens[place + k]);
         }
     }
+    plausible_check(model, PLAUSIBLE_UNIT_AREA, values[0], place, tokens[0]);
+    plausible_checkSet(model, PLAUSIBLE_UNIT_WIDTH, values[1], place + 1, tokens[0]);
+    plausible_checkSet(model, PLAUSIBLE_SATURATION, values[2], place + 2, tokens[0]);
+    plausible_checkSet(model, PLAUSIBLE_UNIT_SHARE, values[3], place + 3, tokens[0]);
     unit.area = values[0];
     unit.fullWidth = values[1];
     unit.initialSaturation = values[2] / PERCENT;

@@ -26,13 +26,8 @@ static constexpr double SHEET_DEPTH = 0.1;  ///< m, of the water by which the ti
 
 // --- start ---------------------------------------------------------------------------------------------------------
 
-/// Time (s) that a sheet of water takes over a plane, by Manning's law. `time` is that of the subcatchment
-/// before; one that LID units cover wholly leaves it as it is.
-static double getFlowTime(const Subcatch& subcatch, double time) {
-    const double area = subcatch.area - subcatch.lidArea;
-    if (area == 0.0) {
-        return time;
-    }
+/// Time (s) that a sheet of water takes over a plane of so much area (m2), by Manning's law.
+static double getFlowTime(const Subcatch& subcatch, double area) {
     const double roughness = std::min(subcatch.imperviousRoughness, subcatch.perviousRoughness);
     const double alpha = std::pow(subcatch.slope, 0.5) * std::pow(SHEET_DEPTH, 2.0 / 3.0) / roughness;
     const double f = subcatch.imperviousFraction;
@@ -44,29 +39,46 @@ static double getFlowTime(const Subcatch& subcatch, double time) {
     return impervious > pervious && pervious != 0.0 ? pervious : impervious;
 }
 
-void runoff_limitStep(Model& model) {
-    for (const Gage& gage : model.gages) {
-        model.options.runoffStep = gage.interval < model.options.runoffStep ? gage.interval : model.options.runoffStep;
+/// The last subcatchment that LID units don't cover wholly counts, not the fastest one, and the step found may be
+/// longer than the one it replaces: the time of flow is a rough guess, and the steps that this gives are part of the
+/// results.
+static void limitToFlow(const Model& model, RunoffStep& step) {
+    int32_t last = model.subcatches.size() - 1;
+    while (last >= 0 && model.subcatches[last].area - model.subcatches[last].lidArea == 0.0) {
+        --last;
     }
-    // The last subcatchment counts, not the fastest one, and the step found may be longer than the one it replaces: the
-    // time of flow is a rough guess, and the steps that this gives are part of the results.
-    double time = 0.0;
-    for (const Subcatch& subcatch : model.subcatches) {
-        time = getFlowTime(subcatch, time);
-    }
-    if (!(model.options.runoffStep > time) || !std::isfinite(time)) {
+    const Subcatch* subcatch = model.subcatches.find(last);
+    step.flowTime = subcatch ? getFlowTime(*subcatch, subcatch->area - subcatch->lidArea) : 0.0;
+    if (!(step.seconds > step.flowTime) || !std::isfinite(step.flowTime)) {
         return;
     }
-    const int32_t seconds = number_truncate(time);
+    const int32_t seconds = number_truncate(step.flowTime);
     if (seconds < 0) {
         return;
     }
-    for (const int32_t step : {1, 2, 5, 10, 30, 60, 120, 300}) {
-        if (step > seconds) {
-            model.options.runoffStep = step;
+    for (const int32_t coarse : {1, 2, 5, 10, 30, 60, 120, 300}) {
+        if (coarse > seconds) {
+            step.seconds = coarse;
+            step.subcatch = last;
             return;
         }
     }
+}
+
+RunoffStep runoff_findStep(const Model& model) {
+    RunoffStep step{model.options.runoffStep, -1, -1, 0.0};
+    for (int32_t k = 0; k < model.gages.size(); ++k) {
+        if (model.gages[k].interval < step.seconds) {
+            step.seconds = model.gages[k].interval;
+            step.gage = k;
+        }
+    }
+    limitToFlow(model, step);
+    return step;
+}
+
+void runoff_limitStep(Model& model) {
+    model.options.runoffStep = runoff_findStep(model).seconds;
 }
 
 void runoff_initState(Model& model) {

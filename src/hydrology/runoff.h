@@ -15,6 +15,15 @@ struct Model;
 /// Puts all subcatchments to the start of a run.
 void runoff_initState(Model& model);
 
+/// What the runoff step is cut to, and by what.
+struct RunoffStep {
+    int32_t seconds;
+    int32_t gage;      ///< that has cut it, or -1
+    int32_t subcatch;  ///< likewise, over which water flows in `flowTime`; it counts in place of the gage
+    double flowTime;   ///< s
+};
+[[nodiscard]] RunoffStep runoff_findStep(const Model& model);
+
 /// Cuts the runoff step to the shortest interval of the gages, and to the time of flow over the land; once per run.
 void runoff_limitStep(Model& model);
 

@@ -14,8 +14,10 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "model/warnings.h"
 #include "text/units.h"
 
 static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve, left to recover after the drying time
@@ -63,6 +65,44 @@ static double getShare(double percent) {
     return percent >= PERCENT ? 1.0 : percent / PERCENT;
 }
 
+/// The depth that the limit (mm) is compared with grows at least by the final rate (mm/h), in the lightest rain as
+/// well.
+static void checkLimit(const Model& model, const char* name, double finalRate, double limit) {
+    static constexpr double SHORT = 6.0;  ///< h, so long many a drizzle lasts
+    if (limit > 0.0 && finalRate * SHORT > limit) {
+        warnings_addAtLine(model, WARN_HORTON_LIMIT, 15, name,
+                           {warnings_formatNumber(limit), warnings_formatNumber(limit / finalRate)});
+    }
+}
+
+/// The words of a line against what is usual. A part of the land without area has numbers that don't matter, and the
+/// smallest storages stand for none.
+static void checkNumbers(const Model& model, const char* name, const double* v) {
+    static constexpr double NO_STORAGE = 0.01;  ///< mm
+    plausible_check(model, PLAUSIBLE_SUBCATCH_AREA, v[3], 3, name);
+    plausible_check(model, PLAUSIBLE_OVERLAND_PATH, v[3] * M2_PER_HA / v[4], 4, name);
+    plausible_checkSet(model, PLAUSIBLE_IMPERVIOUSNESS, v[5], 5, name);
+    plausible_check(model, PLAUSIBLE_LAND_SLOPE, v[6], 6, name);
+    if (v[5] > 0.0) {
+        plausible_check(model, PLAUSIBLE_PAVED_ROUGHNESS, v[7], 7, name);
+        if (v[9] > NO_STORAGE) {
+            plausible_check(model, PLAUSIBLE_PAVED_STORAGE, v[9], 9, name);
+        }
+    }
+    if (v[5] < PERCENT) {
+        plausible_check(model, PLAUSIBLE_LAND_ROUGHNESS, v[8], 8, name);
+        if (v[10] > NO_STORAGE) {
+            plausible_check(model, PLAUSIBLE_LAND_STORAGE, v[10], 10, name);
+        }
+        plausible_check(model, PLAUSIBLE_HORTON_FIRST, v[11], 11, name);
+        plausible_check(model, PLAUSIBLE_HORTON_FINAL, v[12], 12, name);
+        plausible_check(model, PLAUSIBLE_HORTON_DECAY, v[13], 13, name);
+        plausible_check(model, PLAUSIBLE_DRYING_TIME, v[14], 14, name);
+        plausible_checkSet(model, PLAUSIBLE_HORTON_LIMIT, v[15], 15, name);
+        checkLimit(model, name, v[12], v[15]);
+    }
+}
+
 int32_t subcatch_readLine(Model& model, const Tokens& tokens, int32_t index) {
     static constexpr int32_t FIRST = 3, COUNT = 16;
     static constexpr int32_t IMPERVIOUS = 5, MAX_VOLUME = 15;  ///< only these two may be 0
@@ -87,6 +127,7 @@ int32_t subcatch_readLine(Model& model, const Tokens& tokens, int32_t index) {
             return errors_setName(model, ERR_NUMBER, tokens[k]);
         }
     }
+    checkNumbers(model, name, v);
     Subcatch& subcatch = model.subcatches[index];
     subcatch.name = name;
     subcatch.gage = gage;
@@ -138,6 +179,7 @@ int32_t subcatch_readCoverage(Model& model, const Tokens& tokens) {
     if (!tokens_getDouble(tokens[2], &percent)) {
         return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
+    plausible_checkSet(model, PLAUSIBLE_COVERAGE, percent, 2, tokens[0]);
     model.subcatches[subcatch].landShares[landuse].fraction = percent / PERCENT;
     return ERR_NONE;
 }
@@ -154,6 +196,7 @@ int32_t subcatch_readLoading(Model& model, const Tokens& tokens) {
     if (!tokens_getNonNegative(tokens[2], &load)) {
         return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
+    plausible_check(model, PLAUSIBLE_LOADING, load, 2, tokens[0]);
     model.subcatches[subcatch].initialLoad[pollutant] = load;
     return ERR_NONE;
 }

@@ -64,6 +64,23 @@ static int32_t readSection(Model& model, const Tokens& tokens, Conduit& conduit)
     return tokens.count < 10 ? errors_setName(model, ERR_ITEMS, "") : readPositive(model, tokens, 9, conduit.width);
 }
 
+static void checkNumbers(const Model& model, const Conduit& conduit, double slopePercent, const char* id) {
+    plausible_check(model, PLAUSIBLE_CONDUIT_LENGTH, conduit.length, 4, id);
+    if (conduit.length < model.options.conduitLengthening) {
+        warnings_addAtLine(
+            model, WARN_CONDUIT_LENGTHENED, 4, id,
+            {warnings_formatNumber(conduit.length), warnings_formatNumber(model.options.conduitLengthening)});
+    }
+    plausible_check(model, PLAUSIBLE_SEWER_SLOPE, slopePercent, 5, id);
+    plausible_check(model, PLAUSIBLE_CHANNEL_ROUGHNESS, conduit.roughness, 6, id);
+    if (conduit.shape != IRREGULAR_CONDUIT) {
+        plausible_check(model, PLAUSIBLE_CONDUIT_HEIGHT, conduit.height, 8, id);
+    }
+    if (conduit.shape == RECTANGULAR_CONDUIT) {
+        plausible_check(model, PLAUSIBLE_CONDUIT_WIDTH, conduit.width, 9, id);
+    }
+}
+
 int32_t conduit_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
     if (const int32_t error = link_readHead(model, tokens, 9, head)) {
@@ -78,11 +95,11 @@ int32_t conduit_readLine(Model& model, const Tokens& tokens, int32_t link, int32
             return error;
         }
     }
-    plausible_check(model, PLAUSIBLE_SEWER_SLOPE, slopePercent, 5, head.id);
     conduit.slope = slopePercent / PERCENT;
     if (const int32_t error = readSection(model, tokens, conduit)) {
         return error;
     }
+    checkNumbers(model, conduit, slopePercent, head.id);
     link_setHead(model, link, CONDUIT, kindIndex, head);
     row = conduit;
     return ERR_NONE;

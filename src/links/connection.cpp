@@ -8,10 +8,24 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
 #include "text/units.h"
+
+static void checkDelay(const Model& model, double delay, const char* id) {
+    const double dt = model.options.routingStep, duration = model_getDuration(model);
+    plausible_checkSet(model, PLAUSIBLE_DELAY, delay, 4, id);
+    if (delay + dt > duration + 0.5 && duration > 0.0) {
+        warnings_addAtLine(model, WARN_DELAY_RUN, 4, id,
+                           {warnings_formatNumber(delay), warnings_formatNumber(duration)});
+    } else if (model_isBroken(delay, dt)) {
+        warnings_addAtLine(model, WARN_STEP_CONNECTION, 4, id,
+                           {warnings_formatNumber(delay), warnings_formatNumber(dt)});
+    }
+}
 
 int32_t connection_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
@@ -22,6 +36,7 @@ int32_t connection_readLine(Model& model, const Tokens& tokens, int32_t link, in
     if (!tokens_getNonNegative(tokens[4], &delay)) {
         return errors_setName(model, ERR_NUMBER, tokens[3]);  // the message shows the word before the delay
     }
+    checkDelay(model, delay, head.id);
     link_setHead(model, link, CONNECTION, kindIndex, head);
     model.connections[kindIndex].delay = delay;
     return ERR_NONE;

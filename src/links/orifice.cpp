@@ -9,6 +9,7 @@
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
@@ -58,6 +59,12 @@ int32_t orifice_readLine(Model& model, const Tokens& tokens, int32_t link, int32
     }
     if (const int32_t error = readSizes(model, tokens, orifice)) {
         return error;
+    }
+    plausible_check(model, PLAUSIBLE_ORIFICE_COEFFICIENT, orifice.coefficient, 5, head.id);
+    plausible_check(model, PLAUSIBLE_CREST, orifice.crest, 6, head.id);
+    plausible_check(model, PLAUSIBLE_ORIFICE_SIZE, orifice.height, 7, head.id);
+    if (orifice.shape == RECTANGULAR_ORIFICE) {
+        plausible_check(model, PLAUSIBLE_ORIFICE_SIZE, orifice.width, 8, head.id);
     }
     link_setHead(model, link, ORIFICE, kindIndex, head);
     model.orifices[kindIndex] = orifice;

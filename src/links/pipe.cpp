@@ -19,13 +19,46 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "model/prefetch.h"
+#include "model/warnings.h"
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
 // --- reading and validation ----------------------------------------------------------------------------------------
+
+/// K is the time of a reach and the step that is routed as well. So no coefficient of Muskingum's is ever negative, and
+/// only K against step and run, and X at its end, leave something to say.
+static void checkSteps(const Model& model, const double* v, const char* id) {
+    const double dt = model.options.routingStep;
+    if (v[0] < 2.0 * dt) {
+        warnings_addAtLine(model, WARN_STEP_PIPE, 4, id, {warnings_formatNumber(v[0]), warnings_formatNumber(dt)});
+    } else if (model_isBroken(v[0], dt)) {
+        warnings_addAtLine(model, WARN_STEP_MULTIPLE, 4, id, {warnings_formatNumber(v[0]), warnings_formatNumber(dt)});
+    }
+    if (v[2] == 0.5) {
+        warnings_addAtLine(model, WARN_MUSKINGUM, 6, id, {warnings_formatNumber(v[1]), warnings_formatNumber(v[0])});
+    }
+    const double travel = (v[1] + 1.0) * v[0], duration = model_getDuration(model);
+    if (travel >= duration && duration > 0.0) {
+        warnings_addAtLine(model, WARN_PIPE_TRAVEL, 5, id,
+                           {warnings_formatNumber(travel), warnings_formatNumber(duration)});
+    }
+}
+
+/// K, N, X and the largest flow against what is usual.
+static void checkNumbers(const Model& model, const double* v, const LinkHead& head) {
+    plausible_check(model, PLAUSIBLE_PIPE_K, v[0], 4, head.id);
+    plausible_check(model, PLAUSIBLE_PIPE_N, v[1], 5, head.id);
+    plausible_check(model, PLAUSIBLE_PIPE_TRAVEL, (v[1] + 1.0) * v[0], 5, head.id);
+    plausible_checkSet(model, PLAUSIBLE_LIMIT_FLOW, v[3], 7, head.id);
+    checkSteps(model, v, head.id);
+    if (head.isLagged) {
+        warnings_addAtLine(model, WARN_LAGGED_PIPE, 3, head.id);
+    }
+}
 
 int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
@@ -38,6 +71,8 @@ int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
             return errors_setName(model, ERR_NUMBER, tokens[4 + k]);
         }
     }
+    values[1] = number_truncate(values[1]);
+    checkNumbers(model, values, head);
     link_setHead(model, link, PIPE, kindIndex, head);
     Pipe& pipe = model.pipes[kindIndex];
     pipe.k = values[0];

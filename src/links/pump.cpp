@@ -9,6 +9,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
@@ -43,6 +44,8 @@ int32_t pump_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
     if (!tokens_getNonNegative(tokens[7], &pump.shutoffDepth)) {
         return errors_setName(model, ERR_NUMBER, tokens[7]);
     }
+    plausible_check(model, PLAUSIBLE_SWITCH_DEPTH, pump.startupDepth, 6, head.id);
+    plausible_check(model, PLAUSIBLE_SWITCH_DEPTH, pump.shutoffDepth, 7, head.id);
     link_setHead(model, link, PUMP, kindIndex, head);
     model.pumps[kindIndex] = pump;
     return ERR_NONE;

@@ -9,10 +9,22 @@
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/tokens.h"
 
 static const char* const WeirShapeWords[] = {"RECTANGULAR", "TRIANGULAR", nullptr};
+
+static void checkNumbers(const Model& model, const Weir& weir, const char* id) {
+    if (weir.shape == RECTANGULAR_WEIR) {
+        plausible_check(model, PLAUSIBLE_WEIR_COEFFICIENT, weir.coefficient, 5, id);
+        plausible_check(model, PLAUSIBLE_WEIR_LENGTH, weir.length, 6, id);
+    } else {
+        plausible_check(model, PLAUSIBLE_NOTCH_COEFFICIENT, weir.coefficient, 5, id);
+    }
+    plausible_check(model, PLAUSIBLE_CREST, weir.crest, 7, id);
+    plausible_check(model, PLAUSIBLE_WEIR_OPENING, weir.opening, 8, id);
+}
 
 int32_t weir_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex) {
     LinkHead head;
@@ -32,6 +44,7 @@ int32_t weir_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
             return errors_setName(model, ERR_NUMBER, tokens[5 + k]);
         }
     }
+    checkNumbers(model, weir, head.id);
     link_setHead(model, link, WEIR, kindIndex, head);
     model.weirs[kindIndex] = weir;
     return ERR_NONE;

@@ -9,6 +9,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 
 static const char* const CurveTypeWords[] = {"TANK", "PUMP1", "PUMP2", "TRANSECT", nullptr};
@@ -28,6 +29,15 @@ static void appendPoint(Curve& curve, const CurvePoint& point) {
     } catch (const std::bad_alloc&) {
         return;
     }
+}
+
+/// A point against what is usual; `word` is that of its x.
+static void checkPoint(const Model& model, int32_t type, const CurvePoint& point, int32_t word, const char* id) {
+    if (type < 0 || type == TRANSECT_CURVE) {
+        return;
+    }
+    plausible_check(model, PLAUSIBLE_CURVE_DEPTH, point.x, word, id);
+    plausible_check(model, type == TANK_CURVE ? PLAUSIBLE_TANK_AREA : PLAUSIBLE_PUMP_FLOW, point.y, word + 1, id);
 }
 
 int32_t curve_readLine(Model& model, const Tokens& tokens) {
@@ -60,6 +70,7 @@ int32_t curve_readLine(Model& model, const Tokens& tokens) {
         if (!tokens_getDouble(tokens[k + 1], &point.y)) {
             return errors_setName(model, ERR_NUMBER, tokens[k + 1]);
         }
+        checkPoint(model, curve.curveType, point, k, curve.id);
         appendPoint(curve, point);
     }
     return ERR_NONE;

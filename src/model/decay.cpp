@@ -11,6 +11,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/tokens.h"
 #include "text/units.h"
@@ -47,6 +48,7 @@ int32_t decay_readReaction(Model& model, const Tokens& tokens, bool tellsWords, 
     if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
         return errors_setName(model, ERR_NUMBER, tokens[4]);
     }
+    plausible_checkSet(model, PLAUSIBLE_DECAY_RATE, perDay, 4, tokens[0]);
     int32_t pattern = -1;
     if (*tokens[5]) {
         pattern = names_find(model, PATTERN, tokens[5]);

@@ -29,3 +29,8 @@ void model_clearHostLists(Model& model) {
     model.requests.swmmSettings.clear();
     model.requests.swmmLoads.clear();
 }
+
+double model_getDuration(const Model& model) {
+    const Options& options = model.options;
+    return (options.endDate + options.endTime - options.startDate - options.startTime) * SECONDS_PER_DAY;
+}

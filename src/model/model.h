@@ -132,6 +132,7 @@ struct Model {
 
     int32_t* sortedNodes{};  ///< in the order of visits; null before the first start
     int64_t visitCount{};    ///< of the network, over the run
+    int32_t reachedCount{};  ///< nodes that a path leads to from a head, by the check of the project
     Table<Visit> visits;
     Table<VisitLink> outgoingVisits, incomingVisits;
     Table<int32_t> uncountedNodes, uncountedLinks;  ///< of which no visit makes the statistics
@@ -158,6 +159,15 @@ struct Model {
 
 /// The date of a clock: the extra millisecond keeps a whole second from falling just before itself.
 [[nodiscard]] double model_getDate(const Model& model, double clock);
+
+/// Duration (s) between the dates of the options, known while the lines are read; 0 or less if the dates are wrong.
+[[nodiscard]] double model_getDuration(const Model& model);
+
+/// Whether a time (s) is no whole number of steps (s).
+[[nodiscard]] inline bool model_isBroken(double time, double step) {
+    const double steps = time / step;
+    return steps < 9.0e15 && steps != static_cast<double>(static_cast<int64_t>(steps));
+}
 
 [[nodiscard]] inline int32_t model_pollutantCount(const Model& model) {
     return model.counts.objects[POLLUT];

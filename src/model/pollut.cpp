@@ -6,6 +6,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 
 int32_t pollut_readLine(Model& model, const Tokens& tokens, int32_t index) {
@@ -20,6 +21,7 @@ int32_t pollut_readLine(Model& model, const Tokens& tokens, int32_t index) {
     if (!tokens_getNonNegative(tokens[1], &concentration)) {
         return errors_setName(model, ERR_NUMBER, tokens[1]);
     }
+    plausible_check(model, PLAUSIBLE_RAIN_CONCENTRATION, concentration, 1, id);
     model.polluts[index] = {id, concentration};
     return ERR_NONE;
 }

@@ -4,6 +4,7 @@
 
 #include "model/timeseries.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 
@@ -147,6 +148,28 @@ static bool openSeriesFile(const Model& model, Series& series) {
            textfile_open(series.file, (model.files.inputFolder + series.fileName).c_str());
 }
 
+static void beginSummary(SeriesSummary& summary, const SeriesEntry& entry, DateTime end) {
+    const bool isWet = entry.value != 0.0 && entry.date < end;
+    summary = {entry, entry, entry.value, entry.value, isWet ? entry.date : NO_DATE, HUGE_VAL};
+}
+
+static void addToSummary(SeriesSummary& summary, const SeriesEntry& entry, DateTime end) {
+    const double gap = entry.date - summary.last.date;
+    if (summary.last.value != 0.0 && gap < summary.wetGap) {
+        summary.wetGap = gap;
+    }
+    if (entry.value < summary.smallest) {
+        summary.smallest = entry.value;
+    }
+    if (entry.value > summary.largest) {
+        summary.largest = entry.value;
+    }
+    if (entry.value != 0.0 && entry.date < end) {
+        summary.lastWet = entry.date;
+    }
+    summary.last = entry;
+}
+
 int32_t timeseries_validate(const Model& model, Series& series) {
     if (series.isInFile && !openSeriesFile(model, series)) {
         return ERR_SERIES_FILE_OPEN;
@@ -156,7 +179,10 @@ int32_t timeseries_validate(const Model& model, Series& series) {
     if (!timeseries_getFirstEntry(series, cursor, previous) && series.isInFile) {
         return ERR_SERIES_FILE_DATA;
     }
+    const DateTime end = model.options.endDateTime;
+    beginSummary(series.summary, previous, end);
     while (timeseries_getNextEntry(series, cursor, entry)) {
+        addToSummary(series.summary, entry, end);
         if (entry.date - previous.date <= 0.0) {
             cursor.after.date = entry.date;
             return ERR_CURVE_SEQUENCE;

@@ -26,6 +26,15 @@ struct SeriesCursor {
     bool isAtEnd;      ///< the last read has met the end of the file
 };
 
+/// What the validation has seen of a series while it went through all its entries.
+struct SeriesSummary {
+    SeriesEntry first;
+    SeriesEntry last;
+    double smallest, largest;  ///< values
+    DateTime lastWet;          ///< of the last entry ahead of the end of the run that isn't 0; NO_DATE for none
+    double wetGap;  ///< days, shortest time from an entry that isn't 0 to the next; infinite if there is none
+};
+
 struct Series {
     const char* id;                    ///< the ID as first seen; null until the first line is read
     bool isUsedByInflow;               ///< an external inflow uses this series
@@ -36,6 +45,7 @@ struct Series {
     std::string fileName;
     TextFile file;        ///< open from the validation on; all cursors read through its one buffer
     int64_t endPosition;  ///< place in the file where the validation stopped
+    SeriesSummary summary;
     SeriesCursor cursor;  ///< that of the simulation: gages and inflows of one series move it for each other
 };
 

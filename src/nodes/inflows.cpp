@@ -12,6 +12,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
+#include "model/plausible.h"
 #include "model/prefetch.h"
 #include "model/project.h"
 #include "model/timeseries.h"
@@ -67,6 +68,14 @@ static int32_t storeExternal(Model& model, Node& node, const ExtInflow& values) 
     return ERR_NONE;
 }
 
+static int32_t getBaselineRange(int32_t kind) {
+    switch (kind) {
+        case INFLOW_FLOW: return PLAUSIBLE_INFLOW;
+        case INFLOW_CONCEN: return PLAUSIBLE_CONCENTRATION;
+        default: return PLAUSIBLE_MASS_INFLOW;
+    }
+}
+
 int32_t inflows_readExternal(Model& model, const Tokens& tokens) {
     if (tokens.count < 5) {
         return errors_setName(model, ERR_ITEMS, "");
@@ -101,6 +110,7 @@ int32_t inflows_readExternal(Model& model, const Tokens& tokens) {
     if (!tokens_getDouble(tokens[5], &record.scale)) {
         return errors_setName(model, ERR_NUMBER, tokens[5]);
     }
+    plausible_check(model, getBaselineRange(record.kind), record.baseline, 3, tokens[0]);
     return storeExternal(model, model.nodes[node], record);
 }
 
@@ -127,6 +137,7 @@ int32_t inflows_readDryWeather(Model& model, const Tokens& tokens) {
     if (const int32_t error = findOptional(model, PATTERN, tokens[3], pattern)) {
         return error;
     }
+    plausible_check(model, pollutant < 0 ? PLAUSIBLE_DRY_WEATHER_FLOW : PLAUSIBLE_CONCENTRATION, average, 2, tokens[0]);
     Node& node = model.nodes[index];
     auto* record = const_cast<DwfInflow*>(inflows_findDryWeather(node.dwfInflow, pollutant));
     if (!record) {

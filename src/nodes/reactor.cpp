@@ -17,7 +17,9 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/pattern.h"
+#include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
@@ -78,8 +80,20 @@ static int32_t readCapacity(Model& model, const Tokens& tokens, Reactor& values)
     if (const int32_t error = readNumber(model, tokens, 4, perDay)) {
         return error;
     }
+    plausible_checkSet(model,
+                       values.capacityType == SURFACE_LOADING ? PLAUSIBLE_REACTOR_LOADING : PLAUSIBLE_REACTOR_CAPACITY,
+                       perDay, 4, tokens[0]);
     (values.capacityType == SURFACE_LOADING ? values.surfaceLoading : values.flowCapacity) = perDay / SECONDS_PER_DAY;
     return ERR_NONE;
+}
+
+/// What stays for as long as the run never comes out of a plug flow.
+static void checkRetention(const Model& model, const Reactor& values, const char* id) {
+    const double duration = model_getDuration(model);
+    if (values.type == PFR && values.retentionTime + model.options.routingStep > duration + 0.5 && duration > 0.0) {
+        warnings_addAtLine(model, WARN_DELAY_RUN, 5, id,
+                           {warnings_formatNumber(values.retentionTime), warnings_formatNumber(duration)});
+    }
 }
 
 /// Tokens 5 to 7: size, area, and how full a CSTR is at the start.
@@ -91,10 +105,13 @@ static int32_t readSize(Model& model, const Tokens& tokens, Reactor& values) {
     if (values.type == CSTR && size == 0.0) {
         return errors_setName(model, ERR_NUMBER, tokens[5]);
     }
+    plausible_checkSet(model, values.type == PFR ? PLAUSIBLE_RETENTION : PLAUSIBLE_REACTOR_VOLUME, size, 5, tokens[0]);
     (values.type == PFR ? values.retentionTime : values.volume) = values.type == PFR ? size * SECONDS_PER_HOUR : size;
+    checkRetention(model, values, tokens[0]);
     if (const int32_t error = readNumber(model, tokens, 6, values.area)) {
         return error;
     }
+    plausible_checkSet(model, PLAUSIBLE_REACTOR_AREA, values.area, 6, tokens[0]);
     if (values.type == PFR) {
         return ERR_NONE;
     }
@@ -105,6 +122,7 @@ static int32_t readSize(Model& model, const Tokens& tokens, Reactor& values) {
     if (const int32_t error = readNumber(model, tokens, 7, percent)) {
         return error;
     }
+    plausible_checkSet(model, PLAUSIBLE_REACTOR_FILL, percent, 7, tokens[0]);
     values.initFraction = (percent > PERCENT ? PERCENT : percent) / PERCENT;
     return ERR_NONE;
 }
@@ -136,6 +154,16 @@ static Reactor* findReactor(Model& model, const Tokens& tokens) {
     return node >= 0 && model.nodes[node].kind == REACTOR ? &model.reactors[model.nodes[node].kindIndex] : nullptr;
 }
 
+/// The range of the coefficient of a law; -1 for a concentration.
+static int32_t getReactionRange(int32_t type) {
+    switch (type) {
+        case CONST_RATIO: return PLAUSIBLE_REACTOR_RATIO;
+        case ZERO_ORDER: return PLAUSIBLE_ZERO_ORDER;
+        case FIRST_ORDER: return PLAUSIBLE_DECAY_RATE;
+        default: return -1;
+    }
+}
+
 int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
     if (tokens.count < 5) {
         return errors_setName(model, ERR_ITEMS, "");
@@ -159,6 +187,9 @@ int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
     int32_t pattern;
     if (const int32_t error = readPattern(model, tokens, 4, pattern)) {
         return error;
+    }
+    if (const int32_t range = getReactionRange(type); range >= 0) {
+        plausible_checkSet(model, range, value, 3, tokens[0]);
     }
     const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
     reactor->reactionType[pollutant] = type;
@@ -189,6 +220,9 @@ int32_t reactor_readEmptying(Model& model, const Tokens& tokens) {
     if (const int32_t error = readPattern(model, tokens, 5, pattern)) {
         return error;
     }
+    plausible_checkSet(model, PLAUSIBLE_EMPTYING, rates[0], 2, tokens[0]);
+    plausible_checkSet(model, PLAUSIBLE_REACTOR_INFILTRATION, rates[1], 3, tokens[0]);
+    plausible_check(model, PLAUSIBLE_EVAPORATION, rates[2], 4, tokens[0]);
     reactor->emptyingNode = node;
     reactor->emptyingRate = rates[0] / SECONDS_PER_HOUR;
     reactor->infilRate = rates[1] / MM_PER_HOUR;

@@ -6,6 +6,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/topology.h"
 #include "nodes/node.h"
 
@@ -39,6 +40,9 @@ int32_t splitter_readLine(Model& model, const Tokens& tokens, int32_t node, int3
         if (!tokens_getDouble(tokens[4], &ratio)) {
             return errors_setName(model, ERR_NUMBER, tokens[4]);
         }
+    }
+    if (mode != SPLIT_RATIO) {
+        plausible_check(model, PLAUSIBLE_SPLIT_FLOW, value, 3, id);
     }
     node_setRow(model, node, SPLITTER, kindIndex, id);
     Splitter& splitter = model.splitters[kindIndex];

@@ -13,6 +13,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "model/statistics.h"
 #include "model/topology.h"
@@ -47,6 +48,7 @@ int32_t tank_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
             return errors_setName(model, ERR_NUMBER, tokens[2 + k]);
         }
     }
+    plausible_check(model, PLAUSIBLE_TANK_DEPTH, depths[0], 2, id);
     node_setRow(model, node, TANK, kindIndex, id);
     Tank& tank = model.tanks[kindIndex];
     tank.curve = curve;

@@ -7,6 +7,7 @@
 
 #include "model/errors.h"
 #include "model/model.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
@@ -105,6 +106,10 @@ static int32_t readFlag(Model& model, const char* value, bool* flag) {
     return ERR_NONE;
 }
 
+static int32_t getYear(DateTime date) {
+    return datetime_decodeDate(date).year;
+}
+
 static int32_t readInterval(Model& model, const char* value) {
     double minutes = 0.0;
     const int32_t error = readNumber(model, value, &minutes);
@@ -114,8 +119,42 @@ static int32_t readInterval(Model& model, const char* value) {
     return error;
 }
 
-int32_t options_read(Model& model, const char* key, const char* value) {
-    switch (tokens_findKeyword(key, OptionWords)) {
+/// The value that an option has now against what is usual.
+static void checkNumber(const Model& model, int32_t option, const char* key, const char* value) {
+    const Options& options = model.options;
+    switch (option) {
+        case START_DATE: plausible_check(model, PLAUSIBLE_YEAR, getYear(options.startDate), 1, key); break;
+        case START_TIME:
+            plausible_check(model, PLAUSIBLE_TIME_OF_DAY, options.startTime * HOURS_PER_DAY, 1, key);
+            break;
+        case END_DATE: plausible_check(model, PLAUSIBLE_YEAR, getYear(options.endDate), 1, key); break;
+        case END_TIME: plausible_check(model, PLAUSIBLE_TIME_OF_DAY, options.endTime * HOURS_PER_DAY, 1, key); break;
+        case RUNOFF_STEP:
+            plausible_check(model, PLAUSIBLE_RUNOFF_STEP, options.runoffStep, 1, key);
+            plausible_checkPlain(model, options.runoffStep, value, 1, key);
+            break;
+        case ROUTING_STEP:
+            plausible_check(model, PLAUSIBLE_ROUTING_STEP, options.routingStep, 1, key);
+            plausible_checkPlain(model, options.routingStep, value, 1, key);
+            break;
+        case REPORT_STEP:
+            plausible_check(model, PLAUSIBLE_REPORT_STEP, options.reportStep, 1, key);
+            plausible_checkPlain(model, options.reportStep, value, 1, key);
+            break;
+        case START_DRY_DAYS: plausible_check(model, PLAUSIBLE_DRY_DAYS, options.startDryDays, 1, key); break;
+        case EVENT_INTERVAL:
+            plausible_check(model, PLAUSIBLE_EVENT_INTERVAL, options.eventInterval / SECONDS_PER_MINUTE, 1, key);
+            break;
+        case EVENT_MIN_VALUE: plausible_check(model, PLAUSIBLE_EVENT_MINIMUM, options.eventMinValue, 1, key); break;
+        case CONDUIT_LENGTHENING:
+            plausible_check(model, PLAUSIBLE_LENGTHENING, options.conduitLengthening, 1, key);
+            break;
+        default: break;
+    }
+}
+
+static int32_t readOption(Model& model, int32_t option, const char* key, const char* value) {
+    switch (option) {
         case START_DATE: return readDate(model, value, &model.options.startDate);
         case START_TIME: return readTime(model, value, &model.options.startTime);
         case END_DATE: return readDate(model, value, &model.options.endDate);
@@ -134,4 +173,13 @@ int32_t options_read(Model& model, const char* key, const char* value) {
         case RTC_STEP: return ERR_NONE;  // settings of hosts
         default: return errors_setName(model, ERR_KEYWORD, key);
     }
+}
+
+int32_t options_read(Model& model, const char* key, const char* value) {
+    const int32_t option = tokens_findKeyword(key, OptionWords);
+    const int32_t error = readOption(model, option, key, value);
+    if (!error) {
+        checkNumber(model, option, key, value);
+    }
+    return error;
 }

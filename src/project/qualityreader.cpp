@@ -8,6 +8,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "model/plausible.h"
 #include "model/project.h"
 #include "routing/linkkinds.h"
 #include "routing/nodekinds.h"
@@ -72,6 +73,7 @@ int32_t qualityreader_readInitial(Model& model, const Tokens& tokens) {
     if (!tokens_getDouble(tokens[3], &value) && value < 0.0) {
         return errors_setName(model, ERR_NUMBER, tokens[3]);
     }
+    plausible_check(model, PLAUSIBLE_CONCENTRATION, value, 3, tokens[0]);
     initQual[pollutant] = value;
     return ERR_NONE;
 }

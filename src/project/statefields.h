@@ -35,8 +35,8 @@ void model_walkFixed(V& v, Model& model) {
     v.fixed(model.files, model.engines, model.error, model.log, model.isSilent, model.isOpen, model.isStarted,
             model.fingerprint, model.memory, model.description, model.counts, model.names, model.curves, model.patterns,
             model.outgoingLinks, model.incomingLinks, model.clauseState, model.running, model.sinks, model.sortedNodes,
-            model.visitCount, model.visits, model.outgoingVisits, model.incomingVisits, model.uncountedNodes,
-            model.uncountedLinks, model.loadBook);
+            model.visitCount, model.reachedCount, model.visits, model.outgoingVisits, model.incomingVisits,
+            model.uncountedNodes, model.uncountedLinks, model.loadBook);
 }
 
 template <class V>

@@ -4,12 +4,24 @@
 
 #include "model/model.h"
 #include "model/warnings.h"
+#include "review/clock.h"
+#include "review/land.h"
+#include "review/series.h"
 #include "review/steps.h"
+#include "review/tanks.h"
+#include "review/usage.h"
+#include "review/ways.h"
 
 void review_project(const Model& model) {
     if (!warnings_isWanted(model)) {
         return;
     }
+    clock_review(model);
     steps_review(model);
+    tanks_review(model);
+    ways_review(model);
+    usage_review(model);
+    land_review(model);
+    series_review(model);
     warnings_tellRest(model);
 }

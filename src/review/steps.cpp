@@ -91,10 +91,9 @@ static void reviewConduit(const Model& model, int32_t index, const Conduit& cond
 // --- the whole -----------------------------------------------------------------------------------------------------
 
 void steps_review(const Model& model) {
-    for (int32_t k = 0; k < model.links.size(); ++k) {
-        const Link& link = model.links[k];
-        if (link.kind == CONDUIT) {
-            reviewConduit(model, k, model.conduits[link.kindIndex]);
+    for (int32_t k = 0; k < model.links.size() && !model.conduits.empty(); ++k) {
+        if (model.links[k].kind == CONDUIT) {
+            reviewConduit(model, k, model.conduits[model.links[k].kindIndex]);
         }
     }
 }

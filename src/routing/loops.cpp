@@ -350,5 +350,5 @@ LoopCheck loops_check(const Model& model) {
     int32_t counted = 0;
     const int64_t pathCount = countPaths(model, search, counted);
     const char* loopName = counted < search.order.size() ? findFirstLoop(model, search) : nullptr;
-    return {loopName, pathCount, search.visits};
+    return {loopName, pathCount, search.visits, search.order.size()};
 }

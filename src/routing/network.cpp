@@ -120,6 +120,7 @@ void network_checkCycles(Model& model) {
     }
     const LoopCheck& check = *search;
     model.visitCount = check.visits;
+    model.reachedCount = check.reachedCount;
     if (check.loopName) {
         errors_report(model, ERR_CYCLIC_LOOP, check.loopName);
     } else if (check.pathCount < static_cast<int64_t>(model.nodes.size())) {
@@ -152,13 +153,13 @@ static Table<ReleaseCount> countUpstream(const Model& model) {
     return counts;
 }
 
-void network_sortNodes(Model& model) {
+int32_t network_orderNodes(const Model& model, int32_t* order) {
     Table<ReleaseCount> counts = countUpstream(model);
     Table<uint8_t> isPlaced = table_make(model.nodes.size(), uint8_t{0});
     int32_t placed = 0;
     const auto place = [&](int32_t node) {
         isPlaced[node] = 1;
-        model.sortedNodes[placed++] = node;
+        order[placed++] = node;
     };
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         if (model.nodes[k].isHead) {
@@ -167,7 +168,7 @@ void network_sortNodes(Model& model) {
     }
     // The list of placed nodes is the queue as well: what stands behind `next` still waits for its turn.
     for (int32_t next = 0; next < placed; ++next) {
-        const int32_t node = model.sortedNodes[next];
+        const int32_t node = order[next];
         int32_t targets[2];
         const int32_t targetCount = nodekinds_getDirectEdges(model, node, targets);
         for (int32_t t = 0; t < targetCount; ++t) {
@@ -187,4 +188,9 @@ void network_sortNodes(Model& model) {
             }
         }
     }
+    return placed;
+}
+
+void network_sortNodes(Model& model) {
+    network_orderNodes(model, model.sortedNodes);
 }

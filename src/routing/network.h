@@ -11,5 +11,9 @@ void network_validate(Model& model);
 /// Tests that no path from a head runs in a circle, and that the paths reach enough nodes.
 void network_checkCycles(Model& model);
 
-/// Fills the order of the nodes.
+/// Fills `order` with the nodes in the order of their visits; gives how many there are. Nodes that no visit reaches are
+/// left out.
+int32_t network_orderNodes(const Model& model, int32_t* order);
+
+/// Fills the order of the nodes of a run.
 void network_sortNodes(Model& model);

@@ -276,7 +276,7 @@ TEST(ModelMessages, TellEachFaultWithItsPlace) {
     ASSERT_EQ(tv_close(model), TV_OK);
     EXPECT_EQ(model.getMessages().size(), 2u);  // until the next opening
     ASSERT_EQ(model.openText(makeNetwork()), TV_OK);
-    EXPECT_EQ(model.getMessages().size(), 0u);
+    EXPECT_EQ(model.getErrors().size(), 0u);
 }
 
 TEST(ModelMessages, TellFaultsOfTheWholeProjectByTheirObject) {
@@ -309,12 +309,12 @@ TEST(ModelMessages, TellFilesThatCannotBeUsed) {
     EXPECT_EQ(tv_start(model, nullptr, input.c_str()), 301);
     EXPECT_EQ(tv_start(model, "same", "same"), 301);
     EXPECT_EQ(readFile(input), makeNetwork());
-    EXPECT_EQ(model.getMessages().size(), 3u);
+    EXPECT_EQ(model.getErrors().size(), 3u);
     EXPECT_EQ(tv_start(model, folder.file("no/such/a.bin").c_str(), nullptr), 307);
     EXPECT_EQ(model.getPhase(), TV_OPEN);
     EXPECT_EQ(tv_start(model, nullptr, folder.file("no/such/a.db").c_str()), 313);
     EXPECT_EQ(model.getPhase(), TV_OPEN);
-    EXPECT_EQ(model.getMessages().size(), 5u);
+    EXPECT_EQ(model.getErrors().size(), 5u);
     ASSERT_EQ(tv_start(model, folder.file("a.bin").c_str(), nullptr), TV_OK);
     EXPECT_EQ(tv_runUntil(model, TV_END), TV_OK);
 }

@@ -172,7 +172,8 @@ TEST(HostRun, AStepThatFailsEndsTheRun) {
     const std::string model = folder.write("model.inp",
                                            "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 0:10\n"
                                            "ROUTING_STEP 0:01:00\nREPORT_STEP 0:05:00\n[JUNCTIONS]\nA'1\n"
-                                           "[OUTFALLS]\nOUT\n[PIPES]\nP1 A'1 OUT NO 60 2 0.2 0\n");
+                                           "[OUTFALLS]\nOUT\n[PIPES]\nP1 A'1 OUT NO 120 2 0.2 0\n"
+                                           "[DWFS]\nA'1 FLOW 0.01 \"\"\n");
     const ProcessResult result = runProgramWithin(20, {"run", model, "--database"});
     EXPECT_EQ(result.status, 1) << "124 is a run without an end";
     EXPECT_EQ(result.out, "");

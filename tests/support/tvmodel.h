@@ -48,6 +48,16 @@ struct TvModel {
         return index;
     }
 
+    std::vector<tv_message> getErrors() const {
+        std::vector<tv_message> errors;
+        for (const tv_message& message : getMessages()) {
+            if (message.level == TV_ERROR) {
+                errors.push_back(message);
+            }
+        }
+        return errors;
+    }
+
     std::vector<tv_message> getMessages() const {
         int32_t count = 0;
         EXPECT_EQ(tv_getMessageCount(handle, &count), TV_OK);
