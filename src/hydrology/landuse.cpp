@@ -12,6 +12,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -75,6 +76,7 @@ int32_t landuse_readBuildup(Model& model, const Tokens& tokens) {
     if (const int32_t error = readNumbers(model, tokens, 2, 2, values)) {
         return error;
     }
+    warnings_noteGiven(model, landuse, pollutant, tokens[0], "this buildup");
     model.landuses[landuse].buildup[pollutant] = {values[0], values[1]};
     return ERR_NONE;
 }
@@ -131,6 +133,11 @@ int32_t landuse_readWashoff(Model& model, const Tokens& tokens) {
     }
     if (!error) {
         rule.kind = kind;
+        warnings_noteGiven(model, landuse, pollutant, tokens[0], "this washoff");
+        if (kind > WASHOFF_EMC) {
+            warnings_addAtLine(model, WARN_WASHOFF_TYPE, 2, tokens[0],
+                               {tokens[2], warnings_formatNumber(rule.emc) + " mg/L"});
+        }
     }
     return error;
 }

@@ -9,6 +9,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/units.h"
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -26,6 +27,12 @@ int32_t lidunit_readItems(Model& model, const Tokens& tokens, int32_t place, boo
     for (int32_t k = 0; k < 4; ++k) {
         if (!tokens_getDouble(tokens[place + k], &values[k]) || !isGood(values[k], k == 0, takesNan)) {
             return errors_setName(model, ERR_NUMBER, tokens[place + k]);
+        }
+    }
+    // Of units on a subcatchment the shares of the runoff are tested together, as an error.
+    for (const int32_t k : {2, 3}) {
+        if (values[k] > PERCENT && (k == 2 || takesNan)) {
+            warnings_addAtLine(model, WARN_VALUE_LIMIT, place + k, tokens[0], {tokens[place + k], "100 %"});
         }
     }
     unit.area = values[0];

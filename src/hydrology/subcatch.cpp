@@ -16,6 +16,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "model/warnings.h"
 #include "text/units.h"
 
 static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve, left to recover after the drying time
@@ -95,6 +96,11 @@ int32_t subcatch_readLine(Model& model, const Tokens& tokens, int32_t index) {
     subcatch.width = v[4];
     subcatch.imperviousFraction = getShare(v[5]);
     subcatch.slope = getShare(v[6]);
+    for (const int32_t k : {5, 6}) {
+        if (v[k] > PERCENT) {
+            warnings_addAtLine(model, WARN_VALUE_LIMIT, k, name, {tokens[k], "100 %"});
+        }
+    }
     subcatch.imperviousRoughness = v[7];
     subcatch.perviousRoughness = v[8];
     subcatch.imperviousStorage = v[9] / MM_PER_M;
@@ -138,6 +144,7 @@ int32_t subcatch_readCoverage(Model& model, const Tokens& tokens) {
     if (!tokens_getDouble(tokens[2], &percent)) {
         return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
+    warnings_noteGiven(model, subcatch, landuse, tokens[0], "this coverage");
     model.subcatches[subcatch].landShares[landuse].fraction = percent / PERCENT;
     return ERR_NONE;
 }
@@ -154,6 +161,7 @@ int32_t subcatch_readLoading(Model& model, const Tokens& tokens) {
     if (!tokens_getNonNegative(tokens[2], &load)) {
         return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
+    warnings_noteGiven(model, subcatch, pollutant, tokens[0], "this loading");
     model.subcatches[subcatch].initialLoad[pollutant] = load;
     return ERR_NONE;
 }

@@ -14,12 +14,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 #include "links/link.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/prefetch.h"
+#include "model/warnings.h"
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/tokens.h"
@@ -42,6 +44,9 @@ int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
     Pipe& pipe = model.pipes[kindIndex];
     pipe.k = values[0];
     pipe.n = number_truncate(values[1]);
+    if (pipe.n != values[1]) {
+        warnings_addAtLine(model, WARN_NUMBER_CUT, 5, head.id, {tokens[5], std::to_string(pipe.n)});
+    }
     pipe.x = values[2];
     pipe.maxFlow = values[3];
     return ERR_NONE;

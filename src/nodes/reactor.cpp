@@ -18,6 +18,7 @@
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
@@ -105,6 +106,9 @@ static int32_t readSize(Model& model, const Tokens& tokens, Reactor& values) {
     if (const int32_t error = readNumber(model, tokens, 7, percent)) {
         return error;
     }
+    if (percent > PERCENT) {
+        warnings_addAtLine(model, WARN_VALUE_LIMIT, 7, tokens[0], {tokens[7], "100 %"});
+    }
     values.initFraction = (percent > PERCENT ? PERCENT : percent) / PERCENT;
     return ERR_NONE;
 }
@@ -161,10 +165,26 @@ int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
         return error;
     }
     const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
+    if (reactor->reactionType[pollutant] >= 0) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this reaction of the reactor", ""});
+    }
     reactor->reactionType[pollutant] = type;
     reactor->reactionCoeff[pollutant] = isRate ? value / SECONDS_PER_DAY : value;
     reactor->reactionPattern[pollutant] = pattern;
     return ERR_NONE;
+}
+
+/// Tells of what a line of [REACTORS_EMPTYING] says in vain. `rates` are emptying, infiltration and evaporation.
+static void reviewEmptying(const Model& model, const Tokens& tokens, const Reactor& reactor, const double rates[3]) {
+    if (reactor.emptyingNode >= 0) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"the emptying of the reactor", ""});
+    }
+    if (reactor.type == PFR) {
+        warnings_addAtLine(model, WARN_LINE_DROPPED, 0, tokens[0],
+                           {"a PFR loses nothing; its emptying node counts in the order of the nodes alone"});
+    } else if (reactor.area == 0.0 && (rates[1] > 0.0 || rates[2] > 0.0)) {
+        warnings_addAtLine(model, WARN_REACTOR_AREA, rates[1] > 0.0 ? 3 : 4, tokens[0]);
+    }
 }
 
 int32_t reactor_readEmptying(Model& model, const Tokens& tokens) {
@@ -189,6 +209,7 @@ int32_t reactor_readEmptying(Model& model, const Tokens& tokens) {
     if (const int32_t error = readPattern(model, tokens, 5, pattern)) {
         return error;
     }
+    reviewEmptying(model, tokens, *reactor, rates);
     reactor->emptyingNode = node;
     reactor->emptyingRate = rates[0] / SECONDS_PER_HOUR;
     reactor->infilRate = rates[1] / MM_PER_HOUR;

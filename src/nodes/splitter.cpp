@@ -7,6 +7,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/topology.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 
 static const char* const ModeWords[] = {"FLOW", "RATIO", "FLOW_RATIO", nullptr};
@@ -39,6 +40,12 @@ int32_t splitter_readLine(Model& model, const Tokens& tokens, int32_t node, int3
         if (!tokens_getDouble(tokens[4], &ratio)) {
             return errors_setName(model, ERR_NUMBER, tokens[4]);
         }
+    }
+    if (mode == SPLIT_RATIO && value > 1.0) {
+        warnings_addAtLine(model, WARN_VALUE_LIMIT, 3, id, {tokens[3], "1"});
+    }
+    if (ratio > 1.0) {
+        warnings_addAtLine(model, WARN_VALUE_LIMIT, 4, id, {tokens[4], "1"});
     }
     node_setRow(model, node, SPLITTER, kindIndex, id);
     Splitter& splitter = model.splitters[kindIndex];

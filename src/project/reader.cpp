@@ -31,6 +31,7 @@
 #include "nodes/reactor.h"
 #include "project/fingerprint.h"
 #include "project/objects.h"
+#include "project/oddlines.h"
 #include "project/options.h"
 #include "project/qualityreader.h"
 #include "project/sections.h"
@@ -56,9 +57,20 @@ static void writeLineError(Model& model, int32_t error, int32_t section, long li
 
 // --- first pass ----------------------------------------------------------------------------------------------------
 
+static constexpr size_t ID_COLUMN = 16;  ///< characters that the tables of the report leave for an ID
+
+/// The first ID that is longer than the columns of the report is told, and stands for all others.
+static void reviewId(const Model& model, const char* word) {
+    if (std::strlen(word) > ID_COLUMN && warnings_isWanted(model) && !model.log->warnings.hasLongId) {
+        model.log->warnings.hasLongId = true;
+        warnings_addAtLine(model, WARN_ID_LONG, 0, word, {std::to_string(std::strlen(word))});
+    }
+}
+
 /// Makes a name known; the error if it was known before. The counters grow all the same.
 static int32_t addName(Model& model, int32_t type, const char* word) {
     warnings_notePlace(model, type);
+    reviewId(model, word);
     switch (names_add(model, type, word, model.counts.objects[type]++)) {
         case 1: return ERR_NONE;
         case 0: return errors_setName(model, ERR_DUPLICATE_ID, word);
@@ -110,11 +122,16 @@ static int32_t countNextLine(Model& model, char* line, int32_t& section, int32_t
         if (section >= 0) {
             return ERR_NONE;
         }
+        oddlines_reviewHeader(model, word);
         pending = ERR_KEYWORD;
-    } else if (section == SECTION_GENERAL) {
+        return pending;
+    }
+    if (word[0] == ';' && section > SECTION_DESCRIPTION && section < SECTION_RTC) {
+        warnings_addAtLine(model, WARN_SEMICOLON, 0, word);
+    }
+    if (section == SECTION_GENERAL) {
         // The line itself is cut up here, so its echo shows the first word only.
-        const Tokens tokens = tokens_split(line);
-        pending = tokens.count < 2 ? ERR_NONE : options_read(model, tokens[0], tokens[1]);
+        pending = options_readLine(model, tokens_split(line));
     } else if (section >= 0) {
         pending = countLine(model, section, word);
     }
@@ -134,18 +151,25 @@ static void countObjects(Model& model) {
     long lineNumber = 0;
     char line[LINE_SIZE], whole[LINE_SIZE];
     int64_t offset = 0;
+    bool isContinued = false;
+    const bool isReviewed = warnings_isWanted(model);
     fingerprint_begin(model);
     while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++lineNumber;
         const bool isCut = section == SECTION_GENERAL;
         warnings_setLine(model, offset, lineNumber, section, isCut ? std::strcpy(whole, line) : line);
-        offset = textfile_getPosition(model.files.input);
+        const int64_t next = textfile_getPosition(model.files.input);
+        if (isReviewed) {
+            oddlines_reviewLine(model, section, line, next - offset, isContinued);
+        }
+        offset = next;
         fingerprint_addLine(model, line);
         if (const int32_t error = countNextLine(model, line, section, pending)) {
             writeLineError(model, error, section, lineNumber, line);
             ++errorCount;
         }
     }
+    oddlines_reviewEnd(model);
     if (errorCount > 0) {
         model.error.code = ERR_INPUT;
     }
@@ -243,6 +267,10 @@ static void storeDescription(Model& model, const char* rawLine) {
             return;
         }
     }
+    if (!model.running->isDescriptionFull) {
+        model.running->isDescriptionFull = true;  // one of the further lines is told for all
+        warnings_addAtLine(model, WARN_DESCRIPTION_LINES, -1, "");
+    }
 }
 
 /// Takes the line, which stands as `rawLine` in the file, in the second pass. An error index, or 0.
@@ -313,6 +341,9 @@ static int32_t readLines(Model& model) {
                 return errorCount + 1;
             }
             section = found;
+            if (line[std::strspn(line, " \t")] != '[') {
+                warnings_addAtLine(model, WARN_SECTION_QUOTED, 0, tokens[0]);
+            }
             continue;
         }
         const int32_t error = parseLine(model, tokens, section, line);
@@ -323,6 +354,8 @@ static int32_t readLines(Model& model) {
         }
         if (error) {
             writeLineError(model, error, section, lineNumber, line);
+        } else {
+            oddlines_reviewWords(model, section, tokens);
         }
     }
     return errorCount;

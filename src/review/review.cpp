@@ -4,12 +4,22 @@
 
 #include "model/model.h"
 #include "model/warnings.h"
+#include "review/exchange.h"
+#include "review/layers.h"
+#include "review/records.h"
+#include "review/rules.h"
+#include "review/series.h"
 #include "review/steps.h"
 
 void review_project(const Model& model) {
     if (!warnings_isWanted(model)) {
         return;
     }
+    records_review(model);
+    series_review(model);
+    layers_review(model);
+    rules_review(model);
+    exchange_review(model);
     steps_review(model);
     warnings_tellRest(model);
 }

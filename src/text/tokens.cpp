@@ -37,28 +37,77 @@ static bool isSeparator(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
+static char* skipSeparators(char* at) {
+    while (isSeparator(*at)) {
+        ++at;
+    }
+    return at;
+}
+
+/// By two characters, whether a word may be nan, inf or a hexadecimal number: some bit is in both tables then.
+struct SpecialBeginnings {
+    uint8_t first[256];
+    uint8_t second[256];
+};
+
+static constexpr SpecialBeginnings makeBeginnings() {
+    SpecialBeginnings made{};
+    made.first['n'] = made.first['N'] = made.second['a'] = made.second['A'] = 1;
+    made.first['i'] = made.first['I'] = made.second['n'] = made.second['N'] = 2;
+    made.first['0'] = made.second['x'] = made.second['X'] = 4;
+    made.first['+'] = made.first['-'] = 8;
+    for (const char c : {'n', 'N', 'i', 'I', '0'}) {
+        made.second[static_cast<uint8_t>(c)] |= 8;
+    }
+    return made;
+}
+
+static constexpr SpecialBeginnings BEGINNINGS = makeBeginnings();
+
 Tokens tokens_split(char* line) {
     Tokens tokens{};
     if (char* comment = std::strstr(line, "//")) {
         *comment = 0;
     }
-    char* at = line;
+    char bytes = 0;
+    uint8_t special = 0;
+    char* at = skipSeparators(line);
     while (*at && tokens.count < MAX_TOKENS) {
-        if (isSeparator(*at)) {
-            ++at;
-            continue;
-        }
         const bool isQuoted = *at == '"';
         at += isQuoted ? 1 : 0;
-        tokens.words[tokens.count++] = at;
+        char* const word = at;
+        tokens.words[tokens.count++] = word;
         while (*at && !(isQuoted ? *at == '"' || *at == '\n' : isSeparator(*at))) {
-            ++at;
+            bytes |= *at++;
         }
+        special |= at == word ? 1
+                              : BEGINNINGS.first[static_cast<uint8_t>(word[0])] &
+                                    BEGINNINGS.second[static_cast<uint8_t>(word[1])];
         if (*at) {
             *at++ = 0;
         }
+        at = skipSeparators(at);
     }
+    tokens.isCut = *at != 0;
+    tokens.mayBeOdd = special != 0 || (bytes & '\x80') != 0;
     return tokens;
+}
+
+NumberOddity tokens_findOddity(const char* word) {
+    if (!*word) {
+        return NUMBER_EMPTY;
+    }
+    for (const char* at = word; *at; ++at) {
+        if (*at & '\x80') {
+            return NUMBER_BYTES;
+        }
+    }
+    char* rest = nullptr;
+    const double value = std::strtod(word, &rest);
+    if (*rest) {
+        return NUMBER_NONE;
+    }
+    return std::isfinite(value) && !std::strpbrk(word, "xX") ? NUMBER_PLAIN : NUMBER_SPECIAL;
 }
 
 bool tokens_getDouble(const char* text, double* value) {

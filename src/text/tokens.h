@@ -15,6 +15,8 @@ constexpr int32_t MAX_TOKENS = 40;
 struct Tokens {
     const char* words[MAX_TOKENS];
     int32_t count;
+    bool isCut;       ///< there are more words than fit
+    bool mayBeOdd;    ///< some word is empty, holds a byte above 127, or begins as nan, inf or a hexadecimal number does
 
     const char* operator[](int32_t place) const { return words[place]; }
 };
@@ -39,6 +41,17 @@ extern const char* const NoYesWords[];
 
 /// Reads a number, with a point whatever the locale. Whether the text is one; `value` is stored in any case.
 [[nodiscard]] bool tokens_getDouble(const char* text, double* value);
+
+/// What a word that is taken as a number is besides.
+enum NumberOddity : int32_t {
+    NUMBER_PLAIN,    ///< nothing besides
+    NUMBER_EMPTY,    ///< the empty word, which counts as 0
+    NUMBER_BYTES,    ///< a byte above 127 cuts it
+    NUMBER_SPECIAL,  ///< nan, inf or a hexadecimal number
+    NUMBER_NONE      ///< no number, or one with more behind it
+};
+
+[[nodiscard]] NumberOddity tokens_findOddity(const char* word);
 
 /// Reads a number that must not be below 0.
 [[nodiscard]] bool tokens_getNonNegative(const char* text, double* value);
