@@ -213,8 +213,8 @@ static bool isNamed(const RuleOperand& operand) {
     return operand.node >= 0 || operand.link >= 0 || operand.gage >= 0;
 }
 
-/// Whether a rule had only ANDs so far, or only ORs, and the condition that comes is of the other sort. An AND stands in
-/// the list as an AND and an OR.
+/// Whether a rule had only ANDs so far, or only ORs, and the condition that comes is of the other sort. An AND stands
+/// in the list as an AND and an OR.
 static bool isFirstMix(const Rule& rule, int32_t logic) {
     int32_t ands = -1, ors = 0;  // the IF counts as an AND
     for (const Premise* premise = rule.premises; premise; premise = premise->next) {
@@ -248,7 +248,10 @@ static void reviewPremise(const Model& model, const Tokens& tokens, int32_t rule
     if (isExact && !isWord && premise.value != 0.0) {
         warnings_addAtLine(model, WARN_RULE_EQUAL, 4, id, {tokens[4]});
     }
-    if (isFirstMix(model.rules[rule], premise.logic)) {
+    // A second threshold of the quantity that the rule begins with is a case of its first condition.
+    const Premise* first = model.rules[rule].premises;
+    if (first && std::memcmp(&first->left, &premise.left, sizeof premise.left) != 0 &&
+        isFirstMix(model.rules[rule], premise.logic)) {
         warnings_addAtLine(model, WARN_RULE_MIXED, 0, id);
     }
 }

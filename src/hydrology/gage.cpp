@@ -20,7 +20,7 @@
 
 static constexpr double ONE_SECOND = 1.1574074e-05;  ///< days; so many digits and no more, since rain starts by it
 
-static constexpr double SMALLEST_CUT = 0.001;         ///< s; what is less comes from the rounding of days
+static constexpr double SMALLEST_CUT = 0.01;  ///< of an interval: with less, hours have few digits
 
 static const char* const FormatWords[] = {"INTENSITY", "VOLUME", nullptr};
 
@@ -45,7 +45,7 @@ static bool readInterval(const Model& model, const Tokens& tokens, int32_t* inte
     const std::string taken = warnings_formatNumber(seconds) + " s";
     if (!isWhole) {
         warnings_addAtLine(model, WARN_TIME_FORM, 2, tokens[0], {tokens[2], taken});
-    } else if (std::abs(days * SECONDS_PER_DAY - seconds) > SMALLEST_CUT) {
+    } else if (std::abs(days * SECONDS_PER_DAY - seconds) > SMALLEST_CUT * seconds) {
         warnings_addAtLine(model, WARN_NUMBER_CUT, 2, tokens[0], {tokens[2], taken});
     }
     return true;

@@ -144,8 +144,11 @@ int32_t subcatch_readCoverage(Model& model, const Tokens& tokens) {
     if (!tokens_getDouble(tokens[2], &percent)) {
         return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
-    warnings_noteGiven(model, subcatch, landuse, tokens[0], "this coverage");
-    model.subcatches[subcatch].landShares[landuse].fraction = percent / PERCENT;
+    double& fraction = model.subcatches[subcatch].landShares[landuse].fraction;
+    if (fraction != 0.0) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this coverage of the subcatchment", ""});
+    }
+    fraction = percent / PERCENT;
     return ERR_NONE;
 }
 

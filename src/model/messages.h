@@ -62,10 +62,11 @@ struct WarningLog {
     LinePlace reading{};          ///< the line that is being read; its line is 0 while none is
     const char* words = nullptr;  ///< that line as it stands
     std::vector<LinePlace> places[OBJECT_TYPE_COUNT];
-    std::vector<int64_t> counts;  ///< by WarningIndex
+    std::vector<int64_t> counts;   ///< by WarningIndex
     std::vector<GivenLine> given;  ///< a table of slots, found by the key; their count is a power of 2
     size_t givenCount = 0;
     std::vector<ActionLine> actions;
+    uint64_t sections = 0;       ///< a bit for each that had a line with something given
     bool hasLongId = false;      ///< an ID was longer than the columns of the report
     TextFile* source = nullptr;  ///< the project file, open from the opening to the close
 };

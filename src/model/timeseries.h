@@ -34,8 +34,8 @@ struct Series {
     DateTime endDate;                  ///< of the last entry; 0 with one entry
     std::vector<SeriesEntry> entries;  ///< in the order of the lines
     std::string fileName;
-    TextFile file;        ///< open from the validation on; all cursors read through its one buffer
-    int64_t endPosition;  ///< place in the file where the validation stopped
+    TextFile file;             ///< open from the validation on; all cursors read through its one buffer
+    int64_t endPosition;       ///< place in the file where the validation stopped
     SeriesEntry beginning[2];  ///< the first two entries; twice the first of one alone
     SeriesCursor cursor;       ///< that of the simulation: gages and inflows of one series move it for each other
 };

@@ -125,6 +125,7 @@ void warnings_noteGiven(const Model& model, int32_t first, int32_t second, const
         growSlots(warnings.given);
     }
     const uint64_t key = makeKey(warnings.reading.section, first, second);
+    warnings.sections |= uint64_t{1} << warnings.reading.section;
     GivenLine& slot = findSlot(warnings.given, key);
     if (slot.place.line != 0) {
         warnings_addAtLine(model, WARN_LINE_REPLACED, -1, object, {what, warnings_formatLine(slot.place)});

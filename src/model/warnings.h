@@ -81,8 +81,9 @@ void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t 
 /// The line that is being read defines the next object of a class.
 void warnings_notePlace(const Model& model, int32_t type);
 
-/// Notes that the line that is being read gives something: `first` and `second`, below 2^28, tell it apart from all else
-/// that lines of its section give. Tells if an earlier line gave the same and is replaced. `what` says it in words.
+/// Notes that the line that is being read gives something: `first` and `second`, below 2^28, tell it apart from all
+/// else that lines of its section give. Tells if an earlier line gave the same and is replaced. `what` says it in
+/// words.
 void warnings_noteGiven(const Model& model, int32_t first, int32_t second, const char* object, const char* what);
 
 /// The place of the line of a section that gave something last; its line is 0 if none did, or nobody wants warnings.

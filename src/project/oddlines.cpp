@@ -24,8 +24,9 @@ static bool isBlank(const char* line) {
     return line[std::strspn(line, " \t\r\n")] == 0;
 }
 
-void oddlines_reviewLine(const Model& model, int32_t section, const char* line, int64_t bytes, bool& isContinued) {
-    const size_t length = std::strlen(line);
+void oddlines_reviewOddLine(const Model& model, int32_t section, const RawLine& raw, bool& isContinued) {
+    const char* const line = raw.text;
+    const size_t length = raw.length;
     const bool isFirst = model.log->warnings.reading.offset == 0;
     if (isFirst && std::strncmp(line, "\xEF\xBB\xBF", 3) == 0) {
         const bool isHeader = line[3] == '[';
@@ -39,7 +40,7 @@ void oddlines_reviewLine(const Model& model, int32_t section, const char* line, 
         return;
     }
     // A line without its end is the last one, or too long, or cut by a NUL byte.
-    if (bytes > static_cast<int64_t>(length)) {
+    if (raw.bytes > static_cast<int64_t>(length)) {
         warnings_addAtLine(model, WARN_LINE_NUL, -1, "");
     }
     isContinued = length == LINE_SIZE - 1;
@@ -154,23 +155,30 @@ static constexpr LineFormat Formats[] = {
     {SECTION_CONVERTERS, 2, from(3, 4)},
 };
 
-/// By section.
-struct FormatTable {
-    LineFormat formats[SECTION_COUNT];
-};
-
-static constexpr FormatTable makeTable() {
-    FormatTable table{};
-    for (LineFormat& format : table.formats) {
-        format = {-1, ANY, 0};
+static constexpr LineLimits makeLimits() {
+    LineLimits made{};
+    for (WordLimit& limit : made.sections) {
+        limit = {ANY, 0};
     }
     for (const LineFormat& format : Formats) {
-        table.formats[format.section] = format;
+        const bool mayEndEmpty = format.section == SECTION_DWFS || format.section == SECTION_DECAY_COEFFICIENT ||
+                                 format.section == SECTION_REACTORS_DECAY ||
+                                 format.section == SECTION_REACTORS_EMPTYING;
+        made.sections[format.section] = {
+            format.words, static_cast<uint8_t>(TOKENS_CUT | TOKENS_ODD | (mayEndEmpty ? 0 : TOKENS_END_EMPTY))};
     }
-    return table;
+    return made;
 }
 
-static constexpr FormatTable ByFormat = makeTable();
+const LineLimits OddlinesLimits = makeLimits();
+
+static const LineFormat& findFormat(int32_t section) {
+    static constexpr LineFormat FREE = {-1, ANY, 0};
+    const LineFormat* const end = Formats + sizeof Formats / sizeof Formats[0];
+    const LineFormat* const format =
+        std::find_if(Formats, end, [=](const LineFormat& one) { return one.section == section; });
+    return format == end ? FREE : *format;
+}
 
 static bool isWord(const Tokens& tokens, int32_t place, const char* word) {
     return place < tokens.count && tokens_matchKeyword(tokens[place], word);
@@ -196,9 +204,9 @@ static int32_t countRuleWords(const Tokens& tokens) {
         return isCondition ? 5 : 7;
     }
     const bool endsInObject = tokens.count == 8 || (tokens.count == 7 && isWord(tokens, 5, "SWMM"));
-    static const char* const Types[] = {"JUNCTION", "TANK",     "OUTFALL",  "PIPE",    "PUMP",
-                                        "WEIR",     "ORIFICE",  "GAGE",     "REACTOR", "SPLITTER",
-                                        "LID_MONO", "CONDUIT",  "CONNECTION", "SWMM",  nullptr};
+    static const char* const Types[] = {"JUNCTION", "TANK",    "OUTFALL",    "PIPE",    "PUMP",
+                                        "WEIR",     "ORIFICE", "GAGE",       "REACTOR", "SPLITTER",
+                                        "LID_MONO", "CONDUIT", "CONNECTION", "SWMM",    nullptr};
     return endsInObject && tokens_findKeyword(tokens[5], Types) >= 0 ? 8 : 6;
 }
 
@@ -216,7 +224,7 @@ static int32_t countWordsRead(int32_t section, const Tokens& tokens) {
         case SECTION_VORN_INPS: return isWord(tokens, 0, "INFLUENT") || isWord(tokens, 0, "EFFLUENT") ? 4 : 3;
         case SECTION_TIMESERIES: return std::strcmp(tokens[1], "FILE") == 0 ? 3 : ANY;
         case SECTION_CONVERTERS: return isWord(tokens, 2, "POLLUTANT") || isWord(tokens, 2, "CONSTANT") ? 6 : 2;
-        default: return ByFormat.formats[section].words;
+        default: return findFormat(section).words;
     }
 }
 
@@ -239,7 +247,7 @@ void oddlines_reviewNumber(const Model& model, const Tokens& tokens, int32_t pla
 
 /// Which words of an odd line are numbers: not the bed of a conduit, an object of a condition, or the name of a file.
 static uint64_t findNumbers(int32_t section, const Tokens& tokens) {
-    const uint64_t numbers = ByFormat.formats[section].numbers;
+    const uint64_t numbers = findFormat(section).numbers;
     switch (section) {
         case SECTION_CONDUITS: return isWord(tokens, 7, "IRREGULAR") ? numbers & ~at(8) : numbers;
         case SECTION_TIMESERIES: return std::strcmp(tokens[1], "FILE") == 0 ? 0 : numbers;
@@ -253,7 +261,7 @@ static uint64_t findNumbers(int32_t section, const Tokens& tokens) {
     }
 }
 
-static void reviewOddWords(const Model& model, int32_t section, const Tokens& tokens) {
+static void reviewNumbers(const Model& model, int32_t section, const Tokens& tokens) {
     const uint64_t numbers = findNumbers(section, tokens);
     for (int32_t k = 0; k < tokens.count; ++k) {
         if (numbers >> k & 1) {
@@ -262,22 +270,18 @@ static void reviewOddWords(const Model& model, int32_t section, const Tokens& to
     }
 }
 
-void oddlines_reviewWords(const Model& model, int32_t section, const Tokens& tokens) {
-    if (!warnings_isWanted(model) || isHostSection(section) || section == SECTION_DESCRIPTION) {
-        return;
+void oddlines_reviewOddWords(const Model& model, int32_t section, const Tokens& tokens) {
+    if (tokens.oddities & TOKENS_CUT) {
+        const int32_t warning = section == SECTION_CURVES ? WARN_CURVE_POINTS : WARN_LINE_WORDS;
+        warnings_addAtLine(model, warning, MAX_TOKENS - 1, tokens[0]);
     }
-    if (tokens.isCut && section == SECTION_CURVES) {
-        warnings_addAtLine(model, WARN_CURVE_POINTS, MAX_TOKENS - 1, tokens[0]);
-    } else if (tokens.isCut && ByFormat.formats[section].numbers != 0) {
-        warnings_addAtLine(model, WARN_LINE_WORDS, MAX_TOKENS - 1, tokens[0]);
-    }
-    if (tokens.count > ByFormat.formats[section].words) {
+    if (tokens.count > findFormat(section).words) {
         const int32_t read = countWordsRead(section, tokens);
         if (tokens.count > read) {
             warnings_addAtLine(model, WARN_WORDS_UNUSED, read, tokens[0], {tokens[read]});
         }
     }
-    if (tokens.mayBeOdd) {
-        reviewOddWords(model, section, tokens);
+    if (tokens.oddities & (TOKENS_ODD | TOKENS_END_EMPTY)) {
+        reviewNumbers(model, section, tokens);
     }
 }

@@ -16,7 +16,7 @@
 #include "text/tokens.h"
 #include "text/units.h"
 
-static constexpr double SMALLEST_CUT = 0.001;  ///< s, of a step: what is less comes from the rounding of days
+static constexpr double SMALLEST_CUT = 0.01;  ///< of a step: with less, hours are written with few digits
 
 enum OptionKey : int32_t {
     START_DATE,
@@ -108,7 +108,7 @@ static int32_t readStep(Model& model, const char* key, const char* value, int32_
     const std::string taken = warnings_formatNumber(*step) + " s";
     if (days < 0.0) {
         warnings_addAtLine(model, WARN_STEP_NEGATIVE, 1, key, {value, taken});
-    } else if (std::abs(days * SECONDS_PER_DAY - seconds) > SMALLEST_CUT) {
+    } else if (std::abs(days * SECONDS_PER_DAY - seconds) > SMALLEST_CUT * seconds) {
         warnings_addAtLine(model, WARN_NUMBER_CUT, 1, key, {value, taken});
     }
     return ERR_NONE;
@@ -178,7 +178,7 @@ static void reviewWords(const Model& model, const Tokens& tokens, int32_t option
     if (isHostOption(option)) {
         return;
     }
-    if (tokens.mayBeOdd) {
+    if (tokens.oddities & (TOKENS_ODD | TOKENS_END_EMPTY)) {
         oddlines_reviewNumber(model, tokens, 1, tokens[0]);
     }
     if (tokens.count > 2) {

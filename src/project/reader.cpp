@@ -159,11 +159,12 @@ static void countObjects(Model& model) {
         const bool isCut = section == SECTION_GENERAL;
         warnings_setLine(model, offset, lineNumber, section, isCut ? std::strcpy(whole, line) : line);
         const int64_t next = textfile_getPosition(model.files.input);
+        const RawLine raw{line, std::strlen(line), next - offset};
         if (isReviewed) {
-            oddlines_reviewLine(model, section, line, next - offset, isContinued);
+            oddlines_reviewLine(model, section, raw, offset, isContinued);
         }
         offset = next;
-        fingerprint_addLine(model, line);
+        fingerprint_addLine(model, line, raw.length);
         if (const int32_t error = countNextLine(model, line, section, pending)) {
             writeLineError(model, error, section, lineNumber, line);
             ++errorCount;
@@ -319,6 +320,7 @@ static bool areTablesFilled(const Model& model) {
 
 /// Reads all lines; gives the number of errors.
 static int32_t readLines(Model& model) {
+    const bool isReviewed = warnings_isWanted(model);
     int32_t section = SECTION_DESCRIPTION;  // text before the first header describes the project
     int32_t errorCount = 0;
     long lineNumber = 0;
@@ -354,7 +356,7 @@ static int32_t readLines(Model& model) {
         }
         if (error) {
             writeLineError(model, error, section, lineNumber, line);
-        } else {
+        } else if (isReviewed) {
             oddlines_reviewWords(model, section, tokens);
         }
     }

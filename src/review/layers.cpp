@@ -1,5 +1,5 @@
-// Land uses, and layers of LID controls, whose lines say something in vain: a layer that the type of the control doesn't
-// have, a drain without a storage, a washoff of what never gathers.
+// Land uses, and layers of LID controls, whose lines say something in vain: a layer that the type of the control
+// doesn't have, a drain without a storage, a washoff of what never gathers.
 
 #include "review/layers.h"
 
@@ -45,6 +45,9 @@ static void tellUnused(const Model& model, const Lid& lid, const LinePlace& plac
 
 /// Decay in layers that hold none of the pollutant. The mat of a roof follows the line of the first pollutant alone.
 static void reviewDecay(const Model& model, int32_t index) {
+    if (!(model.log->warnings.sections >> SECTION_DECAY_COEFFICIENT & 1)) {
+        return;
+    }
     const Lid& lid = model.lids[index];
     for (const int32_t layer : {LAYER_SOIL, LAYER_STORAGE, LAYER_PAVEMENT, LAYER_DRAINMAT}) {
         for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
@@ -86,7 +89,7 @@ static void reviewControl(const Model& model, int32_t index) {
 }
 
 static void reviewMonomers(const Model& model) {
-    if (model.options.lidMonoRainfall || options_isGiven(model, "LID_MONO_RAINFALL")) {
+    if (model.lidMonos.empty() || model.options.lidMonoRainfall || options_isGiven(model, "LID_MONO_RAINFALL")) {
         return;
     }
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
@@ -156,7 +159,8 @@ void layers_review(const Model& model) {
     for (int32_t k = 0; k < model.landuses.size(); ++k) {
         reviewLanduse(model, k);
     }
-    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+    const bool hasLoadings = (model.log->warnings.sections >> SECTION_LOADINGS & 1) != 0;
+    for (int32_t k = 0; hasLoadings && k < model.subcatches.size(); ++k) {
         reviewLoads(model, k);
     }
 }

@@ -175,8 +175,7 @@ static void reviewPump(const Model& model, int32_t index) {
 static void reviewBed(const Model& model, int32_t index) {
     const Conduit& conduit = model.conduits[model.links[index].kindIndex];
     if (conduit.shape == IRREGULAR_CONDUIT && model.curves[conduit.curve].curveType != TRANSECT_CURVE) {
-        warnings_addAbout(model, WARN_CURVE_TYPE, LINK, index, model.links[index].id,
-                          {model.curves[conduit.curve].id});
+        warnings_addAbout(model, WARN_CURVE_TYPE, LINK, index, model.links[index].id, {model.curves[conduit.curve].id});
     }
 }
 

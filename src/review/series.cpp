@@ -1,6 +1,6 @@
 // Time series against those that read them. All readers of a series move one cursor: what one reads another misses. And
-// at the start of a run the cursor is put to the first two entries for the newest record of a node alone; for all others
-// the first entry is passed over, so that the second one holds from there on.
+// at the start of a run the cursor is put to the first two entries for the newest record of a node alone; for all
+// others the first entry is passed over, so that the second one holds from there on.
 
 #include "review/series.h"
 
@@ -64,10 +64,10 @@ static void reviewStarts(const Model& model, const SeriesUses& uses) {
         char dates[2][DATE_TIME_TEXT_SIZE];
         datetime_formatDateTime(series.beginning[0].date, dates[0]);
         datetime_formatDateTime(series.beginning[1].date, dates[1]);
-        warnings_addAbout(model, WARN_SERIES_START, TSERIES, k, series.id,
-                          {model.nodes[use.node].id, dates[0], dates[1],
-                           warnings_formatNumber(series.beginning[1].value),
-                           warnings_formatNumber(series.beginning[0].value)});
+        warnings_addAbout(
+            model, WARN_SERIES_START, TSERIES, k, series.id,
+            {model.nodes[use.node].id, dates[0], dates[1], warnings_formatNumber(series.beginning[1].value),
+             warnings_formatNumber(series.beginning[0].value)});
     }
 }
 
@@ -99,8 +99,7 @@ static void reviewGages(const Model& model, const SeriesUses& uses) {
             other = "an inflow";
         }
         if (other) {
-            warnings_addAbout(model, WARN_SERIES_SHARED, GAGE, k, gage.name,
-                              {model.timeSeries[gage.series].id, other});
+            warnings_addAbout(model, WARN_SERIES_SHARED, GAGE, k, gage.name, {model.timeSeries[gage.series].id, other});
         }
     }
 }
@@ -110,7 +109,10 @@ void series_review(const Model& model) {
         return;
     }
     SeriesUses uses(static_cast<size_t>(model.timeSeries.size()));
-    countInflows(model, uses);
+    if (std::any_of(model.timeSeries.begin(), model.timeSeries.end(),
+                    [](const Series& series) { return series.isUsedByInflow; })) {
+        countInflows(model, uses);
+    }
     for (const Gage& gage : model.gages) {
         uses[static_cast<size_t>(gage.series)].gages += gage.isUsed ? 1 : 0;
     }
