@@ -67,7 +67,8 @@ struct WarningLog {
     size_t givenCount = 0;
     std::vector<ActionLine> actions;
     uint64_t sections = 0;       ///< a bit for each that had a line with something given
-    bool hasLongId = false;      ///< an ID was longer than the columns of the report
+    std::string longId;          ///< the longest ID so far, if it is longer than the columns of the report
+    LinePlace longIdPlace{};
     TextFile* source = nullptr;  ///< the project file, open from the opening to the close
 };
 

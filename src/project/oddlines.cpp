@@ -47,7 +47,15 @@ void oddlines_reviewOddLine(const Model& model, int32_t section, const RawLine& 
 }
 
 void oddlines_reviewEnd(Model& model) {
-    if (warnings_isWanted(model) && model.files.input.isAtEnd && textfile_hasMore(model.files.input)) {
+    if (!warnings_isWanted(model)) {
+        return;
+    }
+    const WarningLog& warnings = model.log->warnings;
+    if (!warnings.longId.empty()) {
+        warnings_addAtPlace(model, WARN_ID_LONG, warnings.longIdPlace, 0, warnings.longId.c_str(),
+                            {std::to_string(warnings.longId.size())});
+    }
+    if (model.files.input.isAtEnd && textfile_hasMore(model.files.input)) {
         warnings_addAtLine(model, WARN_FILE_END_MARK, -1, "");
     }
 }

@@ -59,11 +59,16 @@ static void writeLineError(Model& model, int32_t error, int32_t section, long li
 
 static constexpr size_t ID_COLUMN = 16;  ///< characters that the tables of the report leave for an ID
 
-/// The first ID that is longer than the columns of the report is told, and stands for all others.
+/// Keeps the longest ID beyond the columns of the report, of equal ones the first by its letters.
 static void reviewId(const Model& model, const char* word) {
-    if (std::strlen(word) > ID_COLUMN && warnings_isWanted(model) && !model.log->warnings.hasLongId) {
-        model.log->warnings.hasLongId = true;
-        warnings_addAtLine(model, WARN_ID_LONG, 0, word, {std::to_string(std::strlen(word))});
+    const size_t length = std::strlen(word);
+    if (length <= ID_COLUMN || !warnings_isWanted(model)) {
+        return;
+    }
+    WarningLog& warnings = model.log->warnings;
+    if (length > warnings.longId.size() || (length == warnings.longId.size() && word < warnings.longId)) {
+        warnings.longId = word;
+        warnings.longIdPlace = warnings.reading;
     }
 }
 

@@ -68,7 +68,7 @@ static std::string aLoadedPipe(const std::string& seconds) {
     static int count = 0;
     const std::string model =
         folder.write("q" + std::to_string(++count) + ".inp",
-                     "period 45461 0 45462 0\nstep 60\npollut BOD\nnode IN\nnode OUT\nreach R IN OUT 0\n");
+                     "period 45461 0 45462 0\nstep 60\nsubstances BOD\nnode IN\nnode OUT\nreach R IN OUT 0\n");
     return aDay(
         "[POLLUTANTS]\nBOD 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nL1 J1 S1 NO 0\n[PIPES]\nL2 S1 O1 NO " +
         seconds + " 3 0.2 0\n[SWMM_INPS]\nS1 " + model + " NO\n" + Both + "\n");

@@ -153,3 +153,9 @@ WARNING_CASE("W-number-word", aTank("DECAY_COEFFICIENT", "T1 NODE BOD FIRST 0.5x
 WARNING_CASE("W-number-word", aTank("INITIAL_CONCENTRATION", "T1 0 BOD much"),
              aTank("INITIAL_CONCENTRATION", "T1 0 BOD 9"), "T1", "much");
 WARNING_CASE("W-number-cut", aPipe("300 2.9 0.2 0"), aPipe("300 2.0 0.2 0"), "P1", "2.9");
+
+// Of several long IDs the longest is told.
+WARNING_CASE("W-id-long",
+             aDay("[JUNCTIONS]\nJUNCTION_AT_MILL_2\n[OUTFALLS]\nOUTFALL_AT_THE_MILL\n[PIPES]\n"
+                  "P1 JUNCTION_AT_MILL_2 OUTFALL_AT_THE_MILL NO 300 3 0.2 0\n"),
+             aPipe(), "OUTFALL_AT_THE_MILL", "OUTFALL_AT_THE_MILL");
