@@ -73,7 +73,7 @@ static int32_t readSurface(Model& model, const Tokens& tokens, Lid& lid) {
         }
     }
     if (depth == 0.0 && fraction > 0.0) {
-        warnings_addAtLine(model, WARN_LID_PLANTS, 3, lid.name, {"without a berm height"});
+        warnings_addAtLine(model, WARN_LID_PLANTS, SEVERITY_NOTE, 3, lid.name, {"without a berm height"});
     }
     lid.surfaceDepth = depth / MM_PER_M;
     lid.surfaceVoid = depth == 0.0 ? 1.0 : 1.0 - fraction;

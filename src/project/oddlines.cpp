@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "controls/rule.h"
 #include "model/model.h"
 #include "model/warnings.h"
 #include "project/sections.h"
@@ -269,27 +270,39 @@ static uint64_t findNumbers(int32_t section, const Tokens& tokens) {
     }
 }
 
-static void reviewNumbers(const Model& model, int32_t section, const Tokens& tokens) {
+static void reviewNumbers(const Model& model, int32_t section, const Tokens& tokens, const char* object) {
     const uint64_t numbers = findNumbers(section, tokens);
     for (int32_t k = 0; k < tokens.count; ++k) {
         if (numbers >> k & 1) {
-            oddlines_reviewNumber(model, tokens, k, tokens[0]);
+            oddlines_reviewNumber(model, tokens, k, object);
         }
     }
 }
 
+/// What a warning about a line names: its first word, of a clause the rule that was read last.
+static const char* getObject(const Model& model, int32_t section, const Tokens& tokens) {
+    const char* object = tokens[0];
+    if (section == SECTION_CONTROL_RULES) {
+        for (const Rule& rule : model.rules) {
+            object = rule.name ? rule.name : object;
+        }
+    }
+    return object;
+}
+
 void oddlines_reviewOddWords(const Model& model, int32_t section, const Tokens& tokens) {
+    const char* const object = getObject(model, section, tokens);
     if (tokens.oddities & TOKENS_CUT) {
         const int32_t warning = section == SECTION_CURVES ? WARN_CURVE_POINTS : WARN_LINE_WORDS;
-        warnings_addAtLine(model, warning, MAX_TOKENS - 1, tokens[0]);
+        warnings_addAtLine(model, warning, MAX_TOKENS - 1, object);
     }
     if (tokens.count > findFormat(section).words) {
         const int32_t read = countWordsRead(section, tokens);
         if (tokens.count > read) {
-            warnings_addAtLine(model, WARN_WORDS_UNUSED, read, tokens[0], {tokens[read]});
+            warnings_addAtLine(model, WARN_WORDS_UNUSED, read, object, {tokens[read]});
         }
     }
     if (tokens.oddities & (TOKENS_ODD | TOKENS_END_EMPTY)) {
-        reviewNumbers(model, section, tokens);
+        reviewNumbers(model, section, tokens, object);
     }
 }

@@ -4,6 +4,7 @@
 #include "review/layers.h"
 
 #include <cstdint>
+#include <string>
 
 #include "hydrology/landuse.h"
 #include "hydrology/lid.h"
@@ -36,8 +37,12 @@ static constexpr uint32_t LayersOfType[] = {CELL,
                                             bit(LAYER_STORAGE) | bit(LAYER_DRAIN),
                                             bit(LAYER_SURFACE) | bit(LAYER_SOIL) | bit(LAYER_STORAGE)};
 
+static std::string getType(const Lid& lid) {
+    return std::string("its type is ") + TypeNames[lid.type];
+}
+
 static void tellUnused(const Model& model, const Lid& lid, const LinePlace& place, int32_t word, const char* layer,
-                       const char* reason) {
+                       const std::string& reason) {
     if (place.line != 0) {
         warnings_addAtPlace(model, WARN_LAYER_UNUSED, place, word, lid.name, {layer, reason});
     }
@@ -54,13 +59,13 @@ static void reviewDecay(const Model& model, int32_t index) {
             const LinePlace place =
                 warnings_findGiven(model, SECTION_DECAY_COEFFICIENT, index * LAYER_COUNT + layer, p);
             bool isUsed = (LayersOfType[lid.type] & bit(layer)) != 0;
-            const char* reason = TypeNames[lid.type];
+            std::string reason = getType(lid);
             if (lid.type == LID_GR && layer == LAYER_DRAINMAT && p > 0) {
                 isUsed = false;
-                reason = "GR, beyond the first pollutant: the mat follows its STORAGE line";
+                reason = "the mat of a GR follows the STORAGE line of all pollutants but the first";
             } else if (lid.type == LID_GR && layer == LAYER_STORAGE) {
                 isUsed = p > 0;
-                reason = "GR, of the first pollutant: the mat follows its DRAINMAT line";
+                reason = "the mat of a GR follows the DRAINMAT line of the first pollutant";
             }
             if (!isUsed) {
                 tellUnused(model, lid, place, 6, LayerNames[layer], reason);
@@ -74,12 +79,12 @@ static void reviewControl(const Model& model, int32_t index) {
     for (int32_t layer = 0; layer < LAYER_COUNT; ++layer) {
         if (!(LayersOfType[lid.type] & bit(layer))) {
             tellUnused(model, lid, warnings_findGiven(model, SECTION_LIDS, index, layer), 1, LayerNames[layer],
-                       TypeNames[lid.type]);
+                       getType(lid));
         }
     }
     if ((lid.type == LID_BC || lid.type == LID_RG) && !(lid.storageDepth > 0.0) && lid.drainCoefficient > 0.0) {
         tellUnused(model, lid, warnings_findGiven(model, SECTION_LIDS, index, LAYER_DRAIN), 1, "DRAIN",
-                   "control whose storage has no thickness");
+                   "its storage has no thickness");
     }
     if (lid.type == LID_PP && lid.surfaceVoid < 1.0) {
         warnings_addAtPlace(model, WARN_LID_PLANTS, warnings_findGiven(model, SECTION_LIDS, index, LAYER_SURFACE), 3,

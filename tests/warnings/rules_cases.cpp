@@ -72,5 +72,5 @@ WARNING_CASE("W-rule-mixed", someConditions("OR PIPE P1 FLOW > 0.1\nAND REACTOR 
              someConditions("OR PIPE P1 FLOW > 0.1\nOR REACTOR R1 FILL > 0.9"), "A", "AND");
 WARNING_CASE("W-rule-mixed", someConditions("AND PIPE P1 FLOW > 0.1\nOR REACTOR R1 FILL > 0.9"),
              someConditions("AND PIPE P1 FLOW > 0.1\nOR TANK T1 DEPTH > 2.5"), "A", "OR");
-WARNING_CASE("W-words-unused", aCondition("TANK T1 DEPTH > 2 m"), aCondition("TANK T1 DEPTH > 2"), "IF", "m");
-WARNING_CASE("W-number-bytes", aCondition("TANK T1 DEPTH > 2\xC2\xA0m"), aCondition("TANK T1 DEPTH > 2"), "IF", "-");
+WARNING_CASE("W-words-unused", aCondition("TANK T1 DEPTH > 2 m"), aCondition("TANK T1 DEPTH > 2"), "A", "m");
+WARNING_CASE("W-number-bytes", aCondition("TANK T1 DEPTH > 2\xC2\xA0m"), aCondition("TANK T1 DEPTH > 2"), "A", "-");
