@@ -51,8 +51,7 @@ WARNING_CASE("W-rule-relation", anAction("PIPE P1 SETTING >= 0.5"), anAction("PI
 WARNING_CASE("W-rule-twice", anAction("PIPE P1 SETTING = 0.5\nAND PIPE P1 SETTING = 0.7"),
              anAction("PIPE P1 SETTING = 0.5\nELSE PIPE P1 SETTING = 0.7"), "A", "-");
 WARNING_CASE("W-rule-empty", aProject("IF TANK T1 DEPTH > 2"), anAction("PIPE P1 SETTING = 0.5"), "A", "-");
-WARNING_CASE("W-words-unused", anAction("PIPE P1 SETTING = 0.5 m"), anAction("PIPE P1 SETTING = 0.5 // m"), "THEN",
-             "m");
+WARNING_CASE("W-words-unused", anAction("PIPE P1 SETTING = 0.5 m"), anAction("PIPE P1 SETTING = 0.5 // m"), "A", "m");
 
 // --- conditions ------------------------------------------------------------------------------------------------------
 
