@@ -151,49 +151,56 @@ static bool isBent(const Curve& curve) {
     return count > 1 && curve.entries[count - 1].y != curve.entries[count - 2].y;
 }
 
-static void reviewTank(const Model& model, int32_t index) {
-    const Tank& tank = model.tanks[model.nodes[index].kindIndex];
-    const Curve& curve = model.curves[tank.curve];
-    if (isBent(curve) && tank.maxDepth > curve.entries.back().x) {
-        warnings_addAbout(model, WARN_CURVE_RANGE, NODE, index, model.nodes[index].id,
-                          {"the full depth of " + warnings_formatNumber(tank.maxDepth) + " m", curve.id,
-                           warnings_formatNumber(curve.entries.back().x) + " m"});
+/// Moves on to the node or link of a row of the table of its kind: rows stand in the order of the objects.
+template <class Record>
+static int32_t findOwner(const Table<Record>& table, int32_t kind, int32_t row, int32_t& at) {
+    while (table[at].kind != kind || table[at].kindIndex != row) {
+        ++at;
     }
+    return at;
 }
 
-static void reviewPump(const Model& model, int32_t index) {
-    const Pump& pump = model.pumps[model.links[index].kindIndex];
-    const Curve& curve = model.curves[pump.curve];
-    const double lowest = pump.shutoffDepth;
-    if (isBent(curve) && lowest > curve.entries.back().x) {
-        warnings_addAbout(model, WARN_CURVE_RANGE, LINK, index, model.links[index].id,
-                          {"the shut-off depth of " + warnings_formatNumber(lowest) + " m", curve.id,
-                           warnings_formatNumber(curve.entries.back().x) + " m"});
-    }
+/// Tells of a depth beyond the last point of a curve.
+static void tellRange(const Model& model, int32_t type, int32_t index, const char* id, const char* what, double depth,
+                      const Curve& curve) {
+    warnings_addAbout(model, WARN_CURVE_RANGE, type, index, id,
+                      {std::string(what) + warnings_formatNumber(depth) + " m", curve.id,
+                       warnings_formatNumber(curve.entries.back().x) + " m"});
 }
 
-static void reviewBed(const Model& model, int32_t index) {
-    const Conduit& conduit = model.conduits[model.links[index].kindIndex];
-    if (conduit.shape == IRREGULAR_CONDUIT && model.curves[conduit.curve].curveType != TRANSECT_CURVE) {
-        warnings_addAbout(model, WARN_CURVE_TYPE, LINK, index, model.links[index].id, {model.curves[conduit.curve].id});
-    }
-}
-
-static void reviewCurves(const Model& model) {
-    if (model.curves.empty()) {
-        return;
-    }
-    for (int32_t k = 0; k < model.nodes.size(); ++k) {
-        if (model.nodes[k].kind == TANK) {
-            reviewTank(model, k);
+static void reviewTanks(const Model& model) {
+    int32_t at = 0;
+    for (int32_t row = 0; row < model.tanks.size(); ++row) {
+        const Tank& tank = model.tanks[row];
+        const Curve& curve = model.curves[tank.curve];
+        if (isBent(curve) && tank.maxDepth > curve.entries.back().x) {
+            const int32_t node = findOwner(model.nodes, TANK, row, at);
+            tellRange(model, NODE, node, model.nodes[node].id, "the full depth of ", tank.maxDepth, curve);
         }
     }
-    for (int32_t k = 0; k < model.links.size(); ++k) {
-        const int32_t kind = model.links[k].kind;
-        if (kind == PUMP) {
-            reviewPump(model, k);
-        } else if (kind == CONDUIT) {
-            reviewBed(model, k);
+}
+
+/// A pump runs above its shut-off depth alone.
+static void reviewPumps(const Model& model) {
+    int32_t at = 0;
+    for (int32_t row = 0; row < model.pumps.size(); ++row) {
+        const Pump& pump = model.pumps[row];
+        const Curve& curve = model.curves[pump.curve];
+        if (isBent(curve) && pump.shutoffDepth > curve.entries.back().x) {
+            const int32_t link = findOwner(model.links, PUMP, row, at);
+            tellRange(model, LINK, link, model.links[link].id, "the shut-off depth of ", pump.shutoffDepth, curve);
+        }
+    }
+}
+
+static void reviewBeds(const Model& model) {
+    int32_t at = 0;
+    for (int32_t row = 0; row < model.conduits.size(); ++row) {
+        const Conduit& conduit = model.conduits[row];
+        if (conduit.shape == IRREGULAR_CONDUIT && model.curves[conduit.curve].curveType != TRANSECT_CURVE) {
+            const int32_t link = findOwner(model.links, CONDUIT, row, at);
+            warnings_addAbout(model, WARN_CURVE_TYPE, LINK, link, model.links[link].id,
+                              {model.curves[conduit.curve].id});
         }
     }
 }
@@ -201,5 +208,7 @@ static void reviewCurves(const Model& model) {
 void records_review(const Model& model) {
     reviewInflows(model);
     reviewPatterns(model);
-    reviewCurves(model);
+    reviewTanks(model);
+    reviewPumps(model);
+    reviewBeds(model);
 }
