@@ -66,8 +66,8 @@ struct WarningLog {
     std::vector<GivenLine> given;  ///< a table of slots, found by the key; their count is a power of 2
     size_t givenCount = 0;
     std::vector<ActionLine> actions;
-    uint64_t sections = 0;       ///< a bit for each that had a line with something given
-    std::string longId;          ///< the longest ID so far, if it is longer than the columns of the report
+    uint64_t sections = 0;  ///< a bit for each that had a line with something given
+    std::string longId;     ///< the longest ID so far, if it is longer than the columns of the report
     LinePlace longIdPlace{};
     TextFile* source = nullptr;  ///< the project file, open from the opening to the close
 };

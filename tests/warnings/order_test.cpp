@@ -8,6 +8,7 @@
 #include <set>
 #include <sstream>
 
+#include "support/generateall.h"
 #include "support/tempfolder.h"
 #include "warnings/cases.h"
 
@@ -103,4 +104,20 @@ TEST(SectionOrder, MakesNoWarningInTheExamples) {
         }
     }
     EXPECT_GT(count, 5);
+}
+
+TEST(SectionOrder, MakesNoWarningInGeneratedProjects) {
+    const TempFolder folder;
+    folder.write("series.txt", GeneratedSeriesFile);
+    folder.write("rain.txt", GeneratedSeriesFile);
+    size_t count = 0;
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        std::string project = generateProject(seed);
+        for (size_t at; (at = project.find("FILE ")) != std::string::npos;) {
+            project.replace(at, 5, "FILE\t" + folder.path.string() + "/");
+        }
+        count += pick(project).size();
+        expectTheSame(project);
+    }
+    EXPECT_GT(count, 0u);
 }
