@@ -7,6 +7,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
 
 int32_t pollut_readLine(Model& model, const Tokens& tokens, int32_t index) {
     if (tokens.count < 2) {
@@ -19,6 +20,9 @@ int32_t pollut_readLine(Model& model, const Tokens& tokens, int32_t index) {
     double concentration;
     if (!tokens_getNonNegative(tokens[1], &concentration)) {
         return errors_setName(model, ERR_NUMBER, tokens[1]);
+    }
+    if (tokens_matchKeyword(id, "FLOW")) {
+        warnings_addAtLine(model, WARN_POLLUTANT_NAME, 0, id);
     }
     model.polluts[index] = {id, concentration};
     return ERR_NONE;

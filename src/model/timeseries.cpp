@@ -119,18 +119,21 @@ static bool getDataLine(TextFile& file, char* line) {
     return false;
 }
 
-/// A line of a series file: date, time and value, and nothing is read of what follows.
-static bool parseFileLine(const char* line, SeriesEntry& entry) {
+/// A line of a series file: date, time and value, and nothing is read of what follows. `isWhole` tells whether date and
+/// time were read to their ends.
+static bool parseFileLine(const char* line, SeriesEntry& entry, bool& isWhole) {
     char dateWord[LINE_SIZE], timeWord[LINE_SIZE], valueWord[LINE_SIZE];
     DateTime date;
     if (std::sscanf(line, "%1023s %1023s %1023s", dateWord, timeWord, valueWord) < 3 ||
-        !datetime_parseDate(dateWord, &date)) {
+        !datetime_parseDate(dateWord, &date, &isWhole)) {
         return false;
     }
     double time, value;
-    if (!datetime_parseTime(timeWord, &time) || !tokens_getDouble(valueWord, &value)) {
+    bool isWholeTime = true;
+    if (!datetime_parseTime(timeWord, &time, &isWholeTime) || !tokens_getDouble(valueWord, &value)) {
         return false;
     }
+    isWhole = isWhole && isWholeTime;
     entry = {time + date, value};
     return true;
 }
@@ -149,7 +152,12 @@ static bool readFileEntry(Series& series, SeriesCursor& cursor, SeriesEntry& ent
     const bool isRead = getDataLine(file, line);
     cursor.position = textfile_getPosition(file);
     cursor.isAtEnd = file.isAtEnd;
-    return isRead && parseFileLine(line, entry);
+    bool isWhole = true;
+    const bool isGood = isRead && parseFileLine(line, entry, isWhole);
+    if (isGood && !isWhole && series.oddLine.empty()) {
+        series.oddLine.assign(line, std::strcspn(line, "\r\n"));
+    }
+    return isGood;
 }
 
 bool timeseries_getFirstEntry(Series& series, SeriesCursor& cursor, SeriesEntry& entry) {
@@ -190,9 +198,21 @@ static bool isLastLineUnread(Series& series, const SeriesCursor& cursor) {
     textfile_setPosition(file, cursor.position > TAIL ? cursor.position - TAIL : 0);
     while (getDataLine(file, line)) {
         SeriesEntry entry;
-        isUnread = file.isAtEnd && !parseFileLine(line, entry);
+        bool isWhole = true;
+        isUnread = file.isAtEnd && !parseFileLine(line, entry, isWhole);
     }
     return isUnread;
+}
+
+/// Tells what of a file is left out, or taken otherwise than it says.
+static void reviewFile(const Model& model, Series& series) {
+    const auto index = static_cast<int32_t>(&series - model.timeSeries.data());
+    if (series.cursor.isAtEnd && isLastLineUnread(series, series.cursor)) {
+        warnings_addAbout(model, WARN_SERIES_LAST_LINE, TSERIES, index, series.id, {series.fileName});
+    }
+    if (!series.oddLine.empty()) {
+        warnings_addAbout(model, WARN_SERIES_LINE, TSERIES, index, series.id, {series.oddLine, series.fileName});
+    }
 }
 
 int32_t timeseries_validate(const Model& model, Series& series) {
@@ -220,9 +240,8 @@ int32_t timeseries_validate(const Model& model, Series& series) {
     // One entry alone is never read by the loop and leaves 0 here: such a series has a value at its own date only.
     series.endDate = entry.date;
     series.endPosition = cursor.position;
-    if (warnings_isWanted(model) && series.isInFile && cursor.isAtEnd && isLastLineUnread(series, cursor)) {
-        const auto index = static_cast<int32_t>(&series - model.timeSeries.data());
-        warnings_addAbout(model, WARN_SERIES_LAST_LINE, TSERIES, index, series.id, {series.fileName});
+    if (warnings_isWanted(model) && series.isInFile) {
+        reviewFile(model, series);
     }
     return series.isInFile && !cursor.isAtEnd ? ERR_SERIES_FILE_DATA : ERR_NONE;
 }

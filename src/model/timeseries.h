@@ -36,6 +36,7 @@ struct Series {
     std::string fileName;
     TextFile file;             ///< open from the validation on; all cursors read through its one buffer
     int64_t endPosition;       ///< place in the file where the validation stopped
+    std::string oddLine;       ///< the first line of the file whose date or time was not read to its end
     SeriesEntry beginning[2];  ///< the first two entries; twice the first of one alone
     SeriesCursor cursor;       ///< that of the simulation: gages and inflows of one series move it for each other
 };

@@ -171,6 +171,11 @@ WARNING_CASE("W-series-last-line", aSeries(aFile(Entries + "2024/06/18 7:00")), 
 WARNING_CASE("W-series-last-line", aSeries(aFile(Entries + "2024/06/18 7:00")),
              aSeries(aFile(Entries + "2024/06/18 7:00 9")), "STORM", "STORM");
 
+WARNING_CASE("W-series-line", aSeries(aFile(Entries + "2024/06/18 7h 0.3\n2024/06/18 9:00 1\n")),
+             aSeries(aFile(Entries + "2024/06/18 7 0.3 a note\n2024-JUN-18 9:00 1\n")), "STORM", "STORM");
+WARNING_CASE("W-series-line", aSeries(aFile("2024/06/17T 0:00 0.1\n" + Entries)),
+             aSeries(aFile("2024/06/17 0:00 0.1\n" + Entries)), "STORM", "STORM");
+
 /// A node with a flow, and a load behind it whose line is the newest.
 static std::string aStart(const std::string& entries, const std::string& more) {
     return withInflows("J1 FLOW FLOW 0 STORM 1\n" + more + "\n[TIMESERIES]\nSTORM " + entries);
@@ -239,3 +244,9 @@ WARNING_CASE("W-washoff-dry", aRoad("[WASHOFF]\nROAD TSS EMC 80 NO 0\n"),
 WARNING_CASE("W-washoff-dry", aRoad("[WASHOFF]\nROAD TSS EXP 80 1 0\n[BUILDUP]\nROAD TSS 20 0\n"),
              aRoad("[WASHOFF]\nROAD TSS EXP 80 1 0\n[LOADINGS]\nS1 TSS 5\n"), "ROAD", "ROAD");
 WARNING_CASE("W-load-no-land", aLand("[LOADINGS]\nS1 TSS 5\n"), aRoad("[LOADINGS]\nS1 TSS 5\n"), "S1", "S1");
+
+static std::string aPollutant(const std::string& name) {
+    return aDay("[POLLUTANTS]\n" + name + " 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[PIPES]\nP1 J1 O1 NO 300 3 0.2 0\n");
+}
+
+WARNING_CASE("W-pollutant-name", aPollutant("Flow"), aPollutant("BOD"), "Flow", "Flow");
