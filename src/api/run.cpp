@@ -86,11 +86,14 @@ int32_t run_read(Model& model) {
     messages_tell(model, "\n  Retrieving project data");
     reader_readProject(model);
     if (model.error.code) {
+        warnings_tellRest(model);
         return getPublicCode(model);
     }
     report_writeDescription(model);
     validation_run(model);
-    if (!model.error.code) {
+    if (model.error.code) {
+        warnings_tellRest(model);
+    } else {
         review_project(model);
     }
     return getPublicCode(model);

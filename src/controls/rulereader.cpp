@@ -17,6 +17,8 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
+#include "nodes/reactor.h"
 #include "text/tokens.h"
 
 enum RuleObject : int32_t {
@@ -198,6 +200,62 @@ static int32_t readRightSide(Model& model, const Tokens& tokens, int32_t& place,
     return error;
 }
 
+/// Whether an operand has no value that a condition could be true with.
+static const char* findFault(const Model& model, const RuleOperand& operand, bool isSwmm) {
+    if (isSwmm) {
+        return "a condition about SWMM is false";
+    }
+    const bool isPlug = operand.reactor >= 0 && model.reactors[operand.reactor].type == PFR;
+    return isPlug && operand.attribute == ATTRIBUTE_FILL ? "the FILL of a PFR is no number: only <> is true" : nullptr;
+}
+
+static bool isNamed(const RuleOperand& operand) {
+    return operand.node >= 0 || operand.link >= 0 || operand.gage >= 0;
+}
+
+/// Whether a rule had only ANDs so far, or only ORs, and the condition that comes is of the other sort. An AND stands
+/// in the list as an AND and an OR.
+static bool isFirstMix(const Rule& rule, int32_t logic) {
+    int32_t ands = -1, ors = 0;  // the IF counts as an AND
+    for (const Premise* premise = rule.premises; premise; premise = premise->next) {
+        ++(premise->logic == LOGIC_AND ? ands : ors);
+    }
+    const int32_t loneOrs = ors - ands;
+    return ands >= 0 && (logic == LOGIC_OR ? ands > 0 && loneOrs == 0 : ands == 0 && loneOrs > 0);
+}
+
+/// Tells of a condition that can't change, or hardly be met. An AND is read twice, and told once, as an AND.
+static void reviewPremise(const Model& model, const Tokens& tokens, int32_t rule, const Premise& premise) {
+    const char* const id = model.rules[rule].name;
+    const bool isAnd = tokens_matchKeyword(tokens[0], ClauseWords[CLAUSE_AND]);
+    if (!id || (isAnd && premise.logic == LOGIC_OR)) {
+        return;
+    }
+    const bool hasRight = premise.right.attribute >= 0;
+    const char* fault = findFault(model, premise.left, tokens_matchKeyword(tokens[1], ObjectWords[OBJECT_SWMM]));
+    if (!fault && hasRight) {
+        fault = findFault(model, premise.right, !isNamed(premise.right));
+    }
+    if (!fault && !hasRight && premise.value == NO_VALUE) {
+        fault = "-1e10 stands for no value";
+    }
+    if (fault) {
+        warnings_addAtLine(model, WARN_RULE_CONDITION, 1, id, {fault});
+        return;
+    }
+    const bool isExact = premise.relation == RELATION_EQUAL || premise.relation == RELATION_UNEQUAL;
+    const bool isWord = premise.left.attribute == ATTRIBUTE_STATUS || premise.left.attribute == ATTRIBUTE_EVENT;
+    if (isExact && !isWord && premise.value != 0.0) {
+        warnings_addAtLine(model, WARN_RULE_EQUAL, 4, id, {tokens[4]});
+    }
+    // A second threshold of the quantity that the rule begins with is a case of its first condition.
+    const Premise* first = model.rules[rule].premises;
+    if (first && std::memcmp(&first->left, &premise.left, sizeof premise.left) != 0 &&
+        isFirstMix(model.rules[rule], premise.logic)) {
+        warnings_addAtLine(model, WARN_RULE_MIXED, 0, id);
+    }
+}
+
 static void appendPremise(Rule& rule, Premise* premise) {
     (rule.lastPremise ? rule.lastPremise->next : rule.premises) = premise;
     rule.lastPremise = premise;
@@ -227,6 +285,7 @@ int32_t rulereader_readPremise(Model& model, const Tokens& tokens, int32_t rule,
     if (isClauseWord(tokens, place)) {
         return refuseClause(model);
     }
+    reviewPremise(model, tokens, rule, premise);
     auto* kept = arena_allocateArray<Premise>(model.memory.project, 1);
     if (!kept) {
         return errors_setName(model, ERR_MEMORY, "");
@@ -290,6 +349,28 @@ static int32_t readSwmmValue(Model& model, const Tokens& tokens, Action& action)
     return readNumber(model, tokens, 6, action.value);
 }
 
+/// Tells of an action that does something else than its line says.
+static void reviewAction(const Model& model, const Tokens& tokens, int32_t object, const Action& action, double value) {
+    if (!warnings_isWanted(model)) {
+        return;
+    }
+    const char* const id = model.rules[action.rule].name;
+    WarningLog& warnings = model.log->warnings;
+    if (action.link < 0 && model.nodes[action.node].kind < 0) {
+        warnings_addAtLine(model, WARN_SECTION_ORDER, 2, id, {tokens[2]});
+    } else {
+        warnings.actions.push_back({warnings.reading, ObjectWords[object], action.rule, action.link, action.node});
+    }
+    const int32_t relation = object == OBJECT_SWMM ? 5 : 4;
+    if (findRelation(tokens[relation]) > RELATION_EQUAL) {
+        warnings_addAtLine(model, WARN_RULE_RELATION, relation, id, {tokens[relation]});
+    }
+    if (action.value != value) {
+        warnings_addAtLine(model, WARN_VALUE_LIMIT, relation + 1, id,
+                           {tokens[relation + 1], warnings_formatNumber(action.value)});
+    }
+}
+
 /// Settings are limited to 0 ... 1 and split values to 0 and more. What is no number counts as 0.
 static void limitValue(Action& action) {
     if (action.attribute == ATTRIBUTE_SETTING || action.attribute == ATTRIBUTE_VALUE) {
@@ -340,7 +421,9 @@ int32_t rulereader_readAction(Model& model, const Tokens& tokens, int32_t rule) 
     if (isClauseWord(tokens, 6)) {
         return refuseClause(model);
     }
+    const double value = action.value;
     limitValue(action);
+    reviewAction(model, tokens, object, action, value);
     return keepAction(model, model.rules[rule], action, isSwmm ? tokens[3] : nullptr);
 }
 

@@ -9,6 +9,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -24,9 +25,15 @@ static const char* const OperationWords[] = {"ADD", "SUBTRACT", nullptr};
 
 /// Reads a number that is refused only if text is left behind it and it is negative as well: "-1" is a number here, and
 /// so is a word, which counts as 0.
-static int32_t readNumber(Model& model, const char* token, double& value) {
-    const bool isWhole = tokens_getDouble(token, &value) != 0;
-    return !isWhole && value < 0.0 ? errors_setName(model, ERR_NUMBER, token) : ERR_NONE;
+static int32_t readNumber(Model& model, const Tokens& tokens, int32_t place, double& value) {
+    const bool isWhole = tokens_getDouble(tokens[place], &value);
+    if (!isWhole && value < 0.0) {
+        return errors_setName(model, ERR_NUMBER, tokens[place]);
+    }
+    if (!isWhole) {
+        warnings_addAtLine(model, WARN_NUMBER_WORD, place, tokens[0], {tokens[place], warnings_formatNumber(value)});
+    }
+    return ERR_NONE;
 }
 
 /// Index of a keyword, or of a pollutant where the line names one at this place.
@@ -47,8 +54,17 @@ static int32_t readContribution(Model& model, const Tokens& tokens, int32_t type
     point.sourceIndex = -1;
     const int32_t error = point.sourceKind == SOURCE_POLLUTANT
                               ? readIndex(model, tokens[3], isInfluent ? nullptr : ComponentWords, point.sourceIndex)
-                              : readNumber(model, tokens[3], point.constant);
-    return error ? error : readNumber(model, tokens[4], point.factor);
+                              : readNumber(model, tokens, 3, point.constant);
+    if (error) {
+        return error;
+    }
+    if (const int32_t wrong = readNumber(model, tokens, 4, point.factor)) {
+        return wrong;
+    }
+    if (!isInfluent && point.factor != 1.0) {
+        warnings_addAtLine(model, WARN_CONVERTER_FACTOR, 4, tokens[0], {tokens[4]});
+    }
+    return ERR_NONE;
 }
 
 static int32_t readPoint(Model& model, const Tokens& tokens, Converter& converter) {
@@ -86,6 +102,7 @@ int32_t converter_readLine(Model& model, const Tokens& tokens) {
     }
     Converter& converter = model.converters[index];
     if (type >= 0) {
+        warnings_noteGiven(model, index, 0, tokens[0], "the type of the converter");
         converter.type = type;
     } else if (const int32_t error = readPoint(model, tokens, converter)) {
         return error;

@@ -13,6 +13,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 #include "platform/files.h"
 #include "text/tokens.h"
@@ -210,6 +211,11 @@ int32_t outside_readDefinition(Model& model, const Tokens& tokens, OutsideNode& 
     const int32_t saveResults = tokens_findKeyword(tokens[2], NoYesWords);
     if (saveResults < 0) {
         return errors_setName(model, ERR_KEYWORD, tokens[2]);
+    }
+    const std::string extension = files_splitPath(tokens[1]).extension;
+    const char* const needed = kind == SWMM ? ".inp" : ".sti";
+    if (extension != needed) {
+        warnings_addAtLine(model, WARN_COUPLED_PATH, 1, tokens[0], {tokens[1], needed});
     }
     const char* inpFile = names_copyText(model, tokens[1]);
     if (!inpFile) {

@@ -5,6 +5,7 @@
 #include "hydrology/gage.h"
 
 #include <cmath>
+#include <string>
 
 #include "model/arena.h"
 #include "model/errors.h"
@@ -13,11 +14,14 @@
 #include "model/plausible.h"
 #include "model/project.h"
 #include "model/timeseries.h"
+#include "model/warnings.h"
 #include "text/number.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
 static constexpr double ONE_SECOND = 1.1574074e-05;  ///< days; so many digits and no more, since rain starts by it
+
+static constexpr double SMALLEST_CUT = 0.01;  ///< of an interval: with less, hours have few digits
 
 static const char* const FormatWords[] = {"INTENSITY", "VOLUME", nullptr};
 
@@ -28,9 +32,10 @@ static Gage& getGage(Model& model, int32_t gage) {
 // --- reading and validation ----------------------------------------------------------------------------------------
 
 /// Whole seconds of a recording interval; false for what is no time, no time above 0, or beyond 32 bits.
-static bool readInterval(const char* text, int32_t* interval) {
+static bool readInterval(const Model& model, const Tokens& tokens, int32_t* interval) {
     double days;
-    if (!datetime_parseTime(text, &days)) {
+    bool isWhole = true;
+    if (!datetime_parseTime(tokens[2], &days, &isWhole)) {
         return false;
     }
     const double seconds = std::floor(days * SECONDS_PER_DAY + 0.5);
@@ -38,6 +43,12 @@ static bool readInterval(const char* text, int32_t* interval) {
         return false;
     }
     *interval = number_truncate(seconds);
+    const std::string taken = warnings_formatNumber(seconds) + " s";
+    if (!isWhole) {
+        warnings_addAtLine(model, WARN_TIME_FORM, 2, tokens[0], {tokens[2], taken});
+    } else if (std::abs(days * SECONDS_PER_DAY - seconds) > SMALLEST_CUT * seconds) {
+        warnings_addAtLine(model, WARN_NUMBER_CUT, 2, tokens[0], {tokens[2], taken});
+    }
     return true;
 }
 
@@ -54,7 +65,7 @@ int32_t gage_readLine(Model& model, const Tokens& tokens, int32_t index) {
         return errors_setName(model, ERR_KEYWORD, tokens[1]);
     }
     int32_t interval;
-    if (!readInterval(tokens[2], &interval)) {
+    if (!readInterval(model, tokens, &interval)) {
         return errors_setName(model, ERR_DATE_TIME, tokens[2]);
     }
     const int32_t series = names_find(model, TSERIES, tokens[3]);

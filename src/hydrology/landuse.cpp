@@ -82,6 +82,7 @@ int32_t landuse_readBuildup(Model& model, const Tokens& tokens) {
         warnings_addAtLine(model, WARN_BUILDUP_RATE, 3, tokens[0], {warnings_formatNumber(values[0])});
     }
     plausible_checkSet(model, PLAUSIBLE_BUILDUP_RATE, values[1], 3, tokens[0]);
+    warnings_noteGiven(model, landuse, pollutant, tokens[0], "this buildup");
     model.landuses[landuse].buildup[pollutant] = {values[0], values[1]};
     return ERR_NONE;
 }
@@ -143,6 +144,11 @@ int32_t landuse_readWashoff(Model& model, const Tokens& tokens) {
     }
     if (!error) {
         rule.kind = kind;
+        warnings_noteGiven(model, landuse, pollutant, tokens[0], "this washoff");
+        if (kind > WASHOFF_EMC) {
+            warnings_addAtLine(model, WARN_WASHOFF_TYPE, 2, tokens[0],
+                               {tokens[2], warnings_formatNumber(rule.emc) + " mg/L"});
+        }
     }
     return error;
 }

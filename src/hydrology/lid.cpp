@@ -14,11 +14,10 @@
 #include "model/names.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/units.h"
 
 static const char* const TypeWords[] = {"BC", "RG", "GR", "IT", "PP", "RB", "VS", nullptr};
-
-enum LidLayer : int32_t { LAYER_SURFACE, LAYER_SOIL, LAYER_STORAGE, LAYER_PAVEMENT, LAYER_DRAINMAT, LAYER_DRAIN };
 
 static const char* const LayerWords[] = {"SURFACE", "SOIL", "STORAGE", "PAVEMENT", "DRAINMAT", "DRAIN", nullptr};
 
@@ -94,6 +93,9 @@ static int32_t readSurface(Model& model, const Tokens& tokens, Lid& lid) {
     plausible_checkSet(model, PLAUSIBLE_LID_ROUGHNESS, rest[0], 4, lid.name);
     plausible_checkSet(model, PLAUSIBLE_LID_SLOPE, rest[1], 5, lid.name);
     plausible_check(model, PLAUSIBLE_SIDE_SLOPE, rest[2], 6, lid.name);
+    if (depth == 0.0 && fraction > 0.0) {
+        warnings_addAtLine(model, WARN_LID_PLANTS, SEVERITY_NOTE, 3, lid.name, {"without a berm height"});
+    }
     lid.surfaceDepth = depth / MM_PER_M;
     lid.surfaceVoid = depth == 0.0 ? 1.0 : 1.0 - fraction;
     lid.surfaceRoughness = rest[0];
@@ -180,6 +182,8 @@ static int32_t readDrain(Model& model, const Tokens& tokens, Lid& lid) {
 static int32_t readLayer(Model& model, const Tokens& tokens, Lid& lid, int32_t layer) {
     static constexpr int32_t TOKENS_NEEDED[] = {7, 8, 5, 5, 5, 5};
     if (layer == LAYER_DRAINMAT && lid.type != LID_GR) {
+        const char* reason = lid.type < 0 ? "no type line GR of the control stands above" : "the control is no GR";
+        warnings_addAtLine(model, WARN_LINE_DROPPED, 1, lid.name, {reason});
         return ERR_NONE;  // only a roof has a mat, and it must be known as a roof by now; nothing else is looked at
     }
     if (tokens.count < TOKENS_NEEDED[layer]) {
@@ -209,11 +213,19 @@ int32_t lid_readLine(Model& model, const Tokens& tokens) {
     if (type >= 0) {
         // A later type line changes the type alone: a mat read for a roof stays and still fills the storage at the
         // start.
+        warnings_noteGiven(model, index, LAYER_COUNT, lid.name, "the type of the control");
         lid.type = type;
         return ERR_NONE;
     }
     const int32_t layer = tokens_findKeyword(tokens[1], LayerWords);
-    return layer < 0 ? errors_setName(model, ERR_KEYWORD, tokens[1]) : readLayer(model, tokens, lid, layer);
+    if (layer < 0) {
+        return errors_setName(model, ERR_KEYWORD, tokens[1]);
+    }
+    const int32_t error = readLayer(model, tokens, lid, layer);
+    if (!error && (layer != LAYER_DRAINMAT || lid.type == LID_GR)) {
+        warnings_noteGiven(model, index, layer, lid.name, "this layer of the control");
+    }
+    return error;
 }
 
 /// The rules of a layer; null for the drain, which holds no water.
@@ -240,8 +252,12 @@ int32_t lid_readDecayLine(Model& model, const Tokens& tokens, int32_t index) {
     if (layer < 0) {
         return errors_setName(model, ERR_KEYWORD, tokens[6]);
     }
-    if (Decay* rules = getRules(model.lids[index], layer)) {
+    warnings_noteGiven(model, index * LAYER_COUNT + layer, reaction.pollutant, tokens[0], "this decay in the layer");
+    Decay* rules = getRules(model.lids[index], layer);
+    if (rules) {
         rules[reaction.pollutant] = reaction.decay;
+    } else {
+        warnings_addAtLine(model, WARN_LINE_DROPPED, 6, tokens[0], {"a drain holds no water"});
     }
     return ERR_NONE;
 }

@@ -13,6 +13,17 @@ struct Model;
 /// vegetative swale.
 enum LidType : int32_t { LID_BC, LID_RG, LID_GR, LID_IT, LID_PP, LID_RB, LID_VS };
 
+/// Layers, as lines of [LIDS] name them. What LAYER_COUNT stands for beside them is the line of the type.
+enum LidLayer : int32_t {
+    LAYER_SURFACE,
+    LAYER_SOIL,
+    LAYER_STORAGE,
+    LAYER_PAVEMENT,
+    LAYER_DRAINMAT,
+    LAYER_DRAIN,
+    LAYER_COUNT
+};
+
 /// One kind of control.
 struct Lid {
     const char* name;         ///< the ID as first seen; null until read

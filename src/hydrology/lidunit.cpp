@@ -10,6 +10,7 @@
 #include "model/names.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/units.h"
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -33,6 +34,12 @@ int32_t lidunit_readItems(Model& model, const Tokens& tokens, int32_t place, boo
     plausible_checkSet(model, PLAUSIBLE_UNIT_WIDTH, values[1], place + 1, tokens[0]);
     plausible_checkSet(model, PLAUSIBLE_SATURATION, values[2], place + 2, tokens[0]);
     plausible_checkSet(model, PLAUSIBLE_UNIT_SHARE, values[3], place + 3, tokens[0]);
+    // Of units on a subcatchment the shares of the runoff are tested together, as an error.
+    for (const int32_t k : {2, 3}) {
+        if (values[k] > PERCENT && (k == 2 || takesNan)) {
+            warnings_addAtLine(model, WARN_VALUE_LIMIT, place + k, tokens[0], {tokens[place + k], "100 %"});
+        }
+    }
     unit.area = values[0];
     unit.fullWidth = values[1];
     unit.initialSaturation = values[2] / PERCENT;

@@ -136,6 +136,11 @@ int32_t subcatch_readLine(Model& model, const Tokens& tokens, int32_t index) {
     subcatch.width = v[4];
     subcatch.imperviousFraction = getShare(v[5]);
     subcatch.slope = getShare(v[6]);
+    for (const int32_t k : {5, 6}) {
+        if (v[k] > PERCENT) {
+            warnings_addAtLine(model, WARN_VALUE_LIMIT, k, name, {tokens[k], "100 %"});
+        }
+    }
     subcatch.imperviousRoughness = v[7];
     subcatch.perviousRoughness = v[8];
     subcatch.imperviousStorage = v[9] / MM_PER_M;
@@ -180,7 +185,11 @@ int32_t subcatch_readCoverage(Model& model, const Tokens& tokens) {
         return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
     plausible_checkSet(model, PLAUSIBLE_COVERAGE, percent, 2, tokens[0]);
-    model.subcatches[subcatch].landShares[landuse].fraction = percent / PERCENT;
+    double& fraction = model.subcatches[subcatch].landShares[landuse].fraction;
+    if (fraction != 0.0) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this coverage of the subcatchment", ""});
+    }
+    fraction = percent / PERCENT;
     return ERR_NONE;
 }
 
@@ -197,6 +206,7 @@ int32_t subcatch_readLoading(Model& model, const Tokens& tokens) {
         return errors_setName(model, ERR_NUMBER, tokens[2]);
     }
     plausible_check(model, PLAUSIBLE_LOADING, load, 2, tokens[0]);
+    warnings_noteGiven(model, subcatch, pollutant, tokens[0], "this loading");
     model.subcatches[subcatch].initialLoad[pollutant] = load;
     return ERR_NONE;
 }

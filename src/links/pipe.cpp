@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 #include "links/link.h"
 #include "model/arena.h"
@@ -71,12 +72,16 @@ int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
             return errors_setName(model, ERR_NUMBER, tokens[4 + k]);
         }
     }
-    values[1] = number_truncate(values[1]);
+    const int32_t n = number_truncate(values[1]);
+    if (n != values[1]) {
+        warnings_addAtLine(model, WARN_NUMBER_CUT, 5, head.id, {tokens[5], std::to_string(n)});
+    }
+    values[1] = n;
     checkNumbers(model, values, head);
     link_setHead(model, link, PIPE, kindIndex, head);
     Pipe& pipe = model.pipes[kindIndex];
     pipe.k = values[0];
-    pipe.n = number_truncate(values[1]);
+    pipe.n = n;
     pipe.x = values[2];
     pipe.maxFlow = values[3];
     return ERR_NONE;

@@ -13,6 +13,7 @@
 #include "model/pattern.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -45,10 +46,14 @@ int32_t decay_readReaction(Model& model, const Tokens& tokens, bool tellsWords, 
     }
     // Refused only if it is no number and negative as well: a word passes as 0, and a negative rate makes masses grow.
     double perDay;
-    if (!tokens_getDouble(tokens[4], &perDay) && perDay < 0.0) {
+    const bool isNumber = tokens_getDouble(tokens[4], &perDay);
+    if (!isNumber && perDay < 0.0) {
         return errors_setName(model, ERR_NUMBER, tokens[4]);
     }
     plausible_checkSet(model, PLAUSIBLE_DECAY_RATE, perDay, 4, tokens[0]);
+    if (!isNumber) {
+        warnings_addAtLine(model, WARN_NUMBER_WORD, 4, tokens[0], {tokens[4], warnings_formatNumber(perDay)});
+    }
     int32_t pattern = -1;
     if (*tokens[5]) {
         pattern = names_find(model, PATTERN, tokens[5]);
@@ -64,6 +69,9 @@ int32_t decay_readItems(Model& model, const Tokens& tokens, Decay* decays) {
     Reaction reaction{};
     const int32_t error = decay_readReaction(model, tokens, false, reaction);
     if (!error) {
+        if (decays[reaction.pollutant].type == FIRST_ORDER) {
+            warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this decay of the object", ""});
+        }
         decays[reaction.pollutant] = reaction.decay;
     }
     return error;

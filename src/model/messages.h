@@ -43,6 +43,20 @@ struct LinePlace {
     int32_t section;  ///< place in the list of sections
 };
 
+/// A line that gave something about an object, or about a pair of them.
+struct GivenLine {
+    uint64_t key;
+    LinePlace place;  ///< its line is 0 in a free slot
+};
+
+/// An action of a rule: its line, and what that says, for a look at it when all objects are known.
+struct ActionLine {
+    LinePlace place;
+    const char* type;    ///< the type word
+    int32_t rule;        ///< row
+    int32_t link, node;  ///< what the name means; -1 for none
+};
+
 /// What warnings need: where the reader stands, where objects were defined, and how often each kind was told.
 struct WarningLog {
     bool isWanted = false;
@@ -53,7 +67,13 @@ struct WarningLog {
     std::unordered_set<uint64_t> told;  ///< kinds of warning with the object of the run that they were told of
     bool isRunReviewed = false;         ///< the balances of the run were told of
     bool isNumberTold = false;          ///< so was a value that is no number
-    TextFile* source = nullptr;         ///< the project file, open from the opening to the close
+    std::vector<GivenLine> given;       ///< a table of slots, found by the key; their count is a power of 2
+    size_t givenCount = 0;
+    std::vector<ActionLine> actions;
+    uint64_t sections = 0;  ///< a bit for each that had a line with something given
+    std::string longId;     ///< the longest ID so far, if it is longer than the columns of the report
+    LinePlace longIdPlace{};
+    TextFile* source = nullptr;  ///< the project file, open from the opening to the close
 };
 
 /// What a host hears of a model. It outlives the project, and stays where it is while the messages grow.

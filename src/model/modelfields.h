@@ -89,7 +89,7 @@ void timeseries_walkCursor(V& v, SeriesCursor& cursor, const Series& series) {
 template <class V>
 void timeseries_walk(V& v, Series& series) {
     v.fixed(series.id, series.isUsedByInflow, series.isInFile, series.dateInForce, series.endDate, series.entries,
-            series.fileName, series.file, series.endPosition, series.summary);
+            series.fileName, series.file, series.endPosition, series.summary, series.oddLine, series.beginning);
     timeseries_walkCursor(v, series.cursor, series);
 }
 

@@ -7,6 +7,7 @@
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "text/tokens.h"
 
 static const char* const PatternTypeWords[] = {"MONTHLY", "HOURLY", nullptr};
@@ -36,6 +37,9 @@ int32_t pattern_read(Model& model, const Tokens& tokens) {
             return errors_setName(model, ERR_NUMBER, tokens[k]);
         }
         pattern.factors[pattern.count++] = factor;
+    }
+    if (k < tokens.count) {
+        warnings_addAtLine(model, WARN_PATTERN_FACTORS, k, pattern.id);
     }
     return ERR_NONE;
 }

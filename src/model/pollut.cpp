@@ -8,6 +8,7 @@
 #include "model/names.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 
 int32_t pollut_readLine(Model& model, const Tokens& tokens, int32_t index) {
     if (tokens.count < 2) {
@@ -22,6 +23,9 @@ int32_t pollut_readLine(Model& model, const Tokens& tokens, int32_t index) {
         return errors_setName(model, ERR_NUMBER, tokens[1]);
     }
     plausible_check(model, PLAUSIBLE_RAIN_CONCENTRATION, concentration, 1, id);
+    if (tokens_matchKeyword(id, "FLOW")) {
+        warnings_addAtLine(model, WARN_POLLUTANT_NAME, 0, id);
+    }
     model.polluts[index] = {id, concentration};
     return ERR_NONE;
 }

@@ -7,12 +7,15 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <string>
 
 #include "model/curve.h"
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
+#include "model/warnings.h"
+#include "text/units.h"
 
 static constexpr size_t FILE_NAME_SIZE = 259;
 
@@ -22,26 +25,46 @@ void timeseries_createAll(Model& model) {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
+/// Tells of a date or time that nothing stands behind: it makes no entry.
+static int32_t endEarly(const Model& model, const Tokens& tokens, int32_t place) {
+    warnings_addAtLine(model, WARN_SERIES_ENTRY, place, tokens[0], {tokens[place]});
+    return ERR_NONE;
+}
+
+/// Tells of a time that the scan didn't take to its end.
+[[gnu::cold]] static void reviewTime(const Model& model, const Tokens& tokens, int32_t place, double days) {
+    const bool isDate = std::strpbrk(tokens[place], "/-") != nullptr;
+    warnings_addAtLine(model, isDate ? WARN_SERIES_DATE : WARN_TIME_FORM, place, tokens[0],
+                       {tokens[place], warnings_formatNumber(days * HOURS_PER_DAY) + " h"});
+}
+
 /// Reads date, time and value by turns; a date may be left out, and the one before it then holds. What is cut off by
-/// the end of the line is lost without a message.
+/// the end of the line is lost.
 static int32_t readEntries(Model& model, const Tokens& tokens, Series& series) {
     int32_t k = 1;
+    bool isWhole = true;
     while (k < tokens.count) {
         DateTime date;
         // A word that is no date is tried as a time, so a date that doesn't exist is a number of hours.
-        if (datetime_parseDate(tokens[k], &date)) {
+        if (datetime_parseDate(tokens[k], &date, &isWhole)) {
+            if (!isWhole) {
+                warnings_addAtLine(model, WARN_DATE_TAIL, k, tokens[0], {tokens[k]});
+            }
             series.dateInForce = date;
             ++k;
         }
         if (k >= tokens.count) {
-            break;
+            return endEarly(model, tokens, k - 1);
         }
         double time;
-        if (!datetime_parseTime(tokens[k], &time)) {
+        if (!datetime_parseTime(tokens[k], &time, &isWhole)) {
             return errors_setName(model, ERR_NUMBER, tokens[k]);
         }
+        if (!isWhole) {
+            reviewTime(model, tokens, k, time);
+        }
         if (++k >= tokens.count) {
-            break;
+            return endEarly(model, tokens, k - 1);
         }
         double value;
         if (!tokens_getDouble(tokens[k], &value)) {
@@ -67,12 +90,19 @@ int32_t timeseries_readLine(Model& model, const Tokens& tokens) {
     }
     // Only the word in capitals names a file: "file" is read as a time, and refused.
     if (std::strcmp(tokens[1], "FILE") == 0) {
+        warnings_noteGiven(model, index, 0, tokens[0], "the file of the series");
+        if (!series.entries.empty()) {
+            warnings_addAtLine(model, WARN_SERIES_FILE, 1, tokens[0]);
+        }
         series.fileName = std::string(tokens[2]).substr(0, FILE_NAME_SIZE);
         series.isInFile = true;
         return ERR_NONE;
     }
     if (tokens.count < 4) {
         return errors_setName(model, ERR_ITEMS, "");
+    }
+    if (series.isInFile && series.entries.empty()) {
+        warnings_addAtLine(model, WARN_SERIES_FILE, -1, tokens[0]);
     }
     return readEntries(model, tokens, series);
 }
@@ -90,18 +120,21 @@ static bool getDataLine(TextFile& file, char* line) {
     return false;
 }
 
-/// A line of a series file: date, time and value, and nothing is read of what follows.
-static bool parseFileLine(const char* line, SeriesEntry& entry) {
+/// A line of a series file: date, time and value, and nothing is read of what follows. `isWhole` tells whether date and
+/// time were read to their ends.
+static bool parseFileLine(const char* line, SeriesEntry& entry, bool& isWhole) {
     char dateWord[LINE_SIZE], timeWord[LINE_SIZE], valueWord[LINE_SIZE];
     DateTime date;
     if (std::sscanf(line, "%1023s %1023s %1023s", dateWord, timeWord, valueWord) < 3 ||
-        !datetime_parseDate(dateWord, &date)) {
+        !datetime_parseDate(dateWord, &date, &isWhole)) {
         return false;
     }
     double time, value;
-    if (!datetime_parseTime(timeWord, &time) || !tokens_getDouble(valueWord, &value)) {
+    bool isWholeTime = true;
+    if (!datetime_parseTime(timeWord, &time, &isWholeTime) || !tokens_getDouble(valueWord, &value)) {
         return false;
     }
+    isWhole = isWhole && isWholeTime;
     entry = {time + date, value};
     return true;
 }
@@ -120,7 +153,12 @@ static bool readFileEntry(Series& series, SeriesCursor& cursor, SeriesEntry& ent
     const bool isRead = getDataLine(file, line);
     cursor.position = textfile_getPosition(file);
     cursor.isAtEnd = file.isAtEnd;
-    return isRead && parseFileLine(line, entry);
+    bool isWhole = true;
+    const bool isGood = isRead && parseFileLine(line, entry, isWhole);
+    if (isGood && !isWhole && series.oddLine.empty()) {
+        series.oddLine.assign(line, std::strcspn(line, "\r\n"));
+    }
+    return isGood;
 }
 
 bool timeseries_getFirstEntry(Series& series, SeriesCursor& cursor, SeriesEntry& entry) {
@@ -170,6 +208,36 @@ static void addToSummary(SeriesSummary& summary, const SeriesEntry& entry, DateT
     summary.last = entry;
 }
 
+/// Whether the last line of a file was one that can't be read. The last bytes tell: a line is data without its end.
+static bool isLastLineUnread(Series& series, const SeriesCursor& cursor) {
+    static constexpr int64_t TAIL = LINE_SIZE - 1;
+    TextFile& file = series.file;
+    char line[LINE_SIZE];
+    textfile_setPosition(file, cursor.position > 0 ? cursor.position - 1 : 0);
+    bool isUnread = false;
+    if (!textfile_getLine(file, line, LINE_SIZE) || line[0] == '\n') {
+        return false;
+    }
+    textfile_setPosition(file, cursor.position > TAIL ? cursor.position - TAIL : 0);
+    while (getDataLine(file, line)) {
+        SeriesEntry entry;
+        bool isWhole = true;
+        isUnread = file.isAtEnd && !parseFileLine(line, entry, isWhole);
+    }
+    return isUnread;
+}
+
+/// Tells what of a file is left out, or taken otherwise than it says.
+static void reviewFile(const Model& model, Series& series) {
+    const auto index = static_cast<int32_t>(&series - model.timeSeries.data());
+    if (series.cursor.isAtEnd && isLastLineUnread(series, series.cursor)) {
+        warnings_addAbout(model, WARN_SERIES_LAST_LINE, TSERIES, index, series.id, {series.fileName});
+    }
+    if (!series.oddLine.empty()) {
+        warnings_addAbout(model, WARN_SERIES_LINE, TSERIES, index, series.id, {series.oddLine, series.fileName});
+    }
+}
+
 int32_t timeseries_validate(const Model& model, Series& series) {
     if (series.isInFile && !openSeriesFile(model, series)) {
         return ERR_SERIES_FILE_OPEN;
@@ -181,8 +249,14 @@ int32_t timeseries_validate(const Model& model, Series& series) {
     }
     const DateTime end = model.options.endDateTime;
     beginSummary(series.summary, previous, end);
+    series.beginning[0] = series.beginning[1] = previous;
+    bool isSecond = true;
     while (timeseries_getNextEntry(series, cursor, entry)) {
         addToSummary(series.summary, entry, end);
+        if (isSecond) {
+            series.beginning[1] = entry;
+            isSecond = false;
+        }
         if (entry.date - previous.date <= 0.0) {
             cursor.after.date = entry.date;
             return ERR_CURVE_SEQUENCE;
@@ -192,6 +266,9 @@ int32_t timeseries_validate(const Model& model, Series& series) {
     // One entry alone is never read by the loop and leaves 0 here: such a series has a value at its own date only.
     series.endDate = entry.date;
     series.endPosition = cursor.position;
+    if (warnings_isWanted(model) && series.isInFile) {
+        reviewFile(model, series);
+    }
     return series.isInFile && !cursor.isAtEnd ? ERR_SERIES_FILE_DATA : ERR_NONE;
 }
 

@@ -43,8 +43,10 @@ struct Series {
     DateTime endDate;                  ///< of the last entry; 0 with one entry
     std::vector<SeriesEntry> entries;  ///< in the order of the lines
     std::string fileName;
-    TextFile file;        ///< open from the validation on; all cursors read through its one buffer
-    int64_t endPosition;  ///< place in the file where the validation stopped
+    TextFile file;             ///< open from the validation on; all cursors read through its one buffer
+    int64_t endPosition;       ///< place in the file where the validation stopped
+    std::string oddLine;       ///< the first line of the file whose date or time was not read to its end
+    SeriesEntry beginning[2];  ///< the first two entries; twice the first of one alone
     SeriesSummary summary;
     SeriesCursor cursor;  ///< that of the simulation: gages and inflows of one series move it for each other
 };

@@ -72,16 +72,82 @@ static MessagePlace makePlace(const LinePlace& place, const char* line, int32_t 
     return made;
 }
 
-/// The place at which an object was defined. Its line is read once more: few are ever asked for.
-static MessagePlace findPlace(const WarningLog& warnings, int32_t type, int32_t index) {
-    if (index < 0 || static_cast<size_t>(index) >= warnings.places[type].size() || !warnings.source) {
+/// A line that was read before is read once more: few are ever asked for.
+static MessagePlace findLine(const WarningLog& warnings, const LinePlace& place, int32_t word) {
+    if (place.line == 0 || !warnings.source) {
         return {"", 0, "", 0, 0};
     }
-    const LinePlace& place = warnings.places[type][static_cast<size_t>(index)];
     char line[LINE_SIZE];
+    const int64_t position = textfile_getPosition(*warnings.source);
     textfile_setPosition(*warnings.source, place.offset);
-    return textfile_getLine(*warnings.source, line, LINE_SIZE) ? makePlace(place, line, 0) : makePlace(place, "", -1);
+    const bool isRead = textfile_getLine(*warnings.source, line, LINE_SIZE);
+    textfile_setPosition(*warnings.source, position);
+    return isRead ? makePlace(place, line, word) : makePlace(place, "", -1);
 }
+
+/// The place at which an object was defined.
+static MessagePlace findPlace(const WarningLog& warnings, int32_t type, int32_t index) {
+    const bool isKnown = index >= 0 && static_cast<size_t>(index) < warnings.places[type].size();
+    return findLine(warnings, isKnown ? warnings.places[type][static_cast<size_t>(index)] : LinePlace{}, 0);
+}
+
+std::string warnings_formatLine(const LinePlace& place) {
+    return place.line > 0 ? " (line " + std::to_string(place.line) + ")" : std::string();
+}
+
+// --- things given ----------------------------------------------------------------------------------------------------
+
+/// The slot of a key: where it stands, or a free one. There is always one.
+static GivenLine& findSlot(std::vector<GivenLine>& slots, uint64_t key) {
+    const size_t mask = slots.size() - 1;
+    size_t at = static_cast<size_t>((key * 0x9E3779B97F4A7C15u) >> 32) & mask;
+    while (slots[at].place.line != 0 && slots[at].key != key) {
+        at = (at + 1) & mask;
+    }
+    return slots[at];
+}
+
+static uint64_t makeKey(int32_t section, int32_t first, int32_t second) {
+    return static_cast<uint64_t>(section) << 56 | static_cast<uint64_t>(first) << 28 | static_cast<uint64_t>(second);
+}
+
+[[gnu::cold]] static void growSlots(std::vector<GivenLine>& slots) {
+    std::vector<GivenLine> larger(slots.empty() ? 64 : slots.size() * 2);
+    for (const GivenLine& slot : slots) {
+        if (slot.place.line != 0) {
+            findSlot(larger, slot.key) = slot;
+        }
+    }
+    slots = std::move(larger);
+}
+
+void warnings_noteGiven(const Model& model, int32_t first, int32_t second, const char* object, const char* what) {
+    if (!warnings_isWanted(model)) {
+        return;
+    }
+    WarningLog& warnings = model.log->warnings;
+    if (warnings.givenCount * 2 >= warnings.given.size()) {
+        growSlots(warnings.given);
+    }
+    const uint64_t key = makeKey(warnings.reading.section, first, second);
+    warnings.sections |= uint64_t{1} << warnings.reading.section;
+    GivenLine& slot = findSlot(warnings.given, key);
+    if (slot.place.line != 0) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, object, {what, warnings_formatLine(slot.place)});
+    } else {
+        ++warnings.givenCount;
+    }
+    slot = {key, warnings.reading};
+}
+
+LinePlace warnings_findGiven(const Model& model, int32_t section, int32_t first, int32_t second) {
+    if (!warnings_isWanted(model) || model.log->warnings.given.empty()) {
+        return {};
+    }
+    return findSlot(model.log->warnings.given, makeKey(section, first, second)).place;
+}
+
+// --- the line that is read -------------------------------------------------------------------------------------------
 
 void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t section, const char* words) {
     if (model.log) {
@@ -129,6 +195,14 @@ void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_
                        WarningFills fills) {
     if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
         tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model.log->warnings, type, index), object,
+             fills, 0.0);
+    }
+}
+
+void warnings_addAtPlace(const Model& model, int32_t warning, const LinePlace& place, int32_t word, const char* object,
+                         WarningFills fills) {
+    if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
+        tell(*model.log, warning, WarningKinds[warning].severity, findLine(model.log->warnings, place, word), object,
              fills, 0.0);
     }
 }

@@ -61,6 +61,10 @@ void warnings_addAtLine(const Model& model, int32_t warning, int32_t severity, i
 void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
                        WarningFills fills = {});
 
+/// At a line that was read before.
+void warnings_addAtPlace(const Model& model, int32_t warning, const LinePlace& place, int32_t word, const char* object,
+                         WarningFills fills = {});
+
 /// About no object and no line.
 void warnings_addAboutAll(const Model& model, int32_t warning, WarningFills fills = {});
 
@@ -78,6 +82,17 @@ void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t 
 
 /// The line that is being read defines the next object of a class.
 void warnings_notePlace(const Model& model, int32_t type);
+
+/// Notes that the line that is being read gives something: `first` and `second`, below 2^28, tell it apart from all
+/// else that lines of its section give. Tells if an earlier line gave the same and is replaced. `what` says it in
+/// words.
+void warnings_noteGiven(const Model& model, int32_t first, int32_t second, const char* object, const char* what);
+
+/// The place of the line of a section that gave something last; its line is 0 if none did, or nobody wants warnings.
+[[nodiscard]] LinePlace warnings_findGiven(const Model& model, int32_t section, int32_t first, int32_t second);
+
+/// " (line 12)", or nothing for a line of 0.
+[[nodiscard]] std::string warnings_formatLine(const LinePlace& place);
 
 /// A number for the texts of warnings: as the user wrote it, but with four figures where it has many.
 [[nodiscard]] std::string warnings_formatNumber(double value);

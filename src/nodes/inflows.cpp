@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "model/arena.h"
@@ -13,9 +14,11 @@
 #include "model/names.h"
 #include "model/pattern.h"
 #include "model/plausible.h"
+#include "model/pollut.h"
 #include "model/prefetch.h"
 #include "model/project.h"
 #include "model/timeseries.h"
+#include "model/warnings.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -49,8 +52,45 @@ static ExtInflow* findReplaced(ExtInflow* list, int32_t kind, int32_t pollutant)
     return nullptr;
 }
 
-static int32_t storeExternal(Model& model, Node& node, const ExtInflow& values) {
+static const ExtInflow* findRecord(const ExtInflow* list, int32_t kind, int32_t pollutant) {
+    while (list && !(list->kind == kind && list->pollutant == pollutant)) {
+        list = list->next;
+    }
+    return list;
+}
+
+/// Tells what a line does to the records that its node has already; there is one at least.
+[[gnu::cold]] static void reviewStored(const Model& model, const Tokens& tokens, const ExtInflow* list,
+                                       const ExtInflow* replaced, const ExtInflow& values) {
+    const char* id = tokens[0];
+    if (values.kind == INFLOW_MASS) {
+        if (findRecord(list, INFLOW_MASS, values.pollutant)) {
+            warnings_addAtLine(model, WARN_LOADS_ADDED, 2, id, {tokens[2]});
+        }
+        return;
+    }
+    if (!replaced) {
+        return;
+    }
+    if (replaced->kind == values.kind) {
+        const char* what = values.kind == INFLOW_FLOW ? "the FLOW of the node" : "this CONCEN of the node";
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, id, {what, ""});
+        return;
+    }
+    // The line of the pollutant may stand further down: then it has no name yet.
+    const char* pollutant = model.polluts[replaced->pollutant].id;
+    const std::string of = pollutant ? std::string(" of ") + pollutant : std::string();
+    warnings_addAtLine(model, WARN_RECORD_WIPED, 1, id, {InflowKindWords[replaced->kind] + of});
+    if (values.kind == INFLOW_FLOW && findRecord(list, INFLOW_FLOW, -1)) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, id, {"the FLOW of the node", ""});
+    }
+}
+
+static int32_t storeExternal(Model& model, const Tokens& tokens, Node& node, const ExtInflow& values) {
     ExtInflow* record = findReplaced(node.extInflow, values.kind, values.pollutant);
+    if (node.extInflow) {
+        reviewStored(model, tokens, node.extInflow, record, values);
+    }
     if (!record) {
         record = arena_allocateArray<ExtInflow>(model.memory.project, 1);
         if (!record) {
@@ -111,7 +151,7 @@ int32_t inflows_readExternal(Model& model, const Tokens& tokens) {
         return errors_setName(model, ERR_NUMBER, tokens[5]);
     }
     plausible_check(model, getBaselineRange(record.kind), record.baseline, 3, tokens[0]);
-    return storeExternal(model, model.nodes[node], record);
+    return storeExternal(model, tokens, model.nodes[node], record);
 }
 
 int32_t inflows_readDryWeather(Model& model, const Tokens& tokens) {
@@ -147,6 +187,8 @@ int32_t inflows_readDryWeather(Model& model, const Tokens& tokens) {
         }
         record->next = node.dwfInflow;
         node.dwfInflow = record;
+    } else {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this dry weather inflow of the node", ""});
     }
     record->pollutant = pollutant;
     record->average = average;

@@ -123,6 +123,9 @@ static int32_t readSize(Model& model, const Tokens& tokens, Reactor& values) {
         return error;
     }
     plausible_checkSet(model, PLAUSIBLE_REACTOR_FILL, percent, 7, tokens[0]);
+    if (percent > PERCENT) {
+        warnings_addAtLine(model, WARN_VALUE_LIMIT, 7, tokens[0], {tokens[7], "100 %"});
+    }
     values.initFraction = (percent > PERCENT ? PERCENT : percent) / PERCENT;
     return ERR_NONE;
 }
@@ -192,10 +195,26 @@ int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
         plausible_checkSet(model, range, value, 3, tokens[0]);
     }
     const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
+    if (reactor->reactionType[pollutant] >= 0) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this reaction of the reactor", ""});
+    }
     reactor->reactionType[pollutant] = type;
     reactor->reactionCoeff[pollutant] = isRate ? value / SECONDS_PER_DAY : value;
     reactor->reactionPattern[pollutant] = pattern;
     return ERR_NONE;
+}
+
+/// Tells of what a line of [REACTORS_EMPTYING] says in vain. `rates` are emptying, infiltration and evaporation.
+static void reviewEmptying(const Model& model, const Tokens& tokens, const Reactor& reactor, const double rates[3]) {
+    if (reactor.emptyingNode >= 0) {
+        warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"the emptying of the reactor", ""});
+    }
+    if (reactor.type == PFR) {
+        warnings_addAtLine(model, WARN_LINE_DROPPED, 0, tokens[0],
+                           {"a PFR loses nothing; its emptying node counts in the order of the nodes alone"});
+    } else if (reactor.area == 0.0 && (rates[1] > 0.0 || rates[2] > 0.0)) {
+        warnings_addAtLine(model, WARN_REACTOR_AREA, rates[1] > 0.0 ? 3 : 4, tokens[0]);
+    }
 }
 
 int32_t reactor_readEmptying(Model& model, const Tokens& tokens) {
@@ -223,6 +242,7 @@ int32_t reactor_readEmptying(Model& model, const Tokens& tokens) {
     plausible_checkSet(model, PLAUSIBLE_EMPTYING, rates[0], 2, tokens[0]);
     plausible_checkSet(model, PLAUSIBLE_REACTOR_INFILTRATION, rates[1], 3, tokens[0]);
     plausible_check(model, PLAUSIBLE_EVAPORATION, rates[2], 4, tokens[0]);
+    reviewEmptying(model, tokens, *reactor, rates);
     reactor->emptyingNode = node;
     reactor->emptyingRate = rates[0] / SECONDS_PER_HOUR;
     reactor->infilRate = rates[1] / MM_PER_HOUR;

@@ -8,6 +8,7 @@
 #include "model/names.h"
 #include "model/plausible.h"
 #include "model/topology.h"
+#include "model/warnings.h"
 #include "nodes/node.h"
 
 static const char* const ModeWords[] = {"FLOW", "RATIO", "FLOW_RATIO", nullptr};
@@ -43,6 +44,12 @@ int32_t splitter_readLine(Model& model, const Tokens& tokens, int32_t node, int3
     }
     if (mode != SPLIT_RATIO) {
         plausible_check(model, PLAUSIBLE_SPLIT_FLOW, value, 3, id);
+    }
+    if (mode == SPLIT_RATIO && value > 1.0) {
+        warnings_addAtLine(model, WARN_VALUE_LIMIT, 3, id, {tokens[3], "1"});
+    }
+    if (ratio > 1.0) {
+        warnings_addAtLine(model, WARN_VALUE_LIMIT, 4, id, {tokens[4], "1"});
     }
     node_setRow(model, node, SPLITTER, kindIndex, id);
     Splitter& splitter = model.splitters[kindIndex];

@@ -22,8 +22,8 @@ void fingerprint_begin(Model& model) {
     model.fingerprint = Fingerprint{};
 }
 
-void fingerprint_addLine(Model& model, const char* line) {
-    const uint64_t sum = statehash_getSum(line, std::strlen(line));
+void fingerprint_addLine(Model& model, const char* line, size_t length) {
+    const uint64_t sum = statehash_getSum(line, length);
     model.fingerprint.content = statehash_mix(model.fingerprint.content, sum);
 }
 

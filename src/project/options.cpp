@@ -4,14 +4,20 @@
 #include "project/options.h"
 
 #include <cmath>
+#include <string>
 
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
+#include "project/oddlines.h"
+#include "project/sections.h"
 #include "text/datetime.h"
 #include "text/tokens.h"
 #include "text/units.h"
+
+static constexpr double SMALLEST_CUT = 0.01;  ///< of a step: with less, hours are written with few digits
 
 enum OptionKey : int32_t {
     START_DATE,
@@ -55,29 +61,43 @@ void options_setDefaults(Model& model) {
     model.options.lidMonoRainfall = false;
 }
 
-static int32_t readDate(Model& model, const char* value, double* date) {
+/// Tells of a time whose scan stops before the end of the word.
+static void reviewTime(const Model& model, const char* key, const char* value, double days, bool isWhole) {
+    if (!isWhole) {
+        warnings_addAtLine(model, WARN_TIME_FORM, 1, key, {value, warnings_formatNumber(days * HOURS_PER_DAY) + " h"});
+    }
+}
+
+static int32_t readDate(Model& model, const char* key, const char* value, double* date) {
     double day;
-    if (!datetime_parseDate(value, &day)) {
+    bool isWhole = true;
+    if (!datetime_parseDate(value, &day, &isWhole)) {
         return errors_setName(model, ERR_DATE_TIME, value);
+    }
+    if (!isWhole) {
+        warnings_addAtLine(model, WARN_DATE_TAIL, 1, key, {value});
     }
     *date = day;
     return ERR_NONE;
 }
 
-static int32_t readTime(Model& model, const char* value, double* time) {
+static int32_t readTime(Model& model, const char* key, const char* value, double* time) {
     double days;
-    if (!datetime_parseTime(value, &days)) {
+    bool isWhole = true;
+    if (!datetime_parseTime(value, &days, &isWhole)) {
         return errors_setName(model, ERR_DATE_TIME, value);
     }
+    reviewTime(model, key, value, days, isWhole);
     *time = days;
     return ERR_NONE;
 }
 
 /// A time step in whole seconds. The whole days are cut towards zero while the rest of a day is counted from below, so
 /// a negative time of less than a day is a step, too.
-static int32_t readStep(Model& model, const char* value, int32_t* step) {
+static int32_t readStep(Model& model, const char* key, const char* value, int32_t* step) {
     double days;
-    if (!datetime_parseTime(value, &days)) {
+    bool isWhole = true;
+    if (!datetime_parseTime(value, &days, &isWhole)) {
         return errors_setName(model, ERR_DATE_TIME, value);
     }
     const double seconds = std::trunc(days) * SECONDS_PER_DAY + datetime_getSecondOfDay(days);
@@ -85,6 +105,13 @@ static int32_t readStep(Model& model, const char* value, int32_t* step) {
         return errors_setName(model, ERR_NUMBER, value);
     }
     *step = static_cast<int32_t>(seconds);
+    reviewTime(model, key, value, days, isWhole);
+    const std::string taken = warnings_formatNumber(*step) + " s";
+    if (days < 0.0) {
+        warnings_addAtLine(model, WARN_STEP_NEGATIVE, 1, key, {value, taken});
+    } else if (std::abs(days * SECONDS_PER_DAY - seconds) > SMALLEST_CUT * seconds) {
+        warnings_addAtLine(model, WARN_NUMBER_CUT, 1, key, {value, taken});
+    }
     return ERR_NONE;
 }
 
@@ -155,13 +182,13 @@ static void checkNumber(const Model& model, int32_t option, const char* key, con
 
 static int32_t readOption(Model& model, int32_t option, const char* key, const char* value) {
     switch (option) {
-        case START_DATE: return readDate(model, value, &model.options.startDate);
-        case START_TIME: return readTime(model, value, &model.options.startTime);
-        case END_DATE: return readDate(model, value, &model.options.endDate);
-        case END_TIME: return readTime(model, value, &model.options.endTime);
-        case RUNOFF_STEP: return readStep(model, value, &model.options.runoffStep);
-        case ROUTING_STEP: return readStep(model, value, &model.options.routingStep);
-        case REPORT_STEP: return readStep(model, value, &model.options.reportStep);
+        case START_DATE: return readDate(model, key, value, &model.options.startDate);
+        case START_TIME: return readTime(model, key, value, &model.options.startTime);
+        case END_DATE: return readDate(model, key, value, &model.options.endDate);
+        case END_TIME: return readTime(model, key, value, &model.options.endTime);
+        case RUNOFF_STEP: return readStep(model, key, value, &model.options.runoffStep);
+        case ROUTING_STEP: return readStep(model, key, value, &model.options.routingStep);
+        case REPORT_STEP: return readStep(model, key, value, &model.options.reportStep);
         case START_DRY_DAYS: return readNumber(model, value, &model.options.startDryDays);
         case REPORT_AVERAGE: return readFlag(model, value, &model.options.reportAverage);
         case LID_MONO_RAINFALL: return readFlag(model, value, &model.options.lidMonoRainfall);
@@ -182,4 +209,49 @@ int32_t options_read(Model& model, const char* key, const char* value) {
         checkNumber(model, option, key, value);
     }
     return error;
+}
+
+// --- lines ---------------------------------------------------------------------------------------------------------
+
+static bool isHostOption(int32_t option) {
+    return option == EVENT_RAIN || option == RTC_ON || option == RTC_STEP;
+}
+
+/// Tells of what a good line holds besides its option and the value.
+static void reviewWords(const Model& model, const Tokens& tokens, int32_t option) {
+    if (isHostOption(option)) {
+        return;
+    }
+    if (tokens.oddities & (TOKENS_ODD | TOKENS_END_EMPTY)) {
+        oddlines_reviewNumber(model, tokens, 1, tokens[0]);
+    }
+    if (tokens.count > 2) {
+        double days;
+        const bool isDate = option == START_DATE || option == END_DATE;
+        const bool isTime = isDate && datetime_parseTime(tokens[2], &days);
+        const char* place = option == START_DATE ? "; the time is START_TIME" : "; the time is END_TIME";
+        warnings_addAtLine(model, WARN_OPTION_WORDS, isTime ? SEVERITY_WARNING : SEVERITY_NOTE, 2, tokens[0],
+                           {tokens[2], isTime ? place : ""});
+    }
+    warnings_noteGiven(model, option, 0, tokens[0], OptionWords[option]);
+}
+
+int32_t options_readLine(Model& model, const Tokens& tokens) {
+    const int32_t option = tokens.count > 0 ? tokens_findKeyword(tokens[0], OptionWords) : -1;
+    if (tokens.count < 2) {
+        if (tokens.count > 0 && !isHostOption(option)) {
+            warnings_addAtLine(model, WARN_OPTION_EMPTY, 0, tokens[0], {tokens[0]});
+        }
+        return ERR_NONE;
+    }
+    const int32_t error = readOption(model, option, tokens[0], tokens[1]);
+    if (!error) {
+        checkNumber(model, option, tokens[0], tokens[1]);
+        reviewWords(model, tokens, option);
+    }
+    return error;
+}
+
+bool options_isGiven(const Model& model, const char* key) {
+    return warnings_findGiven(model, SECTION_GENERAL, tokens_findKeyword(key, OptionWords), 0).line != 0;
 }

@@ -10,10 +10,20 @@
 #include "model/names.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/warnings.h"
 #include "routing/linkkinds.h"
 #include "routing/nodekinds.h"
 
 static const char* const ClassWords[] = {"NODE", "LINK", "LID", nullptr};
+
+/// Tells that a line of an object is dropped, which by its kind holds nothing, or isn't read yet.
+static void tellDropped(const Model& model, const Tokens& tokens, int32_t kind, const char* reason) {
+    if (kind < 0) {
+        warnings_addAtLine(model, WARN_SECTION_ORDER, 0, tokens[0], {tokens[0]});
+    } else {
+        warnings_addAtLine(model, WARN_LINE_DROPPED, 0, tokens[0], {reason});
+    }
+}
 
 // --- decay ---------------------------------------------------------------------------------------------------------
 
@@ -29,8 +39,12 @@ static int32_t readLinkLine(Model& model, const Tokens& tokens) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
     Decay* decay = linkkinds_findDecay(model, model.links[link]);
-    return decay ? decay_readItems(model, tokens, decay)
-                 : ERR_NONE;  // the other kinds hold no water: their lines are dropped
+    if (decay) {
+        return decay_readItems(model, tokens, decay);
+    }
+    // The other kinds hold no water: their lines are dropped. So are those of a link that isn't read yet.
+    tellDropped(model, tokens, model.links[link].kind, "the link is neither a pipe nor a conduit");
+    return ERR_NONE;
 }
 
 static int32_t readLidLine(Model& model, const Tokens& tokens) {
@@ -62,6 +76,7 @@ int32_t qualityreader_readInitial(Model& model, const Tokens& tokens) {
     }
     double* initQual = nodekinds_findInitialQuality(model, model.nodes[node]);
     if (!initQual) {
+        tellDropped(model, tokens, model.nodes[node].kind, "the node is neither a tank nor a reactor");
         return ERR_NONE;  // a node without storage takes no line, whatever else it says
     }
     const int32_t pollutant = names_find(model, POLLUT, tokens[2]);
@@ -70,10 +85,18 @@ int32_t qualityreader_readInitial(Model& model, const Tokens& tokens) {
     }
     // Looser than all other sections: refused only if it is no number and negative as well, so a word passes as 0.
     double value;
-    if (!tokens_getDouble(tokens[3], &value) && value < 0.0) {
+    const bool isNumber = tokens_getDouble(tokens[3], &value);
+    if (!isNumber && value < 0.0) {
         return errors_setName(model, ERR_NUMBER, tokens[3]);
     }
     plausible_check(model, PLAUSIBLE_CONCENTRATION, value, 3, tokens[0]);
+    if (!isNumber) {
+        warnings_addAtLine(model, WARN_NUMBER_WORD, 3, tokens[0], {tokens[3], warnings_formatNumber(value)});
+    }
+    if (!nodekinds_isStoringAtStart(model, model.nodes[node])) {
+        warnings_addAtLine(model, WARN_LINE_DROPPED, 0, tokens[0], {"a PFR stores nothing at the start"});
+    }
+    warnings_noteGiven(model, node, pollutant, tokens[0], "this initial concentration");
     initQual[pollutant] = value;
     return ERR_NONE;
 }

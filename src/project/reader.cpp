@@ -31,6 +31,7 @@
 #include "nodes/reactor.h"
 #include "project/fingerprint.h"
 #include "project/objects.h"
+#include "project/oddlines.h"
 #include "project/options.h"
 #include "project/qualityreader.h"
 #include "project/sections.h"
@@ -56,9 +57,25 @@ static void writeLineError(Model& model, int32_t error, int32_t section, long li
 
 // --- first pass ----------------------------------------------------------------------------------------------------
 
+static constexpr size_t ID_COLUMN = 16;  ///< characters that the tables of the report leave for an ID
+
+/// Keeps the longest ID beyond the columns of the report, of equal ones the first by its letters.
+static void reviewId(const Model& model, const char* word) {
+    const size_t length = std::strlen(word);
+    if (length <= ID_COLUMN || !warnings_isWanted(model)) {
+        return;
+    }
+    WarningLog& warnings = model.log->warnings;
+    if (length > warnings.longId.size() || (length == warnings.longId.size() && word < warnings.longId)) {
+        warnings.longId = word;
+        warnings.longIdPlace = warnings.reading;
+    }
+}
+
 /// Makes a name known; the error if it was known before. The counters grow all the same.
 static int32_t addName(Model& model, int32_t type, const char* word) {
     warnings_notePlace(model, type);
+    reviewId(model, word);
     switch (names_add(model, type, word, model.counts.objects[type]++)) {
         case 1: return ERR_NONE;
         case 0: return errors_setName(model, ERR_DUPLICATE_ID, word);
@@ -110,11 +127,16 @@ static int32_t countNextLine(Model& model, char* line, int32_t& section, int32_t
         if (section >= 0) {
             return ERR_NONE;
         }
+        oddlines_reviewHeader(model, word);
         pending = ERR_KEYWORD;
-    } else if (section == SECTION_GENERAL) {
+        return pending;
+    }
+    if (word[0] == ';' && section > SECTION_DESCRIPTION && section < SECTION_RTC) {
+        warnings_addAtLine(model, WARN_SEMICOLON, 0, word);
+    }
+    if (section == SECTION_GENERAL) {
         // The line itself is cut up here, so its echo shows the first word only.
-        const Tokens tokens = tokens_split(line);
-        pending = tokens.count < 2 ? ERR_NONE : options_read(model, tokens[0], tokens[1]);
+        pending = options_readLine(model, tokens_split(line));
     } else if (section >= 0) {
         pending = countLine(model, section, word);
     }
@@ -134,18 +156,26 @@ static void countObjects(Model& model) {
     long lineNumber = 0;
     char line[LINE_SIZE], whole[LINE_SIZE];
     int64_t offset = 0;
+    bool isContinued = false;
+    const bool isReviewed = warnings_isWanted(model);
     fingerprint_begin(model);
     while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++lineNumber;
         const bool isCut = section == SECTION_GENERAL;
         warnings_setLine(model, offset, lineNumber, section, isCut ? std::strcpy(whole, line) : line);
-        offset = textfile_getPosition(model.files.input);
-        fingerprint_addLine(model, line);
+        const int64_t next = textfile_getPosition(model.files.input);
+        const RawLine raw{line, std::strlen(line), next - offset};
+        if (isReviewed) {
+            oddlines_reviewLine(model, section, raw, offset, isContinued);
+        }
+        offset = next;
+        fingerprint_addLine(model, line, raw.length);
         if (const int32_t error = countNextLine(model, line, section, pending)) {
             writeLineError(model, error, section, lineNumber, line);
             ++errorCount;
         }
     }
+    oddlines_reviewEnd(model);
     if (errorCount > 0) {
         model.error.code = ERR_INPUT;
     }
@@ -243,6 +273,10 @@ static void storeDescription(Model& model, const char* rawLine) {
             return;
         }
     }
+    if (!model.running->isDescriptionFull) {
+        model.running->isDescriptionFull = true;  // one of the further lines is told for all
+        warnings_addAtLine(model, WARN_DESCRIPTION_LINES, -1, "");
+    }
 }
 
 /// Takes the line, which stands as `rawLine` in the file, in the second pass. An error index, or 0.
@@ -291,6 +325,7 @@ static bool areTablesFilled(const Model& model) {
 
 /// Reads all lines; gives the number of errors.
 static int32_t readLines(Model& model) {
+    const bool isReviewed = warnings_isWanted(model);
     int32_t section = SECTION_DESCRIPTION;  // text before the first header describes the project
     int32_t errorCount = 0;
     long lineNumber = 0;
@@ -313,6 +348,9 @@ static int32_t readLines(Model& model) {
                 return errorCount + 1;
             }
             section = found;
+            if (line[std::strspn(line, " \t")] != '[') {
+                warnings_addAtLine(model, WARN_SECTION_QUOTED, 0, tokens[0]);
+            }
             continue;
         }
         const int32_t error = parseLine(model, tokens, section, line);
@@ -323,6 +361,8 @@ static int32_t readLines(Model& model) {
         }
         if (error) {
             writeLineError(model, error, section, lineNumber, line);
+        } else if (isReviewed) {
+            oddlines_reviewWords(model, section, tokens);
         }
     }
     return errorCount;

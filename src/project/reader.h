@@ -14,6 +14,7 @@ struct RunningIndices {
     int32_t objects[OBJECT_TYPE_COUNT];
     int32_t nodes[NODE_KIND_COUNT];
     int32_t links[LINK_KIND_COUNT];
+    bool isDescriptionFull;  ///< more lines describe the project than are kept
 };
 
 /// Reads the whole project; sets the current error, the start and end of the simulation and its duration.

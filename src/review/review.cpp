@@ -5,8 +5,13 @@
 #include "model/model.h"
 #include "model/warnings.h"
 #include "review/clock.h"
+#include "review/exchange.h"
 #include "review/land.h"
+#include "review/layers.h"
+#include "review/records.h"
+#include "review/rules.h"
 #include "review/series.h"
+#include "review/seriesreaders.h"
 #include "review/steps.h"
 #include "review/tanks.h"
 #include "review/usage.h"
@@ -17,6 +22,11 @@ void review_project(const Model& model) {
         return;
     }
     clock_review(model);
+    records_review(model);
+    seriesreaders_review(model);
+    layers_review(model);
+    rules_review(model);
+    exchange_review(model);
     steps_review(model);
     tanks_review(model);
     ways_review(model);

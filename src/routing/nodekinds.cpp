@@ -57,6 +57,10 @@ double* nodekinds_findInitialQuality(const Model& model, const Node& node) {
     }
 }
 
+bool nodekinds_isStoringAtStart(const Model& model, const Node& node) {
+    return node.kind == TANK || (node.kind == REACTOR && model.reactors[node.kindIndex].type == CSTR);
+}
+
 void nodekinds_validate(Model& model, int32_t index) {
     const Node& node = model.nodes[index];
     switch (node.kind) {

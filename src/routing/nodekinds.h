@@ -25,6 +25,9 @@ const char* const* nodekinds_getRecordWords(int32_t kind);
 /// The initial concentrations of a node that stores water, mg/L, one per pollutant; null for the other kinds.
 [[nodiscard]] double* nodekinds_findInitialQuality(const Model& model, const Node& node);
 
+/// Whether a node that takes initial concentrations holds water at the start that could have them.
+[[nodiscard]] bool nodekinds_isStoringAtStart(const Model& model, const Node& node);
+
 /// Tests a node when all is read; writes what is wrong to the report.
 void nodekinds_validate(Model& model, int32_t node);
 

@@ -167,7 +167,7 @@ static int32_t findMonth(const char* name) {
 
 /// Reads three parts with a character between each; the part number `namePlace` (-1 for none) is the name of a month.
 /// What isn't there stays 0. Gives the number of items read, of which a date has five.
-static int32_t scanParts(const char* text, int32_t namePlace, int32_t parts[3]) {
+static int32_t scanParts(const char*& text, int32_t namePlace, int32_t parts[3]) {
     parts[0] = parts[1] = parts[2] = 0;
     int32_t count = 0;
     for (int32_t k = 0; k < 3; ++k) {
@@ -191,30 +191,45 @@ static int32_t scanParts(const char* text, int32_t namePlace, int32_t parts[3]) 
     return count;
 }
 
-bool datetime_parseDate(const char* text, DateTime* date) {
+bool datetime_parseDate(const char* text, DateTime* date, bool* isWhole) {
     *date = NO_DATE;
     if (!std::strpbrk(text, "-/")) {
         return false;
     }
     int32_t parts[3];
-    if (scanParts(text, -1, parts) < 3 && scanParts(text, 1, parts) < 3) {
-        return false;
+    const char* end = text;
+    if (scanParts(end, -1, parts) < 3) {
+        end = text;
+        if (scanParts(end, 1, parts) < 3) {
+            return false;
+        }
+    }
+    if (isWhole) {
+        *isWhole = *end == 0;
     }
     *date = datetime_encodeDate(parts[0], parts[1], parts[2]);
     return *date != NO_DATE;
 }
 
-bool datetime_parseTime(const char* text, double* days) {
+bool datetime_parseTime(const char* text, double* days, bool* isWhole) {
     double hours;
     if (tokens_getDouble(text, &hours)) {
         *days = hours / HOURS_PER_DAY;
+        if (isWhole) {
+            *isWhole = true;
+        }
         return true;
     }
     *days = 0.0;
     int32_t parts[3] = {0, 0, 0};
     int32_t count = 0;
+    const char* end = text;
     while (count < 3 && (count == 0 || *text++ == ':') && scanInteger(text, parts[count])) {
         ++count;
+        end = text;
+    }
+    if (isWhole) {
+        *isWhole = *end == 0;
     }
     if (count == 0 || parts[0] < 0 || parts[1] < 0 || parts[2] < 0) {
         return false;

@@ -33,11 +33,12 @@ void datetime_formatTime(DateTime date, char* text);
 void datetime_formatDateTime(DateTime date, char* text);
 
 /// Reads a date as year, month and day, with any character between its parts. False, with NO_DATE, for what is
-/// none.
-[[nodiscard]] bool datetime_parseDate(const char* text, DateTime* date);
+/// none. `isWhole` tells whether nothing is left behind it.
+[[nodiscard]] bool datetime_parseDate(const char* text, DateTime* date, bool* isWhole = nullptr);
 
-/// Reads decimal hours or hh:mm:ss into days. False, with 0, for what is no time.
-[[nodiscard]] bool datetime_parseTime(const char* text, double* days);
+/// Reads decimal hours or hh:mm:ss into days. False, with 0, for what is no time. `isWhole` tells
+/// whether nothing is left behind it.
+[[nodiscard]] bool datetime_parseTime(const char* text, double* days, bool* isWhole = nullptr);
 
 /// `date`, rounded to its whole second, plus `seconds`, which keep their fraction.
 [[nodiscard]] DateTime datetime_addSeconds(DateTime date, double seconds);

@@ -81,6 +81,16 @@ bool textfile_getLine(TextFile& text, char* line, int32_t size) {
     return length > 0;
 }
 
+bool textfile_hasMore(TextFile& text) {
+    while (text.at < text.filled || fillBuffer(text)) {
+        const auto c = static_cast<unsigned char>(text.buffer[text.at++]);
+        if (c > ' ' && c != END_MARK) {
+            return true;
+        }
+    }
+    return false;
+}
+
 int64_t textfile_getPosition(const TextFile& text) {
     return text.offset + static_cast<int64_t>(text.at);
 }

@@ -27,6 +27,9 @@ void textfile_close(TextFile& text);
 /// False if nothing was left. isAtEnd is true then, and also when the end cut the line short.
 [[nodiscard]] bool textfile_getLine(TextFile& text, char* line, int32_t size);
 
+/// Whether anything but blanks and further marks stands behind the byte 0x1A that has ended the file.
+[[nodiscard]] bool textfile_hasMore(TextFile& text);
+
 /// Place of the next character, and the way back to such a place.
 [[nodiscard]] int64_t textfile_getPosition(const TextFile& text);
 void textfile_setPosition(TextFile& text, int64_t position);

@@ -33,8 +33,47 @@ int32_t tokens_findKeyword(std::string_view text, const char* const* keywords) {
     return -1;
 }
 
-static bool isSeparator(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+/// What a byte is in a line. A word may be nan, inf or a hexadecimal number if its first byte has some bit of FIRST
+/// whose counterpart the second one has.
+struct ByteClasses {
+    static constexpr uint8_t SEPARATOR = 1, END = 2;
+    uint8_t kind[256];
+    uint8_t first[256];
+    uint8_t second[256];
+};
+
+static constexpr ByteClasses classifyBytes() {
+    ByteClasses made{};
+    made.kind[0] = ByteClasses::END;
+    for (const char c : {' ', '\t', '\n', '\r'}) {
+        made.kind[static_cast<uint8_t>(c)] = ByteClasses::SEPARATOR;
+    }
+    made.first['n'] = made.first['N'] = made.second['a'] = made.second['A'] = 1;
+    made.first['i'] = made.first['I'] = made.second['n'] = made.second['N'] = 2;
+    made.first['0'] = made.second['x'] = made.second['X'] = 4;
+    made.first['+'] = made.first['-'] = 8;
+    for (const char c : {'n', 'N', 'i', 'I', '0'}) {
+        made.second[static_cast<uint8_t>(c)] |= 8;
+    }
+    return made;
+}
+
+static constexpr ByteClasses Bytes = classifyBytes();
+
+static uint8_t getKind(char c) {
+    return Bytes.kind[static_cast<uint8_t>(c)];
+}
+
+static char* skipSeparators(char* at) {
+    while (getKind(*at) == ByteClasses::SEPARATOR) {
+        ++at;
+    }
+    return at;
+}
+
+/// Whether a word of a byte at least begins as nan, inf or a hexadecimal number does.
+static bool isSpecial(const char* word) {
+    return (Bytes.first[static_cast<uint8_t>(word[0])] & Bytes.second[static_cast<uint8_t>(word[1])]) != 0;
 }
 
 Tokens tokens_split(char* line) {
@@ -42,23 +81,56 @@ Tokens tokens_split(char* line) {
     if (char* comment = std::strstr(line, "//")) {
         *comment = 0;
     }
-    char* at = line;
-    while (*at && tokens.count < MAX_TOKENS) {
-        if (isSeparator(*at)) {
-            ++at;
-            continue;
-        }
+    char bytes = 0;
+    bool isOdd = false;
+    int32_t count = 0;
+    bool isEmpty = false;
+    char* at = skipSeparators(line);
+    while (*at && count < MAX_TOKENS) {
+        isOdd |= isEmpty;
+        isEmpty = false;
         const bool isQuoted = *at == '"';
-        at += isQuoted ? 1 : 0;
-        tokens.words[tokens.count++] = at;
-        while (*at && !(isQuoted ? *at == '"' || *at == '\n' : isSeparator(*at))) {
-            ++at;
+        char* const word = isQuoted ? at + 1 : at;
+        at = word;
+        tokens.words[count++] = word;
+        if (isQuoted) {
+            while (*at && *at != '"' && *at != '\n') {
+                bytes |= *at++;
+            }
+            isEmpty = at == word;
+        } else {
+            do {
+                bytes |= *at++;
+            } while (getKind(*at) == 0);
         }
+        isOdd |= at != word && isSpecial(word);
         if (*at) {
-            *at++ = 0;
+            *at = 0;
+            at = skipSeparators(at + 1);
         }
     }
+    tokens.count = count;
+    tokens.oddities = static_cast<uint8_t>((*at ? TOKENS_CUT : 0) | (isOdd || (bytes & '\x80') ? TOKENS_ODD : 0) |
+                                           (isEmpty ? TOKENS_END_EMPTY : 0));
     return tokens;
+}
+
+NumberOddity tokens_findOddity(const char* word) {
+    if (!*word) {
+        return NUMBER_EMPTY;
+    }
+    for (const char* at = word; *at; ++at) {
+        if (*at & '\x80') {
+            return NUMBER_BYTES;
+        }
+    }
+    if (!isSpecial(word)) {
+        return NUMBER_PLAIN;
+    }
+    char* rest = nullptr;
+    const double value = std::strtod(word, &rest);
+    const bool isNumber = *rest == 0;
+    return isNumber && (!std::isfinite(value) || std::strpbrk(word, "xX")) ? NUMBER_SPECIAL : NUMBER_PLAIN;
 }
 
 bool tokens_getDouble(const char* text, double* value) {

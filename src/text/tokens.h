@@ -11,10 +11,18 @@
 constexpr int32_t LINE_SIZE = 1024;  ///< bytes of a line buffer, with the zero at its end
 constexpr int32_t MAX_TOKENS = 40;
 
+/// What is odd about the words of a line.
+enum TokensOddity : uint8_t {
+    TOKENS_CUT = 1,       ///< there are more words than fit
+    TOKENS_ODD = 2,       ///< one may be no plain number: empty, a byte above 127, a beginning of nan, inf or 0x
+    TOKENS_END_EMPTY = 4  ///< the last one is empty
+};
+
 /// The words of one line. They stand in the line's own buffer; those that it doesn't have are null.
 struct Tokens {
     const char* words[MAX_TOKENS];
     int32_t count;
+    uint8_t oddities;  ///< TokensOddity, a sum
 
     const char* operator[](int32_t place) const { return words[place]; }
 };
@@ -39,6 +47,16 @@ extern const char* const NoYesWords[];
 
 /// Reads a number, with a point whatever the locale. Whether the text is one; `value` is stored in any case.
 [[nodiscard]] bool tokens_getDouble(const char* text, double* value);
+
+/// What a word that is taken as a number is besides.
+enum NumberOddity : int32_t {
+    NUMBER_PLAIN,   ///< nothing of this; also no number at all
+    NUMBER_EMPTY,   ///< the empty word, which counts as 0
+    NUMBER_BYTES,   ///< a byte above 127 cuts it
+    NUMBER_SPECIAL  ///< nan, inf or a hexadecimal number
+};
+
+[[nodiscard]] NumberOddity tokens_findOddity(const char* word);
 
 /// Reads a number that must not be below 0.
 [[nodiscard]] bool tokens_getNonNegative(const char* text, double* value);

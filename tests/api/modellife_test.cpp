@@ -255,6 +255,7 @@ TEST(ModelMessages, TellEachFaultWithItsPlace) {
     const std::string text =
         "[GENERAL]\nROUTING_STEP 0:01:00\n[JUNCTIONS]\nA\n[PIPES]\nP1 A NOWHERE NO 60 1 0 0\n  P2 A\n";
     TvModel model;
+    ASSERT_EQ(tv_setWarnings(model, 0), TV_OK);
     EXPECT_EQ(model.openText(text), 200);
     EXPECT_EQ(model.getPhase(), TV_FAILED);
     const auto messages = model.getMessages();
@@ -293,6 +294,7 @@ TEST(ModelMessages, TellFaultsOfTheWholeProjectByTheirObject) {
 TEST(ModelMessages, TellFilesThatCannotBeUsed) {
     TempFolder folder;
     TvModel model;
+    ASSERT_EQ(tv_setWarnings(model, 0), TV_OK);
     EXPECT_EQ(tv_open(model, folder.file("none.inp").c_str(), nullptr), 303);
     EXPECT_EQ(model.getPhase(), TV_CLOSED);
     ASSERT_EQ(model.getMessages().size(), 1u);

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 
@@ -176,4 +177,34 @@ TEST(ManyModels, SpillAsTheirTextSays) {
     EXPECT_TRUE(result.out.starts_with(readShown("many-models"))) << result.out;
     EXPECT_NE(result.out.find("\n200 runs in "), std::string::npos);
     EXPECT_NE(readFile(folder.file("report")).find("Flow Routing Continuity"), std::string::npos);
+}
+
+/// Names of warnings in a text.
+static std::set<std::string> findWarnings(const std::string& text, const std::string& expression) {
+    std::set<std::string> names;
+    const std::regex pattern(expression);
+    for (std::sregex_iterator k(text.begin(), text.end(), pattern), end; k != end; ++k) {
+        names.insert((*k)[1]);
+    }
+    return names;
+}
+
+TEST(Examples, WarnOfWhatTheTextBesideThemExplainsAndOfNothingElse) {
+    int count = 0;
+    for (const auto& entry : fs::recursive_directory_iterator(fs::path(TARNVELDE_SOURCE_DIR) / "examples")) {
+        const fs::path project = entry.path();
+        // The models inside nodes of the coupled example are no projects of this engine.
+        if (project.extension() != ".inp" || project.stem() == "oldtown" || project.stem() == "newtown") {
+            continue;
+        }
+        SCOPED_TRACE(project);
+        TempFolder folder;
+        fs::copy(project.parent_path(), folder.path, fs::copy_options::recursive);
+        const ProcessResult result = runProgram({"run", folder.file(project.filename().string()), "--json"});
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(findWarnings(result.out, "\"name\": \"(W-[a-z-]+)\""),
+                  findWarnings(readFile(project.parent_path() / "README.md"), "`(W-[a-z-]+)`"));
+        ++count;
+    }
+    EXPECT_GE(count, 9);
 }

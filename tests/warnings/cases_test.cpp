@@ -86,6 +86,7 @@ TEST_P(WarningCases, IsRaisedAtItsPlaceAndNotByItsSoundNeighbour) {
     }
     EXPECT_TRUE(isFound) << testing::PrintToString(getWarnings(test.faulty, test.isRun));
     const TvModel sound = makeModel(test.sound, test.isRun);
+    EXPECT_EQ(sound.getPhase(), TV_OPEN) << "the sound neighbour has errors";
     for (const tv_message& warning : pickWarnings(sound)) {
         EXPECT_STRNE(warning.name, test.name.c_str()) << warning.text;
     }

@@ -55,12 +55,18 @@ static std::string showRange(double low, double high) {
     return std::isinf(low) ? "up to " + showNumber(high) : showNumber(low) + " ... " + showNumber(high);
 }
 
+/// Two slips, for numbers too small and too large, are parted by a semicolon.
+static std::string showSlip(const std::string& slip) {
+    const size_t at = slip.find(';');
+    return at == std::string::npos ? slip : slip.substr(0, at) + "; or: " + slip.substr(at + 1);
+}
+
 static std::string makeRanges() {
     std::string table =
         "| Quantity | Unit | Usual | Doubt outside | Likely slip | Source | Warning |\n|---|---|---|---|---|---|---|\n";
     for (const Plausible& range : Plausibles) {
         table += std::string("| ") + range.quantity + " | " + range.unit + " | " + showRange(range.low, range.high) +
-                 " | " + showRange(range.doubtLow, range.doubtHigh) + " | " + range.slip + " | " + range.source +
+                 " | " + showRange(range.doubtLow, range.doubtHigh) + " | " + showSlip(range.slip) + " | " + range.source +
                  " | `" + WarningKinds[range.warning].name + "` |\n";
     }
     return table;

@@ -198,3 +198,29 @@ TEST(ParseTime, RefusesNegativePartsAndWords) {
         EXPECT_EQ(days, 0.0) << text;
     }
 }
+
+TEST(ParseTime, TellsWhetherAllWasTaken) {
+    double days;
+    bool isWhole = false;
+    for (const char* text : {"1.5", "7", "12:30", "1:02:03", "-2", ""}) {
+        EXPECT_TRUE(datetime_parseTime(text, &days, &isWhole)) << text;
+        EXPECT_TRUE(isWhole) << text;
+    }
+    for (const char* text : {"7h", "2.5h", "2021/04/31", "12:30h", "1:2:3:4", "7:", "1:2:3.5"}) {
+        EXPECT_TRUE(datetime_parseTime(text, &days, &isWhole)) << text;
+        EXPECT_FALSE(isWhole) << text;
+    }
+}
+
+TEST(ParseDate, TellsWhetherAllWasTaken) {
+    DateTime date;
+    bool isWhole = false;
+    for (const char* text : {"2024/3/12", "2024-MAR-12"}) {
+        EXPECT_TRUE(datetime_parseDate(text, &date, &isWhole)) << text;
+        EXPECT_TRUE(isWhole) << text;
+    }
+    for (const char* text : {"2024/3/12abc", "2024-MAR-12T06:00", "2024/3/12/"}) {
+        EXPECT_TRUE(datetime_parseDate(text, &date, &isWhole)) << text;
+        EXPECT_FALSE(isWhole) << text;
+    }
+}

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/tempfolder.h"
+#include "text/tokens.h"
 
 /// All lines of a file as pieces of at most `size` - 1 characters.
 static std::vector<std::string> readLines(const std::string& content, int32_t size = 1024) {
@@ -105,4 +106,36 @@ TEST(TextFile, RefusesFoldersAndMissingFiles) {
 TEST(TextFile, EndsALineForItsReaderAtANulByte) {
     const Lines lines = readLines(std::string("ab\0cd\nef", 8));
     EXPECT_EQ(lines, (Lines{"ab", "ef"}));
+}
+
+/// Whether more stands behind the end of a text, read to that.
+static bool hasMore(const std::string& content) {
+    TextFile text{};
+    textfile_openText(text, content.data(), content.size());
+    char line[LINE_SIZE];
+    while (textfile_getLine(text, line, LINE_SIZE)) {
+    }
+    return textfile_hasMore(text);
+}
+
+TEST(TextFile, TellsOfWhatStandsBehindItsEndMark) {
+    EXPECT_TRUE(hasMore("a\n\x1A\nb\n"));
+    EXPECT_TRUE(
+        hasMore("a\x1A"
+                "b"));
+    EXPECT_FALSE(hasMore("a\n\x1A"));
+    EXPECT_FALSE(hasMore("a\n\x1A\x1A \r\n"));
+    EXPECT_FALSE(hasMore("a\n"));
+    EXPECT_FALSE(hasMore(""));
+}
+
+TEST(TextFile, TellsOfWhatStandsFarBehindItsEndMark) {
+    const TempFolder folder;
+    TextFile text{};
+    ASSERT_TRUE(textfile_open(text, folder.write("t", "a\n\x1A" + std::string(200000, ' ') + "b").c_str()));
+    char line[LINE_SIZE];
+    while (textfile_getLine(text, line, LINE_SIZE)) {
+    }
+    EXPECT_TRUE(textfile_hasMore(text));
+    textfile_close(text);
 }

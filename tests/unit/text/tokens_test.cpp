@@ -56,6 +56,50 @@ TEST(SplitTokens, LeavesTheWordsThatTheLineDoesntHaveNull) {
     EXPECT_EQ(tokens_split(line)[1], nullptr);
 }
 
+static int getOddities(const std::string& line) {
+    char buffer[4096];
+    std::strcpy(buffer, line.c_str());
+    return tokens_split(buffer).oddities;
+}
+
+TEST(SplitTokens, TellsWordsThatMayBeNoPlainNumbers) {
+    for (const char* line : {"a 1 -2.5e3 +.5", "\"a b\" 10", "x0 0 1n", "// nan", ""}) {
+        EXPECT_EQ(getOddities(line), 0) << line;
+    }
+    for (const char* line : {"a nan 1", "Infinity", "-inf", "+NaN", "a 0x1p3", "a \"\" b", "2\xA0",
+                             "\xE2\x88\x92"
+                             "1"}) {
+        EXPECT_EQ(getOddities(line), TOKENS_ODD) << line;
+    }
+    EXPECT_EQ(getOddities("a \"\" "), TOKENS_END_EMPTY);
+    EXPECT_EQ(getOddities("a \""), TOKENS_END_EMPTY);
+    EXPECT_EQ(getOddities("\"\" \"\"\n"), TOKENS_ODD | TOKENS_END_EMPTY);
+}
+
+TEST(SplitTokens, TellsWhetherWordsWereDropped) {
+    std::string line;
+    for (int k = 0; k < 40; ++k) {
+        line += "w ";
+    }
+    EXPECT_EQ(getOddities(line + " \t\n"), 0);
+    EXPECT_EQ(getOddities(line + "// more"), 0);
+    EXPECT_EQ(getOddities(line + "more"), TOKENS_CUT);
+}
+
+TEST(FindOddity, TellsWhatANumberIsBesides) {
+    EXPECT_EQ(tokens_findOddity(""), NUMBER_EMPTY);
+    EXPECT_EQ(tokens_findOddity("1.5\xA0"), NUMBER_BYTES);
+    EXPECT_EQ(tokens_findOddity("\xE2\x88\x92"
+                                "3"),
+              NUMBER_BYTES);
+    for (const char* word : {"nan", "-INF", "0x1F", "infinity"}) {
+        EXPECT_EQ(tokens_findOddity(word), NUMBER_SPECIAL) << word;
+    }
+    for (const char* word : {"0", "-1.5e3", "name", "info", "0xg", "0:30", "-0.5"}) {
+        EXPECT_EQ(tokens_findOddity(word), NUMBER_PLAIN) << word;
+    }
+}
+
 TEST(MatchKeyword, IgnoresTheCaseOfLettersOnly) {
     EXPECT_TRUE(tokens_matchKeyword("Yes", "YES"));
     EXPECT_TRUE(tokens_matchKeyword("FLOW_ratio", "FLOW_RATIO"));

@@ -1,0 +1,6 @@
+#pragma once
+// Records of inflow, patterns and curves against what reads them.
+
+struct Model;
+
+void records_review(const Model& model);

@@ -1,0 +1,6 @@
+#pragma once
+// Time series against those that read them.
+
+struct Model;
+
+void seriesreaders_review(const Model& model);
