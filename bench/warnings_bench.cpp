@@ -42,7 +42,7 @@ std::string makeTown() {
     for (int hour = 0; hour < 24; ++hour) {
         pattern += hour % 2 == 0 ? " 0.9" : " 1.1";
     }
-    return "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/20\nROUTING_STEP 0:01:00\nRUNOFF_STEP 0:05:00\n"
+    return "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/20\nROUTING_STEP 0:00:30\nRUNOFF_STEP 0:05:00\n"
            "REPORT_STEP 1:00:00\n[RAINGAGES]\nG INTENSITY 0:05:00 RAIN\n[TIMESERIES]\nRAIN 2024/06/17 0:00 0 "
            "2024/06/17 "
            "0:05 0\nRAIN 2024/06/18 6:00 12 2024/06/18 6:05 24 2024/06/18 6:10 0 2024/06/21 0:00 0\n"

@@ -60,10 +60,11 @@ struct ActionLine {
 /// What warnings need: where the reader stands, where objects were defined, and how often each kind was told.
 struct WarningLog {
     bool isWanted = false;
-    LinePlace reading{};          ///< the line that is being read; its line is 0 while none is
-    const char* words = nullptr;  ///< that line as it stands
-    std::vector<LinePlace> places[OBJECT_TYPE_COUNT];
-    std::vector<int64_t> counts;        ///< by WarningIndex
+    const LinePlace* reading = nullptr;                ///< the line that is being read; null while none is
+    const char* words = nullptr;                       ///< that line as it stands
+    std::vector<LinePlace> places[OBJECT_TYPE_COUNT];  ///< of objects; empty until one is asked for
+    void (*findPlaces)(const Model& model, WarningLog& warnings) = nullptr;  ///< fills them, by the reader
+    std::vector<int64_t> counts;                                             ///< by WarningIndex
     std::unordered_set<uint64_t> told;  ///< kinds of warning with the object of the run that they were told of
     bool isRunReviewed = false;         ///< the balances of the run were told of
     bool isNumberTold = false;          ///< so was a value that is no number

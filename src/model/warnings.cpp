@@ -85,8 +85,12 @@ static MessagePlace findLine(const WarningLog& warnings, const LinePlace& place,
     return isRead ? makePlace(place, line, word) : makePlace(place, "", -1);
 }
 
-/// The place at which an object was defined.
-static MessagePlace findPlace(const WarningLog& warnings, int32_t type, int32_t index) {
+/// The place at which an object was defined. Most projects never need one, so all are found at the first need.
+static MessagePlace findPlace(const Model& model, int32_t type, int32_t index) {
+    WarningLog& warnings = model.log->warnings;
+    if (warnings.findPlaces) {
+        std::exchange(warnings.findPlaces, nullptr)(model, warnings);
+    }
     const bool isKnown = index >= 0 && static_cast<size_t>(index) < warnings.places[type].size();
     return findLine(warnings, isKnown ? warnings.places[type][static_cast<size_t>(index)] : LinePlace{}, 0);
 }
@@ -129,15 +133,16 @@ void warnings_noteGiven(const Model& model, int32_t first, int32_t second, const
     if (warnings.givenCount * 2 >= warnings.given.size()) {
         growSlots(warnings.given);
     }
-    const uint64_t key = makeKey(warnings.reading.section, first, second);
-    warnings.sections |= uint64_t{1} << warnings.reading.section;
+    const LinePlace place = warnings_getReading(warnings);
+    const uint64_t key = makeKey(place.section, first, second);
+    warnings.sections |= uint64_t{1} << place.section;
     GivenLine& slot = findSlot(warnings.given, key);
     if (slot.place.line != 0) {
         warnings_addAtLine(model, WARN_LINE_REPLACED, -1, object, {what, warnings_formatLine(slot.place)});
     } else {
         ++warnings.givenCount;
     }
-    slot = {key, warnings.reading};
+    slot = {key, place};
 }
 
 LinePlace warnings_findGiven(const Model& model, int32_t section, int32_t first, int32_t second) {
@@ -149,17 +154,28 @@ LinePlace warnings_findGiven(const Model& model, int32_t section, int32_t first,
 
 // --- the line that is read -------------------------------------------------------------------------------------------
 
-void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t section, const char* words) {
-    if (model.log) {
-        model.log->warnings.reading = {offset, static_cast<int32_t>(line), section};
-        model.log->warnings.words = words;
+ReadingGuard::ReadingGuard(const Model& model, const LinePlace& place, const char* words) : log(model.log) {
+    if (log) {
+        log->warnings.reading = &place;
+        log->warnings.words = words;
     }
 }
 
-void warnings_notePlace(const Model& model, int32_t type) {
-    if (warnings_isWanted(model)) {
-        model.log->warnings.places[type].push_back(model.log->warnings.reading);
+ReadingGuard::~ReadingGuard() {
+    if (log) {
+        log->warnings.reading = nullptr;
+        log->warnings.words = nullptr;
     }
+}
+
+void ReadingGuard::setWords(const char* words) const {
+    if (log) {
+        log->warnings.words = words;
+    }
+}
+
+LinePlace warnings_getReading(const WarningLog& warnings) {
+    return warnings.reading ? *warnings.reading : LinePlace{};
 }
 
 // --- telling -------------------------------------------------------------------------------------------------------
@@ -184,7 +200,7 @@ void warnings_addAtLine(const Model& model, int32_t warning, int32_t severity, i
     }
     const WarningLog& warnings = model.log->warnings;
     const char* words = warnings.words ? warnings.words : "";
-    tell(*model.log, warning, severity, makePlace(warnings.reading, words, word), object, fills, 0.0);
+    tell(*model.log, warning, severity, makePlace(warnings_getReading(warnings), words, word), object, fills, 0.0);
 }
 
 void warnings_addAtLine(const Model& model, int32_t warning, int32_t word, const char* object, WarningFills fills) {
@@ -194,8 +210,7 @@ void warnings_addAtLine(const Model& model, int32_t warning, int32_t word, const
 void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
                        WarningFills fills) {
     if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
-        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model.log->warnings, type, index), object,
-             fills, 0.0);
+        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model, type, index), object, fills, 0.0);
     }
 }
 
@@ -226,7 +241,7 @@ void warnings_addInRun(const Model& model, int32_t warning, int32_t type, int32_
     WarningLog& warnings = model.log->warnings;
     if (takeFirst(warnings, warning, type, index) && takeOne(warnings, warning)) {
         const double date = model.options.startDateTime + model.clock.newRoutingTime / MS_PER_DAY;
-        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(warnings, type, index), object, {}, date);
+        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model, type, index), object, {}, date);
     }
 }
 

@@ -77,11 +77,24 @@ void warnings_openRun(const Model& model);
 /// Tells of each kind how many more there were than were told with their place.
 void warnings_tellRest(const Model& model);
 
-/// The reader is at a line, which stands at an offset of the file; a line of 0 ends this.
-void warnings_setLine(const Model& model, int64_t offset, int64_t line, int32_t section, const char* words);
+/// Lets warnings see where a reader stands, for as long as it reads: the place moves with the reader's own, and the
+/// words are those of its line. Nothing is done per line.
+class ReadingGuard {
+public:
+    ReadingGuard(const Model& model, const LinePlace& place, const char* words);
+    ~ReadingGuard();
+    ReadingGuard(const ReadingGuard&) = delete;
+    ReadingGuard& operator=(const ReadingGuard&) = delete;
 
-/// The line that is being read defines the next object of a class.
-void warnings_notePlace(const Model& model, int32_t type);
+    /// The line as it stands is somewhere else now.
+    void setWords(const char* words) const;
+
+private:
+    MessageLog* log;
+};
+
+/// Where the reader stands; a line of 0 while none reads.
+[[nodiscard]] LinePlace warnings_getReading(const WarningLog& warnings);
 
 /// Notes that the line that is being read gives something: `first` and `second`, below 2^28, tell it apart from all
 /// else that lines of its section give. Tells if an earlier line gave the same and is replaced. `what` says it in

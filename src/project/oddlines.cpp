@@ -25,26 +25,24 @@ static bool isBlank(const char* line) {
     return line[std::strspn(line, " \t\r\n")] == 0;
 }
 
-void oddlines_reviewOddLine(const Model& model, int32_t section, const RawLine& raw, bool& isContinued) {
+bool oddlines_reviewOddLine(const Model& model, int32_t section, const RawLine& raw, int64_t offset, bool isContinued) {
     const char* const line = raw.text;
     const size_t length = raw.length;
-    const bool isFirst = model.log->warnings.reading.offset == 0;
-    if (isFirst && std::strncmp(line, "\xEF\xBB\xBF", 3) == 0) {
+    if (offset == 0 && std::strncmp(line, "\xEF\xBB\xBF", 3) == 0) {
         const bool isHeader = line[3] == '[';
         warnings_addAtLine(model, WARN_BYTE_ORDER_MARK, isHeader ? SEVERITY_SERIOUS : SEVERITY_WARNING, -1, "", {});
     }
     if (isContinued && !isBlank(line) && !isHostSection(section)) {
         warnings_addAtLine(model, WARN_LINE_LENGTH, 0, "");
     }
-    isContinued = false;
     if (length > 0 && line[length - 1] == '\n') {
-        return;
+        return false;
     }
     // A line without its end is the last one, or too long, or cut by a NUL byte.
     if (raw.bytes > static_cast<int64_t>(length)) {
         warnings_addAtLine(model, WARN_LINE_NUL, -1, "");
     }
-    isContinued = length == LINE_SIZE - 1;
+    return length == LINE_SIZE - 1;
 }
 
 void oddlines_reviewEnd(Model& model) {

@@ -16,15 +16,17 @@ struct RawLine {
     int64_t bytes;  ///< in the file
 };
 
-/// Looks at a line that is the first, goes on one that was too long, or has no end. `isContinued` tells whether the
-/// next one goes on this.
-void oddlines_reviewOddLine(const Model& model, int32_t section, const RawLine& raw, bool& isContinued);
+/// Looks at a line that is the first, goes on one that was too long, or has no end; it begins at an offset of the file.
+/// Whether the next one goes on this, as `isContinued` says of the one before.
+[[nodiscard]] bool oddlines_reviewOddLine(const Model& model, int32_t section, const RawLine& raw, int64_t offset,
+                                          bool isContinued);
 
-/// The same of any line; `isContinued` goes from line to line.
+/// The same of any line. `isLookedAt` goes from line to line, and is true ahead of the first.
 inline void oddlines_reviewLine(const Model& model, int32_t section, const RawLine& raw, int64_t offset,
-                                bool& isContinued) {
-    if (isContinued || raw.length == 0 || raw.text[raw.length - 1] != '\n' || offset == 0) {
-        oddlines_reviewOddLine(model, section, raw, isContinued);
+                                bool& isLookedAt) {
+    const bool isWhole = raw.length > 0 && raw.text[raw.length - 1] == '\n';
+    if (!isWhole || isLookedAt) {
+        isLookedAt = oddlines_reviewOddLine(model, section, raw, offset, offset > 0 && isLookedAt);
     }
 }
 

@@ -33,6 +33,7 @@
 #include "project/objects.h"
 #include "project/oddlines.h"
 #include "project/options.h"
+#include "project/places.h"
 #include "project/qualityreader.h"
 #include "project/sections.h"
 #include "routing/linkkinds.h"
@@ -60,22 +61,19 @@ static void writeLineError(Model& model, int32_t error, int32_t section, long li
 static constexpr size_t ID_COLUMN = 16;  ///< characters that the tables of the report leave for an ID
 
 /// Keeps the longest ID beyond the columns of the report, of equal ones the first by its letters.
-static void reviewId(const Model& model, const char* word) {
-    const size_t length = std::strlen(word);
-    if (length <= ID_COLUMN || !warnings_isWanted(model)) {
+static void reviewId(const Model& model, const char* word, size_t length) {
+    if (!warnings_isWanted(model)) {
         return;
     }
     WarningLog& warnings = model.log->warnings;
     if (length > warnings.longId.size() || (length == warnings.longId.size() && word < warnings.longId)) {
         warnings.longId = word;
-        warnings.longIdPlace = warnings.reading;
+        warnings.longIdPlace = warnings_getReading(warnings);
     }
 }
 
 /// Makes a name known; the error if it was known before. The counters grow all the same.
 static int32_t addName(Model& model, int32_t type, const char* word) {
-    warnings_notePlace(model, type);
-    reviewId(model, word);
     switch (names_add(model, type, word, model.counts.objects[type]++)) {
         case 1: return ERR_NONE;
         case 0: return errors_setName(model, ERR_DUPLICATE_ID, word);
@@ -106,20 +104,30 @@ static int32_t countLine(Model& model, int32_t number, const char* word) {
     }
 }
 
-/// Copies the first word of a line as it stands, quotes and all. False if there is none.
-static bool copyFirstWord(const char* line, char* word) {
+/// Copies the first word of a line as it stands, quotes and all. Its length, 0 if there is none.
+static size_t copyFirstWord(const char* line, char* word) {
     line += std::strspn(line, " \t\n\r");
     const size_t length = std::strcspn(line, " \t\n\r");
     std::memcpy(word, line, length);
     word[length] = 0;
-    return length > 0;
+    return length;
+}
+
+/// IDs that the first pass has met so far.
+static int32_t countIds(const Model& model) {
+    int32_t sum = 0;
+    for (const int32_t count : model.counts.objects) {
+        sum += count;
+    }
+    return sum - model.counts.objects[RULE];
 }
 
 /// One line of the first pass; gives the error to be told. `section` moves with the headers. `pending` is the error of
 /// the line before: behind an unknown header every data line repeats it, until a good header comes.
 static int32_t countNextLine(Model& model, char* line, int32_t& section, int32_t& pending) {
     char word[LINE_SIZE];
-    if (!copyFirstWord(line, word) || word[0] == '/') {
+    const size_t length = copyFirstWord(line, word);
+    if (length == 0 || word[0] == '/') {
         return ERR_NONE;
     }
     if (word[0] == '[') {
@@ -138,7 +146,11 @@ static int32_t countNextLine(Model& model, char* line, int32_t& section, int32_t
         // The line itself is cut up here, so its echo shows the first word only.
         pending = options_readLine(model, tokens_split(line));
     } else if (section >= 0) {
+        const int32_t known = length > ID_COLUMN ? countIds(model) : 0;
         pending = countLine(model, section, word);
+        if (length > ID_COLUMN && countIds(model) > known) {
+            reviewId(model, word, length);
+        }
     }
     return pending;
 }
@@ -152,27 +164,33 @@ static void countObjects(Model& model) {
     std::memset(model.counts.objects, 0, sizeof model.counts.objects);
     std::memset(model.counts.nodeKinds, 0, sizeof model.counts.nodeKinds);
     std::memset(model.counts.linkKinds, 0, sizeof model.counts.linkKinds);
-    int32_t section = -1, pending = ERR_NONE, errorCount = 0;
-    long lineNumber = 0;
+    LinePlace place{0, 0, -1};
+    int32_t pending = ERR_NONE, errorCount = 0;
     char line[LINE_SIZE], whole[LINE_SIZE];
     int64_t offset = 0;
-    bool isContinued = false;
+    bool isLookedAt = true;
     const bool isReviewed = warnings_isWanted(model);
+    const ReadingGuard guard(model, place, line);
     fingerprint_begin(model);
     while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
-        ++lineNumber;
-        const bool isCut = section == SECTION_GENERAL;
-        warnings_setLine(model, offset, lineNumber, section, isCut ? std::strcpy(whole, line) : line);
-        const int64_t next = textfile_getPosition(model.files.input);
-        const RawLine raw{line, std::strlen(line), next - offset};
-        if (isReviewed) {
-            oddlines_reviewLine(model, section, raw, offset, isContinued);
+        ++place.line;
+        place.offset = offset;
+        const bool isCut = place.section == SECTION_GENERAL;
+        if (isCut) {
+            guard.setWords(std::strcpy(whole, line));
         }
-        offset = next;
+        offset = textfile_getPosition(model.files.input);
+        const RawLine raw{line, std::strlen(line), offset - place.offset};
+        if (isReviewed) {
+            oddlines_reviewLine(model, place.section, raw, place.offset, isLookedAt);
+        }
         fingerprint_addLine(model, line, raw.length);
-        if (const int32_t error = countNextLine(model, line, section, pending)) {
-            writeLineError(model, error, section, lineNumber, line);
+        if (const int32_t error = countNextLine(model, line, place.section, pending)) {
+            writeLineError(model, error, place.section, place.line, line);
             ++errorCount;
+        }
+        if (isCut) {
+            guard.setWords(line);
         }
     }
     oddlines_reviewEnd(model);
@@ -257,7 +275,6 @@ static int32_t parseRule(Model& model, const Tokens& tokens) {
             return errors_setName(model, ERR_DUPLICATE_ID, tokens[1]);
         }
         ++running;
-        warnings_notePlace(model, RULE);
     }
     return running > 0 ? rulereader_readLine(model, tokens, running - 1, clause)
                        : errors_setName(model, ERR_RULE_CLAUSE, "");
@@ -326,14 +343,15 @@ static bool areTablesFilled(const Model& model) {
 /// Reads all lines; gives the number of errors.
 static int32_t readLines(Model& model) {
     const bool isReviewed = warnings_isWanted(model);
-    int32_t section = SECTION_DESCRIPTION;  // text before the first header describes the project
+    LinePlace place{0, 0, SECTION_DESCRIPTION};  // text before the first header describes the project
+    int32_t& section = place.section;
     int32_t errorCount = 0;
-    long lineNumber = 0;
     char line[LINE_SIZE], words[LINE_SIZE];
     int64_t offset = 0;
+    const ReadingGuard guard(model, place, line);
     while (textfile_getLine(model.files.input, line, LINE_SIZE)) {
-        ++lineNumber;
-        warnings_setLine(model, offset, lineNumber, section, line);
+        ++place.line;
+        place.offset = offset;
         offset = textfile_getPosition(model.files.input);
         std::strcpy(words, line);
         const Tokens tokens = tokens_split(words);
@@ -344,7 +362,7 @@ static int32_t readLines(Model& model) {
             const int32_t found = sections_find(tokens[0]);
             if (found < 0) {
                 // Only quotes hide an unknown header from the first pass.
-                writeLineError(model, errors_setName(model, ERR_KEYWORD, tokens[0]), section, lineNumber, line);
+                writeLineError(model, errors_setName(model, ERR_KEYWORD, tokens[0]), section, place.line, line);
                 return errorCount + 1;
             }
             section = found;
@@ -360,7 +378,7 @@ static int32_t readLines(Model& model) {
             break;
         }
         if (error) {
-            writeLineError(model, error, section, lineNumber, line);
+            writeLineError(model, error, section, place.line, line);
         } else if (isReviewed) {
             oddlines_reviewWords(model, section, tokens);
         }
@@ -406,6 +424,9 @@ static void setDuration(Model& model) {
 }
 
 void reader_readProject(Model& model) {
+    if (model.log) {
+        model.log->warnings.findPlaces = places_find;
+    }
     countObjects(model);
     objects_create(model);
     readData(model);

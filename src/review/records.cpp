@@ -69,7 +69,7 @@ static void reviewLoads(const Model& model, int32_t index, std::vector<bool>& is
     const Node& node = model.nodes[index];
     const DwfInflow* dryFlow = inflows_findDryWeather(node.dwfInflow, -1);
     const bool isPlain = node.kind == JUNCTION || node.kind == SPLITTER || node.kind == OUTFALL;
-    if (!isPlain || hasFlow(node.extInflow) || (dryFlow && dryFlow->average != 0.0)) {
+    if (!isPlain || (dryFlow && dryFlow->average != 0.0)) {
         return;
     }
     const ExtInflow* mass = node.extInflow;
@@ -89,9 +89,6 @@ static void reviewLoads(const Model& model, int32_t index, std::vector<bool>& is
 
 static void reviewExternal(const Model& model, int32_t index) {
     const Node& node = model.nodes[index];
-    if (hasFlow(node.extInflow)) {
-        return;
-    }
     for (const ExtInflow* record = node.extInflow; record; record = record->next) {
         if (record->kind == INFLOW_CONCEN && isSome(*record)) {
             warnings_addAbout(model, WARN_CONCENTRATION_NO_FLOW, NODE, index, node.id,
@@ -118,10 +115,10 @@ static void reviewInflows(const Model& model) {
     std::vector<bool> isFed;
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         const Node& node = model.nodes[k];
-        if (coupled_isKind(node.kind)) {
+        if ((!node.extInflow && !node.dwfInflow) || coupled_isKind(node.kind)) {
             continue;
         }
-        if (node.extInflow) {
+        if (node.extInflow && !hasFlow(node.extInflow)) {
             reviewExternal(model, k);
             reviewLoads(model, k, isFed);
         }

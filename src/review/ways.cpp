@@ -196,15 +196,21 @@ static bool isAboveFlow(const Conduit& conduit, double flow) {
 
 static void reviewCapacity(const Model& model, int32_t node) {
     const LinkList outgoing = topology_getOutgoing(model, node);
-    const double inflow = getConstantInflow(model.nodes[node]);
-    if (outgoing.count != 1 || !(inflow > 0.0)) {
+    if (outgoing.count != 1) {
         return;
     }
     const int32_t index = outgoing.first[0];
     const Link& link = model.links[index];
+    const double limit = link.kind == PIPE ? model.pipes[link.kindIndex].maxFlow : 0.0;
+    if (link.kind == PIPE && !(limit > 0.0)) {
+        return;  // as most are
+    }
+    const double inflow = getConstantInflow(model.nodes[node]);
+    if (!(inflow > 0.0)) {
+        return;
+    }
     if (link.kind == PIPE) {
-        const double limit = model.pipes[link.kindIndex].maxFlow;
-        if (limit > 0.0 && inflow > limit) {
+        if (inflow > limit) {
             warnings_addAbout(model, WARN_CAPACITY, LINK, index, link.id,
                               {warnings_formatNumber(inflow), "the largest flow", warnings_formatNumber(limit)});
         }

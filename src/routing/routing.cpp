@@ -5,6 +5,8 @@
 
 #include "routing/routing.h"
 
+#include <utility>
+
 #include "controls/rule.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
@@ -75,28 +77,34 @@ static void shiftNodes(Model& model) {
     }
 }
 
-/// The visits with the book of loads beside them.
-static void visitAndBook(Model& model, double fireTime) {
-    for (const Visit& visit : model.visits) {
-        const VisitLinkList incoming = visits_getIncoming(model, visit), outgoing = visits_getOutgoing(model, visit);
-        loadbook_beginVisit(model, visit.node, incoming);
-        nodekinds_visit(model, visit.node, incoming, outgoing, fireTime);
-        loadbook_endVisit(model, visit.node, outgoing);
-        if (visit.isCounted) {
-            statistics_countNode(model.nodes[visit.node], model.options.routingStep);
-        }
+/// The book of loads looks on between two visits, of which either may be missing.
+static void bookVisits(Model& model, const Visit* done, const Visit* next) {
+    if (done) {
+        loadbook_endVisit(model, done->node, visits_getOutgoing(model, *done));
     }
-    loadbook_endStep(model);
+    if (next) {
+        loadbook_beginVisit(model, next->node, visits_getIncoming(model, *next));
+    }
 }
 
+/// The visit is called at one place alone, so that it is a part of the loop.
 static void visitNodes(Model& model, double fireTime) {
+    const bool isBooked = model.loadBook->isKept;
+    const Visit* last = nullptr;
     for (const Visit& visit : model.visits) {
+        if (isBooked) {
+            bookVisits(model, std::exchange(last, &visit), &visit);
+        }
         visits_fetchAhead(model, visit);
         nodekinds_visit(model, visit.node, visits_getIncoming(model, visit), visits_getOutgoing(model, visit),
                         fireTime);
         if (visit.isCounted) {
             statistics_countNode(model.nodes[visit.node], model.options.routingStep);
         }
+    }
+    if (isBooked) {
+        bookVisits(model, last, nullptr);
+        loadbook_endStep(model);
     }
 }
 
@@ -119,11 +127,7 @@ void routing_step(Model& model) {
     inflows_applyExternal(model, date);
     inflows_applyDryWeather(model, date);
 
-    if (model.loadBook->isKept) {
-        visitAndBook(model, fireTime);
-    } else {
-        visitNodes(model, fireTime);
-    }
+    visitNodes(model, fireTime);
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------
