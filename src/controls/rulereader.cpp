@@ -359,7 +359,8 @@ static void reviewAction(const Model& model, const Tokens& tokens, int32_t objec
     if (action.link < 0 && model.nodes[action.node].kind < 0) {
         warnings_addAtLine(model, WARN_SECTION_ORDER, 2, id, {tokens[2]});
     } else {
-        warnings.actions.push_back({warnings_getReading(warnings), ObjectWords[object], action.rule, action.link, action.node});
+        warnings.actions.push_back(
+            {warnings_getReading(warnings), ObjectWords[object], action.rule, action.link, action.node});
     }
     const int32_t relation = object == OBJECT_SWMM ? 5 : 4;
     if (findRelation(tokens[relation]) > RELATION_EQUAL) {

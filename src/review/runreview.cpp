@@ -9,6 +9,7 @@
 
 #include "hydrology/subcatch.h"
 #include "model/model.h"
+#include "model/topology.h"
 #include "model/warnings.h"
 #include "review/verdict.h"
 #include "routing/linkkinds.h"
@@ -112,6 +113,21 @@ static void tellCause(const Model& model, const VerdictCause& cause, double part
                       {warnings_formatNumber(in), warnings_formatNumber(missing), percent});
 }
 
+/// Tells of the nodes out of which more was taken than came, the first on each way: what flows on is negative as well.
+static void tellNegative(const Model& model) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        const Node& node = model.nodes[k];
+        const LinkList incoming = topology_getIncoming(model, k);
+        const bool isFirst = std::none_of(incoming.begin(), incoming.end(), [&](int32_t link) {
+            return model.nodes[model.links[link].fromNode].statInflowVolume < 0.0;
+        });
+        if (node.statInflowVolume < 0.0 && isFirst) {
+            warnings_addAbout(model, WARN_RUN_NEGATIVE, NODE, k, node.id,
+                              {warnings_formatNumber(node.statInflowVolume)});
+        }
+    }
+}
+
 void runreview_end(const Model& model) {
     if (!warnings_isWanted(model) || model.log->warnings.isRunReviewed) {
         return;
@@ -125,5 +141,6 @@ void runreview_end(const Model& model) {
             tellCause(model, cause, verdict.in);
         }
     }
+    tellNegative(model);
     warnings_tellRest(model);
 }

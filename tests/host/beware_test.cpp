@@ -359,6 +359,40 @@ std::vector<std::string> readNumbers(const std::string& text) {
     return numbers;
 }
 
+/// What a program says of a run in the JSON of it: names of warnings, and what of its verdict isn't green.
+std::string describeRun(const std::string& json) {
+    std::string names, verdicts;
+    const std::regex name("\"name\": \"(W-[a-z-]+)\"");
+    for (std::sregex_iterator k(json.begin(), json.end(), name), end; k != end; ++k) {
+        const std::string shown = "`" + (*k)[1].str() + "`";
+        names += names.find(shown) != std::string::npos ? "" : (names.empty() ? "" : ", ") + shown;
+    }
+    const std::regex part("\"part\": \"([a-z]+)\"(, \"pollutant\": \"([A-Z]+)\")?[^}]*\"grade\": \"(amber|red)\"");
+    for (std::sregex_iterator k(json.begin(), json.end(), part), end; k != end; ++k) {
+        const std::string pollutant = (*k)[3].matched ? " of " + (*k)[3].str() : "";
+        verdicts += (verdicts.empty() ? "" : ", ") + (*k)[1].str() + pollutant + " " + (*k)[4].str();
+    }
+    return (names.empty() ? "-" : names) + " | " + (verdicts.empty() ? "-" : verdicts);
+}
+
+TEST(Beware, WarningsAndVerdictsAreThoseThatThePageNames) {
+    const std::string text = readFile(TARNVELDE_SOURCE_DIR "/docs/beware.md");
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(TARNVELDE_SOURCE_DIR "/docs/beware")) {
+        if (entry.path().extension() != ".inp") {
+            continue;
+        }
+        const std::string name = entry.path().filename().string();
+        TempFolder folder;
+        const std::string model = folder.write(name, readFile(entry.path()));
+        const std::string row =
+            "| [" + name + "](beware/" + name + ") | " + describeRun(runProgram({"run", model, "--json"}).out) + " |\n";
+        EXPECT_NE(text.find(row), std::string::npos) << row;
+        ++count;
+    }
+    EXPECT_GE(count, 30);
+}
+
 }  // namespace
 
 TEST(Beware, ProjectsOfTheFolderStandOnThePageAndViceVersa) {
@@ -453,7 +487,7 @@ TEST(Beware, SizesOfTheSummaryStandInTheSections) {
 TEST(Beware, TheSummaryHasTheSectionsInTheirOrder) {
     const Page page = readPage();
     const std::set<std::string> others = {"how-to-read-this-page", "summary", "a-check-of-ten-minutes",
-                                          "smaller-things"};
+                                          "what-the-engine-says-of-these-runs", "smaller-things"};
     std::vector<std::string> sections, effects;
     for (const std::string& section : page.sections) {
         if (!others.contains(makeAnchor(section))) {

@@ -71,3 +71,12 @@ RUN_WARNING_CASE("W-run-balance", aTank("0.02", aPump("1", "1.9 0 4 0.1")),
                  "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[PIPES]\nP1 J1 O1 NO 2400 1 0.2 0\n"
                  "[INFLOWS]\nJ1 FLOW FLOW 0.1 \"\" 0\n",
                  "T1", "T1");
+
+static std::string aWell(const std::string& taken) {
+    return aDay("[JUNCTIONS]\nJ1\nJ2\n" + OUTFALL +
+                "[CONNECTIONS]\nC1 J1 J2 NO 0\nC2 J2 O1 NO 0\n[INFLOWS]\n"
+                "J1 FLOW FLOW 0.02 \"\" 0\nJ2 FLOW FLOW " +
+                taken + " \"\" 0\n");
+}
+
+RUN_WARNING_CASE("W-run-negative", aWell("-0.05"), aWell("-0.01"), "J2", "J2");

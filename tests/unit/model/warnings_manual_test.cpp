@@ -66,8 +66,8 @@ static std::string makeRanges() {
         "| Quantity | Unit | Usual | Doubt outside | Likely slip | Source | Warning |\n|---|---|---|---|---|---|---|\n";
     for (const Plausible& range : Plausibles) {
         table += std::string("| ") + range.quantity + " | " + range.unit + " | " + showRange(range.low, range.high) +
-                 " | " + showRange(range.doubtLow, range.doubtHigh) + " | " + showSlip(range.slip) + " | " + range.source +
-                 " | `" + WarningKinds[range.warning].name + "` |\n";
+                 " | " + showRange(range.doubtLow, range.doubtHigh) + " | " + showSlip(range.slip) + " | " +
+                 range.source + " | `" + WarningKinds[range.warning].name + "` |\n";
     }
     return table;
 }
