@@ -76,7 +76,8 @@ static void tellCounts(const Outcome& outcome) {
     const MessageCounts counts = messages_count(outcome.messages);
     const std::string words = messages_describeCounts(counts);
     const char* none = counts.errors == 0 ? "no errors" : "";
-    std::printf("%s: %s%s%s\n", outcome.project.c_str(), none, *none && !words.empty() ? ", " : "", words.c_str());
+    std::printf("%s: %s%s%s\n", messages_makePrintable(outcome.project).c_str(), none,
+                *none && !words.empty() ? ", " : "", words.c_str());
 }
 
 int check_execute(const CheckRequest& request) {

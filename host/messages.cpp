@@ -4,20 +4,17 @@
 #include "messages.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <map>
+#include <string_view>
 #include <utility>
 
+#include "characters.h"
 #include "resultfile.h"
 
-std::string messages_makePrintable(std::string text) {
-    for (char& c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if ((byte < 32 && c != '\t') || byte == 127) {
-            c = '?';
-        }
-    }
-    return text;
+std::string messages_makePrintable(const std::string& text) {
+    return characters_makePrintable(text, true);
 }
 
 HostMessage messages_make(int32_t code, std::string text) {
@@ -55,6 +52,17 @@ static const char* const RED = "\033[31m";
 static const char* const YELLOW = "\033[33m";
 static const char* const BLUE = "\033[36m";
 static const char* const PLAIN = "\033[0m";
+
+/// How many warnings a message stands for: of those that were too many to be told the library gives the number.
+static int32_t getNumber(const HostMessage& message) {
+    static constexpr std::string_view REST = " more of this kind";
+    const bool isRest = message.level == TV_WARNING && message.line == 0 && message.text.ends_with(REST);
+    int32_t number = 1;
+    if (isRest) {
+        std::from_chars(message.text.data(), message.text.data() + message.text.size(), number);
+    }
+    return number;
+}
 
 static bool isNote(const HostMessage& message) {
     return message.level == TV_WARNING && message.severity == TV_NOTE;
@@ -97,17 +105,13 @@ static std::string formatPlace(const HostMessage& message) {
 }
 
 /// Blanks below the front part of a line, tabs as they are, and marks below the word. A letter of several bytes takes
-/// one place.
+/// one place, and so does a byte that is none.
 static std::string makePointer(const HostMessage& message) {
-    const auto isFirstByte = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; };
     const auto begin = static_cast<size_t>(message.column) - 1;
     const size_t end = std::min(begin + static_cast<size_t>(message.length), message.words.size());
     std::string pointer;
-    for (size_t k = 0; k < end; ++k) {
-        const char c = message.words[k];
-        if (isFirstByte(c)) {
-            pointer += k >= begin ? '^' : c == '\t' ? '\t' : ' ';
-        }
+    for (size_t k = 0; k < end; k += std::max(characters_measure(message.words, k), size_t{1})) {
+        pointer += k >= begin ? '^' : message.words[k] == '\t' ? '\t' : ' ';
     }
     return pointer;
 }
@@ -138,18 +142,19 @@ static void showMessage(const HostMessage& message, const MessageView& view, boo
 }
 
 void messages_show(const std::vector<HostMessage>& messages, const MessageView& view) {
-    std::map<std::string, int32_t> shown;
+    std::map<std::string, int32_t> counts;
     for (const HostMessage& message : messages) {
         if (message.level != TV_WARNING) {
             showMessage(message, view, false);
         } else if (!isNote(message) || view.hasNotes) {
-            const int32_t number = ++shown[message.name];
-            if (number <= view.mostOfKind) {
-                showMessage(message, view, number == 1);
+            int32_t& count = counts[message.name];
+            if (count < view.mostOfKind) {
+                showMessage(message, view, count == 0);
             }
+            count += getNumber(message);
         }
     }
-    for (const auto& [name, count] : shown) {
+    for (const auto& [name, count] : counts) {
         if (count > view.mostOfKind) {
             std::fprintf(stderr, "%s: %d more\n", name.c_str(), static_cast<int>(count - view.mostOfKind));
         }
@@ -163,7 +168,10 @@ MessageCounts messages_count(const std::vector<HostMessage>& messages) {
     for (const HostMessage& message : messages) {
         counts.errors += message.level == TV_ERROR;
         if (message.level == TV_WARNING) {
-            ++(isNote(message) ? counts.notes : message.severity == TV_SERIOUS ? counts.serious : counts.warnings);
+            int32_t& count = isNote(message)                  ? counts.notes
+                             : message.severity == TV_SERIOUS ? counts.serious
+                                                              : counts.warnings;
+            count += getNumber(message);
         }
     }
     return counts;

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "characters.h"
 #include "dates.h"
 #include "status.h"
 
@@ -24,12 +25,8 @@ std::string results_addUnit(const ResultColumn& column) {
     return column.unit.empty() ? column.name : column.name + " (" + column.unit + ')';
 }
 
-std::string results_makePrintable(std::string text) {
-    for (char& c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        c = byte < 32 || byte == 127 ? '?' : c;
-    }
-    return text;
+std::string results_makePrintable(const std::string& text) {
+    return characters_makePrintable(text);
 }
 
 std::string results_quoteCsv(const std::string& text) {

@@ -54,6 +54,6 @@ std::string results_formatNumber(double value, const char* none);
 std::string results_addUnit(const ResultColumn& column);
 
 /// Control characters of a name must not reach the terminal.
-std::string results_makePrintable(std::string text);
+std::string results_makePrintable(const std::string& text);
 
 std::string results_quoteCsv(const std::string& text);

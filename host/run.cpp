@@ -298,7 +298,7 @@ std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& f
 void showFiles(const Outcome& outcome) {
     for (const auto& [use, name] : outcome.files) {
         const char* title = use == "report" ? "Report:" : use == "state" ? "State:" : "Results:";
-        std::printf("  %-8s %s\n", title, name.c_str());
+        std::printf("  %-8s %s\n", title, messages_makePrintable(name).c_str());
     }
 }
 

@@ -366,8 +366,8 @@ TV_API int32_t tv_getMessageCount(const tv_model* model, int32_t* count);
 TV_API int32_t tv_getMessage(const tv_model* model, int32_t index, tv_message* message);
 
 /* Warnings are messages of level TV_WARNING: what passes and yet can't be meant, when a project is opened, and what
- * goes wrong in a run. They change no result and no code, and stand in no report. Of one kind 100 are told with their
- * place and the rest is counted. They are on at first; the next opening takes the choice. TV_ERROR_OPEN. */
+ * goes wrong in a run. They change no result and no code, and stand in no report. Of one kind and severity 100 are told
+ * with their place; of the rest the text of one more message has the number, "30 more of this kind". They are on at first; the next opening takes the choice. TV_ERROR_OPEN. */
 TV_API int32_t tv_setWarnings(tv_model* model, int32_t isWanted);
 
 /* The list of kinds, the same for all models. */

@@ -213,24 +213,26 @@ static bool isNamed(const RuleOperand& operand) {
     return operand.node >= 0 || operand.link >= 0 || operand.gage >= 0;
 }
 
-/// Whether a rule had only ANDs so far, or only ORs, and the condition that comes is of the other sort. An AND stands
-/// in the list as an AND and an OR.
-static bool isFirstMix(const Rule& rule, int32_t logic) {
-    int32_t ands = -1, ors = 0;  // the IF counts as an AND
-    for (const Premise* premise = rule.premises; premise; premise = premise->next) {
-        ++(premise->logic == LOGIC_AND ? ands : ors);
+/// Notes a condition. Whether its rule had only ANDs so far, or only ORs, and this is the first of the other sort. The
+/// IF is neither.
+static bool noteLogic(RuleLogics& logics, int32_t rule, int32_t logic) {
+    if (logics.rule != rule) {
+        logics = {rule, false, false};
+        return false;
     }
-    const int32_t loneOrs = ors - ands;
-    return ands >= 0 && (logic == LOGIC_OR ? ands > 0 && loneOrs == 0 : ands == 0 && loneOrs > 0);
+    const bool wasMixed = logics.hasAnd && logics.hasOr;
+    (logic == LOGIC_AND ? logics.hasAnd : logics.hasOr) = true;
+    return !wasMixed && logics.hasAnd && logics.hasOr;
 }
 
 /// Tells of a condition that can't change, or hardly be met. An AND is read twice, and told once, as an AND.
 static void reviewPremise(const Model& model, const Tokens& tokens, int32_t rule, const Premise& premise) {
     const char* const id = model.rules[rule].name;
     const bool isAnd = tokens_matchKeyword(tokens[0], ClauseWords[CLAUSE_AND]);
-    if (!id || (isAnd && premise.logic == LOGIC_OR)) {
+    if (!warnings_isWanted(model) || !id || (isAnd && premise.logic == LOGIC_OR)) {
         return;
     }
+    const bool isFirstMix = noteLogic(model.log->warnings.logics, rule, premise.logic);
     const bool hasRight = premise.right.attribute >= 0;
     const char* fault = findFault(model, premise.left, tokens_matchKeyword(tokens[1], ObjectWords[OBJECT_SWMM]));
     if (!fault && hasRight) {
@@ -250,8 +252,7 @@ static void reviewPremise(const Model& model, const Tokens& tokens, int32_t rule
     }
     // A second threshold of the quantity that the rule begins with is a case of its first condition.
     const Premise* first = model.rules[rule].premises;
-    if (first && std::memcmp(&first->left, &premise.left, sizeof premise.left) != 0 &&
-        isFirstMix(model.rules[rule], premise.logic)) {
+    if (isFirstMix && first && std::memcmp(&first->left, &premise.left, sizeof premise.left) != 0) {
         warnings_addAtLine(model, WARN_RULE_MIXED, 0, id);
     }
 }

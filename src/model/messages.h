@@ -57,6 +57,12 @@ struct ActionLine {
     int32_t link, node;  ///< what the name means; -1 for none
 };
 
+/// Which conditions the rule that is being read has had behind its IF.
+struct RuleLogics {
+    int32_t rule = -1;  ///< row
+    bool hasAnd = false, hasOr = false;
+};
+
 /// What warnings need: where the reader stands, where objects were defined, and how often each kind was told.
 struct WarningLog {
     bool isWanted = false;
@@ -64,13 +70,14 @@ struct WarningLog {
     const char* words = nullptr;                       ///< that line as it stands
     std::vector<LinePlace> places[OBJECT_TYPE_COUNT];  ///< of objects; empty until one is asked for
     void (*findPlaces)(const Model& model, WarningLog& warnings) = nullptr;  ///< fills them, by the reader
-    std::vector<int64_t> counts;                                             ///< by WarningIndex
+    std::vector<int64_t> counts;                                             ///< by WarningIndex, and by severity in it
     std::unordered_set<uint64_t> told;  ///< kinds of warning with the object of the run that they were told of
     bool isRunReviewed = false;         ///< the balances of the run were told of
     bool isNumberTold = false;          ///< so was a value that is no number
     std::vector<GivenLine> given;       ///< a table of slots, found by the key; their count is a power of 2
     size_t givenCount = 0;
     std::vector<ActionLine> actions;
+    RuleLogics logics{};
     uint64_t sections = 0;  ///< a bit for each that had a line with something given
     std::string longId;     ///< the longest ID so far, if it is longer than the columns of the report
     LinePlace longIdPlace{};

@@ -180,10 +180,17 @@ LinePlace warnings_getReading(const WarningLog& warnings) {
 
 // --- telling -------------------------------------------------------------------------------------------------------
 
-/// Counts one of a kind. Whether it is one of those that are told.
+static constexpr size_t SEVERITY_COUNT = 3;
+
+/// Counts one of a kind and weight, so that many notes hide no warning. Whether it is one of those that are told.
+static bool takeOne(WarningLog& warnings, int32_t warning, int32_t severity) {
+    warnings.counts.resize(WARNING_COUNT * SEVERITY_COUNT);
+    return warnings.counts[static_cast<size_t>(warning) * SEVERITY_COUNT + static_cast<size_t>(severity)]++ <
+           WARNINGS_KEPT;
+}
+
 static bool takeOne(WarningLog& warnings, int32_t warning) {
-    warnings.counts.resize(WARNING_COUNT);
-    return warnings.counts[static_cast<size_t>(warning)]++ < WARNINGS_KEPT;
+    return takeOne(warnings, warning, WarningKinds[warning].severity);
 }
 
 static void tell(MessageLog& log, int32_t warning, int32_t severity, MessagePlace&& place, const char* object,
@@ -195,7 +202,7 @@ static void tell(MessageLog& log, int32_t warning, int32_t severity, MessagePlac
 
 void warnings_addAtLine(const Model& model, int32_t warning, int32_t severity, int32_t word, const char* object,
                         WarningFills fills) {
-    if (!warnings_isWanted(model) || !takeOne(model.log->warnings, warning)) {
+    if (!warnings_isWanted(model) || !takeOne(model.log->warnings, warning, severity)) {
         return;
     }
     const WarningLog& warnings = model.log->warnings;
@@ -253,7 +260,7 @@ void warnings_openRun(const Model& model) {
     warnings.told.clear();
     warnings.isRunReviewed = warnings.isNumberTold = false;
     for (size_t k = 0; k < warnings.counts.size(); ++k) {
-        warnings.counts[k] = WarningKinds[k].group == WARNING_RUN ? 0 : warnings.counts[k];
+        warnings.counts[k] = WarningKinds[k / SEVERITY_COUNT].group == WARNING_RUN ? 0 : warnings.counts[k];
     }
 }
 
@@ -265,14 +272,14 @@ void warnings_tellRest(const Model& model) {
     for (size_t k = 0; k < warnings.counts.size(); ++k) {
         if (warnings.counts[k] > WARNINGS_KEPT) {
             const std::string more = std::to_string(warnings.counts[k] - WARNINGS_KEPT) + " more of this kind";
-            const WarningKind& kind = WarningKinds[k];
+            const WarningKind& kind = WarningKinds[k / SEVERITY_COUNT];
             messages_add(*model.log, {MESSAGE_WARNING,
                                       0,
                                       kind.name,
                                       more,
                                       {"", 0, "", 0, 0},
                                       "",
-                                      kind.severity,
+                                      static_cast<int32_t>(k % SEVERITY_COUNT),
                                       kind.effect,
                                       kind.advice,
                                       0.0});

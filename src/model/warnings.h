@@ -42,7 +42,7 @@ struct WarningKind {
 
 extern const WarningKind WarningKinds[WARNING_COUNT];
 
-/// So many of one kind are told with their place.
+/// So many of one kind and severity are told with their place.
 constexpr int64_t WARNINGS_KEPT = 100;
 
 using WarningFills = std::initializer_list<std::string>;

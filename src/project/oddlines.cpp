@@ -277,15 +277,11 @@ static void reviewNumbers(const Model& model, int32_t section, const Tokens& tok
     }
 }
 
-/// What a warning about a line names: its first word, of a clause the rule that was read last.
+/// What a warning about a line names: its first word, of a clause the rule that was read last, if that has its name.
 static const char* getObject(const Model& model, int32_t section, const Tokens& tokens) {
-    const char* object = tokens[0];
-    if (section == SECTION_CONTROL_RULES) {
-        for (const Rule& rule : model.rules) {
-            object = rule.name ? rule.name : object;
-        }
-    }
-    return object;
+    const auto read = static_cast<int32_t>(model.names[RULE].entries.size());
+    const int32_t rule = section == SECTION_CONTROL_RULES ? read - 1 : -1;
+    return rule >= 0 && model.rules[rule].name ? model.rules[rule].name : tokens[0];
 }
 
 void oddlines_reviewOddWords(const Model& model, int32_t section, const Tokens& tokens) {

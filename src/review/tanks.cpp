@@ -68,14 +68,13 @@ static void reviewEmptying(const Model& model, int32_t index, const Tank& tank) 
 
 // --- pumps ---------------------------------------------------------------------------------------------------------
 
-/// Whether some pump of a tank has a flow at a depth (m).
+/// Whether some pump of a tank has a flow at a depth (m). Each pump asks this: of many the rest may have one.
 static bool doesAnyPumpRun(const Model& model, int32_t node, double depth) {
-    for (const int32_t link : topology_getOutgoing(model, node)) {
-        if (model.links[link].kind == PUMP && getFlow(model, model.links[link], depth) > 0.0) {
-            return true;
-        }
-    }
-    return false;
+    static constexpr int32_t MOST = 50;  ///< outlets that are looked at
+    const LinkList outlets = topology_getOutgoing(model, node);
+    return outlets.count > MOST || std::any_of(outlets.begin(), outlets.end(), [&](int32_t link) {
+               return model.links[link].kind == PUMP && getFlow(model, model.links[link], depth) > 0.0;
+           });
 }
 
 /// The last step of a pump, from its shut-off depth.

@@ -48,13 +48,19 @@ static constexpr ByteClasses classifyBytes() {
     for (const char c : {' ', '\t', '\n', '\r'}) {
         made.kind[static_cast<uint8_t>(c)] = ByteClasses::SEPARATOR;
     }
-    made.first['n'] = made.first['N'] = made.second['a'] = made.second['A'] = 1;
-    made.first['i'] = made.first['I'] = made.second['n'] = made.second['N'] = 2;
-    made.first['0'] = made.second['x'] = made.second['X'] = 4;
-    made.first['+'] = made.first['-'] = 8;
-    for (const char c : {'n', 'N', 'i', 'I', '0'}) {
-        made.second[static_cast<uint8_t>(c)] |= 8;
-    }
+    const auto mark = [](uint8_t* classes, std::initializer_list<char> bytes, uint8_t bit) {
+        for (const char c : bytes) {
+            classes[static_cast<uint8_t>(c)] |= bit;
+        }
+    };
+    mark(made.first, {'n', 'N'}, 1);
+    mark(made.second, {'a', 'A'}, 1);
+    mark(made.first, {'i', 'I'}, 2);
+    mark(made.second, {'n', 'N'}, 2);
+    mark(made.first, {'0'}, 4);
+    mark(made.second, {'x', 'X'}, 4);
+    mark(made.first, {'+', '-'}, 8);
+    mark(made.second, {'n', 'N', 'i', 'I', '0'}, 8);
     return made;
 }
 

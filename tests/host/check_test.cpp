@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "jsontext.h"
 #include "program.h"
 #include "terminal.h"
 
@@ -168,4 +169,48 @@ TEST(HostCheck, ColoursComeOnATerminalAlone) {
     const ProcessResult result = runProgram({"check", model});
     EXPECT_THAT(result.err, HasSubstr("SERIOUS W-step-conduit: C1: "));
     EXPECT_THAT(result.err, Not(HasSubstr("\033")));
+}
+
+/// A project with a word too many in a line.
+static std::string withWords(const std::string& words) {
+    return std::string(GOOD_PROJECT) + "[CONNECTIONS]\nC1 J1 O1 NO 0 " + words + "\n";
+}
+
+TEST(HostCheck, ControlCharactersReachNoTerminal) {
+    // U+009B is CSI, as ESC [ is; in UTF-8 it is C2 9B, elsewhere the byte 9B alone.
+    TempFolder folder;
+    for (const char* word : {"\x1B[31mX", "\x07X", "\x7FX",
+                             "\xC2\x9B"
+                             "31mX",
+                             "\x9B"
+                             "31mX",
+                             "\xC2\x80X"}) {
+        const std::string model = folder.write("model.inp", withWords(word));
+        const ProcessResult result = runProgram({"check", model});
+        EXPECT_THAT(result.err, HasSubstr("W-words-unused"));
+        EXPECT_THAT(result.err, Not(HasSubstr(std::string(word).substr(0, word[0] == '\xC2' ? 2 : 1))));
+        EXPECT_THAT(result.err, HasSubstr("NO 0 ?"));
+        const ProcessResult json = runProgram({"check", model, "--json"});
+        EXPECT_TRUE(isJson(json.out)) << json.out;
+        EXPECT_THAT(json.out, Not(HasSubstr("\xC2\x9B")));
+    }
+    // Letters whose last byte looks like one are none.
+    const ProcessResult result = runProgram({"check", folder.write("model.inp", withWords("\xC3\x9B\xE2\x80\x93"))});
+    EXPECT_THAT(result.err, HasSubstr("NO 0 \xC3\x9B\xE2\x80\x93\n"));
+}
+
+TEST(HostCheck, ThePointerStandsBelowTheWordWhateverStandsInFront) {
+    TempFolder folder;
+    for (const char* name : {"N", "\xC3\xA4", "\x9B", "\xC2\x9B", "\xE4"}) {
+        const ProcessResult result =
+            runProgram({"check", folder.write("model.inp", std::string(GOOD_PROJECT) + "[JUNCTIONS]\n" + name +
+                                                               "\n[CONNECTIONS]\nC1\t" + name + "\tO1 NO 0 word\n")});
+        EXPECT_THAT(result.err, HasSubstr(" word\n    \t \t        ^^^^\n"));
+    }
+}
+
+TEST(HostCheck, NameOfTheProjectCantControlTheTerminal) {
+    TempFolder folder;
+    const ProcessResult result = runProgram({"check", folder.write("m\x1B[31m.inp", GOOD_PROJECT)});
+    EXPECT_THAT(result.out, testing::EndsWith("m?[31m.inp: no errors\n"));
 }

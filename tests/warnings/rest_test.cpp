@@ -1,4 +1,5 @@
-// Of one kind a hundred warnings are told with their place, and the rest is counted: also beside errors.
+// Of one kind a hundred warnings are told with their place, and the rest is counted: also beside errors, and each
+// severity by itself.
 
 #include <gtest/gtest.h>
 
@@ -26,4 +27,28 @@ TEST(WarningRest, IsCountedBesideErrorsToo) {
         EXPECT_EQ(count, 101);
         EXPECT_EQ(last, "30 more of this kind");
     }
+}
+
+TEST(WarningRest, ManyNotesHideNoWarning) {
+    std::string nodes, conduits;
+    for (int k = 0; k < 120; ++k) {
+        const std::string n = std::to_string(k);
+        nodes += "J" + n + "\n";
+        conduits += "C" + n + " J" + n + " O1 NO 500 0.02 0.013 CIRCULAR 0.6\n";  // 0.02 % is unusual, 0.001 a doubt
+    }
+    const TvModel model;
+    ASSERT_EQ(model.openText(aDay("[OUTFALLS]\nO1\n[JUNCTIONS]\nJ\n" + nodes + "[CONDUITS]\n" + conduits +
+                                  "C J O1 NO 500 0.001 0.013 CIRCULAR 0.6\n")),
+              TV_OK);
+    int32_t notes = 0, doubts = 0;
+    for (const tv_message& message : model.getMessages()) {
+        if (std::string(message.name) == "W-unit-slope") {
+            ++(message.severity == TV_NOTE ? notes : doubts);
+            if (std::string(message.text) == "20 more of this kind") {
+                EXPECT_EQ(message.severity, TV_NOTE);
+            }
+        }
+    }
+    EXPECT_EQ(notes, 101);
+    EXPECT_EQ(doubts, 1);
 }
