@@ -93,6 +93,21 @@ static void reviewControl(const Model& model, int32_t index) {
     reviewDecay(model, index);
 }
 
+/// Of a drain that joins the outlet link the water alone goes along.
+static void reviewDrains(const Model& model) {
+    for (int32_t k = 0; k < model.nodes.size() && model_pollutantCount(model) > 0; ++k) {
+        const Node& node = model.nodes[k];
+        if (node.kind != LID_MONO) {
+            continue;
+        }
+        const LidUnit& unit = model.lidMonos[node.kindIndex].unit;
+        const Lid& lid = model.lids[unit.lid];
+        if (unit.drainNode == -1 && (lid.drainCoefficient > 0.0 || lid.type == LID_GR)) {
+            warnings_addAbout(model, WARN_LID_DRAIN, NODE, k, node.id);
+        }
+    }
+}
+
 static void reviewMonomers(const Model& model) {
     if (model.lidMonos.empty() || model.options.lidMonoRainfall || options_isGiven(model, "LID_MONO_RAINFALL")) {
         return;
@@ -161,6 +176,9 @@ void layers_review(const Model& model) {
         reviewControl(model, k);
     }
     reviewMonomers(model);
+    if (!model.lidMonos.empty()) {
+        reviewDrains(model);
+    }
     for (int32_t k = 0; k < model.landuses.size(); ++k) {
         reviewLanduse(model, k);
     }

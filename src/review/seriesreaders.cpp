@@ -90,14 +90,9 @@ static void reviewGages(const Model& model, const SeriesUses& uses) {
             continue;
         }
         const SeriesUse& use = uses[static_cast<size_t>(gage.series)];
-        const char* other = nullptr;
-        if (gage.isUsed && (use.isInFront || use.node >= 0)) {
-            other = "an inflow";
-        } else if (gage.isUsed && use.gages > 1) {
-            other = "another gage";
-        } else if (!gage.isUsed && use.node >= 0 && !use.isInFront) {
-            other = "an inflow";
-        }
+        const bool isAtInflow = gage.isUsed ? use.isInFront || use.node >= 0 : use.node >= 0 && !use.isInFront;
+        const bool isAtGage = gage.isUsed && use.gages > 1;
+        const char* other = isAtInflow ? "an inflow" : isAtGage ? "another gage" : nullptr;
         if (other) {
             warnings_addAbout(model, WARN_SERIES_SHARED, GAGE, k, gage.name, {model.timeSeries[gage.series].id, other});
         }

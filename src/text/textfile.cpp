@@ -84,7 +84,7 @@ bool textfile_getLine(TextFile& text, char* line, int32_t size) {
 bool textfile_hasMore(TextFile& text) {
     while (text.at < text.filled || fillBuffer(text)) {
         const auto c = static_cast<unsigned char>(text.buffer[text.at++]);
-        if (c > ' ' && c != END_MARK) {
+        if (c > ' ') {
             return true;
         }
     }

@@ -58,3 +58,9 @@ WARNING_CASE("W-value-limit", aControl(Cell, "", "* 100 5 120 100"), aControl(Ce
              "120");
 WARNING_CASE("W-value-limit", aControl(Cell, "", "* 100 5 0 250"), aControl(Cell, "", "* 100 5 0 100"), "M1", "250");
 WARNING_CASE("W-value-limit", aUnit(Cell, "100 5 101 50"), aUnit(Cell, "100 5 100 100"), "S1", "101");
+
+// Behind the node of the drain the way to the outfall is another one.
+WARNING_CASE("W-lid-drain", aControl(Cell + "BED DRAIN 3 0.5 0\n"),
+             aControl(Cell + "BED DRAIN 3 0.5 0\n", "[JUNCTIONS]\nJD\n[CONNECTIONS]\nCD JD O1 NO 60\n",
+                      "* 100 5 0 100 JD"),
+             "M1", "M1");
