@@ -266,7 +266,8 @@ enum tv_grade {
     TV_GRADE_NOTHING = 0, /* nothing came in */
     TV_GRADE_GREEN = 1,   /* under 1 %: usual */
     TV_GRADE_AMBER = 2,   /* to 5 %: look where it comes from */
-    TV_GRADE_RED = 3      /* above, or no number: don't rely on the results before it is explained */
+    TV_GRADE_RED = 3      /* above, or no number, or nothing came in and something went: don't rely on the results before
+                             it is explained */
 };
 
 /* A row of the verdict. */
