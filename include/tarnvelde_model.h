@@ -497,8 +497,9 @@ TV_API int32_t tv_restoreStateFile(tv_model* model, const char* path);
 TV_API int32_t tv_hotStart(tv_model* model, const void* bytes, size_t size);
 TV_API int32_t tv_hotStartFile(tv_model* model, const char* path);
 
-/* Makes a second model of a started one, in the same state, without report, results, callbacks. A project that was
- * opened from a file is read again: TV_ERROR_STATE_PROJECT if it has changed since. */
+/* Makes a second model of a started one, in the same state, without report, results, callbacks; it keeps rows and loads
+ * and tells warnings if that one does. A project that was opened from a file is read again: TV_ERROR_STATE_PROJECT if it
+ * has changed since. */
 TV_API int32_t tv_clone(const tv_model* model, tv_model** clone);
 
 #ifdef __cplusplus
