@@ -2,10 +2,19 @@
 
 #include "console.h"
 
+#include <cstdio>
+
+bool console_endOutput() {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) {
+        return true;
+    }
+    std::fprintf(stderr, "tarnvelde: cannot write to standard output\n");
+    return false;
+}
+
 #if defined(_WIN32)
 
 #include <io.h>
-#include <stdio.h>
 
 void console_openStreams() {}  // a descriptor of a file is never that of a stream here
 

@@ -6,3 +6,6 @@ void console_openStreams();
 
 [[nodiscard]] bool console_isOutputTerminal();
 [[nodiscard]] bool console_isErrorTerminal();
+
+/// Whether all that was printed on standard output is there; else standard error says so.
+[[nodiscard]] bool console_endOutput();

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "console.h"
 #include "messages.h"
 #include "status.h"
 #include "tarnvelde_model.h"
@@ -51,5 +52,5 @@ int explain_execute(const std::string& name) {
                      messages_makePrintable(name).c_str());
         return EXIT_WRONG_USAGE;
     }
-    return EXIT_DONE;
+    return console_endOutput() ? EXIT_DONE : EXIT_ENGINE_ERROR;
 }

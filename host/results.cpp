@@ -7,6 +7,7 @@
 #include <cstdio>
 
 #include "characters.h"
+#include "console.h"
 #include "dates.h"
 #include "status.h"
 
@@ -106,9 +107,5 @@ int results_execute(const ResultsRequest& request) {
         std::fprintf(stderr, "tarnvelde: %s\n", results_makePrintable(error.what()).c_str());
         return EXIT_ENGINE_ERROR;
     }
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        std::fprintf(stderr, "tarnvelde: cannot write to standard output\n");
-        return EXIT_ENGINE_ERROR;
-    }
-    return EXIT_DONE;
+    return console_endOutput() ? EXIT_DONE : EXIT_ENGINE_ERROR;
 }

@@ -120,8 +120,13 @@ const char* verdict_getGradeName(int32_t grade) {
 
 // --- lines ---------------------------------------------------------------------------------------------------------
 
+/// Whether something went where nothing had come in: there is no error in % then.
+static bool isFromNowhere(const HostVerdict& verdict) {
+    return verdict.in == 0.0 && verdict.grade == TV_GRADE_RED;
+}
+
 static double getSize(const HostVerdict& verdict) {
-    return std::isfinite(verdict.error) ? std::fabs(verdict.error) : INFINITY;
+    return std::isfinite(verdict.error) && !isFromNowhere(verdict) ? std::fabs(verdict.error) : INFINITY;
 }
 
 /// The row of a part that is farthest off; null if the project has none.
@@ -139,6 +144,9 @@ static std::string formatError(const HostVerdict& verdict) {
     const std::string name = verdict.part + (verdict.pollutant.empty() ? "" : " of " + verdict.pollutant) + ' ';
     if (verdict.grade == TV_GRADE_NOTHING) {
         return name + "none came in";
+    }
+    if (isFromNowhere(verdict)) {
+        return name + "from nowhere " + verdict_getGradeName(verdict.grade);
     }
     char number[32];
     std::snprintf(number, sizeof number, "%.3f %%", verdict.error);

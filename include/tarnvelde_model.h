@@ -266,7 +266,8 @@ enum tv_grade {
     TV_GRADE_NOTHING = 0, /* nothing came in */
     TV_GRADE_GREEN = 1,   /* under 1 %: usual */
     TV_GRADE_AMBER = 2,   /* to 5 %: look where it comes from */
-    TV_GRADE_RED = 3      /* above, or no number: don't rely on the results before it is explained */
+    TV_GRADE_RED = 3      /* above, or no number, or nothing came in and something went: don't rely on the results before
+                             it is explained */
 };
 
 /* A row of the verdict. */
@@ -496,8 +497,9 @@ TV_API int32_t tv_restoreStateFile(tv_model* model, const char* path);
 TV_API int32_t tv_hotStart(tv_model* model, const void* bytes, size_t size);
 TV_API int32_t tv_hotStartFile(tv_model* model, const char* path);
 
-/* Makes a second model of a started one, in the same state, without report, results, callbacks. A project that was
- * opened from a file is read again: TV_ERROR_STATE_PROJECT if it has changed since. */
+/* Makes a second model of a started one, in the same state, without report, results, callbacks; it keeps rows and loads
+ * and tells warnings if that one does. A project that was opened from a file is read again: TV_ERROR_STATE_PROJECT if it
+ * has changed since. */
 TV_API int32_t tv_clone(const tv_model* model, tv_model** clone);
 
 #ifdef __cplusplus

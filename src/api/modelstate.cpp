@@ -6,6 +6,7 @@
 #include "api/modelhandle.h"
 #include "platform/files.h"
 #include "project/state.h"
+#include "routing/loadbook.h"
 
 static int32_t getCode(StateFault fault) {
     switch (fault) {
@@ -150,9 +151,11 @@ int32_t tv_clone(const tv_model* handle, tv_model** clone) {
         int32_t code = tv_create(&copy);
         if (code == TV_OK) {
             copy->keepsRows = handle->keepsRows;
+            copy->wantsWarnings = handle->wantsWarnings;
             code = openAgain(handle, copy);
         }
         if (code == TV_OK) {
+            copy->model->loadBook->isWanted = handle->model->loadBook->isKept;
             code = tv_start(copy, nullptr, nullptr);
         }
         if (code == TV_OK) {

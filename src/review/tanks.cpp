@@ -58,7 +58,11 @@ static void reviewEmptying(const Model& model, int32_t index, const Tank& tank) 
         flow += getFlow(model, model.links[link], tank.maxDepth);
         lowest = std::min(lowest, getLowest(model, model.links[link]));
     }
-    const double volume = tank_getVolume(model, tank, tank.maxDepth) - tank_getVolume(model, tank, lowest);
+    const double whole = tank_getVolume(model, tank, tank.maxDepth);
+    if (whole == 0.0) {
+        warnings_addAbout(model, WARN_TANK_VOLUME, NODE, index, model.nodes[index].id, {format(tank.maxDepth)});
+    }
+    const double volume = whole - tank_getVolume(model, tank, lowest);
     if (flow * dt > volume && volume > 0.0) {
         warnings_addAbout(model, WARN_STEP_TANK, NODE, index, model.nodes[index].id,
                           {format(dt), "at full depth its outlets take " + format(flow) + " m3/s of the " +
@@ -92,10 +96,26 @@ static void reviewLastStep(const Model& model, int32_t node, const Tank& tank, i
     }
 }
 
+/// Whether a pump has a flow somewhere between its shut-off depth and the full depth of its tank. Long curves are taken
+/// for such.
+static bool mayDeliver(const Model& model, const Tank& tank, const Link& link, const Pump& pump) {
+    static constexpr size_t MOST = 100;  ///< points that are looked at
+    const std::vector<CurvePoint>& points = model.curves[pump.curve].entries;
+    const auto delivers = [&](const CurvePoint& point) {
+        return point.x >= pump.shutoffDepth && point.x <= tank.maxDepth && point.y > 0.0;
+    };
+    return points.size() > MOST || getFlow(model, link, pump.shutoffDepth) > 0.0 ||
+           getFlow(model, link, tank.maxDepth) > 0.0 || std::any_of(points.begin(), points.end(), delivers);
+}
+
 static void reviewPump(const Model& model, int32_t node, const Tank& tank, int32_t index) {
     static constexpr double SHORTEST_CYCLE = 360.0;  ///< s, MIL-HDBK-1005/9A
     const Link& link = model.links[index];
     const Pump& pump = model.pumps[link.kindIndex];
+    if (pump.startupDepth < tank.maxDepth && !mayDeliver(model, tank, link, pump)) {
+        warnings_addAbout(model, WARN_PUMP_IDLE, LINK, index, link.id,
+                          {format(pump.shutoffDepth), format(tank.maxDepth)});
+    }
     if (!(pump.shutoffDepth > 0.0)) {
         return;
     }

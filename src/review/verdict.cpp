@@ -15,8 +15,9 @@
 
 static constexpr double AMBER_ERROR = 1.0, RED_ERROR = 5.0;  // %
 static constexpr size_t CAUSES_KEPT = 10;
-static constexpr double SMALLEST_SHARE = 0.01;  // of what all places miss
-static constexpr double ROUNDING = 1.0e-9;      // of what came in: below this a place misses nothing
+static constexpr double SMALLEST_SHARE = 0.01;     // of what all places miss
+static constexpr double ROUNDING = 1.0e-9;         // of what came in: below this a place misses nothing
+static constexpr double SMALLEST_AMOUNT = 1.0e-6;  // m3 or kg: less came from nowhere by rounding
 
 static int32_t getGrade(double in, double error) {
     if (in == 0.0) {
@@ -38,8 +39,29 @@ static double getSize(const VerdictCause& cause) {
     return std::fabs(balance_getMissing(cause.balance));
 }
 
+/// The report has no error where nothing came in. If something went all the same it came from nowhere.
+static void judgeNothing(Verdict& verdict, const std::vector<VerdictCause>& all) {
+    double sum = 0.0;
+    for (const VerdictCause& cause : all) {
+        sum += balance_getMissing(cause.balance);
+    }
+    if (verdict.grade == GRADE_NOTHING && std::fabs(sum) > SMALLEST_AMOUNT) {
+        verdict.missing = sum;
+        verdict.grade = GRADE_RED;
+    }
+}
+
+/// A place that misses something more than rounding. No number is none to compare.
+static void addCause(std::vector<VerdictCause>& causes, int32_t type, int32_t index, const Balance& balance) {
+    const double size = std::fabs(balance_getMissing(balance));
+    if (size > ROUNDING * (std::fabs(balance.initial) + std::fabs(balance.in)) && std::isfinite(size)) {
+        causes.push_back({type, index, balance, 0.0});
+    }
+}
+
 /// Keeps the largest causes, most first, of equal ones the first in the file.
 static void keepLargest(Verdict& verdict, std::vector<VerdictCause>&& all) {
+    judgeNothing(verdict, all);
     double sum = 0.0;
     for (const VerdictCause& cause : all) {
         sum += getSize(cause);
@@ -52,14 +74,6 @@ static void keepLargest(Verdict& verdict, std::vector<VerdictCause>&& all) {
             break;
         }
         verdict.causes.push_back(cause);
-    }
-}
-
-/// A place that misses something more than rounding. No number is none to compare.
-static void addCause(std::vector<VerdictCause>& causes, int32_t type, int32_t index, const Balance& balance) {
-    const double size = std::fabs(balance_getMissing(balance));
-    if (size > ROUNDING * (std::fabs(balance.initial) + std::fabs(balance.in)) && std::isfinite(size)) {
-        causes.push_back({type, index, balance, 0.0});
     }
 }
 

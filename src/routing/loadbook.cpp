@@ -38,6 +38,16 @@ static void openLoads(PlaceLoads& loads, int64_t count) {
     }
 }
 
+/// Takes off what a node counts by itself since the start of the run, which lies before a restored state.
+static void takeOffOwnLoads(const Model& model, PlaceLoads& nodes, int32_t node, int32_t p) {
+    Balance own{};
+    nodekinds_addOwnLoads(model, node, p, own);
+    const int64_t place = getPlace(model, node, p);
+    at(nodes.in, place) = -own.in;
+    at(nodes.out, place) = -own.out;
+    at(nodes.lost, place) = -own.lost;
+}
+
 void loadbook_open(Model& model) {
     LoadBook& book = *model.loadBook;
     book.isKept = book.isWanted && model_pollutantCount(model) > 0;
@@ -52,6 +62,7 @@ void loadbook_open(Model& model) {
     for (int32_t p = 0; p < pollutants; ++p) {
         for (int32_t k = 0; k < model.nodes.size(); ++k) {
             at(book.nodes.initial, getPlace(model, k, p)) = nodekinds_getStoredLoad(model, k, p);
+            takeOffOwnLoads(model, book.nodes, k, p);
         }
         for (int32_t k = 0; k < model.links.size(); ++k) {
             at(book.links.initial, getPlace(model, k, p)) =

@@ -153,6 +153,54 @@ TEST(ModelBalances, KeepingLoadsChangesNoResult) {
     EXPECT_EQ(getErrors(false), getErrors(true));
 }
 
+/// A stirred reactor that a pollutant decays in.
+static const char* const POND =
+    "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\nROUTING_STEP 0:01:00\n[POLLUTANTS]\nTSS 0\n"
+    "[JUNCTIONS]\nJ1\n[REACTORS]\nPOND CSTR O1 FLOW_CAPACITY 5200 900 750 60\n[OUTFALLS]\nO1\n"
+    "[CONNECTIONS]\nL1 J1 POND NO 0\nL2 POND O1 NO 0\n[INFLOWS]\nJ1 FLOW FLOW 0.02 \"\" 0\n"
+    "J1 CONCEN TSS 100 \"\" 0\n[REACTORS_DECAY]\nPOND TSS FIRST 1.7 \"\"\n";
+
+TEST(ModelBalances, LoadsBeginAnewBehindARestoredState) {
+    const TvModel model;
+    ASSERT_EQ(model.openText(POND), TV_OK);
+    ASSERT_EQ(tv_keepLoads(model, 1), TV_OK);
+    ASSERT_EQ(tv_start(model, nullptr, nullptr), TV_OK);
+    ASSERT_EQ(tv_runUntil(model, model.getClock().start + 0.5), TV_OK);
+    const int32_t pond = model.find(TV_NODE, "POND");
+    const tv_balance half = getBalance(model, TV_NODE, pond, 0);
+    EXPECT_GT(half.lost, 0.0);
+    EXPECT_NEAR(half.missing, 0.0, 1e-9);
+    size_t size = 0;
+    ASSERT_EQ(tv_getStateSize(model, &size), TV_OK);
+    std::vector<char> state(size);
+    ASSERT_EQ(tv_saveState(model, state.data(), state.size(), &size), TV_OK);
+    ASSERT_EQ(tv_restoreState(model, state.data(), size), TV_OK);
+    EXPECT_NEAR(getBalance(model, TV_NODE, pond, 0).lost, 0.0, 1e-12);
+    EXPECT_NEAR(getBalance(model, TV_NODE, pond, 0).initial, half.stored, 1e-9);
+    ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+    // As much comes in the second half as in the first.
+    EXPECT_NEAR(getBalance(model, TV_NODE, pond, 0).in, half.in, 1e-6);
+    EXPECT_NEAR(getBalance(model, TV_NODE, pond, 0).missing, 0.0, 1e-9);
+}
+
+TEST(ModelBalances, ACloneKeepsLoadsAndTellsWarningsAsItsModelDoes) {
+    for (const int32_t isWanted : {0, 1}) {
+        const TvModel model;
+        ASSERT_EQ(tv_setWarnings(model, isWanted), TV_OK);
+        ASSERT_EQ(model.openText(aDay(STEEP) + "[POLLUTANTS]\nTSS 0\n"), TV_OK);
+        ASSERT_EQ(tv_keepLoads(model, isWanted), TV_OK);
+        ASSERT_EQ(tv_start(model, nullptr, nullptr), TV_OK);
+        tv_model* clone = nullptr;
+        ASSERT_EQ(tv_clone(model, &clone), TV_OK);
+        tv_balance balance{};
+        EXPECT_EQ(tv_getBalance(clone, TV_LINK, 0, 0, &balance), isWanted ? TV_OK : TV_ERROR_KIND);
+        int32_t count = 0;
+        EXPECT_EQ(tv_getMessageCount(clone, &count), TV_OK);
+        EXPECT_EQ(count > 0, isWanted != 0);
+        EXPECT_EQ(tv_free(clone), TV_OK);
+    }
+}
+
 TEST(ModelBalances, RefusesWhatIsNotThere) {
     const TvModel model;
     tv_balance balance{};

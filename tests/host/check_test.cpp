@@ -214,3 +214,13 @@ TEST(HostCheck, NameOfTheProjectCantControlTheTerminal) {
     const ProcessResult result = runProgram({"check", folder.write("m\x1B[31m.inp", GOOD_PROJECT)});
     EXPECT_THAT(result.out, testing::EndsWith("m?[31m.inp: no errors\n"));
 }
+
+TEST(HostCheck, AnAnswerThatCantBeWrittenIsAnError) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    for (const std::string& arguments : {"check " + model, "check --json " + model, std::string("explain")}) {
+        const ProcessResult result =
+            process_run({"sh", "-c", std::string(TARNVELDE_PROGRAM) + ' ' + arguments + " >/dev/full"});
+        EXPECT_EQ(result.status, 1) << arguments;
+    }
+}

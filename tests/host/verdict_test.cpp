@@ -142,3 +142,22 @@ TEST(HostVerdict, ExplainTellsWhatAWarningMeans) {
     EXPECT_EQ(unknown.status, 2);
     EXPECT_THAT(unknown.err, HasSubstr("no warning W-nothing"));
 }
+
+TEST(HostVerdict, WhatCameFromNowhereIsRed) {
+    // One minute in five rains, which the balance of the land, at routing steps of five minutes, never sees.
+    TempFolder folder;
+    const std::string rain = "6:00 60 6:05 60 6:10 60 6:15 60";
+    const ProcessResult result =
+        runProgram({"run",
+                    folder.write("model.inp",
+                                 "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\nROUTING_STEP 0:05:00\n"
+                                 "RUNOFF_STEP 0:05:00\n[RAINGAGES]\nG1 INTENSITY 0:01:00 RAIN\n[SUBCATCHS]\n"
+                                 "S1 G1 O1 1 100 100 1 0.1 0.1 0.001 0.001 60 6 4 7 0\n[OUTFALLS]\nO1\n[TIMESERIES]\n"
+                                 "RAIN 2024/06/18 " +
+                                     rain + "\n"),
+                    "--strict", "--json"});
+    EXPECT_EQ(result.status, 3);
+    EXPECT_THAT(result.err, HasSubstr("continuity errors: runoff from nowhere red, flow 0.000 % green: don't rely on"));
+    EXPECT_THAT(result.err, testing::ContainsRegex("tarnvelde: -[0-9.]+ m3 of 0 m3 are in no account"));
+    EXPECT_THAT(result.out, HasSubstr("{\"part\": \"runoff\", \"in\": 0, \"missing\": -"));
+}

@@ -106,6 +106,16 @@ WARNING_CASE("W-capacity", aLine("1.09", "[CONDUITS]\nC1 J1 O1 NO 900 0.5 0.013 
 // --- tanks -----------------------------------------------------------------------------------------------------------
 
 WARNING_CASE("W-tank-start", aTownWith("SHAPE 4 0.2", "SHAPE 4 4.2"), aTown(), "TANK", "TANK");
+WARNING_CASE("W-tank-volume", aTownWith("TANK 0 250 5 250", "TANK 0 0 5 0"),
+             aTownWith("TANK 0 250 5 250", "TANK 0 0 5 9"), "TANK", "TANK");
+WARNING_CASE("W-pump-idle", aTownWith("0.3 0.03 4 0.04", "0.3 0 4 0"), aTownWith("0.3 0.03 4 0.04", "0.3 0 4 0.04"),
+             "U1", "U1");
+// A flow between depths without one.
+WARNING_CASE("W-pump-idle", aTownWith("0.3 0.03 4 0.04", "0.3 0 4 0"),
+             aTownWith("0.3 0.03 4 0.04", "0.3 0 1.1 0 2 0.04 3 0 4 0"), "U1", "U1");
+// A flow below the shut-off depth and above the rim alone.
+WARNING_CASE("W-pump-idle", aTownWith("0.3 0.03 4 0.04", "0.3 0.03 1 0 4 0 5 0.1"),
+             aTownWith("0.3 0.03 4 0.04", "0.3 0.03 1 0 3.9 0 5 0.1"), "U1", "U1");
 WARNING_CASE("W-outlet-high", aTownWith("1.8 6 3.2 0.4", "1.8 6 4 0.4"), aTown(), "W1", "W1");
 WARNING_CASE("W-outlet-high", aTownWith("OFF 1.5 1.1", "OFF 4.5 1.1"), aTown(), "U1", "U1");
 WARNING_CASE("W-outlet-high", aTownWith("0.61 0.5 0.3", "0.61 5.1 0.3"), aTown(), "O2", "O2");
