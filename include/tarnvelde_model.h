@@ -266,8 +266,7 @@ enum tv_grade {
     TV_GRADE_NOTHING = 0, /* nothing came in */
     TV_GRADE_GREEN = 1,   /* under 1 %: usual */
     TV_GRADE_AMBER = 2,   /* to 5 %: look where it comes from */
-    TV_GRADE_RED = 3      /* above, or no number, or nothing came in and something went: don't rely on the results before
-                             it is explained */
+    TV_GRADE_RED = 3      /* above, no number, or out of nothing: don't rely on the results before it is explained */
 };
 
 /* A row of the verdict. */
@@ -368,7 +367,8 @@ TV_API int32_t tv_getMessage(const tv_model* model, int32_t index, tv_message* m
 
 /* Warnings are messages of level TV_WARNING: what passes and yet can't be meant, when a project is opened, and what
  * goes wrong in a run. They change no result and no code, and stand in no report. Of one kind and severity 100 are told
- * with their place; of the rest the text of one more message has the number, "30 more of this kind". They are on at first; the next opening takes the choice. TV_ERROR_OPEN. */
+ * with their place; of the rest the text of one more message has the number, "30 more of this kind". They are on at
+ * first; the next opening takes the choice. TV_ERROR_OPEN. */
 TV_API int32_t tv_setWarnings(tv_model* model, int32_t isWanted);
 
 /* The list of kinds, the same for all models. */
@@ -498,8 +498,8 @@ TV_API int32_t tv_hotStart(tv_model* model, const void* bytes, size_t size);
 TV_API int32_t tv_hotStartFile(tv_model* model, const char* path);
 
 /* Makes a second model of a started one, in the same state, without report, results, callbacks; it keeps rows and loads
- * and tells warnings if that one does. A project that was opened from a file is read again: TV_ERROR_STATE_PROJECT if it
- * has changed since. */
+ * and tells warnings if that one does. A project that was opened from a file is read again: TV_ERROR_STATE_PROJECT if
+ * it has changed since. */
 TV_API int32_t tv_clone(const tv_model* model, tv_model** clone);
 
 #ifdef __cplusplus
