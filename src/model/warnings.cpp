@@ -214,11 +214,16 @@ void warnings_addAtLine(const Model& model, int32_t warning, int32_t word, const
     warnings_addAtLine(model, warning, WarningKinds[warning].severity, word, object, fills);
 }
 
+void warnings_addAbout(const Model& model, int32_t warning, int32_t severity, const ObjectKey& key, const char* object,
+                       WarningFills fills) {
+    if (warnings_isWanted(model) && takeOne(model.log->warnings, warning, severity)) {
+        tell(*model.log, warning, severity, findPlace(model, key.type, key.index), object, fills, 0.0);
+    }
+}
+
 void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
                        WarningFills fills) {
-    if (warnings_isWanted(model) && takeOne(model.log->warnings, warning)) {
-        tell(*model.log, warning, WarningKinds[warning].severity, findPlace(model, type, index), object, fills, 0.0);
-    }
+    warnings_addAbout(model, warning, WarningKinds[warning].severity, {type, index}, object, fills);
 }
 
 void warnings_addAtPlace(const Model& model, int32_t warning, const LinePlace& place, int32_t word, const char* object,

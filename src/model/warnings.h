@@ -61,6 +61,14 @@ void warnings_addAtLine(const Model& model, int32_t warning, int32_t severity, i
 void warnings_addAbout(const Model& model, int32_t warning, int32_t type, int32_t index, const char* object,
                        WarningFills fills = {});
 
+/// The same with a severity of the case's own.
+struct ObjectKey {
+    int32_t type;  ///< ObjectType
+    int32_t index;
+};
+void warnings_addAbout(const Model& model, int32_t warning, int32_t severity, const ObjectKey& key, const char* object,
+                       WarningFills fills);
+
 /// At a line that was read before.
 void warnings_addAtPlace(const Model& model, int32_t warning, const LinePlace& place, int32_t word, const char* object,
                          WarningFills fills = {});

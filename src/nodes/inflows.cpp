@@ -151,6 +151,9 @@ int32_t inflows_readExternal(Model& model, const Tokens& tokens) {
         return errors_setName(model, ERR_NUMBER, tokens[5]);
     }
     plausible_check(model, getBaselineRange(record.kind), record.baseline, 3, tokens[0]);
+    if (record.series >= 0 && record.scale == 0.0) {
+        warnings_addAtLine(model, WARN_FACTOR_ZERO, 5, tokens[0], {tokens[4]});
+    }
     return storeExternal(model, tokens, model.nodes[node], record);
 }
 

@@ -82,7 +82,10 @@ static std::optional<EmptyingState> findEmptying(const Model& model, const Condu
 static void reviewConduit(const Model& model, int32_t index, const Conduit& conduit) {
     const double dt = model.options.routingStep;
     if (const std::optional<EmptyingState> state = findEmptying(model, conduit, dt)) {
-        warnings_addAbout(model, WARN_STEP_CONDUIT, LINK, index, model.links[index].id,
+        // A conduit that empties only when it is nearly full may never do so.
+        const bool isSure = state->depth < 0.5 * getFullDepth(model, conduit);
+        warnings_addAbout(model, WARN_STEP_CONDUIT, isSure ? SEVERITY_SERIOUS : SEVERITY_WARNING, {LINK, index},
+                          model.links[index].id,
                           {warnings_formatNumber(dt), warnings_formatNumber(state->flow) + " m3/s",
                            warnings_formatNumber(conduit.length)});
     }

@@ -47,6 +47,9 @@ WARNING_CASE("W-record-wiped",
              aDay("[INFLOWS]\nJ1 MASS BOD 1 \"\" 0\nJ1 FLOW FLOW 1 \"\" 0\n[POLLUTANTS]\nBOD 0\n[JUNCTIONS]\nJ1\n"
                   "[OUTFALLS]\nO1\n[PIPES]\nP1 J1 O1 NO 300 3 0.2 0\n"),
              withInflows("J1 FLOW FLOW 0.2 \"\" 0\nJ1 MASS BOD 1 \"\" 0"), "J1", "FLOW");
+WARNING_CASE("W-factor-zero",
+             withInflows("J1 FLOW FLOW 0.2 S 0\n[TIMESERIES]\nS 2024/06/17 0:00 1 2024/06/20 0:00 1\n"),
+             withInflows("J1 FLOW FLOW 0.2 S 1\n[TIMESERIES]\nS 2024/06/17 0:00 1 2024/06/20 0:00 1\n"), "J1", "0");
 WARNING_CASE("W-loads-added", withInflows("J1 FLOW FLOW 0.2 \"\" 0\nJ1 MASS BOD 1 \"\" 0\nJ1 MASS BOD 1 \"\" 0"),
              withInflows("J1 FLOW FLOW 0.2 \"\" 0\nJ1 MASS BOD 1 \"\" 0\nJ1 MASS TSS 1 \"\" 0"), "J1", "BOD");
 WARNING_CASE("W-line-replaced", aPipe("[DWFS]\nJ1 FLOW 0.1 \"\"\nJ1 FLOW 0.1 \"\"\n"),
