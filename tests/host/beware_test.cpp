@@ -385,8 +385,8 @@ TEST(Beware, WarningsAndVerdictsAreThoseThatThePageNames) {
         const std::string name = entry.path().filename().string();
         TempFolder folder;
         const std::string model = folder.write(name, readFile(entry.path()));
-        const std::string row =
-            "| [" + name + "](beware/" + name + ") | " + describeRun(runProgram({"run", model, "--json"}).out) + " |\n";
+        std::string row = "| [" + name + "](beware/" + name;
+        row += ") | " + describeRun(runProgram({"run", model, "--json"}).out) + " |\n";
         EXPECT_NE(text.find(row), std::string::npos) << row;
         ++count;
     }

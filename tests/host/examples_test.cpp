@@ -192,7 +192,7 @@ static std::set<std::string> findWarnings(const std::string& text, const std::st
 TEST(Examples, WarnOfWhatTheTextBesideThemExplainsAndOfNothingElse) {
     int count = 0;
     for (const auto& entry : fs::recursive_directory_iterator(fs::path(TARNVELDE_SOURCE_DIR) / "examples")) {
-        const fs::path project = entry.path();
+        const fs::path& project = entry.path();
         // The models inside nodes of the coupled example are no projects of this engine.
         if (project.extension() != ".inp" || project.stem() == "oldtown" || project.stem() == "newtown") {
             continue;

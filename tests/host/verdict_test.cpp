@@ -114,7 +114,8 @@ TEST(HostVerdict, ManyOfAKindAreShownByAFewOfThem) {
     std::string project = STEEP;
     for (int k = 2; k <= 120; ++k) {
         const std::string n = std::to_string(k);
-        project += "[JUNCTIONS]\nJ" + n + "\n[CONDUITS]\nC" + n + " J" + n + " O1 NO 20 5 0.013 CIRCULAR 0.6\n";
+        project.append("[JUNCTIONS]\nJ").append(n).append("\n[CONDUITS]\nC").append(n).append(" J").append(n);
+        project += " O1 NO 20 5 0.013 CIRCULAR 0.6\n";
     }
     TempFolder folder;
     const std::string model = folder.write("model.inp", project);

@@ -18,7 +18,7 @@ static std::string aPumpedTank(const std::string& pumps, const std::string& rule
 static std::string repeatNumbered(int count, const std::string& front, const std::string& back) {
     std::string text;
     for (int k = 0; k < count; ++k) {
-        text += front + std::to_string(k) + back;
+        text.append(front).append(std::to_string(k)).append(back);
     }
     return text;
 }

@@ -34,7 +34,8 @@ TEST(WarningRest, ManyNotesHideNoWarning) {
     for (int k = 0; k < 120; ++k) {
         const std::string n = std::to_string(k);
         nodes += "J" + n + "\n";
-        conduits += "C" + n + " J" + n + " O1 NO 500 0.02 0.013 CIRCULAR 0.6\n";  // 0.02 % is unusual, 0.001 a doubt
+        conduits.append("C").append(n).append(" J").append(n);
+        conduits += " O1 NO 500 0.02 0.013 CIRCULAR 0.6\n";  // 0.02 % is unusual, 0.001 a doubt
     }
     const TvModel model;
     ASSERT_EQ(model.openText(aDay("[OUTFALLS]\nO1\n[JUNCTIONS]\nJ\n" + nodes + "[CONDUITS]\n" + conduits +

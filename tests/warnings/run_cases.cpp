@@ -50,7 +50,7 @@ RUN_WARNING_CASE("W-run-number", aSeries("nan"), aSeries("0.1"), "J1", "J1");
 /// The file of a model for the engine of SWMM nodes, one that refuses its steps or doesn't.
 static std::string makeModelFile(const std::string& name, const std::string& refusal) {
     static const TempFolder folder;
-    const std::string path = folder.file(name);
+    std::string path = folder.file(name);
     std::ofstream(path) << "units metric\nperiod 45461 0 45462 0\nstep 60\nnode IN\nnode OUT\nreach R IN OUT 0\n"
                         << refusal;
     return path;

@@ -66,9 +66,8 @@ TEST(SplitTokens, TellsWordsThatMayBeNoPlainNumbers) {
     for (const char* line : {"a 1 -2.5e3 +.5", "\"a b\" 10", "x0 0 1n", "// nan", ""}) {
         EXPECT_EQ(getOddities(line), 0) << line;
     }
-    for (const char* line : {"a nan 1", "Infinity", "-inf", "+NaN", "a 0x1p3", "a \"\" b", "2\xA0",
-                             "\xE2\x88\x92"
-                             "1"}) {
+    for (const char* line :
+         {"a nan 1", "Infinity", "-inf", "+NaN", "a 0x1p3", "a \"\" b", "2\xA0", "\xE2\x88\x92\x31"}) {
         EXPECT_EQ(getOddities(line), TOKENS_ODD) << line;
     }
     EXPECT_EQ(getOddities("a \"\" "), TOKENS_END_EMPTY);
