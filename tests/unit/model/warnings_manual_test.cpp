@@ -55,10 +55,15 @@ static std::string showRange(double low, double high) {
     return std::isinf(low) ? "up to " + showNumber(high) : showNumber(low) + " ... " + showNumber(high);
 }
 
-/// Two slips, for numbers too small and too large, are parted by a semicolon.
+/// Two slips, for numbers too small and too large, are parted by a semicolon; either may be missing.
 static std::string showSlip(const std::string& slip) {
     const size_t at = slip.find(';');
-    return at == std::string::npos ? slip : slip.substr(0, at) + "; or: " + slip.substr(at + 1);
+    if (at == std::string::npos) {
+        return slip;
+    }
+    const std::string small = slip.substr(0, at), large = slip.substr(at + 1);
+    return (small.empty() ? "" : "too small: " + small) + (small.empty() || large.empty() ? "" : "; ") +
+           (large.empty() ? "" : "too large: " + large);
 }
 
 static std::string makeRanges() {
