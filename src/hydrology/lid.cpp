@@ -119,34 +119,43 @@ static int32_t readSoil(Model& model, const Tokens& tokens, Lid& lid) {
     return ERR_NONE;
 }
 
-/// Of storage and pavement, the void ratio is voids per solids, kept as voids per whole.
-static double getVoidShare(double ratio) {
-    return ratio / (ratio + 1.0);
+/// Where the numbers of a porous layer go.
+struct PorousLayer {
+    double Lid::*depth;
+    double Lid::*voidShare;
+    double Lid::*rate;
+};
+
+/// Storage or pavement, whose numbers are left in `v`. The void ratio is voids per solids, kept as voids per whole.
+static int32_t readPorousLayer(Model& model, const Tokens& tokens, Lid& lid, const PorousLayer& layer, double (&v)[3]) {
+    if (const int32_t error = readNumbers(model, tokens, v, 3)) {
+        return error;
+    }
+    lid.*layer.depth = v[0] / MM_PER_M;
+    lid.*layer.voidShare = v[1] / (v[1] + 1.0);
+    lid.*layer.rate = v[2] / MM_PER_HOUR;
+    return ERR_NONE;
 }
 
 static int32_t readStorage(Model& model, const Tokens& tokens, Lid& lid) {
     double v[3];
-    if (const int32_t error = readNumbers(model, tokens, v, 3)) {
-        return error;
+    const int32_t error =
+        readPorousLayer(model, tokens, lid, {&Lid::storageDepth, &Lid::storageVoid, &Lid::storageRate}, v);
+    if (!error) {
+        checkLayer(model, lid, v, StorageRanges);
+        plausible_checkSet(model, PLAUSIBLE_SEEPAGE, v[2], 4, lid.name);
     }
-    checkLayer(model, lid, v, StorageRanges);
-    plausible_checkSet(model, PLAUSIBLE_SEEPAGE, v[2], 4, lid.name);
-    lid.storageDepth = v[0] / MM_PER_M;
-    lid.storageVoid = getVoidShare(v[1]);
-    lid.storageRate = v[2] / MM_PER_HOUR;
-    return ERR_NONE;
+    return error;
 }
 
 static int32_t readPavement(Model& model, const Tokens& tokens, Lid& lid) {
     double v[3];
-    if (const int32_t error = readNumbers(model, tokens, v, 3)) {
-        return error;
+    const int32_t error =
+        readPorousLayer(model, tokens, lid, {&Lid::pavementDepth, &Lid::pavementVoid, &Lid::pavementRate}, v);
+    if (!error) {
+        checkLayer(model, lid, v, PavementRanges);
     }
-    checkLayer(model, lid, v, PavementRanges);
-    lid.pavementDepth = v[0] / MM_PER_M;
-    lid.pavementVoid = getVoidShare(v[1]);
-    lid.pavementRate = v[2] / MM_PER_HOUR;
-    return ERR_NONE;
+    return error;
 }
 
 static int32_t readMat(Model& model, const Tokens& tokens, Lid& lid) {

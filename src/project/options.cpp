@@ -202,13 +202,17 @@ static int32_t readOption(Model& model, int32_t option, const char* key, const c
     }
 }
 
-int32_t options_read(Model& model, const char* key, const char* value) {
-    const int32_t option = tokens_findKeyword(key, OptionWords);
+/// Reads an option and holds it against what is usual.
+static int32_t readChecked(Model& model, int32_t option, const char* key, const char* value) {
     const int32_t error = readOption(model, option, key, value);
     if (!error) {
         checkNumber(model, option, key, value);
     }
     return error;
+}
+
+int32_t options_read(Model& model, const char* key, const char* value) {
+    return readChecked(model, tokens_findKeyword(key, OptionWords), key, value);
 }
 
 // --- lines ---------------------------------------------------------------------------------------------------------
@@ -244,9 +248,8 @@ int32_t options_readLine(Model& model, const Tokens& tokens) {
         }
         return ERR_NONE;
     }
-    const int32_t error = readOption(model, option, tokens[0], tokens[1]);
+    const int32_t error = readChecked(model, option, tokens[0], tokens[1]);
     if (!error) {
-        checkNumber(model, option, tokens[0], tokens[1]);
         reviewWords(model, tokens, option);
     }
     return error;

@@ -157,35 +157,19 @@ static int32_t findOwner(const Table<Record>& table, int32_t kind, int32_t row, 
     return at;
 }
 
-/// Tells of a depth beyond the last point of a curve.
-static void tellRange(const Model& model, int32_t type, int32_t index, const char* id, const char* what, double depth,
-                      const Curve& curve) {
-    warnings_addAbout(model, WARN_CURVE_RANGE, type, index, id,
-                      {std::string(what) + warnings_formatNumber(depth) + " m", curve.id,
-                       warnings_formatNumber(curve.entries.back().x) + " m"});
-}
-
-static void reviewTanks(const Model& model) {
+/// Objects of a kind whose depth lies beyond the last point of their curve. `type` is the class of the objects.
+template <class Record, class Object>
+static void reviewDepths(const Model& model, const Table<Record>& rows, double Record::*depth,
+                         const Table<Object>& objects, int32_t kind, int32_t type, const char* what) {
     int32_t at = 0;
-    for (int32_t row = 0; row < model.tanks.size(); ++row) {
-        const Tank& tank = model.tanks[row];
-        const Curve& curve = model.curves[tank.curve];
-        if (isBent(curve) && tank.maxDepth > curve.entries.back().x) {
-            const int32_t node = findOwner(model.nodes, TANK, row, at);
-            tellRange(model, NODE, node, model.nodes[node].id, "the full depth of ", tank.maxDepth, curve);
-        }
-    }
-}
-
-/// A pump runs above its shut-off depth alone.
-static void reviewPumps(const Model& model) {
-    int32_t at = 0;
-    for (int32_t row = 0; row < model.pumps.size(); ++row) {
-        const Pump& pump = model.pumps[row];
-        const Curve& curve = model.curves[pump.curve];
-        if (isBent(curve) && pump.shutoffDepth > curve.entries.back().x) {
-            const int32_t link = findOwner(model.links, PUMP, row, at);
-            tellRange(model, LINK, link, model.links[link].id, "the shut-off depth of ", pump.shutoffDepth, curve);
+    for (int32_t row = 0; row < rows.size(); ++row) {
+        const double deepest = rows[row].*depth;
+        const Curve& curve = model.curves[rows[row].curve];
+        if (isBent(curve) && deepest > curve.entries.back().x) {
+            const int32_t index = findOwner(objects, kind, row, at);
+            warnings_addAbout(model, WARN_CURVE_RANGE, type, index, objects[index].id,
+                              {what + warnings_formatNumber(deepest) + " m", curve.id,
+                               warnings_formatNumber(curve.entries.back().x) + " m"});
         }
     }
 }
@@ -205,7 +189,8 @@ static void reviewBeds(const Model& model) {
 void records_review(const Model& model) {
     reviewInflows(model);
     reviewPatterns(model);
-    reviewTanks(model);
-    reviewPumps(model);
+    reviewDepths(model, model.tanks, &Tank::maxDepth, model.nodes, TANK, NODE, "the full depth of ");
+    // A pump runs above its shut-off depth alone.
+    reviewDepths(model, model.pumps, &Pump::shutoffDepth, model.links, PUMP, LINK, "the shut-off depth of ");
     reviewBeds(model);
 }
