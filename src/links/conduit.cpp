@@ -400,14 +400,6 @@ static double getNormalFlow(const Model& model, const Conduit& conduit, double d
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
-/// Counts water (m3) that the conduit loses, and tells of the first.
-static void countEmptying(const Model& model, const Link& link, Conduit& conduit, double volume) {
-    if (conduit.statEmptiedVolume == 0.0 && volume > 0.0) {
-        warnings_addInRun(model, WARN_RUN_EMPTIED, LINK, link_getIndex(model, link), link.id);
-    }
-    conduit.statEmptiedVolume += volume;
-}
-
 void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
     const double dt = model.options.routingStep;
     const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
@@ -423,7 +415,9 @@ void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, co
     double flow = getNormalFlow(model, conduit, getDepth(model, conduit, volume, fullVolume));
     if (dt * flow > volume) {
         // More than the store holds: it runs dry and delivers nothing. The water, and the mass in it, is in no total.
-        countEmptying(model, link, conduit, volume);
+        if (volume > 0.0) {
+            warnings_addInRun(model, WARN_RUN_EMPTIED, LINK, link_getIndex(model, link), link.id);
+        }
         flow = 0.0;
         volume = 0.0;
     } else {

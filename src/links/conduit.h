@@ -37,7 +37,6 @@ struct Conduit {
     double newFlood;            ///< m3/s
     double statMaxDepth;        ///< m
     double statMaxVelocity;     ///< m/s
-    double statEmptiedVolume;   ///< m3, lost where the conduit emptied in a step
 };
 
 /// A line of [CONDUITS] for the row `link` of the links and the row `kindIndex` of the conduits. An error index, or 0.

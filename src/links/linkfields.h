@@ -212,7 +212,6 @@ void conduit_walk(V& v, Conduit& conduit, const Model& model) {
     v.state(NAMED(conduit.newFlood));
     v.total(NAMED(conduit.statMaxDepth));
     v.total(NAMED(conduit.statMaxVelocity));
-    v.total(NAMED(conduit.statEmptiedVolume));
 }
 
 template <class V>

@@ -59,7 +59,7 @@ static void openLinkStatistics(Model& model) {
         link.statFloodVolume = link.statMaxFlood = 0.0;
     }
     for (Conduit& conduit : model.conduits) {
-        conduit.statMaxDepth = conduit.statMaxVelocity = conduit.statEmptiedVolume = 0.0;
+        conduit.statMaxDepth = conduit.statMaxVelocity = 0.0;
     }
 }
 
