@@ -19,6 +19,7 @@ Model& defaultmodel_renew() {
     next->options = DefaultModel->options;
     next->clock = DefaultModel->clock;
     next->sinks = DefaultModel->sinks;
+    next->pace = DefaultModel->pace;
     DefaultModel.swap(next);
     return *DefaultModel;
 }

@@ -141,6 +141,7 @@ int32_t tarnvelde_setSplittedValue(const char* name, double value) {
     if (!node || value < 0.0) {
         return FAILURE;
     }
+    pace_noteNetworkChange(model.pace);
     Splitter& splitter = model.splitters[node->kindIndex];
     splitter.hostValue = splitter.mode == SPLIT_RATIO && value > 1.0 ? 1.0 : value;
     splitter.useHostValue = true;
@@ -153,6 +154,7 @@ int32_t tarnvelde_setTankDepth(const char* name, double depth) {
     if (!node) {
         return FAILURE;
     }
+    pace_noteNetworkChange(model.pace);
     model.tanks[node->kindIndex].newDepth = depth;
     return SUCCESS;
 }
@@ -163,6 +165,7 @@ int32_t tarnvelde_setReactorEmptyingValue(const char* name, double value) {
     if (!node || value < 0.0) {
         return FAILURE;
     }
+    pace_noteNetworkChange(model.pace);
     model.reactors[node->kindIndex].emptyingRate = value;
     return SUCCESS;
 }
@@ -190,6 +193,7 @@ int32_t tarnvelde_setPumpFlow(const char* name, double flow) {
         return FAILURE;
     }
     Pump& pump = model.pumps[link->kindIndex];
+    pace_noteNetworkChange(model.pace);
     pump.hostFlow = flow;
     pump.useHostFlow = true;
     return SUCCESS;
@@ -201,6 +205,7 @@ int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
     if (!link || value < 0.0) {
         return FAILURE;
     }
+    pace_noteNetworkChange(model.pace);
     Weir& weir = model.weirs[link->kindIndex];
     switch (which) {
         case 0:
@@ -223,6 +228,7 @@ int32_t tarnvelde_setSetting(const char* name, double value) {
         return FAILURE;
     }
     Link& link = model.links[index];
+    pace_noteNetworkChange(model.pace);
     link.isHostSetting = true;
     link.targetSetting = value;
     if (link.setting != value) {  // a zero keeps its sign
@@ -253,6 +259,7 @@ int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
         return FAILURE;
     }
     Link& link = model.links[index];
+    pace_noteNetworkChange(model.pace);
     link.newFlow = flow;
     if (link.kind == PIPE) {
         pipe_noteChange(model, index, link.kindIndex);

@@ -193,6 +193,7 @@ int32_t tarnvelde_setParam(int32_t object, const char* name, int32_t code, doubl
     if (!exists(parameter)) {
         return FAILURE;
     }
+    pace_noteChange(model.pace);
     write(parameter, object == OBJECT_CODE_SUBCATCH ? fromHost(code, value) : value);
     return getResult(object);
 }

@@ -32,6 +32,7 @@ struct tv_model {
     int32_t work = WORK_NONE;   ///< HandleWork
     bool keepsRows = false;
     bool wantsWarnings = true;
+    Pace pace;  ///< as the host has set it, for this model and the next
 
     // Where the project came from, for a clone.
     bool isFromText = false;

@@ -110,6 +110,7 @@ static Model& makeModel(tv_model* handle) {
     handle->log.warnings.isWanted = handle->wantsWarnings;
     handle->log.warnings.source = &model.files.input;
     model.engines = handle->engines;
+    model.pace = handle->pace;
     options_setDefaults(model);
     return model;
 }

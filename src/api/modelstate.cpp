@@ -132,6 +132,7 @@ int32_t tv_hotStartFile(tv_model* handle, const char* path) {
 /// Opens the project of a model in another one, which is closed.
 static int32_t openAgain(const tv_model* handle, tv_model* clone) {
     clone->engines = handle->engines;
+    clone->pace = handle->pace;
     return handle->isFromText
                ? tv_openText(clone, handle->source.data(), handle->source.size(), handle->folder.c_str(), nullptr)
                : tv_open(clone, handle->source.c_str(), nullptr);

@@ -244,11 +244,24 @@ int32_t testWhen(int32_t phase, const tv_variable& variable) {
     return (variable.when & now) != 0 ? TV_OK : TV_ERROR_NOT_NOW;
 }
 
+/// Says that a value was written. What the host holds of a gage is seen as the rain of the next step.
+void noteChange(Pace& pace, int32_t objectClass) {
+    switch (objectClass) {
+        case TV_GAGE: break;
+        case TV_NODE:
+        case TV_LINK: pace_noteNetworkChange(pace); break;
+        default: pace_noteChange(pace); break;
+    }
+}
+
 /// Sets the value of an object that has the variable, or only tests it.
 int32_t setValue(Model& model, const Variable& variable, int32_t index, int32_t pollutant, double value, bool isTrial) {
     const tv_variable& limits = variable.description;
     if (!std::isfinite(value) || value < limits.minimum || value > limits.maximum) {
         return TV_ERROR_RANGE;
+    }
+    if (!isTrial) {
+        noteChange(model.pace, limits.objectClass);
     }
     return variable.set(model, index, pollutant, value, isTrial);
 }
@@ -380,6 +393,7 @@ int32_t tv_releaseValue(tv_model* handle, int32_t variable, int32_t index, int32
         if (!entry.read(model, index, pollutant, present)) {
             return TV_ERROR_KIND;
         }
+        noteChange(model.pace, entry.description.objectClass);
         return entry.release(model, index, pollutant);
     });
 }

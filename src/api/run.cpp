@@ -109,6 +109,7 @@ int32_t run_start(Model& model, int32_t sinks) {
         return refuseCall(model);
     }
     model.clock.elapsedDays = 0.0;
+    pace_noteChange(model.pace);
     runoff_resetClock(model);
     routing_resetClock(model);
     model.sinks = sinks;

@@ -71,6 +71,7 @@ struct Model {
     CurrentError error{};
     MessageLog* log{};  ///< of the host, or null
     bool isSilent{};    ///< says nothing on standard output
+    Pace pace;
     bool isOpen{};
     bool isStarted{};
 

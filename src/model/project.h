@@ -223,5 +223,27 @@ struct HostRequests {
     std::vector<SwmmRequest> swmmLoads;
 };
 
+/// How the steps of a model are worked out. Nothing of it can be seen in any result. The counts move on whenever
+/// somebody else than a step may have written to the land or to the network: a start, a host, a restored state. What an
+/// object has found out about itself and keeps - that it rests, a power - holds as long as they stand.
+struct Pace {
+    int32_t threadCount = 1;  ///< that share the work on the land and on the rows of results
+    bool isPlain = false;     ///< works out every step of every object, also where nothing can change
+    uint64_t landChanges = 1;
+    uint64_t networkChanges = 1;
+};
+
+/// Says that somebody may have written to the land, to the network or to both.
+inline void pace_noteLandChange(Pace& pace) {
+    ++pace.landChanges;
+}
+inline void pace_noteNetworkChange(Pace& pace) {
+    ++pace.networkChanges;
+}
+inline void pace_noteChange(Pace& pace) {
+    ++pace.landChanges;
+    ++pace.networkChanges;
+}
+
 /// Below this rate, m/s, there is no rain and no runoff.
 constexpr double DRY_RATE = 7.056e-10;

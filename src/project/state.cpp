@@ -255,6 +255,7 @@ static StateFault restore(Model& model, const void* bytes, size_t size, StateOri
     rule_forgetChoice(model);
     HostRequests passedOver;
     (void)readFields<READ_WRITE, IS_HOT>(model, bytes, size, context, passedOver);
+    pace_noteChange(model.pace);
     if (!IS_HOT) {
         std::swap(model.requests, requests);
     }

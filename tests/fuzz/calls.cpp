@@ -168,6 +168,8 @@ void Play::move(tv_model*& model, uint8_t what) {
         case 11:
             expect(tv_keepLoads(model, source.byte() & 1));
             expect(tv_setWarnings(model, source.byte() & 3));
+            expect(tv_setSkipping(model, source.byte() & 1));
+            expect(tv_setThreads(model, source.byte() & 3));
             break;
         default:
             if (source.byte() % 4 == 0) {
