@@ -63,6 +63,10 @@ void lidgroup_initAll(Model& model);
 /// New becomes old, for the units of a subcatchment at the start of a runoff step.
 void lidgroup_shiftState(Model& model, int32_t subcatch);
 
+/// Whether all units of a subcatchment rest; and their waking.
+[[nodiscard]] bool lidgroup_isAtRest(const Model& model, int32_t subcatch);
+void lidgroup_wake(Model& model, int32_t subcatch);
+
 /// All units of a subcatchment over one runoff step (s), whose water they add to `volumes`. Their pollutants react by
 /// an hour of the day.
 void lidgroup_step(Model& model, int32_t subcatch, RunoffVolumes& volumes, int32_t hour, double dt);

@@ -12,6 +12,7 @@
 
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
+#include "hydrology/landrest.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/washoff.h"
 #include "model/arena.h"
@@ -145,18 +146,53 @@ RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double
     setQuality(model, subcatch, dt);
 }
 
-static void advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt) {
+/// One subcatchment over a step; how far it has come to rest.
+static LandPace advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt, LandBefore& before) {
     Subcatch& subcatch = model.subcatches[index];
+    const bool isStill = landrest_isStill(model, index);
+    if (isStill) {
+        landrest_keep(model, subcatch, before);
+    }
+    subcatch_shiftState(model, subcatch);
+    lidgroup_shiftState(model, index);
     if (subcatch.area == 0.0) {
-        return;
+        return LAND_AWAKE;
     }
     const RunoffVolumes volumes = runoff_stepWater(model, index, hour, dt);
-    if (subcatch.thisRunoff / subcatch.area < DRY_RATE) {
-        washoff_growBuildup(model, subcatch, dt);
-    }
     if (model_pollutantCount(model) > 0) {
         stepQuality(model, index, volumes, dt);
     }
+    const bool isSame = isStill && landrest_isAsBefore(model, subcatch, before);
+    // Either the land sheds, which takes from the buildup, or the buildup grows.
+    if (!(subcatch.thisRunoff / subcatch.area < DRY_RATE)) {
+        return LAND_AWAKE;
+    }
+    const bool grows = washoff_growBuildup(model, subcatch, dt);
+    return !isSame ? LAND_AWAKE : grows ? LAND_GROWING : LAND_RESTING;
+}
+
+/// Whether one of them came to rest.
+static bool advanceAwake(Model& model, int32_t hour, double dt) {
+    LandRest& rest = *model.landRest;
+    LandBefore before;
+    bool hasChanged = false;
+    for (const int32_t index : rest.awake) {
+        rest.paces[index] = advanceSubcatch(model, index, hour, dt, before);
+        hasChanged = hasChanged || rest.paces[index] != LAND_AWAKE;
+    }
+    return hasChanged;
+}
+
+static bool growBuildup(Model& model, double dt) {
+    LandRest& rest = *model.landRest;
+    bool hasChanged = false;
+    for (const int32_t index : rest.growing) {
+        if (!washoff_growBuildup(model, model.subcatches[index], dt)) {
+            rest.paces[index] = LAND_RESTING;
+            hasChanged = true;
+        }
+    }
+    return hasChanged;
 }
 
 void runoff_advance(Model& model) {
@@ -169,12 +205,12 @@ void runoff_advance(Model& model) {
     model.clock.oldRunoffTime = model.clock.newRunoffTime;
     const double next = model.clock.newRunoffTime + model.options.runoffStep * MS_PER_SECOND;
     model.clock.newRunoffTime = next > model.options.totalDuration ? model.options.totalDuration : next;
-    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
-        subcatch_shiftState(model, model.subcatches[k]);
-        lidgroup_shiftState(model, k);
-    }
     const int32_t hour = datetime_getHour(model_getDate(model, model.clock.newRunoffTime));
-    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
-        advanceSubcatch(model, k, hour, model.options.runoffStep);
+    const double dt = model.options.runoffStep;
+    landrest_prepare(model, dt);
+    landrest_passDryTime(model, dt);
+    const bool hasGrown = growBuildup(model, dt);
+    if (advanceAwake(model, hour, dt) || hasGrown) {
+        landrest_list(model);
     }
 }

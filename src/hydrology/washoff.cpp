@@ -29,7 +29,8 @@ void washoff_initBuildup(const Model& model, Subcatch& subcatch) {
     }
 }
 
-void washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt) {
+bool washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt) {
+    bool grows = false;
     for (int32_t l = 0; l < model.landuses.size(); ++l) {
         const Landuse& landuse = model.landuses[l];
         LandShare& share = subcatch.landShares[l];
@@ -42,11 +43,13 @@ void washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt) {
             double grown = landuse_getBuildup(landuse.buildup[p], area, old, dt);
             grown = grown < old ? old : grown;
             share.buildup[p] = grown;
+            grows = grows || grown != old;
             if (landuse.washoff[p].usesBuildup) {
                 subcatch.surfaceBuildup[p] += grown - old;
             }
         }
     }
+    return grows;
 }
 
 // --- washoff -------------------------------------------------------------------------------------------------------

@@ -35,6 +35,8 @@ struct Lid;
 struct LidGroup;
 struct LidMono;
 struct LidUnit;
+struct LandRest;
+struct LidRest;
 struct LoadBook;
 struct MessageLog;
 struct Orifice;
@@ -91,6 +93,8 @@ struct Model {
     Table<LidGroup> lidGroups;  ///< one per subcatchment
     Table<LidUnit> lidUnits;    ///< of all subcatchments, in the order of their lines
     RoomState<EvapRecord> evap;
+    RoomState<LandRest> landRest;
+    RoomState<LidRest> lidRest;
 
     Table<Node> nodes;
     Table<Tank> tanks;

@@ -1,0 +1,57 @@
+#pragma once
+// Land at rest. In dry weather the land comes to a point where a step leaves it bit for bit as it was. A step is a
+// function of the state, of what is put in and of the parameters, and of nothing else; so the next one will do the
+// same, as long as what is put in and the parameters stay. Such land isn't stepped any more until something changes.
+
+#include <cstdint>
+#include <vector>
+
+#include "hydrology/subcatch.h"
+#include "model/table.h"
+
+struct Model;
+
+/// How far a subcatchment has come to rest.
+enum LandPace : uint8_t {
+    LAND_AWAKE,    ///< each step is worked out
+    LAND_GROWING,  ///< nothing changes but the buildup
+    LAND_RESTING   ///< nothing changes
+};
+
+/// What rests, and under which conditions it came to rest. It is worked out anew by whoever finds others.
+struct LandRest {
+    Table<uint8_t> paces;    ///< LandPace, by subcatchment
+    Table<int32_t> awake;    ///< subcatchments by pace, in their order
+    Table<int32_t> growing;  ///< likewise
+    Table<uint8_t> isWet;    ///< by gage: it rained in the last step
+    uint64_t changes = 0;    ///< Pace::landChanges; 0 where nothing is known
+    double evapRate = 0.0;   ///< m/s
+    double dt = 0.0;         ///< s
+};
+
+/// A subcatchment as it was before a step.
+struct LandBefore {
+    Subcatch record;
+    std::vector<double> arrays;
+};
+
+/// Looks at rain, evaporation and changes ahead of a runoff step of `dt` (s), wakes what they concern, and lists what
+/// is awake.
+void landrest_prepare(Model& model, double dt);
+
+/// The dry time of the LID units goes on where nothing else is stepped.
+void landrest_passDryTime(Model& model, double dt);
+
+/// Lists anew what is awake, after a step in which something came to rest.
+void landrest_list(Model& model);
+
+/// Whether a subcatchment may come to rest in the step that begins now: it is dry, and so are its LID units.
+[[nodiscard]] bool landrest_isStill(const Model& model, int32_t subcatch);
+
+/// Keeps a subcatchment as it is ahead of a step; whether it is the same again behind it, but for the buildup.
+void landrest_keep(const Model& model, const Subcatch& subcatch, LandBefore& before);
+[[nodiscard]] bool landrest_isAsBefore(const Model& model, const Subcatch& subcatch, const LandBefore& before);
+
+/// Whether all subcatchments that aren't listed as awake rest in the conditions of the last step: then they give the
+/// network nothing, and add nothing to any sum. Whoever has changed the land since makes it doubtful.
+[[nodiscard]] bool landrest_isKnown(const Model& model);
