@@ -119,7 +119,8 @@ bool landrest_isStill(const Model& model, int32_t index) {
     return lidgroup_isAtRest(model, index);
 }
 
-/// The arrays that live as long as the project stand one behind the other, and so do the statistics (subcatch.cpp).
+/// The arrays that live as long as the project stand one behind the other, and so do the statistics (subcatch.cpp). Of
+/// the buildups, which stand elsewhere, the rest takes no notice.
 struct ArrayCounts {
     int64_t own;
     int64_t statistics;
@@ -127,8 +128,7 @@ struct ArrayCounts {
 
 static ArrayCounts getCounts(const Model& model, const Subcatch& subcatch) {
     const int64_t pollutants = model_pollutantCount(model);
-    const int64_t landuses = model.landuses.size();
-    return {pollutants * (6 + landuses), subcatch.initBuildup ? 6 * pollutants : 0};
+    return {pollutants * 6, subcatch.initBuildup ? 6 * pollutants : 0};
 }
 
 void landrest_keep(const Model& model, const Subcatch& subcatch, LandBefore& before) {

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "hydrology/buildup.h"
 #include "hydrology/subcatch.h"
 #include "model/table.h"
 
@@ -18,6 +19,21 @@ enum LandPace : uint8_t {
     LAND_RESTING   ///< nothing changes
 };
 
+/// A subcatchment as it was before a step.
+struct LandBefore {
+    Subcatch record;
+    std::vector<double> arrays;
+};
+
+/// What whoever steps a part of the land works with.
+struct LandWork {
+    LandBefore before;
+    std::vector<int32_t> dry;    ///< subcatchments whose buildup grows in this step
+    std::vector<uint8_t> grows;  ///< by place in a list
+    BuildupScratch buildup;
+    bool hasChanged = false;  ///< something came to rest
+};
+
 /// What rests, and under which conditions it came to rest. It is worked out anew by whoever finds others.
 struct LandRest {
     Table<uint8_t> paces;    ///< LandPace, by subcatchment
@@ -27,12 +43,7 @@ struct LandRest {
     uint64_t changes = 0;    ///< Pace::landChanges; 0 where nothing is known
     double evapRate = 0.0;   ///< m/s
     double dt = 0.0;         ///< s
-};
-
-/// A subcatchment as it was before a step.
-struct LandBefore {
-    Subcatch record;
-    std::vector<double> arrays;
+    LandWork work;
 };
 
 /// Looks at rain, evaporation and changes ahead of a runoff step of `dt` (s), wakes what they concern, and lists what

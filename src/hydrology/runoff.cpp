@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "hydrology/buildup.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landrest.h"
@@ -146,8 +147,8 @@ RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double
     setQuality(model, subcatch, dt);
 }
 
-/// One subcatchment over a step; how far it has come to rest.
-static LandPace advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt, LandBefore& before) {
+/// One subcatchment over a step, all but its buildup. Whether nothing has changed.
+static bool advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt, LandBefore& before) {
     Subcatch& subcatch = model.subcatches[index];
     const bool isStill = landrest_isStill(model, index);
     if (isStill) {
@@ -156,43 +157,58 @@ static LandPace advanceSubcatch(Model& model, int32_t index, int32_t hour, doubl
     subcatch_shiftState(model, subcatch);
     lidgroup_shiftState(model, index);
     if (subcatch.area == 0.0) {
-        return LAND_AWAKE;
+        return false;
     }
     const RunoffVolumes volumes = runoff_stepWater(model, index, hour, dt);
     if (model_pollutantCount(model) > 0) {
         stepQuality(model, index, volumes, dt);
     }
-    const bool isSame = isStill && landrest_isAsBefore(model, subcatch, before);
-    // Either the land sheds, which takes from the buildup, or the buildup grows.
-    if (!(subcatch.thisRunoff / subcatch.area < DRY_RATE)) {
-        return LAND_AWAKE;
-    }
-    const bool grows = washoff_growBuildup(model, subcatch, dt);
-    return !isSame ? LAND_AWAKE : grows ? LAND_GROWING : LAND_RESTING;
+    return isStill && landrest_isAsBefore(model, subcatch, before);
 }
 
-/// Whether one of them came to rest.
-static bool advanceAwake(Model& model, int32_t hour, double dt) {
-    LandRest& rest = *model.landRest;
-    LandBefore before;
-    bool hasChanged = false;
-    for (const int32_t index : rest.awake) {
-        rest.paces[index] = advanceSubcatch(model, index, hour, dt, before);
-        hasChanged = hasChanged || rest.paces[index] != LAND_AWAKE;
-    }
-    return hasChanged;
+/// Either a subcatchment sheds, which takes from its buildup, or the buildup grows.
+static bool isDry(const Subcatch& subcatch) {
+    return subcatch.area != 0.0 && subcatch.thisRunoff / subcatch.area < DRY_RATE;
 }
 
-static bool growBuildup(Model& model, double dt) {
+/// The part of the awake land between two places of its list. Lists what is dry.
+static void advanceBlock(Model& model, int32_t hour, double dt, int32_t first, int32_t end, LandWork& work) {
     LandRest& rest = *model.landRest;
-    bool hasChanged = false;
-    for (const int32_t index : rest.growing) {
-        if (!washoff_growBuildup(model, model.subcatches[index], dt)) {
-            rest.paces[index] = LAND_RESTING;
-            hasChanged = true;
+    work.dry.clear();
+    for (int32_t k = first; k < end; ++k) {
+        const int32_t index = rest.awake[k];
+        const bool isSame = advanceSubcatch(model, index, hour, dt, work.before);
+        if (isDry(model.subcatches[index])) {
+            work.dry.push_back(index);
+            rest.paces[index] = isSame ? LAND_GROWING : LAND_AWAKE;
+            work.hasChanged = work.hasChanged || isSame;
         }
     }
-    return hasChanged;
+}
+
+/// Buildup of so many subcatchments, of which those at rest otherwise come to rest for good where it doesn't grow.
+static void growBlock(Model& model, const int32_t* subcatches, int32_t count, LandWork& work) {
+    LandRest& rest = *model.landRest;
+    work.grows.resize(static_cast<size_t>(count));
+    buildup_grow(model, subcatches, count, work.grows.data(), work.buildup);
+    for (int32_t k = 0; k < count; ++k) {
+        if (!work.grows[static_cast<size_t>(k)] && rest.paces[subcatches[k]] == LAND_GROWING) {
+            rest.paces[subcatches[k]] = LAND_RESTING;
+            work.hasChanged = true;
+        }
+    }
+}
+
+static void advanceLand(Model& model, int32_t hour, double dt) {
+    LandRest& rest = *model.landRest;
+    LandWork& work = rest.work;
+    work.hasChanged = false;
+    growBlock(model, rest.growing.data(), rest.growing.size(), work);
+    advanceBlock(model, hour, dt, 0, rest.awake.size(), work);
+    growBlock(model, work.dry.data(), static_cast<int32_t>(work.dry.size()), work);
+    if (work.hasChanged) {
+        landrest_list(model);
+    }
 }
 
 void runoff_advance(Model& model) {
@@ -209,8 +225,6 @@ void runoff_advance(Model& model) {
     const double dt = model.options.runoffStep;
     landrest_prepare(model, dt);
     landrest_passDryTime(model, dt);
-    const bool hasGrown = growBuildup(model, dt);
-    if (advanceAwake(model, hour, dt) || hasGrown) {
-        landrest_list(model);
-    }
+    buildup_prepare(model, dt);
+    advanceLand(model, hour, dt);
 }

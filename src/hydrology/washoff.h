@@ -8,10 +8,6 @@ struct Model;
 /// Buildup of a subcatchment at the start of a run, and its sum into the balance.
 void washoff_initBuildup(const Model& model, Subcatch& subcatch);
 
-/// Buildup of a dry runoff step (s). Whether it grew: what once didn't will not do so in the next step of that length
-/// either, since nothing else than the buildup itself goes into it.
-bool washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt);
-
 /// Washoff of the land uses at a runoff rate (m/s) in one runoff step (s).
 void washoff_washLand(const Model& model, Subcatch& subcatch, double rate, double dt);
 

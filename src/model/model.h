@@ -21,6 +21,7 @@
 
 struct ActionList;
 struct BinaryResults;
+struct BuildupRules;
 struct ChangedPipe;
 struct Conduit;
 struct Connection;
@@ -93,6 +94,7 @@ struct Model {
     Table<LidGroup> lidGroups;  ///< one per subcatchment
     Table<LidUnit> lidUnits;    ///< of all subcatchments, in the order of their lines
     RoomState<EvapRecord> evap;
+    RoomState<BuildupRules> buildupRules;
     RoomState<LandRest> landRest;
     RoomState<LidRest> lidRest;
 

@@ -7,6 +7,7 @@
 #include "coupling/coupled.h"
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
+#include "hydrology/buildup.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
 #include "hydrology/landrest.h"
