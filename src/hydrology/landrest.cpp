@@ -1,15 +1,19 @@
-// Land at rest: who found nothing to do, and who wakes it. A subcatchment passes through three paces,
+// Land at rest: who found nothing to do, and who wakes it. The water of a subcatchment passes through three paces,
 //
-//     awake ---(a dry step changed nothing but the buildup)---> growing   runoff_advance
-//     growing --(the buildup of no pollutant grows any more)--> resting   runoff_advance
-//     growing, resting --(rain at its gage)-------------------> awake     landrest_prepare
-//     all --(evaporation, the step, a host, a restored state)-> awake     landrest_prepare
+//     awake --(a dry step changed nothing)-----------------------------> resting        landrest_judge
+//     awake --(likewise, but for the drying of its LID units)----------> drying         landrest_judge
+//     drying --(a LID unit has dried out)------------------------------> awake          runoff_advance
+//     drying, resting --(rain at its gage)-----------------------------> awake          landrest_prepare
+//     all --(evaporation, another step, a host, a restored state)------> awake          landrest_prepare
+//
+// and beside it its buildup goes on until that of no pollutant grows any more.
 //
 // Why nothing is lost. In the last step that was worked out rain, ponded water, runoff and the time on Horton's curve
 // were 0, and every number of the subcatchment, its sums included, came out as it went in. The next step begins with
 // the same numbers, rain, evaporation and parameters, so it ends with them as well. What it gives to the network is a
 // runoff of 0 with concentrations of 0: sums begin at 0 and add up from there, so none is -0, and 0 changes none of
-// them. The buildup alone depends on how long it has grown; it is read by no law while nothing runs off.
+// them. The buildup alone depends on how long it has grown; it is read by no law while nothing runs off. Of the water
+// of a subcatchment whose LID units dry, their evaporation alone is worked out.
 //
 // Of a LID unit the dry time goes on, which only the drain of a barrel reads (room lidrest).
 
@@ -38,11 +42,17 @@ static bool areSame(const double* a, const double* b, int64_t count) {
 void landrest_list(Model& model) {
     LandRest& rest = *model.landRest;
     rest.awake.clear();
+    rest.drying.clear();
     rest.growing.clear();
     for (int32_t k = 0; k < rest.paces.size(); ++k) {
         if (rest.paces[k] == LAND_AWAKE) {
             rest.awake.push_back(k);
-        } else if (rest.paces[k] == LAND_GROWING) {
+            continue;
+        }
+        if (rest.paces[k] == LAND_DRYING) {
+            rest.drying.push_back(k);
+        }
+        if (rest.grows[k]) {
             rest.growing.push_back(k);
         }
     }
@@ -57,9 +67,11 @@ bool landrest_isKnown(const Model& model) {
 static void wakeAll(Model& model) {
     LandRest& rest = *model.landRest;
     const int32_t count = model.subcatches.size();
-    rest.awake.reserve(count);
-    rest.growing.reserve(count);
+    for (Table<int32_t>* list : {&rest.awake, &rest.drying, &rest.growing}) {
+        list->reserve(count);
+    }
     rest.paces.fill(count, LAND_AWAKE);
+    rest.grows.fill(count, 1);
     lidrest_wakeAll(model);
     rest.isWet.fill(model.gages.size(), 0);
     rest.changes = model.pace.landChanges;
@@ -82,6 +94,7 @@ static void wakeWet(Model& model) {
         const int32_t gage = model.subcatches[k].gage;
         if (gage >= 0 && rest.isWet[gage]) {
             rest.paces[k] = LAND_AWAKE;
+            rest.grows[k] = 1;
             lidgroup_wake(model, k);
         }
     }
@@ -102,7 +115,7 @@ void landrest_prepare(Model& model, double dt) {
 
 void landrest_passDryTime(Model& model, double dt) {
     for (LidUnit& unit : model.lidUnits) {
-        if (model.landRest->paces[unit.subcatch] != LAND_AWAKE) {
+        if (model.landRest->paces[unit.subcatch] == LAND_RESTING) {
             unit.dryTime += dt;
         }
     }
@@ -116,7 +129,7 @@ bool landrest_isStill(const Model& model, int32_t index) {
         s.infilState.time != 0.0 || (s.gage >= 0 && !areSame(model.gages[s.gage].rain, 0.0))) {
         return false;
     }
-    return lidgroup_isAtRest(model, index);
+    return lidgroup_getPace(model, index) != LID_AWAKE;
 }
 
 /// The arrays that live as long as the project stand one behind the other, and so do the statistics (subcatch.cpp). Of
@@ -138,10 +151,19 @@ void landrest_keep(const Model& model, const Subcatch& subcatch, LandBefore& bef
     before.arrays.insert(before.arrays.end(), subcatch.initBuildup, subcatch.initBuildup + counts.statistics);
 }
 
-bool landrest_isAsBefore(const Model& model, const Subcatch& subcatch, const LandBefore& before) {
+LandPace landrest_judge(const Model& model, int32_t index, LandBefore& before) {
+    const Subcatch& subcatch = model.subcatches[index];
     const ArrayCounts counts = getCounts(model, subcatch);
-    const char* now = reinterpret_cast<const char*>(&subcatch);
-    return std::memcmp(now, reinterpret_cast<const char*>(&before.record), sizeof subcatch) == 0 &&
-           areSame(subcatch.initialLoad, before.arrays.data(), counts.own) &&
-           areSame(subcatch.initBuildup, before.arrays.data() + counts.own, counts.statistics);
+    const LidPace units = lidgroup_getPace(model, index);
+    if (units == LID_DRYING) {
+        before.record.evapRate = subcatch.evapRate;
+    }
+    const bool isSame = std::memcmp(reinterpret_cast<const char*>(&subcatch),
+                                    reinterpret_cast<const char*>(&before.record), sizeof subcatch) == 0 &&
+                        areSame(subcatch.initialLoad, before.arrays.data(), counts.own) &&
+                        areSame(subcatch.initBuildup, before.arrays.data() + counts.own, counts.statistics);
+    if (!isSame || units == LID_AWAKE) {
+        return LAND_AWAKE;
+    }
+    return units == LID_DRYING ? LAND_DRYING : LAND_RESTING;
 }

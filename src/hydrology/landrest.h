@@ -12,11 +12,11 @@
 
 struct Model;
 
-/// How far a subcatchment has come to rest.
+/// How far the water of a subcatchment has come to rest.
 enum LandPace : uint8_t {
-    LAND_AWAKE,    ///< each step is worked out
-    LAND_GROWING,  ///< nothing changes but the buildup
-    LAND_RESTING   ///< nothing changes
+    LAND_AWAKE,   ///< each step is worked out
+    LAND_DRYING,  ///< nothing happens but that the soils of its LID units dry
+    LAND_RESTING  ///< nothing changes
 };
 
 /// A subcatchment as it was before a step.
@@ -37,8 +37,10 @@ struct LandWork {
 /// What rests, and under which conditions it came to rest. It is worked out anew by whoever finds others.
 struct LandRest {
     Table<uint8_t> paces;    ///< LandPace, by subcatchment
+    Table<uint8_t> grows;    ///< by subcatchment: its buildup may still grow
     Table<int32_t> awake;    ///< subcatchments by pace, in their order
-    Table<int32_t> growing;  ///< likewise
+    Table<int32_t> drying;   ///< likewise
+    Table<int32_t> growing;  ///< that aren't awake, and whose buildup grows
     Table<uint8_t> isWet;    ///< by gage: it rained in the last step
     uint64_t changes = 0;    ///< Pace::landChanges; 0 where nothing is known
     double evapRate = 0.0;   ///< m/s
@@ -56,12 +58,13 @@ void landrest_passDryTime(Model& model, double dt);
 /// Lists anew what is awake, after a step in which something came to rest.
 void landrest_list(Model& model);
 
-/// Whether a subcatchment may come to rest in the step that begins now: it is dry, and so are its LID units.
+/// Whether a subcatchment may come to rest in the step that begins now: it is dry, and none of its LID
+/// units is awake.
 [[nodiscard]] bool landrest_isStill(const Model& model, int32_t subcatch);
 
-/// Keeps a subcatchment as it is ahead of a step; whether it is the same again behind it, but for the buildup.
+/// Keeps a subcatchment as it is ahead of a step; and finds behind it how far it has come.
 void landrest_keep(const Model& model, const Subcatch& subcatch, LandBefore& before);
-[[nodiscard]] bool landrest_isAsBefore(const Model& model, const Subcatch& subcatch, const LandBefore& before);
+[[nodiscard]] LandPace landrest_judge(const Model& model, int32_t subcatch, LandBefore& before);
 
 /// Whether all subcatchments that aren't listed as awake rest in the conditions of the last step: then they give the
 /// network nothing, and add nothing to any sum. Whoever has changed the land since makes it doubtful.

@@ -149,20 +149,19 @@ void lidgroup_initAll(Model& model) {
 void lidgroup_shiftState(Model& model, int32_t subcatch) {
     const LidGroup* group = model.lidGroups.find(subcatch);
     for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = model.lidUnits[k].next) {
-        if (!lidrest_isResting(model, k)) {
+        if (lidrest_getPace(model, k) == LID_AWAKE) {
             lidunit_shiftState(model, model.lidUnits[k]);
         }
     }
 }
 
-bool lidgroup_isAtRest(const Model& model, int32_t subcatch) {
+LidPace lidgroup_getPace(const Model& model, int32_t subcatch) {
+    LidPace pace = LID_RESTING;
     const LidGroup* group = model.lidGroups.find(subcatch);
     for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = model.lidUnits[k].next) {
-        if (!lidrest_isResting(model, k)) {
-            return false;
-        }
+        pace = std::min(pace, lidrest_getPace(model, k));
     }
-    return true;
+    return pace;
 }
 
 void lidgroup_wake(Model& model, int32_t subcatch) {
@@ -206,22 +205,31 @@ static void addVolumes(RunoffVolumes& volumes, const LidOutflow& out, double are
     volumes.infil += out.infil * dt * area;
 }
 
-/// Whether a unit at rest stays there: nothing runs onto it, neither now nor, as a load, in the step before. If not, it
-/// wakes.
-static bool staysAtRest(Model& model, const Subcatch& subcatch, int32_t index, double flow, double dt) {
-    if (!lidrest_isResting(model, index)) {
+/// Whether a unit that isn't awake stays so: nothing runs onto it, neither now nor, as a load, in the step before. If
+/// not, it wakes.
+static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, double flow) {
+    if (lidrest_getPace(model, index) == LID_AWAKE) {
         return false;
     }
-    LidUnit& unit = model.lidUnits[index];
     const double* loads = subcatch.lastWashoffRate;
     if (flow == 0.0 &&
         std::all_of(loads, loads + model_pollutantCount(model), [](double load) { return load == 0.0; })) {
-        unit.dryTime += dt;
         return true;
     }
     lidrest_wake(model, index);
-    lidunit_shiftState(model, unit);
+    lidunit_shiftState(model, model.lidUnits[index]);
     return false;
+}
+
+/// A step of a unit that isn't awake. All that leaves it is evaporation, m/s.
+static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double dt) {
+    LidOutflow out{};
+    if (lidrest_getPace(model, index) == LID_DRYING) {
+        out.evap = lidrest_dry(model, index, hour, dt);
+    } else {
+        model.lidUnits[index].dryTime += dt;
+    }
+    return out;
 }
 
 /// A step, in which the unit may come to rest.
@@ -249,7 +257,8 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
         if (!(unit.area > 0.0)) {
             continue;
         }
-        if (staysAtRest(model, subcatch, k, flow, dt)) {
+        if (staysAsleep(model, subcatch, k, flow)) {
+            addVolumes(volumes, stepAsleep(model, k, hour, dt), unit.area, dt);
             continue;
         }
         volumes.lidRunon += unit.area * (flow / unit.area) * dt;

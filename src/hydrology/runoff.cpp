@@ -147,8 +147,8 @@ RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double
     setQuality(model, subcatch, dt);
 }
 
-/// One subcatchment over a step, all but its buildup. Whether nothing has changed.
-static bool advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt, LandBefore& before) {
+/// One subcatchment over a step, all but its buildup. How far it has come to rest.
+static LandPace advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt, LandBefore& before) {
     Subcatch& subcatch = model.subcatches[index];
     const bool isStill = landrest_isStill(model, index);
     if (isStill) {
@@ -157,13 +157,13 @@ static bool advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt
     subcatch_shiftState(model, subcatch);
     lidgroup_shiftState(model, index);
     if (subcatch.area == 0.0) {
-        return false;
+        return LAND_AWAKE;
     }
     const RunoffVolumes volumes = runoff_stepWater(model, index, hour, dt);
     if (model_pollutantCount(model) > 0) {
         stepQuality(model, index, volumes, dt);
     }
-    return isStill && landrest_isAsBefore(model, subcatch, before);
+    return isStill ? landrest_judge(model, index, before) : LAND_AWAKE;
 }
 
 /// Either a subcatchment sheds, which takes from its buildup, or the buildup grows.
@@ -171,29 +171,44 @@ static bool isDry(const Subcatch& subcatch) {
     return subcatch.area != 0.0 && subcatch.thisRunoff / subcatch.area < DRY_RATE;
 }
 
-/// The part of the awake land between two places of its list. Lists what is dry.
+/// The awake land between two places of its list. Lists what is dry.
 static void advanceBlock(Model& model, int32_t hour, double dt, int32_t first, int32_t end, LandWork& work) {
     LandRest& rest = *model.landRest;
     work.dry.clear();
     for (int32_t k = first; k < end; ++k) {
         const int32_t index = rest.awake[k];
-        const bool isSame = advanceSubcatch(model, index, hour, dt, work.before);
+        const LandPace pace = advanceSubcatch(model, index, hour, dt, work.before);
         if (isDry(model.subcatches[index])) {
             work.dry.push_back(index);
-            rest.paces[index] = isSame ? LAND_GROWING : LAND_AWAKE;
-            work.hasChanged = work.hasChanged || isSame;
+            rest.paces[index] = pace;
+            work.hasChanged = work.hasChanged || pace != LAND_AWAKE;
         }
     }
 }
 
-/// Buildup of so many subcatchments, of which those at rest otherwise come to rest for good where it doesn't grow.
+/// The drying land between two places of its list. A subcatchment of which a unit has dried out wakes.
+static void dryBlock(Model& model, int32_t hour, double dt, int32_t first, int32_t end, LandWork& work) {
+    LandRest& rest = *model.landRest;
+    for (int32_t k = first; k < end; ++k) {
+        const int32_t index = rest.drying[k];
+        RunoffVolumes volumes{};
+        lidgroup_step(model, index, volumes, hour, dt);
+        subcatch_closeStep(model.subcatches[index], volumes, dt);
+        if (lidgroup_getPace(model, index) == LID_AWAKE) {
+            rest.paces[index] = LAND_AWAKE;
+            work.hasChanged = true;
+        }
+    }
+}
+
+/// Buildup of so many subcatchments. Where it doesn't grow any more it is left alone from now on.
 static void growBlock(Model& model, const int32_t* subcatches, int32_t count, LandWork& work) {
     LandRest& rest = *model.landRest;
     work.grows.resize(static_cast<size_t>(count));
     buildup_grow(model, subcatches, count, work.grows.data(), work.buildup);
     for (int32_t k = 0; k < count; ++k) {
-        if (!work.grows[static_cast<size_t>(k)] && rest.paces[subcatches[k]] == LAND_GROWING) {
-            rest.paces[subcatches[k]] = LAND_RESTING;
+        if (!work.grows[static_cast<size_t>(k)] && rest.paces[subcatches[k]] != LAND_AWAKE) {
+            rest.grows[subcatches[k]] = 0;
             work.hasChanged = true;
         }
     }
@@ -206,6 +221,7 @@ static void advanceLand(Model& model, int32_t hour, double dt) {
     growBlock(model, rest.growing.data(), rest.growing.size(), work);
     advanceBlock(model, hour, dt, 0, rest.awake.size(), work);
     growBlock(model, work.dry.data(), static_cast<int32_t>(work.dry.size()), work);
+    dryBlock(model, hour, dt, 0, rest.drying.size(), work);
     if (work.hasChanged) {
         landrest_list(model);
     }

@@ -336,9 +336,13 @@ double subcatch_getWeight(const Model& model, double time) {
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
+void subcatch_countEvaporation(Subcatch& s, double dt) {
+    s.evap += dt * s.evapRate * MM_PER_M;
+}
+
 void subcatch_countStep(const Model& model, Subcatch& s, double dt) {
     s.rainfall += dt * s.rain * MM_PER_M;
-    s.evap += dt * s.evapRate * MM_PER_M;
+    subcatch_countEvaporation(s, dt);
     s.infil += dt * s.infilRate * MM_PER_M;
     s.runoff += dt * s.thisRunoff / s.area * MM_PER_M;
     statistics_keepMaximum(s.peakRunoff, s.thisRunoff);
