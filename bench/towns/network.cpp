@@ -21,13 +21,13 @@ constexpr Sewer SEWERS[] = {{3, 31},    {4, 66},    {5, 119},   {6, 194},    {8,
                             {15, 2235}, {20, 4814}, {25, 8728}, {30, 14193}, {35, 21400}, {40, 30560}, {50, 55400}};
 constexpr int SEWER_COUNT = static_cast<int>(std::size(SEWERS));
 
-constexpr int BASIN_COUNT = 12;
+constexpr int BASIN_COUNT = 8;
 constexpr int64_t BASIN_AREA = 20;          ///< m2, of the smallest basin; each class has twice that of the one before
 constexpr int64_t BASIN_FLOW = 20;          ///< l/s, of the pumps and orifices of the smallest basin
 constexpr int64_t PAVED_PER_BASIN = 33000;  ///< m2, for the smallest basin: 15 m3 a hectare up to the weir
 
 /// Diameters of orifices by the class of the basin, cm, for the flow of the basin at a head of 1.5 m.
-constexpr int64_t ORIFICES[BASIN_COUNT] = {9, 12, 17, 25, 35, 49, 69, 98, 139, 197, 240, 240};
+constexpr int64_t ORIFICES[BASIN_COUNT] = {9, 12, 17, 25, 35, 49, 69, 98};
 
 int findSewer(int64_t peak) {
     int sewer = 0;
@@ -222,16 +222,17 @@ void writeLinks(TownText& out, const TownPlan& plan) {
 
 // --- rules ---------------------------------------------------------------------------------------------------------
 
-/// A rule on the tank: its pump is throttled while the node behind has enough, its orifice opened when it is full, or
-/// its weir lowered.
+/// A rule on the tank: its orifice is throttled while it has room, its pump by the depth, or its weir lowered when it
+/// is full.
 void writeRule(TownText& out, const TownPlan& plan, int64_t rule, int64_t tank) {
     out << "RULE R" << rule << "\nIF TANK T" << tank;
     if (hasOrifice(plan, tank) && rule % 2 == 0) {
         out << " DEPTH < " << TownDecimal{10 + rule % 10, 1} << "\nAND TANK T" << tank << " INFLOW > "
             << TownDecimal{BASIN_FLOW << findBasin(plan, tank), 3} << "\nTHEN ORIFICE OR" << tank << " SETTING = 0.5\n";
     } else if (hasPump(plan, tank)) {
-        out << " DEPTH > " << TownDecimal{18 + rule % 6, 1} << "\nTHEN PUMP PU" << tank << " SETTING = 1\nELSE PUMP PU"
-            << tank << " SETTING = 0.6\nPRIORITY " << 1 + rule % 3 << "\n";
+        out << " DEPTH > " << TownDecimal{7 + rule % 3, 1} << "\nAND TANK T" << tank << " DEPTH < "
+            << TownDecimal{14 + rule % 6, 1} << "\nTHEN PUMP PU" << tank << " SETTING = 0.6\nPRIORITY " << 1 + rule % 3
+            << "\n";
     } else {
         out << " DEPTH > " << TownDecimal{26 + rule % 4, 1} << "\nTHEN WEIR W" << tank << " SETTING = 1\nELSE WEIR W"
             << tank << " SETTING = 0.2\n";
@@ -253,6 +254,36 @@ void writeRules(TownText& out, const TownPlan& plan) {
     for (int64_t rule = 0; rule < count; ++rule) {
         writeRule(out, plan, rule, tanks[static_cast<size_t>(rule) % tanks.size()]);
     }
+}
+
+// --- curves --------------------------------------------------------------------------------------------------------
+
+/// Curves that something names, as bits by class.
+struct Curves {
+    unsigned basins, pumps, beds;
+};
+
+Curves findCurves(const TownPlan& plan) {
+    Curves curves{};
+    for (int64_t k = 0; k < plan_getSize(plan); ++k) {
+        if (isKind(plan, k, TANK)) {
+            curves.basins |= 1u << findBasin(plan, k);
+            curves.pumps |= hasPump(plan, k) ? 1u << findBasin(plan, k) : 0u;
+        } else if (plan.links[static_cast<size_t>(k)] == CONDUIT && plan.turns[static_cast<size_t>(k)] % 3 == 2) {
+            curves.beds |= 1u << findSewer(plan_getPeak(plan, k));
+        }
+    }
+    return curves;
+}
+
+void writeBed(TownText& out, int sewer) {
+    constexpr int64_t BED[6][2] = {{0, 110}, {77, 41}, {103, 0}, {141, 0}, {163, 43}, {240, 110}};
+    const int64_t size = SEWERS[sewer].size;
+    out << "BED" << int64_t{sewer} << " TRANSECT";
+    for (const auto& [station, elevation] : BED) {
+        out << " " << TownDecimal{station * size, 3} << " " << TownDecimal{elevation * size, 3};
+    }
+    out << "\n";
 }
 
 }  // namespace
@@ -282,7 +313,7 @@ void sections_writeFlows(TownText& out, const TownPlan& plan) {
         const TownPlot plot = plan_makePlot(plan, k);
         sections_writeNode(out, plan, k);
         // 80 heads a hectare with 130 l a day
-        out << " FLOW " << TownDecimal{plot.area * 12, 6} << (k % 3 == 0 ? " WORK\n" : " DAY\n");
+        out << " FLOW " << TownDecimal{plot.area * 12, 7} << (k % 3 == 0 ? " WORK\n" : " DAY\n");
         for (int p = 0; p < plan.options.pollutants; ++p) {
             sections_writeNode(out, plan, k);
             out << LINES[p];
@@ -291,27 +322,29 @@ void sections_writeFlows(TownText& out, const TownPlan& plan) {
 }
 
 void sections_writeTables(TownText& out, const TownPlan& plan) {
-    out << "[PATTERNS]\nDAY HOURLY 0.5 0.4 0.4 0.4 0.5 0.7 1.2 1.6 1.5 1.3 1.2 1.2\n"
-           "DAY 1.3 1.2 1.1 1 1 1.1 1.3 1.5 1.4 1.2 0.9 0.7\n"
-           "WORK HOURLY 0.3 0.3 0.3 0.3 0.4 0.7 1.3 1.8 1.9 1.8 1.7 1.6\n"
-           "WORK 1.5 1.6 1.6 1.5 1.3 1 0.8 0.6 0.5 0.5 0.4 0.3\n";
-    if (plan.options.tanks + plan.options.conduits == 0.0) {
-        return;
+    if (plan.options.hasDryFlow || (plan.options.lids > 0.0 && plan.options.pollutants > 0)) {
+        out << "[PATTERNS]\nDAY HOURLY 0.5 0.4 0.4 0.4 0.5 0.7 1.2 1.6 1.5 1.3 1.2 1.2\n"
+               "DAY 1.3 1.2 1.1 1 1 1.1 1.3 1.5 1.4 1.2 0.9 0.7\n"
+               "WORK HOURLY 0.3 0.3 0.3 0.3 0.4 0.7 1.3 1.8 1.9 1.8 1.7 1.6\n"
+               "WORK 1.5 1.6 1.6 1.5 1.3 1 0.8 0.6 0.5 0.5 0.4 0.3\n";
     }
-    out << "[CURVES]\n";
-    for (int64_t basin = 0; basin < BASIN_COUNT; ++basin) {
-        const int64_t area = BASIN_AREA << basin, flow = BASIN_FLOW << basin;
-        out << "BASIN" << basin << " TANK 0 " << area << " 1 " << area + area / 10 << " 4 " << area + area / 5
-            << "\nPUMP" << basin << (basin % 2 == 0 ? " PUMP1 " : " PUMP2 ") << "0.1 " << TownDecimal{flow, 3} << " 1 "
-            << TownDecimal{flow + flow / 4, 3} << " 2.5 " << TownDecimal{flow + flow / 2, 3} << "\n";
+    const Curves curves = findCurves(plan);
+    if (curves.basins + curves.pumps + curves.beds != 0) {
+        out << "[CURVES]\n";
     }
-    for (int64_t sewer = 0; sewer < SEWER_COUNT; ++sewer) {
-        const int64_t size = SEWERS[sewer].size;
-        constexpr int64_t BED[6][2] = {{0, 110}, {77, 41}, {103, 0}, {141, 0}, {163, 43}, {240, 110}};
-        out << "BED" << sewer << " TRANSECT";
-        for (const auto& [station, elevation] : BED) {
-            out << " " << TownDecimal{station * size, 3} << " " << TownDecimal{elevation * size, 3};
+    for (int k = 0; k < SEWER_COUNT; ++k) {
+        if (curves.basins >> k & 1) {
+            const int64_t area = BASIN_AREA << k;
+            out << "BASIN" << int64_t{k} << " TANK 0 " << area << " 1 " << area + area / 10 << " 4 " << area + area / 5
+                << "\n";
         }
-        out << "\n";
+        if (curves.pumps >> k & 1) {
+            const int64_t flow = BASIN_FLOW << k;
+            out << "PUMP" << int64_t{k} << (k % 2 == 0 ? " PUMP1 " : " PUMP2 ") << "0.1 " << TownDecimal{flow, 3}
+                << " 1 " << TownDecimal{flow + flow / 4, 3} << " 2.5 " << TownDecimal{flow + flow / 2, 3} << "\n";
+        }
+        if (curves.beds >> k & 1) {
+            writeBed(out, k);
+        }
     }
 }

@@ -16,6 +16,9 @@ enum Stream : uint64_t { LAND = 10, UNITS };
 
 constexpr const char* LIDS[7] = {"CELL", "GARDEN", "ROOF", "TRENCH", "PAVING", "BARREL", "DITCH"};
 
+// They begin empty: the balance has water of theirs that isn't there.
+constexpr int ROOF = 2, DITCH = 6;
+
 constexpr const char* LID_TEXT =
     "[LIDS]\n"
     "CELL BC\nCELL SURFACE 150 0.1 0.1 1 0\nCELL SOIL 500 0.45 0.2 0.1 40 10\nCELL STORAGE 300 0.67 3\n"
@@ -206,7 +209,7 @@ void writeSubcatchments(TownText& out, const TownPlan& plan) {
 }
 
 void writeQuality(TownText& out, const TownPlan& plan) {
-    constexpr const char* POLLUTANTS[4] = {"TSS 0\n", "COD 12\n", "NH4 0.6\n", "ZN 0.03\n"};
+    constexpr const char* POLLUTANTS[4] = {"TSS 0\n", "COD 12\n", "NH4 0.3\n", "ZN 0.03\n"};
     constexpr const char* BUILDUP[2][4] = {
         {"LIVING TSS 60 0.25\n", "LIVING COD 40 0.3\n", "LIVING NH4 2 0.3\n", "LIVING ZN 0.15 0.2\n"},
         {"TRADE TSS 160 0.4\n", "TRADE COD 70 0.4\n", "TRADE NH4 3 0.4\n", "TRADE ZN 0.9 0.35\n"}};
@@ -255,7 +258,8 @@ void writeUnits(TownText& out, const TownPlan& plan) {
         TownRandom random = townRandom_make(plan.options.seed, UNITS, static_cast<uint64_t>(k));
         const int64_t area = plan_makePlot(plan, k).area * townRandom_pick(random, 4, 9);  // m2: 4 to 9 %
         out << "S" << k << " " << LIDS[type] << " " << area << " " << 2 + area / 50 << " "
-            << (isDry ? 0 : townRandom_pick(random, 5, 40)) << " " << townRandom_pick(random, 20, 60) << "\n";
+            << (isDry || type == ROOF || type == DITCH ? 0 : townRandom_pick(random, 5, 40)) << " "
+            << townRandom_pick(random, 20, 60) << "\n";
     }
     if (plan.options.pollutants > 0) {
         out << "[DECAY_COEFFICIENT]\nCELL LID TSS FIRST 3 \"\" SOIL\nGARDEN LID TSS FIRST 3 \"\" SOIL\n"
