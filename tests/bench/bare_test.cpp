@@ -1,0 +1,51 @@
+// What the benchmarks compare the engine with works out the same bits.
+
+#include <gtest/gtest.h>
+
+#include "bare/land.h"
+#include "tarnvelde_model.h"
+
+namespace {
+
+struct Case {
+    const char* name;
+    BareWeather weather;
+    int64_t pollutants;
+    int steps;
+};
+
+void PrintTo(const Case& value, std::ostream* out) {
+    *out << value.name;
+}
+
+class BareArithmetic : public testing::TestWithParam<Case> {};
+
+/// Steps both as often as the case says, and asks at each tenth of it whether they are the same.
+template <class Bare>
+void expectSame(Bare bare, const std::string& project, int steps, void (*step)(Bare&),
+                bool (*isSame)(const Bare&, const tv_model*)) {
+    tv_model* model = bare_startModel(project);
+    ASSERT_NE(model, nullptr);
+    for (int k = 1; k <= steps; ++k) {
+        ASSERT_EQ(tv_step(model), 0);
+        step(bare);
+        if (k % (steps / 10) == 0) {
+            ASSERT_TRUE(isSame(bare, model)) << "after " << k << " steps";
+        }
+    }
+    tv_free(model);
+}
+
+TEST_P(BareArithmetic, OfTheLandIsThatOfTheEngine) {
+    const Case& c = GetParam();
+    const BareLand bare = bareLand_create(150, c.pollutants, c.weather);
+    expectSame(bare, bareLand_makeProject(bare), c.steps, bareLand_step, bareLand_isSame);
+}
+
+INSTANTIATE_TEST_SUITE_P(Weather, BareArithmetic,
+                         testing::Values(Case{"wet", BareWeather::WET, 3, 1000}, Case{"dry", BareWeather::DRY, 3, 1000},
+                                         Case{"still", BareWeather::STILL, 3, 500},
+                                         Case{"wetWithoutPollutants", BareWeather::WET, 0, 1000}),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+}  // namespace
