@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "bare/land.h"
+#include "bare/units.h"
 #include "tarnvelde_model.h"
 
 namespace {
@@ -40,6 +41,18 @@ TEST_P(BareArithmetic, OfTheLandIsThatOfTheEngine) {
     const Case& c = GetParam();
     const BareLand bare = bareLand_create(150, c.pollutants, c.weather);
     expectSame(bare, bareLand_makeProject(bare), c.steps, bareLand_step, bareLand_isSame);
+}
+
+TEST_P(BareArithmetic, OfCellsIsThatOfTheEngine) {
+    const Case& c = GetParam();
+    const BareUnits bare = bareUnits_create(BareUnit::CELL, 100, c.pollutants, c.weather);
+    expectSame(bare, bareUnits_makeProject(bare), c.steps, bareUnits_step, bareUnits_isSame);
+}
+
+TEST_P(BareArithmetic, OfBarrelsIsThatOfTheEngine) {
+    const Case& c = GetParam();
+    const BareUnits bare = bareUnits_create(BareUnit::BARREL, 100, c.pollutants, c.weather);
+    expectSame(bare, bareUnits_makeProject(bare), c.steps, bareUnits_step, bareUnits_isSame);
 }
 
 INSTANTIATE_TEST_SUITE_P(Weather, BareArithmetic,
