@@ -2,6 +2,7 @@
 
 #include "bare/bare.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "tarnvelde_model.h"
@@ -27,7 +28,7 @@ std::string bare_makeHead(BareWeather weather, int64_t pollutants, double dryDay
     for (const int factor : FACTORS) {
         out << " " << TownDecimal{factor, 1};
     }
-    out << "\n[OUTFALLS]\nOUT\n[TIMESERIES]\n";
+    out << "\n[TIMESERIES]\n";
     for (int64_t hour = 0; hour < (weather == BareWeather::WET ? 24 * DAYS : 1); hour += 1) {
         out << "RAIN 2024/06/01";
         for (int64_t k = 0; k < 12; ++k) {
@@ -110,4 +111,50 @@ bool bare_isSame(const tv_model* model, int32_t objectClass, const char* variabl
         }
     }
     return true;
+}
+
+// --- nodes ---------------------------------------------------------------------------------------------------------
+
+BareNodes bare_makeNodes(BareWeather weather, int64_t count, int64_t pollutants) {
+    BareNodes nodes{};
+    const size_t n = static_cast<size_t>(count), loads = n * static_cast<size_t>(pollutants);
+    for (size_t k = 0; k < n; ++k) {
+        nodes.average.push_back(bare_getFlow(weather, static_cast<int64_t>(k)));
+    }
+    nodes.inflow.assign(n, 0.0);
+    nodes.volume = nodes.peak = nodes.inflow;
+    nodes.load.assign(loads, 0.0);
+    nodes.quality = nodes.load;
+    nodes.mass.assign(static_cast<size_t>(pollutants), 0.0);
+    nodes.outLoad = nodes.mass;
+    return nodes;
+}
+
+void bare_beginStep(BareNodes& nodes) {
+    nodes.outflow = 0.0;
+    std::fill(nodes.outLoad.begin(), nodes.outLoad.end(), 0.0);
+}
+
+void bare_takeFlow(BareNodes& nodes, size_t node, double factor) {
+    const size_t n = nodes.mass.size();
+    const double flow = nodes.average[node] * factor;
+    nodes.inflow[node] = flow;
+    nodes.water += BARE_STEP * flow;
+    nodes.volume[node] += flow * BARE_STEP;
+    bare_keepMaximum(nodes.peak[node], flow);
+    for (size_t p = 0; p < n; ++p) {
+        const double load =
+            nodes.average[node] > 0.0 ? bare_getConcentration(static_cast<int64_t>(p)) * flow / 1000.0 : 0.0;
+        nodes.load[node * n + p] = load;
+        nodes.mass[p] += BARE_STEP * load;
+    }
+}
+
+void bare_deliver(BareNodes& nodes, double flow, const double* quality, double& volume, double& peak) {
+    volume += BARE_STEP * flow;
+    bare_keepMaximum(peak, flow);
+    nodes.outflow += flow;
+    for (size_t p = 0; p < nodes.outLoad.size(); ++p) {
+        nodes.outLoad[p] += quality[p] * flow / 1000.0;
+    }
 }

@@ -20,8 +20,11 @@ enum class BareWeather {
     STILL,  ///< the same when buildup is at its limit and LID units are dry
 };
 
-/// The head of a project with so many pollutants, with rain, pattern and the outfall OUT.
+/// The head of a project with so many pollutants, with rain and pattern.
 std::string bare_makeHead(BareWeather weather, int64_t pollutants, double dryDays);
+
+/// Behind the other nodes, which have their numbers from 0 on.
+constexpr const char* BARE_OUTFALL = "[OUTFALLS]\nOUT\n";
 
 /// Rain of a step that begins at `second` of the run, m/s.
 double bare_getRain(BareWeather weather, int64_t second);
@@ -45,6 +48,27 @@ tv_model* bare_startModel(const std::string& project);
 /// pollutant the array has one value for each object and pollutant.
 bool bare_isSame(const tv_model* model, int32_t objectClass, const char* variable, const std::vector<double>& values,
                  int64_t pollutants = 0);
+
+/// What a node gets, and what the outfall does.
+struct BareNodes {
+    std::vector<double> average, inflow, volume, peak;  ///< m3/s, m3/s, m3, m3/s, by node
+    std::vector<double> load, quality;                  ///< kg/s, mg/L, by node and pollutant
+    double water;                                       ///< m3, dry weather inflow of the run
+    std::vector<double> mass;                           ///< kg, of it, by pollutant
+    double outflow;                                     ///< m3/s, into the outfall
+    std::vector<double> outLoad;                        ///< kg/s, by pollutant
+};
+
+BareNodes bare_makeNodes(BareWeather weather, int64_t count, int64_t pollutants);
+
+/// Begins a step: nothing has flown into the outfall.
+void bare_beginStep(BareNodes& nodes);
+
+/// Dry weather inflow of a node of this step, with its load; adds it to the totals.
+void bare_takeFlow(BareNodes& nodes, size_t node, double factor);
+
+/// Flow and quality into the outfall, and the statistics of the link that brings it.
+void bare_deliver(BareNodes& nodes, double flow, const double* quality, double& volume, double& peak);
 
 inline double bare_getMinimum(double a, double b) {
     return b < a ? b : a;

@@ -437,6 +437,7 @@ std::string bareLand_makeProject(const BareLand& b) {
             out << "S" << k << " U0 " << getShare(k) << "\nS" << k << " U1 " << 100 - getShare(k) << "\n";
         }
     }
+    out << BARE_OUTFALL;
     return std::move(out.text);
 }
 

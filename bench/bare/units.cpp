@@ -389,6 +389,7 @@ std::string bareUnits_makeProject(const BareUnits& b) {
     for (int64_t p = 0; p < b.pollutants; ++p) {
         out << "U LID P" << p << " FIRST 2 \"\" SOIL\nU LID P" << p << " FIRST 1 \"\" STORAGE\n";
     }
+    out << BARE_OUTFALL;
     return std::move(out.text);
 }
 

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include "bare/conduits.h"
 #include "bare/land.h"
+#include "bare/reactors.h"
+#include "bare/tanks.h"
 #include "bare/units.h"
 #include "tarnvelde_model.h"
 
@@ -53,6 +56,27 @@ TEST_P(BareArithmetic, OfBarrelsIsThatOfTheEngine) {
     const Case& c = GetParam();
     const BareUnits bare = bareUnits_create(BareUnit::BARREL, 100, c.pollutants, c.weather);
     expectSame(bare, bareUnits_makeProject(bare), c.steps, bareUnits_step, bareUnits_isSame);
+}
+
+TEST_P(BareArithmetic, OfTanksIsThatOfTheEngine) {
+    const Case& c = GetParam();
+    const BareTanks bare = bareTanks_create(100, c.pollutants, c.weather);
+    expectSame(bare, bareTanks_makeProject(bare, c.weather), c.steps, bareTanks_step, bareTanks_isSame);
+}
+
+TEST_P(BareArithmetic, OfReactorsIsThatOfTheEngine) {
+    const Case& c = GetParam();
+    const BareReactors bare = bareReactors_create(100, c.pollutants, c.weather);
+    expectSame(bare, bareReactors_makeProject(bare, c.weather), c.steps, bareReactors_step, bareReactors_isSame);
+}
+
+TEST_P(BareArithmetic, OfConduitsIsThatOfTheEngine) {
+    const Case& c = GetParam();
+    for (const BareSection section : {BareSection::CIRCULAR, BareSection::RECTANGULAR, BareSection::IRREGULAR}) {
+        SCOPED_TRACE(static_cast<int>(section));
+        const BareConduits bare = bareConduits_create(section, 100, c.pollutants, c.weather);
+        expectSame(bare, bareConduits_makeProject(bare, c.weather), c.steps, bareConduits_step, bareConduits_isSame);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Weather, BareArithmetic,
