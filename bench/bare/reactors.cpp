@@ -90,6 +90,13 @@ void infiltrate(BareReactors& b, size_t k) {
     b.infiltrated[k] += DT * depth / MM_PER_HOUR * b.area[k];
 }
 
+/// A link without delay: the line from what came in a step ago to what comes now, at its end.
+double pass(const BareReactors& b, double& last, double value) {
+    const double passed = b.isFirst ? value : last + (value - last) * b.interval / b.interval;
+    last = value;
+    return passed;
+}
+
 void stepReactor(BareReactors& b, size_t k) {
     const size_t n = b.nodes.mass.size();
     const double inflow = b.nodes.inflow[k];
@@ -110,16 +117,23 @@ void stepReactor(BareReactors& b, size_t k) {
     infiltrate(b, k);
     b.surplusVolume[k] += DT * b.surplus[k];
     b.outVolume[k] += DT * b.outflow[k];
-    b.flow[k] = b.outflow[k];
+    b.flow[k] = pass(b, b.lastFlow[k], b.outflow[k]);
     for (size_t p = 0; p < n; ++p) {
-        const double load = b.outflow[k] * b.nodes.quality[k * n + p] / 1000.0;
+        const double load = pass(b, b.lastLoad[k * n + p], b.outflow[k] * b.nodes.quality[k * n + p] / 1000.0);
         b.linkQuality[k * n + p] = b.flow[k] != 0.0 ? load / b.flow[k] * 1000.0 : 0.0;
     }
+}
+
+/// Days, of the first of June 2024 and so many seconds, a millisecond late.
+double getDate(int64_t second) {
+    return (static_cast<double>(second) * 1000.0 + 1.0) / 1000.0 / 86400.0 + 45444.0;
 }
 
 }  // namespace
 
 void bareReactors_step(BareReactors& b) {
+    b.isFirst = b.second == 0;
+    b.interval = getDate(b.second + static_cast<int64_t>(DT)) - getDate(b.second);
     b.second += static_cast<int64_t>(DT);
     const double factor = bare_getFactor(b.second);
     const size_t count = static_cast<size_t>(b.count), n = b.nodes.mass.size();
@@ -145,10 +159,11 @@ BareReactors bareReactors_create(int64_t count, int64_t pollutants, BareWeather 
     b.nodes = bare_makeNodes(weather, count, pollutants);
     const size_t n = static_cast<size_t>(count), loads = n * static_cast<size_t>(pollutants);
     for (auto* array : {&b.capacity, &b.full, &b.area, &b.stored, &b.outflow, &b.surplus, &b.surplusVolume,
-                        &b.outVolume, &b.evaporated, &b.infiltrated, &b.flow, &b.volume, &b.peak}) {
+                        &b.outVolume, &b.evaporated, &b.infiltrated, &b.flow, &b.volume, &b.peak, &b.lastFlow}) {
         array->assign(n, 0.0);
     }
-    for (auto* array : {&b.quality, &b.surplusLoad, &b.infilLoad, &b.reactedLoad, &b.outLoad, &b.linkQuality}) {
+    for (auto* array :
+         {&b.quality, &b.surplusLoad, &b.infilLoad, &b.reactedLoad, &b.outLoad, &b.linkQuality, &b.lastLoad}) {
         array->assign(loads, 0.0);
     }
     for (size_t k = 0; k < n; ++k) {

@@ -15,6 +15,9 @@ struct BareReactors {
     std::vector<double> surplusLoad, infilLoad, reactedLoad, outLoad;
     std::vector<double> flow, volume, peak;  ///< of the links
     std::vector<double> linkQuality;
+    std::vector<double> lastFlow, lastLoad;  ///< what went into the link a step ago
+    double interval;                         ///< days, of the step
+    bool isFirst;                            ///< it is the first step
 };
 
 BareReactors bareReactors_create(int64_t count, int64_t pollutants, BareWeather weather);
