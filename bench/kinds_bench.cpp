@@ -1,0 +1,203 @@
+// What a step of each kind of object costs, beside the bare arithmetic of its law on plain arrays. Both take turns in
+// one run, so that both meet the same noise, and the ratio is steadier than the times; each is the median of the
+// rounds. At the end both must have come to the same bits.
+//
+// A round is two hours, in wet weather a whole storm. The engine's step has all that a run has but results: the land
+// and the network, totals, statistics.
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "bare/conduits.h"
+#include "bare/land.h"
+#include "bare/reactors.h"
+#include "bare/tanks.h"
+#include "bare/units.h"
+#include "network.h"
+#include "tarnvelde_model.h"
+#include "towns/text.h"
+
+namespace {
+
+constexpr int ROUND = 120;     ///< steps
+constexpr int SETTLING = 120;  ///< steps
+constexpr int64_t POLLUTANTS = 3;
+
+double getMedian(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+double getSeconds(double begin) {
+    return bench_getProcessorTime() - begin;
+}
+
+BareWeather getWeather(const benchmark::State& state) {
+    return static_cast<BareWeather>(state.range(1));
+}
+
+void tellTimes(benchmark::State& state, const std::vector<double>& engine, const std::vector<double>& bare) {
+    const double steps = ROUND * static_cast<double>(state.range(0)) * 1e-9;
+    state.counters["engine ns"] = getMedian(engine) / steps;
+    if (bare.empty()) {
+        return;
+    }
+    std::vector<double> ratios;
+    for (size_t k = 0; k < engine.size(); ++k) {
+        ratios.push_back(engine[k] / bare[k]);
+    }
+    state.counters["bare ns"] = getMedian(bare) / steps;
+    state.counters["ratio"] = getMedian(ratios);
+}
+
+template <class Bare>
+void compare(benchmark::State& state, Bare bare, const std::string& project, void (*step)(Bare&),
+             bool (*isSame)(const Bare&, const tv_model*)) {
+    tv_model* model = bare_startModel(project);
+    if (!model) {
+        state.SkipWithError("the project doesn't start");
+        return;
+    }
+    for (int k = 0; k < SETTLING; ++k) {
+        tv_step(model);
+        step(bare);
+    }
+    std::vector<double> engineTimes, bareTimes;
+    for ([[maybe_unused]] auto _ : state) {
+        const double begin = bench_getProcessorTime();
+        for (int k = 0; k < ROUND; ++k) {
+            tv_step(model);
+        }
+        engineTimes.push_back(getSeconds(begin));
+        const double middle = bench_getProcessorTime();
+        for (int k = 0; k < ROUND; ++k) {
+            step(bare);
+        }
+        bareTimes.push_back(getSeconds(middle));
+        state.SetIterationTime(engineTimes.back());
+    }
+    if (!isSame(bare, model)) {
+        state.SkipWithError("the engine and the bare arithmetic differ");
+    }
+    tellTimes(state, engineTimes, bareTimes);
+    tv_free(model);
+}
+
+void stepAlone(benchmark::State& state, const std::string& project) {
+    tv_model* model = bare_startModel(project);
+    if (!model) {
+        state.SkipWithError("the project doesn't start");
+        return;
+    }
+    for (int k = 0; k < SETTLING; ++k) {
+        tv_step(model);
+    }
+    std::vector<double> times;
+    for ([[maybe_unused]] auto _ : state) {
+        const double begin = bench_getProcessorTime();
+        for (int k = 0; k < ROUND; ++k) {
+            tv_step(model);
+        }
+        times.push_back(getSeconds(begin));
+        state.SetIterationTime(times.back());
+    }
+    tellTimes(state, times, {});
+    tv_free(model);
+}
+
+// --- kinds ---------------------------------------------------------------------------------------------------------
+
+void kindLand(benchmark::State& state) {
+    const BareLand bare = bareLand_create(state.range(0), POLLUTANTS, getWeather(state));
+    compare(state, bare, bareLand_makeProject(bare), bareLand_step, bareLand_isSame);
+}
+
+void kindUnit(benchmark::State& state, BareUnit type) {
+    const BareUnits bare = bareUnits_create(type, state.range(0), POLLUTANTS, getWeather(state));
+    compare(state, bare, bareUnits_makeProject(bare), bareUnits_step, bareUnits_isSame);
+}
+
+void kindTank(benchmark::State& state) {
+    const BareTanks bare = bareTanks_create(state.range(0), POLLUTANTS, getWeather(state));
+    compare(state, bare, bareTanks_makeProject(bare, getWeather(state)), bareTanks_step, bareTanks_isSame);
+}
+
+void kindConduit(benchmark::State& state, BareSection section) {
+    const BareConduits bare = bareConduits_create(section, state.range(0), POLLUTANTS, getWeather(state));
+    compare(state, bare, bareConduits_makeProject(bare, getWeather(state)), bareConduits_step, bareConduits_isSame);
+}
+
+void kindReactor(benchmark::State& state) {
+    const BareReactors bare = bareReactors_create(state.range(0), POLLUTANTS, getWeather(state));
+    compare(state, bare, bareReactors_makeProject(bare, getWeather(state)), bareReactors_step, bareReactors_isSame);
+}
+
+/// LID units of the types that have no bare arithmetic here.
+void kindUnitAlone(benchmark::State& state, const char* definition) {
+    const bool isStill = getWeather(state) == BareWeather::STILL;
+    TownText out;
+    out << bare_makeHead(getWeather(state), POLLUTANTS, isStill ? 60.0 : 2.0) << "[LIDS]\n"
+        << definition << "[SUBCATCHS]\n";
+    for (int64_t k = 0; k < state.range(0); ++k) {
+        out << "S" << k << " G OUT 0.01 10 50 1 0.015 0.2 1 3 50 5 4 5 0\n";
+    }
+    out << "LAST G OUT 2 60 50 0.3 0.016 0.2 1.5 4 50 5 3 5 0\n[LID_GROUPS]\n";  // slow: it cuts no runoff step
+    for (int64_t k = 0; k < state.range(0); ++k) {
+        out << "S" << k << " U 100 7 " << (isStill ? "0 0\n" : "30 0\n");
+    }
+    out << "[DECAY_COEFFICIENT]\n";
+    for (int64_t p = 0; p < POLLUTANTS; ++p) {
+        for (const char* layer : {"SURFACE", "SOIL", "STORAGE"}) {
+            out << "U LID P" << p << " FIRST 1 \"\" " << layer << "\n";
+        }
+    }
+    out << BARE_OUTFALL;
+    stepAlone(state, out.text);
+}
+
+void addSmall(benchmark::internal::Benchmark* benchmark) {
+    for (const BareWeather weather : {BareWeather::WET, BareWeather::DRY, BareWeather::STILL}) {
+        benchmark->Args({1000, static_cast<int64_t>(weather)});
+    }
+    benchmark->ArgNames({"N", "weather"})->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(7);
+}
+
+void addLarge(benchmark::internal::Benchmark* benchmark) {
+    for (const BareWeather weather : {BareWeather::WET, BareWeather::DRY}) {
+        benchmark->Args({30000, static_cast<int64_t>(weather)});
+    }
+    benchmark->ArgNames({"N", "weather"})->Unit(benchmark::kMillisecond)->UseManualTime()->Iterations(3);
+}
+
+BENCHMARK(kindLand)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnit, cell, BareUnit::CELL)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnit, barrel, BareUnit::BARREL)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnitAlone, garden,
+                  "U RG\nU SURFACE 150 0.15 0.1 1 0\nU SOIL 400 0.45 0.2 0.1 40 10\nU STORAGE 0 0 8\n")
+    ->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnitAlone, roof,
+                  "U GR\nU SURFACE 20 0 0.1 2 0\nU SOIL 100 0.5 0.3 0.1 80 10\nU DRAINMAT 25 0.5 0.3\n")
+    ->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnitAlone, trench, "U IT\nU SURFACE 50 0 0.1 1 0\nU STORAGE 900 0.67 12\nU DRAIN 4 0.5 600\n")
+    ->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnitAlone, pavement,
+                  "U PP\nU SURFACE 5 0 0.02 1 0\nU PAVEMENT 120 0.2 500\nU SOIL 100 0.4 0.2 0.1 60 10\n"
+                  "U STORAGE 300 0.67 3\nU DRAIN 3 0.5 150\n")
+    ->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnitAlone, swale, "U VS\nU SURFACE 400 0.1 0.15 1 3\nU STORAGE 100 1 5\n")->Apply(addSmall);
+BENCHMARK(kindTank)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindConduit, circular, BareSection::CIRCULAR)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindConduit, rectangular, BareSection::RECTANGULAR)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindConduit, irregular, BareSection::IRREGULAR)->Apply(addSmall);
+BENCHMARK(kindReactor)->Apply(addSmall);
+
+BENCHMARK(kindLand)->Apply(addLarge);
+BENCHMARK_CAPTURE(kindUnit, cell, BareUnit::CELL)->Apply(addLarge);
+BENCHMARK(kindTank)->Apply(addLarge);
+BENCHMARK_CAPTURE(kindConduit, circular, BareSection::CIRCULAR)->Apply(addLarge);
+BENCHMARK(kindReactor)->Apply(addLarge);
+
+}  // namespace
