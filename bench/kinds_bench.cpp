@@ -16,6 +16,7 @@
 #include "bare/reactors.h"
 #include "bare/tanks.h"
 #include "bare/units.h"
+#include "bound.h"
 #include "network.h"
 #include "tarnvelde_model.h"
 #include "towns/text.h"
@@ -135,6 +136,69 @@ void kindReactor(benchmark::State& state) {
     compare(state, bare, bareReactors_makeProject(bare, getWeather(state)), bareReactors_step, bareReactors_isSame);
 }
 
+// --- a plain town --------------------------------------------------------------------------------------------------
+
+/// Subcatchments, each with a junction and a pipe: the land and the network one behind the other.
+struct BareTown {
+    BareLand land;
+    BenchNetwork tree;
+    Bound network;
+};
+
+BareTown makeTown(int64_t count, BareWeather weather) {
+    constexpr double DURATION = 3652.0 * 86400000.0;  // that of the head of the project
+    BareTown town{bareLand_create(count, POLLUTANTS, weather), bench_makeNetwork(count), {}};
+    town.network = bound_create(town.tree, static_cast<int32_t>(POLLUTANTS), DURATION);
+    return town;
+}
+
+void stepTown(BareTown& town) {
+    bareLand_stepInto(town.land, town.network.lateral.data(), town.network.lateralLoad.data());
+    bound_step(town.network);
+}
+
+std::string makeTownProject(const BareTown& town) {
+    TownText out;
+    out << bareLand_makeProject(town.land, true) << "[JUNCTIONS]\n";
+    for (int64_t k = 0; k < town.land.count; ++k) {
+        out << "J" << k << "\n";
+    }
+    out << "[PIPES]\n";
+    for (int64_t k = 0; k < town.land.count; ++k) {
+        const int64_t down = town.tree.down[static_cast<size_t>(k)];
+        out << "L" << k << " J" << k << " ";
+        if (down < town.land.count) {
+            out << "J" << down;
+        } else {
+            out << "OUT";
+        }
+        out << " NO " << int64_t{bench_getPipeK(k)} << " " << int64_t{bench_getPipeReaches(k)} << " 0.2 0\n";
+    }
+    return std::move(out.text);
+}
+
+bool isTownSame(const BareTown& town, const tv_model* model) {
+    int32_t outfall = 0, variable = 0;
+    double flow = -1.0, quality = -1.0;
+    const bool isFound = tv_findObject(model, TV_NODE, "OUT", &outfall) == 0 &&
+                         tv_findVariable(TV_NODE, "upstream_flow", &variable) == 0 &&
+                         tv_getValue(model, variable, outfall, TV_NO_POLLUTANT, &flow) == 0 &&
+                         tv_findVariable(TV_NODE, "concentration", &variable) == 0 &&
+                         tv_getValue(model, variable, outfall, POLLUTANTS - 1, &quality) == 0;
+    const std::vector<double> volumes(town.network.flowVolume.begin(), town.network.flowVolume.end() - 1);
+    const std::vector<double> qualities(town.network.newQual.begin(), town.network.newQual.end() - POLLUTANTS);
+    return isFound && bare_isSame(model, TV_LINK, "flow_volume", volumes) &&
+           bare_isSame(model, TV_LINK, "concentration", qualities, POLLUTANTS) && flow == town.network.inflow.back() &&
+           quality == town.network.qual.back() && bareLand_isSame(town.land, model);
+}
+
+void kindTown(benchmark::State& state) {
+    const BareTown town = makeTown(state.range(0), getWeather(state));
+    compare(state, town, makeTownProject(town), stepTown, isTownSame);
+}
+
+// --- without bare arithmetic ---------------------------------------------------------------------------------------
+
 /// LID units of the types that have no bare arithmetic here.
 void kindUnitAlone(benchmark::State& state, const char* definition) {
     const bool isStill = getWeather(state) == BareWeather::STILL;
@@ -193,11 +257,13 @@ BENCHMARK_CAPTURE(kindConduit, circular, BareSection::CIRCULAR)->Apply(addSmall)
 BENCHMARK_CAPTURE(kindConduit, rectangular, BareSection::RECTANGULAR)->Apply(addSmall);
 BENCHMARK_CAPTURE(kindConduit, irregular, BareSection::IRREGULAR)->Apply(addSmall);
 BENCHMARK(kindReactor)->Apply(addSmall);
+BENCHMARK(kindTown)->Apply(addSmall);
 
 BENCHMARK(kindLand)->Apply(addLarge);
 BENCHMARK_CAPTURE(kindUnit, cell, BareUnit::CELL)->Apply(addLarge);
 BENCHMARK(kindTank)->Apply(addLarge);
 BENCHMARK_CAPTURE(kindConduit, circular, BareSection::CIRCULAR)->Apply(addLarge);
 BENCHMARK(kindReactor)->Apply(addLarge);
+BENCHMARK(kindTown)->Apply(addLarge);
 
 }  // namespace

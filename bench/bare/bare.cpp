@@ -13,7 +13,7 @@ namespace {
 constexpr int64_t INTERVAL = 300;  ///< s, of the gage
 constexpr int RATES[24] = {2, 3, 5, 8, 14, 20, 32, 60, 45, 30, 22, 16, 12, 10, 8, 6, 4, 2, 0, 0, 0, 0, 0, 0};  ///< mm/h
 constexpr int FACTORS[24] = {5, 4, 4, 4, 5, 7, 12, 16, 15, 13, 12, 12, 13, 12, 11, 10, 10, 11, 13, 15, 14, 12, 9, 7};
-constexpr int DAYS = 60;  ///< of the rain
+constexpr int DAYS = 2;  ///< of the rain: longer than any case is stepped
 constexpr double MM_PER_HOUR = 3600000.0;
 constexpr double MM_PER_DAY = 86400000.0;
 

@@ -286,34 +286,43 @@ void stepLand(BareLand& b, size_t k, double rain, double potential) {
     }
 }
 
-/// Runoff into the outfall, of the older of the last two runoff steps.
-void deliver(BareLand& b, size_t k) {
+/// What a subcatchment gives in the routing step, which is that of the older of the last two runoff steps. With flows
+/// it goes there, without into the outfall.
+void deliver(BareLand& b, size_t k, double* flows, double* loads) {
     const size_t n = static_cast<size_t>(b.pollutants);
     const double flow = 0.0 * b.thisRunoff[k] + 1.0 * b.lastRunoff[k];
-    b.lateral += flow;
+    (flows ? flows[k] : b.lateral) += flow;
     b.water += DT * flow;
     for (size_t p = 0; p < n; ++p) {
         const size_t at = k * n + p;
         const double load =
             1.0 * b.lastRunoff[k] * b.lastQuality[at] / 1000.0 + 0.0 * b.thisRunoff[k] * b.thisQuality[at] / 1000.0;
-        b.load[p] += load;
+        (loads ? loads[at] : b.load[p]) += load;
         b.mass[p] += DT * load;
     }
 }
 
 }  // namespace
 
-void bareLand_step(BareLand& b) {
+void bareLand_stepInto(BareLand& b, double* flows, double* loads) {
     const double rain = bare_getRain(b.weather, b.second);
     const double potential = bare_getEvaporation();
-    b.lateral = 0.0;
-    std::fill(b.load.begin(), b.load.end(), 0.0);
     const size_t count = static_cast<size_t>(b.count);
+    if (flows) {
+        std::fill_n(flows, count, 0.0);
+        std::fill_n(loads, count * static_cast<size_t>(b.pollutants), 0.0);
+    }
     for (size_t k = 0; k < count; ++k) {
         stepLand(b, k, rain, potential);
-        deliver(b, k);
+        deliver(b, k, flows, loads);
     }
     b.second += static_cast<int64_t>(DT);
+}
+
+void bareLand_step(BareLand& b) {
+    b.lateral = 0.0;
+    std::fill(b.load.begin(), b.load.end(), 0.0);
+    bareLand_stepInto(b, nullptr, nullptr);
 }
 
 // --- the case ------------------------------------------------------------------------------------------------------
@@ -419,12 +428,18 @@ static void writeRules(TownText& out, int64_t pollutants) {
     }
 }
 
-std::string bareLand_makeProject(const BareLand& b) {
+std::string bareLand_makeProject(const BareLand& b, bool hasJunctions) {
     TownText out;
     out << bare_makeHead(b.weather, b.pollutants, getDryDays(b.weather)) << "[SUBCATCHS]\n";
     for (int64_t k = 0; k < b.count; ++k) {
         const Line line = makeLine(k, b.count);
-        out << "S" << k << " G OUT " << TownDecimal{line.area, 2} << " " << line.width << " " << line.paved << " "
+        out << "S" << k << " G ";
+        if (hasJunctions) {
+            out << "J" << k;
+        } else {
+            out << "OUT";
+        }
+        out << " " << TownDecimal{line.area, 2} << " " << line.width << " " << line.paved << " "
             << TownDecimal{line.slope, 2} << " " << TownDecimal{line.roughness[0], 3} << " "
             << TownDecimal{line.roughness[1], 3} << " " << TownDecimal{line.storage[0], 1} << " "
             << TownDecimal{line.storage[1], 1} << " " << line.first << " " << line.final << " "

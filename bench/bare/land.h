@@ -36,6 +36,11 @@ struct BareLand {
 };
 
 BareLand bareLand_create(int64_t count, int64_t pollutants, BareWeather weather);
-std::string bareLand_makeProject(const BareLand& land);
+
+/// All lead to the outfall, or each to a junction J of its own, which the caller has to add.
+std::string bareLand_makeProject(const BareLand& land, bool hasJunctions = false);
+
+/// Into the outfall; or by subcatchment into flows, m3/s, and loads, kg/s.
 void bareLand_step(BareLand& land);
+void bareLand_stepInto(BareLand& land, double* flows, double* loads);
 bool bareLand_isSame(const BareLand& land, const tv_model* model);
