@@ -3,7 +3,7 @@
 #include "bare/bare.h"
 
 #include <algorithm>
-#include <cstring>
+#include <bit>
 
 #include "tarnvelde_model.h"
 #include "towns/text.h"
@@ -105,7 +105,7 @@ bool bare_isSame(const tv_model* model, int32_t objectClass, const char* variabl
             return false;
         }
         for (size_t k = 0; k < values.size() / stride; ++k) {
-            if (k >= got.size() || std::memcmp(&got[k], &values[k * stride + p], sizeof(double)) != 0) {
+            if (k >= got.size() || std::bit_cast<uint64_t>(got[k]) != std::bit_cast<uint64_t>(values[k * stride + p])) {
                 return false;
             }
         }

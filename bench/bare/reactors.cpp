@@ -100,7 +100,7 @@ double pass(const BareReactors& b, double& last, double value) {
 void stepReactor(BareReactors& b, size_t k) {
     const size_t n = b.nodes.mass.size();
     const double inflow = b.nodes.inflow[k];
-    double inlet[4];
+    double inlet[4] = {};
     for (size_t p = 0; p < n; ++p) {
         inlet[p] = inflow != 0.0 ? b.nodes.load[k * n + p] / inflow * 1000.0 : 0.0;
     }

@@ -324,6 +324,10 @@ static int64_t getArea(size_t k) {
     return 40 + static_cast<int64_t>(k) * 7 % 160;
 }
 
+static int64_t getWidth(size_t k) {
+    return 2 + getArea(k) / 20;
+}
+
 static int64_t getSaturation(BareWeather weather) {
     return weather == BareWeather::STILL ? 0 : SATURATION;
 }
@@ -357,7 +361,7 @@ BareUnits bareUnits_create(BareUnit type, int64_t count, int64_t pollutants, Bar
     const double saturation = static_cast<double>(getSaturation(weather)) / 100.0;
     for (size_t k = 0; k < n; ++k) {
         b.area[k] = static_cast<double>(getArea(k));
-        b.width[k] = static_cast<double>(2 + getArea(k) / 20);
+        b.width[k] = static_cast<double>(getWidth(k));
         b.land[k] = static_cast<double>(getArea(k)) / 10000.0 / 0.0001;
         b.moisture[k] = type == BareUnit::CELL ? WILTING + (POROSITY - WILTING) * saturation : 0.0;
         b.storage[k] = (type == BareUnit::CELL ? STORAGE : BARREL) * saturation;
@@ -382,7 +386,7 @@ std::string bareUnits_makeProject(const BareUnits& b) {
     }
     out << "LAST G OUT 2 60 50 0.3 0.016 0.2 1.5 4 50 5 3 5 0\n[LID_GROUPS]\n";  // slow: it cuts no runoff step
     for (size_t k = 0; k < b.area.size(); ++k) {
-        out << "S" << static_cast<int64_t>(k) << " U " << getArea(k) << " " << 2 + getArea(k) / 20 << " "
+        out << "S" << static_cast<int64_t>(k) << " U " << getArea(k) << " " << getWidth(k) << " "
             << getSaturation(b.weather) << " 0\n";
     }
     out << (b.pollutants > 0 ? "[DECAY_COEFFICIENT]\n" : "");

@@ -71,7 +71,7 @@ TownPlan plan_make(const TownOptions& options) {
         }
         int32_t& turn = plan.nodes[k] == JUNCTION ? linkTurns[plan.links[k]] : nodeTurns[plan.nodes[k]];
         plan.turns[k] = turn++;
-        plan.lids[k] = static_cast<int8_t>(townRandom_isChosen(random, options.lids) ? lids++ % 7 : -1);
+        plan.lids[k] = townRandom_isChosen(random, options.lids) ? lids++ % 7 : -1;
         plan.down[k] = static_cast<int32_t>(pickDown(options, static_cast<int64_t>(k), options.subcatchments));
         const TownPlot plot = plan_makePlot(plan, static_cast<int64_t>(k));
         plan.paved[k] += plot.area * plot.imperviousness;

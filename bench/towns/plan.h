@@ -28,7 +28,7 @@ struct TownPlan {
     std::vector<int32_t> down;  ///< node behind each node; the number of nodes for the outfall of the district
     std::vector<TownNode> nodes;
     std::vector<TownLink> links;  ///< the one that starts at the node
-    std::vector<int8_t> lids;     ///< type of the unit on each subcatchment, or -1
+    std::vector<int32_t> lids;    ///< type of the unit on each subcatchment, or -1
     std::vector<int32_t> turns;   ///< how many nodes, or if it is a junction links, of the same kind stand before it
     std::vector<int64_t> paved;   ///< m2, impervious area above each node and on it
 };

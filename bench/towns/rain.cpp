@@ -75,7 +75,7 @@ std::vector<int32_t> rain_makeYear(uint64_t seed, int gage) {
     std::vector<int32_t> rates;
     rates.reserve(depths.size());
     for (const double depth : depths) {
-        rates.push_back(static_cast<int32_t>(depth + 0.5));
+        rates.push_back(static_cast<int32_t>(std::lround(depth)));
     }
     return rates;
 }

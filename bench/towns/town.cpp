@@ -245,7 +245,7 @@ void writeQuality(TownText& out, const TownPlan& plan) {
 }
 
 void writeUnits(TownText& out, const TownPlan& plan) {
-    if (std::all_of(plan.lids.begin(), plan.lids.end(), [](int8_t type) { return type < 0; })) {
+    if (std::all_of(plan.lids.begin(), plan.lids.end(), [](int32_t type) { return type < 0; })) {
         return;
     }
     out << LID_TEXT << "[LID_GROUPS]\n";
