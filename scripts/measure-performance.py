@@ -11,6 +11,7 @@ import json
 import os
 import platform
 import re
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -54,7 +55,9 @@ def describe_machine():
                       for name in ('L1d cache', 'L2 cache', 'L3 cache') if name in words)
     with open(os.path.join(BUILD, 'CMakeCache.txt')) as file:
         found = re.search(r'^CMAKE_CXX_COMPILER:\w+=(.*)$', file.read(), re.M)
-    compiler = run([found.group(1), '--version']).splitlines()[0]
+    text = run([found.group(1), '--version'])
+    compiler = '%s %s' % ('gcc' if 'Free Software' in text else 'clang',
+                          run([found.group(1), '-dumpfullversion', '-dumpversion']).strip())
     return ('One thread of %s, %s processors (caches of all: %s), %s, preset `release`.\n'
             % (words.get('Model name', platform.machine()), words.get('CPU(s)', '?'), cache, compiler))
 
@@ -95,10 +98,10 @@ def tell_kinds(rows, size, weathers, out):
 def tell_network(rows, out):
     out.append('| Junction with its pipe, by step | pollutants | engine, ns | bare, ns | ratio |')
     out.append('|--:|--:|--:|--:|--:|')
-    for name, row in rows.items():
-        found = re.match(r'ratioNetwork/N:(\d+)/P:(\d+)', name)
-        if found:
-            out.append('| {:,} | {} {}|'.format(int(found.group(1)), found.group(2), three(row, 'library ns', 'bound ns')))
+    found = [(re.match(r'ratioNetwork/N:(\d+)/P:(\d+)', name), row) for name, row in rows.items()]
+    sizes = [(int(match.group(1)), int(match.group(2)), row) for match, row in found if match]
+    for size, pollutants, row in sorted(sizes, key=lambda entry: entry[:2]):
+        out.append('| {:,} | {} {}|'.format(size, pollutants, three(row, 'library ns', 'bound ns')))
     out.append('')
 
 
@@ -139,8 +142,8 @@ def read_profile(path):
         found = re.match(r'\s*([\d,]+)(?:\s*\([\s\d.]+%\))?\s+(\S.*)$', line)
         if found and ':' in found.group(2):
             name = found.group(2).split(':', 1)[1]
-            name = re.sub(r"\(.*|\[.*|\.(?:constprop|isra|part|lto_priv|cold)\S*|'\d+", '', name).strip()
-            rows.append((int(found.group(1).replace(',', '')), name))
+            name = re.sub(r"<.*|\(.*|\[.*|@@.*|\.(?:constprop|isra|part|lto_priv|cold)\S*|'\d+", '', name)
+            rows.append((int(found.group(1).replace(',', '')), (name.split() or ['?'])[-1]))
     total = sum(count for count, _ in rows)
     sums = {}
     for count, name in rows:
@@ -157,6 +160,8 @@ def profile(weather, size, days, folder):
 
 
 def measure_profile(is_quick):
+    if not shutil.which('valgrind'):
+        return ['Not taken: valgrind is missing.', '']
     size = 50 if is_quick else 400
     out = ['| Share of all instructions, a day of %d subcatchments | storm, %% | dry, %% | nothing changes, %% |' % size,
            '|---|--:|--:|--:|']

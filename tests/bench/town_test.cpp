@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <sstream>
 
@@ -143,6 +144,52 @@ TEST(Town, IsPlainIfAskedFor) {
                                               "[RAINGAGES]", "[SUBCATCHS]", "[JUNCTIONS]", "[OUTFALLS]", "[PIPES]",
                                               "[POLLUTANTS]", "[LANDUSES]", "[BUILDUP]", "[WASHOFF]", "[COVERAGES]"));
 }
+
+// --- the program ---------------------------------------------------------------------------------------------------
+
+/// What the program writes to standard output, and its exit status.
+std::string runProgram(const std::string& words, int& status) {
+    std::FILE* pipe = popen((std::string(TARNVELDE_TOWN) + " " + words + " 2>/dev/null").c_str(), "r");
+    std::string text;
+    char piece[4096];
+    for (size_t size; (size = std::fread(piece, 1, sizeof piece, pipe)) > 0;) {
+        text.append(piece, size);
+    }
+    status = WEXITSTATUS(pclose(pipe));
+    return text;
+}
+
+TEST(TownProgram, WritesTheTownOfItsOptions) {
+    TownOptions options;
+    town_makePlain(options);
+    options.seed = 4;
+    options.subcatchments = 30;
+    options.weather = TownWeather::WEEK;
+    options.pollutants = 2;
+    options.tanks = 0.5;
+    options.reportStep = 600;
+    int status = -1;
+    EXPECT_EQ(runProgram("4 30 --plain --weather week --pollutants 2 --tanks 0.5 --report-step 600 -", status),
+              town_makeText(options));
+    EXPECT_EQ(status, 0);
+}
+
+TEST(TownProgram, RefusesWhatItDoesntKnow) {
+    for (const char* words : {"", "1 10", "x 10 -", "1 0 -", "1 10 --weather fog -", "1 10 --tanks 2 -",
+                              "1 10 --pollutants 5 -", "1 10 --towers 1 -", "1 10 --days -"}) {
+        int status = -1;
+        EXPECT_EQ(runProgram(words, status), "") << words;
+        EXPECT_EQ(status, 2) << words;
+    }
+}
+
+TEST(TownProgram, TellsOfAFileThatCantBeWritten) {
+    int status = -1;
+    (void)runProgram("1 10 /nowhere/at/all.inp", status);
+    EXPECT_EQ(status, 1);
+}
+
+// --- runs ----------------------------------------------------------------------------------------------------------
 
 class TownOfAWeather : public testing::TestWithParam<TownWeather> {};
 
