@@ -209,7 +209,7 @@ void writeSubcatchments(TownText& out, const TownPlan& plan) {
 }
 
 void writeQuality(TownText& out, const TownPlan& plan) {
-    constexpr const char* POLLUTANTS[4] = {"TSS 0\n", "COD 5\n", "NH4 0\n", "ZN 0.03\n"};
+    constexpr const char* POLLUTANTS[4] = {"TSS 0\n", "COD 4\n", "NH4 0\n", "ZN 0.03\n"};
     constexpr const char* BUILDUP[2][4] = {
         {"LIVING TSS 60 0.25\n", "LIVING COD 40 0.3\n", "LIVING NH4 2 0.3\n", "LIVING ZN 0.15 0.2\n"},
         {"TRADE TSS 160 0.4\n", "TRADE COD 70 0.4\n", "TRADE NH4 3 0.4\n", "TRADE ZN 0.9 0.35\n"}};
