@@ -43,9 +43,6 @@ BareWeather getWeather(const benchmark::State& state) {
 void tellTimes(benchmark::State& state, const std::vector<double>& engine, const std::vector<double>& bare) {
     const double steps = ROUND * static_cast<double>(state.range(0)) * 1e-9;
     state.counters["engine ns"] = getMedian(engine) / steps;
-    if (bare.empty()) {
-        return;
-    }
     std::vector<double> ratios;
     for (size_t k = 0; k < engine.size(); ++k) {
         ratios.push_back(engine[k] / bare[k]);
@@ -84,28 +81,6 @@ void compare(benchmark::State& state, Bare bare, const std::string& project, voi
         state.SkipWithError("the engine and the bare arithmetic differ");
     }
     tellTimes(state, engineTimes, bareTimes);
-    tv_free(model);
-}
-
-void stepAlone(benchmark::State& state, const std::string& project) {
-    tv_model* model = bare_startModel(project);
-    if (!model) {
-        state.SkipWithError("the project doesn't start");
-        return;
-    }
-    for (int k = 0; k < SETTLING; ++k) {
-        tv_step(model);
-    }
-    std::vector<double> times;
-    for ([[maybe_unused]] auto _ : state) {
-        const double begin = bench_getProcessorTime();
-        for (int k = 0; k < ROUND; ++k) {
-            tv_step(model);
-        }
-        times.push_back(getSeconds(begin));
-        state.SetIterationTime(times.back());
-    }
-    tellTimes(state, times, {});
     tv_free(model);
 }
 
@@ -197,30 +172,7 @@ void kindTown(benchmark::State& state) {
     compare(state, town, makeTownProject(town), stepTown, isTownSame);
 }
 
-// --- without bare arithmetic ---------------------------------------------------------------------------------------
-
-/// LID units of the types that have no bare arithmetic here.
-void kindUnitAlone(benchmark::State& state, const char* definition) {
-    const bool isStill = getWeather(state) == BareWeather::STILL;
-    TownText out;
-    out << bare_makeHead(getWeather(state), POLLUTANTS, isStill ? 60.0 : 2.0) << "[LIDS]\n"
-        << definition << "[SUBCATCHS]\n";
-    for (int64_t k = 0; k < state.range(0); ++k) {
-        out << "S" << k << " G OUT 0.01 10 50 1 0.015 0.2 1 3 50 5 4 5 0\n";
-    }
-    out << "LAST G OUT 2 60 50 0.3 0.016 0.2 1.5 4 50 5 3 5 0\n[LID_GROUPS]\n";  // slow: it cuts no runoff step
-    for (int64_t k = 0; k < state.range(0); ++k) {
-        out << "S" << k << " U 100 7 " << (isStill ? "0 0\n" : "30 0\n");
-    }
-    out << "[DECAY_COEFFICIENT]\n";
-    for (int64_t p = 0; p < POLLUTANTS; ++p) {
-        for (const char* layer : {"SURFACE", "SOIL", "STORAGE"}) {
-            out << "U LID P" << p << " FIRST 1 \"\" " << layer << "\n";
-        }
-    }
-    out << BARE_OUTFALL;
-    stepAlone(state, out.text);
-}
+// --- sizes and weather ---------------------------------------------------------------------------------------------
 
 void addSmall(benchmark::internal::Benchmark* benchmark) {
     for (const BareWeather weather : {BareWeather::WET, BareWeather::DRY, BareWeather::STILL}) {
@@ -238,20 +190,12 @@ void addLarge(benchmark::internal::Benchmark* benchmark) {
 
 BENCHMARK(kindLand)->Apply(addSmall);
 BENCHMARK_CAPTURE(kindUnit, cell, BareUnit::CELL)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnit, garden, BareUnit::GARDEN)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnit, roof, BareUnit::ROOF)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnit, trench, BareUnit::TRENCH)->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnit, pavement, BareUnit::PAVEMENT)->Apply(addSmall);
 BENCHMARK_CAPTURE(kindUnit, barrel, BareUnit::BARREL)->Apply(addSmall);
-BENCHMARK_CAPTURE(kindUnitAlone, garden,
-                  "U RG\nU SURFACE 150 0.15 0.1 1 0\nU SOIL 400 0.45 0.2 0.1 40 10\nU STORAGE 0 0 8\n")
-    ->Apply(addSmall);
-BENCHMARK_CAPTURE(kindUnitAlone, roof,
-                  "U GR\nU SURFACE 20 0 0.1 2 0\nU SOIL 100 0.5 0.3 0.1 80 10\nU DRAINMAT 25 0.5 0.3\n")
-    ->Apply(addSmall);
-BENCHMARK_CAPTURE(kindUnitAlone, trench, "U IT\nU SURFACE 50 0 0.1 1 0\nU STORAGE 900 0.67 12\nU DRAIN 4 0.5 600\n")
-    ->Apply(addSmall);
-BENCHMARK_CAPTURE(kindUnitAlone, pavement,
-                  "U PP\nU SURFACE 5 0 0.02 1 0\nU PAVEMENT 120 0.2 500\nU SOIL 100 0.4 0.2 0.1 60 10\n"
-                  "U STORAGE 300 0.67 3\nU DRAIN 3 0.5 150\n")
-    ->Apply(addSmall);
-BENCHMARK_CAPTURE(kindUnitAlone, swale, "U VS\nU SURFACE 400 0.1 0.15 1 3\nU STORAGE 100 1 5\n")->Apply(addSmall);
+BENCHMARK_CAPTURE(kindUnit, swale, BareUnit::SWALE)->Apply(addSmall);
 BENCHMARK(kindTank)->Apply(addSmall);
 BENCHMARK_CAPTURE(kindConduit, circular, BareSection::CIRCULAR)->Apply(addSmall);
 BENCHMARK_CAPTURE(kindConduit, rectangular, BareSection::RECTANGULAR)->Apply(addSmall);

@@ -21,10 +21,10 @@ BUILD = os.path.join(ROOT, 'build', 'release')
 PAGE = os.path.join(ROOT, 'docs', 'performance.md')
 WEATHERS = ['wet', 'dry', 'still']
 
-KINDS = [('kindLand', 'subcatchment'), ('kindUnit/cell', 'bio-retention cell'), ('kindUnitAlone/garden', 'rain garden'),
-         ('kindUnitAlone/roof', 'green roof'), ('kindUnitAlone/trench', 'infiltration trench'),
-         ('kindUnitAlone/pavement', 'permeable pavement'), ('kindUnit/barrel', 'rain barrel'),
-         ('kindUnitAlone/swale', 'swale'), ('kindTank', 'tank with pump, orifice and weir'),
+KINDS = [('kindLand', 'subcatchment'), ('kindUnit/cell', 'bio-retention cell'), ('kindUnit/garden', 'rain garden'),
+         ('kindUnit/roof', 'green roof'), ('kindUnit/trench', 'infiltration trench'),
+         ('kindUnit/pavement', 'permeable pavement'), ('kindUnit/barrel', 'rain barrel'),
+         ('kindUnit/swale', 'swale'), ('kindTank', 'tank with pump, orifice and weir'),
          ('kindConduit/circular', 'conduit, circular'), ('kindConduit/rectangular', 'conduit, rectangular'),
          ('kindConduit/irregular', 'conduit, irregular'), ('kindReactor', 'stirred reactor'),
          ('kindTown', 'subcatchment, junction and pipe')]

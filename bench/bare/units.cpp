@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "bare/unitwater.h"
 #include "tarnvelde_model.h"
 #include "towns/text.h"
 
@@ -15,129 +16,110 @@ constexpr double DRY_RATE = 7.056e-10;
 constexpr double MIN_VOLUME = 0.01;  ///< m3, below which a layer counts as dry
 constexpr double MM_PER_HOUR = 3600000.0;
 
-// The layers as the project has them.
-constexpr double BERM = 150 / 1000.0, SOIL = 500 / 1000.0, POROSITY = 0.45, FIELD = 0.2, WILTING = 0.1;
-constexpr double CONDUCTIVITY = 40 / MM_PER_HOUR, SOIL_SLOPE = 10;
-constexpr double STORAGE = 300 / 1000.0, STORAGE_VOID = 0.67 / (0.67 + 1.0), SEEPAGE = 3 / MM_PER_HOUR;
-constexpr double DRAIN = 3, DRAIN_OFFSET = 100 / 1000.0;
-constexpr double SURFACE_VOID = 1.0 - 0.1;
-constexpr double BARREL = 1500 / 1000.0, BARREL_DRAIN = 6, BARREL_OFFSET = 50 / 1000.0, BARREL_DELAY = 0.25 * 3600.0;
 constexpr int64_t SATURATION = 30;  ///< %, at the start, unless nothing is to move
 
-double getNonNegative(double value) {
-    return 0.0 < value ? value : 0.0;
+double getAlpha(double slope, double roughness) {
+    return std::sqrt(slope / 100.0) * (1.0 / roughness);
 }
 
-double limit(double value, double high) {
-    const double low = value < 0.0 ? 0.0 : value;
-    return bare_getMinimum(low, high);
+/// Lines of the project, and the same layers in m and m/s.
+const char* getDefinition(BareUnit type) {
+    switch (type) {
+        case BareUnit::CELL:
+            return "U BC\nU SURFACE 150 0.1 0.1 1 0\nU SOIL 500 0.45 0.2 0.1 40 10\nU STORAGE 300 0.67 3\n"
+                   "U DRAIN 3 0.5 100\n";
+        case BareUnit::GARDEN:
+            return "U RG\nU SURFACE 150 0.1 0.1 1 0\nU SOIL 500 0.45 0.2 0.1 40 10\nU STORAGE 0 0 8\n";
+        case BareUnit::ROOF:
+            return "U GR\nU SURFACE 20 0 0.1 2 0\nU SOIL 100 0.5 0.3 0.1 80 10\nU DRAINMAT 25 0.5 0.3\n";
+        case BareUnit::TRENCH: return "U IT\nU SURFACE 50 0 0.1 1 0\nU STORAGE 900 0.67 12\nU DRAIN 4 0.5 600\n";
+        case BareUnit::PAVEMENT:
+            return "U PP\nU SURFACE 5 0 0.02 1 0\nU PAVEMENT 120 0.2 500\nU SOIL 100 0.4 0.2 0.1 60 10\n"
+                   "U STORAGE 300 0.67 3\nU DRAIN 3 0.5 150\n";
+        case BareUnit::BARREL: return "U RB\nU STORAGE 1500 1 0\nU DRAIN 6 0.5 50 0.25\n";
+        default: return "U VS\nU SURFACE 400 0.1 0.15 1 3\nU STORAGE 100 1 5\n";
+    }
 }
 
-double getSurfaceAlpha() {
-    return std::sqrt(1 / 100.0) * (1.0 / 0.1);
+void setSoil(BareLayers& l, double depth, double porosity, double field, double conductivity) {
+    l.soil = depth / 1000.0;
+    l.porosity = porosity;
+    l.field = field;
+    l.wilting = 0.1;
+    l.conductivity = conductivity / MM_PER_HOUR;
+    l.soilSlope = 10;
 }
 
-/// Fluxes of a step, m/s.
-struct Fluxes {
-    double inflow, surfaceEvap, soilEvap, storageEvap, infil, out, perc, exfil, drain, storageInflow;
-};
-
-// --- water ---------------------------------------------------------------------------------------------------------
-
-void limitLayers(Fluxes& s, double moisture, double level) {
-    const double storageVolume = level * STORAGE_VOID;
-    if (!(moisture < POROSITY) && !(level < STORAGE)) {
-        double through = s.drain + s.exfil;
-        if (s.perc < through) {
-            through = s.perc;
-            if (!(s.perc > s.exfil)) {
-                s.drain = 0.0;
-                s.exfil = s.perc;
-            } else {
-                s.drain = s.perc - s.exfil;
-            }
-        }
-        s.perc = through;
-        s.infil = bare_getMinimum(s.infil, through);
-        return;
-    }
-    s.exfil = getNonNegative(bare_getMinimum(s.exfil, storageVolume / DT + s.perc - s.storageEvap));
-    if (s.drain > 0.0) {
-        double available = -s.exfil - s.storageEvap;
-        if (!(level < STORAGE)) {
-            available += s.perc;
-        }
-        if (!(level < DRAIN_OFFSET)) {
-            available += (level - DRAIN_OFFSET) * STORAGE_VOID / DT;
-        }
-        s.drain = bare_getMinimum(s.drain, getNonNegative(available));
-    }
-    s.perc = bare_getMinimum(s.perc, (STORAGE - level) * STORAGE_VOID / DT + s.drain + s.exfil + s.storageEvap);
-    s.infil = bare_getMinimum(s.infil, (POROSITY - moisture) * SOIL / DT + s.perc + s.soilEvap);
+void setStorage(BareLayers& l, double depth, double ratio, double seepage) {
+    l.storage = depth / 1000.0;
+    l.storageVoid = depth > 0.0 ? ratio / (ratio + 1.0) : 1.0;
+    l.seepage = seepage / MM_PER_HOUR;
 }
 
-double getCellDrain(double surface, double moisture, double level) {
-    double head = level;
-    if (!(head < STORAGE) && moisture > FIELD) {
-        head += (moisture - FIELD) / (POROSITY - FIELD) * SOIL;
-        if (!(moisture < POROSITY)) {
-            head += surface;
-        }
-    }
-    head -= DRAIN_OFFSET;
-    return head > 1e-10 ? std::pow(head * 1000.0, 0.5) * DRAIN / MM_PER_HOUR : 0.0;
+void setSurface(BareLayers& l, double berm, double plants, double roughness, double slope) {
+    l.berm = berm / 1000.0;
+    l.surfaceVoid = 1.0 - plants;
+    l.surfaceAlpha = getAlpha(slope, roughness);
 }
 
-/// Moves the levels of a cell; gives what it held before the step, m.
-double stepCell(BareUnits& b, size_t k, Fluxes& s, double potential) {
-    const double surface = b.surface[k], moisture = b.moisture[k], level = b.storage[k];
-    s.infil = bare_getMinimum(bare_getMinimum(CONDUCTIVITY, s.inflow), (POROSITY - moisture) * SOIL / DT);
-    const double surfaceVolume = surface * SURFACE_VOID, soilVolume = moisture * SOIL;
-    const double storageVolume = level * STORAGE_VOID;
-    s.surfaceEvap = getNonNegative(bare_getMinimum(potential, surfaceVolume / DT));
-    if (!(s.infil > 0.0)) {
-        double rest = getNonNegative(potential - s.surfaceEvap);
-        rest = getNonNegative(rest - bare_getMinimum(rest, 0.0 / DT));
-        s.soilEvap = bare_getMinimum(rest, (soilVolume - SOIL * WILTING) / DT);
-        rest = getNonNegative(rest - s.soilEvap);
-        s.storageEvap = bare_getMinimum(rest, storageVolume / DT);
-    }
-    if (!(moisture < POROSITY)) {
-        s.storageEvap = 0.0;
-    }
-    const double rate = moisture > FIELD ? CONDUCTIVITY * std::exp(-(POROSITY - moisture) * SOIL_SLOPE) : 0.0;
-    s.perc = getNonNegative(bare_getMinimum(rate, getNonNegative((moisture - FIELD) * SOIL) / DT - s.soilEvap));
-    s.exfil = SEEPAGE;
-    s.drain = getCellDrain(surface, moisture, level);
-    limitLayers(s, moisture, level);
-    const double head = surface - BERM;
-    s.out = head < 0.0
-                ? 0.0
-                : bare_getMinimum(std::pow(head, 1.6666666666666667) * getSurfaceAlpha() * b.width[k] / b.area[k],
-                                  head / DT);
-    b.moisture[k] = (s.infil - s.soilEvap - s.perc) / SOIL * DT + moisture;
-    b.moisture[k] = bare_getMinimum(b.moisture[k] < WILTING ? WILTING : b.moisture[k], POROSITY);
-    b.storage[k] = limit((s.perc - s.storageEvap - s.exfil - s.drain) / STORAGE_VOID * DT + level, STORAGE);
-    b.surface[k] = limit((s.inflow - s.surfaceEvap - s.infil - s.out) / SURFACE_VOID * DT + surface, 1e10);
-    return 0.0 + surfaceVolume + soilVolume + storageVolume;
+void setDrain(BareLayers& l, double coefficient, double offset) {
+    l.drain = coefficient;
+    l.drainOffset = offset / 1000.0;
 }
 
-double stepBarrel(BareUnits& b, size_t k, Fluxes& s) {
-    const double surface = b.surface[k], level = b.storage[k];
-    if (!(b.dryTime[k] < BARREL_DELAY) && level > BARREL_OFFSET) {
-        const double head = level - BARREL_OFFSET;
-        const double law = head > 1e-10 ? std::pow(head * 1000.0, 0.5) * BARREL_DRAIN / MM_PER_HOUR : 0.0;
-        s.drain = bare_getMinimum(law, (level - BARREL_OFFSET) / DT);
+BareLayers makeLayers(BareUnit type) {
+    BareLayers l{};
+    switch (type) {
+        case BareUnit::CELL:
+        case BareUnit::GARDEN:
+            setSurface(l, 150, 0.1, 0.1, 1);
+            setSoil(l, 500, 0.45, 0.2, 40);
+            setStorage(l, type == BareUnit::CELL ? 300 : 0, 0.67, type == BareUnit::CELL ? 3 : 8);
+            setDrain(l, type == BareUnit::CELL ? 3 : 0, type == BareUnit::CELL ? 100 : 0);
+            break;
+        case BareUnit::ROOF:
+            setSurface(l, 20, 0, 0.1, 2);
+            setSoil(l, 100, 0.5, 0.3, 80);
+            l.storage = 25 / 1000.0;
+            l.storageVoid = 0.5;
+            l.matAlpha = getAlpha(2, 0.3);
+            break;
+        case BareUnit::TRENCH:
+            setSurface(l, 50, 0, 0.1, 1);
+            setStorage(l, 900, 0.67, 12);
+            setDrain(l, 4, 600);
+            break;
+        case BareUnit::PAVEMENT:
+            setSurface(l, 5, 0, 0.02, 1);
+            setSoil(l, 100, 0.4, 0.2, 60);
+            setStorage(l, 300, 0.67, 3);
+            setDrain(l, 3, 150);
+            l.pavement = 120 / 1000.0;
+            l.pavementVoid = 0.2 / (0.2 + 1.0);
+            l.pavementRate = 500 / MM_PER_HOUR;
+            break;
+        case BareUnit::BARREL:
+            l.storage = 1500 / 1000.0;
+            l.storageVoid = 1.0;
+            setDrain(l, 6, 50);
+            l.drainDelay = 0.25 * 3600.0;
+            break;
+        default:
+            setSurface(l, 400, 0.1, 0.15, 1);
+            l.surfaceAlpha = std::sqrt(1 / 100.0) / 0.15;
+            l.sideSlope = 3;
+            setStorage(l, 100, 1, 5);
+            break;
     }
-    s.storageInflow = bare_getMinimum(s.inflow, (BARREL - level) / DT + s.drain);
-    s.infil = s.storageInflow;
-    s.out = s.inflow - s.storageInflow;
-    b.surface[k] = limit(s.out * DT + surface, 1e10);
-    b.storage[k] = limit((s.storageInflow - s.drain) * DT + level, BARREL);
-    return level;
+    return l;
 }
 
 // --- pollutants ----------------------------------------------------------------------------------------------------
+
+/// Levels ahead of the step.
+struct BareLevels {
+    double surface, pavement, moisture, storage;
+};
 
 double getConcentration(double volume, double mass) {
     return volume > MIN_VOLUME ? mass / volume * 1000.0 : 0.0;
@@ -155,7 +137,7 @@ double getCarried(double rate, double area, double c) {
     return rate * area * DT * c / 1000.0;
 }
 
-void finishStorage(BareUnits& b, size_t k, size_t at, const Fluxes& s, double volume, double in) {
+void finishStorage(BareUnits& b, size_t k, size_t at, const BareFluxes& s, double volume, double in) {
     const double area = b.area[k], mass = b.storageMass[at];
     const double c = getConcentration(volume, mass);
     const double exfil = s.exfil * area * DT, drain = s.drain * area * DT;
@@ -168,40 +150,80 @@ void finishStorage(BareUnits& b, size_t k, size_t at, const Fluxes& s, double vo
     b.drainLoad[at] = s.drain * area * left / 1000.0;
 }
 
-void moveThroughCell(BareUnits& b, size_t k, size_t at, const Fluxes& s, double load, const double* levels) {
-    const double area = b.area[k];
-    const double surfaceVolume = area * levels[0] * SURFACE_VOID, storageVolume = area * levels[2] * STORAGE_VOID;
-    const double soilVolume = area * levels[1] * SOIL;
-    const double cSurface = getConcentration(surfaceVolume, b.surfaceMass[at]);
-    const double arriving = DT * load;
-    const double soilIn = surfaceVolume > MIN_VOLUME ? getCarried(s.infil, area, cSurface) : arriving;
-    const double soilOut =
-        soilVolume > MIN_VOLUME ? getCarried(s.perc, area, getConcentration(soilVolume, b.soilMass[at])) : soilIn;
-    if (storageVolume > MIN_VOLUME) {
-        finishStorage(b, k, at, s, storageVolume, soilOut);
-    } else {
-        b.storageMass[at] = 0.0;
-        const double out = s.exfil + s.drain;
-        if (out > 0.0) {
-            const double drained = soilOut * s.drain / out;
-            b.drainOut[at] += drained;
-            b.drainLoad[at] = drained / DT;
-            b.exfilLoad[at] += soilOut - drained;
-        }
-    }
-    const double mixed = getMixed(soilIn + b.soilMass[at] - soilOut, soilVolume);
-    const double soilLeft = b.soilDecay * mixed;
-    b.reacted[at] += (mixed - soilLeft) * soilVolume / 1000.0;
-    b.soilMass[at] = soilLeft * soilVolume / 1000.0;
-    const double mass =
-        arriving + b.surfaceMass[at] - getCarried(s.infil, area, cSurface) - getCarried(s.out, area, cSurface);
-    const double left = getMixed(mass, surfaceVolume);
-    b.surfaceMass[at] = left * surfaceVolume / 1000.0;
-    b.surfaceOut[at] += getCarried(s.out, area, left);
-    b.surfaceLoad[at] = s.out * area * left / 1000.0;
+/// A layer on the way down: what leaves it.
+double passDown(double volume, double mass, double in, double rate, double area) {
+    return volume > MIN_VOLUME ? getCarried(rate, area, getConcentration(volume, mass)) : in;
 }
 
-void moveThroughBarrel(BareUnits& b, size_t k, size_t at, const Fluxes& s, double load, double level) {
+/// Pavement and soil: what stays reacts.
+void finishLayer(BareUnits& b, size_t at, double volume, double& mass, double change, double decay) {
+    const double mixed = getMixed(change, volume);
+    const double left = decay * mixed;
+    b.reacted[at] += (mixed - left) * volume / 1000.0;
+    mass = left * volume / 1000.0;
+}
+
+/// The surface, which loses `infil` downward; gives the concentration that is left.
+double finishSurface(BareUnits& b, size_t k, size_t at, const BareFluxes& s, double load, double volume, double infil) {
+    const double area = b.area[k], c = getConcentration(volume, b.surfaceMass[at]);
+    const double mass = DT * load + b.surfaceMass[at] - getCarried(infil, area, c) - getCarried(s.out, area, c);
+    const double left = getMixed(mass, volume);
+    b.surfaceMass[at] = left * volume / 1000.0;
+    b.surfaceOut[at] += getCarried(s.out, area, left);
+    b.surfaceLoad[at] = s.out * area * left / 1000.0;
+    return left;
+}
+
+void finishDryStorage(BareUnits& b, size_t at, const BareFluxes& s, double in) {
+    b.storageMass[at] = 0.0;
+    const double out = s.exfil + s.drain;
+    if (b.type == BareUnit::ROOF) {
+        b.drainOut[at] += in;
+        b.drainLoad[at] = in / DT;
+    } else if (out > 0.0) {
+        const double drained = in * s.drain / out;
+        b.drainOut[at] += drained;
+        b.drainLoad[at] = drained / DT;
+        b.exfilLoad[at] += in - drained;
+    }
+}
+
+void moveThroughStack(BareUnits& b, size_t k, size_t at, const BareFluxes& s, double load, const BareLevels& levels) {
+    const BareLayers& l = b.layers;
+    const double area = b.area[k];
+    const double surfaceVolume = area * levels.surface * l.surfaceVoid;
+    const double pavementVolume = area * levels.pavement * l.pavementVoid;
+    const double soilVolume = area * levels.moisture * l.soil;
+    const double storageVolume = area * levels.storage * l.storageVoid;
+    const double first = passDown(surfaceVolume, b.surfaceMass[at], DT * load, s.infil, area);
+    double second = first, in = first;
+    if (b.type == BareUnit::PAVEMENT) {
+        second = in = passDown(pavementVolume, b.pavementMass[at], first, s.pavementPerc, area);
+    }
+    if (b.type != BareUnit::TRENCH) {
+        in = passDown(soilVolume, b.soilMass[at], second, s.perc, area);
+    }
+    if (storageVolume > MIN_VOLUME) {
+        finishStorage(b, k, at, s, storageVolume, in);
+    } else {
+        finishDryStorage(b, at, s, in);
+    }
+    if (b.type != BareUnit::TRENCH) {
+        finishLayer(b, at, soilVolume, b.soilMass[at], second + b.soilMass[at] - in, b.soilDecay);
+    }
+    if (b.type == BareUnit::PAVEMENT) {
+        finishLayer(b, at, pavementVolume, b.pavementMass[at], first + b.pavementMass[at] - second, 1.0);
+    }
+    finishSurface(b, k, at, s, load, surfaceVolume, s.infil);
+}
+
+void moveThroughSwale(BareUnits& b, size_t k, size_t at, const BareFluxes& s, double load, double level) {
+    const double volume = b.area[k] * level * b.layers.surfaceVoid;
+    const double left = finishSurface(b, k, at, s, load, volume, s.exfil);
+    b.exfilLoad[at] += getCarried(s.exfil, b.area[k], left);
+}
+
+void moveThroughBarrel(BareUnits& b, size_t k, size_t at, const BareFluxes& s, double load, double level) {
     const double area = b.area[k], volume = area * level * 1.0;
     double in = 0.0;
     if (s.inflow * area * DT > MIN_VOLUME) {
@@ -218,7 +240,7 @@ void moveThroughBarrel(BareUnits& b, size_t k, size_t at, const Fluxes& s, doubl
     b.drainLoad[at] = s.inflow != 0.0 ? s.storageInflow * load / s.inflow : 0.0;
 }
 
-void moveLoads(BareUnits& b, size_t k, const Fluxes& s, double rain, const double* levels) {
+void moveLoads(BareUnits& b, size_t k, const BareFluxes& s, double rain, const BareLevels& levels) {
     const size_t n = static_cast<size_t>(b.pollutants);
     for (size_t p = 0; p < n; ++p) {
         const size_t at = k * n + p;
@@ -227,26 +249,26 @@ void moveLoads(BareUnits& b, size_t k, const Fluxes& s, double rain, const doubl
         b.rainLoad[at] += DT * rain * b.area[k] * concentration / 1000.0;
         b.surfaceLoad[at] = b.drainLoad[at] = 0.0;
         b.inflowLoad[at] += DT * load;
-        if (b.type == BareUnit::CELL) {
-            moveThroughCell(b, k, at, s, load, levels);
-        } else {
-            moveThroughBarrel(b, k, at, s, load, levels[2]);
+        switch (b.type) {
+            case BareUnit::BARREL: moveThroughBarrel(b, k, at, s, load, levels.storage); break;
+            case BareUnit::SWALE: moveThroughSwale(b, k, at, s, load, levels.surface); break;
+            default: moveThroughStack(b, k, at, s, load, levels); break;
         }
-        b.finalLoad[at] = b.surfaceMass[at] + b.soilMass[at] + b.storageMass[at];
+        b.finalLoad[at] = b.surfaceMass[at] + b.pavementMass[at] + b.soilMass[at] + b.storageMass[at];
     }
 }
 
 // --- the step ------------------------------------------------------------------------------------------------------
 
-void addBalance(BareUnits& b, size_t k, const Fluxes& s, double rain, double held) {
+void addBalance(BareUnits& b, size_t k, const BareFluxes& s, double rain, double held) {
     b.inflowDepth[k] += DT * s.inflow;
     b.infilDepth[k] += s.exfil * DT;
-    b.evapDepth[k] += (0.0 + s.surfaceEvap + s.soilEvap + s.storageEvap) * DT;
+    b.evapDepth[k] += (s.pavementEvap + s.surfaceEvap + s.soilEvap + s.storageEvap) * DT;
     b.outDepth[k] += s.out * DT;
     b.drainDepth[k] += s.drain * DT;
     b.finalDepth[k] = held;
     b.dryTime[k] = rain > DRY_RATE ? 0.0 : b.dryTime[k] + DT;
-    const double evap = (s.surfaceEvap + 0.0 + s.soilEvap + s.storageEvap) * DT * b.area[k];
+    const double evap = (s.surfaceEvap + s.pavementEvap + s.soilEvap + s.storageEvap) * DT * b.area[k];
     const double infil = s.exfil * DT * b.area[k];
     b.rainfall[k] += DT * rain * 1000.0;
     b.evaporated[k] += DT * (evap / DT / b.land[k]) * 1000.0;
@@ -269,14 +291,13 @@ void setQuality(BareUnits& b, size_t k) {
 
 void stepUnit(BareUnits& b, size_t k, double rain, double potential) {
     const size_t n = static_cast<size_t>(b.pollutants);
-    const double levels[3] = {b.surface[k], b.moisture[k], b.storage[k]};
+    const BareLevels levels = {b.surface[k], b.pavement[k], b.moisture[k], b.storage[k]};
     b.lastRunoff[k] = b.thisRunoff[k];
     std::copy_n(b.thisQuality.begin() + static_cast<int64_t>(k * n), n,
                 b.lastQuality.begin() + static_cast<int64_t>(k * n));
-    Fluxes s{};
+    BareFluxes s{};
     s.inflow = 0.0 + rain;
-    const double held =
-        b.type == BareUnit::CELL ? stepCell(b, k, s, rain > 0.0 ? 0.0 : potential) : stepBarrel(b, k, s);
+    const double held = bareUnits_moveWater(b, k, s, rain > 0.0 ? 0.0 : potential);
     moveLoads(b, k, s, rain, levels);
     b.drainFlow[k] = s.drain * b.area[k];
     b.thisRunoff[k] = s.out * b.area[k] * DT / DT;
@@ -339,21 +360,23 @@ static double getDryDays(BareWeather weather) {
 BareUnits bareUnits_create(BareUnit type, int64_t count, int64_t pollutants, BareWeather weather) {
     BareUnits b{};
     b.type = type;
+    b.layers = makeLayers(type);
+    const BareLayers& l = b.layers;
     b.count = count;
     b.pollutants = pollutants;
     b.weather = weather;
     b.soilDecay = std::exp(-DT * (1.0 * (2 / 86400.0)));
     b.storageDecay = std::exp(-DT * (1.0 * (1 / 86400.0)));
     const size_t n = static_cast<size_t>(count);
-    for (auto* array :
-         {&b.area,       &b.width,      &b.land,      &b.surface,     &b.moisture,    &b.storage,    &b.dryTime,
-          &b.lastRunoff, &b.thisRunoff, &b.drainFlow, &b.inflowDepth, &b.evapDepth,   &b.infilDepth, &b.outDepth,
-          &b.drainDepth, &b.finalDepth, &b.rainfall,  &b.evaporated,  &b.infiltrated, &b.runoff,     &b.peak}) {
+    for (auto* array : {&b.area,        &b.width,         &b.land,        &b.surface,    &b.moisture,   &b.storage,
+                        &b.pavement,    &b.surfaceChange, &b.dryTime,     &b.lastRunoff, &b.thisRunoff, &b.drainFlow,
+                        &b.inflowDepth, &b.evapDepth,     &b.infilDepth,  &b.outDepth,   &b.drainDepth, &b.finalDepth,
+                        &b.rainfall,    &b.evaporated,    &b.infiltrated, &b.runoff,     &b.peak}) {
         array->assign(n, 0.0);
     }
-    for (auto* array :
-         {&b.surfaceMass, &b.soilMass, &b.storageMass, &b.surfaceLoad, &b.drainLoad, &b.lastQuality, &b.thisQuality,
-          &b.rainLoad, &b.inflowLoad, &b.exfilLoad, &b.surfaceOut, &b.drainOut, &b.finalLoad, &b.reacted, &b.washed}) {
+    for (auto* array : {&b.surfaceMass, &b.pavementMass, &b.soilMass, &b.storageMass, &b.surfaceLoad, &b.drainLoad,
+                        &b.lastQuality, &b.thisQuality, &b.rainLoad, &b.inflowLoad, &b.exfilLoad, &b.surfaceOut,
+                        &b.drainOut, &b.finalLoad, &b.reacted, &b.washed}) {
         array->assign(n * static_cast<size_t>(pollutants), 0.0);
     }
     b.load.assign(static_cast<size_t>(pollutants), 0.0);
@@ -363,8 +386,8 @@ BareUnits bareUnits_create(BareUnit type, int64_t count, int64_t pollutants, Bar
         b.area[k] = static_cast<double>(getArea(k));
         b.width[k] = static_cast<double>(getWidth(k));
         b.land[k] = static_cast<double>(getArea(k)) / 10000.0 / 0.0001;
-        b.moisture[k] = type == BareUnit::CELL ? WILTING + (POROSITY - WILTING) * saturation : 0.0;
-        b.storage[k] = (type == BareUnit::CELL ? STORAGE : BARREL) * saturation;
+        b.moisture[k] = l.soil > 0.0 ? l.wilting + (l.porosity - l.wilting) * saturation : 0.0;
+        b.storage[k] = l.storage * saturation;
         b.dryTime[k] = getDryDays(weather) * 86400.0;
     }
     return b;
@@ -372,13 +395,7 @@ BareUnits bareUnits_create(BareUnit type, int64_t count, int64_t pollutants, Bar
 
 std::string bareUnits_makeProject(const BareUnits& b) {
     TownText out;
-    out << bare_makeHead(b.weather, b.pollutants, getDryDays(b.weather)) << "[LIDS]\n";
-    if (b.type == BareUnit::CELL) {
-        out << "U BC\nU SURFACE 150 0.1 0.1 1 0\nU SOIL 500 0.45 0.2 0.1 40 10\nU STORAGE 300 0.67 3\n"
-               "U DRAIN 3 0.5 100\n";
-    } else {
-        out << "U RB\nU STORAGE 1500 1 0\nU DRAIN 6 0.5 50 0.25\n";
-    }
+    out << bare_makeHead(b.weather, b.pollutants, getDryDays(b.weather)) << "[LIDS]\n" << getDefinition(b.type);
     out << "[SUBCATCHS]\n";
     for (size_t k = 0; k < b.area.size(); ++k) {
         out << "S" << static_cast<int64_t>(k) << " G OUT " << TownDecimal{getArea(k), 4}
@@ -392,6 +409,9 @@ std::string bareUnits_makeProject(const BareUnits& b) {
     out << (b.pollutants > 0 ? "[DECAY_COEFFICIENT]\n" : "");
     for (int64_t p = 0; p < b.pollutants; ++p) {
         out << "U LID P" << p << " FIRST 2 \"\" SOIL\nU LID P" << p << " FIRST 1 \"\" STORAGE\n";
+        if (b.type == BareUnit::ROOF) {
+            out << "U LID P" << p << " FIRST 1 \"\" DRAINMAT\n";
+        }
     }
     out << BARE_OUTFALL;
     return std::move(out.text);
@@ -407,12 +427,13 @@ bool bareUnits_isSame(const BareUnits& b, const tv_model* model) {
         return b.pollutants == 0 || bare_isSame(model, TV_LID_UNIT, variable, values, b.pollutants);
     };
     return isSame("surface_depth", b.surface) && isSame("soil_moisture", b.moisture) &&
-           isSame("storage_depth", b.storage) && isSame("drain_flow", b.drainFlow) &&
-           isSame("inflow_depth", b.inflowDepth, 1000.0) && isSame("evaporated_depth", b.evapDepth, 1000.0) &&
-           isSame("infiltrated_depth", b.infilDepth, 1000.0) && isSame("surface_outflow_depth", b.outDepth, 1000.0) &&
-           isSame("drain_outflow_depth", b.drainDepth, 1000.0) && isSame("final_storage", b.finalDepth, 1000.0) &&
-           isLoadSame("surface_load", b.surfaceLoad) && isLoadSame("drain_load", b.drainLoad) &&
-           isLoadSame("unit_inflow_mass", b.inflowLoad) && isLoadSame("infiltrated_mass", b.exfilLoad) &&
-           isLoadSame("surface_outflow_mass", b.surfaceOut) && isLoadSame("drain_outflow_mass", b.drainOut) &&
-           isLoadSame("reacted_mass", b.reacted) && isLoadSame("final_mass", b.finalLoad);
+           isSame("storage_depth", b.storage) && isSame("pavement_depth", b.pavement) &&
+           isSame("drain_flow", b.drainFlow) && isSame("inflow_depth", b.inflowDepth, 1000.0) &&
+           isSame("evaporated_depth", b.evapDepth, 1000.0) && isSame("infiltrated_depth", b.infilDepth, 1000.0) &&
+           isSame("surface_outflow_depth", b.outDepth, 1000.0) && isSame("drain_outflow_depth", b.drainDepth, 1000.0) &&
+           isSame("final_storage", b.finalDepth, 1000.0) && isLoadSame("surface_load", b.surfaceLoad) &&
+           isLoadSame("drain_load", b.drainLoad) && isLoadSame("unit_inflow_mass", b.inflowLoad) &&
+           isLoadSame("infiltrated_mass", b.exfilLoad) && isLoadSame("surface_outflow_mass", b.surfaceOut) &&
+           isLoadSame("drain_outflow_mass", b.drainOut) && isLoadSame("reacted_mass", b.reacted) &&
+           isLoadSame("final_mass", b.finalLoad);
 }

@@ -1,12 +1,23 @@
 #pragma once
-// LID units that cover their subcatchments wholly, bare: bio-retention cells and rain barrels.
+// LID units that cover their subcatchments wholly, bare. All units of a case are of one type.
 
 #include "bare/bare.h"
 
-enum class BareUnit { CELL, BARREL };
+enum class BareUnit { CELL, GARDEN, ROOF, TRENCH, PAVEMENT, BARREL, SWALE };
+
+/// The layers of a definition; what a type doesn't have is 0.
+struct BareLayers {
+    double berm, surfaceVoid, surfaceAlpha, sideSlope;               ///< m
+    double soil, porosity, field, wilting, conductivity, soilSlope;  ///< m, shares, m/s
+    double storage, storageVoid, seepage;                            ///< m, share, m/s; of a roof its mat
+    double drain, drainOffset, drainDelay;                           ///< mm/h per mm^0.5, m, s
+    double pavement, pavementVoid, pavementRate;                     ///< m, share, m/s
+    double matAlpha;
+};
 
 struct BareUnits {
     BareUnit type;
+    BareLayers layers;
     int64_t count, pollutants;
     BareWeather weather;
     int64_t second;                  ///< of the run
@@ -14,13 +25,14 @@ struct BareUnits {
 
     // By unit.
     std::vector<double> area, width, land;  ///< m2, m; m2 of the subcatchment
-    std::vector<double> surface, moisture, storage, dryTime;
+    std::vector<double> surface, moisture, storage, pavement, dryTime;
+    std::vector<double> surfaceChange;  ///< m/s, of a swale, in the last pass
     std::vector<double> lastRunoff, thisRunoff, drainFlow;
     std::vector<double> inflowDepth, evapDepth, infilDepth, outDepth, drainDepth, finalDepth;
     std::vector<double> rainfall, evaporated, infiltrated, runoff, peak;  ///< of the subcatchment
 
     // By unit and pollutant.
-    std::vector<double> surfaceMass, soilMass, storageMass, surfaceLoad, drainLoad;
+    std::vector<double> surfaceMass, pavementMass, soilMass, storageMass, surfaceLoad, drainLoad;
     std::vector<double> lastQuality, thisQuality;
     std::vector<double> rainLoad, inflowLoad, exfilLoad, surfaceOut, drainOut, finalLoad, reacted;
     std::vector<double> washed;

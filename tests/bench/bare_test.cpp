@@ -46,16 +46,14 @@ TEST_P(BareArithmetic, OfTheLandIsThatOfTheEngine) {
     expectSame(bare, bareLand_makeProject(bare), c.steps, bareLand_step, bareLand_isSame);
 }
 
-TEST_P(BareArithmetic, OfCellsIsThatOfTheEngine) {
+TEST_P(BareArithmetic, OfLidUnitsIsThatOfTheEngine) {
     const Case& c = GetParam();
-    const BareUnits bare = bareUnits_create(BareUnit::CELL, 100, c.pollutants, c.weather);
-    expectSame(bare, bareUnits_makeProject(bare), c.steps, bareUnits_step, bareUnits_isSame);
-}
-
-TEST_P(BareArithmetic, OfBarrelsIsThatOfTheEngine) {
-    const Case& c = GetParam();
-    const BareUnits bare = bareUnits_create(BareUnit::BARREL, 100, c.pollutants, c.weather);
-    expectSame(bare, bareUnits_makeProject(bare), c.steps, bareUnits_step, bareUnits_isSame);
+    for (const BareUnit type : {BareUnit::CELL, BareUnit::GARDEN, BareUnit::ROOF, BareUnit::TRENCH, BareUnit::PAVEMENT,
+                                BareUnit::BARREL, BareUnit::SWALE}) {
+        SCOPED_TRACE(static_cast<int>(type));
+        const BareUnits bare = bareUnits_create(type, 100, c.pollutants, c.weather);
+        expectSame(bare, bareUnits_makeProject(bare), c.steps, bareUnits_step, bareUnits_isSame);
+    }
 }
 
 TEST_P(BareArithmetic, OfTanksIsThatOfTheEngine) {
