@@ -36,7 +36,7 @@ void model_walkFixed(V& v, Model& model) {
             model.fingerprint, model.memory, model.description, model.counts, model.names, model.curves, model.patterns,
             model.outgoingLinks, model.incomingLinks, model.clauseState, model.running, model.sinks, model.sortedNodes,
             model.visitCount, model.reachedCount, model.visits, model.outgoingVisits, model.incomingVisits,
-            model.uncountedNodes, model.uncountedLinks, model.loadBook);
+            model.visitsByNode, model.nodesRolledAhead, model.deliveries, model.rest, model.uncountedNodes, model.uncountedLinks, model.loadBook);
 }
 
 template <class V>
