@@ -156,7 +156,8 @@ void connection_walk(V& v, Connection& connection, Model& model) {
 
 template <class V>
 void conduit_walk(V& v, Conduit& conduit, const Model& model) {
-    v.fixed(conduit.curve, conduit.decay, conduit.areaTable, conduit.transect, conduit.risingTable);
+    v.fixed(conduit.curve, conduit.decay, conduit.areaTable, conduit.transect, conduit.risingTable, conduit.restKey,
+            conduit.keptChanges, conduit.fullVolume, conduit.areaDepth, conduit.area, conduit.flowDepth, conduit.flow);
     v.setting(NAMED(conduit.length));
     v.setting(NAMED(conduit.slope));
     v.setting(NAMED(conduit.slopeRoot));

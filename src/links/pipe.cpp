@@ -304,9 +304,9 @@ static bool holdsNothing(const Model& model, const Link& link, const Pipe& pipe)
 }
 
 /// One firing: the means of the period go through the reaches. One that found nothing and left nothing was made of the
-/// same numbers as the next will be, and of the same parameters as long as the key of the model stands: so the next will
-/// leave nothing either, and the pipe is at rest until something comes to it. To the totals a firing adds 0 times the
-/// share that decays, which moves a sum at most once, from -0.0.
+/// same numbers as the next will be, and of the same parameters as long as the key of the model stands: so the next
+/// will leave nothing either, and the pipe is at rest until something comes to it. To the totals a firing adds 0 times
+/// the share that decays, which moves a sum at most once, from -0.0.
 void pipe_fire(Model& model, int32_t index, Pipe& pipe) {
     const int32_t pollutants = model_pollutantCount(model);
     Link& link = model.links[index];

@@ -76,8 +76,8 @@ void pipe_openRun(Model& model);
 /// New becomes old: flow, inflow and flood, then the concentrations.
 void pipe_shiftState(const Model& model, Link& link, Pipe& pipe);
 
-/// The same once after a change, and nothing else: in nearly all steps nearly all pipes stand still, and old and new are
-/// the same there already.
+/// The same once after a change, and nothing else: in nearly all steps nearly all pipes stand still, and old and new
+/// are the same there already.
 inline void pipe_roll(const Model& model, Link& link, Pipe& pipe) {
     if (pipe.isChanged) {
         pipe_shiftState(model, link, pipe);
@@ -115,8 +115,8 @@ void pipe_changeStep(Model& model, double step);
 /// Water in the reaches, m3.
 [[nodiscard]] double pipe_getVolume(const Pipe& pipe);
 
-// What a pipe does in nearly every step stands in the head, since the visits of a large network do little else: it takes
-// in what its upper node offers, and delivers by its last two firings.
+// What a pipe does in nearly every step stands in the head, since the visits of a large network do little else: it
+// takes in what its upper node offers, and delivers by its last two firings.
 
 // --- the clock -----------------------------------------------------------------------------------------------------
 
@@ -129,20 +129,20 @@ inline void pipe_moveClock(const Model& model, Pipe& pipe) {
 
 /// A step of a pipe at rest, to which nothing comes. It has fired before, so it has a period.
 inline void pipe_tick(const Model& model, Pipe& pipe, double fireTime) {
-    if (fireTime > pipe.nextFireTime && pipe.sumCount != 0) {
+    pipe.isChanged = fireTime > pipe.nextFireTime && pipe.sumCount != 0;
+    if (pipe.isChanged) {
         pipe_moveClock(model, pipe);
         pipe.sumCount = 0;
     } else {
         pipe.sumCount += 1;
     }
-    pipe.isChanged = false;  // since the firing in which it came to rest, and old and new are the same
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
 
 /// Takes in what the upstream node offers in this step, of `dt` seconds, or fires. `fireTime` is in ms since the start.
 inline void pipe_update(Model& model, int32_t link, Pipe& pipe, const Offer& offer, double fireTime, double dt,
-                            int32_t pollutants) {
+                        int32_t pollutants) {
     // Without a period, which a host can bring about, it never fires.
     if (fireTime > pipe.nextFireTime && pipe.sumCount != 0 && pipe.stepLength != 0.0) {
         pipe_fire(model, link, pipe);
@@ -182,7 +182,7 @@ inline double pipe_getFlow(const Link& link, const Pipe& pipe, double time) {
 /// The loads (kg/s) delivered in that step, added to `loads` or put in their place.
 template <bool IN_PLACE>
 inline void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* __restrict loads,
-                              int32_t pollutants) {
+                          int32_t pollutants) {
     if (pollutants == 0) {
         return;
     }

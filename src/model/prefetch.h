@@ -21,6 +21,7 @@ void prefetch_record(const Record& record) {
 inline void prefetch_arrays(const Node& node) {
     memory_fetch(node.massInflow);
     memory_fetch(node.newQual);
+    memory_fetch(node.oldQual);
 }
 inline void prefetch_arrays(const Link& link) {
     memory_fetch(link.newQual);
@@ -43,7 +44,9 @@ template <class Pipe>
 void prefetch_offer(const Pipe& pipe, double fireTime) {
     if (fireTime > pipe.nextFireTime || pipe.isChanged) {
         memory_fetch(&pipe.storage);
-        memory_fetch(pipe.storage);
+        memory_fetch(pipe.sumMass);      // the reaches stand behind it
+        memory_fetch(pipe.sumMass + 8);  // and go on in the next lines
+        memory_fetch(pipe.sumMass + 16);
     }
 }
 

@@ -51,8 +51,8 @@ extern const char* const LinkKindWords[LINK_KIND_COUNT];
 struct ExtInflow;
 struct DwfInflow;
 
-/// What every node has, whatever its kind. Arrays have one element per pollutant and are null without pollutants. What a
-/// step moves without pollutants is the first line of memory and nothing else; the rest follows.
+/// What every node has, whatever its kind. Arrays have one element per pollutant and are null without pollutants. What
+/// a step moves without pollutants is the first line of memory and nothing else; the rest follows.
 struct alignas(64) Node {
     double newInflow;         ///< m3/s, newLatFlow + newUpstreamFlow
     double newUpstreamFlow;   ///< m3/s, arriving over links

@@ -32,11 +32,12 @@ void stateorigin_walk(V& v, StateOrigin& origin) {
 /// What the model itself holds of the project, or makes at a start.
 template <class V>
 void model_walkFixed(V& v, Model& model) {
-    v.fixed(model.files, model.engines, model.error, model.log, model.isSilent, model.pace, model.isOpen, model.isStarted,
-            model.fingerprint, model.memory, model.description, model.counts, model.names, model.curves, model.patterns,
-            model.outgoingLinks, model.incomingLinks, model.clauseState, model.running, model.sinks, model.sortedNodes,
-            model.visitCount, model.reachedCount, model.visits, model.outgoingVisits, model.incomingVisits,
-            model.visitsByNode, model.nodesRolledAhead, model.deliveries, model.rest, model.uncountedNodes, model.uncountedLinks, model.loadBook);
+    v.fixed(model.files, model.engines, model.error, model.log, model.isSilent, model.pace, model.isOpen,
+            model.isStarted, model.fingerprint, model.memory, model.description, model.counts, model.names,
+            model.curves, model.patterns, model.outgoingLinks, model.incomingLinks, model.clauseState, model.running,
+            model.sinks, model.sortedNodes, model.visitCount, model.reachedCount, model.visits, model.outgoingVisits,
+            model.incomingVisits, model.visitsByNode, model.nodesRolledAhead, model.deliveries, model.rest,
+            model.uncountedNodes, model.uncountedLinks, model.loadBook);
 }
 
 template <class V>

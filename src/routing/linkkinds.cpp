@@ -138,11 +138,22 @@ void linkkinds_setTargets(Model& model) {
     }
 }
 
+/// What a setting moves rests no more: a pipe, or the tank of an outlet.
+static void wakeGuided(Model& model, const Link& link) {
+    Pipe* pipe = link.kind == PIPE ? model.pipes.find(link.kindIndex) : nullptr;
+    if (pipe) {
+        pipe->restKey = 0;
+    }
+    if (isAtTank(model, link)) {
+        model.tanks[model.nodes[link.fromNode].kindIndex].restKey = 0;
+    }
+}
+
 void linkkinds_applyTargets(Model& model) {
     for (const int32_t index : model.guidedLinks) {
         Link& link = model.links[index];
-        if (link_applyTarget(link) && link.kind == PIPE) {
-            model.pipes[link.kindIndex].restKey = 0;
+        if (link_applyTarget(link)) {
+            wakeGuided(model, link);
         }
     }
 }
@@ -157,7 +168,7 @@ void linkkinds_update(Model& model, const VisitLink& place, const Offer& offer, 
     switch (place.kind) {
         case PIPE:
             pipe_update(model, place.link, model.pipes[place.kindIndex], offer, step.fireTime, step.dt,
-                            step.pollutants);
+                        step.pollutants);
             break;
         case CONNECTION:
             connection_update(model, model.links[place.link], model.connections[place.kindIndex], offer);

@@ -1,7 +1,7 @@
-// The roll of the nodes from new to old. Most nodes roll in their visit, where they are in hand anyway. But what is added
-// to a node ahead of its visit is added to what the roll has emptied: so a node that gets water from the side rolls at
-// the start of the step, and so does one whose kind has a state of its own, which others may look at. Who that is stands
-// in the project, but for the nodes that a host has inflows for. The routing step calls this room.
+// The roll of the nodes from new to old. Most nodes roll in their visit, where they are in hand anyway. But what is
+// added to a node ahead of its visit is added to what the roll has emptied: so a node that gets water from the side
+// rolls at the start of the step, and so does one whose kind has a state of its own, which others may look at. Who that
+// is stands in the project, but for the nodes that a host has inflows for. The routing step calls this room.
 
 #include "routing/rolls.h"
 

@@ -16,11 +16,11 @@ inline bool serving_isAtRest(const Pipe& pipe, const Offer& offer, const VisitSt
     return pipe.restKey == step.restKey && still_isZero(offer.flow) && still_areZeros(offer.quality, pollutants);
 }
 
-/// Hands a pipe that is served what its upper node offers, and lays down what it delivers. `pollutants` are those of the
-/// step, by which the compiler can make a case of its own of 0.
+/// Hands a pipe that is served what its upper node offers, and lays down what it delivers. `pollutants` are those of
+/// the step, by which the compiler can make a case of its own of 0.
 ///
-/// A pipe at rest delivers +0.0, as in the step in which it came to rest, and stays so. Its volume grows by +0.0 and its
-/// largest flow meets 0: both changed nothing then, and change nothing now.
+/// A pipe at rest delivers +0.0, as in the step in which it came to rest, and stays so. Its volume grows by +0.0 and
+/// its largest flow meets 0: both changed nothing then, and change nothing now.
 [[gnu::always_inline]] inline void serving_serve(Model& model, const VisitLink& place, const Offer& offer,
                                                  const VisitStep& step, int32_t pollutants) {
     Pipe& pipe = model.pipes[place.kindIndex];

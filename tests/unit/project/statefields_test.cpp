@@ -168,8 +168,9 @@ TEST(StateFieldsOfLines, AreCounted) {
     const auto& [linkKind, isLagged, oldFlow, newFlow, linkOldQual, linkNewQual, setting, statFlowVolume, statMaxFlow,
                  linkId, linkKindIndex, fromNode, toNode, isHostSetting, targetSetting, statFloodVolume, statMaxFlood] =
         Link{};
-    const auto& [lastFireTime, nextFireTime, k, sumVolume, sumMass, stepLength, x, sumCount, restKey, hasDecay, isChanged,
-                 storage, decay, pipeOldInflow, pipeNewInflow, oldFlood, newFlood, maxFlow, n, reachCount] = Pipe{};
+    const auto& [lastFireTime, nextFireTime, k, sumVolume, sumMass, stepLength, x, sumCount, restKey, hasDecay,
+                 isChanged, storage, decay, pipeOldInflow, pipeNewInflow, oldFlood, newFlood, maxFlow, n, reachCount] =
+        Pipe{};
     EXPECT_EQ(kind + linkKind + n, 0);
 }
 
