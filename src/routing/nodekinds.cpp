@@ -222,15 +222,14 @@ static void offerToAll(Model& model, const Visit& visit, const Offer& offer, con
 /// no number but -0.0, and 0 is no new maximum of one that isn't negative; both are looked at.
 static bool isAtRest(const Model& model, const Node& node, const Visit& visit, const VisitStep& step,
                      int32_t pollutants) {
-    const uint64_t flows = still_getBits(node.newInflow) | still_getBits(node.newUpstreamFlow) |
-                           still_getBits(node.newLatFlow) | still_getBits(node.oldInflow) |
-                           still_getBits(node.oldUpstreamFlow) | still_getBits(node.oldLatFlow) |
-                           still_getSign(node.statInflowVolume) | still_getSign(node.statMaxInflow);
-    if (flows != 0 || step.restKey < 0 || !visit.isServed) {
+    if ((still_getBits(node.newInflow) | still_getBits(node.oldInflow)) != 0 || step.restKey < 0 || !visit.isServed) {
         return false;
     }
+    const uint64_t others = still_getBits(node.newUpstreamFlow) | still_getBits(node.newLatFlow) |
+                            still_getBits(node.oldUpstreamFlow) | still_getBits(node.oldLatFlow) |
+                            still_getSign(node.statInflowVolume) | still_getSign(node.statMaxInflow);
     const double* deliveries = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
-    return still_areZeros(deliveries, int64_t{visit.incomingCount} * (1 + pollutants)) &&
+    return others == 0 && still_areZeros(deliveries, int64_t{visit.incomingCount} * (1 + pollutants)) &&
            (pollutants == 0 || (still_areZeros(node.massInflow, pollutants) &&
                                 still_areZeros(node.newQual, pollutants) && still_areZeros(node.oldQual, pollutants)));
 }
@@ -325,8 +324,13 @@ static void visitVorn(Model& model, int32_t index, const Node& node, VisitLinkLi
     visitModel(model, index, outside, VORN_TOTALS, incoming, vorn_takeInflow, vorn_advance);
 }
 
+/// A junction in a step with several pollutants.
+[[gnu::noinline]] static void visitLoaded(Model& model, const Visit& visit, const VisitStep& step) {
+    visitJunction(model, visit, step, step.pollutants);
+}
+
 /// A node of any kind but a junction.
-static void visitStore(Model& model, const Visit& visit, const VisitStep& step) {
+[[gnu::noinline]] static void visitStore(Model& model, const Visit& visit, const VisitStep& step) {
     Node& node = model.nodes[visit.node];
     if (!visit.isRolledAhead) {
         nodekinds_shiftState(model, node);
@@ -354,8 +358,10 @@ void nodekinds_visit(Model& model, const Visit& visit, const VisitStep& step) {
         visitStore(model, visit, step);
     } else if (step.pollutants == 0) {
         visitJunction(model, visit, step, 0);
+    } else if (step.pollutants == 1) {
+        visitJunction(model, visit, step, 1);
     } else {
-        visitJunction(model, visit, step, step.pollutants);
+        visitLoaded(model, visit, step);
     }
 }
 

@@ -92,18 +92,28 @@ void visits_fetchIncoming(const Model& model, const VisitLink& link);
 inline void visits_fetchOutgoing(const Model& model, const VisitLink& link, const VisitStep& step) {
     const VisitLink& far = (&link)[VISIT_LINKS_FAR];
     if (far.kind == PIPE) {
-        prefetch_line(&model.links[far.link]);
         prefetch_line(&model.pipes[far.kindIndex]);
+        if (step.pollutants > 0) {
+            prefetch_line(&model.links[far.link]);  // whose pointers are asked for before its turn
+        }
     }
     const VisitLink& near = (&link)[VISIT_LINKS_NEAR];
-    if (near.kind == PIPE) {
-        prefetch_offer(model.pipes[near.kindIndex], step.fireTime);
-        if (near.delivery >= 0) {
-            prefetch_line(model.deliveries.data() + int64_t{near.delivery} * (1 + step.pollutants));
-        }
-        if (step.pollutants > 0) {
-            prefetch_line(model.pipes[near.kindIndex].sumMass);
-            prefetch_arrays(model.links[near.link]);
-        }
+    if (near.kind != PIPE) {
+        return;
+    }
+    const Pipe& pipe = model.pipes[near.kindIndex];
+    if (pipe.restKey == step.restKey) {
+        return;  // its first line is all that it will need
+    }
+    if (step.pollutants == 0) {
+        prefetch_line(&model.links[near.link]);
+    }
+    prefetch_offer(pipe, step.fireTime);
+    if (near.delivery >= 0) {
+        prefetch_line(model.deliveries.data() + int64_t{near.delivery} * (1 + step.pollutants));
+    }
+    if (step.pollutants > 0) {
+        prefetch_line(pipe.sumMass);
+        prefetch_arrays(model.links[near.link]);
     }
 }
