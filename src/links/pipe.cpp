@@ -223,6 +223,16 @@ static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, in
     }
 }
 
+/// All pollutants through one reach, with what decays in it.
+static void passReach(Model& model, const Pipe& pipe, int32_t i, const ReachFlow& flow, int32_t hour, double* c) {
+    const int32_t pollutants = model_pollutantCount(model);
+    double* qual = pipe_newSegQual(model, pipe, i);
+    mixReach(flow, qual, c, pollutants);
+    if (pipe.hasDecay || !isFinite(c, flow.storage, pollutants)) {
+        decayReach(model, pipe, flow, hour, qual, c);
+    }
+}
+
 bool pipe_isAnyFlooding(const Model& model) {
     return model.floodingPipeCount > 0 || model.hasEndlessQuality;
 }
@@ -257,11 +267,8 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     const int32_t reaches = pipe_getReachCount(pipe);
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
-        const ReachFlow reach = getReachFlow(dt, pipe.storage[i], flow, out);
-        double* qual = pipe_newSegQual(model, pipe, i);
-        mixReach(reach, qual, quality, pollutants);
-        if (pipe.hasDecay || !isFinite(quality, reach.storage, pollutants)) {
-            decayReach(model, pipe, reach, hour, qual, quality);
+        if (pollutants > 0) {
+            passReach(model, pipe, i, getReachFlow(dt, pipe.storage[i], flow, out), hour, quality);
         }
         pipe.storage[i] += (flow - out) * dt;
         flow = out;
@@ -292,11 +299,11 @@ static void restoreStepStart(const Model& model, const Pipe& pipe, bool isFirst)
     }
 }
 
-/// Whether all that a firing works on and all that it leaves behind is +0.0, by the bits.
+/// Whether all that a firing works on but the summed volume, and all that it leaves behind, is +0.0, by the bits.
 static bool holdsNothing(const Model& model, const Link& link, const Pipe& pipe) {
-    const uint64_t numbers = still_getBits(pipe.sumVolume) | still_getBits(link.newFlow) | still_getBits(link.oldFlow) |
-                             still_getBits(pipe.newInflow) | still_getBits(pipe.oldInflow) |
-                             still_getBits(pipe.newFlood) | still_getBits(pipe.oldFlood);
+    const uint64_t numbers = still_getBits(link.newFlow) | still_getBits(link.oldFlow) | still_getBits(pipe.newInflow) |
+                             still_getBits(pipe.oldInflow) | still_getBits(pipe.newFlood) |
+                             still_getBits(pipe.oldFlood);
     const int32_t pollutants = model_pollutantCount(model);
     return numbers == 0 && still_areZeros(pipe.sumMass, pollutants) &&
            still_areZeros(pipe.storage, pipe_getStorageCount(model, pipe.reachCount)) &&
@@ -310,7 +317,7 @@ static bool holdsNothing(const Model& model, const Link& link, const Pipe& pipe)
 void pipe_fire(Model& model, int32_t index, Pipe& pipe) {
     const int32_t pollutants = model_pollutantCount(model);
     Link& link = model.links[index];
-    const bool foundNothing = holdsNothing(model, link, pipe);
+    const bool foundNothing = still_isZero(pipe.sumVolume) && holdsNothing(model, link, pipe);
     pipe_moveClock(model, pipe);
     shiftFlows(link, pipe);
     if (canFireAgain(model, pipe.stepLength)) {

@@ -21,8 +21,8 @@
     return bits == 0;
 }
 
-/// The sign of a number, set for -0.0 and negative ones. A sum that it is clear of stays as it is by 0, and a maximum
-/// that it is clear of stays as it is by a flow of 0.
-[[nodiscard]] inline uint64_t still_getSign(double value) {
-    return still_getBits(value) >> 63;
+/// Whether one of two numbers has the sign that -0.0 and negative ones have. A sum without it stays as it is by 0, and a
+/// maximum without it stays as it is by a flow of 0.
+[[nodiscard]] inline uint64_t still_getSigns(double a, double b) {
+    return (still_getBits(a) | still_getBits(b)) >> 63;
 }

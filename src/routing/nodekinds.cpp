@@ -227,7 +227,7 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
     }
     const uint64_t others = still_getBits(node.newUpstreamFlow) | still_getBits(node.newLatFlow) |
                             still_getBits(node.oldUpstreamFlow) | still_getBits(node.oldLatFlow) |
-                            still_getSign(node.statInflowVolume) | still_getSign(node.statMaxInflow);
+                            still_getSigns(node.statInflowVolume, node.statMaxInflow);
     const double* deliveries = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
     return others == 0 && still_areZeros(deliveries, int64_t{visit.incomingCount} * (1 + pollutants)) &&
            (pollutants == 0 || (still_areZeros(node.massInflow, pollutants) &&

@@ -10,12 +10,9 @@
 #include "model/model.h"
 #include "model/prefetch.h"
 #include "model/project.h"
+#include "nodes/node.h"
 #include "routing/nodekinds.h"
 #include "routing/visits.h"
-
-static bool isRolledByKind(int32_t kind) {
-    return kind != JUNCTION && kind != OUTFALL;
-}
 
 static void listOne(Model& model, int32_t node) {
     if (node >= 0) {
@@ -27,7 +24,7 @@ void rolls_open(Model& model) {
     int32_t targets[2];
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         const Node& node = model.nodes[k];
-        if (isRolledByKind(node.kind) || node.extInflow || node.dwfInflow) {
+        if (visits_isRolledByKind(node.kind) || node.extInflow || node.dwfInflow) {
             listOne(model, k);
         }
         const int32_t count = nodekinds_getDirectEdges(model, k, targets);
@@ -52,19 +49,37 @@ static void rollRequested(Model& model, const std::vector<HostInflow>& requests)
     }
 }
 
-void rolls_rollAhead(Model& model) {
+static void prefetchRoll(const Model& model, int32_t far, int32_t near) {
+    const Node& farther = model.nodes[far < 0 ? -1 - far : far];
+    prefetch_line(&farther);
+    if (far < 0 || model_pollutantCount(model) > 0) {
+        prefetch_line(&farther.kind);
+        prefetch_arrays(model.nodes[near < 0 ? -1 - near : near]);
+    }
+}
+
+static void rollListed(Model& model) {
     static constexpr int32_t AHEAD = 8;
     const bool hasPollutants = model_pollutantCount(model) > 0;
-    const Table<int32_t>& nodes = model.nodesRolledAhead;
-    for (int32_t k = 0; k < nodes.size(); ++k) {
-        if (k + AHEAD < nodes.size()) {
-            prefetch_record(model.nodes[nodes[k + AHEAD]]);
-            if (hasPollutants) {
-                prefetch_arrays(model.nodes[nodes[k + AHEAD / 2]]);
-            }
+    const Table<int32_t>& entries = model.nodesRolledAhead;
+    for (int32_t k = 0; k < entries.size(); ++k) {
+        if (k + AHEAD < entries.size()) {
+            prefetchRoll(model, entries[k + AHEAD], entries[k + AHEAD / 2]);
         }
-        nodekinds_shiftState(model, model.nodes[nodes[k]]);
+        if (entries[k] < 0) {
+            nodekinds_shiftState(model, model.nodes[-1 - entries[k]]);
+            continue;
+        }
+        Node& node = model.nodes[entries[k]];
+        node_shiftInflows(node);
+        if (hasPollutants) {
+            node_shiftQuality(model, node);
+        }
     }
+}
+
+void rolls_rollAhead(Model& model) {
+    rollListed(model);
     const HostRequests& requests = model.requests;
     rollRequested(model, requests.inflows);
     rollRequested(model, requests.loads);

@@ -87,12 +87,12 @@ static void bookVisits(Model& model, const Visit* done, const Visit* next) {
 static void visitNodes(Model& model, const VisitStep& step) {
     const bool isBooked = model.loadBook->isKept;
     const Visit* last = nullptr;
-    const Visit* end = model.visits.data() + model.visits.size();
+    const Visit* lastAhead = model.visits.size() > VISIT_NODES_FAR ? &model.visits.back() - VISIT_NODES_FAR : nullptr;
     for (const Visit& visit : model.visits) {
         if (isBooked) {
             bookVisits(model, std::exchange(last, &visit), &visit);
         }
-        visits_fetchAhead(model, visit, end - 1, step);
+        visits_fetchAhead(model, visit, lastAhead, step);
         nodekinds_visit(model, visit, step);
     }
     if (isBooked) {

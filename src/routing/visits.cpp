@@ -140,7 +140,7 @@ static void divideStatistics(Model& model) {
 /// In an order that leaves a node out all roll ahead: a visit may be the second one of its node.
 static void listAllAhead(Model& model) {
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
-        model.nodesRolledAhead.push_back(k);
+        model.nodesRolledAhead.push_back(visits_getRolled(k, model.nodes[k].kind));
     }
     for (Visit& visit : model.visits) {
         visit.isRolledAhead = true;
@@ -153,7 +153,7 @@ bool visits_listAhead(Model& model, int32_t node) {
         return false;
     }
     model.visits[place].isRolledAhead = true;
-    model.nodesRolledAhead.push_back(node);
+    model.nodesRolledAhead.push_back(visits_getRolled(node, model.visits[place].kind));
     return true;
 }
 

@@ -63,6 +63,15 @@ void visits_close(Model& model);
 /// The place for what a link delivers that is served.
 [[nodiscard]] double* visits_getDelivery(Model& model, const VisitLink& link);
 
+/// An entry of `nodesRolledAhead`: a node of a kind without a state of its own as it is, any other as -1 - node. So who
+/// rolls the former needn't look at the kind, which doesn't stand among what a step moves.
+[[nodiscard]] inline bool visits_isRolledByKind(int32_t kind) {
+    return kind != JUNCTION && kind != OUTFALL;
+}
+[[nodiscard]] inline int32_t visits_getRolled(int32_t node, int32_t kind) {
+    return visits_isRolledByKind(kind) ? -1 - node : node;
+}
+
 /// Says that a node may get water from the side ahead of its visit: it rolls before the visits from now on. False if
 /// that was known.
 [[nodiscard]] bool visits_listAhead(Model& model, int32_t node);
@@ -73,9 +82,10 @@ void visits_close(Model& model);
 constexpr ptrdiff_t VISIT_NODES_FAR = 12, VISIT_NODES_NEAR = 5;
 constexpr ptrdiff_t VISIT_LINKS_FAR = 16, VISIT_LINKS_NEAR = 7;
 
-/// Asks for the memory that visits soon behind this one will need; `last` is the last one of all.
-inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visit* last, const VisitStep& step) {
-    if (last - &visit < VISIT_NODES_FAR) {
+/// Asks for the memory that visits soon behind this one will need; `lastAhead` is the last
+/// one with so many behind it.
+inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visit* lastAhead, const VisitStep& step) {
+    if (&visit > lastAhead) {
         return;
     }
     const Node& far = model.nodes[(&visit)[VISIT_NODES_FAR].node];
