@@ -73,10 +73,16 @@ void stepNetwork(benchmark::State& state) {
     bench_closeProject(project);
 }
 
+/// A network to which no water comes.
+BenchNetwork makeDry(int64_t size) {
+    BenchNetwork network = bench_makeNetwork(size);
+    network.isHead.assign(network.isHead.size(), 0);  // nobody gets an inflow then
+    return network;
+}
+
 /// Rounds of the library and of the bare arithmetic by turns. Both meet the same noise, and the ratio is steadier than
 /// the times. At the end both must have arrived at the same flow.
-void ratioNetwork(benchmark::State& state) {
-    const BenchNetwork network = bench_makeNetwork(state.range(0));
+void measureRatio(benchmark::State& state, const BenchNetwork& network) {
     const int32_t pollutants = static_cast<int32_t>(state.range(1));
     const BenchProject project = bench_makeProject(network, pollutants, HOUR);
     if (!bench_openProject(project) || tarnvelde_start(0)) {
@@ -110,6 +116,15 @@ void ratioNetwork(benchmark::State& state) {
     bench_closeProject(project);
 }
 
+void ratioNetwork(benchmark::State& state) {
+    measureRatio(state, bench_makeNetwork(state.range(0)));
+}
+
+/// The same without a drop: the bare arithmetic doesn't rest.
+void ratioDryNetwork(benchmark::State& state) {
+    measureRatio(state, makeDry(state.range(0)));
+}
+
 void setSizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->ArgsProduct({{1000, 10000, 100000, 1000000}, {0, 1, 4}})->ArgNames({"N", "P"});
     benchmark->Unit(benchmark::kMillisecond);
@@ -119,5 +134,6 @@ BENCHMARK(openNetwork)->Apply(setSizes);
 BENCHMARK(startNetwork)->Apply(setSizes);
 BENCHMARK(stepNetwork)->Apply(setSizes);
 BENCHMARK(ratioNetwork)->Apply(setSizes)->UseManualTime();
+BENCHMARK(ratioDryNetwork)->Apply(setSizes)->UseManualTime();
 
 }  // namespace

@@ -5,7 +5,7 @@
 #
 # Results: runs all cases of tests/golden, and the projects given, with both libraries and compares all that they leave
 # behind byte by byte; each file that differs is named with its first difference. Exit status 1 if there is one.
-# Counts: the instructions that both execute in the steps of three benchmarks, and in opening and starting them, by
+# Counts: the instructions that both execute in the steps of four benchmarks, and in opening and starting them, by
 # callgrind. Without an option both are done.
 # The program that loads the libraries is build/release/golden_host, or what GOLDEN_HOST names.
 set -euo pipefail
@@ -129,6 +129,7 @@ compare_counts() {
     echo "Instructions"
     printf '%-8s %6s %16s %16s %10s %16s %16s %10s\n' model steps "steps: old" new ratio "open, start: old" new ratio
     count_bench network 300
+    count_bench dry 300
     count_bench town 480
     count_bench street 720
 }

@@ -262,7 +262,7 @@ int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
     pace_noteNetworkChange(model.pace);
     link.newFlow = flow;
     if (link.kind == PIPE) {
-        pipe_noteChange(model, index, link.kindIndex);
+        pipe_noteChange(model, link.kindIndex);
     }
     return SUCCESS;
 }

@@ -21,6 +21,7 @@
 #include "model/plausible.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "model/still.h"
 #include "model/warnings.h"
 #include "text/datetime.h"
 #include "text/number.h"
@@ -208,6 +209,8 @@ static bool makeTables(Model& model, Conduit& conduit, int32_t shape, double ful
 
 void conduit_buildTables(Model& model, Conduit& conduit) {
     conduit.depth = 0.0;
+    conduit.restKey = 0;
+    conduit.keptChanges = 0;
     conduit.oldInflow = conduit.newInflow = 0.0;
     conduit.oldFlood = conduit.newFlood = 0.0;
     conduit.slopeRoot = std::pow(conduit.slope, 0.5);
@@ -400,10 +403,46 @@ static double getNormalFlow(const Model& model, const Conduit& conduit, double d
     return std::pow(area / perimeter, 2.0 / 3.0) * (area / conduit.roughness) * conduit.slopeRoot;
 }
 
+/// Whether the numbers that a conduit keeps hold: nobody has touched its section. In a plain run each is worked out
+/// anew.
+static bool areKept(const Model& model, const Conduit& conduit) {
+    return conduit.keptChanges == model.pace.networkChanges && !model.pace.isPlain;
+}
+
+static void openKept(const Model& model, Conduit& conduit) {
+    if (areKept(model, conduit)) {
+        return;
+    }
+    conduit.keptChanges = model.pace.networkChanges;
+    conduit.fullVolume = getFullVolume(model, conduit);
+    conduit.areaDepth = conduit.depth;
+    conduit.area = getArea(model, conduit, conduit.depth);
+    conduit.flowDepth = conduit.depth;
+    conduit.flow = getNormalFlow(model, conduit, conduit.depth);
+}
+
+/// Area at the depth of the conduit, which is asked for at the end of a step and again in the next one.
+static double getKeptArea(const Model& model, Conduit& conduit) {
+    if (still_getBits(conduit.depth) != still_getBits(conduit.areaDepth)) {
+        conduit.areaDepth = conduit.depth;
+        conduit.area = getArea(model, conduit, conduit.depth);
+    }
+    return conduit.area;
+}
+
+static double getKeptFlow(const Model& model, Conduit& conduit, double depth) {
+    if (still_getBits(depth) != still_getBits(conduit.flowDepth)) {
+        conduit.flowDepth = depth;
+        conduit.flow = getNormalFlow(model, conduit, depth);
+    }
+    return conduit.flow;
+}
+
 void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, const double* concentrations) {
+    openKept(model, conduit);
     const double dt = model.options.routingStep;
-    const double stored = getArea(model, conduit, conduit.depth) * conduit.length;
-    const double fullVolume = getFullVolume(model, conduit);
+    const double stored = getKeptArea(model, conduit) * conduit.length;
+    const double fullVolume = conduit.fullVolume;
     mixAndDecay(model, link, conduit, stored, dt * inflow, concentrations);
     conduit.newInflow = inflow;
     double volume = stored + dt * inflow;
@@ -412,7 +451,9 @@ void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, co
         conduit.newFlood = (volume - fullVolume) / dt;
         volume = fullVolume;
     }
-    double flow = getNormalFlow(model, conduit, getDepth(model, conduit, volume, fullVolume));
+    conduit.depth = getDepth(model, conduit, volume, fullVolume);
+    double flow = getKeptFlow(model, conduit, conduit.depth);
+    const uint64_t before = still_getBits(volume);
     if (dt * flow > volume) {
         // More than the store holds: it runs dry and delivers nothing. The water, and the mass in it, is in no total.
         if (volume > 0.0) {
@@ -423,17 +464,42 @@ void conduit_route(Model& model, Link& link, Conduit& conduit, double inflow, co
     } else {
         volume -= dt * flow;
     }
-    conduit.depth = getDepth(model, conduit, volume, fullVolume);
+    if (still_getBits(volume) != before) {
+        conduit.depth = getDepth(model, conduit, volume, fullVolume);
+    }
     link.newFlow = flow;
 }
 
+/// Whether all of a conduit is +0.0: what it holds, gets and delivers, before and after a step.
+static bool holdsNothing(const Model& model, const Link& link, const Conduit& conduit) {
+    const uint64_t numbers = still_getBits(conduit.depth) | still_getBits(link.newFlow) | still_getBits(link.oldFlow) |
+                             still_getBits(conduit.newInflow) | still_getBits(conduit.oldInflow) |
+                             still_getBits(conduit.newFlood) | still_getBits(conduit.oldFlood);
+    const int32_t pollutants = model_pollutantCount(model);
+    return numbers == 0 && still_areZeros(link.newQual, pollutants) && still_areZeros(link.oldQual, pollutants);
+}
+
+static bool getsNothing(const Model& model, const Offer& offer) {
+    return still_isZero(offer.flow) && still_areZeros(offer.quality, model_pollutantCount(model));
+}
+
+/// A step that began and ended with nothing, and to which nothing came, was made of the same numbers as the next, as
+/// long as the key of the model stands: the conduit rests until something comes. To the totals a step adds 0 times the
+/// share that decays.
 void conduit_update(Model& model, Link& link, Conduit& conduit, const Offer& offer) {
+    const bool isNothingToDo = getsNothing(model, offer);
+    if (isNothingToDo && conduit.restKey == model.rest.key && model.rest.isAllowed) {
+        return;
+    }
+    const bool foundNothing = isNothingToDo && holdsNothing(model, link, conduit);
     conduit_shiftFlows(link, conduit);
     conduit_route(model, link, conduit, offer.flow, offer.quality);
+    conduit.restKey = foundNothing && holdsNothing(model, link, conduit) ? model.rest.key : 0;
+    model.rest.isHourly = model.rest.isHourly || (conduit.restKey != 0 && conduit.hasDecay);
 }
 
 void conduit_countStep(const Model& model, const Link& link, Conduit& conduit) {
-    const double area = getArea(model, conduit, conduit.depth);
+    const double area = areKept(model, conduit) ? getKeptArea(model, conduit) : getArea(model, conduit, conduit.depth);
     statistics_keepMaximum(conduit.statMaxDepth, conduit.depth);
     statistics_keepMaximum(conduit.statMaxVelocity, area > 0.0 ? link.newFlow / area : 0.0);
 }

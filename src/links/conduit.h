@@ -35,6 +35,11 @@ struct Conduit {
     double newInflow;           ///< m3/s
     double oldFlood;            ///< m3/s, what the full conduit couldn't hold; it leaves the system
     double newFlood;            ///< m3/s
+    uint16_t restKey;           ///< the key of the model under which the conduit was found to be at rest; 0 if it isn't
+    uint64_t keptChanges;       ///< Pace::networkChanges for which the numbers kept below hold; 0 if none are kept
+    double fullVolume;          ///< m3, of the full section
+    double areaDepth, area;     ///< m, m2: the depth whose area was asked for last
+    double flowDepth, flow;     ///< m, m3/s: the depth whose normal flow was asked for last
     double statMaxDepth;        ///< m
     double statMaxVelocity;     ///< m/s
 };

@@ -95,11 +95,10 @@ void link_holdSetting(Model& model, int32_t index, double setting) {
     link_noteTarget(model, index);
 }
 
-void link_applyTargets(Model& model) {
-    for (const int32_t index : model.guidedLinks) {
-        Link& link = model.links[index];
-        if (link.targetSetting != link.setting && !link.isHostSetting) {
-            link.setting = link.targetSetting;
-        }
+bool link_applyTarget(Link& link) {
+    if (link.targetSetting == link.setting || link.isHostSetting) {
+        return false;
     }
+    link.setting = link.targetSetting;
+    return true;
 }

@@ -64,5 +64,5 @@ void link_noteTarget(Model& model, int32_t link);
 /// `isHostSetting` is no more.
 void link_holdSetting(Model& model, int32_t link, double setting);
 
-/// The settings follow their targets, unless the host holds them.
-void link_applyTargets(Model& model);
+/// The setting follows its target, unless the host holds it. True if it moves.
+[[nodiscard]] bool link_applyTarget(Link& link);

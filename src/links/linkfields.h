@@ -69,7 +69,7 @@ struct GuidedLinkList {
 template <class V>
 void pipe_walk(V& v, Pipe& pipe, const Model& model) {
     const int64_t pollutants = model_pollutantCount(model);
-    v.fixed(pipe.decay);
+    v.fixed(pipe.decay, pipe.restKey);
     v.setting(NAMED(pipe.hasDecay));
     decay_walk(v, pipe.decay, model);
     v.action.takeReaches(pipe, model);  // stepLength, reachCount and storage
@@ -86,46 +86,8 @@ void pipe_walk(V& v, Pipe& pipe, const Model& model) {
     v.state(NAMED(pipe.oldFlood));
     v.state(NAMED(pipe.newFlood));
     v.setting(NAMED(pipe.maxFlow));
+    v.state(NAMED(pipe.isChanged));
 }
-
-/// Pipes that the next step rolls.
-struct ChangedPipeList {
-    Model& model;
-
-    static constexpr FieldSort SORT = SORT_STATE;
-    static constexpr bool IS_SPARE = false;
-    using Entry = ChangedPipe;
-
-    int64_t getLimit() const { return model.links.size(); }
-    int64_t count() const { return model.changedPipes.size(); }
-    template <class Function>
-    void forEach(Function function) const {
-        for (ChangedPipe& pipe : model.changedPipes.rows) {
-            function(pipe);
-        }
-    }
-    bool reserve(int64_t, WalkMemory&) const {
-        model.changedPipes.reserve(model.links.size());
-        return true;
-    }
-    void begin(int64_t, WalkMemory&) const {
-        for (const ChangedPipe& pipe : model.changedPipes) {
-            model.isChangedPipe[pipe.link] = 0;
-        }
-        model.changedPipes.clear();
-    }
-    void put(int64_t, const ChangedPipe& pipe) const {
-        const Link& link = model.links[pipe.link];
-        if (link.kind == PIPE) {
-            pipe_noteChange(model, pipe.link, link.kindIndex);
-        }
-    }
-    template <class V>
-    void walkEntry(V& v, ChangedPipe& pipe) const {
-        v.state(NAMED(pipe.link), FieldSpan{0, model.links.size() - 1.0});
-        v.fixed(pipe.pipe);  // told by the link
-    }
-};
 
 // --- connections, and whatever else delays -------------------------------------------------------------------------
 
@@ -194,7 +156,8 @@ void connection_walk(V& v, Connection& connection, Model& model) {
 
 template <class V>
 void conduit_walk(V& v, Conduit& conduit, const Model& model) {
-    v.fixed(conduit.curve, conduit.decay, conduit.areaTable, conduit.transect, conduit.risingTable);
+    v.fixed(conduit.curve, conduit.decay, conduit.areaTable, conduit.transect, conduit.risingTable, conduit.restKey,
+            conduit.keptChanges, conduit.fullVolume, conduit.areaDepth, conduit.area, conduit.flowDepth, conduit.flow);
     v.setting(NAMED(conduit.length));
     v.setting(NAMED(conduit.slope));
     v.setting(NAMED(conduit.slopeRoot));
@@ -257,10 +220,8 @@ void links_walk(V& v, Model& model) {
     v.rows("pump", model.pumps, [&](V& own, Pump& row) { pump_walk(own, row); });
     v.rows("weir", model.weirs, [&](V& own, Weir& row) { weir_walk(own, row); });
     v.rows("orifice", model.orifices, [&](V& own, Orifice& row) { orifice_walk(own, row); });
-    v.fixed(model.transects, model.guidedLinks, model.isGuided, model.everChangingLinks, model.changedPipes,
-            model.isChangedPipe);
+    v.fixed(model.transects, model.guidedLinks, model.isGuided);
     v.list("guidedLinks", GuidedLinkList{model});
-    v.list("changedPipes", ChangedPipeList{model});
     v.state(NAMED(model.floodingPipeCount), FieldSpan{0, static_cast<double>(model.pipes.size())});
     v.state(NAMED(model.hasEndlessQuality));
 }

@@ -2,7 +2,7 @@
 // cascade of such reaches, each a linear reservoir whose state is its storage, and it has a clock of its own:
 //
 //     waiting --(fireTime <= nextFireTime, or nothing summed)--> waiting   pipe_update sums what the node offers
-//     waiting --(fireTime >  nextFireTime)--------------------> firing    pipe_update, fire
+//     waiting --(fireTime >  nextFireTime)--------------------> firing    pipe_update, pipe_fire
 //     firing  -------------------------------------------------> waiting   nextFireTime moves on by one period
 //
 // At a firing the mean flow and the mean concentration of the period go through the cascade: each reach mixes what
@@ -21,7 +21,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/plausible.h"
-#include "model/prefetch.h"
+#include "model/still.h"
 #include "model/warnings.h"
 #include "text/datetime.h"
 #include "text/number.h"
@@ -133,6 +133,8 @@ void pipe_initState(Model& model, Pipe& pipe) {
     pipe.nextFireTime = pipe.lastFireTime = model.clock.newRoutingTime;
     pipe.oldInflow = pipe.newInflow = 0.0;
     pipe.oldFlood = pipe.newFlood = 0.0;
+    pipe.isChanged = false;
+    pipe.restKey = 0;
     const int32_t reaches = pipe.n > 0 ? pipe.n : 0;
     double* memory = allocateReaches(model, reaches, canFireAgain(model, pipe.stepLength));
     if (!memory) {
@@ -156,9 +158,6 @@ void pipe_openRun(Model& model) {
         pipe.sumVolume = 0.0;
         pipe.sumCount = 0;
     }
-    model.changedPipes.clear();
-    model.changedPipes.reserve(model.links.size());
-    model.isChangedPipe.fill(model.links.size(), 0);
 }
 
 // --- the roll from new to old --------------------------------------------------------------------------------------
@@ -174,27 +173,8 @@ void pipe_shiftState(const Model& model, Link& link, Pipe& pipe) {
     link_shiftQuality(model, link);
 }
 
-void pipe_shiftChanged(Model& model) {
-    static constexpr int32_t AHEAD = 8;
-    for (int32_t k = 0; k < model.changedPipes.size(); ++k) {
-        if (k + AHEAD < model.changedPipes.size()) {
-            const ChangedPipe farther = model.changedPipes[k + AHEAD];
-            prefetch_roll(model.links[farther.link], model.pipes[farther.pipe],
-                          model.links[model.changedPipes[k + AHEAD / 2].link]);
-        }
-        const ChangedPipe changed = model.changedPipes[k];
-        pipe_shiftState(model, model.links[changed.link], model.pipes[changed.pipe]);
-        model.isChangedPipe[changed.link] = 0;
-    }
-    model.changedPipes.clear();
-}
-
-void pipe_noteChange(Model& model, int32_t link, int32_t kindIndex) {
-    // Before the first start there is no list, and the start puts every flow to 0.
-    if (model.isChangedPipe.holds(link) && !model.isChangedPipe[link]) {
-        model.isChangedPipe[link] = 1;
-        model.changedPipes.push_back({link, kindIndex});
-    }
+void pipe_noteChange(Model& model, int32_t kindIndex) {
+    model.pipes[kindIndex].isChanged = true;
 }
 
 // --- routing -------------------------------------------------------------------------------------------------------
@@ -243,6 +223,16 @@ static void decayReach(Model& model, const Pipe& pipe, const ReachFlow& flow, in
     }
 }
 
+/// All pollutants through one reach, with what decays in it.
+static void passReach(Model& model, const Pipe& pipe, int32_t i, const ReachFlow& flow, int32_t hour, double* c) {
+    const int32_t pollutants = model_pollutantCount(model);
+    double* qual = pipe_newSegQual(model, pipe, i);
+    mixReach(flow, qual, c, pollutants);
+    if (pipe.hasDecay || !isFinite(c, flow.storage, pollutants)) {
+        decayReach(model, pipe, flow, hour, qual, c);
+    }
+}
+
 bool pipe_isAnyFlooding(const Model& model) {
     return model.floodingPipeCount > 0 || model.hasEndlessQuality;
 }
@@ -277,11 +267,8 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     const int32_t reaches = pipe_getReachCount(pipe);
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
-        const ReachFlow reach = getReachFlow(dt, pipe.storage[i], flow, out);
-        double* qual = pipe_newSegQual(model, pipe, i);
-        mixReach(reach, qual, quality, pollutants);
-        if (pipe.hasDecay || !isFinite(quality, reach.storage, pollutants)) {
-            decayReach(model, pipe, reach, hour, qual, quality);
+        if (pollutants > 0) {
+            passReach(model, pipe, i, getReachFlow(dt, pipe.storage[i], flow, out), hour, quality);
         }
         pipe.storage[i] += (flow - out) * dt;
         flow = out;
@@ -291,13 +278,7 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     if (!std::all_of(quality, quality + pollutants, [](double value) { return std::isfinite(value); })) {
         model.hasEndlessQuality = true;
     }
-    pipe_noteChange(model, index, static_cast<int32_t>(&pipe - model.pipes.data()));
-}
-
-void pipe_moveClock(const Model& model, Pipe& pipe) {
-    pipe.lastFireTime = pipe.nextFireTime;
-    const double next = pipe.stepLength * MS_PER_SECOND + pipe.lastFireTime;
-    pipe.nextFireTime = next > model.options.totalDuration ? model.options.totalDuration : next;
+    pipe.isChanged = true;
 }
 
 static void clearSums(const Model& model, Pipe& pipe) {
@@ -318,66 +299,50 @@ static void restoreStepStart(const Model& model, const Pipe& pipe, bool isFirst)
     }
 }
 
-/// One firing: the means of the period go through the reaches.
-static void fire(Model& model, int32_t index, Pipe& pipe) {
-    pipe_moveClock(model, pipe);
+/// Whether all that a firing works on but the summed volume, and all that it leaves behind, is +0.0, by the bits.
+static bool holdsNothing(const Model& model, const Link& link, const Pipe& pipe) {
+    const uint64_t numbers = still_getBits(link.newFlow) | still_getBits(link.oldFlow) | still_getBits(pipe.newInflow) |
+                             still_getBits(pipe.oldInflow) | still_getBits(pipe.newFlood) |
+                             still_getBits(pipe.oldFlood);
+    const int32_t pollutants = model_pollutantCount(model);
+    return numbers == 0 && still_areZeros(pipe.sumMass, pollutants) &&
+           still_areZeros(pipe.storage, pipe_getStorageCount(model, pipe.reachCount)) &&
+           still_areZeros(link.newQual, pollutants) && still_areZeros(link.oldQual, pollutants);
+}
+
+/// One firing: the means of the period go through the reaches. One that found nothing and left nothing was made of the
+/// same numbers as the next will be, and of the same parameters as long as the key of the model stands: so the next
+/// will leave nothing either, and the pipe is at rest until something comes to it. To the totals a firing adds 0 times
+/// the share that decays, which moves a sum at most once, from -0.0.
+void pipe_fire(Model& model, int32_t index, Pipe& pipe) {
+    const int32_t pollutants = model_pollutantCount(model);
     Link& link = model.links[index];
+    const bool foundNothing = still_isZero(pipe.sumVolume) && holdsNothing(model, link, pipe);
+    pipe_moveClock(model, pipe);
     shiftFlows(link, pipe);
     if (canFireAgain(model, pipe.stepLength)) {
-        restoreStepStart(model, pipe, !model.isChangedPipe[index]);
+        restoreStepStart(model, pipe, !pipe.isChanged);
     }
-    const int32_t pollutants = model_pollutantCount(model);
     double* mean = link.newQual;  // goes through the cascade where it will stand as that of the outflow
     for (int32_t p = 0; p < pollutants; ++p) {
         mean[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * G_PER_KG : 0.0;
     }
     pipe_route(model, index, pipe, pipe.sumVolume / pipe.sumCount / model.options.routingStep, mean);
     clearSums(model, pipe);
-}
-
-void pipe_update(Model& model, int32_t index, Pipe& pipe, const Offer& offer, double fireTime) {
-    // Without a period, which a host can bring about, it never fires.
-    if (fireTime > pipe.nextFireTime && pipe.sumCount != 0 && pipe.stepLength != 0.0) {
-        fire(model, index, pipe);
-        return;
-    }
-    const double volume = model.options.routingStep * offer.flow;
-    pipe.sumVolume += volume;
-    pipe.sumCount += 1;
-    double* __restrict sumMass = pipe.sumMass;
-    const double* __restrict quality = offer.quality;
-    const int32_t pollutants = model_pollutantCount(model);
-    for (int32_t p = 0; p < pollutants; ++p) {
-        sumMass[p] += volume * quality[p] / G_PER_KG;
+    if (foundNothing && holdsNothing(model, link, pipe) && !canFireAgain(model, pipe.stepLength)) {
+        pipe.restKey = model.rest.key;
+        model.rest.isHourly = model.rest.isHourly || pipe.hasDecay;
     }
 }
 
 // --- delivery ------------------------------------------------------------------------------------------------------
 
-/// A share limited to 0 ... 1.
-static double limitShare(double share) {
-    const double lower = 0.0 > share ? 0.0 : share;
-    return 1.0 < lower ? 1.0 : lower;
-}
-
 double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
     if (pipe.nextFireTime == pipe.lastFireTime) {
         return 0.0;
     }
-    // The present K counts here, which a host may have changed, and it is added for the flow alone: flow and load are
-    // weighted differently in the steps of a firing.
-    const double period = pipe.nextFireTime - pipe.lastFireTime;
-    const double a = limitShare((time - pipe.lastFireTime + pipe.k * MS_PER_SECOND) / period);
-    const double b = limitShare((time - pipe.lastFireTime) / period);
-    const double oldFlow = (1.0 - b) * link.oldFlow;
-    const double newFlow = b * link.newFlow;
-    const double* __restrict oldQual = link.oldQual;
-    const double* __restrict newQual = link.newQual;
-    const int32_t pollutants = model_pollutantCount(model);
-    for (int32_t p = 0; p < pollutants; ++p) {
-        loads[p] += (oldFlow * oldQual[p] + newFlow * newQual[p]) / G_PER_KG;
-    }
-    return (1.0 - a) * link.oldFlow + a * link.newFlow;
+    pipe_addLoads<false>(link, pipe, time, loads, model_pollutantCount(model));
+    return pipe_getFlow(link, pipe, time);
 }
 
 /// Whether the pipe has fired in this run, or the one before.

@@ -1,13 +1,17 @@
 #pragma once
 // A pipe: a cascade of Muskingum reaches with a clock of its own.
 
+#include <algorithm>
 #include <cstdint>
 
 #include "links/link.h"
 #include "model/decay.h"
 #include "model/model.h"
+#include "model/project.h"
+#include "model/still.h"
 #include "model/table.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 /// A cascade of `n` identical Muskingum reaches: it collects for `k` seconds, then fires once. What each step touches
 /// stands in the first line of memory, what a firing needs in the second.
@@ -17,10 +21,12 @@ struct alignas(64) Pipe {
     double k;             ///< s, Muskingum K of one reach, and the pipe's own period
     double sumVolume;     ///< m3, offered by the upstream node since the last firing
     double* sumMass;      ///< kg, one per pollutant, likewise
-    int32_t sumCount;     ///< routing steps summed
-    int32_t n;            ///< number of reaches
     double stepLength;    ///< s, `k` as it was at the start of the run
     double x;             ///< Muskingum X, 0 ... 0.5
+    int32_t sumCount;     ///< routing steps summed
+    uint16_t restKey;     ///< the key of the model under which the pipe was found to be at rest; 0 if it isn't
+    bool hasDecay;        ///< some pollutant decays here
+    bool isChanged;       ///< the new state differs from the old one, which the next step brings up to it
 
     double* storage;     ///< m3, one per reach; behind it stand the concentrations of the reaches
     Decay* decay;        ///< one per pollutant
@@ -29,8 +35,8 @@ struct alignas(64) Pipe {
     double oldFlood;     ///< m3/s, outflow refused by maxFlow or a closed pipe; it leaves the system
     double newFlood;     ///< m3/s
     double maxFlow;      ///< m3/s, largest outflow; 0 means no limit
+    int32_t n;           ///< number of reaches
     int32_t reachCount;  ///< reaches that the arrays were made for; 0 between runs
-    bool hasDecay;       ///< some pollutant decays here
 };
 
 /// Concentrations in a reach, mg/L, one per pollutant.
@@ -47,12 +53,6 @@ struct alignas(64) Pipe {
 [[nodiscard]] inline int64_t pipe_getStorageCount(const Model& model, int32_t reaches) {
     return static_cast<int64_t>(reaches) * (1 + model_pollutantCount(model));
 }
-
-/// A pipe by its rows in the tables of the links and of the pipes.
-struct ChangedPipe {
-    int32_t link;
-    int32_t pipe;
-};
 
 /// A line of [PIPES] for the row `link` of the links and the row `kindIndex` of the pipes. An error index, or 0.
 [[nodiscard]] int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex);
@@ -76,18 +76,20 @@ void pipe_openRun(Model& model);
 /// New becomes old: flow, inflow and flood, then the concentrations.
 void pipe_shiftState(const Model& model, Link& link, Pipe& pipe);
 
-/// Rolls the pipes that have changed since the last roll, and no others: in nearly all steps nearly all pipes stand
-/// still, and old and new are the same there already.
-void pipe_shiftChanged(Model& model);
+/// The same once after a change, and nothing else: in nearly all steps nearly all pipes stand still, and old and new
+/// are the same there already.
+inline void pipe_roll(const Model& model, Link& link, Pipe& pipe) {
+    if (pipe.isChanged) {
+        pipe_shiftState(model, link, pipe);
+        pipe.isChanged = false;
+    }
+}
 
 /// Says that a pipe's new state differs from its old one, so that the next step rolls it.
-void pipe_noteChange(Model& model, int32_t link, int32_t kindIndex);
+void pipe_noteChange(Model& model, int32_t kindIndex);
 
-/// Takes in what the upstream node offers in this step, or fires. `fireTime` is in ms since the start.
-void pipe_update(Model& model, int32_t link, Pipe& pipe, const Offer& offer, double fireTime);
-
-/// Moves the clock of a pipe on by one period, but never past the end of the run.
-void pipe_moveClock(const Model& model, Pipe& pipe);
+/// The firing of a pipe that has collected something for a period.
+void pipe_fire(Model& model, int32_t link, Pipe& pipe);
 
 /// Sends a mean flow (m3/s) with mean concentrations (mg/L) of one period through the cascade.
 void pipe_route(Model& model, int32_t link, Pipe& pipe, double inflow, const double* concentrations);
@@ -112,3 +114,95 @@ void pipe_changeStep(Model& model, double step);
 
 /// Water in the reaches, m3.
 [[nodiscard]] double pipe_getVolume(const Pipe& pipe);
+
+// What a pipe does in nearly every step stands in the head, since the visits of a large network do little else: it
+// takes in what its upper node offers, and delivers by its last two firings.
+
+// --- the clock -----------------------------------------------------------------------------------------------------
+
+/// Moves the clock of a pipe on by one period, but never past the end of the run.
+inline void pipe_moveClock(const Model& model, Pipe& pipe) {
+    pipe.lastFireTime = pipe.nextFireTime;
+    const double next = pipe.stepLength * MS_PER_SECOND + pipe.lastFireTime;
+    pipe.nextFireTime = next > model.options.totalDuration ? model.options.totalDuration : next;
+}
+
+/// A step of a pipe at rest, to which nothing comes. It has fired before, so it has a period.
+inline void pipe_tick(const Model& model, Pipe& pipe, double fireTime) {
+    pipe.isChanged = fireTime > pipe.nextFireTime && pipe.sumCount != 0;
+    if (pipe.isChanged) {
+        pipe_moveClock(model, pipe);
+        pipe.sumCount = 0;
+    } else {
+        pipe.sumCount += 1;
+    }
+}
+
+// --- what comes in -------------------------------------------------------------------------------------------------
+
+/// Takes in what the upstream node offers in this step, of `dt` seconds, or fires. `fireTime` is in ms since the start.
+inline void pipe_update(Model& model, int32_t link, Pipe& pipe, const Offer& offer, double fireTime, double dt,
+                        int32_t pollutants) {
+    // Without a period, which a host can bring about, it never fires.
+    if (fireTime > pipe.nextFireTime && pipe.sumCount != 0 && pipe.stepLength != 0.0) {
+        pipe_fire(model, link, pipe);
+        return;
+    }
+    const double volume = dt * offer.flow;
+    pipe.sumVolume += volume;
+    pipe.sumCount += 1;
+    double* __restrict sumMass = pipe.sumMass;
+    const double* __restrict quality = offer.quality;
+    for (int32_t p = 0; p < pollutants; ++p) {
+        sumMass[p] += volume * quality[p] / G_PER_KG;
+    }
+}
+
+// --- delivery ------------------------------------------------------------------------------------------------------
+
+/// The share of a period that is over, limited to 0 ... 1. A quotient that isn't below 1 is rounded to what is 1 after
+/// the limits, and one of 0 is 0: that spares most divisions.
+inline double pipe_getShare(double passed, double period) {
+    if (period > 0.0 && (passed >= period || still_isZero(passed))) {
+        return passed >= period ? 1.0 : 0.0;
+    }
+    const double share = passed / period;
+    const double lower = 0.0 > share ? 0.0 : share;
+    return 1.0 < lower ? 1.0 : lower;
+}
+
+/// Flow (m3/s) delivered in the step that begins at `time` (ms). The present K counts here, which a host may have
+/// changed, and it is added for the flow alone: flow and load are weighted differently in the steps of a firing.
+inline double pipe_getFlow(const Link& link, const Pipe& pipe, double time) {
+    const double period = pipe.nextFireTime - pipe.lastFireTime;
+    const double share = pipe_getShare(time - pipe.lastFireTime + pipe.k * MS_PER_SECOND, period);
+    return (1.0 - share) * link.oldFlow + share * link.newFlow;
+}
+
+/// The loads (kg/s) delivered in that step, added to `loads` or put in their place.
+template <bool IN_PLACE>
+inline void pipe_addLoads(const Link& link, const Pipe& pipe, double time, double* __restrict loads,
+                          int32_t pollutants) {
+    if (pollutants == 0) {
+        return;
+    }
+    const double share = pipe_getShare(time - pipe.lastFireTime, pipe.nextFireTime - pipe.lastFireTime);
+    const double oldFlow = (1.0 - share) * link.oldFlow;
+    const double newFlow = share * link.newFlow;
+    const double* __restrict oldQual = link.oldQual;
+    const double* __restrict newQual = link.newQual;
+    for (int32_t p = 0; p < pollutants; ++p) {
+        const double load = (oldFlow * oldQual[p] + newFlow * newQual[p]) / G_PER_KG;
+        loads[p] = IN_PLACE ? load : loads[p] + load;
+    }
+}
+
+/// Flow and loads, one behind the other, in place of what stands in `delivery`: zeros before the first firing.
+inline void pipe_layDown(const Link& link, const Pipe& pipe, double time, double* delivery, int32_t pollutants) {
+    if (pipe.nextFireTime == pipe.lastFireTime) {
+        std::fill_n(delivery, 1 + pollutants, 0.0);
+        return;
+    }
+    delivery[0] = pipe_getFlow(link, pipe, time);
+    pipe_addLoads<true>(link, pipe, time, delivery + 1, pollutants);
+}

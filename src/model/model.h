@@ -22,7 +22,6 @@
 struct ActionList;
 struct BinaryResults;
 struct BuildupRules;
-struct ChangedPipe;
 struct Conduit;
 struct Connection;
 struct Converter;
@@ -142,15 +141,16 @@ struct Model {
     int32_t reachedCount{};  ///< nodes that a path leads to from a head, by the check of the project
     Table<Visit> visits;
     Table<VisitLink> outgoingVisits, incomingVisits;
+    Table<int32_t> visitsByNode;      ///< place in `visits`, by node; -1 if the order leaves a node out
+    Table<int32_t> nodesRolledAhead;  ///< that roll ahead of the visits; all others do so in their visit
+    Table<double> deliveries;         ///< of links to the nodes that they enter: flow, m3/s, and loads, kg/s
+    Rest rest{};
     Table<int32_t> uncountedNodes, uncountedLinks;  ///< of which no visit makes the statistics
 
     std::vector<DryWeatherNode> nodesWithDryWeather;  ///< in the order of the nodes
     std::vector<int32_t> nodesWithExternal;           ///< likewise
     Table<int32_t> guidedLinks;                       ///< whose target may differ from their setting
     Table<uint8_t> isGuided;                          ///< by link: stands in guidedLinks
-    Table<int32_t> everChangingLinks;                 ///< that every step rolls
-    Table<ChangedPipe> changedPipes;                  ///< that fired, or that the host wrote to, since the last roll
-    Table<uint8_t> isChangedPipe;                     ///< by link: stands in changedPipes
     int32_t floodingPipeCount{};                      ///< pipes whose newFlood isn't 0
     bool hasEndlessQuality{};                         ///< some concentration in a pipe of the run was no finite number
     RoomState<ActionList> actionList;

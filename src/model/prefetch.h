@@ -21,6 +21,7 @@ void prefetch_record(const Record& record) {
 inline void prefetch_arrays(const Node& node) {
     memory_fetch(node.massInflow);
     memory_fetch(node.newQual);
+    memory_fetch(node.oldQual);
 }
 inline void prefetch_arrays(const Link& link) {
     memory_fetch(link.newQual);
@@ -38,14 +39,14 @@ inline void prefetch_line(const void* record) {
     memory_fetch(record);
 }
 
-/// What a pipe that is offered water will touch: its sums, and if it fires, its second line and its reaches.
+/// What a pipe that is offered water will touch: its sums, and if it fires or rolls, its second line and its reaches.
 template <class Pipe>
-void prefetch_offer(const Pipe& pipe, const Link& link, double fireTime) {
-    memory_fetch(pipe.sumMass);
-    if (fireTime > pipe.nextFireTime) {
+void prefetch_offer(const Pipe& pipe, double fireTime) {
+    if (fireTime > pipe.nextFireTime || pipe.isChanged) {
         memory_fetch(&pipe.storage);
-        memory_fetch(pipe.sumMass + 8);  // the next line, where the reaches are
-        memory_fetch(&link);
+        memory_fetch(pipe.sumMass);      // the reaches stand behind it
+        memory_fetch(pipe.sumMass + 8);  // and go on in the next lines
+        memory_fetch(pipe.sumMass + 16);
     }
 }
 
@@ -53,12 +54,4 @@ void prefetch_offer(const Pipe& pipe, const Link& link, double fireTime) {
 template <class Pipe>
 void prefetch_reaches(const Pipe& pipe) {
     memory_fetch(pipe.storage);
-}
-
-/// Two pipes that the roll comes to soon: of the farther one the records, of the nearer one what they point to.
-template <class Pipe>
-void prefetch_roll(const Link& farther, const Pipe& fartherPipe, const Link& nearer) {
-    memory_fetch(&farther);
-    memory_fetch(&fartherPipe.newInflow);
-    memory_fetch(nearer.newQual);
 }

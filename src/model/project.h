@@ -51,30 +51,31 @@ extern const char* const LinkKindWords[LINK_KIND_COUNT];
 struct ExtInflow;
 struct DwfInflow;
 
-/// What every node has, whatever its kind. Arrays have one element per pollutant and are null without pollutants. The
-/// first line of memory holds what a visit of the node touches; what only the roll from step to step needs follows.
+/// What every node has, whatever its kind. Arrays have one element per pollutant and are null without pollutants. What
+/// a step moves without pollutants is the first line of memory and nothing else; the rest follows.
 struct alignas(64) Node {
-    int32_t kind;             ///< NodeKind; -1 until read
-    int32_t kindIndex;        ///< row in the table of the kind
     double newInflow;         ///< m3/s, newLatFlow + newUpstreamFlow
     double newUpstreamFlow;   ///< m3/s, arriving over links
     double newLatFlow;        ///< m3/s: runoff, drains, external and dry-weather inflow, direct discharges
-    double* massInflow;       ///< kg/s, load of the step
-    double* newQual;          ///< mg/L
+    double oldInflow;         ///< m3/s, newInflow of the previous step
+    double oldUpstreamFlow;   ///< m3/s
+    double oldLatFlow;        ///< m3/s
     double statInflowVolume;  ///< m3, inflow of the run
     double statMaxInflow;     ///< m3/s
 
-    double oldInflow;        ///< m3/s, newInflow of the previous step
-    double oldUpstreamFlow;  ///< m3/s
-    double oldLatFlow;       ///< m3/s
-    double* oldQual;         ///< mg/L
-    const char* id;          ///< the ID as first seen; null until read
-    ExtInflow* extInflow;    ///< head of the external inflows, the newest first
-    DwfInflow* dwfInflow;    ///< head of the dry-weather inflows, the newest first
-    bool isHead;             ///< nothing upstream, so the order of the nodes starts here
+    int32_t kind;          ///< NodeKind; -1 until read
+    int32_t kindIndex;     ///< row in the table of the kind
+    double* massInflow;    ///< kg/s, load of the step
+    double* newQual;       ///< mg/L
+    double* oldQual;       ///< mg/L
+    const char* id;        ///< the ID as first seen; null until read
+    ExtInflow* extInflow;  ///< head of the external inflows, the newest first
+    DwfInflow* dwfInflow;  ///< head of the dry-weather inflows, the newest first
+    bool isHead;           ///< nothing upstream, so the order of the nodes starts here
 };
 
-/// What every link has, whatever its kind; laid out like a node. The routing step knows the row of the kind otherwise.
+/// What every link has, whatever its kind: in the first line of memory what a step touches. The routing step knows the
+/// row of the kind otherwise.
 struct alignas(64) Link {
     int32_t kind;           ///< LinkKind; -1 until read
     bool isLagged;          ///< delivers the previous step's values and may close a loop
@@ -231,6 +232,16 @@ struct Pace {
     bool isPlain = false;     ///< works out every step of every object, also where nothing can change
     uint64_t landChanges = 1;
     uint64_t networkChanges = 1;
+};
+
+/// By what an object knows whether what it once found out about its rest still holds: a key that changes with whatever
+/// else the next step of a resting object depends on.
+struct Rest {
+    uint64_t seenChanges;  ///< Pace::networkChanges of the step before
+    int32_t hour;          ///< of the day, of that step
+    uint16_t key;          ///< of this step; never 0
+    bool isHourly;         ///< something that rests decays by the hour, so the key changes with the hour
+    bool isAllowed;        ///< whether anything may rest in this step
 };
 
 /// Says that somebody may have written to the land, to the network or to both.

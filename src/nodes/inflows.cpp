@@ -346,6 +346,9 @@ static void applyDryWeather(Model& model, Node& node, const DwfInflow* flowRecor
     const double flow = flowRecord ? inflows_dryWeatherValue(model, *flowRecord, hour) : 0.0;
     node.newLatFlow += flow;
     model.totals.flow.dryWeatherInflow += model.options.routingStep * flow;
+    if (model_pollutantCount(model) == 0) {
+        return;  // there are no other records, and the list needn't be looked at
+    }
     for (const DwfInflow* record = node.dwfInflow; record; record = record->next) {
         if (record->pollutant >= 0) {
             const double load = inflows_dryWeatherValue(model, *record, hour) * flow / G_PER_KG;
@@ -358,12 +361,17 @@ static void applyDryWeather(Model& model, Node& node, const DwfInflow* flowRecor
 void inflows_applyDryWeather(Model& model, DateTime date) {
     const int32_t hour = datetime_getHour(date);
     static constexpr size_t AHEAD = 8;
+    const bool hasPollutants = model_pollutantCount(model) > 0;
     for (size_t k = 0; k < model.nodesWithDryWeather.size(); ++k) {
         if (k + AHEAD < model.nodesWithDryWeather.size()) {
-            prefetch_line(&model.nodes[model.nodesWithDryWeather[k + AHEAD].node]);
+            const Node& far = model.nodes[model.nodesWithDryWeather[k + AHEAD].node];
             const DryWeatherNode& near = model.nodesWithDryWeather[k + AHEAD / 2];
-            prefetch_line(model.nodes[near.node].dwfInflow);
+            prefetch_line(&far);
             prefetch_line(near.flow);
+            if (hasPollutants) {
+                prefetch_line(&far.kind);  // the second line, which has the list
+                prefetch_line(model.nodes[near.node].dwfInflow);
+            }
         }
         const DryWeatherNode& entry = model.nodesWithDryWeather[k];
         applyDryWeather(model, model.nodes[entry.node], entry.flow, hour);

@@ -45,13 +45,6 @@ void node_initState(Model& model, Node& node) {
 
 // --- the routing step ----------------------------------------------------------------------------------------------
 
-void node_shiftInflows(Node& node) {
-    node.oldInflow = node.newInflow;
-    node.oldLatFlow = node.newLatFlow;
-    node.oldUpstreamFlow = node.newUpstreamFlow;
-    node.newInflow = node.newLatFlow = node.newUpstreamFlow = 0.0;
-}
-
 void node_shiftQuality(const Model& model, Node& node) {
     double* __restrict massInflow = node.massInflow;
     double* __restrict newQual = node.newQual;

@@ -25,7 +25,12 @@ void node_setRow(Model& model, int32_t node, int32_t kind, int32_t kindIndex, co
 void node_initState(Model& model, Node& node);
 
 /// New becomes old at the start of a step: the flows, of which the new ones are emptied for the step to add up.
-void node_shiftInflows(Node& node);
+inline void node_shiftInflows(Node& node) {
+    node.oldInflow = node.newInflow;
+    node.oldLatFlow = node.newLatFlow;
+    node.oldUpstreamFlow = node.newUpstreamFlow;
+    node.newInflow = node.newLatFlow = node.newUpstreamFlow = 0.0;
+}
 
 /// The concentrations likewise, and the loads are emptied.
 void node_shiftQuality(const Model& model, Node& node);

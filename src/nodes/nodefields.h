@@ -41,7 +41,7 @@ void outlets_walkLevels(V& v, LevelList& list) {
 template <class V>
 void tank_walk(V& v, Tank& tank, const Model& model) {
     const int64_t pollutants = model_pollutantCount(model);
-    v.fixed(tank.curve, tank.decay, tank.initQual);
+    v.fixed(tank.curve, tank.decay, tank.initQual, tank.restKey, tank.lastDepth, tank.lastVolume);
     v.setting(NAMED(tank.hasDecay));
     decay_walk(v, tank.decay, model);
     v.setting(NAMED(tank.maxDepth));
@@ -96,7 +96,8 @@ template <class V>
 void reactor_walk(V& v, Reactor& reactor, Model& model) {
     const int64_t pollutants = model_pollutantCount(model);
     v.fixed(reactor.type, reactor.capacityType, reactor.reactionType, reactor.surpassNode, reactor.emptyingNode,
-            reactor.reactionPattern, reactor.evapPattern, reactor.initQual, reactor.inletQual);
+            reactor.reactionPattern, reactor.evapPattern, reactor.initQual, reactor.inletQual, reactor.qualBefore,
+            reactor.restKey);
     v.setting(NAMED(reactor.surfaceLoading));
     v.setting(NAMED(reactor.flowCapacity));
     v.setting(NAMED(reactor.area));

@@ -19,6 +19,7 @@
 #include "model/pattern.h"
 #include "model/plausible.h"
 #include "model/project.h"
+#include "model/still.h"
 #include "model/warnings.h"
 #include "nodes/node.h"
 #include "text/tokens.h"
@@ -285,9 +286,10 @@ void reactor_initState(Model& model, Reactor& reactor) {
     reactor.oldOutflow = reactor.newOutflow = 0.0;
     reactor.surpassFlow = reactor.emptyingFlow = 0.0;
     reactor.evapDepth = reactor.infilDepth = 0.0;
+    reactor.restKey = 0;
     reactor.flowQueue = DelayQueue{};
     const int64_t count = model_pollutantCount(model);
-    double* memory = arena_allocateArray<double>(model.memory.run, 2 * count);
+    double* memory = arena_allocateArray<double>(model.memory.run, 3 * count);
     reactor.loadQueue = arena_allocateArray<DelayQueue>(model.memory.run, count);
     if (!memory || !reactor.loadQueue) {
         reactor_endState(reactor);
@@ -296,13 +298,14 @@ void reactor_initState(Model& model, Reactor& reactor) {
     }
     reactor.qual = memory;
     reactor.inletQual = memory + count;
+    reactor.qualBefore = memory + 2 * count;
     std::copy_n(reactor.initQual, count, reactor.qual);
 }
 
 void reactor_endState(Reactor& reactor) {
     reactor.flowQueue = DelayQueue{};
     reactor.loadQueue = nullptr;
-    reactor.qual = reactor.inletQual = nullptr;
+    reactor.qual = reactor.inletQual = reactor.qualBefore = nullptr;
 }
 
 void reactor_shiftState(Reactor& reactor) {
@@ -423,10 +426,11 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
 
 // --- stirred tank --------------------------------------------------------------------------------------------------
 
-/// Mixes `inflowVolume` into the store and lets the mix react for one step.
-static void mixAndReact(const Model& model, Reactor& reactor, double inflowVolume, int32_t hour) {
+/// Mixes `inflowVolume` into the store and lets the mix react for one step. Gives whether nothing reacts.
+static bool mixAndReact(const Model& model, Reactor& reactor, double inflowVolume, int32_t hour) {
     const double dt = model.options.routingStep;
     const double stored = reactor.storedVolume;
+    bool isInert = true;
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         double& qual = reactor.qual[p];
         if (!(inflowVolume + stored > 0.0)) {
@@ -435,9 +439,12 @@ static void mixAndReact(const Model& model, Reactor& reactor, double inflowVolum
         }
         qual = (inflowVolume * reactor.inletQual[p] + stored * qual) / (inflowVolume + stored);
         const double c = reactor_react(model, reactor, p, qual, dt, hour);
-        reactor.statReactedLoad[p] += (qual - c) * (inflowVolume + stored) / G_PER_KG;
+        const double reacted = (qual - c) * (inflowVolume + stored) / G_PER_KG;
+        reactor.statReactedLoad[p] += reacted;
+        isInert = isInert && reacted == 0.0;
         qual = c;
     }
+    return isInert;
 }
 
 /// What is above the full volume goes to the outlet.
@@ -517,30 +524,70 @@ static void emptyStore(Model& model, Reactor& reactor) {
 
 // --- the step ------------------------------------------------------------------------------------------------------
 
-void reactor_update(Model& model, Node& node, Reactor& reactor) {
+/// A stirred tank in a step: takes in a flow, and mixes, reacts, overflows, loses and empties. Gives whether
+/// nothing reacts.
+static bool stir(Model& model, Node& node, Reactor& reactor, double flow, int32_t hour) {
     const double dt = model.options.routingStep;
-    const DateTime date = model_getDate(model, model.clock.newRoutingTime);
-    const int32_t hour = datetime_getHour(date);
     const double infil = reactor.area * reactor.infilRate;
     const double evap = pattern_getFactor(model, reactor.evapPattern, hour) * reactor.evapRate * reactor.area;
-
-    setInletQuality(model, node, reactor);
-    const double flow = limitInflow(reactor, node.newInflow, dt);
-    discharge(model, reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
-    if (reactor.type == PFR) {
-        if (reactor.retentionTime == 0.0) {
-            passThrough(model, node, reactor, flow, hour);
-        } else {
-            passPlug(model, node, reactor, flow, date, hour);
-        }
-        return;
-    }
     const double inflowVolume = dt * flow;
-    mixAndReact(model, reactor, inflowVolume, hour);
+    const bool isInert = mixAndReact(model, reactor, inflowVolume, hour);
     overflow(model, node, reactor, inflowVolume);
     reactor.evapDepth = getDepthRate(reactor, evaporate(model, reactor, evap), MM_PER_DAY);
     reactor.infilDepth = getDepthRate(reactor, infiltrate(model, reactor, infil), MM_PER_HOUR);
     emptyStore(model, reactor);
+    return isInert;
+}
+
+/// Whether nothing comes to a reactor in this step and no rule empties it: it can rest then.
+static bool getsNothing(const Model& model, const Node& node, const Reactor& reactor) {
+    return still_isZero(node.newInflow) && reactor.isEmptying == 0 &&
+           still_areZeros(node.massInflow, model_pollutantCount(model));
+}
+
+/// Whether a step to which nothing came has left a stirred tank as it was, and sent nothing anywhere.
+static bool isStill(const Model& model, const Node& node, const Reactor& reactor, double storedBefore) {
+    const uint64_t flows = still_getBits(reactor.newOutflow) | still_getBits(reactor.surpassFlow) |
+                           still_getBits(reactor.emptyingFlow) | still_getBits(reactor.evapDepth) |
+                           still_getBits(reactor.infilDepth);
+    const int32_t pollutants = model_pollutantCount(model);
+    return flows == 0 && still_getBits(reactor.storedVolume) == still_getBits(storedBefore) &&
+           still_areZeros(node.newQual, pollutants) &&
+           std::equal(reactor.qual, reactor.qual + pollutants, reactor.qualBefore,
+                      [](double a, double b) { return std::isfinite(a) && still_getBits(a) == still_getBits(b); });
+}
+
+/// A step to which nothing came, in which nothing reacted, which sent nothing anywhere and which left the bits of the
+/// store as they were will be followed by one of the same kind, as long as nothing comes, no rule empties the store,
+/// the hour is the same and the key of the model stands. All that it adds to sums is 0, a finite load by a flow of 0:
+/// so the reactor rests. A plug flow doesn't: its queue moves.
+static void stepStore(Model& model, Node& node, Reactor& reactor, double flow, int32_t hour) {
+    const double before = reactor.storedVolume;
+    std::copy_n(reactor.qual, model_pollutantCount(model), reactor.qualBefore);
+    const bool isInert = stir(model, node, reactor, flow, hour);
+    if (isInert && getsNothing(model, node, reactor) && isStill(model, node, reactor, before)) {
+        reactor.restKey = model.rest.key;
+        model.rest.isHourly = true;
+    }
+}
+
+void reactor_update(Model& model, Node& node, Reactor& reactor) {
+    if (reactor.restKey == model.rest.key && model.rest.isAllowed && getsNothing(model, node, reactor)) {
+        return;
+    }
+    reactor.restKey = 0;
+    const DateTime date = model_getDate(model, model.clock.newRoutingTime);
+    const int32_t hour = datetime_getHour(date);
+    setInletQuality(model, node, reactor);
+    const double flow = limitInflow(reactor, node.newInflow, model.options.routingStep);
+    discharge(model, reactor.surpassNode, reactor.surpassFlow, reactor.inletQual, reactor.statSurpassLoad);
+    if (reactor.type != PFR) {
+        stepStore(model, node, reactor, flow, hour);
+    } else if (reactor.retentionTime == 0.0) {
+        passThrough(model, node, reactor, flow, hour);
+    } else {
+        passPlug(model, node, reactor, flow, date, hour);
+    }
 }
 
 // --- statistics and results ----------------------------------------------------------------------------------------

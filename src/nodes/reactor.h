@@ -46,7 +46,9 @@ struct Reactor {
     double newOutflow;         ///< m3/s
     double storedVolume;       ///< m3, CSTR
     double* qual;              ///< mg/L, of the stored water, CSTR
-    double* inletQual;         ///< mg/L, of the inflow; scratch of one step
+    double* inletQual;         ///< mg/L, of the inflow; scratch of one step, as is the next one
+    double* qualBefore;        ///< mg/L, of the stored water ahead of the step
+    uint16_t restKey;          ///< the key of the model under which the reactor was found to be at rest; 0 if it isn't
     DelayQueue flowQueue;      ///< m3/s, PFR
     DelayQueue* loadQueue;     ///< kg/s, PFR
     double statSurpass;        ///< m3

@@ -16,6 +16,7 @@
 #include "model/plausible.h"
 #include "model/project.h"
 #include "model/statistics.h"
+#include "model/still.h"
 #include "model/topology.h"
 #include "model/warnings.h"
 #include "nodes/node.h"
@@ -75,6 +76,8 @@ void tank_initState(Model& model, int32_t index) {
     tank.oldDepth = tank.newDepth = tank.initDepth;
     tank.oldFlood = tank.newFlood = 0.0;
     tank.hasDecay = decay_isAny(model, tank.decay);
+    tank.restKey = 0;
+    tank.lastDepth = tank.lastVolume = 0.0;  // a tank of no depth is empty
     tank.qual = arena_allocateArray<double>(model.memory.run, model_pollutantCount(model));
     if (!tank.qual || !outlets_make(model, tank.outlets, index)) {
         tank_endState(tank);
@@ -129,6 +132,15 @@ static double getVolume(const Curve* curve, double d) {
     return volume + last.y * e + slope * (e * e) / 2.0;
 }
 
+/// The same at the depth of the tank, which often is the depth that was asked for last. It is told by its bits.
+static double getHeld(Tank& tank, const Curve* curve) {
+    if (still_getBits(tank.newDepth) != still_getBits(tank.lastDepth)) {
+        tank.lastDepth = tank.newDepth;
+        tank.lastVolume = getVolume(curve, tank.newDepth);
+    }
+    return tank.lastVolume;
+}
+
 static double getDepth(const Curve* curve, double volume) {
     return curve ? curve_inverseLookup(*curve, volume) : 0.0;
 }
@@ -150,8 +162,8 @@ static void setOutflow(Model& model, int32_t index, double flow, const double* q
 
 /// The outlets of one level: their laws at the present depth, limited to the water above the level, and shared out in
 /// the ratio of the laws. Nothing keeps the limit from being negative: with a weir whose crest a host has lowered below
-/// its level the tank gains water.
-static void releaseLevel(Model& model, Tank& tank, const Curve* curve, LevelList& list, int32_t level) {
+/// its level the tank gains water. Gives whether there is one that would let water go.
+static bool releaseLevel(Model& model, Tank& tank, const Curve* curve, LevelList& list, int32_t level) {
     const double depth = tank.newDepth;
     const int32_t count = outlets_findMembers(list, list.levels[level]);
     double sum = 0.0;
@@ -163,10 +175,10 @@ static void releaseLevel(Model& model, Tank& tank, const Curve* curve, LevelList
         for (int32_t k = 0; k < count; ++k) {
             setOutflow(model, list.links[list.members[k]], 0.0, nullptr);
         }
-        return;
+        return false;
     }
     const double dt = model.options.routingStep;
-    const double volume = getVolume(curve, depth);
+    const double volume = getHeld(tank, curve);
     const double limit = (volume - list.volumes[level]) / dt;
     const double flow = sum < limit ? sum : limit;
     tank.newDepth = getDepth(curve, volume - dt * flow);
@@ -178,18 +190,21 @@ static void releaseLevel(Model& model, Tank& tank, const Curve* curve, LevelList
             std::printf("%f\n", model.links[link].newFlow);
         }
     }
+    return true;
 }
 
-static void releaseByLevel(Model& model, Tank& tank, const Curve* curve, LevelList& list) {
+static bool releaseByLevel(Model& model, Tank& tank, const Curve* curve, LevelList& list) {
     if (outlets_updateKeys(model, list)) {
         outlets_makeLevels(list);
         for (int32_t k = 0; k < list.levelCount; ++k) {
             list.volumes[k] = getVolume(curve, list.levels[k]);
         }
     }
+    bool isRunning = false;
     for (int32_t k = 0; k < list.levelCount; ++k) {
-        releaseLevel(model, tank, curve, list, k);
+        isRunning = releaseLevel(model, tank, curve, list, k) || isRunning;
     }
+    return isRunning;
 }
 
 /// Flow of all pumps at a depth (m), m3/s.
@@ -204,10 +219,10 @@ static double sumPumps(const Model& model, PumpList& pumps, double depth) {
 }
 
 /// What the pumps may take together, m3/s: no more than the tank holds, unless it has no volume by its full depth.
-static double limitPumps(const Tank& tank, const Curve* curve, double full, double wanted, double dt) {
+static double limitPumps(Tank& tank, const Curve* curve, double full, double wanted, double dt) {
     double flow = wanted;
     if (full > 0.0) {
-        const double held = getVolume(curve, tank.newDepth) / dt;
+        const double held = getHeld(tank, curve) / dt;
         flow = held < flow ? held : flow;
     }
     return flow < 0.0 ? 0.0 : flow;
@@ -228,15 +243,21 @@ static double floodExcess(Tank& tank, double full, double volume, double dt) {
 
 /// The decayed mass is that of the water left after the pumps and the flood, though these take away the concentration
 /// after the decay: what decays in their water is in no total.
-static void decayStored(Model& model, Tank& tank, Node& node, double volume) {
+///
+/// Gives whether that changes nothing, neither a concentration nor a total.
+static bool decayStored(Model& model, Tank& tank, Node& node, double volume) {
+    bool isStill = true;
     const int32_t hour = tank.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double left = decay_getFactor(model, tank.decay[p], hour, model.options.routingStep);
         const double before = tank.qual[p];
         tank.qual[p] = before * left;
         node.newQual[p] = tank.qual[p];
-        model.totals.quality[p].reactedLoss += before * volume * (1.0 - left) / G_PER_KG;
+        const double lost = before * volume * (1.0 - left) / G_PER_KG;
+        model.totals.quality[p].reactedLoss += lost;
+        isStill = isStill && still_getBits(tank.qual[p]) == still_getBits(before) && lost == 0.0;
     }
+    return isStill;
 }
 
 /// Shares the flow of all pumps out in the ratio of what each would deliver at the depth that is left. If none would
@@ -253,15 +274,20 @@ static void sharePumps(Model& model, Tank& tank, double flow) {
     }
 }
 
-static void mixInflow(const Model& model, Tank& tank, const Node& node, const Curve* curve) {
+/// Gives whether no concentration changes.
+static bool mixInflow(const Model& model, Tank& tank, const Node& node, const Curve* curve) {
+    bool isStill = true;
     const double dt = model.options.routingStep;
-    const double volume = getVolume(curve, tank.newDepth);
+    const double volume = getHeld(tank, curve);
     const double inflow = dt * node.newInflow;
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double mass = dt * node.massInflow[p] + volume * tank.qual[p] / G_PER_KG;
-        tank.qual[p] = volume + inflow > 0.0 ? mass / (volume + inflow) * G_PER_KG : 0.0;
+        const double mixed = volume + inflow > 0.0 ? mass / (volume + inflow) * G_PER_KG : 0.0;
+        isStill = isStill && still_getBits(mixed) == still_getBits(tank.qual[p]);
+        tank.qual[p] = mixed;
     }
     tank.newDepth = getDepth(curve, volume + inflow);
+    return isStill;
 }
 
 /// Tells of a tank whose pumps want more than it has, or of which nobody gets what they took.
@@ -276,23 +302,58 @@ static void tellPumps(const Model& model, const Node& node, const PumpList& pump
     }
 }
 
-void tank_update(Model& model, Node& node, Tank& tank) {
+/// Whether nothing comes to a tank in this step: it can rest then.
+static bool getsNothing(const Model& model, const Node& node) {
+    return still_isZero(node.newInflow) && still_areZeros(node.massInflow, model_pollutantCount(model));
+}
+
+/// Whether no outlet of a kind lets anything go.
+static bool areShut(const Model& model, const int32_t* links, int32_t count) {
+    return std::all_of(links, links + count, [&model](int32_t link) {
+        return still_isZero(model.links[link].newFlow) &&
+               still_areZeros(model.links[link].newQual, model_pollutantCount(model));
+    });
+}
+
+static bool isShut(const Model& model, const Tank& tank) {
+    const Outlets& outlets = tank.outlets;
+    return areShut(model, outlets.orifices.links, outlets.orifices.count) &&
+           areShut(model, outlets.weirs.links, outlets.weirs.count) &&
+           areShut(model, outlets.pumps.links, outlets.pumps.count) && still_isZero(tank.newFlood);
+}
+
+/// The whole step of a tank. One to which nothing came, which let nothing go and which ended with the bits of depth and
+/// concentrations that it began with will do the same in the next step, as long as nothing comes to it, no setting of
+/// an outlet moves and the key of the model stands: it rests then.
+static void step(Model& model, Node& node, Tank& tank) {
     const double dt = model.options.routingStep;
     const Curve* curve = findCurve(model, tank);
     const double full = getVolume(curve, tank.maxDepth);
     tank.newDepth = tank.oldDepth;
-    releaseByLevel(model, tank, curve, tank.outlets.orifices);
-    releaseByLevel(model, tank, curve, tank.outlets.weirs);
+    bool isStill = !releaseByLevel(model, tank, curve, tank.outlets.orifices);
+    isStill = !releaseByLevel(model, tank, curve, tank.outlets.weirs) && isStill;
     const double wanted = sumPumps(model, tank.outlets.pumps, tank.newDepth);
     const double pumped = limitPumps(tank, curve, full, wanted, dt);
-    const double volume = floodExcess(tank, full, getVolume(curve, tank.newDepth) - dt * pumped, dt);
+    const double volume = floodExcess(tank, full, getHeld(tank, curve) - dt * pumped, dt);
     tank.newDepth = getDepth(curve, volume);
-    decayStored(model, tank, node, volume);
+    isStill = decayStored(model, tank, node, volume) && isStill;
     sharePumps(model, tank, pumped);
     if (pumped != 0.0) {
         tellPumps(model, node, tank.outlets.pumps, wanted, pumped);
     }
-    mixInflow(model, tank, node, curve);
+    isStill = mixInflow(model, tank, node, curve) && isStill;
+    isStill = isStill && still_getBits(tank.newDepth) == still_getBits(tank.oldDepth) && pumped == 0.0;
+    tank.restKey = isStill && getsNothing(model, node) && isShut(model, tank) ? model.rest.key : 0;
+    model.rest.isHourly = model.rest.isHourly || (tank.restKey != 0 && tank.hasDecay);
+}
+
+void tank_update(Model& model, Node& node, Tank& tank) {
+    if (tank.restKey != model.rest.key || !model.rest.isAllowed || !getsNothing(model, node)) {
+        step(model, node, tank);
+        return;
+    }
+    // The roll has emptied these, and the step would fill in what it left untouched in the tank.
+    std::copy_n(tank.qual, model_pollutantCount(model), node.newQual);
 }
 
 void tank_countStep(Model& model, const Node& node, Tank& tank) {

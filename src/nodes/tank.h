@@ -24,6 +24,9 @@ struct Tank {
     double oldFlood;         ///< m3/s, lost from a full tank
     double newFlood;         ///< m3/s
     Outlets outlets;         ///< lives as long as the run
+    uint16_t restKey;        ///< the key of the model under which the tank was found to be at rest; 0 if it isn't
+    double lastDepth;        ///< m, whose volume was worked out last
+    double lastVolume;       ///< m3, that volume
     double statMaxDepth;     ///< m
     double statFloodVolume;  ///< m3
 };

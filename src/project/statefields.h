@@ -36,7 +36,8 @@ void model_walkFixed(V& v, Model& model) {
             model.isStarted, model.fingerprint, model.memory, model.description, model.counts, model.names,
             model.curves, model.patterns, model.outgoingLinks, model.incomingLinks, model.clauseState, model.running,
             model.sinks, model.sortedNodes, model.visitCount, model.reachedCount, model.visits, model.outgoingVisits,
-            model.incomingVisits, model.uncountedNodes, model.uncountedLinks, model.buildupRules, model.landRest, model.lidRest,
+            model.incomingVisits, model.visitsByNode, model.nodesRolledAhead, model.deliveries, model.rest,
+            model.uncountedNodes, model.uncountedLinks, model.buildupRules, model.landRest, model.lidRest,
             model.loadBook);
 }
 

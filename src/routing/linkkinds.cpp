@@ -20,6 +20,7 @@
 #include "model/warnings.h"
 #include "nodes/node.h"
 #include "nodes/tank.h"
+#include "routing/serving.h"
 #include "text/units.h"
 
 // --- reading, validation and start ---------------------------------------------------------------------------------
@@ -89,12 +90,6 @@ void linkkinds_endState(Model& model, const Link& link) {
 void linkkinds_openRun(Model& model) {
     pipe_openRun(model);
     link_openSettings(model);
-    model.everChangingLinks.clear();
-    for (int32_t k = 0; k < model.links.size(); ++k) {
-        if (model.links[k].kind != PIPE) {
-            model.everChangingLinks.push_back(k);
-        }
-    }
 }
 
 // --- start of a step -----------------------------------------------------------------------------------------------
@@ -109,8 +104,12 @@ static void shiftConnection(Model& model, int32_t index, const Link& link) {
 }
 
 void linkkinds_shiftAll(Model& model) {
-    for (const int32_t index : model.everChangingLinks) {
+    for (const int32_t index : model.uncountedLinks) {
         Link& link = model.links[index];
+        if (link.kind == PIPE) {
+            pipe_roll(model, link, model.pipes[link.kindIndex]);
+            continue;
+        }
         link_shiftFlow(link);
         switch (link.kind) {
             case CONNECTION: shiftConnection(model, index, link); break;
@@ -119,7 +118,6 @@ void linkkinds_shiftAll(Model& model) {
         }
         link_shiftQuality(model, link);
     }
-    pipe_shiftChanged(model);
 }
 
 static double getPumpTarget(const Model& model, const Link& link) {
@@ -140,11 +138,38 @@ void linkkinds_setTargets(Model& model) {
     }
 }
 
+/// What a setting moves rests no more: a pipe, or the tank of an outlet.
+static void wakeGuided(Model& model, const Link& link) {
+    Pipe* pipe = link.kind == PIPE ? model.pipes.find(link.kindIndex) : nullptr;
+    if (pipe) {
+        pipe->restKey = 0;
+    }
+    if (isAtTank(model, link)) {
+        model.tanks[model.nodes[link.fromNode].kindIndex].restKey = 0;
+    }
+}
+
+void linkkinds_applyTargets(Model& model) {
+    for (const int32_t index : model.guidedLinks) {
+        Link& link = model.links[index];
+        if (link_applyTarget(link)) {
+            wakeGuided(model, link);
+        }
+    }
+}
+
 // --- water ---------------------------------------------------------------------------------------------------------
 
-void linkkinds_update(Model& model, const VisitLink& place, const Offer& offer, double fireTime) {
+void linkkinds_update(Model& model, const VisitLink& place, const Offer& offer, const VisitStep& step) {
+    if (place.delivery >= 0) {
+        serving_serve(model, place, offer, step, step.pollutants);
+        return;
+    }
     switch (place.kind) {
-        case PIPE: pipe_update(model, place.link, model.pipes[place.kindIndex], offer, fireTime); break;
+        case PIPE:
+            pipe_update(model, place.link, model.pipes[place.kindIndex], offer, step.fireTime, step.dt,
+                        step.pollutants);
+            break;
         case CONNECTION:
             connection_update(model, model.links[place.link], model.connections[place.kindIndex], offer);
             break;
@@ -159,11 +184,22 @@ static double getDeliveryTime(const Model& model, const Link& link) {
                          : model.clock.oldRoutingTime;
 }
 
-void linkkinds_addDelivery(Model& model, const VisitLink& place, Node& node) {
-    Link& link = model.links[place.link];
-    if (place.isCounted) {
-        statistics_countLink(link, model.options.routingStep);
+/// What is served stands in the deliveries, ready to be added. A pipe that never fired has left zeros there: a sum of
+/// loads that began at +0.0 is never -0.0, so they change nothing.
+static void addServed(Model& model, const VisitLink& place, Node& node) {
+    const double* delivery = visits_getDelivery(model, place);
+    node.newUpstreamFlow += delivery[0];
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
+        node.massInflow[p] += delivery[1 + p];
     }
+}
+
+void linkkinds_addDelivery(Model& model, const VisitLink& place, Node& node) {
+    if (place.delivery >= 0) {
+        addServed(model, place, node);
+        return;
+    }
+    Link& link = model.links[place.link];
     switch (place.kind) {
         case PIPE:
             node.newUpstreamFlow +=

@@ -26,19 +26,22 @@ void linkkinds_validate(Model& model, const Link& link);
 void linkkinds_initState(Model& model, Link& link);
 void linkkinds_endState(Model& model, const Link& link);
 
-/// Lists the links that every step rolls, for a run; forgets them.
+/// Prepares the links for a run.
 void linkkinds_openRun(Model& model);
 
-/// Rolls all links from new to old at the start of a step.
+/// Rolls the links from new to old at the start of a step, but for those that are served, which do so in the visit.
 void linkkinds_shiftAll(Model& model);
 
 /// What automatic switches ask for at the start of a step.
 void linkkinds_setTargets(Model& model);
 
-/// Hands a link what its upstream node offers in a step; kinds that only a tank feeds are passed over.
-void linkkinds_update(Model& model, const VisitLink& link, const Offer& offer, double fireTime);
+/// The settings follow their targets, unless the host holds them. A pipe whose setting moves rests no more.
+void linkkinds_applyTargets(Model& model);
 
-/// Adds what a link delivers in a step to its lower node.
+/// Hands a link what its upstream node offers in a step; kinds that only a tank feeds are passed over.
+void linkkinds_update(Model& model, const VisitLink& link, const Offer& offer, const VisitStep& step);
+
+/// Adds what a link delivers in a step to its lower node. One that is served has left it in the deliveries.
 void linkkinds_addDelivery(Model& model, const VisitLink& link, Node& node);
 
 /// Water of a link over the run, m3, but for what it was given and what it held at the start; and what is on its way

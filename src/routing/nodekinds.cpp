@@ -9,6 +9,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/statistics.h"
+#include "model/still.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
 #include "nodes/outfall.h"
@@ -16,6 +17,7 @@
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "routing/linkkinds.h"
+#include "routing/serving.h"
 #include "text/units.h"
 
 // --- reading and validation ----------------------------------------------------------------------------------------
@@ -184,50 +186,118 @@ bool nodekinds_takeRunoff(Model& model, const Node& node, int32_t subcatch, doub
 
 // --- a node's turn -------------------------------------------------------------------------------------------------
 
-static void gatherInflows(Model& model, Node& node, VisitLinkList incoming) {
-    for (const VisitLink& link : incoming) {
+/// Adds what links that are served have left in the deliveries, in their order.
+static inline void takeDeliveries(const Model& model, Node& node, const Visit& visit, int32_t pollutants) {
+    const double* delivery = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
+    double flow = node.newUpstreamFlow;
+    for (int32_t k = 0; k < visit.incomingCount; ++k) {
+        flow += delivery[0];
+        for (int32_t p = 0; p < pollutants; ++p) {
+            node.massInflow[p] += delivery[1 + p];
+        }
+        delivery += 1 + pollutants;
+    }
+    node.newUpstreamFlow = flow;
+}
+
+/// Adds what links deliver of which some are asked now.
+static void fetchDeliveries(Model& model, Node& node, const Visit& visit) {
+    for (const VisitLink& link : visits_getIncoming(model, visit)) {
         visits_fetchIncoming(model, link);
         linkkinds_addDelivery(model, link, node);
     }
-    node.newInflow = node.newLatFlow + node.newUpstreamFlow;
 }
 
 /// Hands all outgoing links the same.
-static void offerToAll(Model& model, VisitLinkList outgoing, const Offer& offer, double fireTime) {
-    for (const VisitLink& link : outgoing) {
-        visits_fetchOutgoing(model, link, fireTime);
-        linkkinds_update(model, link, offer, fireTime);
+static void offerToAll(Model& model, const Visit& visit, const Offer& offer, const VisitStep& step) {
+    for (const VisitLink& link : visits_getOutgoing(model, visit)) {
+        visits_fetchOutgoing(model, link, step);
+        linkkinds_update(model, link, offer, step);
     }
 }
 
-static void visitJunction(Model& model, Node& node, VisitLinkList outgoing, double fireTime) {
-    node_mixInflow(model, node);
-    offerToAll(model, outgoing, {node.newInflow, node.newInflow, node.newQual}, fireTime);
+/// Whether a junction stays as it is, since nothing comes to it and all it holds is +0.0, the bits of old and new
+/// flows, loads and concentrations alike. Its roll then moves zeros to zeros. The sum of its deliveries begins at +0.0,
+/// and all it adds is +0.0. Without inflow a concentration is 0. The volume of its inflow grows by +0.0, which changes
+/// no number but -0.0, and 0 is no new maximum of one that isn't negative; both are looked at.
+static bool isAtRest(const Model& model, const Node& node, const Visit& visit, const VisitStep& step,
+                     int32_t pollutants) {
+    if ((still_getBits(node.newInflow) | still_getBits(node.oldInflow)) != 0 || step.restKey < 0 || !visit.isServed) {
+        return false;
+    }
+    const uint64_t others = still_getBits(node.newUpstreamFlow) | still_getBits(node.newLatFlow) |
+                            still_getBits(node.oldUpstreamFlow) | still_getBits(node.oldLatFlow) |
+                            still_getSigns(node.statInflowVolume, node.statMaxInflow);
+    const double* deliveries = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
+    return others == 0 && still_areZeros(deliveries, int64_t{visit.incomingCount} * (1 + pollutants)) &&
+           (pollutants == 0 || (still_areZeros(node.massInflow, pollutants) &&
+                                still_areZeros(node.newQual, pollutants) && still_areZeros(node.oldQual, pollutants)));
 }
 
-static void visitSplitter(Model& model, Node& node, VisitLinkList outgoing, double fireTime) {
+/// Inflow and mix of a junction, and its statistics.
+[[gnu::always_inline]] static inline void stepJunction(Model& model, Node& node, const Visit& visit,
+                                                       const VisitStep& step, int32_t pollutants) {
+    if (!visit.isRolledAhead) {
+        if (pollutants > 0) {
+            node_shiftQuality(model, node);
+        }
+        node_shiftInflows(node);
+    }
+    if (visit.isServed) {
+        takeDeliveries(model, node, visit, pollutants);
+    } else {
+        fetchDeliveries(model, node, visit);
+    }
+    node.newInflow = node.newLatFlow + node.newUpstreamFlow;
+    if (pollutants > 0) {
+        node_mixInflow(model, node);
+    }
+    if (visit.isCounted) {
+        statistics_countNode(node, step.dt);
+    }
+}
+
+/// With the number of pollutants as the compiler may know it.
+[[gnu::always_inline]] static inline void visitJunction(Model& model, const Visit& visit, const VisitStep& step,
+                                                        int32_t pollutants) {
+    Node& node = model.nodes[visit.node];
+    if (!isAtRest(model, node, visit, step, pollutants)) {
+        stepJunction(model, node, visit, step, pollutants);
+    }
+    const Offer offer{node.newInflow, node.newInflow, pollutants > 0 ? node.newQual : nullptr};
+    for (const VisitLink& link : visits_getOutgoing(model, visit)) {
+        visits_fetchOutgoing(model, link, step);
+        if (link.delivery >= 0) {
+            serving_serve(model, link, offer, step, pollutants);
+        } else {
+            linkkinds_update(model, link, offer, step);
+        }
+    }
+}
+
+static void visitSplitter(Model& model, Node& node, const Visit& visit, const VisitStep& step) {
     Splitter& splitter = model.splitters[node.kindIndex];
     splitter_divide(splitter, node.newInflow);
     splitter.statVolume += model.options.routingStep * splitter.newFlow;
     node_mixInflow(model, node);
-    for (const VisitLink& link : outgoing) {
+    for (const VisitLink& link : visits_getOutgoing(model, visit)) {
         const double flow = splitter_getFlow(splitter, node.newInflow, link.link);
-        visits_fetchOutgoing(model, link, fireTime);
-        linkkinds_update(model, link, {flow, flow, node.newQual}, fireTime);
+        visits_fetchOutgoing(model, link, step);
+        linkkinds_update(model, link, {flow, flow, node.newQual}, step);
     }
 }
 
-static void visitReactor(Model& model, Node& node, VisitLinkList outgoing, double fireTime) {
+static void visitReactor(Model& model, Node& node, const Visit& visit, const VisitStep& step) {
     Reactor& reactor = model.reactors[node.kindIndex];
     reactor_update(model, node, reactor);
-    offerToAll(model, outgoing, {reactor.newOutflow, reactor.newOutflow, node.newQual}, fireTime);
+    offerToAll(model, visit, {reactor.newOutflow, reactor.newOutflow, node.newQual}, step);
 }
 
 /// Of a LID monomer's outflow the part over the surface alone carries the concentrations into a connection.
-static void visitLidMono(Model& model, int32_t index, Node& node, VisitLinkList outgoing, double fireTime) {
-    lidmono_step(model, index);
+static void visitLidMono(Model& model, Node& node, const Visit& visit, const VisitStep& step) {
+    lidmono_step(model, visit.node);
     const LidMono& mono = model.lidMonos[node.kindIndex];
-    offerToAll(model, outgoing, {lidmono_getOutflow(mono), mono.unit.thisSurfaceFlow, node.newQual}, fireTime);
+    offerToAll(model, visit, {lidmono_getOutflow(mono), mono.unit.thisSurfaceFlow, node.newQual}, step);
 }
 
 /// A node with a model inside: `take` gets what each link delivers, `advance` brings the engine up to the clock.
@@ -254,23 +324,44 @@ static void visitVorn(Model& model, int32_t index, const Node& node, VisitLinkLi
     visitModel(model, index, outside, VORN_TOTALS, incoming, vorn_takeInflow, vorn_advance);
 }
 
-void nodekinds_visit(Model& model, int32_t index, VisitLinkList incoming, VisitLinkList outgoing, double fireTime) {
-    Node& node = model.nodes[index];
-    if (coupled_isKind(node.kind)) {
+/// A junction in a step with several pollutants.
+[[gnu::noinline]] static void visitLoaded(Model& model, const Visit& visit, const VisitStep& step) {
+    visitJunction(model, visit, step, step.pollutants);
+}
+
+/// A node of any kind but a junction.
+[[gnu::noinline]] static void visitStore(Model& model, const Visit& visit, const VisitStep& step) {
+    Node& node = model.nodes[visit.node];
+    if (!visit.isRolledAhead) {
+        nodekinds_shiftState(model, node);
+    }
+    if (coupled_isKind(visit.kind)) {
         node.newInflow = node.newLatFlow + node.newUpstreamFlow;
     } else {
-        gatherInflows(model, node, incoming);
+        fetchDeliveries(model, node, visit);
+        node.newInflow = node.newLatFlow + node.newUpstreamFlow;
     }
-    switch (node.kind) {
-        case JUNCTION: visitJunction(model, node, outgoing, fireTime); break;
+    switch (visit.kind) {
         case TANK: tank_update(model, node, model.tanks[node.kindIndex]); break;
         case OUTFALL: node_mixInflow(model, node); break;
-        case SPLITTER: visitSplitter(model, node, outgoing, fireTime); break;
-        case REACTOR: visitReactor(model, node, outgoing, fireTime); break;
-        case LID_MONO: visitLidMono(model, index, node, outgoing, fireTime); break;
-        case SWMM: visitSwmm(model, index, node, incoming); break;
-        case VORN: visitVorn(model, index, node, incoming); break;
+        case SPLITTER: visitSplitter(model, node, visit, step); break;
+        case REACTOR: visitReactor(model, node, visit, step); break;
+        case LID_MONO: visitLidMono(model, node, visit, step); break;
+        case SWMM: visitSwmm(model, visit.node, node, visits_getIncoming(model, visit)); break;
+        case VORN: visitVorn(model, visit.node, node, visits_getIncoming(model, visit)); break;
         default: break;
+    }
+}
+
+void nodekinds_visit(Model& model, const Visit& visit, const VisitStep& step) {
+    if (visit.kind != JUNCTION) {
+        visitStore(model, visit, step);
+    } else if (step.pollutants == 0) {
+        visitJunction(model, visit, step, 0);
+    } else if (step.pollutants == 1) {
+        visitJunction(model, visit, step, 1);
+    } else {
+        visitLoaded(model, visit, step);
     }
 }
 

@@ -58,8 +58,9 @@ void nodekinds_shiftState(Model& model, Node& node);
 /// then.
 [[nodiscard]] bool nodekinds_takeRunoff(Model& model, const Node& node, int32_t subcatch, double flow);
 
-/// A node's turn in a step: takes in what its links deliver, works out its outflow and hands it on.
-void nodekinds_visit(Model& model, int32_t node, VisitLinkList incoming, VisitLinkList outgoing, double fireTime);
+/// A node's turn in a step: takes in what its links deliver, works out its outflow and hands it on. Makes
+/// the statistics of a node that the visit counts.
+void nodekinds_visit(Model& model, const Visit& visit, const VisitStep& step);
 
 /// Adds a step to the statistics and the totals of the nodes that no visit has counted.
 void nodekinds_countStep(Model& model);

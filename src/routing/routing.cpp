@@ -15,13 +15,14 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/project.h"
-#include "model/statistics.h"
 #include "nodes/inflows.h"
 #include "routing/landinflows.h"
 #include "routing/linkkinds.h"
 #include "routing/loadbook.h"
 #include "routing/network.h"
 #include "routing/nodekinds.h"
+#include "routing/rest.h"
+#include "routing/rolls.h"
 #include "routing/visits.h"
 #include "text/datetime.h"
 #include "text/units.h"
@@ -42,6 +43,7 @@ void routing_open(Model& model) {
     }
     network_sortNodes(model);
     visits_open(model);
+    rolls_open(model);
 }
 
 void routing_close(Model& model) {
@@ -72,12 +74,6 @@ void routing_cutClock(Model& model, double time) {
 
 // --- the step ------------------------------------------------------------------------------------------------------
 
-static void shiftNodes(Model& model) {
-    for (Node& node : model.nodes) {
-        nodekinds_shiftState(model, node);
-    }
-}
-
 /// The book of loads looks on between two visits, of which either may be missing.
 static void bookVisits(Model& model, const Visit* done, const Visit* next) {
     if (done) {
@@ -89,19 +85,16 @@ static void bookVisits(Model& model, const Visit* done, const Visit* next) {
 }
 
 /// The visit is called at one place alone, so that it is a part of the loop.
-static void visitNodes(Model& model, double fireTime) {
+static void visitNodes(Model& model, const VisitStep& step) {
     const bool isBooked = model.loadBook->isKept;
     const Visit* last = nullptr;
+    const Visit* lastAhead = model.visits.size() > VISIT_NODES_FAR ? &model.visits.back() - VISIT_NODES_FAR : nullptr;
     for (const Visit& visit : model.visits) {
         if (isBooked) {
             bookVisits(model, std::exchange(last, &visit), &visit);
         }
-        visits_fetchAhead(model, visit);
-        nodekinds_visit(model, visit.node, visits_getIncoming(model, visit), visits_getOutgoing(model, visit),
-                        fireTime);
-        if (visit.isCounted) {
-            statistics_countNode(model.nodes[visit.node], model.options.routingStep);
-        }
+        visits_fetchAhead(model, visit, lastAhead, step);
+        nodekinds_visit(model, visit, step);
     }
     if (isBooked) {
         bookVisits(model, last, nullptr);
@@ -112,7 +105,7 @@ static void visitNodes(Model& model, double fireTime) {
 void routing_step(Model& model) {
     linkkinds_setTargets(model);
     rule_evaluate(model);
-    link_applyTargets(model);
+    linkkinds_applyTargets(model);
 
     const double oldTime = model.clock.newRoutingTime;
     const double newTime = oldTime + model.options.routingStep * MS_PER_SECOND;
@@ -120,15 +113,17 @@ void routing_step(Model& model) {
     linkkinds_shiftAll(model);
     model.clock.newRoutingTime = newTime;
     model.clock.oldRoutingTime = oldTime;
-    shiftNodes(model);
+    const DateTime date = model_getDate(model, newTime);
+    rest_beginStep(model, date);
+    rolls_rollAhead(model);
 
     landinflows_addRunoff(model, oldTime);
     landinflows_addDrains(model);
-    const DateTime date = model_getDate(model, newTime);
     inflows_applyExternal(model, date);
     inflows_applyDryWeather(model, date);
 
-    visitNodes(model, fireTime);
+    visitNodes(model, {fireTime, oldTime, static_cast<double>(model.options.routingStep), model_pollutantCount(model),
+                       rest_getKey(model)});
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------

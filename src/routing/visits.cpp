@@ -6,27 +6,22 @@
 #include "coupling/coupled.h"
 #include "links/pipe.h"
 #include "model/model.h"
-#include "model/prefetch.h"
 #include "model/project.h"
 #include "model/topology.h"
 #include "routing/network.h"
-
-// How far ahead of its visit a record is asked for, and how far what it points to: in nodes, and in links.
-static constexpr ptrdiff_t NODES_FAR = 12, NODES_NEAR = 5;
-static constexpr ptrdiff_t LINKS_FAR = 16, LINKS_NEAR = 7;
 
 // --- lists ---------------------------------------------------------------------------------------------------------
 
 static void addVisitLinks(const Model& model, Table<VisitLink>& visitLinks, LinkList links) {
     for (const int32_t link : links) {
         const Link& record = model.links[link];
-        visitLinks.push_back({link, record.kind, record.kindIndex, 0});
+        visitLinks.push_back({link, record.kindIndex, -1, static_cast<int8_t>(record.kind)});
     }
 }
 
 /// Lets those who look ahead do so at the end, too.
 static void padVisitLinks(Table<VisitLink>& visitLinks) {
-    visitLinks.rows.insert(visitLinks.rows.end(), LINKS_FAR, VisitLink{0, -1, -1, 0});
+    visitLinks.rows.insert(visitLinks.rows.end(), VISIT_LINKS_FAR, VisitLink{0, 0, -1, -1});
 }
 
 /// Lists the visits in the order of the nodes. A node that the order never reached is left out, and node 0 is visited
@@ -46,8 +41,9 @@ static void listVisits(Model& model) {
         firstOfNode0 = node == 0 ? k : firstOfNode0;
         const LinkList incoming = topology_getIncoming(model, node);
         const LinkList outgoing = topology_getOutgoing(model, node);
-        model.visits.push_back(
-            {node, 0, model.incomingVisits.size(), incoming.count, model.outgoingVisits.size(), outgoing.count});
+        model.visits.push_back({node, static_cast<int8_t>(model.nodes[node].kind), false, false, false,
+                                model.incomingVisits.size(), incoming.count, model.outgoingVisits.size(),
+                                outgoing.count});
         addVisitLinks(model, model.incomingVisits, incoming);
         addVisitLinks(model, model.outgoingVisits, outgoing);
     }
@@ -59,93 +55,130 @@ void visits_close(Model& model) {
     model.visits = {};
     model.incomingVisits = {};
     model.outgoingVisits = {};
+    model.visitsByNode = {};
+    model.nodesRolledAhead = {};
+    model.deliveries = {};
 }
 
-VisitLinkList visits_getIncoming(const Model& model, const Visit& visit) {
-    return {model.incomingVisits.data() + visit.firstIncoming, visit.incomingCount};
+static int64_t getDeliveryPlace(const Model& model, int64_t delivery) {
+    return delivery * (1 + model_pollutantCount(model));
 }
 
-VisitLinkList visits_getOutgoing(const Model& model, const Visit& visit) {
-    return {model.outgoingVisits.data() + visit.firstOutgoing, visit.outgoingCount};
+double* visits_getDelivery(Model& model, const VisitLink& link) {
+    return model.deliveries.data() + getDeliveryPlace(model, link.delivery);
 }
 
-// --- statistics ----------------------------------------------------------------------------------------------------
+// --- what a visit does for others ----------------------------------------------------------------------------------
 
-/// Place of each node in the order of the visits; -1 for all if the order leaves one out.
-static Table<int32_t> getPlaces(const Model& model) {
-    Table<int32_t> places = table_make(model.nodes.size(), -1);
+/// Notes the place of each node in the order of the visits; -1 for all if the order leaves one out.
+static void notePlaces(Model& model) {
+    model.visitsByNode.fill(model.nodes.size(), -1);
     for (int32_t k = 0; k < model.visits.size(); ++k) {
-        int32_t& place = places[model.visits[k].node];
+        int32_t& place = model.visitsByNode[model.visits[k].node];
         if (place >= 0) {
-            places.fill(model.nodes.size(), -1);
-            break;
+            model.visitsByNode.fill(model.nodes.size(), -1);
+            return;
         }
         place = k;
     }
-    return places;
 }
 
-/// Whether the flow of a pipe stands fast by the time at which its lower node collects it.
-static bool isSettledAtVisit(const Model& model, const Link& link, const Table<int32_t>& places) {
-    const int32_t to = link.toNode;
-    return link.kind == PIPE && !link.isLagged && !coupled_isKind(model.nodes[to].kind) &&
-           places[link.fromNode] < places[to];
+/// Whether a node works out its outgoing links in its visit by what it offers, and no engine inside it does.
+static bool offersInVisit(int32_t kind) {
+    return !coupled_isKind(kind) && kind != TANK && kind != OUTFALL;
+}
+
+/// Whether what a link brings is known at the visit of its upper node, for good: a pipe that comes to its upper node
+/// first and delivers what it then has.
+static bool isServed(const Model& model, const Link& link) {
+    const Table<int32_t>& places = model.visitsByNode;
+    return link.kind == PIPE && !link.isLagged && offersInVisit(model.nodes[link.fromNode].kind) &&
+           !coupled_isKind(model.nodes[link.toNode].kind) && places[link.fromNode] < places[link.toNode];
+}
+
+/// Gives each link that is served the place of its delivery, which stand in the order of the visits that take them.
+static void placeDeliveries(Model& model) {
+    Table<int32_t> deliveries = table_make(model.links.size(), -1);
+    for (Visit& visit : model.visits) {
+        visit.isServed = model.visitsByNode[visit.node] >= 0 && !coupled_isKind(visit.kind);
+        for (int32_t k = visit.firstIncoming; k < visit.firstIncoming + visit.incomingCount; ++k) {
+            VisitLink& link = model.incomingVisits[k];
+            link.delivery = isServed(model, model.links[link.link]) ? k : -1;
+            visit.isServed = visit.isServed && link.delivery >= 0;
+            deliveries[link.link] = link.delivery;
+        }
+    }
+    for (VisitLink& link : model.outgoingVisits) {
+        link.delivery = link.kind >= 0 ? deliveries[link.link] : -1;
+    }
+    const int64_t count = getDeliveryPlace(model, model.incomingVisits.size());
+    model.deliveries.rows.assign(static_cast<size_t>(count), 0.0);
 }
 
 /// Junctions and their pipes are the bulk of a network. Their statistics are made where they are in hand anyway; those
 /// of all others after the visits.
 static void divideStatistics(Model& model) {
-    const Table<int32_t> places = getPlaces(model);
     model.uncountedLinks.clear();
     model.uncountedNodes.clear();
     for (int32_t k = 0; k < model.links.size(); ++k) {
-        if (!isSettledAtVisit(model, model.links[k], places)) {
+        if (!isServed(model, model.links[k])) {
             model.uncountedLinks.push_back(k);
         }
     }
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
-        if (model.nodes[k].kind != JUNCTION || places[k] < 0) {
+        if (model.nodes[k].kind != JUNCTION || model.visitsByNode[k] < 0) {
             model.uncountedNodes.push_back(k);
         }
     }
     for (Visit& visit : model.visits) {
-        visit.isCounted = model.nodes[visit.node].kind == JUNCTION && places[visit.node] >= 0;
+        visit.isCounted = visit.kind == JUNCTION && model.visitsByNode[visit.node] >= 0;
     }
-    for (VisitLink& link : model.incomingVisits) {
-        link.isCounted = link.kind >= 0 && isSettledAtVisit(model, model.links[link.link], places);
+}
+
+// --- who rolls ahead -----------------------------------------------------------------------------------------------
+
+/// In an order that leaves a node out all roll ahead: a visit may be the second one of its node.
+static void listAllAhead(Model& model) {
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        model.nodesRolledAhead.push_back(visits_getRolled(k, model.nodes[k].kind));
     }
+    for (Visit& visit : model.visits) {
+        visit.isRolledAhead = true;
+    }
+}
+
+bool visits_listAhead(Model& model, int32_t node) {
+    const int32_t place = model.visitsByNode[node];
+    if (place < 0 || model.visits[place].isRolledAhead) {
+        return false;
+    }
+    model.visits[place].isRolledAhead = true;
+    model.nodesRolledAhead.push_back(visits_getRolled(node, model.visits[place].kind));
+    return true;
 }
 
 void visits_open(Model& model) {
     listVisits(model);
+    notePlaces(model);
+    placeDeliveries(model);
     divideStatistics(model);
+    model.nodesRolledAhead.clear();
+    model.nodesRolledAhead.reserve(model.nodes.size());  // hosts add to it between steps, where nothing may fail
+    if (!model.nodes.empty() && model.visitsByNode[0] < 0) {
+        listAllAhead(model);
+    }
 }
 
 // --- memory ahead --------------------------------------------------------------------------------------------------
 
-void visits_fetchAhead(const Model& model, const Visit& visit) {
-    if (&model.visits.rows.back() - &visit >= NODES_FAR) {
-        prefetch_line(&model.nodes[(&visit)[NODES_FAR].node]);
-        prefetch_arrays(model.nodes[(&visit)[NODES_NEAR].node]);
-    }
-}
-
 void visits_fetchIncoming(const Model& model, const VisitLink& link) {
-    const VisitLink& far = (&link)[LINKS_FAR];
+    const VisitLink& far = (&link)[VISIT_LINKS_FAR];
+    if (far.kind < 0 || far.delivery >= 0) {
+        return;  // none, or at hand
+    }
     prefetch_line(&model.links[far.link]);
     if (far.kind == PIPE) {
         prefetch_line(&model.pipes[far.kindIndex]);
     }
-    prefetch_arrays(model.links[(&link)[LINKS_NEAR].link]);
-}
-
-void visits_fetchOutgoing(const Model& model, const VisitLink& link, double fireTime) {
-    const VisitLink& far = (&link)[LINKS_FAR];
-    if (far.kind == PIPE) {
-        prefetch_line(&model.pipes[far.kindIndex]);
-    }
-    const VisitLink& near = (&link)[LINKS_NEAR];
-    if (near.kind == PIPE) {
-        prefetch_offer(model.pipes[near.kindIndex], model.links[near.link], fireTime);
-    }
+    prefetch_arrays(model.links[(&link)[VISIT_LINKS_NEAR].link]);
 }

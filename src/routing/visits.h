@@ -4,16 +4,18 @@
 
 #include <cstdint>
 
+#include "links/pipe.h"
+#include "model/model.h"
+#include "model/prefetch.h"
+#include "model/project.h"
 #include "model/table.h"
-
-struct Model;
 
 /// A link as the order of visits knows it: kind and row are those of the link table, at hand without a look there.
 struct VisitLink {
     int32_t link;
-    int32_t kind;
     int32_t kindIndex;
-    bool isCounted;  ///< the visit of its lower node makes its statistics
+    int32_t delivery;  ///< place of what it brings in the deliveries; -1 if its lower node has to fetch that itself
+    int8_t kind;       ///< LinkKind, or -1 behind the last
 };
 
 /// A run of such links, in the order of the link table.
@@ -28,9 +30,21 @@ struct VisitLinkList {
 /// One visit of a step.
 struct Visit {
     int32_t node;
-    bool isCounted;  ///< the visit makes the statistics of the node
+    int8_t kind;         ///< NodeKind
+    bool isCounted;      ///< the visit makes the statistics of the node
+    bool isRolledAhead;  ///< the node has rolled before the visits
+    bool isServed;       ///< all that its links bring stands in the deliveries
     int32_t firstIncoming, incomingCount;
     int32_t firstOutgoing, outgoingCount;
+};
+
+/// What all visits of a step have in common.
+struct VisitStep {
+    double fireTime;      ///< ms, from which a pipe fires
+    double deliveryTime;  ///< ms, for which a pipe delivers
+    double dt;            ///< s
+    int32_t pollutants;   ///< how many
+    int32_t restKey;      ///< of what may rest in this step; -1 if nothing may
 };
 
 /// Lists the visits of a run in the order of the nodes.
@@ -39,11 +53,77 @@ void visits_open(Model& model);
 /// Forgets them.
 void visits_close(Model& model);
 
-[[nodiscard]] VisitLinkList visits_getIncoming(const Model& model, const Visit& visit);
-[[nodiscard]] VisitLinkList visits_getOutgoing(const Model& model, const Visit& visit);
+[[nodiscard]] inline VisitLinkList visits_getIncoming(const Model& model, const Visit& visit) {
+    return {model.incomingVisits.data() + visit.firstIncoming, visit.incomingCount};
+}
+[[nodiscard]] inline VisitLinkList visits_getOutgoing(const Model& model, const Visit& visit) {
+    return {model.outgoingVisits.data() + visit.firstOutgoing, visit.outgoingCount};
+}
 
-/// Asks for the memory that visits soon behind this one will need; of the links, for what those soon behind this one
-/// will.
-void visits_fetchAhead(const Model& model, const Visit& visit);
+/// The place for what a link delivers that is served.
+[[nodiscard]] double* visits_getDelivery(Model& model, const VisitLink& link);
+
+/// An entry of `nodesRolledAhead`: a node of a kind without a state of its own as it is, any other as -1 - node. So who
+/// rolls the former needn't look at the kind, which doesn't stand among what a step moves.
+[[nodiscard]] inline bool visits_isRolledByKind(int32_t kind) {
+    return kind != JUNCTION && kind != OUTFALL;
+}
+[[nodiscard]] inline int32_t visits_getRolled(int32_t node, int32_t kind) {
+    return visits_isRolledByKind(kind) ? -1 - node : node;
+}
+
+/// Says that a node may get water from the side ahead of its visit: it rolls before the visits from now on. False if
+/// that was known.
+[[nodiscard]] bool visits_listAhead(Model& model, int32_t node);
+
+// --- memory ahead --------------------------------------------------------------------------------------------------
+
+// How far ahead of its visit a record is asked for, and how far what it points to: in nodes, and in links.
+constexpr ptrdiff_t VISIT_NODES_FAR = 12, VISIT_NODES_NEAR = 5;
+constexpr ptrdiff_t VISIT_LINKS_FAR = 16, VISIT_LINKS_NEAR = 7;
+
+/// Asks for the memory that visits soon behind this one will need; `lastAhead` is the last
+/// one with so many behind it.
+inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visit* lastAhead, const VisitStep& step) {
+    if (&visit > lastAhead) {
+        return;
+    }
+    const Node& far = model.nodes[(&visit)[VISIT_NODES_FAR].node];
+    prefetch_line(&far);
+    if (step.pollutants > 0) {
+        prefetch_line(&far.kind);
+        prefetch_arrays(model.nodes[(&visit)[VISIT_NODES_NEAR].node]);
+    }
+}
+
+/// Asks for what links soon behind this one need to be fetched, and to be handed an offer.
 void visits_fetchIncoming(const Model& model, const VisitLink& link);
-void visits_fetchOutgoing(const Model& model, const VisitLink& link, double fireTime);
+
+inline void visits_fetchOutgoing(const Model& model, const VisitLink& link, const VisitStep& step) {
+    const VisitLink& far = (&link)[VISIT_LINKS_FAR];
+    if (far.kind == PIPE) {
+        prefetch_line(&model.pipes[far.kindIndex]);
+        if (step.pollutants > 0) {
+            prefetch_line(&model.links[far.link]);  // whose pointers are asked for before its turn
+        }
+    }
+    const VisitLink& near = (&link)[VISIT_LINKS_NEAR];
+    if (near.kind != PIPE) {
+        return;
+    }
+    const Pipe& pipe = model.pipes[near.kindIndex];
+    if (pipe.restKey == step.restKey) {
+        return;  // its first line is all that it will need
+    }
+    if (step.pollutants == 0) {
+        prefetch_line(&model.links[near.link]);
+    }
+    prefetch_offer(pipe, step.fireTime);
+    if (near.delivery >= 0) {
+        prefetch_line(model.deliveries.data() + int64_t{near.delivery} * (1 + step.pollutants));
+    }
+    if (step.pollutants > 0) {
+        prefetch_line(pipe.sumMass);
+        prefetch_arrays(model.links[near.link]);
+    }
+}

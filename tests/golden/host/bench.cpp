@@ -7,8 +7,9 @@
 
 namespace {
 
-/// 2000 junctions and pipes in a tree that leads down to one outfall, with four pollutants from each head.
-std::string makeNetwork() {
+/// 2000 junctions and pipes in a tree that leads down to one outfall, with four pollutants from each head; or no inflow
+/// at all.
+std::string makeNetwork(bool isDry) {
     constexpr int SIZE = 2000, POLLUTANTS = 4;
     Random random(7);
     Sections sections;
@@ -21,7 +22,7 @@ std::string makeNetwork() {
         sections["JUNCTIONS"] << id << "\n";
         sections["PIPES"] << name("P", k) << " " << id << " " << (to < SIZE ? name("J", to) : "O") << " NO "
                           << std::to_string(60 * (1 + k % 5)) << " " << std::to_string(1 + k % 3) << " 0.2 0\n";
-        if (isFed[static_cast<size_t>(k)] == 'n') {
+        if (!isDry && isFed[static_cast<size_t>(k)] == 'n') {
             sections["INFLOWS"] << id << " FLOW FLOW 0.002 \"\" 0\n";
             for (int p = 0; p < POLLUTANTS; ++p) {
                 sections["INFLOWS"] << id << " CONCEN " << name("Q", p) << " 100 \"\" 0\n";
@@ -56,7 +57,8 @@ std::string readStreet(const std::string& examples) {
 }  // namespace
 
 std::string bench_makeProject(const std::string& name, const std::string& examples) {
-    return name == "network"  ? makeNetwork()
+    return name == "network"  ? makeNetwork(false)
+           : name == "dry"    ? makeNetwork(true)
            : name == "town"   ? makeTown()
            : name == "street" ? readStreet(examples)
                               : "";

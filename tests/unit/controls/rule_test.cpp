@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "model/arena.h"
+#include "routing/linkkinds.h"
 #include "support/model.h"
 #include "support/rules.h"
 
@@ -231,14 +232,14 @@ TEST_F(RuleTest, PipesAndOrificesOpenAgainInTheStepInWhichNoRuleHoldsThem) {
     readAll({"RULE R", Always, "THEN PIPE P SETTING = 0.25", "AND WEIR W SETTING = 0.25",
              "AND ORIFICE OR SETTING = 0.25", "AND PIPE CN SETTING = 0.25", "AND PIPE CD SETTING = 0.25"});
     evaluate();
-    link_applyTargets(testModel());
+    linkkinds_applyTargets(testModel());
     for (const char* id : {"P", "W", "OR", "CN", "CD"}) {
         EXPECT_EQ(link(id).setting, 0.25) << id;
     }
     node("J").newInflow = 1.0;
     linkkinds_setTargets(testModel());
     EXPECT_EQ(rule_evaluate(testModel()), 0);
-    link_applyTargets(testModel());
+    linkkinds_applyTargets(testModel());
     for (const char* id : {"P", "OR"}) {
         EXPECT_EQ(link(id).setting, 1.0) << id;
     }
@@ -252,7 +253,7 @@ TEST_F(RuleTest, LinkHeldByTheHostGetsATargetButNoSetting) {
     link("P").isHostSetting = 1;
     link("P").setting = 0.5;
     EXPECT_EQ(evaluate(), 1);
-    link_applyTargets(testModel());
+    linkkinds_applyTargets(testModel());
     EXPECT_EQ(link("P").targetSetting, 0.25);
     EXPECT_EQ(link("P").setting, 0.5);
 }

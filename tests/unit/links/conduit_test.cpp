@@ -529,6 +529,7 @@ TEST(ConduitHost, MayLeaveItWithoutASection) {
     model.step(5);
     for (const int32_t shape : {static_cast<int32_t>(IRREGULAR_CONDUIT), 3, -1}) {
         model.conduit("C").shape = shape;
+        pace_noteNetworkChange(testModel().pace);
         EXPECT_EQ(getArea(0.5), 0.0);
         EXPECT_EQ(getDepth(100.0), 0.0);
         EXPECT_EQ(routeFrom(0.5, 2.0), 0.0);

@@ -223,7 +223,7 @@ TEST(PipeAndHost, TakesAFlowUntilTheNextFiring) {
     StartedProject m(getGeneral(60) + onePipe("180 1 0 0") + "[INFLOWS]\nA FLOW FLOW 2 \"\" 1\n");
     m.step(4);
     m.link("P").newFlow = 99.0;
-    pipe_noteChange(testModel(), m.findLink("P"), m.link("P").kindIndex);
+    pipe_noteChange(testModel(), m.link("P").kindIndex);
     m.step();
     EXPECT_EQ(m.link("P").oldFlow, 99.0);
     EXPECT_EQ(m.node("OUT").newInflow, 99.0);

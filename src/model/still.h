@@ -1,0 +1,28 @@
+#pragma once
+// Tests of values by their bits, for whoever leaves out what can't change: a number that is +0.0 and nothing else. -0.0
+// doesn't pass, nor what is no number; so whatever is worked out from numbers that pass is what it is from +0.0.
+
+#include <bit>
+#include <cstdint>
+
+[[nodiscard]] inline uint64_t still_getBits(double value) {
+    return std::bit_cast<uint64_t>(value);
+}
+
+[[nodiscard]] inline bool still_isZero(double value) {
+    return still_getBits(value) == 0;
+}
+
+[[nodiscard]] inline bool still_areZeros(const double* values, int64_t count) {
+    uint64_t bits = 0;
+    for (int64_t k = 0; k < count; ++k) {
+        bits |= still_getBits(values[k]);
+    }
+    return bits == 0;
+}
+
+/// Whether one of two numbers has the sign that -0.0 and negative ones have. A sum without it stays as it is by 0, and a
+/// maximum without it stays as it is by a flow of 0.
+[[nodiscard]] inline uint64_t still_getSigns(double a, double b) {
+    return (still_getBits(a) | still_getBits(b)) >> 63;
+}

@@ -1,0 +1,10 @@
+#pragma once
+// Which nodes roll ahead of the visits of a step, and which in their visit.
+
+struct Model;
+
+/// Lists the nodes of a run that roll ahead. The visits stand.
+void rolls_open(Model& model);
+
+/// Rolls them at the start of a step, with those that the host has an inflow for.
+void rolls_rollAhead(Model& model);
