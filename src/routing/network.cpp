@@ -40,7 +40,7 @@ static void markHeads(Model& model) {
 
 /// Row of a node by its name, as the rules below ask for it; the error if the name isn't known.
 static int32_t findByName(Model& model, const Node& node) {
-    const int32_t index = names_find(model, NODE, node.id);
+    const int32_t index = names_findNear(model, NODE, node.id, static_cast<int32_t>(&node - model.nodes.data()));
     if (index < 0) {
         errors_report(model, ERR_UNDEFINED_OBJECT, node.id);
     }
