@@ -215,6 +215,9 @@ static void writeReport(Model& model, DateTime date) {
             writeRows(model, table, networkFactor);
         }
     }
+    if (model.sinks & SINK_DATABASE) {
+        database_endReport(model);
+    }
 }
 
 void results_write(Model& model) {
