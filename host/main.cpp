@@ -1,7 +1,7 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
-//                             [--load-state F | --hot-start F] [--engines D] [--strict] [--quiet]
+//                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--strict] [--quiet]
 //                             [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--strict] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
@@ -16,6 +16,8 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -32,6 +34,7 @@
 #include "results.h"
 #include "run.h"
 #include "status.h"
+#include "tarnvelde_model.h"
 
 static std::string refuseEmpty(const std::string& name) {
     return name.empty() ? "a file name can't be empty" : "";
@@ -48,6 +51,16 @@ static std::string refuseNoDate(const std::string& text) {
 
 static std::string refuseNoFolder(const std::string& name) {
     return files_isFolder(name) ? "" : "no folder: " + name;
+}
+
+/// A whole number, without a sign: the parser itself would take 1.5 for 1.
+static std::string refuseNoThreads(const std::string& text) {
+    int32_t count = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
+    const bool isWhole = error == std::errc() && end == text.data() + text.size();
+    return isWhole && count >= 1 && count <= TV_MAX_THREADS
+               ? ""
+               : "threads are from 1 to " + std::to_string(TV_MAX_THREADS) + ", not " + text;
 }
 
 static void addFile(CLI::App& command, const char* option, std::string& name, const char* meaning) {
@@ -87,6 +100,9 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     CLI::Option* hot = command.add_option("--hot-start", request.hotStart,
                                           "Begin with the water of a state of this network, at the project's start");
     hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
+    command.add_option("--threads", request.threads, "Threads that share the work, with the same results [1]")
+        ->type_name("N")
+        ->check(refuseNoThreads);
     addCommonOptions(command, request.engines, request.isJson, request.isStrict);
     command.add_flag(
         "--balances", request.hasBalances,

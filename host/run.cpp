@@ -361,6 +361,7 @@ LineForm chooseForm(const RunRequest& request) {
 int run_execute(const RunRequest& request) {
     const auto begin = steady_clock::now();
     Run run{request, nameFiles(request), handle_make(request.engines)};
+    tv_setThreads(run.model.get(), request.threads);
     run.lines.form = chooseForm(request);
     run.outcome.command = "run";
     run.outcome.project = request.model;

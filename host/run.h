@@ -1,6 +1,7 @@
 #pragma once
 // `tarnvelde run`: a whole simulation, or a part of one.
 
+#include <cstdint>
 #include <string>
 
 /// What a run is asked for.
@@ -15,6 +16,7 @@ struct RunRequest {
     std::string loadState;  ///< file of the state that the run goes on from; empty for none
     std::string hotStart;   ///< file of the state that the water is taken from; empty for none
     std::string engines;    ///< folder of the engines inside nodes; empty for the default
+    int32_t threads = 1;    ///< that share the work
     bool isQuiet;
     bool isJson;
     bool isStrict;     ///< warnings, and a red balance, make the exit status EXIT_DOUBT

@@ -46,6 +46,21 @@ TEST(HostRun, WritesTheReportWhereItIsWanted) {
     EXPECT_FALSE(std::filesystem::exists(folder.file("model.bin")));
 }
 
+TEST(HostRun, ManyThreadsLeaveTheSameFiles) {
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", GOOD_PROJECT);
+    ASSERT_EQ(runProgram({"run", model}).status, 0);
+    const std::string report = readFile(folder.file("model.rpt")), results = readFile(folder.file("model.bin"));
+    for (const char* threads : {"1", "3", "256"}) {
+        EXPECT_EQ(runProgram({"run", model, "--threads", threads, "--report", folder.file("other.rpt"), "--results",
+                              folder.file("other.bin")})
+                      .status,
+                  0);
+        EXPECT_EQ(readFile(folder.file("other.rpt")), report) << threads;
+        EXPECT_EQ(readFile(folder.file("other.bin")), results) << threads;
+    }
+}
+
 TEST(HostRun, TellsThatTheReportIsCut) {
     TempFolder folder;
     const std::string model = folder.write("model.inp", GOOD_PROJECT);

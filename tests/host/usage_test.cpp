@@ -25,7 +25,7 @@ TEST(HostUsage, HelpOfRunNamesItsOptions) {
     const ProcessResult result = runProgram({"run", "--help"});
     EXPECT_EQ(result.status, 0);
     for (const char* option : {"--report", "--results", "--database", "--until", "--save-state", "--load-state",
-                               "--hot-start", "--engines", "--quiet", "--json"}) {
+                               "--hot-start", "--threads", "--engines", "--quiet", "--json"}) {
         EXPECT_THAT(result.out, HasSubstr(option));
     }
 }
@@ -53,6 +53,16 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"run", "a.inp", "--engines", "no-such-folder"},
                     std::vector<std::string>{"run", "a.inp", "--save-state", ""},
                     std::vector<std::string>{"run", "a.inp", "--load-state", "s", "--hot-start", "s"}));
+
+TEST(HostUsage, ANumberOfThreadsIsWholeAndInItsRange) {
+    for (const char* number : {"0", "257", "-1", "+2", "1.5", "2x", "two", "", "99999999999"}) {
+        const ProcessResult result = runProgram({"run", "a.inp", "--threads", number});
+        EXPECT_EQ(result.status, 2) << number;
+        EXPECT_EQ(result.out, "") << number;
+        EXPECT_THAT(result.err, HasSubstr(std::string("threads are from 1 to 256, not ") + number + "\n")) << number;
+    }
+    EXPECT_EQ(runProgram({"check", "a.inp", "--threads", "2"}).status, 2) << "nothing is stepped there";
+}
 
 TEST(HostUsage, AnUnknownCommandNamesThoseThereAre) {
     const ProcessResult result = runProgram({"foo"});
