@@ -118,11 +118,12 @@ static bool isSoilAlone(const Model& model, const LidUnit& unit, const Lid& lid)
 void lidrest_judge(Model& model, int32_t index, LidBefore& before, const LidOutflow& out) {
     const LidUnit& unit = model.lidUnits[index];
     const Lid& lid = model.lids[unit.lid];
+    const bool hasWaited = isWaiting(lid, before.record);  // in this step, so that it tells nothing of one that drains
     LidPace pace = LID_AWAKE;
     if (!isShut(model, unit, out)) {
         pace = LID_AWAKE;
     } else if (out.evap == 0.0 && !goesByHour(model, unit, lid) && isAsBefore(model, unit, before)) {
-        pace = isWaiting(lid, unit) ? LID_DRYING : LID_RESTING;
+        pace = isWaiting(lid, unit) ? LID_DRYING : hasWaited ? LID_AWAKE : LID_RESTING;
     } else if (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0) {
         pace = LID_DRYING;
     }
