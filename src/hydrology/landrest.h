@@ -34,18 +34,21 @@ struct LandWork {
     bool hasChanged = false;  ///< something came to rest
 };
 
+/// Subcatchments that are stepped at a time: a piece of a list that a thread takes.
+constexpr int32_t LAND_PIECE = 32;
+
 /// What rests, and under which conditions it came to rest. It is worked out anew by whoever finds others.
 struct LandRest {
-    Table<uint8_t> paces;    ///< LandPace, by subcatchment
-    Table<uint8_t> grows;    ///< by subcatchment: its buildup may still grow
-    Table<int32_t> awake;    ///< subcatchments by pace, in their order
-    Table<int32_t> drying;   ///< likewise
-    Table<int32_t> growing;  ///< that aren't awake, and whose buildup grows
-    Table<uint8_t> isWet;    ///< by gage: it rained in the last step
-    uint64_t changes = 0;    ///< Pace::landChanges; 0 where nothing is known
-    double evapRate = 0.0;   ///< m/s
-    double dt = 0.0;         ///< s
-    LandWork work;
+    Table<uint8_t> paces;         ///< LandPace, by subcatchment
+    Table<uint8_t> grows;         ///< by subcatchment: its buildup may still grow
+    Table<int32_t> awake;         ///< subcatchments by pace, in their order
+    Table<int32_t> drying;        ///< likewise
+    Table<int32_t> growing;       ///< that aren't awake, and whose buildup grows
+    Table<uint8_t> isWet;         ///< by gage: it rained in the last step
+    uint64_t changes = 0;         ///< Pace::landChanges; 0 where nothing is known
+    double evapRate = 0.0;        ///< m/s
+    double dt = 0.0;              ///< s
+    std::vector<LandWork> works;  ///< one for each that shares a step
 };
 
 /// Looks at rain, evaporation and changes ahead of a runoff step of `dt` (s), wakes what they concern, and lists what

@@ -8,6 +8,7 @@
 #include "hydrology/runoff.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
 #include "hydrology/buildup.h"
@@ -20,6 +21,7 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/project.h"
+#include "platform/workers.h"
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/units.h"
@@ -214,15 +216,64 @@ static void growBlock(Model& model, const int32_t* subcatches, int32_t count, La
     }
 }
 
+/// The work of a step on the land, in pieces of three lists: what has only its buildup left, what is awake, what dries.
+/// No subcatchment knows of another one, so that it doesn't matter who takes which piece, and when.
+struct LandStep {
+    Model& model;
+    int32_t hour;
+    double dt;
+    std::atomic<int32_t> next{0};  ///< piece that nobody has taken yet
+
+    void operator()(int32_t worker);
+};
+
+static int32_t countPieces(const Table<int32_t>& list) {
+    return (list.size() + LAND_PIECE - 1) / LAND_PIECE;
+}
+
+static void takePiece(const LandStep& step, int32_t piece, LandWork& work) {
+    const LandRest& rest = *step.model.landRest;
+    const int32_t growing = countPieces(rest.growing), awake = countPieces(rest.awake);
+    const auto getEnd = [](const Table<int32_t>& list, int32_t first) {
+        return std::min(first + LAND_PIECE, list.size());
+    };
+    if (piece < growing) {
+        const int32_t first = piece * LAND_PIECE;
+        growBlock(step.model, rest.growing.data() + first, getEnd(rest.growing, first) - first, work);
+    } else if (piece < growing + awake) {
+        const int32_t first = (piece - growing) * LAND_PIECE;
+        advanceBlock(step.model, step.hour, step.dt, first, getEnd(rest.awake, first), work);
+        growBlock(step.model, work.dry.data(), static_cast<int32_t>(work.dry.size()), work);
+    } else {
+        const int32_t first = (piece - growing - awake) * LAND_PIECE;
+        dryBlock(step.model, step.hour, step.dt, first, getEnd(rest.drying, first), work);
+    }
+}
+
+void LandStep::operator()(int32_t worker) {
+    LandRest& rest = *model.landRest;
+    const int32_t pieces = countPieces(rest.growing) + countPieces(rest.awake) + countPieces(rest.drying);
+    LandWork& work = rest.works[static_cast<size_t>(worker)];
+    work.hasChanged = false;
+    for (int32_t piece = next++; piece < pieces; piece = next++) {
+        takePiece(*this, piece, work);
+    }
+}
+
 static void advanceLand(Model& model, int32_t hour, double dt) {
     LandRest& rest = *model.landRest;
-    LandWork& work = rest.work;
-    work.hasChanged = false;
-    growBlock(model, rest.growing.data(), rest.growing.size(), work);
-    advanceBlock(model, hour, dt, 0, rest.awake.size(), work);
-    growBlock(model, work.dry.data(), static_cast<int32_t>(work.dry.size()), work);
-    dryBlock(model, hour, dt, 0, rest.drying.size(), work);
-    if (work.hasChanged) {
+    const int32_t pieces = countPieces(rest.growing) + countPieces(rest.awake) + countPieces(rest.drying);
+    const int32_t workers = pieces > 2 ? model.pace.threadCount : 1;
+    if (rest.works.size() < static_cast<size_t>(workers)) {
+        rest.works.resize(static_cast<size_t>(workers));
+    }
+    if (workers > 1) {
+        lid_prepareDecay(model, hour, dt);
+    }
+    LandStep step{model, hour, dt};
+    workers_share(*model.workers, workers, step);
+    const auto end = rest.works.begin() + workers;
+    if (std::any_of(rest.works.begin(), end, [](const LandWork& work) { return work.hasChanged; })) {
         landrest_list(model);
     }
 }

@@ -59,6 +59,7 @@ struct Visit;
 struct VisitLink;
 struct VornNode;
 struct Weir;
+class Workers;
 
 struct Model {
     Model();
@@ -93,6 +94,7 @@ struct Model {
     Table<LidGroup> lidGroups;  ///< one per subcatchment
     Table<LidUnit> lidUnits;    ///< of all subcatchments, in the order of their lines
     RoomState<EvapRecord> evap;
+    RoomState<Workers> workers;
     RoomState<BuildupRules> buildupRules;
     RoomState<LandRest> landRest;
     RoomState<LidRest> lidRest;

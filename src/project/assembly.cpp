@@ -34,6 +34,7 @@
 #include "nodes/reactor.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
+#include "platform/workers.h"
 #include "project/reader.h"
 #include "results/binary.h"
 #include "results/database.h"
