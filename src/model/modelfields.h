@@ -103,8 +103,7 @@ void decay_walk(V& v, Decay* decays, const Model& model) {
         v.setting(NAMED(decay.type), FieldSpan{-1.0, FIRST_ORDER});
         v.setting(NAMED(decay.pattern), FieldSpan{-1.0, model.patterns.size() - 1.0});
         v.setting(NAMED(decay.k));
-        v.setting(NAMED(decay.exponent));
-        v.setting(NAMED(decay.factor));
+        v.fixed(decay.exponent, decay.factor);  // kept of the step that worked it out last, which skipped ones don't
     }
 }
 

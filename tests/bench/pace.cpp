@@ -28,7 +28,8 @@ Value pickOne(TownRandom& random, const Value (&values)[Count]) {
 TownOptions drawOptions(uint64_t seed, TownRandom& random) {
     TownOptions options;
     options.seed = seed;
-    options.subcatchments = townRandom_pick(random, 15, 40);
+    // Threads share the work in pieces: the larger towns have some for each.
+    options.subcatchments = townRandom_pick(random, 15, 40) + (seed % 4 == 3 ? 80 : 0);
     constexpr TownWeather WEATHERS[] = {TownWeather::STORM, TownWeather::WEEK, TownWeather::DRY};
     options.weather = WEATHERS[seed % 3];
     options.days = options.weather == TownWeather::STORM ? 1 : static_cast<int>(townRandom_pick(random, 1, 2));
