@@ -35,7 +35,7 @@ struct LandWork {
 };
 
 /// Subcatchments that are stepped at a time: a piece of a list that a thread takes.
-constexpr int32_t LAND_PIECE = 32;
+constexpr int32_t LAND_PIECE = 16;
 
 /// What rests, and under which conditions it came to rest. It is worked out anew by whoever finds others.
 struct LandRest {

@@ -263,7 +263,7 @@ void LandStep::operator()(int32_t worker) {
 static void advanceLand(Model& model, int32_t hour, double dt) {
     LandRest& rest = *model.landRest;
     const int32_t pieces = countPieces(rest.growing) + countPieces(rest.awake) + countPieces(rest.drying);
-    const int32_t workers = pieces > 2 ? model.pace.threadCount : 1;
+    const int32_t workers = pieces > 1 ? model.pace.threadCount : 1;
     if (rest.works.size() < static_cast<size_t>(workers)) {
         rest.works.resize(static_cast<size_t>(workers));
     }
