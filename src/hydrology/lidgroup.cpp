@@ -15,6 +15,7 @@
 #include "model/names.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "model/still.h"
 #include "text/units.h"
 
 // --- tables and reading --------------------------------------------------------------------------------------------
@@ -232,11 +233,12 @@ static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double d
     return out;
 }
 
-/// A step, in which the unit may come to rest.
+/// A step, in which the unit may come to rest. A rain of -0, which a host may hold, counts as rain here as it does in
+/// the room landrest, which wakes units when rain begins: theirs would have begun already.
 static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t index, double flow, int32_t hour,
                              double dt) {
     LidUnit& unit = model.lidUnits[index];
-    if (!(flow == 0.0 && subcatch.rain == 0.0 && lidrest_isStill(model, index))) {
+    if (!(flow == 0.0 && still_isZero(subcatch.rain) && lidrest_isStill(model, index))) {
         return stepUnit(model, subcatch, unit, flow, hour, dt);
     }
     LidBefore before;
