@@ -60,5 +60,6 @@ struct Library {
 #undef GOLDEN_MEMBER
 };
 
-/// Loads a library; false, with a word on standard error, if it or one of its functions isn't there.
+/// Loads a library; false, with a word on standard error, if it or one of its functions isn't there. GOLDEN_THREADS in
+/// the environment is the number of threads that its model steps with, GOLDEN_PLAIN makes it leave out nothing.
 bool library_load(const std::string& path, Library& library);
