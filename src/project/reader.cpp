@@ -210,7 +210,6 @@ static void countObjects(Model& model) {
     char line[LINE_SIZE], whole[LINE_SIZE];
     int64_t offset = 0;
     bool isLookedAt = true;
-    const bool isReviewed = warnings_isWanted(model);
     const ReadingGuard guard(model, place, line);
     fingerprint_begin(model);
     while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
@@ -223,9 +222,7 @@ static void countObjects(Model& model) {
         }
         offset = textfile_getPosition(model.files.input);
         const RawLine raw{line, std::strlen(line), offset - place.offset};
-        if (isReviewed) {
-            oddlines_reviewLine(model, place.section, raw, place.offset, isLookedAt);
-        }
+        oddlines_reviewLine(model, place.section, raw, place.offset, isLookedAt);
         fingerprint_addLine(model, line, raw.length);
         if (const int32_t error = countNextLine(model, line, place.section, pending)) {
             writeLineError(model, error, place.section, place.line, line);
@@ -387,6 +384,7 @@ static int32_t readLines(Model& model) {
     const bool isReviewed = warnings_isWanted(model);
     LinePlace place{0, 0, SECTION_DESCRIPTION};  // text before the first header describes the project
     int32_t& section = place.section;
+    WordLimit limit = oddlines_getLimit(section, isReviewed);
     int32_t errorCount = 0;
     char line[LINE_SIZE], words[LINE_SIZE];
     int64_t offset = 0;
@@ -408,6 +406,7 @@ static int32_t readLines(Model& model) {
                 return errorCount + 1;
             }
             section = found;
+            limit = oddlines_getLimit(section, isReviewed);
             if (line[std::strspn(line, " \t")] != '[') {
                 warnings_addAtLine(model, WARN_SECTION_QUOTED, 0, tokens[0]);
             }
@@ -421,8 +420,8 @@ static int32_t readLines(Model& model) {
         }
         if (error) {
             writeLineError(model, error, section, place.line, line);
-        } else if (isReviewed) {
-            oddlines_reviewWords(model, section, tokens);
+        } else {
+            oddlines_reviewWords(model, section, limit, tokens);
         }
     }
     return errorCount;
