@@ -330,6 +330,15 @@ template <int32_t POLLUTANTS>
     visitJunction(model, visit, step, POLLUTANTS > 0 ? POLLUTANTS : step.pollutants);
 }
 
+[[gnu::noinline]] static void visitSeveral(Model& model, const Visit& visit, const VisitStep& step) {
+    switch (step.pollutants) {
+        case 2: visitLoaded<2>(model, visit, step); break;
+        case 3: visitLoaded<3>(model, visit, step); break;
+        case 4: visitLoaded<4>(model, visit, step); break;
+        default: visitLoaded<0>(model, visit, step); break;
+    }
+}
+
 /// A node of any kind but a junction.
 [[gnu::noinline]] static void visitStore(Model& model, const Visit& visit, const VisitStep& step) {
     Node& node = model.nodes[visit.node];
@@ -357,15 +366,12 @@ template <int32_t POLLUTANTS>
 void nodekinds_visit(Model& model, const Visit& visit, const VisitStep& step) {
     if (visit.kind != JUNCTION) {
         visitStore(model, visit, step);
-        return;
-    }
-    switch (step.pollutants) {
-        case 0: visitJunction(model, visit, step, 0); break;
-        case 1: visitJunction(model, visit, step, 1); break;
-        case 2: visitLoaded<2>(model, visit, step); break;
-        case 3: visitLoaded<3>(model, visit, step); break;
-        case 4: visitLoaded<4>(model, visit, step); break;
-        default: visitLoaded<0>(model, visit, step); break;
+    } else if (step.pollutants == 0) {
+        visitJunction(model, visit, step, 0);
+    } else if (step.pollutants == 1) {
+        visitJunction(model, visit, step, 1);
+    } else {
+        visitSeveral(model, visit, step);
     }
 }
 
