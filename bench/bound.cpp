@@ -24,10 +24,15 @@ Bound bound_create(const BenchNetwork& network, int32_t pollutants, double durat
     for (std::vector<double>* array : {&b.mass, &b.qual, &b.sumMass, &b.oldQual, &b.newQual}) {
         array->assign(loads, 0.0);
     }
+    b.lateralLoad.assign(loads, 0.0);
     b.sumCount.assign(n + 1, 0);
     b.firstReach.assign(n + 1, 0);
     for (size_t i = 0; i < n; ++i) {
         b.lateral[i] = network.isHead[i] ? HEAD_FLOW : 0.0;
+        for (int64_t p = 0; p < pollutants; ++p) {
+            b.lateralLoad[i * static_cast<size_t>(pollutants) + static_cast<size_t>(p)] =
+                HEAD_CONCENTRATION * b.lateral[i] / 1000.0;
+        }
         b.k[i] = bench_getPipeK(static_cast<int64_t>(i));
         b.firstReach[i + 1] = b.firstReach[i] + bench_getPipeReaches(static_cast<int64_t>(i));
     }
@@ -38,12 +43,12 @@ Bound bound_create(const BenchNetwork& network, int32_t pollutants, double durat
     return b;
 }
 
-/// What the last step left becomes old, and the sums of this step begin at 0.
+/// What the last step left becomes old, and the sums of this step begin with what comes in from the side.
 static void roll(Bound& b) {
     std::copy(b.newFlow.begin(), b.newFlow.end(), b.oldFlow.begin());
     std::copy(b.newQual.begin(), b.newQual.end(), b.oldQual.begin());
     std::copy(b.newReachQual.begin(), b.newReachQual.end(), b.oldReachQual.begin());
-    std::fill(b.mass.begin(), b.mass.end(), 0.0);
+    std::copy(b.lateralLoad.begin(), b.lateralLoad.end(), b.mass.begin());
     std::fill(b.upstream.begin(), b.upstream.end(), 0.0);
 }
 
@@ -53,12 +58,9 @@ static void mixJunction(Bound& b, size_t i) {
     b.volume[i] += flow * BENCH_STEP;
     b.maxInflow[i] = flow > b.maxInflow[i] ? flow : b.maxInflow[i];
     const size_t count = static_cast<size_t>(b.pollutants);
-    double* mass = b.mass.data() + i * count;
+    const double* mass = b.mass.data() + i * count;
     double* qual = b.qual.data() + i * count;
     for (size_t p = 0; p < count; ++p) {
-        if (b.lateral[i] > 0.0) {
-            mass[p] += HEAD_CONCENTRATION * b.lateral[i] / 1000.0;
-        }
         qual[p] = flow != 0.0 ? mass[p] / flow * 1000.0 : 0.0;
     }
 }

@@ -14,10 +14,11 @@ struct Bound {
     double time;      ///< ms
 
     // By junction; the outfall stands behind the last one.
-    std::vector<double> lateral;     ///< m3/s
-    std::vector<double> upstream;    ///< m3/s
-    std::vector<double> inflow;      ///< m3/s
-    std::vector<double> mass, qual;  ///< kg/s, mg/L, by junction and pollutant
+    std::vector<double> lateral;      ///< m3/s
+    std::vector<double> lateralLoad;  ///< kg/s, by junction and pollutant
+    std::vector<double> upstream;     ///< m3/s
+    std::vector<double> inflow;       ///< m3/s
+    std::vector<double> mass, qual;   ///< kg/s, mg/L, by junction and pollutant
     std::vector<double> volume, maxInflow;
 
     // By pipe.

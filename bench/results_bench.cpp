@@ -1,7 +1,8 @@
 // What it costs to save results, beside the least that it could cost: for the binary file one fwrite per row of rows
-// filled with constants, for the database one sqlite3_exec per row of texts that are ready. Saving is the time of a run
-// that reports at each step, less that of the same run without a save mode, so it contains the making of the rows, too.
-// The three are timed by turns, in processor time. `row` in the counters is that of a junction or a pipe.
+// filled with constants (`ratio`) and one per report (`by blocks`), for the database one sqlite3_exec per row of texts
+// that are ready. Saving is the time of a run that reports at each step, less that of the same run without a save mode,
+// so it contains the making of the rows, too. The three are timed by turns, in processor time. `row` in the counters is
+// that of a junction or a pipe.
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
@@ -62,6 +63,20 @@ double timeWrites(const BenchProject& project, const Sizes& sizes) {
                 std::fwrite(row.data(), sizeof(float), values + sizes.pollutants, file);
             }
         }
+    }
+    std::fclose(file);
+    return bench_getProcessorTime() - begin;
+}
+
+/// The least that the bytes can cost: one fwrite for all rows of a report.
+double timeBlocks(const BenchProject& project, const Sizes& sizes) {
+    const std::string path = project.folder + "/block.bin";
+    const size_t values = (JUNCTION_VALUES + PIPE_VALUES + 2 * sizes.pollutants) * sizes.objects;
+    const std::vector<float> rows(SYSTEM_VALUES + values, 1.25f);
+    const double begin = bench_getProcessorTime();
+    std::FILE* file = std::fopen(path.c_str(), "w+b");
+    for (int32_t k = 0; k < STEPS; ++k) {
+        std::fwrite(rows.data(), sizeof(float), rows.size(), file);
     }
     std::fclose(file);
     return bench_getProcessorTime() - begin;
@@ -129,15 +144,17 @@ void saveToFile(benchmark::State& state) {
     if (!bench_openProject(project)) {
         state.SkipWithError("the project doesn't open");
     }
-    double saving = 0.0, bare = 0.0;
+    double saving = 0.0, bare = 0.0, blocks = 0.0;
     for ([[maybe_unused]] auto _ : state) {
         const double idle = timeRun(TO_NOTHING);
         const double saved = timeRun(TO_FILE);
         bare += timeWrites(project, sizes);
+        blocks += timeBlocks(project, sizes);
         saving += saved - idle;
         state.SetIterationTime(saved);
     }
     setCounters(state, sizes, saving, bare);
+    state.counters["by blocks"] = saving / blocks;
     bench_closeProject(project);
 }
 

@@ -13,6 +13,7 @@
 #include "model/reportfile.h"
 #include "model/warnings.h"
 #include "platform/files.h"
+#include "platform/workers.h"
 #include "project/options.h"
 #include "project/reader.h"
 #include "project/validation.h"
@@ -213,6 +214,7 @@ int32_t run_end(Model& model) {
     }
     if (model.isStarted) {
         results_end(model);
+        workers_stop(*model.workers);
         runoff_close(model);
         routing_close(model);
         model.isStarted = false;

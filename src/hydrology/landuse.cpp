@@ -155,8 +155,16 @@ int32_t landuse_readWashoff(Model& model, const Tokens& tokens) {
 
 // --- buildup -------------------------------------------------------------------------------------------------------
 
-static constexpr double NEARLY_FULL = 0.999;            ///< of the limit, from which a buildup counts as there
-static const double LOG_NEARLY_FULL = std::log(0.001);  ///< of what is missing then
+static constexpr double NEARLY_FULL = 0.999;  ///< of the limit, from which a buildup counts as there
+const double LOG_NEARLY_FULL = std::log(0.001);
+
+double landuse_getNearlyFull(const BuildupRule& rule) {
+    return rule.maxBuildup * NEARLY_FULL;
+}
+
+double landuse_getFullAge(const BuildupRule& rule) {
+    return -LOG_NEARLY_FULL / rule.rateConstant;
+}
 
 /// Age (days) of a buildup per hectare on its curve. What stands above the limit counts as nearly full.
 static double getAge(const BuildupRule& rule, double buildup) {
@@ -164,7 +172,7 @@ static double getAge(const BuildupRule& rule, double buildup) {
         return 0.0;
     }
     const double log =
-        buildup < rule.maxBuildup * NEARLY_FULL ? std::log(1.0 - buildup / rule.maxBuildup) : LOG_NEARLY_FULL;
+        buildup < landuse_getNearlyFull(rule) ? std::log(1.0 - buildup / rule.maxBuildup) : LOG_NEARLY_FULL;
     return -log / rule.rateConstant;
 }
 
@@ -173,7 +181,7 @@ static double getBuildupAt(const BuildupRule& rule, double age) {
     if (age == 0.0) {
         return 0.0;
     }
-    if (!(age < -LOG_NEARLY_FULL / rule.rateConstant)) {
+    if (!(age < landuse_getFullAge(rule))) {
         return rule.maxBuildup;
     }
     const double exponent = -rule.rateConstant * age;

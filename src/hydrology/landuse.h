@@ -60,6 +60,12 @@ void landuse_createAll(Model& model);
 [[nodiscard]] int32_t landuse_readBuildup(Model& model, const Tokens& tokens);
 [[nodiscard]] int32_t landuse_readWashoff(Model& model, const Tokens& tokens);
 
+/// From which buildup per hectare on one counts as there, and the logarithm of what is missing then. The curve has its
+/// limit from that age (days) on.
+extern const double LOG_NEARLY_FULL;
+[[nodiscard]] double landuse_getNearlyFull(const BuildupRule& rule);
+[[nodiscard]] double landuse_getFullAge(const BuildupRule& rule);
+
 /// Buildup (kg) on an area (ha) after a dry time (s), from the present buildup (kg).
 [[nodiscard]] double landuse_getBuildup(const BuildupRule& rule, double area, double present, double time);
 

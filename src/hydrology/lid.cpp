@@ -384,3 +384,13 @@ void lid_validateAll(Model& model) {
         validate(model, lid);
     }
 }
+
+void lid_prepareDecay(const Model& model, int32_t hour, double dt) {
+    for (const Lid& lid : model.lids) {
+        for (Decay* decays : {lid.surfaceDecay, lid.pavementDecay, lid.soilDecay, lid.storageDecay, lid.matDecay}) {
+            for (int32_t p = 0; decays && p < model_pollutantCount(model); ++p) {
+                (void)decay_react(model, decays[p], 0.0, hour, dt);
+            }
+        }
+    }
+}

@@ -77,5 +77,9 @@ void lid_validateAll(Model& model);
 [[nodiscard]] bool lid_isGood(const Lid& lid);
 void lid_derive(const Model& model, Lid& lid);
 
+/// Works out the reactions of an hour of the day and a step (s) in all layers of all controls. Units that share a
+/// control find them ready then, also in several threads.
+void lid_prepareDecay(const Model& model, int32_t hour, double dt);
+
 /// Writes an invalid parameter to the report: the name of the control, and a phrase that tells where to look.
 void lid_reportParameter(Model& model, const Lid& lid, const char* phrase);

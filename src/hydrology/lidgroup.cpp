@@ -4,7 +4,10 @@
 
 #include "hydrology/lidgroup.h"
 
+#include <algorithm>
+
 #include "hydrology/evap.h"
+#include "hydrology/lidrest.h"
 #include "hydrology/lidsolver.h"
 #include "model/arena.h"
 #include "model/errors.h"
@@ -144,8 +147,27 @@ void lidgroup_initAll(Model& model) {
 // --- the runoff step -----------------------------------------------------------------------------------------------
 
 void lidgroup_shiftState(Model& model, int32_t subcatch) {
-    for (LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
-        lidunit_shiftState(model, unit);
+    const LidGroup* group = model.lidGroups.find(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = model.lidUnits[k].next) {
+        if (lidrest_getPace(model, k) == LID_AWAKE) {
+            lidunit_shiftState(model, model.lidUnits[k]);
+        }
+    }
+}
+
+LidPace lidgroup_getPace(const Model& model, int32_t subcatch) {
+    LidPace pace = LID_RESTING;
+    const LidGroup* group = model.lidGroups.find(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = model.lidUnits[k].next) {
+        pace = std::min(pace, lidrest_getPace(model, k));
+    }
+    return pace;
+}
+
+void lidgroup_wake(Model& model, int32_t subcatch) {
+    const LidGroup* group = model.lidGroups.find(subcatch);
+    for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = model.lidUnits[k].next) {
+        lidrest_wake(model, k);
     }
 }
 
@@ -183,18 +205,64 @@ static void addVolumes(RunoffVolumes& volumes, const LidOutflow& out, double are
     volumes.infil += out.infil * dt * area;
 }
 
+/// Whether a unit that isn't awake stays so: nothing runs onto it, neither now nor, as a load, in the step before. If
+/// not, it wakes.
+static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, double flow) {
+    if (lidrest_getPace(model, index) == LID_AWAKE) {
+        return false;
+    }
+    const double* loads = subcatch.lastWashoffRate;
+    if (flow == 0.0 &&
+        std::all_of(loads, loads + model_pollutantCount(model), [](double load) { return load == 0.0; })) {
+        return true;
+    }
+    lidrest_wake(model, index);
+    lidunit_shiftState(model, model.lidUnits[index]);
+    return false;
+}
+
+/// A step of a unit that isn't awake. All that leaves it is evaporation, m/s.
+static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double dt) {
+    LidOutflow out{};
+    if (lidrest_getPace(model, index) == LID_DRYING) {
+        out.evap = lidrest_dry(model, index, hour, dt);
+    } else {
+        model.lidUnits[index].dryTime += dt;
+    }
+    return out;
+}
+
+/// A step, in which the unit may come to rest.
+static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t index, double flow, int32_t hour,
+                             double dt) {
+    LidUnit& unit = model.lidUnits[index];
+    if (!(flow == 0.0 && subcatch.rain == 0.0 && lidrest_isStill(model, index))) {
+        return stepUnit(model, subcatch, unit, flow, hour, dt);
+    }
+    LidBefore before;
+    lidrest_keep(model, unit, before);
+    const LidOutflow out = stepUnit(model, subcatch, unit, flow, hour, dt);
+    lidrest_judge(model, index, before, out);
+    return out;
+}
+
 void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t hour, double dt) {
     const Subcatch& subcatch = model.subcatches[index];
     double flow = 0.0, surfaceSum = 0.0;
-    for (LidUnit& unit : lidgroup_getUnits(model, index)) {
+    for (int32_t k = model.lidGroups[index].firstUnit; k >= 0; k = model.lidUnits[k].next) {
+        LidUnit& unit = model.lidUnits[k];
         if (subcatch.area > subcatch.lidArea) {
             flow = (subcatch.imperviousRunoff + subcatch.perviousRunoff) * unit.fromImpervious;
         }
         if (!(unit.area > 0.0)) {
             continue;
         }
+        if (staysAsleep(model, subcatch, k, flow)) {
+            addVolumes(volumes, stepAsleep(model, k, hour, dt), unit.area, dt);
+            continue;
+        }
         volumes.lidRunon += unit.area * (flow / unit.area) * dt;
-        addVolumes(volumes, stepUnit(model, subcatch, unit, flow, hour, dt), unit.area, dt);
+        addVolumes(volumes, restOrStep(model, subcatch, k, flow, hour, dt), unit.area, dt);
         surfaceSum += unit.thisSurfaceFlow;
     }
     volumes.lidOutflow = surfaceSum * dt;

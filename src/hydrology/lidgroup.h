@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "hydrology/lidrest.h"
 #include "hydrology/lidunit.h"
 #include "hydrology/subcatch.h"
 #include "model/model.h"
@@ -62,6 +63,10 @@ void lidgroup_initAll(Model& model);
 
 /// New becomes old, for the units of a subcatchment at the start of a runoff step.
 void lidgroup_shiftState(Model& model, int32_t subcatch);
+
+/// How far the least resting unit of a subcatchment has come, and the waking of all.
+[[nodiscard]] LidPace lidgroup_getPace(const Model& model, int32_t subcatch);
+void lidgroup_wake(Model& model, int32_t subcatch);
 
 /// All units of a subcatchment over one runoff step (s), whose water they add to `volumes`. Their pollutants react by
 /// an hour of the day.

@@ -174,3 +174,18 @@ void lidquality_advance(const Model& model, const LidStep& s) {
             unit.thisSurfaceMass[p] + unit.thisPavementMass[p] + unit.thisSoilMass[p] + unit.thisStorageMass[p];
     }
 }
+
+void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
+    const double volume = unit.area * unit.soilMoisture * lid.soilDepth;
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
+        const double mass = unit.lastSoilMass[p] = unit.thisSoilMass[p];
+        if (mass == 0.0) {
+            continue;
+        }
+        const double mixed = getMixed(mass, volume);
+        const double left = decay_react(model, lid.soilDecay[p], mixed, hour, dt);
+        unit.reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
+        unit.thisSoilMass[p] = left * volume / G_PER_KG;
+        unit.finalLoad[p] = unit.thisSoilMass[p];
+    }
+}

@@ -4,6 +4,8 @@
 #include "hydrology/lidunit.h"
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 
 #include "model/errors.h"
 #include "model/model.h"
@@ -162,6 +164,15 @@ void lidunit_shiftState(const Model& model, LidUnit& unit) {
         roll(unit.lastStorageMass[p], unit.thisStorageMass[p]);
         unit.thisSurfaceLoad[p] = unit.thisDrainLoad[p] = 0.0;  // a unit that sends no water must send no load
     }
+}
+
+int64_t lidunit_getSumCount(const Model& model) {
+    return std::ssize(BalanceArrays) * model_pollutantCount(model);
+}
+
+bool lidunit_areMassesSteady(const Model& model, const LidUnit& unit) {
+    const size_t size = 4 * static_cast<size_t>(model_pollutantCount(model)) * sizeof(double);
+    return size == 0 || std::memcmp(unit.lastSurfaceMass, unit.thisSurfaceMass, size) == 0;
 }
 
 Balance lidunit_getBalance(const LidUnit& unit) {

@@ -89,5 +89,11 @@ void lidunit_initState(LidUnit& unit, const Lid& lid, double matVoid);
 [[nodiscard]] Balance lidunit_getBalance(const LidUnit& unit);
 [[nodiscard]] bool lidunit_getLoadBalance(const LidUnit& unit, int32_t pollutant, Balance& balance);
 
+/// Numbers from `load` on: the load that enters and the quality balance stand one behind the other.
+[[nodiscard]] int64_t lidunit_getSumCount(const Model& model);
+
+/// Whether the masses at the end of a step are, bit for bit, those at its start.
+[[nodiscard]] bool lidunit_areMassesSteady(const Model& model, const LidUnit& unit);
+
 /// New becomes old, at the start of a step.
 void lidunit_shiftState(const Model& model, LidUnit& unit);

@@ -8,16 +8,20 @@
 #include "hydrology/runoff.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 
+#include "hydrology/buildup.h"
 #include "hydrology/evap.h"
 #include "hydrology/gage.h"
+#include "hydrology/landrest.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/washoff.h"
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/project.h"
+#include "platform/workers.h"
 #include "text/datetime.h"
 #include "text/number.h"
 #include "text/units.h"
@@ -145,17 +149,132 @@ RunoffVolumes runoff_stepWater(Model& model, int32_t index, int32_t hour, double
     setQuality(model, subcatch, dt);
 }
 
-static void advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt) {
+/// One subcatchment over a step, all but its buildup. How far it has come to rest.
+static LandPace advanceSubcatch(Model& model, int32_t index, int32_t hour, double dt, LandBefore& before) {
     Subcatch& subcatch = model.subcatches[index];
+    const bool isStill = landrest_isStill(model, index);
+    if (isStill) {
+        landrest_keep(model, subcatch, before);
+    }
+    subcatch_shiftState(model, subcatch);
+    lidgroup_shiftState(model, index);
     if (subcatch.area == 0.0) {
-        return;
+        return LAND_AWAKE;
     }
     const RunoffVolumes volumes = runoff_stepWater(model, index, hour, dt);
-    if (subcatch.thisRunoff / subcatch.area < DRY_RATE) {
-        washoff_growBuildup(model, subcatch, dt);
-    }
     if (model_pollutantCount(model) > 0) {
         stepQuality(model, index, volumes, dt);
+    }
+    return isStill ? landrest_judge(model, index, before) : LAND_AWAKE;
+}
+
+/// Either a subcatchment sheds, which takes from its buildup, or the buildup grows.
+static bool isDry(const Subcatch& subcatch) {
+    return subcatch.area != 0.0 && subcatch.thisRunoff / subcatch.area < DRY_RATE;
+}
+
+/// The awake land between two places of its list. Lists what is dry.
+static void advanceBlock(Model& model, int32_t hour, double dt, int32_t first, int32_t end, LandWork& work) {
+    LandRest& rest = *model.landRest;
+    work.dry.clear();
+    for (int32_t k = first; k < end; ++k) {
+        const int32_t index = rest.awake[k];
+        const LandPace pace = advanceSubcatch(model, index, hour, dt, work.before);
+        if (isDry(model.subcatches[index])) {
+            work.dry.push_back(index);
+            rest.paces[index] = pace;
+            work.hasChanged = work.hasChanged || pace != LAND_AWAKE;
+        }
+    }
+}
+
+/// The drying land between two places of its list. A subcatchment of which a unit has dried out wakes.
+static void dryBlock(Model& model, int32_t hour, double dt, int32_t first, int32_t end, LandWork& work) {
+    LandRest& rest = *model.landRest;
+    for (int32_t k = first; k < end; ++k) {
+        const int32_t index = rest.drying[k];
+        RunoffVolumes volumes{};
+        lidgroup_step(model, index, volumes, hour, dt);
+        subcatch_closeStep(model.subcatches[index], volumes, dt);
+        if (lidgroup_getPace(model, index) == LID_AWAKE) {
+            rest.paces[index] = LAND_AWAKE;
+            work.hasChanged = true;
+        }
+    }
+}
+
+/// Buildup of so many subcatchments. Where it doesn't grow any more it is left alone from now on.
+static void growBlock(Model& model, const int32_t* subcatches, int32_t count, LandWork& work) {
+    LandRest& rest = *model.landRest;
+    work.grows.resize(static_cast<size_t>(count));
+    buildup_grow(model, subcatches, count, work.grows.data(), work.buildup);
+    for (int32_t k = 0; k < count; ++k) {
+        if (!work.grows[static_cast<size_t>(k)] && rest.paces[subcatches[k]] != LAND_AWAKE) {
+            rest.grows[subcatches[k]] = 0;
+            work.hasChanged = true;
+        }
+    }
+}
+
+/// The work of a step on the land, in pieces of three lists: what has only its buildup left, what is awake, what dries.
+/// No subcatchment knows of another one, so that it doesn't matter who takes which piece, and when.
+struct LandStep {
+    Model& model;
+    int32_t hour;
+    double dt;
+    std::atomic<int32_t> next{0};  ///< piece that nobody has taken yet
+
+    void operator()(int32_t worker);
+};
+
+static int32_t countPieces(const Table<int32_t>& list) {
+    return (list.size() + LAND_PIECE - 1) / LAND_PIECE;
+}
+
+static void takePiece(const LandStep& step, int32_t piece, LandWork& work) {
+    const LandRest& rest = *step.model.landRest;
+    const int32_t growing = countPieces(rest.growing), awake = countPieces(rest.awake);
+    const auto getEnd = [](const Table<int32_t>& list, int32_t first) {
+        return std::min(first + LAND_PIECE, list.size());
+    };
+    if (piece < growing) {
+        const int32_t first = piece * LAND_PIECE;
+        growBlock(step.model, rest.growing.data() + first, getEnd(rest.growing, first) - first, work);
+    } else if (piece < growing + awake) {
+        const int32_t first = (piece - growing) * LAND_PIECE;
+        advanceBlock(step.model, step.hour, step.dt, first, getEnd(rest.awake, first), work);
+        growBlock(step.model, work.dry.data(), static_cast<int32_t>(work.dry.size()), work);
+    } else {
+        const int32_t first = (piece - growing - awake) * LAND_PIECE;
+        dryBlock(step.model, step.hour, step.dt, first, getEnd(rest.drying, first), work);
+    }
+}
+
+void LandStep::operator()(int32_t worker) {
+    LandRest& rest = *model.landRest;
+    const int32_t pieces = countPieces(rest.growing) + countPieces(rest.awake) + countPieces(rest.drying);
+    LandWork& work = rest.works[static_cast<size_t>(worker)];
+    work.hasChanged = false;
+    for (int32_t piece = next++; piece < pieces; piece = next++) {
+        takePiece(*this, piece, work);
+    }
+}
+
+static void advanceLand(Model& model, int32_t hour, double dt) {
+    LandRest& rest = *model.landRest;
+    const int32_t pieces = countPieces(rest.growing) + countPieces(rest.awake) + countPieces(rest.drying);
+    const int32_t workers = pieces > 2 ? model.pace.threadCount : 1;
+    if (rest.works.size() < static_cast<size_t>(workers)) {
+        rest.works.resize(static_cast<size_t>(workers));
+    }
+    if (workers > 1) {
+        lid_prepareDecay(model, hour, dt);
+    }
+    LandStep step{model, hour, dt};
+    workers_share(*model.workers, workers, step);
+    const auto end = rest.works.begin() + workers;
+    if (std::any_of(rest.works.begin(), end, [](const LandWork& work) { return work.hasChanged; })) {
+        landrest_list(model);
     }
 }
 
@@ -169,12 +288,10 @@ void runoff_advance(Model& model) {
     model.clock.oldRunoffTime = model.clock.newRunoffTime;
     const double next = model.clock.newRunoffTime + model.options.runoffStep * MS_PER_SECOND;
     model.clock.newRunoffTime = next > model.options.totalDuration ? model.options.totalDuration : next;
-    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
-        subcatch_shiftState(model, model.subcatches[k]);
-        lidgroup_shiftState(model, k);
-    }
     const int32_t hour = datetime_getHour(model_getDate(model, model.clock.newRunoffTime));
-    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
-        advanceSubcatch(model, k, hour, model.options.runoffStep);
-    }
+    const double dt = model.options.runoffStep;
+    landrest_prepare(model, dt);
+    landrest_passDryTime(model, dt);
+    buildup_prepare(model, dt);
+    advanceLand(model, hour, dt);
 }

@@ -25,11 +25,12 @@ static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve,
 // --- table ---------------------------------------------------------------------------------------------------------
 
 /// All arrays of a subcatchment that live as long as the project stand together: a runoff step goes through them at
-/// once.
-static void createArrays(Model& model, Subcatch& subcatch) {
+/// once. The buildups of all subcatchments stand one behind the other, since in dry weather they grow and nothing else
+/// happens.
+static void createArrays(Model& model, Subcatch& subcatch, double* buildups) {
     const int64_t pollutants = model_pollutantCount(model);
     const int64_t landuses = model.counts.objects[LANDUSE];
-    double* memory = arena_allocateArray<double>(model.memory.project, pollutants * (6 + landuses));
+    double* memory = arena_allocateArray<double>(model.memory.project, pollutants * 6);
     subcatch.landShares = arena_allocateArray<LandShare>(model.memory.project, landuses);
     if (!memory || !subcatch.landShares) {
         model.error.code = ERR_MEMORY;
@@ -41,15 +42,22 @@ static void createArrays(Model& model, Subcatch& subcatch) {
         memory += pollutants;
     }
     for (int64_t k = 0; k < landuses; ++k) {
-        subcatch.landShares[k].buildup = memory;
-        memory += pollutants;
+        subcatch.landShares[k].buildup = buildups;
+        buildups += pollutants;
     }
 }
 
 void subcatch_createAll(Model& model) {
     model.subcatches.fill(model.counts.objects[SUBCATCH], Subcatch{});
+    const int64_t shares = int64_t{model_pollutantCount(model)} * model.counts.objects[LANDUSE];
+    double* buildups = arena_allocateArray<double>(model.memory.project, shares * model.subcatches.size());
+    if (!buildups) {
+        model.error.code = ERR_MEMORY;
+        return;
+    }
     for (Subcatch& subcatch : model.subcatches) {
-        createArrays(model, subcatch);
+        createArrays(model, subcatch, buildups);
+        buildups += shares;
     }
 }
 
@@ -328,9 +336,13 @@ double subcatch_getWeight(const Model& model, double time) {
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
+void subcatch_countEvaporation(Subcatch& s, double dt) {
+    s.evap += dt * s.evapRate * MM_PER_M;
+}
+
 void subcatch_countStep(const Model& model, Subcatch& s, double dt) {
     s.rainfall += dt * s.rain * MM_PER_M;
-    s.evap += dt * s.evapRate * MM_PER_M;
+    subcatch_countEvaporation(s, dt);
     s.infil += dt * s.infilRate * MM_PER_M;
     s.runoff += dt * s.thisRunoff / s.area * MM_PER_M;
     statistics_keepMaximum(s.peakRunoff, s.thisRunoff);

@@ -29,26 +29,6 @@ void washoff_initBuildup(const Model& model, Subcatch& subcatch) {
     }
 }
 
-void washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt) {
-    for (int32_t l = 0; l < model.landuses.size(); ++l) {
-        const Landuse& landuse = model.landuses[l];
-        LandShare& share = subcatch.landShares[l];
-        if (share.fraction == 0.0) {
-            continue;
-        }
-        const double area = share.fraction * subcatch.area * HA_PER_M2;
-        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-            const double old = share.buildup[p];
-            double grown = landuse_getBuildup(landuse.buildup[p], area, old, dt);
-            grown = grown < old ? old : grown;
-            share.buildup[p] = grown;
-            if (landuse.washoff[p].usesBuildup) {
-                subcatch.surfaceBuildup[p] += grown - old;
-            }
-        }
-    }
-}
-
 // --- washoff -------------------------------------------------------------------------------------------------------
 
 void washoff_washLand(const Model& model, Subcatch& subcatch, double rate, double dt) {

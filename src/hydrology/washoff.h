@@ -8,9 +8,6 @@ struct Model;
 /// Buildup of a subcatchment at the start of a run, and its sum into the balance.
 void washoff_initBuildup(const Model& model, Subcatch& subcatch);
 
-/// Buildup of a dry runoff step (s).
-void washoff_growBuildup(const Model& model, Subcatch& subcatch, double dt);
-
 /// Washoff of the land uses at a runoff rate (m/s) in one runoff step (s).
 void washoff_washLand(const Model& model, Subcatch& subcatch, double rate, double dt);
 

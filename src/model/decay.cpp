@@ -4,6 +4,7 @@
 #include "model/decay.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "model/arena.h"
@@ -77,9 +78,10 @@ int32_t decay_readItems(Model& model, const Tokens& tokens, Decay* decays) {
     return error;
 }
 
-/// exp(exponent). The same step by step for a whole hour, so it is worked out once.
+/// exp(exponent). The same step by step for a whole hour, so it is worked out once. Compared are the bits, so that
+/// nothing is written where it is known, whatever the number.
 static double getPower(Decay& decay, double exponent) {
-    if (exponent != decay.exponent) {
+    if (std::bit_cast<uint64_t>(exponent) != std::bit_cast<uint64_t>(decay.exponent)) {
         decay.exponent = exponent;
         decay.factor = std::exp(exponent);
     }

@@ -21,6 +21,7 @@
 
 struct ActionList;
 struct BinaryResults;
+struct BuildupRules;
 struct Conduit;
 struct Connection;
 struct Converter;
@@ -34,6 +35,8 @@ struct Lid;
 struct LidGroup;
 struct LidMono;
 struct LidUnit;
+struct LandRest;
+struct LidRest;
 struct LoadBook;
 struct MessageLog;
 struct Orifice;
@@ -56,6 +59,7 @@ struct Visit;
 struct VisitLink;
 struct VornNode;
 struct Weir;
+class Workers;
 
 struct Model {
     Model();
@@ -90,6 +94,10 @@ struct Model {
     Table<LidGroup> lidGroups;  ///< one per subcatchment
     Table<LidUnit> lidUnits;    ///< of all subcatchments, in the order of their lines
     RoomState<EvapRecord> evap;
+    RoomState<Workers> workers;
+    RoomState<BuildupRules> buildupRules;
+    RoomState<LandRest> landRest;
+    RoomState<LidRest> lidRest;
 
     Table<Node> nodes;
     Table<Tank> tanks;

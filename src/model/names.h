@@ -2,6 +2,7 @@
 // Names of objects: from an ID to the row of its object's table, and the texts that records point at.
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -22,9 +23,20 @@ struct NameSlot {
     uint32_t hash;
 };
 
+/// The slots of one line of memory. A name is looked for from its slot on, over the end of the line as well.
+struct alignas(64) NameLine {
+    static constexpr size_t SLOTS = 8;
+    NameSlot slots[SLOTS];
+};
+
 struct NameTable {
     std::vector<NameEntry> entries;
-    std::vector<NameSlot> slots;  ///< their count is a power of 2, at least twice the entries'
+    std::vector<NameLine> lines;  ///< the count of their slots is a power of 2, at least twice the entries'
+
+    /// Entries that look-ups seem to go through one by one: those behind the last found of two walks, as the upper ends
+    /// of links are one and the lower ends another. A guess alone, which no outcome depends on.
+    mutable std::array<size_t, 2> walks{};
+    mutable size_t latestWalk{};
 };
 
 using NameTables = std::array<NameTable, OBJECT_TYPE_COUNT>;  ///< by class
@@ -35,11 +47,14 @@ int32_t names_add(Model& model, int32_t type, const char* id, int32_t index);
 /// Row of the object in the table of its class, whatever the case of the ID's letters; -1 if there is none.
 [[nodiscard]] int32_t names_find(const Model& model, int32_t type, const char* id);
 
+/// The same of an ID that mostly is the one of the entry `guess`, as that of a row is: found without a look-up then.
+[[nodiscard]] int32_t names_findNear(const Model& model, int32_t type, const char* id, int32_t guess);
+
 /// The ID as it was first seen, valid as long as the project; null if unknown.
 [[nodiscard]] const char* names_findId(const Model& model, int32_t type, const char* id);
 
-/// For tests: slots of the table of a class that the look-up of one of its names goes through, in the mean; 0 without
-/// names.
+/// For tests: lines of memory of the table of a class that the look-up of one of its names goes through, in the mean;
+/// 0 without names.
 [[nodiscard]] double names_getMeanWalk(const Model& model, int32_t type);
 
 /// A copy of a text that lives as long as the project; null without memory.

@@ -5,7 +5,6 @@
 #include "model/timeseries.h"
 
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -112,21 +111,46 @@ int32_t timeseries_readLine(Model& model, const Tokens& tokens) {
 /// The next line of a series file that holds anything but a comment. False at the end.
 static bool getDataLine(TextFile& file, char* line) {
     while (textfile_getLine(file, line, LINE_SIZE)) {
-        const char first = line[std::strspn(line, " \t\n\r")];
-        if (first && first != ';') {
+        const char* at = line;
+        while (*at == ' ' || *at == '\t' || *at == '\n' || *at == '\r') {
+            ++at;
+        }
+        if (*at && *at != ';') {
             return true;
         }
     }
     return false;
 }
 
+static bool isBlank(char c) {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// The next word of a line, cut off behind, and `at` moved on; empty at the end.
+static const char* takeWord(char*& at) {
+    while (isBlank(*at)) {
+        ++at;
+    }
+    const char* const word = at;
+    while (*at && !isBlank(*at)) {
+        ++at;
+    }
+    if (*at) {
+        *at++ = 0;
+    }
+    return word;
+}
+
 /// A line of a series file: date, time and value, and nothing is read of what follows. `isWhole` tells whether date and
 /// time were read to their ends.
 static bool parseFileLine(const char* line, SeriesEntry& entry, bool& isWhole) {
-    char dateWord[LINE_SIZE], timeWord[LINE_SIZE], valueWord[LINE_SIZE];
+    char words[LINE_SIZE];
+    char* at = std::strcpy(words, line);
+    const char* const dateWord = takeWord(at);
+    const char* const timeWord = takeWord(at);
+    const char* const valueWord = takeWord(at);
     DateTime date;
-    if (std::sscanf(line, "%1023s %1023s %1023s", dateWord, timeWord, valueWord) < 3 ||
-        !datetime_parseDate(dateWord, &date, &isWhole)) {
+    if (!*valueWord || !datetime_parseDate(dateWord, &date, &isWhole)) {
         return false;
     }
     double time, value;

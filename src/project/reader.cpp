@@ -104,11 +104,20 @@ static int32_t countLine(Model& model, int32_t number, const char* word) {
     }
 }
 
+static bool isSeparator(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
+}
+
 /// Copies the first word of a line as it stands, quotes and all. Its length, 0 if there is none.
 static size_t copyFirstWord(const char* line, char* word) {
-    line += std::strspn(line, " \t\n\r");
-    const size_t length = std::strcspn(line, " \t\n\r");
-    std::memcpy(word, line, length);
+    while (isSeparator(*line)) {
+        ++line;
+    }
+    size_t length = 0;
+    while (line[length] && !isSeparator(line[length])) {
+        word[length] = line[length];
+        ++length;
+    }
     word[length] = 0;
     return length;
 }

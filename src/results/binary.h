@@ -34,7 +34,7 @@ void binary_open(Model& model);
 /// Begins the record of a report at its date (days).
 void binary_startRecord(Model& model, double date);
 
-/// Adds a row to the record.
+/// Adds a row to the record, or several: so many values.
 void binary_writeRow(Model& model, const float* row, int32_t length);
 
 /// Takes back the records of a period and of all later ones, each of `recordSize` bytes; the next record will be that

@@ -3,23 +3,45 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 struct Model;
 
 struct sqlite3;
+struct sqlite3_stmt;
+
+/// How rows get into a table.
+struct DatabaseInsert {
+    bool isPlain;       ///< the columns are those that rows are made for, so values needn't go as texts
+    sqlite3_stmt* one;  ///< statements for a row and for several; null until they are needed
+    sqlite3_stmt* several;
+    int32_t severalCount;  ///< rows of that
+};
+
+/// Rows of one table that wait until there are enough of them.
+struct DatabaseRows {
+    int32_t table, period, length;
+    std::vector<const char*> names;
+    std::vector<float> values;  ///< row by row
+};
 
 /// The database of a run.
 struct DatabaseResults {
-    sqlite3* handle;        ///< null while none is open
-    bool isStopped;         ///< SQLite has let go of the transaction
-    std::string statement;  ///< in hand
+    sqlite3* handle;                      ///< null while none is open
+    bool isStopped;                       ///< SQLite has let go of the transaction
+    std::string statement;                ///< in hand
+    std::vector<DatabaseInsert> inserts;  ///< by table; empty while no database is open
+    DatabaseRows waiting;
 };
 
 /// Opens the database and makes its tables anew. Without a database the functions below do nothing.
 void database_open(Model& model);
 
-/// Inserts a row; `name` is that of the object, empty for the system.
+/// Inserts a row, or lets it wait for more of them; `name` is that of the object, empty for the system, and stays.
 void database_writeRow(Model& model, int32_t table, const char* name, int32_t period, const float* row, int32_t length);
+
+/// Inserts the rows that still wait: a report is complete.
+void database_endReport(Model& model);
 
 /// Takes back the rows of a period and of all later ones.
 void database_takeBack(Model& model, int32_t period);

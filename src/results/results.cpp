@@ -36,6 +36,9 @@ static T* allocate(Model& model, int64_t count) {
     return memory;
 }
 
+/// Rows that are made at once, few enough to stay in the nearest memory until they are written.
+static constexpr int32_t ROWS_AT_ONCE = 64;
+
 static void listObjects(Model& model, int32_t table) {
     TableBuffer& buffer = model.results->buffers[table];
     buffer.objects = allocate<int32_t>(model, buffer.count);
@@ -67,7 +70,8 @@ static void openBuffers(Model& model) {
         TableBuffer& buffer = model.results->buffers[table];
         buffer.length = rows_getLength(model, table);
         buffer.count = rows_getObjectCount(model, table);
-        buffer.row = allocate<float>(model, buffer.length);
+        const int32_t rows = std::clamp(buffer.count, 1, ROWS_AT_ONCE);
+        buffer.row = allocate<float>(model, static_cast<int64_t>(rows) * buffer.length);
         if (buffer.count == 0) {
             continue;
         }
@@ -111,13 +115,14 @@ void results_accumulate(Model& model) {
             continue;
         }
         float* sums = buffer.sums;
-        for (int32_t k = 0; k < buffer.count; ++k) {
-            rows_fetchAhead(model, RowTables[table].objectType, buffer.objects, buffer.count, k);
-            rows_fill(model, table, buffer.objects[k], 1.0, buffer.row);
-            for (int32_t c = 0; c < buffer.length; ++c) {
-                sums[c] += buffer.row[c];
+        for (int32_t first = 0; first < buffer.count; first += ROWS_AT_ONCE) {
+            const int32_t end = std::min(buffer.count, first + ROWS_AT_ONCE);
+            rows_fillMany(model, table, {buffer.objects, buffer.count}, first, end, 1.0, buffer.row);
+            const int32_t values = (end - first) * buffer.length;
+            for (int32_t k = 0; k < values; ++k) {
+                sums[k] += buffer.row[k];
             }
-            sums += buffer.length;
+            sums += values;
         }
     }
     ++model.results->sumCount;
@@ -145,12 +150,16 @@ static void writeRowElsewhere(Model& model, int32_t table, int32_t object, const
     }
 }
 
+static bool hasOtherSinks(const Model& model) {
+    return (model.sinks & (SINK_DATABASE | SINK_MEMORY)) != 0;
+}
+
 [[gnu::always_inline]] static inline void writeRow(Model& model, int32_t table, int32_t object, const float* row,
                                                    int32_t length) {
     if (model.sinks & SINK_FILE) {
         binary_writeRow(model, row, length);
     }
-    if (model.sinks & (SINK_DATABASE | SINK_MEMORY)) {
+    if (hasOtherSinks(model)) {
         writeRowElsewhere(model, table, object, row, length);
     }
 }
@@ -161,11 +170,16 @@ static void writeRows(Model& model, int32_t table, double f) {
     if (!buffer.objects || !buffer.row) {
         return;
     }
-    for (int32_t k = 0; k < buffer.count; ++k) {
-        const int32_t object = buffer.objects[k];
-        rows_fetchAhead(model, RowTables[table].objectType, buffer.objects, buffer.count, k);
-        rows_fill(model, table, object, f, buffer.row);
-        writeRow(model, table, object, buffer.row, buffer.length);
+    for (int32_t first = 0; first < buffer.count; first += ROWS_AT_ONCE) {
+        const int32_t end = std::min(buffer.count, first + ROWS_AT_ONCE);
+        rows_fillMany(model, table, {buffer.objects, buffer.count}, first, end, f, buffer.row);
+        if (model.sinks & SINK_FILE) {
+            binary_writeRow(model, buffer.row, (end - first) * buffer.length);
+        }
+        for (int32_t k = first; hasOtherSinks(model) && k < end; ++k) {
+            const float* row = buffer.row + static_cast<int64_t>(k - first) * buffer.length;
+            writeRowElsewhere(model, table, buffer.objects[k], row, buffer.length);
+        }
     }
 }
 
@@ -214,6 +228,9 @@ static void writeReport(Model& model, DateTime date) {
         } else {
             writeRows(model, table, networkFactor);
         }
+    }
+    if (model.sinks & SINK_DATABASE) {
+        database_endReport(model);
     }
 }
 

@@ -9,6 +9,52 @@
 #include "results/records.h"
 #include "text/units.h"
 
+// --- memory ahead of the rows ---------------------------------------------------------------------------------------
+
+static constexpr int32_t FAR = 24;     ///< places ahead at which the records are asked for
+static constexpr int32_t MIDDLE = 16;  ///< what they point to
+static constexpr int32_t NEAR = 8;     ///< what that points to
+
+static void fetchLink(const Model& model, const Link& link) {
+    prefetch_arrays(link);
+    if (link.kind == PIPE) {
+        prefetch_record(model.pipes[link.kindIndex]);
+    }
+}
+
+static inline void fetchAhead(const Model& model, int32_t objectType, const int32_t* objects, int32_t count,
+                              int32_t k) {
+    const auto getIndex = [&](int32_t place) { return objects ? objects[place] : place; };
+    if (k + NEAR >= count || (objectType != NODE && objectType != LINK)) {
+        return;
+    }
+    const bool isFarThere = k + FAR < count;
+    const bool isMiddleThere = k + MIDDLE < count;
+    if (objectType == NODE) {
+        if (isFarThere) {
+            prefetch_record(model.nodes[getIndex(k + FAR)]);
+        }
+        if (isMiddleThere) {
+            prefetch_states(model.nodes[getIndex(k + MIDDLE)]);
+        }
+        return;
+    }
+    if (isFarThere) {
+        prefetch_record(model.links[getIndex(k + FAR)]);
+    }
+    if (isMiddleThere) {
+        fetchLink(model, model.links[getIndex(k + MIDDLE)]);
+    }
+    const Link& link = model.links[getIndex(k + NEAR)];
+    if (link.kind == PIPE) {
+        prefetch_reaches(model.pipes[link.kindIndex]);
+    }
+}
+
+void rows_fetchAhead(const Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
+    fetchAhead(model, objectType, objects, count, k);
+}
+
 // --- what the list makes -------------------------------------------------------------------------------------------
 
 // For each table: fillTANK fills the row of a tank, COLUMNS_TANK names its columns.
@@ -46,11 +92,24 @@ namespace {
 #define RESULT_END() ;
 #include "results/columns.def"
 
+// fillManyTANK fills the rows of many, all in one piece of code: what is called for each row costs more than a row.
+#define RESULT_TABLE(token, table, type, ...)                                                                  \
+    [[gnu::flatten]] void fillMany##token(const Model& model, const RowList& list, int32_t first, int32_t end, \
+                                          double f, float* rows) {                                             \
+        const int32_t length = FIXED_##token + BLOCKS_##token * model_pollutantCount(model);                   \
+        for (int32_t k = first; k < end; ++k) {                                                                \
+            fetchAhead(model, type, list.objects, list.count, k);                                              \
+            fill##token(model, list.objects[k], f, rows);                                                      \
+            rows += length;                                                                                    \
+        }                                                                                                      \
+    }
+#include "results/columns.def"
+
 }  // namespace
 
 const RowTable RowTables[RESULT_TABLE_COUNT] = {
 #define RESULT_TABLE(token, table, type, kind, ...) \
-    {table, COLUMNS_##token, FIXED_##token, BLOCKS_##token, type, kind, fill##token},
+    {table, COLUMNS_##token, FIXED_##token, BLOCKS_##token, type, kind, fill##token, fillMany##token},
 #include "results/columns.def"
 };
 
@@ -99,45 +158,4 @@ const char* rows_getName(const Model& model, int32_t table, int32_t object) {
         default: break;
     }
     return name ? name : "";
-}
-
-// --- memory ahead of the rows ---------------------------------------------------------------------------------------
-
-static constexpr int32_t FAR = 24;     ///< places ahead at which the records are asked for
-static constexpr int32_t MIDDLE = 16;  ///< what they point to
-static constexpr int32_t NEAR = 8;     ///< what that points to
-
-static void fetchLink(const Model& model, const Link& link) {
-    prefetch_arrays(link);
-    if (link.kind == PIPE) {
-        prefetch_record(model.pipes[link.kindIndex]);
-    }
-}
-
-void rows_fetchAhead(const Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k) {
-    const auto getIndex = [&](int32_t place) { return objects ? objects[place] : place; };
-    if (k + NEAR >= count || (objectType != NODE && objectType != LINK)) {
-        return;
-    }
-    const bool isFarThere = k + FAR < count;
-    const bool isMiddleThere = k + MIDDLE < count;
-    if (objectType == NODE) {
-        if (isFarThere) {
-            prefetch_record(model.nodes[getIndex(k + FAR)]);
-        }
-        if (isMiddleThere) {
-            prefetch_states(model.nodes[getIndex(k + MIDDLE)]);
-        }
-        return;
-    }
-    if (isFarThere) {
-        prefetch_record(model.links[getIndex(k + FAR)]);
-    }
-    if (isMiddleThere) {
-        fetchLink(model, model.links[getIndex(k + MIDDLE)]);
-    }
-    const Link& link = model.links[getIndex(k + NEAR)];
-    if (link.kind == PIPE) {
-        prefetch_reaches(model.pipes[link.kindIndex]);
-    }
 }

@@ -28,6 +28,12 @@ struct RowColumn {
     const char* unit;  ///< empty for a plain number
 };
 
+/// Objects of a table in the order of their rows, as far as somebody wants them.
+struct RowList {
+    const int32_t* objects;  ///< indices in their class
+    int32_t count;
+};
+
 /// What a table is made of.
 struct RowTable {
     const char* name;
@@ -37,6 +43,7 @@ struct RowTable {
     int32_t objectType;  ///< class of its objects; -1 for the system
     int32_t kind;        ///< NodeKind or LinkKind; -1 without kinds
     void (*fill)(const Model& model, int32_t object, double f, float* row);
+    void (*fillMany)(const Model& model, const RowList& list, int32_t first, int32_t end, double f, float* rows);
 };
 
 extern const RowTable RowTables[RESULT_TABLE_COUNT];
@@ -58,6 +65,12 @@ const char* rows_getName(const Model& model, int32_t table, int32_t object);
 /// once.
 inline void rows_fill(const Model& model, int32_t table, int32_t object, double f, float* row) {
     RowTables[table].fill(model, object, f, row);
+}
+
+/// The same of the objects of a list from `first` up to `end`, one row behind the other.
+inline void rows_fillMany(const Model& model, int32_t table, const RowList& list, int32_t first, int32_t end, double f,
+                          float* rows) {
+    RowTables[table].fillMany(model, list, first, end, f, rows);
 }
 
 /// Asks for the memory of rows that will be filled soon: behind place `k` in a list of nodes or links (a null

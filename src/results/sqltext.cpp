@@ -34,37 +34,77 @@ static void appendMillionths(std::string& text, bool isNegative, uint64_t millio
     text.append(at, static_cast<size_t>(digits + sizeof digits - at));
 }
 
-void sqltext_appendNumber(std::string& text, float value) {
+static bool isNegative(float value) {
+    return (std::bit_cast<uint32_t>(value) >> 31) != 0;
+}
+
+/// The nearest count of millionths, of two the even one, without the sign. False for what is no number, or has too
+/// many.
+static bool countMillionths(float value, uint64_t& millionths) {
     const uint32_t bits = std::bit_cast<uint32_t>(value);
-    const bool isNegative = (bits >> 31) != 0;
     const int32_t exponent = static_cast<int32_t>((bits >> MANTISSA_BITS) & 0xFF);
     const uint32_t fraction = bits & ((1u << MANTISSA_BITS) - 1);
     // A single is mantissa x 2^shift with 24 bits of mantissa, so its millionths fit into 44 bits before the shift.
     const uint64_t mantissa = exponent > 0 ? fraction | (1u << MANTISSA_BITS) : fraction;
     const int32_t shift = (exponent > 0 ? exponent : 1) - 127 - MANTISSA_BITS;
     if (exponent == 0xFF || shift > 16) {
-        char number[64];
-        std::snprintf(number, sizeof number, "%f", static_cast<double>(value));
-        text += number;
-        return;
+        return false;
     }
     const uint64_t scaled = mantissa * DECIMALS;
     if (shift >= 0) {
-        appendMillionths(text, isNegative, scaled << shift);
-        return;
+        millionths = scaled << shift;
+        return true;
     }
     const int32_t cut = -shift;
     if (cut > 45) {
-        appendMillionths(text, isNegative, 0);  // below half of a millionth
-        return;
+        millionths = 0;  // below half of a millionth
+        return true;
     }
     const uint64_t rest = scaled & ((uint64_t{1} << cut) - 1);
     const uint64_t half = uint64_t{1} << (cut - 1);
-    uint64_t millionths = scaled >> cut;
+    millionths = scaled >> cut;
     if (rest > half || (rest == half && (millionths & 1) != 0)) {
         ++millionths;
     }
-    appendMillionths(text, isNegative, millionths);
+    return true;
+}
+
+void sqltext_appendNumber(std::string& text, float value) {
+    uint64_t millionths;
+    if (countMillionths(value, millionths)) {
+        appendMillionths(text, isNegative(value), millionths);
+        return;
+    }
+    char number[64];
+    std::snprintf(number, sizeof number, "%f", static_cast<double>(value));
+    text += number;
+}
+
+/// SQLite divides the digits of a text by their power of ten with more bits than a double has, how many is a matter of
+/// its version and the machine, and cuts the quotient to a double. The outcome is the double next to the decimal number
+/// unless that is as near to the middle between two doubles as the bits more can tell: 1/2048 of their distance with
+/// the 64 bits of the least of those formats. A fiftieth of it is left aside here.
+bool sqltext_getNumber(float value, double& number) {
+    static constexpr uint64_t EXACT = uint64_t{1} << 53;
+    static constexpr int64_t MIDDLE = static_cast<int64_t>(DECIMALS) / 2, ASIDE = static_cast<int64_t>(DECIMALS) / 50;
+    uint64_t millionths;
+    if (!countMillionths(value, millionths) || millionths >= EXACT) {
+        return false;
+    }
+    // Both are exact, so this is the double next to their quotient.
+    const double quotient = static_cast<double>(millionths) / static_cast<double>(DECIMALS);
+    number = isNegative(value) ? -quotient : quotient;
+    if (millionths == 0) {
+        return true;
+    }
+    // The quotient is mantissa / 2^shift. What is left of millionths x 2^shift, in millionths of the distance between
+    // two doubles, is half of these at most: so small a difference is right though its parts go round at 64 bits.
+    const uint64_t bits = std::bit_cast<uint64_t>(quotient);
+    const uint64_t mantissa = (bits & ((uint64_t{1} << 52) - 1)) | (uint64_t{1} << 52);
+    const int32_t shift = 1023 + 52 - static_cast<int32_t>(bits >> 52);
+    const uint64_t dividend = shift < 64 ? millionths << shift : 0;
+    const auto rest = static_cast<int64_t>(dividend - mantissa * DECIMALS);
+    return (rest < 0 ? -rest : rest) < MIDDLE - ASIDE;
 }
 
 // --- names ---------------------------------------------------------------------------------------------------------

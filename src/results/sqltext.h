@@ -7,6 +7,10 @@
 /// Adds a value with six decimals, exactly as printf's %f would.
 void sqltext_appendNumber(std::string& text, float value);
 
+/// The double that SQLite makes of that text. False where its versions may make another of it: for what is no number or
+/// has more digits than a double, and next to the middle between two doubles.
+[[nodiscard]] bool sqltext_getNumber(float value, double& number);
+
 /// Whether a name between two apostrophes is one whole literal: each apostrophe in it belongs to an adjacent pair.
 [[nodiscard]] bool sqltext_isLiteral(const char* name);
 

@@ -80,14 +80,16 @@ double getExternalFlow(Model& model, const Node& node, DateTime date) {
 
 /// What the host asks a node for, from its place in the sorted list on; moves the place. It shows only in a call that
 /// didn't route: a step that routes has used it up.
-void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t& place, float* row) {
+template <class Sum>
+void addHostFlows(const std::vector<HostInflow>& requests, int32_t node, size_t& place, Sum* row) {
     while (place < requests.size() && requests[place].node <= node) {
         add(row[SYSTEM_DIRECT_INFLOW], requests[place++].value);
     }
 }
 
 template <class Sum>
-void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t hour, Sum* row) {
+[[gnu::always_inline]] inline void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t hour,
+                                              Sum* row) {
     add(row[SYSTEM_TOTAL_INFLOW], rowvalues_mix(f, node.oldInflow, node.newInflow));
     if (node.extInflow) {
         add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(model, node, date));
@@ -102,10 +104,11 @@ void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t
 // For each table: addTANK adds what a tank has to add.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wunused-variable"  // many have nothing
-#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                  \
-    template <class Sum>                                                                                   \
-    [[maybe_unused]] void add##token([[maybe_unused]] const Model& model, [[maybe_unused]] int32_t object, \
-                                     [[maybe_unused]] double f, [[maybe_unused]] Sum* row) {               \
+#define RESULT_TABLE(token, table, type, kind, words, toldResult, record)                                \
+    template <class Sum>                                                                                 \
+    [[maybe_unused, gnu::always_inline]] inline void add##token(                                         \
+        [[maybe_unused]] const Model& model, [[maybe_unused]] int32_t object, [[maybe_unused]] double f, \
+        [[maybe_unused]] Sum* row) {                                                                     \
         record
 #define RESULT_SHARE(token, value) add(row[SYSTEM_##token], value);
 #define RESULT_END() }
@@ -113,7 +116,7 @@ void addInflows(Model& model, const Node& node, double f, DateTime date, int32_t
 #pragma GCC diagnostic pop
 
 template <class Sum>
-void addNode(Model& model, int32_t index, double f, Sum* row) {
+[[gnu::always_inline]] inline void addNode(Model& model, int32_t index, double f, Sum* row) {
     const Node& node = model.nodes[index];
     switch (node.kind) {
 #define RESULT_NODES(token, ...)          \
@@ -124,12 +127,15 @@ void addNode(Model& model, int32_t index, double f, Sum* row) {
         default: break;
     }
     if (node.kind == SWMM) {  // a kind without a table of its own
-        swmm_addFlows(model, node.kindIndex, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]);
+        Sum inflow = row[SYSTEM_SWMM_INFLOW], outflow = row[SYSTEM_SWMM_OUTFLOW];
+        swmm_addFlows(model, node.kindIndex, inflow, outflow);
+        row[SYSTEM_SWMM_INFLOW] = inflow;
+        row[SYSTEM_SWMM_OUTFLOW] = outflow;
     }
 }
 
 template <class Sum>
-void addLink(const Model& model, int32_t index, double f, Sum* row) {
+[[gnu::always_inline]] inline void addLink(const Model& model, int32_t index, double f, Sum* row) {
     switch (model.links[index].kind) {
 #define RESULT_LINKS(token, ...)          \
     case token:                           \
@@ -140,41 +146,56 @@ void addLink(const Model& model, int32_t index, double f, Sum* row) {
     }
 }
 
+/// What stands at the host's door besides, in a call that didn't route.
+struct HostFlows {
+    std::vector<HostInflow> sorted;
+    size_t place = 0;
+};
+
+/// All nodes, and below all links. The sums of a walk stand in places of its own, which no other code knows: so they
+/// needn't go through memory for each object.
+template <class Sum>
+void addNodes(Model& model, double f, DateTime date, HostFlows& host, Sum* row) {
+    Sum sums[SYSTEM_LENGTH];
+    std::copy_n(row, SYSTEM_LENGTH, sums);
+    const int32_t hour = datetime_getHour(date);
+    for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        addInflows(model, model.nodes[k], f, date, hour, sums);
+        addHostFlows(host.sorted, k, host.place, sums);
+        addNode(model, k, f, sums);
+    }
+    std::copy_n(sums, SYSTEM_LENGTH, row);
+}
+
+template <class Sum>
+void addLinks(const Model& model, double f, Sum* row) {
+    Sum sums[SYSTEM_LENGTH];
+    std::copy_n(row, SYSTEM_LENGTH, sums);
+    const int32_t count = model.links.size();
+    for (int32_t k = 0; k < count; ++k) {
+        rows_fetchAhead(model, LINK, nullptr, count, k);
+        addLink(model, k, f, sums);
+    }
+    std::copy_n(sums, SYSTEM_LENGTH, row);
+}
+
 }  // namespace
 
 void systemrow_fill(Model& model, DateTime date, double networkFactor, double landFactor, float* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0f);
     fillLand(model, landFactor, true, row);
     // Sorted in a copy: the list itself keeps its order for the step that takes it.
-    std::vector<HostInflow> requests = model.requests.inflows;
-    std::stable_sort(requests.begin(), requests.end(),
+    HostFlows host{model.requests.inflows};
+    std::stable_sort(host.sorted.begin(), host.sorted.end(),
                      [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
-    size_t hostPlace = 0;
-    const int32_t hour = datetime_getHour(date);
-    const auto nodeCount = model.nodes.size();
-    for (int32_t k = 0; k < nodeCount; ++k) {
-        const Node& node = model.nodes[k];
-        addInflows(model, node, networkFactor, date, hour, row);
-        addHostFlows(requests, k, hostPlace, row);
-        addNode(model, k, networkFactor, row);
-    }
-    const auto linkCount = model.links.size();
-    for (int32_t k = 0; k < linkCount; ++k) {
-        rows_fetchAhead(model, LINK, nullptr, linkCount, k);
-        addLink(model, k, networkFactor, row);
-    }
+    addNodes(model, networkFactor, date, host, row);
+    addLinks(model, networkFactor, row);
 }
 
 void systemrow_fillNow(Model& model, double* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0);
     fillLand(model, 1.0, false, row);
-    const DateTime date = model_getDate(model, model.clock.newRoutingTime);
-    const int32_t hour = datetime_getHour(date);
-    for (int32_t k = 0; k < model.nodes.size(); ++k) {
-        addInflows(model, model.nodes[k], 1.0, date, hour, row);
-        addNode(model, k, 1.0, row);
-    }
-    for (int32_t k = 0; k < model.links.size(); ++k) {
-        addLink(model, k, 1.0, row);
-    }
+    HostFlows none;
+    addNodes(model, 1.0, model_getDate(model, model.clock.newRoutingTime), none, row);
+    addLinks(model, 1.0, row);
 }

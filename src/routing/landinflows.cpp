@@ -4,6 +4,7 @@
 
 #include "routing/landinflows.h"
 
+#include "hydrology/landrest.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "model/model.h"
@@ -29,12 +30,34 @@ static void addToNode(Model& model, int32_t index, double f) {
     }
 }
 
+/// Calls a function with each subcatchment that may give something. Those at rest give nothing, and 0 changes no sum.
+template <class Function>
+static void forEachGiver(const Model& model, Function give) {
+    if (landrest_isKnown(model)) {
+        for (const int32_t k : model.landRest->awake) {
+            give(k);
+        }
+        return;
+    }
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        give(k);
+    }
+}
+
 void landinflows_addRunoff(Model& model, double time) {
     const double f = subcatch_getWeight(model, time);
-    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+    const auto give = [&](int32_t k) {
         if (model.subcatches[k].outNode >= 0) {
             addToNode(model, k, f);
         }
+    };
+    if (model.swmmNodes.empty()) {
+        forEachGiver(model, give);
+        return;
+    }
+    // A SWMM node is told of a runoff of 0 as well.
+    for (int32_t k = 0; k < model.subcatches.size(); ++k) {
+        give(k);
     }
 }
 
@@ -50,14 +73,17 @@ static void addDrain(Model& model, const LidUnit& unit) {
 }
 
 void landinflows_addDrains(Model& model) {
-    for (int32_t k = 0; k < model.subcatches.size() && !model.lidUnits.empty(); ++k) {
+    if (model.lidUnits.empty()) {
+        return;
+    }
+    forEachGiver(model, [&](int32_t k) {
         if (!(model.subcatches[k].area > 0.0) || !(model.subcatches[k].lidArea > 0.0)) {
-            continue;
+            return;
         }
         for (const LidUnit& unit : lidgroup_getUnits(model, k)) {
             if (unit.drainNode >= 0) {
                 addDrain(model, unit);
             }
         }
-    }
+    });
 }

@@ -13,6 +13,7 @@
 #include "model/names.h"
 #include "model/project.h"
 #include "model/topology.h"
+#include "platform/memory.h"
 #include "routing/loops.h"
 #include "routing/nodekinds.h"
 
@@ -40,7 +41,7 @@ static void markHeads(Model& model) {
 
 /// Row of a node by its name, as the rules below ask for it; the error if the name isn't known.
 static int32_t findByName(Model& model, const Node& node) {
-    const int32_t index = names_find(model, NODE, node.id);
+    const int32_t index = names_findNear(model, NODE, node.id, static_cast<int32_t>(&node - model.nodes.data()));
     if (index < 0) {
         errors_report(model, ERR_UNDEFINED_OBJECT, node.id);
     }
@@ -153,6 +154,20 @@ static Table<ReleaseCount> countUpstream(const Model& model) {
     return counts;
 }
 
+/// Asks for the memory of nodes that will have their turn soon: the list is known some places ahead, and jumps about in
+/// the network.
+static void fetchAhead(const Model& model, const Table<ReleaseCount>& counts, const int32_t* order, int32_t left) {
+    static constexpr int32_t FAR = 16, NEAR = 8, NEXT = 4;
+    if (left > FAR && !model.outgoingLinks.start.empty()) {
+        memory_fetch(&model.outgoingLinks.start[order[FAR]]);
+        const LinkList links = topology_getOutgoing(model, order[NEAR]);
+        memory_fetch(links.count > 0 ? &model.links[links.first[0]].toNode : nullptr);
+        for (const int32_t link : topology_getOutgoing(model, order[NEXT])) {
+            memory_fetch(&counts[model.links[link].toNode]);
+        }
+    }
+}
+
 int32_t network_orderNodes(const Model& model, int32_t* order) {
     Table<ReleaseCount> counts = countUpstream(model);
     Table<uint8_t> isPlaced = table_make(model.nodes.size(), uint8_t{0});
@@ -169,6 +184,7 @@ int32_t network_orderNodes(const Model& model, int32_t* order) {
     // The list of placed nodes is the queue as well: what stands behind `next` still waits for its turn.
     for (int32_t next = 0; next < placed; ++next) {
         const int32_t node = order[next];
+        fetchAhead(model, counts, order + next, placed - next);
         int32_t targets[2];
         const int32_t targetCount = nodekinds_getDirectEdges(model, node, targets);
         for (int32_t t = 0; t < targetCount; ++t) {

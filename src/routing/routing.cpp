@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "controls/rule.h"
+#include "hydrology/landrest.h"
 #include "hydrology/subcatch.h"
 #include "links/link.h"
 #include "model/arena.h"
@@ -127,10 +128,24 @@ void routing_step(Model& model) {
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
-void routing_countStep(Model& model) {
+/// Land at rest adds 0 to every sum, which changes none, and drying land its evaporation alone.
+static void countLand(Model& model) {
+    if (landrest_isKnown(model)) {
+        for (const int32_t k : model.landRest->awake) {
+            subcatch_countStep(model, model.subcatches[k], model.options.routingStep);
+        }
+        for (const int32_t k : model.landRest->drying) {
+            subcatch_countEvaporation(model.subcatches[k], model.options.routingStep);
+        }
+        return;
+    }
     for (Subcatch& subcatch : model.subcatches) {
         subcatch_countStep(model, subcatch, model.options.routingStep);
     }
+}
+
+void routing_countStep(Model& model) {
+    countLand(model);
     linkkinds_countStep(model);
     nodekinds_countStep(model);
 }

@@ -4,6 +4,7 @@
 #include "text/datetime.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -112,6 +113,10 @@ static bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+static bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 /// Reads an integer behind blanks and moves on. Of a number too long for 64 bits, the nearest that fits is taken, and
 /// of the 64 bits the lower 32.
 static bool scanInteger(const char*& at, int32_t& value) {
@@ -120,8 +125,19 @@ static bool scanInteger(const char*& at, int32_t& value) {
         ++start;
     }
     const char* digits = start + (*start == '-' || *start == '+' ? 1 : 0);
-    if (*digits < '0' || *digits > '9') {
+    if (!isDigit(*digits)) {
         return false;
+    }
+    static constexpr std::ptrdiff_t SHORT = 9;  // digits that fit in any case
+    int32_t number = 0;
+    const char* after = digits;
+    while (isDigit(*after) && after - digits < SHORT) {
+        number = number * 10 + (*after++ - '0');
+    }
+    if (!isDigit(*after)) {
+        value = *start == '-' ? -number : number;
+        at = after;
+        return true;
     }
     char* end = nullptr;
     value = static_cast<int32_t>(static_cast<uint32_t>(std::strtoll(start, &end, 10)));
@@ -211,9 +227,18 @@ bool datetime_parseDate(const char* text, DateTime* date, bool* isWhole) {
     return *date != NO_DATE;
 }
 
+/// Whether digits and a colon stand in front, so that the text is no number.
+static bool isClockTime(const char* text) {
+    const char* at = text;
+    while (isDigit(*at)) {
+        ++at;
+    }
+    return at > text && *at == ':';
+}
+
 bool datetime_parseTime(const char* text, double* days, bool* isWhole) {
     double hours;
-    if (tokens_getDouble(text, &hours)) {
+    if (!isClockTime(text) && tokens_getDouble(text, &hours)) {
         *days = hours / HOURS_PER_DAY;
         if (isWhole) {
             *isWhole = true;

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <random>
 #include <string>
 
 #include "model/arena.h"
@@ -72,11 +73,64 @@ static double walkTo(const char* format, int count) {
 }
 
 TEST_F(Names, AreFoundAtTheSameCostAmongAMillion) {
-    // Half filled at most, a table with linear probing asks for 1.5 looks in the mean.
+    // Names of eight slots stand in one line of memory. Half filled at most, few of them are pushed into the next one.
     for (const char* format : {"J%d", "%d", "NODE_%07d", "%d-upper-manhole"}) {
         EXPECT_LT(walkTo(format, 1000), 1.7) << format;
         EXPECT_LT(walkTo(format, 1000000), 1.7) << format;
     }
+}
+
+TEST_F(Names, OfEightLettersAndMoreAreKeptApart) {
+    // Any one letter, of short and of long names, in the part that is taken at once or in another.
+    const std::string name = "abcdefghijklmnopqrs";
+    int32_t count = 0;
+    for (size_t length = 1; length <= name.size(); ++length) {
+        for (size_t place = 0; place < length; ++place) {
+            for (const char letter : {'0', '1', '8', '\xE9'}) {
+                std::string one = name.substr(0, length);
+                one[place] = letter;
+                ASSERT_EQ(names_add(testModel(), LINK, one.c_str(), count++), 1) << one;
+            }
+        }
+    }
+    EXPECT_EQ(names_find(testModel(), LINK, "0"), 0);
+    EXPECT_EQ(names_find(testModel(), LINK, "ABCDEFGHIJKLMNOPQR1"), count - 3);
+    EXPECT_EQ(names_find(testModel(), LINK, "abcdefgh"), -1);
+}
+
+TEST_F(Names, AreFoundInWhateverOrder) {
+    constexpr int COUNT = 50;
+    for (int k = 0; k < COUNT; ++k) {
+        names_add(testModel(), NODE, ("N" + std::to_string(k)).c_str(), 100 + k);
+    }
+    std::mt19937 random(7);
+    const char* const ways[] = {"N%d", "n%d"};
+    for (int k = 0; k < 10000; ++k) {
+        // Runs of neighbours, upwards and downwards, from two places by turns, and now and then what isn't there.
+        const int walk = k % 3 == 0 ? k % COUNT : k % 3 == 1 ? (k / 2) % COUNT : COUNT - 1 - k % COUNT;
+        const int number = random() % 10 == 0 ? static_cast<int>(random() % (2 * COUNT)) : walk;
+        char name[16];
+        std::snprintf(name, sizeof name, ways[random() % 2], number);
+        ASSERT_EQ(names_find(testModel(), NODE, name), number < COUNT ? 100 + number : -1) << name;
+    }
+}
+
+TEST_F(Names, OfARowAreFoundNearIt) {
+    EXPECT_EQ(names_add(testModel(), NODE, "A", 5), 1);
+    EXPECT_EQ(names_add(testModel(), NODE, "B", 6), 1);
+    const char* const id = names_findId(testModel(), NODE, "b");
+    EXPECT_EQ(names_findNear(testModel(), NODE, id, 1), 6);
+    EXPECT_EQ(names_findNear(testModel(), NODE, id, 0), 6);
+    EXPECT_EQ(names_findNear(testModel(), NODE, id, -1), 6);
+    EXPECT_EQ(names_findNear(testModel(), NODE, id, 2), 6);
+    EXPECT_EQ(names_findNear(testModel(), NODE, "C", 1), -1);
+    EXPECT_EQ(names_findNear(testModel(), NODE, nullptr, 1), -1);
+}
+
+TEST_F(Names, FindTheEmptyIdOfARowNowhere) {
+    EXPECT_EQ(names_add(testModel(), RULE, "", 0), 1);
+    EXPECT_EQ(names_find(testModel(), RULE, ""), -1);
+    EXPECT_EQ(names_findNear(testModel(), RULE, "", 0), -1);
 }
 
 TEST_F(Names, CopiesTextsLongerThanABlock) {

@@ -4,6 +4,8 @@
 #include <sqlite3.h>
 
 #include <set>
+#include <string>
+#include <utility>
 
 #include "model/errors.h"
 #include "model/project.h"
@@ -365,6 +367,65 @@ TEST(Database, AClashOfColumnsLosesTheTablesAndTheirRows) {
     EXPECT_NE(report.find(getMessage("no such table: Connection")), std::string::npos);
     EXPECT_EQ(ask(getDatabase(project), "select name from sqlite_master where name in ('Pipe','Connection','Pump')"),
               "Pump\n");
+}
+
+// --- many rows -----------------------------------------------------------------------------------------------------
+
+namespace {
+
+/// A project with so many junctions, each with an inflow of its own, that rows go several at a time. `oddNode` is one
+/// of them by another name.
+std::string getManyNodes(int count, int oddNode = -1, const std::string& oddName = "") {
+    std::string nodes, links, inflows;
+    for (int k = 0; k < count; ++k) {
+        const std::string id = k == oddNode ? oddName : "N" + std::to_string(k);
+        nodes += id + "\n";
+        links += "C" + std::to_string(k) + " " + id + " OUT NO 0\n";
+        inflows += id + " FLOW FLOW " + std::to_string(k) + ".5 \"\" 1\n";
+    }
+    return "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 0:03:30\nROUTING_STEP 0:01:00\n"
+           "RUNOFF_STEP 0:01:00\nREPORT_STEP 0:01:00\nREPORT_AVERAGE NO\n[JUNCTIONS]\n" +
+           nodes + "[OUTFALLS]\nOUT\n[CONNECTIONS]\n" + links + "[INFLOWS]\n" + inflows;
+}
+
+/// Rows of the junctions as they must stand: period by period, and in each node by node.
+std::string listNodes(int count, int oddNode = -1, const std::string& oddName = "") {
+    std::string rows;
+    for (int period = 1; period <= 3; ++period) {
+        for (int k = 0; k < count; ++k) {
+            const std::string id = k == oddNode ? oddName : "N" + std::to_string(k);
+            const std::string flow = std::to_string(k) + ".5";
+            rows += id + "|" + std::to_string(period) + "|" + flow + "|" + flow + "\n";
+        }
+    }
+    return rows;
+}
+
+}  // namespace
+
+TEST(Database, KeepsTheOrderOfManyRows) {
+    for (const int count : {31, 32, 33, 64, 100}) {
+        SCOPED_TRACE(count);
+        Project project(getManyNodes(count));
+        EXPECT_EQ(runToDatabase(project), 0);
+        EXPECT_EQ(ask(getDatabase(project), "select * from Junction order by rowid"), listNodes(count));
+    }
+}
+
+TEST(Database, ARowOfItsOwnTextKeepsItsPlaceAmongMany) {
+    Project project(getManyNodes(80, 50, "a''b"));
+    EXPECT_EQ(runToDatabase(project), 0);
+    EXPECT_EQ(ask(getDatabase(project), "select * from Junction order by rowid"), listNodes(80, 50, "a'b"));
+}
+
+TEST(Database, ATypeInTheNameOfAPollutantHoldsForItsColumn) {
+    // SQLite takes a form feed for a blank: a column of texts, and one without a type.
+    const std::pair<const char*, const char*> cases[] = {{"q\ftext", "text|4.0\n"}, {"q\fconstraint", "real|4.0\n"}};
+    for (const auto& [pollutant, expected] : cases) {
+        Project project(getDelayedProject(ONE_REPORT, pollutant));
+        EXPECT_EQ(runToDatabase(project), 0);
+        EXPECT_EQ(ask(getDatabase(project), "select typeof(q),q from Junction"), expected);
+    }
 }
 
 // --- failures ------------------------------------------------------------------------------------------------------

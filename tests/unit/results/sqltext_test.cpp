@@ -6,8 +6,11 @@
 #include <bit>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <limits>
 #include <random>
+#include <string>
+#include <vector>
 
 // --- numbers -------------------------------------------------------------------------------------------------------
 
@@ -63,6 +66,115 @@ TEST(SqlNumber, IsWhatPrintfGives) {
         const float plain = static_cast<float>(random()) / 16777216.0f - 128.0f;
         ASSERT_EQ(getNumber(plain), print(plain));
     }
+}
+
+/// A database in memory with a table as those of results, in which each number stands twice: by the text of its value,
+/// and by what is bound in place of it.
+struct SqlPairs : testing::Test {
+    sqlite3* handle = nullptr;
+
+    void SetUp() override {
+        ASSERT_EQ(sqlite3_open(":memory:", &handle), SQLITE_OK);
+        run("create table Pairs (Written FLOAT,Bound FLOAT)");
+    }
+
+    void TearDown() override { sqlite3_close(handle); }
+
+    void run(const std::string& text) const {
+        ASSERT_EQ(sqlite3_exec(handle, text.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << text;
+    }
+
+    static void bind(sqlite3_stmt* statement, int place, float value) {
+        double number = 0.0;
+        if (sqltext_getNumber(value, number)) {
+            sqlite3_bind_double(statement, place, number);
+        } else {
+            const std::string text = getNumber(value);
+            sqlite3_bind_text(statement, place, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
+        }
+    }
+
+    /// Writes both, many at a time, for texts take their time.
+    void write(const std::vector<float>& values) const {
+        std::string text = "insert into Pairs values ";
+        for (size_t k = 0; k < values.size(); ++k) {
+            text += (k == 0 ? "(" : ",(") + getNumber(values[k]) + ",?)";
+        }
+        sqlite3_stmt* statement = nullptr;
+        ASSERT_EQ(sqlite3_prepare_v2(handle, text.c_str(), -1, &statement, nullptr), SQLITE_OK);
+        for (size_t k = 0; k < values.size(); ++k) {
+            bind(statement, static_cast<int>(k) + 1, values[k]);
+        }
+        EXPECT_EQ(sqlite3_step(statement), SQLITE_DONE);
+        sqlite3_finalize(statement);
+    }
+
+    /// Whether all pairs are the same in kind and bits; forgets them.
+    void expectPairs(size_t count) const {
+        sqlite3_stmt* statement = nullptr;
+        sqlite3_prepare_v2(handle, "select Written,Bound from Pairs", -1, &statement, nullptr);
+        size_t pairs = 0;
+        while (sqlite3_step(statement) == SQLITE_ROW) {
+            ++pairs;
+            ASSERT_EQ(sqlite3_column_type(statement, 0), SQLITE_FLOAT);
+            ASSERT_EQ(sqlite3_column_type(statement, 1), SQLITE_FLOAT);
+            const double written = sqlite3_column_double(statement, 0), bound = sqlite3_column_double(statement, 1);
+            ASSERT_EQ(std::bit_cast<uint64_t>(written), std::bit_cast<uint64_t>(bound)) << written;
+        }
+        sqlite3_finalize(statement);
+        EXPECT_EQ(pairs, count);
+        run("delete from Pairs");
+    }
+};
+
+TEST_F(SqlPairs, AreTheSameForValuesOfEverySize) {
+    std::vector<float> values;
+    for (uint32_t exponent = 0; exponent < 255; ++exponent) {
+        for (const uint32_t fraction : {0u, 1u, 0x400000u, 0x2AAAAAu, 0x555555u, 0x7FFFFEu, 0x7FFFFFu}) {
+            const float value = std::bit_cast<float>((exponent << 23) | fraction);
+            values.insert(values.end(), {value, -value});
+        }
+    }
+    write(values);
+    expectPairs(values.size());
+}
+
+TEST_F(SqlPairs, AreTheSameForRandomValues) {
+    std::mt19937 random(20040229);
+    for (int round = 0; round < 400; ++round) {
+        std::vector<float> values;
+        while (values.size() < 1000) {
+            const float plain = static_cast<float>(random()) * std::ldexp(1.0f, -24 - static_cast<int>(random() % 24));
+            const float any = std::bit_cast<float>(static_cast<uint32_t>(random()));
+            values.push_back(random() % 2 == 0 || !std::isfinite(any) ? plain : any);
+        }
+        write(values);
+        expectPairs(values.size());
+    }
+}
+
+TEST(SqlNumber, IsTheDoubleNextToItsText) {
+    std::mt19937 random(11);
+    int known = 0;
+    for (int k = 0; k < 200000; ++k) {
+        const float value = static_cast<float>(random()) * std::ldexp(1.0f, -16 - static_cast<int>(random() % 24));
+        double number = 0.0;
+        if (sqltext_getNumber(value, number)) {
+            ++known;
+            ASSERT_EQ(number, std::strtod(getNumber(value).c_str(), nullptr)) << getNumber(value);
+        }
+    }
+    EXPECT_GT(known, 180000);  // few are left aside
+}
+
+TEST(SqlNumber, LeavesToTheTextWhatIsNoPlainNumber) {
+    double number = 0.0;
+    for (const float value : {std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN(), 1e10f,
+                              std::numeric_limits<float>::max(), -1e30f}) {
+        EXPECT_FALSE(sqltext_getNumber(value, number)) << value;
+    }
+    EXPECT_TRUE(sqltext_getNumber(-0.0f, number));
+    EXPECT_TRUE(std::signbit(number));
 }
 
 // --- names ---------------------------------------------------------------------------------------------------------

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -137,5 +138,64 @@ TEST(TextFile, TellsOfWhatStandsFarBehindItsEndMark) {
     while (textfile_getLine(text, line, LINE_SIZE)) {
     }
     EXPECT_TRUE(textfile_hasMore(text));
+    textfile_close(text);
+}
+
+/// What textfile_getLine must give of a text: pieces of at most `size` - 1 characters, as the rules have it word by
+/// word.
+static std::vector<std::string> cutByRules(const std::string& content, size_t size) {
+    std::vector<std::string> lines;
+    std::string line;
+    for (size_t k = 0; k < content.size() && content[k] != '\x1A'; ++k) {
+        const bool isPair = content[k] == '\r' && k + 1 < content.size() && content[k + 1] == '\n';
+        k += isPair ? 1 : 0;
+        line += content[k];
+        if (content[k] == '\n' || line.size() == size - 1) {
+            lines.push_back(line);
+            line.clear();
+        }
+    }
+    if (!line.empty()) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+TEST(TextFile, ReadsWhateverBytesByItsRules) {
+    std::mt19937 random(20011231);
+    const std::string bytes = "abcdefghijklmnop \t\r\n\x1F\x80\xFF";
+    for (int k = 0; k < 20000; ++k) {
+        std::string content;
+        for (size_t length = random() % 60; content.size() < length;) {
+            content += random() % 4 == 0 ? "\r\n" : std::string(1, bytes[random() % bytes.size()]);
+        }
+        content += random() % 8 == 0 ? "\x1A" : "";
+        content += std::string(random() % 30, 'z');
+        const auto size = static_cast<int32_t>(random() % 2 == 0 ? 2 + random() % 30 : 1024);
+        TextFile text{};
+        textfile_openText(text, content.data(), content.size());
+        std::vector<std::string> lines;
+        std::vector<char> line(static_cast<size_t>(size));
+        while (textfile_getLine(text, line.data(), size)) {
+            lines.emplace_back(line.data());
+        }
+        ASSERT_EQ(lines, cutByRules(content, static_cast<size_t>(size))) << testing::PrintToString(content);
+        textfile_close(text);
+    }
+}
+
+TEST(TextFile, KnowsItsPlaceAfterEachLine) {
+    const std::string content = "a line of some length\r\nanother, not so long\n\nthe last one\n";
+    TextFile text{};
+    textfile_openText(text, content.data(), content.size());
+    char line[64];
+    for (const int64_t place : {23, 44, 45, 58}) {
+        ASSERT_TRUE(textfile_getLine(text, line, sizeof line));
+        EXPECT_EQ(textfile_getPosition(text), place);
+        EXPECT_FALSE(text.isAtEnd);
+    }
+    textfile_setPosition(text, 23);
+    ASSERT_TRUE(textfile_getLine(text, line, sizeof line));
+    EXPECT_STREQ(line, "another, not so long\n");
     textfile_close(text);
 }

@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -172,4 +175,101 @@ TEST(GetNonNegative, RefusesOnlyWhatIsBelowZero) {
     EXPECT_TRUE(tokens_getNonNegative("inf", &value));
     EXPECT_FALSE(tokens_getNonNegative("-1e-9", &value));
     EXPECT_FALSE(tokens_getNonNegative("1x", &value));
+}
+
+/// Whether a text is read as the standard conversion reads it, to the last bit.
+static bool isReadAlike(const std::string& text) {
+    char* rest = nullptr;
+    const double expected = std::strtod(text.c_str(), &rest);
+    double value = -7.0;
+    const bool isNumber = tokens_getDouble(text.c_str(), &value);
+    return isNumber == (static_cast<signed char>(*rest) <= 0) && std::memcmp(&value, &expected, sizeof value) == 0;
+}
+
+TEST(GetDouble, ReadsPlainNumbersToTheBit) {
+    for (const char* text : {"-0",
+                             "-0.000",
+                             "0",
+                             "000",
+                             ".5",
+                             "5.",
+                             ".",
+                             "-",
+                             "-.",
+                             "--1",
+                             "1.2.3",
+                             "0.1",
+                             "0.3",
+                             "999999999999999",
+                             "9999999999999999",
+                             "0.000000000000001",
+                             "0.0000000000000001",
+                             "123456789012345.6",
+                             "1234567.12345678",
+                             "9007199254740993",
+                             "18446744073709551617",
+                             "0.30000000000000004",
+                             "1-",
+                             "1+1",
+                             "+1",
+                             "1 "}) {
+        EXPECT_TRUE(isReadAlike(text)) << text;
+    }
+}
+
+TEST(GetDouble, ReadsRandomNumbersToTheBit) {
+    std::mt19937 random(19700101);
+    const std::string others = "+-.eExXinfa0 :,";
+    for (int k = 0; k < 400000; ++k) {
+        std::string text = random() % 4 == 0 ? "-" : "";
+        const size_t digits = random() % 20;
+        const size_t point = random() % 24;
+        for (size_t at = 0; at < digits; ++at) {
+            text += at == point ? "." : "";
+            text += static_cast<char>('0' + random() % 10);
+        }
+        if (random() % 3 == 0) {
+            text.insert(random() % (text.size() + 1), 1, others[random() % others.size()]);
+        }
+        ASSERT_TRUE(isReadAlike(text)) << text;
+    }
+}
+
+/// What the words of a line are, rule by rule: the comment is cut off first.
+static Words splitByRules(std::string line) {
+    line.resize(std::min(line.find("//"), line.size()));
+    Words words;
+    for (size_t at = 0; words.size() < MAX_TOKENS;) {
+        at = line.find_first_not_of(" \t\r\n", at);
+        if (at == std::string::npos) {
+            break;
+        }
+        const bool isQuoted = line[at] == '"';
+        at += isQuoted ? 1 : 0;
+        const size_t end = std::min(line.find_first_of(isQuoted ? "\"\n" : " \t\r\n", at), line.size());
+        words.push_back(line.substr(at, end - at));
+        at = std::min(end + 1, line.size());
+    }
+    return words;
+}
+
+TEST(SplitTokens, CutsWhateverLineByItsRules) {
+    std::mt19937 random(19991231);
+    const std::string bytes = "ab/ /\t\"\n";
+    for (int k = 0; k < 200000; ++k) {
+        std::string line;
+        for (size_t length = random() % 24; line.size() < length;) {
+            line += bytes[random() % bytes.size()];
+        }
+        ASSERT_EQ(split(line), splitByRules(line)) << testing::PrintToString(line);
+    }
+}
+
+TEST(SplitTokens, TakesACommentBehindTheFortiethWordForNoWord) {
+    std::string line;
+    for (int k = 0; k < 40; ++k) {
+        line += "w ";
+    }
+    EXPECT_EQ(getOddities(line + "// a note"), 0);
+    EXPECT_EQ(getOddities(line + "/ a note"), TOKENS_CUT);
 }

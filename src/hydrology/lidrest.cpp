@@ -1,0 +1,170 @@
+// LID units at rest. A unit into which nothing comes rests once a step has left each of its numbers as it was - levels,
+// rates of change, masses, sums - and nothing has come out of it: the next step begins with the same numbers, rain,
+// evaporation and parameters, so it ends with them as well. Long before that most units come to a point where nothing
+// happens but that the soil dries in the air, which takes weeks; the few operations that this is stand here:
+//
+//     awake --(nothing in, all layers but the soil empty, soil below its field capacity)--> drying   lidrest_judge
+//     awake --(a barrel whose drain waits for dry weather to last)------------------------> drying   lidrest_judge
+//     drying --(the soil is dry, the barrel's time has come)------------------------------> awake    lidrest_dry
+//     awake --(a step changed nothing)----------------------------------------------------> resting  lidrest_judge
+//     drying, resting --(rain, runoff, another evaporation, a host)-----------------------> awake    lidgroup, landrest
+//
+// The rooms lidgroup and landrest call this one, and wake what gets rain, runoff or another evaporation, or whose
+// parameters somebody may have changed. The dry time of a unit goes on all the same. Only the drain of a barrel asks
+// for it, so a barrel that waits for it counts as drying. A unit whose reactions go by the hour doesn't rest.
+
+#include "hydrology/lidrest.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "hydrology/evap.h"
+#include "hydrology/lidquality.h"
+#include "model/model.h"
+
+// --- pace ----------------------------------------------------------------------------------------------------------
+
+void lidrest_wakeAll(Model& model) {
+    model.lidRest->units.fill(model.lidUnits.size(), LID_AWAKE);
+}
+
+void lidrest_wake(Model& model, int32_t unit) {
+    model.lidRest->units[unit] = LID_AWAKE;
+}
+
+LidPace lidrest_getPace(const Model& model, int32_t unit) {
+    const Table<uint8_t>& paces = model.lidRest->units;
+    return unit < paces.size() ? static_cast<LidPace>(paces[unit]) : LID_AWAKE;
+}
+
+// --- coming to rest ------------------------------------------------------------------------------------------------
+
+bool lidrest_isStill(const Model& model, int32_t index) {
+    const LidUnit& unit = model.lidUnits[index];
+    return !model.pace.isPlain && index < model.lidRest->units.size() && unit.surfaceChange == 0.0 &&
+           unit.storageChange == 0.0 && unit.pavementChange == 0.0 && unit.lastSurfaceFlow == 0.0 &&
+           unit.lastDrainFlow == 0.0;
+}
+
+void lidrest_keep(const Model& model, const LidUnit& unit, LidBefore& before) {
+    before.record = unit;
+    before.sums.assign(unit.load, unit.load + lidunit_getSumCount(model));
+}
+
+static bool isZero(const double* values, int64_t count) {
+    return std::all_of(values, values + count, [](double value) { return value == 0.0; });
+}
+
+/// Whether no water left a unit but into the air, and no load came or went.
+static bool isShut(const Model& model, const LidUnit& unit, const LidOutflow& out) {
+    const int64_t pollutants = model_pollutantCount(model);
+    return out.infil == 0.0 && out.drain == 0.0 && out.surface == 0.0 && isZero(unit.load, pollutants) &&
+           isZero(unit.thisSurfaceLoad, pollutants) && isZero(unit.thisDrainLoad, pollutants);
+}
+
+/// Whether a unit is as it was; what is new by now was rolled ahead of the step, and is compared with what it became.
+static bool isAsBefore(const Model& model, const LidUnit& unit, LidBefore& before) {
+    LidUnit& old = before.record;
+    old.thisSurfaceFlow = old.lastSurfaceFlow;
+    old.thisDrainFlow = old.lastDrainFlow;
+    old.dryTime = unit.dryTime;
+    const size_t size = before.sums.size() * sizeof(double);
+    return std::memcmp(reinterpret_cast<const char*>(&unit), reinterpret_cast<const char*>(&old), sizeof unit) == 0 &&
+           lidunit_areMassesSteady(model, unit) && (size == 0 || std::memcmp(unit.load, before.sums.data(), size) == 0);
+}
+
+/// A barrel with water above its drain waits for dry weather to last.
+static bool isWaiting(const Lid& lid, const LidUnit& unit) {
+    return lid.type == LID_RB && unit.storageLevel > lid.drainOffset && unit.dryTime < lid.drainDelay;
+}
+
+/// Whether there is anything in a unit that reacts by the hour.
+static bool goesByHour(const Model& model, const LidUnit& unit, const Lid& lid) {
+    if (isZero(unit.thisSurfaceMass, 4 * int64_t{model_pollutantCount(model)})) {
+        return false;  // the masses in the layers stand one behind the other
+    }
+    for (const Decay* decays : {lid.surfaceDecay, lid.pavementDecay, lid.soilDecay, lid.storageDecay, lid.matDecay}) {
+        for (int32_t p = 0; decays && p < model_pollutantCount(model); ++p) {
+            if (decays[p].pattern >= 0 && decays[p].k != 0.0) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+/// Whether the layers of a control are such that an empty storage stays empty below a soil that holds its water.
+static bool canDry(const Lid& lid) {
+    const bool hasSoil = lid.type == LID_BC || lid.type == LID_RG || lid.type == LID_GR || lid.type == LID_PP;
+    const bool isRoomy = lid.type != LID_PP || (lid.pavementDepth > 0.0 && lid.pavementVoid > 0.0 &&
+                                                lid.pavementRate >= 0.0 && lid.storageDepth > 0.0);
+    return hasSoil && isRoomy && lid.soilDepth > 0.0 && lid.wiltingPoint >= 0.0 && lid.fieldCapacity < lid.porosity &&
+           lid.surfaceDepth >= 0.0 && lid.surfaceVoid > 0.0 && lid.storageDepth >= 0.0 && lid.storageVoid >= 0.0 &&
+           lid.storageRate >= 0.0 && lid.drainOffset >= 0.0;
+}
+
+/// Whether there is water in the soil alone, and as much as it holds; and so with the pollutants.
+static bool isSoilAlone(const Model& model, const LidUnit& unit, const Lid& lid) {
+    const int64_t pollutants = model_pollutantCount(model);
+    return unit.surfaceLevel == 0.0 && unit.storageLevel == 0.0 && unit.pavementLevel == 0.0 &&
+           unit.surfaceChange == 0.0 && unit.storageChange == 0.0 && unit.pavementChange == 0.0 &&
+           unit.soilMoisture <= lid.fieldCapacity && unit.soilMoisture >= lid.wiltingPoint &&
+           isZero(unit.thisSurfaceMass, pollutants) && isZero(unit.thisPavementMass, pollutants) &&
+           isZero(unit.thisStorageMass, pollutants) && isZero(unit.lastSurfaceMass, pollutants) &&
+           isZero(unit.lastPavementMass, pollutants) && isZero(unit.lastStorageMass, pollutants);
+}
+
+void lidrest_judge(Model& model, int32_t index, LidBefore& before, const LidOutflow& out) {
+    const LidUnit& unit = model.lidUnits[index];
+    const Lid& lid = model.lids[unit.lid];
+    LidPace pace = LID_AWAKE;
+    if (!isShut(model, unit, out)) {
+        pace = LID_AWAKE;
+    } else if (out.evap == 0.0 && !goesByHour(model, unit, lid) && isAsBefore(model, unit, before)) {
+        pace = isWaiting(lid, unit) ? LID_DRYING : LID_RESTING;
+    } else if (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0) {
+        pace = LID_DRYING;
+    }
+    model.lidRest->units[index] = pace;
+}
+
+// --- drying --------------------------------------------------------------------------------------------------------
+
+/// What the solver comes to for such a unit. There is nothing on the surface, so that it neither infiltrates nor
+/// evaporates nor runs off, and the soil has all of the evaporation, as far as its water goes. It holds what it has
+/// below its field capacity, so nothing percolates, and an empty storage neither seeps nor drains. Each flux is 0 then,
+/// and 0 changes no level, no mass and no sum.
+static double drySoil(Model& model, int32_t index, const Lid& lid, int32_t hour, double dt) {
+    LidUnit& unit = model.lidUnits[index];
+    const double moisture = unit.soilMoisture;
+    const double soilVolume = moisture * lid.soilDepth;
+    const double evap = std::min(model.evap->rate, (soilVolume - lid.soilDepth * lid.wiltingPoint) / dt);
+    const double change = (0.0 - evap) / lid.soilDepth;
+    const double next = std::min(std::max(change * dt + moisture, lid.wiltingPoint), lid.porosity);
+    lidquality_dry(model, unit, lid, hour, dt);
+    const bool isSame = next == moisture && evap == 0.0 && unit.soilChange == change && !goesByHour(model, unit, lid) &&
+                        lidunit_areMassesSteady(model, unit);
+    unit.soilMoisture = next;
+    unit.soilChange = change;
+    unit.evapDepth += evap * dt;
+    unit.finalDepth = soilVolume;
+    unit.dryTime += dt;
+    if (isSame) {
+        model.lidRest->units[index] = LID_AWAKE;  // the next step tells whether nothing changes at all
+    }
+    return evap;
+}
+
+double lidrest_dry(Model& model, int32_t index, int32_t hour, double dt) {
+    LidUnit& unit = model.lidUnits[index];
+    const Lid& lid = model.lids[unit.lid];
+    if (lid.type != LID_RB) {
+        return drySoil(model, index, lid, hour, dt);
+    }
+    unit.dryTime += dt;
+    if (!isWaiting(lid, unit)) {
+        model.lidRest->units[index] = LID_AWAKE;  // it drains from the next step on
+    }
+    return 0.0;
+}

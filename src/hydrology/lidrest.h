@@ -1,0 +1,46 @@
+#pragma once
+// LID units at rest: those that a step leaves bit for bit as they were.
+
+#include <cstdint>
+#include <vector>
+
+#include "hydrology/lidsolver.h"
+#include "hydrology/lidunit.h"
+#include "model/table.h"
+
+struct Model;
+
+/// How far a unit has come to rest.
+enum LidPace : uint8_t {
+    LID_AWAKE,   ///< each step is worked out
+    LID_DRYING,  ///< nothing happens but that its soil dries in the air, or that a barrel waits
+    LID_RESTING  ///< nothing changes
+};
+
+/// Which units rest.
+struct LidRest {
+    Table<uint8_t> units;  ///< LidPace, by unit
+};
+
+/// A unit ahead of its step, behind the roll from new to old.
+struct LidBefore {
+    LidUnit record;
+    std::vector<double> sums;
+};
+
+/// Wakes all units, or one.
+void lidrest_wakeAll(Model& model);
+void lidrest_wake(Model& model, int32_t unit);
+
+[[nodiscard]] LidPace lidrest_getPace(const Model& model, int32_t unit);
+
+/// A step of `dt` (s) of a unit that dries; the roll from new to old is a part of it. Gives the evaporation (m/s).
+double lidrest_dry(Model& model, int32_t unit, int32_t hour, double dt);
+
+/// Whether a unit into which nothing comes may come to rest in this step: the last one changed no level, but for the
+/// water in the soil.
+[[nodiscard]] bool lidrest_isStill(const Model& model, int32_t unit);
+
+/// Keeps a unit as it is ahead of a step; and finds behind it how far the unit has come, from what left it.
+void lidrest_keep(const Model& model, const LidUnit& unit, LidBefore& before);
+void lidrest_judge(Model& model, int32_t unit, LidBefore& before, const LidOutflow& out);
