@@ -161,6 +161,13 @@ int32_t names_add(Model& model, int32_t type, const char* id, int32_t index) {
     return 1;
 }
 
+void names_fetch(const Model& model, int32_t type, const char* id) {
+    const NameTable& table = model.names[static_cast<size_t>(type)];
+    if (!table.lines.empty()) {
+        memory_fetch(&getSlot(table, hashName(id) & (countSlots(table) - 1)));
+    }
+}
+
 int32_t names_find(const Model& model, int32_t type, const char* id) {
     const NameEntry* entry = findEntry(model, type, id);
     return entry && *id ? entry->index : -1;

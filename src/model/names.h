@@ -44,6 +44,9 @@ using NameTables = std::array<NameTable, OBJECT_TYPE_COUNT>;  ///< by class
 /// Makes the ID known as row `index` of its class. 1 when added, 0 if the class has it already, -1 without memory.
 int32_t names_add(Model& model, int32_t type, const char* id, int32_t index);
 
+/// Asks for the memory in which an ID would stand that will soon be made known; the outcome of nothing depends on it.
+void names_fetch(const Model& model, int32_t type, const char* id);
+
 /// Row of the object in the table of its class, whatever the case of the ID's letters; -1 if there is none.
 [[nodiscard]] int32_t names_find(const Model& model, int32_t type, const char* id);
 

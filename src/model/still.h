@@ -14,11 +14,12 @@
 }
 
 [[nodiscard]] inline bool still_areZeros(const double* values, int64_t count) {
-    uint64_t bits = 0;
     for (int64_t k = 0; k < count; ++k) {
-        bits |= still_getBits(values[k]);
+        if (!still_isZero(values[k])) {
+            return false;  // mostly the first one
+        }
     }
-    return bits == 0;
+    return true;
 }
 
 /// Whether one of two numbers has the sign that -0.0 and negative ones have. A sum without it stays as it is by 0, and a

@@ -51,9 +51,14 @@ extern const LineLimits OddlinesLimits;
 /// Looks at the words of a line that has more of them than each of its section, or odd ones.
 void oddlines_reviewOddWords(const Model& model, int32_t section, const Tokens& tokens);
 
+/// What a line of a section is measured by; by what no line goes beyond, if nobody wants to hear. So a line costs the
+/// same either way.
+[[nodiscard]] inline WordLimit oddlines_getLimit(int32_t section, bool isWanted) {
+    return isWanted ? OddlinesLimits.sections[section] : WordLimit{MAX_TOKENS, 0};
+}
+
 /// The same of any line that was read without an error.
-inline void oddlines_reviewWords(const Model& model, int32_t section, const Tokens& tokens) {
-    const WordLimit& limit = OddlinesLimits.sections[section];
+inline void oddlines_reviewWords(const Model& model, int32_t section, const WordLimit& limit, const Tokens& tokens) {
     if (tokens.count > limit.words || (tokens.oddities & limit.oddities)) {
         oddlines_reviewOddWords(model, section, tokens);
     }

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <string_view>
 
 #include "controls/rule.h"
 #include "controls/rulereader.h"
@@ -164,6 +165,37 @@ static int32_t countNextLine(Model& model, char* line, int32_t& section, int32_t
     return pending;
 }
 
+/// Class of the objects that the lines of a section make known; -1 for none.
+static int32_t findCountedClass(int32_t section) {
+    switch (section < 0 ? COUNT_NOTHING : Sections[section].countRule) {
+        case COUNT_OBJECT: return Sections[section].type;
+        case COUNT_NODE: return NODE;
+        case COUNT_LINK: return LINK;
+        default: return -1;
+    }
+}
+
+/// Asks for the memory of the name in the next line while this one is taken: in a large project the names are too many
+/// for the caches.
+static void fetchNextName(const Model& model, int32_t section) {
+    static constexpr size_t LONGEST = 24;  // longer ones are few
+    const int32_t type = findCountedClass(section);
+    if (type < 0) {
+        return;
+    }
+    const std::string_view next = textfile_peek(model.files.input);
+    char word[LONGEST + 1];
+    size_t length = 0;
+    while (length < next.size() && length < LONGEST && next[length] > ' ') {
+        word[length] = next[length];
+        ++length;
+    }
+    word[length] = 0;
+    if (length > 0) {
+        names_fetch(model, type, word);
+    }
+}
+
 /// First pass: counts and names all objects, and takes the general options.
 static void countObjects(Model& model) {
     if (model.error.code) {
@@ -178,21 +210,19 @@ static void countObjects(Model& model) {
     char line[LINE_SIZE], whole[LINE_SIZE];
     int64_t offset = 0;
     bool isLookedAt = true;
-    const bool isReviewed = warnings_isWanted(model);
     const ReadingGuard guard(model, place, line);
     fingerprint_begin(model);
     while (errorCount < MAX_ERRORS && textfile_getLine(model.files.input, line, LINE_SIZE)) {
         ++place.line;
         place.offset = offset;
+        fetchNextName(model, place.section);
         const bool isCut = place.section == SECTION_GENERAL;
         if (isCut) {
             guard.setWords(std::strcpy(whole, line));
         }
         offset = textfile_getPosition(model.files.input);
         const RawLine raw{line, std::strlen(line), offset - place.offset};
-        if (isReviewed) {
-            oddlines_reviewLine(model, place.section, raw, place.offset, isLookedAt);
-        }
+        oddlines_reviewLine(model, place.section, raw, place.offset, isLookedAt);
         fingerprint_addLine(model, line, raw.length);
         if (const int32_t error = countNextLine(model, line, place.section, pending)) {
             writeLineError(model, error, place.section, place.line, line);
@@ -354,6 +384,7 @@ static int32_t readLines(Model& model) {
     const bool isReviewed = warnings_isWanted(model);
     LinePlace place{0, 0, SECTION_DESCRIPTION};  // text before the first header describes the project
     int32_t& section = place.section;
+    WordLimit limit = oddlines_getLimit(section, isReviewed);
     int32_t errorCount = 0;
     char line[LINE_SIZE], words[LINE_SIZE];
     int64_t offset = 0;
@@ -375,6 +406,7 @@ static int32_t readLines(Model& model) {
                 return errorCount + 1;
             }
             section = found;
+            limit = oddlines_getLimit(section, isReviewed);
             if (line[std::strspn(line, " \t")] != '[') {
                 warnings_addAtLine(model, WARN_SECTION_QUOTED, 0, tokens[0]);
             }
@@ -388,8 +420,8 @@ static int32_t readLines(Model& model) {
         }
         if (error) {
             writeLineError(model, error, section, place.line, line);
-        } else if (isReviewed) {
-            oddlines_reviewWords(model, section, tokens);
+        } else {
+            oddlines_reviewWords(model, section, limit, tokens);
         }
     }
     return errorCount;

@@ -28,6 +28,7 @@
 #include <utility>
 
 #include "model/model.h"
+#include "model/prefetch.h"
 #include "model/project.h"
 #include "model/topology.h"
 #include "routing/nodekinds.h"
@@ -368,11 +369,23 @@ static Table<Inlet> countInflows(const Model& model) {
     return inlets;
 }
 
+/// Asks for the memory of a node that will be looked at soon, and of the link behind it.
+static void fetchNode(const Model& model, int32_t node) {
+    if (node < model.nodes.size()) {
+        prefetch_record(model.nodes[node]);
+        const LinkList outgoing = topology_getOutgoing(model, node);
+        if (outgoing.count > 0) {
+            prefetch_record(model.links[outgoing.first[0]]);
+        }
+    }
+}
+
 /// Counts the paths of a network in which every node has its turn after all that flows into it, and every one without
 /// an inflow is a head: then a path leads from some head to each node, and there is no circle. False, with nothing
 /// counted, for any other. Sums that stop at a limit come to the same in any order, so a node is left for the next one
 /// downstream as soon as that has all its inflows: neighbours in the network mostly are neighbours in memory.
 static bool countWithoutCircle(const Model& model, LoopCheck& check) {
+    static constexpr int32_t NODES_AHEAD = 24;
     Table<Inlet> inlets = countInflows(model);
     const int64_t limit = static_cast<int64_t>(model.nodes.size());
     const auto add = [limit](int64_t a, int64_t b) { return static_cast<int32_t>(std::min(limit, a + b)); };
@@ -387,6 +400,7 @@ static bool countWithoutCircle(const Model& model, LoopCheck& check) {
         }
     };
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
+        fetchNode(model, k + NODES_AHEAD);
         if (inlets[k].openInflows != 0 || !model.nodes[k].isHead) {
             continue;
         }

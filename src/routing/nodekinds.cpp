@@ -324,9 +324,19 @@ static void visitVorn(Model& model, int32_t index, const Node& node, VisitLinkLi
     visitModel(model, index, outside, VORN_TOTALS, incoming, vorn_takeInflow, vorn_advance);
 }
 
-/// A junction in a step with several pollutants.
+/// A junction in a step with several pollutants; of a few the compiler knows the number.
+template <int32_t POLLUTANTS>
 [[gnu::noinline]] static void visitLoaded(Model& model, const Visit& visit, const VisitStep& step) {
-    visitJunction(model, visit, step, step.pollutants);
+    visitJunction(model, visit, step, POLLUTANTS > 0 ? POLLUTANTS : step.pollutants);
+}
+
+[[gnu::noinline]] static void visitSeveral(Model& model, const Visit& visit, const VisitStep& step) {
+    switch (step.pollutants) {
+        case 2: visitLoaded<2>(model, visit, step); break;
+        case 3: visitLoaded<3>(model, visit, step); break;
+        case 4: visitLoaded<4>(model, visit, step); break;
+        default: visitLoaded<0>(model, visit, step); break;
+    }
 }
 
 /// A node of any kind but a junction.
@@ -361,7 +371,7 @@ void nodekinds_visit(Model& model, const Visit& visit, const VisitStep& step) {
     } else if (step.pollutants == 1) {
         visitJunction(model, visit, step, 1);
     } else {
-        visitLoaded(model, visit, step);
+        visitSeveral(model, visit, step);
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <string_view>
 #include <vector>
 
 /// An open text file. CR LF reads as LF, and a byte 0x1A ends the file; a lone CR stays.
@@ -26,6 +27,11 @@ void textfile_close(TextFile& text);
 /// Reads up to the next line feed, it included, but at most `size` - 1 characters, and ends them with a zero.
 /// False if nothing was left. isAtEnd is true then, and also when the end cut the line short.
 [[nodiscard]] bool textfile_getLine(TextFile& text, char* line, int32_t size);
+
+/// What stands in memory of the text behind the place; nothing, if that is at the end of the buffer.
+[[nodiscard]] inline std::string_view textfile_peek(const TextFile& text) {
+    return {text.buffer.data() + text.at, text.filled - text.at};
+}
 
 /// Whether anything but blanks and further marks stands behind the byte 0x1A that has ended the file.
 [[nodiscard]] bool textfile_hasMore(TextFile& text);

@@ -127,6 +127,15 @@ TEST_F(Names, OfARowAreFoundNearIt) {
     EXPECT_EQ(names_findNear(testModel(), NODE, nullptr, 1), -1);
 }
 
+TEST_F(Names, AskedForAheadAreNotMadeKnown) {
+    names_fetch(testModel(), NODE, "A");
+    EXPECT_EQ(names_add(testModel(), NODE, "B", 0), 1);
+    names_fetch(testModel(), NODE, "A");
+    EXPECT_EQ(names_find(testModel(), NODE, "A"), -1);
+    EXPECT_EQ(names_add(testModel(), NODE, "A", 1), 1);
+    EXPECT_EQ(names_find(testModel(), NODE, "B"), 0);
+}
+
 TEST_F(Names, FindTheEmptyIdOfARowNowhere) {
     EXPECT_EQ(names_add(testModel(), RULE, "", 0), 1);
     EXPECT_EQ(names_find(testModel(), RULE, ""), -1);

@@ -199,3 +199,16 @@ TEST(TextFile, KnowsItsPlaceAfterEachLine) {
     EXPECT_STREQ(line, "another, not so long\n");
     textfile_close(text);
 }
+
+TEST(TextFile, ShowsWhatStandsBehindItsPlace) {
+    TextFile text{};
+    EXPECT_TRUE(textfile_peek(text).empty());
+    textfile_openText(text, "one\ntwo\n", 8);
+    char line[16];
+    ASSERT_TRUE(textfile_getLine(text, line, sizeof line));
+    EXPECT_EQ(textfile_peek(text), "two\n");
+    ASSERT_TRUE(textfile_getLine(text, line, sizeof line));
+    EXPECT_STREQ(line, "two\n");
+    EXPECT_TRUE(textfile_peek(text).empty());
+    textfile_close(text);
+}
