@@ -40,7 +40,12 @@ static void takeRule(BuildupRules& rules, size_t place, const BuildupRule& rule,
     rules.areOdd = rules.areOdd || isOdd(rule);
 }
 
-/// Areas of all shares of the land. A share too small to have an area is odd as well.
+/// Whether a share is too small to have an area, or a zero whose sign the passes would give to its buildup.
+static bool isOddShare(double fraction, double area) {
+    return (area == 0.0 && (fraction != 0.0 || std::signbit(fraction))) || !std::isfinite(area);
+}
+
+/// Areas of all shares of the land.
 static void findAreas(const Model& model, BuildupRules& rules) {
     const size_t pollutants = static_cast<size_t>(model_pollutantCount(model));
     rules.areas.resize(model.subcatches.rows.size() * getShareCount(model));
@@ -50,7 +55,7 @@ static void findAreas(const Model& model, BuildupRules& rules) {
             const double fraction = subcatch.landShares[l].fraction;
             const double shareArea = fraction * subcatch.area * HA_PER_M2;
             area = std::fill_n(area, pollutants, shareArea);
-            rules.areOdd = rules.areOdd || (fraction != 0.0 && shareArea == 0.0) || !std::isfinite(shareArea);
+            rules.areOdd = rules.areOdd || isOddShare(fraction, shareArea);
         }
     }
 }
