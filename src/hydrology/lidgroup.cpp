@@ -206,15 +206,18 @@ static void addVolumes(RunoffVolumes& volumes, const LidOutflow& out, double are
     volumes.infil += out.infil * dt * area;
 }
 
-/// Whether a unit that isn't awake stays so: nothing runs onto it, neither now nor, as a load, in the step before. If
-/// not, it wakes.
+/// Whether nothing runs onto the units of a subcatchment, neither now nor, as a load, in the step before. The sign of a
+/// load of 0 can come through to a unit, where a rain of a concentration of -0 brings another one.
+static bool isNothing(const Model& model, const Subcatch& subcatch, double flow) {
+    return flow == 0.0 && still_areZeros(subcatch.lastWashoffRate, model_pollutantCount(model));
+}
+
+/// Whether a unit that isn't awake stays so, since it gets nothing. If not, it wakes.
 static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, double flow) {
     if (lidrest_getPace(model, index) == LID_AWAKE) {
         return false;
     }
-    const double* loads = subcatch.lastWashoffRate;
-    if (flow == 0.0 &&
-        std::all_of(loads, loads + model_pollutantCount(model), [](double load) { return load == 0.0; })) {
+    if (isNothing(model, subcatch, flow)) {
         return true;
     }
     lidrest_wake(model, index);
@@ -238,7 +241,7 @@ static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double d
 static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t index, double flow, int32_t hour,
                              double dt) {
     LidUnit& unit = model.lidUnits[index];
-    if (!(flow == 0.0 && still_isZero(subcatch.rain) && lidrest_isStill(model, index))) {
+    if (!isNothing(model, subcatch, flow) || !still_isZero(subcatch.rain) || !lidrest_isStill(model, index)) {
         return stepUnit(model, subcatch, unit, flow, hour, dt);
     }
     LidBefore before;
