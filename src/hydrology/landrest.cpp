@@ -1,8 +1,8 @@
 // Land at rest: who found nothing to do, and who wakes it. The water of a subcatchment passes through three paces,
 //
 //     awake --(a dry step changed nothing)-----------------------------> resting        landrest_judge
-//     awake --(likewise, but for the drying of its LID units)----------> drying         landrest_judge
-//     drying --(a LID unit has dried out)------------------------------> awake          runoff_advance
+//     awake --(likewise, but that ponds and LID units dry)-------------> drying         landrest_judge
+//     drying --(the pond or a LID unit has dried out)------------------> awake          runoff_advance
 //     drying, resting --(rain at its gage)-----------------------------> awake          landrest_prepare
 //     all --(evaporation, another step, a host, a restored state)------> awake          landrest_prepare
 //
@@ -12,14 +12,19 @@
 // were 0, and every number of the subcatchment, its sums included, came out as it went in. The next step begins with
 // the same numbers, rain, evaporation and parameters, so it ends with them as well. What it gives to the network is a
 // runoff of 0 with concentrations of 0: sums begin at 0 and add up from there, so none is -0, and 0 changes none of
-// them. The buildup alone depends on how long it has grown; it is read by no law while nothing runs off. Of the water
-// of a subcatchment whose LID units dry, their evaporation alone is worked out.
+// them. The buildup alone depends on how long it has grown; it is read by no law while nothing runs off.
+//
+// Of drying land that alone is worked out which changes. What stands in the depressions of the impervious part
+// evaporates, for a day in summer and many in winter. The fluxes beside it are 0, and what they would add are zeros:
+// 0 * f + x is x, and a share of no outflow takes no mass along. Of LID units see the room lidrest.
 //
 // Of a LID unit the dry time goes on, which only the drain of a barrel reads (room lidrest).
 
 #include "hydrology/landrest.h"
 
+#include <algorithm>
 #include <bit>
+#include <cmath>
 #include <cstring>
 
 #include "hydrology/evap.h"
@@ -125,8 +130,8 @@ void landrest_passDryTime(Model& model, double dt) {
 
 bool landrest_isStill(const Model& model, int32_t index) {
     const Subcatch& s = model.subcatches[index];
-    if (model.pace.isPlain || s.imperviousDepth != 0.0 || s.perviousDepth != 0.0 || s.thisRunoff != 0.0 ||
-        s.infilState.time != 0.0 || (s.gage >= 0 && !areSame(model.gages[s.gage].rain, 0.0))) {
+    if (model.pace.isPlain || !(s.imperviousDepth <= s.imperviousStorage) || s.perviousDepth != 0.0 ||
+        s.thisRunoff != 0.0 || s.infilState.time != 0.0 || (s.gage >= 0 && !areSame(model.gages[s.gage].rain, 0.0))) {
         return false;
     }
     return lidgroup_getPace(model, index) != LID_AWAKE;
@@ -151,19 +156,35 @@ void landrest_keep(const Model& model, const Subcatch& subcatch, LandBefore& bef
     before.arrays.insert(before.arrays.end(), subcatch.initBuildup, subcatch.initBuildup + counts.statistics);
 }
 
+/// Whether the pond on the impervious part, if there is one, does nothing but evaporate.
+static bool isPondStill(const Model& model, const Subcatch& s) {
+    return s.imperviousDepth >= 0.0 && model.evap->rate >= 0.0 && s.area > s.lidArea && s.imperviousFraction >= 0.0 &&
+           s.imperviousFraction <= 1.0 &&
+           std::all_of(s.pondedMass, s.pondedMass + model_pollutantCount(model),
+                       [](double mass) { return mass >= 0.0 && std::isfinite(mass); });
+}
+
 LandPace landrest_judge(const Model& model, int32_t index, LandBefore& before) {
     const Subcatch& subcatch = model.subcatches[index];
     const ArrayCounts counts = getCounts(model, subcatch);
     const LidPace units = lidgroup_getPace(model, index);
-    if (units == LID_DRYING) {
-        before.record.evapRate = subcatch.evapRate;
-    }
-    const bool isSame = std::memcmp(reinterpret_cast<const char*>(&subcatch),
-                                    reinterpret_cast<const char*>(&before.record), sizeof subcatch) == 0 &&
-                        areSame(subcatch.initialLoad, before.arrays.data(), counts.own) &&
-                        areSame(subcatch.initBuildup, before.arrays.data() + counts.own, counts.statistics);
-    if (!isSame || units == LID_AWAKE) {
+    const bool isPonded = subcatch.imperviousDepth != 0.0 || before.record.imperviousDepth != 0.0;
+    const bool isDrying = units == LID_DRYING || isPonded;
+    if (units == LID_AWAKE || (isPonded && !isPondStill(model, subcatch))) {
         return LAND_AWAKE;
     }
-    return units == LID_DRYING ? LAND_DRYING : LAND_RESTING;
+    if (isDrying) {
+        before.record.evapRate = subcatch.evapRate;
+        before.record.imperviousDepth = subcatch.imperviousDepth;
+    }
+    // What is ponded stands last among the arrays.
+    const int64_t own = isPonded ? counts.own - model_pollutantCount(model) : counts.own;
+    const bool isSame = std::memcmp(reinterpret_cast<const char*>(&subcatch),
+                                    reinterpret_cast<const char*>(&before.record), sizeof subcatch) == 0 &&
+                        areSame(subcatch.initialLoad, before.arrays.data(), own) &&
+                        areSame(subcatch.initBuildup, before.arrays.data() + counts.own, counts.statistics);
+    if (!isSame) {
+        return LAND_AWAKE;
+    }
+    return isDrying ? LAND_DRYING : LAND_RESTING;
 }

@@ -15,7 +15,7 @@ struct Model;
 /// How far the water of a subcatchment has come to rest.
 enum LandPace : uint8_t {
     LAND_AWAKE,   ///< each step is worked out
-    LAND_DRYING,  ///< nothing happens but that the soils of its LID units dry
+    LAND_DRYING,  ///< nothing happens but that its depressions and its LID units dry
     LAND_RESTING  ///< nothing changes
 };
 
@@ -61,8 +61,8 @@ void landrest_passDryTime(Model& model, double dt);
 /// Lists anew what is awake, after a step in which something came to rest.
 void landrest_list(Model& model);
 
-/// Whether a subcatchment may come to rest in the step that begins now: it is dry, and none of its LID
-/// units is awake.
+/// Whether a subcatchment may come to rest in the step that begins now: no rain, nothing ponded but
+/// in the depressions of the impervious part, and no LID unit is awake.
 [[nodiscard]] bool landrest_isStill(const Model& model, int32_t subcatch);
 
 /// Keeps a subcatchment as it is ahead of a step; and finds behind it how far it has come.

@@ -188,15 +188,28 @@ static void advanceBlock(Model& model, int32_t hour, double dt, int32_t first, i
     }
 }
 
-/// The drying land between two places of its list. A subcatchment of which a unit has dried out wakes.
+/// One subcatchment of which depressions or LID units dry. Whether it has done so, or one of its units: then it wakes.
+static bool drySubcatch(Model& model, int32_t index, int32_t hour, double dt) {
+    Subcatch& subcatch = model.subcatches[index];
+    RunoffVolumes volumes{};
+    if (subcatch.imperviousDepth != 0.0) {
+        volumes = subcatch_dryPond(model, subcatch, dt);
+        washoff_dryPond(model, subcatch, volumes.wetInflow);
+    }
+    if (subcatch.lidArea > 0.0) {
+        lidgroup_step(model, index, volumes, hour, dt);
+    }
+    subcatch_closeStep(subcatch, volumes, dt);
+    const LidPace units = lidgroup_getPace(model, index);
+    return units == LID_AWAKE || (units == LID_RESTING && subcatch.imperviousDepth == 0.0);
+}
+
+/// The drying land between two places of its list.
 static void dryBlock(Model& model, int32_t hour, double dt, int32_t first, int32_t end, LandWork& work) {
     LandRest& rest = *model.landRest;
     for (int32_t k = first; k < end; ++k) {
         const int32_t index = rest.drying[k];
-        RunoffVolumes volumes{};
-        lidgroup_step(model, index, volumes, hour, dt);
-        subcatch_closeStep(model.subcatches[index], volumes, dt);
-        if (lidgroup_getPace(model, index) == LID_AWAKE) {
+        if (drySubcatch(model, index, hour, dt)) {
             rest.paces[index] = LAND_AWAKE;
             work.hasChanged = true;
         }

@@ -320,6 +320,17 @@ RunoffVolumes subcatch_stepLand(const Model& model, Subcatch& s, double dt) {
     return volumes;
 }
 
+RunoffVolumes subcatch_dryPond(const Model& model, Subcatch& s, double dt) {
+    RunoffVolumes volumes{};
+    const double area = s.area - s.lidArea;
+    const double f = s.imperviousFraction;
+    const double evap = std::min(s.imperviousDepth / dt, model.evap->rate);
+    volumes.wetInflow = s.imperviousDepth * f * area;
+    volumes.evap = f * evap * area * dt;
+    s.imperviousDepth = evap < s.imperviousDepth / dt ? (0.0 - evap) * dt + s.imperviousDepth : 0.0;
+    return volumes;
+}
+
 void subcatch_closeStep(Subcatch& s, const RunoffVolumes& volumes, double dt) {
     s.infilRate = volumes.infil / dt / s.area;
     s.evapRate = volumes.evap / dt / s.area;

@@ -105,6 +105,10 @@ void subcatch_shiftState(const Model& model, Subcatch& subcatch);
 /// Rain of a runoff step (s), and the water of the area that no LID unit covers.
 [[nodiscard]] RunoffVolumes subcatch_stepLand(const Model& model, Subcatch& subcatch, double dt);
 
+/// The same where nothing happens but that ponded water on the impervious part, which is below its depression storage,
+/// evaporates: no rain, nothing ponded on the pervious part, a soil that has recovered, no negative evaporation.
+[[nodiscard]] RunoffVolumes subcatch_dryPond(const Model& model, Subcatch& subcatch, double dt);
+
 /// Losses and outflow of the step, once the water of the LID units is known as well.
 void subcatch_closeStep(Subcatch& subcatch, const RunoffVolumes& volumes, double dt);
 

@@ -109,3 +109,14 @@ void washoff_washRain(const Model& model, Subcatch& subcatch, const RunoffVolume
         subcatch.thisWashoffRate[p] += rest / dt;
     }
 }
+
+void washoff_dryPond(const Model& model, Subcatch& subcatch, double wetInflow) {
+    const double area = subcatch.area - subcatch.lidArea;
+    const double depth = subcatch.imperviousFraction * subcatch.imperviousDepth;
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
+        double& mass = subcatch.pondedMass[p];
+        if (mass != 0.0) {
+            mass = wetInflow == 0.0 ? 0.0 : depth * (mass / wetInflow) * area;
+        }
+    }
+}

@@ -13,3 +13,7 @@ void washoff_washLand(const Model& model, Subcatch& subcatch, double rate, doubl
 
 /// What rain brings and ponded water holds, in one runoff step (s), with the water of that step.
 void washoff_washRain(const Model& model, Subcatch& subcatch, const RunoffVolumes& volumes, double dt);
+
+/// The pollutants of such water while nothing happens but that it evaporates: `wetInflow` (m3) of it stood at the start
+/// of the step.
+void washoff_dryPond(const Model& model, Subcatch& subcatch, double wetInflow);
