@@ -79,7 +79,8 @@ void subcatch_walkLoads(V& v, Subcatch& subcatch, const Model& model) {
 
 template <class V>
 void subcatch_walk(V& v, Subcatch& subcatch, const Model& model) {
-    v.fixed(subcatch.name, subcatch.gage, subcatch.outNode, subcatch.initialLoad, subcatch.landShares);
+    v.fixed(subcatch.name, subcatch.gage, subcatch.outNode, subcatch.initialLoad, subcatch.landShares,
+            subcatch.imperviousSheet, subcatch.perviousSheet);
     v.setting(NAMED(subcatch.lidArea));
     subcatch_walkParameters(v, subcatch);
     subcatch_walkWater(v, subcatch);

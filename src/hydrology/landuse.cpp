@@ -5,6 +5,7 @@
 
 #include "hydrology/landuse.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "model/arena.h"
@@ -202,16 +203,29 @@ double landuse_getBuildup(const BuildupRule& rule, double area, double present, 
 
 // --- washoff -------------------------------------------------------------------------------------------------------
 
+/// A power of the runoff rate. Any number to the power of 1 is itself.
 static double getPower(RunoffRate& rate, double exponent) {
-    if (rate.exponent != exponent) {
-        rate.exponent = exponent;
-        rate.power = std::pow(rate.base, exponent);
+    if (exponent == 1.0) {
+        return rate.base;
     }
-    return rate.power;
+    const int32_t known = std::min(rate.count, RunoffRate::ROOM);
+    for (int32_t k = 0; k < known; ++k) {
+        if (rate.exponents[k] == exponent) {
+            return rate.powers[k];
+        }
+    }
+    const int32_t place = rate.count++ % RunoffRate::ROOM;
+    rate.exponents[place] = exponent;
+    rate.powers[place] = std::pow(rate.base, exponent);
+    return rate.powers[place];
 }
 
 RunoffRate landuse_makeRate(double value) {
-    return {value, value * MM_PER_HOUR, 0.0, 1.0};
+    RunoffRate rate;
+    rate.value = value;
+    rate.base = value * MM_PER_HOUR;
+    rate.count = 0;
+    return rate;
 }
 
 double landuse_getWashoff(const WashoffRule& rule, double buildup, double area, RunoffRate& rate) {

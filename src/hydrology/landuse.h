@@ -42,12 +42,15 @@ struct Landuse {
     WashoffRule* washoff;  ///< one per pollutant
 };
 
-/// A runoff rate, and its power: land uses and pollutants mostly share a few exponents.
+/// A runoff rate, and its powers: land uses and pollutants mostly share a few exponents.
 struct RunoffRate {
-    double value;     ///< m/s
-    double base;      ///< mm/h
-    double exponent;  ///< that the power was taken of; 0 at first, with a power of 1
-    double power;     ///< of the base
+    static constexpr int32_t ROOM = 4;
+
+    double value;            ///< m/s
+    double base;             ///< mm/h
+    int32_t count;           ///< of powers that were taken
+    double exponents[ROOM];  ///< the last of them
+    double powers[ROOM];
 };
 
 /// Makes the table for the counted land uses with their rules.

@@ -22,16 +22,26 @@ static double getDepthRate(const Reservoir& reservoir, double depth) {
     return reservoir.inflow - reservoir.alpha * std::pow(depth - reservoir.storage, MANNING_EXPONENT);
 }
 
+/// The power of a sheet, which mostly is the one taken last.
+static double getPower(SheetPower& sheet, double height) {
+    if (sheet.height != height) {
+        sheet = {height, std::pow(height, MANNING_EXPONENT)};
+    }
+    return sheet.power;
+}
+
 /// One step of the classical Runge-Kutta method; neither iterated nor bounded.
-static double stepDepth(const Reservoir& reservoir, double depth, double dt) {
-    const double k1 = getDepthRate(reservoir, depth);
+static double stepDepth(const Reservoir& reservoir, double depth, SheetPower& sheet, double dt) {
+    const double k1 = depth > reservoir.storage
+                          ? reservoir.inflow - reservoir.alpha * getPower(sheet, depth - reservoir.storage)
+                          : reservoir.inflow;
     const double k2 = getDepthRate(reservoir, depth + k1 * dt / 2.0);
     const double k3 = getDepthRate(reservoir, depth + k2 * dt / 2.0);
     const double k4 = getDepthRate(reservoir, depth + k3 * dt);
     return depth + (k1 + 2.0 * k2 + 2.0 * k3 + k4) * dt / 6.0;
 }
 
-double plane_drain(const Plane& plane, double& depth, SlopeRoot& root, double dt) {
+double plane_drain(const Plane& plane, double& depth, SheetPower& sheet, SlopeRoot& root, double dt) {
     if (!(plane.evap + plane.infil < depth / dt + plane.rain)) {
         depth = 0.0;
         return 0.0;
@@ -51,10 +61,10 @@ double plane_drain(const Plane& plane, double& depth, SlopeRoot& root, double dt
     }
     // A part without area has an infinite alpha, and ends at its storage with no flow.
     const Reservoir reservoir = {inflow, plane.storage, root.root * plane.width / plane.area / plane.roughness};
-    depth = stepDepth(reservoir, depth, dt);
+    depth = stepDepth(reservoir, depth, sheet, dt);
     if (!(depth > plane.storage)) {
         depth = plane.storage;
         return 0.0;
     }
-    return std::pow(depth - plane.storage, MANNING_EXPONENT) * reservoir.alpha * plane.area;
+    return getPower(sheet, depth - plane.storage) * reservoir.alpha * plane.area;
 }

@@ -19,5 +19,12 @@ struct SlopeRoot {
     double root;
 };
 
-/// Outflow at the end of a step of `dt` (s), m3/s. Updates the depth (m) and, where the slope is another one, its root.
-[[nodiscard]] double plane_drain(const Plane& plane, double& depth, SlopeRoot& root, double dt);
+/// The power of a sheet of water, kept from step to step: a step ends with the sheet that the next one begins with.
+struct SheetPower {
+    double height;  ///< m, above the depression storage
+    double power;   ///< of it, by Manning's exponent; that of 0 at first
+};
+
+/// Outflow at the end of a step of `dt` (s), m3/s. Updates the depth (m), the power of the sheet
+/// and, where the slope is another one, its root.
+[[nodiscard]] double plane_drain(const Plane& plane, double& depth, SheetPower& sheet, SlopeRoot& root, double dt);

@@ -267,7 +267,6 @@ void LandStep::operator()(int32_t worker) {
     LandRest& rest = *model.landRest;
     const int32_t pieces = countPieces(rest.growing) + countPieces(rest.awake) + countPieces(rest.drying);
     LandWork& work = rest.works[static_cast<size_t>(worker)];
-    work.hasChanged = false;
     for (int32_t piece = next++; piece < pieces; piece = next++) {
         takePiece(*this, piece, work);
     }
@@ -283,10 +282,12 @@ static void advanceLand(Model& model, int32_t hour, double dt) {
     if (workers > 1) {
         lid_prepareDecay(model, hour, dt);
     }
+    for (LandWork& work : rest.works) {
+        work.hasChanged = false;
+    }
     LandStep step{model, hour, dt};
     workers_share(*model.workers, workers, step);
-    const auto end = rest.works.begin() + workers;
-    if (std::any_of(rest.works.begin(), end, [](const LandWork& work) { return work.hasChanged; })) {
+    if (std::any_of(rest.works.begin(), rest.works.end(), [](const LandWork& work) { return work.hasChanged; })) {
         landrest_list(model);
     }
 }

@@ -314,8 +314,8 @@ RunoffVolumes subcatch_stepLand(const Model& model, Subcatch& s, double dt) {
                          .width = s.width,
                          .slope = s.slope,
                          .roughness = s.perviousRoughness};
-    s.imperviousRunoff = plane_drain(impervious, s.imperviousDepth, s.slopeRoot, dt);
-    s.perviousRunoff = plane_drain(pervious, s.perviousDepth, s.slopeRoot, dt);
+    s.imperviousRunoff = plane_drain(impervious, s.imperviousDepth, s.imperviousSheet, s.slopeRoot, dt);
+    s.perviousRunoff = plane_drain(pervious, s.perviousDepth, s.perviousSheet, s.slopeRoot, dt);
     volumes.surfaceOutflow = (s.imperviousRunoff + s.perviousRunoff) * dt;
     return volumes;
 }

@@ -43,6 +43,8 @@ struct Subcatch {
     double perviousDepth;        ///< m, ponded
     HortonState infilState;      ///< of the soil
     SlopeRoot slopeRoot;         ///< of the slope
+    SheetPower imperviousSheet;  ///< of what flows off the impervious part
+    SheetPower perviousSheet;    ///< likewise
     double* runoffLoad;          ///< kg, leaving in this step, one per pollutant; lives as long as the run
     double* lastWashoffRate;     ///< kg/s, one per pollutant
     double* thisWashoffRate;     ///< kg/s

@@ -1,7 +1,8 @@
-// A pool of threads of the standard library. A piece of work is told by its number: whoever waits sees another one than
-// he did last, does his part, and counts himself done. Between two pieces a thread looks a little while before it goes
-// to sleep, since the next one mostly comes at once. A process that was forked has the memory of the pool and none of
-// its threads, and makes new ones.
+// A pool of threads of the standard library. One number tells all of a piece of work: which one it is, whether it is
+// open, and how many are at it. Whoever sees an open one that he doesn't know yet counts himself in and does his part;
+// the owner shuts it when his own part is done, and waits for those that are in. Between two pieces a thread looks a
+// little while before it goes to sleep, since the next one mostly comes at once. A process that was forked has the
+// memory of the pool and none of its threads, and makes new ones.
 
 #include "platform/workers.h"
 
@@ -33,17 +34,23 @@ static int getProcess() {
 #endif
 }
 
+/// Of the number: how many are at the work, whether it is open, and behind these which one it is.
+static constexpr uint64_t ONE_WORKER = 1, OPEN = uint64_t{1} << 16, WORKER_MASK = OPEN - 1, ONE_JOB = OPEN << 1;
+
+static uint64_t getJob(uint64_t state) {
+    return state / ONE_JOB;
+}
+
 struct Workers::Pool {
     std::vector<std::thread> threads;
-    std::atomic<uint32_t> number{0};  ///< of the piece of work
-    std::atomic<int32_t> busy{0};     ///< threads that aren't done with it
-    WorkerJob job = nullptr;          ///< null: to go
+    std::atomic<uint64_t> state{0};
+    WorkerJob job = nullptr;  ///< null: to go
     void* context = nullptr;
     std::fenv_t arithmetic{};
     std::vector<std::exception_ptr> failures;  ///< by worker
     int process = 0;
     std::mutex sleep;                 ///< held to go to sleep and to wake, never while there is work
-    std::condition_variable changed;  ///< of either number
+    std::condition_variable changed;  ///< of the state
 };
 
 Workers::Workers() = default;
@@ -51,19 +58,22 @@ Workers::~Workers() {
     workers_stop(*this);
 }
 
-/// Waits until a number is no more what it was.
-template <class Number>
-static void waitForOther(Workers::Pool& pool, const std::atomic<Number>& number, Number old) {
+/// Waits until the state is as wanted; gives it.
+template <class Test>
+static uint64_t waitFor(Workers::Pool& pool, Test isWanted) {
     for (int32_t look = 0; look < LOOKS; ++look) {
-        if (number.load(std::memory_order_acquire) != old) {
-            return;
+        const uint64_t state = pool.state.load(std::memory_order_acquire);
+        if (isWanted(state)) {
+            return state;
         }
         if (look % 64 == 63) {
             std::this_thread::yield();
         }
     }
     std::unique_lock<std::mutex> lock(pool.sleep);
-    pool.changed.wait(lock, [&] { return number.load(std::memory_order_acquire) != old; });
+    uint64_t state = 0;
+    pool.changed.wait(lock, [&] { return isWanted(state = pool.state.load(std::memory_order_acquire)); });
+    return state;
 }
 
 /// Wakes whoever sleeps. Who is about to holds the lock until he does, so none is missed.
@@ -81,16 +91,21 @@ static void work(Workers::Pool& pool, int32_t worker) {
 }
 
 /// The life of a thread.
-static void live(Workers::Pool* pool, int32_t worker, uint32_t seen) {
+static void live(Workers::Pool* pool, int32_t worker) {
+    uint64_t done = 0;  // the last job that this thread took part in
     for (;;) {
-        waitForOther(*pool, pool->number, seen);
-        ++seen;
+        uint64_t state = waitFor(*pool, [&](uint64_t now) { return (now & OPEN) != 0 && getJob(now) != done; });
+        if (!pool->state.compare_exchange_strong(state, state + ONE_WORKER, std::memory_order_acq_rel)) {
+            continue;  // somebody else came in or shut it
+        }
+        done = getJob(state);
         if (!pool->job) {
             return;
         }
         std::fesetenv(&pool->arithmetic);
         work(*pool, worker);
-        if (pool->busy.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+        const uint64_t before = pool->state.fetch_sub(ONE_WORKER, std::memory_order_acq_rel);
+        if ((before & OPEN) == 0 && (before & WORKER_MASK) == ONE_WORKER) {
             wake(*pool);
         }
     }
@@ -101,8 +116,8 @@ static void announce(Workers::Pool& pool, WorkerJob job, void* context) {
     pool.job = job;
     pool.context = context;
     std::fegetenv(&pool.arithmetic);
-    pool.busy.store(static_cast<int32_t>(pool.threads.size()), std::memory_order_relaxed);
-    pool.number.fetch_add(1, std::memory_order_release);
+    const uint64_t number = getJob(pool.state.load(std::memory_order_relaxed)) + 1;
+    pool.state.store(number * ONE_JOB | OPEN, std::memory_order_release);
     wake(pool);
 }
 
@@ -118,7 +133,7 @@ static void makeThreads(Workers::Pool& pool, int32_t count) {
 #endif
     try {
         for (int32_t worker = 1; worker < count; ++worker) {
-            pool.threads.emplace_back(live, &pool, worker, pool.number.load());
+            pool.threads.emplace_back(live, &pool, worker);
         }
     } catch (const std::system_error&) {
         // Fewer will do.
@@ -166,12 +181,8 @@ void workers_run(Workers& workers, int32_t count, WorkerJob job, void* context) 
     Workers::Pool& pool = getPool(workers, count);
     announce(pool, job, context);
     work(pool, 0);
-    for (int32_t worker = static_cast<int32_t>(pool.threads.size()) + 1; worker < count; ++worker) {
-        work(pool, worker);
-    }
-    for (int32_t busy = pool.busy.load(std::memory_order_acquire); busy > 0;
-         busy = pool.busy.load(std::memory_order_acquire)) {
-        waitForOther(pool, pool.busy, busy);
+    if ((pool.state.fetch_and(~OPEN, std::memory_order_acq_rel) & WORKER_MASK) != 0) {
+        waitFor(pool, [](uint64_t state) { return (state & WORKER_MASK) == 0; });
     }
     for (std::exception_ptr& failure : pool.failures) {
         if (failure) {

@@ -4,11 +4,12 @@
 #include <cstdint>
 #include <memory>
 
-/// A piece of work: called once for each worker, from 0 on, each in a thread of its own.
+/// A piece of work that several may share: called by each that takes part, with its number from 0 on, and done when the
+/// call of whoever gave it has come back and so have all others that were begun. It must not matter who takes part.
 using WorkerJob = void (*)(void* context, int32_t worker);
 
 /// A pool of threads, which wait between two pieces of work. It is made at the first one that wants more than one
-/// thread. Whoever owns the pool is a worker himself.
+/// thread. Whoever owns the pool is worker 0 himself.
 class Workers {
 public:
     Workers();
@@ -20,9 +21,9 @@ public:
     std::unique_ptr<Pool> pool;
 };
 
-/// Does a job with so many workers, and comes back when all are done; what one of them throws is thrown on. Where the
-/// system gives no thread the others' parts are done here. Rounding and the other settings of arithmetic are those of
-/// the caller in all threads; signals go to his.
+/// Does a job with up to so many workers, and comes back when all is done; what one of them throws is thrown on. Nobody
+/// is waited for who hasn't begun: on a busy machine the owner does most of it alone. Rounding and the other settings
+/// of arithmetic are those of the caller in all threads; signals go to his.
 void workers_run(Workers& workers, int32_t count, WorkerJob job, void* context);
 
 /// Lets the threads go.

@@ -21,11 +21,30 @@ struct Surface {
 
     double drain(double rain, double evap, double infil, double dt) {
         SlopeRoot root{};
-        return plane_drain({rain, evap, infil, storage, area, width, slope, roughness}, depth, root, dt);
+        SheetPower sheet{};
+        return plane_drain({rain, evap, infil, storage, area, width, slope, roughness}, depth, sheet, root, dt);
     }
     double alpha() const { return std::sqrt(slope) * width / area / roughness; }
     double flowAt(double d) const { return d > storage ? alpha() * std::pow(d - storage, 5.0 / 3.0) * area : 0.0; }
 };
+
+TEST(Surface, KnowsThePowerOfTheSheetThatItLeft) {
+    const Surface surface;
+    const Plane plane{0.0, 0.0, 0.0, surface.storage, surface.area, surface.width, surface.slope, surface.roughness};
+    SlopeRoot root{};
+    SheetPower kept{}, none{};
+    double depth = 0.02, other = 0.02;
+    for (int step = 0; step < 20; ++step) {
+        none = {};
+        EXPECT_EQ(plane_drain(plane, depth, kept, root, 60.0), plane_drain(plane, other, none, root, 60.0));
+        EXPECT_EQ(depth, other);
+        EXPECT_EQ(kept.height, depth - surface.storage);
+        EXPECT_EQ(kept.power, std::pow(depth - surface.storage, 1.6666666666666667));
+    }
+    depth = other = 0.01;  // another sheet than the one that is known
+    none = {};
+    EXPECT_EQ(plane_drain(plane, depth, kept, root, 60.0), plane_drain(plane, other, none, root, 60.0));
+}
 
 TEST(Surface, DriesOutWhereLossesTakeAll) {
     Surface surface;

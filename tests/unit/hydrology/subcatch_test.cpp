@@ -234,12 +234,13 @@ TEST_F(WaterTest, EitherPartDrainsOverTheWholeWidth) {
     double impervious = 0.02, pervious = 0.02;
     HortonState state{};
     SlopeRoot root{};
+    SheetPower imperviousSheet{}, perviousSheet{};
     const double avail = 0.02 / 300.0 + 12.0 * MM_PER_HOUR;
     const double infil = horton_getRate(s->soil, state, avail, 300.0);
-    const double q1 =
-        plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 5000.0, 100.0, 0.01, 0.015}, impervious, root, 300.0);
-    const double q2 =
-        plane_drain({12.0 * MM_PER_HOUR, 0.0, infil, 0.002, 5000.0, 100.0, 0.01, 0.1}, pervious, root, 300.0);
+    const double q1 = plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 5000.0, 100.0, 0.01, 0.015}, impervious,
+                                  imperviousSheet, root, 300.0);
+    const double q2 = plane_drain({12.0 * MM_PER_HOUR, 0.0, infil, 0.002, 5000.0, 100.0, 0.01, 0.1}, pervious,
+                                  perviousSheet, root, 300.0);
     testModel().evap->rate = 0.0;
     rainOn(12.0);
     EXPECT_DOUBLE_EQ(s->imperviousRunoff, q1);
@@ -255,8 +256,9 @@ TEST_F(WaterTest, SlopeSetInTheRunCountsAtOnce) {
     rainOn(12.0);
     double depth = 0.02;
     SlopeRoot root{};
+    SheetPower sheet{};
     const double flow =
-        plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 10000.0, 100.0, 0.09, 0.015}, depth, root, 300.0);
+        plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 10000.0, 100.0, 0.09, 0.015}, depth, sheet, root, 300.0);
     EXPECT_DOUBLE_EQ(s->thisRunoff, flow);
 }
 
