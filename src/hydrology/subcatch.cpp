@@ -326,7 +326,7 @@ RunoffVolumes subcatch_dryPond(const Model& model, Subcatch& s, double dt) {
     const double f = s.imperviousFraction;
     const double evap = std::min(s.imperviousDepth / dt, model.evap->rate);
     volumes.wetInflow = s.imperviousDepth * f * area;
-    volumes.evap = f * evap * area * dt;
+    volumes.evap = (0.0 + f * evap) * area * dt;  // the pervious part's 0 takes the sign from an evaporation of -0
     s.imperviousDepth = evap < s.imperviousDepth / dt ? (0.0 - evap) * dt + s.imperviousDepth : 0.0;
     return volumes;
 }

@@ -177,6 +177,24 @@ TEST_F(Waking, IsDoneByAnythingButARainOfZero) {
     }
 }
 
+TEST_F(LandAtRest, DriesItsDepressions) {
+    start(DryProject());
+    step(37);  // to 3:05, with 36 mm of rain
+    set(TV_SYSTEM, "held_evaporation", 0, 24.0);
+    step(120);
+    EXPECT_EQ(getPace(1), LAND_RESTING);
+    EXPECT_EQ(land().subcatches[1].imperviousDepth, 0.0);
+}
+
+TEST_F(LandAtRest, KeepsItsDepressionsUnderAnEvaporationOfMinusZero) {
+    start(DryProject());
+    change([](Model& model) { model.subcatches[1].imperviousDepth = 5e-4; });
+    set(TV_SYSTEM, "held_evaporation", 0, -0.0);
+    step(10);
+    EXPECT_EQ(land().subcatches[1].imperviousDepth, 5e-4);
+    EXPECT_FALSE(std::signbit(land().subcatches[1].evapRate));
+}
+
 // --- buildup -------------------------------------------------------------------------------------------------------
 
 /// A rule and a coverage of the first of two land uses.
