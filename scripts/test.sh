@@ -109,7 +109,7 @@ if stage "Build release with gcc" build release; then
 fi
 stage "Platform sources for Windows" scripts/check-windows.sh
 if stage "Build with clang and the thread sanitizer" build threads; then
-    stage "Many models in threads" run_tests threads
+    stage "Models in threads" run_tests threads
 fi
 if stage "Build with clang and the sanitizers" build sanitize; then
     stage "Tests with the sanitizers" run_tests sanitize

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "support/generate.h"
 #include "support/project.h"
@@ -51,4 +52,60 @@ TEST(ModelPace, OfTheOtherFaceChangesNothingInItsFiles) {
     EXPECT_EQ(readFile(project.results), results);
     EXPECT_EQ(tv_setThreads(nullptr, 1), TV_OK);
     EXPECT_EQ(tv_setSkipping(nullptr, 1), TV_OK);
+}
+
+namespace {
+
+/// Land for more than one thread: 160 subcatchments, every second one with a LID unit, under a shower in dry weather.
+std::string makeLand() {
+    std::string subcatchments, units, coverages;
+    for (int k = 0; k < 160; ++k) {
+        const std::string id = "S" + std::to_string(k);
+        subcatchments += id;
+        subcatchments += " G O 0." + std::to_string(2 + k % 7) + " 40 " + std::to_string(20 + k % 60);
+        subcatchments += " 1 0.013 0.2 1.5 4 60 6 4 7 0\n";
+        coverages += id + " ROOF 60\n" + id + " YARD 40\n";
+        units += k % 4 == 0 ? id + " CELL 50 4 20 10\n" : k % 4 == 2 ? id + " BARREL 20 2 30 10\n" : "";
+    }
+    return "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\nROUTING_STEP 0:01:00\nRUNOFF_STEP 0:01:00\n"
+           "REPORT_STEP 1:00:00\nSTART_DRY_DAYS 3\n[EVAPORATION]\nCONSTANT 4\n[RAINGAGES]\nG INTENSITY 0:05:00 RAIN\n"
+           "[TIMESERIES]\nRAIN 2024/06/18 0:30 20 2024/06/18 0:35 35 2024/06/18 0:40 5 2024/06/18 0:45 0\n"
+           "[POLLUTANTS]\nTSS 5\nCOD 0\n[LANDUSES]\nROOF\nYARD\n[BUILDUP]\nROOF TSS 40 0.3\nYARD COD 60 0.4\n"
+           "[WASHOFF]\nROOF TSS EXP 0.1 1.2 0\nYARD COD EXP 0.1 1.4 0\n[OUTFALLS]\nO\n[LIDS]\nCELL BC\n"
+           "CELL SURFACE 150 0.1 0.1 1 0\nCELL SOIL 500 0.45 0.2 0.1 40 10\nCELL STORAGE 300 0.67 3\n"
+           "CELL DRAIN 3 0.5 100\nBARREL RB\nBARREL STORAGE 1500 1 0\nBARREL DRAIN 6 0.5 50 6\n"
+           "[DECAY_COEFFICIENT]\nCELL LID TSS FIRST 3 \"\" SOIL\nBARREL LID COD FIRST 1 \"\" STORAGE\n[SUBCATCHS]\n" +
+           subcatchments + "[COVERAGES]\n" + coverages + "[LID_GROUPS]\n" + units;
+}
+
+std::vector<char> getState(const TvModel& model) {
+    size_t size = 0;
+    EXPECT_EQ(tv_getStateSize(model, &size), TV_OK);
+    std::vector<char> bytes(size);
+    EXPECT_EQ(tv_saveState(model, bytes.data(), bytes.size(), &size), TV_OK);
+    return bytes;
+}
+
+}  // namespace
+
+TEST(OneModelInThreads, ComesToTheSameStates) {
+    const TvModel alone, shared;
+    for (const TvModel* model : {&alone, &shared}) {
+        ASSERT_EQ(model->openText(makeLand()), TV_OK);
+        ASSERT_EQ(tv_start(*model, nullptr, nullptr), TV_OK);
+    }
+    ASSERT_EQ(tv_setThreads(shared, 3), TV_OK);
+    for (int step = 0; step < 300; ++step) {
+        ASSERT_EQ(tv_step(alone), TV_OK);
+        ASSERT_EQ(tv_step(shared), TV_OK);
+        if (step % 60 == 59) {
+            ASSERT_EQ(getState(alone), getState(shared)) << "after step " << step;
+        }
+    }
+    // Others take part from one step to the next, and nobody after the last.
+    ASSERT_EQ(tv_setThreads(shared, 2), TV_OK);
+    ASSERT_EQ(tv_step(alone), TV_OK);
+    ASSERT_EQ(tv_step(shared), TV_OK);
+    EXPECT_EQ(getState(alone), getState(shared));
+    EXPECT_EQ(tv_end(shared), TV_OK);
 }
