@@ -239,6 +239,7 @@ struct Pace {
 struct Rest {
     uint64_t seenChanges;  ///< Pace::networkChanges of the step before
     int32_t hour;          ///< of the day, of that step
+    int32_t visitCount;    ///< visits that rest
     uint16_t key;          ///< of this step; never 0
     bool isHourly;         ///< something that rests decays by the hour, so the key changes with the hour
     bool isAllowed;        ///< whether anything may rest in this step

@@ -37,8 +37,8 @@ void model_walkFixed(V& v, Model& model) {
             model.curves, model.patterns, model.outgoingLinks, model.incomingLinks, model.clauseState, model.running,
             model.sinks, model.sortedNodes, model.visitCount, model.reachedCount, model.visits, model.outgoingVisits,
             model.incomingVisits, model.visitsByNode, model.nodesRolledAhead, model.deliveries, model.rest,
-            model.uncountedNodes, model.uncountedLinks, model.workers, model.buildupRules, model.landRest, model.lidRest,
-            model.loadBook);
+            model.restingPipes, model.uncountedNodes, model.uncountedLinks, model.workers, model.buildupRules,
+            model.landRest, model.lidRest, model.loadBook);
 }
 
 template <class V>

@@ -9,8 +9,17 @@
 #include "hydrology/subcatch.h"
 #include "model/model.h"
 #include "model/project.h"
+#include "model/still.h"
 #include "routing/nodekinds.h"
+#include "routing/rest.h"
 #include "text/units.h"
+
+/// A node at rest holds +0.0 alone, which +0.0 leaves as it is; `given` are the bits of all that it got.
+static void wakeGiven(Model& model, int32_t node, uint64_t given) {
+    if (given != 0) {
+        rest_wakeVisit(model, node);
+    }
+}
 
 /// The runoff of one subcatchment; `f` weighs the newer step.
 static void addToNode(Model& model, int32_t index, double f) {
@@ -22,12 +31,15 @@ static void addToNode(Model& model, int32_t index, double f) {
     }
     node.newLatFlow += flow;
     model.totals.flow.wetWeatherInflow += model.options.routingStep * flow;
+    uint64_t given = still_getBits(flow);
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         const double load =
             (1.0 - f) * s.lastRunoff * s.lastQuality[p] / G_PER_KG + f * s.thisRunoff * s.thisQuality[p] / G_PER_KG;
         node.massInflow[p] += load;
         model.totals.quality[p].wetWeatherInflow += model.options.routingStep * load;
+        given |= still_getBits(load);
     }
+    wakeGiven(model, s.outNode, given);
 }
 
 /// Calls a function with each subcatchment that may give something. Those at rest give nothing, and 0 changes no sum.
@@ -66,10 +78,13 @@ static void addDrain(Model& model, const LidUnit& unit) {
     Node& node = model.nodes[unit.drainNode];
     node.newLatFlow += unit.thisDrainFlow;
     model.totals.flow.wetWeatherInflow += model.options.routingStep * unit.thisDrainFlow;
+    uint64_t given = still_getBits(unit.thisDrainFlow);
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         node.massInflow[p] += unit.thisDrainLoad[p];
         model.totals.quality[p].wetWeatherInflow += model.options.routingStep * unit.thisDrainLoad[p];
+        given |= still_getBits(unit.thisDrainLoad[p]);
     }
+    wakeGiven(model, unit.drainNode, given);
 }
 
 void landinflows_addDrains(Model& model) {

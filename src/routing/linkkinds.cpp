@@ -20,6 +20,7 @@
 #include "model/warnings.h"
 #include "nodes/node.h"
 #include "nodes/tank.h"
+#include "routing/rest.h"
 #include "routing/serving.h"
 #include "text/units.h"
 
@@ -143,6 +144,8 @@ static void wakeGuided(Model& model, const Link& link) {
     Pipe* pipe = link.kind == PIPE ? model.pipes.find(link.kindIndex) : nullptr;
     if (pipe) {
         pipe->restKey = 0;
+        rest_wakeVisit(model, link.fromNode);
+        rest_wakeVisit(model, link.toNode);
     }
     if (isAtTank(model, link)) {
         model.tanks[model.nodes[link.fromNode].kindIndex].restKey = 0;

@@ -17,6 +17,7 @@
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "routing/linkkinds.h"
+#include "routing/rest.h"
 #include "routing/serving.h"
 #include "text/units.h"
 
@@ -261,7 +262,9 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
 [[gnu::always_inline]] static inline void visitJunction(Model& model, const Visit& visit, const VisitStep& step,
                                                         int32_t pollutants) {
     Node& node = model.nodes[visit.node];
-    if (!isAtRest(model, node, visit, step, pollutants)) {
+    if (isAtRest(model, node, visit, step, pollutants)) {
+        rest_judgeVisit(model, visit, step);
+    } else {
         stepJunction(model, node, visit, step, pollutants);
     }
     const Offer offer{node.newInflow, node.newInflow, pollutants > 0 ? node.newQual : nullptr};

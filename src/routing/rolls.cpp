@@ -12,6 +12,7 @@
 #include "model/project.h"
 #include "nodes/node.h"
 #include "routing/nodekinds.h"
+#include "routing/rest.h"
 #include "routing/visits.h"
 
 static void listOne(Model& model, int32_t node) {
@@ -20,16 +21,24 @@ static void listOne(Model& model, int32_t node) {
     }
 }
 
+/// What comes to such a node wakes it from no rest.
+static void listRestless(Model& model, int32_t node) {
+    if (node >= 0) {
+        listOne(model, node);
+        rest_forbidVisit(model, node);
+    }
+}
+
 void rolls_open(Model& model) {
     int32_t targets[2];
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         const Node& node = model.nodes[k];
         if (visits_isRolledByKind(node.kind) || node.extInflow || node.dwfInflow) {
-            listOne(model, k);
+            listRestless(model, k);
         }
         const int32_t count = nodekinds_getDirectEdges(model, k, targets);
         for (int32_t t = 0; t < count; ++t) {
-            listOne(model, targets[t]);
+            listRestless(model, targets[t]);
         }
     }
     for (const Subcatch& subcatch : model.subcatches) {
@@ -43,6 +52,7 @@ void rolls_open(Model& model) {
 /// Nodes that the host has something for are listed once they are met, and roll with the others from the next step on.
 static void rollRequested(Model& model, const std::vector<HostInflow>& requests) {
     for (const HostInflow& request : requests) {
+        rest_wakeVisit(model, request.node);
         if (visits_listAhead(model, request.node)) {
             nodekinds_shiftState(model, model.nodes[request.node]);
         }
@@ -58,11 +68,15 @@ static void prefetchRoll(const Model& model, int32_t far, int32_t near) {
     }
 }
 
+template <bool SOME_REST>
 static void rollListed(Model& model) {
     static constexpr int32_t AHEAD = 8;
     const bool hasPollutants = model_pollutantCount(model) > 0;
     const Table<int32_t>& entries = model.nodesRolledAhead;
     for (int32_t k = 0; k < entries.size(); ++k) {
+        if (SOME_REST && entries[k] >= 0 && rest_isVisitResting(model, entries[k])) {
+            continue;  // it holds zeros alone
+        }
         if (k + AHEAD < entries.size()) {
             prefetchRoll(model, entries[k + AHEAD], entries[k + AHEAD / 2]);
         }
@@ -79,7 +93,11 @@ static void rollListed(Model& model) {
 }
 
 void rolls_rollAhead(Model& model) {
-    rollListed(model);
+    if (model.rest.visitCount > 0) {
+        rollListed<true>(model);
+    } else {
+        rollListed<false>(model);
+    }
     const HostRequests& requests = model.requests;
     rollRequested(model, requests.inflows);
     rollRequested(model, requests.loads);

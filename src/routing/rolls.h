@@ -3,7 +3,7 @@
 
 struct Model;
 
-/// Lists the nodes of a run that roll ahead. The visits stand.
+/// Lists the nodes of a run that roll ahead, and says which of them never rest. The visits stand.
 void rolls_open(Model& model);
 
 /// Rolls them at the start of a step, with those that the host has an inflow for.

@@ -43,6 +43,7 @@ void routing_open(Model& model) {
     }
     network_sortNodes(model);
     visits_open(model);
+    rest_openVisits(model);
     rolls_open(model);
 }
 
@@ -84,17 +85,24 @@ static void bookVisits(Model& model, const Visit* done, const Visit* next) {
     }
 }
 
-/// The visit is called at one place alone, so that it is a part of the loop.
+/// The visit is called at one place alone, so that it is a part of the loop. Runs of visits at rest are left out
+/// between those that aren't; the book of loads wants to see each.
 static void visitNodes(Model& model, const VisitStep& step) {
     const bool isBooked = model.loadBook->isKept;
     const Visit* last = nullptr;
     const Visit* lastAhead = model.visits.size() > VISIT_NODES_FAR ? &model.visits.back() - VISIT_NODES_FAR : nullptr;
-    for (const Visit& visit : model.visits) {
-        if (isBooked) {
-            bookVisits(model, std::exchange(last, &visit), &visit);
+    const Visit* visit = model.visits.data();
+    const Visit* const end = visit + model.visits.size();
+    while (visit != end) {
+        const Visit* const awakeEnd = isBooked ? end : rest_findVisit(model, visit);
+        for (; visit != awakeEnd; ++visit) {
+            if (isBooked) {
+                bookVisits(model, std::exchange(last, visit), visit);
+            }
+            visits_fetchAhead(model, *visit, lastAhead, step);
+            nodekinds_visit(model, *visit, step);
         }
-        visits_fetchAhead(model, visit, lastAhead, step);
-        nodekinds_visit(model, visit, step);
+        visit = rest_passVisits(model, visit, step);
     }
     if (isBooked) {
         bookVisits(model, last, nullptr);

@@ -9,27 +9,32 @@
 #include "model/model.h"
 #include "model/statistics.h"
 #include "model/still.h"
+#include "routing/rest.h"
 #include "routing/visits.h"
 
-/// Whether what a pipe is offered leaves it as it is but for its clock.
-inline bool serving_isAtRest(const Pipe& pipe, const Offer& offer, const VisitStep& step, int32_t pollutants) {
-    return pipe.restKey == step.restKey && still_isZero(offer.flow) && still_areZeros(offer.quality, pollutants);
+/// Whether a pipe is offered nothing: if it rests, that leaves it as it is but for its clock.
+inline bool serving_isNothing(const Offer& offer, int32_t pollutants) {
+    return still_isZero(offer.flow) && still_areZeros(offer.quality, pollutants);
 }
 
 /// Hands a pipe that is served what its upper node offers, and lays down what it delivers. `pollutants` are those of
 /// the step, by which the compiler can make a case of its own of 0.
 ///
 /// A pipe at rest delivers +0.0, as in the step in which it came to rest, and stays so. Its volume grows by +0.0 and
-/// its largest flow meets 0: both changed nothing then, and change nothing now.
+/// its largest flow meets 0: both changed nothing then, and change nothing now. Once it is woken its lower node has to
+/// look at what it lays down.
 [[gnu::always_inline]] inline void serving_serve(Model& model, const VisitLink& place, const Offer& offer,
                                                  const VisitStep& step, int32_t pollutants) {
     Pipe& pipe = model.pipes[place.kindIndex];
-    if (serving_isAtRest(pipe, offer, step, pollutants)) {
-        pipe_tick(model, pipe, step.fireTime);
-        return;
+    Link& link = model.links[place.link];
+    if (pipe.restKey == step.restKey) {
+        if (serving_isNothing(offer, pollutants)) {
+            pipe_tick(model, pipe, step.fireTime);
+            return;
+        }
+        rest_wakeVisit(model, link.toNode);
     }
     pipe.restKey = 0;
-    Link& link = model.links[place.link];
     pipe_roll(model, link, pipe);
     pipe_update(model, place.link, pipe, offer, step.fireTime, step.dt, pollutants);
     statistics_countLink(link, step.dt);

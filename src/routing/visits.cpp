@@ -58,6 +58,7 @@ void visits_close(Model& model) {
     model.visitsByNode = {};
     model.nodesRolledAhead = {};
     model.deliveries = {};
+    model.restingPipes = {};
 }
 
 static int64_t getDeliveryPlace(const Model& model, int64_t delivery) {

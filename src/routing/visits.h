@@ -38,6 +38,12 @@ struct Visit {
     int32_t firstOutgoing, outgoingCount;
 };
 
+/// What stands in `restingPipes` for a visit that doesn't rest.
+enum VisitRest : int32_t {
+    VISIT_AWAKE = -1,    ///< it may come to rest
+    VISIT_RESTLESS = -2  ///< never in this run
+};
+
 /// What all visits of a step have in common.
 struct VisitStep {
     double fireTime;      ///< ms, from which a pipe fires

@@ -15,6 +15,7 @@
 #include "links/pipe.h"
 #include "nodes/reactor.h"
 #include "nodes/tank.h"
+#include "routing/loadbook.h"
 #include "support/generate.h"
 #include "support/project.h"
 #include "support/stateruns.h"
@@ -69,6 +70,7 @@ struct Pair {
 
     Model& model() { return *resting.model; }
     bool doesPipeRest(int32_t pipe) { return model().pipes[pipe].restKey == model().rest.key; }
+    bool doesVisitRest(int32_t node) { return rest_isVisitResting(model(), node); }
 };
 
 std::string chain(const std::string& pipes, const std::string& more = "") {
@@ -195,6 +197,171 @@ TEST(RestOfPipes, SurvivesAllKeys) {
     rest_beginStep(pair.model(), 0.0);
     EXPECT_EQ(pair.model().rest.key, key);
     EXPECT_FALSE(pair.doesPipeRest(0));
+}
+
+// --- visits --------------------------------------------------------------------------------------------------------
+
+TEST(RestOfVisits, BeginsWithTheRestOfThePipesOfAJunction) {
+    Pair pair(chain(TWO_PIPES));
+    pair.step();
+    EXPECT_FALSE(pair.doesVisitRest(0));
+    EXPECT_FALSE(pair.doesVisitRest(1));
+    while (!pair.doesPipeRest(0) || !pair.doesPipeRest(1)) {
+        ASSERT_TRUE(pair.step());
+    }
+    pair.step();
+    EXPECT_TRUE(pair.doesVisitRest(0));
+    EXPECT_TRUE(pair.doesVisitRest(1));
+    EXPECT_FALSE(pair.doesVisitRest(2)) << "an outfall";
+    EXPECT_FALSE(rest_isVisitResting(*pair.plain.model, 0));
+    pair.finish();
+}
+
+TEST(RestOfVisits, EndsWhereSomethingComesIn) {
+    for (const double flow : {0.5, -0.5, 1.0e-300, std::nan("")}) {
+        Pair pair(chain(TWO_PIPES));
+        pair.step(10);
+        ASSERT_TRUE(pair.doesVisitRest(0) && pair.doesVisitRest(1));
+        pair.steer([=](Model& model) { pour(model, flow, 0.0); });
+        pair.step();
+        EXPECT_FALSE(pair.doesVisitRest(0)) << "a request for it";
+        pair.step(30);
+        pair.finish();
+    }
+}
+
+TEST(RestOfVisits, EndsBelowAPipeThatIsWoken) {
+    // The upper pipe fires in steps 2, 11 and 21.
+    Pair pair(chain("P A B NO 600 2 0.2 0\nQ B OUT NO 60 1 0.1 0\n"));
+    pair.step(12);
+    ASSERT_TRUE(pair.doesVisitRest(0) && pair.doesVisitRest(1));
+    pair.steer([](Model& model) { pour(model, 0.5, 0.1); });
+    pair.step(4);
+    EXPECT_EQ(pair.model().pipes[0].sumVolume, 30.0) << "it waits to fire";
+    EXPECT_TRUE(pair.doesPipeRest(1));
+    EXPECT_FALSE(pair.doesVisitRest(1)) << "which nothing has reached yet";
+    pair.step(200);
+    EXPECT_GT(pair.model().nodes[1].statInflowVolume, 0.0);
+    pair.finish();
+}
+
+TEST(RestOfVisits, EndsWithRunoff) {
+    const std::string land =
+        "[RAINGAGES]\nG INTENSITY 0:05 T\n[SUBCATCHS]\nS G B 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n"
+        "[TIMESERIES]\nT 2021/03/01 0:00 0\nT 2021/03/01 2:00 24\nT 2021/03/01 3:00 0\n";
+    Pair pair(chain(TWO_PIPES, land));
+    pair.step(110);
+    EXPECT_TRUE(pair.doesVisitRest(1));
+    pair.step(60);
+    EXPECT_FALSE(pair.doesVisitRest(1));
+    EXPECT_TRUE(pair.doesVisitRest(0)) << "further up";
+    EXPECT_GT(pair.model().nodes[1].statInflowVolume, 0.0);
+    while (pair.step()) {
+    }
+    pair.finish();
+}
+
+TEST(RestOfVisits, EndsWithADrain) {
+    // The barrel lets go an hour after the rain.
+    const std::string land =
+        "[RAINGAGES]\nG INTENSITY 1:00 T\n[SUBCATCHS]\nS G OUT 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n"
+        "[TIMESERIES]\nT 2021/03/01 0:00 0\nT 2021/03/01 2:00 60\nT 2021/03/01 3:00 0\n"
+        "[LIDS]\nL RB\nL STORAGE 1000 1 0\nL DRAIN 36 1 0 1\n[LID_GROUPS]\nS L 900 10 0 80 B\n";
+    Pair pair(chain(TWO_PIPES, land));
+    pair.step(200);
+    EXPECT_TRUE(pair.doesVisitRest(1));
+    pair.step(60);
+    EXPECT_FALSE(pair.doesVisitRest(1));
+    EXPECT_GT(pair.model().nodes[1].statInflowVolume, 0.0);
+    while (pair.step()) {
+    }
+    pair.finish();
+}
+
+TEST(RestOfVisits, NeverBeginsWhereAnInflowOrADischargeIsDue) {
+    Pair pair(getGeneral(100) +
+              "[POLLUTANTS]\nX 0\n[JUNCTIONS]\nA\nB\nE\nF\n[OUTFALLS]\nOUT\n"
+              "[REACTORS]\nR CSTR E FLOW_CAPACITY 2000 50 10 40\n[CONNECTIONS]\nD R OUT NO 0\n"
+              "[PIPES]\nP A OUT NO 60 1 0.1 0\nQ B OUT NO 60 1 0.1 0\nS E OUT NO 60 1 0.1 0\nT F OUT NO 60 1 0.1 0\n"
+              "[INFLOWS]\nA FLOW FLOW 0 \"\" 1\n[DWFS]\nB FLOW 0 \"\"\n");
+    pair.step(10);
+    for (int32_t pipe = 0; pipe < 4; ++pipe) {
+        EXPECT_TRUE(pair.doesPipeRest(pipe)) << pipe;
+    }
+    EXPECT_FALSE(pair.doesVisitRest(0)) << "an external inflow";
+    EXPECT_FALSE(pair.doesVisitRest(1)) << "a dry weather inflow";
+    EXPECT_FALSE(pair.doesVisitRest(2)) << "what a reactor doesn't hold";
+    EXPECT_TRUE(pair.doesVisitRest(3));
+    pair.finish();
+}
+
+TEST(RestOfVisits, EndsAtBothEndsOfAPipeWhoseSettingMoves) {
+    Pair pair(chain("P A B NO 120 2 0.2 1\nQ B OUT NO 60 1 0.1 0\n"));
+    pair.step(10);
+    ASSERT_TRUE(pair.doesVisitRest(0) && pair.doesVisitRest(1));
+    pair.steer([](Model& model) {
+        link_noteTarget(model, 0);
+        model.links[0].setting = -1.0;  // what the next step takes back
+    });
+    pair.step();
+    EXPECT_FALSE(pair.doesVisitRest(0));
+    EXPECT_FALSE(pair.doesVisitRest(1));
+    pair.finish();
+}
+
+TEST(RestOfVisits, EndsWithARestoredState) {
+    Pair pair(chain(TWO_PIPES));
+    const auto restore = [&](const StateBytes& bytes) {
+        EXPECT_EQ(pair.resting.restore(bytes), STATE_OK);
+        EXPECT_EQ(pair.plain.restore(bytes), STATE_OK);
+    };
+    pair.step(10);
+    const StateBytes dry = pair.resting.save();
+    pair.steer([](Model& model) { pour(model, 0.5, 0.1); });
+    pair.step(3);
+    const StateBytes wet = pair.resting.save();
+    restore(dry);
+    pair.step(10);
+    ASSERT_TRUE(pair.doesVisitRest(0) && pair.doesVisitRest(1));
+    restore(wet);
+    pair.step(40);
+    EXPECT_FALSE(pair.doesVisitRest(0));
+    pair.finish();
+}
+
+TEST(RestOfVisits, EndsWhereTheRunGoesOnPlainly) {
+    Pair pair(chain(TWO_PIPES));
+    pair.step(10);
+    ASSERT_TRUE(pair.doesVisitRest(1));
+    pair.model().pace.isPlain = true;
+    pair.steer([](Model& model) { pour(model, 0.5, 0.1); });
+    pair.step(5);
+    EXPECT_FALSE(pair.doesVisitRest(1));
+    pair.model().pace.isPlain = false;
+    pair.step(200);
+    EXPECT_GT(pair.model().links[1].statFlowVolume, 0.0);
+    pair.finish();
+}
+
+TEST(RestOfVisits, LeavesTheBookOfLoadsAsItIs) {
+    Pair pair(chain(TWO_PIPES));
+    pair.steer([](Model& model) {
+        model.loadBook->isWanted = true;
+        loadbook_open(model);
+    });
+    pair.step(20);
+    ASSERT_TRUE(pair.doesVisitRest(0));
+    pair.steer([](Model& model) { pour(model, 0.5, 0.25); });
+    pair.step(300);
+    Balance rested{}, worked{};
+    for (int32_t node = 0; node < 3; ++node) {
+        ASSERT_TRUE(loadbook_getNode(pair.model(), node, 0, rested));
+        ASSERT_TRUE(loadbook_getNode(*pair.plain.model, node, 0, worked));
+        EXPECT_EQ(rested.in, worked.in) << node;
+        EXPECT_EQ(rested.out, worked.out) << node;
+        EXPECT_GT(rested.in, 0.0) << node;
+    }
+    pair.finish();
 }
 
 // --- stores --------------------------------------------------------------------------------------------------------
