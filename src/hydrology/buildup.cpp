@@ -1,8 +1,8 @@
 // Growth of the buildup in dry weather, by the law of the room landuse. Dry weather is most of a year, and this most of
 // its work: a logarithm and a power for each land use and pollutant, since the curve starts anew in each step from
 // where the last one has left it. So the arithmetic stands here a second time, in passes over plain arrays of a few
-// subcatchments, between which the logarithms and powers are called one right behind the other. Each number goes
-// through the same operations in the same order as in landuse_getBuildup, and comes out with the same bits.
+// subcatchments, between which the logarithms and powers are taken of whole arrays. Each number goes through the same
+// operations in the same order as in landuse_getBuildup, and comes out with the same bits.
 
 #include "hydrology/buildup.h"
 
@@ -11,6 +11,7 @@
 
 #include "hydrology/landuse.h"
 #include "model/model.h"
+#include "platform/vectormath.h"
 #include "text/units.h"
 
 static constexpr size_t BATCH = 96;  ///< buildups that a pass takes
@@ -83,17 +84,27 @@ void buildup_prepare(Model& model, double dt) {
 
 // --- growth --------------------------------------------------------------------------------------------------------
 
-/// The calls, apart: with little else at hand a call costs little beside itself.
-[[gnu::noinline]] static void takeLogarithms(double* work, const double* perArea, const double* nearlyFull,
-                                             size_t count) {
+/// Where the land is nearly full no logarithm is asked for. One is taken of 1 there, which is quick.
+static void takeLogarithms(double* __restrict work, const double* __restrict perArea,
+                           const double* __restrict nearlyFull, size_t count) {
     for (size_t k = 0; k < count; ++k) {
-        work[k] = perArea[k] < nearlyFull[k] ? std::log(work[k]) : LOG_NEARLY_FULL;
+        work[k] = perArea[k] < nearlyFull[k] ? work[k] : 1.0;
+    }
+    vectormath_log(work, work, count);
+    for (size_t k = 0; k < count; ++k) {
+        work[k] = perArea[k] < nearlyFull[k] ? work[k] : LOG_NEARLY_FULL;
     }
 }
 
-[[gnu::noinline]] static void takePowers(double* ages, const double* exponents, const double* fullAges, size_t count) {
+/// Beyond the full age likewise. The powers take the place of their exponents.
+static void takePowers(double* __restrict exponents, const double* __restrict ages, const double* __restrict fullAges,
+                       size_t count) {
     for (size_t k = 0; k < count; ++k) {
-        ages[k] = ages[k] < fullAges[k] ? std::exp(exponents[k]) : 0.0;
+        exponents[k] = ages[k] < fullAges[k] ? exponents[k] : 0.0;
+    }
+    vectormath_exp(exponents, exponents, count);
+    for (size_t k = 0; k < count; ++k) {
+        exponents[k] = ages[k] < fullAges[k] ? exponents[k] : 0.0;
     }
 }
 
@@ -119,10 +130,11 @@ static void growBatch(const BuildupRules& rules, const double* __restrict area, 
         work[k] = -work[k] / rate[k] + days;  // the age
         exponent[k] = -rate[k] * work[k];
     }
-    takePowers(work, exponent, rules.fullAge.data(), count);
+    takePowers(exponent, work, rules.fullAge.data(), count);
     double* __restrict growth = perArea;
     for (size_t k = 0; k < count; ++k) {
-        const double grown = (1.0 - work[k]) * limit[k] * area[k];
+        const double power = growth[k];
+        const double grown = (1.0 - power) * limit[k] * area[k];
         const double next = grown < present[k] ? present[k] : grown;
         growth[k] = isCounted[k] != 0.0 ? next - present[k] : 0.0;
         present[k] = next;
