@@ -4,6 +4,23 @@
 
 #include <cstddef>
 
+/// Marks a function for processors that take four numbers at once in plain arithmetic as well. It has the bits of one
+/// without the mark, and is called where vectormath_isWide() alone.
+#if defined(__x86_64__) && defined(__GNUC__)
+#define VECTORMATH_WIDE [[gnu::target("avx2")]]
+#else
+#define VECTORMATH_WIDE
+#endif
+
+/// Whether the processor can do what VECTORMATH_WIDE marks.
+inline bool vectormath_isWide() {
+#if defined(__x86_64__) && defined(__GNUC__)
+    return __builtin_cpu_supports("avx2") != 0;
+#else
+    return false;
+#endif
+}
+
 /// y[k] = std::log(x[k]). The two arrays are apart, or the same one.
 void vectormath_log(const double* x, double* y, size_t count);
 
