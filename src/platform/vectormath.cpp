@@ -200,8 +200,7 @@ WITHIN_VECTORS static Parts findParts(__m256d x) {
 
 /// Four results. Where the library has to be asked the number itself is left, and a bit set.
 template <Law law>
-WITHIN_VECTORS static uint64_t takeFour(const double* x, double* y) {
-    const __m256d numbers = _mm256_loadu_pd(x);
+WITHIN_VECTORS static uint64_t takeFour(__m256d numbers, double* y) {
     const Parts parts = findParts<law>(numbers);
     const __m256d areDone = _mm256_and_pd(areEasy<law>(numbers), areSure<law>(parts));
     __m256d results = parts.high;
@@ -212,27 +211,21 @@ WITHIN_VECTORS static uint64_t takeFour(const double* x, double* y) {
     return static_cast<uint64_t>(_mm256_movemask_pd(areDone)) ^ 0xF;
 }
 
-/// Fewer than four.
-template <Law law>
-WITHIN_VECTORS static uint64_t takeRest(const double* x, double* y, size_t count) {
-    double four[LANES] = {1.0, 1.0, 1.0, 1.0};
-    std::copy_n(x, count, four);
-    const uint64_t open = takeFour<law>(four, four);
-    std::copy_n(four, count, y);
-    return open & ((uint64_t{1} << count) - 1);
-}
-
+/// The last four, of which some may have been taken before, and come to the same again, are fetched ahead of all: their
+/// place may be that of results. Fewer than four are left to the library.
 template <Law law>
 WITH_VECTORS static uint64_t takeBlock(const double* x, double* y, size_t count) {
+    if (count < LANES) {
+        std::copy_n(x, count, y);
+        return (uint64_t{1} << count) - 1;
+    }
+    const size_t last = count - LANES;
+    const __m256d lastNumbers = _mm256_loadu_pd(x + last);
     uint64_t open = 0;
-    size_t k = 0;
-    for (; k + LANES <= count; k += LANES) {
-        open |= takeFour<law>(x + k, y + k) << k;
+    for (size_t k = 0; k < last; k += LANES) {
+        open |= takeFour<law>(_mm256_loadu_pd(x + k), y + k) << k;
     }
-    if (k < count) {
-        open |= takeRest<law>(x + k, y + k, count - k) << k;
-    }
-    return open;
+    return open | takeFour<law>(lastNumbers, y + last) << last;
 }
 
 // --- arrays --------------------------------------------------------------------------------------------------------

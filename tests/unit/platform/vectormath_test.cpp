@@ -250,16 +250,18 @@ TEST(Vectormath, TakesArraysOfAnyLengthAndNothingBehindThem) {
 
 TEST(Vectormath, TakesTheResultsIntoThePlaceOfTheNumbers) {
     Chance chance{88172645463325252};
-    std::vector<double> numbers(1003);
-    for (double& number : numbers) {
-        number = getBetween(chance, 0.0, 1.0);
-    }
-    std::vector<double> logs = numbers, powers = numbers;
-    vectormath_log(logs.data(), logs.data(), logs.size());
-    vectormath_exp(powers.data(), powers.data(), powers.size());
-    for (size_t k = 0; k < numbers.size(); ++k) {
-        ASSERT_EQ(std::bit_cast<uint64_t>(logs[k]), findLog(numbers[k])) << k;
-        ASSERT_EQ(std::bit_cast<uint64_t>(powers[k]), findExp(numbers[k])) << k;
+    for (size_t count = 0; count < 140; ++count) {
+        std::vector<double> numbers(count);
+        for (double& number : numbers) {
+            number = getBetween(chance, 0.0, 1.0);
+        }
+        std::vector<double> logs = numbers, powers = numbers;
+        vectormath_log(logs.data(), logs.data(), count);
+        vectormath_exp(powers.data(), powers.data(), count);
+        for (size_t k = 0; k < count; ++k) {
+            ASSERT_EQ(std::bit_cast<uint64_t>(logs[k]), findLog(numbers[k])) << k << " of " << count;
+            ASSERT_EQ(std::bit_cast<uint64_t>(powers[k]), findExp(numbers[k])) << k << " of " << count;
+        }
     }
 }
 
