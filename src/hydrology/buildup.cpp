@@ -1,8 +1,8 @@
 // Growth of the buildup in dry weather, by the law of the room landuse. Dry weather is most of a year, and this most of
 // its work: a logarithm and a power for each land use and pollutant, since the curve starts anew in each step from
 // where the last one has left it. So the arithmetic stands here a second time, in passes over plain arrays of a few
-// subcatchments, between which the logarithms and powers are called one right behind the other. Each number goes
-// through the same operations in the same order as in landuse_getBuildup, and comes out with the same bits.
+// subcatchments, between which the logarithms and powers are taken of whole arrays. Each number goes through the same
+// operations in the same order as in landuse_getBuildup, and comes out with the same bits.
 
 #include "hydrology/buildup.h"
 
@@ -11,6 +11,7 @@
 
 #include "hydrology/landuse.h"
 #include "model/model.h"
+#include "platform/vectormath.h"
 #include "text/units.h"
 
 static constexpr size_t BATCH = 96;  ///< buildups that a pass takes
@@ -88,49 +89,66 @@ void buildup_prepare(Model& model, double dt) {
 
 // --- growth --------------------------------------------------------------------------------------------------------
 
-/// The calls, apart: with little else at hand a call costs little beside itself.
-[[gnu::noinline]] static void takeLogarithms(double* work, const double* perArea, const double* nearlyFull,
-                                             size_t count) {
-    for (size_t k = 0; k < count; ++k) {
-        work[k] = perArea[k] < nearlyFull[k] ? std::log(work[k]) : LOG_NEARLY_FULL;
-    }
-}
-
-[[gnu::noinline]] static void takePowers(double* ages, const double* exponents, const double* fullAges, size_t count) {
-    for (size_t k = 0; k < count; ++k) {
-        ages[k] = ages[k] < fullAges[k] ? std::exp(exponents[k]) : 0.0;
-    }
-}
-
 /// The buildups (kg) behind the step in place of the present ones, and into the scratch what of them is new and counts.
 /// Where the law has cases the arithmetic comes to the same: nothing there has the logarithm 0 and so the age 0; at an
 /// age of 0 the power is 1 and what has built up 0; beyond the full age a power of 0 gives the limit itself; a rule
-/// without limit gives 0 in any case; a land use that isn't there keeps its 0.
-static void growBatch(const BuildupRules& rules, const double* __restrict area, double* __restrict present,
-                      BuildupScratch& s, size_t count) {
+/// without limit gives 0 in any case; a land use that isn't there keeps its 0. Where the law asks for no logarithm or
+/// no power, one is taken of what is quickly done, and dropped. Choices have loops of their own: in one with arithmetic
+/// the compiler makes branches of them, and takes number by number.
+[[gnu::always_inline]] inline static void growNumbers(const BuildupRules& rules, const double* __restrict area,
+                                                      double* __restrict present, BuildupScratch& s, size_t count) {
     const double* __restrict limit = rules.limit.data();
     const double* __restrict rate = rules.rate.data();
+    const double* __restrict nearlyFull = rules.nearlyFull.data();
+    const double* __restrict fullAge = rules.fullAge.data();
     const double* __restrict isCounted = rules.isCounted.data();
-    double* __restrict perArea = s.perArea.data();
-    double* __restrict work = s.work.data();
+    double* __restrict numbers = s.numbers.data();  // per area, then the powers, at last what is new
+    double* __restrict work = s.work.data();        // logarithms, then ages
     const double days = rules.days;
     for (size_t k = 0; k < count; ++k) {
-        perArea[k] = present[k] / area[k];
-        work[k] = 1.0 - perArea[k] / limit[k];
+        numbers[k] = present[k] / area[k];
+        work[k] = 1.0 - numbers[k] / limit[k];
     }
-    takeLogarithms(work, perArea, rules.nearlyFull.data(), count);
-    double* __restrict exponent = perArea;
     for (size_t k = 0; k < count; ++k) {
-        work[k] = -work[k] / rate[k] + days;  // the age
-        exponent[k] = -rate[k] * work[k];
+        work[k] = numbers[k] < nearlyFull[k] ? work[k] : 1.0;
     }
-    takePowers(work, exponent, rules.fullAge.data(), count);
-    double* __restrict growth = perArea;
+    vectormath_log(work, work, count);
     for (size_t k = 0; k < count; ++k) {
-        const double grown = (1.0 - work[k]) * limit[k] * area[k];
+        work[k] = numbers[k] < nearlyFull[k] ? work[k] : LOG_NEARLY_FULL;
+    }
+    for (size_t k = 0; k < count; ++k) {
+        work[k] = -work[k] / rate[k] + days;
+        numbers[k] = -rate[k] * work[k];
+    }
+    for (size_t k = 0; k < count; ++k) {
+        numbers[k] = work[k] < fullAge[k] ? numbers[k] : 0.0;
+    }
+    vectormath_exp(numbers, numbers, count);
+    for (size_t k = 0; k < count; ++k) {
+        numbers[k] = work[k] < fullAge[k] ? numbers[k] : 0.0;
+    }
+    for (size_t k = 0; k < count; ++k) {
+        const double grown = (1.0 - numbers[k]) * limit[k] * area[k];
         const double next = grown < present[k] ? present[k] : grown;
-        growth[k] = isCounted[k] != 0.0 ? next - present[k] : 0.0;
+        numbers[k] = next - present[k];
         present[k] = next;
+    }
+    for (size_t k = 0; k < count; ++k) {
+        numbers[k] = isCounted[k] != 0.0 ? numbers[k] : 0.0;
+    }
+}
+
+VECTORMATH_WIDE static void growWide(const BuildupRules& rules, const double* area, double* present,
+                                     BuildupScratch& scratch, size_t count) {
+    growNumbers(rules, area, present, scratch, count);
+}
+
+static void growBatch(const BuildupRules& rules, const double* area, double* present, BuildupScratch& scratch,
+                      size_t count) {
+    if (vectormath_isWide()) {
+        growWide(rules, area, present, scratch, count);
+    } else {
+        growNumbers(rules, area, present, scratch, count);
     }
 }
 
@@ -178,7 +196,7 @@ static void growRun(Model& model, int32_t first, int32_t count, uint8_t* grows, 
     growBatch(rules, &rules.areas[static_cast<size_t>(first) * shares], buildups, scratch, total);
     for (int32_t k = 0; k < count; ++k) {
         const size_t place = static_cast<size_t>(k) * shares;
-        addGrowth(model.subcatches[first + k].surfaceBuildup, &scratch.perArea[place], model.landuses.size(),
+        addGrowth(model.subcatches[first + k].surfaceBuildup, &scratch.numbers[place], model.landuses.size(),
                   model_pollutantCount(model));
         const bool isSame =
             rules.isLooking && std::equal(buildups + place, buildups + place + shares, &scratch.before[place]);
@@ -198,7 +216,7 @@ void buildup_grow(Model& model, const int32_t* subcatches, int32_t count, uint8_
         }
         return;
     }
-    scratch.perArea.resize(rules.limit.size());
+    scratch.numbers.resize(rules.limit.size());
     scratch.work.resize(rules.limit.size());
     int32_t k = 0;
     while (k < count) {

@@ -28,7 +28,7 @@ struct BuildupRules {
 
 /// What whoever grows a batch works with.
 struct BuildupScratch {
-    std::vector<double> perArea;
+    std::vector<double> numbers;
     std::vector<double> work;
     std::vector<double> before;
 };
