@@ -1,4 +1,4 @@
-#!/usr/bin/python3
+#!/usr/bin/env python3
 """Writes src/platform/vectortables.h, the numbers of the logarithms and powers that are worked out four at a time.
 
 Needs nothing but Python: all is worked out with 60 decimal digits and rounded once, at the end.
