@@ -7,6 +7,6 @@ struct Model;
 [[nodiscard]] Model& defaultmodel_get();
 
 /// Puts a closed model in its place and lets the old one go as it stands. What a host may see of a project after its
-/// end goes along: the current error, the paths of engines, options and clock; and the pace that it has set. Throws without memory, and then the old
-/// model stays.
+/// end goes along: the current error, the paths of engines, options and clock; and the pace that it has set. Throws
+/// without memory, and then the old model stays.
 Model& defaultmodel_renew();

@@ -22,8 +22,8 @@
     return true;
 }
 
-/// Whether one of two numbers has the sign that -0.0 and negative ones have. A sum without it stays as it is by 0, and a
-/// maximum without it stays as it is by a flow of 0.
+/// Whether one of two numbers has the sign that -0.0 and negative ones have. A sum without it stays as it is by 0, and
+/// a maximum without it stays as it is by a flow of 0.
 [[nodiscard]] inline uint64_t still_getSigns(double a, double b) {
     return (still_getBits(a) | still_getBits(b)) >> 63;
 }
