@@ -74,9 +74,9 @@ struct Model {
     CurrentError error{};
     MessageLog* log{};  ///< of the host, or null
     bool isSilent{};    ///< says nothing on standard output
-    Pace pace;
     bool isOpen{};
     bool isStarted{};
+    Pace pace;
 
     // --- what was read: constant through a run but for what a host sets
 
