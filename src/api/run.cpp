@@ -223,6 +223,7 @@ int32_t run_end(Model& model) {
 }
 
 void run_close(Model& model) {
+    workers_stop(*model.workers);
     if (model.isStarted) {
         routing_close(model);
     }

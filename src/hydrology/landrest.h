@@ -61,8 +61,8 @@ void landrest_passDryTime(Model& model, double dt);
 /// Lists anew what is awake, after a step in which something came to rest.
 void landrest_list(Model& model);
 
-/// Whether a subcatchment may come to rest in the step that begins now: no rain, nothing ponded but
-/// in the depressions of the impervious part, and no LID unit is awake.
+/// Whether a subcatchment may come to rest in the step that begins now: no rain, nothing ponded but in the depressions
+/// of the impervious part, and no LID unit awake.
 [[nodiscard]] bool landrest_isStill(const Model& model, int32_t subcatch);
 
 /// Keeps a subcatchment as it is ahead of a step; and finds behind it how far it has come.

@@ -244,8 +244,8 @@ static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t ind
     if (!isNothing(model, subcatch, flow) || !still_isZero(subcatch.rain) || !lidrest_isStill(model, index)) {
         return stepUnit(model, subcatch, unit, flow, hour, dt);
     }
-    LidBefore before;
-    lidrest_keep(model, unit, before);
+    const LidUnit before = unit;
+    lidrest_keep(model, index);
     const LidOutflow out = stepUnit(model, subcatch, unit, flow, hour, dt);
     lidrest_judge(model, index, before, out);
     return out;

@@ -27,6 +27,7 @@
 
 void lidrest_wakeAll(Model& model) {
     model.lidRest->units.fill(model.lidUnits.size(), LID_AWAKE);
+    model.lidRest->sums.resize(model.lidUnits.rows.size() * static_cast<size_t>(lidunit_getSumCount(model)));
 }
 
 void lidrest_wake(Model& model, int32_t unit) {
@@ -47,9 +48,13 @@ bool lidrest_isStill(const Model& model, int32_t index) {
            unit.lastDrainFlow == 0.0;
 }
 
-void lidrest_keep(const Model& model, const LidUnit& unit, LidBefore& before) {
-    before.record = unit;
-    before.sums.assign(unit.load, unit.load + lidunit_getSumCount(model));
+/// The place of a unit's balance.
+static double* findSums(Model& model, int32_t unit) {
+    return model.lidRest->sums.data() + int64_t{unit} * lidunit_getSumCount(model);
+}
+
+void lidrest_keep(Model& model, int32_t index) {
+    std::copy_n(model.lidUnits[index].load, lidunit_getSumCount(model), findSums(model, index));
 }
 
 static bool isZero(const double* values, int64_t count) {
@@ -64,14 +69,15 @@ static bool isShut(const Model& model, const LidUnit& unit, const LidOutflow& ou
 }
 
 /// Whether a unit is as it was; what is new by now was rolled ahead of the step, and is compared with what it became.
-static bool isAsBefore(const Model& model, const LidUnit& unit, LidBefore& before) {
-    LidUnit& old = before.record;
+static bool isAsBefore(Model& model, int32_t index, LidUnit& old) {
+    const LidUnit& unit = model.lidUnits[index];
     old.thisSurfaceFlow = old.lastSurfaceFlow;
     old.thisDrainFlow = old.lastDrainFlow;
     old.dryTime = unit.dryTime;
-    const size_t size = before.sums.size() * sizeof(double);
+    const size_t size = static_cast<size_t>(lidunit_getSumCount(model)) * sizeof(double);
     return std::memcmp(reinterpret_cast<const char*>(&unit), reinterpret_cast<const char*>(&old), sizeof unit) == 0 &&
-           lidunit_areMassesSteady(model, unit) && (size == 0 || std::memcmp(unit.load, before.sums.data(), size) == 0);
+           lidunit_areMassesSteady(model, unit) &&
+           (size == 0 || std::memcmp(unit.load, findSums(model, index), size) == 0);
 }
 
 /// A barrel with water above its drain waits for dry weather to last.
@@ -115,14 +121,14 @@ static bool isSoilAlone(const Model& model, const LidUnit& unit, const Lid& lid)
            isZero(unit.lastPavementMass, pollutants) && isZero(unit.lastStorageMass, pollutants);
 }
 
-void lidrest_judge(Model& model, int32_t index, LidBefore& before, const LidOutflow& out) {
+void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow& out) {
     const LidUnit& unit = model.lidUnits[index];
     const Lid& lid = model.lids[unit.lid];
-    const bool hasWaited = isWaiting(lid, before.record);  // in this step, so that it tells nothing of one that drains
+    const bool hasWaited = isWaiting(lid, before);  // in this step, so that it tells nothing of one that drains
     LidPace pace = LID_AWAKE;
     if (!isShut(model, unit, out)) {
         pace = LID_AWAKE;
-    } else if (out.evap == 0.0 && !goesByHour(model, unit, lid) && isAsBefore(model, unit, before)) {
+    } else if (out.evap == 0.0 && !goesByHour(model, unit, lid) && isAsBefore(model, index, before)) {
         pace = isWaiting(lid, unit) ? LID_DRYING : hasWaited ? LID_AWAKE : LID_RESTING;
     } else if (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0) {
         pace = LID_DRYING;

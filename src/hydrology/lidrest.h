@@ -19,13 +19,8 @@ enum LidPace : uint8_t {
 
 /// Which units rest.
 struct LidRest {
-    Table<uint8_t> units;  ///< LidPace, by unit
-};
-
-/// A unit ahead of its step, behind the roll from new to old.
-struct LidBefore {
-    LidUnit record;
-    std::vector<double> sums;
+    Table<uint8_t> units;      ///< LidPace, by unit
+    std::vector<double> sums;  ///< of each unit, scratch of a step: its balance ahead of the step
 };
 
 /// Wakes all units, or one.
@@ -41,6 +36,7 @@ double lidrest_dry(Model& model, int32_t unit, int32_t hour, double dt);
 /// water in the soil.
 [[nodiscard]] bool lidrest_isStill(const Model& model, int32_t unit);
 
-/// Keeps a unit as it is ahead of a step; and finds behind it how far the unit has come, from what left it.
-void lidrest_keep(const Model& model, const LidUnit& unit, LidBefore& before);
-void lidrest_judge(Model& model, int32_t unit, LidBefore& before, const LidOutflow& out);
+/// Keeps a unit as it is ahead of a step, behind the roll from new to old; and finds behind the step how far the unit
+/// has come, from what it was and what left it.
+void lidrest_keep(Model& model, int32_t unit);
+void lidrest_judge(Model& model, int32_t unit, LidUnit before, const LidOutflow& out);
