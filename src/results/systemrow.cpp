@@ -35,24 +35,35 @@ double getRain(const Model& model, const Subcatch& s, bool isRow) {
     return isRow ? model.gages[s.gage].reportRain : s.rain;
 }
 
+/// Sums over the land, weighted with the areas.
+template <class Sum>
+struct LandSums {
+    Sum area, rain, evap, infil, runoff;
+};
+
+template <class Sum>
+void closeLand(const LandSums<Sum>& sums, Sum* row) {
+    if (sums.area > 0) {
+        row[SYSTEM_RAINFALL] = getMean(sums.rain, sums.area, MM_PER_HOUR);
+        row[SYSTEM_EVAPORATION] = getMean(sums.evap, sums.area, MM_PER_DAY);
+        row[SYSTEM_INFILTRATION] = getMean(sums.infil, sums.area, MM_PER_HOUR);
+        row[SYSTEM_RUNOFF] = sums.runoff;
+    }
+}
+
 template <class Sum>
 void fillLand(const Model& model, double f, bool isRow, Sum* row) {
-    Sum area = 0, rain = 0, evap = 0, infil = 0, runoff = 0;
+    LandSums<Sum> sums{};
     for (const Subcatch& s : model.subcatches) {
-        add(area, s.area);
+        add(sums.area, s.area);
         if (s.gage >= 0) {
-            add(rain, s.area * getRain(model, s, isRow));
+            add(sums.rain, s.area * getRain(model, s, isRow));
         }
-        add(evap, s.area * s.evapRate);
-        add(infil, s.area * s.infilRate);
-        add(runoff, rowvalues_mix(f, s.lastRunoff, s.thisRunoff));
+        add(sums.evap, s.area * s.evapRate);
+        add(sums.infil, s.area * s.infilRate);
+        add(sums.runoff, rowvalues_mix(f, s.lastRunoff, s.thisRunoff));
     }
-    if (area > 0) {
-        row[SYSTEM_RAINFALL] = getMean(rain, area, MM_PER_HOUR);
-        row[SYSTEM_EVAPORATION] = getMean(evap, area, MM_PER_DAY);
-        row[SYSTEM_INFILTRATION] = getMean(infil, area, MM_PER_HOUR);
-        row[SYSTEM_RUNOFF] = runoff;
-    }
+    closeLand(sums, row);
 }
 
 // --- inflows -------------------------------------------------------------------------------------------------------
@@ -173,10 +184,43 @@ void addLinks(const Model& model, double f, Sum* row) {
     std::copy_n(row, SYSTEM_LENGTH, sums);
     const int32_t count = model.links.size();
     for (int32_t k = 0; k < count; ++k) {
-        rows_fetchAhead(model, LINK, nullptr, count, k);
+        rows_fetchLinks(model, k);
         addLink(model, k, f, sums);
     }
     std::copy_n(sums, SYSTEM_LENGTH, row);
+}
+
+/// Sorted in a copy: the list itself keeps its order for the step that takes it.
+HostFlows sortHostFlows(const Model& model) {
+    HostFlows host{model.requests.inflows};
+    std::stable_sort(host.sorted.begin(), host.sorted.end(),
+                     [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
+    return host;
+}
+
+/// What comes in from outside, by the lists of the nodes that it comes to.
+void addListedInflows(Model& model, DateTime date, float* row) {
+    HostFlows host = sortHostFlows(model);
+    for (const int32_t node : model.nodesWithExternal) {
+        addHostFlows(host.sorted, node - 1, host.place, row);
+        add(row[SYSTEM_DIRECT_INFLOW], getExternalFlow(model, model.nodes[node], date));
+    }
+    addHostFlows(host.sorted, model.nodes.size() - 1, host.place, row);
+    const int32_t hour = datetime_getHour(date);
+    for (const DryWeatherNode& entry : model.nodesWithDryWeather) {
+        if (entry.flow) {
+            add(row[SYSTEM_DRY_WEATHER_FLOW], inflows_dryWeatherValue(model, *entry.flow, hour));
+        }
+    }
+}
+
+/// Flows of outside models, a kind without rows.
+void addModels(const Model& model, const std::vector<RowRun>& runs, float* row) {
+    for (const RowRun& run : runs) {
+        for (int32_t k = 0; run.table < 0 && run.kind == SWMM && k < run.count; ++k) {
+            swmm_addFlows(model, run.kindIndex + k, row[SYSTEM_SWMM_INFLOW], row[SYSTEM_SWMM_OUTFLOW]);
+        }
+    }
 }
 
 }  // namespace
@@ -184,12 +228,19 @@ void addLinks(const Model& model, double f, Sum* row) {
 void systemrow_fill(Model& model, DateTime date, double networkFactor, double landFactor, float* row) {
     std::fill_n(row, SYSTEM_LENGTH, 0.0f);
     fillLand(model, landFactor, true, row);
-    // Sorted in a copy: the list itself keeps its order for the step that takes it.
-    HostFlows host{model.requests.inflows};
-    std::stable_sort(host.sorted.begin(), host.sorted.end(),
-                     [](const HostInflow& a, const HostInflow& b) { return a.node < b.node; });
+    HostFlows host = sortHostFlows(model);
     addNodes(model, networkFactor, date, host, row);
     addLinks(model, networkFactor, row);
+}
+
+void systemrow_close(Model& model, DateTime date, const std::vector<RowRun>& runs, const float* sums, float* row) {
+    std::copy_n(sums, SYSTEM_LENGTH, row);
+    row[SYSTEM_RAINFALL] = row[SYSTEM_EVAPORATION] = row[SYSTEM_INFILTRATION] = row[SYSTEM_RUNOFF] = 0.0f;
+    closeLand<float>({sums[LAND_AREA_SUM], sums[SYSTEM_RAINFALL], sums[SYSTEM_EVAPORATION], sums[SYSTEM_INFILTRATION],
+                      sums[SYSTEM_RUNOFF]},
+                     row);
+    addListedInflows(model, date, row);
+    addModels(model, runs, row);
 }
 
 void systemrow_fillNow(Model& model, double* row) {
