@@ -61,7 +61,6 @@ static void openTable(Model& model, int32_t table) {
     buffer.count = rows_getObjectCount(model, table);
     if (hasMeans(model, table) && buffer.count > 0) {
         buffer.sums = allocate<float>(model, static_cast<int64_t>(buffer.count) * buffer.length);
-        buffer.count = buffer.sums ? buffer.count : 0;
     }
     buffer.place = results.recordLength;
     results.recordLength += static_cast<int64_t>(buffer.count) * buffer.length;
@@ -76,7 +75,7 @@ static void openBuffers(Model& model) {
     for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
         openTable(model, table);
     }
-    if (model.sinks & (SINK_FILE | SINK_DATABASE | SINK_MEMORY)) {
+    if (model.sinks & (SINK_FILE | SINK_DATABASE | SINK_MEMORY) && !model.error.code) {
         results.record = allocate<float>(model, results.recordLength);
     }
 }

@@ -122,20 +122,21 @@ void rowpieces_addToSums(Model& model) {
     });
 }
 
-/// A period without a step gives what 0 / 0 is.
+/// System and land are those of the report time, so the whole record is made for it, and the means take their places. A
+/// period without a step gives what 0 / 0 is.
 void rowpieces_makeMeans(Model& model, DateTime date, const RowWeights& weights) {
     const ResultBuffers& results = *model.results;
-    systemrow_fill(model, date, weights.network, weights.land, results.record);
+    rowpieces_makeRecord(model, date, weights);
     const float count = static_cast<float>(results.sumCount);
     shareRuns(model, countWorkers(model), [&](const RowRun& run, int32_t) {
-        if (run.table == SUBCATCH_TABLE) {
-            rows_fillRun(model, run, weights.land, findInRecord(results, run));
-        } else if (const float* const sums = findSums(results, run)) {
-            float* const rows = findInRecord(results, run);
-            const int32_t values = run.count * results.buffers[run.table].length;
-            for (int32_t k = 0; k < values; ++k) {
-                rows[k] = sums[k] / count;
-            }
+        const float* const sums = findSums(results, run);
+        if (!sums) {
+            return;
+        }
+        float* const rows = findInRecord(results, run);
+        const int32_t values = run.count * results.buffers[run.table].length;
+        for (int32_t k = 0; k < values; ++k) {
+            rows[k] = sums[k] / count;
         }
     });
 }

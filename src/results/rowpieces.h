@@ -11,7 +11,7 @@ struct Model;
 
 /// One table, from a start to the next or to the close.
 struct TableBuffer {
-    float* sums;    ///< rows added up since the last report; null without means, and where the memory can't hold them
+    float* sums;    ///< rows added up since the last report; null without means
     int64_t place;  ///< of its first row in the record
     int32_t count;  ///< of objects with a row in the record
     int32_t length;
