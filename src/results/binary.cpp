@@ -22,6 +22,7 @@
 static constexpr uint32_t MAGIC_NUMBER = 516114522;
 static constexpr uint32_t FORMAT_VERSION = 21000;
 static constexpr size_t BUFFER_SIZE = size_t{1} << 20;
+static constexpr size_t LARGE_SIZE = size_t{1} << 16;  ///< which is better written as it stands
 
 // --- buffer --------------------------------------------------------------------------------------------------------
 
@@ -37,12 +38,13 @@ static void flushBuffer(BinaryResults& out) {
     out.bufferFilled = 0;
 }
 
-/// What is too large for the buffer needn't go through it.
+/// Large pieces don't go through the buffer.
 static void writeBytes(BinaryResults& out, const void* bytes, size_t size) {
-    if (size > BUFFER_SIZE - out.bufferFilled) {
+    const bool isLarge = size >= LARGE_SIZE;
+    if (isLarge || size > BUFFER_SIZE - out.bufferFilled) {
         flushBuffer(out);
     }
-    if (size > BUFFER_SIZE) {
+    if (isLarge) {
         writeOut(out, bytes, size);
         return;
     }

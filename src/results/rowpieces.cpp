@@ -1,11 +1,12 @@
 // A report goes through the objects once, run by run: each run fills its own part of the record, and adds what its
-// objects share to the sums of the system. Threads take runs as they come. What they share is kept then as it is, and
-// added when all is there: in single the order of a sum is part of its result, and so it is always that of the objects.
+// objects share to the sums of the system. Threads take pieces as they come. What their objects share is kept then as
+// it is, and added in its turn: in single the order of a sum is part of its result, and so it is always that of the
+// objects.
 
 #include "results/rowpieces.h"
 
-#include <algorithm>
 #include <atomic>
+#include <mutex>
 #include <vector>
 
 #include "model/model.h"
@@ -13,7 +14,7 @@
 #include "results/systemrow.h"
 
 static constexpr int64_t OBJECTS_OF_PIECE = 1024;
-static constexpr int64_t LEAST_PIECES = 4;  ///< below which threads cost more than they give
+static constexpr int64_t LEAST_PIECES = 32;  ///< below which it costs more to wake a thread than it gives
 
 static int64_t countPieces(const Model& model) {
     return (model_getPlaceCount(model) + OBJECTS_OF_PIECE - 1) / OBJECTS_OF_PIECE;
@@ -23,22 +24,25 @@ static int32_t countWorkers(const Model& model) {
     return countPieces(model) >= LEAST_PIECES ? model.pace.threadCount : 1;
 }
 
-/// Calls `make` with each run and with the worker that takes it. Whoever is done with a piece takes the next.
+/// Runs that one thread takes at once.
+struct RowPiece {
+    size_t index;
+    const RowRun *first, *end;
+};
+
+static RowPiece getPiece(const std::vector<RowRun>& runs, size_t pieces, size_t index) {
+    const size_t first = runs.size() * index / pieces, end = runs.size() * (index + 1) / pieces;
+    return {index, runs.data() + first, runs.data() + end};
+}
+
+/// Calls `make` with each piece and with the worker that takes it. Whoever is done with one takes the next.
 template <class Make>
-static void shareRuns(Model& model, int32_t workers, Make make) {
-    const std::vector<RowRun>& runs = model.results->runs;
-    if (runs.empty()) {
-        return;
-    }
-    const size_t pieces = static_cast<size_t>(countPieces(model));
-    const size_t step = (runs.size() + pieces - 1) / pieces;
+static void sharePieces(Model& model, int32_t workers, Make make) {
+    const auto pieces = static_cast<size_t>(countPieces(model));
     std::atomic<size_t> next{0};
     auto takePieces = [&](int32_t worker) {
-        for (size_t first = next.fetch_add(step); first < runs.size(); first = next.fetch_add(step)) {
-            const size_t end = std::min(first + step, runs.size());
-            for (size_t k = first; k < end; ++k) {
-                make(runs[k], worker);
-            }
+        for (size_t k = next++; k < pieces; k = next++) {
+            make(getPiece(model.results->runs, pieces, k), worker);
         }
     };
     workers_share(*model.workers, workers, takePieces);
@@ -71,16 +75,36 @@ static void addAlone(Model& model, const RowWeights& weights, float* sums) {
     }
 }
 
+/// The same by several. Whoever has filled a piece adds what is next, as far as it is there and nobody else is at it:
+/// the order is that of the pieces, whoever adds them.
 static void addTogether(Model& model, int32_t workers, const RowWeights& weights, float* sums) {
     ResultBuffers& results = *model.results;
     results.shares.resize(static_cast<size_t>(rows_countShares(results.runs)));
     float* const shares = results.shares.data();
-    shareRuns(model, workers, [&](const RowRun& run, int32_t) {
-        rows_fillAndKeep(model, run, getWeight(run, weights), findInRecord(results, run), shares + run.sharePlace);
+    const auto pieces = static_cast<size_t>(countPieces(model));
+    std::vector<std::atomic<bool>> isFilled(pieces);
+    std::mutex turn;
+    size_t next = 0;
+    const auto addNext = [&] {
+        for (; next < pieces && isFilled[next].load(std::memory_order_acquire); ++next) {
+            const RowPiece piece = getPiece(results.runs, pieces, next);
+            for (const RowRun* run = piece.first; run < piece.end; ++run) {
+                rows_addShares(*run, shares + run->sharePlace, sums);
+            }
+        }
+    };
+    sharePieces(model, workers, [&](const RowPiece& piece, int32_t) {
+        for (const RowRun* run = piece.first; run < piece.end; ++run) {
+            rows_fillAndKeep(model, *run, getWeight(*run, weights), findInRecord(results, *run),
+                             shares + run->sharePlace);
+        }
+        isFilled[piece.index].store(true, std::memory_order_release);
+        const std::unique_lock<std::mutex> mine(turn, std::try_to_lock);
+        if (mine.owns_lock()) {
+            addNext();
+        }
     });
-    for (const RowRun& run : results.runs) {
-        rows_addShares(run, shares + run.sharePlace, sums);
-    }
+    addNext();
 }
 
 void rowpieces_makeRecord(Model& model, DateTime date, const RowWeights& weights) {
@@ -101,6 +125,19 @@ static float* findSums(const ResultBuffers& results, const RowRun& run) {
     return run.table < 0 ? nullptr : findRows(results.buffers[run.table], results.buffers[run.table].sums, run);
 }
 
+static void addRows(const Model& model, const RowRun& run, float* rows) {
+    const ResultBuffers& results = *model.results;
+    float* const sums = findSums(results, run);
+    if (!sums) {
+        return;
+    }
+    rows_fillRun(model, run, 1.0, rows);
+    const int32_t values = run.count * results.buffers[run.table].length;
+    for (int32_t k = 0; k < values; ++k) {
+        sums[k] += rows[k];
+    }
+}
+
 void rowpieces_addToSums(Model& model) {
     ResultBuffers& results = *model.results;
     const int32_t workers = countWorkers(model);
@@ -108,35 +145,33 @@ void rowpieces_addToSums(Model& model) {
     for (std::vector<float>& rows : results.scratch) {
         rows.resize(static_cast<size_t>(ROWS_OF_RUN * results.longestRow));
     }
-    shareRuns(model, workers, [&](const RowRun& run, int32_t worker) {
-        float* const sums = findSums(results, run);
-        if (!sums) {
-            return;
-        }
-        float* const rows = results.scratch[static_cast<size_t>(worker)].data();
-        rows_fillRun(model, run, 1.0, rows);
-        const int32_t values = run.count * results.buffers[run.table].length;
-        for (int32_t k = 0; k < values; ++k) {
-            sums[k] += rows[k];
+    sharePieces(model, workers, [&](const RowPiece& piece, int32_t worker) {
+        for (const RowRun* run = piece.first; run < piece.end; ++run) {
+            addRows(model, *run, results.scratch[static_cast<size_t>(worker)].data());
         }
     });
+}
+
+static void divideSums(const ResultBuffers& results, const RowRun& run) {
+    const float* const sums = findSums(results, run);
+    if (!sums) {
+        return;
+    }
+    const float count = static_cast<float>(results.sumCount);
+    float* const rows = findInRecord(results, run);
+    const int32_t values = run.count * results.buffers[run.table].length;
+    for (int32_t k = 0; k < values; ++k) {
+        rows[k] = sums[k] / count;
+    }
 }
 
 /// System and land are those of the report time, so the whole record is made for it, and the means take their places. A
 /// period without a step gives what 0 / 0 is.
 void rowpieces_makeMeans(Model& model, DateTime date, const RowWeights& weights) {
-    const ResultBuffers& results = *model.results;
     rowpieces_makeRecord(model, date, weights);
-    const float count = static_cast<float>(results.sumCount);
-    shareRuns(model, countWorkers(model), [&](const RowRun& run, int32_t) {
-        const float* const sums = findSums(results, run);
-        if (!sums) {
-            return;
-        }
-        float* const rows = findInRecord(results, run);
-        const int32_t values = run.count * results.buffers[run.table].length;
-        for (int32_t k = 0; k < values; ++k) {
-            rows[k] = sums[k] / count;
+    sharePieces(model, countWorkers(model), [&](const RowPiece& piece, int32_t) {
+        for (const RowRun* run = piece.first; run < piece.end; ++run) {
+            divideSums(*model.results, *run);
         }
     });
 }

@@ -112,7 +112,7 @@ TEST(OneModelInThreads, ComesToTheSameStates) {
 
 namespace {
 
-/// The file of a network of some thousand objects, with rows of the report time or with means.
+/// The file of a network of some ten thousand objects, with rows of the report time or with means.
 std::string runNetwork(const Project& project, int32_t threads) {
     const TvModel model;
     EXPECT_EQ(tv_setThreads(model, threads), TV_OK);
@@ -128,9 +128,9 @@ std::string runNetwork(const Project& project, int32_t threads) {
 
 TEST(OneModelInThreads, WritesTheSameRows) {
     for (const char* const rows : {"REPORT_AVERAGE NO\n", "REPORT_AVERAGE YES\n"}) {
-        const Project project(getGeneral(20) + rows + generateNetwork(7, 3000, 2));
+        const Project project(getGeneral(10) + rows + generateNetwork(7, 16000, 2));
         const std::string alone = runNetwork(project, 1);
-        EXPECT_GT(alone.size(), 4u * 3000u * 4u * sizeof(float));
+        EXPECT_GT(alone.size(), 2u * 16000u * 4u * sizeof(float));
         for (const int32_t threads : {2, 3}) {
             EXPECT_TRUE(runNetwork(project, threads) == alone) << threads << " threads, " << rows;
         }

@@ -113,7 +113,7 @@ void expectWholeRecord(const std::vector<float>& record, const std::string& when
 /// Nodes enough for several threads, with a state in all of them.
 struct LargeNetwork : StartedProject {
     explicit LargeNetwork(const std::string& options = "")
-        : StartedProject(getGeneral(60) + options + generateNetwork(7, 3000, 2), 1) {
+        : StartedProject(getGeneral(60) + options + generateNetwork(7, 16000, 2), 1) {
         step(20);
     }
     ~LargeNetwork() { testModel().pace.threadCount = 1; }
