@@ -15,7 +15,7 @@
 
 static constexpr int32_t FAR = 64;     ///< places ahead at which the records are asked for
 static constexpr int32_t MIDDLE = 48;  ///< what they point to
-static constexpr int32_t NEAR = 32;     ///< what that points to
+static constexpr int32_t NEAR = 32;    ///< what that points to
 
 /// Of nodes, links and pipes those lines of memory alone whose values stand in rows: a report goes through all of them,
 /// and waits for nothing else.

@@ -28,8 +28,8 @@
 
 namespace {
 
-/// The row of the system at a date, by one walk over all objects. Pollutants have no part in it, nor a place in what the
-/// tests below fill.
+/// The row of the system at a date, by one walk over all objects. Pollutants have no part in it, nor a place in what
+/// the tests below fill.
 void fillSystem(Model& model, DateTime date, double networkFactor, double landFactor, float* row) {
     model.counts.objects[POLLUT] = 0;
     inflows_openRun(model);
