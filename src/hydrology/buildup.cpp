@@ -353,9 +353,7 @@ bool buildup_grow(Model& model, const int32_t* subcatches, int32_t count, uint8_
 
 void buildup_beginStep(const Model& model, BuildupScratch& scratch) {
     scratch.lookedAt = 0;
-    if (model.buildupRules->isLooking) {
-        scratch.hasGrown.assign(model.buildupRules->columns.size(), 0);
-    }
+    scratch.hasGrown.assign(model.buildupRules->columns.size(), 0);
 }
 
 void buildup_endDryStep(Model& model, const std::vector<uint8_t>& hasGrown) {

@@ -274,12 +274,12 @@ void LandStep::operator()(int32_t worker) {
     }
 }
 
-/// Whether land has been grown in this step that is all there is but for what grows no more; and if so, where.
+/// Looks, behind a step that asked for it, where nothing has grown: if all land was dry that may still grow.
 static void endGrowth(Model& model, int32_t candidates) {
-    const LandRest& rest = *model.landRest;
+    std::vector<LandWork>& works = model.landRest->works;
+    std::vector<uint8_t>& hasGrown = works.front().buildup.hasGrown;
     int32_t lookedAt = 0;
-    std::vector<uint8_t> hasGrown(model.buildupRules->columns.size(), 0);
-    for (const LandWork& work : rest.works) {
+    for (const LandWork& work : works) {
         lookedAt += work.buildup.lookedAt;
         for (size_t c = 0; c < hasGrown.size(); ++c) {
             hasGrown[c] |= work.buildup.hasGrown[c];
