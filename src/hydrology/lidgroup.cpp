@@ -172,13 +172,32 @@ void lidgroup_wake(Model& model, int32_t subcatch) {
     }
 }
 
-/// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before.
+/// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before. Of a few
+/// pollutants the compiler knows the number; no more than four go side by side.
+template <int32_t COUNT>
+static void setSomeLoads(const Pollut* polluts, const Subcatch& subcatch, LidUnit& unit, double dt, int32_t first) {
+    const double rain = unit.area * subcatch.rain;             // m3/s
+    const double rainVolume = dt * subcatch.rain * unit.area;  // m3
+    double load[COUNT], rainLoad[COUNT];
+    for (int32_t p = 0; p < COUNT; ++p) {
+        const double concentration = polluts[first + p].rainConcentration;
+        load[p] = rain * concentration / G_PER_KG + subcatch.lastWashoffRate[first + p] * unit.fromImpervious;
+        rainLoad[p] = unit.rainLoad[first + p] + rainVolume * concentration / G_PER_KG;
+    }
+    std::copy_n(load, COUNT, unit.load + first);
+    std::copy_n(rainLoad, COUNT, unit.rainLoad + first);
+}
+
 static void setLoads(const Model& model, const Subcatch& subcatch, LidUnit& unit, double dt) {
-    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-        const double concentration = model.polluts[p].rainConcentration;
-        unit.load[p] =
-            unit.area * subcatch.rain * concentration / G_PER_KG + subcatch.lastWashoffRate[p] * unit.fromImpervious;
-        unit.rainLoad[p] += dt * subcatch.rain * unit.area * concentration / G_PER_KG;
+    const int32_t count = model_pollutantCount(model);
+    const Pollut* polluts = model.polluts.data();
+    for (int32_t p = 0; p < count; p += 4) {
+        switch (count - p) {
+            case 1: setSomeLoads<1>(polluts, subcatch, unit, dt, p); break;
+            case 2: setSomeLoads<2>(polluts, subcatch, unit, dt, p); break;
+            case 3: setSomeLoads<3>(polluts, subcatch, unit, dt, p); break;
+            default: setSomeLoads<4>(polluts, subcatch, unit, dt, p); break;
+        }
     }
 }
 
@@ -186,13 +205,13 @@ static void setLoads(const Model& model, const Subcatch& subcatch, LidUnit& unit
 static LidOutflow stepUnit(const Model& model, const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour,
                            double dt) {
     setLoads(model, subcatch, unit, dt);
-    LidStep step{
-        .unit = &unit,
-        .lid = &model.lids[unit.lid],
-        .hour = hour,
-        .dt = dt,
-        .inflow = flow / unit.area + subcatch.rain,
-        .evap = subcatch.rain > 0.0 ? 0.0 : model.evap->rate};  // nothing evaporates from a unit while it rains
+    LidStep step;
+    step.unit = &unit;
+    step.lid = &model.lids[unit.lid];
+    step.hour = hour;
+    step.dt = dt;
+    step.inflow = flow / unit.area + subcatch.rain;
+    step.evap = subcatch.rain > 0.0 ? 0.0 : model.evap->rate;  // nothing evaporates from a unit while it rains
     const LidOutflow out = lidsolver_advance(model, step);
     unit.thisSurfaceFlow = out.surface * unit.area;
     unit.thisDrainFlow = out.drain * unit.area;
