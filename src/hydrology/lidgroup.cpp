@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "hydrology/evap.h"
+#include "hydrology/lidlanes.h"
 #include "hydrology/lidrest.h"
 #include "hydrology/lidsolver.h"
 #include "model/arena.h"
@@ -172,39 +173,26 @@ void lidgroup_wake(Model& model, int32_t subcatch) {
     }
 }
 
-/// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before. Of a few
-/// pollutants the compiler knows the number; no more than four go side by side.
-template <int32_t COUNT>
-static void setSomeLoads(const Pollut* polluts, const Subcatch& subcatch, LidUnit& unit, double dt, int32_t first) {
+/// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before.
+template <size_t N>
+[[gnu::noinline]] static void setSomeLoads(const Pollut* polluts, const Subcatch& subcatch, LidUnit& unit, double dt,
+                                           size_t first) {
     const double rain = unit.area * subcatch.rain;             // m3/s
     const double rainVolume = dt * subcatch.rain * unit.area;  // m3
-    double load[COUNT], rainLoad[COUNT];
-    for (int32_t p = 0; p < COUNT; ++p) {
-        const double concentration = polluts[first + p].rainConcentration;
-        load[p] = rain * concentration / G_PER_KG + subcatch.lastWashoffRate[first + p] * unit.fromImpervious;
-        rainLoad[p] = unit.rainLoad[first + p] + rainVolume * concentration / G_PER_KG;
-    }
-    std::copy_n(load, COUNT, unit.load + first);
-    std::copy_n(rainLoad, COUNT, unit.rainLoad + first);
+    const LidLanes<N> runon = lidlanes_load<N>(subcatch.lastWashoffRate + first);
+    const LidLanes<N> inRain = lidlanes_pick<N>([&](size_t p) { return polluts[first + p].rainConcentration; });
+    lidlanes_store<N>(unit.load + first, inRain * rain / G_PER_KG + runon * unit.fromImpervious);
+    lidlanes_add<N>(unit.rainLoad + first, inRain * rainVolume / G_PER_KG);
 }
 
 static void setLoads(const Model& model, const Subcatch& subcatch, LidUnit& unit, double dt) {
-    const int32_t count = model_pollutantCount(model);
-    const Pollut* polluts = model.polluts.data();
-    for (int32_t p = 0; p < count; p += 4) {
-        switch (count - p) {
-            case 1: setSomeLoads<1>(polluts, subcatch, unit, dt, p); break;
-            case 2: setSomeLoads<2>(polluts, subcatch, unit, dt, p); break;
-            case 3: setSomeLoads<3>(polluts, subcatch, unit, dt, p); break;
-            default: setSomeLoads<4>(polluts, subcatch, unit, dt, p); break;
-        }
-    }
+    lidlanes_visit(static_cast<size_t>(model_pollutantCount(model)),
+                   [&]<size_t N>(size_t first) { setSomeLoads<N>(model.polluts.data(), subcatch, unit, dt, first); });
 }
 
 /// One unit over the step, whose inflow (m3/s) is what is led onto it. Gives what leaves it.
 static LidOutflow stepUnit(const Model& model, const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour,
                            double dt) {
-    setLoads(model, subcatch, unit, dt);
     LidStep step;
     step.unit = &unit;
     step.lid = &model.lids[unit.lid];
@@ -212,6 +200,7 @@ static LidOutflow stepUnit(const Model& model, const Subcatch& subcatch, LidUnit
     step.dt = dt;
     step.inflow = flow / unit.area + subcatch.rain;
     step.evap = subcatch.rain > 0.0 ? 0.0 : model.evap->rate;  // nothing evaporates from a unit while it rains
+    setLoads(model, subcatch, unit, dt);
     const LidOutflow out = lidsolver_advance(model, step);
     unit.thisSurfaceFlow = out.surface * unit.area;
     unit.thisDrainFlow = out.drain * unit.area;
@@ -260,13 +249,17 @@ static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double d
 static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t index, double flow, int32_t hour,
                              double dt) {
     LidUnit& unit = model.lidUnits[index];
-    if (!isNothing(model, subcatch, flow) || !still_isZero(subcatch.rain) || !lidrest_isStill(model, index)) {
-        return stepUnit(model, subcatch, unit, flow, hour, dt);
+    const bool mayRest =
+        isNothing(model, subcatch, flow) && still_isZero(subcatch.rain) && lidrest_isStill(model, index);
+    LidUnit before;
+    if (mayRest) {
+        before = unit;
+        lidrest_keep(model, index);
     }
-    const LidUnit before = unit;
-    lidrest_keep(model, index);
     const LidOutflow out = stepUnit(model, subcatch, unit, flow, hour, dt);
-    lidrest_judge(model, index, before, out);
+    if (mayRest) {
+        lidrest_judge(model, index, before, out);
+    }
     return out;
 }
 
@@ -293,11 +286,12 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
 }
 
 void lidgroup_addSurfaceLoads(Model& model, int32_t subcatch, double* runoffLoad, double dt) {
+    const size_t pollutants = static_cast<size_t>(model_pollutantCount(model));
     for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
         // Unit by unit: a later one also takes its share of what the ones before let go.
-        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-            runoffLoad[p] = (1.0 - unit.fromImpervious) * runoffLoad[p];
-            runoffLoad[p] += dt * unit.thisSurfaceLoad[p];
-        }
+        lidlanes_visit(pollutants, [&]<size_t N>(size_t first) {
+            const LidLanes<N> passed = lidlanes_load<N>(runoffLoad + first) * (1.0 - unit.fromImpervious);
+            lidlanes_store<N>(runoffLoad + first, passed + lidlanes_load<N>(unit.thisSurfaceLoad + first) * dt);
+        });
     }
 }

@@ -10,9 +10,8 @@
 #include "hydrology/lidquality.h"
 
 #include <algorithm>
-#include <array>
-#include <bit>
 
+#include "hydrology/lidlanes.h"
 #include "model/decay.h"
 #include "model/model.h"
 #include "model/pattern.h"
@@ -22,9 +21,7 @@
 
 static constexpr double MIN_VOLUME = 0.01;  ///< m3, below which a layer counts as dry
 
-/// One number per pollutant of those that go side by side.
-template <size_t N>
-using Lanes = std::array<double, N>;
+// --- concentrations ------------------------------------------------------------------------------------------------
 
 /// Where a step of some pollutants of a unit stands.
 struct Group {
@@ -39,271 +36,194 @@ static bool isDry(double volume) {
     return !(volume > MIN_VOLUME);
 }
 
-/// Concentration of what is left in a layer that isn't dry, mg/L: mass after the step over the volume before it.
-static double getMixed(double mass, double volume) {
-    return std::max(mass / volume * G_PER_KG, 0.0);
-}
-
+/// Concentration of a mass (kg) in a layer that isn't dry, mg/L.
 template <size_t N>
-[[gnu::always_inline]] static inline void copy(const Lanes<N>& values, double* to) {
-    std::copy_n(values.data(), N, to);
-}
-
-template <size_t N>
-[[gnu::always_inline]] static inline void add(double* sums, const Lanes<N>& values) {
-    for (size_t p = 0; p < N; ++p) {
-        sums[p] += values[p];
-    }
-}
-
-/// The same number for all pollutants.
-template <size_t N>
-[[gnu::always_inline]] static inline Lanes<N> fill(double value) {
-    Lanes<N> values;
-    values.fill(value);
-    return values;
+static inline LidLanes<N> getConcentration(const LidLanes<N>& mass, double volume) {
+    return mass / volume * G_PER_KG;
 }
 
 /// What water (m3) carries at a concentration (mg/L), kg; of a flow (m3/s) kg/s.
 template <size_t N>
-[[gnu::always_inline]] static inline Lanes<N> carry(double water, const Lanes<N>& concentration) {
-    Lanes<N> mass;
-    for (size_t p = 0; p < N; ++p) {
-        mass[p] = water * concentration[p] / G_PER_KG;
-    }
-    return mass;
+static inline LidLanes<N> carry(double water, const LidLanes<N>& concentration) {
+    return concentration * water / G_PER_KG;
 }
 
 // --- reactions -----------------------------------------------------------------------------------------------------
 
-/// The share that first-order decay leaves; as decay_react multiplies by it.
-static double getFactor(const Group& g, Decay& rule) {
-    const double k = pattern_getFactor(g.model, rule.pattern, g.s.hour) * rule.k;
-    const bool isKnown = std::bit_cast<uint64_t>(-g.s.dt * k) == std::bit_cast<uint64_t>(rule.exponent);
-    return isKnown ? rule.factor : decay_react(g.model, rule, 1.0, g.s.hour, g.s.dt);
-}
-
-/// Concentrations that a reaction leaves, where there is any.
+/// Whether no pollutant reacts in another way than by a factor that was worked out for this hour and step before.
 template <size_t N>
-[[gnu::noinline]] static Lanes<N> react(const Group& g, Decay* rules, const Lanes<N>& mixed) {
-    Lanes<N> left;
+[[gnu::always_inline]] static inline bool areFactorsKnown(const Group& g, const Decay* rules) {
+    bool areKnown = true;
     for (size_t p = 0; p < N; ++p) {
-        Decay& rule = rules[p];
-        if (rule.type == FIRST_ORDER) {
-            left[p] = getFactor(g, rule) * mixed[p];
-        } else {
-            left[p] = decay_react(g.model, rule, mixed[p], g.s.hour, g.s.dt);
+        const Decay& rule = rules[p];
+        if (rule.type >= 0) {
+            const double factor = rule.pattern < 0 ? 1.0 : pattern_getFactor(g.model, rule.pattern, g.s.hour);
+            const double k = factor * rule.k;
+            areKnown =
+                areKnown && rule.type == FIRST_ORDER && still_getBits(-g.s.dt * k) == still_getBits(rule.exponent);
         }
     }
-    return left;
+    return areKnown;
 }
 
+/// Reaction one by one, the rules of which keep their factors from now on.
+[[gnu::noinline]] static void reactEach(const Group& g, Decay* rules, double* concentrations, size_t count) {
+    for (size_t p = 0; p < count; ++p) {
+        concentrations[p] = decay_react(g.model, rules[p], concentrations[p], g.s.hour, g.s.dt);
+    }
+}
+
+/// What a reaction leaves of concentrations. What doesn't react is multiplied by 1.
 template <size_t N>
-[[gnu::always_inline]] static inline bool reacts(const Decay* rules) {
+[[gnu::always_inline]] static inline LidLanes<N> react(const Group& g, Decay* rules, const LidLanes<N>& mixed) {
     int32_t types = -1;
     for (size_t p = 0; p < N; ++p) {
-        types &= rules[p].type;  // negative as long as all are
+        types &= rules[p].type;  // negative as long as all are, which is no reaction
     }
-    return types >= 0;
+    if (types < 0) {
+        return mixed;
+    }
+    if (areFactorsKnown<N>(g, rules)) {
+        return mixed * lidlanes_pick<N>([rules](size_t p) { return rules[p].type < 0 ? 1.0 : rules[p].factor; });
+    }
+    double concentrations[N];
+    lidlanes_store<N>(concentrations, mixed);
+    reactEach(g, rules, concentrations, N);
+    return lidlanes_load<N>(concentrations);
 }
 
-/// Adds what has gone by reaction in a layer.
+/// Lets a layer react that isn't dry, from the mass in it (kg), and gives the concentration that is left, mg/L. The
+/// mass that is left goes to `thisMass`.
 template <size_t N>
-[[gnu::always_inline]] static inline void bookReacted(const Group& g, const Lanes<N>& mixed, const Lanes<N>& left,
-                                                      double volume) {
-    double* sums = g.unit.reactedLoad + g.first;
-    for (size_t p = 0; p < N; ++p) {
-        sums[p] += (mixed[p] - left[p]) * volume / G_PER_KG;
-    }
-}
-
-/// Nothing has gone. A number less itself is 0, but for one that is infinite or none.
-template <size_t N>
-[[gnu::always_inline]] static inline void bookUnreacted(const Group& g, const Lanes<N>& mixed, double volume) {
-    double differences = 0.0;
-    for (size_t p = 0; p < N; ++p) {
-        differences += mixed[p] - mixed[p];
-    }
-    if (differences == 0.0) {
-        add<N>(g.unit.reactedLoad + g.first, fill<N>(0.0 * volume));
-    } else {
-        bookReacted<N>(g, mixed, mixed, volume);
-    }
-}
-
-/// Lets a layer react that isn't dry. `mass` is what is in it, and what is left goes to `thisMass`. Gives the
-/// concentration that is left.
-template <size_t N>
-[[gnu::always_inline]] static inline Lanes<N> settleWet(const Group& g, Decay* rules, double volume,
-                                                        const Lanes<N>& mass, double* thisMass) {
-    Lanes<N> mixed;
-    for (size_t p = 0; p < N; ++p) {
-        mixed[p] = getMixed(mass[p], volume);
-    }
-    Lanes<N> left = mixed;
-    if (reacts<N>(rules + g.first)) {
-        left = react<N>(g, rules + g.first, mixed);
-        bookReacted<N>(g, mixed, left, volume);
-    } else {
-        bookUnreacted<N>(g, mixed, volume);
-    }
-    copy<N>(carry<N>(volume, left), thisMass + g.first);
+[[gnu::always_inline]] static inline LidLanes<N> settleWet(const Group& g, Decay* rules, double volume,
+                                                           const LidLanes<N>& mass, double* thisMass) {
+    const LidLanes<N> mixed = lidlanes_limitBelow<N>(getConcentration<N>(mass, volume));
+    const LidLanes<N> left = react<N>(g, rules + g.first, mixed);
+    lidlanes_add<N>(g.unit.reactedLoad + g.first, (mixed - left) * volume / G_PER_KG);
+    lidlanes_store<N>(thisMass + g.first, carry<N>(volume, left));
     return left;
 }
 
 /// The same of a dry layer, in which nothing is left but by a factor that isn't finite.
 template <size_t N>
-[[gnu::always_inline]] static inline Lanes<N> settleDry(const Group& g, Decay* rules, double volume, double* thisMass) {
-    const Lanes<N> mixed = fill<N>(0.0);
-    if (reacts<N>(rules + g.first)) {
-        const Lanes<N> left = react<N>(g, rules + g.first, mixed);
-        if (!still_areZeros(left.data(), N)) {
-            bookReacted<N>(g, mixed, left, volume);
-            copy<N>(carry<N>(volume, left), thisMass + g.first);
-            return left;
-        }
+[[gnu::always_inline]] static inline LidLanes<N> settleDry(const Group& g, Decay* rules, double volume,
+                                                           double* thisMass) {
+    const LidLanes<N> mixed = lidlanes_fill<N>(0.0);
+    const LidLanes<N> left = react<N>(g, rules + g.first, mixed);
+    double concentrations[N];
+    lidlanes_store<N>(concentrations, left);
+    if (still_areZeros(concentrations, N)) {
+        const LidLanes<N> nothing = lidlanes_fill<N>(0.0 * volume);
+        lidlanes_add<N>(g.unit.reactedLoad + g.first, nothing);
+        lidlanes_store<N>(thisMass + g.first, nothing);
+    } else {
+        lidlanes_add<N>(g.unit.reactedLoad + g.first, (mixed - left) * volume / G_PER_KG);
+        lidlanes_store<N>(thisMass + g.first, carry<N>(volume, left));
     }
-    const Lanes<N> nothing = fill<N>(0.0 * volume);
-    add<N>(g.unit.reactedLoad + g.first, nothing);
-    copy<N>(nothing, thisMass + g.first);
-    return mixed;
+    return left;
+}
+
+/// What stays in a layer reacts. `mass` is asked for in one that isn't dry.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> settle(const Group& g, Decay* rules, double volume,
+                                                        const LidLanes<N>& mass, double* thisMass) {
+    return isDry(volume) ? settleDry<N>(g, rules, volume, thisMass) : settleWet<N>(g, rules, volume, mass, thisMass);
 }
 
 // --- layers --------------------------------------------------------------------------------------------------------
 
-/// A layer on the way down.
+/// Soil or pavement, out of which a rate (m/s) takes water. `down` is what comes in from above at first, kg, and what
+/// leaves downward in the end. Gives the mass that stays, unless the layer is dry.
 template <size_t N>
-struct Layer {
-    double volume;  ///< m3, at the start of the step
-    Lanes<N> out;   ///< kg, leaving downward
-    Lanes<N> mass;  ///< kg, in the layer behind that; not of a dry one
-};
-
-template <size_t N>
-[[gnu::always_inline]] static inline Lanes<N> getConcentrations(const double* mass, double volume) {
-    Lanes<N> concentrations;
-    for (size_t p = 0; p < N; ++p) {
-        concentrations[p] = mass[p] / volume * G_PER_KG;
-    }
-    return concentrations;
-}
-
-/// Passes down what a rate (m/s) takes out of soil or pavement.
-template <size_t N>
-[[gnu::always_inline]] static inline Layer<N> passDown(const Group& g, double volume, const double* lastMass,
-                                                       const Lanes<N>& in, double rate) {
+[[gnu::always_inline]] static inline LidLanes<N> passDown(const Group& g, double volume, const double* lastMass,
+                                                          double rate, LidLanes<N>& down) {
     if (isDry(volume)) {
-        return {volume, in, in};
+        return down;
     }
-    const double* mass = lastMass + g.first;
-    Layer<N> layer;
-    layer.volume = volume;
-    layer.out = carry<N>(rate * g.unit.area * g.s.dt, getConcentrations<N>(mass, volume));
-    for (size_t p = 0; p < N; ++p) {
-        layer.mass[p] = in[p] + mass[p] - layer.out[p];
-    }
-    return layer;
+    const LidLanes<N> last = lidlanes_load<N>(lastMass + g.first);
+    const LidLanes<N> out = carry<N>(rate * g.unit.area * g.s.dt, getConcentration<N>(last, volume));
+    const LidLanes<N> mass = down + last - out;
+    down = out;
+    return mass;
 }
 
 /// The same of the surface, which water leaves downward and over the berm. What comes in is a load over the step.
 template <size_t N>
-[[gnu::always_inline]] static inline Layer<N> passSurface(const Group& g, double volume, const Lanes<N>& in,
-                                                          double infilRate) {
+[[gnu::always_inline]] static inline LidLanes<N> passSurface(const Group& g, double volume, double infilRate,
+                                                             LidLanes<N>& down) {
     if (isDry(volume)) {
-        return {volume, in, in};
+        return down;
     }
-    const double* mass = g.unit.lastSurfaceMass + g.first;
-    const Lanes<N> c = getConcentrations<N>(mass, volume);
-    const Lanes<N> over = carry<N>(g.s.surfaceOutflow * g.unit.area * g.s.dt, c);
-    Layer<N> layer;
-    layer.volume = volume;
-    layer.out = carry<N>(infilRate * g.unit.area * g.s.dt, c);
-    for (size_t p = 0; p < N; ++p) {
-        layer.mass[p] = in[p] + mass[p] - layer.out[p] - over[p];
-    }
-    return layer;
+    const LidLanes<N> last = lidlanes_load<N>(g.unit.lastSurfaceMass + g.first);
+    const LidLanes<N> c = getConcentration<N>(last, volume);
+    const LidLanes<N> out = carry<N>(infilRate * g.unit.area * g.s.dt, c);
+    const LidLanes<N> mass = down + last - out - carry<N>(g.s.surfaceOutflow * g.unit.area * g.s.dt, c);
+    down = out;
+    return mass;
 }
 
-/// What stays in a layer reacts.
+/// Water goes over the berm with the concentration after the reaction, which is given.
 template <size_t N>
-[[gnu::always_inline]] static inline Lanes<N> settle(const Group& g, Decay* rules, const Layer<N>& layer,
-                                                     double* thisMass) {
-    return isDry(layer.volume) ? settleDry<N>(g, rules, layer.volume, thisMass)
-                               : settleWet<N>(g, rules, layer.volume, layer.mass, thisMass);
-}
-
-/// Gives the concentration after the reaction, mg/L, with which water goes over the berm.
-template <size_t N>
-[[gnu::always_inline]] static inline Lanes<N> settleSurface(const Group& g, const Layer<N>& layer) {
-    const Lanes<N> left = settle<N>(g, g.lid.surfaceDecay, layer, g.unit.thisSurfaceMass);
-    const double rate = g.s.surfaceOutflow, area = g.unit.area;
-    add<N>(g.unit.surfaceOutLoad + g.first, carry<N>(rate * area * g.s.dt, left));
-    copy<N>(carry<N>(rate * area, left), g.unit.thisSurfaceLoad + g.first);
+[[gnu::always_inline]] static inline LidLanes<N> settleSurface(const Group& g, double volume, const LidLanes<N>& mass) {
+    const double over = g.s.surfaceOutflow * g.unit.area;
+    const LidLanes<N> left = settle<N>(g, g.lid.surfaceDecay, volume, mass, g.unit.thisSurfaceMass);
+    lidlanes_add<N>(g.unit.surfaceOutLoad + g.first, carry<N>(over * g.s.dt, left));
+    lidlanes_store<N>(g.unit.thisSurfaceLoad + g.first, carry<N>(over, left));
     return left;
 }
 
 /// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry
 /// the concentration after the reaction.
 template <size_t N>
-[[gnu::always_inline]] static inline void settleWetStorage(const Group& g, double volume, const Lanes<N>& in) {
+[[gnu::always_inline]] static inline void settleWetStorage(const Group& g, double volume, const LidLanes<N>& in) {
     LidUnit& unit = g.unit;
-    const double* last = unit.lastStorageMass + g.first;
     const double drainFlow = g.s.storageDrain * unit.area;
     const double exfil = g.s.storageExfil * unit.area * g.s.dt;
     const double drain = drainFlow * g.s.dt;
-    const Lanes<N> c = getConcentrations<N>(last, volume);
-    const Lanes<N> drained = carry<N>(drain, c), seeped = carry<N>(exfil, c);
-    Lanes<N> mass;
-    for (size_t p = 0; p < N; ++p) {
-        mass[p] = last[p] + in[p] - drained[p] - seeped[p];
-    }
-    const Lanes<N> left = settleWet<N>(g, g.lid.storageDecay, volume, mass, unit.thisStorageMass);
-    add<N>(unit.exfilLoad + g.first, carry<N>(exfil, left));
-    add<N>(unit.drainOutLoad + g.first, carry<N>(drain, left));
-    copy<N>(carry<N>(drainFlow, left), unit.thisDrainLoad + g.first);
+    const LidLanes<N> last = lidlanes_load<N>(unit.lastStorageMass + g.first);
+    const LidLanes<N> c = getConcentration<N>(last, volume);
+    const LidLanes<N> mass = last + in - carry<N>(drain, c) - carry<N>(exfil, c);
+    const LidLanes<N> left = settleWet<N>(g, g.lid.storageDecay, volume, mass, unit.thisStorageMass);
+    lidlanes_add<N>(unit.exfilLoad + g.first, carry<N>(exfil, left));
+    lidlanes_add<N>(unit.drainOutLoad + g.first, carry<N>(drain, left));
+    lidlanes_store<N>(unit.thisDrainLoad + g.first, carry<N>(drainFlow, left));
 }
 
 /// A storage next to empty: what arrives leaves at once, by the ways that water takes. Without any it is in no total.
 template <size_t N>
-[[gnu::always_inline]] static inline void settleDryStorage(const Group& g, const Lanes<N>& in) {
+[[gnu::always_inline]] static inline void settleDryStorage(const Group& g, const LidLanes<N>& in) {
     LidUnit& unit = g.unit;
-    const double dt = g.s.dt;
     const double out = g.s.storageExfil + g.s.storageDrain;
-    copy<N>(fill<N>(0.0), unit.thisStorageMass + g.first);
-    if (g.lid.type != LID_GR && !(out > 0.0)) {
-        return;
+    lidlanes_store<N>(unit.thisStorageMass + g.first, lidlanes_fill<N>(0.0));
+    if (g.lid.type == LID_GR) {
+        lidlanes_add<N>(unit.drainOutLoad + g.first, in);
+        lidlanes_store<N>(unit.thisDrainLoad + g.first, in / g.s.dt);
+    } else if (out > 0.0) {
+        const LidLanes<N> drained = in * g.s.storageDrain / out;
+        lidlanes_add<N>(unit.drainOutLoad + g.first, drained);
+        lidlanes_store<N>(unit.thisDrainLoad + g.first, drained / g.s.dt);
+        lidlanes_add<N>(unit.exfilLoad + g.first, in - drained);
     }
-    Lanes<N> drained = in, load;
-    for (size_t p = 0; p < N && g.lid.type != LID_GR; ++p) {
-        drained[p] = in[p] * g.s.storageDrain / out;
-        unit.exfilLoad[g.first + p] += in[p] - drained[p];
-    }
-    for (size_t p = 0; p < N; ++p) {
-        load[p] = drained[p] / dt;
-    }
-    add<N>(unit.drainOutLoad + g.first, drained);
-    copy<N>(load, unit.thisDrainLoad + g.first);
 }
 
 // --- types ---------------------------------------------------------------------------------------------------------
 
-/// A stack of layers: all types but barrel and swale. `in` is the load that arrives over the step, kg.
+/// A stack of layers: all types but barrel and swale. `down` is the load that arrives over the step, kg.
 template <size_t N, bool HAS_SOIL, bool HAS_PAVEMENT>
-[[gnu::always_inline]] static inline void moveThroughStack(const Group& g, const Lanes<N>& in) {
+[[gnu::always_inline]] static inline void moveThroughStack(const Group& g, LidLanes<N> down) {
     const Lid& lid = g.lid;
     LidUnit& unit = g.unit;
+    const double surfaceVolume = unit.area * unit.surfaceLevel * lid.surfaceVoid;
+    const double pavementVolume = unit.area * unit.pavementLevel * lid.pavementVoid;
+    const double soilVolume = unit.area * unit.soilMoisture * lid.soilDepth;
     const double storageVolume = unit.area * unit.storageLevel * lid.storageVoid;
-    const Layer<N> surface = passSurface<N>(g, unit.area * unit.surfaceLevel * lid.surfaceVoid, in, g.s.surfaceInfil);
-    Layer<N> pavement{}, soil{};
-    Lanes<N> down = surface.out;
+    const LidLanes<N> surface = passSurface<N>(g, surfaceVolume, g.s.surfaceInfil, down);
+    LidLanes<N> pavement = down, soil = down;
     if constexpr (HAS_PAVEMENT) {
-        const double volume = unit.area * unit.pavementLevel * lid.pavementVoid;
-        pavement = passDown<N>(g, volume, unit.lastPavementMass, down, g.s.pavementPerc);
-        down = pavement.out;
+        pavement = passDown<N>(g, pavementVolume, unit.lastPavementMass, g.s.pavementPerc, down);
     }
     if constexpr (HAS_SOIL) {
-        soil = passDown<N>(g, unit.area * unit.soilMoisture * lid.soilDepth, unit.lastSoilMass, down, g.s.soilPerc);
-        down = soil.out;
+        soil = passDown<N>(g, soilVolume, unit.lastSoilMass, g.s.soilPerc, down);
     }
     if (isDry(storageVolume)) {
         settleDryStorage<N>(g, down);
@@ -311,82 +231,80 @@ template <size_t N, bool HAS_SOIL, bool HAS_PAVEMENT>
         settleWetStorage<N>(g, storageVolume, down);
     }
     if constexpr (HAS_SOIL) {
-        settle<N>(g, lid.soilDecay, soil, unit.thisSoilMass);
+        settle<N>(g, lid.soilDecay, soilVolume, soil, unit.thisSoilMass);
     }
     if constexpr (HAS_PAVEMENT) {
-        settle<N>(g, lid.pavementDecay, pavement, unit.thisPavementMass);
+        settle<N>(g, lid.pavementDecay, pavementVolume, pavement, unit.thisPavementMass);
     }
-    settleSurface<N>(g, surface);
+    settleSurface<N>(g, surfaceVolume, surface);
 }
 
 /// A swale has its surface alone, and seeps from it.
 template <size_t N>
-[[gnu::always_inline]] static inline void moveThroughSwale(const Group& g, const Lanes<N>& in) {
+[[gnu::always_inline]] static inline void moveThroughSwale(const Group& g, LidLanes<N> down) {
     const double volume = g.unit.area * g.unit.surfaceLevel * g.lid.surfaceVoid;
-    const Lanes<N> left = settleSurface<N>(g, passSurface<N>(g, volume, in, g.s.storageExfil));
-    add<N>(g.unit.exfilLoad + g.first, carry<N>(g.s.storageExfil * g.unit.area * g.s.dt, left));
+    const LidLanes<N> surface = passSurface<N>(g, volume, g.s.storageExfil, down);
+    const LidLanes<N> left = settleSurface<N>(g, volume, surface);
+    lidlanes_add<N>(g.unit.exfilLoad + g.first, carry<N>(g.s.storageExfil * g.unit.area * g.s.dt, left));
 }
 
 /// A barrel has its storage alone; what doesn't fit in goes over its rim with the inflow's concentration.
 template <size_t N>
-[[gnu::always_inline]] static inline void moveThroughBarrel(const Group& g, const Lanes<N>& arriving) {
+[[gnu::always_inline]] static inline void moveThroughBarrel(const Group& g, const LidLanes<N>& arriving) {
     LidUnit& unit = g.unit;
     const LidStep& s = g.s;
     const double volume = unit.area * unit.storageLevel * g.lid.storageVoid;
-    const double* load = unit.load + g.first;
-    Lanes<N> in = fill<N>(0.0), over = in, overLoad = in;
+    const LidLanes<N> load = lidlanes_load<N>(unit.load + g.first);
+    LidLanes<N> in = lidlanes_fill<N>(0.0), over = in;
     if (s.inflow * unit.area * s.dt > MIN_VOLUME) {
-        for (size_t p = 0; p < N; ++p) {
-            in[p] = arriving[p] * s.storageInflow / s.inflow;
-            over[p] = arriving[p] * s.surfaceOutflow / s.inflow;
-            overLoad[p] = s.surfaceOutflow * load[p] / s.inflow;
-        }
-        add<N>(unit.surfaceOutLoad + g.first, over);
+        in = arriving * s.storageInflow / s.inflow;
+        over = load * s.surfaceOutflow / s.inflow;
+        lidlanes_add<N>(unit.surfaceOutLoad + g.first, arriving * s.surfaceOutflow / s.inflow);
     }
-    copy<N>(overLoad, unit.thisSurfaceLoad + g.first);
+    lidlanes_store<N>(unit.thisSurfaceLoad + g.first, over);
     if (!isDry(volume)) {
         settleWetStorage<N>(g, volume, in);
         return;
     }
-    copy<N>(fill<N>(0.0), unit.thisStorageMass + g.first);
-    add<N>(unit.drainOutLoad + g.first, in);
+    lidlanes_store<N>(unit.thisStorageMass + g.first, lidlanes_fill<N>(0.0));
+    lidlanes_add<N>(unit.drainOutLoad + g.first, in);
     // Unlike the balance above it, this load doesn't ask how much came in.
-    for (size_t p = 0; p < N; ++p) {
-        unit.thisDrainLoad[g.first + p] = s.inflow != 0.0 ? s.storageInflow * load[p] / s.inflow : 0.0;
-    }
+    lidlanes_store<N>(unit.thisDrainLoad + g.first,
+                      s.inflow != 0.0 ? load * s.storageInflow / s.inflow : lidlanes_fill<N>(0.0));
 }
 
 template <size_t N>
-[[gnu::noinline]] static void advance(const Group& g) {
-    LidUnit& unit = g.unit;
-    Lanes<N> in;
-    for (size_t p = 0; p < N; ++p) {
-        in[p] = g.s.dt * unit.load[g.first + p];
-    }
-    add<N>(unit.inflowLoad + g.first, in);
-    switch (g.lid.type) {
+[[gnu::noinline]] static void advance(const Model& model, const LidStep& s, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    const LidLanes<N> in = lidlanes_load<N>(unit.load + first) * s.dt;
+    lidlanes_add<N>(unit.inflowLoad + first, in);
+    switch (s.lid->type) {
         case LID_RB: moveThroughBarrel<N>(g, in); break;
         case LID_VS: moveThroughSwale<N>(g, in); break;
         case LID_IT: moveThroughStack<N, false, false>(g, in); break;
         case LID_PP: moveThroughStack<N, true, true>(g, in); break;
         default: moveThroughStack<N, true, false>(g, in); break;
     }
-    for (size_t p = g.first; p < g.first + N; ++p) {
-        unit.finalLoad[p] =
-            unit.thisSurfaceMass[p] + unit.thisPavementMass[p] + unit.thisSoilMass[p] + unit.thisStorageMass[p];
-    }
+    lidlanes_store<N>(unit.finalLoad + first,
+                      lidlanes_load<N>(unit.thisSurfaceMass + first) + lidlanes_load<N>(unit.thisPavementMass + first) +
+                          lidlanes_load<N>(unit.thisSoilMass + first) + lidlanes_load<N>(unit.thisStorageMass + first));
+}
+
+/// More pollutants than go side by side.
+[[gnu::noinline]] static void advanceMany(const Model& model, const LidStep& s, size_t count) {
+    lidlanes_visit(count, [&]<size_t N>(size_t first) { advance<N>(model, s, first); });
 }
 
 void lidquality_advance(const Model& model, const LidStep& s) {
     const size_t count = static_cast<size_t>(model_pollutantCount(model));
-    for (size_t first = 0; first < count; first += 4) {
-        const Group group = {model, s, *s.lid, *s.unit, first};
-        switch (count - first) {
-            case 1: advance<1>(group); break;
-            case 2: advance<2>(group); break;
-            case 3: advance<3>(group); break;
-            default: advance<4>(group); break;
-        }
+    switch (count) {
+        case 0: break;
+        case 1: advance<1>(model, s, 0); break;
+        case 2: advance<2>(model, s, 0); break;
+        case 3: advance<3>(model, s, 0); break;
+        case 4: advance<4>(model, s, 0); break;
+        default: advanceMany(model, s, count); break;
     }
 }
 
@@ -397,7 +315,7 @@ void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t h
         if (mass == 0.0) {
             continue;
         }
-        const double mixed = isDry(volume) ? 0.0 : getMixed(mass, volume);
+        const double mixed = isDry(volume) ? 0.0 : std::max(mass / volume * G_PER_KG, 0.0);
         const double left = decay_react(model, lid.soilDecay[p], mixed, hour, dt);
         unit.reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
         unit.thisSoilMass[p] = left * volume / G_PER_KG;

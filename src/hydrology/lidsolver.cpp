@@ -18,7 +18,7 @@ static constexpr double PASS_TOLERANCE = 0.00328;  ///< m, and the same figure f
 /// Upper limit of the infiltration of the surface: what comes in, what the next layer conducts, and what room it has.
 /// The water that stands on the surface has no part in it.
 template <LidType TYPE>
-static double getInfiltrationLimit(const LidStep& s) {
+[[gnu::always_inline]] static inline double getInfiltrationLimit(const LidStep& s) {
     const Lid& lid = *s.lid;
     if constexpr (TYPE == LID_PP) {
         return 0.0;
@@ -35,7 +35,7 @@ static double getInfiltrationLimit(const LidStep& s) {
 
 /// Fluxes and volumes of a unit that has none of the layers they belong to. Written out, so that those are left out
 /// which the rates of a type set.
-static void clearFluxes(LidStep& s) {
+[[gnu::always_inline]] static inline void clearFluxes(LidStep& s) {
     s.surfaceVolume = s.pavementVolume = s.soilVolume = s.storageVolume = 0.0;
     s.surfaceEvap = s.pavementEvap = s.soilEvap = s.storageEvap = 0.0;
     s.surfaceOutflow = s.pavementPerc = s.soilPerc = 0.0;
@@ -74,23 +74,38 @@ static LidStates getRates(LidStep& s, const LidStates& state) {
     }
 }
 
-/// Advances `state` by one step. `rates` are the old rates at first, and those of the last pass in the end, which
-/// belong to the state before the last update.
+static double moveState(double rate, double dt, double state, double min, double max) {
+    return std::min(std::max(rate * dt + state, min), max);
+}
+
+/// Advances `state` by one step. `rates` are the old rates at first, and those of the step in the end.
 template <LidType TYPE>
-static void integrate(LidStep& s, LidStates& state, LidStates& rates) {
-    constexpr double weight = TYPE == LID_VS ? 0.5 : 0.0;  // of the old rates
+[[gnu::always_inline]] static inline void integrate(LidStep& s, LidStates& state, LidStates& rates) {
     const StateLimits limits = getLimits<TYPE>(*s.lid);
+    const LidStates newRates = getRates<TYPE>(s, state);
+    for (size_t i = 0; i < LID_STATE_COUNT; ++i) {
+        // The old rates have a weight of 0, which makes no number of one that isn't finite, and takes the sign of -0.0.
+        state[i] = moveState(newRates[i] + 0.0 * rates[i], s.dt, state[i], limits.min[i], limits.max[i]);
+    }
+    rates = newRates;
+}
+
+/// The same by the trapezoidal rule. `rates` are those of the last pass in the end, which belong to the state before
+/// the last update.
+template <>
+void integrate<LID_VS>(LidStep& s, LidStates& state, LidStates& rates) {
+    const StateLimits limits = getLimits<LID_VS>(*s.lid);
     const LidStates oldState = state, oldRates = rates;
     for (int32_t pass = 1; pass <= MAX_PASSES; ++pass) {
-        rates = getRates<TYPE>(s, state);
+        rates = getRates<LID_VS>(s, state);
         bool isSteady = true;
         for (size_t i = 0; i < LID_STATE_COUNT; ++i) {
-            double value = ((1.0 - weight) * rates[i] + weight * oldRates[i]) * s.dt + oldState[i];
-            value = std::min(std::max(value, limits.min[i]), limits.max[i]);
+            const double rate = 0.5 * rates[i] + 0.5 * oldRates[i];
+            const double value = moveState(rate, s.dt, oldState[i], limits.min[i], limits.max[i]);
             isSteady = isSteady && std::fabs(value - state[i]) <= PASS_TOLERANCE;
             state[i] = value;
         }
-        if (TYPE != LID_VS || isSteady) {
+        if (isSteady) {
             return;
         }
     }
@@ -111,7 +126,7 @@ static void spillAboveBerm(LidStep& s, double& level) {
 }
 
 /// Adds the step to the water balance of its unit.
-static void addBalance(const LidStep& s, const LidOutflow& out) {
+[[gnu::always_inline]] static inline void addBalance(const LidStep& s, const LidOutflow& out) {
     LidUnit& unit = *s.unit;
     unit.inflowDepth += s.dt * s.inflow;
     unit.infilDepth += out.infil * s.dt;
@@ -124,7 +139,7 @@ static void addBalance(const LidStep& s, const LidOutflow& out) {
 }
 
 template <LidType TYPE>
-static LidOutflow advance(const Model& model, LidStep& s) {
+[[gnu::noinline]] static LidOutflow advance(const Model& model, LidStep& s) {
     LidUnit& unit = *s.unit;
     LidStates state = {unit.surfaceLevel, unit.soilMoisture, unit.storageLevel, unit.pavementLevel};
     LidStates rates = {unit.surfaceChange, unit.soilChange, unit.storageChange, unit.pavementChange};
