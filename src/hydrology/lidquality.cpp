@@ -308,17 +308,57 @@ void lidquality_advance(const Model& model, const LidStep& s) {
     }
 }
 
-void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
-    const double volume = unit.area * unit.soilMoisture * lid.soilDepth;
-    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-        const double mass = unit.lastSoilMass[p] = unit.thisSoilMass[p];
+// --- a drying soil -------------------------------------------------------------------------------------------------
+
+/// One by one, since those of which there is nothing are left alone.
+[[gnu::noinline]] static void dryEach(const Group& g, double volume, size_t count) {
+    for (size_t p = g.first; p < g.first + count; ++p) {
+        const double mass = g.unit.thisSoilMass[p];
         if (mass == 0.0) {
             continue;
         }
         const double mixed = isDry(volume) ? 0.0 : std::max(mass / volume * G_PER_KG, 0.0);
-        const double left = decay_react(model, lid.soilDecay[p], mixed, hour, dt);
-        unit.reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
-        unit.thisSoilMass[p] = left * volume / G_PER_KG;
-        unit.finalLoad[p] = unit.thisSoilMass[p];
+        const double left = decay_react(g.model, g.lid.soilDecay[p], mixed, g.s.hour, g.s.dt);
+        g.unit.reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
+        g.unit.thisSoilMass[p] = left * volume / G_PER_KG;
+        g.unit.finalLoad[p] = g.unit.thisSoilMass[p];
     }
+}
+
+template <size_t N>
+[[gnu::noinline]] static void dry(const Model& model, const LidStep& s, double volume, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    const LidLanes<N> mass = lidlanes_load<N>(unit.thisSoilMass + first);
+    for (size_t p = first; p < first + N; ++p) {
+        if (unit.thisSoilMass[p] == 0.0) {
+            dryEach(g, volume, N);
+            return;
+        }
+    }
+    if (isDry(volume)) {
+        settleDry<N>(g, g.lid.soilDecay, volume, unit.thisSoilMass);
+    } else {
+        settleWet<N>(g, g.lid.soilDecay, volume, mass, unit.thisSoilMass);
+    }
+    lidlanes_store<N>(unit.finalLoad + first, lidlanes_load<N>(unit.thisSoilMass + first));
+}
+
+void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
+    const size_t count = static_cast<size_t>(model_pollutantCount(model));
+    bool isAny = false;
+    for (size_t p = 0; p < count; ++p) {
+        isAny = isAny || unit.thisSoilMass[p] != 0.0;
+        unit.lastSoilMass[p] = unit.thisSoilMass[p];
+    }
+    if (!isAny) {
+        return;
+    }
+    const double volume = unit.area * unit.soilMoisture * lid.soilDepth;
+    LidStep s;
+    s.unit = &unit;
+    s.lid = &lid;
+    s.hour = hour;
+    s.dt = dt;
+    lidlanes_visit(count, [&]<size_t N>(size_t first) { dry<N>(model, s, volume, first); });
 }

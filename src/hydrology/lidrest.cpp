@@ -144,12 +144,12 @@ void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow
 /// and 0 changes no level, no mass and no sum.
 static double drySoil(Model& model, int32_t index, const Lid& lid, int32_t hour, double dt) {
     LidUnit& unit = model.lidUnits[index];
+    lidquality_dry(model, unit, lid, hour, dt);
     const double moisture = unit.soilMoisture;
     const double soilVolume = moisture * lid.soilDepth;
     const double evap = std::min(model.evap->rate, (soilVolume - lid.soilDepth * lid.wiltingPoint) / dt);
     const double change = (0.0 - evap) / lid.soilDepth;
     const double next = std::min(std::max(change * dt + moisture, lid.wiltingPoint), lid.porosity);
-    lidquality_dry(model, unit, lid, hour, dt);
     const bool isSame = next == moisture && evap == 0.0 && unit.soilChange == change && !goesByHour(model, unit, lid) &&
                         lidunit_areMassesSteady(model, unit);
     unit.soilMoisture = next;
