@@ -163,7 +163,7 @@ LidPace lidgroup_getPace(const Model& model, int32_t subcatch) {
     for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = model.lidUnits[k].next) {
         pace = std::min(pace, lidrest_getPace(model, k));
     }
-    return pace;
+    return pace == LID_PONDED ? LID_DRYING : pace;
 }
 
 void lidgroup_wake(Model& model, int32_t subcatch) {
@@ -236,7 +236,7 @@ static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, d
 /// A step of a unit that isn't awake. All that leaves it is evaporation, m/s.
 static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double dt) {
     LidOutflow out{};
-    if (lidrest_getPace(model, index) == LID_DRYING) {
+    if (lidrest_getPace(model, index) != LID_RESTING) {
         out.evap = lidrest_dry(model, index, hour, dt);
     } else {
         model.lidUnits[index].dryTime += dt;

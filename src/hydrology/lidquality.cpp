@@ -10,6 +10,7 @@
 #include "hydrology/lidquality.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "hydrology/lidlanes.h"
 #include "model/decay.h"
@@ -361,4 +362,42 @@ void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t h
     s.hour = hour;
     s.dt = dt;
     lidlanes_visit(count, [&]<size_t N>(size_t first) { dry<N>(model, s, volume, first); });
+}
+
+// --- a drying surface ----------------------------------------------------------------------------------------------
+
+static constexpr double LARGEST_MASS = 1e200;  ///< kg, from which a concentration may be infinite
+
+bool lidquality_isOrdinary(const double* masses, int64_t count) {
+    return std::all_of(masses, masses + count, [](double mass) { return !std::signbit(mass) && mass < LARGEST_MASS; });
+}
+
+/// A flow of 0 carries nothing at any concentration that is finite and not negative, so that surface and soil keep what
+/// they have but for the reaction, which alone can make another of it. What stands in the other layers is 0.
+template <size_t N>
+[[gnu::noinline]] static void dryPond(const Model& model, const LidStep& s, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    const double surfaceVolume = unit.area * unit.surfaceLevel * g.lid.surfaceVoid;
+    const double soilVolume = unit.area * unit.soilMoisture * g.lid.soilDepth;
+    const LidLanes<N> surface = lidlanes_load<N>(unit.thisSurfaceMass + first);
+    const LidLanes<N> soil = lidlanes_load<N>(unit.thisSoilMass + first);
+    lidlanes_store<N>(unit.lastSurfaceMass + first, surface);
+    lidlanes_store<N>(unit.lastSoilMass + first, soil);
+    settle<N>(g, g.lid.soilDecay, soilVolume, soil, unit.thisSoilMass);
+    settleSurface<N>(g, surfaceVolume, surface);
+    lidlanes_store<N>(unit.finalLoad + first,
+                      lidlanes_load<N>(unit.thisSurfaceMass + first) + lidlanes_load<N>(unit.thisSoilMass + first));
+}
+
+bool lidquality_dryPond(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
+    LidStep s;
+    s.unit = &unit;
+    s.lid = &lid;
+    s.hour = hour;
+    s.dt = dt;
+    s.surfaceOutflow = 0.0;
+    lidlanes_visit(static_cast<size_t>(model_pollutantCount(model)),
+                   [&]<size_t N>(size_t first) { dryPond<N>(model, s, first); });
+    return lidquality_isOrdinary(unit.thisSurfaceMass, 4 * int64_t{model_pollutantCount(model)});
 }
