@@ -10,7 +10,6 @@
 #include "hydrology/lidquality.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "hydrology/lidlanes.h"
 #include "model/decay.h"
@@ -368,8 +367,13 @@ void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t h
 
 static constexpr double LARGEST_MASS = 1e200;  ///< kg, from which a concentration may be infinite
 
+/// By their bits as integers, negative numbers and what is none are larger than any other.
 bool lidquality_isOrdinary(const double* masses, int64_t count) {
-    return std::all_of(masses, masses + count, [](double mass) { return !std::signbit(mass) && mass < LARGEST_MASS; });
+    bool isOrdinary = true;
+    for (int64_t k = 0; k < count; ++k) {
+        isOrdinary &= still_getBits(masses[k]) < still_getBits(LARGEST_MASS);
+    }
+    return isOrdinary;
 }
 
 /// A flow of 0 carries nothing at any concentration that is finite and not negative, so that surface and soil keep what
@@ -399,5 +403,7 @@ bool lidquality_dryPond(const Model& model, LidUnit& unit, const Lid& lid, int32
     s.surfaceOutflow = 0.0;
     lidlanes_visit(static_cast<size_t>(model_pollutantCount(model)),
                    [&]<size_t N>(size_t first) { dryPond<N>(model, s, first); });
-    return lidquality_isOrdinary(unit.thisSurfaceMass, 4 * int64_t{model_pollutantCount(model)});
+    const int64_t pollutants = model_pollutantCount(model);
+    return lidquality_isOrdinary(unit.thisSurfaceMass, pollutants) &&
+           lidquality_isOrdinary(unit.thisSoilMass, pollutants);
 }
