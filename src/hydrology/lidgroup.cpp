@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "hydrology/evap.h"
+#include "hydrology/lidlanes.h"
 #include "hydrology/lidrest.h"
 #include "hydrology/lidsolver.h"
 #include "model/arena.h"
@@ -162,7 +163,7 @@ LidPace lidgroup_getPace(const Model& model, int32_t subcatch) {
     for (int32_t k = group ? group->firstUnit : -1; k >= 0; k = model.lidUnits[k].next) {
         pace = std::min(pace, lidrest_getPace(model, k));
     }
-    return pace;
+    return pace == LID_PONDED ? LID_DRYING : pace;
 }
 
 void lidgroup_wake(Model& model, int32_t subcatch) {
@@ -173,26 +174,33 @@ void lidgroup_wake(Model& model, int32_t subcatch) {
 }
 
 /// Loads that enter a unit: with its rain, and its share of what the subcatchment shed one step before.
+template <size_t N>
+[[gnu::noinline]] static void setSomeLoads(const Pollut* polluts, const Subcatch& subcatch, LidUnit& unit, double dt,
+                                           size_t first) {
+    const double rain = unit.area * subcatch.rain;             // m3/s
+    const double rainVolume = dt * subcatch.rain * unit.area;  // m3
+    const LidLanes<N> runon = lidlanes_load<N>(subcatch.lastWashoffRate + first);
+    const LidLanes<N> inRain = lidlanes_pick<N>([&](size_t p) { return polluts[first + p].rainConcentration; });
+    lidlanes_store<N>(unit.load + first, inRain * rain / G_PER_KG + runon * unit.fromImpervious);
+    lidlanes_add<N>(unit.rainLoad + first, inRain * rainVolume / G_PER_KG);
+}
+
 static void setLoads(const Model& model, const Subcatch& subcatch, LidUnit& unit, double dt) {
-    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-        const double concentration = model.polluts[p].rainConcentration;
-        unit.load[p] =
-            unit.area * subcatch.rain * concentration / G_PER_KG + subcatch.lastWashoffRate[p] * unit.fromImpervious;
-        unit.rainLoad[p] += dt * subcatch.rain * unit.area * concentration / G_PER_KG;
-    }
+    lidlanes_visit(static_cast<size_t>(model_pollutantCount(model)),
+                   [&]<size_t N>(size_t first) { setSomeLoads<N>(model.polluts.data(), subcatch, unit, dt, first); });
 }
 
 /// One unit over the step, whose inflow (m3/s) is what is led onto it. Gives what leaves it.
 static LidOutflow stepUnit(const Model& model, const Subcatch& subcatch, LidUnit& unit, double flow, int32_t hour,
                            double dt) {
+    LidStep step;
+    step.unit = &unit;
+    step.lid = &model.lids[unit.lid];
+    step.hour = hour;
+    step.dt = dt;
+    step.inflow = flow / unit.area + subcatch.rain;
+    step.evap = subcatch.rain > 0.0 ? 0.0 : model.evap->rate;  // nothing evaporates from a unit while it rains
     setLoads(model, subcatch, unit, dt);
-    LidStep step{
-        .unit = &unit,
-        .lid = &model.lids[unit.lid],
-        .hour = hour,
-        .dt = dt,
-        .inflow = flow / unit.area + subcatch.rain,
-        .evap = subcatch.rain > 0.0 ? 0.0 : model.evap->rate};  // nothing evaporates from a unit while it rains
     const LidOutflow out = lidsolver_advance(model, step);
     unit.thisSurfaceFlow = out.surface * unit.area;
     unit.thisDrainFlow = out.drain * unit.area;
@@ -228,7 +236,7 @@ static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, d
 /// A step of a unit that isn't awake. All that leaves it is evaporation, m/s.
 static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double dt) {
     LidOutflow out{};
-    if (lidrest_getPace(model, index) == LID_DRYING) {
+    if (lidrest_getPace(model, index) != LID_RESTING) {
         out.evap = lidrest_dry(model, index, hour, dt);
     } else {
         model.lidUnits[index].dryTime += dt;
@@ -241,13 +249,17 @@ static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double d
 static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t index, double flow, int32_t hour,
                              double dt) {
     LidUnit& unit = model.lidUnits[index];
-    if (!isNothing(model, subcatch, flow) || !still_isZero(subcatch.rain) || !lidrest_isStill(model, index)) {
-        return stepUnit(model, subcatch, unit, flow, hour, dt);
+    const bool mayRest =
+        isNothing(model, subcatch, flow) && still_isZero(subcatch.rain) && lidrest_isStill(model, index);
+    LidUnit before;
+    if (mayRest) {
+        before = unit;
+        lidrest_keep(model, index);
     }
-    const LidUnit before = unit;
-    lidrest_keep(model, index);
     const LidOutflow out = stepUnit(model, subcatch, unit, flow, hour, dt);
-    lidrest_judge(model, index, before, out);
+    if (mayRest) {
+        lidrest_judge(model, index, before, out);
+    }
     return out;
 }
 
@@ -274,11 +286,12 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
 }
 
 void lidgroup_addSurfaceLoads(Model& model, int32_t subcatch, double* runoffLoad, double dt) {
+    const size_t pollutants = static_cast<size_t>(model_pollutantCount(model));
     for (const LidUnit& unit : lidgroup_getUnits(model, subcatch)) {
         // Unit by unit: a later one also takes its share of what the ones before let go.
-        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-            runoffLoad[p] = (1.0 - unit.fromImpervious) * runoffLoad[p];
-            runoffLoad[p] += dt * unit.thisSurfaceLoad[p];
-        }
+        lidlanes_visit(pollutants, [&]<size_t N>(size_t first) {
+            const LidLanes<N> passed = lidlanes_load<N>(runoffLoad + first) * (1.0 - unit.fromImpervious);
+            lidlanes_store<N>(runoffLoad + first, passed + lidlanes_load<N>(unit.thisSurfaceLoad + first) * dt);
+        });
     }
 }

@@ -64,7 +64,7 @@ void lidgroup_initAll(Model& model);
 /// New becomes old, for the units of a subcatchment at the start of a runoff step.
 void lidgroup_shiftState(Model& model, int32_t subcatch);
 
-/// How far the least resting unit of a subcatchment has come, and the waking of all.
+/// How far the least resting unit of a subcatchment has come, and the waking of all. One with a pond counts as drying.
 [[nodiscard]] LidPace lidgroup_getPace(const Model& model, int32_t subcatch);
 void lidgroup_wake(Model& model, int32_t subcatch);
 

@@ -2,190 +2,408 @@
 // concentration of the start of the step, and what stays reacts. A layer with next to no water can't hold any
 // pollutant: what arrives passes through it within the step. Called by the solver once the fluxes of the step are
 // known, with the unit still at its levels before the step.
+//
+// Layer by layer up to four pollutants go side by side, their number known to the compiler. What water does is worked
+// out once for all of them; and what comes to the same for each is, too: a concentration of 0 carries w * 0 / 1000,
+// which is w * 0, since that is a zero or no number, and a thousandth of either is what it was.
 
 #include "hydrology/lidquality.h"
 
 #include <algorithm>
 
+#include "hydrology/lidlanes.h"
 #include "model/decay.h"
 #include "model/model.h"
+#include "model/pattern.h"
 #include "model/project.h"
+#include "model/still.h"
 #include "text/units.h"
 
 static constexpr double MIN_VOLUME = 0.01;  ///< m3, below which a layer counts as dry
 
-/// A layer during the step of one pollutant.
-struct Layer {
-    double volume;  ///< m3, at the start of the step
-    double mass;    ///< kg, likewise
-    double in;      ///< kg, arriving in the step
-    double out;     ///< kg, leaving downward
+// --- concentrations ------------------------------------------------------------------------------------------------
+
+/// Where a step of some pollutants of a unit stands.
+struct Group {
+    const Model& model;
+    const LidStep& s;
+    const Lid& lid;
+    LidUnit& unit;
+    size_t first;  ///< pollutant
 };
 
-static double getConcentration(double volume, double mass) {
-    return volume > MIN_VOLUME ? mass / volume * G_PER_KG : 0.0;
+static bool isDry(double volume) {
+    return !(volume > MIN_VOLUME);
 }
 
-/// Mass that a flux (m/s) of the step carries at a concentration (mg/L), kg.
-static double getCarriedMass(const LidStep& s, double rate, double concentration) {
-    return rate * s.unit->area * s.dt * concentration / G_PER_KG;
+/// Concentration of a mass (kg) in a layer that isn't dry, mg/L.
+template <size_t N>
+static inline LidLanes<N> getConcentration(const LidLanes<N>& mass, double volume) {
+    return mass / volume * G_PER_KG;
 }
 
-/// A layer on the way down.
-static Layer passDown(const LidStep& s, double volume, double mass, double in, double rate) {
-    const bool isDry = !(volume > MIN_VOLUME);
-    return {volume, mass, in, isDry ? in : getCarriedMass(s, rate, getConcentration(volume, mass))};
+/// What water (m3) carries at a concentration (mg/L), kg; of a flow (m3/s) kg/s.
+template <size_t N>
+static inline LidLanes<N> carry(double water, const LidLanes<N>& concentration) {
+    return concentration * water / G_PER_KG;
 }
 
-/// Concentration of what is left in a layer, mg/L: mass after the step over the volume before it.
-static double getMixed(double mass, double volume) {
-    return volume > MIN_VOLUME ? std::max(mass / volume * G_PER_KG, 0.0) : 0.0;
+// --- reactions -----------------------------------------------------------------------------------------------------
+
+/// Whether no pollutant reacts in another way than by a factor that was worked out for this hour and step before.
+template <size_t N>
+[[gnu::always_inline]] static inline bool areFactorsKnown(const Group& g, const Decay* rules) {
+    bool areKnown = true;
+    for (size_t p = 0; p < N; ++p) {
+        const Decay& rule = rules[p];
+        if (rule.type >= 0) {
+            const double factor = rule.pattern < 0 ? 1.0 : pattern_getFactor(g.model, rule.pattern, g.s.hour);
+            const double k = factor * rule.k;
+            areKnown =
+                areKnown && rule.type == FIRST_ORDER && still_getBits(-g.s.dt * k) == still_getBits(rule.exponent);
+        }
+    }
+    return areKnown;
 }
 
-/// Reaction in a layer; gives the concentration after it and books what is gone.
-static double react(const Model& model, const LidStep& s, int32_t p, Decay* rules, double mixed, double volume) {
-    const double left = decay_react(model, rules[p], mixed, s.hour, s.dt);
-    s.unit->reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
+/// Reaction one by one, the rules of which keep their factors from now on.
+[[gnu::noinline]] static void reactEach(const Group& g, Decay* rules, double* concentrations, size_t count) {
+    for (size_t p = 0; p < count; ++p) {
+        concentrations[p] = decay_react(g.model, rules[p], concentrations[p], g.s.hour, g.s.dt);
+    }
+}
+
+/// What a reaction leaves of concentrations. What doesn't react is multiplied by 1.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> react(const Group& g, Decay* rules, const LidLanes<N>& mixed) {
+    int32_t types = -1;
+    for (size_t p = 0; p < N; ++p) {
+        types &= rules[p].type;  // negative as long as all are, which is no reaction
+    }
+    if (types < 0) {
+        return mixed;
+    }
+    if (areFactorsKnown<N>(g, rules)) {
+        return mixed * lidlanes_pick<N>([rules](size_t p) { return rules[p].type < 0 ? 1.0 : rules[p].factor; });
+    }
+    double concentrations[N];
+    lidlanes_store<N>(concentrations, mixed);
+    reactEach(g, rules, concentrations, N);
+    return lidlanes_load<N>(concentrations);
+}
+
+/// Lets a layer react that isn't dry, from the mass in it (kg), and gives the concentration that is left, mg/L. The
+/// mass that is left goes to `thisMass`.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> settleWet(const Group& g, Decay* rules, double volume,
+                                                           const LidLanes<N>& mass, double* thisMass) {
+    const LidLanes<N> mixed = lidlanes_limitBelow<N>(getConcentration<N>(mass, volume));
+    const LidLanes<N> left = react<N>(g, rules + g.first, mixed);
+    lidlanes_add<N>(g.unit.reactedLoad + g.first, (mixed - left) * volume / G_PER_KG);
+    lidlanes_store<N>(thisMass + g.first, carry<N>(volume, left));
     return left;
 }
 
-/// Soil and pavement: what stays reacts.
-static double finishLayer(const Model& model, const LidStep& s, int32_t p, const Layer& layer, Decay* rules) {
-    const double mixed = getMixed(layer.in + layer.mass - layer.out, layer.volume);
-    return react(model, s, p, rules, mixed, layer.volume) * layer.volume / G_PER_KG;
+/// The same of a dry layer, in which nothing is left but by a factor that isn't finite.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> settleDry(const Group& g, Decay* rules, double volume,
+                                                           double* thisMass) {
+    const LidLanes<N> mixed = lidlanes_fill<N>(0.0);
+    const LidLanes<N> left = react<N>(g, rules + g.first, mixed);
+    double concentrations[N];
+    lidlanes_store<N>(concentrations, left);
+    if (still_areZeros(concentrations, N)) {
+        const LidLanes<N> nothing = lidlanes_fill<N>(0.0 * volume);
+        lidlanes_add<N>(g.unit.reactedLoad + g.first, nothing);
+        lidlanes_store<N>(thisMass + g.first, nothing);
+    } else {
+        lidlanes_add<N>(g.unit.reactedLoad + g.first, (mixed - left) * volume / G_PER_KG);
+        lidlanes_store<N>(thisMass + g.first, carry<N>(volume, left));
+    }
+    return left;
 }
 
-/// The surface: water leaves it downward and over the berm. Gives its concentration after the reaction, mg/L.
-static double finishSurface(const Model& model, const LidStep& s, int32_t p, double volume, double infilRate) {
-    LidUnit& unit = *s.unit;
-    const double c = getConcentration(volume, unit.lastSurfaceMass[p]);
-    const double mass = s.dt * unit.load[p] + unit.lastSurfaceMass[p] - getCarriedMass(s, infilRate, c) -
-                        getCarriedMass(s, s.surfaceOutflow, c);
-    const double left = react(model, s, p, s.lid->surfaceDecay, getMixed(mass, volume), volume);
-    unit.thisSurfaceMass[p] = left * volume / G_PER_KG;
-    unit.surfaceOutLoad[p] += getCarriedMass(s, s.surfaceOutflow, left);
-    unit.thisSurfaceLoad[p] = s.surfaceOutflow * unit.area * left / G_PER_KG;
+/// What stays in a layer reacts. `mass` is asked for in one that isn't dry.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> settle(const Group& g, Decay* rules, double volume,
+                                                        const LidLanes<N>& mass, double* thisMass) {
+    return isDry(volume) ? settleDry<N>(g, rules, volume, thisMass) : settleWet<N>(g, rules, volume, mass, thisMass);
+}
+
+// --- layers --------------------------------------------------------------------------------------------------------
+
+/// Soil or pavement, out of which a rate (m/s) takes water. `down` is what comes in from above at first, kg, and what
+/// leaves downward in the end. Gives the mass that stays, unless the layer is dry.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> passDown(const Group& g, double volume, const double* lastMass,
+                                                          double rate, LidLanes<N>& down) {
+    if (isDry(volume)) {
+        return down;
+    }
+    const LidLanes<N> last = lidlanes_load<N>(lastMass + g.first);
+    const LidLanes<N> out = carry<N>(rate * g.unit.area * g.s.dt, getConcentration<N>(last, volume));
+    const LidLanes<N> mass = down + last - out;
+    down = out;
+    return mass;
+}
+
+/// The same of the surface, which water leaves downward and over the berm. What comes in is a load over the step.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> passSurface(const Group& g, double volume, double infilRate,
+                                                             LidLanes<N>& down) {
+    if (isDry(volume)) {
+        return down;
+    }
+    const LidLanes<N> last = lidlanes_load<N>(g.unit.lastSurfaceMass + g.first);
+    const LidLanes<N> c = getConcentration<N>(last, volume);
+    const LidLanes<N> out = carry<N>(infilRate * g.unit.area * g.s.dt, c);
+    const LidLanes<N> mass = down + last - out - carry<N>(g.s.surfaceOutflow * g.unit.area * g.s.dt, c);
+    down = out;
+    return mass;
+}
+
+/// Water goes over the berm with the concentration after the reaction, which is given.
+template <size_t N>
+[[gnu::always_inline]] static inline LidLanes<N> settleSurface(const Group& g, double volume, const LidLanes<N>& mass) {
+    const double over = g.s.surfaceOutflow * g.unit.area;
+    const LidLanes<N> left = settle<N>(g, g.lid.surfaceDecay, volume, mass, g.unit.thisSurfaceMass);
+    lidlanes_add<N>(g.unit.surfaceOutLoad + g.first, carry<N>(over * g.s.dt, left));
+    lidlanes_store<N>(g.unit.thisSurfaceLoad + g.first, carry<N>(over, left));
     return left;
 }
 
 /// A storage that holds water: seepage and drain take their shares of what stood in it before what arrives, and carry
 /// the concentration after the reaction.
-static void finishWetStorage(const Model& model, const LidStep& s, int32_t p, double volume, double in) {
-    LidUnit& unit = *s.unit;
-    const double mass = unit.lastStorageMass[p];
-    const double c = getConcentration(volume, mass);
-    const double exfil = s.storageExfil * unit.area * s.dt;
-    const double drain = s.storageDrain * unit.area * s.dt;
-    const double mixed = getMixed(mass + in - drain * c / G_PER_KG - exfil * c / G_PER_KG, volume);
-    const double left = react(model, s, p, s.lid->storageDecay, mixed, volume);
-    unit.thisStorageMass[p] = left * volume / G_PER_KG;
-    unit.exfilLoad[p] += exfil * left / G_PER_KG;
-    unit.drainOutLoad[p] += drain * left / G_PER_KG;
-    unit.thisDrainLoad[p] = s.storageDrain * unit.area * left / G_PER_KG;
+template <size_t N>
+[[gnu::always_inline]] static inline void settleWetStorage(const Group& g, double volume, const LidLanes<N>& in) {
+    LidUnit& unit = g.unit;
+    const double drainFlow = g.s.storageDrain * unit.area;
+    const double exfil = g.s.storageExfil * unit.area * g.s.dt;
+    const double drain = drainFlow * g.s.dt;
+    const LidLanes<N> last = lidlanes_load<N>(unit.lastStorageMass + g.first);
+    const LidLanes<N> c = getConcentration<N>(last, volume);
+    const LidLanes<N> mass = last + in - carry<N>(drain, c) - carry<N>(exfil, c);
+    const LidLanes<N> left = settleWet<N>(g, g.lid.storageDecay, volume, mass, unit.thisStorageMass);
+    lidlanes_add<N>(unit.exfilLoad + g.first, carry<N>(exfil, left));
+    lidlanes_add<N>(unit.drainOutLoad + g.first, carry<N>(drain, left));
+    lidlanes_store<N>(unit.thisDrainLoad + g.first, carry<N>(drainFlow, left));
 }
 
 /// A storage next to empty: what arrives leaves at once, by the ways that water takes. Without any it is in no total.
-static void finishDryStorage(const LidStep& s, int32_t p, double in) {
-    LidUnit& unit = *s.unit;
-    unit.thisStorageMass[p] = 0.0;
-    const double out = s.storageExfil + s.storageDrain;
-    if (s.lid->type == LID_GR) {
-        unit.drainOutLoad[p] += in;
-        unit.thisDrainLoad[p] = in / s.dt;
+template <size_t N>
+[[gnu::always_inline]] static inline void settleDryStorage(const Group& g, const LidLanes<N>& in) {
+    LidUnit& unit = g.unit;
+    const double out = g.s.storageExfil + g.s.storageDrain;
+    lidlanes_store<N>(unit.thisStorageMass + g.first, lidlanes_fill<N>(0.0));
+    if (g.lid.type == LID_GR) {
+        lidlanes_add<N>(unit.drainOutLoad + g.first, in);
+        lidlanes_store<N>(unit.thisDrainLoad + g.first, in / g.s.dt);
     } else if (out > 0.0) {
-        const double drained = in * s.storageDrain / out;
-        unit.drainOutLoad[p] += drained;
-        unit.thisDrainLoad[p] = drained / s.dt;
-        unit.exfilLoad[p] += in - drained;
+        const LidLanes<N> drained = in * g.s.storageDrain / out;
+        lidlanes_add<N>(unit.drainOutLoad + g.first, drained);
+        lidlanes_store<N>(unit.thisDrainLoad + g.first, drained / g.s.dt);
+        lidlanes_add<N>(unit.exfilLoad + g.first, in - drained);
     }
 }
 
-/// A stack of layers: all types but barrel and swale.
-static void moveThroughStack(const Model& model, const LidStep& s, int32_t p) {
-    const Lid& lid = *s.lid;
-    LidUnit& unit = *s.unit;
+// --- types ---------------------------------------------------------------------------------------------------------
+
+/// A stack of layers: all types but barrel and swale. `down` is the load that arrives over the step, kg.
+template <size_t N, bool HAS_SOIL, bool HAS_PAVEMENT>
+[[gnu::always_inline]] static inline void moveThroughStack(const Group& g, LidLanes<N> down) {
+    const Lid& lid = g.lid;
+    LidUnit& unit = g.unit;
     const double surfaceVolume = unit.area * unit.surfaceLevel * lid.surfaceVoid;
+    const double pavementVolume = unit.area * unit.pavementLevel * lid.pavementVoid;
+    const double soilVolume = unit.area * unit.soilMoisture * lid.soilDepth;
     const double storageVolume = unit.area * unit.storageLevel * lid.storageVoid;
-    double in = passDown(s, surfaceVolume, unit.lastSurfaceMass[p], s.dt * unit.load[p], s.surfaceInfil).out;
-    Layer pavement{}, soil{};
-    if (lid.type == LID_PP) {
-        pavement = passDown(s, unit.area * unit.pavementLevel * lid.pavementVoid, unit.lastPavementMass[p], in,
-                            s.pavementPerc);
-        in = pavement.out;
+    const LidLanes<N> surface = passSurface<N>(g, surfaceVolume, g.s.surfaceInfil, down);
+    LidLanes<N> pavement = down, soil = down;
+    if constexpr (HAS_PAVEMENT) {
+        pavement = passDown<N>(g, pavementVolume, unit.lastPavementMass, g.s.pavementPerc, down);
     }
-    if (lid.type != LID_IT) {
-        soil = passDown(s, unit.area * unit.soilMoisture * lid.soilDepth, unit.lastSoilMass[p], in, s.soilPerc);
-        in = soil.out;
+    if constexpr (HAS_SOIL) {
+        soil = passDown<N>(g, soilVolume, unit.lastSoilMass, g.s.soilPerc, down);
     }
-    if (storageVolume > MIN_VOLUME) {
-        finishWetStorage(model, s, p, storageVolume, in);
+    if (isDry(storageVolume)) {
+        settleDryStorage<N>(g, down);
     } else {
-        finishDryStorage(s, p, in);
+        settleWetStorage<N>(g, storageVolume, down);
     }
-    if (lid.type != LID_IT) {
-        unit.thisSoilMass[p] = finishLayer(model, s, p, soil, lid.soilDecay);
+    if constexpr (HAS_SOIL) {
+        settle<N>(g, lid.soilDecay, soilVolume, soil, unit.thisSoilMass);
     }
-    if (lid.type == LID_PP) {
-        unit.thisPavementMass[p] = finishLayer(model, s, p, pavement, lid.pavementDecay);
+    if constexpr (HAS_PAVEMENT) {
+        settle<N>(g, lid.pavementDecay, pavementVolume, pavement, unit.thisPavementMass);
     }
-    finishSurface(model, s, p, surfaceVolume, s.surfaceInfil);
+    settleSurface<N>(g, surfaceVolume, surface);
 }
 
 /// A swale has its surface alone, and seeps from it.
-static void moveThroughSwale(const Model& model, const LidStep& s, int32_t p) {
-    LidUnit& unit = *s.unit;
-    const double volume = unit.area * unit.surfaceLevel * s.lid->surfaceVoid;
-    const double left = finishSurface(model, s, p, volume, s.storageExfil);
-    unit.exfilLoad[p] += getCarriedMass(s, s.storageExfil, left);
+template <size_t N>
+[[gnu::always_inline]] static inline void moveThroughSwale(const Group& g, LidLanes<N> down) {
+    const double volume = g.unit.area * g.unit.surfaceLevel * g.lid.surfaceVoid;
+    const LidLanes<N> surface = passSurface<N>(g, volume, g.s.storageExfil, down);
+    const LidLanes<N> left = settleSurface<N>(g, volume, surface);
+    lidlanes_add<N>(g.unit.exfilLoad + g.first, carry<N>(g.s.storageExfil * g.unit.area * g.s.dt, left));
 }
 
 /// A barrel has its storage alone; what doesn't fit in goes over its rim with the inflow's concentration.
-static void moveThroughBarrel(const Model& model, const LidStep& s, int32_t p) {
-    LidUnit& unit = *s.unit;
-    const double volume = unit.area * unit.storageLevel * s.lid->storageVoid;
-    const double load = unit.load[p];
-    double in = 0.0;
-    unit.thisSurfaceLoad[p] = 0.0;
+template <size_t N>
+[[gnu::always_inline]] static inline void moveThroughBarrel(const Group& g, const LidLanes<N>& arriving) {
+    LidUnit& unit = g.unit;
+    const LidStep& s = g.s;
+    const double volume = unit.area * unit.storageLevel * g.lid.storageVoid;
+    const LidLanes<N> load = lidlanes_load<N>(unit.load + g.first);
+    LidLanes<N> in = lidlanes_fill<N>(0.0), over = in;
     if (s.inflow * unit.area * s.dt > MIN_VOLUME) {
-        in = s.dt * load * s.storageInflow / s.inflow;
-        unit.surfaceOutLoad[p] += s.dt * load * s.surfaceOutflow / s.inflow;
-        unit.thisSurfaceLoad[p] = s.surfaceOutflow * load / s.inflow;
+        in = arriving * s.storageInflow / s.inflow;
+        over = load * s.surfaceOutflow / s.inflow;
+        lidlanes_add<N>(unit.surfaceOutLoad + g.first, arriving * s.surfaceOutflow / s.inflow);
     }
-    if (volume > MIN_VOLUME) {
-        finishWetStorage(model, s, p, volume, in);
+    lidlanes_store<N>(unit.thisSurfaceLoad + g.first, over);
+    if (!isDry(volume)) {
+        settleWetStorage<N>(g, volume, in);
         return;
     }
-    unit.thisStorageMass[p] = 0.0;
-    unit.drainOutLoad[p] += in;
+    lidlanes_store<N>(unit.thisStorageMass + g.first, lidlanes_fill<N>(0.0));
+    lidlanes_add<N>(unit.drainOutLoad + g.first, in);
     // Unlike the balance above it, this load doesn't ask how much came in.
-    unit.thisDrainLoad[p] = s.inflow != 0.0 ? s.storageInflow * load / s.inflow : 0.0;
+    lidlanes_store<N>(unit.thisDrainLoad + g.first,
+                      s.inflow != 0.0 ? load * s.storageInflow / s.inflow : lidlanes_fill<N>(0.0));
+}
+
+template <size_t N>
+[[gnu::noinline]] static void advance(const Model& model, const LidStep& s, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    const LidLanes<N> in = lidlanes_load<N>(unit.load + first) * s.dt;
+    lidlanes_add<N>(unit.inflowLoad + first, in);
+    switch (s.lid->type) {
+        case LID_RB: moveThroughBarrel<N>(g, in); break;
+        case LID_VS: moveThroughSwale<N>(g, in); break;
+        case LID_IT: moveThroughStack<N, false, false>(g, in); break;
+        case LID_PP: moveThroughStack<N, true, true>(g, in); break;
+        default: moveThroughStack<N, true, false>(g, in); break;
+    }
+    lidlanes_store<N>(unit.finalLoad + first,
+                      lidlanes_load<N>(unit.thisSurfaceMass + first) + lidlanes_load<N>(unit.thisPavementMass + first) +
+                          lidlanes_load<N>(unit.thisSoilMass + first) + lidlanes_load<N>(unit.thisStorageMass + first));
+}
+
+/// More pollutants than go side by side.
+[[gnu::noinline]] static void advanceMany(const Model& model, const LidStep& s, size_t count) {
+    lidlanes_visit(count, [&]<size_t N>(size_t first) { advance<N>(model, s, first); });
 }
 
 void lidquality_advance(const Model& model, const LidStep& s) {
-    LidUnit& unit = *s.unit;
-    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-        unit.inflowLoad[p] += s.dt * unit.load[p];
-        switch (s.lid->type) {
-            case LID_RB: moveThroughBarrel(model, s, p); break;
-            case LID_VS: moveThroughSwale(model, s, p); break;
-            default: moveThroughStack(model, s, p); break;
-        }
-        unit.finalLoad[p] =
-            unit.thisSurfaceMass[p] + unit.thisPavementMass[p] + unit.thisSoilMass[p] + unit.thisStorageMass[p];
+    const size_t count = static_cast<size_t>(model_pollutantCount(model));
+    switch (count) {
+        case 0: break;
+        case 1: advance<1>(model, s, 0); break;
+        case 2: advance<2>(model, s, 0); break;
+        case 3: advance<3>(model, s, 0); break;
+        case 4: advance<4>(model, s, 0); break;
+        default: advanceMany(model, s, count); break;
     }
 }
 
-void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
-    const double volume = unit.area * unit.soilMoisture * lid.soilDepth;
-    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-        const double mass = unit.lastSoilMass[p] = unit.thisSoilMass[p];
+// --- a drying soil -------------------------------------------------------------------------------------------------
+
+/// One by one, since those of which there is nothing are left alone.
+[[gnu::noinline]] static void dryEach(const Group& g, double volume, size_t count) {
+    for (size_t p = g.first; p < g.first + count; ++p) {
+        const double mass = g.unit.thisSoilMass[p];
         if (mass == 0.0) {
             continue;
         }
-        const double mixed = getMixed(mass, volume);
-        const double left = decay_react(model, lid.soilDecay[p], mixed, hour, dt);
-        unit.reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
-        unit.thisSoilMass[p] = left * volume / G_PER_KG;
-        unit.finalLoad[p] = unit.thisSoilMass[p];
+        const double mixed = isDry(volume) ? 0.0 : std::max(mass / volume * G_PER_KG, 0.0);
+        const double left = decay_react(g.model, g.lid.soilDecay[p], mixed, g.s.hour, g.s.dt);
+        g.unit.reactedLoad[p] += (mixed - left) * volume / G_PER_KG;
+        g.unit.thisSoilMass[p] = left * volume / G_PER_KG;
+        g.unit.finalLoad[p] = g.unit.thisSoilMass[p];
     }
+}
+
+template <size_t N>
+[[gnu::noinline]] static void dry(const Model& model, const LidStep& s, double volume, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    const LidLanes<N> mass = lidlanes_load<N>(unit.thisSoilMass + first);
+    for (size_t p = first; p < first + N; ++p) {
+        if (unit.thisSoilMass[p] == 0.0) {
+            dryEach(g, volume, N);
+            return;
+        }
+    }
+    if (isDry(volume)) {
+        settleDry<N>(g, g.lid.soilDecay, volume, unit.thisSoilMass);
+    } else {
+        settleWet<N>(g, g.lid.soilDecay, volume, mass, unit.thisSoilMass);
+    }
+    lidlanes_store<N>(unit.finalLoad + first, lidlanes_load<N>(unit.thisSoilMass + first));
+}
+
+void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
+    const size_t count = static_cast<size_t>(model_pollutantCount(model));
+    bool isAny = false;
+    for (size_t p = 0; p < count; ++p) {
+        isAny = isAny || unit.thisSoilMass[p] != 0.0;
+        unit.lastSoilMass[p] = unit.thisSoilMass[p];
+    }
+    if (!isAny) {
+        return;
+    }
+    const double volume = unit.area * unit.soilMoisture * lid.soilDepth;
+    LidStep s;
+    s.unit = &unit;
+    s.lid = &lid;
+    s.hour = hour;
+    s.dt = dt;
+    lidlanes_visit(count, [&]<size_t N>(size_t first) { dry<N>(model, s, volume, first); });
+}
+
+// --- a drying surface ----------------------------------------------------------------------------------------------
+
+static constexpr double LARGEST_MASS = 1e200;  ///< kg, from which a concentration may be infinite
+
+/// By their bits as integers, negative numbers and what is none are larger than any other.
+bool lidquality_isOrdinary(const double* masses, int64_t count) {
+    bool isOrdinary = true;
+    for (int64_t k = 0; k < count; ++k) {
+        isOrdinary &= still_getBits(masses[k]) < still_getBits(LARGEST_MASS);
+    }
+    return isOrdinary;
+}
+
+/// A flow of 0 carries nothing at any concentration that is finite and not negative, so that surface and soil keep what
+/// they have but for the reaction, which alone can make another of it. What stands in the other layers is 0.
+template <size_t N>
+[[gnu::noinline]] static void dryPond(const Model& model, const LidStep& s, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    const double surfaceVolume = unit.area * unit.surfaceLevel * g.lid.surfaceVoid;
+    const double soilVolume = unit.area * unit.soilMoisture * g.lid.soilDepth;
+    const LidLanes<N> surface = lidlanes_load<N>(unit.thisSurfaceMass + first);
+    const LidLanes<N> soil = lidlanes_load<N>(unit.thisSoilMass + first);
+    lidlanes_store<N>(unit.lastSurfaceMass + first, surface);
+    lidlanes_store<N>(unit.lastSoilMass + first, soil);
+    settle<N>(g, g.lid.soilDecay, soilVolume, soil, unit.thisSoilMass);
+    settleSurface<N>(g, surfaceVolume, surface);
+    lidlanes_store<N>(unit.finalLoad + first,
+                      lidlanes_load<N>(unit.thisSurfaceMass + first) + lidlanes_load<N>(unit.thisSoilMass + first));
+}
+
+bool lidquality_dryPond(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
+    LidStep s;
+    s.unit = &unit;
+    s.lid = &lid;
+    s.hour = hour;
+    s.dt = dt;
+    s.surfaceOutflow = 0.0;
+    lidlanes_visit(static_cast<size_t>(model_pollutantCount(model)),
+                   [&]<size_t N>(size_t first) { dryPond<N>(model, s, first); });
+    const int64_t pollutants = model_pollutantCount(model);
+    return lidquality_isOrdinary(unit.thisSurfaceMass, pollutants) &&
+           lidquality_isOrdinary(unit.thisSoilMass, pollutants);
 }

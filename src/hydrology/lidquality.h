@@ -11,3 +11,8 @@ void lidquality_advance(const Model& model, const LidStep& step);
 /// The same in a unit that has pollutants in its soil alone, where nothing moves: the roll from new to old, and the
 /// reaction.
 void lidquality_dry(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt);
+
+/// And in one that has pollutants on its surface as well. Whether their masses are far from all that is no number, so
+/// that the next step may do the same.
+[[nodiscard]] bool lidquality_dryPond(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt);
+[[nodiscard]] bool lidquality_isOrdinary(const double* masses, int64_t count);

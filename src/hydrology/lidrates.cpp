@@ -29,7 +29,7 @@ static double getNonNegative(double value) {
 
 /// Evaporation from the top down, each layer with what the ones above left of the potential rate. While water
 /// infiltrates the lower layers don't evaporate.
-static void setEvaporation(LidStep& s, double soilAvailable, double pavementAvailable) {
+[[gnu::always_inline]] static inline void setEvaporation(LidStep& s, double soilAvailable, double pavementAvailable) {
     s.surfaceEvap = getNonNegative(std::min(s.evap, s.surfaceVolume / s.dt));
     double rest = getNonNegative(s.evap - s.surfaceEvap);
     if (s.surfaceInfil > 0.0) {
@@ -52,7 +52,7 @@ double lidrates_getSurfaceOutflow(const LidStep& s, double level) {
     return std::min(flow, head / s.dt);
 }
 
-static double getSoilPercolation(const LidStep& s, double moisture) {
+[[gnu::always_inline]] static inline double getSoilPercolation(const LidStep& s, double moisture) {
     const Lid& lid = *s.lid;
     const double rate =
         moisture > lid.fieldCapacity ? lid.soilRate * std::exp(-(lid.porosity - moisture) * lid.soilSlope) : 0.0;
@@ -143,7 +143,7 @@ static bool isFull(const Lid& lid, const LidStates& state) {
 }
 
 /// Volumes and evaporation of surface, soil and storage. A saturated soil shuts the storage off from the air.
-static void setSoilColumn(LidStep& s, const LidStates& state) {
+[[gnu::always_inline]] static inline void setSoilColumn(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
     s.soilVolume = state[STATE_SOIL] * lid.soilDepth;
@@ -380,7 +380,7 @@ static void limitPavement(LidStep& s, const LidStates& state, PavementFlow& f) {
     }
 }
 
-static void setPavementColumn(LidStep& s, const LidStates& state) {
+[[gnu::always_inline]] static inline void setPavementColumn(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     s.surfaceVolume = state[STATE_SURFACE] * lid.surfaceVoid;
     s.pavementVolume = state[STATE_PAVEMENT] * lid.pavementVoid;

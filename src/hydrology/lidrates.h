@@ -13,29 +13,30 @@ enum LidState : int32_t { STATE_SURFACE, STATE_SOIL, STATE_STORAGE, STATE_PAVEME
 /// Levels in m, of the soil its moisture as a share; or their rates of change, per s.
 using LidStates = std::array<double, LID_STATE_COUNT>;
 
-/// One step of one unit: what it is given, and the fluxes that its layers make of it.
+/// One step of one unit: what it is given, down to `evap`, and what its layers make of it. The solver sets that to 0
+/// first; of a layer that a type doesn't have it stays so.
 struct LidStep {
     LidUnit* unit;
     const Lid* lid;
-    int32_t hour;                 ///< of the day, 0 ... 23; reactions go by it
-    double dt;                    ///< s
-    double inflow;                ///< m/s, rain and runon per area of the unit
-    double evap;                  ///< m/s, potential evaporation
-    double surfaceVolume = 0.0;   ///< m, water per area, as the three below
-    double pavementVolume = 0.0;  ///< m
-    double soilVolume = 0.0;      ///< m
-    double storageVolume = 0.0;   ///< m
-    double surfaceEvap = 0.0;     ///< m/s
-    double pavementEvap = 0.0;    ///< m/s
-    double soilEvap = 0.0;        ///< m/s
-    double storageEvap = 0.0;     ///< m/s
-    double surfaceInfil = 0.0;    ///< m/s, from the surface to the next layer
-    double surfaceOutflow = 0.0;  ///< m/s, over the surface
-    double pavementPerc = 0.0;    ///< m/s, out of the pavement
-    double soilPerc = 0.0;        ///< m/s, out of the soil
-    double storageInflow = 0.0;   ///< m/s, into the storage of a trench or barrel
-    double storageExfil = 0.0;    ///< m/s, seepage out of the storage, or out of a swale
-    double storageDrain = 0.0;    ///< m/s, through the underdrain
+    int32_t hour;           ///< of the day, 0 ... 23; reactions go by it
+    double dt;              ///< s
+    double inflow;          ///< m/s, rain and runon per area of the unit
+    double evap;            ///< m/s, potential evaporation
+    double surfaceVolume;   ///< m, water per area, as the three below
+    double pavementVolume;  ///< m
+    double soilVolume;      ///< m
+    double storageVolume;   ///< m
+    double surfaceEvap;     ///< m/s
+    double pavementEvap;    ///< m/s
+    double soilEvap;        ///< m/s
+    double storageEvap;     ///< m/s
+    double surfaceInfil;    ///< m/s, from the surface to the next layer
+    double surfaceOutflow;  ///< m/s, over the surface
+    double pavementPerc;    ///< m/s, out of the pavement
+    double soilPerc;        ///< m/s, out of the soil
+    double storageInflow;   ///< m/s, into the storage of a trench or barrel
+    double storageExfil;    ///< m/s, seepage out of the storage, or out of a swale
+    double storageDrain;    ///< m/s, through the underdrain
 };
 
 /// Rates of change at a state by the law of a type of control; the fluxes go into the step. `surfaceInfil` comes in as

@@ -4,14 +4,20 @@
 // happens but that the soil dries in the air, which takes weeks; the few operations that this is stand here:
 //
 //     awake --(nothing in, all layers but the soil empty, soil below its field capacity)--> drying   lidrest_judge
+//     awake --(the same, but that water stands below the berm of a cell, garden or roof)--> ponded   lidrest_judge
+//     ponded --(nothing is left on the surface)-------------------------------------------> drying   lidrest_dry
 //     awake --(a barrel whose drain waits for dry weather to last)------------------------> drying   lidrest_judge
 //     drying --(the soil is dry, the barrel's time has come)------------------------------> awake    lidrest_dry
+//     ponded --(nothing evaporates)-------------------------------------------------------> awake    lidrest_dry
 //     awake --(a step changed nothing)----------------------------------------------------> resting  lidrest_judge
-//     drying, resting --(rain, runoff, another evaporation, a host)-----------------------> awake    lidgroup, landrest
+//     ponded, drying, resting --(rain, runoff, another evaporation, a host)---------------> awake    lidgroup, landrest
 //
 // The rooms lidgroup and landrest call this one, and wake what gets rain, runoff or another evaporation, or whose
 // parameters somebody may have changed. The dry time of a unit goes on all the same. Only the drain of a barrel asks
 // for it, so a barrel that waits for it counts as drying. A unit whose reactions go by the hour doesn't rest.
+//
+// What stands on a surface sinks in by no law of its own: only what comes in does. So behind a storm it stands for
+// weeks, and evaporates.
 
 #include "hydrology/lidrest.h"
 
@@ -41,11 +47,19 @@ LidPace lidrest_getPace(const Model& model, int32_t unit) {
 
 // --- coming to rest ------------------------------------------------------------------------------------------------
 
+/// Whether water stands on a surface from which it goes neither over the berm nor into the ground, above a soil that
+/// holds its own and an empty storage.
+static bool isPonded(const Lid& lid, const LidUnit& unit) {
+    return (lid.type == LID_BC || lid.type == LID_RG || lid.type == LID_GR) && unit.surfaceLevel >= 0.0 &&
+           unit.surfaceLevel < lid.surfaceDepth && unit.soilMoisture <= lid.fieldCapacity &&
+           unit.soilMoisture >= lid.wiltingPoint && unit.storageLevel == 0.0 && unit.pavementLevel == 0.0;
+}
+
 bool lidrest_isStill(const Model& model, int32_t index) {
     const LidUnit& unit = model.lidUnits[index];
-    return !model.pace.isPlain && index < model.lidRest->units.size() && unit.surfaceChange == 0.0 &&
-           unit.storageChange == 0.0 && unit.pavementChange == 0.0 && unit.lastSurfaceFlow == 0.0 &&
-           unit.lastDrainFlow == 0.0;
+    return !model.pace.isPlain && index < model.lidRest->units.size() && unit.storageChange == 0.0 &&
+           unit.pavementChange == 0.0 && unit.lastSurfaceFlow == 0.0 && unit.lastDrainFlow == 0.0 &&
+           (unit.surfaceChange == 0.0 || isPonded(model.lids[unit.lid], unit));
 }
 
 /// The place of a unit's balance.
@@ -121,6 +135,15 @@ static bool isSoilAlone(const Model& model, const LidUnit& unit, const Lid& lid)
            isZero(unit.lastPavementMass, pollutants) && isZero(unit.lastStorageMass, pollutants);
 }
 
+/// Whether pollutants are on the surface and in the soil alone.
+static bool isPondAlone(const Model& model, const LidUnit& unit) {
+    const int64_t pollutants = model_pollutantCount(model);
+    return unit.storageChange == 0.0 && unit.pavementChange == 0.0 && std::isfinite(unit.surfaceChange) &&
+           std::isfinite(unit.soilChange) && isZero(unit.thisPavementMass, pollutants) &&
+           isZero(unit.thisStorageMass, pollutants) && isZero(unit.lastPavementMass, pollutants) &&
+           isZero(unit.lastStorageMass, pollutants) && lidquality_isOrdinary(unit.thisSurfaceMass, 4 * pollutants);
+}
+
 void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow& out) {
     const LidUnit& unit = model.lidUnits[index];
     const Lid& lid = model.lids[unit.lid];
@@ -132,6 +155,8 @@ void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow
         pace = isWaiting(lid, unit) ? LID_DRYING : hasWaited ? LID_AWAKE : LID_RESTING;
     } else if (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0) {
         pace = LID_DRYING;
+    } else if (canDry(lid) && isPonded(lid, unit) && isPondAlone(model, unit) && model.evap->rate >= 0.0) {
+        pace = LID_PONDED;
     }
     model.lidRest->units[index] = pace;
 }
@@ -144,12 +169,12 @@ void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow
 /// and 0 changes no level, no mass and no sum.
 static double drySoil(Model& model, int32_t index, const Lid& lid, int32_t hour, double dt) {
     LidUnit& unit = model.lidUnits[index];
+    lidquality_dry(model, unit, lid, hour, dt);
     const double moisture = unit.soilMoisture;
     const double soilVolume = moisture * lid.soilDepth;
     const double evap = std::min(model.evap->rate, (soilVolume - lid.soilDepth * lid.wiltingPoint) / dt);
     const double change = (0.0 - evap) / lid.soilDepth;
     const double next = std::min(std::max(change * dt + moisture, lid.wiltingPoint), lid.porosity);
-    lidquality_dry(model, unit, lid, hour, dt);
     const bool isSame = next == moisture && evap == 0.0 && unit.soilChange == change && !goesByHour(model, unit, lid) &&
                         lidunit_areMassesSteady(model, unit);
     unit.soilMoisture = next;
@@ -163,9 +188,49 @@ static double drySoil(Model& model, int32_t index, const Lid& lid, int32_t hour,
     return evap;
 }
 
+/// How far a unit has come behind a step that found it ponded.
+static LidPace judgePond(const Model& model, const LidUnit& unit, bool isSame) {
+    const int64_t pollutants = model_pollutantCount(model);
+    if (isSame) {
+        return LID_AWAKE;  // the next step tells whether nothing changes at all
+    }
+    const bool isEmpty = unit.surfaceLevel == 0.0 && unit.surfaceChange == 0.0 &&
+                         isZero(unit.thisSurfaceMass, pollutants) && isZero(unit.lastSurfaceMass, pollutants);
+    return isEmpty ? LID_DRYING : LID_PONDED;
+}
+
+/// The same with water on the surface, below the berm. It has its evaporation first, and the soil what is left of it.
+static double dryPond(Model& model, int32_t index, const Lid& lid, int32_t hour, double dt) {
+    LidUnit& unit = model.lidUnits[index];
+    const bool isOrdinary = lidquality_dryPond(model, unit, lid, hour, dt);
+    const double level = unit.surfaceLevel, moisture = unit.soilMoisture;
+    const double surfaceVolume = level * lid.surfaceVoid, soilVolume = moisture * lid.soilDepth;
+    const double surfaceEvap = std::max(0.0, std::min(model.evap->rate, surfaceVolume / dt));
+    const double rest = std::max(0.0, model.evap->rate - surfaceEvap);
+    const double soilEvap = std::min(rest, (soilVolume - lid.soilDepth * lid.wiltingPoint) / dt);
+    const double surfaceChange = (0.0 - surfaceEvap) / lid.surfaceVoid;
+    const double soilChange = (0.0 - soilEvap) / lid.soilDepth;
+    const double evap = surfaceEvap + soilEvap;
+    unit.surfaceLevel = std::max(surfaceChange * dt + level, 0.0);
+    unit.soilMoisture = std::min(std::max(soilChange * dt + moisture, lid.wiltingPoint), lid.porosity);
+    const bool isSame = unit.surfaceLevel == level && unit.soilMoisture == moisture && evap == 0.0 &&
+                        unit.surfaceChange == surfaceChange && unit.soilChange == soilChange &&
+                        !goesByHour(model, unit, lid) && lidunit_areMassesSteady(model, unit);
+    unit.surfaceChange = surfaceChange;
+    unit.soilChange = soilChange;
+    unit.evapDepth += evap * dt;
+    unit.finalDepth = surfaceVolume + soilVolume;
+    unit.dryTime += dt;
+    model.lidRest->units[index] = isOrdinary ? judgePond(model, unit, isSame) : LID_AWAKE;
+    return evap;
+}
+
 double lidrest_dry(Model& model, int32_t index, int32_t hour, double dt) {
     LidUnit& unit = model.lidUnits[index];
     const Lid& lid = model.lids[unit.lid];
+    if (lidrest_getPace(model, index) == LID_PONDED) {
+        return dryPond(model, index, lid, hour, dt);
+    }
     if (lid.type != LID_RB) {
         return drySoil(model, index, lid, hour, dt);
     }

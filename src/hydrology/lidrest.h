@@ -13,7 +13,8 @@ struct Model;
 /// How far a unit has come to rest.
 enum LidPace : uint8_t {
     LID_AWAKE,   ///< each step is worked out
-    LID_DRYING,  ///< nothing happens but that its soil dries in the air, or that a barrel waits
+    LID_PONDED,  ///< nothing happens but that the water on its surface dries in the air, and its soil
+    LID_DRYING,  ///< likewise of the soil alone, or a barrel waits
     LID_RESTING  ///< nothing changes
 };
 
@@ -33,7 +34,7 @@ void lidrest_wake(Model& model, int32_t unit);
 double lidrest_dry(Model& model, int32_t unit, int32_t hour, double dt);
 
 /// Whether a unit into which nothing comes may come to rest in this step: the last one changed no level, but for the
-/// water in the soil.
+/// water in the soil and, above one that holds its water, on the surface.
 [[nodiscard]] bool lidrest_isStill(const Model& model, int32_t unit);
 
 /// Keeps a unit as it is ahead of a step, behind the roll from new to old; and finds behind the step how far the unit

@@ -19,10 +19,10 @@ struct LidUnit {
     int32_t drainNode;         ///< node that gets the underdrain, or -1
     int32_t next;              ///< next unit of the same subcatchment, or -1
     int32_t subcatch;          ///< subcatchment that it stands on, or -1
-    double surfaceLevel;       ///< m
-    double pavementLevel;      ///< m
+    double surfaceLevel;       ///< m; this and the three below stand as the solver has them, like their rates of change
     double soilMoisture;       ///< 0 ... 1
     double storageLevel;       ///< m
+    double pavementLevel;      ///< m
     double* lastSurfaceMass;   ///< kg, one per pollutant; at the start of the step, as the three below
     double* lastPavementMass;  ///< kg
     double* lastSoilMass;      ///< kg

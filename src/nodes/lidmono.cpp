@@ -164,12 +164,13 @@ void lidmono_step(Model& model, int32_t index) {
     setLoads(model, node, unit, rain, dt);
     // No evaporation in rain, also where the rain itself doesn't fall on the node. The hour of the reactions is that of
     // the runoff clock, for a node in the network too.
-    LidStep step{.unit = &unit,
-                 .lid = &model.lids[unit.lid],
-                 .hour = datetime_getHour(model_getDate(model, model.clock.newRunoffTime)),
-                 .dt = dt,
-                 .inflow = inflow,
-                 .evap = rain > 0.0 ? 0.0 : model.evap->rate};
+    LidStep step;
+    step.unit = &unit;
+    step.lid = &model.lids[unit.lid];
+    step.hour = datetime_getHour(model_getDate(model, model.clock.newRunoffTime));
+    step.dt = dt;
+    step.inflow = inflow;
+    step.evap = rain > 0.0 ? 0.0 : model.evap->rate;
     const LidOutflow out = lidsolver_advance(model, step);
     unit.thisDrainFlow = out.drain * unit.area;
     unit.thisSurfaceFlow = out.surface * unit.area + bypass;

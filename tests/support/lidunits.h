@@ -92,7 +92,12 @@ protected:
 
     /// Makes a step, for a call of a rate function by itself.
     void begin(double dt, double inflow, double evap = 0.0, double surfaceInfil = 0.0) {
-        fluxes = LidStep{.unit = &unit, .lid = &lid, .hour = 0, .dt = dt, .inflow = inflow, .evap = evap};
+        fluxes = LidStep{};
+        fluxes.unit = &unit;
+        fluxes.lid = &lid;
+        fluxes.dt = dt;
+        fluxes.inflow = inflow;
+        fluxes.evap = evap;
         fluxes.surfaceInfil = surfaceInfil;
     }
 

@@ -347,6 +347,92 @@ TEST_F(LandAtRest, DriesASoilToItsWiltingPointAndRests) {
     EXPECT_EQ(land().lidUnits[0].dryTime, 132 * STEP) << "the dry time goes on";
 }
 
+class PondAtRest : public LandAtRest, public testing::WithParamInterface<const char*> {
+protected:
+    /// 2 m3 on the surface of a unit with an empty storage and a soil below its field capacity.
+    void startPonded(const char* evaporation, double mass) {
+        DryProject project = makeUnitProject(GetParam(), 20);
+        project.more += evaporation;
+        project.more += "[DECAY_COEFFICIENT]\nX LID P FIRST 1 EVENING SURFACE\nX LID P FIRST 2 \"\" SOIL\n";
+        start(project);
+        change([mass](Model& model) {
+            LidUnit& unit = model.lidUnits[0];
+            unit.surfaceLevel = 0.02;
+            unit.storageLevel = 0.0;
+            unit.thisSurfaceMass[0] = mass;
+            unit.thisSoilMass[0] = 0.03;
+        });
+    }
+
+    const LidUnit& unit() const { return land().lidUnits[0]; }
+};
+
+TEST_P(PondAtRest, DriesAheadOfTheSoil) {
+    startPonded("[EVAPORATION]\nCONSTANT 96\n", 0.05);
+    step(3);
+    EXPECT_EQ(getUnitPace(), LID_PONDED);
+    step();
+    EXPECT_EQ(getPace(0), LAND_DRYING);
+    step(26);
+    EXPECT_NEAR(unit().surfaceLevel, 0.01, 1e-12) << "4 mm in an hour";
+    EXPECT_NEAR(unit().soilMoisture, 0.18, 1e-15);
+    EXPECT_NEAR(unit().thisSurfaceMass[0], 0.05, 1e-12) << "until the evening";
+    EXPECT_NEAR(unit().thisSoilMass[0], 0.03 * std::exp(-2.0 * 30.0 / 288.0), 1e-12);
+    step(35);
+    EXPECT_EQ(unit().surfaceLevel, 0.0);
+    EXPECT_EQ(unit().thisSurfaceMass[0], 0.0);
+    EXPECT_EQ(getUnitPace(), LID_DRYING);
+    step(60);
+    EXPECT_NEAR(unit().soilMoisture, 0.1, 1e-15);
+}
+
+TEST_P(PondAtRest, IsWokenByRain) {
+    startPonded("[EVAPORATION]\nCONSTANT 96\n", 0.05);
+    step(10);
+    set(TV_GAGE, "held_rain", 0, 60.0);
+    step();
+    EXPECT_EQ(getUnitPace(), LID_AWAKE);
+    set(TV_GAGE, "held_rain", 0, 0.0);
+    step(200);
+}
+
+TEST_P(PondAtRest, RestsWhereNothingEvaporates) {
+    startPonded("", 0.0);
+    step(30);
+    EXPECT_EQ(unit().surfaceLevel, 0.02);
+    change([](Model& model) { model.lidUnits[0].thisSoilMass[0] = 0.0; });
+    step(4);
+    EXPECT_EQ(getUnitPace(), LID_RESTING);
+}
+
+TEST_P(PondAtRest, StaysAwakeWithAMassOfWhichNothingMayBeMoreThanNothing) {
+    for (const double mass : {1e250, std::numeric_limits<double>::infinity()}) {
+        startPonded("[EVAPORATION]\nCONSTANT 96\n", mass);
+        step(10);
+        EXPECT_EQ(getUnitPace(), LID_AWAKE) << mass;
+        ASSERT_EQ(tv_close(plain), TV_OK);
+        ASSERT_EQ(tv_close(skipping), TV_OK);
+    }
+}
+
+TEST_P(PondAtRest, IsWokenByAMassThatIsSet) {
+    for (const double mass : {-0.0, -1.0, 1e250, std::numeric_limits<double>::quiet_NaN()}) {
+        startPonded("[EVAPORATION]\nCONSTANT 96\n", 0.05);
+        step(10);
+        change([mass](Model& model) { model.lidUnits[0].thisSurfaceMass[0] = mass; });
+        step(70);
+        ASSERT_EQ(tv_close(plain), TV_OK);
+        ASSERT_EQ(tv_close(skipping), TV_OK);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Types, PondAtRest,
+    testing::Values("X RG\nX SURFACE 100 0 0.1 1 0\nX SOIL 100 0.5 0.2 0.1 40 10\nX STORAGE 0 0 8\n",
+                    "X BC\nX SURFACE 100 0 0.1 1 0\nX SOIL 100 0.5 0.2 0.1 40 10\nX STORAGE 300 0.67 3\n"
+                    "X DRAIN 3 0.5 0\n",
+                    "X GR\nX SURFACE 100 0 0.1 1 0\nX SOIL 100 0.5 0.2 0.1 40 10\nX DRAINMAT 25 0.5 0.3\n"));
+
 constexpr const char* BARREL = "X RB\nX STORAGE 1000 1 0\nX DRAIN 36 1 100 6\n";
 
 TEST_F(LandAtRest, WaitsForTheTimeOfABarrelAndDrainsThen) {

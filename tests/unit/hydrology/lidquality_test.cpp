@@ -343,4 +343,68 @@ TEST_F(QualityTest, SwaleReactsByTheRuleOfItsSurface) {
     EXPECT_NEAR(unit.reactedLoad[0], 2.0 - 2.0 * std::exp(-1.0), 1e-14);
 }
 
+// --- several pollutants --------------------------------------------------------------------------------------------
+
+/// The arrays of a unit, one number per pollutant.
+constexpr double* LidUnit::*Arrays[] = {
+    &LidUnit::thisSurfaceMass, &LidUnit::thisPavementMass, &LidUnit::thisSoilMass, &LidUnit::thisStorageMass,
+    &LidUnit::thisSurfaceLoad, &LidUnit::thisDrainLoad,    &LidUnit::inflowLoad,   &LidUnit::exfilLoad,
+    &LidUnit::surfaceOutLoad,  &LidUnit::drainOutLoad,     &LidUnit::finalLoad,    &LidUnit::reactedLoad,
+};
+
+class ManyPollutants : public QualityTest, public testing::WithParamInterface<int32_t> {
+protected:
+    /// A step of `count` pollutants, of which the first is number `first`; they react in some layers.
+    void stepSome(int32_t type, double level, int32_t first, int32_t count) {
+        setPollutants(count);
+        lid.pavementDepth = 0.1;
+        lid.surfaceVoid = lid.pavementVoid = 0.5;
+        setLevels({level, 0.3 * level, 2.0 * level, level});
+        for (int32_t k = 0; k < count; ++k) {
+            const size_t p = static_cast<size_t>(k);
+            const double size = first + k + 1.0;
+            unit.lastSurfaceMass[p] = 0.3 / size;
+            unit.lastPavementMass[p] = 0.7 * size;
+            unit.lastSoilMass[p] = 1.1 / size;
+            unit.lastStorageMass[p] = 0.9 * size;
+            load[p] = 1e-3 * size;
+            if ((first + k) % 2 == 0) {
+                lid.soilDecay[p] = lid.surfaceDecay[p] = {FIRST_ORDER, -1, 1e-5 * size, 0.0, 1.0};
+                lid.storageDecay[p] = {ZERO_ORDER, -1, 1e-4 * size, 0.0, 1.0};
+            }
+        }
+        lid.type = type;
+        begin(100.0, 3e-4);
+        fluxes.surfaceInfil = 1e-4;
+        fluxes.surfaceOutflow = 2e-4;
+        fluxes.pavementPerc = 8e-5;
+        fluxes.soilPerc = 7e-5;
+        fluxes.storageInflow = 6e-5;
+        fluxes.storageExfil = 5e-5;
+        fluxes.storageDrain = 4e-5;
+        lidquality_advance(testModel(), fluxes);
+    }
+};
+
+TEST_P(ManyPollutants, GoThroughAsEachDoesAlone) {
+    for (int32_t type = LID_BC; type <= LID_VS; ++type) {
+        for (const double level : {0.0, 0.2}) {
+            stepSome(type, level, 0, GetParam());
+            std::vector<std::vector<double>> together;
+            for (double* LidUnit::*array : Arrays) {
+                together.emplace_back(unit.*array, unit.*array + GetParam());
+            }
+            for (int32_t p = 0; p < GetParam(); ++p) {
+                stepSome(type, level, p, 1);
+                for (size_t k = 0; k < std::size(Arrays); ++k) {
+                    EXPECT_EQ(together[k][static_cast<size_t>(p)], (unit.*Arrays[k])[0])
+                        << "type " << type << ", level " << level << ", pollutant " << p << ", array " << k;
+                }
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Counts, ManyPollutants, testing::Range(2, 10));
+
 }  // namespace

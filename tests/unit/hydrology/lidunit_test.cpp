@@ -62,6 +62,26 @@ TEST_F(UnitRecord, ClearedArraysAreZeroToTheLastPollutant) {
     }
 }
 
+TEST_F(UnitRecord, RollMakesNewMassesOldOfAnyNumberOfPollutants) {
+    for (int32_t count = 1; count <= 6; ++count) {
+        setPollutantCount(count);
+        ASSERT_TRUE(lidunit_createArrays(testModel(), unit, testModel().memory.results));
+        const std::vector<double*> layers = getLayers();
+        for (size_t k = 0; k < layers.size(); ++k) {
+            for (int32_t p = 0; p < count; ++p) {
+                layers[k][p] = static_cast<double>(k) + 0.1 * p + 1.0;
+            }
+        }
+        lidunit_shiftState(testModel(), unit);
+        for (size_t k = 0; k < layers.size(); ++k) {
+            for (int32_t p = 0; p < count; ++p) {
+                EXPECT_EQ(layers[k][p], k < 4 ? static_cast<double>(k + 4) + 0.1 * p + 1.0 : 0.0)
+                    << "array " << k << ", pollutant " << p << " of " << count;
+            }
+        }
+    }
+}
+
 TEST_F(UnitRecord, WithoutMemoryThereAreNone) {
     ASSERT_TRUE(lidunit_createArrays(testModel(), unit, testModel().memory.results));
     lidunit_openBalance(testModel(), unit);
