@@ -151,6 +151,13 @@ void pipe_endState(Pipe& pipe) {
     pipe.storage = pipe.sumMass = nullptr;
 }
 
+/// A pipe in which something decays adds to a total of the network, and so has its turn in the order of these.
+void pipe_noteDecay(Model& model, Pipe& pipe) {
+    const bool hadDecay = pipe.hasDecay;
+    pipe.hasDecay = decay_isAny(model, pipe.decay);
+    model.areVisitsDue = model.areVisitsDue || (pipe.hasDecay && !hadDecay);
+}
+
 void pipe_openRun(Model& model) {
     model.floodingPipeCount = 0;
     model.hasEndlessQuality = false;

@@ -9,6 +9,7 @@
 #include "model/project.h"
 #include "model/topology.h"
 #include "routing/network.h"
+#include "routing/visitorder.h"
 
 // --- lists ---------------------------------------------------------------------------------------------------------
 
@@ -31,9 +32,10 @@ static void listVisits(Model& model) {
     model.visits.reserve(model.nodes.size());
     model.incomingVisits.reserve(model.links.size());
     model.outgoingVisits.reserve(model.links.size());
+    const Table<int32_t> order = visitorder_make(model);
     int32_t firstOfNode0 = model.nodes.size();
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
-        const int32_t node = model.sortedNodes[k];
+        const int32_t node = order[k];
         if (node == 0 && firstOfNode0 < k) {
             model.visits.push_back(model.visits[firstOfNode0]);
             continue;
