@@ -36,9 +36,9 @@ void model_walkFixed(V& v, Model& model) {
             model.isStarted, model.fingerprint, model.memory, model.description, model.counts, model.names,
             model.curves, model.patterns, model.outgoingLinks, model.incomingLinks, model.clauseState, model.running,
             model.sinks, model.sortedNodes, model.visitCount, model.reachedCount, model.visits, model.areVisitsDue,
-            model.outgoingVisits, model.incomingVisits, model.visitsByNode, model.nodesRolledAhead, model.deliveries,
-            model.rest, model.restingPipes, model.uncountedNodes, model.uncountedLinks, model.workers,
-            model.buildupRules, model.landRest, model.lidRest, model.loadBook);
+            model.isOrderStraight, model.outgoingVisits, model.incomingVisits, model.visitsByNode,
+            model.nodesRolledAhead, model.deliveries, model.rest, model.restingPipes, model.uncountedNodes,
+            model.uncountedLinks, model.workers, model.buildupRules, model.landRest, model.lidRest, model.loadBook);
 }
 
 template <class V>

@@ -6,6 +6,7 @@
 #include "coupling/coupled.h"
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
+#include "model/choose.h"
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/statistics.h"
@@ -187,18 +188,49 @@ bool nodekinds_takeRunoff(Model& model, const Node& node, int32_t subcatch, doub
 
 // --- a node's turn -------------------------------------------------------------------------------------------------
 
-/// Adds what links that are served have left in the deliveries, in their order.
-static inline void takeDeliveries(const Model& model, Node& node, const Visit& visit, int32_t pollutants) {
-    const double* delivery = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
+/// Adds what links that are served have left in the deliveries, in their order. How many there are differs from visit
+/// to visit: the usual number is added whether they are there or not, the latter as +0.0. Sums that began at +0.0 are
+/// never -0.0, so that changes none; some numbers are read behind the last delivery of all. With several pollutants it
+/// would be more work than a wrong guess.
+[[gnu::always_inline]] static inline void takeDeliveries(const Model& model, Node& node, const Visit& visit,
+                                                         int32_t pollutants) {
+    const int32_t usual = pollutants > 1 ? 0 : 3;
+    const double* __restrict delivery = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
+    double* __restrict massInflow = node.massInflow;
     double flow = node.newUpstreamFlow;
-    for (int32_t k = 0; k < visit.incomingCount; ++k) {
+    for (int32_t k = 0; k < usual; ++k) {
+        const uint64_t isThere = choose_getMask(k < visit.incomingCount);
+        flow += choose_orZero(isThere, delivery[0]);
+        for (int32_t p = 0; p < pollutants; ++p) {
+            massInflow[p] += choose_orZero(isThere, delivery[1 + p]);
+        }
+        delivery += 1 + pollutants;
+    }
+    for (int32_t k = usual; k < visit.incomingCount; ++k) {
         flow += delivery[0];
         for (int32_t p = 0; p < pollutants; ++p) {
-            node.massInflow[p] += delivery[1 + p];
+            massInflow[p] += delivery[1 + p];
         }
         delivery += 1 + pollutants;
     }
     node.newUpstreamFlow = flow;
+}
+
+/// New becomes old, as in node_shiftInflows and node_shiftQuality, unless that was done ahead of the visits.
+[[gnu::always_inline]] static inline void rollJunction(Node& node, bool isRolledAhead, int32_t pollutants) {
+    const uint64_t keeps = choose_getMask(isRolledAhead);
+    node.oldInflow = choose_first(keeps, node.oldInflow, node.newInflow);
+    node.oldLatFlow = choose_first(keeps, node.oldLatFlow, node.newLatFlow);
+    node.oldUpstreamFlow = choose_first(keeps, node.oldUpstreamFlow, node.newUpstreamFlow);
+    node.newLatFlow = choose_orZero(keeps, node.newLatFlow);
+    node.newUpstreamFlow = choose_orZero(keeps, node.newUpstreamFlow);
+    double* __restrict massInflow = node.massInflow;
+    double* __restrict oldQual = node.oldQual;
+    const double* __restrict newQual = node.newQual;  // the visit makes it anew
+    for (int32_t p = 0; p < pollutants; ++p) {
+        massInflow[p] = choose_orZero(keeps, massInflow[p]);
+        oldQual[p] = choose_first(keeps, oldQual[p], newQual[p]);
+    }
 }
 
 /// Adds what links deliver of which some are asked now.
@@ -238,12 +270,7 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
 /// Inflow and mix of a junction, and its statistics.
 [[gnu::always_inline]] static inline void stepJunction(Model& model, Node& node, const Visit& visit,
                                                        const VisitStep& step, int32_t pollutants) {
-    if (!visit.isRolledAhead) {
-        if (pollutants > 0) {
-            node_shiftQuality(model, node);
-        }
-        node_shiftInflows(node);
-    }
+    rollJunction(node, visit.isRolledAhead, pollutants);
     if (visit.isServed) {
         takeDeliveries(model, node, visit, pollutants);
     } else {

@@ -141,7 +141,7 @@ void routing_step(Model& model) {
     inflows_applyDryWeather(model, date);
 
     visitNodes(model, {fireTime, oldTime, static_cast<double>(model.options.routingStep), model_pollutantCount(model),
-                       rest_getKey(model)});
+                       rest_getKey(model), model.isOrderStraight});
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------

@@ -3,6 +3,8 @@
 
 #include "routing/visits.h"
 
+#include <utility>
+
 #include "coupling/coupled.h"
 #include "links/pipe.h"
 #include "model/model.h"
@@ -114,7 +116,7 @@ static void placeDeliveries(Model& model) {
     for (VisitLink& link : model.outgoingVisits) {
         link.delivery = link.kind >= 0 ? deliveries[link.link] : -1;
     }
-    const int64_t count = getDeliveryPlace(model, model.incomingVisits.size());
+    const int64_t count = getDeliveryPlace(model, model.incomingVisits.size());  // with those that only fill up
     model.deliveries.rows.assign(static_cast<size_t>(count), 0.0);
 }
 
@@ -160,8 +162,24 @@ bool visits_listAhead(Model& model, int32_t node) {
     return true;
 }
 
+/// Whether nearly all visits go on in the tables of nodes and pipes not far behind the one before. The processor sees
+/// such a way by itself, and asking for memory would only be more to do.
+static bool isStraight(const Model& model) {
+    static constexpr int32_t NEAR = 8, SHARE = 16;
+    const auto isJump = [](int32_t from, int32_t to) { return to < from || to - from > NEAR; };
+    int32_t jumps = 0, lastNode = 0, lastPipe = 0;
+    for (const Visit& visit : model.visits) {
+        jumps += isJump(std::exchange(lastNode, visit.node), visit.node) ? 1 : 0;
+    }
+    for (const VisitLink& link : model.outgoingVisits) {
+        jumps += link.kind == PIPE && isJump(std::exchange(lastPipe, link.kindIndex), link.kindIndex) ? 1 : 0;
+    }
+    return jumps <= model.visits.size() / SHARE;
+}
+
 void visits_open(Model& model) {
     listVisits(model);
+    model.isOrderStraight = isStraight(model);
     notePlaces(model);
     placeDeliveries(model);
     divideStatistics(model);

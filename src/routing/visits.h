@@ -51,6 +51,7 @@ struct VisitStep {
     double dt;            ///< s
     int32_t pollutants;   ///< how many
     int32_t restKey;      ///< of what may rest in this step; -1 if nothing may
+    bool isStraight;      ///< the visits go through the tables from front to back: no need to ask for memory ahead
 };
 
 /// Lists the visits of a run in the order of the nodes.
@@ -91,7 +92,7 @@ constexpr ptrdiff_t VISIT_LINKS_FAR = 16, VISIT_LINKS_NEAR = 7;
 /// Asks for the memory that visits soon behind this one will need; `lastAhead` is the last
 /// one with so many behind it.
 inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visit* lastAhead, const VisitStep& step) {
-    if (&visit > lastAhead) {
+    if (step.isStraight || &visit > lastAhead) {
         return;
     }
     const Node& far = model.nodes[(&visit)[VISIT_NODES_FAR].node];
@@ -106,6 +107,9 @@ inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visi
 void visits_fetchIncoming(const Model& model, const VisitLink& link);
 
 inline void visits_fetchOutgoing(const Model& model, const VisitLink& link, const VisitStep& step) {
+    if (step.isStraight) {
+        return;
+    }
     const VisitLink& far = (&link)[VISIT_LINKS_FAR];
     if (far.kind == PIPE) {
         prefetch_line(&model.pipes[far.kindIndex]);
