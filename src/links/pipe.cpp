@@ -258,14 +258,41 @@ static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
     model.floodingPipeCount += (pipe.newFlood != 0.0 ? 1 : 0) - before;
 }
 
-void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
-    Link& link = model.links[index];
-    const int32_t pollutants = model_pollutantCount(model);
-    const int32_t hour = pipe.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
+/// The coefficients of a reach in one period.
+struct ReachLaw {
+    double dt;       ///< s
+    double inShare;  ///< s, of the inflow
+    double divisor;  ///< s
+};
+
+static inline ReachLaw getReachLaw(const Pipe& pipe) {
     const double dt = pipe.stepLength;
     const double a = dt * 0.5;
     const double b = pipe.k * pipe.x;
     const double c = (1.0 - pipe.x) * pipe.k;
+    return {dt, a - b, c + a};
+}
+
+/// Water alone through all reaches; the outflow of the last one.
+static inline double routeWater(Pipe& pipe, double inflow) {
+    const ReachLaw law = getReachLaw(pipe);
+    const int32_t reaches = pipe_getReachCount(pipe);
+    double* storage = pipe.storage;
+    double flow = inflow;
+    for (int32_t i = 0; i < reaches; ++i) {
+        const double out = (flow * law.inShare + storage[i]) / law.divisor;
+        storage[i] += (flow - out) * law.dt;
+        flow = out;
+    }
+    return flow;
+}
+
+/// The same with pollutants, whose concentrations in the outflow become those of the link.
+[[gnu::noinline]] static double routeLoaded(Model& model, Link& link, Pipe& pipe, double inflow,
+                                            const double* concentrations) {
+    const ReachLaw law = getReachLaw(pipe);
+    const int32_t pollutants = model_pollutantCount(model);
+    const int32_t hour = pipe.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
     double flow = inflow;
     double* quality = link.newQual;  // of the water on its way through the cascade; at last, of the outflow
     if (concentrations != quality) {
@@ -273,18 +300,23 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     }
     const int32_t reaches = pipe_getReachCount(pipe);
     for (int32_t i = 0; i < reaches; ++i) {
-        const double out = (flow * (a - b) + pipe.storage[i]) / (c + a);
-        if (pollutants > 0) {
-            passReach(model, pipe, i, getReachFlow(dt, pipe.storage[i], flow, out), hour, quality);
-        }
-        pipe.storage[i] += (flow - out) * dt;
+        const double out = (flow * law.inShare + pipe.storage[i]) / law.divisor;
+        passReach(model, pipe, i, getReachFlow(law.dt, pipe.storage[i], flow, out), hour, quality);
+        pipe.storage[i] += (flow - out) * law.dt;
         flow = out;
     }
-    pipe.newInflow = inflow;
-    limitOutflow(model, link, pipe, flow);
     if (!std::all_of(quality, quality + pollutants, [](double value) { return std::isfinite(value); })) {
         model.hasEndlessQuality = true;
     }
+    return flow;
+}
+
+void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
+    Link& link = model.links[index];
+    const double out = model_pollutantCount(model) > 0 ? routeLoaded(model, link, pipe, inflow, concentrations)
+                                                       : routeWater(pipe, inflow);
+    pipe.newInflow = inflow;
+    limitOutflow(model, link, pipe, out);
     pipe.isChanged = true;
 }
 

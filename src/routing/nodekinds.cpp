@@ -294,13 +294,14 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
     } else {
         stepJunction(model, node, visit, step, pollutants);
     }
-    const Offer offer{node.newInflow, node.newInflow, pollutants > 0 ? node.newQual : nullptr};
+    const double flow = node.newInflow;
+    const double* quality = pollutants > 0 ? node.newQual : nullptr;
     for (const VisitLink& link : visits_getOutgoing(model, visit)) {
         visits_fetchOutgoing(model, link, step);
         if (link.delivery >= 0) {
-            serving_serve(model, link, offer, step, pollutants);
+            serving_serve(model, link, {flow, flow, quality}, step, pollutants);
         } else {
-            linkkinds_update(model, link, offer, step);
+            linkkinds_update(model, link, {flow, flow, quality}, step);
         }
     }
 }

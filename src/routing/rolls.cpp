@@ -77,7 +77,7 @@ static void rollListed(Model& model) {
         if (SOME_REST && entries[k] >= 0 && rest_isVisitResting(model, entries[k])) {
             continue;  // it holds zeros alone
         }
-        if (k + AHEAD < entries.size()) {
+        if (!model.isOrderStraight && k + AHEAD < entries.size()) {
             prefetchRoll(model, entries[k + AHEAD], entries[k + AHEAD / 2]);
         }
         if (entries[k] < 0) {
