@@ -11,6 +11,7 @@
 #include "model/model.h"
 #include "model/statistics.h"
 #include "model/still.h"
+#include "nodes/inflows.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
 #include "nodes/outfall.h"
@@ -114,6 +115,7 @@ int32_t nodekinds_getDirectTargets(const Model& model, int32_t node, int32_t tar
 void nodekinds_initState(Model& model, int32_t index) {
     Node& node = model.nodes[index];
     node_initState(model, node);
+    inflows_rewind(model, node);
     switch (node.kind) {
         case TANK: tank_initState(model, index); break;
         case SPLITTER: splitter_initState(model.splitters[node.kindIndex]); break;
@@ -270,7 +272,7 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
 /// Inflow and mix of a junction, and its statistics.
 [[gnu::always_inline]] static inline void stepJunction(Model& model, Node& node, const Visit& visit,
                                                        const VisitStep& step, int32_t pollutants) {
-    rollJunction(node, visit.isRolledAhead, pollutants);
+    rollJunction(node, visit.roll != ROLL_IN_VISIT, pollutants);
     if (visit.isServed) {
         takeDeliveries(model, node, visit, pollutants);
     } else {
@@ -373,7 +375,7 @@ template <int32_t POLLUTANTS>
 /// A node of any kind but a junction.
 [[gnu::noinline]] static void visitStore(Model& model, const Visit& visit, const VisitStep& step) {
     Node& node = model.nodes[visit.node];
-    if (!visit.isRolledAhead) {
+    if (visit.roll == ROLL_IN_VISIT) {
         nodekinds_shiftState(model, node);
     }
     if (coupled_isKind(visit.kind)) {

@@ -3,6 +3,7 @@
 
 #include "routing/visits.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "coupling/coupled.h"
@@ -10,6 +11,7 @@
 #include "model/model.h"
 #include "model/project.h"
 #include "model/topology.h"
+#include "nodes/inflows.h"
 #include "routing/network.h"
 #include "routing/visitorder.h"
 
@@ -45,7 +47,7 @@ static void listVisits(Model& model) {
         firstOfNode0 = node == 0 ? k : firstOfNode0;
         const LinkList incoming = topology_getIncoming(model, node);
         const LinkList outgoing = topology_getOutgoing(model, node);
-        model.visits.push_back({node, static_cast<int8_t>(model.nodes[node].kind), false, false, false,
+        model.visits.push_back({node, static_cast<int8_t>(model.nodes[node].kind), false, ROLL_IN_VISIT, false,
                                 model.incomingVisits.size(), incoming.count, model.outgoingVisits.size(),
                                 outgoing.count});
         addVisitLinks(model, model.incomingVisits, incoming);
@@ -148,18 +150,39 @@ static void listAllAhead(Model& model) {
         model.nodesRolledAhead.push_back(visits_getRolled(k, model.nodes[k].kind));
     }
     for (Visit& visit : model.visits) {
-        visit.isRolledAhead = true;
+        visit.roll = ROLL_AHEAD;
     }
+}
+
+/// A node that rolls ahead does so no more with its dry-weather inflow, which would take away what has come by then.
+static void forgetDryWeather(Model& model, int32_t node) {
+    const auto entry = std::lower_bound(model.nodesWithDryWeather.begin(), model.nodesWithDryWeather.end(), node,
+                                        [](const DryWeatherNode& row, int32_t wanted) { return row.node < wanted; });
+    entry->isRolledHere = false;
 }
 
 bool visits_listAhead(Model& model, int32_t node) {
     const int32_t place = model.visitsByNode[node];
-    if (place < 0 || model.visits[place].isRolledAhead) {
+    if (place < 0 || model.visits[place].roll == ROLL_AHEAD) {
         return false;
     }
-    model.visits[place].isRolledAhead = true;
-    model.nodesRolledAhead.push_back(visits_getRolled(node, model.visits[place].kind));
+    Visit& visit = model.visits[place];
+    if (visit.roll == ROLL_WITH_DRY_WEATHER) {
+        forgetDryWeather(model, node);
+    }
+    visit.roll = ROLL_AHEAD;
+    model.nodesRolledAhead.push_back(visits_getRolled(node, visit.kind));
     return true;
+}
+
+void visits_listDryWeather(Model& model) {
+    for (DryWeatherNode& entry : model.nodesWithDryWeather) {
+        const int32_t place = model.visitsByNode[entry.node];
+        entry.isRolledHere = place >= 0 && model.visits[place].roll == ROLL_IN_VISIT;
+        if (entry.isRolledHere) {
+            model.visits[place].roll = ROLL_WITH_DRY_WEATHER;
+        }
+    }
 }
 
 /// Whether nearly all visits go on in the tables of nodes and pipes not far behind the one before. The processor sees

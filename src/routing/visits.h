@@ -27,13 +27,16 @@ struct VisitLinkList {
     const VisitLink* end() const { return first + count; }
 };
 
+/// When the node of a visit rolls: in the visit, when its dry-weather inflow comes, or ahead of all that comes to it.
+enum VisitRoll : int8_t { ROLL_IN_VISIT, ROLL_WITH_DRY_WEATHER, ROLL_AHEAD };
+
 /// One visit of a step.
 struct Visit {
     int32_t node;
-    int8_t kind;         ///< NodeKind
-    bool isCounted;      ///< the visit makes the statistics of the node
-    bool isRolledAhead;  ///< the node has rolled before the visits
-    bool isServed;       ///< all that its links bring stands in the deliveries
+    int8_t kind;     ///< NodeKind
+    bool isCounted;  ///< the visit makes the statistics of the node
+    int8_t roll;     ///< VisitRoll
+    bool isServed;   ///< all that its links bring stands in the deliveries
     int32_t firstIncoming, incomingCount;
     int32_t firstOutgoing, outgoingCount;
 };
@@ -82,6 +85,9 @@ void visits_close(Model& model);
 /// Says that a node may get water from the side ahead of its visit: it rolls before the visits from now on. False if
 /// that was known.
 [[nodiscard]] bool visits_listAhead(Model& model, int32_t node);
+
+/// Lets the nodes to which nothing comes but dry-weather inflow roll when that does.
+void visits_listDryWeather(Model& model);
 
 // --- memory ahead --------------------------------------------------------------------------------------------------
 
