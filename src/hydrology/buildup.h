@@ -26,11 +26,12 @@ struct BuildupRules {
     std::vector<double> areas;  ///< ha, of each land use on each subcatchment, once for each pollutant
 };
 
-/// What whoever grows a batch works with.
+/// What whoever grows a batch works with, by land use and pollutant of each subcatchment.
 struct BuildupScratch {
-    std::vector<double> numbers;
-    std::vector<double> work;
-    std::vector<double> before;
+    std::vector<double> perArea;  ///< kg/ha, before the step
+    std::vector<double> ages;     ///< days, behind the step, on the curve; before that their logarithms
+    std::vector<double> growth;   ///< kg, of the step; before that the powers it comes from
+    std::vector<double> before;   ///< kg, before the step
 };
 
 /// Makes the rules ready for steps of `dt` (s).
@@ -38,5 +39,5 @@ void buildup_prepare(Model& model, double dt);
 
 /// Buildup of a dry runoff step on so many subcatchments, given in rising order, and its sum into the balance. `grows`
 /// says of each whether any of its buildups may still grow: what once didn't will not do so in the next step of that
-/// length either, since nothing else than the buildup itself goes into it.
-void buildup_grow(Model& model, const int32_t* subcatches, int32_t count, uint8_t* grows, BuildupScratch& scratch);
+/// length either, since nothing else than the buildup itself goes into it. The answer is whether any says so.
+bool buildup_grow(Model& model, const int32_t* subcatches, int32_t count, uint8_t* grows, BuildupScratch& scratch);

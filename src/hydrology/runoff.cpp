@@ -220,7 +220,9 @@ static void dryBlock(Model& model, int32_t hour, double dt, int32_t first, int32
 static void growBlock(Model& model, const int32_t* subcatches, int32_t count, LandWork& work) {
     LandRest& rest = *model.landRest;
     work.grows.resize(static_cast<size_t>(count));
-    buildup_grow(model, subcatches, count, work.grows.data(), work.buildup);
+    if (!buildup_grow(model, subcatches, count, work.grows.data(), work.buildup)) {
+        return;
+    }
     for (int32_t k = 0; k < count; ++k) {
         if (!work.grows[static_cast<size_t>(k)] && rest.paces[subcatches[k]] != LAND_AWAKE) {
             rest.grows[subcatches[k]] = 0;

@@ -258,30 +258,34 @@ static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
     model.floodingPipeCount += (pipe.newFlood != 0.0 ? 1 : 0) - before;
 }
 
-/// The coefficients of a reach in one period.
-struct ReachLaw {
-    double dt;       ///< s
-    double inShare;  ///< s, of the inflow
+/// Muskingum's coefficients of a reach, over a period of half of which `a` is.
+struct Coefficients {
+    double inflow;
     double divisor;  ///< s
 };
 
-static inline ReachLaw getReachLaw(const Pipe& pipe) {
-    const double dt = pipe.stepLength;
-    const double a = dt * 0.5;
+static Coefficients getCoefficients(const Pipe& pipe) {
+    const double a = pipe.stepLength * 0.5;
     const double b = pipe.k * pipe.x;
     const double c = (1.0 - pipe.x) * pipe.k;
-    return {dt, a - b, c + a};
+    return {a - b, c + a};
+}
+
+/// Mean outflow of a reach in a period, m3/s, from its inflow and what it holds.
+static double getOutflow(const Coefficients& coefficients, double inflow, double storage) {
+    return (inflow * coefficients.inflow + storage) / coefficients.divisor;
 }
 
 /// Water alone through all reaches; the outflow of the last one.
 static inline double routeWater(Pipe& pipe, double inflow) {
-    const ReachLaw law = getReachLaw(pipe);
+    const double dt = pipe.stepLength;
+    const Coefficients coefficients = getCoefficients(pipe);
     const int32_t reaches = pipe_getReachCount(pipe);
     double* storage = pipe.storage;
     double flow = inflow;
     for (int32_t i = 0; i < reaches; ++i) {
-        const double out = (flow * law.inShare + storage[i]) / law.divisor;
-        storage[i] += (flow - out) * law.dt;
+        const double out = getOutflow(coefficients, flow, storage[i]);
+        storage[i] += (flow - out) * dt;
         flow = out;
     }
     return flow;
@@ -290,9 +294,10 @@ static inline double routeWater(Pipe& pipe, double inflow) {
 /// The same with pollutants, whose concentrations in the outflow become those of the link.
 [[gnu::noinline]] static double routeLoaded(Model& model, Link& link, Pipe& pipe, double inflow,
                                             const double* concentrations) {
-    const ReachLaw law = getReachLaw(pipe);
     const int32_t pollutants = model_pollutantCount(model);
     const int32_t hour = pipe.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
+    const double dt = pipe.stepLength;
+    const Coefficients coefficients = getCoefficients(pipe);
     double flow = inflow;
     double* quality = link.newQual;  // of the water on its way through the cascade; at last, of the outflow
     if (concentrations != quality) {
@@ -300,9 +305,9 @@ static inline double routeWater(Pipe& pipe, double inflow) {
     }
     const int32_t reaches = pipe_getReachCount(pipe);
     for (int32_t i = 0; i < reaches; ++i) {
-        const double out = (flow * law.inShare + pipe.storage[i]) / law.divisor;
-        passReach(model, pipe, i, getReachFlow(law.dt, pipe.storage[i], flow, out), hour, quality);
-        pipe.storage[i] += (flow - out) * law.dt;
+        const double out = getOutflow(coefficients, flow, pipe.storage[i]);
+        passReach(model, pipe, i, getReachFlow(dt, pipe.storage[i], flow, out), hour, quality);
+        pipe.storage[i] += (flow - out) * dt;
         flow = out;
     }
     if (!std::all_of(quality, quality + pollutants, [](double value) { return std::isfinite(value); })) {
@@ -338,25 +343,41 @@ static void restoreStepStart(const Model& model, const Pipe& pipe, bool isFirst)
     }
 }
 
-/// Whether all that a firing works on but the summed volume, and all that it leaves behind, is +0.0, by the bits.
-static bool holdsNothing(const Model& model, const Link& link, const Pipe& pipe) {
-    const uint64_t numbers = still_getBits(link.newFlow) | still_getBits(link.oldFlow) | still_getBits(pipe.newInflow) |
-                             still_getBits(pipe.oldInflow) | still_getBits(pipe.newFlood) |
-                             still_getBits(pipe.oldFlood);
-    const int32_t pollutants = model_pollutantCount(model);
-    return numbers == 0 && still_areZeros(pipe.sumMass, pollutants) &&
-           still_areZeros(pipe.storage, pipe_getStorageCount(model, pipe.reachCount)) &&
-           still_areZeros(link.newQual, pollutants) && still_areZeros(link.oldQual, pollutants);
+/// Whether a reach lets nothing out as long as nothing comes in, and so keeps what it holds. A linear reservoir never
+/// runs dry: from firing to firing it holds the same share less, until that share of the smallest numbers there are is
+/// rounded to nothing. Some 1e-322 m3 stay for ever, or lack for ever, since of the last but one outflow too much may
+/// have left; then the outflow is -0.0. A storage of -0.0 doesn't pass: 0 makes +0.0 of it.
+static bool isShut(const Coefficients& coefficients, double storage) {
+    return getOutflow(coefficients, 0.0, storage) == 0.0 && still_getBits(storage + 0.0) == still_getBits(storage);
 }
 
-/// One firing: the means of the period go through the reaches. One that found nothing and left nothing was made of the
-/// same numbers as the next will be, and of the same parameters as long as the key of the model stands: so the next
-/// will leave nothing either, and the pipe is at rest until something comes to it. To the totals a firing adds 0 times
-/// the share that decays, which moves a sum at most once, from -0.0.
+/// Whether all that a firing works on but the summed volume, and all that it leaves behind, is zero; but for water that
+/// never leaves the reaches. Flows that are rolled may be zeros of either sign, if the roll changes none.
+static bool givesNothing(const Model& model, const Link& link, const Pipe& pipe) {
+    const uint64_t changes = (still_getBits(link.newFlow) ^ still_getBits(link.oldFlow)) |
+                             (still_getBits(pipe.newFlood) ^ still_getBits(pipe.oldFlood)) |
+                             still_getBits(pipe.newInflow) | still_getBits(pipe.oldInflow);
+    if (changes != 0 || link.newFlow != 0.0 || pipe.newFlood != 0.0) {
+        return false;
+    }
+    const int32_t pollutants = model_pollutantCount(model);
+    const Coefficients coefficients = getCoefficients(pipe);
+    return still_areZeros(pipe.sumMass, pollutants) && still_areZeros(link.newQual, pollutants) &&
+           still_areZeros(link.oldQual, pollutants) &&
+           still_areZeros(pipe_newSegQual(model, pipe, 0), int64_t{pipe.reachCount} * pollutants) &&
+           std::all_of(pipe.storage, pipe.storage + pipe.reachCount,
+                       [&](double storage) { return isShut(coefficients, storage); });
+}
+
+/// One firing: the means of the period go through the reaches. One that found nothing to give and left nothing was made
+/// of the same numbers as the next will be, and of the same parameters as long as the key of the model stands: so the
+/// next will leave nothing either, and the pipe is at rest until something comes to it. To what the reaches hold a
+/// firing adds 0 times the period, and to the totals 0 times the share that decays, which moves a number at most once,
+/// from -0.0; or it makes no number of it, which doesn't pass for nothing.
 void pipe_fire(Model& model, int32_t index, Pipe& pipe) {
     const int32_t pollutants = model_pollutantCount(model);
     Link& link = model.links[index];
-    const bool foundNothing = still_isZero(pipe.sumVolume) && holdsNothing(model, link, pipe);
+    const bool foundNothing = still_isZero(pipe.sumVolume) && givesNothing(model, link, pipe);
     pipe_moveClock(model, pipe);
     shiftFlows(link, pipe);
     if (canFireAgain(model, pipe.stepLength)) {
@@ -368,7 +389,7 @@ void pipe_fire(Model& model, int32_t index, Pipe& pipe) {
     }
     pipe_route(model, index, pipe, pipe.sumVolume / pipe.sumCount / model.options.routingStep, mean);
     clearSums(model, pipe);
-    if (foundNothing && holdsNothing(model, link, pipe) && !canFireAgain(model, pipe.stepLength)) {
+    if (foundNothing && givesNothing(model, link, pipe) && !canFireAgain(model, pipe.stepLength)) {
         pipe.restKey = model.rest.key;
         model.rest.isHourly = model.rest.isHourly || pipe.hasDecay;
     }

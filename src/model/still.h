@@ -1,6 +1,7 @@
 #pragma once
-// Tests of values by their bits, for whoever leaves out what can't change: a number that is +0.0 and nothing else. -0.0
-// doesn't pass, nor what is no number; so whatever is worked out from numbers that pass is what it is from +0.0.
+// Tests of values, for whoever leaves out what can't change. Most go by the bits: a number that is +0.0 and nothing
+// else. -0.0 doesn't pass, nor what is no number; so whatever is worked out from numbers that pass is what it is from
+// +0.0.
 
 #include <bit>
 #include <cstdint>
@@ -16,6 +17,16 @@
 [[nodiscard]] inline bool still_areZeros(const double* values, int64_t count) {
     for (int64_t k = 0; k < count; ++k) {
         if (!still_isZero(values[k])) {
+            return false;  // mostly the first one
+        }
+    }
+    return true;
+}
+
+/// Whether numbers are zeros of either sign: added to a sum that began at +0.0 they leave it as it is.
+[[nodiscard]] inline bool still_addNothing(const double* values, int64_t count) {
+    for (int64_t k = 0; k < count; ++k) {
+        if (values[k] != 0.0) {
             return false;  // mostly the first one
         }
     }

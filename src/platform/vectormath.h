@@ -4,17 +4,19 @@
 
 #include <cstddef>
 
-/// Marks a function for processors that take four numbers at once in plain arithmetic as well. It has the bits of one
-/// without the mark, and is called where vectormath_isWide() alone.
-#if defined(__x86_64__) && defined(__GNUC__)
+#if defined(__x86_64__) && defined(__GNUC__) && defined(__GLIBC__)
+
+/// Four numbers that plain arithmetic takes at once, with the bits of one by one; and the mark of a function in which
+/// it does, to be called where vectormath_isWide() alone. (Not on Windows, where gcc aligns no such numbers on the
+/// stack.)
+using VectorFour = double __attribute__((vector_size(32)));
 #define VECTORMATH_WIDE [[gnu::target("avx2")]]
-#else
-#define VECTORMATH_WIDE
+
 #endif
 
 /// Whether the processor can do what VECTORMATH_WIDE marks.
 inline bool vectormath_isWide() {
-#if defined(__x86_64__) && defined(__GNUC__)
+#if defined(VECTORMATH_WIDE)
     return __builtin_cpu_supports("avx2") != 0;
 #else
     return false;

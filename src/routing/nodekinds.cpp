@@ -253,8 +253,8 @@ static void offerToAll(Model& model, const Visit& visit, const Offer& offer, con
 
 /// Whether a junction stays as it is, since nothing comes to it and all it holds is +0.0, the bits of old and new
 /// flows, loads and concentrations alike. Its roll then moves zeros to zeros. The sum of its deliveries begins at +0.0,
-/// and all it adds is +0.0. Without inflow a concentration is 0. The volume of its inflow grows by +0.0, which changes
-/// no number but -0.0, and 0 is no new maximum of one that isn't negative; both are looked at.
+/// and all it adds are zeros, of either sign. Without inflow a concentration is 0. The volume of its inflow grows by
+/// +0.0, which changes no number but -0.0, and 0 is no new maximum of one that isn't negative; both are looked at.
 static bool isAtRest(const Model& model, const Node& node, const Visit& visit, const VisitStep& step,
                      int32_t pollutants) {
     if ((still_getBits(node.newInflow) | still_getBits(node.oldInflow)) != 0 || step.restKey < 0 || !visit.isServed) {
@@ -264,7 +264,7 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
                             still_getBits(node.oldUpstreamFlow) | still_getBits(node.oldLatFlow) |
                             still_getSigns(node.statInflowVolume, node.statMaxInflow);
     const double* deliveries = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
-    return others == 0 && still_areZeros(deliveries, int64_t{visit.incomingCount} * (1 + pollutants)) &&
+    return others == 0 && still_addNothing(deliveries, int64_t{visit.incomingCount} * (1 + pollutants)) &&
            (pollutants == 0 || (still_areZeros(node.massInflow, pollutants) &&
                                 still_areZeros(node.newQual, pollutants) && still_areZeros(node.oldQual, pollutants)));
 }

@@ -20,9 +20,9 @@ inline bool serving_isNothing(const Offer& offer, int32_t pollutants) {
 /// Hands a pipe that is served what its upper node offers, and lays down what it delivers. `pollutants` are those of
 /// the step, by which the compiler can make a case of its own of 0.
 ///
-/// A pipe at rest delivers +0.0, as in the step in which it came to rest, and stays so. Its volume grows by +0.0 and
-/// its largest flow meets 0: both changed nothing then, and change nothing now. Once it is woken its lower node has to
-/// look at what it lays down.
+/// A pipe at rest delivers +0.0 or -0.0, as in the step in which it came to rest, and stays so. Its volume grows by the
+/// same and its largest flow meets it: both changed nothing then, and change nothing now. Once it is woken its lower
+/// node has to look at what it lays down.
 [[gnu::always_inline]] inline void serving_serve(Model& model, const VisitLink& place, const Offer& offer,
                                                  const VisitStep& step, int32_t pollutants) {
     Pipe& pipe = model.pipes[place.kindIndex];

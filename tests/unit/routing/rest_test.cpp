@@ -73,8 +73,8 @@ struct Pair {
     bool doesVisitRest(int32_t node) { return rest_isVisitResting(model(), node); }
 };
 
-std::string chain(const std::string& pipes, const std::string& more = "") {
-    return getGeneral(600) + "[POLLUTANTS]\nX 0\n[JUNCTIONS]\nA\nB\n[OUTFALLS]\nOUT\n[PIPES]\n" + pipes + more;
+std::string chain(const std::string& pipes, const std::string& more = "", int minutes = 600) {
+    return getGeneral(minutes) + "[POLLUTANTS]\nX 0\n[JUNCTIONS]\nA\nB\n[OUTFALLS]\nOUT\n[PIPES]\n" + pipes + more;
 }
 
 const std::string TWO_PIPES = "P A B NO 120 2 0.2 0\nQ B OUT NO 60 1 0.1 0\n";
@@ -117,6 +117,29 @@ TEST(RestOfPipes, EndsWithALoadWithoutWater) {
     pair.steer([](Model& model) { pour(model, 0.0, -std::numeric_limits<double>::infinity()); });
     pair.step(20);
     pair.finish();
+}
+
+// A reservoir gives the same share of what it holds, until there is no smaller number: what is left never leaves, or
+// has left once too much.
+TEST(RestOfPipes, BeginsWithWaterThatNeverLeavesAndEndsWithMore) {
+    bool hasLeft = false, lacks = false;
+    for (const char* pipe : {"60 2 0", "75 2 0.1", "90 2 0.2", "110 2 0.3", "130 2 0.4", "170 2 0.45", "97 1 0.3"}) {
+        Pair pair(chain(std::string("P A B NO ") + pipe + " 0\nQ B OUT NO 90 1 0.2 0\n", "", 4000));
+        pair.steer([](Model& model) { pour(model, 0.5, 0.1); });
+        pair.step(3000);
+        const double storage = pair.model().pipes[0].storage[0];
+        EXPECT_TRUE(pair.doesPipeRest(0)) << pipe;
+        EXPECT_TRUE(pair.doesVisitRest(0)) << pipe;
+        EXPECT_NE(storage, 0.0) << pipe;
+        EXPECT_LT(std::abs(storage), 1e-320) << pipe;
+        hasLeft = hasLeft || storage > 0.0;
+        lacks = lacks || std::signbit(pair.model().links[0].newFlow);
+        pair.steer([](Model& model) { pour(model, 1e-322, 1e-322); });
+        pair.step(100);
+        pair.finish();
+    }
+    EXPECT_TRUE(hasLeft);
+    EXPECT_TRUE(lacks);
 }
 
 TEST(RestOfPipes, KeepsTheirClocksGoing) {
