@@ -185,8 +185,8 @@ void visits_listDryWeather(Model& model) {
     }
 }
 
-/// Whether nearly all visits go on in the tables of nodes and pipes not far behind the one before. The processor sees
-/// such a way by itself, and asking for memory would only be more to do.
+/// Whether nearly all visits go on in the tables of nodes and pipes not far behind the one before. Memory is asked for
+/// without a look at the visits ahead then, or not at all.
 static bool isStraight(const Model& model) {
     static constexpr int32_t NEAR = 8, SHARE = 16;
     const auto isJump = [](int32_t from, int32_t to) { return to < from || to - from > NEAR; };

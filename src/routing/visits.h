@@ -54,7 +54,7 @@ struct VisitStep {
     double dt;            ///< s
     int32_t pollutants;   ///< how many
     int32_t restKey;      ///< of what may rest in this step; -1 if nothing may
-    bool isStraight;      ///< the visits go through the tables from front to back: no need to ask for memory ahead
+    bool isStraight;      ///< the visits go through the tables from front to back
 };
 
 /// Lists the visits of a run in the order of the nodes.
@@ -95,10 +95,20 @@ void visits_listDryWeather(Model& model);
 constexpr ptrdiff_t VISIT_NODES_FAR = 12, VISIT_NODES_NEAR = 5;
 constexpr ptrdiff_t VISIT_LINKS_FAR = 16, VISIT_LINKS_NEAR = 7;
 
+/// The same in rows of the tables where the visits go straight: nobody needs to look there who will come by. With
+/// pollutants a visit takes so long that the processor is ahead of it by itself.
+constexpr uintptr_t VISIT_ROWS_FAR = 12;
+
 /// Asks for the memory that visits soon behind this one will need; `lastAhead` is the last
 /// one with so many behind it.
 inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visit* lastAhead, const VisitStep& step) {
-    if (step.isStraight || &visit > lastAhead) {
+    if (step.isStraight) {
+        if (step.pollutants == 0) {
+            prefetch_line(prefetch_getFar(model.nodes[visit.node], VISIT_ROWS_FAR));
+        }
+        return;
+    }
+    if (&visit > lastAhead) {
         return;
     }
     const Node& far = model.nodes[(&visit)[VISIT_NODES_FAR].node];
@@ -114,6 +124,12 @@ void visits_fetchIncoming(const Model& model, const VisitLink& link);
 
 inline void visits_fetchOutgoing(const Model& model, const VisitLink& link, const VisitStep& step) {
     if (step.isStraight) {
+        if (step.pollutants == 0 && link.kind == PIPE) {
+            const Pipe* pipe = prefetch_getFar(model.pipes[link.kindIndex], VISIT_ROWS_FAR);
+            prefetch_line(pipe);
+            prefetch_line(&pipe->storage);
+            prefetch_line(prefetch_getFar(model.links[link.link], VISIT_ROWS_FAR));
+        }
         return;
     }
     const VisitLink& far = (&link)[VISIT_LINKS_FAR];
