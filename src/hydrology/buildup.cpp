@@ -23,13 +23,10 @@ static constexpr uint32_t STEPS_BETWEEN_LOOKS = 16;
 
 // --- rules and areas -----------------------------------------------------------------------------------------------
 
-/// Numbers are taken four at a time.
-static size_t getPadded(size_t count) {
-    return (count + 3) / 4 * 4;
-}
+constexpr size_t LANES = 4;  ///< numbers that a pass takes at once
 
-static size_t getShareCount(const Model& model) {
-    return model.landuses.rows.size() * static_cast<size_t>(model_pollutantCount(model));
+static size_t getPadded(size_t count) {
+    return (count + LANES - 1) / LANES * LANES;
 }
 
 /// Rules for which the passes, which make no difference between a buildup of 0 and others, would come to another end.
@@ -38,59 +35,72 @@ static bool isOdd(const BuildupRule& rule) {
            rule.rateConstant < 0.0 || (rule.rateConstant == 0.0 && rule.maxBuildup != 0.0);
 }
 
-/// Numbers of a share of the land from the rules of its land use.
-static void takeRule(BuildupRules& rules, size_t place, const BuildupRule& rule, const WashoffRule& washoff) {
-    rules.limit[place] = rule.maxBuildup;
-    rules.rate[place] = rule.rateConstant;
-    rules.nearlyFull[place] = landuse_getNearlyFull(rule);
-    rules.fullAge[place] = landuse_getFullAge(rule);
-    rules.isCounted[place] = washoff.usesBuildup ? 1.0 : 0.0;
-    rules.areOdd = rules.areOdd || isOdd(rule);
-}
-
 /// Whether a share is too small to have an area, or a zero whose sign the passes would give to its buildup.
 static bool isOddShare(double fraction, double area) {
     return (area == 0.0 && (fraction != 0.0 || std::signbit(fraction))) || !std::isfinite(area);
 }
 
-/// Areas of all shares of the land.
-static void findAreas(const Model& model, BuildupRules& rules) {
-    const size_t pollutants = static_cast<size_t>(model_pollutantCount(model));
-    rules.areas.resize(model.subcatches.rows.size() * getShareCount(model));
-    double* area = rules.areas.data();
-    for (const Subcatch& subcatch : model.subcatches) {
-        for (int32_t l = 0; l < model.landuses.size(); ++l) {
-            const double fraction = subcatch.landShares[l].fraction;
-            const double shareArea = fraction * subcatch.area * HA_PER_M2;
-            area = std::fill_n(area, pollutants, shareArea);
-            rules.areOdd = rules.areOdd || isOddShare(fraction, shareArea);
+static void listColumns(const Model& model, BuildupRules& rules) {
+    rules.columns.clear();
+    for (int32_t l = 0; l < model.landuses.size(); ++l) {
+        for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
+            rules.columns.push_back({l * model_pollutantCount(model) + p, p, model.landuses[l].washoff[p].usesBuildup});
         }
     }
+    rules.isCut = false;
+}
+
+/// The rules of the columns, once for each subcatchment of a batch.
+static void takeRules(const Model& model, BuildupRules& rules) {
+    const size_t columns = rules.columns.size();
+    rules.batch = columns == 0 ? 0 : static_cast<int32_t>(std::max<size_t>(BATCH / columns, 1));
+    const size_t count = getPadded(columns * static_cast<size_t>(rules.batch));
+    for (std::vector<double>* numbers :
+         {&rules.limit, &rules.rate, &rules.nearlyFull, &rules.fullAge, &rules.isCounted}) {
+        numbers->resize(count);
+    }
+    for (size_t k = 0; k < count; ++k) {
+        const int32_t place = rules.columns[k % columns].place;
+        const BuildupRule& rule =
+            model.landuses[place / model_pollutantCount(model)].buildup[place % model_pollutantCount(model)];
+        rules.limit[k] = rule.maxBuildup;
+        rules.rate[k] = rule.rateConstant;
+        rules.nearlyFull[k] = landuse_getNearlyFull(rule);
+        rules.fullAge[k] = landuse_getFullAge(rule);
+        rules.isCounted[k] = rules.columns[k % columns].isCounted ? 1.0 : 0.0;
+        rules.areOdd = rules.areOdd || isOdd(rule);
+    }
+}
+
+/// Areas of all shares of the land.
+static void findAreas(const Model& model, BuildupRules& rules) {
+    rules.areas.clear();
+    rules.areas.reserve(model.subcatches.rows.size() * rules.columns.size());
+    for (const Subcatch& subcatch : model.subcatches) {
+        for (const BuildupColumn& column : rules.columns) {
+            const double fraction = subcatch.landShares[column.place / model_pollutantCount(model)].fraction;
+            const double area = fraction * subcatch.area * HA_PER_M2;
+            rules.areas.push_back(area);
+            rules.areOdd = rules.areOdd || isOddShare(fraction, area);
+        }
+    }
+    rules.areas.resize(rules.areas.size() + LANES - 1, 1.0);
 }
 
 /// The rules of the land uses, and the areas, hold until somebody changes something.
 void buildup_prepare(Model& model, double dt) {
     BuildupRules& rules = *model.buildupRules;
     rules.isLooking = ++rules.steps % STEPS_BETWEEN_LOOKS == 0;
-    if (rules.changes == model.pace.landChanges && rules.seconds == dt) {
+    const bool isPlainAgain = model.pace.isPlain && rules.isCut;
+    if (rules.changes == model.pace.landChanges && rules.seconds == dt && !isPlainAgain) {
         return;
     }
-    const size_t pollutants = static_cast<size_t>(model_pollutantCount(model));
-    const size_t shares = getShareCount(model);
     rules.changes = model.pace.landChanges;
     rules.seconds = dt;
     rules.days = dt / SECONDS_PER_DAY;
-    rules.batch = shares == 0 ? 0 : static_cast<int32_t>(std::max<size_t>(BATCH / shares, 1));
     rules.areOdd = false;
-    const size_t count = getPadded(shares * static_cast<size_t>(rules.batch));
-    for (std::vector<double>* numbers :
-         {&rules.limit, &rules.rate, &rules.nearlyFull, &rules.fullAge, &rules.isCounted}) {
-        numbers->resize(count);
-    }
-    for (size_t k = 0; k < count; ++k) {
-        const Landuse& landuse = model.landuses[k % shares / pollutants];
-        takeRule(rules, k, landuse.buildup[k % pollutants], landuse.washoff[k % pollutants]);
-    }
+    listColumns(model, rules);
+    takeRules(model, rules);
     findAreas(model, rules);
 }
 
@@ -130,24 +140,14 @@ static bool growList(Model& model, const int32_t* subcatches, int32_t count, uin
 
 #if defined(VECTORMATH_WIDE)
 
-/// What a pass takes at once; the last few of a run stand among numbers that nobody asks for.
-constexpr size_t LANES = sizeof(VectorFour) / sizeof(double);
-
 VECTORMATH_WIDE static inline VectorFour load(const double* from) {
     VectorFour four;
     std::memcpy(&four, from, sizeof four);
     return four;
 }
 
-/// Fewer, and ones behind them.
-VECTORMATH_WIDE static inline VectorFour load(const double* from, size_t count) {
-    VectorFour four = VectorFour{} + 1.0;
-    std::memcpy(&four, from, count * sizeof(double));
-    return four;
-}
-
-VECTORMATH_WIDE static inline void store(double* to, VectorFour four, size_t count = LANES) {
-    std::memcpy(to, &four, count * sizeof(double));
+VECTORMATH_WIDE static inline void store(double* to, VectorFour four) {
+    std::memcpy(to, &four, sizeof four);
 }
 
 /// Where the numbers of a run stand.
@@ -157,29 +157,29 @@ struct Arrays {
     double *present, *perArea, *ages, *growth;
 };
 
-static Arrays getArrays(const BuildupRules& rules, const double* area, double* present, BuildupScratch& s) {
-    return {rules.limit.data(),
-            rules.rate.data(),
-            rules.nearlyFull.data(),
-            rules.fullAge.data(),
-            rules.isCounted.data(),
-            area,
-            rules.days,
-            present,
-            s.perArea.data(),
-            s.ages.data(),
-            s.growth.data()};
+static Arrays getArrays(const BuildupRules& rules, size_t first, BuildupScratch& s) {
+    return {.limit = rules.limit.data(),
+            .rate = rules.rate.data(),
+            .nearlyFull = rules.nearlyFull.data(),
+            .fullAge = rules.fullAge.data(),
+            .isCounted = rules.isCounted.data(),
+            .area = &rules.areas[first * rules.columns.size()],
+            .days = rules.days,
+            .present = s.present.data(),
+            .perArea = s.perArea.data(),
+            .ages = s.ages.data(),
+            .growth = s.growth.data()};
 }
 
 /// Per area what is there, and what the age on the curve is the logarithm of.
-VECTORMATH_WIDE static inline void askAges(const Arrays& a, size_t k, VectorFour present, VectorFour area) {
-    const VectorFour perArea = present / area;
+VECTORMATH_WIDE static inline void askAges(const Arrays& a, size_t k) {
+    const VectorFour perArea = load(a.present + k) / load(a.area + k);
     const VectorFour rest = 1.0 - perArea / load(a.limit + k);
     store(a.perArea + k, perArea);
     store(a.ages + k, perArea < load(a.nearlyFull + k) ? rest : VectorFour{} + 1.0);
 }
 
-/// From the logarithms the ages at the end of the step, and the exponents of what is missing then.
+/// From the logarithms the ages at the end of the step, and the logarithms of what is missing then.
 VECTORMATH_WIDE static inline void askShares(const Arrays& a, size_t k) {
     const VectorFour rate = load(a.rate + k);
     const VectorFour log =
@@ -189,105 +189,141 @@ VECTORMATH_WIDE static inline void askShares(const Arrays& a, size_t k) {
     store(a.growth + k, age < load(a.fullAge + k) ? -rate * age : VectorFour{});
 }
 
-/// From the powers what is there at the end of the step, and what of it is new and counts.
-VECTORMATH_WIDE static inline VectorFour grow(const Arrays& a, size_t k, VectorFour present, VectorFour area) {
+/// What is there at the end of the step, and what of it is new and counts.
+VECTORMATH_WIDE static inline void grow(const Arrays& a, size_t k) {
     const VectorFour missing = load(a.ages + k) < load(a.fullAge + k) ? load(a.growth + k) : VectorFour{};
-    const VectorFour grown = (1.0 - missing) * load(a.limit + k) * area;
+    const VectorFour grown = (1.0 - missing) * load(a.limit + k) * load(a.area + k);
+    const VectorFour present = load(a.present + k);
     const VectorFour next = grown < present ? present : grown;
+    store(a.present + k, next);
     store(a.growth + k, load(a.isCounted + k) != 0.0 ? next - present : VectorFour{});
-    return next;
 }
 
-/// The buildups (kg) behind the step in place of the present ones, and into the scratch what of them is new and counts.
-/// Where the law has cases the arithmetic comes to the same: nothing there has the logarithm 0 and so the age 0; at an
-/// age of 0 the power is 1 and what has built up 0; beyond the full age a power of 0 gives the limit itself; a rule
-/// without limit gives 0 in any case; a land use that isn't there keeps its 0. Where the law asks for no logarithm or
-/// no power, one is taken of what is quickly done, and dropped.
+/// The buildups (kg) behind the step in place of the present ones. Where the law has cases the arithmetic comes to the
+/// same: nothing there has the logarithm 0 and so the age 0; at an age of 0 the power is 1 and what has built up 0;
+/// beyond the full age a power of 0 gives the limit itself; a rule without limit gives 0 in any case; a land use that
+/// isn't there keeps its 0. Where the law asks for no logarithm or no power, one is taken of what is quickly done, and
+/// dropped.
 VECTORMATH_WIDE static void growWide(const Arrays a, size_t count) {
-    const size_t whole = count - count % LANES, last = count - whole;
-    const size_t padded = whole + (last > 0 ? LANES : 0);
-    for (size_t k = 0; k < whole; k += LANES) {
-        askAges(a, k, load(a.present + k), load(a.area + k));
+    for (size_t k = 0; k < count; k += LANES) {
+        askAges(a, k);
     }
-    if (last > 0) {
-        askAges(a, whole, load(a.present + whole, last), load(a.area + whole, last));
-    }
-    vectormath_log(a.ages, a.ages, padded);
-    for (size_t k = 0; k < padded; k += LANES) {
+    vectormath_log(a.ages, a.ages, count);
+    for (size_t k = 0; k < count; k += LANES) {
         askShares(a, k);
     }
-    vectormath_exp(a.growth, a.growth, padded);
-    for (size_t k = 0; k < whole; k += LANES) {
-        store(a.present + k, grow(a, k, load(a.present + k), load(a.area + k)));
-    }
-    if (last > 0) {
-        store(a.present + whole, grow(a, whole, load(a.present + whole, last), load(a.area + whole, last)), last);
+    vectormath_exp(a.growth, a.growth, count);
+    for (size_t k = 0; k < count; k += LANES) {
+        grow(a, k);
     }
 }
 
-/// What is new on so many subcatchments from one on, into the balance; of each land use by land use. What doesn't count
-/// adds 0, which changes no sum. Of a few pollutants the compiler knows the number.
-template <int32_t POLLUTANTS>
-static void addGrowth(Model& model, int32_t first, int32_t count, const double* __restrict growth) {
-    const int32_t pollutants = POLLUTANTS > 0 ? POLLUTANTS : model_pollutantCount(model);
-    const int32_t landuses = model.landuses.size();
-    for (int32_t k = first; k < first + count; ++k) {
-        double* __restrict sums = model.subcatches[k].surfaceBuildup;
-        for (int32_t l = 0; l < landuses; ++l, growth += pollutants) {
-            for (int32_t p = 0; p < pollutants; ++p) {
-                sums[p] += growth[p];
-            }
+/// Subcatchments from one on whose buildups stand one behind the other, no more than a batch.
+struct Run {
+    Model& model;
+    const BuildupRules& rules;
+    BuildupScratch& scratch;
+    int32_t first, count;
+    double* buildups;
+    size_t stride;  ///< from subcatchment to subcatchment
+    size_t width;   ///< columns
+};
+
+// Of a few columns the compiler knows the number, 0 stands for more. What a column says is taken along out of the loop.
+
+template <size_t WIDTH>
+static void gather(const Run& run) {
+    const size_t width = WIDTH > 0 ? WIDTH : run.width;
+    const BuildupColumn* __restrict columns = run.rules.columns.data();
+    const double* __restrict buildups = run.buildups;
+    double* __restrict present = run.scratch.present.data();
+    for (int32_t k = 0; k < run.count; ++k, buildups += run.stride, present += width) {
+        for (size_t c = 0; c < width; ++c) {
+            present[c] = buildups[columns[c].place];
         }
     }
 }
 
-static void addAll(Model& model, int32_t first, int32_t count, const double* growth) {
-    switch (model_pollutantCount(model)) {
-        case 1: addGrowth<1>(model, first, count, growth); break;
-        case 2: addGrowth<2>(model, first, count, growth); break;
-        case 3: addGrowth<3>(model, first, count, growth); break;
-        case 4: addGrowth<4>(model, first, count, growth); break;
-        default: addGrowth<0>(model, first, count, growth); break;
+/// What is there now, and what of it is new, into the balance; of each subcatchment land use by land use. What doesn't
+/// count adds 0, which changes no sum.
+template <size_t WIDTH>
+static void giveBack(const Run& run) {
+    const size_t width = WIDTH > 0 ? WIDTH : run.width;
+    const BuildupColumn* __restrict columns = run.rules.columns.data();
+    const double* __restrict grown = run.scratch.present.data();
+    const double* __restrict growth = run.scratch.growth.data();
+    double* __restrict buildups = run.buildups;
+    for (int32_t k = 0; k < run.count; ++k, buildups += run.stride, grown += width, growth += width) {
+        double* __restrict sums = run.model.subcatches[run.first + k].surfaceBuildup;
+        for (size_t c = 0; c < width; ++c) {
+            buildups[columns[c].place] = grown[c];
+            sums[columns[c].pollutant] += growth[c];
+        }
     }
 }
 
-/// So many subcatchments from one on, whose buildups and areas stand one behind the other. What they held is kept where
-/// somebody asks whether it has grown.
-static bool growRun(Model& model, int32_t first, int32_t count, uint8_t* grows, BuildupScratch& scratch) {
-    const BuildupRules& rules = *model.buildupRules;
-    const size_t shares = getShareCount(model);
-    const size_t total = static_cast<size_t>(count) * shares;
-    double* buildups = model.subcatches[first].landShares[0].buildup;
-    if (rules.isLooking) {
-        scratch.before.assign(buildups, buildups + total);
-    }
-    growWide(getArrays(rules, &rules.areas[static_cast<size_t>(first) * shares], buildups, scratch), total);
-    addAll(model, first, count, scratch.growth.data());
+/// Of which subcatchments any buildup will be another one, and of which columns. Whether one has stopped.
+static bool look(const Run& run, uint8_t* grows) {
+    const double* grown = run.scratch.present.data();
+    const double* buildups = run.buildups;
     bool hasStopped = false;
-    for (int32_t k = 0; rules.isLooking && k < count; ++k) {
-        const size_t place = static_cast<size_t>(k) * shares;
-        grows[k] = std::equal(buildups + place, buildups + place + shares, &scratch.before[place]) ? 0 : 1;
+    for (int32_t k = 0; k < run.count; ++k, buildups += run.stride, grown += run.width) {
+        grows[k] = 0;
+        for (size_t c = 0; c < run.width; ++c) {
+            if (grown[c] != buildups[run.rules.columns[c].place]) {
+                grows[k] = run.scratch.hasGrown[c] = 1;
+            }
+        }
         hasStopped = hasStopped || !grows[k];
     }
     return hasStopped;
 }
 
+template <size_t WIDTH>
+static bool growRun(const Run& run, uint8_t* grows) {
+    gather<WIDTH>(run);
+    const size_t total = static_cast<size_t>(run.count) * run.width, padded = getPadded(total);
+    std::fill_n(run.scratch.present.data() + total, padded - total, 1.0);  // something harmless
+    growWide(getArrays(run.rules, static_cast<size_t>(run.first), run.scratch), padded);
+    const bool hasStopped = run.rules.isLooking && look(run, grows);
+    giveBack<WIDTH>(run);
+    return hasStopped;
+}
+
+static bool growRun(const Run& run, uint8_t* grows) {
+    switch (run.width) {
+        case 1: return growRun<1>(run, grows);
+        case 2: return growRun<2>(run, grows);
+        case 3: return growRun<3>(run, grows);
+        case 4: return growRun<4>(run, grows);
+        case 5: return growRun<5>(run, grows);
+        case 6: return growRun<6>(run, grows);
+        case 8: return growRun<8>(run, grows);
+        default: return growRun<0>(run, grows);
+    }
+}
+
 /// Of the list of subcatchments those are taken at once that stand one behind the other.
 static bool growRuns(Model& model, const int32_t* subcatches, int32_t count, uint8_t* grows, BuildupScratch& scratch) {
     const BuildupRules& rules = *model.buildupRules;
-    for (std::vector<double>* numbers : {&scratch.perArea, &scratch.ages, &scratch.growth}) {
+    for (std::vector<double>* numbers : {&scratch.present, &scratch.perArea, &scratch.ages, &scratch.growth}) {
         numbers->resize(rules.limit.size());
     }
+    const size_t stride = model.landuses.rows.size() * static_cast<size_t>(model_pollutantCount(model));
     bool hasStopped = false;
     int32_t k = 0;
     while (k < count) {
-        int32_t run = 1;
-        while (k + run < count && run < rules.batch && subcatches[k + run] == subcatches[k] + run) {
-            ++run;
+        const int32_t first = subcatches[k];
+        int32_t some = 1;
+        while (k + some < count && some < rules.batch && subcatches[k + some] == first + some) {
+            ++some;
         }
-        hasStopped = growRun(model, subcatches[k], run, grows + k, scratch) || hasStopped;
-        k += run;
+        double* buildups = model.subcatches[first].landShares[0].buildup;
+        const Run run{model, rules, scratch, first, some, buildups, stride, rules.columns.size()};
+        hasStopped = growRun(run, grows + k) || hasStopped;
+        k += some;
     }
+    scratch.lookedAt += count;
     return hasStopped;
 }
 
@@ -311,4 +347,28 @@ bool buildup_grow(Model& model, const int32_t* subcatches, int32_t count, uint8_
         return growList(model, subcatches, count, grows);
     }
     return growRuns(model, subcatches, count, grows, scratch);
+}
+
+// --- what has come to its end --------------------------------------------------------------------------------------
+
+void buildup_beginStep(const Model& model, BuildupScratch& scratch) {
+    scratch.lookedAt = 0;
+    scratch.hasGrown.assign(model.buildupRules->columns.size(), 0);
+}
+
+void buildup_endDryStep(Model& model, const std::vector<uint8_t>& hasGrown) {
+    BuildupRules& rules = *model.buildupRules;
+    size_t kept = 0;
+    for (size_t c = 0; c < rules.columns.size(); ++c) {
+        if (hasGrown[c] || rules.columns[c].isCounted) {
+            rules.columns[kept++] = rules.columns[c];
+        }
+    }
+    if (kept == rules.columns.size() || model.pace.isPlain) {
+        return;
+    }
+    rules.columns.resize(kept);
+    rules.isCut = true;
+    takeRules(model, rules);
+    findAreas(model, rules);
 }

@@ -208,13 +208,13 @@ static double getPower(RunoffRate& rate, double exponent) {
     if (exponent == 1.0) {
         return rate.base;
     }
-    const int32_t known = std::min(rate.count, RunoffRate::ROOM);
-    for (int32_t k = 0; k < known; ++k) {
+    const uint32_t known = std::min(rate.count, RunoffRate::ROOM);
+    for (uint32_t k = 0; k < known; ++k) {
         if (rate.exponents[k] == exponent) {
             return rate.powers[k];
         }
     }
-    const int32_t place = rate.count++ % RunoffRate::ROOM;
+    const uint32_t place = rate.count++ % RunoffRate::ROOM;
     rate.exponents[place] = exponent;
     rate.powers[place] = std::pow(rate.base, exponent);
     return rate.powers[place];

@@ -44,11 +44,11 @@ struct Landuse {
 
 /// A runoff rate, and its powers: land uses and pollutants mostly share a few exponents.
 struct RunoffRate {
-    static constexpr int32_t ROOM = 4;
+    static constexpr uint32_t ROOM = 4;
 
     double value;            ///< m/s
     double base;             ///< mm/h
-    int32_t count;           ///< of powers that were taken
+    uint32_t count;          ///< of powers that were taken
     double exponents[ROOM];  ///< the last of them
     double powers[ROOM];
 };

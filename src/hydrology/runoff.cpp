@@ -274,6 +274,22 @@ void LandStep::operator()(int32_t worker) {
     }
 }
 
+/// Looks, behind a step that asked for it, where nothing has grown: if all land was dry that may still grow.
+static void endGrowth(Model& model, int32_t candidates) {
+    std::vector<LandWork>& works = model.landRest->works;
+    std::vector<uint8_t>& hasGrown = works.front().buildup.hasGrown;
+    int32_t lookedAt = 0;
+    for (const LandWork& work : works) {
+        lookedAt += work.buildup.lookedAt;
+        for (size_t c = 0; c < hasGrown.size(); ++c) {
+            hasGrown[c] |= work.buildup.hasGrown[c];
+        }
+    }
+    if (lookedAt == candidates) {
+        buildup_endDryStep(model, hasGrown);
+    }
+}
+
 static void advanceLand(Model& model, int32_t hour, double dt) {
     LandRest& rest = *model.landRest;
     const int32_t pieces = countPieces(rest.growing) + countPieces(rest.awake) + countPieces(rest.drying);
@@ -286,9 +302,13 @@ static void advanceLand(Model& model, int32_t hour, double dt) {
     }
     for (LandWork& work : rest.works) {
         work.hasChanged = false;
+        buildup_beginStep(model, work.buildup);
     }
     LandStep step{model, hour, dt};
     workers_share(*model.workers, workers, step);
+    if (model.buildupRules->isLooking) {
+        endGrowth(model, rest.growing.size() + rest.awake.size());
+    }
     if (std::any_of(rest.works.begin(), rest.works.end(), [](const LandWork& work) { return work.hasChanged; })) {
         landrest_list(model);
     }

@@ -22,28 +22,33 @@
 static constexpr uint32_t MAGIC_NUMBER = 516114522;
 static constexpr uint32_t FORMAT_VERSION = 21000;
 static constexpr size_t BUFFER_SIZE = size_t{1} << 20;
+static constexpr size_t LARGE_SIZE = size_t{1} << 16;  ///< which is better written as it stands
 
 // --- buffer --------------------------------------------------------------------------------------------------------
 
-static void flushBuffer(BinaryResults& out) {
-    if (out.bufferFilled > 0 && std::fwrite(out.buffer.get(), 1, out.bufferFilled, out.file) != out.bufferFilled) {
+static void writeOut(BinaryResults& out, const void* bytes, size_t size) {
+    if (size > 0 && std::fwrite(bytes, 1, size, out.file) != size) {
         out.hasFailed = true;
     }
-    out.written += out.bufferFilled;
+    out.written += size;
+}
+
+static void flushBuffer(BinaryResults& out) {
+    writeOut(out, out.buffer.get(), out.bufferFilled);
     out.bufferFilled = 0;
 }
 
+/// Large pieces don't go through the buffer.
 static void writeBytes(BinaryResults& out, const void* bytes, size_t size) {
-    const char* from = static_cast<const char*>(bytes);
-    while (size > BUFFER_SIZE - out.bufferFilled) {
-        const size_t part = BUFFER_SIZE - out.bufferFilled;
-        std::memcpy(out.buffer.get() + out.bufferFilled, from, part);
-        out.bufferFilled = BUFFER_SIZE;
+    const bool isLarge = size >= LARGE_SIZE;
+    if (isLarge || size > BUFFER_SIZE - out.bufferFilled) {
         flushBuffer(out);
-        from += part;
-        size -= part;
     }
-    std::memcpy(out.buffer.get() + out.bufferFilled, from, size);
+    if (isLarge) {
+        writeOut(out, bytes, size);
+        return;
+    }
+    std::memcpy(out.buffer.get() + out.bufferFilled, bytes, size);
     out.bufferFilled += size;
 }
 
@@ -153,23 +158,17 @@ void binary_open(Model& model) {
 
 // --- records and end -----------------------------------------------------------------------------------------------
 
-void binary_startRecord(Model& model, double date) {
-    BinaryResults& out = *model.binary;
-    if (out.file) {
-        writeInteger(out, std::bit_cast<uint64_t>(date));
-    }
-}
-
-void binary_writeRow(Model& model, const float* row, int32_t length) {
+void binary_writeRecord(Model& model, double date, const float* values, int64_t count) {
     BinaryResults& out = *model.binary;
     if (!out.file) {
         return;
     }
+    writeInteger(out, std::bit_cast<uint64_t>(date));
     if constexpr (std::endian::native == std::endian::little) {
-        writeBytes(out, row, static_cast<size_t>(length) * sizeof(float));
+        writeBytes(out, values, static_cast<size_t>(count) * sizeof(float));
     } else {
-        for (int32_t k = 0; k < length; ++k) {
-            writeInteger(out, std::bit_cast<uint32_t>(row[k]));
+        for (int64_t k = 0; k < count; ++k) {
+            writeInteger(out, std::bit_cast<uint32_t>(values[k]));
         }
     }
 }

@@ -1,5 +1,5 @@
 #pragma once
-// The binary results file: written in one pass through one large buffer, little-endian on every machine.
+// The binary results file: written in one pass, small pieces through one large buffer, little-endian on every machine.
 
 #include <cstddef>
 #include <cstdint>
@@ -31,11 +31,8 @@ struct BinaryResults {
 /// the functions below do nothing.
 void binary_open(Model& model);
 
-/// Begins the record of a report at its date (days).
-void binary_startRecord(Model& model, double date);
-
-/// Adds a row to the record, or several: so many values.
-void binary_writeRow(Model& model, const float* row, int32_t length);
+/// Adds the record of a report: its date (days), and so many values.
+void binary_writeRecord(Model& model, double date, const float* values, int64_t count);
 
 /// Takes back the records of a period and of all later ones, each of `recordSize` bytes; the next record will be that
 /// of this period. The memory for it is asked for ahead, which throws without.

@@ -21,8 +21,8 @@
 #include "model/project.h"
 #include "results/binary.h"
 #include "results/database.h"
+#include "results/rowpieces.h"
 #include "results/rows.h"
-#include "results/systemrow.h"
 #include "text/units.h"
 
 // --- open ----------------------------------------------------------------------------------------------------------
@@ -36,25 +36,6 @@ static T* allocate(Model& model, int64_t count) {
     return memory;
 }
 
-/// Rows that are made at once, few enough to stay in the nearest memory until they are written.
-static constexpr int32_t ROWS_AT_ONCE = 64;
-
-static void listObjects(Model& model, int32_t table) {
-    TableBuffer& buffer = model.results->buffers[table];
-    buffer.objects = allocate<int32_t>(model, buffer.count);
-    if (!buffer.objects) {
-        return;
-    }
-    const int32_t classSize = rows_getClassSize(model, table);
-    int32_t filled = 0;
-    for (int32_t k = 0; k < classSize && filled < buffer.count; ++k) {
-        if (rows_holds(model, table, k)) {
-            buffer.objects[filled++] = k;
-        }
-    }
-    buffer.count = filled;
-}
-
 void results_releaseBuffers(Model& model) {
     model.results->isReady = false;
     for (std::vector<float>& kept : model.results->kept) {
@@ -63,22 +44,39 @@ void results_releaseBuffers(Model& model) {
     for (TableBuffer& buffer : model.results->buffers) {
         buffer = TableBuffer{};
     }
+    model.results->runs = {};
+    model.results->record = nullptr;
+    model.results->shares = {};
+    model.results->scratch = {};
+}
+
+static bool hasMeans(const Model& model, int32_t table) {
+    return model.options.reportAverage && table != SUBCATCH_TABLE;
+}
+
+static void openTable(Model& model, int32_t table) {
+    ResultBuffers& results = *model.results;
+    TableBuffer& buffer = results.buffers[table];
+    buffer.length = rows_getLength(model, table);
+    buffer.count = rows_getObjectCount(model, table);
+    if (hasMeans(model, table) && buffer.count > 0) {
+        buffer.sums = allocate<float>(model, static_cast<int64_t>(buffer.count) * buffer.length);
+    }
+    buffer.place = results.recordLength;
+    results.recordLength += static_cast<int64_t>(buffer.count) * buffer.length;
+    results.longestRow = std::max(results.longestRow, buffer.length);
 }
 
 static void openBuffers(Model& model) {
+    ResultBuffers& results = *model.results;
+    results.runs = rows_listRuns(model);
+    results.recordLength = SYSTEM_LENGTH;
+    results.longestRow = 0;
     for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        TableBuffer& buffer = model.results->buffers[table];
-        buffer.length = rows_getLength(model, table);
-        buffer.count = rows_getObjectCount(model, table);
-        const int32_t rows = std::clamp(buffer.count, 1, ROWS_AT_ONCE);
-        buffer.row = allocate<float>(model, static_cast<int64_t>(rows) * buffer.length);
-        if (buffer.count == 0) {
-            continue;
-        }
-        listObjects(model, table);
-        if (table != SUBCATCH_TABLE) {
-            buffer.sums = allocate<float>(model, static_cast<int64_t>(buffer.count) * buffer.length);
-        }
+        openTable(model, table);
+    }
+    if (model.sinks & (SINK_FILE | SINK_DATABASE | SINK_MEMORY) && !model.error.code) {
+        results.record = allocate<float>(model, results.recordLength);
     }
 }
 
@@ -101,31 +99,11 @@ void results_open(Model& model) {
 
 // --- means ---------------------------------------------------------------------------------------------------------
 
-static bool hasSums(const TableBuffer& buffer) {
-    return buffer.objects && buffer.row && buffer.sums;
-}
-
 void results_accumulate(Model& model) {
-    if (!model.results->isReady) {
-        return;
+    if (model.results->isReady) {
+        rowpieces_addToSums(model);
+        ++model.results->sumCount;
     }
-    for (int32_t table = JUNCTION_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        const TableBuffer& buffer = model.results->buffers[table];
-        if (!hasSums(buffer)) {
-            continue;
-        }
-        float* sums = buffer.sums;
-        for (int32_t first = 0; first < buffer.count; first += ROWS_AT_ONCE) {
-            const int32_t end = std::min(buffer.count, first + ROWS_AT_ONCE);
-            rows_fillMany(model, table, {buffer.objects, buffer.count}, first, end, 1.0, buffer.row);
-            const int32_t values = (end - first) * buffer.length;
-            for (int32_t k = 0; k < values; ++k) {
-                sums[k] += buffer.row[k];
-            }
-            sums += values;
-        }
-    }
-    ++model.results->sumCount;
 }
 
 static void clearSums(Model& model) {
@@ -139,64 +117,35 @@ static void clearSums(Model& model) {
 
 // --- write ---------------------------------------------------------------------------------------------------------
 
-/// The sinks that few runs have, apart, so that the file's way stays short.
-static void writeRowElsewhere(Model& model, int32_t table, int32_t object, const float* row, int32_t length) {
-    if (model.sinks & SINK_DATABASE) {
-        database_writeRow(model, table, rows_getName(model, table, object), model.results->period, row, length);
-    }
-    if (model.sinks & SINK_MEMORY) {
-        std::vector<float>& kept = model.results->kept[table];
-        kept.insert(kept.end(), row, row + length);
-    }
+/// Rows of a table in the record.
+static const float* getRows(const Model& model, int32_t table) {
+    return model.results->record + (table == SYSTEM_TABLE ? 0 : model.results->buffers[table].place);
 }
 
-static bool hasOtherSinks(const Model& model) {
-    return (model.sinks & (SINK_DATABASE | SINK_MEMORY)) != 0;
-}
-
-[[gnu::always_inline]] static inline void writeRow(Model& model, int32_t table, int32_t object, const float* row,
-                                                   int32_t length) {
-    if (model.sinks & SINK_FILE) {
-        binary_writeRow(model, row, length);
-    }
-    if (hasOtherSinks(model)) {
-        writeRowElsewhere(model, table, object, row, length);
-    }
-}
-
-/// Rows of a table at the report time.
-static void writeRows(Model& model, int32_t table, double f) {
-    const TableBuffer& buffer = model.results->buffers[table];
-    if (!buffer.objects || !buffer.row) {
-        return;
-    }
-    for (int32_t first = 0; first < buffer.count; first += ROWS_AT_ONCE) {
-        const int32_t end = std::min(buffer.count, first + ROWS_AT_ONCE);
-        rows_fillMany(model, table, {buffer.objects, buffer.count}, first, end, f, buffer.row);
-        if (model.sinks & SINK_FILE) {
-            binary_writeRow(model, buffer.row, (end - first) * buffer.length);
-        }
-        for (int32_t k = first; hasOtherSinks(model) && k < end; ++k) {
-            const float* row = buffer.row + static_cast<int64_t>(k - first) * buffer.length;
-            writeRowElsewhere(model, table, buffer.objects[k], row, buffer.length);
+static void writeToDatabase(Model& model) {
+    const ResultBuffers& results = *model.results;
+    database_writeRow(model, SYSTEM_TABLE, "", results.period, results.record, SYSTEM_LENGTH);
+    for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
+        const TableBuffer& buffer = results.buffers[table];
+        const float* row = getRows(model, table);
+        for (const RowRun& run : results.runs) {
+            for (int32_t k = 0; run.table == table && buffer.count > 0 && k < run.count; ++k) {
+                database_writeRow(model, table, rows_getName(model, table, run.first + k), results.period, row,
+                                  buffer.length);
+                row += buffer.length;
+            }
         }
     }
+    database_endReport(model);
 }
 
-/// Means of a table over the period. A period without a step gives what 0 / 0 is.
-static void writeMeans(Model& model, int32_t table) {
-    const TableBuffer& buffer = model.results->buffers[table];
-    if (!hasSums(buffer)) {
-        return;
-    }
-    const float count = static_cast<float>(model.results->sumCount);
-    const float* sums = buffer.sums;
-    for (int32_t k = 0; k < buffer.count; ++k) {
-        for (int32_t c = 0; c < buffer.length; ++c) {
-            buffer.row[c] = sums[c] / count;
-        }
-        writeRow(model, table, buffer.objects[k], buffer.row, buffer.length);
-        sums += buffer.length;
+static void keepInMemory(Model& model) {
+    ResultBuffers& results = *model.results;
+    results.kept[SYSTEM_TABLE].assign(results.record, results.record + SYSTEM_LENGTH);
+    for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
+        const TableBuffer& buffer = results.buffers[table];
+        const float* const rows = getRows(model, table);
+        results.kept[table].assign(rows, rows + static_cast<int64_t>(buffer.count) * buffer.length);
     }
 }
 
@@ -210,27 +159,21 @@ static double getWeight(const Model& model, double older, double newer) {
 }
 
 static void writeReport(Model& model, DateTime date) {
-    const double networkFactor = getWeight(model, model.clock.oldRoutingTime, model.clock.newRoutingTime);
-    const double landFactor = getWeight(model, model.clock.oldRunoffTime, model.clock.newRunoffTime);
-    for (std::vector<float>& kept : model.results->kept) {
-        kept.clear();
+    const RowWeights weights{getWeight(model, model.clock.oldRoutingTime, model.clock.newRoutingTime),
+                             getWeight(model, model.clock.oldRunoffTime, model.clock.newRunoffTime)};
+    if (model.options.reportAverage) {
+        rowpieces_makeMeans(model, date, weights);
+    } else {
+        rowpieces_makeRecord(model, date, weights);
     }
     if (model.sinks & SINK_FILE) {
-        binary_startRecord(model, date);
-    }
-    float system[SYSTEM_LENGTH];
-    systemrow_fill(model, date, networkFactor, landFactor, system);
-    writeRow(model, SYSTEM_TABLE, 0, system, SYSTEM_LENGTH);
-    writeRows(model, SUBCATCH_TABLE, landFactor);
-    for (int32_t table = JUNCTION_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        if (model.options.reportAverage) {
-            writeMeans(model, table);
-        } else {
-            writeRows(model, table, networkFactor);
-        }
+        binary_writeRecord(model, date, model.results->record, model.results->recordLength);
     }
     if (model.sinks & SINK_DATABASE) {
-        database_endReport(model);
+        writeToDatabase(model);
+    }
+    if (model.sinks & SINK_MEMORY) {
+        keepInMemory(model);
     }
 }
 
@@ -240,7 +183,7 @@ void results_write(Model& model) {
     }
     const DateTime date = model_getDate(model, model.clock.reportTime);
     gage_setReportRain(model, date);
-    if (hasSink(model)) {
+    if (model.results->record && hasSink(model)) {
         writeReport(model, date);
     }
     if (model.options.reportAverage) {
@@ -253,15 +196,7 @@ void results_write(Model& model) {
 
 /// Bytes of a record in the file: its date, and the rows that are written.
 static uint64_t getRecordSize(const Model& model) {
-    uint64_t size = sizeof(double) + SYSTEM_LENGTH * sizeof(float);
-    for (int32_t table = SUBCATCH_TABLE; table < RESULT_TABLE_COUNT; ++table) {
-        const TableBuffer& buffer = model.results->buffers[table];
-        const bool isMean = model.options.reportAverage && table != SUBCATCH_TABLE;
-        if (isMean ? hasSums(buffer) : buffer.objects && buffer.row) {
-            size += static_cast<uint64_t>(buffer.count) * static_cast<uint64_t>(buffer.length) * sizeof(float);
-        }
-    }
-    return size;
+    return sizeof(double) + static_cast<uint64_t>(model.results->recordLength) * sizeof(float);
 }
 
 void results_reserveTakeBack(Model& model) {

@@ -7,33 +7,13 @@
 // Results of each report period: when rows are made, and into which sink they go.
 
 #include <cstdint>
-#include <vector>
 
-#include "results/rows.h"
+#include "results/rowpieces.h"
 
 struct Model;
 
 /// Where rows go. NOBODY makes none, but counts the periods.
 enum ResultSink : int32_t { SINK_FILE = 1, SINK_DATABASE = 2, SINK_MEMORY = 4, SINK_NOBODY = 8 };
-
-/// Memory of one table, from a start to the next or to the close. What the machine's memory can't hold is null, and the
-/// rows that need it are left out.
-struct TableBuffer {
-    int32_t* objects;  ///< indices of its objects, in the order of their class
-    float* row;
-    float* sums;  ///< rows added up since the last report, one per object
-    int32_t count;
-    int32_t length;
-};
-
-/// The buffers of all tables, and where the run stands in its periods.
-struct ResultBuffers {
-    TableBuffer buffers[RESULT_TABLE_COUNT];
-    bool isReady;
-    int32_t period = 1;                           ///< number of the next report
-    int32_t sumCount;                             ///< steps added up since the last report
-    std::vector<float> kept[RESULT_TABLE_COUNT];  ///< rows of the last period, for the sink in memory
-};
 
 /// Prepares buffers and the sinks of the model; nothing while an error stands.
 void results_open(Model& model);

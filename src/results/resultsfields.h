@@ -11,11 +11,12 @@
 template <class V>
 void results_walk(V& v, Model& model) {
     ResultBuffers& results = *model.results;
-    v.fixed(model.results, model.binary, model.database, results.isReady, results.kept);
+    v.fixed(model.results, model.binary, model.database, results.isReady, results.kept, results.runs, results.record,
+            results.recordLength, results.longestRow, results.shares, results.scratch);
     v.total(NAMED(results.period), FieldSpan{1, 1 << 30});
     v.total(NAMED(results.sumCount), FieldSpan{0, 1 << 30});
     for (TableBuffer& buffer : results.buffers) {
-        v.fixed(buffer.objects, buffer.row, buffer.count, buffer.length);
+        v.fixed(buffer.place, buffer.count, buffer.length);
         const int64_t count = static_cast<int64_t>(buffer.count) * buffer.length;
         v.total(NAMED(buffer.sums), model.options.reportAverage && buffer.sums ? count : 0);
     }

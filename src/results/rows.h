@@ -3,6 +3,7 @@
 // the model. Both sinks write the same rows.
 
 #include <cstdint>
+#include <vector>
 
 #include "model/model.h"
 #include "model/project.h"
@@ -28,11 +29,22 @@ struct RowColumn {
     const char* unit;  ///< empty for a plain number
 };
 
-/// Objects of a table in the order of their rows, as far as somebody wants them.
-struct RowList {
-    const int32_t* objects;  ///< indices in their class
-    int32_t count;
+/// Objects of one class and kind that stand one behind the other, in their class and in the table of their kind: few
+/// enough for their rows to stay in the nearest memory. All runs of a class, one behind the other, are the class.
+struct RowRun {
+    int32_t table;       ///< -1: of a kind without rows
+    int32_t kind;        ///< NodeKind or LinkKind; -1 without kinds
+    int32_t first;       ///< index in the class
+    int32_t count;       ///< of objects
+    int32_t kindIndex;   ///< of the first: its row in the table of the kind
+    int32_t rowPlace;    ///< rows of the table that stand ahead
+    int64_t sharePlace;  ///< shares of all runs that stand ahead
 };
+
+/// Sums over the objects that make the row of the system: its columns, of the land weighted with the areas, and the
+/// area of the land.
+constexpr int32_t LAND_AREA_SUM = SYSTEM_LENGTH;
+constexpr int32_t SYSTEM_SUM_COUNT = SYSTEM_LENGTH + 1;
 
 /// What a table is made of.
 struct RowTable {
@@ -43,7 +55,11 @@ struct RowTable {
     int32_t objectType;  ///< class of its objects; -1 for the system
     int32_t kind;        ///< NodeKind or LinkKind; -1 without kinds
     void (*fill)(const Model& model, int32_t object, double f, float* row);
-    void (*fillMany)(const Model& model, const RowList& list, int32_t first, int32_t end, double f, float* rows);
+    int32_t shareCount;  ///< numbers that an object adds to the sums of the system
+    void (*fillRun)(const Model& model, const RowRun& run, double f, float* rows);
+    void (*fillAndAdd)(const Model& model, const RowRun& run, double f, float* rows, float* sums);
+    void (*fillAndKeep)(const Model& model, const RowRun& run, double f, float* rows, float* shares);
+    void (*addShares)(const float* shares, int32_t count, float* sums);
 };
 
 extern const RowTable RowTables[RESULT_TABLE_COUNT];
@@ -67,12 +83,24 @@ inline void rows_fill(const Model& model, int32_t table, int32_t object, double 
     RowTables[table].fill(model, object, f, row);
 }
 
-/// The same of the objects of a list from `first` up to `end`, one row behind the other.
-inline void rows_fillMany(const Model& model, int32_t table, const RowList& list, int32_t first, int32_t end, double f,
-                          float* rows) {
-    RowTables[table].fillMany(model, list, first, end, f, rows);
+constexpr int32_t ROWS_OF_RUN = 128;  ///< at most
+
+/// All runs of subcatchments, nodes and links, in this order.
+[[nodiscard]] std::vector<RowRun> rows_listRuns(const Model& model);
+
+/// Numbers that all objects of a list of runs add to the sums of the system.
+[[nodiscard]] int64_t rows_countShares(const std::vector<RowRun>& runs);
+
+/// Fills the rows of a run, one behind the other.
+inline void rows_fillRun(const Model& model, const RowRun& run, double f, float* rows) {
+    RowTables[run.table].fillRun(model, run, f, rows);
 }
 
-/// Asks for the memory of rows that will be filled soon: behind place `k` in a list of nodes or links (a null
-/// list is the whole table). Walks over large tables wait for memory otherwise.
-void rows_fetchAhead(const Model& model, int32_t objectType, const int32_t* objects, int32_t count, int32_t k);
+/// The same, and of every object, also of one without a row, what it adds to the sums of the system: added at once, or
+/// kept as it is for whoever adds it in its turn. Each share is rounded to single and added in single.
+void rows_fillAndAdd(const Model& model, const RowRun& run, double f, float* rows, float* sums);
+void rows_fillAndKeep(const Model& model, const RowRun& run, double f, float* rows, float* shares);
+void rows_addShares(const RowRun& run, const float* shares, float* sums);
+
+/// Asks for the memory of links that a walk will come to soon, behind place `k` in their table.
+void rows_fetchLinks(const Model& model, int32_t k);

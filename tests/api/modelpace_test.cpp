@@ -109,3 +109,30 @@ TEST(OneModelInThreads, ComesToTheSameStates) {
     EXPECT_EQ(getState(alone), getState(shared));
     EXPECT_EQ(tv_end(shared), TV_OK);
 }
+
+namespace {
+
+/// The file of a network of some ten thousand objects, with rows of the report time or with means.
+std::string runNetwork(const Project& project, int32_t threads) {
+    const TvModel model;
+    EXPECT_EQ(tv_setThreads(model, threads), TV_OK);
+    EXPECT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+    EXPECT_EQ(tv_start(model, project.results.c_str(), nullptr), TV_OK);
+    EXPECT_EQ(tv_runUntil(model, TV_END), TV_OK);
+    EXPECT_EQ(tv_end(model), TV_OK);
+    EXPECT_EQ(tv_close(model), TV_OK);
+    return readFile(project.results);
+}
+
+}  // namespace
+
+TEST(OneModelInThreads, WritesTheSameRows) {
+    for (const char* const rows : {"REPORT_AVERAGE NO\n", "REPORT_AVERAGE YES\n"}) {
+        const Project project(getGeneral(10) + rows + generateNetwork(7, 16000, 2));
+        const std::string alone = runNetwork(project, 1);
+        EXPECT_GT(alone.size(), 2u * 16000u * 4u * sizeof(float));
+        for (const int32_t threads : {2, 3}) {
+            EXPECT_TRUE(runNetwork(project, threads) == alone) << threads << " threads, " << rows;
+        }
+    }
+}

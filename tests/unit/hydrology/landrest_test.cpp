@@ -273,6 +273,49 @@ TEST_F(LandAtRest, IsLeftAloneOnceItsBuildupIsFull) {
     EXPECT_NEAR(land().subcatches[0].landShares[0].buildup[0], 80.0, 1e-9);
 }
 
+// What no washoff takes from is left alone once it is full, while others go on; a host may begin it anew.
+TEST_F(LandAtRest, LeavesTheBuildupsAloneThatNothingTakesFrom) {
+    DryProject project;
+    project.series = "DRY 0:00 0\nWET 0:00 0\n";
+    project.more =
+        "[POLLUTANTS]\nA 0\nB 0\n[LANDUSES]\nRoof\n[BUILDUP]\nRoof A 40 100\nRoof B 5 1\n"
+        "[WASHOFF]\nRoof A EMC 2 NO 0\nRoof B EXP 0.1 1.2 0\n[COVERAGES]\nS Roof 100\nR Roof 60\n";
+    start(project);
+    const BuildupRules& rules = *land().buildupRules;
+    step(4);
+    EXPECT_EQ(rules.columns.size(), 2u);
+    step(60);
+    EXPECT_EQ(rules.columns.size(), 1u);
+    EXPECT_EQ(rules.columns[0].pollutant, 1);
+    EXPECT_NEAR(land().subcatches[0].landShares[0].buildup[0], 40.0, 1e-9) << "1 ha";
+    change([](Model& model) { model.landuses[0].buildup[0].maxBuildup = 80.0; });
+    step(1);
+    EXPECT_EQ(rules.columns.size(), 2u);
+    step(60);
+    EXPECT_EQ(rules.columns.size(), 1u);
+    EXPECT_NEAR(land().subcatches[0].landShares[0].buildup[0], 80.0, 1e-9);
+    ASSERT_EQ(tv_setSkipping(skipping, 0), TV_OK);
+    step(30);
+    EXPECT_EQ(rules.columns.size(), 2u);
+    EXPECT_EQ(plainLand().buildupRules->columns.size(), 2u);
+}
+
+// A rain that falls anywhere leaves open whether the buildup there has come to its end.
+TEST_F(LandAtRest, EndsNoBuildupWhileItRains) {
+    DryProject project;
+    project.series = "DRY 0:00 0\nDRY 1:00 0\nWET 0:00 36\nWET 10:00 0\n";
+    project.more =
+        "[POLLUTANTS]\nA 0\n[LANDUSES]\nRoof\n[BUILDUP]\nRoof A 40 100\n[WASHOFF]\nRoof A EMC 2 NO 0\n"
+        "[COVERAGES]\nS Roof 100\nR Roof 100\n";
+    start(project);
+    step(110);
+    EXPECT_EQ(land().subcatches[1].landShares[0].buildup[0], 0.0);
+    EXPECT_EQ(land().buildupRules->columns.size(), 1u);
+    step(200);
+    EXPECT_NEAR(land().subcatches[1].landShares[0].buildup[0], 40.0, 1e-9);
+    EXPECT_EQ(land().buildupRules->columns.size(), 0u);
+}
+
 // --- LID units -----------------------------------------------------------------------------------------------------
 
 /// One LID unit of 100 m2 on S, which takes nothing from its land.

@@ -28,6 +28,20 @@
 
 namespace {
 
+/// The row of the system at a date, by one walk over all objects. Pollutants have no part in it, nor a place in what
+/// the tests below fill.
+void fillSystem(Model& model, DateTime date, double networkFactor, double landFactor, float* row) {
+    model.counts.objects[POLLUT] = 0;
+    inflows_openRun(model);
+    const std::vector<RowRun> runs = rows_listRuns(model);
+    std::vector<float> rows(ROWS_OF_RUN * 32);
+    float sums[SYSTEM_SUM_COUNT] = {};
+    for (const RowRun& run : runs) {
+        rows_fillAndAdd(model, run, run.table == SUBCATCH_TABLE ? landFactor : networkFactor, rows.data(), sums);
+    }
+    systemrow_close(model, date, runs, sums, row);
+}
+
 /// Tables filled by hand, with two pollutants.
 struct Rows : testing::Test, Tables {
     double older[2] = {1.0, 10.0};
@@ -93,6 +107,7 @@ struct Rows : testing::Test, Tables {
         lid.soilDepth = 7.0;  // has no part in it
         testModel().lids.fill(1, lid);
         LidMono mono{};
+        mono.gage = -1;
         mono.unit.area = 100.0;
         mono.unit.surfaceLevel = 0.1;
         mono.unit.pavementLevel = 0.2;
@@ -251,7 +266,7 @@ TEST_F(Rows, ADrySubcatchmentKeepsItsConcentrations) {
 // --- the system ----------------------------------------------------------------------------------------------------
 
 TEST_F(Rows, SystemWithoutLandHasNoRain) {
-    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
+    fillSystem(testModel(), 44256.0, 1.0, 1.0, row);
     expectRow({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
 }
 
@@ -269,7 +284,7 @@ TEST_F(Rows, SystemTakesMeansOverTheLand) {
     testModel().subcatches[1].gage = -1;
     testModel().subcatches[1].area = 3.0e4;
     testModel().subcatches[1].evapRate = 0.0;
-    systemrow_fill(testModel(), 44256.0, 1.0, 0.5, row);
+    fillSystem(testModel(), 44256.0, 1.0, 0.5, row);
     EXPECT_FLOAT_EQ(row[0], 2.5f);  // a quarter of the land has the rain
     EXPECT_FLOAT_EQ(row[1], 0.5f);
     EXPECT_FLOAT_EQ(row[2], 4.0f);
@@ -281,7 +296,7 @@ TEST_F(Rows, SystemWithoutAreaHasNoRunoff) {
     s.gage = -1;
     s.thisRunoff = 3.0;
     testModel().subcatches.fill(1, s);
-    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
+    fillSystem(testModel(), 44256.0, 1.0, 1.0, row);
     for (int32_t k = 0; k < 4; ++k) {
         EXPECT_EQ(row[k], 0.0f);
     }
@@ -299,50 +314,50 @@ TEST_F(Rows, SystemAddsTheNetworkInSinglePrecision) {
     testModel().pipes[0].storage = storage;
     testModel().pipes[0].newFlood = 0.25;
     addFilledLink(PIPE);
-    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
+    fillSystem(testModel(), 44256.0, 1.0, 1.0, row);
     testModel().swmmNodes.clear();
     expectRow({0, 0, 0, 0, 16777216.0f, 0, 0, 0.25f, 0, 1.0f, 0, 5.0f});
 }
 
 TEST_F(Rows, SystemCountsTheFloodOfATank) {
     addTank(1.0, 3.0, 0.0, 4.0);
-    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[7], 2.0f);
-    systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.25, 1.0, row);
     EXPECT_EQ(row[7], 1.0f);
 }
 
 TEST_F(Rows, SystemCountsTheFloodOfAConduit) {
     addConduit(0.5, 4.0, 0.0);
-    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[7], 2.0f);
-    systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.25, 1.0, row);
     EXPECT_EQ(row[7], 3.0f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfATankAtItsDepthBetweenTheStates) {
     addTank(1.0, 3.0, 0.0, 0.0);
-    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 100.0f * 2.0f);
-    systemrow_fill(testModel(), 44256.0, 0.25, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.25, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 100.0f * 1.5f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfAReactor) {
     addReactor(50.0);
-    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_EQ(row[11], 50.0f);
 }
 
 TEST_F(Rows, SystemCountsTheWaterInAllLayersOfALid) {
     addLid();
-    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], LID_VOLUME);
 }
 
 TEST_F(Rows, SystemCountsTheWaterOfAConduit) {
     addConduit(0.5, 0.0, 0.0);
-    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[11], 2.0f * 0.5f * 100.0f);
 }
 
@@ -351,7 +366,7 @@ TEST_F(Rows, SystemAddsUpStoresOfAllKinds) {
     addReactor(50.0);
     addLid();
     addConduit(0.5, 4.0, 0.0);
-    systemrow_fill(testModel(), 44256.0, 0.5, 1.0, row);
+    fillSystem(testModel(), 44256.0, 0.5, 1.0, row);
     EXPECT_FLOAT_EQ(row[7], 2.0f + 2.0f);
     EXPECT_FLOAT_EQ(row[11], 200.0f + 50.0f + LID_VOLUME + 100.0f);
 }
@@ -371,7 +386,7 @@ TEST_F(Rows, SystemTakesTheInflowsOfModelsAtTheirClockAndTheirOutflowsAsTheyStan
     model.clock.oldRoutingTime = 0.0;
     model.clock.newRoutingTime = 675000.0;
     const auto expectFlows = [&](float inflow, float outflow) {
-        systemrow_fill(model, 44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
+        fillSystem(model, 44256.0, 0.25, 1.0, row);  // the weight of the network has no part in it
         EXPECT_EQ(row[8], inflow);
         EXPECT_EQ(row[10], outflow);
     };
@@ -400,7 +415,7 @@ TEST_F(Rows, SystemCountsTheFirstFlowRecordAndTheRequestsOfTheHost) {
     addFilledNode(JUNCTION).extInflow = &mass;
     addFilledNode(JUNCTION);
     testModel().requests.inflows = {{1, 0, 4.0}, {0, 0, 2.0}};
-    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
+    fillSystem(testModel(), 44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[5], 6.25f);
 }
 
@@ -409,7 +424,7 @@ TEST_F(Rows, SystemCountsTheDryWeatherFlowOfEachNode) {
     DwfInflow quality{0, -1, 200.0, &flow};
     addFilledNode(JUNCTION).dwfInflow = &quality;
     addFilledNode(JUNCTION).dwfInflow = &flow;
-    systemrow_fill(testModel(), 44256.0, 1.0, 1.0, row);
+    fillSystem(testModel(), 44256.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 1.0f);
 }
 
@@ -423,9 +438,9 @@ TEST_F(Rows, SystemTakesTheDryWeatherFlowAtTheHourOfTheReport) {
     DwfInflow flow{-1, 0, 0.5, nullptr};
     addFilledNode(JUNCTION).dwfInflow = &flow;
     const DateTime start = 44256.0;
-    systemrow_fill(testModel(), start + 0.001 / 86400.0, 1.0, 1.0, row);
+    fillSystem(testModel(), start + 0.001 / 86400.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 0.5f * 1.0f);
-    systemrow_fill(testModel(), start + 3600.001 / 86400.0, 1.0, 1.0, row);
+    fillSystem(testModel(), start + 3600.001 / 86400.0, 1.0, 1.0, row);
     EXPECT_EQ(row[6], 0.5f * 3.0f);
 }
 
@@ -443,7 +458,7 @@ TEST_F(Rows, SystemLeavesTheCursorOfASeriesWhereItWas) {
         ASSERT_EQ(tarnvelde_step(&elapsed), 0);
     }
     const SeriesCursor cursors[2] = {testModel().timeSeries[0].cursor, testModel().timeSeries[1].cursor};
-    systemrow_fill(testModel(), testModel().options.startDateTime + 1.5 / 24.0, 1.0, 1.0, row);
+    fillSystem(testModel(), testModel().options.startDateTime + 1.5 / 24.0, 1.0, 1.0, row);
     EXPECT_FLOAT_EQ(row[5], 4.0f + 10.0f + 2.0f * 4.0f);
     for (int k = 0; k < 2; ++k) {
         const SeriesCursor &cursor = testModel().timeSeries[k].cursor, &old = cursors[k];
@@ -472,8 +487,8 @@ TEST_F(Rows, SystemLeavesASeriesFileAtItsEnd) {
     }
     ASSERT_TRUE(cursor.isAtEnd);
     const int64_t position = cursor.position;
-    systemrow_fill(testModel(), testModel().options.startDateTime + 5.0 / 1440.0, 1.0, 1.0,
-                   row);  // goes back to the first entry
+    fillSystem(testModel(), testModel().options.startDateTime + 5.0 / 1440.0, 1.0, 1.0,
+               row);  // goes back to the first entry
     EXPECT_FLOAT_EQ(row[5], 2.0f);
     EXPECT_TRUE(cursor.isAtEnd);
     EXPECT_EQ(cursor.position, position);
