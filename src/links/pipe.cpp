@@ -151,6 +151,13 @@ void pipe_endState(Pipe& pipe) {
     pipe.storage = pipe.sumMass = nullptr;
 }
 
+/// A pipe in which something decays adds to a total of the network, and so has its turn in the order of these.
+void pipe_noteDecay(Model& model, Pipe& pipe) {
+    const bool hadDecay = pipe.hasDecay;
+    pipe.hasDecay = decay_isAny(model, pipe.decay);
+    model.areVisitsDue = model.areVisitsDue || (pipe.hasDecay && !hadDecay);
+}
+
 void pipe_openRun(Model& model) {
     model.floodingPipeCount = 0;
     model.hasEndlessQuality = false;
@@ -269,8 +276,24 @@ static double getOutflow(const Coefficients& coefficients, double inflow, double
     return (inflow * coefficients.inflow + storage) / coefficients.divisor;
 }
 
-void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
-    Link& link = model.links[index];
+/// Water alone through all reaches; the outflow of the last one.
+static inline double routeWater(Pipe& pipe, double inflow) {
+    const double dt = pipe.stepLength;
+    const Coefficients coefficients = getCoefficients(pipe);
+    const int32_t reaches = pipe_getReachCount(pipe);
+    double* storage = pipe.storage;
+    double flow = inflow;
+    for (int32_t i = 0; i < reaches; ++i) {
+        const double out = getOutflow(coefficients, flow, storage[i]);
+        storage[i] += (flow - out) * dt;
+        flow = out;
+    }
+    return flow;
+}
+
+/// The same with pollutants, whose concentrations in the outflow become those of the link.
+[[gnu::noinline]] static double routeLoaded(Model& model, Link& link, Pipe& pipe, double inflow,
+                                            const double* concentrations) {
     const int32_t pollutants = model_pollutantCount(model);
     const int32_t hour = pipe.hasDecay ? datetime_getHour(model_getDate(model, model.clock.newRoutingTime)) : 0;
     const double dt = pipe.stepLength;
@@ -283,17 +306,22 @@ void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const do
     const int32_t reaches = pipe_getReachCount(pipe);
     for (int32_t i = 0; i < reaches; ++i) {
         const double out = getOutflow(coefficients, flow, pipe.storage[i]);
-        if (pollutants > 0) {
-            passReach(model, pipe, i, getReachFlow(dt, pipe.storage[i], flow, out), hour, quality);
-        }
+        passReach(model, pipe, i, getReachFlow(dt, pipe.storage[i], flow, out), hour, quality);
         pipe.storage[i] += (flow - out) * dt;
         flow = out;
     }
-    pipe.newInflow = inflow;
-    limitOutflow(model, link, pipe, flow);
     if (!std::all_of(quality, quality + pollutants, [](double value) { return std::isfinite(value); })) {
         model.hasEndlessQuality = true;
     }
+    return flow;
+}
+
+void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
+    Link& link = model.links[index];
+    const double out = model_pollutantCount(model) > 0 ? routeLoaded(model, link, pipe, inflow, concentrations)
+                                                       : routeWater(pipe, inflow);
+    pipe.newInflow = inflow;
+    limitOutflow(model, link, pipe, out);
     pipe.isChanged = true;
 }
 

@@ -70,6 +70,9 @@ void pipe_endState(Pipe& pipe);
 [[nodiscard]] double* pipe_allocateReaches(Model& model, int32_t reaches);
 void pipe_placeReaches(const Model& model, Pipe& pipe, double* memory, int32_t reaches);
 
+/// Finds out whether anything decays in a pipe, after a host has set it.
+void pipe_noteDecay(Model& model, Pipe& pipe);
+
 /// Empties the sums of all pipes for a new run.
 void pipe_openRun(Model& model);
 

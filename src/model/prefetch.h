@@ -5,6 +5,7 @@
 // network, stand floors above this one and are told by their fields alone.
 
 #include <cstddef>
+#include <cstdint>
 
 #include "model/project.h"
 #include "platform/memory.h"
@@ -15,6 +16,13 @@ void prefetch_record(const Record& record) {
     for (size_t offset = 0; offset < sizeof(Record); offset += 64) {
         memory_fetch(reinterpret_cast<const char*>(&record) + offset);
     }
+}
+
+/// A record so many rows behind one of its table, which the walk will come by if it goes straight; also behind the
+/// last.
+template <class Record>
+const Record* prefetch_getFar(const Record& record, uintptr_t rows) {
+    return reinterpret_cast<const Record*>(reinterpret_cast<uintptr_t>(&record) + rows * sizeof(Record));
 }
 
 /// What the record of a node, or of a link, points to.

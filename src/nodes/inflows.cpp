@@ -19,6 +19,7 @@
 #include "model/project.h"
 #include "model/timeseries.h"
 #include "model/warnings.h"
+#include "nodes/node.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -212,6 +213,15 @@ void inflows_validateDryWeather(Model& model, int32_t node) {
 
 // --- external inflows ----------------------------------------------------------------------------------------------
 
+/// Only the series of the newest record is rewound. The cursors of the others stand at their end from the validation
+/// and read a line from the origin first; results of inflows that share a node show it.
+void inflows_rewind(Model& model, const Node& node) {
+    if (node.extInflow && node.extInflow->series >= 0) {
+        Series& series = model.timeSeries[node.extInflow->series];
+        timeseries_rewind(series, series.cursor);
+    }
+}
+
 void inflows_openRun(Model& model) {
     model.nodesWithExternal.clear();
     model.nodesWithDryWeather.clear();
@@ -220,7 +230,7 @@ void inflows_openRun(Model& model) {
             model.nodesWithExternal.push_back(k);
         }
         if (model.nodes[k].dwfInflow) {
-            model.nodesWithDryWeather.push_back({k, inflows_findDryWeather(model.nodes[k].dwfInflow, -1)});
+            model.nodesWithDryWeather.push_back({k, false, inflows_findDryWeather(model.nodes[k].dwfInflow, -1)});
         }
     }
 }
@@ -358,6 +368,13 @@ static void applyDryWeather(Model& model, Node& node, const DwfInflow* flowRecor
     }
 }
 
+static void rollNode(const Model& model, Node& node) {
+    node_shiftInflows(node);
+    if (model_pollutantCount(model) > 0) {
+        node_shiftQuality(model, node);
+    }
+}
+
 void inflows_applyDryWeather(Model& model, DateTime date) {
     const int32_t hour = datetime_getHour(date);
     static constexpr size_t AHEAD = 8;
@@ -374,6 +391,10 @@ void inflows_applyDryWeather(Model& model, DateTime date) {
             }
         }
         const DryWeatherNode& entry = model.nodesWithDryWeather[k];
-        applyDryWeather(model, model.nodes[entry.node], entry.flow, hour);
+        Node& node = model.nodes[entry.node];
+        if (entry.isRolledHere) {
+            rollNode(model, node);
+        }
+        applyDryWeather(model, node, entry.flow, hour);
     }
 }

@@ -7,6 +7,7 @@
 #include "text/tokens.h"
 
 struct Model;
+struct Node;
 
 enum InflowKind : int32_t { INFLOW_FLOW, INFLOW_CONCEN, INFLOW_MASS };
 
@@ -31,6 +32,7 @@ struct DwfInflow {
 /// A node with dry-weather inflows, and its record of the flow, which mostly is the last of its list.
 struct DryWeatherNode {
     int32_t node;
+    bool isRolledHere;      ///< nothing else comes to the node ahead of its visit, so it rolls when this flow comes
     const DwfInflow* flow;  ///< or null
 };
 
@@ -41,13 +43,16 @@ struct DryWeatherNode {
 /// Tests the patterns of a node's dry-weather inflows; writes what is wrong to the report.
 void inflows_validateDryWeather(Model& model, int32_t node);
 
+/// Puts the external inflows of a node to time zero.
+void inflows_rewind(Model& model, const Node& node);
+
 /// Lists the nodes with inflows for a run.
 void inflows_openRun(Model& model);
 
 /// Adds the external inflows at a date, and the host's, to flow and load of their nodes; the host's are used up.
 void inflows_applyExternal(Model& model, DateTime date);
 
-/// Adds the dry-weather inflows at a date to flow and load of their nodes.
+/// Adds the dry-weather inflows at a date to flow and load of their nodes, and rolls those of which that is known.
 void inflows_applyDryWeather(Model& model, DateTime date);
 
 /// Value of a dry-weather record in an hour of the day: m3/s or mg/L.

@@ -6,8 +6,6 @@
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/names.h"
-#include "model/timeseries.h"
-#include "nodes/inflows.h"
 #include "text/units.h"
 
 // --- reading and start ---------------------------------------------------------------------------------------------
@@ -28,16 +26,10 @@ int32_t node_readPlain(Model& model, const Tokens& tokens, int32_t node, int32_t
     return ERR_NONE;
 }
 
-void node_initState(Model& model, Node& node) {
+void node_initState(const Model& model, Node& node) {
     node.oldInflow = node.newInflow = 0.0;
     node.oldLatFlow = node.newLatFlow = 0.0;
     node.oldUpstreamFlow = node.newUpstreamFlow = 0.0;
-    // Only the series of the newest record is rewound. The cursors of the others stand at their end from the validation
-    // and read a line from the origin first; results of inflows that share a node show it.
-    if (node.extInflow && node.extInflow->series >= 0) {
-        Series& series = model.timeSeries[node.extInflow->series];
-        timeseries_rewind(series, series.cursor);
-    }
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         node.massInflow[p] = node.oldQual[p] = node.newQual[p] = 0.0;
     }

@@ -22,7 +22,7 @@ struct Model;
 void node_setRow(Model& model, int32_t node, int32_t kind, int32_t kindIndex, const char* id);
 
 /// Puts what all kinds share to time zero.
-void node_initState(Model& model, Node& node);
+void node_initState(const Model& model, Node& node);
 
 /// New becomes old at the start of a step: the flows, of which the new ones are emptied for the step to add up.
 inline void node_shiftInflows(Node& node) {

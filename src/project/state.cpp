@@ -256,6 +256,7 @@ static StateFault restore(Model& model, const void* bytes, size_t size, StateOri
     HostRequests passedOver;
     (void)readFields<READ_WRITE, IS_HOT>(model, bytes, size, context, passedOver);
     pace_noteChange(model.pace);
+    model.areVisitsDue = true;  // a pipe may decay now
     if (!IS_HOT) {
         std::swap(model.requests, requests);
     }

@@ -6,10 +6,12 @@
 #include "coupling/coupled.h"
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
+#include "model/choose.h"
 #include "model/errors.h"
 #include "model/model.h"
 #include "model/statistics.h"
 #include "model/still.h"
+#include "nodes/inflows.h"
 #include "nodes/lidmono.h"
 #include "nodes/node.h"
 #include "nodes/outfall.h"
@@ -113,6 +115,7 @@ int32_t nodekinds_getDirectTargets(const Model& model, int32_t node, int32_t tar
 void nodekinds_initState(Model& model, int32_t index) {
     Node& node = model.nodes[index];
     node_initState(model, node);
+    inflows_rewind(model, node);
     switch (node.kind) {
         case TANK: tank_initState(model, index); break;
         case SPLITTER: splitter_initState(model.splitters[node.kindIndex]); break;
@@ -187,18 +190,49 @@ bool nodekinds_takeRunoff(Model& model, const Node& node, int32_t subcatch, doub
 
 // --- a node's turn -------------------------------------------------------------------------------------------------
 
-/// Adds what links that are served have left in the deliveries, in their order.
-static inline void takeDeliveries(const Model& model, Node& node, const Visit& visit, int32_t pollutants) {
-    const double* delivery = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
+/// Adds what links that are served have left in the deliveries, in their order. How many there are differs from visit
+/// to visit: the usual number is added whether they are there or not, the latter as +0.0. Sums that began at +0.0 are
+/// never -0.0, so that changes none; some numbers are read behind the last delivery of all. With several pollutants it
+/// would be more work than a wrong guess.
+[[gnu::always_inline]] static inline void takeDeliveries(const Model& model, Node& node, const Visit& visit,
+                                                         int32_t pollutants) {
+    const int32_t usual = pollutants > 1 ? 0 : 3;
+    const double* __restrict delivery = model.deliveries.data() + int64_t{visit.firstIncoming} * (1 + pollutants);
+    double* __restrict massInflow = node.massInflow;
     double flow = node.newUpstreamFlow;
-    for (int32_t k = 0; k < visit.incomingCount; ++k) {
+    for (int32_t k = 0; k < usual; ++k) {
+        const uint64_t isThere = choose_getMask(k < visit.incomingCount);
+        flow += choose_orZero(isThere, delivery[0]);
+        for (int32_t p = 0; p < pollutants; ++p) {
+            massInflow[p] += choose_orZero(isThere, delivery[1 + p]);
+        }
+        delivery += 1 + pollutants;
+    }
+    for (int32_t k = usual; k < visit.incomingCount; ++k) {
         flow += delivery[0];
         for (int32_t p = 0; p < pollutants; ++p) {
-            node.massInflow[p] += delivery[1 + p];
+            massInflow[p] += delivery[1 + p];
         }
         delivery += 1 + pollutants;
     }
     node.newUpstreamFlow = flow;
+}
+
+/// New becomes old, as in node_shiftInflows and node_shiftQuality, unless that was done ahead of the visits.
+[[gnu::always_inline]] static inline void rollJunction(Node& node, bool isRolledAhead, int32_t pollutants) {
+    const uint64_t keeps = choose_getMask(isRolledAhead);
+    node.oldInflow = choose_first(keeps, node.oldInflow, node.newInflow);
+    node.oldLatFlow = choose_first(keeps, node.oldLatFlow, node.newLatFlow);
+    node.oldUpstreamFlow = choose_first(keeps, node.oldUpstreamFlow, node.newUpstreamFlow);
+    node.newLatFlow = choose_orZero(keeps, node.newLatFlow);
+    node.newUpstreamFlow = choose_orZero(keeps, node.newUpstreamFlow);
+    double* __restrict massInflow = node.massInflow;
+    double* __restrict oldQual = node.oldQual;
+    const double* __restrict newQual = node.newQual;  // the visit makes it anew
+    for (int32_t p = 0; p < pollutants; ++p) {
+        massInflow[p] = choose_orZero(keeps, massInflow[p]);
+        oldQual[p] = choose_first(keeps, oldQual[p], newQual[p]);
+    }
 }
 
 /// Adds what links deliver of which some are asked now.
@@ -238,12 +272,7 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
 /// Inflow and mix of a junction, and its statistics.
 [[gnu::always_inline]] static inline void stepJunction(Model& model, Node& node, const Visit& visit,
                                                        const VisitStep& step, int32_t pollutants) {
-    if (!visit.isRolledAhead) {
-        if (pollutants > 0) {
-            node_shiftQuality(model, node);
-        }
-        node_shiftInflows(node);
-    }
+    rollJunction(node, visit.roll != ROLL_IN_VISIT, pollutants);
     if (visit.isServed) {
         takeDeliveries(model, node, visit, pollutants);
     } else {
@@ -267,13 +296,14 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
     } else {
         stepJunction(model, node, visit, step, pollutants);
     }
-    const Offer offer{node.newInflow, node.newInflow, pollutants > 0 ? node.newQual : nullptr};
+    const double flow = node.newInflow;
+    const double* quality = pollutants > 0 ? node.newQual : nullptr;
     for (const VisitLink& link : visits_getOutgoing(model, visit)) {
         visits_fetchOutgoing(model, link, step);
         if (link.delivery >= 0) {
-            serving_serve(model, link, offer, step, pollutants);
+            serving_serve(model, link, {flow, flow, quality}, step, pollutants);
         } else {
-            linkkinds_update(model, link, offer, step);
+            linkkinds_update(model, link, {flow, flow, quality}, step);
         }
     }
 }
@@ -345,7 +375,7 @@ template <int32_t POLLUTANTS>
 /// A node of any kind but a junction.
 [[gnu::noinline]] static void visitStore(Model& model, const Visit& visit, const VisitStep& step) {
     Node& node = model.nodes[visit.node];
-    if (!visit.isRolledAhead) {
+    if (visit.roll == ROLL_IN_VISIT) {
         nodekinds_shiftState(model, node);
     }
     if (coupled_isKind(visit.kind)) {

@@ -1,7 +1,9 @@
 // The roll of the nodes from new to old. Most nodes roll in their visit, where they are in hand anyway. But what is
 // added to a node ahead of its visit is added to what the roll has emptied: so a node that gets water from the side
 // rolls at the start of the step, and so does one whose kind has a state of its own, which others may look at. Who that
-// is stands in the project, but for the nodes that a host has inflows for. The routing step calls this room.
+// is stands in the project, but for the nodes that a host has inflows for. A node to which nothing but dry-weather
+// inflow comes rolls together with that (inflows_applyDryWeather), which saves a way through memory. The routing step
+// calls this room.
 
 #include "routing/rolls.h"
 
@@ -33,8 +35,10 @@ void rolls_open(Model& model) {
     int32_t targets[2];
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         const Node& node = model.nodes[k];
-        if (visits_isRolledByKind(node.kind) || node.extInflow || node.dwfInflow) {
+        if (visits_isRolledByKind(node.kind) || node.extInflow) {
             listRestless(model, k);
+        } else if (node.dwfInflow) {
+            rest_forbidVisit(model, k);
         }
         const int32_t count = nodekinds_getDirectEdges(model, k, targets);
         for (int32_t t = 0; t < count; ++t) {
@@ -47,6 +51,7 @@ void rolls_open(Model& model) {
     for (const LidUnit& unit : model.lidUnits) {
         listOne(model, unit.drainNode);
     }
+    visits_listDryWeather(model);
 }
 
 /// Nodes that the host has something for are listed once they are met, and roll with the others from the next step on.
@@ -77,7 +82,7 @@ static void rollListed(Model& model) {
         if (SOME_REST && entries[k] >= 0 && rest_isVisitResting(model, entries[k])) {
             continue;  // it holds zeros alone
         }
-        if (k + AHEAD < entries.size()) {
+        if (!model.isOrderStraight && k + AHEAD < entries.size()) {
             prefetchRoll(model, entries[k + AHEAD], entries[k + AHEAD / 2]);
         }
         if (entries[k] < 0) {

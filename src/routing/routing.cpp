@@ -29,6 +29,15 @@
 
 // --- start and end -------------------------------------------------------------------------------------------------
 
+/// Lists the visits of the steps to come. Whoever lists them anew between two steps finds nothing on its way from one
+/// to the next, and takes back no rest that a visit wouldn't find again.
+static void listVisits(Model& model) {
+    visits_open(model);
+    rest_openVisits(model);
+    rolls_open(model);
+    model.areVisitsDue = false;
+}
+
 void routing_open(Model& model) {
     if (!nodekinds_startEngines(model)) {
         return;
@@ -42,9 +51,7 @@ void routing_open(Model& model) {
         return;
     }
     network_sortNodes(model);
-    visits_open(model);
-    rest_openVisits(model);
-    rolls_open(model);
+    listVisits(model);
 }
 
 void routing_close(Model& model) {
@@ -111,6 +118,9 @@ static void visitNodes(Model& model, const VisitStep& step) {
 }
 
 void routing_step(Model& model) {
+    if (model.areVisitsDue) {
+        listVisits(model);
+    }
     linkkinds_setTargets(model);
     rule_evaluate(model);
     linkkinds_applyTargets(model);
@@ -131,7 +141,7 @@ void routing_step(Model& model) {
     inflows_applyDryWeather(model, date);
 
     visitNodes(model, {fireTime, oldTime, static_cast<double>(model.options.routingStep), model_pollutantCount(model),
-                       rest_getKey(model)});
+                       rest_getKey(model), model.isOrderStraight});
 }
 
 // --- statistics ----------------------------------------------------------------------------------------------------

@@ -3,12 +3,17 @@
 
 #include "routing/visits.h"
 
+#include <algorithm>
+#include <utility>
+
 #include "coupling/coupled.h"
 #include "links/pipe.h"
 #include "model/model.h"
 #include "model/project.h"
 #include "model/topology.h"
+#include "nodes/inflows.h"
 #include "routing/network.h"
+#include "routing/visitorder.h"
 
 // --- lists ---------------------------------------------------------------------------------------------------------
 
@@ -31,9 +36,10 @@ static void listVisits(Model& model) {
     model.visits.reserve(model.nodes.size());
     model.incomingVisits.reserve(model.links.size());
     model.outgoingVisits.reserve(model.links.size());
+    const Table<int32_t> order = visitorder_make(model);
     int32_t firstOfNode0 = model.nodes.size();
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
-        const int32_t node = model.sortedNodes[k];
+        const int32_t node = order[k];
         if (node == 0 && firstOfNode0 < k) {
             model.visits.push_back(model.visits[firstOfNode0]);
             continue;
@@ -41,7 +47,7 @@ static void listVisits(Model& model) {
         firstOfNode0 = node == 0 ? k : firstOfNode0;
         const LinkList incoming = topology_getIncoming(model, node);
         const LinkList outgoing = topology_getOutgoing(model, node);
-        model.visits.push_back({node, static_cast<int8_t>(model.nodes[node].kind), false, false, false,
+        model.visits.push_back({node, static_cast<int8_t>(model.nodes[node].kind), false, ROLL_IN_VISIT, false,
                                 model.incomingVisits.size(), incoming.count, model.outgoingVisits.size(),
                                 outgoing.count});
         addVisitLinks(model, model.incomingVisits, incoming);
@@ -112,7 +118,7 @@ static void placeDeliveries(Model& model) {
     for (VisitLink& link : model.outgoingVisits) {
         link.delivery = link.kind >= 0 ? deliveries[link.link] : -1;
     }
-    const int64_t count = getDeliveryPlace(model, model.incomingVisits.size());
+    const int64_t count = getDeliveryPlace(model, model.incomingVisits.size());  // with those that only fill up
     model.deliveries.rows.assign(static_cast<size_t>(count), 0.0);
 }
 
@@ -144,22 +150,59 @@ static void listAllAhead(Model& model) {
         model.nodesRolledAhead.push_back(visits_getRolled(k, model.nodes[k].kind));
     }
     for (Visit& visit : model.visits) {
-        visit.isRolledAhead = true;
+        visit.roll = ROLL_AHEAD;
     }
+}
+
+/// A node that rolls ahead does so no more with its dry-weather inflow, which would take away what has come by then.
+static void forgetDryWeather(Model& model, int32_t node) {
+    const auto entry = std::lower_bound(model.nodesWithDryWeather.begin(), model.nodesWithDryWeather.end(), node,
+                                        [](const DryWeatherNode& row, int32_t wanted) { return row.node < wanted; });
+    entry->isRolledHere = false;
 }
 
 bool visits_listAhead(Model& model, int32_t node) {
     const int32_t place = model.visitsByNode[node];
-    if (place < 0 || model.visits[place].isRolledAhead) {
+    if (place < 0 || model.visits[place].roll == ROLL_AHEAD) {
         return false;
     }
-    model.visits[place].isRolledAhead = true;
-    model.nodesRolledAhead.push_back(visits_getRolled(node, model.visits[place].kind));
+    Visit& visit = model.visits[place];
+    if (visit.roll == ROLL_WITH_DRY_WEATHER) {
+        forgetDryWeather(model, node);
+    }
+    visit.roll = ROLL_AHEAD;
+    model.nodesRolledAhead.push_back(visits_getRolled(node, visit.kind));
     return true;
+}
+
+void visits_listDryWeather(Model& model) {
+    for (DryWeatherNode& entry : model.nodesWithDryWeather) {
+        const int32_t place = model.visitsByNode[entry.node];
+        entry.isRolledHere = place >= 0 && model.visits[place].roll == ROLL_IN_VISIT;
+        if (entry.isRolledHere) {
+            model.visits[place].roll = ROLL_WITH_DRY_WEATHER;
+        }
+    }
+}
+
+/// Whether nearly all visits go on in the tables of nodes and pipes not far behind the one before. Memory is asked for
+/// without a look at the visits ahead then, or not at all.
+static bool isStraight(const Model& model) {
+    static constexpr int32_t NEAR = 8, SHARE = 16;
+    const auto isJump = [](int32_t from, int32_t to) { return to < from || to - from > NEAR; };
+    int32_t jumps = 0, lastNode = 0, lastPipe = 0;
+    for (const Visit& visit : model.visits) {
+        jumps += isJump(std::exchange(lastNode, visit.node), visit.node) ? 1 : 0;
+    }
+    for (const VisitLink& link : model.outgoingVisits) {
+        jumps += link.kind == PIPE && isJump(std::exchange(lastPipe, link.kindIndex), link.kindIndex) ? 1 : 0;
+    }
+    return jumps <= model.visits.size() / SHARE;
 }
 
 void visits_open(Model& model) {
     listVisits(model);
+    model.isOrderStraight = isStraight(model);
     notePlaces(model);
     placeDeliveries(model);
     divideStatistics(model);

@@ -27,13 +27,16 @@ struct VisitLinkList {
     const VisitLink* end() const { return first + count; }
 };
 
+/// When the node of a visit rolls: in the visit, when its dry-weather inflow comes, or ahead of all that comes to it.
+enum VisitRoll : int8_t { ROLL_IN_VISIT, ROLL_WITH_DRY_WEATHER, ROLL_AHEAD };
+
 /// One visit of a step.
 struct Visit {
     int32_t node;
-    int8_t kind;         ///< NodeKind
-    bool isCounted;      ///< the visit makes the statistics of the node
-    bool isRolledAhead;  ///< the node has rolled before the visits
-    bool isServed;       ///< all that its links bring stands in the deliveries
+    int8_t kind;     ///< NodeKind
+    bool isCounted;  ///< the visit makes the statistics of the node
+    int8_t roll;     ///< VisitRoll
+    bool isServed;   ///< all that its links bring stands in the deliveries
     int32_t firstIncoming, incomingCount;
     int32_t firstOutgoing, outgoingCount;
 };
@@ -51,6 +54,7 @@ struct VisitStep {
     double dt;            ///< s
     int32_t pollutants;   ///< how many
     int32_t restKey;      ///< of what may rest in this step; -1 if nothing may
+    bool isStraight;      ///< the visits go through the tables from front to back
 };
 
 /// Lists the visits of a run in the order of the nodes.
@@ -82,15 +86,28 @@ void visits_close(Model& model);
 /// that was known.
 [[nodiscard]] bool visits_listAhead(Model& model, int32_t node);
 
+/// Lets the nodes to which nothing comes but dry-weather inflow roll when that does.
+void visits_listDryWeather(Model& model);
+
 // --- memory ahead --------------------------------------------------------------------------------------------------
 
 // How far ahead of its visit a record is asked for, and how far what it points to: in nodes, and in links.
 constexpr ptrdiff_t VISIT_NODES_FAR = 12, VISIT_NODES_NEAR = 5;
 constexpr ptrdiff_t VISIT_LINKS_FAR = 16, VISIT_LINKS_NEAR = 7;
 
+/// The same in rows of the tables where the visits go straight: nobody needs to look there who will come by. With
+/// pollutants a visit takes so long that the processor is ahead of it by itself.
+constexpr uintptr_t VISIT_ROWS_FAR = 12;
+
 /// Asks for the memory that visits soon behind this one will need; `lastAhead` is the last
 /// one with so many behind it.
 inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visit* lastAhead, const VisitStep& step) {
+    if (step.isStraight) {
+        if (step.pollutants == 0) {
+            prefetch_line(prefetch_getFar(model.nodes[visit.node], VISIT_ROWS_FAR));
+        }
+        return;
+    }
     if (&visit > lastAhead) {
         return;
     }
@@ -106,6 +123,15 @@ inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visi
 void visits_fetchIncoming(const Model& model, const VisitLink& link);
 
 inline void visits_fetchOutgoing(const Model& model, const VisitLink& link, const VisitStep& step) {
+    if (step.isStraight) {
+        if (step.pollutants == 0 && link.kind == PIPE) {
+            const Pipe* pipe = prefetch_getFar(model.pipes[link.kindIndex], VISIT_ROWS_FAR);
+            prefetch_line(pipe);
+            prefetch_line(&pipe->storage);
+            prefetch_line(prefetch_getFar(model.links[link.link], VISIT_ROWS_FAR));
+        }
+        return;
+    }
     const VisitLink& far = (&link)[VISIT_LINKS_FAR];
     if (far.kind == PIPE) {
         prefetch_line(&model.pipes[far.kindIndex]);

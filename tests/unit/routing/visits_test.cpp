@@ -199,6 +199,83 @@ TEST(Statistics, OfEveryKindOfObjectAreThoseOfTheStateBehindEachStep) {
     EXPECT_GT(project.node("T").statInflowVolume, 0.0);
 }
 
+// --- what comes to a node ------------------------------------------------------------------------------------------
+
+/// Junctions J0 to J5 that as many pipes enter as their numbers say, each from a head of its own.
+static std::string makeStars(int pollutants) {
+    std::string heads = "[JUNCTIONS]\n", pipes = "[OUTFALLS]\nO\n[PIPES]\n", flows = "[DWFS]\n", quality;
+    int count = 0;
+    for (int k = 0; k < 6; ++k) {
+        const std::string node = "J" + std::to_string(k);
+        heads += node + "\n";
+        pipes += "P" + node + " " + node + " O NO 60 1 0 0\n";
+        for (int i = 0; i < k; ++i) {
+            const std::string name = std::to_string(count++);
+            heads += "H" + name + "\n";
+            pipes += "Q" + name + " H" + name + " " + node + " NO 60 1 0 0\n";
+            flows += "H" + name + " FLOW 0." + std::to_string(137 + 61 * count) + " \"\"\n";
+            for (int p = 0; p < pollutants; ++p) {
+                flows += "H" + name + " X" + std::to_string(p) + " " + std::to_string(3 + count * (p + 7)) + " \"\"\n";
+            }
+        }
+    }
+    for (int p = 0; p < pollutants; ++p) {
+        quality += "X" + std::to_string(p) + " 0\n";
+    }
+    return getGeneral(30) + "[POLLUTANTS]\n" + quality + heads + pipes + flows;
+}
+
+/// What the pipes deliver into a node in the last step, added up in the order of the file: flow and loads.
+static std::vector<double> addUpDeliveries(const Model& model, int32_t node) {
+    std::vector<double> sums(static_cast<size_t>(1 + model_pollutantCount(model)), 0.0);
+    for (const Link& link : model.links) {
+        if (link.toNode == node) {
+            std::vector<double> loads(sums.size() - 1, 0.0);
+            sums[0] += pipe_deliver(model, link, model.pipes[link.kindIndex], model.clock.oldRoutingTime, loads.data());
+            for (size_t p = 0; p < loads.size(); ++p) {
+                sums[1 + p] += loads[p];
+            }
+        }
+    }
+    return sums;
+}
+
+TEST(Deliveries, OfAnyNumberOfPipesAreAddedInTheOrderOfTheFile) {
+    for (const int pollutants : {0, 1, 2, 5}) {
+        StartedProject m(makeStars(pollutants));
+        for (int step = 0; step < 20; ++step) {
+            m.step();
+            for (int k = 0; k < 6; ++k) {
+                const Node& node = m.node(("J" + std::to_string(k)).c_str());
+                const auto index = static_cast<int32_t>(&node - testModel().nodes.data());
+                std::vector<double> came{node.newUpstreamFlow};
+                came.insert(came.end(), node.massInflow, node.massInflow + pollutants);
+                ASSERT_EQ(came, addUpDeliveries(testModel(), index)) << k << " pipes, step " << step;
+            }
+        }
+        EXPECT_GT(m.node("J5").newUpstreamFlow, 1.0);
+    }
+}
+
+TEST(Deliveries, OfAHostComeOnTopOfADryWeatherInflow) {
+    StartedProject m(getGeneral(30) + "[POLLUTANTS]\nX 0\n" +
+                     "[JUNCTIONS]\nX\n[OUTFALLS]\nOUT\n"
+                     "[PIPES]\nP X OUT NO 120 1 0 0\n[DWFS]\nX FLOW 0.25 \"\"\nX X 8 \"\"\n");
+    m.step();
+    ASSERT_EQ(m.node("X").newLatFlow, 0.25);
+    ASSERT_EQ(tarnvelde_setExtInflow("X", 0.5), 0);
+    ASSERT_EQ(tarnvelde_setExtLoad("X", "X", 0.5), 0);  // works for a node with the name of a pollutant
+    m.step();
+    EXPECT_EQ(m.node("X").newLatFlow, 0.75);
+    EXPECT_EQ(m.node("X").oldLatFlow, 0.25);
+    EXPECT_EQ(m.node("X").massInflow[0], 0.5 + 8.0 * 0.25 / 1000.0);
+    m.step();
+    EXPECT_EQ(m.node("X").newLatFlow, 0.25);
+    EXPECT_EQ(m.node("X").oldLatFlow, 0.75);
+    EXPECT_EQ(m.node("X").massInflow[0], 8.0 * 0.25 / 1000.0);
+    EXPECT_EQ(m.node("X").oldQual[0], (0.5 + 8.0 * 0.25 / 1000.0) / 0.75 * 1000.0);
+}
+
 // --- node 0 again --------------------------------------------------------------------------------------------------
 
 TEST(NodeOrder, VisitsNodeZeroInThePlaceOfANodeThatIsNeverReached) {
