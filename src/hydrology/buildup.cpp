@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include "hydrology/landuse.h"
 #include "model/model.h"
@@ -358,16 +359,16 @@ void buildup_beginStep(const Model& model, BuildupScratch& scratch) {
 
 void buildup_endDryStep(Model& model, const std::vector<uint8_t>& hasGrown) {
     BuildupRules& rules = *model.buildupRules;
-    size_t kept = 0;
+    std::vector<BuildupColumn> kept;
     for (size_t c = 0; c < rules.columns.size(); ++c) {
         if (hasGrown[c] || rules.columns[c].isCounted) {
-            rules.columns[kept++] = rules.columns[c];
+            kept.push_back(rules.columns[c]);
         }
     }
-    if (kept == rules.columns.size() || model.pace.isPlain) {
+    if (kept.size() == rules.columns.size() || model.pace.isPlain) {
         return;
     }
-    rules.columns.resize(kept);
+    rules.columns = std::move(kept);
     rules.isCut = true;
     takeRules(model, rules);
     findAreas(model, rules);

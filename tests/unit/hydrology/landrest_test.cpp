@@ -297,7 +297,10 @@ TEST_F(LandAtRest, LeavesTheBuildupsAloneThatNothingTakesFrom) {
     ASSERT_EQ(tv_setSkipping(skipping, 0), TV_OK);
     step(30);
     EXPECT_EQ(rules.columns.size(), 2u);
-    EXPECT_EQ(plainLand().buildupRules->columns.size(), 2u);
+    ASSERT_EQ(plainLand().buildupRules->columns.size(), 2u);
+    EXPECT_EQ(plainLand().buildupRules->columns[0].pollutant, 0);
+    EXPECT_EQ(plainLand().buildupRules->columns[1].pollutant, 1);
+    EXPECT_NEAR(plainLand().subcatches[0].landShares[0].buildup[1], 5.0 * (1.0 - std::exp(-155.0 / 288.0)), 1e-9);
 }
 
 // A rain that falls anywhere leaves open whether the buildup there has come to its end.
