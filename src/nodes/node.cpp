@@ -55,13 +55,3 @@ void node_addDelivery(const Model& model, Node& node, double flow, const double*
         node.massInflow[p] += quality[p] * flow / G_PER_KG;
     }
 }
-
-void node_mixInflow(const Model& model, Node& node) {
-    const double inflow = node.newInflow;
-    const double* __restrict massInflow = node.massInflow;
-    double* __restrict newQual = node.newQual;
-    const int32_t pollutants = model_pollutantCount(model);
-    for (int32_t p = 0; p < pollutants; ++p) {
-        newQual[p] = inflow != 0.0 ? massInflow[p] / inflow * G_PER_KG : 0.0;
-    }
-}

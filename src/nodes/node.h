@@ -11,6 +11,7 @@
 
 #include "model/project.h"
 #include "text/tokens.h"
+#include "text/units.h"
 
 struct Model;
 
@@ -38,5 +39,12 @@ void node_shiftQuality(const Model& model, Node& node);
 /// Adds what a link delivers to a node in a step: a flow (m3/s) with its concentrations (mg/L).
 void node_addDelivery(const Model& model, Node& node, double flow, const double* quality);
 
-/// Mixes all loads of the step into the inflow: the concentrations of a node without storage.
-void node_mixInflow(const Model& model, Node& node);
+/// Mixes the loads of so many pollutants into the inflow of the step: the concentrations of a node without storage.
+inline void node_mixInflow(Node& node, int32_t pollutants) {
+    const double inflow = node.newInflow;
+    const double* __restrict massInflow = node.massInflow;
+    double* __restrict newQual = node.newQual;
+    for (int32_t p = 0; p < pollutants; ++p) {
+        newQual[p] = inflow != 0.0 ? massInflow[p] / inflow * G_PER_KG : 0.0;
+    }
+}

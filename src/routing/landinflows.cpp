@@ -29,14 +29,17 @@ static void addToNode(Model& model, int32_t index, double f) {
     if (nodekinds_takeRunoff(model, node, index, flow)) {
         return;  // an outside model took the water, and no load
     }
+    const double dt = model.options.routingStep;
     node.newLatFlow += flow;
-    model.totals.flow.wetWeatherInflow += model.options.routingStep * flow;
+    model.totals.flow.wetWeatherInflow += dt * flow;
     uint64_t given = still_getBits(flow);
-    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
+    QualTotalsRecord* totals = model.totals.quality;
+    const int32_t pollutants = model_pollutantCount(model);
+    for (int32_t p = 0; p < pollutants; ++p) {
         const double load =
             (1.0 - f) * s.lastRunoff * s.lastQuality[p] / G_PER_KG + f * s.thisRunoff * s.thisQuality[p] / G_PER_KG;
         node.massInflow[p] += load;
-        model.totals.quality[p].wetWeatherInflow += model.options.routingStep * load;
+        totals[p].wetWeatherInflow += dt * load;
         given |= still_getBits(load);
     }
     wakeGiven(model, s.outNode, given);

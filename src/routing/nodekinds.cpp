@@ -280,7 +280,7 @@ static bool isAtRest(const Model& model, const Node& node, const Visit& visit, c
     }
     node.newInflow = node.newLatFlow + node.newUpstreamFlow;
     if (pollutants > 0) {
-        node_mixInflow(model, node);
+        node_mixInflow(node, pollutants);
     }
     if (visit.isCounted) {
         statistics_countNode(node, step.dt);
@@ -312,7 +312,7 @@ static void visitSplitter(Model& model, Node& node, const Visit& visit, const Vi
     Splitter& splitter = model.splitters[node.kindIndex];
     splitter_divide(splitter, node.newInflow);
     splitter.statVolume += model.options.routingStep * splitter.newFlow;
-    node_mixInflow(model, node);
+    node_mixInflow(node, model_pollutantCount(model));
     for (const VisitLink& link : visits_getOutgoing(model, visit)) {
         const double flow = splitter_getFlow(splitter, node.newInflow, link.link);
         visits_fetchOutgoing(model, link, step);
@@ -386,7 +386,7 @@ template <int32_t POLLUTANTS>
     }
     switch (visit.kind) {
         case TANK: tank_update(model, node, model.tanks[node.kindIndex]); break;
-        case OUTFALL: node_mixInflow(model, node); break;
+        case OUTFALL: node_mixInflow(node, model_pollutantCount(model)); break;
         case SPLITTER: visitSplitter(model, node, visit, step); break;
         case REACTOR: visitReactor(model, node, visit, step); break;
         case LID_MONO: visitLidMono(model, node, visit, step); break;
