@@ -228,7 +228,7 @@ struct HostRequests {
 /// somebody else than a step may have written to the land or to the network: a start, a host, a restored state. What an
 /// object has found out about itself and keeps - that it rests, a power - holds as long as they stand.
 struct Pace {
-    int32_t threadCount = 1;  ///< that share the work on the land
+    int32_t threadCount = 1;  ///< that share the work on the land and on rows of results
     bool isPlain = false;     ///< works out every step of every object, also where nothing can change
     uint64_t landChanges = 1;
     uint64_t networkChanges = 1;

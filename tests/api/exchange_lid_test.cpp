@@ -11,7 +11,7 @@ namespace {
 
 constexpr double DT = 60.0;
 constexpr double AREA = 100.0;
-constexpr double MM_PER_HOUR = 1.0 / 3600000.0;  ///< in m/s
+constexpr double ONE_MM_PER_HOUR = 1.0 / 3600000.0;  ///< in m/s
 
 /// A started run of node M with a control, between a junction and an outfall.
 struct Mono {
@@ -56,9 +56,9 @@ struct Mono {
 TEST(ResultsOfLids, Trench) {
     Mono mono("CELL IT\nCELL SURFACE 100 0.2 0.1 1 0\nCELL STORAGE 1000 1 36\nCELL DRAIN 10 1 200\n", "* 100 0 60 25",
               "[EVAPORATION]\nCONSTANT 86.4\n");
-    const double seepage = 36.0 * MM_PER_HOUR;
+    const double seepage = 36.0 * ONE_MM_PER_HOUR;
     const double evaporation = 0.0864 / 86400.0;
-    const double firstDrain = 10.0 * 400.0 * MM_PER_HOUR;
+    const double firstDrain = 10.0 * 400.0 * ONE_MM_PER_HOUR;
     Mono::step(0.0, 0.0);
     const double level = 0.6 - DT * (seepage + evaporation + firstDrain) / 0.5;
     EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_EVAPORATION), 86.4, 1e-9);   // mm/day
@@ -70,7 +70,7 @@ TEST(ResultsOfLids, Trench) {
 
     // Water comes in, and then nothing evaporates from below. Three quarters pass the trench by.
     Mono::step(0.12, 0.08);
-    const double secondDrain = 10.0 * (level - 0.2) * 1000.0 * MM_PER_HOUR;
+    const double secondDrain = 10.0 * (level - 0.2) * 1000.0 * ONE_MM_PER_HOUR;
     const double through = 0.25 * 0.2 / AREA;
     EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_INFLOW), 0.2, 1e-15);
     EXPECT_EQ(Mono::told(TARNVELDE_RESULT_LID_MONOMER_LATERAL_INFLOW), 0.08);
@@ -88,10 +88,11 @@ TEST(ResultsOfLids, Pavement) {
     Mono mono("CELL PP\nCELL SURFACE 5 0.1 0.1 1 0\nCELL PAVEMENT 150 1 36\nCELL STORAGE 500 1 3.6\n",
               "* 100 0 100 100");
     Mono::step(0.0, 0.01);
-    const double rise = DT * (0.01 / AREA - 36.0 * MM_PER_HOUR);  // 5.4 mm, of a pavement without regard to plants
+    const double rise = DT * (0.01 / AREA - 36.0 * ONE_MM_PER_HOUR);  // 5.4 mm, of a pavement without regard to plants
     EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_SURFACE_FLOW), (rise - 0.005) * 0.9 / DT * AREA, 1e-12);
     EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_SURFACE_DEPTH), 0.005, 1e-15);
-    EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_PAVEMENT_DEPTH), DT * (36.0 - 3.6) * MM_PER_HOUR / 0.5, 1e-12);
+    EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_PAVEMENT_DEPTH), DT * (36.0 - 3.6) * ONE_MM_PER_HOUR / 0.5,
+                1e-12);
     EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_STORAGE_DEPTH), 0.5, 1e-15);
     EXPECT_NEAR(Mono::told(TARNVELDE_RESULT_LID_MONOMER_EXFILTRATION), 3.6, 1e-9);
     EXPECT_EQ(Mono::told(TARNVELDE_RESULT_LID_MONOMER_SOIL_MOISTURE), 0.0);
@@ -102,7 +103,7 @@ TEST(ResultsOfLids, Pavement) {
 TEST(ResultsOfLids, SurfaceAndSoilOfACell) {
     Mono mono("CELL BC\nCELL SURFACE 150 0.1 0.1 1 0\nCELL SOIL 500 0.45 0.2 0.1 36 10\nCELL STORAGE 300 1 0\n",
               "* 100 0 20 100", "[POLLUTANTS]\nM 0\nX 0\n");
-    const double infiltration = 36.0 * MM_PER_HOUR;
+    const double infiltration = 36.0 * ONE_MM_PER_HOUR;
     const double mass = 0.004 * DT;  // kg
     Mono::step(0.0, 0.1, 0.004);
     const double level = DT * (0.1 / AREA - infiltration) / 0.9;

@@ -83,4 +83,4 @@ protected:
 };
 
 /// mm/h in m/s.
-constexpr double MM_PER_HOUR = 1.0 / 3600000.0;
+constexpr double ONE_MM_PER_HOUR = 1.0 / 3600000.0;

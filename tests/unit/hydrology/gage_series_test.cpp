@@ -117,8 +117,8 @@ TEST_F(GageSeriesTest, GageOfALidNodeAloneAndAnotherMissWhatTheOtherHasRead) {
     for (size_t k = 0; k < 5; ++k) {
         gage_advance(testModel(),
                      datetime_addSeconds(testModel().options.startDateTime, 300.0 * static_cast<double>(k)));
-        EXPECT_NEAR(testModel().gages[0].rain / MM_PER_HOUR, ofU[k], 1e-12) << "U, period " << k;
-        EXPECT_NEAR(testModel().gages[1].rain / MM_PER_HOUR, ofG[k], 1e-12) << "G, period " << k;
+        EXPECT_NEAR(testModel().gages[0].rain / ONE_MM_PER_HOUR, ofU[k], 1e-12) << "U, period " << k;
+        EXPECT_NEAR(testModel().gages[1].rain / ONE_MM_PER_HOUR, ofG[k], 1e-12) << "G, period " << k;
     }
 }
 

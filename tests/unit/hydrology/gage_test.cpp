@@ -25,7 +25,7 @@ protected:
     /// Rain of the first gage at a time, mm/h, by a walk forward.
     static double rainAt(DateTime date) {
         gage_advance(testModel(), date);
-        return testModel().gages[0].rain / MM_PER_HOUR;
+        return testModel().gages[0].rain / ONE_MM_PER_HOUR;
     }
 
     void openSeries(const std::string& series, const std::string& gage = "G INTENSITY 0:05 T\n") {
@@ -196,7 +196,7 @@ TEST_F(GageTest, UnusedGageIsNeverAdvanced) {
     project.series += "T2 0:00 6\n";
     ASSERT_EQ(start(project), 0);
     runToEnd();
-    EXPECT_NEAR(testModel().gages[0].rain / MM_PER_HOUR, 6.0, 1e-12);
+    EXPECT_NEAR(testModel().gages[0].rain / ONE_MM_PER_HOUR, 6.0, 1e-12);
     EXPECT_EQ(testModel().gages[1].rain, 0.0);
 }
 
@@ -239,7 +239,8 @@ TEST_F(GageTest, TwoUnlinkedGagesOnOneSeriesEatEachOthersEntries) {
     openSeries("T 0:00 1\nT 0:10 2\nT 0:20 3\n", "G INTENSITY 0:05 T\nH INTENSITY 0:05 T\n");
     gage_initRain(testModel(), 1);
     EXPECT_EQ(gage_nextRain(testModel(), 0), 1);
-    EXPECT_NEAR(testModel().gages[0].nextRain / MM_PER_HOUR, 3.0, 1e-12) << "the second entry went to the other gage";
+    EXPECT_NEAR(testModel().gages[0].nextRain / ONE_MM_PER_HOUR, 3.0, 1e-12)
+        << "the second entry went to the other gage";
 }
 
 /// Rain of a whole run (mm) over a gage, worked out from the depths of its entries.
@@ -283,7 +284,7 @@ TEST_F(GageTest, LaterGageInUseFollowsTheFirstOnItsSeries) {
     }
     gage_advance(testModel(), at(0, 6));
     EXPECT_EQ(testModel().gages[2].rain, testModel().gages[1].rain);
-    EXPECT_NEAR(testModel().gages[2].rain / MM_PER_HOUR, 24.0, 1e-12) << "by the interval of the leader";
+    EXPECT_NEAR(testModel().gages[2].rain / ONE_MM_PER_HOUR, 24.0, 1e-12) << "by the interval of the leader";
 }
 
 TEST_F(GageTest, FollowersMayNotDifferInFormat) {
@@ -327,9 +328,9 @@ TEST_F(GageTest, ReportRainLooksASecondAhead) {
     openSeries("T 0:00 12\nT 0:05 24\n");
     gage_advance(testModel(), at(0, 4));
     gage_setReportRain(testModel(), at(0, 4));
-    EXPECT_NEAR(testModel().gages[0].reportRain / MM_PER_HOUR, 12.0, 1e-12);
+    EXPECT_NEAR(testModel().gages[0].reportRain / ONE_MM_PER_HOUR, 12.0, 1e-12);
     gage_setReportRain(testModel(), at(0, 5));
-    EXPECT_NEAR(testModel().gages[0].reportRain / MM_PER_HOUR, 24.0, 1e-12)
+    EXPECT_NEAR(testModel().gages[0].reportRain / ONE_MM_PER_HOUR, 24.0, 1e-12)
         << "where one period ends and the next begins";
     gage_advance(testModel(), at(0, 9));
     gage_setReportRain(testModel(), at(0, 10));
@@ -349,9 +350,9 @@ TEST_F(GageTest, ReportRainServesUnusedGagesAndFollowers) {
     project.subcatchs += "R H O 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n";
     ASSERT_EQ(start(project), 0);
     gage_setReportRain(testModel(), at(0, 1));
-    EXPECT_NEAR(testModel().gages[0].reportRain / MM_PER_HOUR, 6.0, 1e-12);
+    EXPECT_NEAR(testModel().gages[0].reportRain / ONE_MM_PER_HOUR, 6.0, 1e-12);
     EXPECT_EQ(testModel().gages[2].reportRain, testModel().gages[1].reportRain);
-    EXPECT_NEAR(testModel().gages[1].reportRain / MM_PER_HOUR, 12.0, 1e-12);
+    EXPECT_NEAR(testModel().gages[1].reportRain / ONE_MM_PER_HOUR, 12.0, 1e-12);
 }
 
 // --- events --------------------------------------------------------------------------------------------------------

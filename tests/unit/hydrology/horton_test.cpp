@@ -14,7 +14,7 @@ namespace {
 
 /// Horton's law with an unlimited supply.
 struct Horton {
-    double f0 = 50.0 * MM_PER_HOUR, fmin = 5.0 * MM_PER_HOUR, decay = 4.0 / 3600.0, recovery = 1.5e-5;
+    double f0 = 50.0 * ONE_MM_PER_HOUR, fmin = 5.0 * ONE_MM_PER_HOUR, decay = 4.0 / 3600.0, recovery = 1.5e-5;
     double time = 0.0, volume = 0.0;
 
     double rate(double available, double dt, double maxVolume = 0.0) {

@@ -149,7 +149,7 @@ protected:
     }
 
     void rainOn(double mmPerHour) {
-        testModel().gages[0].rain = mmPerHour * MM_PER_HOUR;
+        testModel().gages[0].rain = mmPerHour * ONE_MM_PER_HOUR;
         volumes = runoff_stepWater(testModel(), 0, 0, testModel().options.runoffStep);
     }
 
@@ -170,9 +170,9 @@ TEST_F(WaterTest, BalancesToRoundingBelowTheStorage) {
     for (int32_t k = 0; k < 1000; ++k) {
         const double before = ponded();
         const double wet = k % 3 ? rain(random) : 0.0;
-        testModel().evap->rate = evap(random) * MM_PER_HOUR;
+        testModel().evap->rate = evap(random) * ONE_MM_PER_HOUR;
         rainOn(wet);
-        const double in = wet * MM_PER_HOUR * s->area * 300.0;
+        const double in = wet * ONE_MM_PER_HOUR * s->area * 300.0;
         const double out = volumes.evap + volumes.infil + volumes.surfaceOutflow;
         ASSERT_NEAR(in - out, ponded() - before, 1e-9);
         ASSERT_EQ(s->thisRunoff, 0.0);
@@ -189,7 +189,7 @@ TEST_F(WaterTest, FlowBalancesBetterWithASmallerStep) {
         for (int32_t t = 0; t < 7200; t += step) {
             const double rain = t < 3600 ? 30.0 : 0.0;
             rainOn(rain);
-            in += rain * MM_PER_HOUR * s->area * step;
+            in += rain * ONE_MM_PER_HOUR * s->area * step;
             out += s->thisRunoff * step;
         }
         return std::fabs(in - out - ponded()) / in;
@@ -200,24 +200,24 @@ TEST_F(WaterTest, FlowBalancesBetterWithASmallerStep) {
 }
 
 TEST_F(WaterTest, EvaporationTakesNoMoreThanThereIs) {
-    testModel().evap->rate = 100.0 * MM_PER_HOUR;
+    testModel().evap->rate = 100.0 * ONE_MM_PER_HOUR;
     rainOn(6.0);
-    EXPECT_NEAR(volumes.evap, 6.0 * MM_PER_HOUR * s->area * 300.0, 1e-12);
+    EXPECT_NEAR(volumes.evap, 6.0 * ONE_MM_PER_HOUR * s->area * 300.0, 1e-12);
     EXPECT_EQ(s->imperviousDepth, 0.0);
-    EXPECT_NEAR(s->evapRate, 6.0 * MM_PER_HOUR, 1e-18);
+    EXPECT_NEAR(s->evapRate, 6.0 * ONE_MM_PER_HOUR, 1e-18);
 }
 
 TEST_F(WaterTest, NegativeEvaporationWets) {
-    testModel().evap->rate = -6.0 * MM_PER_HOUR;
+    testModel().evap->rate = -6.0 * ONE_MM_PER_HOUR;
     rainOn(0.0);
-    EXPECT_NEAR(s->imperviousDepth, 6.0 * MM_PER_HOUR * 300.0, 1e-15);
-    EXPECT_NEAR(s->evapRate, -6.0 * MM_PER_HOUR, 1e-18);
+    EXPECT_NEAR(s->imperviousDepth, 6.0 * ONE_MM_PER_HOUR * 300.0, 1e-15);
+    EXPECT_NEAR(s->evapRate, -6.0 * ONE_MM_PER_HOUR, 1e-18);
 }
 
 TEST_F(WaterTest, VolumesAreThoseOfTheStep) {
     s->imperviousDepth = 0.001;
     s->perviousDepth = 0.003;
-    testModel().evap->rate = 0.36 * MM_PER_HOUR;
+    testModel().evap->rate = 0.36 * ONE_MM_PER_HOUR;
     rainOn(12.0);
     // 1 mm on half of the hectare, 3 mm on the other, 1 mm of rain.
     EXPECT_NEAR(volumes.wetInflow, 5.0 + 15.0 + 10.0, 1e-9);
@@ -235,11 +235,11 @@ TEST_F(WaterTest, EitherPartDrainsOverTheWholeWidth) {
     HortonState state{};
     SlopeRoot root{};
     SheetPower imperviousSheet{}, perviousSheet{};
-    const double avail = 0.02 / 300.0 + 12.0 * MM_PER_HOUR;
+    const double avail = 0.02 / 300.0 + 12.0 * ONE_MM_PER_HOUR;
     const double infil = horton_getRate(s->soil, state, avail, 300.0);
-    const double q1 = plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 5000.0, 100.0, 0.01, 0.015}, impervious,
+    const double q1 = plane_drain({12.0 * ONE_MM_PER_HOUR, 0.0, 0.0, 0.001, 5000.0, 100.0, 0.01, 0.015}, impervious,
                                   imperviousSheet, root, 300.0);
-    const double q2 = plane_drain({12.0 * MM_PER_HOUR, 0.0, infil, 0.002, 5000.0, 100.0, 0.01, 0.1}, pervious,
+    const double q2 = plane_drain({12.0 * ONE_MM_PER_HOUR, 0.0, infil, 0.002, 5000.0, 100.0, 0.01, 0.1}, pervious,
                                   perviousSheet, root, 300.0);
     testModel().evap->rate = 0.0;
     rainOn(12.0);
@@ -258,7 +258,7 @@ TEST_F(WaterTest, SlopeSetInTheRunCountsAtOnce) {
     SlopeRoot root{};
     SheetPower sheet{};
     const double flow =
-        plane_drain({12.0 * MM_PER_HOUR, 0.0, 0.0, 0.001, 10000.0, 100.0, 0.09, 0.015}, depth, sheet, root, 300.0);
+        plane_drain({12.0 * ONE_MM_PER_HOUR, 0.0, 0.0, 0.001, 10000.0, 100.0, 0.09, 0.015}, depth, sheet, root, 300.0);
     EXPECT_DOUBLE_EQ(s->thisRunoff, flow);
 }
 

@@ -79,9 +79,9 @@ TEST_F(OutletTest, OutsideModelIsInNoTotal) {
 }
 
 TEST_F(OutletTest, RowHoldsRatesInTheUnitsOfResults) {
-    testModel().gages[0].reportRain = 12.0 * MM_PER_HOUR;
+    testModel().gages[0].reportRain = 12.0 * ONE_MM_PER_HOUR;
     s->evapRate = 2.0 / 86400000.0;
-    s->infilRate = 5.0 * MM_PER_HOUR;
+    s->infilRate = 5.0 * ONE_MM_PER_HOUR;
     float row[5];
     rows_fill(testModel(), SUBCATCH_TABLE, 0, 0.25, row);
     EXPECT_FLOAT_EQ(row[0], 12.0F);
