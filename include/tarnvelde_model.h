@@ -359,8 +359,9 @@ TV_API int32_t tv_getClock(const tv_model* model, tv_clock* clock);
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* How many threads share the work on the land, and on rows of results: 1 at first, at most TV_MAX_THREADS. The results
- * are the same to the last bit with any number. The choice holds from the next step on, and for the projects that the model opens later. For a
- * null model it is that of the functions of tarnvelde.h, which no other thread may call meanwhile. TV_ERROR_RANGE. */
+ * are the same to the last bit with any number. The choice holds from the next step on, and for the projects that the
+ * model opens later. For a null model it is that of the functions of tarnvelde.h, which no other thread may call
+ * meanwhile. TV_ERROR_RANGE. */
 #define TV_MAX_THREADS 256
 TV_API int32_t tv_setThreads(tv_model* model, int32_t count);
 

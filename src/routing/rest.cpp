@@ -13,10 +13,10 @@
 //     resting --(another key, a plain step)-------------------------> awake      rest_beginStep
 //
 // All numbers of the junction are +0.0 then, and what its links have laid down for it are zeros; a pipe at rest lays
-// down nothing anew. So its roll and its visit would move zeros to zeros, as in the visit before, and offer the pipe that
-// leaves it nothing: the clock of that pipe is all that moves, and the loop of the visits moves it. To visit a junction
-// at rest is never wrong. One that may get something else ahead of its visit is never left out: it has an external or
-// a dry weather inflow, or a reactor or a LID monomer discharges into it (rolls_open).
+// down nothing anew. So its roll and its visit would move zeros to zeros, as in the visit before, and offer the pipe
+// that leaves it nothing: the clock of that pipe is all that moves, and the loop of the visits moves it. To visit a
+// junction at rest is never wrong. One that may get something else ahead of its visit is never left out: it has an
+// external or a dry weather inflow, or a reactor or a LID monomer discharges into it (rolls_open).
 
 #include "routing/rest.h"
 
