@@ -9,7 +9,10 @@
 #include "links/conduit.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <new>
+#include <unordered_set>
 
 #include "links/link.h"
 #include "links/transect.h"
@@ -153,21 +156,40 @@ static const Transect* prepareTransect(Model& model, int32_t curve) {
     return model.transects[curve];
 }
 
-/// An area table of a curve or a conduit, from the project's memory.
-static double* allocateTable(Model& model, double*& table) {
-    if (!table) {
-        table = arena_allocateArray<double>(model.memory.project, GEOMETRY_COUNT);
+/// The areas of a circle, made at the first need; null without memory.
+static const double* findCircle(Model& model, double diameter) {
+    try {
+        std::vector<double>& areas = model.circleTables->byDiameter[std::bit_cast<uint64_t>(diameter)];
+        if (areas.empty()) {
+            areas.resize(GEOMETRY_COUNT);
+            for (int32_t i = 1; i <= GEOMETRY_COUNT; ++i) {
+                areas[static_cast<size_t>(i) - 1] = getSegmentArea(diameter, i * diameter / GEOMETRY_COUNT);
+            }
+        }
+        return areas.data();
+    } catch (const std::bad_alloc&) {
+        return nullptr;
     }
-    return table;
 }
 
-/// Memory for the table that a shape needs; null without, or if it needs none.
-static double* findTable(Model& model, Conduit& conduit, int32_t shape) {
-    if (shape == CIRCULAR_CONDUIT) {
-        return allocateTable(model, conduit.areaTable);
+void conduit_dropTables(Model& model) {
+    auto& tables = model.circleTables->byDiameter;
+    if (tables.size() <= static_cast<size_t>(model.conduits.size())) {
+        return;
     }
-    const bool hasTable = shape == IRREGULAR_CONDUIT && conduit.transect;
-    return hasTable ? allocateTable(model, model.curves[conduit.curve].geometry) : nullptr;
+    std::unordered_set<const double*> kept;
+    for (const Conduit& conduit : model.conduits) {
+        kept.insert(conduit.areaTable);
+    }
+    std::erase_if(tables, [&](const auto& table) { return !kept.contains(table.second.data()); });
+}
+
+/// The area table of a curve, from the project's memory; null without.
+static double* allocateGeometry(Model& model, Curve& curve) {
+    if (!curve.geometry) {
+        curve.geometry = arena_allocateArray<double>(model.memory.project, GEOMETRY_COUNT);
+    }
+    return curve.geometry;
 }
 
 /// Whether a shape has a table at all.
@@ -185,7 +207,19 @@ static double getFullDepth(const Conduit& conduit) {
     }
 }
 
-/// Fills the table that the shape needs. False without memory.
+/// The table that the shape needs, filled; null without memory.
+static const double* makeTable(Model& model, const Conduit& conduit, int32_t shape, double full) {
+    if (shape == CIRCULAR_CONDUIT) {
+        return findCircle(model, full);
+    }
+    double* const table = conduit.transect ? allocateGeometry(model, model.curves[conduit.curve]) : nullptr;
+    for (int32_t i = 1; table && i <= GEOMETRY_COUNT; ++i) {
+        table[i - 1] = transect_getArea(*conduit.transect, i * full / GEOMETRY_COUNT);
+    }
+    return table;
+}
+
+/// Makes the table that the shape needs. False without memory.
 static bool makeTables(Model& model, Conduit& conduit, int32_t shape, double full) {
     conduit.tableShape = shape;
     conduit.fullDepth = full;
@@ -193,15 +227,14 @@ static bool makeTables(Model& model, Conduit& conduit, int32_t shape, double ful
     if (!needsTable(model, conduit, shape)) {
         return true;
     }
-    double* table = findTable(model, conduit, shape);
+    const double* const table = makeTable(model, conduit, shape, full);
     if (!table) {
         return false;
     }
-    for (int32_t i = 1; i <= GEOMETRY_COUNT; ++i) {
-        const double y = i * full / GEOMETRY_COUNT;
-        table[i - 1] = shape == CIRCULAR_CONDUIT ? getSegmentArea(full, y) : transect_getArea(*conduit.transect, y);
+    if (shape == CIRCULAR_CONDUIT) {
+        conduit.areaTable = table;
     }
-    double* end = table + GEOMETRY_COUNT;
+    const double* const end = table + GEOMETRY_COUNT;
     const auto falls = [](double a, double b) { return !(a <= b); };
     conduit.risingTable = std::adjacent_find(table, end, falls) == end ? table : nullptr;
     return true;
@@ -222,8 +255,12 @@ void conduit_buildTables(Model& model, Conduit& conduit) {
     }
 }
 
-bool conduit_reserveTables(Model& model, Conduit& conduit, int32_t shape) {
-    return !needsTable(model, conduit, shape) || findTable(model, conduit, shape);
+bool conduit_reserveTables(Model& model, Conduit& conduit, int32_t shape, double fullDepth) {
+    if (!needsTable(model, conduit, shape)) {
+        return true;
+    }
+    return shape == CIRCULAR_CONDUIT ? findCircle(model, fullDepth) != nullptr
+                                     : conduit.transect && allocateGeometry(model, model.curves[conduit.curve]);
 }
 
 void conduit_remakeTables(Model& model, Conduit& conduit, int32_t shape, double fullDepth) {

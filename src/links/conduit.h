@@ -2,6 +2,8 @@
 // A conduit: an open channel or a closed pipe with a cross-section, routed as one store.
 
 #include <cstdint>
+#include <unordered_map>
+#include <vector>
 
 #include "links/link.h"
 #include "model/decay.h"
@@ -24,7 +26,7 @@ struct Conduit {
     double width;               ///< m, of a rectangle
     Decay* decay;               ///< one per pollutant
     bool hasDecay;              ///< some pollutant decays here
-    double* areaTable;          ///< m2 of a circle at the depths (i + 1) / 100 of fullDepth; null for other shapes
+    const double* areaTable;    ///< m2 of a circle at the depths (i + 1) / 100 of fullDepth; null for other shapes
     const Transect* transect;   ///< the curve's points, prepared; null without a curve
     const double* risingTable;  ///< the area table, if its areas never fall
     int32_t tableShape;         ///< ConduitShape at the start of the run, of which the tables are
@@ -44,17 +46,26 @@ struct Conduit {
     double statMaxVelocity;     ///< m/s
 };
 
+/// Areas of circles by depth, as the conduits of a project need them. Sewers come in a few diameters, and all of one
+/// diameter share a table, so that the tables of a large network stay at hand.
+struct CircleTables {
+    std::unordered_map<uint64_t, std::vector<double>> byDiameter;  ///< by the bits of the diameter
+};
+
 /// A line of [CONDUITS] for the row `link` of the links and the row `kindIndex` of the conduits. An error index, or 0.
 [[nodiscard]] int32_t conduit_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t kindIndex);
 
 void conduit_validate(const Model& model, Conduit& conduit);
+
+/// Ahead of a start: lets go of tables of circles that no conduit has now, if there are many.
+void conduit_dropTables(Model& model);
 
 /// Empties a conduit for a run, and makes its full depth and its areas by depth.
 void conduit_buildTables(Model& model, Conduit& conduit);
 
 /// The same tables for the shape and the full depth (m) of another start: their memory, false without, and then the
 /// tables.
-[[nodiscard]] bool conduit_reserveTables(Model& model, Conduit& conduit, int32_t shape);
+[[nodiscard]] bool conduit_reserveTables(Model& model, Conduit& conduit, int32_t shape, double fullDepth);
 void conduit_remakeTables(Model& model, Conduit& conduit, int32_t shape, double fullDepth);
 
 /// New becomes old: flow, inflow and flood.

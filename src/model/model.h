@@ -22,6 +22,7 @@
 struct ActionList;
 struct BinaryResults;
 struct BuildupRules;
+struct CircleTables;
 struct Conduit;
 struct Connection;
 struct Converter;
@@ -113,6 +114,7 @@ struct Model {
     Table<Pump> pumps;
     Table<Connection> connections;
     Table<Conduit> conduits;
+    RoomState<CircleTables> circleTables;
     Table<Weir> weirs;
     Table<Orifice> orifices;
 

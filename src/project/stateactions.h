@@ -386,7 +386,7 @@ struct StateReader {
         }
         const bool isSame = shape == conduit.tableShape &&
                             std::bit_cast<uint64_t>(fullDepth) == std::bit_cast<uint64_t>(conduit.fullDepth);
-        if (PASS == READ_RESERVE && !isSame && !conduit_reserveTables(*context->model, conduit, shape)) {
+        if (PASS == READ_RESERVE && !isSame && !conduit_reserveTables(*context->model, conduit, shape, fullDepth)) {
             fail(READ_NO_MEMORY);
         } else if (PASS == READ_WRITE && !isSame) {
             conduit_remakeTables(*context->model, conduit, shape, fullDepth);

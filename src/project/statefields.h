@@ -38,7 +38,8 @@ void model_walkFixed(V& v, Model& model) {
             model.sinks, model.sortedNodes, model.visitCount, model.reachedCount, model.visits, model.areVisitsDue,
             model.isOrderStraight, model.outgoingVisits, model.incomingVisits, model.visitsByNode,
             model.nodesRolledAhead, model.deliveries, model.rest, model.restingPipes, model.uncountedNodes,
-            model.uncountedLinks, model.workers, model.buildupRules, model.landRest, model.lidRest, model.loadBook);
+            model.uncountedLinks, model.workers, model.buildupRules, model.landRest, model.lidRest, model.loadBook,
+            model.circleTables);
 }
 
 template <class V>

@@ -116,6 +116,7 @@ void validation_setStartState(Model& model) {
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         nodekinds_initState(model, k);
     }
+    linkkinds_dropTables(model);
     for (Link& link : model.links) {
         linkkinds_initState(model, link);
     }

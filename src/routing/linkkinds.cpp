@@ -66,6 +66,10 @@ void linkkinds_validate(Model& model, const Link& link) {
     }
 }
 
+void linkkinds_dropTables(Model& model) {
+    conduit_dropTables(model);
+}
+
 void linkkinds_initState(Model& model, Link& link) {
     link_initState(model, link);
     switch (link.kind) {

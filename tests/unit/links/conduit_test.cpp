@@ -68,6 +68,23 @@ TEST(ConduitSection, EndsWithTheFullDepth) {
     }
 }
 
+TEST(ConduitSection, OfCirclesOfOneDiameterShareATable) {
+    StartedProject model(getGeneral(60) +
+                         "[JUNCTIONS]\nJ\nK\n[OUTFALLS]\nOUT\n[CONDUITS]\nC J K NO 100 0.5 0.013 CIRCULAR 1.5\n"
+                         "D K OUT NO 90 0.4 0.015 CIRCULAR 1.5\n");
+    const Conduit &c = model.conduit("C"), &d = model.conduit("D");
+    EXPECT_EQ(c.areaTable, d.areaTable);
+    EXPECT_EQ(c.risingTable, d.risingTable);
+    for (int k = 1; k <= 20; ++k) {
+        tarnvelde_end();
+        testModel().conduits[&d - testModel().conduits.data()].height = 1.5 + k;
+        ASSERT_EQ(tarnvelde_start(0), 0);
+        EXPECT_NEAR(c.areaTable[99], PI * 0.75 * 0.75, 1e-8);
+        EXPECT_NEAR(d.areaTable[99], PI * d.height * d.height / 4.0, 1e-5);
+        EXPECT_LE(testModel().circleTables->byDiameter.size(), 3u) << "of two conduits, and one of the last start";
+    }
+}
+
 TEST(ConduitSection, OfARectangleStopsAtItsHeight) {
     StartedProject model(getProject("NO 100 0.5 0.013 RECTANGULAR 1.5 2"));
     EXPECT_EQ(model.conduit("C").areaTable, nullptr);
