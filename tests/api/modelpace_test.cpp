@@ -64,7 +64,7 @@ std::string makeLand() {
         subcatchments += id;
         subcatchments += " G O 0." + std::to_string(2 + k % 7) + " 40 " + std::to_string(20 + k % 60);
         subcatchments += " 1 0.013 0.2 1.5 4 60 6 4 7 0\n";
-        coverages += id + " ROOF 60\n" + id + " YARD 40\n";
+        coverages.append(id).append(" ROOF 60\n").append(id).append(" YARD 40\n");
         units += k % 4 == 0 ? id + " CELL 50 4 20 10\n" : k % 4 == 2 ? id + " BARREL 20 2 30 10\n" : "";
     }
     return "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/19\nROUTING_STEP 0:01:00\nRUNOFF_STEP 0:01:00\n"

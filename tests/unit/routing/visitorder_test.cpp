@@ -150,8 +150,8 @@ static std::string makeChains() {
     for (int k = 0; k < 12; ++k) {
         const std::string name = std::to_string(k);
         nodes += "N" + name + "\n";
-        pipes += "P" + name + " N" + name + " " + (k == 5 || k == 11 ? "O" : "N" + std::to_string(k + 1)) +
-                 " NO 120 2 0.2 0\n";
+        const std::string next = k == 5 || k == 11 ? "O" : "N" + std::to_string(k + 1);
+        pipes.append("P").append(name).append(" N").append(name).append(" ").append(next).append(" NO 120 2 0.2 0\n");
     }
     return getGeneral(120) + "[POLLUTANTS]\nX 0\n" + nodes + pipes +
            "[DWFS]\nN0 FLOW 0.7 \"\"\nN0 X 31 \"\"\nN6 FLOW 0.9 \"\"\nN6 X 17 \"\"\n";

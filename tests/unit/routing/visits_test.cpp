@@ -208,11 +208,11 @@ static std::string makeStars(int pollutants) {
     for (int k = 0; k < 6; ++k) {
         const std::string node = "J" + std::to_string(k);
         heads += node + "\n";
-        pipes += "P" + node + " " + node + " O NO 60 1 0 0\n";
+        pipes.append("P").append(node).append(" ").append(node).append(" O NO 60 1 0 0\n");
         for (int i = 0; i < k; ++i) {
             const std::string name = std::to_string(count++);
             heads += "H" + name + "\n";
-            pipes += "Q" + name + " H" + name + " " + node + " NO 60 1 0 0\n";
+            pipes.append("Q").append(name).append(" H").append(name).append(" ").append(node).append(" NO 60 1 0 0\n");
             flows += "H" + name + " FLOW 0." + std::to_string(137 + 61 * count) + " \"\"\n";
             for (int p = 0; p < pollutants; ++p) {
                 flows += "H" + name + " X" + std::to_string(p) + " " + std::to_string(3 + count * (p + 7)) + " \"\"\n";
