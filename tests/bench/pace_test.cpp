@@ -45,25 +45,22 @@ void expectTheSame(uint64_t seed, PaceHost host) {
     }
 }
 
-TEST(SamePace, LeavesTheSameInEveryManner) {
-    const Seeds seeds(0, 16);
+void expectTheSameOfAll(const Seeds& seeds, PaceHost host) {
     for (uint64_t seed = seeds.first; seed < seeds.end; ++seed) {
-        expectTheSame(seed, PaceHost::NONE);
+        expectTheSame(seed, host);
     }
+}
+
+TEST(SamePace, LeavesTheSameInEveryManner) {
+    expectTheSameOfAll(Seeds(0, 16), PaceHost::NONE);
 }
 
 TEST(SamePace, LeavesTheSameWhateverAHostSets) {
-    const Seeds seeds(1000, 16);
-    for (uint64_t seed = seeds.first; seed < seeds.end; ++seed) {
-        expectTheSame(seed, PaceHost::SETS);
-    }
+    expectTheSameOfAll(Seeds(1000, 16), PaceHost::SETS);
 }
 
 TEST(SamePace, LeavesTheSameBehindRestoredStates) {
-    const Seeds seeds(2000, 8);
-    for (uint64_t seed = seeds.first; seed < seeds.end; ++seed) {
-        expectTheSame(seed, PaceHost::GOES_BACK);
-    }
+    expectTheSameOfAll(Seeds(2000, 8), PaceHost::GOES_BACK);
 }
 
 TEST(SamePace, GoesOnFromAStateAsTheWholeRunInEveryManner) {

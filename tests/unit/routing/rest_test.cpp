@@ -268,17 +268,22 @@ TEST(RestOfVisits, EndsBelowAPipeThatIsWoken) {
     pair.finish();
 }
 
+/// The visit of B rests after so many steps, and an hour later no more: something has come from the land.
+static void expectWokenByLand(Pair& pair, int steps) {
+    pair.step(steps);
+    EXPECT_TRUE(pair.doesVisitRest(1));
+    pair.step(60);
+    EXPECT_FALSE(pair.doesVisitRest(1));
+    EXPECT_GT(pair.model().nodes[1].statInflowVolume, 0.0);
+}
+
 TEST(RestOfVisits, EndsWithRunoff) {
     const std::string land =
         "[RAINGAGES]\nG INTENSITY 0:05 T\n[SUBCATCHS]\nS G B 1 100 50 1 0.015 0.1 1 2 50 5 4 3 0\n"
         "[TIMESERIES]\nT 2021/03/01 0:00 0\nT 2021/03/01 2:00 24\nT 2021/03/01 3:00 0\n";
     Pair pair(chain(TWO_PIPES, land));
-    pair.step(110);
-    EXPECT_TRUE(pair.doesVisitRest(1));
-    pair.step(60);
-    EXPECT_FALSE(pair.doesVisitRest(1));
+    expectWokenByLand(pair, 110);
     EXPECT_TRUE(pair.doesVisitRest(0)) << "further up";
-    EXPECT_GT(pair.model().nodes[1].statInflowVolume, 0.0);
     while (pair.step()) {
     }
     pair.finish();
@@ -291,11 +296,7 @@ TEST(RestOfVisits, EndsWithADrain) {
         "[TIMESERIES]\nT 2021/03/01 0:00 0\nT 2021/03/01 2:00 60\nT 2021/03/01 3:00 0\n"
         "[LIDS]\nL RB\nL STORAGE 1000 1 0\nL DRAIN 36 1 0 1\n[LID_GROUPS]\nS L 900 10 0 80 B\n";
     Pair pair(chain(TWO_PIPES, land));
-    pair.step(200);
-    EXPECT_TRUE(pair.doesVisitRest(1));
-    pair.step(60);
-    EXPECT_FALSE(pair.doesVisitRest(1));
-    EXPECT_GT(pair.model().nodes[1].statInflowVolume, 0.0);
+    expectWokenByLand(pair, 200);
     while (pair.step()) {
     }
     pair.finish();
