@@ -1,5 +1,5 @@
 // What can't change isn't worked out. An object that has found out that its next step would leave it as it is - a pipe
-// without a drop in it, a tank that nothing enters or leaves - keeps the key of the step in which it did. It rests
+// that lets nothing out, a tank that nothing enters or leaves - keeps the key of the step in which it did. It rests
 // while the key of the model is the same and nothing comes to it. The key moves on with all else that its step depends
 // on and that the object doesn't test itself: with each change from outside (Pace), and with the hour of the day if
 // anything that rests decays, since the factors of decays go by the hour. The routing step calls this room.
