@@ -4,7 +4,9 @@
 
 #include <csignal>
 
+static constexpr int HANGUP_SIGNAL = 1;
 static constexpr int INTERRUPT_SIGNAL = 2;
+static constexpr int PIPE_SIGNAL = 13;
 static constexpr int TERMINATE_SIGNAL = 15;
 
 static volatile std::sig_atomic_t noted = 0;
@@ -14,7 +16,12 @@ int interrupt_get() {
 }
 
 const char* interrupt_getName(int number) {
-    return number == INTERRUPT_SIGNAL ? "SIGINT" : "SIGTERM";
+    switch (number) {
+        case HANGUP_SIGNAL: return "SIGHUP";
+        case INTERRUPT_SIGNAL: return "SIGINT";
+        case PIPE_SIGNAL: return "SIGPIPE";
+        default: return "SIGTERM";
+    }
 }
 
 #if defined(_WIN32)
@@ -43,7 +50,10 @@ void interrupt_install() {
 #include <signal.h>
 
 static void note(int number) {
-    if (noted != 0) {
+    if (noted != 0 && number == PIPE_SIGNAL) {
+        return;
+    }
+    if (noted != 0 && noted != PIPE_SIGNAL) {
         signal(number, SIG_DFL);
         raise(number);  // comes once this handler has returned
         return;
@@ -64,7 +74,9 @@ static void install(int number) {
 }
 
 void interrupt_install() {
+    install(HANGUP_SIGNAL);
     install(INTERRUPT_SIGNAL);
+    install(PIPE_SIGNAL);
     install(TERMINATE_SIGNAL);
 }
 

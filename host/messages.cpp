@@ -32,6 +32,15 @@ static std::string describeFileError(int32_t code, const ProjectFiles& files) {
     }
 }
 
+/// Why, as the engine tells it behind the name of the file in brackets; empty if it doesn't.
+static std::string findReason(const std::string& text) {
+    const size_t bracket = text.find(" (");
+    const size_t place = bracket == std::string::npos ? bracket : text.rfind(": ");
+    return place == std::string::npos || place < bracket || text.back() != ')'
+               ? std::string()
+               : text.substr(place, text.size() - place - 1);
+}
+
 std::vector<HostMessage> messages_read(const tv_model* model, const ProjectFiles& files) {
     std::vector<HostMessage> messages;
     int32_t count = 0;
@@ -40,8 +49,9 @@ std::vector<HostMessage> messages_read(const tv_model* model, const ProjectFiles
         tv_message m{};
         tv_getMessage(model, k, &m);
         const std::string fileError = describeFileError(m.code, files);
-        messages.push_back({m.level, m.code, m.name, fileError.empty() ? m.text : fileError, m.section, m.line, m.words,
-                            m.object, m.severity, m.column, m.length, m.effect, m.advice, m.date});
+        messages.push_back({m.level, m.code, m.name, fileError.empty() ? m.text : fileError + findReason(m.text),
+                            m.section, m.line, m.words, m.object, m.severity, m.column, m.length, m.effect, m.advice,
+                            m.date});
     }
     return messages;
 }

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <fstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -90,21 +89,6 @@ std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
     return {};
 }
 
-/// Whether the report has its table of flows. The engine tells nothing of a report that a full disk cuts. What is no
-/// file, as a terminal, can't be read again and passes.
-bool isComplete(const std::string& report) {
-    if (!files_isRegular(report)) {
-        return true;
-    }
-    std::ifstream file(report);
-    for (std::string line; file && std::getline(file, line);) {
-        if (line.find("Flow Routing Continuity") != std::string::npos) {
-            return true;
-        }
-    }
-    return false;
-}
-
 // --- steps ---------------------------------------------------------------------------------------------------------
 
 /// Keeps the first code other than 0.
@@ -130,12 +114,18 @@ bool isStarted(const Run& run) {
     return phase == TV_STARTED;
 }
 
-/// Whether the wish to stop has come, or the date.
-bool mustStop(Run& run, double now) {
+/// Whether a signal has asked to stop.
+bool isInterrupted(Run& run) {
     run.signal = interrupt_get();
     if (run.signal != 0) {
         run.outcome.stopped = interrupt_getName(run.signal);
-    } else if (!(now < run.until - ROUNDING)) {
+    }
+    return run.signal != 0;
+}
+
+/// Whether the wish to stop has come, or the date.
+bool mustStop(Run& run, double now) {
+    if (!isInterrupted(run) && !(now < run.until - ROUNDING)) {
         run.outcome.stopped = "until";
     }
     return !run.outcome.stopped.empty();
@@ -236,12 +226,13 @@ void start(Run& run) {
 void finish(Run& run) {
     tv_model* model = run.model.get();
     lookAtRun(run);
-    if (run.outcome.code == TV_OK) {
+    const bool hasRun = run.outcome.phase == TV_STARTED || run.outcome.phase == TV_FINISHED;
+    if (run.outcome.code == TV_OK && hasRun) {
         saveState(run);
         lines_tell(run.lines, "Writing output report");
         note(run, tv_report(model));
     }
-    if (run.outcome.phase == TV_STARTED || run.outcome.phase == TV_FINISHED) {
+    if (hasRun) {
         note(run, tv_end(model));
     }
     if (run.outcome.phase != TV_CLOSED) {
@@ -252,18 +243,14 @@ void finish(Run& run) {
 void work(Run& run) {
     lines_tell(run.lines, "Retrieving project data");
     note(run, tv_open(run.model.get(), run.files.model.c_str(), run.files.report.c_str()));
-    if (run.outcome.code == TV_OK) {
+    if (run.outcome.code == TV_OK && !isInterrupted(run)) {
         start(run);
     }
-    if (run.outcome.code == TV_OK) {
+    if (run.outcome.code == TV_OK && isStarted(run)) {
         stepToEnd(run);
     }
     finish(run);
     lines_end(run.lines);
-    if (run.outcome.code == TV_OK && !isComplete(run.files.report)) {
-        run.outcome.status = EXIT_ENGINE_ERROR;
-        run.outcome.messages.push_back(messages_make(0, "the report can't be written: " + run.files.report));
-    }
 }
 
 // --- what is told --------------------------------------------------------------------------------------------------
@@ -307,9 +294,13 @@ void showStop(const Run& run) {
         return;
     }
     const std::string now = result_formatDate(run.outcome.clock.now);
-    if (run.signal != 0) {
+    const bool hasRun = run.outcome.phase == TV_STARTED || run.outcome.phase == TV_FINISHED;
+    if (run.signal != 0 && hasRun) {
         std::fprintf(stderr, "tarnvelde: stopped by %s at %s; the files hold the run up to there\n",
                      run.outcome.stopped.c_str(), now.c_str());
+    } else if (run.signal != 0) {
+        std::fprintf(stderr, "tarnvelde: stopped by %s ahead of the first step; no file was written\n",
+                     run.outcome.stopped.c_str());
     } else if (!run.request.isQuiet && !run.request.isJson) {
         std::printf("  Stopped: %s\n", now.c_str());
     }

@@ -319,7 +319,12 @@ TV_API int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const cha
                              const char* plantFolder);
 
 /* Opens a project file. The report goes to a file of its own, null for none. With a positive code the model is
- * TV_FAILED and its messages tell every fault of the file; 301 and 303 leave it closed. TV_ERROR_OPEN. */
+ * TV_FAILED and its messages tell every fault of the file; 301, 303 and 305 leave it closed. TV_ERROR_OPEN.
+ *
+ * Files of a run are written aside, under their names with ".part" behind them, and put in place when they are
+ * complete: the report by tv_close, results by tv_end. Until then an earlier file stays as it is, and what a killed
+ * process leaves is found aside. One run at a time writes a file: a second one gets 305 or 307. No file that the project
+ * reads is taken for a report or results, under whatever name: 301. */
 TV_API int32_t tv_open(tv_model* model, const char* path, const char* report);
 
 /* Opens a project from text in memory, which is copied. Names of files in it are relative to the folder, null for the
@@ -338,14 +343,16 @@ TV_API int32_t tv_step(tv_model* model);
 TV_API int32_t tv_runUntil(tv_model* model, double date);
 
 /* Writes balances and statistics, as of now, into the report, behind what it has; nothing without a report. They are
- * those of the run so far. TV_ERROR_NOT_STARTED. */
+ * those of the run so far. TV_ERROR_NOT_STARTED; TV_ERROR_FILE if the report can't be written. */
 TV_API int32_t tv_report(tv_model* model);
 
-/* Ends a run: results are complete on the disk. The project stays open and may be started again. TV_ERROR_NOT_STARTED.
- */
+/* Ends a run: results are complete, and put in place. The project stays open and may be started again.
+ * TV_ERROR_NOT_STARTED; a positive code if the results can't be completed, and an earlier file stays then. */
 TV_API int32_t tv_end(tv_model* model);
 
-/* Ends a run if there is one, and closes the project. TV_ERROR_NOT_OPEN if there is none. */
+/* Ends a run if there is one, and closes the project, whatever the code. The report is put in place, unless no run was
+ * ever started and the project had no errors. TV_ERROR_NOT_OPEN if there is none; TV_ERROR_FILE if the report can't be
+ * written to its last byte, and an earlier one stays then. */
 TV_API int32_t tv_close(tv_model* model);
 
 /* Stores where the model stands, a tv_phase. Works always, from within callbacks too. */

@@ -1,13 +1,17 @@
 // The functions of tarnvelde_model.h that open, run and end a model, and its messages.
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 
 #include "api/modelhandle.h"
 #include "api/run.h"
+#include "model/inputfiles.h"
 #include "model/reportfile.h"
 #include "model/warnings.h"
 #include "platform/files.h"
+#include "platform/outputs.h"
+#include "project/inputnames.h"
 #include "project/options.h"
 #include "results/report.h"
 #include "results/results.h"
@@ -66,32 +70,62 @@ int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmm
     });
 }
 
+/// A fault of an output in words.
+static std::string describe(OutputFault fault, const OutputPlace& place) {
+    return outputs_describe(fault, place.reason);
+}
+
 // --- opening -------------------------------------------------------------------------------------------------------
 
-static int32_t failToOpen(tv_model* handle, int32_t error) {
+static int32_t failToOpen(tv_model* handle, int32_t error, const std::string& detail = {}) {
     handle->model->error.code = error;
-    const int32_t code = modelhandle_tellError(handle, handle->log.messages.size());
+    const int32_t code = messages_addFault(*handle->model, error, detail);
     textfile_close(handle->model->files.input);
     handle->log.warnings.source = nullptr;
     handle->model.reset();
+    handle->phase = TV_CLOSED;
     return code;
+}
+
+/// Opens the report aside. False, and the model is gone, if it can't be.
+static bool openReport(tv_model* handle, const char* name, int32_t& code) {
+    Files& files = handle->model->files;
+    OutputFault fault;
+    files.reportName = name;
+    files.report = outputs_open(files.reportPlace, files.reportName, true, fault);
+    if (!files.report) {
+        code = failToOpen(handle, ERR_REPORT_FILE, files.reportName + ": " + describe(fault, files.reportPlace));
+    }
+    return files.report != nullptr;
+}
+
+/// Refuses a report that the project reads as an input. The report is dropped, and the model is gone.
+static int32_t refuseReport(tv_model* handle, const std::string& use) {
+    Files& files = handle->model->files;
+    const std::string detail = "the report " + files.reportName + " is " + use;
+    outputs_drop(files.reportPlace, files.report);
+    run_close(*handle->model);
+    return failToOpen(handle, ERR_FILE_NAMES, detail);
 }
 
 /// Opens the report, and reads the project whose text is open in the model.
 static int32_t readProject(tv_model* handle, const char* report) {
     Model& model = *handle->model;
-    if (report) {
-        model.files.reportName = report;
-        model.files.report = std::fopen(report, "wb");
-        if (!model.files.report) {
-            return failToOpen(handle, ERR_REPORT_FILE);
-        }
+    int32_t code = TV_OK;
+    if (report && !openReport(handle, report, code)) {
+        return code;
     }
     const size_t messageCount = handle->log.messages.size();
     handle->phase = TV_FAILED;
     run_read(model);
     if (model.error.code == ERR_NONE) {
         handle->phase = TV_OPEN;
+    } else if (report) {
+        inputnames_note(model);
+    }
+    const std::string use = report ? inputfiles_findUse(model, model.files.reportName, false) : std::string();
+    if (!use.empty()) {
+        return refuseReport(handle, use);
     }
     reportfile_flush(model);
     return modelhandle_tellError(handle, messageCount);
@@ -103,6 +137,7 @@ static Model& makeModel(tv_model* handle) {
     handle->log.warnings = WarningLog{};
     handle->columnNames.clear();
     handle->verdicts.clear();
+    handle->hasRun = handle->isReportLost = false;
     handle->model = std::make_unique<Model>();
     Model& model = *handle->model;
     model.isSilent = true;
@@ -133,6 +168,7 @@ int32_t tv_open(tv_model* handle, const char* path, const char* report) {
         }
         handle->isFromText = false;
         handle->source = std::move(source);
+        inputfiles_add(model, handle->source, "the project");
         return readProject(handle, report);
     });
 }
@@ -184,7 +220,11 @@ private:
             return;
         }
         run_end(model);
-        results_close(model);
+        if (handle->phase == TV_OPEN) {
+            results_drop(model);  // the start is undone
+        } else {
+            results_close(model);
+        }
         model.error.code = ERR_NONE;
         handle->phase = TV_OPEN;
     }
@@ -202,26 +242,27 @@ static int32_t moveRun(tv_model* handle, int32_t need, Work&& work) {
     });
 }
 
-/// Whether two files of a run, of which none, some or all are wanted, have one name.
-static bool isAmbiguous(const Files& files, const char* results, const char* database) {
-    const std::string names[] = {files.inputName, files.reportName, getText(results), getText(database)};
-    for (size_t k = 0; k < 4; ++k) {
-        for (size_t other = k + 1; other < 4; ++other) {
-            if (!names[k].empty() && names[k] == names[other]) {
-                return true;
-            }
-        }
+/// Why the files of a run can't be what their names say; empty if they can.
+static std::string findConflict(const Model& model, const std::string& results, const std::string& database) {
+    const std::string& report = model.files.reportName;
+    if (const std::string use = inputfiles_findUse(model, results, false); !use.empty()) {
+        return results + " is " + use;
     }
-    return false;
+    if (const std::string use = inputfiles_findUse(model, database, true); !use.empty()) {
+        return database + " is " + use;
+    }
+    if (inputfiles_areOne(report, results, false) || inputfiles_areOne(report, database, true)) {
+        return report + " is the report";
+    }
+    return inputfiles_areOne(results, database, true) ? "results and database are one file" : "";
 }
 
 int32_t tv_start(tv_model* handle, const char* results, const char* database) {
     return moveRun(handle, NEED_IDLE, [&]() -> int32_t {
         Model& model = *handle->model;
-        if (isAmbiguous(model.files, results, database)) {
-            const int32_t code = errors_getPublicCode(ERR_FILE_NAMES);
-            messages_addError(model, code, errors_getMessage(ERR_FILE_NAMES), "");
-            return code;
+        const std::string conflict = findConflict(model, getText(results), getText(database));
+        if (!conflict.empty()) {
+            return messages_addFault(model, ERR_FILE_NAMES, conflict);
         }
         model.files.resultsName = getText(results);
         model.files.databaseName = getText(database);
@@ -232,10 +273,11 @@ int32_t tv_start(tv_model* handle, const char* results, const char* database) {
         run_start(model, sinks);
         const int32_t code = modelhandle_tellError(handle, messageCount);
         if (code == TV_OK) {
+            handle->hasRun = true;
             modelhandle_updatePhase(handle);
         } else {
             run_end(model);
-            results_close(model);
+            results_drop(model);
         }
         return code;
     });
@@ -290,12 +332,25 @@ int32_t tv_runUntil(tv_model* handle, double date) {
     });
 }
 
+/// Tells that the report can't be written to its end, or not be put in place.
+static int32_t tellReportLost(tv_model* handle, OutputFault fault, int32_t reason) {
+    if (std::exchange(handle->isReportLost, true)) {
+        return TV_ERROR_FILE;
+    }
+    const Files& files = handle->model->files;
+    const std::string text =
+        "the report can't be written: " + files.reportName + ": " + outputs_describe(fault, reason);
+    messages_addError(*handle->model, TV_ERROR_FILE, text, "");
+    return TV_ERROR_FILE;
+}
+
 int32_t tv_report(tv_model* handle) {
     return modelhandle_move(handle, NEED_RUN, [&]() -> int32_t {
-        runreview_end(*handle->model);
-        report_writeTables(*handle->model);
-        reportfile_flush(*handle->model);
-        return TV_OK;
+        Model& model = *handle->model;
+        runreview_end(model);
+        report_writeTables(model);
+        reportfile_flush(model);
+        return reportfile_isWell(model) ? TV_OK : tellReportLost(handle, OUTPUT_NOT_WRITTEN, errno);
     });
 }
 
@@ -315,7 +370,18 @@ static int32_t endRun(tv_model* handle) {
 }
 
 static int32_t closeProject(tv_model* handle) {
-    const int32_t code = handle->phase == TV_STARTED || handle->phase == TV_FINISHED ? endRun(handle) : TV_OK;
+    int32_t code = handle->phase == TV_STARTED || handle->phase == TV_FINISHED ? endRun(handle) : TV_OK;
+    Files& files = handle->model->files;
+    OutputFault fault = OUTPUT_FINE;
+    if (handle->hasRun || handle->phase == TV_FAILED) {
+        fault = outputs_finish(files.reportPlace, files.report);
+    } else {
+        outputs_drop(files.reportPlace, files.report);
+    }
+    if (fault != OUTPUT_FINE) {
+        const int32_t lost = tellReportLost(handle, fault, files.reportPlace.reason);
+        code = code != TV_OK ? code : lost;
+    }
     run_close(*handle->model);
     handle->log.warnings.source = nullptr;
     handle->model.reset();

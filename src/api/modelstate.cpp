@@ -5,6 +5,7 @@
 
 #include "api/modelhandle.h"
 #include "platform/files.h"
+#include "platform/outputs.h"
 #include "project/state.h"
 #include "routing/loadbook.h"
 
@@ -99,7 +100,7 @@ int32_t tv_saveStateFile(const tv_model* handle, const char* path) {
         }
         std::vector<char> bytes(state_getSize(*handle->model));
         state_save(*handle->model, bytes.data());
-        return files_writeWhole(path, bytes.data(), bytes.size()) ? TV_OK : TV_ERROR_FILE;
+        return outputs_writeWhole(path, bytes.data(), bytes.size()) == OUTPUT_FINE ? TV_OK : TV_ERROR_FILE;
     });
 }
 

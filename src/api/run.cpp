@@ -8,12 +8,15 @@
 #include "coupling/coupled.h"
 #include "hydrology/runoff.h"
 #include "model/errors.h"
+#include "model/inputfiles.h"
 #include "model/messages.h"
 #include "model/model.h"
 #include "model/reportfile.h"
 #include "model/warnings.h"
 #include "platform/files.h"
+#include "platform/outputs.h"
 #include "platform/workers.h"
+#include "project/inputnames.h"
 #include "project/options.h"
 #include "project/reader.h"
 #include "project/validation.h"
@@ -44,6 +47,11 @@ static std::string cutName(const char* name) {
     return std::string(name).substr(0, FILE_NAME_SIZE);
 }
 
+static void refuseReport(Model& model) {
+    messages_tell(model, "\n    Cannot open report file ");
+    model.error.code = ERR_REPORT_FILE;
+}
+
 /// Takes the names, refuses two that are the same, and opens input and report.
 static void openFiles(Model& model, const char* input, const char* report, const char* results) {
     const PathParts parts = files_splitPath(input);
@@ -64,11 +72,14 @@ static void openFiles(Model& model, const char* input, const char* report, const
         model.error.code = ERR_INPUT_FILE;
         return;
     }
-    model.files.report = std::fopen(model.files.reportName.c_str(), "wb");
+    inputfiles_add(model, model.files.inputName, "the project");
+    OutputFault fault;
+    model.files.report = outputs_open(model.files.reportPlace, model.files.reportName, false, fault);
     if (!model.files.report) {
-        messages_tell(model, "\n    Cannot open report file ");
-        model.error.code = ERR_REPORT_FILE;
+        refuseReport(model);
+        return;
     }
+    reportfile_hold(model);
 }
 
 int32_t run_open(Model& model, const char* input, const char* report, const char* results) {
@@ -78,7 +89,16 @@ int32_t run_open(Model& model, const char* input, const char* report, const char
     if (model.error.code) {
         return getPublicCode(model);
     }
-    return run_read(model);
+    run_read(model);
+    if (model.error.code) {
+        inputnames_note(model);
+    }
+    if (!inputfiles_findUse(model, model.files.reportName, false).empty()) {
+        outputs_leave(model.files.reportPlace, model.files.report);
+        refuseReport(model);
+    }
+    reportfile_release(model);
+    return getPublicCode(model);
 }
 
 int32_t run_read(Model& model) {
@@ -229,10 +249,8 @@ void run_close(Model& model) {
     }
     coupled_deleteNodes(model);
     textfile_close(model.files.input);
-    if (model.files.report) {
-        std::fclose(model.files.report);
-        model.files.report = nullptr;
-    }
+    reportfile_release(model);
+    outputs_leave(model.files.reportPlace, model.files.report);
     results_close(model);
     model_clearHostLists(model);
     model.isOpen = model.isStarted = false;

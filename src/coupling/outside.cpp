@@ -10,6 +10,7 @@
 #include "coupling/guid.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/inputfiles.h"
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
@@ -69,6 +70,7 @@ void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& 
         return;
     }
     if (copyLibrary(outside, source, tempFolder.empty() ? folder : tempFolder)) {
+        inputfiles_add(model, source, "the library of an outside model");
         outside.library = library_load(outside.libraryCopy.c_str());
     } else if (kind.copyError) {
         errors_report(model, kind.copyError, "");
@@ -111,7 +113,7 @@ bool outside_restoreState(const OutsideNode& outside, const void* bytes, int32_t
     return outside.stateCalls.restore && outside.stateCalls.restore(bytes, size) == 0;
 }
 
-bool outside_findModel(const Model& model, const OutsideNode& outside, std::string& path) {
+bool outside_findModel(Model& model, const OutsideNode& outside, std::string& path) {
     std::string found = outside.inpFile;
     if (!files_exists(found)) {
         found = model.files.inputFolder + outside.inpFile;
@@ -121,6 +123,13 @@ bool outside_findModel(const Model& model, const OutsideNode& outside, std::stri
     }
     const PathParts parts = files_splitPath(found);
     path = parts.drive + parts.folder + parts.base;
+    for (const char* extension : {parts.extension.c_str(), ".inp", ".sti"}) {
+        inputfiles_add(model, path + extension, "a model inside a node");
+    }
+    if (model.log) {  // the old face has always let a report meet that of an engine
+        inputfiles_add(model, path + ".rpt", "the report of a model inside a node");
+        inputfiles_add(model, path + ".out", "the results of a model inside a node");
+    }
     return true;
 }
 

@@ -110,7 +110,7 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
 /// of the project. False if there is neither.
-[[nodiscard]] bool outside_findModel(const Model& model, const OutsideNode& outside, std::string& path);
+[[nodiscard]] bool outside_findModel(Model& model, const OutsideNode& outside, std::string& path);
 
 /// Appends a record for the object that token 1 names. An error index, or 0.
 [[nodiscard]] int32_t outside_addRecord(Model& model, const Tokens& tokens, CoupledList& list, int32_t index,

@@ -79,3 +79,12 @@ void messages_addError(Model& model, int32_t code, const std::string& text, cons
     messages_add(*log, {MESSAGE_ERROR, code, "", getWords(text) + std::exchange(log->detail, {}), std::move(place),
                         object, 0, "", "", 0.0});
 }
+
+int32_t messages_addFault(Model& model, int32_t error, const std::string& detail) {
+    const int32_t code = errors_getPublicCode(error);
+    if (!detail.empty()) {
+        messages_setDetail(model, (" (" + detail + ")").c_str());
+    }
+    messages_addError(model, code, errors_getMessage(error), "");
+    return code;
+}

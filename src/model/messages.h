@@ -103,6 +103,9 @@ void messages_setPlace(Model& model, const char* section, int64_t line, const ch
 /// What stands behind the words of the failure that is told next.
 void messages_setDetail(Model& model, const char* detail);
 
+/// Tells a failure by its index, with what stands behind its words, which no report gets; its public code.
+int32_t messages_addFault(Model& model, int32_t error, const std::string& detail);
+
 /// Puts a message into the log, and lets the host hear it.
 void messages_add(MessageLog& log, Message&& message);
 

@@ -8,9 +8,11 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "platform/outputs.h"
 #include "text/textfile.h"
 
 /// Classes of object. The numbers index counts and tables of names.
@@ -181,6 +183,18 @@ struct Clock {
     double elapsedDays;  ///< days
 };
 
+/// Text of the report that waits to be written.
+struct HeldText {
+    std::string text;
+    bool hasBegun = false;  ///< the file was emptied for it
+};
+
+/// A file that is read, and what for.
+struct InputFile {
+    FileIdentity identity;
+    std::string use;
+};
+
 /// Names of files as the host gave them, and those of them that are open.
 struct Files {
     std::string inputName;  ///< cut to 259 bytes, as are the next two
@@ -190,6 +204,9 @@ struct Files {
     std::string databaseName;  ///< beside the input file
     TextFile input;            ///< open from the opening of the project to its close
     std::FILE* report;         ///< null while none is open
+    OutputPlace reportPlace;
+    std::unique_ptr<HeldText> heldReport;  ///< null while the report is written at once
+    std::vector<InputFile> inputs;         ///< so that none of them becomes an output
 };
 
 /// Libraries of the engines inside nodes, and the folders for their private copies.

@@ -10,6 +10,7 @@
 
 #include "model/curve.h"
 #include "model/errors.h"
+#include "model/inputfiles.h"
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
@@ -205,9 +206,14 @@ bool timeseries_getNextEntry(Series& series, SeriesCursor& cursor, SeriesEntry& 
 // --- validation ----------------------------------------------------------------------------------------------------
 
 /// A series file is looked for as named, then beside the project file.
-static bool openSeriesFile(const Model& model, Series& series) {
-    return textfile_open(series.file, series.fileName.c_str()) ||
-           textfile_open(series.file, (model.files.inputFolder + series.fileName).c_str());
+static bool openSeriesFile(Model& model, Series& series) {
+    for (const std::string& path : {series.fileName, model.files.inputFolder + series.fileName}) {
+        if (textfile_open(series.file, path.c_str())) {
+            inputfiles_add(model, path, std::string("the file of time series ") + (series.id ? series.id : ""));
+            return true;
+        }
+    }
+    return false;
 }
 
 static void beginSummary(SeriesSummary& summary, const SeriesEntry& entry, DateTime end) {
@@ -262,7 +268,7 @@ static void reviewFile(const Model& model, Series& series) {
     }
 }
 
-int32_t timeseries_validate(const Model& model, Series& series) {
+int32_t timeseries_validate(Model& model, Series& series) {
     if (series.isInFile && !openSeriesFile(model, series)) {
         return ERR_SERIES_FILE_OPEN;
     }

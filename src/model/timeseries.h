@@ -59,7 +59,7 @@ void timeseries_createAll(Model& model);
 
 /// Opens the file of a series and tests the order of the dates; leaves the cursor of the series where it stopped. 0,
 /// ERR_SERIES_FILE_OPEN, ERR_SERIES_FILE_DATA, or ERR_CURVE_SEQUENCE with the bad entry's date in `cursor.after`.
-[[nodiscard]] int32_t timeseries_validate(const Model& model, Series& series);
+[[nodiscard]] int32_t timeseries_validate(Model& model, Series& series);
 
 /// Puts a cursor in front, with the first two entries around it.
 void timeseries_rewind(Series& series, SeriesCursor& cursor);

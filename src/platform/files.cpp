@@ -56,6 +56,15 @@ void files_seek(std::FILE* file, int64_t position) {
 #endif
 }
 
+int64_t files_getSize(std::FILE* file) {
+#if defined(_WIN32)
+    return _filelengthi64(_fileno(file));
+#else
+    struct stat status;
+    return fstat(fileno(file), &status) == 0 ? static_cast<int64_t>(status.st_size) : -1;
+#endif
+}
+
 bool files_cut(std::FILE* file, int64_t length) {
     std::fflush(file);
 #if defined(_WIN32)
@@ -133,38 +142,6 @@ static std::FILE* makeFile(const char* path) {
 #endif
 
 // --- whole files ---------------------------------------------------------------------------------------------------
-
-/// Hands what was written to the disk, so that a name put on it later never stands for less.
-static bool sync(std::FILE* file) {
-#if defined(_WIN32)
-    return std::fflush(file) == 0 && _commit(_fileno(file)) == 0;
-#else
-    return std::fflush(file) == 0 && fsync(fileno(file)) == 0;
-#endif
-}
-
-static bool replace(const std::string& source, const std::string& target) {
-#if defined(_WIN32)
-    return MoveFileExA(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
-#else
-    return std::rename(source.c_str(), target.c_str()) == 0;
-#endif
-}
-
-bool files_writeWhole(const std::string& path, const void* bytes, size_t size) {
-    const std::string aside = path + FILE_IN_THE_MAKING;
-    std::FILE* file = std::fopen(aside.c_str(), "wb");
-    if (!file) {
-        return false;
-    }
-    const bool isWritten = std::fwrite(bytes, 1, size, file) == size && sync(file);
-    const bool isClosed = std::fclose(file) == 0;
-    if (isWritten && isClosed && replace(aside, path)) {
-        return true;
-    }
-    files_delete(aside.c_str());
-    return false;
-}
 
 bool files_readWhole(const std::string& path, std::vector<char>& bytes) {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(files_openForReading(path.c_str()), std::fclose);

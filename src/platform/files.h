@@ -29,6 +29,9 @@ std::FILE* files_openForReading(const char* path);
 /// Moves a file to a place, which may lie beyond 2 GiB.
 void files_seek(std::FILE* file, int64_t position);
 
+/// Bytes of an open file; below 0 if the system doesn't tell. Nothing may stand in a buffer of its stream.
+[[nodiscard]] int64_t files_getSize(std::FILE* file);
+
 /// Cuts a file open for writing to a length, and moves to its end. Nothing may stand in a buffer of its stream.
 bool files_cut(std::FILE* file, int64_t length);
 
@@ -40,13 +43,6 @@ bool files_delete(const char* path);
 
 /// The file of the program that this process runs; empty if the system doesn't tell.
 [[nodiscard]] std::string files_getProgramPath();
-
-/// What stands behind the name of a file while it is written aside.
-constexpr const char* FILE_IN_THE_MAKING = ".part";
-
-/// Writes a whole file aside, hands it to the disk, and puts it in place: whatever happens, the name stands for the
-/// file that was there or for the new one. False if it can't be done; the file that was there stays then.
-[[nodiscard]] bool files_writeWhole(const std::string& path, const void* bytes, size_t size);
 
 /// Reads a whole file; false if it can't be read. Throws without memory for it.
 [[nodiscard]] bool files_readWhole(const std::string& path, std::vector<char>& bytes);

@@ -27,6 +27,7 @@
 #include "model/model.h"
 #include "model/pattern.h"
 #include "model/pollut.h"
+#include "model/reportfile.h"
 #include "model/timeseries.h"
 #include "nodes/inflows.h"
 #include "nodes/lidmono.h"
@@ -35,6 +36,7 @@
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
 #include "platform/workers.h"
+#include "platform/outputs.h"
 #include "project/reader.h"
 #include "results/binary.h"
 #include "results/database.h"
@@ -56,7 +58,6 @@ Model::~Model() {
         textfile_close(series.file);
     }
     textfile_close(files.input);
-    if (files.report) {
-        std::fclose(files.report);
-    }
+    reportfile_release(*this);
+    outputs_leave(files.reportPlace, files.report);
 }

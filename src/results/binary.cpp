@@ -1,8 +1,10 @@
 // The binary results file: head, names, codes of the columns, dates, one record of fixed length per report, and a
 // closing block at the very end from which a reader finds the sections. The layout is told in the manual.
 //
-// Writes that fail, as on a full disk, are noticed at two places only, behind the head and behind the closing block: at
-// each of them the buffer is written out, and one failure since the last test makes one error. The run goes on.
+// Writes that fail, as on a full disk, are noticed behind the head and behind the closing block: at each of them the
+// buffer is written out, and one failure since the last test makes one error. The run goes on. Only of a file that is
+// written aside a lost record ends the run at once: it is never put in place, but cut behind its last whole record and
+// closed there, so that what the run had done until then can still be read.
 
 #include "results/binary.h"
 
@@ -12,6 +14,7 @@
 #include <memory>
 
 #include "model/errors.h"
+#include "model/inputfiles.h"
 #include "model/messages.h"
 #include "model/model.h"
 #include "model/pollut.h"
@@ -128,17 +131,31 @@ static void writeCodes(Model& model) {
     }
 }
 
+/// Opens the file, or tells that it can't be.
+static bool openFile(Model& model) {
+    BinaryResults& out = *model.binary;
+    const std::string& name = model.files.resultsName;
+    OutputFault fault = OUTPUT_NOT_OPEN;
+    if (inputfiles_findUse(model, name, false).empty()) {
+        out.file = outputs_open(out.place, name, model.log != nullptr, fault);
+    }
+    if (out.file && !outputs_empty(out.file)) {
+        outputs_leave(out.place, out.file);
+    }
+    if (out.file) {
+        return true;
+    }
+    messages_tell(model, "\n    Cannot open output file ");
+    messages_addFault(model, ERR_RESULTS_FILE, name + ": " + outputs_describe(fault, out.place.reason));
+    model.error.code = ERR_RESULTS_FILE;
+    return false;
+}
+
 void binary_open(Model& model) {
     BinaryResults& out = *model.binary;
-    if (out.file) {
-        std::fclose(out.file);
-    }
-    out = {};
+    binary_leave(model);
     out.buffer = std::make_unique_for_overwrite<char[]>(BUFFER_SIZE);
-    out.file = std::fopen(model.files.resultsName.c_str(), "w+b");
-    if (!out.file) {
-        messages_tell(model, "\n    Cannot open output file ");
-        model.error.code = ERR_RESULTS_FILE;
+    if (!openFile(model)) {
         return;
     }
     std::setvbuf(out.file, nullptr, _IONBF, 0);
@@ -156,6 +173,64 @@ void binary_open(Model& model) {
     out.runs.push_back({1, out.written + out.bufferFilled});
 }
 
+// --- a file that lacks records -------------------------------------------------------------------------------------
+
+/// A record or the closing block of a file aside is lost: the run is told of it once.
+static void loseRecords(Model& model) {
+    BinaryResults& out = *model.binary;
+    out.hasFailed = false;
+    if (!out.isLost) {
+        out.isLost = true;
+        messages_setDetail(model, (" (" + model.files.resultsName + ")").c_str());
+        errors_report(model, ERR_RESULTS_WRITE, "");
+    }
+}
+
+static void writeClosingBlock(Model& model, int32_t recordCount) {
+    BinaryResults& out = *model.binary;
+    writeInteger(out, out.namesOffset);
+    writeInteger(out, out.codesOffset);
+    writeInteger(out, out.dateOffset);
+    writeInteger(out, out.resultsOffset);
+    writeCount(out, recordCount);
+    writeCount(out, errors_getPublicCode(model.error.code));
+    writeInteger(out, MAGIC_NUMBER);
+    flushBuffer(out);
+}
+
+/// Closes the file behind the last record for which there is room, the closing block included. False if there isn't a
+/// single one.
+static bool closeBehindWholeRecords(Model& model) {
+    BinaryResults& out = *model.binary;
+    const int64_t size = files_getSize(out.file);
+    const uint64_t first = out.runs.empty() ? 0 : out.runs.front().offset;
+    if (size < 0 || out.recordSize == 0 || static_cast<uint64_t>(size) < first) {
+        return false;
+    }
+    for (uint64_t count = (static_cast<uint64_t>(size) - first) / out.recordSize; count > 0; --count) {
+        out.bufferFilled = 0;
+        out.hasFailed = !files_cut(out.file, static_cast<int64_t>(first + count * out.recordSize));
+        writeClosingBlock(model, static_cast<int32_t>(count));
+        if (!out.hasFailed && std::fflush(out.file) == 0) {
+            return true;
+        }
+        std::clearerr(out.file);
+    }
+    return false;
+}
+
+/// Leaves aside what there is of a file that lacks records, and says so.
+static void keepAside(Model& model) {
+    BinaryResults& out = *model.binary;
+    if (!closeBehindWholeRecords(model)) {
+        outputs_drop(out.place, out.file);
+        return;
+    }
+    const std::string text = "the periods that could be written stand in " + out.place.written;
+    outputs_leave(out.place, out.file);
+    messages_addInfo(model, text.c_str());
+}
+
 // --- records and end -----------------------------------------------------------------------------------------------
 
 void binary_writeRecord(Model& model, double date, const float* values, int64_t count) {
@@ -163,6 +238,7 @@ void binary_writeRecord(Model& model, double date, const float* values, int64_t 
     if (!out.file) {
         return;
     }
+    out.recordSize = sizeof date + static_cast<uint64_t>(count) * sizeof(float);
     writeInteger(out, std::bit_cast<uint64_t>(date));
     if constexpr (std::endian::native == std::endian::little) {
         writeBytes(out, values, static_cast<size_t>(count) * sizeof(float));
@@ -170,6 +246,9 @@ void binary_writeRecord(Model& model, double date, const float* values, int64_t 
         for (int64_t k = 0; k < count; ++k) {
             writeInteger(out, std::bit_cast<uint32_t>(values[k]));
         }
+    }
+    if (out.hasFailed && model.log) {
+        loseRecords(model);
     }
 }
 
@@ -209,14 +288,31 @@ void binary_end(Model& model, int32_t periodCount) {
     if (!out.file) {
         return;
     }
-    writeInteger(out, out.namesOffset);
-    writeInteger(out, out.codesOffset);
-    writeInteger(out, out.dateOffset);
-    writeInteger(out, out.resultsOffset);
-    writeCount(out, periodCount - out.missingCount);
-    writeCount(out, errors_getPublicCode(model.error.code));
-    writeInteger(out, MAGIC_NUMBER);
-    testWrites(model);
+    if (out.isLost) {
+        return;
+    }
+    writeClosingBlock(model, periodCount - out.missingCount);
+    if (model.log && out.hasFailed) {
+        loseRecords(model);
+    } else {
+        testWrites(model);
+    }
+}
+
+/// Puts a file aside in place. Of one that is written in place, nobody asks any more.
+static void finish(Model& model) {
+    BinaryResults& out = *model.binary;
+    const std::string written = out.place.written;
+    const OutputFault fault = outputs_finish(out.place, out.file);
+    if (fault == OUTPUT_FINE || !model.log) {
+        return;
+    }
+    std::string detail = model.files.resultsName + ": " + outputs_describe(fault, out.place.reason);
+    if (fault != OUTPUT_NOT_WRITTEN) {
+        detail += "; the results stand in " + written;
+    }
+    messages_setDetail(model, (" (" + detail + ")").c_str());
+    errors_report(model, ERR_RESULTS_WRITE, "");
 }
 
 void binary_close(Model& model, bool isKept) {
@@ -225,9 +321,26 @@ void binary_close(Model& model, bool isKept) {
         return;
     }
     flushBuffer(out);
-    std::fclose(out.file);
-    out = {};
-    if (!isKept) {
-        files_delete(model.files.resultsName.c_str());
+    if (out.isLost) {
+        keepAside(model);
+    } else if (isKept) {
+        finish(model);
+    } else {
+        outputs_drop(out.place, out.file);
     }
+    out = {};
+}
+
+void binary_drop(Model& model) {
+    outputs_drop(model.binary->place, model.binary->file);
+    *model.binary = {};
+}
+
+void binary_leave(Model& model) {
+    BinaryResults& out = *model.binary;
+    if (out.file) {
+        flushBuffer(out);
+    }
+    outputs_leave(out.place, out.file);
+    out = {};
 }

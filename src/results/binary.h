@@ -7,6 +7,8 @@
 #include <memory>
 #include <vector>
 
+#include "platform/outputs.h"
+
 struct Model;
 
 /// Records of consecutive periods in the file, up to the next run of them.
@@ -17,18 +19,21 @@ struct RecordRun {
 
 /// The file of a run. Of a place beyond 4 GiB the low 32 bits are stored, so such a file has no valid directory.
 struct BinaryResults {
-    std::FILE* file;                 ///< null while none is open
+    std::FILE* file;  ///< null while none is open
+    OutputPlace place;
     std::unique_ptr<char[]> buffer;  ///< bytes on their way to the file
     size_t bufferFilled;
     uint64_t written;                                              ///< bytes that have left the buffer
     bool hasFailed;                                                ///< some write since the last test
+    bool isLost;                                                   ///< a file aside that lacks records
+    uint64_t recordSize;                                           ///< bytes
     uint32_t namesOffset, codesOffset, dateOffset, resultsOffset;  ///< where the sections begin
     std::vector<RecordRun> runs;                                   ///< of all records; mostly one, from period 1 on
     int32_t missingCount;                                          ///< periods ahead of the next record that have none
 };
 
 /// Makes the file of the project, or empties it, and writes all that stands ahead of the first record. Without a file
-/// the functions below do nothing.
+/// the functions below do nothing. For a host of models it is written aside, and put in place by the close.
 void binary_open(Model& model);
 
 /// Adds the record of a report: its date (days), and so many values.
@@ -42,5 +47,12 @@ void binary_takeBack(Model& model, int32_t period, uint64_t recordSize);
 /// Writes the closing block, by which readers find the sections.
 void binary_end(Model& model, int32_t periodCount);
 
-/// Closes the file, if one is open, and deletes it if it isn't to be kept.
+/// Closes the file, if one is open, and deletes it if it isn't to be kept. One that lacks records stays aside, closed
+/// behind its last whole one.
 void binary_close(Model& model, bool isKept);
+
+/// Closes the file and leaves nothing of it; of what stands in its place, nothing is touched.
+void binary_drop(Model& model);
+
+/// Closes the file as it stands.
+void binary_leave(Model& model);

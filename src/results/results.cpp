@@ -17,6 +17,8 @@
 #include "hydrology/gage.h"
 #include "model/arena.h"
 #include "model/errors.h"
+#include "model/inputfiles.h"
+#include "model/messages.h"
 #include "model/model.h"
 #include "model/project.h"
 #include "results/binary.h"
@@ -80,6 +82,16 @@ static void openBuffers(Model& model) {
     }
 }
 
+/// A database that would be written over what the project reads is one that can't be opened.
+static void openDatabase(Model& model) {
+    if (inputfiles_findUse(model, model.files.databaseName, true).empty()) {
+        database_open(model);
+        return;
+    }
+    messages_tell(model, "\n    Cannot open database file ");
+    model.error.code = ERR_DATABASE_FILE;
+}
+
 void results_open(Model& model) {
     results_releaseBuffers(model);
     if (model.error.code) {
@@ -93,7 +105,7 @@ void results_open(Model& model) {
         binary_open(model);
     }
     if (model.sinks & SINK_DATABASE && !model.error.code) {
-        database_open(model);
+        openDatabase(model);
     }
 }
 
@@ -235,8 +247,14 @@ void results_close(Model& model) {
     database_close(model, model.sinks & SINK_DATABASE);
 }
 
+void results_drop(Model& model) {
+    results_releaseBuffers(model);
+    binary_drop(model);
+    database_abandon(model);
+}
+
 void results_abandon(Model& model) {
     results_releaseBuffers(model);
-    binary_close(model, true);
+    binary_leave(model);
     database_abandon(model);
 }

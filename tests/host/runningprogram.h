@@ -44,6 +44,8 @@ struct RunningProgram {
         sigemptyset(&signals);
         sigaddset(&signals, SIGINT);
         sigaddset(&signals, SIGTERM);
+        sigaddset(&signals, SIGHUP);
+        sigaddset(&signals, SIGPIPE);
         posix_spawnattr_setsigdefault(&attributes, &signals);
         posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
         EXPECT_EQ(posix_spawn(&child, pointers[0], &actions, &attributes, pointers.data(), environ), 0);

@@ -139,7 +139,7 @@ TEST_F(HostState, NoStateIsSavedAfterAnError) {
 TEST(HostStateSignal, ASignalSavesTheState) {
     TempFolder folder;
     RunningProgram run({"--save-state", folder.file("state")});
-    ASSERT_TRUE(run.waitForSize("model.bin", 4000));
+    ASSERT_TRUE(run.waitForSize("model.bin.part", 4000));
     kill(run.child, SIGINT);
     EXPECT_EQ(run.wait(), 130);
     EXPECT_THAT(readFile(run.folder.file("out")), HasSubstr("  State:   " + folder.file("state") + "\n"));

@@ -1,0 +1,16 @@
+#pragma once
+// Files that the engine reads for a project, so that none of them is written over.
+
+#include <string>
+
+struct Model;
+
+/// Notes a file that is read; `use` says what for, as in "the file of time series RAIN".
+void inputfiles_add(Model& model, const std::string& path, const std::string& use);
+
+/// What the file is read for that an output of this name would be written over, under whatever spelling; empty for
+/// none. The database of results has a journal beside it, and an output may be written aside.
+[[nodiscard]] std::string inputfiles_findUse(const Model& model, const std::string& output, bool isDatabase);
+
+/// Whether two outputs, of which the second may be a database, would be one file.
+[[nodiscard]] bool inputfiles_areOne(const std::string& first, const std::string& second, bool isDatabase);

@@ -1,0 +1,455 @@
+// Files that the engine writes, in place or aside. What keeps two runs off one file is an advisory lock of the system,
+// which goes with the process: on the file that is written, and, of one that is written aside, also on the file that
+// will be replaced. A lock is only good if the name still stands for the file that has it: the run before may have put
+// another one in its place in between.
+
+#include "platform/outputs.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <system_error>
+
+#include "platform/files.h"
+
+#if defined(_WIN32)
+#include <io.h>
+#include <share.h>
+#include <windows.h>
+#else
+#include <sys/file.h>
+#include <unistd.h>
+#endif
+
+#if defined(_WIN32)
+
+// --- the system: Windows -------------------------------------------------------------------------------------------
+
+static void closeDescriptor(int32_t descriptor) {
+    _close(descriptor);
+}
+
+static std::string resolve(const std::string& name) {
+    char path[32768];
+    const DWORD length = GetFullPathNameA(name.c_str(), sizeof path, path, nullptr);
+    return length > 0 && length < sizeof path ? std::string(path, length) : name;
+}
+
+static bool isSpecial(const std::string& path) {
+    struct _stat64 status;
+    return _stat64(path.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) != _S_IFREG;
+}
+
+static bool isNowhere(const std::string& path) {
+    return path == "\\\\.\\NUL" || path == "\\\\.\\nul";
+}
+
+/// Opens a file that nobody else may write from now on; below 0 with a fault.
+static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) {
+    int descriptor = -1;
+    const int flags = (isNew ? _O_CREAT | _O_RDWR : _O_RDONLY) | _O_BINARY | _O_NOINHERIT;
+    const int error = _sopen_s(&descriptor, path.c_str(), flags, _SH_DENYWR, _S_IREAD | _S_IWRITE);
+    fault = error == 0 ? OUTPUT_FINE : GetLastError() == ERROR_SHARING_VIOLATION ? OUTPUT_IN_USE : OUTPUT_NOT_OPEN;
+    return error == 0 ? descriptor : -1;
+}
+
+static bool canBeWritten(const std::string& path) {
+    return _access(path.c_str(), 2) == 0;
+}
+
+static std::FILE* makeStream(int32_t descriptor) {
+    return _fdopen(descriptor, "r+b");
+}
+
+static bool cut(int32_t descriptor) {
+    return _chsize_s(descriptor, 0) == 0;
+}
+
+static void copyMode(const std::string&, int32_t) {}
+
+static bool sync(std::FILE* file) {
+    return _commit(_fileno(file)) == 0;
+}
+
+/// A file can't be replaced while it is open: the locks end here.
+static int32_t keepLock(std::FILE*) {
+    return -1;
+}
+
+static bool replace(OutputPlace& place) {
+    if (place.held >= 0) {
+        closeDescriptor(place.held);
+        place.held = -1;
+    }
+    return MoveFileExA(place.written.c_str(), place.target.c_str(),
+                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
+}
+
+static int32_t getDescriptor(std::FILE* file) {
+    return _fileno(file);
+}
+
+FileIdentity outputs_identify(const std::string& name) {
+    FileIdentity identity{resolve(name)};
+    const HANDLE file = CreateFileA(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    BY_HANDLE_FILE_INFORMATION known;
+    if (file != INVALID_HANDLE_VALUE && GetFileInformationByHandle(file, &known)) {
+        identity.device = known.dwVolumeSerialNumber;
+        identity.number = (uint64_t{known.nFileIndexHigh} << 32) | known.nFileIndexLow;
+        identity.exists = true;
+    }
+    if (file != INVALID_HANDLE_VALUE) {
+        CloseHandle(file);
+    }
+    return identity;
+}
+
+#else
+
+// --- the system: all others ----------------------------------------------------------------------------------------
+
+static constexpr int32_t MOST_LINKS = 40;  ///< on the way to a file, as systems count them
+static constexpr int32_t MOST_TRIES = 16;  ///< to get hold of a file that others put in place meanwhile
+
+static void closeDescriptor(int32_t descriptor) {
+    close(descriptor);
+}
+
+static std::string getFolder(const std::string& path) {
+    const size_t separator = path.find_last_of('/');
+    return separator == std::string::npos ? std::string() : path.substr(0, separator + 1);
+}
+
+/// What a link leads to; empty if the name is no link.
+static std::string readLink(const std::string& path) {
+    char text[4096];
+    const ssize_t length = readlink(path.c_str(), text, sizeof text);
+    if (length <= 0 || length == static_cast<ssize_t>(sizeof text)) {
+        return {};
+    }
+    std::string next(text, static_cast<size_t>(length));
+    return next.front() == '/' ? next : getFolder(path) + next;
+}
+
+/// The path of a file behind all links, also of one that isn't there yet.
+static std::string resolve(const std::string& name) {
+    std::string path = name;
+    for (int32_t k = 0; k < MOST_LINKS; ++k) {
+        std::string next = readLink(path);
+        if (next.empty()) {
+            break;
+        }
+        path = std::move(next);
+    }
+    const std::string folder = getFolder(path);
+    char* const real = realpath(folder.empty() ? "." : folder.c_str(), nullptr);
+    if (!real) {
+        return path;
+    }
+    std::string whole = real;
+    std::free(real);
+    return (whole == "/" ? whole : whole + '/') + path.substr(folder.size());
+}
+
+static bool isSpecial(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
+}
+
+/// Whether this is the device that takes all and keeps nothing.
+static bool isNowhere(const std::string& path) {
+    struct stat status, nowhere;
+    return stat(path.c_str(), &status) == 0 && S_ISCHR(status.st_mode) && stat("/dev/null", &nowhere) == 0 &&
+           S_ISCHR(nowhere.st_mode) && status.st_rdev == nowhere.st_rdev;
+}
+
+static bool standsFor(const std::string& path, const struct stat& open) {
+    struct stat named;
+    return stat(path.c_str(), &named) == 0 && named.st_dev == open.st_dev && named.st_ino == open.st_ino;
+}
+
+/// Opens a file that nobody else may write from now on; below 0 with a fault. Where the system has no locks, as on some
+/// shares, it goes without.
+static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) {
+    const int flags = (isNew ? O_RDWR | O_CREAT : O_RDONLY) | O_CLOEXEC;
+    for (int32_t k = 0; k < MOST_TRIES; ++k) {
+        int descriptor = open(path.c_str(), flags, 0666);
+        if (descriptor < 0 && errno == EACCES) {
+            descriptor = open(path.c_str(), (flags & ~(O_RDWR | O_RDONLY)) | O_WRONLY, 0666);
+        }
+        struct stat status;
+        if (descriptor < 0 || fstat(descriptor, &status) != 0) {
+            break;
+        }
+        fault = OUTPUT_FINE;
+        if (!S_ISREG(status.st_mode)) {
+            return descriptor;
+        }
+        if (flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+            close(descriptor);
+            fault = OUTPUT_IN_USE;
+            return -1;
+        }
+        if (standsFor(path, status)) {
+            return descriptor;
+        }
+        close(descriptor);
+    }
+    fault = OUTPUT_NOT_OPEN;
+    return -1;
+}
+
+static bool canBeWritten(const std::string& path) {
+    return access(path.c_str(), W_OK) == 0;
+}
+
+static std::FILE* makeStream(int32_t descriptor) {
+    const int flags = fcntl(descriptor, F_GETFL);
+    return fdopen(descriptor, (flags & O_ACCMODE) == O_WRONLY ? "wb" : "r+b");
+}
+
+static bool cut(int32_t descriptor) {
+    struct stat status;
+    return fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || ftruncate(descriptor, 0) == 0;
+}
+
+/// A file that takes the place of another one is open to the same users.
+static void copyMode(const std::string& from, int32_t descriptor) {
+    struct stat status;
+    if (stat(from.c_str(), &status) == 0) {
+        static_cast<void>(fchmod(descriptor, status.st_mode & 07777));
+    }
+}
+
+static bool sync(std::FILE* file) {
+    return fsync(fileno(file)) == 0 || errno == EINVAL;
+}
+
+/// Keeps the lock of a file that is closed, until it is in place.
+static int32_t keepLock(std::FILE* file) {
+    return fcntl(fileno(file), F_DUPFD_CLOEXEC, 0);
+}
+
+static bool replace(OutputPlace& place) {
+    return std::rename(place.written.c_str(), place.target.c_str()) == 0;
+}
+
+static int32_t getDescriptor(std::FILE* file) {
+    return fileno(file);
+}
+
+FileIdentity outputs_identify(const std::string& name) {
+    FileIdentity identity{resolve(name)};
+    struct stat status;
+    if (stat(name.c_str(), &status) == 0) {
+        identity.device = static_cast<uint64_t>(status.st_dev);
+        identity.number = static_cast<uint64_t>(status.st_ino);
+        identity.exists = true;
+    }
+    return identity;
+}
+
+#endif
+
+bool outputs_isSame(const FileIdentity& first, const FileIdentity& second) {
+    const bool isOne = first.exists && second.exists && first.device == second.device && first.number == second.number;
+    return isOne || first.path == second.path;
+}
+
+// --- opening -------------------------------------------------------------------------------------------------------
+
+static std::FILE* refuse(OutputPlace& place, OutputFault& fault, OutputFault which) {
+    fault = which;
+    place.reason = which == OUTPUT_NOT_OPEN ? errno : 0;
+    if (place.held >= 0) {
+        closeDescriptor(place.held);
+    }
+    place.held = -1;
+    place.written.clear();
+    return nullptr;
+}
+
+/// Makes a stream of a descriptor that was opened well.
+static std::FILE* open(OutputPlace& place, int32_t descriptor, OutputFault& fault) {
+    std::FILE* file = descriptor < 0 ? nullptr : makeStream(descriptor);
+    if (descriptor >= 0 && !file) {
+        closeDescriptor(descriptor);
+    }
+    return file ? file : refuse(place, fault, fault == OUTPUT_IN_USE ? OUTPUT_IN_USE : OUTPUT_NOT_OPEN);
+}
+
+/// Whether a run writes aside what is to stand here.
+static bool isInTheMaking(const std::string& path) {
+    const std::string aside = path + FILE_IN_THE_MAKING;
+    if (!files_exists(aside) || isSpecial(aside)) {
+        return false;
+    }
+    OutputFault fault;
+    const int32_t descriptor = openOwn(aside, false, fault);
+    if (descriptor >= 0) {
+        closeDescriptor(descriptor);
+    }
+    return fault == OUTPUT_IN_USE;
+}
+
+static std::FILE* openInPlace(OutputPlace& place, const std::string& name, OutputFault& fault) {
+    if (isInTheMaking(resolve(name))) {
+        return refuse(place, fault, OUTPUT_IN_USE);
+    }
+    place.target = place.written = name;
+    return open(place, openOwn(name, true, fault), fault);
+}
+
+static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputFault& fault) {
+    errno = 0;
+    place.target = resolve(name);
+    place.written = place.target + FILE_IN_THE_MAKING;
+    if (isNowhere(place.target)) {
+        return openInPlace(place, name, fault);
+    }
+    if (isSpecial(place.target) || isSpecial(place.written)) {
+        return refuse(place, fault, OUTPUT_NO_FILE);
+    }
+    const bool isThere = files_exists(place.target);
+    if (isThere && !canBeWritten(place.target)) {
+        return refuse(place, fault, OUTPUT_NOT_OPEN);
+    }
+    if (isThere) {
+        place.held = openOwn(place.target, false, fault);
+        if (place.held < 0) {
+            return refuse(place, fault, fault);
+        }
+    }
+    std::FILE* file = resolve(place.written) == place.written ? open(place, openOwn(place.written, true, fault), fault)
+                                                              : refuse(place, fault, OUTPUT_NO_FILE);
+    if (!file) {
+        return nullptr;
+    }
+    if (!cut(getDescriptor(file))) {
+        std::fclose(file);
+        return refuse(place, fault, OUTPUT_NOT_OPEN);
+    }
+    if (isThere) {
+        copyMode(place.target, getDescriptor(file));
+    }
+    return file;
+}
+
+std::FILE* outputs_open(OutputPlace& place, const std::string& name, bool isAside, OutputFault& fault) {
+    place = {};
+    errno = 0;
+    fault = OUTPUT_FINE;
+    return isAside ? openAside(place, name, fault) : openInPlace(place, name, fault);
+}
+
+bool outputs_empty(std::FILE* file) {
+    return cut(getDescriptor(file));
+}
+
+// --- the end -------------------------------------------------------------------------------------------------------
+
+static bool isAside(const OutputPlace& place) {
+    return place.written != place.target;
+}
+
+static void release(OutputPlace& place) {
+    if (place.held >= 0) {
+        closeDescriptor(place.held);
+    }
+    place.held = -1;
+    place.written.clear();
+}
+
+/// Puts a closed file in place, if nobody else has begun to write one there.
+static OutputFault putInPlace(OutputPlace& place) {
+    OutputFault fault = OUTPUT_FINE;
+    if (place.held < 0 && files_exists(place.target)) {
+        if (isSpecial(place.target)) {
+            return OUTPUT_NO_FILE;
+        }
+        place.held = openOwn(place.target, false, fault);
+    }
+    if (fault != OUTPUT_IN_USE) {
+        fault = replace(place) ? OUTPUT_FINE : OUTPUT_NOT_OPEN;
+    }
+    place.reason = fault == OUTPUT_NOT_OPEN ? errno : 0;
+    return fault;
+}
+
+OutputFault outputs_finish(OutputPlace& place, std::FILE*& file) {
+    if (!file) {
+        return OUTPUT_FINE;
+    }
+    errno = 0;
+    bool isWell = std::fflush(file) == 0 && std::ferror(file) == 0;
+    if (isWell && isAside(place) && files_exists(place.target)) {
+        isWell = sync(file);  // a name is never taken from a whole file for one that the disk doesn't have yet
+    }
+    const int32_t lock = isAside(place) ? keepLock(file) : -1;
+    isWell = std::fclose(file) == 0 && isWell;
+    file = nullptr;
+    OutputFault fault = isWell ? OUTPUT_FINE : OUTPUT_NOT_WRITTEN;
+    place.reason = isWell ? 0 : errno;
+    if (isAside(place)) {
+        if (isWell) {
+            fault = putInPlace(place);
+        } else {
+            files_delete(place.written.c_str());
+        }
+    }
+    if (lock >= 0) {
+        closeDescriptor(lock);
+    }
+    release(place);
+    return fault;
+}
+
+void outputs_leave(OutputPlace& place, std::FILE*& file) {
+    if (file) {
+        std::fclose(file);
+        file = nullptr;
+    }
+    release(place);
+}
+
+void outputs_drop(OutputPlace& place, std::FILE*& file) {
+    if (file) {
+        const std::string written = place.written;
+#if !defined(_WIN32)
+        files_delete(written.c_str());  // while its lock keeps others off the name
+#endif
+        std::fclose(file);
+        file = nullptr;
+#if defined(_WIN32)
+        files_delete(written.c_str());
+#endif
+    }
+    release(place);
+}
+
+std::string outputs_describe(OutputFault fault, int32_t reason) {
+    switch (fault) {
+        case OUTPUT_IN_USE: return "another run writes it";
+        case OUTPUT_NO_FILE: return "it is a folder, a device or a pipe";
+        case OUTPUT_NOT_OPEN:
+        case OUTPUT_NOT_WRITTEN: return reason != 0 ? std::generic_category().message(reason) : "the system refuses";
+        default: return {};
+    }
+}
+
+OutputFault outputs_writeWhole(const std::string& path, const void* bytes, size_t size) {
+    OutputPlace place;
+    OutputFault fault;
+    std::FILE* file = outputs_open(place, path, true, fault);
+    if (!file) {
+        return fault;
+    }
+    if (std::fwrite(bytes, 1, size, file) != size) {
+        outputs_drop(place, file);
+        return OUTPUT_NOT_WRITTEN;
+    }
+    return outputs_finish(place, file);
+}

@@ -1,0 +1,62 @@
+#pragma once
+// Files that the engine writes. A file is written in place, where hosts watch it grow; or aside, under its name with
+// ".part" behind it, and put in place when it is complete: until then the name stands for the file that was there.
+// Either way one run at a time writes a file, and a second one is refused before anything is lost.
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+/// What stands behind the name of a file while it is written aside.
+constexpr const char* FILE_IN_THE_MAKING = ".part";
+
+/// Why a file can't be written.
+enum OutputFault : int32_t {
+    OUTPUT_FINE,
+    OUTPUT_NOT_OPEN,     ///< it can't be opened, or not be put in place
+    OUTPUT_IN_USE,       ///< another run writes it
+    OUTPUT_NO_FILE,      ///< it is a folder, a device or a pipe, which nothing can be put in place of
+    OUTPUT_NOT_WRITTEN,  ///< a write, or the end of it, has failed
+};
+
+/// Where an output is to stand, and where it stands while it is written.
+struct OutputPlace {
+    std::string target;   ///< behind all links, if it is written aside
+    std::string written;  ///< the target itself, or the file aside; empty while none is open
+    int32_t held = -1;    ///< what keeps others off the file that stands at the target; -1 for nothing
+    int32_t reason = 0;   ///< errno of the last fault, where the system gave one
+};
+
+/// Opens a file for writing and reading, empty if it is written aside; in place it keeps its bytes until it is emptied.
+/// The null device is always written in place. Null with a fault if it can't be opened, and nothing has changed then.
+[[nodiscard]] std::FILE* outputs_open(OutputPlace& place, const std::string& name, bool isAside, OutputFault& fault);
+
+/// Empties a file that is written in place; false if that fails. What is no file has nothing to be emptied of.
+bool outputs_empty(std::FILE* file);
+
+/// Closes a file with all that was written to it, and puts it in place. A file aside whose last byte can't be written
+/// is deleted; one that can't be put in place stays aside.
+[[nodiscard]] OutputFault outputs_finish(OutputPlace& place, std::FILE*& file);
+
+/// Closes a file, and leaves it as and where it stands.
+void outputs_leave(OutputPlace& place, std::FILE*& file);
+
+/// Closes a file that isn't wanted, and deletes it; what stands in the place of one aside stays.
+void outputs_drop(OutputPlace& place, std::FILE*& file);
+
+/// A fault in words, for the end of a sentence.
+[[nodiscard]] std::string outputs_describe(OutputFault fault, int32_t reason);
+
+/// Writes a whole file aside, and puts it in place: whatever happens, the name stands for the file that was there or
+/// for the new one.
+[[nodiscard]] OutputFault outputs_writeWhole(const std::string& path, const void* bytes, size_t size);
+
+/// A file as the system knows it, whatever it is called.
+struct FileIdentity {
+    std::string path;  ///< behind all links
+    uint64_t device = 0, number = 0;
+    bool exists = false;
+};
+
+[[nodiscard]] FileIdentity outputs_identify(const std::string& name);
+[[nodiscard]] bool outputs_isSame(const FileIdentity& first, const FileIdentity& second);

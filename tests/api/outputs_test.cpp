@@ -1,0 +1,168 @@
+// What both faces do to files that others write, and to those that a project reads.
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "support/child.h"
+#include "support/generate.h"
+#include "support/project.h"
+#include "support/tvmodel.h"
+#include "tarnvelde.h"
+
+namespace fs = std::filesystem;
+
+static constexpr int32_t CODE_SAME_NAMES = 301;
+static constexpr int32_t CODE_REPORT = 305;
+static constexpr int32_t CODE_RESULTS = 307;
+static constexpr int32_t CODE_DATABASE = 313;
+
+namespace {
+
+/// A project whose inflow stands in a file beside it.
+struct SeriesProject : Project {
+    std::string series = folder.write("rain.dat", "2024/01/01 0:00 1\n2024/01/03 0:00 2\n");
+    std::string seriesBytes = readFile(series);
+
+    SeriesProject()
+        : Project(
+              "[GENERAL]\nSTART_DATE 2024/01/01\nEND_DATE 2024/01/01\nEND_TIME 01:00\nROUTING_STEP 0:01:00\n"
+              "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[PIPES]\nP1 J1 O1 NO 300 1 0.2 0\n"
+              "[INFLOWS]\nJ1 FLOW FLOW 0.5 RAIN 1\n[TIMESERIES]\nRAIN FILE rain.dat\n") {}
+
+    std::string name(const char* spelling) const { return folder.path.string() + '/' + spelling; }
+};
+
+}  // namespace
+
+// --- what a project reads ------------------------------------------------------------------------------------------
+
+TEST(Outputs, OfTheOldFaceAreNoInputs) {
+    const SeriesProject project;
+    fs::create_symlink(project.series, project.name("link"));
+    for (const char* spelling : {"rain.dat", "./rain.dat", "link"}) {
+        SCOPED_TRACE(spelling);
+        EXPECT_EQ(tarnvelde_open(project.input.c_str(), project.name(spelling).c_str(), ""), CODE_REPORT);
+        EXPECT_EQ(tarnvelde_close(), 0);
+        EXPECT_EQ(readFile(project.series), project.seriesBytes);
+        ASSERT_EQ(tarnvelde_open(project.input.c_str(), project.report.c_str(), project.name(spelling).c_str()), 0);
+        EXPECT_EQ(tarnvelde_start(TARNVELDE_SAVE_BINARY), CODE_RESULTS);
+        EXPECT_EQ(tarnvelde_close(), 0);
+        EXPECT_EQ(readFile(project.series), project.seriesBytes);
+    }
+}
+
+TEST(Outputs, OfTheOldFaceAreNotTheProjectInOtherWords) {
+    const SeriesProject project;
+    const std::string bytes = readFile(project.input);
+    const std::string other = project.folder.path.string() + "/./" + fs::path(project.input).filename().string();
+    EXPECT_EQ(tarnvelde_open(project.input.c_str(), other.c_str(), ""), CODE_REPORT);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(readFile(project.input), bytes);
+}
+
+TEST(Outputs, OfTheOldFaceAreNoDatabaseThatIsRead) {
+    const SeriesProject project;
+    const std::string text = readFile(project.input);
+    const std::string database = fs::path(project.input).replace_extension(".db").string();
+    fs::rename(project.series, database);
+    const std::string file = fs::path(database).filename().string();
+    project.folder.write(fs::path(project.input).filename().string(),
+                         text.substr(0, text.rfind("rain.dat")) + file + '\n');
+    ASSERT_EQ(tarnvelde_open(project.input.c_str(), project.report.c_str(), ""), 0);
+    EXPECT_EQ(tarnvelde_start(TARNVELDE_SAVE_DATABASE), CODE_DATABASE);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(readFile(database), project.seriesBytes);
+}
+
+TEST(Outputs, OfModelsAreNoInputs) {
+    const SeriesProject project;
+    TvModel model;
+    EXPECT_EQ(tv_open(model, project.input.c_str(), project.series.c_str()), CODE_SAME_NAMES);
+    ASSERT_EQ(model.getErrors().size(), 1u);
+    EXPECT_STREQ(
+        model.getErrors()[0].text,
+        ("files share same names. (the report " + project.series + " is the file of time series RAIN)").c_str());
+    int32_t phase = -1;
+    EXPECT_EQ(tv_getPhase(model, &phase), TV_OK);
+    EXPECT_EQ(phase, TV_CLOSED);
+    ASSERT_EQ(tv_open(model, project.input.c_str(), project.report.c_str()), TV_OK);
+    EXPECT_EQ(tv_start(model, project.name("./rain.dat").c_str(), nullptr), CODE_SAME_NAMES);
+    EXPECT_EQ(tv_start(model, nullptr, project.series.c_str()), CODE_SAME_NAMES);
+    EXPECT_EQ(tv_start(model, nullptr, nullptr), TV_OK);
+    EXPECT_EQ(tv_close(model), TV_OK);
+    EXPECT_EQ(readFile(project.series), project.seriesBytes);
+}
+
+// --- company -------------------------------------------------------------------------------------------------------
+
+TEST(Outputs, OfARunAreItsOwnOnBothFaces) {
+    const SeriesProject project, other;
+    ASSERT_EQ(tarnvelde_open(project.input.c_str(), project.report.c_str(), project.results.c_str()), 0);
+    ASSERT_EQ(tarnvelde_start(TARNVELDE_SAVE_BINARY), 0);
+    const std::string begun = readFile(project.report);
+    TvModel model;
+    EXPECT_EQ(tv_open(model, other.input.c_str(), project.report.c_str()), CODE_REPORT);
+    ASSERT_EQ(tv_open(model, other.input.c_str(), nullptr), TV_OK);
+    EXPECT_EQ(tv_start(model, project.results.c_str(), nullptr), CODE_RESULTS);
+    EXPECT_EQ(readFile(project.report), begun);
+    double elapsed = 1.0;
+    while (elapsed > 0.0) {
+        ASSERT_EQ(tarnvelde_step(&elapsed), 0);
+    }
+    EXPECT_EQ(tarnvelde_end(), 0);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(tv_start(model, project.results.c_str(), nullptr), TV_OK);
+    EXPECT_EQ(tarnvelde_open(other.input.c_str(), other.report.c_str(), project.results.c_str()), 0);
+    EXPECT_EQ(tarnvelde_start(TARNVELDE_SAVE_BINARY), CODE_RESULTS);
+    EXPECT_EQ(tarnvelde_close(), 0);
+    EXPECT_EQ(tv_close(model), TV_OK);
+}
+
+// --- aside ---------------------------------------------------------------------------------------------------------
+
+TEST(Outputs, OfModelsArePutInPlaceAtTheEnd) {
+    const SeriesProject project;
+    project.folder.write(fs::path(project.results).filename().string(), "results before");
+    project.folder.write(fs::path(project.report).filename().string(), "report before");
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), project.report.c_str()), TV_OK);
+    ASSERT_EQ(tv_start(model, project.results.c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+    EXPECT_EQ(readFile(project.results), "results before");
+    EXPECT_EQ(tv_report(model), TV_OK);
+    EXPECT_EQ(tv_end(model), TV_OK);
+    EXPECT_GT(readFile(project.results).size(), 100u);
+    EXPECT_EQ(readFile(project.report), "report before");
+    EXPECT_EQ(tv_close(model), TV_OK);
+    EXPECT_NE(readFile(project.report).find("Flow Routing Continuity"), std::string::npos);
+    EXPECT_FALSE(fs::exists(project.results + ".part"));
+    EXPECT_FALSE(fs::exists(project.report + ".part"));
+}
+
+TEST(Outputs, OfAProjectThatNeverRanLeaveTheReportBefore) {
+    const SeriesProject project;
+    project.folder.write(fs::path(project.report).filename().string(), "report before");
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), project.report.c_str()), TV_OK);
+    EXPECT_EQ(tv_close(model), TV_OK);
+    EXPECT_EQ(readFile(project.report), "report before");
+    EXPECT_FALSE(fs::exists(project.report + ".part"));
+}
+
+TEST(Outputs, ThatCantBeWrittenGiveACode) {
+    const SeriesProject project;
+    const int status = process_fork([&] {
+        TvModel model;
+        const bool isOpen = tv_open(model, project.input.c_str(), project.report.c_str()) == TV_OK &&
+                            tv_start(model, nullptr, nullptr) == TV_OK && tv_runUntil(model, TV_END) == TV_OK;
+        process_limitFileSize(500);
+        const bool isTold = isOpen && tv_report(model) == TV_ERROR_FILE && tv_end(model) == TV_OK &&
+                            tv_close(model) == TV_ERROR_FILE && model.getErrors().size() == 1;
+        return isTold ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(fs::exists(project.report));
+    EXPECT_FALSE(fs::exists(project.report + ".part"));
+}

@@ -1,0 +1,167 @@
+// What a run does to the files that stand where its own are to stand, and to those that it reads.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <string>
+
+#include "program.h"
+#include "runningprogram.h"
+#include "support/child.h"
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+namespace {
+
+/// A project with a series in a file.
+struct HostOutputs : testing::Test {
+    TempFolder folder;
+    std::string series = folder.write("rain.dat", "2024/01/01 0:00 1\n2024/01/01 2:00 2\n");
+    std::string model = folder.write("model.inp", std::string(GOOD_PROJECT) +
+                                                      "O1 FLOW FLOW 0 RAIN 1\n"
+                                                      "[TIMESERIES]\n"
+                                                      "RAIN FILE rain.dat\n");
+
+    ProcessResult run(std::vector<std::string> options) const {
+        options.insert(options.begin(), {"run", model, "--quiet"});
+        return runProgramWithin(20, options);
+    }
+};
+
+}  // namespace
+
+TEST(HostOutputsKilled, LeavesWhatWasThere) {
+    RunningProgram run({});
+    const std::string report = run.folder.write("model.rpt", "the report before");
+    const std::string results = run.folder.write("model.bin", "the results before");
+    ASSERT_TRUE(run.waitForSize("model.bin.part", 4000));
+    kill(run.child, SIGKILL);
+    EXPECT_EQ(run.wait(), 128 + SIGKILL);
+    EXPECT_EQ(readFile(report), "the report before");
+    EXPECT_EQ(readFile(results), "the results before");
+    EXPECT_TRUE(fs::exists(report + ".part"));
+}
+
+TEST(HostOutputsShared, ASecondRunIsRefused) {
+    RunningProgram first({});
+    ASSERT_TRUE(first.waitForSize("model.bin.part", 4000));
+    const std::string other = first.folder.write("other.inp", GOOD_PROJECT);
+    const ProcessResult report = runProgram({"run", other, "--report", first.folder.file("model.rpt"), "--quiet"});
+    EXPECT_EQ(report.status, 1);
+    EXPECT_THAT(report.err, HasSubstr("ERROR 305: cannot open the report file " + first.folder.file("model.rpt") +
+                                      ": another run writes it\n"));
+    const ProcessResult results = runProgram({"run", other, "--results", first.folder.file("model.bin"), "--quiet"});
+    EXPECT_EQ(results.status, 1);
+    EXPECT_THAT(results.err, HasSubstr("ERROR 307: cannot open the binary results file " +
+                                       first.folder.file("model.bin") + ": another run writes it\n"));
+    kill(first.child, SIGTERM);
+    EXPECT_EQ(first.wait(), 143);
+    EXPECT_EQ(runProgram({"results", first.folder.file("model.bin"), "--summary"}).status, 0);
+    EXPECT_THAT(readFile(first.folder.file("model.rpt")), HasSubstr("Flow Routing Continuity"));
+}
+
+TEST_F(HostOutputs, AreNeverWhatTheRunReads) {
+    fs::create_directory(folder.file("deep"));
+    fs::create_symlink(series, folder.file("link"));
+    fs::create_hard_link(series, folder.file("twin"));
+    const std::string seriesBytes = readFile(series), modelBytes = readFile(model);
+    for (const char* option : {"--report", "--results", "--database"}) {
+        for (const char* name : {"rain.dat", "deep/../rain.dat", "./rain.dat", "link", "twin", "./model.inp"}) {
+            SCOPED_TRACE(std::string(option) + ' ' + name);
+            std::vector<std::string> options = {option, folder.path.string() + '/' + name};
+            if (option == std::string("--database")) {
+                options = {"--database=" + options[1]};
+            }
+            const ProcessResult result = run(options);
+            EXPECT_EQ(result.status, 1);
+            EXPECT_THAT(result.err, HasSubstr("ERROR 301"));
+            EXPECT_EQ(readFile(series), seriesBytes);
+            EXPECT_EQ(readFile(model), modelBytes);
+            EXPECT_TRUE(fs::is_symlink(folder.file("link")));
+            EXPECT_FALSE(fs::exists(series + ".part"));
+        }
+    }
+}
+
+TEST_F(HostOutputs, AreNotTheSeriesOfAProjectWithErrors) {
+    const std::string bytes = readFile(series);
+    const std::string text = readFile(model);
+    for (const std::string& fault : {std::string("[NOTHING]\n"), std::string("[PIPES]\nP9 J1 O1 NO x 1 0.2 0\n")}) {
+        folder.write("model.inp", fault + text);
+        const ProcessResult result = run({"--report", series});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(readFile(series), bytes);
+    }
+}
+
+TEST_F(HostOutputs, AreNotTheJournalOfTheDatabase) {
+    for (const char* ending : {"-journal", "-wal", ".part"}) {
+        const ProcessResult result =
+            run({"--database=" + folder.file("r.db"), "--results", folder.file("r.db") + ending});
+        EXPECT_EQ(result.status, 1) << ending;
+        EXPECT_THAT(result.err, HasSubstr("ERROR 301"));
+    }
+}
+
+TEST_F(HostOutputs, AreNoPipes) {
+    const std::string pipe = folder.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const char* option : {"--report", "--results"}) {
+        const ProcessResult result = run({option, pipe});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr("it is a folder, a device or a pipe"));
+    }
+}
+
+TEST_F(HostOutputs, ThatFindNoRoomLeaveWhatWasThere) {
+    ASSERT_EQ(run({}).status, 0);
+    const std::string report = readFile(folder.file("model.rpt")), results = readFile(folder.file("model.bin"));
+    const size_t largest = std::max(report.size(), results.size());
+    for (size_t limit = 0; limit < largest; limit += 1 + largest / 40) {
+        SCOPED_TRACE(limit);
+        folder.write("model.rpt", "the report before");
+        folder.write("model.bin", "the results before");
+        const int status = process_fork([&] {
+            process_limitFileSize(limit);
+            const ProcessResult result = run({});
+            return result.status;
+        });
+        EXPECT_EQ(status, 1);
+        if (limit < report.size()) {
+            EXPECT_EQ(readFile(folder.file("model.rpt")), "the report before");
+        }
+        EXPECT_FALSE(fs::exists(folder.file("model.rpt.part")));
+        if (limit < results.size()) {
+            EXPECT_EQ(readFile(folder.file("model.bin")), "the results before");
+        }
+        if (fs::exists(folder.file("model.bin.part"))) {
+            EXPECT_EQ(runProgram({"results", folder.file("model.bin.part"), "--summary"}).status, 0);
+        }
+    }
+}
+
+TEST_F(HostOutputs, OfAFullDiskHoldTheWholePeriodsAside) {
+    ASSERT_EQ(run({}).status, 0);
+    const std::string whole = runProgram({"results", folder.file("model.bin"), "--object", "P1", "--csv"}).out;
+    const size_t size = readFile(folder.file("model.bin")).size();
+    const int status = process_fork([&] {
+        process_limitFileSize(size - 200);
+        return runProgram({"run", model, "--report", "/dev/null"}).status;
+    });
+    EXPECT_EQ(status, 1);
+    const std::string cut = runProgram({"results", folder.file("model.bin.part"), "--object", "P1", "--csv"}).out;
+    EXPECT_GT(cut.size(), 100U);
+    EXPECT_LT(cut.size(), whole.size());
+    EXPECT_EQ(cut, whole.substr(0, cut.size()));
+}
+
+TEST_F(HostOutputs, OfAStartThatFailsLeaveWhatWasThere) {
+    const std::string results = folder.write("model.bin", "the results before");
+    const ProcessResult result = run({"--results", results, "--database=" + folder.file("no/folder/r.db")});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(readFile(results), "the results before");
+    EXPECT_FALSE(fs::exists(results + ".part"));
+}
