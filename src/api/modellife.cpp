@@ -11,6 +11,7 @@
 #include "model/warnings.h"
 #include "platform/files.h"
 #include "platform/outputs.h"
+#include "project/fingerprint.h"
 #include "project/inputnames.h"
 #include "project/options.h"
 #include "results/report.h"
@@ -168,7 +169,7 @@ int32_t tv_open(tv_model* handle, const char* path, const char* report) {
         }
         handle->isFromText = false;
         handle->source = std::move(source);
-        inputfiles_add(model, handle->source, "the project");
+        inputfiles_add(model, handle->source, PROJECT_USE);
         return readProject(handle, report);
     });
 }
@@ -268,6 +269,7 @@ int32_t tv_start(tv_model* handle, const char* results, const char* database) {
         model.files.databaseName = getText(database);
         const int32_t sinks = (results ? SINK_FILE : 0) | (database ? SINK_DATABASE : 0) |
                               (handle->keepsRows ? SINK_MEMORY : 0) | SINK_NOBODY;
+        model.files.inputsSum = results || database ? fingerprint_sumInputs(model) : 0;
         const size_t messageCount = handle->log.messages.size();
         model.error.code = ERR_NONE;
         run_start(model, sinks);

@@ -72,7 +72,7 @@ static void openFiles(Model& model, const char* input, const char* report, const
         model.error.code = ERR_INPUT_FILE;
         return;
     }
-    inputfiles_add(model, model.files.inputName, "the project");
+    inputfiles_add(model, model.files.inputName, PROJECT_USE);
     OutputFault fault;
     model.files.report = outputs_open(model.files.reportPlace, model.files.reportName, false, fault);
     if (!model.files.report) {

@@ -127,8 +127,8 @@ bool outside_findModel(Model& model, const OutsideNode& outside, std::string& pa
         inputfiles_add(model, path + extension, "a model inside a node");
     }
     if (model.log) {  // the old face has always let a report meet that of an engine
-        inputfiles_add(model, path + ".rpt", "the report of a model inside a node");
-        inputfiles_add(model, path + ".out", "the results of a model inside a node");
+        inputfiles_addForeign(model, path + ".rpt", "the report of a model inside a node");
+        inputfiles_addForeign(model, path + ".out", "the results of a model inside a node");
     }
     return true;
 }

@@ -9,7 +9,11 @@
 #include "platform/outputs.h"
 
 void inputfiles_add(Model& model, const std::string& path, const std::string& use) {
-    model.files.inputs.push_back({outputs_identify(path), use});
+    model.files.inputs.push_back({outputs_identify(path), true, use});
+}
+
+void inputfiles_addForeign(Model& model, const std::string& path, const std::string& use) {
+    model.files.inputs.push_back({outputs_identify(path), false, use});
 }
 
 /// All files that an output makes: itself, the one that is written aside, and the company of a database.

@@ -5,8 +5,14 @@
 
 struct Model;
 
+/// What the project itself is read for.
+constexpr const char* PROJECT_USE = "the project";
+
 /// Notes a file that is read; `use` says what for, as in "the file of time series RAIN".
 void inputfiles_add(Model& model, const std::string& path, const std::string& use);
+
+/// Notes a file that an outside model writes.
+void inputfiles_addForeign(Model& model, const std::string& path, const std::string& use);
 
 /// What the file is read for that an output of this name would be written over, under whatever spelling; empty for
 /// none. The database of results has a journal beside it, and an output may be written aside.

@@ -192,6 +192,7 @@ struct HeldText {
 /// A file that is read, and what for.
 struct InputFile {
     FileIdentity identity;
+    bool isRead;  ///< false of what an outside model writes
     std::string use;
 };
 
@@ -207,6 +208,7 @@ struct Files {
     OutputPlace reportPlace;
     std::unique_ptr<HeldText> heldReport;  ///< null while the report is written at once
     std::vector<InputFile> inputs;         ///< so that none of them becomes an output
+    uint64_t inputsSum;                    ///< of all that the run reads; 0 until a run has results
 };
 
 /// Libraries of the engines inside nodes, and the folders for their private copies.

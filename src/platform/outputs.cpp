@@ -417,7 +417,7 @@ void outputs_leave(OutputPlace& place, std::FILE*& file) {
 
 void outputs_drop(OutputPlace& place, std::FILE*& file) {
     if (file) {
-        const std::string written = place.written;
+        const std::string written = isSpecial(place.written) ? std::string() : place.written;
 #if !defined(_WIN32)
         files_delete(written.c_str());  // while its lock keeps others off the name
 #endif

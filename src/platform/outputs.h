@@ -41,7 +41,7 @@ bool outputs_empty(std::FILE* file);
 /// Closes a file, and leaves it as and where it stands.
 void outputs_leave(OutputPlace& place, std::FILE*& file);
 
-/// Closes a file that isn't wanted, and deletes it; what stands in the place of one aside stays.
+/// Closes a file that isn't wanted, and deletes it, but no device or pipe; what stands in the place of one aside stays.
 void outputs_drop(OutputPlace& place, std::FILE*& file);
 
 /// A fault in words, for the end of a sentence.

@@ -5,16 +5,24 @@
 
 #include "project/fingerprint.h"
 
+#include <cstdio>
 #include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
 
 #include "hydrology/landuse.h"
 #include "hydrology/lidgroup.h"
 #include "hydrology/subcatch.h"
 #include "links/pipe.h"
+#include "model/inputfiles.h"
 #include "model/model.h"
 #include "model/pollut.h"
 #include "nodes/lidmono.h"
+#include "platform/files.h"
 #include "project/statehash.h"
+
+static constexpr size_t SUM_SIZE = size_t{1} << 20;  ///< bytes of a file at once, a multiple of a block
 
 // --- content -------------------------------------------------------------------------------------------------------
 
@@ -25,6 +33,31 @@ void fingerprint_begin(Model& model) {
 void fingerprint_addLine(Model& model, const char* line, size_t length) {
     const uint64_t sum = statehash_getSum(line, length);
     model.fingerprint.content = statehash_mix(model.fingerprint.content, sum);
+}
+
+/// The sum of a file; 0 for one that can't be read any more.
+static uint64_t sumFile(const std::string& path) {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(files_openForReading(path.c_str()), std::fclose);
+    if (!file) {
+        return 0;
+    }
+    StateHash hash;
+    std::vector<char> bytes(SUM_SIZE);
+    for (size_t count = SUM_SIZE; count == SUM_SIZE;) {
+        count = std::fread(bytes.data(), 1, SUM_SIZE, file.get());
+        statehash_add(hash, bytes.data(), count);
+    }
+    return statehash_get(hash);
+}
+
+uint64_t fingerprint_sumInputs(const Model& model) {
+    uint64_t sum = model.fingerprint.content;
+    for (const InputFile& input : model.files.inputs) {
+        if (input.isRead && input.identity.exists && input.use != PROJECT_USE) {
+            sum = statehash_mix(sum, sumFile(input.identity.path));
+        }
+    }
+    return sum;
 }
 
 // --- structure -----------------------------------------------------------------------------------------------------

@@ -20,6 +20,7 @@
 #include "model/pollut.h"
 #include "model/project.h"
 #include "platform/files.h"
+#include "results/identity.h"
 #include "results/rows.h"
 
 static constexpr uint32_t MAGIC_NUMBER = 516114522;
@@ -303,7 +304,11 @@ void binary_end(Model& model, int32_t periodCount) {
 static void finish(Model& model) {
     BinaryResults& out = *model.binary;
     const std::string written = out.place.written;
+    const bool isAside = written != out.place.target;
     const OutputFault fault = outputs_finish(out.place, out.file);
+    if (fault == OUTPUT_FINE && isAside) {
+        identity_writeBeside(model);
+    }
     if (fault == OUTPUT_FINE || !model.log) {
         return;
     }

@@ -166,3 +166,64 @@ TEST(Outputs, ThatCantBeWrittenGiveACode) {
     EXPECT_FALSE(fs::exists(project.report));
     EXPECT_FALSE(fs::exists(project.report + ".part"));
 }
+
+// --- what a run is known by ----------------------------------------------------------------------------------------
+
+namespace {
+
+/// A run with results in a file, up to a date; the text beside them.
+std::string runFor(const SeriesProject& project, double days) {
+    TvModel model;
+    EXPECT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+    EXPECT_EQ(tv_start(model, project.results.c_str(), nullptr), TV_OK);
+    tv_clock clock{};
+    EXPECT_EQ(tv_getClock(model, &clock), TV_OK);
+    EXPECT_EQ(tv_runUntil(model, clock.start + days), TV_OK);
+    EXPECT_EQ(tv_close(model), TV_OK);
+    return readFile(project.results + ".run");
+}
+
+std::string getLine(const std::string& text, const std::string& name) {
+    const size_t place = text.find('\n' + name + ' ');
+    return place == std::string::npos ? "" : text.substr(place + 1, text.find('\n', place + 1) - place - 1);
+}
+
+}  // namespace
+
+TEST(RunIdentity, TellsWhereARunBeganAndHowItEnded) {
+    const SeriesProject project;
+    const std::string whole = runFor(project, 1.0), half = runFor(project, 0.5 / 24.0);
+    EXPECT_EQ(whole.substr(0, whole.find('\n')), "tarnvelde run");
+    EXPECT_EQ(getLine(whole, "version"), std::string("version ") + tv_getVersion());
+    EXPECT_EQ(getLine(whole, "begin"), "begin 2024-01-01 00:00:00");
+    EXPECT_EQ(getLine(whole, "end"), "end 2024-01-01 00:59:59");  // a run ends a second ahead of its date
+    EXPECT_EQ(getLine(whole, "state"), "state complete");
+    EXPECT_EQ(getLine(half, "end"), "end 2024-01-01 00:30:00");
+    EXPECT_EQ(getLine(half, "state"), "state stopped");
+    EXPECT_EQ(getLine(half, "inputs"), getLine(whole, "inputs"));
+    EXPECT_EQ(runFor(project, 1.0), whole);
+}
+
+TEST(RunIdentity, ChangesWithAllThatIsRead) {
+    const SeriesProject project;
+    const std::string before = getLine(runFor(project, 1.0), "inputs");
+    project.folder.write("rain.dat", project.seriesBytes + "2024/01/04 0:00 3\n");
+    const std::string withSeries = getLine(runFor(project, 1.0), "inputs");
+    EXPECT_NE(withSeries, before);
+    project.write(readFile(project.input) + "[DESCRIPTION]\nanother\n");
+    EXPECT_NE(getLine(runFor(project, 1.0), "inputs"), withSeries);
+}
+
+TEST(RunIdentity, IsLeftAwayByTheOldFaceAndByTheNullDevice) {
+    const SeriesProject project;
+    ASSERT_EQ(project.run(), 0);
+    EXPECT_FALSE(fs::exists(project.results + ".run"));
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), "/dev/null"), TV_OK);
+    ASSERT_EQ(tv_start(model, "/dev/null", nullptr), CODE_SAME_NAMES);  // one device for both
+    EXPECT_EQ(tv_close(model), TV_OK);
+    ASSERT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_start(model, "/dev/null", nullptr), TV_OK);
+    EXPECT_EQ(tv_close(model), TV_OK);
+    EXPECT_FALSE(fs::exists("/dev/null.run"));
+}

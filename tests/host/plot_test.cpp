@@ -190,7 +190,7 @@ TEST_F(Results, APlotWithoutGnuplotNamesItsPackage) {
                      "plot", binary, "--object", "J1", "--column", "TotInflow", "-o", picture});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("gnuplot-nox"));
-    EXPECT_EQ(countFiles(folder.path), 4u);  // model, report and results, but neither a picture nor what it is made of
+    EXPECT_EQ(countFiles(folder.path), 5u);  // model, report, results and their identity, but neither a picture nor what it is made of
 }
 
 TEST_F(Results, APlotOfNoReportSaysSo) {
@@ -304,7 +304,7 @@ TEST_F(Results, AnyOtherExtensionIsWrongUsage) {
         EXPECT_THAT(result.err, HasSubstr("a picture ends with .svg, .png or .pdf")) << name;
         EXPECT_THAT(result.err, Not(HasSubstr("nothing.bin"))) << "it was looked at";
     }
-    EXPECT_EQ(countFiles(folder.path), 4u);  // model, report and results
+    EXPECT_EQ(countFiles(folder.path), 5u);  // model, report, results and their identity
 }
 
 TEST_F(Results, AnOldPictureSurvivesAFailedOne) {
@@ -319,7 +319,7 @@ TEST_F(Results, AnOldPictureSurvivesAFailedOne) {
         EXPECT_EQ(status, 0) << name;
         EXPECT_EQ(readFile(picture), "an old picture");
     }
-    EXPECT_EQ(countFiles(folder.path), 7u);
+    EXPECT_EQ(countFiles(folder.path), 8u);
 }
 
 TEST(Picture, IsPutInPlaceWhole) {

@@ -3,6 +3,7 @@
 #include "platform/outputs.h"
 
 #include <gtest/gtest.h>
+#include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -158,6 +159,16 @@ TEST_F(OutputFiles, AreNoFoldersAndNoPipes) {
     EXPECT_FALSE(fs::exists(folder.file("trap")));
     EXPECT_EQ(Output("/dev/full", true).fault, OUTPUT_NO_FILE);
     EXPECT_EQ(Output("/dev/null", true).fault, OUTPUT_FINE);
+}
+
+TEST_F(OutputFiles, ThatAreDroppedTakeNoPipeWithThem) {
+    ASSERT_EQ(mkfifo(name.c_str(), 0600), 0);
+    const int reader = open(name.c_str(), O_RDONLY | O_NONBLOCK);
+    Output output(name, false);
+    ASSERT_NE(output.file, nullptr);
+    outputs_drop(output.place, output.file);
+    EXPECT_TRUE(fs::exists(name));
+    close(reader);
 }
 
 TEST_F(OutputFiles, InAMissingFolderCantBeOpened) {
