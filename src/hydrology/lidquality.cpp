@@ -407,3 +407,30 @@ bool lidquality_dryPond(const Model& model, LidUnit& unit, const Lid& lid, int32
     return lidquality_isOrdinary(unit.thisSurfaceMass, pollutants) &&
            lidquality_isOrdinary(unit.thisSoilMass, pollutants);
 }
+
+// --- standing water ------------------------------------------------------------------------------------------------
+
+/// No flow leaves the storage, and nothing is anywhere else.
+template <size_t N>
+[[gnu::noinline]] static void stand(const Model& model, const LidStep& s, double volume, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    settleWetStorage<N>(g, volume, lidlanes_fill<N>(0.0));
+    lidlanes_store<N>(unit.finalLoad + first, lidlanes_load<N>(unit.thisStorageMass + first));
+}
+
+void lidquality_stand(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
+    const size_t count = static_cast<size_t>(model_pollutantCount(model));
+    std::copy_n(unit.thisStorageMass, count, unit.lastStorageMass);
+    const double volume = unit.area * unit.storageLevel * lid.storageVoid;
+    if (isDry(volume)) {
+        return;  // nothing is in it
+    }
+    LidStep s;
+    s.unit = &unit;
+    s.lid = &lid;
+    s.hour = hour;
+    s.dt = dt;
+    s.storageDrain = s.storageExfil = 0.0;
+    lidlanes_visit(count, [&]<size_t N>(size_t first) { stand<N>(model, s, volume, first); });
+}
