@@ -344,9 +344,9 @@ static bool growRuns(Model& model, const int32_t* subcatches, int32_t count, uin
     int32_t k = 0;
     while (k < count) {
         const int32_t first = subcatches[k];
-        int32_t some = 1;
-        while (k + some < count && some < rules.batch && subcatches[k + some] == first + some) {
-            ++some;
+        int32_t some = std::min(count - k, rules.batch);
+        while (subcatches[k + some - 1] != first + some - 1) {
+            --some;  // the list rises, so those in between stand one behind the other if the ends do
         }
         double* buildups = model.subcatches[first].landShares[0].buildup;
         const Run run{model, rules, scratch, first, some, buildups, stride, rules.columns.size()};
@@ -382,8 +382,12 @@ bool buildup_grow(Model& model, const int32_t* subcatches, int32_t count, uint8_
 // --- what has come to its end --------------------------------------------------------------------------------------
 
 void buildup_beginStep(const Model& model, BuildupScratch& scratch) {
+    const BuildupRules& rules = *model.buildupRules;
+    if (!rules.isLooking && scratch.hasGrown.size() == rules.columns.size()) {
+        return;  // nobody reads it in this step
+    }
     scratch.lookedAt = 0;
-    scratch.hasGrown.assign(model.buildupRules->columns.size(), 0);
+    scratch.hasGrown.assign(rules.columns.size(), 0);
 }
 
 void buildup_endDryStep(Model& model, const std::vector<uint8_t>& hasGrown) {

@@ -238,21 +238,6 @@ static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, d
     return false;
 }
 
-/// A step of a unit that isn't awake. What leaves it goes into the air, the ground or the drain, m/s.
-static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double dt) {
-    const LidPace pace = lidrest_getPace(model, index);
-    if (pace == LID_SEEPING) {
-        return lidrest_seep(model, index, hour, dt);
-    }
-    LidOutflow out{};
-    if (pace != LID_RESTING) {
-        out.evap = lidrest_dry(model, index, hour, dt);
-    } else {
-        model.lidUnits[index].dryTime += dt;
-    }
-    return out;
-}
-
 /// A step, in which the unit may come to rest. A rain of -0, which a host may hold, counts as rain here as it does in
 /// the room landrest, which wakes units when rain begins: theirs would have begun already.
 static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t index, double flow, int32_t hour,
@@ -287,7 +272,7 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
             continue;
         }
         if (staysAsleep(model, subcatch, k, flow)) {
-            addVolumes(volumes, stepAsleep(model, k, hour, dt), unit.area, dt);
+            addVolumes(volumes, lidrest_step(model, k, hour, dt), unit.area, dt);
             continue;
         }
         volumes.lidRunon += unit.area * (flow / unit.area) * dt;
@@ -300,7 +285,7 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
 LidPace lidgroup_dry(Model& model, int32_t index, RunoffVolumes& volumes, int32_t hour, double dt) {
     LidPace pace = LID_RESTING;
     for (int32_t k = model.lidGroups[index].firstUnit; k >= 0; k = model.lidUnits[k].next) {
-        addVolumes(volumes, stepAsleep(model, k, hour, dt), model.lidUnits[k].area, dt);
+        addVolumes(volumes, lidrest_step(model, k, hour, dt), model.lidUnits[k].area, dt);
         pace = std::min(pace, lidrest_getPace(model, k));
     }
     return pace == LID_PONDED ? LID_DRYING : pace;

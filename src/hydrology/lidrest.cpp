@@ -6,11 +6,11 @@
 //     awake --(nothing comes in, and nothing will go over the surface)--------------------> seeping  lidrest_judge
 //     awake, seeping --(nothing in, all layers but the soil empty, it holds its water)----> drying   lidrest_judge
 //     awake, seeping --(the same, but that water stands below the berm)-------------------> ponded   lidrest_judge
-//     ponded --(nothing is left on the surface)-------------------------------------------> drying   lidrest_dry
+//     ponded --(nothing is left on the surface)-------------------------------------------> drying   lidrest_step
 //     awake, seeping --(the water of a barrel stands, or waits for dry weather to last)---> drying   lidrest_judge
-//     drying --(the soil is dry, the barrel's time has come)------------------------------> awake    lidrest_dry
-//     ponded --(nothing evaporates)-------------------------------------------------------> awake    lidrest_dry
-//     seeping --(a load over the surface that isn't 0)------------------------------------> awake    lidrest_seep
+//     drying --(the soil is dry, the barrel's time has come)------------------------------> awake    lidrest_step
+//     ponded --(nothing evaporates)-------------------------------------------------------> awake    lidrest_step
+//     seeping --(a load over the surface that isn't 0)------------------------------------> awake    lidrest_step
 //     awake, seeping --(a step changed nothing)-------------------------------------------> resting  lidrest_judge
 //     all --(rain, runoff, another evaporation, a host)-----------------------------------> awake    lidgroup, landrest
 //
@@ -233,7 +233,7 @@ void lidrest_judgeSeeping(Model& model, int32_t index, const LidOutflow& out) {
 /// What a unit into which nothing comes goes through in any step. The load that enters, worked out from the same rain
 /// and runoff, stands in it as nothing. The balance is kept and compared only where the unit may be found at rest, not
 /// where it is plain that its masses are on the move and can't be left to themselves.
-LidOutflow lidrest_seep(Model& model, int32_t index, int32_t hour, double dt) {
+static LidOutflow seep(Model& model, int32_t index, int32_t hour, double dt) {
     LidUnit& unit = model.lidUnits[index];
     const bool isSteady = lidunit_areMassesSteady(model, unit);
     lidunit_shiftState(model, unit);
@@ -290,10 +290,17 @@ static double drySoil(Model& model, int32_t index, const Lid& lid, int32_t hour,
     return evap;
 }
 
+/// What is new on a ponded unit behind a step.
+struct PondStep {
+    double evap;  ///< m/s
+    bool isSame;  ///< no level and no rate of change has become another one
+};
+
 /// How far a unit has come behind a step that found it ponded.
-static LidPace judgePond(const Model& model, const LidUnit& unit, bool isSame) {
+static LidPace judgePond(const Model& model, const LidUnit& unit, const PondStep& step) {
     const int64_t pollutants = model_pollutantCount(model);
-    if (isSame) {
+    if (step.evap == 0.0 && step.isSame && !goesByHour(model, unit, model.lids[unit.lid]) &&
+        lidunit_areMassesSteady(model, unit)) {
         return LID_AWAKE;  // the next step tells whether nothing changes at all
     }
     const bool isEmpty = unit.surfaceLevel == 0.0 && unit.surfaceChange == 0.0 &&
@@ -315,15 +322,17 @@ static double dryPond(Model& model, int32_t index, const Lid& lid, int32_t hour,
     const double evap = surfaceEvap + soilEvap;
     unit.surfaceLevel = std::max(surfaceChange * dt + level, 0.0);
     unit.soilMoisture = std::min(std::max(soilChange * dt + moisture, lid.wiltingPoint), lid.porosity);
-    const bool isSame = unit.surfaceLevel == level && unit.soilMoisture == moisture && evap == 0.0 &&
-                        unit.surfaceChange == surfaceChange && unit.soilChange == soilChange &&
-                        !goesByHour(model, unit, lid) && lidunit_areMassesSteady(model, unit);
+    const bool mayEnd = evap == 0.0 || unit.surfaceLevel == 0.0;
+    const bool isSame = mayEnd && unit.surfaceLevel == level && unit.soilMoisture == moisture &&
+                        unit.surfaceChange == surfaceChange && unit.soilChange == soilChange;
     unit.surfaceChange = surfaceChange;
     unit.soilChange = soilChange;
     unit.evapDepth += evap * dt;
     unit.finalDepth = surfaceVolume + soilVolume;
     unit.dryTime += dt;
-    model.lidRest->units[index] = isOrdinary ? judgePond(model, unit, isSame) : LID_AWAKE;
+    if (mayEnd || !isOrdinary) {
+        model.lidRest->units[index] = isOrdinary ? judgePond(model, unit, {evap, isSame}) : LID_AWAKE;
+    }
     return evap;
 }
 
@@ -341,14 +350,24 @@ static void standBarrel(Model& model, int32_t index, const Lid& lid, int32_t hou
     }
 }
 
-double lidrest_dry(Model& model, int32_t index, int32_t hour, double dt) {
+/// What dries, which may be the soil alone. Gives the evaporation, m/s.
+static double dry(Model& model, int32_t index, int32_t hour, double dt) {
     const Lid& lid = model.lids[model.lidUnits[index].lid];
-    if (lidrest_getPace(model, index) == LID_PONDED) {
-        return dryPond(model, index, lid, hour, dt);
+    if (lid.type == LID_RB) {
+        standBarrel(model, index, lid, hour, dt);
+        return 0.0;
     }
-    if (lid.type != LID_RB) {
-        return drySoil(model, index, lid, hour, dt);
+    return drySoil(model, index, lid, hour, dt);
+}
+
+LidOutflow lidrest_step(Model& model, int32_t index, int32_t hour, double dt) {
+    LidUnit& unit = model.lidUnits[index];
+    LidOutflow out{};
+    switch (model.lidRest->units[index]) {
+        case LID_SEEPING: return seep(model, index, hour, dt);
+        case LID_PONDED: out.evap = dryPond(model, index, model.lids[unit.lid], hour, dt); break;
+        case LID_DRYING: out.evap = dry(model, index, hour, dt); break;
+        default: unit.dryTime += dt; break;
     }
-    standBarrel(model, index, lid, hour, dt);
-    return 0.0;
+    return out;
 }

@@ -31,11 +31,9 @@ void lidrest_wake(Model& model, int32_t unit);
 
 [[nodiscard]] LidPace lidrest_getPace(const Model& model, int32_t unit);
 
-/// A step of `dt` (s) of a unit that dries; the roll from new to old is a part of it. Gives the evaporation (m/s).
-double lidrest_dry(Model& model, int32_t unit, int32_t hour, double dt);
-
-/// A step of `dt` (s) of a unit that seeps, with the roll from new to old. Gives what leaves it.
-[[nodiscard]] LidOutflow lidrest_seep(Model& model, int32_t unit, int32_t hour, double dt);
+/// A step of `dt` (s) of a unit that isn't awake, with the roll from new to old. Gives what leaves it: into the air,
+/// the ground or the drain.
+[[nodiscard]] LidOutflow lidrest_step(Model& model, int32_t unit, int32_t hour, double dt);
 
 /// Whether a unit into which nothing comes may come to rest in this step: the last one changed no level, but for the
 /// water in the soil and, above one that holds its water, on the surface.

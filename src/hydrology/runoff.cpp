@@ -279,6 +279,20 @@ void LandStep::operator()(int32_t worker) {
     }
 }
 
+/// All three lists, by the one who works. Their pieces are as large as those of many, and so is the scratch.
+static void stepAlone(Model& model, int32_t hour, double dt) {
+    LandRest& rest = *model.landRest;
+    LandWork& work = rest.works.front();
+    for (int32_t first = 0; first < rest.growing.size(); first += LAND_PIECE) {
+        growBlock(model, rest.growing.data() + first, std::min(LAND_PIECE, rest.growing.size() - first), work);
+    }
+    for (int32_t first = 0; first < rest.awake.size(); first += LAND_PIECE) {
+        advanceBlock(model, hour, dt, first, std::min(first + LAND_PIECE, rest.awake.size()), work);
+        growBlock(model, work.dry.data(), static_cast<int32_t>(work.dry.size()), work);
+    }
+    dryBlock(model, hour, dt, 0, rest.drying.size(), work);
+}
+
 /// Looks, behind a step that asked for it, where nothing has grown: if all land was dry that may still grow.
 static void endGrowth(Model& model, int32_t candidates) {
     std::vector<LandWork>& works = model.landRest->works;
@@ -309,8 +323,12 @@ static void advanceLand(Model& model, int32_t hour, double dt) {
         work.hasChanged = false;
         buildup_beginStep(model, work.buildup);
     }
-    LandStep step{model, hour, dt};
-    workers_share(*model.workers, workers, step);
+    if (workers > 1) {
+        LandStep step{model, hour, dt};
+        workers_share(*model.workers, workers, step);
+    } else {
+        stepAlone(model, hour, dt);
+    }
     if (model.buildupRules->isLooking) {
         endGrowth(model, rest.growing.size() + rest.awake.size());
     }
