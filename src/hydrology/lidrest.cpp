@@ -140,7 +140,8 @@ static bool hasRoom(const LidUnit& unit, const Lid& lid) {
 }
 
 /// Whether the water of a barrel stands: this step took none from it, and none is taken from a level as it is now until
-/// the time comes for which one waits that has waited in this step. What is in it goes on reacting.
+/// the time comes for which one waits that has waited in this step. What is in it goes on reacting. A drain of -0,
+/// which a coefficient of -0 makes, isn't meant: it gives its sign to the loads.
 static bool isStanding(const Model& model, const LidUnit& unit, const LidUnit& before, bool hasWaited) {
     const Lid& lid = model.lids[unit.lid];
     const int64_t above = 3 * int64_t{model_pollutantCount(model)};  // layers down to the soil, one behind the other
@@ -212,11 +213,12 @@ void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow
         pace = LID_AWAKE;
     } else if (out.evap == 0.0 && !goesByHour(model, unit, lid) && isAsBefore(model, index, before)) {
         pace = isWaiting(lid, unit) ? LID_DRYING : hasWaited ? LID_AWAKE : LID_RESTING;
-    } else if (isStanding(model, unit, before, hasWaited)) {
+    } else if (still_isZero(out.drain) && isStanding(model, unit, before, hasWaited)) {
         pace = LID_DRYING;
     } else if (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0) {
         pace = LID_DRYING;
-    } else if (canDry(lid) && isPonded(lid, unit) && isPondAlone(model, unit) && model.evap->rate >= 0.0) {
+    } else if (canDry(lid) && isPonded(lid, unit) && isPondAlone(model, unit) && model.evap->rate >= 0.0 &&
+               still_isZero(out.surface)) {
         pace = LID_PONDED;
     }
     model.lidRest->units[index] = pace == LID_AWAKE && maySeep(model, unit, out) ? LID_SEEPING : pace;

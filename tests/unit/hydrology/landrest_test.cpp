@@ -487,6 +487,19 @@ TEST_F(LandAtRest, LetsTheWaterOfAWaitingBarrelReact) {
     EXPECT_LT(land().lidUnits[0].thisStorageMass[0] / land().lidUnits[0].storageLevel, 1.0) << "it drains";
 }
 
+TEST_F(LandAtRest, KeepsTheSignOfADrainOfMinusZero) {
+    DryProject project = makeUnitProject(BARREL, 50);
+    project.more += "[DECAY_COEFFICIENT]\nX LID P FIRST 2 \"\" STORAGE\n";
+    start(project);
+    change([](Model& model) {
+        model.lidUnits[0].thisStorageMass[0] = 0.5;
+        model.lids[0].drainCoefficient = -0.0;
+        model.lids[0].drainDelay = 0.0;
+    });
+    step(10);
+    EXPECT_TRUE(std::signbit(land().lidUnits[0].thisDrainLoad[0]));
+}
+
 TEST_F(LandAtRest, LeavesNothingOutOfABarrelWhoseMassesPassAllBounds) {
     DryProject project = makeUnitProject(BARREL, 5);
     project.more += "[DECAY_COEFFICIENT]\nX LID P FIRST -1e6 \"\" STORAGE\n";
