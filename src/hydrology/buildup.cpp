@@ -280,10 +280,37 @@ static bool look(const Run& run, uint8_t* grows) {
     return hasStopped;
 }
 
+/// What is new, into the balance alone.
+template <size_t WIDTH>
+static void addGrowth(const Run& run) {
+    const size_t width = WIDTH > 0 ? WIDTH : run.width;
+    const BuildupColumn* __restrict columns = run.rules.columns.data();
+    const double* __restrict growth = run.scratch.growth.data();
+    for (int32_t k = 0; k < run.count; ++k, growth += width) {
+        double* __restrict sums = run.model.subcatches[run.first + k].surfaceBuildup;
+        for (size_t c = 0; c < width; ++c) {
+            sums[columns[c].pollutant] += growth[c];
+        }
+    }
+}
+
+/// Whether the buildups themselves may serve as the array of what is there: all columns are left, so they stand as the
+/// passes want them, no lane reaches beyond them, and nobody asks for what was there before.
+static bool areInPlace(const Run& run, size_t total) {
+    return run.width == run.stride && total % LANES == 0 && !run.rules.isLooking;
+}
+
 template <size_t WIDTH>
 static bool growRun(const Run& run, uint8_t* grows) {
-    gather<WIDTH>(run);
     const size_t total = static_cast<size_t>(run.count) * run.width, padded = getPadded(total);
+    if (areInPlace(run, total)) {
+        Arrays arrays = getArrays(run.rules, static_cast<size_t>(run.first), run.scratch);
+        arrays.present = run.buildups;
+        growWide(arrays, total);
+        addGrowth<WIDTH>(run);
+        return false;
+    }
+    gather<WIDTH>(run);
     std::fill_n(run.scratch.present.data() + total, padded - total, 1.0);  // something harmless
     growWide(getArrays(run.rules, static_cast<size_t>(run.first), run.scratch), padded);
     const bool hasStopped = run.rules.isLooking && look(run, grows);
@@ -307,17 +334,19 @@ static bool growRun(const Run& run, uint8_t* grows) {
 /// Of the list of subcatchments those are taken at once that stand one behind the other.
 static bool growRuns(Model& model, const int32_t* subcatches, int32_t count, uint8_t* grows, BuildupScratch& scratch) {
     const BuildupRules& rules = *model.buildupRules;
-    for (std::vector<double>* numbers : {&scratch.present, &scratch.perArea, &scratch.ages, &scratch.growth}) {
-        numbers->resize(rules.limit.size());
+    if (scratch.present.size() != rules.limit.size()) {
+        for (std::vector<double>* numbers : {&scratch.present, &scratch.perArea, &scratch.ages, &scratch.growth}) {
+            numbers->resize(rules.limit.size());
+        }
     }
     const size_t stride = model.landuses.rows.size() * static_cast<size_t>(model_pollutantCount(model));
     bool hasStopped = false;
     int32_t k = 0;
     while (k < count) {
         const int32_t first = subcatches[k];
-        int32_t some = 1;
-        while (k + some < count && some < rules.batch && subcatches[k + some] == first + some) {
-            ++some;
+        int32_t some = std::min(count - k, rules.batch);
+        while (subcatches[k + some - 1] != first + some - 1) {
+            --some;  // the list rises, so those in between stand one behind the other if the ends do
         }
         double* buildups = model.subcatches[first].landShares[0].buildup;
         const Run run{model, rules, scratch, first, some, buildups, stride, rules.columns.size()};
@@ -353,8 +382,12 @@ bool buildup_grow(Model& model, const int32_t* subcatches, int32_t count, uint8_
 // --- what has come to its end --------------------------------------------------------------------------------------
 
 void buildup_beginStep(const Model& model, BuildupScratch& scratch) {
+    const BuildupRules& rules = *model.buildupRules;
+    if (!rules.isLooking && scratch.hasGrown.size() == rules.columns.size()) {
+        return;  // nobody reads it in this step
+    }
     scratch.lookedAt = 0;
-    scratch.hasGrown.assign(model.buildupRules->columns.size(), 0);
+    scratch.hasGrown.assign(rules.columns.size(), 0);
 }
 
 void buildup_endDryStep(Model& model, const std::vector<uint8_t>& hasGrown) {

@@ -2,8 +2,10 @@
 //
 //     awake --(a dry step changed nothing)-----------------------------> resting        landrest_judge
 //     awake --(likewise, but that ponds and LID units dry)-------------> drying         landrest_judge
-//     drying --(the pond or a LID unit has dried out)------------------> awake          runoff_advance
-//     drying, resting --(rain at its gage)-----------------------------> awake          landrest_prepare
+//     awake --(likewise, but that LID units seep and drain as well)----> draining       landrest_judge
+//     draining --(no LID unit seeps or drains any more)----------------> drying         runoff_advance
+//     drying, draining --(the pond or a LID unit has dried out)--------> awake          runoff_advance
+//     drying, draining, resting --(rain at its gage)-------------------> awake          landrest_prepare
 //     all --(evaporation, another step, a host, a restored state)------> awake          landrest_prepare
 //
 // and beside it its buildup goes on until that of no pollutant grows any more.
@@ -16,7 +18,9 @@
 //
 // Of drying land that alone is worked out which changes. What stands in the depressions of the impervious part
 // evaporates, for a day in summer and many in winter. The fluxes beside it are 0, and what they would add are zeros:
-// 0 * f + x is x, and a share of no outflow takes no mass along. Of LID units see the room lidrest.
+// 0 * f + x is x, and a share of no outflow takes no mass along. Of LID units see the room lidrest: what seeps out of
+// them is infiltration, and what they drain goes to nodes of their own. Neither is read by the land, of whose pond no
+// more infiltrates for it: 0 + x, less x, is 0.
 //
 // Of a LID unit the dry time goes on, which only the drain of a barrel reads (room lidrest).
 
@@ -48,13 +52,17 @@ void landrest_list(Model& model) {
     LandRest& rest = *model.landRest;
     rest.awake.clear();
     rest.drying.clear();
+    rest.draining.clear();
     rest.growing.clear();
     for (int32_t k = 0; k < rest.paces.size(); ++k) {
+        if (rest.paces[k] <= LAND_DRAINING) {
+            rest.draining.push_back(k);
+        }
         if (rest.paces[k] == LAND_AWAKE) {
             rest.awake.push_back(k);
             continue;
         }
-        if (rest.paces[k] == LAND_DRYING) {
+        if (rest.paces[k] != LAND_RESTING) {
             rest.drying.push_back(k);
         }
         if (rest.grows[k]) {
@@ -72,7 +80,7 @@ bool landrest_isKnown(const Model& model) {
 static void wakeAll(Model& model) {
     LandRest& rest = *model.landRest;
     const int32_t count = model.subcatches.size();
-    for (Table<int32_t>* list : {&rest.awake, &rest.drying, &rest.growing}) {
+    for (Table<int32_t>* list : {&rest.awake, &rest.drying, &rest.draining, &rest.growing}) {
         list->reserve(count);
     }
     rest.paces.fill(count, LAND_AWAKE);
@@ -169,13 +177,16 @@ LandPace landrest_judge(const Model& model, int32_t index, LandBefore& before) {
     const ArrayCounts counts = getCounts(model, subcatch);
     const LidPace units = lidgroup_getPace(model, index);
     const bool isPonded = subcatch.imperviousDepth != 0.0 || before.record.imperviousDepth != 0.0;
-    const bool isDrying = units == LID_DRYING || isPonded;
+    const bool isDrying = units != LID_RESTING || isPonded;
     if (units == LID_AWAKE || (isPonded && !isPondStill(model, subcatch))) {
         return LAND_AWAKE;
     }
     if (isDrying) {
         before.record.evapRate = subcatch.evapRate;
         before.record.imperviousDepth = subcatch.imperviousDepth;
+    }
+    if (units == LID_SEEPING) {
+        before.record.infilRate = subcatch.infilRate;
     }
     // What is ponded stands last among the arrays.
     const int64_t own = isPonded ? counts.own - model_pollutantCount(model) : counts.own;
@@ -186,5 +197,5 @@ LandPace landrest_judge(const Model& model, int32_t index, LandBefore& before) {
     if (!isSame) {
         return LAND_AWAKE;
     }
-    return isDrying ? LAND_DRYING : LAND_RESTING;
+    return units == LID_SEEPING ? LAND_DRAINING : isDrying ? LAND_DRYING : LAND_RESTING;
 }

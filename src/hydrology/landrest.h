@@ -14,9 +14,10 @@ struct Model;
 
 /// How far the water of a subcatchment has come to rest.
 enum LandPace : uint8_t {
-    LAND_AWAKE,   ///< each step is worked out
-    LAND_DRYING,  ///< nothing happens but that its depressions and its LID units dry
-    LAND_RESTING  ///< nothing changes
+    LAND_AWAKE,     ///< each step is worked out
+    LAND_DRAINING,  ///< its depressions and its LID units dry, seep and drain
+    LAND_DRYING,    ///< nothing happens but that its depressions and its LID units dry
+    LAND_RESTING    ///< nothing changes
 };
 
 /// A subcatchment as it was before a step.
@@ -42,7 +43,8 @@ struct LandRest {
     Table<uint8_t> paces;         ///< LandPace, by subcatchment
     Table<uint8_t> grows;         ///< by subcatchment: its buildup may still grow
     Table<int32_t> awake;         ///< subcatchments by pace, in their order
-    Table<int32_t> drying;        ///< likewise
+    Table<int32_t> drying;        ///< likewise, also those that drain
+    Table<int32_t> draining;      ///< that are awake or drain: the drains of all others give nothing
     Table<int32_t> growing;       ///< that aren't awake, and whose buildup grows
     Table<uint8_t> isWet;         ///< by gage: it rained in the last step
     uint64_t changes = 0;         ///< Pace::landChanges; 0 where nothing is known
@@ -70,5 +72,6 @@ void landrest_keep(const Model& model, const Subcatch& subcatch, LandBefore& bef
 [[nodiscard]] LandPace landrest_judge(const Model& model, int32_t subcatch, LandBefore& before);
 
 /// Whether all subcatchments that aren't listed as awake rest in the conditions of the last step: then they give the
-/// network nothing, and add nothing to any sum. Whoever has changed the land since makes it doubtful.
+/// network no runoff, and drains alone if they are listed as draining. Whoever has changed the land since makes it
+/// doubtful.
 [[nodiscard]] bool landrest_isKnown(const Model& model);

@@ -8,6 +8,7 @@
 
 #include "hydrology/evap.h"
 #include "hydrology/lidlanes.h"
+#include "hydrology/lidquality.h"
 #include "hydrology/lidrest.h"
 #include "hydrology/lidsolver.h"
 #include "model/arena.h"
@@ -214,10 +215,14 @@ static void addVolumes(RunoffVolumes& volumes, const LidOutflow& out, double are
     volumes.infil += out.infil * dt * area;
 }
 
-/// Whether nothing runs onto the units of a subcatchment, neither now nor, as a load, in the step before. The sign of a
-/// load of 0 can come through to a unit, where a rain of a concentration of -0 brings another one.
-static bool isNothing(const Model& model, const Subcatch& subcatch, double flow) {
-    return flow == 0.0 && still_areZeros(subcatch.lastWashoffRate, model_pollutantCount(model));
+/// Whether nothing runs onto a unit of a subcatchment, neither now nor, as a load, in the step before. The sign of a
+/// load of 0 can come through to a unit, where a rain of a concentration of -0 brings another one. No share of a load
+/// is +0, if the load is finite and not negative.
+static bool isNothing(const Model& model, const Subcatch& subcatch, const LidUnit& unit, double flow) {
+    const int32_t pollutants = model_pollutantCount(model);
+    return flow == 0.0 &&
+           (still_areZeros(subcatch.lastWashoffRate, pollutants) ||
+            (still_isZero(unit.fromImpervious) && lidquality_isOrdinary(subcatch.lastWashoffRate, pollutants)));
 }
 
 /// Whether a unit that isn't awake stays so, since it gets nothing. If not, it wakes.
@@ -225,7 +230,7 @@ static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, d
     if (lidrest_getPace(model, index) == LID_AWAKE) {
         return false;
     }
-    if (isNothing(model, subcatch, flow)) {
+    if (isNothing(model, subcatch, model.lidUnits[index], flow)) {
         return true;
     }
     lidrest_wake(model, index);
@@ -233,24 +238,14 @@ static bool staysAsleep(Model& model, const Subcatch& subcatch, int32_t index, d
     return false;
 }
 
-/// A step of a unit that isn't awake. All that leaves it is evaporation, m/s.
-static LidOutflow stepAsleep(Model& model, int32_t index, int32_t hour, double dt) {
-    LidOutflow out{};
-    if (lidrest_getPace(model, index) != LID_RESTING) {
-        out.evap = lidrest_dry(model, index, hour, dt);
-    } else {
-        model.lidUnits[index].dryTime += dt;
-    }
-    return out;
-}
-
 /// A step, in which the unit may come to rest. A rain of -0, which a host may hold, counts as rain here as it does in
 /// the room landrest, which wakes units when rain begins: theirs would have begun already.
 static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t index, double flow, int32_t hour,
                              double dt) {
     LidUnit& unit = model.lidUnits[index];
-    const bool mayRest =
-        isNothing(model, subcatch, flow) && still_isZero(subcatch.rain) && lidrest_isStill(model, index);
+    const bool getsNothing =
+        isNothing(model, subcatch, unit, flow) && still_isZero(subcatch.rain) && !model.pace.isPlain;
+    const bool mayRest = getsNothing && lidrest_isStill(model, index);
     LidUnit before;
     if (mayRest) {
         before = unit;
@@ -259,6 +254,8 @@ static LidOutflow restOrStep(Model& model, const Subcatch& subcatch, int32_t ind
     const LidOutflow out = stepUnit(model, subcatch, unit, flow, hour, dt);
     if (mayRest) {
         lidrest_judge(model, index, before, out);
+    } else if (getsNothing) {
+        lidrest_judgeSeeping(model, index, out);
     }
     return out;
 }
@@ -275,7 +272,7 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
             continue;
         }
         if (staysAsleep(model, subcatch, k, flow)) {
-            addVolumes(volumes, stepAsleep(model, k, hour, dt), unit.area, dt);
+            addVolumes(volumes, lidrest_step(model, k, hour, dt), unit.area, dt);
             continue;
         }
         volumes.lidRunon += unit.area * (flow / unit.area) * dt;
@@ -283,6 +280,15 @@ void lidgroup_step(Model& model, int32_t index, RunoffVolumes& volumes, int32_t 
         surfaceSum += unit.thisSurfaceFlow;
     }
     volumes.lidOutflow = surfaceSum * dt;
+}
+
+LidPace lidgroup_dry(Model& model, int32_t index, RunoffVolumes& volumes, int32_t hour, double dt) {
+    LidPace pace = LID_RESTING;
+    for (int32_t k = model.lidGroups[index].firstUnit; k >= 0; k = model.lidUnits[k].next) {
+        addVolumes(volumes, lidrest_step(model, k, hour, dt), model.lidUnits[k].area, dt);
+        pace = std::min(pace, lidrest_getPace(model, k));
+    }
+    return pace == LID_PONDED ? LID_DRYING : pace;
 }
 
 void lidgroup_addSurfaceLoads(Model& model, int32_t subcatch, double* runoffLoad, double dt) {

@@ -376,10 +376,20 @@ bool lidquality_isOrdinary(const double* masses, int64_t count) {
     return isOrdinary;
 }
 
-/// A flow of 0 carries nothing at any concentration that is finite and not negative, so that surface and soil keep what
-/// they have but for the reaction, which alone can make another of it. What stands in the other layers is 0.
 template <size_t N>
-[[gnu::noinline]] static void dryPond(const Model& model, const LidStep& s, size_t first) {
+[[gnu::always_inline]] static inline bool areOrdinary(const double* masses) {
+    bool areSo = true;
+    for (size_t p = 0; p < N; ++p) {
+        areSo &= still_getBits(masses[p]) < still_getBits(LARGEST_MASS);
+    }
+    return areSo;
+}
+
+/// A flow of 0 carries nothing at any concentration that is finite and not negative, so that surface and soil keep what
+/// they have but for the reaction, which alone can make another of it. What stands in the other layers is 0. Whether
+/// the masses are ordinary behind it: if not, what a flow of 0 carries over the surface is written down.
+template <size_t N>
+[[gnu::noinline]] static bool dryPond(const Model& model, const LidStep& s, size_t first) {
     LidUnit& unit = *s.unit;
     const Group g = {model, s, *s.lid, unit, first};
     const double surfaceVolume = unit.area * unit.surfaceLevel * g.lid.surfaceVoid;
@@ -389,9 +399,15 @@ template <size_t N>
     lidlanes_store<N>(unit.lastSurfaceMass + first, surface);
     lidlanes_store<N>(unit.lastSoilMass + first, soil);
     settle<N>(g, g.lid.soilDecay, soilVolume, soil, unit.thisSoilMass);
-    settleSurface<N>(g, surfaceVolume, surface);
+    const LidLanes<N> left = settle<N>(g, g.lid.surfaceDecay, surfaceVolume, surface, unit.thisSurfaceMass);
     lidlanes_store<N>(unit.finalLoad + first,
                       lidlanes_load<N>(unit.thisSurfaceMass + first) + lidlanes_load<N>(unit.thisSoilMass + first));
+    if (areOrdinary<N>(unit.thisSurfaceMass + first) && areOrdinary<N>(unit.thisSoilMass + first)) {
+        return true;
+    }
+    lidlanes_add<N>(unit.surfaceOutLoad + first, carry<N>(0.0, left));
+    lidlanes_store<N>(unit.thisSurfaceLoad + first, carry<N>(0.0, left));
+    return false;
 }
 
 bool lidquality_dryPond(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
@@ -400,10 +416,35 @@ bool lidquality_dryPond(const Model& model, LidUnit& unit, const Lid& lid, int32
     s.lid = &lid;
     s.hour = hour;
     s.dt = dt;
-    s.surfaceOutflow = 0.0;
+    bool areAllOrdinary = true;
     lidlanes_visit(static_cast<size_t>(model_pollutantCount(model)),
-                   [&]<size_t N>(size_t first) { dryPond<N>(model, s, first); });
-    const int64_t pollutants = model_pollutantCount(model);
-    return lidquality_isOrdinary(unit.thisSurfaceMass, pollutants) &&
-           lidquality_isOrdinary(unit.thisSoilMass, pollutants);
+                   [&]<size_t N>(size_t first) { areAllOrdinary &= dryPond<N>(model, s, first); });
+    return areAllOrdinary;
+}
+
+// --- standing water ------------------------------------------------------------------------------------------------
+
+/// No flow leaves the storage, and nothing is anywhere else.
+template <size_t N>
+[[gnu::noinline]] static void stand(const Model& model, const LidStep& s, double volume, size_t first) {
+    LidUnit& unit = *s.unit;
+    const Group g = {model, s, *s.lid, unit, first};
+    settleWetStorage<N>(g, volume, lidlanes_fill<N>(0.0));
+    lidlanes_store<N>(unit.finalLoad + first, lidlanes_load<N>(unit.thisStorageMass + first));
+}
+
+void lidquality_stand(const Model& model, LidUnit& unit, const Lid& lid, int32_t hour, double dt) {
+    const size_t count = static_cast<size_t>(model_pollutantCount(model));
+    std::copy_n(unit.thisStorageMass, count, unit.lastStorageMass);
+    const double volume = unit.area * unit.storageLevel * lid.storageVoid;
+    if (isDry(volume)) {
+        return;  // nothing is in it
+    }
+    LidStep s;
+    s.unit = &unit;
+    s.lid = &lid;
+    s.hour = hour;
+    s.dt = dt;
+    s.storageDrain = s.storageExfil = 0.0;
+    lidlanes_visit(count, [&]<size_t N>(size_t first) { stand<N>(model, s, volume, first); });
 }

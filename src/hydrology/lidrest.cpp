@@ -3,14 +3,19 @@
 // evaporation and parameters, so it ends with them as well. Long before that most units come to a point where nothing
 // happens but that the soil dries in the air, which takes weeks; the few operations that this is stand here:
 //
-//     awake --(nothing in, all layers but the soil empty, soil below its field capacity)--> drying   lidrest_judge
-//     awake --(the same, but that water stands below the berm of a cell, garden or roof)--> ponded   lidrest_judge
-//     ponded --(nothing is left on the surface)-------------------------------------------> drying   lidrest_dry
-//     awake --(a barrel whose drain waits for dry weather to last)------------------------> drying   lidrest_judge
-//     drying --(the soil is dry, the barrel's time has come)------------------------------> awake    lidrest_dry
-//     ponded --(nothing evaporates)-------------------------------------------------------> awake    lidrest_dry
-//     awake --(a step changed nothing)----------------------------------------------------> resting  lidrest_judge
-//     ponded, drying, resting --(rain, runoff, another evaporation, a host)---------------> awake    lidgroup, landrest
+//     awake --(nothing comes in, and nothing will go over the surface)--------------------> seeping  lidrest_judge
+//     awake, seeping --(nothing in, all layers but the soil empty, it holds its water)----> drying   lidrest_judge
+//     awake, seeping --(the same, but that water stands below the berm)-------------------> ponded   lidrest_judge
+//     ponded --(nothing is left on the surface)-------------------------------------------> drying   lidrest_step
+//     awake, seeping --(the water of a barrel stands, or waits for dry weather to last)---> drying   lidrest_judge
+//     drying --(the soil is dry, the barrel's time has come)------------------------------> awake    lidrest_step
+//     ponded --(nothing evaporates)-------------------------------------------------------> awake    lidrest_step
+//     seeping --(a load over the surface that isn't 0)------------------------------------> awake    lidrest_step
+//     awake, seeping --(a step changed nothing)-------------------------------------------> resting  lidrest_judge
+//     all --(rain, runoff, another evaporation, a host)-----------------------------------> awake    lidgroup, landrest
+//
+// A unit that seeps goes through the whole solver, but its land doesn't: water leaves it downward and into the air
+// alone, and so do loads.
 //
 // The rooms lidgroup and landrest call this one, and wake what gets rain, runoff or another evaporation, or whose
 // parameters somebody may have changed. The dry time of a unit goes on all the same. Only the drain of a barrel asks
@@ -28,6 +33,10 @@
 #include "hydrology/evap.h"
 #include "hydrology/lidquality.h"
 #include "model/model.h"
+#include "model/still.h"
+
+static constexpr double SMALLEST_VOID = 1e-6;  ///< of a surface, by which a flux makes a change that is finite
+static constexpr double LARGEST_RATE = 1e6;    ///< m/s, of an evaporation
 
 // --- pace ----------------------------------------------------------------------------------------------------------
 
@@ -99,6 +108,48 @@ static bool isWaiting(const Lid& lid, const LidUnit& unit) {
     return lid.type == LID_RB && unit.storageLevel > lid.drainOffset && unit.dryTime < lid.drainDelay;
 }
 
+/// Whether the layers of a control have such numbers that what nothing comes into sheds nothing over its surface
+/// either. Then each flux of its law is 0 or more and each layer has room for all that it holds, so that the surface,
+/// which gets nothing, gives nothing back; and no number that isn't finite reaches its level.
+static bool canSeep(const Lid& lid) {
+    const bool hasSoil = lid.type == LID_BC || lid.type == LID_RG || lid.type == LID_GR;
+    const bool isStack = hasSoil || lid.type == LID_IT || lid.type == LID_PP;
+    return (isStack || lid.type == LID_RB) && (hasSoil ? lid.soilDepth > 0.0 : lid.soilDepth >= 0.0) &&
+           (hasSoil ? lid.storageDepth >= 0.0 : lid.storageDepth > 0.0) && lid.storageVoid >= 0.0 &&
+           lid.storageRate >= 0.0 && lid.drainCoefficient >= 0.0 && lid.soilRate >= 0.0 && lid.surfaceDepth >= 0.0 &&
+           lid.surfaceVoid > SMALLEST_VOID && lid.porosity >= lid.wiltingPoint && lid.wiltingPoint >= 0.0 &&
+           (lid.type != LID_GR || (lid.matDepth <= lid.storageDepth && lid.matVoid >= 0.0 && lid.matAlpha >= 0.0)) &&
+           (lid.type != LID_PP || (lid.pavementDepth > 0.0 && lid.pavementVoid > 0.0 && lid.pavementRate >= 0.0));
+}
+
+/// Whether there is nothing on the surface of a unit that could run off: it is bare, or holds water below its berm. Of
+/// a barrel no law reads it.
+static bool isBelowBerm(const LidUnit& unit, const Lid& lid) {
+    const bool mayPond = lid.type == LID_BC || lid.type == LID_RG || lid.type == LID_GR;
+    const bool isLow =
+        unit.surfaceLevel == 0.0 || (mayPond && unit.surfaceLevel > 0.0 && unit.surfaceLevel < lid.surfaceDepth);
+    return lid.type == LID_RB || (isLow && std::isfinite(unit.surfaceChange) && std::isfinite(lid.surfaceAlpha) &&
+                                  lid.surfaceAlpha >= 0.0 && std::isfinite(unit.fullWidth) && unit.fullWidth >= 0.0);
+}
+
+/// Whether the other layers hold no more than they have room for.
+static bool hasRoom(const LidUnit& unit, const Lid& lid) {
+    return unit.storageLevel >= 0.0 && unit.storageLevel <= lid.storageDepth &&
+           (lid.soilDepth == 0.0 || (unit.soilMoisture >= lid.wiltingPoint && unit.soilMoisture <= lid.porosity)) &&
+           (lid.type != LID_PP || unit.pavementLevel <= lid.pavementDepth);
+}
+
+/// Whether the water of a barrel stands: this step took none from it, and none is taken from a level as it is now until
+/// the time comes for which one waits that has waited in this step. What is in it goes on reacting. A drain of -0,
+/// which a coefficient of -0 makes, isn't meant: it gives its sign to the loads.
+static bool isStanding(const Model& model, const LidUnit& unit, const LidUnit& before, bool hasWaited) {
+    const Lid& lid = model.lids[unit.lid];
+    const int64_t above = 3 * int64_t{model_pollutantCount(model)};  // layers down to the soil, one behind the other
+    return lid.type == LID_RB && unit.storageLevel == before.storageLevel && unit.surfaceLevel == before.surfaceLevel &&
+           unit.storageChange == 0.0 && unit.surfaceChange == 0.0 && (isWaiting(lid, unit) || !hasWaited) &&
+           still_areZeros(unit.thisSurfaceMass, above) && still_areZeros(unit.lastSurfaceMass, above);
+}
+
 /// Whether there is anything in a unit that reacts by the hour.
 static bool goesByHour(const Model& model, const LidUnit& unit, const Lid& lid) {
     if (isZero(unit.thisSurfaceMass, 4 * int64_t{model_pollutantCount(model)})) {
@@ -144,6 +195,15 @@ static bool isPondAlone(const Model& model, const LidUnit& unit) {
            isZero(unit.lastStorageMass, pollutants) && lidquality_isOrdinary(unit.thisSurfaceMass, 4 * pollutants);
 }
 
+/// Whether a unit into which nothing came gives nothing to its land from now on, but what seeps and drains.
+static bool maySeep(const Model& model, const LidUnit& unit, const LidOutflow& out) {
+    const Lid& lid = model.lids[unit.lid];
+    const int64_t pollutants = model_pollutantCount(model);
+    return still_isZero(out.surface) && still_areZeros(unit.load, pollutants) &&
+           still_areZeros(unit.thisSurfaceLoad, pollutants) && model.evap->rate >= 0.0 &&
+           model.evap->rate < LARGEST_RATE && canSeep(lid) && isBelowBerm(unit, lid) && hasRoom(unit, lid);
+}
+
 void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow& out) {
     const LidUnit& unit = model.lidUnits[index];
     const Lid& lid = model.lids[unit.lid];
@@ -153,12 +213,56 @@ void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow
         pace = LID_AWAKE;
     } else if (out.evap == 0.0 && !goesByHour(model, unit, lid) && isAsBefore(model, index, before)) {
         pace = isWaiting(lid, unit) ? LID_DRYING : hasWaited ? LID_AWAKE : LID_RESTING;
+    } else if (still_isZero(out.drain) && isStanding(model, unit, before, hasWaited)) {
+        pace = LID_DRYING;
     } else if (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0) {
         pace = LID_DRYING;
-    } else if (canDry(lid) && isPonded(lid, unit) && isPondAlone(model, unit) && model.evap->rate >= 0.0) {
+    } else if (canDry(lid) && isPonded(lid, unit) && isPondAlone(model, unit) && model.evap->rate >= 0.0 &&
+               still_isZero(out.surface)) {
         pace = LID_PONDED;
     }
-    model.lidRest->units[index] = pace;
+    model.lidRest->units[index] = pace == LID_AWAKE && maySeep(model, unit, out) ? LID_SEEPING : pace;
+}
+
+void lidrest_judgeSeeping(Model& model, int32_t index, const LidOutflow& out) {
+    if (index < model.lidRest->units.size()) {
+        model.lidRest->units[index] = maySeep(model, model.lidUnits[index], out) ? LID_SEEPING : LID_AWAKE;
+    }
+}
+
+// --- seeping -------------------------------------------------------------------------------------------------------
+
+/// What a unit into which nothing comes goes through in any step. The load that enters, worked out from the same rain
+/// and runoff, stands in it as nothing. The balance is kept and compared only where the unit may be found at rest, not
+/// where it is plain that its masses are on the move and can't be left to themselves.
+static LidOutflow seep(Model& model, int32_t index, int32_t hour, double dt) {
+    LidUnit& unit = model.lidUnits[index];
+    const bool isSteady = lidunit_areMassesSteady(model, unit);
+    lidunit_shiftState(model, unit);
+    const Lid& lid = model.lids[unit.lid];
+    const bool mayRest = lidrest_isStill(model, index) && (isSteady || lid.type == LID_RB || canDry(lid));
+    LidUnit before;
+    if (mayRest) {
+        before = unit;
+        lidrest_keep(model, index);
+    }
+    LidStep step;
+    step.unit = &unit;
+    step.lid = &lid;
+    step.hour = hour;
+    step.dt = dt;
+    step.inflow = 0.0;
+    step.evap = model.evap->rate;
+    const LidOutflow out = lidsolver_advance(model, step);
+    unit.thisSurfaceFlow = out.surface * unit.area;
+    unit.thisDrainFlow = out.drain * unit.area;
+    unit.dryTime += dt;
+    if (mayRest) {
+        lidrest_judge(model, index, before, out);
+    } else if (!still_areZeros(unit.thisSurfaceLoad, model_pollutantCount(model))) {
+        model.lidRest->units[index] = LID_AWAKE;
+    }
+    return out;
 }
 
 // --- drying --------------------------------------------------------------------------------------------------------
@@ -188,10 +292,17 @@ static double drySoil(Model& model, int32_t index, const Lid& lid, int32_t hour,
     return evap;
 }
 
+/// What is new on a ponded unit behind a step.
+struct PondStep {
+    double evap;  ///< m/s
+    bool isSame;  ///< no level and no rate of change has become another one
+};
+
 /// How far a unit has come behind a step that found it ponded.
-static LidPace judgePond(const Model& model, const LidUnit& unit, bool isSame) {
+static LidPace judgePond(const Model& model, const LidUnit& unit, const PondStep& step) {
     const int64_t pollutants = model_pollutantCount(model);
-    if (isSame) {
+    if (step.evap == 0.0 && step.isSame && !goesByHour(model, unit, model.lids[unit.lid]) &&
+        lidunit_areMassesSteady(model, unit)) {
         return LID_AWAKE;  // the next step tells whether nothing changes at all
     }
     const bool isEmpty = unit.surfaceLevel == 0.0 && unit.surfaceChange == 0.0 &&
@@ -213,30 +324,52 @@ static double dryPond(Model& model, int32_t index, const Lid& lid, int32_t hour,
     const double evap = surfaceEvap + soilEvap;
     unit.surfaceLevel = std::max(surfaceChange * dt + level, 0.0);
     unit.soilMoisture = std::min(std::max(soilChange * dt + moisture, lid.wiltingPoint), lid.porosity);
-    const bool isSame = unit.surfaceLevel == level && unit.soilMoisture == moisture && evap == 0.0 &&
-                        unit.surfaceChange == surfaceChange && unit.soilChange == soilChange &&
-                        !goesByHour(model, unit, lid) && lidunit_areMassesSteady(model, unit);
+    const bool mayEnd = evap == 0.0 || unit.surfaceLevel == 0.0;
+    const bool isSame = mayEnd && unit.surfaceLevel == level && unit.soilMoisture == moisture &&
+                        unit.surfaceChange == surfaceChange && unit.soilChange == soilChange;
     unit.surfaceChange = surfaceChange;
     unit.soilChange = soilChange;
     unit.evapDepth += evap * dt;
     unit.finalDepth = surfaceVolume + soilVolume;
     unit.dryTime += dt;
-    model.lidRest->units[index] = isOrdinary ? judgePond(model, unit, isSame) : LID_AWAKE;
+    if (mayEnd || !isOrdinary) {
+        model.lidRest->units[index] = isOrdinary ? judgePond(model, unit, {evap, isSame}) : LID_AWAKE;
+    }
     return evap;
 }
 
-double lidrest_dry(Model& model, int32_t index, int32_t hour, double dt) {
+/// The water of a barrel stands, and neither comes nor goes.
+static void standBarrel(Model& model, int32_t index, const Lid& lid, int32_t hour, double dt) {
     LidUnit& unit = model.lidUnits[index];
-    const Lid& lid = model.lids[unit.lid];
-    if (lidrest_getPace(model, index) == LID_PONDED) {
-        return dryPond(model, index, lid, hour, dt);
-    }
-    if (lid.type != LID_RB) {
-        return drySoil(model, index, lid, hour, dt);
-    }
+    const int64_t pollutants = model_pollutantCount(model);
+    const bool hasWaited = isWaiting(lid, unit);
     unit.dryTime += dt;
-    if (!isWaiting(lid, unit)) {
-        model.lidRest->units[index] = LID_AWAKE;  // it drains from the next step on
+    lidquality_stand(model, unit, lid, hour, dt);
+    const bool isOver = hasWaited && !isWaiting(lid, unit);  // it drains from the next step on
+    const bool isSame = !hasWaited && lidunit_areMassesSteady(model, unit) && !goesByHour(model, unit, lid);
+    if (isOver || isSame || !still_areZeros(unit.thisDrainLoad, pollutants)) {
+        model.lidRest->units[index] = LID_AWAKE;  // the next step tells
     }
-    return 0.0;
+}
+
+/// What dries, which may be the soil alone. Gives the evaporation, m/s.
+static double dry(Model& model, int32_t index, int32_t hour, double dt) {
+    const Lid& lid = model.lids[model.lidUnits[index].lid];
+    if (lid.type == LID_RB) {
+        standBarrel(model, index, lid, hour, dt);
+        return 0.0;
+    }
+    return drySoil(model, index, lid, hour, dt);
+}
+
+LidOutflow lidrest_step(Model& model, int32_t index, int32_t hour, double dt) {
+    LidUnit& unit = model.lidUnits[index];
+    LidOutflow out{};
+    switch (model.lidRest->units[index]) {
+        case LID_SEEPING: return seep(model, index, hour, dt);
+        case LID_PONDED: out.evap = dryPond(model, index, model.lids[unit.lid], hour, dt); break;
+        case LID_DRYING: out.evap = dry(model, index, hour, dt); break;
+        default: unit.dryTime += dt; break;
+    }
+    return out;
 }

@@ -188,20 +188,26 @@ static void advanceBlock(Model& model, int32_t hour, double dt, int32_t first, i
     }
 }
 
-/// One subcatchment of which depressions or LID units dry. Whether it has done so, or one of its units: then it wakes.
-static bool drySubcatch(Model& model, int32_t index, int32_t hour, double dt) {
+/// One subcatchment of which depressions or LID units dry, seep and drain. How far it has come then: one that has dried
+/// out wakes, and so does one of whose units a load may have come over the surface, which the land takes on.
+static LandPace drySubcatch(Model& model, int32_t index, int32_t hour, double dt) {
     Subcatch& subcatch = model.subcatches[index];
     RunoffVolumes volumes{};
-    if (subcatch.imperviousDepth != 0.0) {
+    const bool isPonded = subcatch.imperviousDepth != 0.0;
+    if (isPonded) {
         volumes = subcatch_dryPond(model, subcatch, dt);
+    }
+    const LidPace units = subcatch.lidArea > 0.0 ? lidgroup_dry(model, index, volumes, hour, dt) : LID_RESTING;
+    subcatch_closeStep(subcatch, volumes, dt);
+    if (units == LID_AWAKE && model_pollutantCount(model) > 0) {
+        stepQuality(model, index, volumes, dt);
+    } else if (isPonded) {
         washoff_dryPond(model, subcatch, volumes.wetInflow);
     }
-    if (subcatch.lidArea > 0.0) {
-        lidgroup_step(model, index, volumes, hour, dt);
+    if (units == LID_AWAKE || (units == LID_RESTING && subcatch.imperviousDepth == 0.0)) {
+        return LAND_AWAKE;
     }
-    subcatch_closeStep(subcatch, volumes, dt);
-    const LidPace units = lidgroup_getPace(model, index);
-    return units == LID_AWAKE || (units == LID_RESTING && subcatch.imperviousDepth == 0.0);
+    return units == LID_SEEPING ? LAND_DRAINING : LAND_DRYING;
 }
 
 /// The drying land between two places of its list.
@@ -209,10 +215,9 @@ static void dryBlock(Model& model, int32_t hour, double dt, int32_t first, int32
     LandRest& rest = *model.landRest;
     for (int32_t k = first; k < end; ++k) {
         const int32_t index = rest.drying[k];
-        if (drySubcatch(model, index, hour, dt)) {
-            rest.paces[index] = LAND_AWAKE;
-            work.hasChanged = true;
-        }
+        const LandPace pace = drySubcatch(model, index, hour, dt);
+        work.hasChanged = work.hasChanged || pace != rest.paces[index];
+        rest.paces[index] = pace;
     }
 }
 
@@ -274,6 +279,20 @@ void LandStep::operator()(int32_t worker) {
     }
 }
 
+/// All three lists, by the one who works. Their pieces are as large as those of many, and so is the scratch.
+static void stepAlone(Model& model, int32_t hour, double dt) {
+    LandRest& rest = *model.landRest;
+    LandWork& work = rest.works.front();
+    for (int32_t first = 0; first < rest.growing.size(); first += LAND_PIECE) {
+        growBlock(model, rest.growing.data() + first, std::min(LAND_PIECE, rest.growing.size() - first), work);
+    }
+    for (int32_t first = 0; first < rest.awake.size(); first += LAND_PIECE) {
+        advanceBlock(model, hour, dt, first, std::min(first + LAND_PIECE, rest.awake.size()), work);
+        growBlock(model, work.dry.data(), static_cast<int32_t>(work.dry.size()), work);
+    }
+    dryBlock(model, hour, dt, 0, rest.drying.size(), work);
+}
+
 /// Looks, behind a step that asked for it, where nothing has grown: if all land was dry that may still grow.
 static void endGrowth(Model& model, int32_t candidates) {
     std::vector<LandWork>& works = model.landRest->works;
@@ -304,8 +323,12 @@ static void advanceLand(Model& model, int32_t hour, double dt) {
         work.hasChanged = false;
         buildup_beginStep(model, work.buildup);
     }
-    LandStep step{model, hour, dt};
-    workers_share(*model.workers, workers, step);
+    if (workers > 1) {
+        LandStep step{model, hour, dt};
+        workers_share(*model.workers, workers, step);
+    } else {
+        stepAlone(model, hour, dt);
+    }
     if (model.buildupRules->isLooking) {
         endGrowth(model, rest.growing.size() + rest.awake.size());
     }

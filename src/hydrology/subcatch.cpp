@@ -347,14 +347,14 @@ double subcatch_getWeight(const Model& model, double time) {
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
-void subcatch_countEvaporation(Subcatch& s, double dt) {
+void subcatch_countLosses(Subcatch& s, double dt) {
     s.evap += dt * s.evapRate * MM_PER_M;
+    s.infil += dt * s.infilRate * MM_PER_M;
 }
 
 void subcatch_countStep(const Model& model, Subcatch& s, double dt) {
     s.rainfall += dt * s.rain * MM_PER_M;
-    subcatch_countEvaporation(s, dt);
-    s.infil += dt * s.infilRate * MM_PER_M;
+    subcatch_countLosses(s, dt);
     s.runoff += dt * s.thisRunoff / s.area * MM_PER_M;
     statistics_keepMaximum(s.peakRunoff, s.thisRunoff);
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {

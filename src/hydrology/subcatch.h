@@ -117,6 +117,6 @@ void subcatch_closeStep(Subcatch& subcatch, const RunoffVolumes& volumes, double
 /// Runoff at a routing clock (ms) between the last two runoff steps: the weight of the newer one, 0 ... 1.
 [[nodiscard]] double subcatch_getWeight(const Model& model, double time);
 
-/// Adds a step of `dt` seconds to the statistics; and so the evaporation alone, where nothing else happens.
-void subcatch_countEvaporation(Subcatch& subcatch, double dt);
+/// Adds a step of `dt` seconds to the statistics; and so the losses alone, where nothing else happens.
+void subcatch_countLosses(Subcatch& subcatch, double dt);
 void subcatch_countStep(const Model& model, Subcatch& subcatch, double dt);

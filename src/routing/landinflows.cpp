@@ -45,11 +45,12 @@ static void addToNode(Model& model, int32_t index, double f) {
     wakeGiven(model, s.outNode, given);
 }
 
-/// Calls a function with each subcatchment that may give something. Those at rest give nothing, and 0 changes no sum.
+/// Calls a function with each subcatchment that may give something, of which there is a list. All others give nothing,
+/// and 0 changes no sum.
 template <class Function>
-static void forEachGiver(const Model& model, Function give) {
+static void forEachGiver(const Model& model, const Table<int32_t>& givers, Function give) {
     if (landrest_isKnown(model)) {
-        for (const int32_t k : model.landRest->awake) {
+        for (const int32_t k : givers) {
             give(k);
         }
         return;
@@ -67,7 +68,7 @@ void landinflows_addRunoff(Model& model, double time) {
         }
     };
     if (model.swmmNodes.empty()) {
-        forEachGiver(model, give);
+        forEachGiver(model, model.landRest->awake, give);
         return;
     }
     // A SWMM node is told of a runoff of 0 as well.
@@ -94,7 +95,7 @@ void landinflows_addDrains(Model& model) {
     if (model.lidUnits.empty()) {
         return;
     }
-    forEachGiver(model, [&](int32_t k) {
+    forEachGiver(model, model.landRest->draining, [&](int32_t k) {
         if (!(model.subcatches[k].area > 0.0) || !(model.subcatches[k].lidArea > 0.0)) {
             return;
         }

@@ -146,14 +146,14 @@ void routing_step(Model& model) {
 
 // --- statistics ----------------------------------------------------------------------------------------------------
 
-/// Land at rest adds 0 to every sum, which changes none, and drying land its evaporation alone.
+/// Land at rest adds 0 to every sum, which changes none, and drying land its losses alone.
 static void countLand(Model& model) {
     if (landrest_isKnown(model)) {
         for (const int32_t k : model.landRest->awake) {
             subcatch_countStep(model, model.subcatches[k], model.options.routingStep);
         }
         for (const int32_t k : model.landRest->drying) {
-            subcatch_countEvaporation(model.subcatches[k], model.options.routingStep);
+            subcatch_countLosses(model.subcatches[k], model.options.routingStep);
         }
         return;
     }

@@ -412,10 +412,20 @@ TEST_P(PondAtRest, StaysAwakeWithAMassOfWhichNothingMayBeMoreThanNothing) {
     for (const double mass : {1e250, std::numeric_limits<double>::infinity()}) {
         startPonded("[EVAPORATION]\nCONSTANT 96\n", mass);
         step(10);
-        EXPECT_EQ(getUnitPace(), LID_AWAKE) << mass;
+        EXPECT_EQ(getUnitPace(), std::isinf(mass) ? LID_AWAKE : LID_SEEPING) << mass;
         ASSERT_EQ(tv_close(plain), TV_OK);
         ASSERT_EQ(tv_close(skipping), TV_OK);
     }
+}
+
+// A power that isn't finite makes a load over the surface that is no number, on a day on which nothing runs off.
+TEST_P(PondAtRest, GivesTheLandALoadThatIsNoNumber) {
+    startPonded("[EVAPORATION]\nCONSTANT 96\n", 0.05);
+    step(10);
+    change([](Model& model) { model.lids[0].surfaceDecay[0] = {FIRST_ORDER, -1, -1.0, 0.0, 1.0}; });
+    step(10);
+    EXPECT_FALSE(std::isfinite(unit().thisSurfaceMass[0]));
+    EXPECT_TRUE(std::isnan(land().subcatches[0].runoffLoad[0]));
 }
 
 TEST_P(PondAtRest, IsWokenByAMassThatIsSet) {
@@ -447,7 +457,9 @@ TEST_F(LandAtRest, WaitsForTheTimeOfABarrelAndDrainsThen) {
     EXPECT_EQ(land().lidUnits[0].storageLevel, 0.5) << "the last step began ahead of the time";
     step();
     EXPECT_LT(land().lidUnits[0].storageLevel, 0.5);
-    EXPECT_EQ(getUnitPace(), LID_AWAKE);
+    step();
+    EXPECT_EQ(getUnitPace(), LID_SEEPING);
+    EXPECT_EQ(getPace(0), LAND_DRAINING);
 }
 
 class BarrelWokenAtAStep : public LandAtRest, public testing::WithParamInterface<int> {};
@@ -462,6 +474,44 @@ TEST_P(BarrelWokenAtAStep, DrainsWhenItsTimeHasCome) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Steps, BarrelWokenAtAStep, testing::Range(68, 75));
+
+TEST_F(LandAtRest, LetsTheWaterOfAWaitingBarrelReact) {
+    DryProject project = makeUnitProject(BARREL, 50);
+    project.more += "[DECAY_COEFFICIENT]\nX LID P FIRST 2 \"\" STORAGE\n";
+    start(project);
+    change([](Model& model) { model.lidUnits[0].thisStorageMass[0] = 0.5; });
+    step(48);
+    EXPECT_EQ(getUnitPace(), LID_DRYING);
+    EXPECT_NEAR(land().lidUnits[0].thisStorageMass[0], 0.5 * std::exp(-2.0 * 48.0 / 288.0), 1e-12);
+    step(100);
+    EXPECT_LT(land().lidUnits[0].thisStorageMass[0] / land().lidUnits[0].storageLevel, 1.0) << "it drains";
+}
+
+TEST_F(LandAtRest, KeepsTheSignOfADrainOfMinusZero) {
+    DryProject project = makeUnitProject(BARREL, 50);
+    project.more += "[DECAY_COEFFICIENT]\nX LID P FIRST 2 \"\" STORAGE\n";
+    start(project);
+    change([](Model& model) {
+        model.lidUnits[0].thisStorageMass[0] = 0.5;
+        model.lids[0].drainCoefficient = -0.0;
+        model.lids[0].drainDelay = 0.0;
+    });
+    step(10);
+    EXPECT_TRUE(std::signbit(land().lidUnits[0].thisDrainLoad[0]));
+}
+
+TEST_F(LandAtRest, LeavesNothingOutOfABarrelWhoseMassesPassAllBounds) {
+    DryProject project = makeUnitProject(BARREL, 5);
+    project.more += "[DECAY_COEFFICIENT]\nX LID P FIRST -1e6 \"\" STORAGE\n";
+    start(project);
+    change([](Model& model) {
+        model.lidUnits[0].drainNode = 0;
+        model.lidUnits[0].thisStorageMass[0] = 1e300;
+    });
+    step(4);
+    EXPECT_TRUE(std::isnan(land().lidUnits[0].thisDrainLoad[0]));
+    EXPECT_LE(getPace(0), LAND_DRAINING) << "the network gets it";
+}
 
 TEST_F(LandAtRest, LeavesABarrelBelowItsDrainAlone) {
     start(makeUnitProject(BARREL, 5));
@@ -486,10 +536,117 @@ TEST_F(LandAtRest, KeepsAUnitAwakeThatReactsByTheHour) {
     EXPECT_GT(mass, 0.0);
     step(100);  // to 9:00
     EXPECT_NEAR(land().lidUnits[0].thisStorageMass[0], mass, 1e-12 * mass);
-    EXPECT_EQ(getUnitPace(), LID_AWAKE) << "nothing changes at this hour";
+    EXPECT_EQ(getUnitPace(), LID_DRYING) << "nothing changes at this hour";
     step(144);  // to 21:00, through one with 24 / d
     EXPECT_NEAR(land().lidUnits[0].thisStorageMass[0], mass * std::exp(-1.0), 1e-9 * mass);
 }
+
+// --- seeping units -------------------------------------------------------------------------------------------------
+
+/// Of a type of control: its layers, and where its unit of 100 m2 ends.
+struct SeepingType {
+    const char* lids;
+    LidPace end;
+};
+
+/// A unit with water in all of its layers, some of it on its way down, on land with a pond of its own. A second unit of
+/// the same control stands behind it and holds next to nothing. Both drain to the outfall.
+class SeepingUnit : public LandAtRest, public testing::WithParamInterface<SeepingType> {
+protected:
+    void SetUp() override {
+        DryProject project = makeUnitProject(GetParam().lids, 90);
+        project.more += "S X 50 10 1 0\n[EVAPORATION]\nCONSTANT 24\n[DECAY_COEFFICIENT]\n";
+        project.more += "X LID P FIRST 1 EVENING SOIL\nX LID P FIRST 2 \"\" STORAGE\nX LID P FIRST 2 \"\" SURFACE\n";
+        project.times = "START_DATE 2021/03/01\nEND_DATE 2021/04/01\nRUNOFF_STEP 0:05\nROUTING_STEP 0:01\n";
+        start(project);
+        change([](Model& model) {
+            model.subcatches[0].imperviousDepth = 5e-4;
+            LidUnit& unit = model.lidUnits[0];
+            unit.drainNode = model.lidUnits[1].drainNode = 0;
+            unit.thisSoilMass[0] = 0.03;
+            unit.thisStorageMass[0] = 0.2;
+        });
+    }
+
+    const LidUnit& unit() const { return land().lidUnits[0]; }
+
+    /// Steps of the whole project, behind each of which both hold the same.
+    void stepAll(int count) {
+        for (int k = 0; k < count; ++k) {
+            ASSERT_EQ(tv_step(plain), TV_OK);
+            ASSERT_EQ(tv_step(skipping), TV_OK);
+            ASSERT_TRUE(save(plain) == save(skipping)) << "at " << land().clock.newRoutingTime / 60000.0 << " min";
+        }
+    }
+};
+
+TEST_P(SeepingUnit, LeavesItsLandAlone) {
+    step(4);
+    EXPECT_EQ(getUnitPace(), LID_SEEPING);
+    EXPECT_EQ(getPace(0), LAND_DRAINING);
+    const double depth = unit().infilDepth + unit().drainDepth;
+    step(3);
+    EXPECT_GT(unit().infilDepth + unit().drainDepth, depth);
+}
+
+TEST_P(SeepingUnit, GivesTheNetworkItsDrainAndTheTotalsItsSeepage) {
+    stepAll(12 * 60);
+    const Subcatch& land0 = land().subcatches[0];
+    const LidUnit& second = land().lidUnits[1];
+    const double infil = 100.0 * unit().infilDepth + 50.0 * second.infilDepth;
+    // The runoff clock is a step ahead, and the rate of a step counts while the routing passes through it.
+    EXPECT_NEAR(land0.infil / 1000.0 * land0.area, infil, 1e-3 * infil + 0.02);
+    EXPECT_GT(infil + 100.0 * unit().drainDepth, 0.0);
+}
+
+TEST_P(SeepingUnit, IsWokenByRainAndSeepsOn) {
+    step(10);
+    set(TV_GAGE, "held_rain", 0, 60.0);
+    step(2);
+    EXPECT_EQ(getUnitPace(), LID_AWAKE);
+    set(TV_GAGE, "held_rain", 0, 0.0);
+    step(40);
+}
+
+// What is in a soil or stands in a barrel goes on reacting. In the storage of the pavement the last 1e-322 m stay, of
+// which no rate can be made.
+TEST_P(SeepingUnit, ComesToItsEnd) {
+    step(288 * 20);
+    EXPECT_EQ(getUnitPace(), GetParam().end);
+}
+
+TEST_P(SeepingUnit, TakesWhateverAHostSets) {
+    for (const double value : {-1e-3, 0.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
+        step(6);
+        change([value](Model& model) { model.lidUnits[0].storageLevel = value; });
+        step(6);
+        change([value](Model& model) { model.lidUnits[0].surfaceLevel = value; });
+        step(6);
+        change([value](Model& model) { model.lidUnits[0].surfaceChange = value; });
+        step(6);
+        change([value](Model& model) { model.lids[0].surfaceVoid = value; });
+        step(6);
+        change([value](Model& model) { model.evap->constant = value; });
+        step(6);
+        ASSERT_EQ(tv_close(plain), TV_OK);
+        ASSERT_EQ(tv_close(skipping), TV_OK);
+        SetUp();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Types, SeepingUnit,
+    testing::Values(
+        SeepingType{"X RG\nX SURFACE 100 0 0.1 1 0\nX SOIL 100 0.5 0.2 0.1 40 10\nX STORAGE 0 0 8\n", LID_DRYING},
+        SeepingType{"X BC\nX SURFACE 100 0 0.1 1 0\nX SOIL 100 0.5 0.2 0.1 40 10\nX STORAGE 300 0.67 3\n"
+                    "X DRAIN 3 0.5 0\n",
+                    LID_DRYING},
+        SeepingType{"X GR\nX SURFACE 100 0 0.1 1 0\nX SOIL 100 0.5 0.2 0.1 40 10\nX DRAINMAT 25 0.5 0.3\n", LID_DRYING},
+        SeepingType{"X IT\nX SURFACE 50 0 0.1 1 0\nX STORAGE 900 0.67 2\nX DRAIN 4 0.5 600\n", LID_RESTING},
+        SeepingType{"X PP\nX SURFACE 5 0 0.02 1 0\nX PAVEMENT 120 0.2 500\nX SOIL 100 0.4 0.2 0.1 60 10\n"
+                    "X STORAGE 300 0.67 3\nX DRAIN 3 0.5 150\n",
+                    LID_SEEPING},
+        SeepingType{"X RB\nX STORAGE 1000 1 0\nX DRAIN 3 0.5 100 0\n", LID_DRYING}));
 
 TEST_F(LandAtRest, RestsNoUnitUnderARainOfMinusZero) {
     start(makeUnitProject(BARREL, 5));
