@@ -159,11 +159,11 @@ inline void pipe_moveClock(const Model& model, Link& link, const Pipe& pipe) {
 }
 
 /// A step of a pipe at rest, to which nothing comes. It has fired before, so it has a period.
-inline void pipe_tick(const Model& model, Link& link, const Pipe& pipe, double fireTime) {
+inline void pipe_tick(const Model& model, Link& link, double fireTime) {
     FireClock& clock = link.clock;
     clock.isChanged = fireTime > clock.nextFireTime && clock.sumCount != 0;
     if (clock.isChanged) {
-        pipe_moveClock(model, link, pipe);
+        pipe_moveClock(model, link, model.pipes[link.kindIndex]);
         clock.sumCount = 0;
     } else {
         clock.sumCount += 1;

@@ -136,8 +136,7 @@ const Visit* rest_passVisits(Model& model, const Visit* visit, const VisitStep& 
     const Visit* const end = model.visits.data() + model.visits.size();
     const int32_t* resting = model.restingPipes.data() + (visit - model.visits.data());
     for (; visit != end && *resting >= 0; ++visit, ++resting) {
-        Link& link = model.links[*resting];
-        pipe_tick(model, link, model.pipes[link.kindIndex], step.fireTime);
+        pipe_tick(model, model.links[*resting], step.fireTime);
     }
     return visit;
 }

@@ -29,7 +29,7 @@ inline bool serving_isNothing(const Offer& offer, int32_t pollutants) {
     Link& link = model.links[place.link];
     if (link.clock.restKey == step.restKey) {
         if (serving_isNothing(offer, pollutants)) {
-            pipe_tick(model, link, pipe, step.fireTime);
+            pipe_tick(model, link, step.fireTime);
             return;
         }
         rest_wakeVisit(model, link.toNode);
