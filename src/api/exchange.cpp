@@ -233,6 +233,7 @@ int32_t tarnvelde_setSetting(const char* name, double value) {
     link.targetSetting = value;
     if (link.setting != value) {  // a zero keeps its sign
         link.setting = value;
+        link_forgetFacts(link);
     }
     link_noteTarget(model, index);
     return SUCCESS;

@@ -9,6 +9,7 @@
 #include "hydrology/subcatch.h"
 #include "links/conduit.h"
 #include "links/connection.h"
+#include "links/link.h"
 #include "links/orifice.h"
 #include "links/pipe.h"
 #include "links/pump.h"
@@ -161,7 +162,15 @@ Parameter findWrittenParameter(Model& model, const ParameterObject& entry, const
     }
     const int32_t link = exchange_findRow(model, LINK, name, model.links.size());
     const Node* node = model.nodes.find(link);
-    return node && node->kind == entry.kind ? entry.find(model, model.links[link].kindIndex, code) : NO_PARAMETER;
+    if (!node || node->kind != entry.kind) {
+        return NO_PARAMETER;
+    }
+    const int32_t row = model.links[link].kindIndex;
+    const Pipe* pipe = entry.kind == PIPE ? model.pipes.find(row) : nullptr;
+    if (pipe) {
+        link_forgetFacts(model.links[pipe->link]);
+    }
+    return entry.find(model, row, code);
 }
 
 /// A value of a pump is moved, and the call fails all the same: it goes on to a connection, which a pump isn't.

@@ -15,6 +15,7 @@
 #include "hydrology/landuse.h"
 #include "hydrology/lidgroup.h"
 #include "links/connection.h"
+#include "links/link.h"
 #include "links/orifice.h"
 #include "links/pipe.h"
 #include "links/pump.h"
@@ -244,13 +245,16 @@ int32_t testWhen(int32_t phase, const tv_variable& variable) {
     return (variable.when & now) != 0 ? TV_OK : TV_ERROR_NOT_NOW;
 }
 
-/// Says that a value was written. What the host holds of a gage is seen as the rain of the next step.
-void noteChange(Pace& pace, int32_t objectClass) {
+/// Says that a value is written. What the host holds of a gage is seen as the rain of the next step.
+void noteChange(Model& model, int32_t objectClass, int32_t index) {
     switch (objectClass) {
         case TV_GAGE: break;
-        case TV_NODE:
-        case TV_LINK: pace_noteNetworkChange(pace); break;
-        default: pace_noteChange(pace); break;
+        case TV_NODE: pace_noteNetworkChange(model.pace); break;
+        case TV_LINK:
+            pace_noteNetworkChange(model.pace);
+            link_forgetFacts(model.links[index]);
+            break;
+        default: pace_noteChange(model.pace); break;
     }
 }
 
@@ -261,7 +265,7 @@ int32_t setValue(Model& model, const Variable& variable, int32_t index, int32_t 
         return TV_ERROR_RANGE;
     }
     if (!isTrial) {
-        noteChange(model.pace, limits.objectClass);
+        noteChange(model, limits.objectClass, index);
     }
     return variable.set(model, index, pollutant, value, isTrial);
 }
@@ -393,7 +397,7 @@ int32_t tv_releaseValue(tv_model* handle, int32_t variable, int32_t index, int32
         if (!entry.read(model, index, pollutant, present)) {
             return TV_ERROR_KIND;
         }
-        noteChange(model.pace, entry.description.objectClass);
+        noteChange(model, entry.description.objectClass, index);
         return entry.release(model, index, pollutant);
     });
 }

@@ -33,8 +33,8 @@ static void firePipe(Model& model, int32_t link, Pipe& pipe, CoupledFlow& record
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         concentrations[p] = record.sumFlow != 0.0 ? record.sumLoad[p] / record.sumFlow * G_PER_KG : 0.0;
     }
-    pipe_route(model, link, pipe, record.sumFlow / record.sumCount, concentrations);
-    pipe_moveClock(model, pipe);
+    pipe_route(model, model.links[link], pipe, record.sumFlow / record.sumCount, concentrations);
+    pipe_moveClock(model, model.links[link], pipe);
     record.sumFlow = 0.0;
     record.sumCount = 0;
     std::fill_n(record.sumLoad, model_pollutantCount(model), 0.0);
@@ -48,7 +48,7 @@ void feed_pipe(Model& model, const CoupledFlow& named, const OutsideNode& outsid
     Pipe& pipe = model.pipes[model.links[link].kindIndex];
     CoupledFlow& record = **outside_findRecords(outside.outflows, link).first;
     countOutflow(model, totals, record);
-    if (outside.oldTime > pipe.nextFireTime && pipe.stepLength != 0.0) {
+    if (outside.oldTime > model.links[link].clock.nextFireTime && pipe.stepLength != 0.0) {
         firePipe(model, link, pipe, record, outside.scratch);
         return;
     }

@@ -42,7 +42,7 @@ int32_t link_readHead(Model& model, const Tokens& tokens, int32_t needed, LinkHe
 void link_setHead(Model& model, int32_t index, int32_t kind, int32_t kindIndex, const LinkHead& head) {
     Link& link = model.links[index];
     link.id = head.id;
-    link.kind = kind;
+    link.kind = static_cast<int16_t>(kind);
     link.kindIndex = kindIndex;
     link.fromNode = head.fromNode;
     link.toNode = head.toNode;
@@ -92,6 +92,7 @@ void link_holdSetting(Model& model, int32_t index, double setting) {
     Link& link = model.links[index];
     link.isHostSetting = true;
     link.setting = setting;
+    link_forgetFacts(link);
     link_noteTarget(model, index);
 }
 
@@ -100,5 +101,6 @@ bool link_applyTarget(Link& link) {
         return false;
     }
     link.setting = link.targetSetting;
+    link_forgetFacts(link);
     return true;
 }

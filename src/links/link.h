@@ -57,6 +57,19 @@ void link_shiftQuality(const Model& model, Link& link);
 /// Lists the pumps for a run.
 void link_openSettings(Model& model);
 
+/// Says that somebody else than a step may have written to a link or to the record of its kind: what it knows of itself
+/// may be wrong now.
+inline void link_forgetFacts(Link& link) {
+    link.clock.facts = 0;
+}
+
+[[nodiscard]] inline bool link_hasFact(const Link& link, LinkFact fact) {
+    return (link.clock.facts & fact) != 0;
+}
+inline void link_setFact(Link& link, LinkFact fact, bool holds) {
+    link.clock.facts = static_cast<uint8_t>(holds ? link.clock.facts | fact : link.clock.facts & ~fact);
+}
+
 /// Says that `targetSetting` of a link was written by a rule or the host.
 void link_noteTarget(Model& model, int32_t link);
 

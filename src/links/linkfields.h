@@ -15,9 +15,10 @@
 // --- links of all kinds --------------------------------------------------------------------------------------------
 
 template <class V>
-void link_walk(V& v, Link& link, const Model& model) {
+void link_walk(V& v, Link& link, Model& model) {
     const int64_t pollutants = model_pollutantCount(model);
-    v.fixed(link.kind, link.isLagged, link.id, link.kindIndex, link.fromNode, link.toNode);
+    LinkFlood& flood = model.linkFloods[link_getIndex(model, link)];
+    v.fixed(link.kind, link.isLagged, link.id, link.kindIndex, link.fromNode, link.toNode, link.clock, link.sumMass);
     v.state(NAMED(link.oldFlow));
     v.state(NAMED(link.newFlow));
     v.state(NAMED(link.newQual), pollutants);
@@ -27,8 +28,8 @@ void link_walk(V& v, Link& link, const Model& model) {
     v.setting(NAMED(link.isHostSetting));
     v.total(NAMED(link.statFlowVolume));
     v.total(NAMED(link.statMaxFlow));
-    v.total(NAMED(link.statFloodVolume));
-    v.total(NAMED(link.statMaxFlood));
+    v.total("link.statFloodVolume", flood.volume);
+    v.total("link.statMaxFlood", flood.maximum);
 }
 
 /// Links whose setting may differ from 1, in the order in which they came to it.
@@ -66,19 +67,24 @@ struct GuidedLinkList {
 
 // --- pipes ---------------------------------------------------------------------------------------------------------
 
+/// A pipe with its clock, which stands in the link.
 template <class V>
-void pipe_walk(V& v, Pipe& pipe, const Model& model) {
+void pipe_walk(V& v, Pipe& pipe, Model& model) {
     const int64_t pollutants = model_pollutantCount(model);
-    v.fixed(pipe.decay, pipe.restKey);
+    Link& link = model.links[pipe.link];
+    FireClock& clock = link.clock;
+    pipe_settle(link, pipe);
+    v.fixed(pipe.decay, pipe.link, clock.restKey);
+    v.mark(clock.facts);
     v.setting(NAMED(pipe.hasDecay));
     decay_walk(v, pipe.decay, model);
     v.action.takeReaches(pipe, model);  // stepLength, reachCount and storage
-    v.time(NAMED(pipe.lastFireTime));
-    v.time(NAMED(pipe.nextFireTime));
+    v.time("pipe.lastFireTime", clock.lastFireTime);
+    v.time("pipe.nextFireTime", clock.nextFireTime);
     v.setting(NAMED(pipe.k));
-    v.state(NAMED(pipe.sumVolume));
-    v.state(NAMED(pipe.sumMass), pollutants);
-    v.state(NAMED(pipe.sumCount), FieldSpan{0, 1 << 30});
+    v.state("pipe.sumVolume", clock.sumVolume);
+    v.state("pipe.sumMass", link.sumMass, pollutants);
+    v.state("pipe.sumCount", clock.sumCount, FieldSpan{0, 1 << 30});
     v.setting(NAMED(pipe.n));
     v.setting(NAMED(pipe.x));
     v.state(NAMED(pipe.oldInflow));
@@ -86,7 +92,7 @@ void pipe_walk(V& v, Pipe& pipe, const Model& model) {
     v.state(NAMED(pipe.oldFlood));
     v.state(NAMED(pipe.newFlood));
     v.setting(NAMED(pipe.maxFlow));
-    v.state(NAMED(pipe.isChanged));
+    v.state("pipe.isChanged", clock.isChanged);
 }
 
 // --- connections, and whatever else delays -------------------------------------------------------------------------
@@ -220,7 +226,7 @@ void links_walk(V& v, Model& model) {
     v.rows("pump", model.pumps, [&](V& own, Pump& row) { pump_walk(own, row); });
     v.rows("weir", model.weirs, [&](V& own, Weir& row) { weir_walk(own, row); });
     v.rows("orifice", model.orifices, [&](V& own, Orifice& row) { orifice_walk(own, row); });
-    v.fixed(model.transects, model.guidedLinks, model.isGuided);
+    v.fixed(model.linkFloods, model.transects, model.guidedLinks, model.isGuided);
     v.list("guidedLinks", GuidedLinkList{model});
     v.state(NAMED(model.floodingPipeCount), FieldSpan{0, static_cast<double>(model.pipes.size())});
     v.state(NAMED(model.hasEndlessQuality));

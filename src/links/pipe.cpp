@@ -80,6 +80,7 @@ int32_t pipe_readLine(Model& model, const Tokens& tokens, int32_t link, int32_t 
     checkNumbers(model, values, head);
     link_setHead(model, link, PIPE, kindIndex, head);
     Pipe& pipe = model.pipes[kindIndex];
+    pipe.link = link;
     pipe.k = values[0];
     pipe.n = n;
     pipe.x = values[2];
@@ -122,23 +123,24 @@ bool pipe_doReachesFit(const Model& model, const Pipe& pipe, int32_t reaches, do
     return reaches == pipe.reachCount && (canFireAgain(model, pipe.stepLength) || !canFireAgain(model, stepLength));
 }
 
-void pipe_placeReaches(const Model& model, Pipe& pipe, double* memory, int32_t reaches) {
+void pipe_placeReaches(Model& model, Pipe& pipe, double* memory, int32_t reaches) {
     pipe.reachCount = reaches;
-    pipe.sumMass = memory;
-    pipe.storage = pipe.sumMass + model_pollutantCount(model);
+    pipe.storage = memory + model_pollutantCount(model);
+    model.links[pipe.link].sumMass = memory;
 }
 
-void pipe_initState(Model& model, Pipe& pipe) {
+void pipe_initState(Model& model, Link& link, Pipe& pipe) {
     pipe.stepLength = pipe.k;
-    pipe.nextFireTime = pipe.lastFireTime = model.clock.newRoutingTime;
+    link.clock.nextFireTime = link.clock.lastFireTime = model.clock.newRoutingTime;
+    link.clock.isChanged = false;
+    link.clock.restKey = 0;
+    link_forgetFacts(link);
     pipe.oldInflow = pipe.newInflow = 0.0;
     pipe.oldFlood = pipe.newFlood = 0.0;
-    pipe.isChanged = false;
-    pipe.restKey = 0;
     const int32_t reaches = pipe.n > 0 ? pipe.n : 0;
     double* memory = allocateReaches(model, reaches, canFireAgain(model, pipe.stepLength));
     if (!memory) {
-        pipe_endState(pipe);
+        pipe_endState(link, pipe);
         errors_report(model, ERR_MEMORY, "");
         return;
     }
@@ -146,9 +148,9 @@ void pipe_initState(Model& model, Pipe& pipe) {
     pipe.hasDecay = decay_isAny(model, pipe.decay);
 }
 
-void pipe_endState(Pipe& pipe) {
+void pipe_endState(Link& link, Pipe& pipe) {
     pipe.reachCount = 0;
-    pipe.storage = pipe.sumMass = nullptr;
+    pipe.storage = link.sumMass = nullptr;
 }
 
 /// A pipe in which something decays adds to a total of the network, and so has its turn in the order of these.
@@ -161,18 +163,21 @@ void pipe_noteDecay(Model& model, Pipe& pipe) {
 void pipe_openRun(Model& model) {
     model.floodingPipeCount = 0;
     model.hasEndlessQuality = false;
-    for (Pipe& pipe : model.pipes) {
-        pipe.sumVolume = 0.0;
-        pipe.sumCount = 0;
+    for (Link& link : model.links) {
+        link.clock.sumVolume = 0.0;
+        link.clock.sumCount = 0;
     }
 }
 
 // --- the roll from new to old --------------------------------------------------------------------------------------
 
+/// Where nothing floods or did so, both floods are +0.0 already.
 static void shiftFlows(Link& link, Pipe& pipe) {
     link_shiftFlow(link);
     pipe.oldInflow = pipe.newInflow;
-    pipe.oldFlood = pipe.newFlood;
+    if (!link_hasFact(link, FACT_FREE_OUTFLOW)) {
+        pipe.oldFlood = pipe.newFlood;
+    }
 }
 
 void pipe_shiftState(const Model& model, Link& link, Pipe& pipe) {
@@ -181,7 +186,10 @@ void pipe_shiftState(const Model& model, Link& link, Pipe& pipe) {
 }
 
 void pipe_noteChange(Model& model, int32_t kindIndex) {
-    model.pipes[kindIndex].isChanged = true;
+    Pipe& pipe = model.pipes[kindIndex];
+    Link& link = model.links[pipe.link];
+    pipe_settle(link, pipe);
+    link.clock.isChanged = true;
 }
 
 // --- routing -------------------------------------------------------------------------------------------------------
@@ -244,8 +252,17 @@ bool pipe_isAnyFlooding(const Model& model) {
     return model.floodingPipeCount > 0 || model.hasEndlessQuality;
 }
 
+/// Whether no limit and no setting holds back anything, and old and new flood are +0.0 and will stay so.
+static bool isFree(const Link& link, const Pipe& pipe) {
+    return !(pipe.maxFlow > 0.0) && link.setting != 0.0 && still_isZero(pipe.newFlood) && still_isZero(pipe.oldFlood);
+}
+
 /// Outflow of the last reach against the limit: what may not pass is flood.
 static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
+    if (link_hasFact(link, FACT_FREE_OUTFLOW)) {
+        link.newFlow = out;
+        return;
+    }
     const int32_t before = pipe.newFlood != 0.0 ? 1 : 0;
     if (pipe.maxFlow > 0.0) {
         const double cap = pipe.maxFlow * link.setting;
@@ -256,6 +273,7 @@ static void limitOutflow(Model& model, Link& link, Pipe& pipe, double out) {
         pipe.newFlood = link.setting != 0.0 ? 0.0 : out;
     }
     model.floodingPipeCount += (pipe.newFlood != 0.0 ? 1 : 0) - before;
+    link_setFact(link, FACT_FREE_OUTFLOW, isFree(link, pipe));
 }
 
 /// Muskingum's coefficients of a reach, over a period of half of which `a` is.
@@ -316,19 +334,20 @@ static inline double routeWater(Pipe& pipe, double inflow) {
     return flow;
 }
 
-void pipe_route(Model& model, int32_t index, Pipe& pipe, double inflow, const double* concentrations) {
-    Link& link = model.links[index];
+void pipe_route(Model& model, Link& link, Pipe& pipe, double inflow, const double* concentrations) {
     const double out = model_pollutantCount(model) > 0 ? routeLoaded(model, link, pipe, inflow, concentrations)
                                                        : routeWater(pipe, inflow);
     pipe.newInflow = inflow;
     limitOutflow(model, link, pipe, out);
-    pipe.isChanged = true;
+    link.clock.isChanged = true;
 }
 
-static void clearSums(const Model& model, Pipe& pipe) {
-    pipe.sumVolume = 0.0;
-    pipe.sumCount = 0;
-    std::fill_n(pipe.sumMass, model_pollutantCount(model), 0.0);
+static void clearSums(Link& link, int32_t pollutants) {
+    link.clock.sumVolume = 0.0;
+    link.clock.sumCount = 0;
+    if (pollutants > 0) {
+        std::fill_n(link.sumMass, pollutants, 0.0);
+    }
 }
 
 /// All firings of a step mix with what the reaches held ahead of the first one.
@@ -354,15 +373,16 @@ static bool isShut(const Coefficients& coefficients, double storage) {
 /// Whether all that a firing works on but the summed volume, and all that it leaves behind, is zero; but for water that
 /// never leaves the reaches. Flows that are rolled may be zeros of either sign, if the roll changes none.
 static bool givesNothing(const Model& model, const Link& link, const Pipe& pipe) {
+    const double flood = pipe_getNewFlood(link, pipe);
     const uint64_t changes = (still_getBits(link.newFlow) ^ still_getBits(link.oldFlow)) |
-                             (still_getBits(pipe.newFlood) ^ still_getBits(pipe.oldFlood)) |
-                             still_getBits(pipe.newInflow) | still_getBits(pipe.oldInflow);
-    if (changes != 0 || link.newFlow != 0.0 || pipe.newFlood != 0.0) {
+                             (still_getBits(flood) ^ still_getBits(pipe_getOldFlood(link, pipe))) |
+                             still_getBits(pipe.newInflow) | still_getBits(pipe_getOldInflow(link, pipe));
+    if (changes != 0 || link.newFlow != 0.0 || flood != 0.0) {
         return false;
     }
     const int32_t pollutants = model_pollutantCount(model);
     const Coefficients coefficients = getCoefficients(pipe);
-    return still_areZeros(pipe.sumMass, pollutants) && still_areZeros(link.newQual, pollutants) &&
+    return still_areZeros(link.sumMass, pollutants) && still_areZeros(link.newQual, pollutants) &&
            still_areZeros(link.oldQual, pollutants) &&
            still_areZeros(pipe_newSegQual(model, pipe, 0), int64_t{pipe.reachCount} * pollutants) &&
            std::all_of(pipe.storage, pipe.storage + pipe.reachCount,
@@ -374,23 +394,24 @@ static bool givesNothing(const Model& model, const Link& link, const Pipe& pipe)
 /// next will leave nothing either, and the pipe is at rest until something comes to it. To what the reaches hold a
 /// firing adds 0 times the period, and to the totals 0 times the share that decays, which moves a number at most once,
 /// from -0.0; or it makes no number of it, which doesn't pass for nothing.
-void pipe_fire(Model& model, int32_t index, Pipe& pipe) {
+void pipe_fire(Model& model, Link& link, Pipe& pipe) {
     const int32_t pollutants = model_pollutantCount(model);
-    Link& link = model.links[index];
-    const bool foundNothing = still_isZero(pipe.sumVolume) && givesNothing(model, link, pipe);
-    pipe_moveClock(model, pipe);
+    FireClock& clock = link.clock;
+    const bool foundNothing = still_isZero(clock.sumVolume) && givesNothing(model, link, pipe);
+    pipe_moveClock(model, link, pipe);
     shiftFlows(link, pipe);
     if (canFireAgain(model, pipe.stepLength)) {
-        restoreStepStart(model, pipe, !pipe.isChanged);
+        restoreStepStart(model, pipe, !clock.isChanged);
     }
-    double* mean = link.newQual;  // goes through the cascade where it will stand as that of the outflow
+    // It goes through the cascade where it will stand as that of the outflow.
+    double* mean = pollutants > 0 ? link.newQual : nullptr;
     for (int32_t p = 0; p < pollutants; ++p) {
-        mean[p] = pipe.sumVolume != 0.0 ? pipe.sumMass[p] / pipe.sumVolume * G_PER_KG : 0.0;
+        mean[p] = clock.sumVolume != 0.0 ? link.sumMass[p] / clock.sumVolume * G_PER_KG : 0.0;
     }
-    pipe_route(model, index, pipe, pipe.sumVolume / pipe.sumCount / model.options.routingStep, mean);
-    clearSums(model, pipe);
+    pipe_route(model, link, pipe, clock.sumVolume / clock.sumCount / model.options.routingStep, mean);
+    clearSums(link, pollutants);
     if (foundNothing && givesNothing(model, link, pipe) && !canFireAgain(model, pipe.stepLength)) {
-        pipe.restKey = model.rest.key;
+        clock.restKey = model.rest.key;
         model.rest.isHourly = model.rest.isHourly || pipe.hasDecay;
     }
 }
@@ -398,52 +419,55 @@ void pipe_fire(Model& model, int32_t index, Pipe& pipe) {
 // --- delivery ------------------------------------------------------------------------------------------------------
 
 double pipe_deliver(const Model& model, const Link& link, const Pipe& pipe, double time, double* __restrict loads) {
-    if (pipe.nextFireTime == pipe.lastFireTime) {
+    if (link.clock.nextFireTime == link.clock.lastFireTime) {
         return 0.0;
     }
-    pipe_addLoads<false>(link, pipe, time, loads, model_pollutantCount(model));
+    pipe_addLoads<false>(link, time, loads, model_pollutantCount(model));
     return pipe_getFlow(link, pipe, time);
 }
 
 /// Whether the pipe has fired in this run, or the one before.
-static bool hasFired(const Pipe& pipe) {
-    return pipe.nextFireTime != pipe.lastFireTime;
+static bool hasFired(const FireClock& clock) {
+    return clock.nextFireTime != clock.lastFireTime;
 }
 
 /// Seconds since the last firing for each of those that the sums cover. What came in the step of the firing is in no
 /// sum, and the mean of the others stands for it; 0 while there is none.
-static double getSumShare(const Model& model, const Pipe& pipe, double time) {
-    const double summed = static_cast<double>(pipe.sumCount) * model.options.routingStep;
-    return summed > 0.0 ? (time - pipe.lastFireTime) / MS_PER_SECOND / summed : 0.0;
+static double getSumShare(const Model& model, const FireClock& clock, double time) {
+    const double summed = static_cast<double>(clock.sumCount) * model.options.routingStep;
+    return summed > 0.0 ? (time - clock.lastFireTime) / MS_PER_SECOND / summed : 0.0;
 }
 
 double pipe_getWaterUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time) {
-    const double rest = hasFired(pipe) ? (pipe.nextFireTime - time) / MS_PER_SECOND : 0.0;
-    const double waiting = pipe.sumCount > 0 ? pipe.sumVolume * getSumShare(model, pipe, time)
-                                             : pipe.newInflow * (time - pipe.lastFireTime) / MS_PER_SECOND;
+    const FireClock& clock = link.clock;
+    const double rest = hasFired(clock) ? (clock.nextFireTime - time) / MS_PER_SECOND : 0.0;
+    const double waiting = clock.sumCount > 0 ? clock.sumVolume * getSumShare(model, clock, time)
+                                              : pipe.newInflow * (time - clock.lastFireTime) / MS_PER_SECOND;
     return waiting + link.newFlow * rest;
 }
 
 double pipe_getMassUnderWay(const Model& model, const Link& link, const Pipe& pipe, double time, int32_t p) {
-    const double since = (time - pipe.lastFireTime) / MS_PER_SECOND;
+    const FireClock& clock = link.clock;
+    const double since = (time - clock.lastFireTime) / MS_PER_SECOND;
     // Of the water of the last firing the concentration isn't known any more; that of the first reach comes next to it.
     const double lastQual = pipe_getReachCount(pipe) > 0 ? pipe_newSegQual(model, pipe, 0)[p] : 0.0;
-    const double mass = pipe.sumCount > 0 ? pipe.sumMass[p] * getSumShare(model, pipe, time)
-                                          : pipe.newInflow * lastQual / G_PER_KG * since;
-    if (!hasFired(pipe)) {
+    const double mass = clock.sumCount > 0 ? link.sumMass[p] * getSumShare(model, clock, time)
+                                           : pipe.newInflow * lastQual / G_PER_KG * since;
+    if (!hasFired(clock)) {
         return mass;
     }
     // The load goes over to that of a firing one step after the flow: in the step of the next one it counts once more.
-    const double rest = (pipe.nextFireTime - time) / MS_PER_SECOND + model.options.routingStep;
+    const double rest = (clock.nextFireTime - time) / MS_PER_SECOND + model.options.routingStep;
     return mass + link.newFlow * link.newQual[p] / G_PER_KG * rest;
 }
 
 void pipe_changeStep(Model& model, double step) {
     const double ratio = model.options.routingStep / step;
-    for (Pipe& pipe : model.pipes) {
-        pipe.sumVolume *= ratio;
+    for (const Pipe& pipe : model.pipes) {
+        Link& link = model.links[pipe.link];
+        link.clock.sumVolume *= ratio;
         for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
-            pipe.sumMass[p] *= ratio;
+            link.sumMass[p] *= ratio;
         }
     }
 }

@@ -105,8 +105,11 @@ struct FieldWalk {
         (action.takeFixed(fields), ...);
     }
 
-    /// A mark that something worked out from the fields is up to date: false after each restoring.
-    void mark(bool& isUpToDate) { action.takeMark(isUpToDate); }
+    /// A mark that something worked out from the fields is up to date: false, or none, after each restoring.
+    template <class T>
+    void mark(T& mark) {
+        action.takeMark(mark);
+    }
 
     template <class List>
     void list(const char* name, List list) {

@@ -110,6 +110,7 @@ struct Model {
     Table<VornNode> vornNodes;
 
     Table<Link> links;
+    Table<LinkFlood> linkFloods;  ///< by link
     Table<Pipe> pipes;
     Table<Pump> pumps;
     Table<Connection> connections;
@@ -151,7 +152,7 @@ struct Model {
     Table<int32_t> nodesRolledAhead;  ///< that roll ahead of the visits; all others do so in their visit
     Table<double> deliveries;         ///< of links to the nodes that they enter: flow, m3/s, and loads, kg/s
     Rest rest{};
-    Table<int32_t> restingPipes;                    ///< by visit: the pipe that is all there is to do, or a VisitRest
+    Table<int32_t> restingPipes;                    ///< by visit: the link that is all there is to do, or a VisitRest
     Table<int32_t> uncountedNodes, uncountedLinks;  ///< of which no visit makes the statistics
 
     std::vector<DryWeatherNode> nodesWithDryWeather;  ///< in the order of the nodes

@@ -48,19 +48,12 @@ inline void prefetch_line(const void* record) {
     memory_fetch(record);
 }
 
-/// What a pipe that is offered water will touch: its sums, and if it fires or rolls, its second line and its reaches.
+/// The reaches of a pipe, and with pollutants the lines in which they go on.
 template <class Pipe>
-void prefetch_offer(const Pipe& pipe, double fireTime) {
-    if (fireTime > pipe.nextFireTime || pipe.isChanged) {
-        memory_fetch(&pipe.storage);
-        memory_fetch(pipe.sumMass);      // the reaches stand behind it
-        memory_fetch(pipe.sumMass + 8);  // and go on in the next lines
-        memory_fetch(pipe.sumMass + 16);
-    }
-}
-
-/// The reaches of a pipe.
-template <class Pipe>
-void prefetch_reaches(const Pipe& pipe) {
+void prefetch_reaches(const Pipe& pipe, int32_t pollutants) {
     memory_fetch(pipe.storage);
+    if (pollutants > 0) {
+        memory_fetch(pipe.storage + 8);
+        memory_fetch(pipe.storage + 16);
+    }
 }

@@ -76,27 +76,53 @@ struct alignas(64) Node {
     bool isHead;           ///< nothing upstream, so the order of the nodes starts here
 };
 
-/// What every link has, whatever its kind: in the first line of memory what a step touches. The routing step knows the
-/// row of the kind otherwise.
+/// What a link knows of itself and needn't work out in a step; a sum. It is forgotten whenever somebody may have
+/// changed what it follows from.
+enum LinkFact : uint8_t {
+    FACT_WHOLE_SHARE = 1,  ///< whoever comes after the last firing gets the flow of that firing alone
+    FACT_FREE_OUTFLOW = 2  ///< no limit and no setting holds back anything, and nothing floods or did so
+};
+
+/// The clock of a link that collects for a period and then fires, and what it has collected. Kinds that have none leave
+/// it empty.
+struct FireClock {
+    double lastFireTime;  ///< ms since the start
+    double nextFireTime;  ///< ms since the start
+    double sumVolume;     ///< m3, offered by the upstream node since the last firing
+    int32_t sumCount;     ///< routing steps summed
+    uint16_t restKey;     ///< the key of the model under which the link was found to be at rest; 0 if it isn't
+    bool isChanged;       ///< the new state differs from the old one, which the next step brings up to it
+    uint8_t facts;        ///< LinkFact
+};
+
+/// What every link has, whatever its kind: in the first line of memory what nearly every step touches without
+/// pollutants, and nothing else. The routing step knows the kind and its row otherwise.
 struct alignas(64) Link {
-    int32_t kind;           ///< LinkKind; -1 until read
-    bool isLagged;          ///< delivers the previous step's values and may close a loop
+    FireClock clock;
     double oldFlow;         ///< m3/s, newFlow of the previous step
     double newFlow;         ///< m3/s, delivered at the downstream end
-    double* oldQual;        ///< mg/L, one per pollutant
-    double* newQual;        ///< mg/L, one per pollutant
-    double setting;         ///< 0 ... 1, the opening
     double statFlowVolume;  ///< m3
     double statMaxFlow;     ///< m3/s
 
-    const char* id;          ///< the ID as first seen; null until read
-    int32_t kindIndex;       ///< row in the table of the kind
-    int32_t fromNode;        ///< node at the upstream end
-    int32_t toNode;          ///< node at the downstream end
-    bool isHostSetting;      ///< the host holds the setting, rules don't move it
-    double targetSetting;    ///< 0 ... 1, the opening that rules and switches ask for
-    double statFloodVolume;  ///< m3
-    double statMaxFlood;     ///< m3/s
+    double* newQual;       ///< mg/L, one per pollutant
+    double* oldQual;       ///< mg/L, one per pollutant
+    double* sumMass;       ///< kg, one per pollutant, offered as the volume of the clock
+    double setting;        ///< 0 ... 1, the opening
+    double targetSetting;  ///< 0 ... 1, the opening that rules and switches ask for
+    const char* id;        ///< the ID as first seen; null until read
+    int32_t kindIndex;     ///< row in the table of the kind
+    int32_t fromNode;      ///< node at the upstream end
+    int32_t toNode;        ///< node at the downstream end
+    int16_t kind;          ///< LinkKind; -1 until read
+    bool isLagged;         ///< delivers the previous step's values and may close a loop
+    bool isHostSetting;    ///< the host holds the setting, rules don't move it
+};
+static_assert(sizeof(Link) == 2 * 64);
+
+/// What a link has flooded over the run.
+struct LinkFlood {
+    double volume;   ///< m3
+    double maximum;  ///< m3/s
 };
 
 /// Water of the whole network over the run, m3.

@@ -123,6 +123,7 @@ void objects_create(Model& model) {
     createTable(model.reactors, model.counts.nodeKinds[REACTOR]);
     createTable(model.lidMonos, model.counts.nodeKinds[LID_MONO]);
     createKindlessTable(model.links, model.counts.objects[LINK]);
+    createTable(model.linkFloods, model.counts.objects[LINK]);
     createTable(model.pipes, model.counts.linkKinds[PIPE]);
     createTable(model.pumps, model.counts.linkKinds[PUMP]);
     createTable(model.connections, model.counts.linkKinds[CONNECTION]);

@@ -41,7 +41,8 @@ struct StateMeasure {
     }
     template <class T>
     void takeFixed(const T&) {}
-    void takeMark(const bool&) {}
+    template <class T>
+    void takeMark(const T&) {}
     template <class List>
     void takeList(const char*, const List& list) {
         bytes += sizeof(int64_t);
@@ -109,7 +110,8 @@ struct StateWriter {
     }
     template <class T>
     void takeFixed(const T&) {}
-    void takeMark(const bool&) {}
+    template <class T>
+    void takeMark(const T&) {}
     template <class List>
     void takeList(const char*, const List& list) {
         write(list.count());
@@ -290,9 +292,10 @@ struct StateReader {
     }
     template <class T>
     void takeFixed(const T&) {}
-    void takeMark(bool& isUpToDate) {
+    template <class T>
+    void takeMark(T& mark) {
         if (PASS == READ_WRITE) {
-            isUpToDate = false;
+            mark = T{};
         }
     }
 
@@ -370,7 +373,7 @@ struct StateReader {
         }
         if (PASS == READ_WRITE && !IS_HOT) {
             if (!fits) {
-                pipe_placeReaches(model, pipe, static_cast<double*>(context->memory.take()), count);
+                pipe_placeReaches(*context->model, pipe, static_cast<double*>(context->memory.take()), count);
             }
             pipe.stepLength = stepLength;
         }
@@ -479,7 +482,8 @@ struct StateComparer {
     }
     template <class T>
     void takeFixed(const T&) {}
-    void takeMark(const bool&) {}
+    template <class T>
+    void takeMark(const T&) {}
     template <class List>
     void takeList(const char* name, const List& list) {
         const int64_t count = compareCount<int64_t>(name);

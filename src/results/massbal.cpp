@@ -56,7 +56,9 @@ static void takeInitialStorage(Model& model) {
 static void openLinkStatistics(Model& model) {
     for (Link& link : model.links) {
         link.statFlowVolume = link.statMaxFlow = 0.0;
-        link.statFloodVolume = link.statMaxFlood = 0.0;
+    }
+    for (LinkFlood& flood : model.linkFloods) {
+        flood.volume = flood.maximum = 0.0;
     }
     for (Conduit& conduit : model.conduits) {
         conduit.statMaxDepth = conduit.statMaxVelocity = 0.0;

@@ -33,12 +33,13 @@ static inline void fetchAhead(const Model& model, int32_t object, int32_t kindIn
         if (object + FAR < model.links.size()) {
             prefetch_line(&model.links[object + FAR]);
             if (pollutants > 0) {
+                prefetch_line(&model.links[object + FAR].newQual);
                 prefetch_arrays(model.links[object + MIDDLE]);
             }
         }
         if (KIND == PIPE && kindIndex + FAR < model.pipes.size()) {
-            prefetch_line(&model.pipes[kindIndex + FAR].storage);
-            prefetch_reaches(model.pipes[kindIndex + NEAR]);
+            prefetch_line(&model.pipes[kindIndex + FAR]);
+            prefetch_reaches(model.pipes[kindIndex + NEAR], 0);
         }
     }
 }
@@ -50,11 +51,11 @@ void rows_fetchLinks(const Model& model, int32_t k) {
     prefetch_record(model.links[k + FAR]);
     const Link& middle = model.links[k + MIDDLE];
     if (middle.kind == PIPE) {
-        prefetch_line(&model.pipes[middle.kindIndex].storage);
+        prefetch_line(&model.pipes[middle.kindIndex]);
     }
     const Link& near = model.links[k + NEAR];
     if (near.kind == PIPE) {
-        prefetch_reaches(model.pipes[near.kindIndex]);
+        prefetch_reaches(model.pipes[near.kindIndex], 0);
     }
 }
 

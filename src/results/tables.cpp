@@ -49,10 +49,12 @@ void tables_writeLinks(const Model& model) {
     reportfile_print(model, HEAD, "", "", "Flow", "Max. Flow", "Flood", "Max. Flood");
     reportfile_print(model, HEAD, "Link", "Type", "m3", "m3/s", "m3", "m3/s");
     tablewriter_writeDashes(model, 6);
-    for (const Link& link : model.links) {
+    for (int32_t k = 0; k < model.links.size(); ++k) {
+        const Link& link = model.links[k];
+        const LinkFlood& flood = model.linkFloods[k];
         if (link.kind >= 0) {
             reportfile_print(model, "\n  %-16s %-16s %16.3f %16.3f %16.3f %16.3f", link.id, LinkKindWords[link.kind],
-                             link.statFlowVolume, link.statMaxFlow, link.statFloodVolume, link.statMaxFlood);
+                             link.statFlowVolume, link.statMaxFlow, flood.volume, flood.maximum);
         }
     }
 }

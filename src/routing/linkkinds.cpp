@@ -73,7 +73,7 @@ void linkkinds_dropTables(Model& model) {
 void linkkinds_initState(Model& model, Link& link) {
     link_initState(model, link);
     switch (link.kind) {
-        case PIPE: pipe_initState(model, model.pipes[link.kindIndex]); break;
+        case PIPE: pipe_initState(model, link, model.pipes[link.kindIndex]); break;
         case PUMP: pump_initState(link, model.pumps[link.kindIndex]); break;
         case CONNECTION: connection_initState(model, model.connections[link.kindIndex]); break;
         case CONDUIT: conduit_buildTables(model, model.conduits[link.kindIndex]); break;
@@ -84,9 +84,9 @@ void linkkinds_initState(Model& model, Link& link) {
     link.targetSetting = link.setting;
 }
 
-void linkkinds_endState(Model& model, const Link& link) {
+void linkkinds_endState(Model& model, Link& link) {
     switch (link.kind) {
-        case PIPE: pipe_endState(model.pipes[link.kindIndex]); break;
+        case PIPE: pipe_endState(link, model.pipes[link.kindIndex]); break;
         case CONNECTION: connection_endState(model.connections[link.kindIndex]); break;
         default: break;
     }
@@ -112,7 +112,7 @@ void linkkinds_shiftAll(Model& model) {
     for (const int32_t index : model.uncountedLinks) {
         Link& link = model.links[index];
         if (link.kind == PIPE) {
-            pipe_roll(model, link, model.pipes[link.kindIndex]);
+            pipe_roll(model, link);
             continue;
         }
         link_shiftFlow(link);
@@ -144,10 +144,9 @@ void linkkinds_setTargets(Model& model) {
 }
 
 /// What a setting moves rests no more: a pipe, or the tank of an outlet.
-static void wakeGuided(Model& model, const Link& link) {
-    Pipe* pipe = link.kind == PIPE ? model.pipes.find(link.kindIndex) : nullptr;
-    if (pipe) {
-        pipe->restKey = 0;
+static void wakeGuided(Model& model, Link& link) {
+    if (link.kind == PIPE && model.pipes.holds(link.kindIndex)) {
+        link.clock.restKey = 0;
         rest_wakeVisit(model, link.fromNode);
         rest_wakeVisit(model, link.toNode);
     }
@@ -174,7 +173,7 @@ void linkkinds_update(Model& model, const VisitLink& place, const Offer& offer, 
     }
     switch (place.kind) {
         case PIPE:
-            pipe_update(model, place.link, model.pipes[place.kindIndex], offer, step.fireTime, step.dt,
+            pipe_update(model, model.links[place.link], model.pipes[place.kindIndex], offer, step.fireTime, step.dt,
                         step.pollutants);
             break;
         case CONNECTION:
@@ -223,7 +222,7 @@ double linkkinds_deliver(const Model& model, int32_t index, double* loads) {
     const Link& link = model.links[index];
     if (link.kind == PIPE) {
         const Pipe& pipe = model.pipes[link.kindIndex];
-        if (pipe.nextFireTime != pipe.lastFireTime) {
+        if (link.clock.nextFireTime != link.clock.lastFireTime) {
             // A load is added there, and kept as it is here: what is added to -0.0 keeps its sign.
             std::fill_n(loads, model_pollutantCount(model), -0.0);
         }
@@ -257,23 +256,26 @@ void linkkinds_feed(Model& model, int32_t node, const OutsideNode& outside, cons
 // --- statistics ----------------------------------------------------------------------------------------------------
 
 /// What one link floods, into its statistics and the totals.
-static void countFlood(Model& model, Link& link, double flood, double dt) {
+static void countFlood(Model& model, int32_t index, double flood, double dt) {
+    const Link& link = model.links[index];
+    LinkFlood& sums = model.linkFloods[index];
     model.totals.flow.floodingLoss += dt * flood;
     for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
         model.totals.quality[p].floodingLoss += dt * flood * link.newQual[p] / G_PER_KG;
     }
-    if (flood > 0.0 && link.statFloodVolume == 0.0) {
-        warnings_addInRun(model, WARN_RUN_FLOOD, LINK, link_getIndex(model, link), link.id);
+    if (flood > 0.0 && sums.volume == 0.0) {
+        warnings_addInRun(model, WARN_RUN_FLOOD, LINK, index, link.id);
     }
-    link.statFloodVolume += dt * flood;
-    statistics_keepMaximum(link.statMaxFlood, flood);
+    sums.volume += dt * flood;
+    statistics_keepMaximum(sums.maximum, flood);
 }
 
 static void countFloods(Model& model, double dt) {
-    for (Link& link : model.links) {
+    for (int32_t k = 0; k < model.links.size(); ++k) {
+        const Link& link = model.links[k];
         switch (link.kind) {
-            case PIPE: countFlood(model, link, model.pipes[link.kindIndex].newFlood, dt); break;
-            case CONDUIT: countFlood(model, link, model.conduits[link.kindIndex].newFlood, dt); break;
+            case PIPE: countFlood(model, k, model.pipes[link.kindIndex].newFlood, dt); break;
+            case CONDUIT: countFlood(model, k, model.conduits[link.kindIndex].newFlood, dt); break;
             default: break;
         }
     }
@@ -326,7 +328,8 @@ static double getLagged(const Model& model, const Link& link) {
 
 Balance linkkinds_getBalance(const Model& model, int32_t index) {
     const Link& link = model.links[index];
-    return {0.0, 0.0, link.statFlowVolume - getLagged(model, link), link.statFloodVolume, getStoredVolume(model, link)};
+    return {0.0, 0.0, link.statFlowVolume - getLagged(model, link), model.linkFloods[index].volume,
+            getStoredVolume(model, link)};
 }
 
 double linkkinds_getUnderWay(const Model& model, int32_t index) {

@@ -27,7 +27,7 @@ void linkkinds_dropTables(Model& model);
 
 /// Puts a link to time zero, and lets go of what it holds for the run.
 void linkkinds_initState(Model& model, Link& link);
-void linkkinds_endState(Model& model, const Link& link);
+void linkkinds_endState(Model& model, Link& link);
 
 /// Prepares the links for a run.
 void linkkinds_openRun(Model& model);

@@ -31,8 +31,8 @@
 
 /// Before a key comes again, all are woken that may have kept it: it has 16 bits, for which a pipe has room.
 static void wakeAll(Model& model) {
-    for (Pipe& pipe : model.pipes) {
-        pipe.restKey = 0;
+    for (Link& link : model.links) {
+        link.clock.restKey = 0;
     }
     for (Conduit& conduit : model.conduits) {
         conduit.restKey = 0;
@@ -49,8 +49,8 @@ static void wakeVisits(Model& model) {
     if (model.rest.visitCount == 0) {
         return;
     }
-    for (int32_t& pipe : model.restingPipes.rows) {
-        pipe = std::min<int32_t>(pipe, VISIT_AWAKE);
+    for (int32_t& link : model.restingPipes.rows) {
+        link = std::min<int32_t>(link, VISIT_AWAKE);
     }
     model.rest.visitCount = 0;
 }
@@ -110,7 +110,7 @@ void rest_forbidVisit(Model& model, int32_t node) {
 
 static bool doPipesRest(const Model& model, VisitLinkList links, int32_t key) {
     return std::all_of(links.begin(), links.end(),
-                       [&](const VisitLink& link) { return model.pipes[link.kindIndex].restKey == key; });
+                       [&](const VisitLink& link) { return model.links[link.link].clock.restKey == key; });
 }
 
 [[gnu::noinline]] void rest_judgeVisit(Model& model, const Visit& visit, const VisitStep& step) {
@@ -118,7 +118,7 @@ static bool doPipesRest(const Model& model, VisitLinkList links, int32_t key) {
     const VisitLinkList outgoing = visits_getOutgoing(model, visit);
     if (resting == VISIT_AWAKE && doPipesRest(model, outgoing, step.restKey) &&
         doPipesRest(model, visits_getIncoming(model, visit), step.restKey)) {
-        resting = outgoing.first->kindIndex;
+        resting = outgoing.first->link;
         ++model.rest.visitCount;
     }
 }
@@ -129,14 +129,14 @@ const Visit* rest_findVisit(const Model& model, const Visit* visit) {
         return model.visits.data() + model.visits.size();
     }
     const auto at = resting.begin() + (visit - model.visits.data());
-    return visit + (std::find_if(at, resting.end(), [](int32_t pipe) { return pipe >= 0; }) - at);
+    return visit + (std::find_if(at, resting.end(), [](int32_t link) { return link >= 0; }) - at);
 }
 
 const Visit* rest_passVisits(Model& model, const Visit* visit, const VisitStep& step) {
     const Visit* const end = model.visits.data() + model.visits.size();
     const int32_t* resting = model.restingPipes.data() + (visit - model.visits.data());
     for (; visit != end && *resting >= 0; ++visit, ++resting) {
-        pipe_tick(model, model.pipes[*resting], step.fireTime);
+        pipe_tick(model, model.links[*resting], step.fireTime);
     }
     return visit;
 }

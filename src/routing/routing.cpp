@@ -58,7 +58,7 @@ void routing_close(Model& model) {
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         nodekinds_endState(model, k);
     }
-    for (const Link& link : model.links) {
+    for (Link& link : model.links) {
         linkkinds_endState(model, link);
     }
     model.sortedNodes = nullptr;

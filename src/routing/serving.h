@@ -27,16 +27,16 @@ inline bool serving_isNothing(const Offer& offer, int32_t pollutants) {
                                                  const VisitStep& step, int32_t pollutants) {
     Pipe& pipe = model.pipes[place.kindIndex];
     Link& link = model.links[place.link];
-    if (pipe.restKey == step.restKey) {
+    if (link.clock.restKey == step.restKey) {
         if (serving_isNothing(offer, pollutants)) {
-            pipe_tick(model, pipe, step.fireTime);
+            pipe_tick(model, link, step.fireTime);
             return;
         }
         rest_wakeVisit(model, link.toNode);
     }
-    pipe.restKey = 0;
-    pipe_roll(model, link, pipe);
-    pipe_update(model, place.link, pipe, offer, step.fireTime, step.dt, pollutants);
+    link.clock.restKey = 0;
+    pipe_roll(model, link);
+    pipe_update(model, link, pipe, offer, step.fireTime, step.dt, pollutants);
     statistics_countLink(link, step.dt);
     double* delivery = model.deliveries.data() + int64_t{place.delivery} * (1 + pollutants);
     pipe_layDown(link, pipe, step.deliveryTime, delivery, pollutants);

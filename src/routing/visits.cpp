@@ -220,9 +220,6 @@ void visits_fetchIncoming(const Model& model, const VisitLink& link) {
     if (far.kind < 0 || far.delivery >= 0) {
         return;  // none, or at hand
     }
-    prefetch_line(&model.links[far.link]);
-    if (far.kind == PIPE) {
-        prefetch_line(&model.pipes[far.kindIndex]);
-    }
+    prefetch_record(model.links[far.link]);
     prefetch_arrays(model.links[(&link)[VISIT_LINKS_NEAR].link]);
 }

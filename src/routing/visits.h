@@ -91,9 +91,10 @@ void visits_listDryWeather(Model& model);
 
 // --- memory ahead --------------------------------------------------------------------------------------------------
 
-// How far ahead of its visit a record is asked for, and how far what it points to: in nodes, and in links.
+// How far ahead of its visit a record is asked for, and how far what it points to: in nodes, and in links. Of a pipe
+// that fires the record is asked for near, and its reaches next.
 constexpr ptrdiff_t VISIT_NODES_FAR = 12, VISIT_NODES_NEAR = 5;
-constexpr ptrdiff_t VISIT_LINKS_FAR = 16, VISIT_LINKS_NEAR = 7;
+constexpr ptrdiff_t VISIT_LINKS_FAR = 40, VISIT_LINKS_NEAR = 20, VISIT_LINKS_NEXT = 10;
 
 /// The same in rows of the tables where the visits go straight: nobody needs to look there who will come by. With
 /// pollutants a visit takes so long that the processor is ahead of it by itself.
@@ -122,40 +123,60 @@ inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visi
 /// Asks for what links soon behind this one need to be fetched, and to be handed an offer.
 void visits_fetchIncoming(const Model& model, const VisitLink& link);
 
+/// A pipe that will fire when it is offered something; of any that won't the first, which is always at hand:
+/// a wrong guess would cost more. There must be pipes.
+inline const Pipe& visits_getFiring(const Model& model, const VisitLink& place, const VisitStep& step) {
+    const FireClock& clock = model.links[place.link].clock;  // empty but of a pipe
+    const bool isFiring = (step.fireTime > clock.nextFireTime) & (clock.sumCount != 0);
+    return model.pipes[place.kindIndex & (isFiring ? -1 : 0)];
+}
+
+/// What a pipe that rests won't need.
+inline void visits_fetchOffer(const Model& model, const VisitLink& place, const VisitStep& step) {
+    const Link& link = model.links[place.link];
+    if (link.clock.restKey == step.restKey) {
+        return;
+    }
+    if (place.delivery >= 0) {
+        prefetch_line(model.deliveries.data() + int64_t{place.delivery} * (1 + step.pollutants));
+    }
+    if (step.pollutants > 0) {
+        prefetch_line(link.sumMass);
+        prefetch_arrays(link);
+    }
+}
+
+/// The same where the visits go straight. Lines one behind the other come faster than some of them, so that without
+/// pollutants all pipes are asked for, whether they fire or not.
+inline void visits_fetchStraight(const Model& model, const VisitLink& link, const VisitStep& step) {
+    if (step.pollutants == 0) {
+        prefetch_line(prefetch_getFar(model.links[link.link], VISIT_ROWS_FAR));
+        prefetch_line(prefetch_getFar(model.pipes[link.kindIndex], VISIT_ROWS_FAR));
+    } else {
+        prefetch_line(&visits_getFiring(model, (&link)[VISIT_LINKS_NEXT], step));
+    }
+}
+
 inline void visits_fetchOutgoing(const Model& model, const VisitLink& link, const VisitStep& step) {
     if (step.isStraight) {
-        if (step.pollutants == 0 && link.kind == PIPE) {
-            const Pipe* pipe = prefetch_getFar(model.pipes[link.kindIndex], VISIT_ROWS_FAR);
-            prefetch_line(pipe);
-            prefetch_line(&pipe->storage);
-            prefetch_line(prefetch_getFar(model.links[link.link], VISIT_ROWS_FAR));
+        if (link.kind == PIPE) {
+            visits_fetchStraight(model, link, step);
         }
         return;
+    }
+    if (link.kind == PIPE) {
+        prefetch_line(&visits_getFiring(model, (&link)[VISIT_LINKS_NEAR], step));
+        prefetch_reaches(visits_getFiring(model, (&link)[VISIT_LINKS_NEXT], step), step.pollutants);
     }
     const VisitLink& far = (&link)[VISIT_LINKS_FAR];
     if (far.kind == PIPE) {
-        prefetch_line(&model.pipes[far.kindIndex]);
+        prefetch_line(&model.links[far.link]);
         if (step.pollutants > 0) {
-            prefetch_line(&model.links[far.link]);  // whose pointers are asked for before its turn
+            prefetch_line(&model.links[far.link].newQual);  // pointers, which are asked for before its turn
         }
     }
     const VisitLink& near = (&link)[VISIT_LINKS_NEAR];
-    if (near.kind != PIPE) {
-        return;
-    }
-    const Pipe& pipe = model.pipes[near.kindIndex];
-    if (pipe.restKey == step.restKey) {
-        return;  // its first line is all that it will need
-    }
-    if (step.pollutants == 0) {
-        prefetch_line(&model.links[near.link]);
-    }
-    prefetch_offer(pipe, step.fireTime);
-    if (near.delivery >= 0) {
-        prefetch_line(model.deliveries.data() + int64_t{near.delivery} * (1 + step.pollutants));
-    }
-    if (step.pollutants > 0) {
-        prefetch_line(pipe.sumMass);
-        prefetch_arrays(model.links[near.link]);
+    if (near.kind == PIPE) {
+        visits_fetchOffer(model, near, step);
     }
 }

@@ -48,6 +48,10 @@ Link& Records::link(const std::string& id) {
     return testModel().links.at(findLink(id));
 }
 
+LinkFlood& Records::linkFlood(const std::string& id) {
+    return testModel().linkFloods.at(findLink(id));
+}
+
 Conduit& Records::conduit(const std::string& id) {
     return testModel().conduits.at(link(id).kindIndex);
 }

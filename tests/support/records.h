@@ -6,6 +6,7 @@
 
 struct Conduit;
 struct Link;
+struct LinkFlood;
 struct Node;
 struct Pipe;
 struct Reactor;
@@ -25,6 +26,7 @@ struct Records {
     static Tank& tank(const std::string& id);
 
     static Link& link(const std::string& id);
+    static LinkFlood& linkFlood(const std::string& id);
     static Conduit& conduit(const std::string& id);
     static Pipe& pipe(const std::string& id);
 };

@@ -88,10 +88,11 @@ int32_t Tables::addLink(const std::string& id, int32_t kind) {
     const int32_t index = addName(LINK, id);
     Link link{};
     link.id = names_findId(testModel(), LINK, id.c_str());
-    link.kind = kind;
+    link.kind = static_cast<int16_t>(kind);
     link.kindIndex = kind < 0 ? 0 : testModel().counts.linkKinds[kind]++;
     link.setting = link.targetSetting = 1.0;
     testModel().links.push_back(link);
+    testModel().linkFloods.push_back({});
     return index;
 }
 

@@ -52,8 +52,8 @@ TEST(FeedPipe, FiresByTheClockOfTheEngine) {
     p.step();
     EXPECT_EQ(p.outside().oldTime, 675000.0);
     EXPECT_EQ(pipe.newInflow, FLOW);
-    EXPECT_EQ(pipe.lastFireTime, 0.0);
-    EXPECT_EQ(pipe.nextFireTime, 1350000.0);
+    EXPECT_EQ(p.link("X").clock.lastFireTime, 0.0);
+    EXPECT_EQ(p.link("X").clock.nextFireTime, 1350000.0);
     EXPECT_EQ(p.link("X").newQual[0], 0.0);
     const double k = 1350.0, a = k / 2.0;
     const double firstOut = FLOW * a / (k + a);
@@ -63,12 +63,12 @@ TEST(FeedPipe, FiresByTheClockOfTheEngine) {
     EXPECT_EQ(p.record().sumFlow, FLOW);
     EXPECT_EQ(p.record().sumCount, 1);
     EXPECT_NEAR(p.record().sumLoad[0], LOAD, 1e-15);
-    EXPECT_EQ(pipe.lastFireTime, 0.0);
+    EXPECT_EQ(p.link("X").clock.lastFireTime, 0.0);
     // Two flows and one load: half the concentration goes in, to mix with what stands in the reach.
     p.step();
     EXPECT_EQ(pipe.newInflow, FLOW);
-    EXPECT_EQ(pipe.lastFireTime, 1350000.0);
-    EXPECT_EQ(pipe.nextFireTime, 2700000.0);
+    EXPECT_EQ(p.link("X").clock.lastFireTime, 1350000.0);
+    EXPECT_EQ(p.link("X").clock.nextFireTime, 2700000.0);
     const double stored = (FLOW - firstOut) * k;
     EXPECT_NEAR(p.link("X").newQual[0], k * FLOW * QUALITY / 2.0 / (stored + k * FLOW), 1e-12);
     EXPECT_EQ(p.record().sumFlow, 0.0);
@@ -106,8 +106,8 @@ TEST(FeedPipe, BehindTheEndOfTheRunDeliversNothing) {
     const double next[] = {2700000.0, 5400000.0, 5400000.0};
     for (int k = 0; k < 3; ++k) {
         linkkinds_feed(testModel(), node, p.outside(), VORN_TOTALS);
-        EXPECT_EQ(pipe.lastFireTime, last[k]);
-        EXPECT_EQ(pipe.nextFireTime, next[k]);
+        EXPECT_EQ(p.link("X").clock.lastFireTime, last[k]);
+        EXPECT_EQ(p.link("X").clock.nextFireTime, next[k]);
     }
     EXPECT_GT(p.link("X").newFlow, 0.0);
     std::vector<double> loads(static_cast<size_t>(model_pollutantCount(testModel())), 0.0);
@@ -247,7 +247,7 @@ TEST(FeedPipe, WithoutFlowGetsNoLoadAndKeepsWhatItHolds) {
     p.step(3);
     const double quality = p.link("X").newQual[0];
     ASSERT_GT(quality, 0.0);
-    p.outside().oldTime = getPipe("X").nextFireTime + 1.0;
+    p.outside().oldTime = p.link("X").clock.nextFireTime + 1.0;
     p.record().newFlow = p.record().sumFlow = 0.0;
     p.record().sumLoad[0] = 0.5;  // load without water: of no concentration
     linkkinds_feed(testModel(), p.findNode("S"), p.outside(), VORN_TOTALS);
@@ -321,7 +321,7 @@ TEST(FeedLinks, WithoutARecordGetNothing) {
     EXPECT_EQ(p.conduit("X").newInflow, 0.0);
     EXPECT_EQ(testModel().connections[0].newInflow, 0.0);
     EXPECT_EQ(getPipe("Z").newInflow, 0.0);
-    EXPECT_EQ(getPipe("Z").nextFireTime, 0.0);
+    EXPECT_EQ(p.link("Z").clock.nextFireTime, 0.0);
     EXPECT_EQ(testModel().totals.flow.swmmInflow, 0.0);
 }
 

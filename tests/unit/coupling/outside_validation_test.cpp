@@ -250,7 +250,7 @@ TEST(VornValidation, APlantThatDidNotOpenIsClosedAllTheSame) {
 
 /// Gives the link of a loaded project another kind, and checks the node once more.
 static Strings validateWithKind(CoupledProject& p, int32_t kind, void (*validate)(Model&, int32_t), const char* node) {
-    testModel().links[0].kind = kind;
+    testModel().links[0].kind = static_cast<int16_t>(kind);
     validate(testModel(), Records::findNode(node));
     testModel().links[0].kind = CONNECTION;
     return p.getErrors();

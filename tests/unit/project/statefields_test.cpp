@@ -46,7 +46,10 @@ struct FieldCollector {
     void takeFixed(const T& field) {
         note(field);
     }
-    void takeMark(const bool& mark) { note(mark); }
+    template <class T>
+    void takeMark(const T& mark) {
+        note(mark);
+    }
     template <class List>
     void takeList(const char*, const List& list) {
         FieldWalk<FieldCollector> own{*this};
@@ -165,13 +168,12 @@ TEST(StateFieldsOfLines, AreCounted) {
     const auto& [newInflow, newUpstreamFlow, newLatFlow, oldInflow, oldUpstreamFlow, oldLatFlow, statInflowVolume,
                  statMaxInflow, kind, kindIndex, massInflow, newQual, oldQual, id, extInflow, dwfInflow, isHead] =
         Node{};
-    const auto& [linkKind, isLagged, oldFlow, newFlow, linkOldQual, linkNewQual, setting, statFlowVolume, statMaxFlow,
-                 linkId, linkKindIndex, fromNode, toNode, isHostSetting, targetSetting, statFloodVolume, statMaxFlood] =
-        Link{};
-    const auto& [lastFireTime, nextFireTime, k, sumVolume, sumMass, stepLength, x, sumCount, restKey, hasDecay,
-                 isChanged, storage, decay, pipeOldInflow, pipeNewInflow, oldFlood, newFlood, maxFlow, n, reachCount] =
-        Pipe{};
-    EXPECT_EQ(kind + linkKind + n, 0);
+    const auto& [clock, oldFlow, newFlow, statFlowVolume, statMaxFlow, linkNewQual, linkOldQual, sumMass, setting,
+                 targetSetting, linkId, linkKindIndex, fromNode, toNode, linkKind, isLagged, isHostSetting] = Link{};
+    const auto& [lastFireTime, nextFireTime, sumVolume, sumCount, restKey, isChanged, facts] = FireClock{};
+    const auto& [stepLength, k, x, storage, pipeNewInflow, pipeOldInflow, n, reachCount, link, hasDecay, maxFlow,
+                 newFlood, oldFlood, decay] = Pipe{};
+    EXPECT_EQ(kind + linkKind + n + facts, 0);
 }
 
 TEST(StateFieldsOfLines, AreMissedWhereOneIsLeftOut) {

@@ -46,8 +46,7 @@ static double getOfferedFlow(int32_t link) {
 static double getDroppedVolume() {
     double dropped = 0.0;
     for (int32_t k = 0; k < testModel().links.size(); ++k) {
-        const Pipe& pipe = testModel().pipes[testModel().links[k].kindIndex];
-        dropped += pipe.sumCount == 0 ? DT * getOfferedFlow(k) : 0.0;
+        dropped += testModel().links[k].clock.sumCount == 0 ? DT * getOfferedFlow(k) : 0.0;
     }
     return dropped;
 }
@@ -72,7 +71,7 @@ TEST(WaterBalance, OfPipesIsWhatTheirFiringsMakeOfIt) {
             for (int32_t k = 0; k < testModel().links.size(); ++k) {
                 const size_t row = static_cast<size_t>(testModel().links[k].kindIndex);
                 const Pipe& pipe = testModel().pipes[row];
-                if (pipe.sumCount == 0) {
+                if (testModel().links[k].clock.sumCount == 0) {
                     routedIn[row] += pipe.newInflow * pipe.stepLength;
                     routedOut[row] += (testModel().links[k].newFlow + pipe.newFlood) * pipe.stepLength;
                 } else {

@@ -213,8 +213,8 @@ TEST(NetworkReport, LinksHaveTheirKindFlowAndFlood) {
         const double value = static_cast<double>(k + 1);
         testModel().links[k].statFlowVolume = value;
         testModel().links[k].statMaxFlow = 2.0 * value;
-        testModel().links[k].statFloodVolume = 3.0 * value;
-        testModel().links[k].statMaxFlood = 4.0 * value;
+        testModel().linkFloods[k].volume = 3.0 * value;
+        testModel().linkFloods[k].maximum = 4.0 * value;
     }
     ASSERT_EQ(tarnvelde_report(), 0);
     Rows expected = {"P PIPE",     "PU PUMP",       "C CONNECTION",  "D CONDUIT",     "W WEIR",

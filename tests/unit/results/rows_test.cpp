@@ -68,7 +68,8 @@ struct Rows : testing::Test, Tables {
     }
     Link& addFilledLink(int32_t kind, int32_t kindIndex = 0) {
         Link link{};
-        link.kind = kind;
+        link.kind = static_cast<int16_t>(kind);
+        link.clock.isChanged = true;
         link.kindIndex = kindIndex;
         link.oldFlow = 6.0;
         link.newFlow = 7.0;
@@ -188,6 +189,17 @@ TEST_F(Rows, PipeSumsItsReachesInDouble) {
     addFilledLink(PIPE);
     rows_fill(testModel(), PIPE_TABLE, 0, 0.5, row);
     expectRow({16777218.0f, 1.5f, 6.5f, 4.0f, 2.0f, 20.0f});
+}
+
+TEST_F(Rows, PipeThatHasRolledShowsTheSameTwice) {
+    testModel().pipes.resize(1);
+    testModel().pipes[0].oldInflow = 1.0;
+    testModel().pipes[0].newInflow = 2.0;
+    testModel().pipes[0].oldFlood = 4.0;
+    testModel().pipes[0].newFlood = 8.0;
+    addFilledLink(PIPE).clock.isChanged = false;
+    rows_fill(testModel(), PIPE_TABLE, 0, 0.5, row);
+    expectRow({0.0f, 2.0f, 6.5f, 8.0f, 2.0f, 20.0f});
 }
 
 TEST_F(Rows, ConnectionShowsBothEnds) {

@@ -69,7 +69,9 @@ struct Pair {
     }
 
     Model& model() { return *resting.model; }
-    bool doesPipeRest(int32_t pipe) { return model().pipes[pipe].restKey == model().rest.key; }
+    bool doesPipeRest(int32_t pipe) {
+        return model().links[model().pipes[pipe].link].clock.restKey == model().rest.key;
+    }
     bool doesVisitRest(int32_t node) { return rest_isVisitResting(model(), node); }
 };
 
@@ -145,10 +147,10 @@ TEST(RestOfPipes, BeginsWithWaterThatNeverLeavesAndEndsWithMore) {
 TEST(RestOfPipes, KeepsTheirClocksGoing) {
     Pair pair(chain("P A B NO 420 2 0.2 0\nQ B OUT NO 90 1 0.1 0\n"));
     pair.step(40);
-    const Pipe& pipe = pair.model().pipes[0];
+    const FireClock& clock = pair.model().links[0].clock;
     EXPECT_TRUE(pair.doesPipeRest(0));
-    EXPECT_GT(pipe.lastFireTime, 10.0 * 60000.0);
-    EXPECT_EQ(pipe.nextFireTime - pipe.lastFireTime, 420000.0);
+    EXPECT_GT(clock.lastFireTime, 10.0 * 60000.0);
+    EXPECT_EQ(clock.nextFireTime - clock.lastFireTime, 420000.0);
     while (pair.step()) {
     }
     pair.finish();
@@ -167,8 +169,14 @@ TEST(RestOfPipes, EndsWithWhateverAHostWrites) {
             model.links[0].newFlow = value;
             pipe_noteChange(model, 0);
         });
-        tryOut([=](Model& model) { model.pipes[0].k = value; });
-        tryOut([=](Model& model) { model.pipes[1].maxFlow = value; });
+        tryOut([=](Model& model) {
+            model.pipes[0].k = value;
+            link_forgetFacts(model.links[0]);
+        });
+        tryOut([=](Model& model) {
+            model.pipes[1].maxFlow = value;
+            link_forgetFacts(model.links[1]);
+        });
         tryOut([=](Model& model) { link_holdSetting(model, 0, value); });
         tryOut([=](Model& model) { pour(model, value, 1.0 - value); });
         tryOut([=](Model& model) { model.pipes[1].x = value; });
@@ -260,7 +268,7 @@ TEST(RestOfVisits, EndsBelowAPipeThatIsWoken) {
     ASSERT_TRUE(pair.doesVisitRest(0) && pair.doesVisitRest(1));
     pair.steer([](Model& model) { pour(model, 0.5, 0.1); });
     pair.step(4);
-    EXPECT_EQ(pair.model().pipes[0].sumVolume, 30.0) << "it waits to fire";
+    EXPECT_EQ(pair.model().links[0].clock.sumVolume, 30.0) << "it waits to fire";
     EXPECT_TRUE(pair.doesPipeRest(1));
     EXPECT_FALSE(pair.doesVisitRest(1)) << "which nothing has reached yet";
     pair.step(200);
