@@ -358,11 +358,6 @@ static void openAside(Model& model) {
     execute(model, "BEGIN");
 }
 
-/// SQLite takes these for databases that are nowhere.
-static bool isFile(const std::string& name) {
-    return !name.empty() && name != ":memory:";
-}
-
 void database_open(Model& model) {
     database_abandon(model);
     DatabaseResults& database = *model.database;
@@ -370,7 +365,7 @@ void database_open(Model& model) {
     database.loss.clear();
     database.openRows = 0;
     database.inserts.assign(RESULT_TABLE_COUNT, {});
-    if (model.log && isFile(model.files.databaseName)) {
+    if (model.log && databaseplace_isFile(model.files.databaseName)) {
         openAside(model);
     } else {
         openInPlace(model);

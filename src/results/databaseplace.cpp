@@ -44,6 +44,12 @@ static fs::path followLinks(fs::path path) {
     return error ? path : folder / path.filename();
 }
 
+bool databaseplace_isFile(const std::string& name) {
+    std::error_code error;
+    const fs::file_type type = fs::status(name, error).type();
+    return !name.empty() && name != ":memory:" && (type == fs::file_type::regular || type == fs::file_type::not_found);
+}
+
 DatabasePlace databaseplace_find(const std::string& name) {
     std::string target = followLinks(name).string();
     return {target, target + ASIDE};

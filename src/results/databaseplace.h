@@ -21,6 +21,10 @@ struct DatabasePatience {
     int32_t milliseconds;
 };
 
+/// Whether a database can stand aside of this name: SQLite takes some for databases that are nowhere, and a device or a
+/// folder is no file.
+[[nodiscard]] bool databaseplace_isFile(const std::string& name);
+
 /// The places of a database of this name, which need not be there yet.
 [[nodiscard]] DatabasePlace databaseplace_find(const std::string& name);
 

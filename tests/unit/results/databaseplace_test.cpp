@@ -221,6 +221,14 @@ TEST(DatabasePlace, NamesOfNowhereLeaveNothing) {
     }
 }
 
+TEST(DatabasePlace, AFileBesideADeviceIsNotMade) {
+    DatabaseRun run(getDelayedProject());
+    ASSERT_EQ(mkfifo(run.db.c_str(), 0600), 0);
+    EXPECT_NE(run.start(), TV_OK);
+    EXPECT_EQ(run.list(), ALONE);
+    EXPECT_TRUE(std::filesystem::is_fifo(run.db));
+}
+
 TEST(DatabasePlace, ARunThatIsEndedEarlyKeepsWhatItHas) {
     DatabaseRun run(getDelayedProject());
     ASSERT_EQ(run.start(), TV_OK);
