@@ -201,9 +201,8 @@ static void createGeneralInfo(Model& model) {
     execute(model, model.database->statement.c_str());
 }
 
-/// Begins a transaction with the table that every file can hold. Others may keep the file for a while.
+/// Begins a transaction with the table that every file can hold. Once that is there, nobody else can be in the way.
 static void begin(Model& model) {
-    model.database->patience.milliseconds = PATIENCE;
     execute(model, "BEGIN");
     createGeneralInfo(model);
     model.database->patience.milliseconds = 0;
@@ -333,7 +332,9 @@ static bool isTaken(const Model& model, const std::string& path) {
 static void openAside(Model& model) {
     DatabaseResults& database = *model.database;
     database.place = databaseplace_find(model.files.databaseName);
+    database.patience.milliseconds = PATIENCE;
     if (files_exists(database.place.target)) {
+        database.hadTables = true;  // whatever ends the rehearsal, nothing of it is committed
         if (!openFile(model, database.place.target)) {
             return;
         }
