@@ -326,7 +326,7 @@ static void openInPlace(Model& model) {
 /// Whether a file of the project or of the run stands where the database aside would.
 static bool isTaken(const Model& model, const std::string& path) {
     return databaseplace_isSame(path, model.files.inputName) || databaseplace_isSame(path, model.files.reportName) ||
-           (!model.files.resultsName.empty() && databaseplace_isSame(path, model.files.resultsName));
+           databaseplace_isSame(path, model.files.resultsName);
 }
 
 static void openAside(Model& model) {

@@ -10,7 +10,6 @@
 
 using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
@@ -238,9 +237,9 @@ TEST_F(Results, AKilledRunLeavesTheOldOnesToReadAndMostOfItsOwn) {
     EXPECT_FALSE(std::filesystem::exists(database + "-journal"));
     const ProcessResult result = runProgram({"results", database + ".part"});
     EXPECT_EQ(result.status, 0) << result.err;
-    EXPECT_THAT(
-        result.out,
-        MatchesRegex("[^0]*model.db.part: [1-9][0-9]*000 reports of 60 s from 2021-03-01 00:00:00 on\n(.|\n)*"));
+    // 5,000 reports of four rows each make a transaction.
+    EXPECT_THAT(result.out,
+                ContainsRegex("model.db.part: [1-9][0-9]*000 reports of 60 s from 2021-03-01 00:00:00 on\n"));
 }
 
 TEST_F(Results, AKilledTransactionLeavesTheOldOnesToRead) {
