@@ -2,7 +2,9 @@
 // filled with constants (`ratio`) and one per report (`by blocks`), for the database one sqlite3_exec per row of texts
 // that are ready. Saving is the time of a run that reports at each step, less that of the same run without a save mode,
 // so it contains the making of the rows, too. The three are timed by turns, in processor time. `row` in the counters is
-// that of a junction or a pipe.
+// that of a junction or a pipe. Of the database `in place` and `aside` are a run of each face into a file that holds
+// one of as many rows, and `aside, new` one of the second face into a new file, each as a multiple of one in place into
+// a new file.
 
 #include <benchmark/benchmark.h>
 #include <sqlite3.h>
@@ -13,6 +15,7 @@
 
 #include "network.h"
 #include "tarnvelde.h"
+#include "tarnvelde_model.h"
 
 namespace {
 
@@ -48,6 +51,23 @@ double timeProject(const BenchProject& project, int32_t saveMode) {
     bench_openProject(project);
     timeRun(saveMode);
     tarnvelde_close();
+    return bench_getProcessorTime() - begin;
+}
+
+/// The same of the second face, into a database or nowhere.
+double timeModel(const BenchProject& project, const char* database) {
+    const std::string report = project.folder + "/model2.rpt";
+    const double begin = bench_getProcessorTime();
+    tv_model* model = nullptr;
+    tv_create(&model);
+    tv_setWarnings(model, 0);
+    tv_open(model, (project.folder + "/network.inp").c_str(), report.c_str());
+    tv_start(model, nullptr, database);
+    for (int32_t k = 0; k < STEPS; ++k) {
+        tv_step(model);
+    }
+    tv_end(model);
+    tv_free(model);
     return bench_getProcessorTime() - begin;
 }
 
@@ -161,15 +181,25 @@ void saveToFile(benchmark::State& state) {
 void saveToDatabase(benchmark::State& state) {
     const Sizes sizes = getSizes(state);
     const BenchProject project = makeProject(state);
-    double saving = 0.0, bare = 0.0;
+    const std::string inPlace = project.folder + "/network.db", aside = project.folder + "/second.db";
+    double saving = 0.0, bare = 0.0, replaced = 0.0, newAside = 0.0, replacedAside = 0.0;
     for ([[maybe_unused]] auto _ : state) {
         const double idle = timeProject(project, TO_NOTHING);
+        std::remove(inPlace.c_str());
         const double saved = timeProject(project, TO_DATABASE);
+        replaced += timeProject(project, TO_DATABASE) - idle;
+        const double idleAside = timeModel(project, nullptr);
+        std::remove(aside.c_str());
+        newAside += timeModel(project, aside.c_str()) - idleAside;
+        replacedAside += timeModel(project, aside.c_str()) - idleAside;
         bare += timeStatements(project, sizes);
         saving += saved - idle;
         state.SetIterationTime(saved);
     }
     setCounters(state, sizes, saving, bare);
+    state.counters["in place"] = replaced / saving;
+    state.counters["aside, new"] = newAside / saving;
+    state.counters["aside"] = replacedAside / saving;
     bench_closeProject(project);
 }
 

@@ -341,7 +341,9 @@ TARNVELDE_API int32_t tarnvelde_report(void);
 /* Closes the project: ends a run that is still started, closes all files, gives back all memory.
  *
  * Keeps the binary results file of save mode 1 and commits the database of save mode 2; such a file of another save
- * mode is deleted. Always returns 0, and is harmless when nothing is open.
+ * mode is deleted. A database that others keep locked for 5 seconds stays as it was: the results are then kept beside
+ * it, under its name with ".part" behind it, and a line on standard error says so. Always returns 0, and is harmless
+ * when nothing is open.
  */
 TARNVELDE_API int32_t tarnvelde_close(void);
 

@@ -332,7 +332,8 @@ TV_API int32_t tv_open(tv_model* model, const char* path, const char* report);
 TV_API int32_t tv_openText(tv_model* model, const char* text, size_t length, const char* folder, const char* report);
 
 /* Starts a run. Results go to a binary file, to a database, to both or, with nulls, nowhere. TV_ERROR_NOT_OPEN,
- * TV_ERROR_STARTED; with any other code too nothing is started. 301 if two of the run's files have one name. */
+ * TV_ERROR_STARTED; with any other code too nothing is started. 301 if two of the run's files have one name. A database
+ * is written under its name with ".part" behind it, and put in place by tv_end; 313 if another run writes it. */
 TV_API int32_t tv_start(tv_model* model, const char* results, const char* database);
 
 /* One routing step. TV_ERROR_NOT_STARTED, TV_ERROR_FINISHED behind the last one. A positive code ends the run early. */
@@ -347,7 +348,8 @@ TV_API int32_t tv_runUntil(tv_model* model, double date);
 TV_API int32_t tv_report(tv_model* model);
 
 /* Ends a run: results are complete, and put in place. The project stays open and may be started again.
- * TV_ERROR_NOT_STARTED; a positive code if the results can't be completed, and an earlier file stays then. */
+ * TV_ERROR_NOT_STARTED; a positive code if the results can't be completed, as 315 if the database can't be put in place:
+ * an earlier file stays then, and the message tells why, and where the new results are. */
 TV_API int32_t tv_end(tv_model* model);
 
 /* Ends a run if there is one, and closes the project, whatever the code. The report is put in place, unless no run was

@@ -364,9 +364,12 @@ static int32_t endRun(tv_model* handle) {
     Model& model = *handle->model;
     const int32_t before = model.error.code;
     run_end(model);
+    if (model.error.code == before) {
+        model.error.code = ERR_NONE;  // what the close meets is told, also if the run has met the same
+    }
     results_close(model);
     handle->phase = TV_OPEN;
-    const int32_t code = model.error.code == before ? TV_OK : modelhandle_tellError(handle, messageCount);
+    const int32_t code = modelhandle_tellError(handle, messageCount);
     model.error.code = ERR_NONE;
     return code;
 }

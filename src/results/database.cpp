@@ -1,6 +1,12 @@
-// The results database. All of a run is one transaction, from the opening to the close of the project: that makes one
-// statement per row affordable, and it leaves the results of the run before whole until the new ones are complete,
-// whatever happens to the process in between.
+// The results database. A model of the first face writes into its file in place: all of a run is one transaction, from
+// the opening to the close of the project, and leaves the results of the run before whole until the new ones are
+// complete, whatever happens to the process in between. But once there are more of them than SQLite keeps in memory,
+// nobody else can read the file.
+//
+// A model of the second face, which has a log, writes into a database aside. It commits some thousand rows at a time,
+// so readers keep the results of the run before until the very end, and a run that was killed leaves what it had. What
+// the end will do to a file that is there is tried at the start, so that a run fails ahead of its work and not behind
+// it.
 //
 // Rows go by statements that are compiled once for each table, several at a time, if the table is what it was made as:
 // then they leave what the text of each row would. All others go by a text of their own.
@@ -23,12 +29,15 @@
 #include "model/model.h"
 #include "model/pollut.h"
 #include "model/project.h"
+#include "platform/console.h"
 #include "platform/encoding.h"
 #include "platform/files.h"
 #include "results/rows.h"
 #include "results/sqltext.h"
 
 static constexpr int32_t FORMAT_VERSION = 21000;
+static constexpr int32_t PATIENCE = 5000;              ///< ms, with others at the start, and again at the end
+static constexpr int32_t ROWS_OF_TRANSACTION = 20000;  ///< at least; it ends with a report
 
 // --- statements ----------------------------------------------------------------------------------------------------
 
@@ -41,6 +50,7 @@ static bool isTransactionLost(int32_t result) {
 /// Lets go of a transaction that is lost.
 static void stopIfLost(Model& model, int32_t result) {
     if (isTransactionLost(result)) {
+        model.database->loss = sqlite3_errmsg(model.database->handle);
         sqlite3_exec(model.database->handle, "ROLLBACK", nullptr, nullptr, nullptr);
         model.database->isStopped = true;
     }
@@ -139,20 +149,40 @@ static bool isPlainTable(Model& model, int32_t index) {
     return isPlain && column == namedColumns + 1 + rows_getLength(model, index);
 }
 
-static void createTable(Model& model, int32_t index) {
+/// What the text that makes a table is.
+struct TableTexts {
+    size_t creation;  ///< where the second statement begins, behind that which drops the old table
+    size_t name;      ///< where its name of the table begins
+    bool isRefused;   ///< a name makes something else of it
+    bool hasMoreStatements;
+};
+
+static constexpr const char* CREATION = "create table if not exists ";
+
+/// Writes the text that makes a table anew.
+static TableTexts writeTable(Model& model, int32_t index) {
     const RowTable& table = RowTables[index];
-    model.database->statement = std::string("drop table if exists ") + table.name + ';';
-    const size_t creation = model.database->statement.size();
-    model.database->statement += std::string("create table if not exists ") + table.name + " (";
-    model.database->statement += index == SYSTEM_TABLE ? "Period INT" : "Name TEXT,Period INT";
+    std::string& statement = model.database->statement;
+    statement = std::string("drop table if exists ") + table.name + ';';
+    const size_t creation = statement.size();
+    statement += CREATION;
+    const size_t name = statement.size();
+    statement += std::string(table.name) + " (";
+    statement += index == SYSTEM_TABLE ? "Period INT" : "Name TEXT,Period INT";
     appendColumns(model, table);
-    model.database->statement += ')';
+    statement += ')';
     replaceHyphens(model);
     // Looked for ahead of the last semicolon, which an opened comment or literal could hide.
-    const bool hasMoreStatements = sqltext_countEnds(model.database->statement.c_str() + creation) > 0;
-    model.database->statement += ';';
-    if (hasMoreStatements || (table.qualityBlocks > 0 && !arePollutantsColumns(model))) {
-        refuse(model, model.database->statement.c_str() + creation, hasMoreStatements);
+    const bool hasMoreStatements = sqltext_countEnds(statement.c_str() + creation) > 0;
+    statement += ';';
+    const bool isRefused = hasMoreStatements || (table.qualityBlocks > 0 && !arePollutantsColumns(model));
+    return {creation, name, isRefused, hasMoreStatements};
+}
+
+static void createTable(Model& model, int32_t index) {
+    const TableTexts texts = writeTable(model, index);
+    if (texts.isRefused) {
+        refuse(model, model.database->statement.c_str() + texts.creation, texts.hasMoreStatements);
     } else if (execute(model, model.database->statement.c_str())) {
         model.database->inserts[static_cast<size_t>(index)].isPlain = isPlainTable(model, index);
     }
@@ -171,24 +201,177 @@ static void createGeneralInfo(Model& model) {
     execute(model, model.database->statement.c_str());
 }
 
-void database_open(Model& model) {
-    database_abandon(model);
-    model.database->isStopped = false;
-    model.database->inserts.assign(RESULT_TABLE_COUNT, {});
-    // SQLite may take a name that begins with "file:" as an address; a path never does.
-    const bool looksLikeAddress = model.files.databaseName.compare(0, 5, "file:") == 0;
-    if (sqlite3_open(((looksLikeAddress ? "./" : "") + model.files.databaseName).c_str(), &model.database->handle) !=
-        SQLITE_OK) {
-        messages_tell(model, "\n    Cannot open database file ");
-        model.error.code = ERR_DATABASE_FILE;
-        database_abandon(model);
-        return;
-    }
+/// Begins a transaction with the table that every file can hold. Once that is there, nobody else can be in the way.
+static void begin(Model& model) {
     execute(model, "BEGIN");
     createGeneralInfo(model);
+    model.database->patience.milliseconds = 0;
+}
+
+// --- what the end will do to a file that is there ------------------------------------------------------------------
+
+/// Compiles the first statement of a text; false with a message if that can't be done.
+static bool canBeRun(Model& model, const char* text) {
+    sqlite3_stmt* statement = nullptr;
+    const int32_t result = sqlite3_prepare_v2(model.database->handle, text, -1, &statement, nullptr);
+    if (result != SQLITE_OK) {
+        errors_report(model, ERR_DATABASE_SQL, sqlite3_errmsg(model.database->handle));
+    }
+    sqlite3_finalize(statement);
+    stopIfLost(model, result);
+    return result == SQLITE_OK;
+}
+
+/// Whether an index has the name of a table, and goes with another table of results ahead of it.
+static bool isFreedAhead(Model& model, int32_t index) {
+    const std::string question = std::string("select tbl_name from sqlite_master where type='index' and name='") +
+                                 RowTables[index].name + "' collate nocase";
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(model.database->handle, question.c_str(), -1, &statement, nullptr);
+    bool isFreed = false;
+    if (statement && sqlite3_step(statement) == SQLITE_ROW) {
+        const auto* owner = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+        isFreed = std::any_of(RowTables, RowTables + index, [owner](const RowTable& table) {
+            return owner && sqlite3_stricmp(owner, table.name) == 0;
+        });
+    }
+    sqlite3_finalize(statement);
+    return isFreed;
+}
+
+/// Tells what is in the way of a table: something else of its name, or its columns. Where there is a table SQLite
+/// doesn't look at the columns, so they are tried under a name that is free.
+static void tryTable(Model& model, int32_t index) {
+    if (model.database->isStopped) {
+        return;
+    }
+    const TableTexts texts = writeTable(model, index);
+    std::string& statement = model.database->statement;
+    if (texts.isRefused) {
+        refuse(model, statement.c_str() + texts.creation, texts.hasMoreStatements);
+        return;
+    }
+    const bool isFree = canBeRun(model, statement.c_str()) &&
+                        (isFreedAhead(model, index) || canBeRun(model, statement.c_str() + texts.creation));
+    if (isFree) {
+        statement.insert(texts.name, "temp.");
+        canBeRun(model, statement.c_str() + texts.creation);
+    }
+}
+
+/// Tries on the file that is there what the end of the run will do to it, and takes it back. The old rows are many, so
+/// their tables are dropped only where even the small one couldn't be: that fails in the same way, at once.
+static void rehearse(Model& model) {
+    begin(model);
+    const bool isTried =
+        model.error.code == ERR_NONE || (sqlite3_errcode(model.database->handle) & 0xFF) == SQLITE_ERROR;
+    for (int32_t table = 0; table < RESULT_TABLE_COUNT; ++table) {
+        if (isTried) {
+            tryTable(model, table);
+        } else {
+            createTable(model, table);
+        }
+    }
+    sqlite3_exec(model.database->handle, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+// --- open ----------------------------------------------------------------------------------------------------------
+
+static void refuseFile(Model& model, const std::string& reason) {
+    messages_tell(model, "\n    Cannot open database file ");
+    if (!reason.empty()) {
+        messages_setDetail(model, (" (" + reason + ")").c_str());
+    }
+    model.error.code = ERR_DATABASE_FILE;
+    database_abandon(model);
+}
+
+/// Opens a file that may be there; false with the failure if that can't be done.
+static bool openFile(Model& model, const std::string& name) {
+    DatabaseResults& database = *model.database;
+    // SQLite may take a name that begins with "file:" as an address; a path never does.
+    const bool looksLikeAddress = name.compare(0, 5, "file:") == 0;
+    if (sqlite3_open(((looksLikeAddress ? "./" : "") + name).c_str(), &database.handle) != SQLITE_OK) {
+        refuseFile(model, "");
+        return false;
+    }
+    databaseplace_wait(database.handle, database.patience);
+    return true;
+}
+
+static bool hasTables(Model& model) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(model.database->handle, "select 1 from sqlite_master", -1, &statement, nullptr);
+    const bool isThere = statement && sqlite3_step(statement) == SQLITE_ROW;
+    sqlite3_finalize(statement);
+    return isThere;
+}
+
+static void createTables(Model& model) {
+    begin(model);
     for (int32_t table = 0; table < RESULT_TABLE_COUNT; ++table) {
         createTable(model, table);
     }
+}
+
+static void openInPlace(Model& model) {
+    DatabaseResults& database = *model.database;
+    database.patience.milliseconds = PATIENCE;
+    if (openFile(model, model.files.databaseName)) {
+        database.hadTables = hasTables(model);
+        createTables(model);
+    }
+}
+
+/// Whether a file of the project or of the run stands where the database aside would.
+static bool isTaken(const Model& model, const std::string& path) {
+    return databaseplace_isSame(path, model.files.inputName) || databaseplace_isSame(path, model.files.reportName) ||
+           databaseplace_isSame(path, model.files.resultsName);
+}
+
+static void openAside(Model& model) {
+    DatabaseResults& database = *model.database;
+    database.place = databaseplace_find(model.files.databaseName);
+    database.patience.milliseconds = PATIENCE;
+    if (files_exists(database.place.target)) {
+        database.hadTables = true;  // whatever ends the rehearsal, nothing of it is committed
+        if (!openFile(model, database.place.target)) {
+            return;
+        }
+        rehearse(model);
+        sqlite3_close(database.handle);
+        database.handle = nullptr;
+        if (model.error.code) {
+            return;
+        }
+    }
+    std::string reason = "its name is that of another file of the run";
+    if (!isTaken(model, database.place.aside)) {
+        database.handle = databaseplace_openAside(database.place.aside, reason);
+    }
+    if (!database.handle) {
+        refuseFile(model, database.place.aside + ": " + reason);
+        return;
+    }
+    database.isAside = true;
+    createTables(model);
+    execute(model, "COMMIT");
+    execute(model, "BEGIN");
+}
+
+void database_open(Model& model) {
+    database_abandon(model);
+    DatabaseResults& database = *model.database;
+    database.isBegun = database.isStopped = database.isAside = database.hadTables = false;
+    database.loss.clear();
+    database.openRows = 0;
+    database.inserts.assign(RESULT_TABLE_COUNT, {});
+    if (model.log && databaseplace_isFile(model.files.databaseName)) {
+        openAside(model);
+    } else {
+        openInPlace(model);
+    }
+    database.isBegun = model.error.code == ERR_NONE;
 }
 
 // --- rows as texts -------------------------------------------------------------------------------------------------
@@ -338,6 +521,7 @@ void database_writeRow(Model& model, int32_t table, const char* name, int32_t pe
     if (!database.handle || database.isStopped) {
         return;
     }
+    ++database.openRows;
     DatabaseInsert& insert = database.inserts[static_cast<size_t>(table)];
     const bool isPlain = insert.isPlain && isPlainRow(name, row, length);
     DatabaseRows& rows = database.waiting;
@@ -359,14 +543,23 @@ void database_writeRow(Model& model, int32_t table, const char* name, int32_t pe
     }
 }
 
+/// A report is written as a whole or not at all, and where a transaction ends is a matter of the rows alone.
 void database_endReport(Model& model) {
-    if (model.database->handle) {
-        insertWaiting(model);
+    DatabaseResults& database = *model.database;
+    if (!database.handle) {
+        return;
+    }
+    insertWaiting(model);
+    if (database.isAside && database.openRows >= ROWS_OF_TRANSACTION) {
+        database.openRows = 0;
+        if (execute(model, "COMMIT")) {
+            execute(model, "BEGIN");
+        }
     }
 }
 
 void database_takeBack(Model& model, int32_t period) {
-    database_endReport(model);
+    insertWaiting(model);
     for (int32_t table = 0; model.database->handle && table < RESULT_TABLE_COUNT; ++table) {
         model.database->statement =
             std::string("delete from ") + RowTables[table].name + " where Period >= " + std::to_string(period);
@@ -376,30 +569,114 @@ void database_takeBack(Model& model, int32_t period) {
 
 // --- close ---------------------------------------------------------------------------------------------------------
 
-void database_abandon(Model& model) {
-    for (const DatabaseInsert& insert : model.database->inserts) {
+/// Lets go of all that belongs to the connection, which stays.
+static void release(DatabaseResults& database) {
+    for (const DatabaseInsert& insert : database.inserts) {
         sqlite3_finalize(insert.one);
         sqlite3_finalize(insert.several);
     }
+    database.inserts = {};
+    database.waiting = {};
+    database.statement = {};
+}
+
+void database_abandon(Model& model) {
+    release(*model.database);
     if (model.database->handle) {
         sqlite3_close(model.database->handle);
         model.database->handle = nullptr;
     }
-    model.database->inserts = {};
-    model.database->waiting = {};
-    model.database->statement = {};
+}
+
+/// The report of a model of the first face is closed by now, and it has no log: a commit that fails is told where all
+/// programs tell such things. What can't be committed because others use the file is kept beside it.
+static void commitInPlace(Model& model) {
+    DatabaseResults& database = *model.database;
+    const bool wasStopped = database.isStopped;
+    database.patience.milliseconds = PATIENCE;
+    int32_t result = SQLITE_OK;
+    while (!wasStopped &&
+           (result = sqlite3_exec(database.handle, "COMMIT", nullptr, nullptr, nullptr)) == SQLITE_BUSY &&
+           databaseplace_waitLonger(database.patience)) {
+    }
+    database.patience.milliseconds = 0;
+    if (result == SQLITE_OK) {
+        return;
+    }
+    const std::string reason = sqlite3_errmsg(database.handle);
+    errors_report(model, ERR_DATABASE_SQL, reason.c_str());
+    stopIfLost(model, result);
+    if (model.log) {
+        return;
+    }
+    const DatabasePlace place = databaseplace_find(model.files.databaseName);
+    std::string words = "the results are lost", fault;
+    if (result == SQLITE_BUSY && !isTaken(model, place.aside)) {
+        const bool isKept = databaseplace_copyAside(database.handle, place, fault);
+        words = isKept ? "the results are kept in " + place.aside : words + " (" + place.aside + ": " + fault + ")";
+    }
+    console_complain(("tarnvelde: " + model.files.databaseName + ": " + reason + "; " + words + "\n").c_str());
+}
+
+static void closeInPlace(Model& model, bool isKept) {
+    // A start that failed has made empty tables, which never take the place of full ones.
+    if (isKept && (model.database->isBegun || !model.database->hadTables)) {
+        commitInPlace(model);
+    }
+    database_abandon(model);
+    if (!isKept) {
+        files_delete(model.files.databaseName.c_str());
+    }
+}
+
+/// What the run is known by goes into a table of its own. One that can't be made costs nothing else.
+static void writeIdentity(const Model& model) {
+    sqlite3* handle = model.database->handle;
+    std::string text = std::string("create table ") + IDENTITY_TABLE + " (Name TEXT,Value TEXT);";
+    for (const auto& [name, value] : identity_list(model)) {
+        text.append("insert into ").append(IDENTITY_TABLE).append(" values ('").append(name).append("','");
+        text.append(value).append("');");
+    }
+    sqlite3_exec(handle, text.c_str(), nullptr, nullptr, nullptr);
+}
+
+static void closeAside(Model& model, bool isKept) {
+    DatabaseResults& database = *model.database;
+    const DatabasePlace& place = database.place;
+    release(database);
+    if (!isKept || !database.isBegun) {
+        databaseplace_drop(database.handle, place.aside);
+        return;
+    }
+    std::string reason = database.loss;
+    bool isWhole = !database.isStopped;
+    if (isWhole) {
+        writeIdentity(model);
+    }
+    if (isWhole && sqlite3_get_autocommit(database.handle) == 0 &&
+        sqlite3_exec(database.handle, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+        reason = sqlite3_errmsg(database.handle);
+        isWhole = false;
+    }
+    database.patience.milliseconds = PATIENCE;
+    const bool isSettled = isWhole && databaseplace_settle(database.handle, place, database.patience, reason);
+    database.patience.milliseconds = 0;
+    if (!isSettled) {
+        database_abandon(model);
+        const std::string words =
+            reason + (isWhole ? "; the results are kept in " : "; the results so far are kept in ");
+        errors_report(model, ERR_DATABASE_SQL, (words + place.aside).c_str());
+    }
 }
 
 void database_close(Model& model, bool isKept) {
     if (!model.database->handle) {
         return;
     }
-    database_endReport(model);
-    if (isKept) {
-        execute(model, "COMMIT");
-    }
-    database_abandon(model);
-    if (!isKept) {
-        files_delete(model.files.databaseName.c_str());
+    insertWaiting(model);
+    if (model.database->isAside) {
+        closeAside(model, isKept);
+    } else {
+        closeInPlace(model, isKept);
     }
 }

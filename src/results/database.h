@@ -1,9 +1,11 @@
 #pragma once
-// The results database: one SQLite file beside the project file, one transaction per run.
+// The results database: one SQLite file, whose tables of results a run replaces at its end.
 
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "results/databaseplace.h"
 
 struct Model;
 
@@ -28,7 +30,14 @@ struct DatabaseRows {
 /// The database of a run.
 struct DatabaseResults {
     sqlite3* handle;                      ///< null while none is open
+    bool isAside;                         ///< it stands beside the file whose place it will take
+    bool isBegun;                         ///< the start of the run went well as far as here
+    bool hadTables;                       ///< ahead of the run, if it isn't aside
     bool isStopped;                       ///< SQLite has let go of the transaction
+    std::string loss;                     ///< why it has
+    int32_t openRows;                     ///< rows since the last commit
+    DatabasePatience patience;            ///< with others that use the file
+    DatabasePlace place;                  ///< of a database aside
     std::string statement;                ///< in hand
     std::vector<DatabaseInsert> inserts;  ///< by table; empty while no database is open
     DatabaseRows waiting;
@@ -40,14 +49,15 @@ void database_open(Model& model);
 /// Inserts a row, or lets it wait for more of them; `name` is that of the object, empty for the system, and stays.
 void database_writeRow(Model& model, int32_t table, const char* name, int32_t period, const float* row, int32_t length);
 
-/// Inserts the rows that still wait: a report is complete.
+/// Inserts the rows that still wait: a report is complete. A database aside may be committed so far.
 void database_endReport(Model& model);
 
 /// Takes back the rows of a period and of all later ones.
 void database_takeBack(Model& model, int32_t period);
 
-/// Completes the transaction and closes the database, or takes all back and deletes the file.
+/// Completes the database, puts it in place and closes it, or takes all back and deletes the file. A start that failed
+/// leaves what was there.
 void database_close(Model& model, bool isKept);
 
-/// Closes the database; what the run has written is taken back.
+/// Closes the database; what the run has written is taken back, or stays aside.
 void database_abandon(Model& model);

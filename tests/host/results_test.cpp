@@ -230,16 +230,28 @@ TEST_F(Results, APipeIsRefusedAtOnce) {
     }
 }
 
-TEST_F(Results, AKilledRunLeavesTheOldOnesToRead) {
-    ASSERT_NO_FATAL_FAILURE(killDatabaseRun("END_DATE 2021/03/01", "END_DATE 2031/03/01"));
+TEST_F(Results, AKilledRunLeavesTheOldOnesToReadAndMostOfItsOwn) {
+    const std::string before = readFile(database);
+    ASSERT_NO_FATAL_FAILURE(killDatabaseRun());
+    EXPECT_TRUE(readFile(database) == before);
+    EXPECT_FALSE(std::filesystem::exists(database + "-journal"));
+    const ProcessResult result = runProgram({"results", database + ".part"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    // 5,000 reports of four rows each make a transaction.
+    EXPECT_THAT(result.out,
+                ContainsRegex("model.db.part: [1-9][0-9]*000 reports of 60 s from 2021-03-01 00:00:00 on\n"));
+}
+
+TEST_F(Results, AKilledTransactionLeavesTheOldOnesToRead) {
+    ASSERT_NO_FATAL_FAILURE(killTransaction());
     const ProcessResult result = runProgram({"results", database});
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_THAT(result.out, HasSubstr(": 4 reports of 60 s from 2021-03-01 00:00:00 on\n"));
     EXPECT_FALSE(std::filesystem::exists(database + "-journal"));
 }
 
-TEST_F(Results, AKilledRunThatCannotBeTakenBackIsTold) {
-    ASSERT_NO_FATAL_FAILURE(killDatabaseRun("END_DATE 2021/03/01", "END_DATE 2031/03/01"));
+TEST_F(Results, AKilledTransactionThatCannotBeTakenBackIsTold) {
+    ASSERT_NO_FATAL_FAILURE(killTransaction());
     const int status = process_fork([&] {
         process_limitFileSize(512);  // no page fits, the message does
         const ProcessResult result = runProgram({"results", database});

@@ -44,21 +44,30 @@ struct Results : testing::Test {
         ASSERT_EQ(runProgram({"run", model, "--quiet", "--database"}).status, 0);
     }
 
-    /// Another run of the model, with one text of it replaced, into the same database. It dies on the way.
-    void killDatabaseRun(const std::string& text, const std::string& replacement) const {
-        std::string changed = readFile(model);
-        changed.replace(changed.find(text), text.size(), replacement);
-        folder.write("model.inp", changed);
-        // Once the file grows, the run writes over it, which it may only do with a journal on the disk.
-        const std::string script =
-            "\"$0\" run \"$1\" --database --quiet & run=$!\n"
-            "while [ $(stat -c %s \"$2\") -le $3 ]; do kill -0 $run || exit 1; sleep 0.02; done\n"
-            "kill -KILL $run\nwait $run\n";
-        const std::string length = std::to_string(std::filesystem::file_size(database));
-        const ProcessResult result =
-            process_run({"timeout", "60", "sh", "-c", script, TARNVELDE_PROGRAM, model, database, length});
+    /// Leaves the database as a program does that dies amid a transaction of more than it keeps in memory: with half
+    /// of it in the file, and what it took the place of in the journal.
+    void killTransaction() const {
+        const ProcessResult result = process_run(
+            {"sqlite3", database,
+             "pragma cache_size=5; begin; delete from System; with recursive c(n) as (select 1 union all select n+1 "
+             "from c where n < 50000) insert into System (Period) select n from c",
+             ".shell kill -KILL $PPID"});
         ASSERT_EQ(result.status, 128 + SIGKILL) << result.err;
         ASSERT_TRUE(std::filesystem::exists(database + "-journal"));
+    }
+
+    /// Another run of the model, of ten years, into the same database. It dies when it has written some MB aside.
+    void killDatabaseRun() const {
+        std::string changed = readFile(model);
+        changed.replace(changed.find("END_DATE 2021"), 13, "END_DATE 2031");
+        folder.write("model.inp", changed);
+        const std::string script =
+            "\"$0\" run \"$1\" --database --quiet & run=$!\n"
+            "while [ $(stat -c %s \"$2\" || echo 0) -le 4000000 ]; do kill -0 $run || exit 1; sleep 0.02; done\n"
+            "kill -KILL $run\nwait $run\n";
+        const ProcessResult result =
+            process_run({"timeout", "60", "sh", "-c", script, TARNVELDE_PROGRAM, model, database + ".part"});
+        ASSERT_EQ(result.status, 128 + SIGKILL) << result.err;
     }
 
     /// The binary file with `bytes` in place of those at `place`.

@@ -1,0 +1,334 @@
+// The files of the results database. A database aside is empty at first, so its rows are appended, and with the journal
+// of SQLite whatever ends the process leaves those of its last whole transaction. It isn't handed to the disk before it
+// is put in place: a machine that fails loses a run that wasn't over.
+//
+// A target that is there may hold tables of others and may be open to them, so its file stays: the tables of results
+// are replaced in a transaction like any other. Called by the room database.
+
+#include "results/databaseplace.h"
+
+#include <sqlite3.h>
+
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include "platform/files.h"
+#include "results/rows.h"
+
+namespace fs = std::filesystem;
+
+static constexpr const char* ASIDE = ".part";  ///< behind the name of the target
+static constexpr int32_t MOST_LINKS = 40;      ///< on the way to a file
+static constexpr int32_t WAIT = 20;            ///< ms between two looks at a lock
+
+using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
+using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
+
+// --- places --------------------------------------------------------------------------------------------------------
+
+/// What a name leads to behind all links, also if it isn't there yet.
+static fs::path followLinks(fs::path path) {
+    std::error_code error;
+    for (int32_t k = 0; k < MOST_LINKS && fs::is_symlink(path, error); ++k) {
+        const fs::path next = fs::read_symlink(path, error);
+        if (error) {
+            break;
+        }
+        path = path.parent_path() / next;
+    }
+    const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : ".", error);
+    return error ? path : folder / path.filename();
+}
+
+bool databaseplace_isFile(const std::string& name) {
+    std::error_code error;
+    const fs::file_type type = fs::status(name, error).type();
+    return !name.empty() && name != ":memory:" && (type == fs::file_type::regular || type == fs::file_type::not_found);
+}
+
+DatabasePlace databaseplace_find(const std::string& name) {
+    std::string target = followLinks(name).string();
+    return {target, target + ASIDE};
+}
+
+bool databaseplace_isSame(const std::string& path, const std::string& other) {
+    std::error_code error;
+    return !other.empty() && fs::equivalent(path, other, error) && !error;
+}
+
+/// The file in which SQLite keeps what a transaction has overwritten.
+static std::string getJournal(const std::string& path) {
+    return path + "-journal";
+}
+
+// --- waiting -------------------------------------------------------------------------------------------------------
+
+bool databaseplace_waitLonger(DatabasePatience& patience) {
+    if (patience.milliseconds <= 0) {
+        return false;
+    }
+    sqlite3_sleep(WAIT);
+    patience.milliseconds -= WAIT;
+    return true;
+}
+
+static int waitForOthers(void* patience, int) {
+    return databaseplace_waitLonger(*static_cast<DatabasePatience*>(patience)) ? 1 : 0;
+}
+
+void databaseplace_wait(sqlite3* handle, DatabasePatience& patience) {
+    sqlite3_busy_handler(handle, waitForOthers, &patience);
+}
+
+// --- statements ----------------------------------------------------------------------------------------------------
+
+static bool run(sqlite3* handle, const char* text) {
+    return sqlite3_exec(handle, text, nullptr, nullptr, nullptr) == SQLITE_OK;
+}
+
+static std::string getReason(sqlite3* handle) {
+    return sqlite3_errmsg(handle);
+}
+
+static Statement prepare(sqlite3* handle, const std::string& text) {
+    sqlite3_stmt* statement = nullptr;
+    sqlite3_prepare_v2(handle, text.c_str(), -1, &statement, nullptr);
+    return {statement, sqlite3_finalize};
+}
+
+// --- a database aside ----------------------------------------------------------------------------------------------
+
+/// Takes the lock that the connection keeps until its end, on this file alone. The file that has it must still be the
+/// one of that name: the run before may have put it in place meanwhile.
+static bool lockAside(sqlite3* handle, std::string& reason) {
+    const bool isLocked = run(handle, "pragma main.locking_mode=exclusive") && run(handle, "BEGIN EXCLUSIVE");
+    const int32_t result = sqlite3_errcode(handle);
+    int moved = 0;
+    if (isLocked) {
+        sqlite3_file_control(handle, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+        run(handle, "COMMIT");
+    }
+    if (!isLocked || moved != 0) {
+        reason = result == SQLITE_BUSY || moved != 0 ? "another run writes it" : getReason(handle);
+        return false;
+    }
+    return true;
+}
+
+/// Takes away what a run that was killed has left.
+static bool emptyAside(sqlite3* handle) {
+    const Statement pages = prepare(handle, "pragma page_count");
+    const bool isEmpty = pages && sqlite3_step(pages.get()) == SQLITE_ROW && sqlite3_column_int(pages.get(), 0) == 0;
+    if (pages) {
+        sqlite3_reset(pages.get());
+    }
+    if (isEmpty) {
+        return true;
+    }
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_RESET_DATABASE, 1, nullptr);
+    const bool isReset = run(handle, "vacuum");
+    sqlite3_db_config(handle, SQLITE_DBCONFIG_RESET_DATABASE, 0, nullptr);
+    return isReset;
+}
+
+/// What keeps runs of other programs off the file as well would be asked for ahead of all else here.
+sqlite3* databaseplace_openAside(const std::string& path, std::string& reason) {
+    static constexpr int32_t FLAGS = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW;
+    sqlite3* opened = nullptr;
+    const int32_t result = sqlite3_open_v2(path.c_str(), &opened, FLAGS, nullptr);
+    Handle handle(opened, sqlite3_close);
+    if (result != SQLITE_OK) {
+        reason = opened ? getReason(opened) : "out of memory";
+        return nullptr;
+    }
+    if (!lockAside(opened, reason)) {
+        return nullptr;
+    }
+    // A journal that is emptied, not only marked as done: nothing of it is left to be taken for that of a later file.
+    if (!run(opened, "pragma main.synchronous=off") || !run(opened, "pragma main.journal_mode=truncate") ||
+        !emptyAside(opened)) {
+        reason = getReason(opened);
+        return nullptr;
+    }
+    return handle.release();
+}
+
+void databaseplace_drop(sqlite3*& handle, const std::string& path) {
+    // While the lock keeps others off the name, where the system deletes a file that is open.
+    files_delete(getJournal(path).c_str());
+    const bool isDeleted = files_delete(path.c_str());
+    sqlite3_close(handle);
+    handle = nullptr;
+    if (!isDeleted) {
+        files_delete(getJournal(path).c_str());
+        files_delete(path.c_str());
+    }
+}
+
+static bool sync(sqlite3* handle) {
+    sqlite3_file* file = nullptr;
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+    return file && file->pMethods && file->pMethods->xSync(file, SQLITE_SYNC_NORMAL) == SQLITE_OK;
+}
+
+// --- into its place ------------------------------------------------------------------------------------------------
+
+struct TableText {
+    std::string name, sql;
+};
+
+/// Tables of results in a database, in their order.
+static std::vector<TableText> listTables(sqlite3* handle) {
+    std::vector<TableText> tables;
+    const Statement statement =
+        prepare(handle, "select name, sql from main.sqlite_master where type='table' order by rowid");
+    while (statement && sqlite3_step(statement.get()) == SQLITE_ROW) {
+        const auto* name = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0));
+        const auto* sql = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 1));
+        bool isOurs = name && sql && (std::strcmp(name, GENERAL_TABLE) == 0 || std::strcmp(name, IDENTITY_TABLE) == 0);
+        for (const RowTable& table : RowTables) {
+            isOurs = isOurs || (name && sql && std::strcmp(name, table.name) == 0);
+        }
+        if (isOurs) {
+            tables.push_back({name, sql});
+        }
+    }
+    return tables;
+}
+
+static bool attach(sqlite3* handle, const std::string& path) {
+    const Statement statement = prepare(handle, "attach ? as target");
+    return statement && sqlite3_bind_text(statement.get(), 1, path.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK &&
+           sqlite3_step(statement.get()) == SQLITE_DONE;
+}
+
+/// The text that puts the tables of the database into the target. SQLite copies rows as they lie there, in their order,
+/// and keeps the text of a table from the word for its kind and its own name on.
+static std::string writeReplacement(sqlite3* handle) {
+    static constexpr const char* CREATION = "CREATE TABLE ";
+    std::string text;
+    for (const TableText& table : listTables(handle)) {
+        text += "drop table if exists target." + table.name + ';';
+        text += CREATION;
+        text += "target." + table.sql.substr(std::strlen(CREATION)) + ';';
+        text += "insert into target." + table.name + " select * from main." + table.name + ';';
+    }
+    return text;
+}
+
+static bool commit(sqlite3* handle, DatabasePatience& patience) {
+    int32_t result;
+    do {
+        result = sqlite3_exec(handle, "COMMIT", nullptr, nullptr, nullptr);
+    } while (result == SQLITE_BUSY && databaseplace_waitLonger(patience));
+    return result == SQLITE_OK;
+}
+
+/// Nothing is thrown while the transaction is open, so that it can't be left so.
+static bool replaceTables(sqlite3* handle, const DatabasePlace& place, DatabasePatience& patience,
+                          std::string& reason) {
+    const std::string text = writeReplacement(handle);
+    reason.reserve(1000);
+    databaseplace_wait(handle, patience);
+    // Others can read the target for as long as its pages wait in memory: so many KiB.
+    if (attach(handle, place.target) && run(handle, "pragma target.cache_size=-131072") &&
+        run(handle, "BEGIN IMMEDIATE")) {
+        const int32_t left = std::exchange(patience.milliseconds, 0);
+        const bool isDone = run(handle, text.c_str());
+        patience.milliseconds = left;
+        if (isDone && commit(handle, patience)) {
+            return true;
+        }
+    }
+    reason.assign(sqlite3_errmsg(handle), strnlen(sqlite3_errmsg(handle), 1000));
+    run(handle, "ROLLBACK");
+    run(handle, "detach target");
+    return false;
+}
+
+/// The name is put on another file while the lock is held, where the system lets an open file be moved.
+static bool rename(sqlite3*& handle, const DatabasePlace& place, std::string& reason) {
+    if (!sync(handle)) {
+        reason = "disk I/O error";
+        return false;
+    }
+    std::error_code error;
+    files_delete(getJournal(place.aside).c_str());
+    fs::rename(place.aside, place.target, error);
+    if (error) {
+        sqlite3_close(handle);
+        handle = nullptr;
+        files_delete(getJournal(place.aside).c_str());
+        fs::rename(place.aside, place.target, error);
+        reason = error.message();
+    }
+    return !error;
+}
+
+bool databaseplace_settle(sqlite3*& handle, const DatabasePlace& place, DatabasePatience& patience,
+                          std::string& reason) {
+    const bool isThere = files_exists(place.target);
+    const bool isSettled = isThere ? replaceTables(handle, place, patience, reason) : rename(handle, place, reason);
+    if (isSettled && isThere) {
+        run(handle, "detach target");
+        databaseplace_drop(handle, place.aside);
+    }
+    if (!isSettled && handle) {
+        files_delete(getJournal(place.aside).c_str());
+    }
+    sqlite3_close(handle);
+    handle = nullptr;
+    return isSettled;
+}
+
+// --- out of a transaction ------------------------------------------------------------------------------------------
+
+static bool copyRows(sqlite3* from, sqlite3* to, const std::string& table) {
+    const Statement rows = prepare(from, "select * from main." + table);
+    if (!rows) {
+        return false;
+    }
+    const int32_t columns = sqlite3_column_count(rows.get());
+    std::string text = "insert into " + table + " values (?";
+    for (int32_t k = 1; k < columns; ++k) {
+        text += ",?";
+    }
+    const Statement insert = prepare(to, text + ')');
+    int32_t result = SQLITE_DONE;
+    while (insert && result == SQLITE_DONE && (result = sqlite3_step(rows.get())) == SQLITE_ROW) {
+        for (int32_t k = 0; k < columns; ++k) {
+            sqlite3_bind_value(insert.get(), k + 1, sqlite3_column_value(rows.get(), k));
+        }
+        result = sqlite3_step(insert.get());
+        sqlite3_reset(insert.get());
+    }
+    return insert && result == SQLITE_DONE;
+}
+
+static bool copyTables(sqlite3* from, sqlite3* to) {
+    bool isCopied = run(to, "BEGIN");
+    for (const TableText& table : listTables(from)) {
+        isCopied = isCopied && run(to, table.sql.c_str()) && copyRows(from, to, table.name);
+    }
+    return isCopied && run(to, "COMMIT") && sync(to);
+}
+
+bool databaseplace_copyAside(sqlite3* handle, const DatabasePlace& place, std::string& reason) {
+    sqlite3* aside = databaseplace_openAside(place.aside, reason);
+    if (!aside) {
+        return false;
+    }
+    Handle owner(aside, sqlite3_close);
+    if (!copyTables(handle, aside)) {
+        reason = getReason(aside);
+        databaseplace_drop(aside, place.aside);
+        owner.release();
+        return false;
+    }
+    files_delete(getJournal(place.aside).c_str());
+    return true;
+}
