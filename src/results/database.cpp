@@ -32,6 +32,7 @@
 #include "platform/console.h"
 #include "platform/encoding.h"
 #include "platform/files.h"
+#include "results/identity.h"
 #include "results/rows.h"
 #include "results/sqltext.h"
 
