@@ -256,6 +256,7 @@ static bool step(tv_model* handle) {
     const double date = datetime_addSeconds(
         model.options.startDateTime, static_cast<double>(period) * static_cast<double>(model.options.reportStep));
     const HandleGuard guard(handle, WORK_PERIOD);
+    const HostArithmetic arithmetic(*handle->arithmetic);
     return handle->listener(handle->listenerUser, handle, period, date) != 0;
 }
 
@@ -397,6 +398,7 @@ void modelhandle_hear(void* owner, const Message& message) {
     const tv_model* handle = static_cast<tv_model*>(owner);
     if (handle->hearer) {
         const tv_message told = describe(message);
+        const HostArithmetic arithmetic(*handle->arithmetic);
         handle->hearer(handle->hearerUser, &told);
     }
 }

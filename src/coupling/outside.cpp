@@ -99,7 +99,7 @@ void outside_findStateCalls(OutsideNode& outside, const char* save, const char* 
 }
 
 int32_t outside_getStateSize(const OutsideNode& outside) {
-    const int size = outside.stateCalls.save ? outside.stateCalls.save(nullptr, 0) : 0;
+    const int size = outside.stateCalls.save.function ? outside.stateCalls.save(nullptr, 0) : 0;
     return size > 0 ? size : 0;
 }
 
@@ -108,7 +108,7 @@ bool outside_saveState(const OutsideNode& outside, void* buffer, int32_t size) {
 }
 
 bool outside_restoreState(const OutsideNode& outside, const void* bytes, int32_t size) {
-    return outside.stateCalls.restore && outside.stateCalls.restore(bytes, size) == 0;
+    return outside.stateCalls.restore.function && outside.stateCalls.restore(bytes, size) == 0;
 }
 
 bool outside_findModel(const Model& model, const OutsideNode& outside, std::string& path) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "coupling/entries.h"
 #include "model/model.h"
 #include "model/project.h"
 #include "platform/library.h"
@@ -59,8 +60,8 @@ struct OutsideTotals {
 
 /// What an engine may offer besides: its state as bytes. Both or none; null without.
 struct OutsideStateCalls {
-    int (*save)(void* buffer, int size);          ///< gives the bytes needed, below 0 if it can't; fills what is enough
-    int (*restore)(const void* bytes, int size);  ///< 0 is success; otherwise nothing has changed
+    Entry<int(void* buffer, int size)> save;  ///< gives the bytes needed, below 0 if it can't; fills what is enough
+    Entry<int(const void* bytes, int size)> restore;  ///< 0 is success; otherwise nothing has changed
 };
 
 /// The part that SWMM nodes and treatment-plant nodes share.
@@ -92,11 +93,11 @@ struct OutsideKind {
 
 /// The calls that bring any engine through its life; 0 is success.
 struct OutsideCalls {
-    int (*getStartAndEndTime)(double* start, double* end);
-    int (*start)(int saveFlag);
-    int (*step)(double* elapsedDays);
-    int (*end)();
-    int (*close)();
+    Entry<int(double* start, double* end)> getStartAndEndTime;
+    Entry<int(int saveFlag)> start;
+    Entry<int(double* elapsedDays)> step;
+    Entry<int()> end;
+    Entry<int()> close;
 };
 
 /// Copies a library to a name of its own and loads the copy. `path` is the library's folder, with its separator, or a
