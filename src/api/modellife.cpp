@@ -60,7 +60,8 @@ int32_t tv_create(tv_model** model) {
 int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
                       const char* plantFolder) {
     return modelhandle_look(model, NEED_CLOSED, [&]() -> int32_t {
-        EngineLibraries engines{getText(swmmLibrary), getText(swmmFolder), getText(plantLibrary), getText(plantFolder)};
+        EngineLibraries engines{getText(swmmLibrary), getText(swmmFolder), getText(plantLibrary), getText(plantFolder),
+                                true};
         model->engines = std::move(engines);
         return TV_OK;
     });
@@ -110,6 +111,7 @@ static Model& makeModel(tv_model* handle) {
     handle->log.warnings.isWanted = handle->wantsWarnings;
     handle->log.warnings.source = &model.files.input;
     model.engines = handle->engines;
+    model.engines.hasPrivateCopies = true;
     model.pace = handle->pace;
     options_setDefaults(model);
     return model;

@@ -15,6 +15,7 @@
 #include "model/model.h"
 #include "model/project.h"
 #include "platform/library.h"
+#include "platform/privatefolder.h"
 #include "text/tokens.h"
 
 /// What passes at one object of an outside model: from a link or a subcatchment into it, or out of it into a link. The
@@ -75,9 +76,10 @@ struct OutsideNode {
     double* scratch;       ///< one number per pollutant: loads, kg/s, or concentrations, mg/L; lives as long as the run
     LibraryHandle library;
     OutsideStateCalls stateCalls;
-    bool isOpen;              ///< the engine was asked to open the model, well or not, and is to close it
-    bool isStarted;           ///< the engine was asked to start, well or not, and is to end
-    std::string libraryCopy;  ///< path of the private copy; empty while there is none
+    bool isOpen;               ///< the engine was asked to open the model, well or not, and is to close it
+    bool isStarted;            ///< the engine was asked to start, well or not, and is to end
+    std::string libraryCopy;   ///< path of the private copy; empty while there is none
+    PrivateFolder copyFolder;  ///< of this copy alone, where it has one
 };
 
 /// A kind of engine: the names of its library, and what is said when something is wrong with it.
@@ -102,9 +104,14 @@ struct OutsideCalls {
 
 /// Copies a library to a name of its own and loads the copy. `path` is the library's folder, with its separator, or a
 /// file in it; where it doesn't exist the folder of the running program counts. The copy goes to `tempFolder`, again
-/// with its separator, or beside the library if that is empty. Writes what is wrong to the report.
+/// with its separator, or beside the library if that is empty. Where copies are to be private it goes to a folder of
+/// its own in `tempFolder` or, if that is empty, where the system keeps files that don't last, and beside the library
+/// if it can't be loaded from there. Writes what is wrong to the report.
 void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder);
+
+/// Clears away the private copies that processes have left behind which ended before they could.
+void outside_clearLeftovers(const Model& model);
 
 /// Closes the model, lets go of the library and deletes the copy.
 void outside_close(OutsideNode& outside, const OutsideCalls& calls);
