@@ -313,8 +313,9 @@ TV_API int32_t tv_create(tv_model** model);
  * back. A null model is none. TV_ERROR_BUSY from within a callback. */
 TV_API int32_t tv_free(tv_model* model);
 
-/* Libraries of the engines inside nodes, and the folders for their private copies; null or empty for the default, as in
- * tarnvelde_initSwmmDll and tarnvelde_initVornDll. For the next opening. TV_ERROR_OPEN. */
+/* Libraries of the engines inside nodes, null or empty for those beside the program, as in tarnvelde_initSwmmDll and
+ * tarnvelde_initVornDll; and the folders for their private copies, each of which gets a folder of its own there: null or
+ * empty for the temporary folder of the system. For the next opening. TV_ERROR_OPEN. */
 TV_API int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
                              const char* plantFolder);
 

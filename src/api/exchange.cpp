@@ -1,6 +1,7 @@
 // The exchange functions: what a host reads and writes between steps. They answer with a code of their own, 0 or -1,
 // and never touch the current error. Names are looked up first, so that a call on a closed project, with a null or an
-// unknown name changes nothing.
+// unknown name changes nothing. Those that only hand numbers on leave the processor as the host has set it: to copy, or
+// to make a double of a whole number, is exact in every setting and notes nothing.
 
 #include "api/exchange.h"
 
@@ -20,6 +21,7 @@
 #include "nodes/reactor.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
+#include "platform/arithmetic.h"
 #include "tarnvelde.h"
 
 int32_t exchange_findRow(const Model& model, int32_t type, const char* name, int32_t tableSize) {
@@ -99,6 +101,7 @@ static int32_t append(std::vector<HostInflow>& list, const HostInflow& entry) {
 }
 
 int32_t tarnvelde_setExtInflow(const char* name, double value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const int32_t node = exchange_findRow(model, NODE, name, model.nodes.size());
     if (node < 0 || value < 0.0) {
@@ -119,6 +122,7 @@ static int32_t addLoad(Model& model, int32_t node, int32_t pollutant, double val
 }
 
 int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     if (!pollutantName || value < 0.0) {
         return FAILURE;
@@ -136,6 +140,7 @@ int32_t tarnvelde_setExtLoad(const char* name, const char* pollutantName, double
 // --- nodes ---------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_setSplittedValue(const char* name, double value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const Node* node = exchange_findNode(model, name, SPLITTER);
     if (!node || value < 0.0) {
@@ -160,6 +165,7 @@ int32_t tarnvelde_setTankDepth(const char* name, double depth) {
 }
 
 int32_t tarnvelde_setReactorEmptyingValue(const char* name, double value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const Node* node = exchange_findNode(model, name, REACTOR);
     if (!node || value < 0.0) {
@@ -200,6 +206,7 @@ int32_t tarnvelde_setPumpFlow(const char* name, double flow) {
 }
 
 int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const Link* link = exchange_findLink(model, name, WEIR);
     if (!link || value < 0.0) {
@@ -222,6 +229,7 @@ int32_t tarnvelde_setWeirParams(const char* name, int32_t which, double value) {
 }
 
 int32_t tarnvelde_setSetting(const char* name, double value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const int32_t index = exchange_findRow(model, LINK, name, model.links.size());
     if (index < 0 || value < 0.0 || value > 1.0) {
@@ -254,6 +262,7 @@ int32_t tarnvelde_getSetting(const char* name, double* setting) {
 }
 
 int32_t tarnvelde_setLinkFlow(const char* name, double flow) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const int32_t index = exchange_findRow(model, LINK, name, model.links.size());
     if (index < 0) {
@@ -285,6 +294,7 @@ int32_t tarnvelde_getLinkType(const char* name, int32_t* type) {
 // --- gages ---------------------------------------------------------------------------------------------------------
 
 int32_t tarnvelde_isInEvent(const char* name) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const int32_t gage = exchange_findRow(model, GAGE, name, model.gages.size());
     if (gage < 0) {

@@ -17,6 +17,7 @@
 #include "model/model.h"
 #include "nodes/splitter.h"
 #include "nodes/tank.h"
+#include "platform/arithmetic.h"
 #include "tarnvelde.h"
 #include "text/number.h"
 #include "text/units.h"
@@ -181,6 +182,7 @@ int32_t getResult(int32_t object) {
 }  // namespace
 
 int32_t tarnvelde_getParam(int32_t object, const char* name, int32_t code, double* value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const ParameterObject* entry = findObject(object);
     const Parameter parameter = entry && value ? findParameter(model, *entry, name, code) : NO_PARAMETER;
@@ -196,6 +198,7 @@ int32_t tarnvelde_getParam(int32_t object, const char* name, int32_t code, doubl
 }
 
 int32_t tarnvelde_setParam(int32_t object, const char* name, int32_t code, double value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const ParameterObject* entry = findObject(object);
     const Parameter parameter = entry ? findWrittenParameter(model, *entry, name, code) : NO_PARAMETER;

@@ -5,6 +5,7 @@
 #include "api/exchange.h"
 #include "hydrology/subcatch.h"
 #include "model/model.h"
+#include "platform/arithmetic.h"
 #include "results/codes.h"
 #include "results/rows.h"
 #include "tarnvelde.h"
@@ -30,6 +31,7 @@ static int32_t findObject(Model& model, int32_t table, const char* name) {
 }
 
 int32_t tarnvelde_getResult(int32_t object, const char* name, int32_t code, double* value) {
+    const QuickArithmetic arithmetic;
     Model& model = defaultmodel_get();
     if (!value || code < 0 || object <= SYSTEM_TABLE || object >= RESULT_TABLE_COUNT) {
         return FAILURE;

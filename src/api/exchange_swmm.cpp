@@ -9,6 +9,7 @@
 #include "coupling/swmm.h"
 #include "model/model.h"
 #include "model/names.h"
+#include "platform/arithmetic.h"
 #include "tarnvelde.h"
 
 /// The functions of a node's engine, or null. The kind of the node isn't looked at: any node reaches the engine in the
@@ -29,43 +30,49 @@ static bool isText(const char* text) {
 // --- functions that go through --------------------------------------------------------------------------------------
 
 int32_t tarnvelde_setSwmmRainfall(const char* node, const char* gage, double rainfall) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(gage) ? engine->swmm_setRainfall(gage, rainfall) : FAILURE;
 }
 
 int32_t tarnvelde_getSwmmResult(const char* node, int32_t type, const char* id, int32_t property, double* value) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(id) && value ? engine->swmm_getResult(type, id, property, value) : FAILURE;
 }
 
 int32_t tarnvelde_getSwmmObjCount(const char* node, int32_t type) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine ? engine->swmm_getObjCount(type) : FAILURE;
 }
 
 int32_t tarnvelde_getSwmmObjID(const char* node, int32_t type, int32_t index, char* id) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && id ? engine->swmm_getObjID(type, index, id) : FAILURE;
 }
 
 int32_t tarnvelde_getSwmmObjIndex(const char* node, int32_t type, const char* id) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(id) ? engine->swmm_getObjIndex(type, id) : FAILURE;
 }
 
 int32_t tarnvelde_getSwmmCurrentSetting(const char* node, const char* link, double* setting) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(link) && setting ? engine->swmm_getCurrentSetting(link, setting) : FAILURE;
 }
 
-using ParamGetter = int (*SwmmEntries::*)(int type, const char* id, int code, double* value);
-using ParamSetter = int (*SwmmEntries::*)(int type, const char* id, int code, double value);
+using ParamGetter = Entry<int(int type, const char* id, int code, double* value)> SwmmEntries::*;
+using ParamSetter = Entry<int(int type, const char* id, int code, double value)> SwmmEntries::*;
 
 /// Parameters of objects, of nodes and of links are asked for in one way, and so are they set.
 static int32_t getParam(const Model& model, const char* node, ParamGetter entry, int32_t type, const char* id,
@@ -81,48 +88,57 @@ static int32_t setParam(const Model& model, const char* node, ParamSetter entry,
 }
 
 int32_t tarnvelde_getSwmmParam(const char* node, int32_t type, const char* id, int32_t parameter, double* value) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     return getParam(model, node, &SwmmEntries::swmm_getParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmParam(const char* node, int32_t type, const char* id, int32_t parameter, double value) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     return setParam(model, node, &SwmmEntries::swmm_setParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_getSwmmNodeParam(const char* node, int32_t type, const char* id, int32_t parameter, double* value) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     return getParam(model, node, &SwmmEntries::swmm_getNodeParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmNodeParam(const char* node, int32_t type, const char* id, int32_t parameter, double value) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     return setParam(model, node, &SwmmEntries::swmm_setNodeParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_getSwmmLinkParam(const char* node, int32_t type, const char* id, int32_t parameter, double* value) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     return getParam(model, node, &SwmmEntries::swmm_getLinkParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmLinkParam(const char* node, int32_t type, const char* id, int32_t parameter, double value) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     return setParam(model, node, &SwmmEntries::swmm_setLinkParam, type, id, parameter, value);
 }
 
 int32_t tarnvelde_setSwmmNodeDepth(const char* node, const char* id, double depth) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(id) ? engine->swmm_setNodeDepth(id, depth) : FAILURE;
 }
 
 int32_t tarnvelde_setSwmmLinkDepth(const char* node, const char* id, double depth) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(id) ? engine->swmm_setLinkDepth(id, depth) : FAILURE;
 }
 
 int32_t tarnvelde_setSwmmLinkFlow(const char* node, const char* id, double flow) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     const SwmmEntries* engine = findEngine(model, node);
     return engine && isText(id) ? engine->swmm_setLinkFlow(id, flow) : FAILURE;
@@ -142,6 +158,7 @@ static int32_t queueRequest(const Model& model, std::vector<SwmmRequest>& queue,
 }
 
 int32_t tarnvelde_setSwmmExtInflow(const char* node, const char* id, double flow) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     if (!isText(node) || !isText(id) || flow < 0.0) {
         return FAILURE;
@@ -154,6 +171,7 @@ int32_t tarnvelde_setSwmmExtInflow(const char* node, const char* id, double flow
 }
 
 int32_t tarnvelde_setSwmmSetting(const char* node, const char* link, double setting) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     if (!isText(node) || !isText(link) || setting < 0.0 || setting > 1.0) {
         return FAILURE;
@@ -166,6 +184,7 @@ int32_t tarnvelde_setSwmmSetting(const char* node, const char* link, double sett
 }
 
 int32_t tarnvelde_setSwmmExtLoad(const char* node, const char* id, const char* pollutant, double load) {
+    const PlainArithmetic arithmetic;
     Model& model = defaultmodel_get();
     if (!isText(node) || !isText(id) || !pollutant || load < 0.0) {
         return FAILURE;

@@ -10,6 +10,7 @@
 #include "model/errors.h"
 #include "model/messages.h"
 #include "model/model.h"
+#include "platform/arithmetic.h"
 #include "platform/locale.h"
 #include "results/results.h"
 #include "tarnvelde.h"
@@ -21,6 +22,7 @@ static constexpr const char* DEFAULT_VORN_LIBRARY = "";  ///< leads to the folde
 /// A call that lets nothing be thrown; without memory the memory error is its result.
 template <class Work>
 static int32_t guardCall(Work&& work) {
+    const PlainArithmetic arithmetic;
     const NumberLocale locale;
     return guard_run(std::forward<Work>(work), [] {
         errors_report(defaultmodel_get(), ERR_MEMORY, "");
@@ -119,6 +121,7 @@ static void stepToEnd(const Model& model) {
 }
 
 int32_t tarnvelde_run(const char* input, const char* report, const char* results) {
+    const PlainArithmetic arithmetic;
     tarnvelde_initVornDll(DEFAULT_VORN_LIBRARY, "");
     tarnvelde_open(input, report, results);
     if (!defaultmodel_get().error.code) {

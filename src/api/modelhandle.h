@@ -13,6 +13,7 @@
 #include "model/errors.h"
 #include "model/messages.h"
 #include "model/model.h"
+#include "platform/arithmetic.h"
 #include "platform/locale.h"
 #include "review/verdict.h"
 #include "tarnvelde_model.h"
@@ -50,6 +51,9 @@ struct tv_model {
     void* hearerUser = nullptr;
     tv_period listener = nullptr;
     void* listenerUser = nullptr;
+
+    /// Of the call that is under way, the innermost one: as the callbacks of the host compute.
+    mutable PlainArithmetic* arithmetic = nullptr;
 };
 
 /// What a call needs of the model.
@@ -80,12 +84,37 @@ private:
     int32_t before;
 };
 
+/// Computes by default for as long as it lives, and lets callbacks know how the host does.
+class CallArithmetic {
+public:
+    explicit CallArithmetic(const tv_model* model) : handle(model), before(std::exchange(model->arithmetic, &plain)) {}
+    ~CallArithmetic() { handle->arithmetic = before; }
+    CallArithmetic(const CallArithmetic&) = delete;
+    CallArithmetic& operator=(const CallArithmetic&) = delete;
+
+private:
+    PlainArithmetic plain;
+    const tv_model* handle;
+    PlainArithmetic* before;
+};
+
 /// A call that looks, or sets something between steps.
 template <class Handle, class Work>
 int32_t modelhandle_look(Handle* handle, int32_t need, Work&& work) {
     if (const int32_t code = modelhandle_test(handle, need, true)) {
         return code;
     }
+    const QuickArithmetic arithmetic;
+    return guard_run(std::forward<Work>(work), []() -> int32_t { return TV_ERROR_MEMORY; });
+}
+
+/// The same for a call that reaches engines, files or the log.
+template <class Work>
+int32_t modelhandle_take(const tv_model* handle, int32_t need, Work&& work) {
+    if (const int32_t code = modelhandle_test(handle, need, true)) {
+        return code;
+    }
+    const CallArithmetic arithmetic(handle);
     return guard_run(std::forward<Work>(work), []() -> int32_t { return TV_ERROR_MEMORY; });
 }
 
@@ -95,6 +124,7 @@ int32_t modelhandle_move(tv_model* handle, int32_t need, Work&& work) {
     if (const int32_t code = modelhandle_test(handle, need, false)) {
         return code;
     }
+    const CallArithmetic arithmetic(handle);
     const NumberLocale locale;
     const HandleGuard guard(handle, WORK_CALL);
     return guard_run(std::forward<Work>(work), []() -> int32_t { return TV_ERROR_MEMORY; });

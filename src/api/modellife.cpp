@@ -65,7 +65,8 @@ int32_t tv_create(tv_model** model) {
 int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
                       const char* plantFolder) {
     return modelhandle_look(model, NEED_CLOSED, [&]() -> int32_t {
-        EngineLibraries engines{getText(swmmLibrary), getText(swmmFolder), getText(plantLibrary), getText(plantFolder)};
+        EngineLibraries engines{getText(swmmLibrary), getText(swmmFolder), getText(plantLibrary), getText(plantFolder),
+                                true};
         model->engines = std::move(engines);
         return TV_OK;
     });
@@ -146,6 +147,7 @@ static Model& makeModel(tv_model* handle) {
     handle->log.warnings.isWanted = handle->wantsWarnings;
     handle->log.warnings.source = &model.files.input;
     model.engines = handle->engines;
+    model.engines.hasPrivateCopies = true;
     model.pace = handle->pace;
     options_setDefaults(model);
     return model;
@@ -300,6 +302,7 @@ static bool step(tv_model* handle) {
     const double date = datetime_addSeconds(
         model.options.startDateTime, static_cast<double>(period) * static_cast<double>(model.options.reportStep));
     const HandleGuard guard(handle, WORK_PERIOD);
+    const HostArithmetic arithmetic(*handle->arithmetic);
     return handle->listener(handle->listenerUser, handle, period, date) != 0;
 }
 
@@ -468,6 +471,7 @@ void modelhandle_hear(void* owner, const Message& message) {
     const tv_model* handle = static_cast<tv_model*>(owner);
     if (handle->hearer) {
         const tv_message told = describe(message);
+        const HostArithmetic arithmetic(*handle->arithmetic);
         handle->hearer(handle->hearerUser, &told);
     }
 }

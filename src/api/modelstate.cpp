@@ -40,7 +40,7 @@ static int32_t testSaving(const tv_model* handle) {
 // --- in memory -----------------------------------------------------------------------------------------------------
 
 int32_t tv_getStateSize(const tv_model* handle, size_t* size) {
-    return modelhandle_look(handle, NEED_RUN, [&]() -> int32_t {
+    return modelhandle_take(handle, NEED_RUN, [&]() -> int32_t {
         if (!size) {
             return TV_ERROR_NULL;
         }
@@ -53,7 +53,7 @@ int32_t tv_getStateSize(const tv_model* handle, size_t* size) {
 }
 
 int32_t tv_saveState(const tv_model* handle, void* bytes, size_t capacity, size_t* size) {
-    return modelhandle_look(handle, NEED_RUN, [&]() -> int32_t {
+    return modelhandle_take(handle, NEED_RUN, [&]() -> int32_t {
         if (!bytes || !size) {
             return TV_ERROR_NULL;
         }
@@ -91,7 +91,7 @@ int32_t tv_hotStart(tv_model* handle, const void* bytes, size_t size) {
 // --- in files ------------------------------------------------------------------------------------------------------
 
 int32_t tv_saveStateFile(const tv_model* handle, const char* path) {
-    return modelhandle_look(handle, NEED_RUN, [&]() -> int32_t {
+    return modelhandle_take(handle, NEED_RUN, [&]() -> int32_t {
         if (!path) {
             return TV_ERROR_NULL;
         }
@@ -140,7 +140,7 @@ static int32_t openAgain(const tv_model* handle, tv_model* clone) {
 }
 
 int32_t tv_clone(const tv_model* handle, tv_model** clone) {
-    return modelhandle_look(handle, NEED_RUN, [&]() -> int32_t {
+    return modelhandle_take(handle, NEED_RUN, [&]() -> int32_t {
         if (!clone) {
             return TV_ERROR_NULL;
         }

@@ -19,6 +19,9 @@ void coupled_createNodes(Model& model) {
     model.swmmNodes.resize(model.counts.nodeKinds[SWMM]);
     model.vornNodes.clear();
     model.vornNodes.resize(model.counts.nodeKinds[VORN]);
+    if (model.engines.hasPrivateCopies && model.counts.nodeKinds[SWMM] + model.counts.nodeKinds[VORN] > 0) {
+        outside_clearLeftovers(model);
+    }
     for (int32_t row = 0; row < model.counts.nodeKinds[SWMM]; ++row) {
         swmm_loadLibrary(model, row);
     }

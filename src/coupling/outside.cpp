@@ -1,6 +1,7 @@
 // Private copies of engines, and records of exchange. An engine keeps the state of its model in static data, so a
 // process can run many of them only if each has a file of its own: the library is copied under a fresh name and the
-// copy is loaded. The copies are deleted at the close of the project.
+// copy is loaded. The copies are deleted at the close of the project, those in private folders as soon as they are
+// loaded where the system can do that.
 
 #include "coupling/outside.h"
 
@@ -58,6 +59,56 @@ static bool copyLibrary(OutsideNode& outside, const std::string& source, const s
     return result == COPY_DONE;
 }
 
+static void deleteCopy(OutsideNode& outside) {
+    if (!outside.libraryCopy.empty()) {
+        files_delete(outside.libraryCopy.c_str());
+        outside.libraryCopy.clear();
+    }
+    privatefolder_remove(outside.copyFolder);
+}
+
+/// Loads the library from the first of some places where that works, each time from a folder that nobody else gets at.
+/// False if it couldn't even be copied.
+static bool loadPrivately(OutsideNode& outside, const std::string& source, const std::vector<std::string>& places) {
+    bool isCopied = false;
+    for (const std::string& place : places) {
+        if (!privatefolder_make(place, outside.copyFolder)) {
+            continue;
+        }
+        if (copyLibrary(outside, source, outside.copyFolder.path)) {
+            isCopied = true;
+            outside.library = library_load(outside.libraryCopy.c_str());
+        }
+        if (!outside.library || LOADED_FILES_CAN_GO) {
+            deleteCopy(outside);
+        }
+        if (outside.library) {
+            break;
+        }
+    }
+    return isCopied;
+}
+
+/// Where a private copy may go. Nothing is loaded from some folders of the system, or what the library needs stands
+/// beside it alone: then its own folder is left.
+static std::vector<std::string> findPlaces(const std::string& tempFolder, const std::string& libraryFolder) {
+    if (!tempFolder.empty()) {
+        return {tempFolder};
+    }
+    std::vector<std::string> places = privatefolder_findPlaces();
+    places.push_back(libraryFolder);
+    return places;
+}
+
+void outside_clearLeftovers(const Model& model) {
+    const EngineLibraries& engines = model.engines;
+    for (const std::string& folder : {engines.swmmFolder, engines.vornFolder}) {
+        for (const std::string& place : folder.empty() ? privatefolder_findPlaces() : std::vector{folder}) {
+            privatefolder_clearLeftovers(place);
+        }
+    }
+}
+
 void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder) {
     const std::string folder = cutToFolder(files_exists(path) ? path : files_getProgramPath());
@@ -69,10 +120,15 @@ void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& 
         errors_report(model, kind.folderError, tempFolder.c_str());
         return;
     }
-    if (copyLibrary(outside, source, tempFolder.empty() ? folder : tempFolder)) {
-        inputfiles_add(model, source, "the library of an outside model");
-        outside.library = library_load(outside.libraryCopy.c_str());
-    } else if (kind.copyError) {
+    inputfiles_add(model, source, "the library of an outside model");
+    bool isCopied;
+    if (model.engines.hasPrivateCopies) {
+        isCopied = loadPrivately(outside, source, findPlaces(tempFolder, folder));
+    } else {
+        isCopied = copyLibrary(outside, source, tempFolder.empty() ? folder : tempFolder);
+        outside.library = isCopied ? library_load(outside.libraryCopy.c_str()) : nullptr;
+    }
+    if (!isCopied && kind.copyError) {
         errors_report(model, kind.copyError, "");
     }
 }
@@ -87,10 +143,7 @@ void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
         outside.library = nullptr;
         outside.stateCalls = OutsideStateCalls{};
     }
-    if (!outside.libraryCopy.empty()) {
-        files_delete(outside.libraryCopy.c_str());
-        outside.libraryCopy.clear();
-    }
+    deleteCopy(outside);
 }
 
 void outside_findStateCalls(OutsideNode& outside, const char* save, const char* restore) {
@@ -101,7 +154,7 @@ void outside_findStateCalls(OutsideNode& outside, const char* save, const char* 
 }
 
 int32_t outside_getStateSize(const OutsideNode& outside) {
-    const int size = outside.stateCalls.save ? outside.stateCalls.save(nullptr, 0) : 0;
+    const int size = outside.stateCalls.save.function ? outside.stateCalls.save(nullptr, 0) : 0;
     return size > 0 ? size : 0;
 }
 
@@ -110,7 +163,7 @@ bool outside_saveState(const OutsideNode& outside, void* buffer, int32_t size) {
 }
 
 bool outside_restoreState(const OutsideNode& outside, const void* bytes, int32_t size) {
-    return outside.stateCalls.restore && outside.stateCalls.restore(bytes, size) == 0;
+    return outside.stateCalls.restore.function && outside.stateCalls.restore(bytes, size) == 0;
 }
 
 bool outside_findModel(Model& model, const OutsideNode& outside, std::string& path) {

@@ -11,9 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "coupling/entries.h"
 #include "model/model.h"
 #include "model/project.h"
 #include "platform/library.h"
+#include "platform/privatefolder.h"
 #include "text/tokens.h"
 
 /// What passes at one object of an outside model: from a link or a subcatchment into it, or out of it into a link. The
@@ -59,8 +61,8 @@ struct OutsideTotals {
 
 /// What an engine may offer besides: its state as bytes. Both or none; null without.
 struct OutsideStateCalls {
-    int (*save)(void* buffer, int size);          ///< gives the bytes needed, below 0 if it can't; fills what is enough
-    int (*restore)(const void* bytes, int size);  ///< 0 is success; otherwise nothing has changed
+    Entry<int(void* buffer, int size)> save;  ///< gives the bytes needed, below 0 if it can't; fills what is enough
+    Entry<int(const void* bytes, int size)> restore;  ///< 0 is success; otherwise nothing has changed
 };
 
 /// The part that SWMM nodes and treatment-plant nodes share.
@@ -74,9 +76,10 @@ struct OutsideNode {
     double* scratch;       ///< one number per pollutant: loads, kg/s, or concentrations, mg/L; lives as long as the run
     LibraryHandle library;
     OutsideStateCalls stateCalls;
-    bool isOpen;              ///< the engine was asked to open the model, well or not, and is to close it
-    bool isStarted;           ///< the engine was asked to start, well or not, and is to end
-    std::string libraryCopy;  ///< path of the private copy; empty while there is none
+    bool isOpen;               ///< the engine was asked to open the model, well or not, and is to close it
+    bool isStarted;            ///< the engine was asked to start, well or not, and is to end
+    std::string libraryCopy;   ///< path of the private copy; empty while there is none
+    PrivateFolder copyFolder;  ///< of this copy alone, where it has one
 };
 
 /// A kind of engine: the names of its library, and what is said when something is wrong with it.
@@ -92,18 +95,23 @@ struct OutsideKind {
 
 /// The calls that bring any engine through its life; 0 is success.
 struct OutsideCalls {
-    int (*getStartAndEndTime)(double* start, double* end);
-    int (*start)(int saveFlag);
-    int (*step)(double* elapsedDays);
-    int (*end)();
-    int (*close)();
+    Entry<int(double* start, double* end)> getStartAndEndTime;
+    Entry<int(int saveFlag)> start;
+    Entry<int(double* elapsedDays)> step;
+    Entry<int()> end;
+    Entry<int()> close;
 };
 
 /// Copies a library to a name of its own and loads the copy. `path` is the library's folder, with its separator, or a
 /// file in it; where it doesn't exist the folder of the running program counts. The copy goes to `tempFolder`, again
-/// with its separator, or beside the library if that is empty. Writes what is wrong to the report.
+/// with its separator, or beside the library if that is empty. Where copies are to be private it goes to a folder of
+/// its own in `tempFolder` or, if that is empty, where the system keeps files that don't last, and beside the library
+/// if it can't be loaded from there. Writes what is wrong to the report.
 void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& kind, const std::string& path,
                          const std::string& tempFolder);
+
+/// Clears away the private copies that processes have left behind which ended before they could.
+void outside_clearLeftovers(const Model& model);
 
 /// Closes the model, lets go of the library and deletes the copy.
 void outside_close(OutsideNode& outside, const OutsideCalls& calls);

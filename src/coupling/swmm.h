@@ -11,7 +11,8 @@
 
 /// The functions of one private copy of the engine.
 struct SwmmEntries {
-#define SWMM_ENTRY(name, result, arguments, standIn) result(*name) arguments = StandIn<result arguments, standIn>::call;
+#define SWMM_ENTRY(name, result, arguments, standIn) \
+    Entry<result arguments> name{StandIn<result arguments, standIn>::call};
 #include "coupling/swmmentries.def"
 #undef SWMM_ENTRY
 };

@@ -241,6 +241,7 @@ struct Files {
 struct EngineLibraries {
     std::string swmmLibrary, swmmFolder;
     std::string vornLibrary, vornFolder;
+    bool hasPrivateCopies = false;  ///< each in a folder of its own; where none is given, in one of the system
 };
 
 /// One-shot flows (m3/s) and loads (kg/s) from the host, for the coming routing step; in the order of the calls.

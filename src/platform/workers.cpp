@@ -7,7 +7,6 @@
 #include "platform/workers.h"
 
 #include <atomic>
-#include <cfenv>
 #include <condition_variable>
 #include <exception>
 #include <mutex>
@@ -23,6 +22,8 @@
 #include <signal.h>
 #include <unistd.h>
 #endif
+
+#include "platform/arithmetic.h"
 
 static constexpr int32_t LOOKS = 4000;  ///< before a thread goes to sleep
 
@@ -46,7 +47,6 @@ struct Workers::Pool {
     std::atomic<uint64_t> state{0};
     WorkerJob job = nullptr;  ///< null: to go
     void* context = nullptr;
-    std::fenv_t arithmetic{};
     std::vector<std::exception_ptr> failures;  ///< by worker
     int process = 0;
     std::mutex sleep;                 ///< held to go to sleep and to wake, never while there is work
@@ -102,7 +102,7 @@ static void live(Workers::Pool* pool, int32_t worker) {
         if (!pool->job) {
             return;
         }
-        std::fesetenv(&pool->arithmetic);
+        arithmetic_setDefault();  // at first it computes as its maker did
         work(*pool, worker);
         const uint64_t before = pool->state.fetch_sub(ONE_WORKER, std::memory_order_acq_rel);
         if ((before & OPEN) == 0 && (before & WORKER_MASK) == ONE_WORKER) {
@@ -115,7 +115,6 @@ static void live(Workers::Pool* pool, int32_t worker) {
 static void announce(Workers::Pool& pool, WorkerJob job, void* context) {
     pool.job = job;
     pool.context = context;
-    std::fegetenv(&pool.arithmetic);
     const uint64_t number = getJob(pool.state.load(std::memory_order_relaxed)) + 1;
     pool.state.store(number * ONE_JOB | OPEN, std::memory_order_release);
     wake(pool);

@@ -22,8 +22,8 @@ public:
 };
 
 /// Does a job with up to so many workers, and comes back when all is done; what one of them throws is thrown on. Nobody
-/// is waited for who hasn't begun: on a busy machine the owner does most of it alone. Rounding and the other settings
-/// of arithmetic are those of the caller in all threads; signals go to his.
+/// is waited for who hasn't begun: on a busy machine the owner does most of it alone. All threads compute by default
+/// (platform/arithmetic.h), however the thread that made them does; signals go to the caller's.
 void workers_run(Workers& workers, int32_t count, WorkerJob job, void* context);
 
 /// Lets the threads go.

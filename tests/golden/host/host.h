@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "library.h"
+#include "support/arithmetic.h"
 
 struct File {
     std::string name;
@@ -25,10 +26,13 @@ struct Host {
     std::FILE* calls = nullptr;
     std::vector<Object> objects;  ///< of model.inp
     int32_t pollutants = 0;       ///< of model.inp
+#if defined(__x86_64__)
+    const HostSetting* setting = nullptr;  ///< of the processor, for the time of each call; null: as it is
+#endif
 
     template <class Function, class... Arguments>
     int32_t record(const char* name, Function function, Arguments... arguments) {
-        const int32_t result = function(arguments...);
+        const int32_t result = call(function, arguments...);
         std::fputs(name, calls);
         (writeArgument(arguments), ...);
         std::fprintf(calls, " = %d\n", static_cast<int>(result));
@@ -36,13 +40,37 @@ struct Host {
     }
 
 private:
-    void writeArgument(int32_t value) { std::fprintf(calls, " %d", static_cast<int>(value)); }
-    void writeArgument(double value) { writeBits(value); }
+    /// With the processor set as the host has it, which must be so behind the call as well.
+    template <class Function, class... Arguments>
+    int32_t call(Function function, Arguments... arguments) {
+#if defined(__x86_64__)
+        if (setting) {
+            bool isKept = true;
+            const int32_t result = processor_call(*setting, isKept, function, arguments...);
+            if (!isKept) {
+                std::fputs("sets the processor: ", calls);
+            }
+            return result;
+        }
+#endif
+        return function(arguments...);
+    }
+
+    void writeArgument(int32_t value) {
+        std::fprintf(calls, " %d", static_cast<int>(value));
+    }
+    void writeArgument(double value) {
+        writeBits(value);
+    }
     void writeArgument(const char* text);
-    void writeArgument(char* text) { writeArgument(static_cast<const char*>(text)); }
+    void writeArgument(char* text) {
+        writeArgument(static_cast<const char*>(text));
+    }
     void writeArgument(double* value);
     void writeArgument(int32_t* value);
-    void writeArgument(std::nullptr_t) { std::fputs(" null", calls); }
+    void writeArgument(std::nullptr_t) {
+        std::fputs(" null", calls);
+    }
     void writeBits(double value);
 };
 

@@ -6,12 +6,16 @@
 //     golden_host LIBRARY --bench NAME STEPS FOLDER      opens, starts and steps a benchmark, and leaves without an end
 //
 // The folder is made anew. All names that the library sees are relative to it, so that no path shows in what it writes.
-// Standard output goes to stdout.txt there, the calls to calls.txt, the rows of the database to database.txt.
+// GOLDEN_ARITHMETIC in the environment names a way in which the host has set the processor
+// (tests/support/arithmetic.h); with GOLDEN_LOCALE the host takes the locale of its environment. Standard output goes
+// to stdout.txt there, the calls to calls.txt, the rows of the database to database.txt.
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <clocale>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -73,14 +77,40 @@ void countCopies(Host& host) {
     host_say(host, std::to_string(count) + " copies left");
 }
 
+/// How the host is to have set the processor. False if there is no such setting.
+bool readSetting(Host& host) {
+    const char* name = std::getenv("GOLDEN_ARITHMETIC");
+    if (!name) {
+        return true;
+    }
+#if defined(__x86_64__)
+    for (const HostSetting& setting : HostSettings) {
+        if (std::strcmp(setting.name, name) == 0) {
+            host.setting = &setting;
+            return true;
+        }
+    }
+#else
+    static_cast<void>(host);
+#endif
+    std::fprintf(stderr, "no arithmetic %s\n", name);
+    return false;
+}
+
 int runCase(const std::string& path, const Case& chosen, const std::string& folder) {
     Host host;
-    if (!library_load(fs::absolute(path).string(), host.library) || !enterFolder(folder, chosen.files)) {
+    if (!readSetting(host) || !library_load(fs::absolute(path).string(), host.library) ||
+        !enterFolder(folder, chosen.files)) {
         return 2;
     }
     divertOutput("stdout.txt");
     host.calls = std::fopen("calls.txt", "wb");
+    if (std::getenv("GOLDEN_LOCALE") && !setlocale(LC_ALL, "")) {
+        std::fprintf(stderr, "there is no such locale\n");
+        return 2;
+    }
     chosen.script(host);
+    setlocale(LC_ALL, "C");
     countCopies(host);
     std::fclose(host.calls);
     std::fflush(nullptr);

@@ -45,7 +45,7 @@ TEST(LibraryCopy, EachNodeHasItsOwnUntilTheClose) {
     }
     EXPECT_EQ(testModel().swmmNodes[0].outside.libraryCopy.rfind(p.copies, 0), 0u);
     EXPECT_NE(testModel().swmmNodes[0].outside.libraryCopy, testModel().swmmNodes[1].outside.libraryCopy);
-    EXPECT_NE(testModel().swmmNodes[0].entries.swmm_open, testModel().swmmNodes[1].entries.swmm_open);
+    EXPECT_NE(testModel().swmmNodes[0].entries.swmm_open.function, testModel().swmmNodes[1].entries.swmm_open.function);
     tarnvelde_close();
     EXPECT_TRUE(p.getCopies().empty());
 }

@@ -140,8 +140,8 @@ static void expectLoads(PollutantCall isPollut, const Strings& asked, double a, 
         "[SWMM_INPS]\nS m.inp NO\nOUTFLOW OUT D\n");
     p.model("m.inp", getPassingModel(4, "substances A B\n"));
     p.start();
-    testModel().swmmNodes[0].entries.swmm_isPollut = isPollut;
-    testModel().swmmNodes[0].entries.swmm_getResult = tellFirstConcentration;
+    testModel().swmmNodes[0].entries.swmm_isPollut.function = isPollut;
+    testModel().swmmNodes[0].entries.swmm_getResult.function = tellFirstConcentration;
     p.step();
     Asked.clear();
     p.step();  // the engine is ahead by now, and steps once

@@ -253,7 +253,7 @@ TEST(SwmmStart, AnEngineThatIsNotStartedAgainIsNotEndedAgain) {
     p.step();
     ASSERT_EQ(tarnvelde_end(), 0);
     p.takeCalls();
-    testModel().swmmNodes[1].entries.swmm_start = [](int) { return 5; };
+    testModel().swmmNodes[1].entries.swmm_start.function = [](int) { return 5; };
     EXPECT_EQ(tarnvelde_start(0), 239);
     tarnvelde_close();
     const Strings ends = p.takeCalls("c swmm_end");

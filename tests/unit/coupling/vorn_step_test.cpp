@@ -326,7 +326,7 @@ TEST(VornOutflows, ThatThePlantDoesNotStoreAreNothing) {
     CoupledProject p(Through + Constants + "CE A POLLUTANT S_F 1\nCE A POLLUTANT S_NH4 1\n", 4);
     p.model("m.sti", getPassingPlant(4));
     p.start();
-    testModel().vornNodes[0].entries.vorn_getExtOutflow = [](const char*, int index, double* value) {
+    testModel().vornNodes[0].entries.vorn_getExtOutflow.function = [](const char*, int index, double* value) {
         switch (index) {
             case 0: *value = 0.5; return 0;
             case 2: *value = 8.0; return 0;  // S_F

@@ -96,9 +96,11 @@ struct DatabaseRun : Project {
 
 const std::vector<std::string> ALONE{"second.db"};
 
-/// All that a database holds: texts of its tables and rows, with their types and their places.
+/// All that a database holds but for the table of what the run is known by: texts of its tables and rows, with their
+/// types and their places.
 std::string dump(const std::string& db) {
-    std::string sql = "select type, name, tbl_name, sql from sqlite_master order by rowid;";
+    std::string sql =
+        "select type, name, tbl_name, sql from sqlite_master where name <> 'TarnveldeRun' order by rowid;";
     for (const char* table : {"GeneralInfo", "System", "Subcatchment", "Junction", "Tank", "Outfall", "Splitter",
                               "Reactor", "LID_Mono", "Pipe", "Pump", "Connection", "Conduit", "Weir", "Orifice"}) {
         sql.append("select rowid, * from ").append(table).append(" order by rowid;");
@@ -160,6 +162,17 @@ TEST(DatabasePlace, LeavesWhatTheFirstFaceLeaves) {
     }
 }
 
+TEST(DatabasePlace, TellsWhatTheRunIsKnownBy) {
+    DatabaseRun run(getDelayedProject());
+    for (int k = 0; k < 2; ++k) {  // of a new file, and in place of another
+        ASSERT_NO_FATAL_FAILURE(run.runAll());
+        EXPECT_EQ(ask(run.db, "select Value from TarnveldeRun where Name='state'"), "'complete'\n");
+        EXPECT_EQ(ask(run.db, "select count(*), count(distinct Name) from TarnveldeRun"), "5,5\n");
+    }
+    run.runFirstFace();
+    EXPECT_EQ(ask(getDatabase(run), "select count(*) from sqlite_master where name='TarnveldeRun'"), "0\n");
+}
+
 TEST(DatabasePlace, LeavesWhatBelongsToOthers) {
     // As the first face does: what hangs on a table of results goes with it.
     const std::string others =
@@ -168,7 +181,8 @@ TEST(DatabasePlace, LeavesWhatBelongsToOthers) {
         "create trigger Log after insert on Junction begin insert into Mine values (8); end;"
         "create trigger Own after insert on Mine begin delete from Junction; end";
     const std::string texts =
-        "select name, sql from sqlite_master order by rowid; select * from Mine; select * from Seen";
+        "select name, sql from sqlite_master where name <> 'TarnveldeRun' order by rowid;"
+        "select * from Mine; select * from Seen";
     DatabaseRun run(getDelayedProject());
     run.runFirstFace();
     ASSERT_NO_FATAL_FAILURE(run.runAll());
