@@ -57,5 +57,7 @@ std::string files_makeTemporaryFolder() {
 
 void files_removeFolder(const std::string& folder) {
     std::error_code error;
-    fs::remove_all(folder, error);
+    if (!folder.empty()) {
+        fs::remove_all(folder, error);
+    }
 }
