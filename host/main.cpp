@@ -184,7 +184,11 @@ static std::string findUnknownCommand(const CLI::App& app, int argumentCount, ch
 static int endUsage(const CLI::App& app, const CLI::ParseError& error) {
     std::ostringstream out, err;
     const int status = app.exit(error, out, err) == 0 ? EXIT_DONE : EXIT_WRONG_USAGE;
-    std::fputs(out.str().c_str(), stdout);
+    const std::string text = out.str();
+    if (memory_wasRefused()) {
+        throw std::bad_alloc();
+    }
+    std::fputs(text.c_str(), stdout);
     std::fputs(characters_makePrintableLines(err.str()).c_str(), stderr);
     return status;
 }

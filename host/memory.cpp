@@ -7,6 +7,7 @@
 #include <cxxabi.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdlib>
 #include <exception>
 #include <new>
@@ -14,6 +15,18 @@
 #include <typeinfo>
 
 #include "status.h"
+
+static std::atomic<bool> isNoted = false;  // threads of the engine ask for memory, too
+
+/// Called by operator new when it finds no memory; it gives up by this very exception, caught or not.
+static void noteRefusal() {
+    isNoted = true;
+    throw std::bad_alloc();
+}
+
+bool memory_wasRefused() {
+    return isNoted;
+}
 
 void memory_tellRefusal() {
     static constexpr std::string_view MESSAGE = "tarnvelde: not enough memory\n";
@@ -46,4 +59,5 @@ static bool isRefusal() {
 /// Ahead of all other objects of the program.
 [[gnu::constructor(101)]] static void install() {
     std::set_terminate(endProgram);
+    std::set_new_handler(noteRefusal);
 }

@@ -12,7 +12,6 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <new>
 #include <sstream>
 
 #include "aside.h"
@@ -178,16 +177,26 @@ std::string nameSvg(std::string svg, const PlotPicture& picture) {
     return svg.insert(head + std::string("<svg").size(), " role=\"img\" aria-labelledby=\"title desc\"");
 }
 
-/// The folder that a picture is made in, which goes whatever happens.
+/// The folder that a picture is made in, which goes whatever happens: its files are known, so that none is left where
+/// there is no memory to list them.
 struct WorkFolder {
     const std::string name = files_makeTemporaryFolder();
 
     WorkFolder() = default;
     ~WorkFolder() {
-        try {
-            files_removeFolder(name);
-        } catch (const std::bad_alloc&) {  // memory is out; the message is under way
+        if (name.empty()) {
+            return;
         }
+        const int folder = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        for (const char* file : {"plot.gp", "message", "picture", "rain.dat"}) {
+            unlinkat(folder, file, 0);
+        }
+        char line[32] = "";
+        for (size_t k = 0; k == 0 || unlinkat(folder, line, 0) == 0; ++k) {
+            std::snprintf(line, sizeof line, "line%zu.dat", k);
+        }
+        close(folder);
+        rmdir(name.c_str());
     }
     WorkFolder(const WorkFolder&) = delete;
     WorkFolder& operator=(const WorkFolder&) = delete;

@@ -107,12 +107,15 @@ void showList(const ResultFile& file, const std::vector<ResultPart>& parts, cons
         for (const size_t column : part.columns) {
             titles.push_back(characters_quoteCsv(results_addUnit(table.columns[column])));
         }
+        std::vector<std::string> names;  // quoted once, and not anew in each row
+        for (const size_t object : part.objects) {
+            names.push_back(',' + table.name + ',' + characters_quoteCsv(table.objects[object]) + ',');
+        }
         ResultRows rows(file, part, window);
         while (!console_isOutputBroken() && result_nextRow(rows)) {
-            const std::string head = result_formatDate(rows.date) + ',' + table.name + ',' +
-                                     characters_quoteCsv(table.objects[part.objects[rows.object]]) + ',';
+            const std::string date = result_formatDate(rows.date);
             for (size_t k = 0; k < titles.size(); ++k) {
-                std::printf("%s%s,%s\n", head.c_str(), titles[k].c_str(),
+                std::printf("%s%s%s,%s\n", date.c_str(), names[rows.object].c_str(), titles[k].c_str(),
                             results_formatNumber(rows.values[k], "").c_str());
             }
         }
