@@ -64,8 +64,7 @@ void setAxis(const ResultFile& file, const ResultWindow& window, PlotPicture& pi
     }
     picture.first = std::min(first, std::max(file.startDate, window.from));
     picture.last = last - first >= step / 2.0 ? last : last + step;
-    constexpr double LIMIT = 2.9e6;  // days; beyond lie years that no calendar here can hold
-    if (!(std::fabs(picture.first) < LIMIT && std::fabs(picture.last) < LIMIT)) {
+    if (!(std::fabs(picture.first) < RESULT_FARTHEST_DATE && std::fabs(picture.last) < RESULT_FARTHEST_DATE)) {
         throw ResultError(file.name + " is damaged: its dates can't be");
     }
 }

@@ -350,8 +350,7 @@ std::vector<ResultSummary> result_summarize(const ResultFile& file, const Result
 
 std::string result_formatDate(double date) {
     using namespace std::chrono;
-    constexpr double LIMIT = 2.9e6;  // days; beyond lie years that no calendar here can hold
-    if (!(std::fabs(date) < LIMIT)) {
+    if (!(std::fabs(date) < RESULT_FARTHEST_DATE)) {
         return "no date";
     }
     const auto second = static_cast<int64_t>(std::floor(date * 86400.0 + 0.5));

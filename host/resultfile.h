@@ -75,7 +75,8 @@ struct ResultWindow {
     double to = HUGE_VAL;
 };
 
-constexpr size_t RESULT_NONE = SIZE_MAX;  ///< no column
+constexpr double RESULT_FARTHEST_DATE = 9.9e6;  ///< days; beyond lie years that no calendar here can hold
+constexpr size_t RESULT_NONE = SIZE_MAX;        ///< no column
 
 /// What is wanted of a table: objects in the order of the file, and columns in any.
 struct ResultPart {
