@@ -81,7 +81,7 @@ std::string characters_makePrintableLines(const std::string& text) {
 std::string characters_quoteCsv(const std::string& text) {
     // Spreadsheets also begin a formula with a tab or a return, which are looked for ahead of their replacement.
     const bool isFormula = !text.empty() && std::string("=+-@\t\r").find(text[0]) != std::string::npos;
-    const std::string cell = (isFormula ? "'" : "") + characters_makePrintable(text);
+    std::string cell = (isFormula ? "'" : "") + characters_makePrintable(text);
     if (cell.find_first_of(",\"") == std::string::npos) {
         return cell;
     }

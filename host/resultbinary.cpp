@@ -204,8 +204,8 @@ void readClosing(Cursor& cursor, ResultFile& file, const uint64_t (&sections)[4]
         records % file.recordLength != 0) {
         cursor.fail("is truncated or damaged: its length doesn't fit the number of reports");
     }
-    // Without a report nothing of the file stands behind its values. Objects and columns may then promise the product of
-    // what they take themselves.
+    // Without a report nothing of the file stands behind its values. Objects and columns may then promise the product
+    // of what they take themselves.
     constexpr uint64_t MOST_WITHOUT_REPORT = 256;  // bytes of a record for each byte of the file
     if (periods == 0 && file.recordLength / MOST_WITHOUT_REPORT > cursor.length) {
         cursor.fail("is damaged: it promises more values than it has room for");
