@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "characters.h"
+
 static std::string toLower(std::string text) {
     for (char& c : text) {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -49,11 +51,7 @@ static std::string guess(const std::string& name, const std::vector<std::string>
 }
 
 std::string commands_describeUnknown(const std::string& name, const std::vector<std::string>& known) {
-    std::string shown = name;
-    for (char& c : shown) {
-        const auto byte = static_cast<unsigned char>(c);
-        c = byte < 32 || byte == 127 ? '?' : c;
-    }
+    const std::string shown = characters_makePrintable(name);
     std::string text = "there is no command " + shown;
     if (const std::string nearest = guess(name, known); !nearest.empty()) {
         text += "; did you mean " + nearest + '?';

@@ -52,10 +52,8 @@ std::string files_makeTemporaryFolder() {
         base = "/tmp";
     }
     std::string folder = (base / "tarnvelde-XXXXXX").string();
-    return mkdtemp(folder.data()) ? folder : std::string();
-}
-
-void files_removeFolder(const std::string& folder) {
-    std::error_code error;
-    fs::remove_all(folder, error);
+    if (!mkdtemp(folder.data())) {
+        folder.clear();
+    }
+    return folder;  // moved: a copy that finds no memory would leave the folder behind
 }

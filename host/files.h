@@ -29,6 +29,3 @@ bool files_isReadable(const std::string& name);
 
 /// Makes a folder of our own for files that nobody asked for; empty if that fails.
 std::string files_makeTemporaryFolder();
-
-/// Removes such a folder with all that is in it.
-void files_removeFolder(const std::string& folder);

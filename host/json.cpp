@@ -19,10 +19,9 @@ std::string json_quote(const std::string& text) {
         const auto byte = static_cast<unsigned char>(text[k]);
         if (length == 0) {
             quoted += REPLACEMENT;
-        } else if (characters_isControl(text, k, length)) {
-            const auto last = static_cast<unsigned char>(text[k + length - 1]);
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(last));
+        } else if (const uint32_t character = characters_decode(text, k, length); characters_isHidden(character)) {
+            char escape[8];  // none of the hidden ones takes more than four figures
+            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(character & 0xFFFFu));
             quoted += escape;
         } else {
             quoted += byte == '"' || byte == '\\' ? "\\" : "";

@@ -12,7 +12,7 @@
 //     tarnvelde [COMMAND] --help
 //
 // Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, 3 where
-// --strict finds a doubt, 130 and 143 for a run that a signal stopped.
+// --strict finds a doubt, 130 and 143 for a run that a signal stopped, 141 where the reader of a pipe has gone.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -20,15 +20,19 @@
 #include <cstdint>
 #include <cstdio>
 #include <exception>
+#include <new>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "characters.h"
 #include "check.h"
 #include "commands.h"
 #include "console.h"
 #include "dates.h"
 #include "explain.h"
 #include "files.h"
+#include "memory.h"
 #include "picture.h"
 #include "plot.h"
 #include "results.h"
@@ -176,6 +180,19 @@ static std::string findUnknownCommand(const CLI::App& app, int argumentCount, ch
     return isKnown || first.starts_with('-') ? "" : commands_describeUnknown(first, known);
 }
 
+/// Prints the help, the version, or what is wrong with the words that were given, which may hold any byte.
+static int endUsage(const CLI::App& app, const CLI::ParseError& error) {
+    std::ostringstream out, err;
+    const int status = app.exit(error, out, err) == 0 ? EXIT_DONE : EXIT_WRONG_USAGE;
+    const std::string text = out.str();
+    if (memory_wasRefused()) {
+        throw std::bad_alloc();
+    }
+    std::fputs(text.c_str(), stdout);
+    std::fputs(characters_makePrintableLines(err.str()).c_str(), stderr);
+    return status;
+}
+
 static int runCommand(int argumentCount, char** arguments) {
     CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
@@ -210,7 +227,7 @@ static int runCommand(int argumentCount, char** arguments) {
     try {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? EXIT_DONE : EXIT_WRONG_USAGE;
+        return endUsage(app, error);
     }
     if (results->parsed()) {
         return results_execute(resultsRequest);
@@ -230,10 +247,13 @@ static int runCommand(int argumentCount, char** arguments) {
 
 int main(int argumentCount, char** arguments) {
     console_openStreams();
+    int status = EXIT_ENGINE_ERROR;
     try {
-        return runCommand(argumentCount, arguments);
+        status = runCommand(argumentCount, arguments);
+    } catch (const std::bad_alloc&) {
+        memory_tellRefusal();
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "tarnvelde: %s\n", error.what());
-        return EXIT_ENGINE_ERROR;
+        std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(error.what()).c_str());
     }
+    return console_endOutput(status);
 }

@@ -59,5 +59,5 @@ void messages_show(const std::vector<HostMessage>& messages, const MessageView& 
 /// Tells the code that a run, or a look at a project, ended with, if it isn't 0.
 void messages_showEnd(int32_t code, const std::string& model);
 
-/// A text without control characters but tabs, which must not reach the terminal.
+/// A text that hides nothing (host/characters.h), with its tabs.
 [[nodiscard]] std::string messages_makePrintable(const std::string& text);

@@ -14,6 +14,8 @@
 #include <fstream>
 #include <sstream>
 
+#include "aside.h"
+#include "characters.h"
 #include "files.h"
 #include "plotscript.h"
 #include "results.h"
@@ -25,14 +27,14 @@ namespace {
 
 PlotLine readLine(const ResultFile& file, const ResultChoice& choice, const ResultWindow& window) {
     const ResultTable& table = file.tables[choice.table];
-    return {result_toUtf8(table.objects[choice.object]), table.columns[choice.column].unit,
+    return {characters_toUtf8(table.objects[choice.object]), table.columns[choice.column].unit,
             result_readSeries(file, choice, window)};
 }
 
 /// The name of the column, for people: that of a pipe's outflow is spelt wrongly in files.
 std::string getTitle(const ResultFile& file, const ResultChoice& choice) {
     const std::string& name = file.tables[choice.table].columns[choice.column].name;
-    return name == "Outfow" ? "Outflow" : result_toUtf8(name);
+    return name == "Outfow" ? "Outflow" : characters_toUtf8(name);
 }
 
 /// Rain on the first subcatchment that is drawn, to hang from the top; none if the lines are of rain themselves.
@@ -62,8 +64,7 @@ void setAxis(const ResultFile& file, const ResultWindow& window, PlotPicture& pi
     }
     picture.first = std::min(first, std::max(file.startDate, window.from));
     picture.last = last - first >= step / 2.0 ? last : last + step;
-    constexpr double LIMIT = 2.9e6;  // days; beyond lie years that no calendar here can hold
-    if (!(std::fabs(picture.first) < LIMIT && std::fabs(picture.last) < LIMIT)) {
+    if (!(std::fabs(picture.first) < RESULT_FARTHEST_DATE && std::fabs(picture.last) < RESULT_FARTHEST_DATE)) {
         throw ResultError(file.name + " is damaged: its dates can't be");
     }
 }
@@ -101,6 +102,8 @@ PlotPicture readPicture(const PlotRequest& request, const ResultWindow& window) 
 
 // --- drawing -------------------------------------------------------------------------------------------------------
 
+constexpr size_t MESSAGE_SHOWN = 4096;  ///< bytes of what gnuplot says of a failure
+
 bool writeSeries(const std::string& name, const ResultSeries& series, double first) {
     std::ofstream stream(name, std::ios::binary);
     for (size_t k = 0; k < series.values.size(); ++k) {
@@ -135,30 +138,28 @@ bool runGnuplot(const std::string& folder) {
     if (WIFEXITED(state) && WEXITSTATUS(state) == 0 && files_exists(folder + "/picture")) {
         return true;
     }
-    std::ifstream stream(message);
-    std::string line, all;
-    while (std::getline(stream, line)) {
-        all += line + '\n';
-    }
+    std::ifstream stream(message, std::ios::binary);
+    std::string words(MESSAGE_SHOWN, '\0');
+    words.resize(static_cast<size_t>(
+        std::max<std::streamsize>(stream.read(words.data(), static_cast<std::streamsize>(words.size())).gcount(), 0)));
     const std::string signal = WIFSIGNALED(state) ? ": signal " + std::to_string(WTERMSIG(state)) : "";
-    std::fprintf(stderr, "tarnvelde: gnuplot failed%s\n%s", signal.c_str(), all.c_str());
+    std::fprintf(stderr, "tarnvelde: gnuplot failed%s\n%s", signal.c_str(),
+                 characters_makePrintableLines(words).c_str());
     return false;
 }
 
-std::string escapeXml(const std::string& text) {
-    std::string escaped;
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        escaped += c == '&'   ? "&amp;"
-                   : c == '<' ? "&lt;"
-                   : c == '>' ? "&gt;"
-                              : std::string(1, byte < 32 || byte == 127 ? ' ' : c);
+/// Three characters that no text of XML may hold, and that gnuplot leaves as they are: it writes no section that they
+/// could end.
+void escapeSectionEnds(std::string& svg) {
+    static const std::string END = "]]>", ESCAPED = "]]&gt;";
+    for (size_t at = svg.find(END); at != std::string::npos; at = svg.find(END, at)) {
+        svg.replace(at, END.size(), ESCAPED);
     }
-    return escaped;
 }
 
 /// What a screen reader says of the picture, in place of what gnuplot says of itself.
 std::string nameSvg(std::string svg, const PlotPicture& picture) {
+    escapeSectionEnds(svg);
     std::string title = plotscript_getLabel(picture) + " of ";
     for (const PlotLine& line : picture.lines) {
         title += (&line == picture.lines.data() ? "" : ", ") + line.title;
@@ -169,10 +170,36 @@ std::string nameSvg(std::string svg, const PlotPicture& picture) {
         return svg;
     }
     svg.replace(begin, end + std::string("</desc>").size() - begin,
-                "<title id=\"title\">" + escapeXml(title) + "</title>\n<desc id=\"desc\">Lines over the time from " +
-                    time + (picture.hasRain ? ", with the rain hanging from the top" : "") + "</desc>");
+                "<title id=\"title\">" + characters_escapeXml(title) +
+                    "</title>\n<desc id=\"desc\">Lines over the time from " + time +
+                    (picture.hasRain ? ", with the rain hanging from the top" : "") + "</desc>");
     return svg.insert(head + std::string("<svg").size(), " role=\"img\" aria-labelledby=\"title desc\"");
 }
+
+/// The folder that a picture is made in, which goes whatever happens: its files are known, so that none is left where
+/// there is no memory to list them.
+struct WorkFolder {
+    const std::string name = files_makeTemporaryFolder();
+
+    WorkFolder() = default;
+    ~WorkFolder() {
+        if (name.empty()) {
+            return;
+        }
+        const int folder = open(name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        for (const char* file : {"plot.gp", "message", "picture", "rain.dat"}) {
+            unlinkat(folder, file, 0);
+        }
+        char line[32] = "";
+        for (size_t k = 0; k == 0 || unlinkat(folder, line, 0) == 0; ++k) {
+            std::snprintf(line, sizeof line, "line%zu.dat", k);
+        }
+        close(folder);
+        rmdir(name.c_str());
+    }
+    WorkFolder(const WorkFolder&) = delete;
+    WorkFolder& operator=(const WorkFolder&) = delete;
+};
 
 int draw(const PlotRequest& request, const ResultWindow& window, const std::string& folder) {
     const PlotPicture picture = readPicture(request, window);
@@ -198,7 +225,7 @@ int draw(const PlotRequest& request, const ResultWindow& window, const std::stri
         throw ResultError("cannot write " + request.output + ": gnuplot couldn't write the picture to " + folder);
     }
     const std::string failure =
-        picture_write(request.output, picture.form == PictureForm::SVG ? nameSvg(bytes.str(), picture) : bytes.str());
+        aside_write(request.output, picture.form == PictureForm::SVG ? nameSvg(bytes.str(), picture) : bytes.str());
     if (!failure.empty()) {
         throw ResultError(failure);
     }
@@ -212,21 +239,19 @@ int plot_execute(const PlotRequest& request) {
     if (!results_readWindow(request.from, request.to, &window)) {
         return EXIT_WRONG_USAGE;
     }
-    if (files_isSame(request.file, request.output)) {
+    if (files_isSame(request.file, request.output) || files_isSame(request.file, aside_getName(request.output))) {
         std::fprintf(stderr, "tarnvelde: the picture would take the place of the results\n");
         return EXIT_WRONG_USAGE;
     }
-    const std::string folder = files_makeTemporaryFolder();
-    if (folder.empty()) {
+    const WorkFolder folder;
+    if (folder.name.empty()) {
         std::fprintf(stderr, "tarnvelde: cannot make a temporary folder\n");
         return EXIT_ENGINE_ERROR;
     }
-    int status = EXIT_ENGINE_ERROR;
     try {
-        status = draw(request, window, folder);
+        return draw(request, window, folder.name);
     } catch (const ResultError& error) {
-        std::fprintf(stderr, "tarnvelde: %s\n", results_makePrintable(error.what()).c_str());
+        std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(error.what()).c_str());
+        return EXIT_ENGINE_ERROR;
     }
-    files_removeFolder(folder);
-    return status;
 }

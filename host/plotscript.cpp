@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "characters.h"
 #include "plotticks.h"
 
 namespace {
@@ -15,15 +16,10 @@ constexpr double LEFT = 0.1, RIGHT = 0.91;  ///< ends of the axis, as parts of t
 constexpr double CHARACTER = 0.65 * 12.0;   ///< units: the figures of the widest fonts in use
 constexpr size_t COLOURS = 7;
 
-/// A literal. Nothing is special between apostrophes but the apostrophe itself.
+/// A name of the user as a literal. A picture has no room for the whole of a very long one.
 std::string quoteLiteral(const std::string& text) {
-    std::string quoted = "'";
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        quoted += byte < 32 || byte == 127 ? ' ' : c;
-        quoted += c == '\'' ? "'" : "";
-    }
-    return quoted + "'";
+    constexpr size_t MOST = 200;  // characters; the axis holds a hundred of the widest
+    return characters_quoteGnuplot(characters_shorten(text, MOST));
 }
 
 template <class... Numbers>

@@ -3,17 +3,23 @@
 
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 
+#include "characters.h"
 #include "resultfile.h"
 
 namespace {
 
 constexpr int32_t MAGIC_NUMBER = 516114522;
 constexpr uint64_t CLOSING_LENGTH = 28;
+constexpr uint64_t MOST_VALUES = uint64_t{1} << 60;  ///< of a record
 
 /// Tables with objects: all but that of the system.
 size_t getTableCount() {
@@ -26,22 +32,62 @@ uint64_t getHeadLength() {
     return 4 * (2 + getTableCount() + 1);
 }
 
+constexpr size_t LEAST_BLOCK = 4096, GREATEST_BLOCK = size_t{256} << 10;  ///< bytes
+constexpr uint64_t CLOSE_BY = size_t{16} << 10;                           ///< bytes that are sooner read than skipped
+
+/// Reads the next block of a file, from `place` on. Where a reader goes on close behind the last one, blocks grow: then
+/// what is wanted is dense, and calls cost more than bytes.
+void readBlock(const ResultFile& file, ResultBlock& block, uint64_t place, size_t least) {
+    const uint64_t end = block.begin + block.bytes.size();
+    const bool isClose = !block.bytes.empty() && place >= block.begin && place <= end + CLOSE_BY;
+    block.length = isClose ? std::min(2 * block.length, GREATEST_BLOCK) : LEAST_BLOCK;
+    block.bytes.resize(std::max(block.length, least));
+    size_t filled = 0;
+    while (filled < block.bytes.size()) {
+        const ssize_t count = pread(fileno(file.binary), block.bytes.data() + filled, block.bytes.size() - filled,
+                                    static_cast<off_t>(place + filled));
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            break;
+        }
+        filled += static_cast<size_t>(count);
+    }
+    block.bytes.resize(filled);
+    block.begin = place;
+    if (filled < least) {
+        throw ResultError(file.name + " can't be read");
+    }
+}
+
+/// Bytes of a file, which stay where they are until the next call. There are at most LEAST_BLOCK of them.
+const unsigned char* getBytes(const ResultFile& file, ResultBlock& block, uint64_t place, size_t size) {
+    if (place < block.begin || place + size > block.begin + block.bytes.size()) {
+        readBlock(file, block, place, size);
+    }
+    return block.bytes.data() + (place - block.begin);
+}
+
 /// A walk through the file.
 struct Cursor {
     const ResultFile& file;
     uint64_t length;  ///< bytes of the file
     uint64_t place;
+    ResultBlock block{};
 
     [[noreturn]] void fail(const std::string& what) const { throw ResultError(file.name + ' ' + what); }
     void read(void* target, uint64_t size) {
         if (size > length - place) {
             fail("is truncated");
         }
-        if (fseeko(file.binary, static_cast<off_t>(place), SEEK_SET) != 0 ||
-            std::fread(target, 1, size, file.binary) != size) {
-            fail("can't be read");
+        for (auto* at = static_cast<unsigned char*>(target); size > 0;) {
+            const size_t part = static_cast<size_t>(std::min<uint64_t>(size, LEAST_BLOCK));
+            std::memcpy(at, getBytes(file, block, place, part), part);
+            at += part;
+            place += part;
+            size -= part;
         }
-        place += size;
     }
     uint64_t readUnsigned(size_t size) {
         unsigned char bytes[8];
@@ -75,10 +121,12 @@ std::string readName(Cursor& cursor) {
         cursor.fail("is damaged: a name doesn't end where it should");
     }
     name.pop_back();
-    return result_toUtf8(name);
+    return characters_toUtf8(name);
 }
 
-/// Counts of the head. Each object takes five bytes at least, which no count may promise beyond the file.
+constexpr uint64_t LEAST_NAME = 5;  ///< bytes: a length, and an end
+
+/// Counts of the head, none of which may promise more than the file has room for.
 std::vector<uint64_t> readCounts(Cursor& cursor) {
     std::vector<uint64_t> counts;
     uint64_t sum = 0;
@@ -90,7 +138,14 @@ std::vector<uint64_t> readCounts(Cursor& cursor) {
         counts.push_back(static_cast<uint64_t>(count));
         sum += counts.back();
     }
-    if (sum > cursor.length / 5) {
+    // Each pollutant has a name, and codes in all tables: one for each of its columns.
+    const std::vector<ResultTable> none = result_listTables({}), one = result_listTables({""});
+    uint64_t codes = 0;
+    for (size_t t = 0; t < none.size(); ++t) {
+        codes += one[t].columns.size() - none[t].columns.size();
+    }
+    const uint64_t left = cursor.length - cursor.place;
+    if (sum > left / LEAST_NAME || counts.back() > left / (LEAST_NAME + 4 * codes)) {
         cursor.fail("is truncated");
     }
     return counts;
@@ -134,6 +189,7 @@ void readClosing(Cursor& cursor, ResultFile& file, const uint64_t (&sections)[4]
         section = static_cast<uint32_t>(cursor.readInteger());
     }
     const int32_t periods = cursor.readInteger();
+    const uint64_t records = cursor.length - CLOSING_LENGTH - file.resultsOffset;
     cursor.readInteger();  // the code of the run, which is no matter here
     if (cursor.readInteger() != MAGIC_NUMBER) {
         cursor.fail("is truncated, or its run was not ended: it has no closing block");
@@ -143,19 +199,18 @@ void readClosing(Cursor& cursor, ResultFile& file, const uint64_t (&sections)[4]
             cursor.fail("is damaged: its sections are not where the closing block says");
         }
     }
-    if (periods < 0 ||
-        cursor.length - CLOSING_LENGTH - file.resultsOffset != static_cast<uint64_t>(periods) * file.recordLength) {
+    // Divided, since a product of what a file claims may be too large for any number.
+    if (periods < 0 || records / file.recordLength != static_cast<uint64_t>(periods) ||
+        records % file.recordLength != 0) {
         cursor.fail("is truncated or damaged: its length doesn't fit the number of reports");
     }
-    file.periods = periods;
-}
-
-void readRecord(const ResultFile& file, int32_t period, uint64_t offset, std::vector<unsigned char>& bytes) {
-    const uint64_t place = file.resultsOffset + static_cast<uint64_t>(period) * file.recordLength + offset;
-    if (fseeko(file.binary, static_cast<off_t>(place), SEEK_SET) != 0 ||
-        std::fread(bytes.data(), 1, bytes.size(), file.binary) != bytes.size()) {
-        throw ResultError(file.name + " can't be read");
+    // Without a report nothing of the file stands behind its values. Objects and columns may then promise the product
+    // of what they take themselves.
+    constexpr uint64_t MOST_WITHOUT_REPORT = 256;  // bytes of a record for each byte of the file
+    if (periods == 0 && file.recordLength / MOST_WITHOUT_REPORT > cursor.length) {
+        cursor.fail("is damaged: it promises more values than it has room for");
     }
+    file.periods = periods;
 }
 
 double getDate(const unsigned char* bytes) {
@@ -198,6 +253,10 @@ void result_openBinary(ResultFile& file) {
     uint64_t values = 0;
     for (ResultTable& table : file.tables) {
         table.firstValue = values;
+        const uint64_t left = MOST_VALUES - values;
+        if (table.objects.size() > left / table.columns.size()) {
+            cursor.fail("is damaged: its records are longer than any file");
+        }
         values += table.objects.size() * table.columns.size();
     }
     file.recordLength = 8 + 4 * values;
@@ -205,37 +264,38 @@ void result_openBinary(ResultFile& file) {
     std::erase_if(file.tables, [](const ResultTable& table) { return table.objects.empty(); });
 }
 
-/// Reads the rows of the next record within the window; false if there is none.
-static bool readRows(ResultRows& rows) {
-    const ResultTable& table = rows.file.tables[rows.table];
-    const size_t first = rows.only == RESULT_ALL ? 0 : rows.only;
-    const size_t count = rows.only == RESULT_ALL ? table.objects.size() : 1;
-    std::vector<unsigned char> date(8);
+/// Goes to the next record within the window; false if there is none.
+static bool findRecord(ResultRows& rows) {
     while (rows.period < rows.file.periods) {
-        const int32_t period = rows.period++;
-        readRecord(rows.file, period, 0, date);
-        rows.date = getDate(date.data());
+        const uint64_t place = rows.file.resultsOffset + static_cast<uint64_t>(rows.period++) * rows.file.recordLength;
+        rows.date = getDate(getBytes(rows.file, rows.block, place, 8));
         if (result_isWithin(rows.window, rows.date)) {
-            rows.bytes.resize(4 * count * table.columns.size());
-            readRecord(rows.file, period, 8 + 4 * (table.firstValue + first * table.columns.size()), rows.bytes);
-            rows.nextRow = 0;
+            rows.next = 0;
             return true;
         }
     }
     return false;
 }
 
+/// Blocks are read forward, so values are taken in the order of the file.
+void result_beginBinaryRows(ResultRows& rows) {
+    const std::vector<size_t>& columns = rows.part.columns;
+    rows.order.resize(columns.size());
+    std::iota(rows.order.begin(), rows.order.end(), size_t{0});
+    std::sort(rows.order.begin(), rows.order.end(), [&](size_t a, size_t b) { return columns[a] < columns[b]; });
+}
+
 bool result_nextBinaryRow(ResultRows& rows) {
-    const size_t columns = rows.file.tables[rows.table].columns.size();
-    if (rows.nextRow * columns * 4 >= rows.bytes.size() && !readRows(rows)) {
+    const ResultFile& file = rows.file;
+    const ResultTable& table = file.tables[rows.part.table];
+    if (rows.next >= rows.part.objects.size() && !findRecord(rows)) {
         return false;
     }
-    const unsigned char* row = rows.bytes.data() + 4 * rows.nextRow * columns;
-    rows.values.resize(columns);
-    for (size_t k = 0; k < columns; ++k) {
-        rows.values[k] = static_cast<double>(getFloat(row + 4 * k));
+    rows.object = rows.next++;
+    const uint64_t record = file.resultsOffset + static_cast<uint64_t>(rows.period - 1) * file.recordLength + 8;
+    const uint64_t row = record + 4 * (table.firstValue + rows.part.objects[rows.object] * table.columns.size());
+    for (const size_t k : rows.order) {
+        rows.values[k] = static_cast<double>(getFloat(getBytes(file, rows.block, row + 4 * rows.part.columns[k], 4)));
     }
-    rows.object = rows.only == RESULT_ALL ? rows.nextRow : rows.only;
-    ++rows.nextRow;
     return true;
 }

@@ -67,7 +67,8 @@ bool isSameName(const std::string& a, const std::string& b) {
 std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollutants) {
     std::vector<ResultTable> tables;
     for (const KnownTable& known : getKnownTables()) {
-        ResultTable table{known.name, {}, {}, 0};
+        ResultTable table;
+        table.name = known.name;
         for (const KnownColumn& column : known.columns) {
             if (!column.isOfPollutants) {
                 table.columns.push_back({column.name, column.unit});
@@ -77,7 +78,7 @@ std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollu
                 table.columns.push_back({column.name + pollutant, column.unit});
             }
         }
-        tables.push_back(table);
+        tables.push_back(std::move(table));
     }
     return tables;
 }
@@ -94,6 +95,27 @@ std::string result_getUnit(const std::string& tableName, const std::string& colu
 }
 
 // --- look for an object --------------------------------------------------------------------------------------------
+
+namespace {
+
+/// Names for a message. A file may have any number of them, a reader wants some.
+struct NameList {
+    const char* divider;
+    std::string text{};
+    size_t left = 0;  ///< out
+
+    void add(const std::string& name) {
+        constexpr size_t LONGEST = 2000;  // bytes
+        if (left > 0 || text.size() + name.size() > LONGEST) {
+            ++left;
+        } else {
+            text += (text.empty() ? "" : divider) + name;
+        }
+    }
+    std::string get() const { return text + (left > 0 ? " and " + std::to_string(left) + " more" : ""); }
+};
+
+}  // namespace
 
 std::vector<ResultChoice> result_findObject(const ResultFile& file, const std::string& object) {
     std::vector<ResultChoice> choices;
@@ -128,38 +150,45 @@ size_t result_findColumnOf(const ResultTable& table, const std::string& column) 
 }
 
 size_t result_findTable(const ResultFile& file, const std::string& table) {
-    std::string known;
+    NameList known{", "};
     for (size_t t = 0; t < file.tables.size(); ++t) {
         if (isSameName(file.tables[t].name, table)) {
             return t;
         }
-        known += (known.empty() ? "" : ", ") + file.tables[t].name;
+        known.add(file.tables[t].name);
     }
-    throw ResultError("no table " + table + " in " + file.name + "; there are " + known);
+    throw ResultError("no table " + table + " in " + file.name + "; there are " + known.get());
 }
 
 ResultChoice result_findColumn(const ResultFile& file, const std::string& object, const std::string& column) {
     std::vector<ResultChoice> found;
-    std::string known;
-    for (const ResultChoice& choice : result_findObject(file, object)) {
-        const ResultTable& table = file.tables[choice.table];
-        for (const ResultColumn& its : table.columns) {
-            known += (known.empty() ? "" : ", ") + its.name;
-        }
-        if (const size_t k = result_findColumnOf(table, column); k != RESULT_NONE) {
-            found.push_back({choice.table, choice.object, k});
+    const std::vector<ResultChoice> choices = result_findObject(file, object);
+    size_t lastTable = RESULT_NONE, place = RESULT_NONE;
+    for (const ResultChoice& choice : choices) {
+        // Objects of one table stand together: what is found of the first holds for all.
+        place = choice.table == lastTable ? place : result_findColumnOf(file.tables[choice.table], column);
+        lastTable = choice.table;
+        if (place != RESULT_NONE) {
+            found.push_back({choice.table, choice.object, place});
         }
     }
     if (found.empty()) {
-        throw ResultError("no column " + column + " of " + object + "; there are " + known);
+        NameList known{", "};
+        for (size_t k = 0; k < choices.size(); ++k) {
+            const bool isNew = k == 0 || choices[k - 1].table != choices[k].table;
+            for (size_t c = 0; isNew && c < file.tables[choices[k].table].columns.size(); ++c) {
+                known.add(file.tables[choices[k].table].columns[c].name);
+            }
+        }
+        throw ResultError("no column " + column + " of " + object + "; there are " + known.get());
     }
     if (found.size() > 1) {
-        std::string names;
+        NameList names{" or "};
         for (const ResultChoice& choice : found) {
             const ResultTable& table = file.tables[choice.table];
-            names += (names.empty() ? "" : " or ") + table.name + ':' + table.objects[choice.object];
+            names.add(table.name + ':' + table.objects[choice.object]);
         }
-        throw ResultError("more than one object is called " + object + ": ask for " + names);
+        throw ResultError("more than one object is called " + object + ": ask for " + names.get());
     }
     return found.front();
 }
@@ -187,10 +216,12 @@ void result_open(ResultFile& file, const std::string& name) {
     }
 }
 
-ResultRows::ResultRows(const ResultFile& resultFile, size_t itsTable, size_t onlyObject, const ResultWindow& itsWindow)
-    : file(resultFile), table(itsTable), only(onlyObject), window(itsWindow) {
+ResultRows::ResultRows(const ResultFile& resultFile, const ResultPart& itsPart, const ResultWindow& itsWindow)
+    : file(resultFile), part(itsPart), window(itsWindow), values(itsPart.columns.size()) {
     if (file.database) {
         result_beginDatabaseRows(*this);
+    } else {
+        result_beginBinaryRows(*this);
     }
 }
 
@@ -209,22 +240,28 @@ bool result_isWithin(const ResultWindow& window, double date) {
 
 ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choice, const ResultWindow& window) {
     ResultSeries series;
-    ResultRows rows(file, choice.table, choice.object, window);
+    const ResultPart part{choice.table, {choice.object}, {choice.column}};
+    ResultRows rows(file, part, window);
     while (result_nextRow(rows)) {
         series.dates.push_back(rows.date);
-        series.values.push_back(rows.values[choice.column]);
+        series.values.push_back(rows.values[0]);
     }
     return series;
+}
+
+uint64_t result_countRows(const ResultTable& table, const ResultFile& file, size_t object) {
+    return file.database ? table.rowCounts[object] : static_cast<uint64_t>(file.periods);
 }
 
 void result_checkWindow(const ResultFile& file, const ResultWindow& window) {
     if (std::isinf(window.from) && std::isinf(window.to)) {
         return;
     }
-    if (ResultRows within(file, 0, 0, window); result_nextRow(within)) {
+    const ResultPart dates{0, {0}, {}};  // of the system
+    if (ResultRows within(file, dates, window); result_nextRow(within)) {
         return;
     }
-    ResultRows rows(file, 0, 0, {});
+    ResultRows rows(file, dates, {});
     double first = 0.0, last = 0.0;
     size_t count = 0;
     for (; result_nextRow(rows); ++count) {
@@ -278,20 +315,25 @@ void addValue(ResultSummary& summary, Sums& sums, double value, double date) {
 
 }  // namespace
 
-std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table, size_t only,
+std::vector<ResultSummary> result_summarize(const ResultFile& file, const ResultPart& part,
                                             const ResultWindow& window) {
-    const ResultTable& t = file.tables[table];
-    const size_t carrier = findCarrier(t);
-    std::vector<ResultSummary> summaries(t.objects.size() * t.columns.size(), ResultSummary{});
+    const ResultTable& table = file.tables[part.table];
+    const size_t columns = part.columns.size();
+    ResultPart read = part;
+    const size_t carrier = findCarrier(table);
+    if (carrier != RESULT_NONE) {
+        read.columns.push_back(carrier);  // stands behind the last one of the part
+    }
+    std::vector<ResultSummary> summaries(part.objects.size() * columns, ResultSummary{});
     std::vector<Sums> sums(summaries.size(), Sums{});
-    ResultRows rows(file, table, only, window);
+    ResultRows rows(file, read, window);
     while (result_nextRow(rows)) {
-        const double flow = carrier == RESULT_NONE ? std::nan("") : rows.values[carrier];
-        for (size_t k = 0; k < t.columns.size(); ++k) {
-            const size_t place = rows.object * t.columns.size() + k;
+        const double flow = carrier == RESULT_NONE ? std::nan("") : rows.values[columns];
+        for (size_t k = 0; k < columns; ++k) {
+            const size_t place = rows.object * columns + k;
             const double value = rows.values[k];
             addValue(summaries[place], sums[place], value, rows.date);
-            if (t.columns[k].unit == "mg/L" && std::isfinite(flow) && std::isfinite(value)) {
+            if (table.columns[part.columns[k]].unit == "mg/L" && std::isfinite(flow) && std::isfinite(value)) {
                 sums[place].flow += flow;
                 sums[place].load += flow * value;
             }
@@ -308,8 +350,7 @@ std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table
 
 std::string result_formatDate(double date) {
     using namespace std::chrono;
-    constexpr double LIMIT = 2.9e6;  // days; beyond lie years that no calendar here can hold
-    if (!(std::fabs(date) < LIMIT)) {
+    if (!(std::fabs(date) < RESULT_FARTHEST_DATE)) {
         return "no date";
     }
     const auto second = static_cast<int64_t>(std::floor(date * 86400.0 + 0.5));
@@ -321,51 +362,4 @@ std::string result_formatDate(double date) {
                   static_cast<unsigned>(calendar.month()), static_cast<unsigned>(calendar.day()),
                   static_cast<int>(ofDay / 3600), static_cast<int>(ofDay / 60 % 60), static_cast<int>(ofDay % 60));
     return text;
-}
-
-/// Bytes of a valid UTF-8 character at a place, or 0.
-static size_t getCharacterLength(const std::string& text, size_t at) {
-    const auto byte = [&](size_t k) { return at + k < text.size() ? static_cast<unsigned char>(text[at + k]) : 0u; };
-    const auto isNext = [&](size_t k) { return (byte(k) & 0xC0u) == 0x80u; };
-    const unsigned first = byte(0);
-    if (first < 0x80) {
-        return 1;
-    }
-    if (first >= 0xC2 && first <= 0xDF) {
-        return isNext(1) ? 2 : 0;
-    }
-    if (first >= 0xE0 && first <= 0xEF) {
-        const bool isValid = !(first == 0xE0 && byte(1) < 0xA0) && !(first == 0xED && byte(1) >= 0xA0);
-        return isValid && isNext(1) && isNext(2) ? 3 : 0;
-    }
-    if (first >= 0xF0 && first <= 0xF4) {
-        const bool isValid = !(first == 0xF0 && byte(1) < 0x90) && !(first == 0xF4 && byte(1) >= 0x90);
-        return isValid && isNext(1) && isNext(2) && isNext(3) ? 4 : 0;
-    }
-    return 0;
-}
-
-std::string result_toUtf8(const std::string& text) {
-    static constexpr uint16_t WINDOWS_1252[32] = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
-                                                  0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
-                                                  0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022, 0x2013, 0x2014,
-                                                  0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-    std::string result;
-    for (size_t at = 0; at < text.size();) {
-        if (const size_t length = getCharacterLength(text, at)) {
-            result.append(text, at, length);
-            at += length;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(text[at++]);
-        const unsigned character = byte < 0xA0 ? WINDOWS_1252[byte - 0x80] : byte;
-        if (character >= 0x800) {
-            result += static_cast<char>(0xE0 | (character >> 12));
-            result += static_cast<char>(0x80 | ((character >> 6) & 0x3F));
-        } else {
-            result += static_cast<char>(0xC0 | (character >> 6));
-        }
-        result += static_cast<char>(0x80 | (character & 0x3F));
-    }
-    return result;
 }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -28,7 +29,19 @@ struct ResultTable {
     std::string name;
     std::vector<ResultColumn> columns;
     std::vector<std::string> objects;  ///< in UTF-8
-    uint64_t firstValue;               ///< binary file: place of its first row in a record
+    uint64_t firstValue = 0;           ///< binary file: place of its first row in a record
+    std::vector<uint64_t> rowCounts;   ///< database: rows of each object
+    bool isOrdered = true;             ///< database: its rows stand in order of time
+};
+
+/// What reading a database has cost so far. A damaged one can lead SQLite in circles, through the same pages again and
+/// again, so the cost of a statement is held against the length of the file.
+struct DatabaseWork {
+    sqlite3* database = nullptr;
+    uint64_t length = 0;  ///< bytes of the file
+    uint64_t steps = 0;   ///< of SQLite's machine
+    uint64_t pages = 0;   ///< that were asked for
+    bool isTooMuch = false;
 };
 
 struct ResultFile {
@@ -37,6 +50,7 @@ struct ResultFile {
     sqlite3* database = nullptr;
     uint64_t resultsOffset = 0;  ///< binary file: place of the first record
     uint64_t recordLength = 0;   ///< binary file: bytes
+    mutable DatabaseWork work;   ///< counted by whoever reads
     double startDate = 0.0;      ///< days since 30 December 1899
     int32_t reportStep = 0;      ///< s
     int32_t periods = 0;
@@ -61,29 +75,43 @@ struct ResultWindow {
     double to = HUGE_VAL;
 };
 
-constexpr size_t RESULT_ALL = SIZE_MAX;   ///< objects of a table
-constexpr size_t RESULT_NONE = SIZE_MAX;  ///< no column
+constexpr double RESULT_FARTHEST_DATE = 9.9e6;  ///< days; beyond lie years that no calendar here can hold
+constexpr size_t RESULT_NONE = SIZE_MAX;        ///< no column
 
-/// A walk through the rows of a table in order of time: those of one object, or those of all in the order of the file.
+/// What is wanted of a table: objects in the order of the file, and columns in any.
+struct ResultPart {
+    size_t table;
+    std::vector<size_t> objects;
+    std::vector<size_t> columns;
+};
+
+/// A part of a binary file in memory. It grows as long as the reader goes on close behind it.
+struct ResultBlock {
+    std::vector<unsigned char> bytes;
+    uint64_t begin = 0;  ///< place of the first byte in the file
+    size_t length = 0;   ///< bytes that the next one takes
+};
+
+/// A walk through the rows of a part in order of time: at each time the objects in the order of the file.
 struct ResultRows {
     const ResultFile& file;
-    size_t table;
-    size_t only;  ///< object, or RESULT_ALL
+    const ResultPart& part;
     ResultWindow window;
 
     // The row at hand.
     double date = 0.0;
-    size_t object = 0;
-    std::vector<double> values;  ///< per column. What is missing or no number is NaN
+    size_t object = 0;           ///< its place among the objects of the part
+    std::vector<double> values;  ///< per column of the part. What is missing or no number is NaN
 
     // Where the walk is.
-    int32_t period = 0;                              ///< binary file: the next record
-    size_t nextRow = 0;                              ///< binary file: of those in `bytes`
-    std::vector<unsigned char> bytes;                ///< binary file: rows of a record
-    sqlite3_stmt* query = nullptr;                   ///< database
-    std::unordered_map<std::string, size_t> places;  ///< database: objects by their names
+    int32_t period = 0;                                   ///< binary file: the next record
+    size_t next = SIZE_MAX;                               ///< the object that is expected next
+    std::vector<size_t> order;                            ///< binary file: columns of the part as they stand in a row
+    ResultBlock block;                                    ///< binary file
+    sqlite3_stmt* query = nullptr;                        ///< database
+    std::unordered_map<std::string_view, size_t> places;  ///< database: objects by their names, if they are several
 
-    ResultRows(const ResultFile& resultFile, size_t itsTable, size_t onlyObject, const ResultWindow& itsWindow);
+    ResultRows(const ResultFile& resultFile, const ResultPart& itsPart, const ResultWindow& itsWindow);
     ~ResultRows();
     ResultRows(const ResultRows&) = delete;
     ResultRows& operator=(const ResultRows&) = delete;
@@ -129,9 +157,11 @@ ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choic
 /// Throws ResultError if no report lies in the window.
 void result_checkWindow(const ResultFile& file, const ResultWindow& window);
 
-/// Summaries of all columns of a table, object by object; those of other objects than `only` stay empty.
-std::vector<ResultSummary> result_summarize(const ResultFile& file, size_t table, size_t only,
-                                            const ResultWindow& window);
+/// Summaries of a part, object by object, and of each its columns.
+std::vector<ResultSummary> result_summarize(const ResultFile& file, const ResultPart& part, const ResultWindow& window);
+
+/// Rows that an object has at most, in all of the file.
+uint64_t result_countRows(const ResultTable& table, const ResultFile& file, size_t object);
 
 /// "2021-03-01 06:00:00", to the nearest second.
 std::string result_formatDate(double date);
@@ -146,13 +176,11 @@ std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollu
 /// Unit of a column, by the names of table and column.
 std::string result_getUnit(const std::string& table, const std::string& column);
 
-/// A text of the binary file in UTF-8.
-std::string result_toUtf8(const std::string& text);
-
 bool result_isWithin(const ResultWindow& window, double date);
 
 void result_openBinary(ResultFile& file);
 void result_openDatabase(ResultFile& file);
+void result_beginBinaryRows(ResultRows& rows);
 void result_beginDatabaseRows(ResultRows& rows);
 bool result_nextBinaryRow(ResultRows& rows);
 bool result_nextDatabaseRow(ResultRows& rows);

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 #include "characters.h"
 #include "console.h"
@@ -14,7 +15,7 @@
 // --- texts ---------------------------------------------------------------------------------------------------------
 
 std::string results_formatNumber(double value, const char* none) {
-    if (!std::isfinite(value)) {
+    if (!(std::fabs(value) <= std::numeric_limits<float>::max())) {
         return none;
     }
     char text[64];
@@ -26,32 +27,16 @@ std::string results_addUnit(const ResultColumn& column) {
     return column.unit.empty() ? column.name : column.name + " (" + column.unit + ')';
 }
 
-std::string results_makePrintable(const std::string& text) {
-    return characters_makePrintable(text);
-}
-
-std::string results_quoteCsv(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
-    }
-    std::string quoted = "\"";
-    for (const char c : text) {
-        quoted += c;
-        quoted += c == '"' ? "\"" : "";
-    }
-    return quoted + '"';
-}
-
 // --- list ----------------------------------------------------------------------------------------------------------
 
 static void showList(const ResultFile& file) {
-    std::printf("%s: %d reports of %d s from %s on\n", results_makePrintable(file.name).c_str(),
+    std::printf("%s: %d reports of %d s from %s on\n", characters_makePrintable(file.name).c_str(),
                 static_cast<int>(file.periods), static_cast<int>(file.reportStep),
                 result_formatDate(file.startDate).c_str());
     for (const ResultTable& table : file.tables) {
         std::printf("\n%s\n  columns:", table.name.c_str());
         for (const ResultColumn& column : table.columns) {
-            std::printf(" %s%s", results_makePrintable(results_addUnit(column)).c_str(),
+            std::printf(" %s%s", characters_makePrintable(results_addUnit(column)).c_str(),
                         &column == &table.columns.back() ? "\n" : ",");
         }
         if (table.name == "System") {
@@ -59,7 +44,10 @@ static void showList(const ResultFile& file) {
         }
         std::printf("  objects:");
         for (const std::string& object : table.objects) {
-            std::printf(" %s", results_makePrintable(object).c_str());
+            if (console_isOutputBroken()) {
+                return;
+            }
+            std::printf(" %s", characters_makePrintable(object).c_str());
         }
         std::printf("\n");
     }
@@ -70,7 +58,7 @@ static void showList(const ResultFile& file) {
 bool results_readWindow(const std::string& from, const std::string& to, ResultWindow* window) {
     for (const auto& [text, date] : {std::pair{&from, &window->from}, std::pair{&to, &window->to}}) {
         if (!text->empty() && !dates_parse(*text, date)) {
-            std::fprintf(stderr, "tarnvelde: no date: %s\n", results_makePrintable(*text).c_str());
+            std::fprintf(stderr, "tarnvelde: no date: %s\n", characters_makePrintable(*text).c_str());
             return false;
         }
     }
@@ -104,8 +92,8 @@ int results_execute(const ResultsRequest& request) {
             results_showSeries(file, request, window);
         }
     } catch (const ResultError& error) {
-        std::fprintf(stderr, "tarnvelde: %s\n", results_makePrintable(error.what()).c_str());
+        std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(error.what()).c_str());
         return EXIT_ENGINE_ERROR;
     }
-    return console_endOutput() ? EXIT_DONE : EXIT_ENGINE_ERROR;
+    return EXIT_DONE;
 }

@@ -26,23 +26,25 @@ int results_execute(const ResultsRequest& request);
 
 // --- parts of it ---------------------------------------------------------------------------------------------------
 
-/// An object with the columns that were chosen.
-struct ChosenObject {
-    size_t table;
-    size_t object;
-    std::vector<size_t> columns;
-};
+/// What the request asks for, table by table in the order of the file: none without objects or columns. Throws
+/// ResultError.
+std::vector<ResultPart> results_choose(const ResultFile& file, const ResultsRequest& request);
 
-/// What the request asks for, in the order of the file. Throws ResultError.
-std::vector<ChosenObject> results_choose(const ResultFile& file, const ResultsRequest& request);
-
-/// Chosen objects of one table stand together; `only` is the object if they are one, else RESULT_ALL.
-struct ChosenTable {
-    size_t table;
-    size_t only;
-    size_t begin, end;  ///< in the list of objects
-};
-std::vector<ChosenTable> results_groupTables(const std::vector<ChosenObject>& chosen);
+/// The first objects of what is left of a part, from the object `begin` on: as many as may be held in memory together,
+/// by the bytes that each of them takes, but one at least.
+template <class Measure>
+ResultPart results_cut(const ResultPart& part, size_t begin, uint64_t most, Measure measure) {
+    ResultPart cut{part.table, {}, part.columns};
+    uint64_t bytes = 0;
+    for (size_t k = begin; k < part.objects.size(); ++k) {
+        bytes += measure(part.objects[k]);
+        if (k > begin && bytes > most) {
+            break;
+        }
+        cut.objects.push_back(part.objects[k]);
+    }
+    return cut;
+}
 
 void results_showSeries(const ResultFile& file, const ResultsRequest& request, const ResultWindow& window);
 void results_showSummary(const ResultFile& file, const ResultsRequest& request, const ResultWindow& window);
@@ -52,8 +54,3 @@ void results_showSummary(const ResultFile& file, const ResultsRequest& request, 
 std::string results_formatNumber(double value, const char* none);
 
 std::string results_addUnit(const ResultColumn& column);
-
-/// Control characters of a name must not reach the terminal.
-std::string results_makePrintable(const std::string& text);
-
-std::string results_quoteCsv(const std::string& text);

@@ -3,6 +3,8 @@
 
 #include <cstdio>
 
+#include "characters.h"
+#include "console.h"
 #include "json.h"
 #include "results.h"
 
@@ -23,8 +25,8 @@ struct SummaryRow {
 /// The places of the first seven columns are those that scripts know.
 void showCsv(const SummaryRow& row) {
     const ResultSummary& s = row.summary;
-    std::printf("%s,%s,%s,%s,%s,%s,%s,%s\n", row.table.name.c_str(), results_quoteCsv(row.object).c_str(),
-                results_quoteCsv(results_addUnit(row.column)).c_str(), row.format(s.minimum, "-").c_str(),
+    std::printf("%s,%s,%s,%s,%s,%s,%s,%s\n", row.table.name.c_str(), characters_quoteCsv(row.object).c_str(),
+                characters_quoteCsv(results_addUnit(row.column)).c_str(), row.format(s.minimum, "-").c_str(),
                 row.format(s.mean, "-").c_str(), row.format(s.maximum, "-").c_str(),
                 row.hasValues() ? result_formatDate(s.maximumDate).c_str() : "-",
                 row.format(s.flowWeightedMean, "").c_str());
@@ -33,8 +35,9 @@ void showCsv(const SummaryRow& row) {
 void showLine(const SummaryRow& row) {
     const ResultSummary& s = row.summary;
     std::printf("%-12s %-16s %-20s %14s %14s %14s %14s  %s\n", row.table.name.c_str(),
-                results_makePrintable(row.object).c_str(), results_makePrintable(results_addUnit(row.column)).c_str(),
-                row.format(s.minimum, "-").c_str(), row.format(s.mean, "-").c_str(),
+                characters_makePrintable(row.object).c_str(),
+                characters_makePrintable(results_addUnit(row.column)).c_str(), row.format(s.minimum, "-").c_str(),
+                row.format(s.mean, "-").c_str(),
                 row.column.unit == "mg/L" ? row.format(s.flowWeightedMean, "-").c_str() : "",
                 row.format(s.maximum, "-").c_str(), row.hasValues() ? result_formatDate(s.maximumDate).c_str() : "-");
 }
@@ -76,37 +79,57 @@ void showNotes(bool isWithoutNumbers, bool isWithoutFlow) {
     }
 }
 
+/// What has been shown so far.
+struct SummaryState {
+    bool isFirst = true;
+    bool isWithoutNumbers = false;
+    bool isWithoutFlow = false;
+};
+
+void showRow(const SummaryRow& row, SeriesForm form, SummaryState& state) {
+    const bool isConcentration = row.column.unit == "mg/L";
+    state.isWithoutNumbers = state.isWithoutNumbers || !row.hasValues();
+    state.isWithoutFlow =
+        state.isWithoutFlow || (row.hasValues() && isConcentration && std::isnan(row.summary.flowWeightedMean));
+    if (form == SeriesForm::JSON) {
+        showJson(row, state.isFirst);
+    } else if (form == SeriesForm::CSV) {
+        showCsv(row);
+    } else {
+        showLine(row);
+    }
+    state.isFirst = false;
+}
+
+/// A part goes through several walks if its summaries are more than may be held in memory.
+void showPart(const ResultFile& file, const ResultPart& part, SeriesForm form, const ResultWindow& window,
+              SummaryState& state) {
+    constexpr uint64_t MOST = uint64_t{64} << 20, SIZE = 96;  // bytes; of one summary with its sums
+    const ResultTable& table = file.tables[part.table];
+    for (size_t begin = 0; begin < part.objects.size() && !console_isOutputBroken();) {
+        const ResultPart cut = results_cut(part, begin, MOST, [&](size_t) { return SIZE * part.columns.size(); });
+        const std::vector<ResultSummary> summaries = result_summarize(file, cut, window);
+        for (size_t k = 0; k < summaries.size() && !console_isOutputBroken(); ++k) {
+            const size_t object = cut.objects[k / cut.columns.size()], column = cut.columns[k % cut.columns.size()];
+            showRow({table, table.objects[object], table.columns[column], summaries[k]}, form, state);
+        }
+        begin += cut.objects.size();
+    }
+}
+
 }  // namespace
 
 void results_showSummary(const ResultFile& file, const ResultsRequest& request, const ResultWindow& window) {
-    const std::vector<ChosenObject> chosen = results_choose(file, request);
+    const std::vector<ResultPart> parts = results_choose(file, request);
     result_checkWindow(file, window);
     showHead(request.form);
-    bool isFirst = true, isWithoutNumbers = false, isWithoutFlow = false;
-    for (const ChosenTable& part : results_groupTables(chosen)) {
-        const ResultTable& table = file.tables[part.table];
-        const std::vector<ResultSummary> summaries = result_summarize(file, part.table, part.only, window);
-        for (size_t k = part.begin; k < part.end; ++k) {
-            for (const size_t c : chosen[k].columns) {
-                const ResultSummary& summary = summaries[chosen[k].object * table.columns.size() + c];
-                const SummaryRow row{table, table.objects[chosen[k].object], table.columns[c], summary};
-                isWithoutNumbers = isWithoutNumbers || !row.hasValues();
-                isWithoutFlow = isWithoutFlow ||
-                                (row.hasValues() && row.column.unit == "mg/L" && std::isnan(summary.flowWeightedMean));
-                if (request.form == SeriesForm::JSON) {
-                    showJson(row, isFirst);
-                } else if (request.form == SeriesForm::CSV) {
-                    showCsv(row);
-                } else {
-                    showLine(row);
-                }
-                isFirst = false;
-            }
-        }
+    SummaryState state;
+    for (const ResultPart& part : parts) {
+        showPart(file, part, request.form, window, state);
     }
     if (request.form == SeriesForm::JSON) {
-        std::printf(isFirst ? "[]\n" : "]\n");
+        std::printf(state.isFirst ? "[]\n" : "]\n");
     } else if (request.form == SeriesForm::TABLE) {
-        showNotes(isWithoutNumbers, isWithoutFlow);
+        showNotes(state.isWithoutNumbers, state.isWithoutFlow);
     }
 }

@@ -4,6 +4,7 @@
 
 #include "hydrology/gage.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -298,6 +299,7 @@ void gage_findEvents(Model& model, int32_t index) {
     Series& series = model.timeSeries[gage.series];
     timeseries_rewind(series, series.cursor);
     const DateTime seriesEnd = getSeriesEnd(series);
+    const DateTime ahead = std::min(series.cursor.before.date, model.options.endDateTime);  // of all entries
     const double interval = gage.interval;
     double total = 0.0, dry = 0.0;
     DateTime date = model.options.startDateTime, first = model.options.startDateTime;
@@ -334,7 +336,9 @@ void gage_findEvents(Model& model, int32_t index) {
         if (!(next > date)) {
             break;  // so far ahead that an interval no longer moves the date
         }
-        date = next;
+        // Ahead of its first entry the series is 0, and a look-up there begins it anew: after the first one, further
+        // ones leave all as it is. A start that is far too early would else be walked through interval by interval.
+        date = next < ahead ? datetime_addSecondsUpTo(next, gage.interval, ahead) : next;
     }
     addEvent(model, gage, first, datetime_addSeconds(date, -dry), total);
 }

@@ -107,6 +107,34 @@ DateTime datetime_addSeconds(DateTime date, double seconds) {
     return (datetime_getSecondOfDay(date) + seconds) / SECONDS_PER_DAY + getMidnight(date);
 }
 
+/// The days and the second of the day of a number of seconds since day 0.
+static void splitSeconds(int64_t total, int64_t& day, int64_t& second) {
+    constexpr int64_t DAY = 86400;
+    second = (total % DAY + DAY) % DAY;
+    day = (total - second) / DAY;
+}
+
+// A date that addSeconds has made stands within a part of a millisecond of a whole second, and it is an integer where
+// that second is the first of a day: so its day and its second are those of exact numbers, however often seconds were
+// added. The next date hangs on nothing else, so the last but one that is wanted may be made anew, from its day and
+// second, and the last one of it by addSeconds.
+DateTime datetime_addSecondsUpTo(DateTime date, int32_t seconds, DateTime limit) {
+    constexpr double FARTHEST = 1.0e7;  // days; beyond, dates are too coarse for seconds
+    if (!(std::fabs(date) < FARTHEST) || !(std::fabs(limit) < FARTHEST) || seconds <= 0) {
+        return date;
+    }
+    const auto begin = static_cast<int64_t>(std::floor(date)) * 86400 + datetime_getSecondOfDay(date);
+    const auto end = static_cast<int64_t>(std::floor(limit)) * 86400 + datetime_getSecondOfDay(limit);
+    const int64_t count = (end - begin) / seconds - 2;
+    if (count < 1) {
+        return date;
+    }
+    int64_t day = 0, second = 0;
+    splitSeconds(begin + (count - 1) * seconds, day, second);
+    const double lastButOne = static_cast<double>(day) + static_cast<double>(second) / SECONDS_PER_DAY;
+    return datetime_addSeconds(lastButOne, seconds);
+}
+
 // --- reading -------------------------------------------------------------------------------------------------------
 
 static bool isBlank(char c) {

@@ -42,3 +42,7 @@ void datetime_formatDateTime(DateTime date, char* text);
 
 /// `date`, rounded to its whole second, plus `seconds`, which keep their fraction.
 [[nodiscard]] DateTime datetime_addSeconds(DateTime date, double seconds);
+
+/// What datetime_addSeconds makes of a date it has made itself, to the bit, if it adds whole seconds again and again as
+/// long as the date stays ahead of `limit`; that may stop some times early.
+[[nodiscard]] DateTime datetime_addSecondsUpTo(DateTime date, int32_t seconds, DateTime limit);

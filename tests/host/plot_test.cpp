@@ -5,10 +5,11 @@
 
 #include <cmath>
 
+#include "aside.h"
 #include "host/resultsfixture.h"
+#include "host/resultsimage.h"
 #include "picture.h"
 #include "plotticks.h"
-#include "support/fileimage.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -19,27 +20,6 @@ using testing::StartsWith;
 namespace {
 
 constexpr double MARCH = 44256.0;  ///< 1 March 2021, days since 30 December 1899
-
-/// A binary file of one junction that reports every `step` seconds.
-std::string makeResults(double start, int64_t step, int64_t reports, const std::string& junction = "J1") {
-    FileImage file;
-    file.addIntegers({516114522, 21000, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
-    file.addName(junction);
-    const auto codes = static_cast<int64_t>(file.bytes.size());
-    for (const int64_t columns : {12, 4, 2, 5, 2, 4, 8, 11, 4, 1, 2, 6, 1, 1}) {
-        file.addCodes(columns);
-    }
-    const auto dates = static_cast<int64_t>(file.bytes.size());
-    file.addDouble(start);
-    file.addInteger(step);
-    const auto records = static_cast<int64_t>(file.bytes.size());
-    for (int64_t k = 1; k <= reports; ++k) {
-        file.addDouble(start + static_cast<double>(k * step) / 86400.0);
-        file.addFloats({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, static_cast<float>(k % 7), 0});
-    }
-    file.addIntegers({64, codes, dates, records, reports, 0, 516114522});
-    return file.bytes;
-}
 
 /// A text of a picture and the room it takes, if its font is as wide as the widest in use.
 struct Label {
@@ -326,7 +306,7 @@ TEST(Picture, IsPutInPlaceWhole) {
     TempFolder folder;
     const std::string name = folder.write("a.svg", "old");
     std::filesystem::permissions(name, std::filesystem::perms(0640));
-    EXPECT_EQ(picture_write(name, "new"), "");
+    EXPECT_EQ(aside_write(name, "new"), "");
     EXPECT_EQ(readFile(name), "new");
     EXPECT_EQ(std::filesystem::status(name).permissions(), std::filesystem::perms(0640));
     EXPECT_THAT(folder.list(), ElementsAre("a.svg"));
@@ -337,7 +317,7 @@ TEST(Picture, ThatCannotBeWrittenLeavesTheOldOne) {
     const std::string name = folder.write("a.svg", "old");
     const int status = process_fork([&] {
         process_limitFileSize(1000);
-        return picture_write(name, std::string(5000, 'x')).find("cannot write " + name) == 0 ? 0 : 1;
+        return aside_write(name, std::string(5000, 'x')).find("cannot write " + name) == 0 ? 0 : 1;
     });
     EXPECT_EQ(status, 0);
     EXPECT_EQ(readFile(name), "old");
@@ -348,8 +328,8 @@ TEST(Picture, GoesWhereALinkLeads) {
     TempFolder folder;
     std::filesystem::create_directory(folder.path / "far");
     std::filesystem::create_symlink("far/b.svg", folder.path / "a.svg");
-    EXPECT_EQ(picture_write(folder.file("a.svg"), "first"), "");
-    EXPECT_EQ(picture_write(folder.file("a.svg"), "second"), "");
+    EXPECT_EQ(aside_write(folder.file("a.svg"), "first"), "");
+    EXPECT_EQ(aside_write(folder.file("a.svg"), "second"), "");
     EXPECT_TRUE(std::filesystem::is_symlink(folder.path / "a.svg"));
     EXPECT_EQ(readFile(folder.path / "far" / "b.svg"), "second");
 }
@@ -357,10 +337,10 @@ TEST(Picture, GoesWhereALinkLeads) {
 TEST(Picture, IsNoFolderAndNoPipe) {
     TempFolder folder;
     std::filesystem::create_directory(folder.path / "a.svg");
-    EXPECT_THAT(picture_write(folder.file("a.svg"), "x"), EndsWith("it is no file"));
+    EXPECT_THAT(aside_write(folder.file("a.svg"), "x"), EndsWith("it is no file"));
     ASSERT_EQ(mkfifo(folder.file("b.svg").c_str(), 0600), 0);
-    EXPECT_THAT(picture_write(folder.file("b.svg"), "x"), EndsWith("it is no file"));
-    EXPECT_THAT(picture_write(folder.file("none/c.svg"), "x"), HasSubstr("cannot write"));
+    EXPECT_THAT(aside_write(folder.file("b.svg"), "x"), EndsWith("it is no file"));
+    EXPECT_THAT(aside_write(folder.file("none/c.svg"), "x"), HasSubstr("cannot write"));
 }
 
 TEST(Picture, IsWholeFromItsBeginningToItsEnd) {

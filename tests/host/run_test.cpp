@@ -305,3 +305,16 @@ TEST(HostRun, WorksWithItsStandardStreamsClosed) {
     EXPECT_EQ(readFile(model), GOOD_PROJECT);
     EXPECT_EQ(readFile(folder.file("model.rpt")), readFile(folder.file("quiet.rpt")));
 }
+
+TEST(HostRun, AStartLongAheadOfTheRainIsNoWalkThroughTheYears) {
+    // From the year 1 to 2012 there are 63 thousand million seconds, and a gage may report each.
+    TempFolder folder;
+    const std::string model = folder.write(
+        "model.inp",
+        "[GENERAL]\nSTART_DATE 0001/03/01\nEND_DATE 2012/03/03\nROUTING_STEP 0:00:01\nREPORT_STEP 1:00:00\n"
+        "[RAINGAGES]\nG1 INTENSITY 0:00:01 R1\n[SUBCATCHS]\nS1 G1 J1 5 50 200 0.5 0.015 0.1 1 3 50 5 4 7 0\n"
+        "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 J1 O1 NO 60\n"
+        "[TIMESERIES]\nR1 2012/03/01 0:10 5 0:20 0\n");
+    const ProcessResult result = runProgramWithin(60, {"run", model, "--until", "0001/03/01 2:00", "--quiet"});
+    EXPECT_EQ(result.status, 0) << "124 is a walk through the years; " << result.err;
+}

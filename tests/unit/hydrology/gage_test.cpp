@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include "model/arena.h"
@@ -389,6 +390,20 @@ TEST_F(EventTest, BeginsWithItsFirstAndEndsWithItsLastWetSample) {
     EXPECT_NEAR(events[0].start, at(0, 10), A_MOMENT);
     EXPECT_NEAR(events[0].end, at(0, 15), A_MOMENT);
     EXPECT_DOUBLE_EQ(events[0].total, 7.0);
+}
+
+TEST_F(EventTest, AreTheSameWithAStartLongAheadOfTheSeries) {
+    const auto findFrom = [&](const std::string& start) {
+        return find("T 2012/03/01 0:00 0 0:05 0 0:10 30 0:15 0 9:00 0\n",
+                    "START_DATE " + start + "\nEND_DATE 2012/03/02\n", "G VOLUME 0:07 T\n");
+    };
+    // Between the two lie whole weeks, each of 1440 intervals: their samples are at the same times.
+    const std::vector<RainEvent> near = findFrom("2012/02/17"), far = findFrom("1012/02/28");
+    ASSERT_EQ(near.size(), 1u);
+    ASSERT_EQ(far.size(), 1u);
+    EXPECT_EQ(far[0].start, near[0].start);
+    EXPECT_EQ(far[0].end, near[0].end);
+    EXPECT_EQ(far[0].total, near[0].total);
 }
 
 TEST_F(EventTest, EndIsOffTheLastWetSampleIfTheGapIsNoMultipleOfTheInterval) {

@@ -144,6 +144,44 @@ TEST(AddSeconds, RoundsTheDateButNotTheSeconds) {
     EXPECT_EQ(datetime_addSeconds(100.5, -43200.0), 100.0);
 }
 
+TEST(AddSeconds, ManyTimesAtOnceGivesTheSameBitsOnAllDays) {
+    // From a second of the first day of the year 1 on, to the last day of the year 9999.
+    for (const int32_t seconds : {86400, 43201, 90061}) {
+        const DateTime first = datetime_addSeconds(-693593.7, seconds);
+        DateTime dates[3] = {first, datetime_addSeconds(first, seconds), 0.0};
+        dates[2] = datetime_addSeconds(dates[1], seconds);
+        while (dates[2] < 2958465.0) {
+            // Up to a date that lies a whole number of times ahead, all but the last two.
+            ASSERT_EQ(datetime_addSecondsUpTo(first, seconds, dates[2]), dates[0]);
+            dates[0] = dates[1];
+            dates[1] = dates[2];
+            dates[2] = datetime_addSeconds(dates[1], seconds);
+        }
+    }
+}
+
+TEST(AddSeconds, ManyTimesAtOnceStaysAheadOfTheLimit) {
+    std::mt19937 chance(1);
+    for (int k = 0; k < 2000; ++k) {
+        const auto seconds = static_cast<int32_t>(1 + chance() % 100000);
+        DateTime date = datetime_addSeconds(static_cast<double>(chance() % 3650000) - 693594.0 + 0.37 * k, seconds);
+        const DateTime limit = date + static_cast<double>(chance() % 1000) * seconds / 86400.0;
+        const DateTime jump = datetime_addSecondsUpTo(date, seconds, limit);
+        while (date < jump) {
+            date = datetime_addSeconds(date, seconds);
+        }
+        ASSERT_EQ(date, jump);
+        ASSERT_LE(jump, std::max(date, limit));
+        ASSERT_LT((limit - jump) * 86400.0, 4.0 * seconds) << "it stops too early";
+    }
+    for (const double odd : {NOT_A_NUMBER, INF, -INF, 1e300}) {
+        EXPECT_EQ(datetime_addSecondsUpTo(100.0, 60, odd), 100.0);
+        EXPECT_TRUE(std::isnan(odd) || datetime_addSecondsUpTo(odd, 60, 100.0) == odd);
+    }
+    EXPECT_EQ(datetime_addSecondsUpTo(100.0, 0, 200.0), 100.0);
+    EXPECT_EQ(datetime_addSecondsUpTo(100.0, -60, 200.0), 100.0);
+}
+
 TEST(ParseDate, TakesYearMonthDayWithAnySeparators) {
     const double day = datetime_encodeDate(2020, 1, 5);
     EXPECT_EQ(day, 43835.0);

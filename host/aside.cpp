@@ -1,0 +1,143 @@
+// What a killed program leaves aside is overwritten by the next one, so it stands under a name that is known. That name
+// may belong to something else: only a file that nobody else has open for the same, and that has no other name, is
+// written over.
+
+#include "aside.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+
+#include "files.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* ENDING = ".part";
+constexpr size_t LONGEST = 255;  ///< bytes of a name in its folder, wherever Linux runs
+
+/// A descriptor that is closed with its owner, if it hasn't been before.
+struct Descriptor {
+    int number;
+
+    explicit Descriptor(int opened) : number(opened) {}
+    ~Descriptor() {
+        if (number >= 0) {
+            ::close(number);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    /// False, with errno, if what was written turns out not to be there.
+    [[nodiscard]] bool close() {
+        const int closed = number;
+        number = -1;
+        return ::close(closed) == 0;
+    }
+};
+
+/// Where a name leads that is a link; the file may still be missing there.
+fs::path followLinks(fs::path name) {
+    constexpr int MOST = 40;  // as the system does
+    std::error_code error;
+    for (int k = 0; k < MOST && fs::is_symlink(name, error); ++k) {
+        const fs::path next = fs::read_symlink(name, error);
+        if (error) {
+            break;
+        }
+        name = name.parent_path() / next;  // an absolute one stands for itself
+    }
+    return name;
+}
+
+fs::path addEnding(const fs::path& target) {
+    const std::string file = target.filename().string();
+    return target.parent_path() / (file.substr(0, LONGEST - std::strlen(ENDING)) + ENDING);
+}
+
+/// Access as of the file that is there, or as of any new file.
+mode_t getMode(const std::string& name) {
+    struct stat status;
+    if (stat(name.c_str(), &status) == 0) {
+        return status.st_mode & 0777u;
+    }
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666u & ~mask;
+}
+
+/// Whether the open file is a plain one that is known by this name alone, and stands there still.
+bool isOnlyHere(int file, const std::string& name) {
+    struct stat open, named;
+    return fstat(file, &open) == 0 && lstat(name.c_str(), &named) == 0 && S_ISREG(open.st_mode) && open.st_nlink == 1 &&
+           open.st_dev == named.st_dev && open.st_ino == named.st_ino;
+}
+
+bool writeAll(int file, const std::string& bytes) {
+    for (size_t at = 0; at < bytes.size();) {
+        const ssize_t written = write(file, bytes.data() + at, bytes.size() - at);
+        if (written < 0 && errno != EINTR) {
+            return false;
+        }
+        at += written > 0 ? static_cast<size_t>(written) : 0;
+    }
+    return true;
+}
+
+/// The new name of a file is on the disk once its folder is. Where folders can't be brought there, they need not.
+bool syncFolder(const fs::path& target) {
+    const fs::path folder = target.parent_path();
+    const Descriptor opened(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    return opened.number < 0 || fsync(opened.number) == 0 || errno == EINVAL || errno == ENOTSUP;
+}
+
+/// Writes into the open file aside and gives it the target's name. False with errno.
+bool fillAndMove(Descriptor& file, const std::string& aside, const fs::path& target, const std::string& bytes) {
+    return ftruncate(file.number, 0) == 0 && writeAll(file.number, bytes) &&
+           fchmod(file.number, getMode(target.string())) == 0 && fsync(file.number) == 0 && file.close() &&
+           std::rename(aside.c_str(), target.c_str()) == 0;
+}
+
+}  // namespace
+
+std::string aside_getName(const std::string& name) {
+    return addEnding(followLinks(name)).string();
+}
+
+std::string aside_write(const std::string& name, const std::string& bytes) {
+    const fs::path target = followLinks(name);
+    const std::string aside = addEnding(target).string();
+    const std::string failure = "cannot write " + name + ": ";
+    if (files_exists(name) && !files_isRegular(name)) {
+        return failure + "it is no file";
+    }
+    if (files_exists(name) && access(name.c_str(), W_OK) != 0) {
+        return failure + std::strerror(errno);
+    }
+    constexpr int FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;  // no link, no waiting at a pipe
+    Descriptor file(open(aside.c_str(), FLAGS, 0600));
+    if (file.number < 0) {
+        const int reason = errno;
+        return failure + (files_exists(aside) ? aside + " is in the way: " : "") + std::strerror(reason);
+    }
+    // The second descriptor holds the lock until the file has its name; closing the first one tells of a full disk.
+    const Descriptor lock(fcntl(file.number, F_DUPFD_CLOEXEC, 0));
+    const bool isTaken = lock.number >= 0 && flock(lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (isTaken || !isOnlyHere(file.number, aside)) {
+        return failure + aside + " is in the way" + (isTaken ? ": another program is writing it" : "");
+    }
+    if (!fillAndMove(file, aside, target, bytes)) {
+        const int reason = errno;
+        unlink(aside.c_str());
+        return failure + std::strerror(reason);
+    }
+    return syncFolder(target) ? std::string() : failure + std::strerror(errno);
+}

@@ -1,0 +1,214 @@
+// Standard output that can't be written, and files that the program puts in place of others.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include "aside.h"
+#include "host/resultsfixture.h"
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// All that prints something on standard output.
+std::vector<std::vector<std::string>> listPrinters(const std::string& model, const std::string& results) {
+    return {{"--version"},
+            {"--help"},
+            {"run", "--help"},
+            {"results", "--help"},
+            {"run", model},
+            {"run", model, "--json"},
+            {"check", model},
+            {"check", model, "--json"},
+            {"explain"},
+            {"explain", "W-unit-slope"},
+            {"results", results},
+            {"results", results, "--csv"},
+            {"results", results, "--json"},
+            {"results", results, "--table", "Junction"},
+            {"results", results, "--object", "J1", "--csv"},
+            {"results", results, "--summary"},
+            {"results", results, "--summary", "--csv"},
+            {"results", results, "--summary", "--json"}};
+}
+
+std::string join(const std::vector<std::string>& words) {
+    std::string text;
+    for (const std::string& word : words) {
+        text += word;
+        text += ' ';
+    }
+    return text;
+}
+
+/// Runs the program with a pipe for standard output that nobody reads.
+int runWithoutReader(const std::vector<std::string>& arguments, bool isSignalIgnored, const std::string& errors) {
+    return process_fork([&] {
+        int ends[2];
+        if (pipe(ends) != 0) {
+            return 99;
+        }
+        close(ends[0]);
+        dup2(ends[1], STDOUT_FILENO);
+        dup2(open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+        signal(SIGPIPE, isSignalIgnored ? SIG_IGN : SIG_DFL);
+        std::vector<std::string> words = arguments;
+        words.insert(words.begin(), TARNVELDE_PROGRAM);
+        std::vector<char*> pointers;
+        for (std::string& word : words) {
+            pointers.push_back(word.data());
+        }
+        pointers.push_back(nullptr);
+        execv(pointers[0], pointers.data());
+        return 99;
+    });
+}
+
+/// A file system of a few pages. Empty if none may be made here.
+struct SmallDisk {
+    TempFolder folder;
+    bool isThere = mount("none", folder.path.c_str(), "tmpfs", 0, "size=64k") == 0;
+
+    SmallDisk() = default;
+    ~SmallDisk() {
+        if (isThere) {
+            umount(folder.path.c_str());
+        }
+    }
+    SmallDisk(const SmallDisk&) = delete;
+    SmallDisk& operator=(const SmallDisk&) = delete;
+};
+
+}  // namespace
+
+// --- standard output -----------------------------------------------------------------------------------------------
+
+TEST_F(Results, WhatGoesToAFullDiskEndsWithOneAndAMessage) {
+    for (const std::vector<std::string>& arguments : listPrinters(model, binary)) {
+        std::vector<std::string> command{"sh", "-c", "exec \"$@\" >/dev/full", "sh", TARNVELDE_PROGRAM};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        const ProcessResult result = process_run(command);
+        EXPECT_EQ(result.status, 1) << join(arguments);
+        EXPECT_THAT(result.err, HasSubstr("tarnvelde: cannot write to standard output")) << join(arguments);
+    }
+    // What prints nothing has nothing to lose.
+    EXPECT_EQ(
+        process_run({"sh", "-c", "exec \"$@\" >/dev/full", "sh", TARNVELDE_PROGRAM, "run", model, "--quiet"}).status,
+        0);
+}
+
+TEST_F(Results, APipeWithoutAReaderEndsInSilence) {
+    for (const std::vector<std::string>& arguments : listPrinters(model, binary)) {
+        for (const bool isSignalIgnored : {false, true}) {
+            const std::string errors = folder.file("errors");
+            EXPECT_EQ(runWithoutReader(arguments, isSignalIgnored, errors), 141) << join(arguments) << isSignalIgnored;
+            EXPECT_EQ(readFile(errors).find("standard output"), std::string::npos) << join(arguments);
+        }
+    }
+}
+
+// --- files written aside -------------------------------------------------------------------------------------------
+
+TEST(Aside, WhatAKilledProgramLeftIsWrittenOver) {
+    TempFolder folder;
+    const std::string name = folder.write("a.svg", "old");
+    folder.write("a.svg.part", "the beginning of something longer");
+    EXPECT_EQ(aside_getName(name), name + ".part");
+    EXPECT_EQ(aside_write(name, "new"), "");
+    EXPECT_EQ(readFile(name), "new");
+    EXPECT_THAT(folder.list(), ElementsAre("a.svg"));
+}
+
+TEST(Aside, WhatBelongsToOthersStaysAsItIs) {
+    TempFolder folder;
+    const std::string name = folder.write("a.svg", "old"), other = folder.write("other", "precious");
+    const std::string part = name + ".part";
+    const auto expectRefusal = [&](const char* reason) {
+        EXPECT_THAT(aside_write(name, "new"), HasSubstr("a.svg.part is in the way")) << reason;
+        EXPECT_EQ(readFile(name), "old") << reason;
+        EXPECT_EQ(readFile(other), "precious") << reason;
+        fs::remove(part);
+    };
+    fs::create_symlink("other", part);
+    expectRefusal("a link");
+    fs::create_hard_link(other, part);
+    expectRefusal("a second name");
+    ASSERT_EQ(mkfifo(part.c_str(), 0600), 0);
+    expectRefusal("a pipe");
+    fs::create_directory(part);
+    expectRefusal("a folder");
+    folder.write("a.svg.part", "half");
+    const int held = open(part.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(flock(held, LOCK_EX), 0);
+    expectRefusal("a file that is being written");
+    close(held);
+    EXPECT_EQ(aside_write(name, "new"), "");
+}
+
+TEST(Aside, AFullDiskLeavesTheOldFileWhole) {
+    const SmallDisk disk;
+    if (!disk.isThere) {
+        GTEST_SKIP() << "no file system may be mounted here";
+    }
+    const std::string name = disk.folder.write("a.svg", "old");
+    EXPECT_THAT(aside_write(name, std::string(100000, 'x')), EndsWith("No space left on device"));
+    EXPECT_EQ(readFile(name), "old");
+    EXPECT_THAT(disk.folder.list(), ElementsAre("a.svg"));
+    EXPECT_EQ(aside_write(name, std::string(20000, 'x')), "");
+}
+
+TEST(Aside, ANameOfAnyLengthHasRoomForTheEnding) {
+    TempFolder folder;
+    const std::string name = folder.file(std::string(251, 'a') + ".svg");
+    EXPECT_EQ(aside_write(name, "new"), "");
+    EXPECT_EQ(readFile(name), "new");
+    EXPECT_EQ(countFiles(folder.path), 1u);
+}
+
+TEST_F(Results, APictureNeverTakesThePlaceOfItsResults) {
+    const std::string whole = readFile(binary);
+    const std::string named = folder.write("results.svg", whole);
+    fs::create_symlink("results.svg", folder.path / "link.svg");
+    fs::create_hard_link(named, folder.path / "second.svg");
+    const std::string part = folder.write("x.svg.part", whole);
+    const std::string dotted = (folder.path / "." / "results.svg").string();
+    for (const auto& [file, output] : {std::pair{named, named},
+                                       {named, dotted},
+                                       {named, folder.file("link.svg")},
+                                       {folder.file("link.svg"), named},
+                                       {named, folder.file("second.svg")},
+                                       {part, folder.file("x.svg")}}) {
+        const ProcessResult result =
+            runProgram({"plot", file, "--object", "J1", "--column", "TotInflow", "-o", output});
+        EXPECT_EQ(result.status, 2) << file << ' ' << output;
+        EXPECT_THAT(result.err, HasSubstr("the picture would take the place of the results"));
+        EXPECT_EQ(readFile(named), whole);
+        EXPECT_EQ(readFile(part), whole);
+    }
+}
+
+TEST_F(Results, APictureOnAFullDiskIsToldAndTheOldOneStays) {
+    const SmallDisk disk;
+    if (!disk.isThere) {
+        GTEST_SKIP() << "no file system may be mounted here";
+    }
+    disk.folder.write("filler", std::string(60000, 'x'));
+    for (const char* name : {"a.svg", "a.png", "a.pdf"}) {
+        const std::string picture = disk.folder.write(name, "old");
+        const ProcessResult result =
+            runProgram({"plot", binary, "--object", "J1", "--column", "TotInflow", "-o", picture});
+        EXPECT_EQ(result.status, 1) << name;
+        EXPECT_THAT(result.err, HasSubstr("No space left on device"));
+        EXPECT_EQ(readFile(picture), "old");
+        fs::remove(picture);
+    }
+    EXPECT_THAT(disk.folder.list(), ElementsAre("filler"));
+}
