@@ -55,7 +55,7 @@ void touchLinks(const Model& model, int32_t first, int32_t end, int32_t pollutan
         prefetch_line(&link + 24);
         prefetch_line(&(&pipe + 24)->storage);
         if (k + 8 < end) {
-            prefetch_reaches(model.pipes[k + 8]);
+            prefetch_reaches(model.pipes[k + 8], pollutants);
         }
         touched.touch(&link);
         touched.touch(&pipe.storage);
