@@ -143,6 +143,8 @@ static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     CLI::Option* json = command.add_flag_callback(
         "--json", [&request] { request.form = SeriesForm::JSON; }, "JSON, for programs");
     csv->excludes(json);
+    command.add_flag("--recover", request.isRecovery,
+                     "Close a binary file whose run was killed behind its last whole report");
 }
 
 static std::string refuseNoPicture(const std::string& name) {

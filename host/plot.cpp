@@ -72,6 +72,7 @@ void setAxis(const ResultFile& file, const ResultWindow& window, PlotPicture& pi
 PlotPicture readPicture(const PlotRequest& request, const ResultWindow& window) {
     ResultFile file;
     result_open(file, request.file);
+    results_tellCut(file);
     if (file.periods == 0) {
         throw ResultError(file.name + " holds no report");
     }

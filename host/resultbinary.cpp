@@ -178,10 +178,29 @@ void readCodes(Cursor& cursor, const std::vector<ResultTable>& tables) {
     }
 }
 
+/// A file whose run was killed counts as long as its last whole record.
+void takeWholeRecords(const Cursor& cursor, ResultFile& file) {
+    const uint64_t records = (cursor.length - file.resultsOffset) / file.recordLength;
+    if (records == 0 || records > INT32_MAX) {
+        cursor.fail("is truncated, or its run was not ended: it has no closing block");
+    }
+    file.isEnded = false;
+    file.periods = static_cast<int32_t>(records);
+}
+
+bool hasClosing(Cursor& cursor, const ResultFile& file) {
+    if (cursor.length < file.resultsOffset + CLOSING_LENGTH) {
+        return false;
+    }
+    cursor.place = cursor.length - 4;
+    return cursor.readInteger() == MAGIC_NUMBER;
+}
+
 /// Compares the closing block with what the walk has found.
 void readClosing(Cursor& cursor, ResultFile& file, const uint64_t (&sections)[4]) {
-    if (cursor.length < file.resultsOffset + CLOSING_LENGTH) {
-        cursor.fail("is truncated");
+    if (!hasClosing(cursor, file)) {
+        takeWholeRecords(cursor, file);
+        return;
     }
     cursor.place = cursor.length - CLOSING_LENGTH;
     uint32_t stored[4];
@@ -190,10 +209,6 @@ void readClosing(Cursor& cursor, ResultFile& file, const uint64_t (&sections)[4]
     }
     const int32_t periods = cursor.readInteger();
     const uint64_t records = cursor.length - CLOSING_LENGTH - file.resultsOffset;
-    cursor.readInteger();  // the code of the run, which is no matter here
-    if (cursor.readInteger() != MAGIC_NUMBER) {
-        cursor.fail("is truncated, or its run was not ended: it has no closing block");
-    }
     for (int k = 0; k < 4; ++k) {
         if (stored[k] != static_cast<uint32_t>(sections[k])) {
             cursor.fail("is damaged: its sections are not where the closing block says");
@@ -260,8 +275,25 @@ void result_openBinary(ResultFile& file) {
         values += table.objects.size() * table.columns.size();
     }
     file.recordLength = 8 + 4 * values;
+    std::copy(std::begin(sections), std::end(sections), std::begin(file.sections));
     readClosing(cursor, file, sections);
     std::erase_if(file.tables, [](const ResultTable& table) { return table.objects.empty(); });
+}
+
+std::vector<unsigned char> result_makeClosing(const ResultFile& file) {
+    std::vector<unsigned char> bytes;
+    const auto add = [&](uint32_t number) {
+        for (int k = 0; k < 4; ++k) {
+            bytes.push_back(static_cast<unsigned char>(number >> (8 * k)));
+        }
+    };
+    for (const uint64_t section : file.sections) {
+        add(static_cast<uint32_t>(section));
+    }
+    add(static_cast<uint32_t>(file.periods));
+    add(0);  // nobody knows of an error
+    add(MAGIC_NUMBER);
+    return bytes;
 }
 
 /// Goes to the next record within the window; false if there is none.

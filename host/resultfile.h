@@ -50,6 +50,8 @@ struct ResultFile {
     sqlite3* database = nullptr;
     uint64_t resultsOffset = 0;  ///< binary file: place of the first record
     uint64_t recordLength = 0;   ///< binary file: bytes
+    uint64_t sections[4] = {};   ///< binary file: places of names, codes, dates and records
+    bool isEnded = true;         ///< false of a binary file without a closing block, whose run was killed
     mutable DatabaseWork work;   ///< counted by whoever reads
     double startDate = 0.0;      ///< days since 30 December 1899
     int32_t reportStep = 0;      ///< s
@@ -179,6 +181,10 @@ std::string result_getUnit(const std::string& table, const std::string& column);
 bool result_isWithin(const ResultWindow& window, double date);
 
 void result_openBinary(ResultFile& file);
+
+/// The closing block of a binary file that has none.
+std::vector<unsigned char> result_makeClosing(const ResultFile& file);
+
 void result_openDatabase(ResultFile& file);
 void result_beginBinaryRows(ResultRows& rows);
 void result_beginDatabaseRows(ResultRows& rows);

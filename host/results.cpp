@@ -10,6 +10,8 @@
 #include "characters.h"
 #include "console.h"
 #include "dates.h"
+#include "recover.h"
+#include "runidentity.h"
 #include "status.h"
 
 // --- texts ---------------------------------------------------------------------------------------------------------
@@ -33,6 +35,10 @@ static void showList(const ResultFile& file) {
     std::printf("%s: %d reports of %d s from %s on\n", characters_makePrintable(file.name).c_str(),
                 static_cast<int>(file.periods), static_cast<int>(file.reportStep),
                 result_formatDate(file.startDate).c_str());
+    const auto identity = runidentity_read(file);
+    if (!identity.empty()) {
+        std::printf("run: %s\n", runidentity_describe(identity).c_str());
+    }
     for (const ResultTable& table : file.tables) {
         std::printf("\n%s\n  columns:", table.name.c_str());
         for (const ResultColumn& column : table.columns) {
@@ -55,6 +61,15 @@ static void showList(const ResultFile& file) {
 
 // --- the command ---------------------------------------------------------------------------------------------------
 
+void results_tellCut(const ResultFile& file) {
+    if (!file.isEnded) {
+        std::fprintf(stderr,
+                     "tarnvelde: %s has no closing block: its run was killed, or a part of it is missing. Its %d whole "
+                     "reports are shown; tarnvelde results --recover closes the file behind them\n",
+                     characters_makePrintable(file.name).c_str(), static_cast<int>(file.periods));
+    }
+}
+
 bool results_readWindow(const std::string& from, const std::string& to, ResultWindow* window) {
     for (const auto& [text, date] : {std::pair{&from, &window->from}, std::pair{&to, &window->to}}) {
         if (!text->empty() && !dates_parse(*text, date)) {
@@ -70,6 +85,9 @@ bool results_readWindow(const std::string& from, const std::string& to, ResultWi
 }
 
 int results_execute(const ResultsRequest& request) {
+    if (request.isRecovery) {
+        return recover_execute(request.file);
+    }
     ResultWindow window;
     if (!results_readWindow(request.from, request.to, &window)) {
         return EXIT_WRONG_USAGE;
@@ -84,6 +102,7 @@ int results_execute(const ResultsRequest& request) {
     try {
         ResultFile file;
         result_open(file, request.file);
+        results_tellCut(file);
         if (!isShown) {
             showList(file);
         } else if (request.isSummary) {

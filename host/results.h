@@ -15,8 +15,12 @@ struct ResultsRequest {
     std::vector<std::string> columns;  ///< empty: all columns
     std::string from, to;              ///< dates; empty: from the start on, to the end
     bool isSummary;
+    bool isRecovery = false;
     SeriesForm form;
 };
+
+/// Tells on standard error of a file whose run was not ended.
+void results_tellCut(const ResultFile& file);
 
 /// Gives the exit status.
 int results_execute(const ResultsRequest& request);

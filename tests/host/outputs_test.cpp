@@ -45,6 +45,52 @@ TEST(HostOutputsKilled, LeavesWhatWasThere) {
     EXPECT_TRUE(fs::exists(report + ".part"));
 }
 
+TEST(HostOutputsKilled, CanBeReadAndRecovered) {
+    RunningProgram run({});
+    const std::string part = run.folder.file("model.bin.part");
+    ASSERT_TRUE(run.waitForSize("model.bin.part", 4000));
+    const ProcessResult early = runProgram({"results", part, "--recover"});
+    EXPECT_EQ(early.status, 1);
+    EXPECT_THAT(early.err, HasSubstr("a run still writes it"));
+    kill(run.child, SIGKILL);
+    EXPECT_EQ(run.wait(), 128 + SIGKILL);
+
+    const ProcessResult before = runProgram({"results", part, "--object", "P1", "--csv"});
+    EXPECT_EQ(before.status, 0);
+    EXPECT_THAT(before.out, HasSubstr("\n2024-01-01 00:10:00"));
+    EXPECT_THAT(before.err, HasSubstr("has no closing block"));
+    const ProcessResult recovery = runProgram({"results", part, "--recover"});
+    EXPECT_EQ(recovery.status, 0) << recovery.err;
+    EXPECT_THAT(recovery.out, HasSubstr(": closed behind "));
+    const ProcessResult after = runProgram({"results", part, "--object", "P1", "--csv"});
+    EXPECT_EQ(after.out, before.out);
+    EXPECT_EQ(after.err, "");
+    EXPECT_THAT(runProgram({"results", part, "--recover"}).out, HasSubstr("is closed already"));
+}
+
+TEST_F(HostOutputs, ThatAreRecoveredAreThoseOfAShorterRun) {
+    ASSERT_EQ(run({"--until", "2024/01/01 1:00"}).status, 0);
+    const std::string shorter = readFile(folder.file("model.bin"));
+    ASSERT_EQ(run({}).status, 0);
+    const std::string whole = readFile(folder.file("model.bin"));
+    ASSERT_GT(whole.size(), shorter.size());
+    const std::string cut = folder.write("cut.bin", whole.substr(0, shorter.size() - 28 + 5));  // and part of a record
+    EXPECT_EQ(runProgram({"results", cut, "--recover"}).status, 0);
+    EXPECT_TRUE(readFile(cut) == shorter);
+}
+
+TEST_F(HostOutputs, TellHowTheirRunEnded) {
+    ASSERT_EQ(run({}).status, 0);
+    const std::string bin = folder.file("model.bin");
+    EXPECT_THAT(runProgram({"results", bin}).out,
+                HasSubstr("\nrun: complete, from 2024-01-01 00:00:00 to 2024-01-01 02:00:00; version "));
+    ASSERT_EQ(run({"--until", "2024/01/01 1:00", "--database=" + folder.file("r.db")}).status, 0);
+    EXPECT_THAT(runProgram({"results", folder.file("r.db")}).out,
+                HasSubstr("\nrun: stopped, from 2024-01-01 00:00:00 to 2024-01-01 01:00:00; version "));
+    fs::last_write_time(bin, fs::last_write_time(bin) + std::chrono::seconds(10));  // another run wrote over it
+    EXPECT_THAT(runProgram({"results", bin}).out, testing::Not(HasSubstr("\nrun: ")));
+}
+
 TEST(HostOutputsShared, ASecondRunIsRefused) {
     RunningProgram first({});
     ASSERT_TRUE(first.waitForSize("model.bin.part", 4000));

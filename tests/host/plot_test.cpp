@@ -170,7 +170,8 @@ TEST_F(Results, APlotWithoutGnuplotNamesItsPackage) {
                      "plot", binary, "--object", "J1", "--column", "TotInflow", "-o", picture});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("gnuplot-nox"));
-    EXPECT_EQ(countFiles(folder.path), 5u);  // model, report, results and their identity, but neither a picture nor what it is made of
+    EXPECT_EQ(countFiles(folder.path),
+              5u);  // model, report, results and their identity, but neither a picture nor what it is made of
 }
 
 TEST_F(Results, APlotOfNoReportSaysSo) {

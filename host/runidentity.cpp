@@ -1,0 +1,93 @@
+// What a run is known by. The text beside a binary file is one of the library's if it begins as such, and belongs to
+// the file if it isn't older: a run that leaves none may have written over the results.
+
+#include "runidentity.h"
+
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <memory>
+#include <sstream>
+
+#include "characters.h"
+#include "files.h"
+#include "resultfile.h"
+
+namespace {
+
+constexpr const char* ENDING = ".run";
+constexpr const char* FIRST_LINE = "tarnvelde run";
+constexpr size_t MOST_BYTES = 4096;
+
+using Identity = std::map<std::string, std::string>;
+
+bool isOlder(const std::string& first, const std::string& second) {
+    struct stat a = {}, b = {};
+    if (stat(first.c_str(), &a) != 0 || stat(second.c_str(), &b) != 0) {
+        return true;
+    }
+    return a.st_mtim.tv_sec != b.st_mtim.tv_sec ? a.st_mtim.tv_sec < b.st_mtim.tv_sec
+                                                : a.st_mtim.tv_nsec < b.st_mtim.tv_nsec;
+}
+
+Identity readText(const std::string& results) {
+    const std::string name = results + ENDING;
+    if (!files_isRegular(name) || isOlder(name, results)) {
+        return {};
+    }
+    std::ifstream stream(name, std::ios::binary);
+    std::string bytes(MOST_BYTES, '\0');
+    stream.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    bytes.resize(static_cast<size_t>(stream.gcount()));
+    std::istringstream lines(bytes);
+    std::string line;
+    Identity identity;
+    if (!std::getline(lines, line) || line != FIRST_LINE) {
+        return {};
+    }
+    while (std::getline(lines, line)) {
+        const size_t blank = line.find(' ');
+        if (blank != std::string::npos) {
+            identity[line.substr(0, blank)] = line.substr(blank + 1);
+        }
+    }
+    return identity;
+}
+
+std::string getText(sqlite3_stmt* statement, int column) {
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
+    return text ? std::string(text).substr(0, MOST_BYTES) : std::string();
+}
+
+Identity readTable(const ResultFile& file) {
+    static constexpr const char* QUESTION =
+        "select Name, Value from TarnveldeRun where exists"
+        " (select 1 from sqlite_master where name='TarnveldeRun' and type='table' and rootpage > 0) limit 16";
+    sqlite3_stmt* raw = nullptr;
+    Identity identity;
+    if (sqlite3_prepare_v2(file.database, QUESTION, -1, &raw, nullptr) != SQLITE_OK) {
+        return identity;
+    }
+    const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement(raw, sqlite3_finalize);
+    while (sqlite3_step(raw) == SQLITE_ROW) {
+        identity[getText(raw, 0)] = getText(raw, 1);
+    }
+    return identity;
+}
+
+}  // namespace
+
+Identity runidentity_read(const ResultFile& file) {
+    return file.database ? readTable(file) : readText(file.name);
+}
+
+std::string runidentity_describe(const Identity& identity) {
+    const auto get = [&](const char* name) {
+        const auto found = identity.find(name);
+        return found == identity.end() ? std::string("?") : characters_makePrintable(found->second);
+    };
+    const std::string code = identity.count("code") > 0 ? " with code " + get("code") : std::string();
+    return get("state") + code + ", from " + get("begin") + " to " + get("end") + "; version " + get("version") +
+           ", inputs " + get("inputs");
+}
