@@ -3,9 +3,11 @@
 
 #include <string>
 
+#include "handle.h"
+
 struct CheckRequest {
     std::string model;
-    std::string engines;  ///< folder of the engines inside nodes; empty for the default
+    EngineFolders engines;
     bool isJson;
     bool isStrict;  ///< warnings make the exit status EXIT_DOUBT
 };

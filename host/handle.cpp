@@ -10,13 +10,13 @@ static std::string closeFolder(const std::string& folder) {
     return folder.empty() || folder.back() == '/' || folder.back() == '\\' ? folder : folder + '/';
 }
 
-ModelHandle handle_make(const std::string& engines) {
+ModelHandle handle_make(const EngineFolders& folders) {
     tv_model* made = nullptr;
     int32_t code = tv_create(&made);
     ModelHandle model(made);
     if (code == TV_OK) {
-        const std::string folder = closeFolder(engines);
-        code = tv_setEngines(model.get(), folder.c_str(), nullptr, folder.c_str(), nullptr);
+        const std::string engines = closeFolder(folders.engines), scratch = closeFolder(folders.scratch);
+        code = tv_setEngines(model.get(), engines.c_str(), scratch.c_str(), engines.c_str(), scratch.c_str());
     }
     if (code != TV_OK) {
         throw std::runtime_error(tv_describeCode(code));

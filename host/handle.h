@@ -11,5 +11,11 @@ struct ModelEnd {
 };
 using ModelHandle = std::unique_ptr<tv_model, ModelEnd>;
 
-/// A closed model that looks for the engines inside nodes in this folder, or, without one, where it does by default.
-[[nodiscard]] ModelHandle handle_make(const std::string& engines);
+/// Folders of the engines inside nodes; empty for the default.
+struct EngineFolders {
+    std::string engines;  ///< where they stand
+    std::string scratch;  ///< where private copies of them are made
+};
+
+/// A closed model that looks for the engines inside nodes in these folders.
+[[nodiscard]] ModelHandle handle_make(const EngineFolders& folders);

@@ -1,11 +1,11 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
-//                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--strict] [--quiet]
-//                             [--json [--balances]]
-//     tarnvelde check MODEL.inp [--engines D] [--strict] [--json]
+//                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch D]
+//                             [--strict] [--quiet] [--json [--balances]]
+//     tarnvelde check MODEL.inp [--engines D] [--scratch D] [--strict] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
-//                            [--csv | --json]
+//                            [--csv | --json] | --recover
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde explain [NAME]
 //     tarnvelde --version
@@ -71,8 +71,13 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
     command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
 }
 
-static void addCommonOptions(CLI::App& command, std::string& engines, bool& isJson, bool& isStrict) {
-    command.add_option("--engines", engines, "The folder of the engines inside nodes [that of this program]")
+static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
+    command.add_option("--engines", folders.engines, "The folder of the engines inside nodes [that of this program]")
+        ->type_name("FOLDER")
+        ->check(refuseNoFolder);
+    command
+        .add_option("--scratch", folders.scratch,
+                    "The folder for private copies of engines [that of TMPDIR, else /tmp or /var/tmp]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
     command.add_flag("--json", isJson, "One JSON object on standard output, for programs");

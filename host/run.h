@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "handle.h"
+
 /// What a run is asked for.
 struct RunRequest {
     std::string model;
@@ -15,8 +17,8 @@ struct RunRequest {
     std::string saveState;  ///< file that the last state goes to; empty for none
     std::string loadState;  ///< file of the state that the run goes on from; empty for none
     std::string hotStart;   ///< file of the state that the water is taken from; empty for none
-    std::string engines;    ///< folder of the engines inside nodes; empty for the default
-    int32_t threads = 1;    ///< that share the work
+    EngineFolders engines;
+    int32_t threads = 1;  ///< that share the work
     bool isQuiet;
     bool isJson;
     bool isStrict;     ///< warnings, and a red balance, make the exit status EXIT_DOUBT

@@ -127,6 +127,20 @@ TEST(HostCheck, EnginesAreTakenFromTheFolderThatIsGiven) {
     EXPECT_EQ(countFiles(folder.path / "engines"), 2u) << "private copies are left";
 }
 
+TEST(HostCheck, PrivateCopiesAreMadeInTheFolderThatIsGiven) {
+    namespace fs = std::filesystem;
+    TempFolder folder;
+    fs::copy(fs::path(TARNVELDE_SOURCE_DIR) / "examples" / "coupled", folder.path, fs::copy_options::recursive);
+    fs::create_directory(folder.path / "scratch");
+    const auto longAgo = fs::last_write_time(folder.path) - std::chrono::hours(1);
+    fs::last_write_time(folder.path / "scratch", longAgo);
+    const ProcessResult result = runProgram({"check", folder.file("coupled.inp"), "--engines", TARNVELDE_ENGINE_FOLDER,
+                                             "--scratch", folder.file("scratch")});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(fs::last_write_time(folder.path / "scratch"), longAgo) << "nothing was ever made there";
+    EXPECT_EQ(countFiles(folder.path / "scratch"), 0u);
+}
+
 TEST(HostCheck, AnUnknownHeaderMakesOneMessage) {
     TempFolder folder;
     const std::string model = folder.write("model.inp", std::string(GOOD_PROJECT) +

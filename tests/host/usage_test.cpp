@@ -25,7 +25,7 @@ TEST(HostUsage, HelpOfRunNamesItsOptions) {
     const ProcessResult result = runProgram({"run", "--help"});
     EXPECT_EQ(result.status, 0);
     for (const char* option : {"--report", "--results", "--database", "--until", "--save-state", "--load-state",
-                               "--hot-start", "--threads", "--engines", "--quiet", "--json"}) {
+                               "--hot-start", "--threads", "--engines", "--scratch", "--quiet", "--json"}) {
         EXPECT_THAT(result.out, HasSubstr(option));
     }
 }
@@ -51,6 +51,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"run", "a.inp", "--until", "tomorrow"},
                     std::vector<std::string>{"run", "a.inp", "--until", "2024/02/30"},
                     std::vector<std::string>{"run", "a.inp", "--engines", "no-such-folder"},
+                    std::vector<std::string>{"run", "a.inp", "--scratch", "no-such-folder"},
                     std::vector<std::string>{"run", "a.inp", "--save-state", ""},
                     std::vector<std::string>{"run", "a.inp", "--load-state", "s", "--hot-start", "s"}));
 
