@@ -77,6 +77,7 @@ void interrupt_install() {
     install(HANGUP_SIGNAL);
     install(INTERRUPT_SIGNAL);
     install(PIPE_SIGNAL);
+    signal(SIGXFSZ, SIG_IGN);  // the limit of a file's size is told like a full disk
     install(TERMINATE_SIGNAL);
 }
 

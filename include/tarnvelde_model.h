@@ -350,11 +350,12 @@ TV_API int32_t tv_report(tv_model* model);
 
 /* Ends a run: results are complete, and put in place. The project stays open and may be started again.
  * TV_ERROR_NOT_STARTED; a positive code if the results can't be completed, as 315 if the database can't be put in place:
- * an earlier file stays then, and the message tells why, and where the new results are. */
+ * an earlier file stays then, and the message tells why, and where the new results are. A run without a step leaves no
+ * results. */
 TV_API int32_t tv_end(tv_model* model);
 
-/* Ends a run if there is one, and closes the project, whatever the code. The report is put in place, unless no run was
- * ever started and the project had no errors. TV_ERROR_NOT_OPEN if there is none; TV_ERROR_FILE if the report can't be
+/* Ends a run if there is one, and closes the project, whatever the code. The report is put in place, unless no step
+ * was ever made and the project had no errors. TV_ERROR_NOT_OPEN if there is none; TV_ERROR_FILE if the report can't be
  * written to its last byte, and an earlier one stays then. */
 TV_API int32_t tv_close(tv_model* model);
 

@@ -31,7 +31,8 @@ struct tv_model {
     EngineLibraries engines;
     int32_t phase = TV_CLOSED;  ///< tv_phase
     int32_t work = WORK_NONE;   ///< HandleWork
-    bool hasRun = false;  ///< of this project, so that its report has something to tell
+    bool hasRun = false;        ///< of this project, so that its report has something to tell
+    bool hasStepped = false;    ///< of the run, so that its results have
     bool isReportLost = false;  ///< and its host was told
     bool keepsRows = false;
     bool wantsWarnings = true;

@@ -97,14 +97,17 @@ static bool openReport(tv_model* handle, const char* name, int32_t& code) {
     files.report = outputs_open(files.reportPlace, files.reportName, true, fault);
     if (!files.report) {
         code = failToOpen(handle, ERR_REPORT_FILE, files.reportName + ": " + describe(fault, files.reportPlace));
+        return false;
     }
-    return files.report != nullptr;
+    reportfile_hold(*handle->model);
+    return true;
 }
 
 /// Refuses a report that the project reads as an input. The report is dropped, and the model is gone.
 static int32_t refuseReport(tv_model* handle, const std::string& use) {
     Files& files = handle->model->files;
     const std::string detail = "the report " + files.reportName + " is " + use;
+    files.heldReport.reset();
     outputs_drop(files.reportPlace, files.report);
     run_close(*handle->model);
     return failToOpen(handle, ERR_FILE_NAMES, detail);
@@ -129,6 +132,7 @@ static int32_t readProject(tv_model* handle, const char* report) {
     if (!use.empty()) {
         return refuseReport(handle, use);
     }
+    reportfile_release(model);
     reportfile_flush(model);
     return modelhandle_tellError(handle, messageCount);
 }
@@ -254,7 +258,8 @@ static std::string findConflict(const Model& model, const std::string& results, 
     if (const std::string use = inputfiles_findUse(model, database, true); !use.empty()) {
         return database + " is " + use;
     }
-    if (inputfiles_areOne(report, results, false) || inputfiles_areOne(report, database, true)) {
+    const std::string& place = model.files.reportPlace.target;  // as it was found, wherever the host has gone since
+    if (inputfiles_areOne(place, results, false) || inputfiles_areOne(place, database, true)) {
         return report + " is the report";
     }
     return inputfiles_areOne(results, database, true) ? "results and database are one file" : "";
@@ -277,7 +282,7 @@ int32_t tv_start(tv_model* handle, const char* results, const char* database) {
         run_start(model, sinks);
         const int32_t code = modelhandle_tellError(handle, messageCount);
         if (code == TV_OK) {
-            handle->hasRun = true;
+            handle->hasStepped = false;
             modelhandle_updatePhase(handle);
         } else {
             run_end(model);
@@ -292,6 +297,7 @@ static bool step(tv_model* handle) {
     Model& model = *handle->model;
     const int32_t period = model.results->period;
     run_step(model, nullptr);
+    handle->hasRun = handle->hasStepped = true;
     modelhandle_updatePhase(handle);
     if (handle->phase == TV_FINISHED && model.error.code == ERR_NONE) {
         runreview_end(model);
@@ -370,7 +376,11 @@ static int32_t endRun(tv_model* handle) {
     if (model.error.code == before) {
         model.error.code = ERR_NONE;  // what the close meets is told, also if the run has met the same
     }
-    results_close(model);
+    if (handle->hasStepped) {
+        results_close(model);
+    } else {
+        results_drop(model);
+    }
     handle->phase = TV_OPEN;
     const int32_t code = modelhandle_tellError(handle, messageCount);
     model.error.code = ERR_NONE;
@@ -380,6 +390,7 @@ static int32_t endRun(tv_model* handle) {
 static int32_t closeProject(tv_model* handle) {
     int32_t code = handle->phase == TV_STARTED || handle->phase == TV_FINISHED ? endRun(handle) : TV_OK;
     Files& files = handle->model->files;
+    reportfile_release(*handle->model);
     OutputFault fault = OUTPUT_FINE;
     if (handle->hasRun || handle->phase == TV_FAILED) {
         fault = outputs_finish(files.reportPlace, files.report);

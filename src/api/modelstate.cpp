@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "api/modelhandle.h"
+#include "model/inputfiles.h"
 #include "platform/files.h"
 #include "platform/outputs.h"
 #include "project/state.h"
@@ -90,6 +91,14 @@ int32_t tv_hotStart(tv_model* handle, const void* bytes, size_t size) {
 
 // --- in files ------------------------------------------------------------------------------------------------------
 
+/// Whether the run reads or writes a file for which a state must not be taken.
+static bool isTaken(const Model& model, const std::string& path) {
+    const Files& files = model.files;
+    return !inputfiles_findUse(model, path, false).empty() ||
+           inputfiles_areOne(files.reportPlace.target, path, false) ||
+           inputfiles_areOne(files.resultsName, path, false) || inputfiles_areOne(path, files.databaseName, true);
+}
+
 int32_t tv_saveStateFile(const tv_model* handle, const char* path) {
     return modelhandle_take(handle, NEED_RUN, [&]() -> int32_t {
         if (!path) {
@@ -97,6 +106,9 @@ int32_t tv_saveStateFile(const tv_model* handle, const char* path) {
         }
         if (const int32_t code = testSaving(handle)) {
             return code;
+        }
+        if (isTaken(*handle->model, path)) {
+            return TV_ERROR_FILE;
         }
         std::vector<char> bytes(state_getSize(*handle->model));
         state_save(*handle->model, bytes.data());

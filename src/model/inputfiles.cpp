@@ -16,11 +16,16 @@ void inputfiles_addForeign(Model& model, const std::string& path, const std::str
     model.files.inputs.push_back({outputs_identify(path), false, use});
 }
 
-/// All files that an output makes: itself, the one that is written aside, and the company of a database.
+/// All files that an output makes: itself, the one that is written aside, the text about its run, and the company of a
+/// database.
 static std::vector<FileIdentity> list(const std::string& output, bool isDatabase) {
-    std::vector<FileIdentity> files{outputs_identify(output), outputs_identify(output + FILE_IN_THE_MAKING)};
+    const FileIdentity itself = outputs_identify(output);
+    const std::string& target = itself.path;
+    std::vector<FileIdentity> files{itself, outputs_identify(target + FILE_IN_THE_MAKING),
+                                    outputs_identify(target + IDENTITY_ENDING),
+                                    outputs_identify(target + IDENTITY_ENDING + FILE_IN_THE_MAKING)};
     if (isDatabase) {
-        for (const std::string& base : {output, output + FILE_IN_THE_MAKING}) {
+        for (const std::string& base : {target, target + FILE_IN_THE_MAKING}) {
             for (const char* ending : {"-journal", "-wal", "-shm"}) {
                 files.push_back(outputs_identify(base + ending));
             }
@@ -44,7 +49,7 @@ std::string inputfiles_findUse(const Model& model, const std::string& output, bo
 }
 
 bool inputfiles_areOne(const std::string& first, const std::string& second, bool isDatabase) {
-    if (first.empty() || second.empty()) {
+    if (first.empty() || second.empty() || outputs_isNowhere(first)) {
         return false;
     }
     for (const FileIdentity& one : list(first, false)) {

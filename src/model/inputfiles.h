@@ -5,6 +5,9 @@
 
 struct Model;
 
+/// What stands behind the name of a binary file of results for the text about its run.
+constexpr const char* IDENTITY_ENDING = ".run";
+
 /// What the project itself is read for.
 constexpr const char* PROJECT_USE = "the project";
 

@@ -212,7 +212,8 @@ struct Clock {
 /// Text of the report that waits to be written.
 struct HeldText {
     std::string text;
-    bool hasBegun = false;  ///< the file was emptied for it
+    bool hasBegun = false;         ///< the file was emptied for it
+    OutputPlace* place = nullptr;  ///< of the report
 };
 
 /// A file that is read, and what for.

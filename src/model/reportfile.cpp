@@ -1,8 +1,8 @@
 // The text report as a stream. The lifecycle opens and closes it; errors write their messages into it as they come, and
 // the room report its tables at the end.
 //
-// A report that is written in place is held back while its project is read: only then is it known that the file isn't
-// one that the project reads. What can't be held for want of memory is written at once.
+// A report is held back while its project is read: only then is it known that neither the file nor the one that is
+// written aside is one that the project reads. What can't be held for want of memory is written at once.
 
 #include "model/reportfile.h"
 
@@ -18,12 +18,13 @@ static constexpr size_t HELD_SIZE = size_t{1} << 16;  ///< so that the message o
 void reportfile_hold(Model& model) {
     model.files.heldReport = std::make_unique<HeldText>();
     model.files.heldReport->text.reserve(HELD_SIZE);
+    model.files.heldReport->place = &model.files.reportPlace;
 }
 
 static void writeHeld(const Files& files) {
     HeldText& held = *files.heldReport;
     if (!held.hasBegun) {
-        outputs_empty(files.report);
+        outputs_empty(*held.place, files.report);
         held.hasBegun = true;
     }
     std::fwrite(held.text.data(), 1, held.text.size(), files.report);

@@ -16,6 +16,7 @@
 
 #if defined(_WIN32)
 #include <io.h>
+#include <process.h>
 #include <share.h>
 #include <windows.h>
 #else
@@ -31,6 +32,23 @@ static void closeDescriptor(int32_t descriptor) {
     _close(descriptor);
 }
 
+int32_t outputs_getProcess() {
+    return _getpid();
+}
+
+static bool isLink(const std::string&) {
+    return false;
+}
+
+static bool hasOneName(std::FILE*) {
+    return true;
+}
+
+/// A file that is open stays where it is.
+static bool isStillThere(const OutputPlace&, int32_t) {
+    return true;
+}
+
 static std::string resolve(const std::string& name) {
     char path[32768];
     const DWORD length = GetFullPathNameA(name.c_str(), sizeof path, path, nullptr);
@@ -42,7 +60,7 @@ static bool isSpecial(const std::string& path) {
     return _stat64(path.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) != _S_IFREG;
 }
 
-static bool isNowhere(const std::string& path) {
+bool outputs_isNowhere(const std::string& path) {
     return path == "\\\\.\\NUL" || path == "\\\\.\\nul";
 }
 
@@ -114,8 +132,14 @@ FileIdentity outputs_identify(const std::string& name) {
 static constexpr int32_t MOST_LINKS = 40;  ///< on the way to a file, as systems count them
 static constexpr int32_t MOST_TRIES = 16;  ///< to get hold of a file that others put in place meanwhile
 
+/// The lock goes at once, also where a forked process still has the descriptor.
 static void closeDescriptor(int32_t descriptor) {
+    flock(descriptor, LOCK_UN);
     close(descriptor);
+}
+
+int32_t outputs_getProcess() {
+    return static_cast<int32_t>(getpid());
 }
 
 static std::string getFolder(const std::string& path) {
@@ -159,8 +183,7 @@ static bool isSpecial(const std::string& path) {
     return stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode);
 }
 
-/// Whether this is the device that takes all and keeps nothing.
-static bool isNowhere(const std::string& path) {
+bool outputs_isNowhere(const std::string& path) {
     struct stat status, nowhere;
     return stat(path.c_str(), &status) == 0 && S_ISCHR(status.st_mode) && stat("/dev/null", &nowhere) == 0 &&
            S_ISCHR(nowhere.st_mode) && status.st_rdev == nowhere.st_rdev;
@@ -169,6 +192,23 @@ static bool isNowhere(const std::string& path) {
 static bool standsFor(const std::string& path, const struct stat& open) {
     struct stat named;
     return stat(path.c_str(), &named) == 0 && named.st_dev == open.st_dev && named.st_ino == open.st_ino;
+}
+
+static bool isLink(const std::string& path) {
+    struct stat status;
+    return lstat(path.c_str(), &status) == 0 && S_ISLNK(status.st_mode);
+}
+
+/// Whether nobody knows the file by another name.
+static bool hasOneName(std::FILE* file) {
+    struct stat status;
+    return fstat(fileno(file), &status) == 0 && status.st_nlink == 1;
+}
+
+/// Whether the file that was written still stands aside.
+static bool isStillThere(const OutputPlace& place, int32_t lock) {
+    struct stat status;
+    return lock < 0 || fstat(lock, &status) != 0 || standsFor(place.written, status);
 }
 
 /// Opens a file that nobody else may write from now on; below 0 with a fault. Where the system has no locks, as on some
@@ -220,7 +260,8 @@ static bool cut(int32_t descriptor) {
 static void copyMode(const std::string& from, int32_t descriptor) {
     struct stat status;
     if (stat(from.c_str(), &status) == 0) {
-        static_cast<void>(fchmod(descriptor, status.st_mode & 07777));
+        static_cast<void>(!fchown(descriptor, status.st_uid, status.st_gid));
+        static_cast<void>(fchmod(descriptor, status.st_mode & 0777));
     }
 }
 
@@ -281,9 +322,8 @@ static std::FILE* open(OutputPlace& place, int32_t descriptor, OutputFault& faul
     return file ? file : refuse(place, fault, fault == OUTPUT_IN_USE ? OUTPUT_IN_USE : OUTPUT_NOT_OPEN);
 }
 
-/// Whether a run writes aside what is to stand here.
-static bool isInTheMaking(const std::string& path) {
-    const std::string aside = path + FILE_IN_THE_MAKING;
+bool outputs_isInTheMaking(const std::string& path) {
+    const std::string aside = resolve(path) + FILE_IN_THE_MAKING;
     if (!files_exists(aside) || isSpecial(aside)) {
         return false;
     }
@@ -296,10 +336,11 @@ static bool isInTheMaking(const std::string& path) {
 }
 
 static std::FILE* openInPlace(OutputPlace& place, const std::string& name, OutputFault& fault) {
-    if (isInTheMaking(resolve(name))) {
+    if (outputs_isInTheMaking(name)) {
         return refuse(place, fault, OUTPUT_IN_USE);
     }
-    place.target = place.written = name;
+    place.target = place.written = resolve(name);
+    place.isOurs = true;
     return open(place, openOwn(name, true, fault), fault);
 }
 
@@ -307,11 +348,14 @@ static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputF
     errno = 0;
     place.target = resolve(name);
     place.written = place.target + FILE_IN_THE_MAKING;
-    if (isNowhere(place.target)) {
+    if (outputs_isNowhere(place.target)) {
         return openInPlace(place, name, fault);
     }
-    if (isSpecial(place.target) || isSpecial(place.written)) {
+    if (isSpecial(place.target) || isSpecial(place.written) || isLink(place.written)) {
         return refuse(place, fault, OUTPUT_NO_FILE);
+    }
+    if (isLink(place.target)) {  // in a circle
+        return refuse(place, fault, OUTPUT_NOT_OPEN);
     }
     const bool isThere = files_exists(place.target);
     if (isThere && !canBeWritten(place.target)) {
@@ -323,14 +367,14 @@ static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputF
             return refuse(place, fault, fault);
         }
     }
-    std::FILE* file = resolve(place.written) == place.written ? open(place, openOwn(place.written, true, fault), fault)
-                                                              : refuse(place, fault, OUTPUT_NO_FILE);
+    place.isOurs = !files_exists(place.written);
+    std::FILE* file = open(place, openOwn(place.written, true, fault), fault);
     if (!file) {
         return nullptr;
     }
-    if (!cut(getDescriptor(file))) {
+    if (!hasOneName(file)) {
         std::fclose(file);
-        return refuse(place, fault, OUTPUT_NOT_OPEN);
+        return refuse(place, fault, OUTPUT_NO_FILE);
     }
     if (isThere) {
         copyMode(place.target, getDescriptor(file));
@@ -340,19 +384,48 @@ static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputF
 
 std::FILE* outputs_open(OutputPlace& place, const std::string& name, bool isAside, OutputFault& fault) {
     place = {};
+    place.process = outputs_getProcess();
     errno = 0;
     fault = OUTPUT_FINE;
     return isAside ? openAside(place, name, fault) : openInPlace(place, name, fault);
 }
 
-bool outputs_empty(std::FILE* file) {
+bool outputs_empty(OutputPlace& place, std::FILE* file) {
+    place.isOurs = true;
     return cut(getDescriptor(file));
+}
+
+int32_t outputs_lock(const std::string& path, OutputFault& fault) {
+    return openOwn(path, true, fault);
+}
+
+void outputs_unlock(int32_t lock) {
+    if (lock >= 0) {
+        closeDescriptor(lock);
+    }
 }
 
 // --- the end -------------------------------------------------------------------------------------------------------
 
 static bool isAside(const OutputPlace& place) {
     return place.written != place.target;
+}
+
+static bool isForeign(const OutputPlace& place) {
+    return place.process != outputs_getProcess();
+}
+
+/// Lets go of a file that another process, of which this one was forked, goes on writing: with nothing of what waits in
+/// the buffers, and with its locks, which both have.
+static void forget(OutputPlace& place, std::FILE*& file) {
+#if !defined(_WIN32)
+    close(fileno(file));
+    if (place.held >= 0) {
+        close(place.held);
+    }
+#endif
+    file = nullptr;
+    place = {};
 }
 
 static void release(OutputPlace& place) {
@@ -366,10 +439,10 @@ static void release(OutputPlace& place) {
 /// Puts a closed file in place, if nobody else has begun to write one there.
 static OutputFault putInPlace(OutputPlace& place) {
     OutputFault fault = OUTPUT_FINE;
+    if (isSpecial(place.target)) {
+        return OUTPUT_NO_FILE;
+    }
     if (place.held < 0 && files_exists(place.target)) {
-        if (isSpecial(place.target)) {
-            return OUTPUT_NO_FILE;
-        }
         place.held = openOwn(place.target, false, fault);
     }
     if (fault != OUTPUT_IN_USE) {
@@ -383,6 +456,10 @@ OutputFault outputs_finish(OutputPlace& place, std::FILE*& file) {
     if (!file) {
         return OUTPUT_FINE;
     }
+    if (isForeign(place)) {
+        forget(place, file);
+        return OUTPUT_FINE;
+    }
     errno = 0;
     bool isWell = std::fflush(file) == 0 && std::ferror(file) == 0;
     if (isWell && isAside(place) && files_exists(place.target)) {
@@ -394,7 +471,9 @@ OutputFault outputs_finish(OutputPlace& place, std::FILE*& file) {
     OutputFault fault = isWell ? OUTPUT_FINE : OUTPUT_NOT_WRITTEN;
     place.reason = isWell ? 0 : errno;
     if (isAside(place)) {
-        if (isWell) {
+        if (!isStillThere(place, lock)) {
+            fault = OUTPUT_TAKEN;
+        } else if (isWell) {
             fault = putInPlace(place);
         } else {
             files_delete(place.written.c_str());
@@ -408,6 +487,10 @@ OutputFault outputs_finish(OutputPlace& place, std::FILE*& file) {
 }
 
 void outputs_leave(OutputPlace& place, std::FILE*& file) {
+    if (file && isForeign(place)) {
+        forget(place, file);
+        return;
+    }
     if (file) {
         std::fclose(file);
         file = nullptr;
@@ -416,8 +499,13 @@ void outputs_leave(OutputPlace& place, std::FILE*& file) {
 }
 
 void outputs_drop(OutputPlace& place, std::FILE*& file) {
+    if (file && isForeign(place)) {
+        forget(place, file);
+        return;
+    }
     if (file) {
-        const std::string written = isSpecial(place.written) ? std::string() : place.written;
+        const bool isLeft = isSpecial(place.written) || !place.isOurs || !isStillThere(place, getDescriptor(file));
+        const std::string written = isLeft ? std::string() : place.written;
 #if !defined(_WIN32)
         files_delete(written.c_str());  // while its lock keeps others off the name
 #endif
@@ -434,6 +522,7 @@ std::string outputs_describe(OutputFault fault, int32_t reason) {
     switch (fault) {
         case OUTPUT_IN_USE: return "another run writes it";
         case OUTPUT_NO_FILE: return "it is a folder, a device or a pipe";
+        case OUTPUT_TAKEN: return "what was written aside has been taken away";
         case OUTPUT_NOT_OPEN:
         case OUTPUT_NOT_WRITTEN: return reason != 0 ? std::generic_category().message(reason) : "the system refuses";
         default: return {};
@@ -447,7 +536,7 @@ OutputFault outputs_writeWhole(const std::string& path, const void* bytes, size_
     if (!file) {
         return fault;
     }
-    if (std::fwrite(bytes, 1, size, file) != size) {
+    if (!outputs_empty(place, file) || std::fwrite(bytes, 1, size, file) != size) {
         outputs_drop(place, file);
         return OUTPUT_NOT_WRITTEN;
     }

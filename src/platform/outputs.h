@@ -17,6 +17,7 @@ enum OutputFault : int32_t {
     OUTPUT_IN_USE,       ///< another run writes it
     OUTPUT_NO_FILE,      ///< it is a folder, a device or a pipe, which nothing can be put in place of
     OUTPUT_NOT_WRITTEN,  ///< a write, or the end of it, has failed
+    OUTPUT_TAKEN,        ///< the file aside is gone, or another one stands there
 };
 
 /// Where an output is to stand, and where it stands while it is written.
@@ -25,14 +26,29 @@ struct OutputPlace {
     std::string written;  ///< the target itself, or the file aside; empty while none is open
     int32_t held = -1;    ///< what keeps others off the file that stands at the target; -1 for nothing
     int32_t reason = 0;   ///< errno of the last fault, where the system gave one
+    bool isOurs = false;  ///< what stands aside was made, or emptied, by this run
+    int32_t process = 0;  ///< that has opened it; a copy of it that was forked changes nothing
 };
 
-/// Opens a file for writing and reading, empty if it is written aside; in place it keeps its bytes until it is emptied.
+/// Opens a file for writing and reading. It keeps its bytes until it is emptied.
 /// The null device is always written in place. Null with a fault if it can't be opened, and nothing has changed then.
 [[nodiscard]] std::FILE* outputs_open(OutputPlace& place, const std::string& name, bool isAside, OutputFault& fault);
 
-/// Empties a file that is written in place; false if that fails. What is no file has nothing to be emptied of.
-bool outputs_empty(std::FILE* file);
+/// Empties a file; false if that fails. What is no file has nothing to be emptied of.
+bool outputs_empty(OutputPlace& place, std::FILE* file);
+
+/// Keeps other runs off a file that something else than a stream writes; below 0 with a fault. To be let go of.
+[[nodiscard]] int32_t outputs_lock(const std::string& path, OutputFault& fault);
+void outputs_unlock(int32_t lock);
+
+/// Whether a run writes aside what is to stand here.
+[[nodiscard]] bool outputs_isInTheMaking(const std::string& path);
+
+/// Whether this is the null device.
+[[nodiscard]] bool outputs_isNowhere(const std::string& path);
+
+/// The number of this process.
+[[nodiscard]] int32_t outputs_getProcess();
 
 /// Closes a file with all that was written to it, and puts it in place. A file aside whose last byte can't be written
 /// is deleted; one that can't be put in place stays aside.
@@ -41,7 +57,8 @@ bool outputs_empty(std::FILE* file);
 /// Closes a file, and leaves it as and where it stands.
 void outputs_leave(OutputPlace& place, std::FILE*& file);
 
-/// Closes a file that isn't wanted, and deletes it, but no device or pipe; what stands in the place of one aside stays.
+/// Closes a file that isn't wanted, and deletes it, but no device or pipe, and nothing that this run has found aside
+/// and not emptied; what stands in the place of one aside stays.
 void outputs_drop(OutputPlace& place, std::FILE*& file);
 
 /// A fault in words, for the end of a sentence.

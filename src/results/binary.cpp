@@ -140,7 +140,7 @@ static bool openFile(Model& model) {
     if (inputfiles_findUse(model, name, false).empty()) {
         out.file = outputs_open(out.place, name, model.log != nullptr, fault);
     }
-    if (out.file && !outputs_empty(out.file)) {
+    if (out.file && !outputs_empty(out.place, out.file)) {
         outputs_leave(out.place, out.file);
     }
     if (out.file) {
@@ -284,9 +284,14 @@ void binary_takeBack(Model& model, int32_t period, uint64_t recordSize) {
     out.missingCount = period - 1 - countRecords(out.runs.front().offset, end, recordSize);
 }
 
+/// Whether the file belongs to a process of which this one was forked.
+static bool isForeign(const BinaryResults& out) {
+    return out.file && out.place.process != outputs_getProcess();
+}
+
 void binary_end(Model& model, int32_t periodCount) {
     BinaryResults& out = *model.binary;
-    if (!out.file) {
+    if (!out.file || isForeign(out)) {
         return;
     }
     if (out.isLost) {
@@ -303,17 +308,20 @@ void binary_end(Model& model, int32_t periodCount) {
 /// Puts a file aside in place. Of one that is written in place, nobody asks any more.
 static void finish(Model& model) {
     BinaryResults& out = *model.binary;
-    const std::string written = out.place.written;
+    const std::string written = out.place.written, target = out.place.target;
     const bool isAside = written != out.place.target;
+    if (isAside) {
+        identity_removeBeside(target);
+    }
     const OutputFault fault = outputs_finish(out.place, out.file);
     if (fault == OUTPUT_FINE && isAside) {
-        identity_writeBeside(model);
+        identity_writeBeside(model, target);
     }
     if (fault == OUTPUT_FINE || !model.log) {
         return;
     }
     std::string detail = model.files.resultsName + ": " + outputs_describe(fault, out.place.reason);
-    if (fault != OUTPUT_NOT_WRITTEN) {
+    if (fault == OUTPUT_NOT_OPEN || fault == OUTPUT_IN_USE) {
         detail += "; the results stand in " + written;
     }
     messages_setDetail(model, (" (" + detail + ")").c_str());
@@ -323,6 +331,10 @@ static void finish(Model& model) {
 void binary_close(Model& model, bool isKept) {
     BinaryResults& out = *model.binary;
     if (!out.file) {
+        return;
+    }
+    if (isForeign(out)) {
+        binary_leave(model);
         return;
     }
     flushBuffer(out);
@@ -343,7 +355,7 @@ void binary_drop(Model& model) {
 
 void binary_leave(Model& model) {
     BinaryResults& out = *model.binary;
-    if (out.file) {
+    if (out.file && !isForeign(out)) {
         flushBuffer(out);
     }
     outputs_leave(out.place, out.file);

@@ -23,6 +23,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "model/errors.h"
 #include "model/messages.h"
@@ -32,6 +33,7 @@
 #include "platform/console.h"
 #include "platform/encoding.h"
 #include "platform/files.h"
+#include "platform/outputs.h"
 #include "results/identity.h"
 #include "results/rows.h"
 #include "results/sqltext.h"
@@ -317,6 +319,10 @@ static void createTables(Model& model) {
 
 static void openInPlace(Model& model) {
     DatabaseResults& database = *model.database;
+    if (outputs_isInTheMaking(model.files.databaseName)) {
+        refuseFile(model, "");
+        return;
+    }
     database.patience.milliseconds = PATIENCE;
     if (openFile(model, model.files.databaseName)) {
         database.hadTables = hasTables(model);
@@ -328,6 +334,18 @@ static void openInPlace(Model& model) {
 static bool isTaken(const Model& model, const std::string& path) {
     return databaseplace_isSame(path, model.files.inputName) || databaseplace_isSame(path, model.files.reportName) ||
            databaseplace_isSame(path, model.files.resultsName);
+}
+
+/// The lock that all other outputs have. It outlives the connection: to close any other descriptor of a file costs
+/// SQLite its own locks on it.
+static bool lockAside(DatabaseResults& database, std::string& reason) {
+    OutputFault fault = OUTPUT_FINE;
+    const bool isFile = !files_exists(database.place.aside) || databaseplace_isFile(database.place.aside);
+    database.lock = isFile ? outputs_lock(database.place.aside, fault) : -1;
+    if (fault == OUTPUT_IN_USE) {
+        reason = outputs_describe(fault, 0);
+    }
+    return fault != OUTPUT_IN_USE;
 }
 
 static void openAside(Model& model) {
@@ -347,8 +365,12 @@ static void openAside(Model& model) {
         }
     }
     std::string reason = "its name is that of another file of the run";
-    if (!isTaken(model, database.place.aside)) {
+    const bool isNew = !files_exists(database.place.aside);
+    if (!isTaken(model, database.place.aside) && lockAside(database, reason)) {
         database.handle = databaseplace_openAside(database.place.aside, reason);
+        if (!database.handle && isNew) {
+            files_delete(database.place.aside.c_str());
+        }
     }
     if (!database.handle) {
         refuseFile(model, database.place.aside + ": " + reason);
@@ -363,6 +385,7 @@ static void openAside(Model& model) {
 void database_open(Model& model) {
     database_abandon(model);
     DatabaseResults& database = *model.database;
+    database.process = outputs_getProcess();
     database.isBegun = database.isStopped = database.isAside = database.hadTables = false;
     database.loss.clear();
     database.openRows = 0;
@@ -581,12 +604,30 @@ static void release(DatabaseResults& database) {
     database.statement = {};
 }
 
+/// Whether the connection belongs to a process of which this one was forked: SQLite must not be called with it.
+static bool isForeign(const DatabaseResults& database) {
+    return database.handle && database.process != outputs_getProcess();
+}
+
+static void forget(DatabaseResults& database) {
+    database.handle = nullptr;
+    database.lock = -1;
+    database.inserts = {};
+    database.waiting = {};
+}
+
 void database_abandon(Model& model) {
-    release(*model.database);
-    if (model.database->handle) {
-        sqlite3_close(model.database->handle);
-        model.database->handle = nullptr;
+    DatabaseResults& database = *model.database;
+    if (isForeign(database)) {
+        forget(database);
+        return;
     }
+    release(database);
+    if (database.handle) {
+        sqlite3_close(database.handle);
+        database.handle = nullptr;
+    }
+    outputs_unlock(std::exchange(database.lock, -1));
 }
 
 /// The report of a model of the first face is closed by now, and it has no log: a commit that fails is told where all
@@ -671,13 +712,26 @@ static void closeAside(Model& model, bool isKept) {
 }
 
 void database_close(Model& model, bool isKept) {
-    if (!model.database->handle) {
+    DatabaseResults& database = *model.database;
+    if (isForeign(database)) {
+        forget(database);
+    }
+    if (!database.handle) {
         return;
     }
     insertWaiting(model);
-    if (model.database->isAside) {
+    if (database.isAside) {
         closeAside(model, isKept);
     } else {
         closeInPlace(model, isKept);
     }
+    outputs_unlock(std::exchange(database.lock, -1));
+}
+
+void database_drop(Model& model) {
+    DatabaseResults& database = *model.database;
+    if (database.handle && database.isAside && !isForeign(database)) {
+        closeAside(model, false);
+    }
+    database_abandon(model);
 }

@@ -38,6 +38,8 @@ struct DatabaseResults {
     int32_t openRows;                     ///< rows since the last commit
     DatabasePatience patience;            ///< with others that use the file
     DatabasePlace place;                  ///< of a database aside
+    int32_t lock = -1;                    ///< that keeps runs off it which know nothing of SQLite's own
+    int32_t process = 0;                  ///< that has opened it: a forked one may do nothing with it
     std::string statement;                ///< in hand
     std::vector<DatabaseInsert> inserts;  ///< by table; empty while no database is open
     DatabaseRows waiting;
@@ -61,3 +63,6 @@ void database_close(Model& model, bool isKept);
 
 /// Closes the database; what the run has written is taken back, or stays aside.
 void database_abandon(Model& model);
+
+/// Closes a database that isn't wanted: of one aside nothing is left, and in one in place nothing has changed.
+void database_drop(Model& model);

@@ -4,8 +4,11 @@
 #include "results/identity.h"
 
 #include <cstdio>
+#include <cstring>
+#include <memory>
 
 #include "model/errors.h"
+#include "model/inputfiles.h"
 #include "model/model.h"
 #include "model/project.h"
 #include "platform/files.h"
@@ -44,13 +47,33 @@ std::vector<std::pair<const char*, std::string>> identity_list(const Model& mode
     return list;
 }
 
-void identity_writeBeside(const Model& model) {
-    std::string text = "tarnvelde run\n";
+static constexpr char FIRST_LINE[] = "tarnvelde run\n";
+
+/// Whether a text of ours stands there, or nothing at all.
+static bool isOurs(const std::string& path) {
+    if (!files_exists(path)) {
+        return true;
+    }
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(files_openForReading(path.c_str()), std::fclose);
+    char line[sizeof FIRST_LINE] = "";
+    return file && std::fread(line, 1, sizeof FIRST_LINE - 1, file.get()) == sizeof FIRST_LINE - 1 &&
+           std::memcmp(line, FIRST_LINE, sizeof FIRST_LINE - 1) == 0;
+}
+
+void identity_removeBeside(const std::string& results) {
+    const std::string path = results + IDENTITY_ENDING;
+    if (files_exists(path) && isOurs(path)) {
+        files_delete(path.c_str());
+    }
+}
+
+void identity_writeBeside(const Model& model, const std::string& results) {
+    std::string text = FIRST_LINE;
     for (const auto& [name, value] : identity_list(model)) {
         text.append(name).append(" ").append(value).append("\n");
     }
-    const std::string path = model.files.resultsName + IDENTITY_ENDING;
-    if (outputs_writeWhole(path, text.data(), text.size()) != OUTPUT_FINE) {
-        files_delete(path.c_str());
+    const std::string path = results + IDENTITY_ENDING;
+    if (isOurs(path) && outputs_writeWhole(path, text.data(), text.size()) != OUTPUT_FINE) {
+        identity_removeBeside(results);
     }
 }

@@ -8,11 +8,11 @@
 
 struct Model;
 
-/// What stands behind the name of a binary file for the text about its run.
-constexpr const char* IDENTITY_ENDING = ".run";
-
 /// Names and values, as the run stands now.
 [[nodiscard]] std::vector<std::pair<const char*, std::string>> identity_list(const Model& model);
 
-/// Writes the text beside the binary file that has just been put in place; one that can't be written is left away.
-void identity_writeBeside(const Model& model);
+/// Takes away the text of an earlier run beside a binary file that is to be put in place.
+void identity_removeBeside(const std::string& results);
+
+/// Writes the text beside a binary file that was put in place. Where something else stands it is left away.
+void identity_writeBeside(const Model& model, const std::string& results);

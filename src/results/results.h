@@ -39,7 +39,7 @@ void results_end(Model& model);
 /// Lets go of buffers and sinks. Kept are the results of the last save mode; others are deleted.
 void results_close(Model& model);
 
-/// Lets go of the results of a start that failed: what is in place stays.
+/// Lets go of the results of a start that failed, or of a run without a step: what is in place stays.
 void results_drop(Model& model);
 
 /// The same for a project that a new one replaces: nothing is completed, and nothing deleted.

@@ -220,10 +220,110 @@ TEST(RunIdentity, IsLeftAwayByTheOldFaceAndByTheNullDevice) {
     EXPECT_FALSE(fs::exists(project.results + ".run"));
     TvModel model;
     ASSERT_EQ(tv_open(model, project.input.c_str(), "/dev/null"), TV_OK);
-    ASSERT_EQ(tv_start(model, "/dev/null", nullptr), CODE_SAME_NAMES);  // one device for both
-    EXPECT_EQ(tv_close(model), TV_OK);
-    ASSERT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
     ASSERT_EQ(tv_start(model, "/dev/null", nullptr), TV_OK);
+    ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
     EXPECT_EQ(tv_close(model), TV_OK);
     EXPECT_FALSE(fs::exists("/dev/null.run"));
+}
+
+TEST(RunIdentity, IsWrittenOverNothingElse) {
+    const SeriesProject project;
+    const std::string beside = project.results + ".run";
+    project.folder.write(fs::path(beside).filename().string(), "of the user");
+    EXPECT_EQ(runFor(project, 1.0), "of the user");
+    fs::remove(beside);
+    fs::create_directory(beside);
+    runFor(project, 1.0);
+    EXPECT_TRUE(fs::is_directory(beside));
+    EXPECT_TRUE(fs::exists(project.results));
+}
+
+// --- what hosts do -------------------------------------------------------------------------------------------------
+
+TEST(Outputs, AreNoInputUnderTheNamesOfFilesBesideThem) {
+    const SeriesProject project;
+    const std::string text = readFile(project.input);
+    for (const char* name : {"r.bin.part", "r.bin.run", "r.bin.run.part", "far/r.bin.part"}) {
+        SCOPED_TRACE(name);
+        fs::create_directories(project.name("far"));
+        fs::remove(project.name("link.bin"));
+        fs::create_symlink("far/r.bin", project.name("link.bin"));
+        project.folder.write(name, project.seriesBytes);
+        project.write(text.substr(0, text.rfind("rain.dat")) + name + '\n');
+        const bool isFar = std::string(name).find("far") == 0;
+        TvModel model;
+        EXPECT_EQ(tv_open(model, project.input.c_str(), project.name(isFar ? "link.bin" : "r.bin").c_str()),
+                  CODE_SAME_NAMES);
+        ASSERT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+        EXPECT_EQ(tv_start(model, project.name(isFar ? "link.bin" : "r.bin").c_str(), nullptr), CODE_SAME_NAMES);
+        EXPECT_EQ(tv_close(model), TV_OK);
+        EXPECT_EQ(readFile(project.name(name)), project.seriesBytes);
+        fs::remove(project.name(name));
+    }
+}
+
+TEST(Outputs, OfAStateAreNoInputsAndNoResults) {
+    const SeriesProject project;
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), project.report.c_str()), TV_OK);
+    ASSERT_EQ(tv_start(model, project.results.c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_step(model), TV_OK);
+    const std::string bytes = readFile(project.input);
+    for (const std::string& name : {project.input, project.series, project.results, project.results + ".part",
+                                    project.report, project.report + ".part"}) {
+        EXPECT_EQ(tv_saveStateFile(model, name.c_str()), TV_ERROR_FILE) << name;
+    }
+    EXPECT_EQ(tv_saveStateFile(model, project.name("state").c_str()), TV_OK);
+    EXPECT_EQ(readFile(project.input), bytes);
+    EXPECT_EQ(readFile(project.series), project.seriesBytes);
+    EXPECT_EQ(tv_close(model), TV_OK);
+}
+
+TEST(Outputs, OfARunWithoutAStepLeaveWhatWasThere) {
+    const SeriesProject project;
+    project.folder.write(fs::path(project.results).filename().string(), "results before");
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_start(model, project.results.c_str(), project.name("r.db").c_str()), TV_OK);
+    const char garbage[] = "no state at all";
+    EXPECT_NE(tv_restoreState(model, garbage, sizeof garbage), TV_OK);
+    EXPECT_EQ(tv_end(model), TV_OK);
+    EXPECT_EQ(readFile(project.results), "results before");
+    EXPECT_FALSE(fs::exists(project.name("r.db")));
+    EXPECT_FALSE(fs::exists(project.name("r.db.part")));
+    EXPECT_FALSE(fs::exists(project.results + ".part"));
+}
+
+TEST(Outputs, AreNotEndedByAForkedProcess) {
+    const SeriesProject project;
+    TvModel whole;
+    ASSERT_EQ(tv_open(whole, project.input.c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_start(whole, project.name("whole.bin").c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_runUntil(whole, TV_END), TV_OK);
+    ASSERT_EQ(tv_close(whole), TV_OK);
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), project.report.c_str()), TV_OK);
+    ASSERT_EQ(tv_start(model, project.results.c_str(), project.name("r.db").c_str()), TV_OK);
+    ASSERT_EQ(tv_step(model), TV_OK);
+    EXPECT_EQ(process_fork([&] { return tv_close(model) == TV_OK ? 0 : 1; }), 0);
+    EXPECT_FALSE(fs::exists(project.results));
+    EXPECT_EQ(tv_runUntil(model, TV_END), TV_OK);
+    EXPECT_EQ(tv_report(model), TV_OK);
+    EXPECT_EQ(tv_close(model), TV_OK);
+    EXPECT_EQ(readFile(project.results), readFile(project.name("whole.bin")));
+    EXPECT_TRUE(fs::exists(project.name("r.db")));
+    EXPECT_TRUE(fs::exists(project.report));
+}
+
+TEST(Outputs, ThatWereTakenAwayAreNotReplacedByOthers) {
+    const SeriesProject project;
+    TvModel model;
+    ASSERT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_start(model, project.results.c_str(), nullptr), TV_OK);
+    ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+    fs::remove(project.results + ".part");
+    project.folder.write(fs::path(project.results).filename().string() + ".part", "of somebody else");
+    EXPECT_EQ(tv_end(model), 309);
+    EXPECT_FALSE(fs::exists(project.results));
+    EXPECT_EQ(readFile(project.results + ".part"), "of somebody else");
 }

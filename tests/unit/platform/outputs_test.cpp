@@ -66,7 +66,7 @@ TEST_F(OutputFiles, InPlaceKeepTheirBytesUntilTheyAreEmptied) {
     Output output(name, false);
     ASSERT_NE(output.file, nullptr);
     EXPECT_EQ(readFile(name), "old");
-    EXPECT_TRUE(outputs_empty(output.file));
+    EXPECT_TRUE(outputs_empty(output.place, output.file));
     EXPECT_EQ(readFile(name), "");
 }
 

@@ -369,6 +369,7 @@ TEST(DatabasePlace, AFileOfTheRunBesideItIsNotReplaced) {
     ASSERT_EQ(tv_open(run.model, run.input.c_str(), run.aside.c_str()), TV_OK);
     EXPECT_EQ(tv_start(run.model, nullptr, run.db.c_str()), 301);
     ASSERT_EQ(tv_start(run.model, nullptr, nullptr), TV_OK);
+    ASSERT_EQ(tv_step(run.model), TV_OK);
     tv_close(run.model);
     EXPECT_EQ(run.list(), std::vector<std::string>{"second.db.part"});
     EXPECT_EQ(readFile(run.aside).compare(0, std::string(BANNER).size(), BANNER), 0);
