@@ -31,8 +31,9 @@ struct tv_model {
     EngineLibraries engines;
     int32_t phase = TV_CLOSED;  ///< tv_phase
     int32_t work = WORK_NONE;   ///< HandleWork
-    bool hasRun = false;  ///< of this project, so that its report has something to tell
+    bool hasRun = false;        ///< of this project, so that its report has something to tell
     bool isReportLost = false;  ///< and its host was told
+    bool isReportCut = false;   ///< memory was lacking amid it
     bool keepsRows = false;
     bool wantsWarnings = true;
     Pace pace;  ///< as the host has set it, for this model and the next

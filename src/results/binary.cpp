@@ -305,6 +305,9 @@ static void finish(Model& model) {
     BinaryResults& out = *model.binary;
     const std::string written = out.place.written;
     const bool isAside = written != out.place.target;
+    if (isAside) {
+        identity_removeBeside(model);
+    }
     const OutputFault fault = outputs_finish(out.place, out.file);
     if (fault == OUTPUT_FINE && isAside) {
         identity_writeBeside(model);

@@ -44,6 +44,10 @@ std::vector<std::pair<const char*, std::string>> identity_list(const Model& mode
     return list;
 }
 
+void identity_removeBeside(const Model& model) {
+    files_delete((model.files.resultsName + IDENTITY_ENDING).c_str());
+}
+
 void identity_writeBeside(const Model& model) {
     std::string text = "tarnvelde run\n";
     for (const auto& [name, value] : identity_list(model)) {

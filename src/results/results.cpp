@@ -250,7 +250,7 @@ void results_close(Model& model) {
 void results_drop(Model& model) {
     results_releaseBuffers(model);
     binary_drop(model);
-    database_abandon(model);
+    database_drop(model);
 }
 
 void results_abandon(Model& model) {
