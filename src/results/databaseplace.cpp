@@ -254,6 +254,8 @@ static std::string writeReplacement(sqlite3* handle) {
     if (!listTables(handle, tables)) {
         return text;
     }
+    // The one about the run before goes also where there was no memory for another.
+    text.append("drop table if exists target.").append(IDENTITY_TABLE).append(";");
     for (const TableText& table : tables) {
         text += "drop table if exists target." + table.name + ';';
         text += CREATION;
