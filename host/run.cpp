@@ -6,6 +6,7 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -240,6 +241,13 @@ void finish(Run& run) {
     }
 }
 
+/// The program itself finds no memory for what it has to tell. The model knows nothing of it: its report has no tables
+/// yet, and would take the place of an earlier one without them.
+void completeFiles(const Run& run) {
+    tv_report(run.model.get());
+    tv_close(run.model.get());
+}
+
 void work(Run& run) {
     lines_tell(run.lines, "Retrieving project data");
     note(run, tv_open(run.model.get(), run.files.model.c_str(), run.files.report.c_str()));
@@ -364,7 +372,12 @@ int run_execute(const RunRequest& request) {
         refuse(run, CODE_SAME_NAMES, conflict);
     } else {
         interrupt_install();
-        work(run);
+        try {
+            work(run);
+        } catch (const std::bad_alloc&) {
+            completeFiles(run);
+            throw;
+        }
     }
     run.outcome.wallTime = std::chrono::duration<double>(steady_clock::now() - begin).count();
     return tell(run);

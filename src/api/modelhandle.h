@@ -34,6 +34,7 @@ struct tv_model {
     bool hasRun = false;        ///< of this project, so that its report has something to tell
     bool hasStepped = false;    ///< of the run, so that its results have
     bool isReportLost = false;  ///< and its host was told
+    bool isReportCut = false;   ///< memory was lacking amid it
     bool keepsRows = false;
     bool wantsWarnings = true;
     Pace pace;  ///< as the host has set it, for this model and the next

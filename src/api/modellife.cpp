@@ -122,6 +122,7 @@ static int32_t readProject(tv_model* handle, const char* report) {
     }
     const size_t messageCount = handle->log.messages.size();
     handle->phase = TV_FAILED;
+    handle->isReportCut = true;  // and stays so, if memory doesn't suffice
     run_read(model);
     if (model.error.code == ERR_NONE) {
         handle->phase = TV_OPEN;
@@ -133,6 +134,7 @@ static int32_t readProject(tv_model* handle, const char* report) {
         return refuseReport(handle, use);
     }
     reportfile_release(model);
+    handle->isReportCut = false;
     reportfile_flush(model);
     return modelhandle_tellError(handle, messageCount);
 }
@@ -143,7 +145,7 @@ static Model& makeModel(tv_model* handle) {
     handle->log.warnings = WarningLog{};
     handle->columnNames.clear();
     handle->verdicts.clear();
-    handle->hasRun = handle->isReportLost = false;
+    handle->hasRun = handle->isReportLost = handle->isReportCut = false;
     handle->model = std::make_unique<Model>();
     Model& model = *handle->model;
     model.isSilent = true;
@@ -292,6 +294,18 @@ int32_t tv_start(tv_model* handle, const char* results, const char* database) {
     });
 }
 
+/// Marks a report as cut for as long as a step may add to it: a step that is left for want of memory is the last one,
+/// and what it leaves is no report, until one is written.
+template <class Work>
+static int32_t moveSteps(tv_model* handle, Work&& work) {
+    return moveRun(handle, NEED_STEPPING, [&]() -> int32_t {
+        const bool wasCut = std::exchange(handle->isReportCut, true);
+        const int32_t code = work();
+        handle->isReportCut = wasCut;
+        return code;
+    });
+}
+
 /// One step, and the word to the host behind a period. True if the host wants to stop.
 static bool step(tv_model* handle) {
     Model& model = *handle->model;
@@ -313,7 +327,7 @@ static bool step(tv_model* handle) {
 }
 
 int32_t tv_step(tv_model* handle) {
-    return moveRun(handle, NEED_STEPPING, [&]() -> int32_t {
+    return moveSteps(handle, [&]() -> int32_t {
         const size_t messageCount = handle->log.messages.size();
         step(handle);
         return modelhandle_tellError(handle, messageCount);
@@ -326,7 +340,7 @@ static double getNow(const Model& model) {
 }
 
 int32_t tv_runUntil(tv_model* handle, double date) {
-    return moveRun(handle, NEED_STEPPING, [&]() -> int32_t {
+    return moveSteps(handle, [&]() -> int32_t {
         if (std::isnan(date)) {
             return TV_ERROR_RANGE;
         }
@@ -358,9 +372,11 @@ static int32_t tellReportLost(tv_model* handle, OutputFault fault, int32_t reaso
 int32_t tv_report(tv_model* handle) {
     return modelhandle_move(handle, NEED_RUN, [&]() -> int32_t {
         Model& model = *handle->model;
+        handle->isReportCut = true;  // and stays so, if memory doesn't suffice
         runreview_end(model);
         report_writeTables(model);
         reportfile_flush(model);
+        handle->isReportCut = false;
         return reportfile_isWell(model) ? TV_OK : tellReportLost(handle, OUTPUT_NOT_WRITTEN, errno);
     });
 }
@@ -392,7 +408,7 @@ static int32_t closeProject(tv_model* handle) {
     Files& files = handle->model->files;
     reportfile_release(*handle->model);
     OutputFault fault = OUTPUT_FINE;
-    if (handle->hasRun || handle->phase == TV_FAILED) {
+    if ((handle->hasRun || handle->phase == TV_FAILED) && !handle->isReportCut) {
         fault = outputs_finish(files.reportPlace, files.report);
     } else {
         outputs_drop(files.reportPlace, files.report);

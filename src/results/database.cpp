@@ -630,6 +630,15 @@ void database_abandon(Model& model) {
     outputs_unlock(std::exchange(database.lock, -1));
 }
 
+void database_drop(Model& model) {
+    DatabaseResults& database = *model.database;
+    release(database);
+    if (database.handle && database.isAside) {
+        databaseplace_drop(database.handle, database.place.aside);
+    }
+    database_abandon(model);
+}
+
 /// The report of a model of the first face is closed by now, and it has no log: a commit that fails is told where all
 /// programs tell such things. What can't be committed because others use the file is kept beside it.
 static void commitInPlace(Model& model) {
@@ -682,6 +691,16 @@ static void writeIdentity(const Model& model) {
     sqlite3_exec(handle, text.c_str(), nullptr, nullptr, nullptr);
 }
 
+/// Completes the last transaction. Where disk or memory fails, SQLite lets go of all of it, and not only of the
+/// statement: then the last rows are lost.
+static bool commitAside(const Model& model) {
+    sqlite3* handle = model.database->handle;
+    const bool wasOpen = sqlite3_get_autocommit(handle) == 0;
+    writeIdentity(model);
+    const bool isOpen = sqlite3_get_autocommit(handle) == 0;
+    return isOpen ? sqlite3_exec(handle, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK : !wasOpen;
+}
+
 static void closeAside(Model& model, bool isKept) {
     DatabaseResults& database = *model.database;
     const DatabasePlace& place = database.place;
@@ -692,11 +711,7 @@ static void closeAside(Model& model, bool isKept) {
     }
     std::string reason = database.loss;
     bool isWhole = !database.isStopped;
-    if (isWhole) {
-        writeIdentity(model);
-    }
-    if (isWhole && sqlite3_get_autocommit(database.handle) == 0 &&
-        sqlite3_exec(database.handle, "COMMIT", nullptr, nullptr, nullptr) != SQLITE_OK) {
+    if (isWhole && !commitAside(model)) {
         reason = sqlite3_errmsg(database.handle);
         isWhole = false;
     }
@@ -704,7 +719,7 @@ static void closeAside(Model& model, bool isKept) {
     const bool isSettled = isWhole && databaseplace_settle(database.handle, place, database.patience, reason);
     database.patience.milliseconds = 0;
     if (!isSettled) {
-        database_abandon(model);
+        databaseplace_leave(database.handle, place.aside);
         const std::string words =
             reason + (isWhole ? "; the results are kept in " : "; the results so far are kept in ");
         errors_report(model, ERR_DATABASE_SQL, (words + place.aside).c_str());

@@ -135,9 +135,30 @@ static bool emptyAside(sqlite3* handle) {
     return isReset;
 }
 
+static bool isEmptyFile(const std::string& path) {
+    std::error_code error;
+    return fs::file_size(path, error) == 0 && !error;
+}
+
+/// Takes away a file that was made in vain, of which SQLite has written the head at most. Without a lock on it, it may
+/// by now be that of another run; and what held more than that was there before.
+static void dropVain(sqlite3* handle, const std::string& path) {
+    static constexpr uintmax_t HEAD = 4096;  // bytes: a page
+    int lock = SQLITE_LOCK_NONE, moved = 0;
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_LOCKSTATE, &lock);
+    sqlite3_file_control(handle, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+    std::error_code error;
+    const uintmax_t size = fs::file_size(path, error);
+    if (lock >= SQLITE_LOCK_RESERVED && moved == 0 && !error && size <= HEAD) {
+        files_delete(getJournal(path).c_str());
+        files_delete(path.c_str());
+    }
+}
+
 /// What keeps runs of other programs off the file as well would be asked for ahead of all else here.
 sqlite3* databaseplace_openAside(const std::string& path, std::string& reason) {
     static constexpr int32_t FLAGS = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW;
+    const bool wasEmpty = !files_exists(path) || isEmptyFile(path);
     sqlite3* opened = nullptr;
     const int32_t result = sqlite3_open_v2(path.c_str(), &opened, FLAGS, nullptr);
     Handle handle(opened, sqlite3_close);
@@ -146,12 +167,18 @@ sqlite3* databaseplace_openAside(const std::string& path, std::string& reason) {
         return nullptr;
     }
     if (!lockAside(opened, reason)) {
+        if (wasEmpty) {
+            dropVain(opened, path);
+        }
         return nullptr;
     }
     // A journal that is emptied, not only marked as done: nothing of it is left to be taken for that of a later file.
     if (!run(opened, "pragma main.synchronous=off") || !run(opened, "pragma main.journal_mode=truncate") ||
         !emptyAside(opened)) {
         reason = getReason(opened);
+        if (wasEmpty) {
+            dropVain(opened, path);
+        }
         return nullptr;
     }
     return handle.release();
@@ -169,6 +196,14 @@ void databaseplace_drop(sqlite3*& handle, const std::string& path) {
     }
 }
 
+void databaseplace_leave(sqlite3*& handle, const std::string& path) {
+    if (handle && isEmptyFile(getJournal(path))) {
+        files_delete(getJournal(path).c_str());  // while the lock keeps others off the name
+    }
+    sqlite3_close(handle);
+    handle = nullptr;
+}
+
 static bool sync(sqlite3* handle) {
     sqlite3_file* file = nullptr;
     sqlite3_file_control(handle, "main", SQLITE_FCNTL_FILE_POINTER, &file);
@@ -181,23 +216,27 @@ struct TableText {
     std::string name, sql;
 };
 
-/// Tables of results in a database, in their order.
-static std::vector<TableText> listTables(sqlite3* handle) {
-    std::vector<TableText> tables;
+/// Lists the tables of results in a database, in their order. False if one may be missing: a text for which there is no
+/// memory looks as if it weren't there.
+static bool listTables(sqlite3* handle, std::vector<TableText>& tables) {
     const Statement statement =
         prepare(handle, "select name, sql from main.sqlite_master where type='table' order by rowid");
-    while (statement && sqlite3_step(statement.get()) == SQLITE_ROW) {
+    int32_t result = SQLITE_NOMEM;
+    while (statement && (result = sqlite3_step(statement.get())) == SQLITE_ROW) {
         const auto* name = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0));
         const auto* sql = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 1));
-        bool isOurs = name && sql && (std::strcmp(name, GENERAL_TABLE) == 0 || std::strcmp(name, IDENTITY_TABLE) == 0);
+        if (!name || !sql) {
+            return false;
+        }
+        bool isOurs = std::strcmp(name, GENERAL_TABLE) == 0 || std::strcmp(name, IDENTITY_TABLE) == 0;
         for (const RowTable& table : RowTables) {
-            isOurs = isOurs || (name && sql && std::strcmp(name, table.name) == 0);
+            isOurs = isOurs || std::strcmp(name, table.name) == 0;
         }
         if (isOurs) {
             tables.push_back({name, sql});
         }
     }
-    return tables;
+    return result == SQLITE_DONE;
 }
 
 static bool attach(sqlite3* handle, const std::string& path) {
@@ -207,11 +246,17 @@ static bool attach(sqlite3* handle, const std::string& path) {
 }
 
 /// The text that puts the tables of the database into the target. SQLite copies rows as they lie there, in their order,
-/// and keeps the text of a table from the word for its kind and its own name on.
+/// and keeps the text of a table from the word for its kind and its own name on. Empty if the tables can't be listed.
 static std::string writeReplacement(sqlite3* handle) {
     static constexpr const char* CREATION = "CREATE TABLE ";
     std::string text;
-    for (const TableText& table : listTables(handle)) {
+    std::vector<TableText> tables;
+    if (!listTables(handle, tables)) {
+        return text;
+    }
+    // The one about the run before goes also where there was no memory for another.
+    text.append("drop table if exists target.").append(IDENTITY_TABLE).append(";");
+    for (const TableText& table : tables) {
         text += "drop table if exists target." + table.name + ';';
         text += CREATION;
         text += "target." + table.sql.substr(std::strlen(CREATION)) + ';';
@@ -233,6 +278,10 @@ static bool replaceTables(sqlite3* handle, const DatabasePlace& place, DatabaseP
                           std::string& reason) {
     const std::string text = writeReplacement(handle);
     reason.reserve(1000);
+    if (text.empty()) {
+        reason = "out of memory";
+        return false;
+    }
     databaseplace_wait(handle, patience);
     // Others can read the target for as long as its pages wait in memory: so many KiB.
     if (attach(handle, place.target) && run(handle, "pragma target.cache_size=-131072") &&
@@ -310,8 +359,9 @@ static bool copyRows(sqlite3* from, sqlite3* to, const std::string& table) {
 }
 
 static bool copyTables(sqlite3* from, sqlite3* to) {
-    bool isCopied = run(to, "BEGIN");
-    for (const TableText& table : listTables(from)) {
+    std::vector<TableText> tables;
+    bool isCopied = listTables(from, tables) && run(to, "BEGIN");
+    for (const TableText& table : tables) {
         isCopied = isCopied && run(to, table.sql.c_str()) && copyRows(from, to, table.name);
     }
     return isCopied && run(to, "COMMIT") && sync(to);

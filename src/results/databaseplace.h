@@ -53,5 +53,8 @@ bool databaseplace_waitLonger(DatabasePatience& patience);
 /// Copies the tables of results, as a connection to the target sees them in its transaction, into a database aside.
 [[nodiscard]] bool databaseplace_copyAside(sqlite3* handle, const DatabasePlace& place, std::string& reason);
 
+/// Closes a database that stays aside. Its journal stays as well, if there is something in it.
+void databaseplace_leave(sqlite3*& handle, const std::string& path);
+
 /// Closes a database aside, and deletes it.
 void databaseplace_drop(sqlite3*& handle, const std::string& path);
