@@ -632,8 +632,8 @@ void database_abandon(Model& model) {
 
 void database_drop(Model& model) {
     DatabaseResults& database = *model.database;
-    release(database);
-    if (database.handle && database.isAside) {
+    if (database.handle && database.isAside && !isForeign(database)) {
+        release(database);
         databaseplace_drop(database.handle, database.place.aside);
     }
     database_abandon(model);
@@ -741,12 +741,4 @@ void database_close(Model& model, bool isKept) {
         closeInPlace(model, isKept);
     }
     outputs_unlock(std::exchange(database.lock, -1));
-}
-
-void database_drop(Model& model) {
-    DatabaseResults& database = *model.database;
-    if (database.handle && database.isAside && !isForeign(database)) {
-        closeAside(model, false);
-    }
-    database_abandon(model);
 }

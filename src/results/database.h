@@ -61,11 +61,9 @@ void database_takeBack(Model& model, int32_t period);
 /// leaves what was there.
 void database_close(Model& model, bool isKept);
 
-/// Closes the database of a start that failed: one aside is deleted, otherwise all is taken back.
+/// Closes the database of a start that failed, or of a run without a step: one aside is deleted, otherwise all is taken
+/// back.
 void database_drop(Model& model);
 
 /// Closes the database; what the run has written is taken back, or stays aside.
 void database_abandon(Model& model);
-
-/// Closes a database that isn't wanted: of one aside nothing is left, and in one in place nothing has changed.
-void database_drop(Model& model);
