@@ -302,8 +302,7 @@ void showStop(const Run& run) {
         return;
     }
     const std::string now = result_formatDate(run.outcome.clock.now);
-    const bool hasRun = run.outcome.phase == TV_STARTED || run.outcome.phase == TV_FINISHED;
-    if (run.signal != 0 && hasRun) {
+    if (run.signal != 0 && run.outcome.steps > 0) {
         std::fprintf(stderr, "tarnvelde: stopped by %s at %s; the files hold the run up to there\n",
                      run.outcome.stopped.c_str(), now.c_str());
     } else if (run.signal != 0) {

@@ -17,8 +17,8 @@ static constexpr size_t HELD_SIZE = size_t{1} << 16;  ///< so that the message o
 
 void reportfile_hold(Model& model) {
     model.files.heldReport = std::make_unique<HeldText>();
-    model.files.heldReport->text.reserve(HELD_SIZE);
     model.files.heldReport->place = &model.files.reportPlace;
+    model.files.heldReport->text.reserve(HELD_SIZE);
 }
 
 static void writeHeld(const Files& files) {

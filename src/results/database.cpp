@@ -683,12 +683,15 @@ static void closeInPlace(Model& model, bool isKept) {
 /// What the run is known by goes into a table of its own. One that can't be made costs nothing else.
 static void writeIdentity(const Model& model) {
     sqlite3* handle = model.database->handle;
-    std::string text = std::string("create table ") + IDENTITY_TABLE + " (Name TEXT,Value TEXT);";
+    std::string text = std::string("savepoint Identity;create table ") + IDENTITY_TABLE + " (Name TEXT,Value TEXT);";
     for (const auto& [name, value] : identity_list(model)) {
         text.append("insert into ").append(IDENTITY_TABLE).append(" values ('").append(name).append("','");
         text.append(value).append("');");
     }
-    sqlite3_exec(handle, text.c_str(), nullptr, nullptr, nullptr);
+    text += "release Identity";
+    if (sqlite3_exec(handle, text.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+        sqlite3_exec(handle, "rollback to Identity;release Identity", nullptr, nullptr, nullptr);
+    }
 }
 
 /// Completes the last transaction. Where disk or memory fails, SQLite lets go of all of it, and not only of the
