@@ -314,8 +314,8 @@ TV_API int32_t tv_create(tv_model** model);
 TV_API int32_t tv_free(tv_model* model);
 
 /* Libraries of the engines inside nodes, null or empty for those beside the program, as in tarnvelde_initSwmmDll and
- * tarnvelde_initVornDll; and the folders for their private copies, each of which gets a folder of its own there: null or
- * empty for the temporary folder of the system. For the next opening. TV_ERROR_OPEN. */
+ * tarnvelde_initVornDll; and the folders for their private copies, each of which gets a folder of its own there: null
+ * or empty for the temporary folder of the system. For the next opening. TV_ERROR_OPEN. */
 TV_API int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
                              const char* plantFolder);
 
@@ -324,8 +324,8 @@ TV_API int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const cha
  *
  * Files of a run are written aside, under their names with ".part" behind them, and put in place when they are
  * complete: the report by tv_close, results by tv_end. Until then an earlier file stays as it is, and what a killed
- * process leaves is found aside. One run at a time writes a file: a second one gets 305 or 307. No file that the project
- * reads is taken for a report or results, under whatever name: 301. */
+ * process leaves is found aside. One run at a time writes a file: a second one gets 305 or 307. No file that the
+ * project reads is taken for a report or results, under whatever name: 301. */
 TV_API int32_t tv_open(tv_model* model, const char* path, const char* report);
 
 /* Opens a project from text in memory, which is copied. Names of files in it are relative to the folder, null for the
@@ -349,9 +349,9 @@ TV_API int32_t tv_runUntil(tv_model* model, double date);
 TV_API int32_t tv_report(tv_model* model);
 
 /* Ends a run: results are complete, and put in place. The project stays open and may be started again.
- * TV_ERROR_NOT_STARTED; a positive code if the results can't be completed, as 315 if the database can't be put in place:
- * an earlier file stays then, and the message tells why, and where the new results are. A run without a step leaves no
- * results. */
+ * TV_ERROR_NOT_STARTED; a positive code if the results can't be completed, as 315 if the database can't be put in
+ * place: an earlier file stays then, and the message tells why, and where the new results are. A run without a step
+ * leaves no results. */
 TV_API int32_t tv_end(tv_model* model);
 
 /* Ends a run if there is one, and closes the project, whatever the code. The report is put in place, unless no step

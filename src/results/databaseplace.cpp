@@ -376,7 +376,7 @@ bool databaseplace_copyAside(sqlite3* handle, const DatabasePlace& place, std::s
     if (!copyTables(handle, aside)) {
         reason = getReason(aside);
         databaseplace_drop(aside, place.aside);
-        owner.release();
+        static_cast<void>(owner.release());
         return false;
     }
     files_delete(getJournal(place.aside).c_str());
