@@ -94,12 +94,12 @@ static bool openReport(tv_model* handle, const char* name, int32_t& code) {
     Files& files = handle->model->files;
     OutputFault fault;
     files.reportName = name;
+    reportfile_hold(*handle->model);  // whose memory is asked for ahead of the file
     files.report = outputs_open(files.reportPlace, files.reportName, true, fault);
     if (!files.report) {
         code = failToOpen(handle, ERR_REPORT_FILE, files.reportName + ": " + describe(fault, files.reportPlace));
         return false;
     }
-    reportfile_hold(*handle->model);
     return true;
 }
 

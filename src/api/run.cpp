@@ -74,12 +74,11 @@ static void openFiles(Model& model, const char* input, const char* report, const
     }
     inputfiles_add(model, model.files.inputName, PROJECT_USE);
     OutputFault fault;
+    reportfile_hold(model);  // whose memory is asked for ahead of the file
     model.files.report = outputs_open(model.files.reportPlace, model.files.reportName, false, fault);
     if (!model.files.report) {
         refuseReport(model);
-        return;
     }
-    reportfile_hold(model);
 }
 
 int32_t run_open(Model& model, const char* input, const char* report, const char* results) {

@@ -368,8 +368,14 @@ static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputF
         }
     }
     place.isOurs = !files_exists(place.written);
-    std::FILE* file = open(place, openOwn(place.written, true, fault), fault);
+    const bool isNew = place.isOurs;
+    const std::string written = place.written;
+    const int32_t descriptor = openOwn(place.written, true, fault);
+    std::FILE* file = open(place, descriptor, fault);
     if (!file) {
+        if (descriptor >= 0 && isNew) {
+            files_delete(written.c_str());
+        }
         return nullptr;
     }
     if (!hasOneName(file)) {

@@ -137,13 +137,13 @@ TEST(SwmmOutflows, AreMultipliedAndThenDivided) {
 static std::vector<std::optional<double>> Elapsed;  ///< days that the engine of these tests stores, call by call
 static size_t StepCalls;
 
-static const OutsideCalls Calls = {nullptr, nullptr,
-                                   [](double* elapsed) {
-                                       const std::optional<double> days = Elapsed.at(StepCalls++);
-                                       *elapsed = days.value_or(*elapsed);
-                                       return 0;
-                                   },
-                                   nullptr, nullptr};
+static int stepEngine(double* elapsed) {
+    const std::optional<double> days = Elapsed.at(StepCalls++);
+    *elapsed = days.value_or(*elapsed);
+    return 0;
+}
+
+static const OutsideCalls Calls = {{nullptr}, {nullptr}, {stepEngine}, {nullptr}, {nullptr}};
 
 /// Steps an engine up to a routing clock, ms; the number of its steps.
 static size_t advance(OutsideNode& outside, double routingTime, const std::vector<std::optional<double>>& elapsed) {
