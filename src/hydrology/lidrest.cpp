@@ -213,9 +213,8 @@ void lidrest_judge(Model& model, int32_t index, LidUnit before, const LidOutflow
         pace = LID_AWAKE;
     } else if (out.evap == 0.0 && !goesByHour(model, unit, lid) && isAsBefore(model, index, before)) {
         pace = isWaiting(lid, unit) ? LID_DRYING : hasWaited ? LID_AWAKE : LID_RESTING;
-    } else if (still_isZero(out.drain) && isStanding(model, unit, before, hasWaited)) {  // NOLINT
-        pace = LID_DRYING;
-    } else if (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0) {
+    } else if ((still_isZero(out.drain) && isStanding(model, unit, before, hasWaited)) ||
+               (canDry(lid) && isSoilAlone(model, unit, lid) && model.evap->rate >= 0.0)) {
         pace = LID_DRYING;
     } else if (canDry(lid) && isPonded(lid, unit) && isPondAlone(model, unit) && model.evap->rate >= 0.0 &&
                still_isZero(out.surface)) {

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <memory>
 #include <system_error>
 
 #include "platform/files.h"
@@ -169,12 +170,12 @@ static std::string resolve(const std::string& name) {
         path = std::move(next);
     }
     const std::string folder = getFolder(path);
-    char* const real = realpath(folder.empty() ? "." : folder.c_str(), nullptr);
+    const std::unique_ptr<char, void (*)(void*)> real(realpath(folder.empty() ? "." : folder.c_str(), nullptr),
+                                                      std::free);
     if (!real) {
         return path;
     }
-    std::string whole = real;
-    std::free(real);
+    const std::string whole = real.get();
     return (whole == "/" ? whole : whole + '/') + path.substr(folder.size());
 }
 
@@ -357,7 +358,8 @@ static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputF
     if (isLink(place.target)) {  // in a circle
         return refuse(place, fault, OUTPUT_NOT_OPEN);
     }
-    const bool isThere = files_exists(place.target);
+    const bool isThere = files_exists(place.target), isNew = !files_exists(place.written);
+    const std::string written = place.written;
     if (isThere && !canBeWritten(place.target)) {
         return refuse(place, fault, OUTPUT_NOT_OPEN);
     }
@@ -367,9 +369,7 @@ static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputF
             return refuse(place, fault, fault);
         }
     }
-    place.isOurs = !files_exists(place.written);
-    const bool isNew = place.isOurs;
-    const std::string written = place.written;
+    place.isOurs = isNew;
     const int32_t descriptor = openOwn(place.written, true, fault);
     std::FILE* file = open(place, descriptor, fault);
     if (!file) {

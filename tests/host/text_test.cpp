@@ -220,13 +220,20 @@ std::string toHex(const std::string& text) {
     return hex;
 }
 
+/// Texts for which there is another program to read them.
+struct TextForOthers : testing::Test {
+    TempFolder folder;
+
+    void SetUp() override {
+        if (!ForeignReader::isThere()) {
+            GTEST_SKIP() << "no python3 to read with";
+        }
+    }
+};
+
 }  // namespace
 
-TEST(TextOut, NamesOfAnyBytesInResultsAreReadByOthers) {
-    if (!ForeignReader::isThere()) {
-        GTEST_SKIP() << "no python3 to read with";
-    }
-    TempFolder folder;
+TEST_F(TextForOthers, NamesOfAnyBytesInResultsAreReadByOthers) {
     ForeignReader json, csv;
     for (const std::string& name : listNames()) {
         const std::string file = folder.write("a.bin", makeResults(MARCH, 900, 3, name));
@@ -267,11 +274,7 @@ TEST_F(Results, NamesOfAnyBytesInADatabaseAreReadByOthers) {
     messages.expectAll("text");
 }
 
-TEST(TextOut, NamesOfAnyBytesInAProjectAreReadByOthers) {
-    if (!ForeignReader::isThere()) {
-        GTEST_SKIP() << "no python3 to read with";
-    }
-    TempFolder folder;
+TEST_F(TextForOthers, NamesOfAnyBytesInAProjectAreReadByOthers) {
     ForeignReader json, messages;
     for (const std::string& name : listNames()) {
         std::string text = GOOD_PROJECT;
@@ -294,11 +297,7 @@ TEST(TextOut, NamesOfAnyBytesInAProjectAreReadByOthers) {
     messages.expectAll("text");
 }
 
-TEST(TextOut, NamesOfAnyBytesOnTheCommandLineAreReadByOthers) {
-    if (!ForeignReader::isThere()) {
-        GTEST_SKIP() << "no python3 to read with";
-    }
-    TempFolder folder;
+TEST_F(TextForOthers, NamesOfAnyBytesOnTheCommandLineAreReadByOthers) {
     const std::string file = folder.write("a.bin", makeResults(MARCH, 900, 3));
     ForeignReader messages;
     for (const std::string& name : listNames()) {
@@ -324,11 +323,8 @@ TEST(TextOut, NamesOfAnyBytesOnTheCommandLineAreReadByOthers) {
     messages.expectAll("text");
 }
 
-TEST(TextOut, NamesOfAnyBytesMakeAPictureAndNothingElse) {
-    if (!ForeignReader::isThere()) {
-        GTEST_SKIP() << "no python3 to read with";
-    }
-    TempFolder folder, work;
+TEST_F(TextForOthers, NamesOfAnyBytesMakeAPictureAndNothingElse) {
+    const TempFolder work;
     ForeignReader svg;
     for (const std::string& name : listNames()) {
         // The folder of gnuplot is below this one, and would hold what a name has run.
