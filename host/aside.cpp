@@ -116,6 +116,10 @@ std::string aside_write(const std::string& name, const std::string& bytes) {
     const fs::path target = followLinks(name);
     const std::string aside = addEnding(target).string();
     const std::string failure = "cannot write " + name + ": ";
+    std::error_code error;
+    if (fs::is_symlink(target, error)) {
+        return failure + std::strerror(ELOOP);
+    }
     if (files_exists(name) && !files_isRegular(name)) {
         return failure + "it is no file";
     }

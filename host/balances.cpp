@@ -3,6 +3,7 @@
 
 #include "balances.h"
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 
@@ -25,10 +26,8 @@ static std::string getBalance(const tv_variable& variable) {
 /// Adds one error. It is no number where nothing came in, as of the pollutants of a land without any: 0 ÷ 0.
 static void add(std::vector<Balance>& balances, const tv_model* model, int32_t variable, const std::string& name,
                 int32_t pollutant) {
-    double error = 0.0;
-    if (tv_getValue(model, variable, 0, pollutant, &error) != TV_OK) {
-        return;
-    }
+    double error = std::nan("");
+    tv_getValue(model, variable, 0, pollutant, &error);
     const char* id = "";
     if (pollutant != TV_NO_POLLUTANT) {
         tv_getId(model, TV_POLLUTANT, pollutant, &id);

@@ -6,6 +6,7 @@
 
 #include <cctype>
 #include <cstdio>
+#include <string_view>
 
 static bool isFollower(const std::string& text, size_t place, unsigned char least = 0x80, unsigned char most = 0xBF) {
     const unsigned char byte = place < text.size() ? static_cast<unsigned char>(text[place]) : 0;
@@ -110,7 +111,7 @@ std::string characters_quoteGnuplot(const std::string& text) {
     // Between apostrophes nothing is special, but gnuplot misreads some texts that begin or end with one. Between
     // quotes all but plain letters go by their numbers, so that nothing is left to be put in place of them. A number
     // below 0100 has a zero more in front: with it gnuplot reads four figures, without it one of the text.
-    static const std::string PLAIN = " _.,:/()-";
+    static constexpr std::string_view PLAIN = " _.,:/()-";
     std::string quoted = "\"";
     for (const char c : characters_makePrintable(text)) {
         const auto byte = static_cast<unsigned char>(c);

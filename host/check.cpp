@@ -24,8 +24,7 @@ static bool isHeader(const HostMessage& message) {
 static std::vector<HostMessage> gatherHeaders(const std::vector<HostMessage>& messages) {
     std::vector<HostMessage> gathered;
     for (const HostMessage& message : messages) {
-        const bool isBelow =
-            message.level == TV_ERROR && message.code == CODE_KEYWORD && message.section.empty() && message.line > 0;
+        const bool isBelow = message.level == TV_ERROR && message.code == CODE_KEYWORD && message.section.empty();
         if (isBelow && !isHeader(message)) {
             continue;
         }

@@ -65,7 +65,7 @@ bool console_isErrorTerminal() {
 /// The end of a pipe to write to is in error from the moment on at which nobody holds the other one.
 static bool isReaderGone() {
     pollfd output{STDOUT_FILENO, 0, 0};
-    return poll(&output, 1, 0) == 1 && (output.revents & (POLLERR | POLLHUP)) != 0;
+    return poll(&output, 1, 0) == 1;  // which is told unasked, and nothing else of a stream that is open
 }
 
 static bool closeOutput() {

@@ -7,7 +7,7 @@
 
 /// A folder as the engine knows one: by the separator at its end.
 static std::string closeFolder(const std::string& folder) {
-    return folder.empty() || folder.back() == '/' || folder.back() == '\\' ? folder : folder + '/';
+    return folder.empty() || folder.back() == '/' ? folder : folder + '/';
 }
 
 ModelHandle handle_make(const EngineFolders& folders) {

@@ -63,7 +63,8 @@ static void note(int number) {
 
 static void install(int number) {
     struct sigaction before = {};
-    if (sigaction(number, nullptr, &before) != 0 || before.sa_handler == SIG_IGN) {
+    sigaction(number, nullptr, &before);
+    if (before.sa_handler == SIG_IGN) {
         return;
     }
     struct sigaction action = {};

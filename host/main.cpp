@@ -2,12 +2,16 @@
 //
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
 //                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch D]
-//                             [--strict] [--quiet] [--json [--balances]]
+//                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--strict] [--quiet]
+//                             [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--scratch D] [--strict] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
 //                            [--csv | --json] | --recover
+//     tarnvelde stats FILE [--object O ...] [--table T ...] [--column C] [--gap H] [--threshold Q] [--from D] [--to D]
+//                          [--events] [--curve] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde explain [NAME]
+//     tarnvelde ensemble MODEL.inp TABLE.csv -o FOLDER ...    (by the Python package)
 //     tarnvelde --version
 //     tarnvelde [COMMAND] --help
 //
@@ -30,6 +34,7 @@
 #include "commands.h"
 #include "console.h"
 #include "dates.h"
+#include "ensemble.h"
 #include "explain.h"
 #include "files.h"
 #include "memory.h"
@@ -37,8 +42,11 @@
 #include "plot.h"
 #include "results.h"
 #include "run.h"
+#include "stats.h"
 #include "status.h"
 #include "tarnvelde_model.h"
+
+static constexpr double MOST_AMOUNT = 1e6;  ///< h, or m3/s
 
 static std::string refuseEmpty(const std::string& name) {
     return name.empty() ? "a file name can't be empty" : "";
@@ -85,11 +93,41 @@ static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& is
 }
 
 /// A flag without a value means the file beside the model.
-static void settleDatabase(const CLI::App& command, RunRequest& request) {
+static void settleFlags(const CLI::App& command, RunRequest& request) {
     request.toDatabase = command.count("--database") > 0;
     if (request.database == "true") {
         request.database.clear();
     }
+    if (request.stats.file == "true") {
+        request.stats.file = files_replaceExtension(request.model, ".stats.json");
+    }
+}
+
+/// Hours, or a flow: a finite number that isn't negative.
+static std::string refuseNoAmount(const std::string& text) {
+    double amount = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), amount);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber && amount >= 0.0 && amount <= MOST_AMOUNT ? "" : "no number from 0 to 1e6: " + text;
+}
+
+static void addAmounts(CLI::App& command, const std::string& prefix, double& gap, double& threshold) {
+    command.add_option("--" + prefix + "gap", gap, "Hours without flow that end an event [6]")
+        ->type_name("HOURS")
+        ->check(refuseNoAmount);
+    command.add_option("--" + prefix + "threshold", threshold, "What is above this counts as flow, m3/s [0]")
+        ->type_name("FLOW")
+        ->check(refuseNoAmount);
+}
+
+static void addStepsOptions(CLI::App& command, StatsStepsRequest& request) {
+    CLI::Option* stats =
+        command.add_flag("--stats", request.file,
+                         "Events of overflows, step by step, as JSON: MODEL.stats.json beside the model, or with "
+                         "--stats=FILE that file; as a list if it ends with .csv");
+    addAmounts(command, "stats-", request.gap, request.threshold);
+    command.get_option("--stats-gap")->needs(stats);
+    command.get_option("--stats-threshold")->needs(stats);
 }
 
 static void addRunOptions(CLI::App& command, RunRequest& request) {
@@ -112,6 +150,7 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_option("--threads", request.threads, "Threads that share the work, with the same results [1]")
         ->type_name("N")
         ->check(refuseNoThreads);
+    addStepsOptions(command, request.stats);
     addCommonOptions(command, request.engines, request.isJson, request.isStrict);
     command.add_flag(
         "--balances", request.hasBalances,
@@ -124,6 +163,14 @@ static void addWindow(CLI::App& command, std::string& from, std::string& to) {
         ->type_name("DATE")
         ->check(refuseNoDate);
     command.add_option("--to", to, "Reports up to this date")->type_name("DATE")->check(refuseNoDate);
+}
+
+static void addForms(CLI::App& command, SeriesForm& form) {
+    CLI::Option* csv = command.add_flag_callback(
+        "--csv", [&form] { form = SeriesForm::CSV; }, "Values divided by commas");
+    CLI::Option* json = command.add_flag_callback(
+        "--json", [&form] { form = SeriesForm::JSON; }, "JSON, for programs");
+    csv->excludes(json);
 }
 
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
@@ -143,13 +190,31 @@ static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     addWindow(command, request.from, request.to);
     command.add_flag("--summary", request.isSummary,
                      "Minimum, mean over time, flow-weighted mean, maximum and its time per column");
-    CLI::Option* csv = command.add_flag_callback(
-        "--csv", [&request] { request.form = SeriesForm::CSV; }, "Values divided by commas");
-    CLI::Option* json = command.add_flag_callback(
-        "--json", [&request] { request.form = SeriesForm::JSON; }, "JSON, for programs");
-    csv->excludes(json);
+    addForms(command, request.form);
     command.add_flag("--recover", request.isRecovery,
                      "Close a binary file whose run was killed behind its last whole report");
+}
+
+static void addStatsOptions(CLI::App& command, StatsRequest& request) {
+    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("--object", request.objects, "This object, by its ID; may be given several times")
+        ->type_name("ID")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command
+        .add_option("--table", request.tables,
+                    "All objects of this table, as Pipe; likewise [Outfall, Pump, Weir and Orifice]")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--column", request.column, "Which flow, as Flood [that which carries the water]")
+        ->type_name("NAME")
+        ->check(refuseEmpty);
+    addAmounts(command, "", request.gap, request.threshold);
+    addWindow(command, request.from, request.to);
+    command.add_flag("--events", request.hasEvents, "Each event, with its volume, peak and loads");
+    command.add_flag("--curve", request.hasCurve, "The flow duration curve");
+    addForms(command, request.form);
 }
 
 static std::string refuseNoPicture(const std::string& name) {
@@ -200,14 +265,17 @@ static int endUsage(const CLI::App& app, const CLI::ParseError& error) {
     return status;
 }
 
-static int runCommand(int argumentCount, char** arguments) {
-    CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
+static void addGeneralOptions(CLI::App& app) {
     app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
     app.require_subcommand(1);
     app.footer(
         "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, "
         "3 where --strict finds a doubt, 130 and 143 for a run that Ctrl-C or a signal to end stopped.");
+}
 
+static int runCommand(int argumentCount, char** arguments) {
+    CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
+    addGeneralOptions(app);
     RunRequest request{};
     CLI::App* run = app.add_subcommand("run", "Run a simulation");
     addRunOptions(*run, request);
@@ -223,13 +291,21 @@ static int runCommand(int argumentCount, char** arguments) {
     ResultsRequest resultsRequest{};
     CLI::App* results = app.add_subcommand("results", "Show what a file of results holds");
     addResultsOptions(*results, resultsRequest);
+    StatsRequest statsRequest;
+    CLI::App* stats = app.add_subcommand("stats", "Events, volumes, loads and peaks of flows");
+    addStatsOptions(*stats, statsRequest);
     PlotRequest plotRequest{};
     CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
     addPlotOptions(*plot, plotRequest);
 
+    app.add_subcommand("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
+
     if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
         std::fprintf(stderr, "tarnvelde: %s\n", unknown.c_str());
         return EXIT_WRONG_USAGE;
+    }
+    if (argumentCount > 1 && std::string(arguments[1]) == "ensemble") {
+        return ensemble_execute(argumentCount - 2, arguments + 2);  // whose words are Python's to read
     }
     try {
         app.parse(argumentCount, arguments);
@@ -238,6 +314,9 @@ static int runCommand(int argumentCount, char** arguments) {
     }
     if (results->parsed()) {
         return results_execute(resultsRequest);
+    }
+    if (stats->parsed()) {
+        return stats_execute(statsRequest);
     }
     if (plot->parsed()) {
         return plot_execute(plotRequest);
@@ -248,7 +327,7 @@ static int runCommand(int argumentCount, char** arguments) {
     if (check->parsed()) {
         return check_execute(checkRequest);
     }
-    settleDatabase(*run, request);
+    settleFlags(*run, request);
     return run_execute(request);
 }
 

@@ -36,9 +36,7 @@ static std::string describeFileError(int32_t code, const ProjectFiles& files) {
 static std::string findReason(const std::string& text) {
     const size_t bracket = text.find(" (");
     const size_t place = bracket == std::string::npos ? bracket : text.rfind(": ");
-    return place == std::string::npos || place < bracket || text.back() != ')'
-               ? std::string()
-               : text.substr(place, text.size() - place - 1);
+    return place == std::string::npos ? std::string() : text.substr(place, text.size() - place - 1);
 }
 
 std::vector<HostMessage> messages_read(const tv_model* model, const ProjectFiles& files) {
@@ -63,10 +61,10 @@ static const char* const YELLOW = "\033[33m";
 static const char* const BLUE = "\033[36m";
 static const char* const PLAIN = "\033[0m";
 
-/// How many warnings a message stands for: of those that were too many to be told the library gives the number.
+/// How many warnings a warning stands for: of those that were too many to be told the library gives the number.
 static int32_t getNumber(const HostMessage& message) {
     static constexpr std::string_view REST = " more of this kind";
-    const bool isRest = message.level == TV_WARNING && message.line == 0 && message.text.ends_with(REST);
+    const bool isRest = message.line == 0 && message.text.ends_with(REST);
     int32_t number = 1;
     if (isRest) {
         std::from_chars(message.text.data(), message.text.data() + message.text.size(), number);
@@ -74,14 +72,14 @@ static int32_t getNumber(const HostMessage& message) {
     return number;
 }
 
+/// Of a warning.
 static bool isNote(const HostMessage& message) {
-    return message.level == TV_WARNING && message.severity == TV_NOTE;
+    return message.severity == TV_NOTE;
 }
 
+/// Of an error or a warning.
 static const char* getColour(const HostMessage& message) {
-    return message.level == TV_ERROR || (message.level == TV_WARNING && message.severity == TV_SERIOUS) ? RED
-           : message.level == TV_WARNING && !isNote(message)                                            ? YELLOW
-                                                                                                        : BLUE;
+    return message.level == TV_ERROR || message.severity == TV_SERIOUS ? RED : isNote(message) ? BLUE : YELLOW;
 }
 
 static std::string formatHead(const HostMessage& message) {
@@ -145,7 +143,7 @@ static void showMessage(const HostMessage& message, const MessageView& view, boo
     if (view.hasAdvice && message.column > 0) {
         showLine("  ", makePointer(message));
     }
-    if (view.hasAdvice && isFirstOfKind && !message.effect.empty()) {
+    if (view.hasAdvice && isFirstOfKind) {
         showLine("  what happens: ", message.effect);
         showLine("  what to do:   ", message.advice);
     }

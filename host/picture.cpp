@@ -3,6 +3,7 @@
 #include "picture.h"
 
 #include <filesystem>
+#include <string_view>
 
 namespace fs = std::filesystem;
 
@@ -18,7 +19,7 @@ PictureForm picture_getForm(const std::string& name) {
 }
 
 bool picture_isWhole(PictureForm form, const std::string& bytes) {
-    static const std::string PNG_END("\0\0\0\0IEND\xAE\x42\x60\x82", 12);
+    static constexpr std::string_view PNG_END("\0\0\0\0IEND\xAE\x42\x60\x82", 12);
     const size_t last = bytes.find_last_not_of("\r\n ");
     const std::string text = bytes.substr(0, last == std::string::npos ? 0 : last + 1);
     switch (form) {

@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <fstream>
 #include <sstream>
+#include <string_view>
 
 #include "aside.h"
 #include "characters.h"
@@ -152,7 +153,7 @@ bool runGnuplot(const std::string& folder) {
 /// Three characters that no text of XML may hold, and that gnuplot leaves as they are: it writes no section that they
 /// could end.
 void escapeSectionEnds(std::string& svg) {
-    static const std::string END = "]]>", ESCAPED = "]]&gt;";
+    static constexpr std::string_view END = "]]>", ESCAPED = "]]&gt;";
     for (size_t at = svg.find(END); at != std::string::npos; at = svg.find(END, at)) {
         svg.replace(at, END.size(), ESCAPED);
     }

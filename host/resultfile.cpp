@@ -276,18 +276,7 @@ void result_checkWindow(const ResultFile& file, const ResultWindow& window) {
 
 // --- summaries -----------------------------------------------------------------------------------------------------
 
-namespace {
-
-/// A summary on its way: what its means are made of.
-struct Sums {
-    double values;
-    double flow;  ///< of the rows that have a concentration as well
-    double load;
-};
-
-/// The column of the flow that carries the concentrations of a table. What stands in a tank or in the layers of a LID
-/// monomer isn't carried by any of theirs.
-size_t findCarrier(const ResultTable& table) {
+size_t result_findCarrier(const ResultTable& table) {
     static constexpr const char* CARRIERS[][2] = {
         {"Subcatchment", "Runoff"}, {"Junction", "TotInflow"}, {"Outfall", "TotInflow"},  {"Splitter", "TotInflow"},
         {"Reactor", "Outflow"},     {"Pipe", "Outfow"},        {"Connection", "Outflow"}, {"Conduit", "Outflow"},
@@ -299,6 +288,15 @@ size_t findCarrier(const ResultTable& table) {
     }
     return RESULT_NONE;
 }
+
+namespace {
+
+/// A summary on its way: what its means are made of.
+struct Sums {
+    double values;
+    double flow;  ///< of the rows that have a concentration as well
+    double load;
+};
 
 void addValue(ResultSummary& summary, Sums& sums, double value, double date) {
     if (!std::isfinite(value)) {
@@ -320,7 +318,7 @@ std::vector<ResultSummary> result_summarize(const ResultFile& file, const Result
     const ResultTable& table = file.tables[part.table];
     const size_t columns = part.columns.size();
     ResultPart read = part;
-    const size_t carrier = findCarrier(table);
+    const size_t carrier = result_findCarrier(table);
     if (carrier != RESULT_NONE) {
         read.columns.push_back(carrier);  // stands behind the last one of the part
     }

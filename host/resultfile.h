@@ -148,6 +148,10 @@ ResultChoice result_findColumn(const ResultFile& file, const std::string& object
 /// flow out of a pipe is found as Outflow and as Outfow, which is how files spell it, and so is any other outflow.
 size_t result_findColumnOf(const ResultTable& table, const std::string& column);
 
+/// The column of the flow that carries the concentrations of a table; RESULT_NONE for what stands in a tank or in the
+/// layers of a LID monomer, and isn't carried by any of theirs.
+size_t result_findCarrier(const ResultTable& table);
+
 /// A table by its name, in any case. Throws ResultError for none.
 size_t result_findTable(const ResultFile& file, const std::string& table);
 

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "aside.h"
 #include "balances.h"
 #include "console.h"
 #include "dates.h"
@@ -40,8 +41,9 @@ struct Run {
     ModelHandle model;
     RunLines lines{};
     Outcome outcome{};
-    double until = TV_END;  ///< date
-    int signal = 0;         ///< that stopped it
+    StatsStepsHandle stats{};  ///< none if they aren't asked for
+    double until = TV_END;     ///< date
+    int signal = 0;            ///< that stopped it
 };
 
 // --- files ---------------------------------------------------------------------------------------------------------
@@ -73,6 +75,34 @@ bool holdsOneTwice(const std::vector<std::string>& names) {
     return false;
 }
 
+/// Tells when a state that is read stands where something else is written on its way.
+std::string findLostState(const ProjectFiles& files, const RunRequest& request) {
+    for (const std::string& state : {request.loadState, request.hotStart}) {
+        for (const std::string& output : {files.report, files.results, files.database, request.saveState}) {
+            if (!state.empty() && !output.empty() && files_isSame(state, aside_getName(output))) {
+                std::string text = output;
+                text.append(" is written as ").append(state);
+                return text.append(" first, and that is the state to begin with");
+            }
+        }
+    }
+    return {};
+}
+
+/// A file of the run whose place the statistics would take, or that would take theirs on its way.
+std::string findLostFile(const ProjectFiles& files, const RunRequest& request) {
+    const std::string& stats = request.stats.file;
+    for (const std::string& name : {files.model, files.report, files.results, files.database, request.saveState,
+                                    request.loadState, request.hotStart}) {
+        const bool isBoth = !stats.empty() && !name.empty();
+        if (isBoth && (files_isSame(stats, name) || files_isSame(aside_getName(stats), name) ||
+                       files_isSame(stats, aside_getName(name)))) {
+            return name;
+        }
+    }
+    return {};
+}
+
 /// Tells when two of the files of a run are one, which would cost the user one of them. But a state may be saved where
 /// one was loaded from.
 std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
@@ -87,7 +117,10 @@ std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
             return "the state must be another file than model, report and results: " + state;
         }
     }
-    return {};
+    if (const std::string lost = findLostFile(files, request); !lost.empty()) {
+        return "the statistics would take the place of " + lost;
+    }
+    return findLostState(files, request);
 }
 
 // --- steps ---------------------------------------------------------------------------------------------------------
@@ -142,6 +175,9 @@ void stepToEnd(Run& run) {
     while (run.outcome.code == TV_OK && isStarted(run) && !mustStop(run, clock.now)) {
         note(run, tv_step(run.model.get()));
         ++run.outcome.steps;
+        if (run.stats && run.outcome.code == TV_OK) {
+            statssteps_add(*run.stats, run.model.get());
+        }
         clock = getClock(run);
         progress_update(progress, clock.now - first);
         lines_update(run.lines, clock.now - clock.start);
@@ -197,6 +233,15 @@ void saveState(Run& run) {
     }
 }
 
+void writeStats(Run& run) {
+    if (!run.stats) {
+        return;
+    }
+    if (const std::string failure = statssteps_write(*run.stats); !failure.empty()) {
+        refuse(run, TV_ERROR_FILE, failure);
+    }
+}
+
 /// What can be known to fail is refused ahead of the start, which empties the files of results.
 void start(Run& run) {
     tv_model* model = run.model.get();
@@ -217,8 +262,18 @@ void start(Run& run) {
         note(run, tv_keepLoads(model, 1));
     }
     note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
+    const std::pair<const char*, const std::string*> atTheEnd[] = {{"state", &run.request.saveState},
+                                                                   {"statistics", &run.request.stats.file}};
+    for (const auto& [what, name] : atTheEnd) {
+        if (run.outcome.code == TV_OK && !name->empty()) {
+            note(run, tv_testOutput(model, what, name->c_str()));
+        }
+    }
     if (run.outcome.code == TV_OK) {
         loadState(run);
+    }
+    if (run.outcome.code == TV_OK && !run.request.stats.file.empty()) {
+        run.stats = statssteps_begin(run.request.stats, run.request.model, model);
     }
 }
 
@@ -230,6 +285,7 @@ void finish(Run& run) {
     const bool hasRun = run.outcome.phase == TV_STARTED || run.outcome.phase == TV_FINISHED;
     if (run.outcome.code == TV_OK && hasRun) {
         saveState(run);
+        writeStats(run);
         lines_tell(run.lines, "Writing output report");
         note(run, tv_report(model));
     }
@@ -278,10 +334,13 @@ int getStatus(const Run& run) {
 }
 
 /// The files that there are.
-std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files, const std::string& state) {
+std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files, const RunRequest& request) {
     std::vector<std::pair<std::string, std::string>> list;
-    const std::pair<const char*, const std::string*> all[] = {
-        {"report", &files.report}, {"results", &files.results}, {"database", &files.database}, {"state", &state}};
+    const std::pair<const char*, const std::string*> all[] = {{"report", &files.report},
+                                                              {"results", &files.results},
+                                                              {"database", &files.database},
+                                                              {"state", &request.saveState},
+                                                              {"statistics", &request.stats.file}};
     for (const auto& [use, name] : all) {
         if (!name->empty() && files_exists(*name)) {
             list.emplace_back(use, *name);
@@ -292,7 +351,10 @@ std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& f
 
 void showFiles(const Outcome& outcome) {
     for (const auto& [use, name] : outcome.files) {
-        const char* title = use == "report" ? "Report:" : use == "state" ? "State:" : "Results:";
+        const char* title = use == "report"       ? "Report:"
+                            : use == "state"      ? "State:"
+                            : use == "statistics" ? "Stats:"
+                                                  : "Results:";
         std::printf("  %-8s %s\n", title, messages_makePrintable(name).c_str());
     }
 }
@@ -335,7 +397,7 @@ int tell(Run& run) {
         showCounts(run);
     }
     if (outcome.status != EXIT_ENGINE_ERROR && outcome.status != EXIT_WRONG_USAGE) {
-        outcome.files = listFiles(run.files, run.request.saveState);
+        outcome.files = listFiles(run.files, run.request);
         showStop(run);
         if (!run.request.isQuiet && !run.request.isJson) {
             showFiles(outcome);
@@ -363,10 +425,7 @@ int run_execute(const RunRequest& request) {
     run.lines.form = chooseForm(request);
     run.outcome.command = "run";
     run.outcome.project = request.model;
-    if (!request.until.empty() && !dates_parse(request.until, &run.until)) {
-        std::fprintf(stderr, "tarnvelde: no date: %s\n", messages_makePrintable(request.until).c_str());
-        return EXIT_WRONG_USAGE;
-    }
+    (void)dates_parse(request.until, &run.until);  // a text that isn't empty has been found to be a date
     if (const std::string conflict = findConflict(run.files, request); !conflict.empty()) {
         refuse(run, CODE_SAME_NAMES, conflict);
     } else {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "handle.h"
+#include "statssteps.h"
 
 /// What a run is asked for.
 struct RunRequest {
@@ -17,6 +18,7 @@ struct RunRequest {
     std::string saveState;  ///< file that the last state goes to; empty for none
     std::string loadState;  ///< file of the state that the run goes on from; empty for none
     std::string hotStart;   ///< file of the state that the water is taken from; empty for none
+    StatsStepsRequest stats;
     EngineFolders engines;
     int32_t threads = 1;  ///< that share the work
     bool isQuiet;

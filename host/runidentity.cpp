@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <fstream>
 #include <memory>
 #include <sstream>
@@ -31,9 +32,18 @@ bool isOlder(const std::string& first, const std::string& second) {
                                                 : a.st_mtim.tv_nsec < b.st_mtim.tv_nsec;
 }
 
-Identity readText(const std::string& results) {
-    const std::string name = results + ENDING;
-    if (!files_isRegular(name) || isOlder(name, results)) {
+/// Whether the results can be those of the run: they begin where it began, and don't go beyond its end. Times of files
+/// don't tell it all: they are as coarse as the system's clock, and a file that is moved keeps its own.
+bool isOfRun(const Identity& identity, const ResultFile& file) {
+    const auto begin = identity.find("begin"), end = identity.find("end");
+    const double last = file.startDate + std::max(file.periods - 1, 0) * static_cast<double>(file.reportStep) / 86400.0;
+    return file.isEnded && begin != identity.end() && begin->second == result_formatDate(file.startDate) &&
+           end != identity.end() && end->second >= result_formatDate(last);
+}
+
+Identity readText(const ResultFile& file) {
+    const std::string name = file.name + ENDING;
+    if (!files_isRegular(name) || isOlder(name, file.name)) {
         return {};
     }
     std::ifstream stream(name, std::ios::binary);
@@ -52,7 +62,7 @@ Identity readText(const std::string& results) {
             identity[line.substr(0, blank)] = line.substr(blank + 1);
         }
     }
-    return identity;
+    return isOfRun(identity, file) ? identity : Identity();
 }
 
 std::string getText(sqlite3_stmt* statement, int column) {
@@ -63,7 +73,9 @@ std::string getText(sqlite3_stmt* statement, int column) {
 Identity readTable(const ResultFile& file) {
     static constexpr const char* QUESTION =
         "select Name, Value from TarnveldeRun where exists"
-        " (select 1 from sqlite_master where name='TarnveldeRun' and type='table' and rootpage > 0) limit 16";
+        " (select 1 from sqlite_master where name='TarnveldeRun' and type='table' and rootpage > 0 and"
+        " (select group_concat(name||' '||type) from pragma_table_info('TarnveldeRun')) = 'Name TEXT,Value TEXT')"
+        " limit 16";
     sqlite3_stmt* raw = nullptr;
     Identity identity;
     if (sqlite3_prepare_v2(file.database, QUESTION, -1, &raw, nullptr) != SQLITE_OK) {
@@ -79,7 +91,7 @@ Identity readTable(const ResultFile& file) {
 }  // namespace
 
 Identity runidentity_read(const ResultFile& file) {
-    return file.database ? readTable(file) : readText(file.name);
+    return file.database ? readTable(file) : readText(file);
 }
 
 std::string runidentity_describe(const Identity& identity) {

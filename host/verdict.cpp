@@ -32,7 +32,8 @@ static const char* getKindName(int32_t objectClass) {
 
 static std::string getId(const tv_model* model, int32_t objectClass, int32_t index) {
     const char* id = "";
-    return tv_getId(model, objectClass, index, &id) == TV_OK && id ? id : "";
+    tv_getId(model, objectClass, index, &id);
+    return id;
 }
 
 /// A LID unit is known by its subcatchment and its definition.
@@ -49,16 +50,15 @@ static std::string getName(const tv_model* model, int32_t objectClass, int32_t i
 static HostVerdict readRow(const tv_model* model, int32_t row) {
     tv_verdict v{};
     tv_getVerdict(model, row, &v);
-    HostVerdict verdict{getPartName(v.part), "", v.in, v.missing, v.error, v.grade, v.words ? v.words : "", {}};
+    HostVerdict verdict{getPartName(v.part), "", v.in, v.missing, v.error, v.grade, v.words, {}};
     if (v.pollutant != TV_NO_POLLUTANT) {
         verdict.pollutant = getId(model, TV_POLLUTANT, v.pollutant);
     }
     for (int32_t k = 0; k < v.causeCount; ++k) {
         tv_cause cause{};
-        if (tv_getCause(model, row, k, &cause) == TV_OK) {
-            verdict.causes.push_back({getKindName(cause.objectClass), getName(model, cause.objectClass, cause.index),
-                                      cause.missing, cause.share});
-        }
+        tv_getCause(model, row, k, &cause);
+        verdict.causes.push_back({getKindName(cause.objectClass), getName(model, cause.objectClass, cause.index),
+                                  cause.missing, cause.share});
     }
     return verdict;
 }

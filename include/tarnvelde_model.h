@@ -517,6 +517,11 @@ TV_API int32_t tv_restoreState(tv_model* model, const void* bytes, size_t size);
 TV_API int32_t tv_saveStateFile(const tv_model* model, const char* path);
 TV_API int32_t tv_restoreStateFile(tv_model* model, const char* path);
 
+/* Whether a state, or whatever a host makes of a run, could be written into this file, for a host that wants to know it
+ * ahead of a long run; nothing is written. `what` is for the message, as "state". 301 if the project reads the file or
+ * the run writes it, TV_ERROR_FILE if it can't be made; a message says why. */
+TV_API int32_t tv_testOutput(tv_model* model, const char* what, const char* path);
+
 /* Hot start: right behind tv_start, takes water, pollutants and settings from the end of another run of the same
  * network; dates are those of this run, and totals, statistics and results begin anew. TV_ERROR_NOT_NOW behind the
  * first step. */

@@ -6,7 +6,8 @@ import re
 import sys
 
 INK, WATER, LINE, NOTE, WALL, PAPER = '#333333', '#cfe4f5', '#2f7fc1', '#b3541e', '#8a8f96', '#ffffff'
-SHADES = ['#e4e0d8', '#e9e5dd', '#eeeae2', '#e6efe0', '#e4ecf4', '#f3ead9', '#f1e6ea', '#e2eef0', '#eee9f3', '#f6ecdf', '#f2f2f2']
+SHADES = ['#e4e0d8', '#e9e5dd', '#eeeae2', '#e6efe0', '#e4ecf4', '#f3ead9', '#f1e6ea', '#e2eef0',
+          '#eee9f3', '#f6ecdf', '#f2f2f2']
 ROOT = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..')
 
 LEFT, HOUSE, WIDTH = 20, 700, 1240  # left wall, right end of the rooms, right wall

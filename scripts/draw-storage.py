@@ -121,7 +121,8 @@ def draw_weir(folder):
         top = 70 if name == 'RECTANGULAR' else 190
         d.path([(left - 45, top), (left + 45, top)], LINE, width=2)
         if name == 'RECTANGULAR':
-            d.path([(left - 60, top - 20), (left - 60, top + 50), (left + 60, top + 50), (left + 60, top - 20)], width=2)
+            corners = [(left - 60, top - 20), (left - 60, top + 50), (left + 60, top + 50), (left + 60, top - 20)]
+            d.path(corners, width=2)
             d.arrow(left - 58, top + 40, left + 58, top + 40, True)
             d.text(left, top + 34, 'length', 'middle', style='i')
         else:

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Installs the Debian packages of scripts/packages.txt that are missing; quick when none is. Works as root or with sudo.
+# With the names of other lists beside it, as packages-python.txt, those of these too.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 
@@ -8,7 +9,7 @@ while read -r package; do
     [ -n "$package" ] || continue
     state=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
     [ "$state" = installed ] || missing+=("$package")
-done <"$here/packages.txt"
+done < <(cd "$here" && cat packages.txt "$@")
 [ ${#missing[@]} -gt 0 ] || exit 0
 
 run=()

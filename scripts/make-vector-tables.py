@@ -151,7 +151,8 @@ def write_number(name, number, comment):
 
 def write():
     print("#pragma once")
-    print("// Numbers of the room vectormath, written by scripts/make-vector-tables.py: each is the double next to what it")
+    print("// Numbers of the room vectormath, written by scripts/make-vector-tables.py: "
+          "each is the double next to what it")
     print("// stands for.")
     print("\n// clang-format off")
     high, low = split(LN2)
@@ -163,7 +164,9 @@ def write():
     for row in range(LOG_ROWS):
         inverse = find_inverse(row)
         rows.append([float(inverse), *split(-get_decimal(inverse).ln()), 0.0])
-    write_rows("LOG_ROWS", rows, "For numbers from 1 + row / 256 on: nearly the inverse, c; -ln c to a multiple of 2^-42; the rest of -ln c")
+    write_rows("LOG_ROWS", rows,
+               "For numbers from 1 + row / 256 on: nearly the inverse, c; -ln c to a multiple of 2^-42; "
+               "the rest of -ln c")
     step = round_double(LN2_STEP)
     write_number("EXP_STEPS", round_double(1 / LN2_STEP), "128 / ln 2")
     write_number("EXP_STEP_HIGH", step, "ln 2 / 128")

@@ -28,14 +28,16 @@ KINDS = [('kindLand', 'subcatchment'), ('kindUnit/cell', 'bio-retention cell'), 
          ('kindConduit/circular', 'conduit, circular'), ('kindConduit/rectangular', 'conduit, rectangular'),
          ('kindConduit/irregular', 'conduit, irregular'), ('kindReactor', 'stirred reactor'),
          ('kindTown', 'subcatchment, junction and pipe')]
-TOWNS = [('storm', 'the storm and two hours behind it'), ('dry', 'dry, buildup grows'), ('none', 'nothing changes any more'),
+TOWNS = [('storm', 'the storm and two hours behind it'), ('dry', 'dry, buildup grows'),
+         ('none', 'nothing changes any more'),
          ('year', 'five days of a year')]
 
 
 def run(words, **options):
     done = subprocess.run(words, stdout=subprocess.PIPE, stderr=subprocess.PIPE, **options)
     if done.returncode != 0:
-        sys.exit('%s ended with %d:\n%s' % (' '.join(words), done.returncode, done.stderr.decode(errors='replace')[-2000:]))
+        said = done.stderr.decode(errors='replace')[-2000:]
+        sys.exit('%s ended with %d:\n%s' % (' '.join(words), done.returncode, said))
     return done.stdout.decode(errors='replace')
 
 
@@ -112,8 +114,8 @@ def tell_towns(rows, out):
         for size in (1000, 10000):
             full, plain = rows.get('stepTown/%s/N:%d' % (name, size)), rows.get('stepTown/plain_%s/N:%d' % (name, size))
             if full:
-                out.append('| {} | {:,} | {} | {} |'.format(words, size, cell(full['engine ns']),
-                                                           cell(plain and plain['engine ns'])))
+                cells = cell(full['engine ns']), cell(plain and plain['engine ns'])
+                out.append('| {} | {:,} | {} | {} |'.format(words, size, *cells))
     out.append('')
 
 
@@ -155,7 +157,8 @@ def profile(weather, size, days, folder):
     project = os.path.join(folder, weather + '.inp')
     run([program('tarnvelde_town'), '1', str(size), '--weather', weather, '--days', str(days), project])
     path = os.path.join(folder, weather + '.callgrind')
-    run(['valgrind', '--tool=callgrind', '--callgrind-out-file=' + path, program('tarnvelde'), 'run', '--quiet', project])
+    run(['valgrind', '--tool=callgrind', '--callgrind-out-file=' + path, program('tarnvelde'), 'run', '--quiet',
+         project])
     return read_profile(path)
 
 
@@ -163,7 +166,8 @@ def measure_profile(is_quick):
     if not shutil.which('valgrind'):
         return ['Not taken: valgrind is missing.', '']
     size = 50 if is_quick else 400
-    out = ['| Share of all instructions, a day of %d subcatchments | storm, %% | dry, %% | nothing changes, %% |' % size,
+    head = '| Share of all instructions, a day of %d subcatchments | storm, %% | dry, %% | nothing changes, %% |'
+    out = [head % size,
            '|---|--:|--:|--:|']
     with tempfile.TemporaryDirectory() as folder:
         shares = {weather: {name: share for share, name in profile(weather, size, 1, folder)}

@@ -91,12 +91,38 @@ int32_t tv_hotStart(tv_model* handle, const void* bytes, size_t size) {
 
 // --- in files ------------------------------------------------------------------------------------------------------
 
-/// Whether the run reads or writes a file for which a state must not be taken.
-static bool isTaken(const Model& model, const std::string& path) {
+/// What a file is to the run that must not become a state; empty if it is nothing.
+static std::string findUse(const Model& model, const std::string& path) {
     const Files& files = model.files;
-    return !inputfiles_findUse(model, path, false).empty() ||
-           inputfiles_areOne(files.reportPlace.target, path, false) ||
-           inputfiles_areOne(files.resultsName, path, false) || inputfiles_areOne(path, files.databaseName, true);
+    if (std::string use = inputfiles_findUse(model, path, false); !use.empty()) {
+        return use;
+    }
+    if (inputfiles_areOne(files.reportPlace.target, path, false)) {
+        return "the report";
+    }
+    return inputfiles_areOne(files.resultsName, path, false)   ? "the file of results"
+           : inputfiles_areOne(path, files.databaseName, true) ? "the database of results"
+                                                               : "";
+}
+
+int32_t tv_testOutput(tv_model* handle, const char* what, const char* path) {
+    return modelhandle_move(handle, NEED_RUN, [&]() -> int32_t {
+        if (!what || !path) {
+            return TV_ERROR_NULL;
+        }
+        Model& model = *handle->model;
+        const std::string name = path, words = std::string("the ") + what + ' ' + name;
+        if (const std::string use = findUse(model, name); !use.empty()) {
+            return messages_addFault(model, ERR_FILE_NAMES, words + " is " + use);
+        }
+        const std::string obstacle = outputs_findObstacle(name);
+        if (obstacle.empty()) {
+            return TV_OK;
+        }
+        const std::string text = "cannot save " + words + ": " + obstacle;
+        messages_add(handle->log, {MESSAGE_ERROR, TV_ERROR_FILE, "", text, {}, "", 0, "", "", 0.0});
+        return TV_ERROR_FILE;
+    });
 }
 
 int32_t tv_saveStateFile(const tv_model* handle, const char* path) {
@@ -107,7 +133,7 @@ int32_t tv_saveStateFile(const tv_model* handle, const char* path) {
         if (const int32_t code = testSaving(handle)) {
             return code;
         }
-        if (isTaken(*handle->model, path)) {
+        if (!findUse(*handle->model, path).empty()) {
             return TV_ERROR_FILE;
         }
         std::vector<char> bytes(state_getSize(*handle->model));

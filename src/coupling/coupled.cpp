@@ -15,9 +15,7 @@ const OutsideNode* coupled_findOutside(const Model& model, const Node& node) {
 }
 
 void coupled_createNodes(Model& model) {
-    model.swmmNodes.clear();
     model.swmmNodes.resize(model.counts.nodeKinds[SWMM]);
-    model.vornNodes.clear();
     model.vornNodes.resize(model.counts.nodeKinds[VORN]);
     if (model.engines.hasPrivateCopies && model.counts.nodeKinds[SWMM] + model.counts.nodeKinds[VORN] > 0) {
         outside_clearLeftovers(model);

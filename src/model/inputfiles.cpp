@@ -21,11 +21,13 @@ void inputfiles_addForeign(Model& model, const std::string& path, const std::str
 static std::vector<FileIdentity> list(const std::string& output, bool isDatabase) {
     const FileIdentity itself = outputs_identify(output);
     const std::string& target = itself.path;
-    std::vector<FileIdentity> files{itself, outputs_identify(target + FILE_IN_THE_MAKING),
+    std::vector<FileIdentity> files{itself, outputs_identify(outputs_nameAside(target)),
                                     outputs_identify(target + IDENTITY_ENDING),
-                                    outputs_identify(target + IDENTITY_ENDING + FILE_IN_THE_MAKING)};
+                                    outputs_identify(outputs_nameAside(target + IDENTITY_ENDING))};
     if (isDatabase) {
-        for (const std::string& base : {target, target + FILE_IN_THE_MAKING}) {
+        const std::string aside = outputs_nameAside(target, JOURNAL_ROOM);
+        files.push_back(outputs_identify(aside));
+        for (const std::string& base : {target, aside}) {
             for (const char* ending : {"-journal", "-wal", "-shm"}) {
                 files.push_back(outputs_identify(base + ending));
             }

@@ -8,6 +8,9 @@ struct Model;
 /// What stands behind the name of a binary file of results for the text about its run.
 constexpr const char* IDENTITY_ENDING = ".run";
 
+/// Bytes of the longest ending that SQLite puts behind the name of a database.
+constexpr size_t JOURNAL_ROOM = 8;
+
 /// What the project itself is read for.
 constexpr const char* PROJECT_USE = "the project";
 

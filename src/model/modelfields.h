@@ -1,6 +1,8 @@
 #pragma once
 // The fields of the records of the folder that a run changes, told for saving and restoring (model/fields.h).
 
+#include <algorithm>
+
 #include "model/curve.h"
 #include "model/fields.h"
 #include "model/model.h"
@@ -101,7 +103,8 @@ void decay_walk(V& v, Decay* decays, const Model& model) {
     for (int32_t p = 0; decays && p < model_pollutantCount(model); ++p) {
         Decay& decay = decays[p];
         v.setting(NAMED(decay.type), FieldSpan{-1.0, FIRST_ORDER});
-        v.setting(NAMED(decay.pattern), FieldSpan{-1.0, model.patterns.size() - 1.0});
+        // Where nothing decays the number is 0, even if there is no pattern; whoever asks for a factor tests it.
+        v.setting(NAMED(decay.pattern), FieldSpan{-1.0, std::max(model.patterns.size() - 1.0, 0.0)});
         v.setting(NAMED(decay.k));
         v.fixed(decay.exponent, decay.factor);  // kept of the step that worked it out last, which skipped ones don't
     }

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <system_error>
 
@@ -28,6 +29,8 @@
 #if defined(_WIN32)
 
 // --- the system: Windows -------------------------------------------------------------------------------------------
+
+static constexpr const char* SEPARATORS = "/\\:";
 
 static void closeDescriptor(int32_t descriptor) {
     _close(descriptor);
@@ -76,6 +79,15 @@ static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) 
 
 static bool canBeWritten(const std::string& path) {
     return _access(path.c_str(), 2) == 0;
+}
+
+static bool canBeReplaced(const std::string& path) {
+    return canBeWritten(path);
+}
+
+/// Only an attempt would tell whether something can be made in a folder.
+static bool hasOpenFolder(const std::string&) {
+    return true;
 }
 
 static std::FILE* makeStream(int32_t descriptor) {
@@ -130,6 +142,7 @@ FileIdentity outputs_identify(const std::string& name) {
 
 // --- the system: all others ----------------------------------------------------------------------------------------
 
+static constexpr const char* SEPARATORS = "/";
 static constexpr int32_t MOST_LINKS = 40;  ///< on the way to a file, as systems count them
 static constexpr int32_t MOST_TRIES = 16;  ///< to get hold of a file that others put in place meanwhile
 
@@ -247,6 +260,25 @@ static bool canBeWritten(const std::string& path) {
     return access(path.c_str(), W_OK) == 0;
 }
 
+/// Whether another file may take the place of one; errno if not. In a folder for all, as /tmp, only of one's own.
+static bool canBeReplaced(const std::string& path) {
+    struct stat file, folder;
+    const std::string place = getFolder(path);
+    const bool isShared = stat(place.empty() ? "." : place.c_str(), &folder) == 0 && (folder.st_mode & S_ISVTX) != 0;
+    if (isShared && stat(path.c_str(), &file) == 0 && geteuid() != 0 && file.st_uid != geteuid() &&
+        folder.st_uid != geteuid()) {
+        errno = EPERM;
+        return false;
+    }
+    return canBeWritten(path);
+}
+
+/// Whether something can be made in the folder of a file; errno if not.
+static bool hasOpenFolder(const std::string& path) {
+    const std::string folder = getFolder(path);
+    return access(folder.empty() ? "." : folder.c_str(), W_OK | X_OK) == 0;
+}
+
 static std::FILE* makeStream(int32_t descriptor) {
     const int flags = fcntl(descriptor, F_GETFL);
     return fdopen(descriptor, (flags & O_ACCMODE) == O_WRONLY ? "wb" : "r+b");
@@ -301,6 +333,38 @@ bool outputs_isSame(const FileIdentity& first, const FileIdentity& second) {
     return isOne || first.path == second.path;
 }
 
+// --- names ---------------------------------------------------------------------------------------------------------
+
+static constexpr size_t LONGEST_NAME = 255;  ///< bytes in its folder, on all systems that are known
+
+static size_t findName(const std::string& path) {
+    const size_t separator = path.find_last_of(SEPARATORS);
+    return separator == std::string::npos ? 0 : separator + 1;
+}
+
+bool outputs_isTooLong(const std::string& target, size_t room) {
+    return target.size() - findName(target) + room > LONGEST_NAME;
+}
+
+std::string outputs_nameAside(const std::string& target, size_t room) {
+    if (!outputs_isTooLong(target, std::strlen(FILE_IN_THE_MAKING) + room)) {
+        return target + FILE_IN_THE_MAKING;
+    }
+    const size_t name = findName(target);
+    uint64_t sum = 14695981039346656037U;  // FNV-1a
+    for (size_t k = name; k < target.size(); ++k) {
+        sum = (sum ^ static_cast<unsigned char>(target[k])) * 1099511628211U;
+    }
+    char ending[32];
+    const int length =
+        std::snprintf(ending, sizeof ending, "~%016llx%s", static_cast<unsigned long long>(sum), FILE_IN_THE_MAKING);
+    size_t kept = LONGEST_NAME - room - static_cast<size_t>(length);
+    while (kept > 0 && (static_cast<unsigned char>(target[name + kept]) & 0xC0U) == 0x80U) {
+        --kept;  // no half of a character: there are systems that take none
+    }
+    return target.substr(0, name + kept) + ending;
+}
+
 // --- opening -------------------------------------------------------------------------------------------------------
 
 static std::FILE* refuse(OutputPlace& place, OutputFault& fault, OutputFault which) {
@@ -324,7 +388,7 @@ static std::FILE* open(OutputPlace& place, int32_t descriptor, OutputFault& faul
 }
 
 bool outputs_isInTheMaking(const std::string& path) {
-    const std::string aside = resolve(path) + FILE_IN_THE_MAKING;
+    const std::string aside = outputs_nameAside(resolve(path));
     if (!files_exists(aside) || isSpecial(aside)) {
         return false;
     }
@@ -345,22 +409,37 @@ static std::FILE* openInPlace(OutputPlace& place, const std::string& name, Outpu
     return open(place, openOwn(name, true, fault), fault);
 }
 
+/// What keeps a file aside from being opened may be its own, or its folder's, and not the target's.
+static OutputFault tellAside(const OutputPlace& place, bool isNew, OutputFault fault) {
+    if (fault != OUTPUT_NOT_OPEN || (place.reason != EACCES && place.reason != EROFS)) {
+        return fault;
+    }
+    return isNew ? OUTPUT_NO_FOLDER : OUTPUT_NO_ASIDE;
+}
+
 static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputFault& fault) {
     errno = 0;
     place.target = resolve(name);
-    place.written = place.target + FILE_IN_THE_MAKING;
+    place.written = outputs_nameAside(place.target);
     if (outputs_isNowhere(place.target)) {
         return openInPlace(place, name, fault);
     }
-    if (isSpecial(place.target) || isSpecial(place.written) || isLink(place.written)) {
+    if (isSpecial(place.target)) {
         return refuse(place, fault, OUTPUT_NO_FILE);
+    }
+    if (isSpecial(place.written) || isLink(place.written)) {
+        return refuse(place, fault, OUTPUT_NO_ASIDE);
+    }
+    if (outputs_isTooLong(place.target, 0)) {  // the file aside could be written, but not be put in place
+        errno = ENAMETOOLONG;
+        return refuse(place, fault, OUTPUT_NOT_OPEN);
     }
     if (isLink(place.target)) {  // in a circle
         return refuse(place, fault, OUTPUT_NOT_OPEN);
     }
     const bool isThere = files_exists(place.target), isNew = !files_exists(place.written);
     const std::string written = place.written;
-    if (isThere && !canBeWritten(place.target)) {
+    if (isThere && !canBeReplaced(place.target)) {
         return refuse(place, fault, OUTPUT_NOT_OPEN);
     }
     if (isThere) {
@@ -376,11 +455,12 @@ static std::FILE* openAside(OutputPlace& place, const std::string& name, OutputF
         if (descriptor >= 0 && isNew) {
             files_delete(written.c_str());
         }
+        fault = tellAside(place, isNew, fault);
         return nullptr;
     }
     if (!hasOneName(file)) {
         std::fclose(file);
-        return refuse(place, fault, OUTPUT_NO_FILE);
+        return refuse(place, fault, OUTPUT_NO_ASIDE);
     }
     if (isThere) {
         copyMode(place.target, getDescriptor(file));
@@ -524,13 +604,45 @@ void outputs_drop(OutputPlace& place, std::FILE*& file) {
     release(place);
 }
 
+static std::string describe(int32_t reason) {
+    return reason != 0 ? std::generic_category().message(reason) : "the system refuses";
+}
+
+std::string outputs_findObstacle(const std::string& name, bool isReplaced) {
+    const std::string target = resolve(name), aside = outputs_nameAside(target);
+    errno = 0;
+    if (outputs_isNowhere(target)) {
+        return {};
+    }
+    if (isSpecial(target)) {
+        return outputs_describe(OUTPUT_NO_FILE, 0);
+    }
+    if (outputs_isTooLong(target, 0)) {
+        return outputs_describe(OUTPUT_NOT_OPEN, ENAMETOOLONG);
+    }
+    if (files_exists(target) && !(isReplaced ? canBeReplaced(target) : canBeWritten(target))) {
+        return outputs_describe(OUTPUT_NOT_OPEN, errno);
+    }
+    if (isSpecial(aside) || isLink(aside)) {
+        return outputs_describe(OUTPUT_NO_ASIDE, 0);
+    }
+    if (!hasOpenFolder(target)) {
+        return outputs_describe(errno == EACCES || errno == EROFS ? OUTPUT_NO_FOLDER : OUTPUT_NOT_OPEN, errno);
+    }
+    return files_exists(aside) && !canBeWritten(aside) ? outputs_describe(OUTPUT_NO_ASIDE, errno) : std::string();
+}
+
 std::string outputs_describe(OutputFault fault, int32_t reason) {
     switch (fault) {
         case OUTPUT_IN_USE: return "another run writes it";
         case OUTPUT_NO_FILE: return "it is a folder, a device or a pipe";
         case OUTPUT_TAKEN: return "what was written aside has been taken away";
+        case OUTPUT_NO_FOLDER: return describe(reason) + " in its folder";
+        case OUTPUT_NO_ASIDE:
+            return reason != 0 ? describe(reason) + " for the .part file beside it"
+                               : "what stands as .part file beside it is none of a run";
         case OUTPUT_NOT_OPEN:
-        case OUTPUT_NOT_WRITTEN: return reason != 0 ? std::generic_category().message(reason) : "the system refuses";
+        case OUTPUT_NOT_WRITTEN: return describe(reason);
         default: return {};
     }
 }

@@ -18,6 +18,8 @@ enum OutputFault : int32_t {
     OUTPUT_NO_FILE,      ///< it is a folder, a device or a pipe, which nothing can be put in place of
     OUTPUT_NOT_WRITTEN,  ///< a write, or the end of it, has failed
     OUTPUT_TAKEN,        ///< the file aside is gone, or another one stands there
+    OUTPUT_NO_FOLDER,    ///< nothing can be made in its folder
+    OUTPUT_NO_ASIDE,     ///< what stands under the name of the file aside can't be written
 };
 
 /// Where an output is to stand, and where it stands while it is written.
@@ -41,6 +43,13 @@ bool outputs_empty(OutputPlace& place, std::FILE* file);
 [[nodiscard]] int32_t outputs_lock(const std::string& path, OutputFault& fault);
 void outputs_unlock(int32_t lock);
 
+/// Where a file is written that is to stand here, behind all links. Where the name with its ending would be longer than
+/// one may be, its end gives way to a sum of all of it; `room` bytes are kept for what others put behind that.
+[[nodiscard]] std::string outputs_nameAside(const std::string& target, size_t room = 0);
+
+/// Whether the name of a file in its folder, with so many bytes behind it, is longer than one may be.
+[[nodiscard]] bool outputs_isTooLong(const std::string& target, size_t room);
+
 /// Whether a run writes aside what is to stand here.
 [[nodiscard]] bool outputs_isInTheMaking(const std::string& path);
 
@@ -60,6 +69,10 @@ void outputs_leave(OutputPlace& place, std::FILE*& file);
 /// Closes a file that isn't wanted, and deletes it, but no device or pipe, and nothing that this run has found aside
 /// and not emptied; what stands in the place of one aside stays.
 void outputs_drop(OutputPlace& place, std::FILE*& file);
+
+/// Why a file can't be written aside and put in place, as far as can be told without making anything; empty if nothing
+/// is in the way. A file that is there may be one that isn't replaced, but written.
+[[nodiscard]] std::string outputs_findObstacle(const std::string& name, bool isReplaced = true);
 
 /// A fault in words, for the end of a sentence.
 [[nodiscard]] std::string outputs_describe(OutputFault fault, int32_t reason);

@@ -16,12 +16,25 @@ static std::string closePath(const std::string& place) {
 
 #if defined(_WIN32)
 
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
 #include <windows.h>
 
 std::vector<std::string> privatefolder_findPlaces() {
     char place[MAX_PATH + 1] = "";
     const DWORD length = GetTempPathA(sizeof place, place);
     return length > 0 && length < sizeof place ? std::vector<std::string>{place} : std::vector<std::string>{};
+}
+
+static constexpr const char* LOCK = "lock";  ///< a file that nobody else can open while its process has it
+
+static int openLock(const std::string& folder, int mode) {
+    int lock = -1;
+    const int flags = mode | _O_RDWR | _O_BINARY | _O_NOINHERIT;
+    return _sopen_s(&lock, (closePath(folder) + LOCK).c_str(), flags, _SH_DENYRW, _S_IREAD | _S_IWRITE) == 0 ? lock
+                                                                                                             : -1;
 }
 
 /// The folder of the user is his own already.
@@ -31,33 +44,56 @@ bool privatefolder_make(const std::string& place, PrivateFolder& folder) {
         LARGE_INTEGER counter{};
         QueryPerformanceCounter(&counter);
         std::string path = front + std::to_string(counter.QuadPart) + '\\';
-        if (CreateDirectoryA(path.c_str(), nullptr) != 0) {
+        if (CreateDirectoryA(path.c_str(), nullptr) == 0) {
+            if (GetLastError() != ERROR_ALREADY_EXISTS) {
+                return false;
+            }
+            continue;
+        }
+        folder.lock = openLock(path, _O_CREAT | _O_EXCL);
+        if (folder.lock >= 0) {
             folder.path = std::move(path);
             return true;
         }
-        if (GetLastError() != ERROR_ALREADY_EXISTS) {
-            return false;
-        }
+        RemoveDirectoryA(path.c_str());
     }
     return false;
 }
 
 void privatefolder_remove(PrivateFolder& folder) {
     if (!folder.path.empty()) {
+        _close(folder.lock);
+        DeleteFileA((folder.path + LOCK).c_str());
         RemoveDirectoryA(folder.path.c_str());
-        folder.path.clear();
+        folder = {};
     }
 }
 
-/// The copy that a living process has loaded can't be deleted, and so its folder stays.
-static void clearFolder(const std::string& path) {
+/// Deletes the copies of engines in a folder; false if there are none.
+static bool deleteCopies(const std::string& path) {
     WIN32_FIND_DATAA entry;
     const HANDLE search = FindFirstFileA((path + "\\*.dll").c_str(), &entry);
-    if (search != INVALID_HANDLE_VALUE) {
-        do {
-            DeleteFileA((path + '\\' + entry.cFileName).c_str());
-        } while (FindNextFileA(search, &entry) != 0);
-        FindClose(search);
+    if (search == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    do {
+        DeleteFileA((path + '\\' + entry.cFileName).c_str());
+    } while (FindNextFileA(search, &entry) != 0);
+    FindClose(search);
+    return true;
+}
+
+/// A folder whose lock can't be opened belongs to a living process. One without a lock has just been made, or is of a
+/// version that made none; the copy that a process has loaded can't be deleted, and so its folder stays.
+static void clearFolder(const std::string& path) {
+    const int lock = openLock(path, 0);
+    const bool hasLock = lock >= 0 || GetFileAttributesA((closePath(path) + LOCK).c_str()) != INVALID_FILE_ATTRIBUTES;
+    if (lock >= 0) {
+        deleteCopies(path);
+        _close(lock);
+        DeleteFileA((closePath(path) + LOCK).c_str());
+        RemoveDirectoryA(path.c_str());
+    } else if (!hasLock && deleteCopies(path)) {
         RemoveDirectoryA(path.c_str());
     }
 }

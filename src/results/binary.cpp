@@ -144,6 +144,9 @@ static bool openFile(Model& model) {
         outputs_leave(out.place, out.file);
     }
     if (out.file) {
+        if (out.place.written == out.place.target) {
+            identity_removeBeside(out.place.target);  // nothing is written in place that would belong to these results
+        }
         return true;
     }
     messages_tell(model, "\n    Cannot open output file ");

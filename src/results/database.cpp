@@ -26,6 +26,7 @@
 #include <utility>
 
 #include "model/errors.h"
+#include "model/inputfiles.h"
 #include "model/messages.h"
 #include "model/model.h"
 #include "model/pollut.h"
@@ -295,7 +296,9 @@ static bool openFile(Model& model, const std::string& name) {
     // SQLite may take a name that begins with "file:" as an address; a path never does.
     const bool looksLikeAddress = name.compare(0, 5, "file:") == 0;
     if (sqlite3_open(((looksLikeAddress ? "./" : "") + name).c_str(), &database.handle) != SQLITE_OK) {
-        refuseFile(model, "");
+        const bool isFile = databaseplace_isFile(name);
+        refuseFile(model,
+                   name + ": " + (isFile ? sqlite3_errmsg(database.handle) : outputs_describe(OUTPUT_NO_FILE, 0)));
         return false;
     }
     databaseplace_wait(database.handle, database.patience);
@@ -317,16 +320,25 @@ static void createTables(Model& model) {
     }
 }
 
+/// What another run is known by doesn't stay beside the results of one that leaves no such table.
+static void dropIdentity(Model& model) {
+    if (model.error.code == ERR_NONE && !model.database->isStopped) {
+        databaseplace_dropIdentity(model.database->handle);
+        stopIfLost(model, sqlite3_errcode(model.database->handle));
+    }
+}
+
 static void openInPlace(Model& model) {
     DatabaseResults& database = *model.database;
     if (outputs_isInTheMaking(model.files.databaseName)) {
-        refuseFile(model, "");
+        refuseFile(model, model.files.databaseName + ": " + outputs_describe(OUTPUT_IN_USE, 0));
         return;
     }
     database.patience.milliseconds = PATIENCE;
     if (openFile(model, model.files.databaseName)) {
         database.hadTables = hasTables(model);
         createTables(model);
+        dropIdentity(model);
     }
 }
 
@@ -352,12 +364,24 @@ static void openAside(Model& model) {
     DatabaseResults& database = *model.database;
     database.place = databaseplace_find(model.files.databaseName);
     database.patience.milliseconds = PATIENCE;
+    if (outputs_isTooLong(database.place.target, JOURNAL_ROOM)) {
+        refuseFile(model, database.place.target + ": its name leaves no room for that of its journal");
+        return;
+    }
+    if (const std::string obstacle = outputs_findObstacle(database.place.target, false); !obstacle.empty()) {
+        refuseFile(model, database.place.target + ": " + obstacle);
+        return;
+    }
     if (files_exists(database.place.target)) {
         database.hadTables = true;  // whatever ends the rehearsal, nothing of it is committed
         if (!openFile(model, database.place.target)) {
             return;
         }
         rehearse(model);
+        database.place.encoding = databaseplace_getEncoding(database.handle);
+        if (model.error.code == ERR_NONE && database.place.encoding.empty()) {
+            refuseFile(model, database.place.target + ": out of memory");
+        }
         sqlite3_close(database.handle);
         database.handle = nullptr;
         if (model.error.code) {
@@ -367,7 +391,7 @@ static void openAside(Model& model) {
     std::string reason = "its name is that of another file of the run";
     const bool isNew = !files_exists(database.place.aside);
     if (!isTaken(model, database.place.aside) && lockAside(database, reason)) {
-        database.handle = databaseplace_openAside(database.place.aside, reason);
+        database.handle = databaseplace_openAside(database.place, reason);
         if (!database.handle && isNew) {
             files_delete(database.place.aside.c_str());
         }

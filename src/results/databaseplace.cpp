@@ -16,33 +16,19 @@
 #include <utility>
 #include <vector>
 
+#include "model/inputfiles.h"
 #include "platform/files.h"
+#include "platform/outputs.h"
 #include "results/rows.h"
 
 namespace fs = std::filesystem;
 
-static constexpr const char* ASIDE = ".part";  ///< behind the name of the target
-static constexpr int32_t MOST_LINKS = 40;      ///< on the way to a file
-static constexpr int32_t WAIT = 20;            ///< ms between two looks at a lock
+static constexpr int32_t WAIT = 20;  ///< ms between two looks at a lock
 
 using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
 using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 
 // --- places --------------------------------------------------------------------------------------------------------
-
-/// What a name leads to behind all links, also if it isn't there yet.
-static fs::path followLinks(fs::path path) {
-    std::error_code error;
-    for (int32_t k = 0; k < MOST_LINKS && fs::is_symlink(path, error); ++k) {
-        const fs::path next = fs::read_symlink(path, error);
-        if (error) {
-            break;
-        }
-        path = path.parent_path() / next;
-    }
-    const fs::path folder = fs::canonical(path.has_parent_path() ? path.parent_path() : ".", error);
-    return error ? path : folder / path.filename();
-}
 
 bool databaseplace_isFile(const std::string& name) {
     std::error_code error;
@@ -51,13 +37,12 @@ bool databaseplace_isFile(const std::string& name) {
 }
 
 DatabasePlace databaseplace_find(const std::string& name) {
-    std::string target = followLinks(name).string();
-    return {target, target + ASIDE};
+    const std::string target = outputs_identify(name).path;
+    return {target, outputs_nameAside(target, JOURNAL_ROOM), {}};
 }
 
 bool databaseplace_isSame(const std::string& path, const std::string& other) {
-    std::error_code error;
-    return !other.empty() && fs::equivalent(path, other, error) && !error;
+    return !other.empty() && outputs_isSame(outputs_identify(path), outputs_identify(other));
 }
 
 /// The file in which SQLite keeps what a transaction has overwritten.
@@ -155,8 +140,22 @@ static void dropVain(sqlite3* handle, const std::string& path) {
     }
 }
 
+std::string databaseplace_getEncoding(sqlite3* handle) {
+    const Statement statement = prepare(handle, "pragma main.encoding");
+    const bool isTold = statement && sqlite3_step(statement.get()) == SQLITE_ROW;
+    const void* text = isTold ? sqlite3_column_text(statement.get(), 0) : nullptr;
+    return text ? static_cast<const char*>(text) : "";
+}
+
+/// Whether the texts of a database are encoded as those of the one that it is put into: SQLite brings no others
+/// together. A file that holds something keeps its encoding for ever, also one that was emptied.
+static bool hasEncoding(sqlite3* handle, const std::string& encoding) {
+    return encoding.empty() || (run(handle, ("pragma main.encoding='" + encoding + "'").c_str()) &&
+                                databaseplace_getEncoding(handle) == encoding);
+}
+
 /// What keeps runs of other programs off the file as well would be asked for ahead of all else here.
-sqlite3* databaseplace_openAside(const std::string& path, std::string& reason) {
+static sqlite3* openAside(const std::string& path, const std::string& encoding, bool& isOfOther, std::string& reason) {
     static constexpr int32_t FLAGS = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOFOLLOW;
     const bool wasEmpty = !files_exists(path) || isEmptyFile(path);
     sqlite3* opened = nullptr;
@@ -181,7 +180,27 @@ sqlite3* databaseplace_openAside(const std::string& path, std::string& reason) {
         }
         return nullptr;
     }
+    isOfOther = !hasEncoding(opened, encoding);
     return handle.release();
+}
+
+sqlite3* databaseplace_openAside(const DatabasePlace& place, std::string& reason) {
+    bool isOfOther = false;
+    sqlite3* handle = openAside(place.aside, place.encoding, isOfOther, reason);
+    if (!handle || !isOfOther) {
+        return handle;
+    }
+    // What a run with other texts has left: a file without a byte has no encoding yet.
+    sqlite3_close(handle);
+    files_delete(getJournal(place.aside).c_str());
+    std::error_code error;
+    fs::resize_file(place.aside, 0, error);
+    handle = openAside(place.aside, place.encoding, isOfOther, reason);
+    if (handle && isOfOther) {
+        databaseplace_drop(handle, place.aside);
+        reason = "its encoding can't be " + place.encoding;
+    }
+    return handle;
 }
 
 void databaseplace_drop(sqlite3*& handle, const std::string& path) {
@@ -245,24 +264,75 @@ static bool attach(sqlite3* handle, const std::string& path) {
            sqlite3_step(statement.get()) == SQLITE_DONE;
 }
 
-/// The text that puts the tables of the database into the target. SQLite copies rows as they lie there, in their order,
-/// and keeps the text of a table from the word for its kind and its own name on. Empty if the tables can't be listed.
-static std::string writeReplacement(sqlite3* handle) {
+/// What bears the name of the identity in a database.
+enum IdentityPlace : int32_t {
+    IDENTITY_FREE,   ///< nothing
+    IDENTITY_OURS,   ///< a table as runs make it
+    IDENTITY_TAKEN,  ///< something else: a table of a user's own, a view, an index
+    IDENTITY_UNKNOWN,
+};
+
+/// Asks what bears the name. A trigger may have that of any table.
+static std::string writeQuestion(const std::string& schema) {
+    std::string text = "select type='table' and rootpage>0 and";
+    text.append(" (select group_concat(name||' '||type) from pragma_table_info('").append(IDENTITY_TABLE);
+    text.append("','").append(schema).append("'))='Name TEXT,Value TEXT' from ").append(schema);
+    text.append(".sqlite_master where type<>'trigger' and name='").append(IDENTITY_TABLE);
+    return text.append("' collate nocase");
+}
+
+static IdentityPlace findIdentity(sqlite3* handle, const std::string& question) {
+    const Statement statement = prepare(handle, question);
+    if (!statement) {
+        return IDENTITY_UNKNOWN;
+    }
+    switch (sqlite3_step(statement.get())) {
+        case SQLITE_DONE: return IDENTITY_FREE;
+        case SQLITE_ROW: return sqlite3_column_int(statement.get(), 0) != 0 ? IDENTITY_OURS : IDENTITY_TAKEN;
+        default: return IDENTITY_UNKNOWN;
+    }
+}
+
+void databaseplace_dropIdentity(sqlite3* handle) {
+    if (findIdentity(handle, writeQuestion("main")) == IDENTITY_OURS) {
+        run(handle, ("drop table " + std::string(IDENTITY_TABLE)).c_str());
+    }
+}
+
+/// The texts that put the tables of the database into the target.
+struct Replacement {
+    std::string tables;    ///< empty if they can't be listed
+    std::string question;  ///< what bears the name of the identity
+    std::string identity;  ///< unless the name is taken
+};
+
+/// SQLite copies rows as they lie there, in their order, and keeps the text of a table from the word for its kind and
+/// its own name on.
+static Replacement writeReplacement(sqlite3* handle) {
     static constexpr const char* CREATION = "CREATE TABLE ";
-    std::string text;
+    Replacement texts;
     std::vector<TableText> tables;
     if (!listTables(handle, tables)) {
-        return text;
+        return texts;
     }
+    texts.question = writeQuestion("target");
     // The one about the run before goes also where there was no memory for another.
-    text.append("drop table if exists target.").append(IDENTITY_TABLE).append(";");
+    texts.identity.append("drop table if exists target.").append(IDENTITY_TABLE).append(";");
     for (const TableText& table : tables) {
+        std::string& text = table.name == IDENTITY_TABLE ? texts.identity : texts.tables;
         text += "drop table if exists target." + table.name + ';';
         text += CREATION;
         text += "target." + table.sql.substr(std::strlen(CREATION)) + ';';
         text += "insert into target." + table.name + " select * from main." + table.name + ';';
     }
-    return text;
+    return texts;
+}
+
+/// Runs the texts in the transaction of the target. A table of a user's own is never one of those that are replaced.
+static bool replace(sqlite3* handle, const Replacement& texts) {
+    const IdentityPlace identity = findIdentity(handle, texts.question);
+    return identity != IDENTITY_UNKNOWN && run(handle, texts.tables.c_str()) &&
+           (identity == IDENTITY_TAKEN || run(handle, texts.identity.c_str()));
 }
 
 static bool commit(sqlite3* handle, DatabasePatience& patience) {
@@ -276,9 +346,9 @@ static bool commit(sqlite3* handle, DatabasePatience& patience) {
 /// Nothing is thrown while the transaction is open, so that it can't be left so.
 static bool replaceTables(sqlite3* handle, const DatabasePlace& place, DatabasePatience& patience,
                           std::string& reason) {
-    const std::string text = writeReplacement(handle);
+    const Replacement texts = writeReplacement(handle);
     reason.reserve(1000);
-    if (text.empty()) {
+    if (texts.tables.empty()) {
         reason = "out of memory";
         return false;
     }
@@ -287,7 +357,7 @@ static bool replaceTables(sqlite3* handle, const DatabasePlace& place, DatabaseP
     if (attach(handle, place.target) && run(handle, "pragma target.cache_size=-131072") &&
         run(handle, "BEGIN IMMEDIATE")) {
         const int32_t left = std::exchange(patience.milliseconds, 0);
-        const bool isDone = run(handle, text.c_str());
+        const bool isDone = replace(handle, texts);
         patience.milliseconds = left;
         if (isDone && commit(handle, patience)) {
             return true;
@@ -362,13 +432,16 @@ static bool copyTables(sqlite3* from, sqlite3* to) {
     std::vector<TableText> tables;
     bool isCopied = listTables(from, tables) && run(to, "BEGIN");
     for (const TableText& table : tables) {
+        if (table.name == IDENTITY_TABLE) {
+            continue;  // of another run, or of somebody else
+        }
         isCopied = isCopied && run(to, table.sql.c_str()) && copyRows(from, to, table.name);
     }
     return isCopied && run(to, "COMMIT") && sync(to);
 }
 
 bool databaseplace_copyAside(sqlite3* handle, const DatabasePlace& place, std::string& reason) {
-    sqlite3* aside = databaseplace_openAside(place.aside, reason);
+    sqlite3* aside = databaseplace_openAside(place, reason);
     if (!aside) {
         return false;
     }

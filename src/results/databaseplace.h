@@ -15,8 +15,9 @@ constexpr const char* IDENTITY_TABLE = "TarnveldeRun";
 
 /// The files of a database.
 struct DatabasePlace {
-    std::string target;  ///< behind all links
-    std::string aside;   ///< beside the target
+    std::string target;    ///< behind all links
+    std::string aside;     ///< beside the target
+    std::string encoding;  ///< of the texts in the target, in the words of SQLite; empty if there is none
 };
 
 /// How long a connection still waits for others, in all; 0 for not at all.
@@ -40,13 +41,21 @@ void databaseplace_wait(sqlite3* handle, DatabasePatience& patience);
 /// Waits for others once more. False if the patience is at its end.
 bool databaseplace_waitLonger(DatabasePatience& patience);
 
-/// Makes an empty database, in place of what a run that was killed has left there. Null with the reason if that can't
-/// be done; what stands there is then as it was.
-[[nodiscard]] sqlite3* databaseplace_openAside(const std::string& path, std::string& reason);
+/// The encoding of the texts in a database, for those that are to be put into it; empty if there is no memory to ask.
+[[nodiscard]] std::string databaseplace_getEncoding(sqlite3* handle);
+
+/// Makes an empty database aside, in place of what a run that was killed has left there. Null with the reason if that
+/// can't be done; what stands there is then as it was.
+[[nodiscard]] sqlite3* databaseplace_openAside(const DatabasePlace& place, std::string& reason);
+
+/// Takes the table of what another run is known by out of a database, within its transaction. What is not as runs make
+/// it belongs to somebody else, and stays.
+void databaseplace_dropIdentity(sqlite3* handle);
 
 /// Puts a database aside, whose rows are all committed, into its place, and closes it: as the target, if there is none;
-/// otherwise its tables take the place of those in the target that have their names, all in one transaction. False with
-/// the reason if that can't be done: the target is as it was then, and the database stays aside.
+/// otherwise its tables take the place of those in the target that have their names, all in one transaction; but where
+/// something of a user's own has the name of the identity, that is left away. False with the reason if that can't be
+/// done: the target is as it was then, and the database stays aside.
 [[nodiscard]] bool databaseplace_settle(sqlite3*& handle, const DatabasePlace& place, DatabasePatience& patience,
                                         std::string& reason);
 

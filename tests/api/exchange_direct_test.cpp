@@ -59,6 +59,25 @@ TEST_F(Direct, LoadsNeedANodeNamedLikeAPollutant) {
     EXPECT_NEAR(result(2, "J", 3), 30.0, 1e-12);
 }
 
+// Nodes take the load of the pollutant that is named like them, so that each of two gets its own alone.
+TEST(DirectLoads, OfOneNodeAddUpAndReachNoOther) {
+    const Project project(getGeneral(10) +
+                          "[POLLUTANTS]\nJ 0\nK 0\n[JUNCTIONS]\nJ\nK\n[OUTFALLS]\nO\n[PIPES]\nP J O NO 100 1 0.2 0\n"
+                          "Q K O NO 100 1 0.2 0\n[INFLOWS]\nJ FLOW FLOW 0.25 \"\" 1\nK FLOW FLOW 0.5 \"\" 1\n");
+    project.start();
+    EXPECT_EQ(tarnvelde_setExtLoad("K", "", 0.004), 0);
+    EXPECT_EQ(tarnvelde_setExtLoad("J", "", 0.001), 0);
+    EXPECT_EQ(tarnvelde_setExtLoad("K", "", 0.016), 0);
+    Project::step();
+    // Columns 2 and 3 are the concentrations, mg/L, of the pollutants J and K: kg/s by m3/s, in g/m3.
+    EXPECT_NEAR(result(2, "J", 2), 1000.0 * 0.001 / 0.25, 1e-12);
+    EXPECT_EQ(result(2, "J", 3), 0.0);
+    EXPECT_EQ(result(2, "K", 2), 0.0);
+    EXPECT_NEAR(result(2, "K", 3), 1000.0 * (0.004 + 0.016) / 0.5, 1e-12);
+    Project::step();
+    EXPECT_EQ(result(2, "K", 3), 0.0) << "for one step alone";
+}
+
 TEST_F(Direct, SplittedValueReplacesThatOfTheFile) {
     EXPECT_EQ(tarnvelde_setSplittedValue("SP", -0.1), -1);
     EXPECT_EQ(tarnvelde_setSplittedValue("SP", 0.4), 0);

@@ -87,6 +87,19 @@ TEST(ModelState, GoesBackAndOnToTheSameBytes) {
     }
 }
 
+TEST(ModelState, OfSeveralPollutantsNeedsNoPattern) {
+    const StateProject project(getGeneral(90) +
+                               "[POLLUTANTS]\nTSS 0\nCOD 0\n[JUNCTIONS]\nA\n[OUTFALLS]\nB\n"
+                               "[PIPES]\nP A B NO 120 2 0.2 0\n[DECAY_COEFFICIENT]\nP LINK TSS FIRST 0.5 \"\"\n");
+    TvModel model;
+    project.start(model);
+    step(model, 10);
+    const State state = save(model);
+    step(model, 10);
+    ASSERT_EQ(tv_restoreState(model, state.data(), state.size()), TV_OK);
+    EXPECT_EQ(save(model), state);
+}
+
 TEST(ModelState, IsTakenAlsoAtTheEnd) {
     const StateProject project(makeText(3));
     TvModel model;

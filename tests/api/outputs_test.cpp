@@ -167,6 +167,95 @@ TEST(Outputs, ThatCantBeWrittenGiveACode) {
     EXPECT_FALSE(fs::exists(project.report + ".part"));
 }
 
+namespace {
+
+enum Use { REPORT, RESULTS, DATABASE, STATE };
+
+/// What a run tells, and only once, of an output that nothing can be put in place of.
+void expectToldOnce(const SeriesProject& project, Use use, const std::string& name, const std::string& words) {
+    SCOPED_TRACE(name + " as " + std::to_string(use));
+    TvModel model;
+    int32_t code = tv_open(model, project.input.c_str(), use == REPORT ? name.c_str() : nullptr);
+    if (use != REPORT) {
+        ASSERT_EQ(code, TV_OK);
+        code = tv_start(model, use == RESULTS ? name.c_str() : nullptr, use == DATABASE ? name.c_str() : nullptr);
+    }
+    if (use == STATE) {
+        ASSERT_EQ(code, TV_OK);
+        code = tv_testOutput(model, "state", name.c_str());
+        EXPECT_EQ(tv_saveStateFile(model, name.c_str()), TV_ERROR_FILE);
+    }
+    EXPECT_EQ(code, use == REPORT     ? CODE_REPORT
+                    : use == RESULTS  ? CODE_RESULTS
+                    : use == DATABASE ? CODE_DATABASE
+                                      : TV_ERROR_FILE);
+    ASSERT_EQ(model.getErrors().size(), 1U);
+    const std::string text = model.getErrors()[0].text, told = name + ": " + words + (use == STATE ? "" : ")");
+    ASSERT_GE(text.size(), told.size()) << text;
+    EXPECT_EQ(text.substr(text.size() - told.size()), told);
+}
+
+}  // namespace
+
+TEST(Outputs, ThatNothingCanBePutInPlaceOfAreToldOnceAndAheadOfTheRun) {
+    const SeriesProject project;
+    {
+        TvModel model;
+        ASSERT_EQ(tv_open(model, project.input.c_str(), nullptr), TV_OK);
+        ASSERT_EQ(tv_start(model, nullptr, project.name("fixed.db").c_str()), TV_OK);
+        ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+        ASSERT_EQ(tv_close(model), TV_OK);
+    }
+    fs::create_directory(project.name("closed"));
+    fs::create_directory(project.name("folder"));
+    fs::copy_file(project.name("fixed.db"), project.name("closed/there"));
+    fs::permissions(project.name("closed/there"), fs::perms(0666));
+    fs::permissions(project.name("closed"), fs::perms(0555));
+    fs::permissions(project.name("fixed.db"), fs::perms(0444));
+    fs::permissions(project.folder.path, fs::perms(0777));
+    const int status = process_fork([&] {
+        if (!process_giveUpRights()) {
+            return 77;
+        }
+        for (const Use use : {REPORT, RESULTS, DATABASE, STATE}) {
+            expectToldOnce(project, use, project.name("closed/new"), "Permission denied in its folder");
+            expectToldOnce(project, use, project.name("closed/there"), "Permission denied in its folder");
+            expectToldOnce(project, use, project.name("fixed.db"), "Permission denied");
+            expectToldOnce(project, use, project.name("none/new"), "No such file or directory");
+            expectToldOnce(project, use, project.name("folder"), "it is a folder, a device or a pipe");
+        }
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    fs::permissions(project.name("closed"), fs::perms(0777));
+    if (status == 77) {
+        GTEST_SKIP() << "rights can't be given up here";
+    }
+    EXPECT_EQ(status, 0);
+}
+
+TEST(Outputs, OfNamesOfAnyLengthArePutInPlace) {
+    const SeriesProject project;
+    const std::string name = project.name(std::string(247, 'n').c_str());
+    fs::create_directory(project.name("at"));
+    const std::string longest = project.name("at/") + std::string(251, 'n');
+    for (const std::string& front : {name, longest}) {
+        SCOPED_TRACE(front.size());
+        for (int k = 0; k < 2; ++k) {
+            TvModel model;
+            ASSERT_EQ(tv_open(model, project.input.c_str(), (front + ".rpt").c_str()), TV_OK);
+            ASSERT_EQ(tv_start(model, (front + ".bin").c_str(), nullptr), TV_OK);
+            ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+            ASSERT_EQ(tv_report(model), TV_OK);
+            ASSERT_EQ(tv_close(model), TV_OK);
+            EXPECT_GT(readFile(front + ".bin").size(), 100U);
+            EXPECT_NE(readFile(front + ".rpt").find("Flow Routing Continuity"), std::string::npos);
+        }
+        std::error_code tooLong;  // the name of the text, if it is longer than one may be
+        EXPECT_EQ(fs::exists(front + ".bin.run", tooLong), front == name);
+    }
+    EXPECT_EQ(std::distance(fs::directory_iterator(project.name("at")), fs::directory_iterator()), 2);
+}
+
 // --- what a run is known by ----------------------------------------------------------------------------------------
 
 namespace {
@@ -226,6 +315,16 @@ TEST(RunIdentity, IsLeftAwayByTheOldFaceAndByTheNullDevice) {
     EXPECT_FALSE(fs::exists("/dev/null.run"));
 }
 
+TEST(RunIdentity, OfAnotherRunIsTakenAwayByTheOldFace) {
+    const SeriesProject project;
+    EXPECT_NE(runFor(project, 1.0), "");
+    ASSERT_EQ(project.run(), 0);
+    EXPECT_FALSE(fs::exists(project.results + ".run"));
+    project.folder.write(fs::path(project.results).filename().string() + ".run", "of the user");
+    ASSERT_EQ(project.run(), 0);
+    EXPECT_EQ(readFile(project.results + ".run"), "of the user");
+}
+
 TEST(RunIdentity, IsWrittenOverNothingElse) {
     const SeriesProject project;
     const std::string beside = project.results + ".run";
@@ -272,7 +371,13 @@ TEST(Outputs, OfAStateAreNoInputsAndNoResults) {
     for (const std::string& name : {project.input, project.series, project.results, project.results + ".part",
                                     project.report, project.report + ".part"}) {
         EXPECT_EQ(tv_saveStateFile(model, name.c_str()), TV_ERROR_FILE) << name;
+        EXPECT_EQ(tv_testOutput(model, "state", name.c_str()), CODE_SAME_NAMES) << name;
     }
+    EXPECT_EQ(tv_testOutput(model, "state", nullptr), TV_ERROR_NULL);
+    EXPECT_EQ(tv_testOutput(model, nullptr, "x"), TV_ERROR_NULL);
+    EXPECT_EQ(tv_testOutput(model, "state", project.name("state").c_str()), TV_OK);
+    EXPECT_FALSE(fs::exists(project.name("state")));
+    EXPECT_FALSE(fs::exists(project.name("state.part")));
     EXPECT_EQ(tv_saveStateFile(model, project.name("state").c_str()), TV_OK);
     EXPECT_EQ(readFile(project.input), bytes);
     EXPECT_EQ(readFile(project.series), project.seriesBytes);

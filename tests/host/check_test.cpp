@@ -127,6 +127,22 @@ TEST(HostCheck, EnginesAreTakenFromTheFolderThatIsGiven) {
     EXPECT_EQ(countFiles(folder.path / "engines"), 2u) << "private copies are left";
 }
 
+TEST(HostCheck, AFolderOfEnginesMayBeCalledAsIsUsualAndOtherwise) {
+    namespace fs = std::filesystem;
+    TempFolder folder;
+    fs::copy(fs::path(TARNVELDE_SOURCE_DIR) / "examples" / "coupled", folder.path, fs::copy_options::recursive);
+    for (const char* name : {"engines", "engines/", "back\\"}) {
+        fs::create_directories(folder.path / name);
+        for (const char* library : {"libswmm5ex.so", "libvorn.so"}) {
+            fs::copy_file(fs::path(TARNVELDE_ENGINE_FOLDER) / library, folder.path / name / library,
+                          fs::copy_options::overwrite_existing);
+        }
+        const ProcessResult result =
+            runProgram({"check", folder.file("coupled.inp"), "--engines", folder.path.string() + '/' + name});
+        EXPECT_EQ(result.status, 0) << name << ' ' << result.err;
+    }
+}
+
 TEST(HostCheck, PrivateCopiesAreMadeInTheFolderThatIsGiven) {
     namespace fs = std::filesystem;
     TempFolder folder;
@@ -157,6 +173,23 @@ TEST(HostCheck, AnUnknownHeaderMakesOneMessage) {
     EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("P8 J1 O1"));
 }
 
+TEST(HostCheck, EachUnknownHeaderHasAMessageOfItsOwn) {
+    TempFolder folder;
+    const std::string model =
+        folder.write("model.inp", std::string("[PIPE]\nP1 J1 O1\n[JUNKTIONS]\nJ2\n") + GOOD_PROJECT);
+    const ProcessResult result = runProgram({"check", model});
+    EXPECT_EQ(result.status, 1);
+    const size_t first = result.err.find(" at line 1 of input file:\n  [PIPE]\n");
+    const size_t second = result.err.find(" at line 3 of input file:\n  [JUNKTIONS]\n");
+    ASSERT_NE(first, std::string::npos) << result.err;
+    ASSERT_NE(second, std::string::npos) << result.err;
+    EXPECT_LT(first, second);
+    EXPECT_THAT(result.err.substr(0, first), HasSubstr("ERROR 205: [PIPE] "));
+    EXPECT_THAT(result.err.substr(first, second - first), HasSubstr("ERROR 205: [JUNKTIONS] "));
+    EXPECT_EQ(result.err.find("P1 J1 O1\n"), std::string::npos) << "what stands below them is none of it";
+    EXPECT_EQ(result.err.find("W-section-unknown"), std::string::npos) << "one message for each";
+}
+
 TEST(HostCheck, MessagesStandInTheOrderOfTheFile) {
     // The errors of [GENERAL] are found first, and a warning about a conduit last of all.
     TempFolder folder;
@@ -183,6 +216,14 @@ TEST(HostCheck, ColoursComeOnATerminalAlone) {
     const ProcessResult result = runProgram({"check", model});
     EXPECT_THAT(result.err, HasSubstr("SERIOUS W-step-conduit: C1: "));
     EXPECT_THAT(result.err, Not(HasSubstr("\033")));
+    // Red for what can't be right, yellow for what can hardly be meant, blue for what may be.
+    const std::string wrong = terminal_run({"check", folder.write("wrong.inp", BAD_PROJECT)}, STDERR_FILENO, 1);
+    EXPECT_THAT(wrong, HasSubstr("\033[31mERROR 209: \033[0m"));
+    const std::string doubtful =
+        terminal_run({"check", folder.write("doubtful.inp", std::string(GOOD_PROJECT) +
+                                                                "[POLLUTANTS]\nSPARE 0\n[PATTERNS]\nIDLE HOURLY 1\n")});
+    EXPECT_THAT(doubtful, HasSubstr("\033[33mWARNING "));
+    EXPECT_THAT(doubtful, HasSubstr("\033[36mNOTE "));
 }
 
 /// A project with a word too many in a line.

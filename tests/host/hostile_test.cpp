@@ -247,6 +247,21 @@ TEST_F(Hostile, ADatabaseThatLeadsInCirclesIsRefused) {
     }
 }
 
+TEST_F(Hostile, ADatabaseOfColumnsWithoutValuesIsRefused) {
+    // Columns that are added behind the rows take no room in them, and still a step each for every row.
+    std::string sql =
+        "create table Junction (Name TEXT, Period INT); with recursive t(k) as (select 1 union all select k + 1 from t "
+        "where k < 20000) insert into Junction select 'J', k from t";
+    for (int k = 0; k < 1900; ++k) {
+        sql.append("; alter table Junction add column c").append(std::to_string(k));
+    }
+    ASSERT_NO_FATAL_FAILURE(makeDatabase(folder.file("a.db"), sql));
+    const ProcessResult result =
+        runProgramWithin(60, {"results", folder.file("a.db"), "--table", "Junction", "--summary"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, HasSubstr("a.db is damaged: it leads to more rows than it has room for"));
+}
+
 TEST_F(Hostile, NothingButATableIsATableOfResults) {
     ASSERT_NO_FATAL_FAILURE(
         makeDatabase(folder.file("view.db"),

@@ -28,7 +28,7 @@ struct JsonReader {
         return take('"');
     }
     bool readWord() {
-        const size_t end = text.find_first_not_of("+-.0123456789eEnul", at);
+        const size_t end = text.find_first_not_of("+-.0123456789eEnultrfas", at);
         const bool isThere = end != at;
         at = end;
         return isThere;

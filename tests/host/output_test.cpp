@@ -4,11 +4,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 
 #include "aside.h"
 #include "host/resultsfixture.h"
+#include "host/resultsimage.h"
+#include "host/smalldisk.h"
 
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -72,22 +73,13 @@ int runWithoutReader(const std::vector<std::string>& arguments, bool isSignalIgn
     });
 }
 
-/// A file system of a few pages. Empty if none may be made here.
-struct SmallDisk {
-    TempFolder folder;
-    bool isThere = mount("none", folder.path.c_str(), "tmpfs", 0, "size=64k") == 0;
-
-    SmallDisk() = default;
-    ~SmallDisk() {
-        if (isThere) {
-            umount(folder.path.c_str());
-        }
-    }
-    SmallDisk(const SmallDisk&) = delete;
-    SmallDisk& operator=(const SmallDisk&) = delete;
-};
-
 }  // namespace
+
+/// Runs the program with a full disk behind standard output.
+static ProcessResult runIntoFullDisk(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"sh", "-c", "exec \"$0\" \"$@\" > /dev/full", TARNVELDE_PROGRAM});
+    return process_run(arguments);
+}
 
 // --- standard output -----------------------------------------------------------------------------------------------
 
@@ -103,6 +95,33 @@ TEST_F(Results, WhatGoesToAFullDiskEndsWithOneAndAMessage) {
     EXPECT_EQ(
         process_run({"sh", "-c", "exec \"$@\" >/dev/full", "sh", TARNVELDE_PROGRAM, "run", model, "--quiet"}).status,
         0);
+}
+
+TEST(OutputOfManyRows, ThatGoesToAFullDiskEndsAtOnce) {
+    TempFolder folder;
+    // A long name, so that the first of many rows fills what the stream holds back.
+    const std::string file = folder.write("a.bin", makeResults(44256.0, 900, 2000, std::string(9000, 'j')));
+    for (const std::vector<std::string>& options : std::vector<std::vector<std::string>>{
+             {}, {"--csv"}, {"--json"}, {"--column", "TotInflow"}, {"--summary"}, {"--summary", "--json"}}) {
+        std::vector<std::string> arguments{"results", file};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const ProcessResult result = runIntoFullDisk(arguments);
+        EXPECT_EQ(result.status, 1) << join(options);
+        EXPECT_THAT(result.err, testing::StartsWith("tarnvelde: cannot write to standard output")) << join(options);
+    }
+}
+
+TEST(OutputOfErrors, ThatGoesToAFullDiskKeepsTheirStatus) {
+    TempFolder folder;
+    std::string many = BAD_PROJECT;
+    for (int k = 0; k < 200; ++k) {
+        many.append("X").append(std::to_string(k)).append(" J1 O1 NO 3OO 1 0.2 0\n");
+    }
+    for (const std::string& text : {std::string(BAD_PROJECT), many}) {
+        const ProcessResult result = runIntoFullDisk({"check", folder.write("model.inp", text), "--json"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr("tarnvelde: cannot write to standard output"));
+    }
 }
 
 TEST_F(Results, APipeWithoutAReaderEndsInSilence) {

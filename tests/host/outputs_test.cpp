@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -91,6 +92,52 @@ TEST_F(HostOutputs, TellHowTheirRunEnded) {
     EXPECT_THAT(runProgram({"results", bin}).out, testing::Not(HasSubstr("\nrun: ")));
 }
 
+TEST_F(HostOutputs, ThatAreMovedHaveNoIdentityOfOthers) {
+    // A file that is moved keeps its time, and is older than the text of the run that it takes the results of.
+    const std::string other = folder.file("other.bin"), bin = folder.file("model.bin");
+    std::string later = readFile(model);
+    later.replace(later.find("START_DATE"), 0, "START_TIME 0:30\n");
+    const std::string laterModel = folder.write("later.inp", later);
+    const auto expectNone = [&] {
+        fs::rename(other, bin);
+        ASSERT_TRUE(fs::exists(bin + ".run"));
+        ASSERT_LE(fs::last_write_time(bin), fs::last_write_time(bin + ".run"));
+        const ProcessResult result = runProgram({"results", bin});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_THAT(result.out, testing::Not(HasSubstr("\nrun: ")));
+    };
+    ASSERT_EQ(runProgram({"run", laterModel, "--results", other, "--quiet"}).status, 0);  // that begins later
+    ASSERT_EQ(run({}).status, 0);
+    expectNone();
+    ASSERT_EQ(run({"--results", other}).status, 0);  // that goes on for longer
+    ASSERT_EQ(run({"--until", "2024/01/01 1:00"}).status, 0);
+    expectNone();
+}
+
+TEST_F(HostOutputs, OfAReaderThatLeavesAreComplete) {
+    std::string project = readFile(model);
+    project.replace(project.find("END_DATE 2024"), 13, "END_DATE 2044");
+    folder.write("model.inp", project);
+    const auto runIntoHead = [&](const char* count, std::vector<std::string> arguments) {
+        const std::string text = std::string("{ \"$@\" 2>\"$0.err\"; echo $? >\"$0.status\"; } | head -") + count;
+        arguments.insert(arguments.begin(),
+                         {"sh", "-c", text, folder.file("it"), "env", "--default-signal=PIPE", TARNVELDE_PROGRAM});
+        const ProcessResult result = process_run(arguments);
+        EXPECT_EQ(readFile(folder.file("it.status")), "141\n");
+        return result.out;
+    };
+    const std::string lines = runIntoHead("5", {"run", model});  // the last ones tell of steps
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 5);
+    const std::string err = readFile(folder.file("it.err"));
+    EXPECT_THAT(err, HasSubstr("\ntarnvelde: stopped by SIGPIPE at 20"));
+    EXPECT_THAT(err, testing::Not(HasSubstr("standard output")));
+    EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("Flow Routing Continuity"));
+    EXPECT_THAT(runProgram({"results", folder.file("model.bin")}).out, HasSubstr("\nrun: stopped, from "));
+    const std::string rows = runIntoHead("1", {"results", folder.file("model.bin"), "--object", "P1", "--csv"});
+    EXPECT_EQ(rows.substr(0, 5), "Date,");
+    EXPECT_EQ(readFile(folder.file("it.err")), "");
+}
+
 TEST(HostOutputsShared, ASecondRunIsRefused) {
     RunningProgram first({});
     ASSERT_TRUE(first.waitForSize("model.bin.part", 4000));
@@ -129,6 +176,41 @@ TEST_F(HostOutputs, AreNeverWhatTheRunReads) {
             EXPECT_TRUE(fs::is_symlink(folder.file("link")));
             EXPECT_FALSE(fs::exists(series + ".part"));
         }
+    }
+}
+
+TEST_F(HostOutputs, OfAStateAreNeverWhatTheRunReads) {
+    fs::create_symlink(series, folder.file("link"));
+    fs::create_hard_link(series, folder.file("twin"));
+    folder.write("model.bin", "the results before");
+    folder.write("model.rpt", "the report before");
+    const std::string seriesBytes = readFile(series);
+    for (const char* name : {"rain.dat", "./rain.dat", "link", "twin"}) {
+        SCOPED_TRACE(name);
+        const std::string state = folder.path.string() + '/' + name;
+        const ProcessResult result = run({"--save-state", state});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr("ERROR 301: files share same names. (the state " + state +
+                                          " is the file of time series RAIN)\n"));
+        EXPECT_EQ(readFile(series), seriesBytes);
+        EXPECT_EQ(readFile(folder.file("model.bin")), "the results before");  // it ends ahead of its first step
+        EXPECT_EQ(readFile(folder.file("model.rpt")), "the report before");
+        EXPECT_EQ(countFiles(folder.path), 6U);
+    }
+}
+
+TEST_F(HostOutputs, NeverStandAsideWhereAStateIsRead) {
+    const std::pair<const char*, const char*> outputs[] = {
+        {"--results", "r.bin"}, {"--report", "r.rpt"}, {"--save-state", "r.tvs"}};
+    for (const auto& [option, output] : outputs) {
+        SCOPED_TRACE(output);
+        const std::string state = folder.file(std::string(output) + ".part");
+        ASSERT_EQ(run({"--until", "2024/01/01 1:00", "--save-state", state}).status, 0);
+        const std::string bytes = readFile(state);
+        const ProcessResult result = run({option, folder.file(output), "--load-state", state});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_THAT(result.err, HasSubstr("ERROR 301: " + folder.file(output) + " is written as " + state));
+        EXPECT_EQ(readFile(state), bytes);
     }
 }
 

@@ -152,6 +152,52 @@ TEST_F(Results, RainHangsFromTheTopOfASubcatchment) {
     EXPECT_THAT(readFile(picture), Not(HasSubstr("Rainfall")));
 }
 
+TEST(PlotOfLand, HasNoBarsWithoutRainAndNoneBesideTheRainItself) {
+    TempFolder folder;
+    const std::string text =
+        "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 1:30\nROUTING_STEP 0:01:00\n"
+        "REPORT_STEP 0:05:00\n[RAINGAGES]\nG1 INTENSITY 0:10 R1\nG2 INTENSITY 0:10 R2\n[SUBCATCHS]\n"
+        "DRY G1 J1 5 50 200 0.5 0.015 0.1 1 3 50 5 4 7 0\nWET G2 J1 5 50 200 0.5 0.015 0.1 1 3 50 5 4 7 0\n"
+        "[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 J1 O1 NO 60\n[TIMESERIES]\n"
+        "R1 2021/03/01 0:10 0 0:20 0\nR2 2021/03/01 0:10 20 0:20 5 0:30 0\n";
+    ASSERT_EQ(runProgram({"run", folder.write("land.inp", text), "--quiet"}).status, 0);
+    const auto draw = [&](const char* object, const char* column) {
+        const ProcessResult result = runProgram(
+            {"plot", folder.file("land.bin"), "--object", object, "--column", column, "-o", folder.file("a.svg")});
+        EXPECT_EQ(result.status, 0) << result.err;
+        return readFile(folder.file("a.svg"));
+    };
+    const std::string dry = draw("DRY", "Runoff");
+    EXPECT_THAT(dry, HasSubstr("Rainfall (mm/h)"));
+    for (const Bar& bar : readBars(dry)) {
+        EXPECT_DOUBLE_EQ(bar.top, bar.bottom);
+    }
+    // The first bar is four times the second one, though it comes first.
+    const std::vector<Bar> bars = readBars(draw("WET", "Runoff"));
+    ASSERT_GE(bars.size(), 3u);
+    EXPECT_NEAR(bars[0].bottom - bars[0].top, 4.0 * (bars[2].bottom - bars[2].top), 0.1);
+    const std::string rain = draw("WET", "Rainfall");
+    EXPECT_THAT(rain, HasSubstr("<title id=\"title\">Rainfall (mm/h) of WET</title>"));
+    EXPECT_THAT(rain, Not(HasSubstr("with the rain hanging from the top")));
+}
+
+TEST(PlotOfUnits, NamesThemWhereTheyDiffer) {
+    TempFolder folder;
+    // A pollutant may be called like a column of another table.
+    const std::string text =
+        "[GENERAL]\nSTART_DATE 2021/03/01\nEND_DATE 2021/03/01\nEND_TIME 1:00\nROUTING_STEP 0:01:00\n"
+        "REPORT_STEP 0:05:00\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONDUITS]\nC1 J1 O1 NO 900 0.5 0.013 CIRCULAR 0.6\n"
+        "[POLLUTANTS]\nVelocity 0\n[INFLOWS]\nJ1 FLOW FLOW 0.05 \"\" 0\nJ1 CONCEN Velocity 3 \"\" 0\n";
+    ASSERT_EQ(runProgram({"run", folder.write("a.inp", text), "--quiet"}).status, 0);
+    const ProcessResult result = runProgram({"plot", folder.file("a.bin"), "--object", "J1", "--object", "C1",
+                                             "--column", "Velocity", "-o", folder.file("a.svg")});
+    ASSERT_EQ(result.status, 0) << result.err;
+    const std::string svg = readFile(folder.file("a.svg"));
+    EXPECT_THAT(svg, HasSubstr(">J1 (mg/L)<"));
+    EXPECT_THAT(svg, HasSubstr(">C1 (m/s)<"));
+    EXPECT_THAT(svg, HasSubstr("<title id=\"title\">Velocity of J1, C1</title>")) << "no unit is that of all";
+}
+
 TEST_F(Results, APlotThatCannotBeDrawnSaysWhy) {
     const std::string picture = folder.file("out.svg");
     expectFailure({"plot", binary, "--object", "X9", "--column", "Flow", "-o", picture}, "no object X9");

@@ -9,6 +9,7 @@
 #include "host/resultsfixture.h"
 
 using testing::ContainsRegex;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
@@ -170,6 +171,50 @@ TEST_F(Results, EachDamagedFieldIsRefusedOrHarmless) {
             ASSERT_TRUE(result.status == 0 || result.status == 1) << place << ' ' << result.status;
         }
     }
+}
+
+TEST_F(Results, FieldsThatContradictEachOtherAreDamage) {
+    const std::string whole = readFile(binary);
+    expectFailure({"results", patch(4, getBytes(int32_t{51000}))}, "patched.bin is of another version");
+    const size_t name = whole.find(std::string("\3\0\0\0J1\0", 7));  // its length, and a zero at its end
+    ASSERT_NE(name, std::string::npos);
+    expectFailure({"results", patch(name, getBytes(int32_t{0}))}, "is damaged: a name has no length");
+    expectFailure({"results", patch(name, getBytes(int32_t{-3}))}, "is damaged: a name has no length");
+    const std::string closing = "is truncated or damaged: its length doesn't fit the number of reports";
+    for (const int32_t reports : {-4, 3, 5}) {
+        expectFailure({"results", patch(whole.size() - 12, getBytes(reports))}, closing);
+    }
+    std::string longer = whole;
+    longer.insert(whole.size() - 28, 4, 'x');  // less than a report
+    expectFailure({"results", folder.write("longer.bin", longer)}, closing);
+}
+
+TEST_F(Results, MoreReportsThanANumberHoldsAreRefused) {
+    const std::string cut = folder.write("cut.bin", readFile(binary).substr(0, readFile(binary).size() - 28));
+    constexpr uint64_t RECORD = 8 + 4 * (12 + 3 * 3);
+    std::error_code failure;
+    std::filesystem::resize_file(cut, RECORD << 32, failure);
+    if (failure) {
+        GTEST_SKIP() << "no file of this size can be made here";
+    }
+    expectFailure({"results", cut}, "is truncated, or its run was not ended: it has no closing block");
+}
+
+TEST_F(Results, ADateThatCannotBeIsToldInWords) {
+    const size_t record = readFile(binary).size() - 28 - (8 + 4 * (12 + 3 * 3));
+    for (const double date : {1e300, -1e12}) {
+        const ProcessResult result =
+            runProgram({"results", patch(record, getBytes(date)), "--object", "C1", "--column", "Outflow", "--csv"});
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_THAT(result.out, EndsWith("\n2021-03-01 00:03:00,0.5\nno date,0.5\n"));
+    }
+}
+
+TEST_F(Results, AConcentrationWithoutANumberHasNoWeight) {
+    // C1's concentration stands behind its flows: 0, 0, 4 and 4 mg/L, of which the last is lost. The flow is 0.5 m3/s.
+    const std::string file = patch(getOutflowPlace(3) + 4, getBytes(NOT_A_NUMBER));
+    EXPECT_THAT(runProgram({"results", file, "--object", "C1", "--column", "NH4-N", "--summary", "--csv"}).out,
+                EndsWith("\nConnection,C1,NH4-N (mg/L),0,1.3333334,4,2021-03-01 00:03:00,4\n"));
 }
 
 TEST_F(Results, ForeignFilesAreRefused) {

@@ -268,7 +268,8 @@ TEST(HostRun, UnwritableDatabaseIsError313) {
     const ProcessResult result = runProgram({"run", model, "--database"});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.err, "ERROR 313: cannot open the database file " + folder.file("model.db") +
-                              "\ntarnvelde: " + model + ": the engine ended with code 313\n");
+                              ": it is a folder, a device or a pipe\ntarnvelde: " + model +
+                              ": the engine ended with code 313\n");
     EXPECT_THAT(result.out, Not(HasSubstr("Results:")));
 }
 

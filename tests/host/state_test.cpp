@@ -93,6 +93,14 @@ TEST_F(HostState, AMissingStateSparesTheResults) {
     }
 }
 
+TEST_F(HostState, AFolderIsNoState) {
+    for (const char* option : {"--load-state", "--hot-start"}) {
+        const ProcessResult result = runProgram({"run", model, option, folder.path.string(), "--quiet"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find("cannot open the state " + folder.path.string()), std::string::npos) << result.err;
+    }
+}
+
 TEST_F(HostState, WhatIsNoStateIsRefused) {
     folder.write("state", "something else");
     for (const char* option : {"--load-state", "--hot-start"}) {
@@ -111,11 +119,27 @@ TEST_F(HostState, AStateOfAnotherProjectIsRefused) {
     EXPECT_THAT(result.err, HasSubstr("the state belongs to another project"));
 }
 
-TEST_F(HostState, AStateThatCanNotBeSavedLeavesTheReport) {
+TEST_F(HostState, AStateThatCanNotBeSavedIsToldAheadOfTheRun) {
+    folder.write("model.bin", "of a run before");
     const ProcessResult result = run({"--save-state", folder.file("no/such/folder")});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.err, HasSubstr("tarnvelde: cannot save the state " + folder.file("no/such/folder")));
-    EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("Flow Routing Continuity"));
+    EXPECT_THAT(result.err, HasSubstr("tarnvelde: cannot save the state " + folder.file("no/such/folder") +
+                                      ": No such file or directory\n"));
+    EXPECT_EQ(readFile(folder.file("model.bin")), "of a run before");
+    EXPECT_FALSE(std::filesystem::exists(folder.file("model.rpt")));
+}
+
+TEST(HostStateSignal, AStateThatCanNotBeSavedAtTheEndLeavesTheReport) {
+    TempFolder folder;
+    const std::string place = folder.file("place");
+    std::filesystem::create_directory(place);
+    RunningProgram run({"--save-state", place + "/state"});
+    ASSERT_TRUE(run.waitForSize("model.bin.part", 4000));
+    std::filesystem::remove(place);
+    kill(run.child, SIGINT);
+    EXPECT_EQ(run.wait(), 1);
+    EXPECT_THAT(readFile(run.folder.file("err")), HasSubstr("tarnvelde: cannot save the state " + place + "/state"));
+    EXPECT_THAT(readFile(run.folder.file("model.rpt")), HasSubstr("Flow Routing Continuity"));
 }
 
 TEST_F(HostState, AStateInPlaceOfAnotherFileIsError301) {

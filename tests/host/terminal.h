@@ -12,8 +12,9 @@
 
 #include "program.h"
 
-/// What `tarnvelde ARGUMENTS` writes on a terminal that is one of its standard streams, the other leading nowhere.
-inline std::string terminal_run(std::vector<std::string> arguments, int stream = STDERR_FILENO) {
+/// What `tarnvelde ARGUMENTS` writes on a terminal that is one of its standard streams, the other leading nowhere. It
+/// must end with the status that is given.
+inline std::string terminal_run(std::vector<std::string> arguments, int stream = STDERR_FILENO, int status = 0) {
     const int master = posix_openpt(O_RDWR | O_NOCTTY);
     if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0) {
         ADD_FAILURE() << "no terminal to be had";
@@ -35,7 +36,7 @@ inline std::string terminal_run(std::vector<std::string> arguments, int stream =
     pid_t child = 0;
     EXPECT_EQ(posix_spawn(&child, pointers[0], &actions, nullptr, pointers.data(), environ), 0);
     posix_spawn_file_actions_destroy(&actions);
-    EXPECT_EQ(process_wait(child), 0);
+    EXPECT_EQ(process_wait(child), status);
     // We hold the terminal open ourselves, so what was written waits there. It is little enough to wait.
     fcntl(master, F_SETFL, O_NONBLOCK);
     std::string shown;

@@ -82,6 +82,15 @@ TEST(Characters, EachByteThatIsNoUtf8IsAQuestionMark) {
     EXPECT_EQ(characters_makePrintable("\xE2\x80"), "??") << "cut short";
 }
 
+TEST(Characters, ThatAreCutAreAQuestionMarkForEachOfTheirBytes) {
+    // The first bytes of U+1F600 and U+20AC, with something else where the rest of them should stand.
+    for (const char* text : {"\xF0", "\xF0\x9F", "\xF0\x9F\x98", "\xE2", "\xE2\x82", "\xC3"}) {
+        const std::string marks(std::string(text).size(), '?');
+        EXPECT_EQ(characters_makePrintable(text, false), marks);
+        EXPECT_EQ(characters_makePrintable(std::string(text) + "ab", false), marks + "ab");
+    }
+}
+
 TEST(Characters, ACellIsNoFormulaAndNoMoreThanACell) {
     for (const char* name : {"=1+1", "+1", "-1", "@SUM(A1)", "=cmd|' /C calc'!A0"}) {
         EXPECT_EQ(characters_quoteCsv(name), std::string("'") + name);

@@ -69,8 +69,10 @@ TEST(HostUsage, AnUnknownCommandNamesThoseThereAre) {
     const ProcessResult result = runProgram({"foo"});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(result.err,
-                HasSubstr("tarnvelde: there is no command foo\nCommands: run, check, explain, results, plot\n"));
+    EXPECT_THAT(
+        result.err,
+        HasSubstr(
+            "tarnvelde: there is no command foo\nCommands: run, check, explain, results, stats, plot, ensemble\n"));
 }
 
 TEST(HostUsage, ASlipOfTheFingerIsUnderstood) {
@@ -94,8 +96,8 @@ TEST(HostUsage, AProjectInPlaceOfACommandIsUnderstood) {
     EXPECT_THAT(runProgram({"town.inp"}).err, HasSubstr("; to run a project: tarnvelde run town.inp\n"));
 }
 
-TEST(HostUsage, HelpOfResultsAndPlotNamesTheirOptions) {
-    for (const char* command : {"results", "plot"}) {
+TEST(HostUsage, HelpOfReadersOfResultsNamesTheirOptions) {
+    for (const char* command : {"results", "stats", "plot"}) {
         const ProcessResult result = runProgram({command, "--help"});
         EXPECT_EQ(result.status, 0);
         for (const char* option : {"--object", "--column", "--from", "--to"}) {

@@ -93,6 +93,26 @@ TEST(HostVerdict, BalancesNameThePlaceThatLosesALoad) {
     EXPECT_THAT(json.out, HasSubstr("\"pollutants\": [{\"id\": \"COD\", \"initial\": 0, \"in\": 86"));
 }
 
+TEST(HostVerdict, BalancesHaveAllPlacesAndPollutants) {
+    TempFolder folder;
+    const std::string model =
+        folder.write("model.inp",
+                     "[GENERAL]\nSTART_DATE 2024/06/18\nEND_DATE 2024/06/18\nEND_TIME 6:00\nROUTING_STEP 0:01:00\n"
+                     "RUNOFF_STEP 0:05:00\n[RAINGAGES]\nG1 INTENSITY 1:00 RAIN\n[TIMESERIES]\nRAIN 2024/06/18 0:00 12 "
+                     "2:00 0\n[SUBCATCHS]\nS1 G1 O1 1 100 50 1 0.01 0.1 1 3 50 6 4 5 0\n[OUTFALLS]\nO1\n"
+                     "[LIDS]\nBARREL RB\nBARREL STORAGE 1000 1 0\n[LID_GROUPS]\nS1 BARREL 10 1 0 50\n"
+                     "[JUNCTIONS]\nJ1\n[PIPES]\nP1 J1 O1 NO 600 6 0.2 0\n[POLLUTANTS]\nCOD 0\nNH4 1\n"
+                     "[INFLOWS]\nJ1 FLOW FLOW 0.1 \"\" 0\n");
+    const ProcessResult json = runProgram({"run", model, "--balances", "--json"});
+    EXPECT_EQ(json.status, 0) << json.err;
+    EXPECT_TRUE(isJson(json.out)) << json.out;
+    EXPECT_THAT(json.out, HasSubstr("{\"kind\": \"subcatchment\", \"id\": \"S1\""));
+    EXPECT_THAT(json.out, HasSubstr("{\"kind\": \"LID unit\", \"id\": \"S1/BARREL\""));
+    EXPECT_THAT(json.out, HasSubstr("{\"kind\": \"link\", \"id\": \"P1\""));
+    EXPECT_THAT(json.out, testing::ContainsRegex("\"id\": \"P1\".*\"pollutants\": .\\{\"id\": \"COD\",[^}]*\\}, "
+                                                 "\\{\"id\": \"NH4\","));
+}
+
 TEST(HostVerdict, JsonHasItAll) {
     TempFolder folder;
     const ProcessResult result =

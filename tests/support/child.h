@@ -1,6 +1,7 @@
 #pragma once
 // A part of a test in a process of its own, which may be killed or lack something that the others have.
 
+#include <grp.h>
 #include <signal.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -20,6 +21,13 @@ int process_fork(Work&& work) {
         _exit(status);
     }
     return process_wait(child);
+}
+
+/// From now on rights of files hold for this process: root may do all. False if they can't be made to.
+inline bool process_giveUpRights() {
+    constexpr unsigned NOBODY = 65534;
+    return geteuid() != 0 || (setgroups(0, nullptr) == 0 && setresgid(NOBODY, NOBODY, NOBODY) == 0 &&
+                              setresuid(NOBODY, NOBODY, NOBODY) == 0);
 }
 
 /// From now on no file of this process grows beyond a size: what a full disk does, without one.

@@ -112,6 +112,14 @@ WARNING_CASE("W-line-replaced", aPlant(Through, "IN VORN_INFLUENT\n"), aPlant(Th
 WARNING_CASE("W-words-unused", aPlant(Through, "IN COD CONSTANT 3 1 ADD mg/L\n"),
              aPlant(Through, "IN COD CONSTANT 3 1 ADD\n"), "IN", "mg/L");
 WARNING_CASE("W-words-unused", aPlant(Through + " a note"), aPlant(Through), "EFFLUENT", "a");
+WARNING_CASE("W-object-unused", aPlant(Through, "SPARE VORN_EFFLUENT\n"), aPlant(Through), "SPARE", "SPARE");
+// What comes out of a model may hold any pollutant, with nothing of it anywhere else.
+WARNING_CASE("W-pollutant-unused",
+             aDay("[POLLUTANTS]\nBOD 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nL1 J1 O1 NO 0\n"),
+             aPlant(Through, "OUT BOD CONSTANT 3 1\n", "[POLLUTANTS]\nBOD 0\n"), "BOD", "BOD");
+WARNING_CASE("W-pollutant-unused",
+             aDay("[POLLUTANTS]\nBOD 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nL1 J1 O1 NO 0\n"),
+             aLoadedPipe("1200"), "BOD", "BOD");
 WARNING_CASE(
     "W-converter-factor",
     aDay("[POLLUTANTS]\nBOD 0\n[JUNCTIONS]\nJ1\n[OUTFALLS]\nO1\n[PIPES]\nP1 J1 O1 NO 300 3 0.2 0\n[CONVERTERS]\n"

@@ -74,6 +74,31 @@ TEST(SwmmRequests, ForSettingsEachAskForTheRoutingStep) {
     EXPECT_EQ(p.takeCalls(), expected);
 }
 
+TEST(SwmmRequests, ForLoadsAreAllGivenInTheirOrder) {
+    CoupledProject p("[POLLUTANTS]\nA 0\nB 0\n[OUTFALLS]\nO\n[SWMM_INPS]\nS m.inp NO\n");
+    p.model("m.inp", getPassingModel(4, "substances A B\n"));
+    p.start();
+    ASSERT_EQ(tarnvelde_setSwmmExtLoad("S", "OUT", "A", 0.5), 0);
+    ASSERT_EQ(tarnvelde_setSwmmExtLoad("S", "IN", "A", 0.25), 0);
+    ASSERT_EQ(tarnvelde_setSwmmExtLoad("S", "OUT", "B", 0.75), 0);
+    ASSERT_EQ(tarnvelde_setSwmmExtLoad("S", "OUT", "A", 0.125), 0);
+    p.takeCalls();
+    p.step();
+    // Nothing is added up here: of two loads of one object and pollutant the engine gets both, and the last one counts
+    // if it keeps one.
+    Strings expected;
+    for (const double engineStep : {1.0, 2.0}) {
+        expected.insert(
+            expected.end(),
+            {"m swmm_setExtPollutLoad \"OUT\" \"A\" 0.5 = 0", "m swmm_setExtPollutLoad \"IN\" \"A\" 0.25 = 0",
+             "m swmm_setExtPollutLoad \"OUT\" \"B\" 0.75 = 0", "m swmm_setExtPollutLoad \"OUT\" \"A\" 0.125 = 0",
+             "m swmm_step = 0 : " + showNumber(engineStep * COUPLED_STEP_DAYS)});
+    }
+    EXPECT_EQ(p.takeCalls(), expected);
+    p.step();
+    EXPECT_EQ(p.takeCalls(), Strings{"m swmm_step = 0 : " + showNumber(3.0 * COUPLED_STEP_DAYS)}) << "once";
+}
+
 // --- loads ---------------------------------------------------------------------------------------------------------
 
 TEST(SwmmInflows, KeepTheSignOfALoadOfAPipeThatIsZero) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "coupling/converter.h"
+#include "coupling/coupled.h"
 #include "coupling/swmm.h"
 #include "coupling/vorn.h"
 #include "hydrology/subcatch.h"
@@ -158,6 +159,20 @@ TEST(VornStart, AFailureStopsTheStart) {
     EXPECT_EQ(calls[2], "m vorn_close = 0");
     EXPECT_EQ(calls[3], "n vorn_close = 0");
     EXPECT_TRUE(p.getCopies().empty());
+}
+
+TEST(VornClose, LeavesNoNodeBehindAndClosesEachPlantOnce) {
+    CoupledProject p("[OUTFALLS]\nO\n[VORN_INPS]\nP m.sti NO\nQ n.sti NO\n[SWMM_INPS]\nS s.inp NO\n", 4);
+    p.model("m.sti", getPassingPlant(4)).model("n.sti", getPassingPlant(4)).model("s.inp", getPassingModel(4));
+    ASSERT_EQ(p.open(), 0);
+    ASSERT_EQ(testModel().vornNodes.size(), 2);
+    p.takeCalls();
+    coupled_deleteNodes(testModel());
+    EXPECT_EQ(p.takeCalls(), (Strings{"s swmm_close = 0", "m vorn_close = 0", "n vorn_close = 0"}));
+    EXPECT_TRUE(testModel().vornNodes.empty());
+    EXPECT_TRUE(testModel().swmmNodes.empty());
+    tarnvelde_close();
+    EXPECT_TRUE(p.takeCalls().empty());
 }
 
 // --- influents -----------------------------------------------------------------------------------------------------

@@ -155,10 +155,120 @@ TEST_F(OutputFiles, AreNoFoldersAndNoPipes) {
     EXPECT_EQ(make("new"), OUTPUT_NO_FILE);
     fs::remove(name);
     fs::create_symlink(folder.file("trap"), aside);
-    EXPECT_EQ(make("new"), OUTPUT_NO_FILE);
+    EXPECT_EQ(make("new"), OUTPUT_NO_ASIDE);
     EXPECT_FALSE(fs::exists(folder.file("trap")));
     EXPECT_EQ(Output("/dev/full", true).fault, OUTPUT_NO_FILE);
     EXPECT_EQ(Output("/dev/null", true).fault, OUTPUT_FINE);
+}
+
+TEST_F(OutputFiles, HaveNamesOfAnyLengthThatTheSystemTakes) {
+    for (const size_t length : {size_t{250}, size_t{251}, size_t{255}}) {
+        SCOPED_TRACE(length);
+        name = folder.file(std::string(length, 'n'));
+        EXPECT_EQ(make("old"), OUTPUT_FINE);
+        EXPECT_EQ(make("new"), OUTPUT_FINE);
+        EXPECT_EQ(readFile(name), "new");
+        EXPECT_EQ(folder.list().size(), 1U);
+        fs::remove(name);
+    }
+    name = folder.file(std::string(256, 'n'));
+    EXPECT_EQ(make("new"), OUTPUT_NOT_OPEN);
+    EXPECT_EQ(outputs_findObstacle(name), "File name too long");
+    EXPECT_EQ(folder.list().size(), 0U);
+}
+
+TEST_F(OutputFiles, OfLongNamesThatBeginAlikeStandAsideApart) {
+    const std::string front = folder.path.string() + '/' + std::string(250, 'n');
+    const std::string report = outputs_nameAside(front + ".rpt"), results = outputs_nameAside(front + ".bin");
+    EXPECT_NE(report, results);
+    for (const std::string& path : {report, results}) {
+        EXPECT_EQ(path.substr(0, path.rfind('~')), front.substr(0, path.rfind('~')));
+        EXPECT_EQ(path.size() - path.rfind('/') - 1, 255U);
+        EXPECT_EQ(path.substr(path.size() - 5), ".part");
+    }
+    EXPECT_EQ(outputs_nameAside(front), front + ".part");
+    EXPECT_EQ(outputs_nameAside(front, 8).size(), front.size() + 5 - 8);
+}
+
+TEST_F(OutputFiles, OfLongNamesKeepWholeCharacters) {
+    for (size_t shift = 0; shift < 3; ++shift) {
+        std::string text(shift, 'n');
+        while (text.size() + 3 <= 255) {
+            text += "\xE2\x82\xAC";
+        }
+        const std::string path = outputs_nameAside(text);
+        EXPECT_EQ((path.find('~') - shift) % 3, 0U);
+        EXPECT_LE(path.size(), 255U);
+        EXPECT_GT(path.size(), 252U);
+    }
+}
+
+TEST_F(OutputFiles, TellWhatIsClosedToThem) {
+    folder.write("there", "old");
+    folder.write("closed", "old");
+    folder.write("other", "old");
+    folder.write("other.part", "old");
+    fs::permissions(folder.file("there"), fs::perms(0666));
+    fs::permissions(folder.file("other"), fs::perms(0666));
+    fs::permissions(folder.file("closed"), fs::perms(0444));
+    fs::permissions(folder.file("other.part"), fs::perms(0444));
+    fs::permissions(folder.path, fs::perms(0555));
+    const int status = process_fork([&] {
+        if (!process_giveUpRights()) {
+            return 77;
+        }
+        const auto expect = [&](const char* file, const std::string& words) {
+            EXPECT_EQ(outputs_findObstacle(folder.file(file)), words) << file;
+            const Output output(folder.file(file), true);
+            EXPECT_EQ(output.file, nullptr) << file;
+            EXPECT_EQ(outputs_describe(output.fault, output.place.reason), words) << file;
+        };
+        expect("new", "Permission denied in its folder");
+        expect("there", "Permission denied in its folder");
+        expect("closed", "Permission denied");
+        expect("none/new", "No such file or directory");
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    fs::permissions(folder.path, fs::perms(0777));
+    const int second = process_fork([&] {
+        const bool isClosed = process_giveUpRights();
+        EXPECT_EQ(outputs_findObstacle(folder.file("there")), "");
+        EXPECT_EQ(outputs_findObstacle(folder.file("other")), "Permission denied for the .part file beside it");
+        const Output output(folder.file("other"), true);
+        EXPECT_EQ(outputs_describe(output.fault, output.place.reason),
+                  "Permission denied for the .part file beside it");
+        return !isClosed ? 77 : testing::Test::HasFailure() ? 1 : 0;
+    });
+    if (status == 77 || second == 77) {
+        GTEST_SKIP() << "rights can't be given up here";
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(second, 0);
+}
+
+TEST_F(OutputFiles, OfOthersInAFolderForAllAreNotReplaced) {
+    if (geteuid() != 0) {
+        GTEST_SKIP() << "only root makes files of others";
+    }
+    folder.write("result", "old");
+    fs::permissions(name, fs::perms(0666));
+    fs::permissions(folder.path, fs::perms(01777));
+    const int status = process_fork([&] {
+        if (!process_giveUpRights()) {
+            return 77;
+        }
+        EXPECT_EQ(outputs_findObstacle(name), "Operation not permitted");
+        EXPECT_EQ(outputs_findObstacle(name, false), "");
+        EXPECT_EQ(make("new"), OUTPUT_NOT_OPEN);
+        EXPECT_EQ(outputs_findObstacle(folder.file("new")), "");
+        return testing::Test::HasFailure() ? 1 : 0;
+    });
+    if (status == 77) {
+        GTEST_SKIP() << "rights can't be given up here";
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_FALSE(fs::exists(aside));
+    EXPECT_EQ(readFile(name), "old");
 }
 
 TEST_F(OutputFiles, ThatAreDroppedTakeNoPipeWithThem) {

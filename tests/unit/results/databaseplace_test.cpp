@@ -212,6 +212,80 @@ TEST(DatabasePlace, LeavesWhatBelongsToOthers) {
     EXPECT_EQ(after.find("CREATE INDEX Flows"), std::string::npos);
 }
 
+TEST(DatabasePlace, TextsAreEncodedAsThoseThatAreThere) {
+    for (const char* encoding : {"UTF-16le", "UTF-16be", "UTF-8"}) {
+        SCOPED_TRACE(encoding);
+        const std::string name = "\xC3\x9F";  // a letter that is no byte in UTF-16
+        DatabaseRun run(getDelayedProject(SAMPLES, "A", name));
+        ask(run.db,
+            std::string("pragma encoding='") + encoding + "'; create table Mine (A); insert into Mine values (7)");
+        for (const char* kind : {"the first", "another", "one behind a killed one"}) {
+            SCOPED_TRACE(kind);
+            ASSERT_NO_FATAL_FAILURE(run.runAll());
+            EXPECT_EQ(run.list(), ALONE);
+            EXPECT_EQ(ask(run.db, "pragma encoding; select * from Mine; select count(*) from System"),
+                      std::string(encoding) + "\n7\n4\n");
+            EXPECT_EQ(ask(run.db, "select distinct Name from Junction"), name + "\n");
+            EXPECT_EQ(ask(run.db, "select Value from TarnveldeRun where Name='state'"), "complete\n");
+            for (const char* left : {"UTF-8", "UTF-16le"}) {  // what a killed run with another target leaves
+                std::filesystem::remove(run.aside);
+                ask(run.aside, std::string("pragma encoding='") + left + "'; create table System (Period)");
+                ASSERT_NO_FATAL_FAILURE(run.runAll());
+                EXPECT_EQ(run.list(), ALONE);
+            }
+        }
+    }
+}
+
+TEST(DatabasePlace, WhatHasTheNameOfTheIdentityStays) {
+    const std::string things[] = {
+        "create table TarnveldeRun (Name TEXT, Value TEXT, Mine INT); insert into TarnveldeRun values ('state','a',7)",
+        "create table tarnvelderun (A); insert into tarnvelderun values (7)",
+        "create table TarnveldeRun (Value TEXT, Name TEXT)",
+        "create view TARNVELDERUN as select 7",
+        "create table Mine (A); insert into Mine values (7); create index TarnveldeRun on Mine (A)",
+        "create virtual table TarnveldeRun using fts5 (Name, Value)",
+    };
+    for (const std::string& thing : things) {
+        SCOPED_TRACE(thing);
+        DatabaseRun run(getDelayedProject());
+        ask(run.db, thing);
+        const bool isIndex = thing.find("create index") != std::string::npos;
+        const std::string question = isIndex ? "select * from Mine" : "select * from TarnveldeRun";
+        const std::string before = ask(run.db, "select type, name, sql from sqlite_master");
+        const std::string rows = ask(run.db, question);
+        for (int k = 0; k < 2; ++k) {
+            ASSERT_NO_FATAL_FAILURE(run.runAll());
+            EXPECT_EQ(run.list(), ALONE);
+            EXPECT_EQ(ask(run.db, "select type, name, sql from sqlite_master").compare(0, before.size(), before), 0);
+            EXPECT_EQ(ask(run.db, question), rows);
+            EXPECT_EQ(ask(run.db, "select count(*) from System"), "4\n");
+        }
+    }
+}
+
+TEST(DatabasePlace, ATriggerOfTheNameOfTheIdentityIsInNobodysWay) {
+    DatabaseRun run(getDelayedProject());
+    ask(run.db, "create table Mine (A); create trigger TarnveldeRun after insert on Mine begin delete from Mine; end");
+    for (int k = 0; k < 2; ++k) {
+        ASSERT_NO_FATAL_FAILURE(run.runAll());
+        EXPECT_EQ(ask(run.db, "select Value from TarnveldeRun where Name='state'"), "complete\n");
+        EXPECT_EQ(ask(run.db, "select count(*) from sqlite_master where type='trigger'"), "1\n");
+    }
+}
+
+TEST(DatabasePlace, TheFirstFaceLeavesNoForeignIdentity) {
+    DatabaseRun run(getDelayedProject());
+    run.db = getDatabase(run);
+    ASSERT_NO_FATAL_FAILURE(run.runAll());
+    EXPECT_EQ(ask(run.db, "select count(*) from TarnveldeRun where Name='state'"), "1\n");
+    run.runFirstFace();
+    EXPECT_EQ(ask(run.db, "select count(*) from sqlite_master where name='TarnveldeRun'"), "0\n");
+    ask(run.db, "create table TarnveldeRun (A); insert into TarnveldeRun values (7)");
+    run.runFirstFace();
+    EXPECT_EQ(ask(run.db, "select * from TarnveldeRun"), "7\n");
+}
+
 TEST(DatabasePlace, ALinkStaysALink) {
     DatabaseRun run(getDelayedProject());
     const std::string real = run.folder.file("real.db");
@@ -348,6 +422,26 @@ TEST(DatabasePlace, APlaceThatCannotBeWrittenIs313) {
     std::filesystem::create_directory(run.aside);
     EXPECT_EQ(run.start(), 313);
     EXPECT_EQ(run.list(), std::vector<std::string>{"second.db.part"});
+}
+
+TEST(DatabasePlace, ANameWithoutRoomForAJournalIsToldAtTheStart) {
+    DatabaseRun run(getDelayedProject());
+    for (const size_t length :
+         {size_t{239}, size_t{243}, size_t{247}}) {  // with room for all, ..., for the journal alone
+        SCOPED_TRACE(length);
+        run.db = run.folder.file("second" + std::string(length - 6, 'x'));
+        ASSERT_NO_FATAL_FAILURE(run.runAll());
+        ASSERT_NO_FATAL_FAILURE(run.runAll());
+        EXPECT_EQ(ask(run.db, "select count(*) from System"), "4\n");
+        std::filesystem::remove(run.db);
+        EXPECT_EQ(run.list(), std::vector<std::string>{});
+    }
+    run.db += 'x';
+    EXPECT_EQ(run.start(), 313);
+    EXPECT_EQ(run.getErrorText(),
+              "cannot open database file. (" + run.db + ": its name leaves no room for that of its journal)");
+    tv_close(run.model);
+    EXPECT_EQ(run.list(), std::vector<std::string>{});
 }
 
 TEST(DatabasePlace, AFileOfTheUserBesideItIsNotReplaced) {

@@ -51,23 +51,30 @@ TEST(VisitOrder, OfOutfallsIsTheSortedOne) {
     EXPECT_EQ(tellVisits("[JUNCTIONS]\nA\nB\nC\nH\n[OUTFALLS]\nZ\nY\n", {"A B", "B C", "C Z", "H Y"}), "A B C H Y Z");
 }
 
-/// Whether a chain of pipes counts as one that the tables hold from front to back. `step` is how far apart in the file
-/// its neighbours stand.
-static bool isChainStraight(int count, int step) {
+/// Whether a chain of pipes counts as one that the tables hold from front to back. The steps tell how far apart in the
+/// file neighbours in it stand.
+static bool isChainStraight(int count, int nodeStep, int pipeStep) {
     std::string nodes = getGeneral(10) + "[JUNCTIONS]\n", pipes = "[OUTFALLS]\nO\n[PIPES]\n";
     for (int k = 0; k < count; ++k) {
-        nodes += "N" + std::to_string(k * step % count) + "\n";
-        pipes += "P" + std::to_string(k) + " N" + std::to_string(k) + " " +
-                 (k + 1 < count ? "N" + std::to_string(k + 1) : "O") + " NO 120 1 0 0\n";
+        const int pipe = k * pipeStep % count;
+        nodes += "N" + std::to_string(k * nodeStep % count) + "\n";
+        pipes += "P" + std::to_string(pipe) + " N" + std::to_string(pipe) + " " +
+                 (pipe + 1 < count ? "N" + std::to_string(pipe + 1) : "O") + " NO 120 1 0 0\n";
     }
     const StartedProject project(nodes + pipes);
     return testModel().isOrderStraight;
 }
 
 TEST(VisitOrder, IsStraightIfItGoesThroughTheTablesInShortSteps) {
-    EXPECT_TRUE(isChainStraight(101, 1));
-    EXPECT_FALSE(isChainStraight(101, 100)) << "back to front";
-    EXPECT_FALSE(isChainStraight(101, 30)) << "from one end to the other";
+    EXPECT_TRUE(isChainStraight(101, 1, 1));
+    EXPECT_FALSE(isChainStraight(101, 100, 1)) << "back to front";
+    EXPECT_FALSE(isChainStraight(101, 30, 1)) << "from one end to the other";
+}
+
+TEST(VisitOrder, IsNotStraightIfThePipesStandOtherwise) {
+    EXPECT_TRUE(isChainStraight(101, 1, 1));
+    EXPECT_FALSE(isChainStraight(101, 1, 100)) << "back to front";
+    EXPECT_FALSE(isChainStraight(101, 1, 30)) << "from one end to the other";
 }
 
 /// Whether a visit adds to no total and fills no node but over pipes.
