@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Everything that must pass before a change lands: both builds with all tests, models in threads, the examples as a
-# newcomer starts them, the same results from both builds, half a minute of fuzzing, the formatter and the linter. Starts
-# from a bare Debian 12.
+# newcomer starts them, the Python package, the same results from both builds, half a minute of fuzzing, the formatter
+# and the linter. Starts from a bare Debian 12.
 # The last line counts the tests of both builds.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -35,6 +35,20 @@ run_tests() {
     rm -f "$log"
     failed=$((failed + ${bad:-0}))
     passed=$((passed + ${total:-0} - ${bad:-0}))
+    return "$status"
+}
+
+# The Python package, whose tests are counted likewise.
+test_python() {
+    local log status good bad
+    log=$(mktemp)
+    scripts/test-python.sh 2>&1 | tee "$log"
+    status=${PIPESTATUS[0]}
+    good=$(sed -n 's/.*[^0-9]*\b\([0-9][0-9]*\) passed.*/\1/p' "$log" | tail -n 1)
+    bad=$(sed -n 's/.*[^0-9]*\b\([0-9][0-9]*\) failed.*/\1/p' "$log" | tail -n 1)
+    rm -f "$log"
+    passed=$((passed + ${good:-0}))
+    failed=$((failed + ${bad:-0}))
     return "$status"
 }
 
@@ -102,10 +116,11 @@ run_fuzzers() {
     return $status
 }
 
-stage "Install what is missing" scripts/install.sh || { echo "0 passed, 0 failed"; exit 1; }
+stage "Install what is missing" scripts/install.sh packages-python.txt || { echo "0 passed, 0 failed"; exit 1; }
 if stage "Build release with gcc" build release; then
     stage "Tests of the release build" run_tests release
     stage "Examples" run_examples
+    stage "The Python package" test_python
 fi
 stage "Platform sources for Windows" scripts/check-windows.sh
 if stage "Build with clang and the thread sanitizer" build threads; then

@@ -1,0 +1,283 @@
+"""Runs members one after another in this process, or in processes of this machine."""
+from __future__ import annotations
+
+import json
+import os
+import queue
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+from collections import deque
+from pathlib import Path
+from typing import Deque, Dict, List, Optional, Sequence, Tuple
+
+from .ensemble_catalogue import Catalogue
+from .ensemble_members import Task
+from .ensemble_progress import Progress
+from .ensemble_worker import Outcome, finish, new_outcome, run_member, write_log
+from .errors import RunError
+
+_BATCH_SECONDS = 1.0  # between two writings of the catalogue
+_GRACE_SECONDS = 10.0  # that a member has to stop by itself when its time is up
+_AHEAD_SECONDS = 0.3  # of work that waits at each process, so that none waits for the catalogue
+_MOST_AHEAD = 16
+
+
+class Keeper:
+    """Takes outcomes as they come, and writes them into the catalogue in batches."""
+
+    def __init__(self, catalogue: Optional[Catalogue], progress: Optional[Progress]) -> None:
+        self._catalogue = catalogue
+        self._progress = progress
+        self._begun: List[str] = []
+        self._outcomes: List[Outcome] = []
+        self._next = time.monotonic() + _BATCH_SECONDS
+
+    def begin(self, name: str) -> None:
+        """A member has begun."""
+        self._begun.append(name)
+
+    def take(self, outcome: Outcome) -> None:
+        """A member has ended."""
+        self._outcomes.append(outcome)
+        if self._progress is not None:
+            self._progress.step(outcome["outcome"] != "done")
+        self.tick()
+
+    def tick(self) -> None:
+        """Called again and again while members run."""
+        if time.monotonic() >= self._next:
+            self.flush()
+
+    def flush(self) -> None:
+        """Writes what there is."""
+        outcomes, begun, self._outcomes, self._begun = self._outcomes, self._begun, [], []
+        if self._catalogue is not None and (outcomes or begun):
+            self._catalogue.write(outcomes, begun)
+        self._next = time.monotonic() + _BATCH_SECONDS
+
+
+def run_serial(tasks: Sequence[Task], keeper: Keeper) -> None:
+    """Runs members in this process, one after another."""
+    for task in tasks:
+        keeper.begin(task["name"])
+        keeper.tick()
+        keeper.take(run_member(task))
+
+
+def kill_member(task: Task, message: str, seconds: float = 0.0, printed: str = "") -> Outcome:
+    """The outcome of a member whose process was killed, put into its folder with what it printed."""
+    outcome = new_outcome(task, "killed", message)
+    outcome["seconds"] = seconds
+    try:
+        finish(task, outcome)
+        write_log(Path(task["folder"]), outcome, printed)
+    except OSError:  # a full disk: the catalogue has it, and going on does the member again
+        pass
+    return outcome
+
+
+# --- processes -------------------------------------------------------------------------------------------------------
+
+def usable_cores() -> int:
+    """The number of cores that this process may use."""
+    if hasattr(os, "sched_getaffinity"):
+        return len(os.sched_getaffinity(0))
+    return os.cpu_count() or 1
+
+
+def start_words(code: str) -> List[str]:
+    """The words that start Python with the modules of this process, and run code of this package there."""
+    path = [os.path.abspath(folder) for folder in sys.path]
+    # The package's own first lines would load all of it, and pandas, of which a run of a member needs nothing.
+    bare = (f"p = types.ModuleType('tarnvelde'); p.__path__ = [{os.path.dirname(os.path.abspath(__file__))!r}]; "
+            "sys.modules['tarnvelde'] = p")
+    return [sys.executable or "python3", "-c", f"import sys, types; sys.path[:] = {path!r}; {bare}; {code}"]
+
+
+class _Process:
+    """A process that runs members that it is handed, in their order."""
+
+    def __init__(self, number: int, arrivals: queue.Queue[Tuple[_Process, str]]) -> None:
+        self.number = number
+        self.assigned: Deque[Task] = deque()  # the first of which runs
+        self.begun = time.monotonic()  # the first one
+        self.is_ready = False
+        self.is_killed = False  # by us
+        self.errors = tempfile.TemporaryFile()
+        # The libraries for linear algebra shouldn't start threads of their own beside as many processes as cores.
+        environment = {**os.environ, "OPENBLAS_NUM_THREADS": "1", "OMP_NUM_THREADS": "1", "MKL_NUM_THREADS": "1"}
+        self.popen = subprocess.Popen(
+            start_words("from tarnvelde.ensemble_worker import serve; serve()"), stdin=subprocess.PIPE,
+            stdout=subprocess.PIPE, stderr=self.errors, env=environment, text=True, encoding="utf-8")
+        self._thread = threading.Thread(target=self._listen, args=(arrivals,), daemon=True)
+        self._thread.start()
+
+    def _listen(self, arrivals: queue.Queue[Tuple[_Process, str]]) -> None:
+        assert self.popen.stdout is not None
+        try:
+            for line in self.popen.stdout:
+                arrivals.put((self, line))
+        except (OSError, ValueError):
+            pass
+        arrivals.put((self, ""))
+
+    def send(self, task: Task) -> None:
+        """Hands a member over. One that can't be sent any more is lost with the process, which is seen soon."""
+        if not self.assigned:
+            self.begun = time.monotonic()
+        self.assigned.append(task)
+        assert self.popen.stdin is not None
+        try:
+            self.popen.stdin.write(json.dumps(task) + "\n")
+            self.popen.stdin.flush()
+        except OSError:
+            pass
+
+    def ask_to_end(self, is_killed: bool) -> None:
+        """Ends the process, or has it end by itself."""
+        if is_killed:
+            self.popen.kill()
+        try:
+            assert self.popen.stdin is not None
+            self.popen.stdin.close()
+        except OSError:
+            pass
+
+    def end(self) -> None:
+        """Waits for the process, and gives back what it had."""
+        self.popen.wait()
+        self._thread.join()
+        assert self.popen.stdout is not None
+        self.popen.stdout.close()
+        self.errors.close()
+
+    def last_words(self) -> str:
+        """What the process told ahead of its end."""
+        self.errors.seek(0)
+        return self.errors.read().decode("utf-8", "replace").strip()
+
+    def way_of_end(self) -> str:
+        """How the process ended, in words."""
+        code = self.popen.wait()
+        if code >= 0:
+            return f"its process ended with status {code}"
+        import signal
+
+        try:
+            return f"its process was ended by {signal.Signals(-code).name}"
+        except ValueError:
+            return f"its process was ended by signal {-code}"
+
+
+class _Pool:
+    """Members in processes. One that its process is lost with is tried once more, on its own, when all others have
+    ended: maybe there was no memory for so many at once."""
+
+    def __init__(self, tasks: Sequence[Task], jobs: int, keeper: Keeper) -> None:
+        self._waiting: Deque[Task] = deque(tasks)
+        self._alone: Deque[Task] = deque()
+        self._lost: Dict[str, str] = {}  # how processes of members were lost
+        self._jobs = min(jobs, len(tasks))
+        self._keeper = keeper
+        self._arrivals: queue.Queue[Tuple[_Process, str]] = queue.Queue()
+        self._processes: List[_Process] = []
+        self._failed_starts = 0
+        self._ended = 0
+        self._seconds = 0.0
+
+    def run(self) -> None:
+        is_over = False
+        try:
+            while self._waiting or self._alone or any(process.assigned for process in self._processes):
+                self._start()
+                self._hand_out()
+                try:
+                    self._arrive(*self._arrivals.get(timeout=0.2))
+                except queue.Empty:
+                    pass
+                self._stop_late()
+                self._keeper.tick()
+            is_over = True
+        finally:
+            for process in self._processes:
+                process.ask_to_end(not is_over)
+            for process in self._processes:
+                process.end()
+
+    def _start(self) -> None:
+        """Keeps as many processes as there is work for."""
+        busy = sum(1 for process in self._processes if process.assigned)
+        wanted = min(self._jobs, max(1, busy + len(self._waiting)))
+        while len(self._processes) < wanted:
+            self._processes.append(_Process(len(self._processes), self._arrivals))
+
+    def _hand_out(self) -> None:
+        # Behind a short run others wait at its process already; a long one would keep them from an idle process.
+        depth = 1
+        if self._ended:
+            depth += min(_MOST_AHEAD, int(_AHEAD_SECONDS * self._ended / max(self._seconds, 1e-9)))
+        for level in range(depth):
+            for process in self._processes:
+                if self._waiting and process.is_ready and len(process.assigned) == level:
+                    task = self._waiting.popleft()
+                    process.send(task)
+                    self._keeper.begin(task["name"])
+        ready = [process for process in self._processes if process.is_ready]
+        if not self._waiting and self._alone and ready and not any(process.assigned for process in self._processes):
+            ready[0].send(self._alone.popleft())
+
+    def _arrive(self, process: _Process, line: str) -> None:
+        if not line:
+            self._lose(process)
+        elif not process.is_ready:
+            process.is_ready = True
+            self._failed_starts = 0
+        else:
+            process.assigned.popleft()
+            process.begun = time.monotonic()
+            outcome = json.loads(line)
+            self._ended += 1
+            self._seconds += outcome["seconds"]
+            self._keeper.take(outcome)
+
+    def _lose(self, process: _Process) -> None:
+        """A process has ended, and with it the first of its members."""
+        self._processes.remove(process)
+        how, words = process.way_of_end(), process.last_words()
+        process.ask_to_end(False)
+        process.end()
+        if not process.is_ready:
+            self._failed_starts += 1
+            if self._failed_starts >= 3:
+                raise RunError("processes for members can't be started: " + (words or how))
+        lost = list(process.assigned)
+        process.assigned.clear()
+        self._waiting.extendleft(reversed(lost[1:]))
+        for task in lost[:1]:
+            seconds = time.monotonic() - process.begun
+            if process.is_killed:
+                late = f"killed after {seconds:.0f} s: it didn't stop when its time was up"
+                self._keeper.take(kill_member(task, late, seconds, words))
+            elif task["name"] in self._lost:
+                both = f"{how}; {self._lost[task['name']]} the first time"
+                self._keeper.take(kill_member(task, both, seconds, words))
+            else:
+                self._lost[task["name"]] = how
+                self._alone.append(task)
+
+    def _stop_late(self) -> None:
+        """Kills processes whose members don't stop by themselves when their time is up."""
+        for process in self._processes:
+            limit = process.assigned[0]["timeout"] if process.assigned else None
+            if limit is not None and time.monotonic() > process.begun + limit + _GRACE_SECONDS:
+                process.is_killed = True
+                process.popen.kill()
+
+
+def run_pool(tasks: Sequence[Task], jobs: int, keeper: Keeper) -> None:
+    """Runs members in processes of this machine. RunError if no process can be started."""
+    if tasks:
+        _Pool(tasks, jobs, keeper).run()

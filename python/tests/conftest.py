@@ -1,0 +1,57 @@
+"""What all tests share: the library of the build, examples in folders of their own."""
+import os
+import shutil
+import signal
+import sys
+from pathlib import Path
+
+import pytest
+
+ROOT = Path(__file__).resolve().parents[2]
+BUILD = Path(os.environ.get("TARNVELDE_BUILD", ROOT / "build" / "release"))
+if not os.environ.get("TARNVELDE_INSTALLED"):
+    os.environ.setdefault("TARNVELDE_LIBRARY", str(BUILD / "libtarnvelde.so"))
+    sys.path.insert(0, str(ROOT / "python"))
+os.environ.setdefault("MPLBACKEND", "Agg")
+if signal.getsignal(signal.SIGINT) == signal.SIG_IGN:  # as a shell's background jobs have it, and hand it on
+    signal.signal(signal.SIGINT, signal.default_int_handler)
+
+EXAMPLES = sorted(p.stem for p in (ROOT / "examples").glob("*/*.inp") if p.stem == p.parent.name)
+
+
+@pytest.fixture
+def example(tmp_path):
+    """Copies an example into the test's folder; the path of its project."""
+
+    def copy(name):
+        target = tmp_path / name
+        shutil.copytree(ROOT / "examples" / name, target, dirs_exist_ok=True)
+        return target / f"{name}.inp"
+
+    return copy
+
+
+@pytest.fixture
+def first_storm(example):
+    return example("first-storm")
+
+
+@pytest.fixture
+def storm_tank(example):
+    return example("storm-tank")
+
+
+@pytest.fixture
+def town(tmp_path):
+    """The small town of fits and sensitivities."""
+    from fitting import write_town
+
+    return write_town(tmp_path)
+
+
+@pytest.fixture
+def ensembles(monkeypatch):
+    """The ensembles that are asked for meanwhile."""
+    from fitting import watch_ensembles
+
+    return watch_ensembles(monkeypatch)
