@@ -19,7 +19,7 @@ from .ensemble_backends import Keeper, run_pool, run_serial, usable_cores
 from .ensemble_catalogue import Catalogue, Lock, make_folder
 from .ensemble_members import Task, check_options, make_tasks, read_table
 from .ensemble_progress import Progress, ProgressChoice
-from .ensemble_worker import Outcome, read_outcome, read_totals
+from .ensemble_worker import Outcome, log_of, read_outcome, read_totals
 from .errors import UnknownError, ValueRefused
 from .results import Results, open_results
 
@@ -69,6 +69,11 @@ class Ensemble:
         import json
 
         return list(json.loads(self._find(name, "messages")))
+
+    def log(self, name: str) -> str:
+        """How a member ended, what the engine said of it, and what its process printed meanwhile. KeyError."""
+        return log_of(self._find(name, "outcome"), self._find(name, "message"), self.messages(name),
+                      self._find(name, "printed"))
 
     def _find(self, name: str, column: str) -> Any:
         with Catalogue(self.folder, False) as catalogue:
@@ -246,7 +251,8 @@ def ensemble(project: Any, members: Any, *, out: PathLike, backend: str = "proce
 
     out: the folder. out/catalogue.db lists the members, out/members/NAME has what each of them leaves: model.bin (or
     model.db with results="database"), model.rpt and model.sti if `keep` has "report" and "state" beside "results",
-    model.inp where the text was changed, totals.json, log.txt and outcome.json.
+    model.inp where the text was changed, outcome.json with the totals of the run, and log.txt where it failed or
+    printed something.
 
     backend: "processes" on this machine, as many at once as `jobs`, or as cores can be used; "serial" in this process;
     "dask" with a distributed.Client as `client`; "slurm" as array jobs, `slurm` being options of sbatch as {"time":

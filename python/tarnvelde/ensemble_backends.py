@@ -10,13 +10,12 @@ import tempfile
 import threading
 import time
 from collections import deque
-from pathlib import Path
 from typing import Deque, Dict, List, Optional, Sequence, Tuple
 
 from .ensemble_catalogue import Catalogue
 from .ensemble_members import Task
 from .ensemble_progress import Progress
-from .ensemble_worker import Outcome, finish, new_outcome, run_member, write_log
+from .ensemble_worker import Outcome, finish, new_outcome, run_member
 from .errors import RunError
 
 _BATCH_SECONDS = 1.0  # between two writings of the catalogue
@@ -72,8 +71,9 @@ def kill_member(task: Task, message: str, seconds: float = 0.0, printed: str = "
     outcome = new_outcome(task, "killed", message)
     outcome["seconds"] = seconds
     try:
+        os.makedirs(task["folder"], exist_ok=True)
+        outcome["printed"] = printed
         finish(task, outcome)
-        write_log(Path(task["folder"]), outcome, printed)
     except OSError:  # a full disk: the catalogue has it, and going on does the member again
         pass
     return outcome

@@ -157,7 +157,7 @@ def test_parquet_gets_a_row_for_each_member_time_and_object(made, tmp_path, monk
 
 @pytest.mark.parametrize("damage", [None, b"", b"{", b"[]", b"null", b'{"totals": 5}', b"\xff"])
 def test_totals_that_are_gone_or_damaged_are_said(made, damage):
-    path = made.folder / "members" / "a" / "totals.json"
+    path = made.folder / "members" / "a" / "outcome.json"
     path.unlink() if damage is None else path.write_bytes(damage)
     for ask in (made.totals, made.balance):
         with pytest.raises(ResultsError, match="delete .*members.a, and the next call runs the member again"):
