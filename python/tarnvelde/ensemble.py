@@ -10,7 +10,7 @@ from __future__ import annotations
 
 import os
 from pathlib import Path
-from typing import Any, Dict, List, Mapping, Optional, Sequence, Tuple
+from typing import Any, Callable, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 import pandas as pd
 
@@ -21,6 +21,7 @@ from .ensemble_members import Task, check_options, make_tasks, read_table
 from .ensemble_progress import Progress, ProgressChoice
 from .ensemble_worker import Outcome, log_of, read_outcome, read_totals
 from .errors import UnknownError, ValueRefused
+from .events import event_totals, events
 from .results import Results, open_results
 
 BACKENDS = ("processes", "serial", "dask", "slurm")
@@ -163,6 +164,30 @@ class Ensemble:
             return pd.DataFrame(columns=pd.MultiIndex.from_tuples([], names=["member", "id"]))
         frame = pd.concat(frames, axis=1, names=["member", "id"])
         frame.attrs.update(attributes)
+        return frame
+
+    def events(self, objects: Union[None, str, Iterable[str]] = None, **how: Any) -> pd.DataFrame:
+        """Events of flow, as of tarnvelde.events and with its arguments, of all members that are done: by member and
+        number of the event."""
+        return self._gather(events, ["member", "event"], objects, how)
+
+    def event_totals(self, objects: Union[None, str, Iterable[str]] = None, **how: Any) -> pd.DataFrame:
+        """Sums over the events, as of tarnvelde.event_totals and with its arguments, of all members that are done: by
+        (member, table, object)."""
+        return self._gather(event_totals, ["member", "table", "object"], objects, how)
+
+    def _gather(self, ask: Callable[..., pd.DataFrame], names: List[str], objects: Union[None, str, Iterable[str]],
+                how: Mapping[str, Any]) -> pd.DataFrame:
+        frames = {}
+        wanted = objects if objects is None or isinstance(objects, str) else list(objects)
+        for name in self.done:
+            with self.results(name) as results:
+                frames[name] = ask(results, wanted, **how)
+        if not frames:
+            return pd.DataFrame(index=pd.MultiIndex.from_tuples([], names=names))
+        full = {name: frame for name, frame in frames.items() if len(frame)} or frames
+        frame = pd.concat(full, names=names)
+        frame.attrs["units"] = next(iter(frames.values())).attrs["units"]
         return frame
 
     def to_zarr(self, path: PathLike, *, members: Optional[Sequence[str]] = None,
