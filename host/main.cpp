@@ -244,7 +244,7 @@ static void addSectionOptions(CLI::App& command, PlotRequest& request) {
     CLI::Option* section = command.add_option(
         "--section", request.section, "A long section from the node FROM down to the node TO, in place of lines");
     CLI::Option* model = command.add_option("--model", request.model, "The project file, for the section");
-    section->type_name("FROM TO")->expected(2)->check(refuseEmpty)->needs(model);
+    section->type_name("NODE")->expected(2)->check(refuseEmpty)->needs(model);
     model->type_name("FILE")->check(refuseEmpty)->needs(section);
     addWords(command, "--via", request.via, "ID", "A node that the section leads through; likewise")->needs(section);
     addWords(command, "--at", request.at, "DATE", "Levels at this date; likewise")->check(refuseNoDate)->needs(section);

@@ -52,7 +52,12 @@ std::vector<std::string> splitCells(const std::string& line, char divider) {
     return cells;
 }
 
-bool readNumber(const std::string& text, double* number) {
+/// Where no comma divides the cells, one may stand for the point.
+bool readNumber(std::string text, char divider, double* number) {
+    const size_t comma = text.find(',');
+    if (divider != ',' && comma != std::string::npos && text.find('.') == std::string::npos) {
+        text[comma] = '.';
+    }
     const char* begin = text.data() + (text.starts_with('+') ? 1 : 0);
     const char* end = text.data() + text.size();
     const auto [stop, error] = std::from_chars(begin, end, *number);
@@ -119,10 +124,10 @@ char findDivider(const std::string& line) {
     return line.find(';') != std::string::npos ? ';' : line.find('\t') != std::string::npos ? '\t' : ',';
 }
 
-bool isHead(const std::vector<std::string>& cells) {
+bool isHead(const std::vector<std::string>& cells, char divider) {
     double number = 0.0;
     return !readDate(cells[0], &number) && std::none_of(cells.begin() + 1, cells.end(), [&](const std::string& cell) {
-        return readNumber(cell, &number);
+        return readNumber(cell, divider, &number);
     });
 }
 
@@ -149,7 +154,7 @@ size_t findColumn(const std::string& file, const std::vector<std::string>& title
 }
 
 /// Takes a line of values. An empty text, or what is wrong with it.
-std::string takeRow(const std::vector<std::string>& cells, size_t column, ResultSeries& series) {
+std::string takeRow(const std::vector<std::string>& cells, char divider, size_t column, ResultSeries& series) {
     double date = 0.0, value = 0.0;
     if (!readDate(cells[0], &date)) {
         return "no date: " + cells[0];
@@ -160,7 +165,7 @@ std::string takeRow(const std::vector<std::string>& cells, size_t column, Result
     if (isMissing(cells[column])) {
         return "";
     }
-    if (!readNumber(cells[column], &value)) {
+    if (!readNumber(cells[column], divider, &value)) {
         return "no number: " + cells[column];
     }
     series.dates.push_back(date);
@@ -201,7 +206,7 @@ Measured measured_read(const std::string& name) {
         divider = place == 0 ? findDivider(lines.line) : divider;
         const std::vector<std::string> cells = splitCells(lines.line, divider);
         if (place == 0) {
-            titles = isHead(cells) ? cells : titles;
+            titles = isHead(cells, divider) ? cells : titles;
             place = findColumn(file, titles, cells.size(), column);
             if (!titles.empty()) {
                 measured.name += ' ' + characters_toUtf8(cutUnit(titles[place]));
@@ -209,7 +214,7 @@ Measured measured_read(const std::string& name) {
                 continue;
             }
         }
-        if (const std::string fault = takeRow(cells, place, measured.series); !fault.empty()) {
+        if (const std::string fault = takeRow(cells, divider, place, measured.series); !fault.empty()) {
             measured.faults.push_back(file + ", line " + std::to_string(lines.number) + ": " +
                                       characters_shorten(fault, 100));
         }

@@ -75,6 +75,12 @@ PlotLine readLine(const ResultFile& file, const ResultChoice& choice, const Resu
             result_readSeries(file, choice, window)};
 }
 
+std::string formatHours(const PlotRequest& request) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g h", request.mean);
+    return text;
+}
+
 bool isWeighed(const PlotRequest& request, const std::string& unit) {
     return request.hasMean && unit == CONCENTRATION_UNIT;
 }
@@ -131,8 +137,9 @@ void readLines(const ResultFile& file, const PlotRequest& request, const ResultW
         throw ResultError("--mean is one of concentrations, and " + join(request.columns) + " is none");
     }
     if (std::none_of(picture.lines.begin(), picture.lines.end(), hasNumber)) {
-        throw ResultError(file.name + " holds no number of " + join(request.columns) + " to draw" +
-                          (isMean ? ": a mean begins with water, and as long behind the start as it is" : ""));
+        throw ResultError(
+            file.name + " holds no number of " + join(request.columns) + " to draw" +
+            (isMean ? ": means begin " + formatHours(request) + " behind the start, and where there is water" : ""));
     }
 }
 
@@ -237,9 +244,7 @@ std::string makeLabel(const PlotRequest& request, const std::vector<std::string>
                       size_t most) {
     std::string label = join(columns);
     if (isWeighed(request, unit)) {
-        char text[64];
-        std::snprintf(text, sizeof text, "mean of %g h", request.mean);
-        const std::string mean = text, weighted = label + ", flow-weighted " + mean;
+        const std::string mean = "mean of " + formatHours(request), weighted = label + ", flow-weighted " + mean;
         label = weighted.size() + unit.size() + 3 <= most ? weighted : label + ", " + mean;
         label = label.size() + unit.size() + 3 <= most ? label : mean;
     }

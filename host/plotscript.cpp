@@ -70,7 +70,7 @@ std::string placeDates(const PlotPicture& picture, bool hasLabels) {
 
 /// Below dates there is nothing to say, but their second line needs the room.
 const char* labelTime(const PlotPicture& picture) {
-    return picture.isCurve ? "set xlabel 'Part of the time in which it is exceeded (%)' offset 0, 0.5\n"
+    return picture.isCurve ? "set xlabel \"Part of the time in which it is exceeded (%)\\n \" offset 0, 0.5\n"
                            : "set xlabel ' '\n";
 }
 
@@ -120,6 +120,11 @@ std::string makeStyle(const PlotLine& line, size_t place, bool isRight) {
     return " with lines linewidth 2" + colour + " dashtype " + plotscript_getDash(place / COLOURS + (isRight ? 1 : 0));
 }
 
+bool hasNumber(const PlotLine& line) {
+    return std::any_of(line.series.values.begin(), line.series.values.end(),
+                       [](double value) { return std::isfinite(value); });
+}
+
 /// The lines of a panel. Points of what was measured stand above them.
 std::string drawLines(const PlotPicture& picture, const PlotPanel& panel) {
     std::string script;
@@ -133,9 +138,10 @@ std::string drawLines(const PlotPicture& picture, const PlotPanel& panel) {
                     continue;
                 }
                 const std::string file = "'line" + std::to_string(k) + ".dat' using 1:";
+                const std::string data = hasNumber(line) ? file + '2' : "NaN";  // a legend that lacks no line
                 const std::string axes = isRight ? " axes x1y2" : "";
-                script += (script.empty() ? "" : ", ") + file + '2' + axes + makeStyle(line, place, isRight) +
-                          " title " + plotscript_quote(line.title);
+                script += (script.empty() ? "" : ", ") + data + axes + makeStyle(line, place, isRight) + " title " +
+                          plotscript_quote(line.title);
                 if (!isMeasured && line.series.values.size() > 1 && plotseries_hasLonePoint(line.series)) {
                     script += ", " + file + '3' + axes + " with points pointtype 7 pointsize 0.5 linecolor rgb '" +
                               plotscript_getColour(place) + "' notitle";
@@ -254,13 +260,14 @@ std::string plotscript_quote(const std::string& text, size_t most) {
 std::string plotscript_begin(PictureForm form, double height) {
     const std::string terminal =
         form == PictureForm::PNG
-            ? plotscript_format("pngcairo size 1920,%.0f font 'Sans,12' fontscale 2 linewidth 2", 2.0 * height)
+            ? plotscript_format("pngcairo size 1920,%.0f font 'Sans,12' fontscale 2 linewidth 2 pointscale 2",
+                                2.0 * height)
         : form == PictureForm::PDF
             ? plotscript_format("pdfcairo size 10in,%gin font 'Sans,9' fontscale 1 linewidth 2", height / 96.0)
             : plotscript_format("svg size 960,%.0f font 'sans-serif,12'", height);
     return "set encoding utf8\nset terminal " + terminal +
            " enhanced background '#ffffff'\nset output 'picture'\n"
-           "set grid linecolor rgb '#c8c8c8' dashtype 1 linewidth 0.75\nset tics nomirror\n"
+           "set grid linetype 1 linecolor rgb '#d4d4d4' linewidth 0.75\nset tics nomirror\n"
            "set datafile missing 'nan'\n" +
            plotscript_format("set lmargin at screen %g\nset rmargin at screen %g\n", PLOT_LEFT, PLOT_RIGHT);
 }
