@@ -120,8 +120,14 @@ struct LineReader {
     [[nodiscard]] bool isEmpty() const { return line.empty() || line[0] == '#'; }
 };
 
+/// What divides the cells of the first line; what stands in quotes doesn't.
 char findDivider(const std::string& line) {
-    return line.find(';') != std::string::npos ? ';' : line.find('\t') != std::string::npos ? '\t' : ',';
+    for (const char divider : {';', '\t'}) {
+        if (splitCells(line, divider).size() > 1) {
+            return divider;
+        }
+    }
+    return ',';
 }
 
 bool isHead(const std::vector<std::string>& cells, char divider) {

@@ -51,6 +51,14 @@ std::string makeRange(const char* axis, const Extent& extent, double room) {
     return plotscript_format("set %srange [%.6g:%.6g]\n", axis, std::min(end, 0.0), std::max(end, 0.0));
 }
 
+/// The end of the axis of time: numbers of any size have more room beside it than those of rain.
+double getRight(const PlotPicture& picture) {
+    constexpr double BESIDE_NUMBERS = 0.89;
+    const bool hasTwo = std::any_of(picture.panels.begin(), picture.panels.end(),
+                                    [](const PlotPanel& panel) { return panel.axes.size() > 1; });
+    return hasTwo ? BESIDE_NUMBERS : PLOT_RIGHT;
+}
+
 std::string placeDates(const PlotPicture& picture, bool hasLabels) {
     if (picture.isCurve) {
         return std::string("set xrange [0:100]\nset xtics 10\nset format x ") + (hasLabels ? "'%g'" : "''") + '\n';
@@ -59,7 +67,7 @@ std::string placeDates(const PlotPicture& picture, bool hasLabels) {
     std::string script = plotscript_format("set xrange [0:%.0f]\nset xtics (", length);
     bool isFirst = true;
     for (const PlotTick& tick :
-         plotticks_choose(picture.first, picture.last, (PLOT_RIGHT - PLOT_LEFT) * PLOT_WIDTH / PLOT_CHARACTER)) {
+         plotticks_choose(picture.first, picture.last, (getRight(picture) - PLOT_LEFT) * PLOT_WIDTH / PLOT_CHARACTER)) {
         const std::string label = tick.label + (tick.day.empty() ? "" : "\\n") + tick.day;
         script += (isFirst ? "\"" : ", \"") + (hasLabels ? label : "") +
                   plotscript_format("\" %.0f", std::floor((tick.date - picture.first) * 86400.0 + 0.5));
@@ -181,15 +189,15 @@ std::string drawPanel(const PlotPicture& picture, const PlotPanel& panel) {
 
 /// Columns of the legend above a panel: all are as wide as the widest title.
 size_t countLegendColumns(const PlotPicture& picture, const PlotPanel& panel) {
-    constexpr double SAMPLE = 8.0;  // characters
+    constexpr double SAMPLE = 90.0, CHARACTER = 10.5;  // units, as gnuplot reckons them for the widest of its forms
     size_t widest = panel.hasRain ? picture.rain.object.size() + 9 : 1;
     for (const PlotAxis& axis : panel.axes) {
         for (const size_t k : axis.lines) {
             widest = std::max(widest, picture.lines[k].title.size());
         }
     }
-    const double room = (PLOT_RIGHT - PLOT_LEFT) * PLOT_WIDTH / PLOT_CHARACTER;
-    return static_cast<size_t>(std::max(1.0, std::floor(room / (static_cast<double>(widest) + SAMPLE))));
+    const double room = (getRight(picture) - PLOT_LEFT) * PLOT_WIDTH;
+    return static_cast<size_t>(std::max(1.0, std::floor(room / (CHARACTER * static_cast<double>(widest) + SAMPLE))));
 }
 
 double getLegendHeight(const PlotPicture& picture, const PlotPanel& panel) {
@@ -249,7 +257,7 @@ const char* plotscript_getColour(size_t line) {
 }
 
 const char* plotscript_getDash(size_t stroke) {
-    static constexpr std::array<const char*, 5> DASHES = {"1", "(9, 4)", "(2, 3)", "(12, 3, 2, 3)", "(5, 3)"};
+    static constexpr std::array<const char*, 5> DASHES = {"1", "(9, 4)", "(3, 4)", "(14, 4, 3, 4)", "(6, 7)"};
     return DASHES[stroke % DASHES.size()];
 }
 
@@ -257,7 +265,7 @@ std::string plotscript_quote(const std::string& text, size_t most) {
     return characters_quoteGnuplot(characters_shorten(text, most));
 }
 
-std::string plotscript_begin(PictureForm form, double height) {
+std::string plotscript_begin(PictureForm form, double height, double right) {
     const std::string terminal =
         form == PictureForm::PNG
             ? plotscript_format("pngcairo size 1920,%.0f font 'Sans,12' fontscale 2 linewidth 2 pointscale 2",
@@ -269,7 +277,7 @@ std::string plotscript_begin(PictureForm form, double height) {
            " enhanced background '#ffffff'\nset output 'picture'\n"
            "set grid linetype 1 linecolor rgb '#d4d4d4' linewidth 0.75\nset tics nomirror\n"
            "set datafile missing 'nan'\n" +
-           plotscript_format("set lmargin at screen %g\nset rmargin at screen %g\n", PLOT_LEFT, PLOT_RIGHT);
+           plotscript_format("set lmargin at screen %g\nset rmargin at screen %g\n", PLOT_LEFT, right);
 }
 
 PlotDrawing plotscript_make(const PlotPicture& whole) {
@@ -285,11 +293,12 @@ PlotDrawing plotscript_make(const PlotPicture& whole) {
     if (std::any_of(picture.panels.begin(), picture.panels.end(), [](const PlotPanel& p) { return p.hasRain; })) {
         drawing.rain = plotseries_write(picture.rain.series, picture.first);
     }
-    if (picture.panels.size() > 1) {
+    constexpr double MOST_BELOW = 7.0 * LEGEND_ROW;  // of a legend that leaves a panel its room
+    if (picture.panels.size() > 1 || getLegendHeight(picture, picture.panels[0]) > MOST_BELOW) {
         const double height = std::ceil(getHeight(picture));
-        drawing.script = plotscript_begin(picture.form, height) + drawPanels(picture, height);
+        drawing.script = plotscript_begin(picture.form, height, getRight(picture)) + drawPanels(picture, height);
     } else {
-        drawing.script = plotscript_begin(picture.form, PLOT_HEIGHT) + placeDates(picture, true) +
+        drawing.script = plotscript_begin(picture.form, PLOT_HEIGHT, getRight(picture)) + placeDates(picture, true) +
                          "set key outside bottom center horizontal Left reverse width 2 noenhanced\n" +
                          labelTime(picture) + drawPanel(picture, picture.panels[0]);
     }

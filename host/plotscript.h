@@ -18,8 +18,8 @@ constexpr double PLOT_HEIGHT = 480.0;                 ///< of a picture of one p
 constexpr double PLOT_LEFT = 0.1, PLOT_RIGHT = 0.91;  ///< ends of the axis, as parts of the width
 constexpr double PLOT_CHARACTER = 0.65 * 12.0;        ///< units: the figures of the widest fonts in use
 
-/// The first lines of a script, for a picture of such a height.
-[[nodiscard]] std::string plotscript_begin(PictureForm form, double height);
+/// The first lines of a script, for a picture of such a height whose axis ends there, as a part of the width.
+[[nodiscard]] std::string plotscript_begin(PictureForm form, double height, double right = PLOT_RIGHT);
 
 /// A name of the user as a literal. A picture has no room for the whole of a very long one.
 [[nodiscard]] std::string plotscript_quote(const std::string& text, size_t most = 200);

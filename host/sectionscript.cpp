@@ -63,7 +63,7 @@ std::string makeEnds(const Section& section) {
 
 /// Nodes above the picture. Those of one place share a label; a label that has no room is left out.
 std::string placeNodes(const Section& section) {
-    constexpr double ROOM = 20.0;  // units between two labels, which stand aslant
+    constexpr double ROOM = 24.0;  // units between two labels, which stand aslant
     constexpr size_t MOST = 13;    // characters
     const double scale = (PLOT_RIGHT - PLOT_LEFT) * PLOT_WIDTH / section.length;
     std::string script;
@@ -139,7 +139,7 @@ std::string drawPieces(const Section& section, const std::string& file, bool isT
 }  // namespace
 
 PlotDrawing sectionscript_make(const PlotRequest& request, const ResultWindow& window, const Section& section) {
-    constexpr double HEIGHT = 540.0, TOP = 96.0;  // units; the labels of the nodes have the upper part
+    constexpr double HEIGHT = 540.0, TOP = 104.0;  // units; the labels of the nodes have the upper part
     PlotDrawing drawing;
     drawing.form = picture_getForm(request.output);
     drawing.title = "Long section from " + request.section[0] + " to " + request.section[1];
