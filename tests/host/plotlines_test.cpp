@@ -442,3 +442,28 @@ TEST(PlotOfNames, ThatMeanSomethingToOthersDrawsThemInEveryPanel) {
         }
     }
 }
+
+TEST(ManualOfPictures, ItsCommandsDrawAsTheyStand) {
+    const TempFolder folder;
+    const std::string text = readFile(TARNVELDE_SOURCE_DIR "/docs/plots.md");
+    for (const char* example : {"storm-tank", "first-storm"}) {
+        const std::string name = std::string(example) + ".inp";
+        const std::string project = readFile(std::string(TARNVELDE_SOURCE_DIR "/examples/") + example + '/' + name);
+        ASSERT_EQ(runProgram({"run", folder.write(name, project), "--quiet"}).status, 0);
+    }
+    const size_t table = text.find("\nDate,Flow") + 1;
+    folder.write("gauge.csv", text.substr(table, text.find("```", table) - table));
+    size_t commands = 0;
+    const std::string head = "\n```sh\ntarnvelde ";
+    for (size_t at = text.find(head); at != std::string::npos; at = text.find(head, at)) {
+        at += head.size();
+        const std::string words = text.substr(at, text.find('\n', at) - at);
+        const ProcessResult result =
+            process_run({"sh", "-c", "cd \"$1\" && \"$0\" " + words, TARNVELDE_PROGRAM, folder.path.string()});
+        EXPECT_EQ(result.status, 0) << words << result.err;
+        EXPECT_EQ(result.err, "") << words;
+        EXPECT_TRUE(folder.has(words.substr(words.rfind(' ') + 1))) << words;
+        ++commands;
+    }
+    EXPECT_EQ(commands, 6u);
+}
