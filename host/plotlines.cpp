@@ -122,9 +122,10 @@ std::string join(const std::vector<std::string>& texts) {
     return all;
 }
 
-void readLines(const ResultFile& file, const PlotRequest& request, const ResultWindow& window, PlotPicture& picture) {
+void readLines(const ResultFile& file, const PlotRequest& request, const std::vector<ResultChoice>& choices,
+               const ResultWindow& window, PlotPicture& picture) {
     bool isMean = false;
-    for (const ResultChoice& choice : choose(file, request)) {
+    for (const ResultChoice& choice : choices) {
         const bool isOfMeans = isWeighed(request, file.tables[choice.table].columns[choice.column].unit);
         isMean = isMean || isOfMeans;
         picture.lines.push_back(isOfMeans ? readMean(file, request, choice, window) : readLine(file, choice, window));
@@ -144,27 +145,26 @@ void readLines(const ResultFile& file, const PlotRequest& request, const ResultW
 }
 
 /// The rain that is asked for; or else that on the first subcatchment that is drawn, unless lines are of rain
-/// themselves.
-void readRain(const ResultFile& file, const PlotRequest& request, const ResultWindow& window, PlotPicture& picture,
-              bool& hasRain) {
-    hasRain = request.hasRain;
+/// themselves. False if there is none.
+bool findRain(const ResultFile& file, const PlotRequest& request, const std::vector<ResultChoice>& choices,
+              ResultChoice& found) {
     if (request.hasRain) {
-        picture.rain =
-            readLine(file, result_findColumn(file, request.rain.empty() ? "System" : request.rain, "Rainfall"), window);
-        return;
+        found = result_findColumn(file, request.rain.empty() ? "System" : request.rain, "Rainfall");
+        return true;
     }
-    for (const ResultChoice& choice : choose(file, request)) {
+    bool isFound = false;
+    for (const ResultChoice& choice : choices) {
         const ResultTable& table = file.tables[choice.table];
         const size_t rain = result_findColumnOf(table, "Rainfall");
         if (rain != RESULT_NONE && choice.column == rain) {
-            hasRain = false;
-            return;
+            return false;
         }
-        if (table.name == "Subcatchment" && rain != RESULT_NONE && !hasRain) {
-            hasRain = true;
-            picture.rain = readLine(file, {choice.table, choice.object, rain}, window);
+        if (table.name == "Subcatchment" && rain != RESULT_NONE && !isFound) {
+            isFound = true;
+            found = {choice.table, choice.object, rain};
         }
     }
+    return isFound;
 }
 
 /// The axis begins at the start of the run or of the window, not at the first report. One report has room on both
@@ -187,12 +187,13 @@ void setAxis(const ResultFile& file, const ResultWindow& window, PlotPicture& pi
 
 // --- what was measured ---------------------------------------------------------------------------------------------
 
-void tellFaults(const std::vector<std::string>& faults) {
+void tellFaults(const std::string& name, const std::vector<std::string>& faults) {
     for (size_t k = 0; k < std::min(faults.size(), FAULTS_SHOWN); ++k) {
         std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(faults[k]).c_str());
     }
     if (faults.size() > FAULTS_SHOWN) {
-        std::fprintf(stderr, "tarnvelde: %zu more lines can't be read\n", faults.size() - FAULTS_SHOWN);
+        std::fprintf(stderr, "tarnvelde: %zu more lines of %s can't be read\n", faults.size() - FAULTS_SHOWN,
+                     characters_makePrintable(name).c_str());
     }
 }
 
@@ -212,7 +213,7 @@ void addMeasured(const PlotRequest& request, PlotPicture& picture) {
     std::vector<PlotLine> all;
     for (const std::string& name : request.measured) {
         const Measured measured = measured_read(name);
-        tellFaults(measured.faults);
+        tellFaults(measured_getFile(name), measured.faults);
         PlotLine points{measured.name, "", findUnit(picture, name, measured.unit),
                         plotseries_cut(measured.series, {picture.first, picture.last})};
         if (points.series.values.empty()) {
@@ -300,9 +301,9 @@ void makePanels(const PlotRequest& request, bool hasRain, PlotPicture& picture) 
 }
 
 /// All panels together know their lines by the tables of the objects.
-void nameAllLines(const ResultFile& file, const PlotRequest& request, PlotPicture& picture) {
+void nameAllLines(const ResultFile& file, const std::vector<ResultChoice>& choices, PlotPicture& picture) {
     std::vector<std::string> tables;
-    for (const ResultChoice& choice : choose(file, request)) {
+    for (const ResultChoice& choice : choices) {
         tables.push_back(file.tables[choice.table].name);
     }
     tables.resize(picture.lines.size());
@@ -335,10 +336,12 @@ PlotPicture plotlines_read(const PlotRequest& request, const ResultWindow& asked
     PlotPicture picture{};
     picture.form = picture_getForm(request.output);
     picture.reportStep = file.reportStep;
-    readLines(file, request, window, picture);
-    bool hasRain = false;
-    if (!request.isCurve) {
-        readRain(file, request, window, picture, hasRain);
+    const std::vector<ResultChoice> choices = choose(file, request);
+    readLines(file, request, choices, window, picture);
+    ResultChoice rain{};
+    const bool hasRain = !request.isCurve && findRain(file, request, choices, rain);
+    if (hasRain) {
+        picture.rain = readLine(file, rain, window);
     }
     setAxis(file, asked, picture);
     addMeasured(request, picture);
@@ -346,7 +349,7 @@ PlotPicture plotlines_read(const PlotRequest& request, const ResultWindow& asked
         makeCurves(picture);
     }
     makePanels(request, hasRain, picture);
-    nameAllLines(file, request, picture);
+    nameAllLines(file, choices, picture);
     return picture;
 }
 

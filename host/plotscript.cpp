@@ -19,6 +19,11 @@ constexpr double PANEL = 190.0, ONLY_PANEL = 330.0;  ///< units, heights of axes
 constexpr double RAIN_PANEL = 110.0;                 ///< units
 constexpr double LEGEND_ROW = 18.0, GAP = 14.0, DATES = 56.0;  ///< units
 
+bool hasNumber(const PlotLine& line) {
+    return std::any_of(line.series.values.begin(), line.series.values.end(),
+                       [](double value) { return std::isfinite(value); });
+}
+
 struct Extent {
     double lowest = HUGE_VAL, highest = -HUGE_VAL;
 };
@@ -109,8 +114,8 @@ std::string makeRainAxis(const PlotPicture& picture, const char* axis, double sh
 }
 
 std::string drawRain(const PlotPicture& picture, const char* axes) {
-    return std::string("'rain.dat' using 1:2 axes ") + axes + " with boxes linecolor rgb '#7fa8d9' title " +
-           plotscript_quote("Rainfall " + picture.rain.object);
+    return std::string(hasNumber(picture.rain) ? "'rain.dat' using 1:2" : "NaN") + " axes " + axes +
+           " with boxes linecolor rgb '#7fa8d9' title " + plotscript_quote("Rainfall " + picture.rain.object);
 }
 
 /// Beyond the last of the colours the strokes differ, and on the right axis too.
@@ -126,11 +131,6 @@ std::string makeStyle(const PlotLine& line, size_t place, bool isRight) {
         return " with points pointtype 7 pointsize 2" + colour;
     }
     return " with lines linewidth 2" + colour + " dashtype " + plotscript_getDash(place / COLOURS + (isRight ? 1 : 0));
-}
-
-bool hasNumber(const PlotLine& line) {
-    return std::any_of(line.series.values.begin(), line.series.values.end(),
-                       [](double value) { return std::isfinite(value); });
 }
 
 /// The lines of a panel. Points of what was measured stand above them.

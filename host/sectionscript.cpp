@@ -34,6 +34,17 @@ double getHalfWidth(const Section& section, const SectionPiece& piece) {
     return piece.isTank ? TANK_WIDTH / 2.0 * section.length : 0.0;
 }
 
+/// What the axis of distances has more at either end: room for a tank there.
+double getMargin(const Section& section) {
+    const bool hasTank = section.pieces.front().isTank || section.pieces.back().isTank;
+    return hasTank ? TANK_WIDTH * section.length : 0.0;
+}
+
+std::string makeRange(const Section& section, const char* axis) {
+    const double margin = getMargin(section);
+    return plotscript_format("set %srange [%.9g:%.9g]\n", axis, -margin, section.length + margin);
+}
+
 /// Pieces with a blank line between them. A tank, which has no length, gets one to be seen.
 std::string makePieces(const Section& section, bool isTank) {
     std::string text;
@@ -83,7 +94,7 @@ std::string placeNodes(const Section& section) {
         }
         k = next;
     }
-    return plotscript_format("set x2range [0:%.9g]\n", section.length) + "set x2tics (" + script +
+    return makeRange(section, "x2") + "set x2tics (" + script +
            ") rotate by 40 left offset 0, 0 noenhanced scale 0.5\n";
 }
 
@@ -154,7 +165,7 @@ PlotDrawing sectionscript_make(const PlotRequest& request, const ResultWindow& w
     }
     drawing.script =
         plotscript_begin(drawing.form, HEIGHT) + plotscript_format("set tmargin at screen %.6f\n", 1.0 - TOP / HEIGHT) +
-        plotscript_format("set xrange [0:%.9g]\n", section.length) + placeNodes(section) +
+        makeRange(section, "x") + placeNodes(section) +
         "set key outside bottom center horizontal Left reverse width 2 noenhanced\nset border 7\nset format x '%g'\n"
         "set offsets 0, 0, graph 0.04, 0\n" +
         markOthers(section) + makeLabels(request, section) + "plot " + drawPieces(section, "'line0.dat' ", true) +
