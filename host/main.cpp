@@ -9,7 +9,9 @@
 //                            [--csv | --json] | --recover
 //     tarnvelde stats FILE [--object O ...] [--table T ...] [--column C] [--gap H] [--threshold Q] [--from D] [--to D]
 //                          [--events] [--curve] [--csv | --json]
-//     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
+//     tarnvelde plot FILE --object O [--object O ...] --column C [--column C ...] [--from D] [--to D] [--rain [O]]
+//                         [--mean H] [--curve] [--measured F[:C] ...] -o OUT.svg|OUT.png|OUT.pdf
+//     tarnvelde plot FILE --section FROM TO [--via N ...] --model MODEL.inp [--at D ...] [--from D] [--to D] -o OUT...
 //     tarnvelde explain [NAME]
 //     tarnvelde ensemble MODEL.inp TABLE.csv -o FOLDER ...    (by the Python package)
 //     tarnvelde --version
@@ -23,6 +25,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <sstream>
@@ -79,7 +82,7 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
     command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
 }
 
-static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
+static void addFolders(CLI::App& command, EngineFolders& folders) {
     command.add_option("--engines", folders.engines, "The folder of the engines inside nodes [that of this program]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
@@ -88,6 +91,10 @@ static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& is
                     "The folder for private copies of engines [that of TMPDIR, else /tmp or /var/tmp]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
+}
+
+static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
+    addFolders(command, folders);
     command.add_flag("--json", isJson, "One JSON object on standard output, for programs");
     command.add_flag("--strict", isStrict, "Exit status 3 if there are warnings, or a balance is red");
 }
@@ -109,6 +116,12 @@ static std::string refuseNoAmount(const std::string& text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), amount);
     const bool isNumber = error == std::errc() && end == text.data() + text.size();
     return isNumber && amount >= 0.0 && amount <= MOST_AMOUNT ? "" : "no number from 0 to 1e6: " + text;
+}
+
+/// Hours of a mean, which may not be none.
+static std::string refuseNoLength(const std::string& text) {
+    const std::string fault = refuseNoAmount(text);
+    return fault.empty() && std::strtod(text.c_str(), nullptr) == 0.0 ? "no mean has a length of 0" : fault;
 }
 
 static void addAmounts(CLI::App& command, const std::string& prefix, double& gap, double& threshold) {
@@ -221,19 +234,45 @@ static std::string refuseNoPicture(const std::string& name) {
     return picture_getForm(name) == PictureForm::NONE ? "a picture ends with .svg, .png or .pdf, not as " + name : "";
 }
 
+/// An option that may be given several times, with one word each.
+static CLI::Option* addWords(CLI::App& command, const char* option, std::vector<std::string>& words, const char* type,
+                             const char* meaning) {
+    return command.add_option(option, words, meaning)->type_name(type)->allow_extra_args(false)->check(refuseEmpty);
+}
+
+static void addSectionOptions(CLI::App& command, PlotRequest& request) {
+    CLI::Option* section = command.add_option(
+        "--section", request.section, "A long section from the node FROM down to the node TO, in place of lines");
+    CLI::Option* model = command.add_option("--model", request.model, "The project file, for the section");
+    section->type_name("NODE")->expected(2)->check(refuseEmpty)->needs(model);
+    model->type_name("FILE")->check(refuseEmpty)->needs(section);
+    addWords(command, "--via", request.via, "ID", "A node that the section leads through; likewise")->needs(section);
+    addWords(command, "--at", request.at, "DATE", "Levels at this date; likewise")->check(refuseNoDate)->needs(section);
+    addFolders(command, request.engines);
+    for (const char* other : {"--object", "--column", "--rain", "--mean", "--curve", "--measured"}) {
+        section->excludes(command.get_option(other));
+    }
+}
+
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
-    command
-        .add_option("--object", request.objects, "Draw a line for this object, by its ID; may be given several times")
-        ->type_name("ID")
-        ->required()
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
-    command.add_option("--column", request.column, "What the lines show")
-        ->type_name("NAME")
-        ->required()
-        ->check(refuseEmpty);
+    addWords(command, "--object", request.objects, "ID",
+             "Draw lines for this object, by its ID; may be given several times");
+    addWords(command, "--column", request.columns, "NAME",
+             "What the lines show; likewise. Two units share a picture, more have a panel each");
     addWindow(command, request.from, request.to);
+    CLI::Option* rain = command.add_option("--rain", request.rain,
+                                           "Rain hangs from the top: that of all the land, or of this subcatchment");
+    rain->type_name("[ID]")->expected(0, 1);
+    command
+        .add_option("--mean", request.mean,
+                    "Concentrations as means of the last HOURS, weighted by the flow that carries them")
+        ->type_name("HOURS")
+        ->check(refuseNoLength);
+    CLI::Option* curve = command.add_flag("--curve", request.isCurve, "Duration curves in place of lines over time");
+    curve->excludes(rain)->excludes(
+        addWords(command, "--measured", request.measured, "FILE[:COLUMN]", "Points from a CSV file; likewise"));
+    addSectionOptions(command, request);
     command
         .add_option("-o,--output", request.output, "The picture, whose form is that of its name: .svg, .png or .pdf")
         ->type_name("FILE")
@@ -295,7 +334,7 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* stats = app.add_subcommand("stats", "Events, volumes, loads and peaks of flows");
     addStatsOptions(*stats, statsRequest);
     PlotRequest plotRequest{};
-    CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
+    CLI::App* plot = app.add_subcommand("plot", "Draw results over time, as duration curves, or a long section");
     addPlotOptions(*plot, plotRequest);
 
     app.add_subcommand("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
@@ -319,6 +358,8 @@ static int runCommand(int argumentCount, char** arguments) {
         return stats_execute(statsRequest);
     }
     if (plot->parsed()) {
+        plotRequest.hasRain = plot->count("--rain") > 0;
+        plotRequest.hasMean = plot->count("--mean") > 0;
         return plot_execute(plotRequest);
     }
     if (explain->parsed()) {
