@@ -10,6 +10,9 @@
 //     tarnvelde stats FILE [--object O ...] [--table T ...] [--column C] [--gap H] [--threshold Q] [--from D] [--to D]
 //                          [--events] [--curve] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
+//     tarnvelde report MODEL.inp|RESULTS [--compare OTHER] [--model MODEL.inp] [-o PAGE.html] [--title T]
+//                      [--data-limit MB] [--gap H] [--threshold Q] [--template F] [--threads N] [--engines D]
+//                      [--scratch D] [--quiet]
 //     tarnvelde explain [NAME]
 //     tarnvelde ensemble MODEL.inp TABLE.csv -o FOLDER ...    (by the Python package)
 //     tarnvelde --version
@@ -38,6 +41,7 @@
 #include "explain.h"
 #include "files.h"
 #include "memory.h"
+#include "page.h"
 #include "picture.h"
 #include "plot.h"
 #include "results.h"
@@ -47,6 +51,7 @@
 #include "tarnvelde_model.h"
 
 static constexpr double MOST_AMOUNT = 1e6;  ///< h, or m3/s
+static constexpr double MOST_LIMIT = 1000;  ///< MB
 
 static std::string refuseEmpty(const std::string& name) {
     return name.empty() ? "a file name can't be empty" : "";
@@ -79,7 +84,7 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
     command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
 }
 
-static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
+static void addEngines(CLI::App& command, EngineFolders& folders) {
     command.add_option("--engines", folders.engines, "The folder of the engines inside nodes [that of this program]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
@@ -88,6 +93,10 @@ static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& is
                     "The folder for private copies of engines [that of TMPDIR, else /tmp or /var/tmp]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
+}
+
+static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
+    addEngines(command, folders);
     command.add_flag("--json", isJson, "One JSON object on standard output, for programs");
     command.add_flag("--strict", isStrict, "Exit status 3 if there are warnings, or a balance is red");
 }
@@ -120,6 +129,12 @@ static void addAmounts(CLI::App& command, const std::string& prefix, double& gap
         ->check(refuseNoAmount);
 }
 
+static void addThreads(CLI::App& command, int32_t& threads) {
+    command.add_option("--threads", threads, "Threads that share the work, with the same results [1]")
+        ->type_name("N")
+        ->check(refuseNoThreads);
+}
+
 static void addStepsOptions(CLI::App& command, StatsStepsRequest& request) {
     CLI::Option* stats =
         command.add_flag("--stats", request.file,
@@ -147,9 +162,7 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     CLI::Option* hot = command.add_option("--hot-start", request.hotStart,
                                           "Begin with the water of a state of this network, at the project's start");
     hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
-    command.add_option("--threads", request.threads, "Threads that share the work, with the same results [1]")
-        ->type_name("N")
-        ->check(refuseNoThreads);
+    addThreads(command, request.threads);
     addStepsOptions(command, request.stats);
     addCommonOptions(command, request.engines, request.isJson, request.isStrict);
     command.add_flag(
@@ -241,6 +254,32 @@ static void addPlotOptions(CLI::App& command, PlotRequest& request) {
         ->check(refuseNoPicture);
 }
 
+static std::string refuseNoLimit(const std::string& text) {
+    double limit = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber && limit >= 0.0 && limit <= MOST_LIMIT ? "" : "no number from 0 to 1000: " + text;
+}
+
+static void addPageOptions(CLI::App& command, PageRequest& request) {
+    command.add_option("INPUT", request.input, "The project file, which is run, or results")
+        ->required()
+        ->check(refuseEmpty);
+    addFile(command, "--compare", request.compare, "Another project, or results, beside the first");
+    addFile(command, "--model", request.model, "The project file of the results, for its network");
+    addFile(command, "-o,--output", request.output, "The page [INPUT.html beside the input]");
+    command.add_option("--title", request.title, "The title [the name of the input]")->type_name("TEXT");
+    command.add_option("--data-limit", request.dataLimit, "What the lines of the page may take, MB [40]")
+        ->type_name("MB")
+        ->check(refuseNoLimit);
+    addAmounts(command, "", request.gap, request.threshold);
+    addFile(command, "--template", request.templateFile,
+            "A page of your own, with the marks <!--TITLE--> and <!--DATA--> [that which is built in]");
+    addThreads(command, request.threads);
+    addEngines(command, request.engines);
+    command.add_flag("--quiet", request.isQuiet, "Nothing on standard output, nor about balances that are green");
+}
+
 /// A message if the first word is no command: the parser would only call it unexpected.
 static std::string findUnknownCommand(const CLI::App& app, int argumentCount, char** arguments) {
     const std::string first = argumentCount > 1 ? arguments[1] : "--help";
@@ -298,6 +337,10 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
     addPlotOptions(*plot, plotRequest);
 
+    PageRequest pageRequest;
+    CLI::App* page = app.add_subcommand("report", "Write a page with all that there is to see of a run");
+    addPageOptions(*page, pageRequest);
+
     app.add_subcommand("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
 
     if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
@@ -320,6 +363,9 @@ static int runCommand(int argumentCount, char** arguments) {
     }
     if (plot->parsed()) {
         return plot_execute(plotRequest);
+    }
+    if (page->parsed()) {
+        return page_execute(pageRequest);
     }
     if (explain->parsed()) {
         return explain_execute(warning);
