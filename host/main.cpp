@@ -11,8 +11,8 @@
 //                          [--events] [--curve] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde report MODEL.inp|RESULTS [--compare OTHER] [--model MODEL.inp] [-o PAGE.html] [--title T]
-//                      [--data-limit MB] [--gap H] [--threshold Q] [--template F] [--threads N] [--engines D]
-//                      [--scratch D] [--quiet]
+//                      [--data-limit MB] [--gap H] [--threshold Q] [--template F] [--balances] [--threads N]
+//                      [--engines D] [--scratch D] [--quiet]
 //     tarnvelde explain [NAME]
 //     tarnvelde ensemble MODEL.inp TABLE.csv -o FOLDER ...    (by the Python package)
 //     tarnvelde --version
@@ -277,6 +277,8 @@ static void addPageOptions(CLI::App& command, PageRequest& request) {
             "A page of your own, with the marks <!--TITLE--> and <!--DATA--> [that which is built in]");
     addThreads(command, request.threads);
     addEngines(command, request.engines);
+    command.add_flag("--balances", request.hasBalances,
+                     "Keep the loads of each place: the verdict names those that lose some");
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output, nor about balances that are green");
 }
 

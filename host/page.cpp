@@ -6,7 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 #include "aside.h"
 #include "characters.h"
@@ -56,13 +56,16 @@ std::string findLostFile(const PageRequest& request) {
 bool readTemplate(const PageRequest& request, std::string& page) {
     page = pagetemplate_getBuiltIn();
     if (!request.templateFile.empty()) {
-        std::ifstream stream(request.templateFile, std::ios::binary);
-        std::ostringstream bytes;
-        if (!files_isReadable(request.templateFile) || !(bytes << stream.rdbuf())) {
+        if (!files_isRegular(request.templateFile)) {  // a pipe would wait for a writer
             refuse("cannot read the page " + request.templateFile);
             return false;
         }
-        page = bytes.str();
+        std::ifstream stream(request.templateFile, std::ios::binary);
+        page.assign(std::istreambuf_iterator<char>(stream), {});
+        if (!stream.is_open() || stream.bad()) {
+            refuse("cannot read the page " + request.templateFile);
+            return false;
+        }
     } else if (page.empty()) {
         refuse(
             "this program was built without the page: scripts/build-page.sh makes it, then build anew; "

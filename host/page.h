@@ -18,6 +18,7 @@ struct PageRequest {
     double threshold = 0.0;    ///< m3/s
     EngineFolders engines;
     int32_t threads = 1;
+    bool hasBalances = false;  ///< loads are kept by place, for the causes of errors
     bool isQuiet = false;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 // What a page shows, ahead of its JSON. docs/page.md describes each part for its readers.
 
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -24,7 +25,7 @@ struct PageTable {
     std::string title;
     std::string note;
     std::vector<PageColumn> columns{};
-    int object = -1;          ///< column with IDs; -1 for none
+    int object = -1;            ///< column with IDs; -1 for none
     std::string objectClass{};  ///< "nodes", "links" or "areas": what the IDs are of; empty for others
     std::vector<std::vector<std::string>> rows{};
 };
@@ -70,13 +71,13 @@ struct PageRun {
     const char* source;  ///< "model" or "results"
     std::vector<std::string> description{};
     std::vector<std::pair<std::string, std::string>> facts{};
-    double start = 0.0, end = 0.0;  ///< dates
+    double start = std::nan(""), end = std::nan("");  ///< dates; NaN if there is no run
     std::vector<HostVerdict> verdicts{};
     std::vector<HostMessage> messages{};
     PageNetwork network{};
     std::vector<PageTable> tables{};
-    double firstReport = 0.0;  ///< date
-    int32_t reportStep = 0;    ///< s
+    double firstReport = std::nan("");  ///< date
+    int32_t reportStep = 0;             ///< s
     PageSeries series{};
     std::string note{};
 };

@@ -164,7 +164,7 @@ int32_t takePeriod(void* user, tv_model* model, int64_t period, double /*date*/)
 bool start(PageWork& work, uint64_t most) {
     tv_model* model = work.model.get();
     note(work, tv_keepRows(model, 1));
-    note(work, tv_keepLoads(model, modelview_count(model, TV_POLLUTANT) > 0 ? 1 : 0));
+    note(work, tv_keepLoads(model, work.request.hasBalances ? 1 : 0));
     note(work, tv_start(model, nullptr, nullptr));
     if (work.code == TV_OK) {
         work.isStarted = true;
@@ -195,7 +195,7 @@ void stepToEnd(PageWork& work) {
         if (work.code == TV_OK) {
             ++work.steps;
             clock = getClock(work);
-            pagewatch_update(work.watch, model, clock.now);
+            pagewatch_update(work.watch, model, clock);
             statssteps_add(*work.stats, model);
         }
         tv_getPhase(model, &phase);
@@ -216,6 +216,7 @@ void gather(PageWork& work) {
         run.facts.emplace_back(
             "Stopped", std::string("by ") + interrupt_getName(work.signal) + " at " + result_formatDate(clock.now));
     }
+    pagewatch_end(work.watch, model);
     pagenetwork_addMeasures(run.network, model);
     run.tables = pagetables_read(model, work.watch);
     pagetables_addEvents(run.tables, statssteps_take(*work.stats), modelview_listPollutants(model),
@@ -242,11 +243,16 @@ void nameKinds(PageRun& run, const tv_model* model) {
 }
 
 void tell(const PageWork& work, const std::string& name) {
-    std::vector<HostMessage> shown = work.run.messages;
-    messages_show(shown, {false, false, console_isErrorTerminal(), WARNINGS_SHOWN});
+    messages_show(work.run.messages, {false, false, console_isErrorTerminal(), WARNINGS_SHOWN});
     messages_showEnd(work.code, name);
     if (work.code == TV_OK && work.isStarted) {
         verdict_show(work.run.verdicts, !work.request.isQuiet);
+    }
+    if (work.signal != 0 && work.code == TV_OK) {
+        const std::string end = work.steps > 0
+                                    ? " at " + result_formatDate(work.run.end) + "; the page holds the run up to there"
+                                    : " ahead of the first step; no page was written";
+        std::fprintf(stderr, "tarnvelde: stopped by %s%s\n", interrupt_getName(work.signal), end.c_str());
     }
 }
 

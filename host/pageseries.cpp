@@ -13,47 +13,67 @@ namespace {
 
 constexpr float NONE = std::numeric_limits<float>::quiet_NaN();
 
+constexpr uint64_t OF_OBJECT = 128, OF_COLUMN = 96;  ///< bytes that their names and places take, roughly
+
+/// The system stays whole: its rain and outflow are what a page begins with.
+bool isWhole(const PageSeriesTable& table, bool isLeadingOnly) {
+    return !isLeadingOnly || table.name == "System";
+}
+
 /// Series that there are, of all columns or of the leading ones.
 uint64_t countSeries(const std::vector<PageSeriesTable>& tables, bool isLeadingOnly) {
     uint64_t count = 0;
     for (const PageSeriesTable& table : tables) {
-        count += table.objects.size() * (isLeadingOnly ? 1 : table.columns.size());
+        count += table.objects.size() * (isWhole(table, isLeadingOnly) ? table.columns.size() : 1);
     }
     return count;
 }
 
-/// Values that a series may have. False if there is room for fewer than the buckets that a picture needs.
-bool fit(uint64_t series, int64_t count, uint64_t mostValues, PageSeriesPlan& plan) {
-    const auto each = static_cast<int64_t>(std::min<uint64_t>(mostValues / std::max<uint64_t>(series, 1), INT32_MAX));
-    if (count <= std::min(PAGE_MOST_POINTS, each)) {
-        plan.isThinned = false;
-        plan.length = count;
+uint64_t countObjects(const std::vector<PageSeriesTable>& tables) {
+    uint64_t count = 0;
+    for (const PageSeriesTable& table : tables) {
+        count += table.objects.size();
+    }
+    return count;
+}
+
+/// Values that each series may have, so that all of them stay below `most` bytes.
+int64_t measureRoom(const std::vector<PageSeriesTable>& tables, bool isLeadingOnly, uint64_t most) {
+    const uint64_t series = std::max<uint64_t>(countSeries(tables, isLeadingOnly), 1);
+    const uint64_t names = OF_OBJECT * countObjects(tables) + OF_COLUMN * series;
+    const uint64_t values = (most > names ? most - names : 0) / PAGE_BYTES_OF_THREE * 3;
+    return static_cast<int64_t>(std::min<uint64_t>(values / series, INT32_MAX));
+}
+
+/// Settles the length of a series. False if there is room for fewer than the buckets that a picture needs.
+bool fit(int64_t count, int64_t room, PageSeriesPlan& plan) {
+    plan.isThinned = false;
+    plan.length = count;
+    if (count <= std::min(PAGE_MOST_POINTS, room)) {
         return true;
     }
-    // A series that has hardly more reports than that is kept whole, which is more and costs less.
-    const int64_t buckets = std::min(PAGE_MOST_BUCKETS, each / 2);
-    plan.isThinned = true;
-    plan.length = 2 * std::max(buckets, PAGE_LEAST_BUCKETS);
-    if (plan.length >= count) {
-        plan.isThinned = false;
-        plan.length = count;
+    const int64_t buckets = std::min(PAGE_MOST_BUCKETS, room / 2);
+    const int64_t length = 2 * std::max(buckets, PAGE_LEAST_BUCKETS);
+    if (length < count) {  // of so few reports all are less
+        plan.isThinned = true;
+        plan.length = length;
     }
     return buckets >= PAGE_LEAST_BUCKETS;
 }
 
 PageSeriesPlan makePlan(const std::vector<PageSeriesTable>& tables, int64_t count, uint64_t most) {
-    const uint64_t mostValues = most / PAGE_BYTES_BY_VALUE * 3;
     PageSeriesPlan plan;
     plan.tables = tables.size();
     plan.objectsOfLast = tables.empty() ? 0 : tables.back().objects.size();
-    if (fit(countSeries(tables, false), count, mostValues, plan)) {
+    if (fit(count, measureRoom(tables, false, most), plan)) {
         return plan;
     }
     plan.isLeadingOnly = true;
-    if (fit(countSeries(tables, true), count, mostValues, plan)) {
+    if (fit(count, measureRoom(tables, true, most), plan)) {
         return plan;
     }
-    uint64_t left = mostValues / static_cast<uint64_t>(std::max<int64_t>(plan.length, 1));
+    const auto length = static_cast<uint64_t>(plan.length);
+    uint64_t left = most / (length * PAGE_BYTES_OF_THREE / 3 + OF_OBJECT + OF_COLUMN);
     plan.tables = 0;
     for (const PageSeriesTable& table : tables) {
         ++plan.tables;
@@ -107,10 +127,9 @@ PageSeries pageseries_begin(std::vector<PageSeriesTable> tables, int64_t count, 
         PageSeriesTable& table = series.tables[t];
         const bool isLast = t + 1 == series.plan.tables;
         table.objectCount = t >= series.plan.tables ? 0 : isLast ? series.plan.objectsOfLast : table.objects.size();
-        const bool isWhole = !series.plan.isLeadingOnly || table.name == "System";
         const size_t leading = pageseries_findLeading(table);
         for (size_t k = 0; k < table.columns.size(); ++k) {
-            if (isWhole || k == leading) {
+            if (isWhole(table, series.plan.isLeadingOnly) || k == leading) {
                 table.kept.push_back(k);
             }
         }

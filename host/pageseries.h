@@ -37,7 +37,7 @@ struct PageSeries {
 inline constexpr int64_t PAGE_MOST_POINTS = 5000;    ///< of a series that isn't thinned
 inline constexpr int64_t PAGE_MOST_BUCKETS = 2000;   ///< of one that is
 inline constexpr int64_t PAGE_LEAST_BUCKETS = 200;   ///< before columns or objects are left out
-inline constexpr uint64_t PAGE_BYTES_BY_VALUE = 16;  ///< in base64, per three values
+inline constexpr uint64_t PAGE_BYTES_OF_THREE = 16;  ///< values, in base64
 
 /// Series of so many reports that take `most` bytes of a page at most.
 [[nodiscard]] PageSeries pageseries_begin(std::vector<PageSeriesTable> tables, int64_t count, uint64_t most);

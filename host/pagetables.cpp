@@ -237,7 +237,10 @@ void addKinds(ObjectTable& table) {
     pagetables_addTexts(table.table, "Type", kinds);
 }
 
-void addPeakDates(ObjectTable& table, const PagePeak& peak) {
+void addPeakDates(ObjectTable& table, const PageWatch& watch, const PagePeak& peak) {
+    if (!watch.isOfSteps) {
+        table.table.note += "Peaks are dated by the report that follows them.";
+    }
     pagetables_addDates(table.table, "at", choose(peak.dates, table.objects));
 }
 
@@ -283,7 +286,7 @@ void addLand(std::vector<PageTable>& tables, const tv_model* model, const PageWa
     const bool hasPollutants = modelview_count(model, TV_POLLUTANT) > 0;
     ObjectTable land = beginTable(model, TV_SUBCATCHMENT, all, "land", "Subcatchment Runoff Summary");
     addFigures(land, LAND);
-    addPeakDates(land, watch.peaks[PEAK_RUNOFF]);
+    addPeakDates(land, watch, watch.peaks[PEAK_RUNOFF]);
     put(tables, std::move(land));
     if (hasPollutants) {
         ObjectTable washoff = beginTable(model, TV_SUBCATCHMENT, all, "washoff", "Subcatchment Washoff Summary");
@@ -316,12 +319,12 @@ void addNodes(std::vector<PageTable>& tables, const tv_model* model, const PageW
     ObjectTable nodes = beginTable(model, TV_NODE, listNodes(model), "nodes", "Node Inflow Summary");
     addKinds(nodes);
     addFigures(nodes, NODES);
-    addPeakDates(nodes, watch.peaks[PEAK_NODE_INFLOW]);
+    addPeakDates(nodes, watch, watch.peaks[PEAK_NODE_INFLOW]);
     put(tables, std::move(nodes));
     ObjectTable tanks =
         beginTable(model, TV_NODE, modelview_listKind(model, TV_NODE, TV_TANK), "tanks", "Tank Depth Summary");
     addFigures(tanks, TANKS);
-    addPeakDates(tanks, watch.peaks[PEAK_NODE_DEPTH]);
+    addPeakDates(tanks, watch, watch.peaks[PEAK_NODE_DEPTH]);
     put(tables, std::move(tanks));
     if (modelview_count(model, TV_POLLUTANT) > 0) {
         ObjectTable outfalls = beginTable(model, TV_NODE, modelview_listKind(model, TV_NODE, TV_OUTFALL),
@@ -350,7 +353,7 @@ void addLinks(std::vector<PageTable>& tables, const tv_model* model, const PageW
     ObjectTable links = beginTable(model, TV_LINK, all, "links", "Link Flow Summary");
     addKinds(links);
     addFigures(links, LINKS);
-    addPeakDates(links, watch.peaks[PEAK_LINK_FLOW]);
+    addPeakDates(links, watch, watch.peaks[PEAK_LINK_FLOW]);
     put(tables, std::move(links));
     ObjectTable conduits =
         beginTable(model, TV_LINK, modelview_listKind(model, TV_LINK, TV_CONDUIT), "conduits", "Conduit Flow Summary");

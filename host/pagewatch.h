@@ -1,6 +1,6 @@
 #pragma once
 // What a page knows of a run beside its totals: when peaks were reached, and how often settings moved. It looks at each
-// step.
+// step, and for peaks of large and long runs at each report, so that it costs a part of the run and no more.
 
 #include <array>
 #include <cstdint>
@@ -17,7 +17,7 @@ struct PagePeak {
     std::vector<double> dates{};   ///< end of the step that made it; 0 for none
 };
 
-/// A pump, weir, orifice or, in a project with rules, a pipe.
+/// A pump, weir, orifice or, in a project with rules whose peaks are those of steps, a pipe.
 struct PageMoves {
     int32_t link = 0;
     double setting = 0.0;
@@ -33,14 +33,19 @@ struct PageMoves {
 enum PagePeakName { PEAK_NODE_INFLOW, PEAK_NODE_DEPTH, PEAK_LINK_FLOW, PEAK_RUNOFF, PEAK_COUNT };
 
 struct PageWatch {
+    bool isOfSteps = true;  ///< dates of peaks are those of steps, else of reports
     std::array<PagePeak, PEAK_COUNT> peaks{};
     int32_t setting = -1;  ///< variable
     std::vector<PageMoves> moves{};
     double start = 0.0, now = 0.0;  ///< dates
+    int64_t period = 0;             ///< report periods that have been looked at
 };
 
 /// Of a started run.
 [[nodiscard]] PageWatch pagewatch_begin(const tv_model* model);
 
 /// Looks at what the last step has made.
-void pagewatch_update(PageWatch& watch, const tv_model* model, double now);
+void pagewatch_update(PageWatch& watch, const tv_model* model, const tv_clock& clock);
+
+/// Looks at what there is behind the last step.
+void pagewatch_end(PageWatch& watch, const tv_model* model);
