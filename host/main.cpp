@@ -13,6 +13,10 @@
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--column C ...] [--from D] [--to D] [--rain [O]]
 //                         [--mean H] [--curve] [--measured F[:C] ...] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde plot FILE --section FROM TO [--via N ...] --model MODEL.inp [--at D ...] [--from D] [--to D] -o OUT...
+//     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
+//     tarnvelde report MODEL.inp|RESULTS [--compare OTHER] [--model MODEL.inp] [-o PAGE.html] [--title T]
+//                      [--data-limit MB] [--gap H] [--threshold Q] [--template F] [--balances] [--threads N]
+//                      [--engines D] [--scratch D] [--quiet]
 //     tarnvelde explain [NAME]
 //     tarnvelde ensemble MODEL.inp TABLE.csv -o FOLDER ...    (by the Python package)
 //     tarnvelde --version
@@ -42,6 +46,7 @@
 #include "explain.h"
 #include "files.h"
 #include "memory.h"
+#include "page.h"
 #include "picture.h"
 #include "plot.h"
 #include "results.h"
@@ -51,6 +56,7 @@
 #include "tarnvelde_model.h"
 
 static constexpr double MOST_AMOUNT = 1e6;  ///< h, or m3/s
+static constexpr double MOST_LIMIT = 1000;  ///< MB
 
 static std::string refuseEmpty(const std::string& name) {
     return name.empty() ? "a file name can't be empty" : "";
@@ -84,6 +90,7 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
 }
 
 static void addFolders(CLI::App& command, EngineFolders& folders) {
+static void addEngines(CLI::App& command, EngineFolders& folders) {
     command.add_option("--engines", folders.engines, "The folder of the engines inside nodes [that of this program]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
@@ -96,6 +103,7 @@ static void addFolders(CLI::App& command, EngineFolders& folders) {
 
 static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
     addFolders(command, folders);
+    addEngines(command, folders);
     command.add_flag("--json", isJson, "One JSON object on standard output, for programs");
     command.add_flag("--strict", isStrict, "Exit status 3 if there are warnings, or a balance is red");
 }
@@ -134,6 +142,12 @@ static void addAmounts(CLI::App& command, const std::string& prefix, double& gap
         ->check(refuseNoAmount);
 }
 
+static void addThreads(CLI::App& command, int32_t& threads) {
+    command.add_option("--threads", threads, "Threads that share the work, with the same results [1]")
+        ->type_name("N")
+        ->check(refuseNoThreads);
+}
+
 static void addStepsOptions(CLI::App& command, StatsStepsRequest& request) {
     CLI::Option* stats =
         command.add_flag("--stats", request.file,
@@ -161,9 +175,7 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     CLI::Option* hot = command.add_option("--hot-start", request.hotStart,
                                           "Begin with the water of a state of this network, at the project's start");
     hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
-    command.add_option("--threads", request.threads, "Threads that share the work, with the same results [1]")
-        ->type_name("N")
-        ->check(refuseNoThreads);
+    addThreads(command, request.threads);
     addStepsOptions(command, request.stats);
     addFile(
         command, "--lid-results", request.lidResults,
@@ -284,6 +296,34 @@ static void addPlotOptions(CLI::App& command, PlotRequest& request) {
         ->check(refuseNoPicture);
 }
 
+static std::string refuseNoLimit(const std::string& text) {
+    double limit = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), limit);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    return isNumber && limit >= 0.0 && limit <= MOST_LIMIT ? "" : "no number from 0 to 1000: " + text;
+}
+
+static void addPageOptions(CLI::App& command, PageRequest& request) {
+    command.add_option("INPUT", request.input, "The project file, which is run, or results")
+        ->required()
+        ->check(refuseEmpty);
+    addFile(command, "--compare", request.compare, "Another project, or results, beside the first");
+    addFile(command, "--model", request.model, "The project file of the results, for its network");
+    addFile(command, "-o,--output", request.output, "The page [INPUT.html beside the input]");
+    command.add_option("--title", request.title, "The title [the name of the input]")->type_name("TEXT");
+    command.add_option("--data-limit", request.dataLimit, "What the lines of the page may take, MB [40]")
+        ->type_name("MB")
+        ->check(refuseNoLimit);
+    addAmounts(command, "", request.gap, request.threshold);
+    addFile(command, "--template", request.templateFile,
+            "A page of your own, with the marks <!--TITLE--> and <!--DATA--> [that which is built in]");
+    addThreads(command, request.threads);
+    addEngines(command, request.engines);
+    command.add_flag("--balances", request.hasBalances,
+                     "Keep the loads of each place: the verdict names those that lose some");
+    command.add_flag("--quiet", request.isQuiet, "Nothing on standard output, nor about balances that are green");
+}
+
 /// A message if the first word is no command: the parser would only call it unexpected.
 static std::string findUnknownCommand(const CLI::App& app, int argumentCount, char** arguments) {
     const std::string first = argumentCount > 1 ? arguments[1] : "--help";
@@ -341,6 +381,10 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* plot = app.add_subcommand("plot", "Draw results over time, as duration curves, or a long section");
     addPlotOptions(*plot, plotRequest);
 
+    PageRequest pageRequest;
+    CLI::App* page = app.add_subcommand("report", "Write a page with all that there is to see of a run");
+    addPageOptions(*page, pageRequest);
+
     app.add_subcommand("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
 
     if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
@@ -365,6 +409,9 @@ static int runCommand(int argumentCount, char** arguments) {
         plotRequest.hasRain = plot->count("--rain") > 0;
         plotRequest.hasMean = plot->count("--mean") > 0;
         return plot_execute(plotRequest);
+    }
+    if (page->parsed()) {
+        return page_execute(pageRequest);
     }
     if (explain->parsed()) {
         return explain_execute(warning);

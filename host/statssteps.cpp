@@ -178,7 +178,7 @@ static void show(StatsSteps& steps, std::FILE* out) {
     }
 }
 
-std::string statssteps_write(StatsSteps& steps) {
+static void endWalks(StatsSteps& steps) {
     StatsEvent event;
     for (StepsObject& object : steps.objects) {
         if (statsevents_close(object.walk, event)) {
@@ -186,6 +186,23 @@ std::string statssteps_write(StatsSteps& steps) {
         }
         object.summary.loads.resize(steps.rule.pollutants);
     }
+}
+
+std::vector<StatsStepsFound> statssteps_take(StatsSteps& steps) {
+    endWalks(steps);
+    std::vector<StatsStepsFound> all;
+    auto object = steps.objects.begin();
+    for (const ResultTable& table : steps.tables.tables) {
+        for (const std::string& name : table.objects) {
+            all.push_back({table.name, name, std::move(object->summary), std::move(object->events)});
+            ++object;
+        }
+    }
+    return all;
+}
+
+std::string statssteps_write(StatsSteps& steps) {
+    endWalks(steps);
     char* text = nullptr;
     size_t length = 0;
     std::FILE* out = open_memstream(&text, &length);

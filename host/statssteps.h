@@ -4,7 +4,9 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "statssummary.h"
 #include "tarnvelde_model.h"
 
 struct StatsSteps;
@@ -27,6 +29,17 @@ struct StatsStepsRequest {
 
 /// Takes what the last step has made.
 void statssteps_add(StatsSteps& steps, const tv_model* model);
+
+/// What was found of an object.
+struct StatsStepsFound {
+    std::string table;  ///< of results, as "Weir"
+    std::string object;
+    StatsSummary summary;
+    std::vector<StatsEvent> events;
+};
+
+/// Ends the walks and hands over what they have found, object by object; loads are in the order of the pollutants.
+[[nodiscard]] std::vector<StatsStepsFound> statssteps_take(StatsSteps& steps);
 
 /// Writes the file. An empty text, or why it can't be done.
 [[nodiscard]] std::string statssteps_write(StatsSteps& steps);
