@@ -89,7 +89,6 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
     command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
 }
 
-static void addFolders(CLI::App& command, EngineFolders& folders) {
 static void addEngines(CLI::App& command, EngineFolders& folders) {
     command.add_option("--engines", folders.engines, "The folder of the engines inside nodes [that of this program]")
         ->type_name("FOLDER")
@@ -102,7 +101,6 @@ static void addEngines(CLI::App& command, EngineFolders& folders) {
 }
 
 static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
-    addFolders(command, folders);
     addEngines(command, folders);
     command.add_flag("--json", isJson, "One JSON object on standard output, for programs");
     command.add_flag("--strict", isStrict, "Exit status 3 if there are warnings, or a balance is red");
@@ -264,7 +262,7 @@ static void addSectionOptions(CLI::App& command, PlotRequest& request) {
     model->type_name("FILE")->check(refuseEmpty)->needs(section);
     addWords(command, "--via", request.via, "ID", "A node that the section leads through; likewise")->needs(section);
     addWords(command, "--at", request.at, "DATE", "Levels at this date; likewise")->check(refuseNoDate)->needs(section);
-    addFolders(command, request.engines);
+    addEngines(command, request.engines);
     for (const char* other : {"--object", "--column", "--rain", "--mean", "--curve", "--measured"}) {
         section->excludes(command.get_option(other));
     }
