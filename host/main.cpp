@@ -2,9 +2,8 @@
 //
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
 //                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch D]
-//                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--lid-results F] [--strict]
-//                             [--quiet]
-//                             [--json [--balances]]
+//                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--lid-results F]
+//                             [--strict] [--quiet] [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--scratch D] [--strict] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
 //                            [--csv | --json] | --recover
@@ -175,9 +174,8 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
     addThreads(command, request.threads);
     addStepsOptions(command, request.stats);
-    addFile(
-        command, "--lid-results", request.lidResults,
-        "LID units on subcatchments over time, a database of results; values divided by commas if it ends with .csv");
+    addFile(command, "--lid-results", request.lidResults,
+            "LID units over time: a database of results, or with .csv at its end a table");
     addCommonOptions(command, request.engines, request.isJson, request.isStrict);
     command.add_flag(
         "--balances", request.hasBalances,
