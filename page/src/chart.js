@@ -105,7 +105,7 @@ export function makeChart(host, { title, lines, timeline, height = 250 }) {
     const table = makeLegend(lines, title);
     host.append(frame, table.element);
     const arranged = arrange(lines);
-    const state = { frame, lines, timeline, table, arranged, x: arranged.columns[0], chart: null, isFollowing: false };
+    const state = { frame, lines, timeline, table, arranged, x: arranged.columns[0], chart: null, isFollowing: false, isLeading: false };
     const measure = () => Math.max(220, Math.floor(frame.clientWidth));
     const hooks = {
         setSelect: [(chart) => select(state, chart)],
@@ -154,17 +154,21 @@ function select(state, chart) {
 function follow(state, chart) {
     if (state.isFollowing) { return; }
     const { left } = chart.cursor;
+    state.isLeading = true;
     state.timeline.point(left === null || left === undefined || left < 0 || !state.x.length ? null
         : state.x[findNearest(state.x, chart.posToVal(left, "x"))]);
+    state.isLeading = false;
 }
 
+/// The chart under the mouse itself keeps its cursor where the mouse is.
 function point(state, time) {
+    fillLegend(state);
+    if (state.isLeading) { return; }
     state.isFollowing = true;
     const [from, to] = state.timeline.window;
     const isSeen = time !== null && time >= from && time <= to;
     state.chart.setCursor({ left: isSeen ? state.chart.valToPos(time, "x") : -10, top: isSeen ? 10 : -10 }, false);
     state.isFollowing = false;
-    fillLegend(state);
 }
 
 /// Keys and Shift with the mouse; without Shift uPlot itself marks what is to be looked at closer.

@@ -1,31 +1,11 @@
 // Charts of the chosen objects: one per unit, with the columns that are chosen.
 
 import { makeChart } from "./chart.js";
+import { chooseColumns, groupByUnit, LEADING } from "./columns.js";
 import { nameRuns } from "./data.js";
 import { announce, byId, make } from "./dom.js";
 import { countOf, formatColumn, formatHead, formatNumber, formatUnit, withUnit } from "./format.js";
 import { MOST_CHOSEN } from "./selection.js";
-
-const LEADING = ["Outflow", "Outfow", "Flow", "TotInflow", "Runoff"];
-
-/// The columns of an object that are drawn: those of the chosen names; without one of them, the leading or first one.
-export function chooseColumns(columns, names) {
-    const wanted = columns.filter((column) => names.has(formatColumn(column.name)));
-    if (wanted.length > 0) { return wanted; }
-    const leading = LEADING.map((name) => columns.find((column) => column.name === name)).find(Boolean);
-    return leading ? [leading] : columns.slice(0, 1);
-}
-
-/// Charts as [{unit, parts: [{item, column, objectColour}]}], in the order in which units first come up.
-export function groupByUnit(chosen) {
-    const groups = new Map();
-    for (const part of chosen) {
-        const unit = part.column.unit ?? "";
-        if (!groups.has(unit)) { groups.set(unit, []); }
-        groups.get(unit).push(part);
-    }
-    return [...groups].map(([unit, parts]) => ({ unit, parts }));
-}
 
 export function startCharts({ data, store, items, selection, timeline }) {
     const state = { data, store, items, selection, timeline, charts: [], names: new Set(["Depth", ...LEADING.map(formatColumn)]) };

@@ -61,8 +61,8 @@ function indexItems(items, byPlace, system) {
     };
 }
 
-/// The items whose ID, or kind and ID, holds the words: equal ones first, then those that begin so, each in the order
-/// of the list.
+/// The items whose ID holds the words, or whose kind and ID begin with them: equal ones first, then IDs that begin so,
+/// each in the order of the list.
 export function searchItems(items, words, most) {
     const wanted = words.trim().toLowerCase();
     const ranks = [[], [], []];
@@ -72,7 +72,7 @@ export function searchItems(items, words, most) {
             ranks[0].push(index);
         } else if (id.startsWith(wanted)) {
             if (ranks[1].length < most) { ranks[1].push(index); }
-        } else if (ranks[2].length < most && `${items[index].kind} ${id}`.toLowerCase().includes(wanted)) {
+        } else if (ranks[2].length < most && (id.includes(wanted) || `${items[index].kind} ${id}`.toLowerCase().startsWith(wanted))) {
             ranks[2].push(index);
         }
     }

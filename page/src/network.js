@@ -4,28 +4,12 @@ import { countOf, formatNumber, formatUnit, withUnit } from "./format.js";
 import { byId, make, makeIcon, makeSwitch } from "./dom.js";
 import { makeGeometry } from "./geometry.js";
 import { makeMap } from "./map.js";
+import { CLASSES, subtractMeasure } from "./measures.js";
 import { makeScale, mixRamp, RAMPS } from "./ramps.js";
 import { LINK_MARKS, linkMarkOf, NODE_SHAPES, nodeShapeOf } from "./symbols.js";
 import { currentTheme, onTheme, readColour } from "./theme.js";
 
-const CLASSES = ["nodes", "links", "areas"];
 const NOUNS = { nodes: "node", links: "link", areas: "subcatchment" };
-
-/// Values of a measure in the second run less those in the first, for objects that both have, in the order of the first.
-export function subtractMeasure(networks, key) {
-    const [one, other] = networks.map((network) => (network.measures ?? []).find((measure) => measure.key === key));
-    const out = {};
-    for (const name of CLASSES) {
-        if (!one?.[name] || !other?.[name]) { continue; }
-        const places = new Map((networks[1][name] ?? []).map((element, place) => [element.id, place]));
-        out[name] = networks[0][name].map((element, place) => {
-            const value = other[name][places.get(element.id)] ?? null;
-            const before = one[name][place] ?? null;
-            return value === null || before === null ? null : value - before;
-        });
-    }
-    return out;
-}
 
 /// The section. {items: of each run, selection, onChosen()}
 export function startNetwork(data, items, selection, names) {

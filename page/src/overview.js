@@ -28,7 +28,7 @@ function makeRun(run, name, linkTo) {
     const verdict = run.verdict ?? { level: "none", text: "", rows: [] };
     const description = (run.description ?? []).join("\n").trim();
     return make("section", { class: "run" },
-        name ? make("h3", { class: "id" }, name) : null,
+        name ? make("h2", { class: "id" }, name) : null,
         description ? make("p", { class: "description" }, description) : null,
         make("div", { class: `verdict ${LEVELS[verdict.level] ? verdict.level : "none"}` }, makeBadge(verdict.level),
             make("p", {}, asSentence(verdict.text))),

@@ -4,12 +4,12 @@
 export const RAMPS = {
     light: {
         sequential: ["#94cfc4", "#55b0bd", "#2c8cb4", "#2466a3", "#263f86", "#221a5c"],
-        diverging: ["#0b4f9e", "#3f84c4", "#8db4d8", "#b4b7bb", "#dfa56b", "#c46f1c", "#8a4300"],
+        diverging: ["#0b4f9e", "#3f84c4", "#7fa9d2", "#bdc0c4", "#d6975a", "#c46f1c", "#8a4300"],
         none: "#aeb6bf",
     },
     dark: {
         sequential: ["#3d5f93", "#2d81a0", "#2aa198", "#62c077", "#b3d858", "#fbe93c"],
-        diverging: ["#7cc0ff", "#4f93d6", "#45698f", "#6a7078", "#9a6c3f", "#d98b3a", "#ffbd73"],
+        diverging: ["#7cc0ff", "#4f93d6", "#45698f", "#545a62", "#9a6c3f", "#d98b3a", "#ffbd73"],
         none: "#566270",
     },
 };

@@ -31,7 +31,7 @@ export function chooseTimeTicks(first, last, most) {
         if (length / step <= allowed) { return { ticks: fillSeconds(first, last, step), step }; }
     }
     for (const months of MONTHS) {
-        if (length / (months * 30.4 * DAY) <= allowed) {
+        if (length / (months * 30.5 * DAY) <= allowed) {
             return { ticks: fillMonths(first, last, months), step: months * 30 * DAY };
         }
     }
