@@ -15,16 +15,29 @@ const read = (...names) => readFileSync(join(here, ...names), "utf8");
 
 async function bundle() {
     const result = await build({
-        absWorkingDir: here, entryPoints: ["src/main.js"], bundle: true, minify: true, write: false, charset: "utf8",
-        format: "iife", target: ["chrome111", "firefox113", "safari16.2"], legalComments: "none",
+        absWorkingDir: here,
+        entryPoints: ["src/main.js"],
+        bundle: true,
+        minify: true,
+        write: false,
+        charset: "utf8",
+        format: "iife",
+        target: ["chrome111", "firefox113", "safari16.2"],
+        legalComments: "none",
     });
     return result.outputFiles[0].text.trim();
 }
 
 async function minifyStyle() {
     const result = await build({
-        absWorkingDir: here, stdin: { contents: `${read("node_modules", "uplot", "dist", "uPlot.min.css")}\n${read("src", "style.css")}`,
-            loader: "css" }, minify: true, write: false, charset: "utf8",
+        absWorkingDir: here,
+        stdin: {
+            contents: `${read("node_modules", "uplot", "dist", "uPlot.min.css")}\n${read("src", "style.css")}`,
+            loader: "css",
+        },
+        minify: true,
+        write: false,
+        charset: "utf8",
     });
     return result.outputFiles[0].text.trim();
 }
@@ -32,12 +45,20 @@ async function minifyStyle() {
 /// The words of a licence as a comment of the script; they must be there wherever the code goes.
 function licenceOf(name) {
     const { version } = JSON.parse(read("node_modules", name, "package.json"));
-    return `/*\nThis page draws its charts with ${name} ${version}:\n\n${read("node_modules", name, "LICENSE").trim().replaceAll("\r", "")}\n*/\n`;
+    const licence = read("node_modules", name, "LICENSE").trim().replaceAll("\r", "");
+    return `/*\nThis page draws its charts with ${name} ${version}:\n\n${licence}\n*/\n`;
 }
 
 function assemble(style, script, body) {
     const hash = createHash("sha256").update(script).digest("base64");
-    const policy = `default-src 'none'; img-src data:; style-src 'unsafe-inline'; script-src 'sha256-${hash}'; base-uri 'none'; form-action 'none'`;
+    const policy = [
+        "default-src 'none'",
+        "img-src data:",
+        "style-src 'unsafe-inline'",
+        `script-src 'sha256-${hash}'`,
+        "base-uri 'none'",
+        "form-action 'none'",
+    ].join("; ");
     return `<!doctype html>
 <html lang="en">
 <head>
@@ -60,15 +81,19 @@ ${body.trim()}
 
 function check(template) {
     for (const mark of ["<!--TITLE-->", "<!--DATA-->"]) {
-        if (template.split(mark).length !== 2) { throw new Error(`${mark} must stand in the template once`); }
+        if (template.split(mark).length !== 2) {
+            throw new Error(`${mark} must stand in the template once`);
+        }
     }
     if (template.split("<script").length !== 2 || template.split("</script").length !== 2) {
         throw new Error("the template must hold one script");
     }
-    if (template.split("<!--").length !== 3) { throw new Error("the template must hold no comment"); }
+    if (template.split("<!--").length !== 3) {
+        throw new Error("the template must hold no comment");
+    }
 }
 
-const template = assemble(await minifyStyle(), licenceOf("uplot") + await bundle(), read("src", "body.html"));
+const template = assemble(await minifyStyle(), licenceOf("uplot") + (await bundle()), read("src", "body.html"));
 check(template);
 const target = join(here, "dist", "template.html");
 mkdirSync(dirname(target), { recursive: true });

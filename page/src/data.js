@@ -14,7 +14,9 @@ export function readData(page = document) {
 function decodeBase64(text) {
     const bytes = atob(text.trim());
     const out = new Uint8Array(bytes.length - (bytes.length % 4));
-    for (let place = 0; place < out.length; place += 1) { out[place] = bytes.charCodeAt(place); }
+    for (let place = 0; place < out.length; place += 1) {
+        out[place] = bytes.charCodeAt(place);
+    }
     return out;
 }
 
@@ -23,7 +25,9 @@ export function decodeFloats(text) {
     const bytes = decodeBase64(text);
     const view = new DataView(bytes.buffer);
     const out = new Float32Array(bytes.length / 4);
-    for (let place = 0; place < out.length; place += 1) { out[place] = view.getFloat32(place * 4, true); }
+    for (let place = 0; place < out.length; place += 1) {
+        out[place] = view.getFloat32(place * 4, true);
+    }
     return out;
 }
 
@@ -35,18 +39,26 @@ export function openStore(data, page = document) {
         if (!kept.has(id)) {
             const element = page.getElementById(id);
             performance.mark(`tarnvelde decode ${id}`);
-            kept.set(id, element
-                ? { values: decodeFloats(element.textContent), isThinned: element.dataset.form === "extremes" } : null);
+            kept.set(
+                id,
+                element
+                    ? { values: decodeFloats(element.textContent), isThinned: element.dataset.form === "extremes" }
+                    : null,
+            );
         }
         return kept.get(id);
     };
     return {
         /// A column of an object as {x, high, low, isThinned}; null if the page doesn't hold it.
         readColumn(run, column) {
-            if (column?.data === undefined || column.data === null) { return null; }
+            if (column?.data === undefined || column.data === null) {
+                return null;
+            }
             const [number, first, length] = Array.isArray(column.data) ? column.data : [column.data, 0, undefined];
             const element = read(run, number);
-            if (!element) { return null; }
+            if (!element) {
+                return null;
+            }
             const values = element.values.subarray(first, length === undefined ? undefined : first + length);
             const isThinned = column.thinned ?? element.isThinned;
             return makeSeries(values, isThinned, data.runs[run].times);

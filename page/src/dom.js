@@ -1,7 +1,9 @@
 // Making elements. Texts of the model - IDs, titles, messages - become text nodes, never markup.
 
 function setAttribute(element, name, value) {
-    if (value === null || value === undefined || value === false) { return; }
+    if (value === null || value === undefined || value === false) {
+        return;
+    }
     if (name.startsWith("on")) {
         element.addEventListener(name.slice(2), value);
     } else if (name === "class") {
@@ -14,8 +16,12 @@ function setAttribute(element, name, value) {
 /// make("p", {class: "note"}, "text", otherElement, ...): children that are null, undefined or false are left out.
 export function make(name, attributes = {}, ...children) {
     const element = document.createElement(name);
-    for (const [key, value] of Object.entries(attributes)) { setAttribute(element, key, value); }
-    element.append(...children.flat(Infinity).filter((child) => child !== null && child !== undefined && child !== false));
+    for (const [key, value] of Object.entries(attributes)) {
+        setAttribute(element, key, value);
+    }
+    element.append(
+        ...children.flat(Infinity).filter((child) => child !== null && child !== undefined && child !== false),
+    );
     return element;
 }
 
@@ -23,8 +29,15 @@ export function make(name, attributes = {}, ...children) {
 export function makeIcon(path, attributes = {}) {
     const icon = document.createElementNS("http://www.w3.org/2000/svg", "svg");
     const shape = document.createElementNS("http://www.w3.org/2000/svg", "path");
-    for (const [key, value] of Object.entries({ viewBox: "0 0 24 24", "aria-hidden": "true", focusable: "false",
-        class: "icon", ...attributes })) { icon.setAttribute(key, value); }
+    for (const [key, value] of Object.entries({
+        viewBox: "0 0 24 24",
+        "aria-hidden": "true",
+        focusable: "false",
+        class: "icon",
+        ...attributes,
+    })) {
+        icon.setAttribute(key, value);
+    }
     shape.setAttribute("d", path);
     icon.append(shape);
     return icon;
@@ -42,7 +55,9 @@ export function newId(stem) {
 /// Says a sentence to screen readers.
 export function announce(text) {
     const place = byId("announcements");
-    if (place) { place.textContent = text; }
+    if (place) {
+        place.textContent = text;
+    }
 }
 
 /// A list of listeners: {on(listener), tell(...values)}.
@@ -53,17 +68,25 @@ export function makeSignal() {
             listeners.add(listener);
             return () => listeners.delete(listener);
         },
-        tell(...values) { for (const listener of [...listeners]) { listener(...values); } },
+        tell(...values) {
+            for (const listener of [...listeners]) {
+                listener(...values);
+            }
+        },
     };
 }
 
 /// Radio buttons side by side; the chosen value is told.
 export function makeSwitch(label, choices, chosen, tell, attributes = {}) {
     const name = newId("switch");
-    return make("fieldset", { class: "switch", ...attributes }, make("legend", { class: "quiet" }, label),
+    return make(
+        "fieldset",
+        { class: "switch", ...attributes },
+        make("legend", { class: "quiet" }, label),
         choices.map(([value, text]) => {
             const input = make("input", { type: "radio", name, value, onchange: () => tell(value) });
             input.checked = value === chosen;
             return make("label", {}, input, make("span", {}, text));
-        }));
+        }),
+    );
 }

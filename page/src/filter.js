@@ -12,7 +12,9 @@ function readNumber(text) {
 
 function readDate(text) {
     const parts = DATE.exec(text);
-    if (!parts) { return null; }
+    if (!parts) {
+        return null;
+    }
     const [, year, month, day = "01", hour = "00", minute = "00", second = "00"] = parts;
     const date = new Date(0);
     date.setUTCFullYear(Number(year), Number(month) - 1, Number(day));
@@ -21,21 +23,27 @@ function readDate(text) {
 }
 
 const COMPARISONS = {
-    ">": (value, limit) => value > limit, ">=": (value, limit) => value >= limit,
-    "<": (value, limit) => value < limit, "<=": (value, limit) => value <= limit,
-    "=": (value, limit) => value === limit, "!=": (value, limit) => value !== limit,
+    ">": (value, limit) => value > limit,
+    ">=": (value, limit) => value >= limit,
+    "<": (value, limit) => value < limit,
+    "<=": (value, limit) => value <= limit,
+    "=": (value, limit) => value === limit,
+    "!=": (value, limit) => value !== limit,
 };
 const SIGNS = { "≥": ">=", "≤": "<=", "≠": "!=", "<>": "!=", "==": "=" };
 
 function makeComparison(text, read) {
     const range = /^(.+?)\s*\.\.\s*(.+)$/.exec(text);
     if (range) {
-        const from = read(range[1]), to = read(range[2]);
+        const from = read(range[1]);
+        const to = read(range[2]);
         return from === null || to === null ? null : (value) => value >= from && value <= to;
     }
     const parts = /^(>=|<=|<>|!=|==|[<>=≥≤≠])\s*(.+)$/.exec(text);
     const limit = parts && read(parts[2]);
-    if (limit === null) { return null; }
+    if (limit === null) {
+        return null;
+    }
     const compare = COMPARISONS[SIGNS[parts[1]] ?? parts[1]];
     return (value) => compare(value, limit);
 }
@@ -44,10 +52,15 @@ function makeComparison(text, read) {
 /// values pass nothing else.
 export function makeFilter(text, kind) {
     const wanted = text.trim();
-    if (wanted === "") { return () => true; }
+    if (wanted === "") {
+        return () => true;
+    }
     if (kind === "number") {
         const equal = readNumber(wanted);
-        const test = equal === null ? makeComparison(wanted, readNumber) : (value) => formatNumber(value) === formatNumber(equal);
+        const test =
+            equal === null
+                ? makeComparison(wanted, readNumber)
+                : (value) => formatNumber(value) === formatNumber(equal);
         return test && ((value) => Number.isFinite(value) && test(value));
     }
     if (kind === "date" && /^[<>=!≤≥≠]|\.\./.test(wanted)) {
@@ -65,8 +78,11 @@ const order = new Intl.Collator("en", { numeric: true }).compare;
 export function sortPlaces(rows, places, column, isDown) {
     const isMissing = (value) => value === null || value === undefined || value === "";
     const compare = (one, other) => {
-        const a = rows[one][column], b = rows[other][column];
-        if (isMissing(a) || isMissing(b)) { return isMissing(a) - isMissing(b); }
+        const a = rows[one][column];
+        const b = rows[other][column];
+        if (isMissing(a) || isMissing(b)) {
+            return isMissing(a) - isMissing(b);
+        }
         const difference = typeof a === "number" && typeof b === "number" ? a - b : order(String(a), String(b));
         return isDown ? -difference : difference;
     };
@@ -78,7 +94,9 @@ export function filterRows(rows, tests) {
     const active = tests.map((test, column) => [test, column]).filter(([test]) => test);
     const places = [];
     rows.forEach((row, place) => {
-        if (active.every(([test, column]) => test(row[column]))) { places.push(place); }
+        if (active.every(([test, column]) => test(row[column]))) {
+            places.push(place);
+        }
     });
     return places;
 }

@@ -8,7 +8,8 @@ export function makeGeometry(network) {
     const areas = network.areas ?? [];
     const placeOf = (element) => (element && isPoint(element.x, element.y) ? [element.x, element.y] : null);
     const lines = (network.links ?? []).map((link) => {
-        const from = placeOf(nodes[link.from]), to = placeOf(nodes[link.to]);
+        const from = placeOf(nodes[link.from]);
+        const to = placeOf(nodes[link.to]);
         return from && to ? [...from, ...(link.points ?? []), ...to] : [];
     });
     const outlets = areas.map((area) => {
@@ -25,20 +26,28 @@ function findBounds(network, lines) {
     if (![x0, y0, x1, y1].every(Number.isFinite)) {
         [x0, y0, x1, y1] = [Infinity, Infinity, -Infinity, -Infinity];
         const add = (x, y) => {
-            if (!isPoint(x, y)) { return; }
+            if (!isPoint(x, y)) {
+                return;
+            }
             x0 = Math.min(x0, x);
             x1 = Math.max(x1, x);
             y0 = Math.min(y0, y);
             y1 = Math.max(y1, y);
         };
-        const addAll = (points) => { for (let at = 0; at + 1 < points.length; at += 2) { add(points[at], points[at + 1]); } };
-        for (const element of [...network.nodes ?? [], ...network.areas ?? []]) {
+        const addAll = (points) => {
+            for (let at = 0; at + 1 < points.length; at += 2) {
+                add(points[at], points[at + 1]);
+            }
+        };
+        for (const element of [...(network.nodes ?? []), ...(network.areas ?? [])]) {
             add(element.x, element.y);
             addAll(element.points ?? []);
         }
         lines.forEach(addAll);
     }
-    if (x1 < x0) { return [0, 0, 1, 1]; }
+    if (x1 < x0) {
+        return [0, 0, 1, 1];
+    }
     const least = Math.max(x1 - x0, y1 - y0) || 1;
     const middle = [(x0 + x1) / 2, (y0 + y1) / 2];
     const half = [Math.max(x1 - x0, least * 1e-3) / 2, Math.max(y1 - y0, least * 1e-3) / 2];
@@ -70,9 +79,11 @@ export function zoomView(view, width, height, factor, left, top, limits) {
 export function distanceToLine(line, x, y) {
     let least = Infinity;
     for (let at = 0; at + 3 < line.length; at += 2) {
-        const dx = line[at + 2] - line[at], dy = line[at + 3] - line[at + 1];
+        const dx = line[at + 2] - line[at];
+        const dy = line[at + 3] - line[at + 1];
         const square = dx * dx + dy * dy;
-        const part = square > 0 ? Math.min(1, Math.max(0, ((x - line[at]) * dx + (y - line[at + 1]) * dy) / square)) : 0;
+        const part =
+            square > 0 ? Math.min(1, Math.max(0, ((x - line[at]) * dx + (y - line[at + 1]) * dy) / square)) : 0;
         least = Math.min(least, Math.hypot(x - line[at] - part * dx, y - line[at + 1] - part * dy));
     }
     return least;
@@ -82,7 +93,8 @@ export function distanceToLine(line, x, y) {
 export function isInside(outline, x, y) {
     let inside = false;
     for (let at = 0, before = outline.length - 2; at + 1 < outline.length; before = at, at += 2) {
-        const y0 = outline[at + 1], y1 = outline[before + 1];
+        const y0 = outline[at + 1];
+        const y1 = outline[before + 1];
         if (y0 > y !== y1 > y && x < ((outline[before] - outline[at]) * (y - y0)) / (y1 - y0) + outline[at]) {
             inside = !inside;
         }
@@ -91,7 +103,8 @@ export function isInside(outline, x, y) {
 }
 
 function findNearest(list, reach, distance) {
-    let best = -1, least = reach;
+    let best = -1;
+    let least = reach;
     list.forEach((element, place) => {
         const far = distance(element, place);
         if (far <= least) {
@@ -107,11 +120,17 @@ function findNearest(list, reach, distance) {
 export function findAt(geometry, x, y, reach) {
     const far = (element) => (isPoint(element.x, element.y) ? Math.hypot(element.x - x, element.y - y) : Infinity);
     const node = findNearest(geometry.nodes, reach, far);
-    if (node >= 0) { return { class: "nodes", place: node }; }
+    if (node >= 0) {
+        return { class: "nodes", place: node };
+    }
     const label = findNearest(geometry.areas, reach, far);
-    if (label >= 0) { return { class: "areas", place: label }; }
+    if (label >= 0) {
+        return { class: "areas", place: label };
+    }
     const link = findNearest(geometry.lines, reach * 0.7, (line) => distanceToLine(line, x, y));
-    if (link >= 0) { return { class: "links", place: link }; }
+    if (link >= 0) {
+        return { class: "links", place: link };
+    }
     const area = geometry.areas.findIndex(({ points }) => points && points.length >= 6 && isInside(points, x, y));
     return area >= 0 ? { class: "areas", place: area } : null;
 }
@@ -119,13 +138,21 @@ export function findAt(geometry, x, y, reach) {
 /// The middle of a line along its length, as {x, y, angle}; the angle is that of the ground.
 export function findMiddle(line) {
     let length = 0;
-    for (let at = 0; at + 3 < line.length; at += 2) { length += Math.hypot(line[at + 2] - line[at], line[at + 3] - line[at + 1]); }
+    for (let at = 0; at + 3 < line.length; at += 2) {
+        length += Math.hypot(line[at + 2] - line[at], line[at + 3] - line[at + 1]);
+    }
     let rest = length / 2;
     for (let at = 0; at + 3 < line.length; at += 2) {
-        const dx = line[at + 2] - line[at], dy = line[at + 3] - line[at + 1];
+        const dx = line[at + 2] - line[at];
+        const dy = line[at + 3] - line[at + 1];
         const part = Math.hypot(dx, dy);
         if (part >= rest && part > 0) {
-            return { x: line[at] + (dx * rest) / part, y: line[at + 1] + (dy * rest) / part, angle: Math.atan2(dy, dx), length };
+            return {
+                x: line[at] + (dx * rest) / part,
+                y: line[at + 1] + (dy * rest) / part,
+                angle: Math.atan2(dy, dx),
+                length,
+            };
         }
         rest -= part;
     }

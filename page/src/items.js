@@ -14,8 +14,13 @@ function keyOf(table, id) {
 /// Items are {id, kind, class, place, object}: place in the class's list of the network, object among those with
 /// series; -1 and null where it has none.
 export function listItems(run) {
-    const items = (run.objects ?? []).map((object, place) => (
-        { id: object.id, kind: object.table, class: null, place: -1, object: place }));
+    const items = (run.objects ?? []).map((object, place) => ({
+        id: object.id,
+        kind: object.table,
+        class: null,
+        place: -1,
+        object: place,
+    }));
     const byPlace = { nodes: [], links: [], areas: [] };
     for (const name of Object.keys(CLASSES)) {
         (run.network?.[name] ?? []).forEach((element, place) => {
@@ -33,14 +38,21 @@ export function listItems(run) {
 }
 
 function indexItems(items, byPlace, system) {
-    const byClass = new Map(), byName = new Map(), byTable = new Map();
+    const byClass = new Map();
+    const byName = new Map();
+    const byTable = new Map();
     items.forEach((item, index) => {
         byTable.set(keyOf(item.kind, item.id), index);
-        if (item.class) { byClass.set(keyOf(item.class, item.id), index); }
-        if (!byName.has(item.id)) { byName.set(item.id, index); }
+        if (item.class) {
+            byClass.set(keyOf(item.class, item.id), index);
+        }
+        if (!byName.has(item.id)) {
+            byName.set(item.id, index);
+        }
     });
     return {
-        items, system,
+        items,
+        system,
         at: (name, place) => byPlace[name][place],
         /// By ID, and by class where two of different classes bear it; -1 if there is none.
         find(id, name = null) {
@@ -51,11 +63,15 @@ function indexItems(items, byPlace, system) {
         /// By the words of a message: "Tank T1", or the ID alone.
         findByWords(words) {
             const space = words.indexOf(" ");
-            const kind = words.slice(0, space), rest = words.slice(space + 1);
+            const kind = words.slice(0, space);
+            const rest = words.slice(space + 1);
             const asKind = space > 0 ? byTable.get(keyOf(kind, rest)) : undefined;
             const asClass = { node: "nodes", link: "links", subcatchment: "areas" }[kind.toLowerCase()];
-            const found = asKind ?? (asClass ? byClass.get(keyOf(asClass, rest)) : undefined) ??
-                byName.get(words) ?? (space > 0 ? byName.get(rest) : undefined);
+            const found =
+                asKind ??
+                (asClass ? byClass.get(keyOf(asClass, rest)) : undefined) ??
+                byName.get(words) ??
+                (space > 0 ? byName.get(rest) : undefined);
             return found ?? -1;
         },
     };
@@ -71,8 +87,13 @@ export function searchItems(items, words, most) {
         if (id === wanted) {
             ranks[0].push(index);
         } else if (id.startsWith(wanted)) {
-            if (ranks[1].length < most) { ranks[1].push(index); }
-        } else if (ranks[2].length < most && (id.includes(wanted) || `${items[index].kind} ${id}`.toLowerCase().startsWith(wanted))) {
+            if (ranks[1].length < most) {
+                ranks[1].push(index);
+            }
+        } else if (
+            ranks[2].length < most &&
+            (id.includes(wanted) || `${items[index].kind} ${id}`.toLowerCase().startsWith(wanted))
+        ) {
             ranks[2].push(index);
         }
     }

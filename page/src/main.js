@@ -19,7 +19,9 @@ import { makeTimeline } from "./timeline.js";
 /// The time from the first to the last report of all runs.
 function openTimeline(data) {
     const all = data.runs.map((run) => run.times).filter((times) => times && times.count > 0);
-    if (all.length === 0) { return makeTimeline(0, 1, 1); }
+    if (all.length === 0) {
+        return makeTimeline(0, 1, 1);
+    }
     const first = Math.min(...all.map((times) => times.start));
     const last = Math.max(...all.map((times) => times.start + (times.count - 1) * times.step));
     const step = Math.min(...all.map((times) => times.step));
@@ -65,7 +67,9 @@ function start() {
     const selection = makeSelection();
     const timeline = openTimeline(data);
     const choose = (item, isAdded) => {
-        if (item < 0) { return; }
+        if (item < 0) {
+            return;
+        }
         selection.choose(item, isAdded || selection.isAdding);
         if (!selection.isAdding && !isAdded) {
             byId("series").scrollIntoView({ block: "start" });
@@ -74,12 +78,20 @@ function start() {
     };
     const linkTo = (words, id = null, kind = "") => {
         const item = items[0].findByWords(id === null ? words : `${kind} ${id}`);
-        return item < 0 ? make("span", { class: "id" }, words)
-            : make("button", { type: "button", class: "link id", onclick: (event) => choose(item, event.shiftKey) }, words);
+        return item < 0
+            ? make("span", { class: "id" }, words)
+            : make(
+                  "button",
+                  { type: "button", class: "link id", onclick: (event) => choose(item, event.shiftKey) },
+                  words,
+              );
     };
     startOverview(data, linkTo);
     const messages = startMessages(data, linkTo);
-    startWindowTools(timeline, data.runs.some((run) => run.times?.count > 0));
+    startWindowTools(
+        timeline,
+        data.runs.some((run) => run.times?.count > 0),
+    );
     const storm = startStorm(data, store, timeline);
     const network = startNetwork(data, items, selection, nameRuns(data));
     const charts = startCharts({ data, store, items, selection, timeline });

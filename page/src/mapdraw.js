@@ -10,7 +10,9 @@ const MOST_LABELS = 300;
 const paths = new Map();
 
 function pathOf(text) {
-    if (!paths.has(text)) { paths.set(text, new Path2D(text)); }
+    if (!paths.has(text)) {
+        paths.set(text, new Path2D(text));
+    }
     return paths.get(text);
 }
 
@@ -25,13 +27,16 @@ export function chooseSizes(geometry, scale) {
 /// The shade of a value: the step of its colour and how thick it is drawn; -1 without a value.
 function shadeOf(paint, name, place) {
     const value = paint.values?.[name]?.[place];
-    if (!paint.scale || !Number.isFinite(value)) { return -1; }
+    if (!paint.scale || !Number.isFinite(value)) {
+        return -1;
+    }
     return Math.round(Math.min(1, Math.max(0, paint.scale.fraction(value))) * (STEPS - 1));
 }
 
 function colourOf(paint, shade) {
-    return shade < 0 ? paint.colours.none : mixRamp(paint.scale.isDiverging ? paint.colours.diverging : paint.colours.sequential,
-        shade / (STEPS - 1));
+    return shade < 0
+        ? paint.colours.none
+        : mixRamp(paint.scale.isDiverging ? paint.colours.diverging : paint.colours.sequential, shade / (STEPS - 1));
 }
 
 function strengthOf(paint, shade) {
@@ -44,7 +49,9 @@ function sortByShade(paint, name, count) {
     const groups = new Map();
     for (let place = 0; place < count; place += 1) {
         const shade = shadeOf(paint, name, place);
-        if (!groups.has(shade)) { groups.set(shade, []); }
+        if (!groups.has(shade)) {
+            groups.set(shade, []);
+        }
         groups.get(shade).push(place);
     }
     const rank = (shade) => (shade < 0 ? -1 : strengthOf(paint, shade));
@@ -54,7 +61,11 @@ function sortByShade(paint, name, count) {
 function traceLine(draw, line) {
     for (let at = 0; at + 1 < line.length; at += 2) {
         const [left, top] = draw.place(line[at], line[at + 1]);
-        if (at === 0) { draw.context.moveTo(left, top); } else { draw.context.lineTo(left, top); }
+        if (at === 0) {
+            draw.context.moveTo(left, top);
+        } else {
+            draw.context.lineTo(left, top);
+        }
     }
 }
 
@@ -93,7 +104,9 @@ function drawLinks(draw, geometry, paint, sizes) {
         context.strokeStyle = colourOf(paint, shade);
         context.lineWidth = sizes.width * (0.75 + 1.25 * strengthOf(paint, shade));
         context.beginPath();
-        for (const place of places) { traceLine(draw, geometry.lines[place]); }
+        for (const place of places) {
+            traceLine(draw, geometry.lines[place]);
+        }
         context.stroke();
         places.forEach((place) => drawMark(draw, geometry, place, sizes));
     }
@@ -103,9 +116,13 @@ function drawLinks(draw, geometry, paint, sizes) {
 function drawMark(draw, geometry, place, sizes) {
     const kind = linkMarkOf(geometry.links[place].kind);
     const line = geometry.lines[place];
-    if (line.length < 4 || (!kind && sizes.room < 40)) { return; }
+    if (line.length < 4 || (!kind && sizes.room < 40)) {
+        return;
+    }
     const { x, y, angle, length } = findMiddle(line);
-    if (!kind && length * draw.scale < 34) { return; }
+    if (!kind && length * draw.scale < 34) {
+        return;
+    }
     const size = kind ? Math.max(3, sizes.radius * 0.85) : sizes.width + 2.6;
     const [left, top] = draw.place(x, y);
     draw.stamp(LINK_MARKS[kind ?? "pump"], left, top, size, -angle, draw.context.strokeStyle);
@@ -114,7 +131,9 @@ function drawMark(draw, geometry, place, sizes) {
 function drawNodes(draw, geometry, paint, sizes) {
     const drawShape = (shape, x, y, size, fill) => {
         const [left, top] = draw.place(x, y);
-        if (left < -20 || top < -20 || left > draw.width + 20 || top > draw.height + 20) { return; }
+        if (left < -20 || top < -20 || left > draw.width + 20 || top > draw.height + 20) {
+            return;
+        }
         draw.stamp(shape, left, top, size, 0, fill, sizes.radius > 2.4 ? paint.edge : null);
     };
     for (const [shade, places] of sortByShade(paint, "nodes", geometry.nodes.length)) {
@@ -160,7 +179,9 @@ function makeRoom() {
         const wanted = [];
         for (let x = Math.floor(left / size); x <= Math.floor((left + width) / size); x += 1) {
             for (let y = Math.floor(top / size); y <= Math.floor((top + height) / size); y += 1) {
-                if (cells.has(`${x},${y}`) && !isForced) { return false; }
+                if (cells.has(`${x},${y}`) && !isForced) {
+                    return false;
+                }
                 wanted.push(`${x},${y}`);
             }
         }
@@ -182,10 +203,14 @@ function drawLabels(draw, geometry, paint, sizes, marked) {
     context.textBaseline = "middle";
     context.lineJoin = "round";
     const put = (text, left, top, isForced) => {
-        if (count >= MOST_LABELS || left < 0 || top < 0 || left > draw.width || top > draw.height) { return; }
+        if (count >= MOST_LABELS || left < 0 || top < 0 || left > draw.width || top > draw.height) {
+            return;
+        }
         const shown = shorten(text);
         const width = context.measureText(shown).width;
-        if (!takeRoom(left, top - 7, width, 14, isForced)) { return; }
+        if (!takeRoom(left, top - 7, width, 14, isForced)) {
+            return;
+        }
         count += 1;
         context.lineWidth = 3.5;
         context.strokeStyle = paint.ground;
@@ -197,19 +222,27 @@ function drawLabels(draw, geometry, paint, sizes, marked) {
         const isLink = target.class === "links";
         const element = isLink ? geometry.links[target.place] : geometry[target.class][target.place];
         const line = isLink ? geometry.lines[target.place] : null;
-        if (isLink && line.length < 4) { return; }
+        if (isLink && line.length < 4) {
+            return;
+        }
         const middle = isLink ? findMiddle(line) : element;
-        if (isLink && !isForced && middle.length * draw.scale < 70) { return; }
+        if (isLink && !isForced && middle.length * draw.scale < 70) {
+            return;
+        }
         const [left, top] = draw.place(middle.x, middle.y);
         const away = isLink ? sizes.width + 4 : sizes.radius * 1.3 + 4;
         // Above to the right: most links leave a node to its sides.
         put(element.id, left + away * 0.75, top - away * (isLink ? 1 : 0.75) - 4, isForced);
     };
     marked.forEach((target) => putOf(target, true));
-    if (sizes.room < 26) { return; }
+    if (sizes.room < 26) {
+        return;
+    }
     geometry.nodes.forEach((_, place) => putOf({ class: "nodes", place }, false));
     geometry.areas.forEach((_, place) => putOf({ class: "areas", place }, false));
-    if (sizes.room > 44) { geometry.links.forEach((_, place) => putOf({ class: "links", place }, false)); }
+    if (sizes.room > 44) {
+        geometry.links.forEach((_, place) => putOf({ class: "links", place }, false));
+    }
 }
 
 function drawCross(draw, colour) {
@@ -226,11 +259,15 @@ function drawCross(draw, colour) {
 
 function makeDraw(context, view, width, height, ratio) {
     return {
-        context, width, height, scale: view.scale,
+        context,
+        width,
+        height,
+        scale: view.scale,
         place: (x, y) => toScreen(view, width, height, x, y),
         /// A small shape about a point.
         stamp(shape, left, top, size, angle, fill, edge = null) {
-            const cos = Math.cos(angle) * size * ratio, sin = Math.sin(angle) * size * ratio;
+            const cos = Math.cos(angle) * size * ratio;
+            const sin = Math.sin(angle) * size * ratio;
             context.setTransform(cos, sin, -sin, cos, left * ratio, top * ratio);
             const path = pathOf(shape);
             if (fill) {
@@ -251,7 +288,8 @@ function makeDraw(context, view, width, height, ratio) {
 /// hovered are {class, place}.
 export function drawMap(canvas, geometry, view, paint, { marked, hovered, hasCross }) {
     const ratio = window.devicePixelRatio || 1;
-    const width = canvas.clientWidth, height = canvas.clientHeight;
+    const width = canvas.clientWidth;
+    const height = canvas.clientHeight;
     canvas.width = Math.round(width * ratio);
     canvas.height = Math.round(height * ratio);
     const context = canvas.getContext("2d");
@@ -261,11 +299,19 @@ export function drawMap(canvas, geometry, view, paint, { marked, hovered, hasCro
     context.fillStyle = paint.ground;
     context.fillRect(0, 0, width, height);
     drawAreas(draw, geometry, paint);
-    marked.filter((target) => target.class === "links").forEach((target) => drawRing(draw, geometry, target, sizes, paint.accent, 2.5));
+    marked
+        .filter((target) => target.class === "links")
+        .forEach((target) => drawRing(draw, geometry, target, sizes, target.colour, 2.5));
     drawLinks(draw, geometry, paint, sizes);
     drawNodes(draw, geometry, paint, sizes);
-    marked.filter((target) => target.class !== "links").forEach((target) => drawRing(draw, geometry, target, sizes, paint.accent, 2.5));
-    if (hovered) { drawRing(draw, geometry, hovered, sizes, paint.accent, 1.2); }
+    marked
+        .filter((target) => target.class !== "links")
+        .forEach((target) => drawRing(draw, geometry, target, sizes, target.colour, 2.5));
+    if (hovered) {
+        drawRing(draw, geometry, hovered, sizes, paint.accent, 1.2);
+    }
     drawLabels(draw, geometry, paint, sizes, hovered ? [...marked, hovered] : marked);
-    if (hasCross) { drawCross(draw, paint.accent); }
+    if (hasCross) {
+        drawCross(draw, paint.accent);
+    }
 }

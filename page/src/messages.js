@@ -17,7 +17,9 @@ export function startMessages(data, linkTo) {
         return { setPrinting() {} };
     }
     const lists = data.runs.map((run, place) => {
-        if (data.runs.length > 1) { host.append(make("h3", { class: "id" }, names[place])); }
+        if (data.runs.length > 1) {
+            host.append(make("h3", { class: "id" }, names[place]));
+        }
         return addList(host, run.messages ?? [], linkTo);
     });
     return { setPrinting: (isPrinting) => lists.forEach((list) => list.setPrinting(isPrinting)) };
@@ -38,7 +40,9 @@ function addList(host, messages, linkTo) {
     });
     fill(shown);
     host.append(list, more);
-    if (messages.length === 0) { host.append(make("p", { class: "empty" }, "Nothing to report.")); }
+    if (messages.length === 0) {
+        host.append(make("p", { class: "empty" }, "Nothing to report."));
+    }
     return { setPrinting: (isPrinting) => fill(isPrinting ? Math.min(messages.length, 200) : shown) };
 }
 
@@ -46,9 +50,25 @@ function makeMessage(message, linkTo) {
     const [level, word] = WORDS[message.level] ?? WORDS.hint;
     const line = (title, text) => (text ? make("div", {}, make("dt", {}, title), make("dd", {}, text)) : null);
     const words = message.words ? make("code", {}, message.words) : null;
-    return make("li", {}, make("div", { class: "message-head" }, makeBadge(level, message.serious ? `Serious ${word.toLowerCase()}` : word),
-        make("div", { class: "quiet" }, String(message.name || message.code || ""))),
+    return make(
+        "li",
+        {},
+        make(
+            "div",
+            { class: "message-head" },
+            makeBadge(level, message.serious ? `Serious ${word.toLowerCase()}` : word),
+            make("div", { class: "quiet" }, String(message.name || message.code || "")),
+        ),
         make("p", { class: "message-text" }, asSentence(message.text)),
-        make("dl", {}, line("Where", message.place), line("Line", words), line("When", Number.isFinite(message.date) ? formatDate(message.date) : null),
-            line("Object", message.object ? linkTo(message.object) : null), line("Effect", asSentence(message.effect)), line("Advice", asSentence(message.advice))));
+        make(
+            "dl",
+            {},
+            line("Where", message.place),
+            line("Line", words),
+            line("When", Number.isFinite(message.date) ? formatDate(message.date) : null),
+            line("Object", message.object ? linkTo(message.object) : null),
+            line("Effect", asSentence(message.effect)),
+            line("Advice", asSentence(message.advice)),
+        ),
+    );
 }

@@ -20,20 +20,33 @@ export function startNetwork(data, items, selection, names) {
         return {};
     }
     const geometries = networks.map(makeGeometry);
-    const state = { data, items, selection, networks, geometries, shown: 0, isEven: false,
-        measure: (network.measures ?? [])[0]?.key ?? null };
+    const state = {
+        data,
+        items,
+        selection,
+        networks,
+        geometries,
+        shown: 0,
+        isEven: false,
+        measure: (network.measures ?? [])[0]?.key ?? null,
+    };
     state.map = makeMap(byId("map-host"), {
         describe: (target) => describe(state, target),
         onChoose(target, isAdded) {
             const item = itemOf(state, target);
-            if (item >= 0) { selection.choose(item, isAdded || selection.isAdding); }
+            if (item >= 0) {
+                selection.choose(item, isAdded || selection.isAdding);
+            }
         },
     });
     state.map.setNetwork(geometries[0]);
     fillControls(state, names);
     fillKey(state);
     repaint(state);
-    onTheme(() => repaint(state));
+    onTheme(() => {
+        repaint(state);
+        mark(state);
+    });
     selection.on(() => mark(state));
     byId("map-in").addEventListener("click", () => state.map.zoom(1.5));
     byId("map-out").addEventListener("click", () => state.map.zoom(1 / 1.5));
@@ -47,7 +60,9 @@ const drawn = (state) => (state.shown === 1 ? 1 : 0); // the run whose network i
 function itemOf(state, target) {
     const run = drawn(state);
     const place = state.items[run].at(target.class, target.place);
-    if (run === 0) { return place; }
+    if (run === 0) {
+        return place;
+    }
     return state.items[0].find(state.items[1].items[place].id, target.class);
 }
 
@@ -73,30 +88,59 @@ function fillControls(state, names) {
         repaint(state);
     });
     if (state.networks.length > 1) {
-        byId("map-runs").append(makeSwitch("Run", [[0, names[0]], [1, names[1]], ["difference", "Difference"]], 0, (value) => {
-            const before = drawn(state);
-            state.shown = value;
-            if (before !== drawn(state)) { state.map.setNetwork(state.geometries[drawn(state)]); }
-            repaint(state);
-            mark(state);
-        }));
+        byId("map-runs").append(
+            makeSwitch(
+                "Run",
+                [
+                    [0, names[0]],
+                    [1, names[1]],
+                    ["difference", "Difference"],
+                ],
+                0,
+                (value) => {
+                    const before = drawn(state);
+                    state.shown = value;
+                    if (before !== drawn(state)) {
+                        state.map.setNetwork(state.geometries[drawn(state)]);
+                    }
+                    repaint(state);
+                    mark(state);
+                },
+            ),
+        );
     }
     const { isGiven, crs } = state.networks[0];
-    byId("map-given").textContent = isGiven ? (crs ? `Coordinates: ${crs}.` : "")
+    byId("map-given").textContent = isGiven
+        ? crs
+            ? `Coordinates: ${crs}.`
+            : ""
         : "The project gives no coordinates: places are chosen by the page, and distances mean nothing.";
 }
 
 /// The kinds that are there, with their shapes.
 function fillKey(state) {
     const kinds = new Map();
-    for (const { kind } of state.networks[0].nodes ?? []) { kinds.set(kind, (kinds.get(kind) ?? 0) + 1); }
+    for (const { kind } of state.networks[0].nodes ?? []) {
+        kinds.set(kind, (kinds.get(kind) ?? 0) + 1);
+    }
     const marks = new Map();
-    for (const { kind } of state.networks[0].links ?? []) { marks.set(kind, (marks.get(kind) ?? 0) + 1); }
+    for (const { kind } of state.networks[0].links ?? []) {
+        marks.set(kind, (marks.get(kind) ?? 0) + 1);
+    }
     const icon = (path) => makeIcon(path, { viewBox: "-1.3 -1.3 2.6 2.6" });
     byId("map-key").replaceChildren(
-        ...[...kinds].map(([kind, count]) => make("li", {}, icon(NODE_SHAPES[nodeShapeOf(kind)]), `${kind} (${count})`)),
-        ...[...marks].map(([kind, count]) => make("li", {}, linkMarkOf(kind) ? icon(LINK_MARKS[linkMarkOf(kind)])
-            : icon("M-1.2 -.15H1.2V.15H-1.2Z"), `${kind} (${count})`)));
+        ...[...kinds].map(([kind, count]) =>
+            make("li", {}, icon(NODE_SHAPES[nodeShapeOf(kind)]), `${kind} (${count})`),
+        ),
+        ...[...marks].map(([kind, count]) =>
+            make(
+                "li",
+                {},
+                linkMarkOf(kind) ? icon(LINK_MARKS[linkMarkOf(kind)]) : icon("M-1.2 -.15H1.2V.15H-1.2Z"),
+                `${kind} (${count})`,
+            ),
+        ),
+    );
 }
 
 function repaint(state) {
@@ -107,9 +151,19 @@ function repaint(state) {
     const scale = makeScale(all, { isDiverging, isEven: state.isEven });
     byId("map-even-label").hidden = isDiverging;
     state.scale = scale;
-    state.map.setPaint({ values, scale, colours: theme, ground: readColour("--surface"), land: readColour("--land"),
-        landEdge: readColour("--land-edge"), edge: readColour("--surface"), text: readColour("--text"),
-        quiet: readColour("--quiet"), accent: readColour("--accent"), font: "system-ui, sans-serif" });
+    state.map.setPaint({
+        values,
+        scale,
+        colours: theme,
+        ground: readColour("--surface"),
+        land: readColour("--land"),
+        landEdge: readColour("--land-edge"),
+        edge: readColour("--surface"),
+        text: readColour("--text"),
+        quiet: readColour("--quiet"),
+        accent: readColour("--accent"),
+        font: "system-ui, sans-serif",
+    });
     fillLegend(state, scale, theme);
     describeMap(state, values);
 }
@@ -118,20 +172,32 @@ function fillLegend(state, scale, theme) {
     const legend = byId("map-legend");
     const measure = measureOf(state);
     legend.hidden = !measure;
-    if (!measure) { return; }
+    if (!measure) {
+        return;
+    }
     const unit = measure.unit ? ` in ${formatUnit(measure.unit)}` : "";
-    const title = make("div", { class: "legend-title" }, `${measure.title}${unit}${scale?.isDiverging ? ", second less first" : ""}`);
+    const title = make(
+        "div",
+        { class: "legend-title" },
+        `${measure.title}${unit}${scale?.isDiverging ? ", second less first" : ""}`,
+    );
     if (!scale) {
         legend.replaceChildren(title, make("p", { class: "quiet" }, "No values"));
         return;
     }
     const ramp = scale.isDiverging ? theme.diverging : theme.sequential;
     const bar = make("div", { class: "legend-bar" });
-    bar.style.background = `linear-gradient(to right, ${Array.from({ length: 13 }, (_, step) => mixRamp(ramp, step / 12)).join(", ")})`;
-    const ticks = [0, 0.25, 0.5, 0.75, 1].map((fraction) => make("span", {},
-        formatNumber(Math.abs(scale.valueAt(fraction)) < scale.greatest * 1e-9 ? 0 : scale.valueAt(fraction), 3)));
-    legend.replaceChildren(title, bar, make("div", { class: "legend-ticks" }, ticks),
-        make("div", { class: "legend-none" }, make("i", {}), "no value"));
+    const shades = Array.from({ length: 13 }, (_, step) => mixRamp(ramp, step / 12));
+    bar.style.background = `linear-gradient(to right, ${shades.join(", ")})`;
+    const ticks = [0, 0.25, 0.5, 0.75, 1].map((fraction) =>
+        make("span", {}, formatNumber(scale.valueAt(fraction), 3)),
+    );
+    legend.replaceChildren(
+        title,
+        bar,
+        make("div", { class: "legend-ticks" }, ticks),
+        make("div", { class: "legend-none" }, make("i", {}), "no value"),
+    );
     legend.querySelector("i").style.background = theme.none;
 }
 
@@ -152,30 +218,47 @@ function describe(state, target) {
 /// The text in place of the map.
 function describeMap(state, values) {
     const network = state.networks[drawn(state)];
-    const counts = CLASSES.filter((name) => network[name]?.length).map((name) => countOf(network[name].length, NOUNS[name]));
+    const counts = CLASSES.filter((name) => network[name]?.length).map((name) =>
+        countOf(network[name].length, NOUNS[name]),
+    );
     const measure = measureOf(state);
     let text = `Map of the network: ${counts.join(", ")}.`;
     if (measure && state.scale && values) {
-        const top = CLASSES.flatMap((name) => (values[name] ?? []).map((value, place) => [value, network[name][place]?.id]))
-            .filter(([value]) => Number.isFinite(value)).sort(([one], [other]) => Math.abs(other) - Math.abs(one)).slice(0, 3);
-        text += ` Coloured by ${measure.title}${state.shown === "difference" ? ", second run less first" : ""}; greatest: ${
-            top.map(([value, id]) => `${id} ${withUnit(formatNumber(value), measure.unit)}`).join(", ")}.`;
+        const top = CLASSES.flatMap((name) =>
+            (values[name] ?? []).map((value, place) => [value, network[name][place]?.id]),
+        )
+            .filter(([value]) => Number.isFinite(value))
+            .sort(([one], [other]) => Math.abs(other) - Math.abs(one))
+            .slice(0, 3);
+        const difference = state.shown === "difference" ? ", second run less first" : "";
+        const named = top.map(([value, id]) => `${id} ${withUnit(formatNumber(value), measure.unit)}`);
+        text += ` Coloured by ${measure.title}${difference}; greatest: ${named.join(", ")}.`;
     }
     state.map.canvas.setAttribute("aria-label", text);
     state.map.canvas.textContent = text;
 }
 
+/// What is chosen has a ring in the colour of its lines.
 function mark(state) {
     const run = drawn(state);
-    const targets = state.selection.list.map((index) => {
-        const item = state.items[0].items[index];
-        if (!item.class) { return null; }
-        if (run === 0) { return { class: item.class, place: item.place }; }
-        const other = state.items[1].find(item.id, item.class);
-        return other < 0 ? null : { class: item.class, place: state.items[1].items[other].place };
-    }).filter(Boolean);
+    const targets = state.selection.list
+        .map((index, order) => {
+            const item = state.items[0].items[index];
+            if (!item.class) {
+                return null;
+            }
+            const colour = readColour(`--series-${order + 1}`);
+            if (run === 0) {
+                return { class: item.class, place: item.place, colour };
+            }
+            const other = state.items[1].find(item.id, item.class);
+            return other < 0 ? null : { class: item.class, place: state.items[1].items[other].place, colour };
+        })
+        .filter(Boolean);
     state.map.setMarked(targets);
     const last = targets.at(-1);
     const element = last && state.networks[run][last.class][last.place];
-    if (element && last.class !== "links" && Number.isFinite(element.x)) { state.map.show(element.x, element.y); }
+    if (element && last.class !== "links" && Number.isFinite(element.x)) {
+        state.map.show(element.x, element.y);
+    }
 }

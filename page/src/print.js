@@ -11,7 +11,9 @@ export function startPrint({ messages, storm, network, charts, tables }) {
         setPrinting(isPrinting);
         messages.setPrinting(isPrinting);
         tables.setPrinting(isPrinting);
-        for (const chart of [storm, ...charts.all()].filter(Boolean)) { chart.setWidth(isPrinting ? WIDTH : null); }
+        for (const chart of [storm, ...charts.all()].filter(Boolean)) {
+            chart.setWidth(isPrinting ? WIDTH : null);
+        }
         network.drawNow?.();
     };
     addEventListener("beforeprint", () => prepare(true));

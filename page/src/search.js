@@ -6,7 +6,8 @@ import { searchItems } from "./items.js";
 const MOST = 12;
 
 export function startSearch(items, onChoose) {
-    const input = byId("search"), list = byId("search-list");
+    const input = byId("search");
+    const list = byId("search-list");
     const state = { input, list, items, onChoose, found: [], active: -1 };
     input.addEventListener("input", () => {
         state.found = searchItems(items, input.value, MOST);
@@ -33,7 +34,9 @@ function close(state) {
 
 function choose(state, place, isAdded) {
     const item = state.found[place];
-    if (item === undefined) { return; }
+    if (item === undefined) {
+        return;
+    }
     close(state);
     state.input.value = "";
     state.onChoose(item, isAdded);
@@ -45,13 +48,33 @@ function show(state) {
         close(state);
         return;
     }
-    list.replaceChildren(...found.map((index, place) => make("li", { role: "option", id: `found-${place}`,
-        "aria-selected": String(place === state.active),
-        onmousedown: (event) => {
-            event.preventDefault(); // the box keeps the focus until the choice is made
-            choose(state, place, event.shiftKey || undefined);
-        } }, make("span", { class: "id" }, items[index].id), make("span", { class: "quiet" }, items[index].kind))));
-    if (found.length === 0) { list.append(make("li", { role: "option", "aria-disabled": "true", "aria-selected": "false", class: "quiet" }, "No object of this name")); }
+    list.replaceChildren(
+        ...found.map((index, place) =>
+            make(
+                "li",
+                {
+                    role: "option",
+                    id: `found-${place}`,
+                    "aria-selected": String(place === state.active),
+                    onmousedown: (event) => {
+                        event.preventDefault(); // the box keeps the focus until the choice is made
+                        choose(state, place, event.shiftKey || undefined);
+                    },
+                },
+                make("span", { class: "id" }, items[index].id),
+                make("span", { class: "quiet" }, items[index].kind),
+            ),
+        ),
+    );
+    if (found.length === 0) {
+        list.append(
+            make(
+                "li",
+                { role: "option", "aria-disabled": "true", "aria-selected": "false", class: "quiet" },
+                "No object of this name",
+            ),
+        );
+    }
     list.hidden = false;
     input.setAttribute("aria-expanded", "true");
     if (state.active >= 0) {

@@ -14,9 +14,15 @@ export function makeSelection() {
     };
     return {
         on: changed.on,
-        get list() { return chosen; },
-        get isAdding() { return isAdding; },
-        setAdding(value) { isAdding = value; },
+        get list() {
+            return chosen;
+        },
+        get isAdding() {
+            return isAdding;
+        },
+        setAdding(value) {
+            isAdding = value;
+        },
         has: (item) => chosen.includes(item),
         /// Alone or beside the others; one that is chosen already is dropped when others are to stay.
         choose(item, isAdded = isAdding) {
@@ -28,7 +34,11 @@ export function makeSelection() {
                 set([...chosen, item]);
             }
         },
-        drop(item) { set(chosen.filter((other) => other !== item)); },
-        clear() { set([]); },
+        drop(item) {
+            set(chosen.filter((other) => other !== item));
+        },
+        clear() {
+            set([]);
+        },
     };
 }

@@ -32,12 +32,19 @@ export function makeSeries(values, isThinned, times) {
 
 /// Least and greatest value between two times, with the time of the greatest; null where there is none.
 export function findExtremes(series, from = -Infinity, to = Infinity) {
-    let least = null, greatest = null, at = null;
+    let least = null;
+    let greatest = null;
+    let at = null;
     for (let place = 0; place < series.x.length; place += 1) {
         const time = series.x[place];
-        if (time < from || time > to) { continue; }
-        const low = series.low[place], high = series.high[place];
-        if (low !== null && (least === null || low < least)) { least = low; }
+        if (time < from || time > to) {
+            continue;
+        }
+        const low = series.low[place];
+        const high = series.high[place];
+        if (low !== null && (least === null || low < least)) {
+            least = low;
+        }
         if (high !== null && (greatest === null || high > greatest)) {
             greatest = high;
             at = time;
@@ -52,15 +59,21 @@ function areSame(one, other) {
 
 /// All times of some lists, in order, each once. Each list is in order itself.
 export function mergeTimes(lists) {
-    if (lists.length === 0) { return new Float64Array(0); }
-    if (lists.every((list) => list === lists[0] || areSame(list, lists[0]))) { return lists[0]; }
+    if (lists.length === 0) {
+        return new Float64Array(0);
+    }
+    if (lists.every((list) => list === lists[0] || areSame(list, lists[0]))) {
+        return lists[0];
+    }
     return Float64Array.from(new Set(lists.flatMap((list) => Array.from(list)))).sort();
 }
 
 /// Values of a series at the times of another list that holds all of its own: undefined where it has none of its own,
 /// which is drawn through, contrary to null, which is a gap.
 export function spread(x, values, onto) {
-    if (onto === x) { return values; }
+    if (onto === x) {
+        return values;
+    }
     const out = new Array(onto.length).fill(undefined);
     let place = 0;
     for (let target = 0; target < onto.length && place < x.length; target += 1) {
@@ -74,10 +87,15 @@ export function spread(x, values, onto) {
 
 /// The place of the time in a list that is nearest to a time.
 export function findNearest(x, time) {
-    let low = 0, high = x.length - 1;
+    let low = 0;
+    let high = x.length - 1;
     while (high - low > 1) {
         const middle = (low + high) >> 1;
-        if (x[middle] <= time) { low = middle; } else { high = middle; }
+        if (x[middle] <= time) {
+            low = middle;
+        } else {
+            high = middle;
+        }
     }
     return x.length > 1 && Math.abs(x[high] - time) < Math.abs(x[low] - time) ? high : low;
 }

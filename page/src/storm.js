@@ -17,10 +17,20 @@ function hasValues(line) {
 }
 
 export function startStorm(data, store, timeline) {
-    const rains = data.runs.map((_, run) => readLine(data, store, run, "Rainfall", { title: "Rain", isRain: true, colour: run ? "--rain-2" : "--rain" }));
-    const flows = data.runs.map((_, run) => readLine(data, store, run, "Outflow", { title: "Outflow", colour: run ? "--series-2" : "--series-1", isDashed: run > 0 }));
+    const rains = data.runs.map((_, run) =>
+        readLine(data, store, run, "Rainfall", { title: "Rain", isRain: true, colour: run ? "--rain-2" : "--rain" }),
+    );
+    const flows = data.runs.map((_, run) =>
+        readLine(data, store, run, "Outflow", {
+            title: "Outflow",
+            colour: run ? "--series-2" : "--series-1",
+            isDashed: run > 0,
+        }),
+    );
     // One rain is enough where both runs have the same.
-    const isSameRain = rains[1] && rains[0]?.series.high.length === rains[1].series.high.length &&
+    const isSameRain =
+        rains[1] &&
+        rains[0]?.series.high.length === rains[1].series.high.length &&
         rains[0].series.high.every((value, place) => value === rains[1].series.high[place]);
     const lines = [...rains.slice(0, isSameRain ? 1 : 2).filter(hasValues), ...flows.filter(Boolean)];
     const host = byId("storm-host");
@@ -28,5 +38,10 @@ export function startStorm(data, store, timeline) {
         host.append(make("p", { class: "empty" }, "The data hold no series of the system."));
         return null;
     }
-    return makeChart(host, { title: rains.some(hasValues) ? "rain and outflow of the system" : "outflow of the system", lines, timeline, height: 300 });
+    return makeChart(host, {
+        title: rains.some(hasValues) ? "rain and outflow of the system" : "outflow of the system",
+        lines,
+        timeline,
+        height: 300,
+    });
 }

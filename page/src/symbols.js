@@ -28,12 +28,19 @@ export const LINK_MARKS = {
     orifice: "M0 -.8A.8 .8 0 1 1 0 .8A.8 .8 0 1 1 0 -.8Z",
 };
 
-const ALIASES = { storage: "tank", divider: "splitter", lid_mono: "lid", "lid monomer": "lid", swmm: "model",
-    coupled: "model", engine: "model" };
+const ALIASES = {
+    storage: "tank",
+    divider: "splitter",
+    lid_mono: "lid",
+    "lid monomer": "lid",
+    swmm: "model",
+    coupled: "model",
+    engine: "model",
+};
 
 export function nodeShapeOf(kind) {
     const name = (kind ?? "").toLowerCase();
-    return NODE_SHAPES[name] ? name : ALIASES[name] ?? "junction";
+    return NODE_SHAPES[name] ? name : (ALIASES[name] ?? "junction");
 }
 
 export function linkMarkOf(kind) {

@@ -51,9 +51,20 @@ export function startTheme(host) {
     chosen = recall();
     prefersDark.addEventListener("change", apply);
     apply();
-    host.append(makeSwitch("Colours", [["auto", "Auto"], ["light", "Light"], ["dark", "Dark"]], chosen, (value) => {
-        chosen = value;
-        keep(value);
-        apply();
-    }));
+    host.append(
+        makeSwitch(
+            "Colours",
+            [
+                ["auto", "Auto"],
+                ["light", "Light"],
+                ["dark", "Dark"],
+            ],
+            chosen,
+            (value) => {
+                chosen = value;
+                keep(value);
+                apply();
+            },
+        ),
+    );
 }

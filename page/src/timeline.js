@@ -19,15 +19,27 @@ export function makeTimeline(first, last, step) {
     let cursor = null;
     const show = (next) => {
         const clamped = clampWindow(next, whole, Math.min(2 * step, last - first));
-        if (clamped[0] === shown[0] && clamped[1] === shown[1]) { return; }
+        if (clamped[0] === shown[0] && clamped[1] === shown[1]) {
+            return;
+        }
         shown = clamped;
         windowChanged.tell(shown);
     };
     return {
-        whole, step, show, onWindow: windowChanged.on, onCursor: cursorChanged.on,
-        get window() { return shown; },
-        get cursor() { return cursor; },
-        get isWhole() { return shown[0] === first && shown[1] === last; },
+        whole,
+        step,
+        show,
+        onWindow: windowChanged.on,
+        onCursor: cursorChanged.on,
+        get window() {
+            return shown;
+        },
+        get cursor() {
+            return cursor;
+        },
+        get isWhole() {
+            return shown[0] === first && shown[1] === last;
+        },
         /// By a part of the window's length; negative is back in time.
         pan(part) {
             const length = shown[1] - shown[0];
@@ -37,10 +49,14 @@ export function makeTimeline(first, last, step) {
         zoom(factor, centre = cursor ?? (shown[0] + shown[1]) / 2) {
             show([centre - (centre - shown[0]) * factor, centre + (shown[1] - centre) * factor]);
         },
-        reset() { show(whole); },
+        reset() {
+            show(whole);
+        },
         /// The moment that is pointed at; null if none is.
         point(time) {
-            if (time === cursor) { return; }
+            if (time === cursor) {
+                return;
+            }
             cursor = time;
             cursorChanged.tell(time);
         },

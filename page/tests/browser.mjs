@@ -10,8 +10,10 @@ import { makePage } from "./runs.mjs";
 
 export async function startBrowser() {
     const isRoot = process.getuid?.() === 0;
-    const browser = await chromium.launch({ executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium",
-        args: isRoot ? ["--no-sandbox"] : [] });
+    const browser = await chromium.launch({
+        executablePath: process.env.CHROMIUM ?? "/usr/bin/chromium",
+        args: isRoot ? ["--no-sandbox"] : [],
+    });
     const folder = mkdtempSync(join(tmpdir(), "tarnvelde-page-"));
     let count = 0;
     return {
@@ -33,8 +35,13 @@ export async function startBrowser() {
 async function openFile(browser, file, { width = 1400, height = 900, ...more }) {
     const context = await browser.newContext({ viewport: { width, height }, reducedMotion: "reduce", ...more });
     const page = await context.newPage();
-    const problems = [], requests = [];
-    page.on("console", (message) => { if (["error", "warning"].includes(message.type())) { problems.push(message.text()); } });
+    const problems = [];
+    const requests = [];
+    page.on("console", (message) => {
+        if (["error", "warning"].includes(message.type())) {
+            problems.push(message.text());
+        }
+    });
     page.on("pageerror", (error) => problems.push(error.stack ?? String(error)));
     page.on("dialog", (dialog) => {
         problems.push(`dialog: ${dialog.message()}`);
@@ -44,12 +51,22 @@ async function openFile(browser, file, { width = 1400, height = 900, ...more }) 
     const address = pathToFileURL(file).href;
     await page.goto(address, { waitUntil: "load", timeout: 60000 });
     await page.waitForSelector("html[data-ready]", { state: "attached", timeout: 30000 });
-    return { page, problems, foreign: () => requests.filter((url) => url !== address && !url.startsWith("data:") && !url.startsWith("blob:")),
-        close: () => context.close() };
+    return {
+        page,
+        problems,
+        foreign: () =>
+            requests.filter((url) => url !== address && !url.startsWith("data:") && !url.startsWith("blob:")),
+        close: () => context.close(),
+    };
 }
 
 /// IDs of data elements that were decoded, in order.
 export function decoded(page) {
-    return page.evaluate(() => performance.getEntriesByType("mark").map((mark) => mark.name)
-        .filter((name) => name.startsWith("tarnvelde decode ")).map((name) => name.slice(17)));
+    return page.evaluate(() =>
+        performance
+            .getEntriesByType("mark")
+            .map((mark) => mark.name)
+            .filter((name) => name.startsWith("tarnvelde decode "))
+            .map((name) => name.slice(17)),
+    );
 }

@@ -8,7 +8,7 @@ import { filterRows, makeFilter, sortPlaces } from "../src/filter.js";
 import * as format from "../src/format.js";
 import * as geometry from "../src/geometry.js";
 import { listItems, searchItems } from "../src/items.js";
-import { subtractMeasure } from "../src/measures.js";
+import { subtractMeasure, subtractTable } from "../src/measures.js";
 import { makeScale, mixRamp, RAMPS } from "../src/ramps.js";
 import * as series from "../src/series.js";
 import { chooseTimeTicks, labelNumbers, labelTimeTicks } from "../src/ticks.js";
@@ -18,9 +18,24 @@ import { encodeFloats, HOSTILE, makeHostile, makeSmall, thin } from "./runs.mjs"
 const seconds = (...parts) => Date.UTC(...parts) / 1000;
 
 test("numbers keep their significant digits", () => {
-    const expected = [[0, "0"], [-0, "0"], [0.123456, "0.1235"], [1234.5678, "1235"], [12345.6, "12\u202f346"], [-2.5, "\u22122.5"], [100, "100"],
-        [1234567, "1\u202f234\u202f567"], [0.00001234, "1.23e\u22125"], [2.5e12, "2.5e12"], [null, "–"], [NaN, "–"], [Infinity, "∞"]];
-    for (const [value, text] of expected) { assert.equal(format.formatNumber(value), text); }
+    const expected = [
+        [0, "0"],
+        [-0, "0"],
+        [0.123456, "0.1235"],
+        [1234.5678, "1235"],
+        [12345.6, "12\u202f346"],
+        [-2.5, "\u22122.5"],
+        [100, "100"],
+        [1234567, "1\u202f234\u202f567"],
+        [0.00001234, "1.23e\u22125"],
+        [2.5e12, "2.5e12"],
+        [null, "–"],
+        [NaN, "–"],
+        [Infinity, "∞"],
+    ];
+    for (const [value, text] of expected) {
+        assert.equal(format.formatNumber(value), text);
+    }
     assert.equal(format.formatNumber(0.98765, 2), "0.99");
 });
 
@@ -60,9 +75,18 @@ test("units and names are written for people", () => {
 });
 
 test("CSV keeps all digits and quotes what needs it", () => {
-    const columns = [{ name: "ID", kind: "text" }, { name: "Peak", unit: "m3/s", kind: "number" }, { name: "at", kind: "date" }];
-    assert.equal(format.formatCsv(columns, [["a,\"b\"", 0.1234567890123, 0], ["c\nd", null, null]]),
-        "ID,Peak (m3/s),at\n\"a,\"\"b\"\"\",0.1234567890123,1970-01-01 00:00\n\"c\nd\",,\n");
+    const columns = [
+        { name: "ID", kind: "text" },
+        { name: "Peak", unit: "m3/s", kind: "number" },
+        { name: "at", kind: "date" },
+    ];
+    assert.equal(
+        format.formatCsv(columns, [
+            ['a,"b"', 0.1234567890123, 0],
+            ["c\nd", null, null],
+        ]),
+        'ID,Peak (m3/s),at\n"a,""b""",0.1234567890123,1970-01-01 00:00\n"c\nd",,\n',
+    );
 });
 
 test("ticks of time are round and no more than there is room for", () => {
@@ -76,7 +100,9 @@ test("ticks of time are round and no more than there is room for", () => {
     const century = chooseTimeTicks(seconds(1950, 0, 1), seconds(2050, 0, 1), 10);
     assert.deepEqual(labelTimeTicks(century.ticks, century.step).slice(0, 2), ["1950", "1960"]);
     for (const length of [1, 59, 3601, 86400 * 9, 86400 * 200, 86400 * 365 * 900]) {
-        for (const most of [1, 4, 11]) { assert.ok(chooseTimeTicks(0, length, most).ticks.length <= most + 1, `${length} ${most}`); }
+        for (const most of [1, 4, 11]) {
+            assert.ok(chooseTimeTicks(0, length, most).ticks.length <= most + 1, `${length} ${most}`);
+        }
     }
 });
 
@@ -101,7 +127,13 @@ test("a series has the times of its reports; a thinned one the middles of its bu
     // Two buckets of five reports: reports 0 and 1, and 2 to 4.
     const thinned = series.makeSeries(Float32Array.from(thin([1, 2, 3, 9, 4], 2)), true, times);
     assert.deepEqual([...thinned.x], [900, 2400]);
-    assert.deepEqual([thinned.low, thinned.high], [[1, 3], [2, 9]]);
+    assert.deepEqual(
+        [thinned.low, thinned.high],
+        [
+            [1, 3],
+            [2, 9],
+        ],
+    );
 });
 
 test("extremes are those of the window", () => {
@@ -112,7 +144,10 @@ test("extremes are those of the window", () => {
 });
 
 test("series of different times stand on one list of all of them", () => {
-    const x = series.mergeTimes([[0, 10, 20], [5, 10, 15]]);
+    const x = series.mergeTimes([
+        [0, 10, 20],
+        [5, 10, 15],
+    ]);
     assert.deepEqual([...x], [0, 5, 10, 15, 20]);
     assert.deepEqual(series.spread([5, 10, 15], [1, null, 3], x), [undefined, 1, null, 3, undefined]);
     const same = [0, 10];
@@ -138,14 +173,23 @@ test("filters compare numbers and dates and find words", () => {
     assert.deepEqual(passes("-1e-3", "number", [-0.001, 0.001]), [-0.001]);
     assert.deepEqual(passes("\u22121..0", "number", [-2, -1, 0]), [-1, 0]);
     assert.deepEqual(passes("N1", "text", ["n1", "N12", "P1", null]), ["n1", "N12"]);
-    assert.deepEqual(passes(">2021-03-01 06:00", "date", [seconds(2021, 2, 1, 6), seconds(2021, 2, 1, 7)]), [seconds(2021, 2, 1, 7)]);
+    assert.deepEqual(passes(">2021-03-01 06:00", "date", [seconds(2021, 2, 1, 6), seconds(2021, 2, 1, 7)]), [
+        seconds(2021, 2, 1, 7),
+    ]);
     assert.deepEqual(passes("03-02", "date", [seconds(2021, 2, 1), seconds(2021, 2, 2)]), [seconds(2021, 2, 2)]);
     assert.deepEqual(passes("", "number", [1, null]), [1, null]);
-    for (const text of [">", "> x", "a", "1..", "1..x"]) { assert.equal(makeFilter(text, "number"), null, text); }
+    for (const text of [">", "> x", "a", "1..", "1..x"]) {
+        assert.equal(makeFilter(text, "number"), null, text);
+    }
 });
 
 test("rows are sorted with missing values last, in both directions", () => {
-    const rows = [["b", 2], ["a10", null], ["a9", 2], ["c", -1]];
+    const rows = [
+        ["b", 2],
+        ["a10", null],
+        ["a9", 2],
+        ["c", -1],
+    ];
     const places = [0, 1, 2, 3];
     assert.deepEqual(sortPlaces(rows, places, 1, false), [3, 0, 2, 1]);
     assert.deepEqual(sortPlaces(rows, places, 1, true), [0, 2, 3, 1]);
@@ -164,9 +208,14 @@ function lightness(colour) {
 }
 
 test("lightness of a ramp runs one way, in steps that can be seen", () => {
-    for (const [theme, sign] of [["light", -1], ["dark", 1]]) {
+    for (const [theme, sign] of [
+        ["light", -1],
+        ["dark", 1],
+    ]) {
         const shades = Array.from({ length: 9 }, (_, step) => lightness(mixRamp(RAMPS[theme].sequential, step / 8)));
-        for (let step = 1; step < shades.length; step += 1) { assert.ok(sign * (shades[step] - shades[step - 1]) > 2.5, `${theme} ${step} ${shades}`); }
+        for (let step = 1; step < shades.length; step += 1) {
+            assert.ok(sign * (shades[step] - shades[step - 1]) > 2.5, `${theme} ${step} ${shades}`);
+        }
         const ends = Array.from({ length: 7 }, (_, step) => lightness(mixRamp(RAMPS[theme].diverging, step / 6)));
         for (const step of [0, 1, 2]) {
             assert.ok(sign * (ends[step] - ends[step + 1]) > 2.5, `${theme} left ${ends}`);
@@ -188,8 +237,19 @@ test("a scale begins at 0, is even in both directions for differences, or counts
 });
 
 test("the network is fitted into the view and found again under a point", () => {
-    const network = { bounds: [0, 0, 100, 50], nodes: [{ x: 0, y: 0 }, { x: 100, y: 50 }, { x: null, y: 1 }], links: [{ from: 0, to: 1, points: [100, 0] },
-        { from: 0, to: 9 }], areas: [{ x: 10, y: 40, points: [0, 30, 30, 30, 30, 50, 0, 50] }] };
+    const network = {
+        bounds: [0, 0, 100, 50],
+        nodes: [
+            { x: 0, y: 0 },
+            { x: 100, y: 50 },
+            { x: null, y: 1 },
+        ],
+        links: [
+            { from: 0, to: 1, points: [100, 0] },
+            { from: 0, to: 9 },
+        ],
+        areas: [{ x: 10, y: 40, points: [0, 30, 30, 30, 30, 50, 0, 50] }],
+    };
     const shape = geometry.makeGeometry(network);
     assert.deepEqual(shape.lines, [[0, 0, 100, 0, 100, 50], []]);
     const view = geometry.fitView(shape.bounds, 420, 264, 10, 32);
@@ -207,7 +267,15 @@ test("the network is fitted into the view and found again under a point", () => 
 });
 
 test("bounds that say nothing are taken from the objects", () => {
-    assert.deepEqual(geometry.makeGeometry({ nodes: [{ x: 2, y: 3 }, { x: 6, y: 7 }] }).bounds, [2, 3, 6, 7]);
+    assert.deepEqual(
+        geometry.makeGeometry({
+            nodes: [
+                { x: 2, y: 3 },
+                { x: 6, y: 7 },
+            ],
+        }).bounds,
+        [2, 3, 6, 7],
+    );
     const [x0, y0, x1, y1] = geometry.makeGeometry({ nodes: [{ x: 5, y: 5 }] }).bounds;
     assert.ok(x0 < 5 && x1 > 5 && y0 < 5 && y1 > 5);
     assert.deepEqual(geometry.makeGeometry({}).bounds, [0, 0, 1, 1]);
@@ -231,18 +299,42 @@ test("objects are found by class, by table, by the words of a message, and by se
 
 test("hostile IDs are IDs as others", () => {
     const list = listItems(makeHostile().data.runs[0]);
-    for (const id of HOSTILE) { assert.equal(list.items[list.find(id, "nodes")].id, id); }
+    for (const id of HOSTILE) {
+        assert.equal(list.items[list.find(id, "nodes")].id, id);
+    }
     assert.equal(list.find("toString", "nodes"), -1);
     assert.equal(list.findByWords("hasOwnProperty"), -1);
 });
 
 test("one chart per unit, of the columns that are wanted or the leading one", () => {
-    const columns = [{ name: "Vol", unit: "m3" }, { name: "Outfow", unit: "m3/s" }, { name: "TSS", unit: "mg/L" }];
-    assert.deepEqual(chooseColumns(columns, new Set(["Outflow", "TSS"])).map((column) => column.name), ["Outfow", "TSS"]);
-    assert.deepEqual(chooseColumns(columns, new Set()).map((column) => column.name), ["Outfow"]);
-    assert.deepEqual(chooseColumns([{ name: "X" }, { name: "Y" }], new Set()).map((column) => column.name), ["X"]);
-    assert.deepEqual(groupByUnit(columns.concat(columns).map((column) => ({ column }))).map((group) => [group.unit, group.parts.length]),
-        [["m3", 2], ["m3/s", 2], ["mg/L", 2]]);
+    const columns = [
+        { name: "Vol", unit: "m3" },
+        { name: "Outfow", unit: "m3/s" },
+        { name: "TSS", unit: "mg/L" },
+    ];
+    assert.deepEqual(
+        chooseColumns(columns, new Set(["Outflow", "TSS"])).map((column) => column.name),
+        ["Outfow", "TSS"],
+    );
+    assert.deepEqual(
+        chooseColumns(columns, new Set()).map((column) => column.name),
+        ["Outfow"],
+    );
+    assert.deepEqual(
+        chooseColumns([{ name: "X" }, { name: "Y" }], new Set()).map((column) => column.name),
+        ["X"],
+    );
+    assert.deepEqual(
+        groupByUnit(columns.concat(columns).map((column) => ({ column }))).map((group) => [
+            group.unit,
+            group.parts.length,
+        ]),
+        [
+            ["m3", 2],
+            ["m3/s", 2],
+            ["mg/L", 2],
+        ],
+    );
 });
 
 test("runs of one name are told apart", () => {
@@ -251,8 +343,55 @@ test("runs of one name are told apart", () => {
 });
 
 test("the difference of two runs is taken by ID, where both have a value", () => {
-    const networks = [{ nodes: [{ id: "A" }, { id: "B" }, { id: "C" }], measures: [{ key: "peak", nodes: [1, 2, null] }] },
-        { nodes: [{ id: "C" }, { id: "A" }], measures: [{ key: "peak", nodes: [5, 4] }] }];
+    const networks = [
+        { nodes: [{ id: "A" }, { id: "B" }, { id: "C" }], measures: [{ key: "peak", nodes: [1, 2, null] }] },
+        { nodes: [{ id: "C" }, { id: "A" }], measures: [{ key: "peak", nodes: [5, 4] }] },
+    ];
     assert.deepEqual(subtractMeasure(networks, "peak"), { nodes: [3, null, null] });
     assert.deepEqual(subtractMeasure(networks, "other"), {});
+});
+
+test("tables are subtracted row by row, by the names of the rows", () => {
+    const columns = [
+        { name: "at", kind: "date" },
+        { name: "ID", kind: "text" },
+        { name: "Peak", unit: "m3/s", kind: "number" },
+    ];
+    const one = {
+        key: "nodes",
+        title: "Nodes",
+        object: 1,
+        columns,
+        rows: [
+            [0, "A", 1],
+            [0, "B", 2],
+            [0, "C", null],
+        ],
+    };
+    const other = {
+        ...one,
+        rows: [
+            [9, "C", 3],
+            [9, "B", 5],
+        ],
+    };
+    const difference = subtractTable(one, other);
+    assert.deepEqual(difference.rows, [
+        ["B", 3],
+        ["C", null],
+    ]);
+    assert.deepEqual([difference.object, difference.columns.map(({ name }) => name)], [0, ["ID", "Peak"]]);
+    assert.equal(subtractTable(one, undefined), null);
+    assert.equal(
+        subtractTable(one, {
+            ...other,
+            rows: [
+                [0, "A", 1],
+                [1, "A", 2],
+            ],
+        }),
+        null,
+        "events of one object",
+    );
+    assert.equal(subtractTable(one, { ...other, columns: columns.slice(1) }), null);
 });

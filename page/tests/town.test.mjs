@@ -22,11 +22,17 @@ test("a year of 5000 nodes opens with one series decoded and few rows made", asy
     assert.deepEqual(await decoded(page), ["d-0-0"]);
     assert.equal(await page.locator("#panel-0 tbody tr").count(), 25);
     assert.equal(await page.locator(".messages li").count(), 12);
-    assert.ok(await page.evaluate(() => document.querySelectorAll("main *").length) < 2000, "elements of the page");
+    assert.ok((await page.evaluate(() => document.querySelectorAll("main *").length)) < 2000, "elements of the page");
     // Told, not tested: how long it took.
-    const times = await page.evaluate(() => [performance.getEntriesByName("first-contentful-paint")[0]?.startTime,
-        performance.getEntriesByName("tarnvelde ready")[0].startTime, document.documentElement.outerHTML.length]);
-    console.log(`${(times[2] / 1048576).toFixed(1)} MB: first paint after ${Math.round(times[0])} ms, ready after ${Math.round(times[1])} ms`);
+    const times = await page.evaluate(() => [
+        performance.getEntriesByName("first-contentful-paint")[0]?.startTime,
+        performance.getEntriesByName("tarnvelde ready")[0].startTime,
+        document.documentElement.outerHTML.length,
+    ]);
+    console.log(
+        `${(times[2] / 1048576).toFixed(1)} MB: first paint after ${Math.round(times[0])} ms,`,
+        `ready after ${Math.round(times[1])} ms`,
+    );
 });
 
 test("the map draws them all, and one object more decodes one series more", async () => {
@@ -34,7 +40,11 @@ test("the map draws them all, and one object more decodes one series more", asyn
     const drawn = await page.locator("canvas.map").evaluate((canvas) => {
         const { data } = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height);
         let count = 0;
-        for (let at = 0; at < data.length; at += 4) { if (data[at] < 200) { count += 1; } }
+        for (let at = 0; at < data.length; at += 4) {
+            if (data[at] < 200) {
+                count += 1;
+            }
+        }
         return count;
     });
     // Links of about 10 px and nodes of about 3 px a piece.
@@ -52,7 +62,12 @@ test("the series of a year shows extremes, and its greatest value by rule", asyn
     // multiples of 97; over all hours of a year.
     let greatest = 0;
     for (let hour = 0; hour < 8760; hour += 1) {
-        if (hour % 97 < 30) { greatest = Math.max(greatest, 0.1 + 2.2 * Math.exp(-(((hour % 97) - 9) ** 2) / 60) * (1 + (hour % 700) / 700)); }
+        if (hour % 97 < 30) {
+            greatest = Math.max(
+                greatest,
+                0.1 + 2.2 * Math.exp(-(((hour % 97) - 9) ** 2) / 60) * (1 + (hour % 700) / 700),
+            );
+        }
     }
     assert.equal(await page.locator(".chart-box td.greatest").textContent(), greatest.toPrecision(4));
 });
@@ -67,11 +82,11 @@ test("thousands of rows: filtered, sorted, turned", async () => {
     await page.getByRole("button", { name: "Next rows" }).click();
     assert.equal(await rows.count(), 10);
     await page.locator("#panel-0 th", { hasText: "Peak inflow" }).locator("button").click();
-    assert.equal(await rows.first().locator("td").first().textContent(), "2.518");
+    assert.equal(await rows.first().locator("td").first().textContent(), "2.5175");
     const box = page.getByRole("textbox", { name: "Filter Peak inflow (m³/s)" });
     await box.fill("> much");
     assert.equal(await box.getAttribute("aria-invalid"), "true");
-    assert.equal(await status(), "Rows 1 to 25 of 5\u202f000".replace("\u202f", ""));
+    assert.equal(await status(), "Rows 1 to 25 of 5000");
     await box.fill("");
     await page.getByRole("textbox", { name: "Filter at" }).fill("<2021-03-01 01:00");
     // 37 and 8760 have no common factor: the first hour comes once in 8760 places.
@@ -104,8 +119,11 @@ test("paper holds no more rows than its limit", async () => {
 
 test("a window of days in a year", async () => {
     const { page } = view;
-    for (let press = 0; press < 6; press += 1) { await page.click("#window-in"); }
-    const [from, to] = (await page.locator("#window-text").textContent()).match(/\d{4}-\d\d-\d\d \d\d:\d\d(:\d\d)?/g)
+    for (let press = 0; press < 6; press += 1) {
+        await page.click("#window-in");
+    }
+    const [from, to] = (await page.locator("#window-text").textContent())
+        .match(/\d{4}-\d\d-\d\d \d\d:\d\d(:\d\d)?/g)
         .map((text) => Date.parse(`${text.replace(" ", "T")}Z`) / 1000 - START);
     // A year of 8759 hours between its reports, halved six times about its middle.
     assert.ok(Math.abs(to - from - (8759 * 3600) / 64) < 2, `${to - from}`);
