@@ -1,7 +1,7 @@
 // Messages and warnings: what was said, where, what it means for the results, what to do.
 
 import { byId, make } from "./dom.js";
-import { asSentence, countOf, formatDate } from "./format.js";
+import { asSentence, countOf, formatDate, formatNumber } from "./format.js";
 import { nameRuns } from "./data.js";
 import { makeBadge } from "./overview.js";
 
@@ -16,6 +16,8 @@ export function startMessages(data, linkTo) {
         host.append(make("p", { class: "empty" }, "Nothing to report: no errors and no warnings."));
         return { setPrinting() {} };
     }
+    const count = counts.reduce((sum, one) => sum + one, 0);
+    byId("messages-title").append(make("span", { class: "count" }, formatNumber(count, 9)));
     const lists = data.runs.map((run, place) => {
         if (data.runs.length > 1) {
             host.append(make("h3", { class: "id" }, names[place]));

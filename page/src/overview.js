@@ -112,7 +112,7 @@ function makeCauses(row, linkTo) {
     return make("ul", { class: "causes" }, shown, more);
 }
 
-function makeContinuityRow(row, linkTo) {
+function makeContinuityRow(row, hasTexts, linkTo) {
     const level = LEVELS[row.level] ? row.level : "none";
     const amount = (text) =>
         make(
@@ -135,18 +135,19 @@ function makeContinuityRow(row, linkTo) {
         amount(formatNumber(row.in)),
         amount(formatMissing(row)),
         make("td", { class: "number" }, formatPercent(row.error)),
-        make("td", { class: "quiet" }, row.text ?? ""),
+        hasTexts ? make("td", { class: "which quiet" }, row.text ?? "") : null,
         make("td", {}, makeCauses(row, linkTo)),
     );
 }
 
 function makeContinuity(rows, linkTo) {
+    const hasTexts = rows.some((row) => row.text);
     const heads = [
         ["Balance"],
         ["In", "number"],
         ["Missing", "number"],
         ["Error", "number"],
-        [rows.some((row) => row.text) ? "Which is" : ""],
+        ...(hasTexts ? [["Which is", "which"]] : []),
         ["Arises at"],
     ];
     return make(
@@ -166,15 +167,13 @@ function makeContinuity(rows, linkTo) {
                 make(
                     "tr",
                     {},
-                    heads.map(([text, kind]) =>
-                        make(text ? "th" : "td", { scope: text ? "col" : null, class: kind }, text),
-                    ),
+                    heads.map(([text, kind]) => make("th", { scope: "col", class: kind }, text)),
                 ),
             ),
             make(
                 "tbody",
                 {},
-                rows.map((row) => makeContinuityRow(row, linkTo)),
+                rows.map((row) => makeContinuityRow(row, hasTexts, linkTo)),
             ),
         ),
     );
