@@ -7,4 +7,4 @@ cd "$(dirname "$0")"
 ./build-page.sh
 cd ../page
 [ $# -gt 0 ] || set -- tests/*.test.mjs
-node --test --test-reporter=spec "$@"
+node --test "$@"

@@ -202,12 +202,14 @@ function drawLabels(draw, geometry, paint, sizes, marked) {
     context.font = `12px ${paint.font}`;
     context.textBaseline = "middle";
     context.lineJoin = "round";
-    const put = (text, left, top, isForced) => {
-        if (count >= MOST_LABELS || left < 0 || top < 0 || left > draw.width || top > draw.height) {
+    const put = (text, x, away, top, isForced) => {
+        if (count >= MOST_LABELS || x < 0 || top < 0 || x > draw.width || top > draw.height) {
             return;
         }
         const shown = shorten(text);
         const width = context.measureText(shown).width;
+        // At the right margin, where the buttons are, names stand to the left.
+        const left = x + away + width > draw.width - 48 ? x - away - width : x + away;
         if (!takeRoom(left, top - 7, width, 14, isForced)) {
             return;
         }
@@ -232,7 +234,7 @@ function drawLabels(draw, geometry, paint, sizes, marked) {
         const [left, top] = draw.place(middle.x, middle.y);
         const away = isLink ? sizes.width + 4 : sizes.radius * 1.3 + 4;
         // Above to the right: most links leave a node to its sides.
-        put(element.id, left + away * 0.75, top - away * (isLink ? 1 : 0.75) - 4, isForced);
+        put(element.id, left, away * 0.75, top - away * (isLink ? 1 : 0.75) - 4, isForced);
     };
     marked.forEach((target) => putOf(target, true));
     if (sizes.room < 26) {

@@ -13,9 +13,9 @@ const NOUNS = { nodes: "node", links: "link", areas: "subcatchment" };
 
 /// The section. {items: of each run, selection, onChosen()}
 export function startNetwork(data, items, selection, names) {
-    const networks = data.runs.map((run) => run.network);
+    const networks = data.runs.map((run) => run.network ?? {});
     const network = networks[0];
-    if (!network || !(network.nodes?.length || network.areas?.length)) {
+    if (!network.nodes?.length && !network.areas?.length) {
         byId("map-side").replaceChildren(make("p", { class: "empty" }, "The data of this run hold no network."));
         return {};
     }
@@ -114,7 +114,7 @@ function fillControls(state, names) {
         ? crs
             ? `Coordinates: ${crs}.`
             : ""
-        : "The project gives no coordinates: places are chosen by the page, and distances mean nothing.";
+        : "The project gives no coordinates: places are chosen by the program, and distances mean nothing.";
 }
 
 /// The kinds that are there, with their shapes.

@@ -538,6 +538,16 @@ test("runs with little in them: no network, no series, no tables, no data", asyn
             assert.equal(await page.locator("h1").textContent(), "nothing");
         },
     );
+    const half = makeSmall();
+    half.data.runs.push({ name: "nothing" });
+    await visit(half, {}, async (page) => {
+        await search(page, "P1");
+        await page.locator("#map-runs").getByRole("radio", { name: "nothing" }).check();
+        await page.locator("#map-runs").getByRole("radio", { name: "Difference" }).check();
+        await page.locator("#tables-runs").getByRole("radio", { name: "nothing" }).check();
+        assert.match(await page.locator("#tables-host").textContent(), /no tables/);
+        assert.equal(await page.locator(".chart-box tbody tr").count(), 1);
+    });
     const lost = makeSmall();
     lost.elements = lost.elements.slice(0, 3);
     await visit(lost, {}, async (page) => {
