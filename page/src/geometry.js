@@ -3,7 +3,8 @@
 const isPoint = (x, y) => Number.isFinite(x) && Number.isFinite(y);
 
 /// Lines and outlines of a network: lists of x, y, x, y ... in ground units; empty where something has no place.
-export function makeGeometry(network) {
+export function makeGeometry(given) {
+    const network = given.isGiven === false ? stretch(given) : given;
     const nodes = network.nodes ?? [];
     const areas = network.areas ?? [];
     const placeOf = (element) => (element && isPoint(element.x, element.y) ? [element.x, element.y] : null);
@@ -18,6 +19,34 @@ export function makeGeometry(network) {
         return from && to ? [...from, ...to] : [];
     });
     return { nodes, areas, links: network.links ?? [], lines, outlets, bounds: findBounds(network, lines) };
+}
+
+const NARROWEST = 1.15; // width of a picture for its height
+const WIDEST = 2.2;
+
+/// Places that the project doesn't give may be drawn wider or higher, so that they fill a picture.
+function stretch(network) {
+    const [x0, y0, x1, y1] = network.bounds ?? [];
+    const shape = (x1 - x0) / (y1 - y0);
+    if (!(shape > 0) || shape === Infinity) {
+        return network;
+    }
+    const wide = Math.max(1, NARROWEST / shape);
+    const high = Math.max(1, shape / WIDEST);
+    const stretchPoints = (points) => points?.map((value, at) => value * (at % 2 === 0 ? wide : high));
+    const place = (element) => ({
+        ...element,
+        x: isPoint(element.x, element.y) ? element.x * wide : null,
+        y: isPoint(element.x, element.y) ? element.y * high : null,
+        points: stretchPoints(element.points),
+    });
+    return {
+        ...network,
+        bounds: stretchPoints(network.bounds),
+        nodes: network.nodes?.map(place),
+        areas: network.areas?.map(place),
+        links: network.links?.map((link) => ({ ...link, points: stretchPoints(link.points) })),
+    };
 }
 
 /// The given bounds, or those of all points; never without width and height.

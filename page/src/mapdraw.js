@@ -21,7 +21,7 @@ export function chooseSizes(geometry, scale) {
     const [x0, y0, x1, y1] = geometry.bounds;
     const count = Math.max(1, geometry.nodes.length + geometry.areas.length);
     const room = Math.sqrt(Math.max((x1 - x0) * (y1 - y0), ((x1 - x0 + y1 - y0) / 4) ** 2) / count) * scale;
-    return { room, radius: Math.min(7.5, Math.max(1.7, room * 0.16)), width: Math.min(3, Math.max(0.9, room * 0.05)) };
+    return { room, radius: Math.min(7.5, Math.max(1.1, room * 0.16)), width: Math.min(3, Math.max(0.7, room * 0.05)) };
 }
 
 /// The shade of a value: the step of its colour and how thick it is drawn; -1 without a value.

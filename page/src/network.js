@@ -257,7 +257,7 @@ function mark(state) {
         .filter(Boolean);
     state.map.setMarked(targets);
     const last = targets.at(-1);
-    const element = last && state.networks[run][last.class][last.place];
+    const element = last && state.geometries[run][last.class][last.place];
     if (element && last.class !== "links" && Number.isFinite(element.x)) {
         state.map.show(element.x, element.y);
     }

@@ -266,6 +266,19 @@ test("the network is fitted into the view and found again under a point", () => 
     assert.deepEqual(geometry.findMiddle([0, 0, 10, 0, 10, 10]), { x: 10, y: 0, angle: 0, length: 20 });
 });
 
+test("places of the program's own choice fill the picture", () => {
+    const nodes = [
+        { x: 0, y: 0 },
+        { x: 10, y: 200 },
+    ];
+    const given = { bounds: [0, 0, 10, 200], nodes, links: [{ from: 0, to: 1, points: [10, 100] }] };
+    assert.deepEqual(geometry.makeGeometry({ ...given, isGiven: true }).lines, [[0, 0, 10, 100, 10, 200]]);
+    // 230 wide for a height of 200.
+    const own = geometry.makeGeometry({ ...given, isGiven: false });
+    assert.deepEqual(own.bounds.map(Math.round), [0, 0, 230, 200]);
+    assert.deepEqual(own.lines[0].map(Math.round), [0, 0, 230, 100, 230, 200]);
+});
+
 test("bounds that say nothing are taken from the objects", () => {
     assert.deepEqual(
         geometry.makeGeometry({
