@@ -49,7 +49,7 @@ struct EventWalk {
 RowColumns findColumns(const ResultTable& table) {
     RowColumns columns;
     columns.flow = pageseries_findLeading({table.name, table.columns, {}});
-    if (table.columns[columns.flow].unit != "m3/s") {
+    if (columns.flow >= table.columns.size() || table.columns[columns.flow].unit != "m3/s") {
         columns.flow = RESULT_NONE;
     }
     columns.flood = result_findColumnOf(table, "Flood");
@@ -297,7 +297,7 @@ PageEnd pageresults_read(const PageRequest& request, const std::string& results,
     run.firstReport = file.startDate + file.reportStep / SECONDS_PER_DAY;
     run.end = file.startDate + static_cast<double>(file.periods) * file.reportStep / SECONDS_PER_DAY;
     if (!request.model.empty() && !readNetwork(request, run)) {
-        return {EXIT_ENGINE_ERROR, false};
+        return {EXIT_ENGINE_ERROR, false, false};
     }
     addFacts(run, file);
     std::vector<PageSeriesTable> tables;
@@ -325,5 +325,5 @@ PageEnd pageresults_read(const PageRequest& request, const std::string& results,
         addMeasures(run.network, walks);
     }
     run.note = run.series.note;
-    return {};
+    return {EXIT_DONE, true, request.model.empty()};
 }
