@@ -183,6 +183,14 @@ TEST_F(Page, CoordinatesOfTheProjectAreTaken) {
               "[('J1', 'junction', 300, 20), ('O1', 'outfall', 100, 10)]");
 }
 
+TEST_F(Page, LinksBetweenTheSameNodesAreSeenApart) {
+    write({getExample("storm-tank")});
+    // Between LIFT at (565430, 5702180) and BASIN 40 m to the west bends are 4 m apart. Seen from LIFT, the first of the
+    // two nodes, the first link lies to the right, which is the north.
+    EXPECT_EQ(ask("[(l['id'], l.get('points')) for l in run['network']['links'][:3]]"),
+              "[('THROTTLE', [565410, 5702184]), ('PUMP_1', [565410, 5702180]), ('PUMP_2', [565410, 5702176])]");
+}
+
 TEST_F(Page, TheDescriptionAndTheTitleAreTheProjects) {
     const std::string model =
         folder.write("town.inp", std::string("A town\n// a comment\n[DESCRIPTION]\nin the hills\n") + GOOD_PROJECT);
