@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "files.h"
 
@@ -99,49 +100,100 @@ bool syncFolder(const fs::path& target) {
     return opened.number < 0 || fsync(opened.number) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
-/// Writes into the open file aside and gives it the target's name. False with errno.
-bool fillAndMove(Descriptor& file, const std::string& aside, const fs::path& target, const std::string& bytes) {
-    return ftruncate(file.number, 0) == 0 && writeAll(file.number, bytes) &&
-           fchmod(file.number, getMode(target.string())) == 0 && fsync(file.number) == 0 && file.close() &&
-           std::rename(aside.c_str(), target.c_str()) == 0;
+}  // namespace
+
+/// A file on its way.
+struct AsideFile {
+    std::string name;  ///< as it was given
+    fs::path target;
+    std::string place;  ///< aside
+    Descriptor file{-1};
+    Descriptor lock{-1};   ///< holds the lock until the file has its name; closing the other one tells of a full disk
+    bool isThere = false;  ///< aside, and ours to take away
+};
+
+void AsideEnd::operator()(AsideFile* file) const {
+    if (file->isThere) {
+        unlink(file->place.c_str());
+    }
+    delete file;
 }
 
-}  // namespace
+static std::string describeFailure(const std::string& name) {
+    return "cannot write " + name + ": ";
+}
+
+/// What failed of a file that goes by that, by errno.
+static std::string giveUp(AsideFile& file) {
+    const int reason = errno;
+    unlink(file.place.c_str());
+    file.isThere = false;
+    return describeFailure(file.name) + std::strerror(reason);
+}
 
 std::string aside_getName(const std::string& name) {
     return addEnding(followLinks(name)).string();
 }
 
-std::string aside_write(const std::string& name, const std::string& bytes) {
-    const fs::path target = followLinks(name);
-    const std::string aside = addEnding(target).string();
-    const std::string failure = "cannot write " + name + ": ";
+AsideHandle aside_begin(const std::string& name, std::string& failure) {
+    AsideHandle handle(new AsideFile);
+    AsideFile& file = *handle;
+    file.name = name;
+    file.target = followLinks(name);
+    file.place = addEnding(file.target).string();
+    failure = describeFailure(name);
     std::error_code error;
-    if (fs::is_symlink(target, error)) {
-        return failure + std::strerror(ELOOP);
+    if (fs::is_symlink(file.target, error)) {
+        failure += std::strerror(ELOOP);
+        return nullptr;
     }
     if (files_exists(name) && !files_isRegular(name)) {
-        return failure + "it is no file";
+        failure += "it is no file";
+        return nullptr;
     }
     if (files_exists(name) && access(name.c_str(), W_OK) != 0) {
-        return failure + std::strerror(errno);
+        failure += std::strerror(errno);
+        return nullptr;
     }
     constexpr int FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;  // no link, no waiting at a pipe
-    Descriptor file(open(aside.c_str(), FLAGS, 0600));
-    if (file.number < 0) {
+    file.file.number = open(file.place.c_str(), FLAGS, 0600);
+    if (file.file.number < 0) {
         const int reason = errno;
-        return failure + (files_exists(aside) ? aside + " is in the way: " : "") + std::strerror(reason);
+        failure += (files_exists(file.place) ? file.place + " is in the way: " : "") + std::strerror(reason);
+        return nullptr;
     }
-    // The second descriptor holds the lock until the file has its name; closing the first one tells of a full disk.
-    const Descriptor lock(fcntl(file.number, F_DUPFD_CLOEXEC, 0));
-    const bool isTaken = lock.number >= 0 && flock(lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (isTaken || !isOnlyHere(file.number, aside)) {
-        return failure + aside + " is in the way" + (isTaken ? ": another program is writing it" : "");
+    file.lock.number = fcntl(file.file.number, F_DUPFD_CLOEXEC, 0);
+    const bool isTaken =
+        file.lock.number >= 0 && flock(file.lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (isTaken || !isOnlyHere(file.file.number, file.place)) {
+        failure += file.place + " is in the way" + (isTaken ? ": another program is writing it" : "");
+        return nullptr;
     }
-    if (!fillAndMove(file, aside, target, bytes)) {
-        const int reason = errno;
-        unlink(aside.c_str());
-        return failure + std::strerror(reason);
+    file.isThere = true;
+    failure = ftruncate(file.file.number, 0) == 0 ? std::string() : giveUp(file);
+    return file.isThere ? std::move(handle) : nullptr;
+}
+
+std::string aside_append(AsideFile& file, const std::string& bytes) {
+    return writeAll(file.file.number, bytes) ? std::string() : giveUp(file);
+}
+
+std::string aside_end(AsideFile& file) {
+    const bool isPlaced = fchmod(file.file.number, getMode(file.target.string())) == 0 &&
+                          fsync(file.file.number) == 0 && file.file.close() &&
+                          std::rename(file.place.c_str(), file.target.c_str()) == 0;
+    if (!isPlaced) {
+        return giveUp(file);
     }
-    return syncFolder(target) ? std::string() : failure + std::strerror(errno);
+    file.isThere = false;
+    return syncFolder(file.target) ? std::string() : describeFailure(file.name) + std::strerror(errno);
+}
+
+std::string aside_write(const std::string& name, const std::string& bytes) {
+    std::string failure;
+    const AsideHandle file = aside_begin(name, failure);
+    if (file) {
+        failure = aside_append(*file, bytes);
+    }
+    return failure.empty() ? aside_end(*file) : failure;
 }

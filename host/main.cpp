@@ -2,13 +2,16 @@
 //
 //     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
 //                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch D]
-//                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--strict] [--quiet]
-//                             [--json [--balances]]
+//                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--lid-results F]
+//                             [--strict] [--quiet] [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--scratch D] [--strict] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
 //                            [--csv | --json] | --recover
 //     tarnvelde stats FILE [--object O ...] [--table T ...] [--column C] [--gap H] [--threshold Q] [--from D] [--to D]
 //                          [--events] [--curve] [--csv | --json]
+//     tarnvelde plot FILE --object O [--object O ...] --column C [--column C ...] [--from D] [--to D] [--rain [O]]
+//                         [--mean H] [--curve] [--measured F[:C] ...] -o OUT.svg|OUT.png|OUT.pdf
+//     tarnvelde plot FILE --section FROM TO [--via N ...] --model MODEL.inp [--at D ...] [--from D] [--to D] -o OUT...
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde report MODEL.inp|RESULTS [--compare OTHER] [--model MODEL.inp] [-o PAGE.html] [--title T]
 //                      [--data-limit MB] [--gap H] [--threshold Q] [--template F] [--balances] [--threads N]
@@ -26,6 +29,7 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <new>
 #include <sstream>
@@ -120,6 +124,12 @@ static std::string refuseNoAmount(const std::string& text) {
     return isNumber && amount >= 0.0 && amount <= MOST_AMOUNT ? "" : "no number from 0 to 1e6: " + text;
 }
 
+/// Hours of a mean, which may not be none.
+static std::string refuseNoLength(const std::string& text) {
+    const std::string fault = refuseNoAmount(text);
+    return fault.empty() && std::strtod(text.c_str(), nullptr) == 0.0 ? "no mean has a length of 0" : fault;
+}
+
 static void addAmounts(CLI::App& command, const std::string& prefix, double& gap, double& threshold) {
     command.add_option("--" + prefix + "gap", gap, "Hours without flow that end an event [6]")
         ->type_name("HOURS")
@@ -164,6 +174,8 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     hot->type_name("FILE")->check(refuseEmpty)->excludes(load);
     addThreads(command, request.threads);
     addStepsOptions(command, request.stats);
+    addFile(command, "--lid-results", request.lidResults,
+            "LID units over time: a database of results, or with .csv at its end a table");
     addCommonOptions(command, request.engines, request.isJson, request.isStrict);
     command.add_flag(
         "--balances", request.hasBalances,
@@ -234,19 +246,45 @@ static std::string refuseNoPicture(const std::string& name) {
     return picture_getForm(name) == PictureForm::NONE ? "a picture ends with .svg, .png or .pdf, not as " + name : "";
 }
 
+/// An option that may be given several times, with one word each.
+static CLI::Option* addWords(CLI::App& command, const char* option, std::vector<std::string>& words, const char* type,
+                             const char* meaning) {
+    return command.add_option(option, words, meaning)->type_name(type)->allow_extra_args(false)->check(refuseEmpty);
+}
+
+static void addSectionOptions(CLI::App& command, PlotRequest& request) {
+    CLI::Option* section = command.add_option(
+        "--section", request.section, "A long section from the node FROM down to the node TO, in place of lines");
+    CLI::Option* model = command.add_option("--model", request.model, "The project file, for the section");
+    section->type_name("NODE")->expected(2)->check(refuseEmpty)->needs(model);
+    model->type_name("FILE")->check(refuseEmpty)->needs(section);
+    addWords(command, "--via", request.via, "ID", "A node that the section leads through; likewise")->needs(section);
+    addWords(command, "--at", request.at, "DATE", "Levels at this date; likewise")->check(refuseNoDate)->needs(section);
+    addEngines(command, request.engines);
+    for (const char* other : {"--object", "--column", "--rain", "--mean", "--curve", "--measured"}) {
+        section->excludes(command.get_option(other));
+    }
+}
+
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
     command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
-    command
-        .add_option("--object", request.objects, "Draw a line for this object, by its ID; may be given several times")
-        ->type_name("ID")
-        ->required()
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
-    command.add_option("--column", request.column, "What the lines show")
-        ->type_name("NAME")
-        ->required()
-        ->check(refuseEmpty);
+    addWords(command, "--object", request.objects, "ID",
+             "Draw lines for this object, by its ID; may be given several times");
+    addWords(command, "--column", request.columns, "NAME",
+             "What the lines show; likewise. Two units share a picture, more have a panel each");
     addWindow(command, request.from, request.to);
+    CLI::Option* rain = command.add_option("--rain", request.rain,
+                                           "Rain hangs from the top: that of all the land, or of this subcatchment");
+    rain->type_name("[ID]")->expected(0, 1);
+    command
+        .add_option("--mean", request.mean,
+                    "Concentrations as means of the last HOURS, weighted by the flow that carries them")
+        ->type_name("HOURS")
+        ->check(refuseNoLength);
+    CLI::Option* curve = command.add_flag("--curve", request.isCurve, "Duration curves in place of lines over time");
+    curve->excludes(rain)->excludes(
+        addWords(command, "--measured", request.measured, "FILE[:COLUMN]", "Points from a CSV file; likewise"));
+    addSectionOptions(command, request);
     command
         .add_option("-o,--output", request.output, "The picture, whose form is that of its name: .svg, .png or .pdf")
         ->type_name("FILE")
@@ -336,7 +374,7 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* stats = app.add_subcommand("stats", "Events, volumes, loads and peaks of flows");
     addStatsOptions(*stats, statsRequest);
     PlotRequest plotRequest{};
-    CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
+    CLI::App* plot = app.add_subcommand("plot", "Draw results over time, as duration curves, or a long section");
     addPlotOptions(*plot, plotRequest);
 
     PageRequest pageRequest;
@@ -364,6 +402,8 @@ static int runCommand(int argumentCount, char** arguments) {
         return stats_execute(statsRequest);
     }
     if (plot->parsed()) {
+        plotRequest.hasRain = plot->count("--rain") > 0;
+        plotRequest.hasMean = plot->count("--mean") > 0;
         return plot_execute(plotRequest);
     }
     if (page->parsed()) {

@@ -190,8 +190,8 @@ PageTable makeTable(const TableWalk& walk) {
         ids.push_back(characters_toUtf8(object));
     }
     pagetables_addTexts(page, "ID", ids);
-    page.object = 0;
     page.objectClass = pagedata_getClass(table.name);
+    page.object = page.objectClass.empty() ? -1 : 0;
     const std::string flow = table.columns[walk.columns.flow].name;
     pagetables_addNumbers(page, "Peak " + (flow == "Outfow" ? "Outflow" : flow), "m3/s",
                           collect(walk, [](const RowSums& sums) { return sums.peak; }));
@@ -311,7 +311,7 @@ PageEnd pageresults_read(const PageRequest& request, const std::string& results,
     for (size_t t = 0; t < file.tables.size(); ++t) {
         walks.push_back(walkTable(file, t, request, run));
         TableWalk& walk = walks.back();
-        if (walk.columns.flow != RESULT_NONE && !pagedata_getClass(file.tables[t].name).empty()) {
+        if (walk.columns.flow != RESULT_NONE && file.tables[t].name != "System") {
             run.tables.push_back(makeTable(walk));
         }
         for (EventWalk& object : walk.events) {

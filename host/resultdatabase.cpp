@@ -284,7 +284,9 @@ void result_openDatabase(ResultFile& file) {
                           sqlite3_errmsg(file.database));
     }
     readGeneralInfo(file);
-    for (ResultTable& table : result_listTables({})) {
+    std::vector<ResultTable> tables = result_listTables({});
+    tables.emplace_back().name = RESULT_LID_UNITS;
+    for (ResultTable& table : tables) {
         readTable(file, table);
         if (!table.objects.empty()) {
             file.tables.push_back(std::move(table));

@@ -84,6 +84,9 @@ std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollu
 }
 
 std::string result_getUnit(const std::string& tableName, const std::string& columnName) {
+    if (tableName == RESULT_LID_UNITS) {  // like those of units in nodes, but for two columns
+        return columnName == "Inflow" ? "m3/s" : columnName == "Volume" ? "m3" : result_getUnit("LID_Mono", columnName);
+    }
     for (const KnownTable& table : getKnownTables()) {
         for (const KnownColumn& column : table.columns) {
             if (!column.isOfPollutants && tableName == table.name && columnName == column.name) {

@@ -176,6 +176,9 @@ std::string result_formatDate(double date);
 
 constexpr int32_t RESULT_VERSION = 21000;
 
+/// The table of LID units on subcatchments (host/lidfile.h); only databases have it, and not those of the engine.
+constexpr const char* RESULT_LID_UNITS = "LID_Unit";
+
 /// The tables with their fixed columns and, for a binary file, the columns of the pollutants.
 std::vector<ResultTable> result_listTables(const std::vector<std::string>& pollutants);
 

@@ -18,6 +18,8 @@
 #include "files.h"
 #include "handle.h"
 #include "interrupt.h"
+#include "lidfile.h"
+#include "lidresults.h"
 #include "lines.h"
 #include "messages.h"
 #include "outcome.h"
@@ -42,6 +44,7 @@ struct Run {
     RunLines lines{};
     Outcome outcome{};
     StatsStepsHandle stats{};  ///< none if they aren't asked for
+    LidResultsHandle lids{};   ///< likewise
     double until = TV_END;     ///< date
     int signal = 0;            ///< that stopped it
 };
@@ -89,14 +92,12 @@ std::string findLostState(const ProjectFiles& files, const RunRequest& request) 
     return {};
 }
 
-/// A file of the run whose place the statistics would take, or that would take theirs on its way.
-std::string findLostFile(const ProjectFiles& files, const RunRequest& request) {
-    const std::string& stats = request.stats.file;
-    for (const std::string& name : {files.model, files.report, files.results, files.database, request.saveState,
-                                    request.loadState, request.hotStart}) {
-        const bool isBoth = !stats.empty() && !name.empty();
-        if (isBoth && (files_isSame(stats, name) || files_isSame(aside_getName(stats), name) ||
-                       files_isSame(stats, aside_getName(name)))) {
+/// A file of the run whose place another one would take, or that would take its place on its way.
+std::string findLostFile(const std::string& file, const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        const bool isBoth = !file.empty() && !name.empty();
+        if (isBoth && (files_isSame(file, name) || files_isSame(aside_getName(file), name) ||
+                       files_isSame(file, aside_getName(name)))) {
             return name;
         }
     }
@@ -110,15 +111,23 @@ std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
     if (holdsOneTwice(names)) {
         return "model, report and results must be three different files";
     }
+    std::vector<std::string> others = names;
     for (const std::string& state : {request.saveState, request.loadState, request.hotStart}) {
         std::vector<std::string> all = names;
         all.push_back(state);
         if (holdsOneTwice(all)) {
             return "the state must be another file than model, report and results: " + state;
         }
+        others.push_back(state);
     }
-    if (const std::string lost = findLostFile(files, request); !lost.empty()) {
+    if (const std::string lost = findLostFile(request.stats.file, others); !lost.empty()) {
         return "the statistics would take the place of " + lost;
+    }
+    others.push_back(request.stats.file);
+    for (const std::string& name : {request.lidResults, lidfile_getJournal(request.lidResults)}) {
+        if (const std::string lost = findLostFile(name, others); !lost.empty()) {
+            return "the results of LID units would take the place of " + lost;
+        }
     }
     return findLostState(files, request);
 }
@@ -178,7 +187,11 @@ void stepToEnd(Run& run) {
         if (run.stats && run.outcome.code == TV_OK) {
             statssteps_add(*run.stats, run.model.get());
         }
+        const int64_t period = clock.period;
         clock = getClock(run);
+        if (run.lids && clock.period > period) {
+            lidresults_add(*run.lids, run.model.get());
+        }
         progress_update(progress, clock.now - first);
         lines_update(run.lines, clock.now - clock.start);
     }
@@ -242,6 +255,16 @@ void writeStats(Run& run) {
     }
 }
 
+/// A run without a step leaves no results.
+void endLidResults(Run& run) {
+    if (run.lids && run.outcome.steps > 0) {
+        if (const std::string failure = lidresults_end(*run.lids); !failure.empty()) {
+            refuse(run, TV_ERROR_FILE, failure);
+        }
+    }
+    run.lids.reset();
+}
+
 /// What can be known to fail is refused ahead of the start, which empties the files of results.
 void start(Run& run) {
     tv_model* model = run.model.get();
@@ -262,11 +285,14 @@ void start(Run& run) {
         note(run, tv_keepLoads(model, 1));
     }
     note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
-    const std::pair<const char*, const std::string*> atTheEnd[] = {{"state", &run.request.saveState},
-                                                                   {"statistics", &run.request.stats.file}};
-    for (const auto& [what, name] : atTheEnd) {
-        if (run.outcome.code == TV_OK && !name->empty()) {
-            note(run, tv_testOutput(model, what, name->c_str()));
+    const std::pair<const char*, std::string> outputs[] = {
+        {"state", run.request.saveState},
+        {"statistics", run.request.stats.file},
+        {"results of LID units", run.request.lidResults},
+        {"journal of LID units", lidfile_getJournal(run.request.lidResults)}};
+    for (const auto& [what, name] : outputs) {
+        if (run.outcome.code == TV_OK && !name.empty()) {
+            note(run, tv_testOutput(model, what, name.c_str()));
         }
     }
     if (run.outcome.code == TV_OK) {
@@ -274,6 +300,13 @@ void start(Run& run) {
     }
     if (run.outcome.code == TV_OK && !run.request.stats.file.empty()) {
         run.stats = statssteps_begin(run.request.stats, run.request.model, model);
+    }
+    if (run.outcome.code == TV_OK && !run.request.lidResults.empty()) {
+        std::string failure;
+        run.lids = lidresults_begin(run.request.lidResults, model, failure);
+        if (!run.lids) {
+            refuse(run, TV_ERROR_FILE, failure);
+        }
     }
 }
 
@@ -290,6 +323,7 @@ void finish(Run& run) {
         note(run, tv_report(model));
     }
     if (hasRun) {
+        endLidResults(run);
         note(run, tv_end(model));
     }
     if (run.outcome.phase != TV_CLOSED) {
@@ -336,11 +370,9 @@ int getStatus(const Run& run) {
 /// The files that there are.
 std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files, const RunRequest& request) {
     std::vector<std::pair<std::string, std::string>> list;
-    const std::pair<const char*, const std::string*> all[] = {{"report", &files.report},
-                                                              {"results", &files.results},
-                                                              {"database", &files.database},
-                                                              {"state", &request.saveState},
-                                                              {"statistics", &request.stats.file}};
+    const std::pair<const char*, const std::string*> all[] = {
+        {"report", &files.report},     {"results", &files.results},         {"database", &files.database},
+        {"state", &request.saveState}, {"statistics", &request.stats.file}, {"lidResults", &request.lidResults}};
     for (const auto& [use, name] : all) {
         if (!name->empty() && files_exists(*name)) {
             list.emplace_back(use, *name);
@@ -354,6 +386,7 @@ void showFiles(const Outcome& outcome) {
         const char* title = use == "report"       ? "Report:"
                             : use == "state"      ? "State:"
                             : use == "statistics" ? "Stats:"
+                            : use == "lidResults" ? "LIDs:"
                                                   : "Results:";
         std::printf("  %-8s %s\n", title, messages_makePrintable(name).c_str());
     }

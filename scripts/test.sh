@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Everything that must pass before a change lands: both builds with all tests, models in threads, the examples as a
-# newcomer starts them, the Python package, the same results from both builds, half a minute of fuzzing, the formatter
-# and the linter. Starts from a bare Debian 12.
+# Everything that must pass before a change lands: the page of a run, both builds with all tests, models in threads, the
+# examples as a newcomer starts them, the Python package, the same results from both builds, half a minute of fuzzing,
+# the formatter and the linter. Starts from a bare Debian 12.
 # The last line counts the tests of both builds.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -46,6 +46,20 @@ test_python() {
     status=${PIPESTATUS[0]}
     good=$(sed -n 's/.*[^0-9]*\b\([0-9][0-9]*\) passed.*/\1/p' "$log" | tail -n 1)
     bad=$(sed -n 's/.*[^0-9]*\b\([0-9][0-9]*\) failed.*/\1/p' "$log" | tail -n 1)
+    rm -f "$log"
+    passed=$((passed + ${good:-0}))
+    failed=$((failed + ${bad:-0}))
+    return "$status"
+}
+
+# The page of a run in a browser, whose tests are counted likewise.
+test_page() {
+    local log status good bad
+    log=$(mktemp)
+    scripts/test-page.sh 2>&1 | tee "$log"
+    status=${PIPESTATUS[0]}
+    good=$(sed -n 's/^[^a-z]*pass \([0-9][0-9]*\)$/\1/p' "$log" | tail -n 1)
+    bad=$(sed -n 's/^[^a-z]*fail \([0-9][0-9]*\)$/\1/p' "$log" | tail -n 1)
     rm -f "$log"
     passed=$((passed + ${good:-0}))
     failed=$((failed + ${bad:-0}))
@@ -117,6 +131,7 @@ run_fuzzers() {
 }
 
 stage "Install what is missing" scripts/install.sh packages-python.txt || { echo "0 passed, 0 failed"; exit 1; }
+stage "The page of a run" test_page
 if stage "Build release with gcc" build release; then
     stage "Tests of the release build" run_tests release
     stage "Examples" run_examples

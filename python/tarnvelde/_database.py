@@ -13,7 +13,7 @@ from numpy.typing import NDArray
 from ._binaryfile import decode_id, seconds_of_days
 from ._dates import from_days
 from ._places import PathLike
-from ._tables import LAYERS, LAYOUT, Column, ResultSource, TableInfo
+from ._tables import DATABASE_LAYOUT, LAYERED, LAYERS, Column, ResultSource, TableInfo
 from .errors import ResultsError
 
 
@@ -72,7 +72,7 @@ class Database(ResultSource):
         found = []
         self._places: Dict[str, Dict[str, int]] = {}  # by table and column
         self._numbers: List[Dict[str, int]] = []
-        for name in LAYOUT:
+        for name in DATABASE_LAYOUT:
             if name not in plain:
                 continue
             ids = ["System"] if name == "System" else self._ids_of(name)
@@ -87,7 +87,7 @@ class Database(ResultSource):
             f"select Name from {table} where Period = ? order by rowid", first[0])]
 
     def _columns_of(self, table: str) -> Tuple[Column, ...]:
-        given = {name: (unit, variable) for name, unit, variable in LAYOUT[table]}
+        given = {name: (unit, variable) for name, unit, variable in DATABASE_LAYOUT[table]}
         found = []
         self._places[table] = {}
         for place, name, *_ in self._rows(f"pragma table_info({table})"):
@@ -95,7 +95,7 @@ class Database(ResultSource):
             if name in given:
                 found.append(Column(name, *given[name]))
             elif name not in ("Name", "Period"):
-                layer = next((layer for layer in LAYERS if table == "LID_Mono" and name.startswith(layer)), "")
+                layer = next((layer for layer in LAYERS if table in LAYERED and name.startswith(layer)), "")
                 variable = LAYERS[layer] if layer else "concentration"
                 found.append(Column(name, "mg/L", variable, name[len(layer):]))
         return tuple(found)

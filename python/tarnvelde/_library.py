@@ -20,7 +20,8 @@ _loaded: Optional[ctypes.CDLL] = None
 
 
 def _candidates() -> Iterator[str]:
-    """Where the library may be: what TARNVELDE_LIBRARY names, beside the package, where the system finds it."""
+    """Where the library may be: what TARNVELDE_LIBRARY names, in the package, in the build folder of a source tree that
+    the package stands in, where the system finds it."""
     named = os.environ.get("TARNVELDE_LIBRARY")
     if named:
         yield named
@@ -30,6 +31,9 @@ def _candidates() -> Iterator[str]:
         own = _FOLDER / "lib" / name
         if own.exists():
             yield str(own)
+    root = _FOLDER.parents[1]
+    if (root / "include" / "tarnvelde_model.h").exists():
+        yield from (str(root / "build" / "release" / name) for name in names)
     found = ctypes.util.find_library("tarnvelde")
     if found:
         yield found
@@ -50,7 +54,7 @@ def library() -> Any:
     """The library, loaded at the first call; its functions take and give what the header says.
 
     The file is the one that the variable of the environment TARNVELDE_LIBRARY names, else that of the package, else
-    that which the system finds. LibraryError if there is none.
+    in a source tree that of its release build, else that which the system finds. LibraryError if there is none.
     """
     global _loaded
     if _loaded is not None:

@@ -16,7 +16,7 @@ UNITS = {"m3/s": "m3 s-1", "mm/h": "mm h-1", "mm/d": "mm day-1", "m/s": "m s-1",
          "mg/L": "mg L-1", "": "1"}
 # Standard names where the conventions have one that fits.
 STANDARD = {"rain": "rainfall_rate"}
-DIMENSIONS = {"subcatchments": "subcatchment", "nodes": "node", "links": "link"}
+DIMENSIONS = {"subcatchments": "subcatchment", "lid_units": "lid_unit", "nodes": "node", "links": "link"}
 
 
 def dataset_of(results: Results) -> Any:
@@ -40,7 +40,7 @@ def dataset_of(results: Results) -> Any:
         if not ids:
             continue
         coordinates[dimension] = (dimension, ids, {"long_name": f"ID of the {dimension}", "cf_role": "timeseries_id"})
-        if word != "subcatchments":
+        if word not in ("subcatchments", "lid_units"):
             kinds = [info.name.lower() for info in tables if info.name in CLASSES[word] for _ in info.ids]
             coordinates[f"{dimension}_kind"] = (dimension, kinds, {"long_name": f"kind of the {dimension}"})
         names: List[Tuple[str, bool]] = list(dict.fromkeys(

@@ -65,6 +65,8 @@ class System(ModelObject):
                                     "step on")
     held_evaporation = Quantity("held_evaporation", "mm/d", Access.FORCING, When.WHEN_STARTED,
                                 "evaporation in place of the project's; from the next runoff step on")
+    runoff_lead = Quantity("runoff_lead", "s", Access.STATE, When.NEVER,
+                           "how far the land, which goes by runoff steps, is ahead of the network")
     rain = Quantity("rain", "mm/h", Access.RESULT, When.NEVER,
                     "rain of the last runoff step, mean over the land")
     evaporation = Quantity("evaporation", "mm/d", Access.RESULT, When.NEVER,
@@ -951,6 +953,8 @@ class LidUnit(ModelObject):
     inflow_share = Quantity("inflow_share", "%", Access.PARAMETER, When.ALWAYS,
                             "share of the runoff of its land that a unit takes; those of a subcatchment make at "
                             "most 100.1 together; from 0 to 100.1")
+    volume = Quantity("volume", "m3", Access.STATE, When.NEVER,
+                      "water stored in all layers, behind the last runoff step")
     surface_depth = Quantity("surface_depth", "m", Access.STATE, When.NEVER,
                              "depth on the surface")
     soil_moisture = Quantity("soil_moisture", "", Access.STATE, When.NEVER,
@@ -969,6 +973,12 @@ class LidUnit(ModelObject):
                                               "concentration in the storage")
     pavement_concentration = PollutantQuantity("pavement_concentration", "mg/L", Access.STATE, When.NEVER,
                                                "concentration in the pavement")
+    inflow = Quantity("inflow", "m3/s", Access.RESULT, When.NEVER,
+                      "rain and runoff that come in, in the last runoff step, as all below")
+    evaporation = Quantity("evaporation", "mm/d", Access.RESULT, When.NEVER,
+                           "evaporation")
+    infiltration = Quantity("infiltration", "mm/h", Access.RESULT, When.NEVER,
+                            "seepage into the ground")
     surface_flow = Quantity("surface_flow", "m3/s", Access.RESULT, When.NEVER,
                             "outflow over the surface")
     drain_flow = Quantity("drain_flow", "m3/s", Access.RESULT, When.NEVER,

@@ -43,13 +43,25 @@ LAYOUT: Dict[str, List[Tuple[str, str, str]]] = {
     "Orifice": [("Flow", "m3/s", "flow")],
 }
 
+_LID_UNIT = [("Inflow", "m3/s", "inflow"), _EVAPORATION, ("Surflow", "m3/s", "surface_flow"),
+             ("Exfil", "mm/h", "infiltration"), ("Drain", "m3/s", "drain_flow"), ("Volume", "m3", "volume"),
+             ("SurDepth", "m", "surface_depth"), ("SoilMoist", "", "soil_moisture"),
+             ("StorDepth", "m", "storage_depth"), ("PaveDepth", "m", "pavement_depth")]
+
+DATABASE_LAYOUT = {**LAYOUT, "LID_Unit": _LID_UNIT}
+"""With what `tarnvelde run --lid-results` writes."""
+
+LAYERED = ("LID_Mono", "LID_Unit")
+"""Tables with the pollutants in each layer."""
+
 LAYERS = {"Sur_": "surface_concentration", "Soil_": "soil_concentration", "Stor_": "storage_concentration",
           "Pave_": "pavement_concentration"}
-"""What stands ahead of a pollutant in the columns of LID_Mono."""
+"""What stands ahead of a pollutant in the columns of these."""
 
 CLASSES = {
     "system": ["System"],
     "subcatchments": ["Subcatchment"],
+    "lid_units": ["LID_Unit"],
     "nodes": ["Junction", "Tank", "Outfall", "Splitter", "Reactor", "LID_Mono"],
     "links": ["Pipe", "Pump", "Connection", "Conduit", "Weir", "Orifice"],
 }

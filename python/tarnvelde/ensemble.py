@@ -10,7 +10,7 @@ from __future__ import annotations
 
 import os
 from pathlib import Path
-from typing import Any, Dict, List, Mapping, Optional, Sequence, Tuple
+from typing import Any, Callable, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 import pandas as pd
 
@@ -19,8 +19,9 @@ from .ensemble_backends import Keeper, run_pool, run_serial, usable_cores
 from .ensemble_catalogue import Catalogue, Lock, make_folder
 from .ensemble_members import Task, check_options, make_tasks, read_table
 from .ensemble_progress import Progress, ProgressChoice
-from .ensemble_worker import Outcome, read_outcome, read_totals
+from .ensemble_worker import Outcome, log_of, read_outcome, read_totals
 from .errors import UnknownError, ValueRefused
+from .events import event_totals, events
 from .results import Results, open_results
 
 BACKENDS = ("processes", "serial", "dask", "slurm")
@@ -69,6 +70,11 @@ class Ensemble:
         import json
 
         return list(json.loads(self._find(name, "messages")))
+
+    def log(self, name: str) -> str:
+        """How a member ended, what the engine said of it, and what its process printed meanwhile. KeyError."""
+        return log_of(self._find(name, "outcome"), self._find(name, "message"), self.messages(name),
+                      self._find(name, "printed"))
 
     def _find(self, name: str, column: str) -> Any:
         with Catalogue(self.folder, False) as catalogue:
@@ -160,6 +166,30 @@ class Ensemble:
         frame.attrs.update(attributes)
         return frame
 
+    def events(self, objects: Union[None, str, Iterable[str]] = None, **how: Any) -> pd.DataFrame:
+        """Events of flow, as of tarnvelde.events and with its arguments, of all members that are done: by member and
+        number of the event."""
+        return self._gather(events, ["member", "event"], objects, how)
+
+    def event_totals(self, objects: Union[None, str, Iterable[str]] = None, **how: Any) -> pd.DataFrame:
+        """Sums over the events, as of tarnvelde.event_totals and with its arguments, of all members that are done: by
+        (member, table, object)."""
+        return self._gather(event_totals, ["member", "table", "object"], objects, how)
+
+    def _gather(self, ask: Callable[..., pd.DataFrame], names: List[str], objects: Union[None, str, Iterable[str]],
+                how: Mapping[str, Any]) -> pd.DataFrame:
+        frames = {}
+        wanted = objects if objects is None or isinstance(objects, str) else list(objects)
+        for name in self.done:
+            with self.results(name) as results:
+                frames[name] = ask(results, wanted, **how)
+        if not frames:
+            return pd.DataFrame(index=pd.MultiIndex.from_tuples([], names=names))
+        full = {name: frame for name, frame in frames.items() if len(frame)} or frames
+        frame = pd.concat(full, names=names)
+        frame.attrs["units"] = next(iter(frames.values())).attrs["units"]
+        return frame
+
     def to_zarr(self, path: PathLike, *, members: Optional[Sequence[str]] = None,
                 variables: Optional[Sequence[str]] = None) -> None:
         """Writes results of all members that are done, or of these, as one dataset (member, time, object) in a folder
@@ -246,7 +276,8 @@ def ensemble(project: Any, members: Any, *, out: PathLike, backend: str = "proce
 
     out: the folder. out/catalogue.db lists the members, out/members/NAME has what each of them leaves: model.bin (or
     model.db with results="database"), model.rpt and model.sti if `keep` has "report" and "state" beside "results",
-    model.inp where the text was changed, totals.json, log.txt and outcome.json.
+    model.inp where the text was changed, outcome.json with the totals of the run, and log.txt where it failed or
+    printed something.
 
     backend: "processes" on this machine, as many at once as `jobs`, or as cores can be used; "serial" in this process;
     "dask" with a distributed.Client as `client`; "slurm" as array jobs, `slurm` being options of sbatch as {"time":

@@ -10,13 +10,12 @@ import tempfile
 import threading
 import time
 from collections import deque
-from pathlib import Path
 from typing import Deque, Dict, List, Optional, Sequence, Tuple
 
 from .ensemble_catalogue import Catalogue
 from .ensemble_members import Task
 from .ensemble_progress import Progress
-from .ensemble_worker import Outcome, finish, new_outcome, run_member, write_log
+from .ensemble_worker import Outcome, finish, new_outcome, run_member
 from .errors import RunError
 
 _BATCH_SECONDS = 1.0  # between two writings of the catalogue
@@ -72,8 +71,9 @@ def kill_member(task: Task, message: str, seconds: float = 0.0, printed: str = "
     outcome = new_outcome(task, "killed", message)
     outcome["seconds"] = seconds
     try:
+        os.makedirs(task["folder"], exist_ok=True)
+        outcome["printed"] = printed
         finish(task, outcome)
-        write_log(Path(task["folder"]), outcome, printed)
     except OSError:  # a full disk: the catalogue has it, and going on does the member again
         pass
     return outcome
@@ -100,7 +100,7 @@ def start_words(code: str) -> List[str]:
 class _Process:
     """A process that runs members that it is handed, in their order."""
 
-    def __init__(self, number: int, arrivals: queue.Queue[Tuple[_Process, str]]) -> None:
+    def __init__(self, number: int, arrivals: queue.SimpleQueue[Tuple[_Process, str]]) -> None:
         self.number = number
         self.assigned: Deque[Task] = deque()  # the first of which runs
         self.begun = time.monotonic()  # the first one
@@ -115,7 +115,7 @@ class _Process:
         self._thread = threading.Thread(target=self._listen, args=(arrivals,), daemon=True)
         self._thread.start()
 
-    def _listen(self, arrivals: queue.Queue[Tuple[_Process, str]]) -> None:
+    def _listen(self, arrivals: queue.SimpleQueue[Tuple[_Process, str]]) -> None:
         assert self.popen.stdout is not None
         try:
             for line in self.popen.stdout:
@@ -124,14 +124,15 @@ class _Process:
             pass
         arrivals.put((self, ""))
 
-    def send(self, task: Task) -> None:
-        """Hands a member over. One that can't be sent any more is lost with the process, which is seen soon."""
+    def send(self, tasks: Sequence[Task]) -> None:
+        """Hands members over, all at once: each time the process wakes up to listen. Those that can't be sent any more
+        are lost with the process, which is seen soon."""
         if not self.assigned:
             self.begun = time.monotonic()
-        self.assigned.append(task)
+        self.assigned.extend(tasks)
         assert self.popen.stdin is not None
         try:
-            self.popen.stdin.write(json.dumps(task) + "\n")
+            self.popen.stdin.write("".join(json.dumps(task) + "\n" for task in tasks))
             self.popen.stdin.flush()
         except OSError:
             pass
@@ -182,7 +183,7 @@ class _Pool:
         self._lost: Dict[str, str] = {}  # how processes of members were lost
         self._jobs = min(jobs, len(tasks))
         self._keeper = keeper
-        self._arrivals: queue.Queue[Tuple[_Process, str]] = queue.Queue()
+        self._arrivals: queue.SimpleQueue[Tuple[_Process, str]] = queue.SimpleQueue()
         self._processes: List[_Process] = []
         self._failed_starts = 0
         self._ended = 0
@@ -216,18 +217,24 @@ class _Pool:
 
     def _hand_out(self) -> None:
         # Behind a short run others wait at its process already; a long one would keep them from an idle process.
-        depth = 1
-        if self._ended:
-            depth += min(_MOST_AHEAD, int(_AHEAD_SECONDS * self._ended / max(self._seconds, 1e-9)))
-        for level in range(depth):
-            for process in self._processes:
-                if self._waiting and process.is_ready and len(process.assigned) == level:
-                    task = self._waiting.popleft()
-                    process.send(task)
-                    self._keeper.begin(task["name"])
         ready = [process for process in self._processes if process.is_ready]
+        for process in sorted(ready, key=lambda one: len(one.assigned)):
+            # A share of what is left alone, so that all processes end together.
+            depth = min(self._depth(), 1 + len(self._waiting) // (2 * self._jobs))
+            if self._waiting and len(process.assigned) <= depth // 2:
+                count = min(depth - len(process.assigned), len(self._waiting))
+                tasks = [self._waiting.popleft() for _ in range(count)]
+                process.send(tasks)
+                for task in tasks:
+                    self._keeper.begin(task["name"])
         if not self._waiting and self._alone and ready and not any(process.assigned for process in self._processes):
-            ready[0].send(self._alone.popleft())
+            ready[0].send([self._alone.popleft()])
+
+    def _depth(self) -> int:
+        """How many members a process is given at once."""
+        if not self._ended:
+            return 1
+        return 1 + min(_MOST_AHEAD, int(_AHEAD_SECONDS * self._ended / max(self._seconds, 1e-9)))
 
     def _arrive(self, process: _Process, line: str) -> None:
         if not line:

@@ -25,7 +25,8 @@ _TABLES = """
 create table if not exists settings (name text primary key, value text);
 create table if not exists members (
     name text primary key, position integer, row text, hash text, outcome text, code integer, message text,
-    messages text, seconds real, run_seconds real, place text);
+    messages text, seconds real, run_seconds real, place text,
+    printed text);
 """
 
 
@@ -139,7 +140,8 @@ class Catalogue:
                 [(task["name"], number, json.dumps(table.rows[task["name"]]), task["hash"])
                  for number, task in enumerate(tasks)])
             connection.execute("update members set outcome = 'waiting', code = 0, message = '', messages = '[]', "
-                               "seconds = 0, run_seconds = 0, place = '' where position is not null")
+                               "seconds = 0, run_seconds = 0, place = '', printed = '' "
+                               "where position is not null")
         self.write(known.values(), ())
 
     def write(self, outcomes: Iterable[Outcome], begun: Iterable[str]) -> None:
@@ -148,9 +150,10 @@ class Catalogue:
             connection.executemany("update members set outcome = 'running' where name = ?", [(name,) for name in begun])
             connection.executemany(
                 "update members set outcome = ?, code = ?, message = ?, messages = ?, seconds = ?, run_seconds = ?, "
-                "place = ? where name = ?",
+                "place = ?, printed = ? where name = ?",
                 [(found["outcome"], found["code"], found["message"], json.dumps(found["messages"]), found["seconds"],
-                  found.get("run_seconds", 0.0), found["place"], found["name"]) for found in outcomes])
+                  found.get("run_seconds", 0.0), found["place"], found["printed"], found["name"])
+                 for found in outcomes])
 
     def end(self) -> None:
         """Nothing runs any more."""

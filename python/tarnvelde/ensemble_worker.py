@@ -1,7 +1,9 @@
 """Runs one member of an ensemble: in this process, or as the process that a pool hands members to, line by line.
 
-A member's folder has what was kept of its run, totals.json, log.txt, and outcome.json, which is put in place last: a
-folder without it, or with that of another hash, holds nothing that is believed.
+A member's folder has what was kept of its run, and outcome.json, which is written last and has the totals of the run; a
+log.txt where it failed or printed something. A folder without outcome.json, with a part of it, or with that of another
+hash, holds nothing that is believed.
+A run may take milliseconds, and a file that is made a good part of one: there are no more of them than are needed.
 """
 from __future__ import annotations
 
@@ -31,10 +33,10 @@ from .model import Model
 Outcome = Dict[str, Any]
 """How a member ended, as outcome.json has it: name, hash, outcome ("done", "failed", "killed", or "suspect" of one
 whose process was lost and that is to be tried on its own), code, message, messages, seconds in all, run_seconds in the
-engine, place: the machine, files with their sizes."""
+engine, place: the machine, files with their sizes, printed: what the process printed meanwhile."""
 
 _LOOK_SECONDS = 1.0  # between two looks at whether a run is still wanted
-OUTCOME, BEGUN, TOTALS, LOG = "outcome.json", "begun.json", "totals.json", "log.txt"
+OUTCOME, BEGUN, LOG = "outcome.json", "begun.json", "log.txt"
 
 
 class _TimeUp(TarnveldeError):
@@ -60,17 +62,16 @@ def run_member(task: Mapping[str, Any], printed: Optional[Callable[[], str]] = N
     folder = Path(task["folder"])
     begin = time.perf_counter()
     outcome = new_outcome(task, "failed")
-    trace = ""
+    trace = totals = ""
     try:
         _clear(folder)
         if "token" in task:
-            _write(folder / BEGUN, {"token": task["token"]})
+            _write(f"{folder}/{BEGUN}", json.dumps({"token": task["token"]}))
         run, failure = _simulate(task, folder)
         outcome["messages"] = [plain_message(message) for message in run.messages]
         outcome["run_seconds"] = run.wall_time
         writing = time.perf_counter()
-        with open(folder / TOTALS, "w", encoding="utf-8") as file:
-            file.write(json.dumps(run.totals))
+        totals = json.dumps(run.totals)
         outcome["run_seconds"] += time.perf_counter() - writing
         if failure is None:
             outcome["outcome"] = "done"
@@ -89,8 +90,8 @@ def run_member(task: Mapping[str, Any], printed: Optional[Callable[[], str]] = N
         trace = traceback.format_exc()
     outcome["seconds"] = time.perf_counter() - begin
     try:
-        write_log(folder, outcome, (printed() if printed is not None else "") + trace)
-        finish(task, outcome)
+        outcome["printed"] = (printed() if printed is not None else "") + trace
+        finish(task, outcome, totals)
     except OSError as error:
         outcome.update(outcome="failed", message=outcome["message"] or f"{type(error).__name__}: {error}")
     return outcome
@@ -99,21 +100,23 @@ def run_member(task: Mapping[str, Any], printed: Optional[Callable[[], str]] = N
 def new_outcome(task: Mapping[str, Any], kind: str, message: str = "") -> Outcome:
     """An outcome as a run begins."""
     return {"name": task["name"], "hash": task["hash"], "outcome": kind, "code": 0, "message": message, "messages": [],
-            "seconds": 0.0, "run_seconds": 0.0, "place": platform.node(), "token": task.get("token", ""), "files": {}}
+            "seconds": 0.0, "run_seconds": 0.0, "place": platform.node(), "token": task.get("token", ""), "files": {},
+            "printed": ""}
 
 
-def finish(task: Mapping[str, Any], outcome: Outcome) -> None:
-    """Puts outcome.json in place, which counts from then on."""
-    folder = Path(task["folder"])
-    folder.mkdir(parents=True, exist_ok=True)
-    for name in (*kept_files(task).values(), TOTALS):
+def finish(task: Mapping[str, Any], outcome: Outcome, totals: str = "") -> None:
+    """Writes log.txt, if there is something to tell, and outcome.json, which counts as soon as it is whole. totals: of
+    the run, as JSON. FileNotFoundError without the folder."""
+    folder = task["folder"]
+    _write_log(folder, outcome)
+    for name in kept_files(task).values():
         try:
             outcome["files"][name] = os.stat(f"{folder}/{name}").st_size
         except FileNotFoundError:
             pass
-    _write(folder / OUTCOME, outcome)
+    _write(f"{folder}/{OUTCOME}", json.dumps({**outcome, "totals": None})[:-len("null}")] + (totals or "null") + "}")
     if "token" in task:
-        (folder / BEGUN).unlink(missing_ok=True)
+        Path(folder, BEGUN).unlink(missing_ok=True)
 
 
 def kept_files(task: Mapping[str, Any]) -> Dict[str, str]:
@@ -137,7 +140,10 @@ def read_outcome(folder: Path, fingerprint: str) -> Optional[Outcome]:
         for name, size in found["files"].items():
             if found["outcome"] == "done" and os.stat(folder / name).st_size != size:
                 return None
-        [found[word] for word in ("name", "code", "message", "messages", "seconds", "place")]
+        totals = found.pop("totals")
+        if found["outcome"] == "done" and not totals["totals"]:
+            return None
+        [found[word] for word in ("name", "code", "message", "messages", "seconds", "place", "printed")]
         return dict(found)
     except (OSError, ValueError, KeyError, TypeError, AttributeError):
         return None
@@ -166,25 +172,32 @@ def _clear(folder: Path) -> None:
     except FileExistsError:
         names = set(os.listdir(folder))
     for name in sorted(names & {OUTCOME, BEGUN}) + sorted(names - {OUTCOME, BEGUN}):
-        if name == LOG or name.startswith(("model.", TOTALS, OUTCOME, BEGUN)):
+        if name == LOG or name.startswith(("model.", OUTCOME, BEGUN)):
             os.unlink(folder / name)
 
 
-def _write(path: Path, value: Any) -> None:
-    """Writes JSON aside, and puts it in place when it is whole."""
-    aside = f"{path}.part"
-    with open(aside, "w", encoding="utf-8") as file:
-        file.write(json.dumps(value))
-    os.replace(aside, path)
+def _write(path: str, text: str) -> None:
+    """Writes a file at once: past the layers of an open one, each of which takes its time."""
+    rest = memoryview(text.encode("utf-8", "backslashreplace"))
+    file = os.open(path, os.O_WRONLY | os.O_CREAT | os.O_TRUNC | getattr(os, "O_BINARY", 0), 0o666)
+    try:
+        while rest:
+            rest = rest[os.write(file, rest):]
+    finally:
+        os.close(file)
 
 
-def write_log(folder: Path, outcome: Outcome, printed: str) -> None:
-    """Writes log.txt: how a member ended, what the engine said, what was printed."""
-    lines = [outcome["outcome"] + (f": {outcome['message']}" if outcome["message"] else "")]
-    for message in outcome["messages"]:
-        lines.append(f"{message['level']}: {message['place']}")
-    with open(f"{folder}/{LOG}", "w", encoding="utf-8", errors="backslashreplace") as file:
-        file.write("\n".join(lines) + "\n" + printed)
+def log_of(kind: str, message: str, messages: List[Dict[str, Any]], printed: str) -> str:
+    """The log of a member: how it ended, what the engine said, what was printed."""
+    lines = [kind + (f": {message}" if message else "")]
+    lines += [f"{one['level']}: {one['place']}" for one in messages]
+    return "\n".join(lines) + "\n" + printed
+
+
+def _write_log(folder: str, outcome: Outcome) -> None:
+    """Writes log.txt, of a member of which there is more to tell than how it ended and what the engine said."""
+    if outcome["outcome"] != "done" or outcome["printed"]:
+        _write(f"{folder}/{LOG}", log_of(*(outcome[word] for word in ("outcome", "message", "messages", "printed"))))
 
 
 # --- its run ---------------------------------------------------------------------------------------------------------
@@ -331,10 +344,10 @@ def _plain_rows(rows: List[Dict[str, Any]], columns: List[str]) -> Dict[str, Any
 def read_totals(folder: Path) -> Dict[str, Any]:
     """Totals of a member that is done: frames by word, with "balance" and "causes" among them. ResultsError if they
     are gone or damaged."""
-    path = folder / TOTALS
+    path = folder / OUTCOME
     try:
         with open(path, encoding="utf-8") as file:
-            return _frames_of_totals(json.load(file))
+            return _frames_of_totals(json.load(file)["totals"])
     except FileNotFoundError:
         raise ResultsError(f"there is no {path} any more: delete {folder}, and the next call runs the member again"
                            ) from None

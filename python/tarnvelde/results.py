@@ -17,7 +17,7 @@ from ._tables import CLASSES, Column, ResultSource
 from .errors import ResultsError, UnknownError
 
 _OBJECT_CLASSES = {"system": ObjectClass.SYSTEM, "subcatchments": ObjectClass.SUBCATCHMENT,
-                   "nodes": ObjectClass.NODE, "links": ObjectClass.LINK}
+                   "lid_units": ObjectClass.LID_UNIT, "nodes": ObjectClass.NODE, "links": ObjectClass.LINK}
 
 
 class _Part(NamedTuple):
@@ -38,6 +38,7 @@ class Results:
         results.system["rain"]              the whole model: a frame, time x variable
         results.tables["Pipe"]["Outfow"]    as the tables and columns of the files are called
         results.object("N4")                all columns of one object
+        results.lid_units["drain_flow"]     of a file of `tarnvelde run --lid-results`, which has nothing else
 
     Units stand in `.attrs["unit"]` of a frame. Values have single precision in memory and in the binary file, six
     decimals in the database; frames hold them in double precision, so that sums don't lose more. What a file doesn't
@@ -47,6 +48,7 @@ class Results:
         self._source = source
         self._index: Optional[pd.Index] = None
         self.subcatchments = ClassResults(self, "subcatchments")
+        self.lid_units = ClassResults(self, "lid_units")
         self.nodes = ClassResults(self, "nodes")
         self.links = ClassResults(self, "links")
         self.tables: Mapping[str, TableResults] = {

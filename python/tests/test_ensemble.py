@@ -162,7 +162,7 @@ def test_done_is_believed_only_where_all_is_there(town, tmp_path, harm):
     elif harm == "cut":
         os.truncate(folder / "model.bin", 100)
     elif harm == "gone":
-        (folder / "totals.json").unlink()
+        outcome["totals"] = None
     elif harm == "no word":
         outcome["outcome"] = "well"
     elif harm == "other name":
@@ -201,7 +201,7 @@ def test_what_is_kept(town, tmp_path):
         out = tmp_path / ("".join(keep) + results)
         made = ensemble(town, SCAN[:1], out=out, backend="serial", keep=keep, results=results)
         found = {path.name for path in made.member_folder("low").iterdir()}
-        assert found - {"model.db.run"} == names | {"totals.json", "log.txt", "outcome.json"}
+        assert found - {"model.db.run"} == names | {"outcome.json"}
         assert len(made.totals("nodes")) == 3
         if "results" in keep:
             assert len(made.results("low").times) == 24
@@ -441,15 +441,14 @@ def test_a_call_that_was_stopped_is_gone_on_with(tmp_path, backend, number):
 def test_what_is_printed_in_a_process_goes_to_the_log(town, tmp_path, monkeypatch, capfd):
     (tmp_path / "modules").mkdir()
     (tmp_path / "modules" / "sitecustomize.py").write_text(
-        "import os, builtins\nfirst = builtins.open\n"
-        "def tell(path, *words, **options):\n"
-        "    if str(path).endswith('totals.json'):\n        print('heard'); os.write(1, b'low\\n')\n"
-        "    return first(path, *words, **options)\nbuiltins.open = tell\n")
+        "import os, platform\nfirst = platform.node\n"
+        "def tell():\n    print('heard'); os.write(1, b'low\\n')\n    return first()\nplatform.node = tell\n")
     monkeypatch.setenv("PYTHONPATH", str(tmp_path / "modules"))
     made = ensemble(town, SCAN, out=tmp_path / "out", jobs=1)
     assert made.done == list(SCAN.index)
     for name in SCAN.index:
-        log = (made.member_folder(name) / "log.txt").read_text()
+        log = made.log(name)
+        assert log == (made.member_folder(name) / "log.txt").read_text() and log.startswith("done\n")
         assert log.count("heard\n") == 1 and log.count("low\n") == 1
     assert capfd.readouterr() == ("", "")
 
@@ -484,7 +483,7 @@ def test_numbers_keep_their_bits_on_the_way_through_json(tmp_path, monkeypatch):
             "[CONNECTIONS]\nC A B NO 60\n")
     with tv.Model.from_text(text) as model:
         plain = ensemble_worker.plain_totals(model, 5, True)
-    (tmp_path / "totals.json").write_text(json.dumps(plain, allow_nan=False))
+    (tmp_path / "outcome.json").write_text(json.dumps({"totals": plain}, allow_nan=False))
     back = ensemble_worker.read_totals(tmp_path)
     assert back["nodes"].to_numpy().tobytes() == values.tobytes() and back["nodes"].attrs["units"] == {"x": "m"}
     pd.testing.assert_frame_equal(back["balance"], pd.DataFrame([row]))

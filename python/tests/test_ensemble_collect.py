@@ -9,6 +9,7 @@ import pandas as pd
 import pytest
 from ensembles import make_town
 
+import tarnvelde as tv
 from tarnvelde.ensemble import ensemble
 from tarnvelde.errors import ResultsError
 
@@ -157,7 +158,7 @@ def test_parquet_gets_a_row_for_each_member_time_and_object(made, tmp_path, monk
 
 @pytest.mark.parametrize("damage", [None, b"", b"{", b"[]", b"null", b'{"totals": 5}', b"\xff"])
 def test_totals_that_are_gone_or_damaged_are_said(made, damage):
-    path = made.folder / "members" / "a" / "totals.json"
+    path = made.folder / "members" / "a" / "outcome.json"
     path.unlink() if damage is None else path.write_bytes(damage)
     for ask in (made.totals, made.balance):
         with pytest.raises(ResultsError, match="delete .*members.a, and the next call runs the member again"):
@@ -166,3 +167,28 @@ def test_totals_that_are_gone_or_damaged_are_said(made, damage):
 
 def test_one_object_is_asked_for_without_a_list(made):
     assert made.frame("nodes", "inflow", "WORKS").equals(made.frame("nodes", "inflow", ["WORKS"]))
+
+
+def test_events_of_all_members(made):
+    peaks = sorted(made.frame("nodes", "inflow", ["WORKS"]).max())
+    threshold = (peaks[0] + peaks[1]) / 2.0  # two members come above it
+    single = made.events("WORKS", threshold=threshold, gap="1h")
+    sums = made.event_totals("WORKS", threshold=threshold, gap="1h")
+    assert single.index.names == ["member", "event"] and sums.index.names == ["member", "table", "object"]
+    assert list(sums.index.get_level_values("member")) == made.done and sums.attrs["units"]["volume"] == "m3"
+    for name in made.done:
+        with made.results(name) as results:
+            own = tv.events(results, "WORKS", threshold=threshold, gap="1h")
+        assert sums.loc[name, "events"].tolist() == [len(own)]
+        assert sums.loc[name, "volume"].tolist() == [own["volume"].sum()]
+        if len(own):
+            pd.testing.assert_frame_equal(single.loc[name], own, check_names=False)
+    assert single.index.get_level_values("member").nunique() == 2
+    with pytest.raises(KeyError, match="NOWHERE"):
+        made.events("NOWHERE")
+
+
+def test_events_of_no_member(tmp_path):
+    table = pd.DataFrame({"orifice/GATE/orifice_coefficient": [-1.0]})
+    made = ensemble(make_town(tmp_path / "town"), table, out=tmp_path / "out", backend="serial")
+    assert made.events().empty and made.event_totals("WORKS").empty

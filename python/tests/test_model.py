@@ -3,6 +3,7 @@ import copy
 import gc
 import os
 import pickle
+import shutil
 import subprocess
 import sys
 import threading
@@ -519,6 +520,26 @@ def test_library_that_is_not_there_is_said(tmp_path):
     foreign = tmp_path / "libforeign.so"
     subprocess.run(["cc", "-shared", "-o", foreign, "-x", "c", "-"], input="int nothing;", text=True, check=True)
     assert "older than this package: it has no tv_" in load(foreign).stderr
+
+
+def test_library_of_a_source_tree_is_found_without_a_word(tmp_path):
+    (tmp_path / "python").mkdir()
+    shutil.copytree(ROOT / "python" / "tarnvelde", tmp_path / "python" / "tarnvelde",
+                    ignore=shutil.ignore_patterns("lib", "__pycache__"))
+    shutil.copytree(ROOT / "include", tmp_path / "include")
+    (tmp_path / "build" / "release").mkdir(parents=True)
+    environment = {**os.environ, "PYTHONPATH": str(tmp_path / "python")}
+    environment.pop("TARNVELDE_LIBRARY", None)
+
+    def load():
+        return subprocess.run([sys.executable, "-c", "import tarnvelde; print(tarnvelde.version())"],
+                              capture_output=True, text=True, env=environment)
+
+    own = tmp_path / "build" / "release" / "libtarnvelde.so"
+    if "LibraryError" in load().stderr:  # else one is installed on this machine
+        assert str(own) in load().stderr
+    shutil.copy(os.environ["TARNVELDE_LIBRARY"], own)
+    assert load().stdout.strip() == tv.version()
 
 
 def test_run_after_one_that_was_kept_in_memory_calls_nobody(first_storm, tmp_path):

@@ -9,6 +9,7 @@ import subprocess
 import numpy as np
 import pandas as pd
 import pytest
+from conftest import BUILD
 
 import tarnvelde as tv
 
@@ -254,3 +255,28 @@ def test_missing_xarray_is_said(first_storm, monkeypatch):
     monkeypatch.setitem(sys.modules, "xarray", None)
     with pytest.raises(ImportError, match="python3-xarray"):
         run.to_xarray()
+
+
+def test_lid_units_of_a_file_of_their_own(example, tmp_path):
+    """Inflow of a report period, times its length, adds up to the total that a model of one's own has."""
+    project, units = example("green-street"), tmp_path / "units.db"
+    subprocess.run([BUILD / "tarnvelde", "run", project, "--lid-results", units, "--quiet"], check=True)
+    with tv.Model(project, tell_warnings=False) as model:
+        model.start()
+        model.run_until()
+        names = ["BC/CELL", "RG/GARDEN", "GR/ROOF", "IT/TRENCH", "PP/PAVING", "RB/BARREL", "VS/DITCH"]
+        owners = [model.lid_units[k] for k in range(len(names))]
+        totals = {name: (unit.inflow_depth * unit.area / 1000.0, unit.drain_outflow_depth * unit.area / 1000.0)
+                  for name, unit in zip(names, owners)}
+        volumes = [unit.volume for unit in owners]
+    with tv.open_results(units) as results:
+        assert results.lid_units.ids == list(totals)
+        for name, (inflow, drain) in totals.items():
+            assert results.lid_units["inflow"][name].sum() * 600.0 == pytest.approx(inflow, rel=1e-6)
+            assert results.lid_units["drain_flow"][name].sum() * 600.0 == pytest.approx(drain, rel=1e-6)
+        assert results.lid_units["volume"].iloc[-1].tolist() == pytest.approx(volumes, rel=1e-6)
+        assert results.lid_units["evaporation"].attrs["unit"] == "mm/d"
+        assert results.lid_units["soil_concentration", "TSS"]["BC/CELL"].max() > 1.0
+        assert results.system["storage"].iloc[-1] == pytest.approx(sum(volumes), rel=1e-6)
+        assert results.to_xarray()["lid_unit_inflow"].dims == ("time", "lid_unit")
+        assert results.nodes.ids == []

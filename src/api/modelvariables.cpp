@@ -14,6 +14,7 @@
 #include "hydrology/evap.h"
 #include "hydrology/landuse.h"
 #include "hydrology/lidgroup.h"
+#include "hydrology/lidrates.h"
 #include "links/connection.h"
 #include "links/link.h"
 #include "links/orifice.h"

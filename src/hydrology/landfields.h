@@ -104,6 +104,9 @@ void lidunit_walkWater(V& v, LidUnit& unit) {
     v.state(NAMED(unit.thisSurfaceFlow));
     v.state(NAMED(unit.lastDrainFlow));
     v.state(NAMED(unit.thisDrainFlow));
+    v.state(NAMED(unit.inflowRate));
+    v.state(NAMED(unit.evapRate));
+    v.state(NAMED(unit.infilRate));
     v.total(NAMED(unit.inflowDepth));
     v.total(NAMED(unit.evapDepth));
     v.total(NAMED(unit.infilDepth));

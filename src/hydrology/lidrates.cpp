@@ -447,19 +447,38 @@ LidStates lidrates_ofBarrel(LidStep& s, const LidStates& state) {
 
 // --- vegetative swale ----------------------------------------------------------------------------------------------
 
+/// The trapezoid of a channel, which is never narrower than so much.
+struct SwaleShape {
+    double width;   ///< m, at the full depth
+    double bottom;  ///< m
+    double slope;   ///< run per rise
+};
+
+[[gnu::always_inline]] static inline SwaleShape getSwaleShape(const Lid& lid, const LidUnit& unit) {
+    SwaleShape shape;
+    shape.width = std::max(unit.fullWidth, MIN_SWALE_WIDTH);
+    shape.slope = lid.sideSlope;
+    shape.bottom = shape.width - 2.0 * shape.slope * lid.surfaceDepth;
+    if (shape.bottom < MIN_SWALE_WIDTH) {
+        shape.bottom = MIN_SWALE_WIDTH;
+        shape.slope = (shape.width - MIN_SWALE_WIDTH) * 0.5 / lid.surfaceDepth;
+    }
+    return shape;
+}
+
+/// Section of the water at a depth, m2.
+[[gnu::always_inline]] static inline double getSwaleSection(const Lid& lid, const SwaleShape& shape, double depth) {
+    return (shape.slope * depth + shape.bottom) * depth * lid.surfaceVoid;
+}
+
 LidStates lidrates_ofSwale(LidStep& s, const LidStates& state) {
     const Lid& lid = *s.lid;
     const double area = s.unit->area;
     const double full = lid.surfaceDepth;
     const double depth = std::min(state[STATE_SURFACE], full);
-    const double width = std::max(s.unit->fullWidth, MIN_SWALE_WIDTH);
-    double slope = lid.sideSlope;
-    double bottom = width - 2.0 * slope * full;
-    if (bottom < MIN_SWALE_WIDTH) {
-        bottom = MIN_SWALE_WIDTH;
-        slope = (width - MIN_SWALE_WIDTH) * 0.5 / full;
-    }
-    const double section = (slope * depth + bottom) * depth * lid.surfaceVoid;  // m2
+    const SwaleShape shape = getSwaleShape(lid, *s.unit);
+    const double width = shape.width, bottom = shape.bottom, slope = shape.slope;
+    const double section = getSwaleSection(lid, shape, depth);
     const double surfaceArea = (2.0 * slope * depth + bottom) * (area / width);
     const double volume = section * (area / width);
 
@@ -481,4 +500,20 @@ LidStates lidrates_ofSwale(LidStep& s, const LidStates& state) {
     s.surfaceOutflow = out / area;
     s.surfaceVolume = volume / area;
     return {getLevelRate(net / surfaceArea, lid.surfaceVoid), 0.0, 0.0, 0.0};
+}
+
+// --- volume --------------------------------------------------------------------------------------------------------
+
+double lidrates_getVolume(const Lid& lid, const LidUnit& unit) {
+    switch (lid.type) {
+        case LID_RB: return unit.storageLevel;
+        case LID_VS: {
+            const SwaleShape shape = getSwaleShape(lid, unit);
+            const double depth = std::min(unit.surfaceLevel, lid.surfaceDepth);
+            return getSwaleSection(lid, shape, depth) * (unit.area / shape.width) / unit.area;
+        }
+        default:
+            return unit.pavementLevel * lid.pavementVoid + unit.surfaceLevel * lid.surfaceVoid +
+                   unit.soilMoisture * lid.soilDepth + unit.storageLevel * lid.storageVoid;
+    }
 }

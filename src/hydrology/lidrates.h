@@ -48,6 +48,9 @@ struct LidStep {
 [[nodiscard]] LidStates lidrates_ofBarrel(LidStep& step, const LidStates& state);
 [[nodiscard]] LidStates lidrates_ofSwale(LidStep& step, const LidStates& state);
 
+/// Water in all layers of a unit at its levels, per area, m.
+[[nodiscard]] double lidrates_getVolume(const Lid& lid, const LidUnit& unit);
+
 /// Outflow over the berm at a level (m), m/s.
 [[nodiscard]] double lidrates_getSurfaceOutflow(const LidStep& step, double level);
 

@@ -97,6 +97,9 @@ static bool isAsBefore(Model& model, int32_t index, LidUnit& old) {
     old.thisSurfaceFlow = old.lastSurfaceFlow;
     old.thisDrainFlow = old.lastDrainFlow;
     old.dryTime = unit.dryTime;
+    old.inflowRate = unit.inflowRate;  // rates are told and no more: a step sets them, whatever they were
+    old.evapRate = unit.evapRate;
+    old.infilRate = unit.infilRate;
     const size_t size = static_cast<size_t>(lidunit_getSumCount(model)) * sizeof(double);
     return std::memcmp(reinterpret_cast<const char*>(&unit), reinterpret_cast<const char*>(&old), sizeof unit) == 0 &&
            lidunit_areMassesSteady(model, unit) &&
@@ -370,5 +373,6 @@ LidOutflow lidrest_step(Model& model, int32_t index, int32_t hour, double dt) {
         case LID_DRYING: out.evap = dry(model, index, hour, dt); break;
         default: unit.dryTime += dt; break;
     }
+    unit.evapRate = out.evap;  // the other rates have been 0 since the unit came to this pace
     return out;
 }

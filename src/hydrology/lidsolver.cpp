@@ -128,10 +128,13 @@ static void spillAboveBerm(LidStep& s, double& level) {
 /// Adds the step to the water balance of its unit.
 [[gnu::always_inline]] static inline void addBalance(const LidStep& s, const LidOutflow& out) {
     LidUnit& unit = *s.unit;
+    unit.inflowRate = s.inflow;
+    unit.infilRate = out.infil;
+    // Summed in another order than the rate that leaves the step, which can make another last bit.
+    unit.evapRate = s.pavementEvap + s.surfaceEvap + s.soilEvap + s.storageEvap;
     unit.inflowDepth += s.dt * s.inflow;
     unit.infilDepth += out.infil * s.dt;
-    // Summed in another order than the rate of the step, which can make another last bit.
-    unit.evapDepth += (s.pavementEvap + s.surfaceEvap + s.soilEvap + s.storageEvap) * s.dt;
+    unit.evapDepth += unit.evapRate * s.dt;
     unit.surfaceOutDepth += out.surface * s.dt;
     unit.drainDepth += out.drain * s.dt;
     // The water at the last pass, which for an explicit step is that at its start.

@@ -145,6 +145,7 @@ static void initLevels(LidUnit& unit, const Lid& lid, double matVoid) {
 void lidunit_initState(LidUnit& unit, const Lid& lid, double matVoid) {
     initLevels(unit, lid, matVoid);
     unit.inflowDepth = unit.evapDepth = unit.infilDepth = unit.surfaceOutDepth = unit.drainDepth = 0.0;
+    unit.inflowRate = unit.evapRate = unit.infilRate = 0.0;
     unit.lastSurfaceFlow = unit.thisSurfaceFlow = unit.lastDrainFlow = unit.thisDrainFlow = 0.0;
     unit.surfaceChange = unit.soilChange = unit.storageChange = unit.pavementChange = 0.0;
 }

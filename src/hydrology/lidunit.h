@@ -42,6 +42,9 @@ struct LidUnit {
     double thisSurfaceFlow;    ///< m3/s, over the surface; of a node with what passes around the unit
     double lastDrainFlow;      ///< m3/s
     double thisDrainFlow;      ///< m3/s, through the underdrain
+    double inflowRate;         ///< m/s, rain and runon in the last step, as the balance counts them; so the two below
+    double evapRate;           ///< m/s
+    double infilRate;          ///< m/s
     double inflowDepth;        ///< m, of the run
     double evapDepth;          ///< m
     double infilDepth;         ///< m

@@ -184,6 +184,29 @@ TEST(Aside, AFullDiskLeavesTheOldFileWhole) {
     EXPECT_EQ(aside_write(name, std::string(20000, 'x')), "");
 }
 
+TEST(Aside, AFileThatGrowsTakesItsPlaceAtTheEnd) {
+    const TempFolder folder;
+    const std::string name = folder.write("a.csv", "old");
+    std::string failure;
+    {
+        const AsideHandle file = aside_begin(name, failure);
+        ASSERT_EQ(failure, "");
+        EXPECT_EQ(aside_append(*file, "first,"), "");
+        EXPECT_EQ(readFile(name + ".part"), "first,");
+        EXPECT_EQ(aside_begin(name, failure), nullptr);
+        EXPECT_THAT(failure, HasSubstr("a.csv.part is in the way: another program is writing it"));
+    }
+    EXPECT_THAT(folder.list(), ElementsAre("a.csv")) << "what isn't ended goes";
+    EXPECT_EQ(readFile(name), "old");
+    const AsideHandle file = aside_begin(name, failure);
+    EXPECT_EQ(aside_append(*file, "first,"), "");
+    EXPECT_EQ(aside_append(*file, "second"), "");
+    EXPECT_EQ(readFile(name), "old");
+    EXPECT_EQ(aside_end(*file), "");
+    EXPECT_EQ(readFile(name), "first,second");
+    EXPECT_THAT(folder.list(), ElementsAre("a.csv"));
+}
+
 TEST(Aside, ANameOfAnyLengthHasRoomForTheEnding) {
     TempFolder folder;
     const std::string name = folder.file(std::string(251, 'a') + ".svg");

@@ -46,6 +46,7 @@ TEST_P(Refusals, EndInAMessageAndAStatus) {
                    : argument == "DB"    ? database
                    : argument == "MODEL" ? model
                    : argument == "SVG"   ? folder.file("a.svg")
+                   : argument == "CSV"   ? folder.write("a.csv", "Date,Flow (m3/s)\n2021-03-01 0:02,0.4\n")
                                          : argument;
     }
     const ProcessResult whole = runRefused(work, arguments, 0, false);
@@ -80,7 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"run", "MODEL", "--database"},
                     std::vector<std::string>{"results", "BIN", "--csv"},
                     std::vector<std::string>{"results", "DB", "--summary", "--json"},
-                    std::vector<std::string>{"plot", "BIN", "--object", "J1", "--column", "TotInflow", "-o", "SVG"}),
+                    std::vector<std::string>{"plot", "BIN", "--object", "J1", "--column", "TotInflow", "-o", "SVG"},
+                    std::vector<std::string>{"plot", "BIN", "--object", "J1", "--column", "TotInflow", "--column",
+                                             "NH4-N", "--mean", "0.02", "--rain", "--measured", "CSV", "-o", "SVG"}),
     [](const testing::TestParamInfo<std::vector<std::string>>& arguments) {
         std::string name;
         for (const std::string& word : arguments.param) {
