@@ -218,9 +218,9 @@ struct Block {
     size_t count = 0;
 
     LayoutPoint take() {
-        const auto column = static_cast<double>(count % columns), row = static_cast<double>(count / columns);
+        const size_t column = count % columns, row = count / columns;
         ++count;
-        return {left + column * columnWidth, top - row * rowHeight};
+        return {left + static_cast<double>(column) * columnWidth, top - static_cast<double>(row) * rowHeight};
     }
 };
 

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
+#include <vector>
 
 #include "aside.h"
 #include "characters.h"
@@ -41,9 +43,27 @@ bool isResults(const std::string& name) {
            (count == sizeof head && std::memcmp(head, DATABASE_MARK, sizeof head) == 0);
 }
 
+/// Whether the page may take the place of what stands there: of nothing, or of an earlier page. A project that isn't
+/// run can't be asked which files it reads.
+bool isFreeForPage(const std::string& name) {
+    static constexpr std::string_view MARK = "id=\"tarnvelde-data\"";
+    if (!files_exists(name)) {
+        return true;
+    }
+    std::ifstream stream(name, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    return bytes.empty() || bytes.find(MARK) != std::string::npos;
+}
+
 /// A file that the page would take the place of, or that would be lost on its way; empty if there is none.
 std::string findLostFile(const PageRequest& request) {
-    for (const std::string& input : {request.input, request.compare, request.model, request.templateFile}) {
+    std::vector<std::string> inputs{request.input, request.compare, request.model, request.templateFile};
+    for (const std::string& results : {request.input, request.compare}) {
+        for (const char* beside : {".run", "-journal", "-wal"}) {  // the identity of a run, and parts of a database
+            inputs.push_back(results.empty() ? "" : results + beside);
+        }
+    }
+    for (const std::string& input : inputs) {
         if (!input.empty() &&
             (files_isSame(input, request.output) || files_isSame(input, aside_getName(request.output)))) {
             return input;
@@ -106,10 +126,12 @@ int work(const PageRequest& request, std::string page) {
     const auto most = static_cast<uint64_t>(request.dataLimit * BYTES_PER_MB / static_cast<double>(inputs.size()));
     std::vector<PageRun> runs;
     int status = EXIT_DONE;
+    bool isTested = true;
     for (const std::string& input : inputs) {
         PageRun run{};
         const PageEnd end = readInput(request, input, most, run);
         status = status == EXIT_DONE ? end.status : status;
+        isTested = isTested && end.isTested;
         if (!end.hasPage) {
             return status;
         }
@@ -117,6 +139,9 @@ int work(const PageRequest& request, std::string page) {
         if (interrupt_get() != 0) {
             break;
         }
+    }
+    if (!isTested && !isFreeForPage(request.output)) {
+        throw ResultError(request.output + " is there and is no page; it stays, since the project may read it");
     }
     const int written = writePage(request, std::move(page), runs);
     return status == EXIT_DONE ? written : status;

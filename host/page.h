@@ -29,8 +29,9 @@ int page_execute(const PageRequest& request);
 
 /// What became of an input.
 struct PageEnd {
-    int status = 0;       ///< exit status
-    bool hasPage = true;  ///< there is something to show
+    int status = 0;         ///< exit status
+    bool hasPage = true;    ///< there is something to show
+    bool isTested = false;  ///< the page is none of the files that the project reads
 };
 
 /// Runs a project. Its series take `most` bytes of the page at most. What goes wrong is told on standard error, and by

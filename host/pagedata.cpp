@@ -262,7 +262,8 @@ std::string formatObjects(const PageSeries& series) {
 }
 
 std::string formatRun(const PageRun& run) {
-    const bool hasSystem = !run.series.tables.empty() && run.series.tables[0].objectCount > 0;
+    const bool hasSystem =
+        !run.series.tables.empty() && run.series.tables[0].name == "System" && run.series.tables[0].objectCount > 0;
     std::string json = '{' + textMember("name", run.name) + ',' + textMember("source", run.source) + ",\n";
     json += member("description", makeArray(run.description, pagedata_quote)) + ",\n";
     json += member("facts", makeArray(run.facts,
@@ -305,7 +306,12 @@ std::string pagedata_getClass(const std::string& table) {
             return "nodes";
         }
     }
-    return table == "Subcatchment" ? "areas" : table == "System" ? "" : "links";
+    for (const char* link : {"Pipe", "Pump", "Connection", "Conduit", "Weir", "Orifice"}) {
+        if (table == link) {
+            return "links";
+        }
+    }
+    return table == "Subcatchment" ? "areas" : "";
 }
 
 std::string pagedata_write(const std::string& title, const std::vector<PageRun>& runs) {

@@ -88,7 +88,7 @@ struct PageRun {
 /// A name of the project in UTF-8, quoted.
 [[nodiscard]] std::string pagedata_quote(const std::string& name);
 
-/// Class of the objects of a table of results: "nodes", "links", "areas", or empty for the system.
+/// Class of the objects of a table of results: "nodes", "links", "areas", or empty for others.
 [[nodiscard]] std::string pagedata_getClass(const std::string& table);
 
 /// The data of a page: JSON that can stand in HTML, and an element for each object of the series.

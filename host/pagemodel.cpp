@@ -295,7 +295,8 @@ PageEnd pagemodel_run(const PageRequest& request, const std::string& model, uint
     tell(work, model);
     PageEnd end;
     end.status = work.code != TV_OK ? EXIT_ENGINE_ERROR : work.signal != 0 ? EXIT_SIGNAL + work.signal : EXIT_DONE;
-    end.hasPage = phase != TV_CLOSED && (work.code == TV_OK || !work.isStarted || work.stats);
+    end.isTested = work.stats != nullptr;
+    end.hasPage = phase != TV_CLOSED && (!work.isStarted || end.isTested);
     if (work.signal != 0 && work.steps == 0) {
         end.hasPage = false;
     }

@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <unordered_map>
+#include <utility>
 
 #include "characters.h"
 #include "modelview.h"
@@ -152,6 +154,28 @@ void place(PageNetwork& network, const tv_model* model) {
     }
 }
 
+/// Links between the same two nodes would hide each other: those without bends of their own get one, to both sides of
+/// the straight line.
+void spreadParallels(PageNetwork& network) {
+    constexpr double BEND = 0.1;  ///< of the length, from one to the next
+    std::map<std::pair<int32_t, int32_t>, std::vector<size_t>> byEnds;
+    for (size_t k = 0; k < network.links.size(); ++k) {
+        const PageLink& link = network.links[k];
+        if (link.points.empty() && link.from >= 0 && link.to >= 0) {
+            byEnds[std::minmax(link.from, link.to)].push_back(k);
+        }
+    }
+    for (const auto& [ends, links] : byEnds) {
+        const PageNode &a = network.nodes[static_cast<size_t>(ends.first)],
+                       &b = network.nodes[static_cast<size_t>(ends.second)];
+        for (size_t k = 0; k < links.size() && links.size() > 1; ++k) {
+            const double side = BEND * (static_cast<double>(k) - static_cast<double>(links.size() - 1) / 2.0);
+            network.links[links[k]].points = {
+                {(a.x + b.x) / 2.0 - (b.y - a.y) * side, (a.y + b.y) / 2.0 + (b.x - a.x) * side}};
+        }
+    }
+}
+
 /// A figure of up to three classes, by their variables; null for a class that has none of it.
 struct Measure {
     const char *key, *title, *unit;
@@ -192,6 +216,7 @@ PageNetwork pagenetwork_read(const tv_model* model, const std::string& project, 
     readLinks(network, model, listShapes(map.links));
     readAreas(network, model, listShapes(map.areas));
     place(network, model);
+    spreadParallels(network);
     return network;
 }
 

@@ -49,7 +49,7 @@ struct EventWalk {
 RowColumns findColumns(const ResultTable& table) {
     RowColumns columns;
     columns.flow = pageseries_findLeading({table.name, table.columns, {}});
-    if (table.columns[columns.flow].unit != "m3/s") {
+    if (columns.flow >= table.columns.size() || table.columns[columns.flow].unit != "m3/s") {
         columns.flow = RESULT_NONE;
     }
     columns.flood = result_findColumnOf(table, "Flood");
@@ -190,8 +190,8 @@ PageTable makeTable(const TableWalk& walk) {
         ids.push_back(characters_toUtf8(object));
     }
     pagetables_addTexts(page, "ID", ids);
-    page.object = 0;
     page.objectClass = pagedata_getClass(table.name);
+    page.object = page.objectClass.empty() ? -1 : 0;
     const std::string flow = table.columns[walk.columns.flow].name;
     pagetables_addNumbers(page, "Peak " + (flow == "Outfow" ? "Outflow" : flow), "m3/s",
                           collect(walk, [](const RowSums& sums) { return sums.peak; }));
@@ -297,7 +297,7 @@ PageEnd pageresults_read(const PageRequest& request, const std::string& results,
     run.firstReport = file.startDate + file.reportStep / SECONDS_PER_DAY;
     run.end = file.startDate + static_cast<double>(file.periods) * file.reportStep / SECONDS_PER_DAY;
     if (!request.model.empty() && !readNetwork(request, run)) {
-        return {EXIT_ENGINE_ERROR, false};
+        return {EXIT_ENGINE_ERROR, false, false};
     }
     addFacts(run, file);
     std::vector<PageSeriesTable> tables;
@@ -311,7 +311,7 @@ PageEnd pageresults_read(const PageRequest& request, const std::string& results,
     for (size_t t = 0; t < file.tables.size(); ++t) {
         walks.push_back(walkTable(file, t, request, run));
         TableWalk& walk = walks.back();
-        if (walk.columns.flow != RESULT_NONE && !pagedata_getClass(file.tables[t].name).empty()) {
+        if (walk.columns.flow != RESULT_NONE && file.tables[t].name != "System") {
             run.tables.push_back(makeTable(walk));
         }
         for (EventWalk& object : walk.events) {
@@ -325,5 +325,5 @@ PageEnd pageresults_read(const PageRequest& request, const std::string& results,
         addMeasures(run.network, walks);
     }
     run.note = run.series.note;
-    return {};
+    return {EXIT_DONE, true, request.model.empty()};
 }

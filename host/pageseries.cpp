@@ -89,8 +89,8 @@ PageSeriesPlan makePlan(const std::vector<PageSeriesTable>& tables, int64_t coun
 std::string describe(const PageSeries& series) {
     std::string note;
     if (series.plan.isThinned) {
-        note = "Lines show the least and the greatest value of each " + std::to_string(series.plan.length / 2) +
-               "th part of the " + std::to_string(series.count) + " reports.";
+        note = "Lines show the least and the greatest value in each of " + std::to_string(series.plan.length / 2) +
+               " parts of the " + std::to_string(series.count) + " reports.";
     }
     if (series.plan.isLeadingOnly) {
         note += note.empty() ? "" : " ";

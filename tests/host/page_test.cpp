@@ -183,6 +183,14 @@ TEST_F(Page, CoordinatesOfTheProjectAreTaken) {
               "[('J1', 'junction', 300, 20), ('O1', 'outfall', 100, 10)]");
 }
 
+TEST_F(Page, LinksBetweenTheSameNodesAreSeenApart) {
+    write({getExample("storm-tank")});
+    // Between LIFT at (565430, 5702180) and BASIN 40 m to the west bends are 4 m apart. Seen from LIFT, the first of the
+    // two nodes, the first link lies to the right, which is the north.
+    EXPECT_EQ(ask("[(l['id'], l.get('points')) for l in run['network']['links'][:3]]"),
+              "[('THROTTLE', [565410, 5702184]), ('PUMP_1', [565410, 5702180]), ('PUMP_2', [565410, 5702176])]");
+}
+
 TEST_F(Page, TheDescriptionAndTheTitleAreTheProjects) {
     const std::string model =
         folder.write("town.inp", std::string("A town\n// a comment\n[DESCRIPTION]\nin the hills\n") + GOOD_PROJECT);
@@ -360,6 +368,7 @@ TEST_F(Page, NoInputIsLost) {
         {"report", part, "-o", folder.file("x.html")},
         {"report", part, "--compare", model, "-o", model},
         {"report", model, "-o", frame},
+        {"report", part, "-o", part + ".run"},
     };
     for (std::vector<std::string> attempt : attempts) {
         attempt.insert(attempt.end(), {"--template", frame});
@@ -383,6 +392,27 @@ TEST_F(Page, AFileThatTheProjectReadsIsKept) {
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err, HasSubstr("ERROR 301"));
     EXPECT_EQ(readFile(series), before);
+}
+
+TEST_F(Page, OfAProjectThatIsNotRunAPageTakesNothingsPlace) {
+    const std::string bad = folder.write("bad.inp", std::string(BAD_PROJECT) + "[TIMESERIES]\nS FILE series.dat\n");
+    const std::string series = folder.write("series.dat", "2024/01/01 0:00 0\n"), before = readFile(series);
+    const std::string good = folder.write("good.inp", GOOD_PROJECT);
+    ASSERT_EQ(runProgram({"run", good, "--quiet"}).status, 0);
+    const std::string results = folder.file("good.bin");
+    for (const std::vector<std::string>& attempt :
+         {std::vector<std::string>{bad}, {results, "--model", good}, {good, "--compare", bad}}) {
+        std::vector<std::string> arguments{"report"};
+        arguments.insert(arguments.end(), attempt.begin(), attempt.end());
+        arguments.insert(arguments.end(), {"--template", frame, "-o", series});
+        const ProcessResult result = runProgram(arguments);
+        EXPECT_EQ(result.status, 1) << attempt[0];
+        EXPECT_THAT(result.err, HasSubstr("series.dat is there and is no page; it stays"));
+        EXPECT_EQ(readFile(series), before);
+    }
+    write({good});
+    write({bad}, 1);  // an earlier page makes room
+    EXPECT_EQ(ask("run['name']"), "bad.inp");
 }
 
 TEST_F(Page, NamesCanDoNoHarm) {
