@@ -148,11 +148,12 @@ std::string drawLines(const PlotPicture& picture, const PlotPanel& panel) {
                 const std::string file = "'line" + std::to_string(k) + ".dat' using 1:";
                 const std::string data = hasNumber(line) ? file + '2' : "NaN";  // a legend that lacks no line
                 const std::string axes = isRight ? " axes x1y2" : "";
-                script += (script.empty() ? "" : ", ") + data + axes + makeStyle(line, place, isRight) + " title " +
-                          plotscript_quote(line.title);
+                script.append(script.empty() ? "" : ", ").append(data).append(axes);
+                script.append(makeStyle(line, place, isRight)).append(" title ").append(plotscript_quote(line.title));
                 if (!isMeasured && line.series.values.size() > 1 && plotseries_hasLonePoint(line.series)) {
-                    script += ", " + file + '3' + axes + " with points pointtype 7 pointsize 0.5 linecolor rgb '" +
-                              plotscript_getColour(place) + "' notitle";
+                    script.append(", ").append(file).append("3").append(axes);
+                    script.append(" with points pointtype 7 pointsize 0.5 linecolor rgb '");
+                    script.append(plotscript_getColour(place)).append("' notitle");
                 }
                 ++place;
             }
@@ -206,7 +207,8 @@ double getLegendHeight(const PlotPicture& picture, const PlotPanel& panel) {
         titles += axis.lines.size();
     }
     const size_t columns = countLegendColumns(picture, panel);
-    return LEGEND_ROW * static_cast<double>((titles + columns - 1) / columns);
+    const size_t rows = (titles + columns - 1) / columns;
+    return LEGEND_ROW * static_cast<double>(rows);
 }
 
 double getPanelHeight(const PlotPicture& picture, const PlotPanel& panel) {

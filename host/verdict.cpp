@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <new>
 
 #include "messages.h"
 
@@ -66,7 +67,11 @@ static HostVerdict readRow(const tv_model* model, int32_t row) {
 std::vector<HostVerdict> verdict_read(tv_model* model) {
     std::vector<HostVerdict> verdicts;
     int32_t count = 0;
-    if (tv_judge(model, &count) == TV_OK) {
+    const int32_t code = tv_judge(model, &count);
+    if (code == TV_ERROR_MEMORY) {
+        throw std::bad_alloc();  // a run isn't told without its verdict
+    }
+    if (code == TV_OK) {
         for (int32_t row = 0; row < count; ++row) {
             verdicts.push_back(readRow(model, row));
         }

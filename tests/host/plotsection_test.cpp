@@ -9,7 +9,6 @@
 #include "host/resultsfixture.h"
 #include "host/svglabels.h"
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
