@@ -1,7 +1,8 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
-//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
-//                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch D]
+//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F] [--database-with LIST]] [--until D]
+//                             [--save-state F] [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch
+//                             D]
 //                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--strict] [--quiet]
 //                             [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--scratch D] [--strict] [--json]
@@ -103,6 +104,10 @@ static void settleFlags(const CLI::App& command, RunRequest& request) {
     }
 }
 
+static std::string refuseNoDatabasePart(const std::string& part) {
+    return run_getDatabaseFlag(part) != 0 ? "" : "a database comes with index, units, dates or full, not with " + part;
+}
+
 /// Hours, or a flow: a finite number that isn't negative.
 static std::string refuseNoAmount(const std::string& text) {
     double amount = 0.0;
@@ -138,6 +143,14 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_flag(
         "--database", request.database,
         "Results go to a SQLite database: MODEL.db beside the model, or with --database=FILE to that file");
+    command
+        .add_option("--database-with", request.databaseParts,
+                    "What the database holds beyond its tables, with commas between: index, units, dates, full")
+        ->type_name("LIST")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->check(refuseNoDatabasePart)
+        ->needs("--database");
     command.add_option("--until", request.until, "Stop at this date, as 2024/06/18 or '2024/06/18 6:30'")
         ->type_name("DATE")
         ->check(refuseNoDate);

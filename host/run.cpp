@@ -261,6 +261,11 @@ void start(Run& run) {
     if (run.request.hasBalances) {
         note(run, tv_keepLoads(model, 1));
     }
+    int32_t form = 0;
+    for (const std::string& part : run.request.databaseParts) {
+        form |= run_getDatabaseFlag(part);
+    }
+    note(run, tv_setDatabaseForm(model, form));
     note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
     const std::pair<const char*, const std::string*> atTheEnd[] = {{"state", &run.request.saveState},
                                                                    {"statistics", &run.request.stats.file}};
@@ -417,6 +422,19 @@ LineForm chooseForm(const RunRequest& request) {
 }
 
 }  // namespace
+
+int32_t run_getDatabaseFlag(const std::string& part) {
+    static constexpr std::pair<const char*, int32_t> FLAGS[] = {{"index", TV_DATABASE_INDEX},
+                                                                {"units", TV_DATABASE_UNITS},
+                                                                {"dates", TV_DATABASE_DATES},
+                                                                {"full", TV_DATABASE_FULL}};
+    for (const auto& [name, flag] : FLAGS) {
+        if (part == name) {
+            return flag;
+        }
+    }
+    return 0;
+}
 
 int run_execute(const RunRequest& request) {
     const auto begin = steady_clock::now();
