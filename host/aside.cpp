@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "files.h"
 
@@ -35,13 +36,6 @@ struct Descriptor {
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
-
-    /// False, with errno, if what was written turns out not to be there.
-    [[nodiscard]] bool close() {
-        const int closed = number;
-        number = -1;
-        return ::close(closed) == 0;
-    }
 };
 
 /// Where a name leads that is a link; the file may still be missing there.
@@ -81,29 +75,11 @@ bool isOnlyHere(int file, const std::string& name) {
            open.st_dev == named.st_dev && open.st_ino == named.st_ino;
 }
 
-bool writeAll(int file, const std::string& bytes) {
-    for (size_t at = 0; at < bytes.size();) {
-        const ssize_t written = write(file, bytes.data() + at, bytes.size() - at);
-        if (written < 0 && errno != EINTR) {
-            return false;
-        }
-        at += written > 0 ? static_cast<size_t>(written) : 0;
-    }
-    return true;
-}
-
 /// The new name of a file is on the disk once its folder is. Where folders can't be brought there, they need not.
 bool syncFolder(const fs::path& target) {
     const fs::path folder = target.parent_path();
     const Descriptor opened(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return opened.number < 0 || fsync(opened.number) == 0 || errno == EINVAL || errno == ENOTSUP;
-}
-
-/// Writes into the open file aside and gives it the target's name. False with errno.
-bool fillAndMove(Descriptor& file, const std::string& aside, const fs::path& target, const std::string& bytes) {
-    return ftruncate(file.number, 0) == 0 && writeAll(file.number, bytes) &&
-           fchmod(file.number, getMode(target.string())) == 0 && fsync(file.number) == 0 && file.close() &&
-           std::rename(aside.c_str(), target.c_str()) == 0;
 }
 
 }  // namespace
@@ -112,36 +88,89 @@ std::string aside_getName(const std::string& name) {
     return addEnding(followLinks(name)).string();
 }
 
-std::string aside_write(const std::string& name, const std::string& bytes) {
-    const fs::path target = followLinks(name);
-    const std::string aside = addEnding(target).string();
-    const std::string failure = "cannot write " + name + ": ";
+AsideFile::~AsideFile() {
+    if (descriptor >= 0) {
+        ::close(descriptor);
+        unlink(aside.c_str());
+    }
+    if (lock >= 0) {
+        ::close(lock);
+    }
+}
+
+static std::string describe(const std::string& name, int reason) {
+    return "cannot write " + name + ": " + std::strerror(reason);
+}
+
+/// What stands where the file would; an empty text for nothing that keeps it away.
+static std::string findObstacle(const std::string& name, const fs::path& target) {
     std::error_code error;
     if (fs::is_symlink(target, error)) {
-        return failure + std::strerror(ELOOP);
+        return describe(name, ELOOP);
     }
     if (files_exists(name) && !files_isRegular(name)) {
-        return failure + "it is no file";
+        return "cannot write " + name + ": it is no file";
     }
-    if (files_exists(name) && access(name.c_str(), W_OK) != 0) {
-        return failure + std::strerror(errno);
+    return files_exists(name) && access(name.c_str(), W_OK) != 0 ? describe(name, errno) : "";
+}
+
+std::string aside_begin(AsideFile& file, const std::string& name) {
+    const fs::path target = followLinks(name);
+    file.name = name;
+    file.target = target.string();
+    file.aside = addEnding(target).string();
+    const std::string failure = "cannot write " + name + ": ";
+    if (std::string obstacle = findObstacle(name, target); !obstacle.empty()) {
+        return obstacle;
     }
     constexpr int FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;  // no link, no waiting at a pipe
-    Descriptor file(open(aside.c_str(), FLAGS, 0600));
-    if (file.number < 0) {
+    Descriptor opened(open(file.aside.c_str(), FLAGS, 0600));
+    if (opened.number < 0) {
         const int reason = errno;
-        return failure + (files_exists(aside) ? aside + " is in the way: " : "") + std::strerror(reason);
+        return failure + (files_exists(file.aside) ? file.aside + " is in the way: " : "") + std::strerror(reason);
     }
     // The second descriptor holds the lock until the file has its name; closing the first one tells of a full disk.
-    const Descriptor lock(fcntl(file.number, F_DUPFD_CLOEXEC, 0));
-    const bool isTaken = lock.number >= 0 && flock(lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (isTaken || !isOnlyHere(file.number, aside)) {
-        return failure + aside + " is in the way" + (isTaken ? ": another program is writing it" : "");
+    file.lock = fcntl(opened.number, F_DUPFD_CLOEXEC, 0);
+    const bool isTaken = file.lock >= 0 && flock(file.lock, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (isTaken || !isOnlyHere(opened.number, file.aside)) {
+        return failure + file.aside + " is in the way" + (isTaken ? ": another program is writing it" : "");
     }
-    if (!fillAndMove(file, aside, target, bytes)) {
+    file.descriptor = std::exchange(opened.number, -1);
+    return ftruncate(file.descriptor, 0) == 0 ? "" : describe(name, errno);
+}
+
+std::string aside_writeAt(AsideFile& file, uint64_t place, const void* bytes, size_t size) {
+    const auto* at = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = pwrite(file.descriptor, at, size, static_cast<off_t>(place));
+        if (written < 0 && errno != EINTR) {
+            return describe(file.name, errno);
+        }
+        const size_t done = written > 0 ? static_cast<size_t>(written) : 0;
+        at += done;
+        place += done;
+        size -= done;
+    }
+    return {};
+}
+
+std::string aside_settle(AsideFile& file) {
+    bool isDone = fchmod(file.descriptor, getMode(file.target)) == 0 && fsync(file.descriptor) == 0;
+    isDone = isDone && ::close(std::exchange(file.descriptor, -1)) == 0;
+    isDone = isDone && std::rename(file.aside.c_str(), file.target.c_str()) == 0;
+    if (!isDone) {
         const int reason = errno;
-        unlink(aside.c_str());
-        return failure + std::strerror(reason);
+        unlink(file.aside.c_str());
+        return describe(file.name, reason);
     }
-    return syncFolder(target) ? std::string() : failure + std::strerror(errno);
+    return syncFolder(file.target) ? std::string() : describe(file.name, errno);
+}
+
+std::string aside_write(const std::string& name, const std::string& bytes) {
+    AsideFile file;
+    std::string failure = aside_begin(file, name);
+    if (failure.empty()) {
+        failure = aside_writeAt(file, 0, bytes.data(), bytes.size());
+    }
+    return failure.empty() ? aside_settle(file) : failure;
 }

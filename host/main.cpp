@@ -7,7 +7,7 @@
 //                             [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--scratch D] [--strict] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
-//                            [--csv | --json] | --recover
+//                            [--csv | --json] | --recover | --by-object -o F
 //     tarnvelde stats FILE [--object O ...] [--table T ...] [--column C] [--gap H] [--threshold Q] [--from D] [--to D]
 //                          [--events] [--curve] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
@@ -187,7 +187,9 @@ static void addForms(CLI::App& command, SeriesForm& form) {
 }
 
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
+        ->required()
+        ->check(refuseEmpty);
     command.add_option("--object", request.objects, "Show this object, by its ID; may be given several times")
         ->type_name("ID")
         ->allow_extra_args(false)
@@ -206,10 +208,22 @@ static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     addForms(command, request.form);
     command.add_flag("--recover", request.isRecovery,
                      "Close a binary file whose run was killed behind its last whole report");
+    CLI::Option* byObject =
+        command.add_flag("--by-object", request.isByObject,
+                         "Make a file of the same results object by object, of which one series is read at once");
+    CLI::Option* output = command.add_option("-o,--output", request.output, "The file by object, as town.tvo");
+    output->type_name("FILE")->check(refuseEmpty)->needs(byObject);
+    byObject->needs(output);
+    for (const char* other :
+         {"--object", "--table", "--column", "--from", "--to", "--summary", "--csv", "--json", "--recover"}) {
+        byObject->excludes(command.get_option(other));
+    }
 }
 
 static void addStatsOptions(CLI::App& command, StatsRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
+        ->required()
+        ->check(refuseEmpty);
     command.add_option("--object", request.objects, "This object, by its ID; may be given several times")
         ->type_name("ID")
         ->allow_extra_args(false)
@@ -235,7 +249,9 @@ static std::string refuseNoPicture(const std::string& name) {
 }
 
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
+        ->required()
+        ->check(refuseEmpty);
     command
         .add_option("--object", request.objects, "Draw a line for this object, by its ID; may be given several times")
         ->type_name("ID")
