@@ -5,21 +5,16 @@
 #include "byobject.h"
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <limits>
 #include <vector>
 
 #include "aside.h"
-#include "characters.h"
 #include "files.h"
 #include "resultfile.h"
 #include "results.h"
 #include "runidentity.h"
-#include "status.h"
 
 namespace {
 
@@ -327,10 +322,6 @@ void writeDates(Target& target) {
     }
 }
 
-void tell(const ResultError& error) {
-    std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(error.what()).c_str());
-}
-
 }  // namespace
 
 std::string byobject_findConflict(const std::string& source, const std::string& target) {
@@ -342,13 +333,10 @@ std::string byobject_findConflict(const std::string& source, const std::string& 
     return {};
 }
 
-void byobject_write(const std::string& source, const std::string& target) {
-    ResultFile results;
-    result_open(results, source);
+void byobject_write(const ResultFile& results, const std::string& target) {
     if (results.kind == ResultKind::BY_OBJECT) {
-        throw ResultError(source + " is by object already");
+        throw ResultError(results.name + " is by object already");
     }
-    results_tellCut(results);
     Target made{results};
     if (const std::string failure = aside_begin(made.file, target); !failure.empty()) {
         throw ResultError(failure);
@@ -364,18 +352,4 @@ void byobject_write(const std::string& source, const std::string& target) {
     if (const std::string failure = aside_settle(made.file); !failure.empty()) {
         throw ResultError(failure);
     }
-}
-
-int byobject_execute(const std::string& source, const std::string& target) {
-    if (const std::string conflict = byobject_findConflict(source, target); !conflict.empty()) {
-        std::fprintf(stderr, "tarnvelde: %s\n", conflict.c_str());
-        return EXIT_WRONG_USAGE;
-    }
-    try {
-        byobject_write(source, target);
-    } catch (const ResultError& error) {
-        tell(error);
-        return EXIT_ENGINE_ERROR;
-    }
-    return EXIT_DONE;
 }

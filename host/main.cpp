@@ -1,6 +1,7 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
-//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F] [--database-with LIST]] [--until D]
+//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F] [--database-with LIST]]
+//                             [--by-object[=F]] [--until D]
 //                             [--save-state F] [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch
 //                             D]
 //                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--strict] [--quiet]
@@ -99,6 +100,9 @@ static void settleFlags(const CLI::App& command, RunRequest& request) {
     if (request.database == "true") {
         request.database.clear();
     }
+    if (request.byObject == "true") {
+        request.byObject = files_replaceExtension(request.model, ".tvo");
+    }
     if (request.stats.file == "true") {
         request.stats.file = files_replaceExtension(request.model, ".stats.json");
     }
@@ -151,6 +155,9 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
         ->allow_extra_args(false)
         ->check(refuseNoDatabasePart)
         ->needs("--database");
+    command.add_flag("--by-object", request.byObject,
+                     "The results once more, object by object: MODEL.tvo beside the model, or with --by-object=FILE "
+                     "that file");
     command.add_option("--until", request.until, "Stop at this date, as 2024/06/18 or '2024/06/18 6:30'")
         ->type_name("DATE")
         ->check(refuseNoDate);

@@ -34,6 +34,7 @@ struct ResultTable {
     std::vector<uint64_t> rowCounts;    ///< database, by object: rows of each object
     std::vector<uint64_t> datePlaces;   ///< by object: of the dates of its rows, 0 for those of the file
     std::vector<uint64_t> valuePlaces;  ///< by object: of its values, column behind column
+    bool hasIndex = false;              ///< database: by object and period
     bool isOrdered = true;              ///< database: its rows stand in order of time
 };
 

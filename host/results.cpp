@@ -34,7 +34,7 @@ std::string results_addUnit(const ResultColumn& column) {
 
 static const char* describeKind(const ResultFile& file) {
     switch (file.kind) {
-        case ResultKind::DATABASE: return "database";
+        case ResultKind::DATABASE: return file.tables[0].hasIndex ? "database with an index" : "database";
         case ResultKind::BY_OBJECT: return "file by object";
         default: return "binary file";
     }
@@ -91,12 +91,29 @@ bool results_readWindow(const std::string& from, const std::string& to, ResultWi
     return true;
 }
 
+static int makeByObject(const ResultsRequest& request) {
+    if (const std::string conflict = byobject_findConflict(request.file, request.output); !conflict.empty()) {
+        std::fprintf(stderr, "tarnvelde: %s\n", conflict.c_str());
+        return EXIT_WRONG_USAGE;
+    }
+    try {
+        ResultFile file;
+        result_open(file, request.file);
+        results_tellCut(file);
+        byobject_write(file, request.output);
+    } catch (const ResultError& error) {
+        std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(error.what()).c_str());
+        return EXIT_ENGINE_ERROR;
+    }
+    return EXIT_DONE;
+}
+
 int results_execute(const ResultsRequest& request) {
     if (request.isRecovery) {
         return recover_execute(request.file);
     }
     if (request.isByObject) {
-        return byobject_execute(request.file, request.output);
+        return makeByObject(request);
     }
     ResultWindow window;
     if (!results_readWindow(request.from, request.to, &window)) {

@@ -13,6 +13,7 @@
 
 #include "aside.h"
 #include "balances.h"
+#include "byobject.h"
 #include "console.h"
 #include "dates.h"
 #include "files.h"
@@ -89,14 +90,14 @@ std::string findLostState(const ProjectFiles& files, const RunRequest& request) 
     return {};
 }
 
-/// A file of the run whose place the statistics would take, or that would take theirs on its way.
-std::string findLostFile(const ProjectFiles& files, const RunRequest& request) {
-    const std::string& stats = request.stats.file;
+/// A file of the run whose place one that is made at its end would take, or that would take its place on its way.
+std::string findLostFile(const ProjectFiles& files, const RunRequest& request, const std::string& made) {
+    const std::string& other = &made == &request.stats.file ? request.byObject : request.stats.file;
     for (const std::string& name : {files.model, files.report, files.results, files.database, request.saveState,
-                                    request.loadState, request.hotStart}) {
-        const bool isBoth = !stats.empty() && !name.empty();
-        if (isBoth && (files_isSame(stats, name) || files_isSame(aside_getName(stats), name) ||
-                       files_isSame(stats, aside_getName(name)))) {
+                                    request.loadState, request.hotStart, other}) {
+        const bool isBoth = !made.empty() && !name.empty();
+        if (isBoth && (files_isSame(made, name) || files_isSame(aside_getName(made), name) ||
+                       files_isSame(made, aside_getName(name)))) {
             return name;
         }
     }
@@ -117,8 +118,11 @@ std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
             return "the state must be another file than model, report and results: " + state;
         }
     }
-    if (const std::string lost = findLostFile(files, request); !lost.empty()) {
+    if (const std::string lost = findLostFile(files, request, request.stats.file); !lost.empty()) {
         return "the statistics would take the place of " + lost;
+    }
+    if (const std::string lost = findLostFile(files, request, request.byObject); !lost.empty()) {
+        return "the file by object would take the place of " + lost;
     }
     return findLostState(files, request);
 }
@@ -268,7 +272,8 @@ void start(Run& run) {
     note(run, tv_setDatabaseForm(model, form));
     note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
     const std::pair<const char*, const std::string*> atTheEnd[] = {{"state", &run.request.saveState},
-                                                                   {"statistics", &run.request.stats.file}};
+                                                                   {"statistics", &run.request.stats.file},
+                                                                   {"file by object", &run.request.byObject}};
     for (const auto& [what, name] : atTheEnd) {
         if (run.outcome.code == TV_OK && !name->empty()) {
             note(run, tv_testOutput(model, what, name->c_str()));
@@ -302,6 +307,21 @@ void finish(Run& run) {
     }
 }
 
+/// Once the results are in place they are read again, and written object by object.
+void writeByObject(Run& run) {
+    const std::string& source = run.files.results.empty() ? run.files.database : run.files.results;
+    if (run.request.byObject.empty() || run.outcome.code != TV_OK || run.outcome.steps == 0) {
+        return;
+    }
+    try {
+        ResultFile results;
+        result_open(results, source);
+        byobject_write(results, run.request.byObject);
+    } catch (const ResultError& error) {
+        refuse(run, TV_ERROR_FILE, error.what());
+    }
+}
+
 /// The program itself finds no memory for what it has to tell. The model knows nothing of it: its report has no tables
 /// yet, and would take the place of an earlier one without them.
 void completeFiles(const Run& run) {
@@ -319,6 +339,7 @@ void work(Run& run) {
         stepToEnd(run);
     }
     finish(run);
+    writeByObject(run);
     lines_end(run.lines);
 }
 
@@ -341,11 +362,9 @@ int getStatus(const Run& run) {
 /// The files that there are.
 std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files, const RunRequest& request) {
     std::vector<std::pair<std::string, std::string>> list;
-    const std::pair<const char*, const std::string*> all[] = {{"report", &files.report},
-                                                              {"results", &files.results},
-                                                              {"database", &files.database},
-                                                              {"state", &request.saveState},
-                                                              {"statistics", &request.stats.file}};
+    const std::pair<const char*, const std::string*> all[] = {
+        {"report", &files.report},     {"results", &files.results},         {"database", &files.database},
+        {"state", &request.saveState}, {"statistics", &request.stats.file}, {"by_object", &request.byObject}};
     for (const auto& [use, name] : all) {
         if (!name->empty() && files_exists(*name)) {
             list.emplace_back(use, *name);

@@ -21,6 +21,7 @@ struct RunRequest {
     std::string loadState;                   ///< file of the state that the run goes on from; empty for none
     std::string hotStart;                    ///< file of the state that the water is taken from; empty for none
     StatsStepsRequest stats;
+    std::string byObject;  ///< file that the results go to once more, object by object; empty for none
     EngineFolders engines;
     int32_t threads = 1;  ///< that share the work
     bool isQuiet;
