@@ -178,6 +178,21 @@ std::string aside_append(AsideFile& file, const std::string& bytes) {
     return writeAll(file.file.number, bytes) ? std::string() : giveUp(file);
 }
 
+std::string aside_writeAt(AsideFile& file, uint64_t place, const void* bytes, size_t size) {
+    const auto* at = static_cast<const char*>(bytes);
+    while (size > 0) {
+        const ssize_t written = pwrite(file.file.number, at, size, static_cast<off_t>(place));
+        if (written < 0 && errno != EINTR) {
+            return giveUp(file);
+        }
+        const size_t done = written > 0 ? static_cast<size_t>(written) : 0;
+        at += done;
+        place += done;
+        size -= done;
+    }
+    return {};
+}
+
 std::string aside_end(AsideFile& file) {
     const bool isPlaced = fchmod(file.file.number, getMode(file.target.string())) == 0 &&
                           fsync(file.file.number) == 0 && file.file.close() &&

@@ -1,6 +1,8 @@
 #pragma once
 // Files of the program's own making, which take the place of older ones at once or not at all.
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -21,6 +23,9 @@ using AsideHandle = std::unique_ptr<AsideFile, AsideEnd>;
 
 /// Adds bytes. An empty text, or why it can't be done: then nothing of the file is left.
 [[nodiscard]] std::string aside_append(AsideFile& file, const std::string& bytes);
+
+/// Writes bytes at a place of the file, likewise.
+[[nodiscard]] std::string aside_writeAt(AsideFile& file, uint64_t place, const void* bytes, size_t size);
 
 /// Puts the file in place, whole and on the disk. An empty text, or why it can't be done, likewise.
 [[nodiscard]] std::string aside_end(AsideFile& file);

@@ -1,12 +1,12 @@
 // The command line `tarnvelde`: a user of the public header like any other.
 //
-//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F]] [--until D] [--save-state F]
-//                             [--load-state F | --hot-start F] [--threads N] [--engines D] [--scratch D]
-//                             [--stats[=F] [--stats-gap H] [--stats-threshold Q]] [--lid-results F]
-//                             [--strict] [--quiet] [--json [--balances]]
+//     tarnvelde run MODEL.inp [--report F] [--results F] [--database[=F] [--database-with LIST]] [--by-object[=F]]
+//                             [--until D] [--save-state F] [--load-state F | --hot-start F] [--threads N]
+//                             [--engines D] [--scratch D] [--stats[=F] [--stats-gap H] [--stats-threshold Q]]
+//                             [--lid-results F] [--strict] [--quiet] [--json [--balances]]
 //     tarnvelde check MODEL.inp [--engines D] [--scratch D] [--strict] [--json]
 //     tarnvelde results FILE [--object O ...] [--table T ...] [--column C ...] [--from D] [--to D] [--summary]
-//                            [--csv | --json] | --recover
+//                            [--csv | --json] | --recover | --by-object -o F
 //     tarnvelde stats FILE [--object O ...] [--table T ...] [--column C] [--gap H] [--threshold Q] [--from D] [--to D]
 //                          [--events] [--curve] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--column C ...] [--from D] [--to D] [--rain [O]]
@@ -111,9 +111,16 @@ static void settleFlags(const CLI::App& command, RunRequest& request) {
     if (request.database == "true") {
         request.database.clear();
     }
+    if (request.byObject == "true") {
+        request.byObject = files_replaceExtension(request.model, ".tvo");
+    }
     if (request.stats.file == "true") {
         request.stats.file = files_replaceExtension(request.model, ".stats.json");
     }
+}
+
+static std::string refuseNoDatabasePart(const std::string& part) {
+    return run_getDatabaseFlag(part) != 0 ? "" : "a database comes with index, units, dates or full, not with " + part;
 }
 
 /// Hours, or a flow: a finite number that isn't negative.
@@ -163,6 +170,17 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
     command.add_flag(
         "--database", request.database,
         "Results go to a SQLite database: MODEL.db beside the model, or with --database=FILE to that file");
+    command
+        .add_option("--database-with", request.databaseParts,
+                    "What the database holds beyond its tables, with commas between: index, units, dates, full")
+        ->type_name("LIST")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->check(refuseNoDatabasePart)
+        ->needs("--database");
+    command.add_flag("--by-object", request.byObject,
+                     "The results once more, object by object: MODEL.tvo beside the model, or with --by-object=FILE "
+                     "that file");
     command.add_option("--until", request.until, "Stop at this date, as 2024/06/18 or '2024/06/18 6:30'")
         ->type_name("DATE")
         ->check(refuseNoDate);
@@ -199,7 +217,9 @@ static void addForms(CLI::App& command, SeriesForm& form) {
 }
 
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
+        ->required()
+        ->check(refuseEmpty);
     command.add_option("--object", request.objects, "Show this object, by its ID; may be given several times")
         ->type_name("ID")
         ->allow_extra_args(false)
@@ -218,10 +238,22 @@ static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     addForms(command, request.form);
     command.add_flag("--recover", request.isRecovery,
                      "Close a binary file whose run was killed behind its last whole report");
+    CLI::Option* byObject =
+        command.add_flag("--by-object", request.isByObject,
+                         "Make a file of the same results object by object, of which one series is read at once");
+    CLI::Option* output = command.add_option("-o,--output", request.output, "The file by object, as town.tvo");
+    output->type_name("FILE")->check(refuseEmpty)->needs(byObject);
+    byObject->needs(output);
+    for (const char* other :
+         {"--object", "--table", "--column", "--from", "--to", "--summary", "--csv", "--json", "--recover"}) {
+        byObject->excludes(command.get_option(other));
+    }
 }
 
 static void addStatsOptions(CLI::App& command, StatsRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
+        ->required()
+        ->check(refuseEmpty);
     command.add_option("--object", request.objects, "This object, by its ID; may be given several times")
         ->type_name("ID")
         ->allow_extra_args(false)
@@ -267,7 +299,9 @@ static void addSectionOptions(CLI::App& command, PlotRequest& request) {
 }
 
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
+        ->required()
+        ->check(refuseEmpty);
     addWords(command, "--object", request.objects, "ID",
              "Draw lines for this object, by its ID; may be given several times");
     addWords(command, "--column", request.columns, "NAME",

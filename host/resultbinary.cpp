@@ -32,8 +32,8 @@ uint64_t getHeadLength() {
     return 4 * (2 + getTableCount() + 1);
 }
 
-constexpr size_t LEAST_BLOCK = 4096, GREATEST_BLOCK = size_t{256} << 10;  ///< bytes
-constexpr uint64_t CLOSE_BY = size_t{16} << 10;                           ///< bytes that are sooner read than skipped
+constexpr size_t LEAST_BLOCK = 512, GREATEST_BLOCK = size_t{256} << 10;  ///< bytes
+constexpr uint64_t CLOSE_BY = size_t{16} << 10;                          ///< bytes that are sooner read than skipped
 
 /// Reads the next block of a file, from `place` on. Where a reader goes on close behind the last one, blocks grow: then
 /// what is wanted is dense, and calls cost more than bytes.

@@ -247,13 +247,69 @@ int64_t readObjects(ResultFile& file, ResultTable& table) {
     return highest;
 }
 
+/// Whether there is the index that a run makes if it is asked for.
+bool hasIndex(ResultFile& file, const std::string& table) {
+    const std::string name = "TarnveldeIndex" + table;
+    const char* columns = table == "System" ? " (Period)" : " (Name,Period)";
+    Query query(file, "select 1 from sqlite_master where type = 'index' and tbl_name = '" + table +
+                          "' and sql = " + "'CREATE INDEX " + name + " on " + table + columns + '\'');
+    return query.next();
+}
+
+/// Whether a row stands where it does if each report names all objects in one order.
+bool isInOrder(Query& query, const ResultTable& table, uint64_t row) {
+    sqlite3_reset(query.statement);
+    sqlite3_bind_int64(query.statement, 1, static_cast<sqlite3_int64>(row));
+    const uint64_t count = table.objects.size();
+    return query.next() && query.getInteger(0) == static_cast<int64_t>((row - 1) / count + 1) &&
+           query.getText(1) == table.objects[(row - 1) % count];
+}
+
+/// What the walk through all rows finds, of a table that has an index and stands as a run leaves it: the first report
+/// names the objects, and the number of the last row says how many reports there are. Some rows between them are looked
+/// at. False if it is otherwise.
+bool readObjectsByIndex(ResultFile& file, ResultTable& table, int64_t& highest) {
+    const std::string name = table.name == "System" ? "'System'" : "Name";
+    Query end(file, "select max(rowid) from " + table.name);
+    const int64_t last = end.next() ? end.getInteger(0) : 0;
+    Query rows(file, "select Period, " + name + " from " + table.name + " not indexed order by rowid");
+    ObjectList objects{table};
+    uint64_t bytes = 0, count = 0;
+    for (; rows.next() && rows.getInteger(0) == 1; ++count) {
+        bytes += rows.getText(1).size();
+        if (bytes > file.work.length || count > file.work.length / LEAST_ROW) {
+            return false;
+        }
+        objects.addRow(rows.getText(1));
+    }
+    constexpr uint64_t LOOKS = 64;
+    const auto whole = static_cast<uint64_t>(std::max<int64_t>(last, 0));
+    bool isWhole = count > 0 && table.objects.size() == count && whole % count == 0;
+    Query look(file, "select Period, " + name + " from " + table.name + " where rowid = ?1");
+    for (uint64_t k = 0; k <= LOOKS && isWhole; ++k) {
+        isWhole = isInOrder(look, table, 1 + (whole - 1) / LOOKS * k) && isInOrder(look, table, whole - k % count);
+    }
+    if (!isWhole) {
+        table.objects.clear();
+        table.rowCounts.clear();
+        return false;
+    }
+    highest = last / static_cast<int64_t>(count);
+    table.rowCounts.assign(table.objects.size(), static_cast<uint64_t>(highest));
+    return true;
+}
+
 /// Reads columns and objects of a table; a table may be missing.
 void readTable(ResultFile& file, ResultTable& table) {
     if (!hasTable(file, table.name)) {
         return;
     }
     readColumns(file, table);
-    const int64_t highest = readObjects(file, table);
+    table.hasIndex = hasIndex(file, table.name);
+    int64_t highest = 0;
+    if (!table.hasIndex || !readObjectsByIndex(file, table, highest)) {
+        highest = readObjects(file, table);
+    }
     if (table.name != "System") {
         return;
     }
@@ -294,6 +350,17 @@ void result_openDatabase(ResultFile& file) {
     }
 }
 
+/// Periods that may lie in a window, one more at each end. Bound only where an index finds them.
+static void bindPeriods(const ResultRows& rows, sqlite3_stmt* statement) {
+    constexpr double FARTHEST = 1e15;
+    const auto getPeriod = [&](double date, double more) {
+        const double period = (date - rows.file.startDate) * 86400.0 / rows.file.reportStep + more;
+        return static_cast<sqlite3_int64>(std::clamp(period, -FARTHEST, FARTHEST));
+    };
+    sqlite3_bind_int64(statement, 2, getPeriod(rows.window.from, -2.0));
+    sqlite3_bind_int64(statement, 3, getPeriod(rows.window.to, 2.0));
+}
+
 void result_beginDatabaseRows(ResultRows& rows) {
     const ResultTable& table = rows.file.tables[rows.part.table];
     const bool isSystem = table.name == "System";
@@ -302,8 +369,13 @@ void result_beginDatabaseRows(ResultRows& rows) {
     for (const size_t column : rows.part.columns) {
         sql += ", " + quoteName(table.columns[column].name);
     }
-    sql += " from " + table.name + (isOne && !isSystem ? " where Name = ?1" : "");
-    Query query(rows.file, sql + (table.isOrdered ? "" : " order by Period"));
+    const bool isSought = isOne && table.hasIndex;
+    sql += " from " + table.name + (isOne && !isSystem ? " where Name = ?1" : isSought ? " where true" : "");
+    sql += isSought ? " and Period between ?2 and ?3" : "";
+    Query query(rows.file, sql + (table.isOrdered && !isSought ? "" : " order by Period"));
+    if (isSought) {
+        bindPeriods(rows, query.statement);
+    }
     if (isOne && !isSystem) {
         const std::string& name = table.objects[rows.part.objects[0]];
         sqlite3_bind_text(query.statement, 1, name.c_str(), static_cast<int>(name.size()), SQLITE_TRANSIENT);

@@ -1,4 +1,4 @@
-// What both readers of results share: the tables and their columns, the look for an object, summaries and dates.
+// What all readers of results share: the tables and their columns, the look for an object, summaries and dates.
 
 #include "resultfile.h"
 
@@ -213,7 +213,11 @@ void result_open(ResultFile& file, const std::string& name) {
     if (read == sizeof head && std::memcmp(head, DATABASE_MARK, sizeof head) == 0) {
         std::fclose(file.binary);
         file.binary = nullptr;
+        file.kind = ResultKind::DATABASE;
         result_openDatabase(file);
+    } else if (read >= RESULT_MARK_LENGTH && std::memcmp(head, RESULT_OBJECTS_MARK, RESULT_MARK_LENGTH) == 0) {
+        file.kind = ResultKind::BY_OBJECT;
+        result_openObjects(file);
     } else {
         result_openBinary(file);
     }
@@ -221,10 +225,10 @@ void result_open(ResultFile& file, const std::string& name) {
 
 ResultRows::ResultRows(const ResultFile& resultFile, const ResultPart& itsPart, const ResultWindow& itsWindow)
     : file(resultFile), part(itsPart), window(itsWindow), values(itsPart.columns.size()) {
-    if (file.database) {
-        result_beginDatabaseRows(*this);
-    } else {
-        result_beginBinaryRows(*this);
+    switch (file.kind) {
+        case ResultKind::BINARY: result_beginBinaryRows(*this); break;
+        case ResultKind::DATABASE: result_beginDatabaseRows(*this); break;
+        case ResultKind::BY_OBJECT: result_beginObjectRows(*this); break;
     }
 }
 
@@ -233,7 +237,11 @@ ResultRows::~ResultRows() {
 }
 
 bool result_nextRow(ResultRows& rows) {
-    return rows.file.database ? result_nextDatabaseRow(rows) : result_nextBinaryRow(rows);
+    switch (rows.file.kind) {
+        case ResultKind::DATABASE: return result_nextDatabaseRow(rows);
+        case ResultKind::BY_OBJECT: return result_nextObjectRow(rows);
+        default: return result_nextBinaryRow(rows);
+    }
 }
 
 bool result_isWithin(const ResultWindow& window, double date) {
@@ -253,7 +261,7 @@ ResultSeries result_readSeries(const ResultFile& file, const ResultChoice& choic
 }
 
 uint64_t result_countRows(const ResultTable& table, const ResultFile& file, size_t object) {
-    return file.database ? table.rowCounts[object] : static_cast<uint64_t>(file.periods);
+    return file.kind == ResultKind::BINARY ? static_cast<uint64_t>(file.periods) : table.rowCounts[object];
 }
 
 void result_checkWindow(const ResultFile& file, const ResultWindow& window) {

@@ -1,10 +1,11 @@
 #pragma once
-// A reader of both kinds of results: the binary file and the database. Whatever a file claims is checked before it is
-// used, so a damaged or foreign one gives a message and nothing else.
+// A reader of all kinds of results: the binary file, the database and the file by object. Whatever a file claims is
+// checked before it is used, so a damaged or foreign one gives a message and nothing else.
 
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <map>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -28,10 +29,13 @@ struct ResultColumn {
 struct ResultTable {
     std::string name;
     std::vector<ResultColumn> columns;
-    std::vector<std::string> objects;  ///< in UTF-8
-    uint64_t firstValue = 0;           ///< binary file: place of its first row in a record
-    std::vector<uint64_t> rowCounts;   ///< database: rows of each object
-    bool isOrdered = true;             ///< database: its rows stand in order of time
+    std::vector<std::string> objects;   ///< in UTF-8
+    uint64_t firstValue = 0;            ///< binary file: place of its first row in a record
+    std::vector<uint64_t> rowCounts;    ///< database, by object: rows of each object
+    std::vector<uint64_t> datePlaces;   ///< by object: of the dates of its rows, 0 for those of the file
+    std::vector<uint64_t> valuePlaces;  ///< by object: of its values, column behind column
+    bool hasIndex = false;              ///< database: by object and period
+    bool isOrdered = true;              ///< database: its rows stand in order of time
 };
 
 /// What reading a database has cost so far. A damaged one can lead SQLite in circles, through the same pages again and
@@ -44,17 +48,34 @@ struct DatabaseWork {
     bool isTooMuch = false;
 };
 
+enum class ResultKind {
+    BINARY,    ///< report by report
+    DATABASE,  ///< likewise
+    BY_OBJECT
+};
+
+/// How the dates of a file by object come about.
+enum ResultDates : uint32_t {
+    DATES_LISTED,       ///< they stand there
+    DATES_OF_DATABASE,  ///< whole report steps behind the start
+    DATES_OF_BINARY     ///< the same and a millisecond more
+};
+
 struct ResultFile {
     std::string name;
-    std::FILE* binary = nullptr;  ///< the one or the other
+    ResultKind kind = ResultKind::BINARY;
+    std::FILE* binary = nullptr;  ///< of all kinds but the database
     sqlite3* database = nullptr;
-    uint64_t resultsOffset = 0;  ///< binary file: place of the first record
-    uint64_t recordLength = 0;   ///< binary file: bytes
-    uint64_t sections[4] = {};   ///< binary file: places of names, codes, dates and records
-    bool isEnded = true;         ///< false of a binary file without a closing block, whose run was killed
-    mutable DatabaseWork work;   ///< counted by whoever reads
-    double startDate = 0.0;      ///< days since 30 December 1899
-    int32_t reportStep = 0;      ///< s
+    uint64_t resultsOffset = 0;                   ///< binary file: place of the first record
+    uint64_t recordLength = 0;                    ///< binary file: bytes
+    uint64_t sections[4] = {};                    ///< binary file: places of names, codes, dates and records
+    uint32_t dates = DATES_LISTED;                ///< by object
+    uint64_t datesPlace = 0;                      ///< by object: of the dates that are listed
+    std::map<std::string, std::string> identity;  ///< by object: of the run
+    bool isEnded = true;        ///< false of a binary file without a closing block, whose run was killed
+    mutable DatabaseWork work;  ///< counted by whoever reads
+    double startDate = 0.0;     ///< days since 30 December 1899
+    int32_t reportStep = 0;     ///< s
     int32_t periods = 0;
     std::vector<ResultTable> tables;  ///< those with objects, in the order of the file
 
@@ -94,6 +115,18 @@ struct ResultBlock {
     size_t length = 0;   ///< bytes that the next one takes
 };
 
+/// Where a walk through a file by object stands with one of them.
+struct ResultReader {
+    uint64_t rows = 0;          ///< of the object
+    uint64_t row = 0;           ///< the next one
+    double date = 0.0;          ///< of that
+    uint64_t begin = 0;         ///< row of the first values in memory
+    uint64_t count = 0;         ///< rows of those
+    std::vector<float> values;  ///< column behind column
+    uint64_t dateBegin = 0;
+    std::vector<double> dates;  ///< if they are listed
+};
+
 /// A walk through the rows of a part in order of time: at each time the objects in the order of the file.
 struct ResultRows {
     const ResultFile& file;
@@ -111,6 +144,7 @@ struct ResultRows {
     std::vector<size_t> order;                            ///< binary file: columns of the part as they stand in a row
     ResultBlock block;                                    ///< binary file
     sqlite3_stmt* query = nullptr;                        ///< database
+    std::vector<ResultReader> readers;                    ///< by object
     std::unordered_map<std::string_view, size_t> places;  ///< database: objects by their names, if they are several
 
     ResultRows(const ResultFile& resultFile, const ResultPart& itsPart, const ResultWindow& itsWindow);
@@ -134,7 +168,7 @@ struct ResultSummary {
     double flowWeightedMean;  ///< of a concentration; NaN without a flow that carries it
 };
 
-/// Opens a file of either kind. Throws ResultError.
+/// Opens a file of any kind. Throws ResultError.
 void result_open(ResultFile& file, const std::string& name);
 
 /// The tables in which an object is found, by its name in any case, or as "Table:Name". Throws ResultError for none.
@@ -191,6 +225,23 @@ void result_openBinary(ResultFile& file);
 
 /// The closing block of a binary file that has none.
 std::vector<unsigned char> result_makeClosing(const ResultFile& file);
+
+constexpr char RESULT_OBJECTS_MARK[] = "tvobject";  ///< at both ends of a file by object
+constexpr size_t RESULT_MARK_LENGTH = sizeof RESULT_OBJECTS_MARK - 1;
+constexpr uint32_t RESULT_OBJECTS_VERSION = 1;
+constexpr uint64_t RESULT_OBJECTS_HEAD = 64;     ///< bytes
+constexpr uint64_t RESULT_OBJECTS_ENTRY = 24;    ///< bytes of an object in the index
+constexpr uint64_t RESULT_OBJECTS_CLOSING = 16;  ///< bytes
+
+/// The checksum CRC-32, as zlib has it, of so many bytes more; 0 for none.
+uint32_t result_addChecksum(uint32_t sum, const unsigned char* bytes, size_t size);
+
+/// Date of a report, counted from 1, of a file whose dates aren't listed.
+double result_getRegularDate(const ResultFile& file, uint32_t dates, uint64_t period);
+
+void result_openObjects(ResultFile& file);
+void result_beginObjectRows(ResultRows& rows);
+bool result_nextObjectRow(ResultRows& rows);
 
 void result_openDatabase(ResultFile& file);
 void result_beginBinaryRows(ResultRows& rows);

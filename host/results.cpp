@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "byobject.h"
 #include "characters.h"
 #include "console.h"
 #include "dates.h"
@@ -31,10 +32,19 @@ std::string results_addUnit(const ResultColumn& column) {
 
 // --- list ----------------------------------------------------------------------------------------------------------
 
+static const char* describeKind(const ResultFile& file) {
+    switch (file.kind) {
+        case ResultKind::DATABASE: return file.tables[0].hasIndex ? "database with an index" : "database";
+        case ResultKind::BY_OBJECT: return "file by object";
+        default: return "binary file";
+    }
+}
+
 static void showList(const ResultFile& file) {
     std::printf("%s: %d reports of %d s from %s on\n", characters_makePrintable(file.name).c_str(),
                 static_cast<int>(file.periods), static_cast<int>(file.reportStep),
                 result_formatDate(file.startDate).c_str());
+    std::printf("kind: %s\n", describeKind(file));
     const auto identity = runidentity_read(file);
     if (!identity.empty()) {
         std::printf("run: %s\n", runidentity_describe(identity).c_str());
@@ -81,9 +91,29 @@ bool results_readWindow(const std::string& from, const std::string& to, ResultWi
     return true;
 }
 
+static int makeByObject(const ResultsRequest& request) {
+    if (const std::string conflict = byobject_findConflict(request.file, request.output); !conflict.empty()) {
+        std::fprintf(stderr, "tarnvelde: %s\n", conflict.c_str());
+        return EXIT_WRONG_USAGE;
+    }
+    try {
+        ResultFile file;
+        result_open(file, request.file);
+        results_tellCut(file);
+        byobject_write(file, request.output);
+    } catch (const ResultError& error) {
+        std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(error.what()).c_str());
+        return EXIT_ENGINE_ERROR;
+    }
+    return EXIT_DONE;
+}
+
 int results_execute(const ResultsRequest& request) {
     if (request.isRecovery) {
         return recover_execute(request.file);
+    }
+    if (request.isByObject) {
+        return makeByObject(request);
     }
     ResultWindow window;
     if (!results_readWindow(request.from, request.to, &window)) {

@@ -16,6 +16,8 @@ struct ResultsRequest {
     std::string from, to;              ///< dates; empty: from the start on, to the end
     bool isSummary;
     bool isRecovery = false;
+    bool isByObject = false;  ///< a file by object is made
+    std::string output;       ///< its name
     SeriesForm form;
 };
 

@@ -13,6 +13,7 @@
 
 #include "aside.h"
 #include "balances.h"
+#include "byobject.h"
 #include "console.h"
 #include "dates.h"
 #include "files.h"
@@ -124,6 +125,10 @@ std::string findConflict(const ProjectFiles& files, const RunRequest& request) {
         return "the statistics would take the place of " + lost;
     }
     others.push_back(request.stats.file);
+    if (const std::string lost = findLostFile(request.byObject, others); !lost.empty()) {
+        return "the file by object would take the place of " + lost;
+    }
+    others.push_back(request.byObject);
     for (const std::string& name : {request.lidResults, lidfile_getJournal(request.lidResults)}) {
         if (const std::string lost = findLostFile(name, others); !lost.empty()) {
             return "the results of LID units would take the place of " + lost;
@@ -284,10 +289,16 @@ void start(Run& run) {
     if (run.request.hasBalances) {
         note(run, tv_keepLoads(model, 1));
     }
+    int32_t form = 0;
+    for (const std::string& part : run.request.databaseParts) {
+        form |= run_getDatabaseFlag(part);
+    }
+    note(run, tv_setDatabaseForm(model, form));
     note(run, tv_start(model, getName(run.files.results), getName(run.files.database)));
     const std::pair<const char*, std::string> outputs[] = {
         {"state", run.request.saveState},
         {"statistics", run.request.stats.file},
+        {"file by object", run.request.byObject},
         {"results of LID units", run.request.lidResults},
         {"journal of LID units", lidfile_getJournal(run.request.lidResults)}};
     for (const auto& [what, name] : outputs) {
@@ -331,6 +342,21 @@ void finish(Run& run) {
     }
 }
 
+/// Once the results are in place they are read again, and written object by object.
+void writeByObject(Run& run) {
+    const std::string& source = run.files.results.empty() ? run.files.database : run.files.results;
+    if (run.request.byObject.empty() || run.outcome.code != TV_OK || run.outcome.steps == 0) {
+        return;
+    }
+    try {
+        ResultFile results;
+        result_open(results, source);
+        byobject_write(results, run.request.byObject);
+    } catch (const ResultError& error) {
+        refuse(run, TV_ERROR_FILE, error.what());
+    }
+}
+
 /// The program itself finds no memory for what it has to tell. The model knows nothing of it: its report has no tables
 /// yet, and would take the place of an earlier one without them.
 void completeFiles(const Run& run) {
@@ -348,6 +374,7 @@ void work(Run& run) {
         stepToEnd(run);
     }
     finish(run);
+    writeByObject(run);
     lines_end(run.lines);
 }
 
@@ -371,8 +398,9 @@ int getStatus(const Run& run) {
 std::vector<std::pair<std::string, std::string>> listFiles(const ProjectFiles& files, const RunRequest& request) {
     std::vector<std::pair<std::string, std::string>> list;
     const std::pair<const char*, const std::string*> all[] = {
-        {"report", &files.report},     {"results", &files.results},         {"database", &files.database},
-        {"state", &request.saveState}, {"statistics", &request.stats.file}, {"lidResults", &request.lidResults}};
+        {"report", &files.report},      {"results", &files.results},         {"database", &files.database},
+        {"state", &request.saveState},  {"statistics", &request.stats.file}, {"lidResults", &request.lidResults},
+        {"byObject", &request.byObject}};
     for (const auto& [use, name] : all) {
         if (!name->empty() && files_exists(*name)) {
             list.emplace_back(use, *name);
@@ -450,6 +478,19 @@ LineForm chooseForm(const RunRequest& request) {
 }
 
 }  // namespace
+
+int32_t run_getDatabaseFlag(const std::string& part) {
+    static constexpr std::pair<const char*, int32_t> FLAGS[] = {{"index", TV_DATABASE_INDEX},
+                                                                {"units", TV_DATABASE_UNITS},
+                                                                {"dates", TV_DATABASE_DATES},
+                                                                {"full", TV_DATABASE_FULL}};
+    for (const auto& [name, flag] : FLAGS) {
+        if (part == name) {
+            return flag;
+        }
+    }
+    return 0;
+}
 
 int run_execute(const RunRequest& request) {
     const auto begin = steady_clock::now();

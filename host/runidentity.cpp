@@ -91,6 +91,9 @@ Identity readTable(const ResultFile& file) {
 }  // namespace
 
 Identity runidentity_read(const ResultFile& file) {
+    if (file.kind == ResultKind::BY_OBJECT) {
+        return file.identity;
+    }
     return file.database ? readTable(file) : readText(file);
 }
 

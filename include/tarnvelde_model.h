@@ -150,6 +150,14 @@ enum tv_node_kind {
 };
 enum tv_link_kind { TV_PIPE = 0, TV_PUMP = 1, TV_CONNECTION = 2, TV_CONDUIT = 3, TV_WEIR = 4, TV_ORIFICE = 5 };
 
+/* What a database of results holds beyond its tables: the sum of what is wanted. */
+enum tv_database_form {
+    TV_DATABASE_INDEX = 1, /* an index of each table by object and period */
+    TV_DATABASE_UNITS = 2, /* a table of the units of all columns */
+    TV_DATABASE_DATES = 4, /* a table of the dates of all periods */
+    TV_DATABASE_FULL = 8   /* values as they are in single precision, and not to six decimals */
+};
+
 /* Who is connected to whom: what tv_getRelation tells of an object. */
 enum tv_relation {
     TV_LINK_FROM = 0,           /* link: node at the upstream end */
@@ -478,6 +486,11 @@ TV_API int32_t tv_getCause(const tv_model* model, int32_t row, int32_t cause, tv
 /* ------------------------------------------------------------------------------------------------------------------
  * Rows of results, as the files get them, single precision, without a file
  * ------------------------------------------------------------------------------------------------------------------ */
+
+/* How a database of results is written from the next start on, by the bits of tv_database_form; 0 at first. Index and
+ * tables are made by tv_end, and only of a database that is written aside, as all are that stand in a file.
+ * TV_ERROR_STARTED, TV_ERROR_RANGE. */
+TV_API int32_t tv_setDatabaseForm(tv_model* model, int32_t flags);
 
 /* Whether the rows of the last period are kept for tv_getRows, from the next start on; 0 at first. TV_ERROR_STARTED. */
 TV_API int32_t tv_keepRows(tv_model* model, int32_t isKept);

@@ -38,6 +38,7 @@ ENUMERATIONS = {
     "tv_node_kind": ("NodeKind", "TV_"),
     "tv_link_kind": ("LinkKind", "TV_"),
     "tv_relation": ("Relation", "TV_"),
+    "tv_database_form": ("DatabaseForm", "TV_DATABASE_"),
     "tv_access": ("Access", "TV_"),
     "tv_when": ("When", "TV_"),
     "tv_part": ("Part", "TV_PART_"),

@@ -1,6 +1,7 @@
 """Reads the database of results."""
 from __future__ import annotations
 
+import itertools
 import os
 import sqlite3
 from pathlib import Path
@@ -29,7 +30,8 @@ def _single(values: NDArray[np.float64]) -> NDArray[np.float64]:
 
 class Database(ResultSource):
     """A database of results. What a run couldn't write - a row whose ID SQL doesn't take - is nan. Values are those of
-    single precision that are nearest to the six decimals: of larger ones the very number that the run had."""
+    single precision that are nearest to the six decimals: of larger ones the very number that the run had, as of all in
+    a database in full."""
 
     def __init__(self, path: PathLike) -> None:
         self.name = str(path)
@@ -81,7 +83,26 @@ class Database(ResultSource):
                 self._numbers.append({identifier: number for number, identifier in enumerate(ids)})
         self.tables = tuple(found)
 
+    def _has_index(self, table: str) -> bool:
+        """Whether there is the index that a run makes if it is asked for: rows stand as that run left them."""
+        made = f"CREATE INDEX TarnveldeIndex{table} on {table} (Name,Period)"
+        return bool(self._rows("select 1 from sqlite_master where type = 'index' and tbl_name = ? and sql = ?",
+                               table, made))
+
+    def _first_ids_of(self, table: str) -> List[str]:
+        """IDs of the rows that stand ahead of the second period."""
+        if self._connection is None:
+            raise ResultsError(f"{self.name} is closed")
+        rows = self._connection.execute(f"select Period, Name from {table} not indexed order by rowid")
+        first = [str(name) for _, name in itertools.takewhile(lambda row: row[0] == 1, rows)]
+        rows.close()
+        return first
+
     def _ids_of(self, table: str) -> List[str]:
+        if self._has_index(table):
+            found = self._first_ids_of(table)
+            if found and len(set(found)) == len(found):
+                return found
         first, = self._rows(f"select min(Period) from {table}")
         return [str(name) for name, in self._rows(
             f"select Name from {table} where Period = ? order by rowid", first[0])]

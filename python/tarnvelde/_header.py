@@ -120,6 +120,15 @@ class LinkKind(enum.IntEnum):
     ORIFICE = 5
 
 
+class DatabaseForm(enum.IntEnum):
+    """`tv_database_form` of the header."""
+
+    INDEX = 1  # an index of each table by object and period
+    UNITS = 2  # a table of the units of all columns
+    DATES = 4  # a table of the dates of all periods
+    FULL = 8  # values as they are in single precision, and not to six decimals
+
+
 class Relation(enum.IntEnum):
     """`tv_relation` of the header."""
 
@@ -400,6 +409,7 @@ FUNCTIONS: Dict[str, Tuple[Any, List[Any]]] = {
     "tv_judge": (ctypes.c_int32, [ctypes.c_void_p, ctypes.POINTER(ctypes.c_int32)]),
     "tv_getVerdict": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_int32, ctypes.POINTER(RawVerdict)]),
     "tv_getCause": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_int32, ctypes.c_int32, ctypes.POINTER(RawCause)]),
+    "tv_setDatabaseForm": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_int32]),
     "tv_keepRows": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_int32]),
     "tv_setPeriodCallback": (ctypes.c_int32, [ctypes.c_void_p, PeriodCallback, ctypes.c_void_p]),
     "tv_getTable": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_int32, ctypes.POINTER(RawTable)]),

@@ -6,7 +6,7 @@ import os
 import threading
 import warnings
 from pathlib import Path
-from typing import TYPE_CHECKING, Any, Dict, Iterator, List, Mapping, Optional, Tuple, Union
+from typing import TYPE_CHECKING, Any, Dict, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
@@ -15,7 +15,7 @@ from . import _header as header
 from . import _objects as objects
 from ._dates import DateLike, DurationLike, from_days, to_days, to_seconds
 from ._groups import Group, class_of_word
-from ._header import Code, Level, NO_POLLUTANT, ObjectClass, Phase, Relation
+from ._header import Code, DatabaseForm, Level, NO_POLLUTANT, ObjectClass, Phase, Relation
 from ._library import library
 from ._places import PathLike, encoded, source_of, user_level, written_aside
 from ._quantities import ModelObject
@@ -235,11 +235,14 @@ class Model:
         return Phase(phase.value)
 
     def start(self, results: Optional[PathLike] = None, database: Optional[PathLike] = None, *,
-              memory: bool = False) -> None:
-        """Starts a run. Results go to a binary file, to a database, into memory (`results()`), or nowhere."""
+              memory: bool = False, database_with: Iterable[str] = ()) -> None:
+        """Starts a run. Results go to a binary file, to a database, into memory (`results()`), or nowhere.
+        database_with: what the database holds beyond its tables, of "index", "units", "dates" and "full". """
         from ._memory import RowKeeper
 
+        form = form_of(database_with)
         with self._lock:
+            self._call("tv_setDatabaseForm", form)
             self._call("tv_keepRows", int(memory))
             self._drop_keeper()
             self._keeper = RowKeeper(self) if memory else None
@@ -555,6 +558,16 @@ class Model:
         twin._name = self._name
         twin._told = len(twin.messages())
         return twin
+
+
+def form_of(parts: Iterable[str]) -> int:
+    """The bits of what a database holds beyond its tables. ValueError."""
+    forms = {form.name.lower(): form for form in DatabaseForm}
+    wanted = [parts] if isinstance(parts, str) else list(parts)
+    for part in wanted:
+        if part not in forms:
+            raise ValueError(f'a database comes with {", ".join(forms)}, not with "{part}"')
+    return sum({int(forms[part]) for part in wanted})
 
 
 def _folder(path: Optional[PathLike]) -> Optional[bytes]:

@@ -272,14 +272,17 @@ class TableResults(Mapping[str, pd.DataFrame]):
 
 
 def open_results(path: PathLike) -> Results:
-    """Opens a file of results, binary or database, as it says of itself. ResultsError, FileNotFoundError."""
+    """Opens a file of results, binary, database or by object, as it says of itself. ResultsError, FileNotFoundError."""
     from ._binaryfile import BinaryFile
+    from ._byobject import MARK, ByObject
     from ._database import Database
 
     with open(path, "rb") as file:
         head = file.read(16)
     if head.startswith(b"SQLite format 3"):
         return Results(Database(path))
+    if head.startswith(MARK):
+        return Results(ByObject(path))
     if not head:
         raise ResultsError(f"{path} is empty")
     return Results(BinaryFile(path))

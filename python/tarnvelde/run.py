@@ -4,7 +4,7 @@ from __future__ import annotations
 import os
 import time
 from pathlib import Path
-from typing import Any, Callable, Dict, Mapping, Optional, Tuple, Union
+from typing import Any, Callable, Dict, Iterable, Mapping, Optional, Tuple, Union
 
 import numpy as np
 import pandas as pd
@@ -128,12 +128,15 @@ def run(project: Any, *, report: FileChoice = None, results: FileChoice = None, 
         save_state: Optional[PathLike] = None, load_state: Union[None, bytes, PathLike] = None,
         hot_start: Union[None, bytes, PathLike] = None, threads: int = 1, engines: Optional[PathLike] = None,
         scratch: Optional[PathLike] = None, keep_loads: bool = False, tell_warnings: bool = True,
+        database_with: Iterable[str] = (),
         progress: Optional[Callable[[float, np.datetime64], None]] = None) -> Run:
     """Runs a project from its start to its end.
 
     project: path of a project file, or a Project. report, results, database: where the files go. Of a project file
     without further words report and results go beside it, MODEL.rpt and MODEL.bin, as by the command line; `False`
-    leaves a file away, `database=True` is MODEL.db in place of MODEL.bin. A Project has no files but those that are
+    leaves a file away, `database=True` is MODEL.db in place of MODEL.bin. database_with: what the database holds beyond
+    its tables: "index" by object and date, tables of "units" and "dates", "full" for values in single precision and not
+    to six decimals. A Project has no files but those that are
     named. Results without a file are kept in memory.
 
     until: date to stop at. settings: parameters ahead of the start, as {"subcatchment/S07/imperviousness": 85,
@@ -153,7 +156,8 @@ def run(project: Any, *, report: FileChoice = None, results: FileChoice = None, 
                tell_warnings=tell_warnings, keep_loads=keep_loads) as model:
         assign(model, settings or {})
         in_memory = "results" not in files and "database" not in files
-        model.start(files.get("results"), files.get("database"), memory=in_memory)
+        model.start(files.get("results"), files.get("database"), memory=in_memory,
+                    database_with=database_with)
         try:
             if load_state is not None:
                 model.restore(load_state)

@@ -34,7 +34,8 @@ def test_every_number_with_a_name_is_there():
         (_header.Code, "TV_"), (_header.Phase, "TV_"), (_header.Level, "TV_"), (_header.Severity, "TV_"),
         (_header.WarningGroup, "TV_"), (_header.ObjectClass, "TV_"), (_header.NodeKind, "TV_"),
         (_header.LinkKind, "TV_"), (_header.Relation, "TV_"), (_header.Access, "TV_"), (_header.When, "TV_"),
-        (_header.Part, "TV_PART_"), (_header.Grade, "TV_GRADE_")) for member in kind.__members__.values()}
+        (_header.Part, "TV_PART_"), (_header.Grade, "TV_GRADE_"),
+        (_header.DatabaseForm, "TV_DATABASE_")) for member in kind.__members__.values()}
     given = dict(re.findall(r"\b(TV_\w+) = (-?\d+)", HEADER))
     for name, value in given.items():
         if not name.endswith("_COUNT"):

@@ -280,3 +280,80 @@ def test_lid_units_of_a_file_of_their_own(example, tmp_path):
         assert results.system["storage"].iloc[-1] == pytest.approx(sum(volumes), rel=1e-6)
         assert results.to_xarray()["lid_unit_inflow"].dims == ("time", "lid_unit")
         assert results.nodes.ids == []
+
+
+# --- by object -------------------------------------------------------------------------------------------------------
+
+def by_object(source, target):
+    subprocess.run([BUILD / "tarnvelde", "results", source, "--by-object", "-o", target], check=True)
+    return target
+
+
+def assert_same(first, second):
+    assert first.times.equals(second.times) and first.pollutants == second.pollutants
+    assert list(first.tables) == list(second.tables)
+    for name, table in first.tables.items():
+        assert table.ids == second.tables[name].ids and table.units == second.tables[name].units
+        for column in table:
+            pd.testing.assert_frame_equal(table[column], second.tables[name][column], check_exact=True)
+        for identifier in table.ids:
+            pd.testing.assert_frame_equal(first.object(identifier, name), second.object(identifier, name),
+                                          check_exact=True)
+
+
+@pytest.mark.parametrize("kind", ["binary", "database"])
+def test_results_by_object_are_the_same(request, tmp_path, kind):
+    source = request.getfixturevalue(kind)
+    with tv.open_results(source) as plain, tv.open_results(by_object(source, tmp_path / "a.tvo")) as results:
+        assert_same(plain, results)
+        assert_same(plain, pickle.loads(pickle.dumps(results)))
+
+
+def test_results_by_object_lack_what_a_database_lacks(database, tmp_path):
+    with sqlite3.connect(database) as rows:
+        rows.execute("delete from Outfall where Period = 7")
+        rows.execute("delete from Junction where Name = 'N4' and Period > 100")
+    with tv.open_results(database) as plain, tv.open_results(by_object(database, tmp_path / "a.tvo")) as results:
+        assert np.isnan(results.object("N4", "Junction")["inflow"]).sum() == 92
+        assert_same(plain, results)
+
+
+def test_results_by_object_have_listed_dates_where_they_follow_no_rule(binary, tmp_path):
+    data = bytearray(binary.read_bytes())
+    with tv.open_results(binary) as results:
+        source = results._source
+        struct.pack_into("<d", data, source._first + 3 * source._record, 45453.1)
+    (tmp_path / "odd.bin").write_bytes(data)
+    path = by_object(tmp_path / "odd.bin", tmp_path / "a.tvo")
+    assert struct.unpack_from("<I", path.read_bytes(), 12) == (0,)
+    with tv.open_results(tmp_path / "odd.bin") as plain, tv.open_results(path) as results:
+        assert_same(plain, results)
+
+
+def test_damaged_results_by_object_are_refused(binary, tmp_path):
+    path = by_object(binary, tmp_path / "a.tvo")
+    data = path.read_bytes()
+    for changed, words in [(data[:-1], "truncated"), (data[:70], "truncated"), (data + b"x", "longer"),
+                           (data[:-1] + b"x", "mark"), (data.replace(b"System", b"Sxstem", 1), "head was changed"),
+                           (data[:8] + b"\2" + data[9:], "version"), (data[:24] + bytes(4) + data[28:], "step")]:
+        path.write_bytes(changed)
+        with pytest.raises(tv.ResultsError, match=words):
+            tv.open_results(path)
+    path.write_bytes(data)
+    with tv.open_results(path) as results:
+        os.truncate(path, 4000)
+        with pytest.raises(tv.ResultsError, match="cut short"):
+            results.nodes["inflow"]
+
+
+def test_ids_of_a_database_with_an_index_are_those_without(first_storm):
+    tv.run(first_storm, report=False, database=first_storm.with_name("a.db"), results=False)
+    tv.run(first_storm, report=False, database=first_storm.with_name("b.db"), results=False, database_with=["index"])
+    with tv.open_results(first_storm.with_name("a.db")) as plain:
+        with tv.open_results(first_storm.with_name("b.db")) as indexed:
+            assert_same(plain, indexed)
+            asked = []
+            indexed._source._connection.set_trace_callback(asked.append)
+            indexed.object("N4", "Junction")
+            plan = indexed._source._rows("explain query plan " + asked[0])
+            assert "USING INDEX TarnveldeIndexJunction (Name=?)" in plan[0][3]

@@ -2,6 +2,7 @@
 import os
 import re
 import signal
+import sqlite3
 import subprocess
 import sys
 import threading
@@ -92,6 +93,22 @@ def test_results_go_where_one_says(first_storm, tmp_path):
     run = tv.run(first_storm, report=tmp_path / "a.txt", results=tmp_path / "b.bin", database=tmp_path / "c.db")
     assert all(path.exists() for path in run.files.values()) and len(run.files) == 3
     assert not first_storm.with_suffix(".rpt").exists()
+
+
+def test_database_in_full_has_the_very_values_of_the_binary_file(first_storm):
+    tv.run(first_storm, report=False, results=True, database=True, database_with=["full", "index", "dates", "units"])
+    with tv.open_results(first_storm.with_suffix(".bin")) as binary:
+        with tv.open_results(first_storm.with_suffix(".db")) as database:
+            flow = binary.nodes["inflow"]
+            assert (flow != flow.round(6)).any().any()  # six decimals are not enough
+            assert database.nodes["inflow"].equals(flow)
+            assert database.object("N4").equals(binary.object("N4"))
+    with sqlite3.connect(first_storm.with_suffix(".db")) as rows:
+        assert rows.execute("select Date from TarnveldeDates where Period = 2").fetchone() == ("2024-06-10 00:30:00",)
+        assert rows.execute("select Unit from TarnveldeUnits where TableName = 'Pipe' and ColumnName = 'Vol'"
+                            ).fetchone() == ("m3",)
+    with pytest.raises(ValueError, match='index, units, dates, full, not with "indices"'):
+        tv.run(first_storm, report=False, database=True, database_with="indices")
 
 
 def test_frame_has_dates_ids_and_unit(first_storm):

@@ -36,6 +36,7 @@ struct tv_model {
     bool isReportLost = false;  ///< and its host was told
     bool isReportCut = false;   ///< memory was lacking amid it
     bool keepsRows = false;
+    int32_t databaseForm = 0;  ///< tv_database_form
     bool wantsWarnings = true;
     Pace pace;  ///< as the host has set it, for this model and the next
 

@@ -14,6 +14,7 @@
 #include "project/fingerprint.h"
 #include "project/inputnames.h"
 #include "project/options.h"
+#include "results/database.h"
 #include "results/report.h"
 #include "results/results.h"
 #include "review/runreview.h"
@@ -276,6 +277,7 @@ int32_t tv_start(tv_model* handle, const char* results, const char* database) {
         }
         model.files.resultsName = getText(results);
         model.files.databaseName = getText(database);
+        model.database->form = handle->databaseForm;
         const int32_t sinks = (results ? SINK_FILE : 0) | (database ? SINK_DATABASE : 0) |
                               (handle->keepsRows ? SINK_MEMORY : 0) | SINK_NOBODY;
         model.files.inputsSum = results || database ? fingerprint_sumInputs(model) : 0;

@@ -1,10 +1,12 @@
-// Rows of results for a host: the functions of tarnvelde_model.h that hand out what the sinks get.
+// Rows of results for a host: the functions of tarnvelde_model.h that hand out what the sinks get, or say how one
+// keeps it.
 
 #include <algorithm>
 
 #include "api/modelhandle.h"
 #include "api/modelobjects.h"
 #include "model/pollut.h"
+#include "results/databaseform.h"
 #include "results/results.h"
 #include "results/rows.h"
 #include "results/systemrow.h"
@@ -15,6 +17,21 @@ int32_t tv_keepRows(tv_model* handle, int32_t isKept) {
             return TV_ERROR_STARTED;
         }
         handle->keepsRows = isKept != 0;
+        return TV_OK;
+    });
+}
+
+int32_t tv_setDatabaseForm(tv_model* handle, int32_t flags) {
+    static_assert(int32_t{TV_DATABASE_INDEX} == FORM_INDEX && int32_t{TV_DATABASE_UNITS} == FORM_UNITS &&
+                  int32_t{TV_DATABASE_DATES} == FORM_DATES && int32_t{TV_DATABASE_FULL} == FORM_FULL);
+    return modelhandle_look(handle, NEED_NOTHING, [&]() -> int32_t {
+        if (handle->phase == TV_STARTED || handle->phase == TV_FINISHED) {
+            return TV_ERROR_STARTED;
+        }
+        if (flags < 0 || flags > FORM_ALL) {
+            return TV_ERROR_RANGE;
+        }
+        handle->databaseForm = flags;
         return TV_OK;
     });
 }

@@ -35,7 +35,6 @@
 #include "platform/encoding.h"
 #include "platform/files.h"
 #include "platform/outputs.h"
-#include "results/identity.h"
 #include "results/rows.h"
 #include "results/sqltext.h"
 
@@ -58,6 +57,11 @@ static void stopIfLost(Model& model, int32_t result) {
         sqlite3_exec(model.database->handle, "ROLLBACK", nullptr, nullptr, nullptr);
         model.database->isStopped = true;
     }
+}
+
+/// Whether values go in as they are, and not to six decimals.
+static bool isFull(const Model& model) {
+    return (model.database->form & FORM_FULL) != 0;
 }
 
 /// Runs a text; true if it was run without an error.
@@ -320,10 +324,10 @@ static void createTables(Model& model) {
     }
 }
 
-/// What another run is known by doesn't stay beside the results of one that leaves no such table.
-static void dropIdentity(Model& model) {
+/// What tells of another run doesn't stay beside the results of one that leaves no such tables.
+static void dropOwn(Model& model) {
     if (model.error.code == ERR_NONE && !model.database->isStopped) {
-        databaseplace_dropIdentity(model.database->handle);
+        databaseplace_dropOwn(model.database->handle);
         stopIfLost(model, sqlite3_errcode(model.database->handle));
     }
 }
@@ -338,7 +342,7 @@ static void openInPlace(Model& model) {
     if (openFile(model, model.files.databaseName)) {
         database.hadTables = hasTables(model);
         createTables(model);
-        dropIdentity(model);
+        dropOwn(model);
     }
 }
 
@@ -424,6 +428,36 @@ void database_open(Model& model) {
 
 // --- rows as texts -------------------------------------------------------------------------------------------------
 
+/// Whether a value stands in a text as a question mark: SQLite wouldn't read each text of it back to the last bit.
+static bool isBound(const Model& model, float value) {
+    return isFull(model) && std::isfinite(value);
+}
+
+/// Runs the text of a row with the values that it leaves open.
+static void executeWith(Model& model, const float* row, int32_t length) {
+    DatabaseResults& database = *model.database;
+    if (database.isStopped) {
+        return;
+    }
+    sqlite3_stmt* statement = nullptr;
+    int32_t result = sqlite3_prepare_v2(database.handle, database.statement.c_str(), -1, &statement, nullptr);
+    int32_t place = 0;
+    for (int32_t k = 0; k < length && result == SQLITE_OK; ++k) {
+        if (isBound(model, row[k])) {
+            result = sqlite3_bind_double(statement, ++place, static_cast<double>(row[k]));
+        }
+    }
+    if (result == SQLITE_OK) {
+        sqlite3_step(statement);
+        result = sqlite3_reset(statement);
+    }
+    if (result != SQLITE_OK) {
+        errors_report(model, ERR_DATABASE_SQL, sqlite3_errmsg(database.handle));
+    }
+    sqlite3_finalize(statement);
+    stopIfLost(model, result);
+}
+
 static void writeText(Model& model, int32_t table, const char* name, int32_t period, const float* row, int32_t length) {
     model.database->statement = "insert into ";
     model.database->statement += RowTables[table].name;
@@ -438,10 +472,16 @@ static void writeText(Model& model, int32_t table, const char* name, int32_t per
     model.database->statement += number;
     for (int32_t k = 0; k < length; ++k) {
         model.database->statement += ',';
-        sqltext_appendNumber(model.database->statement, row[k]);
+        if (isBound(model, row[k])) {
+            model.database->statement += '?';
+        } else {
+            sqltext_appendNumber(model.database->statement, row[k]);
+        }
     }
     model.database->statement += ')';
-    if (sqltext_isLiteral(name)) {
+    if (sqltext_isLiteral(name) && isFull(model)) {
+        executeWith(model, row, length);
+    } else if (sqltext_isLiteral(name)) {
         execute(model, model.database->statement.c_str());
     } else {
         refuse(model, model.database->statement.c_str(), sqltext_countEnds(model.database->statement.c_str()) > 0);
@@ -487,10 +527,11 @@ static int32_t bindName(sqlite3_stmt* statement, int32_t place, const char* name
     return sqlite3_bind_text(statement, place, text.data(), static_cast<int>(text.size()), SQLITE_TRANSIENT);
 }
 
-/// Binds the number that the text of a value denotes; the text itself where SQLite had better read it.
-static int32_t bindValue(sqlite3_stmt* statement, int32_t place, float value) {
-    double number;
-    if (sqltext_getNumber(value, number)) {
+/// Binds the number that the text of a value denotes, or its own in full; the text itself where SQLite had better read
+/// it.
+static int32_t bindValue(const Model& model, sqlite3_stmt* statement, int32_t place, float value) {
+    double number = static_cast<double>(value);
+    if (isFull(model) || sqltext_getNumber(value, number)) {
         return sqlite3_bind_double(statement, place, number);
     }
     std::string text;
@@ -509,7 +550,7 @@ static int32_t insertRows(Model& model, sqlite3_stmt* statement, size_t first, s
         }
         result |= sqlite3_bind_int(statement, ++place, rows.period);
         for (size_t column = k * length; column < (k + 1) * length; ++column) {
-            result |= bindValue(statement, ++place, rows.values[column]);
+            result |= bindValue(model, statement, ++place, rows.values[column]);
         }
     }
     if (result != SQLITE_OK) {
@@ -704,26 +745,12 @@ static void closeInPlace(Model& model, bool isKept) {
     }
 }
 
-/// What the run is known by goes into a table of its own. One that can't be made costs nothing else.
-static void writeIdentity(const Model& model) {
-    sqlite3* handle = model.database->handle;
-    std::string text = std::string("savepoint Identity;create table ") + IDENTITY_TABLE + " (Name TEXT,Value TEXT);";
-    for (const auto& [name, value] : identity_list(model)) {
-        text.append("insert into ").append(IDENTITY_TABLE).append(" values ('").append(name).append("','");
-        text.append(value).append("');");
-    }
-    text += "release Identity";
-    if (sqlite3_exec(handle, text.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
-        sqlite3_exec(handle, "rollback to Identity;release Identity", nullptr, nullptr, nullptr);
-    }
-}
-
 /// Completes the last transaction. Where disk or memory fails, SQLite lets go of all of it, and not only of the
 /// statement: then the last rows are lost.
 static bool commitAside(const Model& model) {
     sqlite3* handle = model.database->handle;
     const bool wasOpen = sqlite3_get_autocommit(handle) == 0;
-    writeIdentity(model);
+    databaseform_writeIdentity(model, handle);
     const bool isOpen = sqlite3_get_autocommit(handle) == 0;
     return isOpen ? sqlite3_exec(handle, "COMMIT", nullptr, nullptr, nullptr) == SQLITE_OK : !wasOpen;
 }
@@ -743,7 +770,8 @@ static void closeAside(Model& model, bool isKept) {
         isWhole = false;
     }
     database.patience.milliseconds = PATIENCE;
-    const bool isSettled = isWhole && databaseplace_settle(database.handle, place, database.patience, reason);
+    const bool isSettled = isWhole && databaseform_complete(model, database.handle, database.form, reason) &&
+                           databaseplace_settle(database.handle, place, database.patience, reason);
     database.patience.milliseconds = 0;
     if (!isSettled) {
         databaseplace_leave(database.handle, place.aside);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "results/databaseform.h"
 #include "results/databaseplace.h"
 
 struct Model;
@@ -29,6 +30,7 @@ struct DatabaseRows {
 
 /// The database of a run.
 struct DatabaseResults {
+    int32_t form = 0;                     ///< bits of DatabaseForm that the host asks for
     sqlite3* handle;                      ///< null while none is open
     bool isAside;                         ///< it stands beside the file whose place it will take
     bool isBegun;                         ///< the start of the run went well as far as here

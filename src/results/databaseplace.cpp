@@ -9,6 +9,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <memory>
@@ -235,6 +236,10 @@ struct TableText {
     std::string name, sql;
 };
 
+static bool isOwn(const std::string& name) {
+    return std::any_of(OWN_TABLES.begin(), OWN_TABLES.end(), [&](const OwnTable& own) { return name == own.name; });
+}
+
 /// Lists the tables of results in a database, in their order. False if one may be missing: a text for which there is no
 /// memory looks as if it weren't there.
 static bool listTables(sqlite3* handle, std::vector<TableText>& tables) {
@@ -247,7 +252,7 @@ static bool listTables(sqlite3* handle, std::vector<TableText>& tables) {
         if (!name || !sql) {
             return false;
         }
-        bool isOurs = std::strcmp(name, GENERAL_TABLE) == 0 || std::strcmp(name, IDENTITY_TABLE) == 0;
+        bool isOurs = std::strcmp(name, GENERAL_TABLE) == 0 || isOwn(name);
         for (const RowTable& table : RowTables) {
             isOurs = isOurs || std::strcmp(name, table.name) == 0;
         }
@@ -264,75 +269,133 @@ static bool attach(sqlite3* handle, const std::string& path) {
            sqlite3_step(statement.get()) == SQLITE_DONE;
 }
 
-/// What bears the name of the identity in a database.
-enum IdentityPlace : int32_t {
-    IDENTITY_FREE,   ///< nothing
-    IDENTITY_OURS,   ///< a table as runs make it
-    IDENTITY_TAKEN,  ///< something else: a table of a user's own, a view, an index
-    IDENTITY_UNKNOWN,
+/// What bears the name of a table of ours in a database.
+enum OwnPlace : int32_t {
+    OWN_FREE,   ///< nothing
+    OWN_OURS,   ///< a table as runs make it
+    OWN_TAKEN,  ///< something else: a table of a user's own, a view, an index
+    OWN_UNKNOWN,
 };
 
 /// Asks what bears the name. A trigger may have that of any table.
-static std::string writeQuestion(const std::string& schema) {
+static std::string writeQuestion(const std::string& schema, const OwnTable& own) {
     std::string text = "select type='table' and rootpage>0 and";
-    text.append(" (select group_concat(name||' '||type) from pragma_table_info('").append(IDENTITY_TABLE);
-    text.append("','").append(schema).append("'))='Name TEXT,Value TEXT' from ").append(schema);
-    text.append(".sqlite_master where type<>'trigger' and name='").append(IDENTITY_TABLE);
+    text.append(" (select group_concat(name||' '||type) from pragma_table_info('").append(own.name);
+    text.append("','").append(schema).append("'))='").append(own.shape).append("' from ").append(schema);
+    text.append(".sqlite_master where type<>'trigger' and name='").append(own.name);
     return text.append("' collate nocase");
 }
 
-static IdentityPlace findIdentity(sqlite3* handle, const std::string& question) {
+static OwnPlace findOwn(sqlite3* handle, const std::string& question) {
     const Statement statement = prepare(handle, question);
     if (!statement) {
-        return IDENTITY_UNKNOWN;
+        return OWN_UNKNOWN;
     }
     switch (sqlite3_step(statement.get())) {
-        case SQLITE_DONE: return IDENTITY_FREE;
-        case SQLITE_ROW: return sqlite3_column_int(statement.get(), 0) != 0 ? IDENTITY_OURS : IDENTITY_TAKEN;
-        default: return IDENTITY_UNKNOWN;
+        case SQLITE_DONE: return OWN_FREE;
+        case SQLITE_ROW: return sqlite3_column_int(statement.get(), 0) != 0 ? OWN_OURS : OWN_TAKEN;
+        default: return OWN_UNKNOWN;
     }
 }
 
-void databaseplace_dropIdentity(sqlite3* handle) {
-    if (findIdentity(handle, writeQuestion("main")) == IDENTITY_OURS) {
-        run(handle, ("drop table " + std::string(IDENTITY_TABLE)).c_str());
+void databaseplace_dropOwn(sqlite3* handle) {
+    for (const OwnTable& own : OWN_TABLES) {
+        if (findOwn(handle, writeQuestion("main", own)) == OWN_OURS) {
+            run(handle, (std::string("drop table ") + own.name).c_str());
+        }
     }
 }
+
+/// A part of the database that is left away where its name is taken in the target.
+struct OwnText {
+    std::string question;  ///< what bears its name there
+    std::string text;      ///< that replaces it
+};
 
 /// The texts that put the tables of the database into the target.
 struct Replacement {
-    std::string tables;    ///< empty if they can't be listed
-    std::string question;  ///< what bears the name of the identity
-    std::string identity;  ///< unless the name is taken
+    std::string tables;            ///< empty if they can't be listed
+    std::vector<OwnText> own;      ///< tables of ours
+    std::vector<OwnText> indices;  ///< whose names are free once the old tables are gone, if they were ours
 };
+
+static constexpr const char* CREATION_OF_TABLE = "CREATE TABLE ";
+static constexpr const char* CREATION_OF_INDEX = "CREATE INDEX ";
 
 /// SQLite copies rows as they lie there, in their order, and keeps the text of a table from the word for its kind and
 /// its own name on.
+static void appendCopy(std::string& text, const TableText& table) {
+    text += CREATION_OF_TABLE;
+    text += "target." + table.sql.substr(std::strlen(CREATION_OF_TABLE)) + ';';
+    text += "insert into target." + table.name + " select * from main." + table.name + ';';
+}
+
+/// False if an index may be missing.
+static bool listIndices(sqlite3* handle, std::vector<OwnText>& indices) {
+    const Statement statement = prepare(
+        handle, "select name, sql from main.sqlite_master where type='index' and sql is not null order by rowid");
+    int32_t result = SQLITE_NOMEM;
+    while (statement && (result = sqlite3_step(statement.get())) == SQLITE_ROW) {
+        const auto* name = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0));
+        const auto* sql = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 1));
+        if (!name || !sql) {
+            return false;
+        }
+        OwnText index;
+        index.question = std::string("select 0 from target.sqlite_master where type<>'trigger' and name='") + name +
+                         "' collate nocase";
+        index.text = std::string(CREATION_OF_INDEX) + "target." + (sql + std::strlen(CREATION_OF_INDEX));
+        indices.push_back(std::move(index));
+    }
+    return result == SQLITE_DONE;
+}
+
 static Replacement writeReplacement(sqlite3* handle) {
-    static constexpr const char* CREATION = "CREATE TABLE ";
     Replacement texts;
     std::vector<TableText> tables;
-    if (!listTables(handle, tables)) {
+    if (!listTables(handle, tables) || !listIndices(handle, texts.indices)) {
         return texts;
     }
-    texts.question = writeQuestion("target");
-    // The one about the run before goes also where there was no memory for another.
-    texts.identity.append("drop table if exists target.").append(IDENTITY_TABLE).append(";");
+    for (const OwnTable& own : OWN_TABLES) {
+        // The one about the run before goes also where there is none of this run.
+        std::string text = std::string("drop table if exists target.") + own.name + ';';
+        for (const TableText& table : tables) {
+            if (table.name == own.name) {
+                appendCopy(text, table);
+            }
+        }
+        texts.own.push_back({writeQuestion("target", own), std::move(text)});
+    }
     for (const TableText& table : tables) {
-        std::string& text = table.name == IDENTITY_TABLE ? texts.identity : texts.tables;
-        text += "drop table if exists target." + table.name + ';';
-        text += CREATION;
-        text += "target." + table.sql.substr(std::strlen(CREATION)) + ';';
-        text += "insert into target." + table.name + " select * from main." + table.name + ';';
+        if (!isOwn(table.name)) {
+            texts.tables += "drop table if exists target." + table.name + ';';
+            appendCopy(texts.tables, table);
+        }
     }
     return texts;
 }
 
-/// Runs the texts in the transaction of the target. A table of a user's own is never one of those that are replaced.
+/// Runs the texts in the transaction of the target. What is a user's own is never one of those that are replaced.
 static bool replace(sqlite3* handle, const Replacement& texts) {
-    const IdentityPlace identity = findIdentity(handle, texts.question);
-    return identity != IDENTITY_UNKNOWN && run(handle, texts.tables.c_str()) &&
-           (identity == IDENTITY_TAKEN || run(handle, texts.identity.c_str()));
+    std::array<OwnPlace, OWN_TABLES.size()> places{};
+    for (size_t k = 0; k < places.size(); ++k) {
+        places[k] = findOwn(handle, texts.own[k].question);
+        if (places[k] == OWN_UNKNOWN) {
+            return false;
+        }
+    }
+    if (!run(handle, texts.tables.c_str())) {
+        return false;
+    }
+    for (size_t k = 0; k < places.size(); ++k) {
+        if (places[k] != OWN_TAKEN && !run(handle, texts.own[k].text.c_str())) {
+            return false;
+        }
+    }
+    return std::all_of(texts.indices.begin(), texts.indices.end(), [&](const OwnText& index) {
+        const OwnPlace place = findOwn(handle, index.question);
+        return place == OWN_TAKEN || (place == OWN_FREE && run(handle, index.text.c_str()));
+    });
 }
 
 static bool commit(sqlite3* handle, DatabasePatience& patience) {
@@ -432,7 +495,7 @@ static bool copyTables(sqlite3* from, sqlite3* to) {
     std::vector<TableText> tables;
     bool isCopied = listTables(from, tables) && run(to, "BEGIN");
     for (const TableText& table : tables) {
-        if (table.name == IDENTITY_TABLE) {
+        if (isOwn(table.name)) {
             continue;  // of another run, or of somebody else
         }
         isCopied = isCopied && run(to, table.sql.c_str()) && copyRows(from, to, table.name);

@@ -2,6 +2,7 @@
 // Where the database of a run stands: the file that readers know, and the one beside it that rows are kept in until
 // they can take its place. A database aside belongs to one connection, which keeps all others out of it.
 
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -10,8 +11,20 @@ struct sqlite3;
 /// The table of what a run is; all others bear the names of RowTables.
 constexpr const char* GENERAL_TABLE = "GeneralInfo";
 
-/// The table of what a run is known by, which only a database that was written aside has.
-constexpr const char* IDENTITY_TABLE = "TarnveldeRun";
+/// A table that only a database that was written aside has; what a user has made of that name has another shape.
+struct OwnTable {
+    const char* name;
+    const char* shape;  ///< its columns with their types
+};
+
+/// What a run is known by; and, if they are asked for, the units of all columns and the dates of all periods.
+constexpr OwnTable IDENTITY_TABLE = {"TarnveldeRun", "Name TEXT,Value TEXT"};
+constexpr OwnTable UNITS_TABLE = {"TarnveldeUnits", "TableName TEXT,ColumnName TEXT,Unit TEXT"};
+constexpr OwnTable DATES_TABLE = {"TarnveldeDates", "Period INT,Date TEXT,Days DOUBLE"};
+constexpr std::array<OwnTable, 3> OWN_TABLES = {IDENTITY_TABLE, UNITS_TABLE, DATES_TABLE};
+
+/// What the names of indices begin with, ahead of that of their table.
+constexpr const char* INDEX_PREFIX = "TarnveldeIndex";
 
 /// The files of a database.
 struct DatabasePlace {
@@ -48,14 +61,14 @@ bool databaseplace_waitLonger(DatabasePatience& patience);
 /// can't be done; what stands there is then as it was.
 [[nodiscard]] sqlite3* databaseplace_openAside(const DatabasePlace& place, std::string& reason);
 
-/// Takes the table of what another run is known by out of a database, within its transaction. What is not as runs make
-/// it belongs to somebody else, and stays.
-void databaseplace_dropIdentity(sqlite3* handle);
+/// Takes the tables that tell of another run out of a database, within its transaction. What is not as runs make it
+/// belongs to somebody else, and stays.
+void databaseplace_dropOwn(sqlite3* handle);
 
 /// Puts a database aside, whose rows are all committed, into its place, and closes it: as the target, if there is none;
 /// otherwise its tables take the place of those in the target that have their names, all in one transaction; but where
-/// something of a user's own has the name of the identity, that is left away. False with the reason if that can't be
-/// done: the target is as it was then, and the database stays aside.
+/// something of a user's own has the name of a table or an index of ours, that is left away. False with the reason if
+/// that can't be done: the target is as it was then, and the database stays aside.
 [[nodiscard]] bool databaseplace_settle(sqlite3*& handle, const DatabasePlace& place, DatabasePatience& patience,
                                         std::string& reason);
 

@@ -16,7 +16,7 @@
 #include "text/datetime.h"
 #include "text/units.h"
 
-static std::string formatDate(DateTime date) {
+std::string identity_formatDate(DateTime date) {
     const CalendarDate day = datetime_decodeDate(date);
     const int32_t second = datetime_getSecondOfDay(date);
     char text[80];
@@ -37,8 +37,10 @@ std::vector<std::pair<const char*, std::string>> identity_list(const Model& mode
     std::snprintf(sum, sizeof sum, "%016llx", static_cast<unsigned long long>(model.files.inputsSum));
     const double start = model.options.startDateTime;
     std::vector<std::pair<const char*, std::string>> list{
-        {"version", TARNVELDE_VERSION}, {"inputs", sum},
-        {"begin", formatDate(start)},   {"end", formatDate(start + model.clock.newRoutingTime / MS_PER_DAY)},
+        {"version", TARNVELDE_VERSION},
+        {"inputs", sum},
+        {"begin", identity_formatDate(start)},
+        {"end", identity_formatDate(start + model.clock.newRoutingTime / MS_PER_DAY)},
         {"state", getEnd(model)},
     };
     if (model.error.code != ERR_NONE) {

@@ -6,7 +6,12 @@
 #include <utility>
 #include <vector>
 
+#include "text/datetime.h"
+
 struct Model;
+
+/// "2021-03-01 06:00:00".
+[[nodiscard]] std::string identity_formatDate(DateTime date);
 
 /// Names and values, as the run stands now.
 [[nodiscard]] std::vector<std::pair<const char*, std::string>> identity_list(const Model& model);

@@ -1,4 +1,4 @@
-// Fuzzer of the program's reader of results: whatever a file holds, a binary one or a database, it is read or refused
+// Fuzzer of the program's readers of results: whatever a file holds, of all three kinds, it is read or refused
 // by a message, without a crash, a hang or a leak. Each change goes into a whole file, and what is read of it is walked
 // through as `tarnvelde results` does.
 
@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "byobject.h"
 #include "resultfile.h"
 #include "support/generate.h"
 #include "support/tempfolder.h"
@@ -19,7 +20,7 @@ constexpr uint64_t MOST_ROWS = 2000;
 
 struct Origin {
     TempFolder folder;
-    std::string binary, database;
+    std::string binary, database, byObject;
 
     Origin() {
         const std::string text =
@@ -36,13 +37,20 @@ struct Origin {
         tv_free(model);
         binary = readFile(results);
         database = readFile(rows);
+        ResultFile file;
+        result_open(file, results);
+        byobject_write(file, folder.file("a.tvo"));
+        byObject = readFile(folder.file("a.tvo"));
     }
 };
 
 /// Each four bytes of the input: a place, and what becomes of the byte there. The first one of all tells which kind of
 /// file is meant, and whether its end is cut off.
 std::string makeFile(const Origin& origin, const uint8_t* data, size_t size) {
-    std::string bytes = size > 0 && data[0] & 1 ? origin.database : origin.binary;
+    std::string bytes = size == 0      ? origin.binary
+                        : data[0] & 16 ? origin.byObject
+                        : data[0] & 1  ? origin.database
+                                       : origin.binary;
     for (size_t k = 1; k + 4 <= size; k += 4) {
         const size_t place = (size_t{data[k]} << 16 | size_t{data[k + 1]} << 8 | data[k + 2]);
         // Counts and places of a binary file stand at its ends, those of a database at the front of its pages.

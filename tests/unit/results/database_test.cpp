@@ -433,6 +433,23 @@ TEST(Database, APeriodWithoutAStepFailsItsRows) {
     EXPECT_EQ(ask(getDatabase(project), "select count(*) from Junction"), "1\n");
 }
 
+TEST(Database, APeriodWithoutAStepFailsItsRowsInFullToo) {
+    Project project(getDelayedProject("REPORT_STEP 0:01:00\nREPORT_AVERAGE YES\n"));
+    project.open();
+    testModel().database->form = FORM_FULL;
+    tarnvelde_start(2);
+    double elapsed = 0.0;
+    EXPECT_EQ(tarnvelde_step(&elapsed), 0);
+    results_write(testModel());
+    EXPECT_EQ(testModel().error.code, ERR_DATABASE_SQL);
+    tarnvelde_end();
+    tarnvelde_close();
+    testModel().database->form = 0;
+    EXPECT_EQ(countMessages(project.getReport()), 3);
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from System"), "2\n");
+    EXPECT_EQ(ask(getDatabase(project), "select count(*) from Junction"), "1\n");
+}
+
 TEST(Database, AFileThatCannotBeOpenedLeavesAllOut) {
     Project project(getDelayedProject());
     std::filesystem::create_directory(getDatabase(project));
