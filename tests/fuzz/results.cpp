@@ -44,6 +44,22 @@ struct Origin {
     }
 };
 
+/// Puts the checksum of a file by object right, without which nothing of a changed head is believed.
+void repairChecksum(std::string& bytes) {
+    constexpr size_t SERIES_PLACE = 56;
+    const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+    uint64_t series = 0;
+    for (size_t k = 8; k-- > 0 && bytes.size() > 80;) {
+        series = series << 8 | data[SERIES_PLACE + k];
+    }
+    if (series > 0 && series <= bytes.size() - RESULT_OBJECTS_CLOSING) {
+        const uint32_t sum = result_addChecksum(0, data, static_cast<size_t>(series));
+        for (size_t k = 0; k < 4; ++k) {
+            bytes[bytes.size() - RESULT_OBJECTS_CLOSING + k] = static_cast<char>(sum >> (8 * k));
+        }
+    }
+}
+
 /// Each four bytes of the input: a place, and what becomes of the byte there. The first one of all tells which kind of
 /// file is meant, and whether its end is cut off.
 std::string makeFile(const Origin& origin, const uint8_t* data, size_t size) {
@@ -60,6 +76,9 @@ std::string makeFile(const Origin& origin, const uint8_t* data, size_t size) {
     }
     if (size > 2 && data[0] & 8) {
         bytes.resize(bytes.size() * data[1] / 255);
+    }
+    if (size > 0 && data[0] & 32) {
+        repairChecksum(bytes);
     }
     return bytes;
 }
