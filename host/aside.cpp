@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <utility>
 
 #include "files.h"
 
@@ -99,11 +100,14 @@ bool syncFolder(const fs::path& target) {
     return opened.number < 0 || fsync(opened.number) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
-/// Writes into the open file aside and gives it the target's name. False with errno.
-bool fillAndMove(Descriptor& file, const std::string& aside, const fs::path& target, const std::string& bytes) {
-    return ftruncate(file.number, 0) == 0 && writeAll(file.number, bytes) &&
-           fchmod(file.number, getMode(target.string())) == 0 && fsync(file.number) == 0 && file.close() &&
-           std::rename(aside.c_str(), target.c_str()) == 0;
+/// Gives the file aside its target's name, with its bytes on the disk. False with errno.
+bool moveInPlace(Descriptor& file, const AsideFile& aside) {
+    return fchmod(file.number, getMode(aside.target)) == 0 && fsync(file.number) == 0 && file.close() &&
+           std::rename(aside.aside.c_str(), aside.target.c_str()) == 0;
+}
+
+std::string describeFailure(const std::string& name, const std::string& reason) {
+    return "cannot write " + name + ": " + reason;
 }
 
 }  // namespace
@@ -112,36 +116,77 @@ std::string aside_getName(const std::string& name) {
     return addEnding(followLinks(name)).string();
 }
 
-std::string aside_write(const std::string& name, const std::string& bytes) {
+AsideFile::~AsideFile() {
+    if (!aside.empty()) {
+        unlink(aside.c_str());
+    }
+    const Descriptor opened(file), locked(lock);
+}
+
+AsideFile::AsideFile(AsideFile&& other) noexcept
+    : name(std::move(other.name)),
+      target(std::move(other.target)),
+      aside(std::exchange(other.aside, {})),
+      file(std::exchange(other.file, -1)),
+      lock(std::exchange(other.lock, -1)) {}
+
+std::string aside_begin(AsideFile& aside, const std::string& name) {
     const fs::path target = followLinks(name);
-    const std::string aside = addEnding(target).string();
-    const std::string failure = "cannot write " + name + ": ";
+    const std::string beside = addEnding(target).string();
     std::error_code error;
     if (fs::is_symlink(target, error)) {
-        return failure + std::strerror(ELOOP);
+        return describeFailure(name, std::strerror(ELOOP));
     }
     if (files_exists(name) && !files_isRegular(name)) {
-        return failure + "it is no file";
+        return describeFailure(name, "it is no file");
     }
     if (files_exists(name) && access(name.c_str(), W_OK) != 0) {
-        return failure + std::strerror(errno);
+        return describeFailure(name, std::strerror(errno));
     }
     constexpr int FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;  // no link, no waiting at a pipe
-    Descriptor file(open(aside.c_str(), FLAGS, 0600));
+    Descriptor file(open(beside.c_str(), FLAGS, 0600));
     if (file.number < 0) {
         const int reason = errno;
-        return failure + (files_exists(aside) ? aside + " is in the way: " : "") + std::strerror(reason);
+        return describeFailure(name, (files_exists(beside) ? beside + " is in the way: " : "") + std::strerror(reason));
     }
     // The second descriptor holds the lock until the file has its name; closing the first one tells of a full disk.
-    const Descriptor lock(fcntl(file.number, F_DUPFD_CLOEXEC, 0));
+    Descriptor lock(fcntl(file.number, F_DUPFD_CLOEXEC, 0));
     const bool isTaken = lock.number >= 0 && flock(lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (isTaken || !isOnlyHere(file.number, aside)) {
-        return failure + aside + " is in the way" + (isTaken ? ": another program is writing it" : "");
+    if (isTaken || !isOnlyHere(file.number, beside)) {
+        return describeFailure(name, beside + " is in the way" + (isTaken ? ": another program is writing it" : ""));
     }
-    if (!fillAndMove(file, aside, target, bytes)) {
+    if (ftruncate(file.number, 0) != 0) {
         const int reason = errno;
-        unlink(aside.c_str());
-        return failure + std::strerror(reason);
+        unlink(beside.c_str());
+        return describeFailure(name, std::strerror(reason));
     }
-    return syncFolder(target) ? std::string() : failure + std::strerror(errno);
+    aside.name = name;
+    aside.target = target.string();
+    aside.aside = beside;
+    aside.file = std::exchange(file.number, -1);
+    aside.lock = std::exchange(lock.number, -1);
+    return {};
+}
+
+std::string aside_end(AsideFile& aside) {
+    Descriptor file(std::exchange(aside.file, -1));
+    if (!moveInPlace(file, aside)) {
+        const int reason = errno;
+        unlink(aside.aside.c_str());
+        aside.aside.clear();
+        return describeFailure(aside.name, std::strerror(reason));
+    }
+    aside.aside.clear();
+    return syncFolder(aside.target) ? std::string() : describeFailure(aside.name, std::strerror(errno));
+}
+
+std::string aside_write(const std::string& name, const std::string& bytes) {
+    AsideFile aside;
+    if (std::string failure = aside_begin(aside, name); !failure.empty()) {
+        return failure;
+    }
+    if (!writeAll(aside.file, bytes)) {
+        return describeFailure(name, std::strerror(errno));
+    }
+    return aside_end(aside);
 }

@@ -10,6 +10,7 @@
 //     tarnvelde stats FILE [--object O ...] [--table T ...] [--column C] [--gap H] [--threshold Q] [--from D] [--to D]
 //                          [--events] [--curve] [--csv | --json]
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
+//     tarnvelde export FILE -o OUT.csv|FOLDER/|OUT.nc|OUT.geojson|OUT.gpkg [--model MODEL.inp] [--object O ...] ...
 //     tarnvelde explain [NAME]
 //     tarnvelde ensemble MODEL.inp TABLE.csv -o FOLDER ...    (by the Python package)
 //     tarnvelde --version
@@ -36,6 +37,7 @@
 #include "dates.h"
 #include "ensemble.h"
 #include "explain.h"
+#include "export.h"
 #include "files.h"
 #include "memory.h"
 #include "picture.h"
@@ -79,7 +81,7 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
     command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
 }
 
-static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
+static void addEngineOptions(CLI::App& command, EngineFolders& folders) {
     command.add_option("--engines", folders.engines, "The folder of the engines inside nodes [that of this program]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
@@ -88,6 +90,10 @@ static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& is
                     "The folder for private copies of engines [that of TMPDIR, else /tmp or /var/tmp]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
+}
+
+static void addCommonOptions(CLI::App& command, EngineFolders& folders, bool& isJson, bool& isStrict) {
+    addEngineOptions(command, folders);
     command.add_flag("--json", isJson, "One JSON object on standard output, for programs");
     command.add_flag("--strict", isStrict, "Exit status 3 if there are warnings, or a balance is red");
 }
@@ -241,6 +247,43 @@ static void addPlotOptions(CLI::App& command, PlotRequest& request) {
         ->check(refuseNoPicture);
 }
 
+static std::string refuseNoExport(const std::string& name) {
+    return export_getForm(name) == ExportForm::NONE
+               ? "an export ends with .csv, .nc, .geojson or .gpkg, or is a folder, not as " + name
+               : "";
+}
+
+static void addExportOptions(CLI::App& command, ExportRequest& request) {
+    command.add_option("FILE", request.file, "The binary results file or the database")->required()->check(refuseEmpty);
+    command
+        .add_option("-o,--output", request.output,
+                    "Where it goes; the form is that of the name: .csv, or a folder, for values divided by commas, a "
+                    "file for each table; .nc for netCDF; .geojson or .gpkg for a map")
+        ->type_name("FILE")
+        ->required()
+        ->check(refuseNoExport);
+    command
+        .add_option("--model", request.model,
+                    "The project of the results: a map takes the network and its coordinates from it")
+        ->type_name("FILE")
+        ->check(refuseEmpty);
+    command.add_option("--object", request.objects, "This object, by its ID; may be given several times")
+        ->type_name("ID")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--table", request.tables, "All objects of this table, as Pipe; likewise")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--column", request.columns, "This column alone; likewise")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    addWindow(command, request.from, request.to);
+    command.add_flag("--long", request.isLong, "One list of all values, in place of a file for each table");
+    addEngineOptions(command, request.engines);
+}
+
 /// A message if the first word is no command: the parser would only call it unexpected.
 static std::string findUnknownCommand(const CLI::App& app, int argumentCount, char** arguments) {
     const std::string first = argumentCount > 1 ? arguments[1] : "--help";
@@ -298,6 +341,10 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* plot = app.add_subcommand("plot", "Draw results over time");
     addPlotOptions(*plot, plotRequest);
 
+    ExportRequest exportRequest;
+    CLI::App* exported = app.add_subcommand("export", "Results in the forms of other programs: CSV, netCDF, maps");
+    addExportOptions(*exported, exportRequest);
+
     app.add_subcommand("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
 
     if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
@@ -320,6 +367,9 @@ static int runCommand(int argumentCount, char** arguments) {
     }
     if (plot->parsed()) {
         return plot_execute(plotRequest);
+    }
+    if (exported->parsed()) {
+        return export_execute(exportRequest);
     }
     if (explain->parsed()) {
         return explain_execute(warning);
