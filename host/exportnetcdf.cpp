@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <set>
 
+#include "characters.h"
 #include "export.h"
 #include "mapfile.h"
 #include "netcdfcalls.h"
@@ -211,8 +212,8 @@ std::string describe(const ResultTable& table, const ResultColumn& column) {
 
 void describeColumn(const NetcdfWork& netcdf, const ResultTable& table, const ResultColumn& column, int variable) {
     const NetcdfFile& file = netcdf.file;
-    putText(file, variable, "long_name", describe(table, column));
-    putText(file, variable, "column", column.name);
+    putText(file, variable, "long_name", characters_toUtf8(describe(table, column)));
+    putText(file, variable, "column", characters_toUtf8(column.name));
     putText(file, variable, "units", getUnit(column.unit));
     if (column.name == "Rainfall") {
         putText(file, variable, "standard_name", "rainfall_rate");

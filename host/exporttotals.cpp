@@ -8,6 +8,7 @@
 #include <cmath>
 #include <limits>
 
+#include "characters.h"
 #include "results.h"
 #include "statsevents.h"
 
@@ -50,7 +51,7 @@ size_t findFlow(const ResultTable& table) {
 
 void planColumn(const ResultTable& table, size_t k, TotalsPlan& plan, MapLayer& layer) {
     const ResultColumn& column = table.columns[plan.part.columns[k]];
-    const std::string name = column.name == "Outfow" ? "Outflow" : column.name;
+    const std::string name = column.name == "Outfow" ? "Outflow" : characters_toUtf8(column.name);
     const auto use = [&](TotalsSource source, size_t place, const std::string& field, const std::string& unit,
                          bool isText = false) {
         plan.uses.push_back({source, place, findField(layer, field, unit, isText)});

@@ -446,6 +446,26 @@ TEST_F(Export, OddNamesStayApart) {
     EXPECT_THAT(dumpVariable(folder.file("odd.nc"), "outfall_time"), ElementsAre("0", "0", "4", "4"));
 }
 
+// Pollutants of an older alphabet: names of netCDF have letters alone, all else is UTF-8.
+TEST_F(Export, PollutantsOfAnyBytes) {
+    std::string text = readFile(model);
+    for (size_t at; (at = text.find("NH4-N")) != std::string::npos;) {
+        text.replace(at, 5, "\xE4'\"");
+    }
+    const std::string odd = folder.write("odd.inp", text + "[MAP]\nCRS EPSG:4326\nNODE J1 1 2\nNODE O_1 3 4\n");
+    ASSERT_EQ(runProgram({"run", odd, "--quiet"}).status, 0);
+    const std::string results = folder.file("odd.bin"), package = folder.file("odd.gpkg");
+    expectDone({"export", results, "-o", folder.file("odd.nc")});
+    EXPECT_THAT(dumpVariable(folder.file("odd.nc"), "outfall_____"), ElementsAre("0", "0", "4", "4"));
+    EXPECT_THAT(dumpHead(folder.file("odd.nc")), HasSubstr("outfall_____:column = \"\xC3\xA4\\'\\\"\" ;"));
+    expectDone({"export", results, "-o", package, "--model", odd});
+    EXPECT_EQ(query(package, "select name from pragma_table_info('nodes') where name like 'load%'"),
+              "load_\xC3\xA4'\"\n");
+    EXPECT_EQ(query(package, "select round(\"load_\xC3\xA4'\"\"\", 6) from nodes where id = 'O_1'"), "0.24\n");
+    expectDone({"export", results, "-o", folder.file("odd.geojson"), "--model", odd});
+    EXPECT_THAT(readFile(folder.file("odd.geojson")), HasSubstr("\"load_\xC3\xA4'\\\"\": 0.24"));
+}
+
 // --- what can't be done --------------------------------------------------------------------------------------------
 
 TEST_F(Export, WordsThatDontGoTogether) {

@@ -72,7 +72,7 @@ TEST(HostUsage, AnUnknownCommandNamesThoseThereAre) {
     EXPECT_THAT(
         result.err,
         HasSubstr(
-            "tarnvelde: there is no command foo\nCommands: run, check, explain, results, stats, plot, ensemble\n"));
+            "tarnvelde: there is no command foo\nCommands: run, check, explain, results, stats, plot, export, ensemble\n"));
 }
 
 TEST(HostUsage, ASlipOfTheFingerIsUnderstood) {
