@@ -237,6 +237,8 @@ void defineColumn(NetcdfWork& netcdf, PartVariables& variables, const ResultTabl
     demand(file, file.calls.def_var(file.id, name.c_str(), NC_FLOAT, count, dimensions.data(), &variable));
     demand(file, file.calls.def_var_chunking(file.id, variable, NC_CHUNKED, piece.data()));
     demand(file, file.calls.def_var_deflate(file.id, variable, 1, 1, DEFLATION));
+    // Pieces are written whole, one after the other: there is nothing to keep of them.
+    demand(file, file.calls.set_var_chunk_cache(file.id, variable, sizeof(float) * PIECE, 1, 1.0F));
     const float none = std::nanf("");
     demand(file, file.calls.def_var_fill(file.id, variable, NC_FILL, &none));
     describeColumn(netcdf, table, table.columns[column], variable);

@@ -11,7 +11,8 @@
 // Functions in use, as netcdf.h declares them, without their "nc_".
 #define NETCDF_CALLS(use)                                                                                         \
     use(close) use(create) use(def_dim) use(def_var) use(def_var_chunking) use(def_var_deflate) use(def_var_fill) \
-        use(enddef) use(put_att_text) use(put_var_double) use(put_var_string) use(put_vara_float) use(strerror)
+        use(enddef) use(put_att_text) use(put_var_double) use(put_var_string) use(put_vara_float)                 \
+            use(set_var_chunk_cache) use(strerror)
 
 /// The library and its functions. It stays open till the process ends, as it keeps things of its own.
 struct NetcdfCalls {
