@@ -132,7 +132,9 @@ AsideFile::AsideFile(AsideFile&& other) noexcept
 
 std::string aside_begin(AsideFile& aside, const std::string& name) {
     const fs::path target = followLinks(name);
-    const std::string beside = addEnding(target).string();
+    std::string beside = addEnding(target).string();
+    aside.name = name;  // ahead of the file: what finds no memory leaves none behind
+    aside.target = target.string();
     std::error_code error;
     if (fs::is_symlink(target, error)) {
         return describeFailure(name, std::strerror(ELOOP));
@@ -160,9 +162,7 @@ std::string aside_begin(AsideFile& aside, const std::string& name) {
         unlink(beside.c_str());
         return describeFailure(name, std::strerror(reason));
     }
-    aside.name = name;
-    aside.target = target.string();
-    aside.aside = beside;
+    aside.aside = std::move(beside);
     aside.file = std::exchange(file.number, -1);
     aside.lock = std::exchange(lock.number, -1);
     return {};

@@ -4,11 +4,18 @@
 // A series of one object is what is mostly read, so pieces of the file hold many times of few objects. Results are
 // walked through in blocks of such pieces: some thousand times, and as many objects as have room.
 
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
-#include <cstdlib>
+#include <cstring>
 #include <filesystem>
+#include <limits>
+#include <new>
 #include <set>
 
 #include "characters.h"
@@ -33,10 +40,9 @@ constexpr size_t PIECE = size_t{1} << 16;       ///< values of a piece at most
 constexpr uint64_t BLOCK = uint64_t{64} << 20;  ///< bytes of a block
 constexpr int DEFLATION = 4;                    ///< of 9
 
-/// A file on its way. One that fails is left open till the process ends, and only taken back as a file aside: to close
-/// it, the library would write once more, and where the disk is full it falls over that.
+/// A file on its way. One that fails is left as it is: to close it, the library would write once more.
 struct NetcdfFile {
-    AsideFile aside;
+    const AsideFile& aside;
     NetcdfCalls calls{};
     int id = -1;
 };
@@ -112,7 +118,7 @@ struct PartVariables {
 
 struct NetcdfWork {
     const ExportWork& work;
-    NetcdfFile file{};
+    NetcdfFile file;
     std::vector<int64_t> times{};  ///< s since 30 December 1899, one after the other
     int64_t start = 0;             ///< s since then
     int timeDimension = -1, timeVariable = -1;
@@ -359,19 +365,16 @@ void writePart(const NetcdfWork& netcdf, const PartVariables& variables) {
     }
 }
 
-}  // namespace
-
-void exportnetcdf_write(const ExportWork& work) {
-    NetcdfWork netcdf{work};
-    netcdf.times = readTimes(work);
-    netcdf.start = export_getTime(work.file, work.file.startDate);
-    netcdf.means = readMeans(work.request);
+void writeFile(const ExportWork& work, const AsideFile& aside) {
+    NetcdfWork netcdf{work, {aside}};
     NetcdfFile& file = netcdf.file;
     if (const std::string failure = netcdfcalls_open(file.calls); !failure.empty()) {
         throw ResultError("cannot write " + work.request.output + ": " + failure);
     }
-    export_refuse(aside_begin(file.aside, work.request.output));
-    demand(file, file.calls.create(file.aside.aside.c_str(), NC_NETCDF4 | NC_CLOBBER, &file.id));
+    netcdf.times = readTimes(work);
+    netcdf.start = export_getTime(work.file, work.file.startDate);
+    netcdf.means = readMeans(work.request);
+    demand(file, file.calls.create(aside.aside.c_str(), NC_NETCDF4 | NC_CLOBBER, &file.id));
     describeFile(netcdf);
     defineTime(netcdf);
     for (const ResultPart& part : work.parts) {
@@ -384,7 +387,76 @@ void exportnetcdf_write(const ExportWork& work) {
         writePart(netcdf, variables);
     }
     demand(file, file.calls.close(file.id));
-    export_refuse(aside_end(file.aside));
+}
+
+// --- a process of its own ------------------------------------------------------------------------------------------
+
+enum WriterStatus : int { WRITER_DONE = 0, WRITER_FAILED = 1, WRITER_WITHOUT_MEMORY = 2 };
+
+/// What the process does that writes: its status. Why it fails goes into a pipe.
+int runWriter(const ExportWork& work, const AsideFile& aside, int pipe) {
+    try {
+        writeFile(work, aside);
+        return WRITER_DONE;
+    } catch (const ResultError& error) {
+        const ssize_t written = write(pipe, error.what(), std::strlen(error.what()));
+        return written < 0 ? WRITER_WITHOUT_MEMORY : WRITER_FAILED;
+    } catch (const std::bad_alloc&) {
+        return WRITER_WITHOUT_MEMORY;
+    }
+}
+
+/// All that the other process says.
+std::string readMessage(int pipe) {
+    std::string message;
+    std::array<char, 512> bytes{};
+    for (;;) {
+        const ssize_t count = read(pipe, bytes.data(), bytes.size());
+        if (count <= 0 && !(count < 0 && errno == EINTR)) {
+            return message;
+        }
+        message.append(bytes.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    }
+}
+
+int waitFor(pid_t child) {
+    int state = 0;
+    while (waitpid(child, &state, 0) < 0 && errno == EINTR) {
+    }
+    return state;
+}
+
+}  // namespace
+
+// The library falls over where the disk is full or memory is short, at the latest at the end of its process: so it gets
+// one that may.
+void exportnetcdf_write(const ExportWork& work) {
+    const std::string failure = "cannot write " + work.request.output + ": ";
+    AsideFile aside;
+    export_refuse(aside_begin(aside, work.request.output));
+    std::array<int, 2> ends{};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) {
+        throw ResultError(failure + std::strerror(errno));
+    }
+    const pid_t child = fork();
+    if (child == 0) {
+        _exit(runWriter(work, aside, ends[1]));
+    }
+    const int reason = errno;
+    close(ends[1]);
+    const std::string message = child < 0 ? failure + std::strerror(reason) : readMessage(ends[0]);
+    close(ends[0]);
+    export_refuse(child < 0 ? message : "");
+    const int state = waitFor(child);
+    if (WIFEXITED(state) && WEXITSTATUS(state) == WRITER_DONE) {
+        export_refuse(aside_end(aside));
+        return;
+    }
+    if (WIFEXITED(state) && WEXITSTATUS(state) == WRITER_WITHOUT_MEMORY) {
+        throw std::bad_alloc();
+    }
+    throw ResultError(!message.empty() ? message
+                                       : failure + "the netCDF library failed; memory or the disk may be short");
 }
 
 #endif

@@ -16,11 +16,6 @@ std::string netcdfcalls_open(NetcdfCalls& calls) {
         const char* const reason = dlerror();
         return "the netCDF library can't be loaded: " + std::string(reason == nullptr ? "" : reason);
     }
-    // Nor may it close its files once more at the end of the process: of one that a full disk has cut it falls over
-    // that.
-    if (void* const call = dlsym(library, "H5dont_atexit"); call != nullptr) {
-        (void)reinterpret_cast<int (*)()>(call)();
-    }
 #define NETCDF_CALL(name)                                                             \
     calls.name = reinterpret_cast<decltype(calls.name)>(dlsym(library, "nc_" #name)); \
     if (calls.name == nullptr) {                                                      \

@@ -46,6 +46,7 @@ TEST_P(Refusals, EndInAMessageAndAStatus) {
                    : argument == "DB"    ? database
                    : argument == "MODEL" ? model
                    : argument == "SVG"   ? folder.file("a.svg")
+                   : argument == "NC"    ? folder.file("a.nc")
                                          : argument;
     }
     const ProcessResult whole = runRefused(work, arguments, 0, false);
@@ -79,6 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"run", "MODEL", "--json", "--balances"},
                     std::vector<std::string>{"run", "MODEL", "--database"},
                     std::vector<std::string>{"results", "BIN", "--csv"},
+                    std::vector<std::string>{"export", "BIN", "-o", "NC"},
                     std::vector<std::string>{"results", "DB", "--summary", "--json"},
                     std::vector<std::string>{"plot", "BIN", "--object", "J1", "--column", "TotInflow", "-o", "SVG"}),
     [](const testing::TestParamInfo<std::vector<std::string>>& arguments) {
