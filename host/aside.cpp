@@ -100,90 +100,84 @@ bool syncFolder(const fs::path& target) {
     return opened.number < 0 || fsync(opened.number) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
+/// Gives the file aside its target's name, with its bytes on the disk. False with errno.
+bool moveInPlace(Descriptor& file, const AsideFile& aside) {
+    return fchmod(file.number, getMode(aside.target)) == 0 && fsync(file.number) == 0 && file.close() &&
+           std::rename(aside.aside.c_str(), aside.target.c_str()) == 0;
+}
+
+std::string describeFailure(const std::string& name, const std::string& reason) {
+    return "cannot write " + name + ": " + reason;
+}
+
 }  // namespace
-
-/// A file on its way.
-struct AsideFile {
-    std::string name;  ///< as it was given
-    fs::path target;
-    std::string place;  ///< aside
-    Descriptor file{-1};
-    Descriptor lock{-1};   ///< holds the lock until the file has its name; closing the other one tells of a full disk
-    bool isThere = false;  ///< aside, and ours to take away
-};
-
-void AsideEnd::operator()(AsideFile* file) const {
-    if (file->isThere) {
-        unlink(file->place.c_str());
-    }
-    delete file;
-}
-
-static std::string describeFailure(const std::string& name) {
-    return "cannot write " + name + ": ";
-}
-
-/// What failed of a file that goes by that, by errno.
-static std::string giveUp(AsideFile& file) {
-    const int reason = errno;
-    unlink(file.place.c_str());
-    file.isThere = false;
-    return describeFailure(file.name) + std::strerror(reason);
-}
 
 std::string aside_getName(const std::string& name) {
     return addEnding(followLinks(name)).string();
 }
 
-AsideHandle aside_begin(const std::string& name, std::string& failure) {
-    AsideHandle handle(new AsideFile);
-    AsideFile& file = *handle;
-    file.name = name;
-    file.target = followLinks(name);
-    file.place = addEnding(file.target).string();
-    failure = describeFailure(name);
+AsideFile::~AsideFile() {
+    if (!aside.empty()) {
+        unlink(aside.c_str());
+    }
+    const Descriptor opened(file), locked(lock);
+}
+
+AsideFile::AsideFile(AsideFile&& other) noexcept
+    : name(std::move(other.name)),
+      target(std::move(other.target)),
+      aside(std::exchange(other.aside, {})),
+      file(std::exchange(other.file, -1)),
+      lock(std::exchange(other.lock, -1)) {}
+
+std::string aside_begin(AsideFile& aside, const std::string& name) {
+    const fs::path target = followLinks(name);
+    std::string beside = addEnding(target).string();
+    aside.name = name;  // ahead of the file: what finds no memory leaves none behind
+    aside.target = target.string();
     std::error_code error;
-    if (fs::is_symlink(file.target, error)) {
-        failure += std::strerror(ELOOP);
-        return nullptr;
+    if (fs::is_symlink(target, error)) {
+        return describeFailure(name, std::strerror(ELOOP));
     }
     if (files_exists(name) && !files_isRegular(name)) {
-        failure += "it is no file";
-        return nullptr;
+        return describeFailure(name, "it is no file");
     }
     if (files_exists(name) && access(name.c_str(), W_OK) != 0) {
-        failure += std::strerror(errno);
-        return nullptr;
+        return describeFailure(name, std::strerror(errno));
     }
     constexpr int FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;  // no link, no waiting at a pipe
-    file.file.number = open(file.place.c_str(), FLAGS, 0600);
-    if (file.file.number < 0) {
+    Descriptor file(open(beside.c_str(), FLAGS, 0600));
+    if (file.number < 0) {
         const int reason = errno;
-        failure += (files_exists(file.place) ? file.place + " is in the way: " : "") + std::strerror(reason);
-        return nullptr;
+        return describeFailure(name, (files_exists(beside) ? beside + " is in the way: " : "") + std::strerror(reason));
     }
-    file.lock.number = fcntl(file.file.number, F_DUPFD_CLOEXEC, 0);
-    const bool isTaken =
-        file.lock.number >= 0 && flock(file.lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (isTaken || !isOnlyHere(file.file.number, file.place)) {
-        failure += file.place + " is in the way" + (isTaken ? ": another program is writing it" : "");
-        return nullptr;
+    // The second descriptor holds the lock until the file has its name; closing the first one tells of a full disk.
+    Descriptor lock(fcntl(file.number, F_DUPFD_CLOEXEC, 0));
+    const bool isTaken = lock.number >= 0 && flock(lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    if (isTaken || !isOnlyHere(file.number, beside)) {
+        return describeFailure(name, beside + " is in the way" + (isTaken ? ": another program is writing it" : ""));
     }
-    file.isThere = true;
-    failure = ftruncate(file.file.number, 0) == 0 ? std::string() : giveUp(file);
-    return file.isThere ? std::move(handle) : nullptr;
+    if (ftruncate(file.number, 0) != 0) {
+        const int reason = errno;
+        unlink(beside.c_str());
+        return describeFailure(name, std::strerror(reason));
+    }
+    aside.aside = std::move(beside);
+    aside.file = std::exchange(file.number, -1);
+    aside.lock = std::exchange(lock.number, -1);
+    return {};
 }
 
-std::string aside_append(AsideFile& file, const std::string& bytes) {
-    return writeAll(file.file.number, bytes) ? std::string() : giveUp(file);
+std::string aside_append(AsideFile& aside, const std::string& bytes) {
+    return writeAll(aside.file, bytes) ? std::string() : describeFailure(aside.name, std::strerror(errno));
 }
 
-std::string aside_writeAt(AsideFile& file, uint64_t place, const void* bytes, size_t size) {
+std::string aside_writeAt(AsideFile& aside, uint64_t place, const void* bytes, size_t size) {
     const auto* at = static_cast<const char*>(bytes);
     while (size > 0) {
-        const ssize_t written = pwrite(file.file.number, at, size, static_cast<off_t>(place));
+        const ssize_t written = pwrite(aside.file, at, size, static_cast<off_t>(place));
         if (written < 0 && errno != EINTR) {
-            return giveUp(file);
+            return describeFailure(aside.name, std::strerror(errno));
         }
         const size_t done = written > 0 ? static_cast<size_t>(written) : 0;
         at += done;
@@ -193,22 +187,23 @@ std::string aside_writeAt(AsideFile& file, uint64_t place, const void* bytes, si
     return {};
 }
 
-std::string aside_end(AsideFile& file) {
-    const bool isPlaced = fchmod(file.file.number, getMode(file.target.string())) == 0 &&
-                          fsync(file.file.number) == 0 && file.file.close() &&
-                          std::rename(file.place.c_str(), file.target.c_str()) == 0;
-    if (!isPlaced) {
-        return giveUp(file);
+std::string aside_end(AsideFile& aside) {
+    Descriptor file(std::exchange(aside.file, -1));
+    if (!moveInPlace(file, aside)) {
+        const int reason = errno;
+        unlink(aside.aside.c_str());
+        aside.aside.clear();
+        return describeFailure(aside.name, std::strerror(reason));
     }
-    file.isThere = false;
-    return syncFolder(file.target) ? std::string() : describeFailure(file.name) + std::strerror(errno);
+    aside.aside.clear();
+    return syncFolder(aside.target) ? std::string() : describeFailure(aside.name, std::strerror(errno));
 }
 
 std::string aside_write(const std::string& name, const std::string& bytes) {
-    std::string failure;
-    const AsideHandle file = aside_begin(name, failure);
-    if (file) {
-        failure = aside_append(*file, bytes);
+    AsideFile aside;
+    if (std::string failure = aside_begin(aside, name); !failure.empty()) {
+        return failure;
     }
-    return failure.empty() ? aside_end(*file) : failure;
+    const std::string failure = aside_append(aside, bytes);
+    return failure.empty() ? aside_end(aside) : failure;
 }

@@ -24,7 +24,7 @@ constexpr uint64_t WORTH_A_CALL = 4096;               ///< values
 /// A file by object on its way.
 struct Target {
     const ResultFile& results;
-    AsideHandle file;
+    AsideFile file{};
     uint32_t dates = DATES_LISTED;
     uint64_t datesPlace = 0;             ///< 0 if they aren't listed
     uint64_t index = 0, series = 0;      ///< places
@@ -33,7 +33,7 @@ struct Target {
     std::vector<unsigned char> bytes{};  ///< on their way into the file
 
     void write(uint64_t place, const void* data, size_t size) {
-        const std::string failure = aside_writeAt(*file, place, data, size);
+        const std::string failure = aside_writeAt(file, place, data, size);
         if (!failure.empty()) {
             throw ResultError(failure);
         }
@@ -337,9 +337,8 @@ void byobject_write(const ResultFile& results, const std::string& target) {
     if (results.kind == ResultKind::BY_OBJECT) {
         throw ResultError(results.name + " is by object already");
     }
-    std::string failure;
-    Target made{results, aside_begin(target, failure)};
-    if (!made.file) {
+    Target made{results};
+    if (const std::string failure = aside_begin(made.file, target); !failure.empty()) {
         throw ResultError(failure);
     }
     survey(made);
@@ -350,7 +349,7 @@ void byobject_write(const ResultFile& results, const std::string& target) {
     for (size_t t = 0; t < made.tables.size(); ++t) {
         writeTable(made, t);
     }
-    if (failure = aside_end(*made.file); !failure.empty()) {
+    if (const std::string failure = aside_end(made.file); !failure.empty()) {
         throw ResultError(failure);
     }
 }

@@ -31,7 +31,7 @@ struct LidFile {
     std::string name;
     LidTable table;
     std::vector<std::string> cells{};  ///< names of the units, for values divided by commas
-    AsideHandle aside{};
+    AsideFile aside{};
     std::unique_ptr<sqlite3, DatabaseEnd> database{};  ///< none for values divided by commas
     Statement systemRow{}, unitRow{};
     int64_t rows = 0;  ///< in the transaction that is open
@@ -179,15 +179,15 @@ static std::string closeDatabase(LidFile& file) {
 LidFileHandle lidfile_begin(const std::string& name, const LidTable& table, std::string& failure) {
     LidFileHandle handle(new LidFile{name, table});
     LidFile& file = *handle;
-    file.aside = aside_begin(name, failure);
-    if (!file.aside) {
+    failure = aside_begin(file.aside, name);
+    if (!failure.empty()) {
         return nullptr;
     }
     if (isCsv(name)) {
         for (const std::string& unit : table.units) {
             file.cells.push_back(characters_quoteCsv(unit));
         }
-        failure = aside_append(*file.aside, makeTitles(table));
+        failure = aside_append(file.aside, makeTitles(table));
     } else {
         failure = openDatabase(file);
     }
@@ -196,12 +196,12 @@ LidFileHandle lidfile_begin(const std::string& name, const LidTable& table, std:
 
 std::string lidfile_add(LidFile& file, const LidReport& report) {
     if (!file.database) {
-        return aside_append(*file.aside, makeLines(file, report));
+        return aside_append(file.aside, makeLines(file, report));
     }
     return insertReport(file, report) ? std::string() : describeFailure(file);
 }
 
 std::string lidfile_end(LidFile& file) {
     const std::string failure = file.database ? closeDatabase(file) : std::string();
-    return failure.empty() ? aside_end(*file.aside) : failure;
+    return failure.empty() ? aside_end(file.aside) : failure;
 }

@@ -16,6 +16,7 @@
 //     tarnvelde report MODEL.inp|RESULTS [--compare OTHER] [--model MODEL.inp] [-o PAGE.html] [--title T]
 //                      [--data-limit MB] [--gap H] [--threshold Q] [--template F] [--balances] [--threads N]
 //                      [--engines D] [--scratch D] [--quiet]
+//     tarnvelde export FILE -o OUT.csv|FOLDER/|OUT.nc|OUT.geojson|OUT.gpkg [--model MODEL.inp] [--object O ...] ...
 //     tarnvelde explain [NAME]
 //     tarnvelde ensemble MODEL.inp TABLE.csv -o FOLDER ...    (by the Python package)
 //     tarnvelde --version
@@ -43,6 +44,7 @@
 #include "dates.h"
 #include "ensemble.h"
 #include "explain.h"
+#include "export.h"
 #include "files.h"
 #include "memory.h"
 #include "page.h"
@@ -354,6 +356,43 @@ static void addPageOptions(CLI::App& command, PageRequest& request) {
     command.add_flag("--quiet", request.isQuiet, "Nothing on standard output, nor about balances that are green");
 }
 
+static std::string refuseNoExport(const std::string& name) {
+    return export_getForm(name) == ExportForm::NONE
+               ? "an export ends with .csv, .nc, .geojson or .gpkg, or is a folder, not as " + name
+               : "";
+}
+
+static void addExportOptions(CLI::App& command, ExportRequest& request) {
+    command.add_option("FILE", request.file, "The results, of any kind")->required()->check(refuseEmpty);
+    command
+        .add_option("-o,--output", request.output,
+                    "Where it goes; the form is that of the name: .csv, or a folder, for values divided by commas, a "
+                    "file for each table; .nc for netCDF; .geojson or .gpkg for a map")
+        ->type_name("FILE")
+        ->required()
+        ->check(refuseNoExport);
+    command
+        .add_option("--model", request.model,
+                    "The project of the results: a map takes the network and its coordinates from it")
+        ->type_name("FILE")
+        ->check(refuseEmpty);
+    command.add_option("--object", request.objects, "This object, by its ID; may be given several times")
+        ->type_name("ID")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--table", request.tables, "All objects of this table, as Pipe; likewise")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    command.add_option("--column", request.columns, "This column alone; likewise")
+        ->type_name("NAME")
+        ->allow_extra_args(false)
+        ->check(refuseEmpty);
+    addWindow(command, request.from, request.to);
+    command.add_flag("--long", request.isLong, "One list of all values, in place of a file for each table");
+    addEngines(command, request.engines);
+}
+
 /// A message if the first word is no command: the parser would only call it unexpected.
 static std::string findUnknownCommand(const CLI::App& app, int argumentCount, char** arguments) {
     const std::string first = argumentCount > 1 ? arguments[1] : "--help";
@@ -415,6 +454,10 @@ static int runCommand(int argumentCount, char** arguments) {
     CLI::App* page = app.add_subcommand("report", "Write a page with all that there is to see of a run");
     addPageOptions(*page, pageRequest);
 
+    ExportRequest exportRequest;
+    CLI::App* exported = app.add_subcommand("export", "Results in the forms of other programs: CSV, netCDF, maps");
+    addExportOptions(*exported, exportRequest);
+
     app.add_subcommand("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
 
     if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
@@ -442,6 +485,9 @@ static int runCommand(int argumentCount, char** arguments) {
     }
     if (page->parsed()) {
         return page_execute(pageRequest);
+    }
+    if (exported->parsed()) {
+        return export_execute(exportRequest);
     }
     if (explain->parsed()) {
         return explain_execute(warning);

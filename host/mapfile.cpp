@@ -217,6 +217,11 @@ bool readPoints(MapWork& work, const MapLine& line, ShapeKind kind, std::vector<
     for (size_t k = 0; k < numbers.size(); k += 2) {
         points.push_back({numbers[k], numbers[k + 1]});
     }
+    const bool isClosed = kind == SHAPE_AREA && points.size() > 1 && points.front().x == points.back().x &&
+                          points.front().y == points.back().y;
+    if (isClosed) {
+        points.pop_back();
+    }
     const std::string failure = refuseCount(kind, points.size());
     if (!failure.empty()) {
         tell(work, line, what + failure);
@@ -373,4 +378,22 @@ ProjectMap map_read(const std::string& project) {
         map.messages.push_back("and " + std::to_string(work.dropped) + " more of [MAP]");
     }
     return map;
+}
+
+std::string map_readOption(const std::string& project, const std::string& option) {
+    std::string value;
+    std::ifstream file;
+    if (files_isRegular(project)) {
+        file.open(project, std::ios::binary);
+    }
+    Piece piece;
+    for (bool isGeneral = false; file.is_open() && readPiece(*file.rdbuf(), piece);) {
+        const std::vector<std::string> words = splitWords(piece.bytes);
+        if (!words.empty() && words[0].starts_with('[')) {
+            isGeneral = fold(words[0]) == "[GENERAL]";
+        } else if (isGeneral && words.size() > 1 && fold(words[0]) == fold(option)) {
+            value = words[1];
+        }
+    }
+    return value;
 }

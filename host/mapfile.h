@@ -13,7 +13,7 @@ struct MapPoint {
 struct MapShape {
     std::string id;  ///< as the object's own line writes it
     std::vector<MapPoint>
-        points;  ///< of a node one; of a link those between its ends; of an area its outline or centre
+        points;  ///< a node's one; those between the ends of a link; an area's outline, not closed, or centre
     int line;    ///< of the project file, as messages of the engine count
 };
 
@@ -25,3 +25,6 @@ struct ProjectMap {
 
 /// Reads the coordinates of a project. What is wrong is told in the messages, and so is a file that can't be read.
 [[nodiscard]] ProjectMap map_read(const std::string& project);
+
+/// What a project says in [GENERAL] of an option, by its last line; empty if it says nothing, or can't be read.
+[[nodiscard]] std::string map_readOption(const std::string& project, const std::string& option);

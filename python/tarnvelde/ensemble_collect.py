@@ -15,6 +15,7 @@ from .errors import UnknownError
 
 if TYPE_CHECKING:
     from .ensemble import Ensemble
+    from .results import Results
 
 _MEMBER = {"long_name": "member of the ensemble", "cf_role": "timeseries_id", "standard_name": "realization"}
 
@@ -204,23 +205,44 @@ def write_parquet(ensemble: Ensemble, path: PathLike, word: str, members: Option
 
 def _long_frame(ensemble: Ensemble, word: str, name: str) -> Tuple[Any, Dict[str, str]]:
     """Results of a class of objects of one member: a row for each time and object."""
+    with ensemble.results(name) as results:
+        long, units = long_frame(results, word)
+    long.insert(0, "member", name)
+    return long, units
+
+
+def long_frame(results: Results, word: str) -> Tuple[Any, Dict[str, str]]:
+    """Results of a class of objects, a row for each time and object, and the units of its columns."""
     import pandas as pd
 
+    owners: Any = getattr(results, word) if word in ("nodes", "links", "subcatchments") else None
+    if owners is None:
+        raise UnknownError(f'results are of nodes, links or subcatchments, not of "{word}"')
     units: Dict[str, str] = {}
-    with ensemble.results(name) as results:
-        owners = getattr(results, word) if word in ("nodes", "links", "subcatchments") else None
-        if owners is None:
-            raise UnknownError(f'results are of nodes, links or subcatchments, not of "{word}"')
-        columns = {}
-        for wanted in owners:
-            title = wanted if isinstance(wanted, str) else f"{wanted[0]}[{wanted[1]}]"
-            frame = owners[wanted].reindex(columns=owners.ids)
-            columns[title] = frame.to_numpy(np.float32).ravel()
-            units[title] = UNITS[frame.attrs.get("unit", "")] if frame.attrs else UNITS[owners[wanted].attrs["unit"]]
-        count = len(owners.ids)
-        long = pd.DataFrame({"member": name, "time": np.repeat(np.asarray(results.times), count),
-                             "id": np.tile(np.array(owners.ids, dtype=object), len(results.times)), **columns})
+    columns = {}
+    for wanted in owners:
+        title = wanted if isinstance(wanted, str) else f"{wanted[0]}[{wanted[1]}]"
+        frame = owners[wanted].reindex(columns=owners.ids)
+        columns[title] = frame.to_numpy(np.float32).ravel()
+        units[title] = UNITS[frame.attrs.get("unit", "")] if frame.attrs else UNITS[owners[wanted].attrs["unit"]]
+    count = len(owners.ids)
+    long = pd.DataFrame({"time": np.repeat(np.asarray(results.times), count),
+                         "id": np.tile(np.array(owners.ids, dtype=object), len(results.times)), **columns})
     return long, units
+
+
+def write_parquet_of_one(results: Results, path: PathLike, word: str) -> None:
+    """Results.to_parquet."""
+    arrow, parquet = _import("a Parquet file", "pyarrow", "pyarrow.parquet")
+    frame, units = long_frame(results, word)
+
+    def write(aside: str) -> None:
+        table = arrow.Table.from_pandas(frame, schema=None, preserve_index=False)
+        table = table.replace_schema_metadata({**(table.schema.metadata or {}), "units": repr(units)})
+        with parquet.ParquetWriter(aside, table.schema) as writer:
+            writer.write_table(table)
+
+    _write_aside(path, write)
 
 
 def lazy_dataset(ensemble: Ensemble, members: Optional[Sequence[str]]) -> Any:

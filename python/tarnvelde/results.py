@@ -134,6 +134,14 @@ class Results:
 
         return dataset_of(self)
 
+    def to_parquet(self, path: PathLike, word: str = "nodes") -> None:
+        """Writes the results of nodes, links or subcatchments into a Parquet file: a row for each time and object, with
+        the columns time, id and one for each variable, single precision; units in its metadata. The file is put in
+        place when it is whole. UnknownError; ImportError without pyarrow."""
+        from .ensemble_collect import write_parquet_of_one
+
+        write_parquet_of_one(self, path, word)
+
     def close(self) -> None:
         """Gives the file back. What was read stays."""
         self._source.close()

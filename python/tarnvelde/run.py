@@ -25,7 +25,7 @@ FileChoice = Union[None, bool, PathLike]
 class Run:
     """A run that is over: its results, balances and messages.
 
-    nodes, links, subcatchments, system, tables, object(), to_xarray(): results as those of Results, period by period.
+    nodes, links, subcatchments, system, tables, object(), to_xarray(), to_parquet(): as those of Results, by period.
     totals: frames of sums, peaks and balances by class ("nodes", "links", "subcatchments", "lid_units", "system").
     balance: the verdict, see Model.balance; causes: what makes the errors. messages, warnings: what the engine said.
     report: its text. files: paths by use ("report", "results", "database", "state"). start, end, now: dates;
@@ -117,6 +117,10 @@ class Run:
     def to_xarray(self) -> Any:
         """Results as an xarray.Dataset."""
         return self.results.to_xarray()
+
+    def to_parquet(self, path: PathLike, word: str = "nodes") -> None:
+        """Results.to_parquet."""
+        self.results.to_parquet(path, word)
 
     def __repr__(self) -> str:
         state = "complete" if self.is_complete else "stopped"

@@ -3,6 +3,7 @@ import os
 import shutil
 import signal
 import sys
+import types
 from pathlib import Path
 
 import pytest
@@ -56,3 +57,46 @@ def ensembles(monkeypatch):
     from fitting import watch_ensembles
 
     return watch_ensembles(monkeypatch)
+
+
+@pytest.fixture
+def written(monkeypatch):
+    """What goes into a Parquet file, by a stand-in for pyarrow: metadata, frames, and "closed"."""
+    seen = []
+
+    class Table:
+        schema = types.SimpleNamespace(metadata=None)
+
+        def __init__(self, frame):
+            self.frame = frame
+
+        @classmethod
+        def from_pandas(cls, frame, schema, preserve_index):
+            return cls(frame)
+
+        def replace_schema_metadata(self, metadata):
+            seen.append(metadata)
+            return self
+
+    class Writer:
+        def __init__(self, path, schema):
+            self.schema = schema
+            open(path, "w").close()
+
+        def __enter__(self):
+            return self
+
+        def __exit__(self, *told):
+            self.close()
+
+        def write_table(self, table):
+            seen.append(table.frame)
+
+        def close(self):
+            seen.append("closed")
+
+    arrow, parquet = types.ModuleType("pyarrow"), types.ModuleType("pyarrow.parquet")
+    arrow.Table, parquet.ParquetWriter = Table, Writer
+    monkeypatch.setitem(sys.modules, "pyarrow", arrow)
+    monkeypatch.setitem(sys.modules, "pyarrow.parquet", parquet)
+    return seen

@@ -2,7 +2,6 @@
 from __future__ import annotations
 
 import sys
-import types
 
 import numpy as np
 import pandas as pd
@@ -112,38 +111,7 @@ def test_what_is_missing_is_named(made, tmp_path, monkeypatch, method, module, p
         getattr(made, method)(*([] if method == "to_xarray" else [tmp_path / "x"]))
 
 
-def test_parquet_gets_a_row_for_each_member_time_and_object(made, tmp_path, monkeypatch):
-    written = []
-
-    class Table:
-        schema = types.SimpleNamespace(metadata=None)
-
-        def __init__(self, frame):
-            self.frame = frame
-
-        @classmethod
-        def from_pandas(cls, frame, schema, preserve_index):
-            return cls(frame)
-
-        def replace_schema_metadata(self, metadata):
-            written.append(metadata)
-            return self
-
-    class Writer:
-        def __init__(self, path, schema):
-            self.schema = schema
-            open(path, "w").close()
-
-        def write_table(self, table):
-            written.append(table.frame)
-
-        def close(self):
-            written.append("closed")
-
-    arrow, parquet = types.ModuleType("pyarrow"), types.ModuleType("pyarrow.parquet")
-    arrow.Table, parquet.ParquetWriter = Table, Writer
-    monkeypatch.setitem(sys.modules, "pyarrow", arrow)
-    monkeypatch.setitem(sys.modules, "pyarrow.parquet", parquet)
+def test_parquet_gets_a_row_for_each_member_time_and_object(made, tmp_path, written):
     made.to_parquet(tmp_path / "all.parquet")
     assert (tmp_path / "all.parquet").exists() and written[-1] == "closed"
     assert "'depth': 'm'" in written[0]["units"]

@@ -5,6 +5,7 @@ import pickle
 import sqlite3
 import struct
 import subprocess
+import sys
 
 import numpy as np
 import pandas as pd
@@ -249,8 +250,31 @@ def test_dataset_has_units_names_and_values(first_storm):
         assert pd.Timestamp(again["time"].values[0]) == run.times[0]
 
 
+def test_parquet_gets_a_row_for_each_time_and_object(first_storm, tmp_path, written):
+    run = tv.run(first_storm, report=False)
+    for one in (run, run.results):
+        written.clear()
+        one.to_parquet(tmp_path / "links.parquet", "links")
+        metadata, frame, last = written
+        assert last == "closed" and "'inflow': 'm3 s-1'" in metadata["units"]
+        assert list(frame.columns[:2]) == ["time", "id"] and len(frame) == 192 * 12
+        pipe = frame[frame["id"] == "N4_T1"].set_index("time")
+        assert np.array_equal(pipe["inflow"], run.links["inflow"]["N4_T1"].astype(np.float32))
+        assert np.array_equal(pipe["concentration[TSS]"], run.links["TSS"]["N4_T1"].astype(np.float32))
+        assert (tmp_path / "links.parquet").exists()
+    with pytest.raises(tv.UnknownError, match="nodes, links"):
+        run.to_parquet(tmp_path / "x.parquet", "system")
+    assert not (tmp_path / "x.parquet").exists()
+
+
+def test_missing_pyarrow_is_said(first_storm, tmp_path, monkeypatch):
+    run = tv.run(first_storm, report=False, results=False)
+    monkeypatch.setitem(sys.modules, "pyarrow", None)
+    with pytest.raises(ImportError, match="pyarrow"):
+        run.to_parquet(tmp_path / "x.parquet")
+
+
 def test_missing_xarray_is_said(first_storm, monkeypatch):
-    import sys
     run = tv.run(first_storm, report=False, results=False)
     monkeypatch.setitem(sys.modules, "xarray", None)
     with pytest.raises(ImportError, match="python3-xarray"):

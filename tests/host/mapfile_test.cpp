@@ -88,6 +88,13 @@ TEST(MapFile, TheCentreOfAnAreaIsOnePoint) {
     EXPECT_THAT(show(map.areas), ElementsAre("S1@18 7.0000,8.0000"));
 }
 
+TEST(MapFile, AnOutlineThatIsClosedIsOneThatIsNot) {
+    EXPECT_THAT(show(readMap("SUBCATCHMENT S1 1 2 3 4 5 6 1 2\n").areas),
+                ElementsAre("S1@18 1.0000,2.0000 3.0000,4.0000 5.0000,6.0000"));
+    EXPECT_THAT(readMap("SUBCATCHMENT S1 1 2 3 4 1 2\n").messages,
+                ElementsAre("line 18 of [MAP]: SUBCATCHMENT S1: an outline has three points or more, a centre is one"));
+}
+
 TEST(MapFile, TellsWhatIsWrongAndKeepsTheRest) {
     const ProjectMap map = readMap(
         "PLACE N1 1 2\nCRS\nNODE\nNODE N9 1 2\nNODE P1 1 2\nNODE N1 1,5 2\nNODE N1 0x10 2\nNODE N1 nan 2\nNODE N1 1\n"

@@ -187,23 +187,24 @@ TEST(Aside, AFullDiskLeavesTheOldFileWhole) {
 TEST(Aside, AFileThatGrowsTakesItsPlaceAtTheEnd) {
     const TempFolder folder;
     const std::string name = folder.write("a.csv", "old");
-    std::string failure;
     {
-        const AsideHandle file = aside_begin(name, failure);
-        ASSERT_EQ(failure, "");
-        EXPECT_EQ(aside_append(*file, "first,"), "");
+        AsideFile file;
+        ASSERT_EQ(aside_begin(file, name), "");
+        EXPECT_EQ(aside_append(file, "first,"), "");
         EXPECT_EQ(readFile(name + ".part"), "first,");
-        EXPECT_EQ(aside_begin(name, failure), nullptr);
-        EXPECT_THAT(failure, HasSubstr("a.csv.part is in the way: another program is writing it"));
+        AsideFile other;
+        EXPECT_THAT(aside_begin(other, name), HasSubstr("a.csv.part is in the way: another program is writing it"));
     }
     EXPECT_THAT(folder.list(), ElementsAre("a.csv")) << "what isn't ended goes";
     EXPECT_EQ(readFile(name), "old");
-    const AsideHandle file = aside_begin(name, failure);
-    EXPECT_EQ(aside_append(*file, "first,"), "");
-    EXPECT_EQ(aside_append(*file, "second"), "");
+    AsideFile file;
+    EXPECT_EQ(aside_begin(file, name), "");
+    EXPECT_EQ(aside_append(file, "first,"), "");
+    EXPECT_EQ(aside_append(file, "second"), "");
+    EXPECT_EQ(aside_writeAt(file, 1, "I", 1), "");
     EXPECT_EQ(readFile(name), "old");
-    EXPECT_EQ(aside_end(*file), "");
-    EXPECT_EQ(readFile(name), "first,second");
+    EXPECT_EQ(aside_end(file), "");
+    EXPECT_EQ(readFile(name), "fIrst,second");
     EXPECT_THAT(folder.list(), ElementsAre("a.csv"));
 }
 

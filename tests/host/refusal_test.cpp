@@ -47,6 +47,7 @@ TEST_P(Refusals, EndInAMessageAndAStatus) {
                    : argument == "MODEL" ? model
                    : argument == "SVG"   ? folder.file("a.svg")
                    : argument == "CSV"   ? folder.write("a.csv", "Date,Flow (m3/s)\n2021-03-01 0:02,0.4\n")
+                   : argument == "NC"    ? folder.file("a.nc")
                                          : argument;
     }
     const ProcessResult whole = runRefused(work, arguments, 0, false);
@@ -80,6 +81,7 @@ INSTANTIATE_TEST_SUITE_P(
                     std::vector<std::string>{"run", "MODEL", "--json", "--balances"},
                     std::vector<std::string>{"run", "MODEL", "--database"},
                     std::vector<std::string>{"results", "BIN", "--csv"},
+                    std::vector<std::string>{"export", "BIN", "-o", "NC"},
                     std::vector<std::string>{"results", "DB", "--summary", "--json"},
                     std::vector<std::string>{"plot", "BIN", "--object", "J1", "--column", "TotInflow", "-o", "SVG"},
                     std::vector<std::string>{"plot", "BIN", "--object", "J1", "--column", "TotInflow", "--column",

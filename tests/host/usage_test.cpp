@@ -69,10 +69,8 @@ TEST(HostUsage, AnUnknownCommandNamesThoseThereAre) {
     const ProcessResult result = runProgram({"foo"});
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.out, "");
-    EXPECT_THAT(
-        result.err,
-        HasSubstr(
-            "tarnvelde: there is no command foo\nCommands: run, check, explain, results, stats, plot, report, ensemble\n"));
+    EXPECT_THAT(result.err, HasSubstr("tarnvelde: there is no command foo\nCommands: run, check, explain, results, "
+                                      "stats, plot, report, export, ensemble\n"));
 }
 
 TEST(HostUsage, ASlipOfTheFingerIsUnderstood) {
