@@ -132,8 +132,11 @@ int export_execute(const ExportRequest& request) {
             throw ResultError(file.name + " holds no report");
         }
         // All objects of a name are meant, whatever their tables, as in a summary.
-        const ResultsRequest choice{request.file, request.objects, request.tables, request.columns, "", "",
-                                    true,         false,           SeriesForm::CSV};
+        ResultsRequest choice{};
+        choice.objects = request.objects;
+        choice.tables = request.tables;
+        choice.columns = request.columns;
+        choice.isSummary = true;
         result_checkWindow(file, window);
         write({file, request, results_choose(file, choice), window});
     } catch (const ResultError& error) {

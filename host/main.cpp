@@ -12,7 +12,6 @@
 //     tarnvelde plot FILE --object O [--object O ...] --column C [--column C ...] [--from D] [--to D] [--rain [O]]
 //                         [--mean H] [--curve] [--measured F[:C] ...] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde plot FILE --section FROM TO [--via N ...] --model MODEL.inp [--at D ...] [--from D] [--to D] -o OUT...
-//     tarnvelde plot FILE --object O [--object O ...] --column C [--from D] [--to D] -o OUT.svg|OUT.png|OUT.pdf
 //     tarnvelde report MODEL.inp|RESULTS [--compare OTHER] [--model MODEL.inp] [-o PAGE.html] [--title T]
 //                      [--data-limit MB] [--gap H] [--threshold Q] [--template F] [--balances] [--threads N]
 //                      [--engines D] [--scratch D] [--quiet]
@@ -425,41 +424,72 @@ static void addGeneralOptions(CLI::App& app) {
         "3 where --strict finds a doubt, 130 and 143 for a run that Ctrl-C or a signal to end stopped.");
 }
 
+/// What a user may ask for, command by command.
+struct Requests {
+    RunRequest run{};
+    CheckRequest check{};
+    std::string warning;
+    ResultsRequest results{};
+    StatsRequest stats;
+    PlotRequest plot{};
+    PageRequest page;
+    ExportRequest exported;
+};
+
+static void addCommands(CLI::App& app, Requests& requests) {
+    const auto add = [&app](const char* name, const char* meaning) -> CLI::App& {
+        return *app.add_subcommand(name, meaning);
+    };
+    addRunOptions(add("run", "Run a simulation"), requests.run);
+    CLI::App& check = add("check", "Read and validate a project; tell each error with its place");
+    addModel(check, requests.check.model);
+    addCommonOptions(check, requests.check.engines, requests.check.isJson, requests.check.isStrict);
+    add("explain", "Tell what a warning means, and what to do")
+        .add_option("NAME", requests.warning, "Its name, as W-unit-slope [all]");
+    addResultsOptions(add("results", "Show what a file of results holds"), requests.results);
+    addStatsOptions(add("stats", "Events, volumes, loads and peaks of flows"), requests.stats);
+    addPlotOptions(add("plot", "Draw results over time, as duration curves, or a long section"), requests.plot);
+    addPageOptions(add("report", "Write a page with all that there is to see of a run"), requests.page);
+    addExportOptions(add("export", "Results in the forms of other programs: CSV, netCDF, maps"), requests.exported);
+    add("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
+}
+
+/// Does what was asked; the exit status.
+static int execute(const CLI::App& app, Requests& requests) {
+    const CLI::App& command = *app.get_subcommands().front();
+    const std::string& name = command.get_name();
+    if (name == "results") {
+        return results_execute(requests.results);
+    }
+    if (name == "stats") {
+        return stats_execute(requests.stats);
+    }
+    if (name == "plot") {
+        requests.plot.hasRain = command.count("--rain") > 0;
+        requests.plot.hasMean = command.count("--mean") > 0;
+        return plot_execute(requests.plot);
+    }
+    if (name == "report") {
+        return page_execute(requests.page);
+    }
+    if (name == "export") {
+        return export_execute(requests.exported);
+    }
+    if (name == "explain") {
+        return explain_execute(requests.warning);
+    }
+    if (name == "check") {
+        return check_execute(requests.check);
+    }
+    settleFlags(command, requests.run);
+    return run_execute(requests.run);
+}
+
 static int runCommand(int argumentCount, char** arguments) {
     CLI::App app("Tarnvelde simulates urban drainage and water quality.", "tarnvelde");
     addGeneralOptions(app);
-    RunRequest request{};
-    CLI::App* run = app.add_subcommand("run", "Run a simulation");
-    addRunOptions(*run, request);
-    CheckRequest checkRequest{};
-    CLI::App* check = app.add_subcommand("check", "Read and validate a project; tell each error with its place");
-    addModel(*check, checkRequest.model);
-    addCommonOptions(*check, checkRequest.engines, checkRequest.isJson, checkRequest.isStrict);
-
-    std::string warning;
-    CLI::App* explain = app.add_subcommand("explain", "Tell what a warning means, and what to do");
-    explain->add_option("NAME", warning, "Its name, as W-unit-slope [all]");
-
-    ResultsRequest resultsRequest{};
-    CLI::App* results = app.add_subcommand("results", "Show what a file of results holds");
-    addResultsOptions(*results, resultsRequest);
-    StatsRequest statsRequest;
-    CLI::App* stats = app.add_subcommand("stats", "Events, volumes, loads and peaks of flows");
-    addStatsOptions(*stats, statsRequest);
-    PlotRequest plotRequest{};
-    CLI::App* plot = app.add_subcommand("plot", "Draw results over time, as duration curves, or a long section");
-    addPlotOptions(*plot, plotRequest);
-
-    PageRequest pageRequest;
-    CLI::App* page = app.add_subcommand("report", "Write a page with all that there is to see of a run");
-    addPageOptions(*page, pageRequest);
-
-    ExportRequest exportRequest;
-    CLI::App* exported = app.add_subcommand("export", "Results in the forms of other programs: CSV, netCDF, maps");
-    addExportOptions(*exported, exportRequest);
-
-    app.add_subcommand("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
-
+    Requests requests;
+    addCommands(app, requests);
     if (const std::string unknown = findUnknownCommand(app, argumentCount, arguments); !unknown.empty()) {
         std::fprintf(stderr, "tarnvelde: %s\n", unknown.c_str());
         return EXIT_WRONG_USAGE;
@@ -472,31 +502,7 @@ static int runCommand(int argumentCount, char** arguments) {
     } catch (const CLI::ParseError& error) {
         return endUsage(app, error);
     }
-    if (results->parsed()) {
-        return results_execute(resultsRequest);
-    }
-    if (stats->parsed()) {
-        return stats_execute(statsRequest);
-    }
-    if (plot->parsed()) {
-        plotRequest.hasRain = plot->count("--rain") > 0;
-        plotRequest.hasMean = plot->count("--mean") > 0;
-        return plot_execute(plotRequest);
-    }
-    if (page->parsed()) {
-        return page_execute(pageRequest);
-    }
-    if (exported->parsed()) {
-        return export_execute(exportRequest);
-    }
-    if (explain->parsed()) {
-        return explain_execute(warning);
-    }
-    if (check->parsed()) {
-        return check_execute(checkRequest);
-    }
-    settleFlags(*run, request);
-    return run_execute(request);
+    return execute(app, requests);
 }
 
 int main(int argumentCount, char** arguments) {
