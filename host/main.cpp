@@ -217,22 +217,27 @@ static void addForms(CLI::App& command, SeriesForm& form) {
     csv->excludes(json);
 }
 
-static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
+/// An option that may be given several times, with one word each.
+static CLI::Option* addWords(CLI::App& command, const char* option, std::vector<std::string>& words, const char* type,
+                             const char* meaning) {
+    return command.add_option(option, words, meaning)->type_name(type)->allow_extra_args(false)->check(refuseEmpty);
+}
+
+static void addResultFile(CLI::App& command, std::string& file) {
+    command.add_option("FILE", file, "The binary results file, the database or the file by object")
         ->required()
         ->check(refuseEmpty);
-    command.add_option("--object", request.objects, "Show this object, by its ID; may be given several times")
-        ->type_name("ID")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
-    command.add_option("--table", request.tables, "Show all objects of this table, as Pipe; likewise")
-        ->type_name("NAME")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
-    command.add_option("--column", request.columns, "This column alone; likewise")
-        ->type_name("NAME")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
+}
+
+static void addObjects(CLI::App& command, std::vector<std::string>& objects, std::vector<std::string>& tables) {
+    addWords(command, "--object", objects, "ID", "This object, by its ID; may be given several times");
+    addWords(command, "--table", tables, "NAME", "All objects of this table, as Pipe; likewise");
+}
+
+static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
+    addResultFile(command, request.file);
+    addObjects(command, request.objects, request.tables);
+    addWords(command, "--column", request.columns, "NAME", "This column alone; likewise");
     addWindow(command, request.from, request.to);
     command.add_flag("--summary", request.isSummary,
                      "Minimum, mean over time, flow-weighted mean, maximum and its time per column");
@@ -252,19 +257,10 @@ static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
 }
 
 static void addStatsOptions(CLI::App& command, StatsRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
-        ->required()
-        ->check(refuseEmpty);
-    command.add_option("--object", request.objects, "This object, by its ID; may be given several times")
-        ->type_name("ID")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
-    command
-        .add_option("--table", request.tables,
-                    "All objects of this table, as Pipe; likewise [Outfall, Pump, Weir and Orifice]")
-        ->type_name("NAME")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
+    addResultFile(command, request.file);
+    addObjects(command, request.objects, request.tables);
+    command.get_option("--table")->description(
+        "All objects of this table, as Pipe; likewise [Outfall, Pump, Weir and Orifice]");
     command.add_option("--column", request.column, "Which flow, as Flood [that which carries the water]")
         ->type_name("NAME")
         ->check(refuseEmpty);
@@ -277,12 +273,6 @@ static void addStatsOptions(CLI::App& command, StatsRequest& request) {
 
 static std::string refuseNoPicture(const std::string& name) {
     return picture_getForm(name) == PictureForm::NONE ? "a picture ends with .svg, .png or .pdf, not as " + name : "";
-}
-
-/// An option that may be given several times, with one word each.
-static CLI::Option* addWords(CLI::App& command, const char* option, std::vector<std::string>& words, const char* type,
-                             const char* meaning) {
-    return command.add_option(option, words, meaning)->type_name(type)->allow_extra_args(false)->check(refuseEmpty);
 }
 
 static void addSectionOptions(CLI::App& command, PlotRequest& request) {
@@ -300,9 +290,7 @@ static void addSectionOptions(CLI::App& command, PlotRequest& request) {
 }
 
 static void addPlotOptions(CLI::App& command, PlotRequest& request) {
-    command.add_option("FILE", request.file, "The binary results file, the database or the file by object")
-        ->required()
-        ->check(refuseEmpty);
+    addResultFile(command, request.file);
     addWords(command, "--object", request.objects, "ID",
              "Draw lines for this object, by its ID; may be given several times");
     addWords(command, "--column", request.columns, "NAME",
@@ -362,7 +350,7 @@ static std::string refuseNoExport(const std::string& name) {
 }
 
 static void addExportOptions(CLI::App& command, ExportRequest& request) {
-    command.add_option("FILE", request.file, "The results, of any kind")->required()->check(refuseEmpty);
+    addResultFile(command, request.file);
     command
         .add_option("-o,--output", request.output,
                     "Where it goes; the form is that of the name: .csv, or a folder, for values divided by commas, a "
@@ -375,18 +363,8 @@ static void addExportOptions(CLI::App& command, ExportRequest& request) {
                     "The project of the results: a map takes the network and its coordinates from it")
         ->type_name("FILE")
         ->check(refuseEmpty);
-    command.add_option("--object", request.objects, "This object, by its ID; may be given several times")
-        ->type_name("ID")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
-    command.add_option("--table", request.tables, "All objects of this table, as Pipe; likewise")
-        ->type_name("NAME")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
-    command.add_option("--column", request.columns, "This column alone; likewise")
-        ->type_name("NAME")
-        ->allow_extra_args(false)
-        ->check(refuseEmpty);
+    addObjects(command, request.objects, request.tables);
+    addWords(command, "--column", request.columns, "NAME", "This column alone; likewise");
     addWindow(command, request.from, request.to);
     command.add_flag("--long", request.isLong, "One list of all values, in place of a file for each table");
     addEngines(command, request.engines);

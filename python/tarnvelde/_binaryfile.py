@@ -1,17 +1,15 @@
 """Reads the binary file of results. Values are mapped into memory: what isn't asked for isn't read."""
 from __future__ import annotations
 
-import mmap
-import os
 import struct
-from typing import Any, List, Optional, Tuple
+from typing import Any, List, Tuple
 
 import numpy as np
 from numpy.typing import NDArray
 
 from ._dates import from_days
-from ._places import PathLike
-from ._tables import LAYOUT, VERSION, ResultSource, TableInfo, columns_of
+from ._mapped import MappedFile, Walk
+from ._tables import LAYOUT, VERSION, TableInfo, columns_of
 from .errors import ResultsError
 
 _MAGIC = 516114522
@@ -19,33 +17,12 @@ _CLOSING = 28  # bytes of the closing block
 _LEAST_NAME = 5  # bytes: a length, and an end
 
 
-class _Walk:
-    """Goes through the head of a file, never beyond its end."""
-
-    def __init__(self, name: str, data: Any) -> None:
-        self.name = name
-        self.data = data
-        self.place = 0
-
-    def fail(self, what: str) -> ResultsError:
-        return ResultsError(f"{self.name} {what}")
-
-    def take(self, form: str) -> Tuple[Any, ...]:
-        size = struct.calcsize("<" + form)
-        if size > len(self.data) - self.place:
-            raise self.fail("is truncated")
-        values = struct.unpack_from("<" + form, self.data, self.place)
-        self.place += size
-        return values
-
+class _Walk(Walk):
     def name_of_object(self) -> str:
         (size,) = self.take("i")
         if size < 1:
             raise self.fail("is damaged: a name has no length")
-        if size > len(self.data) - self.place:
-            raise self.fail("is truncated")
-        raw = bytes(self.data[self.place:self.place + size])
-        self.place += size
+        raw = self.bytes(size)
         if raw.find(b"\0") != size - 1:
             raise self.fail("is damaged: a name doesn't end where it should")
         return decode_id(raw[:-1])
@@ -59,26 +36,13 @@ def decode_id(raw: bytes) -> str:
         return raw.decode("cp1252", "replace")
 
 
-class BinaryFile(ResultSource):
+class BinaryFile(MappedFile):
     """A binary file of results. One whose run was killed counts as long as its last whole record."""
 
-    def __init__(self, path: PathLike) -> None:
-        self.name = str(path)
-        self._path = path
-        self._file = open(path, "rb")
-        self._map: Optional[mmap.mmap] = None
-        try:
-            self._open()
-        except BaseException:
-            self.close()
-            raise
-
-    def _open(self) -> None:
-        length = self._file.seek(0, 2)
+    def _read(self, length: int) -> None:
         if length < 64 + _CLOSING:
             raise ResultsError(f"{self.name} is {'truncated' if length else 'empty'}, or no file of results")
-        self._map = mmap.mmap(self._file.fileno(), 0, access=mmap.ACCESS_READ)
-        walk = _Walk(self.name, self._map)
+        walk = _Walk(self.name, self._open_map(), length)
         magic, version = walk.take("ii")
         if magic != _MAGIC:
             raise walk.fail("is no file of results")
@@ -131,13 +95,8 @@ class BinaryFile(ResultSource):
         return int(periods)
 
     def _view(self, dtype: str, offset: int, shape: Tuple[int, ...], strides: Tuple[int, ...]) -> NDArray[Any]:
-        if self._map is None:
-            raise ResultsError(f"{self.name} is closed")
-        if not self._count:
-            return np.empty(shape, dtype)
-        if os.fstat(self._file.fileno()).st_size < len(self._map):  # a page that is gone would end the process
-            raise ResultsError(f"{self.name} has been cut short since it was opened")
-        return np.ndarray(shape, dtype, self._map, self._first + offset, strides)
+        data = self._mapped()
+        return np.ndarray(shape, dtype, data, self._first + offset, strides) if self._count else np.empty(shape, dtype)
 
     def dates(self) -> NDArray[np.datetime64]:
         days = self._view("<f8", 0, (self._count,), (self._record,))
@@ -155,16 +114,6 @@ class BinaryFile(ResultSource):
         width = len(info.columns)
         offset = 8 + 4 * (self._places[table] + row * width)
         return self._view("<f4", offset, (self._count, width), (self._record, 4)).astype(np.float64)
-
-    def __reduce__(self) -> Any:
-        """Another process, or a copy, opens the file for itself."""
-        return BinaryFile, (os.path.abspath(self._path),)
-
-    def close(self) -> None:
-        if self._map is not None:
-            self._map.close()
-            self._map = None
-        self._file.close()
 
 
 def seconds_of_days(days: NDArray[np.float64]) -> NDArray[np.datetime64]:

@@ -2,19 +2,17 @@
 what isn't asked for isn't read."""
 from __future__ import annotations
 
-import mmap
-import os
 import struct
 import zlib
-from typing import Any, Dict, List, NamedTuple, Optional, Tuple
+from typing import Any, Dict, List, NamedTuple
 
 import numpy as np
 from numpy.typing import NDArray
 
 from ._binaryfile import seconds_of_days
 from ._dates import from_days
-from ._places import PathLike
-from ._tables import LAYERS, LAYOUT, Column, ResultSource, TableInfo
+from ._mapped import MappedFile, Walk
+from ._tables import LAYERS, LAYOUT, Column, TableInfo
 from .errors import ResultsError
 
 MARK = b"tvobject"
@@ -27,26 +25,7 @@ _LISTED, _OF_DATABASE, _OF_BINARY = range(3)  # how dates come about
 _MOST_ROWS = 2 ** 31 - 1
 
 
-class _Walk:
-    """Goes through all that stands ahead of the series, never beyond its end."""
-
-    def __init__(self, name: str, data: Any, end: int) -> None:
-        self.name = name
-        self.data = data
-        self.end = end
-        self.place = 0
-
-    def fail(self, what: str) -> ResultsError:
-        return ResultsError(f"{self.name} {what}")
-
-    def take(self, form: str) -> Tuple[Any, ...]:
-        size = struct.calcsize("<" + form)
-        if size > self.end - self.place:
-            raise self.fail("is truncated or damaged: its head is longer than its place")
-        values = struct.unpack_from("<" + form, self.data, self.place)
-        self.place += size
-        return values
-
+class _Walk(Walk):
     def count(self, least: int) -> int:
         """A count of what takes so many bytes at least."""
         (count,) = self.take("I")
@@ -55,10 +34,7 @@ class _Walk:
         return int(count)
 
     def text(self) -> str:
-        size = self.count(1)
-        raw = bytes(self.data[self.place:self.place + size])
-        self.place += size
-        return raw.decode("utf-8", "replace")
+        return self.bytes(self.count(1)).decode("utf-8", "replace")
 
 
 class _Entry(NamedTuple):
@@ -69,26 +45,14 @@ class _Entry(NamedTuple):
     values: int  # place
 
 
-class ByObject(ResultSource):
+class ByObject(MappedFile):
     """A file by object. Periods that an object lacks are nan."""
 
-    def __init__(self, path: PathLike) -> None:
-        self.name = str(path)
-        self._path = path
-        self._file = open(path, "rb")
-        self._map: Optional[mmap.mmap] = None
-        try:
-            self._open()
-        except BaseException:
-            self.close()
-            raise
-
-    def _open(self) -> None:
-        length = self._file.seek(0, 2)
+    def _read(self, length: int) -> None:
         if length < _HEAD + _CLOSING:
             raise ResultsError(f"{self.name} is truncated")
-        self._map = mmap.mmap(self._file.fileno(), 0, access=mmap.ACCESS_READ)
-        walk = _Walk(self.name, self._map, _HEAD)
+        data = self._open_map()
+        walk = _Walk(self.name, data, _HEAD)
         mark, version, self._kind, self._days, step, self._count = walk.take("8sIIdii")
         claimed, self._dates, index, series = walk.take("4Q")
         if mark != MARK or version != _VERSION:
@@ -101,10 +65,10 @@ class ByObject(ResultSource):
             raise walk.fail("is damaged: it promises more reports than it has room for")
         if not index <= series <= length - _CLOSING:
             raise walk.fail("is damaged: its parts are not where they should be")
-        checksum, end = struct.unpack_from("<Q8s", self._map, length - _CLOSING)
+        checksum, end = struct.unpack_from("<Q8s", data, length - _CLOSING)
         if end != MARK:
             raise walk.fail("is truncated or damaged: it doesn't end with its mark")
-        if checksum != zlib.crc32(memoryview(self._map)[:series]):
+        if checksum != zlib.crc32(memoryview(data)[:series]):
             raise walk.fail("is damaged: its head was changed")
         self.report_step = float(step)
         self.start = from_days(self._days)
@@ -155,11 +119,8 @@ class ByObject(ResultSource):
             raise walk.fail("is damaged: its length doesn't fit its index")
 
     def _view(self, dtype: str, place: int, count: int) -> NDArray[Any]:
-        if self._map is None:
-            raise ResultsError(f"{self.name} is closed")
-        if os.fstat(self._file.fileno()).st_size < len(self._map):  # a page that is gone would end the process
-            raise ResultsError(f"{self.name} has been cut short since it was opened")
-        return np.frombuffer(self._map, dtype, count, place) if count else np.empty(0, dtype)
+        data = self._mapped()
+        return np.frombuffer(data, dtype, count, place) if count else np.empty(0, dtype)
 
     def _common_days(self) -> NDArray[np.float64]:
         """Dates of the reports, as the other kinds of file have them, to the last bit."""
@@ -203,16 +164,6 @@ class ByObject(ResultSource):
         for column in columns:
             values[:, column] = self._series(table, row, column)
         return values
-
-    def __reduce__(self) -> Any:
-        """Another process, or a copy, opens the file for itself."""
-        return ByObject, (os.path.abspath(self._path),)
-
-    def close(self) -> None:
-        if self._map is not None:
-            self._map.close()
-            self._map = None
-        self._file.close()
 
 
 def _column_of(table: str, name: str, unit: str) -> Column:
