@@ -3,7 +3,9 @@
 
 #include "pagedata.h"
 
+#include <array>
 #include <cmath>
+#include <cstdio>
 #include <unordered_map>
 
 #include "characters.h"
@@ -81,17 +83,30 @@ std::string formatVerdictRow(const HostVerdict& verdict) {
            member("causes", causes) + '}';
 }
 
-std::string formatVerdict(const PageRun& run) {
-    int32_t grade = TV_GRADE_NOTHING;
-    std::string words = run.verdicts.empty() ? "There is no balance of this run." : "Nothing came in.";
-    for (const HostVerdict& verdict : run.verdicts) {
-        if (verdict.grade > grade) {
-            grade = verdict.grade;
-            words = verdict.words;
-        }
+/// The verdict in a sentence: the worst row, which of those of one grade is that with the largest error.
+std::string describeVerdict(const HostVerdict& worst) {
+    std::array<char, 512> error{};
+    std::snprintf(error.data(), error.size(), "%.3f %%", std::fabs(worst.error));
+    const std::string row = (std::isfinite(worst.error) ? error.data() : "no number") + (", " + nameVerdict(worst));
+    if (worst.grade == TV_GRADE_GREEN) {
+        return "Every balance closes: the largest error is " + row + '.';
     }
-    return '{' + textMember("level", getLevel(grade)) + ',' + textMember("text", words) + ',' +
-           member("rows", makeArray(run.verdicts, formatVerdictRow)) + '}';
+    return "The largest error is " + row + ". " + worst.words + '.';
+}
+
+std::string formatVerdict(const PageRun& run) {
+    const HostVerdict* worst = nullptr;
+    for (const HostVerdict& verdict : run.verdicts) {
+        const bool isWorse = worst == nullptr || verdict.grade > worst->grade ||
+                             (verdict.grade == worst->grade && std::fabs(verdict.error) > std::fabs(worst->error));
+        worst = isWorse && verdict.grade != TV_GRADE_NOTHING ? &verdict : worst;
+    }
+    std::string words = run.verdicts.empty() ? "There is no balance of this run." : "Nothing came in.";
+    if (worst != nullptr) {
+        words = describeVerdict(*worst);
+    }
+    return '{' + textMember("level", worst != nullptr ? getLevel(worst->grade) : "none") + ',' +
+           textMember("text", words) + ',' + member("rows", makeArray(run.verdicts, formatVerdictRow)) + '}';
 }
 
 std::string formatPlace(const PageRun& run, const HostMessage& message) {

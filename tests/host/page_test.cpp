@@ -9,6 +9,7 @@
 
 using testing::AllOf;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
@@ -170,6 +171,22 @@ TEST_F(Page, TheVerdictNamesBalancesWithTheirGrade) {
     EXPECT_EQ(ask("run['verdict']['level']"), "green");
 }
 
+TEST_F(Page, TheVerdictIsASentenceAboutTheLargestError) {
+    write({getExample("storm-tank")});
+    EXPECT_EQ(ask("run['verdict']['text']"), "Every balance closes: the largest error is 0.083 %, TSS of the network.");
+    EXPECT_EQ(ask("run['verdict']['level']"), "green");
+    // Of two openings at one height below the first one in the file, the flow of one is in no line.
+    write({folder.write("bad.inp",
+                        "[GENERAL]\nSTART_DATE 2024/01/01\nEND_DATE 2024/01/01\nEND_TIME 02:00\nROUTING_STEP 0:01:00\n"
+                        "[JUNCTIONS]\nJ1\n[TANKS]\nT SHAPE 3 1\n[OUTFALLS]\nO1\n[CONNECTIONS]\nC1 J1 T NO 0\n"
+                        "[ORIFICES]\nA T O1 NO CIRCULAR 0.6 0.5 0.2\nB T O1 NO CIRCULAR 0.6 0 0.2\n"
+                        "C T O1 NO CIRCULAR 0.6 0 0.2\n[CURVES]\nSHAPE TANK 0 200 3 200\n"
+                        "[INFLOWS]\nJ1 FLOW FLOW 0.1 \"\" 1\n")});
+    EXPECT_EQ(ask("run['verdict']['level']"), "red");
+    EXPECT_THAT(ask("run['verdict']['text']"),
+                AllOf(StartsWith("The largest error is "), HasSubstr(" %, Water of the network. "), EndsWith(".")));
+}
+
 TEST_F(Page, CoordinatesOfTheProjectAreTaken) {
     const std::string own = folder.write("own.inp", GOOD_PROJECT);
     write({own});
@@ -185,8 +202,8 @@ TEST_F(Page, CoordinatesOfTheProjectAreTaken) {
 
 TEST_F(Page, LinksBetweenTheSameNodesAreSeenApart) {
     write({getExample("storm-tank")});
-    // Between LIFT at (565430, 5702180) and BASIN 40 m to the west bends are 4 m apart. Seen from LIFT, the first of the
-    // two nodes, the first link lies to the right, which is the north.
+    // Between LIFT at (565430, 5702180) and BASIN 40 m to the west bends are 4 m apart. Seen from LIFT, the first of
+    // the two nodes, the first link lies to the right, which is the north.
     EXPECT_EQ(ask("[(l['id'], l.get('points')) for l in run['network']['links'][:3]]"),
               "[('THROTTLE', [565410, 5702184]), ('PUMP_1', [565410, 5702180]), ('PUMP_2', [565410, 5702176])]");
 }
