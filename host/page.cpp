@@ -118,6 +118,22 @@ int writePage(const PageRequest& request, std::string page, const std::vector<Pa
     return EXIT_DONE;
 }
 
+/// Two files of one name are told apart by the folders that they stand in.
+void tellApart(std::vector<PageRun>& runs, const std::vector<std::string>& inputs) {
+    if (runs.size() < 2 || runs[0].name != runs[1].name) {
+        return;
+    }
+    std::vector<std::string> folders;
+    for (const std::string& input : inputs) {
+        folders.push_back(std::filesystem::path(input).parent_path().filename().string());
+    }
+    if (folders[0] != folders[1]) {
+        for (size_t k = 0; k < runs.size(); ++k) {
+            runs[k].name = (folders[k].empty() ? "." : folders[k]) + '/' + runs[k].name;
+        }
+    }
+}
+
 int work(const PageRequest& request, std::string page) {
     std::vector<std::string> inputs{request.input};
     if (!request.compare.empty()) {
@@ -143,6 +159,7 @@ int work(const PageRequest& request, std::string page) {
     if (!isTested && !isFreeForPage(request.output)) {
         throw ResultError(request.output + " is there and is no page; it stays, since the project may read it");
     }
+    tellApart(runs, inputs);
     const int written = writePage(request, std::move(page), runs);
     return status == EXIT_DONE ? written : status;
 }

@@ -38,32 +38,24 @@ run_tests() {
     return "$status"
 }
 
-# The Python package, whose tests are counted likewise.
-test_python() {
+# count_tests COMMAND GOOD BAD: tests that count themselves, by the patterns of their last counts.
+count_tests() {
     local log status good bad
     log=$(mktemp)
-    scripts/test-python.sh 2>&1 | tee "$log"
+    "$1" 2>&1 | tee "$log"
     status=${PIPESTATUS[0]}
-    good=$(sed -n 's/.*[^0-9]*\b\([0-9][0-9]*\) passed.*/\1/p' "$log" | tail -n 1)
-    bad=$(sed -n 's/.*[^0-9]*\b\([0-9][0-9]*\) failed.*/\1/p' "$log" | tail -n 1)
+    good=$(sed -n "s/$2/\\1/p" "$log" | tail -n 1)
+    bad=$(sed -n "s/$3/\\1/p" "$log" | tail -n 1)
     rm -f "$log"
     passed=$((passed + ${good:-0}))
     failed=$((failed + ${bad:-0}))
     return "$status"
 }
-
-# The page of a run in a browser, whose tests are counted likewise.
+test_python() {
+    count_tests scripts/test-python.sh '.*[^0-9]*\b\([0-9][0-9]*\) passed.*' '.*[^0-9]*\b\([0-9][0-9]*\) failed.*'
+}
 test_page() {
-    local log status good bad
-    log=$(mktemp)
-    scripts/test-page.sh 2>&1 | tee "$log"
-    status=${PIPESTATUS[0]}
-    good=$(sed -n 's/^[^a-z]*pass \([0-9][0-9]*\)$/\1/p' "$log" | tail -n 1)
-    bad=$(sed -n 's/^[^a-z]*fail \([0-9][0-9]*\)$/\1/p' "$log" | tail -n 1)
-    rm -f "$log"
-    passed=$((passed + ${good:-0}))
-    failed=$((failed + ${bad:-0}))
-    return "$status"
+    count_tests scripts/test-page.sh '^[^a-z]*pass \([0-9][0-9]*\)$' '^[^a-z]*fail \([0-9][0-9]*\)$'
 }
 
 run_examples() {
@@ -131,10 +123,11 @@ run_fuzzers() {
 }
 
 stage "Install what is missing" scripts/install.sh packages-python.txt || { echo "0 passed, 0 failed"; exit 1; }
-stage "The page of a run" test_page
+stage "Build the page of a run" scripts/build-page.sh
 if stage "Build release with gcc" build release; then
     stage "Tests of the release build" run_tests release
     stage "Examples" run_examples
+    stage "The page of a run in a browser" test_page
     stage "The Python package" test_python
 fi
 stage "Platform sources for Windows" scripts/check-windows.sh

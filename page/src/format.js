@@ -63,8 +63,14 @@ export function chooseDecimals(values, digits = 4) {
     return Math.min(6, Math.max(0, digits - 1 - Math.floor(Math.log10(greatest))));
 }
 
-/// A number with the decimals of its column; what they would show as 0 and isn't keeps two digits.
-export function formatFixed(value, decimals) {
+/// What is nothing beside the numbers of a column: the last bits of sums that should cancel out.
+export function findNoise(values) {
+    return 1e-8 * values.reduce((greatest, value) => Math.max(greatest, Math.abs(value) || 0), 0);
+}
+
+/// A number with the decimals of its column; what they would show as 0 and isn't keeps two digits, if it is more than
+/// noise.
+export function formatFixed(value, decimals, noise = 0) {
     if (!Number.isFinite(value)) {
         return formatNumber(value);
     }
@@ -74,8 +80,8 @@ export function formatFixed(value, decimals) {
         return sign + formatExponent(size, 3);
     }
     const text = size.toFixed(decimals);
-    if (size > 0 && Number(text) === 0) {
-        return sign + formatExponent(size, 2);
+    if (Number(text) === 0) {
+        return size > noise ? sign + formatExponent(size, 2) : text;
     }
     return (size > 0 ? sign : "") + groupDigits(text);
 }

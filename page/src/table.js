@@ -6,6 +6,7 @@ import {
     countOf,
     formatCsv,
     formatDate,
+    findNoise,
     formatFixed,
     formatHead,
     formatNumber,
@@ -42,6 +43,7 @@ export function makeTable(host, table, { isLinked, onChoose }) {
                   )
                 : 0,
         ),
+        noise: columns.map(({ kind }, place) => (kind === "number" ? findNoise(rows.map((row) => row[place])) : 0)),
     };
     state.body = make("tbody");
     state.status = make("p", { class: "quiet status", role: "status" });
@@ -149,7 +151,7 @@ function formatCell(state, value, place) {
     }
     const { kind } = state.columns[place];
     if (kind === "number" && typeof value === "number") {
-        return formatFixed(value, state.decimals[place]);
+        return formatFixed(value, state.decimals[place], state.noise[place]);
     }
     return kind === "date" && typeof value === "number" ? formatDate(value) : String(value);
 }

@@ -48,6 +48,10 @@ test("a column of numbers shares its decimals", () => {
     assert.equal(format.formatFixed(0.0004, 2), "4e\u22124");
     assert.equal(format.formatFixed(-12345.678, 1), "\u221212\u202f345.7");
     assert.equal(format.formatFixed(null, 3), "–");
+    const noise = format.findNoise([251153.984, -0.001, null, "", 3.6e-13]);
+    assert.equal(noise, 1e-8 * 251153.984);
+    assert.equal(format.formatFixed(-3.6e-13, 3, noise), "0.000");
+    assert.equal(format.formatFixed(0.0004, 3, format.findNoise([12])), "4e\u22124");
 });
 
 test("shares too small to matter aren't spelt out", () => {

@@ -282,6 +282,15 @@ TEST_F(PageOfResults, TwoRunsStandBesideEachOther) {
     EXPECT_EQ(ask("[r['source'] for r in runs]"), "['results', 'model']");
 }
 
+TEST_F(PageOfResults, TwoFilesOfOneNameAreToldApartByTheirFolders) {
+    for (const char* name : {"dry", "wet"}) {
+        std::filesystem::create_directory(folder.file(name));
+        std::filesystem::copy_file(binary, folder.file(name) + "/model.bin");
+    }
+    write({folder.file("dry") + "/model.bin", "--compare", folder.file("wet") + "/model.bin"});
+    EXPECT_EQ(ask("[r['name'] for r in data['runs']]"), "['dry/model.bin', 'wet/model.bin']");
+}
+
 TEST_F(PageOfResults, ADamagedFileGivesNoPage) {
     const std::string cut = folder.write("cut.bin", readFile(binary).substr(0, 100));
     const ProcessResult result = runProgram({"report", cut, "--template", frame, "-o", page});
