@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -81,8 +82,9 @@ std::string nameSvg(std::string svg, const PlotDrawing& drawing) {
 /// there is no memory to list them.
 struct WorkFolder {
     const std::string name = files_makeTemporaryFolder();
+    const size_t lines;  ///< of which each has a file, or none
 
-    WorkFolder() = default;
+    explicit WorkFolder(size_t lineCount) : lines(lineCount) {}
     ~WorkFolder() {
         if (name.empty()) {
             return;
@@ -91,9 +93,10 @@ struct WorkFolder {
         for (const char* file : {"plot.gp", "message", "picture", "rain.dat"}) {
             unlinkat(folder, file, 0);
         }
-        char line[32] = "";
-        for (size_t k = 0; k == 0 || unlinkat(folder, line, 0) == 0; ++k) {
-            std::snprintf(line, sizeof line, "line%zu.dat", k);
+        for (size_t k = 0; k < lines; ++k) {
+            std::array<char, 32> line{};
+            std::snprintf(line.data(), line.size(), "line%zu.dat", k);
+            unlinkat(folder, line.data(), 0);
         }
         close(folder);
         rmdir(name.c_str());
@@ -121,7 +124,7 @@ bool writeFiles(const PlotDrawing& drawing, const std::string& folder) {
 }  // namespace
 
 int plotdrawing_put(const PlotDrawing& drawing, const std::string& output) {
-    const WorkFolder folder;
+    const WorkFolder folder(drawing.lines.size());
     if (folder.name.empty()) {
         std::fprintf(stderr, "tarnvelde: cannot make a temporary folder\n");
         return EXIT_ENGINE_ERROR;
