@@ -8,14 +8,15 @@ A call goes on where one before has ended, and does what is missing alone.
 """
 from __future__ import annotations
 
+import contextlib
 import os
 from pathlib import Path
-from typing import Any, Callable, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+from typing import Any, Callable, ContextManager, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
 
 import pandas as pd
 
 from ._places import PathLike, source_of
-from .ensemble_backends import Keeper, run_pool, run_serial, usable_cores
+from .ensemble_backends import Keeper, Pool, run_serial, usable_cores
 from .ensemble_catalogue import Catalogue, Lock, make_folder
 from .ensemble_members import Task, check_options, make_tasks, read_table
 from .ensemble_progress import Progress, ProgressChoice
@@ -353,22 +354,28 @@ class _Work:
         known = {task["name"]: found for task in tasks for found in [self._known(task)] if found is not None}
         missing = [task for task in tasks if task["name"] not in known or (job and task["name"] in job["tasks"])]
         known = {name: found for name, found in known.items() if not job or name not in job["tasks"]}
-        catalogue.plan(table, tasks, known)
-        progress = Progress(self.progress, len(tasks), len(known))
-        keeper = Keeper(catalogue, progress)
-        try:
-            if missing:
-                self._run(missing, catalogue, keeper, job)
-        finally:
-            keeper.flush()
-            catalogue.end()
-            progress.close()
+        with self._start(missing) as pool:  # whose processes load their modules while the catalogue is written
+            catalogue.plan(table, tasks, known)
+            progress = Progress(self.progress, len(tasks), len(known))
+            keeper = Keeper(catalogue, progress)
+            try:
+                if pool is not None:
+                    pool.run(keeper)
+                elif missing:
+                    self._run(missing, catalogue, keeper, job)
+            finally:
+                keeper.flush()
+                catalogue.end()
+                progress.close()
+
+    def _start(self, tasks: Sequence[Task]) -> ContextManager[Optional[Pool]]:
+        if self.backend != "processes" or not tasks:
+            return contextlib.nullcontext()
+        return Pool(tasks, self.jobs or max(1, usable_cores() // tasks[0]["threads"]))
 
     def _run(self, tasks: Sequence[Task], catalogue: Catalogue, keeper: Keeper, job: Optional[Dict[str, Any]]) -> None:
         if self.backend == "serial":
             run_serial(tasks, keeper)
-        elif self.backend == "processes":
-            run_pool(tasks, self.jobs or max(1, usable_cores() // tasks[0]["threads"]), keeper)
         elif self.backend == "dask":
             from .ensemble_dask import run_dask
 

@@ -10,7 +10,7 @@ import tempfile
 import threading
 import time
 from collections import deque
-from typing import Deque, Dict, List, Optional, Sequence, Tuple
+from typing import Any, Deque, Dict, List, Optional, Sequence, Tuple
 
 from .ensemble_catalogue import Catalogue
 from .ensemble_members import Task
@@ -173,40 +173,55 @@ class _Process:
             return f"its process was ended by signal {-code}"
 
 
-class _Pool:
-    """Members in processes. One that its process is lost with is tried once more, on its own, when all others have
-    ended: maybe there was no memory for so many at once."""
+class Pool:
+    """Members in processes, which start at once and take their time to it. A member that its process is lost with is
+    tried once more, on its own, when all others have ended: maybe there was no memory for so many at once. Leaving the
+    pool ends its processes."""
 
-    def __init__(self, tasks: Sequence[Task], jobs: int, keeper: Keeper) -> None:
+    def __init__(self, tasks: Sequence[Task], jobs: int) -> None:
         self._waiting: Deque[Task] = deque(tasks)
         self._alone: Deque[Task] = deque()
         self._lost: Dict[str, str] = {}  # how processes of members were lost
         self._jobs = min(jobs, len(tasks))
-        self._keeper = keeper
+        self._keeper = Keeper(None, None)
         self._arrivals: queue.SimpleQueue[Tuple[_Process, str]] = queue.SimpleQueue()
         self._processes: List[_Process] = []
         self._failed_starts = 0
         self._ended = 0
         self._seconds = 0.0
 
-    def run(self) -> None:
-        is_over = False
+        self._is_over = False
+
+    def __enter__(self) -> Pool:
         try:
-            while self._waiting or self._alone or any(process.assigned for process in self._processes):
-                self._start()
-                self._hand_out()
-                try:
-                    self._arrive(*self._arrivals.get(timeout=0.2))
-                except queue.Empty:
-                    pass
-                self._stop_late()
-                self._keeper.tick()
-            is_over = True
-        finally:
-            for process in self._processes:
-                process.ask_to_end(not is_over)
-            for process in self._processes:
-                process.end()
+            self._start()
+        except BaseException:
+            self._end()
+            raise
+        return self
+
+    def __exit__(self, kind: Any, error: Any, trace: Any) -> None:
+        self._end()
+
+    def _end(self) -> None:
+        for process in self._processes:
+            process.ask_to_end(not self._is_over)
+        for process in self._processes:
+            process.end()
+
+    def run(self, keeper: Keeper) -> None:
+        """Runs all members. RunError if no process can be started."""
+        self._keeper = keeper
+        while self._waiting or self._alone or any(process.assigned for process in self._processes):
+            self._start()
+            self._hand_out()
+            try:
+                self._arrive(*self._arrivals.get(timeout=0.2))
+            except queue.Empty:
+                pass
+            self._stop_late()
+            self._keeper.tick()
+        self._is_over = True
 
     def _start(self) -> None:
         """Keeps as many processes as there is work for."""
@@ -287,4 +302,5 @@ class _Pool:
 def run_pool(tasks: Sequence[Task], jobs: int, keeper: Keeper) -> None:
     """Runs members in processes of this machine. RunError if no process can be started."""
     if tasks:
-        _Pool(tasks, jobs, keeper).run()
+        with Pool(tasks, jobs) as pool:
+            pool.run(keeper)
