@@ -90,7 +90,10 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
 }
 
 static void addEngines(CLI::App& command, EngineFolders& folders) {
-    command.add_option("--engines", folders.engines, "The folder of the engines inside nodes [that of this program]")
+    command
+        .add_option(
+            "--engines", folders.engines,
+            "The folder of the engines inside nodes [that of this program, else that of those installed with it]")
         ->type_name("FOLDER")
         ->check(refuseNoFolder);
     command

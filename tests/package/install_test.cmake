@@ -25,6 +25,12 @@ run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${folder}/build -G ${GENERATOR} -DCMA
 run(${CMAKE_COMMAND} --build ${folder}/build)
 run(${folder}/build/by_package)
 run(${folder}/build/by_pkgconfig)
+# The installed program finds the engines that were installed with it.
+file(COPY ${CONSUMER_DIR}/../../examples/coupled DESTINATION ${folder})
+run(${prefix}/bin/tarnvelde run ${folder}/coupled/coupled.inp --json)
+if(NOT output MATCHES "\"phase\": *\"finished\"")
+    message(FATAL_ERROR "The installed program says: ${output}")
+endif()
 run(${prefix}/bin/tarnvelde --version)
 file(REMOVE_RECURSE ${folder})
 if(NOT output MATCHES "${VERSION}")

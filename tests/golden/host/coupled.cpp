@@ -1,4 +1,4 @@
-// Projects with outside models, run by the engines of tests/engines. Their log is one of the results.
+// Projects with outside models, run by the engines of engines/trial. Their log is one of the results.
 
 #include "coupledtext.h"
 #include "host.h"
