@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian packages of scripts/packages.txt that are missing; quick when none is. Works as root or with sudo.
-# With the names of other lists beside it, as packages-python.txt, those of these too.
+# Installs the Debian packages of scripts/packages.txt that are missing, which the program is built with; quick when none
+# is. Works as root or with sudo. With the names of other lists beside it, as packages-tests.txt, those of these too.
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
 # Runs an example: scripts/run-example.sh [NAME], NAME being a folder of examples/ (first-storm if none is given).
-# Installs what is missing, builds the program and the engines that coupled models need, runs a copy of the example in
-# build/examples/NAME, and shows its report. Results stay there. An example that is a host program itself is built against
-# an installed package, and run.
+# Installs what the program is built with, builds it, and the engines that coupled models need, in build/release, runs a
+# copy of the example in build/examples/NAME, and shows its report. Results stay there. An example that is a host program
+# itself is built against an installed package, and run.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 name=${1:-first-storm}
@@ -23,7 +23,11 @@ log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 echo "Building into build/release ..."
 targets=(tarnvelde tarnvelde_host engine_swmm5ex engine_vorn)
-if ! { cmake --preset release && cmake --build --preset release --target "${targets[@]}"; } >"$log" 2>&1; then
+begin() { # where there is no build yet: of the program alone, which needs no package of the tests
+    [ -f build/release/CMakeCache.txt ] || cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release \
+        -DTARNVELDE_BUILD_TESTS=OFF -DTARNVELDE_BUILD_BENCH=OFF
+}
+if ! { begin && cmake --build build/release -j "$(nproc)" --target "${targets[@]}"; } >"$log" 2>&1; then
     cat "$log" >&2
     exit 1
 fi
@@ -31,6 +35,7 @@ fi
 out=build/examples/$name
 mkdir -p "$out"
 if [ ! -f "$model" ]; then # a host program, which uses the installed package
+    "$root/scripts/install.sh" packages-hosts.txt
     cmake --install build/release --prefix "$root/build/examples/prefix" >"$log"
     pc=$(find "$root/build/examples/prefix" -name tarnvelde.pc | head -n 1)
     PKG_CONFIG_PATH=$(dirname "$pc") make -C "examples/$name" OUT="$root/$out"

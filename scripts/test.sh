@@ -23,7 +23,13 @@ stage() {
     fi
 }
 
-build() { cmake --preset "$1" >/dev/null && cmake --build --preset "$1"; }
+# build PRESET: a folder that scripts/run-example.sh has begun with another tool is begun anew.
+build() {
+    if [ -f "build/$1/CMakeCache.txt" ] && ! grep -q '^CMAKE_GENERATOR:INTERNAL=Ninja$' "build/$1/CMakeCache.txt"; then
+        rm -rf "build/$1"
+    fi
+    cmake --preset "$1" >/dev/null && cmake --build --preset "$1"
+}
 
 # run_tests PRESET: ctest, its counts added up.
 run_tests() {
@@ -122,7 +128,7 @@ run_fuzzers() {
     return $status
 }
 
-stage "Install what is missing" scripts/install.sh packages-python.txt || { echo "0 passed, 0 failed"; exit 1; }
+stage "Install what is missing" scripts/install.sh packages-tests.txt packages-python.txt || { echo "0 passed, 0 failed"; exit 1; }
 stage "Build the page of a run" scripts/build-page.sh
 if stage "Build release with gcc" build release; then
     stage "Tests of the release build" run_tests release
