@@ -141,6 +141,8 @@ def test_block_on_ensembles(monkeypatch, town):
     e = execute(block_with("tv.ensemble("))["e"]
     assert list(e.status["outcome"]) == ["done"] * 3 and (town / "scan.zarr").is_dir()
     assert e.frame("nodes", "inflow", ["N4"]).columns.names == ["member", "id"]
+    assert e.event_totals("RIVER", threshold=0.001)["events"].sum() == len(e.events("RIVER", threshold=0.001))
+    assert len(e.event_totals("RIVER", threshold=0.001)) == 3
 
 
 def test_block_on_fits(monkeypatch, town):
