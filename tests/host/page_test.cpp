@@ -11,7 +11,6 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
@@ -20,6 +19,8 @@ namespace {
 constexpr const char* FRAME =
     "<!doctype html><html><head><meta "
     "charset=\"utf-8\"><title><!--TITLE--></title></head>\n<body><!--DATA--></body></html>\n";
+
+constexpr const char* READER = TARNVELDE_SOURCE_DIR "/tests/host/pagereader.py";
 
 /// The project file of an example.
 std::string getExample(const std::string& name) {
@@ -50,8 +51,7 @@ struct Page : testing::Test {
     }
     /// The value of an expression of Python about the page.
     std::string ask(const std::string& expression) const {
-        const ProcessResult result =
-            process_run({"python3", TARNVELDE_SOURCE_DIR "/tests/host/pagereader.py", page, expression});
+        const ProcessResult result = process_run({"python3", READER, page, expression});
         EXPECT_EQ(result.status, 0) << result.err;
         return result.out.empty() ? "" : result.out.substr(0, result.out.size() - 1);
     }
@@ -95,8 +95,7 @@ TEST_P(PageOfExample, ItsTablesHaveTheNumbersOfTheReport) {
                   .status,
               0);
     write({getExample(GetParam().name)});
-    const ProcessResult result =
-        process_run({"python3", TARNVELDE_SOURCE_DIR "/tests/host/pagereader.py", page, "--report", text});
+    const ProcessResult result = process_run({"python3", READER, page, "--report", text});
     EXPECT_THAT(result.out, Not(HasSubstr("differs"))) << result.err;
     EXPECT_THAT(result.out, HasSubstr("tables: " + std::to_string(GetParam().tables) + "\n"));
     EXPECT_THAT(result.out, Not(HasSubstr("same: 0\n")));
@@ -227,8 +226,7 @@ struct PageOfResults : Results {
     std::string page = folder.file("page.html");
 
     std::string ask(const std::string& expression) const {
-        const ProcessResult result =
-            process_run({"python3", TARNVELDE_SOURCE_DIR "/tests/host/pagereader.py", page, expression});
+        const ProcessResult result = process_run({"python3", READER, page, expression});
         EXPECT_EQ(result.status, 0) << result.err;
         return result.out.substr(0, result.out.find_last_not_of('\n') + 1);
     }
