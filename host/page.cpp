@@ -40,6 +40,7 @@ bool isResults(const std::string& name) {
     stream.read(head, sizeof head);
     const auto count = static_cast<size_t>(stream.gcount());
     return (count >= sizeof BINARY_MARK && std::memcmp(head, BINARY_MARK, sizeof BINARY_MARK) == 0) ||
+           (count >= RESULT_MARK_LENGTH && std::memcmp(head, RESULT_OBJECTS_MARK, RESULT_MARK_LENGTH) == 0) ||
            (count == sizeof head && std::memcmp(head, DATABASE_MARK, sizeof head) == 0);
 }
 

@@ -238,7 +238,7 @@ struct PageOfResults : Results {
     }
 };
 
-TEST_F(PageOfResults, BothKindsOfFileGiveTheSeriesOfTheRun) {
+TEST_F(PageOfResults, AllKindsOfFileGiveTheSeriesOfTheRun) {
     const std::string question =
         "[[(o['table'], o['id'], c['name'], c['unit'], [v and round(v, 5) for v in series(o['table'], o['id'], "
         "c['name'])]) for c in o['columns']] for o in run['objects']]";
@@ -249,6 +249,11 @@ TEST_F(PageOfResults, BothKindsOfFileGiveTheSeriesOfTheRun) {
     EXPECT_EQ(ask(question), ofModel);
     EXPECT_EQ(ask("run['times']"), times);
     EXPECT_EQ(ask("run['source'], run['network']['nodes']"), "('results', [])");
+    const std::string byObject = folder.file("a.tvo");
+    ASSERT_EQ(runProgram({"results", binary, "--by-object", "-o", byObject}).status, 0);
+    write({byObject});
+    EXPECT_EQ(ask(question), ofModel);
+    EXPECT_EQ(ask("run['source']"), "results");
     write({database});  // whose columns of pollutants have low lines for hyphens
     EXPECT_EQ(ask(question + ".__str__().replace('NH4_N', 'NH4-N')"), ofModel);
     EXPECT_EQ(ask("run['times']"), times);
