@@ -126,11 +126,7 @@ int export_execute(const ExportRequest& request) {
     }
     try {
         ResultFile file;
-        result_open(file, request.file);
-        results_tellCut(file);
-        if (file.periods == 0) {
-            throw ResultError(file.name + " holds no report");
-        }
+        results_open(file, request.file);
         // All objects of a name are meant, whatever their tables, as in a summary.
         ResultsRequest choice{};
         choice.objects = request.objects;

@@ -3,7 +3,6 @@
 #include "page.h"
 
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -26,22 +25,6 @@ constexpr double BYTES_PER_MB = 1e6;
 int refuse(const std::string& text) {
     std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(text).c_str());
     return EXIT_WRONG_USAGE;
-}
-
-/// Whether a file is one of results, by its beginning. What can't be read is taken for a project, which tells why.
-bool isResults(const std::string& name) {
-    static constexpr unsigned char BINARY_MARK[] = {0x5A, 0x48, 0xC3, 0x1E};  // 516114522
-    static constexpr char DATABASE_MARK[] = "SQLite format 3";
-    if (!files_isRegular(name)) {
-        return false;
-    }
-    char head[sizeof DATABASE_MARK] = "";
-    std::ifstream stream(name, std::ios::binary);
-    stream.read(head, sizeof head);
-    const auto count = static_cast<size_t>(stream.gcount());
-    return (count >= sizeof BINARY_MARK && std::memcmp(head, BINARY_MARK, sizeof BINARY_MARK) == 0) ||
-           (count >= RESULT_MARK_LENGTH && std::memcmp(head, RESULT_OBJECTS_MARK, RESULT_MARK_LENGTH) == 0) ||
-           (count == sizeof head && std::memcmp(head, DATABASE_MARK, sizeof head) == 0);
 }
 
 /// Whether the page may take the place of what stands there: of nothing, or of an earlier page. A project that isn't
@@ -103,7 +86,7 @@ bool readTemplate(const PageRequest& request, std::string& page) {
 }
 
 PageEnd readInput(const PageRequest& request, const std::string& input, uint64_t most, PageRun& run) {
-    return isResults(input) ? pageresults_read(request, input, most, run) : pagemodel_run(request, input, most, run);
+    return result_isOne(input) ? pageresults_read(request, input, most, run) : pagemodel_run(request, input, most, run);
 }
 
 int writePage(const PageRequest& request, std::string page, const std::vector<PageRun>& runs) {

@@ -282,11 +282,7 @@ void addFacts(PageRun& run, const ResultFile& file) {
 
 PageEnd pageresults_read(const PageRequest& request, const std::string& results, uint64_t most, PageRun& run) {
     ResultFile file;
-    result_open(file, results);
-    results_tellCut(file);
-    if (file.periods == 0) {
-        throw ResultError(file.name + " holds no report");
-    }
+    results_open(file, results);
     if (!(std::fabs(file.startDate) < RESULT_FARTHEST_DATE)) {
         throw ResultError(file.name + " is damaged: its dates can't be");
     }

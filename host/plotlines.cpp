@@ -323,11 +323,7 @@ void makeCurves(PlotPicture& picture) {
 
 PlotPicture plotlines_read(const PlotRequest& request, const ResultWindow& asked) {
     ResultFile file;
-    result_open(file, request.file);
-    results_tellCut(file);
-    if (file.periods == 0) {
-        throw ResultError(file.name + " holds no report");
-    }
+    results_open(file, request.file);
     ResultWindow window = asked;
     if (request.isCurve) {  // whole report periods, as those of statistics
         window.from += file.reportStep / SECONDS_PER_DAY;

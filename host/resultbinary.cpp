@@ -17,7 +17,6 @@
 
 namespace {
 
-constexpr int32_t MAGIC_NUMBER = 516114522;
 constexpr uint64_t CLOSING_LENGTH = 28;
 constexpr uint64_t MOST_VALUES = uint64_t{1} << 60;  ///< of a record
 
@@ -193,7 +192,7 @@ bool hasClosing(Cursor& cursor, const ResultFile& file) {
         return false;
     }
     cursor.place = cursor.length - 4;
-    return cursor.readInteger() == MAGIC_NUMBER;
+    return cursor.readInteger() == RESULT_MAGIC;
 }
 
 /// Compares the closing block with what the walk has found.
@@ -244,7 +243,7 @@ void result_openBinary(ResultFile& file) {
         throw ResultError(file.name + " can't be read");
     }
     Cursor cursor{file, static_cast<uint64_t>(status.st_size), 0};
-    if (cursor.length < 4 || cursor.readInteger() != MAGIC_NUMBER) {
+    if (cursor.length < 4 || cursor.readInteger() != RESULT_MAGIC) {
         cursor.fail("is no file of results");
     }
     if (cursor.length < getHeadLength() + CLOSING_LENGTH) {
@@ -292,7 +291,7 @@ std::vector<unsigned char> result_makeClosing(const ResultFile& file) {
     }
     add(static_cast<uint32_t>(file.periods));
     add(0);  // nobody knows of an error
-    add(MAGIC_NUMBER);
+    add(RESULT_MAGIC);
     return bytes;
 }
 

@@ -5,10 +5,12 @@
 #include <sqlite3.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <optional>
 
 #include "files.h"
 
@@ -198,6 +200,34 @@ ResultChoice result_findColumn(const ResultFile& file, const std::string& object
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
+/// The kind of a file by its first bytes; none of what is no file of results.
+static std::optional<ResultKind> findKind(std::FILE* stream) {
+    static constexpr std::string_view DATABASE_MARK("SQLite format 3", sizeof "SQLite format 3");  // with its end
+    std::array<char, DATABASE_MARK.size()> bytes{};
+    const std::string_view head(bytes.data(), std::fread(bytes.data(), 1, bytes.size(), stream));
+    if (head == DATABASE_MARK) {
+        return ResultKind::DATABASE;
+    }
+    if (head.starts_with(RESULT_OBJECTS_MARK)) {
+        return ResultKind::BY_OBJECT;
+    }
+    uint32_t number = 0;  // its lowest byte stands first
+    for (size_t k = 0; k < std::min(head.size(), sizeof number); ++k) {
+        number |= uint32_t{static_cast<unsigned char>(head[k])} << (8 * k);
+    }
+    return number == RESULT_MAGIC ? std::optional(ResultKind::BINARY) : std::nullopt;
+}
+
+bool result_isOne(const std::string& name) {
+    std::FILE* const stream = files_isRegular(name) ? std::fopen(name.c_str(), "rb") : nullptr;
+    if (stream == nullptr) {
+        return false;
+    }
+    const bool isOne = findKind(stream).has_value();
+    std::fclose(stream);
+    return isOne;
+}
+
 void result_open(ResultFile& file, const std::string& name) {
     file.name = name;
     if (files_exists(name) && !files_isRegular(name)) {
@@ -207,19 +237,15 @@ void result_open(ResultFile& file, const std::string& name) {
     if (!file.binary) {
         throw ResultError("cannot open " + name + ": " + std::strerror(errno));
     }
-    static constexpr char DATABASE_MARK[] = "SQLite format 3";
-    char head[sizeof DATABASE_MARK] = "";
-    const size_t read = std::fread(head, 1, sizeof head, file.binary);
-    if (read == sizeof head && std::memcmp(head, DATABASE_MARK, sizeof head) == 0) {
-        std::fclose(file.binary);
-        file.binary = nullptr;
-        file.kind = ResultKind::DATABASE;
-        result_openDatabase(file);
-    } else if (read >= RESULT_MARK_LENGTH && std::memcmp(head, RESULT_OBJECTS_MARK, RESULT_MARK_LENGTH) == 0) {
-        file.kind = ResultKind::BY_OBJECT;
-        result_openObjects(file);
-    } else {
-        result_openBinary(file);
+    file.kind = findKind(file.binary).value_or(ResultKind::BINARY);
+    switch (file.kind) {
+        case ResultKind::DATABASE:
+            std::fclose(file.binary);
+            file.binary = nullptr;
+            result_openDatabase(file);
+            break;
+        case ResultKind::BY_OBJECT: result_openObjects(file); break;
+        case ResultKind::BINARY: result_openBinary(file); break;  // which tells what is none
     }
 }
 

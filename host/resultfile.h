@@ -168,6 +168,9 @@ struct ResultSummary {
     double flowWeightedMean;  ///< of a concentration; NaN without a flow that carries it
 };
 
+/// Whether a file begins as results of any kind do. What stands behind may be damaged; what can't be read is none.
+[[nodiscard]] bool result_isOne(const std::string& name);
+
 /// Opens a file of any kind. Throws ResultError.
 void result_open(ResultFile& file, const std::string& name);
 
@@ -209,6 +212,7 @@ std::string result_formatDate(double date);
 // --- parts of the reader -------------------------------------------------------------------------------------------
 
 constexpr int32_t RESULT_VERSION = 21000;
+constexpr int32_t RESULT_MAGIC = 516114522;  ///< at both ends of a binary file
 
 /// The table of LID units on subcatchments (host/lidfile.h); only databases have it, and not those of the engine.
 constexpr const char* RESULT_LID_UNITS = "LID_Unit";

@@ -71,6 +71,14 @@ static void showList(const ResultFile& file) {
 
 // --- the command ---------------------------------------------------------------------------------------------------
 
+void results_open(ResultFile& file, const std::string& name) {
+    result_open(file, name);
+    results_tellCut(file);
+    if (file.periods == 0) {
+        throw ResultError(file.name + " holds no report");
+    }
+}
+
 void results_tellCut(const ResultFile& file) {
     if (!file.isEnded) {
         std::fprintf(stderr,

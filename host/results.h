@@ -21,6 +21,9 @@ struct ResultsRequest {
     SeriesForm form;
 };
 
+/// Opens a file that has reports, and tells on standard error if its run was not ended. Throws ResultError.
+void results_open(ResultFile& file, const std::string& name);
+
 /// Tells on standard error of a file whose run was not ended.
 void results_tellCut(const ResultFile& file);
 

@@ -286,11 +286,7 @@ void readDepths(const ResultFile& file, size_t table, const PlotRequest& request
 
 void readLevels(const PlotRequest& request, const ResultWindow& window, Section& section) {
     ResultFile file;
-    result_open(file, request.file);
-    results_tellCut(file);
-    if (file.periods == 0) {
-        throw ResultError(file.name + " holds no report");
-    }
+    results_open(file, request.file);
     result_checkWindow(file, window);
     findReports(file, request, section);
     for (SectionPiece& piece : section.pieces) {

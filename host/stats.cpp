@@ -212,11 +212,7 @@ int stats_execute(const StatsRequest& request) {
     }
     try {
         ResultFile file;
-        result_open(file, request.file);
-        results_tellCut(file);
-        if (file.periods == 0) {
-            throw ResultError(file.name + " holds no report");
-        }
+        results_open(file, request.file);
         std::vector<StatsPart> parts = stats_choose(file, request);
         window = cutWindow(file, window);
         result_checkWindow(file, window);
