@@ -1,0 +1,168 @@
+"""The chapters on methods and parameters: their small projects run as they stand, and sums, tables and engine agree."""
+import ast
+import json
+import math
+import operator
+import re
+import subprocess
+
+import pytest
+from conftest import BUILD, ROOT
+
+PROGRAM = BUILD / "tarnvelde"
+DOCS = ROOT / "docs"
+PAGES = sorted([*(DOCS / "methods").glob("*.md"), *(DOCS / "parameters").glob("*.md")])
+DAY = "2024-03-01"  # on which the projects of these chapters begin
+
+# --- sums ------------------------------------------------------------------------------------------------------------
+
+OPERATIONS = {
+    ast.Add: operator.add,
+    ast.Sub: operator.sub,
+    ast.Mult: operator.mul,
+    ast.Div: operator.truediv,
+    ast.Pow: operator.pow,
+}
+FUNCTIONS = {"sqrt": math.sqrt, "exp": math.exp, "ln": math.log, "arccos": math.acos, "sin": math.sin}
+SIGNS = {"−": "-", "×": "*", "÷": "/", "^": "**", "√": "sqrt", "≈": "", "π": "3.14159265", "⅔": "(2/3)"}
+
+
+def work_out(text):
+    """The value of a sum as a page writes it: numbers, + − × ÷ ^ √ and a few functions."""
+    for sign, plain in SIGNS.items():
+        text = text.replace(sign, plain)
+
+    def value(node):
+        if isinstance(node, ast.BinOp):
+            return OPERATIONS[type(node.op)](value(node.left), value(node.right))
+        if isinstance(node, ast.UnaryOp) and isinstance(node.op, ast.USub):
+            return -value(node.operand)
+        if isinstance(node, ast.Call):
+            return FUNCTIONS[node.func.id](*map(value, node.args))
+        assert isinstance(node, ast.Constant) and isinstance(node.value, (int, float)), text
+        return float(node.value)
+
+    return value(ast.parse(text.strip(), mode="eval").body)
+
+
+def get_unit(figure):
+    """One unit of the last place of a figure."""
+    digits, _, power = figure.replace("−", "-").partition("e")
+    return 10.0 ** (int(power or 0) - len(digits.partition(".")[2]))
+
+
+def to_number(figure):
+    return float(figure.replace("−", "-"))
+
+
+# --- pages -----------------------------------------------------------------------------------------------------------
+
+
+def read_cells(line):
+    return [cell.strip() for cell in line.strip().strip("|").split("|")] if line.startswith("|") else []
+
+
+def read_page(page):
+    """The projects of a page, each with the rows of the tables behind it; and the rows of tables of plain sums."""
+    projects, sums, block, rows = [], [], None, None
+    for line in page.read_text(encoding="utf-8").splitlines():
+        cells = read_cells(line)
+        if line.startswith("```"):
+            if block is None:
+                block = []
+            else:
+                text = "\n".join(block) + "\n"
+                if "[GENERAL]" in text:
+                    projects.append((text, []))
+                block = None
+        elif block is not None:
+            block.append(line)
+        elif cells == ["Where", "By hand", "Engine"]:
+            assert projects, f"{page.name}: figures of no project"
+            rows = projects[-1][1]
+        elif cells == ["Quantity", "Sum", "Value"]:
+            rows = sums
+        elif not cells:
+            rows = None
+        elif rows is not None and not set(line) <= set("|-: "):
+            assert len(cells) == 3, line
+            rows.append(cells)
+    assert block is None, f"{page.name}: a block without end"
+    return projects, sums
+
+
+def list_projects():
+    return [
+        pytest.param(text, rows, id=f"{page.parent.name}/{page.stem}-{k}")
+        for page in PAGES
+        for k, (text, rows) in enumerate(read_page(page)[0])
+    ]
+
+
+# --- what a run gives ------------------------------------------------------------------------------------------------
+
+
+def call(*arguments):
+    return subprocess.run([str(PROGRAM), *map(str, arguments)], capture_output=True, text=True, timeout=120)
+
+
+def find_columns(rule):
+    return [(match.start(), match.end()) for match in re.finditer(r"[-*]+", rule)]
+
+
+def read_report(report, words):
+    """A figure of the report by table, row and, where there are several, column."""
+    lines = report.splitlines()
+    start = next(k for k, line in enumerate(lines) if (line + " ").startswith("  " + words[0] + " "))
+    rule = next(k for k in range(start, len(lines)) if " ---" in lines[k] and set(lines[k]) <= set(" -*"))
+    columns = find_columns(lines[rule])
+    names = [
+        " ".join(lines[k][a:b].strip() for k in (rule - 2, rule - 1)) if rule - 2 > start else "" for a, b in columns
+    ]
+    place = 1
+    if len(words) == 3:
+        place = next(k for k, name in enumerate(names) if k > 0 and words[2] in {name.rpartition(" ")[0], name})
+    for line in lines[rule + 1 :]:
+        if line[slice(*columns[0])].strip() == words[1]:
+            return line[columns[place][0] : columns[place][1]].strip()
+    raise AssertionError(f"no row {words}")
+
+
+def read_results(path, words):
+    """A value of the results by object, column and moment."""
+    name, column, moment = words
+    moment = moment if " " in moment else f"{DAY} {moment}"
+    moment += "" if moment.count(":") == 2 else ":00"
+    out = call("results", path, "--object", name, "--column", column, "--csv")
+    assert out.returncode == 0, out.stderr
+    rows = dict(line.rsplit(",", 1) for line in out.stdout.splitlines()[1:])
+    return rows[moment]
+
+
+# --- tests -----------------------------------------------------------------------------------------------------------
+
+
+@pytest.mark.parametrize("text, rows", list_projects())
+def test_engine_gives_the_numbers_of_the_page(text, rows, tmp_path):
+    (tmp_path / "model.inp").write_text(text, encoding="utf-8")
+    run = call("run", tmp_path / "model.inp", "--json")
+    assert run.returncode == 0, run.stdout + run.stderr
+    doubts = [m for m in json.loads(run.stdout)["messages"] if m.get("severity") == "warning" and "line" in m]
+    assert not doubts
+    for where, by_hand, engine in rows:
+        words = [word.strip() for word in where.removeprefix("report:").split(",")]
+        if where.startswith("report:"):
+            got = read_report((tmp_path / "model.rpt").read_text(), words)
+        else:
+            got = read_results(tmp_path / "model.bin", words)
+        unit = get_unit(engine)
+        assert abs(float(got) - to_number(engine)) <= 0.5001 * unit, (where, got)
+        room = max(1.0001 * unit, 0.02 * abs(to_number(engine)) if by_hand.startswith("≈") else 0.0)
+        assert abs(work_out(by_hand) - to_number(engine)) <= room, (where, work_out(by_hand))
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: f"{page.parent.name}/{page.stem}")
+def test_sums_of_a_page_come_out(page):
+    for quantity, text, value in read_page(page)[1]:
+        figure = value.split(" ")[0]
+        assert abs(work_out(text) - to_number(figure)) <= 0.5001 * get_unit(figure), (quantity, work_out(text))
