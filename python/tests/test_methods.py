@@ -122,9 +122,9 @@ def read_report(report, words):
     place = 1
     if len(words) == 3:
         place = next(k for k, name in enumerate(names) if k > 0 and words[2] in {name.rpartition(" ")[0], name})
-    for line in lines[rule + 1 :]:
+    for line in lines[rule:]:
         if line[slice(*columns[0])].strip() == words[1]:
-            return line[columns[place][0] : columns[place][1]].strip()
+            return line[slice(*columns[place])].strip()
     raise AssertionError(f"no row {words}")
 
 
@@ -166,3 +166,35 @@ def test_sums_of_a_page_come_out(page):
     for quantity, text, value in read_page(page)[1]:
         figure = value.split(" ")[0]
         assert abs(work_out(text) - to_number(figure)) <= 0.5001 * get_unit(figure), (quantity, work_out(text))
+
+
+def measure_wave(path, name, column):
+    """Centre and variance of a wave over time, s and s2."""
+    out = call("results", path, "--object", name, "--column", column, "--csv").stdout.splitlines()[1:]
+    flows = [float(line.rsplit(",", 1)[1]) for line in out]
+    times = [30.0 * (k + 1) for k in range(len(flows))]
+    centre = sum(q * t for q, t in zip(flows, times)) / sum(flows)
+    return centre, sum(q * (t - centre) ** 2 for q, t in zip(flows, times)) / sum(flows)
+
+
+def test_wave_through_a_pipe_has_the_delay_and_spread_of_the_page(tmp_path):
+    projects, sums = read_page(DOCS / "parameters" / "muskingum.md")
+    (tmp_path / "model.inp").write_text(projects[0][0], encoding="utf-8")
+    assert call("run", tmp_path / "model.inp", "--quiet").returncode == 0
+    before, after = (measure_wave(tmp_path / "model.bin", *place) for place in (("J", "TotInflow"), ("O", "TotInflow")))
+    said = {quantity: float(value) for quantity, _, value in sums if " wave" in quantity or "variance" in quantity}
+    assert after[0] - before[0] == pytest.approx(said["delay of the wave, s"], abs=0.1)
+    assert after[1] - before[1] == pytest.approx(said["growth of its variance, s²"], rel=0.03)
+
+
+@pytest.mark.parametrize(
+    "page, words",
+    [
+        ("parameters/roughness", "Manning's n for asphalt"),
+        ("parameters/muskingum", "Units of K"),
+        ("methods/infiltration", "Which equation does infiltration use"),
+        ("methods/balances", "why water is lost"),
+    ],
+)
+def test_questions_are_found_by_their_wording(page, words):
+    assert words.lower() in (DOCS / f"{page}.md").read_text(encoding="utf-8").lower()
