@@ -198,3 +198,24 @@ def test_wave_through_a_pipe_has_the_delay_and_spread_of_the_page(tmp_path):
 )
 def test_questions_are_found_by_their_wording(page, words):
     assert words.lower() in (DOCS / f"{page}.md").read_text(encoding="utf-8").lower()
+
+
+def list_anchors(page):
+    """What links to the headings of a page say behind the number sign."""
+    seen = {}
+    for line in page.read_text(encoding="utf-8").splitlines():
+        if line.startswith("#"):
+            text = re.sub(r"[^\w\- ]", "", line.lstrip("#").strip().lower()).replace(" ", "-")
+            seen[text] = seen.get(text, -1) + 1
+            if seen[text]:
+                seen[f"{text}-{seen[text]}"] = 0
+    return set(seen)
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: f"{page.parent.name}/{page.stem}")
+def test_links_of_a_page_lead_somewhere(page):
+    for target in re.findall(r"\]\(([^)]+)\)", page.read_text(encoding="utf-8")):
+        path, _, anchor = target.partition("#")
+        file = (page.parent / path).resolve() if path else page
+        assert file.exists(), target
+        assert not anchor or anchor in list_anchors(file), target
