@@ -1,4 +1,4 @@
-"""The chapters on methods and parameters: their small projects run as they stand, and sums, tables and engine agree."""
+"""The chapters on methods and parameters: their small projects run, and sums, tables and engine agree."""
 import ast
 import json
 import math
@@ -63,7 +63,7 @@ def read_cells(line):
 
 
 def read_page(page):
-    """The projects of a page, each with the rows of the tables behind it; and the rows of tables of plain sums."""
+    """The projects of a page, each with the rows of the tables after it; and the rows of tables of plain sums."""
     projects, sums, block, rows = [], [], None, None
     for line in page.read_text(encoding="utf-8").splitlines():
         cells = read_cells(line)
@@ -162,6 +162,26 @@ def test_engine_gives_the_numbers_of_the_page(text, rows, tmp_path):
 
 
 @pytest.mark.parametrize("page", PAGES, ids=lambda page: f"{page.parent.name}/{page.stem}")
+def test_every_method_has_an_example_and_every_value_a_source(page):
+    projects, sums = read_page(page)
+    if page.parent.name == "methods" and page.stem != "index":
+        assert sum(len(rows) for _, rows in projects) + len(sums) >= 2
+        for heading in ("Order of evaluation", "Stability and the choice of the step", "Limits", "Example"):
+            assert heading in page.read_text(encoding="utf-8"), heading
+    head = []
+    for line in page.read_text(encoding="utf-8").splitlines() if page.parent.name == "parameters" else []:
+        cells = read_cells(line)
+        if not cells:
+            head = []
+        elif not head:
+            head = cells
+        elif "Certainty" in head and not set(line) <= set("|-: "):
+            row = dict(zip(head, cells))
+            assert len(cells) == len(head) and (not row["Certainty"] or row["Certainty"][0] in "abc"), line
+            assert not row["Certainty"] or row["Source"] or row["Certainty"] == "c", line
+
+
+@pytest.mark.parametrize("page", PAGES, ids=lambda page: f"{page.parent.name}/{page.stem}")
 def test_sums_of_a_page_come_out(page):
     for quantity, text, value in read_page(page)[1]:
         figure = value.split(" ")[0]
@@ -201,7 +221,7 @@ def test_questions_are_found_by_their_wording(page, words):
 
 
 def list_anchors(page):
-    """What links to the headings of a page say behind the number sign."""
+    """What links to the headings of a page have after the number sign."""
     seen = {}
     for line in page.read_text(encoding="utf-8").splitlines():
         if line.startswith("#"):
