@@ -2,9 +2,10 @@
 
     /usr/bin/python3 bare_runs.py WAY MODEL.inp FOLDER FIRST STEP COUNT
 
-WAY is "library", calls of the shared library alone, or "run", tarnvelde.run. The members FIRST, FIRST + STEP, ... below
-COUNT are run; each leaves FOLDER/NUMBER/model.bin. The process says that it is ready, waits for a line, runs, and gives
-the seconds from its first run to the end of its last one and the seconds of the processor.
+WAY is "library", calls of the shared library alone; "totals", those of tarnvelde.Model, with messages, totals and
+balances as plain columns; or "run", tarnvelde.run. The members FIRST, FIRST + STEP, ... below COUNT are run, each into
+FOLDER/NUMBER/model.bin. The process says that it is ready, waits for a line, runs, and gives the seconds from its first
+run to the end of its last one and the seconds of the processor.
 """
 import ctypes
 import os
@@ -54,6 +55,29 @@ def way_of_library(project: str) -> Callable[[str], None]:
     return run_one
 
 
+def way_of_totals(project: str) -> Callable[[str], None]:
+    """Runs by the package, with what an ensemble keeps of each beside its files."""
+    sys.path.insert(0, str(ROOT / "python"))
+    from tarnvelde._balance import rows_of
+    from tarnvelde._driving import run_to_end, total_columns
+    from tarnvelde.model import Model
+
+    class Quiet(Model):
+        def _tell(self) -> None:
+            pass
+
+    def run_one(results: str) -> None:
+        with Quiet(project) as model:
+            model.start(results)
+            run_to_end(model, None, None)
+            total_columns(model)
+            rows_of(model)
+            model.end()
+            model.messages()
+
+    return run_one
+
+
 def way_of_run(project: str) -> Callable[[str], None]:
     """Runs by the package, with frames of their totals."""
     sys.path.insert(0, str(ROOT / "python"))
@@ -71,7 +95,7 @@ def main(words: List[str]) -> None:
     """Runs the members that it is given."""
     way, project, folder = words[:3]
     first, step, count = (int(word) for word in words[3:])
-    run_one = {"library": way_of_library, "run": way_of_run}[way](project)
+    run_one = {"library": way_of_library, "totals": way_of_totals, "run": way_of_run}[way](project)
     print("ready", flush=True)
     sys.stdin.readline()
     begin, begin_of_processor = time.perf_counter(), time.process_time()

@@ -2,18 +2,20 @@
 
     /usr/bin/python3 python/benchmarks/ensemble_overhead.py [MODEL] [--members N] [--jobs N] [--rounds N] [--folder DIR]
 
-In each round the same members are run in three ways, as many at once as there are jobs, into new folders of one disk:
+In each round the same members are run in four ways, as many at once as there are jobs, into new folders of one disk:
 
     ensemble    a call of tarnvelde.ensemble, from its first line to its last: table, tasks, the start of its processes,
                 runs, totals, outcome.json, catalogue
     library     as many processes with a plain loop of calls of the shared library: open, start, run, end, close, with
-                model.bin in a folder of each member and nothing else, no totals either
-    run         likewise with tarnvelde.run, which gives the totals as frames, and writes none of them
+                model.bin in a folder of each member and nothing else, no totals and no balances either
+    totals      likewise by tarnvelde.Model, and each run's totals, balances and messages are asked for, as an ensemble
+                keeps them, and thrown away: the runs of the ensemble without all that it does beside them
+    run         likewise by tarnvelde.run, which makes frames of them: what a user has without an ensemble
 
-The order turns from round to round. Of the loops the times from the first run of each process to its last one are
-summed up: how long Python takes to start, and the waiting of the process that ends first, are the ensemble's loss
-alone. Between two measurements the results are removed and the disk is waited for; what is written back meanwhile of a
-way's own results is part of its time, in all of them.
+The order turns from round to round. The loops have their members dealt out beforehand, and their times from the first
+run of each process to its last one are summed up: how long Python takes to start, and the waiting of the process that
+ends first, are the ensemble's loss alone. Between two measurements the results are removed and the disk is waited for;
+what is written back meanwhile of a way's own results is part of its time, in all of them.
 
 Printed for each way: the time that its runs take in all cores (of the ensemble: jobs x seconds of the call), and the
 time of the processor, of all processes and the parent; then the shares that the loops have of the ensemble: 0.95 is a
@@ -43,7 +45,7 @@ if str(ROOT / "python") not in sys.path:
 from tarnvelde.ensemble import ensemble  # noqa: E402
 from tarnvelde.ensemble_backends import usable_cores  # noqa: E402
 
-LOOPS = ("library", "run")
+LOOPS = ("library", "totals", "run")
 
 
 class Spent(NamedTuple):
