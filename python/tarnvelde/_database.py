@@ -82,6 +82,8 @@ class Database(ResultSource):
                 found.append(TableInfo(name, self._columns_of(name), tuple(ids)))
                 self._numbers.append({identifier: number for number, identifier in enumerate(ids)})
         self.tables = tuple(found)
+        if not self._count:
+            self.lack = f". {self.name} has no reports: without a row, a database has no IDs of its objects"
 
     def _has_index(self, table: str) -> bool:
         """Whether there is the index that a run makes if it is asked for: rows stand as that run left them."""

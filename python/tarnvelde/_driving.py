@@ -1,28 +1,28 @@
-"""What a run is made of, without pandas: parameters set by places, the way to the end, totals as plain columns.
-Processes that run members of an ensemble need no more, and start in a fifth of the time.
+"""What a run is made of, without numpy and pandas: parameters set by places, the way to the end, totals as plain
+columns. Processes that run members of an ensemble need no more, and start in a fraction of the time.
 """
 from __future__ import annotations
 
+import math
 import time
-from typing import Any, Callable, Dict, List, Mapping, NamedTuple, Optional, Tuple
-
-import numpy as np
-from numpy.typing import NDArray
+from array import array
+from typing import Any, Callable, Dict, List, Mapping, NamedTuple, Optional, Sequence, Tuple
 
 from . import _header as header
-from ._dates import DateLike, from_days, to_days
-from ._header import Access, Code, Phase
+from ._dates import DateLike, to_days
+from ._groups import Group
+from ._header import NO_POLLUTANT, Access, Code, ObjectClass, Phase
 from ._quantities import PollutantQuantity
-from .errors import UnknownError
+from .errors import PhaseError, UnknownError
 from .model import Model
 
 _CALL_SECONDS = 0.1  # of a call of the library: signals of Python wait so long
 _CLASSES = ("system", "subcatchments", "lid_units", "nodes", "links")
 
 
-def run_to_end(model: Model, until: Optional[DateLike],
-               progress: Optional[Callable[[float, np.datetime64], None]]) -> int:
-    """Steps to the end in calls that are short enough for a key to be heard; the number of steps."""
+def run_to_end(model: Model, until: Optional[DateLike], hear: Optional[Callable[[Any], None]]) -> int:
+    """Steps to the end in calls that are short enough for a key to be heard; the number of steps. hear: takes the clock
+    after each call."""
     last = header.END if until is None else to_days(until)
     first = model._clock()
     days = 10.0 * first.step / 86400.0
@@ -34,19 +34,51 @@ def run_to_end(model: Model, until: Optional[DateLike],
         model._advance("tv_runUntil", min(clock.now + days, last))
         seconds = time.perf_counter() - begin
         days *= min(8.0, max(0.1, _CALL_SECONDS / max(seconds, 1e-9)))
-        if progress is not None:
-            clock = model._clock()
-            progress(float(clock.progress), from_days(clock.now))
+        if hear is not None:
+            hear(model._clock())
     return int(round((model._clock().now - first.now) * 86400.0 / first.step))
 
 
 class Columns(NamedTuple):
-    """Values of objects: a row for each ID, a column for each title."""
+    """Values of objects, one column after the other: for each title those of all IDs."""
 
     ids: List[str]
     titles: List[str]
     units: Dict[str, str]
-    values: NDArray[np.float64]
+    values: array[float]
+
+
+class _Wanted(NamedTuple):
+    """A column of totals: number of its variable and of its pollutant in the library."""
+
+    number: int
+    pollutant: int
+    title: str
+    unit: str
+
+
+_NAN = array("d", [math.nan]).tobytes()  # as the library gives it
+_wanted: Dict[Tuple[ObjectClass, Tuple[str, ...]], List[_Wanted]] = {}  # the same for all models of these pollutants
+
+
+def _wanted_of(model: Model, group: Group[Any]) -> List[_Wanted]:
+    """The totals of a class, with a column for each pollutant where they go by pollutant."""
+    pollutants = model._ids(ObjectClass.POLLUTANT)
+    key = (group._class, tuple(pollutants))
+    found = _wanted.get(key)
+    if found is None:
+        found = []
+        for name, quantity in group._all_quantities().items():
+            if quantity.access != Access.TOTAL:
+                continue
+            number = model._number(group._class, quantity.name)
+            if isinstance(quantity, PollutantQuantity):
+                found += [_Wanted(number, pollutant, f"{name}[{identifier}]", quantity.unit)
+                          for pollutant, identifier in enumerate(pollutants)]
+            else:
+                found.append(_Wanted(number, NO_POLLUTANT, name, quantity.unit))
+        _wanted[key] = found
+    return found
 
 
 def total_columns(model: Model) -> Dict[str, Columns]:
@@ -54,14 +86,37 @@ def total_columns(model: Model) -> Dict[str, Columns]:
     found = {}
     for word in _CLASSES:
         group = model.group(word)
-        if not len(group):
-            continue
-        names = [name for name, quantity in group._all_quantities().items() if quantity.access == Access.TOTAL]
-        columns, units = group.columns(*names)
-        titles = [title for title, values in columns.items() if word == "system" or not np.isnan(values).all()]
-        values = np.array([columns[title] for title in titles]).reshape(len(titles), len(group)).T
-        found[word] = Columns(group.ids, titles, {title: units[title] for title in titles}, values)
+        if len(group):
+            found[word] = _totals_of(model, group, _wanted_of(model, group))
     return found
+
+
+def _is_all_nan(values: array[float]) -> bool:
+    return values.tobytes() == len(values) * _NAN or all(value != value for value in values)
+
+
+def _totals_of(model: Model, group: Group[Any], wanted: Sequence[_Wanted]) -> Columns:
+    count = len(group)
+    values = array("d", bytes(8 * count * len(wanted)))
+    titles: List[str] = []
+    units: Dict[str, str] = {}
+    place, end = values.buffer_info()[0], 0
+    is_system = group._class == ObjectClass.SYSTEM
+    with model._lock:
+        if model._handle is None:
+            raise PhaseError("the model is closed", Code.ERROR_NOT_OPEN)
+        get, handle = model._library.tv_getValues, model._handle
+        for number, pollutant, title, unit in wanted:
+            code = get(handle, number, pollutant, place + 8 * end, count)
+            if code:
+                raise model._error(code, f"{group._class.name.lower()}, {title}")
+            # the next column comes in the place of one that has nothing but nan
+            if is_system or values[end] == values[end] or not _is_all_nan(values[end:end + count]):
+                titles.append(title)
+                units[title] = unit
+                end += count
+    del values[end:]
+    return Columns(group.ids, titles, units, values)
 
 
 def assign(model: Model, settings: Mapping[str, Any]) -> None:

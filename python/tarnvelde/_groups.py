@@ -3,10 +3,11 @@ from __future__ import annotations
 
 import ctypes
 import difflib
-from typing import TYPE_CHECKING, Dict, Generic, Iterator, List, Mapping, Optional, Tuple, TypeVar, Union, cast
-
-import numpy as np
-from numpy.typing import ArrayLike, NDArray
+import math
+from array import array
+from itertools import repeat
+from typing import (TYPE_CHECKING, Dict, Generic, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple,
+                    TypeVar, Union, cast)
 
 from . import _objects as objects
 from ._header import Access, Code, LinkKind, NodeKind, ObjectClass
@@ -14,7 +15,9 @@ from ._quantities import ModelObject, PollutantQuantity, Quantity, quantities_of
 from .errors import UnknownError, ValueRefused
 
 if TYPE_CHECKING:
+    import numpy as np
     import pandas as pd
+    from numpy.typing import ArrayLike, NDArray
 
     from .model import Model
 
@@ -48,10 +51,9 @@ class Group(Mapping[str, T], Generic[T]):
         self._kind = kind
         ids = model._ids(object_class)
         self._class_count = len(ids)
-        numbers = range(len(ids))
+        self._indices: Sequence[int] = range(len(ids))
         if kind >= 0:
-            numbers = [n for n in numbers if self._kind_of(n) == kind]  # type: ignore[assignment]
-        self._indices = np.fromiter(numbers, dtype=np.intp)
+            self._indices = [n for n in self._indices if self._kind_of(n) == kind]
         self._is_whole = len(self._indices) == self._class_count
         self._ids = [ids[n] or str(n) for n in self._indices]
         self._type = objects.CLASSES[(object_class, kind)]
@@ -80,9 +82,9 @@ class Group(Mapping[str, T], Generic[T]):
         return True
 
     def __getitem__(self, key: Union[str, int]) -> T:
-        if isinstance(key, (int, np.integer)):
-            return cast(T, self._model._object(self._class, int(self._indices[key])))
         if not isinstance(key, str):
+            if hasattr(key, "__index__"):  # numpy's integers too
+                return cast(T, self._model._object(self._class, self._indices[key]))
             raise TypeError(f"{self._type.__name__} is asked for by ID or number, not by {type(key).__name__}")
         has_no_ids = self._class in (ObjectClass.SYSTEM, ObjectClass.LID_UNIT)
         if has_no_ids and key.isdigit() and int(key) < self._class_count:
@@ -103,13 +105,15 @@ class Group(Mapping[str, T], Generic[T]):
     def array(self, variable: str, pollutant: Optional[str] = None) -> NDArray[np.float64]:
         """Values of a variable of all objects in their order, in the unit of the list of variables; of a pollutant
         where it goes by pollutant. nan for objects without it. UnknownError, PhaseError."""
+        import numpy as np
+
         model = self._model
         number = model._number(self._class, self._plain_name(variable))
         values = np.empty(self._class_count)
         code = model._try("tv_getValues", number, model._pollutant(pollutant), values.ctypes.data, values.size)
         if code:
             raise model._error(code, f"{self._class.name.lower()}, {variable}")
-        return values if self._is_whole else values[self._indices]
+        return values if self._is_whole else values[np.asarray(self._indices, dtype=np.intp)]
 
     def set(self, variable: str, values: Union[ArrayLike, Mapping[str, float], pd.Series],
             pollutant: Optional[str] = None) -> None:
@@ -120,19 +124,29 @@ class Group(Mapping[str, T], Generic[T]):
         quantity = quantities_of(self._type).get(name)
         if isinstance(quantity, Quantity):
             name = target_of(self._type, quantity)
-        whole = np.full(self._class_count, np.nan)
+        whole = array("d", [math.nan]) * max(1, self._class_count)
         if isinstance(values, Mapping) or hasattr(values, "items"):  # a Series has them too
             for key, value in cast(Mapping[str, float], values).items():
-                whole[self[str(key)].index] = value
+                whole[self[str(key)].index] = float(value)
         else:
-            column = np.asarray(values, dtype=np.float64)
-            if column.ndim > 1 or (column.ndim == 1 and len(column) != len(self)):
-                raise ValueRefused(f"{variable}: {column.size} values for {len(self)} objects", Code.ERROR_SIZE)
-            whole[self._indices] = column
+            for index, value in zip(self._indices, self._column_of(variable, values)):
+                whole[index] = value
         code = model._try("tv_setValues", model._number(self._class, name), model._pollutant(pollutant),
-                          whole.ctypes.data, whole.size)
+                          whole.buffer_info()[0], self._class_count)
         if code:
             raise model._error(code, f"{self._class.name.lower()}, {name}")
+
+    def _column_of(self, variable: str, values: ArrayLike) -> Iterable[float]:
+        """A value for each object, of one for all or an array."""
+        if isinstance(values, (int, float)):
+            return repeat(float(values))
+        import numpy as np
+
+        column = np.asarray(values, dtype=np.float64)
+        if column.ndim > 1 or (column.ndim == 1 and len(column) != len(self)):
+            raise ValueRefused(f"{variable}: {column.size} values for {len(self)} objects", Code.ERROR_SIZE)
+        every: List[float] = np.broadcast_to(column, len(self)).tolist()
+        return every
 
     def _plain_name(self, variable: str) -> str:
         quantity = getattr(self._type, variable, None)

@@ -2,7 +2,6 @@
 from __future__ import annotations
 
 import ctypes
-import ctypes.util
 import os
 import sys
 import threading
@@ -34,7 +33,9 @@ def _candidates() -> Iterator[str]:
     root = _FOLDER.parents[1]
     if (root / "include" / "tarnvelde_model.h").exists():
         yield from (str(root / "build" / "release" / name) for name in names)
-    found = ctypes.util.find_library("tarnvelde")
+    from ctypes.util import find_library  # which loads much, and is seldom come to
+
+    found = find_library("tarnvelde")
     if found:
         yield found
     yield from names

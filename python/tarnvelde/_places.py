@@ -2,10 +2,14 @@
 from __future__ import annotations
 
 import contextlib
+import operator
 import os
 import sys
 from pathlib import Path
 from typing import Any, BinaryIO, Iterator, NamedTuple, Optional, Union
+
+from ._header import MAX_THREADS, Code
+from .errors import ValueRefused
 
 PathLike = Union[str, "os.PathLike[str]"]
 
@@ -37,6 +41,17 @@ def source_of(project: Any) -> Source:
         folder = Path(path).parent if path is not None else None
         return Source(None, data, folder, str(path) if path is not None else "Project")
     raise TypeError(f"a project is a path or a Project, not {type(project).__name__}")
+
+
+def count_of_threads(threads: Any) -> int:
+    """A number of threads. TypeError, ValueRefused."""
+    try:
+        count = operator.index(threads)
+    except TypeError:
+        raise TypeError(f"threads are a whole number, not {threads!r}") from None
+    if not 1 <= count <= MAX_THREADS:
+        raise ValueRefused(f"threads are 1 to {MAX_THREADS}, not {count}", Code.ERROR_RANGE)
+    return count
 
 
 def encoded(path: PathLike) -> bytes:

@@ -104,6 +104,7 @@ class ResultSource:
     start: np.datetime64
     report_step: float
     tables: Tuple[TableInfo, ...]
+    lack = ""  # what it can't have, as the end of a message of what isn't found
 
     def dates(self) -> NDArray[np.datetime64]:
         """Dates of the reports, whole seconds."""

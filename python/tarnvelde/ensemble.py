@@ -11,13 +11,14 @@ from __future__ import annotations
 import contextlib
 import os
 from pathlib import Path
-from typing import Any, Callable, ContextManager, Dict, Iterable, List, Mapping, Optional, Sequence, Tuple, Union
+from typing import (Any, Callable, ContextManager, Dict, Iterable, Iterator, List, Mapping, Optional, Sequence, Tuple,
+                    Union)
 
 import pandas as pd
 
 from ._places import PathLike, source_of
 from .ensemble_backends import Keeper, Pool, run_serial, usable_cores
-from .ensemble_catalogue import Catalogue, Lock, make_folder
+from .ensemble_catalogue import FILE, Catalogue, Lock, make_folder
 from .ensemble_members import Task, check_options, make_tasks, read_table
 from .ensemble_progress import Progress, ProgressChoice
 from .ensemble_worker import Outcome, log_of, read_outcome, read_totals
@@ -301,18 +302,19 @@ def ensemble(project: Any, members: Any, *, out: PathLike, backend: str = "proce
     if jobs is not None and jobs < 1:
         raise ValueRefused(f"jobs are at least 1, not {jobs}")
     options = check_options(results, keep, engines, threads, timeout)
-    table = read_table(members)
     folder = Path(os.fspath(out)).absolute()
-    tasks = make_tasks(project, table, folder, options)
     work = _Work(folder, backend, jobs, client, retry, progress, slurm, chunk)
-    make_folder(folder)
-    lock = Lock(folder)
-    try:
-        with Catalogue(folder, True) as catalogue:
-            _share_text(project, tasks, folder)
-            work.run(catalogue, table, tasks)
-    finally:
-        lock.release()
+    with work.start_ahead(members, options.threads):
+        table = read_table(members)
+        tasks = make_tasks(project, table, folder, options)
+        make_folder(folder)
+        lock = Lock(folder)
+        try:
+            with Catalogue(folder, True) as catalogue:
+                _share_text(project, tasks, folder)
+                work.run(catalogue, table, tasks)
+        finally:
+            lock.release()
     return Ensemble(folder)
 
 
@@ -338,29 +340,45 @@ class _Work:
         self.retry = retry
         self.progress = progress
         self.slurm = SlurmOptions(slurm, chunk, jobs)
+        self._pool: Optional[Pool] = None
 
-    def _known(self, task: Task) -> Optional[Outcome]:
-        """The outcome of a member that isn't to be run again."""
-        found = read_outcome(Path(task["folder"]), task["hash"])
-        if found is None or found["name"] != task["name"] or (self.retry and found["outcome"] != "done"):
-            return None
-        return found
+    @contextlib.contextmanager
+    def start_ahead(self, members: Any, threads: int) -> Iterator[None]:
+        """Starts the processes of a first call, which load their modules while its members are looked at. A later call
+        may have nothing for them to do."""
+        count = 0 if (self.folder / FILE).exists() or not isinstance(members, pd.DataFrame) else len(members)
+        if self.backend != "processes" or not count:
+            yield
+        else:
+            with Pool(self._count_processes(count, threads)) as self._pool:
+                yield
+
+    def _count_processes(self, members: int, threads: int) -> int:
+        return min(self.jobs or max(1, usable_cores() // threads), members)
+
+    def _found(self, tasks: Sequence[Task]) -> Dict[str, Outcome]:
+        """The outcomes that there are."""
+        there = set(os.listdir(self.folder / "members"))
+        every = {task["name"]: read_outcome(Path(task["folder"]), task["hash"])
+                 for task in tasks if task["name"] in there}
+        return {name: found for name, found in every.items() if found is not None and found["name"] == name}
 
     def run(self, catalogue: Catalogue, table: Any, tasks: Sequence[Task]) -> None:
         """Runs what is to be run."""
         from .ensemble_slurm import settle_job
 
         job = settle_job(catalogue, tasks, self.backend == "slurm")
-        known = {task["name"]: found for task in tasks for found in [self._known(task)] if found is not None}
-        missing = [task for task in tasks if task["name"] not in known or (job and task["name"] in job["tasks"])]
-        known = {name: found for name, found in known.items() if not job or name not in job["tasks"]}
+        before = self._found(tasks)
+        known = {name: found for name, found in before.items()
+                 if (found["outcome"] == "done" or not self.retry) and (not job or name not in job["tasks"])}
+        missing = [task for task in tasks if task["name"] not in known]
         with self._start(missing) as pool:  # whose processes load their modules while the catalogue is written
             catalogue.plan(table, tasks, known)
             progress = Progress(self.progress, len(tasks), len(known))
             keeper = Keeper(catalogue, progress)
             try:
                 if pool is not None:
-                    pool.run(keeper)
+                    pool.run(missing, keeper, before)
                 elif missing:
                     self._run(missing, catalogue, keeper, job)
             finally:
@@ -369,9 +387,9 @@ class _Work:
                 progress.close()
 
     def _start(self, tasks: Sequence[Task]) -> ContextManager[Optional[Pool]]:
-        if self.backend != "processes" or not tasks:
-            return contextlib.nullcontext()
-        return Pool(tasks, self.jobs or max(1, usable_cores() // tasks[0]["threads"]))
+        if self._pool is not None or self.backend != "processes" or not tasks:
+            return contextlib.nullcontext(self._pool)
+        return Pool(self._count_processes(len(tasks), tasks[0]["threads"]))
 
     def _run(self, tasks: Sequence[Task], catalogue: Catalogue, keeper: Keeper, job: Optional[Dict[str, Any]]) -> None:
         if self.backend == "serial":

@@ -10,18 +10,20 @@ import tempfile
 import threading
 import time
 from collections import deque
-from typing import Any, Deque, Dict, List, Optional, Sequence, Tuple
+from pathlib import Path
+from typing import Any, Deque, Dict, List, Mapping, Optional, Sequence, Tuple
 
 from .ensemble_catalogue import Catalogue
 from .ensemble_members import Task
 from .ensemble_progress import Progress
-from .ensemble_worker import Outcome, finish, new_outcome, run_member
+from .ensemble_worker import Outcome, finish, new_outcome, read_line, read_outcome, run_member
 from .errors import RunError
 
 _BATCH_SECONDS = 1.0  # between two writings of the catalogue
+_BATCH_FACTOR, _LONGEST_BATCH = 20.0, 30.0  # times as long as the last writing took, on a disk that is slow; s at most
 _GRACE_SECONDS = 10.0  # that a member has to stop by itself when its time is up
-_AHEAD_SECONDS = 0.3  # of work that waits at each process, so that none waits for the catalogue
-_MOST_AHEAD = 16
+_AHEAD_SECONDS = 1.0  # of work that waits at each process, so that none waits for the catalogue
+_MOST_AHEAD = 100
 
 
 class Keeper:
@@ -53,9 +55,12 @@ class Keeper:
     def flush(self) -> None:
         """Writes what there is."""
         outcomes, begun, self._outcomes, self._begun = self._outcomes, self._begun, [], []
+        begin = time.monotonic()
         if self._catalogue is not None and (outcomes or begun):
-            self._catalogue.write(outcomes, begun)
-        self._next = time.monotonic() + _BATCH_SECONDS
+            ended = {outcome["name"] for outcome in outcomes}
+            self._catalogue.write(outcomes, [name for name in begun if name not in ended])
+        now = time.monotonic()
+        self._next = now + max(_BATCH_SECONDS, min(_BATCH_FACTOR * (now - begin), _LONGEST_BATCH))
 
 
 def run_serial(tasks: Sequence[Task], keeper: Keeper) -> None:
@@ -100,9 +105,8 @@ def start_words(code: str) -> List[str]:
 class _Process:
     """A process that runs members that it is handed, in their order."""
 
-    def __init__(self, number: int, arrivals: queue.SimpleQueue[Tuple[_Process, str]]) -> None:
-        self.number = number
-        self.assigned: Deque[Task] = deque()  # the first of which runs
+    def __init__(self, arrivals: queue.SimpleQueue[Tuple[_Process, List[bytes]]]) -> None:
+        self.assigned: Deque[Task] = deque()  # the first of which runs, or has ended just now
         self.begun = time.monotonic()  # the first one
         self.is_ready = False
         self.is_killed = False  # by us
@@ -111,18 +115,22 @@ class _Process:
         environment = {**os.environ, "OPENBLAS_NUM_THREADS": "1", "OMP_NUM_THREADS": "1", "MKL_NUM_THREADS": "1"}
         self.popen = subprocess.Popen(
             start_words("from tarnvelde.ensemble_worker import serve; serve()"), stdin=subprocess.PIPE,
-            stdout=subprocess.PIPE, stderr=self.errors, env=environment, text=True, encoding="utf-8")
+            stdout=subprocess.PIPE, stderr=self.errors, env=environment)
         self._thread = threading.Thread(target=self._listen, args=(arrivals,), daemon=True)
         self._thread.start()
 
-    def _listen(self, arrivals: queue.SimpleQueue[Tuple[_Process, str]]) -> None:
+    def _listen(self, arrivals: queue.SimpleQueue[Tuple[_Process, List[bytes]]]) -> None:
+        """Hands on whole lines, as many at once as there are, and none at the end."""
         assert self.popen.stdout is not None
+        rest = b""
         try:
-            for line in self.popen.stdout:
-                arrivals.put((self, line))
+            for data in iter(lambda: os.read(self.popen.stdout.fileno(), 1 << 16), b""):  # type: ignore[union-attr]
+                *lines, rest = (rest + data).split(b"\n")
+                if lines:
+                    arrivals.put((self, lines))
         except (OSError, ValueError):
             pass
-        arrivals.put((self, ""))
+        arrivals.put((self, []))
 
     def send(self, tasks: Sequence[Task]) -> None:
         """Hands members over, all at once: each time the process wakes up to listen. Those that can't be sent any more
@@ -132,7 +140,7 @@ class _Process:
         self.assigned.extend(tasks)
         assert self.popen.stdin is not None
         try:
-            self.popen.stdin.write("".join(json.dumps(task) + "\n" for task in tasks))
+            self.popen.stdin.write("".join(json.dumps(task) + "\n" for task in tasks).encode())
             self.popen.stdin.flush()
         except OSError:
             pass
@@ -178,23 +186,23 @@ class Pool:
     tried once more, on its own, when all others have ended: maybe there was no memory for so many at once. Leaving the
     pool ends its processes."""
 
-    def __init__(self, tasks: Sequence[Task], jobs: int) -> None:
-        self._waiting: Deque[Task] = deque(tasks)
+    def __init__(self, jobs: int) -> None:
+        self._waiting: Deque[Task] = deque()
         self._alone: Deque[Task] = deque()
         self._lost: Dict[str, str] = {}  # how processes of members were lost
-        self._jobs = min(jobs, len(tasks))
+        self._jobs = jobs
         self._keeper = Keeper(None, None)
-        self._arrivals: queue.SimpleQueue[Tuple[_Process, str]] = queue.SimpleQueue()
+        self._before: Mapping[str, Outcome] = {}
+        self._arrivals: queue.SimpleQueue[Tuple[_Process, List[bytes]]] = queue.SimpleQueue()
         self._processes: List[_Process] = []
         self._failed_starts = 0
         self._ended = 0
         self._seconds = 0.0
-
         self._is_over = False
 
     def __enter__(self) -> Pool:
         try:
-            self._start()
+            self._start(self._jobs)
         except BaseException:
             self._end()
             raise
@@ -209,11 +217,15 @@ class Pool:
         for process in self._processes:
             process.end()
 
-    def run(self, keeper: Keeper) -> None:
-        """Runs all members. RunError if no process can be started."""
+    def run(self, tasks: Sequence[Task], keeper: Keeper, before: Mapping[str, Outcome]) -> None:
+        """Runs members. before: the outcomes that some of them have left ahead of this run. RunError if no process can
+        be started."""
+        self._waiting.extend(tasks)
         self._keeper = keeper
+        self._before = before
         while self._waiting or self._alone or any(process.assigned for process in self._processes):
-            self._start()
+            busy = sum(1 for process in self._processes if process.assigned)
+            self._start(min(self._jobs, max(1, busy + len(self._waiting))))
             self._hand_out()
             try:
                 self._arrive(*self._arrivals.get(timeout=0.2))
@@ -223,12 +235,10 @@ class Pool:
             self._keeper.tick()
         self._is_over = True
 
-    def _start(self) -> None:
-        """Keeps as many processes as there is work for."""
-        busy = sum(1 for process in self._processes if process.assigned)
-        wanted = min(self._jobs, max(1, busy + len(self._waiting)))
+    def _start(self, wanted: int) -> None:
+        """Keeps so many processes at least."""
         while len(self._processes) < wanted:
-            self._processes.append(_Process(len(self._processes), self._arrivals))
+            self._processes.append(_Process(self._arrivals))
 
     def _hand_out(self) -> None:
         # Behind a short run others wait at its process already; a long one would keep them from an idle process.
@@ -251,22 +261,35 @@ class Pool:
             return 1
         return 1 + min(_MOST_AHEAD, int(_AHEAD_SECONDS * self._ended / max(self._seconds, 1e-9)))
 
-    def _arrive(self, process: _Process, line: str) -> None:
-        if not line:
+    def _arrive(self, process: _Process, lines: List[bytes]) -> None:
+        if not lines:
             self._lose(process)
-        elif not process.is_ready:
+        for line in lines:
+            if process.is_ready:
+                self._take(process, read_line(line))
             process.is_ready = True
             self._failed_starts = 0
-        else:
-            process.assigned.popleft()
-            process.begun = time.monotonic()
-            outcome = json.loads(line)
-            self._ended += 1
-            self._seconds += outcome["seconds"]
-            self._keeper.take(outcome)
+
+    def _take(self, process: _Process, outcome: Outcome) -> None:
+        """The first member of a process has ended."""
+        process.assigned.popleft()
+        process.begun = time.monotonic()
+        self._ended += 1
+        self._seconds += outcome["seconds"]
+        self._keeper.take(outcome)
+
+    def _take_untold(self, process: _Process) -> None:
+        """Takes the members that a process has ended, and told nobody of, before it was lost itself."""
+        while process.assigned:
+            task = process.assigned[0]
+            found = read_outcome(Path(task["folder"]), task["hash"])
+            if (found is None or found["name"] != task["name"] or found.get("token") != task.get("token", "")
+                    or found == self._before.get(task["name"])):
+                break
+            self._take(process, found)
 
     def _lose(self, process: _Process) -> None:
-        """A process has ended, and with it the first of its members."""
+        """A process has ended, and with it the first of its members that has no outcome."""
         self._processes.remove(process)
         how, words = process.way_of_end(), process.last_words()
         process.ask_to_end(False)
@@ -275,11 +298,13 @@ class Pool:
             self._failed_starts += 1
             if self._failed_starts >= 3:
                 raise RunError("processes for members can't be started: " + (words or how))
+        begun = process.begun
+        self._take_untold(process)
         lost = list(process.assigned)
         process.assigned.clear()
         self._waiting.extendleft(reversed(lost[1:]))
         for task in lost[:1]:
-            seconds = time.monotonic() - process.begun
+            seconds = time.monotonic() - begun
             if process.is_killed:
                 late = f"killed after {seconds:.0f} s: it didn't stop when its time was up"
                 self._keeper.take(kill_member(task, late, seconds, words))
@@ -302,5 +327,5 @@ class Pool:
 def run_pool(tasks: Sequence[Task], jobs: int, keeper: Keeper) -> None:
     """Runs members in processes of this machine. RunError if no process can be started."""
     if tasks:
-        with Pool(tasks, jobs) as pool:
-            pool.run(keeper)
+        with Pool(min(jobs, len(tasks))) as pool:
+            pool.run(tasks, keeper, {})

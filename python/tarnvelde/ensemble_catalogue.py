@@ -151,7 +151,7 @@ class Catalogue:
             connection.executemany(
                 "update members set outcome = ?, code = ?, message = ?, messages = ?, seconds = ?, run_seconds = ?, "
                 "place = ?, printed = ? where name = ?",
-                [(found["outcome"], found["code"], found["message"], json.dumps(found["messages"]), found["seconds"],
+                [(found["outcome"], found["code"], found["message"], _as_json(found["messages"]), found["seconds"],
                   found.get("run_seconds", 0.0), found["place"], found["printed"], found["name"])
                  for found in outcomes])
 
@@ -169,6 +169,11 @@ class Catalogue:
         """Columns of the members of the table, in its order."""
         return iter(self._ask(f"select {', '.join(columns)} from members where position is not null "
                               "order by position"))
+
+
+def _as_json(messages: Any) -> str:
+    """Messages as JSON, which some are already."""
+    return messages if isinstance(messages, str) else json.dumps(messages)
 
 
 def make_folder(out: Path) -> None:

@@ -18,7 +18,7 @@ from ._dates import to_days
 from ._groups import class_of_word
 from ._library import version
 from ._objects import CLASSES
-from ._places import Source, source_of
+from ._places import Source, count_of_threads, source_of
 from ._quantities import PollutantQuantity, Quantity, quantities_of
 from .ensemble_texts import Files, Text, files_of, fill, places_of, read_text, settle_files
 from .errors import TarnveldeError, UnknownError, ValueRefused
@@ -192,6 +192,7 @@ class _Project(NamedTuple):
     source: Source
     text: Text
     spots: Set[str]  # names of the places to fill
+    fingerprint: str  # of the text as it stands
 
 
 def make_tasks(project: Any, table: Table, out: Path, options: Options) -> List[Task]:
@@ -199,7 +200,7 @@ def make_tasks(project: Any, table: Table, out: Path, options: Options) -> List[
     UnknownError, FileNotFoundError."""
     source = source_of(project)
     text = read_text(source)
-    known = _Project(source, text, places_of(text.text))
+    known = _Project(source, text, places_of(text.text), _fingerprint(text.text))
     _check_places(known, table)
     files = Files()
     plain = settle_files(text, {}, False)
@@ -269,7 +270,8 @@ def _make_task(known: _Project, plain: Any, table: Table, name: str, row: Mappin
     if row.get("until") is not None:
         task["until"] = str(row["until"])
     task.update(options._asdict(), keep=list(options.keep))
-    task["hash"] = _hash_of(task, filled, named, row, files)
+    fingerprint = known.fingerprint if filled is known.text.text else _fingerprint(filled)
+    task["hash"] = _hash_of(task, fingerprint, named, row, files)
     return task
 
 
@@ -296,13 +298,18 @@ def _find_input(name: str, table: Table, folder: Path) -> Path:
     raise FileNotFoundError(f"there is no file {name}")
 
 
-def _hash_of(task: Task, text: str, named: Mapping[str, Optional[Path]], row: Mapping[str, Any], files: Files) -> str:
+def _fingerprint(text: str) -> str:
+    return hashlib.sha256(text.encode("utf-8", "surrogateescape")).hexdigest()
+
+
+def _hash_of(task: Task, fingerprint: str, named: Mapping[str, Optional[Path]], row: Mapping[str, Any],
+             files: Files) -> str:
     """The hash of all that makes a member's results: not where files stand, but what they hold; not how many
     threads share the work, and not how long it may take."""
     states = {word: files.hash(Path(task[word])) for word in ("hot_start", "load_state") if word in task}
     key = {
         "form": _FORM, "version": version(),
-        "text": hashlib.sha256(text.encode("utf-8", "surrogateescape")).hexdigest(),
+        "text": fingerprint,
         "files": {name: files.hash(path) for name, path in named.items()},
         "settings": list(task["settings"].items()), "until": task.get("until"), "states": states,
         "seed": row.get("seed"),
@@ -324,4 +331,4 @@ def check_options(results: Optional[str], keep: Sequence[str], engines: Any, thr
         raise ValueRefused(f"a timeout is above 0 s, not {timeout}")
     folder = None if engines is None else os.path.abspath(os.fspath(engines))
     return Options(results if "results" in keep else None, tuple(word for word in KEEPS if word in keep), folder,
-                   int(threads), None if timeout is None else float(timeout))
+                   count_of_threads(threads), None if timeout is None else float(timeout))

@@ -3,39 +3,40 @@
 A member's folder has what was kept of its run, and outcome.json, which is written last and has the totals of the run; a
 log.txt where it failed or printed something. A folder without outcome.json, with a part of it, or with that of another
 hash, holds nothing that is believed.
-A run may take milliseconds, and a file that is made a good part of one: there are no more of them than are needed.
+A run may take milliseconds, and a file that is made a good part of one: there are no more of them than are needed. For
+the same reason the process of a pool loads neither numpy nor pandas, and tells of short runs in lots.
 """
 from __future__ import annotations
 
+import contextlib
 import json
 import math
 import os
-import platform
 import sys
 import threading
 import time
-import traceback
 from collections import deque
 from pathlib import Path
 from typing import Any, Callable, Deque, Dict, List, Mapping, Optional, Tuple
 
-import numpy as np
-
 from ._balance import CAUSES, COLUMNS, rows_of
-from ._dates import from_days
+from ._dates import text_of_days
 from ._driving import Columns, assign, run_to_end, total_columns
 from ._header import Level, Phase, Severity
+from ._library import library
 from ._places import Source
-from .errors import ResultsError, TarnveldeError
-from .messages import Message
+from .errors import LibraryError, ResultsError, TarnveldeError
+from .messages import Message, message_of
 from .model import Model
 
 Outcome = Dict[str, Any]
 """How a member ended, as outcome.json has it: name, hash, outcome ("done", "failed", "killed", or "suspect" of one
 whose process was lost and that is to be tried on its own), code, message, messages, seconds in all, run_seconds in the
-engine, place: the machine, files with their sizes, printed: what the process printed meanwhile."""
+engine, place: the machine, files with their sizes, printed: what the process printed meanwhile. On its way into the
+catalogue the messages are JSON already."""
 
 _LOOK_SECONDS = 1.0  # between two looks at whether a run is still wanted
+_LOT_SECONDS = 0.1  # that outcomes of short runs wait for each other
 OUTCOME, BEGUN, LOG = "outcome.json", "begun.json", "log.txt"
 
 
@@ -48,18 +49,28 @@ class _Superseded(TarnveldeError):
 
 
 class _QuietModel(Model):
-    """A model whose warnings are kept among its messages alone: Python's filters are those of the whole process."""
+    """A model whose warnings are kept among its messages alone: Python's filters are those of the whole process. Their
+    dates are text."""
 
     def _tell(self) -> None:
         pass
 
+    def _message_of(self, raw: Any) -> Message:
+        return message_of(raw, text_of_days)
+
 
 # --- one member ------------------------------------------------------------------------------------------------------
 
-def run_member(task: Mapping[str, Any], printed: Optional[Callable[[], str]] = None) -> Outcome:
-    """Runs a member and writes its folder. Whatever goes wrong with it is its outcome; KeyboardInterrupt passes.
-    printed: tells what was printed in this process meanwhile, for the log."""
-    folder = Path(task["folder"])
+def run_member(task: Mapping[str, Any]) -> Outcome:
+    """Runs a member and writes its folder. Whatever goes wrong with it is its outcome; KeyboardInterrupt passes."""
+    return _run_member(task)[0]
+
+
+def _run_member(task: Mapping[str, Any], printed: Optional[Callable[[], str]] = None,
+                hear: Optional[Callable[[], None]] = None) -> Tuple[Outcome, str]:
+    """The outcome, and the line that has it. printed: tells what was printed in this process meanwhile, for the log.
+    hear: called some times a second."""
+    folder = task["folder"]
     begin = time.perf_counter()
     outcome = new_outcome(task, "failed")
     trace = totals = ""
@@ -67,11 +78,11 @@ def run_member(task: Mapping[str, Any], printed: Optional[Callable[[], str]] = N
         _clear(folder)
         if "token" in task:
             _write(f"{folder}/{BEGUN}", json.dumps({"token": task["token"]}))
-        run, failure = _simulate(task, folder)
+        run, failure = _simulate(task, folder, hear)
         outcome["messages"] = [plain_message(message) for message in run.messages]
         outcome["run_seconds"] = run.wall_time
         writing = time.perf_counter()
-        totals = json.dumps(run.totals)
+        totals = _json_of_totals(run.totals)
         outcome["run_seconds"] += time.perf_counter() - writing
         if failure is None:
             outcome["outcome"] = "done"
@@ -79,34 +90,46 @@ def run_member(task: Mapping[str, Any], printed: Optional[Callable[[], str]] = N
             raise failure
         _look_for_guard(task)
     except _Superseded as error:
-        return new_outcome(task, "suspect", str(error))
+        outcome = new_outcome(task, "suspect", str(error))
+        return outcome, "\t".join(_pieces(outcome))
     except _TimeUp as error:
         outcome.update(outcome="killed", message=str(error))
     except TarnveldeError as error:
         messages = outcome["messages"] or [plain_message(message) for message in error.messages]
         outcome.update(code=int(error.code), message=str(error), messages=messages)
     except Exception as error:  # a full disk, no memory: this member alone
+        import traceback
+
         outcome["message"] = f"{type(error).__name__}: {error}"
         trace = traceback.format_exc()
     outcome["seconds"] = time.perf_counter() - begin
     try:
         outcome["printed"] = (printed() if printed is not None else "") + trace
-        finish(task, outcome, totals)
+        return outcome, finish(task, outcome, totals)
     except OSError as error:
         outcome.update(outcome="failed", message=outcome["message"] or f"{type(error).__name__}: {error}")
-    return outcome
+        return outcome, "\t".join(_pieces(outcome))
 
 
 def new_outcome(task: Mapping[str, Any], kind: str, message: str = "") -> Outcome:
     """An outcome as a run begins."""
     return {"name": task["name"], "hash": task["hash"], "outcome": kind, "code": 0, "message": message, "messages": [],
-            "seconds": 0.0, "run_seconds": 0.0, "place": platform.node(), "token": task.get("token", ""), "files": {},
+            "seconds": 0.0, "run_seconds": 0.0, "place": _machine(), "token": task.get("token", ""), "files": {},
             "printed": ""}
 
 
-def finish(task: Mapping[str, Any], outcome: Outcome, totals: str = "") -> None:
-    """Writes log.txt, if there is something to tell, and outcome.json, which counts as soon as it is whole. totals: of
-    the run, as JSON. FileNotFoundError without the folder."""
+def _machine() -> str:
+    """The name of this machine."""
+    if hasattr(os, "uname"):
+        return os.uname().nodename
+    import platform
+
+    return platform.node()
+
+
+def finish(task: Mapping[str, Any], outcome: Outcome, totals: str = "") -> str:
+    """Writes log.txt, if there is something to tell, and outcome.json, which counts as soon as it is whole; the line
+    that has the outcome. totals: of the run, as JSON. FileNotFoundError without the folder."""
     folder = task["folder"]
     _write_log(folder, outcome)
     for name in kept_files(task).values():
@@ -114,9 +137,25 @@ def finish(task: Mapping[str, Any], outcome: Outcome, totals: str = "") -> None:
             outcome["files"][name] = os.stat(f"{folder}/{name}").st_size
         except FileNotFoundError:
             pass
-    _write(f"{folder}/{OUTCOME}", json.dumps({**outcome, "totals": None})[:-len("null}")] + (totals or "null") + "}")
+    plain, messages = _pieces(outcome)
+    _write(f"{folder}/{OUTCOME}", f'{plain[:-1]}, "messages": {messages}, "totals": {totals or "null"}}}')
     if "token" in task:
         Path(folder, BEGUN).unlink(missing_ok=True)
+    return f"{plain}\t{messages}"
+
+
+def _pieces(outcome: Outcome) -> Tuple[str, str]:
+    """An outcome without its messages, and these, as JSON. In a line of both a tab stands between them."""
+    return (json.dumps({word: value for word, value in outcome.items() if word != "messages"}),
+            json.dumps(outcome["messages"]))
+
+
+def read_line(line: bytes) -> Outcome:
+    """The outcome of such a line, with its messages as JSON: the catalogue takes them as they are."""
+    plain, _, messages = line.decode().partition("\t")
+    found = json.loads(plain)
+    found["messages"] = messages
+    return dict(found)
 
 
 def kept_files(task: Mapping[str, Any]) -> Dict[str, str]:
@@ -164,16 +203,19 @@ def run_once(task: Mapping[str, Any]) -> Outcome:
     return run_member(task)
 
 
-def _clear(folder: Path) -> None:
+def _clear(folder: str) -> None:
     """Makes the folder, or takes away what a run before has left there: what it says of itself first."""
     try:
+        os.mkdir(folder)
+        return
+    except FileNotFoundError:
         os.makedirs(folder)
         return
     except FileExistsError:
         names = set(os.listdir(folder))
     for name in sorted(names & {OUTCOME, BEGUN}) + sorted(names - {OUTCOME, BEGUN}):
         if name == LOG or name.startswith(("model.", OUTCOME, BEGUN)):
-            os.unlink(folder / name)
+            os.unlink(f"{folder}/{name}")
 
 
 def _write(path: str, text: str) -> None:
@@ -212,11 +254,12 @@ class _Run:
         self.wall_time = 0.0
 
 
-def _simulate(task: Mapping[str, Any], folder: Path) -> Tuple[_Run, Optional[BaseException]]:
+def _simulate(task: Mapping[str, Any], folder: str,
+              hear: Optional[Callable[[], None]]) -> Tuple[_Run, Optional[BaseException]]:
     """The run of a member, with what ended it ahead of its end."""
     begin = time.perf_counter()
-    source = _source_of(task, folder)
-    files = {use: folder / name for use, name in kept_files(task).items()}
+    source = _source_of(task, Path(folder))
+    files = {use: f"{folder}/{name}" for use, name in kept_files(task).items()}
     done = _Run()
     failure: Optional[BaseException] = None
     with _QuietModel(source, report=files.get("report"), engines=task["engines"], threads=task["threads"]) as model:
@@ -227,10 +270,10 @@ def _simulate(task: Mapping[str, Any], folder: Path) -> Tuple[_Run, Optional[Bas
                 model.restore(task["load_state"])
             if "hot_start" in task:
                 model.hot_start(task["hot_start"])
-            done.steps = run_to_end(model, task.get("until"), _watch(task))
+            done.steps = run_to_end(model, task.get("until"), _watch(task, hear))
         except TarnveldeError as error:
             failure = error
-        if model.phase.name in ("STARTED", "FINISHED", "FAILED"):
+        if model.phase in (Phase.STARTED, Phase.FINISHED, Phase.FAILED):
             failure = _look(model, done, failure, files.get("state"))
             if "report" in files:
                 model.write_report()
@@ -240,7 +283,7 @@ def _simulate(task: Mapping[str, Any], folder: Path) -> Tuple[_Run, Optional[Bas
     return done, failure
 
 
-def _look(model: Model, done: _Run, failure: Optional[BaseException], state: Optional[Path]) -> Optional[BaseException]:
+def _look(model: Model, done: _Run, failure: Optional[BaseException], state: Optional[str]) -> Optional[BaseException]:
     """Takes what is to be known of a run before it ends; what went wrong first."""
     try:
         done.totals = plain_totals(model, done.steps, failure is None)
@@ -277,19 +320,21 @@ def _source_of(task: Mapping[str, Any], folder: Path) -> Source:
     return Source(None, data, Path(task["source"]), str(path))
 
 
-def _watch(task: Mapping[str, Any]) -> Any:
+def _watch(task: Mapping[str, Any], hear: Optional[Callable[[], None]]) -> Optional[Callable[[Any], None]]:
     """Called some times a second: ends a run that takes too long, with files that are whole so far, or that nobody
     waits for."""
     timeout = task["timeout"]
-    if timeout is None and "guard" not in task:
+    if timeout is None and "guard" not in task and hear is None:
         return None
     begin = time.monotonic()
     looked = [begin]
 
-    def look(share: float, date: np.datetime64) -> None:
+    def look(clock: Any) -> None:
         now = time.monotonic()
+        if hear is not None:
+            hear()
         if timeout is not None and now > begin + timeout:
-            raise _TimeUp(f"stopped after {timeout:g} s, {100.0 * share:.0f} % of its run done")
+            raise _TimeUp(f"stopped after {timeout:g} s, {100.0 * clock.progress:.0f} % of its run done")
         if now > looked[0] + _LOOK_SECONDS:
             looked[0] = now
             _look_for_guard(task)
@@ -319,8 +364,26 @@ def plain_totals(model: Model, steps: int, is_good: bool) -> Dict[str, Any]:
     rows, causes = rows_of(model)
     clock = model._clock()
     return {"totals": found, "balance": _plain_rows(rows, COLUMNS), "causes": _plain_rows(causes, CAUSES),
-            "start": str(from_days(clock.start)), "now": str(from_days(clock.now)),
+            "start": text_of_days(clock.start), "now": text_of_days(clock.now),
             "is_complete": is_good and model.phase == Phase.FINISHED, "steps": steps}
+
+
+_heads: Dict[str, Tuple[Dict[str, Any], str]] = {}  # of the member before, which are mostly those of the next one too
+
+
+def _json_of_totals(totals: Mapping[str, Any]) -> str:
+    """Plain totals as JSON. Of those of a class, only the values are written out for each member anew."""
+    if not totals:
+        return ""
+    pieces = []
+    for word, plain in totals["totals"].items():
+        head = {name: value for name, value in plain.items() if name != "values"}
+        known = _heads.get(word)
+        if known is None or known[0] != head:
+            known = _heads[word] = (head, json.dumps(head)[:-1])
+        pieces.append(f'"{word}": {known[1]}, "values": {json.dumps(plain["values"])}}}')
+    rest = json.dumps({name: value for name, value in totals.items() if name != "totals"})
+    return f'{{"totals": {{{", ".join(pieces)}}}, {rest[1:]}'
 
 
 def _plain_number(value: Any) -> Any:
@@ -330,11 +393,12 @@ def _plain_number(value: Any) -> Any:
 
 
 def _plain_values(columns: Columns) -> List[List[Any]]:
-    values = columns.values
-    if np.isfinite(values).all():
-        plain: List[List[Any]] = values.tolist()
-        return plain
-    return [[_plain_number(value) for value in row] for row in values.tolist()]
+    """A row for each ID."""
+    count, values = len(columns.ids), columns.values
+    rows = [values[row::count].tolist() for row in range(count)]
+    if math.isfinite(sum(values)):
+        return rows
+    return [[value if math.isfinite(value) else _plain_number(value) for value in row] for row in rows]
 
 
 def _plain_rows(rows: List[Dict[str, Any]], columns: List[str]) -> Dict[str, Any]:
@@ -356,6 +420,7 @@ def read_totals(folder: Path) -> Dict[str, Any]:
 
 
 def _frames_of_totals(given: Any) -> Dict[str, Any]:
+    import numpy as np
     import pandas as pd
 
     found: Dict[str, Any] = {}
@@ -391,27 +456,59 @@ class _Queue:
         return self.lines.popleft()
 
 
+class _Lot:
+    """Lines on their way to the parent, which wakes up for each writing."""
+
+    def __init__(self, file: int) -> None:
+        self._file = file
+        self._lines: List[str] = []
+        self._next = 0.0
+
+    def add(self, line: str) -> None:
+        """A line, which goes with the next lot."""
+        self._lines.append(line + "\n")
+
+    def tick(self) -> None:
+        """Called some times a second: sends what has waited for long enough."""
+        if time.monotonic() >= self._next:
+            self.send()
+
+    def send(self) -> None:
+        """Sends what there is."""
+        rest = memoryview("".join(self._lines).encode("utf-8", "backslashreplace"))
+        self._lines.clear()
+        while rest:
+            rest = rest[os.write(self._file, rest):]
+        self._next = time.monotonic() + _LOT_SECONDS
+
+
 def serve() -> None:
     """Takes members as lines of JSON from the standard input until it ends, and gives outcomes likewise to what was the
     standard output. What anything in the process prints goes to its standard error, which is a file that the parent
     has too, and from there to the log of the member. An end of the input in the midst of a run ends the process:
     nobody waits for it any more."""
     import faulthandler
+    import gc
     import signal
 
     signal.signal(signal.SIGINT, signal.SIG_IGN)  # a key on the terminal is the parent's to hear
     faulthandler.enable()
-    with os.fdopen(os.dup(1), "w", encoding="utf-8") as out:
-        os.dup2(2, 1)
-        queue = _Queue()
-        threading.Thread(target=_listen, args=(queue,), daemon=True).start()
-        line = '{"ready": true}'
-        while line:
-            out.write(line + "\n")
-            out.flush()
-            given = queue.get()
-            line = json.dumps(run_member(json.loads(given), _take_printed)) if given else ""
-        os._exit(0)  # all is written: the modules needn't be taken down one by one
+    with contextlib.suppress(LibraryError):  # each member says so
+        library()
+    gc.freeze()  # what stays needn't be looked through again and again
+    lot = _Lot(os.dup(1))
+    os.dup2(2, 1)
+    queue = _Queue()
+    threading.Thread(target=_listen, args=(queue,), daemon=True).start()
+    lot.add('{"ready": true}')
+    while True:
+        if not queue.lines:
+            lot.send()
+        given = queue.get()
+        if not given:
+            os._exit(0)  # all is written: the modules needn't be taken down one by one
+        lot.add(_run_member(json.loads(given), _take_printed, lot.tick)[1])
+        lot.tick()
 
 
 def _listen(queue: _Queue) -> None:

@@ -2,12 +2,13 @@
 from __future__ import annotations
 
 from dataclasses import dataclass
-from typing import Any, Iterable, Optional
-
-import numpy as np
+from typing import TYPE_CHECKING, Any, Callable, Iterable, Optional
 
 from ._dates import from_days
 from ._header import Level, RawMessage, Severity
+
+if TYPE_CHECKING:
+    import numpy as np
 
 
 @dataclass(frozen=True)
@@ -47,8 +48,8 @@ class Message:
         return "\n".join(lines)
 
 
-def message_of(raw: RawMessage) -> Message:
-    """A message of the library, copied."""
+def message_of(raw: RawMessage, date_of: Callable[[float], Any] = from_days) -> Message:
+    """A message of the library, copied. date_of: makes a date of days."""
 
     def text(field: str) -> str:
         value: Optional[bytes] = getattr(raw, field)
@@ -59,7 +60,7 @@ def message_of(raw: RawMessage) -> Message:
         level=Level(raw.level), code=int(raw.code), name=text("name"), text=text("text"), section=text("section"),
         line=int(raw.line), words=text("words"), object=text("object"), severity=Severity(raw.severity),
         column=int(raw.column), length=int(raw.length), effect=text("effect"), advice=text("advice"),
-        date=from_days(date) if date else None)
+        date=date_of(date) if date else None)
 
 
 class EngineWarning(UserWarning):

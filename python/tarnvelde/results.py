@@ -102,7 +102,7 @@ class Results:
             raise UnknownError(f'there are several "{identifier}": name the table, one of {tables}')
         if not found:
             every = [own for info in self._source.tables for own in info.ids]
-            raise UnknownError(f'there is no object "{identifier}"{_hint(identifier, every)}')
+            raise UnknownError(f'there is no object "{identifier}"{_hint(identifier, every)}{self._source.lack}')
         return self._rows_of(*found[0])
 
     def _rows_of(self, table: str, row: int) -> pd.DataFrame:
@@ -213,7 +213,8 @@ class ClassResults(Mapping[Any, pd.DataFrame]):
                 raise UnknownError(f'{self._word}: "{wanted}" goes by pollutant: ["{wanted}", "..."], '
                                    f"one of {', '.join(self._results.pollutants)}")
             raise UnknownError(f'{self._word} have no results "{wanted}"'
-                               + (_hint(wanted, names) if isinstance(wanted, str) else ""))
+                               + (_hint(wanted, names) if isinstance(wanted, str) else "")
+                               + self._results._source.lack)
         return self._results._frame(parts)
 
     def __iter__(self) -> Iterator[Any]:

@@ -167,7 +167,7 @@ def run(project: Any, *, report: FileChoice = None, results: FileChoice = None, 
                 model.restore(load_state)
             if hot_start is not None:
                 model.hot_start(hot_start)
-            done.steps = run_to_end(model, until, progress)
+            done.steps = run_to_end(model, until, None if progress is None else _hearing(progress))
         except (TarnveldeError, KeyboardInterrupt) as error:
             failure = error
         failure = _look(model, done, failure, save_state)
@@ -188,6 +188,11 @@ def run(project: Any, *, report: FileChoice = None, results: FileChoice = None, 
             failure.run = done
         raise failure
     return done
+
+
+def _hearing(progress: Callable[[float, np.datetime64], None]) -> Callable[[Any], None]:
+    """What takes the clock, and tells a user's function of it."""
+    return lambda clock: progress(float(clock.progress), from_days(clock.now))
 
 
 def _name_files(source: Source, report: FileChoice, results: FileChoice, database: FileChoice) -> Dict[str, Path]:
@@ -233,7 +238,8 @@ def totals_of(model: Model) -> Dict[str, pd.DataFrame]:
 
 def frame_of(columns: Columns) -> pd.DataFrame:
     """Columns as a frame."""
-    frame = pd.DataFrame(columns.values, index=pd.Index(columns.ids, name="id"), columns=columns.titles)
+    values = np.array(columns.values).reshape(len(columns.titles), len(columns.ids)).T
+    frame = pd.DataFrame(values, index=pd.Index(columns.ids, name="id"), columns=columns.titles)
     frame.attrs["units"] = columns.units
     return frame
 

@@ -9,6 +9,7 @@ import subprocess
 import sys
 import threading
 import time
+from array import array
 from pathlib import Path
 
 import numpy as np
@@ -301,7 +302,7 @@ def test_options_that_cannot_be(town, tmp_path):
     for options, word in (({"backend": "cloud"}, "cloud"), ({"jobs": 0}, "jobs"), ({"keep": ("reports",)}, "reports"),
                           ({"results": "paper"}, "paper"), ({"timeout": 0.0}, "timeout"),
                           ({"backend": "dask"}, "client"), ({"keep": "paper"}, "paper"),
-                          ({"chunk": 0}, "chunk"), ({"slurm": {"array": "0-3"}}, "array"),
+                          ({"threads": 0}, "threads"), ({"chunk": 0}, "chunk"), ({"slurm": {"array": "0-3"}}, "array"),
                           ({"slurm": {"comment": "a\nb"}}, "line")):
         with pytest.raises(ValueError, match=word):
             ensemble(town, SCAN, out=tmp_path / "out", **options)
@@ -441,8 +442,8 @@ def test_a_call_that_was_stopped_is_gone_on_with(tmp_path, backend, number):
 def test_what_is_printed_in_a_process_goes_to_the_log(town, tmp_path, monkeypatch, capfd):
     (tmp_path / "modules").mkdir()
     (tmp_path / "modules" / "sitecustomize.py").write_text(
-        "import os, platform\nfirst = platform.node\n"
-        "def tell():\n    print('heard'); os.write(1, b'low\\n')\n    return first()\nplatform.node = tell\n")
+        "import os\nfirst = os.uname\n"
+        "def tell():\n    print('heard'); os.write(1, b'low\\n')\n    return first()\nos.uname = tell\n")
     monkeypatch.setenv("PYTHONPATH", str(tmp_path / "modules"))
     made = ensemble(town, SCAN, out=tmp_path / "out", jobs=1)
     assert made.done == list(SCAN.index)
@@ -475,15 +476,17 @@ def test_numbers_keep_their_bits_on_the_way_through_json(tmp_path, monkeypatch):
     from tarnvelde._driving import Columns
 
     values = np.array([[0.1 + 0.2, np.nan], [np.inf, -0.0], [-np.inf, 5e-324]])
+    columns = array("d", values.T.ravel())
     row = {"part": "flow", "pollutant": "", "in": 1.5, "missing": 0.1, "error": np.nan, "grade": "red", "words": "no"}
     monkeypatch.setattr(ensemble_worker, "total_columns",
-                        lambda model: {"nodes": Columns(["a", "b", "c"], ["x", "y[TSS]"], {"x": "m"}, values)})
+                        lambda model: {"nodes": Columns(["a", "b", "c"], ["x", "y[TSS]"], {"x": "m"}, columns)})
     monkeypatch.setattr(ensemble_worker, "rows_of", lambda model: ([row], []))
     text = ("[GENERAL]\nSTART_DATE 2024/01/01\nEND_DATE 2024/01/02\n[JUNCTIONS]\nA\n[OUTFALLS]\nB\n"
             "[CONNECTIONS]\nC A B NO 60\n")
     with tv.Model.from_text(text) as model:
         plain = ensemble_worker.plain_totals(model, 5, True)
-    (tmp_path / "outcome.json").write_text(json.dumps({"totals": plain}, allow_nan=False))
+    assert json.loads(ensemble_worker._json_of_totals(plain)) == json.loads(json.dumps(plain, allow_nan=False))
+    (tmp_path / "outcome.json").write_text(f'{{"totals": {ensemble_worker._json_of_totals(plain)}}}')
     back = ensemble_worker.read_totals(tmp_path)
     assert back["nodes"].to_numpy().tobytes() == values.tobytes() and back["nodes"].attrs["units"] == {"x": "m"}
     pd.testing.assert_frame_equal(back["balance"], pd.DataFrame([row]))
@@ -524,3 +527,102 @@ def test_catalogue_that_is_gone_or_full_is_said(town, tmp_path):
             catalogue.rows("name")
     with pytest.raises(tv.ResultsError, match="catalogue.db can't be read"):
         made.status
+
+
+def test_processes_load_neither_numpy_nor_pandas(town, tmp_path, monkeypatch):
+    # a tenth of a second each, which short runs feel
+    (tmp_path / "modules").mkdir()
+    (tmp_path / "modules" / "sitecustomize.py").write_text(
+        "import os, sys\nfirst = os.uname\n"
+        "def tell():\n    print('loaded:', sorted({'numpy', 'pandas'} & set(sys.modules)))\n    return first()\n"
+        "os.uname = tell\n")
+    monkeypatch.setenv("PYTHONPATH", str(tmp_path / "modules"))
+    table = pd.DataFrame({"orifice/GATE/orifice_coefficient": [0.5, 0.6], "orifice/*/orifice_coefficient": [0.7, 0.8]})
+    made = ensemble(town, table, out=tmp_path / "out", jobs=1, timeout=60.0, keep=("results", "report", "state"))
+    assert len(made.done) == 2
+    assert all("loaded: []\n" in made.log(name) for name in made.done)
+
+
+def test_members_that_a_lost_process_has_not_told_of_are_not_run_again(town, tmp_path):
+    from tarnvelde.ensemble_backends import Keeper, Pool
+    from tarnvelde.ensemble_members import check_options, make_tasks, read_table
+
+    class Listener(Keeper):
+        def __init__(self):
+            super().__init__(None, None)
+            self.taken = []
+
+        def take(self, outcome):
+            self.taken.append((outcome["name"], outcome["outcome"]))
+
+    out = tmp_path / "out"
+    tasks = make_tasks(town, read_table(pd.DataFrame(index=range(6))), out,
+                       check_options("binary", ("results",), None, 1, None))
+    first = ensemble(town, pd.DataFrame(index=range(3)), out=out, backend="serial")
+    before = inodes(out)
+    old = json.loads((first.member_folder("0002") / "outcome.json").read_text())
+    del old["totals"]
+    listener = Listener()
+    with Pool(1) as pool:
+        process, = pool._processes
+        while not process.is_ready:
+            pool._arrive(*pool._arrivals.get())
+        pool._keeper, pool._before = listener, {"0002": old}
+        process.popen.kill()  # in the midst of its members: two have ended since, the third has an outcome of old
+        process.assigned.extend(tasks[:5])
+        pool._arrive(*pool._arrivals.get())
+        assert listener.taken == [("0000", "done"), ("0001", "done")]
+        assert [task["name"] for task in pool._waiting] == ["0003", "0004"]
+        assert [task["name"] for task in pool._alone] == ["0002"]
+        pool.run(tasks[5:], listener, {"0002": old})
+    assert sorted(listener.taken) == [(f"{number:04d}", "done") for number in range(6)]
+    assert {name for name in before if inodes(out)[name] != before[name]} == {"0002"}
+
+
+def test_no_outcome_is_held_back_by_a_long_run(tmp_path):
+    # the fifth member takes as long as it is given: what the first four have done must be told meanwhile
+    town = make_town(tmp_path, END="")
+    out = tmp_path / "out"
+    is_over = []
+    table = pd.DataFrame({"${END}": ["2024/06/18"] * 4 + [ENDLESS["END"]] + ["2024/06/18"] * 10})
+    made = ensemble(town, table, out=out, jobs=1, timeout=2.0,
+                    progress=lambda *words: is_over.append((out / "members" / "0004" / "outcome.json").exists()))
+    assert made.failed == ["0004"] and len(made.done) == 14
+    assert is_over == [False] * 4 + [True] * 11
+
+
+def test_processes_that_were_started_for_nothing_end(town, tmp_path):
+    with pytest.raises(KeyError, match="cloud"):
+        ensemble(town, pd.DataFrame({"node/UP/cloud": [1.0]}), out=tmp_path / "out")
+    ensemble(town, SCAN, out=tmp_path / "out")
+    (tmp_path / "out" / "catalogue.db").unlink()
+    before = inodes(tmp_path / "out")
+    assert ensemble(town, SCAN, out=tmp_path / "out").done == list(SCAN.index)
+    assert inodes(tmp_path / "out") == before
+
+
+def test_a_slow_disk_is_written_to_less_often(monkeypatch):
+    from tarnvelde import ensemble_backends
+
+    clock = [100.0]
+    monkeypatch.setattr(ensemble_backends.time, "monotonic", lambda: clock[0])
+
+    class Slow:
+        writings = []
+
+        def write(self, outcomes, begun):
+            self.writings.append((clock[0], [outcome["name"] for outcome in outcomes], list(begun)))
+            clock[0] += 0.5
+
+    keeper = ensemble_backends.Keeper(Slow(), None)
+    for number in range(300):
+        keeper.begin(f"{number}")
+        keeper.take({"name": f"{number}", "outcome": "done"})
+        clock[0] += 0.1
+    keeper.begin("last")
+    keeper.flush()
+    times = [when for when, _, _ in Slow.writings]
+    assert times[0] == pytest.approx(101.05, abs=0.1) and times[1] - times[0] == pytest.approx(10.5, abs=0.2)
+    assert [name for _, names, _ in Slow.writings for name in names] == [f"{number}" for number in range(300)]
+    assert [begun for _, _, begun in Slow.writings][-1] == ["last"]
+    assert sum(len(begun) for _, _, begun in Slow.writings) == 1  # the others had ended meanwhile

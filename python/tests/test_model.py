@@ -580,3 +580,23 @@ def test_model_is_not_copied(model, copied):
         copy.deepcopy(model.nodes["N4"])
     gc.collect()
     model.step()
+
+
+def test_threads_that_can_not_be_are_refused_in_words(first_storm):
+    for threads in ("a", 2.0, None):
+        with pytest.raises(TypeError, match="threads are a whole number"):
+            tv.Model(first_storm, threads=threads)
+    for threads in (0, -1, 257):
+        with pytest.raises(ValueError, match=f"threads are 1 to 256, not {threads}"):
+            tv.Model(first_storm, threads=threads)
+    with tv.Model(first_storm, threads=np.int64(2)) as model:
+        assert model.phase == tv.Phase.OPEN
+
+
+def test_texts_of_dates_are_those_of_numpy():
+    from tarnvelde._dates import from_days, text_of_days
+
+    for days in [0.0, 1.0, 0.5, 45461.27083333333, 45351.0, 45352.0, 36585.0, -109205.0, 2958465.999, 36584.9999999999]:
+        assert text_of_days(days) == str(from_days(days))
+    for day in range(-400000, 400000, 59):  # eras with and without a leap day at the end of a century
+        assert text_of_days(day + 0.25) == str(np.datetime64("1899-12-30T06:00:00.000") + np.timedelta64(day, "D"))

@@ -381,3 +381,13 @@ def test_ids_of_a_database_with_an_index_are_those_without(first_storm):
             indexed.object("N4", "Junction")
             plan = indexed._source._rows("explain query plan " + asked[0])
             assert "USING INDEX TarnveldeIndexJunction (Name=?)" in plan[0][3]
+
+
+def test_a_database_without_reports_says_that_it_has_no_ids(first_storm, tmp_path):
+    tv.run(first_storm, report=False, results=False, database=tmp_path / "none.db", until="2024-06-10 00:00:30",
+           tell_warnings=False)
+    results = tv.open_results(tmp_path / "none.db")
+    assert len(results.times) == 0 and results.nodes.ids == [] and len(results.system) == 0
+    for ask in (lambda: results.nodes["inflow"], lambda: results.object("J1")):
+        with pytest.raises(KeyError, match="none.db has no reports: without a row, a database has no IDs"):
+            ask()
