@@ -63,6 +63,9 @@ test_python() {
 test_page() {
     count_tests scripts/test-page.sh '^[^a-z]*pass \([0-9][0-9]*\)$' '^[^a-z]*fail \([0-9][0-9]*\)$'
 }
+test_manual() {
+    count_tests scripts/test-manual.sh '^[^a-z]*pass \([0-9][0-9]*\)$' '^[^a-z]*fail \([0-9][0-9]*\)$'
+}
 
 run_examples() {
     local model name status=0
@@ -135,6 +138,7 @@ if stage "Build release with gcc" build release; then
     stage "Examples" run_examples
     stage "The page of a run in a browser" test_page
     stage "The Python package" test_python
+    stage "The manual" test_manual
 fi
 stage "Platform sources for Windows" scripts/check-windows.sh
 if stage "Build with clang and the thread sanitizer" build threads; then
