@@ -9,7 +9,7 @@ project = "Tarnvelde"
 author = "Tarnvelde"
 copyright = "the authors of Tarnvelde"
 extensions = ["myst_parser", "sphinx.ext.autodoc", "sphinx.ext.napoleon", "docstrings", "themestyles", "pictures",
-              "manualsearch"]
+              "manualsearch", "formulas"]
 source_suffix = {".md": "markdown", ".rst": "restructuredtext"}
 root_doc = "index"
 exclude_patterns = ["_*"]
@@ -17,7 +17,7 @@ nitpicky = False
 highlight_language = "none"
 
 myst_heading_anchors = 6  # each heading, by the names that links within the Markdown have
-myst_enable_extensions = ["colon_fence"]
+myst_enable_extensions = ["colon_fence", "dollarmath"]
 suppress_warnings = ["myst.header"]  # a page may begin with a heading of any level
 
 autodoc_default_options = {"members": True, "member-order": "bysource"}
@@ -26,6 +26,7 @@ autodoc_preserve_defaults = True
 add_module_names = False
 python_use_unqualified_type_names = True
 
+html_math_renderer = "katex"
 html_theme = "furo"
 html_title = "Tarnvelde"
 html_static_path = [str(ROOT / "docs" / "site" / "static")]
