@@ -1,5 +1,5 @@
-"""Formulas, written as $...$ and $$...$$, are drawn in the reader's browser by KaTeX, which is copied into the site: nothing
-comes from a network. Pages without formulas don't load it."""
+"""Formulas, written as $...$ and $$...$$, are drawn in the reader's browser by KaTeX, which is copied into the site:
+nothing comes from a network. Pages without formulas don't load it."""
 import shutil
 from pathlib import Path
 

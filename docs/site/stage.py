@@ -74,7 +74,7 @@ def expand_contents(text, pages):
         elif "*" in word and "/" in word and " " not in word:
             pattern = re.compile(re.escape(word).replace(r"\*", "[^/]*") + "$")
             found = [name for name in names if pattern.match(name) and name not in named]
-            lines += sorted(found, key=lambda name: (not name.endswith("README"), name))
+            lines += sorted(found, key=lambda name: (not name.endswith(("README", "index")), name))
         else:
             lines.append(line)
     text = "\n".join(lines)
