@@ -15,6 +15,7 @@ root_doc = "index"
 exclude_patterns = ["_*"]
 nitpicky = False
 highlight_language = "none"
+smartquotes = False  # options and quotes stay as they are typed
 
 myst_heading_anchors = 6  # each heading, by the names that links within the Markdown have
 myst_enable_extensions = ["colon_fence", "dollarmath"]
@@ -29,6 +30,7 @@ python_use_unqualified_type_names = True
 html_math_renderer = "katex"
 html_theme = "furo"
 html_title = "Tarnvelde"
+templates_path = [str(ROOT / "docs" / "site" / "templates")]
 html_static_path = [str(ROOT / "docs" / "site" / "static")]
 html_css_files = ["manual.css"]
 html_copy_source = False
