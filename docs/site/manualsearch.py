@@ -10,7 +10,8 @@ from docutils import nodes
 from sphinx import addnodes
 
 SITE = Path(__file__).resolve().parent
-SKIPPED = (nodes.section, addnodes.desc, nodes.comment, nodes.raw, addnodes.toctree, nodes.image, addnodes.compact_paragraph)
+SKIPPED = (nodes.section, addnodes.desc, nodes.comment, nodes.raw, nodes.image, addnodes.toctree,
+           addnodes.compact_paragraph)
 
 
 def _text(node):

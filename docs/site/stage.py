@@ -10,6 +10,7 @@ import sys
 from pathlib import Path
 
 from headerpages import header_page
+from pictures import draw
 
 ROOT = Path(__file__).resolve().parents[2]
 SITE = Path(__file__).resolve().parent
@@ -110,4 +111,5 @@ def lay_out(target):
 if __name__ == "__main__":
     if len(sys.argv) != 2:
         sys.exit("stage.py FOLDER")
-    print(f"{len(lay_out(Path(sys.argv[1]).resolve()))} pages and files")
+    folder = Path(sys.argv[1]).resolve()
+    print(f"{len(lay_out(folder))} pages and files, {draw(folder / '_pictures')} pictures of results")
