@@ -367,8 +367,30 @@ void addLinks(std::vector<PageTable>& tables, const tv_model* model, const PageW
 
 // --- rules ---------------------------------------------------------------------------------------------------------
 
-/// What rules and switches did: the library tells no rule's own doings, but the settings that they move.
-void addControls(std::vector<PageTable>& tables, const tv_model* model, const PageWatch& watch) {
+void addRules(std::vector<PageTable>& tables, const tv_model* model, const PageWatch& watch) {
+    std::vector<double> counts, first, last;
+    for (const PageFirings& rule : watch.firings) {
+        counts.push_back(rule.count);
+        first.push_back(rule.first);
+        last.push_back(rule.last);
+    }
+    ObjectTable rules = beginTable(model, TV_RULE, modelview_listKind(model, TV_RULE, 0), "rules", "Rules that fired");
+    rules.table.note =
+        "A rule fires in the step that begins with its conditions fulfilled after one that didn't. Of rules that act "
+        "on "
+        "one object the one with the higher priority wins.";
+    pagetables_addNumbers(rules.table, "Priority", "",
+                          choose(modelview_getValues(model, TV_RULE, "priority"), rules.objects), 0);
+    pagetables_addNumbers(rules.table, "Fired", "", choose(counts, rules.objects), 0);
+    pagetables_addDates(rules.table, "first", choose(first, rules.objects));
+    pagetables_addDates(rules.table, "last", choose(last, rules.objects));
+    pagetables_addNumbers(rules.table, "Fulfilled", "h",
+                          choose(modelview_getValues(model, TV_RULE, "fulfilled_time"), rules.objects));
+    put(tables, std::move(rules));
+}
+
+/// What rules and switches did to the links.
+void addSettings(std::vector<PageTable>& tables, const tv_model* model, const PageWatch& watch) {
     std::vector<int32_t> links;
     std::vector<double> counts, first, last, least, greatest, mean;
     const double length = watch.now - watch.start;
@@ -391,11 +413,6 @@ void addControls(std::vector<PageTable>& tables, const tv_model* model, const Pa
     pagetables_addNumbers(table.table, "Mean over time", "", mean);
     pagetables_addNumbers(table.table, "Greatest", "", greatest);
     put(tables, std::move(table));
-    ObjectTable rules = beginTable(model, TV_RULE, modelview_listKind(model, TV_RULE, 0), "rules", "Rules");
-    rules.table.note = "Of rules that act on one object the one with the higher priority wins.";
-    pagetables_addNumbers(rules.table, "Priority", "",
-                          choose(modelview_getValues(model, TV_RULE, "priority"), rules.objects), 0);
-    put(tables, std::move(rules));
 }
 
 }  // namespace
@@ -432,6 +449,7 @@ std::vector<PageTable> pagetables_read(const tv_model* model, const PageWatch& w
     addLand(tables, model, watch);
     addNodes(tables, model, watch);
     addLinks(tables, model, watch);
-    addControls(tables, model, watch);
+    addRules(tables, model, watch);
+    addSettings(tables, model, watch);
     return tables;
 }

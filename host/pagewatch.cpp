@@ -63,6 +63,28 @@ void beginMoves(PageWatch& watch, const tv_model* model) {
               [](const PageMoves& a, const PageMoves& b) { return a.link < b.link; });
 }
 
+void beginFirings(PageWatch& watch, const tv_model* model) {
+    tv_findVariable(TV_RULE, "fired_count", &watch.fired);
+    watch.firings.resize(static_cast<size_t>(modelview_count(model, TV_RULE)));
+    watch.firedNow.resize(watch.firings.size());
+}
+
+/// Rules are asked when a step begins.
+void updateFirings(PageWatch& watch, const tv_model* model, double beginOfStep) {
+    if (watch.firings.empty() ||
+        tv_getValues(model, watch.fired, TV_NO_POLLUTANT, watch.firedNow.data(), watch.firedNow.size())) {
+        return;
+    }
+    for (size_t k = 0; k < watch.firings.size(); ++k) {
+        PageFirings& rule = watch.firings[k];
+        if (watch.firedNow[k] > rule.count) {
+            rule.first = rule.count > 0.0 ? rule.first : beginOfStep;
+            rule.last = beginOfStep;
+            rule.count = watch.firedNow[k];
+        }
+    }
+}
+
 }  // namespace
 
 PageWatch pagewatch_begin(const tv_model* model) {
@@ -77,6 +99,7 @@ PageWatch pagewatch_begin(const tv_model* model) {
     watch.peaks[PEAK_LINK_FLOW] = beginPeak(model, TV_LINK, "peak_flow");
     watch.peaks[PEAK_RUNOFF] = beginPeak(model, TV_SUBCATCHMENT, "peak_runoff");
     beginMoves(watch, model);
+    beginFirings(watch, model);
     watch.start = watch.now = clock.now;
     return watch;
 }
@@ -88,6 +111,7 @@ void pagewatch_update(PageWatch& watch, const tv_model* model, const tv_clock& c
         }
     }
     watch.period = clock.period;
+    updateFirings(watch, model, watch.now);
     const double length = clock.now - watch.now;
     watch.now = clock.now;
     for (PageMoves& moves : watch.moves) {

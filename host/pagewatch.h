@@ -1,6 +1,7 @@
 #pragma once
-// What a page knows of a run beside its totals: when peaks were reached, and how often settings moved. It looks at each
-// step, and for peaks of large and long runs at each report, so that it costs a part of the run and no more.
+// What a page knows of a run beside its totals: when peaks were reached, and how often settings moved and rules fired.
+// It looks at each step, and for peaks of large and long runs at each report, so that it costs a part of the run and no
+// more.
 
 #include <array>
 #include <cstdint>
@@ -30,6 +31,13 @@ struct PageMoves {
     double least = 0.0;
 };
 
+/// A rule that becomes fulfilled: the number of times, and the beginnings of the first and the last such step.
+struct PageFirings {
+    double count = 0.0;
+    double first = 0.0;  ///< dates, 0 without a firing
+    double last = 0.0;
+};
+
 enum PagePeakName { PEAK_NODE_INFLOW, PEAK_NODE_DEPTH, PEAK_LINK_FLOW, PEAK_RUNOFF, PEAK_COUNT };
 
 struct PageWatch {
@@ -37,8 +45,11 @@ struct PageWatch {
     std::array<PagePeak, PEAK_COUNT> peaks{};
     int32_t setting = -1;  ///< variable
     std::vector<PageMoves> moves{};
-    double start = 0.0, now = 0.0;  ///< dates
-    int64_t period = 0;             ///< report periods that have been looked at
+    int32_t fired = -1;                  ///< variable
+    std::vector<PageFirings> firings{};  ///< per rule
+    std::vector<double> firedNow{};      ///< room for the counts of a step
+    double start = 0.0, now = 0.0;       ///< dates
+    int64_t period = 0;                  ///< report periods that have been looked at
 };
 
 /// Of a started run.

@@ -3,8 +3,8 @@
     testblocks.py [--build FOLDER] [PAGE ...]
 
 By the language of a block: sh is run in bash, python in one Python for the page, c and cpp are compiled with the public
-headers, json is read; lines set in by four blanks are run if they begin with a command. Any other block has a comment
-in the line above it that says what it is:
+headers, json is read; lines set in by four blanks are run if they begin with a command; a block without a language is
+run if it is a whole project. Any other block has a comment in the line above it that says what it is:
 
     file: NAME, append: NAME    what a file holds, or what is added to it; a project is checked then
     change: NAME                a diff of a file
@@ -194,6 +194,9 @@ class Page:
             self.run_python(code)
         elif kind in ("c", "cpp"):
             self.compile(code, kind)
+        elif not kind and re.search(r"^\[GENERAL\]$", code, re.M) and re.search(r"^\[OUTFALLS\]$", code, re.M):
+            self.write("block.inp", code, "w")
+            self.run(["tarnvelde", "run", "block.inp"])
         elif kind == "json":
             json.loads(code)
         else:

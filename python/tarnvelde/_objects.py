@@ -1023,6 +1023,12 @@ class Rule(ModelObject):
 
     priority = Quantity("priority", "", Access.PARAMETER, When.ALWAYS,
                         "of rules that act on one object the higher one wins")
+    is_fulfilled = Quantity("is_fulfilled", "", Access.STATE, When.NEVER,
+                            "1 while the step that was made last began with the conditions fulfilled")
+    fired_count = Quantity("fired_count", "", Access.TOTAL, When.NEVER,
+                           "how often the conditions became fulfilled, at the start included")
+    fulfilled_time = Quantity("fulfilled_time", "h", Access.TOTAL, When.NEVER,
+                              "time of all steps that began with the conditions fulfilled")
 
 
 class Curve(ModelObject):

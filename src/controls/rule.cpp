@@ -68,6 +68,10 @@ static std::vector<Action*> listActions(const Model& model) {
 }
 
 void rule_openRun(Model& model) {
+    for (Rule& rule : model.rules) {
+        rule.fulfilledSteps = rule.firedCount = 0;
+        rule.isFulfilled = 0;
+    }
     // Kinds of objects are known for good once the project is read, so the targets of a first run serve all others.
     if (model.rules.empty() || model.actionList->chosen) {
         return;
@@ -241,6 +245,13 @@ static int32_t applyChosen(Model& model) {
     return changes;
 }
 
+/// Counts the step that now begins.
+static void count(Rule& rule, bool isFulfilledNow) {
+    rule.firedCount += isFulfilledNow && rule.isFulfilled == 0 ? 1 : 0;
+    rule.fulfilledSteps += isFulfilledNow ? 1 : 0;
+    rule.isFulfilled = isFulfilledNow ? 1 : 0;
+}
+
 void rule_forgetChoice(Model& model) {
     for (int32_t k = 0; k < model.actionList->chosenCount; ++k) {
         model.actionList->place[model.actionList->chosen[k]->target] = -1;
@@ -254,9 +265,10 @@ int32_t rule_evaluate(Model& model) {
         return 0;
     }
     rule_forgetChoice(model);
-    for (const Rule& rule : model.rules) {
-        for (Action* action = isFulfilled(model, rule) ? rule.thenActions : rule.elseActions; action;
-             action = action->next) {
+    for (Rule& rule : model.rules) {
+        const bool isTrue = isFulfilled(model, rule);
+        count(rule, isTrue);
+        for (Action* action = isTrue ? rule.thenActions : rule.elseActions; action; action = action->next) {
             choose(model, *action);
         }
     }

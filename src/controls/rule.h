@@ -97,6 +97,11 @@ struct Rule {
     Premise* lastPremise;
     Action* thenActions;  ///< the last line first
     Action* elseActions;  ///< the last line first
+
+    // What it did in the run.
+    int64_t fulfilledSteps;  ///< steps that it began fulfilled
+    int64_t firedCount;      ///< how often it became fulfilled; at the start counts as well
+    int32_t isFulfilled;     ///< 1 if the last evaluation found it fulfilled
 };
 
 /// The actions that stand at the end of an evaluation, at most one for each target, as a list of cells. The list begins

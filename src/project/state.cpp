@@ -24,7 +24,7 @@
 
 static constexpr char MAGIC[8] = {'T', 'V', 'S', 'T', 'A', 'T', 'E', '\x1A'};
 static constexpr uint32_t ORDER_MARK = 0x01020304;
-static constexpr uint32_t FORMAT_VERSION = 3;
+static constexpr uint32_t FORMAT_VERSION = 4;
 static constexpr uint32_t ENGINE_VERSION = 21000;
 static constexpr unsigned char TYPE_SIZES[4] = {sizeof(double), sizeof(float), sizeof(int32_t), sizeof(size_t)};
 

@@ -219,6 +219,26 @@ TEST_F(RuleTest, ActionOfAnEarlierStepHoldsNoTarget) {
     EXPECT_EQ(link("P").targetSetting, 0.75);
 }
 
+// --- what rules did ------------------------------------------------------------------------------------------------
+
+TEST_F(RuleTest, FiresAnewAfterEachStepThatFoundItUnfulfilled) {
+    readAll({"RULE R", "IF JUNCTION J INFLOW > 1", "THEN PIPE P SETTING = 0.25", "RULE S", Always,
+             "THEN PIPE P2 SETTING = 0.5"});
+    evaluate();
+    for (const double inflow : {2.0, 3.0, 1.0, 1.0, 4.0}) {
+        node("J").newInflow = inflow;
+        rule_evaluate(testModel());
+    }
+    const Rule& rule = testModel().rules[0];
+    EXPECT_EQ(rule.firedCount, 2);
+    EXPECT_EQ(rule.fulfilledSteps, 3);
+    EXPECT_EQ(rule.isFulfilled, 1);
+    rule_openRun(testModel());
+    EXPECT_EQ(rule.firedCount, 0);
+    EXPECT_EQ(rule.fulfilledSteps, 0);
+    EXPECT_EQ(rule.isFulfilled, 0);
+}
+
 // --- what actions change -------------------------------------------------------------------------------------------
 
 TEST_F(RuleTest, UnchangedValuesAreNoChanges) {
