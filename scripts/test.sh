@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Everything that must pass before a change lands: the page of a run, both builds with all tests, models in threads, the
-# examples as a newcomer starts them, the Python package, the same results from both builds, half a minute of fuzzing,
-# the formatter and the linter. Starts from a bare Debian 12.
+# examples as a newcomer starts them, the Python package, the manual, the same results from both builds, half a minute
+# of fuzzing, the formatter and the linter. Starts from a bare Debian 12.
 # The last line counts the tests of both builds.
 set -uo pipefail
 cd "$(dirname "$0")/.."
