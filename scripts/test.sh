@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Everything that must pass before a change lands: the page of a run, both builds with all tests, models in threads, the
-# examples as a newcomer starts them, the Python package, the same results from both builds, half a minute of fuzzing,
-# the formatter and the linter. Starts from a bare Debian 12.
+# examples as a newcomer starts them, the Python package, the manual, the same results from both builds, half a minute
+# of fuzzing, the formatter and the linter. Starts from a bare Debian 12.
 # The last line counts the tests of both builds.
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -62,6 +62,9 @@ test_python() {
 }
 test_page() {
     count_tests scripts/test-page.sh '^[^a-z]*pass \([0-9][0-9]*\)$' '^[^a-z]*fail \([0-9][0-9]*\)$'
+}
+test_manual() {
+    count_tests scripts/test-manual.sh '^[^a-z]*pass \([0-9][0-9]*\)$' '^[^a-z]*fail \([0-9][0-9]*\)$'
 }
 
 run_examples() {
@@ -135,6 +138,7 @@ if stage "Build release with gcc" build release; then
     stage "Examples" run_examples
     stage "The page of a run in a browser" test_page
     stage "The Python package" test_python
+    stage "The manual" test_manual
 fi
 stage "Platform sources for Windows" scripts/check-windows.sh
 if stage "Build with clang and the thread sanitizer" build threads; then
