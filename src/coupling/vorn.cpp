@@ -54,6 +54,7 @@ void vorn_loadLibrary(Model& model, int32_t row) {
     outside_loadLibrary(model, vorn.outside, Kind, model.engines.vornLibrary, model.engines.vornFolder);
     findEntries(vorn);
     outside_findStateCalls(vorn.outside, "vorn_saveState", "vorn_restoreState");
+    outside_findSpeechCalls(model, vorn.outside, "vorn_setSurroundings", "vorn_getMessage");
 }
 
 void vorn_closeNode(Model& model, int32_t row) {
@@ -135,6 +136,7 @@ void vorn_validate(Model& model, int32_t node) {
     }
     vorn.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
     if (vorn.entries.vorn_open(vorn.outside.inpFile) != 0) {
+        outside_setDetail(model, vorn.outside);
         errors_report(model, ERR_VORN_INPUT_OPEN, id);
     }
     outside_validateDates(model, getCalls(vorn.entries), Kind, id);
@@ -225,6 +227,6 @@ void vorn_advance(Model& model, int32_t node) {
         model, vorn.outside, getCalls(vorn.entries), [&] { passInfluents(model, vorn); },
         [&] { takeEffluents(model, vorn); });
     if (!isDone) {
-        warnings_addInRun(model, WARN_RUN_ENGINE, NODE, node, model.nodes[node].id);
+        outside_tellRefusal(model, vorn.outside, node);
     }
 }
