@@ -176,6 +176,24 @@ static void releaseServed(Nested& nested) {
     nested.served.clear();
 }
 
+/// Whether an engine within the project has refused a step since a message; keeps the words of the last one. The
+/// project itself goes on.
+static bool noteRefusals(Nested& nested, int32_t first) {
+    bool isRefused = false;
+    for (int32_t k = first, count = countMessages(nested.model); k < count; ++k) {
+        tv_message message{};
+        tv_getMessage(nested.model, k, &message);
+        const bool isRefusal = std::string_view(message.name) == "W-run-engine";
+        if (isRefusal) {
+            nested.message = std::string("node ") + message.object + ": " + message.text;
+        } else if (isRefused && message.level == TV_INFO) {  // the reason, which follows
+            nested.message = message.text;
+        }
+        isRefused = isRefused || isRefusal;
+    }
+    return isRefused;
+}
+
 int32_t nested_step(Nested& nested, double& elapsedDays) {
     elapsedDays = 0.0;
     if (!hasMore(nested)) {
@@ -188,7 +206,7 @@ int32_t nested_step(Nested& nested, double& elapsedDays) {
     nested.isBroken = code != TV_OK;
     nested.elapsed += step * MS_PER_SECOND;
     elapsedDays = hasMore(nested) ? convertToDays(nested.elapsed) : 0.0;
-    return code;
+    return code == TV_OK && noteRefusals(nested, before) ? TV_ERROR_STATE_ENGINE : code;
 }
 
 int32_t nested_end(Nested& nested) {
@@ -215,6 +233,12 @@ int32_t nested_find(const Nested& nested, int32_t type, const char* id) {
     int32_t index = -1;
     const int32_t code = tv_findObject(nested.model, nested_getClass(type), id, &index);
     return code == TV_OK ? index : code;
+}
+
+bool nested_isPlace(const Nested& nested, const char* node) {
+    int32_t kind = TV_SWMM_NODE;
+    tv_getKind(nested.model, TV_NODE, nested_find(nested, NESTED_NODE, node), &kind);
+    return kind != TV_SWMM_NODE && kind != TV_PLANT_NODE;
 }
 
 /// Takes a forcing of a node for the next step. One that is refused leaves the node without any.

@@ -72,6 +72,9 @@ int32_t nested_getClass(int32_t type);
 /// Index of an object; negative if there is none.
 int32_t nested_find(const Nested& nested, int32_t type, const char* id);
 
+/// Whether water can enter or leave at a node: not at one with a model inside.
+[[nodiscard]] bool nested_isPlace(const Nested& nested, const char* node);
+
 /// Dates and step, all 0 of a project that isn't open.
 tv_clock nested_getClock(const Nested& nested);
 [[nodiscard]] bool nested_isOpen(const Nested& nested);

@@ -96,7 +96,8 @@ static int find(int32_t type, const char* id) {
 }
 
 ENTRY int swmm_isNode(const char* id) {
-    return find(NESTED_NODE, id);
+    const Nested& nested = getProject();
+    return !nested_isOpen(nested) || nested_isPlace(nested, id) ? find(NESTED_NODE, id) : REFUSED;
 }
 
 ENTRY int swmm_isLink(const char* id) {

@@ -86,6 +86,48 @@ TEST(NestedFaults, OfFilesThatAreNoProjectAreMessages) {
     EXPECT_TRUE(has(model.getTexts(TV_ERROR), "ERROR 303")) << model.getTexts(TV_ERROR);
 }
 
+/// Water can't enter or leave at a node that has a model inside.
+TEST(NestedFaults, OfPlacesThatTakeNoWaterAreTold) {
+    const TempFolder folder;
+    folder.write("inmost.inp", getDistrict(0.05, 300.0));
+    std::string text = getAround("inmost.inp");
+    text.replace(text.find("OUTFALLS]\nOUT"), 13, "OUTFALLS]\nEND");
+    text.replace(text.find("NODE inmost"), 4, "OUT ");
+    text.replace(text.find("IN NODE"), 7, "IN OUT");
+    text.replace(text.find("NODE OUT"), 8, "OUT END");
+    EXPECT_EQ(refuse(folder, text), "237 cannot find swmm node OUT.\n");
+}
+
+/// An engine inside the project refuses its steps: all around hear of it once, and the run goes on.
+TEST(NestedFaults, OfAnEngineInsideReachTheProjectAround) {
+    const TempFolder folder;
+    const tv_clock clock = [&] {
+        const NestedModel model;
+        EXPECT_EQ(tv_open(model, folder.write("any.inp", getDistrict(0.1, 0.0)).c_str(), nullptr), TV_OK);
+        return model.getClock();
+    }();
+    char period[100];
+    std::snprintf(period, sizeof period, "period %.0f 0 %.0f 7200\n", clock.start, clock.start);
+    folder.write("plant.sti", std::string(period) + "step 60\nsolution unsteady\ninfluent I\neffluent E\nbasin 0 0\n" +
+                                  "refuse vorn_step 7\n");
+    folder.write("inside.inp", getDistrict(0.1, 10.0) +
+                                   "[VORN_INPS]\nPLANT plant.sti NO\n[CONVERTERS]\nV VORN_INFLUENT\n"
+                                   "V COD CONSTANT 0 0\nV NH4 CONSTANT 0 0\nV NO3 CONSTANT 0 0\n"
+                                   "V TP CONSTANT 0 0\nV TSS CONSTANT 0 0\nV ALK CONSTANT 0 0\n"
+                                   "W VORN_EFFLUENT\nW COD CONSTANT 0 0\n");
+    const NestedModel model;
+    ASSERT_EQ(tv_open(model, folder.write("around.inp", getAround("inside.inp")).c_str(), nullptr), TV_OK)
+        << model.getTexts(TV_ERROR);
+    ASSERT_EQ(tv_start(model, nullptr, nullptr), TV_OK);
+    EXPECT_NEAR(runToEnd(model, "OUT").flows.back(), 0.1, 1e-12);
+    int refusals = 0;
+    for (const tv_message& message : model.getMessages()) {
+        refusals += std::string(message.name) == "W-run-engine" ? 1 : 0;
+    }
+    EXPECT_EQ(refusals, 1);
+    EXPECT_EQ(model.getTexts(TV_INFO), "0 node NODE: node PLANT: the engine inside the node has refused a step\n");
+}
+
 /// What a report of the same name is being written by.
 TEST(NestedFaults, OfAReportThatAnotherRunWritesAreTold) {
     const TempFolder folder;
