@@ -28,6 +28,25 @@ bool has(const std::string& text, const std::string& piece) {
     return text.find(piece) != std::string::npos;
 }
 
+/// A project that holds a project with a treatment plant in it, whose model has lines of its own.
+std::string writePlant(const TempFolder& folder, const std::string& lines) {
+    const tv_clock clock = [&] {
+        const NestedModel model;
+        EXPECT_EQ(tv_open(model, folder.write("any.inp", getDistrict(0.1, 0.0)).c_str(), nullptr), TV_OK);
+        return model.getClock();
+    }();
+    char period[100];
+    std::snprintf(period, sizeof period, "period %.0f 0 %.0f 7200\n", clock.start, clock.start);
+    folder.write("plant.sti",
+                 std::string(period) + "step 60\nsolution unsteady\ninfluent I\neffluent E\nbasin 0 0\n" + lines);
+    folder.write("inside.inp", getDistrict(0.1, 10.0) +
+                                   "[VORN_INPS]\nPLANT plant.sti NO\n[CONVERTERS]\nV VORN_INFLUENT\n"
+                                   "V COD CONSTANT 0 0\nV NH4 CONSTANT 0 0\nV NO3 CONSTANT 0 0\n"
+                                   "V TP CONSTANT 0 0\nV TSS CONSTANT 0 0\nV ALK CONSTANT 0 0\n"
+                                   "W VORN_EFFLUENT\nW COD CONSTANT 0 0\n");
+    return folder.write("around.inp", getAround("inside.inp"));
+}
+
 }  // namespace
 
 // --- faults of the project inside ----------------------------------------------------------------------------------
@@ -101,23 +120,9 @@ TEST(NestedFaults, OfPlacesThatTakeNoWaterAreTold) {
 /// An engine inside the project refuses its steps: all around hear of it once, and the run goes on.
 TEST(NestedFaults, OfAnEngineInsideReachTheProjectAround) {
     const TempFolder folder;
-    const tv_clock clock = [&] {
-        const NestedModel model;
-        EXPECT_EQ(tv_open(model, folder.write("any.inp", getDistrict(0.1, 0.0)).c_str(), nullptr), TV_OK);
-        return model.getClock();
-    }();
-    char period[100];
-    std::snprintf(period, sizeof period, "period %.0f 0 %.0f 7200\n", clock.start, clock.start);
-    folder.write("plant.sti", std::string(period) + "step 60\nsolution unsteady\ninfluent I\neffluent E\nbasin 0 0\n" +
-                                  "refuse vorn_step 7\n");
-    folder.write("inside.inp", getDistrict(0.1, 10.0) +
-                                   "[VORN_INPS]\nPLANT plant.sti NO\n[CONVERTERS]\nV VORN_INFLUENT\n"
-                                   "V COD CONSTANT 0 0\nV NH4 CONSTANT 0 0\nV NO3 CONSTANT 0 0\n"
-                                   "V TP CONSTANT 0 0\nV TSS CONSTANT 0 0\nV ALK CONSTANT 0 0\n"
-                                   "W VORN_EFFLUENT\nW COD CONSTANT 0 0\n");
+    const std::string around = writePlant(folder, "refuse vorn_step 7\n");
     const NestedModel model;
-    ASSERT_EQ(tv_open(model, folder.write("around.inp", getAround("inside.inp")).c_str(), nullptr), TV_OK)
-        << model.getTexts(TV_ERROR);
+    ASSERT_EQ(tv_open(model, around.c_str(), nullptr), TV_OK) << model.getTexts(TV_ERROR);
     ASSERT_EQ(tv_start(model, nullptr, nullptr), TV_OK);
     EXPECT_NEAR(runToEnd(model, "OUT").flows.back(), 0.1, 1e-12);
     int refusals = 0;
@@ -217,6 +222,18 @@ TEST(NestedSameness, HoldsInOtherProcesses) {
         EXPECT_EQ(report, first);
         EXPECT_EQ(own, inside);
     }
+}
+
+/// The name of the engines for projects says nothing of plants: these are found where they are without it.
+TEST(NestedSameness, HoldsForPlantsInside) {
+    const TempFolder folder;
+    const std::string around = writePlant(folder, "");
+    const ProcessResult result = process_run({TARNVELDE_PROGRAM, "run", around, "--engines", "nested", "--quiet"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_FALSE(has(result.err, "W-run-engine")) << result.err;
+    const ProcessResult unknown = process_run({TARNVELDE_PROGRAM, "run", around, "--engines", "nestd", "--quiet"});
+    EXPECT_NE(unknown.status, 0);
+    EXPECT_TRUE(has(unknown.err, "no folder: nestd")) << unknown.err;
 }
 
 TEST(NestedSameness, HoldsInALocaleWithACommaForAPoint) {
