@@ -13,7 +13,7 @@ using ModelHandle = std::unique_ptr<tv_model, ModelEnd>;
 
 /// Folders of the engines inside nodes; empty for the default.
 struct EngineFolders {
-    std::string engines;  ///< where they stand, or the name of some that were installed
+    std::string engines;  ///< where they are, or the name of some that were installed
     std::string scratch;  ///< where private copies of them are made
 };
 

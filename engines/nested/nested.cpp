@@ -1,6 +1,6 @@
 // A project inside a node: its life, what enters and what comes out. A step goes so:
 //
-//     nested_setInflow, nested_setLoad --> added inflows and loads, which are released behind the step
+//     nested_setInflow, nested_setLoad --> added inflows and loads, which are released after the step
 //     nested_step                      --> one routing step of the project, by its own clock
 //     nested_getResult                 --> what a node gets in that step
 //
@@ -19,7 +19,7 @@ static constexpr double MS_PER_DAY = 86400000.0;
 static constexpr double G_PER_KG = 1000.0;
 static constexpr int32_t CODES_PER_POLLUTANT = 1000;
 
-/// Projects around one another: each opens the next, so they all stand on one stack.
+/// Projects around one another: each opens the next, so all are on one stack.
 static constexpr std::ptrdiff_t MOST_AROUND = 8;
 
 // --- opening -------------------------------------------------------------------------------------------------------
@@ -40,21 +40,21 @@ static bool isAround(const std::string& projects, const std::string& input) {
     return false;
 }
 
-/// Why a project can't stand where it does; empty if it can.
+/// Why a project can't be where it is; empty if it can.
 static std::string findObstacle(const Surroundings& around, const std::string& input) {
     if (isAround(around.projects, input)) {
         return "the project " + input + " is inside itself";
     }
     if (std::count(around.projects.begin(), around.projects.end(), '\n') > MOST_AROUND) {
-        return "more than " + std::to_string(MOST_AROUND) + " projects stand around the project " + input;
+        return "the project " + input + " is inside more than " + std::to_string(MOST_AROUND) + " others";
     }
     if (around.room < 0) {
-        return "too many projects stand inside one another for the project " + input + " to be opened";
+        return "too many projects are inside one another to open the project " + input;
     }
     return {};
 }
 
-/// The first failure that the model has told since a message, with its place.
+/// The first failure that the model has reported since a message, with its place.
 static std::string describeFailure(const tv_model* model, int32_t code, int32_t first) {
     int32_t count = 0;
     tv_getMessageCount(model, &count);
@@ -271,7 +271,7 @@ int32_t nested_setLoad(Nested& nested, const char* node, const char* pollutant, 
 
 // --- values --------------------------------------------------------------------------------------------------------
 
-/// Where a value stands.
+/// Where a value is.
 struct ValuePlace {
     int32_t code;  ///< other than 0 if there is no such place
     int32_t variable, object;

@@ -87,8 +87,8 @@ ENTRY int swmm_restoreState(const void* bytes, int size) {
 }
 
 // --- questions -----------------------------------------------------------------------------------------------------
-// Of a project that couldn't be opened nothing is known. Its objects pass, so that its own fault is told and not a row
-// of others that come of it.
+// Of a project that couldn't be opened nothing is known. Its objects pass, so that its own fault is reported and not a
+// row of others that come of it.
 
 static int find(int32_t type, const char* id) {
     const Nested& nested = getProject();

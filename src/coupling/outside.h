@@ -179,7 +179,7 @@ void outside_findStateCalls(OutsideNode& outside, const char* save, const char* 
 void outside_findSpeechCalls(const Model& model, OutsideNode& outside, const char* setSurroundings,
                              const char* getMessage);
 
-/// Puts what the engine says of its latest failure behind the words of the failure that is told next.
+/// Puts what the engine says of its latest failure after the words of the failure that is reported next.
 void outside_setDetail(Model& model, const OutsideNode& outside);
 
 /// Warns that the engine of a node has refused a step, with what it says, once in a run.

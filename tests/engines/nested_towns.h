@@ -1,5 +1,5 @@
 #pragma once
-// Projects that stand in nodes of one another, in a folder of their own.
+// Projects inside nodes of one another, in a folder of their own.
 
 #include <string>
 #include <vector>
