@@ -13,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <string_view>
+#include <utility>
 
 static constexpr double MS_PER_SECOND = 1000.0;
 static constexpr double MS_PER_DAY = 86400000.0;
@@ -112,9 +113,14 @@ int32_t nested_open(Nested& nested, const char* input, const char* report, const
 }
 
 int32_t nested_close(Nested& nested) {
-    const int32_t code = nested.model && nested_isOpen(nested) ? tv_close(nested.model) : TV_OK;
+    const int32_t before = countMessages(nested.model);
+    int32_t phase = TV_CLOSED;
+    tv_getPhase(nested.model, &phase);
+    const int32_t code = phase != TV_CLOSED ? note(nested, tv_close(nested.model), before) : TV_OK;
+    std::string message = std::move(nested.message);  // can be asked for after the close
     tv_free(nested.model);
     nested = Nested{};
+    nested.message = std::move(message);
     return code;
 }
 

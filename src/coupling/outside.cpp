@@ -134,10 +134,35 @@ void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& 
     }
 }
 
-void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
+/// What an engine says of its latest failure, in one line; empty if it says nothing.
+static std::string getMessage(const OutsideNode& outside) {
+    static constexpr int MOST = 10000;  // bytes; an engine may err about its own text
+    const auto& call = outside.speechCalls.getMessage;
+    const int size = call.function ? std::min(call(nullptr, 0), MOST) : 0;
+    if (size <= 0) {
+        return {};
+    }
+    std::string text(static_cast<size_t>(size) + 1, '\0');
+    call(text.data(), size + 1);
+    text.resize(std::min(text.find('\0'), static_cast<size_t>(size)));
+    for (char& letter : text) {
+        letter = static_cast<unsigned char>(letter) < ' ' ? ' ' : letter;
+    }
+    return text;
+}
+
+/// An engine that says why its model couldn't be brought to its end is heard; the code changes nothing here.
+static void tellEnd(Model& model, const OutsideNode& outside, int code) {
+    const std::string text = code != 0 && model.log ? getMessage(outside) : std::string();
+    if (!text.empty()) {
+        messages_addError(model, 0, "the model " + std::string(outside.inpFile) + ": " + text, "");
+    }
+}
+
+void outside_close(Model& model, OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.isOpen) {
         outside.isOpen = false;
-        calls.close();
+        tellEnd(model, outside, calls.close());
     }
     if (outside.library) {
         library_release(outside.library);
@@ -176,23 +201,6 @@ void outside_findSpeechCalls(const Model& model, OutsideNode& outside, const cha
                               engines.vornFolder.c_str());
     }
     (void)entries_find(outside.library, getMessage, calls.getMessage);
-}
-
-/// What an engine says of its latest failure, in one line; empty if it says nothing.
-static std::string getMessage(const OutsideNode& outside) {
-    static constexpr int MOST = 10000;  // bytes; an engine may err about its own text
-    const auto& call = outside.speechCalls.getMessage;
-    const int size = call.function ? std::min(call(nullptr, 0), MOST) : 0;
-    if (size <= 0) {
-        return {};
-    }
-    std::string text(static_cast<size_t>(size) + 1, '\0');
-    call(text.data(), size + 1);
-    text.resize(std::min(text.find('\0'), static_cast<size_t>(size)));
-    for (char& letter : text) {
-        letter = static_cast<unsigned char>(letter) < ' ' ? ' ' : letter;
-    }
-    return text;
 }
 
 void outside_setDetail(Model& model, const OutsideNode& outside) {
@@ -399,10 +407,10 @@ void outside_moveClock(OutsideNode& outside, double elapsedDays) {
     outside.newTime = elapsedDays * MS_PER_DAY;
 }
 
-void outside_end(OutsideNode& outside, const OutsideCalls& calls) {
+void outside_end(Model& model, OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.isStarted) {
         outside.isStarted = false;
-        calls.end();
+        tellEnd(model, outside, calls.end());
     }
     closeRecords(outside.inflows);
     closeRecords(outside.outflows);

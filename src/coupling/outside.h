@@ -123,7 +123,7 @@ void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& 
 void outside_clearLeftovers(const Model& model);
 
 /// Closes the model, lets go of the library and deletes the copy.
-void outside_close(OutsideNode& outside, const OutsideCalls& calls);
+void outside_close(Model& model, OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
 /// of the project. False if there is neither.
@@ -147,7 +147,7 @@ void outside_initState(Model& model, OutsideNode& outside, int32_t inflowCount);
                                  const char* id);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
-void outside_end(OutsideNode& outside, const OutsideCalls& calls);
+void outside_end(Model& model, OutsideNode& outside, const OutsideCalls& calls);
 
 /// The clock of the engine moves on to the days that it tells.
 void outside_moveClock(OutsideNode& outside, double elapsedDays);

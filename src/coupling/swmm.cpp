@@ -66,7 +66,7 @@ void swmm_loadLibrary(Model& model, int32_t row) {
 
 void swmm_closeNode(Model& model, int32_t row) {
     SwmmNode& swmm = model.swmmNodes[row];
-    outside_close(swmm.outside, getCalls(swmm.entries));
+    outside_close(model, swmm.outside, getCalls(swmm.entries));
     swmm.entries = SwmmEntries{};
 }
 
@@ -180,7 +180,7 @@ bool swmm_startNode(Model& model, int32_t node) {
 
 void swmm_endNode(Model& model, int32_t node) {
     SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
-    outside_end(swmm.outside, getCalls(swmm.entries));
+    outside_end(model, swmm.outside, getCalls(swmm.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------

@@ -59,7 +59,7 @@ void vorn_loadLibrary(Model& model, int32_t row) {
 
 void vorn_closeNode(Model& model, int32_t row) {
     VornNode& vorn = model.vornNodes[row];
-    outside_close(vorn.outside, getCalls(vorn.entries));
+    outside_close(model, vorn.outside, getCalls(vorn.entries));
     vorn.entries = VornEntries{};
 }
 
@@ -159,7 +159,7 @@ bool vorn_startNode(Model& model, int32_t node) {
 
 void vorn_endNode(Model& model, int32_t node) {
     VornNode& vorn = model.vornNodes[getRow(model, node)];
-    outside_end(vorn.outside, getCalls(vorn.entries));
+    outside_end(model, vorn.outside, getCalls(vorn.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------

@@ -133,6 +133,23 @@ TEST(NestedFaults, OfAnEngineInsideReachTheProjectAround) {
     EXPECT_EQ(model.getTexts(TV_INFO), "0 node NODE: node PLANT: the engine inside the node has refused a step\n");
 }
 
+/// A report that can't be put in place is missed.
+TEST(NestedFaults, OfAReportThatIsLostAreTold) {
+    const TempFolder folder;
+    folder.write("inside.inp", getDistrict(0.1, 10.0));
+    const std::string around = folder.write("around.inp", getAround("inside.inp"));
+    const NestedModel model;
+    ASSERT_EQ(tv_open(model, around.c_str(), folder.file("around.rpt").c_str()), TV_OK);
+    ASSERT_EQ(tv_start(model, nullptr, nullptr), TV_OK);
+    ASSERT_EQ(tv_runUntil(model, TV_END), TV_OK);
+    fs::create_directories(folder.path / "inside.rpt" / "in-the-way");
+    ASSERT_EQ(tv_end(model), TV_OK);
+    EXPECT_EQ(model.getTexts(TV_ERROR), "");
+    ASSERT_EQ(tv_close(model), TV_OK);
+    EXPECT_TRUE(has(model.getTexts(TV_ERROR), "inside.inp: the report can't be written")) << model.getTexts(TV_ERROR);
+    EXPECT_TRUE(folder.has("around.rpt"));
+}
+
 /// What a report of the same name is being written by.
 TEST(NestedFaults, OfAReportThatAnotherRunWritesAreTold) {
     const TempFolder folder;
