@@ -328,8 +328,8 @@ struct OpenEngine : Engine {
 }  // namespace
 
 TEST(NestedEngine, ShowsTheFunctionsOfAnEngineAndNothingElse) {
-    const ProcessResult listing =
-        process_run({TARNVELDE_NM, "-D", "--defined-only", "-P", TARNVELDE_NESTED_FOLDER "libswmm5ex.so"});
+    const ProcessResult listing = process_run(
+        {TARNVELDE_NM, "-D", "--defined-only", "-P", std::string(TARNVELDE_NESTED_FOLDER) + "libswmm5ex.so"});
     ASSERT_EQ(listing.status, 0) << listing.err;
     std::istringstream lines(listing.out);
     int count = 0;
