@@ -2,9 +2,12 @@
 
 #include "handle.h"
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <stdexcept>
+#include <utility>
 
 /// A folder as the engine knows one: by the separator at its end.
 static std::string closeFolder(const std::string& folder) {
@@ -25,14 +28,53 @@ static std::string findInstalledEngines() {
     return std::filesystem::is_directory(installed, error) ? installed.string() : std::string();
 }
 
+/// A library by the name that it has everywhere, and by the habit of this system.
+using LibraryNames = std::array<const char*, 2>;
+static constexpr LibraryNames SWMM_NAMES = {"swmm5ex.dll", "libswmm5ex.so"};
+static constexpr LibraryNames PLANT_NAMES = {"vorn.dll", "libvorn.so"};
+
+static bool hasLibrary(const std::filesystem::path& folder, const LibraryNames& names) {
+    std::error_code error;
+    return std::any_of(names.begin(), names.end(),
+                       [&](const char* name) { return std::filesystem::exists(folder / name, error); });
+}
+
+std::string handle_findEngines(const std::string& name) {
+    if (name.empty() || name.find_first_of("/\\") != std::string::npos || name.starts_with('.')) {
+        return {};
+    }
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    for (const std::filesystem::path& place : {program / "engines", program / TARNVELDE_ENGINES_FROM_PROGRAM}) {
+        if (!error && (hasLibrary(place / name, SWMM_NAMES) || hasLibrary(place / name, PLANT_NAMES))) {
+            return (place / name).lexically_normal().string();
+        }
+    }
+    return {};
+}
+
+/// The folders of both kinds of engine. What was installed by name is of one kind: the other is where it is without.
+static std::pair<std::string, std::string> chooseFolders(const std::string& given) {
+    std::error_code error;
+    const std::string named = std::filesystem::is_directory(given, error) ? std::string() : handle_findEngines(given);
+    if (named.empty()) {
+        const std::string folder = closeFolder(given.empty() ? findInstalledEngines() : given);
+        return {folder, folder};
+    }
+    const auto choose = [&](const LibraryNames& names) {
+        return closeFolder(hasLibrary(named, names) ? named : findInstalledEngines());
+    };
+    return {choose(SWMM_NAMES), choose(PLANT_NAMES)};
+}
+
 ModelHandle handle_make(const EngineFolders& folders) {
     tv_model* made = nullptr;
     int32_t code = tv_create(&made);
     ModelHandle model(made);
     if (code == TV_OK) {
-        const std::string engines = closeFolder(folders.engines.empty() ? findInstalledEngines() : folders.engines);
+        const auto [swmm, plants] = chooseFolders(folders.engines);
         const std::string scratch = closeFolder(folders.scratch);
-        code = tv_setEngines(model.get(), engines.c_str(), scratch.c_str(), engines.c_str(), scratch.c_str());
+        code = tv_setEngines(model.get(), swmm.c_str(), scratch.c_str(), plants.c_str(), scratch.c_str());
     }
     if (code != TV_OK) {
         throw std::runtime_error(tv_describeCode(code));

@@ -13,9 +13,13 @@ using ModelHandle = std::unique_ptr<tv_model, ModelEnd>;
 
 /// Folders of the engines inside nodes; empty for the default.
 struct EngineFolders {
-    std::string engines;  ///< where they stand
+    std::string engines;  ///< where they are, or the name of some that were installed
     std::string scratch;  ///< where private copies of them are made
 };
+
+/// The folder of engines that were installed with the program, or built beside it, under a name; empty if there is
+/// none.
+[[nodiscard]] std::string handle_findEngines(const std::string& name);
 
 /// A closed model that looks for the engines inside nodes in these folders.
 [[nodiscard]] ModelHandle handle_make(const EngineFolders& folders);

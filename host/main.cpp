@@ -45,6 +45,7 @@
 #include "explain.h"
 #include "export.h"
 #include "files.h"
+#include "handle.h"
 #include "memory.h"
 #include "page.h"
 #include "picture.h"
@@ -85,17 +86,22 @@ static std::string refuseNoThreads(const std::string& text) {
                : "threads are from 1 to " + std::to_string(TV_MAX_THREADS) + ", not " + text;
 }
 
+/// A folder of engines, or the name of some.
+static std::string refuseNoEngines(const std::string& name) {
+    return handle_findEngines(name).empty() ? refuseNoFolder(name) : "";
+}
+
 static void addFile(CLI::App& command, const char* option, std::string& name, const char* meaning) {
     command.add_option(option, name, meaning)->type_name("FILE")->check(refuseEmpty);
 }
 
 static void addEngines(CLI::App& command, EngineFolders& folders) {
     command
-        .add_option(
-            "--engines", folders.engines,
-            "The folder of the engines inside nodes [that of this program, else that of those installed with it]")
+        .add_option("--engines", folders.engines,
+                    "The folder of the engines inside nodes, or \"nested\" for projects inside nodes [that of this "
+                    "program, else that of those installed with it]")
         ->type_name("FOLDER")
-        ->check(refuseNoFolder);
+        ->check(refuseNoEngines);
     command
         .add_option("--scratch", folders.scratch,
                     "The folder for private copies of engines [that of TMPDIR, else /tmp or /var/tmp]")

@@ -327,6 +327,12 @@ TV_API int32_t tv_free(tv_model* model);
 TV_API int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
                              const char* plantFolder);
 
+/* For an engine that opens a project of its own inside a node: what it was given by swmm_setSurroundings, handed on to
+ * the engines inside its project. `projects` are the paths of the projects around, outermost first, each ended by a
+ * line feed; `room` is how many projects more may be opened inside, all in all. For the next openings. TV_ERROR_OPEN,
+ * TV_ERROR_NULL. docs/outside-engines.md has more. */
+TV_API int32_t tv_setSurroundings(tv_model* model, const char* projects, int32_t room);
+
 /* Opens a project file. The report goes to a file of its own, null for none. With a positive code the model is
  * TV_FAILED and its messages tell every fault of the file; 301, 303 and 305 leave it closed. TV_ERROR_OPEN.
  *

@@ -22,7 +22,7 @@ cd "$root"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 echo "Building into build/release ..."
-targets=(tarnvelde tarnvelde_host engine_swmm5ex engine_vorn)
+targets=(tarnvelde tarnvelde_host engine_swmm5ex engine_vorn engine_nested)
 begin() { # where there is no build yet: of the program alone, which needs no package of the tests
     [ -f build/release/CMakeCache.txt ] || cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release \
         -DTARNVELDE_BUILD_TESTS=OFF -DTARNVELDE_BUILD_BENCH=OFF
@@ -42,7 +42,11 @@ if [ ! -f "$model" ]; then # a host program, which uses the installed package
     exit
 fi
 cp -R "examples/$name/." "$out"
-build/release/tarnvelde run "$out/$name.inp"
+engines=()
+if [ "$name" = nested-town ]; then # whose node holds a project
+    engines=(--engines nested)
+fi
+build/release/tarnvelde run "$out/$name.inp" "${engines[@]}"
 echo
 cat "$out/$name.rpt"
 echo

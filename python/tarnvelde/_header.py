@@ -321,6 +321,7 @@ FUNCTIONS: Dict[str, Tuple[Any, List[Any]]] = {
             ctypes.c_char_p,
         ],
     ),
+    "tv_setSurroundings": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_int32]),
     "tv_open": (ctypes.c_int32, [ctypes.c_void_p, ctypes.c_char_p, ctypes.c_char_p]),
     "tv_openText": (
         ctypes.c_int32,

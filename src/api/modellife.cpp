@@ -66,9 +66,21 @@ int32_t tv_create(tv_model** model) {
 int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const char* swmmFolder, const char* plantLibrary,
                       const char* plantFolder) {
     return modelhandle_look(model, NEED_CLOSED, [&]() -> int32_t {
-        EngineLibraries engines{getText(swmmLibrary), getText(swmmFolder), getText(plantLibrary), getText(plantFolder),
-                                true};
+        EngineLibraries engines{
+            getText(swmmLibrary),  getText(swmmFolder), getText(plantLibrary), getText(plantFolder), true,
+            model->engines.around, model->engines.room};
         model->engines = std::move(engines);
+        return TV_OK;
+    });
+}
+
+int32_t tv_setSurroundings(tv_model* model, const char* projects, int32_t room) {
+    return modelhandle_look(model, NEED_CLOSED, [&]() -> int32_t {
+        if (!projects) {
+            return TV_ERROR_NULL;
+        }
+        model->engines.around = projects;
+        model->engines.room = room;
         return TV_OK;
     });
 }

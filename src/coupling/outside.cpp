@@ -12,6 +12,7 @@
 #include "model/arena.h"
 #include "model/errors.h"
 #include "model/inputfiles.h"
+#include "model/messages.h"
 #include "model/model.h"
 #include "model/names.h"
 #include "model/project.h"
@@ -133,15 +134,41 @@ void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& 
     }
 }
 
-void outside_close(OutsideNode& outside, const OutsideCalls& calls) {
+/// What an engine says of its latest failure, in one line; empty if it says nothing.
+static std::string getMessage(const OutsideNode& outside) {
+    static constexpr int MOST = 10000;  // bytes; an engine may err about its own text
+    const auto& call = outside.speechCalls.getMessage;
+    const int size = call.function ? std::min(call(nullptr, 0), MOST) : 0;
+    if (size <= 0) {
+        return {};
+    }
+    std::string text(static_cast<size_t>(size) + 1, '\0');
+    call(text.data(), size + 1);
+    text.resize(std::min(text.find('\0'), static_cast<size_t>(size)));
+    for (char& letter : text) {
+        letter = static_cast<unsigned char>(letter) < ' ' ? ' ' : letter;
+    }
+    return text;
+}
+
+/// An engine that says why its model couldn't be brought to its end is heard; the code changes nothing here.
+static void tellEnd(Model& model, const OutsideNode& outside, int code) {
+    const std::string text = code != 0 && model.log ? getMessage(outside) : std::string();
+    if (!text.empty()) {
+        messages_addError(model, 0, "the model " + std::string(outside.inpFile) + ": " + text, "");
+    }
+}
+
+void outside_close(Model& model, OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.isOpen) {
         outside.isOpen = false;
-        calls.close();
+        tellEnd(model, outside, calls.close());
     }
     if (outside.library) {
         library_release(outside.library);
         outside.library = nullptr;
         outside.stateCalls = OutsideStateCalls{};
+        outside.speechCalls = OutsideSpeechCalls{};
     }
     deleteCopy(outside);
 }
@@ -152,6 +179,49 @@ void outside_findStateCalls(OutsideNode& outside, const char* save, const char* 
         entries_find(outside.library, save, calls.save) && entries_find(outside.library, restore, calls.restore);
     outside.stateCalls = hasBoth ? calls : OutsideStateCalls{};
 }
+
+// --- what an engine hears and says ---------------------------------------------------------------------------------
+
+/// What each node of the project has of the room for projects inside: what the nodes themselves leave, in equal parts,
+/// so that all of them together never take more. Below 0 there is none for the node itself.
+static int32_t shareRoom(const Model& model) {
+    const int32_t nodes = model.counts.nodeKinds[SWMM] + model.counts.nodeKinds[VORN];
+    const int32_t room = model.engines.room;
+    return room < nodes ? -1 : (room - nodes) / nodes;
+}
+
+void outside_findSpeechCalls(const Model& model, OutsideNode& outside, const char* setSurroundings,
+                             const char* getMessage) {
+    OutsideSpeechCalls& calls = outside.speechCalls;
+    if (entries_find(outside.library, setSurroundings, calls.setSurroundings)) {
+        const EngineLibraries& engines = model.engines;
+        const std::string projects = engines.around + model.files.inputName + '\n';
+        calls.setSurroundings(projects.c_str(), shareRoom(model), model.files.report ? 1 : 0,
+                              engines.swmmLibrary.c_str(), engines.swmmFolder.c_str(), engines.vornLibrary.c_str(),
+                              engines.vornFolder.c_str());
+    }
+    (void)entries_find(outside.library, getMessage, calls.getMessage);
+}
+
+void outside_setDetail(Model& model, const OutsideNode& outside) {
+    if (const std::string text = getMessage(outside); !text.empty()) {
+        messages_setDetail(model, (" (" + text + ")").c_str());
+    }
+}
+
+void outside_tellRefusal(Model& model, const OutsideNode& outside, int32_t node) {
+    const char* id = model.nodes[node].id;
+    const size_t before = model.log ? model.log->messages.size() : 0;
+    warnings_addInRun(model, WARN_RUN_ENGINE, NODE, node, id);
+    if (!model.log || model.log->messages.size() == before) {
+        return;
+    }
+    if (const std::string text = getMessage(outside); !text.empty()) {
+        messages_addInfo(model, (std::string("node ") + id + ": " + text).c_str());
+    }
+}
+
+// --- state of an engine --------------------------------------------------------------------------------------------
 
 int32_t outside_getStateSize(const OutsideNode& outside) {
     const int size = outside.stateCalls.save.function ? outside.stateCalls.save(nullptr, 0) : 0;
@@ -325,6 +395,7 @@ bool outside_start(Model& model, OutsideNode& outside, const OutsideCalls& calls
     outside.isStarted = true;  // whatever the engine says: it is asked to end in any case
     outside.oldTime = outside.newTime = 0.0;
     if (calls.start(outside.saveResults) != 0) {
+        outside_setDetail(model, outside);
         errors_report(model, kind.startError, id);
         return false;
     }
@@ -336,10 +407,10 @@ void outside_moveClock(OutsideNode& outside, double elapsedDays) {
     outside.newTime = elapsedDays * MS_PER_DAY;
 }
 
-void outside_end(OutsideNode& outside, const OutsideCalls& calls) {
+void outside_end(Model& model, OutsideNode& outside, const OutsideCalls& calls) {
     if (outside.isStarted) {
         outside.isStarted = false;
-        calls.end();
+        tellEnd(model, outside, calls.end());
     }
     closeRecords(outside.inflows);
     closeRecords(outside.outflows);

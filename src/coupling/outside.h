@@ -65,6 +65,14 @@ struct OutsideStateCalls {
     Entry<int(const void* bytes, int size)> restore;  ///< 0 is success; otherwise nothing has changed
 };
 
+/// What an engine may offer besides, each for itself: that it hears where it is, and says what went wrong.
+struct OutsideSpeechCalls {
+    Entry<int(const char* projects, int room, int keepsFiles, const char* swmmLibrary, const char* swmmFolder,
+              const char* plantLibrary, const char* plantFolder)>
+        setSurroundings;
+    Entry<int(char* text, int size)> getMessage;  ///< the bytes of the text of the latest failure, 0 if there is none
+};
+
 /// The part that SWMM nodes and treatment-plant nodes share.
 struct OutsideNode {
     const char* inpFile;   ///< path as given; from the validation on the full path that the engine reads
@@ -76,6 +84,7 @@ struct OutsideNode {
     double* scratch;       ///< one number per pollutant: loads, kg/s, or concentrations, mg/L; lives as long as the run
     LibraryHandle library;
     OutsideStateCalls stateCalls;
+    OutsideSpeechCalls speechCalls;
     bool isOpen;               ///< the engine was asked to open the model, well or not, and is to close it
     bool isStarted;            ///< the engine was asked to start, well or not, and is to end
     std::string libraryCopy;   ///< path of the private copy; empty while there is none
@@ -114,7 +123,7 @@ void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& 
 void outside_clearLeftovers(const Model& model);
 
 /// Closes the model, lets go of the library and deletes the copy.
-void outside_close(OutsideNode& outside, const OutsideCalls& calls);
+void outside_close(Model& model, OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder
 /// of the project. False if there is neither.
@@ -138,7 +147,7 @@ void outside_initState(Model& model, OutsideNode& outside, int32_t inflowCount);
                                  const char* id);
 
 /// Ends the engine, if it was started, and forgets what the run allocated.
-void outside_end(OutsideNode& outside, const OutsideCalls& calls);
+void outside_end(Model& model, OutsideNode& outside, const OutsideCalls& calls);
 
 /// The clock of the engine moves on to the days that it tells.
 void outside_moveClock(OutsideNode& outside, double elapsedDays);
@@ -165,6 +174,16 @@ bool outside_advance(const Model& model, OutsideNode& outside, const OutsideCall
 
 /// Looks for the functions of an engine that save and restore its state.
 void outside_findStateCalls(OutsideNode& outside, const char* save, const char* restore);
+
+/// Looks for the functions by which an engine hears where it is and says what went wrong, and calls the first.
+void outside_findSpeechCalls(const Model& model, OutsideNode& outside, const char* setSurroundings,
+                             const char* getMessage);
+
+/// Puts what the engine says of its latest failure after the words of the failure that is reported next.
+void outside_setDetail(Model& model, const OutsideNode& outside);
+
+/// Warns that the engine of a node has refused a step, with what it says, once in a run.
+void outside_tellRefusal(Model& model, const OutsideNode& outside, int32_t node);
 
 /// The bytes of the state of an engine, 0 if it can't be saved; the state itself, false if it isn't of that size any
 /// more; and the way back, false if the engine refuses.

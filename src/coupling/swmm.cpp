@@ -61,11 +61,12 @@ void swmm_loadLibrary(Model& model, int32_t row) {
     outside_loadLibrary(model, swmm.outside, Kind, model.engines.swmmLibrary, model.engines.swmmFolder);
     findEntries(swmm);
     outside_findStateCalls(swmm.outside, "swmm_saveState", "swmm_restoreState");
+    outside_findSpeechCalls(model, swmm.outside, "swmm_setSurroundings", "swmm_getMessage");
 }
 
 void swmm_closeNode(Model& model, int32_t row) {
     SwmmNode& swmm = model.swmmNodes[row];
-    outside_close(swmm.outside, getCalls(swmm.entries));
+    outside_close(model, swmm.outside, getCalls(swmm.entries));
     swmm.entries = SwmmEntries{};
 }
 
@@ -155,6 +156,7 @@ void swmm_validate(Model& model, int32_t node) {
     }
     swmm.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
     if (swmm.entries.swmm_open(swmm.outside.inpFile, swmm.rptFile, swmm.outFile) != 0) {
+        outside_setDetail(model, swmm.outside);
         errors_report(model, ERR_SWMM_INPUT_OPEN, id);
     }
     outside_validateDates(model, getCalls(swmm.entries), Kind, id);
@@ -178,7 +180,7 @@ bool swmm_startNode(Model& model, int32_t node) {
 
 void swmm_endNode(Model& model, int32_t node) {
     SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
-    outside_end(swmm.outside, getCalls(swmm.entries));
+    outside_end(model, swmm.outside, getCalls(swmm.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
@@ -273,7 +275,7 @@ void swmm_advance(Model& model, int32_t node) {
         passSettings(model, node, swmm.entries);
     };
     if (!outside_advance(model, swmm.outside, getCalls(swmm.entries), give, [&] { takeOutflows(model, swmm); })) {
-        warnings_addInRun(model, WARN_RUN_ENGINE, NODE, node, model.nodes[node].id);
+        outside_tellRefusal(model, swmm.outside, node);
     }
     // Requests for other nodes go too, used or not: a host asks anew for each step, one SWMM node at a time.
     model.requests.swmmInflows.clear();

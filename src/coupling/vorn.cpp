@@ -54,11 +54,12 @@ void vorn_loadLibrary(Model& model, int32_t row) {
     outside_loadLibrary(model, vorn.outside, Kind, model.engines.vornLibrary, model.engines.vornFolder);
     findEntries(vorn);
     outside_findStateCalls(vorn.outside, "vorn_saveState", "vorn_restoreState");
+    outside_findSpeechCalls(model, vorn.outside, "vorn_setSurroundings", "vorn_getMessage");
 }
 
 void vorn_closeNode(Model& model, int32_t row) {
     VornNode& vorn = model.vornNodes[row];
-    outside_close(vorn.outside, getCalls(vorn.entries));
+    outside_close(model, vorn.outside, getCalls(vorn.entries));
     vorn.entries = VornEntries{};
 }
 
@@ -135,6 +136,7 @@ void vorn_validate(Model& model, int32_t node) {
     }
     vorn.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
     if (vorn.entries.vorn_open(vorn.outside.inpFile) != 0) {
+        outside_setDetail(model, vorn.outside);
         errors_report(model, ERR_VORN_INPUT_OPEN, id);
     }
     outside_validateDates(model, getCalls(vorn.entries), Kind, id);
@@ -157,7 +159,7 @@ bool vorn_startNode(Model& model, int32_t node) {
 
 void vorn_endNode(Model& model, int32_t node) {
     VornNode& vorn = model.vornNodes[getRow(model, node)];
-    outside_end(vorn.outside, getCalls(vorn.entries));
+    outside_end(model, vorn.outside, getCalls(vorn.entries));
 }
 
 // --- what comes in -------------------------------------------------------------------------------------------------
@@ -225,6 +227,6 @@ void vorn_advance(Model& model, int32_t node) {
         model, vorn.outside, getCalls(vorn.entries), [&] { passInfluents(model, vorn); },
         [&] { takeEffluents(model, vorn); });
     if (!isDone) {
-        warnings_addInRun(model, WARN_RUN_ENGINE, NODE, node, model.nodes[node].id);
+        outside_tellRefusal(model, vorn.outside, node);
     }
 }

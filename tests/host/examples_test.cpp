@@ -147,6 +147,36 @@ TEST_F(Interceptor, MissesLessWithoutDecayAsItsTextSays) {
     }
 }
 
+TEST(NestedTown, GivesWhatItsTextSays) {
+    TempFolder folder;
+    fs::copy(fs::path(TARNVELDE_SOURCE_DIR) / "examples" / "nested-town", folder.path);
+    const ProcessResult split = runProgram({"run", folder.file("nested-town.inp"), "--engines", "nested", "--quiet"});
+    ASSERT_EQ(split.status, 0) << split.err;
+    const ProcessResult whole = runProgram({"run", folder.file("whole-town.inp"), "--quiet"});
+    ASSERT_EQ(whole.status, 0) << whole.err;
+    const std::string text = readFile(folder.path / "README.md");
+    std::istringstream lines(text);
+    int rows = 0;
+    for (std::string line; std::getline(lines, line);) {  // | table | row | place | in two projects | in one |
+        std::smatch found;
+        if (!std::regex_match(line, found,
+                              std::regex("\\| ([A-Z][A-Za-z ]+), `([A-Za-z _.]+)` \\| `([a-z-]+)\\.rpt` \\| "
+                                         "([0-9.]+) \\| ([0-9.]+) \\|"))) {
+            continue;
+        }
+        ++rows;
+        for (const auto& [file, figure] : {std::pair(found[3].str(), found[4].str()), {"whole-town", found[5].str()}}) {
+            const std::string report = readFile(folder.file(file + ".rpt"));
+            const size_t table = report.find("\n  " + found[1].str());
+            const size_t row = report.find("\n  " + found[2].str() + " ", table);
+            ASSERT_NE(row, std::string::npos) << line;
+            const std::string cells = report.substr(row + 1, report.find('\n', row + 1) - row - 1);
+            EXPECT_NE((cells + " ").find(" " + figure + " "), std::string::npos) << line << "\n" << cells;
+        }
+    }
+    EXPECT_EQ(rows, 7);
+}
+
 /// The lines of the first block of a text that is neither indented nor of a language, up to a line of three points.
 static std::string readShown(const char* example) {
     const std::string text = readFile(fs::path(TARNVELDE_SOURCE_DIR) / "examples" / example / "README.md");
@@ -200,7 +230,11 @@ TEST(Examples, WarnOfWhatTheTextBesideThemExplainsAndOfNothingElse) {
         SCOPED_TRACE(project);
         TempFolder folder;
         fs::copy(project.parent_path(), folder.path, fs::copy_options::recursive);
-        const ProcessResult result = runProgram({"run", folder.file(project.filename().string()), "--json"});
+        std::vector<std::string> words = {"run", folder.file(project.filename().string()), "--json"};
+        if (project.stem() == "nested-town") {
+            words.insert(words.end(), {"--engines", "nested"});
+        }
+        const ProcessResult result = runProgram(words);
         ASSERT_EQ(result.status, 0) << result.err;
         EXPECT_EQ(findWarnings(result.out, "\"name\": \"(W-[a-z-]+)\""),
                   findWarnings(readFile(project.parent_path() / "README.md"), "`(W-[a-z-]+)`"));
