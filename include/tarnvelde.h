@@ -297,7 +297,7 @@ TARNVELDE_API int32_t tarnvelde_open(const char* inputFile, const char* reportFi
  *
  * saveMode  0: no results are kept.
  *           1: results go to the binary results file; tarnvelde_close keeps it.
- *           2: results go to the database; tarnvelde_close commits and keeps it.
+ *           2: results go to the database, values rounded to six decimals; tarnvelde_close commits and keeps it.
  *           Any other value keeps no results.
  *
  * With an error current it returns that error's code and does nothing. Returns 400 if no project is open or a run is
@@ -347,15 +347,17 @@ TARNVELDE_API int32_t tarnvelde_report(void);
  */
 TARNVELDE_API int32_t tarnvelde_close(void);
 
-/* Tells where the library of SWMM nodes is, and where the private copy of it that each such node runs may be put.
+/* Sets where the library of SWMM nodes is, and where the private copy of it that each such node runs may be put.
  *
- * libraryPath  a folder with its separator at the end, or a file in that folder; only the folder counts. If it is
- *              empty, or no library is there, the folder of the running program counts.
+ * libraryPath  a folder with its separator at the end, or a file in that folder; only the folder counts. If the text is
+ *              empty, or nothing exists under that path, the folder of the running program counts. No other folder is
+ *              tried: a folder that exists and lacks the library makes the open fail (code 243).
  * tempFolder   a folder that may be written to, with its separator at the end. If it is empty, the copies are put
  *              beside the library.
  *
- * Call it before tarnvelde_open or tarnvelde_run, if the project has SWMM nodes. Nothing is checked here: a path that
- * leads nowhere makes the open fail (codes 243 and 247). Null counts as empty. Always returns 0.
+ * Call it before tarnvelde_open or tarnvelde_run, if the project has SWMM nodes. Nothing is checked here: the open
+ * fails if the library is missing (243) or the temporary folder doesn't exist (247). Null counts as empty. Always
+ * returns 0.
  */
 TARNVELDE_API int32_t tarnvelde_initSwmmDll(const char* libraryPath, const char* tempFolder);
 
@@ -629,8 +631,8 @@ TARNVELDE_API int32_t tarnvelde_setSwmmLinkFlow(const char* node, const char* id
  */
 TARNVELDE_API int32_t tarnvelde_setSwmmExtInflow(const char* node, const char* id, double flow);
 
-/* Queues a setting, 0 to 1, for a link of the SWMM model, in the same way. -1 for a value outside 0 to 1 or a link that
- * the SWMM model doesn't have.
+/* Queues a setting, 0 to 1, for a link of the SWMM model, in the same way: it is handed over before each step that the
+ * engine makes within that routing step. -1 for a value outside 0 to 1 or a link that the SWMM model doesn't have.
  */
 TARNVELDE_API int32_t tarnvelde_setSwmmSetting(const char* node, const char* link, double setting);
 

@@ -342,7 +342,8 @@ TV_API int32_t tv_openText(tv_model* model, const char* text, size_t length, con
 
 /* Starts a run. Results go to a binary file, to a database, to both or, with nulls, nowhere. TV_ERROR_NOT_OPEN,
  * TV_ERROR_STARTED; with any other code too nothing is started. 301 if two of the run's files have one name. A database
- * is written under its name with ".part" behind it, and put in place by tv_end; 313 if another run writes it. */
+ * holds values rounded to six decimals (TV_DATABASE_FULL keeps all). It is written under its name with ".part" added,
+ * and put in place by tv_end; 313 if another run writes it. */
 TV_API int32_t tv_start(tv_model* model, const char* results, const char* database);
 
 /* One routing step. TV_ERROR_NOT_STARTED, TV_ERROR_FINISHED behind the last one. A positive code ends the run early. */
