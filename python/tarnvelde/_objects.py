@@ -464,7 +464,7 @@ class Reactor(Node):
     __slots__ = ()
 
     surplus_node: Related["Node"] = Related(Relation.REACTOR_SURPASS, ObjectClass.NODE,
-                                            "node that gets what the capacity doesn't let in")
+                                            "node that gets the flow above the capacity")
     emptying_node: Related["Node"] = Related(Relation.REACTOR_EMPTYING, ObjectClass.NODE,
                                              "node that the store is emptied to")
     initial_concentration = PollutantQuantity("initial_concentration", "mg/L", Access.PARAMETER, When.WHEN_OPEN,
@@ -939,7 +939,7 @@ class LidUnit(ModelObject):
     _class = ObjectClass.LID_UNIT
 
     subcatchment: Related["Subcatchment"] = Related(Relation.UNIT_SUBCATCHMENT, ObjectClass.SUBCATCHMENT,
-                                                    "subcatchment that it stands on")
+                                                    "subcatchment that it is on")
     lid: Related["Lid"] = Related(Relation.UNIT_LID, ObjectClass.LID,
                                   "its definition")
     drain_node: Related["Node"] = Related(Relation.UNIT_DRAIN, ObjectClass.NODE,
