@@ -251,7 +251,7 @@ void tell(const PageWork& work, const std::string& name) {
     if (work.signal != 0 && work.code == TV_OK) {
         const std::string end = work.steps > 0
                                     ? " at " + result_formatDate(work.run.end) + "; the page holds the run up to there"
-                                    : " ahead of the first step; no page was written";
+                                    : " before the first step; no page was written";
         std::fprintf(stderr, "tarnvelde: stopped by %s%s\n", interrupt_getName(work.signal), end.c_str());
     }
 }

@@ -429,7 +429,7 @@ void showStop(const Run& run) {
         std::fprintf(stderr, "tarnvelde: stopped by %s at %s; the files hold the run up to there\n",
                      run.outcome.stopped.c_str(), now.c_str());
     } else if (run.signal != 0) {
-        std::fprintf(stderr, "tarnvelde: stopped by %s ahead of the first step; no file was written\n",
+        std::fprintf(stderr, "tarnvelde: stopped by %s before the first step; no file was written\n",
                      run.outcome.stopped.c_str());
     } else if (!run.request.isQuiet && !run.request.isJson) {
         std::printf("  Stopped: %s\n", now.c_str());
@@ -440,7 +440,7 @@ void showStop(const Run& run) {
 void showCounts(const Run& run) {
     const std::string words = messages_describeCounts(messages_count(run.outcome.messages));
     if (!words.empty()) {
-        std::fprintf(stderr, "tarnvelde: %s (tarnvelde explain NAME tells what to do)\n", words.c_str());
+        std::fprintf(stderr, "tarnvelde: %s (tarnvelde explain NAME says what to do)\n", words.c_str());
     } else if (!run.request.isQuiet && !run.request.isJson) {
         std::fprintf(stderr, "tarnvelde: no warnings\n");
     }

@@ -596,7 +596,7 @@ def test_entries_without_dates(town: Project) -> None:
     with pytest.raises(ProjectFormatError, match="single entry needs a date"):
         town.text()
     town["TIMESERIES"].loc[("RAIN", 3), "date"] = ""
-    with pytest.raises(ProjectFormatError, match="without a date behind"):
+    with pytest.raises(ProjectFormatError, match="without a date after"):
         town.text()
 
 
