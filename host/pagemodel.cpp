@@ -204,7 +204,7 @@ void stepToEnd(PageWork& work) {
     progress_end(progress);
 }
 
-/// All that is to be known of the run behind its last step.
+/// All that is to be known of the run after its last step.
 void gather(PageWork& work) {
     tv_model* model = work.model.get();
     PageRun& run = work.run;

@@ -32,7 +32,7 @@ bool hasColumn(const ResultFile& file, const std::string& object, const std::str
     });
 }
 
-/// Each column of each object that has it. One that has none, and a column that is nobody's, are refused.
+/// Each column of each object that has it. An object that has none, and a column that no object has, are refused.
 std::vector<ResultChoice> choose(const ResultFile& file, const PlotRequest& request) {
     std::vector<ResultChoice> choices;
     std::vector<bool> isDrawn(request.objects.size(), false);
