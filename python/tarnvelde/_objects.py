@@ -669,8 +669,8 @@ class Link(ModelObject):
     is_lagged = Quantity("is_lagged", "", Access.PARAMETER, When.NEVER,
                          "1 of a link that delivers what it had one step before")
     flow = Quantity("flow", "m3/s", Access.STATE, When.WHEN_STARTED,
-                    "flow at the downstream end. To be set in pipes, till their next firing, and in lagged links, "
-                    "for one step; all other links work theirs out anew ahead of anybody's look")
+                    "flow at the downstream end. To be set in pipes, until their next firing, and in lagged "
+                    "links, for one step; all other links work theirs out again before it is used")
     setting = Quantity("setting", "", Access.STATE, When.NEVER,
                        "opening, 0 ... 1; connections and conduits have none that acts")
     target_setting = Quantity("target_setting", "", Access.STATE, When.NEVER,
