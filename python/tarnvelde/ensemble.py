@@ -283,7 +283,7 @@ def ensemble(project: Any, members: Any, *, out: PathLike, backend: str = "proce
     backend: "processes" on this machine, as many at once as `jobs`, or as cores can be used; "serial" in this process;
     "dask" with a distributed.Client as `client`; "slurm" as array jobs, `slurm` being options of sbatch as {"time":
     "1:00:00"}, `chunk` the members of a task of the array, `jobs` the tasks at once. threads: of each run. engines: see
-    Model. timeout: s that a member may take. progress: None shows it on terminals, notebooks; True, False, or a function
+    Model. timeout: s that a member may take. progress: None: on terminals, in notebooks; True, False, or a function
     of members ended, failed and in all.
 
     A member that fails, or whose process dies, doesn't affect others: see `.status`. A second call only runs members
