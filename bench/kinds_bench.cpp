@@ -113,7 +113,7 @@ void kindReactor(benchmark::State& state) {
 
 // --- a plain town --------------------------------------------------------------------------------------------------
 
-/// Subcatchments, each with a junction and a pipe: the land and the network one behind the other.
+/// Subcatchments, each with a junction and a pipe: the land and the network one after the other.
 struct BareTown {
     BareLand land;
     BenchNetwork tree;

@@ -70,7 +70,7 @@ uint32_t findDates(const ResultFile& results) {
 }
 
 /// Counts the rows of a table of a database, and marks the objects that lack some of the periods, or have them
-/// otherwise than one behind the other.
+/// otherwise than one after the other.
 void surveyRows(const ResultFile& results, size_t number, ResultTable& table) {
     ResultPart part{number, {}, {}};
     for (size_t k = 0; k < table.objects.size(); ++k) {

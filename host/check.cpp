@@ -20,7 +20,8 @@ static bool isHeader(const HostMessage& message) {
            message.words[message.words.find_first_not_of(" \t")] == '[';
 }
 
-/// An unknown header makes each line behind it an error of its own in the report. One word about the header does here.
+/// An unknown header makes each line after it an error of its own in the report. One message about the header is enough
+/// here.
 static std::vector<HostMessage> gatherHeaders(const std::vector<HostMessage>& messages) {
     std::vector<HostMessage> gathered;
     for (const HostMessage& message : messages) {
@@ -53,7 +54,7 @@ static std::vector<HostMessage> mergeHeaders(std::vector<HostMessage> messages) 
     return messages;
 }
 
-/// By line; what has none stands behind.
+/// By line; messages without a line come last.
 static void sortByLine(std::vector<HostMessage>& messages) {
     std::stable_sort(messages.begin(), messages.end(), [](const HostMessage& a, const HostMessage& b) {
         return (a.line > 0 ? a.line : INT64_MAX) < (b.line > 0 ? b.line : INT64_MAX);

@@ -36,7 +36,7 @@ static int tellMissing() {
     return EXIT_ENGINE_ERROR;
 }
 
-/// Whether a Python has the package, found without running it. What it says about that is nobody's business.
+/// Whether a Python has the package, found without running it. What it prints about that is not shown.
 static bool hasPackage(const char* python) {
     const pid_t child = fork();
     if (child == 0) {

@@ -22,8 +22,8 @@ static const char* getSeverityName(int32_t severity) {
 
 static const char* getGroupName(int32_t group) {
     switch (group) {
-        case TV_DROPPED: return "reading: something is dropped, or taken otherwise than it seems to say";
-        case TV_IMPLAUSIBLE: return "reading: something can hardly be meant";
+        case TV_DROPPED: return "reading: something is dropped, or read in another way than it seems to say";
+        case TV_IMPLAUSIBLE: return "reading: something is probably not meant";
         default: return "a run: something goes wrong with the water";
     }
 }

@@ -94,7 +94,7 @@ ExportForm export_getForm(const std::string& name) {
 static std::string findMisuse(const ExportRequest& request, ExportForm form) {
     const bool isMap = form == ExportForm::GEOJSON || form == ExportForm::GEOPACKAGE;
     if (request.isLong && (form != ExportForm::CSV || isFolderName(request.output))) {
-        return "--long makes one file of values divided by commas: let its name end with .csv";
+        return "--long makes one file of values separated by commas: let its name end with .csv";
     }
     if (isMap && request.model.empty()) {
         return "a map needs the project of the results, which has the network and its coordinates: --model MODEL.inp";

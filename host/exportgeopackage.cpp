@@ -156,7 +156,7 @@ std::string describeUnits(const MapLayer& layer) {
     return units;
 }
 
-/// The date of the last report stands for that of the last change: the same results give the same file.
+/// The date of the last report is given as that of the last change: the same results give the same file.
 void addContents(const GeoPackage& package, const MapHead& head, size_t number) {
     const MapLayer& layer = head.layers[number];
     Statement contents;

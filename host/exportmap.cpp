@@ -176,7 +176,7 @@ ProjectMap readMap(const ExportRequest& request) {
         export_tell(request.model + ": " + message);
     }
     if (map.nodes.empty() && map.links.empty() && map.areas.empty()) {
-        throw ResultError(request.model + " has no coordinates: they stand in its section [MAP]");
+        throw ResultError(request.model + " has no coordinates: they belong in its section [MAP]");
     }
     return map;
 }
@@ -253,7 +253,7 @@ void countObjects(MapWork& map) {
         }
     }
     if (!lost.empty()) {
-        export_tell(lost + " left out: " + map.work.request.model + " doesn't say where they lie");
+        export_tell(lost + " left out: " + map.work.request.model + " doesn't say where they are");
     }
 }
 
@@ -277,12 +277,13 @@ MapHead makeHead(const ExportWork& work, const std::string& crs) {
 void tellCrs(const MapWork& map) {
     const std::string& crs = map.head.crs;
     if (crs.empty()) {
-        export_tell(map.work.request.model + " names no system of coordinates (CRS in [MAP]): they go out as they are");
+        export_tell(map.work.request.model +
+                    " names no system of coordinates (CRS in [MAP]): they are written as they are");
     } else if (map.form == ExportForm::GEOJSON && !exportmap_isWgs84(crs)) {
-        export_tell("coordinates go out as they are, in " + crs +
-                    ", which the member \"crs\" names; RFC 7946 knows EPSG:4326 alone");
+        export_tell("coordinates are written as they are, in " + crs +
+                    ", which the member \"crs\" names; RFC 7946 allows EPSG:4326 alone");
     } else if (map.form == ExportForm::GEOPACKAGE && exportmap_getEpsg(crs) == 0 && !exportmap_isWgs84(crs)) {
-        export_tell("the system of coordinates " + crs + " is no number of EPSG: it goes out as an unknown one");
+        export_tell("the system of coordinates " + crs + " is no number of EPSG: it is written as an unknown one");
     }
 }
 

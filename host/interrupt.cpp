@@ -1,4 +1,4 @@
-// A run that is asked to stop ends behind its step, with complete files. All that a handler does is to note the wish.
+// A run that is asked to stop ends after its step, with complete files. All that a handler does is to note the wish.
 
 #include "interrupt.h"
 

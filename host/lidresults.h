@@ -16,7 +16,7 @@ using LidResultsHandle = std::unique_ptr<LidResults, LidResultsEnd>;
 /// Begins the file of a started run. None if it can't be written, which the text tells.
 [[nodiscard]] LidResultsHandle lidresults_begin(const std::string& file, const tv_model* model, std::string& failure);
 
-/// Adds a row of each unit behind a step in which a report period has ended. What fails is told at the end.
+/// Adds a row of each unit after a step in which a report period has ended. Failures are reported at the end.
 void lidresults_add(LidResults& results, const tv_model* model);
 
 /// Puts the file in place. An empty text, or why it can't be done.

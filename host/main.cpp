@@ -22,7 +22,8 @@
 //     tarnvelde [COMMAND] --help
 //
 // Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, 3 where
-// --strict finds a doubt, 130 and 143 for a run that a signal stopped, 141 where the reader of a pipe has gone.
+// --strict finds warnings or a red balance, 130 and 143 for a run that a signal stopped, 141 where the reader of a pipe
+// has gone.
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -182,19 +183,19 @@ static void addRunOptions(CLI::App& command, RunRequest& request) {
         "Results go to a SQLite database: MODEL.db beside the model, or with --database=FILE to that file");
     command
         .add_option("--database-with", request.databaseParts,
-                    "What the database holds beyond its tables, with commas between: index, units, dates, full")
+                    "What the database holds besides its tables, separated by commas: index, units, dates, full")
         ->type_name("LIST")
         ->delimiter(',')
         ->allow_extra_args(false)
         ->check(refuseNoDatabasePart)
         ->needs("--database");
     command.add_flag("--by-object", request.byObject,
-                     "The results once more, object by object: MODEL.tvo beside the model, or with --by-object=FILE "
+                     "The same results, object by object: MODEL.tvo beside the model, or with --by-object=FILE "
                      "that file");
     command.add_option("--until", request.until, "Stop at this date, as 2024/06/18 or '2024/06/18 6:30'")
         ->type_name("DATE")
         ->check(refuseNoDate);
-    addFile(command, "--save-state", request.saveState, "Where the state goes at the end, or where the run stops");
+    addFile(command, "--save-state", request.saveState, "The file for the state at the end, or where the run stops");
     CLI::Option* load = command.add_option("--load-state", request.loadState, "Go on from a state of this project");
     load->type_name("FILE")->check(refuseEmpty);
     CLI::Option* hot = command.add_option("--hot-start", request.hotStart,
@@ -220,7 +221,7 @@ static void addWindow(CLI::App& command, std::string& from, std::string& to) {
 
 static void addForms(CLI::App& command, SeriesForm& form) {
     CLI::Option* csv = command.add_flag_callback(
-        "--csv", [&form] { form = SeriesForm::CSV; }, "Values divided by commas");
+        "--csv", [&form] { form = SeriesForm::CSV; }, "Values separated by commas");
     CLI::Option* json = command.add_flag_callback(
         "--json", [&form] { form = SeriesForm::JSON; }, "JSON, for programs");
     csv->excludes(json);
@@ -240,22 +241,22 @@ static void addResultFile(CLI::App& command, std::string& file) {
 
 static void addObjects(CLI::App& command, std::vector<std::string>& objects, std::vector<std::string>& tables) {
     addWords(command, "--object", objects, "ID", "This object, by its ID; may be given several times");
-    addWords(command, "--table", tables, "NAME", "All objects of this table, as Pipe; likewise");
+    addWords(command, "--table", tables, "NAME", "All objects of this table, as Pipe; may be given several times");
 }
 
 static void addResultsOptions(CLI::App& command, ResultsRequest& request) {
     addResultFile(command, request.file);
     addObjects(command, request.objects, request.tables);
-    addWords(command, "--column", request.columns, "NAME", "This column alone; likewise");
+    addWords(command, "--column", request.columns, "NAME", "This column alone; may be given several times");
     addWindow(command, request.from, request.to);
     command.add_flag("--summary", request.isSummary,
                      "Minimum, mean over time, flow-weighted mean, maximum and its time per column");
     addForms(command, request.form);
     command.add_flag("--recover", request.isRecovery,
-                     "Close a binary file whose run was killed behind its last whole report");
+                     "Close a binary file whose run was killed, after its last whole report");
     CLI::Option* byObject =
         command.add_flag("--by-object", request.isByObject,
-                         "Make a file of the same results object by object, of which one series is read at once");
+                         "Make a file of the same results object by object, in which one series is found at once");
     CLI::Option* output = command.add_option("-o,--output", request.output, "The file by object, as town.tvo");
     output->type_name("FILE")->check(refuseEmpty)->needs(byObject);
     byObject->needs(output);
@@ -269,7 +270,7 @@ static void addStatsOptions(CLI::App& command, StatsRequest& request) {
     addResultFile(command, request.file);
     addObjects(command, request.objects, request.tables);
     command.get_option("--table")->description(
-        "All objects of this table, as Pipe; likewise [Outfall, Pump, Weir and Orifice]");
+        "All objects of this table, as Pipe; may be given several times [Outfall, Pump, Weir and Orifice]");
     command.add_option("--column", request.column, "Which flow, as Flood [that which carries the water]")
         ->type_name("NAME")
         ->check(refuseEmpty);
@@ -290,8 +291,11 @@ static void addSectionOptions(CLI::App& command, PlotRequest& request) {
     CLI::Option* model = command.add_option("--model", request.model, "The project file, for the section");
     section->type_name("NODE")->expected(2)->check(refuseEmpty)->needs(model);
     model->type_name("FILE")->check(refuseEmpty)->needs(section);
-    addWords(command, "--via", request.via, "ID", "A node that the section leads through; likewise")->needs(section);
-    addWords(command, "--at", request.at, "DATE", "Levels at this date; likewise")->check(refuseNoDate)->needs(section);
+    addWords(command, "--via", request.via, "ID", "A node that the section leads through; may be given several times")
+        ->needs(section);
+    addWords(command, "--at", request.at, "DATE", "Levels at this date; may be given several times")
+        ->check(refuseNoDate)
+        ->needs(section);
     addEngines(command, request.engines);
     for (const char* other : {"--object", "--column", "--rain", "--mean", "--curve", "--measured"}) {
         section->excludes(command.get_option(other));
@@ -303,7 +307,7 @@ static void addPlotOptions(CLI::App& command, PlotRequest& request) {
     addWords(command, "--object", request.objects, "ID",
              "Draw lines for this object, by its ID; may be given several times");
     addWords(command, "--column", request.columns, "NAME",
-             "What the lines show; likewise. Two units share a picture, more have a panel each");
+             "What the lines show; may be given several times. Two units share a picture, more have a panel each");
     addWindow(command, request.from, request.to);
     CLI::Option* rain = command.add_option("--rain", request.rain,
                                            "Rain hangs from the top: that of all the land, or of this subcatchment");
@@ -314,8 +318,8 @@ static void addPlotOptions(CLI::App& command, PlotRequest& request) {
         ->type_name("HOURS")
         ->check(refuseNoLength);
     CLI::Option* curve = command.add_flag("--curve", request.isCurve, "Duration curves in place of lines over time");
-    curve->excludes(rain)->excludes(
-        addWords(command, "--measured", request.measured, "FILE[:COLUMN]", "Points from a CSV file; likewise"));
+    curve->excludes(rain)->excludes(addWords(command, "--measured", request.measured, "FILE[:COLUMN]",
+                                             "Points from a CSV file; may be given several times"));
     addSectionOptions(command, request);
     command
         .add_option("-o,--output", request.output, "The picture, whose form is that of its name: .svg, .png or .pdf")
@@ -335,7 +339,7 @@ static void addPageOptions(CLI::App& command, PageRequest& request) {
     command.add_option("INPUT", request.input, "The project file, which is run, or results")
         ->required()
         ->check(refuseEmpty);
-    addFile(command, "--compare", request.compare, "Another project, or results, beside the first");
+    addFile(command, "--compare", request.compare, "Another project, or results, to compare with the first");
     addFile(command, "--model", request.model, "The project file of the results, for its network");
     addFile(command, "-o,--output", request.output, "The page [INPUT.html beside the input]");
     command.add_option("--title", request.title, "The title [the name of the input]")->type_name("TEXT");
@@ -362,7 +366,7 @@ static void addExportOptions(CLI::App& command, ExportRequest& request) {
     addResultFile(command, request.file);
     command
         .add_option("-o,--output", request.output,
-                    "Where it goes; the form is that of the name: .csv, or a folder, for values divided by commas, a "
+                    "Where it goes; the form is that of the name: .csv, or a folder, for values separated by commas, a "
                     "file for each table; .nc for netCDF; .geojson or .gpkg for a map")
         ->type_name("FILE")
         ->required()
@@ -373,7 +377,7 @@ static void addExportOptions(CLI::App& command, ExportRequest& request) {
         ->type_name("FILE")
         ->check(refuseEmpty);
     addObjects(command, request.objects, request.tables);
-    addWords(command, "--column", request.columns, "NAME", "This column alone; likewise");
+    addWords(command, "--column", request.columns, "NAME", "This column alone; may be given several times");
     addWindow(command, request.from, request.to);
     command.add_flag("--long", request.isLong, "One list of all values, in place of a file for each table");
     addEngines(command, request.engines);
@@ -408,7 +412,8 @@ static void addGeneralOptions(CLI::App& app) {
     app.require_subcommand(1);
     app.footer(
         "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, "
-        "3 where --strict finds a doubt, 130 and 143 for a run that Ctrl-C or a signal to end stopped.");
+        "3 where --strict finds warnings or a red balance, 130 and 143 for a run that Ctrl-C or a signal to end "
+        "stopped.");
 }
 
 /// What a user may ask for, command by command.
@@ -428,15 +433,15 @@ static void addCommands(CLI::App& app, Requests& requests) {
         return *app.add_subcommand(name, meaning);
     };
     addRunOptions(add("run", "Run a simulation"), requests.run);
-    CLI::App& check = add("check", "Read and validate a project; tell each error with its place");
+    CLI::App& check = add("check", "Read and validate a project; show each error with its place");
     addModel(check, requests.check.model);
     addCommonOptions(check, requests.check.engines, requests.check.isJson, requests.check.isStrict);
-    add("explain", "Tell what a warning means, and what to do")
+    add("explain", "Explain what a warning means, and what to do")
         .add_option("NAME", requests.warning, "Its name, as W-unit-slope [all]");
     addResultsOptions(add("results", "Show what a file of results holds"), requests.results);
     addStatsOptions(add("stats", "Events, volumes, loads and peaks of flows"), requests.stats);
     addPlotOptions(add("plot", "Draw results over time, as duration curves, or a long section"), requests.plot);
-    addPageOptions(add("report", "Write a page with all that there is to see of a run"), requests.page);
+    addPageOptions(add("report", "Write a page that shows all of a run"), requests.page);
     addExportOptions(add("export", "Results in the forms of other programs: CSV, netCDF, maps"), requests.exported);
     add("ensemble", "Run a project many times, by the Python package: tarnvelde ensemble --help");
 }

@@ -191,7 +191,7 @@ bool readNumber(const std::string& word, double& number) {
 /// Why a shape can't have so many points; empty if it can.
 std::string refuseCount(ShapeKind kind, size_t points) {
     switch (kind) {
-        case SHAPE_NODE: return points == 1 ? "" : "a node lies at one point, x and y";
+        case SHAPE_NODE: return points == 1 ? "" : "a node is at one point, x and y";
         case SHAPE_AREA:
             return points == 1 || points >= 3 ? "" : "an outline has three points or more, a centre is one";
         default: return points >= 1 ? "" : "no point between the ends of the link";
@@ -253,7 +253,7 @@ void takeShape(MapWork& work, const MapLine& line, ShapeKind kind) {
         return;
     }
     if (work.taken.at(kind).contains(key)) {
-        tell(work, line, word + " " + line.words[1] + ": it has its place already");
+        tell(work, line, word + " " + line.words[1] + ": it has a place already");
         return;
     }
     MapShape shape{id->second, {}, line.number};
@@ -276,7 +276,7 @@ void takeLine(MapWork& work, const MapLine& line) {
     } else if (found != ShapeWords.end()) {
         takeShape(work, line, static_cast<ShapeKind>(found - ShapeWords.begin()));
     } else if (work.unknownWords.insert(word).second) {  // a section of another program's would fill the screen
-        tell(work, line, "unknown word " + line.words[0] + "; its lines are passed over");
+        tell(work, line, "unknown word " + line.words[0] + "; its lines are skipped");
     }
 }
 

@@ -23,7 +23,7 @@ struct ProjectMap {
     std::vector<std::string> messages;  ///< what is wrong, of which nothing is taken
 };
 
-/// Reads the coordinates of a project. What is wrong is told in the messages, and so is a file that can't be read.
+/// Reads the coordinates of a project. Faults are listed in the messages, and so is a file that can't be read.
 [[nodiscard]] ProjectMap map_read(const std::string& project);
 
 /// What a project says in [GENERAL] of an option, by its last line; empty if it says nothing, or can't be read.

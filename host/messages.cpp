@@ -61,7 +61,7 @@ static const char* const YELLOW = "\033[33m";
 static const char* const BLUE = "\033[36m";
 static const char* const PLAIN = "\033[0m";
 
-/// How many warnings a warning stands for: of those that were too many to be told the library gives the number.
+/// How many warnings a warning counts for: of those beyond the limit the library gives only the number.
 static int32_t getNumber(const HostMessage& message) {
     static constexpr std::string_view REST = " more of this kind";
     const bool isRest = message.line == 0 && message.text.ends_with(REST);

@@ -1,8 +1,8 @@
 // Columns by depth, rows by leaves. Depths are the longest ways to an outfall, found in topological order after the
 // links that close a loop have been set apart; each node then hangs from one of those that it drains to, and the forest
-// that this makes is drawn as trees are: leaves get rows of their own, and who has branches stands between the first
-// and the last of them (Reingold and Tilford 1981, without their saving of width). A branch's rows are its own and each
-// link of the forest spans one column, so no two of its links cross. Everything is done with lists in place of
+// that this makes is drawn as trees are: leaves get rows of their own, and a node with branches stands between the
+// first and the last of them (Reingold and Tilford 1981, without their saving of width). A branch's rows are its own
+// and each link of the forest spans one column, so no two of its links cross. Everything is done with lists in place of
 // recursion: a sewer may be a hundred thousand links long.
 
 #include "networklayout.h"
@@ -160,7 +160,7 @@ std::vector<size_t> findPieces(const Graph& graph) {
     return pieces;
 }
 
-/// Roots of trees, those of a piece behind each other and the largest piece first; none of nodes that are alone.
+/// Roots of trees, those of a piece one after the other and the largest piece first; none of nodes that are alone.
 std::vector<size_t> sortRoots(const std::vector<size_t>& parents, const std::vector<size_t>& pieces) {
     std::vector<size_t> sizes(parents.size(), 0), roots;
     for (const size_t piece : pieces) {

@@ -21,7 +21,7 @@ struct Outcome {
     std::string command;  ///< "run" or "check"
     std::string project;
     std::vector<std::pair<std::string, std::string>> files;  ///< what each is for, and its name
-    int32_t phase;                                           ///< tv_phase, behind the last step
+    int32_t phase;                                           ///< tv_phase, after the last step
     int32_t code;                                            ///< of the engine
     int status;                                              ///< exit status of the program
     std::string stopped;  ///< what stopped the run ahead of its end; empty for nothing

@@ -72,7 +72,7 @@ bool readTemplate(const PageRequest& request, std::string& page) {
         }
     } else if (page.empty()) {
         refuse(
-            "this program was built without the page: scripts/build-page.sh makes it, then build anew; "
+            "this program was built without the page: scripts/build-page.sh makes it, then build again; "
             "or give one of your own with --template");
         return false;
     }

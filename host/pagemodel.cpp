@@ -204,7 +204,7 @@ void stepToEnd(PageWork& work) {
     progress_end(progress);
 }
 
-/// All that is to be known of the run behind its last step.
+/// All that is to be known of the run after its last step.
 void gather(PageWork& work) {
     tv_model* model = work.model.get();
     PageRun& run = work.run;
@@ -251,7 +251,7 @@ void tell(const PageWork& work, const std::string& name) {
     if (work.signal != 0 && work.code == TV_OK) {
         const std::string end = work.steps > 0
                                     ? " at " + result_formatDate(work.run.end) + "; the page holds the run up to there"
-                                    : " ahead of the first step; no page was written";
+                                    : " before the first step; no page was written";
         std::fprintf(stderr, "tarnvelde: stopped by %s%s\n", interrupt_getName(work.signal), end.c_str());
     }
 }

@@ -58,5 +58,5 @@ struct PageWatch {
 /// Looks at what the last step has made.
 void pagewatch_update(PageWatch& watch, const tv_model* model, const tv_clock& clock);
 
-/// Looks at what there is behind the last step.
+/// Looks at what there is after the last step.
 void pagewatch_end(PageWatch& watch, const tv_model* model);

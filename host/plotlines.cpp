@@ -32,7 +32,7 @@ bool hasColumn(const ResultFile& file, const std::string& object, const std::str
     });
 }
 
-/// Each column of each object that has it. One that has none, and a column that is nobody's, are refused.
+/// Each column of each object that has it. An object that has none, and a column that no object has, are refused.
 std::vector<ResultChoice> choose(const ResultFile& file, const PlotRequest& request) {
     std::vector<ResultChoice> choices;
     std::vector<bool> isDrawn(request.objects.size(), false);
@@ -92,7 +92,8 @@ PlotLine readMean(const ResultFile& file, const PlotRequest& request, const Resu
     const size_t carrier = result_findCarrier(table);
     if (carrier == RESULT_NONE) {
         throw ResultError("no flow carries " + table.columns[choice.column].name + " of " +
-                          table.objects[choice.object] + ", so that there is no mean: ask for the links behind it");
+                          table.objects[choice.object] +
+                          ", so that there is no mean: ask for the links downstream of it");
     }
     const ResultPart part{choice.table, {choice.object}, {choice.column, carrier}};
     const auto length = static_cast<int64_t>(std::floor(request.mean * SECONDS_PER_HOUR + 0.5));
@@ -135,12 +136,12 @@ void readLines(const ResultFile& file, const PlotRequest& request, const std::ve
         }
     }
     if (request.hasMean && !isMean) {
-        throw ResultError("--mean is one of concentrations, and " + join(request.columns) + " is none");
+        throw ResultError("--mean is for concentrations, and " + join(request.columns) + " is none");
     }
     if (std::none_of(picture.lines.begin(), picture.lines.end(), hasNumber)) {
         throw ResultError(
             file.name + " holds no number of " + join(request.columns) + " to draw" +
-            (isMean ? ": means begin " + formatHours(request) + " behind the start, and where there is water" : ""));
+            (isMean ? ": means begin " + formatHours(request) + " after the start, and where there is water" : ""));
     }
 }
 

@@ -70,7 +70,7 @@ int recover_execute(const std::string& name) {
             return EXIT_DONE;
         }
         closeFile(open.descriptor, file);
-        std::printf("%s: closed behind %d reports\n", characters_makePrintable(name).c_str(),
+        std::printf("%s: closed after %d reports\n", characters_makePrintable(name).c_str(),
                     static_cast<int>(file.periods));
     } catch (const ResultError& error) {
         std::fprintf(stderr, "tarnvelde: %s\n", characters_makePrintable(error.what()).c_str());

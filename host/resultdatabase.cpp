@@ -169,7 +169,7 @@ void readGeneralInfo(ResultFile& file) {
     }
     Query info(file, "select Version, StartDateTime, ReportStep from GeneralInfo limit 1");
     if (!info.next()) {
-        throw ResultError(file.name + " doesn't tell the start of its run, as of one before the year 1900");
+        throw ResultError(file.name + " doesn't give the start of its run, as happens before the year 1900");
     }
     if (info.getInteger(0) != RESULT_VERSION) {
         throw ResultError(file.name + " is of another version");

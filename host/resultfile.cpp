@@ -245,7 +245,7 @@ void result_open(ResultFile& file, const std::string& name) {
             result_openDatabase(file);
             break;
         case ResultKind::BY_OBJECT: result_openObjects(file); break;
-        case ResultKind::BINARY: result_openBinary(file); break;  // which tells what is none
+        case ResultKind::BINARY: result_openBinary(file); break;  // which says what is no file of results
     }
 }
 

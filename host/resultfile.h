@@ -33,7 +33,7 @@ struct ResultTable {
     uint64_t firstValue = 0;            ///< binary file: place of its first row in a record
     std::vector<uint64_t> rowCounts;    ///< database, by object: rows of each object
     std::vector<uint64_t> datePlaces;   ///< by object: of the dates of its rows, 0 for those of the file
-    std::vector<uint64_t> valuePlaces;  ///< by object: of its values, column behind column
+    std::vector<uint64_t> valuePlaces;  ///< by object: of its values, column after column
     bool hasIndex = false;              ///< database: by object and period
     bool isOrdered = true;              ///< database: its rows stand in order of time
 };
@@ -57,7 +57,7 @@ enum class ResultKind {
 /// How the dates of a file by object come about.
 enum ResultDates : uint32_t {
     DATES_LISTED,       ///< they stand there
-    DATES_OF_DATABASE,  ///< whole report steps behind the start
+    DATES_OF_DATABASE,  ///< whole report steps after the start
     DATES_OF_BINARY     ///< the same and a millisecond more
 };
 
@@ -122,7 +122,7 @@ struct ResultReader {
     double date = 0.0;          ///< of that
     uint64_t begin = 0;         ///< row of the first values in memory
     uint64_t count = 0;         ///< rows of those
-    std::vector<float> values;  ///< column behind column
+    std::vector<float> values;  ///< column after column
     uint64_t dateBegin = 0;
     std::vector<double> dates;  ///< if they are listed
 };

@@ -1,5 +1,5 @@
 // Reads a file by object (docs/results.md): a head with all names, an index with a place for each object, and behind
-// it the values of each object, column behind column. Places have to follow each other without a gap, so that nothing
+// it the values of each object, column after column. Places have to follow each other without a gap, so that nothing
 // that an index says can lead anywhere else; the head has a checksum.
 
 #include <sys/stat.h>

@@ -83,7 +83,7 @@ void results_tellCut(const ResultFile& file) {
     if (!file.isEnded) {
         std::fprintf(stderr,
                      "tarnvelde: %s has no closing block: its run was killed, or a part of it is missing. Its %d whole "
-                     "reports are shown; tarnvelde results --recover closes the file behind them\n",
+                     "reports are shown; tarnvelde results --recover closes the file after them\n",
                      characters_makePrintable(file.name).c_str(), static_cast<int>(file.periods));
     }
 }

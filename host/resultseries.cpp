@@ -122,7 +122,7 @@ void showList(const ResultFile& file, const std::vector<ResultPart>& parts, cons
     }
 }
 
-/// Shows objects one behind the other. Their series are kept ahead of it, those of as many as have room.
+/// Shows objects one after the other. Their series are read before, those of as many as have room.
 void showObjects(const ResultFile& file, const std::vector<ResultPart>& parts, bool isOne, SeriesForm form,
                  const ResultWindow& window) {
     const bool isJson = form == SeriesForm::JSON;

@@ -79,7 +79,7 @@ bool holdsOneTwice(const std::vector<std::string>& names) {
     return false;
 }
 
-/// Tells when a state that is read stands where something else is written on its way.
+/// Says when a state that is read is at a place where something else is written on its way.
 std::string findLostState(const ProjectFiles& files, const RunRequest& request) {
     for (const std::string& state : {request.loadState, request.hotStart}) {
         for (const std::string& output : {files.report, files.results, files.database, request.saveState}) {
@@ -357,7 +357,7 @@ void writeByObject(Run& run) {
     }
 }
 
-/// The program itself finds no memory for what it has to tell. The model knows nothing of it: its report has no tables
+/// The program itself finds no memory for its report. The model is not aware of that: its report has no tables
 /// yet, and would take the place of an earlier one without them.
 void completeFiles(const Run& run) {
     tv_report(run.model.get());
@@ -429,18 +429,18 @@ void showStop(const Run& run) {
         std::fprintf(stderr, "tarnvelde: stopped by %s at %s; the files hold the run up to there\n",
                      run.outcome.stopped.c_str(), now.c_str());
     } else if (run.signal != 0) {
-        std::fprintf(stderr, "tarnvelde: stopped by %s ahead of the first step; no file was written\n",
+        std::fprintf(stderr, "tarnvelde: stopped by %s before the first step; no file was written\n",
                      run.outcome.stopped.c_str());
     } else if (!run.request.isQuiet && !run.request.isJson) {
         std::printf("  Stopped: %s\n", now.c_str());
     }
 }
 
-/// A line that counts warnings, and says who tells more.
+/// A line that counts warnings, and says where to read more.
 void showCounts(const Run& run) {
     const std::string words = messages_describeCounts(messages_count(run.outcome.messages));
     if (!words.empty()) {
-        std::fprintf(stderr, "tarnvelde: %s (tarnvelde explain NAME tells what to do)\n", words.c_str());
+        std::fprintf(stderr, "tarnvelde: %s (tarnvelde explain NAME says what to do)\n", words.c_str());
     } else if (!run.request.isQuiet && !run.request.isJson) {
         std::fprintf(stderr, "tarnvelde: no warnings\n");
     }

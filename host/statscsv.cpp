@@ -1,4 +1,4 @@
-// Statistics as values divided by commas: a row for each object, each event or each point of a curve. Columns of
+// Statistics as values separated by commas: a row for each object, each event or each point of a curve. Columns of
 // pollutants stand at the end, those of all objects, so that every row has the same ones.
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// The verdict in lines. Of the pollutants the worst stands for all: who wants each reads the report or the JSON.
+// The verdict in lines. Of the pollutants only the worst is shown: each of them is in the report and the JSON.
 
 #include "verdict.h"
 
@@ -69,7 +69,7 @@ std::vector<HostVerdict> verdict_read(tv_model* model) {
     int32_t count = 0;
     const int32_t code = tv_judge(model, &count);
     if (code == TV_ERROR_MEMORY) {
-        throw std::bad_alloc();  // a run isn't told without its verdict
+        throw std::bad_alloc();  // no outcome is shown without its verdict
     }
     if (code == TV_OK) {
         for (int32_t row = 0; row < count; ++row) {

@@ -24,11 +24,11 @@
  *     tarnvelde_end();
  *     tarnvelde_close();
  *
- * Results. The nine functions of the life cycle return a public code: 0, or the number of the last error, as it stands
- * in the message that the text report holds ("ERROR 209: ..." gives 209). Some codes stand apart: 200 says that the
- * report lists one or more errors of the project file; 301, 303, 305, 307 and 313 say that a file can't be used, which
- * is told on standard output and not in the report. The current error is sticky: only tarnvelde_open and tarnvelde_run
- * clear it, and a later error replaces an earlier one.
+ * Results. The nine functions of the life cycle return a public code: 0, or the number of the last error, as it is in
+ * the message that the text report holds ("ERROR 209: ..." gives 209). Some codes are special: 200 says that the
+ * report lists one or more errors of the project file; 301, 303, 305, 307 and 313 say that a file can't be used, a
+ * message that goes to standard output and not to the report. The current error is sticky: only tarnvelde_open and
+ * tarnvelde_run clear it, and a later error replaces an earlier one.
  *
  * All other functions return 0 for success and -1 for failure where nothing else is said. They leave the current error
  * alone and write no message. Called when they can't work - before an open, after a close, with a null pointer, with an
@@ -66,7 +66,7 @@ extern "C" {
  * Numbers with names. The functions take and store plain int32_t; the names are for the host's source.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/* What the functions of the exchange, behind the life cycle, return. */
+/* What the functions of the exchange (all but the life cycle) return. */
 enum { TARNVELDE_SUCCESS = 0, TARNVELDE_FAILURE = -1 };
 
 /* Save modes of tarnvelde_start. */
@@ -116,7 +116,7 @@ enum TarnveldeObject {
     TARNVELDE_ORIFICE = 13
 };
 
-/* Parameters; tarnvelde_getParam tells what there is to know of some of them. */
+/* Parameters; the comment of tarnvelde_getParam explains some of them. */
 enum TarnveldeParam {
     TARNVELDE_PARAM_SUBCATCHMENT_AREA = 0,                 /* ha */
     TARNVELDE_PARAM_SUBCATCHMENT_WIDTH = 1,                /* m */
@@ -196,7 +196,7 @@ enum TarnveldeResult {
     TARNVELDE_RESULT_TANK_INFLOW = 2,         /* m3/s */
     TARNVELDE_RESULT_TANK_LATERAL_INFLOW = 3, /* m3/s */
     TARNVELDE_RESULT_TANK_FLOODING = 4,       /* m3/s */
-    TARNVELDE_RESULT_TANK_QUALITY = 5,        /* mg/L, after the decay, ahead of the mixing */
+    TARNVELDE_RESULT_TANK_QUALITY = 5,        /* mg/L, after the decay, before the mixing */
 
     TARNVELDE_RESULT_SPLITTER_INFLOW = 0,         /* m3/s */
     TARNVELDE_RESULT_SPLITTER_LATERAL_INFLOW = 1, /* m3/s */
@@ -268,8 +268,8 @@ enum TarnveldeResult {
  * resultsFile  the binary results file; it is emptied.
  *
  * Only the first 259 bytes of a name are used. The three names must differ, byte for byte, or the result is 301.
- * A project that is still open is abandoned, as tarnvelde_open does it. Prints the progress of the run on standard
- * output, with backspaces behind the first line. Whatever happens, the project is closed on return.
+ * A project that is still open is abandoned, as by tarnvelde_open. Prints the progress of the run on standard
+ * output, with backspaces after the first line. Whatever happens, the project is closed on return.
  *
  * The path of the treatment-plant library given by tarnvelde_initVornDll is replaced by the default: a host with a path
  * of its own steps the model itself. What tarnvelde_initSwmmDll gave is kept.
@@ -281,13 +281,13 @@ TARNVELDE_API int32_t tarnvelde_run(const char* inputFile, const char* reportFil
  * The names are those of tarnvelde_run. resultsFile is only remembered here and opened by tarnvelde_start. The database
  * of save mode 2 always lies beside the project file, under its name with the extension ".db".
  *
- * After any error of the project the project counts as open all the same, so that tarnvelde_close gives everything
- * back and the report ends up on the disk; tarnvelde_start then returns the same code and does nothing. With a code of
+ * After any error of the project the project counts as open all the same, so that tarnvelde_close releases everything
+ * and the report is written to the disk; tarnvelde_start then returns the same code and does nothing. With a code of
  * 301, 303 or 305 the project is not open.
  *
- * A project that is still open is abandoned first, without a word: coupled models are ended, its memory is given back
- * and its files are closed as they stand. Nothing is completed, committed or deleted. The binary results file of a run
- * that was not ended has no closing block, so nobody can read it. All that the run has put into the database is lost,
+ * A project that is still open is abandoned first, without a message: coupled models are ended, its memory is given
+ * back and its files are closed as they are. Nothing is completed, committed or deleted. The binary results file of a
+ * run that was not ended has no closing block and can't be read. All that the run has put into the database is lost,
  * also if it was ended, since only tarnvelde_close commits; the database is then as it was before tarnvelde_start. So
  * call tarnvelde_end and tarnvelde_close before the next open.
  */
@@ -297,12 +297,12 @@ TARNVELDE_API int32_t tarnvelde_open(const char* inputFile, const char* reportFi
  *
  * saveMode  0: no results are kept.
  *           1: results go to the binary results file; tarnvelde_close keeps it.
- *           2: results go to the database; tarnvelde_close commits and keeps it.
+ *           2: results go to the database, values rounded to six decimals; tarnvelde_close commits and keeps it.
  *           Any other value keeps no results.
  *
  * With an error current it returns that error's code and does nothing. Returns 400 if no project is open or a run is
  * started already; this 400 stays the current error. After tarnvelde_end the project may be started again: flows,
- * depths, concentrations and settings begin anew, parameters changed by tarnvelde_setParam stay changed.
+ * depths, concentrations and settings start again, parameters changed by tarnvelde_setParam stay changed.
  *
  * A start that fails while it prepares the run leaves the run started: call tarnvelde_end, or tarnvelde_close.
  */
@@ -311,20 +311,20 @@ TARNVELDE_API int32_t tarnvelde_start(int32_t saveMode);
 /* Advances the run by one routing step.
  *
  * elapsedDays  receives the time since the start of the simulation in days, and exactly 0 once the end is reached: that
- *              is how the end is told. May be null.
+ * is how a host sees the end. May be null.
  *
- * The last step is shortened so that it ends exactly at the end of the duration, which may lie a second ahead of the
- * end date where that is no whole second to the last bit. Returns 400, and stores nothing, without a started run.
+ * The last step is shortened so that it ends exactly at the end of the duration, which may be a second before the end
+ * date where that date is no whole second to the last bit. Returns 400, and stores nothing, without a started run.
  * Errors of a step come back as the result; the function doesn't refuse to step after one, but while an error is
- * current the clock stands still from the next runoff step on and the time stored never becomes 0, unless it stands at
- * 0. So leave the loop at the first result other than 0.
+ * current the clock stops from the next runoff step on and the time stored never becomes 0, unless it is 0 already.
+ * So leave the loop at the first result other than 0.
  */
 TARNVELDE_API int32_t tarnvelde_step(double* elapsedDays);
 
 /* Ends the run: writes the end of the binary results file, ends the coupled models, frees what the run needed.
  *
  * The project stays open. Without a started run it does nothing; without an open project it returns 400. Call
- * tarnvelde_report first: it reads the last state of the run, which is given back here.
+ * tarnvelde_report first: it reads the last state of the run, which is released here.
  */
 TARNVELDE_API int32_t tarnvelde_end(void);
 
@@ -338,24 +338,26 @@ TARNVELDE_API int32_t tarnvelde_end(void);
  */
 TARNVELDE_API int32_t tarnvelde_report(void);
 
-/* Closes the project: ends a run that is still started, closes all files, gives back all memory.
+/* Closes the project: ends a run that is still started, closes all files, releases all memory.
  *
  * Keeps the binary results file of save mode 1 and commits the database of save mode 2; such a file of another save
  * mode is deleted. A database that others keep locked for 5 seconds stays as it was: the results are then kept beside
- * it, under its name with ".part" behind it, and a line on standard error says so. Always returns 0, and is harmless
+ * it, under its name with ".part" added, and a line on standard error says so. Always returns 0, and is harmless
  * when nothing is open.
  */
 TARNVELDE_API int32_t tarnvelde_close(void);
 
-/* Tells where the library of SWMM nodes is, and where the private copy of it that each such node runs may be put.
+/* Sets where the library of SWMM nodes is, and where the private copy of it that each such node runs may be put.
  *
- * libraryPath  a folder with its separator at the end, or a file in that folder; only the folder counts. If it is
- *              empty, or no library is there, the folder of the running program counts.
+ * libraryPath  a folder with its separator at the end, or a file in that folder; only the folder counts. If the text is
+ *              empty, or nothing exists under that path, the folder of the running program counts. No other folder is
+ *              tried: a folder that exists and lacks the library makes the open fail (code 243).
  * tempFolder   a folder that may be written to, with its separator at the end. If it is empty, the copies are put
  *              beside the library.
  *
- * Call it before tarnvelde_open or tarnvelde_run, if the project has SWMM nodes. Nothing is checked here: a path that
- * leads nowhere makes the open fail (codes 243 and 247). Null counts as empty. Always returns 0.
+ * Call it before tarnvelde_open or tarnvelde_run, if the project has SWMM nodes. Nothing is checked here: the open
+ * fails if the library is missing (243) or the temporary folder doesn't exist (247). Null counts as empty. Always
+ * returns 0.
  */
 TARNVELDE_API int32_t tarnvelde_initSwmmDll(const char* libraryPath, const char* tempFolder);
 
@@ -405,7 +407,7 @@ TARNVELDE_API int32_t tarnvelde_isInEvent(const char* gage);
 TARNVELDE_API int32_t tarnvelde_getMassBalErr(double* runoffError, double* flowError, double* qualityError);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * Acting on the run. A value given here is taken up by the next step, and begins anew with the next start
+ * Acting on the run. A value given here is taken up by the next step, and is reset by the next start
  * (the rate of setReactorEmptyingValue stays).
  * ------------------------------------------------------------------------------------------------------------------ */
 
@@ -418,7 +420,7 @@ TARNVELDE_API int32_t tarnvelde_setExtInflow(const char* node, double flow);
 /* Adds a pollutant load to a node for one routing step, in kg/s.
  *
  * Both the node and the pollutant are looked up under the first name, and the second is only tested for null: the call
- * works for a node that bears the name of a pollutant, and returns -1 for any other. A second call for the
+ * works for a node that has the name of a pollutant, and returns -1 for any other. A second call for the
  * same node in the same step adds to the first. -1 for a negative value.
  */
 TARNVELDE_API int32_t tarnvelde_setExtLoad(const char* node, const char* pollutant, double load);
@@ -447,7 +449,7 @@ TARNVELDE_API int32_t tarnvelde_setReactorEmptyingValue(const char* reactor, dou
  * Every accepted call makes coefficient and height those of the host, and the flow no longer depends on the setting of
  * the weir. The height starts as the full opening: a host that sets the coefficient alone thus raises the sill to the
  * top, and has to give the height too. The setting still places the level at which the tank treats the weir: a sill
- * that stands below the water while that level stands above it gives a negative flow, and the tank gains water. So set
+ * that is below the water while that level is above it gives a negative flow, and the tank gains water. So set
  * the setting to 1 as well. -1 if the link is no weir or the value is negative.
  */
 TARNVELDE_API int32_t tarnvelde_setWeirParams(const char* weir, int32_t selector, double value);
@@ -509,7 +511,8 @@ TARNVELDE_API int32_t tarnvelde_setLinkFlow(const char* link, double flow);
  *   - Infiltration rates are in mm/s, not in the mm/h of the file.
  *   - Drying time: the value is 1/days after the project was read, the reciprocal of what tarnvelde_setParam takes.
  *   - K of a pipe: returns 0 and stores nothing.
- *   - Pumps: the value is stored, and the result is -1 all the same. Fill *value with a mark first to tell a success.
+ *   - Pumps: the value is stored, and the result is -1 all the same. Fill *value with a mark first to recognise a
+ * success.
  */
 TARNVELDE_API int32_t tarnvelde_getParam(int32_t objectClass, const char* id, int32_t parameter, double* value);
 
@@ -533,7 +536,7 @@ TARNVELDE_API int32_t tarnvelde_getParam(int32_t objectClass, const char* id, in
  */
 TARNVELDE_API int32_t tarnvelde_setParam(int32_t objectClass, const char* id, int32_t parameter, double value);
 
-/* Stores a result of the latest step; of a subcatchment, of the latest runoff step, which may lie ahead of it; of a
+/* Stores a result of the latest step; of a subcatchment, of the latest runoff step, which may be later; of a
  * pipe, of its latest firing, with the mean of that period as its inflow. p is the index of a pollutant, counted from
  * 0; n is the number of pollutants.
  *
@@ -555,7 +558,7 @@ TARNVELDE_API int32_t tarnvelde_setParam(int32_t objectClass, const char* id, in
  *     weir, orifice  as a pump
  *
  * What a host has to know: only the results of a subcatchment and the concentrations return 0. All other results are
- * stored and return -1. Fill *value with a mark first to tell a success. The last result of a LID monomer, 11 + n,
+ * stored and return -1. Fill *value with a mark first to recognise a success. The last result of a LID monomer, 11 + n,
  * returns -1 as well.
  */
 TARNVELDE_API int32_t tarnvelde_getResult(int32_t objectClass, const char* id, int32_t result, double* value);
@@ -565,8 +568,8 @@ TARNVELDE_API int32_t tarnvelde_getResult(int32_t objectClass, const char* id, i
  * on to the engine of that node, and return what it returns: numbers of types, properties and parameters, and the
  * units, are that engine's. -1 if the node is unknown.
  *
- * The kind of the node is not tested: give the ID of a true SWMM node. Another node reaches the engine that stands in
- * its place in the table of SWMM nodes, or -1 if there is none.
+ * The kind of the node is not tested: give the ID of a true SWMM node. Another node reaches the engine at its place in
+ * the table of SWMM nodes; the result is -1 if there is none.
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* Sets the rainfall of a gage of the SWMM model. */
@@ -579,8 +582,8 @@ TARNVELDE_API int32_t tarnvelde_getSwmmResult(const char* node, int32_t type, co
 /* The number of objects of a type in the SWMM model. */
 TARNVELDE_API int32_t tarnvelde_getSwmmObjCount(const char* node, int32_t type);
 
-/* Writes the ID of an object of the SWMM model. The engine writes it and knows nothing of the room at `id`: give at
- * least 1025 bytes.
+/* Writes the ID of an object of the SWMM model. The engine writes it and doesn't know the size of the buffer at `id`:
+ * give at least 1025 bytes.
  */
 TARNVELDE_API int32_t tarnvelde_getSwmmObjID(const char* node, int32_t type, int32_t index, char* id);
 
@@ -629,8 +632,8 @@ TARNVELDE_API int32_t tarnvelde_setSwmmLinkFlow(const char* node, const char* id
  */
 TARNVELDE_API int32_t tarnvelde_setSwmmExtInflow(const char* node, const char* id, double flow);
 
-/* Queues a setting, 0 to 1, for a link of the SWMM model, in the same way. -1 for a value outside 0 to 1 or a link that
- * the SWMM model doesn't have.
+/* Queues a setting, 0 to 1, for a link of the SWMM model, in the same way: it is handed over before each step that the
+ * engine makes within that routing step. -1 for a value outside 0 to 1 or a link that the SWMM model doesn't have.
  */
 TARNVELDE_API int32_t tarnvelde_setSwmmSetting(const char* node, const char* link, double setting);
 

@@ -1,7 +1,7 @@
 /* Tarnvelde: models as objects.
  *
- * The second public face of libtarnvelde: plain C99, usable from C, C++ and every language that calls C. It stands
- * beside the 47 functions of tarnvelde.h, which work on one model of their own; both may be used in one process.
+ * The second public face of libtarnvelde: plain C99, usable from C, C++ and every language that calls C. It complements
+ * the 47 functions of tarnvelde.h, which work on one model of their own; both may be used in one process.
  *
  * A whole run:
  *
@@ -16,13 +16,13 @@
  *
  * Models. A process may hold any number of models. They share nothing: different models may be used in different
  * threads at the same time without locks, one model in one thread at a time. Nothing is printed, no handler is
- * installed, the current folder and the locale stay. What a call hands out by pointer (IDs, texts) is valid until the
- * project is closed where nothing else is said, and belongs to the library.
+ * installed, the current folder and the locale stay as they are. What a call hands out by pointer (IDs, texts) is valid
+ * until the project is closed where nothing else is said, and belongs to the library.
  *
- * Codes. Every function that returns int32_t returns 0 (TV_OK), a positive public code of the engine (what the message
- * "ERROR 209: ..." in the report tells; docs/errors.md lists them), or a negative code of the list below for a call
+ * Codes. Every function that returns int32_t returns 0 (TV_OK), a positive public code of the engine (the number in the
+ * message "ERROR 209: ..." of the report; docs/errors.md lists them), or a negative code of the list below for a call
  * that can't be done. A refused call changes nothing, and stores nothing through its pointers. tv_describeCode puts
- * each code into words, tv_getMessage tells what the engine said with its place in the project file.
+ * each code into words, tv_getMessage gives what the engine said, with its place in the project file.
  *
  * Classes, indices. An object is named by its class and its index there, 0 ... count - 1, in the order of the project
  * file; an index is good as long as the project is open. IDs are compared without regard to the case of the letters a
@@ -53,7 +53,7 @@
 extern "C" {
 #endif
 
-/* Version of this header: the first number changes when a host must be compiled anew, the second with each addition. */
+/* Version of this header: the first number changes when a host must be recompiled, the second with each addition. */
 #define TV_HEADER_MAJOR 2
 #define TV_HEADER_MINOR 0
 
@@ -64,7 +64,7 @@ typedef struct tv_model tv_model;
  * Numbers with names. The functions take and store plain int32_t; the names are for the host's source.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/* What a call returns beside the engine's own codes, which are positive. */
+/* What a call returns besides the engine's own codes, which are positive. */
 enum tv_code {
     TV_OK = 0,
     TV_ERROR_NULL = -2,           /* a pointer that must not be null is null */
@@ -93,7 +93,7 @@ enum tv_code {
     TV_ERROR_NO_ROWS = -25        /* rows are not kept (tv_keepRows), or no period has ended yet */
 };
 
-/* Where a model stands. */
+/* The phase that a model is in. */
 enum tv_phase {
     TV_CLOSED = 0,   /* no project */
     TV_OPEN = 1,     /* a project without errors, not started or ended */
@@ -102,20 +102,20 @@ enum tv_phase {
     TV_FAILED = 4    /* a project with errors: its messages can be read, and it can be closed */
 };
 
-/* Weight of a message. */
+/* Level of a message. */
 enum tv_level { TV_INFO = 0, TV_WARNING = 1, TV_ERROR = 2 };
 
-/* How much a warning weighs. */
+/* How serious a warning is. */
 enum tv_severity {
-    TV_NOTE = 0,   /* unusual, and maybe meant */
-    TV_DOUBT = 1,  /* hardly meant */
+    TV_NOTE = 0,   /* unusual, but possibly meant */
+    TV_DOUBT = 1,  /* probably not meant */
     TV_SERIOUS = 2 /* results can't be right */
 };
 
 /* When a kind of warning is found. */
 enum tv_warning_group {
-    TV_DROPPED = 0,     /* reading: something is dropped, or taken otherwise than it seems to say */
-    TV_IMPLAUSIBLE = 1, /* reading: something can hardly be meant */
+    TV_DROPPED = 0,     /* reading: something is dropped, or read in another way than it seems to say */
+    TV_IMPLAUSIBLE = 1, /* reading: something is probably not meant */
     TV_IN_RUN = 2       /* a run: something goes wrong with the water */
 };
 
@@ -137,7 +137,7 @@ enum tv_class {
     TV_CLASS_COUNT = 13
 };
 
-/* Kinds of node and link, as tv_getKind tells them. */
+/* Kinds of node and link, as tv_getKind stores them. */
 enum tv_node_kind {
     TV_JUNCTION = 0,
     TV_TANK = 1,
@@ -150,7 +150,7 @@ enum tv_node_kind {
 };
 enum tv_link_kind { TV_PIPE = 0, TV_PUMP = 1, TV_CONNECTION = 2, TV_CONDUIT = 3, TV_WEIR = 4, TV_ORIFICE = 5 };
 
-/* What a database of results holds beyond its tables: the sum of what is wanted. */
+/* What a database of results holds besides its tables: the sum of what is wanted. */
 enum tv_database_form {
     TV_DATABASE_INDEX = 1, /* an index of each table by object and period */
     TV_DATABASE_UNITS = 2, /* a table of the units of all columns */
@@ -158,17 +158,17 @@ enum tv_database_form {
     TV_DATABASE_FULL = 8   /* values as they are in single precision, and not to six decimals */
 };
 
-/* Who is connected to whom: what tv_getRelation tells of an object. */
+/* Which objects are connected: what tv_getRelation looks up. */
 enum tv_relation {
     TV_LINK_FROM = 0,           /* link: node at the upstream end */
     TV_LINK_TO = 1,             /* link: node at the downstream end */
     TV_SUBCATCHMENT_OUTLET = 2, /* subcatchment: node that gets the runoff */
     TV_SUBCATCHMENT_GAGE = 3,   /* subcatchment: rain gage */
     TV_GAGE_SERIES = 4,         /* gage: time series of the rain */
-    TV_UNIT_SUBCATCHMENT = 5,   /* LID unit: subcatchment that it stands on */
+    TV_UNIT_SUBCATCHMENT = 5,   /* LID unit: subcatchment that it is on */
     TV_UNIT_LID = 6,            /* LID unit: its definition */
     TV_UNIT_DRAIN = 7,          /* LID unit: node that gets the underdrain */
-    TV_REACTOR_SURPASS = 8,     /* node, a reactor: node that gets what the capacity doesn't let in */
+    TV_REACTOR_SURPASS = 8,     /* node, a reactor: node that gets the flow above the capacity */
     TV_REACTOR_EMPTYING = 9,    /* node, a reactor: node that the store is emptied to */
     TV_LID_NODE_DRAIN = 10,     /* node, a LID node: node that gets the underdrain */
     TV_LID_NODE_GAGE = 11,      /* node, a LID node: rain gage */
@@ -182,17 +182,17 @@ enum tv_access {
     TV_PARAMETER = 0, /* given by the project file; a value that is set holds until the project is closed */
     TV_FORCING = 1, /* given by the host: an added inflow, a held setting; holds until it is released or the run ends */
     TV_STATE = 2,   /* what the run has at this moment */
-    TV_RESULT = 3,  /* what the last step has made: flows, rates, concentrations */
+    TV_RESULT = 3,  /* made by the last step: flows, rates, concentrations */
     TV_TOTAL = 4    /* sums, peaks and balances since the start */
 };
 
 /* When a variable may be set; a sum of these. */
 enum tv_when { TV_NEVER = 0, TV_WHEN_OPEN = 1, TV_WHEN_STARTED = 2 };
 
-/* A date behind every end: the argument of tv_runUntil for a whole run. */
+/* A date after every end: the argument of tv_runUntil for a whole run. */
 #define TV_END 1.0e10
 
-/* No pollutant: the argument of variables that don't go by pollutant. */
+/* No pollutant: the argument for variables that have no value per pollutant. */
 #define TV_NO_POLLUTANT (-1)
 
 /* Dates and progress of a run. */
@@ -208,27 +208,27 @@ typedef struct tv_clock {
 /* What the engine said. Texts live as long as the message. */
 typedef struct tv_message {
     int32_t level;       /* tv_level */
-    int32_t code;        /* public code of the engine; 0 of what is no error */
+    int32_t code;        /* public code of the engine; 0 if it is no error */
     const char* name;    /* stable name of a warning, as "W-unit-slope"; empty for others */
     const char* text;    /* the message in words, one line */
     const char* section; /* of the project file, as "[PIPES]"; empty if it has no place there */
     int64_t line;        /* of the project file, from 1 on; 0 if it has no place there */
-    const char* words;   /* the line as it stands; empty if it has no place there */
+    const char* words;   /* the line as it is; empty if it has no place there */
     const char* object;  /* ID of the object, or the word that is wrong; may be empty */
     int32_t severity;    /* tv_severity of a warning */
-    int32_t column;      /* of the word meant in `words`, in bytes from 1 on; 0 for the line as a whole */
+    int32_t column;      /* of the word concerned in `words`, in bytes from 1 on; 0 for the line as a whole */
     int32_t length;      /* of that word, in bytes */
     const char* effect;  /* of a warning: what happens; empty for others */
     const char* advice;  /* of a warning: what to do; empty for others */
-    double date;         /* of the run, for what belongs to a moment of it; 0 for others */
+    double date;         /* of the run, for what happens at one moment of it; 0 for others */
 } tv_message;
 
 /* A kind of warning. docs/warnings.md lists them. */
 typedef struct tv_warning_kind {
-    const char* name;   /* as "W-unit-slope"; it never means anything else */
+    const char* name;   /* as "W-unit-slope"; its meaning never changes */
     int32_t group;      /* tv_warning_group */
-    int32_t severity;   /* tv_severity; the W-unit- kinds are notes where a number is unusual and no more */
-    const char* text;   /* in words, with %1 ... %9 for what the case fills in */
+    int32_t severity;   /* tv_severity; the W-unit- kinds are notes where a number is only unusual */
+    const char* text;   /* in words, with %1 ... %9 for the details of the case */
     const char* effect; /* what happens */
     const char* advice; /* what to do */
 } tv_warning_kind;
@@ -243,7 +243,7 @@ typedef struct tv_variable {
     int32_t isPerPollutant;  /* 1: one value for each pollutant */
     int32_t access;          /* tv_access */
     int32_t when;            /* tv_when: when it may be set */
-    double minimum, maximum; /* of what may be set; infinite without a limit. Where 0 is too little: DBL_MIN */
+    double minimum, maximum; /* of what may be set; infinite without a limit. DBL_MIN where 0 is not allowed */
 } tv_variable;
 
 /* A table of results: what a report period writes for each object of a class or kind. */
@@ -262,19 +262,19 @@ typedef struct tv_balance {
     double out;
     double lost;    /* to the air, the ground, by reaction, or as flood */
     double stored;  /* now, with what would leave after the end of the run */
-    double missing; /* initial + in - out - lost - stored: in no account; negative for what came from nowhere */
-    double error;   /* %, missing by initial + in; 0 if nothing came in */
+    double missing; /* initial + in - out - lost - stored: in no account; negative for an excess */
+    double error;   /* %, missing divided by initial + in; 0 if nothing came in */
 } tv_balance;
 
 /* A part of the system with a continuity table of its own. */
 enum tv_part { TV_PART_RUNOFF = 0, TV_PART_WASHOFF = 1, TV_PART_FLOW = 2, TV_PART_QUALITY = 3 };
 
-/* How a continuity error is to be taken. */
+/* How serious a continuity error is. */
 enum tv_grade {
     TV_GRADE_NOTHING = 0, /* nothing came in */
     TV_GRADE_GREEN = 1,   /* under 1 %: usual */
-    TV_GRADE_AMBER = 2,   /* to 5 %: look where it comes from */
-    TV_GRADE_RED = 3      /* above, no number, or out of nothing: don't rely on the results before it is explained */
+    TV_GRADE_AMBER = 2,   /* up to 5 %: look where it comes from */
+    TV_GRADE_RED = 3      /* above, no number, or out of nothing: don't rely on the results until it is explained */
 };
 
 /* A row of the verdict. */
@@ -282,26 +282,26 @@ typedef struct tv_verdict {
     int32_t part;       /* tv_part */
     int32_t pollutant;  /* TV_NO_POLLUTANT for water */
     double in;          /* m3 or kg, with what was stored at the start */
-    double missing;     /* m3 or kg, in no account; negative for what came from nowhere */
+    double missing;     /* m3 or kg, in no account; negative for an excess */
     double error;       /* %, as the report has it; 0 if nothing came in */
     int32_t grade;      /* tv_grade */
     const char* words;  /* the grade in words */
-    int32_t causeCount; /* places that make it, the ten largest; of pollutants only where loads are kept */
+    int32_t causeCount; /* places that cause it, the ten largest; for pollutants only where loads are kept */
 } tv_verdict;
 
-/* A place that makes a part of an error. */
+/* A place that causes a part of an error. */
 typedef struct tv_cause {
     int32_t objectClass; /* TV_SUBCATCHMENT, TV_NODE or TV_LINK */
     int32_t index;
     double missing; /* m3 or kg */
-    double share;   /* 0 ... 1 of what all places miss, whatever its sign */
+    double share;   /* 0 ... 1 of what is missing at all places, whatever its sign */
 } tv_cause;
 
-/* Called with each message as it comes. The model must not be used from within, but for tv_getPhase. */
+/* Called with each message as it comes. The model must not be used from within, except by tv_getPhase. */
 typedef void (*tv_log)(void* user, const tv_message* message);
 
-/* Called behind each report period. The model may be looked at and set from within, but not stepped, ended or closed. A
- * result other than 0 stops tv_runUntil behind the step. */
+/* Called after each report period. The model may be looked at and set from within, but not stepped, ended or closed. A
+ * result other than 0 stops tv_runUntil after the step. */
 typedef int32_t (*tv_period)(void* user, tv_model* model, int64_t period, double date);
 
 /* ------------------------------------------------------------------------------------------------------------------
@@ -317,8 +317,8 @@ TV_API const char* tv_describeCode(int32_t code);
 /* Makes a model, closed. TV_ERROR_NULL, TV_ERROR_MEMORY. */
 TV_API int32_t tv_create(tv_model** model);
 
-/* Ends a model in whatever phase it stands: a run is stopped, files are closed and kept as they are, memory is given
- * back. A null model is none. TV_ERROR_BUSY from within a callback. */
+/* Ends a model in whatever phase it is: a run is stopped, files are closed and kept as they are, memory is released.
+ * A null model is ignored. TV_ERROR_BUSY from within a callback. */
 TV_API int32_t tv_free(tv_model* model);
 
 /* Libraries of the engines inside nodes, null or empty for those beside the program, as in tarnvelde_initSwmmDll and
@@ -334,12 +334,12 @@ TV_API int32_t tv_setEngines(tv_model* model, const char* swmmLibrary, const cha
 TV_API int32_t tv_setSurroundings(tv_model* model, const char* projects, int32_t room);
 
 /* Opens a project file. The report goes to a file of its own, null for none. With a positive code the model is
- * TV_FAILED and its messages tell every fault of the file; 301, 303 and 305 leave it closed. TV_ERROR_OPEN.
+ * TV_FAILED and its messages list every fault of the file; 301, 303 and 305 leave it closed. TV_ERROR_OPEN.
  *
- * Files of a run are written aside, under their names with ".part" behind them, and put in place when they are
+ * Files of a run are written aside, under their names with ".part" added, and put in place when they are
  * complete: the report by tv_close, results by tv_end. Until then an earlier file stays as it is, and what a killed
- * process leaves is found aside. One run at a time writes a file: a second one gets 305 or 307. No file that the
- * project reads is taken for a report or results, under whatever name: 301. */
+ * process leaves is in the file aside. One run at a time writes a file: a second one gets 305 or 307. A file that
+ * the project reads is refused as a report or results, under whatever name: 301. */
 TV_API int32_t tv_open(tv_model* model, const char* path, const char* report);
 
 /* Opens a project from text in memory, which is copied. Names of files in it are relative to the folder, null for the
@@ -347,24 +347,25 @@ TV_API int32_t tv_open(tv_model* model, const char* path, const char* report);
 TV_API int32_t tv_openText(tv_model* model, const char* text, size_t length, const char* folder, const char* report);
 
 /* Starts a run. Results go to a binary file, to a database, to both or, with nulls, nowhere. TV_ERROR_NOT_OPEN,
- * TV_ERROR_STARTED; with any other code too nothing is started. 301 if two of the run's files have one name. A database
- * is written under its name with ".part" behind it, and put in place by tv_end; 313 if another run writes it. */
+ * TV_ERROR_STARTED; with any other code nothing is started either. 301 if two of the run's files have one name. A
+ * database holds values rounded to six decimals (TV_DATABASE_FULL keeps all). It is written under its name with ".part"
+ * added, and put in place by tv_end; 313 if another run writes it. */
 TV_API int32_t tv_start(tv_model* model, const char* results, const char* database);
 
-/* One routing step. TV_ERROR_NOT_STARTED, TV_ERROR_FINISHED behind the last one. A positive code ends the run early. */
+/* One routing step. TV_ERROR_NOT_STARTED, TV_ERROR_FINISHED after the last one. A positive code ends the run early. */
 TV_API int32_t tv_step(tv_model* model);
 
 /* Steps until a date is reached or passed, or to the end. The date need not be one of a step. TV_ERROR_FINISHED if the
- * run was at its end before; TV_ERROR_RANGE for no number. */
+ * run was at its end before; TV_ERROR_RANGE if it is no number. */
 TV_API int32_t tv_runUntil(tv_model* model, double date);
 
-/* Writes balances and statistics, as of now, into the report, behind what it has; nothing without a report. They are
- * those of the run so far. TV_ERROR_NOT_STARTED; TV_ERROR_FILE if the report can't be written. */
+/* Writes balances and statistics, as of now, at the end of the report; nothing without a report. They are those of
+ * the run so far. TV_ERROR_NOT_STARTED; TV_ERROR_FILE if the report can't be written. */
 TV_API int32_t tv_report(tv_model* model);
 
 /* Ends a run: results are complete, and put in place. The project stays open and may be started again.
  * TV_ERROR_NOT_STARTED; a positive code if the results can't be completed, as 315 if the database can't be put in
- * place: an earlier file stays then, and the message tells why, and where the new results are. A run without a step
+ * place: an earlier file stays then, and the message says why, and where the new results are. A run without a step
  * leaves no results. */
 TV_API int32_t tv_end(tv_model* model);
 
@@ -373,7 +374,7 @@ TV_API int32_t tv_end(tv_model* model);
  * written to its last byte, and an earlier one stays then. */
 TV_API int32_t tv_close(tv_model* model);
 
-/* Stores where the model stands, a tv_phase. Works always, from within callbacks too. */
+/* Stores the phase of the model, a tv_phase. Works always, from within callbacks too. */
 TV_API int32_t tv_getPhase(const tv_model* model, int32_t* phase);
 
 /* Stores dates and progress. TV_ERROR_NOT_OPEN. */
@@ -384,31 +385,31 @@ TV_API int32_t tv_getClock(const tv_model* model, tv_clock* clock);
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* How many threads share the work on the land, and on rows of results: 1 at first, at most TV_MAX_THREADS. The results
- * are the same to the last bit with any number. The choice holds from the next step on, and for the projects that the
+ * are the same to the last bit with any number. The number holds from the next step on, and for the projects that the
  * model opens later. For a null model it is that of the functions of tarnvelde.h, which no other thread may call
  * meanwhile. TV_ERROR_RANGE. */
 #define TV_MAX_THREADS 256
 TV_API int32_t tv_setThreads(tv_model* model, int32_t count);
 
 /* Whether a step leaves out what can't change, such as the dry land of a dry week: it does at first. With 0 each object
- * works out each of its steps, to the same results. For tests, and for whoever doubts it; a null model as above. */
+ * works out each of its steps, to the same results. For tests, and for checking it; a null model as above. */
 TV_API int32_t tv_setSkipping(tv_model* model, int32_t isWanted);
 
 /* ------------------------------------------------------------------------------------------------------------------
  * Messages
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/* Who hears each message as it comes; null for nobody, as at first. */
+/* Sets the function that gets each message as it comes; null for none, as at first. */
 TV_API int32_t tv_setLog(tv_model* model, tv_log log, void* user);
 
-/* Messages since the last opening. They can be read until the next one, behind a close too. */
+/* Messages since the last opening. They can be read until the next one, after a close too. */
 TV_API int32_t tv_getMessageCount(const tv_model* model, int32_t* count);
 TV_API int32_t tv_getMessage(const tv_model* model, int32_t index, tv_message* message);
 
-/* Warnings are messages of level TV_WARNING: what passes and yet can't be meant, when a project is opened, and what
- * goes wrong in a run. They change no result and no code, and stand in no report. Of one kind and severity 100 are told
- * with their place; of the rest the text of one more message has the number, "30 more of this kind". They are on at
- * first; the next opening takes the choice. TV_ERROR_OPEN. */
+/* Warnings are messages of level TV_WARNING: what is accepted but is probably not meant, when a project is opened,
+ * and what goes wrong in a run. They change no result and no code, and are in no report. Of one kind and severity 100
+ * are given with their place; one more message gives the number of the rest, "30 more of this kind". They are on at
+ * first; a change holds from the next opening on. TV_ERROR_OPEN. */
 TV_API int32_t tv_setWarnings(tv_model* model, int32_t isWanted);
 
 /* The list of kinds, the same for all models. */
@@ -435,8 +436,8 @@ TV_API int32_t tv_findObject(const tv_model* model, int32_t objectClass, const c
 TV_API int32_t tv_getRelation(const tv_model* model, int32_t relation, int32_t index, int32_t* related);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * Variables: docs/variables.md lists them. Values are worked out in the units of the list. Parameters are known while a
- * project is open, all others in a run. Inflow of a node from the next step on, until it is released:
+ * Variables: docs/variables.md lists them. Values are in the units of the list. Parameters are known while a
+ * project is open, all others in a run. An added inflow at a node, from the next step on, until it is released:
  *
  *     int32_t variable, node;
  *     int32_t code = tv_findVariable(TV_NODE, "added_inflow", &variable);
@@ -456,37 +457,37 @@ TV_API int32_t tv_findVariable(int32_t objectClass, const char* name, int32_t* v
 TV_API int32_t tv_getValue(const tv_model* model, int32_t variable, int32_t index, int32_t pollutant, double* value);
 TV_API int32_t tv_setValue(tv_model* model, int32_t variable, int32_t index, int32_t pollutant, double value);
 
-/* Values of all objects of the class in one call, `count` of them, as tv_getCount tells. Objects of a kind without the
- * variable get nan. Setting passes over these, and over nan: what is nan stays as it is; if one value is refused, none
- * is set. TV_ERROR_SIZE. */
+/* Values of all objects of the class in one call, `count` of them, as from tv_getCount. Objects of a kind without the
+ * variable get nan. Setting skips these, and every nan: where the array has nan the value stays as it is; if one value
+ * is refused, none is set. TV_ERROR_SIZE. */
 TV_API int32_t tv_getValues(const tv_model* model, int32_t variable, int32_t pollutant, double* values, size_t count);
 TV_API int32_t tv_setValues(tv_model* model, int32_t variable, int32_t pollutant, const double* values, size_t count);
 
-/* Lets go of a forcing: rules and the project file rule again. TV_ERROR_READ_ONLY for what is no forcing. */
+/* Releases a forcing: rules and the project file decide again. TV_ERROR_READ_ONLY if it is no forcing. */
 TV_API int32_t tv_releaseValue(tv_model* model, int32_t variable, int32_t index, int32_t pollutant);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * Balances and verdict of the run so far. What came in and left is counted by the same books as the report's tables, so
- * what all places miss together is what the continuity error says. TV_ERROR_NOT_STARTED, TV_ERROR_CLASS,
+ * Balances and verdict of the run so far. What came in and left is counted as in the report's tables, so what is
+ * missing at all places together is what the continuity error says. TV_ERROR_NOT_STARTED, TV_ERROR_CLASS,
  * TV_ERROR_INDEX.
  * ------------------------------------------------------------------------------------------------------------------ */
 
-/* Whether the loads of nodes and links are kept by pollutant, from the next start on; not at first, since it makes
+/* Whether the loads of nodes and links are kept by pollutant, from the next start on; 0 at first, since it makes
  * steps slower. TV_ERROR_NOT_OPEN, TV_ERROR_STARTED. */
 TV_API int32_t tv_keepLoads(tv_model* model, int32_t isKept);
 
-/* Water of a subcatchment, a LID unit, a node or a link; or a pollutant, TV_ERROR_KIND of nodes and links whose loads
- * aren't kept. Behind a hot start balances begin with what is there then; loads of nodes and links do so behind a
- * restored state as well. */
+/* Water of a subcatchment, a LID unit, a node or a link; or of a pollutant, TV_ERROR_KIND for nodes and links whose
+ * loads aren't kept. After a hot start balances begin with what is there then; loads of nodes and links do so after
+ * a restored state as well. */
 TV_API int32_t tv_getBalance(const tv_model* model, int32_t objectClass, int32_t index, int32_t pollutant,
                              tv_balance* balance);
 
 /* Works the verdict out and stores how many rows it has: for the water on the land and in the network, and for each
- * pollutant likewise. The two functions below tell of it until it is worked out anew. */
+ * pollutant likewise. The two functions below read it until it is worked out again. */
 TV_API int32_t tv_judge(tv_model* model, int32_t* rowCount);
 TV_API int32_t tv_getVerdict(const tv_model* model, int32_t row, tv_verdict* verdict);
 
-/* The places that make the error of a row, most first. TV_ERROR_INDEX behind the last one. */
+/* The places that cause the error of a row, the largest first. TV_ERROR_INDEX after the last one. */
 TV_API int32_t tv_getCause(const tv_model* model, int32_t row, int32_t cause, tv_cause* place);
 
 /* ------------------------------------------------------------------------------------------------------------------
@@ -494,29 +495,29 @@ TV_API int32_t tv_getCause(const tv_model* model, int32_t row, int32_t cause, tv
  * ------------------------------------------------------------------------------------------------------------------ */
 
 /* How a database of results is written from the next start on, by the bits of tv_database_form; 0 at first. Index and
- * tables are made by tv_end, and only of a database that is written aside, as all are that stand in a file.
+ * tables are made by tv_end, and only for a database that is written aside, as every file is.
  * TV_ERROR_STARTED, TV_ERROR_RANGE. */
 TV_API int32_t tv_setDatabaseForm(tv_model* model, int32_t flags);
 
 /* Whether the rows of the last period are kept for tv_getRows, from the next start on; 0 at first. TV_ERROR_STARTED. */
 TV_API int32_t tv_keepRows(tv_model* model, int32_t isKept);
 
-/* Who is called behind each report period; null for nobody, as at first. */
+/* Sets the function that is called after each report period; null for none, as at first. */
 TV_API int32_t tv_setPeriodCallback(tv_model* model, tv_period callback, void* user);
 
-/* The tables, from 0, that of the system, on, and their columns. TV_ERROR_CLASS behind the last one. */
+/* The tables and their columns; table 0 is that of the system. TV_ERROR_CLASS after the last one. */
 TV_API int32_t tv_getTable(const tv_model* model, int32_t table, tv_table* description);
 TV_API int32_t tv_getColumn(const tv_model* model, int32_t table, int32_t column, const char** name, const char** unit);
 
 /* Indices in their class of the objects that the rows belong to, rowCount of them. TV_ERROR_SIZE. */
 TV_API int32_t tv_getRowObjects(const tv_model* model, int32_t table, int32_t* indices, size_t count);
 
-/* All rows of a table, one behind the other, of the last period that has ended: rowCount times columnCount values.
+/* All rows of a table, one after the other, of the last period that has ended: rowCount times columnCount values.
  * TV_ERROR_NO_ROWS, TV_ERROR_SIZE. */
 TV_API int32_t tv_getRows(const tv_model* model, int32_t table, float* values, size_t count);
 
 /* ------------------------------------------------------------------------------------------------------------------
- * State: a run, taken between two steps and gone back to. docs/states.md tells what is carried over.
+ * State: a run, saved between two steps and restored. docs/states.md lists what is carried over.
  *
  * TV_ERROR_NOT_STARTED, TV_ERROR_NO_STATE, TV_ERROR_STATE_VERSION, TV_ERROR_STATE_PROJECT, TV_ERROR_STATE_DAMAGED,
  * TV_ERROR_STATE_ENGINE.
@@ -529,27 +530,27 @@ TV_API int32_t tv_getStateSize(const tv_model* model, size_t* size);
 TV_API int32_t tv_saveState(const tv_model* model, void* bytes, size_t capacity, size_t* size);
 
 /* Goes back, or ahead, to a state of this project. The run goes on from there to the same bits as the run that was
- * saved; rows of results that were written behind this moment are taken back. */
+ * saved; rows of results that were written after this moment are removed. */
 TV_API int32_t tv_restoreState(tv_model* model, const void* bytes, size_t size);
 
 /* The same through a file, which is written aside and put in place when it is whole. TV_ERROR_FILE. */
 TV_API int32_t tv_saveStateFile(const tv_model* model, const char* path);
 TV_API int32_t tv_restoreStateFile(tv_model* model, const char* path);
 
-/* Whether a state, or whatever a host makes of a run, could be written into this file, for a host that wants to know it
- * ahead of a long run; nothing is written. `what` is for the message, as "state". 301 if the project reads the file or
- * the run writes it, TV_ERROR_FILE if it can't be made; a message says why. */
+/* Whether a state, or any other file that a host makes of a run, could be written to this path, for a host that wants
+ * to know it before a long run; nothing is written. `what` is for the message, as "state". 301 if the project reads the
+ * file or the run writes it, TV_ERROR_FILE if it can't be made; a message says why. */
 TV_API int32_t tv_testOutput(tv_model* model, const char* what, const char* path);
 
-/* Hot start: right behind tv_start, takes water, pollutants and settings from the end of another run of the same
- * network; dates are those of this run, and totals, statistics and results begin anew. TV_ERROR_NOT_NOW behind the
- * first step. */
+/* Hot start: right after tv_start, takes water, pollutants and settings from the end of another run of the same
+ * network; dates are those of this run, and totals, statistics and results start from zero. TV_ERROR_NOT_NOW after
+ * the first step. */
 TV_API int32_t tv_hotStart(tv_model* model, const void* bytes, size_t size);
 TV_API int32_t tv_hotStartFile(tv_model* model, const char* path);
 
-/* Makes a second model of a started one, in the same state, without report, results, callbacks; it keeps rows and loads
- * and tells warnings if that one does. A project that was opened from a file is read again: TV_ERROR_STATE_PROJECT if
- * it has changed since. */
+/* Makes a second model of a started one, in the same state, without report, results and callbacks; it keeps rows and
+ * loads and gives warnings if the first one does. A project that was opened from a file is read again:
+ * TV_ERROR_STATE_PROJECT if it has changed since. */
 TV_API int32_t tv_clone(const tv_model* model, tv_model** clone);
 
 #ifdef __cplusplus

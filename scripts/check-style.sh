@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The formatter on every source, and the linter on the sources that changed.
+# The formatter on every source, the linter on the sources that changed, and the worst idioms of older texts.
 # scripts/check-style.sh [BASE]: what differs from the commit BASE is what changed. Without one, BASE is where this branch
 # left origin/main; on origin/main itself, and without one, the last commit counts. Needs build/sanitize.
 set -euo pipefail
@@ -9,6 +9,13 @@ status=0
 mapfile -t sources < <(git ls-files --cached --others --exclude-standard -- '*.cpp' '*.h' '*.c' | sort)
 if ! clang-format-14 --dry-run --Werror "${sources[@]}"; then
     echo "Not in the house format. To mend it: clang-format-14 -i FILE..." >&2
+    status=1
+fi
+
+# What readers of plain English stumble over; "after", "releases" and "is described in" say the same.
+if git grep -nE '\blets? go of\b|\bone behind (the other|another)\b|\bis told in\b|\btells? the rest\b|\bbehind (the|a|each|its) ((last|first|next|latest) )?(step|report period|period|record)\b' \
+    -- '*.md' '*.h' '*.cpp' '*.c' '*.def' '*.py' '*.ipynb'; then
+    echo "Idioms in the texts above: say it in plain words" >&2
     status=1
 fi
 

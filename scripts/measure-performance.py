@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Measures what docs/performance.md tells, and prints its tables in markdown.
+"""Measures what docs/performance.md shows, and prints its tables in markdown.
 
     scripts/measure-performance.py [--write] [--quick] [--only steps|scaling|profile]
 
@@ -28,7 +28,7 @@ KINDS = [('kindLand', 'subcatchment'), ('kindUnit/cell', 'bio-retention cell'), 
          ('kindConduit/circular', 'conduit, circular'), ('kindConduit/rectangular', 'conduit, rectangular'),
          ('kindConduit/irregular', 'conduit, irregular'), ('kindReactor', 'stirred reactor'),
          ('kindTown', 'subcatchment, junction and pipe')]
-TOWNS = [('storm', 'the storm and two hours behind it'), ('dry', 'dry, buildup grows'),
+TOWNS = [('storm', 'the storm and two hours after it'), ('dry', 'dry, buildup grows'),
          ('none', 'nothing changes any more'),
          ('year', 'five days of a year')]
 

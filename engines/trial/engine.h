@@ -233,7 +233,7 @@ typedef struct {
     size_t size;
 } Piece;
 
-/* Writes the pieces one behind the other, if there is room enough; gives the bytes needed. */
+/* Writes the pieces one after the other, if there is room enough; returns the bytes needed. */
 static int savePieces(const Piece* pieces, int count, void* buffer, int size) {
     size_t needed = 0, place = 0;
     int k;

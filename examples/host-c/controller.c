@@ -11,7 +11,7 @@
 
 static const double PUMP_CAPACITY = 0.25; /* m3/s */
 
-/* The depth of the tank, m. This result is stored and returns -1 all the same: a mark tells whether it was. */
+/* The depth of the tank, m. This result is stored and returns -1 all the same: a mark shows whether it was. */
 static int readDepth(double* depth) {
     *depth = -1.0;
     tarnvelde_getResult(TARNVELDE_TANK, "TANK", TARNVELDE_RESULT_TANK_DEPTH, depth);
@@ -50,7 +50,7 @@ static int32_t run(double* highest) {
         }
         code = tarnvelde_step(&days);
         ++step;
-    } while (code == 0 && days > 0.0); /* exactly 0 tells the end */
+    } while (code == 0 && days > 0.0); /* exactly 0 is the end */
     return code;
 }
 
@@ -66,7 +66,7 @@ int main(int argc, char** argv) {
         code = tarnvelde_start(TARNVELDE_SAVE_NOTHING);
     }
     if (code == 0) {
-        /* On standard error, since the engine tells its progress on standard output. */
+        /* On standard error, since the engine prints its progress on standard output. */
         fprintf(stderr, "   hours   depth, m   pump, m3/s    gate, -\n");
         code = run(&highest);
     }

@@ -28,7 +28,7 @@ struct Child {
     int pipe;  ///< the end to read from
 };
 
-/// The inflow of the outfall, m3/s. The value is stored and the result is -1: a mark tells whether it was.
+/// The inflow of the outfall, m3/s. The value is stored and the result is -1: a mark shows whether it was.
 double readInflow() {
     double inflow = -1.0;
     tarnvelde_getResult(TARNVELDE_OUTFALL, "MOUTH", TARNVELDE_RESULT_OUTFALL_INFLOW, &inflow);
@@ -80,7 +80,7 @@ Child start(const std::string& model, const std::string& folder, double impervio
     const pid_t process = fork();
     if (process == 0) {
         close(ends[0]);
-        if (!std::freopen("/dev/null", "w", stdout)) {  // the engine tells its progress there
+        if (!std::freopen("/dev/null", "w", stdout)) {  // the engine prints its progress there
             _exit(1);
         }
         const std::string report = folder + "/scan-" + std::to_string(static_cast<int>(impervious)) + ".rpt";

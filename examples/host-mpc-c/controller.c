@@ -57,7 +57,7 @@ static int32_t run(tv_model* model, double date) {
     return code == TV_ERROR_FINISHED ? TV_OK : code;
 }
 
-/* Puts the twin where the model stands, and lets it run ahead with an opening. */
+/* Puts the twin into the state of the model, and lets it run ahead with an opening. */
 static int32_t tryOpening(tv_model* twin, const Plant* plant, const void* state, size_t size, double opening,
                           Forecast* forecast) {
     tv_clock clock;
@@ -77,7 +77,7 @@ static int32_t tryOpening(tv_model* twin, const Plant* plant, const void* state,
     return code;
 }
 
-/* The least spill first; among equals the most room in the tank for what comes behind the look ahead; and a gate that
+/* The least spill first; among equals the most room in the tank for what comes after the look ahead; and a gate that
  * can stay where it is stays there. */
 static int isBetter(const Forecast* a, int movesA, const Forecast* b, int movesB) {
     if (a->spilled < b->spilled - EQUAL || a->spilled > b->spilled + EQUAL) {

@@ -75,7 +75,7 @@ int32_t findNumbers(const tv_model* model, Numbers& numbers) {
                         numbers.imperviousShares.size());
 }
 
-/// One variation: its parameters are set, the model runs, and the water in the brook is read ahead of the end.
+/// One variation: its parameters are set, the model runs, and the water in the brook is read before the end.
 int32_t simulate(tv_model* model, const Numbers& numbers, double paving, double throttle, double& spilled) {
     std::vector<double> shares = numbers.imperviousShares;
     for (double& share : shares) {

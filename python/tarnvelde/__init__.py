@@ -5,7 +5,7 @@
     run.nodes["inflow"]["N4"].plot()
 
 `run` simulates a project and gives its results, `Model` opens one to be looked at and steered step by step, `check`
-tells its errors, `open_results` reads files of results, `Project` edits a project as tables.
+lists its errors, `open_results` reads files of results, `Project` edits a project as tables.
 """
 from ._header import Access, Code, Grade, Level, LinkKind, NodeKind, ObjectClass, Part, Phase, Relation, Severity, When
 from ._library import library, version

@@ -14,7 +14,7 @@ from .ensemble_members import KEEPS
 from .errors import TarnveldeError
 
 DONE, NOTHING, SOME_FAILED, INTERRUPTED = 0, 1, 3, 130
-_MOST_FAILURES = 10  # that the summary tells
+_MOST_FAILURES = 10  # in the summary
 
 
 def _count(text: str) -> int:
@@ -46,13 +46,13 @@ def _option(text: str) -> str:
 
 
 def make_parser() -> argparse.ArgumentParser:
-    """What the command line takes."""
+    """The options of the command line."""
     parser = argparse.ArgumentParser(prog="python3 -m tarnvelde", description="Tarnvelde: urban drainage and water "
                                      "quality. Single runs: tarnvelde run.")
     commands = parser.add_subparsers(dest="command", required=True, metavar="COMMAND")
     one = commands.add_parser(
         "ensemble", help="run a project once for each row of a table",
-        description="Runs a project once for each row of a table, and goes on where a call before has ended.",
+        description="Runs a project once for each row of a table, and goes on where an earlier call ended.",
         epilog="The table is a CSV file. Its column member names the runs; the others are class/ID/variable "
                "(subcatchment/*/width), ${NAME} (a place in the project's text), file:NAME (another file), until, "
                "hot_start, load_state, seed. Exit status: 0 if all are done, 3 if some have failed, 1 if nothing could "

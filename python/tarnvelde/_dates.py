@@ -60,7 +60,7 @@ def to_days(date: DateLike) -> float:
 
 
 def parse(text: str) -> np.datetime64:
-    """The date that a text tells, with or without a time of day. ValueError for any other text."""
+    """The date that a text gives, with or without a time of day. ValueError for any other text."""
     import numpy as np
 
     try:

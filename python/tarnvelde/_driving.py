@@ -120,8 +120,8 @@ def _totals_of(model: Model, group: Group[Any], wanted: Sequence[_Wanted]) -> Co
 
 
 def assign(model: Model, settings: Mapping[str, Any]) -> None:
-    """Sets parameters by places: "class/ID/variable", "class/*/variable", with "/pollutant" behind it where the
-    variable goes by pollutant. The ID may hold slashes. UnknownError, ValueRefused."""
+    """Sets parameters by places: "class/ID/variable", "class/*/variable", with "/pollutant" added where the
+    variable has a value for each pollutant. The ID may hold slashes. UnknownError, ValueRefused."""
     if not isinstance(settings, Mapping):
         raise TypeError(f"settings are a mapping of places and values, not {type(settings).__name__}")
     for place, value in settings.items():

@@ -154,7 +154,7 @@ class Group(Mapping[str, T], Generic[T]):
 
     def frame(self, *variables: str) -> pd.DataFrame:
         """Values as a frame: a row for each object, a column for each variable, or for "variable[pollutant]" of those
-        that go by pollutant. Without names all that can be read now. Units stand in `.attrs["units"]`."""
+        that go by pollutant. Without names all that can be read now. Units are in `.attrs["units"]`."""
         import pandas as pd
 
         columns, units = self.columns(*variables)

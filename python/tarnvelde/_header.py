@@ -65,16 +65,16 @@ class Level(enum.IntEnum):
 class Severity(enum.IntEnum):
     """`tv_severity` of the header."""
 
-    NOTE = 0  # unusual, and maybe meant
-    DOUBT = 1  # hardly meant
+    NOTE = 0  # unusual, but possibly meant
+    DOUBT = 1  # probably not meant
     SERIOUS = 2  # results can't be right
 
 
 class WarningGroup(enum.IntEnum):
     """`tv_warning_group` of the header."""
 
-    DROPPED = 0  # reading: something is dropped, or taken otherwise than it seems to say
-    IMPLAUSIBLE = 1  # reading: something can hardly be meant
+    DROPPED = 0  # reading: something is dropped, or read in another way than it seems to say
+    IMPLAUSIBLE = 1  # reading: something is probably not meant
     IN_RUN = 2  # a run: something goes wrong with the water
 
 
@@ -137,10 +137,10 @@ class Relation(enum.IntEnum):
     SUBCATCHMENT_OUTLET = 2  # subcatchment: node that gets the runoff
     SUBCATCHMENT_GAGE = 3  # subcatchment: rain gage
     GAGE_SERIES = 4  # gage: time series of the rain
-    UNIT_SUBCATCHMENT = 5  # LID unit: subcatchment that it stands on
+    UNIT_SUBCATCHMENT = 5  # LID unit: subcatchment that it is on
     UNIT_LID = 6  # LID unit: its definition
     UNIT_DRAIN = 7  # LID unit: node that gets the underdrain
-    REACTOR_SURPASS = 8  # node, a reactor: node that gets what the capacity doesn't let in
+    REACTOR_SURPASS = 8  # node, a reactor: node that gets the flow above the capacity
     REACTOR_EMPTYING = 9  # node, a reactor: node that the store is emptied to
     LID_NODE_DRAIN = 10  # node, a LID node: node that gets the underdrain
     LID_NODE_GAGE = 11  # node, a LID node: rain gage
@@ -154,7 +154,7 @@ class Access(enum.IntEnum):
     PARAMETER = 0  # given by the project file; a value that is set holds until the project is closed
     FORCING = 1  # given by the host: an added inflow, a held setting; holds until it is released or the run ends
     STATE = 2  # what the run has at this moment
-    RESULT = 3  # what the last step has made: flows, rates, concentrations
+    RESULT = 3  # made by the last step: flows, rates, concentrations
     TOTAL = 4  # sums, peaks and balances since the start
 
 
@@ -181,8 +181,8 @@ class Grade(enum.IntEnum):
 
     NOTHING = 0  # nothing came in
     GREEN = 1  # under 1 %: usual
-    AMBER = 2  # to 5 %: look where it comes from
-    RED = 3  # above, no number, or out of nothing: don't rely on the results before it is explained
+    AMBER = 2  # up to 5 %: look where it comes from
+    RED = 3  # above, no number, or out of nothing: don't rely on the results until it is explained
 
 
 class RawClock(ctypes.Structure):

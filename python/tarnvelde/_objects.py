@@ -19,11 +19,11 @@ class System(ModelObject):
     routing_step = Quantity("routing_step", "s", Access.PARAMETER, When.NEVER,
                             "step of the network")
     runoff_step = Quantity("runoff_step", "s", Access.PARAMETER, When.NEVER,
-                           "step of the land; a start of a run cuts it")
+                           "step of the land; a start of a run adjusts it")
     report_step = Quantity("report_step", "s", Access.PARAMETER, When.NEVER,
                            "time between two rows of results")
     start_dry_days = Quantity("start_dry_days", "d", Access.PARAMETER, When.WHEN_OPEN,
-                              "dry days ahead of the start; from 0")
+                              "dry days before the start; from 0")
     constant_evaporation = Quantity("constant_evaporation", "mm/d", Access.PARAMETER, When.ALWAYS,
                                     "evaporation, where it isn't given by month; acts from the next runoff step "
                                     "on")
@@ -66,7 +66,7 @@ class System(ModelObject):
     held_evaporation = Quantity("held_evaporation", "mm/d", Access.FORCING, When.WHEN_STARTED,
                                 "evaporation in place of the project's; from the next runoff step on")
     runoff_lead = Quantity("runoff_lead", "s", Access.STATE, When.NEVER,
-                           "how far the land, which goes by runoff steps, is ahead of the network")
+                           "how far the land, which advances in runoff steps, is ahead of the network")
     rain = Quantity("rain", "mm/h", Access.RESULT, When.NEVER,
                     "rain of the last runoff step, mean over the land")
     evaporation = Quantity("evaporation", "mm/d", Access.RESULT, When.NEVER,
@@ -233,9 +233,9 @@ class Subcatchment(ModelObject):
     initial_load = PollutantQuantity("initial_load", "kg/ha", Access.PARAMETER, When.WHEN_OPEN,
                                      "load of the land at the start; 0: built up over the dry days; from 0")
     impervious_depth = Quantity("impervious_depth", "m", Access.STATE, When.NEVER,
-                                "water that stands on the impervious part")
+                                "water on the impervious part")
     pervious_depth = Quantity("pervious_depth", "m", Access.STATE, When.NEVER,
-                              "water that stands on the pervious part")
+                              "water on the pervious part")
     buildup = PollutantQuantity("buildup", "kg", Access.STATE, When.NEVER,
                                 "buildup on all land uses")
     ponded_mass = PollutantQuantity("ponded_mass", "kg", Access.STATE, When.NEVER,
@@ -249,9 +249,9 @@ class Subcatchment(ModelObject):
     runoff = Quantity("runoff", "m3/s", Access.RESULT, When.NEVER,
                       "runoff; 0 below 7.056e-10 m/s times the area")
     impervious_runoff = Quantity("impervious_runoff", "m3/s", Access.RESULT, When.NEVER,
-                                 "outflow of the impervious part, ahead of LID units")
+                                 "outflow of the impervious part, before LID units")
     pervious_runoff = Quantity("pervious_runoff", "m3/s", Access.RESULT, When.NEVER,
-                               "outflow of the pervious part, ahead of LID units")
+                               "outflow of the pervious part, before LID units")
     concentration = PollutantQuantity("concentration", "mg/L", Access.RESULT, When.NEVER,
                                       "concentration of the runoff")
     rain_depth = Quantity("rain_depth", "mm", Access.TOTAL, When.NEVER,
@@ -298,7 +298,7 @@ class Gage(ModelObject):
     is_in_event = Quantity("is_in_event", "", Access.STATE, When.NEVER,
                            "1 within a rain event of the series")
     rain = Quantity("rain", "mm/h", Access.RESULT, When.NEVER,
-                    "rain; 0 of a gage that nobody uses")
+                    "rain; 0 for a gage that is not used")
     event_count = Quantity("event_count", "", Access.TOTAL, When.NEVER,
                            "rain events of the whole simulation; those of a run before count again")
     event_depth = Quantity("event_depth", "mm", Access.TOTAL, When.NEVER,
@@ -329,7 +329,7 @@ class Junction(Node):
     lateral_flow = Quantity("lateral_flow", "m3/s", Access.RESULT, When.NEVER,
                             "inflow from the sides: runoff, drains, external and dry-weather inflow")
     concentration = PollutantQuantity("concentration", "mg/L", Access.RESULT, When.NEVER,
-                                      "concentration; of a tank after the decay, ahead of the mixing")
+                                      "concentration; of a tank after the decay, before the mixing")
     load = PollutantQuantity("load", "kg/s", Access.RESULT, When.NEVER,
                              "load of the inflow")
     inflow_volume = Quantity("inflow_volume", "m3", Access.TOTAL, When.NEVER,
@@ -363,7 +363,7 @@ class Tank(Node):
     volume = Quantity("volume", "m3", Access.STATE, When.NEVER,
                       "water stored")
     stored_concentration = PollutantQuantity("stored_concentration", "mg/L", Access.STATE, When.NEVER,
-                                             "concentration of the water stored, behind the mixing")
+                                             "concentration of the water stored, after the mixing")
     upstream_flow = Quantity("upstream_flow", "m3/s", Access.RESULT, When.NEVER,
                              "inflow over links")
     lateral_flow = Quantity("lateral_flow", "m3/s", Access.RESULT, When.NEVER,
@@ -371,7 +371,7 @@ class Tank(Node):
     flooding = Quantity("flooding", "m3/s", Access.RESULT, When.NEVER,
                         "flooding")
     concentration = PollutantQuantity("concentration", "mg/L", Access.RESULT, When.NEVER,
-                                      "concentration; of a tank after the decay, ahead of the mixing")
+                                      "concentration; of a tank after the decay, before the mixing")
     load = PollutantQuantity("load", "kg/s", Access.RESULT, When.NEVER,
                              "load of the inflow")
     inflow_volume = Quantity("inflow_volume", "m3", Access.TOTAL, When.NEVER,
@@ -400,7 +400,7 @@ class Outfall(Node):
     lateral_flow = Quantity("lateral_flow", "m3/s", Access.RESULT, When.NEVER,
                             "inflow from the sides: runoff, drains, external and dry-weather inflow")
     concentration = PollutantQuantity("concentration", "mg/L", Access.RESULT, When.NEVER,
-                                      "concentration; of a tank after the decay, ahead of the mixing")
+                                      "concentration; of a tank after the decay, before the mixing")
     load = PollutantQuantity("load", "kg/s", Access.RESULT, When.NEVER,
                              "load of the inflow")
     inflow_volume = Quantity("inflow_volume", "m3", Access.TOTAL, When.NEVER,
@@ -436,7 +436,7 @@ class Splitter(Node):
     lateral_flow = Quantity("lateral_flow", "m3/s", Access.RESULT, When.NEVER,
                             "inflow from the sides: runoff, drains, external and dry-weather inflow")
     concentration = PollutantQuantity("concentration", "mg/L", Access.RESULT, When.NEVER,
-                                      "concentration; of a tank after the decay, ahead of the mixing")
+                                      "concentration; of a tank after the decay, before the mixing")
     load = PollutantQuantity("load", "kg/s", Access.RESULT, When.NEVER,
                              "load of the inflow")
     split_flow = Quantity("split_flow", "m3/s", Access.RESULT, When.NEVER,
@@ -464,7 +464,7 @@ class Reactor(Node):
     __slots__ = ()
 
     surplus_node: Related["Node"] = Related(Relation.REACTOR_SURPASS, ObjectClass.NODE,
-                                            "node that gets what the capacity doesn't let in")
+                                            "node that gets the flow above the capacity")
     emptying_node: Related["Node"] = Related(Relation.REACTOR_EMPTYING, ObjectClass.NODE,
                                              "node that the store is emptied to")
     initial_concentration = PollutantQuantity("initial_concentration", "mg/L", Access.PARAMETER, When.WHEN_OPEN,
@@ -495,7 +495,7 @@ class Reactor(Node):
     infiltration_rate = Quantity("infiltration_rate", "mm/h", Access.PARAMETER, When.ALWAYS,
                                  "infiltration out of a CSTR; from 0")
     evaporation_rate = Quantity("evaporation_rate", "mm/d", Access.PARAMETER, When.ALWAYS,
-                                "evaporation of a CSTR, ahead of its pattern; from 0")
+                                "evaporation of a CSTR, before its pattern is applied; from 0")
     added_inflow = Quantity("added_inflow", "m3/s", Access.FORCING, When.WHEN_STARTED,
                             "external inflow beside that of the project file; from 0")
     added_load = PollutantQuantity("added_load", "kg/s", Access.FORCING, When.WHEN_STARTED,
@@ -505,7 +505,7 @@ class Reactor(Node):
     volume = Quantity("volume", "m3", Access.STATE, When.NEVER,
                       "water stored")
     stored_concentration = PollutantQuantity("stored_concentration", "mg/L", Access.STATE, When.NEVER,
-                                             "concentration of the water stored, behind the mixing")
+                                             "concentration of the water stored, after the mixing")
     is_emptying = Quantity("is_emptying", "", Access.STATE, When.NEVER,
                            "1 while a rule empties the reactor")
     upstream_flow = Quantity("upstream_flow", "m3/s", Access.RESULT, When.NEVER,
@@ -515,11 +515,11 @@ class Reactor(Node):
     outflow = Quantity("outflow", "m3/s", Access.RESULT, When.NEVER,
                        "flow into the outgoing link; out of a model inside the node")
     concentration = PollutantQuantity("concentration", "mg/L", Access.RESULT, When.NEVER,
-                                      "concentration; of a tank after the decay, ahead of the mixing")
+                                      "concentration; of a tank after the decay, before the mixing")
     load = PollutantQuantity("load", "kg/s", Access.RESULT, When.NEVER,
                              "load of the inflow")
     surplus_flow = Quantity("surplus_flow", "m3/s", Access.RESULT, When.NEVER,
-                            "what the capacity of a reactor doesn't let in")
+                            "flow above the capacity of a reactor")
     emptying_flow = Quantity("emptying_flow", "m3/s", Access.RESULT, When.NEVER,
                              "emptying of a reactor")
     evaporation = Quantity("evaporation", "mm/d", Access.RESULT, When.NEVER,
@@ -531,7 +531,7 @@ class Reactor(Node):
     peak_inflow = Quantity("peak_inflow", "m3/s", Access.TOTAL, When.NEVER,
                            "greatest inflow")
     surplus_volume = Quantity("surplus_volume", "m3", Access.TOTAL, When.NEVER,
-                              "what the capacity of a reactor didn't let in")
+                              "sum of the flow above the capacity of a reactor")
     emptied_volume = Quantity("emptied_volume", "m3", Access.TOTAL, When.NEVER,
                               "emptying of a reactor")
     outflow_volume = Quantity("outflow_volume", "m3", Access.TOTAL, When.NEVER,
@@ -543,7 +543,7 @@ class Reactor(Node):
     outflow_mass = PollutantQuantity("outflow_mass", "kg", Access.TOTAL, When.NEVER,
                                      "what left an outfall, or a reactor over the outgoing link")
     surplus_mass = PollutantQuantity("surplus_mass", "kg", Access.TOTAL, When.NEVER,
-                                     "what the capacity of a reactor didn't let in")
+                                     "sum of the flow above the capacity of a reactor")
     emptied_mass = PollutantQuantity("emptied_mass", "kg", Access.TOTAL, When.NEVER,
                                      "emptying of a reactor")
     infiltrated_mass = PollutantQuantity("infiltrated_mass", "kg", Access.TOTAL, When.NEVER,
@@ -598,7 +598,7 @@ class LidNode(Node):
     outflow = Quantity("outflow", "m3/s", Access.RESULT, When.NEVER,
                        "flow into the outgoing link; out of a model inside the node")
     concentration = PollutantQuantity("concentration", "mg/L", Access.RESULT, When.NEVER,
-                                      "concentration; of a tank after the decay, ahead of the mixing")
+                                      "concentration; of a tank after the decay, before the mixing")
     load = PollutantQuantity("load", "kg/s", Access.RESULT, When.NEVER,
                              "load of the inflow")
     rain = Quantity("rain", "mm/h", Access.RESULT, When.NEVER,
@@ -669,8 +669,8 @@ class Link(ModelObject):
     is_lagged = Quantity("is_lagged", "", Access.PARAMETER, When.NEVER,
                          "1 of a link that delivers what it had one step before")
     flow = Quantity("flow", "m3/s", Access.STATE, When.WHEN_STARTED,
-                    "flow at the downstream end. To be set in pipes, till their next firing, and in lagged links, "
-                    "for one step; all other links work theirs out anew ahead of anybody's look")
+                    "flow at the downstream end. To be set in pipes, until their next firing, and in lagged "
+                    "links, for one step; all other links work theirs out again before it is used")
     setting = Quantity("setting", "", Access.STATE, When.NEVER,
                        "opening, 0 ... 1; connections and conduits have none that acts")
     target_setting = Quantity("target_setting", "", Access.STATE, When.NEVER,
@@ -939,7 +939,7 @@ class LidUnit(ModelObject):
     _class = ObjectClass.LID_UNIT
 
     subcatchment: Related["Subcatchment"] = Related(Relation.UNIT_SUBCATCHMENT, ObjectClass.SUBCATCHMENT,
-                                                    "subcatchment that it stands on")
+                                                    "subcatchment that it is on")
     lid: Related["Lid"] = Related(Relation.UNIT_LID, ObjectClass.LID,
                                   "its definition")
     drain_node: Related["Node"] = Related(Relation.UNIT_DRAIN, ObjectClass.NODE,
@@ -954,7 +954,7 @@ class LidUnit(ModelObject):
                             "share of the runoff of its land that a unit takes; those of a subcatchment make at "
                             "most 100.1 together; from 0 to 100.1")
     volume = Quantity("volume", "m3", Access.STATE, When.NEVER,
-                      "water stored in all layers, behind the last runoff step")
+                      "water stored in all layers, after the last runoff step")
     surface_depth = Quantity("surface_depth", "m", Access.STATE, When.NEVER,
                              "depth on the surface")
     soil_moisture = Quantity("soil_moisture", "", Access.STATE, When.NEVER,

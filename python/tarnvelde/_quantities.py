@@ -16,7 +16,7 @@ class ModelObject:
 
     What the project file gives (parameters) can be read and mostly set while the model is open, all else in a run. What
     a step works out can be held: `pump.setting = 1.0` takes the pump away from its rules until
-    `pump.release("setting")` or the end of the run. Values of pollutants go by their IDs: `tank.concentration["TSS"]`.
+    `pump.release("setting")` or the end of the run. Pollutants have values by their IDs: `tank.concentration["TSS"]`.
     """
 
     __slots__ = ("_model", "_index", "_id")
@@ -78,7 +78,7 @@ class ModelObject:
 
 
 class Variable:
-    """What a variable tells about itself: name, unit, what it is (`access`), when it can be set (`when`), meaning."""
+    """The description of a variable: name, unit, what it is (`access`), when it can be set (`when`), meaning."""
 
     _by = ""
 
@@ -96,7 +96,7 @@ class Variable:
 
 
 class Quantity(Variable):
-    """A variable, as an attribute of its objects. On the class itself, `Tank.depth`, it tells name, unit, what it is
+    """A variable, as an attribute of its objects. On the class itself, `Tank.depth`, it gives name, unit, what it is
     (`access`), when it can be set (`when`) and its meaning."""
 
     @overload
@@ -189,7 +189,7 @@ class Related(Generic[T]):
         return cast(Optional[T], instance._model._related(self.relation, instance._index, self.target))
 
     def __set__(self, instance: ModelObject, value: object) -> None:
-        raise AttributeError("who is connected to whom is given by the project file")
+        raise AttributeError("connections between objects are given by the project file")
 
 
 _known: Dict[Type[ModelObject], Dict[str, Union[Quantity, PollutantQuantity]]] = {}

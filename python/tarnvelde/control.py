@@ -87,25 +87,25 @@ class Choice(NamedTuple):
 
 def look_ahead(model: Model, candidates: Sequence[Plan], horizon: DurationLike, cost: Callable[[Model], Any], *,
                twin: Optional[Model] = None) -> Choice:
-    """Tries candidates on a twin of a model, from where that stands, and chooses the one of the least cost.
+    """Tries candidates on a twin of a model, from its present state, and chooses the one of the least cost.
 
         choice = tv.look_ahead(m, [{"orifices/GATE/setting": s} for s in (0.2, 0.5, 1.0)], "30min",
                                lambda twin: twin.outfalls["RIVER"].inflow_volume)
         m.orifices["GATE"].setting = choice.best["orifices/GATE/setting"]
 
     model: a run between two steps, which stays as it is. candidates: values by place, each set in the twin as by
-    `m.pumps["P1"].setting = 1.0`; or a list of such, a plan, whose parts follow one another in equal parts of the
+    `m.pumps["P1"].setting = 1.0`; or a list of these, a plan, whose parts follow one another in equal parts of the
     horizon. horizon: how far to look, at most to the end of the run. cost: called with the twin there; a number, or a
     tuple of which the first numbers that differ count. Among equals the first candidate is chosen. twin: a clone of the
-    model that is kept from call to call, which spares the cloning; it must have the model's project.
+    model that is kept from call to call, which saves the cloning; it must have the model's project.
 
-    What the twin knows of the rain to come is what its project says. A candidate with which the engine ends the run, or
+    The rain to come is for the twin what its project says. A candidate with which the engine ends the run, or
     whose cost is nan, is never chosen; RunError if there is no other. PhaseError if no run goes on; ValueError without
     candidates. """
     if candidates and (isinstance(candidates, (str, Mapping)) or not all(
             isinstance(part, Mapping) for plan in candidates
             for part in ([plan] if isinstance(plan, Mapping) else plan))):
-        raise TypeError('candidates are a list, each {"orifices/GATE/setting": 0.5} or a list of such')
+        raise TypeError('candidates are a list, each {"orifices/GATE/setting": 0.5} or a list of these')
     if twin is model:
         raise ValueError("a model can't be its own twin: give a clone")
     if not candidates:
@@ -140,7 +140,7 @@ def _is_number(cost: Any) -> bool:
 
 
 def _try_candidate(twin: Model, state: State, candidate: Plan, seconds: float, cost: Callable[[Model], Any]) -> Any:
-    """Puts the twin where the model stands, runs it ahead with a candidate, and asks for the cost."""
+    """Puts the twin into the state of the model, runs it ahead with a candidate, and asks for the cost."""
     if twin.phase == Phase.FAILED:  # of an earlier candidate: such a run takes no state
         twin.end()
     twin.restore(state)
@@ -186,17 +186,17 @@ class ControlEnvironment:
     project: path of a project file, or a Project. observe: places that are seen, "class/ID/variable[/pollutant]", or
     "class/*/variable" of all objects that have it; as a mapping with their bounds, {"tanks/T1/depth": (0, 3)}, else
     without any. act: places that are set, with bounds if they are no settings (0 ... 1). reward: called after each step
-    with the model and what was observed and watched ahead of it, by place. watch: further places for the reward. every:
+    with the model and what was observed and watched before it, by place. watch: further places for the reward. every:
     time between two actions. settings: see `tarnvelde.run`. scenarios: a list of projects, of settings (on top of
     those), or of pairs of both; each reset chooses one by its seed, or the one that options={"scenario": number} names.
     begin: date at which the controller takes over, until when the project's own rules run. until: date of the end.
-    ends: called with the model after each step, tells whether the episode is over ahead of that.
+    ends: called with the model after each step, says whether the episode is over before that.
 
     Observations and actions are arrays of single precision in the order of the places; `observation_space` and
     `action_space` are Boxes, of gymnasium where it is installed (then this class is a gymnasium.Env, too), else with
     the same names. An episode ends as `truncated` with the run, and as `terminated` as `ends` says. A first reset opens
-    the scenario's project, each further one goes back by its state, which takes hardly any time; models inside nodes
-    that have no states are opened anew. keep_open: so many scenarios are kept open. threads, engines, scratch: see
+    the scenario's project, each further one restores its state, which takes hardly any time; models inside nodes
+    that have no states are opened again. keep_open: how many scenarios are kept open. threads, engines, scratch: see
     Model. """
 
     metadata: Dict[str, Any] = {"render_modes": []}
@@ -249,7 +249,7 @@ class ControlEnvironment:
 
     @property
     def model(self) -> Model:
-        """The model of the episode, to look at. PhaseError ahead of the first reset and after close."""
+        """The model of the episode, to look at. PhaseError before the first reset and after close."""
         if self._now is None or self._now.model is None:
             raise PhaseError("no episode goes on: reset the environment", Code.ERROR_NOT_STARTED)
         return self._now.model
@@ -288,8 +288,8 @@ class ControlEnvironment:
 
     def reset(self, *, seed: Optional[int] = None,
               options: Optional[Mapping[str, Any]] = None) -> Tuple[Numbers, Dict[str, Any]]:
-        """Begins an episode: the observation, and `time` and `scenario` in a dict. seed: begins the row of scenarios
-        anew; options: {"scenario": number} names one. """
+        """Begins an episode: the observation, and `time` and `scenario` in a dict. seed: starts the order of scenarios
+        again; options: {"scenario": number} names one. """
         if seed is not None:
             self._chance = np.random.default_rng(seed)
         count = len(self._scenarios)

@@ -264,17 +264,17 @@ def ensemble(project: Any, members: Any, *, out: PathLike, backend: str = "proce
              engines: Optional[PathLike] = None, threads: int = 1, progress: ProgressChoice = None,
              timeout: Optional[float] = None, retry: bool = False, slurm: Optional[Mapping[str, Any]] = None,
              chunk: Optional[int] = None) -> Ensemble:
-    """Runs a project once for each row of a table, and keeps what comes of it in a folder.
+    """Runs a project once for each row of a table, and keeps the outcome in a folder.
 
     project: path of a project file, or a Project. members: a DataFrame, or the path of a CSV file. Its index (of a CSV
     the column "member") names the members; without one they are "0000", "0001", ... Its columns are
 
-        class/ID/variable, class/*/variable, with /pollutant behind it where the variable goes by pollutant:
-                            a parameter, set ahead of the start; an empty cell leaves what the project has
-        ${NAME}             what stands in the project's text in place of ${NAME}
+        class/ID/variable, class/*/variable, with /pollutant added where the variable has a value for each pollutant:
+                            a parameter, set before the start; an empty cell leaves what the project has
+        ${NAME}             what replaces ${NAME} in the project's text
         file:NAME           another file in place of the file NAME that the project reads
         until, hot_start, load_state    as the arguments of `run`
-        seed                an integer that is recorded, and stands in place of ${seed}
+        seed                an integer that is recorded, and replaces ${seed}
 
     out: the folder. out/catalogue.db lists the members, out/members/NAME has what each of them leaves: model.bin (or
     model.db with results="database"), model.rpt and model.sti if `keep` has "report" and "state" beside "results",
@@ -284,13 +284,13 @@ def ensemble(project: Any, members: Any, *, out: PathLike, backend: str = "proce
     backend: "processes" on this machine, as many at once as `jobs`, or as cores can be used; "serial" in this process;
     "dask" with a distributed.Client as `client`; "slurm" as array jobs, `slurm` being options of sbatch as {"time":
     "1:00:00"}, `chunk` the members of a task of the array, `jobs` the tasks at once. threads: of each run. engines: see
-    Model. timeout: s that a member may take. progress: None shows it where somebody looks; True, False, or a function
+    Model. timeout: s that a member may take. progress: None: on terminals, in notebooks; True, False, or a function
     of members ended, failed and in all.
 
-    A member that fails, or whose process dies, takes nothing with it: `.status` tells. Of a call that is made again
-    only members run that are missing, whose row, project or files have changed, or, with retry=True, that have failed.
+    A member that fails, or whose process dies, doesn't affect others: see `.status`. A second call only runs members
+    that are missing, whose row, project or files have changed, or, with retry=True, that have failed.
 
-    ValueRefused, UnknownError, ProjectError, FileNotFoundError for what can't be run, ahead of all runs; RunError if
+    ValueRefused, UnknownError, ProjectError, FileNotFoundError for what can't be run, before all runs; RunError if
     the folder is being worked on, or no process can be started. KeyboardInterrupt leaves a folder from which the same
     call goes on. """
     if client is not None and backend == "processes":

@@ -88,7 +88,7 @@ def _read_csv(path: Path) -> pd.DataFrame:
                            encoding="utf-8-sig")
         head = [name if isinstance(name, str) else "" for name in rows.iloc[0]]
         if len(head) == 1 and (";" in head[0] or "\t" in head[0]):
-            raise ValueRefused(f'{path} can\'t be read: commas stand between its columns, not "{head[0]}"')
+            raise ValueRefused(f'{path} can\'t be read: commas must separate its columns, not "{head[0]}"')
         return rows.iloc[1:].set_axis(head, axis=1).reset_index(drop=True)
     except (FileNotFoundError, ValueRefused):
         raise

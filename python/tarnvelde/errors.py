@@ -39,7 +39,7 @@ class LibraryError(TarnveldeError, ImportError):
 
 
 class ProjectError(TarnveldeError):
-    """A project with errors: `messages` tell each with its section, line and words."""
+    """A project with errors: `messages` lists each with its section, line and words."""
 
 
 class RunError(TarnveldeError):
@@ -50,7 +50,7 @@ class RunError(TarnveldeError):
 
 
 class PhaseError(TarnveldeError):
-    """The model doesn't stand where this can be done."""
+    """The model is in a phase in which this can't be done."""
 
 
 class UnknownError(TarnveldeError, KeyError):

@@ -2,7 +2,7 @@
 
 An event is a time of flow above a threshold that ends where a gap of at least a given length without such flow follows:
 the definition by a minimum time between events (Restrepo-Posada and Eagleson 1982, J. Hydrol. 55, 303-319). Each row of
-the results stands for the report period that ends with it. These are the definitions of the command `tarnvelde stats`;
+the results counts for the report period that ends with it. These are the definitions of the command `tarnvelde stats`;
 docs/statistics.md has all of them.
 """
 from __future__ import annotations
@@ -48,7 +48,7 @@ def events(results: Any, objects: Union[None, str, Iterable[str]] = None, *, var
 
     Columns: table, object, start, end, began_before (there was flow from the first report on), goes_on (up to the last
     one), hours (with flow), volume (m3), peak (m3/s), peak_time, and of each pollutant load[ID] (kg), mean[ID] (mg/L,
-    flow-weighted: the event mean concentration) and maximum[ID] (mg/L); nan where there are none. Units stand in
+    flow-weighted: the event mean concentration) and maximum[ID] (mg/L); nan where there are none. Units are in
     `.attrs["units"]`. UnknownError for what isn't there, ValueError for a gap or threshold below 0.
     """
     found: List[Dict[str, Any]] = []

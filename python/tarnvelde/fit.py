@@ -123,10 +123,10 @@ def fit(project: Any, parameters: Mapping[str, Bounds], measured: Union[Mapping[
     out: folder of the fit: trials.csv, which grows with each generation, best.json, and, with `keep`, all generations
     as ensembles; then a fit that is called again with the same arguments does only what is missing. progress: called
     with the number of trials and the best value so far, after each generation. engines and what else is given
-    (backend, jobs, client, threads, timeout) goes to `tarnvelde.ensemble`; if nothing is, a trial that stands alone in
-    its generation runs in this process.
+    (backend, jobs, client, threads, timeout) goes to `tarnvelde.ensemble`; if nothing is, a trial that is alone in its
+    generation runs in this process.
 
-    A trial that fails counts as the worst, and the frame of trials tells why. RunError if all of the first generation
+    A trial that fails counts as the worst, and the frame of trials says why. RunError if all of the first generation
     fail; ValueError, UnknownError if parameters or series can't be used. """
     if not isinstance(measured, (Mapping, pd.DataFrame)):
         raise TypeError(f"what was measured is a mapping of places and Series, or a frame, not "
@@ -182,7 +182,7 @@ class _Goal:
         """The measure of a series."""
         pairs = measures.align(simulated, self.measured[place], means_over=self.means_over)
         if len(pairs) < max(1, self.at_least):
-            raise ValueError(f"{place}: {len(pairs)} measured values lie where there are simulated ones: "
+            raise ValueError(f"{place}: {len(pairs)} measured values are where there are simulated ones: "
                              f"{self.at_least} are needed")
         if self._name:
             function = measures.measure_of(self._name).function
@@ -199,7 +199,7 @@ class _Goal:
         return sum_ / total
 
     def value(self, badness: float) -> float:
-        """The measure that a badness stands for."""
+        """The measure that belongs to a badness."""
         if self._name:
             return 1.0 - badness if measures.measure_of(self._name).badness(1.0) == 0.0 else badness
         return self._sign * badness

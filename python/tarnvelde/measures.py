@@ -47,10 +47,10 @@ def align(simulated: Any, measured: Any, *, means_over: Optional[DurationLike] =
     The simulated series is taken as a line between its values. Of measured values that are samples it is read at their
     times, by linear interpolation. Of measured values that are means, say `means_over="15min"`, its mean over the
     interval that ends at each time is taken, which is the integral of the line. Nothing is extrapolated: what was
-    measured ahead of the simulated series or after it is left out, and so is what stands next to a gap of it.
+    measured before the simulated series or after it is left out, and so is what is next to a gap of it.
 
-    Arrays in place of Series must have one length. ValueError for others, for a simulated series that tells two values
-    for one time, and for times of which one has a time zone and the other none. """
+    Arrays in place of Series must have one length. ValueError for others, for a simulated series with two values for
+    one time, and for times of which one has a time zone and the other none. """
     if not (isinstance(simulated, pd.Series) and isinstance(measured, pd.Series)):
         if means_over is not None:
             raise ValueError("means_over needs series with times")
@@ -86,7 +86,7 @@ def _numbers(first: pd.Index, second: pd.Index) -> Tuple[Values, Values]:
     if all(dates):
         if (first.tz is None) != (second.tz is None):
             raise ValueError("one series has times of a time zone, the other has none: use tz_convert(None) on that "
-                             "with the zone, once it stands in the time of the project")
+                             "with the zone, once it is in the time of the project")
         return _seconds(first), _seconds(second)
     if any(dates) or not all(pd.api.types.is_numeric_dtype(index) for index in (first, second)):
         raise ValueError("both series need times as their index (a DatetimeIndex), or both numbers")
@@ -127,7 +127,7 @@ def _means(times: Values, values: Values, ends: Values, length: float) -> Values
 def _pairs(simulated: Any, measured: Any, at_least: int, means_over: Optional[DurationLike]) -> pd.DataFrame:
     frame = align(simulated, measured, means_over=means_over)
     if len(frame) < max(at_least, 1):
-        raise ValueError(f"{len(frame)} measured values lie where there are simulated ones: {at_least} are needed")
+        raise ValueError(f"{len(frame)} measured values are where there are simulated ones: {at_least} are needed")
     return frame
 
 
@@ -245,7 +245,7 @@ def volume_error(simulated: Any, measured: Any, *, at_least: int = 1,
     s, m = _columns(simulated, measured, at_least, means_over)
     total = float(m.sum())
     if total == 0.0:
-        raise ValueError("the measured values add up to 0: an error in % can't be told")
+        raise ValueError("the measured values add up to 0: an error in % can't be given")
     return 100.0 * (float(s.sum()) - total) / total
 
 
@@ -260,7 +260,7 @@ def peak_errors(simulated: Any, measured: Any, *, at_least: int = 1,
     frame = _pairs(simulated, measured, at_least, means_over)
     top = float(frame["measured"].max())
     if top == 0.0:
-        raise ValueError("the measured peak is 0: an error in % can't be told")
+        raise ValueError("the measured peak is 0: an error in % can't be given")
     shift = frame["simulated"].idxmax() - frame["measured"].idxmax()
     if not isinstance(shift, pd.Timedelta):
         shift = pd.Timedelta(float(shift), unit="s")

@@ -65,7 +65,7 @@ def message_of(raw: RawMessage, date_of: Callable[[float], Any] = from_days) -> 
 
 class EngineWarning(UserWarning):
     """A warning of the engine as one of Python; `message` is the Message. The classes below go by severity, so that
-    `warnings.simplefilter("ignore", tarnvelde.NoteWarning)` leaves doubts and what is serious."""
+    `warnings.simplefilter("ignore", tarnvelde.NoteWarning)` leaves the more serious ones."""
 
     def __init__(self, message: Any) -> None:
         super().__init__(str(message))
@@ -73,11 +73,11 @@ class EngineWarning(UserWarning):
 
 
 class NoteWarning(EngineWarning):
-    """Unusual, and maybe meant."""
+    """Unusual, but possibly meant."""
 
 
 class DoubtWarning(EngineWarning):
-    """Hardly meant."""
+    """Probably not meant."""
 
 
 class SeriousWarning(EngineWarning):

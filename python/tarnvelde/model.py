@@ -52,10 +52,10 @@ class Model(Calls):
     project: path of a project file, or a Project; `Model.from_text` takes text. report: path of the report, none if it
     isn't given. engines: folder of the libraries of models inside nodes, else that of the program. scratch: folder for
     their private copies. threads: that share the work of a step, with the same results. tell_warnings: whether warnings
-    are looked for, and told as warnings of Python. keep_loads: whether balances of pollutants are kept for nodes and
+    are looked for, and raised as warnings of Python. keep_loads: whether balances of pollutants are kept for nodes and
     links.
 
-    ProjectError if the project has errors or can't be read; its messages tell each with its place.
+    ProjectError if the project has errors or can't be read; its messages list each with its place.
     """
 
     def __init__(self, project: Any, *, report: Optional[PathLike] = None, engines: Optional[PathLike] = None,
@@ -147,7 +147,7 @@ class Model(Calls):
 
     @property
     def phase(self) -> Phase:
-        """Where the model stands: Phase.CLOSED, OPEN, STARTED, FINISHED or FAILED."""
+        """The phase of the model: Phase.CLOSED, OPEN, STARTED, FINISHED or FAILED."""
         if self._handle is None:
             return Phase.CLOSED
         phase = ctypes.c_int32()
@@ -378,8 +378,8 @@ class Model(Calls):
 
     def balance(self) -> pd.DataFrame:
         """The verdict on the run so far: a row for the water on the land and in the network, and for each pollutant
-        likewise, with `part`, `pollutant`, `in` and `missing` (m3 or kg), `error` (%), `grade` and `words`. What makes
-        the errors stands in `.attrs["causes"]`: a frame with `row`, `class`, `id`, `missing` and `share`."""
+        likewise, with `part`, `pollutant`, `in` and `missing` (m3 or kg), `error` (%), `grade` and `words`. What causes
+        the errors is in `.attrs["causes"]`: a frame with `row`, `class`, `id`, `missing` and `share`."""
         from ._balance import verdict_of
 
         return verdict_of(self)
@@ -405,7 +405,7 @@ class Model(Calls):
                 self._keeper.take_back()
 
     def hot_start(self, state: Union[bytes, PathLike]) -> None:
-        """Begins with the water of another run of the same network; ahead of the first step."""
+        """Begins with the water of another run of the same network; before the first step."""
         with self._lock:
             if self.phase == Phase.OPEN:
                 self.start()

@@ -51,11 +51,11 @@ class Project:
       ``CURVES``, ``PATTERNS`` and ``TIMESERIES`` have a row for each point;
     * a **Series** for ``GENERAL``, its index the options that the file gives;
     * a **list** of lines, without comments, for ``DESCRIPTION``, ``CONTROL_RULES``, the sections that are kept for
-      hosts, and those that the engine doesn't know.
+      hosts, and unknown ones.
 
     Tables are edited in place, replaced by ``project[section] = table``, or edited by :meth:`set`, :meth:`add` and
-    :meth:`remove`. Edits are found when the text is wanted, by a comparison with what was read. Rows are told by their
-    labels; the order of rows in a table isn't looked at, new rows go to the end of their section.
+    :meth:`remove`. Edits are found when the text is wanted, by a comparison with what was read. Rows are identified by
+    their labels; the order of rows in a table doesn't matter, new rows go to the end of their section.
     """
 
     path: Optional[str]
@@ -74,7 +74,7 @@ class Project:
 
     @classmethod
     def read(cls, path: PathLike) -> "Project":
-        """Read a project file. Any file can be read; what can't be taken as a table is told where it is asked for.
+        """Read a project file. Any file can be read; what can't be taken as a table is an error when it is asked for.
 
         Raises:
             OSError: The file can't be read.
@@ -84,7 +84,7 @@ class Project:
 
     @classmethod
     def parse(cls, text: Union[str, bytes], path: Optional[PathLike] = None) -> "Project":
-        """Take a text as a project file; `path` is where it stands, for the names of files in it."""
+        """Take a text as a project file; `path` is where it is, for the names of files in it."""
         if not isinstance(text, (str, bytes)):
             raise TypeError(f"a project is parsed from text or bytes, not {type(text).__name__}")
         project = cls()
@@ -96,12 +96,12 @@ class Project:
         """Return the text of the file; bytes that are no UTF-8 are lone surrogates (``surrogateescape``).
 
         Args:
-            fresh: Write all lines of tables anew, with aligned columns and with numbers as Python writes them.
-                Comments and blank lines stay; comments behind the points of curves, patterns and series don't. So do
+            fresh: Write all lines of tables again, with aligned columns and with numbers as Python writes them.
+                Comments and blank lines stay; comments after the points of curves, patterns and series don't. So do
                 lines that hold what couldn't be written, as a number with its unit.
 
         Raises:
-            ProjectFormatError: An edited value can't stand in a file, or one is missing.
+            ProjectFormatError: An edited value can't be written to a file, or one is missing.
         """
         return decode(self._get_raw(fresh))
 
@@ -147,7 +147,7 @@ class Project:
 
     @property
     def sections(self) -> List[str]:
-        """Names of the sections that stand in the file or have got lines since, without brackets."""
+        """Names of the sections that are in the file or have got lines since, without brackets."""
         names = dict.fromkeys(block.name for block in self._document.blocks
                               if self._document.has_section(block.name))
         names.update(dict.fromkeys(name for name, table in self._tables.items() if len(table.frame)))
@@ -222,11 +222,11 @@ class Project:
             section: Name of the section.
             label: ID of the row, or the tuple of words that name it. The case of letters doesn't matter.
             column: Name of the column.
-            value: The value; None takes away what may be missing.
+            value: The value; None removes what may be missing.
 
         Raises:
             KeyError: No such row, more than one, or no such column.
-            ProjectFormatError: The value can't stand in a file.
+            ProjectFormatError: The value can't be written to a file.
         """
         table, kind = self._get_framed(section)
         if kind.shape == "pairs":
@@ -256,14 +256,14 @@ class Project:
 
         Args:
             section: Name of the section.
-            label: The words of the index; the ID alone for curves, patterns and series, whose points go behind those
+            label: The words of the index; the ID alone for curves, patterns and series, whose points go after those
                 that are there; lines for a section of lines.
             values: Values by column. Lists of equal length make several rows. What has no value gets the one that
                 means nothing in particular, where there is such a word.
 
         Raises:
             KeyError: A row of this name is there, in sections whose rows are objects.
-            ProjectFormatError: A value can't stand in a file, or there is no such column.
+            ProjectFormatError: A value can't be written to a file, or there is no such column.
         """
         table = self._get_table(section)
         if isinstance(table, LinesTable):
@@ -354,7 +354,7 @@ class Project:
     # --- series ------------------------------------------------------------------------------------------------------
 
     def series(self, name: str) -> Any:
-        """Return a time series as a Series of numbers by date and time, also one that stands in a file of its own.
+        """Return a time series as a Series of numbers by date and time, also one that is in a file of its own.
 
         Times without a date count from the start of the simulation. Of a series with a file and entries the file
         counts, as in the engine.

@@ -118,7 +118,7 @@ class PointsTable(FrameTable):
             self.lines.setdefault(name, []).append(number)
             try:
                 if len(words) < 2:
-                    raise ProjectFormatError("nothing behind the name")
+                    raise ProjectFormatError("nothing after the name")
                 found = _READERS[self.section.name](words, state)
             except ProjectFormatError as error:
                 raise ProjectFormatError(f"{name}: {error}", self.section.name, number + 1) from None
@@ -250,7 +250,7 @@ class PointsTable(FrameTable):
         for row in entries[first:]:
             date = self._write_cell(row, "date") if row["date"] and not is_missing(row["date"]) else ""
             if not date and before:
-                raise ProjectFormatError(f"{decode(name)}: an entry without a date behind one with a date",
+                raise ProjectFormatError(f"{decode(name)}: an entry without a date after one with a date",
                                          self.section.name)
             if line and (date != before or len(line) >= POINTS_PER_LINE["TIMESERIES"]):
                 lines.append(self._join(name, before or "", line))

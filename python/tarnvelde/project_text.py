@@ -38,7 +38,7 @@ _MONTHS = ("JAN", "FEB", "MAR", "APR", "MAY", "JUN", "JUL", "AUG", "SEP", "OCT",
 
 
 class ProjectFormatError(ValueError):
-    """A line that can't be taken as a row of a table, or a value that can't stand in a project file.
+    """A line that can't be taken as a row of a table, or a value that can't be written to a project file.
 
     Attributes:
         section: Name of the section, without brackets; empty if it is none's.

@@ -40,7 +40,7 @@ class Results:
         results.object("N4")                all columns of one object
         results.lid_units["drain_flow"]     of a file of `tarnvelde run --lid-results`, which has nothing else
 
-    Units stand in `.attrs["unit"]` of a frame. Values have single precision in memory and in the binary file, six
+    Units are in `.attrs["unit"]` of a frame. Values have single precision in memory and in the binary file, six
     decimals in the database; frames hold them in double precision, so that sums don't lose more. What a file doesn't
     have is nan. """
 

@@ -138,12 +138,12 @@ def run(project: Any, *, report: FileChoice = None, results: FileChoice = None, 
 
     project: path of a project file, or a Project. report, results, database: where the files go. Of a project file
     without further words report and results go beside it, MODEL.rpt and MODEL.bin, as by the command line; `False`
-    leaves a file away, `database=True` is MODEL.db in place of MODEL.bin. database_with: what the database holds beyond
+    leaves a file out, `database=True` is MODEL.db in place of MODEL.bin. database_with: what the database holds besides
     its tables: "index" by object and date, tables of "units" and "dates", "full" for values in single precision and not
     to six decimals. A Project has no files but those that are
     named. Results without a file are kept in memory.
 
-    until: date to stop at. settings: parameters ahead of the start, as {"subcatchment/S07/imperviousness": 85,
+    until: date to stop at. settings: parameters before the start, as {"subcatchment/S07/imperviousness": 85,
     "subcatchment/*/width": 100, "land_use/HOUSES/buildup_rate/TSS": 0.4}. save_state: file for the state at the end.
     load_state: state to go on from; hot_start: state whose water is there at the start. threads, engines, scratch,
     keep_loads, tell_warnings: see Model. progress: called with the share that is done and the date, some times a
@@ -231,8 +231,8 @@ def _look(model: Model, done: Run, failure: Optional[BaseException],
 
 
 def totals_of(model: Model) -> Dict[str, pd.DataFrame]:
-    """Sums, peaks and balances of a run by class: frames with a row for each object; those that go by pollutant have
-    columns as "runoff_mass[TSS]". Units stand in `.attrs["units"]`."""
+    """Sums, peaks and balances of a run by class: frames with a row for each object; those with a value for each
+    pollutant have columns as "runoff_mass[TSS]". Units are in `.attrs["units"]`."""
     return {word: frame_of(columns) for word, columns in total_columns(model).items()}
 
 
@@ -246,7 +246,7 @@ def frame_of(columns: Columns) -> pd.DataFrame:
 
 def check(project: Any, *, engines: Optional[PathLike] = None) -> Tuple[Message, ...]:
     """Reads and validates a project, and leaves no file behind; what the engine says of it, warnings among them (they
-    are given back here, and not told as warnings of Python). ProjectError if it has errors."""
+    are returned here, and not raised as warnings of Python). ProjectError if it has errors."""
     import warnings
 
     with warnings.catch_warnings():

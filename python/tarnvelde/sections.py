@@ -302,10 +302,10 @@ _ALL = (
 #: All sections that the engine knows, by name without brackets.
 SECTIONS: Dict[str, Section] = {section.name: section for section in _ALL}
 
-#: Sections of nodes and of links: of their lines the next ones want to stand behind.
+#: Sections of nodes and of links: the next ones must come after their lines.
 NETWORK_SECTIONS = tuple(section.name for section in _ALL if section.defines in ("node", "link"))
 
-#: Sections that add to nodes and links, and must stand behind these.
+#: Sections that add to nodes and links, and must come after these.
 ADDING_SECTIONS = ("DECAY_COEFFICIENT", "INITIAL_CONCENTRATION", "REACTORS_DECAY", "REACTORS_EMPTYING",
                    "CONTROL_RULES")
 

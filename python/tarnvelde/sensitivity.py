@@ -48,7 +48,7 @@ def sensitivity(project: Any, parameters: Mapping[str, Bounds],
                 method: str = "morris", samples: Optional[int] = None, levels: int = 4, second_order: bool = False,
                 seed: int = 0, settings: Optional[Mapping[str, Any]] = None, keep: bool = False,
                 engines: Optional[PathLike] = None, **ensemble_options: Any) -> Sensitivity:
-    """Tells how much each parameter moves an output.
+    """Shows how much each parameter changes an output.
 
         found = tv.sensitivity("town.inp", {"subcatchment/*/impervious_share": tv.Factor(0.7, 1.3),
                                             "subcatchment/*/width": tv.Factor(0.5, 2)},

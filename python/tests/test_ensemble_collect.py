@@ -24,7 +24,7 @@ def made(tmp_path):
 
 
 def check(found, made):
-    """That a dataset has the values of each member, and nothing behind its end."""
+    """That a dataset has the values of each member, and nothing after its end."""
     assert list(found["member"].values) == made.done
     assert len(found["time"]) == 24
     for name in made.done:

@@ -207,7 +207,7 @@ def test_bytes_that_are_no_text_stay_as_they_are(tmp_path):
 
 
 @pytest.mark.parametrize("text, words", [
-    ("member;" + COLUMN + "\na;0.5\n", "commas stand between"), ("member\t" + COLUMN + "\na\t0.5\n", "commas stand"),
+    ("member;" + COLUMN + "\na;0.5\n", "commas must separate"), ("member\t" + COLUMN + "\na\t0.5\n", "commas must"),
     ("member," + COLUMN + "\na,0.5,\nb,0.6,\n", "line 2"),
     (f"member,{COLUMN},{COLUMN}\na,0.5,0.6\n", "several columns"),
 ])

@@ -250,7 +250,7 @@ def test_numbers_dates_and_times_are_read_as_by_the_engine() -> None:
 
 def test_lines_that_make_no_points_are_told_with_their_place() -> None:
     project = Project.parse("[CURVES]\nC TANK 1\n[PATTERNS]\nP\n[TIMESERIES]\nS FILE\n[JUNCTIONS]\nJ1\n")
-    for section, line, what in (("CURVES", 2, "x without a y"), ("PATTERNS", 4, "nothing behind"),
+    for section, line, what in (("CURVES", 2, "x without a y"), ("PATTERNS", 4, "nothing after"),
                                 ("TIMESERIES", 6, "without a name")):
         with pytest.raises(ProjectFormatError, match=what) as caught:
             project[section]
@@ -596,7 +596,7 @@ def test_entries_without_dates(town: Project) -> None:
     with pytest.raises(ProjectFormatError, match="single entry needs a date"):
         town.text()
     town["TIMESERIES"].loc[("RAIN", 3), "date"] = ""
-    with pytest.raises(ProjectFormatError, match="without a date behind"):
+    with pytest.raises(ProjectFormatError, match="without a date after"):
         town.text()
 
 

@@ -1,4 +1,4 @@
-"""The examples of the README, as they stand there, one behind the other in one folder."""
+"""The examples of the README, as they are there, one after the other in one folder."""
 import functools
 import importlib
 import re

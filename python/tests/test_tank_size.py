@@ -15,7 +15,7 @@ FOLDER = ROOT / "examples" / "tank-size"
 
 @pytest.fixture(scope="module")
 def answered(tmp_path_factory):
-    """The folder of the example behind a call of size.py, and what that printed."""
+    """The folder of the example after a call of size.py, and what that printed."""
     pytest.importorskip("matplotlib")
     folder = tmp_path_factory.mktemp("tank") / "tank-size"
     shutil.copytree(FOLDER, folder, ignore=shutil.ignore_patterns("sizes", "*.bin*", "*.rpt"))

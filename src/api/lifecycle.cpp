@@ -52,7 +52,7 @@ int32_t tarnvelde_initVornDll(const char* libraryPath, const char* tempFolder) {
     return setPaths(engines.vornLibrary, engines.vornFolder, libraryPath, tempFolder);
 }
 
-/// A project that is still open is let go of as it stands: nothing is completed or deleted.
+/// A project that is still open is released as it is: nothing is completed or deleted.
 int32_t tarnvelde_open(const char* input, const char* report, const char* results) {
     return guardCall([&] { return run_open(defaultmodel_renew(), getText(input), getText(report), getText(results)); });
 }

@@ -21,7 +21,7 @@
 /// What keeps a model busy.
 enum HandleWork : int32_t {
     WORK_NONE,
-    WORK_PERIOD,  ///< a callback behind a period: looking and setting are free
+    WORK_PERIOD,  ///< a callback after a period: looking and setting are free
     WORK_CALL     ///< a call, so maybe the log: nothing is free
 };
 
@@ -70,7 +70,7 @@ enum HandleNeed : int32_t {
     NEED_NOTHING
 };
 
-/// 0, or the code of the refusal. A call that looks or sets is free in the callback behind a period, one that steps,
+/// 0, or the code of the refusal. A call that looks or sets is free in the callback after a period, one that steps,
 /// ends or closes isn't.
 [[nodiscard]] int32_t modelhandle_test(const tv_model* handle, int32_t need, bool isFreeInPeriod);
 

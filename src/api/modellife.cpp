@@ -320,7 +320,7 @@ static int32_t moveSteps(tv_model* handle, Work&& work) {
     });
 }
 
-/// One step, and the word to the host behind a period. True if the host wants to stop.
+/// One step, and the word to the host after a period. True if the host wants to stop.
 static bool step(tv_model* handle) {
     Model& model = *handle->model;
     const int32_t period = model.results->period;

@@ -1,5 +1,5 @@
 // Variables: what a host reads and sets by name. The list in variables.def becomes, for each variable, one function
-// that reads it, one that reads it of all objects of its class, one that sets it and one that lets go of it.
+// that reads it, one that reads it of all objects of its class, one that sets it and one that releases it.
 
 #include <cmath>
 #include <cstring>
@@ -154,7 +154,7 @@ constexpr uint32_t BITS_CONDUIT = 1u << CONDUIT, BITS_WEIR = 1u << WEIR, BITS_OR
     }
 #include "api/variables.def"
 
-// releaseNODE_added_inflow: lets go of a forcing.
+// releaseNODE_added_inflow: releases a forcing.
 #define VARIABLE_ENTRY(class, name, ...)                  \
     int32_t release##class##_##name(VARIABLE_ARGUMENTS) { \
         OBJECT_##class

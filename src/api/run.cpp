@@ -134,7 +134,7 @@ int32_t run_start(Model& model, int32_t sinks) {
     routing_resetClock(model);
     model.sinks = sinks;
     model.clock.reportTime = model.options.reportStep * MS_PER_SECOND;
-    model.isStarted = true;  // whatever happens below, so that the end lets go of it
+    model.isStarted = true;  // whatever happens below, so that the end releases it
     results_releaseBuffers(model);
     validation_setStartState(model);
     runoff_limitStep(model);

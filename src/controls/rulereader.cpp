@@ -4,9 +4,9 @@
 //     any state --RULE--> RULE --IF--> IF --THEN--> THEN --ELSE--> ELSE          rulereader_readLine
 //     IF          --AND, OR--> IF                                                rulereader_readPremise
 //     THEN, ELSE  --AND-----> as it was                                          rulereader_readAction
-//     THEN, ELSE  --PRIORITY--> PRIORITY, behind which only RULE may come        readPriority
+//     THEN, ELSE  --PRIORITY--> PRIORITY, after which only RULE may come        readPriority
 //
-// The state moves before the rest of the line is read, so that one bad line spoils none of those behind it.
+// The state moves before the rest of the line is read, so that one bad line spoils none of those after it.
 
 #include "controls/rulereader.h"
 
@@ -114,7 +114,7 @@ static int32_t readNumber(Model& model, const Tokens& tokens, int32_t place, dou
     return tokens_getDouble(tokens[place], &value) ? ERR_NONE : errors_setName(model, ERR_NUMBER, tokens[place]);
 }
 
-/// Whether a clause word stands behind what has been read: two clauses on one line.
+/// Whether a clause word stands after what has been read: two clauses on one line.
 static bool isClauseWord(const Tokens& tokens, int32_t place) {
     return place < tokens.count && tokens_findKeyword(tokens[place], ClauseWords) >= 0;
 }
@@ -459,7 +459,7 @@ static int32_t readPriority(Model& model, const Tokens& tokens, Rule& rule) {
     return tokens.count > 2 ? refuseClause(model) : ERR_NONE;
 }
 
-/// Whether a clause may stand behind the one read last.
+/// Whether a clause may stand after the one read last.
 static bool isInSequence(const Model& model, int32_t clause) {
     const bool isInActions = model.clauseState == CLAUSE_THEN || model.clauseState == CLAUSE_ELSE;
     switch (clause) {

@@ -1,5 +1,5 @@
-// Nodes with an outside model inside. Their libraries are loaded and let go of kind by kind, everything else node by
-// node. Called when the tables are made and let go of, and by the order of the visits.
+// Nodes with an outside model inside. Their libraries are loaded and released kind by kind, everything else node by
+// node. Called when the tables are made and deleted, and by the order of the visits.
 
 #include "coupling/coupled.h"
 

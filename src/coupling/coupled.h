@@ -17,5 +17,5 @@ struct OutsideNode;
 /// Makes the tables of both kinds, and loads the library of each node. Writes what is wrong to the report.
 void coupled_createNodes(Model& model);
 
-/// Closes all models, lets go of all libraries and deletes their copies.
+/// Closes all models, releases all libraries and deletes their copies.
 void coupled_deleteNodes(Model& model);

@@ -122,7 +122,7 @@ void outside_loadLibrary(Model& model, OutsideNode& outside, const OutsideKind& 
 /// Clears away the private copies that processes have left behind which ended before they could.
 void outside_clearLeftovers(const Model& model);
 
-/// Closes the model, lets go of the library and deletes the copy.
+/// Closes the model, releases the library and deletes the copy.
 void outside_close(Model& model, OutsideNode& outside, const OutsideCalls& calls);
 
 /// The full path of a model's file without its extension: the path as given if it exists, or the same behind the folder

@@ -31,7 +31,7 @@ constexpr OutsideTotals VORN_TOTALS = {&FlowTotalsRecord::vornInflow, &FlowTotal
 /// Makes the node's own copy of the library and looks up its functions.
 void vorn_loadLibrary(Model& model, int32_t row);
 
-/// Closes the model, lets go of the library and deletes the copy.
+/// Closes the model, releases the library and deletes the copy.
 void vorn_closeNode(Model& model, int32_t row);
 
 /// A line of [VORN_INPS]: the definition of node `node` in row `row`, or a record of the node in row `row`. An

@@ -200,7 +200,7 @@ VECTORMATH_WIDE static inline void grow(const Arrays& a, size_t k) {
     store(a.growth + k, load(a.isCounted + k) != 0.0 ? next - present : VectorFour{});
 }
 
-/// The buildups (kg) behind the step in place of the present ones. Where the law has cases the arithmetic comes to the
+/// The buildups (kg) after the step in place of the present ones. Where the law has cases the arithmetic comes to the
 /// same: nothing there has the logarithm 0 and so the age 0; at an age of 0 the power is 1 and what has built up 0;
 /// beyond the full age a power of 0 gives the limit itself; a rule without limit gives 0 in any case; a land use that
 /// isn't there keeps its 0. Where the law asks for no logarithm or no power, one is taken of what is quickly done, and
@@ -219,7 +219,7 @@ VECTORMATH_WIDE static void growWide(const Arrays a, size_t count) {
     }
 }
 
-/// Subcatchments from one on whose buildups stand one behind the other, no more than a batch.
+/// Subcatchments from one on whose buildups stand one after the other, no more than a batch.
 struct Run {
     Model& model;
     const BuildupRules& rules;
@@ -331,7 +331,7 @@ static bool growRun(const Run& run, uint8_t* grows) {
     }
 }
 
-/// Of the list of subcatchments those are taken at once that stand one behind the other.
+/// Of the list of subcatchments those are taken at once that stand one after the other.
 static bool growRuns(Model& model, const int32_t* subcatches, int32_t count, uint8_t* grows, BuildupScratch& scratch) {
     const BuildupRules& rules = *model.buildupRules;
     if (scratch.present.size() != rules.limit.size()) {
@@ -346,7 +346,7 @@ static bool growRuns(Model& model, const int32_t* subcatches, int32_t count, uin
         const int32_t first = subcatches[k];
         int32_t some = std::min(count - k, rules.batch);
         while (subcatches[k + some - 1] != first + some - 1) {
-            --some;  // the list rises, so those in between stand one behind the other if the ends do
+            --some;  // the list rises, so those in between stand one after the other if the ends do
         }
         double* buildups = model.subcatches[first].landShares[0].buildup;
         const Run run{model, rules, scratch, first, some, buildups, stride, rules.columns.size()};

@@ -39,7 +39,7 @@ struct BuildupRules {
 struct BuildupScratch {
     std::vector<double> present;    ///< kg
     std::vector<double> perArea;    ///< kg/ha, before the step
-    std::vector<double> ages;       ///< days, behind the step, on the curve; before that their logarithms
+    std::vector<double> ages;       ///< days, after the step, on the curve; before that their logarithms
     std::vector<double> growth;     ///< kg, what is new and counts; before that the share of the limit that is missing
     std::vector<uint8_t> hasGrown;  ///< by column, somewhere in this step
     int32_t lookedAt = 0;           ///< subcatchments, in this step

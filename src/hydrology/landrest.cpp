@@ -145,7 +145,7 @@ bool landrest_isStill(const Model& model, int32_t index) {
     return lidgroup_getPace(model, index) != LID_AWAKE;
 }
 
-/// The arrays that live as long as the project stand one behind the other, and so do the statistics (subcatch.cpp). Of
+/// The arrays that live as long as the project stand one after the other, and so do the statistics (subcatch.cpp). Of
 /// the buildups, which stand elsewhere, the rest takes no notice.
 struct ArrayCounts {
     int64_t own;

@@ -67,7 +67,7 @@ void landrest_list(Model& model);
 /// of the impervious part, and no LID unit awake.
 [[nodiscard]] bool landrest_isStill(const Model& model, int32_t subcatch);
 
-/// Keeps a subcatchment as it is ahead of a step; and finds behind it how far it has come.
+/// Keeps a subcatchment as it is ahead of a step; and finds after it how far it has come.
 void landrest_keep(const Model& model, const Subcatch& subcatch, LandBefore& before);
 [[nodiscard]] LandPace landrest_judge(const Model& model, int32_t subcatch, LandBefore& before);
 

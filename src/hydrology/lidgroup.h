@@ -73,7 +73,7 @@ void lidgroup_wake(Model& model, int32_t subcatch);
 void lidgroup_step(Model& model, int32_t subcatch, RunoffVolumes& volumes, int32_t hour, double dt);
 
 /// The same of units none of which is awake, to which the land gives nothing: no rain, no runoff, no load. Nothing goes
-/// over their surfaces. How far the least resting one has come behind the step.
+/// over their surfaces. How far the least resting one has come after the step.
 LidPace lidgroup_dry(Model& model, int32_t subcatch, RunoffVolumes& volumes, int32_t hour, double dt);
 
 /// Takes from the mass that leaves a subcatchment in a runoff step (s) (kg, one per pollutant) the share that its units

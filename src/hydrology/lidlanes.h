@@ -85,7 +85,7 @@ template <size_t N>
     return lanes;
 }
 
-/// Some of two numbers that stand one behind the other.
+/// Some of two numbers that stand one after the other.
 template <size_t COUNT>
 [[gnu::always_inline]] inline LidPair lidlanes_loadPair(const double* from) {
     LidPair pair{};

@@ -387,7 +387,7 @@ template <size_t N>
 
 /// A flow of 0 carries nothing at any concentration that is finite and not negative, so that surface and soil keep what
 /// they have but for the reaction, which alone can make another of it. What stands in the other layers is 0. Whether
-/// the masses are ordinary behind it: if not, what a flow of 0 carries over the surface is written down.
+/// the masses are ordinary after it: if not, what a flow of 0 carries over the surface is written down.
 template <size_t N>
 [[gnu::noinline]] static bool dryPond(const Model& model, const LidStep& s, size_t first) {
     LidUnit& unit = *s.unit;

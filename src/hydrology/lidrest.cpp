@@ -21,7 +21,7 @@
 // parameters somebody may have changed. The dry time of a unit goes on all the same. Only the drain of a barrel asks
 // for it, so a barrel that waits for it counts as drying. A unit whose reactions go by the hour doesn't rest.
 //
-// What stands on a surface sinks in by no law of its own: only what comes in does. So behind a storm it stands for
+// What stands on a surface sinks in by no law of its own: only what comes in does. So after a storm it stands for
 // weeks, and evaporates.
 
 #include "hydrology/lidrest.h"
@@ -147,7 +147,7 @@ static bool hasRoom(const LidUnit& unit, const Lid& lid) {
 /// which a coefficient of -0 makes, isn't meant: it gives its sign to the loads.
 static bool isStanding(const Model& model, const LidUnit& unit, const LidUnit& before, bool hasWaited) {
     const Lid& lid = model.lids[unit.lid];
-    const int64_t above = 3 * int64_t{model_pollutantCount(model)};  // layers down to the soil, one behind the other
+    const int64_t above = 3 * int64_t{model_pollutantCount(model)};  // layers down to the soil, one after the other
     return lid.type == LID_RB && unit.storageLevel == before.storageLevel && unit.surfaceLevel == before.surfaceLevel &&
            unit.storageChange == 0.0 && unit.surfaceChange == 0.0 && (isWaiting(lid, unit) || !hasWaited) &&
            still_areZeros(unit.thisSurfaceMass, above) && still_areZeros(unit.lastSurfaceMass, above);
@@ -156,7 +156,7 @@ static bool isStanding(const Model& model, const LidUnit& unit, const LidUnit& b
 /// Whether there is anything in a unit that reacts by the hour.
 static bool goesByHour(const Model& model, const LidUnit& unit, const Lid& lid) {
     if (isZero(unit.thisSurfaceMass, 4 * int64_t{model_pollutantCount(model)})) {
-        return false;  // the masses in the layers stand one behind the other
+        return false;  // the masses in the layers stand one after the other
     }
     for (const Decay* decays : {lid.surfaceDecay, lid.pavementDecay, lid.soilDecay, lid.storageDecay, lid.matDecay}) {
         for (int32_t p = 0; decays && p < model_pollutantCount(model); ++p) {
@@ -294,13 +294,13 @@ static double drySoil(Model& model, int32_t index, const Lid& lid, int32_t hour,
     return evap;
 }
 
-/// What is new on a ponded unit behind a step.
+/// What is new on a ponded unit after a step.
 struct PondStep {
     double evap;  ///< m/s
     bool isSame;  ///< no level and no rate of change has become another one
 };
 
-/// How far a unit has come behind a step that found it ponded.
+/// How far a unit has come after a step that found it ponded.
 static LidPace judgePond(const Model& model, const LidUnit& unit, const PondStep& step) {
     const int64_t pollutants = model_pollutantCount(model);
     if (step.evap == 0.0 && step.isSame && !goesByHour(model, unit, model.lids[unit.lid]) &&

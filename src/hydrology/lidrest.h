@@ -39,10 +39,10 @@ void lidrest_wake(Model& model, int32_t unit);
 /// water in the soil and, above one that holds its water, on the surface.
 [[nodiscard]] bool lidrest_isStill(const Model& model, int32_t unit);
 
-/// Keeps a unit as it is ahead of a step, behind the roll from new to old; and finds behind the step how far the unit
+/// Keeps a unit as it is ahead of a step, after the roll from new to old; and finds after the step how far the unit
 /// has come, from what it was and what left it.
 void lidrest_keep(Model& model, int32_t unit);
 void lidrest_judge(Model& model, int32_t unit, LidUnit before, const LidOutflow& out);
 
-/// Finds behind a step into which nothing came whether the unit seeps from now on, where no more is asked for.
+/// Finds after a step into which nothing came whether the unit seeps from now on, where no more is asked for.
 void lidrest_judgeSeeping(Model& model, int32_t unit, const LidOutflow& out);

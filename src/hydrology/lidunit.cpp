@@ -155,7 +155,7 @@ static void roll(double& last, double& current) {
     current = 0.0;
 }
 
-/// The arrays of the layers stand one behind the other: four old masses of each pollutant, four new ones and the two
+/// The arrays of the layers stand one after the other: four old masses of each pollutant, four new ones and the two
 /// loads that leave. A unit that sends no water must send no load. Small pieces are set faster than one large one.
 [[gnu::always_inline]] static inline void rollArrays(LidUnit& unit, size_t pollutants) {
     double* last = unit.lastSurfaceMass;

@@ -62,7 +62,7 @@ struct LidUnit {
     double* reactedLoad;       ///< kg
 };
 
-/// Reads the words of a unit's line from `place` on: area, width, saturation, share, and behind them the node of the
+/// Reads the words of a unit's line from `place` on: area, width, saturation, share, and after them the node of the
 /// drain, if there is one. The lines of units refuse nan, those of nodes let it pass for all but the area. An error
 /// index, or 0.
 [[nodiscard]] int32_t lidunit_readItems(Model& model, const Tokens& tokens, int32_t place, bool takesNan,
@@ -92,7 +92,7 @@ void lidunit_initState(LidUnit& unit, const Lid& lid, double matVoid);
 [[nodiscard]] Balance lidunit_getBalance(const LidUnit& unit);
 [[nodiscard]] bool lidunit_getLoadBalance(const LidUnit& unit, int32_t pollutant, Balance& balance);
 
-/// Numbers from `load` on: the load that enters and the quality balance stand one behind the other.
+/// Numbers from `load` on: the load that enters and the quality balance stand one after the other.
 [[nodiscard]] int64_t lidunit_getSumCount(const Model& model);
 
 /// Whether the masses at the end of a step are, bit for bit, those at its start.

@@ -293,7 +293,7 @@ static void stepAlone(Model& model, int32_t hour, double dt) {
     dryBlock(model, hour, dt, 0, rest.drying.size(), work);
 }
 
-/// Looks, behind a step that asked for it, where nothing has grown: if all land was dry that may still grow.
+/// Looks, after a step that asked for it, where nothing has grown: if all land was dry that may still grow.
 static void endGrowth(Model& model, int32_t candidates) {
     std::vector<LandWork>& works = model.landRest->works;
     std::vector<uint8_t>& hasGrown = works.front().buildup.hasGrown;

@@ -27,7 +27,7 @@ struct RunoffStep {
 /// Cuts the runoff step to the shortest interval of the gages, and to the time of flow over the land; once per run.
 void runoff_limitStep(Model& model);
 
-/// Makes the loads of the runoff step of all subcatchments, for a run, and lets go of them.
+/// Makes the loads of the runoff step of all subcatchments, for a run, and releases them.
 void runoff_open(Model& model);
 void runoff_close(Model& model);
 

@@ -25,7 +25,7 @@ static constexpr double DRYING_SHARE = 0.020000000000000018;  ///< of the curve,
 // --- table ---------------------------------------------------------------------------------------------------------
 
 /// All arrays of a subcatchment that live as long as the project stand together: a runoff step goes through them at
-/// once. The buildups of all subcatchments stand one behind the other, since in dry weather they grow and nothing else
+/// once. The buildups of all subcatchments stand one after the other, since in dry weather they grow and nothing else
 /// happens.
 static void createArrays(Model& model, Subcatch& subcatch, double* buildups) {
     const int64_t pollutants = model_pollutantCount(model);

@@ -57,7 +57,7 @@ struct CircleTables {
 
 void conduit_validate(const Model& model, Conduit& conduit);
 
-/// Ahead of a start: lets go of tables of circles that no conduit has now, if there are many.
+/// Ahead of a start: releases tables of circles that no conduit has now, if there are many.
 void conduit_dropTables(Model& model);
 
 /// Empties a conduit for a run, and makes its full depth and its areas by depth.

@@ -17,7 +17,7 @@ struct DelayQueue {
     DelayEntry* entries;  ///< null while nothing was ever queued
     int32_t capacity;     ///< a power of 2, or 0
     int64_t first;        ///< running number of the head
-    int64_t end;          ///< running number behind the tail
+    int64_t end;          ///< running number after the tail
 };
 
 /// The capacity of a ring for so many entries, and memory for it, null without.

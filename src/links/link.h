@@ -35,7 +35,7 @@ struct LinkHead {
 /// Reads NO or YES at word `place`. An error index, or 0.
 [[nodiscard]] int32_t link_readLag(Model& model, const Tokens& tokens, int32_t place, LinkHead& head);
 
-/// Reads the front part of a line of at least `needed` words: all kinds but the pump have the lag behind the ends. An
+/// Reads the front part of a line of at least `needed` words: all kinds but the pump have the lag after the ends. An
 /// error index, or 0.
 [[nodiscard]] int32_t link_readHead(Model& model, const Tokens& tokens, int32_t needed, LinkHead& head);
 

@@ -22,7 +22,7 @@ static constexpr double TWO_G = 19.62;  ///< m/s2
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-/// The numbers of a line behind the shape. An error index, or 0.
+/// The numbers of a line after the shape. An error index, or 0.
 static int32_t readSizes(Model& model, const Tokens& tokens, Orifice& orifice) {
     if (!tokens_getNonNegative(tokens[5], &orifice.coefficient) || orifice.coefficient == 0.0) {
         return errors_setName(model, ERR_NUMBER, tokens[5]);

@@ -20,7 +20,7 @@ struct alignas(64) Pipe {
     double stepLength;   ///< s, `k` as it was at the start of the run
     double k;            ///< s, Muskingum K of one reach, and the pipe's own period
     double x;            ///< Muskingum X, 0 ... 0.5
-    double* storage;     ///< m3, one per reach; behind it stand the concentrations of the reaches
+    double* storage;     ///< m3, one per reach; after it stand the concentrations of the reaches
     double newInflow;    ///< m3/s, mean inflow of the last firing
     double oldInflow;    ///< m3/s, of the last firing but one, and of no meaning once the link has rolled
     int32_t n;           ///< number of reaches
@@ -55,7 +55,7 @@ struct alignas(64) Pipe {
 /// Tests a pipe when all is read; writes what is wrong to the report.
 void pipe_validate(Model& model, const Link& link, const Pipe& pipe);
 
-/// Puts a pipe to time zero, and lets go of what it holds for the run.
+/// Puts a pipe to time zero, and releases what it holds for the run.
 void pipe_initState(Model& model, Link& link, Pipe& pipe);
 void pipe_endState(Link& link, Pipe& pipe);
 
@@ -235,7 +235,7 @@ inline void pipe_addLoads(const Link& link, double time, double* __restrict load
     }
 }
 
-/// Flow and loads, one behind the other, in place of what stands in `delivery`: zeros before the first firing.
+/// Flow and loads, one after the other, in place of what stands in `delivery`: zeros before the first firing.
 inline void pipe_layDown(const Link& link, const Pipe& pipe, double time, double* delivery, int32_t pollutants) {
     if (link.clock.nextFireTime == link.clock.lastFireTime) {
         std::fill_n(delivery, 1 + pollutants, 0.0);

@@ -82,7 +82,7 @@ double pump_getTarget(const Link& link, const Pump& pump, double depth) {
     return link.setting;
 }
 
-/// A line through the points; level in front of the first and behind the last.
+/// A line through the points; level in front of the first and after the last.
 static double getLineFlow(const std::vector<CurvePoint>& points, double depth) {
     if (points[0].x >= depth) {
         return points[0].y;

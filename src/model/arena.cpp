@@ -12,7 +12,7 @@
 
 struct ArenaBlock {
     ArenaBlock* older;
-    size_t size;  ///< bytes of storage behind this head
+    size_t size;  ///< bytes of storage after this head
     size_t used;
 };
 

@@ -5,10 +5,10 @@
 
 struct Model;
 
-/// What stands behind the name of a binary file of results for the text about its run.
+/// What stands after the name of a binary file of results for the text about its run.
 constexpr const char* IDENTITY_ENDING = ".run";
 
-/// Bytes of the longest ending that SQLite puts behind the name of a database.
+/// Bytes of the longest ending that SQLite puts after the name of a database.
 constexpr size_t JOURNAL_ROOM = 8;
 
 /// What the project itself is read for.

@@ -57,7 +57,7 @@ struct ActionLine {
     int32_t link, node;  ///< what the name means; -1 for none
 };
 
-/// Which conditions the rule that is being read has had behind its IF.
+/// Which conditions the rule that is being read has had after its IF.
 struct RuleLogics {
     int32_t rule = -1;  ///< row
     bool hasAnd = false, hasOr = false;
@@ -88,7 +88,7 @@ struct WarningLog {
 struct MessageLog {
     std::deque<Message> messages;
     MessagePlace place{};  ///< of what is being said
-    std::string detail;    ///< put behind the words of the next message
+    std::string detail;    ///< put after the words of the next message
     WarningLog warnings;
     void (*hear)(void* owner, const Message& message) = nullptr;
     void* owner = nullptr;
@@ -100,10 +100,10 @@ void messages_tell(const Model& model, const char* text);
 /// Where in the project file the faults stand that are told next; a line of 0 ends this.
 void messages_setPlace(Model& model, const char* section, int64_t line, const char* words);
 
-/// What stands behind the words of the failure that is told next.
+/// What stands after the words of the failure that is told next.
 void messages_setDetail(Model& model, const char* detail);
 
-/// Tells a failure by its index, with what stands behind its words, which no report gets; its public code.
+/// Tells a failure by its index, with what stands after its words, which no report gets; its public code.
 int32_t messages_addFault(Model& model, int32_t error, const std::string& detail);
 
 /// Puts a message into the log, and lets the host hear it.

@@ -146,7 +146,7 @@ struct Model {
     int32_t reachedCount{};  ///< nodes that a path leads to from a head, by the check of the project
     Table<Visit> visits;
     bool areVisitsDue{};     ///< to be listed anew ahead of the next step: their order may not hold any more
-    bool isOrderStraight{};  ///< nearly all visits stand behind the one before in the tables as well
+    bool isOrderStraight{};  ///< nearly all visits stand after the one before in the tables as well
     Table<VisitLink> outgoingVisits, incomingVisits;
     Table<int32_t> visitsByNode;      ///< place in `visits`, by node; -1 if the order leaves a node out
     Table<int32_t> nodesRolledAhead;  ///< that roll ahead of the visits; all others do so in their visit

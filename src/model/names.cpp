@@ -15,7 +15,7 @@
 #include "platform/memory.h"
 #include "text/tokens.h"
 
-/// Objects are mostly numbered, and named in the file one behind the other: J17, J18, J19. So names that differ in the
+/// Objects are mostly numbered, and named in the file one after the other: J17, J18, J19. So names that differ in the
 /// lowest bits of their last letter alone get the slots of one line of memory, and most look-ups meet the line of the
 /// one before.
 static constexpr uint32_t NEIGHBOURS = NameLine::SLOTS - 1;

@@ -33,7 +33,7 @@ struct NameTable {
     std::vector<NameEntry> entries;
     std::vector<NameLine> lines;  ///< the count of their slots is a power of 2, at least twice the entries'
 
-    /// Entries that look-ups seem to go through one by one: those behind the last found of two walks, as the upper ends
+    /// Entries that look-ups seem to go through one by one: those after the last found of two walks, as the upper ends
     /// of links are one and the lower ends another. A guess alone, which no outcome depends on.
     mutable std::array<size_t, 2> walks{};
     mutable size_t latestWalk{};

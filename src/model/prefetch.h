@@ -18,7 +18,7 @@ void prefetch_record(const Record& record) {
     }
 }
 
-/// A record so many rows behind one of its table, which the walk will come by if it goes straight. There may be none,
+/// A record so many rows after one of its table, which the walk will come by if it goes straight. There may be none,
 /// so that it is no sum of a pointer.
 template <class Record>
 const Record* prefetch_getFar(const Record& record, uintptr_t rows) {

@@ -25,7 +25,7 @@ void timeseries_createAll(Model& model) {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-/// Tells of a date or time that nothing stands behind: it makes no entry.
+/// Warns of a date or time without a value after it: it makes no entry.
 static int32_t endEarly(const Model& model, const Tokens& tokens, int32_t place) {
     warnings_addAtLine(model, WARN_SERIES_ENTRY, place, tokens[0], {tokens[place]});
     return ERR_NONE;
@@ -127,7 +127,7 @@ static bool isBlank(char c) {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-/// The next word of a line, cut off behind, and `at` moved on; empty at the end.
+/// The next word of a line, cut off there, and `at` moved on; empty at the end.
 static const char* takeWord(char*& at) {
     while (isBlank(*at)) {
         ++at;

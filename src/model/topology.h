@@ -16,7 +16,7 @@ struct LinkList {
     const int32_t* end() const { return first + count; }
 };
 
-/// The links of all nodes, one list behind the other.
+/// The links of all nodes, one list after the other.
 struct LinkIndex {
     Table<int32_t> start;  ///< by node: where its links begin; one more at the end
     Table<int32_t> links;

@@ -1,6 +1,6 @@
 // Outlets of a tank. A tank lets water go level by level, so orifices and weirs are sorted by the height of their
 // crest. The order of the levels is not simply rising: the first outlet of the project file stays in front, and what
-// lies below it is put directly behind it. Which outlet drains first when water is short depends on this order, so it
+// lies below it is put directly after it. Which outlet drains first when water is short depends on this order, so it
 // is kept, with all its odd cases. The levels of orifices stand for the whole run, those of weirs move with the
 // settings; they are made anew only when a crest has moved.
 
@@ -100,7 +100,7 @@ bool outlets_updateKeys(const Model& model, LevelList& list) {
 void outlets_insertLevel(double* levels, int32_t& count, double value) {
     int32_t place = 0;
     if (count > 0) {
-        // Nothing ever goes in front of the first level. A value below it lands directly behind it, even if it stands
+        // Nothing ever goes in front of the first level. A value below it lands directly after it, even if it stands
         // further on already: it is then treated twice.
         int32_t at = 0;
         while (levels[at] != value && !(levels[at] > value) && at + 1 < count && !(levels[at + 1] > value)) {

@@ -3,7 +3,7 @@
 // a fixed time. Both take in what their capacity allows and send the rest to a surplus node. The reaction law of each
 // pollutant is of zero or first order (Levenspiel 1962), or a plain removal. The room nodekinds calls reactor_update at
 // the reactor's turn. Surplus and emptying are no links: they are added at once to lateral
-// inflow and load of their nodes, which the order of the network places behind the reactor. A node that was visited
+// inflow and load of their nodes, which the order of the network places after the reactor. A node that was visited
 // before has had its turn, and loses them at its next roll.
 
 #include "nodes/reactor.h"

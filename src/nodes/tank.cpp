@@ -1,4 +1,4 @@
-// Tanks. A tank is a completely mixed reservoir by level (level-pool routing): in each step it first lets go of the
+// Tanks. A tank is a completely mixed reservoir by level (level-pool routing): in each step it first releases the
 // water that it held before the step, from the orifices over the weirs to the pumps, then loses as flood what exceeds
 // its full volume, and at last takes in the step's inflow and mixes it. So flood shows one step after the water came.
 //

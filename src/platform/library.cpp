@@ -1,6 +1,6 @@
 // Shared libraries. Each file that is loaded is an image of its own with its own static data, also if another file with
 // the same bytes is loaded beside it: that is what private copies of an engine rest on.
-// What such a library does when it is loaded and let go of is code of others as well: one that was linked for fast
+// What such a library does when it is loaded and released is code of others as well: one that was linked for fast
 // mathematics sets the processor so.
 // Called by the rooms of coupled nodes.
 

@@ -39,7 +39,7 @@ struct OutputPlace {
 /// Empties a file; false if that fails. What is no file has nothing to be emptied of.
 bool outputs_empty(OutputPlace& place, std::FILE* file);
 
-/// Keeps other runs off a file that something else than a stream writes; below 0 with a fault. To be let go of.
+/// Keeps other runs off a file that something else than a stream writes; below 0 with a fault. To be released.
 [[nodiscard]] int32_t outputs_lock(const std::string& path, OutputFault& fault);
 void outputs_unlock(int32_t lock);
 

@@ -47,7 +47,7 @@
 
 Model::Model() = default;
 
-/// A model that is still open is let go of as it stands: engines are closed, and nothing is completed or deleted.
+/// A model that is still open is released as it is: engines are closed, and nothing is completed or deleted.
 Model::~Model() {
     if (isStarted) {
         routing_close(*this);

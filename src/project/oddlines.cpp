@@ -79,7 +79,7 @@ static size_t getDistance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-/// What the header may have been meant for, as words behind it.
+/// What the header may have been meant for, as words after it.
 static std::string guessHeader(std::string_view header) {
     const size_t comment = header.find("//");
     const std::string name(header.substr(0, comment));
@@ -109,7 +109,7 @@ void oddlines_reviewHeader(const Model& model, const char* header) {
 
 // --- words ---------------------------------------------------------------------------------------------------------
 
-static constexpr int32_t ANY = MAX_TOKENS;  ///< notes may stand behind, or a list goes on
+static constexpr int32_t ANY = MAX_TOKENS;  ///< notes may follow, or a list goes on
 
 /// How many words a line of a section reads at least, and which of its words are numbers or times.
 struct LineFormat {

@@ -33,7 +33,7 @@ inline void oddlines_reviewLine(const Model& model, int32_t section, const RawLi
 /// A header that is no section.
 void oddlines_reviewHeader(const Model& model, const char* header);
 
-/// The first pass is through: looks at what stands behind the end of the file.
+/// The first pass is through: looks at what stands after the end of the file.
 void oddlines_reviewEnd(Model& model);
 
 /// How many words each line of a section reads at least, and which oddities of its words may matter.

@@ -133,7 +133,7 @@ static int32_t countIds(const Model& model) {
 }
 
 /// One line of the first pass; gives the error to be told. `section` moves with the headers. `pending` is the error of
-/// the line before: behind an unknown header every data line repeats it, until a good header comes.
+/// the line before: after an unknown header every data line repeats it, until a good header comes.
 static int32_t countNextLine(Model& model, char* line, int32_t& section, int32_t& pending) {
     char word[LINE_SIZE];
     const size_t length = copyFirstWord(line, word);
@@ -309,7 +309,7 @@ static int32_t parseRule(Model& model, const Tokens& tokens) {
         if (running >= model.counts.objects[RULE]) {
             return errors_setName(model, ERR_DUPLICATE_ID, tokens[0]);
         }
-        // A rule of a known name is refused whole; the clauses behind it go to the last good rule.
+        // A rule of a known name is refused whole; the clauses after it go to the last good rule.
         if (names_add(model, RULE, tokens[1], running) != 1) {
             return errors_setName(model, ERR_DUPLICATE_ID, tokens[1]);
         }

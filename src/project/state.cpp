@@ -1,4 +1,4 @@
-// States of a run. A state is a head, which tells what it is, and the fields of the run one behind the other, in the
+// States of a run. A state is a head, which tells what it is, and the fields of the run one after the other, in the
 // order of the walk (project/statefields.h). Saving is one walk over the model. Restoring is three: the first one
 // reads and tests everything and writes nothing, the second takes memory ahead, the third can't fail any more. So a
 // state that is refused changes nothing, and no bytes, whoever made them, lead out of their memory or of the model's.
@@ -36,7 +36,7 @@ struct StateHead {
     uint32_t engineVersion;
     unsigned char typeSizes[4];
     uint64_t structure, content;  ///< fingerprints of the project
-    uint64_t length;              ///< bytes behind the head
+    uint64_t length;              ///< bytes after the head
     uint64_t sum;                 ///< of them
     uint64_t headSum;             ///< of all above
 };
@@ -147,7 +147,7 @@ static StateFault testState(const Model& model, const void* bytes, size_t size, 
     return head.sum == statehash_getSum(payload, static_cast<size_t>(head.length)) ? STATE_OK : STATE_DAMAGED;
 }
 
-/// The origin is what stands first behind the head.
+/// The origin is what stands first after the head.
 static bool readOrigin(const void* bytes, size_t size, StateOrigin& origin) {
     const char* start = static_cast<const char*>(bytes) + sizeof(StateHead);
     const char* end = static_cast<const char*>(bytes) + size;
@@ -217,7 +217,7 @@ static bool areClocksGood(const Model& model, const Clock& clock, const StateOri
            clock.oldRunoffTime <= clock.newRunoffTime && clock.oldRoutingTime <= clock.newRoutingTime;
 }
 
-/// The clocks as a state holds them, behind its origin.
+/// The clocks as a state holds them, after its origin.
 static Clock readClock(const void* bytes, size_t size) {
     const char* start = static_cast<const char*>(bytes);
     ReadContext context{};

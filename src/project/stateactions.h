@@ -1,6 +1,6 @@
 #pragma once
 // What is done with the fields of a run (model/fields.h): measured, written, read in three passes, compared. A state
-// holds the fields one behind the other, without names and without padding; of an array its numbers, of a list its
+// holds the fields one after the other, without names and without padding; of an array its numbers, of a list its
 // count and its entries.
 
 #include <bit>

@@ -1,9 +1,9 @@
 // The binary results file: head, names, codes of the columns, dates, one record of fixed length per report, and a
-// closing block at the very end from which a reader finds the sections. The layout is told in the manual.
+// closing block at the very end from which a reader finds the sections. The layout is in the manual.
 //
-// Writes that fail, as on a full disk, are noticed behind the head and behind the closing block: at each of them the
+// Writes that fail, as on a full disk, are noticed after the head and after the closing block: at each of them the
 // buffer is written out, and one failure since the last test makes one error. The run goes on. Only of a file that is
-// written aside a lost record ends the run at once: it is never put in place, but cut behind its last whole record and
+// written aside a lost record ends the run at once: it is never put in place, but cut after its last whole record and
 // closed there, so that what the run had done until then can still be read.
 
 #include "results/binary.h"
@@ -202,7 +202,7 @@ static void writeClosingBlock(Model& model, int32_t recordCount) {
     flushBuffer(out);
 }
 
-/// Closes the file behind the last record for which there is room, the closing block included. False if there isn't a
+/// Closes the file after the last record for which there is room, the closing block included. False if there isn't a
 /// single one.
 static bool closeBehindWholeRecords(Model& model) {
     BinaryResults& out = *model.binary;

@@ -48,7 +48,7 @@ void binary_takeBack(Model& model, int32_t period, uint64_t recordSize);
 void binary_end(Model& model, int32_t periodCount);
 
 /// Closes the file, if one is open, and deletes it if it isn't to be kept. One that lacks records stays aside, closed
-/// behind its last whole one.
+/// after its last whole one.
 void binary_close(Model& model, bool isKept);
 
 /// Closes the file and leaves nothing of it; of what stands in its place, nothing is touched.

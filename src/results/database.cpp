@@ -5,7 +5,7 @@
 //
 // A model of the second face, which has a log, writes into a database aside. It commits some thousand rows at a time,
 // so readers keep the results of the run before until the very end, and a run that was killed leaves what it had. What
-// the end will do to a file that is there is tried at the start, so that a run fails ahead of its work and not behind
+// the end will do to a file that is there is tried at the start, so that a run fails ahead of its work and not after
 // it.
 //
 // Rows go by statements that are compiled once for each table, several at a time, if the table is what it was made as:
@@ -44,7 +44,7 @@ static constexpr int32_t ROWS_OF_TRANSACTION = 20000;  ///< at least; it ends wi
 
 // --- statements ----------------------------------------------------------------------------------------------------
 
-/// Whether SQLite has let go of the transaction by itself. Further rows would go into the old tables.
+/// Whether SQLite has rolled back the transaction by itself. Further rows would go into the old tables.
 static bool isTransactionLost(int32_t result) {
     const int32_t primary = result & 0xFF;
     return primary == SQLITE_FULL || primary == SQLITE_IOERR || primary == SQLITE_NOMEM;
@@ -159,7 +159,7 @@ static bool isPlainTable(Model& model, int32_t index) {
 
 /// What the text that makes a table is.
 struct TableTexts {
-    size_t creation;  ///< where the second statement begins, behind that which drops the old table
+    size_t creation;  ///< where the second statement begins, after that which drops the old table
     size_t name;      ///< where its name of the table begins
     bool isRefused;   ///< a name makes something else of it
     bool hasMoreStatements;
@@ -745,7 +745,7 @@ static void closeInPlace(Model& model, bool isKept) {
     }
 }
 
-/// Completes the last transaction. Where disk or memory fails, SQLite lets go of all of it, and not only of the
+/// Completes the last transaction. Where disk or memory fails, SQLite rolls back all of it, and not only of the
 /// statement: then the last rows are lost.
 static bool commitAside(const Model& model) {
     sqlite3* handle = model.database->handle;

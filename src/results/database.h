@@ -35,7 +35,7 @@ struct DatabaseResults {
     bool isAside;                         ///< it stands beside the file whose place it will take
     bool isBegun;                         ///< the start of the run went well as far as here
     bool hadTables;                       ///< ahead of the run, if it isn't aside
-    bool isStopped;                       ///< SQLite has let go of the transaction
+    bool isStopped;                       ///< SQLite has rolled back the transaction
     std::string loss;                     ///< why it has
     int32_t openRows;                     ///< rows since the last commit
     DatabasePatience patience;            ///< with others that use the file

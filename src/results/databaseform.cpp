@@ -58,7 +58,7 @@ static bool insert(sqlite3_stmt* statement) {
     return sqlite3_step(statement) == SQLITE_DONE && sqlite3_reset(statement) == SQLITE_OK;
 }
 
-/// Columns of a table as the database calls them, behind those that name object and period. False if that can't be
+/// Columns of a table as the database calls them, after those that name object and period. False if that can't be
 /// asked; a table that couldn't be made has none.
 static bool listColumns(sqlite3* handle, int32_t table, std::vector<std::string>& columns) {
     const Statement statement = prepare(handle, std::string("pragma table_info(") + RowTables[table].name + ')');

@@ -20,6 +20,6 @@ enum DatabaseForm : int32_t {
 /// Writes what the run is known by into a table of its own. One that can't be made costs nothing else.
 void databaseform_writeIdentity(const Model& model, sqlite3* handle);
 
-/// Adds what the form asks for behind the last row, in a transaction of its own. False with the reason if that can't be
+/// Adds what the form asks for after the last row, in a transaction of its own. False with the reason if that can't be
 /// done; the rows stay as they are.
 [[nodiscard]] bool databaseform_complete(const Model& model, sqlite3* handle, int32_t form, std::string& reason);

@@ -28,7 +28,7 @@ constexpr const char* INDEX_PREFIX = "TarnveldeIndex";
 
 /// The files of a database.
 struct DatabasePlace {
-    std::string target;    ///< behind all links
+    std::string target;    ///< through all links
     std::string aside;     ///< beside the target
     std::string encoding;  ///< of the texts in the target, in the words of SQLite; empty if there is none
 };

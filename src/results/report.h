@@ -6,7 +6,7 @@ struct Model;
 /// Writes the banner of a new report.
 void report_writeBanner(const Model& model);
 
-/// Writes the description of the project, with a blank line behind it.
+/// Writes the description of the project, with a blank line after it.
 void report_writeDescription(const Model& model);
 
 /// Closes the balances and writes all tables.

@@ -64,7 +64,7 @@ void rows_fetchLinks(const Model& model, int32_t k) {
 namespace {
 
 /// What becomes of the shares of an object: nothing; a part of sums, in places that no other code knows, so that they
-/// needn't go through memory for each object; or numbers one behind the other.
+/// needn't go through memory for each object; or numbers one after the other.
 struct NoShares {
     explicit NoShares(const float*) {}
     template <int32_t SUM>

@@ -29,8 +29,8 @@ struct RowColumn {
     const char* unit;  ///< empty for a plain number
 };
 
-/// Objects of one class and kind that stand one behind the other, in their class and in the table of their kind: few
-/// enough for their rows to stay in the nearest memory. All runs of a class, one behind the other, are the class.
+/// Objects of one class and kind that stand one after the other, in their class and in the table of their kind: few
+/// enough for their rows to stay in the nearest memory. All runs of a class, one after the other, are the class.
 struct RowRun {
     int32_t table;       ///< -1: of a kind without rows
     int32_t kind;        ///< NodeKind or LinkKind; -1 without kinds
@@ -91,7 +91,7 @@ constexpr int32_t ROWS_OF_RUN = 128;  ///< at most
 /// Numbers that all objects of a list of runs add to the sums of the system.
 [[nodiscard]] int64_t rows_countShares(const std::vector<RowRun>& runs);
 
-/// Fills the rows of a run, one behind the other.
+/// Fills the rows of a run, one after the other.
 inline void rows_fillRun(const Model& model, const RowRun& run, double f, float* rows) {
     RowTables[run.table].fillRun(model, run, f, rows);
 }
@@ -102,5 +102,5 @@ void rows_fillAndAdd(const Model& model, const RowRun& run, double f, float* row
 void rows_fillAndKeep(const Model& model, const RowRun& run, double f, float* rows, float* shares);
 void rows_addShares(const RowRun& run, const float* shares, float* sums);
 
-/// Asks for the memory of links that a walk will come to soon, behind place `k` in their table.
+/// Asks for the memory of links that a walk will come to soon, after place `k` in their table.
 void rows_fetchLinks(const Model& model, int32_t k);

@@ -1,5 +1,5 @@
 // What the actions of rules act on. An action finds its object by name among links and nodes alike, whatever type its
-// line gives, and one whose object takes no value does nothing. Links may stand behind the rules, so their kinds are
+// line gives, and one whose object takes no value does nothing. Links may stand after the rules, so their kinds are
 // known only now.
 
 #include "review/rules.h"

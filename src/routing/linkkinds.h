@@ -22,10 +22,10 @@ struct Model;
 /// Tests a link when all is read; writes what is wrong to the report.
 void linkkinds_validate(Model& model, const Link& link);
 
-/// Ahead of a start: lets go of what several links have shared, and none shares any more.
+/// Ahead of a start: releases what several links have shared, and none shares any more.
 void linkkinds_dropTables(Model& model);
 
-/// Puts a link to time zero, and lets go of what it holds for the run.
+/// Puts a link to time zero, and releases what it holds for the run.
 void linkkinds_initState(Model& model, Link& link);
 void linkkinds_endState(Model& model, Link& link);
 

@@ -1,6 +1,6 @@
 #pragma once
 // The loads of every node and link over a run, for balances of pollutants by place. Kept only if a host asks for them:
-// each visit of a step is then looked at from outside, ahead of it and behind it, and no kind of node or link knows.
+// each visit of a step is then looked at from outside, ahead of it and after it, and no kind of node or link knows.
 
 #include <cstdint>
 #include <vector>

@@ -19,7 +19,7 @@
 //    dividing it anew, that is done: often nothing holds together any more without the nodes taken out. The search that
 //    finds a circle looks at nodes in the order of the queue as well, and the first that leads back is the right one.
 //
-// Edges here are the links that don't deliver a step late, in the order of the table, and behind them the nodes that
+// Edges here are the links that don't deliver a step late, in the order of the table, and after them the nodes that
 // the node discharges into directly. No function calls itself: a chain of a million nodes is as deep as it is long.
 
 #include "routing/loops.h"
@@ -83,7 +83,7 @@ struct Search {
     Stop& at(int32_t node) { return stops[node]; }
 };
 
-/// Target of the first edge of a node at `position` or behind it, where `position` then stands; NONE if there is none.
+/// Target of the first edge of a node at `position` or after it, where `position` then stands; NONE if there is none.
 static int32_t findEdge(const Model& model, Search& search, int32_t node, int32_t& position) {
     const LinkList outgoing = topology_getOutgoing(model, node);
     ++search.visits;
@@ -131,7 +131,7 @@ static void discoverFromHeads(const Model& model, Search& search) {
     }
 }
 
-/// Number of all paths from the heads, at most the number of nodes. The nodes of a circle, and all behind them, keep
+/// Number of all paths from the heads, at most the number of nodes. The nodes of a circle, and all after them, keep
 /// open inflows and aren't counted; `counted` is the number of those that are.
 static int64_t countPaths(const Model& model, Search& search, int32_t& counted) {
     const int64_t limit = static_cast<int64_t>(model.nodes.size());
@@ -283,7 +283,7 @@ static void tryLasso(const Model& model, Search& search, int32_t start) {
         edges.push_back(search.at(node).circleEdge);
     }
     // Two lassos of one length are compared from the level of the best one's base on: by the nodes there, and if they
-    // have this part of the tail in common, by the edges behind it.
+    // have this part of the tail in common, by the edges after it.
     int32_t base = start;
     while (!isShorter && search.at(base).distance > search.at(best.base).distance) {
         edges.push_back(search.at(base).edge);
@@ -369,7 +369,7 @@ static Table<Inlet> countInflows(const Model& model) {
     return inlets;
 }
 
-/// Asks for the memory of a node that will be looked at soon, and of the link behind it.
+/// Asks for the memory of a node that will be looked at soon, and of the link after it.
 static void fetchNode(const Model& model, int32_t node) {
     if (node < model.nodes.size()) {
         prefetch_record(model.nodes[node]);

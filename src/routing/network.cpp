@@ -20,7 +20,7 @@
 // --- rules of connection -------------------------------------------------------------------------------------------
 
 /// Marks the nodes that nothing flows into. Of the links that end at a node only the first in the table is looked at:
-/// behind a lagged first link others don't hold the node back.
+/// after a lagged first link others don't hold the node back.
 static void markHeads(Model& model) {
     Table<uint8_t> hasUpstream = table_make(model.nodes.size(), uint8_t{0});
     int32_t targets[2];
@@ -181,7 +181,7 @@ int32_t network_orderNodes(const Model& model, int32_t* order) {
             place(k);
         }
     }
-    // The list of placed nodes is the queue as well: what stands behind `next` still waits for its turn.
+    // The list of placed nodes is the queue as well: what stands after `next` still waits for its turn.
     for (int32_t next = 0; next < placed; ++next) {
         const int32_t node = order[next];
         fetchAhead(model, counts, order + next, placed - next);

@@ -192,7 +192,7 @@ bool nodekinds_takeRunoff(Model& model, const Node& node, int32_t subcatch, doub
 
 /// Adds what links that are served have left in the deliveries, in their order. How many there are differs from visit
 /// to visit: the usual number is added whether they are there or not, the latter as +0.0. Sums that began at +0.0 are
-/// never -0.0, so that changes none; some numbers are read behind the last delivery of all. With several pollutants it
+/// never -0.0, so that changes none; some numbers are read after the last delivery of all. With several pollutants it
 /// would be more work than a wrong guess.
 [[gnu::always_inline]] static inline void takeDeliveries(const Model& model, Node& node, const Visit& visit,
                                                          int32_t pollutants) {

@@ -43,7 +43,7 @@ enum OutletRule : int32_t { OUTLETS_ANY, OUTLETS_NONE, OUTLETS_ONE, OUTLETS_SOME
 /// The same, the different ones only.
 [[nodiscard]] int32_t nodekinds_getDirectTargets(const Model& model, int32_t node, int32_t targets[2]);
 
-/// Puts a node to time zero, and lets go of what it holds for the run.
+/// Puts a node to time zero, and releases what it holds for the run.
 void nodekinds_initState(Model& model, int32_t node);
 void nodekinds_endState(Model& model, int32_t node);
 

@@ -26,7 +26,7 @@ void rest_judgeVisit(Model& model, const Visit& visit, const VisitStep& step);
 /// come to it since.
 [[nodiscard]] const Visit* rest_findVisit(const Model& model, const Visit* visit);
 
-/// Lets the step pass over a run of visits at rest; the first one behind it, which may be the one given.
+/// Lets the step pass over a run of visits at rest; the first one after it, which may be the one given.
 [[nodiscard]] const Visit* rest_passVisits(Model& model, const Visit* visit, const VisitStep& step);
 
 /// Whether a node's visits are left out.

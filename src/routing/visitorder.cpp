@@ -3,7 +3,7 @@
 // but those at the other ends of its links. It is enough that these have had their turn, where theirs comes first in
 // the sorted order, and haven't, where it comes later. A large network is bound by memory, and the fastest way through
 // tables is from front to back: so the nodes have their turn as they stand in the file, and those that have to wait for
-// one behind them as soon as it has had its own.
+// one after them as soon as it has had its own.
 //
 // Visits that others can tell apart keep their order among each other. They add to a total of the network, as all do in
 // which something decays, ask an engine, raise a warning, or fill a node without a link. The book of loads looks at the

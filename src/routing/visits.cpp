@@ -185,7 +185,7 @@ void visits_listDryWeather(Model& model) {
     }
 }
 
-/// Whether nearly all visits go on in the tables of nodes and pipes not far behind the one before. Memory is asked for
+/// Whether nearly all visits go on in the tables of nodes and pipes not far after the one before. Memory is asked for
 /// without a look at the visits ahead then, or not at all.
 static bool isStraight(const Model& model) {
     static constexpr int32_t NEAR = 8, SHARE = 16;

@@ -15,7 +15,7 @@ struct VisitLink {
     int32_t link;
     int32_t kindIndex;
     int32_t delivery;  ///< place of what it brings in the deliveries; -1 if its lower node has to fetch that itself
-    int8_t kind;       ///< LinkKind, or -1 behind the last
+    int8_t kind;       ///< LinkKind, or -1 after the last
 };
 
 /// A run of such links, in the order of the link table.
@@ -100,8 +100,8 @@ constexpr ptrdiff_t VISIT_LINKS_FAR = 40, VISIT_LINKS_NEAR = 20, VISIT_LINKS_NEX
 /// pollutants a visit takes so long that the processor is ahead of it by itself.
 constexpr uintptr_t VISIT_ROWS_FAR = 12;
 
-/// Asks for the memory that visits soon behind this one will need; `lastAhead` is the last
-/// one with so many behind it.
+/// Asks for the memory that visits soon after this one will need; `lastAhead` is the last
+/// one with so many after it.
 inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visit* lastAhead, const VisitStep& step) {
     if (step.isStraight) {
         if (step.pollutants == 0) {
@@ -120,7 +120,7 @@ inline void visits_fetchAhead(const Model& model, const Visit& visit, const Visi
     }
 }
 
-/// Asks for what links soon behind this one need to be fetched, and to be handed an offer.
+/// Asks for what links soon after this one need to be fetched, and to be handed an offer.
 void visits_fetchIncoming(const Model& model, const VisitLink& link);
 
 /// A pipe that will fire when it is offered something; of any that won't the first, which is always at hand:
@@ -146,7 +146,7 @@ inline void visits_fetchOffer(const Model& model, const VisitLink& place, const 
     }
 }
 
-/// The same where the visits go straight. Lines one behind the other come faster than some of them, so that without
+/// The same where the visits go straight. Lines one after the other come faster than some of them, so that without
 /// pollutants all pipes are asked for, whether they fire or not.
 inline void visits_fetchStraight(const Model& model, const VisitLink& link, const VisitStep& step) {
     if (step.pollutants == 0) {

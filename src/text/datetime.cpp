@@ -145,7 +145,7 @@ static bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-/// Reads an integer behind blanks and moves on. Of a number too long for 64 bits, the nearest that fits is taken, and
+/// Reads an integer after blanks and moves on. Of a number too long for 64 bits, the nearest that fits is taken, and
 /// of the 64 bits the lower 32.
 static bool scanInteger(const char*& at, int32_t& value) {
     const char* start = at;
@@ -182,7 +182,7 @@ static bool scanCharacter(const char*& at) {
     return true;
 }
 
-/// Reads up to three characters up to a blank, behind blanks.
+/// Reads up to three characters up to a blank, after blanks.
 static bool scanName(const char*& at, char* name) {
     while (isBlank(*at)) {
         ++at;

@@ -28,12 +28,12 @@ void textfile_close(TextFile& text);
 /// False if nothing was left. isAtEnd is true then, and also when the end cut the line short.
 [[nodiscard]] bool textfile_getLine(TextFile& text, char* line, int32_t size);
 
-/// What stands in memory of the text behind the place; nothing, if that is at the end of the buffer.
+/// What stands in memory of the text after the place; nothing, if that is at the end of the buffer.
 [[nodiscard]] inline std::string_view textfile_peek(const TextFile& text) {
     return {text.buffer.data() + text.at, text.filled - text.at};
 }
 
-/// Whether anything but blanks and further marks stands behind the byte 0x1A that has ended the file.
+/// Whether anything but blanks and further marks stands after the byte 0x1A that has ended the file.
 [[nodiscard]] bool textfile_hasMore(TextFile& text);
 
 /// Place of the next character, and the way back to such a place.

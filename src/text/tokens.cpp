@@ -154,7 +154,7 @@ NumberOddity tokens_findOddity(const char* word) {
     return isNumber && (!std::isfinite(value) || std::strpbrk(word, "xX")) ? NUMBER_SPECIAL : NUMBER_PLAIN;
 }
 
-/// Reads digits, of which some may stand behind a point, with a minus or none in front, and nothing else. False for
+/// Reads digits, of which some may stand after a point, with a minus or none in front, and nothing else. False for
 /// anything more, and for more than 15 digits. These are a whole number below 2^53, and so is the power of ten that it
 /// is divided by: both are exact, so the quotient is the double next to the decimal number, as any other reader that
 /// rounds rightly gives it.
@@ -199,7 +199,7 @@ bool tokens_getDouble(const char* text, double* value) {
     }
     char* rest = nullptr;
     *value = std::strtod(text, &rest);
-    // A byte above 127 behind a number is let through, as it is below 0 as a signed one: so a stray non-breaking space,
+    // A byte above 127 after a number is let through, as it is below 0 as a signed one: so a stray non-breaking space,
     // which looks like a blank, doesn't spoil the number in front of it.
     return static_cast<signed char>(*rest) <= 0;
 }

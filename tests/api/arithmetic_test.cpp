@@ -1,5 +1,5 @@
 // Hosts that have set the processor in their own way: they get the bytes that every host gets, and find their settings
-// as they were behind each call and in their callbacks. A host here is a process of its own, since the interruption of
+// as they were after each call and in their callbacks. A host here is a process of its own, since the interruption of
 // a calculation ends one.
 
 #include "support/arithmetic.h"
@@ -44,7 +44,7 @@ struct Host {
     int32_t threadCount;
     std::string folder;
     std::FILE* got = nullptr;
-    bool isKept = true;   ///< the settings, behind each call
+    bool isKept = true;   ///< the settings, after each call
     bool isHeard = true;  ///< in each callback, too
     int32_t calls = 0;    ///< back into the host
 
@@ -257,7 +257,7 @@ TEST(HostArithmetic, ChangesNothingOfAnyExample) {
     }
 }
 
-/// The engine leaves the processor rounding up, and flushing small numbers, at its load and behind each call.
+/// The engine leaves the processor rounding up, and flushing small numbers, at its load and after each call.
 TEST(EngineArithmetic, ChangesNothingOfOurs) {
     const Files expected = runExample(Examples[0], PlainSetting, 1);
     setenv("TARNVELDE_ENGINE_SPOILS", "1", 1);

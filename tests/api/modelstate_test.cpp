@@ -50,7 +50,7 @@ struct StateProject : Project {
         ASSERT_EQ(tv_start(model, results2.c_str(), nullptr), TV_OK);
     }
 
-    /// The rest of a run; its report and results, one behind the other.
+    /// The rest of a run; its report and results, one after the other.
     std::string finish(tv_model* model) const {
         int32_t phase = 0;
         EXPECT_EQ(tv_getPhase(model, &phase), TV_OK);

@@ -20,7 +20,7 @@ bool has(const TestModel& model, const Place& place, double* value) {
     return tv_getValue(model.model, place.variable, place.object, place.pollutant, value) == 0;
 }
 
-/// The flow of links that work it out anew ahead of anybody's look.
+/// The flow of links that work it out again before it is used.
 bool isShownOnly(const TestModel& model, const Place& place) {
     return tv_setValue(model.model, place.variable, place.object, place.pollutant, 1.0) == TV_ERROR_READ_ONLY;
 }

@@ -129,7 +129,7 @@ std::string describe(const char* deed, const tv_variable& variable, int32_t inde
     return text.str();
 }
 
-/// Sets something, or lets go of it. Much of it is refused, in every manner alike.
+/// Sets something, or releases it. Much of it is refused, in every manner alike.
 void act(Host& host, tv_model* model) {
     const int32_t objectClass = pickOne(host.random, CLASSES);
     const std::vector<int32_t>& variables = host.settable[static_cast<size_t>(objectClass)];
@@ -179,7 +179,7 @@ void choose(tv_model* model, Manner manner) {
     EXPECT_EQ(tv_setSkipping(model, manner.skips), TV_OK);
 }
 
-/// Steps up to a share of the run; false behind its end.
+/// Steps up to a share of the run; false after its end.
 bool stepTo(const TvModel& model, double progress) {
     const tv_clock clock = model.getClock();
     if (model.getPhase() != TV_STARTED) {

@@ -35,7 +35,7 @@ std::string pace_drawTown(uint64_t seed);
 /// What is done to a run beside its steps.
 enum class PaceHost {
     NONE,
-    SETS,      ///< values are set and let go of between the steps, now and then
+    SETS,      ///< values are set and released between the steps, now and then
     GOES_BACK  ///< the run goes back to a state of the dry time, three times
 };
 

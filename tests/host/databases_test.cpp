@@ -48,7 +48,7 @@ struct Databases : testing::Test {
 TEST_F(Databases, WithoutTheTablesOfARunAreNone) {
     expectRefusal("drop table GeneralInfo", "is no database of results");
     expectRefusal("drop table System", "is no database of results");
-    expectRefusal("delete from GeneralInfo", "doesn't tell the start of its run, as of one before the year 1900");
+    expectRefusal("delete from GeneralInfo", "doesn't give the start of its run, as happens before the year 1900");
     expectRefusal("update GeneralInfo set Version = 51000", "is of another version");
 }
 

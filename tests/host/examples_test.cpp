@@ -130,7 +130,7 @@ TEST_F(Interceptor, MissesTheWaterThatItsTextSays) {
 TEST_F(Interceptor, MissesTheMassThatItsTextSays) {
     expectQuoted("*Quality Routing Continuity* ends with ", " and", readQuality("Continuity Error (%)", 0));
     expectQuoted("Continuity* ends with 2.1 and ", " %", readQuality("Continuity Error (%)", 1));
-    expectQuoted("stands in *Reacted Loss* (", " kg of COD", readQuality("Reacted Loss", 0));
+    expectQuoted("is in *Reacted Loss* (", " kg of COD", readQuality("Reacted Loss", 0));
     expectQuoted("kg of COD, ", " kg of TSS", readQuality("Reacted Loss", 1));
 }
 

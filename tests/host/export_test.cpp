@@ -45,7 +45,7 @@ std::vector<std::string> splitCells(const std::string& line) {
     return cells;
 }
 
-/// Columns of a table divided by commas, by their titles.
+/// Columns of a table separated by commas, by their titles.
 std::map<std::string, std::vector<std::string>> readColumns(const std::string& text) {
     const std::vector<std::string> lines = splitLines(text);
     std::map<std::string, std::vector<std::string>> columns;
@@ -125,7 +125,7 @@ struct Export : Results {
 
 }  // namespace
 
-// --- values divided by commas --------------------------------------------------------------------------------------
+// --- values separated by commas --------------------------------------------------------------------------------------
 
 TEST_F(Export, ATableGetsAFileWithAColumnForEachValue) {
     for (const std::string& file : {binary, database}) {
@@ -358,20 +358,22 @@ TEST_F(Export, AGeopackageIsOneToOthers) {
 
 TEST_F(Export, OtherSystemsOfCoordinatesAreTold) {
     const std::string mapped = addMap(PLANE), out = folder.file("out.geojson");
-    expectDone(
-        {"export", binary, "-o", out, "--model", mapped},
-        "tarnvelde: coordinates go out as they are, in EPSG:25832, which the member \"crs\" names; RFC 7946 knows "
-        "EPSG:4326 alone\n");
+    expectDone({"export", binary, "-o", out, "--model", mapped},
+               "tarnvelde: coordinates are written as they are, in EPSG:25832, which the member \"crs\" names; RFC "
+               "7946 allows "
+               "EPSG:4326 alone\n");
     EXPECT_THAT(readFile(out), HasSubstr("\"crs\": {\"type\": \"name\", \"properties\": {\"name\": "
                                          "\"urn:ogc:def:crs:EPSG::25832\"}}"));
     const std::string nameless = addMap("[MAP]\nNODE J1 10 20\nNODE O_1 1 2\n");
     const std::string package = folder.file("out.gpkg");
-    expectDone({"export", binary, "-o", package, "--model", nameless},
-               "tarnvelde: " + nameless + " names no system of coordinates (CRS in [MAP]): they go out as they are\n");
+    expectDone(
+        {"export", binary, "-o", package, "--model", nameless},
+        "tarnvelde: " + nameless + " names no system of coordinates (CRS in [MAP]): they are written as they are\n");
     EXPECT_EQ(query(package, "select distinct srs_id from gpkg_contents"), "-1\n");
     const std::string local = addMap("[MAP]\nCRS site-grid\nNODE J1 10 20\nNODE O_1 1 2\n");
-    expectDone({"export", binary, "-o", package, "--model", local},
-               "tarnvelde: the system of coordinates site-grid is no number of EPSG: it goes out as an unknown one\n");
+    expectDone(
+        {"export", binary, "-o", package, "--model", local},
+        "tarnvelde: the system of coordinates site-grid is no number of EPSG: it is written as an unknown one\n");
 }
 
 TEST_F(Export, WhatHasNoPlaceIsLeftOutAndCounted) {
@@ -381,7 +383,7 @@ TEST_F(Export, WhatHasNoPlaceIsLeftOutAndCounted) {
                "tarnvelde: " + mapped + ": line " + std::to_string(splitLines(readFile(mapped)).size()) +
                    " of [MAP]: NODE J9: the project has no node of this ID\ntarnvelde: 1 of 1 links, 1 of 2 nodes "
                    "left out: " +
-                   mapped + " doesn't say where they lie\n");
+                   mapped + " doesn't say where they are\n");
     EXPECT_THAT(readFeatures(out), HasSubstr("Feature Count: 1"));
 }
 
@@ -515,7 +517,7 @@ TEST_F(Export, NorIsWhatTheProjectReads) {
 TEST_F(Export, AModelThatDoesntFit) {
     const std::string out = folder.file("out.gpkg");
     expectFailure({"export", binary, "-o", out, "--model", model},
-                  model + " has no coordinates: they stand in its section [MAP]");
+                  model + " has no coordinates: they belong in its section [MAP]");
     expectFailure({"export", binary, "-o", out, "--model", folder.file("none.inp")}, "none.inp");
     const std::string wrong = folder.write("wrong.inp", std::string(BAD_PROJECT) + "[MAP]\nNODE J1 1 2\n");
     expectFailure({"export", binary, "-o", out, "--model", wrong}, "the engine ended with code 200");

@@ -102,20 +102,20 @@ TEST(MapFile, TellsWhatIsWrongAndKeepsTheRest) {
         "place N1 1 2\nCRS A\nCRS B\nNODE OUT 1e999 2\nNODE Out 3 4\nNODE N1 \"\" 2\n");
     EXPECT_THAT(
         map.messages,
-        ElementsAre("line 18 of [MAP]: unknown word PLACE; its lines are passed over",
+        ElementsAre("line 18 of [MAP]: unknown word PLACE; its lines are skipped",
                     "line 19 of [MAP]: CRS without its name, as EPSG:25832", "line 20 of [MAP]: NODE without its ID",
                     "line 21 of [MAP]: NODE N9: the project has no node of this ID",
                     "line 22 of [MAP]: NODE P1: the project has no node of this ID",
                     "line 23 of [MAP]: NODE N1: no number: 1,5", "line 24 of [MAP]: NODE N1: no number: 0x10",
                     "line 25 of [MAP]: NODE N1: no number: nan", "line 26 of [MAP]: NODE N1: an x without its y",
-                    "line 27 of [MAP]: NODE N1: a node lies at one point, x and y",
-                    "line 28 of [MAP]: NODE N1: a node lies at one point, x and y",
-                    "line 30 of [MAP]: NODE n1: it has its place already",
+                    "line 27 of [MAP]: NODE N1: a node is at one point, x and y",
+                    "line 28 of [MAP]: NODE N1: a node is at one point, x and y",
+                    "line 30 of [MAP]: NODE n1: it has a place already",
                     "line 31 of [MAP]: LINK P1: no point between the ends of the link",
                     "line 32 of [MAP]: LINK P1: an x without its y",
                     "line 33 of [MAP]: SUBCATCHMENT S1: an outline has three points or more, a centre is one",
                     "line 36 of [MAP]: CRS B: there is one already, A", "line 37 of [MAP]: NODE OUT: no number: 1e999",
-                    "line 39 of [MAP]: NODE N1: it has its place already"));
+                    "line 39 of [MAP]: NODE N1: it has a place already"));
     EXPECT_THAT(show(map.nodes), ElementsAre("N1@29 1.0000,2.0000", "Out@38 3.0000,4.0000"));
     EXPECT_THAT(map.links, IsEmpty());
     EXPECT_THAT(map.areas, IsEmpty());

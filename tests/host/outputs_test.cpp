@@ -63,7 +63,7 @@ TEST(HostOutputsKilled, CanBeReadAndRecovered) {
     EXPECT_THAT(before.err, HasSubstr("has no closing block"));
     const ProcessResult recovery = runProgram({"results", part, "--recover"});
     EXPECT_EQ(recovery.status, 0) << recovery.err;
-    EXPECT_THAT(recovery.out, HasSubstr(": closed behind "));
+    EXPECT_THAT(recovery.out, HasSubstr(": closed after "));
     const ProcessResult after = runProgram({"results", part, "--object", "P1", "--csv"});
     EXPECT_EQ(after.out, before.out);
     EXPECT_EQ(after.err, "");

@@ -259,10 +259,10 @@ TEST_F(Waves, AMeanLooksBackAheadOfItsWindow) {
 
 TEST_F(Waves, AMeanOfNothingSaysSo) {
     EXPECT_THAT(fail({"--object", "J1", "--column", "TotInflow", "--mean", "1"}),
-                HasSubstr("--mean is one of concentrations, and TotInflow is none"));
+                HasSubstr("--mean is for concentrations, and TotInflow is none"));
     EXPECT_THAT(fail({"--object", "T1", "--column", "NH4-N", "--mean", "1"}), HasSubstr("no flow carries NH4-N of T1"));
     EXPECT_THAT(fail({"--object", "J1", "--column", "NH4-N", "--mean", "3"}),
-                HasSubstr("means begin 3 h behind the start"));
+                HasSubstr("means begin 3 h after the start"));
     for (const char* length : {"0", "-1", "nan", "soon", ""}) {
         EXPECT_THAT(fail({"--object", "J1", "--column", "NH4-N", "--mean", length}, 2), HasSubstr("--mean"));
     }

@@ -45,7 +45,7 @@ TEST_F(Measures, DatesAreReadAsIsoAndAsTheProjectHasThem) {
     EXPECT_THAT(spied.getRows("line1.dat"),
                 ElementsAre(ElementsAre(60.0, 0.1), ElementsAre(90.0, 0.2), ElementsAre(120.0, 0.3),
                             ElementsAre(150.0, 0.4), ElementsAre(180.0, 0.5)))
-        << "what lies behind the run is left out";
+        << "what lies after the run is left out";
     EXPECT_EQ(spied.result.err, "tarnvelde: gnuplot failed\n") << "nothing else is told";
     EXPECT_THAT(spied.getScript(), HasSubstr("'line1.dat' using 1:2 with points"));
     EXPECT_THAT(spied.getScript(), HasSubstr("title \"gauge Flow, measured\""));

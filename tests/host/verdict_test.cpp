@@ -38,7 +38,7 @@ TEST(HostVerdict, RunTellsWhereTheWaterWent) {
     EXPECT_THAT(result.err, EndsWith("tarnvelde: continuity errors: flow 100.000 % red: don't rely on the results "
                                      "before it is explained\n"
                                      "tarnvelde: 1728 m3 of 1728 m3 are in no account (flow), most at link C1 1728 m3\n"
-                                     "tarnvelde: 2 serious warnings, 1 warning (tarnvelde explain NAME tells what to "
+                                     "tarnvelde: 2 serious warnings, 1 warning (tarnvelde explain NAME says what to "
                                      "do)\n"));
     EXPECT_THAT(result.err, Not(HasSubstr("what to do: ")));  // that is for a check
 }

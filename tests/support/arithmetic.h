@@ -1,5 +1,5 @@
 #pragma once
-// How a host may have set the processor, and what a host finds behind a call. For processors of the x86-64 family,
+// How a host may have set the processor, and what a host finds after a call. For processors of the x86-64 family,
 // where the tests of the arithmetic run.
 
 #if defined(__x86_64__)
@@ -68,7 +68,7 @@ struct ProcessorSetting {
     ProcessorSetting& operator=(const ProcessorSetting&) = delete;
 };
 
-/// Calls a function of the library with the processor set by the host. Whether it is so behind the call as well goes
+/// Calls a function of the library with the processor set by the host. Whether it is so after the call as well goes
 /// into `isKept`, which is left alone if it is.
 template <class Function, class... Arguments>
 auto processor_call(const HostSetting& setting, bool& isKept, Function function, Arguments... arguments) {

@@ -24,7 +24,7 @@ std::string feeds() {
            "RAIN 2021/03/01 0:00 2 0:30 30 1:30 12 3:00 0 5:00 8 6:00 0\n";
 }
 
-/// Two districts behind each other; between them a link of the kind asked for.
+/// Two districts one after the other; between them a link of the kind asked for.
 std::string makeDistricts(const std::string& between, int steps, int step) {
     return coupled_getGeneral(steps, step) + feeds() +
            "[SUBCATCHS]\nLAND G SW 1 100 60 1 0.013 0.2 1 3 40 4 4 5 0\n[JUNCTIONS]\nJ\nK\n[SWMM_INPS]\nSW a.inp YES\n"

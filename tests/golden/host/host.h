@@ -40,7 +40,7 @@ struct Host {
     }
 
 private:
-    /// With the processor set as the host has it, which must be so behind the call as well.
+    /// With the processor set as the host has it, which must be so after the call as well.
     template <class Function, class... Arguments>
     int32_t call(Function function, Arguments... arguments) {
 #if defined(__x86_64__)

@@ -75,7 +75,7 @@ TEST(LibraryCopy, GoesAlsoAfterAFailedOpenAndInMidRun) {
     CoupledProject replaced(Nodes3);
     addModels(replaced);
     replaced.start();
-    ASSERT_EQ(replaced.open(), 0);  // lets go of the project before
+    ASSERT_EQ(replaced.open(), 0);  // releases the project before
     EXPECT_EQ(replaced.getCopies().size(), 3u);
 }
 

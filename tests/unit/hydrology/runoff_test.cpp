@@ -320,7 +320,7 @@ TEST_F(RunoffTest, SecondRunGivesTheSame) {
         *figures = getFigures();
         tarnvelde_end();
         if (figures == &first) {
-            EXPECT_EQ(testModel().subcatches[0].runoffLoad, nullptr) << "let go of with the run";
+            EXPECT_EQ(testModel().subcatches[0].runoffLoad, nullptr) << "released with the run";
             ASSERT_EQ(tarnvelde_start(0), 0);
         }
     }

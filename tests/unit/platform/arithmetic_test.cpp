@@ -1,4 +1,4 @@
-// The settings of the processor: the default within a call, those of the host within its callbacks and behind the call.
+// The settings of the processor: the default within a call, those of the host within its callbacks and after the call.
 
 #include "platform/arithmetic.h"
 

@@ -78,7 +78,7 @@ TEST(FileForReading, IsAFileAndNothingElse) {
     tarnvelde_close();
 }
 
-/// The parts of a file name, one behind the other.
+/// The parts of a file name, one after the other.
 static std::string splitPath(const char* path) {
     const PathParts parts = files_splitPath(path);
     return parts.drive + "|" + parts.folder + "|" + parts.base + "|" + parts.extension;

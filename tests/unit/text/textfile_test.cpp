@@ -109,7 +109,7 @@ TEST(TextFile, EndsALineForItsReaderAtANulByte) {
     EXPECT_EQ(lines, (Lines{"ab", "ef"}));
 }
 
-/// Whether more stands behind the end of a text, read to that.
+/// Whether more stands after the end of a text, read to that.
 static bool hasMore(const std::string& content) {
     TextFile text{};
     textfile_openText(text, content.data(), content.size());
