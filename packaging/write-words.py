@@ -3,7 +3,7 @@
 
     write-words.py PROGRAM FOLDER
 
-FOLDER/tarnvelde.1 is the page of the manual; tarnvelde.bash, _tarnvelde and tarnvelde.fish complete commands and options
+FOLDER/tarnvelde.1 is a page of the manual; tarnvelde.bash, _tarnvelde and tarnvelde.fish complete commands and options
 in bash, zsh and fish. Same program, same bytes; the page has the date of SOURCE_DATE_EPOCH, if there is one.
 """
 from __future__ import annotations
