@@ -61,14 +61,13 @@ build_deb() {
 
 # The library and the program that run elsewhere: SQLite and the C++ runtime are inside.
 build_standalone() {
-    local tree=$work/tar/source build=$work/tar/build prefix=$work/tar/tarnvelde-$version-linux-x86_64
+    local tree=$work/tar/source build=$work/tar/source/build/release prefix=$work/tar/tarnvelde-$version-linux-x86_64
     rm -rf "$work/tar"
     lay_out "$tree"
     SOURCE_DATE_EPOCH=$(read_date "$tree")
     export SOURCE_DATE_EPOCH
     { cmake -S "$tree" -B "$build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DTARNVELDE_STANDALONE=ON \
-        -DTARNVELDE_WERROR=OFF -DTARNVELDE_BUILD_TESTS=OFF -DTARNVELDE_BUILD_BENCH=OFF -DCMAKE_INSTALL_LIBDIR=lib \
-        -DCMAKE_CXX_FLAGS="-ffile-prefix-map=$work/tar=." -DCMAKE_C_FLAGS="-ffile-prefix-map=$work/tar=." &&
+        -DTARNVELDE_BUILD_TESTS=OFF -DTARNVELDE_BUILD_BENCH=OFF -DCMAKE_INSTALL_LIBDIR=lib &&
         cmake --build "$build" -j "$(nproc)" && cmake --install "$build" --strip --prefix "$prefix"; } \
         >"$work/tar.log" 2>&1 || { tail -n 60 "$work/tar.log" >&2; return 1; }
 }
