@@ -16,7 +16,6 @@ root=$PWD
 out=$root/build/packages
 work=$out/work
 python=/usr/bin/python3
-export LC_ALL=C
 
 kinds=("$@")
 [ ${#kinds[@]} -gt 0 ] || kinds=(deb tar wheel)
