@@ -74,6 +74,10 @@ class Versions(unittest.TestCase):
         asked = find(r"find_package\(tarnvelde (\d+\.\d+) ", read("README.md"))
         self.assertEqual(asked, VERSION.rpartition(".")[0])
 
+    def test_licences_name_the_version_of_uplot(self):
+        uplot = find(r'"uplot": "(.*)"', read("page/package.json"))
+        self.assertIn(f"uPlot {uplot},", read("packaging/debian/copyright"))
+
     def test_number_of_the_library_is_its_first_one(self):
         self.assertEqual(find(r"^Package: libtarnvelde(\d+)$", read("packaging/debian/control")), MAJOR)
         symbols = read(f"packaging/debian/libtarnvelde{MAJOR}.symbols")
