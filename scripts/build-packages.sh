@@ -52,7 +52,9 @@ build_deb() {
     cp -R "$tree/packaging/debian" "$tree/debian"
     SOURCE_DATE_EPOCH=$(read_date "$tree")
     export SOURCE_DATE_EPOCH
-    (cd "$tree" && DEB_BUILD_OPTIONS="parallel=$(nproc)" dpkg-buildpackage -b -us -uc) >"$work/deb.log" 2>&1 ||
+    # debhelper gives the build a home of its own, where no cache of the compiler would be found again.
+    [ -z "${HOME:-}" ] || export CCACHE_DIR=${CCACHE_DIR:-$HOME/.cache/ccache}
+    (cd "$tree" && DEB_BUILD_OPTIONS="parallel=$(nproc) noautodbgsym" dpkg-buildpackage -b -us -uc) >"$work/deb.log" 2>&1 ||
         { tail -n 60 "$work/deb.log" >&2; return 1; }
     rm -f "$out"/*.deb "$out"/*.changes "$out"/*.buildinfo
     cp "$work"/deb/*.{deb,changes,buildinfo} "$out/"
