@@ -201,7 +201,7 @@ if [ "${1:-}" != --built ]; then
     check "packages are built" scripts/build-packages.sh || end
 fi
 read_commit() { sed -n 's/^\([0-9a-f]*\) .*/\1/p' "$packages/work/$1/cmake/commit.txt"; }
-check "lintian finds no error" lintian --fail-on error --no-tag-display-limit --allow-root "$packages"/*.deb
+check "lintian finds no error" lintian --fail-on error --tag-display-limit 0 --allow-root "$packages"/*.deb
 grep -E '^[EW]:' "$log" | sed 's/^/    /'
 check "the library shows what is in the list of its symbols" test_symbols
 check "the archive needs no newer glibc than the manual says" test_glibc
