@@ -56,6 +56,7 @@
 #include "stats.h"
 #include "status.h"
 #include "tarnvelde_model.h"
+#include "version.h"
 
 static constexpr double MOST_AMOUNT = 1e6;  ///< h, or m3/s
 static constexpr double MOST_LIMIT = 1000;  ///< MB
@@ -408,7 +409,7 @@ static int endUsage(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 static void addGeneralOptions(CLI::App& app) {
-    app.set_version_flag("--version", "tarnvelde " TARNVELDE_VERSION);
+    app.set_version_flag("--version", version_describe, "Version, library, commit, compiler and SQLite");
     app.require_subcommand(1);
     app.footer(
         "Exit status: 0 on success, 1 when the engine reports an error or results can't be read, 2 on wrong usage, "

@@ -4,7 +4,8 @@ set -uo pipefail
 cd "$(dirname "$0")/../python"
 python=/usr/bin/python3 # Debian's, whose packages are Debian's
 status=0
-"$python" -m flake8 tarnvelde tests benchmarks setup.py ../examples/*/ ../scripts/*.py ../docs/site/*.py || status=1
+"$python" -m flake8 tarnvelde tests benchmarks setup.py ../examples/*/ ../scripts/*.py ../docs/site/*.py ../packaging/*.py \
+    ../tests/package/*.py || status=1
 "$python" -m mypy --config-file mypy.ini tarnvelde || status=1
 "$python" -m pytest -q --cov="$PWD/tarnvelde" --cov-fail-under=95 "$@" || status=1
 exit $status

@@ -48,3 +48,18 @@ TEST(Exports, LibraryShowsWhatTheHeadersDeclareAndNothingElse) {
     names.merge(readNamesOfMany());
     EXPECT_EQ(readLibraryNames(), names);
 }
+
+/// Those that a released library has had. One that vanishes breaks the hosts that call it, so its number changes; a new
+/// one is added to the list with the version that brings it (docs/packages.md).
+TEST(Exports, NoneOfTheListHasVanishedAndEachNewOneIsInIt) {
+    std::istringstream list(readFile(TARNVELDE_SOURCE_DIR "/packaging/debian/libtarnvelde2.symbols"));
+    std::set<std::string> names;
+    std::string line;
+    std::getline(list, line);  // the name of the library
+    while (std::getline(list, line)) {
+        const size_t end = line.find("@Base ");
+        ASSERT_NE(end, std::string::npos) << line;
+        names.insert(line.substr(1, end - 1));
+    }
+    EXPECT_EQ(readLibraryNames(), names);
+}

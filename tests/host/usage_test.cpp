@@ -2,15 +2,20 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include "program.h"
 
 using testing::HasSubstr;
+using testing::MatchesRegex;
 
 TEST(HostUsage, VersionIsThatOfTheProject) {
     const ProcessResult result = runProgram({"--version"});
     EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.out, "tarnvelde " TARNVELDE_VERSION "\n");
+    EXPECT_THAT(result.out, MatchesRegex("tarnvelde " TARNVELDE_VERSION "\nlibrary   " TARNVELDE_VERSION
+                                         "\ncommit    (unknown|[0-9a-f]+\\+?)\ncompiler  [A-Z][A-Za-z]+ [0-9.]+"
+                                         "\nSQLite    " +
+                                         std::string(sqlite3_libversion()) + "\n"));
     EXPECT_EQ(result.err, "");
 }
 
