@@ -51,8 +51,11 @@ double tarnvelde_mathematics_sin(double x) {
     if (size < 0x1p-26) {
         return x;
     }
+    if (size > 2.0 && size < LARGEST) { /* near multiples of pi the processor is less exact than it might be */
+        return (double)findSine(x, 0);
+    }
     const long double near = sinl(x);
-    return isSure(near) || size > LARGEST ? (double)near : (double)findSine(x, 0);
+    return isSure(near) || size >= LARGEST ? (double)near : (double)findSine(x, 0);
 }
 
 /* 2 asin(sqrt((1 - x) / 2)), for x from 0 to 1. */
@@ -72,7 +75,8 @@ double tarnvelde_mathematics_acos(double x) {
     if (!(fabs(x) <= 1.0)) {
         return x != x ? x + x : __builtin_nan(""); /* of the sign that it has there */
     }
-    const long double near = acosl(x);
+    /* Not acosl, which loses places near 1 in some C libraries. */
+    const long double near = 2 * atan2l(sqrtl(1.0L - x), sqrtl(1.0L + x));
     if (isSure(near)) {
         return (double)near;
     }

@@ -64,6 +64,10 @@ test_page() {
     count_tests scripts/test-page.sh '^[^a-z]*pass \([0-9][0-9]*\)$' '^[^a-z]*fail \([0-9][0-9]*\)$'
 }
 
+test_windows() {
+    count_tests scripts/check-windows.sh '^\([0-9][0-9]*\) passed, [0-9][0-9]* failed$' '^[0-9][0-9]* passed, \([0-9][0-9]*\) failed$'
+}
+
 run_examples() {
     local model name status=0
     for model in examples/*/*.inp; do
@@ -136,7 +140,9 @@ if stage "Build release with gcc" build release; then
     stage "The page of a run in a browser" test_page
     stage "The Python package" test_python
 fi
-stage "Platform sources for Windows" scripts/check-windows.sh
+if [ -x build/release/tarnvelde ]; then
+    stage "The build for Windows under wine" test_windows
+fi
 if stage "Build with clang and the thread sanitizer" build threads; then
     stage "Models in threads" run_tests threads
 fi
