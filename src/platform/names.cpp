@@ -34,4 +34,14 @@ std::string names_narrow(const wchar_t* name) {
     return narrow;
 }
 
+std::filesystem::path names_toPath(const std::string& name) {
+    return names_widen(name);
+}
+
+#else
+
+std::filesystem::path names_toPath(const std::string& name) {
+    return name;
+}
+
 #endif

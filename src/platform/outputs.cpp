@@ -80,6 +80,28 @@ static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) 
     return error == 0 ? descriptor : -1;
 }
 
+/// Opens a file that others write by their own means: a byte that no file has is locked, so the lock is in nobody's way
+/// but that of another one; and the file may get its name while it is held.
+static int32_t openShared(const std::string& path, OutputFault& fault) {
+    constexpr DWORD LOCKED_HIGH = 0x7FFFFFFF;
+    const HANDLE file = CreateFileW(names_widen(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    fault = file != INVALID_HANDLE_VALUE ? OUTPUT_FINE : OUTPUT_NOT_OPEN;
+    if (file == INVALID_HANDLE_VALUE) {
+        return -1;
+    }
+    OVERLAPPED where{};
+    where.OffsetHigh = LOCKED_HIGH;
+    const bool isFree = LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &where) != 0;
+    const int descriptor = isFree ? _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_NOINHERIT) : -1;
+    if (descriptor < 0) {
+        fault = isFree ? OUTPUT_NOT_OPEN : OUTPUT_IN_USE;
+        CloseHandle(file);
+    }
+    return descriptor;
+}
+
 static bool canBeWritten(const std::string& path) {
     return _waccess(names_widen(path).c_str(), 2) == 0;
 }
@@ -258,6 +280,10 @@ static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) 
     }
     fault = OUTPUT_NOT_OPEN;
     return -1;
+}
+
+static int32_t openShared(const std::string& path, OutputFault& fault) {
+    return openOwn(path, true, fault);
 }
 
 static bool canBeWritten(const std::string& path) {
@@ -486,7 +512,7 @@ bool outputs_empty(OutputPlace& place, std::FILE* file) {
 }
 
 int32_t outputs_lock(const std::string& path, OutputFault& fault) {
-    return openOwn(path, true, fault);
+    return openShared(path, fault);
 }
 
 void outputs_unlock(int32_t lock) {
