@@ -10,7 +10,7 @@
 typedef __float128 Quad;
 
 static const Quad HALF_PI = 1.5707963267948966192313216916397514421Q;
-static const double LARGEST = 1e5; /* from which an angle is left to the processor */
+static const double LARGEST = 1e5;   /* from which an angle is left to the processor */
 enum { MARGIN = 16, LOW_BITS = 11 }; /* of the last place of 64 bits; bits that a double doesn't have */
 
 /* Whether a number of 64 bits that errs by less than the margin rounds to one double. */

@@ -22,7 +22,7 @@ tarnvelde_addWindowsTests(windows_api_tests tarnvelde api/exchange_runs_test.cpp
     api/exchange_values_test.cpp api/header_c.c api/header_test.cpp api/modelheader_c.c api/modelheader_test.cpp
     api/modelobjects_test.cpp api/modelpace_test.cpp api/swmmexchange_test.cpp)
 tarnvelde_addWindowsTests(windows_unit_tests tarnvelde_objects unit/platform/clock_test.cpp unit/platform/encoding_test.cpp
-    unit/platform/print_test.cpp unit/platform/vectormath_test.cpp windows/names_test.cpp)
+    unit/platform/print_test.cpp unit/platform/vectormath_test.cpp windows/filenames_test.cpp)
 
 add_executable(windows_sameness windows/sameness.c)
 target_link_libraries(windows_sameness PRIVATE ${mathematics})

@@ -14,7 +14,7 @@
 #include <share.h>
 #include <windows.h>
 
-#include "platform/names.h"
+#include "platform/filenames.h"
 #else
 #include <fcntl.h>
 #include <unistd.h>
@@ -44,7 +44,7 @@ PathParts files_splitPath(const std::string& path) {
 
 std::FILE* files_openForReading(const char* path) {
 #if defined(_WIN32)
-    const std::wstring name = names_widen(path);
+    const std::wstring name = filenames_widen(path);
     struct _stat64 status;
     const bool isFile = _wstat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
     return isFile ? _wfsopen(name.c_str(), L"rb", _SH_DENYNO) : nullptr;
@@ -88,11 +88,11 @@ bool files_cut(std::FILE* file, int64_t length) {
 #if defined(_WIN32)
 
 bool files_delete(const char* path) {
-    return _wremove(names_widen(path).c_str()) == 0;
+    return _wremove(filenames_widen(path).c_str()) == 0;
 }
 
 bool files_exists(const std::string& path) {
-    return GetFileAttributesW(names_widen(path).c_str()) != INVALID_FILE_ATTRIBUTES;
+    return GetFileAttributesW(filenames_widen(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::string files_getProgramPath() {
@@ -101,7 +101,7 @@ std::string files_getProgramPath() {
         const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
         if (length < path.size()) {
             path.resize(length);
-            return names_narrow(path.c_str());
+            return filenames_narrow(path.c_str());
         }
         path.resize(path.size() * 2);
     }
@@ -110,7 +110,7 @@ std::string files_getProgramPath() {
 /// Makes a file that wasn't there before.
 static std::FILE* makeFile(const char* path) {
     int descriptor = -1;
-    if (_wsopen_s(&descriptor, names_widen(path).c_str(), _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY, _SH_DENYNO,
+    if (_wsopen_s(&descriptor, filenames_widen(path).c_str(), _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY, _SH_DENYNO,
                   _S_IREAD | _S_IWRITE) != 0) {
         return nullptr;
     }

@@ -22,7 +22,7 @@
 #include <share.h>
 #include <windows.h>
 
-#include "platform/names.h"
+#include "platform/filenames.h"
 #else
 #include <sys/file.h>
 #include <unistd.h>
@@ -56,15 +56,15 @@ static bool isStillThere(const OutputPlace&, int32_t) {
 }
 
 static std::string resolve(const std::string& name) {
-    const std::wstring wide = names_widen(name);
+    const std::wstring wide = filenames_widen(name);
     std::wstring path(GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr) + size_t{1}, L'\0');
     const DWORD length = GetFullPathNameW(wide.c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr);
-    return length > 0 && length < path.size() ? names_narrow(path.c_str()) : name;
+    return length > 0 && length < path.size() ? filenames_narrow(path.c_str()) : name;
 }
 
 static bool isSpecial(const std::string& path) {
     struct _stat64 status;
-    return _wstat64(names_widen(path).c_str(), &status) == 0 && (status.st_mode & _S_IFMT) != _S_IFREG;
+    return _wstat64(filenames_widen(path).c_str(), &status) == 0 && (status.st_mode & _S_IFMT) != _S_IFREG;
 }
 
 bool outputs_isNowhere(const std::string& path) {
@@ -75,7 +75,7 @@ bool outputs_isNowhere(const std::string& path) {
 static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) {
     int descriptor = -1;
     const int flags = (isNew ? _O_CREAT | _O_RDWR : _O_RDONLY) | _O_BINARY | _O_NOINHERIT;
-    const int error = _wsopen_s(&descriptor, names_widen(path).c_str(), flags, _SH_DENYWR, _S_IREAD | _S_IWRITE);
+    const int error = _wsopen_s(&descriptor, filenames_widen(path).c_str(), flags, _SH_DENYWR, _S_IREAD | _S_IWRITE);
     fault = error == 0 ? OUTPUT_FINE : GetLastError() == ERROR_SHARING_VIOLATION ? OUTPUT_IN_USE : OUTPUT_NOT_OPEN;
     return error == 0 ? descriptor : -1;
 }
@@ -84,7 +84,7 @@ static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) 
 /// but that of another one; and the file may get its name while it is held.
 static int32_t openShared(const std::string& path, OutputFault& fault) {
     constexpr DWORD LOCKED_HIGH = 0x7FFFFFFF;
-    const HANDLE file = CreateFileW(names_widen(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+    const HANDLE file = CreateFileW(filenames_widen(path).c_str(), GENERIC_READ | GENERIC_WRITE,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
                                     FILE_ATTRIBUTE_NORMAL, nullptr);
     fault = file != INVALID_HANDLE_VALUE ? OUTPUT_FINE : OUTPUT_NOT_OPEN;
@@ -103,7 +103,7 @@ static int32_t openShared(const std::string& path, OutputFault& fault) {
 }
 
 static bool canBeWritten(const std::string& path) {
-    return _waccess(names_widen(path).c_str(), 2) == 0;
+    return _waccess(filenames_widen(path).c_str(), 2) == 0;
 }
 
 static bool canBeReplaced(const std::string& path) {
@@ -139,7 +139,7 @@ static bool replace(OutputPlace& place) {
         closeDescriptor(place.held);
         place.held = -1;
     }
-    return MoveFileExW(names_widen(place.written).c_str(), names_widen(place.target).c_str(),
+    return MoveFileExW(filenames_widen(place.written).c_str(), filenames_widen(place.target).c_str(),
                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
@@ -150,7 +150,7 @@ static int32_t getDescriptor(std::FILE* file) {
 FileIdentity outputs_identify(const std::string& name) {
     FileIdentity identity{resolve(name)};
     const HANDLE file =
-        CreateFileW(names_widen(name).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+        CreateFileW(filenames_widen(name).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                     OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     BY_HANDLE_FILE_INFORMATION known;
     if (file != INVALID_HANDLE_VALUE && GetFileInformationByHandle(file, &known)) {

@@ -22,12 +22,12 @@ static std::string closePath(const std::string& place) {
 #include <sys/stat.h>
 #include <windows.h>
 
-#include "platform/names.h"
+#include "platform/filenames.h"
 
 std::vector<std::string> privatefolder_findPlaces() {
     std::wstring place(MAX_PATH + 1, L'\0');
     const DWORD length = GetTempPathW(static_cast<DWORD>(place.size()), place.data());
-    return length > 0 && length < place.size() ? std::vector<std::string>{names_narrow(place.c_str())}
+    return length > 0 && length < place.size() ? std::vector<std::string>{filenames_narrow(place.c_str())}
                                                : std::vector<std::string>{};
 }
 
@@ -36,7 +36,8 @@ static constexpr const char* LOCK = "lock";  ///< a file that nobody else can op
 static int openLock(const std::string& folder, int mode) {
     int lock = -1;
     const int flags = mode | _O_RDWR | _O_BINARY | _O_NOINHERIT;
-    return _wsopen_s(&lock, names_widen(closePath(folder) + LOCK).c_str(), flags, _SH_DENYRW, _S_IREAD | _S_IWRITE) == 0
+    return _wsopen_s(&lock, filenames_widen(closePath(folder) + LOCK).c_str(), flags, _SH_DENYRW,
+                     _S_IREAD | _S_IWRITE) == 0
                ? lock
                : -1;
 }
@@ -48,7 +49,7 @@ bool privatefolder_make(const std::string& place, PrivateFolder& folder) {
         LARGE_INTEGER counter{};
         QueryPerformanceCounter(&counter);
         std::string path = front + std::to_string(counter.QuadPart) + '\\';
-        if (CreateDirectoryW(names_widen(path).c_str(), nullptr) == 0) {
+        if (CreateDirectoryW(filenames_widen(path).c_str(), nullptr) == 0) {
             if (GetLastError() != ERROR_ALREADY_EXISTS) {
                 return false;
             }
@@ -59,7 +60,7 @@ bool privatefolder_make(const std::string& place, PrivateFolder& folder) {
             folder.path = std::move(path);
             return true;
         }
-        RemoveDirectoryW(names_widen(path).c_str());
+        RemoveDirectoryW(filenames_widen(path).c_str());
     }
     return false;
 }
@@ -67,8 +68,8 @@ bool privatefolder_make(const std::string& place, PrivateFolder& folder) {
 void privatefolder_remove(PrivateFolder& folder) {
     if (!folder.path.empty()) {
         _close(folder.lock);
-        DeleteFileW(names_widen(folder.path + LOCK).c_str());
-        RemoveDirectoryW(names_widen(folder.path).c_str());
+        DeleteFileW(filenames_widen(folder.path + LOCK).c_str());
+        RemoveDirectoryW(filenames_widen(folder.path).c_str());
         folder = {};
     }
 }
@@ -76,12 +77,12 @@ void privatefolder_remove(PrivateFolder& folder) {
 /// Deletes the copies of engines in a folder; false if there are none.
 static bool deleteCopies(const std::string& path) {
     WIN32_FIND_DATAW entry;
-    const HANDLE search = FindFirstFileW(names_widen(path + "\\*.dll").c_str(), &entry);
+    const HANDLE search = FindFirstFileW(filenames_widen(path + "\\*.dll").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {
         return false;
     }
     do {
-        DeleteFileW(names_widen(path + '\\' + names_narrow(entry.cFileName)).c_str());
+        DeleteFileW(filenames_widen(path + '\\' + filenames_narrow(entry.cFileName)).c_str());
     } while (FindNextFileW(search, &entry) != 0);
     FindClose(search);
     return true;
@@ -92,27 +93,27 @@ static bool deleteCopies(const std::string& path) {
 static void clearFolder(const std::string& path) {
     const int lock = openLock(path, 0);
     const bool hasLock =
-        lock >= 0 || GetFileAttributesW(names_widen(closePath(path) + LOCK).c_str()) != INVALID_FILE_ATTRIBUTES;
+        lock >= 0 || GetFileAttributesW(filenames_widen(closePath(path) + LOCK).c_str()) != INVALID_FILE_ATTRIBUTES;
     if (lock >= 0) {
         deleteCopies(path);
         _close(lock);
-        DeleteFileW(names_widen(closePath(path) + LOCK).c_str());
-        RemoveDirectoryW(names_widen(path).c_str());
+        DeleteFileW(filenames_widen(closePath(path) + LOCK).c_str());
+        RemoveDirectoryW(filenames_widen(path).c_str());
     } else if (!hasLock && deleteCopies(path)) {
-        RemoveDirectoryW(names_widen(path).c_str());
+        RemoveDirectoryW(filenames_widen(path).c_str());
     }
 }
 
 void privatefolder_clearLeftovers(const std::string& place) {
     WIN32_FIND_DATAW entry;
-    const HANDLE search = FindFirstFileW(names_widen(closePath(place) + NAME + '*').c_str(), &entry);
+    const HANDLE search = FindFirstFileW(filenames_widen(closePath(place) + NAME + '*').c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {
         return;
     }
     do {
         const DWORD kind = entry.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
         if (kind == FILE_ATTRIBUTE_DIRECTORY) {
-            clearFolder(closePath(place) + names_narrow(entry.cFileName));
+            clearFolder(closePath(place) + filenames_narrow(entry.cFileName));
         }
     } while (FindNextFileW(search, &entry) != 0);
     FindClose(search);

@@ -1,6 +1,6 @@
 // Names of files on Windows: UTF-8 in, UTF-8 out, whatever the code page of the process.
 
-#include "platform/names.h"
+#include "platform/filenames.h"
 
 #include <gtest/gtest.h>
 
@@ -11,19 +11,19 @@
 #include "platform/outputs.h"
 #include "support/tempfolder.h"
 
-TEST(Names, Utf8BecomesUtf16AndBack) {
-    EXPECT_EQ(names_widen("a \xC3\xBC.inp"), L"a \u00FC.inp");
-    EXPECT_EQ(names_narrow(L"\u00FC\u4E2D.inp"), "\xC3\xBC\xE4\xB8\xAD.inp");
-    EXPECT_EQ(names_widen(""), L"");
+TEST(FileNames, Utf8BecomesUtf16AndBack) {
+    EXPECT_EQ(filenames_widen("a \xC3\xBC.inp"), L"a \u00FC.inp");
+    EXPECT_EQ(filenames_narrow(L"\u00FC\u4E2D.inp"), "\xC3\xBC\xE4\xB8\xAD.inp");
+    EXPECT_EQ(filenames_widen(""), L"");
 }
 
-TEST(Names, WhatIsNoUtf8IsOfTheCodePage) {
-    EXPECT_EQ(names_widen("\xFC").size(), 1U);
+TEST(FileNames, WhatIsNoUtf8IsOfTheCodePage) {
+    EXPECT_EQ(filenames_widen("\xFC").size(), 1U);
 }
 
-TEST(Names, FilesWithUmlautsAreWrittenReadAndDeleted) {
+TEST(FileNames, FilesWithUmlautsAreWrittenReadAndDeleted) {
     const TempFolder folder;
-    const std::string name = names_narrow(folder.path.c_str()) + "\\gr\xC3\xBC\xC3\x9F.txt";
+    const std::string name = filenames_narrow(folder.path.c_str()) + "\\gr\xC3\xBC\xC3\x9F.txt";
     EXPECT_EQ(outputs_writeWhole(name, "text", 4), OUTPUT_FINE);
     EXPECT_EQ(outputs_writeWhole(name, "other", 5), OUTPUT_FINE);  // takes the place of the first
     EXPECT_TRUE(std::filesystem::exists(folder.path / L"gr\u00FC\u00DF.txt"));
@@ -35,9 +35,9 @@ TEST(Names, FilesWithUmlautsAreWrittenReadAndDeleted) {
     EXPECT_TRUE(folder.list().empty());
 }
 
-TEST(Names, ASecondRunIsRefusedAFile) {
+TEST(FileNames, ASecondRunIsRefusedAFile) {
     const TempFolder folder;
-    const std::string name = names_narrow(folder.path.c_str()) + "\\a b.bin";
+    const std::string name = filenames_narrow(folder.path.c_str()) + "\\a b.bin";
     OutputPlace first, second;
     OutputFault fault = OUTPUT_FINE;
     std::FILE* file = outputs_open(first, name, true, fault);
@@ -50,7 +50,7 @@ TEST(Names, ASecondRunIsRefusedAFile) {
     EXPECT_FALSE(folder.has("a b.bin.part"));
 }
 
-TEST(Names, TheProgramKnowsItsOwnFile) {
+TEST(FileNames, TheProgramKnowsItsOwnFile) {
     EXPECT_TRUE(files_exists(files_getProgramPath()));
     EXPECT_EQ(files_splitPath(files_getProgramPath()).extension, ".exe");
 }

@@ -3,13 +3,13 @@
 // means two things. What the system gives comes back as UTF-8, whatever the process has set. Called by the rooms of
 // this folder.
 
-#include "platform/names.h"
+#include "platform/filenames.h"
 
 #if defined(_WIN32)
 
 #include <windows.h>
 
-std::wstring names_widen(const std::string& name) {
+std::wstring filenames_widen(const std::string& name) {
     const int size = static_cast<int>(name.size());
     for (const UINT page : {static_cast<UINT>(CP_UTF8), static_cast<UINT>(CP_ACP)}) {
         const DWORD how = page == CP_UTF8 ? MB_ERR_INVALID_CHARS : 0;
@@ -23,7 +23,7 @@ std::wstring names_widen(const std::string& name) {
     return {};
 }
 
-std::string names_narrow(const wchar_t* name) {
+std::string filenames_narrow(const wchar_t* name) {
     const int length = WideCharToMultiByte(CP_UTF8, 0, name, -1, nullptr, 0, nullptr, nullptr);
     if (length <= 1) {
         return {};
@@ -34,13 +34,13 @@ std::string names_narrow(const wchar_t* name) {
     return narrow;
 }
 
-std::filesystem::path names_toPath(const std::string& name) {
-    return names_widen(name);
+std::filesystem::path filenames_toPath(const std::string& name) {
+    return filenames_widen(name);
 }
 
 #else
 
-std::filesystem::path names_toPath(const std::string& name) {
+std::filesystem::path filenames_toPath(const std::string& name) {
     return name;
 }
 
