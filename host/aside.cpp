@@ -4,11 +4,6 @@
 
 #include "aside.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -16,6 +11,7 @@
 #include <utility>
 
 #include "files.h"
+#include "posix.h"
 
 namespace fs = std::filesystem;
 
@@ -64,27 +60,9 @@ fs::path addEnding(const fs::path& target) {
     return target.parent_path() / (file.substr(0, LONGEST - std::strlen(ENDING)) + ENDING);
 }
 
-/// Access as of the file that is there, or as of any new file.
-mode_t getMode(const std::string& name) {
-    struct stat status;
-    if (stat(name.c_str(), &status) == 0) {
-        return status.st_mode & 0777u;
-    }
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666u & ~mask;
-}
-
-/// Whether the open file is a plain one that is known by this name alone, and stands there still.
-bool isOnlyHere(int file, const std::string& name) {
-    struct stat open, named;
-    return fstat(file, &open) == 0 && lstat(name.c_str(), &named) == 0 && S_ISREG(open.st_mode) && open.st_nlink == 1 &&
-           open.st_dev == named.st_dev && open.st_ino == named.st_ino;
-}
-
 bool writeAll(int file, const std::string& bytes) {
     for (size_t at = 0; at < bytes.size();) {
-        const ssize_t written = write(file, bytes.data() + at, bytes.size() - at);
+        const ssize_t written = posix_write(file, bytes.data() + at, bytes.size() - at);
         if (written < 0 && errno != EINTR) {
             return false;
         }
@@ -93,17 +71,10 @@ bool writeAll(int file, const std::string& bytes) {
     return true;
 }
 
-/// The new name of a file is on the disk once its folder is. Where folders can't be brought there, they need not.
-bool syncFolder(const fs::path& target) {
-    const fs::path folder = target.parent_path();
-    const Descriptor opened(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return opened.number < 0 || fsync(opened.number) == 0 || errno == EINVAL || errno == ENOTSUP;
-}
-
 /// Gives the file aside its target's name, with its bytes on the disk. False with errno.
 bool moveInPlace(Descriptor& file, const AsideFile& aside) {
-    return fchmod(file.number, getMode(aside.target)) == 0 && fsync(file.number) == 0 && file.close() &&
-           std::rename(aside.aside.c_str(), aside.target.c_str()) == 0;
+    return posix_takeMode(file.number, aside.target) && fsync(file.number) == 0 && file.close() &&
+           posix_rename(aside.aside, aside.target) == 0;
 }
 
 std::string describeFailure(const std::string& name, const std::string& reason) {
@@ -113,7 +84,7 @@ std::string describeFailure(const std::string& name, const std::string& reason) 
 }  // namespace
 
 std::string aside_getName(const std::string& name) {
-    return addEnding(followLinks(name)).string();
+    return addEnding(followLinks(files_toPath(name))).string();
 }
 
 AsideFile::~AsideFile() {
@@ -131,7 +102,7 @@ AsideFile::AsideFile(AsideFile&& other) noexcept
       lock(std::exchange(other.lock, -1)) {}
 
 std::string aside_begin(AsideFile& aside, const std::string& name) {
-    const fs::path target = followLinks(name);
+    const fs::path target = followLinks(files_toPath(name));
     std::string beside = addEnding(target).string();
     aside.name = name;  // ahead of the file: what finds no memory leaves none behind
     aside.target = target.string();
@@ -146,15 +117,15 @@ std::string aside_begin(AsideFile& aside, const std::string& name) {
         return describeFailure(name, std::strerror(errno));
     }
     constexpr int FLAGS = O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC;  // no link, no waiting at a pipe
-    Descriptor file(open(beside.c_str(), FLAGS, 0600));
+    Descriptor file(posix_open(beside, FLAGS, 0600));
     if (file.number < 0) {
         const int reason = errno;
         return describeFailure(name, (files_exists(beside) ? beside + " is in the way: " : "") + std::strerror(reason));
     }
     // The second descriptor holds the lock until the file has its name; closing the first one tells of a full disk.
-    Descriptor lock(fcntl(file.number, F_DUPFD_CLOEXEC, 0));
+    Descriptor lock(posix_duplicate(file.number));
     const bool isTaken = lock.number >= 0 && flock(lock.number, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
-    if (isTaken || !isOnlyHere(file.number, beside)) {
+    if (isTaken || !posix_isOnlyHere(file.number, beside)) {
         return describeFailure(name, beside + " is in the way" + (isTaken ? ": another program is writing it" : ""));
     }
     if (ftruncate(file.number, 0) != 0) {
@@ -196,7 +167,10 @@ std::string aside_end(AsideFile& aside) {
         return describeFailure(aside.name, std::strerror(reason));
     }
     aside.aside.clear();
-    return syncFolder(aside.target) ? std::string() : describeFailure(aside.name, std::strerror(errno));
+    // The new name of a file is on the disk once its folder is.
+    return posix_syncFolder(files_toPath(aside.target).parent_path().string())
+               ? std::string()
+               : describeFailure(aside.name, std::strerror(errno));
 }
 
 std::string aside_write(const std::string& name, const std::string& bytes) {

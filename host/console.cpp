@@ -36,6 +36,7 @@ int console_endOutput(int status) {
 
 #if defined(_WIN32)
 
+#include <fcntl.h>
 #include <io.h>
 
 static bool isReaderGone() {
@@ -46,7 +47,11 @@ static bool closeOutput() {
     return _close(_fileno(stdout)) == 0;
 }
 
-void console_openStreams() {}  // a descriptor of a file is never that of a stream here
+/// A descriptor of a file is never that of a stream here. Lines end as on other systems.
+void console_openStreams() {
+    _setmode(_fileno(stdout), _O_BINARY);
+    _setmode(_fileno(stderr), _O_BINARY);
+}
 
 bool console_isOutputTerminal() {
     return _isatty(_fileno(stdout)) != 0;

@@ -2,8 +2,6 @@
 
 #include "export.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -12,6 +10,7 @@
 
 #include "characters.h"
 #include "files.h"
+#include "posix.h"
 #include "results.h"
 #include "status.h"
 
@@ -39,7 +38,7 @@ void export_tell(const std::string& message) {
 ExportText export_beginText(const std::string& name) {
     ExportText text;
     export_refuse(aside_begin(text.aside, name));
-    const int number = dup(text.aside.file);
+    const int number = posix_duplicate(text.aside.file);
     text.stream = number < 0 ? nullptr : fdopen(number, "wb");
     if (!text.stream) {
         const int reason = errno;
@@ -74,11 +73,11 @@ int64_t export_getTime(const ResultFile& file, double date) {
 // --- the command ---------------------------------------------------------------------------------------------------
 
 static bool isFolderName(const std::string& name) {
-    return files_isFolder(name) || (!name.empty() && name.back() == '/');
+    return files_isFolder(name) || files_endsAsFolder(name);
 }
 
 ExportForm export_getForm(const std::string& name) {
-    std::string extension = std::filesystem::path(name).extension().string();
+    std::string extension = files_toPath(name).extension().string();
     for (char& c : extension) {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }

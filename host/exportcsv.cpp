@@ -16,9 +16,9 @@ namespace {
 /// The file of a table: TABLE.csv in a folder, or NAME-TABLE.csv where NAME.csv is asked for.
 std::string getName(const std::string& output, const std::string& table) {
     if (files_isFolder(output) || output.back() == '/') {
-        return (fs::path(output) / (table + ".csv")).string();
+        return (files_toPath(output) / (table + ".csv")).string();
     }
-    const fs::path path(output);
+    const fs::path path = files_toPath(output);
     return (path.parent_path() / (path.stem().string() + "-" + table + path.extension().string())).string();
 }
 
@@ -88,9 +88,9 @@ void writeTable(const ExportWork& work, const ResultPart& part, std::FILE* strea
 void writeTables(const ExportWork& work) {
     std::vector<ExportText> texts;
     const std::string& output = work.request.output;
-    if (output.back() == '/' && !files_isFolder(output)) {
+    if (files_endsAsFolder(output) && !files_isFolder(output)) {
         std::error_code error;
-        fs::create_directories(output, error);
+        fs::create_directories(files_toPath(output), error);
         export_refuse(error ? "cannot make the folder " + output + ": " + error.message() : "");
     }
     for (const ResultPart& part : work.parts) {

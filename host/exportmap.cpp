@@ -259,7 +259,7 @@ void countObjects(MapWork& map) {
 
 MapHead makeHead(const ExportWork& work, const std::string& crs) {
     MapHead head;
-    head.name = std::filesystem::path(work.file.name).filename().string();
+    head.name = files_toPath(work.file.name).filename().string();
     head.crs = crs;
     const int64_t start = export_getTime(work.file, work.file.startDate);
     const int64_t end = start + int64_t{work.file.periods} * work.file.reportStep;

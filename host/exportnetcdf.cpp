@@ -4,9 +4,11 @@
 // A series of one object is what is mostly read, so pieces of the file hold many times of few objects. Results are
 // walked through in blocks of such pieces: some thousand times, and as many objects as have room.
 
+#ifdef TARNVELDE_NETCDF_LIBRARY
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -20,6 +22,7 @@
 
 #include "characters.h"
 #include "export.h"
+#include "files.h"
 #include "mapfile.h"
 #include "netcdfcalls.h"
 #include "results.h"
@@ -152,7 +155,7 @@ std::string readMeans(const ExportRequest& request) {
 
 void describeFile(const NetcdfWork& netcdf) {
     const NetcdfFile& file = netcdf.file;
-    const std::string name = std::filesystem::path(netcdf.work.file.name).filename().string();
+    const std::string name = files_toPath(netcdf.work.file.name).filename().string();
     putText(file, NC_GLOBAL, "Conventions", "CF-1.8");
     putText(file, NC_GLOBAL, "title", "Results of " + name);
     putText(file, NC_GLOBAL, "source", "Tarnvelde " TARNVELDE_VERSION ", a simulation of urban drainage");

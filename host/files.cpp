@@ -2,13 +2,21 @@
 
 #include "files.h"
 
-#include <stdlib.h>
-
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 
+#include "posix.h"
+
 namespace fs = std::filesystem;
+
+fs::path files_toPath(const std::string& name) {
+#if defined(_WIN32)
+    return std::u8string(name.begin(), name.end());
+#else
+    return name;
+#endif
+}
 
 std::string files_replaceExtension(const std::string& model, const char* extension) {
     const size_t name = model.find_last_of("/\\") + 1;
@@ -18,27 +26,31 @@ std::string files_replaceExtension(const std::string& model, const char* extensi
 
 bool files_isSame(const std::string& first, const std::string& second) {
     std::error_code error;
-    if (first == second || fs::equivalent(first, second, error)) {
+    if (first == second || fs::equivalent(files_toPath(first), files_toPath(second), error)) {
         return true;
     }
     error.clear();
-    const fs::path firstPath = fs::weakly_canonical(first, error);
-    return !error && firstPath == fs::weakly_canonical(second, error);
+    const fs::path firstPath = fs::weakly_canonical(files_toPath(first), error);
+    return !error && firstPath == fs::weakly_canonical(files_toPath(second), error);
 }
 
 bool files_isRegular(const std::string& name) {
     std::error_code error;
-    return fs::is_regular_file(name, error);
+    return fs::is_regular_file(files_toPath(name), error);
 }
 
 bool files_exists(const std::string& name) {
     std::error_code error;
-    return fs::exists(name, error);
+    return fs::exists(files_toPath(name), error);
 }
 
 bool files_isFolder(const std::string& name) {
     std::error_code error;
-    return fs::is_directory(name, error);
+    return fs::is_directory(files_toPath(name), error);
+}
+
+bool files_endsAsFolder(const std::string& name) {
+    return !name.empty() && (name.back() == '/' || name.back() == static_cast<char>(fs::path::preferred_separator));
 }
 
 bool files_isReadable(const std::string& name) {
@@ -52,7 +64,7 @@ std::string files_makeTemporaryFolder() {
         base = "/tmp";
     }
     std::string folder = (base / "tarnvelde-XXXXXX").string();
-    if (!mkdtemp(folder.data())) {
+    if (!posix_makeFolder(folder)) {
         folder.clear();
     }
     return folder;  // moved: a copy that finds no memory would leave the folder behind

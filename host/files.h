@@ -1,6 +1,7 @@
 #pragma once
 // Names of the files of a run.
 
+#include <filesystem>
 #include <string>
 
 /// The files of a run. An empty name is no file.
@@ -14,6 +15,9 @@ struct ProjectFiles {
 /// `model` with another extension, which begins with a point.
 std::string files_replaceExtension(const std::string& model, const char* extension);
 
+/// A name as the standard library wants it: names are UTF-8, also where the system has others.
+std::filesystem::path files_toPath(const std::string& name);
+
 /// Whether there is a file of the name, and no folder, device or pipe.
 bool files_isRegular(const std::string& name);
 
@@ -23,6 +27,9 @@ bool files_isSame(const std::string& first, const std::string& second);
 
 bool files_exists(const std::string& name);
 bool files_isFolder(const std::string& name);
+
+/// Whether a name ends as that of a folder does.
+bool files_endsAsFolder(const std::string& name);
 
 /// Whether there is something of the name that can be read.
 bool files_isReadable(const std::string& name);

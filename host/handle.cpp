@@ -9,18 +9,21 @@
 #include <stdexcept>
 #include <utility>
 
+#include "files.h"
+#include "posix.h"
+
 /// A folder as the engine knows one: by the separator at its end.
 static std::string closeFolder(const std::string& folder) {
-    return folder.empty() || folder.back() == '/' ? folder : folder + '/';
+    return folder.empty() || files_endsAsFolder(folder) ? folder : folder + '/';
 }
 
 /// Where engines stand that were installed with the program; empty for none, and where the folder of the program has
 /// some of its own, which the library finds by itself.
 static std::string findInstalledEngines() {
     std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const std::filesystem::path program = files_toPath(posix_getProgram()).parent_path();
     for (const char* own : {"swmm5ex.dll", "vorn.dll", "libswmm5ex.so", "libvorn.so"}) {
-        if (error || std::filesystem::exists(program / own, error)) {
+        if (program.empty() || std::filesystem::exists(program / own, error)) {
             return {};
         }
     }

@@ -11,6 +11,7 @@
 
 #include "aside.h"
 #include "characters.h"
+#include "files.h"
 #include "results.h"
 
 namespace {
@@ -125,7 +126,7 @@ static bool makeTables(LidFile& file) {
 static std::string openDatabase(LidFile& file) {
     const std::string place = aside_getName(file.name);
     std::error_code error;
-    std::filesystem::remove(lidfile_getJournal(file.name), error);
+    std::filesystem::remove(files_toPath(lidfile_getJournal(file.name)), error);
     sqlite3* database = nullptr;
     const std::string path = (place.starts_with("file:") ? "./" : "") + place;
     const int code = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);

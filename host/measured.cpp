@@ -201,7 +201,7 @@ Measured measured_read(const std::string& name) {
         throw ResultError("cannot open " + file);
     }
     Measured measured;
-    measured.name = characters_toUtf8(std::filesystem::path(file).stem().string());
+    measured.name = characters_toUtf8(files_toPath(file).stem().string());
     std::vector<std::string> titles;
     size_t place = 0;  // none yet: the first column has the dates
     char divider = ',';

@@ -5,7 +5,6 @@
 #include "memory.h"
 
 #include <cxxabi.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -14,6 +13,7 @@
 #include <string_view>
 #include <typeinfo>
 
+#include "posix.h"
 #include "status.h"
 
 static std::atomic<bool> isNoted = false;  // threads of the engine ask for memory, too
@@ -30,7 +30,7 @@ bool memory_wasRefused() {
 
 void memory_tellRefusal() {
     static constexpr std::string_view MESSAGE = "tarnvelde: not enough memory\n";
-    [[maybe_unused]] const ssize_t written = write(STDERR_FILENO, MESSAGE.data(), MESSAGE.size());
+    [[maybe_unused]] const ssize_t written = posix_write(STDERR_FILENO, MESSAGE.data(), MESSAGE.size());
 }
 
 /// Whether the exception that can't be caught is a refused request. Without one, it was the exception that found no

@@ -90,7 +90,7 @@ PageEnd readInput(const PageRequest& request, const std::string& input, uint64_t
 }
 
 int writePage(const PageRequest& request, std::string page, const std::vector<PageRun>& runs) {
-    const std::string name = characters_toUtf8(std::filesystem::path(request.input).stem().string());
+    const std::string name = characters_toUtf8(files_toPath(request.input).stem().string());
     const std::string title = request.title.empty() ? name : characters_toUtf8(request.title);
     (void)pagetemplate_fill(page, title, pagedata_write(title, runs));  // has its marks, as was tried
     if (const std::string failure = aside_write(request.output, page); !failure.empty()) {
@@ -109,7 +109,7 @@ void tellApart(std::vector<PageRun>& runs, const std::vector<std::string>& input
     }
     std::vector<std::string> folders;
     for (const std::string& input : inputs) {
-        folders.push_back(std::filesystem::path(input).parent_path().filename().string());
+        folders.push_back(files_toPath(input).parent_path().filename().string());
     }
     if (folders[0] != folders[1]) {
         for (size_t k = 0; k < runs.size(); ++k) {

@@ -10,6 +10,7 @@
 
 #include "characters.h"
 #include "console.h"
+#include "files.h"
 #include "interrupt.h"
 #include "modelview.h"
 #include "page.h"
@@ -280,7 +281,7 @@ void runOpen(PageWork& work, const std::string& name, uint64_t most, std::vector
 PageEnd pagemodel_run(const PageRequest& request, const std::string& model, uint64_t most, PageRun& run) {
     PageWork work{request, handle_make(request.engines), run};
     tv_setThreads(work.model.get(), request.threads);
-    run.name = std::filesystem::path(model).filename().string();
+    run.name = files_toPath(model).filename().string();
     run.source = "model";
     run.description = readDescription(model);
     note(work, tv_open(work.model.get(), model.c_str(), nullptr));

@@ -9,6 +9,7 @@
 
 #include "characters.h"
 #include "console.h"
+#include "files.h"
 #include "modelview.h"
 #include "page.h"
 #include "pagenetwork.h"
@@ -286,7 +287,7 @@ PageEnd pageresults_read(const PageRequest& request, const std::string& results,
     if (!(std::fabs(file.startDate) < RESULT_FARTHEST_DATE)) {
         throw ResultError(file.name + " is damaged: its dates can't be");
     }
-    run.name = std::filesystem::path(results).filename().string();
+    run.name = files_toPath(results).filename().string();
     run.source = "results";
     run.reportStep = file.reportStep;
     run.start = file.startDate;

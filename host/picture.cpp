@@ -2,13 +2,12 @@
 
 #include "picture.h"
 
-#include <filesystem>
 #include <string_view>
 
-namespace fs = std::filesystem;
+#include "files.h"
 
 PictureForm picture_getForm(const std::string& name) {
-    std::string extension = fs::path(name).extension().string();
+    std::string extension = files_toPath(name).extension().string();
     for (char& c : extension) {
         c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
     }

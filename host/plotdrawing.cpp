@@ -2,14 +2,19 @@
 
 #include "plotdrawing.h"
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string_view>
@@ -23,6 +28,54 @@
 namespace {
 
 constexpr size_t MESSAGE_SHOWN = 4096;  ///< bytes of what gnuplot says of a failure
+
+/// Tells what gnuplot says of its failure. False, as for a picture that isn't there.
+bool tellFailure(const std::string& message, const std::string& signal) {
+    std::ifstream stream(message, std::ios::binary);
+    std::string words(MESSAGE_SHOWN, '\0');
+    words.resize(static_cast<size_t>(
+        std::max<std::streamsize>(stream.read(words.data(), static_cast<std::streamsize>(words.size())).gcount(), 0)));
+    std::fprintf(stderr, "tarnvelde: gnuplot failed%s\n%s", signal.c_str(),
+                 characters_makePrintableLines(words).c_str());
+    return false;
+}
+
+#if defined(_WIN32)
+
+/// Opens a file that the other program inherits.
+HANDLE openForChild(const std::string& name) {
+    SECURITY_ATTRIBUTES inherited{sizeof inherited, nullptr, TRUE};
+    return CreateFileW(files_toPath(name).c_str(), GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                       &inherited, OPEN_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+}
+
+/// Runs gnuplot on the script in a folder. False if there is no gnuplot, or if it fails.
+bool runGnuplot(const std::string& folder) {
+    const std::string message = folder + "/message";
+    std::wstring words = L"gnuplot -d plot.gp";  // without settings of the user
+    STARTUPINFOW start{};
+    start.cb = sizeof start;
+    start.dwFlags = STARTF_USESTDHANDLES;
+    start.hStdInput = start.hStdOutput = openForChild("NUL");
+    start.hStdError = openForChild(message);
+    PROCESS_INFORMATION child{};
+    const BOOL isStarted = CreateProcessW(nullptr, words.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
+                                          files_toPath(folder).c_str(), &start, &child);
+    CloseHandle(start.hStdOutput);
+    CloseHandle(start.hStdError);
+    if (isStarted == 0) {
+        std::fprintf(stderr, "tarnvelde: cannot start gnuplot; it must be installed, and its folder stand in PATH\n");
+        return false;
+    }
+    DWORD status = 1;
+    WaitForSingleObject(child.hProcess, INFINITE);
+    GetExitCodeProcess(child.hProcess, &status);
+    CloseHandle(child.hThread);
+    CloseHandle(child.hProcess);
+    return (status == 0 && files_exists(folder + "/picture")) || tellFailure(message, "");
+}
+
+#else
 
 /// Runs gnuplot on the script in a folder. False if there is no gnuplot, or if it fails.
 bool runGnuplot(const std::string& folder) {
@@ -46,15 +99,10 @@ bool runGnuplot(const std::string& folder) {
     if (WIFEXITED(state) && WEXITSTATUS(state) == 0 && files_exists(folder + "/picture")) {
         return true;
     }
-    std::ifstream stream(message, std::ios::binary);
-    std::string words(MESSAGE_SHOWN, '\0');
-    words.resize(static_cast<size_t>(
-        std::max<std::streamsize>(stream.read(words.data(), static_cast<std::streamsize>(words.size())).gcount(), 0)));
-    const std::string signal = WIFSIGNALED(state) ? ": signal " + std::to_string(WTERMSIG(state)) : "";
-    std::fprintf(stderr, "tarnvelde: gnuplot failed%s\n%s", signal.c_str(),
-                 characters_makePrintableLines(words).c_str());
-    return false;
+    return tellFailure(message, WIFSIGNALED(state) ? ": signal " + std::to_string(WTERMSIG(state)) : "");
 }
+
+#endif
 
 /// Three characters that no text of XML may hold, and that gnuplot leaves as they are: it writes no section that they
 /// could end.
@@ -85,6 +133,12 @@ struct WorkFolder {
     const size_t lines;  ///< of which each has a file, or none
 
     explicit WorkFolder(size_t lineCount) : lines(lineCount) {}
+#if defined(_WIN32)
+    ~WorkFolder() {
+        std::error_code error;
+        std::filesystem::remove_all(files_toPath(name), error);
+    }
+#else
     ~WorkFolder() {
         if (name.empty()) {
             return;
@@ -101,6 +155,7 @@ struct WorkFolder {
         close(folder);
         rmdir(name.c_str());
     }
+#endif
     WorkFolder(const WorkFolder&) = delete;
     WorkFolder& operator=(const WorkFolder&) = delete;
 };

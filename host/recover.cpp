@@ -4,16 +4,13 @@
 
 #include "recover.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 
 #include "characters.h"
 #include "console.h"
+#include "posix.h"
 #include "resultfile.h"
 #include "status.h"
 
@@ -23,7 +20,7 @@ namespace {
 struct OpenFile {
     int descriptor;
 
-    explicit OpenFile(const std::string& name) : descriptor(open(name.c_str(), O_RDWR | O_CLOEXEC)) {}
+    explicit OpenFile(const std::string& name) : descriptor(posix_open(name, O_RDWR | O_CLOEXEC)) {}
     ~OpenFile() {
         if (descriptor >= 0) {
             close(descriptor);

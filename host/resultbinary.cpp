@@ -1,10 +1,6 @@
 // Reads the binary results file. Its parts follow each other without a gap, so everything that the head promises can be
 // counted and compared with the length of the file before anything is read by it.
 
-#include <sys/stat.h>
-#include <sys/types.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <bit>
 #include <cerrno>
@@ -13,6 +9,7 @@
 #include <numeric>
 
 #include "characters.h"
+#include "posix.h"
 #include "resultfile.h"
 
 namespace {
@@ -238,11 +235,11 @@ double getDate(const unsigned char* bytes) {
 }  // namespace
 
 void result_openBinary(ResultFile& file) {
-    struct stat status;
-    if (fstat(fileno(file.binary), &status) != 0) {
+    const int64_t size = posix_getSize(fileno(file.binary));
+    if (size < 0) {
         throw ResultError(file.name + " can't be read");
     }
-    Cursor cursor{file, static_cast<uint64_t>(status.st_size), 0};
+    Cursor cursor{file, static_cast<uint64_t>(size), 0};
     if (cursor.length < 4 || cursor.readInteger() != RESULT_MAGIC) {
         cursor.fail("is no file of results");
     }

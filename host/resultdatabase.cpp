@@ -14,6 +14,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "files.h"
 #include "resultfile.h"
 
 namespace {
@@ -146,7 +147,7 @@ int openAndTry(ResultFile& file, int access) {
     sqlite3_hard_heap_limit64(MOST_MEMORY);
     std::error_code error;
     file.work = {};
-    file.work.length = std::filesystem::file_size(file.name, error);
+    file.work.length = std::filesystem::file_size(files_toPath(file.name), error);
     // SQLite may take a name that begins with "file:" as an address; a path never does.
     const std::string path = (file.name.starts_with("file:") ? "./" : "") + file.name;
     if (error || sqlite3_open_v2(path.c_str(), &file.database, access, nullptr) != SQLITE_OK) {

@@ -2,9 +2,6 @@
 // it the values of each object, column after column. Places have to follow each other without a gap, so that nothing
 // that an index says can lead anywhere else; the head has a checksum.
 
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <bit>
@@ -13,6 +10,7 @@
 #include <cstring>
 #include <limits>
 
+#include "posix.h"
 #include "resultfile.h"
 
 namespace {
@@ -318,11 +316,11 @@ double result_getRegularDate(const ResultFile& file, uint32_t dates, uint64_t pe
 }
 
 void result_openObjects(ResultFile& file) {
-    struct stat status {};
-    if (fstat(fileno(file.binary), &status) != 0) {
+    const int64_t size = posix_getSize(fileno(file.binary));
+    if (size < 0) {
         fail(file, "can't be read");
     }
-    const auto length = static_cast<uint64_t>(status.st_size);
+    const auto length = static_cast<uint64_t>(size);
     if (length < RESULT_OBJECTS_HEAD + RESULT_OBJECTS_CLOSING) {
         fail(file, "is truncated");
     }

@@ -4,7 +4,6 @@
 #include "runidentity.h"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <fstream>
@@ -13,6 +12,7 @@
 
 #include "characters.h"
 #include "files.h"
+#include "posix.h"
 #include "resultfile.h"
 
 namespace {
@@ -22,15 +22,6 @@ constexpr const char* FIRST_LINE = "tarnvelde run";
 constexpr size_t MOST_BYTES = 4096;
 
 using Identity = std::map<std::string, std::string>;
-
-bool isOlder(const std::string& first, const std::string& second) {
-    struct stat a = {}, b = {};
-    if (stat(first.c_str(), &a) != 0 || stat(second.c_str(), &b) != 0) {
-        return true;
-    }
-    return a.st_mtim.tv_sec != b.st_mtim.tv_sec ? a.st_mtim.tv_sec < b.st_mtim.tv_sec
-                                                : a.st_mtim.tv_nsec < b.st_mtim.tv_nsec;
-}
 
 /// Whether the results can be those of the run: they begin where it began, and don't go beyond its end. Times of files
 /// don't tell it all: they are as coarse as the system's clock, and a file that is moved keeps its own.
@@ -43,7 +34,7 @@ bool isOfRun(const Identity& identity, const ResultFile& file) {
 
 Identity readText(const ResultFile& file) {
     const std::string name = file.name + ENDING;
-    if (!files_isRegular(name) || isOlder(name, file.name)) {
+    if (!files_isRegular(name) || posix_isOlder(name, file.name)) {
         return {};
     }
     std::ifstream stream(name, std::ios::binary);

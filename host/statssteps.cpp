@@ -4,11 +4,11 @@
 #include "statssteps.h"
 
 #include <cmath>
-#include <cstdlib>
 #include <new>
 
 #include "aside.h"
 #include "characters.h"
+#include "posix.h"
 #include "stats.h"
 
 namespace {
@@ -203,23 +203,7 @@ std::vector<StatsStepsFound> statssteps_take(StatsSteps& steps) {
 
 std::string statssteps_write(StatsSteps& steps) {
     endWalks(steps);
-    char* text = nullptr;
-    size_t length = 0;
-    std::FILE* out = open_memstream(&text, &length);
-    if (!out) {
-        throw std::bad_alloc();
-    }
-    try {
-        show(steps, out);
-    } catch (...) {
-        std::fclose(out);
-        std::free(text);
-        throw;
-    }
-    const bool isWhole = std::ferror(out) == 0;
-    const bool isClosed = std::fclose(out) == 0;
-    const std::string bytes = isWhole && isClosed ? std::string(text, length) : "";
-    std::free(text);
+    const std::string bytes = posix_catchText([&](std::FILE* out) { show(steps, out); });
     if (bytes.empty()) {
         throw std::bad_alloc();  // what else can fail of a stream into memory
     }

@@ -67,6 +67,10 @@ test_manual() {
     count_tests scripts/test-manual.sh '^[^a-z]*pass \([0-9][0-9]*\)$' '^[^a-z]*fail \([0-9][0-9]*\)$'
 }
 
+test_windows() {
+    count_tests scripts/check-windows.sh '^\([0-9][0-9]*\) passed, [0-9][0-9]* failed$' '^[0-9][0-9]* passed, \([0-9][0-9]*\) failed$'
+}
+
 run_examples() {
     local model name status=0
     for model in examples/*/*.inp; do
@@ -140,7 +144,9 @@ if stage "Build release with gcc" build release; then
     stage "The Python package" test_python
     stage "The manual" test_manual
 fi
-stage "Platform sources for Windows" scripts/check-windows.sh
+if [ -x build/release/tarnvelde ]; then
+    stage "The build for Windows under wine" test_windows
+fi
 if stage "Build with clang and the thread sanitizer" build threads; then
     stage "Models in threads" run_tests threads
 fi

@@ -4,6 +4,7 @@
 #ifndef TEST_ENGINE_H
 #define TEST_ENGINE_H
 
+#include <float.h>
 #include <math.h>
 #include <stdarg.h>
 #include <stdio.h>
@@ -208,7 +209,7 @@ static double drainReservoir(double* volume, double inflow, double constant, dou
     double kept = 0.0;
     if (available <= 0.0) {
         kept = available;
-    } else if (isinf(constant)) {
+    } else if (fabs(constant) > DBL_MAX) {
         kept = available;
     } else if (constant > 0.0) {
         const double share = exp(-step / constant);

@@ -49,3 +49,25 @@ def test_importing_prints_nothing_and_loads_no_library_yet():
     done = subprocess.run([sys.executable, "-c", script], capture_output=True, text=True,
                           env={**os.environ, "PYTHONPATH": str(ROOT / "python")})
     assert (done.stdout, done.stderr) == ("None\n", "")
+
+
+def test_library_of_windows_is_found_in_the_package(tmp_path, monkeypatch):
+    from tarnvelde import _library
+    (tmp_path / "tarnvelde" / "lib").mkdir(parents=True)
+    own = tmp_path / "tarnvelde" / "lib" / "tarnvelde.dll"
+    own.write_bytes(b"")
+    monkeypatch.delenv("TARNVELDE_LIBRARY", raising=False)
+    monkeypatch.setattr(_library, "_FOLDER", tmp_path / "tarnvelde")
+    monkeypatch.setattr(_library.sys, "platform", "win32")
+    assert next(_library._candidates()) == str(own)
+
+
+def test_package_is_imported_without_modules_of_unix():
+    code = ("import sys\n"
+            "for name in ('fcntl', 'termios', 'resource', 'pwd', 'grp', 'pty', 'tty'):\n"
+            "    sys.modules[name] = None\n"
+            "import tarnvelde\n"
+            "from tarnvelde import control, ensemble, events, fit, measures, model, network, project, results, run\n"
+            "print(tarnvelde.__name__)\n")
+    done = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, cwd=ROOT / "python")
+    assert (done.stdout.strip(), done.returncode) == ("tarnvelde", 0), done.stderr

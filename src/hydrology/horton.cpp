@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 static constexpr double NO_WATER = 1e-10;       ///< m/s, at or below which the ground dries
 static constexpr double CURVE_END = 16.0;       ///< of decay times time, from which the final rate holds

@@ -12,6 +12,7 @@
 
 #include "model/model.h"
 #include "platform/outputs.h"
+#include "platform/print.h"
 
 static constexpr size_t HELD_SIZE = size_t{1} << 16;  ///< so that the message of missing memory has a place
 
@@ -60,10 +61,10 @@ void reportfile_print(const Model& model, const char* format, ...) {
     va_start(arguments, format);
     if (model.files.heldReport) {
         char text[2048];
-        std::vsnprintf(text, sizeof text, format, arguments);
+        print_toText(text, sizeof text, format, arguments);
         write(model, text);
     } else {
-        std::vfprintf(model.files.report, format, arguments);
+        print_toFile(model.files.report, format, arguments);
     }
     va_end(arguments);
 }

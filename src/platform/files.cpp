@@ -13,6 +13,8 @@
 #include <io.h>
 #include <share.h>
 #include <windows.h>
+
+#include "platform/filenames.h"
 #else
 #include <fcntl.h>
 #include <unistd.h>
@@ -41,11 +43,18 @@ PathParts files_splitPath(const std::string& path) {
 }
 
 std::FILE* files_openForReading(const char* path) {
+#if defined(_WIN32)
+    const std::wstring name = filenames_widen(path);
+    struct _stat64 status;
+    const bool isFile = _wstat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+    return isFile ? _wfsopen(name.c_str(), L"rb", _SH_DENYNO) : nullptr;
+#else
     struct stat status;
     if (stat(path, &status) != 0 || (status.st_mode & S_IFMT) != S_IFREG) {
         return nullptr;
     }
     return std::fopen(path, "rb");
+#endif
 }
 
 void files_seek(std::FILE* file, int64_t position) {
@@ -76,24 +85,23 @@ bool files_cut(std::FILE* file, int64_t length) {
     return isCut;
 }
 
+#if defined(_WIN32)
+
 bool files_delete(const char* path) {
-    return std::remove(path) == 0;
+    return _wremove(filenames_widen(path).c_str()) == 0;
 }
 
 bool files_exists(const std::string& path) {
-    struct stat status;
-    return stat(path.c_str(), &status) == 0;
+    return GetFileAttributesW(filenames_widen(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
-#if defined(_WIN32)
-
 std::string files_getProgramPath() {
-    std::string path(MAX_PATH, '\0');
+    std::wstring path(MAX_PATH, L'\0');
     for (;;) {
-        const DWORD length = GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(path.size()));
+        const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
         if (length < path.size()) {
             path.resize(length);
-            return path;
+            return filenames_narrow(path.c_str());
         }
         path.resize(path.size() * 2);
     }
@@ -102,8 +110,8 @@ std::string files_getProgramPath() {
 /// Makes a file that wasn't there before.
 static std::FILE* makeFile(const char* path) {
     int descriptor = -1;
-    if (_sopen_s(&descriptor, path, _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY, _SH_DENYNO, _S_IREAD | _S_IWRITE) !=
-        0) {
+    if (_wsopen_s(&descriptor, filenames_widen(path).c_str(), _O_CREAT | _O_EXCL | _O_WRONLY | _O_BINARY, _SH_DENYNO,
+                  _S_IREAD | _S_IWRITE) != 0) {
         return nullptr;
     }
     std::FILE* file = _fdopen(descriptor, "wb");
@@ -115,6 +123,15 @@ static std::FILE* makeFile(const char* path) {
 }
 
 #else
+
+bool files_delete(const char* path) {
+    return std::remove(path) == 0;
+}
+
+bool files_exists(const std::string& path) {
+    struct stat status;
+    return stat(path.c_str(), &status) == 0;
+}
 
 std::string files_getProgramPath() {
     std::string path(256, '\0');

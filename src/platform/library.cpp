@@ -15,10 +15,12 @@
 
 #include <windows.h>
 
+#include "platform/filenames.h"
+
 LibraryHandle library_load(const char* path) {
     const GuestArithmetic arithmetic;
     const bool hasFolder = std::strpbrk(path, "/\\:") != nullptr;
-    return LoadLibraryA(hasFolder ? path : (std::string(".\\") + path).c_str());
+    return LoadLibraryW(filenames_widen(hasFolder ? path : std::string(".\\") + path).c_str());
 }
 
 void library_release(LibraryHandle library) {

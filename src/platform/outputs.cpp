@@ -21,6 +21,8 @@
 #include <process.h>
 #include <share.h>
 #include <windows.h>
+
+#include "platform/filenames.h"
 #else
 #include <sys/file.h>
 #include <unistd.h>
@@ -54,14 +56,15 @@ static bool isStillThere(const OutputPlace&, int32_t) {
 }
 
 static std::string resolve(const std::string& name) {
-    char path[32768];
-    const DWORD length = GetFullPathNameA(name.c_str(), sizeof path, path, nullptr);
-    return length > 0 && length < sizeof path ? std::string(path, length) : name;
+    const std::wstring wide = filenames_widen(name);
+    std::wstring path(GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr) + size_t{1}, L'\0');
+    const DWORD length = GetFullPathNameW(wide.c_str(), static_cast<DWORD>(path.size()), path.data(), nullptr);
+    return length > 0 && length < path.size() ? filenames_narrow(path.c_str()) : name;
 }
 
 static bool isSpecial(const std::string& path) {
     struct _stat64 status;
-    return _stat64(path.c_str(), &status) == 0 && (status.st_mode & _S_IFMT) != _S_IFREG;
+    return _wstat64(filenames_widen(path).c_str(), &status) == 0 && (status.st_mode & _S_IFMT) != _S_IFREG;
 }
 
 bool outputs_isNowhere(const std::string& path) {
@@ -72,13 +75,35 @@ bool outputs_isNowhere(const std::string& path) {
 static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) {
     int descriptor = -1;
     const int flags = (isNew ? _O_CREAT | _O_RDWR : _O_RDONLY) | _O_BINARY | _O_NOINHERIT;
-    const int error = _sopen_s(&descriptor, path.c_str(), flags, _SH_DENYWR, _S_IREAD | _S_IWRITE);
+    const int error = _wsopen_s(&descriptor, filenames_widen(path).c_str(), flags, _SH_DENYWR, _S_IREAD | _S_IWRITE);
     fault = error == 0 ? OUTPUT_FINE : GetLastError() == ERROR_SHARING_VIOLATION ? OUTPUT_IN_USE : OUTPUT_NOT_OPEN;
     return error == 0 ? descriptor : -1;
 }
 
+/// Opens a file that others write by their own means: a byte that no file has is locked, so the lock is in nobody's way
+/// but that of another one; and the file may get its name while it is held.
+static int32_t openShared(const std::string& path, OutputFault& fault) {
+    constexpr DWORD LOCKED_HIGH = 0x7FFFFFFF;
+    const HANDLE file = CreateFileW(filenames_widen(path).c_str(), GENERIC_READ | GENERIC_WRITE,
+                                    FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr, OPEN_ALWAYS,
+                                    FILE_ATTRIBUTE_NORMAL, nullptr);
+    fault = file != INVALID_HANDLE_VALUE ? OUTPUT_FINE : OUTPUT_NOT_OPEN;
+    if (file == INVALID_HANDLE_VALUE) {
+        return -1;
+    }
+    OVERLAPPED where{};
+    where.OffsetHigh = LOCKED_HIGH;
+    const bool isFree = LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &where) != 0;
+    const int descriptor = isFree ? _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_NOINHERIT) : -1;
+    if (descriptor < 0) {
+        fault = isFree ? OUTPUT_NOT_OPEN : OUTPUT_IN_USE;
+        CloseHandle(file);
+    }
+    return descriptor;
+}
+
 static bool canBeWritten(const std::string& path) {
-    return _access(path.c_str(), 2) == 0;
+    return _waccess(filenames_widen(path).c_str(), 2) == 0;
 }
 
 static bool canBeReplaced(const std::string& path) {
@@ -114,7 +139,7 @@ static bool replace(OutputPlace& place) {
         closeDescriptor(place.held);
         place.held = -1;
     }
-    return MoveFileExA(place.written.c_str(), place.target.c_str(),
+    return MoveFileExW(filenames_widen(place.written).c_str(), filenames_widen(place.target).c_str(),
                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0;
 }
 
@@ -124,8 +149,9 @@ static int32_t getDescriptor(std::FILE* file) {
 
 FileIdentity outputs_identify(const std::string& name) {
     FileIdentity identity{resolve(name)};
-    const HANDLE file = CreateFileA(name.c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    const HANDLE file =
+        CreateFileW(filenames_widen(name).c_str(), 0, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                    OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     BY_HANDLE_FILE_INFORMATION known;
     if (file != INVALID_HANDLE_VALUE && GetFileInformationByHandle(file, &known)) {
         identity.device = known.dwVolumeSerialNumber;
@@ -254,6 +280,10 @@ static int32_t openOwn(const std::string& path, bool isNew, OutputFault& fault) 
     }
     fault = OUTPUT_NOT_OPEN;
     return -1;
+}
+
+static int32_t openShared(const std::string& path, OutputFault& fault) {
+    return openOwn(path, true, fault);
 }
 
 static bool canBeWritten(const std::string& path) {
@@ -482,7 +512,7 @@ bool outputs_empty(OutputPlace& place, std::FILE* file) {
 }
 
 int32_t outputs_lock(const std::string& path, OutputFault& fault) {
-    return openOwn(path, true, fault);
+    return openShared(path, fault);
 }
 
 void outputs_unlock(int32_t lock) {

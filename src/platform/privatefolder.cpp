@@ -22,10 +22,13 @@ static std::string closePath(const std::string& place) {
 #include <sys/stat.h>
 #include <windows.h>
 
+#include "platform/filenames.h"
+
 std::vector<std::string> privatefolder_findPlaces() {
-    char place[MAX_PATH + 1] = "";
-    const DWORD length = GetTempPathA(sizeof place, place);
-    return length > 0 && length < sizeof place ? std::vector<std::string>{place} : std::vector<std::string>{};
+    std::wstring place(MAX_PATH + 1, L'\0');
+    const DWORD length = GetTempPathW(static_cast<DWORD>(place.size()), place.data());
+    return length > 0 && length < place.size() ? std::vector<std::string>{filenames_narrow(place.c_str())}
+                                               : std::vector<std::string>{};
 }
 
 static constexpr const char* LOCK = "lock";  ///< a file that nobody else can open while its process has it
@@ -33,8 +36,10 @@ static constexpr const char* LOCK = "lock";  ///< a file that nobody else can op
 static int openLock(const std::string& folder, int mode) {
     int lock = -1;
     const int flags = mode | _O_RDWR | _O_BINARY | _O_NOINHERIT;
-    return _sopen_s(&lock, (closePath(folder) + LOCK).c_str(), flags, _SH_DENYRW, _S_IREAD | _S_IWRITE) == 0 ? lock
-                                                                                                             : -1;
+    return _wsopen_s(&lock, filenames_widen(closePath(folder) + LOCK).c_str(), flags, _SH_DENYRW,
+                     _S_IREAD | _S_IWRITE) == 0
+               ? lock
+               : -1;
 }
 
 /// The folder of the user is his own already.
@@ -44,7 +49,7 @@ bool privatefolder_make(const std::string& place, PrivateFolder& folder) {
         LARGE_INTEGER counter{};
         QueryPerformanceCounter(&counter);
         std::string path = front + std::to_string(counter.QuadPart) + '\\';
-        if (CreateDirectoryA(path.c_str(), nullptr) == 0) {
+        if (CreateDirectoryW(filenames_widen(path).c_str(), nullptr) == 0) {
             if (GetLastError() != ERROR_ALREADY_EXISTS) {
                 return false;
             }
@@ -55,7 +60,7 @@ bool privatefolder_make(const std::string& place, PrivateFolder& folder) {
             folder.path = std::move(path);
             return true;
         }
-        RemoveDirectoryA(path.c_str());
+        RemoveDirectoryW(filenames_widen(path).c_str());
     }
     return false;
 }
@@ -63,22 +68,22 @@ bool privatefolder_make(const std::string& place, PrivateFolder& folder) {
 void privatefolder_remove(PrivateFolder& folder) {
     if (!folder.path.empty()) {
         _close(folder.lock);
-        DeleteFileA((folder.path + LOCK).c_str());
-        RemoveDirectoryA(folder.path.c_str());
+        DeleteFileW(filenames_widen(folder.path + LOCK).c_str());
+        RemoveDirectoryW(filenames_widen(folder.path).c_str());
         folder = {};
     }
 }
 
 /// Deletes the copies of engines in a folder; false if there are none.
 static bool deleteCopies(const std::string& path) {
-    WIN32_FIND_DATAA entry;
-    const HANDLE search = FindFirstFileA((path + "\\*.dll").c_str(), &entry);
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW(filenames_widen(path + "\\*.dll").c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {
         return false;
     }
     do {
-        DeleteFileA((path + '\\' + entry.cFileName).c_str());
-    } while (FindNextFileA(search, &entry) != 0);
+        DeleteFileW(filenames_widen(path + '\\' + filenames_narrow(entry.cFileName)).c_str());
+    } while (FindNextFileW(search, &entry) != 0);
     FindClose(search);
     return true;
 }
@@ -87,29 +92,30 @@ static bool deleteCopies(const std::string& path) {
 /// version that made none; the copy that a process has loaded can't be deleted, and so its folder stays.
 static void clearFolder(const std::string& path) {
     const int lock = openLock(path, 0);
-    const bool hasLock = lock >= 0 || GetFileAttributesA((closePath(path) + LOCK).c_str()) != INVALID_FILE_ATTRIBUTES;
+    const bool hasLock =
+        lock >= 0 || GetFileAttributesW(filenames_widen(closePath(path) + LOCK).c_str()) != INVALID_FILE_ATTRIBUTES;
     if (lock >= 0) {
         deleteCopies(path);
         _close(lock);
-        DeleteFileA((closePath(path) + LOCK).c_str());
-        RemoveDirectoryA(path.c_str());
+        DeleteFileW(filenames_widen(closePath(path) + LOCK).c_str());
+        RemoveDirectoryW(filenames_widen(path).c_str());
     } else if (!hasLock && deleteCopies(path)) {
-        RemoveDirectoryA(path.c_str());
+        RemoveDirectoryW(filenames_widen(path).c_str());
     }
 }
 
 void privatefolder_clearLeftovers(const std::string& place) {
-    WIN32_FIND_DATAA entry;
-    const HANDLE search = FindFirstFileA((closePath(place) + NAME + '*').c_str(), &entry);
+    WIN32_FIND_DATAW entry;
+    const HANDLE search = FindFirstFileW(filenames_widen(closePath(place) + NAME + '*').c_str(), &entry);
     if (search == INVALID_HANDLE_VALUE) {
         return;
     }
     do {
         const DWORD kind = entry.dwFileAttributes & (FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT);
         if (kind == FILE_ATTRIBUTE_DIRECTORY) {
-            clearFolder(closePath(place) + entry.cFileName);
+            clearFolder(closePath(place) + filenames_narrow(entry.cFileName));
         }
-    } while (FindNextFileA(search, &entry) != 0);
+    } while (FindNextFileW(search, &entry) != 0);
     FindClose(search);
 }
 

@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "model/inputfiles.h"
+#include "platform/filenames.h"
 #include "platform/files.h"
 #include "platform/outputs.h"
 #include "results/rows.h"
@@ -33,7 +34,7 @@ using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 
 bool databaseplace_isFile(const std::string& name) {
     std::error_code error;
-    const fs::file_type type = fs::status(name, error).type();
+    const fs::file_type type = fs::status(filenames_toPath(name), error).type();
     return !name.empty() && name != ":memory:" && (type == fs::file_type::regular || type == fs::file_type::not_found);
 }
 
@@ -123,7 +124,7 @@ static bool emptyAside(sqlite3* handle) {
 
 static bool isEmptyFile(const std::string& path) {
     std::error_code error;
-    return fs::file_size(path, error) == 0 && !error;
+    return fs::file_size(filenames_toPath(path), error) == 0 && !error;
 }
 
 /// Takes away a file that was made in vain, of which SQLite has written the head at most. Without a lock on it, it may
@@ -134,7 +135,7 @@ static void dropVain(sqlite3* handle, const std::string& path) {
     sqlite3_file_control(handle, "main", SQLITE_FCNTL_LOCKSTATE, &lock);
     sqlite3_file_control(handle, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
     std::error_code error;
-    const uintmax_t size = fs::file_size(path, error);
+    const uintmax_t size = fs::file_size(filenames_toPath(path), error);
     if (lock >= SQLITE_LOCK_RESERVED && moved == 0 && !error && size <= HEAD) {
         files_delete(getJournal(path).c_str());
         files_delete(path.c_str());
@@ -195,7 +196,7 @@ sqlite3* databaseplace_openAside(const DatabasePlace& place, std::string& reason
     sqlite3_close(handle);
     files_delete(getJournal(place.aside).c_str());
     std::error_code error;
-    fs::resize_file(place.aside, 0, error);
+    fs::resize_file(filenames_toPath(place.aside), 0, error);
     handle = openAside(place.aside, place.encoding, isOfOther, reason);
     if (handle && isOfOther) {
         databaseplace_drop(handle, place.aside);
@@ -440,12 +441,12 @@ static bool rename(sqlite3*& handle, const DatabasePlace& place, std::string& re
     }
     std::error_code error;
     files_delete(getJournal(place.aside).c_str());
-    fs::rename(place.aside, place.target, error);
+    fs::rename(filenames_toPath(place.aside), filenames_toPath(place.target), error);
     if (error) {
         sqlite3_close(handle);
         handle = nullptr;
         files_delete(getJournal(place.aside).c_str());
-        fs::rename(place.aside, place.target, error);
+        fs::rename(filenames_toPath(place.aside), filenames_toPath(place.target), error);
         reason = error.message();
     }
     return !error;

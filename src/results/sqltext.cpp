@@ -4,6 +4,7 @@
 
 #include "results/sqltext.h"
 
+#include "platform/print.h"
 #include "text/tokens.h"
 
 #include <bit>
@@ -76,7 +77,7 @@ void sqltext_appendNumber(std::string& text, float value) {
         return;
     }
     char number[64];
-    std::snprintf(number, sizeof number, "%f", static_cast<double>(value));
+    print_number(number, sizeof number, "%f", static_cast<double>(value));
     text += number;
 }
 
