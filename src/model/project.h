@@ -243,7 +243,7 @@ struct EngineLibraries {
     std::string swmmLibrary, swmmFolder;
     std::string vornLibrary, vornFolder;
     bool hasPrivateCopies = false;  ///< each in a folder of its own; where none is given, in one of the system
-    std::string around;             ///< paths of the projects around this one, outermost first, each ended by \n
+    std::string around{};           ///< paths of the projects around this one, outermost first, each ended by \n
     int32_t room = 10000;           ///< projects more that may be opened inside nodes, all in all
 };
 
