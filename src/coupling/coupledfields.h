@@ -27,8 +27,8 @@ template <class V>
 void outside_walk(V& v, OutsideNode& outside, const Model& model, int64_t loads) {
     v.fixed(outside.inpFile, outside.saveResults, outside.inflows.head, outside.inflows.tail, outside.inflows.byIndex,
             outside.outflows.head, outside.outflows.tail, outside.outflows.byIndex, outside.scratch, outside.library,
-            outside.stateCalls.save, outside.stateCalls.restore, outside.isOpen, outside.isStarted, outside.libraryCopy,
-            outside.copyFolder);
+            outside.stateCalls.save, outside.stateCalls.restore, outside.speechCalls.setSurroundings,
+            outside.speechCalls.getMessage, outside.isOpen, outside.isStarted, outside.libraryCopy, outside.copyFolder);
     v.setting(NAMED(outside.oldTime));
     v.setting(NAMED(outside.newTime));
     for (CoupledFlow* record = outside.inflows.head; record; record = record->next) {
