@@ -21,6 +21,11 @@ if signal.getsignal(signal.SIGINT) == signal.SIG_IGN:  # as a shell's background
 EXAMPLES = sorted(p.stem for p in (ROOT / "examples").glob("*/*.inp") if p.stem == p.parent.name != "tank-size")
 
 
+def engines_of(name: str) -> Path:
+    """The folder of the engines that an example needs."""
+    return BUILD / "engines" / "nested" if name == "nested-town" else BUILD
+
+
 @pytest.fixture
 def example(tmp_path):
     """Copies an example into the test's folder; the path of its project."""

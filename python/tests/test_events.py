@@ -5,7 +5,7 @@ import subprocess
 import numpy as np
 import pandas as pd
 import pytest
-from conftest import BUILD, EXAMPLES
+from conftest import BUILD, EXAMPLES, engines_of
 
 import tarnvelde as tv
 from tarnvelde._tables import ResultSource, TableInfo, columns_of
@@ -102,7 +102,7 @@ def test_other_flows_have_loads_where_their_quality_is_known():
 @pytest.mark.parametrize("options", [{}, {"gap": 1, "threshold": 0.01}, {"gap": 0, "threshold": 0.1}])
 @pytest.mark.parametrize("name", EXAMPLES)
 def test_figures_are_those_of_the_command_line(example, name, options):
-    run = tv.run(example(name), engines=BUILD, report=False)
+    run = tv.run(example(name), engines=engines_of(name), report=False)
     words = [f"--{word}={value}" for word, value in options.items()]
     done = subprocess.run([BUILD / "tarnvelde", "stats", run.files["results"], "--events", "--json", *words],
                           capture_output=True, text=True, check=True)

@@ -11,7 +11,7 @@ import warnings
 import numpy as np
 import pandas as pd
 import pytest
-from conftest import BUILD, EXAMPLES, ROOT
+from conftest import BUILD, EXAMPLES, engines_of, ROOT
 
 import tarnvelde as tv
 
@@ -37,7 +37,7 @@ def csv_of(path):
 @pytest.mark.parametrize("name", EXAMPLES)
 def test_frames_are_what_the_program_shows_to_the_last_digit(example, name, sink):
     project = example(name)
-    run = tv.run(project, engines=BUILD, database=sink == "database")
+    run = tv.run(project, engines=engines_of(name), database=sink == "database")
     shown = csv_of(run.files[sink])
     compared = 0
     for (table, column), part in shown.groupby(["Table", "Column"], sort=False):
@@ -56,9 +56,9 @@ def test_frames_are_what_the_program_shows_to_the_last_digit(example, name, sink
 @pytest.mark.parametrize("name", EXAMPLES)
 def test_memory_file_and_database_have_the_same_frames(example, name):
     project = example(name)
-    kept = tv.run(project, engines=BUILD, report=False, results=False)
-    filed = tv.run(project, engines=BUILD, report=False)
-    stored = tv.run(project, engines=BUILD, report=False, database=True)
+    kept = tv.run(project, engines=engines_of(name), report=False, results=False)
+    filed = tv.run(project, engines=engines_of(name), report=False)
+    stored = tv.run(project, engines=engines_of(name), report=False, database=True)
     assert list(kept.tables) == list(filed.tables) == list(stored.tables)
     for table in kept.tables:
         for column in kept.tables[table]:
