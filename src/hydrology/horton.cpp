@@ -1,6 +1,6 @@
 // Infiltration by Horton's law (1940): the rate falls from an initial to a final one, exponentially with time. The time
-// is an equivalent one, the place on the cumulative curve, so that a light rain uses up less of the curve than its
-// duration says. Subcatchments call this room once per runoff step.
+// is an equivalent one, the place on the cumulative curve: it moves on by what the ground could have taken, also in a
+// light rain, and back in dry steps. Subcatchments call this room once per runoff step.
 
 #include "hydrology/horton.h"
 
