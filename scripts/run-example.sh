@@ -25,7 +25,7 @@ echo "Building into build/release ..."
 targets=(tarnvelde tarnvelde_host engine_swmm5ex engine_vorn engine_nested)
 begin() { # where there is no build yet: of the program alone, which needs no package of the tests
     [ -f build/release/CMakeCache.txt ] || cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release \
-        -DTARNVELDE_BUILD_TESTS=OFF -DTARNVELDE_BUILD_BENCH=OFF
+        -DTARNVELDE_BUILD_TESTS=OFF -DTARNVELDE_BUILD_BENCH=OFF -DTARNVELDE_QUICK=ON -DTARNVELDE_WERROR=OFF
 }
 if ! { begin && cmake --build build/release -j "$(nproc)" --target "${targets[@]}"; } >"$log" 2>&1; then
     cat "$log" >&2
