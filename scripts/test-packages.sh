@@ -70,7 +70,7 @@ make_base() {
     [ ! -f "$base" ] || return 0
     mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Codename: bookworm' 'Created-By: Packages' | head -n 1)
     remove_root base || return 1
-    debootstrap --variant=minbase bookworm "$roots/base" "${mirror:-http://deb.debian.org/debian}" || return 1
+    debootstrap --variant=minbase bookworm "$roots/base" ${mirror:+"$mirror"} || return 1
     cp /etc/resolv.conf "$roots/base/etc/resolv.conf"
     apt-config dump | grep -iE '^Acquire::https?::Proxy' >"$roots/base/etc/apt/apt.conf.d/90proxy"
     in_root base 'apt-get update' || return 1

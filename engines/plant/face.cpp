@@ -40,7 +40,7 @@ enum Code : int { DONE = 0, NO_MEMORY = 101, BAD_LINE = 200, NO_FILE = 303, FAIL
 constexpr double DAY = 86400.0;  // s
 
 /// All that this copy of the library keeps.
-struct Session {
+struct OpenedModel {
     std::unique_ptr<Plant> plant;  ///< null: the small engine has the model, or none is open
     bool isTrial = false;
     bool isSaving = false;
@@ -48,7 +48,7 @@ struct Session {
     std::string message;  ///< of the latest call that failed
 };
 
-Session OpenSession;
+OpenedModel Opened;
 
 /// Nothing may be thrown through a call.
 template <typename Work>
@@ -65,7 +65,7 @@ int guard(const Work& work) {
 // Messages are kept for who asks, and go into the file that the environment names, as with the small engine; a library
 // doesn't print.
 void tell(const std::string& text) {
-    OpenSession.message = text.substr(0, text.find_last_not_of('\n') + 1);
+    Opened.message = text.substr(0, text.find_last_not_of('\n') + 1);
     const char* name = std::getenv("TARNVELDE_ENGINE_LOG");
     std::FILE* file = name != nullptr && *name != '\0' ? std::fopen(name, "ab") : nullptr;
     if (file != nullptr) {
@@ -98,16 +98,16 @@ std::string nameBeside(const std::string& path, const char* ending) {
 
 int openPlant(const char* input) {
     std::string bytes;
-    OpenSession.plant.reset();
-    OpenSession.isTrial = false;
-    OpenSession.message.clear();
+    Opened.plant.reset();
+    Opened.isTrial = false;
+    Opened.message.clear();
     const std::string error = modelfile_load(input, bytes);
     if (!error.empty()) {
         tell(std::string(input) + ": " + error + "\n");
         return NO_FILE;
     }
     if (!hasSections(bytes)) {
-        OpenSession.isTrial = true;
+        Opened.isTrial = true;
         return trial_open(input);
     }
     auto plant = std::make_unique<Plant>();
@@ -116,19 +116,19 @@ int openPlant(const char* input) {
         tell(modelfile_describe(input, messages));
         return BAD_LINE;
     }
-    OpenSession.plant = std::move(plant);
+    Opened.plant = std::move(plant);
     return DONE;
 }
 
 int startPlant(Plant& plant, bool isSaving) {
-    OpenSession.isSaving = isSaving;
-    OpenSession.rows.clear();
+    Opened.isSaving = isSaving;
+    Opened.rows.clear();
     const std::string error = plant_start(plant);
     if (!error.empty()) {
         tell(plant.path + ": " + error + "\n");
         return FAILED;
     }
-    OpenSession.rows = isSaving ? results_writeHead(plant) : std::string();
+    Opened.rows = isSaving ? results_writeHead(plant) : std::string();
     return DONE;
 }
 
@@ -139,20 +139,20 @@ int stepPlant(Plant& plant, double& elapsed) {
     if (!error.empty() && !wasOver) {
         tell(plant.path + ": " + error + "\n");
     }
-    if (OpenSession.isSaving && !wasOver && error.empty()) {
-        OpenSession.rows += results_writeRow(plant);
+    if (Opened.isSaving && !wasOver && error.empty()) {
+        Opened.rows += results_writeRow(plant);
     }
     return error.empty() ? DONE : FAILED;
 }
 
 int endPlant(const Plant& plant) {
     std::string error;
-    if (OpenSession.isSaving && !OpenSession.rows.empty()) {
-        error = results_writeFile(nameBeside(plant.path, "-results.csv"), OpenSession.rows);
+    if (Opened.isSaving && !Opened.rows.empty()) {
+        error = results_writeFile(nameBeside(plant.path, "-results.csv"), Opened.rows);
         const std::string books =
             results_writeBooks(plant) + (plant.failure.empty() ? "" : "ERROR: " + plant.failure + "\n");
         error = error.empty() ? results_writeFile(nameBeside(plant.path, "-books.txt"), books) : error;
-        OpenSession.rows.clear();
+        Opened.rows.clear();
     }
     if (!error.empty()) {
         tell(error + "\n");
@@ -167,41 +167,41 @@ ENTRY int vorn_open(const char* input) {
 }
 
 ENTRY int vorn_start(int save) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_start(save);
     }
-    return guard([&] { return OpenSession.plant ? startPlant(*OpenSession.plant, save != 0) : UNKNOWN; });
+    return guard([&] { return Opened.plant ? startPlant(*Opened.plant, save != 0) : UNKNOWN; });
 }
 
 ENTRY int vorn_step(double* elapsedDays) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_step(elapsedDays);
     }
     *elapsedDays = 0.0;  // what fails ends the run
-    return guard([&] { return OpenSession.plant ? stepPlant(*OpenSession.plant, *elapsedDays) : UNKNOWN; });
+    return guard([&] { return Opened.plant ? stepPlant(*Opened.plant, *elapsedDays) : UNKNOWN; });
 }
 
 ENTRY int vorn_end() {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_end();
     }
-    return guard([&] { return OpenSession.plant ? endPlant(*OpenSession.plant) : UNKNOWN; });
+    return guard([&] { return Opened.plant ? endPlant(*Opened.plant) : UNKNOWN; });
 }
 
 ENTRY int vorn_close() {
-    const int code = OpenSession.isTrial ? trial_close() : static_cast<int>(DONE);
-    OpenSession = {};
+    const int code = Opened.isTrial ? trial_close() : static_cast<int>(DONE);
+    Opened = {};
     return code;
 }
 
 ENTRY int vorn_setExtInflow(const char* unit, int index, double value) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_setExtInflow(unit, index, value);
     }
-    if (!OpenSession.plant || unit == nullptr || index < 0 || index > static_cast<int>(CONSTITUENT_COUNT)) {
+    if (!Opened.plant || unit == nullptr || index < 0 || index > static_cast<int>(CONSTITUENT_COUNT)) {
         return UNKNOWN;
     }
-    Plant& plant = *OpenSession.plant;
+    Plant& plant = *Opened.plant;
     for (size_t k = 0; k < plant.inputs.size(); ++k) {
         if (plant.model.influents[k] == unit) {
             plant.inputs[k][static_cast<size_t>(index)] = value;
@@ -212,13 +212,13 @@ ENTRY int vorn_setExtInflow(const char* unit, int index, double value) {
 }
 
 ENTRY int vorn_getExtOutflow(const char* unit, int index, double* value) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_getExtOutflow(unit, index, value);
     }
-    if (!OpenSession.plant || unit == nullptr || index < 0 || index > static_cast<int>(PRODUCT_COUNT)) {
+    if (!Opened.plant || unit == nullptr || index < 0 || index > static_cast<int>(PRODUCT_COUNT)) {
         return UNKNOWN;
     }
-    const Plant& plant = *OpenSession.plant;
+    const Plant& plant = *Opened.plant;
     for (size_t k = 0; k < plant.outputs.size(); ++k) {
         if (plant.model.effluents[k].name == unit) {
             *value = plant.outputs[k][static_cast<size_t>(index)];
@@ -229,30 +229,30 @@ ENTRY int vorn_getExtOutflow(const char* unit, int index, double* value) {
 }
 
 ENTRY int vorn_getStartAndEndTime(double* start, double* end) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_getStartAndEndTime(start, end);
     }
-    if (!OpenSession.plant) {
+    if (!Opened.plant) {
         return UNKNOWN;
     }
-    *start = OpenSession.plant->model.start;
-    *end = OpenSession.plant->model.end;
+    *start = Opened.plant->model.start;
+    *end = Opened.plant->model.end;
     return DONE;
 }
 
 ENTRY int vorn_getUnitType(const char* unit) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_getUnitType(unit);
     }
-    if (!OpenSession.plant || unit == nullptr) {
+    if (!Opened.plant || unit == nullptr) {
         return UNKNOWN;
     }
-    for (const std::string& name : OpenSession.plant->model.influents) {
+    for (const std::string& name : Opened.plant->model.influents) {
         if (name == unit) {
             return 0;
         }
     }
-    for (const Effluent& effluent : OpenSession.plant->model.effluents) {
+    for (const Effluent& effluent : Opened.plant->model.effluents) {
         if (effluent.name == unit) {
             return 1;
         }
@@ -261,15 +261,15 @@ ENTRY int vorn_getUnitType(const char* unit) {
 }
 
 ENTRY int vorn_getSolutionType() {
-    return OpenSession.isTrial ? trial_getSolutionType() : 1;
+    return Opened.isTrial ? trial_getSolutionType() : 1;
 }
 
 ENTRY int vorn_saveState(void* buffer, int size) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_saveState(buffer, size);
     }
     return guard([&] {
-        const std::vector<char> bytes = OpenSession.plant ? state_save(*OpenSession.plant) : std::vector<char>();
+        const std::vector<char> bytes = Opened.plant ? state_save(*Opened.plant) : std::vector<char>();
         if (bytes.empty()) {
             return static_cast<int>(UNKNOWN);
         }
@@ -282,20 +282,19 @@ ENTRY int vorn_saveState(void* buffer, int size) {
 }
 
 ENTRY int vorn_restoreState(const void* bytes, int size) {
-    if (OpenSession.isTrial) {
+    if (Opened.isTrial) {
         return trial_restoreState(bytes, size);
     }
     return guard([&] {
-        const bool isDone =
-            OpenSession.plant && bytes != nullptr && size > 0 &&
-            state_restore(static_cast<const char*>(bytes), static_cast<size_t>(size), *OpenSession.plant);
+        const bool isDone = Opened.plant && bytes != nullptr && size > 0 &&
+                            state_restore(static_cast<const char*>(bytes), static_cast<size_t>(size), *Opened.plant);
         return isDone ? 0 : 1;
     });
 }
 
 /// The text of the latest failure, cut to the room there is; its whole length, 0 if there is none.
 ENTRY int vorn_getMessage(char* text, int size) {
-    const std::string& message = OpenSession.message;
+    const std::string& message = Opened.message;
     if (text != nullptr && size > 0) {
         const size_t length = std::min(message.size(), static_cast<size_t>(size) - 1);
         std::memcpy(text, message.data(), length);
@@ -307,13 +306,13 @@ ENTRY int vorn_getMessage(char* text, int size) {
 // --- looked up, and never called -------------------------------------------------------------------------------------
 
 ENTRY int vorn_run() {
-    return OpenSession.isTrial ? trial_run() : static_cast<int>(UNKNOWN);
+    return Opened.isTrial ? trial_run() : static_cast<int>(UNKNOWN);
 }
 
 ENTRY int vorn_report() {
-    return OpenSession.isTrial ? trial_report() : static_cast<int>(UNKNOWN);
+    return Opened.isTrial ? trial_report() : static_cast<int>(UNKNOWN);
 }
 
 ENTRY int vorn_getDiffStep() {
-    return OpenSession.isTrial ? trial_getDiffStep() : static_cast<int>(UNKNOWN);
+    return Opened.isTrial ? trial_getDiffStep() : static_cast<int>(UNKNOWN);
 }
