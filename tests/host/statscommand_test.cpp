@@ -339,9 +339,11 @@ namespace {
 std::vector<fs::path> listExamples(const fs::path& folder) {
     std::vector<fs::path> projects;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
-        if (entry.path().extension() == ".inp" &&
-            std::regex_search(readFile(entry.path()), std::regex("\\[OUTFALLS\\][\\s\\S]*\\[GENERAL\\]|"
-                                                                 "\\[GENERAL\\][\\s\\S]*\\[OUTFALLS\\]"))) {
+        if (entry.path().extension() != ".inp") {
+            continue;
+        }
+        const std::string text = readFile(entry.path());
+        if (text.find("[OUTFALLS]") != std::string::npos && text.find("[GENERAL]") != std::string::npos) {
             projects.push_back(entry.path());
         }
     }
