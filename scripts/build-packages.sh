@@ -14,7 +14,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
 out=$root/build/packages
-work=$out/work
+work=$out/trees
 python=/usr/bin/python3
 
 kinds=("$@")

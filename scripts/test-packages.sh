@@ -183,7 +183,7 @@ test_archive() {
 }
 
 test_glibc() { # the one that the manual names
-    local folder=$packages/work/tar/tarnvelde-$version-linux-x86_64 said
+    local folder=$packages/trees/tar/tarnvelde-$version-linux-x86_64 said
     said=$(sed -n 's/.*glibc \(2\.[0-9]*\) or later.*/\1/p' docs/packages.md | head -n 1)
     needed=$(/usr/bin/python3 packaging/make-wheel.py --glibc "$folder/bin/tarnvelde" "$folder/lib/libtarnvelde.so" \
         "$folder"/lib/tarnvelde/engines/*.so)
@@ -191,7 +191,7 @@ test_glibc() { # the one that the manual names
     [ -n "$said" ] && [ "$needed" = "$said" ] && ls "$packages"/tarnvelde-"$version"-py3-none-manylinux_"${said/./_}"_x86_64.whl
 }
 test_symbols() { # of the archive: those of the list
-    diff <(nm -D --defined-only "$packages/work/tar/tarnvelde-$version-linux-x86_64/lib/libtarnvelde.so" |
+    diff <(nm -D --defined-only "$packages/trees/tar/tarnvelde-$version-linux-x86_64/lib/libtarnvelde.so" |
         sed 's/.* //' | LC_ALL=C sort) <(sed -n 's/^ \(.*\)@Base.*/\1/p' packaging/debian/libtarnvelde*.symbols | LC_ALL=C sort)
 }
 
@@ -200,7 +200,7 @@ version=$(sed -n 's/^project(tarnvelde VERSION \([0-9.]*\).*/\1/p' CMakeLists.tx
 if [ "${1:-}" != --built ]; then
     check "packages are built" scripts/build-packages.sh || end
 fi
-read_commit() { sed -n 's/^\([0-9a-f]*\) .*/\1/p' "$packages/work/$1/cmake/commit.txt"; }
+read_commit() { sed -n 's/^\([0-9a-f]*\) .*/\1/p' "$packages/trees/$1/cmake/commit.txt"; }
 check "lintian finds no error" lintian --fail-on error --tag-display-limit 0 --allow-root "$packages"/*.deb
 grep -E '^[EW]:' "$log" | sed 's/^/    /'
 check "the library shows what is in the list of its symbols" test_symbols
