@@ -84,7 +84,7 @@ build_tar() {
     mkdir -p "$share/python" "$share/engines"
     cp -R "$tree"/{README.md,CHANGELOG.md,SECURITY.md,CITATION.cff,docs,examples} "$tree/packaging/third-party.txt" \
         "$share"
-    cp -R "$tree/engines/trial" "$share/engines/"
+    cp -R "$tree"/engines/{trial,nested,plant} "$share/engines/"
     cp -R "$tree"/python/{README.md,notebooks} "$share/python/"
     [ ! -d "$tree/manual-html" ] || cp -R "$tree/manual-html" "$share/html"
     chmod -R u=rwX,go=rX "$prefix"
