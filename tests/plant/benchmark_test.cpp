@@ -74,22 +74,25 @@ double runFortnight(Plant& plant) {
     return lowest / plant.model.absoluteTolerance;
 }
 
+/// The plant of the benchmark at its design inflow, and a first guess of its state.
+std::vector<double> openBenchmark(Plant& plant) {
+    openPlant(BenchmarkPlant, plant);
+    setDesign(plant);
+    return steady_guess(plant.integrator.system);
+}
+
 }  // namespace
 
 TEST(PlantBenchmark, EndsAtThePublishedSteadyStateAfterTwoHundredDays) {
     Plant plant;
-    openPlant(BenchmarkPlant, plant);
-    setDesign(plant);
-    std::vector<double> state = steady_guess(plant.integrator.system);
+    std::vector<double> state = openBenchmark(plant);
     ASSERT_EQ(steady_step(plant.integrator, 200.0, state), "");
     expectPublished(plant, state);
 }
 
 TEST(PlantBenchmark, HasThePublishedSteadyStateByNewtonsMethodToo) {
     Plant plant;
-    openPlant(BenchmarkPlant, plant);
-    setDesign(plant);
-    std::vector<double> state = steady_guess(plant.integrator.system);
+    std::vector<double> state = openBenchmark(plant);
     ASSERT_EQ(steady_step(plant.integrator, 30.0, state), "");
     ASSERT_EQ(steady_solve(plant.integrator, state), "");
     expectPublished(plant, state);
