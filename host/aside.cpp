@@ -17,8 +17,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* ENDING = ".part";
-constexpr size_t LONGEST = 255;  ///< bytes of a name in its folder, wherever Linux runs
+constexpr const char* ASIDE_ENDING = ".part";
+constexpr size_t LONGEST_NAME = 255;  ///< bytes of a name in its folder, wherever Linux runs
 
 /// A descriptor that is closed with its owner, if it hasn't been before.
 struct Descriptor {
@@ -57,7 +57,7 @@ fs::path followLinks(fs::path name) {
 
 fs::path addEnding(const fs::path& target) {
     const std::string file = target.filename().string();
-    return target.parent_path() / (file.substr(0, LONGEST - std::strlen(ENDING)) + ENDING);
+    return target.parent_path() / (file.substr(0, LONGEST_NAME - std::strlen(ASIDE_ENDING)) + ASIDE_ENDING);
 }
 
 bool writeAll(int file, const std::string& bytes) {

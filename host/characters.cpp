@@ -94,6 +94,21 @@ std::string characters_quoteCsv(const std::string& text) {
     return quoted + '"';
 }
 
+std::string characters_quoteSqlName(const std::string& name) {
+    std::string quoted = "\"";
+    for (const char c : name) {
+        quoted.append(c == '"' ? 2 : 1, c);
+    }
+    return quoted + '"';
+}
+
+std::string characters_toLower(std::string text) {
+    for (char& c : text) {
+        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    }
+    return text;
+}
+
 std::string characters_escapeXml(const std::string& text) {
     std::string escaped;
     for (const char c : characters_makePrintable(text)) {

@@ -29,6 +29,12 @@
 /// spreadsheet would take it for a formula.
 [[nodiscard]] std::string characters_quoteCsv(const std::string& text);
 
+/// Small letters for those of English; other characters stay.
+[[nodiscard]] std::string characters_toLower(std::string text);
+
+/// A name of SQL, which may hold any character.
+[[nodiscard]] std::string characters_quoteSqlName(const std::string& name);
+
 /// Text between marks of XML: printable, and no mark itself.
 [[nodiscard]] std::string characters_escapeXml(const std::string& text);
 

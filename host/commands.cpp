@@ -7,13 +7,6 @@
 
 #include "characters.h"
 
-static std::string toLower(std::string text) {
-    for (char& c : text) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return text;
-}
-
 /// Slips between two words.
 static size_t countSlips(const std::string& a, const std::string& b) {
     std::vector<std::vector<size_t>> slips(a.size() + 1, std::vector<size_t>(b.size() + 1));
@@ -36,7 +29,7 @@ static size_t countSlips(const std::string& a, const std::string& b) {
 /// The nearest command; empty if none is near, as of a word most of whose letters would be slips.
 static std::string guess(const std::string& name, const std::vector<std::string>& known) {
     constexpr size_t LONGEST = 32;  // no slip makes a command so long
-    const std::string lower = toLower(name.size() <= LONGEST ? name : "");
+    const std::string lower = characters_toLower(name.size() <= LONGEST ? name : "");
     std::string nearest;
     size_t least = std::min<size_t>(3, lower.size() / 2 + 1);
     for (const std::string& command : known) {
@@ -55,7 +48,7 @@ std::string commands_describeUnknown(const std::string& name, const std::vector<
     std::string text = "there is no command " + shown;
     if (const std::string nearest = guess(name, known); !nearest.empty()) {
         text += "; did you mean " + nearest + '?';
-    } else if (toLower(name).ends_with(".inp")) {
+    } else if (characters_toLower(name).ends_with(".inp")) {
         text += "; to run a project: tarnvelde run " + shown;
     }
     text += "\nCommands: ";

@@ -8,8 +8,7 @@
 #include <cmath>
 #include <cstddef>
 
-static constexpr double HOURS_PER_DAY = 24.0;
-static constexpr double SECONDS_PER_DAY = 86400.0;
+#include "units.h"
 
 /// Takes a whole number without a sign, and moves on.
 static bool takeNumber(const char*& at, const char* end, int* number) {
@@ -97,4 +96,8 @@ bool dates_parse(const std::string& text, double* date) {
     }
     *date = day + time;
     return true;
+}
+
+double dates_countSeconds(double date) {
+    return std::floor(date * SECONDS_PER_DAY + 0.5);
 }

@@ -7,14 +7,10 @@
 #include <cstdint>
 #include <cstdio>
 
+#include "characters.h"
 #include "messages.h"
 #include "status.h"
 #include "tarnvelde_model.h"
-
-static std::string toLower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) { return std::tolower(c); });
-    return text;
-}
 
 static const char* getSeverityName(int32_t severity) {
     return severity == TV_NOTE ? "note" : severity == TV_SERIOUS ? "serious warning" : "warning";
@@ -34,13 +30,13 @@ static void show(const tv_warning_kind& kind) {
 }
 
 int explain_execute(const std::string& name) {
-    const std::string wanted = toLower(name);
+    const std::string wanted = characters_toLower(name);
     int32_t count = 0, found = 0;
     tv_getWarningKindCount(&count);
     for (int32_t k = 0; k < count; ++k) {
         tv_warning_kind kind{};
         tv_getWarningKind(k, &kind);
-        const std::string known = toLower(kind.name);
+        const std::string known = characters_toLower(kind.name);
         if (wanted.empty() || wanted == known || "w-" + wanted == known) {
             show(kind);
             ++found;

@@ -91,13 +91,6 @@ std::string makeName(const std::string& text) {
     return name;
 }
 
-std::string toLower(std::string text) {
-    for (char& c : text) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return text;
-}
-
 /// A name that no other variable has: pollutants may differ by what names can't hold.
 std::string makeUnique(const std::string& name, std::set<std::string>& taken) {
     std::string unique = name;
@@ -149,7 +142,7 @@ std::string readMeans(const ExportRequest& request) {
     if (request.model.empty()) {
         return {};
     }
-    const std::string word = toLower(map_readOption(request.model, "REPORT_AVERAGE"));
+    const std::string word = characters_toLower(map_readOption(request.model, "REPORT_AVERAGE"));
     return word == "no" ? "NO" : "YES";
 }
 
@@ -228,7 +221,7 @@ void describeColumn(const NetcdfWork& netcdf, const ResultTable& table, const Re
         putText(file, variable, "standard_name", "rainfall_rate");
     }
     if (table.name != "System") {
-        putText(file, variable, "coordinates", toLower(table.name) + "_id");
+        putText(file, variable, "coordinates", characters_toLower(table.name) + "_id");
     }
     if (const std::string methods = getCellMethods(netcdf, table); !methods.empty()) {
         putText(file, variable, "cell_methods", methods);
@@ -237,7 +230,7 @@ void describeColumn(const NetcdfWork& netcdf, const ResultTable& table, const Re
 
 void defineColumn(NetcdfWork& netcdf, PartVariables& variables, const ResultTable& table, size_t column) {
     const NetcdfFile& file = netcdf.file;
-    const std::string wanted = toLower(table.name) + "_" + makeName(table.columns[column].name);
+    const std::string wanted = characters_toLower(table.name) + "_" + makeName(table.columns[column].name);
     const std::string name = makeUnique(wanted, netcdf.names);
     const std::array<int, 2> dimensions = {netcdf.timeDimension, variables.dimension};
     const std::array<size_t, 2> piece = {variables.pieceTimes, variables.pieceObjects};
@@ -261,7 +254,7 @@ void definePart(NetcdfWork& netcdf, const ResultPart& part) {
     variables.pieceTimes = std::min(netcdf.times.size(), MOST_TIMES);
     variables.pieceObjects = std::clamp<size_t>(PIECE / variables.pieceTimes, 1, part.objects.size());
     if (!variables.isSystem) {
-        const std::string dimension = toLower(table.name), label = dimension + "_id";
+        const std::string dimension = characters_toLower(table.name), label = dimension + "_id";
         demand(file, file.calls.def_dim(file.id, dimension.c_str(), part.objects.size(), &variables.dimension));
         demand(file, file.calls.def_var(file.id, label.c_str(), NC_STRING, 1, &variables.dimension, &variables.ids));
         putText(file, variables.ids, "long_name", "ID of the " + table.name);
@@ -295,21 +288,21 @@ void writeIds(const NetcdfWork& netcdf, const PartVariables& variables) {
 }
 
 /// Some objects over the times of a piece.
-struct Block {
+struct ValueBlock {
     size_t firstObject;  ///< of the part's
     size_t objects;
     size_t firstTime = 0;
     std::vector<std::vector<float>> values{};  ///< per column, time by time; NaN where there is no row
 };
 
-void clear(Block& block, size_t columns, size_t times) {
+void clear(ValueBlock& block, size_t columns, size_t times) {
     block.values.resize(columns);
     for (std::vector<float>& values : block.values) {
         values.assign(times * block.objects, std::nanf(""));
     }
 }
 
-void writeBlock(const NetcdfWork& netcdf, const PartVariables& variables, Block& block) {
+void writeBlock(const NetcdfWork& netcdf, const PartVariables& variables, ValueBlock& block) {
     const size_t times = std::min(variables.pieceTimes, netcdf.times.size() - block.firstTime);
     const std::array<size_t, 2> start = {block.firstTime, block.firstObject};
     const std::array<size_t, 2> count = {times, block.objects};
@@ -328,7 +321,7 @@ float toFloat(double value) {
 
 /// One walk through the rows of some objects.
 void writeObjects(const NetcdfWork& netcdf, const PartVariables& variables, size_t first, const ResultPart& cut) {
-    Block block{first, cut.objects.size()};
+    ValueBlock block{first, cut.objects.size()};
     clear(block, variables.columns.size(), variables.pieceTimes);
     size_t place = 0;  // of the row's time
     ResultRows rows(netcdf.work.file, cut, netcdf.work.window);

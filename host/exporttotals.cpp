@@ -11,27 +11,20 @@
 #include "characters.h"
 #include "results.h"
 #include "statsevents.h"
+#include "units.h"
 
 namespace {
 
-constexpr const char* FLOW_UNIT = "m3/s";
-constexpr const char* CONCENTRATION_UNIT = "mg/L";
 constexpr int64_t ENDLESS = int64_t{1} << 60;  ///< s, a gap that no run has
-
-std::string toLower(std::string text) {
-    for (char& c : text) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return text;
-}
 
 /// The field of a name and a unit; a new one, if there is none. Names differ by more than the case of their letters: a
 /// pollutant may be called as a column is.
 size_t findField(MapLayer& layer, const std::string& wanted, const std::string& unit, bool isText = false) {
     std::string name = wanted;
     for (int number = 2;; ++number) {
-        const auto found = std::find_if(layer.fields.begin(), layer.fields.end(),
-                                        [&](const MapField& field) { return toLower(field.name) == toLower(name); });
+        const auto found = std::find_if(layer.fields.begin(), layer.fields.end(), [&](const MapField& field) {
+            return characters_toLower(field.name) == characters_toLower(name);
+        });
         if (found == layer.fields.end()) {
             layer.fields.push_back({name, unit, isText});
             return layer.fields.size() - 1;

@@ -21,10 +21,10 @@ constexpr int64_t ROWS_TOGETHER = 20000;  ///< in one transaction, and what the 
 struct DatabaseEnd {
     void operator()(sqlite3* database) const { sqlite3_close(database); }
 };
-struct StatementEnd {
+struct LidStatementEnd {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
-using Statement = std::unique_ptr<sqlite3_stmt, StatementEnd>;
+using LidStatement = std::unique_ptr<sqlite3_stmt, LidStatementEnd>;
 
 }  // namespace
 
@@ -34,7 +34,7 @@ struct LidFile {
     std::vector<std::string> cells{};  ///< names of the units, for values divided by commas
     AsideFile aside{};
     std::unique_ptr<sqlite3, DatabaseEnd> database{};  ///< none for values divided by commas
-    Statement systemRow{}, unitRow{};
+    LidStatement systemRow{}, unitRow{};
     int64_t rows = 0;  ///< in the transaction that is open
 };
 
@@ -83,25 +83,17 @@ static bool runStatement(const LidFile& file, const std::string& sql) {
     return sqlite3_exec(file.database.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
 }
 
-static Statement prepare(const LidFile& file, const std::string& sql) {
+static LidStatement prepare(const LidFile& file, const std::string& sql) {
     sqlite3_stmt* statement = nullptr;
     sqlite3_prepare_v2(file.database.get(), sql.c_str(), -1, &statement, nullptr);
-    return Statement(statement);
-}
-
-static std::string quoteName(const std::string& name) {
-    std::string quoted = "\"";
-    for (const char c : name) {
-        quoted.append(c == '"' ? 2 : 1, c);
-    }
-    return quoted + '"';
+    return LidStatement(statement);
 }
 
 /// The tables, and the statements that fill them.
 static bool makeTables(LidFile& file) {
     std::string columns, marks;
     for (const ResultColumn& column : file.table.columns) {
-        columns += ',' + quoteName(column.name) + " FLOAT";
+        columns += ',' + characters_quoteSqlName(column.name) + " FLOAT";
         marks += ",?";
     }
     const bool isMade = runStatement(file,
@@ -110,7 +102,7 @@ static bool makeTables(LidFile& file) {
                                      "create table System (Period INT,TotInflow FLOAT,Outflow FLOAT,Storage "
                                      "FLOAT);") &&
                         runStatement(file, "create table LID_Unit (Name TEXT,Period INT" + columns + ')');
-    const Statement info = prepare(file, "insert into GeneralInfo values (?,?,?)");
+    const LidStatement info = prepare(file, "insert into GeneralInfo values (?,?,?)");
     file.systemRow = prepare(file, "insert into System values (?,?,?,?)");
     file.unitRow = prepare(file, "insert into LID_Unit values (?,?" + marks + ')');
     if (!isMade || !info || !file.systemRow || !file.unitRow) {
@@ -134,7 +126,7 @@ static std::string openDatabase(LidFile& file) {
     return code == SQLITE_OK && makeTables(file) ? std::string() : describeFailure(file);
 }
 
-static bool insertRow(const Statement& statement) {
+static bool insertRow(const LidStatement& statement) {
     const bool isDone = sqlite3_step(statement.get()) == SQLITE_DONE;
     return sqlite3_reset(statement.get()) == SQLITE_OK && isDone;
 }

@@ -16,10 +16,11 @@
 
 #include "characters.h"
 #include "lidfile.h"
+#include "modelview.h"
+#include "units.h"
 
 namespace {
 
-constexpr double SECONDS_PER_DAY = 86400.0, SECONDS_PER_HOUR = 3600.0, MM_PER_M = 1000.0;
 constexpr double LEAST_SHARE = 1e-12;  ///< of all that has flown: less, in a period, is what rounding leaves of nothing
 
 /// A flow: its column, its total (mm over the unit) and its rate, which is one of these.
@@ -56,18 +57,6 @@ constexpr State CONCENTRATIONS[] = {{"Sur_", "mg/L", "surface_concentration"},
 
 using Values = std::vector<double>;  ///< one by unit
 
-int32_t getCount(const tv_model* model, int32_t objectClass) {
-    int32_t count = 0;
-    tv_getCount(model, objectClass, &count);
-    return count;
-}
-
-std::string getId(const tv_model* model, int32_t objectClass, int32_t index) {
-    const char* id = "";
-    tv_getId(model, objectClass, index, &id);
-    return characters_toUtf8(id);
-}
-
 int32_t findVariable(int32_t objectClass, const char* name) {
     int32_t variable = -1;
     tv_findVariable(objectClass, name, &variable);
@@ -88,11 +77,11 @@ void readValues(const tv_model* model, const char* name, int32_t pollutant, Valu
 std::vector<std::string> nameUnits(const tv_model* model) {
     std::vector<std::string> names;
     std::unordered_set<std::string> known;
-    for (int32_t unit = 0; unit < getCount(model, TV_LID_UNIT); ++unit) {
+    for (int32_t unit = 0; unit < modelview_count(model, TV_LID_UNIT); ++unit) {
         int32_t subcatchment = -1, lid = -1;
         tv_getRelation(model, TV_UNIT_SUBCATCHMENT, unit, &subcatchment);
         tv_getRelation(model, TV_UNIT_LID, unit, &lid);
-        const std::string name = getId(model, TV_SUBCATCHMENT, subcatchment) + '/' + getId(model, TV_LID, lid);
+        const std::string name = modelview_getId(model, TV_LID_UNIT, unit);
         std::string ownName = name;
         for (int32_t number = 2; !known.insert(ownName).second; ++number) {
             ownName = name + '/' + std::to_string(number);
@@ -158,8 +147,8 @@ static void nameColumns(const tv_model* model, std::vector<ResultColumn>& column
         columns.push_back({state.column, state.unit});
     }
     for (const State& layer : CONCENTRATIONS) {
-        for (int32_t p = 0; p < getCount(model, TV_POLLUTANT); ++p) {
-            columns.push_back({layer.column + getId(model, TV_POLLUTANT, p), layer.unit});
+        for (int32_t p = 0; p < modelview_count(model, TV_POLLUTANT); ++p) {
+            columns.push_back({layer.column + modelview_getId(model, TV_POLLUTANT, p), layer.unit});
         }
     }
 }
@@ -210,7 +199,7 @@ static void readStates(LidResults& results, const tv_model* model) {
         readValues(model, state.variable, TV_NO_POLLUTANT, results.report.columns[column++]);
     }
     for (const State& layer : CONCENTRATIONS) {
-        for (int32_t p = 0; p < getCount(model, TV_POLLUTANT); ++p) {
+        for (int32_t p = 0; p < modelview_count(model, TV_POLLUTANT); ++p) {
             readValues(model, layer.variable, p, results.report.columns[column++]);
         }
     }

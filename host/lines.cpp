@@ -7,10 +7,11 @@
 #include <cstdio>
 #include <string>
 
+#include "units.h"
+
 using std::chrono::steady_clock;
 
 static constexpr std::chrono::seconds BETWEEN_LINES{2};
-static constexpr double HOURS_PER_DAY = 24.0;
 
 void lines_tell(const RunLines& lines, const char* text) {
     if (lines.form != LineForm::NONE) {

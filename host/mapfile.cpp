@@ -163,7 +163,7 @@ struct MapReading {
     std::vector<MapLine> lines;
 };
 
-struct MapWork {
+struct MapReadingWork {
     const MapReading& reading;
     ProjectMap& map;
     std::array<std::set<std::string>, SHAPE_COUNT> taken;  ///< folded IDs
@@ -171,7 +171,7 @@ struct MapWork {
     size_t dropped = 0;  ///< messages beyond the most
 };
 
-void tell(MapWork& work, const MapLine& line, const std::string& what) {
+void tell(MapReadingWork& work, const MapLine& line, const std::string& what) {
     if (work.map.messages.size() < MOST_MESSAGES) {
         work.map.messages.push_back("line " + std::to_string(line.number) +
                                     " of [MAP]: " + characters_makePrintable(what));
@@ -199,7 +199,7 @@ std::string refuseCount(ShapeKind kind, size_t points) {
 }
 
 /// The numbers of a line behind its ID. False, with a message, if they are no points.
-bool readPoints(MapWork& work, const MapLine& line, ShapeKind kind, std::vector<MapPoint>& points) {
+bool readPoints(MapReadingWork& work, const MapLine& line, ShapeKind kind, std::vector<MapPoint>& points) {
     const std::string what = std::string(ShapeWords.at(kind)) + " " + line.words[1] + ": ";
     std::vector<double> numbers;
     for (size_t k = 2; k < line.words.size(); ++k) {
@@ -229,7 +229,7 @@ bool readPoints(MapWork& work, const MapLine& line, ShapeKind kind, std::vector<
     return failure.empty();
 }
 
-void takeCrs(MapWork& work, const MapLine& line) {
+void takeCrs(MapReadingWork& work, const MapLine& line) {
     if (line.words.size() < 2 || line.words[1].empty()) {
         tell(work, line, "CRS without its name, as EPSG:25832");
     } else if (!work.map.crs.empty()) {
@@ -239,7 +239,7 @@ void takeCrs(MapWork& work, const MapLine& line) {
     }
 }
 
-void takeShape(MapWork& work, const MapLine& line, ShapeKind kind) {
+void takeShape(MapReadingWork& work, const MapLine& line, ShapeKind kind) {
     const std::string word = ShapeWords.at(kind), name = ShapeNames.at(kind);
     if (line.words.size() < 2) {
         tell(work, line, word + " without its ID");
@@ -267,7 +267,7 @@ void takeShape(MapWork& work, const MapLine& line, ShapeKind kind) {
     shapes.push_back(std::move(shape));
 }
 
-void takeLine(MapWork& work, const MapLine& line) {
+void takeLine(MapReadingWork& work, const MapLine& line) {
     const std::string word = fold(line.words[0]);
     const auto* const found =
         std::find_if(ShapeWords.begin(), ShapeWords.end(), [&](const char* shape) { return word == shape; });
@@ -370,7 +370,7 @@ ProjectMap map_read(const std::string& project) {
     }
     MapReading reading;
     readFile(*file.rdbuf(), reading);
-    MapWork work{reading, map, {}, {}};
+    MapReadingWork work{reading, map, {}, {}};
     for (const MapLine& line : reading.lines) {
         takeLine(work, line);
     }

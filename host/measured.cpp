@@ -15,18 +15,11 @@
 
 namespace {
 
-constexpr size_t LONGEST = 1U << 20U;  ///< bytes of a line; beyond is no table
+constexpr size_t LONGEST_LINE = 1U << 20U;  ///< bytes of a line; beyond is no table
 
 std::string trim(const std::string& text) {
     const size_t begin = text.find_first_not_of(" \t\r");
     return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(" \t\r") - begin + 1);
-}
-
-std::string toLower(std::string text) {
-    for (char& c : text) {
-        c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-    }
-    return text;
 }
 
 /// Cells of a line. Quotes hold a divider together; two within them are one.
@@ -65,7 +58,7 @@ bool readNumber(std::string text, char divider, double* number) {
 }
 
 bool isMissing(const std::string& text) {
-    return text.empty() || toLower(text) == "nan";
+    return text.empty() || characters_toLower(text) == "nan";
 }
 
 /// A date with what loggers put behind it: parts of a second, which are dropped, and the Z of world time.
@@ -83,7 +76,7 @@ bool readDate(std::string text, double* date) {
 }
 
 /// The unit of a title, in brackets at its end and without a blank.
-std::string getUnit(const std::string& title) {
+std::string findUnit(const std::string& title) {
     const size_t begin = title.rfind('(');
     const bool hasUnit = begin != std::string::npos && title.ends_with(')');
     const std::string unit = hasUnit ? title.substr(begin + 1, title.size() - begin - 2) : "";
@@ -91,7 +84,7 @@ std::string getUnit(const std::string& title) {
 }
 
 std::string cutUnit(const std::string& title) {
-    const std::string unit = getUnit(title);
+    const std::string unit = findUnit(title);
     return unit.empty() ? title : trim(title.substr(0, title.rfind('(')));
 }
 
@@ -108,7 +101,7 @@ struct LineReader {
             return false;
         }
         ++number;
-        if (line.size() > LONGEST) {
+        if (line.size() > LONGEST_LINE) {
             throw ResultError(name + ", line " + std::to_string(number) + " is too long for a table");
         }
         if (number == 1 && line.starts_with("\xEF\xBB\xBF")) {
@@ -141,7 +134,8 @@ bool isHead(const std::vector<std::string>& cells, char divider) {
 size_t findColumn(const std::string& file, const std::vector<std::string>& titles, size_t count,
                   const std::string& column) {
     for (size_t k = 1; k < titles.size(); ++k) {
-        if (toLower(titles[k]) == toLower(column) || toLower(cutUnit(titles[k])) == toLower(column)) {
+        if (characters_toLower(titles[k]) == characters_toLower(column) ||
+            characters_toLower(cutUnit(titles[k])) == characters_toLower(column)) {
             return k;
         }
     }
@@ -216,7 +210,7 @@ Measured measured_read(const std::string& name) {
             place = findColumn(file, titles, cells.size(), column);
             if (!titles.empty()) {
                 measured.name += ' ' + characters_toUtf8(cutUnit(titles[place]));
-                measured.unit = getUnit(titles[place]);
+                measured.unit = findUnit(titles[place]);
                 continue;
             }
         }

@@ -124,7 +124,7 @@ static std::string makePointer(const HostMessage& message) {
     return pointer;
 }
 
-static void showLine(const char* indent, const std::string& text) {
+static void showMessageLine(const char* indent, const std::string& text) {
     std::fprintf(stderr, "%s%s\n", indent, messages_makePrintable(text).c_str());
 }
 
@@ -135,17 +135,17 @@ static void showMessage(const HostMessage& message, const MessageView& view, boo
         std::fprintf(stderr, "%s%s%s%s\n", getColour(message), head.c_str(), PLAIN,
                      messages_makePrintable(rest).c_str());
     } else {
-        showLine("", head + rest);
+        showMessageLine("", head + rest);
     }
     if (message.line > 0) {
-        showLine("  ", message.words);
+        showMessageLine("  ", message.words);
     }
     if (view.hasAdvice && message.column > 0) {
-        showLine("  ", makePointer(message));
+        showMessageLine("  ", makePointer(message));
     }
     if (view.hasAdvice && isFirstOfKind) {
-        showLine("  what happens: ", message.effect);
-        showLine("  what to do:   ", message.advice);
+        showMessageLine("  what happens: ", message.effect);
+        showMessageLine("  what to do:   ", message.advice);
     }
 }
 

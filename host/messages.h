@@ -26,6 +26,8 @@ struct HostMessage {
     double date;          ///< of the run, for what belongs to a moment of it; 0 for others
 };
 
+inline constexpr int32_t MESSAGES_WARNINGS_SHOWN = 5;  ///< of one kind, where nothing else is asked for
+
 /// How messages are shown.
 struct MessageView {
     bool hasNotes;       ///< warnings that are notes, too

@@ -21,7 +21,7 @@ static const char* getLevelName(int32_t level) {
     return level == TV_ERROR ? "error" : level == TV_WARNING ? "warning" : "info";
 }
 
-static const char* getSeverityName(int32_t severity) {
+static const char* getSeverityWord(int32_t severity) {
     return severity == TV_NOTE ? "note" : severity == TV_SERIOUS ? "serious" : "warning";
 }
 
@@ -41,7 +41,7 @@ static std::string formatMessage(const HostMessage& message) {
     }
     json += formatText("name", message.name);
     if (message.level == TV_WARNING) {
-        json += ", \"severity\": " + json_quote(getSeverityName(message.severity));
+        json += ", \"severity\": " + json_quote(getSeverityWord(message.severity));
     }
     json += ", \"text\": " + json_quote(message.text);
     json += formatText("section", message.section);

@@ -12,10 +12,11 @@
 #include "json.h"
 #include "resultfile.h"
 #include "tarnvelde_model.h"
+#include "units.h"
 
 namespace {
 
-constexpr double DATE_OF_1970 = 25569.0, SECONDS_PER_DAY = 86400.0;
+constexpr double DATE_OF_1970 = 25569.0;
 constexpr double PERCENT = 100.0;
 
 /// Strings as members of an object, each behind its name.

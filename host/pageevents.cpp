@@ -7,13 +7,13 @@
 #include "json.h"
 #include "pagetables.h"
 #include "stats.h"
+#include "units.h"
 
 namespace {
 
 constexpr size_t MOST_EVENTS = 1000;  ///< in a table
-constexpr double SECONDS_PER_DAY = 86400.0;
 
-double getDate(int64_t time) {
+double getEventDate(int64_t time) {
     return static_cast<double>(time) / SECONDS_PER_DAY;
 }
 
@@ -59,7 +59,7 @@ PageTable makeStatistics(const List& list, const std::vector<std::string>& pollu
     add(
         "Peak", "m3/s", [](const StatsStepsFound& e) { return e.summary.peak; }, 3);
     pagetables_addDates(table, "at", collect(list, [](const StatsStepsFound& e) {
-                            return e.summary.peak > 0.0 ? getDate(e.summary.peakTime) : 0.0;
+                            return e.summary.peak > 0.0 ? getEventDate(e.summary.peakTime) : 0.0;
                         }));
     add(
         "Largest event", "m3", [](const StatsStepsFound& e) { return e.summary.largestVolume; }, 3);
@@ -128,12 +128,12 @@ PageTable makeList(const List& list, const std::vector<std::string>& pollutants,
     }
     for (const auto& [object, event] : places) {
         std::vector<std::string> row{json_quote(object->object),
-                                     pagedata_formatDate(getDate(event->start)),
-                                     pagedata_formatDate(getDate(event->end)),
+                                     pagedata_formatDate(getEventDate(event->start)),
+                                     pagedata_formatDate(getEventDate(event->end)),
                                      json_formatNumber(stats_getHours(event->wet)),
                                      json_formatNumber(event->volume),
                                      json_formatNumber(event->peak),
-                                     pagedata_formatDate(getDate(event->peakTime))};
+                                     pagedata_formatDate(getEventDate(event->peakTime))};
         for (size_t p = 0; p < pollutants.size(); ++p) {
             row.push_back(json_formatNumber(p < event->loads.size() ? event->loads[p].mass : std::nan("")));
         }

@@ -21,13 +21,12 @@
 #include "resultfile.h"
 #include "statssteps.h"
 #include "status.h"
+#include "units.h"
 
 namespace {
 
-constexpr int32_t WARNINGS_SHOWN = 5;  ///< of one kind
-constexpr double SECONDS_PER_DAY = 86400.0;
-constexpr double ROUNDING = 1e-6;  ///< of a report step: dates are rounded
-constexpr size_t MOST_LINES = 10;  ///< of a description
+constexpr double STEP_ROUNDING = 1e-6;  ///< of a report step: dates are rounded
+constexpr size_t MOST_LINES = 10;       ///< of a description
 
 /// A run on its way.
 struct PageWork {
@@ -178,7 +177,7 @@ bool start(PageWork& work, uint64_t most) {
     work.run.reportStep = static_cast<int32_t>(std::lround(modelview_getSystemValue(model, "report_step")));
     const double step = work.run.reportStep / SECONDS_PER_DAY;
     work.run.firstReport = clock.start + step;
-    const auto count = static_cast<int64_t>(std::floor((clock.end - clock.start) / step + ROUNDING));
+    const auto count = static_cast<int64_t>(std::floor((clock.end - clock.start) / step + STEP_ROUNDING));
     work.run.series = pageseries_begin(listTables(work), count, most);
     work.watch = pagewatch_begin(model);
     work.stats = statssteps_begin({"", work.request.gap, work.request.threshold}, work.run.name, model);
@@ -244,7 +243,7 @@ void nameKinds(PageRun& run, const tv_model* model) {
 }
 
 void tell(const PageWork& work, const std::string& name) {
-    messages_show(work.run.messages, {false, false, console_isErrorTerminal(), WARNINGS_SHOWN});
+    messages_show(work.run.messages, {false, false, console_isErrorTerminal(), MESSAGES_WARNINGS_SHOWN});
     messages_showEnd(work.code, name);
     if (work.code == TV_OK && work.isStarted) {
         verdict_show(work.run.verdicts, !work.request.isQuiet);

@@ -24,7 +24,7 @@ std::string fold(std::string id) {
 
 using Shapes = std::unordered_map<std::string, const MapShape*>;
 
-Shapes listShapes(const std::vector<MapShape>& shapes) {
+Shapes foldShapes(const std::vector<MapShape>& shapes) {
     Shapes byId;
     for (const MapShape& shape : shapes) {
         if (!shape.points.empty()) {
@@ -211,10 +211,10 @@ PageNetwork pagenetwork_read(const tv_model* model, const std::string& project, 
         messages.push_back(std::move(message));
     }
     PageNetwork network;
-    readNodes(network, model, listShapes(map.nodes));
+    readNodes(network, model, foldShapes(map.nodes));
     network.crs = network.isGiven ? map.crs : "";
-    readLinks(network, model, listShapes(map.links));
-    readAreas(network, model, listShapes(map.areas));
+    readLinks(network, model, foldShapes(map.links));
+    readAreas(network, model, foldShapes(map.areas));
     place(network, model);
     spreadParallels(network);
     return network;

@@ -18,12 +18,11 @@
 #include "runidentity.h"
 #include "stats.h"
 #include "status.h"
+#include "units.h"
 
 namespace {
 
-constexpr double SECONDS_PER_DAY = 86400.0, SECONDS_PER_HOUR = 3600.0;
 constexpr const char* EVENT_TABLES[] = {"Outfall", "Pump", "Weir", "Orifice"};
-constexpr const char* CONCENTRATION_UNIT = "mg/L";
 
 /// What the rows of an object make together.
 struct RowSums {

@@ -7,10 +7,11 @@
 
 #include "json.h"
 #include "modelview.h"
+#include "units.h"
 
 namespace {
 
-constexpr double M2_PER_HA = 10000.0, MM_PER_M = 1000.0;
+constexpr double M2_PER_HA = 10000.0;
 
 /// A row of a balance, or a column of a table: its words and its variable.
 struct Figure {

@@ -7,10 +7,10 @@
 #include <utility>
 
 #include "modelview.h"
+#include "units.h"
 
 namespace {
 
-constexpr double SECONDS_PER_DAY = 86400.0;
 constexpr double MOST_LOOKS = 5e8;  ///< at objects: some ten seconds
 
 PagePeak beginPeak(const tv_model* model, int32_t objectClass, const char* variable) {

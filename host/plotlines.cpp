@@ -11,12 +11,10 @@
 #include "measured.h"
 #include "plotseries.h"
 #include "results.h"
+#include "units.h"
 
 namespace {
 
-constexpr const char* FLOW_UNIT = "m3/s";
-constexpr const char* CONCENTRATION_UNIT = "mg/L";
-constexpr double HOURS_PER_DAY = 24.0, SECONDS_PER_DAY = 86400.0, SECONDS_PER_HOUR = 3600.0;
 constexpr size_t FAULTS_SHOWN = 10;
 
 // --- what is asked for ---------------------------------------------------------------------------------------------
@@ -110,11 +108,6 @@ PlotLine readMean(const ResultFile& file, const PlotRequest& request, const Resu
             CONCENTRATION_UNIT, plotseries_cut(means, window)};
 }
 
-bool hasNumber(const PlotLine& line) {
-    return std::any_of(line.series.values.begin(), line.series.values.end(),
-                       [](double value) { return std::isfinite(value); });
-}
-
 std::string join(const std::vector<std::string>& texts) {
     std::string all;
     for (const std::string& text : texts) {
@@ -138,7 +131,7 @@ void readLines(const ResultFile& file, const PlotRequest& request, const std::ve
     if (request.hasMean && !isMean) {
         throw ResultError("--mean is for concentrations, and " + join(request.columns) + " is none");
     }
-    if (std::none_of(picture.lines.begin(), picture.lines.end(), hasNumber)) {
+    if (std::none_of(picture.lines.begin(), picture.lines.end(), plotlines_hasNumber)) {
         throw ResultError(
             file.name + " holds no number of " + join(request.columns) + " to draw" +
             (isMean ? ": means begin " + formatHours(request) + " after the start, and where there is water" : ""));
@@ -348,6 +341,11 @@ PlotPicture plotlines_read(const PlotRequest& request, const ResultWindow& asked
     makePanels(request, hasRain, picture);
     nameAllLines(file, choices, picture);
     return picture;
+}
+
+bool plotlines_hasNumber(const PlotLine& line) {
+    return std::any_of(line.series.values.begin(), line.series.values.end(),
+                       [](double value) { return std::isfinite(value); });
 }
 
 std::string plotlines_getTitle(const PlotPicture& picture) {

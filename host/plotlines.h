@@ -47,6 +47,9 @@ struct PlotPicture {
 /// Reads what is asked for, and tells on standard error of what was measured and can't be drawn. Throws ResultError.
 [[nodiscard]] PlotPicture plotlines_read(const PlotRequest& request, const ResultWindow& window);
 
+/// Whether there is anything to draw.
+[[nodiscard]] bool plotlines_hasNumber(const PlotLine& line);
+
 /// What a screen reader says of the picture.
 [[nodiscard]] std::string plotlines_getTitle(const PlotPicture& picture);
 [[nodiscard]] std::string plotlines_describe(const PlotPicture& picture);

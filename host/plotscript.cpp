@@ -19,11 +19,6 @@ constexpr double PANEL = 190.0, ONLY_PANEL = 330.0;  ///< units, heights of axes
 constexpr double RAIN_PANEL = 110.0;                 ///< units
 constexpr double LEGEND_ROW = 18.0, GAP = 14.0, DATES = 56.0;  ///< units
 
-bool hasNumber(const PlotLine& line) {
-    return std::any_of(line.series.values.begin(), line.series.values.end(),
-                       [](double value) { return std::isfinite(value); });
-}
-
 struct Extent {
     double lowest = HUGE_VAL, highest = -HUGE_VAL;
 };
@@ -114,7 +109,7 @@ std::string makeRainAxis(const PlotPicture& picture, const char* axis, double sh
 }
 
 std::string drawRain(const PlotPicture& picture, const char* axes) {
-    return std::string(hasNumber(picture.rain) ? "'rain.dat' using 1:2" : "NaN") + " axes " + axes +
+    return std::string(plotlines_hasNumber(picture.rain) ? "'rain.dat' using 1:2" : "NaN") + " axes " + axes +
            " with boxes linecolor rgb '#7fa8d9' title " + plotscript_quote("Rainfall " + picture.rain.object);
 }
 
@@ -146,7 +141,7 @@ std::string drawLines(const PlotPicture& picture, const PlotPanel& panel) {
                     continue;
                 }
                 const std::string file = "'line" + std::to_string(k) + ".dat' using 1:";
-                const std::string data = hasNumber(line) ? file + '2' : "NaN";  // a legend that lacks no line
+                const std::string data = plotlines_hasNumber(line) ? file + '2' : "NaN";  // a legend that lacks no line
                 const std::string axes = isRight ? " axes x1y2" : "";
                 script.append(script.empty() ? "" : ", ").append(data).append(axes);
                 script.append(makeStyle(line, place, isRight)).append(" title ").append(plotscript_quote(line.title));

@@ -8,17 +8,14 @@
 #include <cstdio>
 #include <limits>
 
+#include "dates.h"
 #include "statssummary.h"
+#include "units.h"
 
 namespace {
 
-constexpr double SECONDS_PER_DAY = 86400.0;
 constexpr size_t MOST_POINTS = 20000;  ///< of a line that is drawn as it is
 constexpr size_t SPANS = 4000;         ///< of a longer one; the largest picture is 1920 points wide
-
-double getSecond(double date) {
-    return std::floor(date * SECONDS_PER_DAY + 0.5);
-}
 
 struct Load {
     double mass = 0.0;
@@ -121,11 +118,11 @@ ResultSeries plotseries_weigh(const ResultSeries& concentrations, const std::vec
     }
     ResultSeries means{concentrations.dates, std::vector<double>(count, std::nan(""))};
     LoadWindow window(loads);
-    const double first = getSecond(start), back = static_cast<double>(length);
+    const double first = dates_countSeconds(start), back = static_cast<double>(length);
     for (size_t k = 0; k < count; ++k) {
-        const double begin = getSecond(concentrations.dates[k]) - back;
+        const double begin = dates_countSeconds(concentrations.dates[k]) - back;
         window.behind.add(loads[k]);
-        while (window.begin < k && getSecond(concentrations.dates[window.begin]) <= begin) {
+        while (window.begin < k && dates_countSeconds(concentrations.dates[window.begin]) <= begin) {
             window.drop(k);
         }
         const Load sum = window.get();

@@ -14,6 +14,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "characters.h"
 #include "files.h"
 #include "resultfile.h"
 
@@ -21,12 +22,13 @@ namespace {
 
 // A row of C values takes C bytes at least, and SQLite C steps and some more to bring it; it may ask for a page for
 // each value of a long row.
-constexpr uint64_t FREE_WORK = 1000000;                    ///< steps or pages of any file, however short
-constexpr uint64_t STEPS_PER_BYTE = 64;                    ///< of the file, for one statement
-constexpr uint64_t PAGES_PER_BYTE = 2;                     ///< likewise
-constexpr uint64_t LEAST_ROW = 6;                          ///< bytes of a row with its place in a page
-constexpr int STEPS_BETWEEN = 1000;                        ///< two looks at the work
-constexpr sqlite3_int64 MOST_MEMORY = int64_t{256} << 20;  ///< bytes that SQLite takes: its pages, and the schema
+constexpr uint64_t FREE_WORK = 1000000;  ///< steps or pages of any file, however short
+constexpr uint64_t STEPS_PER_BYTE = 64;  ///< of the file, for one statement
+constexpr uint64_t PAGES_PER_BYTE = 2;   ///< likewise
+constexpr uint64_t LEAST_ROW = 6;        ///< bytes of a row with its place in a page
+constexpr int STEPS_BETWEEN = 1000;      ///< two looks at the work
+constexpr sqlite3_int64 MOST_MEMORY_OF_SQLITE = int64_t{256}
+                                                << 20;  ///< bytes that SQLite takes: its pages, and the schema
 
 [[noreturn]] void failAsDamaged(const ResultFile& file, const char* why) {
     throw ResultError(file.name + " is damaged: " + why);
@@ -109,17 +111,6 @@ struct Query {
     int64_t getInteger(int column) const { return sqlite3_column_int64(statement, column); }
 };
 
-std::string quoteName(const std::string& name) {
-    std::string quoted = "\"";
-    for (const char c : name) {
-        quoted += c;
-        if (c == '"') {
-            quoted += c;
-        }
-    }
-    return quoted + '"';
-}
-
 /// Nothing of a schema is run, and nothing of it is more than a table.
 void protect(ResultFile& file) {
     sqlite3* database = file.database;
@@ -144,7 +135,7 @@ void protect(ResultFile& file) {
 int openAndTry(ResultFile& file, int access) {
     sqlite3_close(file.database);
     file.database = nullptr;
-    sqlite3_hard_heap_limit64(MOST_MEMORY);
+    sqlite3_hard_heap_limit64(MOST_MEMORY_OF_SQLITE);
     std::error_code error;
     file.work = {};
     file.work.length = std::filesystem::file_size(files_toPath(file.name), error);
@@ -368,7 +359,7 @@ void result_beginDatabaseRows(ResultRows& rows) {
     const bool isOne = rows.part.objects.size() == 1;
     std::string sql = std::string("select Period, ") + (isSystem || isOne ? "''" : "Name");
     for (const size_t column : rows.part.columns) {
-        sql += ", " + quoteName(table.columns[column].name);
+        sql += ", " + characters_quoteSqlName(table.columns[column].name);
     }
     const bool isSought = isOne && table.hasIndex;
     sql += " from " + table.name + (isOne && !isSystem ? " where Name = ?1" : isSought ? " where true" : "");

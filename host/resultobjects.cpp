@@ -15,8 +15,8 @@
 
 namespace {
 
-constexpr uint64_t MOST_MEMORY = uint64_t{32} << 20;  ///< bytes of values in a walk
-constexpr uint64_t MOST_ROWS = uint64_t{1} << 16;     ///< of an object that are read at once
+constexpr uint64_t MOST_MEMORY_OF_WALK = uint64_t{32} << 20;  ///< bytes of values in a walk
+constexpr uint64_t MOST_ROWS = uint64_t{1} << 16;             ///< of an object that are read at once
 constexpr uint64_t LEAST_ROWS = 32;
 
 [[noreturn]] void fail(const ResultFile& file, const std::string& what) {
@@ -241,7 +241,7 @@ double getDate(const ResultRows& rows, ResultReader& reader, size_t object) {
         return result_getRegularDate(file, file.dates, reader.row + 1);
     }
     if (reader.row < reader.dateBegin || reader.row >= reader.dateBegin + reader.dates.size()) {
-        const uint64_t most = std::clamp(MOST_MEMORY / (8 * rows.readers.size()), LEAST_ROWS, MOST_ROWS);
+        const uint64_t most = std::clamp(MOST_MEMORY_OF_WALK / (8 * rows.readers.size()), LEAST_ROWS, MOST_ROWS);
         std::vector<unsigned char> bytes(8 * static_cast<size_t>(std::min(most, reader.rows - reader.row)));
         readAt(file, (own == 0 ? file.datesPlace : own) + 8 * reader.row, bytes.data(), bytes.size());
         reader.dateBegin = reader.row;
@@ -268,7 +268,7 @@ void seek(const ResultRows& rows, ResultReader& reader, size_t object) {
 void readValues(const ResultRows& rows, ResultReader& reader, size_t object) {
     const ResultTable& table = rows.file.tables[rows.part.table];
     const uint64_t columns = rows.part.columns.size();
-    const uint64_t most = MOST_MEMORY / (4 * columns * rows.readers.size());
+    const uint64_t most = MOST_MEMORY_OF_WALK / (4 * columns * rows.readers.size());
     reader.begin = reader.row;
     reader.count = std::min(std::clamp(most, LEAST_ROWS, MOST_ROWS), reader.rows - reader.row);
     reader.values.resize(static_cast<size_t>(columns * reader.count));

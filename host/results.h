@@ -39,6 +39,10 @@ int results_execute(const ResultsRequest& request);
 /// ResultError.
 std::vector<ResultPart> results_choose(const ResultFile& file, const ResultsRequest& request);
 
+// Bytes of series that are held together. More than so much is read in several walks: those through a binary file skip
+// what isn't wanted, those through a database can't.
+inline constexpr uint64_t RESULTS_MOST_OF_FILE = uint64_t{32} << 20, RESULTS_MOST_OF_DATABASE = uint64_t{256} << 20;
+
 /// The first objects of what is left of a part, from the object `begin` on: as many as may be held in memory together,
 /// by the bytes that each of them takes, but one at least.
 template <class Measure>

@@ -10,10 +10,6 @@
 
 namespace {
 
-// Bytes of series that are held together. More than so much is read in several walks: those through a binary file skip
-// what isn't wanted, those through a database can't.
-constexpr uint64_t MOST_OF_FILE = uint64_t{32} << 20, MOST_OF_DATABASE = uint64_t{256} << 20;
-
 /// What is shown at a time.
 struct Shown {
     const ResultTable& table;
@@ -133,7 +129,8 @@ void showObjects(const ResultFile& file, const std::vector<ResultPart>& parts, b
             return (8 + 4 * part.columns.size()) * result_countRows(table, file, object) + 32 * part.columns.size();
         };
         for (size_t begin = 0; begin < part.objects.size() && !console_isOutputBroken();) {
-            const ResultPart cut = results_cut(part, begin, file.database ? MOST_OF_DATABASE : MOST_OF_FILE, measure);
+            const ResultPart cut =
+                results_cut(part, begin, file.database ? RESULTS_MOST_OF_DATABASE : RESULTS_MOST_OF_FILE, measure);
             const std::vector<ObjectSeries> series = readObjects(file, cut, window);
             for (size_t k = 0; k < series.size() && !console_isOutputBroken(); ++k) {
                 const Shown shown{table, table.objects[cut.objects[k]], cut.columns};

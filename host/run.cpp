@@ -34,7 +34,6 @@ using std::chrono::steady_clock;
 namespace {
 
 constexpr int32_t CODE_SAME_NAMES = 301;
-constexpr int32_t WARNINGS_SHOWN = 5;          ///< of one kind
 constexpr double ROUNDING = 1.0 / 86400000.0;  ///< d: the millisecond that a date may be off must not make a step more
 
 /// A run on its way.
@@ -451,7 +450,7 @@ int tell(Run& run) {
     const std::vector<HostMessage> messages = messages_read(run.model.get(), run.files);
     outcome.messages.insert(outcome.messages.begin(), messages.begin(), messages.end());
     outcome.status = getStatus(run);
-    messages_show(outcome.messages, {false, false, console_isErrorTerminal(), WARNINGS_SHOWN});
+    messages_show(outcome.messages, {false, false, console_isErrorTerminal(), MESSAGES_WARNINGS_SHOWN});
     messages_showEnd(outcome.code, run.files.model);
     if (outcome.code == TV_OK) {
         verdict_show(outcome.verdicts, !run.request.isQuiet && !run.request.isJson);

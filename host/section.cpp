@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr std::array<const char*, 6> KINDS = {"pipe", "pump", "connection", "conduit", "weir", "orifice"};
+constexpr std::array<const char*, 6> LINK_KINDS = {"pipe", "pump", "connection", "conduit", "weir", "orifice"};
 
 /// A project, and who is connected to whom.
 struct Network {
@@ -142,7 +142,7 @@ void addLink(const Network& network, int32_t link, Section& section) {
     const std::string id = getId(network, TV_LINK, link);
     const int32_t kind = getKind(network, TV_LINK, link);
     if (kind != TV_CONDUIT) {
-        section.others.push_back(id + " (" + KINDS.at(static_cast<size_t>(kind)) + ')');
+        section.others.push_back(id + " (" + LINK_KINDS.at(static_cast<size_t>(kind)) + ')');
         section.otherPlaces.push_back(section.length);
         return;
     }
@@ -189,10 +189,6 @@ Section makeSection(const Network& network, const PlotRequest& request) {
 
 // --- levels --------------------------------------------------------------------------------------------------------
 
-double getSecond(double date) {
-    return std::floor(date * 86400.0 + 0.5);
-}
-
 /// Dates of levels on the command line.
 std::vector<double> readDates(const PlotRequest& request) {
     std::vector<double> dates;
@@ -214,7 +210,7 @@ void findReports(const ResultFile& file, const PlotRequest& request, Section& se
     while (result_nextRow(rows)) {
         last = rows.date;
         for (size_t k = 0; k < asked.size(); ++k) {
-            if (getSecond(rows.date) >= getSecond(asked[k]) && rows.date < section.dates[k]) {
+            if (dates_countSeconds(rows.date) >= dates_countSeconds(asked[k]) && rows.date < section.dates[k]) {
                 section.dates[k] = rows.date;
             }
         }

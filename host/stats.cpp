@@ -12,16 +12,12 @@
 #include "characters.h"
 #include "console.h"
 #include "status.h"
+#include "units.h"
 
 namespace {
 
-constexpr double SECONDS_PER_DAY = 86400.0, SECONDS_PER_HOUR = 3600.0;
-
 /// What single precision holds: a database may hold more, which is no result of a run.
 constexpr double MOST_FLOW = std::numeric_limits<float>::max();
-
-// Bytes that are held together. Walks through a binary file skip what isn't wanted, those through a database can't.
-constexpr uint64_t MOST_OF_FILE = uint64_t{32} << 20, MOST_OF_DATABASE = uint64_t{256} << 20;
 
 /// An object on its way.
 struct ObjectWalk {
@@ -112,7 +108,7 @@ void showObject(StatsShow& show, const StatsFound& found) {
 
 void showPart(StatsShow& show, const StatsPart& part, const ResultWindow& window) {
     const ResultTable& table = show.file.tables[part.part.table];
-    const uint64_t most = show.file.database ? MOST_OF_DATABASE : MOST_OF_FILE;
+    const uint64_t most = show.file.database ? RESULTS_MOST_OF_DATABASE : RESULTS_MOST_OF_FILE;
     for (size_t begin = 0; begin < part.part.objects.size() && !console_isOutputBroken();) {
         const ResultPart cut = results_cut(
             part.part, begin, most, [&](size_t object) { return measure(show.file, show.request, part.part, object); });

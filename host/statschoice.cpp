@@ -4,11 +4,10 @@
 #include <string_view>
 
 #include "stats.h"
+#include "units.h"
 
 namespace {
 
-constexpr const char* FLOW_UNIT = "m3/s";
-constexpr const char* CONCENTRATION_UNIT = "mg/L";
 constexpr const char* DEFAULT_TABLES[] = {"Outfall", "Pump", "Weir", "Orifice"};
 
 /// Whether the concentrations of a row are those of a flow that isn't the carrier of its table: of what a splitter

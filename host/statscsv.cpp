@@ -9,19 +9,19 @@
 
 namespace {
 
-constexpr const char* MONTHS[] = {"January", "February", "March",     "April",   "May",      "June",
-                                  "July",    "August",   "September", "October", "November", "December"};
+constexpr const char* MONTH_NAMES[] = {"January", "February", "March",     "April",   "May",      "June",
+                                       "July",    "August",   "September", "October", "November", "December"};
 
 /// A sum, with all its digits.
 std::string formatSum(double value) {
     return std::isfinite(value) ? json_formatNumber(value) : "";
 }
 
-std::string formatFlow(double value) {
+std::string formatCellFlow(double value) {
     return results_formatNumber(value, "");
 }
 
-std::string formatTime(int64_t time, bool isThere) {
+std::string formatCellTime(int64_t time, bool isThere) {
     return isThere ? stats_formatTime(time) : "";
 }
 
@@ -35,8 +35,8 @@ void showPlace(std::FILE* out, const StatsFound& found) {
 }
 
 /// Fields of all pollutants; empty ones of those that this flow doesn't carry.
-void showLoads(std::FILE* out, const StatsFound& found, const std::vector<StatsLoad>& loads,
-               const StatsSummary* summary) {
+void showLoadCells(std::FILE* out, const StatsFound& found, const std::vector<StatsLoad>& loads,
+                   const StatsSummary* summary) {
     for (const size_t p : found.part.pollutants) {
         if (p == RESULT_NONE) {
             std::fprintf(out, summary ? ",,,," : ",,,");
@@ -47,8 +47,8 @@ void showLoads(std::FILE* out, const StatsFound& found, const std::vector<StatsL
         if (summary) {
             std::fprintf(out, ",%s", formatSum(statssummary_getByYear(*summary, load.mass)).c_str());
         }
-        std::fprintf(out, ",%s,%s", formatFlow(statsevents_getMean(load)).c_str(),
-                     load.known > 0 ? formatFlow(load.largest).c_str() : "");
+        std::fprintf(out, ",%s,%s", formatCellFlow(statsevents_getMean(load)).c_str(),
+                     load.known > 0 ? formatCellFlow(load.largest).c_str() : "");
     }
     std::fprintf(out, "\n");
 }
@@ -65,16 +65,16 @@ void showLoadTitles(std::FILE* out, const StatsShow& show, bool isByYear) {
     std::fprintf(out, "\n");
 }
 
-void showEvents(std::FILE* out, const StatsFound& found) {
+void showEventRows(std::FILE* out, const StatsFound& found) {
     size_t number = 0;
     for (const StatsEvent& event : found.events) {
         showPlace(out, found);
         std::fprintf(out, ",%zu,%s,%s,%s,%s,%s,%s,%s,%s", ++number, stats_formatTime(event.start).c_str(),
                      stats_formatTime(event.end).c_str(), event.isBegunBefore ? "yes" : "no",
                      event.isGoingOn ? "yes" : "no", formatSum(stats_getHours(event.wet)).c_str(),
-                     formatSum(event.volume).c_str(), formatFlow(event.peak).c_str(),
+                     formatSum(event.volume).c_str(), formatCellFlow(event.peak).c_str(),
                      stats_formatTime(event.peakTime).c_str());
-        showLoads(out, found, event.loads, nullptr);
+        showLoadCells(out, found, event.loads, nullptr);
     }
 }
 
@@ -82,7 +82,7 @@ void showCurve(std::FILE* out, const StatsFound& found) {
     for (const StatsCurvePoint& point : statssummary_makeCurve(found.summary.flows)) {
         showPlace(out, found);
         std::fprintf(out, ",%lld,%s,%s\n", static_cast<long long>(point.rank), formatSum(point.exceedance).c_str(),
-                     formatFlow(point.flow).c_str());
+                     formatCellFlow(point.flow).c_str());
     }
 }
 
@@ -106,20 +106,21 @@ void showSummary(std::FILE* out, const StatsFound& found) {
     const bool hasRows = s.rows + s.missing > 0, hasEvents = s.events > 0;
     const double hours = stats_getHours(s.wet);
     showPlace(out, found);
-    std::fprintf(out, ",%s,%s,%lld,%lld,%lld,%s", formatTime(s.start, hasRows).c_str(),
-                 formatTime(s.end, hasRows).c_str(), static_cast<long long>(s.rows), static_cast<long long>(s.missing),
-                 static_cast<long long>(s.negative), formatSum(statssummary_getYears(s)).c_str());
+    std::fprintf(out, ",%s,%s,%lld,%lld,%lld,%s", formatCellTime(s.start, hasRows).c_str(),
+                 formatCellTime(s.end, hasRows).c_str(), static_cast<long long>(s.rows),
+                 static_cast<long long>(s.missing), static_cast<long long>(s.negative),
+                 formatSum(statssummary_getYears(s)).c_str());
     std::fprintf(out, ",%lld,%s,%s,%s,%s,%s,%s", static_cast<long long>(s.events),
                  byYear(static_cast<double>(s.events)).c_str(), formatSum(hours).c_str(), byYear(hours).c_str(),
                  formatSum(s.volume).c_str(), byYear(s.volume).c_str(), formatSum(s.below).c_str());
     std::fprintf(out, ",%s,%s,%s,%s,%s", hasEvents ? formatSum(s.volume / static_cast<double>(s.events)).c_str() : "",
-                 hasEvents ? formatSum(s.largestVolume).c_str() : "", formatTime(s.largestStart, hasEvents).c_str(),
-                 s.rows > 0 ? formatFlow(s.peak).c_str() : "", formatTime(s.peakTime, hasEvents).c_str());
+                 hasEvents ? formatSum(s.largestVolume).c_str() : "", formatCellTime(s.largestStart, hasEvents).c_str(),
+                 s.rows > 0 ? formatCellFlow(s.peak).c_str() : "", formatCellTime(s.peakTime, hasEvents).c_str());
     for (const int percent : STATS_PERCENTILES) {
-        std::fprintf(out, ",%s", formatFlow(statssummary_getPercentile(s.flows, percent)).c_str());
+        std::fprintf(out, ",%s", formatCellFlow(statssummary_getPercentile(s.flows, percent)).c_str());
     }
     showMonths(out, s);
-    showLoads(out, found, s.loads, &s);
+    showLoadCells(out, found, s.loads, &s);
 }
 
 }  // namespace
@@ -143,7 +144,7 @@ void statscsv_begin(const StatsShow& show) {
     for (const int percent : STATS_PERCENTILES) {
         std::fprintf(out, ",%d %% (m3/s)", percent);
     }
-    for (const char* month : MONTHS) {
+    for (const char* month : MONTH_NAMES) {
         std::fprintf(out, ",%s (m3)", month);
     }
     showLoadTitles(out, show, true);
@@ -154,7 +155,7 @@ void statscsv_show(const StatsShow& show, const StatsFound& found) {
     if (show.request.hasCurve) {
         showCurve(out, found);
     } else if (show.request.hasEvents) {
-        showEvents(out, found);
+        showEventRows(out, found);
     } else {
         showSummary(out, found);
     }

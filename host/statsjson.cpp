@@ -12,7 +12,7 @@ std::string formatFlow(double value) {
     return results_formatNumber(value, "null");
 }
 
-std::string formatTime(int64_t time, bool isThere) {
+std::string formatJsonTime(int64_t time, bool isThere) {
     return isThere ? json_quote(stats_formatTime(time)) : "null";
 }
 
@@ -36,8 +36,8 @@ void showLoad(std::FILE* out, const StatsLoad& load, const StatsSummary* summary
                  load.known > 0 ? formatFlow(load.largest).c_str() : "null", static_cast<long long>(load.missing));
 }
 
-void showLoads(std::FILE* out, const StatsFound& found, const std::vector<StatsLoad>& loads,
-               const StatsSummary* summary) {
+void showLoadMembers(std::FILE* out, const StatsFound& found, const std::vector<StatsLoad>& loads,
+                     const StatsSummary* summary) {
     std::fprintf(out, "\"pollutants\": [");
     for (size_t p = 0; p < loads.size(); ++p) {
         std::fprintf(out, "%s{\"name\": %s, ", p > 0 ? ", " : "", json_quote(getName(found, p)).c_str());
@@ -50,11 +50,11 @@ void showLoads(std::FILE* out, const StatsFound& found, const std::vector<StatsL
 void showSums(std::FILE* out, const StatsSummary& s) {
     const auto byYear = [&](double figure) { return json_formatNumber(statssummary_getByYear(s, figure)); };
     const double hours = stats_getHours(s.wet);
-    std::fprintf(out,
-                 "\"from\": %s, \"to\": %s, \"reports\": %lld, \"missing\": %lld, \"negative\": %lld, \"years\": %s,\n",
-                 formatTime(s.start, s.rows + s.missing > 0).c_str(), formatTime(s.end, s.rows + s.missing > 0).c_str(),
-                 static_cast<long long>(s.rows), static_cast<long long>(s.missing), static_cast<long long>(s.negative),
-                 json_formatNumber(statssummary_getYears(s)).c_str());
+    std::fprintf(
+        out, "\"from\": %s, \"to\": %s, \"reports\": %lld, \"missing\": %lld, \"negative\": %lld, \"years\": %s,\n",
+        formatJsonTime(s.start, s.rows + s.missing > 0).c_str(), formatJsonTime(s.end, s.rows + s.missing > 0).c_str(),
+        static_cast<long long>(s.rows), static_cast<long long>(s.missing), static_cast<long long>(s.negative),
+        json_formatNumber(statssummary_getYears(s)).c_str());
     std::fprintf(out, "   \"events\": %lld, \"eventsPerYear\": %s, \"hours\": %s, \"hoursPerYear\": %s,\n",
                  static_cast<long long>(s.events), byYear(static_cast<double>(s.events)).c_str(),
                  json_formatNumber(hours).c_str(), byYear(hours).c_str());
@@ -63,8 +63,8 @@ void showSums(std::FILE* out, const StatsSummary& s) {
                  s.events > 0 ? json_formatNumber(s.volume / static_cast<double>(s.events)).c_str() : "null");
     std::fprintf(out, "   \"largestEvent\": %s, \"startOfLargestEvent\": %s, \"peak\": %s, \"timeOfPeak\": %s,\n",
                  s.events > 0 ? json_formatNumber(s.largestVolume).c_str() : "null",
-                 formatTime(s.largestStart, s.events > 0).c_str(), s.rows > 0 ? formatFlow(s.peak).c_str() : "null",
-                 formatTime(s.peakTime, s.events > 0).c_str());
+                 formatJsonTime(s.largestStart, s.events > 0).c_str(), s.rows > 0 ? formatFlow(s.peak).c_str() : "null",
+                 formatJsonTime(s.peakTime, s.events > 0).c_str());
 }
 
 void showPercentiles(std::FILE* out, const StatsSummary& summary) {
@@ -91,7 +91,7 @@ void showSpans(std::FILE* out, const char* name, const std::map<int64_t, StatsSp
         std::fprintf(out, ", \"events\": %lld, \"hours\": %s, \"volume\": %s, \"peak\": %s, \"timeOfPeak\": %s}",
                      static_cast<long long>(span.events), json_formatNumber(stats_getHours(span.wet)).c_str(),
                      json_formatNumber(span.volume).c_str(), formatFlow(span.peak).c_str(),
-                     formatTime(span.peakTime, span.wet > 0).c_str());
+                     formatJsonTime(span.peakTime, span.wet > 0).c_str());
         divider = ",";
     }
     std::fprintf(out, "],\n");
@@ -103,25 +103,25 @@ void showMaxima(std::FILE* out, const StatsSummary& summary) {
     for (const StatsMaximum& maximum : statssummary_listMaxima(summary)) {
         std::fprintf(out,
                      "%s\n    {\"rank\": %lld, \"begin\": %s, \"peak\": %s, \"timeOfPeak\": %s, \"returnPeriod\": %s}",
-                     divider, static_cast<long long>(maximum.rank), formatTime(maximum.begin, true).c_str(),
-                     formatFlow(maximum.flow).c_str(), formatTime(maximum.time, maximum.flow > 0.0).c_str(),
+                     divider, static_cast<long long>(maximum.rank), formatJsonTime(maximum.begin, true).c_str(),
+                     formatFlow(maximum.flow).c_str(), formatJsonTime(maximum.time, maximum.flow > 0.0).c_str(),
                      json_formatNumber(maximum.returnPeriod).c_str());
         divider = ",";
     }
     std::fprintf(out, "]");
 }
 
-void showEvents(std::FILE* out, const StatsFound& found) {
+void showEventMembers(std::FILE* out, const StatsFound& found) {
     std::fprintf(out, ",\n   \"eventList\": [");
     const char* divider = "";
     for (const StatsEvent& event : found.events) {
         std::fprintf(out, "%s\n    {\"start\": %s, \"end\": %s, \"beganBefore\": %s, \"goesOn\": %s, \"hours\": %s, ",
-                     divider, formatTime(event.start, true).c_str(), formatTime(event.end, true).c_str(),
+                     divider, formatJsonTime(event.start, true).c_str(), formatJsonTime(event.end, true).c_str(),
                      formatFact(event.isBegunBefore), formatFact(event.isGoingOn),
                      json_formatNumber(stats_getHours(event.wet)).c_str());
         std::fprintf(out, "\"volume\": %s, \"peak\": %s, \"timeOfPeak\": %s, ", json_formatNumber(event.volume).c_str(),
-                     formatFlow(event.peak).c_str(), formatTime(event.peakTime, true).c_str());
-        showLoads(out, found, event.loads, nullptr);
+                     formatFlow(event.peak).c_str(), formatJsonTime(event.peakTime, true).c_str());
+        showLoadMembers(out, found, event.loads, nullptr);
         std::fprintf(out, "}");
         divider = ",";
     }
@@ -161,13 +161,13 @@ void statsjson_show(const StatsShow& show, const StatsFound& found) {
         showPercentiles(out, summary);
     }
     std::fprintf(out, "   ");
-    showLoads(out, found, summary.loads, &summary);
+    showLoadMembers(out, found, summary.loads, &summary);
     std::fprintf(out, ",\n");
     showSpans(out, "byMonth", summary.months, true);
     showSpans(out, "byYear", summary.years, false);
     showMaxima(out, summary);
     if (show.request.hasEvents) {
-        showEvents(out, found);
+        showEventMembers(out, found);
     }
     if (show.request.hasCurve) {
         showCurve(out, summary);

@@ -8,23 +8,23 @@
 
 #include "aside.h"
 #include "characters.h"
+#include "modelview.h"
 #include "posix.h"
 #include "stats.h"
+#include "units.h"
 
 namespace {
 
-constexpr double SECONDS_PER_DAY = 86400.0, SECONDS_PER_HOUR = 3600.0;
-
 /// The tables with objects that water leaves the sewers by.
-struct Kind {
+struct OutletKind {
     const char* table;
     int32_t objectClass;
     int32_t kind;
 };
-constexpr Kind KINDS[] = {{"Outfall", TV_NODE, TV_OUTFALL},
-                          {"Pump", TV_LINK, TV_PUMP},
-                          {"Weir", TV_LINK, TV_WEIR},
-                          {"Orifice", TV_LINK, TV_ORIFICE}};
+constexpr OutletKind OUTLET_KINDS[] = {{"Outfall", TV_NODE, TV_OUTFALL},
+                                       {"Pump", TV_LINK, TV_PUMP},
+                                       {"Weir", TV_LINK, TV_WEIR},
+                                       {"Orifice", TV_LINK, TV_ORIFICE}};
 
 /// What a class is asked for.
 struct Variables {
@@ -36,18 +36,6 @@ Variables findVariables(int32_t objectClass) {
     tv_findVariable(objectClass, objectClass == TV_NODE ? "inflow" : "flow", &variables.flow);
     tv_findVariable(objectClass, "concentration", &variables.concentration);
     return variables;
-}
-
-std::string getId(const tv_model* model, int32_t objectClass, int32_t index) {
-    const char* id = "";
-    tv_getId(model, objectClass, index, &id);
-    return characters_toUtf8(id);
-}
-
-int32_t getCount(const tv_model* model, int32_t objectClass) {
-    int32_t count = 0;
-    tv_getCount(model, objectClass, &count);
-    return count;
 }
 
 double getValue(const tv_model* model, int32_t variable, int32_t index, int32_t pollutant) {
@@ -81,12 +69,12 @@ void StatsStepsEnd::operator()(StatsSteps* steps) const {
 }
 
 /// Fills a table with the objects of its kind.
-static void addObjects(StatsSteps& steps, const Kind& kind, const tv_model* model, ResultTable& table) {
-    for (int32_t k = 0; k < getCount(model, kind.objectClass); ++k) {
+static void addObjects(StatsSteps& steps, const OutletKind& kind, const tv_model* model, ResultTable& table) {
+    for (int32_t k = 0; k < modelview_count(model, kind.objectClass); ++k) {
         int32_t itsKind = -1;
         tv_getKind(model, kind.objectClass, k, &itsKind);
         if (itsKind == kind.kind) {
-            table.objects.push_back(getId(model, kind.objectClass, k));
+            table.objects.push_back(modelview_getId(model, kind.objectClass, k));
             steps.objects.push_back({kind.objectClass, k, {steps.rule}});
         }
     }
@@ -103,8 +91,8 @@ StatsStepsHandle statssteps_begin(const StatsStepsRequest& request, const std::s
     tv_clock clock{};
     tv_getClock(model, &clock);
     std::vector<std::string> pollutants;
-    for (int32_t p = 0; p < getCount(model, TV_POLLUTANT); ++p) {
-        pollutants.push_back(getId(model, TV_POLLUTANT, p));
+    for (int32_t p = 0; p < modelview_count(model, TV_POLLUTANT); ++p) {
+        pollutants.push_back(modelview_getId(model, TV_POLLUTANT, p));
     }
     steps.tables.name = project;
     steps.tables.reportStep = static_cast<int32_t>(std::lround(clock.step));
@@ -114,7 +102,7 @@ StatsStepsHandle statssteps_begin(const StatsStepsRequest& request, const std::s
     steps.ofNodes = findVariables(TV_NODE);
     steps.ofLinks = findVariables(TV_LINK);
     for (ResultTable& table : result_listTables(pollutants)) {
-        for (const Kind& kind : KINDS) {
+        for (const OutletKind& kind : OUTLET_KINDS) {
             if (table.name == kind.table) {
                 addObjects(steps, kind, model, table);
                 steps.tables.tables.push_back(table);

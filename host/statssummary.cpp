@@ -8,7 +8,7 @@
 #include <cmath>
 #include <tuple>
 
-static constexpr int64_t SECONDS_PER_DAY = 86400;
+static constexpr int64_t DAY_LENGTH = 86400;
 static constexpr int64_t MONTHS_PER_YEAR = 12;
 
 // --- calendar ------------------------------------------------------------------------------------------------------
@@ -16,15 +16,15 @@ static constexpr int64_t MONTHS_PER_YEAR = 12;
 static constexpr std::chrono::sys_days FIRST_DAY{std::chrono::year{1899} / std::chrono::December / 30};
 
 static int64_t getDay(int64_t time) {
-    return time >= 0 ? time / SECONDS_PER_DAY : -((SECONDS_PER_DAY - 1 - time) / SECONDS_PER_DAY);
+    return time >= 0 ? time / DAY_LENGTH : -((DAY_LENGTH - 1 - time) / DAY_LENGTH);
 }
 
-static std::chrono::year_month_day getDate(int64_t time) {
+static std::chrono::year_month_day getCalendarDay(int64_t time) {
     return std::chrono::year_month_day{FIRST_DAY + std::chrono::days{getDay(time)}};
 }
 
 int64_t statssummary_getMonth(int64_t time) {
-    const std::chrono::year_month_day date = getDate(time);
+    const std::chrono::year_month_day date = getCalendarDay(time);
     return static_cast<int>(date.year()) * MONTHS_PER_YEAR + static_cast<unsigned>(date.month()) - 1;
 }
 
@@ -33,9 +33,9 @@ int64_t statssummary_getYear(int64_t month) {
 }
 
 int64_t statssummary_countYears(int64_t first, int64_t time) {
-    const std::chrono::year_month_day begin = getDate(first), date = getDate(time);
+    const std::chrono::year_month_day begin = getCalendarDay(first), date = getCalendarDay(time);
     const auto ofYear = [](const std::chrono::year_month_day& day, int64_t seconds) {
-        return std::tuple(day.month(), day.day(), seconds - getDay(seconds) * SECONDS_PER_DAY);
+        return std::tuple(day.month(), day.day(), seconds - getDay(seconds) * DAY_LENGTH);
     };
     const int64_t years = static_cast<int>(date.year()) - static_cast<int>(begin.year());
     return ofYear(date, time) < ofYear(begin, first) ? years - 1 : years;
@@ -44,13 +44,13 @@ int64_t statssummary_countYears(int64_t first, int64_t time) {
 /// The time so many years behind another one. A year that begins on a leap day begins on 1 March where there is none.
 static int64_t addYears(int64_t first, int64_t years) {
     using namespace std::chrono;
-    const year_month_day begin = getDate(first);
+    const year_month_day begin = getCalendarDay(first);
     year_month_day date{year{static_cast<int>(begin.year()) + static_cast<int>(years)}, begin.month(), begin.day()};
     if (!date.ok()) {
         date = date.year() / March / 1;
     }
     const int64_t day = (sys_days{date} - FIRST_DAY).count();
-    return day * SECONDS_PER_DAY + first - getDay(first) * SECONDS_PER_DAY;
+    return day * DAY_LENGTH + first - getDay(first) * DAY_LENGTH;
 }
 
 // --- sums ----------------------------------------------------------------------------------------------------------

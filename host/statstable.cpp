@@ -35,7 +35,7 @@ std::string format(double value) {
     return figure;
 }
 
-std::string formatTime(int64_t time, bool isThere) {
+std::string formatShownTime(int64_t time, bool isThere) {
     return isThere ? stats_formatTime(time) : "-";
 }
 
@@ -61,7 +61,7 @@ void showLine(const StatsFound& found) {
                 characters_makePrintable(found.object).c_str(), getFlow(found).c_str(),
                 static_cast<long long>(s.events), byYear(static_cast<double>(s.events)).c_str(), format(hours).c_str(),
                 byYear(hours).c_str(), format(s.volume).c_str(), byYear(s.volume).c_str(),
-                s.rows > 0 ? format(s.peak).c_str() : "-", formatTime(s.peakTime, s.events > 0).c_str());
+                s.rows > 0 ? format(s.peak).c_str() : "-", formatShownTime(s.peakTime, s.events > 0).c_str());
 }
 
 // --- all of an object ----------------------------------------------------------------------------------------------
@@ -77,8 +77,8 @@ void showSums(const StatsShow& show, const StatsFound& found) {
     const bool hasRows = s.rows + s.missing > 0, hasEvents = s.events > 0;
     std::printf("%s %s, %s\n", found.table.name.c_str(), characters_makePrintable(found.object).c_str(),
                 getFlow(found).c_str());
-    std::printf("  %s to %s: %lld reports of %d s, %s years\n", formatTime(s.start, hasRows).c_str(),
-                formatTime(s.end, hasRows).c_str(), static_cast<long long>(s.rows),
+    std::printf("  %s to %s: %lld reports of %d s, %s years\n", formatShownTime(s.start, hasRows).c_str(),
+                formatShownTime(s.end, hasRows).c_str(), static_cast<long long>(s.rows),
                 static_cast<int>(show.file.reportStep), format(statssummary_getYears(s)).c_str());
     showFigure("Events", format(events), byYear(events));
     showFigure("Hours with flow", format(hours), byYear(hours));
@@ -89,7 +89,7 @@ void showSums(const StatsShow& show, const StatsFound& found) {
     showFigure("Mean event (m3)", hasEvents ? format(s.volume / events) : "-");
     showFigure("Largest event (m3)", hasEvents ? format(s.largestVolume) : "-",
                hasEvents ? "from " + stats_formatTime(s.largestStart) : "");
-    showFigure("Peak (m3/s)", s.rows > 0 ? format(s.peak) : "-", formatTime(s.peakTime, hasEvents));
+    showFigure("Peak (m3/s)", s.rows > 0 ? format(s.peak) : "-", formatShownTime(s.peakTime, hasEvents));
 }
 
 void showPercentiles(const StatsSummary& summary) {
@@ -150,7 +150,7 @@ void showMaxima(const StatsSummary& summary) {
     for (const StatsMaximum& maximum : maxima) {
         std::printf("  %6lld %12s a %12s  %-19s %s\n", static_cast<long long>(maximum.rank),
                     format(maximum.returnPeriod).c_str(), format(maximum.flow).c_str(),
-                    formatTime(maximum.time, maximum.flow > 0.0).c_str(), stats_formatTime(maximum.begin).c_str());
+                    formatShownTime(maximum.time, maximum.flow > 0.0).c_str(), stats_formatTime(maximum.begin).c_str());
     }
 }
 

@@ -31,7 +31,7 @@ static const char* getKindName(int32_t objectClass) {
     }
 }
 
-static std::string getId(const tv_model* model, int32_t objectClass, int32_t index) {
+static std::string getRawId(const tv_model* model, int32_t objectClass, int32_t index) {
     const char* id = "";
     tv_getId(model, objectClass, index, &id);
     return id;
@@ -40,12 +40,12 @@ static std::string getId(const tv_model* model, int32_t objectClass, int32_t ind
 /// A LID unit is known by its subcatchment and its definition.
 static std::string getName(const tv_model* model, int32_t objectClass, int32_t index) {
     if (objectClass != TV_LID_UNIT) {
-        return getId(model, objectClass, index);
+        return getRawId(model, objectClass, index);
     }
     int32_t subcatchment = -1, lid = -1;
     tv_getRelation(model, TV_UNIT_SUBCATCHMENT, index, &subcatchment);
     tv_getRelation(model, TV_UNIT_LID, index, &lid);
-    return getId(model, TV_SUBCATCHMENT, subcatchment) + '/' + getId(model, TV_LID, lid);
+    return getRawId(model, TV_SUBCATCHMENT, subcatchment) + '/' + getRawId(model, TV_LID, lid);
 }
 
 static HostVerdict readRow(const tv_model* model, int32_t row) {
@@ -53,7 +53,7 @@ static HostVerdict readRow(const tv_model* model, int32_t row) {
     tv_getVerdict(model, row, &v);
     HostVerdict verdict{getPartName(v.part), "", v.in, v.missing, v.error, v.grade, v.words, {}};
     if (v.pollutant != TV_NO_POLLUTANT) {
-        verdict.pollutant = getId(model, TV_POLLUTANT, v.pollutant);
+        verdict.pollutant = getRawId(model, TV_POLLUTANT, v.pollutant);
     }
     for (int32_t k = 0; k < v.causeCount; ++k) {
         tv_cause cause{};
@@ -87,7 +87,7 @@ static std::vector<std::pair<std::string, tv_balance>> readLoads(const tv_model*
     for (int32_t p = 0; p < count; ++p) {
         tv_balance load{};
         if (tv_getBalance(model, objectClass, index, p, &load) == TV_OK) {
-            loads.emplace_back(getId(model, TV_POLLUTANT, p), load);
+            loads.emplace_back(getRawId(model, TV_POLLUTANT, p), load);
         }
     }
     return loads;
@@ -178,7 +178,7 @@ static std::string formatCauses(const HostVerdict& verdict) {
     return text + (isHidden ? "; --balances names the places" : "");
 }
 
-static void showLine(const std::string& line) {
+static void showVerdictLine(const std::string& line) {
     std::fprintf(stderr, "tarnvelde: %s\n", messages_makePrintable(line).c_str());
 }
 
@@ -197,6 +197,6 @@ void verdict_show(const std::vector<HostVerdict>& verdicts, bool isGreenShown) {
     if (errors.empty() || (grade <= TV_GRADE_GREEN && !isGreenShown)) {
         return;
     }
-    showLine("continuity errors: " + errors + (grade > TV_GRADE_GREEN ? ": " + words : ""));
-    showLine(formatCauses(*farthest));
+    showVerdictLine("continuity errors: " + errors + (grade > TV_GRADE_GREEN ? ": " + words : ""));
+    showVerdictLine(formatCauses(*farthest));
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The formatter on every source, the linter on the sources that changed, and the worst idioms of older texts.
 # scripts/check-style.sh [BASE]: what differs from the commit BASE is what changed. Without one, BASE is where this branch
-# left origin/main; on origin/main itself, and without one, the last commit counts. Needs build/sanitize.
+# left origin/main; on origin/main itself, and without one, the last commit counts. What the linter must know stands in build/lint.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 status=0
@@ -32,8 +32,9 @@ mapfile -t changed < <({ git diff --name-only --diff-filter=d "$base" -- '*.cpp'
     sed 's/\.h$/.cpp/' | sort -u | while read -r file; do [ ! -f "$file" ] || echo "$file"; done)
 if [ ${#changed[@]} -gt 0 ]; then
     echo "clang-tidy on ${#changed[@]} sources"
+    cmake --preset lint >/dev/null && cmake --build --preset lint >/dev/null
     if ! printf '%s\n' "${changed[@]}" |
-        xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/sanitize --quiet --warnings-as-errors='*' 2>/dev/null; then
+        xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/lint --quiet --warnings-as-errors='*' 2>/dev/null; then
         status=1
     fi
 fi

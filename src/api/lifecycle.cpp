@@ -30,14 +30,14 @@ static int32_t guardCall(Work&& work) {
     });
 }
 
-static const char* getText(const char* text) {
+static const char* getTextOrNothing(const char* text) {
     return text ? text : "";
 }
 
 static int32_t setPaths(std::string& library, std::string& folder, const char* libraryPath, const char* tempFolder) {
     return guardCall([&] {
-        library = getText(libraryPath);
-        folder = getText(tempFolder);
+        library = getTextOrNothing(libraryPath);
+        folder = getTextOrNothing(tempFolder);
         return 0;
     });
 }
@@ -54,7 +54,10 @@ int32_t tarnvelde_initVornDll(const char* libraryPath, const char* tempFolder) {
 
 /// A project that is still open is released as it is: nothing is completed or deleted.
 int32_t tarnvelde_open(const char* input, const char* report, const char* results) {
-    return guardCall([&] { return run_open(defaultmodel_renew(), getText(input), getText(report), getText(results)); });
+    return guardCall([&] {
+        return run_open(defaultmodel_renew(), getTextOrNothing(input), getTextOrNothing(report),
+                        getTextOrNothing(results));
+    });
 }
 
 /// A save mode that names no sink makes rows for nobody.

@@ -20,15 +20,15 @@
 
 const char* const SwmmRecordWords[] = {"INFLOW", "OUTFLOW", nullptr};
 
-static constexpr OutsideKind Kind = {"swmm5ex.dll",
-                                     LIBRARY_NATIVE_NAME("swmm5ex"),
-                                     ERR_SWMM_LIBRARY_MISSING,
-                                     ERR_SWMM_TEMP_FOLDER,
-                                     ERR_NONE,
-                                     ERR_SWMM_DATES,
-                                     ERR_SWMM_START_DATE,
-                                     ERR_SWMM_END_DATE,
-                                     ERR_SWMM_START};
+static constexpr OutsideKind SwmmKind = {"swmm5ex.dll",
+                                         LIBRARY_NATIVE_NAME("swmm5ex"),
+                                         ERR_SWMM_LIBRARY_MISSING,
+                                         ERR_SWMM_TEMP_FOLDER,
+                                         ERR_NONE,
+                                         ERR_SWMM_DATES,
+                                         ERR_SWMM_START_DATE,
+                                         ERR_SWMM_END_DATE,
+                                         ERR_SWMM_START};
 
 // Numbers by which the engine knows what is asked for.
 static constexpr int NODE_OBJECT = 1;
@@ -36,7 +36,7 @@ static constexpr int TOTAL_INFLOW = 4;
 static constexpr int FIRST_POLLUTANT = 6;
 static constexpr int SI_UNITS = 1;
 
-static int32_t getRow(const Model& model, int32_t node) {
+static int32_t getSwmmRow(const Model& model, int32_t node) {
     return model.nodes[node].kindIndex;
 }
 
@@ -58,7 +58,7 @@ static OutsideCalls getCalls(const SwmmEntries& entries) {
 
 void swmm_loadLibrary(Model& model, int32_t row) {
     SwmmNode& swmm = model.swmmNodes[row];
-    outside_loadLibrary(model, swmm.outside, Kind, model.engines.swmmLibrary, model.engines.swmmFolder);
+    outside_loadLibrary(model, swmm.outside, SwmmKind, model.engines.swmmLibrary, model.engines.swmmFolder);
     findEntries(swmm);
     outside_findStateCalls(swmm.outside, "swmm_saveState", "swmm_restoreState");
     outside_findSpeechCalls(model, swmm.outside, "swmm_setSurroundings", "swmm_getMessage");
@@ -73,7 +73,7 @@ void swmm_closeNode(Model& model, int32_t row) {
 // --- reading -------------------------------------------------------------------------------------------------------
 
 /// A record takes a link; what flows in may come from a subcatchment as well, and a link of the name wins.
-static int32_t readRecord(Model& model, const Tokens& tokens, int32_t row, bool isInflow) {
+static int32_t readSwmmRecord(Model& model, const Tokens& tokens, int32_t row, bool isInflow) {
     int32_t index = names_find(model, LINK, tokens[2]);
     if (index < 0 && isInflow) {
         index = names_find(model, SUBCATCH, tokens[2]);
@@ -90,8 +90,8 @@ int32_t swmm_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
         return errors_setName(model, ERR_ITEMS, "");
     }
     switch (tokens_findKeyword(tokens[0], SwmmRecordWords)) {
-        case 0: return readRecord(model, tokens, row, true);
-        case 1: return readRecord(model, tokens, row, false);
+        case 0: return readSwmmRecord(model, tokens, row, true);
+        case 1: return readSwmmRecord(model, tokens, row, false);
         default: return outside_readDefinition(model, tokens, model.swmmNodes[row].outside, node, SWMM, row);
     }
 }
@@ -150,8 +150,8 @@ static void validatePollutants(Model& model, const SwmmNode& swmm) {
 
 void swmm_validate(Model& model, int32_t node) {
     const char* id = model.nodes[node].id;
-    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
-    if (!setPaths(model, getRow(model, node), id)) {
+    SwmmNode& swmm = model.swmmNodes[getSwmmRow(model, node)];
+    if (!setPaths(model, getSwmmRow(model, node), id)) {
         return;
     }
     swmm.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
@@ -159,7 +159,7 @@ void swmm_validate(Model& model, int32_t node) {
         outside_setDetail(model, swmm.outside);
         errors_report(model, ERR_SWMM_INPUT_OPEN, id);
     }
-    outside_validateDates(model, getCalls(swmm.entries), Kind, id);
+    outside_validateDates(model, getCalls(swmm.entries), SwmmKind, id);
     if (swmm.entries.swmm_getUnitSystem() != SI_UNITS) {
         errors_report(model, ERR_SWMM_UNITS, id);
     }
@@ -170,16 +170,16 @@ void swmm_validate(Model& model, int32_t node) {
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
 void swmm_initState(Model& model, int32_t node) {
-    outside_initState(model, model.swmmNodes[getRow(model, node)].outside, model_pollutantCount(model));
+    outside_initState(model, model.swmmNodes[getSwmmRow(model, node)].outside, model_pollutantCount(model));
 }
 
 bool swmm_startNode(Model& model, int32_t node) {
-    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
-    return outside_start(model, swmm.outside, getCalls(swmm.entries), Kind, model.nodes[node].id);
+    SwmmNode& swmm = model.swmmNodes[getSwmmRow(model, node)];
+    return outside_start(model, swmm.outside, getCalls(swmm.entries), SwmmKind, model.nodes[node].id);
 }
 
 void swmm_endNode(Model& model, int32_t node) {
-    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
+    SwmmNode& swmm = model.swmmNodes[getSwmmRow(model, node)];
     outside_end(model, swmm.outside, getCalls(swmm.entries));
 }
 
@@ -268,7 +268,7 @@ static void takeOutflows(const Model& model, const SwmmNode& swmm) {
 }
 
 void swmm_advance(Model& model, int32_t node) {
-    SwmmNode& swmm = model.swmmNodes[getRow(model, node)];
+    SwmmNode& swmm = model.swmmNodes[getSwmmRow(model, node)];
     const auto give = [&] {
         passRequests(model, node, swmm.entries);
         passInflows(model, swmm);

@@ -19,7 +19,7 @@
 
 const char* const VornRecordWords[] = {"INFLUENT", "EFFLUENT", nullptr};
 
-static constexpr OutsideKind Kind = {
+static constexpr OutsideKind VornKind = {
     "vorn.dll",     LIBRARY_NATIVE_NAME("vorn"), ERR_VORN_LIBRARY_MISSING, ERR_VORN_TEMP_FOLDER, ERR_FILE_COPY,
     ERR_VORN_DATES, ERR_VORN_START_DATE,         ERR_VORN_END_DATE,        ERR_VORN_START};
 
@@ -29,7 +29,7 @@ static constexpr int EFFLUENT_UNIT = 1;
 static constexpr int UNSTEADY_SOLUTION = 1;
 static constexpr int FLOW_INDEX = 0;  ///< constituents and components follow from 1 on
 
-static int32_t getRow(const Model& model, int32_t node) {
+static int32_t getVornRow(const Model& model, int32_t node) {
     return model.nodes[node].kindIndex;
 }
 
@@ -51,7 +51,7 @@ static OutsideCalls getCalls(const VornEntries& entries) {
 
 void vorn_loadLibrary(Model& model, int32_t row) {
     VornNode& vorn = model.vornNodes[row];
-    outside_loadLibrary(model, vorn.outside, Kind, model.engines.vornLibrary, model.engines.vornFolder);
+    outside_loadLibrary(model, vorn.outside, VornKind, model.engines.vornLibrary, model.engines.vornFolder);
     findEntries(vorn);
     outside_findStateCalls(vorn.outside, "vorn_saveState", "vorn_restoreState");
     outside_findSpeechCalls(model, vorn.outside, "vorn_setSurroundings", "vorn_getMessage");
@@ -65,7 +65,7 @@ void vorn_closeNode(Model& model, int32_t row) {
 
 // --- reading -------------------------------------------------------------------------------------------------------
 
-static int32_t readRecord(Model& model, const Tokens& tokens, int32_t row, bool isInflow) {
+static int32_t readVornRecord(Model& model, const Tokens& tokens, int32_t row, bool isInflow) {
     const int32_t link = names_find(model, LINK, tokens[2]);
     if (link < 0) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
@@ -84,7 +84,7 @@ int32_t vorn_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t 
         return errors_setName(model, ERR_ITEMS, "");
     }
     return word < 0 ? outside_readDefinition(model, tokens, model.vornNodes[row].outside, node, VORN, row)
-                    : readRecord(model, tokens, row, word == 0);
+                    : readVornRecord(model, tokens, row, word == 0);
 }
 
 // --- validation ----------------------------------------------------------------------------------------------------
@@ -130,8 +130,8 @@ static void validateRecords(Model& model, const VornNode& vorn, const char* id) 
 
 void vorn_validate(Model& model, int32_t node) {
     const char* id = model.nodes[node].id;
-    VornNode& vorn = model.vornNodes[getRow(model, node)];
-    if (!setPath(model, getRow(model, node), id)) {
+    VornNode& vorn = model.vornNodes[getVornRow(model, node)];
+    if (!setPath(model, getVornRow(model, node), id)) {
         return;
     }
     vorn.outside.isOpen = true;  // whatever the engine says: it is asked to close in any case
@@ -139,7 +139,7 @@ void vorn_validate(Model& model, int32_t node) {
         outside_setDetail(model, vorn.outside);
         errors_report(model, ERR_VORN_INPUT_OPEN, id);
     }
-    outside_validateDates(model, getCalls(vorn.entries), Kind, id);
+    outside_validateDates(model, getCalls(vorn.entries), VornKind, id);
     if (vorn.entries.vorn_getSolutionType() != UNSTEADY_SOLUTION) {
         errors_report(model, ERR_VORN_SOLUTION, id);
     }
@@ -149,16 +149,16 @@ void vorn_validate(Model& model, int32_t node) {
 // --- start and end of a run ----------------------------------------------------------------------------------------
 
 void vorn_initState(Model& model, int32_t node) {
-    outside_initState(model, model.vornNodes[getRow(model, node)].outside, CONSTITUENT_COUNT);
+    outside_initState(model, model.vornNodes[getVornRow(model, node)].outside, CONSTITUENT_COUNT);
 }
 
 bool vorn_startNode(Model& model, int32_t node) {
-    VornNode& vorn = model.vornNodes[getRow(model, node)];
-    return outside_start(model, vorn.outside, getCalls(vorn.entries), Kind, model.nodes[node].id);
+    VornNode& vorn = model.vornNodes[getVornRow(model, node)];
+    return outside_start(model, vorn.outside, getCalls(vorn.entries), VornKind, model.nodes[node].id);
 }
 
 void vorn_endNode(Model& model, int32_t node) {
-    VornNode& vorn = model.vornNodes[getRow(model, node)];
+    VornNode& vorn = model.vornNodes[getVornRow(model, node)];
     outside_end(model, vorn.outside, getCalls(vorn.entries));
 }
 
@@ -222,7 +222,7 @@ static void takeEffluents(const Model& model, const VornNode& vorn) {
 }
 
 void vorn_advance(Model& model, int32_t node) {
-    VornNode& vorn = model.vornNodes[getRow(model, node)];
+    VornNode& vorn = model.vornNodes[getVornRow(model, node)];
     const bool isDone = outside_advance(
         model, vorn.outside, getCalls(vorn.entries), [&] { passInfluents(model, vorn); },
         [&] { takeEffluents(model, vorn); });

@@ -8,11 +8,11 @@
 #include <cmath>
 #include <cstdint>
 
-static constexpr double NO_WATER = 1e-10;       ///< m/s, at or below which the ground dries
-static constexpr double CURVE_END = 16.0;       ///< of decay times time, from which the final rate holds
-static constexpr double STEEPEST_DECAY = 60.0;  ///< of decay times time, for the exponential of a trial
-static constexpr double NEAR_ENOUGH = 0.001;    ///< of the step, by which the last pass may move the time
-static constexpr int32_t MAX_PASSES = 20;       ///< of Newton's method
+static constexpr double NO_WATER = 1e-10;         ///< m/s, at or below which the ground dries
+static constexpr double CURVE_END = 16.0;         ///< of decay times time, from which the final rate holds
+static constexpr double STEEPEST_DECAY = 60.0;    ///< of decay times time, for the exponential of a trial
+static constexpr double NEAR_ENOUGH = 0.001;      ///< of the step, by which the last pass may move the time
+static constexpr int32_t MAX_NEWTON_PASSES = 20;  ///< of Newton's method
 
 /// exp(x), without the work where nothing has begun to decay.
 static double getDecayed(double x) {
@@ -37,7 +37,7 @@ static void recover(const HortonSoil& soil, HortonState& state, double dt) {
 static double findTime(const HortonSoil& soil, double time, double target, double dt) {
     const double c = (soil.maxRate - soil.minRate) / soil.decay;
     time = time + dt * 0.5;
-    for (int32_t pass = 0; pass < MAX_PASSES; ++pass) {
+    for (int32_t pass = 0; pass < MAX_NEWTON_PASSES; ++pass) {
         const double x = std::min(time * soil.decay, STEEPEST_DECAY);
         const double ex = std::exp(-x);
         const double delta =

@@ -9,9 +9,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "hydrology/plane.h"
 #include "text/units.h"
 
-static constexpr double MANNING_EXPONENT = 1.6666666666666667;
 static constexpr double HYDRAULIC_RADIUS_EXPONENT = 0.6666666666666666;
 static constexpr double MIN_HEAD = 1e-10;       ///< m
 static constexpr double MIN_SWALE_WIDTH = 0.5;  ///< m

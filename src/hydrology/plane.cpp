@@ -6,8 +6,6 @@
 
 #include <cmath>
 
-static constexpr double MANNING_EXPONENT = 1.6666666666666667;
-
 /// What changes the depth of a plane: inflow less the sheet that flows off.
 struct Reservoir {
     double inflow;   ///< m/s, rain less losses

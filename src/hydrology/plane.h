@@ -1,6 +1,8 @@
 #pragma once
 // Overland flow: a plane that drains as a nonlinear reservoir.
 
+inline constexpr double MANNING_EXPONENT = 1.6666666666666667;  ///< of the depth of a sheet of water, in its flow
+
 /// A plane in one step: what falls on it and is lost, and its shape.
 struct Plane {
     double rain;       ///< m/s

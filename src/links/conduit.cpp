@@ -14,6 +14,7 @@
 #include <new>
 #include <unordered_set>
 
+#include "links/circle.h"
 #include "links/link.h"
 #include "links/transect.h"
 #include "model/arena.h"
@@ -32,10 +33,6 @@
 #include "text/units.h"
 
 static const char* const ConduitShapeWords[] = {"CIRCULAR", "RECTANGULAR", "IRREGULAR", nullptr};
-
-// So many digits and no more: every area, and so every flow, rests on them.
-static constexpr double PI = 3.14159265;
-static constexpr double TWO_PI = 6.2831853;
 
 // --- reading and validation ----------------------------------------------------------------------------------------
 

@@ -6,6 +6,7 @@
 
 #include <cmath>
 
+#include "links/circle.h"
 #include "links/link.h"
 #include "model/errors.h"
 #include "model/model.h"
@@ -15,9 +16,6 @@
 
 static const char* const OrificeShapeWords[] = {"CIRCULAR", "RECTANGULAR", nullptr};
 
-// So many digits and no more: every area, and so every flow, rests on them.
-static constexpr double PI = 3.14159265;
-static constexpr double TWO_PI = 6.2831853;
 static constexpr double TWO_G = 19.62;  ///< m/s2
 
 // --- reading -------------------------------------------------------------------------------------------------------
@@ -75,7 +73,7 @@ int32_t orifice_readLine(Model& model, const Tokens& tokens, int32_t link, int32
 
 /// Area (m2) of a circle of diameter D (m) below the depth y (m). The order of the factors is that of this law alone:
 /// conduits multiply in another one, and their areas differ in the last bits.
-static double getSegmentArea(double D, double y) {
+static double getFilledArea(double D, double y) {
     if (y > D) {
         return D * D * PI * 0.25;
     }
@@ -101,7 +99,7 @@ double orifice_getFlow(const Link& link, const Orifice& orifice, double depth) {
     }
     double area = 0.0;
     switch (orifice.shape) {
-        case CIRCULAR_ORIFICE: area = getSegmentArea(orifice.height, y); break;
+        case CIRCULAR_ORIFICE: area = getFilledArea(orifice.height, y); break;
         case RECTANGULAR_ORIFICE: area = y * orifice.width; break;
         default: break;  // a shape that only a host can set
     }

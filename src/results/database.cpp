@@ -38,7 +38,7 @@
 #include "results/rows.h"
 #include "results/sqltext.h"
 
-static constexpr int32_t FORMAT_VERSION = 21000;
+static constexpr int32_t DATABASE_FORMAT = 21000;
 static constexpr int32_t PATIENCE = 5000;              ///< ms, with others at the start, and again at the end
 static constexpr int32_t ROWS_OF_TRANSACTION = 20000;  ///< at least; it ends with a report
 
@@ -198,7 +198,7 @@ static void createTable(Model& model, int32_t index) {
 
 static void createGeneralInfo(Model& model) {
     char values[512];
-    std::snprintf(values, sizeof values, "%d,%f,%d", FORMAT_VERSION, model.options.startDateTime,
+    std::snprintf(values, sizeof values, "%d,%f,%d", DATABASE_FORMAT, model.options.startDateTime,
                   model.options.reportStep);
     model.database->statement =
         "drop table if exists GeneralInfo; create table if not exists GeneralInfo (Version INT,"

@@ -14,19 +14,8 @@
 #include "results/databaseplace.h"
 #include "results/identity.h"
 #include "results/rows.h"
+#include "results/statement.h"
 #include "text/datetime.h"
-
-using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
-
-static bool run(sqlite3* handle, const std::string& text) {
-    return sqlite3_exec(handle, text.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK;
-}
-
-static Statement prepare(sqlite3* handle, const std::string& text) {
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(handle, text.c_str(), -1, &statement, nullptr);
-    return {statement, sqlite3_finalize};
-}
 
 void databaseform_writeIdentity(const Model& model, sqlite3* handle) {
     std::string text =
@@ -42,7 +31,7 @@ void databaseform_writeIdentity(const Model& model, sqlite3* handle) {
 }
 
 static bool createOwn(sqlite3* handle, const OwnTable& own) {
-    return run(handle, std::string("create table ") + own.name + " (" + own.shape + ')');
+    return statement_run(handle, (std::string("create table ") + own.name + " (" + own.shape + ')').c_str());
 }
 
 /// A statement that inserts a row of so many values.
@@ -51,7 +40,7 @@ static Statement prepareInsert(sqlite3* handle, const OwnTable& own, int32_t col
     for (int32_t k = 1; k < columns; ++k) {
         text += ",?";
     }
-    return prepare(handle, text + ')');
+    return statement_prepare(handle, text + ')');
 }
 
 static bool insert(sqlite3_stmt* statement) {
@@ -61,7 +50,8 @@ static bool insert(sqlite3_stmt* statement) {
 /// Columns of a table as the database calls them, after those that name object and period. False if that can't be
 /// asked; a table that couldn't be made has none.
 static bool listColumns(sqlite3* handle, int32_t table, std::vector<std::string>& columns) {
-    const Statement statement = prepare(handle, std::string("pragma table_info(") + RowTables[table].name + ')');
+    const Statement statement =
+        statement_prepare(handle, std::string("pragma table_info(") + RowTables[table].name + ')');
     const int32_t first = table == SYSTEM_TABLE ? 1 : 2;
     int32_t result = SQLITE_NOMEM;
     while (statement && (result = sqlite3_step(statement.get())) == SQLITE_ROW) {
@@ -112,7 +102,8 @@ static bool writeUnits(const Model& model, sqlite3* handle) {
 static bool writeDates(const Model& model, sqlite3* handle) {
     const bool isMade = createOwn(handle, DATES_TABLE);
     const Statement statement = prepareInsert(handle, DATES_TABLE, 3);
-    const Statement periods = prepare(handle, std::string("select Period from ") + RowTables[SYSTEM_TABLE].name);
+    const Statement periods =
+        statement_prepare(handle, std::string("select Period from ") + RowTables[SYSTEM_TABLE].name);
     int32_t result = SQLITE_NOMEM;
     while (isMade && statement && periods && (result = sqlite3_step(periods.get())) == SQLITE_ROW) {
         const int32_t period = sqlite3_column_int(periods.get(), 0);
@@ -136,8 +127,9 @@ static bool createIndices(sqlite3* handle) {
         isDone = listColumns(handle, table, columns);
         const std::string name = RowTables[table].name;
         if (isDone && !columns.empty()) {
-            isDone = run(handle, std::string("create index ") + INDEX_PREFIX + name + " on " + name +
-                                     (table == SYSTEM_TABLE ? " (Period)" : " (Name,Period)"));
+            isDone = statement_run(handle, (std::string("create index ") + INDEX_PREFIX + name + " on " + name +
+                                            (table == SYSTEM_TABLE ? " (Period)" : " (Name,Period)"))
+                                               .c_str());
         }
     }
     return isDone;
@@ -147,12 +139,12 @@ bool databaseform_complete(const Model& model, sqlite3* handle, int32_t form, st
     if (!(form & (FORM_INDEX | FORM_UNITS | FORM_DATES))) {
         return true;
     }
-    const bool isDone = run(handle, "BEGIN") && (!(form & FORM_UNITS) || writeUnits(model, handle)) &&
+    const bool isDone = statement_run(handle, "BEGIN") && (!(form & FORM_UNITS) || writeUnits(model, handle)) &&
                         (!(form & FORM_DATES) || writeDates(model, handle)) &&
-                        (!(form & FORM_INDEX) || createIndices(handle)) && run(handle, "COMMIT");
+                        (!(form & FORM_INDEX) || createIndices(handle)) && statement_run(handle, "COMMIT");
     if (!isDone) {
         reason = sqlite3_errmsg(handle);
-        run(handle, "ROLLBACK");
+        statement_run(handle, "ROLLBACK");
     }
     return isDone;
 }

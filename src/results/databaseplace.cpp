@@ -22,14 +22,13 @@
 #include "platform/files.h"
 #include "platform/outputs.h"
 #include "results/rows.h"
+#include "results/statement.h"
 
 namespace fs = std::filesystem;
 
 static constexpr int32_t WAIT = 20;  ///< ms between two looks at a lock
 
 using Handle = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
-using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
-
 // --- places --------------------------------------------------------------------------------------------------------
 
 bool databaseplace_isFile(const std::string& name) {
@@ -73,18 +72,8 @@ void databaseplace_wait(sqlite3* handle, DatabasePatience& patience) {
 
 // --- statements ----------------------------------------------------------------------------------------------------
 
-static bool run(sqlite3* handle, const char* text) {
-    return sqlite3_exec(handle, text, nullptr, nullptr, nullptr) == SQLITE_OK;
-}
-
 static std::string getReason(sqlite3* handle) {
     return sqlite3_errmsg(handle);
-}
-
-static Statement prepare(sqlite3* handle, const std::string& text) {
-    sqlite3_stmt* statement = nullptr;
-    sqlite3_prepare_v2(handle, text.c_str(), -1, &statement, nullptr);
-    return {statement, sqlite3_finalize};
 }
 
 // --- a database aside ----------------------------------------------------------------------------------------------
@@ -92,12 +81,13 @@ static Statement prepare(sqlite3* handle, const std::string& text) {
 /// Takes the lock that the connection keeps until its end, on this file alone. The file that has it must still be the
 /// one of that name: the run before may have put it in place meanwhile.
 static bool lockAside(sqlite3* handle, std::string& reason) {
-    const bool isLocked = run(handle, "pragma main.locking_mode=exclusive") && run(handle, "BEGIN EXCLUSIVE");
+    const bool isLocked =
+        statement_run(handle, "pragma main.locking_mode=exclusive") && statement_run(handle, "BEGIN EXCLUSIVE");
     const int32_t result = sqlite3_errcode(handle);
     int moved = 0;
     if (isLocked) {
         sqlite3_file_control(handle, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
-        run(handle, "COMMIT");
+        statement_run(handle, "COMMIT");
     }
     if (!isLocked || moved != 0) {
         reason = result == SQLITE_BUSY || moved != 0 ? "another run writes it" : getReason(handle);
@@ -108,7 +98,7 @@ static bool lockAside(sqlite3* handle, std::string& reason) {
 
 /// Takes away what a run that was killed has left.
 static bool emptyAside(sqlite3* handle) {
-    const Statement pages = prepare(handle, "pragma page_count");
+    const Statement pages = statement_prepare(handle, "pragma page_count");
     const bool isEmpty = pages && sqlite3_step(pages.get()) == SQLITE_ROW && sqlite3_column_int(pages.get(), 0) == 0;
     if (pages) {
         sqlite3_reset(pages.get());
@@ -117,7 +107,7 @@ static bool emptyAside(sqlite3* handle) {
         return true;
     }
     sqlite3_db_config(handle, SQLITE_DBCONFIG_RESET_DATABASE, 1, nullptr);
-    const bool isReset = run(handle, "vacuum");
+    const bool isReset = statement_run(handle, "vacuum");
     sqlite3_db_config(handle, SQLITE_DBCONFIG_RESET_DATABASE, 0, nullptr);
     return isReset;
 }
@@ -143,7 +133,7 @@ static void dropVain(sqlite3* handle, const std::string& path) {
 }
 
 std::string databaseplace_getEncoding(sqlite3* handle) {
-    const Statement statement = prepare(handle, "pragma main.encoding");
+    const Statement statement = statement_prepare(handle, "pragma main.encoding");
     const bool isTold = statement && sqlite3_step(statement.get()) == SQLITE_ROW;
     const void* text = isTold ? sqlite3_column_text(statement.get(), 0) : nullptr;
     return text ? static_cast<const char*>(text) : "";
@@ -152,7 +142,7 @@ std::string databaseplace_getEncoding(sqlite3* handle) {
 /// Whether the texts of a database are encoded as those of the one that it is put into: SQLite brings no others
 /// together. A file that holds something keeps its encoding for ever, also one that was emptied.
 static bool hasEncoding(sqlite3* handle, const std::string& encoding) {
-    return encoding.empty() || (run(handle, ("pragma main.encoding='" + encoding + "'").c_str()) &&
+    return encoding.empty() || (statement_run(handle, ("pragma main.encoding='" + encoding + "'").c_str()) &&
                                 databaseplace_getEncoding(handle) == encoding);
 }
 
@@ -174,8 +164,8 @@ static sqlite3* openAside(const std::string& path, const std::string& encoding, 
         return nullptr;
     }
     // A journal that is emptied, not only marked as done: nothing of it is left to be taken for that of a later file.
-    if (!run(opened, "pragma main.synchronous=off") || !run(opened, "pragma main.journal_mode=truncate") ||
-        !emptyAside(opened)) {
+    if (!statement_run(opened, "pragma main.synchronous=off") ||
+        !statement_run(opened, "pragma main.journal_mode=truncate") || !emptyAside(opened)) {
         reason = getReason(opened);
         if (wasEmpty) {
             dropVain(opened, path);
@@ -245,7 +235,7 @@ static bool isOwn(const std::string& name) {
 /// memory looks as if it weren't there.
 static bool listTables(sqlite3* handle, std::vector<TableText>& tables) {
     const Statement statement =
-        prepare(handle, "select name, sql from main.sqlite_master where type='table' order by rowid");
+        statement_prepare(handle, "select name, sql from main.sqlite_master where type='table' order by rowid");
     int32_t result = SQLITE_NOMEM;
     while (statement && (result = sqlite3_step(statement.get())) == SQLITE_ROW) {
         const auto* name = reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), 0));
@@ -265,7 +255,7 @@ static bool listTables(sqlite3* handle, std::vector<TableText>& tables) {
 }
 
 static bool attach(sqlite3* handle, const std::string& path) {
-    const Statement statement = prepare(handle, "attach ? as target");
+    const Statement statement = statement_prepare(handle, "attach ? as target");
     return statement && sqlite3_bind_text(statement.get(), 1, path.c_str(), -1, SQLITE_TRANSIENT) == SQLITE_OK &&
            sqlite3_step(statement.get()) == SQLITE_DONE;
 }
@@ -288,7 +278,7 @@ static std::string writeQuestion(const std::string& schema, const OwnTable& own)
 }
 
 static OwnPlace findOwn(sqlite3* handle, const std::string& question) {
-    const Statement statement = prepare(handle, question);
+    const Statement statement = statement_prepare(handle, question);
     if (!statement) {
         return OWN_UNKNOWN;
     }
@@ -302,7 +292,7 @@ static OwnPlace findOwn(sqlite3* handle, const std::string& question) {
 void databaseplace_dropOwn(sqlite3* handle) {
     for (const OwnTable& own : OWN_TABLES) {
         if (findOwn(handle, writeQuestion("main", own)) == OWN_OURS) {
-            run(handle, (std::string("drop table ") + own.name).c_str());
+            statement_run(handle, (std::string("drop table ") + own.name).c_str());
         }
     }
 }
@@ -333,7 +323,7 @@ static void appendCopy(std::string& text, const TableText& table) {
 
 /// False if an index may be missing.
 static bool listIndices(sqlite3* handle, std::vector<OwnText>& indices) {
-    const Statement statement = prepare(
+    const Statement statement = statement_prepare(
         handle, "select name, sql from main.sqlite_master where type='index' and sql is not null order by rowid");
     int32_t result = SQLITE_NOMEM;
     while (statement && (result = sqlite3_step(statement.get())) == SQLITE_ROW) {
@@ -385,17 +375,17 @@ static bool replace(sqlite3* handle, const Replacement& texts) {
             return false;
         }
     }
-    if (!run(handle, texts.tables.c_str())) {
+    if (!statement_run(handle, texts.tables.c_str())) {
         return false;
     }
     for (size_t k = 0; k < places.size(); ++k) {
-        if (places[k] != OWN_TAKEN && !run(handle, texts.own[k].text.c_str())) {
+        if (places[k] != OWN_TAKEN && !statement_run(handle, texts.own[k].text.c_str())) {
             return false;
         }
     }
     return std::all_of(texts.indices.begin(), texts.indices.end(), [&](const OwnText& index) {
         const OwnPlace place = findOwn(handle, index.question);
-        return place == OWN_TAKEN || (place == OWN_FREE && run(handle, index.text.c_str()));
+        return place == OWN_TAKEN || (place == OWN_FREE && statement_run(handle, index.text.c_str()));
     });
 }
 
@@ -418,8 +408,8 @@ static bool replaceTables(sqlite3* handle, const DatabasePlace& place, DatabaseP
     }
     databaseplace_wait(handle, patience);
     // Others can read the target for as long as its pages wait in memory: so many KiB.
-    if (attach(handle, place.target) && run(handle, "pragma target.cache_size=-131072") &&
-        run(handle, "BEGIN IMMEDIATE")) {
+    if (attach(handle, place.target) && statement_run(handle, "pragma target.cache_size=-131072") &&
+        statement_run(handle, "BEGIN IMMEDIATE")) {
         const int32_t left = std::exchange(patience.milliseconds, 0);
         const bool isDone = replace(handle, texts);
         patience.milliseconds = left;
@@ -428,8 +418,8 @@ static bool replaceTables(sqlite3* handle, const DatabasePlace& place, DatabaseP
         }
     }
     reason.assign(sqlite3_errmsg(handle), strnlen(sqlite3_errmsg(handle), 1000));
-    run(handle, "ROLLBACK");
-    run(handle, "detach target");
+    statement_run(handle, "ROLLBACK");
+    statement_run(handle, "detach target");
     return false;
 }
 
@@ -457,7 +447,7 @@ bool databaseplace_settle(sqlite3*& handle, const DatabasePlace& place, Database
     const bool isThere = files_exists(place.target);
     const bool isSettled = isThere ? replaceTables(handle, place, patience, reason) : rename(handle, place, reason);
     if (isSettled && isThere) {
-        run(handle, "detach target");
+        statement_run(handle, "detach target");
         databaseplace_drop(handle, place.aside);
     }
     if (!isSettled && handle) {
@@ -471,7 +461,7 @@ bool databaseplace_settle(sqlite3*& handle, const DatabasePlace& place, Database
 // --- out of a transaction ------------------------------------------------------------------------------------------
 
 static bool copyRows(sqlite3* from, sqlite3* to, const std::string& table) {
-    const Statement rows = prepare(from, "select * from main." + table);
+    const Statement rows = statement_prepare(from, "select * from main." + table);
     if (!rows) {
         return false;
     }
@@ -480,7 +470,7 @@ static bool copyRows(sqlite3* from, sqlite3* to, const std::string& table) {
     for (int32_t k = 1; k < columns; ++k) {
         text += ",?";
     }
-    const Statement insert = prepare(to, text + ')');
+    const Statement insert = statement_prepare(to, text + ')');
     int32_t result = SQLITE_DONE;
     while (insert && result == SQLITE_DONE && (result = sqlite3_step(rows.get())) == SQLITE_ROW) {
         for (int32_t k = 0; k < columns; ++k) {
@@ -494,14 +484,14 @@ static bool copyRows(sqlite3* from, sqlite3* to, const std::string& table) {
 
 static bool copyTables(sqlite3* from, sqlite3* to) {
     std::vector<TableText> tables;
-    bool isCopied = listTables(from, tables) && run(to, "BEGIN");
+    bool isCopied = listTables(from, tables) && statement_run(to, "BEGIN");
     for (const TableText& table : tables) {
         if (isOwn(table.name)) {
             continue;  // of another run, or of somebody else
         }
-        isCopied = isCopied && run(to, table.sql.c_str()) && copyRows(from, to, table.name);
+        isCopied = isCopied && statement_run(to, table.sql.c_str()) && copyRows(from, to, table.name);
     }
-    return isCopied && run(to, "COMMIT") && sync(to);
+    return isCopied && statement_run(to, "COMMIT") && sync(to);
 }
 
 bool databaseplace_copyAside(sqlite3* handle, const DatabasePlace& place, std::string& reason) {

@@ -13,10 +13,6 @@
 #include "model/warnings.h"
 #include "text/units.h"
 
-static std::string format(double value) {
-    return warnings_formatNumber(value);
-}
-
 // --- duration ------------------------------------------------------------------------------------------------------
 
 static void reviewDuration(const Model& model) {
@@ -25,7 +21,7 @@ static void reviewDuration(const Model& model) {
     const double seconds = options.totalDuration / MS_PER_SECOND;
     const double years = seconds / SECONDS_PER_DAY / DAYS_PER_YEAR;
     if (years > LONGEST) {
-        warnings_addAboutAll(model, WARN_DURATION_LONG, {format(std::round(years))});
+        warnings_addAboutAll(model, WARN_DURATION_LONG, {warnings_formatNumber(std::round(years))});
     }
     const double exact = (options.endDateTime - options.startDateTime) * SECONDS_PER_DAY;
     const double meant = std::round(exact);
@@ -36,7 +32,8 @@ static void reviewDuration(const Model& model) {
     }
     if (const double rest = std::fmod(seconds, options.routingStep); rest > 0.0) {
         warnings_addAboutAll(model, WARN_STEP_LAST,
-                             {format(options.routingStep), std::to_string(std::llround(seconds)), format(rest)});
+                             {warnings_formatNumber(options.routingStep), std::to_string(std::llround(seconds)),
+                              warnings_formatNumber(rest)});
     }
 }
 
@@ -45,7 +42,8 @@ static void reviewDuration(const Model& model) {
 static void reviewReport(const Model& model) {
     const Options& options = model.options;
     if (options.reportStep % options.routingStep != 0) {
-        warnings_addAboutAll(model, WARN_STEP_REPORT, {format(options.reportStep), format(options.routingStep)});
+        warnings_addAboutAll(model, WARN_STEP_REPORT,
+                             {warnings_formatNumber(options.reportStep), warnings_formatNumber(options.routingStep)});
     }
 }
 
@@ -57,9 +55,10 @@ static void reviewRunoff(const Model& model) {
     if (step.seconds >= model.options.routingStep) {
         return;
     }
-    const std::string seconds = format(step.seconds), routing = format(model.options.routingStep);
+    const std::string seconds = warnings_formatNumber(step.seconds),
+                      routing = warnings_formatNumber(model.options.routingStep);
     if (step.subcatch >= 0) {
-        const std::string time = format(std::floor(step.flowTime));
+        const std::string time = warnings_formatNumber(std::floor(step.flowTime));
         warnings_addAbout(
             model, WARN_STEP_RUNOFF, SUBCATCH, step.subcatch, model.subcatches[step.subcatch].name,
             {seconds, routing, "a sheet of 0.1 m passes this land, the last of the file, in " + time + " s"});

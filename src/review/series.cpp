@@ -18,10 +18,6 @@
 #include "text/datetime.h"
 #include "text/units.h"
 
-static std::string format(double value) {
-    return warnings_formatNumber(value);
-}
-
 static std::string formatDate(DateTime date) {
     char text[DATE_TIME_TEXT_SIZE];
     datetime_formatDateTime(date, text);
@@ -52,14 +48,17 @@ static void reviewRain(const Model& model, const Gage& gage) {
     const SeriesSummary& summary = model.timeSeries[gage.series].summary;
     const bool isRate = gage.format == RAIN_INTENSITY;
     if (summary.smallest < 0.0) {
-        tellSeries(model, WARN_RAIN_NEGATIVE, gage.series, {format(summary.smallest) + (isRate ? " mm/h" : " mm")});
+        tellSeries(model, WARN_RAIN_NEGATIVE, gage.series,
+                   {warnings_formatNumber(summary.smallest) + (isRate ? " mm/h" : " mm")});
     }
     const double depth = isRate ? summary.largest * gage.interval / SECONDS_PER_HOUR : summary.largest;
     const double record = RECORD * std::sqrt(gage.interval / SECONDS_PER_MINUTE);
     if (depth > record) {
-        tellSeries(model, WARN_RAIN_HIGH, gage.series, {format(depth), format(gage.interval), format(record)});
+        tellSeries(model, WARN_RAIN_HIGH, gage.series,
+                   {warnings_formatNumber(depth), warnings_formatNumber(gage.interval), warnings_formatNumber(record)});
     } else if (depth > UNUSUAL * record) {
-        tellSeries(model, WARN_RAIN_UNUSUAL, gage.series, {format(depth), format(gage.interval)});
+        tellSeries(model, WARN_RAIN_UNUSUAL, gage.series,
+                   {warnings_formatNumber(depth), warnings_formatNumber(gage.interval)});
     }
 }
 
@@ -68,7 +67,7 @@ static void reviewInterval(const Model& model, int32_t index, const Gage& gage) 
     const double gap = model.timeSeries[gage.series].summary.wetGap * SECONDS_PER_DAY;
     if (std::isfinite(gap) && std::fabs(gap - gage.interval) > NEAR) {
         warnings_addAbout(model, WARN_GAGE_INTERVAL, GAGE, index, gage.name,
-                          {format(std::round(gap)), format(gage.interval)});
+                          {warnings_formatNumber(std::round(gap)), warnings_formatNumber(gage.interval)});
     }
 }
 
@@ -97,14 +96,14 @@ static void reviewEnds(const Model& model, int32_t series) {
     if (summary.first.date > start && summary.first.value != 0.0) {
         tellSeries(model, WARN_SERIES_SHORT, series,
                    {"begins at " + formatDate(summary.first.date) + ", after the start of the run, with " +
-                    format(summary.first.value)});
+                    warnings_formatNumber(summary.first.value)});
     }
     if (summary.last.date < end && summary.last.value != 0.0) {
         tellSeries(model, WARN_SERIES_SHORT, series,
                    {"ends at " + formatDate(summary.last.date) + ", before the end of the run, with " +
-                    format(summary.last.value)});
+                    warnings_formatNumber(summary.last.value)});
     } else if (summary.last.date == end && summary.last.value != 0.0) {
-        tellSeries(model, WARN_SERIES_LAST, series, {format(summary.last.value)});
+        tellSeries(model, WARN_SERIES_LAST, series, {warnings_formatNumber(summary.last.value)});
     }
 }
 
@@ -115,7 +114,7 @@ static void reviewFlow(const Model& model, int32_t index, const ExtInflow& recor
     const double b = record.baseline + record.scale * summary.smallest;
     const double most = std::fabs(a) > std::fabs(b) ? a : b;
     if (std::fabs(most) > LARGEST) {
-        warnings_addAbout(model, WARN_SERIES_FLOW, NODE, index, model.nodes[index].id, {format(most)});
+        warnings_addAbout(model, WARN_SERIES_FLOW, NODE, index, model.nodes[index].id, {warnings_formatNumber(most)});
     }
 }
 
@@ -128,7 +127,7 @@ static bool hasSteadyFlow(const Node& node) {
     return record && record->baseline != 0.0;
 }
 
-static void reviewInflows(const Model& model) {
+static void reviewInflowSeries(const Model& model) {
     Table<uint8_t> isReviewed = table_make(model.timeSeries.size(), uint8_t{0});
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         for (const ExtInflow* record = model.nodes[k].extInflow; record; record = record->next) {
@@ -159,7 +158,7 @@ static void reviewPattern(const Model& model, int32_t index, const Pattern& patt
         sum += factor;
     }
     if (const double mean = sum / PATTERN_SIZE; mean < SMALLEST || mean > LARGEST) {
-        warnings_addAbout(model, WARN_PATTERN_MEAN, PATTERN, index, pattern.id, {format(mean)});
+        warnings_addAbout(model, WARN_PATTERN_MEAN, PATTERN, index, pattern.id, {warnings_formatNumber(mean)});
     }
 }
 
@@ -174,7 +173,7 @@ void series_review(const Model& model) {
     }
     if (std::any_of(model.timeSeries.begin(), model.timeSeries.end(),
                     [](const Series& series) { return series.isUsedByInflow; })) {
-        reviewInflows(model);
+        reviewInflowSeries(model);
     }
     for (int32_t k = 0; k < model.patterns.size(); ++k) {
         reviewPattern(model, k, model.patterns[k]);

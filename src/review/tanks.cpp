@@ -19,10 +19,6 @@
 #include "nodes/outlets.h"
 #include "nodes/tank.h"
 
-static std::string format(double value) {
-    return warnings_formatNumber(value);
-}
-
 /// A link as it is when it is fully open, or runs.
 static Link openLink(const Link& link) {
     Link open = link;
@@ -60,13 +56,15 @@ static void reviewEmptying(const Model& model, int32_t index, const Tank& tank) 
     }
     const double whole = tank_getVolume(model, tank, tank.maxDepth);
     if (whole == 0.0) {
-        warnings_addAbout(model, WARN_TANK_VOLUME, NODE, index, model.nodes[index].id, {format(tank.maxDepth)});
+        warnings_addAbout(model, WARN_TANK_VOLUME, NODE, index, model.nodes[index].id,
+                          {warnings_formatNumber(tank.maxDepth)});
     }
     const double volume = whole - tank_getVolume(model, tank, lowest);
     if (flow * dt > volume && volume > 0.0) {
         warnings_addAbout(model, WARN_STEP_TANK, NODE, index, model.nodes[index].id,
-                          {format(dt), "at full depth its outlets take " + format(flow) + " m3/s of the " +
-                                           format(volume) + " m3 above the lowest of them"});
+                          {warnings_formatNumber(dt), "at full depth its outlets take " + warnings_formatNumber(flow) +
+                                                          " m3/s of the " + warnings_formatNumber(volume) +
+                                                          " m3 above the lowest of them"});
     }
 }
 
@@ -92,7 +90,7 @@ static void reviewLastStep(const Model& model, int32_t node, const Tank& tank, i
     const double depth = curve_inverseLookup(*curve, left);
     if (!doesAnyPumpRun(model, node, depth)) {
         warnings_addAbout(model, WARN_PUMP_LOST, LINK, index, model.links[index].id,
-                          {format(pump.shutoffDepth), format(depth)});
+                          {warnings_formatNumber(pump.shutoffDepth), warnings_formatNumber(depth)});
     }
 }
 
@@ -114,7 +112,7 @@ static void reviewPump(const Model& model, int32_t node, const Tank& tank, int32
     const Pump& pump = model.pumps[link.kindIndex];
     if (pump.startupDepth < tank.maxDepth && !mayDeliver(model, tank, link, pump)) {
         warnings_addAbout(model, WARN_PUMP_IDLE, LINK, index, link.id,
-                          {format(pump.shutoffDepth), format(tank.maxDepth)});
+                          {warnings_formatNumber(pump.shutoffDepth), warnings_formatNumber(tank.maxDepth)});
     }
     if (!(pump.shutoffDepth > 0.0)) {
         return;
@@ -128,9 +126,11 @@ static void reviewPump(const Model& model, int32_t node, const Tank& tank, int32
     const double volume =
         tank_getVolume(model, tank, pump.startupDepth) - tank_getVolume(model, tank, pump.shutoffDepth);
     if (volume < flow * dt) {
-        warnings_addAbout(model, WARN_STEP_PUMP, LINK, index, link.id, {format(volume), format(flow * dt), format(dt)});
+        warnings_addAbout(model, WARN_STEP_PUMP, LINK, index, link.id,
+                          {warnings_formatNumber(volume), warnings_formatNumber(flow * dt), warnings_formatNumber(dt)});
     } else if (4.0 * volume < SHORTEST_CYCLE * flow) {
-        warnings_addAbout(model, WARN_PUMP_CYCLE, LINK, index, link.id, {format(volume), format(4.0 * volume / flow)});
+        warnings_addAbout(model, WARN_PUMP_CYCLE, LINK, index, link.id,
+                          {warnings_formatNumber(volume), warnings_formatNumber(4.0 * volume / flow)});
     }
 }
 
@@ -166,8 +166,9 @@ static void reviewLevels(const Model& model, int32_t node, int32_t kind) {
     for (size_t k = 1; k < levels.size(); ++k) {
         if (levels[k] - levels[k - 1] <= SAME_LEVEL) {
             const char* kindWord = kind == WEIR ? "weir" : "orifice";
-            warnings_addAbout(model, WARN_OUTLET_ORDER, NODE, node, model.nodes[node].id,
-                              {kindWord, format(levels[k]), first > levels[k] ? "above it" : "at it or below"});
+            warnings_addAbout(
+                model, WARN_OUTLET_ORDER, NODE, node, model.nodes[node].id,
+                {kindWord, warnings_formatNumber(levels[k]), first > levels[k] ? "above it" : "at it or below"});
             return;
         }
     }
@@ -179,7 +180,8 @@ static void reviewHeights(const Model& model, const Tank& tank, int32_t index) {
     const double height = isPump ? model.pumps[link.kindIndex].startupDepth : getLowest(model, link);
     if (tank.maxDepth > 0.0 && height >= tank.maxDepth) {
         warnings_addAbout(model, WARN_OUTLET_HIGH, LINK, index, link.id,
-                          {isPump ? "the start-up depth" : "the crest", format(height), format(tank.maxDepth)});
+                          {isPump ? "the start-up depth" : "the crest", warnings_formatNumber(height),
+                           warnings_formatNumber(tank.maxDepth)});
     }
 }
 
@@ -191,7 +193,7 @@ static void reviewTank(const Model& model, int32_t index, const Tank& tank) {
     }
     if (tank.initDepth > tank.maxDepth) {
         warnings_addAbout(model, WARN_TANK_START, NODE, index, model.nodes[index].id,
-                          {format(tank.initDepth), format(tank.maxDepth)});
+                          {warnings_formatNumber(tank.initDepth), warnings_formatNumber(tank.maxDepth)});
     }
     reviewLevels(model, index, ORIFICE);
     reviewLevels(model, index, WEIR);

@@ -138,7 +138,7 @@ static void markStores(const Model& model, Served& patterns) {
     }
 }
 
-static void reviewPatterns(const Model& model) {
+static void reviewPatternUse(const Model& model) {
     Served patterns = makeServed(model.patterns.size());
     for (int32_t k = 0; k < model.nodes.size() && !patterns.isComplete(); ++k) {
         for (const DwfInflow* record = model.nodes[k].dwfInflow; record; record = record->next) {
@@ -268,7 +268,7 @@ static void reviewPollutants(const Model& model) {
 void usage_review(const Model& model) {
     reviewGages(model);
     reviewSeries(model);
-    reviewPatterns(model);
+    reviewPatternUse(model);
     reviewCurves(model);
     reviewLanduses(model);
     reviewLids(model);

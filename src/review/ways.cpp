@@ -242,7 +242,7 @@ static void reviewFilling(const Model& model, int32_t index, const Tank& tank) {
     }
 }
 
-static void reviewInflows(const Model& model) {
+static void reviewInflowsOnTheirWay(const Model& model) {
     const Table<uint8_t> isFed = markFed(model);
     for (int32_t k = 0; k < model.nodes.size(); ++k) {
         const Node& node = model.nodes[k];
@@ -272,5 +272,5 @@ void ways_review(const Model& model) {
     if (isAnyLagged) {
         reviewLoops(model);
     }
-    reviewInflows(model);
+    reviewInflowsOnTheirWay(model);
 }

@@ -31,7 +31,7 @@ static void padVisitLinks(Table<VisitLink>& visitLinks) {
 
 /// Lists the visits in the order of the nodes. A node that the order never reached is left out, and node 0 is visited
 /// in its place once more.
-static void listVisits(Model& model) {
+static void listInOrder(Model& model) {
     visits_close(model);
     model.visits.reserve(model.nodes.size());
     model.incomingVisits.reserve(model.links.size());
@@ -201,7 +201,7 @@ static bool isStraight(const Model& model) {
 }
 
 void visits_open(Model& model) {
-    listVisits(model);
+    listInOrder(model);
     model.isOrderStraight = isStraight(model);
     notePlaces(model);
     placeDeliveries(model);
