@@ -11,6 +11,7 @@ from numpy.typing import NDArray
 
 from . import measures
 from ._dates import DurationLike
+from ._engines import Engines
 from ._parameters import Bounds, Parameters, name_of, places_of, series_of, split_result
 from ._places import PathLike
 from ._search import WORST, Enough, search
@@ -34,7 +35,7 @@ class Fit:
 
     def __init__(self, parameters: Parameters, out: Path) -> None:
         self._parameters = parameters
-        self._engines: Optional[PathLike] = None
+        self._engines: Optional[Engines] = None
         self._means_over: Optional[DurationLike] = None
         self._at_least = 2
         self.out = out
@@ -96,7 +97,7 @@ def fit(project: Any, parameters: Mapping[str, Bounds], measured: Union[Mapping[
         settings: Optional[Mapping[str, Any]] = None, method: Any = None, optimiser: str = "scipy",
         population: Optional[int] = None, max_trials: int = 500, tolerance: float = 1e-4, seed: int = 0,
         keep: bool = False, progress: Optional[Callable[[int, float], None]] = None,
-        engines: Optional[PathLike] = None, **ensemble_options: Any) -> Fit:
+        engines: Optional[Engines] = None, **ensemble_options: Any) -> Fit:
     """Fits parameters of a project to measured series.
 
         fit = tv.fit("town.inp", {"subcatchment/*/impervious_share": tv.Factor(0.5, 1.5, most=100),
