@@ -1,8 +1,8 @@
 """What packages are made of: versions, commit, words for shells and manual, and the wheel.
 
-    packages_test.py Versions|Commit|Words|Wheel
+    packages_test.py Versions|Commit|Words|PlantWords|Wheel
 
-PROGRAM, LIBRARY and CMAKE of the environment name those of the build.
+PROGRAM, LIBRARY, PLANT and CMAKE of the environment name those of the build.
 """
 import base64
 import hashlib
@@ -138,17 +138,21 @@ class Commit(InFolder):
         self.assertEqual(header.stat().st_mtime, 1)
 
 
-class Words(InFolder):
+class InShell(InFolder):
+    """A test of what shells know."""
+
+    def complete(self, *words):
+        script = 'source "$0/$1.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _${1//-/_}; ' \
+                 'printf "%s\\n" "${COMPREPLY[@]}"'
+        return run("bash", "-c", script, self.folder, *words, cwd=self.folder).split()
+
+
+class Words(InShell):
     """Completions and the page of the manual are whole."""
 
     def setUp(self):
         super().setUp()
         run(sys.executable, PACKAGING / "write-words.py", os.environ["PROGRAM"], self.folder)
-
-    def complete(self, *words):
-        script = 'source "$0/tarnvelde.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _tarnvelde; ' \
-                 'printf "%s\\n" "${COMPREPLY[@]}"'
-        return run("bash", "-c", script, self.folder, *words, cwd=self.folder).split()
 
     def test_bash_completes_commands(self):
         self.assertEqual(self.complete("tarnvelde", "re"), ["results", "report"])
@@ -185,6 +189,41 @@ class Words(InFolder):
         page = (self.folder / "tarnvelde.1").read_text(encoding="utf-8")
         self.assertIn("\n\\fB\\-\\-until\\fR \\fIDATE\\fR\nStop at this date", page)
         self.assertIn("\n\\fB\\-\\-summary\\fR\nMinimum, mean", page)
+
+
+class PlantWords(InShell):
+    """Those of the program for treatment plants."""
+
+    def setUp(self):
+        super().setUp()
+        run(sys.executable, PACKAGING / "write-words.py", os.environ["PROGRAM"], self.folder, os.environ["PLANT"])
+
+    def test_files_of_the_other_program_are_the_same(self):
+        run(sys.executable, PACKAGING / "write-words.py", os.environ["PROGRAM"], self.folder / "alone")
+        for file in sorted((self.folder / "alone").iterdir()):
+            self.assertEqual((self.folder / file.name).read_bytes(), file.read_bytes())
+
+    def test_each_command_and_option_of_plants_is_everywhere(self):
+        page = (self.folder / "tarnvelde-plant.1").read_text(encoding="utf-8").replace("\\-", "-")
+        zsh = (self.folder / "_tarnvelde-plant").read_text(encoding="utf-8")
+        fish = (self.folder / "tarnvelde-plant.fish").read_text(encoding="utf-8")
+        forms = re.findall(r"^tarnvelde-plant (\w+) (.*)$", run(os.environ["PLANT"], "--help"), re.MULTILINE)
+        self.assertEqual([name for name, _ in forms], ["check", "steady", "run", "matrix"])
+        self.assertEqual(self.complete("tarnvelde-plant", ""), ["check", "steady", "run", "matrix", "--help"])
+        for name, form in forms:
+            self.assertIn(f".B tarnvelde-plant {name}\n{form}\n", page)
+            self.assertIn(f"\n\\fB{name}\\fR {form}\n", page)
+            self.assertIn(f"        '{name}:", zsh)
+            self.assertIn(f"-a {name} -d ", fish)
+            options = re.findall(r"--[a-z]+", form)
+            self.assertEqual(self.complete("tarnvelde-plant", name, "--"), options)
+            for option in options:
+                self.assertIn(f"'*{option}", zsh.split(f"        {name})\n")[1].split(";;")[0])
+                self.assertIn(f"_from {name}' -l {option[2:]}", fish)
+
+    def test_bash_completes_files_of_plants(self):
+        (self.folder / "town.sti").touch()
+        self.assertEqual(self.complete("tarnvelde-plant", "run", "tow"), ["town.sti"])
 
 
 class Wheel(InFolder):
@@ -230,6 +269,20 @@ class Wheel(InFolder):
         with zipfile.ZipFile(wheel) as archive:
             self.assertEqual(archive.read("tarnvelde/lib/tarnvelde.dll"), b"MZ")
             self.assertIn(b"\nTag: py3-none-win_amd64\n", archive.read(f"tarnvelde-{VERSION}.dist-info/WHEEL"))
+
+    def test_takes_engines_with_it(self):
+        engines = self.folder / "engines"
+        for name in ("vorn.dll", "nested/libswmm5ex.so", "nested/notes.txt", "tarnvelde.dll"):
+            (engines / name).parent.mkdir(parents=True, exist_ok=True)
+            (engines / name).write_bytes(name.encode())
+        library = engines / "tarnvelde.dll"
+        wheel = self.make("windows", "--library", library, "--tag", "win_amd64", "--engines", engines)
+        with zipfile.ZipFile(wheel) as archive:
+            names = [name for name in archive.namelist() if name.startswith("tarnvelde/lib/")]
+            self.assertEqual(names, ["tarnvelde/lib/tarnvelde.dll",
+                                     "tarnvelde/lib/tarnvelde/engines/nested/libswmm5ex.so",
+                                     "tarnvelde/lib/tarnvelde/engines/vorn.dll"])
+            self.assertEqual(archive.read(names[1]), b"nested/libswmm5ex.so")
 
     def test_runs_as_the_program_does(self):
         wheel = self.make("one", "--library", os.environ["LIBRARY"], date="1")
