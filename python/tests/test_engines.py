@@ -13,17 +13,6 @@ import tarnvelde as tv
 from tarnvelde import _engines
 
 SWMM, PLANT = "libswmm5ex.so", "libvorn.so"
-PERIOD = "[GENERAL]\nSTART_DATE 2021/06/01\nEND_DATE 2021/06/02\nROUTING_STEP 0:15:00\nRUNOFF_STEP 0:15:00\n" \
-         "REPORT_STEP 0:15:00\n"
-TOWN = PERIOD + "[JUNCTIONS]\nMARKET\n[OUTFALLS]\nGATE\n[CONNECTIONS]\nSTREET MARKET GATE NO 0\n[POLLUTANTS]\nCOD 0\n" \
-                "[DWFS]\nMARKET FLOW 0.024 \"\"\nMARKET COD 480 \"\"\n"
-REGION = PERIOD + "[OUTFALLS]\nRIVER\nMUD\n[SWMM_INPS]\nTOWN town.inp NO\nOUTFLOW GATE SEWER\n" \
-    "[VORN_INPS]\nWORKS works.sti NO\nINFLUENT RAW SEWER INTO\nEFFLUENT CLEAR OUT FROM\nEFFLUENT SLUDGE DOWN FROM\n" \
-    "[CONNECTIONS]\nSEWER TOWN WORKS NO 900\nOUT WORKS RIVER NO 900\nDOWN WORKS MUD NO 900\n[POLLUTANTS]\nCOD 0\n" \
-    "[CONVERTERS]\nINTO VORN_INFLUENT\nINTO COD POLLUTANT COD 1\nINTO NH4 CONSTANT 32 1\nINTO NO3 CONSTANT 0 1\n" \
-    "INTO TP CONSTANT 7 1\nINTO TSS POLLUTANT COD 0.4\nINTO ALK CONSTANT 350 1\nFROM VORN_EFFLUENT\n" \
-    "FROM COD POLLUTANT S_F 1\nFROM COD POLLUTANT S_I 1\n"
-
 needs_plant = pytest.mark.skipif(not (BUILD / "engines" / "plant" / PLANT).exists(), reason="SUNDIALS isn't there")
 
 
@@ -31,11 +20,9 @@ needs_plant = pytest.mark.skipif(not (BUILD / "engines" / "plant" / PLANT).exist
 def region(tmp_path):
     """A project with a project and a treatment plant inside its nodes."""
     folder = tmp_path / "region"
-    folder.mkdir()
+    shutil.copytree(ROOT / "tests" / "package" / "region", folder)
     plant = (ROOT / "engines" / "plant" / "examples" / "plant-10000.sti").read_text()
     (folder / "works.sti").write_text(plant.replace("END          2021/06/15", "END 2021/06/02"))
-    (folder / "town.inp").write_text(TOWN)
-    (folder / "region.inp").write_text(REGION)
     return folder / "region.inp"
 
 
