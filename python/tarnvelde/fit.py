@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import json
+import os
 from pathlib import Path
 from typing import Any, Callable, Dict, List, Mapping, Optional, Tuple, Union
 
@@ -246,7 +247,8 @@ class _Log:
             if badness < self._best[0]:
                 self._best, self._best_point, self._best_series = (badness, number), point, trial.found[1]
         self._generation += 1
-        write_text(self._out / "trials.csv", self._frame().to_csv())
+        # pandas ends lines by the habit of the system
+        write_text(self._out / "trials.csv", self._frame().to_csv().replace(os.linesep, "\n"))
         if self._progress is not None:
             self._progress(len(self._rows), self._goal.value(self._best[0]) if self._best[1] >= 0 else float("nan"))
         if len(allowed) < len(points):
