@@ -1,8 +1,8 @@
 """What packages are made of: versions, commit, words for shells and manual, and the wheel.
 
-    packages_test.py Versions|Commit|Words|PlantWords|Wheel
+    packages_test.py Versions|Commit|Words|PlantWords|Wheel|WindowsWheel
 
-PROGRAM, LIBRARY, PLANT and CMAKE of the environment name those of the build.
+PROGRAM, LIBRARY, PLANT and CMAKE of the environment name those of the build, WHEEL that for Windows.
 """
 import base64
 import hashlib
@@ -226,6 +226,18 @@ class PlantWords(InShell):
         self.assertEqual(self.complete("tarnvelde-plant", "run", "tow"), ["town.sti"])
 
 
+def check_record(test, wheel):
+    """The list of its files that a wheel holds, with their sums."""
+    lines = wheel.read(f"tarnvelde-{VERSION}.dist-info/RECORD").decode().splitlines()
+    record = dict(line.split(",", 1) for line in lines)
+    test.assertEqual(sorted(record), sorted(wheel.namelist()))
+    for name in wheel.namelist():
+        if not name.endswith("/RECORD"):
+            data = wheel.read(name)
+            digest = base64.urlsafe_b64encode(hashlib.sha256(data).digest()).decode().rstrip("=")
+            test.assertEqual(record[name], f"sha256={digest},{len(data)}", name)
+
+
 class Wheel(InFolder):
     """The wheel is what it says, and runs where it is installed."""
 
@@ -244,14 +256,7 @@ class Wheel(InFolder):
 
     def test_records_each_file(self):
         with zipfile.ZipFile(self.make("one", "--library", os.environ["LIBRARY"])) as wheel:
-            lines = wheel.read(f"tarnvelde-{VERSION}.dist-info/RECORD").decode().splitlines()
-            record = dict(line.split(",", 1) for line in lines)
-            self.assertEqual(sorted(record), sorted(wheel.namelist()))
-            for name in wheel.namelist():
-                if not name.endswith("/RECORD"):
-                    data = wheel.read(name)
-                    digest = base64.urlsafe_b64encode(hashlib.sha256(data).digest()).decode().rstrip("=")
-                    self.assertEqual(record[name], f"sha256={digest},{len(data)}", name)
+            check_record(self, wheel)
             inside = wheel.read(f"tarnvelde/lib/libtarnvelde.so.{MAJOR}")
         self.assertEqual(inside, Path(os.environ["LIBRARY"]).read_bytes())
 
@@ -306,6 +311,64 @@ class Wheel(InFolder):
         told = run(sys.executable, "-m", "pip", "show", "tarnvelde", env={**surrounding, "PYTHONPATH": str(place)})
         self.assertIn(f"Version: {VERSION}\n", told)
         self.assertIn("Requires: numpy, pandas\n", told)
+
+
+class WindowsWheel(InFolder):
+    """The wheel for Windows, as scripts/build-windows.sh has made it."""
+
+    def setUp(self):
+        super().setUp()
+        self.wheel = zipfile.ZipFile(os.environ["WHEEL"])
+        self.addCleanup(self.wheel.close)
+
+    def list_library(self, name, *words):
+        """What objdump says of a library in the wheel."""
+        file = self.folder / Path(name).name
+        file.write_bytes(self.wheel.read(name))
+        return run("x86_64-w64-mingw32-objdump", *words, file)
+
+    def test_is_for_any_python_on_windows(self):
+        name = f"tarnvelde-{VERSION}-py3-none-win_amd64.whl"
+        self.assertEqual(Path(os.environ["WHEEL"]).name, name)
+        lines = self.wheel.read(f"tarnvelde-{VERSION}.dist-info/WHEEL").decode().splitlines()
+        self.assertIn("Tag: py3-none-win_amd64", lines)
+        self.assertIn("Root-Is-Purelib: false", lines)
+
+    def test_records_each_file(self):
+        check_record(self, self.wheel)
+        self.assertIsNone(self.wheel.testzip())
+
+    def test_has_the_same_package_as_the_wheel_for_linux(self):
+        run(sys.executable, PACKAGING / "make-wheel.py", "--output", self.folder, "--library", os.environ["LIBRARY"])
+        with zipfile.ZipFile(next(self.folder.glob("*.whl"))) as linux:
+            own, other = ({name: wheel.read(name) for name in wheel.namelist() if not name.startswith("tarnvelde/lib/")
+                           and not name.endswith(("/WHEEL", "/RECORD"))} for wheel in (self.wheel, linux))
+        self.assertEqual(own, other)
+
+    def test_pip_takes_it_for_windows_and_for_nothing_else(self):
+        words = ("-m", "pip", "install", "--quiet", "--no-deps", "--no-index", "--target", self.folder / "place")
+        run(sys.executable, *words, "--platform", "win_amd64", "--only-binary=:all:", os.environ["WHEEL"])
+        self.assertTrue((self.folder / "place" / "tarnvelde" / "lib" / "tarnvelde.dll").exists())
+        with self.assertRaisesRegex(AssertionError, "not a supported wheel on this platform"):
+            run(sys.executable, *words, os.environ["WHEEL"])
+
+    def test_libraries_are_64_bit_and_need_those_of_the_system_alone(self):
+        libraries = [name for name in self.wheel.namelist() if name.startswith("tarnvelde/lib/")]
+        self.assertEqual(libraries, ["tarnvelde/lib/tarnvelde.dll", "tarnvelde/lib/tarnvelde/engines/swmm5ex.dll",
+                                     "tarnvelde/lib/tarnvelde/engines/vorn.dll"])
+        for name in libraries:
+            head = self.list_library(name, "-f", "-p")
+            self.assertIn("file format pei-x86-64", head)
+            self.assertRegex(head, r"Magic\s+020b\s+\(PE32\+\)")
+            needed = {text.lower() for text in re.findall(r"DLL Name: (\S+)", head)}
+            self.assertLessEqual({"kernel32.dll"}, needed)
+            self.assertLessEqual(needed, {"kernel32.dll", "msvcrt.dll", "user32.dll", "advapi32.dll"}, name)
+
+    def test_library_shows_what_that_for_linux_shows(self):
+        table = self.list_library("tarnvelde/lib/tarnvelde.dll", "-p").split("[Ordinal/Name Pointer] Table")[1]
+        shown = re.findall(r"^\s+\[ *\d+\](?: \+base\[ *\d+\])?\s+(?:[0-9a-f]+ )?(\S+)$", table.split("\n\n")[0], re.M)
+        listed = re.findall(r"^ (\S+)@Base", read(f"packaging/debian/libtarnvelde{MAJOR}.symbols"), re.MULTILINE)
+        self.assertEqual(sorted(shown), sorted(listed))
 
 
 if __name__ == "__main__":
