@@ -364,6 +364,23 @@ class WindowsWheel(InFolder):
             self.assertLessEqual({"kernel32.dll"}, needed)
             self.assertLessEqual(needed, {"kernel32.dll", "msvcrt.dll", "user32.dll", "advapi32.dll"}, name)
 
+    def test_structures_have_the_places_that_python_takes_them_to_have(self):
+        self.wheel.extractall(self.folder)
+        code = ("import ctypes, sys, types; p = sys.modules['tarnvelde'] = types.ModuleType('tarnvelde')\n"
+                "p.__path__ = ['tarnvelde']; from tarnvelde import _header\n"
+                "for made in vars(_header).values():\n"
+                "    if isinstance(made, type) and issubclass(made, ctypes.Structure):\n"
+                "        name = made.__doc__.split('`')[1]\n"
+                "        print(f'_Static_assert(sizeof({name}) == {ctypes.sizeof(made)}, \"{name}\");')\n"
+                "        for field, *_ in made._fields_:\n"
+                "            place = getattr(made, field).offset\n"
+                "            print(f'_Static_assert(offsetof({name}, {field}) == {place}, \"{field}\");')\n")
+        tests = run(sys.executable, "-c", code, cwd=self.folder)
+        self.assertGreater(tests.count("sizeof"), 4)
+        source = self.folder / "places.c"
+        source.write_text(f"#include <stddef.h>\n#include <tarnvelde_model.h>\n{tests}", encoding="utf-8")
+        run("x86_64-w64-mingw32-gcc-posix", "-std=c11", "-fsyntax-only", f"-I{ROOT / 'include'}", source)
+
     def test_library_shows_what_that_for_linux_shows(self):
         table = self.list_library("tarnvelde/lib/tarnvelde.dll", "-p").split("[Ordinal/Name Pointer] Table")[1]
         shown = re.findall(r"^\s+\[ *\d+\](?: \+base\[ *\d+\])?\s+(?:[0-9a-f]+ )?(\S+)$", table.split("\n\n")[0], re.M)
