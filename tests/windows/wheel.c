@@ -64,6 +64,7 @@ int wmain(int count, wchar_t** words) {
     CALL(tv_open, model, encode(words[4]), encode(words[5]));
     CALL(tv_start, model, encode(words[6]), NULL);
     CALL(tv_runUntil, model, TV_END);
+    CALL(tv_report, model);
     CALL(tv_end, model);
     CALL(tv_close, model);
     CALL(tv_free, model);
