@@ -86,6 +86,7 @@ build_tar() {
     mkdir -p "$share/python" "$share/engines"
     cp -R "$tree"/{README.md,CHANGELOG.md,SECURITY.md,CITATION.cff,docs,examples} "$tree/packaging/third-party.txt" \
         "$share"
+    rm -r "$share/docs/site" # what pages for a browser are made with
     cp -R "$tree"/engines/{trial,nested,plant} "$share/engines/"
     cp -R "$tree"/python/{README.md,notebooks} "$share/python/"
     [ ! -d "$tree/manual-html" ] || cp -R "$tree/manual-html" "$share/html"

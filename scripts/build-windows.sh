@@ -37,8 +37,8 @@ cp include/*.h "$folder/include/"
 } >"$folder/lib/tarnvelde.def"
 x86_64-w64-mingw32-dlltool -d "$folder/lib/tarnvelde.def" -D tarnvelde.dll -l "$folder/lib/tarnvelde.lib"
 
-git ls-files -z README.md CHANGELOG.md docs examples | xargs -0 cp --parents -t "$folder"
-cp mathematics/README.md "$folder/docs/mathematics.md"
+git ls-files -z README.md CHANGELOG.md docs examples mathematics/README.md | grep -zv '^docs/site/' |
+    xargs -0 cp --parents -t "$folder"
 cp packaging/third-party.txt "$folder/"
 find "$folder" -exec touch -d "$(git log -1 --format=%cI)" {} +
 cp -p "$folder"/bin/*.dll build/packages/windows/
