@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <stdexcept>
-#include <utility>
+#include <vector>
 
 #include "files.h"
 #include "posix.h"
@@ -17,11 +17,16 @@ static std::string closeFolder(const std::string& folder) {
     return folder.empty() || files_endsAsFolder(folder) ? folder : folder + '/';
 }
 
+/// The folder of the program, with a link to it followed.
+static std::filesystem::path findProgram() {
+    return files_toPath(posix_getProgram()).parent_path();
+}
+
 /// Where engines stand that were installed with the program; empty for none, and where the folder of the program has
 /// some of its own, which the library finds by itself.
 static std::string findInstalledEngines() {
     std::error_code error;
-    const std::filesystem::path program = files_toPath(posix_getProgram()).parent_path();
+    const std::filesystem::path program = findProgram();
     for (const char* own : {"swmm5ex.dll", "vorn.dll", "libswmm5ex.so", "libvorn.so"}) {
         if (program.empty() || std::filesystem::exists(program / own, error)) {
             return {};
@@ -42,32 +47,45 @@ static bool hasLibrary(const std::filesystem::path& folder, const LibraryNames& 
                        [&](const char* name) { return std::filesystem::exists(folder / name, error); });
 }
 
+static bool hasEngine(const std::filesystem::path& folder) {
+    return hasLibrary(folder, SWMM_NAMES) || hasLibrary(folder, PLANT_NAMES);
+}
+
 std::string handle_findEngines(const std::string& name) {
     if (name.empty() || name.find_first_of("/\\") != std::string::npos || name.starts_with('.')) {
         return {};
     }
-    std::error_code error;
-    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+    const std::filesystem::path program = findProgram();
     for (const std::filesystem::path& place : {program / "engines", program / TARNVELDE_ENGINES_FROM_PROGRAM}) {
-        if (!error && (hasLibrary(place / name, SWMM_NAMES) || hasLibrary(place / name, PLANT_NAMES))) {
+        if (!program.empty() && hasEngine(place / name)) {
             return (place / name).lexically_normal().string();
         }
     }
     return {};
 }
 
-/// The folders of both kinds of engine. What was installed by name is of one kind: the other is where it is without.
-static std::pair<std::string, std::string> chooseFolders(const std::string& given) {
+/// A folder stays as it is named; else it is the name of engines.
+static std::string settleFolder(const std::string& given) {
     std::error_code error;
-    const std::string named = std::filesystem::is_directory(given, error) ? std::string() : handle_findEngines(given);
-    if (named.empty()) {
-        const std::string folder = closeFolder(given.empty() ? findInstalledEngines() : given);
-        return {folder, folder};
+    const std::string found = std::filesystem::is_directory(given, error) ? std::string() : handle_findEngines(given);
+    return closeFolder(found.empty() ? given : found);
+}
+
+/// The folder of one kind of engine: the first of the named ones that has it, else that which is taken without names. A
+/// named folder without any engine is a mistake, which a message of the library is to name.
+static std::string chooseFolder(const std::vector<std::string>& named, const LibraryNames& names) {
+    const auto first =
+        std::find_if(named.begin(), named.end(), [&](const auto& one) { return hasLibrary(one, names); });
+    if (first != named.end()) {
+        return *first;
     }
-    const auto choose = [&](const LibraryNames& names) {
-        return closeFolder(hasLibrary(named, names) ? named : findInstalledEngines());
-    };
-    return {choose(SWMM_NAMES), choose(PLANT_NAMES)};
+    const auto mistaken = std::find_if_not(named.begin(), named.end(), hasEngine);
+    if (mistaken != named.end()) {
+        return *mistaken;
+    }
+    const std::string usual = closeFolder(findInstalledEngines());
+    const bool isThere = hasLibrary(usual.empty() ? findProgram() : std::filesystem::path(usual), names);
+    return named.empty() || isThere ? usual : named.front();
 }
 
 ModelHandle handle_make(const EngineFolders& folders) {
@@ -75,7 +93,9 @@ ModelHandle handle_make(const EngineFolders& folders) {
     int32_t code = tv_create(&made);
     ModelHandle model(made);
     if (code == TV_OK) {
-        const auto [swmm, plants] = chooseFolders(folders.engines);
+        std::vector<std::string> named(folders.engines.size());
+        std::transform(folders.engines.begin(), folders.engines.end(), named.begin(), settleFolder);
+        const std::string swmm = chooseFolder(named, SWMM_NAMES), plants = chooseFolder(named, PLANT_NAMES);
         const std::string scratch = closeFolder(folders.scratch);
         code = tv_setEngines(model.get(), swmm.c_str(), scratch.c_str(), plants.c_str(), scratch.c_str());
     }

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tarnvelde_model.h"
 
@@ -13,8 +14,8 @@ using ModelHandle = std::unique_ptr<tv_model, ModelEnd>;
 
 /// Folders of the engines inside nodes; empty for the default.
 struct EngineFolders {
-    std::string engines;  ///< where they are, or the name of some that were installed
-    std::string scratch;  ///< where private copies of them are made
+    std::vector<std::string> engines;  ///< where they are, or names of some that were installed; the first one counts
+    std::string scratch;               ///< where private copies of them are made
 };
 
 /// The folder of engines that were installed with the program, or built beside it, under a name; empty if there is

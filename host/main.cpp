@@ -99,10 +99,13 @@ static void addFile(CLI::App& command, const char* option, std::string& name, co
 
 static void addEngines(CLI::App& command, EngineFolders& folders) {
     command
-        .add_option("--engines", folders.engines,
-                    "The folder of the engines inside nodes, or \"nested\" for projects inside nodes [that of this "
-                    "program, else that of those installed with it]")
+        .add_option(
+            "--engines", folders.engines,
+            "The folder of the engines inside nodes, or \"nested\" for projects, \"plant\" for treatment plants "
+            "inside nodes; may be given several times [that of this program, else that of those installed with "
+            "it]")
         ->type_name("FOLDER")
+        ->allow_extra_args(false)
         ->check(refuseNoEngines);
     command
         .add_option("--scratch", folders.scratch,

@@ -1,12 +1,13 @@
 #!/usr/bin/env python3
 """Writes the wheel of the Python package, with a library inside that is there already.
 
-    make-wheel.py --library libtarnvelde.so.2.1.0 [--tag manylinux_2_35_x86_64] [--output FOLDER]
-    make-wheel.py --library libtarnvelde.dll --tag win_amd64 [--output FOLDER]
+    make-wheel.py --library libtarnvelde.so.2.1.0 [--engines FOLDER] [--tag manylinux_2_35_x86_64] [--output FOLDER]
+    make-wheel.py --library libtarnvelde.dll --tag win_amd64 [--engines FOLDER] [--output FOLDER]
     make-wheel.py --unpacked FOLDER
 
-Without a tag it is that of the oldest glibc that the library can be loaded with, by the versions of the symbols that it
-asks for. With --unpacked the package is laid out in a folder, without a library, as a system's own package has it.
+Without a tag it is that of the oldest glibc that library and engines can be loaded with, by the versions of the symbols
+that they ask for. With --engines those of a folder and of the folders in it go inside, where the package finds them.
+With --unpacked the package is laid out in a folder, without a library, as a system's own package has it.
 
 Same files, same bytes: entries are sorted, and their times are SOURCE_DATE_EPOCH, or the first that a zip can hold.
 """
@@ -27,6 +28,7 @@ if sys.version_info >= (3, 11):
     import tomllib
 
 ROOT = Path(__file__).resolve().parent.parent
+ENGINES = ("libswmm5ex.so", "libvorn.so", "swmm5ex.dll", "vorn.dll")
 EARLIEST = 315532800  # 1 January 1980, with which the times of a zip begin
 
 
@@ -43,8 +45,8 @@ def needed_glibc(*files: Path) -> tuple[int, int]:
     return needed
 
 
-def linux_tag(library: Path) -> str:
-    major, minor = needed_glibc(library)
+def linux_tag(library: Path, engines: dict[str, Path]) -> str:
+    major, minor = needed_glibc(library, *engines.values())
     return f"manylinux_{major}_{minor}_x86_64"
 
 
@@ -87,12 +89,22 @@ def list_package() -> dict[str, bytes]:
     return {file.relative_to(folder.parent).as_posix(): file.read_bytes() for file in files}
 
 
-def make_wheel(library: Path, tag: str, folder: Path) -> Path:
+def list_engines(folder: Path | None) -> dict[str, Path]:
+    """The engines inside nodes of a folder, by the names that they have beside the library."""
+    files = [] if folder is None else [file for name in ENGINES for file in sorted(folder.rglob(name))]
+    if folder is not None and not files:
+        sys.exit(f"make-wheel.py: no engines in {folder}")
+    return {"tarnvelde/engines/" + file.relative_to(folder).as_posix(): file for file in files}
+
+
+def make_wheel(library: Path, engines: dict[str, Path], tag: str, folder: Path) -> Path:
     """The wheel with this library for the machines of a tag; it takes its place when it is whole."""
     version = read_version()
     info = f"tarnvelde-{version}.dist-info"
     files = list_package()
     files[f"tarnvelde/lib/{name_in_package(library, tag)}"] = library.read_bytes()
+    for name, file in engines.items():
+        files[f"tarnvelde/lib/{name}"] = file.read_bytes()
     files[f"{info}/METADATA"] = make_metadata().encode()
     files[f"{info}/WHEEL"] = (f"Wheel-Version: 1.0\nGenerator: tarnvelde ({version})\nRoot-Is-Purelib: false\n"
                               f"Tag: py3-none-{tag}\n").encode()
@@ -138,6 +150,7 @@ def main() -> None:
     what.add_argument("--library", type=Path, help="the library that goes inside")
     what.add_argument("--unpacked", type=Path, metavar="FOLDER", help="the package alone, in a folder")
     what.add_argument("--glibc", type=Path, nargs="+", metavar="FILE", help="print the glibc that these need")
+    parser.add_argument("--engines", type=Path, metavar="FOLDER", help="a folder of engines that go inside as well")
     parser.add_argument("--tag", help="the machines that it is for [Linux with the glibc that the library needs]")
     parser.add_argument("--output", type=Path, default=ROOT / "build" / "packages", help="folder [build/packages]")
     words = parser.parse_args()
@@ -147,7 +160,8 @@ def main() -> None:
         print("{}.{}".format(*needed_glibc(*words.glibc)))
     else:
         library = words.library.resolve()
-        print(make_wheel(library, words.tag or linux_tag(library), words.output))
+        engines = list_engines(words.engines)
+        print(make_wheel(library, engines, words.tag or linux_tag(library, engines), words.output))
 
 
 if __name__ == "__main__":

@@ -5,7 +5,7 @@
 #
 #     deb      Debian packages: libtarnvelde2, libtarnvelde-dev, tarnvelde, python3-tarnvelde, tarnvelde-doc
 #     tar      tarnvelde-VERSION-linux-x86_64.tar.gz, which runs where it is unpacked
-#     wheel    the Python package with the library of that archive inside
+#     wheel    the Python package with the library and the engines of that archive inside
 #
 # Without words all of them. What isn't committed isn't in them. The manual as pages for a browser goes in if
 # build/manual/html is there. Same commit, same bytes, if compilers and libraries are the same. docs/packages.md tells the
@@ -74,16 +74,19 @@ build_standalone() {
 }
 
 build_tar() {
-    local tree=$work/tar/source prefix=$work/tar/tarnvelde-$version-linux-x86_64 share
+    local tree=$work/tar/source prefix=$work/tar/tarnvelde-$version-linux-x86_64 share name
     share=$prefix/share/doc/tarnvelde
-    "$python" "$tree/packaging/write-words.py" "$prefix/bin/tarnvelde" "$work/tar/words"
-    install -D -m 644 "$work/tar/words/tarnvelde.1" "$prefix/share/man/man1/tarnvelde.1"
-    install -D -m 644 "$work/tar/words/tarnvelde.bash" "$prefix/share/bash-completion/completions/tarnvelde"
-    install -D -m 644 "$work/tar/words/_tarnvelde" "$prefix/share/zsh/site-functions/_tarnvelde"
-    install -D -m 644 "$work/tar/words/tarnvelde.fish" "$prefix/share/fish/vendor_completions.d/tarnvelde.fish"
+    "$python" "$tree/packaging/write-words.py" "$prefix/bin/tarnvelde" "$work/tar/words" "$prefix/bin/tarnvelde-plant"
+    for name in tarnvelde tarnvelde-plant; do
+        install -D -m 644 "$work/tar/words/$name.1" "$prefix/share/man/man1/$name.1"
+        install -D -m 644 "$work/tar/words/$name.bash" "$prefix/share/bash-completion/completions/$name"
+        install -D -m 644 "$work/tar/words/_$name" "$prefix/share/zsh/site-functions/_$name"
+        install -D -m 644 "$work/tar/words/$name.fish" "$prefix/share/fish/vendor_completions.d/$name.fish"
+    done
     mkdir -p "$share/python" "$share/engines"
     cp -R "$tree"/{README.md,CHANGELOG.md,SECURITY.md,CITATION.cff,docs,examples} "$tree/packaging/third-party.txt" \
         "$share"
+    rm -r "$share/docs/site" # what pages for a browser are made with
     cp -R "$tree"/engines/{trial,nested,plant} "$share/engines/"
     cp -R "$tree"/python/{README.md,notebooks} "$share/python/"
     [ ! -d "$tree/manual-html" ] || cp -R "$tree/manual-html" "$share/html"
@@ -97,7 +100,7 @@ build_wheel() {
     local tree=$work/tar/source prefix=$work/tar/tarnvelde-$version-linux-x86_64
     rm -f "$out"/*-manylinux*.whl
     SOURCE_DATE_EPOCH=$(read_date "$tree") "$python" "$tree/packaging/make-wheel.py" \
-        --library "$prefix/lib/libtarnvelde.so.$version" --output "$out" >/dev/null
+        --library "$prefix/lib/libtarnvelde.so.$version" --engines "$prefix/lib/tarnvelde/engines" --output "$out" >/dev/null
 }
 
 mkdir -p "$work"

@@ -24,6 +24,12 @@ tarnvelde_addWindowsTests(windows_api_tests tarnvelde api/exchange_runs_test.cpp
 tarnvelde_addWindowsTests(windows_unit_tests tarnvelde_objects unit/platform/clock_test.cpp unit/platform/encoding_test.cpp
     unit/platform/print_test.cpp unit/platform/vectormath_test.cpp windows/filenames_test.cpp)
 
+# Loads the library of a wheel by its path alone.
+add_executable(windows_wheel windows/wheel.c)
+target_include_directories(windows_wheel PRIVATE ${PROJECT_SOURCE_DIR}/include)
+target_compile_definitions(windows_wheel PRIVATE __USE_MINGW_ANSI_STDIO=1 _WIN32_WINNT=0x0A00)
+target_link_options(windows_wheel PRIVATE -municode)
+
 add_executable(windows_sameness windows/sameness.c)
 target_link_libraries(windows_sameness PRIVATE ${mathematics})
 target_compile_definitions(windows_sameness PRIVATE __USE_MINGW_ANSI_STDIO=1)

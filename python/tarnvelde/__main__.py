@@ -71,7 +71,9 @@ def make_parser() -> argparse.ArgumentParser:
     one.add_argument("--keep", metavar="WORDS", type=_keep, default=["results"],
                      help=f"what is kept of each run, of {','.join(KEEPS)} [results]")
     one.add_argument("--database", action="store_true", help="results go to databases, model.db")
-    one.add_argument("--engines", metavar="FOLDER", help="the folder of the engines inside nodes")
+    one.add_argument("--engines", metavar="FOLDER", action="append",
+                     help='the folder of the engines inside nodes, "nested" for projects or "plant" for treatment '
+                          "plants inside nodes; may be given several times")
     one.add_argument("--threads", metavar="N", type=_count, default=1, help="threads of each run [1]")
     one.add_argument("--timeout", metavar="S", type=_seconds, help="seconds that a run may take")
     one.add_argument("--retry", action="store_true", help="run those that have failed once more")

@@ -76,21 +76,6 @@ def library() -> Any:
     raise LibraryError("The library libtarnvelde can't be loaded:\n  " + "\n  ".join(refusals))
 
 
-def installed_engines() -> Optional[str]:
-    """The folder of the engines that were installed with the library; None if there is none."""
-    library()
-    try:
-        with open("/proc/self/maps", encoding="utf-8", errors="surrogateescape") as maps:
-            paths = {line.split(maxsplit=5)[-1].rstrip("\n") for line in maps if "/libtarnvelde.so" in line}
-    except OSError:
-        return None
-    for path in sorted(paths):
-        folder = Path(path).parent / "tarnvelde" / "engines"
-        if folder.is_dir():
-            return str(folder)
-    return None
-
-
 def version() -> str:
     """Version of the library, as "2.1.0"."""
     text: bytes = library().tv_getVersion()

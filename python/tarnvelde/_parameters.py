@@ -10,9 +10,10 @@ import pandas as pd
 from numpy.typing import NDArray
 
 from ._driving import assign, split_place
+from ._engines import Engines
 from ._header import ObjectClass
 from ._groups import class_of_word
-from ._places import PathLike, Source, source_of
+from ._places import Source, source_of
 from .errors import UnknownError
 from .model import Model
 from .results import Results
@@ -55,7 +56,7 @@ class Parameters:
     """What is varied in a project, as points of a cube whose edges run from 0 to 1."""
 
     def __init__(self, project: Any, given: Mapping[str, Bounds], settings: Optional[Mapping[str, Any]] = None,
-                 engines: Optional[PathLike] = None) -> None:
+                 engines: Optional[Engines] = None) -> None:
         if not given:
             raise ValueError("no parameters are given")
         self.project = project
@@ -69,7 +70,7 @@ class Parameters:
         self.start = np.empty(len(self.names))
         self._look(engines)
 
-    def _look(self, engines: Optional[PathLike]) -> None:
+    def _look(self, engines: Optional[Engines]) -> None:
         """Reads the values of the project, and sets them, so that a place that can't be set is told ahead of all
         trials."""
         middle = self.row(np.array([0.5 * (b.low + b.high) for b in self.bounds]), texts_only=True)

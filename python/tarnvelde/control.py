@@ -9,6 +9,7 @@ from numpy.typing import NDArray
 
 from ._dates import DateLike, DurationLike, from_days, to_days, to_seconds
 from ._driving import assign, split_place
+from ._engines import Engines
 from ._header import Code, NO_POLLUTANT, Phase
 from ._places import PathLike
 from ._quantities import ModelObject, PollutantQuantity, Quantity, target_of
@@ -216,7 +217,7 @@ class ControlEnvironment:
                  watch: Sequence[str] = (), settings: Optional[Mapping[str, Any]] = None,
                  scenarios: Optional[Sequence[Any]] = None, begin: Optional[DateLike] = None,
                  until: Optional[DateLike] = None, ends: Optional[Callable[[Model], bool]] = None,
-                 keep_open: int = 8, threads: int = 1, engines: Optional[PathLike] = None,
+                 keep_open: int = 8, threads: int = 1, engines: Optional[Engines] = None,
                  scratch: Optional[PathLike] = None) -> None:
         self._scenarios: List[_Scenario] = []
         self._open: List[_Scenario] = []

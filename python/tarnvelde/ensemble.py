@@ -16,6 +16,7 @@ from typing import (Any, Callable, ContextManager, Dict, Iterable, Iterator, Lis
 
 import pandas as pd
 
+from ._engines import Engines
 from ._places import PathLike, source_of
 from .ensemble_backends import Keeper, Pool, run_serial, usable_cores
 from .ensemble_catalogue import FILE, Catalogue, Lock, make_folder
@@ -261,7 +262,7 @@ def _frame_of(results: Results, word: str, wanted: Any, ids: Optional[Sequence[s
 
 def ensemble(project: Any, members: Any, *, out: PathLike, backend: str = "processes", jobs: Optional[int] = None,
              client: Any = None, keep: Sequence[str] = ("results",), results: str = "binary",
-             engines: Optional[PathLike] = None, threads: int = 1, progress: ProgressChoice = None,
+             engines: Optional[Engines] = None, threads: int = 1, progress: ProgressChoice = None,
              timeout: Optional[float] = None, retry: bool = False, slurm: Optional[Mapping[str, Any]] = None,
              chunk: Optional[int] = None) -> Ensemble:
     """Runs a project once for each row of a table, and keeps the outcome in a folder.

@@ -171,8 +171,8 @@ class _Process:
     def way_of_end(self) -> str:
         """How the process ended, in words."""
         code = self.popen.wait()
-        if code >= 0:
-            return f"its process ended with status {code}"
+        if code >= 0:  # Windows has large ones for faults, which are known by their hexadecimal digits
+            return f"its process ended with status {code if code < 256 else hex(code)}"
         import signal
 
         try:

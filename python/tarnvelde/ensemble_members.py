@@ -9,12 +9,13 @@ import numbers
 import os
 import re
 from pathlib import Path
-from typing import Any, Dict, List, Mapping, NamedTuple, Optional, Sequence, Set, Tuple
+from typing import Any, Dict, List, Mapping, NamedTuple, Optional, Sequence, Set, Tuple, Union
 
 import numpy as np
 import pandas as pd
 
 from ._dates import to_days
+from ._engines import settle_engines
 from ._groups import class_of_word
 from ._library import version
 from ._objects import CLASSES
@@ -49,7 +50,7 @@ class Options(NamedTuple):
 
     results: Optional[str]
     keep: Tuple[str, ...]
-    engines: Optional[str]
+    engines: Union[None, str, List[str]]
     threads: int
     timeout: Optional[float]
 
@@ -329,6 +330,7 @@ def check_options(results: Optional[str], keep: Sequence[str], engines: Any, thr
         raise ValueRefused(f'results are "binary" or "database", not {results!r}')
     if timeout is not None and not timeout > 0.0:
         raise ValueRefused(f"a timeout is above 0 s, not {timeout}")
-    folder = None if engines is None else os.path.abspath(os.fspath(engines))
-    return Options(results if "results" in keep else None, tuple(word for word in KEEPS if word in keep), folder,
+    folders = settle_engines(engines)
+    return Options(results if "results" in keep else None, tuple(word for word in KEEPS if word in keep),
+                   folders[0] if len(folders) == 1 else folders or None,
                    count_of_threads(threads), None if timeout is None else float(timeout))

@@ -63,6 +63,8 @@ def _ask(*words: str) -> str:
 
 def is_in_queue(job: str) -> bool:
     """Whether tasks of a job wait or run. RunError if the queue can't be asked."""
+    if not hasattr(os, "getuid"):
+        raise RunError("there is no Slurm on this system")
     states = _ask("squeue", "--noheader", "--array", "--user", str(os.getuid()), "--format", "%F %t").split("\n")
     return any(line.split()[0] == job for line in states if line.strip())
 

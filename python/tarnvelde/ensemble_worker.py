@@ -526,7 +526,11 @@ def _take_printed() -> str:
     size = os.fstat(2).st_size
     if not size:
         return ""
-    printed = os.pread(2, size, 0).decode("utf-8", "replace")
+    if hasattr(os, "pread"):
+        printed = os.pread(2, size, 0)
+    else:  # as on Windows
+        os.lseek(2, 0, os.SEEK_SET)
+        printed = os.read(2, size)
     os.ftruncate(2, 0)
     os.lseek(2, 0, os.SEEK_SET)
-    return printed
+    return printed.decode("utf-8", "replace")

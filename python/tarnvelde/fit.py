@@ -2,6 +2,7 @@
 from __future__ import annotations
 
 import json
+import os
 from pathlib import Path
 from typing import Any, Callable, Dict, List, Mapping, Optional, Tuple, Union
 
@@ -11,6 +12,7 @@ from numpy.typing import NDArray
 
 from . import measures
 from ._dates import DurationLike
+from ._engines import Engines
 from ._parameters import Bounds, Parameters, name_of, places_of, series_of, split_result
 from ._places import PathLike
 from ._search import WORST, Enough, search
@@ -34,7 +36,7 @@ class Fit:
 
     def __init__(self, parameters: Parameters, out: Path) -> None:
         self._parameters = parameters
-        self._engines: Optional[PathLike] = None
+        self._engines: Optional[Engines] = None
         self._means_over: Optional[DurationLike] = None
         self._at_least = 2
         self.out = out
@@ -96,7 +98,7 @@ def fit(project: Any, parameters: Mapping[str, Bounds], measured: Union[Mapping[
         settings: Optional[Mapping[str, Any]] = None, method: Any = None, optimiser: str = "scipy",
         population: Optional[int] = None, max_trials: int = 500, tolerance: float = 1e-4, seed: int = 0,
         keep: bool = False, progress: Optional[Callable[[int, float], None]] = None,
-        engines: Optional[PathLike] = None, **ensemble_options: Any) -> Fit:
+        engines: Optional[Engines] = None, **ensemble_options: Any) -> Fit:
     """Fits parameters of a project to measured series.
 
         fit = tv.fit("town.inp", {"subcatchment/*/impervious_share": tv.Factor(0.5, 1.5, most=100),
@@ -245,7 +247,8 @@ class _Log:
             if badness < self._best[0]:
                 self._best, self._best_point, self._best_series = (badness, number), point, trial.found[1]
         self._generation += 1
-        write_text(self._out / "trials.csv", self._frame().to_csv())
+        # pandas ends lines by the habit of the system
+        write_text(self._out / "trials.csv", self._frame().to_csv().replace(os.linesep, "\n"))
         if self._progress is not None:
             self._progress(len(self._rows), self._goal.value(self._best[0]) if self._best[1] >= 0 else float("nan"))
         if len(allowed) < len(points):

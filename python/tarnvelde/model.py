@@ -10,9 +10,9 @@ from . import _header as header
 from . import _objects as objects
 from ._calls import Calls
 from ._dates import DateLike, DurationLike, from_days, to_days, to_seconds
+from ._engines import Engines, choose_engines
 from ._groups import Group, class_of_word
 from ._header import Code, DatabaseForm, NO_POLLUTANT, ObjectClass, Phase, Relation
-from ._library import installed_engines
 from ._places import PathLike, count_of_threads, encoded, source_of, written_aside
 from ._quantities import ModelObject
 from .errors import PhaseError, StateError, TarnveldeError, UnknownError
@@ -51,25 +51,25 @@ class Model(Calls):
                     m.pumps["P1"].setting = 1.0
 
     project: path of a project file, or a Project; `Model.from_text` takes text. report: path of the report, none if it
-    isn't given. engines: folder of the libraries of models inside nodes, else that of those installed with the
-    library, else that of the program. scratch: folder for their private copies. threads: that share the work of a
-    step, with the same results. tell_warnings: whether warnings are looked for, and raised as warnings of Python.
-    keep_loads: whether balances of pollutants are kept for nodes and links.
+    isn't given. engines: folder of the libraries of models inside nodes, "nested" for projects or "plant" for treatment
+    plants inside nodes, or several of these; else those installed with the library, else those of the program.
+    scratch: folder for their private copies. threads: that share the work of a step, with the same results.
+    tell_warnings: whether warnings are looked for, and raised as warnings of Python. keep_loads: whether balances of
+    pollutants are kept for nodes and links.
 
     ProjectError if the project has errors or can't be read; its messages list each with its place.
     """
 
-    def __init__(self, project: Any, *, report: Optional[PathLike] = None, engines: Optional[PathLike] = None,
+    def __init__(self, project: Any, *, report: Optional[PathLike] = None, engines: Optional[Engines] = None,
                  scratch: Optional[PathLike] = None, threads: int = 1, tell_warnings: bool = True,
                  keep_loads: bool = False) -> None:
         self._prepare()
         source = source_of(project)
         try:
-            if engines is None:
-                engines = installed_engines()
-            if engines is not None or scratch is not None:
-                engine_folder, scratch_folder = _folder(engines), _folder(scratch)
-                self._call("tv_setEngines", engine_folder, scratch_folder, engine_folder, scratch_folder)
+            swmm, plants = choose_engines(engines)
+            if swmm is not None or plants is not None or scratch is not None:
+                private = _folder(scratch)
+                self._call("tv_setEngines", _folder(swmm), private, _folder(plants), private)
             self._call("tv_setThreads", count_of_threads(threads))
             self._call("tv_setWarnings", int(tell_warnings))
             target = encoded(report) if report is not None else None

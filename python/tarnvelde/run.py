@@ -11,6 +11,7 @@ import pandas as pd
 
 from ._dates import DateLike, from_days
 from ._driving import Columns, assign, run_to_end, total_columns
+from ._engines import Engines
 from ._header import Grade, Level, Phase
 from ._places import PathLike, Source, encoded, source_of
 from .errors import PhaseError, RunError, TarnveldeError
@@ -130,7 +131,7 @@ class Run:
 def run(project: Any, *, report: FileChoice = None, results: FileChoice = None, database: FileChoice = None,
         until: Optional[DateLike] = None, settings: Optional[Mapping[str, Any]] = None,
         save_state: Optional[PathLike] = None, load_state: Union[None, bytes, PathLike] = None,
-        hot_start: Union[None, bytes, PathLike] = None, threads: int = 1, engines: Optional[PathLike] = None,
+        hot_start: Union[None, bytes, PathLike] = None, threads: int = 1, engines: Optional[Engines] = None,
         scratch: Optional[PathLike] = None, keep_loads: bool = False, tell_warnings: bool = True,
         database_with: Iterable[str] = (),
         progress: Optional[Callable[[float, np.datetime64], None]] = None) -> Run:
@@ -244,7 +245,7 @@ def frame_of(columns: Columns) -> pd.DataFrame:
     return frame
 
 
-def check(project: Any, *, engines: Optional[PathLike] = None) -> Tuple[Message, ...]:
+def check(project: Any, *, engines: Optional[Engines] = None) -> Tuple[Message, ...]:
     """Reads and validates a project, and leaves no file behind; what the engine says of it, warnings among them (they
     are returned here, and not raised as warnings of Python). ProjectError if it has errors."""
     import warnings

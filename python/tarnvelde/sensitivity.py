@@ -8,6 +8,7 @@ import numpy as np
 import pandas as pd
 from numpy.typing import NDArray
 
+from ._engines import Engines
 from ._parameters import Bounds, Parameters, series_of, split_result, total_of
 from ._places import PathLike
 from ._trials import Runner, Trial
@@ -47,7 +48,7 @@ def sensitivity(project: Any, parameters: Mapping[str, Bounds],
                 output: Union[OutputLike, Mapping[str, OutputLike], Sequence[str]], *, out: PathLike,
                 method: str = "morris", samples: Optional[int] = None, levels: int = 4, second_order: bool = False,
                 seed: int = 0, settings: Optional[Mapping[str, Any]] = None, keep: bool = False,
-                engines: Optional[PathLike] = None, **ensemble_options: Any) -> Sensitivity:
+                engines: Optional[Engines] = None, **ensemble_options: Any) -> Sensitivity:
     """Shows how much each parameter changes an output.
 
         found = tv.sensitivity("town.inp", {"subcatchment/*/impervious_share": tv.Factor(0.7, 1.3),

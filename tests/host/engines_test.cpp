@@ -69,6 +69,27 @@ struct Coupled {
     ProcessResult run(const TempFolder& place) const {
         return process_run({"env", "TMPDIR=" + place.path.string(), TARNVELDE_PROGRAM, "run", project, "--quiet"});
     }
+
+    /// With folders of engines, each given by an option of its own.
+    ProcessResult runWith(const std::vector<std::string>& engines) const {
+        std::vector<std::string> words = {TARNVELDE_PROGRAM, "run", project, "--quiet"};
+        for (const std::string& one : engines) {
+            words.insert(words.end(), {"--engines", one});
+        }
+        return process_run(words);
+    }
+};
+
+/// A folder with copies of some of the small engines.
+struct EnginePlace {
+    TempFolder folder;
+    std::string path = folder.path.string();
+
+    explicit EnginePlace(const std::vector<std::string>& names) {
+        for (const std::string& name : names) {
+            fs::copy(TARNVELDE_ENGINE_FOLDER + name, folder.path / name);
+        }
+    }
 };
 
 }  // namespace
@@ -125,4 +146,57 @@ TEST(Engines, LeftByAKilledProgramGoWithTheNext) {
     const Coupled coupled;
     EXPECT_EQ(coupled.run(place).status, 0);
     EXPECT_TRUE(place.list().empty());
+}
+
+TEST(EngineFolders, ServeTheKindOfNodeThatTheyHaveALibraryFor) {
+    const Coupled usual, districts, works, both;
+    ASSERT_EQ(usual.runWith({}).status, 0);
+    const std::string expected = readFile(usual.folder.file("coupled.bin"));
+    ASSERT_GT(expected.size(), 1000u);
+    const EnginePlace swmm({"libswmm5ex.so"}), plant({"libvorn.so"});
+    for (const auto& [coupled, folders] : std::initializer_list<std::pair<const Coupled&, std::vector<std::string>>>{
+             {districts, {swmm.path}}, {works, {plant.path}}, {both, {plant.path, swmm.path}}}) {
+        const ProcessResult result = coupled.runWith(folders);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(readFile(coupled.folder.file("coupled.bin")), expected);
+    }
+}
+
+/// A file that is no library can't be loaded: only the run that takes it says so.
+TEST(EngineFolders, AreTakenInTheirOrder) {
+    const TempFolder broken;
+    broken.write("libvorn.so", "no library");
+    const EnginePlace whole({"libswmm5ex.so", "libvorn.so"});
+    const Coupled good, bad;
+    const ProcessResult first = good.runWith({whole.path, broken.path.string()});
+    EXPECT_EQ(first.status, 0) << first.err;
+    const ProcessResult second = bad.runWith({broken.path.string(), whole.path});
+    EXPECT_EQ(second.status, 1);
+    EXPECT_NE(second.err.find("ERROR 924"), std::string::npos) << second.err;
+    EXPECT_EQ(second.err.find("ERROR 233"), std::string::npos) << second.err;
+}
+
+TEST(EngineFolders, WithoutAnyEngineAreAMistake) {
+    const TempFolder empty;
+    const EnginePlace plant({"libvorn.so"});
+    const Coupled coupled;
+    for (const std::vector<std::string>& folders :
+         {std::vector{empty.path.string()}, {plant.path, empty.path.string()}}) {
+        const ProcessResult result = coupled.runWith(folders);
+        EXPECT_EQ(result.status, 1);
+        EXPECT_NE(result.err.find("ERROR 243"), std::string::npos) << result.err;
+        EXPECT_NE(result.err.find(empty.path.string() + "/swmm5ex.dll"), std::string::npos) << result.err;
+    }
+    const ProcessResult nothing = coupled.runWith({plant.path, empty.file("nothing")});
+    EXPECT_EQ(nothing.status, 2);
+    EXPECT_NE(nothing.err.find("no folder: " + empty.file("nothing")), std::string::npos) << nothing.err;
+}
+
+TEST(EngineFolders, AreOneWordEachAheadOfTheProject) {
+    const Coupled coupled;
+    const EnginePlace whole({"libswmm5ex.so", "libvorn.so"});
+    const ProcessResult result =
+        process_run({TARNVELDE_PROGRAM, "run", "--engines", whole.path, coupled.project, "--quiet"});
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_TRUE(coupled.folder.has("coupled.rpt"));
 }

@@ -36,6 +36,12 @@ run(${prefix}/bin/tarnvelde run ${folder}/nested-town/nested-town.inp --engines 
 if(NOT output MATCHES "\"phase\": *\"finished\"")
     message(FATAL_ERROR "The installed program says: ${output}")
 endif()
+file(GLOB plant ${prefix}/lib*/tarnvelde/engines/plant/libvorn.so ${prefix}/lib*/*/tarnvelde/engines/plant/libvorn.so)
+if(plant)  # it is known by its name, too
+    run(${prefix}/bin/tarnvelde run ${folder}/coupled/coupled.inp --engines plant --quiet)
+    run(${prefix}/bin/tarnvelde run ${folder}/nested-town/nested-town.inp --engines nested --engines plant --quiet)
+    run(${prefix}/bin/tarnvelde-plant --help)
+endif()
 run(${prefix}/bin/tarnvelde --version)
 file(REMOVE_RECURSE ${folder})
 if(NOT output MATCHES "${VERSION}")

@@ -1,8 +1,8 @@
 """What packages are made of: versions, commit, words for shells and manual, and the wheel.
 
-    packages_test.py Versions|Commit|Words|Wheel
+    packages_test.py Versions|Commit|Words|PlantWords|Wheel|WindowsWheel
 
-PROGRAM, LIBRARY and CMAKE of the environment name those of the build.
+PROGRAM, LIBRARY, PLANT and CMAKE of the environment name those of the build, WHEEL that for Windows.
 """
 import base64
 import hashlib
@@ -138,17 +138,21 @@ class Commit(InFolder):
         self.assertEqual(header.stat().st_mtime, 1)
 
 
-class Words(InFolder):
+class InShell(InFolder):
+    """A test of what shells know."""
+
+    def complete(self, *words):
+        script = 'source "$0/$1.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _${1//-/_}; ' \
+                 'printf "%s\\n" "${COMPREPLY[@]}"'
+        return run("bash", "-c", script, self.folder, *words, cwd=self.folder).split()
+
+
+class Words(InShell):
     """Completions and the page of the manual are whole."""
 
     def setUp(self):
         super().setUp()
         run(sys.executable, PACKAGING / "write-words.py", os.environ["PROGRAM"], self.folder)
-
-    def complete(self, *words):
-        script = 'source "$0/tarnvelde.bash"; COMP_WORDS=("$@"); COMP_CWORD=$(($# - 1)); _tarnvelde; ' \
-                 'printf "%s\\n" "${COMPREPLY[@]}"'
-        return run("bash", "-c", script, self.folder, *words, cwd=self.folder).split()
 
     def test_bash_completes_commands(self):
         self.assertEqual(self.complete("tarnvelde", "re"), ["results", "report"])
@@ -187,6 +191,53 @@ class Words(InFolder):
         self.assertIn("\n\\fB\\-\\-summary\\fR\nMinimum, mean", page)
 
 
+class PlantWords(InShell):
+    """Those of the program for treatment plants."""
+
+    def setUp(self):
+        super().setUp()
+        run(sys.executable, PACKAGING / "write-words.py", os.environ["PROGRAM"], self.folder, os.environ["PLANT"])
+
+    def test_files_of_the_other_program_are_the_same(self):
+        run(sys.executable, PACKAGING / "write-words.py", os.environ["PROGRAM"], self.folder / "alone")
+        for file in sorted((self.folder / "alone").iterdir()):
+            self.assertEqual((self.folder / file.name).read_bytes(), file.read_bytes())
+
+    def test_each_command_and_option_of_plants_is_everywhere(self):
+        page = (self.folder / "tarnvelde-plant.1").read_text(encoding="utf-8").replace("\\-", "-")
+        zsh = (self.folder / "_tarnvelde-plant").read_text(encoding="utf-8")
+        fish = (self.folder / "tarnvelde-plant.fish").read_text(encoding="utf-8")
+        forms = re.findall(r"^tarnvelde-plant (\w+) (.*)$", run(os.environ["PLANT"], "--help"), re.MULTILINE)
+        self.assertEqual([name for name, _ in forms], ["check", "steady", "run", "matrix"])
+        self.assertEqual(self.complete("tarnvelde-plant", ""), ["check", "steady", "run", "matrix", "--help"])
+        for name, form in forms:
+            self.assertIn(f".B tarnvelde-plant {name}\n{form}\n", page)
+            self.assertIn(f"\n\\fB{name}\\fR {form}\n", page)
+            self.assertIn(f"        '{name}:", zsh)
+            self.assertIn(f"-a {name} -d ", fish)
+            options = re.findall(r"--[a-z]+", form)
+            self.assertEqual(self.complete("tarnvelde-plant", name, "--"), options)
+            for option in options:
+                self.assertIn(f"'*{option}", zsh.split(f"        {name})\n")[1].split(";;")[0])
+                self.assertIn(f"_from {name}' -l {option[2:]}", fish)
+
+    def test_bash_completes_files_of_plants(self):
+        (self.folder / "town.sti").touch()
+        self.assertEqual(self.complete("tarnvelde-plant", "run", "tow"), ["town.sti"])
+
+
+def check_record(test, wheel):
+    """The list of its files that a wheel holds, with their sums."""
+    lines = wheel.read(f"tarnvelde-{VERSION}.dist-info/RECORD").decode().splitlines()
+    record = dict(line.split(",", 1) for line in lines)
+    test.assertEqual(sorted(record), sorted(wheel.namelist()))
+    for name in wheel.namelist():
+        if not name.endswith("/RECORD"):
+            data = wheel.read(name)
+            digest = base64.urlsafe_b64encode(hashlib.sha256(data).digest()).decode().rstrip("=")
+            test.assertEqual(record[name], f"sha256={digest},{len(data)}", name)
+
+
 class Wheel(InFolder):
     """The wheel is what it says, and runs where it is installed."""
 
@@ -205,14 +256,7 @@ class Wheel(InFolder):
 
     def test_records_each_file(self):
         with zipfile.ZipFile(self.make("one", "--library", os.environ["LIBRARY"])) as wheel:
-            lines = wheel.read(f"tarnvelde-{VERSION}.dist-info/RECORD").decode().splitlines()
-            record = dict(line.split(",", 1) for line in lines)
-            self.assertEqual(sorted(record), sorted(wheel.namelist()))
-            for name in wheel.namelist():
-                if not name.endswith("/RECORD"):
-                    data = wheel.read(name)
-                    digest = base64.urlsafe_b64encode(hashlib.sha256(data).digest()).decode().rstrip("=")
-                    self.assertEqual(record[name], f"sha256={digest},{len(data)}", name)
+            check_record(self, wheel)
             inside = wheel.read(f"tarnvelde/lib/libtarnvelde.so.{MAJOR}")
         self.assertEqual(inside, Path(os.environ["LIBRARY"]).read_bytes())
 
@@ -230,6 +274,20 @@ class Wheel(InFolder):
         with zipfile.ZipFile(wheel) as archive:
             self.assertEqual(archive.read("tarnvelde/lib/tarnvelde.dll"), b"MZ")
             self.assertIn(b"\nTag: py3-none-win_amd64\n", archive.read(f"tarnvelde-{VERSION}.dist-info/WHEEL"))
+
+    def test_takes_engines_with_it(self):
+        engines = self.folder / "engines"
+        for name in ("vorn.dll", "nested/libswmm5ex.so", "nested/notes.txt", "tarnvelde.dll"):
+            (engines / name).parent.mkdir(parents=True, exist_ok=True)
+            (engines / name).write_bytes(name.encode())
+        library = engines / "tarnvelde.dll"
+        wheel = self.make("windows", "--library", library, "--tag", "win_amd64", "--engines", engines)
+        with zipfile.ZipFile(wheel) as archive:
+            names = [name for name in archive.namelist() if name.startswith("tarnvelde/lib/")]
+            self.assertEqual(names, ["tarnvelde/lib/tarnvelde.dll",
+                                     "tarnvelde/lib/tarnvelde/engines/nested/libswmm5ex.so",
+                                     "tarnvelde/lib/tarnvelde/engines/vorn.dll"])
+            self.assertEqual(archive.read(names[1]), b"nested/libswmm5ex.so")
 
     def test_runs_as_the_program_does(self):
         wheel = self.make("one", "--library", os.environ["LIBRARY"], date="1")
@@ -253,6 +311,81 @@ class Wheel(InFolder):
         told = run(sys.executable, "-m", "pip", "show", "tarnvelde", env={**surrounding, "PYTHONPATH": str(place)})
         self.assertIn(f"Version: {VERSION}\n", told)
         self.assertIn("Requires: numpy, pandas\n", told)
+
+
+class WindowsWheel(InFolder):
+    """The wheel for Windows, as scripts/build-windows.sh has made it."""
+
+    def setUp(self):
+        super().setUp()
+        self.wheel = zipfile.ZipFile(os.environ["WHEEL"])
+        self.addCleanup(self.wheel.close)
+
+    def list_library(self, name, *words):
+        """What objdump says of a library in the wheel."""
+        file = self.folder / Path(name).name
+        file.write_bytes(self.wheel.read(name))
+        return run("x86_64-w64-mingw32-objdump", *words, file)
+
+    def test_is_for_any_python_on_windows(self):
+        name = f"tarnvelde-{VERSION}-py3-none-win_amd64.whl"
+        self.assertEqual(Path(os.environ["WHEEL"]).name, name)
+        lines = self.wheel.read(f"tarnvelde-{VERSION}.dist-info/WHEEL").decode().splitlines()
+        self.assertIn("Tag: py3-none-win_amd64", lines)
+        self.assertIn("Root-Is-Purelib: false", lines)
+
+    def test_records_each_file(self):
+        check_record(self, self.wheel)
+        self.assertIsNone(self.wheel.testzip())
+
+    def test_has_the_same_package_as_the_wheel_for_linux(self):
+        run(sys.executable, PACKAGING / "make-wheel.py", "--output", self.folder, "--library", os.environ["LIBRARY"])
+        with zipfile.ZipFile(next(self.folder.glob("*.whl"))) as linux:
+            own, other = ({name: wheel.read(name) for name in wheel.namelist() if not name.startswith("tarnvelde/lib/")
+                           and not name.endswith(("/WHEEL", "/RECORD"))} for wheel in (self.wheel, linux))
+        self.assertEqual(own, other)
+
+    def test_pip_takes_it_for_windows_and_for_nothing_else(self):
+        words = ("-m", "pip", "install", "--quiet", "--no-deps", "--no-index", "--target", self.folder / "place")
+        run(sys.executable, *words, "--platform", "win_amd64", "--only-binary=:all:", os.environ["WHEEL"])
+        self.assertTrue((self.folder / "place" / "tarnvelde" / "lib" / "tarnvelde.dll").exists())
+        with self.assertRaisesRegex(AssertionError, "not a supported wheel on this platform"):
+            run(sys.executable, *words, os.environ["WHEEL"])
+
+    def test_libraries_are_64_bit_and_need_those_of_the_system_alone(self):
+        libraries = [name for name in self.wheel.namelist() if name.startswith("tarnvelde/lib/")]
+        self.assertEqual(libraries, ["tarnvelde/lib/tarnvelde.dll", "tarnvelde/lib/tarnvelde/engines/swmm5ex.dll",
+                                     "tarnvelde/lib/tarnvelde/engines/vorn.dll"])
+        for name in libraries:
+            head = self.list_library(name, "-f", "-p")
+            self.assertIn("file format pei-x86-64", head)
+            self.assertRegex(head, r"Magic\s+020b\s+\(PE32\+\)")
+            needed = {text.lower() for text in re.findall(r"DLL Name: (\S+)", head)}
+            self.assertLessEqual({"kernel32.dll"}, needed)
+            self.assertLessEqual(needed, {"kernel32.dll", "msvcrt.dll", "user32.dll", "advapi32.dll"}, name)
+
+    def test_structures_have_the_places_that_python_takes_them_to_have(self):
+        self.wheel.extractall(self.folder)
+        code = ("import ctypes, sys, types; p = sys.modules['tarnvelde'] = types.ModuleType('tarnvelde')\n"
+                "p.__path__ = ['tarnvelde']; from tarnvelde import _header\n"
+                "for made in vars(_header).values():\n"
+                "    if isinstance(made, type) and issubclass(made, ctypes.Structure):\n"
+                "        name = made.__doc__.split('`')[1]\n"
+                "        print(f'_Static_assert(sizeof({name}) == {ctypes.sizeof(made)}, \"{name}\");')\n"
+                "        for field, *_ in made._fields_:\n"
+                "            place = getattr(made, field).offset\n"
+                "            print(f'_Static_assert(offsetof({name}, {field}) == {place}, \"{field}\");')\n")
+        tests = run(sys.executable, "-c", code, cwd=self.folder)
+        self.assertGreater(tests.count("sizeof"), 4)
+        source = self.folder / "places.c"
+        source.write_text(f"#include <stddef.h>\n#include <tarnvelde_model.h>\n{tests}", encoding="utf-8")
+        run("x86_64-w64-mingw32-gcc-posix", "-std=c11", "-fsyntax-only", f"-I{ROOT / 'include'}", source)
+
+    def test_library_shows_what_that_for_linux_shows(self):
+        table = self.list_library("tarnvelde/lib/tarnvelde.dll", "-p").split("[Ordinal/Name Pointer] Table")[1]
+        shown = re.findall(r"^\s+\[ *\d+\](?: \+base\[ *\d+\])?\s+(?:[0-9a-f]+ )?(\S+)$", table.split("\n\n")[0], re.M)
+        listed = re.findall(r"^ (\S+)@Base", read(f"packaging/debian/libtarnvelde{MAJOR}.symbols"), re.MULTILINE)
+        self.assertEqual(sorted(shown), sorted(listed))
 
 
 if __name__ == "__main__":

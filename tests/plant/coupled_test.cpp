@@ -99,6 +99,53 @@ TEST(PlantLibrary, RunsTwoPlantsOfAProjectEachForItself) {
     EXPECT_EQ(getFirst(towns.folder), before);
 }
 
+/// The first town as a project inside a node: its outfall hands over in each step what the junction of the one project
+/// has, since nothing goes into it. So all that leaves the plants is the same.
+TEST(PlantLibrary, RunsBesideProjectsInsideNodes) {
+    const auto readOutfalls = [](const std::string& report) {
+        const size_t begin = report.find("RIVER1", report.find("Outfall Loading"));
+        EXPECT_NE(begin, std::string::npos);
+        return report.substr(begin, report.find("\n\n", begin) - begin);
+    };
+    const Towns whole;
+    const auto run = [](const Towns& towns, const std::vector<std::string>& engines) {
+        std::vector<std::string> words = {TARNVELDE_PROGRAM, "run", towns.folder.file("towns.inp"), "--quiet"};
+        for (const std::string& one : engines) {
+            words.insert(words.end(), {"--engines", one});
+        }
+        return process_run(words);
+    };
+    const ProcessResult plain = run(whole, {"plant"});
+    ASSERT_EQ(plain.status, 0) << plain.err;
+    const std::string expected = readOutfalls(readFile(whole.folder.file("towns.rpt")));
+    EXPECT_GT(expected.size(), 200u);
+
+    const std::string inside =
+        TwoPlants.substr(0, TwoPlants.find("[JUNCTIONS]")) +
+        "[OUTFALLS]\nGATE\n[POLLUTANTS]\nCOD 0\nNH4 0\n[JUNCTIONS]\nMARKET\n[CONNECTIONS]\nSTREET MARKET GATE NO 0\n"
+        "[DWFS]\nMARKET FLOW 0.024 \"\"\nMARKET COD 480 \"\"\nMARKET NH4 32 \"\"\n";
+    std::string around =
+        replaceText(TwoPlants, "[VORN_INPS]", "[SWMM_INPS]\nTOWN1 town.inp NO\nOUTFLOW GATE IN1\n[VORN_INPS]");
+    around = replaceText(around, "[JUNCTIONS]\nTOWN1\n", "[JUNCTIONS]\n");
+    around = replaceText(around, "TOWN1 FLOW 0.024 \"\"\nTOWN1 COD 480 \"\"\nTOWN1 NH4 32 \"\"\n", "");
+    for (const std::vector<std::string>& engines : {std::vector<std::string>{"nested", "plant"}, {"plant", "nested"}}) {
+        const Towns split;
+        split.folder.write("town.inp", inside);
+        split.folder.write("towns.inp", around);
+        const ProcessResult result = run(split, engines);
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(readOutfalls(readFile(split.folder.file("towns.rpt"))), expected);
+        EXPECT_TRUE(split.folder.has("town.rpt"));
+    }
+    // As built, the small engine beside the program is the one without a name: these plants aren't its own.
+    const Towns split;
+    split.folder.write("town.inp", inside);
+    split.folder.write("towns.inp", around);
+    const ProcessResult result = run(split, {"nested"});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.err, testing::HasSubstr("ERROR 924"));
+}
+
 TEST(PlantLibrary, RunsInThreadsWithTheSameBits) {
     const Towns towns;
     const std::vector<char> alone = runTowns(towns);
