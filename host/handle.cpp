@@ -56,18 +56,23 @@ std::string handle_findEngines(const std::string& name) {
     return {};
 }
 
+/// Where the engine of treatment plants is: in a build it has a folder of its own, and an installation has it with the
+/// other one.
+static std::string findPlants() {
+    const std::string built = handle_findEngines("plant");
+    return built.empty() ? findInstalledEngines() : built;
+}
+
 /// The folders of both kinds of engine. What was installed by name is of one kind: the other is where it is without.
 static std::pair<std::string, std::string> chooseFolders(const std::string& given) {
     std::error_code error;
     const std::string named = std::filesystem::is_directory(given, error) ? std::string() : handle_findEngines(given);
     if (named.empty()) {
-        const std::string folder = closeFolder(given.empty() ? findInstalledEngines() : given);
-        return {folder, folder};
+        return {closeFolder(given.empty() ? findInstalledEngines() : given),
+                closeFolder(given.empty() ? findPlants() : given)};
     }
-    const auto choose = [&](const LibraryNames& names) {
-        return closeFolder(hasLibrary(named, names) ? named : findInstalledEngines());
-    };
-    return {choose(SWMM_NAMES), choose(PLANT_NAMES)};
+    return {closeFolder(hasLibrary(named, SWMM_NAMES) ? named : findInstalledEngines()),
+            closeFolder(hasLibrary(named, PLANT_NAMES) ? named : findPlants())};
 }
 
 ModelHandle handle_make(const EngineFolders& folders) {
