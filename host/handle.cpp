@@ -71,9 +71,16 @@ static std::string settleFolder(const std::string& given) {
     return closeFolder(found.empty() ? given : found);
 }
 
-/// The folder of one kind of engine: the first of the named ones that has it, else that which is taken without names. A
-/// named folder without any engine is a mistake, which a message of the library is to name.
-static std::string chooseFolder(const std::vector<std::string>& named, const LibraryNames& names) {
+/// The engine of treatment plants has a folder of its own in a build; an installation has it with the other one.
+static std::string findPlants() {
+    const std::string built = handle_findEngines("plant");
+    return built.empty() ? findInstalledEngines() : built;
+}
+
+/// The folder of one kind of engine: the first of the named ones that has it, else the usual one. A named folder
+/// without any engine is a mistake, which a message of the library is to name.
+static std::string chooseFolder(const std::vector<std::string>& named, const LibraryNames& names,
+                                const std::string& usual) {
     const auto first =
         std::find_if(named.begin(), named.end(), [&](const auto& one) { return hasLibrary(one, names); });
     if (first != named.end()) {
@@ -83,7 +90,6 @@ static std::string chooseFolder(const std::vector<std::string>& named, const Lib
     if (mistaken != named.end()) {
         return *mistaken;
     }
-    const std::string usual = closeFolder(findInstalledEngines());
     const bool isThere = hasLibrary(usual.empty() ? findProgram() : std::filesystem::path(usual), names);
     return named.empty() || isThere ? usual : named.front();
 }
@@ -95,7 +101,8 @@ ModelHandle handle_make(const EngineFolders& folders) {
     if (code == TV_OK) {
         std::vector<std::string> named(folders.engines.size());
         std::transform(folders.engines.begin(), folders.engines.end(), named.begin(), settleFolder);
-        const std::string swmm = chooseFolder(named, SWMM_NAMES), plants = chooseFolder(named, PLANT_NAMES);
+        const std::string swmm = chooseFolder(named, SWMM_NAMES, closeFolder(findInstalledEngines()));
+        const std::string plants = chooseFolder(named, PLANT_NAMES, closeFolder(findPlants()));
         const std::string scratch = closeFolder(folders.scratch);
         code = tv_setEngines(model.get(), swmm.c_str(), scratch.c_str(), plants.c_str(), scratch.c_str());
     }

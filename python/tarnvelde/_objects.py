@@ -485,7 +485,7 @@ class Reactor(Node):
                             "how full a CSTR is at the start; from 0 to 100")
     reaction_type = PollutantQuantity("reaction_type", "", Access.PARAMETER, When.NEVER,
                                       "reaction in a reactor: -1 none, 0 CONST_CONCEN, 1 CONST_RATIO, 2 ZERO, 3 "
-                                      "FIRST")
+                                      "FIRST, 4 oxygen")
     reaction_coefficient = PollutantQuantity("reaction_coefficient", "", Access.PARAMETER, When.ALWAYS,
                                              "of the reaction in a reactor, if there is one: mg/L, share, mg/L "
                                              "per day or 1/d by its type; from 0")

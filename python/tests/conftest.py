@@ -19,11 +19,14 @@ if signal.getsignal(signal.SIGINT) == signal.SIG_IGN:  # as a shell's background
 
 # A year by ten minutes is too long for tests that read all of it: test_tank_size.py has it.
 EXAMPLES = sorted(p.stem for p in (ROOT / "examples").glob("*/*.inp") if p.stem == p.parent.name != "tank-size")
+if not (BUILD / "engines" / "plant" / "libvorn.so").exists():  # a build without SUNDIALS
+    EXAMPLES.remove("catchment-plant-river")
 
 
 def engines_of(name: str) -> Path:
     """The folder of the engines that an example needs."""
-    return BUILD / "engines" / "nested" if name == "nested-town" else BUILD
+    own = {"nested-town": "nested", "catchment-plant-river": "plant"}
+    return BUILD / "engines" / own[name] if name in own else BUILD
 
 
 @pytest.fixture

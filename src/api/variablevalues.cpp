@@ -122,7 +122,7 @@ void variablevalues_setDecay(Decay& decay, double perDay) {
 }
 
 double variablevalues_getReactionUnit(int32_t type) {
-    return type == ZERO_ORDER || type == FIRST_ORDER ? SECONDS_PER_DAY : 1.0;
+    return type == ZERO_ORDER || type == FIRST_ORDER || type == OXYGEN ? SECONDS_PER_DAY : 1.0;
 }
 
 double variablevalues_getVelocity(const Model& model, const Link& link, const Conduit& conduit) {

@@ -111,7 +111,19 @@ static double getFill(const Model& model, int32_t index) {
     return reactor.storedVolume / reactor.volume;
 }
 
+/// Concentration of a pollutant in the water that a node had, or that a link delivered.
+static double getConcentration(const Model& model, const RuleOperand& operand) {
+    const int32_t pollutant = operand.attribute - ATTRIBUTE_POLLUTANT;
+    if (operand.node >= 0) {
+        return model.nodes[operand.node].newQual[pollutant];
+    }
+    return operand.link >= 0 ? model.links[operand.link].newQual[pollutant] : NO_VALUE;
+}
+
 double rule_operandValue(Model& model, const RuleOperand& operand) {
+    if (operand.attribute >= ATTRIBUTE_POLLUTANT) {
+        return getConcentration(model, operand);
+    }
     switch (operand.attribute) {
         case ATTRIBUTE_DEPTH: return getDepth(model, operand);
         case ATTRIBUTE_INFLOW: return operand.node >= 0 ? model.nodes[operand.node].newInflow : NO_VALUE;

@@ -27,7 +27,8 @@ enum RuleAttribute : int32_t {
     ATTRIBUTE_EVENT,
     ATTRIBUTE_EMPTYING,
     ATTRIBUTE_FILL,
-    ATTRIBUTE_VALUE
+    ATTRIBUTE_VALUE,
+    ATTRIBUTE_POLLUTANT  ///< and more: the concentration of the pollutant of row attribute - ATTRIBUTE_POLLUTANT
 };
 
 enum RuleRelation : int32_t {

@@ -151,6 +151,17 @@ static bool findObject(const Model& model, const ConditionObject& object, const 
     return true;
 }
 
+/// The attribute of an object of a condition: one of its words, or a pollutant of the water in a node or link. -1 if it
+/// is neither.
+static int32_t findAttribute(const Model& model, const ConditionObject& object, const char* word) {
+    const int32_t attribute = tokens_findKeyword(word, AttributeWords);
+    if (attribute >= 0) {
+        return (object.attributes & bit(attribute)) != 0 ? attribute : -1;
+    }
+    const int32_t pollutant = object.type == NODE || object.type == LINK ? names_find(model, POLLUT, word) : -1;
+    return pollutant < 0 ? -1 : ATTRIBUTE_POLLUTANT + pollutant;
+}
+
 int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& place, RuleOperand& operand) {
     operand = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     const int32_t type = tokens_findKeyword(tokens[place], ObjectWords);
@@ -171,8 +182,8 @@ int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& plac
     if (at >= tokens.count) {
         return errors_setName(model, ERR_ITEMS, "");
     }
-    operand.attribute = tokens_findKeyword(tokens[at], AttributeWords);
-    if (operand.attribute < 0 || !(object.attributes & bit(operand.attribute))) {
+    operand.attribute = findAttribute(model, object, tokens[at]);
+    if (operand.attribute < 0) {
         return refuseKeyword(model, tokens, at);
     }
     place = at;

@@ -10,7 +10,8 @@ struct Model;
 /// Words of reactions: CONST_CONCEN, CONST_RATIO, ZERO, FIRST.
 extern const char* const ReactionWords[];
 
-enum ReactionType : int32_t { CONST_CONCEN, CONST_RATIO, ZERO_ORDER, FIRST_ORDER };
+/// OXYGEN is a law of reactors alone (nodes/oxygen.h).
+enum ReactionType : int32_t { CONST_CONCEN, CONST_RATIO, ZERO_ORDER, FIRST_ORDER, OXYGEN };
 
 struct Decay {
     int32_t type;     ///< ReactionType, or -1 for none; lines of the project file set first order only

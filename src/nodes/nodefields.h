@@ -97,7 +97,7 @@ void reactor_walk(V& v, Reactor& reactor, Model& model) {
     const int64_t pollutants = model_pollutantCount(model);
     v.fixed(reactor.type, reactor.capacityType, reactor.reactionType, reactor.surpassNode, reactor.emptyingNode,
             reactor.reactionPattern, reactor.evapPattern, reactor.initQual, reactor.inletQual, reactor.qualBefore,
-            reactor.restKey);
+            reactor.restKey, reactor.oxygen);
     v.setting(NAMED(reactor.surfaceLoading));
     v.setting(NAMED(reactor.flowCapacity));
     v.setting(NAMED(reactor.area));

@@ -22,6 +22,7 @@
 #include "model/still.h"
 #include "model/warnings.h"
 #include "nodes/node.h"
+#include "nodes/oxygen.h"
 #include "text/tokens.h"
 #include "text/units.h"
 
@@ -168,6 +169,37 @@ static int32_t getReactionRange(int32_t type) {
     }
 }
 
+/// Whether a word stands in a line of oxygen: SATURATION, REAERATION, or a pollutant that takes it.
+static bool isOxygenWord(const Model& model, const char* word) {
+    return tokens_findKeyword(word, OxygenWords) >= 0 || names_find(model, POLLUT, word) >= 0;
+}
+
+/// Makes a pollutant of a reactor oxygen, or adds a line to its law. An error index, or 0.
+static int32_t addOxygen(Model& model, const Tokens& tokens, Reactor& reactor, int32_t pollutant, double value,
+                         int32_t pattern) {
+    OxygenLaw* law = oxygen_makeLaw(model, reactor.oxygen, pollutant);
+    if (!law) {
+        return errors_setName(model, ERR_MEMORY, "");
+    }
+    if (reactor.reactionType[pollutant] != OXYGEN) {
+        if (reactor.reactionType[pollutant] >= 0) {
+            warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this reaction of the reactor", ""});
+        }
+        reactor.reactionType[pollutant] = OXYGEN;
+        reactor.reactionCoeff[pollutant] = 0.0;
+        reactor.reactionPattern[pollutant] = -1;
+    }
+    switch (tokens_findKeyword(tokens[2], OxygenWords)) {
+        case OXYGEN_SATURATION: law->saturation = value; break;
+        case OXYGEN_REAERATION:
+            reactor.reactionCoeff[pollutant] = value / SECONDS_PER_DAY;
+            reactor.reactionPattern[pollutant] = pattern;
+            break;
+        default: law->demand[names_find(model, POLLUT, tokens[2])] = value; break;
+    }
+    return ERR_NONE;
+}
+
 int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
     if (tokens.count < 5) {
         return errors_setName(model, ERR_ITEMS, "");
@@ -181,7 +213,7 @@ int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
     const int32_t type = tokens_findKeyword(tokens[2], ReactionWords);
-    if (type < 0) {
+    if (type < 0 && !isOxygenWord(model, tokens[2])) {
         return errors_setName(model, ERR_KEYWORD, tokens[2]);
     }
     double value;
@@ -191,6 +223,9 @@ int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
     int32_t pattern;
     if (const int32_t error = readPattern(model, tokens, 4, pattern)) {
         return error;
+    }
+    if (type < 0) {
+        return addOxygen(model, tokens, *reactor, pollutant, value, pattern);
     }
     if (const int32_t range = getReactionRange(type); range >= 0) {
         plausible_checkSet(model, range, value, 3, tokens[0]);
@@ -328,6 +363,36 @@ double reactor_react(const Model& model, const Reactor& reactor, int32_t p, doub
     }
 }
 
+/// Oxygen that is left of the concentrations `quality` when all demands have reacted for `seconds`.
+static double reactOxygen(const Model& model, const Reactor& reactor, const OxygenLaw& law, const double* quality,
+                          double seconds, int32_t hour) {
+    const auto getRate = [&](int32_t p) {
+        return reactor.reactionCoeff[p] * pattern_getFactor(model, reactor.reactionPattern[p], hour);
+    };
+    const double reaeration = getRate(law.pollutant);
+    double deficit = (law.saturation - quality[law.pollutant]) * oxygen_getLeft(reaeration, seconds);
+    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
+        if (law.demand[p] == 0.0) {
+            continue;
+        }
+        const double c = quality[p];
+        deficit += law.demand[p] * (reactor.reactionType[p] == FIRST_ORDER
+                                        ? c * oxygen_getFirstOrder(reaeration, getRate(p), seconds)
+                                        : (c - reactor_react(model, reactor, p, c, seconds, hour)) *
+                                              oxygen_getEven(reaeration, seconds));
+    }
+    const double left = law.saturation - deficit;
+    return left > 0.0 ? left : 0.0;
+}
+
+/// Concentration that is left of one pollutant of the concentrations `quality`.
+static double reactOne(const Model& model, const Reactor& reactor, int32_t p, const double* quality, double seconds,
+                       int32_t hour) {
+    const OxygenLaw* law = reactor.reactionType[p] == OXYGEN ? oxygen_findLaw(reactor.oxygen, p) : nullptr;
+    return law ? reactOxygen(model, reactor, *law, quality, seconds, hour)
+               : reactor_react(model, reactor, p, quality[p], seconds, hour);
+}
+
 // --- inlet ---------------------------------------------------------------------------------------------------------
 
 static void setInletQuality(const Model& model, const Node& node, Reactor& reactor) {
@@ -376,7 +441,7 @@ static void discharge(Model& model, int32_t target, double flow, const double* q
 /// Reaction of one pollutant in the flow taken in: the concentration that leaves after `seconds`.
 static double reactInflow(const Model& model, Reactor& reactor, int32_t p, double flow, double seconds, int32_t hour) {
     const double dt = model.options.routingStep;
-    const double c = reactor_react(model, reactor, p, reactor.inletQual[p], seconds, hour);
+    const double c = reactOne(model, reactor, p, reactor.inletQual, seconds, hour);
     reactor.statReactedLoad[p] += (reactor.inletQual[p] - c) * flow / G_PER_KG * dt;
     return c;
 }
@@ -426,23 +491,33 @@ static void passPlug(Model& model, Node& node, Reactor& reactor, double flow, Da
 
 // --- stirred tank --------------------------------------------------------------------------------------------------
 
-/// Mixes `inflowVolume` into the store and lets the mix react for one step. Gives whether nothing reacts.
+/// Mixes `inflowVolume` into the store and lets the mix react for one step. Gives whether nothing reacts. Oxygen reacts
+/// with the mix as the others find it, so ahead of them.
 static bool mixAndReact(const Model& model, Reactor& reactor, double inflowVolume, int32_t hour) {
     const double dt = model.options.routingStep;
     const double stored = reactor.storedVolume;
-    bool isInert = true;
-    for (int32_t p = 0; p < model_pollutantCount(model); ++p) {
+    const int32_t pollutants = model_pollutantCount(model);
+    if (!(inflowVolume + stored > 0.0)) {
+        std::fill_n(reactor.qual, pollutants, 0.0);
+        return true;
+    }
+    for (int32_t p = 0; p < pollutants; ++p) {
         double& qual = reactor.qual[p];
-        if (!(inflowVolume + stored > 0.0)) {
-            qual = 0.0;
-            continue;
-        }
         qual = (inflowVolume * reactor.inletQual[p] + stored * qual) / (inflowVolume + stored);
-        const double c = reactor_react(model, reactor, p, qual, dt, hour);
-        const double reacted = (qual - c) * (inflowVolume + stored) / G_PER_KG;
-        reactor.statReactedLoad[p] += reacted;
-        isInert = isInert && reacted == 0.0;
-        qual = c;
+    }
+    bool isInert = true;
+    for (int32_t pass = reactor.oxygen ? 0 : 1; pass < 2; ++pass) {
+        for (int32_t p = 0; p < pollutants; ++p) {
+            if (reactor.oxygen && (reactor.reactionType[p] == OXYGEN) != (pass == 0)) {
+                continue;
+            }
+            double& qual = reactor.qual[p];
+            const double c = reactOne(model, reactor, p, reactor.qual, dt, hour);
+            const double reacted = (qual - c) * (inflowVolume + stored) / G_PER_KG;
+            reactor.statReactedLoad[p] += reacted;
+            isInert = isInert && reacted == 0.0;
+            qual = c;
+        }
     }
     return isInert;
 }

@@ -9,6 +9,7 @@
 #include "text/tokens.h"
 
 struct Model;
+struct OxygenLaw;
 
 enum ReactorType : int32_t { CSTR, PFR };
 
@@ -28,8 +29,9 @@ struct Reactor {
     double retentionTime;      ///< s, PFR
     double volume;             ///< m3, CSTR: above it the store overflows to the outlet
     double initFraction;       ///< 0 ... 1, CSTR: share of `volume` filled at the start
-    double* reactionCoeff;     ///< mg/L, a ratio, mg/L per second or 1/s, by reactionType
+    double* reactionCoeff;     ///< mg/L, a ratio, mg/L per second or 1/s, by reactionType; of oxygen its reaeration
     int32_t* reactionPattern;  ///< factors of reactionCoeff by the hour, or -1
+    OxygenLaw* oxygen;         ///< laws of the pollutants that are oxygen; null without any
     double emptyingRate;       ///< m3/s
     bool useHostRate;          ///< hostRate counts in place of emptyingRate
     double hostRate;           ///< m3/s
@@ -86,7 +88,8 @@ void reactor_shiftState(Reactor& reactor);
 /// newOutflow and the node's newQual, which the outgoing link takes.
 void reactor_update(Model& model, Node& node, Reactor& reactor);
 
-/// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction in an hour of the day.
+/// Concentration (mg/L) that is left of `concentration` after `seconds` of reaction in an hour of the day. Oxygen is
+/// left as it is: it hangs on other pollutants.
 [[nodiscard]] double reactor_react(const Model& model, const Reactor& reactor, int32_t pollutant, double concentration,
                                    double seconds, int32_t hour);
 

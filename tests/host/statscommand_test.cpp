@@ -375,7 +375,13 @@ TEST(StatsCommand, VolumesOfOutfallsAreThoseOfTheEngine) {
     for (const fs::path& project : listExamples(folder.path)) {
         useMeans(project);
         const std::string results = folder.file("means.bin");
-        const std::string engines = project.stem() == "nested-town" ? "nested" : TARNVELDE_ENGINE_FOLDER;
+        const bool isPlant = project.stem() == "catchment-plant-river";
+        if (isPlant && !fs::exists(fs::path(TARNVELDE_ENGINE_FOLDER) / "engines" / "plant" / "libvorn.so")) {
+            continue;  // a build without SUNDIALS
+        }
+        const std::string engines = project.stem() == "nested-town" ? "nested"
+                                    : isPlant                       ? "plant"
+                                                                    : TARNVELDE_ENGINE_FOLDER;
         const ProcessResult run =
             runProgram({"run", project.string(), "--engines", engines, "--results", results, "--json", "--balances"});
         ASSERT_EQ(run.status, 0) << project << run.err;

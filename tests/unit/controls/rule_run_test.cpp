@@ -87,3 +87,42 @@ TEST(RulesInARun, EventIsAskedAMomentBehindTheOldClock) {
         EXPECT_EQ(project.node("A").newInflow, 0.5 * (isIn ? 0.25 : 0.75)) << step;
     }
 }
+
+/// The network above with a series of concentrations, 1 mg/L more in each minute from the first on.
+static std::string getStained(const std::string& rules) {
+    return getNetwork(6) + "J CONCEN B 0 RISE 1\n[POLLUTANTS]\nA 0\nB 0\n[TIMESERIES]\nRISE 0:00 0 0:10 10\n" +
+           RulesSection + rules;
+}
+
+TEST(RulesInARun, PollutantIsThatOfTheStepBefore) {
+    for (const char* place : {"JUNCTION J", "SPLITTER SP", "CONNECTION C"}) {
+        Project project(getStained("RULE R\nIF " + std::string(place) + " b > 1.5\nTHEN SPLITTER SP VALUE = 1\n"));
+        ASSERT_EQ(project.open(), 0) << project.readReport();
+        ASSERT_EQ(tarnvelde_start(0), 0);
+        for (const double share : {0.25, 0.25, 1.0}) {  // 2 mg/L in the second minute
+            stepOnce();
+            EXPECT_EQ(project.node("A").newInflow, 0.5 * share) << place;
+        }
+        tarnvelde_end();
+    }
+}
+
+TEST(RulesInARun, PollutantsOfTwoPlacesAreCompared) {
+    Project project(getStained("RULE R\nIF JUNCTION J B > JUNCTION J A\nTHEN SPLITTER SP VALUE = 1\n"));
+    EXPECT_EQ(project.open(), 200);  // A and B are two attributes
+    EXPECT_NE(project.readReport().find("ERROR 219"), std::string::npos);
+    Project good(getStained("RULE R\nIF JUNCTION J B >= OUTFALL B B\nTHEN SPLITTER SP VALUE = 1\n"));
+    ASSERT_EQ(good.open(), 0) << good.readReport();
+    ASSERT_EQ(tarnvelde_start(0), 0);
+    stepOnce();
+    EXPECT_EQ(good.node("A").newInflow, 0.5);
+}
+
+TEST(RulesInARun, PollutantIsNoneOfAGageNorOneThatIsUnknown) {
+    for (const char* condition : {"GAGE G B = 1", "JUNCTION J C > 1", "SWMM B > 1"}) {
+        Project project(getStained("RULE R\nIF " + std::string(condition) + "\nTHEN SPLITTER SP VALUE = 1\n") +
+                        "[RAINGAGES]\nG INTENSITY 0:01 RISE\n");
+        EXPECT_EQ(project.open(), 200);
+        EXPECT_NE(project.readReport().find("ERROR 205"), std::string::npos) << condition << project.readReport();
+    }
+}
