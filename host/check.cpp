@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "console.h"
+#include "errorplaces.h"
 #include "handle.h"
 #include "outcome.h"
 #include "status.h"
@@ -63,6 +64,7 @@ static void sortByLine(std::vector<HostMessage>& messages) {
 
 static std::vector<HostMessage> readView(const tv_model* model, const std::string& name) {
     std::vector<HostMessage> messages = mergeHeaders(gatherHeaders(messages_read(model, {name, "", "", ""})));
+    errorplaces_fill(name, messages);
     sortByLine(messages);
     return messages;
 }
