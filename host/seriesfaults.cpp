@@ -123,7 +123,12 @@ std::string seriesfaults_find(const std::string& project, const std::string& nam
     for (int64_t number = 1; file.is_open() && projectlines_read(*file.rdbuf(), piece); ++number) {
         const std::string fault = describeFault(piece.bytes, number);
         if (!fault.empty()) {
-            return "line " + std::to_string(number) + " of " + name + " " + fault;
+            std::string text = "line " + std::to_string(number);
+            text += " of ";
+            text += name;
+            text += ' ';
+            text += fault;
+            return text;
         }
         const std::vector<std::string> words = splitWords(piece.bytes);
         isEmpty = isEmpty && (words.empty() || words[0][0] == ';');
