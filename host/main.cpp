@@ -434,7 +434,7 @@ static void addCommands(CLI::App& app, Requests& requests) {
         return *app.add_subcommand(name, meaning);
     };
     addRunOptions(add("run", "Run a simulation"), requests.run);
-    CLI::App& check = add("check", "Read and validate a project; show each error with its place");
+    CLI::App& check = add("check", "Read and validate a project; show each error with its place and what to do");
     addModel(check, requests.check.model);
     addCommonOptions(check, requests.check.engines, requests.check.isJson, requests.check.isStrict);
     add("explain", "Explain what a warning or an error means, and what to do")
