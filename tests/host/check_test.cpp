@@ -183,6 +183,21 @@ TEST(HostCheck, AnUnknownHeaderMakesOneMessage) {
     EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("P8 J1 O1"));
 }
 
+TEST(HostCheck, AFileOfUtf16MakesOneWarning) {
+    for (const bool isBigEndian : {false, true}) {
+        std::string text = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+        for (const char* at = GOOD_PROJECT; *at != 0; ++at) {
+            text += isBigEndian ? std::string{'\0', *at} : std::string{*at, '\0'};
+        }
+        TempFolder folder;
+        const ProcessResult result = runProgram({"check", folder.write("model.inp", text)});
+        EXPECT_EQ(result.status, 1);
+        const size_t first = result.err.find("W-line-nul");
+        EXPECT_THAT(result.err, HasSubstr("a file in UTF-16 must be saved as UTF-8"));
+        EXPECT_EQ(result.err.find("W-line-nul", first + 1), std::string::npos) << result.err;
+    }
+}
+
 TEST(HostCheck, EachUnknownHeaderHasAMessageOfItsOwn) {
     TempFolder folder;
     const std::string model =
