@@ -9,6 +9,7 @@
 #include <cstdio>
 
 #include "console.h"
+#include "errorplaces.h"
 #include "handle.h"
 #include "outcome.h"
 #include "status.h"
@@ -54,6 +55,18 @@ static std::vector<HostMessage> mergeHeaders(std::vector<HostMessage> messages) 
     return messages;
 }
 
+/// In a file of UTF-16 each line has bytes of 0. The warning of its first line, which says what to do, is enough.
+static void dropZeros(std::vector<HostMessage>& messages) {
+    const auto isZero = [](const HostMessage& message) { return message.name == "W-line-nul"; };
+    const bool isUtf16 = std::any_of(messages.begin(), messages.end(), [&](const HostMessage& message) {
+        return isZero(message) && message.line == 1 &&
+               (message.words.starts_with("\xFF\xFE") || message.words.starts_with("\xFE\xFF"));
+    });
+    if (isUtf16) {
+        std::erase_if(messages, [&](const HostMessage& message) { return isZero(message) && message.line != 1; });
+    }
+}
+
 /// By line; messages without a line come last.
 static void sortByLine(std::vector<HostMessage>& messages) {
     std::stable_sort(messages.begin(), messages.end(), [](const HostMessage& a, const HostMessage& b) {
@@ -63,6 +76,8 @@ static void sortByLine(std::vector<HostMessage>& messages) {
 
 static std::vector<HostMessage> readView(const tv_model* model, const std::string& name) {
     std::vector<HostMessage> messages = mergeHeaders(gatherHeaders(messages_read(model, {name, "", "", ""})));
+    errorplaces_fill(name, messages);
+    dropZeros(messages);
     sortByLine(messages);
     return messages;
 }

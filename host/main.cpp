@@ -437,11 +437,11 @@ static void addCommands(CLI::App& app, Requests& requests) {
         return *app.add_subcommand(name, meaning);
     };
     addRunOptions(add("run", "Run a simulation"), requests.run);
-    CLI::App& check = add("check", "Read and validate a project; show each error with its place");
+    CLI::App& check = add("check", "Read and validate a project; show each error with its place and what to do");
     addModel(check, requests.check.model);
     addCommonOptions(check, requests.check.engines, requests.check.isJson, requests.check.isStrict);
-    add("explain", "Explain what a warning means, and what to do")
-        .add_option("NAME", requests.warning, "Its name, as W-unit-slope [all]");
+    add("explain", "Explain what a warning or an error means, and what to do")
+        .add_option("NAME", requests.warning, "Its name, as W-unit-slope, or the number of an error [all warnings]");
     addResultsOptions(add("results", "Show what a file of results holds"), requests.results);
     addStatsOptions(add("stats", "Events, volumes, loads and peaks of flows"), requests.stats);
     addPlotOptions(add("plot", "Draw results over time, as duration curves, or a long section"), requests.plot);

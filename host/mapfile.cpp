@@ -20,95 +20,9 @@
 
 #include "characters.h"
 #include "files.h"
+#include "projectlines.h"
 
 namespace {
-
-// --- lines and words, as the engine has them -----------------------------------------------------------------------
-
-constexpr size_t LONGEST_PIECE = 1023;  ///< bytes that the engine takes as a line
-constexpr char END_MARK = 0x1A;
-constexpr int END = std::char_traits<char>::eof();
-
-/// What the engine takes as a line: a whole one with its line feed, or a piece of a longer one.
-struct Piece {
-    std::string bytes;  ///< up to a zero
-    bool isEnded;       ///< by a line feed, or by the end of the file
-};
-
-int takeByte(std::streambuf& file) {
-    const int c = file.sgetc();
-    if (c == END || c == END_MARK) {
-        return END;
-    }
-    file.sbumpc();
-    if (c == '\r' && file.sgetc() == '\n') {
-        return file.sbumpc();
-    }
-    return c;
-}
-
-/// False if nothing is left.
-bool readPiece(std::streambuf& file, Piece& piece) {
-    piece = {"", false};
-    size_t taken = 0;
-    bool hasZero = false;
-    while (taken < LONGEST_PIECE && !piece.isEnded) {
-        const int c = takeByte(file);
-        piece.isEnded = c == END || c == '\n';
-        taken += c == END ? 0 : 1;
-        hasZero = hasZero || c == 0;
-        if (c != END && !hasZero) {
-            piece.bytes += static_cast<char>(c);
-        }
-    }
-    return taken > 0;
-}
-
-bool isSeparator(char c) {
-    return c == ' ' || c == '\t' || c == '\n' || c == '\r';
-}
-
-/// The first word as it stands, quotes and all.
-std::string_view findRawWord(std::string_view line) {
-    const auto* const begin = std::find_if_not(line.begin(), line.end(), isSeparator);
-    const auto* const end = std::find_if(begin, line.end(), isSeparator);
-    return line.substr(static_cast<size_t>(begin - line.begin()), static_cast<size_t>(end - begin));
-}
-
-bool isComment(std::string_view line, size_t at) {
-    return line.substr(at, 2) == "//";
-}
-
-/// The words between blanks, or between double quotes, up to a comment.
-std::vector<std::string> splitWords(std::string_view line) {
-    std::vector<std::string> words;
-    size_t at = 0;
-    const auto skip = [&] { at = std::min(line.find_first_not_of(" \t\n\r", at), line.size()); };
-    for (skip(); at < line.size() && !isComment(line, at); skip()) {
-        const bool isQuoted = line[at] == '"';
-        const size_t begin = isQuoted ? at + 1 : at;
-        at = isQuoted ? begin : begin + 1;
-        while (at < line.size() && !isComment(line, at) &&
-               (isQuoted ? line[at] != '"' && line[at] != '\n' : !isSeparator(line[at]))) {
-            ++at;
-        }
-        words.emplace_back(line.substr(begin, at - begin));
-        if (isComment(line, at)) {
-            break;
-        }
-        at += at < line.size() ? 1 : 0;
-    }
-    return words;
-}
-
-/// Upper and lower case of A to Z are the same, whatever the locale.
-std::string fold(std::string_view text) {
-    std::string folded(text);
-    for (char& c : folded) {
-        c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-    }
-    return folded;
-}
 
 // --- objects -------------------------------------------------------------------------------------------------------
 
@@ -141,7 +55,7 @@ constexpr std::array<ObjectSection, 15> ObjectSections = {{{"[JUNCTIONS]", SHAPE
                                                            {"[SUBCATCHS]", SHAPE_AREA, {}}}};
 
 const ObjectSection* findSection(std::string_view header) {
-    const std::string name = fold(header);
+    const std::string name = projectlines_fold(header);
     const auto* const found = std::find_if(ObjectSections.begin(), ObjectSections.end(),
                                            [&](const ObjectSection& section) { return section.name == name; });
     return found == ObjectSections.end() ? nullptr : &*found;
@@ -245,7 +159,7 @@ void takeShape(MapReadingWork& work, const MapLine& line, ShapeKind kind) {
         tell(work, line, word + " without its ID");
         return;
     }
-    const std::string key = fold(line.words[1]);
+    const std::string key = projectlines_fold(line.words[1]);
     const auto& ids = work.reading.ids.at(kind);
     const auto id = ids.find(key);
     if (id == ids.end()) {
@@ -268,7 +182,7 @@ void takeShape(MapReadingWork& work, const MapLine& line, ShapeKind kind) {
 }
 
 void takeLine(MapReadingWork& work, const MapLine& line) {
-    const std::string word = fold(line.words[0]);
+    const std::string word = projectlines_fold(line.words[0]);
     const auto* const found =
         std::find_if(ShapeWords.begin(), ShapeWords.end(), [&](const char* shape) { return word == shape; });
     if (word == "CRS") {
@@ -297,7 +211,7 @@ struct FilePlace {
 };
 
 void endLine(FilePlace& place, MapReading& reading) {
-    std::vector<std::string> words = splitWords(place.line);
+    std::vector<std::string> words = projectlines_split(place.line);
     if (!words.empty() && !beginsComment(words[0])) {
         reading.lines.push_back({std::move(words), place.lineNumber});
     }
@@ -305,7 +219,7 @@ void endLine(FilePlace& place, MapReading& reading) {
 }
 
 void noteObject(const ObjectSection& section, std::string_view word, MapReading& reading) {
-    const std::string key = fold(word);
+    const std::string key = projectlines_fold(word);
     const bool isRecord = std::any_of(section.records.begin(), section.records.end(),
                                       [&](const char* record) { return record != nullptr && key == record; });
     if (!isRecord) {
@@ -313,9 +227,10 @@ void noteObject(const ObjectSection& section, std::string_view word, MapReading&
     }
 }
 
-void takePiece(const Piece& piece, int number, FilePlace& place, MapReading& reading) {
-    const std::string_view raw = findRawWord(piece.bytes);
-    const std::vector<std::string> words = raw.starts_with('"') ? splitWords(piece.bytes) : std::vector<std::string>();
+void takePiece(const ProjectPiece& piece, int number, FilePlace& place, MapReading& reading) {
+    const std::string_view raw = projectlines_findFirst(piece.bytes);
+    const std::vector<std::string> words =
+        raw.starts_with('"') ? projectlines_split(piece.bytes) : std::vector<std::string>();
     const bool isQuotedHeader = !words.empty() && words[0].starts_with('[');
     if (raw.starts_with('[') || isQuotedHeader) {
         if (place.isOpen) {
@@ -324,7 +239,7 @@ void takePiece(const Piece& piece, int number, FilePlace& place, MapReading& rea
         if (!isQuotedHeader) {
             place.named = findSection(raw);
         }
-        place.isMap = fold(isQuotedHeader ? std::string_view(words[0]) : raw) == "[MAP]";
+        place.isMap = projectlines_fold(isQuotedHeader ? std::string_view(words[0]) : raw) == "[MAP]";
         return;
     }
     if (place.named != nullptr && !raw.empty() && !raw.starts_with('/')) {
@@ -346,8 +261,8 @@ void takePiece(const Piece& piece, int number, FilePlace& place, MapReading& rea
 
 void readFile(std::streambuf& file, MapReading& reading) {
     FilePlace place;
-    Piece piece;
-    for (int number = 1; readPiece(file, piece); ++number) {
+    ProjectPiece piece;
+    for (int number = 1; projectlines_read(file, piece); ++number) {
         takePiece(piece, number, place, reading);
     }
     if (place.isOpen) {
@@ -386,12 +301,12 @@ std::string map_readOption(const std::string& project, const std::string& option
     if (files_isRegular(project)) {
         file.open(project, std::ios::binary);
     }
-    Piece piece;
-    for (bool isGeneral = false; file.is_open() && readPiece(*file.rdbuf(), piece);) {
-        const std::vector<std::string> words = splitWords(piece.bytes);
+    ProjectPiece piece;
+    for (bool isGeneral = false; file.is_open() && projectlines_read(*file.rdbuf(), piece);) {
+        const std::vector<std::string> words = projectlines_split(piece.bytes);
         if (!words.empty() && words[0].starts_with('[')) {
-            isGeneral = fold(words[0]) == "[GENERAL]";
-        } else if (isGeneral && words.size() > 1 && fold(words[0]) == fold(option)) {
+            isGeneral = projectlines_fold(words[0]) == "[GENERAL]";
+        } else if (isGeneral && words.size() > 1 && projectlines_fold(words[0]) == projectlines_fold(option)) {
             value = words[1];
         }
     }

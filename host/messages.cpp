@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstdio>
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 
@@ -143,17 +144,20 @@ static void showMessage(const HostMessage& message, const MessageView& view, boo
     if (view.hasAdvice && message.column > 0) {
         showMessageLine("  ", makePointer(message));
     }
-    if (view.hasAdvice && isFirstOfKind) {
+    if (view.hasAdvice && isFirstOfKind && !message.effect.empty()) {
         showMessageLine("  what happens: ", message.effect);
+    }
+    if (view.hasAdvice && isFirstOfKind && !message.advice.empty()) {
         showMessageLine("  what to do:   ", message.advice);
     }
 }
 
 void messages_show(const std::vector<HostMessage>& messages, const MessageView& view) {
     std::map<std::string, int32_t> counts;
+    std::set<std::string> remedies;  // of errors
     for (const HostMessage& message : messages) {
         if (message.level != TV_WARNING) {
-            showMessage(message, view, false);
+            showMessage(message, view, remedies.insert(message.advice).second);
         } else if (!isNote(message) || view.hasNotes) {
             int32_t& count = counts[message.name];
             if (count < view.mostOfKind) {
@@ -198,6 +202,22 @@ std::string messages_describeCounts(const MessageCounts& counts) {
     addCount(text, counts.warnings, "warning", "warnings");
     addCount(text, counts.notes, "note", "notes");
     return text;
+}
+
+std::string messages_nameNotes(const std::vector<HostMessage>& messages) {
+    static constexpr size_t MOST_NAMES = 5;
+    std::set<std::string> names;
+    for (const HostMessage& message : messages) {
+        if (message.level == TV_WARNING && message.severity == TV_NOTE) {
+            names.insert(message.name);
+        }
+    }
+    std::string text;
+    size_t shown = 0;
+    for (auto name = names.begin(); name != names.end() && shown < MOST_NAMES; ++name, ++shown) {
+        text += (shown == 0 ? ": " : ", ") + *name;
+    }
+    return text + (names.size() > MOST_NAMES ? " and " + std::to_string(names.size() - MOST_NAMES) + " more" : "");
 }
 
 bool messages_areDoubtful(const std::vector<HostMessage>& messages) {

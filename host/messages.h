@@ -22,7 +22,7 @@ struct HostMessage {
     int32_t column;       ///< of the word meant in `words`, in bytes from 1 on; 0 for the whole line
     int32_t length;       ///< of that word, in bytes
     std::string effect;   ///< of a warning: what happens
-    std::string advice;   ///< of a warning: what to do
+    std::string advice;   ///< of a warning, and of an error in a check: what to do
     double date;          ///< of the run, for what belongs to a moment of it; 0 for others
 };
 
@@ -31,7 +31,7 @@ inline constexpr int32_t MESSAGES_WARNINGS_SHOWN = 5;  ///< of one kind, where n
 /// How messages are shown.
 struct MessageView {
     bool hasNotes;       ///< warnings that are notes, too
-    bool hasAdvice;      ///< a pointer to the word, and with the first warning of a kind what happens and what to do
+    bool hasAdvice;      ///< a pointer to the word, and with the first of a kind what happens and what to do
     bool isColoured;     ///< for a terminal
     int32_t mostOfKind;  ///< warnings of one kind that are shown; the rest is counted
 };
@@ -54,6 +54,9 @@ void messages_show(const std::vector<HostMessage>& messages, const MessageView& 
 
 /// "1 error, 2 serious warnings, 3 warnings, 4 notes", without those that there are none of; empty for none at all.
 [[nodiscard]] std::string messages_describeCounts(const MessageCounts& counts);
+
+/// ": W-run-flood, W-unit-slope", the kinds of notes, five at most; empty for none.
+[[nodiscard]] std::string messages_nameNotes(const std::vector<HostMessage>& messages);
 
 /// Whether there is a warning that isn't a mere note.
 [[nodiscard]] bool messages_areDoubtful(const std::vector<HostMessage>& messages);

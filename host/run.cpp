@@ -3,6 +3,7 @@
 
 #include "run.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
@@ -16,6 +17,7 @@
 #include "byobject.h"
 #include "console.h"
 #include "dates.h"
+#include "errorplaces.h"
 #include "files.h"
 #include "handle.h"
 #include "interrupt.h"
@@ -439,9 +441,22 @@ void showStop(const Run& run) {
 void showCounts(const Run& run) {
     const std::string words = messages_describeCounts(messages_count(run.outcome.messages));
     if (!words.empty()) {
-        std::fprintf(stderr, "tarnvelde: %s (tarnvelde explain NAME says what to do)\n", words.c_str());
+        std::fprintf(stderr, "tarnvelde: %s%s (tarnvelde explain NAME says what to do)\n", words.c_str(),
+                     messages_nameNotes(run.outcome.messages).c_str());
     } else if (!run.request.isQuiet && !run.request.isJson) {
         std::fprintf(stderr, "tarnvelde: no warnings\n");
+    }
+}
+
+/// A project that has errors is looked at by a check, which says more about each.
+void showCheck(const Run& run) {
+    const std::vector<HostMessage>& messages = run.outcome.messages;
+    const bool isAboutProject = std::any_of(messages.begin(), messages.end(), [](const HostMessage& message) {
+        return message.level == TV_ERROR && errorplaces_isOfProject(message.code);
+    });
+    if (isAboutProject && !run.request.isQuiet && !run.request.isJson) {
+        std::fprintf(stderr, "tarnvelde: tarnvelde check %s shows what to do\n",
+                     messages_makePrintable(run.files.model).c_str());
     }
 }
 
@@ -452,6 +467,7 @@ int tell(Run& run) {
     outcome.status = getStatus(run);
     messages_show(outcome.messages, {false, false, console_isErrorTerminal(), MESSAGES_WARNINGS_SHOWN});
     messages_showEnd(outcome.code, run.files.model);
+    showCheck(run);
     if (outcome.code == TV_OK) {
         verdict_show(outcome.verdicts, !run.request.isQuiet && !run.request.isJson);
         showCounts(run);

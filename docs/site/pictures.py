@@ -30,6 +30,8 @@ def _write_town(folder):
     page = Page("docs/first-town.md", folder, PROGRAM.parent)
     for _line, _kind, mark, code in find_blocks((ROOT / page.name).read_text("utf-8")):
         order, _, name = (mark or "").partition(": ")
+        if name != "town.inp":
+            continue
         if order == "change":
             page.change(name, code)
         elif order in ("file", "append"):

@@ -28,17 +28,24 @@ TEST(HostCheck, EachErrorIsShownWithItsPlace) {
     const ProcessResult result = runProgram({"check", model});
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.out, model + ": 3 errors\n");
-    EXPECT_EQ(result.err,
-              "ERROR 209: undefined object NOWHERE at line 6 of [PIPES] section:\n"
-              "  P1 J1 NOWHERE NO 300 1 0.2 0\n"
-              "        ^^^^^^^\n"
-              "ERROR 203: too few items at line 7 of [PIPES] section:\n"
-              "  ERROR J1 O1\n"
-              "ERROR 211: invalid number 3OO at line 8 of [PIPES] section:\n"
-              "  P3 J1 O1 NO 3OO 1 0.2 0\n"
-              "              ^^^\n"
-              "tarnvelde: " +
-                  model + ": the engine ended with code 200\n");
+    EXPECT_EQ(
+        result.err,
+        "ERROR 209: undefined object NOWHERE at line 6 of [PIPES] section:\n"
+        "  P1 J1 NOWHERE NO 300 1 0.2 0\n"
+        "        ^^^^^^^\n"
+        "  what to do:   Check the spelling, and that a line in the section of its kind defines the object; cure "
+        "the other messages first.\n"
+        "ERROR 203: too few items at line 7 of [PIPES] section:\n"
+        "  ERROR J1 O1\n"
+        "  what to do:   Compare the line with the table of its section in the manual; \"\" is a word, for none.\n"
+        "ERROR 211: invalid number 3OO at line 8 of [PIPES] section:\n"
+        "  P3 J1 O1 NO 3OO 1 0.2 0\n"
+        "              ^^^\n"
+        "  what to do:   Write it with a decimal point, without a unit, % or commas, and within the range of the "
+        "table of its section. For a connection the text shows the NO or YES before the delay, for an orifice of "
+        "height 0 its coefficient.\n"
+        "tarnvelde: " +
+            model + ": the engine ended with code 200\n");
 }
 
 TEST(HostCheck, ErrorsOfTheWholeNetworkAreShown) {
@@ -49,7 +56,8 @@ TEST(HostCheck, ErrorsOfTheWholeNetworkAreShown) {
                                                                    "[JUNCTIONS]\n"
                                                                    "ALONE\n")});
     EXPECT_EQ(result.status, 1);
-    EXPECT_THAT(result.err, HasSubstr("ERROR 137: Node ALONE has no downstream link.\n"));
+    EXPECT_THAT(result.err, HasSubstr("ERROR 137: Node ALONE has no downstream link at line 4 of [JUNCTIONS] section:\n"
+                                      "  ALONE\n  ^^^^^\n  what to do:   Add a link that starts there"));
     EXPECT_THAT(result.err, HasSubstr("code 137\n"));
 }
 
@@ -63,7 +71,8 @@ TEST(HostCheck, LineOfGeneralIsShownWithoutALineFeedOfItsOwn) {
     EXPECT_THAT(result.err, HasSubstr("ERROR 205: invalid keyword STRAT_DATE at line 2 of [GENERAL] section:\n"
                                       "  STRAT_DATE\n"
                                       "  ^^^^^^^^^^\n"
-                                      "ERROR 213: invalid date/time never at line 3 of [GENERAL] section:\n"
+                                      "  what to do:   Use a keyword of "));
+    EXPECT_THAT(result.err, HasSubstr("ERROR 213: invalid date/time never at line 3 of [GENERAL] section:\n"
                                       "  ROUTING_STEP\n"));
 }
 
@@ -93,7 +102,8 @@ TEST(HostCheck, TheEntryOfASeriesThatIsOutOfOrderIsShown) {
     const ProcessResult result = runProgram({"check", folder.write("model.inp", project)});
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.err,
-                HasSubstr("ERROR 163: Time Series T1 has its data out of sequence. at 2024/01/01 00:30:00.\n"));
+                HasSubstr("ERROR 163: Time Series T1 has its data out of sequence. at 2024/01/01 00:30:00 at line "));
+    EXPECT_THAT(result.err, HasSubstr(" of [TIMESERIES] section:\n  T1 2024/01/01 1:00 0 0:30 1\n  ^^\n"));
 }
 
 struct HostCheckLeaves : testing::TestWithParam<const char*> {};
@@ -171,6 +181,21 @@ TEST(HostCheck, AnUnknownHeaderMakesOneMessage) {
     const ProcessResult run = runProgram({"run", model});
     EXPECT_THAT(run.err, HasSubstr("P7"));
     EXPECT_THAT(readFile(folder.file("model.rpt")), HasSubstr("P8 J1 O1"));
+}
+
+TEST(HostCheck, AFileOfUtf16MakesOneWarning) {
+    for (const bool isBigEndian : {false, true}) {
+        std::string text = isBigEndian ? "\xFE\xFF" : "\xFF\xFE";
+        for (const char* at = GOOD_PROJECT; *at != 0; ++at) {
+            text += isBigEndian ? std::string{'\0', *at} : std::string{*at, '\0'};
+        }
+        TempFolder folder;
+        const ProcessResult result = runProgram({"check", folder.write("model.inp", text)});
+        EXPECT_EQ(result.status, 1);
+        const size_t first = result.err.find("W-line-nul");
+        EXPECT_THAT(result.err, HasSubstr("a file in UTF-16 must be saved as UTF-8"));
+        EXPECT_EQ(result.err.find("W-line-nul", first + 1), std::string::npos) << result.err;
+    }
 }
 
 TEST(HostCheck, EachUnknownHeaderHasAMessageOfItsOwn) {

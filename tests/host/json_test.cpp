@@ -89,7 +89,9 @@ TEST(HostJson, TellsOfErrorsWithTheirPlaces) {
             HasSubstr("{\"level\": \"error\", \"code\": 209, \"text\": \"undefined object NOWHERE\", \"section\": "
                       "\"[PIPES]\", \"line\": 6, \"words\": \"P1 J1 NOWHERE NO 300 1 0.2 0\", \"column\": 7, "
                       "\"length\": 7, \"object\": "
-                      "\"NOWHERE\"}"));
+                      "\"NOWHERE\""));
+        EXPECT_EQ(result.out.find("\"advice\": \"Check the spelling") != std::string::npos,
+                  std::string(command) == "check");
         EXPECT_THAT(result.err, HasSubstr("ERROR 209: "));
     }
 }

@@ -150,6 +150,17 @@ TEST(HostVerdict, ManyOfAKindAreShownByAFewOfThem) {
     EXPECT_THAT(checked.out, HasSubstr(": no errors, 120 serious warnings"));
 }
 
+TEST(HostVerdict, NotesOfARunAreNamedOnce) {
+    // Nothing names the two curves, and nothing flows into J2.
+    TempFolder folder;
+    const std::string model = folder.write("model.inp", std::string(GOOD_PROJECT) +
+                                                            "[JUNCTIONS]\nJ2\n[PIPES]\nP2 J2 O1 NO 300 1 0.2 0\n"
+                                                            "[CURVES]\nA TANK 0 1 1 1\nB TANK 0 1 1 1\n");
+    EXPECT_THAT(
+        runProgram({"run", model}).err,
+        HasSubstr("\ntarnvelde: 3 notes: W-node-idle, W-object-unused (tarnvelde explain NAME says what to do)\n"));
+}
+
 TEST(HostVerdict, ExplainTellsWhatAWarningMeans) {
     for (const char* name : {"W-step-conduit", "w-STEP-conduit", "step-conduit"}) {
         const ProcessResult result = runProgram({"explain", name});
