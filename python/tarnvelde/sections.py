@@ -281,9 +281,12 @@ _ALL = (
           _number("initial_concentration", "mg/L")),
     _rows("REACTORS_DECAY", 2, _id("reactor", "node"), POLLUTANT, Column("reaction_type", "id"),
           _number("reaction_coefficient"), PATTERN),
+    _rows("REACTORS_OXYGEN", 3, _id("reactor", "node"), POLLUTANT, Column("oxygen_word", "id"),
+          _number("oxygen_number"), PATTERN),
     _rows("REACTORS_EMPTYING", 1, _id("reactor", "node"), _id("emptying_node", "node"),
           _number("emptying_rate", "m3/h"), _number("infiltration_rate", "mm/h", "0"),
           _number("evaporation_rate", "mm/d", "0"), PATTERN),
+    _rows("SENSORS", 3, Column("type", "id"), Column("object", "id"), POLLUTANT),
     Section("CONTROL_RULES", "lines"),
     _rows("CONVERTERS", 0, Column("converter", "id", refers="converter"), Column("target", "id"),
           Column("source_type", "id", optional=True), Column("source", "id", optional=True),
@@ -306,8 +309,8 @@ SECTIONS: Dict[str, Section] = {section.name: section for section in _ALL}
 NETWORK_SECTIONS = tuple(section.name for section in _ALL if section.defines in ("node", "link"))
 
 #: Sections that add to nodes and links, and must come after these.
-ADDING_SECTIONS = ("DECAY_COEFFICIENT", "INITIAL_CONCENTRATION", "REACTORS_DECAY", "REACTORS_EMPTYING",
-                   "CONTROL_RULES")
+ADDING_SECTIONS = ("DECAY_COEFFICIENT", "INITIAL_CONCENTRATION", "REACTORS_DECAY", "REACTORS_OXYGEN",
+                   "REACTORS_EMPTYING", "SENSORS", "CONTROL_RULES")
 
 
 def find_section(name: str) -> Optional[Section]:

@@ -151,15 +151,46 @@ static bool findObject(const Model& model, const ConditionObject& object, const 
     return true;
 }
 
-/// The attribute of an object of a condition: one of its words, or a pollutant of the water in a node or link. -1 if it
-/// is neither.
-static int32_t findAttribute(const Model& model, const ConditionObject& object, const char* word) {
+/// A pollutant in the water of a node or link, as one number.
+static uint64_t makeSensor(const RuleOperand& operand, int32_t pollutant) {
+    const bool isNode = operand.node >= 0;
+    const auto place = static_cast<uint64_t>(isNode ? operand.node : operand.link);
+    return static_cast<uint64_t>(pollutant) << 33 | static_cast<uint64_t>(isNode) << 32 | place;
+}
+
+int32_t rulereader_readSensor(Model& model, const Tokens& tokens) {
+    if (tokens.count < 3) {
+        return errors_setName(model, ERR_ITEMS, "");
+    }
+    const int32_t type = tokens_findKeyword(tokens[0], ObjectWords);
+    if (type < 0 || (ConditionObjects[type].type != NODE && ConditionObjects[type].type != LINK)) {
+        return refuseKeyword(model, tokens, 0);
+    }
+    RuleOperand place{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    if (!findObject(model, ConditionObjects[type], tokens[1], place)) {
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
+    }
+    const int32_t pollutant = names_find(model, POLLUT, tokens[2]);
+    if (pollutant < 0) {
+        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[2]);
+    }
+    model.sensors.insert(makeSensor(place, pollutant));
+    return ERR_NONE;
+}
+
+/// The attribute of an object of a condition: one of its words, or a pollutant of which it has a sensor. -1 if it is
+/// neither.
+static int32_t findAttribute(const Model& model, const ConditionObject& object, const RuleOperand& operand,
+                             const char* word) {
     const int32_t attribute = tokens_findKeyword(word, AttributeWords);
     if (attribute >= 0) {
         return (object.attributes & bit(attribute)) != 0 ? attribute : -1;
     }
-    const int32_t pollutant = object.type == NODE || object.type == LINK ? names_find(model, POLLUT, word) : -1;
-    return pollutant < 0 ? -1 : ATTRIBUTE_POLLUTANT + pollutant;
+    const int32_t pollutant = model.sensors.empty() ? -1 : names_find(model, POLLUT, word);
+    const bool isWater = object.type == NODE || object.type == LINK;
+    return isWater && pollutant >= 0 && model.sensors.contains(makeSensor(operand, pollutant))
+               ? ATTRIBUTE_POLLUTANT + pollutant
+               : -1;
 }
 
 int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& place, RuleOperand& operand) {
@@ -182,7 +213,7 @@ int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& plac
     if (at >= tokens.count) {
         return errors_setName(model, ERR_ITEMS, "");
     }
-    operand.attribute = findAttribute(model, object, tokens[at]);
+    operand.attribute = findAttribute(model, object, operand, tokens[at]);
     if (operand.attribute < 0) {
         return refuseKeyword(model, tokens, at);
     }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "model/arena.h"
@@ -131,8 +132,9 @@ struct Model {
 
     // --- while it is read
 
-    int32_t clauseState{};              ///< the ClauseWord of the rules that was read last
-    RoomState<RunningIndices> running;  ///< of the second pass
+    int32_t clauseState{};                 ///< the ClauseWord of the rules that was read last
+    RoomState<RunningIndices> running;     ///< of the second pass
+    std::unordered_set<uint64_t> sensors;  ///< a pollutant at a place each, for the rules (rulereader)
 
     // --- the state of the run
 

@@ -169,74 +169,91 @@ static int32_t getReactionRange(int32_t type) {
     }
 }
 
-/// Whether a word stands in a line of oxygen: SATURATION, REAERATION, or a pollutant that takes it.
-static bool isOxygenWord(const Model& model, const char* word) {
-    return tokens_findKeyword(word, OxygenWords) >= 0 || names_find(model, POLLUT, word) >= 0;
-}
+/// A reaction as a line gives it.
+struct ReactionLine {
+    Reactor* reactor;
+    int32_t pollutant;
+    double value;
+    int32_t pattern;
+};
 
-/// Makes a pollutant of a reactor oxygen, or adds a line to its law. An error index, or 0.
-static int32_t addOxygen(Model& model, const Tokens& tokens, Reactor& reactor, int32_t pollutant, double value,
-                         int32_t pattern) {
-    OxygenLaw* law = oxygen_makeLaw(model, reactor.oxygen, pollutant);
-    if (!law) {
-        return errors_setName(model, ERR_MEMORY, "");
-    }
-    if (reactor.reactionType[pollutant] != OXYGEN) {
-        if (reactor.reactionType[pollutant] >= 0) {
-            warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this reaction of the reactor", ""});
-        }
-        reactor.reactionType[pollutant] = OXYGEN;
-        reactor.reactionCoeff[pollutant] = 0.0;
-        reactor.reactionPattern[pollutant] = -1;
-    }
-    switch (tokens_findKeyword(tokens[2], OxygenWords)) {
-        case OXYGEN_SATURATION: law->saturation = value; break;
-        case OXYGEN_REAERATION:
-            reactor.reactionCoeff[pollutant] = value / SECONDS_PER_DAY;
-            reactor.reactionPattern[pollutant] = pattern;
-            break;
-        default: law->demand[names_find(model, POLLUT, tokens[2])] = value; break;
-    }
-    return ERR_NONE;
-}
-
-int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
+/// Whose reaction a line gives.
+static int32_t readReacting(Model& model, const Tokens& tokens, ReactionLine& line) {
     if (tokens.count < 5) {
         return errors_setName(model, ERR_ITEMS, "");
     }
-    Reactor* reactor = findReactor(model, tokens);
-    if (!reactor) {
+    line.reactor = findReactor(model, tokens);
+    if (!line.reactor) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[0]);
     }
-    const int32_t pollutant = names_find(model, POLLUT, tokens[1]);
-    if (pollutant < 0) {
-        return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
-    }
-    const int32_t type = tokens_findKeyword(tokens[2], ReactionWords);
-    if (type < 0 && !isOxygenWord(model, tokens[2])) {
-        return errors_setName(model, ERR_KEYWORD, tokens[2]);
-    }
-    double value;
-    if (const int32_t error = readNumber(model, tokens, 3, value)) {
-        return error;
-    }
-    int32_t pattern;
-    if (const int32_t error = readPattern(model, tokens, 4, pattern)) {
-        return error;
-    }
-    if (type < 0) {
-        return addOxygen(model, tokens, *reactor, pollutant, value, pattern);
-    }
-    if (const int32_t range = getReactionRange(type); range >= 0) {
-        plausible_checkSet(model, range, value, 3, tokens[0]);
-    }
-    const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
-    if (reactor->reactionType[pollutant] >= 0) {
+    line.pollutant = names_find(model, POLLUT, tokens[1]);
+    return line.pollutant < 0 ? errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]) : ERR_NONE;
+}
+
+/// The number of a line, and the pattern of its factors.
+static int32_t readReactionValue(Model& model, const Tokens& tokens, ReactionLine& line) {
+    const int32_t error = readNumber(model, tokens, 3, line.value);
+    return error ? error : readPattern(model, tokens, 4, line.pattern);
+}
+
+static void setReaction(const Model& model, const Tokens& tokens, const ReactionLine& line, int32_t type,
+                        double coefficient) {
+    if (line.reactor->reactionType[line.pollutant] >= 0) {
         warnings_addAtLine(model, WARN_LINE_REPLACED, -1, tokens[0], {"this reaction of the reactor", ""});
     }
-    reactor->reactionType[pollutant] = type;
-    reactor->reactionCoeff[pollutant] = isRate ? value / SECONDS_PER_DAY : value;
-    reactor->reactionPattern[pollutant] = pattern;
+    line.reactor->reactionType[line.pollutant] = type;
+    line.reactor->reactionCoeff[line.pollutant] = coefficient;
+    line.reactor->reactionPattern[line.pollutant] = line.pattern;
+}
+
+int32_t reactor_readDecay(Model& model, const Tokens& tokens) {
+    ReactionLine line;
+    if (const int32_t error = readReacting(model, tokens, line)) {
+        return error;
+    }
+    const int32_t type = tokens_findKeyword(tokens[2], ReactionWords);
+    if (type < 0) {
+        return errors_setName(model, ERR_KEYWORD, tokens[2]);
+    }
+    if (const int32_t error = readReactionValue(model, tokens, line)) {
+        return error;
+    }
+    if (const int32_t range = getReactionRange(type); range >= 0) {
+        plausible_checkSet(model, range, line.value, 3, tokens[0]);
+    }
+    const bool isRate = type == ZERO_ORDER || type == FIRST_ORDER;
+    setReaction(model, tokens, line, type, isRate ? line.value / SECONDS_PER_DAY : line.value);
+    return ERR_NONE;
+}
+
+/// The first line about a pollutant makes it oxygen, further ones add to its law.
+int32_t reactor_readOxygen(Model& model, const Tokens& tokens) {
+    ReactionLine line;
+    if (const int32_t error = readReacting(model, tokens, line)) {
+        return error;
+    }
+    const int32_t word = tokens_findKeyword(tokens[2], OxygenWords), taker = names_find(model, POLLUT, tokens[2]);
+    if (word < 0 && taker < 0) {
+        return errors_setName(model, ERR_KEYWORD, tokens[2]);
+    }
+    if (const int32_t error = readReactionValue(model, tokens, line)) {
+        return error;
+    }
+    OxygenLaw* law = oxygen_makeLaw(model, line.reactor->oxygen, line.pollutant);
+    if (!law) {
+        return errors_setName(model, ERR_MEMORY, "");
+    }
+    if (line.reactor->reactionType[line.pollutant] != OXYGEN) {
+        setReaction(model, tokens, {line.reactor, line.pollutant, 0.0, -1}, OXYGEN, 0.0);
+    }
+    switch (word) {
+        case OXYGEN_SATURATION: law->saturation = line.value; break;
+        case OXYGEN_REAERATION:
+            line.reactor->reactionCoeff[line.pollutant] = line.value / SECONDS_PER_DAY;
+            line.reactor->reactionPattern[line.pollutant] = line.pattern;
+            break;
+        default: law->demand[taker] = line.value; break;
+    }
     return ERR_NONE;
 }
 

@@ -69,9 +69,10 @@ struct Reactor {
 /// Makes the arrays of parameters: no reaction, no pattern. False without memory.
 [[nodiscard]] bool reactor_createArrays(Model& model, Reactor& reactor);
 
-/// A line of [REACTORS], [REACTORS_DECAY] or [REACTORS_EMPTYING]. An error index, or 0.
+/// A line of [REACTORS], [REACTORS_DECAY], [REACTORS_OXYGEN] or [REACTORS_EMPTYING]. An error index, or 0.
 [[nodiscard]] int32_t reactor_readLine(Model& model, const Tokens& tokens, int32_t node, int32_t kindIndex);
 [[nodiscard]] int32_t reactor_readDecay(Model& model, const Tokens& tokens);
+[[nodiscard]] int32_t reactor_readOxygen(Model& model, const Tokens& tokens);
 [[nodiscard]] int32_t reactor_readEmptying(Model& model, const Tokens& tokens);
 
 /// Tests a reactor when all is read; writes what is wrong to the report.

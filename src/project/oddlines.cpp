@@ -145,6 +145,8 @@ static constexpr LineFormat Formats[] = {
     {SECTION_REACTORS, 7, from(4, 7)},
     {SECTION_REACTORS_DECAY, 5, at(3)},
     {SECTION_REACTORS_EMPTYING, 6, from(2, 4)},
+    {SECTION_REACTORS_OXYGEN, 5, at(3)},
+    {SECTION_SENSORS, 3, 0},
     {SECTION_POLLUTANTS, 2, at(1)},
     {SECTION_DECAY_COEFFICIENT, 6, at(4)},
     {SECTION_INITIAL_CONCENTRATION, 4, at(3)},
@@ -170,7 +172,8 @@ static constexpr LineLimits makeLimits() {
     for (const LineFormat& format : Formats) {
         const bool mayEndEmpty = format.section == SECTION_DWFS || format.section == SECTION_DECAY_COEFFICIENT ||
                                  format.section == SECTION_REACTORS_DECAY ||
-                                 format.section == SECTION_REACTORS_EMPTYING;
+                                 format.section == SECTION_REACTORS_EMPTYING ||
+                                 format.section == SECTION_REACTORS_OXYGEN;
         made.sections[format.section] = {
             format.words, static_cast<uint8_t>(TOKENS_CUT | TOKENS_ODD | (mayEndEmpty ? 0 : TOKENS_END_EMPTY))};
     }

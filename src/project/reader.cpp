@@ -352,6 +352,7 @@ static int32_t parseLine(Model& model, const Tokens& tokens, int32_t number, con
         case SECTION_INFLOWS: return inflows_readExternal(model, tokens);
         case SECTION_DWFS: return inflows_readDryWeather(model, tokens);
         case SECTION_REACTORS_DECAY: return reactor_readDecay(model, tokens);
+        case SECTION_REACTORS_OXYGEN: return reactor_readOxygen(model, tokens);
         case SECTION_REACTORS_EMPTYING: return reactor_readEmptying(model, tokens);
         case SECTION_DECAY_COEFFICIENT: return qualityreader_readDecay(model, tokens);
         case SECTION_INITIAL_CONCENTRATION: return qualityreader_readInitial(model, tokens);
@@ -365,6 +366,7 @@ static int32_t parseLine(Model& model, const Tokens& tokens, int32_t number, con
         case SECTION_TIMESERIES: return timeseries_readLine(model, tokens);
         case SECTION_PATTERNS: return pattern_read(model, tokens);
         case SECTION_CONVERTERS: return converter_readLine(model, tokens);
+        case SECTION_SENSORS: return rulereader_readSensor(model, tokens);
         default: return ERR_NONE;
     }
 }
@@ -433,6 +435,7 @@ static void readData(Model& model) {
         return;
     }
     *model.running = RunningIndices{};
+    model.sensors.clear();
     for (Series& series : model.timeSeries) {
         series.dateInForce = model.options.startDate + model.options.startTime;
     }

@@ -90,8 +90,9 @@ TEST(RulesInARun, EventIsAskedAMomentBehindTheOldClock) {
 
 /// The network above with a series of concentrations, 1 mg/L more in each minute from the first on.
 static std::string getStained(const std::string& rules) {
-    return getNetwork(6) + "J CONCEN B 0 RISE 1\n[POLLUTANTS]\nA 0\nB 0\n[TIMESERIES]\nRISE 0:00 0 0:10 10\n" +
-           RulesSection + rules;
+    return getNetwork(6) +
+           "J CONCEN B 0 RISE 1\n[POLLUTANTS]\nA 0\nB 0\n[TIMESERIES]\nRISE 0:00 0 0:10 10\n[SENSORS]\n" +
+           "JUNCTION J B\njunction j a\nSPLITTER SP B\nCONNECTION C B\nOUTFALL B B\n" + RulesSection + rules;
 }
 
 TEST(RulesInARun, PollutantIsThatOfTheStepBefore) {
@@ -119,7 +120,7 @@ TEST(RulesInARun, PollutantsOfTwoPlacesAreCompared) {
 }
 
 TEST(RulesInARun, PollutantIsNoneOfAGageNorOneThatIsUnknown) {
-    for (const char* condition : {"GAGE G B = 1", "JUNCTION J C > 1", "SWMM B > 1"}) {
+    for (const char* condition : {"GAGE G B = 1", "JUNCTION J C > 1", "SWMM B > 1", "SPLITTER SP A > 1"}) {
         Project project(getStained("RULE R\nIF " + std::string(condition) + "\nTHEN SPLITTER SP VALUE = 1\n") +
                         "[RAINGAGES]\nG INTENSITY 0:01 RISE\n");
         EXPECT_EQ(project.open(), 200);

@@ -17,8 +17,8 @@ TEST(Sections, HaveTheirNumbersAndNames) {
         "[DECAY_COEFFICIENT] [INITIAL_CONCENTRATION] [LANDUSES] [COVERAGES] [BUILDUP] [WASHOFF] [LOADINGS] "
         "[LIDS] [LID_GROUPS] [LID_MONOS] [VORN_INPS] [CURVES] [TIMESERIES] [PATTERNS] [CONVERTERS] [RTC] "
         "[GA_OBJECTIVES] [GA_CONSTRAINS] [GA_PARAMETERS] [GA_VARIABLES] [LABELS] [ELEMENTS] [EDGES] [GRAPH] "
-        "[MAP] [LEGEND]");
-    EXPECT_EQ(SECTION_COUNT, 49);
+        "[MAP] [LEGEND] [REACTORS_OXYGEN] [SENSORS]");
+    EXPECT_EQ(SECTION_COUNT, 51);
     EXPECT_EQ(sections_find("[description]"), 0);
     EXPECT_EQ(sections_find("[GENERAL]"), 1);
     EXPECT_EQ(sections_find("[Pipes]"), 11);
@@ -35,7 +35,7 @@ TEST(Sections, HaveTheirNumbersAndNames) {
 
 TEST(Sections, OfHostsAreSkipped) {
     std::string text;
-    for (int32_t k = SECTION_RTC; k < SECTION_COUNT; ++k) {
+    for (int32_t k = SECTION_RTC; k <= SECTION_LEGEND; ++k) {
         text += std::string(Sections[k].name) + "\nwhatever stands here 1 2 3\nagain\n";
     }
     EXPECT_EQ(getErrors(text, 0), "");
