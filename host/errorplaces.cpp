@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <fstream>
 #include <map>
-#include <set>
 #include <string_view>
 
 #include "files.h"
@@ -170,17 +169,32 @@ struct LinkEnds {
     int64_t line;
 };
 
-std::vector<LinkEnds> readLinks(const ObjectLines& objects) {
-    std::vector<LinkEnds> links;
+struct Network {
+    std::vector<LinkEnds> links;                         ///< in the order of the file
+    std::map<std::string, std::vector<size_t>> outlets;  ///< of a node, folded
+};
+
+Network readNetwork(const ObjectLines& objects) {
+    Network network;
     for (const auto& [key, object] : objects) {
         const std::vector<std::string> words = projectlines_split(object.bytes);
         if (key.first == LINK && words.size() > object.section->lagged) {
-            links.push_back({words[0], projectlines_fold(words[1]), projectlines_fold(words[2]), words[2],
-                             projectlines_fold(words[object.section->lagged]) == "YES", object.number});
+            network.links.push_back({words[0], projectlines_fold(words[1]), projectlines_fold(words[2]), words[2],
+                                     projectlines_fold(words[object.section->lagged]) == "YES", object.number});
         }
     }
-    std::sort(links.begin(), links.end(), [](const LinkEnds& a, const LinkEnds& b) { return a.line < b.line; });
-    return links;
+    std::sort(network.links.begin(), network.links.end(),
+              [](const LinkEnds& a, const LinkEnds& b) { return a.line < b.line; });
+    for (size_t k = 0; k < network.links.size(); ++k) {
+        network.outlets[network.links[k].from].push_back(k);
+    }
+    return network;
+}
+
+const std::vector<size_t>& findOutlets(const Network& network, const std::string& node) {
+    static const std::vector<size_t> NONE;
+    const auto found = network.outlets.find(node);
+    return found == network.outlets.end() ? NONE : found->second;
 }
 
 std::string joinNames(const std::vector<std::string>& names) {
@@ -191,18 +205,17 @@ std::string joinNames(const std::vector<std::string>& names) {
     return text + (names.size() > MOST_NAMES ? " and " + std::to_string(names.size() - MOST_NAMES) + " more" : "");
 }
 
-std::string describeOutlets(const std::vector<LinkEnds>& links, const std::string& node) {
+std::string describeOutlets(const Network& network, const std::string& node) {
     std::vector<std::string> names;
-    for (const LinkEnds& link : links) {
-        if (link.from == projectlines_fold(node)) {
-            names.push_back(link.id + " in line " + std::to_string(link.line));
-        }
+    for (const size_t k : findOutlets(network, projectlines_fold(node))) {
+        names.push_back(network.links[k].id + " in line " + std::to_string(network.links[k].line));
     }
     return names.empty() ? "" : ": its links are " + joinNames(names);
 }
 
 /// The way from the end of a link back to its beginning, over links that aren't lagged, the one with the fewest.
-std::string describeLoop(const std::vector<LinkEnds>& links, const std::string& id) {
+std::string describeLoop(const Network& network, const std::string& id) {
+    const std::vector<LinkEnds>& links = network.links;
     const auto closing = std::find_if(links.begin(), links.end(), [&](const LinkEnds& link) {
         return projectlines_fold(link.id) == projectlines_fold(id);
     });
@@ -213,8 +226,8 @@ std::string describeLoop(const std::vector<LinkEnds>& links, const std::string& 
     std::vector<size_t> way{static_cast<size_t>(closing - links.begin())};
     arrivals.emplace(closing->to, way[0]);
     for (size_t at = 0; at < way.size() && !arrivals.contains(closing->from); ++at) {
-        for (size_t k = 0; k < links.size(); ++k) {
-            if (!links[k].isLagged && links[k].from == links[way[at]].to && arrivals.emplace(links[k].to, k).second) {
+        for (const size_t k : findOutlets(network, links[way[at]].to)) {
+            if (!links[k].isLagged && arrivals.emplace(links[k].to, k).second) {
                 way.push_back(k);
             }
         }
@@ -224,23 +237,24 @@ std::string describeLoop(const std::vector<LinkEnds>& links, const std::string& 
     }
     std::vector<std::string> names;
     for (size_t k = arrivals.at(closing->from); k != way[0]; k = arrivals.at(links[k].from)) {
-        names.insert(names.begin(), {links[k].id, links[k].toName});
+        names.insert(names.end(), {links[k].toName, links[k].id});
     }
-    names.insert(names.begin(), {closing->id, closing->toName});
+    names.insert(names.end(), {closing->toName, closing->id});
+    std::reverse(names.begin(), names.end());
     return ": the way round is " + joinNames(names);
 }
 
 // --- messages ------------------------------------------------------------------------------------------------------
 
 /// What helps to see the fault of an object.
-std::string describeFault(const HostMessage& message, const ObjectLine& object, const ObjectLines& objects,
+std::string describeFault(const HostMessage& message, const ObjectLine& object, const Network& network,
                           const std::string& project) {
     switch (message.code) {
-        case 131: return describeLoop(readLinks(objects), message.object);
+        case 131: return describeLoop(network, message.object);
         case 133:
         case 139:
         case 145:
-        case 157: return describeOutlets(readLinks(objects), message.object);
+        case 157: return describeOutlets(network, message.object);
         case 363: {
             const std::vector<std::string> words = projectlines_split(object.bytes);
             const std::string fault = words.size() > 2 ? seriesfaults_find(project, words[2]) : "";
@@ -250,12 +264,12 @@ std::string describeFault(const HostMessage& message, const ObjectLine& object, 
     }
 }
 
-void fillPlace(HostMessage& message, const ObjectLines& objects, const std::string& project) {
+void fillPlace(HostMessage& message, const ObjectLines& objects, const Network& network, const std::string& project) {
     const ObjectLine* const object = findObject(objects, message);
     if (object == nullptr) {
         return;
     }
-    const std::string fault = describeFault(message, *object, objects, project);
+    const std::string fault = describeFault(message, *object, network, project);
     if (message.text.ends_with('.')) {
         message.text.pop_back();
     }
@@ -298,10 +312,11 @@ void errorplaces_fill(const std::string& project, std::vector<HostMessage>& mess
         return message.level == TV_ERROR && message.line <= 0 && hasPlace(message.code);
     });
     const ObjectLines objects = isPlaceMissing ? readObjects(project) : ObjectLines();
+    const Network network = readNetwork(objects);
     for (HostMessage& message : messages) {
         if (message.level == TV_ERROR) {
             if (message.line <= 0) {
-                fillPlace(message, objects, project);
+                fillPlace(message, objects, network, project);
             }
             message.advice = findAdvice(message);
         }

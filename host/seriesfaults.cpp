@@ -7,7 +7,6 @@
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <vector>
@@ -108,8 +107,8 @@ static std::string describeFault(const std::string& bytes, int64_t number) {
 }
 
 static std::string findFile(const std::string& project, const std::string& name) {
-    const std::filesystem::path beside = files_toPath(project).parent_path() / files_toPath(name);
-    return files_isRegular(name) ? name : beside.string();
+    const size_t folder = project.find_last_of("/\\") + 1;
+    return files_isRegular(name) ? name : project.substr(0, folder) + name;
 }
 
 std::string seriesfaults_find(const std::string& project, const std::string& name) {
