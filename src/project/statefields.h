@@ -35,8 +35,8 @@ void model_walkFixed(V& v, Model& model) {
     v.fixed(model.files, model.engines, model.error, model.log, model.isSilent, model.pace, model.isOpen,
             model.isStarted, model.fingerprint, model.memory, model.description, model.counts, model.names,
             model.curves, model.patterns, model.outgoingLinks, model.incomingLinks, model.clauseState, model.running,
-            model.sinks, model.sortedNodes, model.visitCount, model.reachedCount, model.visits, model.areVisitsDue,
-            model.isOrderStraight, model.outgoingVisits, model.incomingVisits, model.visitsByNode,
+            model.sensors, model.sinks, model.sortedNodes, model.visitCount, model.reachedCount, model.visits,
+            model.areVisitsDue, model.isOrderStraight, model.outgoingVisits, model.incomingVisits, model.visitsByNode,
             model.nodesRolledAhead, model.deliveries, model.rest, model.restingPipes, model.uncountedNodes,
             model.uncountedLinks, model.workers, model.buildupRules, model.landRest, model.lidRest, model.loadBook,
             model.circleTables);
