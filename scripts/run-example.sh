@@ -24,7 +24,7 @@ plant=no # whether it has the engine of treatment plants
 cd "$root"
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-echo "Building into build/release ..."
+echo "Building into build/release, the first time for a minute or two ..."
 targets=(tarnvelde tarnvelde_host engine_swmm5ex engine_vorn engine_nested)
 begin() { # where there is no build yet: of the program alone, which needs no package of the tests
     [ -f build/release/CMakeCache.txt ] || cmake -S . -B build/release -DCMAKE_BUILD_TYPE=Release \
