@@ -55,7 +55,8 @@ def without_tank(text):
 
 def with_rule_at_tank(text):
     """The rule looks at the water that waits for the plant, not at what has left it."""
-    for old, new in (("IF JUNCTION CLEAR NH4 > 1.3", "IF TANK TANK NH4 > 15\nAND TANK TANK DEPTH > 0.3"),
+    for old, new in (("JUNCTION  CLEAR  NH4", "TANK  TANK  NH4"),
+                     ("IF JUNCTION CLEAR NH4 > 1.3", "IF TANK TANK NH4 > 15\nAND TANK TANK DEPTH > 0.3"),
                      ("IF JUNCTION CLEAR NH4 < 1.0", "IF TANK TANK NH4 < 15\nOR TANK TANK DEPTH < 0.25"),
                      ("SETTING = 0.7", "SETTING = 0.6")):
         assert old in text, old
