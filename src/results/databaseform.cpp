@@ -127,9 +127,9 @@ static bool createIndices(sqlite3* handle) {
         isDone = listColumns(handle, table, columns);
         const std::string name = RowTables[table].name;
         if (isDone && !columns.empty()) {
-            isDone = statement_run(handle, (std::string("create index ") + INDEX_PREFIX + name + " on " + name +
-                                            (table == SYSTEM_TABLE ? " (Period)" : " (Name,Period)"))
-                                               .c_str());
+            const std::string text = std::string("create index ").append(INDEX_PREFIX).append(name) + " on " + name +
+                                     (table == SYSTEM_TABLE ? " (Period)" : " (Name,Period)");
+            isDone = statement_run(handle, text.c_str());
         }
     }
     return isDone;
