@@ -36,7 +36,7 @@ end() {
 }
 
 scripts/get-sqlite.sh build/sqlite &&
-    cmake --preset windows -B build/windows-check -DTARNVELDE_WHOLE_ROOMS=ON -DCMAKE_C_FLAGS_RELEASE="-O1 -DNDEBUG" \
+    cmake --preset windows -B build/windows-check -DCMAKE_C_FLAGS_RELEASE="-O1 -DNDEBUG" \
         -DCMAKE_CXX_FLAGS_RELEASE="-O1 -DNDEBUG" >/dev/null &&
     cmake --build build/windows-check
 say "library, program, engines and tests build" $?
