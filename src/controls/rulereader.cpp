@@ -50,6 +50,8 @@ static const char* const PumpStatusWords[] = {"OFF", "ON", nullptr};
 static const char* const PipeStatusWords[] = {"CLOSED", "OPEN", nullptr};
 static const char* const EventWords[] = {"OUT", "IN", nullptr};
 
+static constexpr RuleOperand NoOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+
 /// How a type of object is looked up in a condition, and which attributes it has there.
 struct ConditionObject {
     int32_t type;                 ///< NODE, LINK or GAGE; -1 for what has no name
@@ -166,7 +168,7 @@ int32_t rulereader_readSensor(Model& model, const Tokens& tokens) {
     if (type < 0 || (ConditionObjects[type].type != NODE && ConditionObjects[type].type != LINK)) {
         return refuseKeyword(model, tokens, 0);
     }
-    RuleOperand place{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    RuleOperand place = NoOperand;
     if (!findObject(model, ConditionObjects[type], tokens[1], place)) {
         return errors_setName(model, ERR_UNDEFINED_OBJECT, tokens[1]);
     }
@@ -194,7 +196,7 @@ static int32_t findAttribute(const Model& model, const ConditionObject& object, 
 }
 
 int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& place, RuleOperand& operand) {
-    operand = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    operand = NoOperand;
     const int32_t type = tokens_findKeyword(tokens[place], ObjectWords);
     if (type < 0) {
         return refuseKeyword(model, tokens, place);
@@ -224,7 +226,7 @@ int32_t rulereader_readOperand(Model& model, const Tokens& tokens, int32_t& plac
 /// The right side of a condition: an object of the same attribute, or a value in the words of the left attribute.
 static int32_t readRightSide(Model& model, const Tokens& tokens, int32_t& place, Premise& premise) {
     premise.value = NO_VALUE;
-    premise.right = RuleOperand{-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
+    premise.right = NoOperand;
     const int32_t attribute = premise.left.attribute;
     if (tokens_findKeyword(tokens[place], ObjectWords) >= 0 && place + 3 >= tokens.count) {
         if (const int32_t error = rulereader_readOperand(model, tokens, place, premise.right)) {
